@@ -1,0 +1,46 @@
+#include "Constants.h"
+#include "Json.h"
+#include "Logging.h"
+#include "SettingsHandler/SettingsHandler.h"
+#include "Utils/RapidjsonUtil.h"
+
+namespace SettingsHandler {
+
+namespace JsonUtil = Utils::RapidjsonUtil;
+
+bool SettingsHandler::handleSetSettingRequest(const std::string& message) {
+    logInformation(logTag, "Handling SetSettings request");
+    rapidjson::Document request(rapidjson::kObjectType);
+    if (!parseJson(message, request)) {
+        logError(logTag, "Payload was not parsed successfully");
+        return false;
+    }
+    long timestamp = 0;
+    if (!JsonUtil::tryGetInt64Member(request, communicationHandler->timestampKey, timestamp)) {
+        logError(logTag, "SetSetting Message timestamp not found");
+        return false;
+    }
+    rapidjson::Value payload;
+    if (!JsonUtil::tryGetObjectMember(request, communicationHandler->payloadKey, payload)) {
+        logError(logTag, "SetSetting Message payload not found");
+        return false;
+    }
+    std::string settingDBId;
+    if (!JsonUtil::tryGetStringMember(payload, Constants::settingDBId, settingDBId)) {
+        logError(logTag, "SetSetting settingId not found in payload or has incorrect format");
+        return false;
+    }
+    // The rule runs before the value is looked at, so it records the time stamp even of a request that then fails.
+    if (!isRequestValid(settingDBId, timestamp)) {
+        logError(logTag, "Invalid Request: SettingsDBId is invalid or request is older than current request");
+        return false;
+    }
+    std::string value;
+    if (!JsonUtil::tryGetStringMember(payload, Constants::to, value)) {
+        logError(logTag, "to value field in payload not found or has incorrect format");
+        return false;
+    }
+    return setSetting(settingDBId, value);
+}
+
+}  // namespace SettingsHandler

@@ -1,0 +1,14 @@
+#pragma once
+
+namespace DeviceAbstractionLayer {
+
+/// An observer of the device's hands-free switch. The handler is one; the device abstraction layer calls it.
+class [[gnu::visibility("default")]] HandsfreeStateObserverInterface {
+public:
+    /// Hands-free was switched on or off at the device.
+    virtual void notifyHandsfreeStateChanged(bool enabled) = 0;
+
+    virtual ~HandsfreeStateObserverInterface() = default;
+};
+
+}  // namespace DeviceAbstractionLayer

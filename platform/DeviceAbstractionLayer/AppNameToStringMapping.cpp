@@ -1,0 +1,9 @@
+#include "DeviceAbstractionLayer/AppNameToStringMapping.h"
+
+namespace DeviceAbstractionLayer {
+
+std::unordered_map<AppName, std::string> AppNameToStringMapping{
+    {AppName::VA_SETTINGS_APP, "voice-assistant-settings"},
+};
+
+}  // namespace DeviceAbstractionLayer
