@@ -5,7 +5,7 @@
 
 namespace SettingsHandler {
 
-// NOLINTBEGIN(performance-unnecessary-value-param, modernize-pass-by-value): the collaborators are taken by value and
+// NOLINTBEGIN(modernize-pass-by-value): the collaborators are taken by value and
 // copied, so that their owners see the same reference counts at every step of the construction.
 SettingsHandler::SettingsHandler(std::shared_ptr<CommunicationHandler::CommunicationHandlerInterface> transport,
                                  SDKWrapper::StorageManagerInterface& storage,
@@ -41,7 +41,7 @@ std::shared_ptr<SettingsHandler> SettingsHandler::create(
     logTrace(logTag, "Initialized Settings Handler");
     return handler;
 }
-// NOLINTEND(performance-unnecessary-value-param, modernize-pass-by-value)
+// NOLINTEND(modernize-pass-by-value)
 
 SettingsHandler::~SettingsHandler() = default;
 

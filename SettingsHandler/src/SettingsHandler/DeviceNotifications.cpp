@@ -5,7 +5,6 @@
 
 namespace SettingsHandler {
 
-// NOLINTBEGIN(performance-unnecessary-value-param): the signatures are binary interface.
 void SettingsHandler::notifyLocaleChange(std::string locale) {
     logInformation(logTag, "notifyLocaleChange: Notified of locale change. New value: %s", locale.c_str());
     const std::vector<std::string> current = sdkBridge->getLocales();
@@ -41,7 +40,6 @@ void SettingsHandler::notifySystemSettingChanged(std::string name, std::string v
     logInformation(logTag, "Notified of system setting changing: %s. New value: %s", name.c_str(), value.c_str());
     setSetting(name, value);
 }
-// NOLINTEND(performance-unnecessary-value-param)
 
 void SettingsHandler::notifyHandsfreeStateChanged(bool enabled) {
     const std::string value = enabled ? Constants::trueValue : Constants::falseValue;

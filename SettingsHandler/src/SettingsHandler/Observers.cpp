@@ -17,7 +17,6 @@ Registry snapshotOf(const Registry& registry, std::mutex& mutex) {
 
 }  // namespace
 
-// NOLINTBEGIN(performance-unnecessary-value-param): the signatures are binary interface.
 void SettingsHandler::addOrliaLocaleObserver(
     std::shared_ptr<VessaNativeCommon::OrliaLocaleObserverInterface> observer) {
     if (!observer) {
@@ -72,7 +71,6 @@ void SettingsHandler::onOrliaLocaleChange(std::vector<std::string> locales) {
         observer->notifyOrliaLocaleChanged(locales[0]);
     }
 }
-// NOLINTEND(performance-unnecessary-value-param)
 
 void SettingsHandler::onFriendlyNameChanged(const std::string& friendlyName) {
     for (const auto& observer : snapshotOf(friendlyNameObservers, settingsCacheMutex)) {
