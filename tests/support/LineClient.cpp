@@ -1,0 +1,61 @@
+#include "support/LineClient.h"
+
+#include <cerrno>
+#include <cstring>
+#include <stdexcept>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace TestSupport {
+
+namespace {
+
+int connectTo(const std::string& path) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof(address.sun_path)) {
+        throw std::runtime_error("socket path too long: " + path);
+    }
+    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+    const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {  // NOLINT
+        ::close(socket);
+        throw std::runtime_error("cannot connect to " + path + ": " + std::strerror(errno));
+    }
+    return socket;
+}
+
+}  // namespace
+
+LineClient::LineClient(const std::string& path) : socket(connectTo(path)), reader(socket) {}
+
+LineClient::~LineClient() {
+    close();
+}
+
+bool LineClient::send(const std::string& bytes) {
+    std::size_t sent = 0;
+    while (sent < bytes.size()) {
+        const ssize_t count = ::send(socket, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
+        if (count < 0 && errno != EINTR) {
+            return false;
+        }
+        sent += count > 0 ? static_cast<std::size_t>(count) : 0;
+    }
+    return true;
+}
+
+void LineClient::finishSending() {
+    ::shutdown(socket, SHUT_WR);
+}
+
+void LineClient::close() {
+    if (socket >= 0) {
+        ::close(socket);
+        socket = -1;
+    }
+}
+
+}  // namespace TestSupport

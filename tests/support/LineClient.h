@@ -1,0 +1,41 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "support/LineReader.h"
+
+namespace TestSupport {
+
+/// A client of a Unix socket that speaks lines.
+class LineClient {
+public:
+    /// Connects; throws when nobody listens.
+    explicit LineClient(const std::string& path);
+    ~LineClient();
+
+    LineClient(const LineClient&) = delete;
+    LineClient& operator=(const LineClient&) = delete;
+
+    /// Sends all of `bytes`. Returns: false when the other side is gone.
+    bool send(const std::string& bytes);
+    bool sendLine(const std::string& line) { return send(line + "\n"); }
+
+    std::optional<std::string> receiveLine(std::chrono::milliseconds deadline = patience) {
+        return reader.readLine(deadline);
+    }
+    /// Everything until the other side closes.
+    std::string receiveAll(std::chrono::milliseconds deadline = patience) { return reader.readAll(deadline); }
+    bool closedByPeer() const { return reader.atEnd(); }
+
+    /// Says that nothing more will be sent.
+    void finishSending();
+    void close();
+    int descriptor() const { return socket; }
+
+private:
+    int socket;
+    LineReader reader;
+};
+
+}  // namespace TestSupport

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+namespace TestSupport {
+
+/// How long a test waits for something that must happen.
+constexpr std::chrono::seconds patience{20};
+
+/// Reads lines from a descriptor that somebody else owns.
+class LineReader {
+public:
+    explicit LineReader(int descriptor) : descriptor(descriptor) {}
+
+    /// The next line without its end; nothing when the other side closed, or no whole line came in time.
+    std::optional<std::string> readLine(std::chrono::milliseconds deadline = patience);
+
+    /// Everything up to the end of the stream, or what came in time.
+    std::string readAll(std::chrono::milliseconds deadline = patience);
+
+    /// Was the end of the stream seen?
+    bool atEnd() const { return ended; }
+
+private:
+    bool fill(std::chrono::steady_clock::time_point until);
+
+    int descriptor;
+    std::string pending;
+    bool ended = false;
+};
+
+}  // namespace TestSupport

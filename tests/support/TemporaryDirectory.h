@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+namespace TestSupport {
+
+/// A fresh folder, mode 0700, that goes away with everything in it.
+class TemporaryDirectory {
+public:
+    TemporaryDirectory() {
+        std::string name = (std::filesystem::temp_directory_path() / "settings-test-XXXXXX").string();
+        if (::mkdtemp(name.data()) == nullptr) {
+            throw std::runtime_error("cannot make a temporary folder");
+        }
+        folder = name;
+    }
+
+    ~TemporaryDirectory() {
+        std::error_code ignored;
+        std::filesystem::remove_all(folder, ignored);
+    }
+
+    TemporaryDirectory(const TemporaryDirectory&) = delete;
+    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+
+    const std::filesystem::path& path() const { return folder; }
+    /// A path inside the folder.
+    std::string operator/(const std::string& name) const { return (folder / name).string(); }
+
+private:
+    std::filesystem::path folder;
+};
+
+}  // namespace TestSupport
