@@ -12,7 +12,7 @@ constexpr std::chrono::seconds patience{20};
 /// Reads lines from a descriptor that somebody else owns.
 class LineReader {
 public:
-    explicit LineReader(int descriptor) : descriptor(descriptor) {}
+    explicit LineReader(int openDescriptor) : descriptor(openDescriptor) {}
 
     /// The next line without its end; nothing when the other side closed, or no whole line came in time.
     std::optional<std::string> readLine(std::chrono::milliseconds deadline = patience);
