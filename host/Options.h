@@ -1,0 +1,34 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+#include "logging/SpdlogSink.h"
+
+namespace SettingsHost {
+
+/// What the person who starts the host may choose.
+struct Options {
+    std::string storageFile;
+    std::string socketPath;
+    std::string deviceSocketPath;
+    int logLevel = 1;
+    LogFormat logFormat = LogFormat::TEXT;
+};
+
+/// The command line was help, version or wrong: `text` was not printed yet.
+class CommandLineEnd : public std::runtime_error {
+public:
+    CommandLineEnd(int exitStatus, const std::string& text) : std::runtime_error(text), status(exitStatus) {}
+
+    int exitStatus() const { return status; }
+
+private:
+    int status;
+};
+
+/// Reads the command line. Defaults follow XDG_STATE_HOME and XDG_RUNTIME_DIR.
+/// Errors: `CommandLineEnd` with status 0 for help and version, 2 for wrong usage.
+Options parseOptions(int argumentCount, const char* const* arguments);
+
+}  // namespace SettingsHost

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "device/SimulatedAppLaunch.h"
+#include "device/SimulatedDevice.h"
+#include "sdk/SimulatedSdkBridge.h"
+
+namespace SettingsHost {
+
+/// What a person does at the simulated device, given as one JSON object each. docs/protocol.md lists the commands.
+class DeviceCommands {
+public:
+    DeviceCommands(std::shared_ptr<SimulatedDevice> device, std::shared_ptr<SimulatedSdkBridge> sdkBridge,
+                   std::shared_ptr<SimulatedAppLaunch> appLaunch);
+
+    /// Executes the command in `frame`, a JSON object within the limits of the doors.
+    /// Returns: the answer, one JSON object without a line end: `{"ok":true}`, `{"device":{…}}` or `{"error":{…}}`.
+    std::string execute(const std::string& frame);
+
+private:
+    std::string show() const;
+
+    std::shared_ptr<SimulatedDevice> device;
+    std::shared_ptr<SimulatedSdkBridge> sdkBridge;
+    std::shared_ptr<SimulatedAppLaunch> appLaunch;
+};
+
+}  // namespace SettingsHost

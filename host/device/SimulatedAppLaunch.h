@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+#include "DeviceAbstractionLayer/AppLaunch.h"
+
+namespace SettingsHost {
+
+/// A launcher that logs and remembers what it was asked to launch.
+class SimulatedAppLaunch : public DeviceAbstractionLayer::AppLaunch {
+public:
+    bool launchApp(std::string appName, std::string argument) override;
+
+    /// The name of the application launched last in this run; empty when none was.
+    const std::string& lastLaunched() const { return lastAppName; }
+
+private:
+    std::string lastAppName;
+};
+
+}  // namespace SettingsHost

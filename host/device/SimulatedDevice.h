@@ -1,0 +1,50 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "DeviceAbstractionLayer/DeviceInfoObserverInterface.h"
+#include "DeviceAbstractionLayer/HandsfreeStateObserverInterface.h"
+#include "DeviceAbstractionLayer/OrliaDeviceInfoInterface.h"
+#include "storage/StateStore.h"
+
+namespace SettingsHost {
+
+/// A device with a hands-free switch and two always-on modes that survive a restart, and a layer that tells observers
+/// of its changes. Reads are answered from memory. One thread only; the state store outlives it.
+class SimulatedDevice : public DeviceAbstractionLayer::OrliaDeviceInfoInterface {
+public:
+    enum class Mode { HANDS_FREE, ALWAYS_ON_VOICE, ALWAYS_ON_PTT };
+
+    /// `valueChanged`: told of the setting key of each mode that really changed.
+    SimulatedDevice(StateStore& state, std::function<void(const std::string& settingDBId)> valueChanged);
+
+    std::map<std::string, std::string> getDeviceInfo() override;
+
+    /// Switches a mode. Returns: false when the new state could not be saved; the old one then stays.
+    bool setMode(Mode mode, bool enabled);
+
+    /// From now on the observers are told what happens at the device. They are not kept alive.
+    void subscribe(std::weak_ptr<DeviceAbstractionLayer::DeviceInfoObserverInterface> infoObserver,
+                   std::weak_ptr<DeviceAbstractionLayer::HandsfreeStateObserverInterface> handsfreeObserver);
+
+    /// What a person does at the device; each tells the observers.
+    void changeLocale(const std::string& locale);
+    void changeLocales(const std::vector<std::string>& locales);
+    void changeTimezone(const std::string& timezone);
+    void changeSystemSetting(const std::string& name, const std::string& value);
+    /// Returns: false when the switch could not be saved; nobody is told then.
+    bool switchHandsfree(bool enabled);
+
+private:
+    StateStore& state;
+    std::function<void(const std::string& settingDBId)> valueChanged;
+    std::map<std::string, std::string> modes;
+    std::weak_ptr<DeviceAbstractionLayer::DeviceInfoObserverInterface> deviceInfoObserver;
+    std::weak_ptr<DeviceAbstractionLayer::HandsfreeStateObserverInterface> handsfreeStateObserver;
+};
+
+}  // namespace SettingsHost

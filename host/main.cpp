@@ -1,0 +1,35 @@
+#include <csignal>
+#include <cstdio>
+#include <exception>
+
+#include "Composition.h"
+#include "Options.h"
+#include "VessaLogger/LogSink.h"
+#include "logging/SpdlogSink.h"
+
+namespace {
+
+int serve(const SettingsHost::Options& options) {
+    // A reader of our output or a client that goes away must not end the host.
+    std::signal(SIGPIPE, SIG_IGN);
+    VessaLogger::setLogSink(SettingsHost::makeSpdlogSink(options.logLevel, options.logFormat));
+    SettingsHost::Composition host(options);
+    std::printf("%s\n", host.readyLine().c_str());
+    std::fflush(stdout);
+    host.run();
+    return 0;
+}
+
+}  // namespace
+
+int main(int argumentCount, char** arguments) {
+    try {
+        return serve(SettingsHost::parseOptions(argumentCount, arguments));
+    } catch (const SettingsHost::CommandLineEnd& end) {
+        std::fputs(end.what(), end.exitStatus() == 0 ? stdout : stderr);
+        return end.exitStatus();
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "settings-host: %s\n", error.what());
+        return 1;
+    }
+}

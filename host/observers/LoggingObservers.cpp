@@ -1,0 +1,19 @@
+#include "observers/LoggingObservers.h"
+
+#include "logging/HostLog.h"
+
+namespace SettingsHost {
+
+void LoggingLocaleObserver::notifyOrliaLocaleChanged(const std::string& locale) {
+    logHost(VessaLogger::INFORMATION, "the assistant locale is now '" + locale + "'");
+}
+
+void LoggingFriendlyNameObserver::notifyFriendlyNameChanged(const std::string& friendlyName) {
+    logHost(VessaLogger::INFORMATION, "the friendly name is now '" + friendlyName + "'");
+}
+
+void LoggingEntitlementObserver::notifyEntitlementStatusChanged(const std::string& status) {
+    logHost(VessaLogger::INFORMATION, "the entitlement status is now '" + status + "'");
+}
+
+}  // namespace SettingsHost

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace SettingsHost {
+
+/// What the database could not do, in words for the log.
+class DatabaseError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// The one connection to the host's database file, held exclusively: no other process reads or writes the file while it
+/// is open. A write that has returned survives a loss of power. One thread only.
+class Database {
+public:
+    /// Opens `file`, making it (0600) and its missing folders (0700) if need be.
+    /// Errors: `DatabaseError` when the file is in use, damaged, not ours, of a newer version, or cannot be opened.
+    explicit Database(const std::string& file);
+
+    /// Runs one or more statements without results.
+    void execute(const std::string& sql);
+    sqlite3* handle() const { return connection.get(); }
+
+private:
+    struct Closer {
+        void operator()(sqlite3* open) const;
+    };
+
+    void configure();
+    void check(const std::string& file);
+    int pragma(const std::string& name);
+
+    std::unique_ptr<sqlite3, Closer> connection;
+};
+
+/// A prepared statement that is used again and again. The database outlives it.
+class Statement {
+public:
+    Statement(Database& database, const std::string& sql);
+
+    /// Binds `bytes` to the parameter `index`, counted from 1. They must stay unchanged until the next `reset`.
+    Statement& bind(int index, const std::string& bytes);
+    /// Goes to the next row. Returns: false at the end.
+    bool step();
+    /// The bytes of a column of the current row, counted from 0.
+    std::string column(int index) const;
+    int number(int index) const;
+    void reset();
+    /// Steps to the end and resets, also when that fails. Returns: how many rows it changed.
+    int run();
+
+private:
+    struct Finalizer {
+        void operator()(sqlite3_stmt* prepared) const;
+    };
+
+    Database& database;
+    std::unique_ptr<sqlite3_stmt, Finalizer> statement;
+};
+
+}  // namespace SettingsHost

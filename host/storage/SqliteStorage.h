@@ -1,0 +1,38 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "SDKWrapper/StorageManagerInterface.h"
+#include "storage/KeyValueTable.h"
+
+namespace SettingsHost {
+
+/// The persistent storage of settings. What `setValue` accepted survives a loss of power.
+///
+/// Limits: keys to 256 bytes, values to 64 KiB, 1,000 keys. Every failure is answered with false (an empty value when
+/// reading) and logged at level 3 with its reason. One thread only; the database outlives it.
+class SqliteStorage : public SDKWrapper::StorageManagerInterface {
+public:
+    static constexpr std::size_t maximumKeyLength = 256;
+    static constexpr std::size_t maximumValueLength = 65536;
+    static constexpr int maximumKeys = 1000;
+
+    /// `valueRemoved`: told of each key that `clearStorage` removed.
+    SqliteStorage(Database& database, std::function<void(const std::string& key)> valueRemoved);
+
+    void getValue(const std::string& key, std::string& value) override;
+    bool setValue(const std::string& key, const std::string& value) override;
+    bool removeValue(const std::string& key) override;
+    bool clearStorage() override;
+
+    /// Moves the value of `key` to the first free one of `key`.unusable, `key`.unusable.2, …
+    /// Returns: the new key; empty when that failed (logged).
+    std::string setAside(const std::string& key);
+
+private:
+    KeyValueTable table;
+    std::function<void(const std::string& key)> valueRemoved;
+};
+
+}  // namespace SettingsHost

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "storage/KeyValueTable.h"
+#include "storage/StateStore.h"
+
+namespace SettingsHost {
+
+/// State in a table of its own in the host's database. The database outlives it.
+class TableStateStore : public StateStore {
+public:
+    TableStateStore(Database& database, const std::string& tableName);
+
+    std::optional<std::string> load(const std::string& key) override;
+    bool save(const std::string& key, const std::string& value) override;
+
+private:
+    KeyValueTable table;
+};
+
+}  // namespace SettingsHost

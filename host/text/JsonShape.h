@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace SettingsHost {
+
+/// Nesting that the host takes: the root counts as 1.
+constexpr std::size_t maximumNesting = 32;
+
+/// What a text is, found without building anything and at any depth of nesting.
+struct JsonShape {
+    enum class Root { OBJECT, ARRAY, OTHER };
+
+    /// Is it JSON in the handler's eyes: the same parser, up to the first NUL character?
+    bool valid = false;
+    Root root = Root::OTHER;
+    /// How many objects and arrays stand inside each other at the deepest place.
+    std::size_t nesting = 0;
+    /// Are all names and string values well-formed UTF-8 once their escapes are resolved?
+    bool wellFormed = true;
+};
+
+JsonShape shapeOf(const std::string& text);
+
+}  // namespace SettingsHost

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace SettingsHost {
+
+/// Is `text` well-formed UTF-8 (no surrogates, no overlong forms)?
+bool isValidUtf8(std::string_view text);
+
+/// `text` with U+FFFD in place of each byte that belongs to no character.
+std::string withValidUtf8(std::string_view text);
+
+}  // namespace SettingsHost

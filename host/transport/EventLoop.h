@@ -1,0 +1,39 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+struct uv_loop_s;
+
+namespace SettingsHost {
+
+/// The one event loop of the host. It wakes only when there is something to do. One thread only.
+class EventLoop {
+public:
+    EventLoop();
+    /// Runs on until everything that was closed is gone; close doors and signals before.
+    ~EventLoop();
+
+    EventLoop(const EventLoop&) = delete;
+    EventLoop& operator=(const EventLoop&) = delete;
+
+    /// Calls `action` when one of `signals` arrives, instead of what the signal does by itself.
+    void onSignals(const std::vector<int>& signals, std::function<void()> action);
+
+    /// Serves until `stop`.
+    void run();
+    void stop();
+    /// Serves until nothing is open any more, at most for `milliseconds`; then `giveUp` is called, which closes the
+    /// rest.
+    void drain(unsigned milliseconds, std::function<void()> giveUp);
+
+    uv_loop_s* handle() const { return loop.get(); }
+
+private:
+    class SignalWatch;
+    std::unique_ptr<uv_loop_s> loop;
+    std::vector<std::unique_ptr<SignalWatch>> signalWatches;
+};
+
+}  // namespace SettingsHost

@@ -1,0 +1,197 @@
+#include "transport/MessageHub.h"
+
+#include <chrono>
+#include <exception>
+#include <utility>
+
+#include "CommunicationHandler/MessageType.h"
+#include "Utils/RapidjsonUtil.h"
+#include "guard/LocaleGuard.h"
+#include "logging/HostLog.h"
+#include "text/Frames.h"
+#include "text/Utf8.h"
+#include "transport/FrameInspector.h"
+
+namespace SettingsHost {
+
+namespace {
+
+std::int64_t millisecondsSinceEpoch() {
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
+}
+
+const char* originName(Origin origin) {
+    switch (origin) {
+        case Origin::SOCKET:
+            return "socket";
+        case Origin::PAGE:
+            return "page";
+        default:
+            return "device";
+    }
+}
+
+std::shared_ptr<const std::string> refusal(const Refusal& reason) {
+    return std::make_shared<const std::string>(refusalFrame(reason.code, reason.message));
+}
+
+/// A writer of frames. Strings come out as valid UTF-8 whatever they held.
+class FrameWriter {
+public:
+    FrameWriter() { writer.StartObject(); }
+
+    void number(const char* name, std::int64_t value) {
+        writer.Key(name);
+        writer.Int64(value);
+    }
+
+    void text(const char* name, const std::string& value) {
+        writer.Key(name);
+        writer.String(withValidUtf8(value));
+    }
+
+    void raw(const char* name, const std::string& json) {
+        writer.Key(name);
+        writer.RawValue(json.data(), json.size(), rapidjson::kObjectType);
+    }
+
+    std::string finish() {
+        writer.EndObject();
+        return std::string(buffer.GetString(), buffer.GetSize());
+    }
+
+private:
+    rapidjson::StringBuffer buffer;
+    rapidjson::Writer<rapidjson::StringBuffer> writer{buffer};
+};
+
+std::string payloadText(const rapidjson::Value& payload) {
+    return withValidUtf8(Utils::RapidjsonUtil::stringify(payload));
+}
+
+}  // namespace
+
+MessageHub::MessageHub() : messageIdPrefix("host-" + std::to_string(millisecondsSinceEpoch()) + "-") {}
+
+void MessageHub::addClient(const std::shared_ptr<Client>& client) {
+    clients.insert(client);
+}
+
+void MessageHub::removeClient(const std::shared_ptr<Client>& client) {
+    clients.erase(client);
+}
+
+void MessageHub::refuseTooLarge(Client& client) {
+    client.send(refusal(tooLarge()));
+}
+
+void MessageHub::receive(const std::shared_ptr<Client>& client, const std::string& frame) {
+    if (const auto reason = inspectFrame(frame)) {
+        client->send(refusal(*reason));
+        return;
+    }
+    const auto type = requestType(frame);
+    if (!type || handlers.count(*type) == 0) {
+        client->send(refusal({"unknown-type", "\"type\" must be one of the request types 7, 18, 19, 22, 24"}));
+        return;
+    }
+    if (*type == CommunicationHandler::SET_SETTINGS && !requestMayReachHandler(frame)) {
+        logHost(VessaLogger::ERROR, "a locale value that is no array within the nesting limit was kept away");
+        return;
+    }
+    deliver(client, *type, frame);
+}
+
+void MessageHub::deliver(const std::shared_ptr<Client>& client, int type, const std::string& frame) {
+    asker = client;
+    askedType = type;
+    try {
+        perform(client->origin(), [&] { handlers.at(type)(frame); });
+    } catch (const std::exception& error) {
+        logHost(VessaLogger::ERROR, "a request of type " + std::to_string(type) + " failed: " + error.what());
+    }
+    asker.reset();
+}
+
+void MessageHub::perform(Origin origin, const std::function<void()>& action) {
+    currentOrigin = origin;
+    try {
+        action();
+    } catch (...) {
+        sendNotice();
+        throw;
+    }
+    sendNotice();
+}
+
+void MessageHub::valueChanged(const std::string& settingDBId) {
+    changedKeys.insert(settingDBId);
+}
+
+void MessageHub::sendNotice() {
+    std::set<std::string> keys;
+    keys.swap(changedKeys);
+    for (const auto& announced : announcedKeys) {
+        keys.erase(announced);
+    }
+    announcedKeys.clear();
+    if (keys.empty() || clients.empty()) {
+        return;
+    }
+    rapidjson::StringBuffer buffer;
+    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+    writer.StartObject();
+    writer.Key("reread");
+    writer.StartArray();
+    for (const auto& key : keys) {
+        writer.String(withValidUtf8(key));
+    }
+    writer.EndArray();
+    writer.EndObject();
+    FrameWriter frame;
+    frame.raw("notice", buffer.GetString());
+    sendToAll(frame.finish());
+}
+
+void MessageHub::sendToAll(std::string frame) {
+    const auto shared = std::make_shared<const std::string>(std::move(frame));
+    for (const auto& client : clients) {
+        client->send(shared);
+    }
+}
+
+std::string MessageHub::sendMessage(int messageType, rapidjson::Document& payload) {
+    ++sequence;
+    const std::string messageId = messageIdPrefix + std::to_string(sequence);
+    std::string settingDBId;
+    if (Utils::RapidjsonUtil::tryGetStringMember(payload, "settingDBId", settingDBId)) {
+        announcedKeys.insert(settingDBId);
+    }
+    FrameWriter frame;
+    frame.number("type", messageType);
+    frame.text("messageId", messageId);
+    frame.number("timestamp", millisecondsSinceEpoch());
+    frame.number("sequence", static_cast<std::int64_t>(sequence));
+    frame.text("origin", originName(currentOrigin));
+    frame.raw("payload", payloadText(payload));
+    sendToAll(frame.finish());
+    return messageId;
+}
+
+void MessageHub::sendResponse(const std::string& messageId, rapidjson::Document& payload) {
+    if (!asker) {
+        return;
+    }
+    FrameWriter frame;
+    frame.number("type", askedType);
+    frame.text("messageId", messageId);
+    frame.raw("payload", payloadText(payload));
+    asker->send(std::make_shared<const std::string>(frame.finish()));
+}
+
+void MessageHub::registerMessageHandler(int messageType, std::function<void(const std::string&)> handler) {
+    handlers[messageType] = std::move(handler);
+}
+
+}  // namespace SettingsHost

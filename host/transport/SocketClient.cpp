@@ -1,0 +1,148 @@
+#include "transport/SocketClient.h"
+
+#include <utility>
+
+#include "transport/FrameInspector.h"
+#include "transport/UnixSocketDoor.h"
+
+namespace SettingsHost {
+
+namespace {
+
+/// A write on its way, with its share of the frame.
+struct Write {
+    uv_write_t request{};
+    std::shared_ptr<const std::string> frame;
+};
+
+uv_buf_t bufferOf(const std::string& text, std::size_t from) {
+    return uv_buf_init(const_cast<char*>(text.data() + from),  // NOLINT(cppcoreguidelines-pro-type-const-cast)
+                       static_cast<unsigned>(text.size() - from));
+}
+
+}  // namespace
+
+SocketClient::SocketClient(UnixSocketDoor& owningDoor) : door(&owningDoor), framer(maximumFrameSize) {}
+
+void SocketClient::send(const std::shared_ptr<const std::string>& frame) {
+    if (finishing || !isOpen()) {
+        return;
+    }
+    if (uv_stream_get_write_queue_size(stream()) > UnixSocketDoor::maximumWaiting) {
+        drop();
+        return;
+    }
+    auto write = std::make_unique<Write>();
+    write->frame = frame;
+    write->request.data = write.get();
+    static char lineEnd = '\n';
+    const uv_buf_t buffers[] = {bufferOf(*frame, 0), uv_buf_init(&lineEnd, 1)};
+    const int result = uv_write(&write->request, stream(), buffers, 2, [](uv_write_t* done, int status) {
+        const std::unique_ptr<Write> finished(static_cast<Write*>(done->data));
+        if (status != 0 && status != UV_ECANCELED) {
+            ownerOf(done->handle).drop();
+        }
+    });
+    if (result == 0) {
+        write.release();  // NOLINT(bugprone-unused-return-value): libuv's until the callback
+    } else {
+        drop();
+    }
+}
+
+void SocketClient::start() {
+    readOn();
+}
+
+void SocketClient::readOn() {
+    if (reading || inputEnded || finishing || !isOpen()) {
+        return;
+    }
+    reading = true;
+    uv_read_start(
+        stream(),
+        [](uv_handle_t* handle, std::size_t, uv_buf_t* buffer) {
+            auto& bytes = ownerOf(handle).door->readBuffer;
+            *buffer = uv_buf_init(bytes.data(), static_cast<unsigned>(bytes.size()));
+        },
+        [](uv_stream_t* handle, ssize_t count, const uv_buf_t* buffer) {
+            ownerOf(handle).received(count, buffer->base);
+        });
+}
+
+void SocketClient::pause() {
+    if (reading) {
+        reading = false;
+        uv_read_stop(stream());
+    }
+}
+
+void SocketClient::received(ssize_t count, const char* bytes) {
+    if (count > 0) {
+        framer.append(bytes, static_cast<std::size_t>(count));
+    } else if (count == UV_EOF) {
+        pause();
+        inputEnded = true;
+    } else if (count < 0) {
+        drop();
+        return;
+    }
+    takeFrames();
+}
+
+void SocketClient::takeFrames() {
+    const auto self = shared();
+    for (std::size_t taken = 0; taken < UnixSocketDoor::framesPerTurn; ++taken) {
+        if (finishing || !isOpen()) {
+            return;
+        }
+        const auto frame = framer.next();
+        if (!frame) {
+            if (inputEnded) {
+                finish();
+            } else {
+                readOn();
+            }
+            return;
+        }
+        if (frame->tooLarge) {
+            door->events.tooLarge(self);
+        } else {
+            door->events.frame(self, frame->text);
+        }
+    }
+    if (isOpen()) {
+        pause();
+        door->continueLater(self);
+    }
+}
+
+void SocketClient::finish() {
+    if (finishing || !isOpen()) {
+        return;
+    }
+    finishing = true;
+    pause();
+    auto request = std::make_unique<uv_shutdown_t>();
+    const int result = uv_shutdown(request.get(), stream(), [](uv_shutdown_t* done, int) {
+        const std::unique_ptr<uv_shutdown_t> finished(done);
+        ownerOf(done->handle).closeHandle();
+    });
+    if (result == 0) {
+        request.release();  // NOLINT(bugprone-unused-return-value): libuv's until the callback
+    } else {
+        closeHandle();
+    }
+}
+
+void SocketClient::drop() {
+    closeHandle();
+}
+
+void SocketClient::closed() {
+    if (door != nullptr) {
+        door->remove(*this);
+    }
+}
+
+}  // namespace SettingsHost

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include "transport/Client.h"
+#include "transport/LineFramer.h"
+#include "transport/UvHandle.h"
+
+namespace SettingsHost {
+
+class UnixSocketDoor;
+
+/// One connection at a Unix socket. Owned by its door until it leaves, and by libuv until the handle is closed.
+class SocketClient : public Client, public UvHandle<uv_pipe_t, SocketClient> {
+public:
+    /// `owningDoor` calls `detach` before it goes.
+    explicit SocketClient(UnixSocketDoor& owningDoor);
+
+    void send(const std::shared_ptr<const std::string>& frame) override;
+    Origin origin() const override { return Origin::SOCKET; }
+
+    /// Reads from now on.
+    void start();
+    /// Takes up to a turn's frames, then reads on, waits for another turn, or leaves.
+    void takeFrames();
+    /// Closes when everything that waits is sent.
+    void finish();
+    /// Closes at once.
+    void drop();
+    void detach() { door = nullptr; }
+    /// Tells the door that this client is gone.
+    void closed();
+
+private:
+    void received(ssize_t count, const char* bytes);
+    void readOn();
+    void pause();
+
+    UnixSocketDoor* door;
+    LineFramer framer;
+    bool reading = false;
+    bool inputEnded = false;
+    bool finishing = false;
+};
+
+}  // namespace SettingsHost

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+#include <sys/types.h>
+
+namespace SettingsHost {
+
+/// Why a door cannot be opened, in words for the person who starts the host.
+class DoorError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// A listening Unix socket with its file, 0600 from its first moment. Its folder is made (0700) when it is missing, and
+/// must be a real folder of this user that nobody else can write to. The socket of a host that is gone is replaced; a
+/// live host's and everything that is no socket stays.
+class SocketFile {
+public:
+    /// Listens at `path`. Errors: `DoorError`.
+    explicit SocketFile(const std::string& path);
+    /// Removes the file, if it is still the one that was made.
+    ~SocketFile();
+
+    SocketFile(const SocketFile&) = delete;
+    SocketFile& operator=(const SocketFile&) = delete;
+
+    const std::string& path() const { return socketPath; }
+    /// The listening descriptor, non-blocking; the caller's to close from now on.
+    int takeDescriptor();
+
+private:
+    void bindAndListen();
+
+    std::string socketPath;
+    int descriptor = -1;
+    dev_t device = 0;
+    ino_t inode = 0;
+};
+
+}  // namespace SettingsHost

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "transport/Client.h"
+#include "transport/EventLoop.h"
+#include "transport/SocketFile.h"
+
+namespace SettingsHost {
+
+class SocketClient;
+
+/// What a door tells its owner, always from the event loop and never from inside `Client::send`. After `left` the
+/// client is not mentioned any more.
+struct DoorEvents {
+    std::function<void(const std::shared_ptr<Client>&)> arrived;
+    std::function<void(const std::shared_ptr<Client>&)> left;
+    std::function<void(const std::shared_ptr<Client>&, const std::string& frame)> frame;
+    std::function<void(const std::shared_ptr<Client>&)> tooLarge;
+};
+
+/// A Unix socket at which clients speak newline-delimited frames.
+///
+/// - A client's frames are taken in order, a bounded number a turn, so that a storm of one client holds nobody up;
+/// while
+///   frames wait, nothing more is read from that client.
+/// - A client that stops sending still gets what it asked for, then the connection is closed.
+/// - A client with more than 1 MiB waiting is disconnected when more is to be sent to it.
+///
+/// One thread only. The event loop outlives it, and runs once more after `close`.
+class UnixSocketDoor {
+public:
+    static constexpr std::size_t framesPerTurn = 16;
+    static constexpr std::size_t maximumWaiting = 1024 * 1024;
+
+    /// Listens at `path`; see `SocketFile`. Errors: `DoorError`.
+    UnixSocketDoor(EventLoop& loop, const std::string& path, DoorEvents events);
+    ~UnixSocketDoor();
+
+    UnixSocketDoor(const UnixSocketDoor&) = delete;
+    UnixSocketDoor& operator=(const UnixSocketDoor&) = delete;
+
+    const std::string& path() const { return file.path(); }
+
+    /// Takes no more clients and frames, and closes each connection when what waits for it is sent.
+    void close();
+    /// Closes the connections that are left at once.
+    void closeNow();
+
+private:
+    friend class SocketClient;
+    class Listener;
+    class Turns;
+
+    void accept();
+    void continueLater(const std::shared_ptr<SocketClient>& client);
+    void takeTurn();
+    void remove(SocketClient& client);
+
+    EventLoop& loop;
+    DoorEvents events;
+    SocketFile file;
+    std::shared_ptr<Listener> listener;
+    std::shared_ptr<Turns> turns;
+    std::unordered_map<SocketClient*, std::shared_ptr<SocketClient>> clients;
+    /// Where all clients are read into, one after the other.
+    std::vector<char> readBuffer;
+    std::vector<std::shared_ptr<SocketClient>> waiting;
+    bool closing = false;
+};
+
+}  // namespace SettingsHost
