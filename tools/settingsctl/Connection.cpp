@@ -1,0 +1,116 @@
+#include "Connection.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include "Failure.h"
+
+namespace SettingsCtl {
+
+namespace {
+
+constexpr std::size_t readSize = 65536;
+
+}  // namespace
+
+Connection::Connection(std::string socketPath, std::chrono::milliseconds waitingTime)
+    : path(std::move(socketPath)), timeout(waitingTime) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.empty() || path.size() >= sizeof(address.sun_path)) {
+        throw Failure(WRONG_USAGE, "the socket path is empty or too long: '" + path + "'");
+    }
+    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+    socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    // Also bounds the wait for a host whose queue of new connections is full.
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(timeout);
+    const timeval limit{seconds.count(),
+                        std::chrono::duration_cast<std::chrono::microseconds>(timeout - seconds).count()};
+    ::setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof(limit));
+    if (::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
+        const std::string reason = std::strerror(errno);
+        ::close(socket);
+        throw Failure(UNREACHABLE, "cannot reach the host at " + path + ": " + reason + " (is settings-host running?)");
+    }
+}
+
+Connection::~Connection() {
+    ::close(socket);
+}
+
+void Connection::fail(const std::string& what) const {
+    throw Failure(UNREACHABLE, "the host at " + path + " " + what);
+}
+
+void Connection::send(const std::string& lines) {
+    std::size_t sent = 0;
+    while (sent < lines.size()) {
+        const ssize_t count = ::send(socket, lines.data() + sent, lines.size() - sent, MSG_NOSIGNAL);
+        if (count > 0) {
+            sent += static_cast<std::size_t>(count);
+        } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
+            fail("does not take requests");
+        } else if (errno != EINTR) {
+            fail("closed the connection");
+        }
+    }
+}
+
+bool Connection::waitFor(short events, Deadline deadline, int wake) {
+    for (;;) {
+        int milliseconds = -1;
+        if (deadline) {
+            const auto left =
+                std::chrono::ceil<std::chrono::milliseconds>(*deadline - std::chrono::steady_clock::now());
+            milliseconds = static_cast<int>(std::max<std::chrono::milliseconds::rep>(left.count(), 0));
+        }
+        std::array<pollfd, 2> wanted{{{socket, events, 0}, {wake, POLLIN, 0}}};
+        const int ready = ::poll(wanted.data(), wanted.size(), milliseconds);
+        if (ready == 0) {
+            fail("does not answer");
+        }
+        if (ready > 0) {
+            return wanted[1].revents == 0;
+        }
+    }
+}
+
+std::optional<std::string> Connection::nextLine(Deadline deadline, int wake) {
+    for (;;) {
+        const std::size_t end = pending.find('\n', searched);
+        if (end != std::string::npos) {
+            std::string line = pending.substr(0, end);
+            pending.erase(0, end + 1);
+            searched = 0;
+            return line;
+        }
+        searched = pending.size();
+        if (!waitFor(POLLIN, deadline, wake)) {
+            return std::nullopt;
+        }
+        std::array<char, readSize> bytes;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled by recv
+        const ssize_t count = ::recv(socket, bytes.data(), bytes.size(), 0);
+        if (count == 0 || (count < 0 && errno != EINTR)) {
+            fail("closed the connection");
+        }
+        pending.append(bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    }
+}
+
+std::string Connection::receive() {
+    return *nextLine(std::chrono::steady_clock::now() + timeout, -1);
+}
+
+std::optional<std::string> Connection::receiveUntil(int wake) {
+    return nextLine(std::nullopt, wake);
+}
+
+}  // namespace SettingsCtl

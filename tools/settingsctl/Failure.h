@@ -1,0 +1,29 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace SettingsCtl {
+
+/// How the program ends; scripts rely on the numbers.
+enum ExitStatus : int {
+    DONE = 0,
+    /// Refused by the handler or the host, or there is no such value.
+    REFUSED = 1,
+    WRONG_USAGE = 2,
+    /// The host cannot be reached, went away, or does not answer.
+    UNREACHABLE = 3,
+};
+
+/// Ends the program with a message on standard error.
+class Failure : public std::runtime_error {
+public:
+    Failure(ExitStatus exitStatus, const std::string& message) : std::runtime_error(message), status(exitStatus) {}
+
+    ExitStatus exitStatus() const { return status; }
+
+private:
+    ExitStatus status;
+};
+
+}  // namespace SettingsCtl

@@ -1,0 +1,96 @@
+#include "Output.h"
+
+#include <cstdio>
+
+#include "Json.h"
+
+namespace SettingsCtl {
+
+namespace {
+
+std::string hexadecimal(const char* prefix, unsigned char byte) {
+    constexpr char digits[] = "0123456789abcdef";
+    return std::string(prefix) + digits[byte >> 4U] + digits[byte & 0xfU];
+}
+
+std::string escapeOf(unsigned char byte) {
+    switch (byte) {
+        case '\n':
+            return "\\n";
+        case '\r':
+            return "\\r";
+        case '\t':
+            return "\\t";
+        default:
+            return hexadecimal("\\x", byte);
+    }
+}
+
+}  // namespace
+
+std::string escapeControlCharacters(const std::string& text) {
+    std::string escaped;
+    escaped.reserve(text.size());
+    for (std::size_t index = 0; index < text.size(); ++index) {
+        const auto byte = static_cast<unsigned char>(text[index]);
+        const auto next = static_cast<unsigned char>(index + 1 < text.size() ? text[index + 1] : '\0');
+        if (byte < 0x20 || byte == 0x7f) {
+            escaped += escapeOf(byte);
+        } else if (byte == 0xc2 && next >= 0x80 && next < 0xa0) {
+            // The second row of control characters, two bytes in UTF-8.
+            escaped += hexadecimal("\\u00", next);
+            ++index;
+        } else {
+            escaped += text[index];
+        }
+    }
+    return escaped;
+}
+
+std::string jsonObject(const std::map<std::string, std::string>& members) {
+    rapidjson::StringBuffer buffer;
+    JsonWriter writer(buffer);
+    writer.StartObject();
+    for (const auto& [name, value] : members) {
+        writer.String(name);
+        writer.String(value);
+    }
+    writer.EndObject();
+    return {buffer.GetString(), buffer.GetSize()};
+}
+
+std::string jsonArray(const std::vector<std::string>& elements) {
+    rapidjson::StringBuffer buffer;
+    JsonWriter writer(buffer);
+    writer.StartArray();
+    for (const auto& element : elements) {
+        writer.String(element);
+    }
+    writer.EndArray();
+    return {buffer.GetString(), buffer.GetSize()};
+}
+
+void printLine(const OutputStyle& style, const std::string& line) {
+    if (!style.quiet) {
+        std::fwrite(line.data(), 1, line.size(), stdout);
+        std::fputc('\n', stdout);
+        std::fflush(stdout);
+    }
+}
+
+void printValues(const OutputStyle& style, const std::map<std::string, std::string>& values) {
+    if (style.json) {
+        printLine(style, jsonObject(values));
+        return;
+    }
+    for (const auto& [key, value] : values) {
+        const std::string shown = escapeControlCharacters(value);
+        printLine(style, style.bareValues ? shown : escapeControlCharacters(key) + "=" + shown);
+    }
+}
+
+std::string changeLine(const std::string& key, const std::string& from, const std::string& to) {
+    return escapeControlCharacters(key + ": '" + from + "' -> '" + to + "'");
+}
+
+}  // namespace SettingsCtl

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace SettingsCtl {
+
+/// How results are shown.
+struct OutputStyle {
+    bool json = false;
+    bool bareValues = false;
+    bool quiet = false;
+};
+
+/// `text` with every control character (also DEL and U+0080 to U+009F) as an escape, so that no value can steer a
+/// terminal.
+std::string escapeControlCharacters(const std::string& text);
+
+/// A compact JSON object of strings, and a compact JSON array of strings.
+std::string jsonObject(const std::map<std::string, std::string>& members);
+std::string jsonArray(const std::vector<std::string>& elements);
+
+/// Writes a line to standard output at once, unless the style is quiet.
+void printLine(const OutputStyle& style, const std::string& line);
+
+/// Prints `key=value` lines, bare values, or one JSON object.
+void printValues(const OutputStyle& style, const std::map<std::string, std::string>& values);
+
+/// `key: 'from' -> 'to'`
+std::string changeLine(const std::string& key, const std::string& from, const std::string& to);
+
+}  // namespace SettingsCtl

@@ -1,0 +1,51 @@
+#include <cstdio>
+
+#include "Commands.h"
+#include "Session.h"
+
+namespace SettingsCtl {
+
+ExitStatus get(const Context& context, const std::vector<std::string>& keys) {
+    Session session(context);
+    const auto values = session.getSettings(keys);
+    printValues(context.style, values);
+    ExitStatus status = DONE;
+    for (const auto& key : keys) {
+        if (values.count(key) == 0) {
+            std::fprintf(stderr, "settingsctl: '%s' has no value\n", escapeControlCharacters(key).c_str());
+            status = REFUSED;
+        }
+    }
+    return status;
+}
+
+ExitStatus list(const Context& context) {
+    Session session(context);
+    std::vector<std::string> keys;
+    for (const auto& entry : session.getSettings({})) {
+        keys.push_back(entry.first);
+    }
+    if (context.style.json) {
+        printLine(context.style, jsonArray(keys));
+        return DONE;
+    }
+    for (const auto& key : keys) {
+        printLine(context.style, escapeControlCharacters(key));
+    }
+    return DONE;
+}
+
+ExitStatus selected(const Context& context) {
+    Session session(context);
+    const std::string messageId = session.newMessageId();
+    session.send(bareRequest(IS_SELECTED, messageId));
+    const auto answer = session.receiveReply(messageId).booleanAt({"payload", "isOrliaSelectedAsVA"});
+    if (!answer) {
+        throw Failure(UNREACHABLE, "the host's answer does not say whether the assistant is selected");
+    }
+    const std::string text = *answer ? "true" : "false";
+    printLine(context.style, context.style.json ? "{\"isOrliaSelectedAsVA\":" + text + "}" : text);
+    return DONE;
+}
+
+}  // namespace SettingsCtl
