@@ -1,0 +1,80 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <utility>
+
+#include "SettingsHandlerTesting/Journal.h"
+#include "VessaNativeCommon/FriendlyNameObserverInterface.h"
+#include "VessaNativeCommon/OrliaLocaleObserverInterface.h"
+#include "teskVessa/NativeBridgeInterface.h"
+
+namespace SettingsHandlerTesting {
+
+/// What an observer does when it is told: nothing by default. With it an observer can be made hostile:
+///
+///     auto selfRemover = std::make_shared<FakeFriendlyNameObserver>(journal);
+///     selfRemover->reaction = [&] { handler->removeFriendlyNameObserver(selfRemover); };
+using Reaction = std::function<void()>;
+
+/// Entry: `observer.orliaLocale(en-US)`, with `name` in front when there is one.
+class FakeLocaleObserver : public VessaNativeCommon::OrliaLocaleObserverInterface {
+public:
+    explicit FakeLocaleObserver(Journal& recorder, std::string ownName = "observer")
+        : journal(recorder), name(std::move(ownName)) {}
+
+    Reaction reaction;
+
+    void notifyOrliaLocaleChanged(const std::string& locale) override {
+        journal.add(name + ".orliaLocale(" + locale + ")");
+        if (reaction) {
+            reaction();
+        }
+    }
+
+private:
+    Journal& journal;
+    std::string name;
+};
+
+/// Entry: `observer.friendlyName(Den)`.
+class FakeFriendlyNameObserver : public VessaNativeCommon::FriendlyNameObserverInterface {
+public:
+    explicit FakeFriendlyNameObserver(Journal& recorder, std::string ownName = "observer")
+        : journal(recorder), name(std::move(ownName)) {}
+
+    Reaction reaction;
+
+    void notifyFriendlyNameChanged(const std::string& friendlyName) override {
+        journal.add(name + ".friendlyName(" + friendlyName + ")");
+        if (reaction) {
+            reaction();
+        }
+    }
+
+private:
+    Journal& journal;
+    std::string name;
+};
+
+/// Entry: `observer.entitlementStatus(active)`.
+class FakeEntitlementObserver : public teskVessa::NativeBridgeInterface {
+public:
+    explicit FakeEntitlementObserver(Journal& recorder, std::string ownName = "observer")
+        : journal(recorder), name(std::move(ownName)) {}
+
+    Reaction reaction;
+
+    void notifyEntitlementStatusChanged(const std::string& status) override {
+        journal.add(name + ".entitlementStatus(" + status + ")");
+        if (reaction) {
+            reaction();
+        }
+    }
+
+private:
+    Journal& journal;
+    std::string name;
+};
+
+}  // namespace SettingsHandlerTesting
