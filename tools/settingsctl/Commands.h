@@ -25,7 +25,7 @@ ExitStatus selected(const Context& context);
 ExitStatus set(const Context& context, const std::string& key, const std::string& value);
 ExitStatus openSettings(const Context& context);
 ExitStatus logOut(const Context& context);
-/// Runs until SIGINT or SIGTERM (DONE) or until the host goes (UNREACHABLE).
+/// Runs until SIGINT or SIGTERM or until nobody reads its output any more (DONE), or until the host goes (UNREACHABLE).
 ExitStatus watch(const Context& context);
 
 /// The simulated device.

@@ -6,7 +6,6 @@
 #include <cstring>
 #include <utility>
 
-#include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -18,6 +17,8 @@ namespace SettingsCtl {
 namespace {
 
 constexpr std::size_t readSize = 65536;
+/// More than any reply of a host can hold.
+constexpr std::size_t maximumLineSize = 256UL * 1024 * 1024;
 
 }  // namespace
 
@@ -64,7 +65,9 @@ void Connection::send(const std::string& lines) {
     }
 }
 
-bool Connection::waitFor(short events, Deadline deadline, int wake) {
+bool Connection::waitForBytes(Deadline deadline, const std::vector<pollfd>& others) {
+    std::vector<pollfd> wanted = others;
+    wanted.push_back({socket, POLLIN, 0});
     for (;;) {
         int milliseconds = -1;
         if (deadline) {
@@ -72,18 +75,30 @@ bool Connection::waitFor(short events, Deadline deadline, int wake) {
                 std::chrono::ceil<std::chrono::milliseconds>(*deadline - std::chrono::steady_clock::now());
             milliseconds = static_cast<int>(std::max<std::chrono::milliseconds::rep>(left.count(), 0));
         }
-        std::array<pollfd, 2> wanted{{{socket, events, 0}, {wake, POLLIN, 0}}};
         const int ready = ::poll(wanted.data(), wanted.size(), milliseconds);
         if (ready == 0) {
             fail("does not answer");
         }
         if (ready > 0) {
-            return wanted[1].revents == 0;
+            return std::all_of(wanted.begin(), wanted.end() - 1,
+                               [](const pollfd& other) { return other.revents == 0; });
         }
     }
 }
 
-std::optional<std::string> Connection::nextLine(Deadline deadline, int wake) {
+void Connection::receiveBytes() {
+    std::array<char, readSize> bytes;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled by recv
+    const ssize_t count = ::recv(socket, bytes.data(), bytes.size(), 0);
+    if (count == 0 || (count < 0 && errno != EINTR)) {
+        fail("closed the connection");
+    }
+    pending.append(bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    if (pending.size() > maximumLineSize) {
+        fail("sends a line without an end");
+    }
+}
+
+std::optional<std::string> Connection::receive(Deadline deadline, const std::vector<pollfd>& others) {
     for (;;) {
         const std::size_t end = pending.find('\n', searched);
         if (end != std::string::npos) {
@@ -93,24 +108,15 @@ std::optional<std::string> Connection::nextLine(Deadline deadline, int wake) {
             return line;
         }
         searched = pending.size();
-        if (!waitFor(POLLIN, deadline, wake)) {
+        if (!waitForBytes(deadline, others)) {
             return std::nullopt;
         }
-        std::array<char, readSize> bytes;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled by recv
-        const ssize_t count = ::recv(socket, bytes.data(), bytes.size(), 0);
-        if (count == 0 || (count < 0 && errno != EINTR)) {
-            fail("closed the connection");
-        }
-        pending.append(bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+        receiveBytes();
     }
 }
 
-std::string Connection::receive() {
-    return *nextLine(std::chrono::steady_clock::now() + timeout, -1);
-}
-
-std::optional<std::string> Connection::receiveUntil(int wake) {
-    return nextLine(std::nullopt, wake);
+std::string Connection::receive(Deadline deadline) {
+    return receive(deadline, {}).value();
 }
 
 }  // namespace SettingsCtl

@@ -3,14 +3,20 @@
 #include <chrono>
 #include <optional>
 #include <string>
+#include <vector>
+
+#include <poll.h>
 
 namespace SettingsCtl {
 
-/// A connection to one of the host's sockets that speaks lines. Every wait ends after the time-out with a `Failure`
-/// (UNREACHABLE), as does the end of the host.
+/// A connection to one of the host's sockets that speaks lines. A host that cannot be reached, ends, does not answer in
+/// time or sends a line without an end is a `Failure` (UNREACHABLE).
 class Connection {
 public:
-    Connection(std::string path, std::chrono::milliseconds timeout);
+    using Deadline = std::optional<std::chrono::steady_clock::time_point>;
+
+    /// Connects. `waitingTime` bounds connecting and each `send`, and is what `deadline` gives to receiving.
+    Connection(std::string socketPath, std::chrono::milliseconds waitingTime);
     ~Connection();
 
     Connection(const Connection&) = delete;
@@ -18,16 +24,16 @@ public:
 
     /// Sends lines that are already ended.
     void send(const std::string& lines);
-    /// The next line without its end.
-    std::string receive();
-    /// The next line however long it takes; nothing when `wake`, a descriptor, becomes readable before.
-    std::optional<std::string> receiveUntil(int wake);
+    /// The moment until which an answer to what is sent now is waited for.
+    Deadline deadline() const { return std::chrono::steady_clock::now() + timeout; }
+    /// The next line without its end. Without a deadline it may take for ever.
+    std::string receive(Deadline deadline);
+    /// The next line, or nothing when one of the other descriptors has something to say before.
+    std::optional<std::string> receive(Deadline deadline, const std::vector<pollfd>& others);
 
 private:
-    using Deadline = std::optional<std::chrono::steady_clock::time_point>;
-
-    std::optional<std::string> nextLine(Deadline deadline, int wake);
-    bool waitFor(short events, Deadline deadline, int wake);
+    bool waitForBytes(Deadline deadline, const std::vector<pollfd>& others);
+    void receiveBytes();
     [[noreturn]] void fail(const std::string& what) const;
 
     std::string path;

@@ -21,7 +21,7 @@ Frame execute(
     writer.EndObject();
     Connection connection(context.deviceSocketPath, context.timeout);
     connection.send(std::string(buffer.GetString(), buffer.GetSize()) + "\n");
-    Frame answer(connection.receive());
+    Frame answer(connection.receive(connection.deadline()));
     answer.throwIfRefusal();
     return answer;
 }

@@ -1,7 +1,10 @@
 #include "Output.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 
+#include "Failure.h"
 #include "Json.h"
 
 namespace SettingsCtl {
@@ -71,10 +74,12 @@ std::string jsonArray(const std::vector<std::string>& elements) {
 }
 
 void printLine(const OutputStyle& style, const std::string& line) {
-    if (!style.quiet) {
-        std::fwrite(line.data(), 1, line.size(), stdout);
-        std::fputc('\n', stdout);
-        std::fflush(stdout);
+    if (style.quiet) {
+        return;
+    }
+    const std::string ended = line + "\n";
+    if (std::fwrite(ended.data(), 1, ended.size(), stdout) != ended.size() || std::fflush(stdout) != 0) {
+        throw Failure(REFUSED, std::string("cannot write to standard output: ") + std::strerror(errno));
     }
 }
 

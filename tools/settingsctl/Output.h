@@ -22,6 +22,7 @@ std::string jsonObject(const std::map<std::string, std::string>& members);
 std::string jsonArray(const std::vector<std::string>& elements);
 
 /// Writes a line to standard output at once, unless the style is quiet.
+/// Errors: `Failure` (REFUSED) when it cannot be written, for example because the disk is full.
 void printLine(const OutputStyle& style, const std::string& line);
 
 /// Prints `key=value` lines, bare values, or one JSON object.

@@ -1,5 +1,8 @@
 #include "Session.h"
 
+#include <algorithm>
+#include <chrono>
+
 #include <unistd.h>
 
 namespace SettingsCtl {
@@ -8,24 +11,36 @@ std::string Session::newMessageId() {
     return "settingsctl-" + std::to_string(::getpid()) + "-" + std::to_string(++lastMessageId);
 }
 
-Frame Session::receiveReply(const std::string& messageId, const std::function<void(const Change&)>& onChange) {
+std::int64_t Session::newTimestamp() const {
+    using namespace std::chrono;
+    const std::int64_t now = duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
+    return std::max(now, newestTimestamp);
+}
+
+Frame Session::receiveReply(const std::string& messageId, const FrameListener& onOtherFrame) {
+    const auto deadline = connection.deadline();
     for (;;) {
-        Frame frame(connection.receive());
+        Frame frame(connection.receive(deadline));
         frame.throwIfRefusal();
         if (frame.isReplyTo(messageId)) {
             return frame;
         }
-        const auto change = frame.change();
-        if (change && onChange) {
-            onChange(*change);
+        newestTimestamp = std::max(newestTimestamp, frame.timestamp().value_or(newestTimestamp));
+        if (onOtherFrame) {
+            onOtherFrame(frame);
         }
     }
+}
+
+std::map<std::string, std::string> Session::receiveSettings(const std::string& messageId,
+                                                            const FrameListener& onOtherFrame) {
+    return receiveReply(messageId, onOtherFrame).stringsAt({"payload", "settings"});
 }
 
 std::map<std::string, std::string> Session::getSettings(const std::vector<std::string>& keys) {
     const std::string messageId = newMessageId();
     send(getSettingsRequest(messageId, keys));
-    return receiveReply(messageId).stringsAt({"payload", "settings"});
+    return receiveSettings(messageId);
 }
 
 }  // namespace SettingsCtl

@@ -1,4 +1,5 @@
 #include <csignal>
+#include <cstdio>
 
 #include <sys/signalfd.h>
 #include <unistd.h>
@@ -51,13 +52,32 @@ void print(const Context& context, const Frame& frame) {
     }
 }
 
+/// Scripts wait for this line before they change what they watch.
+void tellReady(const Context& context) {
+    if (!context.style.quiet) {
+        std::fprintf(stderr, "settingsctl: watching %s\n", escapeControlCharacters(context.socketPath).c_str());
+    }
+}
+
 }  // namespace
 
 ExitStatus watch(const Context& context) {
     const Interruption interruption;
     Connection connection(context.socketPath, context.timeout);
-    while (const auto line = connection.receiveUntil(interruption.descriptor())) {
-        print(context, Frame(*line));
+    // The answer to a question tells that the host serves this connection, so that no later change is missed.
+    const std::string question = "watch";
+    connection.send(bareRequest(IS_SELECTED, question));
+    Connection::Deadline deadline = connection.deadline();
+    const std::vector<pollfd> ends{{interruption.descriptor(), POLLIN, 0}, {STDOUT_FILENO, 0, 0}};
+    while (const auto line = connection.receive(deadline, ends)) {
+        const Frame frame(*line);
+        frame.throwIfRefusal();
+        if (frame.isReplyTo(question)) {
+            deadline.reset();
+            tellReady(context);
+        } else {
+            print(context, frame);
+        }
     }
     return DONE;
 }

@@ -20,6 +20,10 @@ const rapidjson::Value* member(const rapidjson::Value& object, const char* name)
     return found == object.MemberEnd() ? nullptr : &found->value;
 }
 
+Failure notUnderstood() {
+    return {UNREACHABLE, "what answers is no settings host: it sent a frame that cannot be understood"};
+}
+
 void startRequest(JsonWriter& writer, MessageType type, const std::string& messageId) {
     writer.StartObject();
     writer.Key("type");
@@ -36,7 +40,7 @@ std::string finishRequest(JsonWriter& writer, const rapidjson::StringBuffer& buf
 }  // namespace
 
 Frame::Frame(std::string received) : line(std::move(received)) {
-    if (document.Parse<jsonParseFlags>(line.c_str()).HasParseError() || !document.IsObject()) {
+    if (document.Parse<jsonParseFlags>(line.data(), line.size()).HasParseError() || !document.IsObject()) {
         throw Failure(UNREACHABLE, "what answers is no settings host: it sent something that is no JSON object");
     }
 }
@@ -49,20 +53,36 @@ const rapidjson::Value* Frame::at(const std::vector<const char*>& path) const {
     return value;
 }
 
-bool Frame::isReplyTo(const std::string& messageId) const {
+bool Frame::isEvent() const {
     const auto* const type = at({"type"});
+    return type != nullptr && type->IsInt() && type->GetInt() == SETTING_CHANGED;
+}
+
+bool Frame::isReplyTo(const std::string& messageId) const {
     const auto* const id = at({"messageId"});
-    return type != nullptr && type->IsInt() && type->GetInt() != SETTING_CHANGED && id != nullptr && id->IsString() &&
-           stringOf(*id) == messageId;
+    return !isEvent() && id != nullptr && id->IsString() && stringOf(*id) == messageId;
+}
+
+std::optional<std::int64_t> Frame::timestamp() const {
+    const auto* const timestamp = at({"timestamp"});
+    if (!isEvent() || timestamp == nullptr || !timestamp->IsInt64()) {
+        return std::nullopt;
+    }
+    return timestamp->GetInt64();
 }
 
 std::optional<Change> Frame::change() const {
-    const auto* const type = at({"type"});
-    if (type == nullptr || !type->IsInt() || type->GetInt() != SETTING_CHANGED) {
+    if (!isEvent()) {
         return std::nullopt;
     }
-    auto payload = stringsAt({"payload"});
-    return Change{payload["settingDBId"], payload["from"], payload["to"]};
+    const auto payload = stringsAt({"payload"});
+    const auto key = payload.find("settingDBId");
+    const auto from = payload.find("from");
+    const auto to = payload.find("to");
+    if (key == payload.end() || from == payload.end() || to == payload.end()) {
+        throw notUnderstood();
+    }
+    return Change{key->second, from->second, to->second};
 }
 
 std::optional<std::vector<std::string>> Frame::reread() const {
@@ -82,19 +102,21 @@ std::optional<std::vector<std::string>> Frame::reread() const {
 void Frame::throwIfRefusal() const {
     if (at({"error"}) != nullptr) {
         auto error = stringsAt({"error"});
-        throw Failure(REFUSED, "the host refused it: " + error["message"] + " (" + error["code"] + ")");
+        throw Failure(REFUSED, "the host refused the request: " + error["message"] + " (" + error["code"] + ")");
     }
 }
 
 std::map<std::string, std::string> Frame::stringsAt(const std::vector<const char*>& path) const {
-    std::map<std::string, std::string> strings;
     const rapidjson::Value* const object = at(path);
-    if (object != nullptr && object->IsObject()) {
-        for (const auto& entry : object->GetObject()) {
-            if (entry.value.IsString()) {
-                strings[stringOf(entry.name)] = stringOf(entry.value);
-            }
+    if (object == nullptr || !object->IsObject()) {
+        throw notUnderstood();
+    }
+    std::map<std::string, std::string> strings;
+    for (const auto& entry : object->GetObject()) {
+        if (!entry.value.IsString()) {
+            throw notUnderstood();
         }
+        strings[stringOf(entry.name)] = stringOf(entry.value);
     }
     return strings;
 }
@@ -105,6 +127,14 @@ std::optional<bool> Frame::booleanAt(const std::vector<const char*>& path) const
         return std::nullopt;
     }
     return value->GetBool();
+}
+
+bool isValidUtf8(const std::string& text) {
+    rapidjson::StringBuffer buffer;
+    rapidjson::Writer<rapidjson::StringBuffer, rapidjson::UTF8<>, rapidjson::UTF8<>, rapidjson::CrtAllocator,
+                      rapidjson::kWriteValidateEncodingFlag>
+        writer(buffer);
+    return writer.String(text);
 }
 
 std::string getSettingsRequest(const std::string& messageId, const std::vector<std::string>& keys) {
@@ -123,7 +153,8 @@ std::string getSettingsRequest(const std::string& messageId, const std::vector<s
     return finishRequest(writer, buffer);
 }
 
-std::string setSettingsRequest(const std::string& messageId, std::int64_t timestamp, const Change& wanted) {
+std::string setSettingsRequest(const std::string& messageId, std::int64_t timestamp, const std::string& key,
+                               const std::string& value) {
     rapidjson::StringBuffer buffer;
     JsonWriter writer(buffer);
     startRequest(writer, SET_SETTINGS, messageId);
@@ -132,9 +163,9 @@ std::string setSettingsRequest(const std::string& messageId, std::int64_t timest
     writer.Key("payload");
     writer.StartObject();
     writer.Key("settingDBId");
-    writer.String(wanted.key);
+    writer.String(key);
     writer.Key("to");
-    writer.String(wanted.to);
+    writer.String(value);
     writer.EndObject();
     return finishRequest(writer, buffer);
 }

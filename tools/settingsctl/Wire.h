@@ -30,32 +30,41 @@ struct Change {
 /// One frame of the host.
 class Frame {
 public:
-    /// Errors: `Failure` (UNREACHABLE) when the line is no JSON object, so what answers is no settings host.
-    explicit Frame(std::string line);
+    /// Errors: `Failure` (UNREACHABLE) when the text is no JSON object, so what answers is no settings host.
+    explicit Frame(std::string received);
 
     const std::string& text() const { return line; }
     bool isReplyTo(const std::string& messageId) const;
-    /// The change that an event announces.
+    /// The time stamp that an event carries.
+    std::optional<std::int64_t> timestamp() const;
+    /// The change that an event announces; nothing when the frame is no event.
+    /// Errors: as `stringsAt`, when it is an event without key, old or new value.
     std::optional<Change> change() const;
-    /// The keys that a notice asks to read again.
+    /// The keys that a notice asks to read again; nothing when the frame is no notice.
     std::optional<std::vector<std::string>> reread() const;
     /// Throws `Failure` (REFUSED) when the host itself refused what was sent.
     void throwIfRefusal() const;
-    /// Strings of the object at a path of member names, in the order of their keys; empty when it is not there.
+    /// The members of the object at a path of member names, in the order of their keys.
+    /// Errors: `Failure` (UNREACHABLE) when there is no object there, or one with a member that is no string.
     std::map<std::string, std::string> stringsAt(const std::vector<const char*>& path) const;
     /// The boolean at a path of member names.
     std::optional<bool> booleanAt(const std::vector<const char*>& path) const;
 
 private:
     const rapidjson::Value* at(const std::vector<const char*>& path) const;
+    bool isEvent() const;
 
     std::string line;
     rapidjson::Document document;
 };
 
+/// Can the wire carry the text?
+bool isValidUtf8(const std::string& text);
+
 /// Requests as lines with their ends.
 std::string getSettingsRequest(const std::string& messageId, const std::vector<std::string>& keys);
-std::string setSettingsRequest(const std::string& messageId, std::int64_t timestamp, const Change& wanted);
+std::string setSettingsRequest(const std::string& messageId, std::int64_t timestamp, const std::string& key,
+                               const std::string& value);
 /// A request without a payload.
 std::string bareRequest(MessageType type, const std::string& messageId);
 

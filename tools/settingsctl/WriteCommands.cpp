@@ -1,5 +1,3 @@
-#include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <optional>
 
@@ -10,19 +8,17 @@ namespace SettingsCtl {
 
 namespace {
 
-std::int64_t millisecondsSinceEpoch() {
-    using namespace std::chrono;
-    return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
-}
-
 std::string likelyReason(const std::string& key) {
-    if (key == "captionsEnabled" || key == "doNotDisturbEnabled") {
-        return "it is set on the device only";
+    if (key == "captionsEnabled") {
+        return "it is set on the device only, with 'settingsctl device captions on|off'";
+    }
+    if (key == "doNotDisturbEnabled") {
+        return "it is set on the device only, with 'settingsctl device do-not-disturb on|off'";
     }
     if (key == "orliaLocale") {
         return "it must be a JSON array with at least one locale, for example [\"en-US\"]";
     }
-    return "the host did not accept it, or a newer request came before; its log says why";
+    return "the host did not accept it, or had seen a newer request; its log says why";
 }
 
 void printResult(const Context& context, const std::string& result, const Change& change) {
@@ -36,15 +32,22 @@ void printResult(const Context& context, const std::string& result, const Change
     }
 }
 
-/// Sends a request that has no answer, and a question after it on the same connection: when the question is answered,
+void tellOtherValue(const Context& context, const std::string& value) {
+    if (!context.style.quiet) {
+        std::fprintf(stderr, "settingsctl: accepted, but read back as '%s'\n", escapeControlCharacters(value).c_str());
+    }
+}
+
+/// Sends a request that has no reply, and a question after it on the same connection: when the question is answered,
 /// the request was served.
 ExitStatus serve(const Context& context, MessageType type) {
     Session session(context);
+    const std::string request = session.newMessageId();
     const std::string question = session.newMessageId();
-    session.send(bareRequest(type, session.newMessageId()) + bareRequest(IS_SELECTED, question));
+    session.send(bareRequest(type, request) + bareRequest(IS_SELECTED, question));
     session.receiveReply(question);
     if (context.style.json) {
-        printLine(context.style, "{\"done\":true}");
+        printLine(context.style, "{\"ok\":true}");
     }
     return DONE;
 }
@@ -53,31 +56,29 @@ ExitStatus serve(const Context& context, MessageType type) {
 
 ExitStatus set(const Context& context, const std::string& key, const std::string& value) {
     Session session(context);
-    const std::string before = session.newMessageId();
-    const std::string after = session.newMessageId();
-    session.send(getSettingsRequest(before, {key}) +
-                 setSettingsRequest(session.newMessageId(), millisecondsSinceEpoch(), {key, "", value}) +
-                 getSettingsRequest(after, {key}));
+    const std::string oldValue = session.getSettings({key})[key];
 
-    const std::string oldValue = session.receiveReply(before).stringsAt({"payload", "settings"})[key];
+    const std::string request = session.newMessageId();
+    const std::string question = session.newMessageId();
+    session.send(setSettingsRequest(request, session.newTimestamp(), key, value) + getSettingsRequest(question, {key}));
     std::optional<Change> accepted;
-    const auto remember = [&](const Change& change) {
-        if (change.key == key && change.to == value) {
+    auto settings = session.receiveSettings(question, [&](const Frame& frame) {
+        const auto change = frame.change();
+        if (change && change->key == key && change->to == value) {
             accepted = change;
         }
-    };
-    const std::string newValue = session.receiveReply(after, remember).stringsAt({"payload", "settings"})[key];
+    });
+    const std::string& newValue = settings[key];
 
     if (accepted) {
         printResult(context, "changed", *accepted);
-        if (newValue != value && !context.style.quiet) {
-            std::fprintf(stderr, "settingsctl: accepted, but read back as '%s'\n",
-                         escapeControlCharacters(newValue).c_str());
+        if (newValue != value) {
+            tellOtherValue(context, newValue);
         }
         return DONE;
     }
     if (newValue == value) {
-        printResult(context, "unchanged", {key, oldValue, value});
+        printResult(context, "unchanged", {key, value, value});
         return DONE;
     }
     printResult(context, "refused", {key, oldValue, value});
