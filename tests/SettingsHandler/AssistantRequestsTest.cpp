@@ -1,0 +1,119 @@
+#include "DeviceAbstractionLayer/AppNameToStringMapping.h"
+#include "HandlerFixture.h"
+
+namespace SettingsHandlerTests {
+
+using AssistantRequests = HandlerTest;
+
+TEST_F(AssistantRequests, TheAssistantIsAlwaysTheSelectedOne) {
+    EXPECT_TRUE(handler->isOrliaSelectedAsVA());
+    handler->handleIsOrliaSelectedVARequest(R"({"messageId":"abc","payload":5})");
+    EXPECT_EQ(journal.take(), Entries{R"(transport.sendResponse(abc, {"isOrliaSelectedAsVA":true}))"});
+}
+
+TEST_F(AssistantRequests, AQueryWithoutUsableMessageIdIsLoggedAndNotAnswered) {
+    for (const auto* text : {"{}", "{", "", R"({"messageid":"x"})"}) {
+        handler->handleIsOrliaSelectedVARequest(text);
+        EXPECT_EQ(journal.take(), Entries{"log 3 SettingsHandler:Message ID not found"}) << text;
+    }
+    for (const auto* text : {R"({"messageId":42})", R"({"messageId":null})", R"({"messageId":["x"]})"}) {
+        handler->handleIsOrliaSelectedVARequest(text);
+        EXPECT_EQ(journal.take(), Entries{"log 3 SettingsHandler:Message ID has incorrect format"}) << text;
+    }
+}
+
+TEST_F(AssistantRequests, OpensTheSettingsApplicationWhateverTheText) {
+    for (const auto* text : {"", "{", "{}"}) {
+        handler->handleOpenVASettingsRequest(text);
+        EXPECT_EQ(journal.take(), Entries{"app.launchApp(settings-app, )"});
+    }
+}
+
+class AppNameDeathTest : public HandlerTest {
+protected:
+    // Each runs in a process of its own, because the name is looked up once in the life of a process.
+    AppNameDeathTest() { ::testing::GTEST_FLAG(death_test_style) = "threadsafe"; }
+
+    [[noreturn]] void endWith(const Entries& expected) {
+        const Entries entries = journal.take();
+        std::exit(entries == expected ? 0 : 1);
+    }
+
+    std::unordered_map<DeviceAbstractionLayer::AppName, std::string>& names =
+        DeviceAbstractionLayer::AppNameToStringMapping;
+};
+
+TEST_F(AppNameDeathTest, WithoutAnEntryTheNameIsEmptyForGood) {
+    EXPECT_EXIT(
+        {
+            names.clear();
+            handler->openVASettings();
+            names[DeviceAbstractionLayer::AppName::VA_SETTINGS_APP] = "too late";
+            handler->openVASettings();
+            endWith({"app.launchApp(, )", "app.launchApp(, )"});
+        },
+        ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(AppNameDeathTest, TheNameIsLookedUpByTheFirstCallAndKept) {
+    EXPECT_EXIT(
+        {
+            names[DeviceAbstractionLayer::AppName::VA_SETTINGS_APP] = "first";
+            handler->openVASettings();
+            names[DeviceAbstractionLayer::AppName::VA_SETTINGS_APP] = "second";
+            make<OpenHandler>()->openVASettings();
+            auto entries = journal.take();
+            std::exit(entries.front() == "app.launchApp(first, )" && entries.back() == "app.launchApp(first, )" ? 0 : 1);
+        },
+        ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(AssistantRequests, LogOutResetsClearsAndReloadsInOrder) {
+    storage.values = {{"deviceName", "Den"}};
+    cache("deviceName", "Den");
+    cache("left over", "x");
+    handler->handleLogOutRequest();
+    const auto entries = journal.take();
+    EXPECT_EQ(Entries(entries.begin(), entries.begin() + 5),
+              (Entries{"sdk.applySetting(handsFreeAlwaysOnEnabled, false)", "sdk.applySetting(pttAlwaysOnEnabled, false)",
+                       "sdk.setHandsFreeEnabled(false)", "storage.clearStorage()", "log 0 SettingsHandler:getSettings"}));
+    for (const auto& entry : entries) {
+        EXPECT_EQ(entry.rfind("transport.", 0), std::string::npos) << entry;
+        EXPECT_EQ(entry.rfind("metrics", 0), std::string::npos) << entry;
+    }
+    EXPECT_EQ(cached("deviceName"), "TV");
+    EXPECT_EQ(cached("left over"), "(none)");
+    EXPECT_EQ(cached("companionDevice"), R"(["",""])");
+}
+
+TEST_F(AssistantRequests, AFailedWipeIsLoggedAndTheRestIsDoneAllTheSame) {
+    storage.values = {{"deviceName", "Den"}};
+    storage.refusesClearing = true;
+    sdk->refusesSettings = true;
+    deliver(22, "not JSON");
+    const auto entries = journal.take();
+    EXPECT_EQ(Entries(entries.begin(), entries.begin() + 6),
+              (Entries{"sdk.applySetting(handsFreeAlwaysOnEnabled, false)", "sdk.applySetting(pttAlwaysOnEnabled, false)",
+                       "sdk.setHandsFreeEnabled(false)", "storage.clearStorage()",
+                       "log 3 SettingsHandler:Error clearing storage on logout", "log 0 SettingsHandler:getSettings"}));
+    EXPECT_EQ(cached("deviceName"), "Den");
+}
+
+TEST_F(AssistantRequests, LogOutReloadsThroughTheInterface) {
+    struct Derived : OpenHandler {
+        using OpenHandler::OpenHandler;
+        std::map<std::string, std::string> getSettings(const std::vector<std::string>& names) override {
+            EXPECT_TRUE(names.empty());
+            return {{"only", "this"}};
+        }
+    };
+    const auto derived = make<Derived>();
+    std::string old;
+    derived->settingChanged("before", old, "x");
+    derived->handleLogOutRequest();
+    const auto map = derived->getCurrentSettingsMap();
+    EXPECT_EQ(map.at("only"), "this");
+    EXPECT_EQ(map.size(), 6U);
+}
+
+}  // namespace SettingsHandlerTests

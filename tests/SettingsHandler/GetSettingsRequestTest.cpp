@@ -1,0 +1,94 @@
+#include "HandlerFixture.h"
+
+namespace SettingsHandlerTests {
+
+class GetSettingsRequest : public HandlerTest {
+protected:
+    void expectRefused(const std::string& text, const std::string& reason) {
+        handler->handleGetSettingsRequest(text);
+        EXPECT_EQ(journal.take(),
+                  (Entries{"log 1 SettingsHandler:Handling GetSettings request", "log 3 SettingsHandler:" + reason}))
+            << text;
+    }
+
+    /// The reply's line for a request of `settings`.
+    std::string replyTo(const std::string& settings) {
+        handler->handleGetSettingsRequest(R"({"messageId":"m","payload":{"settings":)" + settings + "}}");
+        return journal.take().back();
+    }
+};
+
+TEST_F(GetSettingsRequest, RepliesWithTheValuesOrderedByKey) {
+    handler->handleGetSettingsRequest(
+        R"({"messageId":"m1","payload":{"settings":["timezone","captionsEnabled"]}})");
+    EXPECT_EQ(journal.take(),
+              (Entries{"log 1 SettingsHandler:Handling GetSettings request", "log 0 SettingsHandler:getSettings",
+                       "log 0 SettingsHandler:SettingDBId: timezone", "sdk.getTimezone()",
+                       "log 0 SettingsHandler:SettingDBId: captionsEnabled", "sdk.isCaptionsEnabled()",
+                       R"(transport.sendResponse(m1, {"settings":{"captionsEnabled":"false","timezone":"America/Vancouver"}}))"}));
+}
+
+TEST_F(GetSettingsRequest, RefusesWhatIsNoJson) {
+    expectRefused("{", "Payload was not parsed successfully");
+    expectRefused("", "Payload was not parsed successfully");
+}
+
+TEST_F(GetSettingsRequest, RefusesAMissingOrWrongMessageId) {
+    const std::string reason = "GetSettings Message Id not found or has incorrect format";
+    expectRefused(R"({"payload":{"settings":[]}})", reason);
+    expectRefused(R"({"messageId":5,"payload":{"settings":[]}})", reason);
+    expectRefused("{}", reason);
+}
+
+TEST_F(GetSettingsRequest, RefusesAMissingPayloadWithTheWordsOfSetSettings) {
+    expectRefused(R"({"messageId":"m"})", "SetSetting Message payload not found");
+    expectRefused(R"({"messageId":"m","payload":[]})", "SetSetting Message payload not found");
+}
+
+TEST_F(GetSettingsRequest, RefusesAMissingOrWrongList) {
+    const std::string reason = "GetSettings settings field not found in payload or has incorrect format";
+    expectRefused(R"({"messageId":"m","payload":{}})", reason);
+    expectRefused(R"({"messageId":"m","payload":{"settings":{}}})", reason);
+    expectRefused(R"({"messageId":"m","payload":{"settings":"deviceName"}})", reason);
+}
+
+TEST_F(GetSettingsRequest, SkipsElementsThatAreNoStrings) {
+    EXPECT_EQ(replyTo(R"([5,null,"deviceName",["x"],{}])"),
+              R"(transport.sendResponse(m, {"settings":{"deviceName":"TV"}}))");
+}
+
+TEST_F(GetSettingsRequest, AListWithoutStringsAsksForEverything) {
+    EXPECT_EQ(replyTo("[5]"), replyTo("[]"));
+}
+
+TEST_F(GetSettingsRequest, DuplicatesGiveOneMember) {
+    EXPECT_EQ(replyTo(R"(["timezone","timezone"])"),
+              R"(transport.sendResponse(m, {"settings":{"timezone":"America/Vancouver"}}))");
+}
+
+TEST_F(GetSettingsRequest, AnEmptyListGivesAllThatHaveAValue) {
+    EXPECT_EQ(replyTo("[]"),
+              R"(transport.sendResponse(m, {"settings":{"captionsEnabled":"false","captionsFontSize":"FONT_MEDIUM",)"
+              R"("captionsStyles":"STYLE_WHITE_ON_BLACK","companionDevice":"[\"\",\"\"]","deviceName":"TV",)"
+              R"("doNotDisturbEnabled":"false","friendlyName":"TV","handsFreeAlwaysOnDiscovered":"false",)"
+              R"("handsFreeAlwaysOnEnabled":"false","handsFreeEnabled":"false","orliaLocale":"[\"en-US\"]",)"
+              R"("pttAlwaysOnDiscovered":"false","pttAlwaysOnEnabled":"false","timezone":"America/Vancouver"}}))");
+}
+
+TEST_F(GetSettingsRequest, RepliesAlsoWhenThereIsNothingToTell) {
+    EXPECT_EQ(replyTo(R"(["unknown"])"), R"(transport.sendResponse(m, {"settings":{}}))");
+}
+
+TEST_F(GetSettingsRequest, AsksThroughTheInterface) {
+    struct Derived : OpenHandler {
+        using OpenHandler::OpenHandler;
+        std::map<std::string, std::string> getSettings(const std::vector<std::string>& names) override {
+            return {{"asked", names.empty() ? "" : names[0]}};
+        }
+    };
+    const auto derived = make<Derived>();
+    derived->handleGetSettingsRequest(R"({"messageId":"m","payload":{"settings":["x","x"]}})");
+    EXPECT_EQ(journal.take().back(), R"(transport.sendResponse(m, {"settings":{"asked":"x"}}))");
+}
+
+}  // namespace SettingsHandlerTests

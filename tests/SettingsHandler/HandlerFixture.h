@@ -1,0 +1,117 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <future>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "SettingsHandler/SettingsHandler.h"
+#include "SettingsHandlerTesting/FakeDevice.h"
+#include "SettingsHandlerTesting/FakeMetrics.h"
+#include "SettingsHandlerTesting/FakeObservers.h"
+#include "SettingsHandlerTesting/FakeSdkBridge.h"
+#include "SettingsHandlerTesting/FakeStorage.h"
+#include "SettingsHandlerTesting/FakeTransport.h"
+#include "SettingsHandlerTesting/Journal.h"
+#include "SettingsHandlerTesting/platform/PlatformDoubles.h"
+
+namespace SettingsHandlerTests {
+
+using Entries = std::vector<std::string>;
+using Values = std::map<std::string, std::string>;
+
+/// The handler with its protected operations open.
+class OpenHandler : public SettingsHandler::SettingsHandler {
+public:
+    using SettingsHandler::SettingsHandler;
+    using SettingsHandler::emitSettingMetric;
+    using SettingsHandler::getSDKSetting;
+    using SettingsHandler::isOrliaSelectedAsVA;
+    using SettingsHandler::isSDKSetting;
+    using SettingsHandler::onEntitlementStatusChanged;
+    using SettingsHandler::onFriendlyNameChanged;
+    using SettingsHandler::onOrliaLocaleChange;
+    using SettingsHandler::openVASettings;
+    using SettingsHandler::settingChanged;
+    using SettingsHandler::stringifyVector;
+};
+
+/// A handler among fakes that share one journal. The journal is empty when a test starts.
+class HandlerTest : public ::testing::Test {
+protected:
+    HandlerTest() : HandlerTest(nullptr) {}
+
+    explicit HandlerTest(std::shared_ptr<SettingsHandlerTesting::FakeTransport> otherTransport)
+        : transport(otherTransport ? std::move(otherTransport)
+                                   : std::make_shared<SettingsHandlerTesting::FakeTransport>(journal)) {
+        handler = make<OpenHandler>();
+        journal.take();
+    }
+
+    template <typename Handler>
+    std::shared_ptr<Handler> make() {
+        return std::make_shared<Handler>(transport, storage, metrics, sdk, app, device);
+    }
+
+    void TearDown() override { EXPECT_TRUE(journal.allActionsRun()); }
+
+    /// What the cache holds, read without changing what is cached for the handler's own keys.
+    std::string cached(const std::string& key) {
+        auto map = handler->getCurrentSettingsMap();
+        journal.take();
+        const auto entry = map.find(key);
+        return entry == map.end() ? "(none)" : entry->second;
+    }
+
+    /// Puts a value into the cache by a change, without a trace in the journal.
+    void cache(const std::string& key, const std::string& value) {
+        std::string old;
+        handler->settingChanged(key, old, value);
+        journal.take();
+    }
+
+    void deliver(int type, const std::string& text) { transport->deliver(type, text); }
+
+    /// The journal of a change as `settingChanged` makes it.
+    static Entries changed(const std::string& key, const std::string& fromJson, const std::string& toJson,
+                           const std::string& to) {
+        return {"transport.sendMessage(25, {\"settingDBId\":\"" + key + "\",\"from\":\"" + fromJson + "\",\"to\":\"" +
+                    toJson + "\"})",
+                "metrics.recordCounter(" + key + "_" + to + ", 0, 1, 1)",
+                "metrics.recordEvent(app_events, AUTO, interaction_name=" + key + "_" + to + ")"};
+    }
+    static Entries changed(const std::string& key, const std::string& from, const std::string& to) {
+        return changed(key, from, to, to);
+    }
+
+    SettingsHandlerTesting::Journal journal;
+    SettingsHandlerTesting::PlatformRecording recording{journal};
+    std::shared_ptr<SettingsHandlerTesting::FakeTransport> transport;
+    SettingsHandlerTesting::FakeStorage storage{journal};
+    std::shared_ptr<SettingsHandlerTesting::FakeMetrics> metrics =
+        std::make_shared<SettingsHandlerTesting::FakeMetrics>(journal);
+    std::shared_ptr<SettingsHandlerTesting::FakeSdkBridge> sdk =
+        std::make_shared<SettingsHandlerTesting::FakeSdkBridge>(journal);
+    std::shared_ptr<SettingsHandlerTesting::FakeAppLaunch> app =
+        std::make_shared<SettingsHandlerTesting::FakeAppLaunch>(journal);
+    std::shared_ptr<SettingsHandlerTesting::FakeDeviceInfo> device =
+        std::make_shared<SettingsHandlerTesting::FakeDeviceInfo>(journal);
+    std::shared_ptr<OpenHandler> handler;
+};
+
+/// Entries one after the other.
+inline Entries operator+(Entries first, const Entries& second) {
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
+
+/// The two lines with which every write starts.
+inline Entries writeOf(const std::string& key) {
+    return {"log 0 SettingsHandler:setSetting", "log 0 SettingsHandler:SettingDBId: " + key};
+}
+
+}  // namespace SettingsHandlerTests

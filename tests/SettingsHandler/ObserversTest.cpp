@@ -1,0 +1,194 @@
+#include "HandlerFixture.h"
+
+namespace SettingsHandlerTests {
+
+using SettingsHandlerTesting::FakeEntitlementObserver;
+using SettingsHandlerTesting::FakeFriendlyNameObserver;
+using SettingsHandlerTesting::FakeLocaleObserver;
+
+class Observers : public HandlerTest {
+protected:
+    std::shared_ptr<FakeFriendlyNameObserver> friendly(const std::string& name = "observer") {
+        return std::make_shared<FakeFriendlyNameObserver>(journal, name);
+    }
+};
+
+TEST_F(Observers, NullObserversAreLoggedEachWithItsOwnText) {
+    handler->addOrliaLocaleObserver(nullptr);
+    handler->addFriendlyNameObserver(nullptr);
+    handler->removeFriendlyNameObserver(nullptr);
+    handler->addEntitlementStatusObserver(nullptr);
+    handler->removeEntitlementStatusObserver(nullptr);
+    EXPECT_EQ(journal.take(), (Entries{"log 2 SettingsHandler:addOrliaLocaleObserver: Given observer is null",
+                                       "log 2 SettingsHandler:addFriendlyNameObserver: Given observer is null",
+                                       "log 2 SettingsHandler:removeFriendlyNameObserver: Given observer is null",
+                                       "log 2 SettingsHandler:addEntitlementStatusObserver: Given observer is null",
+                                       "log 2 SettingsHandler:removeEntitlementStatusObserver: Given observer is null"}));
+    handler->onFriendlyNameChanged("x");
+    EXPECT_EQ(journal.take(), Entries{});
+}
+
+TEST_F(Observers, AddingAndRemovingIsSilentAndTellsNoCurrentValue) {
+    const auto observer = friendly();
+    handler->addFriendlyNameObserver(observer);
+    handler->removeFriendlyNameObserver(observer);
+    EXPECT_EQ(journal.take(), Entries{});
+}
+
+TEST_F(Observers, TheSameObjectIsHeldOnce) {
+    const auto observer = friendly();
+    // Another shared pointer to the same object, with a count of its own.
+    const std::shared_ptr<VessaNativeCommon::FriendlyNameObserverInterface> second(observer.get(), [](auto*) {});
+    handler->addFriendlyNameObserver(observer);
+    handler->addFriendlyNameObserver(observer);
+    handler->addFriendlyNameObserver(second);
+    handler->onFriendlyNameChanged("Den");
+    EXPECT_EQ(journal.take(), Entries{"observer.friendlyName(Den)"});
+    handler->removeFriendlyNameObserver(second);
+    handler->onFriendlyNameChanged("Den");
+    EXPECT_EQ(journal.take(), Entries{});
+}
+
+TEST_F(Observers, RemovingAStrangerOrTwiceDoesNothing) {
+    const auto observer = friendly();
+    handler->removeFriendlyNameObserver(observer);
+    handler->addFriendlyNameObserver(observer);
+    handler->removeFriendlyNameObserver(observer);
+    handler->removeFriendlyNameObserver(observer);
+    const auto entitlement = std::make_shared<FakeEntitlementObserver>(journal);
+    handler->removeEntitlementStatusObserver(entitlement);
+    EXPECT_EQ(journal.take(), Entries{});
+    EXPECT_EQ(observer.use_count(), 1);
+}
+
+TEST_F(Observers, TheRegistryKeepsObserversAliveUntilTheyAreRemovedOrTheHandlerGoes) {
+    auto removed = friendly();
+    auto locale = std::make_shared<FakeLocaleObserver>(journal);
+    auto entitlement = std::make_shared<FakeEntitlementObserver>(journal);
+    handler->addFriendlyNameObserver(removed);
+    handler->addOrliaLocaleObserver(locale);
+    handler->addEntitlementStatusObserver(entitlement);
+    EXPECT_EQ(removed.use_count(), 2);
+    handler->removeFriendlyNameObserver(removed);
+    EXPECT_EQ(removed.use_count(), 1);
+    handler->removeEntitlementStatusObserver(entitlement);
+    EXPECT_EQ(entitlement.use_count(), 1);
+    EXPECT_EQ(locale.use_count(), 2);
+    handler.reset();
+    EXPECT_EQ(locale.use_count(), 1);
+}
+
+TEST_F(Observers, EveryRegistryTellsItsOwn) {
+    handler->addOrliaLocaleObserver(std::make_shared<FakeLocaleObserver>(journal));
+    handler->addFriendlyNameObserver(friendly());
+    handler->addEntitlementStatusObserver(std::make_shared<FakeEntitlementObserver>(journal));
+    handler->onOrliaLocaleChange({"en-US", "fr-FR"});
+    EXPECT_EQ(journal.take(), (Entries{"metricsCache.setOrliaLocale(en-US)", "observer.orliaLocale(en-US)"}));
+    handler->onFriendlyNameChanged("Den");
+    EXPECT_EQ(journal.take(), Entries{"observer.friendlyName(Den)"});
+    handler->onEntitlementStatusChanged("active");
+    EXPECT_EQ(journal.take(), (Entries{"log 1 SettingsHandler:onEntitlementStatusChanged: active",
+                                       "observer.entitlementStatus(active)"}));
+}
+
+TEST_F(Observers, WithoutObserversTheRestStillHappens) {
+    handler->onEntitlementStatusChanged("active");
+    handler->onOrliaLocaleChange({"en-US"});
+    handler->onFriendlyNameChanged("Den");
+    EXPECT_EQ(journal.take(), (Entries{"log 1 SettingsHandler:onEntitlementStatusChanged: active",
+                                       "metricsCache.setOrliaLocale(en-US)"}));
+}
+
+TEST_F(Observers, ManyObserversAreAllToldOnce) {
+    std::vector<std::shared_ptr<FakeFriendlyNameObserver>> observers;
+    Entries expected;
+    for (int index = 0; index < 100; ++index) {
+        const std::string name = "observer" + std::to_string(1000 + index);
+        observers.push_back(friendly(name));
+        handler->addFriendlyNameObserver(observers.back());
+        expected.push_back(name + ".friendlyName(Den)");
+    }
+    handler->onFriendlyNameChanged("Den");
+    Entries told = journal.take();
+    std::sort(told.begin(), told.end());
+    EXPECT_EQ(told, expected);
+}
+
+TEST_F(Observers, OneThatRemovesItselfIsToldOnce) {
+    const auto observer = friendly();
+    observer->reaction = [&] { handler->removeFriendlyNameObserver(observer); };
+    handler->addFriendlyNameObserver(observer);
+    handler->onFriendlyNameChanged("first");
+    handler->onFriendlyNameChanged("second");
+    EXPECT_EQ(journal.take(), Entries{"observer.friendlyName(first)"});
+    observer->reaction = nullptr;
+}
+
+TEST_F(Observers, OneThatIsRemovedDuringAPassIsStillToldInIt) {
+    const auto first = friendly("first");
+    const auto second = friendly("second");
+    // Whichever comes first removes the other.
+    first->reaction = [&] { handler->removeFriendlyNameObserver(second); };
+    second->reaction = [&] { handler->removeFriendlyNameObserver(first); };
+    handler->addFriendlyNameObserver(first);
+    handler->addFriendlyNameObserver(second);
+    handler->onFriendlyNameChanged("x");
+    EXPECT_EQ(journal.take().size(), 2U);
+    handler->onFriendlyNameChanged("y");
+    EXPECT_EQ(journal.take(), Entries{}) << "each removed the other";
+}
+
+TEST_F(Observers, OneThatIsAddedDuringAPassHearsOfTheNext) {
+    const auto first = friendly("first");
+    const auto second = friendly("second");
+    first->reaction = [&] { handler->addFriendlyNameObserver(second); };
+    handler->addFriendlyNameObserver(first);
+    handler->onFriendlyNameChanged("x");
+    EXPECT_EQ(journal.take(), Entries{"first.friendlyName(x)"});
+    handler->removeFriendlyNameObserver(first);
+    handler->onFriendlyNameChanged("y");
+    EXPECT_EQ(journal.take(), Entries{"second.friendlyName(y)"});
+}
+
+TEST_F(Observers, OneLivesThroughThePassInWhichItIsReleased) {
+    auto observer = friendly();
+    const std::weak_ptr<FakeFriendlyNameObserver> watched = observer;
+    observer->reaction = [&] {
+        handler->removeFriendlyNameObserver(watched.lock());
+        observer.reset();
+        EXPECT_FALSE(watched.expired());
+    };
+    handler->addFriendlyNameObserver(observer);
+    handler->onFriendlyNameChanged("x");
+    EXPECT_TRUE(watched.expired());
+}
+
+TEST_F(Observers, OneMayWriteSettingsAgain) {
+    const auto observer = friendly();
+    observer->reaction = [&] {
+        observer->reaction = nullptr;
+        EXPECT_TRUE(handler->setSetting("friendlyName", "second"));
+    };
+    handler->addFriendlyNameObserver(observer);
+    EXPECT_TRUE(handler->setSetting("friendlyName", "first"));
+    EXPECT_EQ(journal.take(),
+              writeOf("friendlyName") + Entries{"sdk.applySetting(friendlyName, first)", "observer.friendlyName(first)"} +
+                  writeOf("friendlyName") +
+                  Entries{"sdk.applySetting(friendlyName, second)", "observer.friendlyName(second)",
+                          "log 1 SettingsHandler:friendlyName changed from '' to 'second'"} +
+                  changed("friendlyName", "", "second") +
+                  Entries{"log 1 SettingsHandler:friendlyName changed from '' to 'first'"} +
+                  changed("friendlyName", "", "first"));
+}
+
+TEST_F(Observers, AnExceptionSkipsTheRestOfThePass) {
+    for (const auto* name : {"one", "two"}) {
+        const auto observer = friendly(name);
+        observer->reaction = [] { throw std::runtime_error("observer"); };
+        handler->addFriendlyNameObserver(observer);
+    }
+    EXPECT_THROW(handler->onFriendlyNameChanged("x"), std::runtime_error);
+    EXPECT_EQ(journal.take().size(), 1U);
+}
+
+}  // namespace SettingsHandlerTests

@@ -1,0 +1,182 @@
+#include "HandlerFixture.h"
+
+namespace SettingsHandlerTests {
+
+using Reading = HandlerTest;
+
+Entries readOf(const std::string& key) {
+    return {"log 0 SettingsHandler:SettingDBId: " + key};
+}
+
+const Entries readStart{"log 0 SettingsHandler:getSettings"};
+
+TEST_F(Reading, SdkSettingsComeFromTheSdk) {
+    sdk->captionsEnabled = true;
+    sdk->locales = {"en-US", "es-US"};
+    EXPECT_EQ(handler->getSettings({"captionsEnabled", "doNotDisturbEnabled", "orliaLocale", "timezone"}),
+              (Values{{"captionsEnabled", "true"},
+                      {"doNotDisturbEnabled", "false"},
+                      {"orliaLocale", R"(["en-US","es-US"])"},
+                      {"timezone", "America/Vancouver"}}));
+    EXPECT_EQ(journal.take(), readStart + readOf("captionsEnabled") + Entries{"sdk.isCaptionsEnabled()"} +
+                                  readOf("doNotDisturbEnabled") + Entries{"sdk.isDoNotDisturbEnabled()"} +
+                                  readOf("orliaLocale") + Entries{"sdk.getLocales()"} + readOf("timezone") +
+                                  Entries{"sdk.getTimezone()"});
+}
+
+TEST_F(Reading, EmptySdkValuesAreInTheResult) {
+    sdk->timezone = "";
+    sdk->locales = {};
+    EXPECT_EQ(handler->getSettings({"timezone", "orliaLocale"}), (Values{{"timezone", ""}, {"orliaLocale", "[]"}}));
+}
+
+TEST_F(Reading, ModesComeFromTheDeviceOneQuestionEach) {
+    device->info = {{"currentHandsFreeStatus", "on"}, {"currentAlwaysOnPTTMode", "on"}};
+    EXPECT_EQ(handler->getSettings({"handsFreeEnabled", "handsFreeAlwaysOnEnabled", "pttAlwaysOnEnabled"}),
+              (Values{{"handsFreeEnabled", "true"},
+                      {"handsFreeAlwaysOnEnabled", "false"},
+                      {"pttAlwaysOnEnabled", "true"}}));
+    EXPECT_EQ(journal.take(), readStart + readOf("handsFreeEnabled") + Entries{"device.getDeviceInfo()"} +
+                                  readOf("handsFreeAlwaysOnEnabled") + Entries{"device.getDeviceInfo()"} +
+                                  readOf("pttAlwaysOnEnabled") + Entries{"device.getDeviceInfo()"});
+}
+
+TEST_F(Reading, EachModeHasItsOwnDeviceInformation) {
+    for (const auto& [key, info] : Values{{"handsFreeEnabled", "currentHandsFreeStatus"},
+                                          {"handsFreeAlwaysOnEnabled", "currentAlwaysOnVoiceMode"},
+                                          {"pttAlwaysOnEnabled", "currentAlwaysOnPTTMode"}}) {
+        device->info = {{info, "on"}};
+        EXPECT_EQ(handler->getSettings({key}).at(key), "true") << key;
+        for (const auto* word : {"On", "ON", "true", "on ", ""}) {
+            device->info = {{info, word}};
+            EXPECT_EQ(handler->getSettings({key}).at(key), "false") << key << word;
+        }
+    }
+}
+
+TEST_F(Reading, StoredSettingsComeFromTheStorage) {
+    storage.values = {{"deviceName", "Living room"}};
+    EXPECT_EQ(handler->getSettings({"deviceName"}), (Values{{"deviceName", "Living room"}}));
+    EXPECT_EQ(journal.take(), readStart + readOf("deviceName") + Entries{"storage.getValue(deviceName)"});
+}
+
+TEST_F(Reading, AnEmptyOrMissingStoredValueGivesTheDefault) {
+    for (const bool stored : {true, false}) {
+        storage.values.clear();
+        if (stored) {
+            storage.values["deviceName"] = "";
+        }
+        EXPECT_EQ(handler->getSettings({"deviceName"}), (Values{{"deviceName", "TV"}}));
+        EXPECT_EQ(journal.take(), readStart + readOf("deviceName") +
+                                      Entries{"storage.getValue(deviceName)",
+                                              "log 1 SettingsHandler:Default value retrieved for deviceName"});
+    }
+}
+
+TEST_F(Reading, AKeyWithoutValueAndDefaultIsLeftOut) {
+    EXPECT_EQ(handler->getSettings({"tovanEntitlementStatus", "unknown"}), Values{});
+    EXPECT_EQ(journal.take(),
+              readStart + readOf("tovanEntitlementStatus") +
+                  Entries{"storage.getValue(tovanEntitlementStatus)",
+                          "log 3 SettingsHandler:Default value was not found for tovanEntitlementStatus"} +
+                  readOf("unknown") +
+                  Entries{"storage.getValue(unknown)", "log 3 SettingsHandler:Default value was not found for unknown"});
+    EXPECT_EQ(cached("unknown"), "(none)");
+}
+
+TEST_F(Reading, AnUnknownKeyWithAValueIsCachedAndAKnownOneIsNot) {
+    storage.values = {{"unknown", "x"}, {"deviceName", "Den"}};
+    EXPECT_EQ(handler->getSettings({"unknown", "deviceName"}), (Values{{"unknown", "x"}, {"deviceName", "Den"}}));
+    EXPECT_EQ(cached("unknown"), "x");
+    EXPECT_EQ(cached("deviceName"), "(none)");
+}
+
+TEST_F(Reading, DuplicatesAreReadAfreshAndTheLastOneCounts) {
+    journal.at("sdk.getTimezone()", [&] { journal.at("sdk.getTimezone()", [&] { sdk->timezone = "second"; }); });
+    EXPECT_EQ(handler->getSettings({"timezone", "timezone"}), (Values{{"timezone", "second"}}));
+    EXPECT_EQ(journal.take(), readStart + readOf("timezone") + Entries{"sdk.getTimezone()"} + readOf("timezone") +
+                                  Entries{"sdk.getTimezone()"});
+}
+
+TEST_F(Reading, AnEmptyListAsksForAllInTheTablesOrder) {
+    const auto values = handler->getSettings({});
+    EXPECT_EQ(values, (Values{{"captionsEnabled", "false"},
+                              {"captionsFontSize", "FONT_MEDIUM"},
+                              {"captionsStyles", "STYLE_WHITE_ON_BLACK"},
+                              {"companionDevice", R"(["",""])"},
+                              {"deviceName", "TV"},
+                              {"doNotDisturbEnabled", "false"},
+                              {"friendlyName", "TV"},
+                              {"handsFreeAlwaysOnDiscovered", "false"},
+                              {"handsFreeAlwaysOnEnabled", "false"},
+                              {"handsFreeEnabled", "false"},
+                              {"orliaLocale", R"(["en-US"])"},
+                              {"pttAlwaysOnDiscovered", "false"},
+                              {"pttAlwaysOnEnabled", "false"},
+                              {"timezone", "America/Vancouver"}}));
+    Entries asked;
+    for (const auto& entry : journal.take()) {
+        if (entry.rfind("log 0 SettingsHandler:SettingDBId: ", 0) == 0) {
+            asked.push_back(entry);
+        }
+    }
+    Entries expected;
+    for (const auto& entry : SettingsHandler::SettingsNamesTypeToStringMapping) {
+        expected = expected + readOf(entry.second);
+    }
+    EXPECT_EQ(asked, expected);
+}
+
+TEST_F(Reading, GetSdkSettingAsksTheSdkForItsFourOnly) {
+    using namespace SettingsHandler;  // NOLINT: the enumerators
+    sdk->doNotDisturbEnabled = true;
+    EXPECT_EQ(handler->getSDKSetting(CAPTIONS_ENABLED), "false");
+    EXPECT_EQ(handler->getSDKSetting(DO_NOT_DISTURB_ENABLED), "true");
+    EXPECT_EQ(handler->getSDKSetting(ORLIA_LOCALE), R"(["en-US"])");
+    EXPECT_EQ(handler->getSDKSetting(TIMEZONE), "America/Vancouver");
+    EXPECT_EQ(journal.take(), (Entries{"sdk.isCaptionsEnabled()", "sdk.isDoNotDisturbEnabled()", "sdk.getLocales()",
+                                       "sdk.getTimezone()"}));
+    for (int number = -1; number <= 16; ++number) {
+        const auto type = static_cast<SettingsNamesType>(number);
+        if (!OpenHandler::isSDKSetting(type)) {
+            EXPECT_EQ(handler->getSDKSetting(type), "") << number;
+        }
+    }
+    EXPECT_EQ(journal.take(), Entries{});
+}
+
+TEST_F(Reading, ExactlyFourSettingsAreTheSdks) {
+    for (int number = -1; number <= 16; ++number) {
+        const bool expected = number == 3 || number == 4 || number == 7 || number == 15;
+        EXPECT_EQ(OpenHandler::isSDKSetting(static_cast<SettingsHandler::SettingsNamesType>(number)), expected) << number;
+    }
+}
+
+TEST_F(Reading, TheCurrentMapRefreshesFiveEntriesInOrder) {
+    device->info = {{"currentHandsFreeStatus", "on"}};
+    EXPECT_EQ(handler->getCurrentSettingsMap(), (Values{{"doNotDisturbEnabled", "false"},
+                                                        {"captionsEnabled", "false"},
+                                                        {"orliaLocale", R"(["en-US"])"},
+                                                        {"timezone", "America/Vancouver"},
+                                                        {"handsFreeEnabled", "true"}}));
+    EXPECT_EQ(journal.take(), (Entries{"log 1 SettingsHandler:getCurrentSettingsMap", "sdk.isDoNotDisturbEnabled()",
+                                       "sdk.isCaptionsEnabled()", "sdk.getLocales()", "sdk.getTimezone()",
+                                       "device.getDeviceInfo()"}));
+}
+
+TEST_F(Reading, TheCurrentMapReturnsOtherEntriesAsLastKnown) {
+    cache("handsFreeAlwaysOnEnabled", "stale");
+    cache("pttAlwaysOnEnabled", "stale");
+    cache("deviceName", "Den");
+    cache("handsFreeEnabled", "stale");
+    device->info = {{"currentAlwaysOnVoiceMode", "on"}, {"currentAlwaysOnPTTMode", "on"}};
+    storage.values = {{"deviceName", "Attic"}};
+    const auto map = handler->getCurrentSettingsMap();
+    EXPECT_EQ(map.at("handsFreeAlwaysOnEnabled"), "stale");
+    EXPECT_EQ(map.at("pttAlwaysOnEnabled"), "stale");
+    EXPECT_EQ(map.at("deviceName"), "Den");
+    EXPECT_EQ(map.at("handsFreeEnabled"), "false");
+    EXPECT_EQ(map.size(), 8U);
+}
+
+}  // namespace SettingsHandlerTests

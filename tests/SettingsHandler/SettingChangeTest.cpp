@@ -1,0 +1,51 @@
+#include "HandlerFixture.h"
+
+namespace SettingsHandlerTests {
+
+using SettingChange = HandlerTest;
+
+TEST_F(SettingChange, SendsTheEventThenCountsThenRecords) {
+    std::string old = "false";
+    handler->settingChanged("doNotDisturbEnabled", old, "true");
+    EXPECT_EQ(journal.take(),
+              (Entries{R"(transport.sendMessage(25, {"settingDBId":"doNotDisturbEnabled","from":"false","to":"true"}))",
+                       "metrics.recordCounter(doNotDisturbEnabled_true, 0, 1, 1)",
+                       "metrics.recordEvent(app_events, AUTO, interaction_name=doNotDisturbEnabled_true)"}));
+    EXPECT_EQ(old, "false");
+}
+
+TEST_F(SettingChange, TheCacheHasTheNewValueWhenTheEventIsSent) {
+    std::string seen;
+    journal.at("transport.sendMessage", [&] { seen = handler->getCurrentSettingsMap().at("deviceName"); });
+    std::string old = "Den";
+    handler->settingChanged("deviceName", old, "Attic");
+    EXPECT_EQ(seen, "Attic");
+}
+
+TEST_F(SettingChange, EqualValuesAreReportedToo) {
+    std::string old = "x";
+    handler->settingChanged("deviceName", old, "x");
+    EXPECT_EQ(journal.take(), changed("deviceName", "x", "x"));
+}
+
+TEST_F(SettingChange, AnEmptyValueLeavesTheSeparatorAtTheEnd) {
+    handler->emitSettingMetric("deviceName", "");
+    EXPECT_EQ(journal.take(), (Entries{"metrics.recordCounter(deviceName_, 0, 1, 1)",
+                                       "metrics.recordEvent(app_events, AUTO, interaction_name=deviceName_)"}));
+}
+
+TEST_F(SettingChange, AMetricTakesTheValueHoweverLong) {
+    const std::string value(50000, 'v');
+    handler->emitSettingMetric("k", value);
+    handler->emitSettingMetric("k", value);
+    EXPECT_EQ(journal.take().size(), 4U) << "nothing is left out";
+}
+
+TEST_F(SettingChange, RendersListsAsCompactJson) {
+    EXPECT_EQ(handler->stringifyVector({}), "[]");
+    EXPECT_EQ(handler->stringifyVector({"en-US"}), R"(["en-US"])");
+    EXPECT_EQ(handler->stringifyVector({"en-US", "", "a\"b\\"}), R"(["en-US","","a\"b\\"])");
+    EXPECT_EQ(handler->stringifyVector({std::string("a\0b", 3), "é"}), "[\"a\\u0000b\",\"é\"]");
+}
+
+}  // namespace SettingsHandlerTests
