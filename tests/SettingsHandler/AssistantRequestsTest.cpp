@@ -63,7 +63,8 @@ TEST_F(AppNameDeathTest, TheNameIsLookedUpByTheFirstCallAndKept) {
             names[DeviceAbstractionLayer::AppName::VA_SETTINGS_APP] = "second";
             make<OpenHandler>()->openVASettings();
             auto entries = journal.take();
-            std::exit(entries.front() == "app.launchApp(first, )" && entries.back() == "app.launchApp(first, )" ? 0 : 1);
+            std::exit(entries.front() == "app.launchApp(first, )" && entries.back() == "app.launchApp(first, )" ? 0
+                                                                                                                : 1);
         },
         ::testing::ExitedWithCode(0), "");
 }
@@ -74,9 +75,10 @@ TEST_F(AssistantRequests, LogOutResetsClearsAndReloadsInOrder) {
     cache("left over", "x");
     handler->handleLogOutRequest();
     const auto entries = journal.take();
-    EXPECT_EQ(Entries(entries.begin(), entries.begin() + 5),
-              (Entries{"sdk.applySetting(handsFreeAlwaysOnEnabled, false)", "sdk.applySetting(pttAlwaysOnEnabled, false)",
-                       "sdk.setHandsFreeEnabled(false)", "storage.clearStorage()", "log 0 SettingsHandler:getSettings"}));
+    EXPECT_EQ(
+        Entries(entries.begin(), entries.begin() + 5),
+        (Entries{"sdk.applySetting(handsFreeAlwaysOnEnabled, false)", "sdk.applySetting(pttAlwaysOnEnabled, false)",
+                 "sdk.setHandsFreeEnabled(false)", "storage.clearStorage()", "log 0 SettingsHandler:getSettings"}));
     for (const auto& entry : entries) {
         EXPECT_EQ(entry.rfind("transport.", 0), std::string::npos) << entry;
         EXPECT_EQ(entry.rfind("metrics", 0), std::string::npos) << entry;
@@ -92,10 +94,11 @@ TEST_F(AssistantRequests, AFailedWipeIsLoggedAndTheRestIsDoneAllTheSame) {
     sdk->refusesSettings = true;
     deliver(22, "not JSON");
     const auto entries = journal.take();
-    EXPECT_EQ(Entries(entries.begin(), entries.begin() + 6),
-              (Entries{"sdk.applySetting(handsFreeAlwaysOnEnabled, false)", "sdk.applySetting(pttAlwaysOnEnabled, false)",
-                       "sdk.setHandsFreeEnabled(false)", "storage.clearStorage()",
-                       "log 3 SettingsHandler:Error clearing storage on logout", "log 0 SettingsHandler:getSettings"}));
+    EXPECT_EQ(
+        Entries(entries.begin(), entries.begin() + 6),
+        (Entries{"sdk.applySetting(handsFreeAlwaysOnEnabled, false)", "sdk.applySetting(pttAlwaysOnEnabled, false)",
+                 "sdk.setHandsFreeEnabled(false)", "storage.clearStorage()",
+                 "log 3 SettingsHandler:Error clearing storage on logout", "log 0 SettingsHandler:getSettings"}));
     EXPECT_EQ(cached("deviceName"), "Den");
 }
 

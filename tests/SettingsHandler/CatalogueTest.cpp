@@ -1,8 +1,8 @@
-#include <gtest/gtest.h>
-
 #include <tuple>
 #include <type_traits>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "SettingsHandler/SettingsNames.h"
 

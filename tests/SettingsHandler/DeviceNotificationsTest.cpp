@@ -42,9 +42,10 @@ TEST_F(DeviceNotifications, ALocaleForAnEmptyListIsSet) {
 TEST_F(DeviceNotifications, AListIsHandedOnUnchecked) {
     handler->notifyLocaleChange(std::vector<std::string>{"en-US"});
     handler->notifyLocaleChange(std::vector<std::string>{});
-    EXPECT_EQ(journal.take(),
-              (Entries{R"(log 1 SettingsHandler:Notified of locale change. New value: ["en-US"])", "sdk.setLocales(en-US)",
-                       "log 1 SettingsHandler:Notified of locale change. New value: []", "sdk.setLocales()"}));
+    EXPECT_EQ(
+        journal.take(),
+        (Entries{R"(log 1 SettingsHandler:Notified of locale change. New value: ["en-US"])", "sdk.setLocales(en-US)",
+                 "log 1 SettingsHandler:Notified of locale change. New value: []", "sdk.setLocales()"}));
 }
 
 TEST_F(DeviceNotifications, LocalesTouchNeitherCacheNorObservers) {
@@ -79,11 +80,11 @@ TEST_F(DeviceNotifications, ASystemSettingIsWritten) {
 TEST_F(DeviceNotifications, HandsFreeIsWrittenFromBothBases) {
     handler->notifyHandsfreeStateChanged(true);
     DeviceAbstractionLayer::HandsfreeStateObserverInterface& secondBase = *handler;
-    const Entries on = Entries{"log 1 SettingsHandler:Notified of HandsFreeState changing. New value: true"} +
-                       writeOf("handsFreeEnabled") +
-                       Entries{"sdk.setHandsFreeEnabled(true)",
-                               "log 1 SettingsHandler:handsFreeEnabled changed from '' to 'true'"} +
-                       changed("handsFreeEnabled", "", "true");
+    const Entries on =
+        Entries{"log 1 SettingsHandler:Notified of HandsFreeState changing. New value: true"} +
+        writeOf("handsFreeEnabled") +
+        Entries{"sdk.setHandsFreeEnabled(true)", "log 1 SettingsHandler:handsFreeEnabled changed from '' to 'true'"} +
+        changed("handsFreeEnabled", "", "true");
     EXPECT_EQ(journal.take(), on);
     secondBase.notifyHandsfreeStateChanged(false);
     const Entries off = Entries{"log 1 SettingsHandler:Notified of HandsFreeState changing. New value: false"} +

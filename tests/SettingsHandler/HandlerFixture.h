@@ -1,13 +1,13 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <chrono>
 #include <future>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "SettingsHandler/SettingsHandler.h"
 #include "SettingsHandlerTesting/FakeDevice.h"
@@ -27,7 +27,6 @@ using Values = std::map<std::string, std::string>;
 /// The handler with its protected operations open.
 class OpenHandler : public SettingsHandler::SettingsHandler {
 public:
-    using SettingsHandler::SettingsHandler;
     using SettingsHandler::emitSettingMetric;
     using SettingsHandler::getSDKSetting;
     using SettingsHandler::isOrliaSelectedAsVA;
@@ -37,6 +36,7 @@ public:
     using SettingsHandler::onOrliaLocaleChange;
     using SettingsHandler::openVASettings;
     using SettingsHandler::settingChanged;
+    using SettingsHandler::SettingsHandler;
     using SettingsHandler::stringifyVector;
 };
 

@@ -1,12 +1,11 @@
-#include "Logging.h"
-
-#include <gtest/gtest.h>
-
 #include <chrono>
 #include <sstream>
 #include <thread>
 
+#include <gtest/gtest.h>
+
 #include "HandlerFixture.h"
+#include "Logging.h"
 
 namespace SettingsHandlerTests {
 
@@ -65,9 +64,8 @@ TEST_F(Logging, ThrowsAndEmitsNothingWhenTheFormatCannotBeExpanded) {
 }
 
 TEST_F(Logging, GivesTimeThreadAndSource) {
-    const auto before = std::chrono::duration_cast<std::chrono::seconds>(
-                            std::chrono::system_clock::now().time_since_epoch())
-                            .count();
+    const auto before =
+        std::chrono::duration_cast<std::chrono::seconds>(std::chrono::system_clock::now().time_since_epoch()).count();
     SettingsHandler::log(log, "T", VessaLogger::TRACE, "x");
     std::ostringstream thread;
     thread << std::this_thread::get_id();

@@ -19,11 +19,12 @@ TEST_F(Observers, NullObserversAreLoggedEachWithItsOwnText) {
     handler->removeFriendlyNameObserver(nullptr);
     handler->addEntitlementStatusObserver(nullptr);
     handler->removeEntitlementStatusObserver(nullptr);
-    EXPECT_EQ(journal.take(), (Entries{"log 2 SettingsHandler:addOrliaLocaleObserver: Given observer is null",
-                                       "log 2 SettingsHandler:addFriendlyNameObserver: Given observer is null",
-                                       "log 2 SettingsHandler:removeFriendlyNameObserver: Given observer is null",
-                                       "log 2 SettingsHandler:addEntitlementStatusObserver: Given observer is null",
-                                       "log 2 SettingsHandler:removeEntitlementStatusObserver: Given observer is null"}));
+    EXPECT_EQ(journal.take(),
+              (Entries{"log 2 SettingsHandler:addOrliaLocaleObserver: Given observer is null",
+                       "log 2 SettingsHandler:addFriendlyNameObserver: Given observer is null",
+                       "log 2 SettingsHandler:removeFriendlyNameObserver: Given observer is null",
+                       "log 2 SettingsHandler:addEntitlementStatusObserver: Given observer is null",
+                       "log 2 SettingsHandler:removeEntitlementStatusObserver: Given observer is null"}));
     handler->onFriendlyNameChanged("x");
     EXPECT_EQ(journal.take(), Entries{});
 }
@@ -171,14 +172,14 @@ TEST_F(Observers, OneMayWriteSettingsAgain) {
     };
     handler->addFriendlyNameObserver(observer);
     EXPECT_TRUE(handler->setSetting("friendlyName", "first"));
-    EXPECT_EQ(journal.take(),
-              writeOf("friendlyName") + Entries{"sdk.applySetting(friendlyName, first)", "observer.friendlyName(first)"} +
-                  writeOf("friendlyName") +
-                  Entries{"sdk.applySetting(friendlyName, second)", "observer.friendlyName(second)",
-                          "log 1 SettingsHandler:friendlyName changed from '' to 'second'"} +
-                  changed("friendlyName", "", "second") +
-                  Entries{"log 1 SettingsHandler:friendlyName changed from '' to 'first'"} +
-                  changed("friendlyName", "", "first"));
+    EXPECT_EQ(journal.take(), writeOf("friendlyName") +
+                                  Entries{"sdk.applySetting(friendlyName, first)", "observer.friendlyName(first)"} +
+                                  writeOf("friendlyName") +
+                                  Entries{"sdk.applySetting(friendlyName, second)", "observer.friendlyName(second)",
+                                          "log 1 SettingsHandler:friendlyName changed from '' to 'second'"} +
+                                  changed("friendlyName", "", "second") +
+                                  Entries{"log 1 SettingsHandler:friendlyName changed from '' to 'first'"} +
+                                  changed("friendlyName", "", "first"));
 }
 
 TEST_F(Observers, AnExceptionSkipsTheRestOfThePass) {

@@ -32,10 +32,9 @@ TEST_F(Reading, EmptySdkValuesAreInTheResult) {
 
 TEST_F(Reading, ModesComeFromTheDeviceOneQuestionEach) {
     device->info = {{"currentHandsFreeStatus", "on"}, {"currentAlwaysOnPTTMode", "on"}};
-    EXPECT_EQ(handler->getSettings({"handsFreeEnabled", "handsFreeAlwaysOnEnabled", "pttAlwaysOnEnabled"}),
-              (Values{{"handsFreeEnabled", "true"},
-                      {"handsFreeAlwaysOnEnabled", "false"},
-                      {"pttAlwaysOnEnabled", "true"}}));
+    EXPECT_EQ(
+        handler->getSettings({"handsFreeEnabled", "handsFreeAlwaysOnEnabled", "pttAlwaysOnEnabled"}),
+        (Values{{"handsFreeEnabled", "true"}, {"handsFreeAlwaysOnEnabled", "false"}, {"pttAlwaysOnEnabled", "true"}}));
     EXPECT_EQ(journal.take(), readStart + readOf("handsFreeEnabled") + Entries{"device.getDeviceInfo()"} +
                                   readOf("handsFreeAlwaysOnEnabled") + Entries{"device.getDeviceInfo()"} +
                                   readOf("pttAlwaysOnEnabled") + Entries{"device.getDeviceInfo()"});
@@ -75,12 +74,13 @@ TEST_F(Reading, AnEmptyOrMissingStoredValueGivesTheDefault) {
 
 TEST_F(Reading, AKeyWithoutValueAndDefaultIsLeftOut) {
     EXPECT_EQ(handler->getSettings({"tovanEntitlementStatus", "unknown"}), Values{});
-    EXPECT_EQ(journal.take(),
-              readStart + readOf("tovanEntitlementStatus") +
-                  Entries{"storage.getValue(tovanEntitlementStatus)",
-                          "log 3 SettingsHandler:Default value was not found for tovanEntitlementStatus"} +
-                  readOf("unknown") +
-                  Entries{"storage.getValue(unknown)", "log 3 SettingsHandler:Default value was not found for unknown"});
+    EXPECT_EQ(
+        journal.take(),
+        readStart + readOf("tovanEntitlementStatus") +
+            Entries{"storage.getValue(tovanEntitlementStatus)",
+                    "log 3 SettingsHandler:Default value was not found for tovanEntitlementStatus"} +
+            readOf("unknown") +
+            Entries{"storage.getValue(unknown)", "log 3 SettingsHandler:Default value was not found for unknown"});
     EXPECT_EQ(cached("unknown"), "(none)");
 }
 
@@ -148,7 +148,8 @@ TEST_F(Reading, GetSdkSettingAsksTheSdkForItsFourOnly) {
 TEST_F(Reading, ExactlyFourSettingsAreTheSdks) {
     for (int number = -1; number <= 16; ++number) {
         const bool expected = number == 3 || number == 4 || number == 7 || number == 15;
-        EXPECT_EQ(OpenHandler::isSDKSetting(static_cast<SettingsHandler::SettingsNamesType>(number)), expected) << number;
+        EXPECT_EQ(OpenHandler::isSDKSetting(static_cast<SettingsHandler::SettingsNamesType>(number)), expected)
+            << number;
     }
 }
 
@@ -159,9 +160,9 @@ TEST_F(Reading, TheCurrentMapRefreshesFiveEntriesInOrder) {
                                                         {"orliaLocale", R"(["en-US"])"},
                                                         {"timezone", "America/Vancouver"},
                                                         {"handsFreeEnabled", "true"}}));
-    EXPECT_EQ(journal.take(), (Entries{"log 1 SettingsHandler:getCurrentSettingsMap", "sdk.isDoNotDisturbEnabled()",
-                                       "sdk.isCaptionsEnabled()", "sdk.getLocales()", "sdk.getTimezone()",
-                                       "device.getDeviceInfo()"}));
+    EXPECT_EQ(journal.take(),
+              (Entries{"log 1 SettingsHandler:getCurrentSettingsMap", "sdk.isDoNotDisturbEnabled()",
+                       "sdk.isCaptionsEnabled()", "sdk.getLocales()", "sdk.getTimezone()", "device.getDeviceInfo()"}));
 }
 
 TEST_F(Reading, TheCurrentMapReturnsOtherEntriesAsLastKnown) {

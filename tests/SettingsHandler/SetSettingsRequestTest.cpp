@@ -29,12 +29,11 @@ protected:
 
 TEST_F(SetSettingsRequest, WritesTheSetting) {
     EXPECT_TRUE(handler->handleSetSettingRequest(request("1000", R"({"settingDBId":"deviceName","to":"Den"})")));
-    EXPECT_EQ(journal.take(), Entries({"log 1 SettingsHandler:Handling SetSettings request",
-                                       "log 1 SettingsHandler:isRequestValid"}) +
-                                  writeOf("deviceName") +
-                                  Entries{"storage.setValue(deviceName, Den)",
-                                          "log 1 SettingsHandler:deviceName new value: 'Den'"} +
-                                  changed("deviceName", "", "Den"));
+    EXPECT_EQ(journal.take(),
+              Entries({"log 1 SettingsHandler:Handling SetSettings request", "log 1 SettingsHandler:isRequestValid"}) +
+                  writeOf("deviceName") +
+                  Entries{"storage.setValue(deviceName, Den)", "log 1 SettingsHandler:deviceName new value: 'Den'"} +
+                  changed("deviceName", "", "Den"));
 }
 
 TEST_F(SetSettingsRequest, AnswersWhatTheWriteAnswered) {
@@ -61,13 +60,13 @@ TEST_F(SetSettingsRequest, RefusesAMissingOrWrongTimestampFirst) {
 }
 
 TEST_F(SetSettingsRequest, TakesTimestampsToTheLimits) {
-    EXPECT_TRUE(handler->handleSetSettingRequest(
-        request("-9223372036854775808", R"({"settingDBId":"deviceName","to":"a"})")));
+    EXPECT_TRUE(
+        handler->handleSetSettingRequest(request("-9223372036854775808", R"({"settingDBId":"deviceName","to":"a"})")));
     EXPECT_TRUE(handler->handleSetSettingRequest(request("-0", R"({"settingDBId":"deviceName","to":"b"})")));
-    EXPECT_TRUE(handler->handleSetSettingRequest(
-        request("9223372036854775807", R"({"settingDBId":"deviceName","to":"c"})")));
-    EXPECT_FALSE(handler->handleSetSettingRequest(
-        request("9223372036854775806", R"({"settingDBId":"deviceName","to":"d"})")));
+    EXPECT_TRUE(
+        handler->handleSetSettingRequest(request("9223372036854775807", R"({"settingDBId":"deviceName","to":"c"})")));
+    EXPECT_FALSE(
+        handler->handleSetSettingRequest(request("9223372036854775806", R"({"settingDBId":"deviceName","to":"d"})")));
 }
 
 TEST_F(SetSettingsRequest, RefusesAMissingOrWrongPayload) {
@@ -91,8 +90,9 @@ TEST_F(SetSettingsRequest, RefusesAnOlderRequestBeforeLookingAtTheValue) {
 }
 
 TEST_F(SetSettingsRequest, AMissingValueStillRecordsTheTime) {
-    for (const auto* payload : {R"({"settingDBId":"deviceName","to":true})", R"({"settingDBId":"deviceName"})",
-                                R"({"settingDBId":"deviceName","to":5})", R"({"settingDBId":"deviceName","to":null})"}) {
+    for (const auto* payload :
+         {R"({"settingDBId":"deviceName","to":true})", R"({"settingDBId":"deviceName"})",
+          R"({"settingDBId":"deviceName","to":5})", R"({"settingDBId":"deviceName","to":null})"}) {
         expectRefusedAfterOrdering(request("100", payload), noValue);
     }
     expectRefusedAfterOrdering(request("99", R"({"settingDBId":"deviceName","to":"Den"})"), stale);
@@ -152,7 +152,8 @@ TEST(SetSettingsRequestEnvelope, ReadsTheNamesThatTheTransportCarries) {
         std::make_shared<SettingsHandlerTesting::FakeAppLaunch>(journal),
         std::make_shared<SettingsHandlerTesting::FakeDeviceInfo>(journal));
     EXPECT_TRUE(handler->handleSetSettingRequest(R"({"time":1,"body":{"settingDBId":"deviceName","to":"Den"}})"));
-    EXPECT_FALSE(handler->handleSetSettingRequest(R"({"timestamp":1,"payload":{"settingDBId":"deviceName","to":"x"}})"));
+    EXPECT_FALSE(
+        handler->handleSetSettingRequest(R"({"timestamp":1,"payload":{"settingDBId":"deviceName","to":"x"}})"));
     journal.take();
     handler->handleGetSettingsRequest(R"({"id":"a","body":{"settings":["deviceName"]}})");
     handler->handleIsOrliaSelectedVARequest(R"({"id":"b"})");

@@ -50,17 +50,19 @@ TEST_F(SettingsWriting, TheSameLocaleTextIsNoChange) {
     sdk->locales = {"en-US", "es-US"};
     const std::string text = R"(["en-US","es-US"])";
     EXPECT_FALSE(handler->setSetting("orliaLocale", text));
-    EXPECT_EQ(journal.take(),
-              writeOf("orliaLocale") +
-                  Entries{"sdk.getLocales()",
-                          "log 0 SettingsHandler:orliaLocale was not changed, oldValue is the same as newValue: oldValue(" +
-                              text + "), newValue(" + text + ")"});
+    EXPECT_EQ(
+        journal.take(),
+        writeOf("orliaLocale") +
+            Entries{"sdk.getLocales()",
+                    "log 0 SettingsHandler:orliaLocale was not changed, oldValue is the same as newValue: oldValue(" +
+                        text + "), newValue(" + text + ")"});
 }
 
 TEST_F(SettingsWriting, TheSameLocalesWithOtherBlanksAreAChange) {
     EXPECT_TRUE(handler->setSetting("orliaLocale", R"( ["en-US"])"));
     const auto entries = journal.take();
-    EXPECT_EQ(Entries(entries.begin() + 2, entries.begin() + 4), (Entries{"sdk.getLocales()", "sdk.setLocales(en-US)"}));
+    EXPECT_EQ(Entries(entries.begin() + 2, entries.begin() + 4),
+              (Entries{"sdk.getLocales()", "sdk.setLocales(en-US)"}));
 }
 
 TEST_F(SettingsWriting, TheLocaleTextIsWhatIsCached) {
@@ -120,29 +122,31 @@ TEST_F(SettingsWriting, StoresTheEntitlementStatusThenTellsObserversThenPages) {
     const auto observer = std::make_shared<SettingsHandlerTesting::FakeEntitlementObserver>(journal);
     handler->addEntitlementStatusObserver(observer);
     EXPECT_TRUE(handler->setSetting("tovanEntitlementStatus", "active"));
-    EXPECT_EQ(journal.take(),
-              writeOf("tovanEntitlementStatus") +
-                  Entries{"storage.setValue(tovanEntitlementStatus, active)",
-                          "log 1 SettingsHandler:tovanEntitlementStatus changed from '' to 'active'",
-                          "log 1 SettingsHandler:onEntitlementStatusChanged: active", "observer.entitlementStatus(active)"} +
-                  changed("tovanEntitlementStatus", "", "active"));
+    EXPECT_EQ(journal.take(), writeOf("tovanEntitlementStatus") +
+                                  Entries{"storage.setValue(tovanEntitlementStatus, active)",
+                                          "log 1 SettingsHandler:tovanEntitlementStatus changed from '' to 'active'",
+                                          "log 1 SettingsHandler:onEntitlementStatusChanged: active",
+                                          "observer.entitlementStatus(active)"} +
+                                  changed("tovanEntitlementStatus", "", "active"));
     EXPECT_EQ(cached("tovanEntitlementStatus"), "active");
 }
 
 TEST_F(SettingsWriting, TheSameEntitlementStatusIsNoChange) {
     cache("tovanEntitlementStatus", "active");
     EXPECT_FALSE(handler->setSetting("tovanEntitlementStatus", "active"));
-    EXPECT_EQ(journal.take(),
-              writeOf("tovanEntitlementStatus") +
-                  Entries{"log 1 SettingsHandler:tovanEntitlementStatus was not updated. New value: 'active' was not saved."});
+    EXPECT_EQ(
+        journal.take(),
+        writeOf("tovanEntitlementStatus") +
+            Entries{
+                "log 1 SettingsHandler:tovanEntitlementStatus was not updated. New value: 'active' was not saved."});
 }
 
 TEST_F(SettingsWriting, AFailedWriteOfTheEntitlementStatusIsSilentAndTriedAgain) {
     storage.refusesWrites = true;
     for (int round = 0; round < 2; ++round) {
         EXPECT_TRUE(handler->setSetting("tovanEntitlementStatus", "active"));
-        EXPECT_EQ(journal.take(), writeOf("tovanEntitlementStatus") +
-                                      Entries{"storage.setValue(tovanEntitlementStatus, active)"});
+        EXPECT_EQ(journal.take(),
+                  writeOf("tovanEntitlementStatus") + Entries{"storage.setValue(tovanEntitlementStatus, active)"});
     }
     EXPECT_EQ(cached("tovanEntitlementStatus"), "(none)");
 }
@@ -162,8 +166,8 @@ TEST_F(SettingsWriting, OnlyTheExactWordTrueSwitchesHandsFreeOn) {
         EXPECT_TRUE(handler->setSetting("handsFreeEnabled", value));
         EXPECT_EQ(journal.take(), writeOf("handsFreeEnabled") +
                                       Entries{"sdk.setHandsFreeEnabled(false)",
-                                              "log 1 SettingsHandler:handsFreeEnabled changed from '" + before + "' to '" +
-                                                  value + "'"} +
+                                              "log 1 SettingsHandler:handsFreeEnabled changed from '" + before +
+                                                  "' to '" + value + "'"} +
                                       changed("handsFreeEnabled", before, value));
     }
 }
@@ -195,12 +199,13 @@ TEST_F(SettingsWriting, ARefusalOfTheSdkIsCountedAndTheChangeAnnouncedAllTheSame
     sdk->refusesSettings = true;
     for (const std::string key : {"handsFreeAlwaysOnEnabled", "pttAlwaysOnEnabled"}) {
         EXPECT_TRUE(handler->setSetting(key, "true"));
-        EXPECT_EQ(journal.take(),
-                  writeOf(key) +
-                      Entries{"sdk.applySetting(" + key + ", true)", "metrics.recordCounter(" + key + "_error, 0, 1, 1)",
-                              "metrics.recordEvent(app_events, AUTO, interaction_name=" + key + "_error)",
-                              "log 1 SettingsHandler:" + key + " changed from '' to 'true'"} +
-                      changed(key, "", "true"));
+        EXPECT_EQ(
+            journal.take(),
+            writeOf(key) +
+                Entries{"sdk.applySetting(" + key + ", true)", "metrics.recordCounter(" + key + "_error, 0, 1, 1)",
+                        "metrics.recordEvent(app_events, AUTO, interaction_name=" + key + "_error)",
+                        "log 1 SettingsHandler:" + key + " changed from '' to 'true'"} +
+                changed(key, "", "true"));
         EXPECT_EQ(cached(key), "true");
     }
 }
@@ -229,8 +234,9 @@ TEST_F(SettingsWriting, TellsFriendlyNameObserversAlsoWhenTheSdkRefused) {
 // Stored settings
 
 TEST_F(SettingsWriting, StoresEverythingElseKnownOrNot) {
-    for (const std::string key : {"deviceName", "companionDevice", "captionsFontSize", "captionsStyles",
-                                  "handsFreeAlwaysOnDiscovered", "pttAlwaysOnDiscovered", "unknown", "DeviceName", ""}) {
+    for (const std::string key :
+         {"deviceName", "companionDevice", "captionsFontSize", "captionsStyles", "handsFreeAlwaysOnDiscovered",
+          "pttAlwaysOnDiscovered", "unknown", "DeviceName", ""}) {
         EXPECT_TRUE(handler->setSetting(key, "value")) << key;
         EXPECT_EQ(journal.take(), writeOf(key) +
                                       Entries{"storage.setValue(" + key + ", value)",
@@ -258,10 +264,10 @@ TEST_F(SettingsWriting, AValueGoesBackToWhatItWas) {
     EXPECT_TRUE(handler->setSetting("deviceName", ""));
     journal.take();
     EXPECT_TRUE(handler->setSetting("deviceName", "Den"));
-    EXPECT_EQ(journal.take(), writeOf("deviceName") +
-                                  Entries{"storage.setValue(deviceName, Den)",
-                                          "log 1 SettingsHandler:deviceName new value: 'Den'"} +
-                                  changed("deviceName", "", "Den"));
+    EXPECT_EQ(journal.take(),
+              writeOf("deviceName") +
+                  Entries{"storage.setValue(deviceName, Den)", "log 1 SettingsHandler:deviceName new value: 'Den'"} +
+                  changed("deviceName", "", "Den"));
 }
 
 TEST_F(SettingsWriting, AFailedWriteIsLoggedAndTriedAgain) {

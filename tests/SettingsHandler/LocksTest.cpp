@@ -1,0 +1,178 @@
+#include "HandlerFixture.h"
+
+namespace SettingsHandlerTests {
+
+/// Tells from another thread whether the cache's mutex is held at the moment when an entry is recorded.
+class Locks : public HandlerTest {
+protected:
+    void expectHeldAt(const std::string& entry, const std::function<void()>& operation) {
+        bool held = false;
+        std::future<void> probe;
+        journal.at(entry, [&] {
+            probe = startProbe();
+            // Long enough for a probe that nothing holds up; when it is held up, it never ends before the operation.
+            held = probe.wait_for(std::chrono::milliseconds(30)) == std::future_status::timeout;
+        });
+        operation();
+        ASSERT_TRUE(probe.valid()) << entry << " did not happen";
+        probe.wait();
+        EXPECT_TRUE(held) << entry;
+        journal.take();
+    }
+
+    void expectFreeAt(const std::string& entry, const std::function<void()>& operation) {
+        bool free = false;
+        std::future<void> probe;
+        journal.at(entry, [&] {
+            probe = startProbe();
+            free = probe.wait_for(std::chrono::seconds(20)) == std::future_status::ready;
+        });
+        operation();
+        ASSERT_TRUE(probe.valid()) << entry << " did not happen";
+        probe.wait();
+        EXPECT_TRUE(free) << entry;
+        journal.take();
+    }
+
+private:
+    /// Takes the mutex and gives it back, without a trace.
+    std::future<void> startProbe() {
+        return std::async(std::launch::async, [this] { handler->removeFriendlyNameObserver(stranger); });
+    }
+
+    std::shared_ptr<SettingsHandlerTesting::FakeFriendlyNameObserver> stranger =
+        std::make_shared<SettingsHandlerTesting::FakeFriendlyNameObserver>(journal);
+};
+
+TEST_F(Locks, InitialisationHoldsTheMutexThroughout) {
+    for (const auto* entry : {"log 0 SettingsHandler:getSettings", "storage.getValue", "sdk.getLocales",
+                              "sdk.getTimezone", "sdk.isCaptionsEnabled", "sdk.isDoNotDisturbEnabled",
+                              "device.getDeviceInfo", "log 1 Setting initial hands free", "sdk.setHandsFreeEnabled",
+                              "sdk.applySetting(handsFreeAlwaysOn", "sdk.applySetting(pttAlwaysOn"}) {
+        expectHeldAt(entry, [&] { handler->initializeSettings(); });
+    }
+}
+
+TEST_F(Locks, TheCurrentMapHoldsTheMutexAfterItsLine) {
+    expectFreeAt("log 1 SettingsHandler:getCurrentSettingsMap", [&] { handler->getCurrentSettingsMap(); });
+    for (const auto* entry : {"sdk.isDoNotDisturbEnabled", "sdk.isCaptionsEnabled", "sdk.getLocales", "sdk.getTimezone",
+                              "device.getDeviceInfo"}) {
+        expectHeldAt(entry, [&] { handler->getCurrentSettingsMap(); });
+    }
+}
+
+TEST_F(Locks, ReadingHoldsNothing) {
+    storage.values["unknown"] = "x";
+    for (const auto* entry : {"log 0 SettingsHandler:getSettings", "storage.getValue(unknown)", "sdk.getLocales",
+                              "device.getDeviceInfo", "transport.sendResponse"}) {
+        expectFreeAt(entry, [&] {
+            handler->handleGetSettingsRequest(
+                R"({"messageId":"m","payload":{"settings":["unknown","orliaLocale","handsFreeEnabled"]}})");
+        });
+    }
+}
+
+TEST_F(Locks, WritingHoldsNothingWhileItCallsOut) {
+    handler->addOrliaLocaleObserver(std::make_shared<SettingsHandlerTesting::FakeLocaleObserver>(journal));
+    handler->addFriendlyNameObserver(std::make_shared<SettingsHandlerTesting::FakeFriendlyNameObserver>(journal));
+    handler->addEntitlementStatusObserver(std::make_shared<SettingsHandlerTesting::FakeEntitlementObserver>(journal));
+    int round = 0;
+    const auto value = [&] { return std::to_string(++round); };
+    for (const auto* entry :
+         {"log 0 SettingsHandler:setSetting", "storage.setValue", "log 1 SettingsHandler:deviceName",
+          "transport.sendMessage", "metrics.recordCounter", "metrics.recordEvent"}) {
+        expectFreeAt(entry, [&] { handler->setSetting("deviceName", value()); });
+    }
+    for (const auto* entry : {"sdk.getLocales", "sdk.setLocales", "transport.sendMessage", "metrics.recordEvent",
+                              "metricsCache.setOrliaLocale", "observer.orliaLocale"}) {
+        expectFreeAt(entry, [&] { handler->setSetting("orliaLocale", "[\"" + value() + "\"]"); });
+    }
+    for (const auto* entry : {"sdk.getTimezone", "sdk.setTimezone", "transport.sendMessage"}) {
+        expectFreeAt(entry, [&] { handler->setSetting("timezone", value()); });
+    }
+    for (const auto* entry : {"sdk.applySetting", "observer.friendlyName", "transport.sendMessage"}) {
+        expectFreeAt(entry, [&] { handler->setSetting("friendlyName", value()); });
+    }
+    for (const auto* entry : {"storage.setValue", "log 1 SettingsHandler:onEntitlementStatusChanged",
+                              "observer.entitlementStatus", "transport.sendMessage"}) {
+        expectFreeAt(entry, [&] { handler->setSetting("tovanEntitlementStatus", value()); });
+    }
+    expectFreeAt("sdk.setHandsFreeEnabled", [&] { handler->setSetting("handsFreeEnabled", value()); });
+}
+
+TEST_F(Locks, MigrationLogOutAndLaunchHoldNothing) {
+    for (const auto* entry : {"log 1 SettingsHandler:migrateExistingDeviceSettings", "storage.getValue(orliaLocale)",
+                              "sdk.setTimezone", "storage.removeValue"}) {
+        storage.values["timezone"] = std::string("zone of ") + entry;
+        expectFreeAt(entry, [&] { handler->migrateExistingDeviceSettings(); });
+    }
+    for (const auto* entry :
+         {"sdk.applySetting", "sdk.setHandsFreeEnabled", "storage.clearStorage", "sdk.getLocales"}) {
+        expectFreeAt(entry, [&] { handler->handleLogOutRequest(); });
+    }
+    expectFreeAt("app.launchApp", [&] { handler->openVASettings(); });
+}
+
+TEST_F(Locks, NotificationsHoldNothing) {
+    for (const auto* entry : {"log 1 SettingsHandler:notifyLocaleChange", "sdk.getLocales", "sdk.setLocales"}) {
+        expectFreeAt(entry, [&] { handler->notifyLocaleChange(std::string("l") + entry); });
+    }
+    expectFreeAt("sdk.setLocales", [&] { handler->notifyLocaleChange(std::vector<std::string>{"a", "b"}); });
+    expectFreeAt("sdk.setTimezone", [&] { handler->notifyTimezoneChange("zone"); });
+    expectFreeAt("storage.setValue", [&] { handler->notifySystemSettingChanged("deviceName", "new"); });
+    expectFreeAt("sdk.setHandsFreeEnabled", [&] { handler->notifyHandsfreeStateChanged(true); });
+}
+
+TEST_F(Locks, ANullObserverIsReportedWithoutTheMutex) {
+    expectFreeAt("log 2 SettingsHandler:addFriendlyNameObserver", [&] { handler->addFriendlyNameObserver(nullptr); });
+    // The mutex is held by another thread meanwhile: a null observer does not wait for it.
+    journal.at("sdk.getTimezone", [&] {
+        auto report = std::async(std::launch::async, [&] {
+            handler->addOrliaLocaleObserver(nullptr);
+            handler->removeEntitlementStatusObserver(nullptr);
+        });
+        EXPECT_EQ(report.wait_for(std::chrono::seconds(20)), std::future_status::ready);
+    });
+    handler->getCurrentSettingsMap();
+}
+
+TEST_F(Locks, AddingWaitsForTheMutex) {
+    std::future<void> adding;
+    journal.at("sdk.getTimezone", [&] {
+        adding = std::async(std::launch::async, [&] {
+            handler->addFriendlyNameObserver(
+                std::make_shared<SettingsHandlerTesting::FakeFriendlyNameObserver>(journal));
+        });
+        EXPECT_EQ(adding.wait_for(std::chrono::milliseconds(30)), std::future_status::timeout);
+    });
+    handler->getCurrentSettingsMap();
+    adding.wait();
+}
+
+TEST_F(Locks, ObserversCallBackOnTheSameThread) {
+    const auto locale = std::make_shared<SettingsHandlerTesting::FakeLocaleObserver>(journal);
+    const auto friendly = std::make_shared<SettingsHandlerTesting::FakeFriendlyNameObserver>(journal);
+    const auto entitlement = std::make_shared<SettingsHandlerTesting::FakeEntitlementObserver>(journal);
+    int reactions = 0;
+    const auto useEverything = [&] {
+        ++reactions;
+        handler->getCurrentSettingsMap();
+        handler->getSettings({});
+        handler->setSetting("deviceName", "reaction " + std::to_string(reactions));
+        handler->addFriendlyNameObserver(friendly);
+        handler->removeEntitlementStatusObserver(nullptr);
+        handler->initializeSettings();
+    };
+    for (const auto& observer : {&locale->reaction, &friendly->reaction, &entitlement->reaction}) {
+        *observer = useEverything;
+    }
+    handler->addOrliaLocaleObserver(locale);
+    handler->addFriendlyNameObserver(friendly);
+    handler->addEntitlementStatusObserver(entitlement);
+    handler->setSetting("orliaLocale", R"(["fr-FR"])");
+    handler->setSetting("friendlyName", "Den");
+    handler->setSetting("tovanEntitlementStatus", "active");
+    EXPECT_EQ(reactions, 3);
+}
+
+}  // namespace SettingsHandlerTests

@@ -1,0 +1,58 @@
+#include <random>
+
+#include "HandlerFixture.h"
+#include "Json.h"
+
+namespace SettingsHandlerTests {
+
+bool takenByDefaultFlags(const std::string& text) {
+    rapidjson::Document document;
+    return !document.Parse(text.c_str()).HasParseError();
+}
+
+bool takenByUs(const std::string& text) {
+    rapidjson::Document document;
+    return SettingsHandler::parseJson(text, document);
+}
+
+/// Texts are parsed iteratively, so that no depth exhausts the stack. The language must stay the one of the default
+/// flags.
+TEST(ParserLanguage, IsTheOneOfTheDefaultFlags) {
+    const std::vector<std::string> pieces{"{",  "}", "[",  "]",       ",",   ":",    "\"a\"", "\"\"",
+                                          "1",  "-", "0",  "1.5",     "1e5", "true", "null",  " ",
+                                          "\n", "x", "\"", "\\u0041", "/",   "NaN",  "'a'"};
+    std::mt19937 random(7);  // NOLINT(cert-msc32-c,cert-msc51-cpp): the same texts each time
+    int taken = 0;
+    for (int round = 0; round < 200000; ++round) {
+        std::string text;
+        const auto length = 1 + random() % 8;
+        for (unsigned piece = 0; piece < length; ++piece) {
+            text += pieces[random() % pieces.size()];
+        }
+        ASSERT_EQ(takenByUs(text), takenByDefaultFlags(text)) << text;
+        taken += takenByUs(text) ? 1 : 0;
+    }
+    EXPECT_GT(taken, 1000) << "hardly a text was JSON, so little was compared";
+}
+
+TEST(ParserLanguage, BuildsTheSameDocuments) {
+    for (const auto* text : {R"({"a":[1,-0,2.5,1e300,"x\u0000y",null,true,{"b":{}}],"a":2})", "[]", "{}", " \"x\" ",
+                             "[[[],[]],[{}],{\"k\":[]}]", "18446744073709551615", "-9223372036854775808"}) {
+        rapidjson::Document theirs;
+        theirs.Parse(text);
+        rapidjson::Document ours;
+        ASSERT_TRUE(SettingsHandler::parseJson(text, ours)) << text;
+        EXPECT_EQ(SettingsHandlerTesting::jsonText(ours), SettingsHandlerTesting::jsonText(theirs));
+    }
+}
+
+TEST(ParserLanguage, AFailureKeepsTheRoot) {
+    for (const auto* text : {"", "{", "[1,2", "{\"a\":1} x"}) {
+        rapidjson::Document document(rapidjson::kObjectType);
+        EXPECT_FALSE(SettingsHandler::parseJson(text, document));
+        EXPECT_TRUE(document.IsObject()) << text;
+        EXPECT_EQ(document.MemberCount(), 0U) << text;
+    }
+}
+
+}  // namespace SettingsHandlerTests
