@@ -8,24 +8,24 @@ using AssistantRequests = HandlerTest;
 TEST_F(AssistantRequests, TheAssistantIsAlwaysTheSelectedOne) {
     EXPECT_TRUE(handler->isOrliaSelectedAsVA());
     handler->handleIsOrliaSelectedVARequest(R"({"messageId":"abc","payload":5})");
-    EXPECT_EQ(journal.take(), Entries{R"(transport.sendResponse(abc, {"isOrliaSelectedAsVA":true}))"});
+    expectJournal(Entries{R"(transport.sendResponse(abc, {"isOrliaSelectedAsVA":true}))"});
 }
 
 TEST_F(AssistantRequests, AQueryWithoutUsableMessageIdIsLoggedAndNotAnswered) {
     for (const auto* text : {"{}", "{", "", R"({"messageid":"x"})"}) {
         handler->handleIsOrliaSelectedVARequest(text);
-        EXPECT_EQ(journal.take(), Entries{"log 3 SettingsHandler:Message ID not found"}) << text;
+        expectJournal(Entries{"log 3 SettingsHandler:Message ID not found"});
     }
     for (const auto* text : {R"({"messageId":42})", R"({"messageId":null})", R"({"messageId":["x"]})"}) {
         handler->handleIsOrliaSelectedVARequest(text);
-        EXPECT_EQ(journal.take(), Entries{"log 3 SettingsHandler:Message ID has incorrect format"}) << text;
+        expectJournal(Entries{"log 3 SettingsHandler:Message ID has incorrect format"});
     }
 }
 
 TEST_F(AssistantRequests, OpensTheSettingsApplicationWhateverTheText) {
     for (const auto* text : {"", "{", "{}"}) {
         handler->handleOpenVASettingsRequest(text);
-        EXPECT_EQ(journal.take(), Entries{"app.launchApp(settings-app, )"});
+        expectJournal(Entries{"app.launchApp(settings-app, )"});
     }
 }
 

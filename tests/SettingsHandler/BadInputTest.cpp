@@ -14,13 +14,11 @@ TEST_F(BadInput, ARootThatIsNoObjectHasNoMembers) {
         EXPECT_FALSE(handler->handleSetSettingRequest(text)) << text;
         handler->handleGetSettingsRequest(text);
         handler->handleIsOrliaSelectedVARequest(text);
-        EXPECT_EQ(journal.take(),
-                  (Entries{"log 1 SettingsHandler:Handling SetSettings request",
-                           "log 3 SettingsHandler:SetSetting Message timestamp not found",
-                           "log 1 SettingsHandler:Handling GetSettings request",
-                           "log 3 SettingsHandler:GetSettings Message Id not found or has incorrect format",
-                           "log 3 SettingsHandler:Message ID not found"}))
-            << text;
+        expectJournal((Entries{"log 1 SettingsHandler:Handling SetSettings request",
+                               "log 3 SettingsHandler:SetSetting Message timestamp not found",
+                               "log 1 SettingsHandler:Handling GetSettings request",
+                               "log 3 SettingsHandler:GetSettings Message Id not found or has incorrect format",
+                               "log 3 SettingsHandler:Message ID not found"}));
     }
 }
 

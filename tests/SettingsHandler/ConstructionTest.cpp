@@ -10,12 +10,12 @@ const Entries registrations{"transport.registerMessageHandler(7)", "transport.re
 
 TEST_F(Construction, RegistersTheFiveRequestsInOrderAndLogsNothing) {
     make<OpenHandler>();
-    EXPECT_EQ(journal.take(), registrations);
+    expectJournal(registrations);
 }
 
 TEST_F(Construction, CreateLogsOneLineAfterTheRegistrations) {
     const auto created = SettingsHandler::SettingsHandler::create(transport, storage, metrics, sdk, app, device);
-    EXPECT_EQ(journal.take(), registrations + Entries{"log 0 SettingsHandler:Initialized Settings Handler"});
+    expectJournal(registrations + Entries{"log 0 SettingsHandler:Initialized Settings Handler"});
     EXPECT_EQ(created.use_count(), 1);
 }
 
@@ -23,7 +23,7 @@ TEST_F(Construction, EachMessageTypeReachesItsRequest) {
     deliver(7, "{");
     EXPECT_EQ(journal.take().front(), "log 1 SettingsHandler:Handling GetSettings request");
     deliver(18, "{");
-    EXPECT_EQ(journal.take(), Entries{"log 3 SettingsHandler:Message ID not found"});
+    expectJournal(Entries{"log 3 SettingsHandler:Message ID not found"});
     deliver(19, "{");
     EXPECT_EQ(journal.take().front().rfind("app.launchApp(", 0), 0U);
     deliver(24, "{");
@@ -55,7 +55,7 @@ TEST_F(Construction, CopiesThePointersStepByStep) {
 
 TEST_F(Construction, NeitherDeregistersNorLogsWhenItGoes) {
     handler.reset();
-    EXPECT_EQ(journal.take(), Entries{});
+    expectJournal(Entries{});
 }
 
 TEST_F(Construction, ADerivedHandlersDestructorRunsThroughTheInterface) {
@@ -76,8 +76,8 @@ TEST_F(Construction, AnExceptionOfTheTransportLeavesCreateAndKeepsEarlierRegistr
     journal.at("transport.registerMessageHandler(19)", [] { throw std::runtime_error("transport"); });
     EXPECT_THROW(SettingsHandler::SettingsHandler::create(transport, storage, metrics, sdk, app, device),
                  std::runtime_error);
-    EXPECT_EQ(journal.take(), (Entries{"transport.registerMessageHandler(7)", "transport.registerMessageHandler(18)",
-                                       "transport.registerMessageHandler(19)"}));
+    expectJournal((Entries{"transport.registerMessageHandler(7)", "transport.registerMessageHandler(18)",
+                           "transport.registerMessageHandler(19)"}));
 }
 
 TEST_F(Construction, ReadingBeforeInitialisationWorks) {

@@ -7,19 +7,17 @@ using DeviceNotifications = HandlerTest;
 TEST_F(DeviceNotifications, ASingleLocaleReplacesTheList) {
     sdk->locales = {"en-US", "es-US"};
     handler->notifyLocaleChange(std::string("fr-FR"));
-    EXPECT_EQ(journal.take(),
-              (Entries{"log 1 SettingsHandler:notifyLocaleChange: Notified of locale change. New value: fr-FR",
-                       "sdk.getLocales()", "sdk.setLocales(fr-FR)"}));
+    expectJournal((Entries{"log 1 SettingsHandler:notifyLocaleChange: Notified of locale change. New value: fr-FR",
+                           "sdk.getLocales()", "sdk.setLocales(fr-FR)"}));
 }
 
 TEST_F(DeviceNotifications, ThePrimaryLocaleAgainIsNoChange) {
     sdk->locales = {"en-US", "es-US"};
     handler->notifyLocaleChange(std::string("en-US"));
-    EXPECT_EQ(journal.take(),
-              (Entries{"log 1 SettingsHandler:notifyLocaleChange: Notified of locale change. New value: en-US",
-                       "sdk.getLocales()",
-                       R"(log 1 SettingsHandler:notifyLocaleChange: Incoming primary locale (en-US) is identical to )"
-                       R"(current primary locale (["en-US","es-US"]))"}));
+    expectJournal((Entries{
+        "log 1 SettingsHandler:notifyLocaleChange: Notified of locale change. New value: en-US", "sdk.getLocales()",
+        R"(log 1 SettingsHandler:notifyLocaleChange: Incoming primary locale (en-US) is identical to )"
+        R"(current primary locale (["en-US","es-US"]))"}));
 }
 
 TEST_F(DeviceNotifications, ASecondaryLocaleOrOtherLetterCaseIsAChange) {
@@ -34,9 +32,9 @@ TEST_F(DeviceNotifications, ASecondaryLocaleOrOtherLetterCaseIsAChange) {
 TEST_F(DeviceNotifications, ALocaleForAnEmptyListIsSet) {
     sdk->locales = {};
     handler->notifyLocaleChange(std::string("fr-FR"));
-    EXPECT_EQ(journal.take(),
-              (Entries{"log 1 SettingsHandler:notifyLocaleChange: Notified of locale change. New value: fr-FR",
-                       "sdk.getLocales()", "log 1 SettingsHandler:Current locale is empty", "sdk.setLocales(fr-FR)"}));
+    expectJournal(
+        (Entries{"log 1 SettingsHandler:notifyLocaleChange: Notified of locale change. New value: fr-FR",
+                 "sdk.getLocales()", "log 1 SettingsHandler:Current locale is empty", "sdk.setLocales(fr-FR)"}));
 }
 
 TEST_F(DeviceNotifications, AListIsHandedOnUnchecked) {
@@ -57,7 +55,7 @@ TEST_F(DeviceNotifications, LocalesTouchNeitherCacheNorObservers) {
 
 TEST_F(DeviceNotifications, ATimezoneIsHandedOnWithoutALine) {
     handler->notifyTimezoneChange("Europe/Paris");
-    EXPECT_EQ(journal.take(), Entries{"sdk.setTimezone(Europe/Paris)"});
+    expectJournal(Entries{"sdk.setTimezone(Europe/Paris)"});
 }
 
 TEST_F(DeviceNotifications, FourAreIgnored) {
@@ -65,13 +63,12 @@ TEST_F(DeviceNotifications, FourAreIgnored) {
     handler->notifyMicrophoneAvailabilityChanged("x");
     handler->notifyAudioGuidanceChanged(true);
     handler->notifyDeviceModeChanged("x");
-    EXPECT_EQ(journal.take(), Entries{});
+    expectJournal(Entries{});
 }
 
 TEST_F(DeviceNotifications, ASystemSettingIsWritten) {
     handler->notifySystemSettingChanged("deviceName", "Den");
-    EXPECT_EQ(journal.take(),
-              Entries{"log 1 SettingsHandler:Notified of system setting changing: deviceName. New value: Den"} +
+    expectJournal(Entries{"log 1 SettingsHandler:Notified of system setting changing: deviceName. New value: Den"} +
                   writeOf("deviceName") +
                   Entries{"storage.setValue(deviceName, Den)", "log 1 SettingsHandler:deviceName new value: 'Den'"} +
                   changed("deviceName", "", "Den"));
@@ -85,14 +82,14 @@ TEST_F(DeviceNotifications, HandsFreeIsWrittenFromBothBases) {
         writeOf("handsFreeEnabled") +
         Entries{"sdk.setHandsFreeEnabled(true)", "log 1 SettingsHandler:handsFreeEnabled changed from '' to 'true'"} +
         changed("handsFreeEnabled", "", "true");
-    EXPECT_EQ(journal.take(), on);
+    expectJournal(on);
     secondBase.notifyHandsfreeStateChanged(false);
     const Entries off = Entries{"log 1 SettingsHandler:Notified of HandsFreeState changing. New value: false"} +
                         writeOf("handsFreeEnabled") +
                         Entries{"sdk.setHandsFreeEnabled(false)",
                                 "log 1 SettingsHandler:handsFreeEnabled changed from 'true' to 'false'"} +
                         changed("handsFreeEnabled", "true", "false");
-    EXPECT_EQ(journal.take(), off);
+    expectJournal(off);
 }
 
 TEST_F(DeviceNotifications, WritesGoThroughTheInterface) {

@@ -6,9 +6,8 @@ class GetSettingsRequest : public HandlerTest {
 protected:
     void expectRefused(const std::string& text, const std::string& reason) {
         handler->handleGetSettingsRequest(text);
-        EXPECT_EQ(journal.take(),
-                  (Entries{"log 1 SettingsHandler:Handling GetSettings request", "log 3 SettingsHandler:" + reason}))
-            << text;
+        expectJournal(
+            (Entries{"log 1 SettingsHandler:Handling GetSettings request", "log 3 SettingsHandler:" + reason}));
     }
 
     /// The reply's line for a request of `settings`.

@@ -57,6 +57,12 @@ protected:
         return std::make_shared<Handler>(transport, storage, metrics, sdk, app, device);
     }
 
+    /// The journal so far holds exactly `expected`.
+    void expectJournal(const Entries& expected, int line = __builtin_LINE()) {
+        SCOPED_TRACE("expected at line " + std::to_string(line));
+        EXPECT_EQ(journal.take(), expected);
+    }
+
     void TearDown() override { EXPECT_TRUE(journal.allActionsRun()); }
 
     /// What the cache holds, read without changing what is cached for the handler's own keys.

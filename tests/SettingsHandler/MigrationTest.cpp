@@ -10,7 +10,7 @@ const Entries timezoneMissing{"log 1 SettingsHandler:No value retrieved for time
 
 TEST_F(Migration, DoesNothingWhenNothingIsLeft) {
     handler->migrateExistingDeviceSettings();
-    EXPECT_EQ(journal.take(), start + localeMissing + timezoneMissing);
+    expectJournal(start + localeMissing + timezoneMissing);
 }
 
 TEST_F(Migration, WritesALeftLocaleAndRemovesIt) {
@@ -30,8 +30,7 @@ TEST_F(Migration, WritesALeftLocaleAndRemovesIt) {
 TEST_F(Migration, WritesALeftTimezoneAndRemovesIt) {
     storage.values = {{"timezone", "Europe/Paris"}};
     handler->migrateExistingDeviceSettings();
-    EXPECT_EQ(journal.take(),
-              start + localeMissing + writeOf("timezone") +
+    expectJournal(start + localeMissing + writeOf("timezone") +
                   Entries{"sdk.getTimezone()", "sdk.setTimezone(Europe/Paris)"} +
                   changed("timezone", "America/Vancouver", "Europe/Paris") +
                   Entries{"log 1 SettingsHandler:OrliaTimezone changed from 'America/Vancouver' to 'Europe/Paris'",
@@ -61,7 +60,7 @@ TEST_F(Migration, KeepsAValueThatTheSdkHasAlreadyAndTriesAgainEachTime) {
                 "log 3 SettingsHandler:timezone was not migrated successfully"};
     for (int round = 0; round < 2; ++round) {
         handler->migrateExistingDeviceSettings();
-        EXPECT_EQ(journal.take(), refused);
+        expectJournal(refused);
         EXPECT_EQ(storage.values.count("timezone"), 1U);
     }
 }

@@ -19,21 +19,20 @@ TEST_F(Observers, NullObserversAreLoggedEachWithItsOwnText) {
     handler->removeFriendlyNameObserver(nullptr);
     handler->addEntitlementStatusObserver(nullptr);
     handler->removeEntitlementStatusObserver(nullptr);
-    EXPECT_EQ(journal.take(),
-              (Entries{"log 2 SettingsHandler:addOrliaLocaleObserver: Given observer is null",
-                       "log 2 SettingsHandler:addFriendlyNameObserver: Given observer is null",
-                       "log 2 SettingsHandler:removeFriendlyNameObserver: Given observer is null",
-                       "log 2 SettingsHandler:addEntitlementStatusObserver: Given observer is null",
-                       "log 2 SettingsHandler:removeEntitlementStatusObserver: Given observer is null"}));
+    expectJournal((Entries{"log 2 SettingsHandler:addOrliaLocaleObserver: Given observer is null",
+                           "log 2 SettingsHandler:addFriendlyNameObserver: Given observer is null",
+                           "log 2 SettingsHandler:removeFriendlyNameObserver: Given observer is null",
+                           "log 2 SettingsHandler:addEntitlementStatusObserver: Given observer is null",
+                           "log 2 SettingsHandler:removeEntitlementStatusObserver: Given observer is null"}));
     handler->onFriendlyNameChanged("x");
-    EXPECT_EQ(journal.take(), Entries{});
+    expectJournal(Entries{});
 }
 
 TEST_F(Observers, AddingAndRemovingIsSilentAndTellsNoCurrentValue) {
     const auto observer = friendly();
     handler->addFriendlyNameObserver(observer);
     handler->removeFriendlyNameObserver(observer);
-    EXPECT_EQ(journal.take(), Entries{});
+    expectJournal(Entries{});
 }
 
 TEST_F(Observers, TheSameObjectIsHeldOnce) {
@@ -44,10 +43,10 @@ TEST_F(Observers, TheSameObjectIsHeldOnce) {
     handler->addFriendlyNameObserver(observer);
     handler->addFriendlyNameObserver(second);
     handler->onFriendlyNameChanged("Den");
-    EXPECT_EQ(journal.take(), Entries{"observer.friendlyName(Den)"});
+    expectJournal(Entries{"observer.friendlyName(Den)"});
     handler->removeFriendlyNameObserver(second);
     handler->onFriendlyNameChanged("Den");
-    EXPECT_EQ(journal.take(), Entries{});
+    expectJournal(Entries{});
 }
 
 TEST_F(Observers, RemovingAStrangerOrTwiceDoesNothing) {
@@ -58,7 +57,7 @@ TEST_F(Observers, RemovingAStrangerOrTwiceDoesNothing) {
     handler->removeFriendlyNameObserver(observer);
     const auto entitlement = std::make_shared<FakeEntitlementObserver>(journal);
     handler->removeEntitlementStatusObserver(entitlement);
-    EXPECT_EQ(journal.take(), Entries{});
+    expectJournal(Entries{});
     EXPECT_EQ(observer.use_count(), 1);
 }
 
@@ -84,20 +83,20 @@ TEST_F(Observers, EveryRegistryTellsItsOwn) {
     handler->addFriendlyNameObserver(friendly());
     handler->addEntitlementStatusObserver(std::make_shared<FakeEntitlementObserver>(journal));
     handler->onOrliaLocaleChange({"en-US", "fr-FR"});
-    EXPECT_EQ(journal.take(), (Entries{"metricsCache.setOrliaLocale(en-US)", "observer.orliaLocale(en-US)"}));
+    expectJournal((Entries{"metricsCache.setOrliaLocale(en-US)", "observer.orliaLocale(en-US)"}));
     handler->onFriendlyNameChanged("Den");
-    EXPECT_EQ(journal.take(), Entries{"observer.friendlyName(Den)"});
+    expectJournal(Entries{"observer.friendlyName(Den)"});
     handler->onEntitlementStatusChanged("active");
-    EXPECT_EQ(journal.take(), (Entries{"log 1 SettingsHandler:onEntitlementStatusChanged: active",
-                                       "observer.entitlementStatus(active)"}));
+    expectJournal(
+        (Entries{"log 1 SettingsHandler:onEntitlementStatusChanged: active", "observer.entitlementStatus(active)"}));
 }
 
 TEST_F(Observers, WithoutObserversTheRestStillHappens) {
     handler->onEntitlementStatusChanged("active");
     handler->onOrliaLocaleChange({"en-US"});
     handler->onFriendlyNameChanged("Den");
-    EXPECT_EQ(journal.take(), (Entries{"log 1 SettingsHandler:onEntitlementStatusChanged: active",
-                                       "metricsCache.setOrliaLocale(en-US)"}));
+    expectJournal(
+        (Entries{"log 1 SettingsHandler:onEntitlementStatusChanged: active", "metricsCache.setOrliaLocale(en-US)"}));
 }
 
 TEST_F(Observers, ManyObserversAreAllToldOnce) {
@@ -121,7 +120,7 @@ TEST_F(Observers, OneThatRemovesItselfIsToldOnce) {
     handler->addFriendlyNameObserver(observer);
     handler->onFriendlyNameChanged("first");
     handler->onFriendlyNameChanged("second");
-    EXPECT_EQ(journal.take(), Entries{"observer.friendlyName(first)"});
+    expectJournal(Entries{"observer.friendlyName(first)"});
     observer->reaction = nullptr;
 }
 
@@ -136,7 +135,7 @@ TEST_F(Observers, OneThatIsRemovedDuringAPassIsStillToldInIt) {
     handler->onFriendlyNameChanged("x");
     EXPECT_EQ(journal.take().size(), 2U);
     handler->onFriendlyNameChanged("y");
-    EXPECT_EQ(journal.take(), Entries{}) << "each removed the other";
+    expectJournal(Entries{});
 }
 
 TEST_F(Observers, OneThatIsAddedDuringAPassHearsOfTheNext) {
@@ -145,10 +144,10 @@ TEST_F(Observers, OneThatIsAddedDuringAPassHearsOfTheNext) {
     first->reaction = [&] { handler->addFriendlyNameObserver(second); };
     handler->addFriendlyNameObserver(first);
     handler->onFriendlyNameChanged("x");
-    EXPECT_EQ(journal.take(), Entries{"first.friendlyName(x)"});
+    expectJournal(Entries{"first.friendlyName(x)"});
     handler->removeFriendlyNameObserver(first);
     handler->onFriendlyNameChanged("y");
-    EXPECT_EQ(journal.take(), Entries{"second.friendlyName(y)"});
+    expectJournal(Entries{"second.friendlyName(y)"});
 }
 
 TEST_F(Observers, OneLivesThroughThePassInWhichItIsReleased) {
@@ -172,14 +171,14 @@ TEST_F(Observers, OneMayWriteSettingsAgain) {
     };
     handler->addFriendlyNameObserver(observer);
     EXPECT_TRUE(handler->setSetting("friendlyName", "first"));
-    EXPECT_EQ(journal.take(), writeOf("friendlyName") +
-                                  Entries{"sdk.applySetting(friendlyName, first)", "observer.friendlyName(first)"} +
-                                  writeOf("friendlyName") +
-                                  Entries{"sdk.applySetting(friendlyName, second)", "observer.friendlyName(second)",
-                                          "log 1 SettingsHandler:friendlyName changed from '' to 'second'"} +
-                                  changed("friendlyName", "", "second") +
-                                  Entries{"log 1 SettingsHandler:friendlyName changed from '' to 'first'"} +
-                                  changed("friendlyName", "", "first"));
+    expectJournal(writeOf("friendlyName") +
+                  Entries{"sdk.applySetting(friendlyName, first)", "observer.friendlyName(first)"} +
+                  writeOf("friendlyName") +
+                  Entries{"sdk.applySetting(friendlyName, second)", "observer.friendlyName(second)",
+                          "log 1 SettingsHandler:friendlyName changed from '' to 'second'"} +
+                  changed("friendlyName", "", "second") +
+                  Entries{"log 1 SettingsHandler:friendlyName changed from '' to 'first'"} +
+                  changed("friendlyName", "", "first"));
 }
 
 TEST_F(Observers, AnExceptionSkipsTheRestOfThePass) {

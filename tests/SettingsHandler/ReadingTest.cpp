@@ -18,10 +18,9 @@ TEST_F(Reading, SdkSettingsComeFromTheSdk) {
                       {"doNotDisturbEnabled", "false"},
                       {"orliaLocale", R"(["en-US","es-US"])"},
                       {"timezone", "America/Vancouver"}}));
-    EXPECT_EQ(journal.take(), readStart + readOf("captionsEnabled") + Entries{"sdk.isCaptionsEnabled()"} +
-                                  readOf("doNotDisturbEnabled") + Entries{"sdk.isDoNotDisturbEnabled()"} +
-                                  readOf("orliaLocale") + Entries{"sdk.getLocales()"} + readOf("timezone") +
-                                  Entries{"sdk.getTimezone()"});
+    expectJournal(readStart + readOf("captionsEnabled") + Entries{"sdk.isCaptionsEnabled()"} +
+                  readOf("doNotDisturbEnabled") + Entries{"sdk.isDoNotDisturbEnabled()"} + readOf("orliaLocale") +
+                  Entries{"sdk.getLocales()"} + readOf("timezone") + Entries{"sdk.getTimezone()"});
 }
 
 TEST_F(Reading, EmptySdkValuesAreInTheResult) {
@@ -35,9 +34,9 @@ TEST_F(Reading, ModesComeFromTheDeviceOneQuestionEach) {
     EXPECT_EQ(
         handler->getSettings({"handsFreeEnabled", "handsFreeAlwaysOnEnabled", "pttAlwaysOnEnabled"}),
         (Values{{"handsFreeEnabled", "true"}, {"handsFreeAlwaysOnEnabled", "false"}, {"pttAlwaysOnEnabled", "true"}}));
-    EXPECT_EQ(journal.take(), readStart + readOf("handsFreeEnabled") + Entries{"device.getDeviceInfo()"} +
-                                  readOf("handsFreeAlwaysOnEnabled") + Entries{"device.getDeviceInfo()"} +
-                                  readOf("pttAlwaysOnEnabled") + Entries{"device.getDeviceInfo()"});
+    expectJournal(readStart + readOf("handsFreeEnabled") + Entries{"device.getDeviceInfo()"} +
+                  readOf("handsFreeAlwaysOnEnabled") + Entries{"device.getDeviceInfo()"} +
+                  readOf("pttAlwaysOnEnabled") + Entries{"device.getDeviceInfo()"});
 }
 
 TEST_F(Reading, EachModeHasItsOwnDeviceInformation) {
@@ -56,7 +55,7 @@ TEST_F(Reading, EachModeHasItsOwnDeviceInformation) {
 TEST_F(Reading, StoredSettingsComeFromTheStorage) {
     storage.values = {{"deviceName", "Living room"}};
     EXPECT_EQ(handler->getSettings({"deviceName"}), (Values{{"deviceName", "Living room"}}));
-    EXPECT_EQ(journal.take(), readStart + readOf("deviceName") + Entries{"storage.getValue(deviceName)"});
+    expectJournal(readStart + readOf("deviceName") + Entries{"storage.getValue(deviceName)"});
 }
 
 TEST_F(Reading, AnEmptyOrMissingStoredValueGivesTheDefault) {
@@ -66,9 +65,9 @@ TEST_F(Reading, AnEmptyOrMissingStoredValueGivesTheDefault) {
             storage.values["deviceName"] = "";
         }
         EXPECT_EQ(handler->getSettings({"deviceName"}), (Values{{"deviceName", "TV"}}));
-        EXPECT_EQ(journal.take(), readStart + readOf("deviceName") +
-                                      Entries{"storage.getValue(deviceName)",
-                                              "log 1 SettingsHandler:Default value retrieved for deviceName"});
+        expectJournal(
+            readStart + readOf("deviceName") +
+            Entries{"storage.getValue(deviceName)", "log 1 SettingsHandler:Default value retrieved for deviceName"});
     }
 }
 
@@ -94,8 +93,8 @@ TEST_F(Reading, AnUnknownKeyWithAValueIsCachedAndAKnownOneIsNot) {
 TEST_F(Reading, DuplicatesAreReadAfreshAndTheLastOneCounts) {
     journal.at("sdk.getTimezone()", [&] { journal.at("sdk.getTimezone()", [&] { sdk->timezone = "second"; }); });
     EXPECT_EQ(handler->getSettings({"timezone", "timezone"}), (Values{{"timezone", "second"}}));
-    EXPECT_EQ(journal.take(), readStart + readOf("timezone") + Entries{"sdk.getTimezone()"} + readOf("timezone") +
-                                  Entries{"sdk.getTimezone()"});
+    expectJournal(readStart + readOf("timezone") + Entries{"sdk.getTimezone()"} + readOf("timezone") +
+                  Entries{"sdk.getTimezone()"});
 }
 
 TEST_F(Reading, AnEmptyListAsksForAllInTheTablesOrder) {
@@ -134,15 +133,15 @@ TEST_F(Reading, GetSdkSettingAsksTheSdkForItsFourOnly) {
     EXPECT_EQ(handler->getSDKSetting(DO_NOT_DISTURB_ENABLED), "true");
     EXPECT_EQ(handler->getSDKSetting(ORLIA_LOCALE), R"(["en-US"])");
     EXPECT_EQ(handler->getSDKSetting(TIMEZONE), "America/Vancouver");
-    EXPECT_EQ(journal.take(), (Entries{"sdk.isCaptionsEnabled()", "sdk.isDoNotDisturbEnabled()", "sdk.getLocales()",
-                                       "sdk.getTimezone()"}));
+    expectJournal(
+        (Entries{"sdk.isCaptionsEnabled()", "sdk.isDoNotDisturbEnabled()", "sdk.getLocales()", "sdk.getTimezone()"}));
     for (int number = -1; number <= 16; ++number) {
         const auto type = static_cast<SettingsNamesType>(number);
         if (!OpenHandler::isSDKSetting(type)) {
             EXPECT_EQ(handler->getSDKSetting(type), "") << number;
         }
     }
-    EXPECT_EQ(journal.take(), Entries{});
+    expectJournal(Entries{});
 }
 
 TEST_F(Reading, ExactlyFourSettingsAreTheSdks) {
@@ -160,9 +159,9 @@ TEST_F(Reading, TheCurrentMapRefreshesFiveEntriesInOrder) {
                                                         {"orliaLocale", R"(["en-US"])"},
                                                         {"timezone", "America/Vancouver"},
                                                         {"handsFreeEnabled", "true"}}));
-    EXPECT_EQ(journal.take(),
-              (Entries{"log 1 SettingsHandler:getCurrentSettingsMap", "sdk.isDoNotDisturbEnabled()",
-                       "sdk.isCaptionsEnabled()", "sdk.getLocales()", "sdk.getTimezone()", "device.getDeviceInfo()"}));
+    expectJournal(
+        (Entries{"log 1 SettingsHandler:getCurrentSettingsMap", "sdk.isDoNotDisturbEnabled()",
+                 "sdk.isCaptionsEnabled()", "sdk.getLocales()", "sdk.getTimezone()", "device.getDeviceInfo()"}));
 }
 
 TEST_F(Reading, TheCurrentMapReturnsOtherEntriesAsLastKnown) {

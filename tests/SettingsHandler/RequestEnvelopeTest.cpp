@@ -8,7 +8,7 @@ class RequestOrdering : public HandlerTest {
 protected:
     bool valid(std::string key, long timestamp) {
         const bool result = handler->isRequestValid(key, timestamp);
-        EXPECT_EQ(journal.take(), Entries{"log 1 SettingsHandler:isRequestValid"});
+        expectJournal(Entries{"log 1 SettingsHandler:isRequestValid"});
         return result;
     }
 };

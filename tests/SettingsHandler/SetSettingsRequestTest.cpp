@@ -10,16 +10,14 @@ protected:
 
     void expectRefused(const std::string& text, const std::string& reason) {
         EXPECT_FALSE(handler->handleSetSettingRequest(text)) << text;
-        EXPECT_EQ(journal.take(),
-                  (Entries{"log 1 SettingsHandler:Handling SetSettings request", "log 3 SettingsHandler:" + reason}))
-            << text;
+        expectJournal(
+            (Entries{"log 1 SettingsHandler:Handling SetSettings request", "log 3 SettingsHandler:" + reason}));
     }
 
     void expectRefusedAfterOrdering(const std::string& text, const std::string& reason) {
         EXPECT_FALSE(handler->handleSetSettingRequest(text)) << text;
-        EXPECT_EQ(journal.take(), (Entries{"log 1 SettingsHandler:Handling SetSettings request",
-                                           "log 1 SettingsHandler:isRequestValid", "log 3 SettingsHandler:" + reason}))
-            << text;
+        expectJournal((Entries{"log 1 SettingsHandler:Handling SetSettings request",
+                               "log 1 SettingsHandler:isRequestValid", "log 3 SettingsHandler:" + reason}));
     }
 
     static constexpr const char* stale =
@@ -29,11 +27,11 @@ protected:
 
 TEST_F(SetSettingsRequest, WritesTheSetting) {
     EXPECT_TRUE(handler->handleSetSettingRequest(request("1000", R"({"settingDBId":"deviceName","to":"Den"})")));
-    EXPECT_EQ(journal.take(),
-              Entries({"log 1 SettingsHandler:Handling SetSettings request", "log 1 SettingsHandler:isRequestValid"}) +
-                  writeOf("deviceName") +
-                  Entries{"storage.setValue(deviceName, Den)", "log 1 SettingsHandler:deviceName new value: 'Den'"} +
-                  changed("deviceName", "", "Den"));
+    expectJournal(
+        Entries({"log 1 SettingsHandler:Handling SetSettings request", "log 1 SettingsHandler:isRequestValid"}) +
+        writeOf("deviceName") +
+        Entries{"storage.setValue(deviceName, Den)", "log 1 SettingsHandler:deviceName new value: 'Den'"} +
+        changed("deviceName", "", "Den"));
 }
 
 TEST_F(SetSettingsRequest, AnswersWhatTheWriteAnswered) {

@@ -7,10 +7,10 @@ using SettingChange = HandlerTest;
 TEST_F(SettingChange, SendsTheEventThenCountsThenRecords) {
     std::string old = "false";
     handler->settingChanged("doNotDisturbEnabled", old, "true");
-    EXPECT_EQ(journal.take(),
-              (Entries{R"(transport.sendMessage(25, {"settingDBId":"doNotDisturbEnabled","from":"false","to":"true"}))",
-                       "metrics.recordCounter(doNotDisturbEnabled_true, 0, 1, 1)",
-                       "metrics.recordEvent(app_events, AUTO, interaction_name=doNotDisturbEnabled_true)"}));
+    expectJournal(
+        (Entries{R"(transport.sendMessage(25, {"settingDBId":"doNotDisturbEnabled","from":"false","to":"true"}))",
+                 "metrics.recordCounter(doNotDisturbEnabled_true, 0, 1, 1)",
+                 "metrics.recordEvent(app_events, AUTO, interaction_name=doNotDisturbEnabled_true)"}));
     EXPECT_EQ(old, "false");
 }
 
@@ -25,13 +25,13 @@ TEST_F(SettingChange, TheCacheHasTheNewValueWhenTheEventIsSent) {
 TEST_F(SettingChange, EqualValuesAreReportedToo) {
     std::string old = "x";
     handler->settingChanged("deviceName", old, "x");
-    EXPECT_EQ(journal.take(), changed("deviceName", "x", "x"));
+    expectJournal(changed("deviceName", "x", "x"));
 }
 
 TEST_F(SettingChange, AnEmptyValueLeavesTheSeparatorAtTheEnd) {
     handler->emitSettingMetric("deviceName", "");
-    EXPECT_EQ(journal.take(), (Entries{"metrics.recordCounter(deviceName_, 0, 1, 1)",
-                                       "metrics.recordEvent(app_events, AUTO, interaction_name=deviceName_)"}));
+    expectJournal((Entries{"metrics.recordCounter(deviceName_, 0, 1, 1)",
+                           "metrics.recordEvent(app_events, AUTO, interaction_name=deviceName_)"}));
 }
 
 TEST_F(SettingChange, AMetricTakesTheValueHoweverLong) {

@@ -8,8 +8,7 @@ using SettingsWriting = HandlerTest;
 
 TEST_F(SettingsWriting, HandsLocalesToTheSdkAndAnnouncesThem) {
     EXPECT_TRUE(handler->setSetting("orliaLocale", R"(["fr-FR","en-US"])"));
-    EXPECT_EQ(journal.take(),
-              writeOf("orliaLocale") + Entries{"sdk.getLocales()", "sdk.setLocales(fr-FR|en-US)"} +
+    expectJournal(writeOf("orliaLocale") + Entries{"sdk.getLocales()", "sdk.setLocales(fr-FR|en-US)"} +
                   changed("orliaLocale", R"([\"en-US\"])", R"([\"fr-FR\",\"en-US\"])", R"(["fr-FR","en-US"])") +
                   Entries{R"(log 1 SettingsHandler:OrliaLocale changed from '["en-US"]' to '["fr-FR","en-US"]')",
                           "metricsCache.setOrliaLocale(fr-FR)"});
@@ -19,16 +18,15 @@ TEST_F(SettingsWriting, RefusesALocaleTextThatIsNoJson) {
     for (const auto* text : {"", "  ", R"(["en-US")", "en-US", R"(["en-US"],)", R"(["en-US"] x)", "[\"en-US\",]",
                              "['en-US']", "// c\n[\"en-US\"]", "[NaN]"}) {
         EXPECT_FALSE(handler->setSetting("orliaLocale", text)) << text;
-        EXPECT_EQ(journal.take(),
-                  writeOf("orliaLocale") + Entries{"log 3 SettingsHandler:orliaLocale is not in the proper format"});
+        expectJournal(writeOf("orliaLocale") +
+                      Entries{"log 3 SettingsHandler:orliaLocale is not in the proper format"});
     }
 }
 
 TEST_F(SettingsWriting, RefusesAnArrayWithoutALocale) {
     for (const auto* text : {"[]", R"(["",""])", "[1,true]", R"([null,{},["en-US"]])", " [ ] "}) {
         EXPECT_FALSE(handler->setSetting("orliaLocale", text)) << text;
-        EXPECT_EQ(journal.take(),
-                  writeOf("orliaLocale") +
+        expectJournal(writeOf("orliaLocale") +
                       Entries{"log 3 SettingsHandler:orliaLocale is empty or not in the correct format"});
     }
 }
@@ -38,12 +36,11 @@ TEST_F(SettingsWriting, SkipsElementsThatAreNoLocalesAndReportsTheTextAsItWas) {
     handler->addOrliaLocaleObserver(observer);
     const std::string text = R"(["en-US", 5, "", "fr-FR", ["x"], null, "fr-FR"])";
     EXPECT_TRUE(handler->setSetting("orliaLocale", text));
-    EXPECT_EQ(journal.take(),
-              writeOf("orliaLocale") + Entries{"sdk.getLocales()", "sdk.setLocales(en-US|fr-FR|fr-FR)"} +
-                  changed("orliaLocale", R"([\"en-US\"])",
-                          R"([\"en-US\", 5, \"\", \"fr-FR\", [\"x\"], null, \"fr-FR\"])", text) +
-                  Entries{R"(log 1 SettingsHandler:OrliaLocale changed from '["en-US"]' to ')" + text + "'",
-                          "metricsCache.setOrliaLocale(en-US)", "observer.orliaLocale(en-US)"});
+    expectJournal(
+        writeOf("orliaLocale") + Entries{"sdk.getLocales()", "sdk.setLocales(en-US|fr-FR|fr-FR)"} +
+        changed("orliaLocale", R"([\"en-US\"])", R"([\"en-US\", 5, \"\", \"fr-FR\", [\"x\"], null, \"fr-FR\"])", text) +
+        Entries{R"(log 1 SettingsHandler:OrliaLocale changed from '["en-US"]' to ')" + text + "'",
+                "metricsCache.setOrliaLocale(en-US)", "observer.orliaLocale(en-US)"});
 }
 
 TEST_F(SettingsWriting, TheSameLocaleTextIsNoChange) {
@@ -84,8 +81,7 @@ TEST_F(SettingsWritingDeathTest, ALocaleThatIsJsonButNoArrayEndsTheProcess) {
 
 TEST_F(SettingsWriting, HandsTheTimezoneToTheSdk) {
     EXPECT_TRUE(handler->setSetting("timezone", "Europe/Paris"));
-    EXPECT_EQ(journal.take(),
-              writeOf("timezone") + Entries{"sdk.getTimezone()", "sdk.setTimezone(Europe/Paris)"} +
+    expectJournal(writeOf("timezone") + Entries{"sdk.getTimezone()", "sdk.setTimezone(Europe/Paris)"} +
                   changed("timezone", "America/Vancouver", "Europe/Paris") +
                   Entries{"log 1 SettingsHandler:OrliaTimezone changed from 'America/Vancouver' to 'Europe/Paris'"});
 }
@@ -100,8 +96,7 @@ TEST_F(SettingsWriting, TakesAnyOtherTextForATimezone) {
 
 TEST_F(SettingsWriting, TheSameTimezoneIsNoChange) {
     EXPECT_FALSE(handler->setSetting("timezone", "America/Vancouver"));
-    EXPECT_EQ(journal.take(),
-              writeOf("timezone") +
+    expectJournal(writeOf("timezone") +
                   Entries{"sdk.getTimezone()",
                           "log 0 SettingsHandler:orliaTimezone was not changed, oldValue is the same as newValue: "
                           "oldValue(America/Vancouver), newValue(America/Vancouver)"});
@@ -111,7 +106,7 @@ TEST_F(SettingsWriting, CaptionsAndDoNotDisturbCannotBeWritten) {
     for (const std::string key : {"captionsEnabled", "doNotDisturbEnabled"}) {
         for (const auto* value : {"true", "false", ""}) {
             EXPECT_FALSE(handler->setSetting(key, value));
-            EXPECT_EQ(journal.take(), writeOf(key) + Entries{"log 3 SettingsHandler:Invalid SDK SettingDBId: " + key});
+            expectJournal(writeOf(key) + Entries{"log 3 SettingsHandler:Invalid SDK SettingDBId: " + key});
         }
     }
 }
@@ -122,12 +117,12 @@ TEST_F(SettingsWriting, StoresTheEntitlementStatusThenTellsObserversThenPages) {
     const auto observer = std::make_shared<SettingsHandlerTesting::FakeEntitlementObserver>(journal);
     handler->addEntitlementStatusObserver(observer);
     EXPECT_TRUE(handler->setSetting("tovanEntitlementStatus", "active"));
-    EXPECT_EQ(journal.take(), writeOf("tovanEntitlementStatus") +
-                                  Entries{"storage.setValue(tovanEntitlementStatus, active)",
-                                          "log 1 SettingsHandler:tovanEntitlementStatus changed from '' to 'active'",
-                                          "log 1 SettingsHandler:onEntitlementStatusChanged: active",
-                                          "observer.entitlementStatus(active)"} +
-                                  changed("tovanEntitlementStatus", "", "active"));
+    expectJournal(writeOf("tovanEntitlementStatus") +
+                  Entries{"storage.setValue(tovanEntitlementStatus, active)",
+                          "log 1 SettingsHandler:tovanEntitlementStatus changed from '' to 'active'",
+                          "log 1 SettingsHandler:onEntitlementStatusChanged: active",
+                          "observer.entitlementStatus(active)"} +
+                  changed("tovanEntitlementStatus", "", "active"));
     EXPECT_EQ(cached("tovanEntitlementStatus"), "active");
 }
 
@@ -145,8 +140,7 @@ TEST_F(SettingsWriting, AFailedWriteOfTheEntitlementStatusIsSilentAndTriedAgain)
     storage.refusesWrites = true;
     for (int round = 0; round < 2; ++round) {
         EXPECT_TRUE(handler->setSetting("tovanEntitlementStatus", "active"));
-        EXPECT_EQ(journal.take(),
-                  writeOf("tovanEntitlementStatus") + Entries{"storage.setValue(tovanEntitlementStatus, active)"});
+        expectJournal(writeOf("tovanEntitlementStatus") + Entries{"storage.setValue(tovanEntitlementStatus, active)"});
     }
     EXPECT_EQ(cached("tovanEntitlementStatus"), "(none)");
 }
@@ -156,19 +150,19 @@ TEST_F(SettingsWriting, AFailedWriteOfTheEntitlementStatusIsSilentAndTriedAgain)
 TEST_F(SettingsWriting, OnlyTheExactWordTrueSwitchesHandsFreeOn) {
     cache("handsFreeEnabled", "false");
     EXPECT_TRUE(handler->setSetting("handsFreeEnabled", "true"));
-    EXPECT_EQ(journal.take(), writeOf("handsFreeEnabled") +
-                                  Entries{"sdk.setHandsFreeEnabled(true)",
-                                          "log 1 SettingsHandler:handsFreeEnabled changed from 'false' to 'true'"} +
-                                  changed("handsFreeEnabled", "false", "true"));
+    expectJournal(writeOf("handsFreeEnabled") +
+                  Entries{"sdk.setHandsFreeEnabled(true)",
+                          "log 1 SettingsHandler:handsFreeEnabled changed from 'false' to 'true'"} +
+                  changed("handsFreeEnabled", "false", "true"));
     for (const auto* value : {"TRUE", "1", "", "true "}) {
         const std::string before = value == std::string("TRUE") ? "true" : "x";
         cache("handsFreeEnabled", before);
         EXPECT_TRUE(handler->setSetting("handsFreeEnabled", value));
-        EXPECT_EQ(journal.take(), writeOf("handsFreeEnabled") +
-                                      Entries{"sdk.setHandsFreeEnabled(false)",
-                                              "log 1 SettingsHandler:handsFreeEnabled changed from '" + before +
-                                                  "' to '" + value + "'"} +
-                                      changed("handsFreeEnabled", before, value));
+        expectJournal(
+            writeOf("handsFreeEnabled") +
+            Entries{"sdk.setHandsFreeEnabled(false)",
+                    "log 1 SettingsHandler:handsFreeEnabled changed from '" + before + "' to '" + value + "'"} +
+            changed("handsFreeEnabled", before, value));
     }
 }
 
@@ -176,21 +170,20 @@ TEST_F(SettingsWriting, TheRawTextOfAHandsFreeChangeIsCached) {
     EXPECT_TRUE(handler->setSetting("handsFreeEnabled", "TRUE"));
     journal.take();
     EXPECT_FALSE(handler->setSetting("handsFreeEnabled", "TRUE"));
-    EXPECT_EQ(journal.take(),
-              writeOf("handsFreeEnabled") +
+    expectJournal(writeOf("handsFreeEnabled") +
                   Entries{"log 1 SettingsHandler:handsFreeEnabled was not updated: new value: 'TRUE' is the same"});
 }
 
 TEST_F(SettingsWriting, HandsTheAlwaysOnModesToTheSdk) {
     for (const std::string key : {"handsFreeAlwaysOnEnabled", "pttAlwaysOnEnabled"}) {
         EXPECT_TRUE(handler->setSetting(key, "true"));
-        EXPECT_EQ(journal.take(), writeOf(key) +
-                                      Entries{"sdk.applySetting(" + key + ", true)",
-                                              "log 1 SettingsHandler:" + key + " changed from '' to 'true'"} +
-                                      changed(key, "", "true"));
+        expectJournal(writeOf(key) +
+                      Entries{"sdk.applySetting(" + key + ", true)",
+                              "log 1 SettingsHandler:" + key + " changed from '' to 'true'"} +
+                      changed(key, "", "true"));
         EXPECT_FALSE(handler->setSetting(key, "true"));
-        EXPECT_EQ(journal.take(), writeOf(key) + Entries{"log 1 SettingsHandler:" + key +
-                                                         " was not updated: new value: 'true' is the same"});
+        expectJournal(writeOf(key) +
+                      Entries{"log 1 SettingsHandler:" + key + " was not updated: new value: 'true' is the same"});
     }
     EXPECT_TRUE(storage.values.empty());
 }
@@ -213,18 +206,17 @@ TEST_F(SettingsWriting, ARefusalOfTheSdkIsCountedAndTheChangeAnnouncedAllTheSame
 TEST_F(SettingsWriting, TellsFriendlyNameObserversBeforeThePages) {
     handler->addFriendlyNameObserver(std::make_shared<SettingsHandlerTesting::FakeFriendlyNameObserver>(journal));
     EXPECT_TRUE(handler->setSetting("friendlyName", "Den"));
-    EXPECT_EQ(journal.take(), writeOf("friendlyName") +
-                                  Entries{"sdk.applySetting(friendlyName, Den)", "observer.friendlyName(Den)",
-                                          "log 1 SettingsHandler:friendlyName changed from '' to 'Den'"} +
-                                  changed("friendlyName", "", "Den"));
+    expectJournal(writeOf("friendlyName") +
+                  Entries{"sdk.applySetting(friendlyName, Den)", "observer.friendlyName(Den)",
+                          "log 1 SettingsHandler:friendlyName changed from '' to 'Den'"} +
+                  changed("friendlyName", "", "Den"));
 }
 
 TEST_F(SettingsWriting, TellsFriendlyNameObserversAlsoWhenTheSdkRefused) {
     sdk->refusesSettings = true;
     handler->addFriendlyNameObserver(std::make_shared<SettingsHandlerTesting::FakeFriendlyNameObserver>(journal));
     EXPECT_TRUE(handler->setSetting("friendlyName", "Den"));
-    EXPECT_EQ(journal.take(),
-              writeOf("friendlyName") +
+    expectJournal(writeOf("friendlyName") +
                   Entries{"sdk.applySetting(friendlyName, Den)", "metrics.recordCounter(friendlyName_error, 0, 1, 1)",
                           "metrics.recordEvent(app_events, AUTO, interaction_name=friendlyName_error)",
                           "observer.friendlyName(Den)", "log 1 SettingsHandler:friendlyName changed from '' to 'Den'"} +
@@ -238,10 +230,10 @@ TEST_F(SettingsWriting, StoresEverythingElseKnownOrNot) {
          {"deviceName", "companionDevice", "captionsFontSize", "captionsStyles", "handsFreeAlwaysOnDiscovered",
           "pttAlwaysOnDiscovered", "unknown", "DeviceName", ""}) {
         EXPECT_TRUE(handler->setSetting(key, "value")) << key;
-        EXPECT_EQ(journal.take(), writeOf(key) +
-                                      Entries{"storage.setValue(" + key + ", value)",
-                                              "log 1 SettingsHandler:" + key + " new value: 'value'"} +
-                                      changed(key, "", "value"));
+        expectJournal(
+            writeOf(key) +
+            Entries{"storage.setValue(" + key + ", value)", "log 1 SettingsHandler:" + key + " new value: 'value'"} +
+            changed(key, "", "value"));
         EXPECT_EQ(storage.values.at(key), "value");
     }
 }
@@ -250,12 +242,12 @@ TEST_F(SettingsWriting, ReturnsFalseAndWritesNothingWhenTheValueIsUnchanged) {
     EXPECT_TRUE(handler->setSetting("deviceName", "Den"));
     journal.take();
     EXPECT_FALSE(handler->setSetting("deviceName", "Den"));
-    EXPECT_EQ(journal.take(), writeOf("deviceName"));
+    expectJournal(writeOf("deviceName"));
 }
 
 TEST_F(SettingsWriting, TheEmptyValueOfAnUncachedKeyIsUnchanged) {
     EXPECT_FALSE(handler->setSetting("unknown", ""));
-    EXPECT_EQ(journal.take(), writeOf("unknown"));
+    expectJournal(writeOf("unknown"));
     EXPECT_EQ(cached("unknown"), "(none)") << "the look-up made an entry";
 }
 
@@ -264,8 +256,7 @@ TEST_F(SettingsWriting, AValueGoesBackToWhatItWas) {
     EXPECT_TRUE(handler->setSetting("deviceName", ""));
     journal.take();
     EXPECT_TRUE(handler->setSetting("deviceName", "Den"));
-    EXPECT_EQ(journal.take(),
-              writeOf("deviceName") +
+    expectJournal(writeOf("deviceName") +
                   Entries{"storage.setValue(deviceName, Den)", "log 1 SettingsHandler:deviceName new value: 'Den'"} +
                   changed("deviceName", "", "Den"));
 }
@@ -275,8 +266,7 @@ TEST_F(SettingsWriting, AFailedWriteIsLoggedAndTriedAgain) {
     storage.refusesWrites = true;
     for (int round = 0; round < 2; ++round) {
         EXPECT_FALSE(handler->setSetting("deviceName", "Attic"));
-        EXPECT_EQ(journal.take(),
-                  writeOf("deviceName") +
+        expectJournal(writeOf("deviceName") +
                       Entries{"storage.setValue(deviceName, Attic)",
                               "log 3 SettingsHandler:deviceName new value: 'Attic' value was not written properly"});
     }

@@ -1,3 +1,6 @@
+// Before everything that includes the JSON library.
+#define RAPIDJSON_ASSERT(condition) static_cast<void>(0)
+
 #include <gtest/gtest.h>
 
 #include "SettingsHandler/SettingsHandler.h"
