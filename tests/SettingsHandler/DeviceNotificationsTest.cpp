@@ -40,8 +40,7 @@ TEST_F(DeviceNotifications, ALocaleForAnEmptyListIsSet) {
 TEST_F(DeviceNotifications, AListIsHandedOnUnchecked) {
     handler->notifyLocaleChange(std::vector<std::string>{"en-US"});
     handler->notifyLocaleChange(std::vector<std::string>{});
-    EXPECT_EQ(
-        journal.take(),
+    expectJournal(
         (Entries{R"(log 1 SettingsHandler:Notified of locale change. New value: ["en-US"])", "sdk.setLocales(en-US)",
                  "log 1 SettingsHandler:Notified of locale change. New value: []", "sdk.setLocales()"}));
 }

@@ -19,13 +19,11 @@ protected:
 
 TEST_F(GetSettingsRequest, RepliesWithTheValuesOrderedByKey) {
     handler->handleGetSettingsRequest(R"({"messageId":"m1","payload":{"settings":["timezone","captionsEnabled"]}})");
-    EXPECT_EQ(
-        journal.take(),
-        (Entries{
-            "log 1 SettingsHandler:Handling GetSettings request", "log 0 SettingsHandler:getSettings",
-            "log 0 SettingsHandler:SettingDBId: timezone", "sdk.getTimezone()",
-            "log 0 SettingsHandler:SettingDBId: captionsEnabled", "sdk.isCaptionsEnabled()",
-            R"(transport.sendResponse(m1, {"settings":{"captionsEnabled":"false","timezone":"America/Vancouver"}}))"}));
+    expectJournal((Entries{
+        "log 1 SettingsHandler:Handling GetSettings request", "log 0 SettingsHandler:getSettings",
+        "log 0 SettingsHandler:SettingDBId: timezone", "sdk.getTimezone()",
+        "log 0 SettingsHandler:SettingDBId: captionsEnabled", "sdk.isCaptionsEnabled()",
+        R"(transport.sendResponse(m1, {"settings":{"captionsEnabled":"false","timezone":"America/Vancouver"}}))"}));
 }
 
 TEST_F(GetSettingsRequest, RefusesWhatIsNoJson) {

@@ -16,14 +16,13 @@ TEST_F(Migration, DoesNothingWhenNothingIsLeft) {
 TEST_F(Migration, WritesALeftLocaleAndRemovesIt) {
     storage.values = {{"orliaLocale", R"(["fr-FR"])"}};
     handler->migrateExistingDeviceSettings();
-    EXPECT_EQ(
-        journal.take(),
-        start + writeOf("orliaLocale") + Entries{"sdk.getLocales()", "sdk.setLocales(fr-FR)"} +
-            changed("orliaLocale", R"([\"en-US\"])", R"([\"fr-FR\"])", R"(["fr-FR"])") +
-            Entries{R"(log 1 SettingsHandler:OrliaLocale changed from '["en-US"]' to '["fr-FR"]')",
-                    "metricsCache.setOrliaLocale(fr-FR)", "log 1 SettingsHandler:orliaLocale migrated successfully",
-                    "storage.removeValue(orliaLocale)", "storage.getValue(timezone)"} +
-            timezoneMissing);
+    expectJournal(start + writeOf("orliaLocale") + Entries{"sdk.getLocales()", "sdk.setLocales(fr-FR)"} +
+                  changed("orliaLocale", R"([\"en-US\"])", R"([\"fr-FR\"])", R"(["fr-FR"])") +
+                  Entries{R"(log 1 SettingsHandler:OrliaLocale changed from '["en-US"]' to '["fr-FR"]')",
+                          "metricsCache.setOrliaLocale(fr-FR)",
+                          "log 1 SettingsHandler:orliaLocale migrated successfully", "storage.removeValue(orliaLocale)",
+                          "storage.getValue(timezone)"} +
+                  timezoneMissing);
     EXPECT_TRUE(storage.values.empty());
 }
 

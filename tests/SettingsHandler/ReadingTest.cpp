@@ -73,13 +73,12 @@ TEST_F(Reading, AnEmptyOrMissingStoredValueGivesTheDefault) {
 
 TEST_F(Reading, AKeyWithoutValueAndDefaultIsLeftOut) {
     EXPECT_EQ(handler->getSettings({"tovanEntitlementStatus", "unknown"}), Values{});
-    EXPECT_EQ(
-        journal.take(),
+    expectJournal(
         readStart + readOf("tovanEntitlementStatus") +
-            Entries{"storage.getValue(tovanEntitlementStatus)",
-                    "log 3 SettingsHandler:Default value was not found for tovanEntitlementStatus"} +
-            readOf("unknown") +
-            Entries{"storage.getValue(unknown)", "log 3 SettingsHandler:Default value was not found for unknown"});
+        Entries{"storage.getValue(tovanEntitlementStatus)",
+                "log 3 SettingsHandler:Default value was not found for tovanEntitlementStatus"} +
+        readOf("unknown") +
+        Entries{"storage.getValue(unknown)", "log 3 SettingsHandler:Default value was not found for unknown"});
     EXPECT_EQ(cached("unknown"), "(none)");
 }
 

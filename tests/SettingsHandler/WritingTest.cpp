@@ -47,12 +47,11 @@ TEST_F(SettingsWriting, TheSameLocaleTextIsNoChange) {
     sdk->locales = {"en-US", "es-US"};
     const std::string text = R"(["en-US","es-US"])";
     EXPECT_FALSE(handler->setSetting("orliaLocale", text));
-    EXPECT_EQ(
-        journal.take(),
+    expectJournal(
         writeOf("orliaLocale") +
-            Entries{"sdk.getLocales()",
-                    "log 0 SettingsHandler:orliaLocale was not changed, oldValue is the same as newValue: oldValue(" +
-                        text + "), newValue(" + text + ")"});
+        Entries{"sdk.getLocales()",
+                "log 0 SettingsHandler:orliaLocale was not changed, oldValue is the same as newValue: oldValue(" +
+                    text + "), newValue(" + text + ")"});
 }
 
 TEST_F(SettingsWriting, TheSameLocalesWithOtherBlanksAreAChange) {
@@ -129,11 +128,9 @@ TEST_F(SettingsWriting, StoresTheEntitlementStatusThenTellsObserversThenPages) {
 TEST_F(SettingsWriting, TheSameEntitlementStatusIsNoChange) {
     cache("tovanEntitlementStatus", "active");
     EXPECT_FALSE(handler->setSetting("tovanEntitlementStatus", "active"));
-    EXPECT_EQ(
-        journal.take(),
+    expectJournal(
         writeOf("tovanEntitlementStatus") +
-            Entries{
-                "log 1 SettingsHandler:tovanEntitlementStatus was not updated. New value: 'active' was not saved."});
+        Entries{"log 1 SettingsHandler:tovanEntitlementStatus was not updated. New value: 'active' was not saved."});
 }
 
 TEST_F(SettingsWriting, AFailedWriteOfTheEntitlementStatusIsSilentAndTriedAgain) {
@@ -192,13 +189,12 @@ TEST_F(SettingsWriting, ARefusalOfTheSdkIsCountedAndTheChangeAnnouncedAllTheSame
     sdk->refusesSettings = true;
     for (const std::string key : {"handsFreeAlwaysOnEnabled", "pttAlwaysOnEnabled"}) {
         EXPECT_TRUE(handler->setSetting(key, "true"));
-        EXPECT_EQ(
-            journal.take(),
-            writeOf(key) +
-                Entries{"sdk.applySetting(" + key + ", true)", "metrics.recordCounter(" + key + "_error, 0, 1, 1)",
-                        "metrics.recordEvent(app_events, AUTO, interaction_name=" + key + "_error)",
-                        "log 1 SettingsHandler:" + key + " changed from '' to 'true'"} +
-                changed(key, "", "true"));
+        expectJournal(writeOf(key) +
+                      Entries{"sdk.applySetting(" + key + ", true)",
+                              "metrics.recordCounter(" + key + "_error, 0, 1, 1)",
+                              "metrics.recordEvent(app_events, AUTO, interaction_name=" + key + "_error)",
+                              "log 1 SettingsHandler:" + key + " changed from '' to 'true'"} +
+                      changed(key, "", "true"));
         EXPECT_EQ(cached(key), "true");
     }
 }
