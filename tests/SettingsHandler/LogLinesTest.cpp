@@ -108,7 +108,9 @@ protected:
     }
 
     void start() {
-        SettingsHandler::SettingsHandler::create(transport, storage, metrics, sdk, app, device);
+        // With a transport of its own, because it goes at once and the fixture's would deliver to it.
+        SettingsHandler::SettingsHandler::create(std::make_shared<SettingsHandlerTesting::FakeTransport>(journal), storage,
+                                                 metrics, sdk, app, device);
         handler->initializeSettings();
         handler->getSettings({"K"});
         handler->getCurrentSettingsMap();
