@@ -24,7 +24,7 @@ const std::vector<std::string> allLines{
     "1 SettingsHandler:Notified of system setting changing: K. New value: A",
     R"(1 SettingsHandler:OrliaLocale changed from '["en-US"]' to '["A"]')",
     "1 SettingsHandler:OrliaTimezone changed from 'A' to 'B'",
-    "1 SettingsHandler:friendlyName changed from '' to 'A'",
+    "1 SettingsHandler:friendlyName changed from 'TV' to 'A'",
     "1 SettingsHandler:friendlyName was not updated: new value: 'A' is the same",
     "1 SettingsHandler:getCurrentSettingsMap",
     "1 SettingsHandler:isRequestValid",
