@@ -17,13 +17,11 @@ namespace SettingsCtl {
 namespace {
 
 constexpr std::size_t readSize = 65536;
-/// More than any reply of a host can hold.
-constexpr std::size_t maximumLineSize = 256UL * 1024 * 1024;
 
 }  // namespace
 
-Connection::Connection(std::string socketPath, std::chrono::milliseconds waitingTime)
-    : path(std::move(socketPath)), timeout(waitingTime) {
+Connection::Connection(std::string socketPath, std::chrono::milliseconds waitingTime, std::size_t longestLine)
+    : path(std::move(socketPath)), timeout(waitingTime), lineLimit(longestLine) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     if (path.empty() || path.size() >= sizeof(address.sun_path)) {
@@ -93,7 +91,7 @@ void Connection::receiveBytes() {
         fail("closed the connection");
     }
     pending.append(bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-    if (pending.size() > maximumLineSize) {
+    if (pending.size() > lineLimit) {
         fail("sends a line without an end");
     }
 }

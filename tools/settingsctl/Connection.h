@@ -15,8 +15,12 @@ class Connection {
 public:
     using Deadline = std::optional<std::chrono::steady_clock::time_point>;
 
+    /// More than any reply of a host can hold.
+    static constexpr std::size_t maximumLineSize = 256UL * 1024 * 1024;
+
     /// Connects. `waitingTime` bounds connecting and each `send`, and is what `deadline` gives to receiving.
-    Connection(std::string socketPath, std::chrono::milliseconds waitingTime);
+    Connection(std::string socketPath, std::chrono::milliseconds waitingTime,
+               std::size_t longestLine = maximumLineSize);
     ~Connection();
 
     Connection(const Connection&) = delete;
@@ -38,6 +42,7 @@ private:
 
     std::string path;
     std::chrono::milliseconds timeout;
+    std::size_t lineLimit;
     int socket = -1;
     std::string pending;
     std::size_t searched = 0;

@@ -40,7 +40,9 @@ std::string finishRequest(JsonWriter& writer, const rapidjson::StringBuffer& buf
 }  // namespace
 
 Frame::Frame(std::string received) : line(std::move(received)) {
-    if (document.Parse<jsonParseFlags>(line.data(), line.size()).HasParseError() || !document.IsObject()) {
+    // The parser would take a NUL for the end of the text.
+    if (line.find('\0') != std::string::npos || document.Parse<jsonParseFlags>(line.c_str()).HasParseError() ||
+        !document.IsObject()) {
         throw Failure(UNREACHABLE, "what answers is no settings host: it sent something that is no JSON object");
     }
 }

@@ -1,0 +1,116 @@
+#include <gtest/gtest.h>
+
+#include "FakeHost.h"
+
+using namespace SettingsCtlTests;
+
+namespace {
+
+struct Verb {
+    const char* name;
+    std::vector<std::string> arguments;
+    bool atDevice = false;
+
+    friend void PrintTo(const Verb& verb, std::ostream* out) { *out << verb.name; }
+};
+
+/// Every verb against hosts that do not do their part.
+class SettingsCtlWithABrokenHost : public testing::TestWithParam<Verb> {
+protected:
+    TestSupport::ChildProcess start(const std::string& timeout = "20") const {
+        std::vector<std::string> arguments = GetParam().arguments;
+        arguments.insert(arguments.begin(), {"--timeout", timeout});
+        return host.start(std::move(arguments));
+    }
+    Peer accept() const { return GetParam().atDevice ? host.acceptAtDevice() : host.accept(); }
+    std::string path() const { return GetParam().atDevice ? host.devicePath() : host.settingsPath(); }
+
+    const FakeHost host;
+};
+
+constexpr const char* noObject =
+    "settingsctl: what answers is no settings host: it sent something that is no JSON object\n";
+
+}  // namespace
+
+TEST_P(SettingsCtlWithABrokenHost, TellsThatNobodyListens) {
+    std::vector<std::string> arguments = GetParam().arguments;
+    const std::string nobody = path() + ".nobody";
+    arguments.insert(arguments.begin(), {GetParam().atDevice ? "--device-socket" : "--socket", nobody});
+    auto program = host.start(std::move(arguments));
+    expectEnd(program, 3, "",
+              "settingsctl: cannot reach the host at " + nobody +
+                  ": No such file or directory (is settings-host running?)\n");
+}
+
+TEST_P(SettingsCtlWithABrokenHost, TellsThatItClosedTheConnectionAtOnce) {
+    auto program = start();
+    accept().close();
+    expectEnd(program, 3, "", "settingsctl: the host at " + path() + " closed the connection\n");
+}
+
+TEST_P(SettingsCtlWithABrokenHost, TellsThatItDiedInItsAnswer) {
+    auto program = start();
+    Peer client = accept();
+    client.receiveLine();
+    client.send(R"({"type":7,"messageId":")" + messageId(program, 1) + R"(","payload":{"settings":{"k":"v)");
+    client.close();
+    expectEnd(program, 3, "", "settingsctl: the host at " + path() + " closed the connection\n");
+}
+
+TEST_P(SettingsCtlWithABrokenHost, TellsThatItDoesNotAnswer) {
+    auto program = start("0.05");
+    const Peer client = accept();
+    expectEnd(program, 3, "", "settingsctl: the host at " + path() + " does not answer\n");
+}
+
+TEST_P(SettingsCtlWithABrokenHost, TellsThatWhatItSendsIsNoJsonObject) {
+    for (const std::string& text :
+         {std::string("HTTP/1.1 400 Bad Request\r"), std::string("[1]"), std::string(), std::string("{\"k\":\"\xff\"}"),
+          std::string("{}\0", 3), std::string(100000, '[')}) {
+        auto program = start();
+        Peer client = accept();
+        client.sendLine(text);
+        expectEnd(program, 3, "", noObject);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Verb, SettingsCtlWithABrokenHost,
+                         testing::Values(Verb{"Get", {"get"}}, Verb{"Set", {"set", "k", "v"}}, Verb{"Watch", {"watch"}},
+                                         Verb{"List", {"list"}}, Verb{"Selected", {"selected"}},
+                                         Verb{"OpenSettings", {"open-settings"}}, Verb{"LogOut", {"logout"}},
+                                         Verb{"DeviceShow", {"device", "show"}, true},
+                                         Verb{"DeviceLocale", {"device", "locale", "fr-FR"}, true}),
+                         [](const auto& suite) { return std::string(suite.param.name); });
+
+TEST(SettingsCtlTimeout, IsNotExtendedByAHostThatTalksOfOtherThings) {
+    const FakeHost host;
+    auto program = host.start({"--timeout", "0.1", "get"});
+    const Peer client = host.accept();
+    const auto deadline = std::chrono::steady_clock::now() + TestSupport::patience;
+    while (!program.wait(std::chrono::milliseconds(5)) && std::chrono::steady_clock::now() < deadline) {
+        client.sendLine(event("k", "a", "b"));
+    }
+    expectEnd(program, 3, "", "settingsctl: the host at " + host.settingsPath() + " does not answer\n");
+}
+
+TEST(SettingsCtlReplies, MustHoldWhatWasAskedFor) {
+    for (const std::string payload :
+         {"null", "{}", R"({"settings":[]})", R"({"settings":null})", R"({"settings":{"k":true}})"}) {
+        for (const std::string verb : {"get", "list"}) {
+            const FakeHost host;
+            auto program = host.start({verb});
+            Peer client = host.accept();
+            client.sendLine(R"({"type":7,"messageId":")" + messageId(program, 1) + R"(","payload":)" + payload + "}");
+            expectEnd(program, 3, "",
+                      "settingsctl: what answers is no settings host: it sent a frame that cannot be understood\n");
+        }
+    }
+    for (const std::string payload : {"null", "{}", R"({"isOrliaSelectedAsVA":"true"})"}) {
+        const FakeHost host;
+        auto program = host.start({"selected"});
+        Peer client = host.accept();
+        client.sendLine(R"({"type":18,"messageId":")" + messageId(program, 1) + R"(","payload":)" + payload + "}");
+        expectEnd(program, 3, "", "settingsctl: the host's answer does not say whether the assistant is selected\n");
+    }
+}

@@ -1,0 +1,140 @@
+#include <fstream>
+
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include "Connection.h"
+#include "Failure.h"
+#include "FakeHost.h"
+#include "support/LineClient.h"
+
+using namespace SettingsCtl;
+using namespace SettingsCtlTests;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr std::chrono::milliseconds patience = 20s;
+
+class SettingsCtlConnection : public testing::Test {
+protected:
+    /// What a `Failure` says that `action` throws.
+    template <typename Action>
+    static std::string failureOf(ExitStatus status, const Action& action) {
+        try {
+            action();
+        } catch (const Failure& failure) {
+            EXPECT_EQ(failure.exitStatus(), status);
+            return failure.what();
+        }
+        return "nothing was thrown";
+    }
+
+    TestSupport::TemporaryDirectory folder;
+    std::string path = folder / "host.sock";
+};
+
+}  // namespace
+
+TEST_F(SettingsCtlConnection, PutsALineTogetherWhereverItIsSplit) {
+    const ListeningSocket listener(path);
+    Connection connection(path, patience);
+    const Peer host = listener.accept();
+    const std::string text = "{\"a\":\"\xc3\xbc\"}\r\nnext\n";
+    for (std::size_t split = 0; split <= text.size(); ++split) {
+        std::vector<std::string> lines;
+        const auto receiveWhatIsThere = [&] {
+            try {
+                for (;;) {
+                    lines.push_back(connection.receive(std::chrono::steady_clock::now()));
+                }
+            } catch (const Failure&) {
+            }
+        };
+        host.send(text.substr(0, split));
+        receiveWhatIsThere();
+        host.send(text.substr(split));
+        receiveWhatIsThere();
+        EXPECT_EQ(lines, (std::vector<std::string>{"{\"a\":\"\xc3\xbc\"}\r", "next"})) << split;
+    }
+}
+
+TEST_F(SettingsCtlConnection, TakesLinesOfAnySizeBelowTheLimit) {
+    const ListeningSocket listener(path);
+    Connection connection(path, patience, 100);
+    const Peer host = listener.accept();
+    host.sendLine(std::string(99, 'a'));
+    EXPECT_EQ(connection.receive(connection.deadline()), std::string(99, 'a'));
+    host.send(std::string(101, 'a'));
+    EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.receive(connection.deadline()); }),
+              "the host at " + path + " sends a line without an end");
+}
+
+TEST_F(SettingsCtlConnection, GivesUpAtTheDeadline) {
+    const ListeningSocket listener(path);
+    Connection connection(path, 10ms);
+    EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.receive(connection.deadline()); }),
+              "the host at " + path + " does not answer");
+}
+
+TEST_F(SettingsCtlConnection, TellsWhenTheHostGoes) {
+    const ListeningSocket listener(path);
+    Connection connection(path, patience);
+    Peer host = listener.accept();
+    host.send("whole\nhalf");
+    host.close();
+    EXPECT_EQ(connection.receive(connection.deadline()), "whole");
+    const std::string closed = "the host at " + path + " closed the connection";
+    EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.receive(connection.deadline()); }), closed);
+    EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.send("x\n"); }), closed);
+}
+
+TEST_F(SettingsCtlConnection, GivesUpSendingWhenTheHostDoesNotRead) {
+    const ListeningSocket listener(path);
+    Connection connection(path, 10ms);
+    EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.send(std::string(4000000, 'a')); }),
+              "the host at " + path + " does not take requests");
+}
+
+TEST_F(SettingsCtlConnection, GivesUpConnectingWhenTheHostDoesNotAccept) {
+    const ListeningSocket listener(path, 0);
+    const Connection waiting(path, 10ms);
+    EXPECT_EQ(failureOf(UNREACHABLE, [&] { const Connection connection(path, 10ms); }),
+              "cannot reach the host at " + path + ": Resource temporarily unavailable (is settings-host running?)");
+}
+
+TEST_F(SettingsCtlConnection, SaysWhyNobodyCanBeReached) {
+    const auto reach = [&] { const Connection connection(path, patience); };
+    EXPECT_EQ(failureOf(UNREACHABLE, reach),
+              "cannot reach the host at " + path + ": No such file or directory (is settings-host running?)");
+    std::ofstream(path) << "a file";
+    EXPECT_EQ(failureOf(UNREACHABLE, reach),
+              "cannot reach the host at " + path + ": Connection refused (is settings-host running?)");
+}
+
+TEST_F(SettingsCtlConnection, RefusesAPathThatNoSocketCanHave) {
+    const std::string longPath = "/" + std::string(sizeof(sockaddr_un::sun_path) - 1, 'a');
+    EXPECT_EQ(failureOf(WRONG_USAGE, [&] { const Connection connection(longPath, patience); }),
+              "the socket path is empty or too long: '" + longPath + "'");
+    EXPECT_EQ(failureOf(WRONG_USAGE, [&] { const Connection connection("", patience); }),
+              "the socket path is empty or too long: ''");
+    EXPECT_EQ(
+        failureOf(UNREACHABLE, [&] { const Connection connection(longPath.substr(1), patience); }),
+        "cannot reach the host at " + longPath.substr(1) + ": No such file or directory (is settings-host running?)");
+}
+
+TEST_F(SettingsCtlConnection, ReturnsNothingWhenAnotherDescriptorSpeaksFirst) {
+    const ListeningSocket listener(path);
+    Connection connection(path, patience);
+    const Peer host = listener.accept();
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    host.sendLine("line");
+    EXPECT_EQ(connection.receive(connection.deadline(), {{ends[0], POLLIN, 0}}), "line");
+    ASSERT_EQ(::write(ends[1], "x", 1), 1);
+    EXPECT_EQ(connection.receive(connection.deadline(), {{ends[0], POLLIN, 0}}), std::nullopt);
+    ::close(ends[0]);
+    ::close(ends[1]);
+}

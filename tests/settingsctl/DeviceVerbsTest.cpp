@@ -1,0 +1,120 @@
+#include <gtest/gtest.h>
+
+#include "FakeHost.h"
+
+using namespace SettingsCtlTests;
+
+namespace {
+
+/// A verb's arguments after "device", and the frame that it sends.
+struct Command {
+    const char* name;
+    std::vector<std::string> arguments;
+    std::string frame;
+
+    friend void PrintTo(const Command& command, std::ostream* out) { *out << command.frame; }
+};
+
+class SettingsCtlDevice : public testing::TestWithParam<Command> {
+protected:
+    static std::vector<std::string> arguments() {
+        std::vector<std::string> all = GetParam().arguments;
+        all.insert(all.begin(), "device");
+        return all;
+    }
+};
+
+void answer(const FakeHost& host, const std::string& request, const std::string& reply) {
+    Peer client = host.acceptAtDevice();
+    EXPECT_EQ(client.receiveLine(), request);
+    client.sendLine(reply);
+    EXPECT_TRUE(client.clientCloses());
+}
+
+constexpr const char* state =
+    R"({"device":{"timezone":"Europe/Paris","locales":"[\"fr-FR\"]","lastLaunchedApp":"a\u001b"}})";
+
+}  // namespace
+
+TEST_P(SettingsCtlDevice, IsDoneWhenTheDeviceSaysSo) {
+    const FakeHost host;
+    auto program = host.start(arguments());
+    answer(host, GetParam().frame, R"({"ok":true})");
+    expectEnd(program, 0, "", "");
+}
+
+TEST_P(SettingsCtlDevice, SaysInJsonThatItIsDone) {
+    const FakeHost host;
+    auto all = arguments();
+    all.insert(all.begin(), "--json");
+    auto program = host.start(std::move(all));
+    answer(host, GetParam().frame, R"({"ok":true})");
+    expectEnd(program, 0, "{\"ok\":true}\n", "");
+}
+
+TEST_P(SettingsCtlDevice, TellsWhatWasWrong) {
+    const FakeHost host;
+    auto program = host.start(arguments());
+    answer(host, GetParam().frame, R"({"error":{"code":"not-written","message":"the device could not save it"}})");
+    expectEnd(program, 1, "",
+              "settingsctl: the host refused the request: the device could not save it (not-written)\n");
+}
+
+TEST_P(SettingsCtlDevice, IsNotDoneWithoutTheDevicesWord) {
+    for (const std::string reply : {"{}", R"({"ok":false})", R"({"ok":"true"})", R"({"device":{}})"}) {
+        const FakeHost host;
+        auto program = host.start(arguments());
+        answer(host, GetParam().frame, reply);
+        expectEnd(program, 3, "", "settingsctl: what answers is no device socket\n");
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Verb, SettingsCtlDevice,
+    testing::Values(
+        Command{"Locale", {"locale", "fr-FR"}, R"({"command":"locale","value":"fr-FR"})"},
+        Command{"Locales", {"locales", "fr-FR", "en-US"}, R"({"command":"locales","values":["fr-FR","en-US"]})"},
+        Command{"OneOfLocales", {"locales", "fr-FR"}, R"({"command":"locales","values":["fr-FR"]})"},
+        Command{"Timezone", {"timezone", "Europe/Paris"}, R"({"command":"timezone","value":"Europe/Paris"})"},
+        Command{"HandsfreeOn", {"handsfree", "on"}, R"({"command":"handsfree","enabled":true})"},
+        Command{"HandsfreeOff", {"handsfree", "off"}, R"({"command":"handsfree","enabled":false})"},
+        Command{"CaptionsOn", {"captions", "on"}, R"({"command":"captions","enabled":true})"},
+        Command{"DoNotDisturbOff", {"do-not-disturb", "off"}, R"({"command":"doNotDisturb","enabled":false})"},
+        Command{
+            "Setting", {"setting", "k", "[\"a\",\"b\"]"}, R"({"command":"setting","key":"k","value":"[\"a\",\"b\"]"})"},
+        Command{"EmptySetting", {"setting", "k", ""}, R"({"command":"setting","key":"k","value":""})"}),
+    [](const auto& suite) { return std::string(suite.param.name); });
+
+TEST(SettingsCtlDeviceShow, PrintsTheStateLikeGet) {
+    const FakeHost host;
+    auto program = host.start({"device", "show"});
+    answer(host, R"({"command":"show"})", state);
+    expectEnd(program, 0, "lastLaunchedApp=a\\x1b\nlocales=[\"fr-FR\"]\ntimezone=Europe/Paris\n", "");
+}
+
+TEST(SettingsCtlDeviceShow, PrintsBareValues) {
+    const FakeHost host;
+    auto program = host.start({"device", "show", "--value"});
+    answer(host, R"({"command":"show"})", state);
+    expectEnd(program, 0, "a\\x1b\n[\"fr-FR\"]\nEurope/Paris\n", "");
+}
+
+TEST(SettingsCtlDeviceShow, PrintsOneJsonObject) {
+    const FakeHost host;
+    auto program = host.start({"--json", "device", "show"});
+    answer(host, R"({"command":"show"})", state);
+    expectEnd(program, 0,
+              R"({"lastLaunchedApp":"a\u001B","locales":"[\"fr-FR\"]","timezone":"Europe/Paris"})"
+              "\n",
+              "");
+}
+
+TEST(SettingsCtlDeviceShow, TellsWhenTheAnswerIsNotUnderstood) {
+    for (const std::string reply : {"{}", R"({"ok":true})", R"({"device":{"timezone":1}})"}) {
+        const FakeHost host;
+        auto program = host.start({"device", "show"});
+        answer(host, R"({"command":"show"})", reply);
+        expectEnd(program, 3, "",
+                  "settingsctl: what answers is no settings host: it sent a frame that cannot be understood\n");
+    }
+}

@@ -1,0 +1,178 @@
+#include <gtest/gtest.h>
+
+#include "FakeHost.h"
+
+using namespace SettingsCtlTests;
+
+namespace {
+
+/// Plays a host that answers the program's first request, `keys` asked for, with `settings`.
+void answerGet(const FakeHost& host, const TestSupport::ChildProcess& program, const std::string& keys,
+               const std::string& settings) {
+    Peer client = host.accept();
+    EXPECT_EQ(client.receiveLine(), getRequest(program, 1, keys));
+    client.sendLine(getReply(program, 1, settings));
+    EXPECT_TRUE(client.clientCloses());
+}
+
+constexpr const char* twoSettings = R"({"timezone":"Europe/Paris","deviceName":"Living room"})";
+
+}  // namespace
+
+TEST(SettingsCtlGet, AsksForEverySettingAndPrintsThemInTheOrderOfTheirKeys) {
+    const FakeHost host;
+    auto program = host.start({"get"});
+    answerGet(host, program, "[]", twoSettings);
+    expectEnd(program, 0, "deviceName=Living room\ntimezone=Europe/Paris\n", "");
+}
+
+TEST(SettingsCtlGet, AsksForTheGivenKeysAsTheyStand) {
+    const FakeHost host;
+    auto program = host.start({"get", "timezone", "deviceName", "timezone"});
+    answerGet(host, program, R"(["timezone","deviceName","timezone"])", twoSettings);
+    expectEnd(program, 0, "deviceName=Living room\ntimezone=Europe/Paris\n", "");
+}
+
+TEST(SettingsCtlGet, TakesKeysThatAreCalledLikeVerbs) {
+    const FakeHost host;
+    auto program = host.start({"get", "list", "", "{}"});
+    answerGet(host, program, R"(["list","","{}"])", R"({"list":"1","":"2","{}":"3"})");
+    expectEnd(program, 0, "=2\nlist=1\n{}=3\n", "");
+}
+
+TEST(SettingsCtlGet, PrintsBareValues) {
+    const FakeHost host;
+    auto program = host.start({"get", "--value"});
+    answerGet(host, program, "[]", twoSettings);
+    expectEnd(program, 0, "Living room\nEurope/Paris\n", "");
+}
+
+TEST(SettingsCtlGet, PrintsOneJsonObject) {
+    const FakeHost host;
+    auto program = host.start({"--json", "get"});
+    answerGet(host, program, "[]", twoSettings);
+    expectEnd(program, 0, "{\"deviceName\":\"Living room\",\"timezone\":\"Europe/Paris\"}\n", "");
+}
+
+TEST(SettingsCtlGet, PrintsNothingWhenQuiet) {
+    const FakeHost host;
+    auto program = host.start({"get", "--quiet", "deviceName"});
+    answerGet(host, program, R"(["deviceName"])", twoSettings);
+    expectEnd(program, 0, "", "");
+}
+
+TEST(SettingsCtlGet, PrintsWhatHasAValueAndFailsForWhatHasNone) {
+    const FakeHost host;
+    auto program = host.start({"get", "a\n", "deviceName", "b"});
+    answerGet(host, program, R"(["a\n","deviceName","b"])", R"({"deviceName":"TV"})");
+    expectEnd(program, 1, "deviceName=TV\n", "settingsctl: 'a\\n' has no value\nsettingsctl: 'b' has no value\n");
+}
+
+TEST(SettingsCtlGet, FailsInJsonTooForWhatHasNoValue) {
+    const FakeHost host;
+    auto program = host.start({"get", "--json", "b"});
+    answerGet(host, program, R"(["b"])", "{}");
+    expectEnd(program, 1, "{}\n", "settingsctl: 'b' has no value\n");
+}
+
+TEST(SettingsCtlGet, EscapesControlCharactersInText) {
+    const FakeHost host;
+    auto program = host.start({"get"});
+    answerGet(host, program, "[]", "{\"k\\u001b\":\"a\\nb\\u0000\x7f\xc2\x9b\"}");
+    expectEnd(program, 0, "k\\x1b=a\\nb\\x00\\x7f\\u009b\n", "");
+}
+
+TEST(SettingsCtlGet, KeepsControlCharactersInJson) {
+    const FakeHost host;
+    auto program = host.start({"get", "--json"});
+    answerGet(host, program, "[]", "{\"k\\u001b\":\"a\\nb\\u0000\x7f\xc2\x9b\"}");
+    expectEnd(program, 0, "{\"k\\u001B\":\"a\\nb\\u0000\x7f\xc2\x9b\"}\n", "");
+}
+
+TEST(SettingsCtlGet, PrintsHugeValuesWhole) {
+    const FakeHost host;
+    auto program = host.start({"get", "--value"});
+    Peer client = host.accept();
+    const std::string value(3000000, 'v');
+    client.sendLine(getReply(program, 1, R"({"k":")" + value + "\"}"));
+    expectEnd(program, 0, value + "\n", "");
+}
+
+TEST(SettingsCtlGet, PutsAReplyTogetherThatComesByteByByte) {
+    const FakeHost host;
+    auto program = host.start({"get"});
+    Peer client = host.accept();
+    client.receiveLine();
+    for (const char byte : getReply(program, 1, "{\"k\":\"\xc3\xbc\"}") + "\n") {
+        client.send(std::string(1, byte));
+    }
+    expectEnd(program, 0, "k=\xc3\xbc\n", "");
+}
+
+TEST(SettingsCtlGet, PassesOverFramesThatAreNotItsReply) {
+    const FakeHost host;
+    auto program = host.start({"get"});
+    Peer client = host.accept();
+    client.receiveLine();
+    client.sendLine(event("deviceName", "a", "b"));
+    client.sendLine(R"({"notice":{"reread":["timezone"]}})");
+    client.sendLine(R"({"type":7,"messageId":"another","payload":{"settings":{"k":"theirs"}}})");
+    client.sendLine(R"({"type":99,"new":"kind of frame"})");
+    client.sendLine(getReply(program, 1, R"({"k":"ours"})"));
+    expectEnd(program, 0, "k=ours\n", "");
+}
+
+TEST(SettingsCtlGet, TellsWhyTheHostRefusedTheRequest) {
+    const FakeHost host;
+    auto program = host.start({"get"});
+    Peer client = host.accept();
+    client.receiveLine();
+    client.sendLine(R"({"error":{"code":"too-large","message":"larger than\n64 KiB"}})");
+    expectEnd(program, 1, "", "settingsctl: the host refused the request: larger than\\n64 KiB (too-large)\n");
+}
+
+TEST(SettingsCtlGet, FailsWhenItsOutputCannotBeWritten) {
+    const FakeHost host;
+    TestSupport::ChildProcess program(
+        {"sh", "-c", "exec " SETTINGSCTL_PROGRAM " --socket \"$0\" get > /dev/full", host.settingsPath()});
+    answerGet(host, program, "[]", twoSettings);
+    expectEnd(program, 1, "", "settingsctl: cannot write to standard output: No space left on device\n");
+}
+
+TEST(SettingsCtlList, PrintsTheKeysOneALine) {
+    const FakeHost host;
+    auto program = host.start({"list"});
+    answerGet(host, program, "[]", R"({"timezone":"x","deviceName":"y","k\u0007":"z"})");
+    expectEnd(program, 0, "deviceName\nk\\x07\ntimezone\n", "");
+}
+
+TEST(SettingsCtlList, PrintsOneJsonArray) {
+    const FakeHost host;
+    auto program = host.start({"list", "--json"});
+    answerGet(host, program, "[]", twoSettings);
+    expectEnd(program, 0, "[\"deviceName\",\"timezone\"]\n", "");
+}
+
+class SettingsCtlSelected : public testing::TestWithParam<bool> {
+protected:
+    void expect(std::vector<std::string> arguments, const std::string& output) {
+        const FakeHost host;
+        auto program = host.start(std::move(arguments));
+        Peer client = host.accept();
+        EXPECT_EQ(client.receiveLine(), bareRequest(18, program, 1));
+        client.sendLine(R"({"type":18,"messageId":")" + messageId(program, 1) +
+                        R"(","payload":{"isOrliaSelectedAsVA":)" + (GetParam() ? "true" : "false") + "}}");
+        expectEnd(program, 0, output, "");
+    }
+};
+
+TEST_P(SettingsCtlSelected, PrintsTheAnswer) {
+    expect({"selected"}, GetParam() ? "true\n" : "false\n");
+}
+
+TEST_P(SettingsCtlSelected, PrintsTheAnswerAsJson) {
+    expect({"selected", "--json"},
+           GetParam() ? "{\"isOrliaSelectedAsVA\":true}\n" : "{\"isOrliaSelectedAsVA\":false}\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(Answer, SettingsCtlSelected, testing::Bool(), testing::PrintToStringParamName());

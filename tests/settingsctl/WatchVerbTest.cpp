@@ -1,0 +1,157 @@
+#include <csignal>
+
+#include <gtest/gtest.h>
+
+#include "FakeHost.h"
+
+using namespace SettingsCtlTests;
+
+namespace {
+
+constexpr const char* question = R"({"type":18,"messageId":"watch"})";
+constexpr const char* answer = R"({"type":18,"messageId":"watch","payload":{"isOrliaSelectedAsVA":true}})";
+
+/// A watching program and the host that serves it.
+class SettingsCtlWatch : public testing::Test {
+protected:
+    std::string readyLine() const { return "settingsctl: watching " + host.settingsPath(); }
+
+    /// The test reads what the program prints while it runs.
+    static void expectLine(TestSupport::ChildProcess& program, const std::string& line) {
+        EXPECT_EQ(program.output().readLine(), line);
+    }
+
+    static void expectInterruption(TestSupport::ChildProcess& program, int signal) {
+        program.sendSignal(signal);
+        expectEnd(program, 0, "", "");
+    }
+
+    const FakeHost host;
+};
+
+}  // namespace
+
+TEST_F(SettingsCtlWatch, PrintsALinePerChangeAtOnce) {
+    auto program = host.start({"watch"});
+    Peer client = host.accept();
+    EXPECT_EQ(client.receiveLine(), question);
+    client.sendLine(answer);
+    EXPECT_EQ(program.errors().readLine(), readyLine());
+    client.sendLine(event("deviceName", "TV", "Living room"));
+    expectLine(program, "deviceName: 'TV' -> 'Living room'");
+    client.sendLine(event("deviceName", "Living room", "a\\u001b\xc2\x9b"));
+    expectLine(program, "deviceName: 'Living room' -> 'a\\x1b\\u009b'");
+    expectInterruption(program, SIGINT);
+}
+
+TEST_F(SettingsCtlWatch, PrintsWhatIsToBeReadAgain) {
+    auto program = host.start({"watch"});
+    Peer client = host.accept();
+    client.sendLine(R"({"notice":{"reread":["captionsEnabled","time\u0007zone"]}})");
+    expectLine(program, "reread: captionsEnabled, time\\x07zone");
+    client.sendLine(R"({"notice":{"reread":["captionsEnabled"]}})");
+    expectLine(program, "reread: captionsEnabled");
+}
+
+TEST_F(SettingsCtlWatch, PrintsWholeFramesInJsonAsTheyCame) {
+    auto program = host.start({"watch", "--json"});
+    Peer client = host.accept();
+    const std::string change = R"({ "type": 25, "timestamp": 1.7e12, "payload": {"settingDBId":"k\u001b","from":")"
+                               "\x7f\xc2\x9b"
+                               R"(","to":""}, "later": [1]})";
+    client.sendLine(change);
+    expectLine(program, change);
+    const std::string notice = R"({"notice": {"reread":["captionsEnabled"]}})";
+    client.sendLine(notice);
+    expectLine(program, notice);
+}
+
+TEST_F(SettingsCtlWatch, PrintsWhatComesBeforeItsQuestionIsAnswered) {
+    auto program = host.start({"watch"});
+    Peer client = host.accept();
+    client.sendLine(event("k", "a", "b"));
+    expectLine(program, "k: 'a' -> 'b'");
+    client.sendLine(answer);
+    EXPECT_EQ(program.errors().readLine(), readyLine());
+}
+
+TEST_F(SettingsCtlWatch, PassesOverOtherFrames) {
+    auto program = host.start({"watch", "--json"});
+    Peer client = host.accept();
+    client.sendLine(R"({"type":99,"payload":{}})");
+    client.sendLine("{}");
+    client.sendLine(event("k", "a", "b"));
+    expectLine(program, event("k", "a", "b"));
+}
+
+TEST_F(SettingsCtlWatch, PrintsNothingWhenQuiet) {
+    auto program = host.start({"watch", "--quiet"});
+    Peer client = host.accept();
+    client.receiveLine();
+    client.sendLine(answer);
+    client.sendLine(event("k", "a", "b"));
+    client.close();
+    expectEnd(program, 3, "", "settingsctl: the host at " + host.settingsPath() + " closed the connection\n");
+}
+
+TEST_F(SettingsCtlWatch, EndsWellWhenItIsInterruptedOrTerminated) {
+    for (const int signal : {SIGINT, SIGTERM}) {
+        auto program = host.start({"watch"});
+        Peer client = host.accept();
+        client.sendLine(answer);
+        EXPECT_EQ(program.errors().readLine(), readyLine());
+        expectInterruption(program, signal);
+    }
+}
+
+TEST_F(SettingsCtlWatch, CanBeInterruptedBeforeTheHostAnswers) {
+    auto program = host.start({"watch", "--timeout", "60"});
+    Peer client = host.accept();
+    client.receiveLine();
+    expectInterruption(program, SIGINT);
+}
+
+TEST_F(SettingsCtlWatch, EndsWhenNobodyReadsItsOutputAnyMore) {
+    auto program = host.start({"watch"});
+    Peer client = host.accept();
+    client.sendLine(answer);
+    EXPECT_EQ(program.errors().readLine(), readyLine());
+    program.closeOutput();
+    EXPECT_TRUE(client.receiveLine() == question && client.clientCloses());
+    EXPECT_EQ(program.wait(), 0);
+}
+
+TEST_F(SettingsCtlWatch, TellsWhenTheHostGoes) {
+    auto program = host.start({"watch"});
+    Peer client = host.accept();
+    client.receiveLine();
+    client.sendLine(answer);
+    client.sendLine(event("k", "a", "b"));
+    client.send(event("k", "b", "c"));
+    client.close();
+    expectEnd(program, 3, "k: 'a' -> 'b'\n",
+              readyLine() + "\nsettingsctl: the host at " + host.settingsPath() + " closed the connection\n");
+}
+
+TEST_F(SettingsCtlWatch, TellsWhenTheHostDoesNotAnswer) {
+    auto program = host.start({"watch", "--timeout", "0.05"});
+    const Peer client = host.accept();
+    expectEnd(program, 3, "", "settingsctl: the host at " + host.settingsPath() + " does not answer\n");
+}
+
+TEST_F(SettingsCtlWatch, WaitsWithoutEndOnceTheHostHasAnswered) {
+    auto program = host.start({"watch", "--timeout", "0.05"});
+    Peer client = host.accept();
+    client.sendLine(answer);
+    EXPECT_EQ(program.errors().readLine(), readyLine());
+    EXPECT_EQ(program.wait(std::chrono::milliseconds(150)), std::nullopt);
+    client.sendLine(event("k", "a", "b"));
+    expectLine(program, "k: 'a' -> 'b'");
+}
+
+TEST_F(SettingsCtlWatch, TellsWhenTheHostRefusesIt) {
+    auto program = host.start({"watch"});
+    Peer client = host.accept();
+    client.sendLine(R"({"error":{"code":"unknown-type","message":"no such type"}})");
+    expectEnd(program, 1, "", "settingsctl: the host refused the request: no such type (unknown-type)\n");
+}
