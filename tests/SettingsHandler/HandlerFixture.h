@@ -82,6 +82,27 @@ protected:
 
     void deliver(int type, const std::string& text) { transport->deliver(type, text); }
 
+    /// The journal of reading all settings. Their order is the one of the catalogue's table.
+    Entries readOfAll() const {
+        Entries entries{"log 0 SettingsHandler:getSettings"};
+        for (const auto& [type, key] : ::SettingsHandler::SettingsNamesTypeToStringMapping) {
+            entries.push_back("log 0 SettingsHandler:SettingDBId: " + key);
+            const auto call = ownerCalls().find(type);
+            if (call != ownerCalls().end()) {
+                entries.push_back(call->second);
+                continue;
+            }
+            entries.push_back("storage.getValue(" + key + ")");
+            const auto stored = storage.values.find(key);
+            if (stored == storage.values.end() || stored->second.empty()) {
+                entries.push_back(type == ::SettingsHandler::TOVAN_ENTITLEMENT_STATUS
+                                      ? "log 3 SettingsHandler:Default value was not found for " + key
+                                      : "log 1 SettingsHandler:Default value retrieved for " + key);
+            }
+        }
+        return entries;
+    }
+
     /// The journal of a change as `settingChanged` makes it.
     static Entries changed(const std::string& key, const std::string& fromJson, const std::string& toJson,
                            const std::string& to) {
@@ -107,6 +128,21 @@ protected:
     std::shared_ptr<SettingsHandlerTesting::FakeDeviceInfo> device =
         std::make_shared<SettingsHandlerTesting::FakeDeviceInfo>(journal);
     std::shared_ptr<OpenHandler> handler;
+
+private:
+    /// How the settings that are not in the storage are read.
+    static const std::map<int, std::string>& ownerCalls() {
+        static const std::map<int, std::string> calls{
+            {::SettingsHandler::ORLIA_LOCALE, "sdk.getLocales()"},
+            {::SettingsHandler::CAPTIONS_ENABLED, "sdk.isCaptionsEnabled()"},
+            {::SettingsHandler::DO_NOT_DISTURB_ENABLED, "sdk.isDoNotDisturbEnabled()"},
+            {::SettingsHandler::TIMEZONE, "sdk.getTimezone()"},
+            {::SettingsHandler::HANDS_FREE_ENABLED, "device.getDeviceInfo()"},
+            {::SettingsHandler::HANDS_FREE_ALWAYS_ON_ENABLED, "device.getDeviceInfo()"},
+            {::SettingsHandler::PTT_ALWAYS_ON_ENABLED, "device.getDeviceInfo()"},
+        };
+        return calls;
+    }
 };
 
 /// Entries one after the other.

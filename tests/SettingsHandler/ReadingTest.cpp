@@ -112,17 +112,7 @@ TEST_F(Reading, AnEmptyListAsksForAllInTheTablesOrder) {
                               {"pttAlwaysOnDiscovered", "false"},
                               {"pttAlwaysOnEnabled", "false"},
                               {"timezone", "America/Vancouver"}}));
-    Entries asked;
-    for (const auto& entry : journal.take()) {
-        if (entry.rfind("log 0 SettingsHandler:SettingDBId: ", 0) == 0) {
-            asked.push_back(entry);
-        }
-    }
-    Entries expected;
-    for (const auto& entry : SettingsHandler::SettingsNamesTypeToStringMapping) {
-        expected = expected + readOf(entry.second);
-    }
-    EXPECT_EQ(asked, expected);
+    expectJournal(readOfAll());
 }
 
 TEST_F(Reading, GetSdkSettingAsksTheSdkForItsFourOnly) {
