@@ -1,0 +1,225 @@
+#include "LogRecording.h"
+#include "Utils/Rapidjson.h"
+#include "transport/MessageHub.h"
+
+namespace SettingsHost {
+
+namespace {
+
+class RecordingClient : public Client {
+public:
+    explicit RecordingClient(Origin ownOrigin = Origin::SOCKET) : clientOrigin(ownOrigin) {}
+    std::vector<std::shared_ptr<const std::string>> frames;
+    void send(const std::shared_ptr<const std::string>& frame) override { frames.push_back(frame); }
+    Origin origin() const override { return clientOrigin; }
+
+    std::vector<std::string> take() {
+        std::vector<std::string> texts;
+        for (const auto& frame : frames) {
+            texts.push_back(*frame);
+        }
+        frames.clear();
+        return texts;
+    }
+
+private:
+    Origin clientOrigin;
+};
+
+rapidjson::Document parsed(const std::string& text) {
+    rapidjson::Document document;
+    document.Parse(text.c_str());
+    EXPECT_FALSE(document.HasParseError()) << text;
+    return document;
+}
+
+std::string codeOf(const std::vector<std::string>& frames) {
+    return frames.size() == 1 && parsed(frames[0]).HasMember("error") ? parsed(frames[0])["error"]["code"].GetString()
+                                                                      : "no refusal";
+}
+
+}  // namespace
+
+class MessageHubTest : public ::testing::Test {
+protected:
+    MessageHubTest() {
+        hub.addClient(asker);
+        hub.addClient(other);
+        for (const int type : {7, 24}) {
+            hub.registerMessageHandler(type, [this](const std::string& text) {
+                delivered.push_back(text);
+                if (onDelivery) {
+                    onDelivery();
+                }
+            });
+        }
+    }
+
+    std::string sendEvent(const std::string& key) {
+        rapidjson::Document payload(rapidjson::kObjectType);
+        payload.AddMember("settingDBId", rapidjson::Value(key, payload.GetAllocator()), payload.GetAllocator());
+        return hub.sendMessage(25, payload);
+    }
+
+    SettingsHostTests::LogRecording log;
+    MessageHub hub;
+    std::shared_ptr<RecordingClient> asker = std::make_shared<RecordingClient>();
+    std::shared_ptr<RecordingClient> other = std::make_shared<RecordingClient>();
+    std::vector<std::string> delivered;
+    std::function<void()> onDelivery;
+};
+
+TEST_F(MessageHubTest, DeliversTheWholeTextToTheHandlerOfItsType) {
+    const std::string text = R"( {"type":7, "extra": [1] } )";
+    hub.receive(asker, text);
+    EXPECT_EQ(delivered, std::vector<std::string>{text});
+    EXPECT_TRUE(asker->take().empty());
+}
+
+TEST_F(MessageHubTest, RefusesToTheSenderAloneAndStaysUsable) {
+    const std::vector<std::pair<std::string, std::string>> refusals{
+        {"x", "not-json"},
+        {"{\"a\":\"\xff\"}", "not-json"},
+        {"[]", "not-an-object"},
+        {"{}", "unknown-type"},
+        {R"({"type":25})", "unknown-type"},
+        {R"({"type":"7"})", "unknown-type"},
+        {"{\"type\":7,\"a\":" + std::string(32, '[') + std::string(32, ']') + "}", "too-deep"}};
+    for (const auto& [frame, code] : refusals) {
+        hub.receive(asker, frame);
+        EXPECT_EQ(codeOf(asker->take()), code) << frame;
+    }
+    MessageHub::refuseTooLarge(*asker);
+    EXPECT_EQ(codeOf(asker->take()), "too-large");
+    EXPECT_TRUE(other->take().empty());
+    EXPECT_TRUE(delivered.empty());
+    hub.receive(asker, R"({"type":7})");
+    EXPECT_EQ(delivered.size(), 1U);
+}
+
+TEST_F(MessageHubTest, KeepsUnusableLocalesAwayWithoutAnAnswer) {
+    hub.receive(asker, R"({"type":24,"timestamp":1,"payload":{"settingDBId":"orliaLocale","to":"{}"}})");
+    EXPECT_TRUE(delivered.empty());
+    EXPECT_TRUE(asker->take().empty());
+    EXPECT_EQ(log.take(),
+              std::vector<std::string>{
+                  "3 settings-host:a locale value that is no array within the nesting limit was kept away"});
+    // The guard is for writes alone.
+    hub.receive(asker, R"({"type":7,"payload":{"settingDBId":"orliaLocale","to":"{}"}})");
+    EXPECT_EQ(delivered.size(), 1U);
+}
+
+TEST_F(MessageHubTest, RepliesToTheAskerAlone) {
+    onDelivery = [&] {
+        rapidjson::Document payload(rapidjson::kObjectType);
+        payload.AddMember("settings", rapidjson::Value(rapidjson::kObjectType), payload.GetAllocator());
+        hub.sendResponse("m1", payload);
+    };
+    hub.receive(asker, R"({"type":7})");
+    EXPECT_EQ(asker->take(), std::vector<std::string>{R"({"type":7,"messageId":"m1","payload":{"settings":{}}})"});
+    EXPECT_TRUE(other->take().empty());
+}
+
+TEST_F(MessageHubTest, AReplyThatNobodyAskedForGoesNowhere) {
+    rapidjson::Document payload(rapidjson::kObjectType);
+    hub.sendResponse("m1", payload);
+    EXPECT_TRUE(asker->take().empty());
+}
+
+TEST_F(MessageHubTest, EventsGoToEveryClientAsOneSharedFrame) {
+    std::string first;
+    std::string second;
+    onDelivery = [&] {
+        first = sendEvent("deviceName");
+        second = sendEvent("timezone");
+    };
+    const auto before = std::chrono::system_clock::now();
+    hub.receive(asker, R"({"type":24})");
+    ASSERT_EQ(asker->frames.size(), 2U);
+    EXPECT_EQ(asker->frames[0].get(), other->frames[0].get());
+    const auto event = parsed(asker->take()[0]);
+    EXPECT_EQ(event["type"].GetInt(), 25);
+    EXPECT_EQ(event["messageId"].GetString(), first);
+    EXPECT_NE(first, second);
+    EXPECT_GE(event["timestamp"].GetInt64(),
+              std::chrono::duration_cast<std::chrono::milliseconds>(before.time_since_epoch()).count());
+    EXPECT_EQ(event["sequence"].GetInt(), 1);
+    EXPECT_STREQ(event["origin"].GetString(), "socket");
+    EXPECT_STREQ(event["payload"]["settingDBId"].GetString(), "deviceName");
+    EXPECT_EQ(event.MemberCount(), 6U);
+    EXPECT_EQ(parsed(other->take()[1])["sequence"].GetInt(), 2);
+}
+
+TEST_F(MessageHubTest, EventsTellWhoseDoingItWas) {
+    const auto page = std::make_shared<RecordingClient>(Origin::PAGE);
+    onDelivery = [&] { sendEvent("deviceName"); };
+    hub.receive(page, R"({"type":24})");
+    hub.perform(Origin::DEVICE, onDelivery);
+    const auto frames = other->take();
+    EXPECT_STREQ(parsed(frames[0])["origin"].GetString(), "page");
+    EXPECT_STREQ(parsed(frames[1])["origin"].GetString(), "device");
+}
+
+TEST_F(MessageHubTest, ANoticeFollowsTheEventsForChangesWithoutOne) {
+    onDelivery = [&] {
+        hub.valueChanged("timezone");
+        hub.valueChanged("deviceName");
+        hub.valueChanged("captionsEnabled");
+        hub.valueChanged("timezone");
+        sendEvent("deviceName");
+    };
+    hub.receive(asker, R"({"type":24})");
+    const auto frames = other->take();
+    ASSERT_EQ(frames.size(), 2U);
+    EXPECT_EQ(parsed(frames[0])["type"].GetInt(), 25);
+    EXPECT_EQ(frames[1], R"({"notice":{"reread":["captionsEnabled","timezone"]}})");
+    // The next dispatch starts anew.
+    onDelivery = [&] { hub.valueChanged("deviceName"); };
+    hub.receive(asker, R"({"type":24})");
+    EXPECT_EQ(other->take(), std::vector<std::string>{R"({"notice":{"reread":["deviceName"]}})"});
+}
+
+TEST_F(MessageHubTest, NoNoticeWhenTheEventsSaidItAll) {
+    onDelivery = [&] {
+        hub.valueChanged("friendlyName");
+        sendEvent("friendlyName");
+    };
+    hub.receive(asker, R"({"type":24})");
+    EXPECT_EQ(other->take().size(), 1U);
+}
+
+TEST_F(MessageHubTest, AnExceptionOfADeliveryIsLoggedAndTheNextIsServed) {
+    onDelivery = [&] {
+        hub.valueChanged("timezone");
+        throw std::runtime_error("collaborator");
+    };
+    hub.receive(asker, R"({"type":24})");
+    EXPECT_EQ(log.take(), std::vector<std::string>{"3 settings-host:a request of type 24 failed: collaborator"});
+    EXPECT_EQ(other->take(), std::vector<std::string>{R"({"notice":{"reread":["timezone"]}})"});
+    onDelivery = nullptr;
+    hub.receive(asker, R"({"type":24})");
+    EXPECT_EQ(delivered.size(), 2U);
+}
+
+TEST_F(MessageHubTest, FramesAreValidUtf8WhateverTheValues) {
+    onDelivery = [&] {
+        rapidjson::Document payload(rapidjson::kObjectType);
+        payload.AddMember("v", rapidjson::Value(std::string("\xff\0x", 3), payload.GetAllocator()),
+                          payload.GetAllocator());
+        hub.sendResponse("m\xff", payload);
+    };
+    hub.receive(asker, R"({"type":7})");
+    EXPECT_EQ(asker->take(),
+              std::vector<std::string>{
+                  "{\"type\":7,\"messageId\":\"m\xEF\xBF\xBD\",\"payload\":{\"v\":\"\xEF\xBF\xBD\\u0000x\"}}"});
+}
+
+TEST_F(MessageHubTest, AClientThatLeftIsSentNothing) {
+    hub.removeClient(other);
+    onDelivery = [&] { sendEvent("deviceName"); };
+    hub.receive(asker, R"({"type":24})");
+    EXPECT_TRUE(other->take().empty());
+    EXPECT_EQ(asker->take().size(), 1U);
+}
+
+}  // namespace SettingsHost

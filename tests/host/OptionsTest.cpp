@@ -1,0 +1,92 @@
+#include <cstdlib>
+
+#include "Options.h"
+
+namespace SettingsHost {
+
+class OptionsTest : public ::testing::Test {
+protected:
+    OptionsTest() {
+        for (const auto* name : {"XDG_STATE_HOME", "XDG_RUNTIME_DIR", "HOME"}) {
+            const char* const value = std::getenv(name);
+            before[name] = value == nullptr ? "" : value;
+        }
+        set("HOME", "/home/somebody");
+        set("XDG_STATE_HOME", "");
+        set("XDG_RUNTIME_DIR", "");
+    }
+
+    ~OptionsTest() override {
+        for (const auto& [name, value] : before) {
+            set(name, value);
+        }
+    }
+
+    static void set(const std::string& name, const std::string& value) { ::setenv(name.c_str(), value.c_str(), 1); }
+
+    static Options parse(std::vector<const char*> arguments) {
+        arguments.insert(arguments.begin(), "settings-host");
+        return parseOptions(static_cast<int>(arguments.size()), arguments.data());
+    }
+
+    static int statusOf(const std::vector<const char*>& arguments) {
+        try {
+            parse(arguments);
+        } catch (const CommandLineEnd& end) {
+            EXPECT_STRNE(end.what(), "");
+            return end.exitStatus();
+        }
+        return -1;
+    }
+
+    std::map<std::string, std::string> before;
+};
+
+TEST_F(OptionsTest, DefaultsWithoutXdgFolders) {
+    for (const auto* useless : {"", "relative/folder"}) {
+        set("XDG_STATE_HOME", useless);
+        set("XDG_RUNTIME_DIR", useless);
+        const Options options = parse({});
+        const std::string runtime = "/tmp/settings-host-" + std::to_string(::geteuid());
+        EXPECT_EQ(options.storageFile, "/home/somebody/.local/state/settings-host/settings.db");
+        EXPECT_EQ(options.socketPath, runtime + "/settings.sock");
+        EXPECT_EQ(options.deviceSocketPath, runtime + "/device.sock");
+        EXPECT_EQ(options.logLevel, 1);
+        EXPECT_EQ(options.logFormat, LogFormat::TEXT);
+    }
+}
+
+TEST_F(OptionsTest, DefaultsInXdgFolders) {
+    set("XDG_STATE_HOME", "/state");
+    set("XDG_RUNTIME_DIR", "/run/user/1");
+    const Options options = parse({});
+    EXPECT_EQ(options.storageFile, "/state/settings-host/settings.db");
+    EXPECT_EQ(options.socketPath, "/run/user/1/settings-host/settings.sock");
+    EXPECT_EQ(options.deviceSocketPath, "/run/user/1/settings-host/device.sock");
+}
+
+TEST_F(OptionsTest, EveryOptionIsTaken) {
+    const Options options = parse({"--storage", "/a", "--socket", "/b", "--device-socket", "/c", "--no-web",
+                                   "--log-level", "3", "--log-format", "json"});
+    EXPECT_EQ(options.storageFile, "/a");
+    EXPECT_EQ(options.socketPath, "/b");
+    EXPECT_EQ(options.deviceSocketPath, "/c");
+    EXPECT_EQ(options.logLevel, 3);
+    EXPECT_EQ(options.logFormat, LogFormat::JSON);
+}
+
+TEST_F(OptionsTest, HelpAndVersionEndWithZeroAndWrongUsageWithTwo) {
+    EXPECT_EQ(statusOf({"--help"}), 0);
+    EXPECT_EQ(statusOf({"--version"}), 0);
+    for (const auto& wrong : std::vector<std::vector<const char*>>{{"--bogus"},
+                                                                   {"--log-level", "4"},
+                                                                   {"--log-level", "-1"},
+                                                                   {"--log-level", "x"},
+                                                                   {"--log-format", "xml"},
+                                                                   {"--storage"},
+                                                                   {"stray"}}) {
+        EXPECT_EQ(statusOf(wrong), 2) << wrong[0];
+    }
+}
+
+}  // namespace SettingsHost

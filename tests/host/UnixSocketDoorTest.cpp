@@ -1,0 +1,222 @@
+#include <atomic>
+#include <functional>
+#include <thread>
+
+#include <sys/socket.h>
+
+#include "support/LineClient.h"
+#include "support/TemporaryDirectory.h"
+#include "transport/FrameInspector.h"
+#include "transport/UnixSocketDoor.h"
+
+namespace SettingsHost {
+
+/// A door that answers each frame, on a loop in a thread of its own.
+class UnixSocketDoorTest : public ::testing::Test {
+protected:
+    UnixSocketDoorTest() {
+        door = std::make_unique<UnixSocketDoor>(
+            loop, folder / "door.sock",
+            DoorEvents{[this](const auto& client) {
+                           clients.push_back(client);
+                           ++arrived;
+                       },
+                       [this](const auto& client) {
+                           clients.erase(std::find(clients.begin(), clients.end(), client));
+                           ++left;
+                       },
+                       [this](const auto& client, const auto& frame) { onFrame(client, frame); },
+                       [](const auto& client) { client->send(std::make_shared<const std::string>("TOO LARGE")); }});
+        loop.onSignals({SIGUSR1}, [this] { loop.stop(); });
+        thread = std::thread([this] {
+            loop.run();
+            door->close();
+            loop.drain(200, [this] { door->closeNow(); });
+            door.reset();
+        });
+    }
+
+    ~UnixSocketDoorTest() override { stop(); }
+
+    void stop() {
+        if (thread.joinable()) {
+            ::raise(SIGUSR1);
+            thread.join();
+        }
+    }
+
+    static void sendTo(const std::shared_ptr<Client>& client, const std::string& text) {
+        client->send(std::make_shared<const std::string>(text));
+    }
+
+    static void waitFor(const std::function<bool()>& condition) {
+        const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
+        while (!condition() && std::chrono::steady_clock::now() < until) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        EXPECT_TRUE(condition());
+    }
+
+    std::string socketPath() { return folder / "door.sock"; }
+
+    TestSupport::TemporaryDirectory folder;
+    EventLoop loop;
+    std::unique_ptr<UnixSocketDoor> door;
+    /// Touched by the loop's thread alone.
+    std::vector<std::shared_ptr<Client>> clients;
+    std::function<void(const std::shared_ptr<Client>&, const std::string&)> onFrame =
+        [](const std::shared_ptr<Client>& client, const std::string& frame) { sendTo(client, "<" + frame + ">"); };
+    std::atomic<int> arrived{0};
+    std::atomic<int> left{0};
+    std::thread thread;
+};
+
+TEST_F(UnixSocketDoorTest, AnswersFramesInOrder) {
+    TestSupport::LineClient client(socketPath());
+    client.send("one\n\ntwo\nthr");
+    EXPECT_EQ(client.receiveLine(), "<one>");
+    EXPECT_EQ(client.receiveLine(), "<two>");
+    client.send("ee\n");
+    EXPECT_EQ(client.receiveLine(), "<three>");
+}
+
+TEST_F(UnixSocketDoorTest, AClientThatStopsSendingGetsAllItsAnswers) {
+    TestSupport::LineClient client(socketPath());
+    std::string frames;
+    std::string answers;
+    for (int number = 0; number < 2000; ++number) {
+        frames += std::to_string(number) + "\n";
+        answers += "<" + std::to_string(number) + ">\n";
+    }
+    client.send(frames + "unfinished");
+    client.finishSending();
+    EXPECT_EQ(client.receiveAll(), answers);
+    waitFor([&] { return left == 1; });
+}
+
+TEST_F(UnixSocketDoorTest, WhatAClientSentBeforeItLeftIsTaken) {
+    std::atomic<int> taken{0};
+    // Set before the client comes, and the accept orders it before the first frame.
+    onFrame = [&](const auto&, const auto&) { ++taken; };
+    {
+        TestSupport::LineClient client(socketPath());
+        std::string frames;
+        for (int number = 0; number < 5000; ++number) {
+            frames += "frame\n";
+        }
+        client.send(frames);
+    }
+    waitFor([&] { return taken == 5000; });
+    waitFor([&] { return left == 1; });
+}
+
+TEST_F(UnixSocketDoorTest, AFrameOverTheLimitIsRefusedAndTheConnectionGoesOn) {
+    TestSupport::LineClient client(socketPath());
+    const std::string exact(maximumFrameSize, 'x');
+    client.send(exact + "\n" + exact + "y\nnext\n");
+    EXPECT_EQ(client.receiveLine(), "<" + exact + ">");
+    EXPECT_EQ(client.receiveLine(), "TOO LARGE");
+    EXPECT_EQ(client.receiveLine(), "<next>");
+}
+
+TEST_F(UnixSocketDoorTest, AStormHoldsNobodyUp) {
+    std::atomic<int> stormFrames{0};
+    onFrame = [&](const auto& client, const auto& frame) {
+        if (frame == "storm") {
+            ++stormFrames;
+        } else {
+            sendTo(client, std::to_string(stormFrames));
+        }
+    };
+    TestSupport::LineClient storm(socketPath());
+    TestSupport::LineClient calm(socketPath());
+    calm.sendLine("here");
+    ASSERT_EQ(calm.receiveLine(), "0");
+    std::string frames;
+    for (int number = 0; number < 100000; ++number) {
+        frames += "storm\n";
+    }
+    std::thread sender([&] { storm.send(frames); });
+    waitFor([&] { return stormFrames > 0; });
+    const int before = stormFrames;
+    calm.sendLine("now");
+    const auto answer = calm.receiveLine();
+    ASSERT_TRUE(answer);
+    // Far fewer than all that were under way: the calm client did not wait for them.
+    EXPECT_LT(std::stoi(*answer) - before, 90000);
+    EXPECT_LT(std::stoi(*answer), 100000) << "the storm was over before the question came";
+    sender.join();
+    waitFor([&] { return stormFrames == 100000; });
+}
+
+TEST_F(UnixSocketDoorTest, AClientThatDoesNotReadIsDisconnectedWithoutAGap) {
+    const auto frame = std::make_shared<const std::string>(std::string(10000, 'e'));
+    std::atomic<int> sent{0};
+    onFrame = [&](const auto& asking, const auto&) {
+        const auto flooded = clients;
+        for (int number = 0; number < 400; ++number) {
+            for (const auto& client : flooded) {
+                if (client != asking) {
+                    client->send(std::make_shared<const std::string>(std::to_string(number) + " " + *frame));
+                }
+            }
+            ++sent;
+        }
+        sendTo(asking, "sent");
+    };
+    TestSupport::LineClient slow(socketPath());
+    waitFor([&] { return arrived == 1; });
+    TestSupport::LineClient asking(socketPath());
+    asking.sendLine("flood");
+    EXPECT_EQ(asking.receiveLine(), "sent");
+    waitFor([&] { return left == 1; });
+    int expected = 0;
+    while (const auto line = slow.receiveLine()) {
+        ASSERT_EQ(*line, std::to_string(expected) + " " + *frame);
+        ++expected;
+    }
+    EXPECT_TRUE(slow.closedByPeer());
+    EXPECT_LT(expected, 400);
+    EXPECT_GT(expected * 10000, 100000) << "it was given a chance";
+}
+
+TEST_F(UnixSocketDoorTest, StoppingSendsWhatWaitsAndRemovesTheSocket) {
+    onFrame = [&](const auto& client, const auto&) { sendTo(client, std::string(500000, 'x')); };
+    TestSupport::LineClient client(socketPath());
+    client.sendLine("x");
+    waitFor([&] { return arrived == 1; });
+    char byte = 0;
+    ASSERT_EQ(::recv(client.descriptor(), &byte, 1, MSG_PEEK), 1);
+    std::string rest;
+    std::thread reader([&] { rest = client.receiveAll(); });
+    stop();
+    reader.join();
+    EXPECT_EQ(rest.size(), 500001U);
+    EXPECT_FALSE(std::filesystem::exists(socketPath()));
+}
+
+TEST_F(UnixSocketDoorTest, StoppingDoesNotWaitForAClientThatDoesNotRead) {
+    onFrame = [&](const auto& client, const auto&) { sendTo(client, std::string(900000, 'x')); };
+    TestSupport::LineClient client(socketPath());
+    client.sendLine("x");
+    char byte = 0;
+    ASSERT_EQ(::recv(client.descriptor(), &byte, 1, MSG_PEEK), 1);
+    stop();
+    EXPECT_LT(client.receiveAll().size(), 900000U);
+}
+
+TEST_F(UnixSocketDoorTest, ManyClientsComeAndGo) {
+    for (int round = 0; round < 3; ++round) {
+        std::vector<std::unique_ptr<TestSupport::LineClient>> many;
+        for (int number = 0; number < 100; ++number) {
+            many.push_back(std::make_unique<TestSupport::LineClient>(socketPath()));
+            many.back()->sendLine(std::to_string(number));
+        }
+        for (int number = 0; number < 100; ++number) {
+            EXPECT_EQ(many[static_cast<std::size_t>(number)]->receiveLine(), "<" + std::to_string(number) + ">");
+        }
+    }
+    waitFor([&] { return left == 300; });
+}
+
+}  // namespace SettingsHost
