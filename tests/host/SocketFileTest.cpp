@@ -14,9 +14,9 @@ namespace SettingsHost {
 
 class SocketFileTest : public ::testing::Test {
 protected:
-    void expectRefused(const std::string& path, const std::string& part) {
+    void expectRefused(const std::string& wrongPath, const std::string& part) {
         try {
-            const SocketFile refused(path);
+            const SocketFile refused(wrongPath);
             FAIL() << "it listens";
         } catch (const DoorError& error) {
             EXPECT_NE(std::string(error.what()).find(part), std::string::npos) << error.what();
