@@ -1,0 +1,139 @@
+#include <fstream>
+
+#include <sys/resource.h>
+
+#include "HostFixture.h"
+
+namespace SystemTests {
+
+class HostDoors : public HostTest {
+protected:
+    /// Processor time that the host used so far, in clock ticks.
+    long processorTicks() {
+        std::ifstream status("/proc/" + std::to_string(host->pid()) + "/stat");
+        std::string word;
+        for (int field = 1; field <= 13; ++field) {
+            status >> word;
+        }
+        long user = 0;
+        long system = 0;
+        status >> user >> system;
+        return user + system;
+    }
+};
+
+TEST_F(HostDoors, AClientThatNeverReadsIsDisconnectedAndHoldsNobodyUp) {
+    start({"--log-level", "3"});
+    TestSupport::LineClient slow(socket());
+    slow.sendLine(getRequest("[]", "slow"));
+    const std::string value(30000, 'v');
+    for (int number = 0; number < 100; ++number) {
+        ask(setRequest("deviceName", "\"" + std::to_string(number) + value + "\"") + "\n" +
+            getRequest("[\"timezone\"]"));
+    }
+    ASSERT_TRUE(slow.receiveLine());
+    int expected = 1;
+    while (const auto line = slow.receiveLine()) {
+        EXPECT_EQ(parsed(*line)["sequence"].GetInt(), expected) << "a gap";
+        ++expected;
+    }
+    EXPECT_TRUE(slow.closedByPeer());
+    EXPECT_LT(expected, 100);
+    EXPECT_EQ(get("timezone"), "America/Vancouver");
+}
+
+TEST_F(HostDoors, ASingleReplyLargerThanTheLimitReachesAClientThatReads) {
+    start({"--log-level", "3"});
+    const std::string value(60000, 'v');
+    std::string keys;
+    for (int number = 0; number < 30; ++number) {
+        const std::string key = "key" + std::to_string(number);
+        ask(setRequest(key, "\"" + value + "\"") + "\n" + getRequest("[\"timezone\"]"));
+        keys += (keys.empty() ? "\"" : ",\"") + key + "\"";
+    }
+    const auto reply = ask(getRequest("[" + keys + "]"));
+    EXPECT_EQ(reply["payload"]["settings"].MemberCount(), 30U);
+}
+
+TEST_F(HostDoors, AStormOfOneClientHoldsNobodyUp) {
+    start({"--log-level", "3"});
+    client();
+    ASSERT_EQ(get("deviceName"), "TV");
+    TestSupport::LineClient storm(socket());
+    std::string frames;
+    for (int number = 0; number < 20000; ++number) {
+        frames += R"({"type":18,"messageId":"m"})"
+                  "\n";
+    }
+    std::thread sender([&] {
+        storm.send(frames);
+        storm.finishSending();
+    });
+    std::size_t answered = 0;
+    std::thread reader([&] {
+        while (storm.receiveLine()) {
+            ++answered;
+        }
+    });
+    for (int number = 0; number < 20; ++number) {
+        EXPECT_EQ(get("deviceName"), "TV");
+    }
+    sender.join();
+    reader.join();
+    EXPECT_EQ(answered, 20000U);
+}
+
+TEST_F(HostDoors, AtTheDescriptorLimitThoseWhoAreConnectedAreServed) {
+    rlimit before{};
+    ::getrlimit(RLIMIT_NOFILE, &before);
+    rlimit low = before;
+    low.rlim_cur = 64;
+    ::setrlimit(RLIMIT_NOFILE, &low);
+    auto launched = launch({"--log-level", "3"});
+    ::setrlimit(RLIMIT_NOFILE, &before);
+    host = std::move(launched);
+    ASSERT_TRUE(host->output().readLine());
+    EXPECT_EQ(get("deviceName"), "TV");
+    std::vector<std::unique_ptr<TestSupport::LineClient>> crowd;
+    for (int number = 0; number < 100; ++number) {
+        crowd.push_back(std::make_unique<TestSupport::LineClient>(socket()));
+    }
+    EXPECT_EQ(get("deviceName"), "TV");
+    const long ticks = processorTicks();
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    EXPECT_LT(processorTicks() - ticks, 15) << "the host spins";
+    crowd.clear();
+    EXPECT_EQ(get("deviceName"), "TV");
+    disconnect();
+    EXPECT_EQ(get("deviceName"), "TV");
+}
+
+TEST_F(HostDoors, FramesMayComeByteByByte) {
+    start();
+    for (const char byte : getRequest(R"(["deviceName"])") + "\r\n") {
+        client().send(std::string(1, byte));
+    }
+    EXPECT_EQ(client().receiveLine(), R"({"type":7,"messageId":"g","payload":{"settings":{"deviceName":"TV"}}})");
+}
+
+TEST_F(HostDoors, TheDeviceSocketRefusesLikeTheOther) {
+    start();
+    EXPECT_TRUE(contains(device("nonsense"), "\"not-json\""));
+    EXPECT_TRUE(contains(device("[]"), "\"not-an-object\""));
+    EXPECT_TRUE(contains(device("{\"a\":" + std::string(40, '[') + std::string(40, ']') + "}"), "\"too-deep\""));
+    EXPECT_TRUE(contains(device(std::string(70000, 'x')), "\"too-large\""));
+    EXPECT_TRUE(contains(device("{}"), "\"unknown-command\""));
+    EXPECT_TRUE(contains(device(R"({"command":"show"})"), R"({"device":{)"));
+}
+
+TEST_F(HostDoors, EventsGoToSettingsClientsOnly) {
+    start();
+    TestSupport::LineClient person(deviceSocket());
+    person.sendLine(R"({"command":"captions","enabled":true})");
+    EXPECT_EQ(person.receiveLine(), R"({"ok":true})");
+    ask(setRequest("deviceName", "\"Den\"") + "\n" + getRequest("[]"));
+    person.sendLine(R"({"command":"captions","enabled":true})");
+    EXPECT_EQ(person.receiveLine(), R"({"ok":true})");
+}
+
+}  // namespace SystemTests

@@ -1,0 +1,165 @@
+#include <filesystem>
+#include <fstream>
+
+#include <sys/stat.h>
+
+#include "HostFixture.h"
+
+namespace SystemTests {
+
+class HostLifecycle : public HostTest {
+protected:
+    /// The host must end by itself with a message and no ready line.
+    void expectCannotStart(const std::string& message, int status = 1, const Lines& moreArguments = {}) {
+        const auto failing = launch(moreArguments);
+        const std::string output = failing->output().readAll();
+        const std::string errors = failing->errors().readAll();
+        EXPECT_EQ(failing->wait(), status) << errors;
+        EXPECT_EQ(output, "");
+        EXPECT_TRUE(contains(errors, message)) << errors;
+    }
+};
+
+TEST_F(HostLifecycle, StopsCleanlyOnSignals) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        start();
+        host->sendSignal(signal);
+        EXPECT_EQ(host->wait(), 0) << signal;
+        EXPECT_FALSE(std::filesystem::exists(socket()));
+        EXPECT_FALSE(std::filesystem::exists(deviceSocket()));
+        EXPECT_FALSE(std::filesystem::exists(database() + "-wal")) << "the database was not closed";
+    }
+}
+
+TEST_F(HostLifecycle, KeepsAWriteThatWasAnsweredBeforeTheStop) {
+    start();
+    client().sendLine(setRequest("deviceName", "\"Den\""));
+    ASSERT_TRUE(client().receiveLine());
+    stop();
+    disconnect();
+    start();
+    EXPECT_EQ(get("deviceName"), "Den");
+}
+
+TEST_F(HostLifecycle, LosesNoValueWhoseEventWasSeenWhenItIsKilled) {
+    for (int round = 0; round < 5; ++round) {
+        start();
+        std::thread writer([this] {
+            for (int number = 0; number < 2000; ++number) {
+                if (!client().sendLine(setRequest("deviceName", "\"" + std::to_string(number) + "\"", number))) {
+                    break;
+                }
+            }
+        });
+        int seen = -1;
+        for (int count = 0; count < 20 + 37 * round; ++count) {
+            seen = std::stoi(parsed(client().receiveLine().value())["payload"]["to"].GetString());
+        }
+        kill();
+        writer.join();
+        while (const auto line = client().receiveLine(std::chrono::milliseconds(500))) {
+            seen = std::stoi(parsed(*line)["payload"]["to"].GetString());
+        }
+        disconnect();
+        start();
+        const int kept = std::stoi(get("deviceName"));
+        // At most the one write that was not announced yet is there too.
+        EXPECT_GE(kept, seen);
+        EXPECT_LE(kept, seen + 1);
+        ask(setRequest("deviceName", "\"reset\"") + "\n" + getRequest("[]"));
+        disconnect();
+        stop();
+    }
+}
+
+TEST_F(HostLifecycle, ReplacesTheSocketsOfAHostThatWasKilled) {
+    start();
+    kill();
+    EXPECT_TRUE(std::filesystem::exists(socket()));
+    start();
+    EXPECT_EQ(get("deviceName"), "TV");
+}
+
+TEST_F(HostLifecycle, RefusesToStartBesideALiveHost) {
+    start();
+    expectCannotStart("in use by another process");
+    expectCannotStart("another host listens at", 1, {"--storage", folder / "other.db"});
+    expectCannotStart("another host listens at", 1,
+                      {"--storage", folder / "other.db", "--socket", folder / "run/b.sock"});
+    EXPECT_EQ(get("deviceName"), "TV");
+}
+
+TEST_F(HostLifecycle, SaysWhatIsWrongWithItsArguments) {
+    expectCannotStart("--bogus", 2, {"--bogus"});
+    expectCannotStart("9", 2, {"--log-level", "9"});
+    std::ofstream(folder / "file") << "x";
+    expectCannotStart("cannot", 1, {"--storage", folder / "file/settings.db"});
+    expectCannotStart("is a link or no folder", 1, {"--socket", folder / "file/s.sock"});
+    expectCannotStart("longer than 107 bytes", 1, {"--socket", folder / (std::string(120, 'x') + "/s.sock")});
+}
+
+TEST_F(HostLifecycle, RefusesADatabaseThatIsNoneAndLeavesIt) {
+    std::filesystem::create_directory(folder / "state");
+    std::ofstream(database()) << std::string(10000, 'x');
+    expectCannotStart("damaged or no database");
+    EXPECT_EQ(std::filesystem::file_size(database()), 10000U);
+}
+
+TEST_F(HostLifecycle, FilesArePrivate) {
+    start();
+    const auto modeOf = [](const std::string& path) {
+        struct stat status {};
+        EXPECT_EQ(::stat(path.c_str(), &status), 0) << path;
+        return status.st_mode & 0777U;
+    };
+    for (const auto& path : {socket(), deviceSocket(), database(), database() + "-wal"}) {
+        EXPECT_EQ(modeOf(path), 0600U) << path;
+    }
+    EXPECT_EQ(modeOf(folder / "run"), 0700U);
+    EXPECT_EQ(modeOf(folder / "state"), 0700U);
+}
+
+TEST_F(HostLifecycle, LivesOnWhenNobodyReadsItsOutput) {
+    start({"--log-level", "0"});
+    host->closeOutput();
+    host->closeErrors();
+    ask(setRequest("deviceName", "\"Den\"") + "\n" + getRequest("[]"));
+    EXPECT_EQ(get("deviceName"), "Den");
+    host->sendSignal(SIGTERM);
+    EXPECT_EQ(host->wait(), 0);
+}
+
+TEST_F(HostLifecycle, CarriesValuesOfOlderSoftwareOver) {
+    start();
+    stop();
+    sql("INSERT INTO settings VALUES ('orliaLocale', '[\"de-DE\"]'), ('timezone', 'Europe/Berlin')");
+    start();
+    EXPECT_EQ(get("orliaLocale"), R"(["de-DE"])");
+    EXPECT_EQ(get("timezone"), "Europe/Berlin");
+    disconnect();
+    stop();
+    EXPECT_EQ(sql("SELECT count(*) FROM settings"), "0");
+}
+
+TEST_F(HostLifecycle, HelpAndVersionAreOnStandardOutput) {
+    const auto help = TestSupport::run({SETTINGS_HOST, "--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_TRUE(contains(help.output, "--device-socket"));
+    EXPECT_EQ(help.errors, "");
+    const auto version = TestSupport::run({SETTINGS_HOST, "--version"});
+    EXPECT_EQ(version.status, 0);
+    EXPECT_EQ(version.output.rfind("settings-host ", 0), 0U) << version.output;
+}
+
+TEST_F(HostLifecycle, LogsJsonLinesWhenAsked) {
+    start({"--log-format", "json", "--log-level", "0"});
+    ask(setRequest("deviceName", R"("a\nb\u0001")") + "\n" + getRequest("[]"));
+    std::istringstream log(stop());
+    int lines = 0;
+    for (std::string line; std::getline(log, line); ++lines) {
+        EXPECT_TRUE(parsed(line).HasMember("text")) << line;
+    }
+    EXPECT_GT(lines, 10);
+}
+
+}  // namespace SystemTests
