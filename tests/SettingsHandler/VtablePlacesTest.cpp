@@ -67,13 +67,6 @@ TEST(VtablePlaces, TheHandlerHasTheSamePlacesAndNoMore) {
     EXPECT_EQ(placeOf(&Extended::next), 22) << "the first place of a derived class";
 }
 
-TEST(VtablePlaces, TheDestructorStandsAfterTheNotifications) {
-    struct Extended : InfoObserver {
-        virtual void next() {}
-    };
-    EXPECT_EQ(placeOf(&Extended::next), 10) << "eight notifications and two forms of the destructor";
-}
-
 TEST(VtablePlaces, TheDeviceInfoObserverIsThePrimaryBase) {
     alignas(Handler) static char memory[sizeof(Handler)];
     auto* const handler = reinterpret_cast<Handler*>(memory);
@@ -124,6 +117,29 @@ TEST(VtablePlaces, Observers) {
 TEST(VtablePlaces, Device) {
     EXPECT_EQ(placeOf(&DeviceAbstractionLayer::AppLaunch::launchApp), 1 - 1);
     EXPECT_EQ(placeOf(&DeviceAbstractionLayer::OrliaDeviceInfoInterface::getDeviceInfo), 9 - 1);
+}
+
+/// How many virtual operations `Interface` declares, the two forms of the destructor included.
+template <typename Interface>
+long placesOf() {
+    struct Extended : Interface {
+        virtual void next() {}
+    };
+    return placeOf(&Extended::next);
+}
+
+TEST(VtablePlaces, DestructorsStandLastAndNothingFollows) {
+    EXPECT_EQ(placesOf<InfoObserver>(), 8 + 2);
+    EXPECT_EQ(placesOf<DeviceAbstractionLayer::HandsfreeStateObserverInterface>(), 1 + 2);
+    EXPECT_EQ(placesOf<CommunicationHandler::CommunicationHandlerInterface>(), 7 + 2);
+    EXPECT_EQ(placesOf<SDKWrapper::StorageManagerInterface>(), 9 + 2);
+    EXPECT_EQ(placesOf<Metrics::MetricsDelegateInterface>(), 5 + 2);
+    EXPECT_EQ(placesOf<teskVessa::SDKBridgeInterface>(), 10 + 2);
+    EXPECT_EQ(placesOf<teskVessa::NativeBridgeInterface>(), 3 + 2);
+    EXPECT_EQ(placesOf<VessaNativeCommon::OrliaLocaleObserverInterface>(), 1 + 2);
+    EXPECT_EQ(placesOf<VessaNativeCommon::FriendlyNameObserverInterface>(), 1 + 2);
+    EXPECT_EQ(placesOf<DeviceAbstractionLayer::AppLaunch>(), 1 + 2);
+    EXPECT_EQ(placesOf<DeviceAbstractionLayer::OrliaDeviceInfoInterface>(), 9 + 2);
 }
 
 }  // namespace SettingsHandlerTests
