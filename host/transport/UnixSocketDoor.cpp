@@ -20,8 +20,8 @@ class UnixSocketDoor::Listener : public UvHandle<uv_pipe_t, Listener> {
 public:
     explicit Listener(UnixSocketDoor& owningDoor) : door(&owningDoor) {}
 
-    void listen(uv_loop_t* loop, int descriptor, const std::shared_ptr<Listener>& self) {
-        uv_pipe_init(loop, get(), 0);
+    void listen(uv_loop_t* eventLoop, int descriptor, const std::shared_ptr<Listener>& self) {
+        uv_pipe_init(eventLoop, get(), 0);
         opened(self);
         int result = uv_pipe_open(get(), descriptor);
         if (result == 0) {

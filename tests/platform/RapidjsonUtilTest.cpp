@@ -6,10 +6,10 @@ namespace Utils::RapidjsonUtil {
 
 class RapidjsonUtilTest : public ::testing::Test {
 protected:
-    rapidjson::Document& parse(const std::string& text) {
+    rapidjson::Document& parse(const std::string& json) {
         document = rapidjson::Document();
-        document.Parse<jsonParseFlags>(text.c_str());
-        EXPECT_FALSE(document.HasParseError()) << text;
+        document.Parse<jsonParseFlags>(json.c_str());
+        EXPECT_FALSE(document.HasParseError()) << json;
         return document;
     }
 

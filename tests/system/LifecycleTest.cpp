@@ -1,5 +1,7 @@
 #include <filesystem>
 #include <fstream>
+#include <sstream>
+#include <thread>
 
 #include <sys/stat.h>
 
