@@ -29,6 +29,8 @@ Composition::Composition(const Options& options)
       appLaunch(std::make_shared<SimulatedAppLaunch>()),
       metrics(std::make_shared<ChangeCounter>()),
       deviceCommands(device, sdkBridge, appLaunch) {
+    // From here on a signal waits for the loop, so that even one during the start ends in a clean stop.
+    loop.onSignals({SIGINT, SIGTERM, SIGHUP}, [this] { loop.stop(); });
     hub->perform(Origin::DEVICE, [this] { startHandler(); });
     openDoors(options);
 }
@@ -92,7 +94,6 @@ std::string Composition::readyLine() const {
 }
 
 void Composition::run() {
-    loop.onSignals({SIGINT, SIGTERM, SIGHUP}, [this] { loop.stop(); });
     loop.run();
     logHost(VessaLogger::INFORMATION, "stopping");
     settingsDoor->close();

@@ -23,7 +23,7 @@ namespace SettingsHost {
 /// it.
 class Composition {
 public:
-    /// Opens the database, makes and starts the handler, then opens the doors.
+    /// Opens the database, makes and starts the handler, then opens the doors. Takes SIGINT, SIGTERM and SIGHUP over.
     /// Errors: `DatabaseError`, `DoorError`.
     explicit Composition(const Options& options);
     ~Composition();
@@ -33,7 +33,7 @@ public:
 
     /// What to tell the person who started the host, now that all doors listen.
     std::string readyLine() const;
-    /// Serves until SIGINT, SIGTERM or SIGHUP, then closes the doors and sends what waits.
+    /// Serves until one of the signals, then closes the doors and sends what waits.
     void run();
 
 private:

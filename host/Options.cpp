@@ -49,6 +49,7 @@ Options parseOptions(int argumentCount, const char* const* arguments) {
     app.name("settings-host");
     app.footer(examples);
     app.option_defaults()->always_capture_default();
+    app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
     app.add_option("--storage", options.storageFile, "Database file, made when missing")->type_name("FILE");
     app.add_option("--socket", options.socketPath, "Socket for clients")->type_name("PATH");
     app.add_option("--device-socket", options.deviceSocketPath, "Socket that drives the simulated device")
