@@ -1,0 +1,38 @@
+#include "RunningHost.h"
+
+#include <csignal>
+#include <stdexcept>
+
+namespace SettingsCtlTests {
+
+RunningHost::RunningHost() {
+    start();
+}
+
+void RunningHost::start() {
+    process.emplace(std::vector<std::string>{SETTINGS_HOST_PROGRAM, "--storage", folder / "settings.db", "--no-web",
+                                             "--log-level", "3"},
+                    std::map<std::string, std::string>{{"XDG_RUNTIME_DIR", runtimeFolder()}});
+    const auto line = process->output().readLine();
+    if (!line || line->rfind("ready:", 0) != 0) {
+        throw std::runtime_error("settings-host is not ready: " + process->errors().readAll());
+    }
+}
+
+void RunningHost::killAndRestart() {
+    process->sendSignal(SIGKILL);
+    process->wait();
+    start();
+}
+
+TestSupport::Finished RunningHost::run(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), SETTINGSCTL_PROGRAM);
+    return TestSupport::run(arguments, {{"XDG_RUNTIME_DIR", runtimeFolder()}});
+}
+
+TestSupport::ChildProcess RunningHost::start(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), SETTINGSCTL_PROGRAM);
+    return TestSupport::ChildProcess(arguments, {{"XDG_RUNTIME_DIR", runtimeFolder()}});
+}
+
+}  // namespace SettingsCtlTests

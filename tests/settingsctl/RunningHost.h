@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "support/ChildProcess.h"
+#include "support/TemporaryDirectory.h"
+
+namespace SettingsCtlTests {
+
+/// A settings-host with a database and sockets of its own.
+class RunningHost {
+public:
+    /// Returns when the host is ready; throws when it does not get there.
+    RunningHost();
+
+    /// Runs settingsctl to its end.
+    TestSupport::Finished run(std::vector<std::string> arguments) const;
+    TestSupport::ChildProcess start(std::vector<std::string> arguments) const;
+
+    /// Ends the host at once, as a power cut would, and starts it again with the same database.
+    void killAndRestart();
+
+    std::string runtimeFolder() const { return folder.path().string(); }
+    std::string socketPath() const { return folder / "settings-host/settings.sock"; }
+    std::string devicePath() const { return folder / "settings-host/device.sock"; }
+
+private:
+    void start();
+
+    TestSupport::TemporaryDirectory folder;
+    std::optional<TestSupport::ChildProcess> process;
+};
+
+}  // namespace SettingsCtlTests
