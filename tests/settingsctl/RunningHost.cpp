@@ -25,6 +25,11 @@ void RunningHost::killAndRestart() {
     start();
 }
 
+std::optional<int> RunningHost::stop() {
+    process->sendSignal(SIGTERM);
+    return process->wait();
+}
+
 TestSupport::Finished RunningHost::run(std::vector<std::string> arguments) const {
     arguments.insert(arguments.begin(), SETTINGSCTL_PROGRAM);
     return TestSupport::run(arguments, {{"XDG_RUNTIME_DIR", runtimeFolder()}});

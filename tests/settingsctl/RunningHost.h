@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,8 @@ public:
 
     /// Ends the host at once, as a power cut would, and starts it again with the same database.
     void killAndRestart();
+    /// Asks the host to stop. Returns: its exit status, nothing when it does not end.
+    std::optional<int> stop();
 
     std::string runtimeFolder() const { return folder.path().string(); }
     std::string socketPath() const { return folder / "settings-host/settings.sock"; }
