@@ -114,42 +114,6 @@ TEST_F(Observers, ManyObserversAreAllToldOnce) {
     EXPECT_EQ(told, expected);
 }
 
-TEST_F(Observers, OneThatRemovesItselfIsToldOnce) {
-    const auto observer = friendly();
-    observer->reaction = [&] { handler->removeFriendlyNameObserver(observer); };
-    handler->addFriendlyNameObserver(observer);
-    handler->onFriendlyNameChanged("first");
-    handler->onFriendlyNameChanged("second");
-    expectJournal(Entries{"observer.friendlyName(first)"});
-    observer->reaction = nullptr;
-}
-
-TEST_F(Observers, OneThatIsRemovedDuringAPassIsStillToldInIt) {
-    const auto first = friendly("first");
-    const auto second = friendly("second");
-    // Whichever comes first removes the other.
-    first->reaction = [&] { handler->removeFriendlyNameObserver(second); };
-    second->reaction = [&] { handler->removeFriendlyNameObserver(first); };
-    handler->addFriendlyNameObserver(first);
-    handler->addFriendlyNameObserver(second);
-    handler->onFriendlyNameChanged("x");
-    EXPECT_EQ(journal.take().size(), 2U);
-    handler->onFriendlyNameChanged("y");
-    expectJournal(Entries{});
-}
-
-TEST_F(Observers, OneThatIsAddedDuringAPassHearsOfTheNext) {
-    const auto first = friendly("first");
-    const auto second = friendly("second");
-    first->reaction = [&] { handler->addFriendlyNameObserver(second); };
-    handler->addFriendlyNameObserver(first);
-    handler->onFriendlyNameChanged("x");
-    expectJournal(Entries{"first.friendlyName(x)"});
-    handler->removeFriendlyNameObserver(first);
-    handler->onFriendlyNameChanged("y");
-    expectJournal(Entries{"second.friendlyName(y)"});
-}
-
 TEST_F(Observers, OneLivesThroughThePassInWhichItIsReleased) {
     auto observer = friendly();
     const std::weak_ptr<FakeFriendlyNameObserver> watched = observer;
@@ -161,34 +125,6 @@ TEST_F(Observers, OneLivesThroughThePassInWhichItIsReleased) {
     handler->addFriendlyNameObserver(observer);
     handler->onFriendlyNameChanged("x");
     EXPECT_TRUE(watched.expired());
-}
-
-TEST_F(Observers, OneMayWriteSettingsAgain) {
-    const auto observer = friendly();
-    observer->reaction = [&] {
-        observer->reaction = nullptr;
-        EXPECT_TRUE(handler->setSetting("friendlyName", "second"));
-    };
-    handler->addFriendlyNameObserver(observer);
-    EXPECT_TRUE(handler->setSetting("friendlyName", "first"));
-    expectJournal(writeOf("friendlyName") +
-                  Entries{"sdk.applySetting(friendlyName, first)", "observer.friendlyName(first)"} +
-                  writeOf("friendlyName") +
-                  Entries{"sdk.applySetting(friendlyName, second)", "observer.friendlyName(second)",
-                          "log 1 SettingsHandler:friendlyName changed from '' to 'second'"} +
-                  changed("friendlyName", "", "second") +
-                  Entries{"log 1 SettingsHandler:friendlyName changed from '' to 'first'"} +
-                  changed("friendlyName", "", "first"));
-}
-
-TEST_F(Observers, AnExceptionSkipsTheRestOfThePass) {
-    for (const auto* name : {"one", "two"}) {
-        const auto observer = friendly(name);
-        observer->reaction = [] { throw std::runtime_error("observer"); };
-        handler->addFriendlyNameObserver(observer);
-    }
-    EXPECT_THROW(handler->onFriendlyNameChanged("x"), std::runtime_error);
-    EXPECT_EQ(journal.take().size(), 1U);
 }
 
 }  // namespace SettingsHandlerTests

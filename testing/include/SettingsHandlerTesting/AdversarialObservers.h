@@ -1,0 +1,103 @@
+#pragma once
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+#include "SettingsHandler/SettingsHandlerInterface.h"
+#include "SettingsHandlerTesting/FakeObservers.h"
+
+/// Observers that make trouble while they are told of a change, for each of the three kinds: `Fake` is
+/// `FakeLocaleObserver`, `FakeFriendlyNameObserver` or `FakeEntitlementObserver`. Each records its call like the fake
+/// and then misbehaves, on the thread that made the change:
+///
+///     auto observer = std::make_shared<SelfRemover<FakeFriendlyNameObserver>>(journal, *handler);
+///     handler->addFriendlyNameObserver(observer);
+///     handler->setSetting("friendlyName", "Den");
+///
+/// They hold the handler by reference: do not let it change a setting once the handler is gone.
+namespace SettingsHandlerTesting {
+
+using SettingsHandlerInterface = SettingsHandler::SettingsHandlerInterface;
+
+inline void addObserver(SettingsHandlerInterface& handler, std::shared_ptr<FakeLocaleObserver> observer) {
+    handler.addOrliaLocaleObserver(std::move(observer));
+}
+inline void addObserver(SettingsHandlerInterface& handler, std::shared_ptr<FakeFriendlyNameObserver> observer) {
+    handler.addFriendlyNameObserver(std::move(observer));
+}
+inline void addObserver(SettingsHandlerInterface& handler, std::shared_ptr<FakeEntitlementObserver> observer) {
+    handler.addEntitlementStatusObserver(std::move(observer));
+}
+
+/// There is none for locale observers: they cannot be removed.
+inline void removeObserver(SettingsHandlerInterface& handler, std::shared_ptr<FakeFriendlyNameObserver> observer) {
+    handler.removeFriendlyNameObserver(std::move(observer));
+}
+inline void removeObserver(SettingsHandlerInterface& handler, std::shared_ptr<FakeEntitlementObserver> observer) {
+    handler.removeEntitlementStatusObserver(std::move(observer));
+}
+
+/// Removes itself each time that it is told.
+template <typename Fake>
+class SelfRemover : public Fake, public std::enable_shared_from_this<SelfRemover<Fake>> {
+public:
+    SelfRemover(Journal& recorder, SettingsHandlerInterface& handler, std::string ownName = "observer")
+        : Fake(recorder, std::move(ownName)) {
+        this->reaction = [this, &handler] { removeObserver(handler, this->shared_from_this()); };
+    }
+};
+
+/// Removes `victim` each time that it is told.
+template <typename Fake>
+class OtherRemover : public Fake {
+public:
+    OtherRemover(Journal& recorder, SettingsHandlerInterface& handler, std::string ownName = "observer")
+        : Fake(recorder, std::move(ownName)) {
+        this->reaction = [this, &handler] { removeObserver(handler, victim.lock()); };
+    }
+
+    std::weak_ptr<Fake> victim;
+};
+
+/// Adds `added` each time that it is told.
+template <typename Fake>
+class Adder : public Fake {
+public:
+    Adder(Journal& recorder, SettingsHandlerInterface& handler, std::shared_ptr<Fake> added,
+          std::string ownName = "observer")
+        : Fake(recorder, std::move(ownName)) {
+        this->reaction = [&handler, newcomer = std::move(added)] { addObserver(handler, newcomer); };
+    }
+};
+
+/// Writes the setting `settingDBId` the first time that it is told: once, or a write that tells it again would never
+/// end.
+template <typename Fake>
+class Writer : public Fake {
+public:
+    Writer(Journal& recorder, SettingsHandlerInterface& handler, std::string settingDBId, std::string newValue,
+           std::string ownName = "observer")
+        : Fake(recorder, std::move(ownName)) {
+        this->reaction = [this, &handler, key = std::move(settingDBId), value = std::move(newValue)] {
+            if (!std::exchange(hasWritten, true)) {
+                handler.setSetting(key, value);
+            }
+        };
+    }
+
+private:
+    bool hasWritten = false;
+};
+
+/// Throws `std::runtime_error` each time that it is told.
+template <typename Fake>
+class Thrower : public Fake {
+public:
+    explicit Thrower(Journal& recorder, std::string ownName = "observer") : Fake(recorder, std::move(ownName)) {
+        this->reaction = [] { throw std::runtime_error("thrown by an observer"); };
+    }
+};
+
+}  // namespace SettingsHandlerTesting
