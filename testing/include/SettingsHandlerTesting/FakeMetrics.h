@@ -19,7 +19,7 @@ public:
                      const std::unordered_map<std::string, std::string>& attributes) override {
         std::string text = "metrics.recordEvent(" + group + ", " + source;
         for (const auto& [name, value] : std::map<std::string, std::string>(attributes.begin(), attributes.end())) {
-            text += ", " + name + "=" + value;
+            text.append(", ").append(name).append("=").append(value);
         }
         journal.add(text + ")");
     }

@@ -47,10 +47,11 @@ TYPED_TEST_P(StorageContract, ReplacesAValue) {
 }
 
 TYPED_TEST_P(StorageContract, KeepsAnyBytes) {
-    const std::string bytes("\0quote\" \xff\xc3 \n end\0", 20);
+    using namespace std::string_literals;
+    const std::string bytes = "\0quote\" \xff\xc3 \n end\0"s;
     EXPECT_TRUE(this->storage().setValue(bytes, bytes));
     EXPECT_EQ(this->read(bytes), bytes);
-    EXPECT_EQ(this->read(std::string("\0", 1)), "") << "a key was cut at its NUL";
+    EXPECT_EQ(this->read("\0"s), "") << "a key was cut at its NUL";
 }
 
 TYPED_TEST_P(StorageContract, TellsKeysApartByEveryByte) {
