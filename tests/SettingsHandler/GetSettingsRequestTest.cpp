@@ -77,16 +77,21 @@ TEST_F(GetSettingsRequest, RepliesAlsoWhenThereIsNothingToTell) {
     EXPECT_EQ(replyTo(R"(["unknown"])"), R"(transport.sendResponse(m, {"settings":{}}))");
 }
 
-TEST_F(GetSettingsRequest, AsksThroughTheInterface) {
+TEST_F(GetSettingsRequest, AsksThroughTheInterfaceForTheStringsInTheirOrder) {
     struct Derived : OpenHandler {
         using OpenHandler::OpenHandler;
+        Entries asked;
         std::map<std::string, std::string> getSettings(const std::vector<std::string>& names) override {
-            return {{"asked", names.empty() ? "" : names[0]}};
+            asked = names;
+            return {{"b", "2"}, {"a", "1"}};
         }
     };
     const auto derived = make<Derived>();
-    derived->handleGetSettingsRequest(R"({"messageId":"m","payload":{"settings":["x","x"]}})");
-    EXPECT_EQ(journal.take().back(), R"(transport.sendResponse(m, {"settings":{"asked":"x"}}))");
+    journal.take();
+    derived->handleGetSettingsRequest(R"({"messageId":"m","payload":{"settings":["x",5,"","timezone","x"]}})");
+    EXPECT_EQ(derived->asked, (Entries{"x", "", "timezone", "x"}));
+    expectJournal((Entries{"log 1 SettingsHandler:Handling GetSettings request",
+                           R"(transport.sendResponse(m, {"settings":{"a":"1","b":"2"}}))"}));
 }
 
 }  // namespace SettingsHandlerTests

@@ -35,9 +35,16 @@ protected:
     }
 
 private:
-    /// Takes the mutex and gives it back, without a trace.
+    /// A thread, running by now, that takes the mutex and gives it back without a trace.
     std::future<void> startProbe() {
-        return std::async(std::launch::async, [this] { handler->removeFriendlyNameObserver(stranger); });
+        std::promise<void> promise;
+        const auto running = promise.get_future();
+        auto probe = std::async(std::launch::async, [this, started = std::move(promise)]() mutable {
+            started.set_value();
+            handler->removeFriendlyNameObserver(stranger);
+        });
+        running.wait();
+        return probe;
     }
 
     std::shared_ptr<SettingsHandlerTesting::FakeFriendlyNameObserver> stranger =
