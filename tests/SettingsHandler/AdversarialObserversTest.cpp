@@ -113,6 +113,23 @@ TYPED_TEST(AdversarialObservers, OneThatIsAddedDuringAPassHearsOfTheNext) {
     this->expectTold("second", {"adder", "newcomer"});
 }
 
+TYPED_TEST(AdversarialObservers, ACrowdAddedDuringAPassIsNotToldInIt) {
+    using Fake = typename TypeParam::Fake;
+    // Many, so that the registry is rebuilt several times while the pass goes on.
+    const auto adder = std::make_shared<Fake>(this->journal, "adder");
+    adder->reaction = [&] {
+        for (int count = 0; count < 100; ++count) {
+            this->add(std::make_shared<Fake>(this->journal, "newcomer"));
+        }
+    };
+    this->add(adder);
+    this->expectTold("first", {"adder"});
+    adder->reaction = nullptr;
+    Entries everybody(100, "newcomer");
+    everybody.emplace_back("adder");
+    this->expectTold("second", everybody);
+}
+
 TYPED_TEST(AdversarialObservers, AnExceptionSkipsTheRestOfThePassAndLeavesTheRegistryAsItWas) {
     using Fake = typename TypeParam::Fake;
     for (const auto* name : {"one", "two"}) {

@@ -22,10 +22,11 @@ TEST_F(SettingChange, TheCacheHasTheNewValueWhenTheEventIsSent) {
     EXPECT_EQ(seen, "Attic");
 }
 
-TEST_F(SettingChange, EqualValuesAreReportedToo) {
+TEST_F(SettingChange, EqualValuesAreCachedAndReportedToo) {
     std::string old = "x";
     handler->settingChanged("deviceName", old, "x");
     expectJournal(changed("deviceName", "x", "x"));
+    EXPECT_EQ(cached("deviceName"), "x");
 }
 
 TEST_F(SettingChange, AnEmptyValueLeavesTheSeparatorAtTheEnd) {
