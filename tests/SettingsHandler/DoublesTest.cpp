@@ -9,7 +9,7 @@ struct FakeStorageMaker {
     SDKWrapper::StorageManagerInterface& storage() { return fake; }
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(FakeStorage, StorageContract, FakeStorageMaker);
+INSTANTIATE_TYPED_TEST_SUITE_P(FakeStorage, StorageContract, FakeStorageMaker, NumberedNames);
 
 }  // namespace SettingsHandlerTesting
 

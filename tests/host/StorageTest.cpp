@@ -18,7 +18,7 @@ struct SqliteStorageMaker {
     SDKWrapper::StorageManagerInterface& storage() { return sqliteStorage; }
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(SqliteStorage, StorageContract, SqliteStorageMaker);
+INSTANTIATE_TYPED_TEST_SUITE_P(SqliteStorage, StorageContract, SqliteStorageMaker, NumberedNames);
 
 }  // namespace SettingsHandlerTesting
 
