@@ -1,6 +1,7 @@
 #include "Composition.h"
 
 #include <csignal>
+#include <exception>
 
 #include "SettingsHandler/SettingsNames.h"
 #include "guard/LocaleGuard.h"
@@ -84,7 +85,12 @@ void Composition::executeDeviceCommand(Client& client, const std::string& frame)
     if (const auto refusal = inspectFrame(frame)) {
         answer = refusalFrame(refusal->code, refusal->message);
     } else {
-        hub->perform(Origin::DEVICE, [&] { answer = deviceCommands.execute(frame); });
+        try {
+            hub->perform(Origin::DEVICE, [&] { answer = deviceCommands.execute(frame); });
+        } catch (const std::exception& error) {
+            logHost(VessaLogger::ERROR, std::string("a device command failed: ") + error.what());
+            answer = refusalFrame("failed", "the host could not carry it out; its log says why");
+        }
     }
     client.send(std::make_shared<const std::string>(std::move(answer)));
 }

@@ -1,6 +1,6 @@
 #include "commands/DeviceCommands.h"
 
-#include <functional>
+#include <map>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -12,10 +12,8 @@
 
 namespace SettingsHost {
 
-namespace {
-
 /// The command's arguments; each answers nothing when it is missing or of another type.
-class Arguments {
+class DeviceCommands::Arguments {
 public:
     explicit Arguments(rapidjson::Document& frame) : request(frame) {}
 
@@ -55,6 +53,8 @@ private:
     rapidjson::Document& request;
 };
 
+namespace {
+
 std::string done() {
     return R"({"ok":true})";
 }
@@ -67,6 +67,10 @@ std::string badArgument(const std::string& message) {
     return refusalFrame("bad-argument", message);
 }
 
+std::string notOnOrOff() {
+    return badArgument("\"enabled\" must be true or false");
+}
+
 }  // namespace
 
 DeviceCommands::DeviceCommands(std::shared_ptr<SimulatedDevice> simulatedDevice,
@@ -76,7 +80,7 @@ DeviceCommands::DeviceCommands(std::shared_ptr<SimulatedDevice> simulatedDevice,
       sdkBridge(std::move(simulatedSdkBridge)),
       appLaunch(std::move(simulatedAppLaunch)) {}
 
-std::string DeviceCommands::show() const {
+std::string DeviceCommands::show(Arguments& /*arguments*/) {
     std::map<std::string, std::string> facts = device->getDeviceInfo();
     facts["captionsEnabled"] = sdkBridge->isCaptionsEnabled() ? "true" : "false";
     facts["doNotDisturbEnabled"] = sdkBridge->isDoNotDisturbEnabled() ? "true" : "false";
@@ -88,63 +92,83 @@ std::string DeviceCommands::show() const {
     return objectFrame("device", facts);
 }
 
+std::string DeviceCommands::changeLocale(Arguments& arguments) {
+    const auto locale = arguments.text("value");
+    if (!locale || locale->empty()) {
+        return badArgument("\"value\" must be a locale, for example \"fr-FR\"");
+    }
+    device->changeLocale(*locale);
+    const auto locales = sdkBridge->getLocales();
+    return written(!locales.empty() && locales.front() == *locale);
+}
+
+std::string DeviceCommands::changeLocales(Arguments& arguments) {
+    const auto locales = arguments.texts("values");
+    if (!locales || locales->empty()) {
+        return badArgument("\"values\" must be an array of locales, the primary one first");
+    }
+    device->changeLocales(*locales);
+    return written(sdkBridge->getLocales() == *locales);
+}
+
+std::string DeviceCommands::changeTimezone(Arguments& arguments) {
+    const auto timezone = arguments.text("value");
+    if (!timezone) {
+        return badArgument("\"value\" must be a time zone, for example \"Europe/Paris\"");
+    }
+    device->changeTimezone(*timezone);
+    return written(sdkBridge->getTimezone() == *timezone);
+}
+
+std::string DeviceCommands::changeSetting(Arguments& arguments) {
+    const auto key = arguments.text("key");
+    const auto value = arguments.text("value");
+    if (!key || !value) {
+        return badArgument("\"key\" and \"value\" must be strings");
+    }
+    if (!mayReachHandler(*key, *value)) {
+        logHost(VessaLogger::ERROR, "the device's value of '" + *key + "' was kept away from the handler");
+        return refusalFrame("not-passed-on", "the value is no array of locales within the nesting limit");
+    }
+    device->changeSystemSetting(*key, *value);
+    return done();
+}
+
+std::string DeviceCommands::switchHandsfree(Arguments& arguments) {
+    const auto enabled = arguments.boolean("enabled");
+    return enabled ? written(device->switchHandsfree(*enabled)) : notOnOrOff();
+}
+
+std::string DeviceCommands::switchCaptions(Arguments& arguments) {
+    const auto enabled = arguments.boolean("enabled");
+    return enabled ? written(sdkBridge->setCaptionsEnabled(*enabled)) : notOnOrOff();
+}
+
+std::string DeviceCommands::switchDoNotDisturb(Arguments& arguments) {
+    const auto enabled = arguments.boolean("enabled");
+    return enabled ? written(sdkBridge->setDoNotDisturbEnabled(*enabled)) : notOnOrOff();
+}
+
 std::string DeviceCommands::execute(const std::string& frame) {
+    static const std::map<std::string, std::string (DeviceCommands::*)(Arguments&)> commands{
+        {"show", &DeviceCommands::show},
+        {"locale", &DeviceCommands::changeLocale},
+        {"locales", &DeviceCommands::changeLocales},
+        {"timezone", &DeviceCommands::changeTimezone},
+        {"setting", &DeviceCommands::changeSetting},
+        {"handsfree", &DeviceCommands::switchHandsfree},
+        {"captions", &DeviceCommands::switchCaptions},
+        {"doNotDisturb", &DeviceCommands::switchDoNotDisturb},
+    };
     rapidjson::Document request;
     request.Parse<Utils::jsonParseFlags>(frame.c_str());
     Arguments arguments(request);
-    const std::string command = arguments.text("command").value_or("");
-    const auto text = arguments.text("value");
-    const auto enabled = arguments.boolean("enabled");
-
-    if (command == "show") {
-        return show();
+    const auto command = commands.find(arguments.text("command").value_or(""));
+    if (command == commands.end()) {
+        return refusalFrame("unknown-command",
+                            "\"command\" must be one of the device's commands, for example \"show\"");
     }
-    if (command == "locale") {
-        if (!text || text->empty()) {
-            return badArgument("\"value\" must be a locale, for example \"fr-FR\"");
-        }
-        device->changeLocale(*text);
-        const auto locales = sdkBridge->getLocales();
-        return written(!locales.empty() && locales.front() == *text);
-    }
-    if (command == "locales") {
-        const auto locales = arguments.texts("values");
-        if (!locales || locales->empty()) {
-            return badArgument("\"values\" must be an array of locales, the primary one first");
-        }
-        device->changeLocales(*locales);
-        return written(sdkBridge->getLocales() == *locales);
-    }
-    if (command == "timezone") {
-        if (!text) {
-            return badArgument("\"value\" must be a time zone, for example \"Europe/Paris\"");
-        }
-        device->changeTimezone(*text);
-        return written(sdkBridge->getTimezone() == *text);
-    }
-    if (command == "setting") {
-        const auto key = arguments.text("key");
-        if (!key || !text) {
-            return badArgument("\"key\" and \"value\" must be strings");
-        }
-        if (!mayReachHandler(*key, *text)) {
-            logHost(VessaLogger::ERROR, "the device's value of '" + *key + "' was kept away from the handler");
-            return refusalFrame("not-passed-on", "the value is no array of locales within the nesting limit");
-        }
-        device->changeSystemSetting(*key, *text);
-        return done();
-    }
-    if (command == "handsfree" || command == "captions" || command == "doNotDisturb") {
-        if (!enabled) {
-            return badArgument("\"enabled\" must be true or false");
-        }
-        if (command == "handsfree") {
-            return written(device->switchHandsfree(*enabled));
-        }
-        return written(command == "captions" ? sdkBridge->setCaptionsEnabled(*enabled)
-                                             : sdkBridge->setDoNotDisturbEnabled(*enabled));
-    }
-    return refusalFrame("unknown-command", "\"command\" must be one of the device's commands, for example \"show\"");
+    return (this->*command->second)(arguments);
 }
 
 }  // namespace SettingsHost

@@ -20,7 +20,16 @@ public:
     std::string execute(const std::string& frame);
 
 private:
-    std::string show() const;
+    class Arguments;
+
+    std::string show(Arguments& arguments);
+    std::string changeLocale(Arguments& arguments);
+    std::string changeLocales(Arguments& arguments);
+    std::string changeTimezone(Arguments& arguments);
+    std::string changeSetting(Arguments& arguments);
+    std::string switchHandsfree(Arguments& arguments);
+    std::string switchCaptions(Arguments& arguments);
+    std::string switchDoNotDisturb(Arguments& arguments);
 
     std::shared_ptr<SimulatedDevice> device;
     std::shared_ptr<SimulatedSdkBridge> sdkBridge;

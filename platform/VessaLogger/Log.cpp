@@ -38,6 +38,24 @@ private:
     LogSink sink = writeToStandardError;
 };
 
+std::string hexadecimal(const char* prefix, unsigned char byte) {
+    constexpr char digits[] = "0123456789abcdef";
+    return std::string(prefix) + digits[byte >> 4U] + digits[byte & 0xfU];
+}
+
+std::string escapeOf(unsigned char byte) {
+    switch (byte) {
+        case '\n':
+            return "\\n";
+        case '\r':
+            return "\\r";
+        case '\t':
+            return "\\t";
+        default:
+            return hexadecimal("\\x", byte);
+    }
+}
+
 /// Never destroyed, so that other libraries may log until the very end of the process.
 Output& output() {
     static Output* const instance = std::make_unique<Output>().release();
@@ -68,19 +86,17 @@ void setLogSink(LogSink sink) {
 std::string escapeControlCharacters(const std::string& text) {
     std::string escaped;
     escaped.reserve(text.size());
-    for (const char character : text) {
-        const auto byte = static_cast<unsigned char>(character);
-        if (character == '\n') {
-            escaped += "\\n";
-        } else if (character == '\r') {
-            escaped += "\\r";
-        } else if (character == '\t') {
-            escaped += "\\t";
-        } else if (byte < 0x20 || byte == 0x7f) {
-            constexpr char digits[] = "0123456789abcdef";
-            escaped += {'\\', 'x', digits[byte >> 4U], digits[byte & 0xfU]};
+    for (std::size_t index = 0; index < text.size(); ++index) {
+        const auto byte = static_cast<unsigned char>(text[index]);
+        const auto next = static_cast<unsigned char>(index + 1 < text.size() ? text[index + 1] : '\0');
+        if (byte < 0x20 || byte == 0x7f) {
+            escaped += escapeOf(byte);
+        } else if (byte == 0xc2 && next >= 0x80 && next < 0xa0) {
+            // The second row of control characters, two bytes each in UTF-8.
+            escaped += hexadecimal("\\u00", next);
+            ++index;
         } else {
-            escaped += character;
+            escaped += text[index];
         }
     }
     return escaped;

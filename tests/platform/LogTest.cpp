@@ -100,4 +100,8 @@ TEST(EscapeControlCharacters, MakesOnePrintableLine) {
     EXPECT_EQ(escapeControlCharacters(std::string("a\tb\r\n\0\x1f\x7f é", 11)), R"(a\tb\r\n\x00\x1f\x7f é)");
 }
 
+TEST(EscapeControlCharacters, KnowsTheTwoByteOnesToo) {
+    EXPECT_EQ(escapeControlCharacters("\xc2\x9b\x31m \xc2\xa0 \xc2"), "\\u009b1m \xc2\xa0 \xc2");
+}
+
 }  // namespace VessaLogger

@@ -24,8 +24,8 @@ using LogSink = std::function<void(const LogLine&)>;
 /// Threads: any. The replaced sink is not called any more once this returns.
 [[gnu::visibility("default")]] void setLogSink(LogSink sink);
 
-/// Makes one printable line of any text: each control character, a line end too, becomes an escape such as \n or \x1b.
-/// Bytes of UTF-8 texts stay as they are.
+/// Makes one printable line of any text: each control character, a line end too, becomes an escape such as \n, \x1b or
+/// \u009b. Other bytes of UTF-8 texts stay as they are.
 [[gnu::visibility("default")]] std::string escapeControlCharacters(const std::string& text);
 
 }  // namespace VessaLogger
