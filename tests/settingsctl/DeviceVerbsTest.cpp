@@ -60,15 +60,6 @@ TEST_P(SettingsCtlDevice, TellsWhatWasWrong) {
               "settingsctl: the host refused the request: the device could not save it (not-written)\n");
 }
 
-TEST_P(SettingsCtlDevice, IsNotDoneWithoutTheDevicesWord) {
-    for (const std::string reply : {"{}", R"({"ok":false})", R"({"ok":"true"})", R"({"device":{}})"}) {
-        const FakeHost host;
-        auto program = host.start(arguments());
-        answer(host, GetParam().frame, reply);
-        expectEnd(program, 3, "", "settingsctl: what answers is no device socket\n");
-    }
-}
-
 INSTANTIATE_TEST_SUITE_P(
     Verb, SettingsCtlDevice,
     testing::Values(
@@ -84,6 +75,15 @@ INSTANTIATE_TEST_SUITE_P(
             "Setting", {"setting", "k", "[\"a\",\"b\"]"}, R"({"command":"setting","key":"k","value":"[\"a\",\"b\"]"})"},
         Command{"EmptySetting", {"setting", "k", ""}, R"({"command":"setting","key":"k","value":""})"}),
     [](const auto& suite) { return std::string(suite.param.name); });
+
+TEST(SettingsCtlDeviceVerbs, AreNotDoneWithoutTheDevicesWord) {
+    for (const std::string reply : {"{}", R"({"ok":false})", R"({"ok":"true"})", R"({"device":{}})"}) {
+        const FakeHost host;
+        auto program = host.start({"device", "captions", "on"});
+        answer(host, R"({"command":"captions","enabled":true})", reply);
+        expectEnd(program, 3, "", "settingsctl: what answers is no device socket\n");
+    }
+}
 
 TEST(SettingsCtlDeviceShow, PrintsTheStateLikeGet) {
     const FakeHost host;
