@@ -143,17 +143,41 @@ TEST_F(Locks, ANullObserverIsReportedWithoutTheMutex) {
     handler->getCurrentSettingsMap();
 }
 
-TEST_F(Locks, AddingWaitsForTheMutex) {
-    std::future<void> adding;
+TEST_F(Locks, WhatTouchesTheCacheOrTheObserversWaitsForTheMutex) {
+    const auto locale = std::make_shared<SettingsHandlerTesting::FakeLocaleObserver>(journal);
+    const auto friendly = std::make_shared<SettingsHandlerTesting::FakeFriendlyNameObserver>(journal);
+    const auto entitlement = std::make_shared<SettingsHandlerTesting::FakeEntitlementObserver>(journal);
+    const std::map<std::string, std::function<void()>> operations{
+        {"addOrliaLocaleObserver", [&] { handler->addOrliaLocaleObserver(locale); }},
+        {"addFriendlyNameObserver", [&] { handler->addFriendlyNameObserver(friendly); }},
+        {"removeFriendlyNameObserver", [&] { handler->removeFriendlyNameObserver(friendly); }},
+        {"addEntitlementStatusObserver", [&] { handler->addEntitlementStatusObserver(entitlement); }},
+        {"removeEntitlementStatusObserver", [&] { handler->removeEntitlementStatusObserver(entitlement); }},
+        {"onOrliaLocaleChange", [&] { handler->onOrliaLocaleChange({"en-US"}); }},
+        {"onFriendlyNameChanged", [&] { handler->onFriendlyNameChanged("Den"); }},
+        {"onEntitlementStatusChanged", [&] { handler->onEntitlementStatusChanged("active"); }},
+        {"settingChanged",
+         [&] {
+             std::string old;
+             handler->settingChanged("deviceName", old, "Den");
+         }},
+        {"setSetting", [&] { handler->setSetting("captionsStyles", ""); }},
+        {"getCurrentSettingsMap", [&] { handler->getCurrentSettingsMap(); }},
+        {"initializeSettings", [&] { handler->initializeSettings(); }},
+    };
+    std::map<std::string, std::future<void>> waiting;
     journal.at("sdk.getTimezone", [&] {
-        adding = std::async(std::launch::async, [&] {
-            handler->addFriendlyNameObserver(
-                std::make_shared<SettingsHandlerTesting::FakeFriendlyNameObserver>(journal));
-        });
-        EXPECT_EQ(adding.wait_for(std::chrono::milliseconds(30)), std::future_status::timeout);
+        for (const auto& [name, operation] : operations) {
+            waiting[name] = std::async(std::launch::async, operation);
+        }
+        for (const auto& [name, operation] : waiting) {
+            EXPECT_EQ(operation.wait_for(std::chrono::milliseconds(30)), std::future_status::timeout) << name;
+        }
     });
     handler->getCurrentSettingsMap();
-    adding.wait();
+    for (auto& [name, operation] : waiting) {
+        EXPECT_EQ(operation.wait_for(std::chrono::seconds(20)), std::future_status::ready) << name;
+    }
 }
 
 TEST_F(Locks, ObserversCallBackOnTheSameThread) {

@@ -20,7 +20,7 @@ bool takenByUs(const std::string& text) {
 TEST(ParserLanguage, IsTheOneOfTheDefaultFlags) {
     const std::vector<std::string> pieces{"{",  "}", "[",  "]",       ",",   ":",    "\"a\"", "\"\"",
                                           "1",  "-", "0",  "1.5",     "1e5", "true", "null",  " ",
-                                          "\n", "x", "\"", "\\u0041", "/",   "NaN",  "'a'"};
+                                          "\n", "x", "\"", "\\u0041", "/",   "NaN",  "'a'",   "\xef\xbb\xbf"};
     std::mt19937 random(7);  // NOLINT(cert-msc32-c,cert-msc51-cpp): the same texts each time
     int taken = 0;
     for (int round = 0; round < 200000; ++round) {
