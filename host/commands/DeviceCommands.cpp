@@ -68,7 +68,7 @@ std::string badArgument(const std::string& message) {
 }
 
 std::string notOnOrOff() {
-    return badArgument("\"enabled\" must be true or false");
+    return badArgument(R"("enabled" must be true or false)");
 }
 
 }  // namespace
@@ -95,7 +95,7 @@ std::string DeviceCommands::show(Arguments& /*arguments*/) {
 std::string DeviceCommands::changeLocale(Arguments& arguments) {
     const auto locale = arguments.text("value");
     if (!locale || locale->empty()) {
-        return badArgument("\"value\" must be a locale, for example \"fr-FR\"");
+        return badArgument(R"("value" must be a locale, for example "fr-FR")");
     }
     device->changeLocale(*locale);
     const auto locales = sdkBridge->getLocales();
@@ -105,7 +105,7 @@ std::string DeviceCommands::changeLocale(Arguments& arguments) {
 std::string DeviceCommands::changeLocales(Arguments& arguments) {
     const auto locales = arguments.texts("values");
     if (!locales || locales->empty()) {
-        return badArgument("\"values\" must be an array of locales, the primary one first");
+        return badArgument(R"("values" must be an array of locales, the primary one first)");
     }
     device->changeLocales(*locales);
     return written(sdkBridge->getLocales() == *locales);
@@ -114,7 +114,7 @@ std::string DeviceCommands::changeLocales(Arguments& arguments) {
 std::string DeviceCommands::changeTimezone(Arguments& arguments) {
     const auto timezone = arguments.text("value");
     if (!timezone) {
-        return badArgument("\"value\" must be a time zone, for example \"Europe/Paris\"");
+        return badArgument(R"("value" must be a time zone, for example "Europe/Paris")");
     }
     device->changeTimezone(*timezone);
     return written(sdkBridge->getTimezone() == *timezone);
@@ -124,7 +124,7 @@ std::string DeviceCommands::changeSetting(Arguments& arguments) {
     const auto key = arguments.text("key");
     const auto value = arguments.text("value");
     if (!key || !value) {
-        return badArgument("\"key\" and \"value\" must be strings");
+        return badArgument(R"("key" and "value" must be strings)");
     }
     if (!mayReachHandler(*key, *value)) {
         logHost(VessaLogger::ERROR, "the device's value of '" + *key + "' was kept away from the handler");
@@ -165,8 +165,7 @@ std::string DeviceCommands::execute(const std::string& frame) {
     Arguments arguments(request);
     const auto command = commands.find(arguments.text("command").value_or(""));
     if (command == commands.end()) {
-        return refusalFrame("unknown-command",
-                            "\"command\" must be one of the device's commands, for example \"show\"");
+        return refusalFrame("unknown-command", R"("command" must be one of the device's commands, for example "show")");
     }
     return (this->*command->second)(arguments);
 }

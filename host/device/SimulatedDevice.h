@@ -19,8 +19,8 @@ class SimulatedDevice : public DeviceAbstractionLayer::OrliaDeviceInfoInterface 
 public:
     enum class Mode { HANDS_FREE, ALWAYS_ON_VOICE, ALWAYS_ON_PTT };
 
-    /// `valueChanged`: told of the setting key of each mode that really changed.
-    SimulatedDevice(StateStore& state, std::function<void(const std::string& settingDBId)> valueChanged);
+    /// `onValueChanged`: told of the setting key of each mode that really changed.
+    SimulatedDevice(StateStore& store, std::function<void(const std::string& settingDBId)> onValueChanged);
 
     std::map<std::string, std::string> getDeviceInfo() override;
 

@@ -20,10 +20,10 @@ namespace SettingsHost {
 /// thread only; state store and storage outlive it.
 class SimulatedSdkBridge : public teskVessa::SDKBridgeInterface {
 public:
-    /// `valueChanged`: told of the setting key of each value that really changed.
-    SimulatedSdkBridge(StateStore& state, SDKWrapper::StorageManagerInterface& storage,
-                       std::shared_ptr<SimulatedDevice> device,
-                       std::function<void(const std::string& settingDBId)> valueChanged);
+    /// `onValueChanged`: told of the setting key of each value that really changed.
+    SimulatedSdkBridge(StateStore& store, SDKWrapper::StorageManagerInterface& storageManager,
+                       std::shared_ptr<SimulatedDevice> simulatedDevice,
+                       std::function<void(const std::string& settingDBId)> onValueChanged);
 
     void setHandsFreeEnabled(bool enabled) override;
     /// Refuses other keys than the three that the handler hands over.

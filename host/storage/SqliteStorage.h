@@ -18,8 +18,8 @@ public:
     static constexpr std::size_t maximumValueLength = 65536;
     static constexpr int maximumKeys = 1000;
 
-    /// `valueRemoved`: told of each key that `clearStorage` removed.
-    SqliteStorage(Database& database, std::function<void(const std::string& key)> valueRemoved);
+    /// `onValueRemoved`: told of each key that `clearStorage` removed.
+    SqliteStorage(Database& database, std::function<void(const std::string& key)> onValueRemoved);
 
     void getValue(const std::string& key, std::string& value) override;
     bool setValue(const std::string& key, const std::string& value) override;

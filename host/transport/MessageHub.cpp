@@ -93,7 +93,7 @@ void MessageHub::receive(const std::shared_ptr<Client>& client, const std::strin
     }
     const auto type = requestType(frame);
     if (!type || handlers.count(*type) == 0) {
-        client->send(refusal({"unknown-type", "\"type\" must be one of the request types 7, 18, 19, 22, 24"}));
+        client->send(refusal({"unknown-type", R"("type" must be one of the request types 7, 18, 19, 22, 24)"}));
         return;
     }
     if (*type == CommunicationHandler::SET_SETTINGS && !requestMayReachHandler(frame)) {

@@ -35,7 +35,7 @@ struct DoorEvents {
 class UnixSocketDoor {
 public:
     static constexpr std::size_t framesPerTurn = 16;
-    static constexpr std::size_t maximumWaiting = 1024 * 1024;
+    static constexpr std::size_t maximumWaiting = 1024UL * 1024UL;
 
     /// Listens at `path`; see `SocketFile`. Errors: `DoorError`.
     UnixSocketDoor(EventLoop& loop, const std::string& path, DoorEvents events);
