@@ -46,20 +46,21 @@ TEST_F(HostLifecycle, KeepsAWriteThatWasAnsweredBeforeTheStop) {
 TEST_F(HostLifecycle, LosesNoValueWhoseEventWasSeenWhenItIsKilled) {
     for (int round = 0; round < 5; ++round) {
         start();
-        std::thread writer([this] {
+        TestSupport::LineClient& connection = client();
+        std::thread writer([&connection] {
             for (int number = 0; number < 2000; ++number) {
-                if (!client().sendLine(setRequest("deviceName", "\"" + std::to_string(number) + "\"", number))) {
+                if (!connection.sendLine(setRequest("deviceName", "\"" + std::to_string(number) + "\"", number))) {
                     break;
                 }
             }
         });
         int seen = -1;
         for (int count = 0; count < 20 + 37 * round; ++count) {
-            seen = std::stoi(parsed(client().receiveLine().value())["payload"]["to"].GetString());
+            seen = std::stoi(parsed(connection.receiveLine().value())["payload"]["to"].GetString());
         }
         kill();
         writer.join();
-        while (const auto line = client().receiveLine(std::chrono::milliseconds(500))) {
+        while (const auto line = connection.receiveLine(std::chrono::milliseconds(500))) {
             seen = std::stoi(parsed(*line)["payload"]["to"].GetString());
         }
         disconnect();
