@@ -29,8 +29,8 @@ private:
     Maker maker;
 };
 
-/// Names the tests of an instantiation after nothing but their number; pass it as the last argument where the compiler insists
-/// on one (clang with -Wpedantic).
+/// Names the tests of an instantiation after nothing but their number; pass it as the last argument where the compiler
+/// insists on one (clang with -Wpedantic).
 struct NumberedNames {
     template <typename Maker>
     static std::string GetName(int number) {
