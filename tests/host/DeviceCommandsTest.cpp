@@ -1,4 +1,5 @@
 #include "LogRecording.h"
+#include "MemoryState.h"
 #include "SettingsHandlerTesting/FakeStorage.h"
 #include "Utils/Rapidjson.h"
 #include "commands/DeviceCommands.h"
@@ -6,22 +7,6 @@
 namespace SettingsHost {
 
 namespace {
-
-class MemoryState : public StateStore {
-public:
-    std::map<std::string, std::string> values;
-    bool refuses = false;
-    std::optional<std::string> load(const std::string& key) override {
-        const auto entry = values.find(key);
-        return entry == values.end() ? std::nullopt : std::optional(entry->second);
-    }
-    bool save(const std::string& key, const std::string& value) override {
-        if (!refuses) {
-            values[key] = value;
-        }
-        return !refuses;
-    }
-};
 
 /// Does with notifications what the handler does, as far as these commands show it.
 class Follower : public DeviceAbstractionLayer::DeviceInfoObserverInterface,
@@ -62,7 +47,7 @@ protected:
     SettingsHostTests::LogRecording log;
     SettingsHandlerTesting::Journal journal;
     SettingsHandlerTesting::FakeStorage storage{journal};
-    MemoryState state;
+    SettingsHostTests::MemoryState state;
     std::shared_ptr<SimulatedDevice> device = std::make_shared<SimulatedDevice>(state, [](const std::string&) {});
     std::shared_ptr<SimulatedSdkBridge> sdk =
         std::make_shared<SimulatedSdkBridge>(state, storage, device, [](const std::string&) {});

@@ -1,26 +1,10 @@
 #include "LogRecording.h"
+#include "MemoryState.h"
 #include "SettingsHandlerTesting/FakeStorage.h"
 #include "device/SimulatedAppLaunch.h"
 #include "sdk/SimulatedSdkBridge.h"
 
 namespace SettingsHost {
-
-/// A state store in memory that can be told to fail.
-class MemoryState : public StateStore {
-public:
-    std::map<std::string, std::string> values;
-    bool refuses = false;
-    std::optional<std::string> load(const std::string& key) override {
-        const auto entry = values.find(key);
-        return entry == values.end() ? std::nullopt : std::optional(entry->second);
-    }
-    bool save(const std::string& key, const std::string& value) override {
-        if (!refuses) {
-            values[key] = value;
-        }
-        return !refuses;
-    }
-};
 
 class Simulation : public ::testing::Test {
 protected:
@@ -38,7 +22,7 @@ protected:
 
     SettingsHandlerTesting::Journal journal;
     SettingsHandlerTesting::FakeStorage storage{journal};
-    MemoryState state;
+    SettingsHostTests::MemoryState state;
     std::vector<std::string> changes;
     std::shared_ptr<SimulatedDevice> device;
     std::shared_ptr<SimulatedSdkBridge> sdk;

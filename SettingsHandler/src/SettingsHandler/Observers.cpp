@@ -6,6 +6,32 @@ namespace SettingsHandler {
 
 namespace {
 
+/// Says that `operation` was given no observer.
+void logNullObserver(const char* operation) {
+    logWarning(logTag, "%s: Given observer is null", operation);
+}
+
+template <typename Registry>
+void add(Registry& registry, std::mutex& mutex, const typename Registry::value_type& observer, const char* operation) {
+    if (!observer) {
+        logNullObserver(operation);
+        return;
+    }
+    const std::lock_guard<std::mutex> lock(mutex);
+    registry.insert(observer);
+}
+
+template <typename Registry>
+void remove(Registry& registry, std::mutex& mutex, const typename Registry::value_type& observer,
+            const char* operation) {
+    if (!observer) {
+        logNullObserver(operation);
+        return;
+    }
+    const std::lock_guard<std::mutex> lock(mutex);
+    registry.erase(observer);
+}
+
 /// A copy to call the observers from without the lock; it keeps every observer alive until the pass is over.
 template <typename Registry>
 Registry snapshotOf(const Registry& registry, std::mutex& mutex) {
@@ -19,50 +45,25 @@ Registry snapshotOf(const Registry& registry, std::mutex& mutex) {
 
 void SettingsHandler::addOrliaLocaleObserver(
     std::shared_ptr<VessaNativeCommon::OrliaLocaleObserverInterface> observer) {
-    if (!observer) {
-        logWarning(logTag, "addOrliaLocaleObserver: Given observer is null");
-        return;
-    }
-    const std::lock_guard<std::mutex> lock(settingsCacheMutex);
-    orliaLocaleObservers.insert(observer);
+    add(orliaLocaleObservers, settingsCacheMutex, observer, "addOrliaLocaleObserver");
 }
 
 void SettingsHandler::addFriendlyNameObserver(
     std::shared_ptr<VessaNativeCommon::FriendlyNameObserverInterface> observer) {
-    if (!observer) {
-        logWarning(logTag, "addFriendlyNameObserver: Given observer is null");
-        return;
-    }
-    const std::lock_guard<std::mutex> lock(settingsCacheMutex);
-    friendlyNameObservers.insert(observer);
+    add(friendlyNameObservers, settingsCacheMutex, observer, "addFriendlyNameObserver");
 }
 
 void SettingsHandler::removeFriendlyNameObserver(
     std::shared_ptr<VessaNativeCommon::FriendlyNameObserverInterface> observer) {
-    if (!observer) {
-        logWarning(logTag, "removeFriendlyNameObserver: Given observer is null");
-        return;
-    }
-    const std::lock_guard<std::mutex> lock(settingsCacheMutex);
-    friendlyNameObservers.erase(observer);
+    remove(friendlyNameObservers, settingsCacheMutex, observer, "removeFriendlyNameObserver");
 }
 
 void SettingsHandler::addEntitlementStatusObserver(std::shared_ptr<teskVessa::NativeBridgeInterface> observer) {
-    if (!observer) {
-        logWarning(logTag, "addEntitlementStatusObserver: Given observer is null");
-        return;
-    }
-    const std::lock_guard<std::mutex> lock(settingsCacheMutex);
-    entitlementStatusObservers.insert(observer);
+    add(entitlementStatusObservers, settingsCacheMutex, observer, "addEntitlementStatusObserver");
 }
 
 void SettingsHandler::removeEntitlementStatusObserver(std::shared_ptr<teskVessa::NativeBridgeInterface> observer) {
-    if (!observer) {
-        logWarning(logTag, "removeEntitlementStatusObserver: Given observer is null");
-        return;
-    }
-    const std::lock_guard<std::mutex> lock(settingsCacheMutex);
-    entitlementStatusObservers.erase(observer);
+    remove(entitlementStatusObservers, settingsCacheMutex, observer, "removeEntitlementStatusObserver");
 }
 
 void SettingsHandler::onOrliaLocaleChange(std::vector<std::string> locales) {
