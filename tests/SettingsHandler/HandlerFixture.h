@@ -106,8 +106,8 @@ protected:
     /// The journal of a change as `settingChanged` makes it.
     static Entries changed(const std::string& key, const std::string& fromJson, const std::string& toJson,
                            const std::string& to) {
-        return {"transport.sendMessage(25, {\"settingDBId\":\"" + key + "\",\"from\":\"" + fromJson + "\",\"to\":\"" +
-                    toJson + "\"})",
+        return {R"(transport.sendMessage(25, {"settingDBId":")" + key + R"(","from":")" + fromJson + R"(","to":")" +
+                    toJson + R"("}))",
                 "metrics.recordCounter(" + key + "_" + to + ", 0, 1, 1)",
                 "metrics.recordEvent(app_events, AUTO, interaction_name=" + key + "_" + to + ")"};
     }
