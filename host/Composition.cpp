@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <exception>
+#include <vector>
 
 #include "SettingsHandler/SettingsNames.h"
 #include "guard/LocaleGuard.h"
@@ -17,6 +18,16 @@ namespace {
 /// How long clients may take to read what waits for them when the host stops.
 constexpr unsigned farewellMilliseconds = 500;
 
+/// SIGHUP stops the host with its terminal, except when whoever started it wants it to stay (nohup).
+std::vector<int> stopSignals() {
+    std::vector<int> signals{SIGINT, SIGTERM};
+    struct sigaction hangUp {};
+    if (::sigaction(SIGHUP, nullptr, &hangUp) == 0 && hangUp.sa_handler != SIG_IGN) {
+        signals.push_back(SIGHUP);
+    }
+    return signals;
+}
+
 }  // namespace
 
 Composition::Composition(const Options& options)
@@ -31,7 +42,7 @@ Composition::Composition(const Options& options)
       metrics(std::make_shared<ChangeCounter>()),
       deviceCommands(device, sdkBridge, appLaunch) {
     // From here on a signal waits for the loop, so that even one during the start ends in a clean stop.
-    loop.onSignals({SIGINT, SIGTERM, SIGHUP}, [this] { loop.stop(); });
+    loop.onSignals(stopSignals(), [this] { loop.stop(); });
     hub->perform(Origin::DEVICE, [this] { startHandler(); });
     openDoors(options);
 }

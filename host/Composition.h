@@ -23,8 +23,8 @@ namespace SettingsHost {
 /// it.
 class Composition {
 public:
-    /// Opens the database, makes and starts the handler, then opens the doors. Takes SIGINT, SIGTERM and SIGHUP over.
-    /// Errors: `DatabaseError`, `DoorError`.
+    /// Opens the database, makes and starts the handler, then opens the doors. Takes SIGINT and SIGTERM over, and
+    /// SIGHUP unless it is ignored. Errors: `DatabaseError`, `DoorError`.
     explicit Composition(const Options& options);
     ~Composition();
 

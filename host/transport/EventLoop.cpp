@@ -62,6 +62,7 @@ void EventLoop::drain(unsigned milliseconds, std::function<void()> giveUp) {
         &timer, [](uv_timer_t* expired) { (*static_cast<std::function<void()>*>(expired->data))(); }, milliseconds, 0);
     uv_unref(reinterpret_cast<uv_handle_t*>(&timer));
     uv_run(loop.get(), UV_RUN_DEFAULT);
+    giveUp();
     uv_close(reinterpret_cast<uv_handle_t*>(&timer), nullptr);
     uv_run(loop.get(), UV_RUN_DEFAULT);
 }

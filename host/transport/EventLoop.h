@@ -24,8 +24,8 @@ public:
     /// Serves until `stop`.
     void run();
     void stop();
-    /// Serves until nothing is open any more, at most for `milliseconds`; then `giveUp` is called, which closes the
-    /// rest.
+    /// Serves until nothing is open any more, at most for `milliseconds` or until `stop`. Calls `giveUp`, which closes
+    /// what is still open, at least once.
     void drain(unsigned milliseconds, std::function<void()> giveUp);
 
     uv_loop_s* handle() const { return loop.get(); }

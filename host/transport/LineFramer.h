@@ -18,6 +18,8 @@ public:
     explicit LineFramer(std::size_t frameLimit) : limit(frameLimit) {}
 
     void append(const char* bytes, std::size_t size) { buffer.append(bytes, size); }
+    /// How many bytes wait to be cut.
+    std::size_t size() const { return buffer.size() - start; }
     /// The next frame; nothing until more bytes arrive.
     std::optional<Frame> next();
 

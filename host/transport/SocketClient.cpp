@@ -25,7 +25,7 @@ uv_buf_t bufferOf(const std::string& text, std::size_t from) {
 SocketClient::SocketClient(UnixSocketDoor& owningDoor) : door(&owningDoor), framer(maximumFrameSize) {}
 
 void SocketClient::send(const std::shared_ptr<const std::string>& frame) {
-    if (finishing || !isOpen()) {
+    if (finishing || outputEnded || !isOpen()) {
         return;
     }
     if (uv_stream_get_write_queue_size(stream()) > UnixSocketDoor::maximumWaiting) {
@@ -39,8 +39,8 @@ void SocketClient::send(const std::shared_ptr<const std::string>& frame) {
     const uv_buf_t buffers[] = {bufferOf(*frame, 0), uv_buf_init(&lineEnd, 1)};
     const int result = uv_write(&write->request, stream(), buffers, 2, [](uv_write_t* done, int status) {
         const std::unique_ptr<Write> finished(static_cast<Write*>(done->data));
-        if (status != 0 && status != UV_ECANCELED) {
-            ownerOf(done->handle).drop();
+        if (status != UV_ECANCELED) {
+            ownerOf(done->handle).sent(status);
         }
     });
     if (result == 0) {
@@ -48,6 +48,36 @@ void SocketClient::send(const std::shared_ptr<const std::string>& frame) {
     } else {
         drop();
     }
+}
+
+void SocketClient::sent(int status) {
+    if (status != 0) {
+        // The client reads no more. What it asked for is still done.
+        outputEnded = true;
+        if (finishing) {
+            closeHandle();
+            return;
+        }
+    }
+    if (waitsForReader && !isBehind()) {
+        waitsForReader = false;
+        pause();
+        door->continueLater(shared());
+    }
+}
+
+/// Its frames wait until it has read what waits for it. Until they fill a buffer they are still read, so that it can
+/// send a series of requests before it reads the first answer.
+void SocketClient::waitForReader() {
+    waitsForReader = true;
+    if (framer.size() > maximumFrameSize) {
+        pause();
+    }
+}
+
+/// Does more wait for the client than it may leave unread while it asks on?
+bool SocketClient::isBehind() {
+    return !outputEnded && uv_stream_get_write_queue_size(stream()) > UnixSocketDoor::maximumUnread;
 }
 
 void SocketClient::start() {
@@ -80,12 +110,10 @@ void SocketClient::pause() {
 void SocketClient::received(ssize_t count, const char* bytes) {
     if (count > 0) {
         framer.append(bytes, static_cast<std::size_t>(count));
-    } else if (count == UV_EOF) {
+    } else if (count < 0) {
+        // Its end or an error: either way, what came before is still taken.
         pause();
         inputEnded = true;
-    } else if (count < 0) {
-        drop();
-        return;
     }
     takeFrames();
 }
@@ -94,6 +122,10 @@ void SocketClient::takeFrames() {
     const auto self = shared();
     for (std::size_t taken = 0; taken < UnixSocketDoor::framesPerTurn; ++taken) {
         if (finishing || !isOpen()) {
+            return;
+        }
+        if (isBehind()) {
+            waitForReader();
             return;
         }
         const auto frame = framer.next();

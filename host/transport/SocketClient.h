@@ -23,7 +23,7 @@ public:
 
     /// Reads from now on.
     void start();
-    /// Takes up to a turn's frames, then reads on, waits for another turn, or leaves.
+    /// Takes up to a turn's frames, then reads on, waits for another turn or for the client to read, or leaves.
     void takeFrames();
     /// Closes when everything that waits is sent.
     void finish();
@@ -35,6 +35,9 @@ public:
 
 private:
     void received(ssize_t count, const char* bytes);
+    void sent(int status);
+    bool isBehind();
+    void waitForReader();
     void readOn();
     void pause();
 
@@ -42,6 +45,8 @@ private:
     LineFramer framer;
     bool reading = false;
     bool inputEnded = false;
+    bool outputEnded = false;
+    bool waitsForReader = false;
     bool finishing = false;
 };
 

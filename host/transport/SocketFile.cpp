@@ -140,13 +140,18 @@ void SocketFile::bindAndListen() {
 }
 
 SocketFile::~SocketFile() {
+    remove();
     if (descriptor >= 0) {
         ::close(descriptor);
     }
+}
+
+void SocketFile::remove() {
     struct stat status {};
-    if (::lstat(socketPath.c_str(), &status) == 0 && status.st_dev == device && status.st_ino == inode) {
+    if (!removed && ::lstat(socketPath.c_str(), &status) == 0 && status.st_dev == device && status.st_ino == inode) {
         ::unlink(socketPath.c_str());
     }
+    removed = true;
 }
 
 int SocketFile::takeDescriptor() {

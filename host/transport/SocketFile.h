@@ -20,7 +20,7 @@ class SocketFile {
 public:
     /// Listens at `path`. Errors: `DoorError`.
     explicit SocketFile(const std::string& path);
-    /// Removes the file, if it is still the one that was made.
+    /// Removes the file, see `remove`.
     ~SocketFile();
 
     SocketFile(const SocketFile&) = delete;
@@ -29,6 +29,9 @@ public:
     const std::string& path() const { return socketPath; }
     /// The listening descriptor, non-blocking; the caller's to close from now on.
     int takeDescriptor();
+    /// Removes the file, if it is still the one that was made. To be called before the descriptor is closed: after
+    /// that, another host may put a file there that cannot be told apart. Repeated calls do nothing.
+    void remove();
 
 private:
     void bindAndListen();
@@ -37,6 +40,7 @@ private:
     int descriptor = -1;
     dev_t device = 0;
     ino_t inode = 0;
+    bool removed = false;
 };
 
 }  // namespace SettingsHost

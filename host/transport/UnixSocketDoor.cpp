@@ -117,6 +117,7 @@ void UnixSocketDoor::close() {
         return;
     }
     closing = true;
+    file.remove();
     listener->closeHandle();
     turns->closeHandle();
     waiting.clear();

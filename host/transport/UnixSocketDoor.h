@@ -25,16 +25,19 @@ struct DoorEvents {
 
 /// A Unix socket at which clients speak newline-delimited frames.
 ///
-/// - A client's frames are taken in order, a bounded number a turn, so that a storm of one client holds nobody up;
-/// while
-///   frames wait, nothing more is read from that client.
-/// - A client that stops sending still gets what it asked for, then the connection is closed.
+/// - A client's frames are taken in order, a bounded number a turn: a storm of one client holds nobody up. While frames
+///   wait, nothing more is read from that client.
+/// - While more than 64 KiB wait for a client to read, its next frames wait too. So a client is never disconnected for
+///   the number of answers that it asked for.
 /// - A client with more than 1 MiB waiting is disconnected when more is to be sent to it.
+/// - A client that stops sending still gets what it asked for, then the connection is closed. What a client sent before
+///   it closed is taken, even if it read nothing.
 ///
 /// One thread only. The event loop outlives it, and runs once more after `close`.
 class UnixSocketDoor {
 public:
     static constexpr std::size_t framesPerTurn = 16;
+    static constexpr std::size_t maximumUnread = 64UL * 1024UL;
     static constexpr std::size_t maximumWaiting = 1024UL * 1024UL;
 
     /// Listens at `path`; see `SocketFile`. Errors: `DoorError`.
