@@ -16,17 +16,23 @@ std::string folderFrom(const char* variable) {
     return value != nullptr && value[0] == '/' ? value : "";
 }
 
+/// Empty when the environment names no place for it.
 std::string defaultStorageFile() {
-    std::string base = folderFrom("XDG_STATE_HOME");
-    if (base.empty()) {
-        base = folderFrom("HOME") + "/.local/state";
+    const std::string base = folderFrom("XDG_STATE_HOME");
+    const std::string home = folderFrom("HOME");
+    if (base.empty() && home.empty()) {
+        return "";
     }
-    return base + "/settings-host/settings.db";
+    return (base.empty() ? home + "/.local/state" : base) + "/settings-host/settings.db";
 }
 
 std::string defaultRuntimeFolder() {
     const std::string base = folderFrom("XDG_RUNTIME_DIR");
     return base.empty() ? "/tmp/settings-host-" + std::to_string(::geteuid()) : base + "/settings-host";
+}
+
+std::string refuseEmpty(const std::string& path) {
+    return path.empty() ? "the path is empty" : "";
 }
 
 constexpr const char* examples = R"(
@@ -50,10 +56,13 @@ Options parseOptions(int argumentCount, const char* const* arguments) {
     app.footer(examples);
     app.option_defaults()->always_capture_default();
     app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
-    app.add_option("--storage", options.storageFile, "Database file, made when missing")->type_name("FILE");
-    app.add_option("--socket", options.socketPath, "Socket for clients")->type_name("PATH");
+    app.add_option("--storage", options.storageFile, "Database file, made when missing")
+        ->type_name("FILE")
+        ->check(refuseEmpty);
+    app.add_option("--socket", options.socketPath, "Socket for clients")->type_name("PATH")->check(refuseEmpty);
     app.add_option("--device-socket", options.deviceSocketPath, "Socket that drives the simulated device")
-        ->type_name("PATH");
+        ->type_name("PATH")
+        ->check(refuseEmpty);
     app.add_flag("--no-web", "Open no port for settings pages (this build has none)");
     app.add_option("--log-level", options.logLevel, "Lowest level to log: 0 traces, 1 routine, 2 warnings, 3 errors")
         ->check(CLI::Range(0, 3));
@@ -69,6 +78,9 @@ Options parseOptions(int argumentCount, const char* const* arguments) {
         throw CommandLineEnd(0, std::string(version.what()) + "\n");
     } catch (const CLI::ParseError& error) {
         throw CommandLineEnd(2, std::string(error.what()) + "\n");
+    }
+    if (options.storageFile.empty()) {
+        throw CommandLineEnd(2, "--storage is required: neither XDG_STATE_HOME nor HOME names a folder\n");
     }
     options.logFormat = formats.at(format);
     return options;

@@ -2,12 +2,27 @@
 #include <cstdio>
 #include <exception>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include "Composition.h"
 #include "Options.h"
 #include "VessaLogger/LogSink.h"
 #include "logging/SpdlogSink.h"
 
 namespace {
+
+/// A standard stream that is closed would leave its number to a socket or a database file, which would then receive
+/// what is printed.
+void fillStandardStreams() {
+    int filled = 0;
+    do {
+        filled = ::open("/dev/null", O_RDWR);
+    } while (filled >= 0 && filled <= STDERR_FILENO);
+    if (filled >= 0) {
+        ::close(filled);
+    }
+}
 
 int serve(const SettingsHost::Options& options) {
     // A reader of our output or a client that goes away must not end the host.
@@ -23,6 +38,7 @@ int serve(const SettingsHost::Options& options) {
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
+    fillStandardStreams();
     try {
         return serve(SettingsHost::parseOptions(argumentCount, arguments));
     } catch (const SettingsHost::CommandLineEnd& end) {

@@ -46,8 +46,10 @@ void Database::Closer::operator()(sqlite3* open) const {
     sqlite3_close_v2(open);
 }
 
-Database::Database(const std::string& file) {
-    makeFolder(std::filesystem::absolute(file).parent_path());
+Database::Database(const std::string& path) {
+    // An absolute path is never one of the names with a meaning of their own, such as ":memory:".
+    const std::string file = std::filesystem::absolute(path).string();
+    makeFolder(std::filesystem::path(file).parent_path());
     makeFile(file);
     sqlite3* opened = nullptr;
     const int result = sqlite3_open_v2(file.c_str(), &opened, SQLITE_OPEN_READWRITE, nullptr);

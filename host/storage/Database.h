@@ -20,9 +20,9 @@ public:
 /// is open. A write that has returned survives a loss of power. One thread only.
 class Database {
 public:
-    /// Opens `file`, making it (0600) and its missing folders (0700) if need be.
+    /// Opens the file at `path`, making it (0600) and its missing folders (0700) if need be.
     /// Errors: `DatabaseError` when the file is in use, damaged, not ours, of a newer version, or cannot be opened.
-    explicit Database(const std::string& file);
+    explicit Database(const std::string& path);
 
     /// Runs one or more statements without results.
     void execute(const std::string& sql);
