@@ -33,7 +33,7 @@ struct DoorEvents {
 /// - A client that stops sending still gets what it asked for, then the connection is closed. What a client sent before
 ///   it closed is taken, even if it read nothing.
 ///
-/// One thread only. The event loop outlives it, and runs once more after `close`.
+/// The program ignores SIGPIPE. One thread only. The event loop outlives it, and runs once more after `close`.
 class UnixSocketDoor {
 public:
     static constexpr std::size_t framesPerTurn = 16;

@@ -89,4 +89,20 @@ TEST_F(OptionsTest, HelpAndVersionEndWithZeroAndWrongUsageWithTwo) {
     }
 }
 
+TEST_F(OptionsTest, AnEmptyPathIsWrongUsage) {
+    for (const auto* option : {"--storage", "--socket", "--device-socket"}) {
+        EXPECT_EQ(statusOf({option, ""}), 2) << option;
+    }
+}
+
+TEST_F(OptionsTest, WithoutAnyFolderTheDatabaseMustBeNamed) {
+    set("HOME", "");
+    EXPECT_EQ(statusOf({}), 2);
+    EXPECT_EQ(parse({"--storage", "/a"}).storageFile, "/a");
+}
+
+TEST_F(OptionsTest, TheLastOfRepeatedOptionsCounts) {
+    EXPECT_EQ(parse({"--log-level", "3", "--log-level", "0"}).logLevel, 0);
+}
+
 }  // namespace SettingsHost

@@ -51,6 +51,17 @@ TEST_F(SocketFileTest, RemovesItsSocketWhenItGoes) {
     EXPECT_TRUE(std::filesystem::exists(folder / "run"));
 }
 
+TEST_F(SocketFileTest, RemovesItsSocketOnce) {
+    SocketFile first(path);
+    first.remove();
+    EXPECT_FALSE(std::filesystem::exists(path));
+    ::close(first.takeDescriptor());
+    // Many file systems give a new file the number of the one removed last.
+    const SocketFile second(path);
+    first.remove();
+    EXPECT_NO_THROW(TestSupport::LineClient{path});
+}
+
 TEST_F(SocketFileTest, LeavesASocketThatTookItsPlace) {
     auto first = std::make_unique<SocketFile>(path);
     std::filesystem::rename(path, path + ".moved");

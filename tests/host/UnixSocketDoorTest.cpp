@@ -1,4 +1,5 @@
 #include <atomic>
+#include <csignal>
 #include <functional>
 #include <thread>
 
@@ -15,6 +16,7 @@ namespace SettingsHost {
 class UnixSocketDoorTest : public ::testing::Test {
 protected:
     UnixSocketDoorTest() {
+        std::signal(SIGPIPE, SIG_IGN);
         door = std::make_unique<UnixSocketDoor>(
             loop, folder / "door.sock",
             DoorEvents{[this](const auto& client) {
@@ -178,6 +180,41 @@ TEST_F(UnixSocketDoorTest, AClientThatDoesNotReadIsDisconnectedWithoutAGap) {
     EXPECT_TRUE(slow.closedByPeer());
     EXPECT_LT(expected, 400);
     EXPECT_GT(expected * 10000, 100000) << "it was given a chance";
+}
+
+TEST_F(UnixSocketDoorTest, AClientMayAskMuchBeforeItReadsAnything) {
+    const std::string answer(5000, 'a');
+    onFrame = [&](const auto& client, const auto& frame) { sendTo(client, frame + answer); };
+    TestSupport::LineClient client(socketPath());
+    std::string frames;
+    for (int number = 0; number < 1000; ++number) {
+        frames += std::to_string(number) + "\n";
+    }
+    client.send(frames);
+    client.finishSending();
+    for (int number = 0; number < 1000; ++number) {
+        ASSERT_EQ(client.receiveLine(), std::to_string(number) + answer);
+    }
+    EXPECT_FALSE(client.receiveLine());
+    EXPECT_TRUE(client.closedByPeer());
+}
+
+TEST_F(UnixSocketDoorTest, WhatAClientAskedIsDoneEvenIfItLeavesWithoutReading) {
+    std::atomic<int> taken{0};
+    onFrame = [&](const auto& client, const auto&) {
+        ++taken;
+        sendTo(client, std::string(5000, 'a'));
+    };
+    {
+        TestSupport::LineClient client(socketPath());
+        std::string frames;
+        for (int number = 0; number < 1000; ++number) {
+            frames += "frame\n";
+        }
+        client.send(frames);
+    }
+    waitFor([&] { return taken == 1000; });
+    waitFor([&] { return left == 1; });
 }
 
 TEST_F(UnixSocketDoorTest, StoppingSendsWhatWaitsAndRemovesTheSocket) {

@@ -21,6 +21,16 @@ protected:
         status >> user >> system;
         return user + system;
     }
+
+    /// How often the host's thread went to sleep so far.
+    std::string wakeUps() {
+        std::ifstream status("/proc/" + std::to_string(host->pid()) + "/status");
+        std::string word;
+        while (status >> word && word != "voluntary_ctxt_switches:") {
+        }
+        status >> word;
+        return word;
+    }
 };
 
 TEST_F(HostDoors, AClientThatNeverReadsIsDisconnectedAndHoldsNobodyUp) {
@@ -107,6 +117,22 @@ TEST_F(HostDoors, AtTheDescriptorLimitThoseWhoAreConnectedAreServed) {
     EXPECT_EQ(get("deviceName"), "TV");
     disconnect();
     EXPECT_EQ(get("deviceName"), "TV");
+}
+
+TEST_F(HostDoors, NothingWakesAHostThatHasNothingToDo) {
+    start({"--log-level", "3"});
+    EXPECT_EQ(get("deviceName"), "TV");
+    // A host that is still busy with the answer sleeps soon.
+    std::string before;
+    std::string after = wakeUps();
+    for (int attempt = 0; attempt < 20 && before != after; ++attempt) {
+        before = after;
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        after = wakeUps();
+    }
+    EXPECT_EQ(before, after);
+    EXPECT_EQ(get("deviceName"), "TV");
+    EXPECT_NE(wakeUps(), after) << "the figure does not move at all";
 }
 
 TEST_F(HostDoors, FramesMayComeByteByByte) {

@@ -132,6 +132,33 @@ TEST_F(HostLifecycle, LivesOnWhenNobodyReadsItsOutput) {
     EXPECT_EQ(host->wait(), 0);
 }
 
+TEST_F(HostLifecycle, StaysWhenItsTerminalGoesIfItWasToldTo) {
+    const std::string command = "trap '' HUP; exec " + std::string(SETTINGS_HOST) + " --storage " + database() +
+                                " --socket " + socket() + " --device-socket " + deviceSocket();
+    host = std::make_unique<TestSupport::ChildProcess>(Lines{"sh", "-c", command});
+    ASSERT_TRUE(host->output().readLine());
+    host->sendSignal(SIGHUP);
+    EXPECT_EQ(get("deviceName"), "TV");
+    disconnect();
+    stop();
+}
+
+TEST_F(HostLifecycle, PrintsNothingIntoItsDatabaseWhenTheStandardStreamsAreClosed) {
+    const std::string command = "exec " + std::string(SETTINGS_HOST) + " --log-level 0 --storage " + database() +
+                                " --socket " + socket() + " --device-socket " + deviceSocket() + " <&- >&- 2>&-";
+    host = std::make_unique<TestSupport::ChildProcess>(Lines{"sh", "-c", command});
+    const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
+    while (!std::filesystem::exists(deviceSocket()) && std::chrono::steady_clock::now() < until) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    ask(setRequest("deviceName", "\"Den\"") + "\n" + getRequest("[]"));
+    disconnect();
+    stop();
+    EXPECT_EQ(sql("PRAGMA integrity_check"), "ok");
+    start();
+    EXPECT_EQ(get("deviceName"), "Den");
+}
+
 TEST_F(HostLifecycle, CarriesValuesOfOlderSoftwareOver) {
     start();
     stop();

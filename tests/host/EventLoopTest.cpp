@@ -1,0 +1,58 @@
+#include <csignal>
+
+#include "support/LineClient.h"
+#include "support/TemporaryDirectory.h"
+#include "transport/EventLoop.h"
+#include "transport/UnixSocketDoor.h"
+
+namespace SettingsHost {
+
+class EventLoopTest : public ::testing::Test {
+protected:
+    EventLoopTest() {
+        loop.onSignals({SIGUSR2}, [this] {
+            ++signals;
+            loop.stop();
+        });
+    }
+
+    EventLoop loop;
+    int signals = 0;
+};
+
+TEST_F(EventLoopTest, ASignalBeforeTheRunEndsIt) {
+    TestSupport::TemporaryDirectory folder;
+    UnixSocketDoor door(loop, folder / "door.sock", DoorEvents{});
+    ::raise(SIGUSR2);
+    loop.run();
+    EXPECT_EQ(signals, 1);
+}
+
+TEST_F(EventLoopTest, DrainingEndsAtOnceWhenNothingIsOpen) {
+    int givenUp = 0;
+    loop.drain(3600000, [&] { ++givenUp; });
+    EXPECT_EQ(givenUp, 1);
+}
+
+TEST_F(EventLoopTest, DrainingWaitsForAClientThatDoesNotReadNoLongerThanASecondSignal) {
+    TestSupport::TemporaryDirectory folder;
+    const auto large = std::make_shared<const std::string>(900000, 'x');
+    UnixSocketDoor door(loop, folder / "door.sock",
+                        DoorEvents{[](const auto&) {}, [](const auto&) {},
+                                   [&](const auto& client, const auto&) {
+                                       client->send(large);
+                                       loop.stop();
+                                   },
+                                   [](const auto&) {}});
+    TestSupport::LineClient stuck(folder / "door.sock");
+    stuck.sendLine("x");
+    loop.run();
+    door.close();
+    ::raise(SIGUSR2);
+    loop.drain(3600000, [&] { door.closeNow(); });
+    EXPECT_EQ(signals, 1);
+    EXPECT_LT(stuck.receiveAll().size(), large->size());
+    EXPECT_TRUE(stuck.closedByPeer());
+}
+
+}  // namespace SettingsHost
