@@ -120,6 +120,7 @@ void SocketClient::received(ssize_t count, const char* bytes) {
 
 void SocketClient::takeFrames() {
     const auto self = shared();
+    waitsForReader = false;
     for (std::size_t taken = 0; taken < UnixSocketDoor::framesPerTurn; ++taken) {
         if (finishing || !isOpen()) {
             return;
