@@ -131,8 +131,12 @@ TEST_F(HostDoors, NothingWakesAHostThatHasNothingToDo) {
         after = wakeUps();
     }
     EXPECT_EQ(before, after);
-    EXPECT_EQ(get("deviceName"), "TV");
-    EXPECT_NE(wakeUps(), after) << "the figure does not move at all";
+    // The figure does move for a host that has something to do.
+    const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
+    while (wakeUps() == after && std::chrono::steady_clock::now() < until) {
+        EXPECT_EQ(get("deviceName"), "TV");
+    }
+    EXPECT_NE(wakeUps(), after);
 }
 
 TEST_F(HostDoors, FramesMayComeByteByByte) {
