@@ -1,3 +1,4 @@
+#include <filesystem>
 #include <fstream>
 
 #include <sqlite3.h>
@@ -70,6 +71,19 @@ protected:
     std::unique_ptr<Database> database;
     std::unique_ptr<SqliteStorage> storage;
 };
+
+TEST_F(StorageTest, EveryNameIsTheNameOfAFile) {
+    const auto before = std::filesystem::current_path();
+    std::filesystem::current_path(folder.path());
+    for (const auto* name : {":memory:", "file:x?mode=memory", "plain.db"}) {
+        file = name;
+        open();
+        EXPECT_TRUE(storage->setValue("deviceName", "Den"));
+        open();
+        EXPECT_EQ(read("deviceName"), "Den") << name;
+    }
+    std::filesystem::current_path(before);
+}
 
 TEST_F(StorageTest, KeepsValuesOverARestart) {
     open();
