@@ -8,8 +8,6 @@
 #include "guard/LocaleGuard.h"
 #include "logging/HostLog.h"
 #include "observers/LoggingObservers.h"
-#include "text/Frames.h"
-#include "transport/FrameInspector.h"
 
 namespace SettingsHost {
 
@@ -17,6 +15,23 @@ namespace {
 
 /// How long clients may take to read what waits for them when the host stops.
 constexpr unsigned farewellMilliseconds = 500;
+
+constexpr std::size_t keyBytes = 16;
+constexpr std::size_t secretBytes = 32;
+
+/// What browsers are given that came with the key. It stays the same over restarts, so that a page that is open goes on
+/// when the host is back.
+std::string browserSecret(StateStore& state) {
+    const std::string name = "browserSecret";
+    if (const auto kept = state.load(name)) {
+        return *kept;
+    }
+    const std::string made = randomHex(secretBytes);
+    if (!state.save(name, made)) {
+        logHost(VessaLogger::WARNING, "open pages will need a new address after a restart");
+    }
+    return made;
+}
 
 /// SIGHUP stops the host with its terminal, except when whoever started it wants it to stay (nohup).
 std::vector<int> stopSignals() {
@@ -31,16 +46,21 @@ std::vector<int> stopSignals() {
 }  // namespace
 
 Composition::Composition(const Options& options)
-    : hub(std::make_shared<MessageHub>()),
+    : webListener(options.listen ? std::make_unique<TcpDoor>(options.listen->address, options.listen->port) : nullptr),
+      traffic(std::make_shared<TrafficObservers>()),
+      trace(std::make_shared<MessageTrace>()),
+      hub(std::make_shared<MessageHub>(traffic)),
       database(options.storageFile),
       storage(database, [this](const std::string& key) { hub->valueChanged(key); }),
       state(database, "simulation"),
+      webState(database, "web"),
       device(std::make_shared<SimulatedDevice>(state, [this](const std::string& key) { hub->valueChanged(key); })),
       sdkBridge(std::make_shared<SimulatedSdkBridge>(state, storage, device,
                                                      [this](const std::string& key) { hub->valueChanged(key); })),
       appLaunch(std::make_shared<SimulatedAppLaunch>()),
       metrics(std::make_shared<ChangeCounter>()),
-      deviceCommands(device, sdkBridge, appLaunch) {
+      health(SETTINGS_HANDLER_VERSION) {
+    traffic->add(trace);
     // From here on a signal waits for the loop, so that even one during the start ends in a clean stop.
     loop.onSignals(stopSignals(), [this] { loop.stop(); });
     hub->perform(Origin::DEVICE, [this] { startHandler(); });
@@ -77,47 +97,66 @@ void Composition::setUnusableLocaleAside() {
             "the stored value of '" + key + "' is no array of locales; it is now under '" + newKey + "'");
 }
 
-void Composition::openDoors(const Options& options) {
-    settingsDoor = std::make_unique<UnixSocketDoor>(
-        loop, options.socketPath,
-        DoorEvents{[this](const auto& client) { hub->addClient(client); },
-                   [this](const auto& client) { hub->removeClient(client); },
-                   [this](const auto& client, const auto& frame) { hub->receive(client, frame); },
-                   [](const auto& client) { MessageHub::refuseTooLarge(*client); }});
-    deviceDoor = std::make_unique<UnixSocketDoor>(
-        loop, options.deviceSocketPath,
-        DoorEvents{[](const auto&) {}, [](const auto&) {},
-                   [this](const auto& client, const auto& frame) { executeDeviceCommand(*client, frame); },
-                   [](const auto& client) { MessageHub::refuseTooLarge(*client); }});
+DoorEvents Composition::settingsEvents() {
+    return {[this](const auto& client) { hub->addClient(client); },
+            [this](const auto& client, Departure departure) { hub->removeClient(client, departure); },
+            [this](const auto& client, const auto& frame) { hub->receive(client, frame); },
+            [this](const auto& client) { hub->refuseTooLarge(*client); }};
 }
 
-void Composition::executeDeviceCommand(Client& client, const std::string& frame) {
-    std::string answer;
-    if (const auto refusal = inspectFrame(frame)) {
-        answer = refusalFrame(refusal->code, refusal->message);
-    } else {
-        try {
-            hub->perform(Origin::DEVICE, [&] { answer = deviceCommands.execute(frame); });
-        } catch (const std::exception& error) {
-            logHost(VessaLogger::ERROR, std::string("a device command failed: ") + error.what());
-            answer = refusalFrame("failed", "the host could not carry it out; its log says why");
-        }
+DoorEvents Composition::deviceEvents() {
+    return {[this](const auto& client) { console->arrived(client); },
+            [this](const auto& client, Departure departure) { console->left(client, departure); },
+            [this](const auto& client, const auto& frame) { console->receive(client, frame); },
+            [this](const auto& client) { console->refuseTooLarge(client); }};
+}
+
+void Composition::openDoors(const Options& options) {
+    if (options.listen) {
+        webAddress = {options.listen->address, webListener->port()};
+        webKey = randomHex(keyBytes);
     }
-    client.send(std::make_shared<const std::string>(std::move(answer)));
+    console = std::make_unique<DeviceConsole>(DeviceCommands(device, sdkBridge, appLaunch), hub, traffic, trace,
+                                              pageAddress());
+    settingsDoor = std::make_unique<UnixSocketDoor>(loop, options.socketPath, Origin::SOCKET, settingsEvents());
+    deviceDoor = std::make_unique<UnixSocketDoor>(loop, options.deviceSocketPath, Origin::DEVICE, deviceEvents());
+    if (options.listen) {
+        openWebDoor(options);
+    }
+    health.setServing(true);
+}
+
+void Composition::openWebDoor(const Options& options) {
+    WebSite site{WebAccess(*webAddress, options.allowedOrigin, webKey, browserSecret(webState)),
+                 options.pagesFolder.empty() ? PageFiles() : PageFiles(options.pagesFolder),
+                 {{"/healthz", [this] { return health.answer(); }}}};
+    webDoor =
+        std::make_unique<WebDoor>(loop, std::move(webListener), std::move(site), settingsEvents(), deviceEvents());
+}
+
+std::string Composition::pageAddress() const {
+    return webAddress ? "http://" + webAddress->text() + "/?key=" + webKey : "";
 }
 
 std::string Composition::readyLine() const {
-    return "ready: socket: " + settingsDoor->path();
+    return "ready: " + (webAddress ? pageAddress() + " " : "") + "socket: " + settingsDoor->path();
 }
 
 void Composition::run() {
     loop.run();
+    health.setServing(false);
     logHost(VessaLogger::INFORMATION, "stopping");
     settingsDoor->close();
     deviceDoor->close();
+    if (webDoor) {
+        webDoor->close();
+    }
     loop.drain(farewellMilliseconds, [this] {
         settingsDoor->closeNow();
         deviceDoor->closeNow();
+        if (webDoor) {
+            webDoor->closeNow();
+        }
     });
 }
 

@@ -1,11 +1,14 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
+#include "HealthReport.h"
 #include "Options.h"
 #include "SettingsHandler/SettingsHandler.h"
-#include "commands/DeviceCommands.h"
+#include "console/DeviceConsole.h"
+#include "console/MessageTrace.h"
 #include "device/SimulatedAppLaunch.h"
 #include "device/SimulatedDevice.h"
 #include "metrics/ChangeCounter.h"
@@ -15,7 +18,9 @@
 #include "storage/TableStateStore.h"
 #include "transport/EventLoop.h"
 #include "transport/MessageHub.h"
+#include "transport/TrafficObservers.h"
 #include "transport/UnixSocketDoor.h"
+#include "web/WebDoor.h"
 
 namespace SettingsHost {
 
@@ -40,22 +45,34 @@ private:
     void startHandler();
     void setUnusableLocaleAside();
     void openDoors(const Options& options);
-    void executeDeviceCommand(Client& client, const std::string& frame);
+    void openWebDoor(const Options& options);
+    DoorEvents settingsEvents();
+    DoorEvents deviceEvents();
+    std::string pageAddress() const;
 
     // Members go in reverse order: doors before the handler, the handler before its storage.
     EventLoop loop;
+    /// Taken first, so that a host that cannot have the port leaves everything alone.
+    std::unique_ptr<TcpDoor> webListener;
+    std::optional<WebAddress> webAddress;
+    std::string webKey;
+    std::shared_ptr<TrafficObservers> traffic;
+    std::shared_ptr<MessageTrace> trace;
     std::shared_ptr<MessageHub> hub;
     Database database;
     SqliteStorage storage;
     TableStateStore state;
+    TableStateStore webState;
     std::shared_ptr<SimulatedDevice> device;
     std::shared_ptr<SimulatedSdkBridge> sdkBridge;
     std::shared_ptr<SimulatedAppLaunch> appLaunch;
     std::shared_ptr<ChangeCounter> metrics;
     std::shared_ptr<SettingsHandler::SettingsHandler> handler;
-    DeviceCommands deviceCommands;
+    std::unique_ptr<DeviceConsole> console;
     std::unique_ptr<UnixSocketDoor> settingsDoor;
     std::unique_ptr<UnixSocketDoor> deviceDoor;
+    std::unique_ptr<WebDoor> webDoor;
+    HealthReport health;
 };
 
 }  // namespace SettingsHost

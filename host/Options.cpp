@@ -2,9 +2,12 @@
 
 #include <cstdlib>
 #include <map>
+#include <stdexcept>
 
 #include <CLI/CLI.hpp>
 #include <unistd.h>
+
+#include "web/WebAccess.h"
 
 namespace SettingsHost {
 
@@ -35,10 +38,29 @@ std::string refuseEmpty(const std::string& path) {
     return path.empty() ? "the path is empty" : "";
 }
 
+std::string refuseNoOrigin(const std::string& text) {
+    return isOrigin(text) ? "" : "'" + text + "' is no origin, such as http://localhost:5173";
+}
+
+std::string refuseNoWebAddress(const std::string& text) {
+    try {
+        parseWebAddress(text);
+        return "";
+    } catch (const std::invalid_argument& error) {
+        return error.what();
+    }
+}
+
+/// Without pages of its own the host still serves clients, health and figures.
+std::string defaultPagesFolder() {
+    return ::access(SETTINGS_HANDLER_PAGES "/index.html", R_OK) == 0 ? SETTINGS_HANDLER_PAGES : "";
+}
+
 constexpr const char* examples = R"(
 Examples:
   settings-host
   settings-host --storage /tmp/try/settings.db --socket /tmp/try/settings.sock --device-socket /tmp/try/device.sock
+  settings-host --listen 127.0.0.1:9000 --pages pages/dist
   settings-host --log-level 0 --log-format json
 
 Exit status: 0 stopped by SIGINT or SIGTERM, 1 could not start, 2 wrong usage.)";
@@ -49,9 +71,13 @@ Options parseOptions(int argumentCount, const char* const* arguments) {
     Options options;
     options.storageFile = defaultStorageFile();
     options.socketPath = defaultRuntimeFolder() + "/settings.sock";
+    options.pagesFolder = defaultPagesFolder();
     options.deviceSocketPath = defaultRuntimeFolder() + "/device.sock";
 
-    CLI::App app("Serves the settings of a voice assistant at a Unix socket, with a simulated voice SDK and device.");
+    CLI::App app(
+        "Serves the settings of a voice assistant at a Unix socket and to settings pages, with a simulated voice SDK "
+        "and "
+        "device.");
     app.name("settings-host");
     app.footer(examples);
     app.option_defaults()->always_capture_default();
@@ -63,7 +89,20 @@ Options parseOptions(int argumentCount, const char* const* arguments) {
     app.add_option("--device-socket", options.deviceSocketPath, "Socket that drives the simulated device")
         ->type_name("PATH")
         ->check(refuseEmpty);
-    app.add_flag("--no-web", "Open no port for settings pages (this build has none)");
+    std::string listen = "127.0.0.1:8097";
+    CLI::Option* const listenOption =
+        app.add_option("--listen", listen, "Loopback address and port for settings pages; port 0 takes a free one")
+            ->type_name("ADDRESS:PORT")
+            ->check(refuseNoWebAddress);
+    bool noWeb = false;
+    app.add_flag("--no-web", noWeb, "Open no port for settings pages")->excludes(listenOption);
+    app.add_option("--pages", options.pagesFolder, "Folder of the settings pages")
+        ->type_name("DIR")
+        ->check(refuseEmpty);
+    app.add_option("--allow-origin", options.allowedOrigin,
+                   "Let pages of one more origin connect, such as a development server's")
+        ->type_name("URL")
+        ->check(refuseNoOrigin);
     app.add_option("--log-level", options.logLevel, "Lowest level to log: 0 traces, 1 routine, 2 warnings, 3 errors")
         ->check(CLI::Range(0, 3));
     const std::map<std::string, LogFormat> formats{{"text", LogFormat::TEXT}, {"json", LogFormat::JSON}};
@@ -83,6 +122,9 @@ Options parseOptions(int argumentCount, const char* const* arguments) {
         throw CommandLineEnd(2, "--storage is required: neither XDG_STATE_HOME nor HOME names a folder\n");
     }
     options.logFormat = formats.at(format);
+    if (!noWeb) {
+        options.listen = parseWebAddress(listen);
+    }
     return options;
 }
 

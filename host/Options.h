@@ -1,9 +1,11 @@
 #pragma once
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 
 #include "logging/SpdlogSink.h"
+#include "web/WebAddress.h"
 
 namespace SettingsHost {
 
@@ -14,6 +16,12 @@ struct Options {
     std::string deviceSocketPath;
     int logLevel = 1;
     LogFormat logFormat = LogFormat::TEXT;
+    /// Where pages are served; nowhere when empty.
+    std::optional<WebAddress> listen;
+    /// The folder of the pages; empty when there are none.
+    std::string pagesFolder;
+    /// One more origin whose pages may connect, unless empty.
+    std::string allowedOrigin;
 };
 
 /// The command line was help, version or wrong: `text` was not printed yet.

@@ -8,6 +8,9 @@ namespace SettingsHost {
 /// Who asked for what is being done; events carry it as their "origin".
 enum class Origin { SOCKET, PAGE, DEVICE };
 
+/// As it stands on the wire: "socket", "page" or "device".
+const char* originName(Origin origin);
+
 /// Somebody at one of the doors.
 class Client {
 public:

@@ -6,6 +6,8 @@
 
 #include <uv.h>
 
+#include "transport/UvHandle.h"
+
 namespace SettingsHost {
 
 class EventLoop::SignalWatch {
@@ -52,6 +54,35 @@ void EventLoop::run() {
 
 void EventLoop::stop() {
     uv_stop(loop.get());
+}
+
+namespace {
+
+class Later : public UvHandle<uv_timer_t, Later> {
+public:
+    explicit Later(std::function<void()> whatToDo) : action(std::move(whatToDo)) {}
+
+    void start() {
+        uv_timer_start(
+            get(),
+            [](uv_timer_t* timer) {
+                ownerOf(timer).closeHandle();
+                ownerOf(timer).action();
+            },
+            0, 0);
+    }
+
+private:
+    std::function<void()> action;
+};
+
+}  // namespace
+
+void EventLoop::later(std::function<void()> action) {
+    const auto task = std::make_shared<Later>(std::move(action));
+    uv_timer_init(loop.get(), task->get());
+    task->opened(task);
+    task->start();
 }
 
 void EventLoop::drain(unsigned milliseconds, std::function<void()> giveUp) {

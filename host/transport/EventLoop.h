@@ -28,6 +28,9 @@ public:
     /// what is still open, at least once.
     void drain(unsigned milliseconds, std::function<void()> giveUp);
 
+    /// Calls `action` once, soon, from the loop.
+    void later(std::function<void()> action);
+
     uv_loop_s* handle() const { return loop.get(); }
 
 private:

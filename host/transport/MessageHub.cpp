@@ -21,21 +21,6 @@ std::int64_t millisecondsSinceEpoch() {
     return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
 }
 
-const char* originName(Origin origin) {
-    switch (origin) {
-        case Origin::SOCKET:
-            return "socket";
-        case Origin::PAGE:
-            return "page";
-        default:
-            return "device";
-    }
-}
-
-std::shared_ptr<const std::string> refusal(const Refusal& reason) {
-    return std::make_shared<const std::string>(refusalFrame(reason.code, reason.message));
-}
-
 /// A writer of frames. Strings come out as valid UTF-8 whatever they held.
 class FrameWriter {
 public:
@@ -72,32 +57,53 @@ std::string payloadText(const rapidjson::Value& payload) {
 
 }  // namespace
 
-MessageHub::MessageHub() : messageIdPrefix("host-" + std::to_string(millisecondsSinceEpoch()) + "-") {}
+const char* originName(Origin origin) {
+    switch (origin) {
+        case Origin::SOCKET:
+            return "socket";
+        case Origin::PAGE:
+            return "page";
+        default:
+            return "device";
+    }
+}
+
+MessageHub::MessageHub(std::shared_ptr<TrafficObserver> trafficObserver)
+    : traffic(std::move(trafficObserver)), messageIdPrefix("host-" + std::to_string(millisecondsSinceEpoch()) + "-") {}
 
 void MessageHub::addClient(const std::shared_ptr<Client>& client) {
     clients.insert(client);
+    traffic->clientArrived(*client);
 }
 
-void MessageHub::removeClient(const std::shared_ptr<Client>& client) {
+void MessageHub::removeClient(const std::shared_ptr<Client>& client, Departure departure) {
     clients.erase(client);
+    traffic->clientLeft(*client, departure);
 }
 
 void MessageHub::refuseTooLarge(Client& client) {
-    client.send(refusal(tooLarge()));
+    refuse(client, tooLarge());
+}
+
+void MessageHub::refuse(Client& client, const Refusal& reason) {
+    sendTo(client, refusalFrame(reason.code, reason.message));
+    traffic->frameRefused(reason.code);
 }
 
 void MessageHub::receive(const std::shared_ptr<Client>& client, const std::string& frame) {
+    traffic->frameReceived(*client, frame);
     if (const auto reason = inspectFrame(frame)) {
-        client->send(refusal(*reason));
+        refuse(*client, *reason);
         return;
     }
     const auto type = requestType(frame);
     if (!type || handlers.count(*type) == 0) {
-        client->send(refusal({"unknown-type", R"("type" must be one of the request types 7, 18, 19, 22, 24)"}));
+        refuse(*client, {"unknown-type", R"("type" must be one of the request types 7, 18, 19, 22, 24)"});
         return;
     }
     if (*type == CommunicationHandler::SET_SETTINGS && !requestMayReachHandler(frame)) {
         logHost(VessaLogger::ERROR, "a locale value that is no array within the nesting limit was kept away");
+        traffic->requestHandled(*type, RequestOutcome::KEPT_AWAY);
         return;
     }
     deliver(client, *type, frame);
@@ -106,11 +112,14 @@ void MessageHub::receive(const std::shared_ptr<Client>& client, const std::strin
 void MessageHub::deliver(const std::shared_ptr<Client>& client, int type, const std::string& frame) {
     asker = client;
     askedType = type;
+    outcome = RequestOutcome::SILENT;
     try {
         perform(client->origin(), [&] { handlers.at(type)(frame); });
     } catch (const std::exception& error) {
         logHost(VessaLogger::ERROR, "a request of type " + std::to_string(type) + " failed: " + error.what());
+        outcome = RequestOutcome::FAILED;
     }
+    traffic->requestHandled(type, outcome);
     asker.reset();
 }
 
@@ -159,10 +168,18 @@ void MessageHub::sendToAll(std::string frame) {
     for (const auto& client : clients) {
         client->send(shared);
     }
+    traffic->frameSent(nullptr, *shared);
+}
+
+void MessageHub::sendTo(Client& client, std::string frame) {
+    const auto shared = std::make_shared<const std::string>(std::move(frame));
+    client.send(shared);
+    traffic->frameSent(&client, *shared);
 }
 
 std::string MessageHub::sendMessage(int messageType, rapidjson::Document& payload) {
     ++sequence;
+    outcome = RequestOutcome::CHANGED;
     const std::string messageId = messageIdPrefix + std::to_string(sequence);
     std::string settingDBId;
     if (Utils::RapidjsonUtil::tryGetStringMember(payload, "settingDBId", settingDBId)) {
@@ -187,7 +204,8 @@ void MessageHub::sendResponse(const std::string& messageId, rapidjson::Document&
     frame.number("type", askedType);
     frame.text("messageId", messageId);
     frame.raw("payload", payloadText(payload));
-    asker->send(std::make_shared<const std::string>(frame.finish()));
+    sendTo(*asker, frame.finish());
+    outcome = RequestOutcome::ANSWERED;
 }
 
 void MessageHub::registerMessageHandler(int messageType, std::function<void(const std::string&)> handler) {

@@ -8,9 +8,11 @@
 #include <unordered_set>
 
 #include "CommunicationHandler/CommunicationHandlerInterface.h"
-#include "transport/Client.h"
+#include "transport/TrafficObserver.h"
 
 namespace SettingsHost {
+
+struct Refusal;
 
 /// The message transport behind all doors: delivers requests to the handler registered for their type, replies to the
 /// asker, events and notices to every client. It knows clients, not sockets. One thread only.
@@ -19,17 +21,17 @@ namespace SettingsHost {
 /// reported to `valueChanged` and for which the handler sent no event go to every client as one notice.
 class MessageHub : public CommunicationHandler::CommunicationHandlerInterface {
 public:
-    MessageHub();
+    explicit MessageHub(std::shared_ptr<TrafficObserver> traffic);
 
     void addClient(const std::shared_ptr<Client>& client);
-    void removeClient(const std::shared_ptr<Client>& client);
+    void removeClient(const std::shared_ptr<Client>& client, Departure departure);
 
     /// Takes one frame of `client`: refuses it, keeps it away from the handler (logged at level 3), or delivers it. An
     /// exception that the delivery lets out is logged at level 3.
     void receive(const std::shared_ptr<Client>& client, const std::string& frame);
 
     /// Answers a frame that is over the limit.
-    static void refuseTooLarge(Client& client);
+    void refuseTooLarge(Client& client);
 
     /// Runs `action` with events of `origin`.
     void perform(Origin origin, const std::function<void()>& action);
@@ -45,7 +47,10 @@ private:
     void deliver(const std::shared_ptr<Client>& client, int type, const std::string& frame);
     void sendNotice();
     void sendToAll(std::string frame);
+    void sendTo(Client& client, std::string frame);
+    void refuse(Client& client, const Refusal& reason);
 
+    std::shared_ptr<TrafficObserver> traffic;
     std::map<int, std::function<void(const std::string&)>> handlers;
     std::unordered_set<std::shared_ptr<Client>> clients;
     std::string messageIdPrefix;
@@ -55,6 +60,7 @@ private:
     Origin currentOrigin = Origin::DEVICE;
     std::shared_ptr<Client> asker;
     int askedType = 0;
+    RequestOutcome outcome = RequestOutcome::SILENT;
     std::set<std::string> changedKeys;
     std::set<std::string> announcedKeys;
 };

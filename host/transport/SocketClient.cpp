@@ -22,13 +22,15 @@ uv_buf_t bufferOf(const std::string& text, std::size_t from) {
 
 }  // namespace
 
-SocketClient::SocketClient(UnixSocketDoor& owningDoor) : door(&owningDoor), framer(maximumFrameSize) {}
+SocketClient::SocketClient(UnixSocketDoor& owningDoor, Origin origin)
+    : door(&owningDoor), clientOrigin(origin), framer(maximumFrameSize) {}
 
 void SocketClient::send(const std::shared_ptr<const std::string>& frame) {
     if (finishing || outputEnded || !isOpen()) {
         return;
     }
-    if (uv_stream_get_write_queue_size(stream()) > UnixSocketDoor::maximumWaiting) {
+    if (uv_stream_get_write_queue_size(stream()) > maximumWaiting) {
+        reason = Departure::TOO_SLOW;
         drop();
         return;
     }
@@ -77,7 +79,7 @@ void SocketClient::waitForReader() {
 
 /// Does more wait for the client than it may leave unread while it asks on?
 bool SocketClient::isBehind() {
-    return !outputEnded && uv_stream_get_write_queue_size(stream()) > UnixSocketDoor::maximumUnread;
+    return !outputEnded && uv_stream_get_write_queue_size(stream()) > maximumUnread;
 }
 
 void SocketClient::start() {

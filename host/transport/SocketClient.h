@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "transport/Client.h"
+#include "transport/DoorEvents.h"
 #include "transport/LineFramer.h"
 #include "transport/UvHandle.h"
 
@@ -16,10 +16,11 @@ class UnixSocketDoor;
 class SocketClient : public Client, public UvHandle<uv_pipe_t, SocketClient> {
 public:
     /// `owningDoor` calls `detach` before it goes.
-    explicit SocketClient(UnixSocketDoor& owningDoor);
+    SocketClient(UnixSocketDoor& owningDoor, Origin origin);
 
     void send(const std::shared_ptr<const std::string>& frame) override;
-    Origin origin() const override { return Origin::SOCKET; }
+    Origin origin() const override { return clientOrigin; }
+    Departure departure() const { return reason; }
 
     /// Reads from now on.
     void start();
@@ -42,6 +43,8 @@ private:
     void pause();
 
     UnixSocketDoor* door;
+    Origin clientOrigin;
+    Departure reason = Departure::CLOSED;
     LineFramer framer;
     bool reading = false;
     bool inputEnded = false;

@@ -1,17 +1,12 @@
 #pragma once
 
-#include <stdexcept>
 #include <string>
 
 #include <sys/types.h>
 
-namespace SettingsHost {
+#include "transport/DoorError.h"
 
-/// Why a door cannot be opened, in words for the person who starts the host.
-class DoorError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
+namespace SettingsHost {
 
 /// A listening Unix socket with its file, 0600 from its first moment. Its folder is made (0700) when it is missing, and
 /// must be a real folder of this user that nobody else can write to. The socket of a host that is gone is replaced; a

@@ -54,8 +54,9 @@ private:
     UnixSocketDoor* door;
 };
 
-UnixSocketDoor::UnixSocketDoor(EventLoop& eventLoop, const std::string& path, DoorEvents doorEvents)
-    : loop(eventLoop), events(std::move(doorEvents)), file(path), readBuffer(readSize) {
+UnixSocketDoor::UnixSocketDoor(EventLoop& eventLoop, const std::string& path, Origin originOfClients,
+                               DoorEvents doorEvents)
+    : loop(eventLoop), origin(originOfClients), events(std::move(doorEvents)), file(path), readBuffer(readSize) {
     turns = std::make_shared<Turns>(*this);
     uv_idle_init(loop.handle(), turns->get());
     turns->opened(turns);
@@ -72,7 +73,7 @@ UnixSocketDoor::~UnixSocketDoor() {
 }
 
 void UnixSocketDoor::accept() {
-    auto client = std::make_shared<SocketClient>(*this);
+    auto client = std::make_shared<SocketClient>(*this, origin);
     uv_pipe_init(loop.handle(), client->get(), 0);
     client->opened(client);
     if (uv_accept(listener->stream(), client->stream()) != 0) {
@@ -108,7 +109,7 @@ void UnixSocketDoor::remove(SocketClient& client) {
     if (entry != clients.end()) {
         const std::shared_ptr<SocketClient> gone = entry->second;
         clients.erase(entry);
-        events.left(gone);
+        events.left(gone, gone->departure());
     }
 }
 

@@ -1,12 +1,11 @@
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
-#include "transport/Client.h"
+#include "transport/DoorEvents.h"
 #include "transport/EventLoop.h"
 #include "transport/SocketFile.h"
 
@@ -14,22 +13,11 @@ namespace SettingsHost {
 
 class SocketClient;
 
-/// What a door tells its owner, always from the event loop and never from inside `Client::send`. After `left` the
-/// client is not mentioned any more.
-struct DoorEvents {
-    std::function<void(const std::shared_ptr<Client>&)> arrived;
-    std::function<void(const std::shared_ptr<Client>&)> left;
-    std::function<void(const std::shared_ptr<Client>&, const std::string& frame)> frame;
-    std::function<void(const std::shared_ptr<Client>&)> tooLarge;
-};
-
 /// A Unix socket at which clients speak newline-delimited frames.
 ///
 /// - A client's frames are taken in order, a bounded number a turn: a storm of one client holds nobody up. While frames
 ///   wait, nothing more is read from that client.
-/// - While more than 64 KiB wait for a client to read, its next frames wait too. So a client is never disconnected for
-///   the number of answers that it asked for.
-/// - A client with more than 1 MiB waiting is disconnected when more is to be sent to it.
+/// - The limits of DoorEvents.h hold.
 /// - A client that stops sending still gets what it asked for, then the connection is closed. What a client sent before
 ///   it closed is taken, even if it read nothing.
 ///
@@ -37,11 +25,9 @@ struct DoorEvents {
 class UnixSocketDoor {
 public:
     static constexpr std::size_t framesPerTurn = 16;
-    static constexpr std::size_t maximumUnread = 64UL * 1024UL;
-    static constexpr std::size_t maximumWaiting = 1024UL * 1024UL;
 
-    /// Listens at `path`; see `SocketFile`. Errors: `DoorError`.
-    UnixSocketDoor(EventLoop& loop, const std::string& path, DoorEvents events);
+    /// Listens at `path`, see `SocketFile`, for clients of `origin`. Errors: `DoorError`.
+    UnixSocketDoor(EventLoop& loop, const std::string& path, Origin origin, DoorEvents events);
     ~UnixSocketDoor();
 
     UnixSocketDoor(const UnixSocketDoor&) = delete;
@@ -65,6 +51,7 @@ private:
     void remove(SocketClient& client);
 
     EventLoop& loop;
+    Origin origin;
     DoorEvents events;
     SocketFile file;
     std::shared_ptr<Listener> listener;

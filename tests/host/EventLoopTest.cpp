@@ -22,7 +22,7 @@ protected:
 
 TEST_F(EventLoopTest, ASignalBeforeTheRunEndsIt) {
     TestSupport::TemporaryDirectory folder;
-    UnixSocketDoor door(loop, folder / "door.sock", DoorEvents{});
+    UnixSocketDoor door(loop, folder / "door.sock", Origin::SOCKET, DoorEvents{});
     ::raise(SIGUSR2);
     loop.run();
     EXPECT_EQ(signals, 1);
@@ -37,8 +37,8 @@ TEST_F(EventLoopTest, DrainingEndsAtOnceWhenNothingIsOpen) {
 TEST_F(EventLoopTest, DrainingWaitsForAClientThatDoesNotReadNoLongerThanASecondSignal) {
     TestSupport::TemporaryDirectory folder;
     const auto large = std::make_shared<const std::string>(900000, 'x');
-    UnixSocketDoor door(loop, folder / "door.sock",
-                        DoorEvents{[](const auto&) {}, [](const auto&) {},
+    UnixSocketDoor door(loop, folder / "door.sock", Origin::SOCKET,
+                        DoorEvents{[](const auto&) {}, [](const auto&, Departure) {},
                                    [&](const auto& client, const auto&) {
                                        client->send(large);
                                        loop.stop();
@@ -53,6 +53,21 @@ TEST_F(EventLoopTest, DrainingWaitsForAClientThatDoesNotReadNoLongerThanASecondS
     EXPECT_EQ(signals, 1);
     EXPECT_LT(stuck.receiveAll().size(), large->size());
     EXPECT_TRUE(stuck.closedByPeer());
+}
+
+TEST_F(EventLoopTest, DoesWhatWasPutOffSoonAndOnce) {
+    std::vector<std::string> done;
+    loop.later([&] {
+        done.push_back("first");
+        loop.later([&] {
+            done.push_back("third");
+            loop.stop();
+        });
+        done.push_back("second");
+    });
+    EXPECT_EQ(done, std::vector<std::string>{});
+    loop.run();
+    EXPECT_EQ(done, (std::vector<std::string>{"first", "second", "third"}));
 }
 
 }  // namespace SettingsHost

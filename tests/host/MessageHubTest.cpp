@@ -1,30 +1,12 @@
 #include "LogRecording.h"
+#include "RecordingClient.h"
+#include "TrafficRecording.h"
 #include "Utils/Rapidjson.h"
 #include "transport/MessageHub.h"
 
 namespace SettingsHost {
 
 namespace {
-
-class RecordingClient : public Client {
-public:
-    explicit RecordingClient(Origin ownOrigin = Origin::SOCKET) : clientOrigin(ownOrigin) {}
-    std::vector<std::shared_ptr<const std::string>> frames;
-    void send(const std::shared_ptr<const std::string>& frame) override { frames.push_back(frame); }
-    Origin origin() const override { return clientOrigin; }
-
-    std::vector<std::string> take() {
-        std::vector<std::string> texts;
-        for (const auto& frame : frames) {
-            texts.push_back(*frame);
-        }
-        frames.clear();
-        return texts;
-    }
-
-private:
-    Origin clientOrigin;
-};
 
 rapidjson::Document parsed(const std::string& text) {
     rapidjson::Document document;
@@ -62,7 +44,8 @@ protected:
     }
 
     SettingsHostTests::LogRecording log;
-    MessageHub hub;
+    std::shared_ptr<TrafficRecording> traffic = std::make_shared<TrafficRecording>();
+    MessageHub hub{traffic};
     std::shared_ptr<RecordingClient> asker = std::make_shared<RecordingClient>();
     std::shared_ptr<RecordingClient> other = std::make_shared<RecordingClient>();
     std::vector<std::string> delivered;
@@ -89,7 +72,7 @@ TEST_F(MessageHubTest, RefusesToTheSenderAloneAndStaysUsable) {
         hub.receive(asker, frame);
         EXPECT_EQ(codeOf(asker->take()), code) << frame;
     }
-    MessageHub::refuseTooLarge(*asker);
+    hub.refuseTooLarge(*asker);
     EXPECT_EQ(codeOf(asker->take()), "too-large");
     EXPECT_TRUE(other->take().empty());
     EXPECT_TRUE(delivered.empty());
@@ -215,11 +198,47 @@ TEST_F(MessageHubTest, FramesAreValidUtf8WhateverTheValues) {
 }
 
 TEST_F(MessageHubTest, AClientThatLeftIsSentNothing) {
-    hub.removeClient(other);
+    hub.removeClient(other, Departure::CLOSED);
     onDelivery = [&] { sendEvent("deviceName"); };
     hub.receive(asker, R"({"type":24})");
     EXPECT_TRUE(other->take().empty());
     EXPECT_EQ(asker->take().size(), 1U);
+}
+
+TEST_F(MessageHubTest, TellsTheTrafficObserverEverythingInOrder) {
+    onDelivery = [&] {
+        hub.valueChanged("timezone");
+        rapidjson::Document payload(rapidjson::kObjectType);
+        hub.sendResponse("m1", payload);
+    };
+    hub.receive(asker, R"({"type":7})");
+    hub.receive(asker, "x");
+    hub.receive(asker, R"({"type":24,"payload":{"settingDBId":"orliaLocale","to":"{}"}})");
+    hub.refuseTooLarge(*other);
+    hub.removeClient(other, Departure::TOO_SLOW);
+    const std::string notJson = R"({"error":{"code":"not-json","message":"the frame is not JSON"}})";
+    const std::string tooLargeText = *other->frames.back();
+    EXPECT_EQ(traffic->take(),
+              (std::vector<std::string>{"arrived socket", "arrived socket", R"(received {"type":7})",
+                                        R"(sent to one {"type":7,"messageId":"m1","payload":{}})",
+                                        R"(sent to all {"notice":{"reread":["timezone"]}})", "handled 7 ANSWERED",
+                                        "received x", "sent to one " + notJson, "refused not-json",
+                                        R"(received {"type":24,"payload":{"settingDBId":"orliaLocale","to":"{}"}})",
+                                        "handled 24 KEPT_AWAY", "sent to one " + tooLargeText, "refused too-large",
+                                        "left socket TOO_SLOW"}));
+}
+
+TEST_F(MessageHubTest, TellsWhatBecameOfEachRequest) {
+    traffic->take();
+    const auto outcomeOf = [&](std::function<void()> action) {
+        onDelivery = std::move(action);
+        hub.receive(asker, R"({"type":24})");
+        return traffic->take().back();
+    };
+    EXPECT_EQ(outcomeOf([&] { sendEvent("deviceName"); }), "handled 24 CHANGED");
+    EXPECT_EQ(outcomeOf([] {}), "handled 24 SILENT");
+    EXPECT_EQ(outcomeOf([] { throw std::runtime_error("x"); }), "handled 24 FAILED");
+    EXPECT_EQ(outcomeOf([] {}), "handled 24 SILENT");
 }
 
 }  // namespace SettingsHost

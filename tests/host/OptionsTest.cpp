@@ -73,6 +73,25 @@ TEST_F(OptionsTest, EveryOptionIsTaken) {
     EXPECT_EQ(options.deviceSocketPath, "/c");
     EXPECT_EQ(options.logLevel, 3);
     EXPECT_EQ(options.logFormat, LogFormat::JSON);
+    EXPECT_FALSE(options.listen);
+}
+
+TEST_F(OptionsTest, PagesAreServedUnlessForbidden) {
+    EXPECT_EQ(parse({}).listen.value().text(), "127.0.0.1:8097");
+    const Options options =
+        parse({"--listen", "[::1]:9000", "--pages", "/pages", "--allow-origin", "http://localhost:5173"});
+    EXPECT_EQ(options.listen.value().text(), "[::1]:9000");
+    EXPECT_EQ(options.pagesFolder, "/pages");
+    EXPECT_EQ(options.allowedOrigin, "http://localhost:5173");
+}
+
+TEST_F(OptionsTest, RefusesAddressesAndOriginsThatAreNone) {
+    EXPECT_EQ(statusOf({"--listen", "0.0.0.0:8097"}), 2);
+    EXPECT_EQ(statusOf({"--listen", "127.0.0.1"}), 2);
+    EXPECT_EQ(statusOf({"--listen", "127.0.0.1:1", "--no-web"}), 2);
+    EXPECT_EQ(statusOf({"--allow-origin", "*"}), 2);
+    EXPECT_EQ(statusOf({"--allow-origin", "http://localhost:5173/"}), 2);
+    EXPECT_EQ(statusOf({"--pages", ""}), 2);
 }
 
 TEST_F(OptionsTest, HelpAndVersionEndWithZeroAndWrongUsageWithTwo) {

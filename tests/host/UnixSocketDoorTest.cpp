@@ -18,13 +18,14 @@ protected:
     UnixSocketDoorTest() {
         std::signal(SIGPIPE, SIG_IGN);
         door = std::make_unique<UnixSocketDoor>(
-            loop, folder / "door.sock",
+            loop, folder / "door.sock", Origin::DEVICE,
             DoorEvents{[this](const auto& client) {
                            clients.push_back(client);
                            ++arrived;
                        },
-                       [this](const auto& client) {
+                       [this](const auto& client, Departure departure) {
                            clients.erase(std::find(clients.begin(), clients.end(), client));
+                           tooSlow += departure == Departure::TOO_SLOW ? 1 : 0;
                            ++left;
                        },
                        [this](const auto& client, const auto& frame) { onFrame(client, frame); },
@@ -70,6 +71,7 @@ protected:
         [](const std::shared_ptr<Client>& client, const std::string& frame) { sendTo(client, "<" + frame + ">"); };
     std::atomic<int> arrived{0};
     std::atomic<int> left{0};
+    std::atomic<int> tooSlow{0};
     std::thread thread;
 };
 
@@ -94,6 +96,7 @@ TEST_F(UnixSocketDoorTest, AClientThatStopsSendingGetsAllItsAnswers) {
     client.finishSending();
     EXPECT_EQ(client.receiveAll(), answers);
     waitFor([&] { return left == 1; });
+    EXPECT_EQ(tooSlow, 0);
 }
 
 TEST_F(UnixSocketDoorTest, WhatAClientSentBeforeItLeftIsTaken) {
@@ -172,6 +175,7 @@ TEST_F(UnixSocketDoorTest, AClientThatDoesNotReadIsDisconnectedWithoutAGap) {
     asking.sendLine("flood");
     EXPECT_EQ(asking.receiveLine(), "sent");
     waitFor([&] { return left == 1; });
+    EXPECT_EQ(tooSlow, 1);
     int expected = 0;
     while (const auto line = slow.receiveLine()) {
         ASSERT_EQ(*line, std::to_string(expected) + " " + *frame);

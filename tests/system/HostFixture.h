@@ -38,6 +38,7 @@ protected:
     std::unique_ptr<TestSupport::ChildProcess> launch(const Lines& moreArguments = {}) {
         Lines arguments{SETTINGS_HOST, "--storage",       database(),    "--socket",
                         socket(),      "--device-socket", deviceSocket()};
+        arguments.insert(arguments.end(), webArguments.begin(), webArguments.end());
         arguments.insert(arguments.end(), moreArguments.begin(), moreArguments.end());
         return std::make_unique<TestSupport::ChildProcess>(arguments);
     }
@@ -133,6 +134,7 @@ protected:
         return text.find(part) != std::string::npos;
     }
 
+    Lines webArguments{"--no-web"};
     TestSupport::TemporaryDirectory folder;
     std::unique_ptr<TestSupport::ChildProcess> host;
     std::unique_ptr<TestSupport::LineClient> ownClient;

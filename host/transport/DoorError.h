@@ -1,0 +1,13 @@
+#pragma once
+
+#include <stdexcept>
+
+namespace SettingsHost {
+
+/// Why a door cannot be opened, in words for the person who starts the host.
+class DoorError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+}  // namespace SettingsHost

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "transport/Client.h"
+
+namespace SettingsHost {
+
+/// Limits that hold for a client at any door.
+///
+/// - While more than `maximumUnread` bytes wait for a client to read, its next frames wait too. So a client is never
+///   disconnected for the number of answers that it asked for.
+/// - A client with more than `maximumWaiting` bytes waiting is disconnected when more is to be sent to it.
+constexpr std::size_t maximumUnread = 64UL * 1024UL;
+constexpr std::size_t maximumWaiting = 1024UL * 1024UL;
+
+/// Why a client is gone.
+enum class Departure { CLOSED, TOO_SLOW };
+
+/// What a door tells its owner, always from the event loop and never from inside `Client::send`. After `left` the
+/// client is not mentioned any more.
+struct DoorEvents {
+    std::function<void(const std::shared_ptr<Client>&)> arrived;
+    std::function<void(const std::shared_ptr<Client>&, Departure)> left;
+    std::function<void(const std::shared_ptr<Client>&, const std::string& frame)> frame;
+    /// Only doors at which the rest of such a frame can be skipped.
+    std::function<void(const std::shared_ptr<Client>&)> tooLarge;
+};
+
+}  // namespace SettingsHost

@@ -1,0 +1,132 @@
+#include "transport/TcpDoor.h"
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "transport/DoorError.h"
+#include "transport/UvHandle.h"
+
+namespace SettingsHost {
+
+namespace {
+
+constexpr int connectionsThatMayWait = 128;
+
+struct Endpoint {
+    sockaddr_storage storage{};
+    socklen_t size = 0;
+
+    sockaddr* generic() { return reinterpret_cast<sockaddr*>(&storage); }
+};
+
+Endpoint endpointOf(const std::string& address, std::uint16_t port) {
+    Endpoint endpoint;
+    auto* const version4 = reinterpret_cast<sockaddr_in*>(&endpoint.storage);
+    auto* const version6 = reinterpret_cast<sockaddr_in6*>(&endpoint.storage);
+    if (::inet_pton(AF_INET, address.c_str(), &version4->sin_addr) == 1) {
+        version4->sin_family = AF_INET;
+        version4->sin_port = htons(port);
+        endpoint.size = sizeof(sockaddr_in);
+    } else if (::inet_pton(AF_INET6, address.c_str(), &version6->sin6_addr) == 1) {
+        version6->sin6_family = AF_INET6;
+        version6->sin6_port = htons(port);
+        endpoint.size = sizeof(sockaddr_in6);
+    } else {
+        throw DoorError("'" + address + "' is no numeric address");
+    }
+    return endpoint;
+}
+
+std::uint16_t portOf(int descriptor) {
+    Endpoint endpoint;
+    endpoint.size = sizeof(endpoint.storage);
+    ::getsockname(descriptor, endpoint.generic(), &endpoint.size);
+    // The port stands at the same place in both versions.
+    return ntohs(reinterpret_cast<sockaddr_in*>(&endpoint.storage)->sin_port);
+}
+
+int openSpare() {
+    return ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+}
+
+}  // namespace
+
+/// Reports that connections wait.
+class TcpDoor::Watch : public UvHandle<uv_poll_t, Watch> {
+public:
+    explicit Watch(TcpDoor& owningDoor) : door(&owningDoor) {}
+
+    void start(uv_loop_t* loop, int descriptor, const std::shared_ptr<Watch>& self) {
+        uv_poll_init(loop, get(), descriptor);
+        opened(self);
+        uv_poll_start(get(), UV_READABLE, [](uv_poll_t* poll, int, int) { ownerOf(poll).door->accept(); });
+    }
+
+private:
+    TcpDoor* door;
+};
+
+TcpDoor::TcpDoor(const std::string& address, std::uint16_t port) {
+    Endpoint endpoint = endpointOf(address, port);
+    descriptor = ::socket(endpoint.storage.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    const int on = 1;
+    // Lets a host that starts again have the port of the one before; never that of one which still listens.
+    const bool listens = descriptor >= 0 && ::setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on)) == 0 &&
+                         ::bind(descriptor, endpoint.generic(), endpoint.size) == 0 &&
+                         ::listen(descriptor, connectionsThatMayWait) == 0;
+    if (!listens) {
+        const std::string reason = std::strerror(errno);
+        close();
+        throw DoorError("cannot listen at " + address + " port " + std::to_string(port) + ": " + reason);
+    }
+    boundPort = portOf(descriptor);
+    spare = openSpare();
+}
+
+TcpDoor::~TcpDoor() {
+    close();
+}
+
+void TcpDoor::start(EventLoop& loop, Taker taker) {
+    take = std::move(taker);
+    watch = std::make_shared<Watch>(*this);
+    watch->start(loop.handle(), descriptor, watch);
+}
+
+void TcpDoor::accept() {
+    const int accepted = ::accept4(descriptor, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
+    if (accepted >= 0) {
+        take(accepted);
+    } else if (errno == EMFILE || errno == ENFILE) {
+        turnAway();
+    }
+}
+
+void TcpDoor::turnAway() {
+    ::close(spare);
+    const int accepted = ::accept4(descriptor, nullptr, nullptr, SOCK_CLOEXEC);
+    if (accepted >= 0) {
+        ::close(accepted);
+    }
+    spare = openSpare();
+}
+
+void TcpDoor::close() {
+    if (watch) {
+        watch->closeHandle();
+    }
+    for (int* const open : {&descriptor, &spare}) {
+        if (*open >= 0) {
+            ::close(std::exchange(*open, -1));
+        }
+    }
+}
+
+}  // namespace SettingsHost

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+
+namespace SettingsHost {
+
+/// A file that pages are made of.
+struct PageFile {
+    std::string contentType;
+    std::shared_ptr<const std::string> content;
+};
+
+/// The files of a folder and its sub-folders, read once. What is not among them then cannot be asked for by any
+/// spelling of its name; so links, hidden files and everything that is no plain file are left out.
+class PageFiles {
+public:
+    static constexpr std::size_t maximumSize = 16UL * 1024UL * 1024UL;
+
+    /// No files.
+    PageFiles() = default;
+    /// Reads `folder`. Errors: `std::runtime_error` in words for a person, also when there is no "index.html" or the
+    /// files are larger than `maximumSize` in all.
+    explicit PageFiles(const std::string& folder);
+
+    /// The file at `path` of an address: "/assets/main.js"; "/" is index.html, "/device" is device.html. Null when
+    /// there is none.
+    const PageFile* find(const std::string& path) const;
+
+private:
+    std::map<std::string, PageFile> files;
+};
+
+}  // namespace SettingsHost

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <unordered_map>
+
+#include "transport/DoorEvents.h"
+#include "transport/EventLoop.h"
+#include "transport/TcpDoor.h"
+#include "web/HttpAnswer.h"
+#include "web/PageFiles.h"
+#include "web/WebAccess.h"
+
+struct lws;
+struct lws_context;
+struct lws_vhost;
+struct lws_retry_bo;
+
+namespace SettingsHost {
+
+class WebSocketClient;
+
+/// What the web port has to offer.
+struct WebSite {
+    WebAccess access;
+    PageFiles pages;
+    /// Paths that need no key, such as "/healthz", and what answers them.
+    std::map<std::string, std::function<HttpAnswer()>> endpoints;
+    /// A WebSocket from which nothing comes for so long is pinged, and dropped when nothing comes for as long again.
+    std::uint16_t secondsUntilPing = 15;
+};
+
+/// The web port: pages and figures by HTTP, and two WebSockets with one frame a text message.
+///
+/// - `/settings`, subprotocol `settings.v1`: what the settings socket speaks, for clients of origin PAGE.
+/// - `/device`, subprotocol `device.v1`: what the device socket speaks, for clients of origin DEVICE.
+///
+/// The limits of DoorEvents.h hold. A message over the frame limit closes its connection with 1009, a binary one with
+/// 1003. At most `maximumConnections` are served at a time; more are closed as they arrive.
+///
+/// One thread only. The event loop outlives it, and runs once more after `closeNow`.
+class WebDoor {
+public:
+    static constexpr unsigned maximumConnections = 128;
+
+    /// Errors: `DoorError`.
+    WebDoor(EventLoop& loop, std::unique_ptr<TcpDoor> listener, WebSite site, DoorEvents settingsEvents,
+            DoorEvents deviceEvents);
+    ~WebDoor();
+
+    WebDoor(const WebDoor&) = delete;
+    WebDoor& operator=(const WebDoor&) = delete;
+
+    /// Takes no more connections, and closes each WebSocket when what waits for it is sent.
+    void close();
+    /// Closes the connections that are left at once.
+    void closeNow();
+
+private:
+    class Callbacks;
+
+    void createContext();
+    void adopt(int descriptor);
+    bool serveRequest(lws* connection, const std::string& path);
+    bool continueAnswer(lws* connection);
+    /// Returns: true when the connection may become a WebSocket; otherwise it was answered.
+    bool admitWebSocket(lws* connection);
+    HttpAnswer answerFor(lws* connection, const std::string& path) const;
+    void open(lws* connection, Origin origin);
+    void remove(lws* connection);
+
+    EventLoop& loop;
+    std::unique_ptr<TcpDoor> listener;
+    WebSite site;
+    DoorEvents settingsEvents;
+    DoorEvents deviceEvents;
+    lws_context* context = nullptr;
+    lws_vhost* vhost = nullptr;
+    std::unique_ptr<lws_retry_bo> liveness;
+    std::unordered_map<lws*, HttpExchange> exchanges;
+    std::unordered_map<lws*, std::shared_ptr<WebSocketClient>> clients;
+    bool closing = false;
+    /// Tells what was put off whether the door is still there.
+    std::shared_ptr<int> alive = std::make_shared<int>();
+};
+
+}  // namespace SettingsHost

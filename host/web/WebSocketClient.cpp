@@ -1,0 +1,113 @@
+#include "web/WebSocketClient.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include <libwebsockets.h>
+
+#include "transport/FrameInspector.h"
+
+namespace SettingsHost {
+
+WebSocketClient::WebSocketClient(lws* itsConnection, Origin origin, const DoorEvents& doorEvents)
+    : connection(itsConnection), clientOrigin(origin), events(doorEvents) {}
+
+void WebSocketClient::send(const std::shared_ptr<const std::string>& frame) {
+    if (gone || finishing) {
+        return;
+    }
+    if (waitingBytes > maximumWaiting) {
+        drop();
+        return;
+    }
+    waiting.push_back(frame);
+    waitingBytes += frame->size();
+    lws_callback_on_writable(connection);
+}
+
+void WebSocketClient::drop() {
+    gone = true;
+    departure = Departure::TOO_SLOW;
+    waiting.clear();
+    lws_set_timeout(connection, PENDING_TIMEOUT_USER_REASON_BASE, LWS_TO_KILL_ASYNC);
+}
+
+void WebSocketClient::arrived() {
+    events.arrived(shared_from_this());
+}
+
+bool WebSocketClient::received(const char* bytes, std::size_t size) {
+    if (gone || finishing) {
+        return true;
+    }
+    if (lws_frame_is_binary(connection) != 0) {
+        return close(LWS_CLOSE_STATUS_UNACCEPTABLE_OPCODE, "text frames only");
+    }
+    if (message.size() + size > maximumFrameSize) {
+        return close(LWS_CLOSE_STATUS_MESSAGE_TOO_LARGE, "a frame over 64 KiB");
+    }
+    message.append(bytes, size);
+    if (lws_is_final_fragment(connection) == 0 || lws_remaining_packet_payload(connection) != 0) {
+        return true;
+    }
+    const std::string frame = std::exchange(message, {});
+    events.frame(shared_from_this(), frame);
+    if (!paused && !gone && isBehind()) {
+        paused = true;
+        lws_rx_flow_control(connection, 0);
+    }
+    return true;
+}
+
+bool WebSocketClient::writable() {
+    if (gone) {
+        return false;
+    }
+    if (waiting.empty()) {
+        if (finishing) {
+            // A connection that is closed from here goes without a word.
+            lws_set_timer_usecs(connection, 1);
+        }
+        return true;
+    }
+    const auto frame = waiting.front();
+    waiting.pop_front();
+    waitingBytes -= frame->size();
+    std::vector<unsigned char> buffer(LWS_PRE + frame->size());
+    std::copy(frame->begin(), frame->end(), buffer.begin() + LWS_PRE);
+    if (lws_write(connection, buffer.data() + LWS_PRE, frame->size(), LWS_WRITE_TEXT) < 0) {
+        return false;
+    }
+    if (paused && !isBehind()) {
+        paused = false;
+        lws_rx_flow_control(connection, 1);
+    }
+    if (!waiting.empty() || finishing) {
+        lws_callback_on_writable(connection);
+    }
+    return true;
+}
+
+bool WebSocketClient::timerExpired() {
+    return close(LWS_CLOSE_STATUS_GOINGAWAY, "the host stops");
+}
+
+void WebSocketClient::finish() {
+    finishing = true;
+    lws_callback_on_writable(connection);
+}
+
+bool WebSocketClient::close(unsigned short status, const char* reason) {
+    gone = true;
+    std::vector<unsigned char> text(reason, reason + std::char_traits<char>::length(reason));
+    lws_close_reason(connection, static_cast<lws_close_status>(status), text.data(), text.size());
+    return false;
+}
+
+void WebSocketClient::left() {
+    gone = true;
+    events.left(shared_from_this(), departure);
+}
+
+}  // namespace SettingsHost

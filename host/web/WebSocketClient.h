@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <memory>
+#include <string>
+
+#include "transport/Client.h"
+#include "transport/DoorEvents.h"
+
+struct lws;
+
+namespace SettingsHost {
+
+/// One WebSocket connection. Its door calls the operations below as the connection does what they say; those that
+/// return a bool answer false when the connection is to be closed now.
+class WebSocketClient : public Client, public std::enable_shared_from_this<WebSocketClient> {
+public:
+    WebSocketClient(lws* connection, Origin origin, const DoorEvents& events);
+
+    void send(const std::shared_ptr<const std::string>& frame) override;
+    Origin origin() const override { return clientOrigin; }
+
+    void arrived();
+    /// A piece of a message came in.
+    bool received(const char* bytes, std::size_t size);
+    /// The connection takes more.
+    bool writable();
+    /// The moment to close has come.
+    bool timerExpired();
+    void left();
+
+    /// Closes when everything that waits is sent.
+    void finish();
+
+private:
+    bool close(unsigned short status, const char* reason);
+    bool isBehind() const { return waitingBytes > maximumUnread; }
+    void drop();
+
+    lws* connection;
+    Origin clientOrigin;
+    const DoorEvents& events;
+    std::string message;
+    std::deque<std::shared_ptr<const std::string>> waiting;
+    std::size_t waitingBytes = 0;
+    bool paused = false;
+    bool finishing = false;
+    bool gone = false;
+    Departure departure = Departure::CLOSED;
+};
+
+}  // namespace SettingsHost

@@ -1,0 +1,95 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "support/LineReader.h"
+
+namespace TestSupport {
+
+/// A TCP connection to a loopback port that sends and receives what it is told, byte by byte.
+class TcpConnection {
+public:
+    /// Connects to 127.0.0.1; throws when nobody listens. `receiveBuffer` limits what the kernel takes for it, unless
+    /// 0.
+    explicit TcpConnection(std::uint16_t port, int receiveBuffer = 0);
+    ~TcpConnection();
+
+    TcpConnection(const TcpConnection&) = delete;
+    TcpConnection& operator=(const TcpConnection&) = delete;
+
+    /// Sends all of `bytes`. Returns: false when the other side is gone.
+    bool send(const std::string& bytes);
+    /// Exactly `count` bytes; nothing when the other side closed before or they did not come in time.
+    std::optional<std::string> receive(std::size_t count, std::chrono::milliseconds deadline = patience);
+    /// Up to and with `end`.
+    std::optional<std::string> receiveUntil(const std::string& end, std::chrono::milliseconds deadline = patience);
+    /// Everything until the other side closes, or what came in time.
+    std::string receiveAll(std::chrono::milliseconds deadline = patience);
+    bool closedByPeer() const { return ended; }
+
+private:
+    bool fill(std::chrono::steady_clock::time_point until);
+
+    int socket;
+    std::string pending;
+    bool ended = false;
+};
+
+struct HttpResponse {
+    int status = 0;
+    /// By lower-case name.
+    std::map<std::string, std::string> headers;
+    std::string body;
+};
+
+/// Sends `request`, a head without its last blank line, and reads one answer. Status 0: none came.
+HttpResponse askHttp(TcpConnection& connection, const std::string& request, bool expectBody = true);
+
+/// GET of `target` over a connection of its own, with `headers` ("Name: value") besides Host, which is
+/// "127.0.0.1:PORT" unless given.
+HttpResponse httpGet(std::uint16_t port, const std::string& target, const std::vector<std::string>& headers = {});
+
+/// A WebSocket as a browser opens it.
+class WebSocket {
+public:
+    struct Message {
+        /// 1 text, 2 binary, 8 close, 9 ping, 10 pong.
+        int kind = 0;
+        std::string payload;
+
+        /// The status of a close message; 0 when it has none.
+        int closeStatus() const;
+    };
+
+    /// Asks for an upgrade; `status()` says how that ended.
+    WebSocket(std::uint16_t port, const std::string& target, const std::string& protocol,
+              const std::vector<std::string>& headers = {}, int receiveBuffer = 0);
+
+    /// 101 when the WebSocket is open.
+    int status() const { return handshake.status; }
+    const HttpResponse& answer() const { return handshake; }
+
+    bool sendText(const std::string& text) { return sendFrame(1, text, true); }
+    /// `kind` 0 continues a message; `final` ends it.
+    bool sendFrame(int kind, const std::string& payload, bool final);
+    bool sendRaw(const std::string& bytes) { return connection.send(bytes); }
+
+    /// The next message, pings answered on the way unless `answerPings` is false.
+    std::optional<Message> receive(std::chrono::milliseconds deadline = patience);
+    /// The next text; nothing when something else or nothing came.
+    std::optional<std::string> receiveText(std::chrono::milliseconds deadline = patience);
+    bool closedByPeer() const { return connection.closedByPeer(); }
+
+    bool answerPings = true;
+
+private:
+    TcpConnection connection;
+    HttpResponse handshake;
+};
+
+}  // namespace TestSupport
