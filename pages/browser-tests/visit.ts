@@ -65,3 +65,12 @@ export async function visit(
     await context.close();
   }
 }
+
+/** Insists that nothing is cut off or scrolled to at the sides. */
+export async function expectNoSidewaysScroll(page: Page): Promise<void> {
+  const { content, window } = await page.evaluate(() => ({
+    content: document.documentElement.scrollWidth,
+    window: document.documentElement.clientWidth,
+  }));
+  expect(content, 'width of the page').toBeLessThanOrEqual(window);
+}

@@ -70,7 +70,7 @@ function Line({ message, selected, onClick }: LineProps): JSX.Element {
       <span>{timeOfDay(timestamp)}</span>
       <span>{direction === 'in' ? '→ in' : '← out'}</span>
       <span>
-        {door} {client ?? 'all'}
+        {door} {client}
       </span>
       <span>{kind}</span>
       <code>{summary(text)}</code>

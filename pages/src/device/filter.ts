@@ -10,13 +10,18 @@ export interface Filter {
 
 export const everything: Filter = { text: '', direction: null, door: null, kind: null };
 
+/** A frame to all passed at the socket and on the pages, too. */
+function passes(door: Door, wanted: Door | null): boolean {
+  return wanted === null || door === wanted || (door === 'all' && wanted !== 'device');
+}
+
 /** Those of `messages` that fit; upper and lower case of the text are the same. */
 export function filterMessages(messages: readonly Message[], filter: Filter): readonly Message[] {
   const wanted = filter.text.toLowerCase();
   return messages.filter(
     ({ direction, door, kind, text }) =>
       (filter.direction ?? direction) === direction &&
-      (filter.door ?? door) === door &&
+      passes(door, filter.door) &&
       (filter.kind ?? kind) === kind &&
       text.toLowerCase().includes(wanted),
   );

@@ -79,7 +79,7 @@ test('the clipboard gets one line per message with the frame as it was', () => {
     kind: 'other',
     text: '{"a":"\u202e"}',
   };
-  expect(asText([message, { ...message, direction: 'out', client: null }])).toBe(
-    '03:04:05.006 in page 4 {"a":"\u202e"}\n03:04:05.006 out page all {"a":"\u202e"}\n',
+  expect(asText([message, { ...message, direction: 'out', door: 'all', client: null }])).toBe(
+    '03:04:05.006 in page 4 {"a":"\u202e"}\n03:04:05.006 out all {"a":"\u202e"}\n',
   );
 });

@@ -70,7 +70,7 @@ export function asText(messages: readonly Message[]): string {
   return messages
     .map(
       ({ timestamp, direction, door, client, text }) =>
-        `${timeOfDay(timestamp)} ${direction} ${door} ${client ?? 'all'} ${text}\n`,
+        `${timeOfDay(timestamp)} ${direction} ${door}${client === null ? '' : ` ${client}`} ${text}\n`,
     )
     .join('');
 }

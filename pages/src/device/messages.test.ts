@@ -27,7 +27,11 @@ test('a state of the device is an answer, and what no client would send is other
 test('a trace is read member by member', () => {
   const trace = { timestamp: 5, direction: 'out', door: 'page', client: 3, text: '{}' };
   expect(traceOf({ trace })).toEqual(trace);
-  expect(traceOf({ trace: { ...trace, client: null, more: 1 } })).toEqual({ ...trace, client: null });
+  expect(traceOf({ trace: { ...trace, door: 'all', client: null, more: 1 } })).toEqual({
+    ...trace,
+    door: 'all',
+    client: null,
+  });
 });
 
 test('what is no trace is none', () => {

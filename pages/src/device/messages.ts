@@ -1,8 +1,9 @@
 export type Direction = 'in' | 'out';
-export type Door = 'socket' | 'page' | 'device';
+/** Where a frame passed; "all" is a frame to every client of the settings, at the socket and on pages. */
+export type Door = 'socket' | 'page' | 'device' | 'all';
 
 export const directions: readonly Direction[] = ['in', 'out'];
-export const doors: readonly Door[] = ['socket', 'page', 'device'];
+export const doors: readonly Door[] = ['socket', 'page', 'device', 'all'];
 
 /** What a frame is, told from its text alone. */
 export type FrameKind =

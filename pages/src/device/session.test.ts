@@ -5,7 +5,7 @@ import type { Trace } from './messages';
 import { DeviceSession, refreshPause } from './session';
 
 const enableTraces = '{"command":"trace","enabled":true}';
-const refresh = '{"command":"show","refresh":true}';
+const refresh = '{"command":"show"}';
 
 let sent: string[];
 let changes: number;
@@ -85,25 +85,13 @@ test('the state is asked for once after a burst of traces', () => {
   expect(sent).toEqual([refresh]);
 });
 
-test('questions for the state, of this page or another, are neither listed nor a reason to ask', () => {
+test('a trace that cannot be read is neither listed nor taken for an answer', async () => {
   open();
-  for (const client of [4, 5]) {
-    receiveTrace({ door: 'device', client, text: refresh });
-    receiveTrace({ door: 'device', direction: 'out', client, text: '{"device":{}}' });
-  }
-  vi.advanceTimersByTime(refreshPause * 10);
+  const outcome = session.run({ command: 'captions', enabled: true });
+  session.received('{"trace":{"direction":"sideways"}}');
+  session.received('{"ok":true}');
+  expect(await outcome).toEqual({ ok: true });
   expect(listed()).toEqual([]);
-  expect(sent).toEqual([]);
-});
-
-test('what a person or a program asks at the device door is listed', () => {
-  open();
-  receiveTrace({ door: 'device', client: 4, text: refresh });
-  receiveTrace({ door: 'device', client: 5, text: '{"command":"show"}' });
-  receiveTrace({ door: 'device', client: 5, direction: 'out', text: '{"device":{}}' });
-  receiveTrace({ door: 'device', client: 4, direction: 'out', text: '{"device":{}}' });
-  receiveTrace({ door: 'page', client: 4, text: refresh });
-  expect(listed()).toEqual(['{"command":"show"}', '{"device":{}}', refresh]);
 });
 
 test('a lost connection answers what waits and forgets no message and no state', async () => {

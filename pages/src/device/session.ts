@@ -1,12 +1,11 @@
 import type { Command, Outcome } from './commands';
 import { MessageLog, type LogView } from './messageLog';
-import { parseObject, traceOf, type Trace } from './messages';
+import { parseObject, traceOf } from './messages';
 
 export type DeviceState = Readonly<Record<string, string>>;
 
-/** Marks this page's own questions for the state, so that no page lists or answers them with questions of its own. */
-const refreshMark = 'refresh';
-const refreshCommand: Command = { command: 'show', [refreshMark]: true };
+/** The host traces no question for the state; otherwise each would lead to the next. */
+const refreshCommand: Command = { command: 'show' };
 /** How long what happened is gathered before the state is asked for once, in milliseconds. */
 export const refreshPause = 100;
 
@@ -21,7 +20,6 @@ export class DeviceSession {
   private state: DeviceState | null = null;
   private open = false;
   private waiting: Waiting[] = [];
-  private readonly refreshing = new Set<number>();
   private refreshTimer: ReturnType<typeof setTimeout> | null = null;
 
   constructor(
@@ -56,7 +54,6 @@ export class DeviceSession {
 
   closed(): void {
     this.open = false;
-    this.refreshing.clear();
     const unanswered = this.waiting;
     this.waiting = [];
     for (const answer of unanswered) {
@@ -82,10 +79,12 @@ export class DeviceSession {
 
   received(text: string): void {
     const frame = parseObject(text) ?? {};
-    const trace = traceOf(frame);
-    if (trace === null) {
+    if (!('trace' in frame)) {
       this.waiting.shift()?.(frame);
-    } else if (!this.isRefresh(trace)) {
+      return;
+    }
+    const trace = traceOf(frame);
+    if (trace !== null) {
       this.log.add(trace);
       this.changed();
       this.refreshTimer ??= setTimeout(() => {
@@ -113,22 +112,6 @@ export class DeviceSession {
         this.changed();
       }
     });
-  }
-
-  /** Does the trace belong to a device page's own question for the state? */
-  private isRefresh({ door, direction, client, text }: Trace): boolean {
-    if (door !== 'device' || client === null) {
-      return false;
-    }
-    const frame = parseObject(text) ?? {};
-    if (direction === 'in') {
-      const marked = frame[refreshMark] === true;
-      if (marked) {
-        this.refreshing.add(client);
-      }
-      return marked;
-    }
-    return 'device' in frame && this.refreshing.delete(client);
   }
 }
 
