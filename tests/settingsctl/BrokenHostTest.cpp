@@ -75,7 +75,7 @@ INSTANTIATE_TEST_SUITE_P(Verb, SettingsCtlWithABrokenHost,
                          testing::Values(Verb{"Get", {"get"}}, Verb{"Set", {"set", "k", "v"}}, Verb{"Watch", {"watch"}},
                                          Verb{"List", {"list"}}, Verb{"Selected", {"selected"}},
                                          Verb{"OpenSettings", {"open-settings"}}, Verb{"LogOut", {"logout"}},
-                                         Verb{"DeviceShow", {"device", "show"}, true},
+                                         Verb{"Page", {"page"}, true}, Verb{"DeviceShow", {"device", "show"}, true},
                                          Verb{"DeviceLocale", {"device", "locale", "fr-FR"}, true}),
                          [](const auto& suite) { return std::string(suite.param.name); });
 

@@ -19,6 +19,7 @@ const std::vector<std::vector<std::string>> verbs{
     {"watch"},
     {"list"},
     {"selected"},
+    {"page"},
     {"open-settings"},
     {"logout"},
     {"device"},

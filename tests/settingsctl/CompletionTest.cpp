@@ -76,7 +76,7 @@ protected:
     std::optional<Terminal> withoutHost;
 };
 
-const Words verbs{"get", "set", "watch", "list", "selected", "open-settings", "logout", "device"};
+const Words verbs{"get", "set", "watch", "list", "selected", "page", "open-settings", "logout", "device"};
 const Words deviceVerbs{"show", "locale", "locales", "timezone", "handsfree", "setting", "captions", "do-not-disturb"};
 const Words keys{"captionsEnabled",
                  "captionsFontSize",
@@ -119,10 +119,13 @@ TEST_P(SettingsCtlCompletion, AsksTheHostThatTheCommandLineNames) {
 
 TEST_P(SettingsCtlCompletion, OffersKnownValuesAndTheCurrentOne) {
     EXPECT_EQ(offersAfter("settingsctl set handsFreeEnabled "), (Words{"true", "false"}));
-    EXPECT_EQ(offersAfter("settingsctl set captionsFontSize "), Words{"FONT_MEDIUM"});
-    ASSERT_EQ(host.run({"set", "captionsFontSize", "FONT_LARGE"}).status, 0);
-    EXPECT_EQ(offersAfter("settingsctl set captionsFontSize "), (Words{"FONT_MEDIUM", "FONT_LARGE"}));
-    EXPECT_EQ(offersAfter("settingsctl set captionsStyles "), Words{"STYLE_WHITE_ON_BLACK"});
+    Words sizes{"FONT_SMALL", "FONT_MEDIUM", "FONT_LARGE", "FONT_EXTRA_LARGE"};
+    EXPECT_EQ(offersAfter("settingsctl set captionsFontSize "), sizes);
+    ASSERT_EQ(host.run({"set", "captionsFontSize", "FONT_HUGE"}).status, 0);
+    sizes.emplace_back("FONT_HUGE");
+    EXPECT_EQ(offersAfter("settingsctl set captionsFontSize "), sizes);
+    EXPECT_EQ(offersAfter("settingsctl set captionsStyles "),
+              (Words{"STYLE_WHITE_ON_BLACK", "STYLE_BLACK_ON_WHITE", "STYLE_YELLOW_ON_BLACK", "STYLE_YELLOW_ON_BLUE"}));
     EXPECT_EQ(offersAfter("settingsctl device setting timezone "), Words{"America/Vancouver"});
     EXPECT_EQ(offersAfter("settingsctl device captions "), (Words{"on", "off"}));
     EXPECT_EQ(offersAfter("settingsctl device handsfree of"), Words{"off"});

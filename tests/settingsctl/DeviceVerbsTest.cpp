@@ -118,3 +118,31 @@ TEST(SettingsCtlDeviceShow, TellsWhenTheAnswerIsNotUnderstood) {
                   "settingsctl: what answers is no settings host: it sent a frame that cannot be understood\n");
     }
 }
+
+TEST(SettingsCtlPage, PrintsTheAddress) {
+    const FakeHost host;
+    auto program = host.start({"page"});
+    answer(host, R"({"command":"page"})", R"({"page":{"address":"http://127.0.0.1:8097/?key=k\u001b"}})");
+    expectEnd(program, 0, "http://127.0.0.1:8097/?key=k\\x1b\n", "");
+}
+
+TEST(SettingsCtlPage, PrintsTheAnswerInJson) {
+    const FakeHost host;
+    auto program = host.start({"--json", "page"});
+    answer(host, R"({"command":"page"})", R"({"page":{"address":"http://127.0.0.1:8097/?key=k"}})");
+    expectEnd(program, 0, "{\"page\":{\"address\":\"http://127.0.0.1:8097/?key=k\"}}\n", "");
+}
+
+TEST(SettingsCtlPage, TellsWhenThereAreNone) {
+    const FakeHost host;
+    auto program = host.start({"page"});
+    answer(host, R"({"command":"page"})", R"({"error":{"code":"no-pages","message":"the host serves no pages"}})");
+    expectEnd(program, 1, "", "settingsctl: the host refused the request: the host serves no pages (no-pages)\n");
+}
+
+TEST(SettingsCtlPage, TellsWhenTheAnswerIsNotUnderstood) {
+    const FakeHost host;
+    auto program = host.start({"page"});
+    answer(host, R"({"command":"page"})", R"({"page":{}})");
+    expectEnd(program, 3, "", "settingsctl: what answers is no device socket\n");
+}

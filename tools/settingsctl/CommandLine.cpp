@@ -100,6 +100,8 @@ void addSettingsVerbs(CLI::App& app, Choice& choice) {
             "  settingsctl list\n  settingsctl list --json", [&] { return list(context); });
     addVerb(app, choice, "selected", "Print whether this assistant is the selected one", "  settingsctl selected",
             [&] { return selected(context); });
+    addVerb(app, choice, "page", "Print the address of the settings pages, with the key that opens them",
+            "  settingsctl page", [&] { return page(context); });
     addVerb(app, choice, "open-settings", "Open the assistant's settings application on the device",
             "  settingsctl open-settings", [&] { return openSettings(context); });
     addVerb(app, choice, "logout", "Forget the user: clear the stored settings, switch the always-on modes off",

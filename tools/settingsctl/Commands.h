@@ -28,6 +28,9 @@ ExitStatus logOut(const Context& context);
 /// Runs until SIGINT or SIGTERM or until nobody reads its output any more (DONE), or until the host goes (UNREACHABLE).
 ExitStatus watch(const Context& context);
 
+/// Prints the address of the settings pages, with the key that opens them.
+ExitStatus page(const Context& context);
+
 /// The simulated device.
 ExitStatus deviceShow(const Context& context);
 ExitStatus deviceText(const Context& context, const std::string& command, const std::string& value);

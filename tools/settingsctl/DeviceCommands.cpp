@@ -43,6 +43,17 @@ void member(JsonWriter& writer, const char* name, const std::string& value) {
 
 }  // namespace
 
+ExitStatus page(const Context& context) {
+    const Frame answer = execute(context, "page");
+    const auto members = answer.stringsAt({"page"});
+    const auto address = members.find("address");
+    if (address == members.end()) {
+        throw Failure(UNREACHABLE, "what answers is no device socket");
+    }
+    printLine(context.style, context.style.json ? answer.text() : escapeControlCharacters(address->second));
+    return DONE;
+}
+
 ExitStatus deviceShow(const Context& context) {
     printValues(context.style, execute(context, "show").stringsAt({"device"}));
     return DONE;

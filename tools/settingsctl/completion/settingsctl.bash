@@ -37,8 +37,8 @@ _settingsctl_offer_values() {
     local current
     case $1 in
         captionsEnabled | doNotDisturbEnabled | handsFreeEnabled | handsFreeAlwaysOn* | pttAlwaysOn*) values=(true false) ;;
-        captionsFontSize) values=(FONT_MEDIUM) ;;
-        captionsStyles) values=(STYLE_WHITE_ON_BLACK) ;;
+        captionsFontSize) values=(FONT_SMALL FONT_MEDIUM FONT_LARGE FONT_EXTRA_LARGE) ;;
+        captionsStyles) values=(STYLE_WHITE_ON_BLACK STYLE_BLACK_ON_WHITE STYLE_YELLOW_ON_BLACK STYLE_YELLOW_ON_BLUE) ;;
     esac
     current=$(_settingsctl_ask get --value -- "$1")
     # A backslash may stand for a control character, which cannot be typed like that.
@@ -59,7 +59,7 @@ _settingsctl_offer_for_device() {
 
 _settingsctl_offer_for_verb() {
     case ${#arguments[@]},${arguments[0]} in
-        0,) _settingsctl_offer get set watch list selected open-settings logout device ;;
+        0,) _settingsctl_offer get set watch list selected page open-settings logout device ;;
         *,get | 1,set) _settingsctl_offer_keys ;;
         2,set) _settingsctl_offer_values "${arguments[1]}" ;;
         *,device) _settingsctl_offer_for_device ;;

@@ -1,0 +1,190 @@
+#include <fstream>
+#include <thread>
+
+#include <sys/resource.h>
+
+#include "HostFixture.h"
+#include "support/WebClient.h"
+
+namespace SystemTests {
+
+using TestSupport::httpGet;
+using TestSupport::WebSocket;
+
+/// The host with its web port, pages included.
+class HostWeb : public HostTest {
+protected:
+    HostWeb() {
+        std::filesystem::create_directory(folder / "pages");
+        std::ofstream(folder / "pages/index.html") << "<p>page</p>";
+        webArguments = {"--listen", "127.0.0.1:0", "--pages", folder / "pages"};
+    }
+
+    /// Starts the host; `at` is the port it must take, unless 0.
+    void startWeb(const Lines& moreArguments = {}, std::uint16_t at = 0) {
+        webArguments[1] = "127.0.0.1:" + std::to_string(at);
+        host = launch(moreArguments);
+        const auto ready = host->output().readLine();
+        ASSERT_TRUE(ready) << host->errors().readAll(std::chrono::seconds(1));
+        const std::string start = "ready: http://127.0.0.1:";
+        const std::size_t slash = ready->find("/?key=");
+        const std::size_t space = ready->find(' ', slash);
+        ASSERT_EQ(ready->substr(0, start.size()), start);
+        port = static_cast<std::uint16_t>(std::stoi(ready->substr(start.size(), slash - start.size())));
+        key = ready->substr(slash + 6, space - slash - 6);
+        EXPECT_EQ(ready->substr(space), " socket: " + socket());
+        EXPECT_GE(key.size(), 32U);
+    }
+
+    /// A WebSocket that came with the key.
+    std::unique_ptr<WebSocket> page(const std::string& path = "/settings",
+                                    const std::string& protocol = "settings.v1") {
+        auto socket = std::make_unique<WebSocket>(port, path + "?key=" + key, protocol);
+        EXPECT_EQ(socket->status(), 101);
+        return socket;
+    }
+
+    static rapidjson::Document next(WebSocket& socket) {
+        const auto text = socket.receiveText();
+        EXPECT_TRUE(text) << "nothing came";
+        return parsed(text.value_or("{}"));
+    }
+
+    std::uint16_t port = 0;
+    std::string key;
+};
+
+TEST_F(HostWeb, ServesThePageAndTheSameMessagesAsTheSocket) {
+    startWeb();
+    EXPECT_EQ(httpGet(port, "/?key=" + key).body, "<p>page</p>");
+    const auto socket = page();
+    client();
+    socket->sendText(getRequest(R"(["deviceName"])", "g1"));
+    EXPECT_EQ(socket->receiveText(), R"({"type":7,"messageId":"g1","payload":{"settings":{"deviceName":"TV"}}})");
+    socket->sendText(setRequest("deviceName", "\"Den\""));
+    socket->sendText(getRequest(R"(["deviceName"])", "g2"));
+    const auto event = next(*socket);
+    EXPECT_STREQ(event["origin"].GetString(), "page");
+    EXPECT_STREQ(event["payload"]["to"].GetString(), "Den");
+    EXPECT_EQ(next(*socket)["messageId"], "g2");
+    EXPECT_STREQ(parsed(client().receiveLine().value())["payload"]["to"].GetString(), "Den");
+    // The other way round, and from the device.
+    client().sendLine(setRequest("deviceName", "\"Attic\"", 2));
+    EXPECT_STREQ(next(*socket)["origin"].GetString(), "socket");
+    device(R"({"command":"captions","enabled":true})");
+    EXPECT_EQ(socket->receiveText(), R"({"notice":{"reread":["captionsEnabled"]}})");
+    socket->sendText("x");
+    EXPECT_STREQ(next(*socket)["error"]["code"].GetString(), "not-json");
+}
+
+TEST_F(HostWeb, TheDevicePageDrivesTheDeviceAndWatchesAllMessages) {
+    startWeb();
+    const auto devicePage = page("/device", "device.v1");
+    devicePage->sendText(R"({"command":"trace","enabled":true})");
+    EXPECT_EQ(devicePage->receiveText(), R"({"ok":true})");
+    const auto settingsPage = page();
+    const std::string request = getRequest(R"(["timezone"])");
+    settingsPage->sendText(request);
+    const auto asked = next(*devicePage);
+    EXPECT_STREQ(asked["trace"]["text"].GetString(), request.c_str());
+    EXPECT_STREQ(asked["trace"]["door"].GetString(), "page");
+    EXPECT_STREQ(next(*devicePage)["trace"]["direction"].GetString(), "out");
+    devicePage->sendText(R"({"command":"timezone","value":"Europe/Paris"})");
+    EXPECT_STREQ(next(*devicePage)["trace"]["direction"].GetString(), "in");
+    EXPECT_STREQ(next(*devicePage)["trace"]["text"].GetString(), R"({"notice":{"reread":["timezone"]}})");
+    EXPECT_EQ(devicePage->receiveText(), R"({"ok":true})");
+    EXPECT_STREQ(next(*devicePage)["trace"]["text"].GetString(), R"({"ok":true})");
+}
+
+TEST_F(HostWeb, OpensWithANewKeyAtEachStartButKnowsItsBrowsersAgain) {
+    startWeb();
+    const auto first = httpGet(port, "/?key=" + key);
+    const std::string cookie = first.headers.at("set-cookie").substr(0, first.headers.at("set-cookie").find(';'));
+    const std::string oldKey = key;
+    kill();
+    startWeb({}, port);
+    EXPECT_NE(key, oldKey);
+    EXPECT_EQ(httpGet(port, "/?key=" + oldKey).status, 403);
+    EXPECT_EQ(httpGet(port, "/", {"Cookie: " + cookie}).status, 200);
+    EXPECT_EQ(WebSocket(port, "/settings", "settings.v1", {"Cookie: " + cookie}).status(), 101);
+    // The cookie does not tell the key, nor the other way round.
+    EXPECT_EQ(httpGet(port, "/?key=" + cookie.substr(cookie.find('=') + 1)).status, 403);
+}
+
+TEST_F(HostWeb, SaysThatItIsHealthy) {
+    startWeb();
+    const auto health = httpGet(port, "/healthz");
+    EXPECT_EQ(health.status, 200);
+    EXPECT_EQ(health.headers.at("content-type"), "application/json");
+    const auto report = parsed(health.body);
+    EXPECT_STREQ(report["status"].GetString(), "ok");
+    EXPECT_GE(report["uptimeSeconds"].GetInt(), 0);
+    EXPECT_EQ("settings-host " + std::string(report["version"].GetString()) + "\n",
+              TestSupport::run({SETTINGS_HOST, "--version"}).output);
+}
+
+TEST_F(HostWeb, RefusesATakenPortAndPagesThatAreNone) {
+    startWeb();
+    const auto expectCannotStart = [&](const Lines& web, const std::string& message, int status) {
+        const auto end = TestSupport::run([&] {
+            Lines arguments{SETTINGS_HOST,       "--storage",       folder / "other.db", "--socket",
+                            folder / "o/s.sock", "--device-socket", folder / "o/d.sock"};
+            arguments.insert(arguments.end(), web.begin(), web.end());
+            return arguments;
+        }());
+        EXPECT_EQ(end.output, "");
+        EXPECT_EQ(end.status, status) << end.errors;
+        EXPECT_TRUE(contains(end.errors, message)) << end.errors;
+    };
+    expectCannotStart({"--listen", "127.0.0.1:" + std::to_string(port)},
+                      "cannot listen at 127.0.0.1 port " + std::to_string(port) + ": Address already in use", 1);
+    EXPECT_FALSE(std::filesystem::exists(folder / "other.db")) << "it left everything alone";
+    expectCannotStart({"--listen", "127.0.0.1:0", "--pages", folder / "none"}, "cannot read the pages' folder", 1);
+    expectCannotStart({"--listen", "0.0.0.0:0"}, "'0.0.0.0' is no loopback address", 2);
+    EXPECT_EQ(httpGet(port, "/healthz").status, 200);
+}
+
+TEST_F(HostWeb, LetsThePagesOfOneMoreOriginIn) {
+    startWeb({"--allow-origin", "http://localhost:5173"});
+    EXPECT_EQ(WebSocket(port, "/settings?key=" + key, "settings.v1", {"Origin: http://localhost:5173"}).status(), 101);
+    EXPECT_EQ(WebSocket(port, "/settings?key=" + key, "settings.v1", {"Origin: http://localhost:5174"}).status(), 403);
+}
+
+TEST_F(HostWeb, StopsWithPagesOpen) {
+    startWeb();
+    const auto first = page();
+    const auto second = page("/device", "device.v1");
+    first->sendText(setRequest("deviceName", "\"Den\""));
+    next(*first);
+    const auto start = std::chrono::steady_clock::now();
+    stop();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+    EXPECT_EQ(first->receive().value_or(WebSocket::Message()).closeStatus(), 1001);
+    EXPECT_EQ(second->receive().value_or(WebSocket::Message()).closeStatus(), 1001);
+}
+
+TEST_F(HostWeb, AtTheDescriptorLimitThoseWhoAreInsideAreServed) {
+    startWeb();
+    const auto inside = page();
+    // Room for a few connections more, none of which is a WebSocket yet.
+    const rlimit tight{40, 40};
+    ASSERT_EQ(::prlimit(host->pid(), RLIMIT_NOFILE, &tight, nullptr), 0);
+    std::vector<std::unique_ptr<TestSupport::TcpConnection>> crowd;
+    for (int number = 0; number < 60; ++number) {
+        crowd.push_back(std::make_unique<TestSupport::TcpConnection>(port));
+    }
+    EXPECT_EQ(crowd.back()->receiveAll(), "");
+    EXPECT_TRUE(crowd.back()->closedByPeer()) << "the host has descriptors left";
+    for (long number = 0; number < 20; ++number) {
+        inside->sendText(setRequest("deviceName", "\"" + std::to_string(number) + "\"", number));
+        EXPECT_EQ(std::to_string(number), next(*inside)["payload"]["to"].GetString());
+    }
+    crowd.clear();
+    const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
+    while (httpGet(port, "/healthz").status != 200 && std::chrono::steady_clock::now() < until) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    EXPECT_EQ(httpGet(port, "/healthz").status, 200);
+}
+
+}  // namespace SystemTests
