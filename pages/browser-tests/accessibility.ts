@@ -11,17 +11,19 @@ const rules = ['wcag2a', 'wcag2aa', 'wcag21a', 'wcag21aa', 'wcag22aa', 'best-pra
 
 /** Insists that axe-core finds nothing in the page as it is now. */
 export async function expectAccessible(page: Page, view: string): Promise<void> {
-  if (!(await page.evaluate(() => 'axe' in window))) {
-    await page.evaluate(axe);
-  }
-  const { violations } = await page.evaluate(
-    (values): Promise<AxeResults> =>
-      (window as unknown as { axe: typeof import('axe-core') }).axe.run(document, {
-        runOnly: { type: 'tag', values },
-        resultTypes: ['violations'],
-      }),
-    rules,
-  );
-  const found = violations.flatMap(({ id, nodes }) => nodes.map(({ html, failureSummary }) => `${id}: ${html} ${failureSummary}`));
-  expect(found, `axe-core on ${view}`).toEqual([]);
+    if (!(await page.evaluate(() => 'axe' in window))) {
+        await page.evaluate(axe);
+    }
+    const { violations } = await page.evaluate(
+        (values): Promise<AxeResults> =>
+            (window as unknown as { axe: typeof import('axe-core') }).axe.run(document, {
+                runOnly: { type: 'tag', values },
+                resultTypes: ['violations'],
+            }),
+        rules,
+    );
+    const found = violations.flatMap(({ id, nodes }) =>
+        nodes.map(({ html, failureSummary }) => `${id}: ${html} ${failureSummary}`),
+    );
+    expect(found, `axe-core on ${view}`).toEqual([]);
 }

@@ -4,26 +4,26 @@ import type { TestProject } from 'vitest/node';
 import { chromium as executablePath } from './programs';
 
 declare module 'vitest' {
-  interface ProvidedContext {
-    browserAddress: string;
-  }
+    interface ProvidedContext {
+        browserAddress: string;
+    }
 }
 
 const quiet = [
-  '--no-first-run',
-  '--disable-gpu',
-  '--disable-quic',
-  '--disable-sync',
-  '--disable-background-networking',
-  '--disable-component-update',
-  '--force-color-profile=srgb',
-  '--font-render-hinting=none',
-  '--disable-lcd-text',
+    '--no-first-run',
+    '--disable-gpu',
+    '--disable-quic',
+    '--disable-sync',
+    '--disable-background-networking',
+    '--disable-component-update',
+    '--force-color-profile=srgb',
+    '--font-render-hinting=none',
+    '--disable-lcd-text',
 ];
 
 /** One browser for all test files; each test has a context of its own. */
 export default async function startBrowser(project: TestProject): Promise<() => Promise<void>> {
-  const server = await chromium.launchServer({ executablePath, chromiumSandbox: false, args: quiet });
-  project.provide('browserAddress', server.wsEndpoint());
-  return () => server.close();
+    const server = await chromium.launchServer({ executablePath, chromiumSandbox: false, args: quiet });
+    project.provide('browserAddress', server.wsEndpoint());
+    return () => server.close();
 }

@@ -8,275 +8,276 @@ import { expectNoSidewaysScroll, phone, visit, type VisitOptions } from './visit
 let host: Host;
 
 beforeAll(async () => {
-  host = await Host.start();
+    host = await Host.start();
 });
 
 afterAll(() => host.stop());
 
 async function visitDevice(use: (page: Page) => Promise<void>, options: VisitOptions = {}): Promise<void> {
-  await visit(
-    host,
-    async (page) => {
-      await page.getByText('● Connected').waitFor();
-      await use(page);
-    },
-    { path: '/device', ...options },
-  );
+    await visit(
+        host,
+        async (page) => {
+            await page.getByText('● Connected').waitFor();
+            await use(page);
+        },
+        { path: '/device', ...options },
+    );
 }
 
 function lines(page: Page) {
-  return page.getByRole('listbox', { name: 'Messages' }).getByRole('option');
+    return page.getByRole('listbox', { name: 'Messages' }).getByRole('option');
 }
 
 function line(page: Page, text: string | RegExp) {
-  return lines(page).filter({ hasText: text });
+    return lines(page).filter({ hasText: text });
 }
 
 /** Goes on with Tab until `name` has the focus, as a person without a mouse does. */
 async function tabTo(page: Page, name: string): Promise<void> {
-  for (let presses = 0; presses < 40; presses += 1) {
-    await page.keyboard.press('Tab');
-    const focused = await page.evaluate(() => {
-      const element = document.activeElement;
-      const label = element instanceof HTMLInputElement ? element.labels?.[0]?.innerText : element?.textContent;
-      return element?.getAttribute('aria-label') ?? label ?? '';
-    });
-    if (focused.startsWith(name)) {
-      return;
+    for (let presses = 0; presses < 40; presses += 1) {
+        await page.keyboard.press('Tab');
+        const focused = await page.evaluate(() => {
+            const element = document.activeElement;
+            const label = element instanceof HTMLInputElement ? element.labels?.[0]?.innerText : element?.textContent;
+            return element?.getAttribute('aria-label') ?? label ?? '';
+        });
+        if (focused.startsWith(name)) {
+            return;
+        }
     }
-  }
-  expect.fail(`${name} is not reached by Tab`);
+    expect.fail(`${name} is not reached by Tab`);
 }
 
 async function expectReport(page: Page, report: string): Promise<void> {
-  await page.locator('.device-report', { hasText: report }).waitFor();
+    await page.locator('.device-report', { hasText: report }).waitFor();
 }
 
 async function expectFact(page: Page, fact: string, value: string): Promise<void> {
-  await page.locator('.device-state > div', { hasText: fact }).getByText(value, { exact: true }).waitFor();
+    await page.locator('.device-state > div', { hasText: fact }).getByText(value, { exact: true }).waitFor();
 }
 
 test('every command is given by keys alone, answered, and shown in the state', async () => {
-  await visitDevice(async (page) => {
-    for (const [label, fact, on, off] of [
-      ['Hands-free', 'currentHandsFreeStatus', 'on', 'off'],
-      ['Captions', 'captionsEnabled', 'true', 'false'],
-      ['Do-not-disturb', 'doNotDisturbEnabled', 'true', 'false'],
-    ] as const) {
-      await tabTo(page, label);
-      await page.keyboard.press('Enter');
-      await expectFact(page, fact, on);
-      await page.keyboard.press('Space');
-      await expectFact(page, fact, off);
-    }
-    for (const [label, typed, fact, value] of [
-      ['Locale', 'fr-FR', 'locales', '["fr-FR"]'],
-      ['Locales', 'ja-JP, de-DE', 'locales', '["ja-JP","de-DE"]'],
-      ['Time zone', 'Asia/Tokyo', 'timezone', 'Asia/Tokyo'],
-    ] as const) {
-      await tabTo(page, label);
-      await page.keyboard.type(typed);
-      await page.keyboard.press('Enter');
-      await expectFact(page, fact, value);
-    }
-    await tabTo(page, 'Setting');
-    await page.keyboard.type('deviceName');
-    await page.keyboard.press('Tab');
-    await page.keyboard.type('Den');
-    await page.keyboard.press('Enter');
-    await expectReport(page, '✓ Done: {"command":"setting","key":"deviceName","value":"Den"}');
-  });
-  expect(await host.control('get', 'deviceName', 'orliaLocale', 'timezone')).toBe(
-    'deviceName=Den\norliaLocale=["ja-JP","de-DE"]\ntimezone=Asia/Tokyo\n',
-  );
+    await visitDevice(async (page) => {
+        for (const [label, fact, on, off] of [
+            ['Hands-free', 'currentHandsFreeStatus', 'on', 'off'],
+            ['Captions', 'captionsEnabled', 'true', 'false'],
+            ['Do-not-disturb', 'doNotDisturbEnabled', 'true', 'false'],
+        ] as const) {
+            await tabTo(page, label);
+            await page.keyboard.press('Enter');
+            await expectFact(page, fact, on);
+            await page.keyboard.press('Space');
+            await expectFact(page, fact, off);
+        }
+        for (const [label, typed, fact, value] of [
+            ['Locale', 'fr-FR', 'locales', '["fr-FR"]'],
+            ['Locales', 'ja-JP, de-DE', 'locales', '["ja-JP","de-DE"]'],
+            ['Time zone', 'Asia/Tokyo', 'timezone', 'Asia/Tokyo'],
+        ] as const) {
+            await tabTo(page, label);
+            await page.keyboard.type(typed);
+            await page.keyboard.press('Enter');
+            await expectFact(page, fact, value);
+        }
+        await tabTo(page, 'Setting');
+        await page.keyboard.type('deviceName');
+        await page.keyboard.press('Tab');
+        await page.keyboard.type('Den');
+        await page.keyboard.press('Enter');
+        await expectReport(page, '✓ Done: {"command":"setting","key":"deviceName","value":"Den"}');
+    });
+    expect(await host.control('get', 'deviceName', 'orliaLocale', 'timezone')).toBe(
+        'deviceName=Den\norliaLocale=["ja-JP","de-DE"]\ntimezone=Asia/Tokyo\n',
+    );
 });
 
 test('the error of a command is shown', async () => {
-  await visitDevice(async (page) => {
-    await page.getByRole('button', { name: 'Change locale', exact: true }).click();
-    await expectReport(page, '✗ bad-argument: "value" must be a locale');
-    await page.getByRole('button', { name: 'Change locales' }).click();
-    await expectReport(page, '✗ bad-argument: "values" must be an array of locales');
-    await page.getByLabel('Setting', { exact: true }).fill('orliaLocale');
-    await page.getByLabel('Value', { exact: true }).fill('{}');
-    await page.getByRole('button', { name: 'Report setting' }).click();
-    await expectReport(page, '✗ not-passed-on: the value is no array of locales within the nesting limit');
-  });
+    await visitDevice(async (page) => {
+        await page.getByRole('button', { name: 'Change locale', exact: true }).click();
+        await expectReport(page, '✗ bad-argument: "value" must be a locale');
+        await page.getByRole('button', { name: 'Change locales' }).click();
+        await expectReport(page, '✗ bad-argument: "values" must be an array of locales');
+        await page.getByLabel('Setting', { exact: true }).fill('orliaLocale');
+        await page.getByLabel('Value', { exact: true }).fill('{}');
+        await page.getByRole('button', { name: 'Report setting' }).click();
+        await expectReport(page, '✗ not-passed-on: the value is no array of locales within the nesting limit');
+    });
 });
 
 test('what others do at the device shows within a second', async () => {
-  await visitDevice(async (page) => {
-    await expectFact(page, 'timezone', 'Asia/Tokyo');
-    await host.control('device', 'timezone', 'Europe/Rome');
-    await page.locator('.device-state').getByText('Europe/Rome').waitFor({ timeout: 1_000 });
-    await host.control('set', 'timezone', 'Europe/Oslo');
-    await page.locator('.device-state').getByText('Europe/Oslo').waitFor({ timeout: 1_000 });
-  });
+    await visitDevice(async (page) => {
+        await expectFact(page, 'timezone', 'Asia/Tokyo');
+        await host.control('device', 'timezone', 'Europe/Rome');
+        await page.locator('.device-state').getByText('Europe/Rome').waitFor({ timeout: 1_000 });
+        await host.control('set', 'timezone', 'Europe/Oslo');
+        await page.locator('.device-state').getByText('Europe/Oslo').waitFor({ timeout: 1_000 });
+    });
 });
 
 test('frames of every door are listed in order, and the newest or the chosen one is shown in full', async () => {
-  await visitDevice(async (page) => {
-    await host.control('set', 'deviceName', 'Cellar');
-    await host.control('device', 'captions', 'on');
-    await line(page, '{"ok":true}').waitFor();
-    const texts = (await lines(page).allInnerTexts()).map((text) => text.replace(/\s+/g, ' '));
-    expect(texts.map((text) => / (→ in|← out) .*?(?= \{)/.exec(text)?.[0].replace(/\d+/, 'N').trim())).toEqual([
-      '→ in socket N GetSettings',
-      '← out socket N GetSettings',
-      '→ in socket N SetSettings',
-      '← out all event',
-      '→ in socket N GetSettings',
-      '← out socket N GetSettings',
-      '→ in device N command',
-      '← out device N answer',
-    ]);
-    await page.getByRole('listbox', { name: 'Messages' }).focus();
-    await page.keyboard.press('Home');
-    await page.getByRole('option', { selected: true }).filter({ hasText: 'GetSettings' }).waitFor();
-    const detail = page.getByRole('region', { name: 'The message in full' });
-    await line(page, 'SetSettings').click();
-    expect(await detail.innerText()).toMatch(/^\{\n {2}"type": 24,\n[^]*"settingDBId": "deviceName",\n[^]*\n\}$/);
-    await page.keyboard.press('Escape');
-    await detail.getByText('"ok"').waitFor();
-  });
+    await visitDevice(async (page) => {
+        await host.control('set', 'deviceName', 'Cellar');
+        await host.control('device', 'captions', 'on');
+        await line(page, '{"ok":true}').waitFor();
+        const texts = (await lines(page).allInnerTexts()).map((text) => text.replace(/\s+/g, ' '));
+        expect(texts.map((text) => / (→ in|← out) .*?(?= \{)/.exec(text)?.[0].replace(/\d+/, 'N').trim())).toEqual([
+            '→ in socket N GetSettings',
+            '← out socket N GetSettings',
+            '→ in socket N SetSettings',
+            '← out all event',
+            '→ in socket N GetSettings',
+            '← out socket N GetSettings',
+            '→ in device N command',
+            '← out device N answer',
+        ]);
+        await page.getByRole('listbox', { name: 'Messages' }).focus();
+        await page.keyboard.press('Home');
+        await page.getByRole('option', { selected: true }).filter({ hasText: 'GetSettings' }).waitFor();
+        const detail = page.getByRole('region', { name: 'The message in full' });
+        await line(page, 'SetSettings').click();
+        expect(await detail.innerText()).toMatch(/^\{\n {2}"type": 24,\n[^]*"settingDBId": "deviceName",\n[^]*\n\}$/);
+        await page.keyboard.press('Escape');
+        await detail.getByText('"ok"').waitFor();
+    });
 });
 
 test('the list is filtered by text, direction, door and type', async () => {
-  await visitDevice(async (page) => {
-    await host.control('device', 'captions', 'off');
-    await host.control('set', 'deviceName', 'Porch');
-    await line(page, /← out.*Porch/).last().waitFor();
-    const kinds = async () => [
-      ...new Set(await lines(page).evaluateAll((all) => all.map((one) => one.dataset['kind']))),
-    ];
-    await page.getByLabel('Text').fill('PORCH');
-    expect((await kinds()).sort()).toEqual(['GetSettings', 'SetSettings', 'event']);
-    await page.getByLabel('Type').selectOption('event');
-    expect(await kinds()).toEqual(['event']);
-    await page.getByLabel('Type').selectOption('all');
-    await page.getByLabel('Text').fill('');
-    await page.getByLabel('Door').selectOption('device');
-    expect(await kinds()).toEqual(['command', 'answer']);
-    await page.getByLabel('Direction').selectOption('in');
-    expect(await kinds()).toEqual(['command']);
-    await page.getByLabel('Text').fill('nowhere');
-    await page.getByText('Nothing here yet').waitFor();
-  });
+    await visitDevice(async (page) => {
+        await host.control('device', 'captions', 'off');
+        await host.control('set', 'deviceName', 'Porch');
+        await line(page, /← out.*Porch/)
+            .last()
+            .waitFor();
+        const kinds = async () => [
+            ...new Set(await lines(page).evaluateAll((all) => all.map((one) => one.dataset['kind']))),
+        ];
+        await page.getByLabel('Text').fill('PORCH');
+        expect((await kinds()).sort()).toEqual(['GetSettings', 'SetSettings', 'event']);
+        await page.getByLabel('Type').selectOption('event');
+        expect(await kinds()).toEqual(['event']);
+        await page.getByLabel('Type').selectOption('all');
+        await page.getByLabel('Text').fill('');
+        await page.getByLabel('Door').selectOption('device');
+        expect(await kinds()).toEqual(['command', 'answer']);
+        await page.getByLabel('Direction').selectOption('in');
+        expect(await kinds()).toEqual(['command']);
+        await page.getByLabel('Text').fill('nowhere');
+        await page.getByText('Nothing here yet').waitFor();
+    });
 });
 
 test('a pause counts what comes and shows it afterwards; clearing empties the list', async () => {
-  await visitDevice(async (page) => {
-    await host.control('device', 'captions', 'off');
-    await line(page, '"enabled":false').waitFor();
-    const pause = page.getByRole('button', { name: 'Pause' });
-    await pause.click();
-    await host.control('device', 'setting', 'deviceName', 'while paused');
-    await page.getByText(/^Paused; [1-9]\d* more came\.$/).waitFor();
-    expect(await line(page, 'while paused').count()).toBe(0);
-    await pause.click();
-    await line(page, 'while paused').first().waitFor();
-    await page.getByRole('button', { name: 'Clear' }).click();
-    expect(await lines(page).count()).toBe(0);
-    await page.getByText('0 of 0').waitFor();
-  });
+    await visitDevice(async (page) => {
+        await host.control('device', 'captions', 'off');
+        await line(page, '"enabled":false').waitFor();
+        const pause = page.getByRole('button', { name: 'Pause' });
+        await pause.click();
+        await host.control('device', 'setting', 'deviceName', 'while paused');
+        await page.getByText(/^Paused; [1-9]\d* more came\.$/).waitFor();
+        expect(await line(page, 'while paused').count()).toBe(0);
+        await pause.click();
+        await line(page, 'while paused').first().waitFor();
+        await page.getByRole('button', { name: 'Clear' }).click();
+        expect(await lines(page).count()).toBe(0);
+        await page.getByText('0 of 0').waitFor();
+    });
 });
 
 test('only the newest 200 messages are kept', async () => {
-  await visitDevice(async (page) => {
-    await page.evaluate(
-      () =>
-        new Promise((resolve, reject) => {
-          const socket = new WebSocket(`ws://${location.host}/settings`, 'settings.v1');
-          let answers = 0;
-          socket.onerror = reject;
-          socket.onmessage = () => {
-            answers += 1;
-            if (answers === 150) {
-              socket.close();
-              resolve(null);
-            }
-          };
-          socket.onopen = () => {
-            for (let number = 1; number <= 150; number += 1) {
-              socket.send(`{"type":18,"messageId":"${number}"}`);
-            }
-          };
-        }),
-    );
-    await page.getByText('200 of 200').waitFor();
-    await line(page, /← out.*"messageId":"150"/).waitFor();
-    expect(await line(page, '"messageId":"50"').count()).toBe(0);
-    expect(await line(page, '"messageId":"51"').count()).toBe(2);
-  });
+    await visitDevice(async (page) => {
+        await page.evaluate(
+            () =>
+                new Promise((resolve, reject) => {
+                    const socket = new WebSocket(`ws://${location.host}/settings`, 'settings.v1');
+                    let answers = 0;
+                    socket.onerror = reject;
+                    socket.onmessage = () => {
+                        answers += 1;
+                        if (answers === 150) {
+                            socket.close();
+                            resolve(null);
+                        }
+                    };
+                    socket.onopen = () => {
+                        for (let number = 1; number <= 150; number += 1) {
+                            socket.send(`{"type":18,"messageId":"${number}"}`);
+                        }
+                    };
+                }),
+        );
+        await page.getByText('200 of 200').waitFor();
+        await line(page, /← out.*"messageId":"150"/).waitFor();
+        expect(await line(page, '"messageId":"50"').count()).toBe(0);
+        expect(await line(page, '"messageId":"51"').count()).toBe(2);
+    });
 });
 
 test('a message and the list are copied as they were', async () => {
-  await visit(
-    host,
-    async (page, context) => {
-      await context.grantPermissions(['clipboard-read', 'clipboard-write']);
-      await page.getByText('● Connected').waitFor();
-      await host.control('device', 'captions', 'on');
-      await line(page, '{"ok":true}').waitFor();
-      await line(page, '"captions"').click();
-      await page.getByRole('button', { name: 'Copy message' }).click();
-      await page.getByText('Copied the message.').waitFor();
-      expect(await page.evaluate(() => navigator.clipboard.readText())).toBe('{"command":"captions","enabled":true}');
-      await page.getByRole('button', { name: 'Copy list' }).click();
-      await page.getByText(/^Copied \d+ messages\.$/).waitFor();
-      const lines = (await page.evaluate(() => navigator.clipboard.readText())).trimEnd().split('\n');
-      expect(lines[0]).toMatch(/^\d\d:\d\d:\d\d\.\d{3} in device \d+ \{"command":"captions","enabled":true\}$/);
-    },
-    { path: '/device' },
-  );
+    await visit(
+        host,
+        async (page, context) => {
+            await context.grantPermissions(['clipboard-read', 'clipboard-write']);
+            await page.getByText('● Connected').waitFor();
+            await host.control('device', 'captions', 'on');
+            await line(page, '{"ok":true}').waitFor();
+            await line(page, '"captions"').click();
+            await page.getByRole('button', { name: 'Copy message' }).click();
+            await page.getByText('Copied the message.').waitFor();
+            expect(await page.evaluate(() => navigator.clipboard.readText())).toBe(
+                '{"command":"captions","enabled":true}',
+            );
+            await page.getByRole('button', { name: 'Copy list' }).click();
+            await page.getByText(/^Copied \d+ messages\.$/).waitFor();
+            const lines = (await page.evaluate(() => navigator.clipboard.readText())).trimEnd().split('\n');
+            expect(lines[0]).toMatch(/^\d\d:\d\d:\d\d\.\d{3} in device \d+ \{"command":"captions","enabled":true\}$/);
+        },
+        { path: '/device' },
+    );
 });
 
 test('hostile text is shown as text', async () => {
-  await visitDevice(async (page) => {
-    await host.control('device', 'setting', 'deviceName', '<img src=x onerror=alert(1)>\u202e');
-    await line(page, '<img src=x onerror=alert(1)>\\u202e').first().waitFor();
-    await host.control('device', 'timezone', '<b>\u202enowhere\u0007');
-    await page.locator('.device-state').getByText('<b>\\u202enowhere\\u0007').waitFor();
-    expect(await page.locator('.device img, .device b').count()).toBe(0);
-    expect(await page.evaluate(() => document.body.innerText.includes('\u202e'))).toBe(false);
-  });
+    await visitDevice(async (page) => {
+        await host.control('device', 'setting', 'deviceName', '<img src=x onerror=alert(1)>\u202e');
+        await line(page, '<img src=x onerror=alert(1)>\\u202e').first().waitFor();
+        await host.control('device', 'timezone', '<b>\u202enowhere\u0007');
+        await page.locator('.device-state').getByText('<b>\\u202enowhere\\u0007').waitFor();
+        expect(await page.locator('.device img, .device b').count()).toBe(0);
+        expect(await page.evaluate(() => document.body.innerText.includes('\u202e'))).toBe(false);
+    });
 });
 
 test('after the host was killed the page connects again, reads the state again and keeps the list', async () => {
-  await visitDevice(
-    async (page) => {
-      await host.control('device', 'timezone', 'Europe/Madrid');
-      await expectFact(page, 'timezone', 'Europe/Madrid');
-      await host.kill();
-      await page.getByText('○ No connection').waitFor();
-      await page.getByRole('switch', { name: 'Captions' }).click();
-      await expectReport(page, '✗ no-connection');
-      await host.resume();
-      await host.control('device', 'timezone', 'Europe/Lisbon');
-      await page.getByText('● Connected').waitFor({ timeout: 15_000 });
-      await expectFact(page, 'timezone', 'Europe/Lisbon');
-      await line(page, 'Europe/Madrid').first().waitFor();
-      await page.getByRole('switch', { name: 'Captions' }).click();
-      await expectReport(page, '✓ Done');
-    },
-    { expected: /WebSocket connection to .* failed|ERR_CONNECTION_REFUSED/ },
-  );
+    await visitDevice(
+        async (page) => {
+            await host.control('device', 'timezone', 'Europe/Madrid');
+            await expectFact(page, 'timezone', 'Europe/Madrid');
+            await host.kill();
+            await page.getByText('○ No connection').waitFor();
+            await page.getByRole('switch', { name: 'Captions' }).click();
+            await expectReport(page, '✗ no-connection');
+            await host.resume();
+            await host.control('device', 'timezone', 'Europe/Lisbon');
+            await page.getByText('● Connected').waitFor({ timeout: 15_000 });
+            await expectFact(page, 'timezone', 'Europe/Lisbon');
+            await line(page, 'Europe/Madrid').first().waitFor();
+            await page.getByRole('switch', { name: 'Captions' }).click();
+            await expectReport(page, '✓ Done');
+        },
+        { expected: /WebSocket connection to .* failed|ERR_CONNECTION_REFUSED/ },
+    );
 });
 
 test('axe-core finds nothing on the page, wide and narrow, empty and with messages, and nothing scrolls sideways', async () => {
-  for (const viewport of [undefined, phone]) {
-    await visitDevice(
-      async (page) => {
-        await expectAccessible(page, 'the empty device page');
-        await host.control('device', 'setting', 'deviceName', 'x'.repeat(5_000));
-        await line(page, '"setting"').first().click();
-        await page.getByRole('button', { name: 'Pause' }).click();
-        await page.getByRole('button', { name: 'Change locale', exact: true }).click();
-        await expectReport(page, '✗');
-        await expectAccessible(page, 'the device page with messages');
-        await expectNoSidewaysScroll(page);
-      },
-      viewport && { viewport },
-    );
-  }
+    for (const viewport of [undefined, phone]) {
+        await visitDevice(async (page) => {
+            await expectAccessible(page, 'the empty device page');
+            await host.control('device', 'setting', 'deviceName', 'x'.repeat(5_000));
+            await line(page, '"setting"').first().click();
+            await page.getByRole('button', { name: 'Pause' }).click();
+            await page.getByRole('button', { name: 'Change locale', exact: true }).click();
+            await expectReport(page, '✗');
+            await expectAccessible(page, 'the device page with messages');
+            await expectNoSidewaysScroll(page);
+        }, viewport && { viewport });
+    }
 });

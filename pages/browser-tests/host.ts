@@ -10,86 +10,86 @@ import { builtPages, settingsctl, settingsHost } from './programs';
 const readyPattern = /^ready: (http:\/\/\S+)/;
 
 export interface CommandResult {
-  readonly status: number;
-  readonly output: string;
+    readonly status: number;
+    readonly output: string;
 }
 
 /** A real host with a database of its own in a temporary folder. */
 export class Host {
-  private process: ChildProcess | null = null;
-  private address = new URL('http://127.0.0.1:0/');
+    private process: ChildProcess | null = null;
+    private address = new URL('http://127.0.0.1:0/');
 
-  private constructor(private readonly folder: string) {}
+    private constructor(private readonly folder: string) {}
 
-  static async start(): Promise<Host> {
-    const host = new Host(await mkdtemp(join(tmpdir(), 'settings-pages-')));
-    await host.resume();
-    return host;
-  }
-
-  /** Where a page is, with the key that opens the door. */
-  page(path: '/' | '/device'): string {
-    return new URL(path + this.address.search, this.address).href;
-  }
-
-  /** Starts the host again where it was: same database, same port. */
-  async resume(): Promise<void> {
-    const child = spawn(
-      settingsHost,
-      [
-        ...['--storage', join(this.folder, 'settings.db'), ...this.sockets(), '--pages', builtPages],
-        ...['--listen', this.address.host, '--log-level', '2'],
-      ],
-      { stdio: ['ignore', 'pipe', 'pipe'] },
-    );
-    this.process = child;
-    let log = '';
-    child.stderr.on('data', (text: Buffer) => (log += text.toString()));
-    for await (const line of createInterface(child.stdout)) {
-      const address = readyPattern.exec(line)?.[1];
-      if (address !== undefined) {
-        this.address = new URL(address);
-        child.stdout.resume();
-        return;
-      }
+    static async start(): Promise<Host> {
+        const host = new Host(await mkdtemp(join(tmpdir(), 'settings-pages-')));
+        await host.resume();
+        return host;
     }
-    throw new Error(`the host ended before it was ready: ${log}`);
-  }
 
-  /** Ends the host as a power cut would. */
-  async kill(): Promise<void> {
-    const child = this.process;
-    this.process = null;
-    if (child !== null && child.exitCode === null && child.signalCode === null) {
-      child.kill('SIGKILL');
-      await once(child, 'exit');
+    /** Where a page is, with the key that opens the door. */
+    page(path: '/' | '/device'): string {
+        return new URL(path + this.address.search, this.address).href;
     }
-  }
 
-  async stop(): Promise<void> {
-    await this.kill();
-    await rm(this.folder, { recursive: true, force: true });
-  }
-
-  /** Runs settingsctl against this host, whatever comes of it. */
-  settingsctl(...words: string[]): Promise<CommandResult> {
-    return new Promise((resolve) => {
-      execFile(settingsctl, [...this.sockets(), ...words], (error, output, complaint) => {
-        resolve({ status: error === null ? 0 : Number(error.code), output: output + complaint });
-      });
-    });
-  }
-
-  /** Runs settingsctl and insists on its success. */
-  async control(...words: string[]): Promise<string> {
-    const { status, output } = await this.settingsctl(...words);
-    if (status !== 0) {
-      throw new Error(`settingsctl ${words.join(' ')}: ${output}`);
+    /** Starts the host again where it was: same database, same port. */
+    async resume(): Promise<void> {
+        const child = spawn(
+            settingsHost,
+            [
+                ...['--storage', join(this.folder, 'settings.db'), ...this.sockets(), '--pages', builtPages],
+                ...['--listen', this.address.host, '--log-level', '2'],
+            ],
+            { stdio: ['ignore', 'pipe', 'pipe'] },
+        );
+        this.process = child;
+        let log = '';
+        child.stderr.on('data', (text: Buffer) => (log += text.toString()));
+        for await (const line of createInterface(child.stdout)) {
+            const address = readyPattern.exec(line)?.[1];
+            if (address !== undefined) {
+                this.address = new URL(address);
+                child.stdout.resume();
+                return;
+            }
+        }
+        throw new Error(`the host ended before it was ready: ${log}`);
     }
-    return output;
-  }
 
-  private sockets(): string[] {
-    return ['--socket', join(this.folder, 'settings.sock'), '--device-socket', join(this.folder, 'device.sock')];
-  }
+    /** Ends the host as a power cut would. */
+    async kill(): Promise<void> {
+        const child = this.process;
+        this.process = null;
+        if (child !== null && child.exitCode === null && child.signalCode === null) {
+            child.kill('SIGKILL');
+            await once(child, 'exit');
+        }
+    }
+
+    async stop(): Promise<void> {
+        await this.kill();
+        await rm(this.folder, { recursive: true, force: true });
+    }
+
+    /** Runs settingsctl against this host, whatever comes of it. */
+    settingsctl(...words: string[]): Promise<CommandResult> {
+        return new Promise((resolve) => {
+            execFile(settingsctl, [...this.sockets(), ...words], (error, output, complaint) => {
+                resolve({ status: error === null ? 0 : Number(error.code), output: output + complaint });
+            });
+        });
+    }
+
+    /** Runs settingsctl and insists on its success. */
+    async control(...words: string[]): Promise<string> {
+        const { status, output } = await this.settingsctl(...words);
+        if (status !== 0) {
+            throw new Error(`settingsctl ${words.join(' ')}: ${output}`);
+        }
+        return output;
+    }
+
+    private sockets(): string[] {
+        return ['--socket', join(this.folder, 'settings.sock'), '--device-socket', join(this.folder, 'device.sock')];
+    }
 }

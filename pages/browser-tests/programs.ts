@@ -4,7 +4,7 @@ import { fileURLToPath } from 'node:url';
 const repository = fileURLToPath(new URL('../..', import.meta.url));
 
 function program(variable: string, fallback: string): string {
-  return resolve(repository, process.env[variable] ?? fallback);
+    return resolve(repository, process.env[variable] ?? fallback);
 }
 
 /** What the tests run; a CMake build tree names its own programs by these variables. */

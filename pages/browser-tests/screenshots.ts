@@ -17,29 +17,31 @@ const pixelTolerance = 0.001;
 
 /** Compares the page with the stored picture; with UPDATE_SCREENSHOTS set, stores it instead. */
 export async function expectLooksAsStored(page: Page, name: string): Promise<void> {
-  const file = `${name}.png`;
-  const picture = await page.screenshot({ animations: 'disabled', caret: 'hide' });
-  if (process.env['UPDATE_SCREENSHOTS'] !== undefined) {
-    mkdirSync(stored, { recursive: true });
-    writeFileSync(join(stored, file), picture);
-    return;
-  }
-  expect(existsSync(join(stored, file)), `there is a stored ${file}; "npm run update-screenshots" makes it`).toBe(true);
-  const actual = PNG.sync.read(picture);
-  const wanted = PNG.sync.read(readFileSync(join(stored, file)));
-  expect([actual.width, actual.height]).toEqual([wanted.width, wanted.height]);
-  const difference = new PNG({ width: actual.width, height: actual.height });
-  const off = pixelmatch(wanted.data, actual.data, difference.data, actual.width, actual.height, {
-    threshold: colourTolerance,
-  });
-  const [actualFile, differenceFile] = [join(failures, file), join(failures, `${name}-difference.png`)];
-  if (off <= actual.width * actual.height * pixelTolerance) {
-    rmSync(actualFile, { force: true });
-    rmSync(differenceFile, { force: true });
-    return;
-  }
-  mkdirSync(failures, { recursive: true });
-  writeFileSync(actualFile, picture);
-  writeFileSync(differenceFile, PNG.sync.write(difference));
-  expect.fail(`${off} pixels differ from the stored ${file}; see ${differenceFile}`);
+    const file = `${name}.png`;
+    const picture = await page.screenshot({ animations: 'disabled', caret: 'hide' });
+    if (process.env['UPDATE_SCREENSHOTS'] !== undefined) {
+        mkdirSync(stored, { recursive: true });
+        writeFileSync(join(stored, file), picture);
+        return;
+    }
+    expect(existsSync(join(stored, file)), `there is a stored ${file}; "npm run update-screenshots" makes it`).toBe(
+        true,
+    );
+    const actual = PNG.sync.read(picture);
+    const wanted = PNG.sync.read(readFileSync(join(stored, file)));
+    expect([actual.width, actual.height]).toEqual([wanted.width, wanted.height]);
+    const difference = new PNG({ width: actual.width, height: actual.height });
+    const off = pixelmatch(wanted.data, actual.data, difference.data, actual.width, actual.height, {
+        threshold: colourTolerance,
+    });
+    const [actualFile, differenceFile] = [join(failures, file), join(failures, `${name}-difference.png`)];
+    if (off <= actual.width * actual.height * pixelTolerance) {
+        rmSync(actualFile, { force: true });
+        rmSync(differenceFile, { force: true });
+        return;
+    }
+    mkdirSync(failures, { recursive: true });
+    writeFileSync(actualFile, picture);
+    writeFileSync(differenceFile, PNG.sync.write(difference));
+    expect.fail(`${off} pixels differ from the stored ${file}; see ${differenceFile}`);
 }

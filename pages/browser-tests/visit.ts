@@ -8,69 +8,71 @@ export const small = { width: 1280, height: 720 };
 export const phone = { width: 360, height: 740 };
 
 export interface VisitOptions {
-  readonly path?: '/' | '/device';
-  readonly viewport?: { readonly width: number; readonly height: number };
-  /** Text that may appear in the console, because the test breaks something on purpose. */
-  readonly expected?: RegExp;
+    readonly path?: '/' | '/device';
+    readonly viewport?: { readonly width: number; readonly height: number };
+    /** Text that may appear in the console, because the test breaks something on purpose. */
+    readonly expected?: RegExp;
 }
 
 let connected: Promise<Browser> | null = null;
 
 function browser(): Promise<Browser> {
-  connected ??= chromium.connect(inject('browserAddress'));
-  return connected;
+    connected ??= chromium.connect(inject('browserAddress'));
+    return connected;
 }
 
 /** Opens a page in a browser context of its own, hands it to `use`, and insists that the page complained of nothing. */
 export async function visit(
-  host: Host,
-  use: (page: Page, context: BrowserContext) => Promise<void>,
-  { path = '/', viewport = wide, expected = /^$/ }: VisitOptions = {},
+    host: Host,
+    use: (page: Page, context: BrowserContext) => Promise<void>,
+    { path = '/', viewport = wide, expected = /^$/ }: VisitOptions = {},
 ): Promise<void> {
-  const context = await (await browser()).newContext({
-    viewport,
-    locale: 'en-US',
-    timezoneId: 'UTC',
-    reducedMotion: 'reduce',
-    colorScheme: 'dark',
-  });
-  const complaints: string[] = [];
-  const complain = (text: string) => {
-    if (!expected.test(text)) {
-      complaints.push(text);
-    }
-  };
-  context.on('console', (message) => {
-    if (message.type() === 'error' || message.type() === 'warning') {
-      complain(message.text());
-    }
-  });
-  context.on('weberror', (error) => {
-    complain(error.error().message);
-  });
-  try {
-    await context.exposeFunction('reportViolation', complain);
-    await context.addInitScript(() => {
-      document.addEventListener('securitypolicyviolation', (violation) => {
-        const report = (window as unknown as Record<string, (text: string) => void>)['reportViolation'];
-        report?.(`${violation.violatedDirective} refused ${violation.blockedURI}`);
-      });
+    const context = await (
+        await browser()
+    ).newContext({
+        viewport,
+        locale: 'en-US',
+        timezoneId: 'UTC',
+        reducedMotion: 'reduce',
+        colorScheme: 'dark',
     });
-    const page = await context.newPage();
-    page.setDefaultTimeout(5_000);
-    await page.goto(host.page(path));
-    await use(page, context);
-    expect(complaints, 'complaints of the page').toEqual([]);
-  } finally {
-    await context.close();
-  }
+    const complaints: string[] = [];
+    const complain = (text: string) => {
+        if (!expected.test(text)) {
+            complaints.push(text);
+        }
+    };
+    context.on('console', (message) => {
+        if (message.type() === 'error' || message.type() === 'warning') {
+            complain(message.text());
+        }
+    });
+    context.on('weberror', (error) => {
+        complain(error.error().message);
+    });
+    try {
+        await context.exposeFunction('reportViolation', complain);
+        await context.addInitScript(() => {
+            document.addEventListener('securitypolicyviolation', (violation) => {
+                const report = (window as unknown as Record<string, (text: string) => void>)['reportViolation'];
+                report?.(`${violation.violatedDirective} refused ${violation.blockedURI}`);
+            });
+        });
+        const page = await context.newPage();
+        page.setDefaultTimeout(5_000);
+        await page.goto(host.page(path));
+        await use(page, context);
+        expect(complaints, 'complaints of the page').toEqual([]);
+    } finally {
+        await context.close();
+    }
 }
 
 /** Insists that nothing is cut off or scrolled to at the sides. */
 export async function expectNoSidewaysScroll(page: Page): Promise<void> {
-  const { content, window } = await page.evaluate(() => ({
-    content: document.documentElement.scrollWidth,
-    window: document.documentElement.clientWidth,
-  }));
-  expect(content, 'width of the page').toBeLessThanOrEqual(window);
+    const { content, window } = await page.evaluate(() => ({
+        content: document.documentElement.scrollWidth,
+        window: document.documentElement.clientWidth,
+    }));
+    expect(content, 'width of the page').toBeLessThanOrEqual(window);
 }

@@ -6,139 +6,143 @@ import { visible } from './format';
 import type { DeviceState } from './session';
 
 interface Props {
-  readonly state: DeviceState | null;
-  readonly run: (command: Command) => Promise<Outcome>;
+    readonly state: DeviceState | null;
+    readonly run: (command: Command) => Promise<Outcome>;
 }
 
 interface Report {
-  readonly command: Command;
-  readonly outcome: Outcome;
+    readonly command: Command;
+    readonly outcome: Outcome;
 }
 
 const timeZones = Intl.supportedValuesOf('timeZone');
 
 /** Everything that a person could do at the television itself, and what came of the last thing done. */
 export function CommandPanel({ state, run }: Props): JSX.Element {
-  const [report, setReport] = useState<Report | null>(null);
+    const [report, setReport] = useState<Report | null>(null);
 
-  const send = (command: Command) => {
-    void run(command).then((outcome) => {
-      setReport({ command, outcome });
-    });
-  };
+    const send = (command: Command) => {
+        void run(command).then((outcome) => {
+            setReport({ command, outcome });
+        });
+    };
 
-  return (
-    <section class="device-panel" aria-labelledby="commands-title">
-      <h2 id="commands-title">At the television</h2>
-      <div class="device-switches">
-        {deviceSwitches.map(({ command, label, fact, on }) => {
-          const checked = state?.[fact] === on;
-          return (
-            <button
-              key={command}
-              type="button"
-              role="switch"
-              aria-checked={checked}
-              onClick={() => {
-                send({ command, enabled: !checked });
-              }}
+    return (
+        <section class="device-panel" aria-labelledby="commands-title">
+            <h2 id="commands-title">At the television</h2>
+            <div class="device-switches">
+                {deviceSwitches.map(({ command, label, fact, on }) => {
+                    const checked = state?.[fact] === on;
+                    return (
+                        <button
+                            key={command}
+                            type="button"
+                            role="switch"
+                            aria-checked={checked}
+                            onClick={() => {
+                                send({ command, enabled: !checked });
+                            }}
+                        >
+                            {label}
+                            <span aria-hidden="true">{checked ? 'on' : 'off'}</span>
+                        </button>
+                    );
+                })}
+            </div>
+            <CommandForm
+                submit="Change"
+                of="locale"
+                onSubmit={([value = '']) => {
+                    send({ command: 'locale', value: value.trim() });
+                }}
             >
-              {label}
-              <span aria-hidden="true">{checked ? 'on' : 'off'}</span>
-            </button>
-          );
-        })}
-      </div>
-      <CommandForm
-        submit="Change" of="locale"
-        onSubmit={([value = '']) => {
-          send({ command: 'locale', value: value.trim() });
-        }}
-      >
-        <Field label="Locale" hint="fr-FR" />
-      </CommandForm>
-      <CommandForm
-        submit="Change" of="locales"
-        onSubmit={([text = '']) => {
-          send({ command: 'locales', values: localesIn(text) });
-        }}
-      >
-        <Field label="Locales, primary first" hint="fr-FR, en-US" />
-      </CommandForm>
-      <CommandForm
-        submit="Change" of="time zone"
-        onSubmit={([value = '']) => {
-          send({ command: 'timezone', value: value.trim() });
-        }}
-      >
-        <Field label="Time zone" hint="Europe/Paris" choices={timeZones} />
-      </CommandForm>
-      <CommandForm
-        submit="Report" of="setting"
-        onSubmit={([key = '', value = '']) => {
-          send({ command: 'setting', key, value });
-        }}
-      >
-        <Field label="Setting" hint="deviceName" choices={knownKeys} />
-        <Field label="Value" hint="Den" />
-      </CommandForm>
-      <p class="device-report" role="status" data-outcome={report?.outcome.ok}>
-        {report === null ? '' : reportText(report)}
-      </p>
-    </section>
-  );
+                <Field label="Locale" hint="fr-FR" />
+            </CommandForm>
+            <CommandForm
+                submit="Change"
+                of="locales"
+                onSubmit={([text = '']) => {
+                    send({ command: 'locales', values: localesIn(text) });
+                }}
+            >
+                <Field label="Locales, primary first" hint="fr-FR, en-US" />
+            </CommandForm>
+            <CommandForm
+                submit="Change"
+                of="time zone"
+                onSubmit={([value = '']) => {
+                    send({ command: 'timezone', value: value.trim() });
+                }}
+            >
+                <Field label="Time zone" hint="Europe/Paris" choices={timeZones} />
+            </CommandForm>
+            <CommandForm
+                submit="Report"
+                of="setting"
+                onSubmit={([key = '', value = '']) => {
+                    send({ command: 'setting', key, value });
+                }}
+            >
+                <Field label="Setting" hint="deviceName" choices={knownKeys} />
+                <Field label="Value" hint="Den" />
+            </CommandForm>
+            <p class="device-report" role="status" data-outcome={report?.outcome.ok}>
+                {report === null ? '' : reportText(report)}
+            </p>
+        </section>
+    );
 }
 
 function reportText({ command, outcome }: Report): string {
-  const name = visible(JSON.stringify(command));
-  return outcome.ok ? `✓ Done: ${name}` : `✗ ${visible(outcome.code)}: ${visible(outcome.message)} – ${name}`;
+    const name = visible(JSON.stringify(command));
+    return outcome.ok ? `✓ Done: ${name}` : `✗ ${visible(outcome.code)}: ${visible(outcome.message)} – ${name}`;
 }
 
 interface FormProps {
-  /** What the button says, and what it is about for those who hear it alone. */
-  readonly submit: string;
-  readonly of: string;
-  readonly onSubmit: (values: readonly string[]) => void;
-  readonly children: ComponentChildren;
+    /** What the button says, and what it is about for those who hear it alone. */
+    readonly submit: string;
+    readonly of: string;
+    readonly onSubmit: (values: readonly string[]) => void;
+    readonly children: ComponentChildren;
 }
 
 /** A row of fields with its button; the fields keep what was typed, so that a command is easily repeated. */
 function CommandForm({ submit, of, onSubmit, children }: FormProps): JSX.Element {
-  return (
-    <form
-      class="device-form"
-      onSubmit={(event) => {
-        event.preventDefault();
-        onSubmit([...event.currentTarget.querySelectorAll('input')].map((field) => field.value));
-      }}
-    >
-      {children}
-      <button type="submit" aria-label={`${submit} ${of}`}>
-        {submit}
-      </button>
-    </form>
-  );
+    return (
+        <form
+            class="device-form"
+            onSubmit={(event) => {
+                event.preventDefault();
+                onSubmit([...event.currentTarget.querySelectorAll('input')].map((field) => field.value));
+            }}
+        >
+            {children}
+            <button type="submit" aria-label={`${submit} ${of}`}>
+                {submit}
+            </button>
+        </form>
+    );
 }
 
 interface FieldProps {
-  readonly label: string;
-  readonly hint: string;
-  readonly choices?: readonly string[];
+    readonly label: string;
+    readonly hint: string;
+    readonly choices?: readonly string[];
 }
 
 function Field({ label, hint, choices }: FieldProps): JSX.Element {
-  const list = choices === undefined ? undefined : `choices-${label.replace(/\W/g, '-')}`;
-  return (
-    <label>
-      <span>{label}</span>
-      <input type="text" placeholder={hint} list={list} autocomplete="off" spellcheck={false} />
-      {choices !== undefined && (
-        <datalist id={list}>
-          {choices.map((choice) => (
-            <option key={choice} value={choice} />
-          ))}
-        </datalist>
-      )}
-    </label>
-  );
+    const list = choices === undefined ? undefined : `choices-${label.replace(/\W/g, '-')}`;
+    return (
+        <label>
+            <span>{label}</span>
+            <input type="text" placeholder={hint} list={list} autocomplete="off" spellcheck={false} />
+            {choices !== undefined && (
+                <datalist id={list}>
+                    {choices.map((choice) => (
+                        <option key={choice} value={choice} />
+                    ))}
+                </datalist>
+            )}
+        </label>
+    );
 }

@@ -4,38 +4,40 @@ import { nextChoice } from './MessageList';
 import type { Message } from './messages';
 
 const messages: readonly Message[] = [1, 2, 3].map((serial) => ({
-  serial,
-  timestamp: serial,
-  direction: 'in',
-  door: 'page',
-  client: 1,
-  kind: 'other',
-  text: '',
+    serial,
+    timestamp: serial,
+    direction: 'in',
+    door: 'page',
+    client: 1,
+    kind: 'other',
+    text: '',
 }));
 
 function choose(key: string, chosen: number | null): number | null | undefined {
-  const message = messages.find(({ serial }) => serial === chosen) ?? null;
-  const next = nextChoice(key, messages, message);
-  return next === null || next === undefined ? next : next.serial;
+    const message = messages.find(({ serial }) => serial === chosen) ?? null;
+    const next = nextChoice(key, messages, message);
+    return next === null || next === undefined ? next : next.serial;
 }
 
 test('the first arrow takes the newest message', () => {
-  expect([choose('ArrowUp', null), choose('ArrowDown', null)]).toEqual([3, 3]);
+    expect([choose('ArrowUp', null), choose('ArrowDown', null)]).toEqual([3, 3]);
 });
 
 test('arrows go one on and stop at the ends', () => {
-  expect([choose('ArrowUp', 3), choose('ArrowUp', 1), choose('ArrowDown', 1), choose('ArrowDown', 3)]).toEqual([2, 1, 2, 3]);
+    expect([choose('ArrowUp', 3), choose('ArrowUp', 1), choose('ArrowDown', 1), choose('ArrowDown', 3)]).toEqual([
+        2, 1, 2, 3,
+    ]);
 });
 
 test('Home and End go to the ends', () => {
-  expect([choose('Home', 2), choose('End', null)]).toEqual([1, 3]);
+    expect([choose('Home', 2), choose('End', null)]).toEqual([1, 3]);
 });
 
 test('Escape gives up the choice, and is left to the page when there is none', () => {
-  expect([choose('Escape', 2), choose('Escape', null)]).toEqual([null, undefined]);
+    expect([choose('Escape', 2), choose('Escape', null)]).toEqual([null, undefined]);
 });
 
 test('other keys, and arrows in an empty list, are not for the list', () => {
-  expect(choose('a', 2)).toBeUndefined();
-  expect(nextChoice('ArrowUp', [], null)).toBeUndefined();
+    expect(choose('a', 2)).toBeUndefined();
+    expect(nextChoice('ArrowUp', [], null)).toBeUndefined();
 });

@@ -5,21 +5,21 @@ import type { DeviceState } from './session';
 
 /** The simulated device and its voice SDK as they are now. */
 export function StatePanel({ state }: { readonly state: DeviceState | null }): JSX.Element {
-  return (
-    <section class="device-panel" aria-labelledby="state-title">
-      <h2 id="state-title">State</h2>
-      {state === null ? (
-        <p>Not known yet.</p>
-      ) : (
-        <dl class="device-state">
-          {Object.entries(state).map(([fact, value]) => (
-            <div key={fact}>
-              <dt>{visible(fact)}</dt>
-              <dd>{value === '' ? '(empty)' : visible(value)}</dd>
-            </div>
-          ))}
-        </dl>
-      )}
-    </section>
-  );
+    return (
+        <section class="device-panel" aria-labelledby="state-title">
+            <h2 id="state-title">State</h2>
+            {state === null ? (
+                <p>Not known yet.</p>
+            ) : (
+                <dl class="device-state">
+                    {Object.entries(state).map(([fact, value]) => (
+                        <div key={fact}>
+                            <dt>{visible(fact)}</dt>
+                            <dd>{value === '' ? '(empty)' : visible(value)}</dd>
+                        </div>
+                    ))}
+                </dl>
+            )}
+        </section>
+    );
 }

@@ -4,38 +4,46 @@ import { everything, filterMessages, type Filter } from './filter';
 import type { Message } from './messages';
 
 const messages: readonly Message[] = [
-  { serial: 1, timestamp: 1, direction: 'in', door: 'page', client: 1, kind: 'SetSettings', text: 'deviceName Attic' },
-  { serial: 2, timestamp: 2, direction: 'out', door: 'all', client: null, kind: 'event', text: 'deviceName Attic' },
-  { serial: 3, timestamp: 3, direction: 'in', door: 'socket', client: 2, kind: 'GetSettings', text: 'timezone' },
-  { serial: 4, timestamp: 4, direction: 'in', door: 'device', client: 3, kind: 'command', text: 'captions' },
+    {
+        serial: 1,
+        timestamp: 1,
+        direction: 'in',
+        door: 'page',
+        client: 1,
+        kind: 'SetSettings',
+        text: 'deviceName Attic',
+    },
+    { serial: 2, timestamp: 2, direction: 'out', door: 'all', client: null, kind: 'event', text: 'deviceName Attic' },
+    { serial: 3, timestamp: 3, direction: 'in', door: 'socket', client: 2, kind: 'GetSettings', text: 'timezone' },
+    { serial: 4, timestamp: 4, direction: 'in', door: 'device', client: 3, kind: 'command', text: 'captions' },
 ];
 
 function serials(filter: Partial<Filter>): number[] {
-  return filterMessages(messages, { ...everything, ...filter }).map(({ serial }) => serial);
+    return filterMessages(messages, { ...everything, ...filter }).map(({ serial }) => serial);
 }
 
 test('an empty filter takes everything in order', () => {
-  expect(serials({})).toEqual([1, 2, 3, 4]);
+    expect(serials({})).toEqual([1, 2, 3, 4]);
 });
 
 test('each part of the filter narrows by itself', () => {
-  expect(serials({ text: 'ATTIC' })).toEqual([1, 2]);
-  expect(serials({ direction: 'in' })).toEqual([1, 3, 4]);
-  expect(serials({ kind: 'command' })).toEqual([4]);
+    expect(serials({ text: 'ATTIC' })).toEqual([1, 2]);
+    expect(serials({ direction: 'in' })).toEqual([1, 3, 4]);
+    expect(serials({ kind: 'command' })).toEqual([4]);
 });
 
 test('a frame to all passes every door but the device', () => {
-  expect(serials({ door: 'page' })).toEqual([1, 2]);
-  expect(serials({ door: 'socket' })).toEqual([2, 3]);
-  expect(serials({ door: 'device' })).toEqual([4]);
-  expect(serials({ door: 'all' })).toEqual([2]);
+    expect(serials({ door: 'page' })).toEqual([1, 2]);
+    expect(serials({ door: 'socket' })).toEqual([2, 3]);
+    expect(serials({ door: 'device' })).toEqual([4]);
+    expect(serials({ door: 'all' })).toEqual([2]);
 });
 
 test('the parts narrow together', () => {
-  expect(serials({ text: 'name', direction: 'out', door: 'socket', kind: 'event' })).toEqual([2]);
-  expect(serials({ text: 'name', direction: 'out', door: 'device' })).toEqual([]);
+    expect(serials({ text: 'name', direction: 'out', door: 'socket', kind: 'event' })).toEqual([2]);
+    expect(serials({ text: 'name', direction: 'out', door: 'device' })).toEqual([]);
 });
 
 test('the text is no pattern', () => {
-  expect(serials({ text: '.' })).toEqual([]);
+    expect(serials({ text: '.' })).toEqual([]);
 });

@@ -7,17 +7,17 @@ const jsonTokens = /"(?:[^"\\]|\\.)*"|[{}[\],:]|[^\s{}[\],:"]+/g;
 const deepestIndent = 34;
 
 function escaped(character: string): string {
-  const code = character.codePointAt(0) ?? 0;
-  return code > 0xffff ? `\\u{${code.toString(16)}}` : `\\u${code.toString(16).padStart(4, '0')}`;
+    const code = character.codePointAt(0) ?? 0;
+    return code > 0xffff ? `\\u{${code.toString(16)}}` : `\\u${code.toString(16).padStart(4, '0')}`;
 }
 
 /** `text` with every character that one could not see, or that would reorder the line, as an escape. */
 export function visible(text: string): string {
-  return text.replace(invisible, escaped);
+    return text.replace(invisible, escaped);
 }
 
 function newLine(depth: number): string {
-  return '\n' + '  '.repeat(Math.min(depth, deepestIndent));
+    return '\n' + '  '.repeat(Math.min(depth, deepestIndent));
 }
 
 /**
@@ -25,52 +25,52 @@ function newLine(depth: number): string {
  * members and their order stay as they were sent.
  */
 export function pretty(text: string): string {
-  try {
-    JSON.parse(text);
-  } catch {
-    return visible(text);
-  }
-  let depth = 0;
-  let result = '';
-  let previous = '';
-  for (const token of text.match(jsonTokens) ?? []) {
-    const opened = previous === '{' || previous === '[';
-    if (token === '}' || token === ']') {
-      depth -= 1;
-      result += opened ? '' : newLine(depth);
-    } else if (opened || previous === ',') {
-      result += newLine(depth);
+    try {
+        JSON.parse(text);
+    } catch {
+        return visible(text);
     }
-    result += token === ':' ? ': ' : visible(token);
-    depth += token === '{' || token === '[' ? 1 : 0;
-    previous = token;
-  }
-  return result;
+    let depth = 0;
+    let result = '';
+    let previous = '';
+    for (const token of text.match(jsonTokens) ?? []) {
+        const opened = previous === '{' || previous === '[';
+        if (token === '}' || token === ']') {
+            depth -= 1;
+            result += opened ? '' : newLine(depth);
+        } else if (opened || previous === ',') {
+            result += newLine(depth);
+        }
+        result += token === ':' ? ': ' : visible(token);
+        depth += token === '{' || token === '[' ? 1 : 0;
+        previous = token;
+    }
+    return result;
 }
 
 /** One line of at most `length` characters. */
 export function summary(text: string, length = 160): string {
-  const line = visible(text.slice(0, length));
-  return text.length > length || line.length > length ? line.slice(0, length - 1) + '…' : line;
+    const line = visible(text.slice(0, length));
+    return text.length > length || line.length > length ? line.slice(0, length - 1) + '…' : line;
 }
 
 /** The time of day, to the millisecond, where the reader is. */
 export function timeOfDay(timestamp: number): string {
-  const time = new Date(timestamp);
-  if (Number.isNaN(time.getTime())) {
-    return '–';
-  }
-  const two = (value: number) => String(value).padStart(2, '0');
-  const milliseconds = String(time.getMilliseconds()).padStart(3, '0');
-  return `${two(time.getHours())}:${two(time.getMinutes())}:${two(time.getSeconds())}.${milliseconds}`;
+    const time = new Date(timestamp);
+    if (Number.isNaN(time.getTime())) {
+        return '–';
+    }
+    const two = (value: number) => String(value).padStart(2, '0');
+    const milliseconds = String(time.getMilliseconds()).padStart(3, '0');
+    return `${two(time.getHours())}:${two(time.getMinutes())}:${two(time.getSeconds())}.${milliseconds}`;
 }
 
 /** One line per message, for the clipboard: the frames as they were, led by time and way. */
 export function asText(messages: readonly Message[]): string {
-  return messages
-    .map(
-      ({ timestamp, direction, door, client, text }) =>
-        `${timeOfDay(timestamp)} ${direction} ${door}${client === null ? '' : ` ${client}`} ${text}\n`,
-    )
-    .join('');
+    return messages
+        .map(
+            ({ timestamp, direction, door, client, text }) =>
+                `${timeOfDay(timestamp)} ${direction} ${door}${client === null ? '' : ` ${client}`} ${text}\n`,
+        )
+        .join('');
 }

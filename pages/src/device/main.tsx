@@ -1,0 +1,66 @@
+import { render } from 'preact';
+
+import { hideKey } from '../wire/address';
+import { Connection } from '../wire/connection';
+import { DevicePage, type ConnectionState } from './DevicePage';
+import { DeviceSession } from './session';
+
+import '../theme.css';
+import './device.css';
+
+let connectionState: ConnectionState = 'connecting';
+let drawing = false;
+
+const session = new DeviceSession((text) => connection.send(text), drawSoon);
+
+const connection = new Connection('/device', 'device.v1', {
+    opened: () => {
+        connectionState = 'connected';
+        session.opened();
+        drawSoon();
+    },
+    received: (text) => {
+        session.received(text);
+    },
+    closed: () => {
+        connectionState = 'lost';
+        session.closed();
+        drawSoon();
+    },
+    lockedOut: () => {
+        connectionState = 'lockedOut';
+        drawSoon();
+    },
+});
+
+/** Draws once for all that happens before the next picture. */
+function drawSoon(): void {
+    if (!drawing) {
+        drawing = true;
+        requestAnimationFrame(draw);
+    }
+}
+
+function draw(): void {
+    drawing = false;
+    const root = document.getElementById('app');
+    if (root !== null) {
+        render(
+            <DevicePage
+                session={session}
+                connection={connectionState}
+                onRetry={() => {
+                    connection.retryNow();
+                }}
+            />,
+            root,
+        );
+    }
+}
+
+hideKey();
+draw();
+connection.start();
+addEventListener('online', () => {
+    connection.retryNow();
+});
