@@ -8,6 +8,7 @@ import { PNG } from 'pngjs';
 import { expect } from 'vitest';
 
 import { failures } from './programs';
+import { smallPng } from './smallPng';
 
 const stored = fileURLToPath(new URL('screenshots', import.meta.url));
 /** How far a pixel's colour may be off before it counts: edges of letters differ between font rasterisers. */
@@ -21,7 +22,7 @@ export async function expectLooksAsStored(page: Page, name: string): Promise<voi
     const picture = await page.screenshot({ animations: 'disabled', caret: 'hide' });
     if (process.env['UPDATE_SCREENSHOTS'] !== undefined) {
         mkdirSync(stored, { recursive: true });
-        writeFileSync(join(stored, file), picture);
+        writeFileSync(join(stored, file), smallPng(picture));
         return;
     }
     expect(existsSync(join(stored, file)), `there is a stored ${file}; "npm run update-screenshots" makes it`).toBe(

@@ -2,7 +2,8 @@ import { defineConfig } from 'vitest/config';
 
 export default defineConfig({
     test: {
-        include: ['browser-tests/**/*.browser.ts'],
+        // Tests, or with PICTURES set the pictures for the documents.
+        include: [`browser-tests/**/*.${process.env['PICTURES'] === undefined ? 'browser' : 'pictures'}.ts`],
         globalSetup: 'browser-tests/chromium.ts',
         testTimeout: 20_000,
         hookTimeout: 20_000,
