@@ -267,6 +267,17 @@ test('after the host was killed the page connects again, reads the state again a
     );
 });
 
+test('a page that the host lets in no more says how to get a new address', async () => {
+    await visitDevice(
+        async (page) => {
+            await host.resumeAsNew();
+            await page.getByText('run "settingsctl device page"').waitFor({ timeout: 15_000 });
+            await expectAccessible(page, 'the device page that is locked out');
+        },
+        { expected: /WebSocket connection to .* failed|ERR_CONNECTION_REFUSED|403/ },
+    );
+});
+
 test('axe-core finds nothing on the page, wide and narrow, empty and with messages, and nothing scrolls sideways', async () => {
     for (const viewport of [undefined, phone]) {
         await visitDevice(async (page) => {

@@ -37,7 +37,7 @@ export class Host {
         const child = spawn(
             settingsHost,
             [
-                ...['--storage', join(this.folder, 'settings.db'), ...this.sockets(), '--pages', builtPages],
+                ...['--storage', this.database(), ...this.sockets(), '--pages', builtPages],
                 ...['--listen', this.address.host, '--log-level', '2'],
             ],
             { stdio: ['ignore', 'pipe', 'pipe'] },
@@ -66,6 +66,15 @@ export class Host {
         }
     }
 
+    /** Starts it again with a database as new: no page that is open is let in any more. */
+    async resumeAsNew(): Promise<void> {
+        await this.kill();
+        for (const part of ['', '-wal', '-shm']) {
+            await rm(this.database() + part, { force: true });
+        }
+        await this.resume();
+    }
+
     async stop(): Promise<void> {
         await this.kill();
         await rm(this.folder, { recursive: true, force: true });
@@ -87,6 +96,10 @@ export class Host {
             throw new Error(`settingsctl ${words.join(' ')}: ${output}`);
         }
         return output;
+    }
+
+    private database(): string {
+        return join(this.folder, 'settings.db');
     }
 
     private sockets(): string[] {
