@@ -271,7 +271,7 @@ test('a page that the host lets in no more says how to get a new address', async
     await visitDevice(
         async (page) => {
             await host.resumeAsNew();
-            await page.getByText('run "settingsctl device page"').waitFor({ timeout: 15_000 });
+            await page.getByText('"settingsctl page" prints it').waitFor({ timeout: 15_000 });
             await expectAccessible(page, 'the device page that is locked out');
         },
         { expected: /WebSocket connection to .* failed|ERR_CONNECTION_REFUSED|403/ },

@@ -11,7 +11,7 @@ const connectionTexts: Readonly<Record<ConnectionState, string>> = {
     connecting: '○ Connecting',
     connected: '● Connected',
     lost: '○ No connection, trying again',
-    lockedOut: '○ The host wants a new address: run "settingsctl device page"',
+    lockedOut: '○ The host wants a new address: "settingsctl page" prints it',
 };
 
 interface Props {
