@@ -1,0 +1,309 @@
+import type { Page } from 'playwright-core';
+import { afterAll, beforeAll, expect, test } from 'vitest';
+
+import { Host } from './host';
+import {
+    enterSection,
+    expectFocus,
+    expectStatus,
+    expectValue,
+    focus,
+    goToMenu,
+    press,
+    row,
+    sectionIds,
+    typeOver,
+    visitSettings,
+} from './settings';
+
+let host: Host;
+
+beforeAll(async () => {
+    host = await Host.start();
+});
+
+afterAll(() => host.stop());
+
+async function valueOf(key: string): Promise<string> {
+    return (await host.control('--value', 'get', key)).trimEnd();
+}
+
+/** Numbers the panel's controls, so that one is told from another. Returns: how many there are. */
+function numberControls(page: Page): Promise<number> {
+    return page.evaluate(() => {
+        const controls = document.querySelectorAll<HTMLElement>(
+            'main :is(button:not(:disabled), input:not(:disabled), [tabindex="0"])',
+        );
+        controls.forEach((control, number) => (control.dataset['number'] = `${number}`));
+        return controls.length;
+    });
+}
+
+function focusedNumber(page: Page): Promise<string | undefined> {
+    return page.evaluate(() => (document.activeElement as HTMLElement | null)?.dataset['number']);
+}
+
+/** Goes on with one key until nothing more comes. Returns: the numbers of the controls on the way. */
+async function walk(page: Page, key: string, atEach: () => Promise<void> = () => Promise.resolve()): Promise<void> {
+    for (let steps = 0; steps < 50; steps += 1) {
+        await atEach();
+        const before = await focusedNumber(page);
+        await press(page, key);
+        if ((await focusedNumber(page)) === before) {
+            return;
+        }
+    }
+    expect.fail(`${key} goes round in circles`);
+}
+
+test('the first key is an arrow: the menu has the focus, stops at its ends and shows each section', async () => {
+    await visitSettings(host, async (page) => {
+        await expectFocus(page, 'device');
+        await press(page, 'ArrowUp');
+        await expectFocus(page, 'device');
+        for (const section of sectionIds.slice(1)) {
+            await press(page, 'ArrowDown');
+            await expectFocus(page, section);
+            expect(await page.locator('main h2').innerText()).toBe((await focus(page)).name.replace(/^\W/, ''));
+        }
+        await press(page, 'ArrowDown');
+        await expectFocus(page, 'account');
+    });
+});
+
+test('arrows alone reach every control of every section, up and down stop at the ends, and back leads to the menu', async () => {
+    await host.control('set', 'orliaLocale', '["en-US","fr-FR","de-DE"]');
+    await visitSettings(host, async (page) => {
+        for (const section of sectionIds) {
+            await enterSection(page, section);
+            const count = await numberControls(page);
+            expect(count, `controls of ${section}`).toBeGreaterThan(0);
+            const seen = new Set<string | undefined>();
+            const see = async () => {
+                seen.add(await focusedNumber(page));
+            };
+            await walk(page, 'ArrowUp');
+            await walk(page, 'ArrowDown', async () => {
+                await walk(page, 'ArrowRight', see);
+                for (let column = 0; column < 3; column += 1) {
+                    await press(page, 'ArrowLeft');
+                    if ((await page.locator('nav :focus').count()) > 0) {
+                        await press(page, 'ArrowRight');
+                        break;
+                    }
+                }
+            });
+            expect(seen.size, `controls of ${section} reached by arrows`).toBe(count);
+            await press(page, 'Escape');
+            await expectFocus(page, section);
+        }
+    });
+});
+
+test('each section remembers where the focus was', async () => {
+    await visitSettings(host, async (page) => {
+        await enterSection(page, 'device');
+        await press(page, 'ArrowDown', 'ArrowDown');
+        await expectFocus(page, 'companionDevice');
+        await enterSection(page, 'voice');
+        await press(page, 'ArrowDown');
+        await expectFocus(page, 'handsFreeAlwaysOnEnabled');
+        await enterSection(page, 'device');
+        await expectFocus(page, 'companionDevice');
+        await enterSection(page, 'voice');
+        await expectFocus(page, 'handsFreeAlwaysOnEnabled');
+    });
+});
+
+test('Device by keys: the names and the companion device are changed, and Escape leaves a name as it was', async () => {
+    await visitSettings(host, async (page) => {
+        await press(page, 'ArrowRight', 'Enter');
+        await typeOver(page, 'Living rxxm');
+        await press(page, 'ArrowLeft', 'Backspace', 'Backspace');
+        await page.keyboard.type('oo');
+        await press(page, 'Enter');
+        await expectStatus(page, 'deviceName', 'accepted', 'Saved');
+        await expectFocus(page, 'deviceName');
+        expect(await valueOf('deviceName')).toBe('Living room');
+
+        await press(page, 'ArrowDown', 'Enter');
+        await typeOver(page, 'Nobody');
+        await press(page, 'Escape');
+        await expectFocus(page, 'friendlyName');
+        await expectValue(page, 'friendlyName', 'TV');
+        await press(page, 'Enter');
+        await typeOver(page, 'Big screen');
+        await press(page, 'Enter');
+        await expectStatus(page, 'friendlyName', 'accepted', 'Saved');
+
+        await press(page, 'ArrowDown', 'Enter');
+        await typeOver(page, 'My phone');
+        await press(page, 'ArrowDown');
+        await typeOver(page, 'Phone');
+        await press(page, 'Enter');
+        await expectStatus(page, 'companionDevice', 'accepted', 'Saved');
+        await expectValue(page, 'companionDevice', 'My phone · Phone');
+        await expectFocus(page, 'companionDevice');
+    });
+    expect([await valueOf('friendlyName'), await valueOf('companionDevice')]).toEqual([
+        'Big screen',
+        '["My phone","Phone"]',
+    ]);
+});
+
+test('Language and region by keys: locales are added, moved and removed, and a time zone is searched', async () => {
+    await host.control('set', 'orliaLocale', '["en-US","de-DE"]');
+    await visitSettings(host, async (page) => {
+        await enterSection(page, 'language');
+        await expectFocus(page, 'en-US');
+        await press(page, 'ArrowDown');
+        await expectFocus(page, 'de-DE');
+        await press(page, 'ArrowDown', 'Enter');
+        await page.getByRole('dialog').waitFor();
+        await page.keyboard.type('german aus');
+        await press(page, 'ArrowDown', 'Enter');
+        await row(page, 'de-AT').waitFor();
+        await expectFocus(page, 'add');
+        expect(await valueOf('orliaLocale')).toBe('["en-US","de-DE","de-AT"]');
+
+        await press(page, 'ArrowUp');
+        await expectFocus(page, 'de-AT');
+        expect((await focus(page)).name).toMatch(/^Move .* up$/);
+        await press(page, 'Enter');
+        await expect.poll(() => valueOf('orliaLocale')).toBe('["en-US","de-AT","de-DE"]');
+        await expectFocus(page, 'de-AT');
+        await press(page, 'ArrowRight', 'Enter');
+        await expect.poll(() => valueOf('orliaLocale')).toBe('["en-US","de-DE","de-AT"]');
+        await expectFocus(page, 'de-AT');
+        await press(page, 'ArrowRight');
+        expect((await focus(page)).name).toMatch(/^Remove /);
+        await press(page, 'Enter');
+        await expect.poll(() => valueOf('orliaLocale')).toBe('["en-US","de-DE"]');
+
+        await goToMenu(page, 'language');
+        await press(page, 'ArrowRight', 'ArrowDown', 'ArrowDown', 'ArrowDown');
+        await expectFocus(page, 'timezone');
+        await press(page, 'Enter');
+        await page.getByRole('dialog').waitFor();
+        await page.keyboard.type('tokyo');
+        await press(page, 'ArrowDown', 'Enter');
+        await expectStatus(page, 'timezone', 'accepted', 'Saved');
+        await expectFocus(page, 'timezone');
+        expect(await valueOf('timezone')).toBe('Asia/Tokyo');
+    });
+});
+
+test('a search in a dialog is left by Escape, and the focus is where it was', async () => {
+    await visitSettings(host, async (page) => {
+        await enterSection(page, 'language');
+        await press(page, 'ArrowDown', 'ArrowDown', 'ArrowDown', 'ArrowDown');
+        await expectFocus(page, 'timezone');
+        await press(page, 'Enter');
+        await page.getByRole('dialog').waitFor();
+        await page.keyboard.type('zzz');
+        await page.getByText('Nothing found').waitFor();
+        await press(page, 'Escape');
+        await page.getByRole('dialog').waitFor({ state: 'detached' });
+        await expectFocus(page, 'timezone');
+    });
+});
+
+test('Captions by keys: size and style change, and the preview with them', async () => {
+    await visitSettings(host, async (page) => {
+        await enterSection(page, 'captions');
+        await press(page, 'ArrowDown');
+        await expectFocus(page, 'captionsFontSize');
+        const preview = page.getByText('Captions will look like this.');
+        const height = () => preview.evaluate((text) => parseFloat(getComputedStyle(text).fontSize));
+        const before = await height();
+        await press(page, 'ArrowRight', 'ArrowRight', 'ArrowRight', 'Enter');
+        await expectStatus(page, 'captionsFontSize', 'accepted', 'Saved');
+        expect(await valueOf('captionsFontSize')).toBe('FONT_EXTRA_LARGE');
+        expect(await height()).toBeGreaterThan(before);
+        await press(page, 'ArrowDown');
+        await expectFocus(page, 'captionsStyles');
+        await press(page, 'Enter');
+        await expectStatus(page, 'captionsStyles', 'accepted', 'Saved');
+        expect(await valueOf('captionsStyles')).toBe('STYLE_YELLOW_ON_BLUE');
+        expect(await preview.evaluate((text) => getComputedStyle(text).backgroundColor)).toBe('rgb(0, 0, 255)');
+    });
+});
+
+test('Voice by keys: every switch is switched on', async () => {
+    const switches = [
+        'handsFreeEnabled',
+        'handsFreeAlwaysOnEnabled',
+        'handsFreeAlwaysOnDiscovered',
+        'pttAlwaysOnEnabled',
+        'pttAlwaysOnDiscovered',
+    ];
+    await visitSettings(host, async (page) => {
+        await enterSection(page, 'voice');
+        for (const name of switches) {
+            await expectFocus(page, name);
+            await press(page, 'Enter');
+            await expectStatus(page, name, 'accepted', 'Saved');
+            await press(page, 'ArrowDown');
+        }
+    });
+    for (const name of switches) {
+        expect(await valueOf(name), name).toBe('true');
+    }
+});
+
+test('Account by keys: the assistant’s settings are opened; a log-out is called off, then confirmed', async () => {
+    await host.control('set', 'deviceName', 'Somebody’s');
+    await visitSettings(host, async (page) => {
+        await enterSection(page, 'account');
+        await press(page, 'ArrowDown', 'ArrowDown');
+        await expectFocus(page, 'open-settings');
+        await press(page, 'Enter');
+        await page.getByText('Opened on the television.').waitFor();
+        expect(await host.control('device', 'show')).toContain('lastLaunchedApp=voice-assistant-settings');
+
+        await press(page, 'ArrowDown');
+        await expectFocus(page, 'log-out');
+        await press(page, 'Enter');
+        await page.getByRole('dialog', { name: 'Log out of this television?' }).waitFor();
+        expect((await focus(page)).name).toBe('Cancel');
+        await press(page, 'Enter');
+        await page.getByRole('dialog').waitFor({ state: 'detached' });
+        await expectFocus(page, 'log-out');
+        expect(await valueOf('deviceName')).toBe('Somebody’s');
+
+        await press(page, 'Enter', 'ArrowRight');
+        expect((await focus(page)).name).toBe('Log out');
+        await press(page, 'Enter');
+        await page.getByText('You are logged out.').waitFor();
+        await expectFocus(page, 'log-out');
+        await enterSection(page, 'device');
+        await expectValue(page, 'deviceName', 'TV');
+    });
+    expect(await valueOf('deviceName')).toBe('TV');
+});
+
+test('in Arabic the page is mirrored, and so are the arrows', async () => {
+    await host.control('device', 'locale', 'ar-EG');
+    await visitSettings(host, async (page) => {
+        expect(await page.evaluate(() => [document.documentElement.dir, document.documentElement.lang])).toEqual([
+            'rtl',
+            'ar',
+        ]);
+        const [menu, panel] = [await page.locator('nav').boundingBox(), await page.locator('main').boundingBox()];
+        expect(menu?.x).toBeGreaterThan((panel?.x ?? 0) + (panel?.width ?? 0) - 1);
+        await press(page, 'ArrowRight');
+        await expectFocus(page, 'device');
+        await press(page, 'ArrowLeft');
+        await expectFocus(page, 'deviceName');
+        await press(page, 'ArrowRight');
+        await expectFocus(page, 'device');
+        await enterSection(page, 'captions', 'ArrowLeft');
+        await press(page, 'ArrowDown');
+        const first = (await focus(page)).name;
+        await press(page, 'ArrowLeft');
+        expect((await focus(page)).name).not.toBe(first);
+        await press(page, 'ArrowRight');
+        expect((await focus(page)).name).toBe(first);
+    });
+    await host.control('device', 'locale', 'en-US');
+});

@@ -1,0 +1,91 @@
+import type { Locator, Page } from 'playwright-core';
+import { expect } from 'vitest';
+
+import type { Host } from './host';
+import { visit, type VisitOptions } from './visit';
+
+export const sectionIds = ['device', 'language', 'captions', 'voice', 'doNotDisturb', 'account'] as const;
+export type SectionId = (typeof sectionIds)[number];
+
+/** A page language, and a locale of the assistant that leads to it. */
+export const languages = [
+    ['en', 'en-US'],
+    ['fr', 'fr-FR'],
+    ['es', 'es-MX'],
+    ['de', 'de-DE'],
+    ['ja', 'ja-JP'],
+    ['ar', 'ar-EG'],
+] as const;
+
+export async function visitSettings(
+    host: Host,
+    use: (page: Page) => Promise<void>,
+    options: VisitOptions = {},
+): Promise<void> {
+    await visit(
+        host,
+        async (page) => {
+            await row(page, 'deviceName').waitFor();
+            await use(page);
+        },
+        options,
+    );
+}
+
+export function row(page: Page, name: string): Locator {
+    return page.locator(`[data-row="${name}"]`).first();
+}
+
+/** What the page says came of a change of `setting`. */
+export async function expectStatus(page: Page, name: string, kind: string, words: string | RegExp): Promise<void> {
+    await row(page, name).locator(`.status[data-kind="${kind}"]`, { hasText: words }).waitFor();
+}
+
+export async function expectValue(page: Page, name: string, value: string): Promise<void> {
+    await row(page, name).locator('.value').getByText(value, { exact: true }).waitFor();
+}
+
+export async function press(page: Page, ...keys: readonly string[]): Promise<void> {
+    for (const key of keys) {
+        await page.keyboard.press(key);
+    }
+}
+
+/** The row that has the focus, and what the focused control is called or says. */
+export async function focus(page: Page): Promise<{ readonly row: string; readonly name: string }> {
+    return page.evaluate(() => {
+        const element = document.activeElement;
+        return {
+            row: element?.closest<HTMLElement>('[data-row]')?.dataset['row'] ?? '',
+            name: element?.getAttribute('aria-label') ?? element?.textContent ?? '',
+        };
+    });
+}
+
+export async function expectFocus(page: Page, wanted: string): Promise<void> {
+    await expect.poll(async () => (await focus(page)).row, { timeout: 3_000, interval: 20 }).toBe(wanted);
+}
+
+/** Goes to a section's place in the menu, from wherever the focus is, by keys alone. */
+export async function goToMenu(page: Page, section: SectionId): Promise<void> {
+    if ((await page.locator('nav :focus').count()) === 0) {
+        await press(page, 'Escape');
+    }
+    const here = sectionIds.findIndex((id) => new URL(page.url()).hash === `#${id}`);
+    const steps = sectionIds.indexOf(section) - Math.max(here, 0);
+    await press(page, ...Array<string>(Math.abs(steps)).fill(steps < 0 ? 'ArrowUp' : 'ArrowDown'));
+    await expectFocus(page, section);
+}
+
+/** Goes into a section, from wherever the focus is, by keys alone. */
+export async function enterSection(page: Page, section: SectionId, forward = 'ArrowRight'): Promise<void> {
+    await goToMenu(page, section);
+    await press(page, forward);
+    await page.locator('main :focus').waitFor();
+}
+
+/** Types over what a text field holds. */
+export async function typeOver(page: Page, text: string): Promise<void> {
+    await press(page, 'Control+A');
+    await page.keyboard.type(text);
+}
