@@ -66,6 +66,20 @@ export class Host {
         }
     }
 
+    /** Lets the host stand still, connections open, until `thaw`. */
+    freeze(): void {
+        this.process?.kill('SIGSTOP');
+    }
+
+    thaw(): void {
+        this.process?.kill('SIGCONT');
+    }
+
+    /** Where clients of the settings connect. */
+    socket(): string {
+        return join(this.folder, 'settings.sock');
+    }
+
     /** Starts it again with a database as new: no page that is open is let in any more. */
     async resumeAsNew(): Promise<void> {
         await this.kill();
@@ -103,6 +117,6 @@ export class Host {
     }
 
     private sockets(): string[] {
-        return ['--socket', join(this.folder, 'settings.sock'), '--device-socket', join(this.folder, 'device.sock')];
+        return ['--socket', this.socket(), '--device-socket', join(this.folder, 'device.sock')];
     }
 }

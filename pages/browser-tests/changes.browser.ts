@@ -1,0 +1,258 @@
+import { connect } from 'node:net';
+
+import type { Page } from 'playwright-core';
+import { afterEach, beforeEach, expect, test } from 'vitest';
+
+import { Host } from './host';
+import {
+    enterSection,
+    expectFocus,
+    expectStatus,
+    expectValue,
+    focus,
+    press,
+    row,
+    typeOver,
+    visitSettings,
+} from './settings';
+
+const within = { timeout: 1_000 };
+/** What the browser says of a host that is away. */
+const hostIsAway = /WebSocket connection to .* failed|ERR_CONNECTION_REFUSED|Failed to fetch/;
+
+let host: Host;
+
+beforeEach(async () => {
+    host = await Host.start();
+});
+
+afterEach(() => host.stop());
+
+function announcement(page: Page, text: string) {
+    return page.locator('.announcement', { hasText: text });
+}
+
+async function startEditing(page: Page, text: string): Promise<void> {
+    await press(page, 'ArrowRight', 'Enter');
+    await typeOver(page, text);
+}
+
+test('a change by a program shows within a second, says where it came from, and leaves the focus alone', async () => {
+    await visitSettings(host, async (page) => {
+        await enterSection(page, 'device');
+        await press(page, 'ArrowDown');
+        await host.control('set', 'deviceName', 'Attic');
+        await row(page, 'deviceName').getByText('Attic').waitFor(within);
+        await announcement(page, 'Device name is now Attic, changed by a program').waitFor(within);
+        await host.control('set', 'friendlyName', 'Telly');
+        await row(page, 'friendlyName').getByText('Telly').waitFor(within);
+        await expectFocus(page, 'friendlyName');
+    });
+});
+
+test('what happens at the television shows within a second', async () => {
+    await visitSettings(host, async (page) => {
+        await enterSection(page, 'captions');
+        await host.control('device', 'captions', 'on');
+        await page.locator('main').getByText('On', { exact: true }).waitFor(within);
+        await announcement(page, 'Captions is now On').waitFor(within);
+        await host.control('device', 'do-not-disturb', 'on');
+        await announcement(page, 'Do not disturb is now On').waitFor(within);
+        await enterSection(page, 'voice');
+        await host.control('device', 'handsfree', 'on');
+        await page.getByRole('switch', { name: 'Hands-free', checked: true }).waitFor(within);
+        await announcement(page, 'Hands-free is now On, changed on the television').waitFor(within);
+        await expectFocus(page, 'handsFreeEnabled');
+    });
+});
+
+test('the language of the page follows the first locale within a second, and the focus stays', async () => {
+    await visitSettings(host, async (page) => {
+        await enterSection(page, 'voice');
+        await press(page, 'ArrowDown');
+        for (const [locale, title] of [
+            ['fr-CA', 'Voix'],
+            ['ja-JP', '音声'],
+            ['it-IT', 'Voice'],
+        ] as const) {
+            await host.control('device', 'locale', locale);
+            await page.locator('main h2', { hasText: title }).waitFor(within);
+            await expectFocus(page, 'handsFreeAlwaysOnEnabled');
+        }
+    });
+});
+
+test('another page changes with this one, and only the other page announces it', async () => {
+    await visitSettings(host, async (page) => {
+        await visitSettings(host, async (other) => {
+            await startEditing(page, 'Den');
+            await press(page, 'Enter');
+            await expectStatus(page, 'deviceName', 'accepted', 'Saved');
+            await row(other, 'deviceName').getByText('Den').waitFor(within);
+            await announcement(other, 'Device name is now Den, changed on another page').waitFor(within);
+            expect(await page.locator('.announcement').innerText()).toBe('');
+        });
+    });
+});
+
+test('accepted, unchanged and refused differ in words, sign and colour', async () => {
+    await visitSettings(host, async (page) => {
+        const looks: string[][] = [];
+        const look = async (kind: string, words: string) => {
+            await expectStatus(page, 'deviceName', kind, words);
+            const status = row(page, 'deviceName').locator('.status');
+            looks.push([
+                (await status.innerText()).slice(0, 1),
+                await status.evaluate((text) => getComputedStyle(text).color),
+            ]);
+        };
+        await startEditing(page, 'Den');
+        await press(page, 'Enter');
+        await look('accepted', 'Saved');
+        await press(page, 'Enter', 'Enter');
+        await look('unchanged', 'It was that already');
+        await refuseDeviceName();
+        await press(page, 'Enter');
+        await typeOver(page, 'Attic');
+        await press(page, 'Enter');
+        await look('refused', 'Not changed: the television could not store it, or a newer change came first.');
+        expect(new Set(looks.map(([sign]) => sign)).size).toBe(3);
+        expect(new Set(looks.map(([, colour]) => colour)).size).toBe(3);
+    });
+});
+
+/** Another client claims the future, so that every other request for the name is older. */
+function refuseDeviceName(): Promise<void> {
+    return new Promise((resolve, reject) => {
+        const client = connect(host.socket());
+        client.on('error', reject);
+        client.end('{"type":24,"timestamp":9000000000000,"payload":{"settingDBId":"deviceName","to":"Den"}}\n');
+        client.resume();
+        client.on('close', () => {
+            resolve();
+        });
+    });
+}
+
+test('a refused change rolls back to the value that holds', async () => {
+    await refuseDeviceName();
+    await visitSettings(host, async (page) => {
+        await startEditing(page, 'Attic');
+        await press(page, 'Enter');
+        await expectStatus(page, 'deviceName', 'refused', 'Not changed: ');
+        await expectValue(page, 'deviceName', 'Den');
+        await expectFocus(page, 'deviceName');
+    });
+});
+
+test('a value that is too long for the host is refused by the page', async () => {
+    await visitSettings(host, async (page) => {
+        await press(page, 'ArrowRight', 'Enter');
+        await page.locator('form input').first().fill('x'.repeat(70_000));
+        await press(page, 'Enter');
+        await expectStatus(page, 'deviceName', 'refused', 'Not changed: the value is too long.');
+        await expectValue(page, 'deviceName', 'TV');
+    });
+});
+
+test('a host that is silent is told from one that refuses', async () => {
+    await visitSettings(host, async (page) => {
+        await startEditing(page, 'Attic');
+        host.freeze();
+        await press(page, 'Enter');
+        await expectStatus(page, 'deviceName', 'saving', 'Saving');
+        await row(page, 'deviceName').locator('.status', { hasText: 'does not answer' }).waitFor({ timeout: 10_000 });
+        host.thaw();
+        await expectValue(page, 'deviceName', 'Attic');
+    });
+});
+
+test('an edit in progress is not overwritten: the person sees both values and keeps the own one', async () => {
+    await visitSettings(host, async (page) => {
+        await startEditing(page, 'My text');
+        await host.control('set', 'deviceName', 'Their text');
+        await page.getByRole('alert').getByText('Meanwhile it became “Their text”.').waitFor(within);
+        expect(await page.getByRole('textbox').inputValue()).toBe('My text');
+        await expectFocus(page, 'deviceName');
+        await press(page, 'Enter');
+        expect((await focus(page)).name).toBe('Keep my text');
+        await press(page, 'Enter');
+        expect(await page.getByRole('textbox').inputValue()).toBe('My text');
+        await press(page, 'Enter');
+        await expectStatus(page, 'deviceName', 'accepted', 'Saved');
+        await expectValue(page, 'deviceName', 'My text');
+    });
+    expect(await host.control('get', 'deviceName')).toBe('deviceName=My text\n');
+});
+
+test('an edit in progress can be given up for the new value', async () => {
+    await visitSettings(host, async (page) => {
+        await startEditing(page, 'My text');
+        await host.control('set', 'deviceName', 'Their text');
+        await page.getByRole('alert').getByText('Their text').waitFor(within);
+        await press(page, 'Enter', 'ArrowRight');
+        expect((await focus(page)).name).toBe('Take the new value');
+        await press(page, 'Enter');
+        expect(await page.getByRole('textbox').inputValue()).toBe('Their text');
+        await press(page, 'Escape');
+        await expectValue(page, 'deviceName', 'Their text');
+    });
+});
+
+test('after the host was killed the page says so, connects again and shows what changed meanwhile', async () => {
+    await host.control('set', 'deviceName', 'Before');
+    await visitSettings(
+        host,
+        async (page) => {
+            await enterSection(page, 'device');
+            await press(page, 'ArrowDown');
+            await host.kill();
+            await page.getByRole('alert').getByText('The television does not answer.').waitFor();
+            await expectFocus(page, 'friendlyName');
+            await host.resume();
+            await host.control('set', 'deviceName', 'After');
+            await row(page, 'deviceName').getByText('After').waitFor({ timeout: 15_000 });
+            await page.getByRole('alert').getByText('The television does not answer.').waitFor({ state: 'detached' });
+            await expectFocus(page, 'friendlyName');
+            await host.control('set', 'deviceName', 'Later');
+            await row(page, 'deviceName').getByText('Later').waitFor(within);
+        },
+        { expected: hostIsAway },
+    );
+});
+
+test('Enter on the banner tries again at once', async () => {
+    await visitSettings(
+        host,
+        async (page) => {
+            await host.kill();
+            // By now the pauses are long.
+            await page.waitForTimeout(4_000);
+            await host.resume();
+            await page.getByRole('button', { name: 'Try now' }).focus();
+            await press(page, 'Enter');
+            await page.getByRole('button', { name: 'Try now' }).waitFor({ state: 'detached', timeout: 700 });
+        },
+        { expected: hostIsAway },
+    );
+});
+
+test('a page that the host lets in no more asks for a new address', async () => {
+    await visitSettings(
+        host,
+        async (page) => {
+            await host.resumeAsNew();
+            await page.getByRole('alert').getByText('settingsctl page').waitFor({ timeout: 15_000 });
+        },
+        { expected: /WebSocket connection to .* failed|ERR_CONNECTION_REFUSED|403/ },
+    );
+});
+
+test('a log-out elsewhere shows here', async () => {
+    await host.control('set', 'deviceName', 'Somebody’s');
+    await visitSettings(host, async (page) => {
+        await expectValue(page, 'deviceName', 'Somebody’s');
+        await host.control('logout');
+        await row(page, 'deviceName').getByText('TV', { exact: true }).waitFor(within);
+    });
+});
