@@ -1,13 +1,16 @@
 import tseslint from 'typescript-eslint';
 
 export default tseslint.config(
-  { ignores: ['dist', 'eslint.config.js', 'scripts'] },
-  tseslint.configs.strictTypeChecked,
-  {
-    languageOptions: { parserOptions: { projectService: true, tsconfigRootDir: import.meta.dirname } },
-    rules: {
-      '@typescript-eslint/restrict-template-expressions': ['error', { allowNumber: true }],
-      eqeqeq: 'error',
+    { ignores: ['dist', 'eslint.config.js', 'scripts'] },
+    tseslint.configs.strictTypeChecked,
+    {
+        languageOptions: {
+            parserOptions: { projectService: true, tsconfigRootDir: new URL('.', import.meta.url).pathname },
+        },
+        rules: {
+            '@typescript-eslint/restrict-template-expressions': ['error', { allowNumber: true }],
+            '@typescript-eslint/no-unused-vars': ['error', { ignoreRestSiblings: true }],
+            eqeqeq: 'error',
+        },
     },
-  },
 );

@@ -1,0 +1,43 @@
+import type { JSX } from 'preact';
+
+import { nameOfSetting, usePage } from './page';
+import { RowStatus } from './RowStatus';
+
+interface Props {
+    readonly setting: string;
+    readonly about?: string;
+}
+
+/** A setting that is on or off. */
+export function SwitchRow({ setting, about }: Props): JSX.Element {
+    const { store, state, language } = usePage();
+    const isOn = state.values?.[setting] === 'true';
+    return (
+        <div class="row" data-row={setting}>
+            <button
+                type="button"
+                class="control"
+                role="switch"
+                aria-checked={isOn}
+                aria-label={nameOfSetting(setting, language)}
+                aria-describedby={about === undefined ? undefined : `about-${setting}`}
+                onClick={() => {
+                    if (state.rows[setting]?.kind !== 'saving') {
+                        void store.set(setting, isOn ? 'false' : 'true');
+                    }
+                }}
+            >
+                <span class="name">{nameOfSetting(setting, language)}</span>
+                <span class="value">
+                    {language.t(isOn ? 'on' : 'off')} <span class="switch" aria-hidden="true" />
+                </span>
+                {about !== undefined && (
+                    <span class="about" id={`about-${setting}`}>
+                        {about}
+                    </span>
+                )}
+            </button>
+            <RowStatus setting={setting} />
+        </div>
+    );
+}

@@ -1,0 +1,190 @@
+import type { ChangeEvent, Origin, Values } from '../wire/frames';
+import { Session, type Reason } from '../wire/session';
+
+/** What is known about the last new value that this page asked for. */
+export type RowStatus =
+    | { readonly kind: 'saving' }
+    | { readonly kind: 'accepted' | 'unchanged' }
+    | { readonly kind: 'refused'; readonly reason: Reason };
+
+/** A change that did not come from this page. */
+export interface Announcement {
+    readonly number: number;
+    readonly key: string;
+    readonly value: string;
+    /** Null when it changed where it lives, in the television. */
+    readonly origin: Origin | null;
+}
+
+export interface State {
+    readonly connection: 'connecting' | 'online' | 'lost' | 'locked-out';
+    /** Null until they were read for the first time. */
+    readonly values: Values | null;
+    readonly rows: Readonly<Record<string, RowStatus>>;
+    readonly announcement: Announcement | null;
+    readonly selected: boolean | null;
+    /** What the last action without a value came to. */
+    readonly action: 'none' | 'opened' | 'logged-out' | 'failed';
+}
+
+/** Gathers what to read again for so long, in milliseconds, so that a storm of changes is one question. */
+const gatherPause = 50;
+
+/** The settings as the page knows them. Changes are shown at once; what comes back decides. */
+export class Store {
+    state: State = {
+        connection: 'connecting',
+        values: null,
+        rows: {},
+        announcement: null,
+        selected: null,
+        action: 'none',
+    };
+    private readonly listeners = new Set<() => void>();
+    private readonly session: Session;
+    private readonly toRead = new Map<string, Origin | null>();
+    private readTimer: ReturnType<typeof setTimeout> | null = null;
+
+    constructor(send: (frame: string) => boolean) {
+        this.session = new Session(send, {
+            changed: (change) => {
+                this.heard(change);
+            },
+            reread: (keys) => {
+                this.readSoon(keys, null);
+            },
+            missed: () => {
+                void this.readAll();
+            },
+        });
+    }
+
+    /** Returns: what ends the subscription. */
+    subscribe(listener: () => void): () => void {
+        this.listeners.add(listener);
+        return () => this.listeners.delete(listener);
+    }
+
+    opened(): void {
+        this.session.opened();
+        void this.readAll();
+        void this.session.isSelected().then((selected) => {
+            if (selected !== null) {
+                this.update({ selected });
+            }
+        });
+    }
+
+    closed(): void {
+        this.session.closed();
+        if (this.state.connection !== 'locked-out') {
+            this.update({ connection: 'lost' });
+        }
+    }
+
+    lockedOut(): void {
+        this.update({ connection: 'locked-out' });
+    }
+
+    received(text: string): void {
+        this.session.received(text);
+    }
+
+    /** Asks for a new value. It is shown at once, and taken back when it is refused. */
+    async set(key: string, to: string): Promise<void> {
+        const before = this.state.values?.[key];
+        this.update({ rows: { ...this.state.rows, [key]: { kind: 'saving' } } });
+        this.show(key, to);
+        const outcome = await this.session.set(key, to);
+        // Without an answer the value from before stands until it is read again.
+        this.show(key, outcome.value ?? before);
+        this.update({
+            rows: {
+                ...this.state.rows,
+                [key]:
+                    outcome.result === 'refused'
+                        ? { kind: 'refused', reason: outcome.reason }
+                        : { kind: outcome.result },
+            },
+        });
+    }
+
+    forgetStatus(key: string): void {
+        if (this.state.rows[key] !== undefined && this.state.rows[key].kind !== 'saving') {
+            const { [key]: _gone, ...rows } = this.state.rows;
+            this.update({ rows });
+        }
+    }
+
+    openSettings(): void {
+        this.update({ action: this.session.openSettings() ? 'opened' : 'failed' });
+    }
+
+    async logOut(): Promise<void> {
+        const sent = this.session.logOut();
+        // The reply comes when the log-out is done.
+        const values = sent ? await this.session.read() : null;
+        this.update(values === null ? { action: 'failed' } : { action: 'logged-out', values, rows: {} });
+    }
+
+    private async readAll(): Promise<void> {
+        const values = await this.session.read();
+        if (values !== null) {
+            this.update({ values, connection: 'online' });
+        }
+    }
+
+    private heard(change: ChangeEvent): void {
+        this.show(change.key, change.to);
+        this.announce(change.key, change.to, change.origin);
+        // The event carries the text as it was asked for, which may read back otherwise.
+        this.readSoon([change.key], change.origin);
+    }
+
+    private readSoon(keys: readonly string[], origin: Origin | null): void {
+        for (const key of keys) {
+            this.toRead.set(key, origin);
+        }
+        this.readTimer ??= setTimeout(() => {
+            this.readTimer = null;
+            void this.readGathered();
+        }, gatherPause);
+    }
+
+    private async readGathered(): Promise<void> {
+        const wanted = new Map(this.toRead);
+        this.toRead.clear();
+        const values = await this.session.read([...wanted.keys()]);
+        if (values === null) {
+            return;
+        }
+        for (const [key, origin] of wanted) {
+            const changed = this.state.values?.[key] !== values[key];
+            if (changed && this.state.rows[key]?.kind !== 'saving') {
+                this.show(key, values[key]);
+                if (origin === null) {
+                    this.announce(key, values[key] ?? '', null);
+                }
+            }
+        }
+    }
+
+    private show(key: string, value: string | undefined): void {
+        const { [key]: _old, ...others } = this.state.values ?? {};
+        this.update({ values: value === undefined ? others : { ...others, [key]: value } });
+    }
+
+    private announce(key: string, value: string, origin: Origin | null): void {
+        this.forgetStatus(key);
+        this.update({
+            announcement: { number: (this.state.announcement?.number ?? 0) + 1, key, value, origin },
+        });
+    }
+
+    private update(change: Partial<State>): void {
+        this.state = { ...this.state, ...change };
+        for (const listener of this.listeners) {
+            listener();
+        }
+    }
+}
