@@ -12,6 +12,8 @@ export interface VisitOptions {
     readonly viewport?: { readonly width: number; readonly height: number };
     /** Text that may appear in the console, because the test breaks something on purpose. */
     readonly expected?: RegExp;
+    /** What to do before the page is opened. */
+    readonly prepare?: (page: Page) => Promise<void>;
 }
 
 let connected: Promise<Browser> | null = null;
@@ -25,7 +27,7 @@ function browser(): Promise<Browser> {
 export async function visit(
     host: Host,
     use: (page: Page, context: BrowserContext) => Promise<void>,
-    { path = '/', viewport = wide, expected = /^$/ }: VisitOptions = {},
+    { path = '/', viewport = wide, expected = /^$/, prepare }: VisitOptions = {},
 ): Promise<void> {
     const context = await (
         await browser()
@@ -60,6 +62,7 @@ export async function visit(
         });
         const page = await context.newPage();
         page.setDefaultTimeout(5_000);
+        await prepare?.(page);
         await page.goto(host.page(path));
         await use(page, context);
         expect(complaints, 'complaints of the page').toEqual([]);

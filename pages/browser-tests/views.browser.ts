@@ -1,0 +1,208 @@
+import type { Page } from 'playwright-core';
+import { afterAll, beforeAll, beforeEach, expect, test } from 'vitest';
+
+import { expectAccessible } from './accessibility';
+import { Host } from './host';
+import {
+    enterSection,
+    expectFocus,
+    expectStatus,
+    goToMenu,
+    languages,
+    press,
+    row,
+    sectionIds,
+    typeOver,
+    visitSettings,
+} from './settings';
+import { expectNoSidewaysScroll, phone, small, visit } from './visit';
+
+let host: Host;
+
+beforeAll(async () => {
+    host = await Host.start();
+});
+
+afterAll(() => host.stop());
+
+beforeEach(() => host.control('set', 'orliaLocale', '["en-US"]'));
+
+/** Opens what opens from `place` of a section, checks it, and closes it again. */
+async function checkDialog(page: Page, place: string, view: string): Promise<void> {
+    await row(page, place).locator('button').focus();
+    await press(page, 'Enter');
+    await page.getByRole('dialog').waitFor();
+    await expectAccessible(page, view);
+    await press(page, 'Escape');
+    await page.getByRole('dialog').waitFor({ state: 'detached' });
+    await expectFocus(page, place);
+}
+
+test.each(languages)('axe-core finds nothing in any view in %s', async (code, locale) => {
+    await host.control('set', 'orliaLocale', JSON.stringify([locale, 'it-IT']));
+    const forward = code === 'ar' ? 'ArrowLeft' : 'ArrowRight';
+    await visitSettings(host, async (page) => {
+        expect(await page.locator('html').getAttribute('lang')).toBe(code);
+        for (const section of sectionIds) {
+            await enterSection(page, section, forward);
+            await expectAccessible(page, `${section} in ${code}`);
+        }
+        await checkDialog(page, 'log-out', `the log-out in ${code}`);
+        await enterSection(page, 'language', forward);
+        await checkDialog(page, 'add', `adding a language in ${code}`);
+        await checkDialog(page, 'timezone', `the time zones in ${code}`);
+        await enterSection(page, 'device', forward);
+        await press(page, 'Enter');
+        await typeOver(page, 'Mine');
+        await host.control('set', 'deviceName', `Theirs ${code}`);
+        await page.locator('.meanwhile').waitFor();
+        await expectAccessible(page, `an edit in conflict in ${code}`);
+        await press(page, 'Enter', 'Enter', 'Enter');
+        await expectStatus(page, 'deviceName', 'accepted', /\S/);
+        await expectAccessible(page, `a saved value in ${code}`);
+    });
+});
+
+test('axe-core finds nothing on a phone, without a connection, and where the page may not connect', async () => {
+    await visitSettings(
+        host,
+        async (page) => {
+            await expectAccessible(page, 'a phone');
+            await host.kill();
+            await page.getByRole('alert').getByRole('button').waitFor();
+            await expectAccessible(page, 'no connection');
+            await expectNoSidewaysScroll(page);
+            await host.resumeAsNew();
+            await page.getByRole('alert').getByText('settingsctl page').waitFor({ timeout: 15_000 });
+            await expectAccessible(page, 'no admittance');
+            await expectNoSidewaysScroll(page);
+        },
+        { viewport: phone, expected: /WebSocket connection to .* failed|ERR_CONNECTION_REFUSED|Failed to fetch|403/ },
+    );
+});
+
+test.each(languages)('on a phone nothing scrolls sideways in %s', async (code, locale) => {
+    await host.control('set', 'orliaLocale', JSON.stringify([locale, 'zh-HK']));
+    const forward = code === 'ar' ? 'ArrowLeft' : 'ArrowRight';
+    await visitSettings(
+        host,
+        async (page) => {
+            for (const section of sectionIds) {
+                await enterSection(page, section, forward);
+                await expectNoSidewaysScroll(page);
+            }
+            await press(page, 'ArrowDown', 'ArrowDown', 'ArrowDown', 'Enter');
+            await page.getByRole('dialog').waitFor();
+            await expectNoSidewaysScroll(page);
+        },
+        { viewport: phone },
+    );
+});
+
+test('every control is large enough to be touched', async () => {
+    await visitSettings(
+        host,
+        async (page) => {
+            for (const section of sectionIds) {
+                await goToMenu(page, section);
+                const sizes = await page
+                    .locator('button, input, [tabindex="0"]')
+                    .evaluateAll((controls) =>
+                        controls
+                            .map((control) => control.getBoundingClientRect())
+                            .map(({ width, height }) => Math.min(width, height)),
+                    );
+                expect(Math.min(...sizes), `smallest control of ${section}`).toBeGreaterThanOrEqual(24);
+            }
+        },
+        { viewport: phone },
+    );
+});
+
+test('the focus is in view after every step, on the smallest television', async () => {
+    await host.control('set', 'orliaLocale', '["en-US","fr-FR","de-DE","ja-JP","es-MX","it-IT","nl-NL","pt-BR"]');
+    await visitSettings(
+        host,
+        async (page) => {
+            for (const section of sectionIds) {
+                await enterSection(page, section);
+                for (let step = 0; step < 12; step += 1) {
+                    const { top, bottom, outline } = await page.evaluate(() => {
+                        const element = document.activeElement ?? document.body;
+                        const { top, bottom } = element.getBoundingClientRect();
+                        const { outlineStyle, outlineWidth } = getComputedStyle(element);
+                        return { top, bottom, outline: outlineStyle === 'none' ? 0 : parseFloat(outlineWidth) };
+                    });
+                    expect(top).toBeGreaterThanOrEqual(0);
+                    expect(bottom).toBeLessThanOrEqual(small.height);
+                    expect(outline, `width of the focus ring in ${section}`).toBeGreaterThanOrEqual(2);
+                    await press(page, 'ArrowDown');
+                }
+            }
+        },
+        { viewport: small },
+    );
+});
+
+const hostile = '<img src=x onerror=alert(1)>\u202e\u0007&amp;';
+
+test('values that nobody would expect are shown as text, and the page goes on', async () => {
+    await host.control('set', 'friendlyName', 'n'.repeat(60_000));
+    for (const [key, value] of [
+        ['deviceName', hostile],
+        ['companionDevice', 'no pair'],
+        ['timezone', hostile],
+        ['captionsFontSize', hostile],
+        ['captionsStyles', '__proto__'],
+        ['tovanEntitlementStatus', hostile],
+    ] as const) {
+        await host.control('set', key, value);
+    }
+    await visitSettings(
+        host,
+        async (page) => {
+            for (const section of sectionIds) {
+                await enterSection(page, section);
+                await expectNoSidewaysScroll(page);
+                expect(await page.locator('main img').count()).toBe(0);
+            }
+            expect(await page.locator('main').innerText()).toContain('<img src=x onerror=alert(1)>');
+            await enterSection(page, 'language');
+            await press(page, 'ArrowDown', 'ArrowDown', 'Enter');
+            await page.getByRole('dialog').waitFor();
+            await expectNoSidewaysScroll(page);
+        },
+        { viewport: phone },
+    );
+});
+
+test.each([
+    ['names of object members', '["constructor"]'],
+    ['names of prototypes', '["__proto__","x"]'],
+    ['markup and direction marks', '["<b>","\u202e"]'],
+    ['underscores and repetitions', '["en_US","en_US"]'],
+    ['much text', `["${'l'.repeat(5_000)}"]`],
+])('locales made of %s are shown, and the page goes on in English', async (_name, locales) => {
+    await host.control('set', 'orliaLocale', locales);
+    await visitSettings(
+        host,
+        async (page) => {
+            expect(await page.locator('html').getAttribute('lang')).toBe('en');
+            await enterSection(page, 'language');
+            expect(await page.locator('.locale').count()).toBe((JSON.parse(locales) as string[]).length);
+            await expectNoSidewaysScroll(page);
+        },
+        { viewport: phone },
+    );
+});
+
+test('before the values are there the page says that it reads them', async () => {
+    await visit(
+        host,
+        async (page) => {
+            await page.getByText('Reading the settings').waitFor();
+            await expectAccessible(page, 'the page without values');
+        },
+        { prepare: (page) => page.routeWebSocket(/settings/, () => undefined) },
+    );
+});
