@@ -1,0 +1,136 @@
+import { render } from 'preact';
+import { act } from 'preact/test-utils';
+import { afterEach, beforeEach, describe, expect, it } from 'vitest';
+
+import { languageFor } from '../i18n/language';
+import { Store } from '../state/store';
+import { useStore } from '../state/useStore';
+import { EditRow } from './EditRow';
+import { Page, pairOf } from './page';
+
+const place = document.createElement('div');
+let sent: string[];
+let store: Store;
+let sequence: number;
+
+function Rows() {
+    const state = useStore(store);
+    return (
+        <Page.Provider value={{ store, state, language: languageFor('en') }}>
+            <EditRow setting="deviceName" />
+            <EditRow
+                setting="companionDevice"
+                parts={['Name', 'Kind']}
+                split={pairOf}
+                join={(parts) => JSON.stringify(parts)}
+            />
+        </Page.Provider>
+    );
+}
+
+function event(key: string, to: string): void {
+    sequence += 1;
+    const payload = { settingDBId: key, from: '', to };
+    void act(() => {
+        store.received(JSON.stringify({ type: 25, timestamp: 1, sequence, origin: 'socket', payload }));
+    });
+}
+
+function click(text: string): void {
+    const button = [...place.querySelectorAll('button')].find(({ textContent }) => textContent.includes(text));
+    void act(() => {
+        button?.click();
+    });
+}
+
+function type(text: string, field = 0): void {
+    const input = place.querySelectorAll('input')[field];
+    void act(() => {
+        if (input !== undefined) {
+            input.value = text;
+            input.dispatchEvent(new Event('input', { bubbles: true }));
+        }
+    });
+}
+
+function submit(): void {
+    void act(() => {
+        place.querySelector('form')?.dispatchEvent(new Event('submit', { bubbles: true, cancelable: true }));
+    });
+}
+
+function saved(): string[] {
+    return sent
+        .map((frame) => JSON.parse(frame) as { type: number; payload?: { to?: string } })
+        .filter((frame) => frame.type === 24)
+        .map((frame) => frame.payload?.to ?? '');
+}
+
+beforeEach(() => {
+    sent = [];
+    sequence = 0;
+    store = new Store((frame) => sent.push(frame) > 0);
+    document.body.replaceChildren(place);
+    void act(() => {
+        render(<Rows />, place);
+    });
+    event('deviceName', 'TV');
+    event('companionDevice', '["",""]');
+});
+
+afterEach(() => {
+    render(null, place);
+});
+
+describe('an edit', () => {
+    it('begins with the value and saves what was typed', () => {
+        click('Device name');
+        expect(place.querySelector('input')?.value).toBe('TV');
+        expect(document.activeElement).toBe(place.querySelector('input'));
+        type('Den');
+        submit();
+        expect(saved()).toEqual(['Den']);
+        expect(place.querySelector('form')).toBeNull();
+    });
+
+    it('leaves the value as it was when it is cancelled', () => {
+        click('Device name');
+        type('Den');
+        click('Cancel');
+        expect(saved()).toEqual([]);
+        expect(place.textContent).toContain('TV');
+        expect(document.activeElement?.textContent).toContain('Device name');
+    });
+
+    it('of a pair saves both parts', () => {
+        click('Companion device');
+        type('Phone', 0);
+        type('phone', 1);
+        submit();
+        expect(saved()).toEqual(['["Phone","phone"]']);
+    });
+
+    it('is not overwritten, and does not overwrite, when the value changes meanwhile', () => {
+        click('Device name');
+        type('Den');
+        event('deviceName', 'Attic');
+        expect(place.querySelector('input')?.value).toBe('Den');
+        expect(place.textContent).toContain('Meanwhile it became “Attic”.');
+        submit();
+        expect(saved()).toEqual([]);
+        expect(document.activeElement?.textContent).toBe('Keep my text');
+        click('Keep my text');
+        expect(place.textContent).not.toContain('Meanwhile');
+        submit();
+        expect(saved()).toEqual(['Den']);
+    });
+
+    it('can take the value that came meanwhile', () => {
+        click('Device name');
+        type('Den');
+        event('deviceName', 'Attic');
+        click('Take the new value');
+        expect(place.querySelector('input')?.value).toBe('Attic');
+        expect(saved()).toEqual([]);
+    });
+});

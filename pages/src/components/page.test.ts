@@ -1,0 +1,67 @@
+import { describe, expect, it } from 'vitest';
+
+import { languageFor } from '../i18n/language';
+import { nameOfSetting, pairOf, shortened, wordsFor } from './page';
+import { matching } from './Picker';
+
+const english = languageFor('en');
+
+describe('values in words', () => {
+    it.each([
+        ['deviceName', 'Den', 'Den'],
+        ['deviceName', '', 'Not set'],
+        ['deviceName', undefined, 'Not known'],
+        ['deviceName', '<b>\u202E', '<b>\u202E'],
+        ['handsFreeEnabled', 'true', 'On'],
+        ['handsFreeEnabled', 'TRUE', 'Off'],
+        ['pttAlwaysOnDiscovered', 'false', 'Off'],
+        ['captionsFontSize', 'FONT_LARGE', 'Large'],
+        ['captionsFontSize', 'FONT_HUGE', 'FONT_HUGE'],
+        ['captionsStyles', 'toString', 'toString'],
+        ['orliaLocale', '["fr-FR","en-US"]', 'French (France), American English'],
+        ['orliaLocale', 'broken', 'broken'],
+        ['companionDevice', '["Phone","phone"]', 'Phone · phone'],
+        ['companionDevice', '["",""]', 'Not set'],
+    ])('%s %s', (key, value, words) => {
+        expect(wordsFor(key, value, english)).toBe(words);
+    });
+
+    it('are cut where they are longer than a line, never inside a character', () => {
+        expect(shortened('😀'.repeat(80))).toBe('😀'.repeat(80));
+        expect(shortened('😀'.repeat(81))).toBe(`${'😀'.repeat(80)}…`);
+        expect(shortened('x'.repeat(60_000))).toBe(`${'x'.repeat(80)}…`);
+    });
+
+    it('have the names of their settings', () => {
+        expect(nameOfSetting('timezone', english)).toBe('Time zone');
+        expect(nameOfSetting('title', english)).toBe('title');
+        expect(nameOfSetting('somethingElse', english)).toBe('somethingElse');
+    });
+});
+
+describe('pairs', () => {
+    it('are taken apart, and what is none is not lost', () => {
+        expect(pairOf('["Phone","phone"]')).toEqual(['Phone', 'phone']);
+        expect(pairOf('["Phone"]')).toEqual(['Phone', '']);
+        expect(pairOf('[1,2]')).toEqual(['[1,2]', '']);
+        expect(pairOf('Phone')).toEqual(['Phone', '']);
+    });
+});
+
+describe('searching', () => {
+    const options = [
+        { value: 'America/Sao_Paulo', words: 'America/Sao Paulo (GMT-3)' },
+        { value: 'Europe/Paris', words: 'Europe/Paris (GMT+1)' },
+        { value: 'es-ES', words: 'español (España)' },
+    ];
+    it.each([
+        ['', ['America/Sao_Paulo', 'Europe/Paris', 'es-ES']],
+        ['sao paulo', ['America/Sao_Paulo']],
+        ['PARIS europe', ['Europe/Paris']],
+        ['espana', ['es-ES']],
+        ['gmt', ['America/Sao_Paulo', 'Europe/Paris']],
+        ['nowhere', []],
+    ])('%s', (typed, found) => {
+        expect(matching(options, typed).map(({ value }) => value)).toEqual(found);
+    });
+});

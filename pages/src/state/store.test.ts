@@ -1,0 +1,202 @@
+import { afterEach, beforeEach, describe, expect, it, vi } from 'vitest';
+
+import { Store } from './store';
+
+interface Sent {
+    readonly type: number;
+    readonly messageId: string;
+    readonly payload?: { readonly settings?: string[]; readonly settingDBId?: string; readonly to?: string };
+}
+
+/** A host that keeps values and answers at once, except while it is told to be silent. */
+class FakeHost {
+    values: Record<string, string> = { deviceName: 'TV', captionsEnabled: 'false', timezone: 'UTC' };
+    refused = new Set<string>();
+    silent = false;
+    connected = true;
+    sequence = 0;
+    requests: string[] = [];
+    readonly store = new Store((frame) => this.take(JSON.parse(frame) as Sent));
+
+    event(key: string, to: string, origin: string): void {
+        this.sequence += 1;
+        const payload = { settingDBId: key, from: this.values[key] ?? '', to };
+        this.values[key] = to;
+        this.say({ type: 25, timestamp: 1, sequence: this.sequence, origin, payload });
+    }
+
+    say(frame: object): void {
+        this.store.received(JSON.stringify(frame));
+    }
+
+    private take({ type, messageId, payload }: Sent): boolean {
+        if (!this.connected) {
+            return false;
+        }
+        const { settings = [], settingDBId = '', to = '' } = payload ?? {};
+        this.requests.push(type === 24 ? `set ${settingDBId}` : type === 7 ? `get ${settings.join()}` : `${type}`);
+        if (this.silent) {
+            return true;
+        }
+        if (type === 24 && !this.refused.has(settingDBId) && this.values[settingDBId] !== to) {
+            this.event(settingDBId, to, 'page');
+        } else if (type === 22) {
+            this.values = { deviceName: 'TV' };
+        } else if (type === 18) {
+            queueMicrotask(() => {
+                this.say({ type, messageId, payload: { isOrliaSelectedAsVA: true } });
+            });
+        } else if (type === 7) {
+            const keys = settings.length > 0 ? settings : Object.keys(this.values);
+            const found = Object.fromEntries(
+                keys.filter((key) => key in this.values).map((key) => [key, this.values[key]]),
+            );
+            queueMicrotask(() => {
+                this.say({ type, messageId, payload: { settings: found } });
+            });
+        }
+        return true;
+    }
+}
+
+let host: FakeHost;
+let store: Store;
+
+beforeEach(async () => {
+    vi.useFakeTimers();
+    host = new FakeHost();
+    store = host.store;
+    store.opened();
+    await vi.advanceTimersByTimeAsync(0);
+    host.requests = [];
+});
+
+afterEach(() => {
+    vi.useRealTimers();
+});
+
+describe('the store', () => {
+    it('knows every value once the connection is open', () => {
+        expect(store.state.connection).toBe('online');
+        expect(store.state.values).toEqual(host.values);
+        expect(store.state.selected).toBe(true);
+    });
+
+    it('shows a new value at once, and that it was accepted when it was', async () => {
+        const done = store.set('deviceName', 'Den');
+        expect(store.state.values?.['deviceName']).toBe('Den');
+        expect(store.state.rows['deviceName']).toEqual({ kind: 'saving' });
+        await done;
+        expect(store.state.rows['deviceName']).toEqual({ kind: 'accepted' });
+        expect(store.state.announcement).toBeNull();
+        expect(host.requests).toEqual(['set deviceName', 'get deviceName']);
+    });
+
+    it('takes a refused value back and says why', async () => {
+        host.refused.add('deviceName');
+        await store.set('deviceName', 'Den');
+        expect(store.state.values?.['deviceName']).toBe('TV');
+        expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason: 'not-taken' });
+    });
+
+    it('tells that nothing changed', async () => {
+        await store.set('deviceName', 'TV');
+        expect(store.state.rows['deviceName']).toEqual({ kind: 'unchanged' });
+    });
+
+    it('takes a value back when no answer comes', async () => {
+        host.silent = true;
+        const done = store.set('deviceName', 'Den');
+        await vi.advanceTimersByTimeAsync(5_000);
+        await done;
+        expect(store.state.values?.['deviceName']).toBe('TV');
+        expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason: 'no-answer' });
+    });
+
+    it('announces what others change, and reads it back', async () => {
+        host.event('deviceName', '', 'socket');
+        expect(store.state.announcement).toEqual({ number: 1, key: 'deviceName', value: '', origin: 'socket' });
+        host.values['deviceName'] = 'TV';
+        await vi.advanceTimersByTimeAsync(50);
+        expect(store.state.values?.['deviceName']).toBe('TV');
+        expect(store.state.announcement?.number).toBe(1);
+        host.event('timezone', 'Europe/Paris', 'device');
+        expect(store.state.announcement).toMatchObject({ number: 2, key: 'timezone', origin: 'device' });
+    });
+
+    it('announces what a notice names, if it is different', async () => {
+        host.values['captionsEnabled'] = 'true';
+        host.say({ notice: { reread: ['captionsEnabled', 'timezone'] } });
+        await vi.advanceTimersByTimeAsync(50);
+        expect(store.state.values?.['captionsEnabled']).toBe('true');
+        expect(store.state.announcement).toEqual({ number: 1, key: 'captionsEnabled', value: 'true', origin: null });
+    });
+
+    it('asks once for a storm of changes', async () => {
+        for (let number = 0; number < 100; number += 1) {
+            host.event(number % 2 === 0 ? 'deviceName' : 'timezone', `${number}`, 'socket');
+        }
+        await vi.advanceTimersByTimeAsync(50);
+        expect(host.requests).toEqual(['get deviceName,timezone']);
+    });
+
+    it('reads everything again when it missed an event', async () => {
+        host.event('deviceName', 'Den', 'socket');
+        await vi.advanceTimersByTimeAsync(50);
+        host.requests = [];
+        host.sequence += 1;
+        host.values['captionsEnabled'] = 'true';
+        host.event('timezone', 'Asia/Tokyo', 'socket');
+        await vi.advanceTimersByTimeAsync(50);
+        expect(host.requests).toEqual(['get ']);
+        expect(store.state.values).toEqual(host.values);
+    });
+
+    it('forgets what it said about a row when somebody else changes it', async () => {
+        await store.set('deviceName', 'Den');
+        host.event('deviceName', 'Attic', 'socket');
+        expect(store.state.rows).toEqual({});
+    });
+
+    it('says that the connection is lost, keeps the values, and reads them when it is back', async () => {
+        store.closed();
+        expect(store.state.connection).toBe('lost');
+        expect(store.state.values?.['deviceName']).toBe('TV');
+        host.values['deviceName'] = 'Den';
+        store.opened();
+        await vi.advanceTimersByTimeAsync(0);
+        expect(store.state.connection).toBe('online');
+        expect(store.state.values?.['deviceName']).toBe('Den');
+    });
+
+    it('stays locked out until a connection opens', async () => {
+        store.lockedOut();
+        store.closed();
+        expect(store.state.connection).toBe('locked-out');
+        store.opened();
+        await vi.advanceTimersByTimeAsync(0);
+        expect(store.state.connection).toBe('online');
+    });
+
+    it('logs out and shows what is left', async () => {
+        await store.set('deviceName', 'Den');
+        await store.logOut();
+        expect(store.state).toMatchObject({ action: 'logged-out', values: { deviceName: 'TV' }, rows: {} });
+        host.connected = false;
+        await store.logOut();
+        expect(store.state.action).toBe('failed');
+        store.openSettings();
+        expect(store.state.action).toBe('failed');
+    });
+
+    it('tells its listeners until they leave', () => {
+        let calls = 0;
+        const leave = store.subscribe(() => {
+            calls += 1;
+        });
+        store.openSettings();
+        leave();
+        store.openSettings();
+        expect(calls).toBe(1);
+    });
+});
