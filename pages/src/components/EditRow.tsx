@@ -49,7 +49,6 @@ export function EditRow(props: Props): JSX.Element {
                 ref={button}
                 type="button"
                 class="control"
-                aria-label={`${language.t('edit', { name })}: ${wordsFor(setting, value, language)}`}
                 aria-describedby={about === undefined ? undefined : `about-${setting}`}
                 onClick={() => {
                     store.forgetStatus(setting);
@@ -59,7 +58,7 @@ export function EditRow(props: Props): JSX.Element {
                 <span class="name">{name}</span>
                 <bdi class="value">{wordsFor(setting, value, language)}</bdi>
                 {about !== undefined && (
-                    <span class="about" id={`about-${setting}`}>
+                    <span class="about" id={`about-${setting}`} aria-hidden="true">
                         {about}
                     </span>
                 )}

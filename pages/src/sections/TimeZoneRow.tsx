@@ -31,7 +31,6 @@ export function TimeZoneRow(): JSX.Element {
                 type="button"
                 class="control"
                 aria-haspopup="dialog"
-                aria-label={`${t('edit', { name: t('timezone') })}: ${wordsFor(setting, value, language)}`}
                 onClick={() => {
                     setChoosing(true);
                 }}
