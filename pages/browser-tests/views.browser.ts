@@ -38,30 +38,44 @@ async function checkDialog(page: Page, place: string, view: string): Promise<voi
     await expectFocus(page, place);
 }
 
-test.each(languages)('axe-core finds nothing in any view in %s', async (code, locale) => {
-    await host.control('set', 'orliaLocale', JSON.stringify([locale, 'it-IT']));
-    const forward = code === 'ar' ? 'ArrowLeft' : 'ArrowRight';
-    await visitSettings(host, async (page) => {
-        expect(await page.locator('html').getAttribute('lang')).toBe(code);
-        for (const section of sectionIds) {
-            await enterSection(page, section, forward);
-            await expectAccessible(page, `${section} in ${code}`);
-        }
-        await checkDialog(page, 'log-out', `the log-out in ${code}`);
-        await enterSection(page, 'language', forward);
-        await checkDialog(page, 'add', `adding a language in ${code}`);
-        await checkDialog(page, 'timezone', `the time zones in ${code}`);
-        await enterSection(page, 'device', forward);
-        await press(page, 'Enter');
-        await typeOver(page, 'Mine');
-        await host.control('set', 'deviceName', `Theirs ${code}`);
-        await page.locator('.meanwhile').waitFor();
-        await expectAccessible(page, `an edit in conflict in ${code}`);
-        await press(page, 'Enter', 'Enter', 'Enter');
-        await expectStatus(page, 'deviceName', 'accepted', /\S/);
-        await expectAccessible(page, `a saved value in ${code}`);
-    });
-});
+test.each(languages)(
+    'in %s axe-core finds nothing in any view, and nothing scrolls sideways on a phone',
+    async (code, locale) => {
+        await host.control('set', 'orliaLocale', JSON.stringify([locale, 'it-IT']));
+        const forward = code === 'ar' ? 'ArrowLeft' : 'ArrowRight';
+        await visitSettings(host, async (page) => {
+            expect(await page.locator('html').getAttribute('lang')).toBe(code);
+            for (const section of sectionIds) {
+                await enterSection(page, section, forward);
+                await expectAccessible(page, `${section} in ${code}`);
+            }
+            await checkDialog(page, 'log-out', `the log-out in ${code}`);
+            await enterSection(page, 'language', forward);
+            await checkDialog(page, 'add', `adding a language in ${code}`);
+            await checkDialog(page, 'timezone', `the time zones in ${code}`);
+            await enterSection(page, 'device', forward);
+            await press(page, 'Enter');
+            await typeOver(page, 'Mine');
+            await host.control('set', 'deviceName', `Theirs ${code}`);
+            await page.locator('.meanwhile').waitFor();
+            await expectAccessible(page, `an edit in conflict in ${code}`);
+            await press(page, 'Enter', 'Enter', 'Enter');
+            await expectStatus(page, 'deviceName', 'accepted', /\S/);
+            await expectAccessible(page, `a saved value in ${code}`);
+
+            await page.setViewportSize(phone);
+            for (const section of sectionIds) {
+                await enterSection(page, section, forward);
+                await expectNoSidewaysScroll(page);
+            }
+            await enterSection(page, 'language', forward);
+            await row(page, 'timezone').locator('button').focus();
+            await press(page, 'Enter');
+            await page.getByRole('dialog').waitFor();
+            await expectNoSidewaysScroll(page);
+        });
+    },
+);
 
 test('axe-core finds nothing on a phone, without a connection, and where the page may not connect', async () => {
     await visitSettings(
@@ -78,24 +92,6 @@ test('axe-core finds nothing on a phone, without a connection, and where the pag
             await expectNoSidewaysScroll(page);
         },
         { viewport: phone, expected: /WebSocket connection to .* failed|ERR_CONNECTION_REFUSED|Failed to fetch|403/ },
-    );
-});
-
-test.each(languages)('on a phone nothing scrolls sideways in %s', async (code, locale) => {
-    await host.control('set', 'orliaLocale', JSON.stringify([locale, 'zh-HK']));
-    const forward = code === 'ar' ? 'ArrowLeft' : 'ArrowRight';
-    await visitSettings(
-        host,
-        async (page) => {
-            for (const section of sectionIds) {
-                await enterSection(page, section, forward);
-                await expectNoSidewaysScroll(page);
-            }
-            await press(page, 'ArrowDown', 'ArrowDown', 'ArrowDown', 'Enter');
-            await page.getByRole('dialog').waitFor();
-            await expectNoSidewaysScroll(page);
-        },
-        { viewport: phone },
     );
 });
 
@@ -176,21 +172,29 @@ test('values that nobody would expect are shown as text, and the page goes on', 
     );
 });
 
-test.each([
+const hostileLocales = [
     ['names of object members', '["constructor"]'],
     ['names of prototypes', '["__proto__","x"]'],
-    ['markup and direction marks', '["<b>","\u202e"]'],
-    ['underscores and repetitions', '["en_US","en_US"]'],
-    ['much text', `["${'l'.repeat(5_000)}"]`],
-])('locales made of %s are shown, and the page goes on in English', async (_name, locales) => {
-    await host.control('set', 'orliaLocale', locales);
+    ['markup and direction marks', '["<b>","\u202e","a"]'],
+    ['underscores and repetitions', '["en_US","en_US","en_US","en_US"]'],
+    ['much text', JSON.stringify(['l'.repeat(5_000), 'm', 'n', 'o', 'p'])],
+] as const;
+
+test('locales that nobody would expect are shown as they come, and the page goes on in English', async () => {
     await visitSettings(
         host,
         async (page) => {
-            expect(await page.locator('html').getAttribute('lang')).toBe('en');
             await enterSection(page, 'language');
-            expect(await page.locator('.locale').count()).toBe((JSON.parse(locales) as string[]).length);
-            await expectNoSidewaysScroll(page);
+            for (const [name, locales] of hostileLocales) {
+                await host.control('set', 'orliaLocale', locales);
+                const count = (JSON.parse(locales) as string[]).length;
+                await expect.poll(() => page.locator('.locale').count(), { message: name }).toBe(count);
+                expect(await page.locator('html').getAttribute('lang'), name).toBe('en');
+                await expectNoSidewaysScroll(page);
+            }
+            await page.reload();
+            await page.locator('.locale').first().waitFor();
+            expect(await page.locator('.locale').count()).toBe(5);
         },
         { viewport: phone },
     );
