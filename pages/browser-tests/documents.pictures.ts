@@ -6,6 +6,7 @@ import type { Page } from 'playwright-core';
 import { afterAll, beforeAll, test } from 'vitest';
 
 import { Host } from './host';
+import { enterSection, expectStatus, press, typeOver, visitSettings } from './settings';
 import { smallPng } from './smallPng';
 import { small, visit } from './visit';
 
@@ -24,13 +25,56 @@ async function take(page: Page, name: string): Promise<void> {
     writeFileSync(join(images, `${name}.png`), smallPng(await page.screenshot({ caret: 'hide' })));
 }
 
+test('the settings on a television', async () => {
+    await host.control('set', 'orliaLocale', '["en-US","fr-FR","de-DE"]');
+    await visitSettings(
+        host,
+        async (page) => {
+            await enterSection(page, 'language');
+            await take(page, 'settings');
+            await enterSection(page, 'captions');
+            await press(page, 'ArrowDown', 'ArrowRight', 'Enter');
+            await expectStatus(page, 'captionsFontSize', 'accepted', 'Saved');
+            await take(page, 'settings-captions');
+        },
+        { viewport: small },
+    );
+});
+
+test('an edit in conflict', async () => {
+    await visitSettings(
+        host,
+        async (page) => {
+            await enterSection(page, 'device');
+            await press(page, 'Enter');
+            await typeOver(page, 'Den');
+            await host.control('set', 'deviceName', 'Living room');
+            await page.locator('.meanwhile').waitFor();
+            await take(page, 'settings-conflict');
+        },
+        { viewport: small },
+    );
+});
+
+test('the settings from right to left', async () => {
+    await host.control('set', 'orliaLocale', '["ar-EG"]');
+    await visitSettings(
+        host,
+        async (page) => {
+            await enterSection(page, 'voice', 'ArrowLeft');
+            await take(page, 'settings-arabic');
+        },
+        { viewport: small },
+    );
+});
+
 test('the simulated television', async () => {
     await visit(
         host,
         async (page) => {
             await page.getByText('● Connected').waitFor();
             await host.control('device', 'captions', 'on');
-            await host.control('set', 'deviceName', 'Living room');
+            await host.control('set', 'deviceName', 'Attic');
             const event = page.getByRole('listbox').getByRole('option').filter({ hasText: 'event' });
             await event.click();
             await take(page, 'device');
