@@ -19,6 +19,12 @@ constexpr unsigned farewellMilliseconds = 500;
 constexpr std::size_t keyBytes = 16;
 constexpr std::size_t secretBytes = 32;
 
+HttpAnswer metricsAnswer(const std::string& text) {
+    HttpAnswer answer = plainAnswer(200, text);
+    answer.contentType = "text/plain; version=0.0.4; charset=utf-8";
+    return answer;
+}
+
 /// What browsers are given that came with the key. It stays the same over restarts, so that a page that is open goes on
 /// when the host is back.
 std::string browserSecret(StateStore& state) {
@@ -50,16 +56,18 @@ Composition::Composition(const Options& options)
       traffic(std::make_shared<TrafficObservers>()),
       trace(std::make_shared<MessageTrace>()),
       hub(std::make_shared<MessageHub>(traffic)),
+      metrics(std::make_shared<HostMetrics>(SETTINGS_HANDLER_VERSION)),
       database(options.storageFile),
-      storage(database, [this](const std::string& key) { hub->valueChanged(key); }),
+      storage(
+          database, [this](const std::string& key) { hub->valueChanged(key); }, *metrics),
       state(database, "simulation"),
       webState(database, "web"),
       device(std::make_shared<SimulatedDevice>(state, [this](const std::string& key) { hub->valueChanged(key); })),
       sdkBridge(std::make_shared<SimulatedSdkBridge>(state, storage, device,
                                                      [this](const std::string& key) { hub->valueChanged(key); })),
       appLaunch(std::make_shared<SimulatedAppLaunch>()),
-      metrics(std::make_shared<ChangeCounter>()),
       health(SETTINGS_HANDLER_VERSION) {
+    traffic->add(metrics);
     traffic->add(trace);
     // From here on a signal waits for the loop, so that even one during the start ends in a clean stop.
     loop.onSignals(stopSignals(), [this] { loop.stop(); });
@@ -129,7 +137,8 @@ void Composition::openDoors(const Options& options) {
 void Composition::openWebDoor(const Options& options) {
     WebSite site{WebAccess(*webAddress, options.allowedOrigin, webKey, browserSecret(webState)),
                  options.pagesFolder.empty() ? PageFiles() : PageFiles(options.pagesFolder),
-                 {{"/healthz", [this] { return health.answer(); }}}};
+                 {{"/healthz", [this] { return health.answer(storage.health()); }},
+                  {"/metrics", [this] { return metricsAnswer(metrics->text()); }}}};
     webDoor =
         std::make_unique<WebDoor>(loop, std::move(webListener), std::move(site), settingsEvents(), deviceEvents());
 }

@@ -11,7 +11,7 @@
 #include "console/MessageTrace.h"
 #include "device/SimulatedAppLaunch.h"
 #include "device/SimulatedDevice.h"
-#include "metrics/ChangeCounter.h"
+#include "metrics/HostMetrics.h"
 #include "sdk/SimulatedSdkBridge.h"
 #include "storage/Database.h"
 #include "storage/SqliteStorage.h"
@@ -59,6 +59,7 @@ private:
     std::shared_ptr<TrafficObservers> traffic;
     std::shared_ptr<MessageTrace> trace;
     std::shared_ptr<MessageHub> hub;
+    std::shared_ptr<HostMetrics> metrics;
     Database database;
     SqliteStorage storage;
     TableStateStore state;
@@ -66,7 +67,6 @@ private:
     std::shared_ptr<SimulatedDevice> device;
     std::shared_ptr<SimulatedSdkBridge> sdkBridge;
     std::shared_ptr<SimulatedAppLaunch> appLaunch;
-    std::shared_ptr<ChangeCounter> metrics;
     std::shared_ptr<SettingsHandler::SettingsHandler> handler;
     std::unique_ptr<DeviceConsole> console;
     std::unique_ptr<UnixSocketDoor> settingsDoor;

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "Utils/Rapidjson.h"
+#include "text/Utf8.h"
 
 namespace SettingsHost {
 
@@ -15,17 +16,30 @@ constexpr unsigned serviceUnavailable = 503;
 
 HealthReport::HealthReport(std::string version) : hostVersion(std::move(version)) {}
 
-HttpAnswer HealthReport::answer() const {
+HttpAnswer HealthReport::answer(const StorageHealth& storage) const {
     const auto uptime = std::chrono::steady_clock::now() - started;
     rapidjson::StringBuffer buffer;
     rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
     writer.StartObject();
     writer.Key("status");
-    writer.String(serving ? "ok" : "not-serving");
+    writer.String(!serving ? "not-serving" : storage.writable ? "ok" : "degraded");
     writer.Key("version");
     writer.String(hostVersion);
     writer.Key("uptimeSeconds");
     writer.Int64(std::chrono::duration_cast<std::chrono::seconds>(uptime).count());
+    writer.Key("storage");
+    writer.StartObject();
+    writer.Key("writable");
+    writer.Bool(storage.writable);
+    writer.Key("keys");
+    writer.Uint64(storage.keys);
+    writer.Key("failures");
+    writer.Uint64(storage.failures);
+    if (!storage.lastFailure.empty()) {
+        writer.Key("lastFailure");
+        writer.String(withValidUtf8(storage.lastFailure));
+    }
+    writer.EndObject();
     writer.EndObject();
     HttpAnswer answer;
     answer.status = serving ? ok : serviceUnavailable;

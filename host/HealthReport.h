@@ -3,11 +3,14 @@
 #include <chrono>
 #include <string>
 
+#include "storage/StorageObserver.h"
 #include "web/HttpAnswer.h"
 
 namespace SettingsHost {
 
-/// What `/healthz` says: `{"status":"ok","version":"1.0.0","uptimeSeconds":12}` and the state of storage.
+/// What `/healthz` says:
+/// `{"status":"ok","version":"1.0.0","uptimeSeconds":12,"storage":{"writable":true,"keys":3,"failures":0}}`, with
+/// "lastFailure" once there was one. The status is "degraded" while changes do not reach the database.
 class HealthReport {
 public:
     explicit HealthReport(std::string version);
@@ -16,7 +19,7 @@ public:
     void setServing(bool isServing) { serving = isServing; }
 
     /// 200 while the host serves, else 503.
-    HttpAnswer answer() const;
+    HttpAnswer answer(const StorageHealth& storage) const;
 
 private:
     std::string hostVersion;

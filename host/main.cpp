@@ -27,6 +27,8 @@ void fillStandardStreams() {
 int serve(const SettingsHost::Options& options) {
     // A reader of our output or a client that goes away must not end the host.
     std::signal(SIGPIPE, SIG_IGN);
+    // A write past a limit on file sizes fails, and is answered like one on a full disk.
+    std::signal(SIGXFSZ, SIG_IGN);
     VessaLogger::setLogSink(SettingsHost::makeSpdlogSink(options.logLevel, options.logFormat));
     SettingsHost::Composition host(options);
     std::printf("%s\n", host.readyLine().c_str());

@@ -1,6 +1,8 @@
 #include "storage/SqliteStorage.h"
 
+#include <stdexcept>
 #include <utility>
+#include <vector>
 
 #include "logging/HostLog.h"
 
@@ -8,10 +10,11 @@ namespace SettingsHost {
 
 namespace {
 
-bool refuse(const std::string& what, const std::string& why) {
-    logHost(VessaLogger::ERROR, what + ": " + why);
-    return false;
-}
+/// A change that breaks a limit of ours. The database is well.
+class LimitError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
 
 std::string shown(const std::string& key) {
     constexpr std::size_t enough = 64;
@@ -20,70 +23,94 @@ std::string shown(const std::string& key) {
 
 }  // namespace
 
-SqliteStorage::SqliteStorage(Database& database, std::function<void(const std::string& key)> onValueRemoved)
-    : table(database, "settings"), valueRemoved(std::move(onValueRemoved)) {}
+SqliteStorage::SqliteStorage(Database& database, std::function<void(const std::string& key)> onValueRemoved,
+                             StorageObserver& storageObserver)
+    : table(database, "settings"), valueRemoved(std::move(onValueRemoved)), observer(storageObserver) {}
+
+/// Runs `action`, and tells the observer, the health and, on failure, the log what came of it.
+bool SqliteStorage::attempt(StorageOperation operation, const std::string& what, const std::function<void()>& action) {
+    const auto start = std::chrono::steady_clock::now();
+    bool succeeded = false;
+    try {
+        action();
+        succeeded = true;
+        lastHealth.writable = lastHealth.writable || operation != StorageOperation::READ;
+    } catch (const LimitError& error) {
+        refuse(what, error.what());
+    } catch (const DatabaseError& error) {
+        refuse(what, error.what());
+        lastHealth.writable = lastHealth.writable && operation == StorageOperation::READ;
+    }
+    observer.storageOperation(operation, succeeded, std::chrono::steady_clock::now() - start);
+    return succeeded;
+}
+
+bool SqliteStorage::refuse(const std::string& what, const std::string& why) {
+    ++lastHealth.failures;
+    lastHealth.lastFailure = why;
+    logHost(VessaLogger::ERROR, what + ": " + why);
+    return false;
+}
 
 void SqliteStorage::getValue(const std::string& key, std::string& value) {
     value.clear();
-    try {
-        value = table.get(key).value_or("");
-    } catch (const DatabaseError& error) {
-        refuse("cannot read " + shown(key), error.what());
-    }
+    attempt(StorageOperation::READ, "cannot read " + shown(key), [&] { value = table.get(key).value_or(""); });
 }
 
 bool SqliteStorage::setValue(const std::string& key, const std::string& value) {
-    const std::string what = "cannot store " + shown(key);
-    if (key.size() > maximumKeyLength) {
-        return refuse(what, "the key is longer than 256 bytes");
-    }
-    if (value.size() > maximumValueLength) {
-        return refuse(what, "the value is longer than 64 KiB");
-    }
-    try {
+    return attempt(StorageOperation::WRITE, "cannot store " + shown(key), [&] {
+        if (key.size() > maximumKeyLength) {
+            throw LimitError("the key is longer than 256 bytes");
+        }
+        if (value.size() > maximumValueLength) {
+            throw LimitError("the value is longer than 64 KiB");
+        }
         if (table.count() >= maximumKeys && !table.get(key)) {
-            return refuse(what, "there are 1,000 keys already");
+            throw LimitError("there are 1,000 keys already");
         }
         table.put(key, value);
-        return true;
-    } catch (const DatabaseError& error) {
-        return refuse(what, error.what());
-    }
+    });
 }
 
 bool SqliteStorage::removeValue(const std::string& key) {
-    try {
-        table.remove(key);
-        return true;
-    } catch (const DatabaseError& error) {
-        return refuse("cannot remove " + shown(key), error.what());
-    }
+    return attempt(StorageOperation::REMOVE, "cannot remove " + shown(key), [&] { table.remove(key); });
 }
 
 bool SqliteStorage::clearStorage() {
-    try {
-        const auto keys = table.keys();
+    std::vector<std::string> removed;
+    const bool cleared = attempt(StorageOperation::CLEAR, "cannot clear the storage", [&] {
+        removed = table.keys();
         table.clear();
-        for (const auto& key : keys) {
+    });
+    if (cleared) {
+        for (const auto& key : removed) {
             valueRemoved(key);
         }
-        return true;
-    } catch (const DatabaseError& error) {
-        return refuse("cannot clear the storage", error.what());
     }
+    return cleared;
 }
 
 std::string SqliteStorage::setAside(const std::string& key) {
-    try {
-        std::string newKey = key + ".unusable";
+    std::string newKey = key + ".unusable";
+    const bool done = attempt(StorageOperation::WRITE, "cannot set " + shown(key) + " aside", [&] {
         for (int number = 2; table.get(newKey); ++number) {
             newKey = key + ".unusable." + std::to_string(number);
         }
-        return table.rename(key, newKey) ? newKey : "";
-    } catch (const DatabaseError& error) {
-        refuse("cannot set " + shown(key) + " aside", error.what());
-        return "";
+        if (!table.rename(key, newKey)) {
+            newKey.clear();
+        }
+    });
+    return done ? newKey : "";
+}
+
+StorageHealth SqliteStorage::health() {
+    StorageHealth now = lastHealth;
+    try {
+        now.keys = static_cast<std::size_t>(table.count());
+    } catch (const DatabaseError&) {
+        now.keys = 0;
     }
+    return now;
 }
 
 }  // namespace SettingsHost

@@ -5,6 +5,7 @@
 
 #include "SDKWrapper/StorageManagerInterface.h"
 #include "storage/KeyValueTable.h"
+#include "storage/StorageObserver.h"
 
 namespace SettingsHost {
 
@@ -18,8 +19,9 @@ public:
     static constexpr std::size_t maximumValueLength = 65536;
     static constexpr int maximumKeys = 1000;
 
-    /// `onValueRemoved`: told of each key that `clearStorage` removed.
-    SqliteStorage(Database& database, std::function<void(const std::string& key)> onValueRemoved);
+    /// `onValueRemoved`: told of each key that `clearStorage` removed. `storageObserver` outlives the storage.
+    SqliteStorage(Database& database, std::function<void(const std::string& key)> onValueRemoved,
+                  StorageObserver& storageObserver);
 
     void getValue(const std::string& key, std::string& value) override;
     bool setValue(const std::string& key, const std::string& value) override;
@@ -30,9 +32,16 @@ public:
     /// Returns: the new key; empty when that failed (logged).
     std::string setAside(const std::string& key);
 
+    StorageHealth health();
+
 private:
+    bool attempt(StorageOperation operation, const std::string& what, const std::function<void()>& action);
+    bool refuse(const std::string& what, const std::string& why);
+
     KeyValueTable table;
     std::function<void(const std::string& key)> valueRemoved;
+    StorageObserver& observer;
+    StorageHealth lastHealth;
 };
 
 }  // namespace SettingsHost

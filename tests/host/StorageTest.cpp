@@ -6,6 +6,7 @@
 
 #include "LogRecording.h"
 #include "SettingsHandlerTesting/contracts/StorageContract.h"
+#include "StorageRecording.h"
 #include "storage/SqliteStorage.h"
 #include "storage/TableStateStore.h"
 #include "support/TemporaryDirectory.h"
@@ -15,7 +16,8 @@ namespace SettingsHandlerTesting {
 struct SqliteStorageMaker {
     TestSupport::TemporaryDirectory folder;
     SettingsHost::Database database{folder / "settings.db"};
-    SettingsHost::SqliteStorage sqliteStorage{database, [](const std::string&) {}};
+    SettingsHostTests::StorageRecording recording;
+    SettingsHost::SqliteStorage sqliteStorage{database, [](const std::string&) {}, recording};
     SDKWrapper::StorageManagerInterface& storage() { return sqliteStorage; }
 };
 
@@ -31,8 +33,8 @@ protected:
         storage.reset();
         database.reset();
         database = std::make_unique<Database>(file);
-        storage =
-            std::make_unique<SqliteStorage>(*database, [this](const std::string& key) { removed.push_back(key); });
+        storage = std::make_unique<SqliteStorage>(
+            *database, [this](const std::string& key) { removed.push_back(key); }, recording);
     }
 
     std::string read(const std::string& key) {
@@ -69,6 +71,7 @@ protected:
     std::string file = folder / "state/deep/settings.db";
     std::vector<std::string> removed;
     std::unique_ptr<Database> database;
+    SettingsHostTests::StorageRecording recording;
     std::unique_ptr<SqliteStorage> storage;
 };
 
@@ -267,6 +270,26 @@ TEST_F(StorageTest, ClearingLeavesOtherTables) {
     storage->setValue("key", "gone");
     storage->clearStorage();
     EXPECT_EQ(state.load("key"), "kept");
+}
+
+TEST_F(StorageTest, TellsItsObserverEveryOperationAndItsHealth) {
+    open();
+    EXPECT_TRUE(storage->setValue("a", "1"));
+    EXPECT_FALSE(storage->setValue(std::string(257, 'k'), "1"));
+    read("a");
+    EXPECT_TRUE(storage->removeValue("a"));
+    EXPECT_TRUE(storage->setValue("b", "2"));
+    storage->setAside("b");
+    EXPECT_EQ(recording.take(),
+              (std::vector<std::string>{"write", "write failed", "read", "remove", "write", "write"}));
+    const StorageHealth health = storage->health();
+    EXPECT_TRUE(health.writable) << "a value that is refused for its size says nothing about the database";
+    EXPECT_EQ(health.failures, 1U);
+    EXPECT_EQ(health.lastFailure, "the key is longer than 256 bytes");
+    EXPECT_EQ(health.keys, 1U);
+    EXPECT_TRUE(storage->clearStorage());
+    EXPECT_EQ(recording.take(), std::vector<std::string>{"clear"});
+    EXPECT_TRUE(recording.timed);
 }
 
 }  // namespace SettingsHost

@@ -145,7 +145,8 @@ TEST_F(HostLifecycle, StaysWhenItsTerminalGoesIfItWasToldTo) {
 
 TEST_F(HostLifecycle, PrintsNothingIntoItsDatabaseWhenTheStandardStreamsAreClosed) {
     const std::string command = "exec " + std::string(SETTINGS_HOST) + " --log-level 0 --storage " + database() +
-                                " --socket " + socket() + " --device-socket " + deviceSocket() + " --no-web <&- >&- 2>&-";
+                                " --socket " + socket() + " --device-socket " + deviceSocket() +
+                                " --no-web <&- >&- 2>&-";
     host = std::make_unique<TestSupport::ChildProcess>(Lines{"sh", "-c", command});
     const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
     while (!std::filesystem::exists(deviceSocket()) && std::chrono::steady_clock::now() < until) {

@@ -123,6 +123,43 @@ TEST_F(HostWeb, SaysThatItIsHealthy) {
               TestSupport::run({SETTINGS_HOST, "--version"}).output);
 }
 
+TEST_F(HostWeb, ServesFiguresWithoutNamesOfRooms) {
+    startWeb();
+    const auto socket = page();
+    socket->sendText(setRequest("deviceName", "\"Kitchen\""));
+    next(*socket);
+    client().sendLine(setRequest("captionsFontSize", "\"FONT_LARGE\""));
+    EXPECT_TRUE(client().receiveLine());
+    client().sendLine(setRequest("captionsEnabled", "\"true\""));
+    client().sendLine("x");
+    EXPECT_TRUE(client().receiveLine());
+    const auto figures = httpGet(port, "/metrics");
+    EXPECT_EQ(figures.status, 200);
+    EXPECT_EQ(figures.headers.at("content-type"), "text/plain; version=0.0.4; charset=utf-8");
+    for (const auto* line :
+         {R"(settings_host_changes_total{setting="deviceName",value="other"} 1)",
+          R"(settings_host_changes_total{setting="captionsFontSize",value="FONT_LARGE"} 1)",
+          R"(settings_host_requests_total{outcome="changed",type="set_settings"} 2)",
+          R"(settings_host_requests_total{outcome="silent",type="set_settings"} 1)",
+          R"(settings_host_refusals_total{code="not-json"} 1)", R"(settings_host_clients{door="socket"} 1)",
+          R"(settings_host_clients{door="page"} 1)", R"(settings_host_storage_failures_total{operation="write"} 0)"}) {
+        EXPECT_TRUE(contains(figures.body, std::string("\n") + line + "\n")) << line;
+    }
+    EXPECT_FALSE(contains(figures.body, "Kitchen"));
+}
+
+TEST_F(HostWeb, SaysWhenChangesDoNotReachTheDatabase) {
+    startWeb();
+    const rlimit small{1, 1};
+    ASSERT_EQ(::prlimit(host->pid(), RLIMIT_FSIZE, &small, nullptr), 0);
+    ask(setRequest("deviceName", "\"Den\"") + "\n" + getRequest("[]"));
+    const auto report = parsed(httpGet(port, "/healthz").body);
+    EXPECT_STREQ(report["status"].GetString(), "degraded");
+    EXPECT_FALSE(report["storage"]["writable"].GetBool());
+    EXPECT_EQ(report["storage"]["failures"].GetInt(), 1);
+    EXPECT_TRUE(report["storage"].HasMember("lastFailure"));
+}
+
 TEST_F(HostWeb, RefusesATakenPortAndPagesThatAreNone) {
     startWeb();
     const auto expectCannotStart = [&](const Lines& web, const std::string& message, int status) {

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstddef>
+
+namespace SettingsHost {
+
+/// What the kernel says about this process; a figure that cannot be read is 0.
+struct ProcessFigures {
+    double cpuSeconds = 0;
+    double residentBytes = 0;
+    double virtualBytes = 0;
+    double openDescriptors = 0;
+    double maximumDescriptors = 0;
+    /// Since the epoch.
+    double startSeconds = 0;
+};
+
+ProcessFigures readProcessFigures();
+
+}  // namespace SettingsHost

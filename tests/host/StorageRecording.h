@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "storage/StorageObserver.h"
+
+namespace SettingsHostTests {
+
+/// Keeps the operations of a storage as words.
+class StorageRecording : public SettingsHost::StorageObserver {
+public:
+    void storageOperation(SettingsHost::StorageOperation operation, bool succeeded,
+                          std::chrono::nanoseconds duration) override {
+        static const char* const names[] = {"read", "write", "remove", "clear"};
+        lines.push_back(std::string(names[static_cast<int>(operation)]) + (succeeded ? "" : " failed"));
+        timed = timed && duration.count() > 0;
+    }
+
+    std::vector<std::string> take() { return std::exchange(lines, {}); }
+
+    /// Did every operation take some time?
+    bool timed = true;
+
+private:
+    std::vector<std::string> lines;
+};
+
+}  // namespace SettingsHostTests
