@@ -18,8 +18,6 @@ namespace SettingsHost {
 
 namespace {
 
-constexpr unsigned requestSeconds = 10;
-constexpr int keepAliveSeconds = 15;
 constexpr std::size_t longestHeader = 4096;
 
 constexpr const char* settingsProtocol = "settings.v1";
@@ -215,9 +213,9 @@ void WebDoor::createContext() {
         {deviceProtocol, Callbacks::webSocket<Origin::DEVICE>, 0, 0, 0, nullptr, 0},
         {nullptr, nullptr, 0, 0, 0, nullptr, 0},
     }};
-    const auto secondsUntilHangUp = static_cast<std::uint16_t>(2 * site.secondsUntilPing);
+    const auto secondsUntilHangUp = static_cast<std::uint16_t>(2 * site.secondsOfPatience);
     liveness =
-        std::make_unique<lws_retry_bo_t>(lws_retry_bo_t{nullptr, 0, 0, site.secondsUntilPing, secondsUntilHangUp, 0});
+        std::make_unique<lws_retry_bo_t>(lws_retry_bo_t{nullptr, 0, 0, site.secondsOfPatience, secondsUntilHangUp, 0});
     void* foreignLoop = loop.handle();
     lws_context_creation_info info{};
     info.port = CONTEXT_PORT_NO_LISTEN_SERVER;
@@ -228,8 +226,9 @@ void WebDoor::createContext() {
     info.user = this;
     info.server_string = "settings-host";
     info.retry_and_idle_policy = liveness.get();
-    info.timeout_secs = requestSeconds;
-    info.keepalive_timeout = keepAliveSeconds;
+    info.timeout_secs = site.secondsOfPatience;
+    info.timeout_secs_ah_idle = site.secondsOfPatience;
+    info.keepalive_timeout = site.secondsOfPatience;
     info.max_http_header_data2 = longestHeader;
     info.fd_limit_per_thread = maximumConnections;
     context = lws_create_context(&info);
@@ -287,6 +286,7 @@ bool WebDoor::serveRequest(lws* connection, const std::string& path) {
     if (exchange.isDone()) {
         return lws_http_transaction_completed(connection) == 0;
     }
+    lws_set_timeout(connection, PENDING_TIMEOUT_HTTP_CONTENT, site.secondsOfPatience);
     lws_callback_on_writable(connection);
     return true;
 }

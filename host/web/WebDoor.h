@@ -29,8 +29,9 @@ struct WebSite {
     PageFiles pages;
     /// Paths that need no key, such as "/healthz", and what answers them.
     std::map<std::string, std::function<HttpAnswer()>> endpoints;
-    /// A WebSocket from which nothing comes for so long is pinged, and dropped when nothing comes for as long again.
-    std::uint16_t secondsUntilPing = 15;
+    /// How long the other side may take: to send a request, and to read its answer. A WebSocket from which nothing
+    /// comes for so long is pinged, and dropped when nothing comes for as long again.
+    std::uint16_t secondsOfPatience = 15;
 };
 
 /// The web port: pages and figures by HTTP, and two WebSockets with one frame a text message.

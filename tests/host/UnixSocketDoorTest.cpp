@@ -5,6 +5,7 @@
 
 #include <sys/socket.h>
 
+#include "DoorRecording.h"
 #include "support/LineClient.h"
 #include "support/TemporaryDirectory.h"
 #include "transport/FrameInspector.h"
@@ -13,23 +14,11 @@
 namespace SettingsHost {
 
 /// A door that answers each frame, on a loop in a thread of its own.
-class UnixSocketDoorTest : public ::testing::Test {
+class UnixSocketDoorTest : public ::testing::Test, protected DoorRecording {
 protected:
     UnixSocketDoorTest() {
         std::signal(SIGPIPE, SIG_IGN);
-        door = std::make_unique<UnixSocketDoor>(
-            loop, folder / "door.sock", Origin::DEVICE,
-            DoorEvents{[this](const auto& client) {
-                           clients.push_back(client);
-                           ++arrived;
-                       },
-                       [this](const auto& client, Departure departure) {
-                           clients.erase(std::find(clients.begin(), clients.end(), client));
-                           tooSlow += departure == Departure::TOO_SLOW ? 1 : 0;
-                           ++left;
-                       },
-                       [this](const auto& client, const auto& frame) { onFrame(client, frame); },
-                       [](const auto& client) { client->send(std::make_shared<const std::string>("TOO LARGE")); }});
+        door = std::make_unique<UnixSocketDoor>(loop, folder / "door.sock", Origin::DEVICE, events());
         loop.onSignals({SIGUSR1}, [this] { loop.stop(); });
         thread = std::thread([this] {
             loop.run();
@@ -48,30 +37,11 @@ protected:
         }
     }
 
-    static void sendTo(const std::shared_ptr<Client>& client, const std::string& text) {
-        client->send(std::make_shared<const std::string>(text));
-    }
-
-    static void waitFor(const std::function<bool()>& condition) {
-        const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
-        while (!condition() && std::chrono::steady_clock::now() < until) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-        EXPECT_TRUE(condition());
-    }
-
     std::string socketPath() { return folder / "door.sock"; }
 
     TestSupport::TemporaryDirectory folder;
     EventLoop loop;
     std::unique_ptr<UnixSocketDoor> door;
-    /// Touched by the loop's thread alone.
-    std::vector<std::shared_ptr<Client>> clients;
-    std::function<void(const std::shared_ptr<Client>&, const std::string&)> onFrame =
-        [](const std::shared_ptr<Client>& client, const std::string& frame) { sendTo(client, "<" + frame + ">"); };
-    std::atomic<int> arrived{0};
-    std::atomic<int> left{0};
-    std::atomic<int> tooSlow{0};
     std::thread thread;
 };
 

@@ -4,6 +4,7 @@
 #include <functional>
 #include <thread>
 
+#include "DoorRecording.h"
 #include "support/TemporaryDirectory.h"
 #include "support/WebClient.h"
 #include "transport/FrameInspector.h"
@@ -16,7 +17,7 @@ using TestSupport::HttpResponse;
 using TestSupport::WebSocket;
 
 /// A web port with two pages, on a loop in a thread of its own. Its WebSockets answer each frame in angle brackets.
-class WebDoorTest : public ::testing::Test {
+class WebDoorTest : public ::testing::Test, protected DoorRecording {
 protected:
     WebDoorTest() {
         std::signal(SIGPIPE, SIG_IGN);
@@ -53,32 +54,6 @@ protected:
         }
     }
 
-    DoorEvents events() {
-        return {[this](const auto& client) {
-                    clients.push_back(client);
-                    origins += originName(client->origin()) + std::string(" ");
-                    ++arrived;
-                },
-                [this](const auto& client, Departure departure) {
-                    clients.erase(std::find(clients.begin(), clients.end(), client));
-                    tooSlow += departure == Departure::TOO_SLOW ? 1 : 0;
-                    ++left;
-                },
-                [this](const auto& client, const auto& frame) { onFrame(client, frame); }, nullptr};
-    }
-
-    static void sendTo(const std::shared_ptr<Client>& client, const std::string& text) {
-        client->send(std::make_shared<const std::string>(text));
-    }
-
-    static void waitFor(const std::function<bool()>& condition) {
-        const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
-        while (!condition() && std::chrono::steady_clock::now() < until) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-        EXPECT_TRUE(condition());
-    }
-
     std::string host() const { return "Host: 127.0.0.1:" + std::to_string(port) + "\r\n"; }
     std::string cookie() const { return "Cookie: settings-" + std::to_string(port) + "=thecookie"; }
 
@@ -86,13 +61,6 @@ protected:
     std::uint16_t port = 0;
     EventLoop loop;
     std::unique_ptr<WebDoor> door;
-    std::vector<std::shared_ptr<Client>> clients;
-    std::string origins;
-    std::function<void(const std::shared_ptr<Client>&, const std::string&)> onFrame =
-        [](const auto& client, const auto& frame) { sendTo(client, "<" + frame + ">"); };
-    std::atomic<int> arrived{0};
-    std::atomic<int> left{0};
-    std::atomic<int> tooSlow{0};
     std::atomic<int> openAnswers{0};
     std::thread thread;
 };
@@ -296,6 +264,20 @@ TEST_F(WebDoorTest, AClientThatAnswersNoPingIsDroppedAndOneThatDoesStays) {
     answering.sendText("still here");
     patient.join();
     EXPECT_EQ(left, 1);
+}
+
+TEST_F(WebDoorTest, WhoNeverFinishesARequestOrReadsItsAnswerIsDropped) {
+    TestSupport::TcpConnection half(port);
+    half.send("GET /?key=thekey HTTP/1.1\r\n");
+    TestSupport::TcpConnection deaf(port, 4096);
+    for (int number = 0; number < 100; ++number) {
+        deaf.send("GET /large.js?key=thekey HTTP/1.1\r\n" + host() + "\r\n");
+    }
+    EXPECT_EQ(half.receiveAll().find(" 200 "), std::string::npos);
+    EXPECT_TRUE(half.closedByPeer());
+    std::this_thread::sleep_for(std::chrono::seconds(3));
+    EXPECT_LT(deaf.receiveAll().size(), 100 * 300000U);
+    EXPECT_TRUE(deaf.closedByPeer());
 }
 
 TEST_F(WebDoorTest, StoppingSendsWhatWaitsAndSaysThatTheHostGoes) {

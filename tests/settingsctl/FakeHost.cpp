@@ -1,6 +1,5 @@
 #include "FakeHost.h"
 
-#include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <stdexcept>
@@ -10,6 +9,8 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
+
+#include "support/SendAll.h"
 
 namespace SettingsCtlTests {
 
@@ -24,15 +25,7 @@ std::string Peer::receiveLine() {
 }
 
 bool Peer::send(const std::string& bytes) const {
-    std::size_t sent = 0;
-    while (sent < bytes.size()) {
-        const ssize_t count = ::send(socket, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
-        if (count < 0 && errno != EINTR) {
-            return false;
-        }
-        sent += count > 0 ? static_cast<std::size_t>(count) : 0;
-    }
-    return true;
+    return TestSupport::sendAll(socket, bytes);
 }
 
 void Peer::close() {

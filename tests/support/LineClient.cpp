@@ -8,6 +8,8 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include "support/SendAll.h"
+
 namespace TestSupport {
 
 namespace {
@@ -36,15 +38,7 @@ LineClient::~LineClient() {
 }
 
 bool LineClient::send(const std::string& bytes) {
-    std::size_t sent = 0;
-    while (sent < bytes.size()) {
-        const ssize_t count = ::send(socket, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
-        if (count < 0 && errno != EINTR) {
-            return false;
-        }
-        sent += count > 0 ? static_cast<std::size_t>(count) : 0;
-    }
-    return true;
+    return sendAll(socket, bytes);
 }
 
 void LineClient::finishSending() {

@@ -15,6 +15,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "support/SendAll.h"
+
 namespace TestSupport {
 
 namespace {
@@ -80,15 +82,7 @@ TcpConnection::~TcpConnection() {
 }
 
 bool TcpConnection::send(const std::string& bytes) {
-    std::size_t sent = 0;
-    while (sent < bytes.size()) {
-        const ssize_t count = ::send(socket, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
-        if (count < 0 && errno != EINTR) {
-            return false;
-        }
-        sent += count > 0 ? static_cast<std::size_t>(count) : 0;
-    }
-    return true;
+    return sendAll(socket, bytes);
 }
 
 bool TcpConnection::fill(std::chrono::steady_clock::time_point until) {

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <algorithm>
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/LineReader.h"
+#include "transport/DoorEvents.h"
+
+namespace SettingsHost {
+
+/// Whoever owns a door in a test: keeps its clients, counts, and answers each frame in angle brackets unless told
+/// otherwise. The door calls on its loop's thread.
+class DoorRecording {
+public:
+    DoorEvents events() {
+        return {[this](const auto& client) {
+                    clients.push_back(client);
+                    origins += std::string(originName(client->origin())) + " ";
+                    ++arrived;
+                },
+                [this](const auto& client, Departure departure) {
+                    clients.erase(std::find(clients.begin(), clients.end(), client));
+                    tooSlow += departure == Departure::TOO_SLOW ? 1 : 0;
+                    ++left;
+                },
+                [this](const auto& client, const auto& frame) { onFrame(client, frame); },
+                [](const auto& client) { sendTo(client, "TOO LARGE"); }};
+    }
+
+    static void sendTo(const std::shared_ptr<Client>& client, const std::string& text) {
+        client->send(std::make_shared<const std::string>(text));
+    }
+
+    static void waitFor(const std::function<bool()>& condition) {
+        const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
+        while (!condition() && std::chrono::steady_clock::now() < until) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        EXPECT_TRUE(condition());
+    }
+
+    std::vector<std::shared_ptr<Client>> clients;
+    /// Of those who arrived, in order, each with a blank after it.
+    std::string origins;
+    std::function<void(const std::shared_ptr<Client>&, const std::string&)> onFrame =
+        [](const auto& client, const auto& frame) { sendTo(client, "<" + frame + ">"); };
+    std::atomic<int> arrived{0};
+    std::atomic<int> left{0};
+    std::atomic<int> tooSlow{0};
+};
+
+}  // namespace SettingsHost
