@@ -224,4 +224,27 @@ TEST_F(HostWeb, AtTheDescriptorLimitThoseWhoAreInsideAreServed) {
     EXPECT_EQ(httpGet(port, "/healthz").status, 200);
 }
 
+TEST_F(HostWeb, IsHealthyAgainOnceAChangeReachesTheDisk) {
+    startWeb();
+    rlimit unlimited{};
+    ASSERT_EQ(::prlimit(host->pid(), RLIMIT_FSIZE, nullptr, &unlimited), 0);
+    const rlimit full{1, unlimited.rlim_max};
+    ASSERT_EQ(::prlimit(host->pid(), RLIMIT_FSIZE, &full, nullptr), 0);
+    ask(setRequest("deviceName", "\"Nursery\"") + "\n" + getRequest(R"(["deviceName"])"));
+    const auto degraded = httpGet(port, "/healthz");
+    EXPECT_EQ(degraded.status, 200);
+    const auto report = parsed(degraded.body);
+    EXPECT_STREQ(report["status"].GetString(), "degraded");
+    const std::string reason = report["storage"]["lastFailure"].GetString();
+    EXPECT_FALSE(contains(degraded.body, "Nursery"));
+    EXPECT_TRUE(
+        contains(httpGet(port, "/metrics").body, "settings_host_storage_failures_total{operation=\"write\"} 1\n"));
+    ASSERT_EQ(::prlimit(host->pid(), RLIMIT_FSIZE, &unlimited, nullptr), 0);
+    ask(setRequest("deviceName", "\"Den\"", 2) + "\n" + getRequest(R"(["deviceName"])"));
+    const std::string recovered = httpGet(port, "/healthz").body;
+    EXPECT_TRUE(contains(recovered, R"({"status":"ok")")) << recovered;
+    EXPECT_TRUE(contains(recovered, R"("storage":{"writable":true,"keys":1,"failures":1,"lastFailure":")" + reason))
+        << recovered;
+}
+
 }  // namespace SystemTests
