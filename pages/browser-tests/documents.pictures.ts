@@ -8,7 +8,7 @@ import { afterAll, beforeAll, test } from 'vitest';
 import { Host } from './host';
 import { enterSection, expectStatus, press, typeOver, visitSettings } from './settings';
 import { smallPng } from './smallPng';
-import { small, visit } from './visit';
+import { small, visit, wide } from './visit';
 
 const images = fileURLToPath(new URL('../../docs/images', import.meta.url));
 
@@ -79,6 +79,6 @@ test('the simulated television', async () => {
             await event.click();
             await take(page, 'device');
         },
-        { path: '/device', viewport: small },
+        { path: '/device', viewport: wide },
     );
 });
