@@ -9,7 +9,12 @@ import { Connection } from './wire/connection';
 
 hideKey();
 
-const store = new Store((frame) => connection.send(frame));
+const store = new Store(
+    (frame) => connection.send(frame),
+    () => {
+        connection.renew();
+    },
+);
 const connection = new Connection('/settings', 'settings.v1', {
     opened: () => {
         store.opened();

@@ -27,6 +27,12 @@ export interface State {
     readonly action: 'none' | 'opened' | 'logged-out' | 'failed';
 }
 
+/** What a person is writing over a value, and the value that they know of. */
+export interface Draft {
+    readonly parts: readonly string[];
+    readonly known: string;
+}
+
 /** Gathers what to read again for so long, in milliseconds, so that a storm of changes is one question. */
 const gatherPause = 50;
 
@@ -40,12 +46,15 @@ export class Store {
         selected: null,
         action: 'none',
     };
+    /** Unfinished texts by setting, kept while the person looks at another section. */
+    readonly drafts = new Map<string, Draft>();
     private readonly listeners = new Set<() => void>();
     private readonly session: Session;
     private readonly toRead = new Map<string, Origin | null>();
     private readTimer: ReturnType<typeof setTimeout> | null = null;
 
-    constructor(send: (frame: string) => boolean) {
+    /** `onSilence` is called when the host did not answer in time. */
+    constructor(send: (frame: string) => boolean, onSilence: () => void = () => undefined) {
         this.session = new Session(send, {
             changed: (change) => {
                 this.heard(change);
@@ -56,6 +65,7 @@ export class Store {
             missed: () => {
                 void this.readAll();
             },
+            silent: onSilence,
         });
     }
 

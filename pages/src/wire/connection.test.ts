@@ -1,6 +1,6 @@
 import { afterEach, beforeEach, describe, expect, it, vi } from 'vitest';
 
-import { Connection, pauseBefore } from './connection';
+import { attemptPatience, Connection, pauseBefore } from './connection';
 
 class FakeSocket {
     readyState = 0;
@@ -103,8 +103,36 @@ describe('a connection', () => {
         connection.retryNow();
         connection.retryNow();
         expect(sockets.length).toBe(2);
+        sockets[1]?.open();
         vi.advanceTimersByTime(60_000);
         expect(sockets.length).toBe(2);
+    });
+
+    it('gives up an attempt that leads nowhere', () => {
+        const connection = makeConnection();
+        connection.start();
+        vi.advanceTimersByTime(attemptPatience - 1);
+        expect(sockets[0]?.readyState).toBe(0);
+        vi.advanceTimersByTime(1);
+        expect(sockets[0]?.readyState).toBe(3);
+        vi.advanceTimersByTime(250);
+        sockets[0]?.open();
+        sockets[1]?.open();
+        expect(log).toEqual(['open /settings settings.v1', 'closed', 'open /settings settings.v1', 'opened']);
+    });
+
+    it('is made anew on request, and what the old one still brings is dropped', () => {
+        const connection = makeConnection();
+        connection.start();
+        sockets[0]?.open();
+        connection.renew();
+        sockets[0]?.onmessage?.({ data: 'late' });
+        expect(connection.send('too early')).toBe(false);
+        vi.advanceTimersByTime(250);
+        sockets[1]?.open();
+        sockets[1]?.onmessage?.({ data: 'new' });
+        expect(log.slice(1)).toEqual(['opened', 'closed', 'open /settings settings.v1', 'opened', 'new']);
+        expect(sockets[0]?.readyState).toBe(3);
     });
 
     it('stays away once it is stopped', () => {

@@ -19,6 +19,8 @@ export interface Surroundings {
 
 const firstPause = 250;
 const longestPause = 10_000;
+/** So long may an attempt take, in milliseconds, before the next one. */
+export const attemptPatience = 10_000;
 const forbidden = 403;
 /** The state of a WebSocket that takes frames. */
 const open = 1;
@@ -72,6 +74,13 @@ export class Connection {
         }
     }
 
+    /** Gives the connection up, which may be dead without having been closed, and makes another. */
+    renew(): void {
+        if (this.socket !== null) {
+            this.abandon(this.socket);
+        }
+    }
+
     /** Returns: false when there is no connection. */
     send(text: string): boolean {
         if (this.socket?.readyState !== open) {
@@ -85,7 +94,11 @@ export class Connection {
         this.cancelTimer();
         const socket = this.surroundings.open(webSocketAddress(this.path), this.protocol);
         this.socket = socket;
+        this.timer = setTimeout(() => {
+            this.abandon(socket);
+        }, attemptPatience);
         socket.onopen = () => {
+            this.cancelTimer();
             this.attempt = 0;
             this.events.opened();
         };
@@ -97,10 +110,19 @@ export class Connection {
         };
     }
 
+    private abandon(socket: WebSocket): void {
+        socket.onopen = null;
+        socket.onmessage = null;
+        socket.onclose = null;
+        socket.close();
+        this.lost(socket);
+    }
+
     private lost(socket: WebSocket): void {
         if (this.socket !== socket) {
             return;
         }
+        this.cancelTimer();
         this.socket = null;
         this.events.closed();
         if (this.stopped) {

@@ -34,6 +34,7 @@ beforeEach(() => {
             changed: ({ key, to, origin }) => told.push(`${key}=${to} by ${origin}`),
             reread: (keys) => told.push(`reread ${keys.join()}`),
             missed: () => told.push('missed'),
+            silent: () => told.push('silent'),
         },
         () => now,
     );
@@ -134,6 +135,23 @@ describe('a new value', () => {
         const late = session.set('deviceName', 'Den');
         await vi.advanceTimersByTimeAsync(patience);
         expect(await late).toEqual(noAnswer);
+        expect(told).toEqual(['silent']);
+    });
+
+    it('of a switch is refused when it is announced but the device would not throw it', async () => {
+        const refused = session.set('handsFreeEnabled', 'true');
+        event('handsFreeEnabled', 'true');
+        reply({ handsFreeEnabled: 'false' });
+        expect(await refused).toEqual({ result: 'refused', reason: 'not-taken', value: 'false' });
+        const followed = session.set('handsFreeEnabled', 'true');
+        event('handsFreeEnabled', 'true');
+        event('handsFreeEnabled', 'false', 'device');
+        reply({ handsFreeEnabled: 'false' });
+        expect(await followed).toEqual({ result: 'accepted', value: 'false' });
+        const emptied = session.set('deviceName', '');
+        event('deviceName', '');
+        reply({ deviceName: 'TV' });
+        expect(await emptied).toEqual({ result: 'accepted', value: 'TV' });
     });
 
     it('has a time stamp that is never older than what is known', () => {

@@ -26,17 +26,22 @@ export interface SessionEvents {
     readonly reread: (keys: readonly string[]) => void;
     /** Events were missed: everything may have changed. */
     readonly missed: () => void;
+    /** A question was not answered in time: the host may be gone without having said so. */
+    readonly silent?: () => void;
 }
 
 /** How long an answer may take, in milliseconds. */
 export const patience = 5_000;
 
 const readOnlyKeys = new Set(['captionsEnabled', 'doNotDisturbEnabled']);
+const switchKeys = new Set(['handsFreeEnabled', 'handsFreeAlwaysOnEnabled', 'pttAlwaysOnEnabled']);
 
 interface Write {
     readonly key: string;
     readonly to: string;
     seen: 'nothing' | 'wanted' | 'other';
+    /** Somebody else wrote after the wanted value was announced. */
+    followed: boolean;
 }
 
 interface Question {
@@ -110,7 +115,7 @@ export class Session {
         if (isTooLong(request)) {
             return { result: 'refused', reason: 'too-long', value: null };
         }
-        const write: Write = { key, to, seen: 'nothing' };
+        const write: Write = { key, to, seen: 'nothing', followed: false };
         this.writes.add(write);
         const sent = this.send(request);
         const values = sent ? await this.read([key]) : null;
@@ -136,12 +141,16 @@ export class Session {
         }
     }
 
-    private outcomeOf({ key, to, seen }: Write, values: Values | null): Outcome {
+    private outcomeOf({ key, to, seen, followed }: Write, values: Values | null): Outcome {
         if (values === null) {
             return { result: 'refused', reason: 'no-answer', value: null };
         }
         const value = values[key] ?? '';
         if (seen === 'wanted') {
+            // A switch that the device would not throw is announced all the same.
+            if (switchKeys.has(key) && !followed && value !== to) {
+                return { result: 'refused', reason: 'not-taken', value };
+            }
             return { result: 'accepted', value };
         }
         if (value === to) {
@@ -162,7 +171,12 @@ export class Session {
         this.lastSequence = event.sequence;
         let own = false;
         for (const write of this.writes) {
-            if (write.key === event.key && write.seen !== 'wanted') {
+            if (write.key !== event.key) {
+                continue;
+            }
+            if (write.seen === 'wanted') {
+                write.followed = true;
+            } else {
                 write.seen = event.to === write.to ? 'wanted' : 'other';
                 own ||= write.seen === 'wanted' && event.origin === 'page';
             }
@@ -179,6 +193,7 @@ export class Session {
         return new Promise((resolve) => {
             const timer = setTimeout(() => {
                 this.finish(id, null);
+                this.events.silent?.();
             }, patience);
             this.questions.set(id, { answer: resolve, timer });
             if (!this.send(frameFor(id))) {
