@@ -125,6 +125,35 @@ describe('an edit', () => {
         expect(saved()).toEqual(['Den']);
     });
 
+    it('is found again after a look at another section, with what changed meanwhile, and leaves the focus alone', () => {
+        const lookAway = () => {
+            void act(() => {
+                render(null, place);
+            });
+        };
+        const lookBack = () => {
+            void act(() => {
+                render(<Rows />, place);
+            });
+        };
+        click('Device name');
+        lookAway();
+        lookBack();
+        expect(place.querySelector('form')).toBeNull();
+        click('Device name');
+        type('Den');
+        lookAway();
+        event('deviceName', 'Attic');
+        lookBack();
+        expect(place.querySelector('input')?.value).toBe('Den');
+        expect(place.textContent).toContain('Meanwhile it became “Attic”.');
+        expect(document.activeElement).toBe(document.body);
+        click('Cancel');
+        lookAway();
+        lookBack();
+        expect(place.querySelector('form')).toBeNull();
+    });
+
     it('can take the value that came meanwhile', () => {
         click('Device name');
         type('Den');

@@ -17,7 +17,9 @@ interface Props {
 export function EditRow(props: Props): JSX.Element {
     const { store, state, language } = usePage();
     const { setting, about } = props;
-    const [editing, setEditing] = useState(false);
+    const [editing, setEditing] = useState(store.drafts.has(setting));
+    /** Whether it was opened here and now; a draft that is found again leaves the focus where it is. */
+    const opened = useRef(false);
     const button = useRef<HTMLButtonElement>(null);
     const wasEditing = useRef(false);
     useLayoutEffect(() => {
@@ -27,18 +29,21 @@ export function EditRow(props: Props): JSX.Element {
         wasEditing.current = editing;
     }, [editing]);
     const value = state.values?.[setting];
+    const close = () => {
+        store.drafts.delete(setting);
+        setEditing(false);
+    };
     if (editing) {
         return (
             <Editor
                 {...props}
                 value={value ?? ''}
+                takesFocus={opened.current}
                 onSave={(to) => {
-                    setEditing(false);
+                    close();
                     void store.set(setting, to);
                 }}
-                onCancel={() => {
-                    setEditing(false);
-                }}
+                onCancel={close}
             />
         );
     }
@@ -52,6 +57,7 @@ export function EditRow(props: Props): JSX.Element {
                 aria-describedby={about === undefined ? undefined : `about-${setting}`}
                 onClick={() => {
                     store.forgetStatus(setting);
+                    opened.current = true;
                     setEditing(true);
                 }}
             >
@@ -73,23 +79,34 @@ const onlyPart = (parts: readonly string[]): string => parts[0] ?? '';
 
 interface EditorProps extends Props {
     readonly value: string;
+    readonly takesFocus: boolean;
     readonly onSave: (value: string) => void;
     readonly onCancel: () => void;
 }
 
-function Editor({ setting, parts, split = alone, join = onlyPart, value, onSave, onCancel }: EditorProps): JSX.Element {
-    const { language } = usePage();
+function Editor(props: EditorProps): JSX.Element {
+    const { setting, parts, split = alone, join = onlyPart, value, takesFocus, onSave, onCancel } = props;
+    const { store, language } = usePage();
     const name = nameOfSetting(setting, language);
-    const [draft, setDraft] = useState(() => split(value));
+    const kept = store.drafts.get(setting);
+    const [draft, setDraft] = useState(() => kept?.parts ?? split(value));
     /** The value that the person knows of. */
-    const [known, setKnown] = useState(value);
+    const [known, setKnown] = useState(kept?.known ?? value);
+    const [isTouched, setIsTouched] = useState(kept !== undefined);
     const first = useRef<HTMLInputElement>(null);
     const keep = useRef<HTMLButtonElement>(null);
     const changedMeanwhile = value !== known;
     useLayoutEffect(() => {
-        first.current?.focus();
-        first.current?.select();
-    }, []);
+        if (takesFocus) {
+            first.current?.focus();
+            first.current?.select();
+        }
+    }, [takesFocus]);
+    useLayoutEffect(() => {
+        if (isTouched) {
+            store.drafts.set(setting, { parts: draft, known });
+        }
+    }, [store, setting, draft, known, isTouched]);
 
     const submit = (event: Event) => {
         event.preventDefault();
@@ -130,6 +147,7 @@ function Editor({ setting, parts, split = alone, join = onlyPart, value, onSave,
                         autocomplete="off"
                         spellcheck={false}
                         onInput={({ currentTarget }) => {
+                            setIsTouched(true);
                             setDraft(draft.map((old, other) => (other === place ? currentTarget.value : old)));
                         }}
                     />

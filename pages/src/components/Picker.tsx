@@ -17,9 +17,6 @@ interface Props {
     readonly onClose: () => void;
 }
 
-/** So many are drawn; the search narrows the rest down. */
-const shownAtOnce = 60;
-
 function plain(text: string): string {
     return text.normalize('NFD').replace(/\p{M}/gu, '').replace(/[_/-]/g, ' ').toLowerCase();
 }
@@ -60,7 +57,7 @@ export function Picker({ title, options, chosen, onChoose, onClose }: Props): JS
                 {found.length === 0 ? language.t('nothingFound') : language.t('found', { count: `${found.length}` })}
             </p>
             <ul class="options">
-                {chosenFirst.slice(0, shownAtOnce).map(({ value, words }) => (
+                {chosenFirst.map(({ value, words }) => (
                     <li key={value} data-row={value}>
                         <button
                             type="button"

@@ -11,7 +11,7 @@ describe('values in words', () => {
         ['deviceName', 'Den', 'Den'],
         ['deviceName', '', 'Not set'],
         ['deviceName', undefined, 'Not known'],
-        ['deviceName', '<b>\u202E', '<b>\u202E'],
+        ['deviceName', '<b>\u202Ea\u2066\n\u0000ב\u200f', '<b>\ufffda\ufffd\ufffd\ufffdב\u200f'],
         ['handsFreeEnabled', 'true', 'On'],
         ['handsFreeEnabled', 'TRUE', 'Off'],
         ['pttAlwaysOnDiscovered', 'false', 'Off'],

@@ -55,11 +55,15 @@ export function nameOfSetting(key: string, { t }: Language): string {
     return settings.has(key) ? t(key as MessageKey) : shortened(key);
 }
 
-/** At most a line of it. */
+/** Controls, and marks that would turn the direction of what stands around a value. */
+const disturbing = /[\p{Cc}\u202a-\u202e\u2066-\u2069]/gu;
+
+/** At most a line of it, and nothing in it that disturbs its surroundings. */
 export function shortened(text: string): string {
     // By code points: half a character would be shown as a broken one.
     const characters = Array.from(text);
-    return characters.length > longestShown ? `${characters.slice(0, longestShown).join('')}…` : text;
+    const line = characters.length > longestShown ? `${characters.slice(0, longestShown).join('')}…` : text;
+    return line.replace(disturbing, '\ufffd');
 }
 
 /** A value in words. */

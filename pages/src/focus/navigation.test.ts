@@ -68,10 +68,29 @@ describe('arrows', () => {
 describe('a place', () => {
     it('is found again by the name of its row, wherever that row went', () => {
         const place = placeOf(zone, document.getElementById('b2'));
-        expect(place).toEqual({ row: 'b', rowNumber: 1, column: 1 });
+        expect(place).toEqual({ row: 'b', rowNumber: 1, column: 1, tool: undefined });
         zone.prepend(zone.querySelector('[data-row="b"]') ?? '');
         restoreFocus(zone, place);
         expect(document.activeElement?.id).toBe('b2');
+    });
+
+    it('is not taken by a control that does something else', () => {
+        zone.innerHTML = `<div data-row="a"><button data-tool="up" id="up">1</button>
+            <button data-tool="down" id="down">2</button><button data-tool="remove" id="remove">3</button></div>`;
+        const focusedAfter = (id: string, gone: string) => {
+            const place = placeOf(zone, document.getElementById(id));
+            document.getElementById(gone)?.setAttribute('disabled', '');
+            restoreFocus(zone, place);
+            document.getElementById(gone)?.removeAttribute('disabled');
+            return document.activeElement?.id;
+        };
+        expect(focusedAfter('down', 'down')).toBe('up');
+        expect(focusedAfter('up', 'up')).toBe('down');
+        expect(focusedAfter('remove', 'down')).toBe('remove');
+        const place = placeOf(zone, document.getElementById('remove'));
+        zone.innerHTML = '<div data-row="add"><button id="add">add</button></div>';
+        restoreFocus(zone, place);
+        expect(document.activeElement?.id).toBe('add');
     });
 
     it('is that of the row that moved up when its own is gone, or the last', () => {

@@ -66,9 +66,11 @@ export interface Place {
     readonly row: string;
     readonly rowNumber: number;
     readonly column: number;
+    /** What the control does, for those that come and go (`data-tool`). */
+    readonly tool: string | undefined;
 }
 
-export function placeOf(zone: Element, item: Element | null): Place | null {
+export function placeOf(zone: Element, item: HTMLElement | null): Place | null {
     const rows = rowsOf(zone);
     const rowNumber = rows.findIndex((items) => items.some((candidate) => candidate === item));
     const row = item?.closest<HTMLElement>('[data-row]');
@@ -79,6 +81,7 @@ export function placeOf(zone: Element, item: Element | null): Place | null {
         row: row.dataset['row'] ?? '',
         rowNumber,
         column: rows[rowNumber]?.findIndex((candidate) => candidate === item) ?? 0,
+        tool: item?.dataset['tool'],
     };
 }
 
@@ -90,5 +93,8 @@ export function restoreFocus(zone: Element, place: Place | null): boolean {
     }
     const named = rows.find((items) => items[0]?.closest<HTMLElement>('[data-row]')?.dataset['row'] === place.row);
     const row = named ?? rows[Math.min(place.rowNumber, rows.length - 1)];
-    return focusOn(row?.[Math.min(place.column, row.length - 1)]);
+    const column = Math.min(place.column, (row?.length ?? 0) - 1);
+    const item = row?.[column];
+    // What took the place of a control that is gone may do something else entirely, so the one before it is safer.
+    return focusOn(item?.dataset['tool'] === place.tool ? item : row?.[Math.max(column - 1, 0)]);
 }

@@ -55,7 +55,7 @@ export function useRemoteControl({ menu, panel }: Zones, section: string, writin
 
     useEffect(() => {
         const remember = ({ target }: FocusEvent) => {
-            const item = target as Element;
+            const item = target as HTMLElement;
             if (panel.current?.contains(item) === true && openDialog() === null) {
                 inside.current = 'panel';
                 const place = placeOf(panel.current, item);

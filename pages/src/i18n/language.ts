@@ -39,10 +39,19 @@ export function languageFor(locale: string | undefined): Language {
     };
 }
 
+/** Making one takes longer than asking it, and lists ask for many names. */
+const localeNames = new Map<string, Intl.DisplayNames>();
+
+function localeNamesIn(code: string): Intl.DisplayNames {
+    const names = localeNames.get(code) ?? new Intl.DisplayNames([code], { type: 'language' });
+    localeNames.set(code, names);
+    return names;
+}
+
 /** The name of a locale in the language of the pages: "French (Canada)"; the code itself when there is none. */
 export function nameOfLocale(locale: string, code: string): string {
     try {
-        return new Intl.DisplayNames([code], { type: 'language' }).of(locale.replaceAll('_', '-')) ?? locale;
+        return localeNamesIn(code).of(locale.replaceAll('_', '-')) ?? locale;
     } catch {
         return locale;
     }

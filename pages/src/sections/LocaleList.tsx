@@ -1,7 +1,7 @@
 import type { JSX } from 'preact';
 import { useMemo, useState } from 'preact/hooks';
 
-import { usePage } from '../components/page';
+import { shortened, usePage } from '../components/page';
 import { Picker } from '../components/Picker';
 import { RowStatus } from '../components/RowStatus';
 import { localesOf, nameOfLocale } from '../i18n/language';
@@ -29,7 +29,7 @@ export function LocaleList(): JSX.Element {
             <p class="about">{t('orliaLocale.about')}</p>
             <ol class="locales">
                 {locales.map((locale, place) => {
-                    const name = nameOfLocale(locale, code);
+                    const name = shortened(nameOfLocale(locale, code));
                     return (
                         <li
                             key={`${locale}-${locales.indexOf(locale) === place ? 0 : place}`}
@@ -44,6 +44,7 @@ export function LocaleList(): JSX.Element {
                                 <button
                                     type="button"
                                     class="tool"
+                                    data-tool="up"
                                     aria-label={t('locale.up', { name })}
                                     disabled={place === 0}
                                     onClick={() => {
@@ -55,6 +56,7 @@ export function LocaleList(): JSX.Element {
                                 <button
                                     type="button"
                                     class="tool"
+                                    data-tool="down"
                                     aria-label={t('locale.down', { name })}
                                     disabled={place === locales.length - 1}
                                     onClick={() => {
@@ -66,6 +68,7 @@ export function LocaleList(): JSX.Element {
                                 <button
                                     type="button"
                                     class="tool"
+                                    data-tool="remove"
                                     aria-label={t('locale.remove', { name })}
                                     disabled={locales.length === 1}
                                     onClick={() => {
