@@ -48,7 +48,12 @@ export function AccountSection(): JSX.Element {
                 </button>
             </div>
             <p class="status" role="status" data-kind={state.action === 'failed' ? 'refused' : 'accepted'}>
-                {state.action !== 'none' && t(actionWords[state.action])}
+                {state.action !== 'none' && (
+                    <>
+                        <span aria-hidden="true">{state.action === 'failed' ? '✕ ' : '✓ '}</span>
+                        {t(actionWords[state.action])}
+                    </>
+                )}
             </p>
             {asking && (
                 <Dialog

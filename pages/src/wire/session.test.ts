@@ -102,6 +102,14 @@ describe('a new value', () => {
         expect(told).toEqual(['deviceName=Attic by socket']);
     });
 
+    it('is told as the change of somebody else who wanted the same at the same moment', async () => {
+        const outcome = session.set('deviceName', 'Den');
+        event('deviceName', 'Den', 'socket');
+        reply({ deviceName: 'Den' });
+        expect(await outcome).toEqual({ result: 'accepted', value: 'Den' });
+        expect(told).toEqual(['deviceName=Den by socket']);
+    });
+
     it('is accepted even if somebody else wrote right after it', async () => {
         const outcome = session.set('deviceName', 'Den');
         event('deviceName', 'Den');
@@ -122,6 +130,8 @@ describe('a new value', () => {
             value: null,
         });
         expect(sent).toEqual([]);
+        void session.set('deviceName', 'x'.repeat(fits));
+        expect(sent.map(({ type }) => type)).toEqual([24, 7]);
     });
 
     it('has no answer when there is no connection, it is lost, or nothing comes in time', async () => {
