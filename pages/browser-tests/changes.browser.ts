@@ -15,10 +15,9 @@ import {
     typeOver,
     visitSettings,
 } from './settings';
+import { hostIsAway } from './visit';
 
 const within = { timeout: 1_000 };
-/** What the browser says of a host that is away. */
-const hostIsAway = /WebSocket connection to .* failed|ERR_CONNECTION_REFUSED|Failed to fetch/;
 
 let host: Host;
 
@@ -244,7 +243,7 @@ test('a page that the host lets in no more asks for a new address', async () => 
             await host.resumeAsNew();
             await page.getByRole('alert').getByText('settingsctl page').waitFor({ timeout: 15_000 });
         },
-        { expected: /WebSocket connection to .* failed|ERR_CONNECTION_REFUSED|403/ },
+        { expected: hostIsAway },
     );
 });
 

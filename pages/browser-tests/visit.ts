@@ -7,6 +7,9 @@ export const wide = { width: 1920, height: 1080 };
 export const small = { width: 1280, height: 720 };
 export const phone = { width: 360, height: 740 };
 
+/** What the console says while a test keeps the host away, or while the host keeps the page out. */
+export const hostIsAway = /WebSocket connection to .* failed|net::ERR_|Failed to fetch|status of 403/;
+
 export interface VisitOptions {
     readonly path?: '/' | '/device';
     readonly viewport?: { readonly width: number; readonly height: number };
@@ -27,7 +30,7 @@ function browser(): Promise<Browser> {
 export async function visit(
     host: Host,
     use: (page: Page, context: BrowserContext) => Promise<void>,
-    { path = '/', viewport = wide, expected = /^$/, prepare }: VisitOptions = {},
+    { path = '/', viewport = small, expected = /^$/, prepare }: VisitOptions = {},
 ): Promise<void> {
     const context = await (
         await browser()
