@@ -63,8 +63,8 @@ class TcpDoor::Watch : public UvHandle<uv_poll_t, Watch> {
 public:
     explicit Watch(TcpDoor& owningDoor) : door(&owningDoor) {}
 
-    void start(uv_loop_t* loop, int descriptor, const std::shared_ptr<Watch>& self) {
-        uv_poll_init(loop, get(), descriptor);
+    void start(uv_loop_t* loop, int listening, const std::shared_ptr<Watch>& self) {
+        uv_poll_init(loop, get(), listening);
         opened(self);
         uv_poll_start(get(), UV_READABLE, [](uv_poll_t* poll, int, int) { ownerOf(poll).door->accept(); });
     }

@@ -225,7 +225,6 @@ TEST_F(WebDoorTest, AClientMayAskMuchBeforeItReadsAnything) {
 
 TEST_F(WebDoorTest, AClientThatDoesNotReadIsDroppedAfterAllThatItWasSent) {
     const auto frame = std::make_shared<const std::string>(10000, 'x');
-    std::atomic<bool> sent{false};
     onFrame = [&](const auto& asking, const auto&) {
         for (int number = 0; number < 1000; ++number) {
             for (const auto& client : clients) {
