@@ -16,7 +16,13 @@ class FakeHost {
     connected = true;
     sequence = 0;
     requests: string[] = [];
-    readonly store = new Store((frame) => this.take(JSON.parse(frame) as Sent));
+    silences = 0;
+    readonly store = new Store(
+        (frame) => this.take(JSON.parse(frame) as Sent),
+        () => {
+            this.silences += 1;
+        },
+    );
 
     event(key: string, to: string, origin: string): void {
         this.sequence += 1;
@@ -107,10 +113,27 @@ describe('the store', () => {
     it('takes a value back when no answer comes', async () => {
         host.silent = true;
         const done = store.set('deviceName', 'Den');
+        await vi.advanceTimersByTimeAsync(4_999);
+        expect(host.silences).toBe(0);
+        await vi.advanceTimersByTimeAsync(1);
+        await done;
+        expect(host.silences).toBe(1);
+        expect(store.state.values?.['deviceName']).toBe('TV');
+        expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason: 'no-answer' });
+    });
+
+    it('does not let an older value replace one that is being saved', async () => {
+        host.silent = true;
+        const done = store.set('deviceName', 'Den');
+        host.silent = false;
+        host.say({ notice: { reread: ['deviceName'] } });
+        await vi.advanceTimersByTimeAsync(50);
+        expect(host.requests).toEqual(['set deviceName', 'get deviceName', 'get deviceName']);
+        expect(store.state.values?.['deviceName']).toBe('Den');
+        expect(store.state.announcement).toBeNull();
         await vi.advanceTimersByTimeAsync(5_000);
         await done;
         expect(store.state.values?.['deviceName']).toBe('TV');
-        expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason: 'no-answer' });
     });
 
     it('announces what others change, and reads it back', async () => {
