@@ -38,7 +38,7 @@ EventLoop::~EventLoop() {
     for (const auto& watch : signalWatches) {
         uv_close(watch->asHandle(), nullptr);
     }
-    uv_run(loop.get(), UV_RUN_DEFAULT);
+    end();
     uv_loop_close(loop.get());
 }
 
@@ -95,6 +95,14 @@ void EventLoop::drain(unsigned milliseconds, std::function<void()> giveUp) {
     uv_run(loop.get(), UV_RUN_DEFAULT);
     giveUp();
     uv_close(reinterpret_cast<uv_handle_t*>(&timer), nullptr);
+    end();
+}
+
+void EventLoop::end() {
+    uv_run(loop.get(), UV_RUN_DEFAULT);
+    for (const auto& action : std::exchange(endActions, {})) {
+        action();
+    }
     uv_run(loop.get(), UV_RUN_DEFAULT);
 }
 

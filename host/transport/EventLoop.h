@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 struct uv_loop_s;
@@ -31,12 +32,18 @@ public:
     /// Calls `action` once, soon, from the loop.
     void later(std::function<void()> action);
 
+    /// Calls `action` when nothing is open any more: at the end of a drain, or of the loop.
+    void atEnd(std::function<void()> action) { endActions.push_back(std::move(action)); }
+
     uv_loop_s* handle() const { return loop.get(); }
 
 private:
     class SignalWatch;
+    void end();
+
     std::unique_ptr<uv_loop_s> loop;
     std::vector<std::unique_ptr<SignalWatch>> signalWatches;
+    std::vector<std::function<void()>> endActions;
 };
 
 }  // namespace SettingsHost

@@ -167,6 +167,11 @@ private:
             doorOf(connection).open(connection, origin);
             return 0;
         }
+        if (reason != LWS_CALLBACK_RECEIVE && reason != LWS_CALLBACK_SERVER_WRITEABLE && reason != LWS_CALLBACK_TIMER &&
+            reason != LWS_CALLBACK_CLOSED) {
+            // Some come when the door is gone already.
+            return 0;
+        }
         const auto& clients = doorOf(connection).clients;
         const auto entry = clients.find(connection);
         if (entry == clients.end()) {
@@ -180,10 +185,8 @@ private:
                 return client->writable() ? 0 : -1;
             case LWS_CALLBACK_TIMER:
                 return client->timerExpired() ? 0 : -1;
-            case LWS_CALLBACK_CLOSED:
-                doorOf(connection).remove(connection);
-                return 0;
             default:
+                doorOf(connection).remove(connection);
                 return 0;
         }
     }
@@ -367,7 +370,10 @@ void WebDoor::close() {
 
 void WebDoor::closeNow() {
     if (context != nullptr) {
-        lws_context_destroy(std::exchange(context, nullptr));
+        lws_context* const ending = std::exchange(context, nullptr);
+        lws_context_destroy(ending);
+        // On a loop of somebody else's, the library leaves the last step until all its handles are gone.
+        loop.atEnd([ending] { lws_context_destroy(ending); });
     }
 }
 

@@ -79,6 +79,10 @@ bool WebSocketClient::writable() {
     if (lws_write(connection, buffer.data() + LWS_PRE, frame->size(), LWS_WRITE_TEXT) < 0) {
         return false;
     }
+    if (paused) {
+        // Its answers to pings wait with its frames. That it reads shows that it is there.
+        lws_validity_confirmed(connection);
+    }
     if (paused && !isBehind()) {
         paused = false;
         lws_rx_flow_control(connection, 1);

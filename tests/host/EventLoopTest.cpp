@@ -70,4 +70,20 @@ TEST_F(EventLoopTest, DoesWhatWasPutOffSoonAndOnce) {
     EXPECT_EQ(done, (std::vector<std::string>{"first", "second", "third"}));
 }
 
+TEST_F(EventLoopTest, AtTheEndDoesWhatWasLeftForItOnceNothingIsOpen) {
+    std::vector<std::string> done;
+    loop.later([&] { done.push_back("later"); });
+    loop.atEnd([&] {
+        done.push_back("end");
+        loop.later([&] { done.push_back("after the end"); });
+    });
+    loop.drain(3600000, [] {});
+    EXPECT_EQ(done, (std::vector<std::string>{"later", "end", "after the end"}));
+    {
+        EventLoop other;
+        other.atEnd([&] { done.push_back("destroyed"); });
+    }
+    EXPECT_EQ(done.back(), "destroyed");
+}
+
 }  // namespace SettingsHost

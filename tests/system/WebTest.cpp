@@ -4,6 +4,7 @@
 #include <sys/resource.h>
 
 #include "HostFixture.h"
+#include "support/Sanitizers.h"
 #include "support/WebClient.h"
 
 namespace SystemTests {
@@ -201,6 +202,9 @@ TEST_F(HostWeb, StopsWithPagesOpen) {
 }
 
 TEST_F(HostWeb, AtTheDescriptorLimitThoseWhoAreInsideAreServed) {
+    if (TestSupport::sanitizersNeedDescriptors) {
+        GTEST_SKIP();
+    }
     startWeb();
     const auto inside = page();
     // Room for a few connections more, none of which is a WebSocket yet.
