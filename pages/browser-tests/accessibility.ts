@@ -19,6 +19,7 @@ export async function expectAccessible(page: Page, view: string): Promise<void> 
             (window as unknown as { axe: typeof import('axe-core') }).axe.run(document, {
                 runOnly: { type: 'tag', values },
                 resultTypes: ['violations'],
+                preload: false,
             }),
         rules,
     );
