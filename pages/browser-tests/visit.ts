@@ -16,7 +16,7 @@ export interface VisitOptions {
     /** Text that may appear in the console, because the test breaks something on purpose. */
     readonly expected?: RegExp;
     /** What to do before the page is opened. */
-    readonly prepare?: (page: Page) => Promise<void>;
+    readonly prepare?: (page: Page) => Promise<unknown>;
 }
 
 let connected: Promise<Browser> | null = null;
