@@ -29,7 +29,8 @@ HttpAnswer metricsAnswer(const std::string& text) {
 /// when the host is back.
 std::string browserSecret(StateStore& state) {
     const std::string name = "browserSecret";
-    if (const auto kept = state.load(name)) {
+    const auto kept = state.load(name);
+    if (kept && kept->size() == 2 * secretBytes) {
         return *kept;
     }
     const std::string made = randomHex(secretBytes);

@@ -1,9 +1,11 @@
 #include "web/WebDoor.h"
 
+#include <algorithm>
 #include <array>
 #include <exception>
 #include <iterator>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -76,6 +78,20 @@ std::optional<std::string> argument(lws* connection, const char* nameAndSign) {
 WebVisitor visitorOf(lws* connection) {
     return {header(connection, WSI_TOKEN_HOST), header(connection, WSI_TOKEN_ORIGIN), argument(connection, "key="),
             header(connection, WSI_TOKEN_HTTP_COOKIE)};
+}
+
+/// The one that the library chooses of the subprotocols that a client offers: the first that is ours.
+std::string chosenProtocol(const std::string& offered) {
+    std::istringstream list(offered);
+    for (std::string name; std::getline(list, name, ',');) {
+        name.erase(0, std::min(name.find_first_not_of(' '), name.size()));
+        for (const auto& route : routes) {
+            if (name == route.protocol) {
+                return name;
+            }
+        }
+    }
+    return "";
 }
 
 bool isRead(lws* connection) {
@@ -319,7 +335,7 @@ bool WebDoor::admitWebSocket(lws* connection) {
         refusal = plainAnswer(HTTP_STATUS_FORBIDDEN, "The key is missing or old, or this page may not connect.");
     } else {
         for (const auto& route : routes) {
-            if (path == route.path && protocols == route.protocol) {
+            if (path == route.path && chosenProtocol(protocols) == route.protocol) {
                 return true;
             }
         }

@@ -157,18 +157,26 @@ TEST_F(WebDoorTest, AWebSocketNeedsItsPathAndSubprotocol) {
     EXPECT_EQ(settings.answer().headers.at("sec-websocket-protocol"), "settings.v1");
     WebSocket device(port, "/device", "device.v1", {cookie()});
     EXPECT_EQ(device.status(), 101);
-    waitFor([&] { return arrived == 2; });
-    EXPECT_EQ(origins, "page device ");
+    WebSocket choosing(port, "/device?key=thekey", "other, device.v1,settings.v1");
+    EXPECT_EQ(choosing.answer().headers.at("sec-websocket-protocol"), "device.v1");
+    waitFor([&] { return arrived == 3; });
+    EXPECT_EQ(origins, "page device device ");
     EXPECT_EQ(WebSocket(port, "/settings", "settings.v1").status(), 403);
     EXPECT_EQ(WebSocket(port, "/settings?key=thekex", "settings.v1").status(), 403);
-    const std::vector<std::pair<std::string, std::string>> wrong{
-        {"/settings", ""},          {"/settings", "settings.v2"}, {"/settings", "device.v1"},   {"/settings", "http"},
-        {"/device", "settings.v1"}, {"/", "settings.v1"},         {"/settings/", "settings.v1"}};
+    const std::vector<std::pair<std::string, std::string>> wrong{{"/settings", ""},
+                                                                 {"/settings", "settings.v2"},
+                                                                 {"/settings", "device.v1"},
+                                                                 {"/settings", "http"},
+                                                                 {"/settings", "device.v1, settings.v1"},
+                                                                 {"/settings", "settings.v11"},
+                                                                 {"/device", "settings.v1"},
+                                                                 {"/", "settings.v1"},
+                                                                 {"/settings/", "settings.v1"}};
     for (const auto& [path, protocol] : wrong) {
         WebSocket socket(port, path, protocol, {cookie()});
         EXPECT_EQ(socket.status(), 400) << path << " " << protocol;
     }
-    EXPECT_EQ(arrived, 2);
+    EXPECT_EQ(arrived, 3);
 }
 
 TEST_F(WebDoorTest, MessagesAreFramesHoweverTheyWereCut) {

@@ -108,8 +108,24 @@ TEST_F(HostWeb, OpensWithANewKeyAtEachStartButKnowsItsBrowsersAgain) {
     EXPECT_EQ(httpGet(port, "/?key=" + oldKey).status, 403);
     EXPECT_EQ(httpGet(port, "/", {"Cookie: " + cookie}).status, 200);
     EXPECT_EQ(WebSocket(port, "/settings", "settings.v1", {"Cookie: " + cookie}).status(), 101);
+    // A secret that somebody emptied in the database lets nobody in.
+    kill();
+    sql("UPDATE web SET value = ''");
+    startWeb({}, port);
+    EXPECT_EQ(httpGet(port, "/", {"Cookie: " + cookie}).status, 403);
+    EXPECT_EQ(httpGet(port, "/", {"Cookie: " + cookie.substr(0, cookie.find('=') + 1)}).status, 403);
     // The cookie does not tell the key, nor the other way round.
     EXPECT_EQ(httpGet(port, "/?key=" + cookie.substr(cookie.find('=') + 1)).status, 403);
+}
+
+TEST_F(HostWeb, TellsItsAddressAtTheDeviceSocket) {
+    startWeb();
+    const std::string address = "http://127.0.0.1:" + std::to_string(port) + "/?key=" + key;
+    EXPECT_EQ(device(R"({"command":"page"})"), R"({"page":{"address":")" + address + R"("}})");
+    webArguments = {"--no-web"};
+    stop();
+    start();
+    EXPECT_TRUE(contains(device(R"({"command":"page"})"), "no-pages"));
 }
 
 TEST_F(HostWeb, SaysThatItIsHealthy) {
