@@ -10,6 +10,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "support/Sanitizers.h"
+
 namespace TestSupport {
 
 namespace {
@@ -86,6 +88,12 @@ ChildProcess::~ChildProcess() {
 
 void ChildProcess::sendSignal(int number) const {
     ::kill(process, number);
+    if (sanitizersHoldSignalsBack && number != SIGKILL) {
+        // Ends a wait that began before the signal was handed on.
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        ::kill(process, SIGSTOP);
+        ::kill(process, SIGCONT);
+    }
 }
 
 void ChildProcess::closeOutput() {

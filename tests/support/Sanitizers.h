@@ -2,12 +2,14 @@
 
 namespace TestSupport {
 
-/// The runtime of this build's sanitizers opens descriptors to look at objects, and ends the program when there are
-/// none.
 #if defined(__has_feature)
+/// The runtime of this build opens descriptors to look at objects, and ends the program when there are none.
 constexpr bool sanitizersNeedDescriptors = __has_feature(address_sanitizer);
+/// The runtime of this build hands a signal on at the program's next call, which may be one that waits for long.
+constexpr bool sanitizersHoldSignalsBack = __has_feature(thread_sanitizer);
 #else
 constexpr bool sanitizersNeedDescriptors = false;
+constexpr bool sanitizersHoldSignalsBack = false;
 #endif
 
 }  // namespace TestSupport
