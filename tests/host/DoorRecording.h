@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <csignal>
 #include <functional>
 #include <memory>
 #include <string>
@@ -11,7 +12,9 @@
 #include <gtest/gtest.h>
 
 #include "support/LineReader.h"
+#include "support/TemporaryDirectory.h"
 #include "transport/DoorEvents.h"
+#include "transport/EventLoop.h"
 
 namespace SettingsHost {
 
@@ -54,6 +57,39 @@ public:
     std::atomic<int> arrived{0};
     std::atomic<int> left{0};
     std::atomic<int> tooSlow{0};
+};
+
+/// A door on a loop in a thread of its own.
+template <typename Door>
+class DoorTest : public ::testing::Test, protected DoorRecording {
+protected:
+    DoorTest() { std::signal(SIGPIPE, SIG_IGN); }
+    ~DoorTest() override { stop(); }
+
+    void serve(std::unique_ptr<Door> doorToServe) {
+        door = std::move(doorToServe);
+        loop.onSignals({SIGUSR1}, [this] { loop.stop(); });
+        thread = std::thread([this] {
+            loop.run();
+            door->close();
+            loop.drain(200, [this] { door->closeNow(); });
+            door.reset();
+        });
+    }
+
+    void stop() {
+        if (thread.joinable()) {
+            ::raise(SIGUSR1);
+            thread.join();
+        }
+    }
+
+    TestSupport::TemporaryDirectory folder;
+    EventLoop loop;
+
+private:
+    std::unique_ptr<Door> door;
+    std::thread thread;
 };
 
 }  // namespace SettingsHost

@@ -14,35 +14,13 @@
 namespace SettingsHost {
 
 /// A door that answers each frame, on a loop in a thread of its own.
-class UnixSocketDoorTest : public ::testing::Test, protected DoorRecording {
+class UnixSocketDoorTest : public DoorTest<UnixSocketDoor> {
 protected:
     UnixSocketDoorTest() {
-        std::signal(SIGPIPE, SIG_IGN);
-        door = std::make_unique<UnixSocketDoor>(loop, folder / "door.sock", Origin::DEVICE, events());
-        loop.onSignals({SIGUSR1}, [this] { loop.stop(); });
-        thread = std::thread([this] {
-            loop.run();
-            door->close();
-            loop.drain(200, [this] { door->closeNow(); });
-            door.reset();
-        });
-    }
-
-    ~UnixSocketDoorTest() override { stop(); }
-
-    void stop() {
-        if (thread.joinable()) {
-            ::raise(SIGUSR1);
-            thread.join();
-        }
+        serve(std::make_unique<UnixSocketDoor>(loop, folder / "door.sock", Origin::DEVICE, events()));
     }
 
     std::string socketPath() { return folder / "door.sock"; }
-
-    TestSupport::TemporaryDirectory folder;
-    EventLoop loop;
-    std::unique_ptr<UnixSocketDoor> door;
-    std::thread thread;
 };
 
 TEST_F(UnixSocketDoorTest, AnswersFramesInOrder) {

@@ -17,10 +17,9 @@ using TestSupport::HttpResponse;
 using TestSupport::WebSocket;
 
 /// A web port with two pages, on a loop in a thread of its own. Its WebSockets answer each frame in angle brackets.
-class WebDoorTest : public ::testing::Test, protected DoorRecording {
+class WebDoorTest : public DoorTest<WebDoor> {
 protected:
     WebDoorTest() {
-        std::signal(SIGPIPE, SIG_IGN);
         std::ofstream(folder / "index.html") << "<p>index</p>";
         std::ofstream(folder / "device.html") << "<p>device</p>";
         std::ofstream(folder / "large.js") << std::string(300000, 'x');
@@ -35,35 +34,22 @@ protected:
                            return plainAnswer(503, "not yet");
                        }}},
                      1};
-        door = std::make_unique<WebDoor>(loop, std::move(listener), std::move(site), events(), events());
-        loop.onSignals({SIGUSR1}, [this] { loop.stop(); });
-        thread = std::thread([this] {
-            loop.run();
-            door->close();
-            loop.drain(200, [this] { door->closeNow(); });
-            door.reset();
-        });
+        serve(std::make_unique<WebDoor>(loop, std::move(listener), std::move(site), events(), events()));
     }
 
     ~WebDoorTest() override { stop(); }
 
-    void stop() {
-        if (thread.joinable()) {
-            ::raise(SIGUSR1);
-            thread.join();
-        }
-    }
-
     std::string host() const { return "Host: 127.0.0.1:" + std::to_string(port) + "\r\n"; }
     std::string cookie() const { return "Cookie: settings-" + std::to_string(port) + "=thecookie"; }
 
-    TestSupport::TemporaryDirectory folder;
     std::uint16_t port = 0;
-    EventLoop loop;
-    std::unique_ptr<WebDoor> door;
     std::atomic<int> openAnswers{0};
-    std::thread thread;
 };
+
+TEST_F(WebDoorTest, PingsAfterFifteenSecondsUnlessToldOtherwise) {
+    const WebSite site{WebAccess({"127.0.0.1", port}, "", "k", "c"), PageFiles(), {}};
+    EXPECT_EQ(site.secondsOfPatience, 15);
+}
 
 TEST_F(WebDoorTest, TheKeyOpensThePagesAndTheCookieOpensThemAgain) {
     const HttpResponse first = httpGet(port, "/?key=thekey");
