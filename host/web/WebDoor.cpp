@@ -305,7 +305,6 @@ bool WebDoor::serveRequest(lws* connection, const std::string& path) {
     if (exchange.isDone()) {
         return lws_http_transaction_completed(connection) == 0;
     }
-    lws_set_timeout(connection, PENDING_TIMEOUT_HTTP_CONTENT, site.secondsOfPatience);
     lws_callback_on_writable(connection);
     return true;
 }

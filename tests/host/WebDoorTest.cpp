@@ -217,6 +217,26 @@ TEST_F(WebDoorTest, AClientMayAskMuchBeforeItReadsAnything) {
     EXPECT_EQ(left, 0);
 }
 
+TEST_F(WebDoorTest, AClientThatReadsSlowlyIsNotTakenForOneThatIsGone) {
+    const std::string answer(5000, 'a');
+    onFrame = [&](const auto& client, const auto& frame) { sendTo(client, frame + answer); };
+    WebSocket socket(port, "/settings?key=thekey", "settings.v1", {}, 4096);
+    std::thread writer([&] {
+        for (int number = 0; number < 2000; ++number) {
+            socket.sendText("x");
+        }
+    });
+    int received = 0;
+    while (received < 2000 && socket.receiveText()) {
+        if (++received % 60 == 0) {
+            // Three seconds in all: its answers to pings are behind its requests, which wait for it to read.
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        }
+    }
+    EXPECT_EQ(received, 2000);
+    writer.join();
+}
+
 TEST_F(WebDoorTest, AClientThatDoesNotReadIsDroppedAfterAllThatItWasSent) {
     const auto frame = std::make_shared<const std::string>(10000, 'x');
     onFrame = [&](const auto& asking, const auto&) {
