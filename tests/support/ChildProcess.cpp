@@ -50,6 +50,13 @@ void closeOnce(int& descriptor) {
     }
 }
 
+/// Leaves the status to be waited for.
+bool hasEnded(pid_t process) {
+    siginfo_t information{};
+    return ::waitid(P_PID, static_cast<id_t>(process), &information, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+           information.si_pid == process;
+}
+
 }  // namespace
 
 ChildProcess::ChildProcess(const std::vector<std::string>& arguments,
@@ -88,11 +95,14 @@ ChildProcess::~ChildProcess() {
 
 void ChildProcess::sendSignal(int number) const {
     ::kill(process, number);
-    if (sanitizersHoldSignalsBack && number != SIGKILL) {
-        // Ends a wait that began before the signal was handed on.
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    if (!sanitizersHoldSignalsBack || number == SIGKILL) {
+        return;
+    }
+    // Each round ends a wait that began before the signal was handed on. On a busy machine one is not enough.
+    for (int round = 0; round < 50 && !hasEnded(process); ++round) {
         ::kill(process, SIGSTOP);
         ::kill(process, SIGCONT);
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
     }
 }
 
