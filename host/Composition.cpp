@@ -58,7 +58,7 @@ Composition::Composition(const Options& options)
       trace(std::make_shared<MessageTrace>()),
       hub(std::make_shared<MessageHub>(traffic)),
       metrics(std::make_shared<HostMetrics>(SETTINGS_HANDLER_VERSION)),
-      database(options.storageFile),
+      database(openOrRecover(options.storageFile, recovery)),
       storage(
           database, [this](const std::string& key) { hub->valueChanged(key); }, *metrics),
       state(database, "simulation"),
@@ -67,7 +67,8 @@ Composition::Composition(const Options& options)
       sdkBridge(std::make_shared<SimulatedSdkBridge>(state, storage, device,
                                                      [this](const std::string& key) { hub->valueChanged(key); })),
       appLaunch(std::make_shared<SimulatedAppLaunch>()),
-      health(SETTINGS_HANDLER_VERSION) {
+      health(SETTINGS_HANDLER_VERSION, recovery),
+      backups(loop, database) {
     traffic->add(metrics);
     traffic->add(trace);
     // From here on a signal waits for the loop, so that even one during the start ends in a clean stop.

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "BackupSchedule.h"
 #include "HealthReport.h"
 #include "Options.h"
 #include "SettingsHandler/SettingsHandler.h"
@@ -14,6 +15,7 @@
 #include "metrics/HostMetrics.h"
 #include "sdk/SimulatedSdkBridge.h"
 #include "storage/Database.h"
+#include "storage/Recovery.h"
 #include "storage/SqliteStorage.h"
 #include "storage/TableStateStore.h"
 #include "transport/EventLoop.h"
@@ -60,6 +62,7 @@ private:
     std::shared_ptr<MessageTrace> trace;
     std::shared_ptr<MessageHub> hub;
     std::shared_ptr<HostMetrics> metrics;
+    Recovery recovery;
     Database database;
     SqliteStorage storage;
     TableStateStore state;
@@ -73,6 +76,7 @@ private:
     std::unique_ptr<UnixSocketDoor> deviceDoor;
     std::unique_ptr<WebDoor> webDoor;
     HealthReport health;
+    BackupSchedule backups;
 };
 
 }  // namespace SettingsHost

@@ -14,7 +14,18 @@ constexpr unsigned serviceUnavailable = 503;
 
 }  // namespace
 
-HealthReport::HealthReport(std::string version) : hostVersion(std::move(version)) {}
+HealthReport::HealthReport(std::string version, Recovery recoveryAtStart)
+    : hostVersion(std::move(version)), recovery(std::move(recoveryAtStart)) {}
+
+const char* HealthReport::status(const StorageHealth& storage) const {
+    if (!serving) {
+        return "not-serving";
+    }
+    if (!storage.writable) {
+        return "degraded";
+    }
+    return recovery.source == Recovery::Source::NOT_NEEDED ? "ok" : "recovered";
+}
 
 HttpAnswer HealthReport::answer(const StorageHealth& storage) const {
     const auto uptime = std::chrono::steady_clock::now() - started;
@@ -22,7 +33,7 @@ HttpAnswer HealthReport::answer(const StorageHealth& storage) const {
     rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
     writer.StartObject();
     writer.Key("status");
-    writer.String(!serving ? "not-serving" : storage.writable ? "ok" : "degraded");
+    writer.String(status(storage));
     writer.Key("version");
     writer.String(hostVersion);
     writer.Key("uptimeSeconds");
@@ -38,6 +49,14 @@ HttpAnswer HealthReport::answer(const StorageHealth& storage) const {
     if (!storage.lastFailure.empty()) {
         writer.Key("lastFailure");
         writer.String(withValidUtf8(storage.lastFailure));
+    }
+    if (recovery.source != Recovery::Source::NOT_NEEDED) {
+        writer.Key("recoveredFrom");
+        writer.String(recovery.source == Recovery::Source::BACKUP ? "backup" : "defaults");
+    }
+    if (!recovery.setAside.empty()) {
+        writer.Key("setAside");
+        writer.String(withValidUtf8(recovery.setAside));
     }
     writer.EndObject();
     writer.EndObject();

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <string>
 
+#include "storage/Recovery.h"
 #include "storage/StorageObserver.h"
 #include "web/HttpAnswer.h"
 
@@ -10,10 +11,12 @@ namespace SettingsHost {
 
 /// What `/healthz` says:
 /// `{"status":"ok","version":"1.0.0","uptimeSeconds":12,"storage":{"writable":true,"keys":3,"failures":0}}`, with
-/// "lastFailure" once there was one. The status is "degraded" while changes do not reach the database.
+/// "lastFailure" once there was one. The status is "degraded" while changes do not reach the database, and otherwise
+/// "recovered" until the next start when the database was damaged at this one: "storage" then says with "recoveredFrom"
+/// whether a "backup" or "defaults" took its place, and with "setAside" how the damaged file is called now.
 class HealthReport {
 public:
-    explicit HealthReport(std::string version);
+    HealthReport(std::string version, Recovery recoveryAtStart);
 
     /// Does the host serve? Until told so it does not.
     void setServing(bool isServing) { serving = isServing; }
@@ -22,7 +25,10 @@ public:
     HttpAnswer answer(const StorageHealth& storage) const;
 
 private:
+    const char* status(const StorageHealth& storage) const;
+
     std::string hostVersion;
+    Recovery recovery;
     std::chrono::steady_clock::time_point started = std::chrono::steady_clock::now();
     bool serving = false;
 };

@@ -1,13 +1,10 @@
 #include "storage/Database.h"
 
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
 
-#include <fcntl.h>
 #include <sqlite3.h>
-#include <sys/stat.h>
-#include <unistd.h>
+
+#include "storage/Files.h"
 
 namespace SettingsHost {
 
@@ -21,87 +18,119 @@ constexpr int schemaVersion = 1;
     throw DatabaseError(what + ": " + sqlite3_errmsg(connection));
 }
 
-void makeFolder(const std::filesystem::path& folder) {
-    if (folder.empty() || std::filesystem::exists(folder)) {
-        return;
-    }
-    makeFolder(folder.parent_path());
-    if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
-        throw DatabaseError("cannot make the folder " + folder.string() + ": " + std::strerror(errno));
-    }
+/// An absolute path is never one of the names with a meaning of their own, such as ":memory:".
+std::string absolutePath(const std::string& path) {
+    return std::filesystem::absolute(path).string();
 }
 
-/// SQLite gives its own files the mode of this one.
-void makeFile(const std::string& file) {
-    const int descriptor = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-    if (descriptor < 0) {
-        throw DatabaseError("cannot open " + file + ": " + std::strerror(errno));
+/// `path` as a URI that nothing in it can add parameters to.
+std::string uriOf(const std::string& path) {
+    std::string uri = "file:";
+    for (const char character : path) {
+        if (character == '%' || character == '?' || character == '#') {
+            constexpr const char* digits = "0123456789ABCDEF";
+            const auto code = static_cast<unsigned char>(character);
+            uri.append({'%', digits[code / 16U], digits[code % 16U]});
+        } else {
+            uri += character;
+        }
     }
-    ::close(descriptor);
+    return uri;
+}
+
+/// Closing a database usually moves its write-ahead log into it. A file that is about to be refused stays as it is.
+void moveLogOnClose(sqlite3* connection, bool move) {
+    sqlite3_db_config(connection, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, move ? 0 : 1, nullptr);
 }
 
 }  // namespace
 
-void Database::Closer::operator()(sqlite3* open) const {
+void ConnectionCloser::operator()(sqlite3* open) const {
     sqlite3_close_v2(open);
 }
 
-Database::Database(const std::string& path) {
-    // An absolute path is never one of the names with a meaning of their own, such as ":memory:".
-    const std::string file = std::filesystem::absolute(path).string();
-    makeFolder(std::filesystem::path(file).parent_path());
-    makeFile(file);
+Database::Database(const std::string& file)
+    : path(absolutePath(file)), writable(makeFile(path) == FileAccess::WRITABLE) {
+    connect();
+    try {
+        check();
+        if (writable) {
+            configure();
+        }
+    } catch (const DamagedDatabase&) {
+        throw;
+    } catch (const DatabaseError& error) {
+        const int code = sqlite3_errcode(handle()) & 0xff;
+        if (code == SQLITE_BUSY || code == SQLITE_LOCKED) {
+            throw DatabaseError(path + " is in use by another process");
+        }
+        if (code == SQLITE_NOTADB || code == SQLITE_CORRUPT) {
+            throw DamagedDatabase(path + " is damaged or no database (" + error.what() + ")");
+        }
+        throw;
+    }
+    moveLogOnClose(handle(), true);
+}
+
+void Database::connect() {
+    std::string name = path;
+    int flags = SQLITE_OPEN_READWRITE;
+    const char* fileSystem = nullptr;
+    if (!writable) {
+        // Without a write-ahead log the file is all there is. With one it has to be read too, without taking locks,
+        // which need a file that can be written to.
+        const bool hasLog = holdsData(path + "-wal");
+        name = uriOf(path) + (hasLog ? "" : "?immutable=1");
+        flags = SQLITE_OPEN_READONLY | SQLITE_OPEN_URI;
+        fileSystem = hasLog ? "unix-none" : nullptr;
+    }
     sqlite3* opened = nullptr;
-    const int result = sqlite3_open_v2(file.c_str(), &opened, SQLITE_OPEN_READWRITE, nullptr);
+    const int result = sqlite3_open_v2(name.c_str(), &opened, flags, fileSystem);
     connection.reset(opened);
     if (result != SQLITE_OK) {
-        fail(opened, "cannot open " + file);
+        fail(opened, "cannot open " + path);
     }
     sqlite3_extended_result_codes(opened, 1);
     // Long enough for somebody's backup, short enough for a person who waits for the message.
     sqlite3_busy_timeout(opened, 1000);
-    try {
-        check(file);
-        configure();
-    } catch (const DatabaseError& error) {
-        const int code = sqlite3_errcode(opened) & 0xff;
-        if (code == SQLITE_BUSY || code == SQLITE_LOCKED) {
-            throw DatabaseError(file + " is in use by another process");
-        }
-        if (code == SQLITE_NOTADB || code == SQLITE_CORRUPT) {
-            throw DatabaseError(file + " is damaged or no database; it was left as it is (" + error.what() + ")");
-        }
-        throw;
-    }
+    moveLogOnClose(opened, false);
 }
 
-void Database::check(const std::string& file) {
+void Database::check() {
     execute("PRAGMA locking_mode=EXCLUSIVE");
     const int owner = pragma("application_id");
     const int version = pragma("user_version");
     Statement tables(*this, "SELECT count(*) FROM sqlite_schema");
     tables.step();
     if (owner != applicationId && (owner != 0 || version != 0 || tables.number(0) != 0)) {
-        throw DatabaseError(file + " belongs to another program; it was left as it is");
+        throw DatabaseError(path + " belongs to another program; it was left as it is");
     }
     if (version > schemaVersion) {
-        throw DatabaseError(file + " was written by a newer version; it was left as it is");
+        throw DatabaseError(path + " was written by a newer version; it was left as it is");
     }
     Statement quickCheck(*this, "PRAGMA quick_check(1)");
     quickCheck.step();
     const std::string verdict = quickCheck.column(0);
     if (verdict != "ok") {
-        throw DatabaseError(file + " is damaged; it was left as it is (" + verdict + ")");
+        throw DamagedDatabase(path + " is damaged (" + verdict + ")");
     }
 }
 
 void Database::configure() {
+    // The change to a write-ahead log is itself done with a rollback journal. If its removal were not synced, the journal
+    // could be back after a loss of power and undo the whole database.
+    execute("PRAGMA synchronous=EXTRA");
     execute("PRAGMA journal_mode=WAL");
     execute("PRAGMA synchronous=FULL");
     execute("PRAGMA wal_autocheckpoint=64");
     // Takes the lock at once, so that a second host is told at its start and not at its first write.
-    execute("BEGIN IMMEDIATE; PRAGMA application_id=" + std::to_string(applicationId) +
-            "; PRAGMA user_version=" + std::to_string(schemaVersion) + "; COMMIT");
+    execute("BEGIN IMMEDIATE");
+    // A file that is marked already is not written to, so that a full disk does not keep the host from starting.
+    if (pragma("application_id") != applicationId) {
+        execute("PRAGMA application_id=" + std::to_string(applicationId) +
+                "; PRAGMA user_version=" + std::to_string(schemaVersion));
+    }
+    execute("COMMIT");
 }
 
 int Database::pragma(const std::string& name) {

@@ -16,28 +16,43 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// The file does not hold what a database holds.
+class DamagedDatabase : public DatabaseError {
+public:
+    using DatabaseError::DatabaseError;
+};
+
+struct ConnectionCloser {
+    void operator()(sqlite3* open) const;
+};
+using Connection = std::unique_ptr<sqlite3, ConnectionCloser>;
+
 /// The one connection to the host's database file, held exclusively: no other process reads or writes the file while it
 /// is open. A write that has returned survives a loss of power. One thread only.
 class Database {
 public:
     /// Opens the file at `path`, making it (0600) and its missing folders (0700) if need be.
-    /// Errors: `DatabaseError` when the file is in use, damaged, not ours, of a newer version, or cannot be opened.
+    /// Errors: `DamagedDatabase`; `DatabaseError` when the file is in use, not ours, of a newer version, or cannot be
+    /// opened. The file and its write-ahead log are then left as they are.
     explicit Database(const std::string& path);
+
+    const std::string& file() const { return path; }
+    /// False on a file system that cannot be written to: everything can be read, every change fails.
+    bool isWritable() const { return writable; }
 
     /// Runs one or more statements without results.
     void execute(const std::string& sql);
     sqlite3* handle() const { return connection.get(); }
 
 private:
-    struct Closer {
-        void operator()(sqlite3* open) const;
-    };
-
+    void connect();
+    void check();
     void configure();
-    void check(const std::string& file);
     int pragma(const std::string& name);
 
-    std::unique_ptr<sqlite3, Closer> connection;
+    std::string path;
+    bool writable;
+    Connection connection;
 };
 
 /// A prepared statement that is used again and again. The database outlives it.

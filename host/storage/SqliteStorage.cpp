@@ -25,7 +25,13 @@ std::string shown(const std::string& key) {
 
 SqliteStorage::SqliteStorage(Database& database, std::function<void(const std::string& key)> onValueRemoved,
                              StorageObserver& storageObserver)
-    : table(database, "settings"), valueRemoved(std::move(onValueRemoved)), observer(storageObserver) {}
+    : table(database, "settings"), valueRemoved(std::move(onValueRemoved)), observer(storageObserver) {
+    if (!database.isWritable()) {
+        lastHealth.writable = false;
+        lastHealth.lastFailure = "the file system cannot be written to";
+        logHost(VessaLogger::ERROR, "no change will be stored: " + lastHealth.lastFailure);
+    }
+}
 
 /// Runs `action`, and tells the observer, the health and, on failure, the log what came of it.
 bool SqliteStorage::attempt(StorageOperation operation, const std::string& what, const std::function<void()>& action) {

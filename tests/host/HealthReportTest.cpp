@@ -3,7 +3,7 @@
 namespace SettingsHost {
 
 TEST(HealthReportTest, AnswersOnlyWhileTheHostServes) {
-    HealthReport report("1.2.3");
+    HealthReport report("1.2.3", {});
     StorageHealth storage;
     storage.keys = 3;
     EXPECT_EQ(report.answer(storage).status, 503U);
@@ -20,7 +20,7 @@ TEST(HealthReportTest, AnswersOnlyWhileTheHostServes) {
 }
 
 TEST(HealthReportTest, IsDegradedWhileChangesDoNotReachTheDatabase) {
-    HealthReport report("1.2.3");
+    HealthReport report("1.2.3", {});
     report.setServing(true);
     StorageHealth storage;
     storage.writable = false;
@@ -30,6 +30,22 @@ TEST(HealthReportTest, IsDegradedWhileChangesDoNotReachTheDatabase) {
     EXPECT_EQ(answer.status, 200U);
     EXPECT_EQ(*answer.body, R"({"status":"degraded","version":"1.2.3","uptimeSeconds":0,"storage":{"writable":false,)"
                             "\"keys\":0,\"failures\":2,\"lastFailure\":\"the disk is full\xEF\xBF\xBD\"}}");
+}
+
+TEST(HealthReportTest, SaysWhatTookThePlaceOfADamagedDatabase) {
+    StorageHealth storage;
+    HealthReport restored("1.2.3", {Recovery::Source::BACKUP, "settings.db.damaged"});
+    restored.setServing(true);
+    EXPECT_EQ(*restored.answer(storage).body,
+              R"({"status":"recovered","version":"1.2.3","uptimeSeconds":0,"storage":{"writable":true,"keys":0,)"
+              R"("failures":0,"recoveredFrom":"backup","setAside":"settings.db.damaged"}})");
+    storage.writable = false;
+    EXPECT_EQ(restored.answer(storage).body->substr(0, 21), R"({"status":"degraded",)");
+    HealthReport anew("1.2.3", {Recovery::Source::DEFAULTS, ""});
+    anew.setServing(true);
+    EXPECT_EQ(*anew.answer(StorageHealth()).body,
+              R"({"status":"recovered","version":"1.2.3","uptimeSeconds":0,"storage":{"writable":true,"keys":0,)"
+              R"("failures":0,"recoveredFrom":"defaults"}})");
 }
 
 }  // namespace SettingsHost

@@ -11,5 +11,7 @@ constexpr bool sanitizersHoldSignalsBack = __has_feature(thread_sanitizer);
 constexpr bool sanitizersNeedDescriptors = false;
 constexpr bool sanitizersHoldSignalsBack = false;
 #endif
+/// Everything takes several times as long and as much memory as elsewhere.
+constexpr bool isSanitized = sanitizersNeedDescriptors || sanitizersHoldSignalsBack;
 
 }  // namespace TestSupport

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+
+#include "storage/Backup.h"
+#include "transport/EventLoop.h"
+#include "transport/RepeatingTimer.h"
+
+namespace SettingsHost {
+
+/// When a backup of the database is due, and how much of a turn of the event loop it may take.
+struct BackupRhythm {
+    /// Soon after the start, since many a device is on for an hour a day; not at once, since people wait for it then.
+    std::chrono::milliseconds firstLook = std::chrono::seconds(20);
+    std::chrono::milliseconds look = std::chrono::hours(1);
+    std::chrono::seconds maximumAge = std::chrono::hours(24);
+    /// 64 KiB with pages of the usual size.
+    int pagesPerTurn = 16;
+};
+
+/// Backs the database up once a day, a piece a turn of the event loop, so that clients are served meanwhile. What goes
+/// wrong is logged at level 3 and tried again at the next look. The event loop and the database outlive it.
+class BackupSchedule {
+public:
+    BackupSchedule(EventLoop& loop, Database& database, const BackupRhythm& rhythm = {});
+
+    BackupSchedule(const BackupSchedule&) = delete;
+    BackupSchedule& operator=(const BackupSchedule&) = delete;
+
+private:
+    void lookAtAge();
+    void copyOn();
+
+    EventLoop& loop;
+    Database& database;
+    BackupRhythm rhythm;
+    std::unique_ptr<Backup> backup;
+    std::unique_ptr<RepeatingTimer> turns;
+    RepeatingTimer looks;
+};
+
+}  // namespace SettingsHost

@@ -1,0 +1,101 @@
+#include "storage/Backup.h"
+
+#include <filesystem>
+
+#include <sqlite3.h>
+
+#include "storage/Files.h"
+
+namespace SettingsHost {
+
+namespace {
+
+[[noreturn]] void fail(sqlite3* connection) {
+    throw DatabaseError(sqlite3_errmsg(connection));
+}
+
+void removeQuietly(const std::string& file) {
+    std::error_code unused;
+    std::filesystem::remove(file, unused);
+}
+
+}  // namespace
+
+void Backup::Finisher::operator()(sqlite3_backup* begun) const {
+    sqlite3_backup_finish(begun);
+}
+
+std::string Backup::nameOf(const std::string& databaseFile, int generation) {
+    return databaseFile + ".backup." + std::to_string(generation);
+}
+
+Backup::Backup(Database& source) : database(source), unfinished(source.file() + ".backup.new") {
+    removeFile(unfinished);
+    removeFile(unfinished + "-wal");
+    makeFile(unfinished);
+    sqlite3* opened = nullptr;
+    const int result = sqlite3_open_v2(unfinished.c_str(), &opened, SQLITE_OPEN_READWRITE, nullptr);
+    copy.reset(opened);
+    // Nobody reads a copy that is not finished, so it needs no journal.
+    if (result != SQLITE_OK || sqlite3_exec(opened, "PRAGMA locking_mode=EXCLUSIVE; PRAGMA journal_mode=MEMORY",
+                                            nullptr, nullptr, nullptr) != SQLITE_OK) {
+        fail(opened);
+    }
+    copying.reset(sqlite3_backup_init(opened, "main", database.handle(), "main"));
+    if (!copying) {
+        fail(opened);
+    }
+}
+
+Backup::~Backup() {
+    copying.reset();
+    copy.reset();
+    removeQuietly(unfinished);
+}
+
+bool Backup::step(int pages) {
+    const int result = sqlite3_backup_step(copying.get(), pages);
+    if (result == SQLITE_OK) {
+        return true;
+    }
+    if (result != SQLITE_DONE) {
+        throw DatabaseError(sqlite3_errstr(result));
+    }
+    copying.reset();
+    check();
+    copy.reset();
+    rotate();
+    return false;
+}
+
+/// A bad copy must not take the place of a good one.
+void Backup::check() {
+    std::string verdict;
+    const auto read = [](void* out, int, char** columns, char**) {
+        *static_cast<std::string*>(out) = columns[0];
+        return 0;
+    };
+    if (sqlite3_exec(copy.get(), "PRAGMA quick_check(1)", read, &verdict, nullptr) != SQLITE_OK) {
+        fail(copy.get());
+    }
+    if (verdict != "ok") {
+        throw DatabaseError("the copy is damaged: " + verdict);
+    }
+}
+
+void Backup::rotate() {
+    const std::string newest = nameOf(database.file(), 1);
+    if (holdsData(newest)) {
+        moveFile(newest, nameOf(database.file(), 2));
+    }
+    moveFile(unfinished, newest);
+}
+
+bool isBackupDue(const std::string& databaseFile, std::chrono::seconds maximumAge) {
+    std::error_code error;
+    const auto made = std::filesystem::last_write_time(Backup::nameOf(databaseFile, 1), error);
+    const auto age = std::filesystem::file_time_type::clock::now() - made;
+    return error || age > maximumAge || age < std::chrono::seconds(0);
+}
+
+}  // namespace SettingsHost

@@ -1,0 +1,109 @@
+#include "storage/Recovery.h"
+
+#include <filesystem>
+
+#include "logging/HostLog.h"
+#include "storage/Backup.h"
+#include "storage/Files.h"
+
+namespace SettingsHost {
+
+namespace {
+
+/// What SQLite puts beside a database, with its changes in it.
+constexpr const char* companions[] = {"-wal", "-journal"};
+
+std::string nameOf(const std::string& path) {
+    return std::filesystem::path(path).filename().string();
+}
+
+bool exists(const std::string& path) {
+    std::error_code unused;
+    return std::filesystem::exists(std::filesystem::symlink_status(path, unused));
+}
+
+bool isFree(const std::string& file) {
+    for (const auto* companion : companions) {
+        if (exists(file + companion)) {
+            return false;
+        }
+    }
+    return !exists(file);
+}
+
+/// The database and what is beside it, under the first free name.
+/// Returns: that name, without the folder; empty when there was nothing to keep.
+std::string setAside(const std::string& file) {
+    std::string newFile = file + ".damaged";
+    for (int number = 2; !isFree(newFile); ++number) {
+        newFile = file + ".damaged." + std::to_string(number);
+    }
+    bool found = false;
+    for (const std::string ending : {"", companions[0], companions[1]}) {
+        if (exists(file + ending)) {
+            moveFile(file + ending, newFile + ending);
+            found = true;
+        }
+    }
+    return found ? nameOf(newFile) : "";
+}
+
+/// Puts a copy of a backup at the place of the database, once the copy has proved to be in order.
+bool restore(const std::string& backup, const std::string& file) {
+    const std::string copy = file + ".restoring";
+    try {
+        for (const auto* companion : companions) {
+            // Of an attempt that a loss of power cut short.
+            removeFile(copy + companion);
+        }
+        copyFile(backup, copy);
+        Database{copy};
+        moveFile(copy, file);
+        return true;
+    } catch (const DatabaseError& error) {
+        logHost(VessaLogger::ERROR, "the backup " + nameOf(backup) + " cannot be used: " + error.what());
+        removeFile(copy);
+        return false;
+    }
+}
+
+Recovery::Source restoreNewest(const std::string& file) {
+    for (int generation = 1; generation <= Backup::generations; ++generation) {
+        const std::string backup = Backup::nameOf(file, generation);
+        if (holdsData(backup) && restore(backup, file)) {
+            logHost(VessaLogger::ERROR,
+                    "the database was restored from " + nameOf(backup) + "; changes made since that backup are lost");
+            return Recovery::Source::BACKUP;
+        }
+    }
+    logHost(VessaLogger::ERROR, "there is no backup to restore the database from; all settings have their defaults");
+    return Recovery::Source::DEFAULTS;
+}
+
+/// A database that was never there leaves nothing behind.
+bool leftTraces(const std::string& file) {
+    return holdsData(Backup::nameOf(file, 1)) || holdsData(Backup::nameOf(file, 2)) || holdsData(file + "-wal");
+}
+
+}  // namespace
+
+Database openOrRecover(const std::string& path, Recovery& recovery) {
+    const std::string file = std::filesystem::absolute(path).string();
+    if (holdsData(file) || !leftTraces(file)) {
+        try {
+            return Database(file);
+        } catch (const DamagedDatabase& damage) {
+            logHost(VessaLogger::ERROR, damage.what());
+        }
+    } else {
+        logHost(VessaLogger::ERROR, file + " is missing or empty, but there was one");
+    }
+    recovery.setAside = setAside(file);
+    if (!recovery.setAside.empty()) {
+        logHost(VessaLogger::ERROR, "what was found was kept as " + recovery.setAside);
+    }
+    recovery.source = restoreNewest(file);
+    return Database(file);
+}
+
+}  // namespace SettingsHost
