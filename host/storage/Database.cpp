@@ -1,5 +1,6 @@
 #include "storage/Database.h"
 
+#include <cstdlib>
 #include <filesystem>
 
 #include <sqlite3.h>
@@ -36,6 +37,17 @@ std::string uriOf(const std::string& path) {
         }
     }
     return uri;
+}
+
+/// The check reports a page that the disk does not give like one with nonsense in it. The disk may give it the next
+/// time.
+bool isReadError(const std::string& verdict) {
+    const std::string codeName = "error code=";
+    const auto place = verdict.find(codeName);
+    if (place != std::string::npos) {
+        return (std::atoi(verdict.c_str() + place + codeName.size()) & 0xff) == SQLITE_IOERR;
+    }
+    return verdict.find("failed to get page") != std::string::npos;
 }
 
 /// Closing a database usually moves its write-ahead log into it. A file that is about to be refused stays as it is.
@@ -111,14 +123,17 @@ void Database::check() {
     Statement quickCheck(*this, "PRAGMA quick_check(1)");
     quickCheck.step();
     const std::string verdict = quickCheck.column(0);
+    if (isReadError(verdict)) {
+        throw DatabaseError(path + " cannot be read (" + verdict + ")");
+    }
     if (verdict != "ok") {
         throw DamagedDatabase(path + " is damaged (" + verdict + ")");
     }
 }
 
 void Database::configure() {
-    // The change to a write-ahead log is itself done with a rollback journal. If its removal were not synced, the journal
-    // could be back after a loss of power and undo the whole database.
+    // The change to a write-ahead log is itself done with a rollback journal. If its removal were not synced, the
+    // journal could be back after a loss of power and undo the whole database.
     execute("PRAGMA synchronous=EXTRA");
     execute("PRAGMA journal_mode=WAL");
     execute("PRAGMA synchronous=FULL");
