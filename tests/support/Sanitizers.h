@@ -12,4 +12,8 @@ constexpr bool sanitizersNeedDescriptors = false;
 constexpr bool sanitizersHoldSignalsBack = false;
 #endif
 
+/// Programs of this build are many times slower and larger than what is shipped: figures of time and memory say nothing
+/// about it.
+constexpr bool sanitized = sanitizersNeedDescriptors || sanitizersHoldSignalsBack;
+
 }  // namespace TestSupport
