@@ -14,4 +14,8 @@ constexpr bool sanitizersHoldSignalsBack = false;
 /// Everything takes several times as long and as much memory as elsewhere.
 constexpr bool isSanitized = sanitizersNeedDescriptors || sanitizersHoldSignalsBack;
 
+/// Programs of this build are many times slower and larger than what is shipped: figures of time and memory say nothing
+/// about it.
+constexpr bool sanitized = sanitizersNeedDescriptors || sanitizersHoldSignalsBack;
+
 }  // namespace TestSupport

@@ -1,0 +1,352 @@
+#include <set>
+#include <thread>
+
+#include "WebHostFixture.h"
+#include "support/ProcessFigures.h"
+#include "support/Sanitizers.h"
+
+namespace SystemTests {
+
+using TestSupport::LineClient;
+
+namespace {
+
+constexpr std::size_t mebibyte = 1024UL * 1024;
+/// A host that is sent an endless frame must not grow by more than this.
+constexpr std::size_t endlessFrameGrowth = 8 * mebibyte;
+
+const std::string unknownType =
+    R"({"error":{"code":"unknown-type","message":"\"type\" must be one of the request types 7, 18, 19, 22, 24"}})";
+const std::string tooDeep = R"({"error":{"code":"too-deep","message":"the frame is nested deeper than 32 levels"}})";
+const std::string notJson = R"({"error":{"code":"not-json","message":"the frame is not JSON"}})";
+const std::string tooLarge = R"({"error":{"code":"too-large","message":"the frame is larger than 64 KiB"}})";
+
+std::string repeated(const std::string& text, std::size_t count) {
+    std::string result;
+    result.reserve(text.size() * count);
+    for (std::size_t number = 0; number < count; ++number) {
+        result += text;
+    }
+    return result;
+}
+
+/// A JSON text of each kind that there is, the kinds of numbers apart.
+struct Value {
+    std::string kind;
+    std::string json;
+};
+const std::vector<Value> values{{"null", "null"},
+                                {"boolean", "true"},
+                                {"boolean", "false"},
+                                {"integer", "0"},
+                                {"integer", "-1"},
+                                {"integer", "5000000000"},
+                                {"fraction", "1.5"},
+                                {"fraction", "7.0"},
+                                {"fraction", "1e3"},
+                                {"huge", "1e300"},
+                                {"huge", "9223372036854775808"},
+                                {"string", R"("")"},
+                                {"string", R"("7")"},
+                                {"string", R"("text")"},
+                                {"array", "[]"},
+                                {"array", R"(["text"])"},
+                                {"array", "[[]]"},
+                                {"object", "{}"},
+                                {"object", R"({"a":1})"}};
+
+/// A frame with a hole where a value goes.
+struct Field {
+    std::string name;
+    std::string before;
+    std::string after;
+    /// Kinds of values that are right here.
+    std::set<std::string> rightKinds;
+    /// What the sender receives for all the others; nothing when empty.
+    std::string answer;
+};
+
+const std::vector<Field> requestFields{
+    {"type of GetSettings", R"({"type":)", R"(,"messageId":"m","payload":{"settings":[]}})", {}, unknownType},
+    {"type of SetSettings",
+     R"({"type":)",
+     R"(,"timestamp":9,"payload":{"settingDBId":"deviceName","to":"x"}})",
+     {},
+     unknownType},
+    {"messageId of GetSettings", R"({"type":7,"messageId":)", R"(,"payload":{"settings":[]}})", {"string"}, ""},
+    {"payload of GetSettings", R"({"type":7,"messageId":"m","payload":)", "}", {}, ""},
+    {"settings", R"({"type":7,"messageId":"m","payload":{"settings":)", "}}", {"array"}, ""},
+    {"element of settings",
+     R"({"type":7,"messageId":"m","payload":{"settings":["timezone",)",
+     "]}}",
+     {"string"},
+     R"({"type":7,"messageId":"m","payload":{"settings":{"timezone":"America/Vancouver"}}})"},
+    {"messageId of IsOrliaSelectedVA", R"({"type":18,"messageId":)", "}", {"string"}, ""},
+    {"payload of IsOrliaSelectedVA",
+     R"({"type":18,"messageId":"m","payload":)",
+     "}",
+     {},
+     R"({"type":18,"messageId":"m","payload":{"isOrliaSelectedAsVA":true}})"},
+    {"messageId of OpenVASettings", R"({"type":19,"messageId":)", "}", {}, ""},
+    {"payload of OpenVASettings", R"({"type":19,"payload":)", "}", {}, ""},
+    {"messageId of LogOut", R"({"type":22,"messageId":)", "}", {}, ""},
+    {"payload of LogOut", R"({"type":22,"payload":)", "}", {}, ""},
+    {"timestamp",
+     R"({"type":24,"timestamp":)",
+     R"(,"payload":{"settingDBId":"deviceName","to":"x"}})",
+     {"integer"},
+     ""},
+    {"payload of SetSettings", R"({"type":24,"timestamp":9,"payload":)", "}", {}, ""},
+    {"settingDBId", R"({"type":24,"timestamp":9,"payload":{"settingDBId":)", R"(,"to":"x"}})", {"string"}, ""},
+    {"to", R"({"type":24,"timestamp":9,"payload":{"settingDBId":"deviceName","to":)", "}}", {"string"}, ""},
+    {"to of a setting that lives elsewhere",
+     R"({"type":24,"timestamp":9,"payload":{"settingDBId":"orliaLocale","to":)",
+     "}}",
+     {"string"},
+     ""}};
+
+const std::string badSwitch = R"({"error":{"code":"bad-argument","message":"\"enabled\" must be true or false"}})";
+const std::string badSetting = R"({"error":{"code":"bad-argument","message":"\"key\" and \"value\" must be strings"}})";
+
+const std::vector<Field> commandFields{
+    {"command",
+     R"({"command":)",
+     R"(,"value":"fr-FR"})",
+     {},
+     R"({"error":{"code":"unknown-command","message":"\"command\" must be one of the device's commands, for example \"show\""}})"},
+    {"locale",
+     R"({"command":"locale","value":)",
+     "}",
+     {"string"},
+     R"({"error":{"code":"bad-argument","message":"\"value\" must be a locale, for example \"fr-FR\""}})"},
+    {"locales",
+     R"({"command":"locales","values":)",
+     "}",
+     {"array"},
+     R"({"error":{"code":"bad-argument","message":"\"values\" must be an array of locales, the primary one first"}})"},
+    {"element of locales",
+     R"({"command":"locales","values":["fr-FR",)",
+     "]}",
+     {"string"},
+     R"({"error":{"code":"bad-argument","message":"\"values\" must be an array of locales, the primary one first"}})"},
+    {"time zone",
+     R"({"command":"timezone","value":)",
+     "}",
+     {"string"},
+     R"({"error":{"code":"bad-argument","message":"\"value\" must be a time zone, for example \"Europe/Paris\""}})"},
+    {"hands-free", R"({"command":"handsfree","enabled":)", "}", {"boolean"}, badSwitch},
+    {"captions", R"({"command":"captions","enabled":)", "}", {"boolean"}, badSwitch},
+    {"do-not-disturb", R"({"command":"doNotDisturb","enabled":)", "}", {"boolean"}, badSwitch},
+    {"trace", R"({"command":"trace","enabled":)", "}", {"boolean"}, badSwitch},
+    {"key of setting", R"({"command":"setting","value":"x","key":)", "}", {"string"}, badSetting},
+    {"value of setting", R"({"command":"setting","key":"deviceName","value":)", "}", {"string"}, badSetting}};
+
+}  // namespace
+
+class HostileInput : public HostWeb {
+protected:
+    /// What the host sends to `sender` because of `frame`: everything up to the answer to a last question.
+    Lines answersTo(LineClient& sender, const std::string& frame, const std::string& question) {
+        sender.sendLine(frame + "\n" + question);
+        Lines answers;
+        for (;;) {
+            const auto line = sender.receiveLine();
+            if (!line) {
+                ADD_FAILURE() << "no answer after " << frame.substr(0, 200);
+                return answers;
+            }
+            if (contains(*line, R"("messageId":"last")") || contains(*line, R"({"device":)")) {
+                return answers;
+            }
+            answers.push_back(*line);
+        }
+    }
+
+    Lines answersTo(const std::string& frame) {
+        return answersTo(client(), frame, R"({"type":18,"messageId":"last"})");
+    }
+
+    /// Plays each field with each value of a kind that is wrong in it.
+    void expectAnswers(const std::vector<Field>& fields, LineClient& sender, const std::string& question) {
+        for (const auto& field : fields) {
+            for (const auto& value : values) {
+                if (field.rightKinds.count(value.kind) == 0) {
+                    const Lines expected = field.answer.empty() ? Lines{} : Lines{field.answer};
+                    EXPECT_EQ(answersTo(sender, field.before + value.json + field.after, question), expected)
+                        << field.name << ": " << value.json;
+                }
+            }
+        }
+    }
+
+    /// Everything that a client and the device can see of the settings.
+    std::string everything() {
+        const auto reply = ask(getRequest("[]"));
+        rapidjson::StringBuffer text;
+        rapidjson::Writer<rapidjson::StringBuffer> writer(text);
+        reply.Accept(writer);
+        std::string shown = device(R"({"command":"show"})");
+        // Requests to open the settings application are no change of a setting.
+        const std::string launched = R"("lastLaunchedApp":"voice-assistant-settings",)";
+        const std::size_t place = shown.find(launched);
+        if (place != std::string::npos) {
+            shown.erase(place, launched.size());
+        }
+        return text.GetString() + shown;
+    }
+};
+
+TEST_F(HostileInput, AValueOfAWrongTypeInAnyFieldOfARequestChangesNothing) {
+    startWeb({"--log-level", "3"});
+    const std::string before = everything();
+    LineClient watcher(socket());
+    watcher.sendLine(R"({"type":18,"messageId":"first"})");
+    ASSERT_TRUE(watcher.receiveLine());
+    expectAnswers(requestFields, client(), R"({"type":18,"messageId":"last"})");
+    EXPECT_EQ(everything(), before);
+    EXPECT_EQ(answersTo(watcher, "", R"({"type":18,"messageId":"last"})"), Lines{}) << "somebody else heard of it";
+    stop();
+    EXPECT_EQ(sql("SELECT count(*) FROM settings"), "0");
+}
+
+TEST_F(HostileInput, AValueOfAWrongTypeInAnyFieldOfACommandChangesNothing) {
+    startWeb({"--log-level", "3"});
+    const std::string before = everything();
+    LineClient person(deviceSocket());
+    expectAnswers(commandFields, person, R"({"command":"show"})");
+    EXPECT_EQ(everything(), before);
+    EXPECT_EQ(answersTo(""), Lines{}) << "a client heard of it";
+    stop();
+    EXPECT_EQ(sql("SELECT count(*) FROM settings"), "0");
+    EXPECT_EQ(sql("SELECT count(*) FROM simulation"), "0");
+}
+
+TEST_F(HostileInput, TheMessageIdOfASetSettingsMayBeAnything) {
+    startWeb({"--log-level", "3"});
+    int number = 0;
+    for (const auto& value : values) {
+        ++number;
+        const auto answers =
+            answersTo(R"({"type":24,"timestamp":9,"messageId":)" + value.json +
+                      R"(,"payload":{"settingDBId":"deviceName","to":"name )" + std::to_string(number) + "\"}}");
+        ASSERT_EQ(answers.size(), 1U) << value.json;
+        EXPECT_EQ(parsed(answers[0])["sequence"].GetInt(), number);
+    }
+}
+
+TEST_F(HostileInput, BytesThatAreNoTextAreRefusedAtEveryPlaceOfAFrame) {
+    startWeb({"--log-level", "3"});
+    const std::string before = everything();
+    const std::string frame = setRequest("deviceName", R"("Living room")");
+    // A NUL, a byte that never occurs, a lone continuation, an overlong form, half of a character, a surrogate.
+    const Lines intruders{std::string(1, '\0'), "\xff", "\x80", "\xc0\xaf", "\xe2\x82", "\xed\xa0\x80"};
+    for (std::size_t place = 0; place <= frame.size(); ++place) {
+        for (const auto& intruder : intruders) {
+            std::string spoiled = frame;
+            spoiled.insert(place, intruder);
+            const auto answers = answersTo(spoiled);
+            ASSERT_EQ(answers.size(), 1U) << place;
+            EXPECT_STREQ(parsed(answers[0])["error"]["code"].GetString(), "not-json") << place;
+        }
+    }
+    EXPECT_EQ(everything(), before);
+}
+
+TEST_F(HostileInput, DepthIsRefusedHoweverDeep) {
+    startWeb({"--log-level", "3"});
+    const std::string before = everything();
+    const auto nested = [](std::size_t depth, const std::string& open, const std::string& close) {
+        return R"({"type":7,"a":)" + repeated(open, depth) + "0" + repeated(close, depth) + "}";
+    };
+    EXPECT_EQ(answersTo(nested(31, "[", "]")), Lines{});
+    for (const std::size_t depth : {32UL, 1000UL, 32000UL}) {
+        EXPECT_EQ(answersTo(nested(depth, "[", "]")), Lines{tooDeep}) << depth;
+    }
+    EXPECT_EQ(answersTo(nested(10000, R"({"a":)", "}")), Lines{tooDeep});
+    EXPECT_EQ(answersTo(repeated("[", 65000)), Lines{notJson});
+    EXPECT_EQ(answersTo(nested(100000, "[", "]")), Lines{tooLarge});
+    // In a value that is parsed again.
+    const std::string text = repeated("[", 30000) + repeated("]", 30000);
+    EXPECT_EQ(answersTo(setRequest("orliaLocale", "\"" + text + "\"")), Lines{});
+    EXPECT_TRUE(
+        contains(device(R"({"command":"setting","key":"orliaLocale","value":")" + text + "\"}"), R"("not-passed-on")"));
+    for (const std::size_t depth : {32UL, 32000UL}) {
+        EXPECT_EQ(device(nested(depth, "[", "]")), tooDeep);
+    }
+    EXPECT_EQ(device(nested(100000, "[", "]")), tooLarge);
+    EXPECT_EQ(everything(), before);
+    stop();
+    EXPECT_EQ(sql("SELECT count(*) FROM settings"), "0");
+}
+
+TEST_F(HostileInput, DepthIsRefusedOverAWebSocketToo) {
+    startWeb({"--log-level", "3"});
+    const auto deep = [](std::size_t depth) { return R"({"a":)" + repeated("[", depth) + repeated("]", depth) + "}"; };
+    for (const auto& [path, protocol] : {std::pair("/settings", "settings.v1"), std::pair("/device", "device.v1")}) {
+        const auto socket = page(path, protocol);
+        socket->sendText(deep(32000));
+        EXPECT_EQ(socket->receiveText(), tooDeep);
+        socket->sendText(deep(100000));
+        EXPECT_EQ(socket->receive().value_or(TestSupport::WebSocket::Message()).closeStatus(), 1009);
+    }
+    EXPECT_EQ(get("deviceName"), "TV");
+}
+
+TEST_F(HostileInput, AnEndlessLineCostsNoMemoryAndOneRefusal) {
+    startWeb({"--log-level", "3"});
+    EXPECT_EQ(get("deviceName"), "TV");
+    const std::size_t mebibytes = TestSupport::sanitized ? 16 : 64;
+    for (const auto& path : {socket(), deviceSocket()}) {
+        LineClient endless(path);
+        endless.sendLine("x");
+        ASSERT_EQ(endless.receiveLine(), notJson);
+        const std::size_t before = TestSupport::residentMemory(host->pid());
+        TestSupport::forgetPeakMemory(host->pid());
+        const std::string piece(mebibyte, 'x');
+        for (std::size_t number = 0; number < mebibytes; ++number) {
+            ASSERT_TRUE(endless.send(piece));
+        }
+        endless.sendLine("\nx");
+        EXPECT_EQ(endless.receiveLine(), tooLarge);
+        EXPECT_EQ(endless.receiveLine(), notJson);
+        if (!TestSupport::sanitized) {
+            EXPECT_LT(TestSupport::peakMemory(host->pid()), before + endlessFrameGrowth);
+        }
+        EXPECT_EQ(get("deviceName"), "TV");
+    }
+}
+
+TEST_F(HostileInput, AnEndlessMessageClosesAWebSocketAndCostsNoMemory) {
+    startWeb({"--log-level", "3"});
+    page()->sendText("x");
+    const std::size_t before = TestSupport::residentMemory(host->pid());
+    const std::size_t descriptors = TestSupport::openDescriptors(host->pid());
+    TestSupport::forgetPeakMemory(host->pid());
+    const std::string piece(mebibyte, 'x');
+    for (const bool inOneFrame : {true, false}) {
+        const auto socket = page();
+        std::thread sender([&] {
+            if (inOneFrame) {
+                socket->sendFrame(1, repeated(piece, TestSupport::sanitized ? 16 : 64), true);
+            } else {
+                socket->sendFrame(1, piece, false);
+                for (int number = 1; number < 64 && socket->sendFrame(0, piece, false); ++number) {
+                }
+            }
+        });
+        EXPECT_EQ(socket->receive().value_or(TestSupport::WebSocket::Message()).closeStatus(), 1009);
+        sender.join();
+    }
+    if (!TestSupport::sanitized) {
+        EXPECT_LT(TestSupport::peakMemory(host->pid()), before + endlessFrameGrowth);
+    }
+    EXPECT_EQ(get("deviceName"), "TV");
+    disconnect();
+    const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
+    while (TestSupport::openDescriptors(host->pid()) > descriptors && std::chrono::steady_clock::now() < until) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    EXPECT_LE(TestSupport::openDescriptors(host->pid()), descriptors);
+}
+
+}  // namespace SystemTests
