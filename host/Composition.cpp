@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <exception>
+#include <filesystem>
 #include <vector>
 
 #include "SettingsHandler/SettingsNames.h"
@@ -75,6 +76,9 @@ Composition::Composition(const Options& options)
     loop.onSignals(stopSignals(), [this] { loop.stop(); });
     hub->perform(Origin::DEVICE, [this] { startHandler(); });
     openDoors(options);
+    if (options.sandbox) {
+        enterSandbox(foldersInUse());
+    }
 }
 
 Composition::~Composition() = default;
@@ -105,6 +109,11 @@ void Composition::setUnusableLocaleAside() {
     }
     logHost(VessaLogger::ERROR,
             "the stored value of '" + key + "' is no array of locales; it is now under '" + newKey + "'");
+}
+
+SandboxFolders Composition::foldersInUse() const {
+    const auto folderOf = [](const std::string& file) { return std::filesystem::path(file).parent_path().string(); };
+    return {{folderOf(database.file())}, {folderOf(settingsDoor->path()), folderOf(deviceDoor->path())}};
 }
 
 DoorEvents Composition::settingsEvents() {

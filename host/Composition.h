@@ -13,6 +13,7 @@
 #include "device/SimulatedAppLaunch.h"
 #include "device/SimulatedDevice.h"
 #include "metrics/HostMetrics.h"
+#include "sandbox/Sandbox.h"
 #include "sdk/SimulatedSdkBridge.h"
 #include "storage/Database.h"
 #include "storage/Recovery.h"
@@ -30,8 +31,8 @@ namespace SettingsHost {
 /// it.
 class Composition {
 public:
-    /// Opens the database, makes and starts the handler, then opens the doors. Takes SIGINT and SIGTERM over, and
-    /// SIGHUP unless it is ignored. Errors: `DatabaseError`, `DoorError`.
+    /// Opens the database, makes and starts the handler, then opens the doors and enters the sandbox. Takes SIGINT and
+    /// SIGTERM over, and SIGHUP unless it is ignored. Errors: `DatabaseError`, `DoorError`.
     explicit Composition(const Options& options);
     ~Composition();
 
@@ -48,6 +49,7 @@ private:
     void setUnusableLocaleAside();
     void openDoors(const Options& options);
     void openWebDoor(const Options& options);
+    SandboxFolders foldersInUse() const;
     DoorEvents settingsEvents();
     DoorEvents deviceEvents();
     std::string pageAddress() const;

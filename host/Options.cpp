@@ -108,6 +108,8 @@ Options parseOptions(int argumentCount, const char* const* arguments) {
     const std::map<std::string, LogFormat> formats{{"text", LogFormat::TEXT}, {"json", LogFormat::JSON}};
     std::string format = "text";
     app.add_option("--log-format", format, "How lines on standard error look")->check(CLI::IsMember({"text", "json"}));
+    bool noSandbox = false;
+    app.add_flag("--no-sandbox", noSandbox, "Keep every right of the user, for debuggers and the like");
     app.set_version_flag("--version", "settings-host " SETTINGS_HANDLER_VERSION);
     try {
         app.parse(argumentCount, arguments);
@@ -122,6 +124,7 @@ Options parseOptions(int argumentCount, const char* const* arguments) {
         throw CommandLineEnd(2, "--storage is required: neither XDG_STATE_HOME nor HOME names a folder\n");
     }
     options.logFormat = formats.at(format);
+    options.sandbox = !noSandbox;
     if (!noWeb) {
         options.listen = parseWebAddress(listen);
     }
