@@ -120,14 +120,16 @@ DoorEvents Composition::settingsEvents() {
     return {[this](const auto& client) { hub->addClient(client); },
             [this](const auto& client, Departure departure) { hub->removeClient(client, departure); },
             [this](const auto& client, const auto& frame) { hub->receive(client, frame); },
-            [this](const auto& client) { hub->refuseTooLarge(*client); }};
+            [this](const auto& client) { hub->refuseTooLarge(*client); },
+            [this](Origin origin) { traffic->clientTurnedAway(origin); }};
 }
 
 DoorEvents Composition::deviceEvents() {
     return {[this](const auto& client) { console->arrived(client); },
             [this](const auto& client, Departure departure) { console->left(client, departure); },
             [this](const auto& client, const auto& frame) { console->receive(client, frame); },
-            [this](const auto& client) { console->refuseTooLarge(client); }};
+            [this](const auto& client) { console->refuseTooLarge(client); },
+            [this](Origin origin) { traffic->clientTurnedAway(origin); }};
 }
 
 void Composition::openDoors(const Options& options) {

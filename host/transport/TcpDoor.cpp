@@ -5,13 +5,11 @@
 #include <utility>
 
 #include <arpa/inet.h>
-#include <fcntl.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include "transport/DoorError.h"
-#include "transport/UvHandle.h"
 
 namespace SettingsHost {
 
@@ -52,30 +50,11 @@ std::uint16_t portOf(int descriptor) {
     return ntohs(reinterpret_cast<sockaddr_in*>(&endpoint.storage)->sin_port);
 }
 
-int openSpare() {
-    return ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-}
-
 }  // namespace
-
-/// Reports that connections wait.
-class TcpDoor::Watch : public UvHandle<uv_poll_t, Watch> {
-public:
-    explicit Watch(TcpDoor& owningDoor) : door(&owningDoor) {}
-
-    void start(uv_loop_t* loop, int listening, const std::shared_ptr<Watch>& self) {
-        uv_poll_init(loop, get(), listening);
-        opened(self);
-        uv_poll_start(get(), UV_READABLE, [](uv_poll_t* poll, int, int) { ownerOf(poll).door->accept(); });
-    }
-
-private:
-    TcpDoor* door;
-};
 
 TcpDoor::TcpDoor(const std::string& address, std::uint16_t port) {
     Endpoint endpoint = endpointOf(address, port);
-    descriptor = ::socket(endpoint.storage.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    const int descriptor = ::socket(endpoint.storage.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
     const int on = 1;
     // Lets a host that starts again have the port of the one before; never that of one which still listens.
     const bool listens = descriptor >= 0 && ::setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on)) == 0 &&
@@ -83,50 +62,21 @@ TcpDoor::TcpDoor(const std::string& address, std::uint16_t port) {
                          ::listen(descriptor, connectionsThatMayWait) == 0;
     if (!listens) {
         const std::string reason = std::strerror(errno);
-        close();
+        if (descriptor >= 0) {
+            ::close(descriptor);
+        }
         throw DoorError("cannot listen at " + address + " port " + std::to_string(port) + ": " + reason);
     }
+    acceptor.emplace(descriptor);
     boundPort = portOf(descriptor);
-    spare = openSpare();
 }
 
-TcpDoor::~TcpDoor() {
-    close();
-}
-
-void TcpDoor::start(EventLoop& loop, Taker taker) {
-    take = std::move(taker);
-    watch = std::make_shared<Watch>(*this);
-    watch->start(loop.handle(), descriptor, watch);
-}
-
-void TcpDoor::accept() {
-    const int accepted = ::accept4(descriptor, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
-    if (accepted >= 0) {
-        take(accepted);
-    } else if (errno == EMFILE || errno == ENFILE) {
-        turnAway();
-    }
-}
-
-void TcpDoor::turnAway() {
-    ::close(spare);
-    const int accepted = ::accept4(descriptor, nullptr, nullptr, SOCK_CLOEXEC);
-    if (accepted >= 0) {
-        ::close(accepted);
-    }
-    spare = openSpare();
+void TcpDoor::start(EventLoop& loop, Acceptor::Taker taker, Acceptor::Refuser refuser) {
+    acceptor->start(loop, std::move(taker), std::move(refuser));
 }
 
 void TcpDoor::close() {
-    if (watch) {
-        watch->closeHandle();
-    }
-    for (int* const open : {&descriptor, &spare}) {
-        if (*open >= 0) {
-            ::close(std::exchange(*open, -1));
-        }
-    }
+    acceptor->close();
 }
 
 }  // namespace SettingsHost

@@ -1,11 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
-#include <memory>
+#include <optional>
 #include <string>
 
-#include "transport/EventLoop.h"
+#include "transport/Acceptor.h"
 
 namespace SettingsHost {
 
@@ -13,34 +12,19 @@ namespace SettingsHost {
 /// more after `close`.
 class TcpDoor {
 public:
-    /// Takes a connected, non-blocking descriptor over.
-    using Taker = std::function<void(int descriptor)>;
-
     /// Listens at `address`, numeric, version 4 or 6; port 0 means any free one. Connections wait until `start`.
     /// Errors: `DoorError`.
     TcpDoor(const std::string& address, std::uint16_t port);
-    ~TcpDoor();
-
-    TcpDoor(const TcpDoor&) = delete;
-    TcpDoor& operator=(const TcpDoor&) = delete;
 
     std::uint16_t port() const { return boundPort; }
 
-    /// Hands connections to `taker` from now on. At the limit of descriptors, connections are closed as they arrive.
-    void start(EventLoop& loop, Taker taker);
+    /// Hands connections to `taker` from now on, and those that there is no descriptor for to `refuser`.
+    void start(EventLoop& loop, Acceptor::Taker taker, Acceptor::Refuser refuser);
     void close();
 
 private:
-    class Watch;
-    void accept();
-    void turnAway();
-
-    int descriptor = -1;
-    /// Given up for a moment to turn a connection away when there is no other descriptor left.
-    int spare = -1;
     std::uint16_t boundPort = 0;
-    Taker take;
-    std::shared_ptr<Watch> watch;
+    std::optional<Acceptor> acceptor;
 };
 
 }  // namespace SettingsHost
