@@ -14,6 +14,7 @@
 #include "device/SimulatedDevice.h"
 #include "metrics/HostMetrics.h"
 #include "sdk/SimulatedSdkBridge.h"
+#include "service/PassedSockets.h"
 #include "storage/Database.h"
 #include "storage/Recovery.h"
 #include "storage/SqliteStorage.h"
@@ -32,7 +33,8 @@ class Composition {
 public:
     /// Opens the database, makes and starts the handler, then opens the doors. Takes SIGINT and SIGTERM over, and
     /// SIGHUP unless it is ignored. Errors: `DatabaseError`, `DoorError`.
-    explicit Composition(const Options& options);
+    /// Doors use `sockets` instead of what the options say: `settings`, `device` and `web`.
+    Composition(const Options& options, PassedSockets sockets);
     ~Composition();
 
     Composition(const Composition&) = delete;
@@ -46,11 +48,12 @@ public:
 private:
     void startHandler();
     void setUnusableLocaleAside();
-    void openDoors(const Options& options);
+    void openDoors(const Options& options, PassedSockets& sockets);
     void openWebDoor(const Options& options);
     DoorEvents settingsEvents();
     DoorEvents deviceEvents();
     std::string pageAddress() const;
+    std::string status() const;
 
     // Members go in reverse order: doors before the handler, the handler before its storage.
     EventLoop loop;

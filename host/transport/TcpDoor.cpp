@@ -1,16 +1,19 @@
 #include "transport/TcpDoor.h"
 
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <utility>
 
 #include <arpa/inet.h>
 #include <fcntl.h>
+#include <netdb.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include "transport/DoorError.h"
+#include "transport/PassedSocket.h"
 #include "transport/UvHandle.h"
 
 namespace SettingsHost {
@@ -44,16 +47,8 @@ Endpoint endpointOf(const std::string& address, std::uint16_t port) {
     return endpoint;
 }
 
-std::uint16_t portOf(int descriptor) {
-    Endpoint endpoint;
-    endpoint.size = sizeof(endpoint.storage);
-    ::getsockname(descriptor, endpoint.generic(), &endpoint.size);
-    // The port stands at the same place in both versions.
-    return ntohs(reinterpret_cast<sockaddr_in*>(&endpoint.storage)->sin_port);
-}
-
-int openSpare() {
-    return ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+Descriptor openSpare() {
+    return Descriptor(::open("/dev/null", O_RDONLY | O_CLOEXEC));
 }
 
 }  // namespace
@@ -73,35 +68,52 @@ private:
     TcpDoor* door;
 };
 
-TcpDoor::TcpDoor(const std::string& address, std::uint16_t port) {
+TcpDoor::TcpDoor(const std::string& address, std::uint16_t port) : spare(openSpare()) {
     Endpoint endpoint = endpointOf(address, port);
-    descriptor = ::socket(endpoint.storage.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    descriptor = Descriptor(::socket(endpoint.storage.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
     const int on = 1;
     // Lets a host that starts again have the port of the one before; never that of one which still listens.
-    const bool listens = descriptor >= 0 && ::setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on)) == 0 &&
-                         ::bind(descriptor, endpoint.generic(), endpoint.size) == 0 &&
-                         ::listen(descriptor, connectionsThatMayWait) == 0;
+    const bool listens = descriptor.get() >= 0 &&
+                         ::setsockopt(descriptor.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on)) == 0 &&
+                         ::bind(descriptor.get(), endpoint.generic(), endpoint.size) == 0 &&
+                         ::listen(descriptor.get(), connectionsThatMayWait) == 0;
     if (!listens) {
-        const std::string reason = std::strerror(errno);
-        close();
-        throw DoorError("cannot listen at " + address + " port " + std::to_string(port) + ": " + reason);
+        throw DoorError("cannot listen at " + address + " port " + std::to_string(port) + ": " + std::strerror(errno));
     }
-    boundPort = portOf(descriptor);
-    spare = openSpare();
+    readAddress();
+}
+
+TcpDoor::TcpDoor(Descriptor listening) : descriptor(std::move(listening)), spare(openSpare()) {
+    checkPassedLoopbackSocket(descriptor.get());
+    readAddress();
 }
 
 TcpDoor::~TcpDoor() {
     close();
 }
 
+void TcpDoor::readAddress() {
+    Endpoint endpoint;
+    endpoint.size = sizeof(endpoint.storage);
+    ::getsockname(descriptor.get(), endpoint.generic(), &endpoint.size);
+    std::array<char, NI_MAXHOST> host{};
+    std::array<char, NI_MAXSERV> service{};
+    if (::getnameinfo(endpoint.generic(), endpoint.size, host.data(), host.size(), service.data(), service.size(),
+                      NI_NUMERICHOST | NI_NUMERICSERV) != 0) {
+        throw DoorError("cannot read the address of a listening socket");
+    }
+    boundAddress = host.data();
+    boundPort = static_cast<std::uint16_t>(std::stoul(service.data()));
+}
+
 void TcpDoor::start(EventLoop& loop, Taker taker) {
     take = std::move(taker);
     watch = std::make_shared<Watch>(*this);
-    watch->start(loop.handle(), descriptor, watch);
+    watch->start(loop.handle(), descriptor.get(), watch);
 }
 
 void TcpDoor::accept() {
-    const int accepted = ::accept4(descriptor, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
+    const int accepted = ::accept4(descriptor.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
     if (accepted >= 0) {
         take(accepted);
     } else if (errno == EMFILE || errno == ENFILE) {
@@ -110,11 +122,8 @@ void TcpDoor::accept() {
 }
 
 void TcpDoor::turnAway() {
-    ::close(spare);
-    const int accepted = ::accept4(descriptor, nullptr, nullptr, SOCK_CLOEXEC);
-    if (accepted >= 0) {
-        ::close(accepted);
-    }
+    spare = Descriptor();
+    Descriptor(::accept4(descriptor.get(), nullptr, nullptr, SOCK_CLOEXEC));
     spare = openSpare();
 }
 
@@ -122,11 +131,8 @@ void TcpDoor::close() {
     if (watch) {
         watch->closeHandle();
     }
-    for (int* const open : {&descriptor, &spare}) {
-        if (*open >= 0) {
-            ::close(std::exchange(*open, -1));
-        }
-    }
+    descriptor = Descriptor();
+    spare = Descriptor();
 }
 
 }  // namespace SettingsHost

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "transport/Descriptor.h"
 #include "transport/EventLoop.h"
 
 namespace SettingsHost {
@@ -19,11 +20,15 @@ public:
     /// Listens at `address`, numeric, version 4 or 6; port 0 means any free one. Connections wait until `start`.
     /// Errors: `DoorError`.
     TcpDoor(const std::string& address, std::uint16_t port);
+    /// Takes over a socket that somebody else made and that listens at a loopback address. Errors: `DoorError`.
+    explicit TcpDoor(Descriptor listening);
     ~TcpDoor();
 
     TcpDoor(const TcpDoor&) = delete;
     TcpDoor& operator=(const TcpDoor&) = delete;
 
+    /// Numeric.
+    const std::string& address() const { return boundAddress; }
     std::uint16_t port() const { return boundPort; }
 
     /// Hands connections to `taker` from now on. At the limit of descriptors, connections are closed as they arrive.
@@ -32,12 +37,14 @@ public:
 
 private:
     class Watch;
+    void readAddress();
     void accept();
     void turnAway();
 
-    int descriptor = -1;
+    Descriptor descriptor;
     /// Given up for a moment to turn a connection away when there is no other descriptor left.
-    int spare = -1;
+    Descriptor spare;
+    std::string boundAddress;
     std::uint16_t boundPort = 0;
     Taker take;
     std::shared_ptr<Watch> watch;

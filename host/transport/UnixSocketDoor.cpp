@@ -54,9 +54,12 @@ private:
     UnixSocketDoor* door;
 };
 
-UnixSocketDoor::UnixSocketDoor(EventLoop& eventLoop, const std::string& path, Origin originOfClients,
-                               DoorEvents doorEvents)
-    : loop(eventLoop), origin(originOfClients), events(std::move(doorEvents)), file(path), readBuffer(readSize) {
+UnixSocketDoor::UnixSocketDoor(EventLoop& eventLoop, SocketPlace place, Origin originOfClients, DoorEvents doorEvents)
+    : loop(eventLoop),
+      origin(originOfClients),
+      events(std::move(doorEvents)),
+      file(std::move(place)),
+      readBuffer(readSize) {
     turns = std::make_shared<Turns>(*this);
     uv_idle_init(loop.handle(), turns->get());
     turns->opened(turns);

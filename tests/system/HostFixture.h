@@ -40,7 +40,7 @@ protected:
                         socket(),      "--device-socket", deviceSocket()};
         arguments.insert(arguments.end(), webArguments.begin(), webArguments.end());
         arguments.insert(arguments.end(), moreArguments.begin(), moreArguments.end());
-        return std::make_unique<TestSupport::ChildProcess>(arguments);
+        return std::make_unique<TestSupport::ChildProcess>(arguments, environment, sockets);
     }
 
     /// Stops the host as a person would and collects its log.
@@ -135,6 +135,9 @@ protected:
     }
 
     Lines webArguments{"--no-web"};
+    std::map<std::string, std::string> environment;
+    /// What a service manager would pass to the host.
+    std::vector<int> sockets;
     TestSupport::TemporaryDirectory folder;
     std::unique_ptr<TestSupport::ChildProcess> host;
     std::unique_ptr<TestSupport::LineClient> ownClient;
