@@ -1,5 +1,7 @@
 #include <csignal>
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 
 #include "HostFixture.h"
 #include "support/ListeningSocket.h"
@@ -45,6 +47,18 @@ protected:
         EXPECT_EQ(failing->output().readAll(), "");
         EXPECT_EQ(failing->wait(), 1);
         EXPECT_FALSE(std::filesystem::exists(database())) << "it left everything alone";
+    }
+
+    /// What a unit says; one line for each time the name is there.
+    static Lines unitLines(const std::string& unit, const std::string& name) {
+        std::ifstream file(std::string(SYSTEMD_UNITS) + "/" + unit);
+        Lines found;
+        for (std::string line; std::getline(file, line);) {
+            if (line.rfind(name + "=", 0) == 0) {
+                found.push_back(line.substr(name.size() + 1));
+            }
+        }
+        return found;
     }
 
     NotificationSocket notifications;
@@ -162,6 +176,29 @@ TEST_F(HostService, RefusesSocketsThatFitNoDoor) {
     const auto everywhere = TestSupport::listeningTcpSocket("0.0.0.0");
     sockets[2] = everywhere.get();
     expectCannotStart("the passed socket does not listen at a loopback address");
+}
+
+TEST_F(HostService, StartsAsTheUnitsSay) {
+    const Lines units{"settings-host.socket", "settings-host-device.socket", "settings-host-web.socket"};
+    std::string names;
+    for (const auto& unit : units) {
+        EXPECT_EQ(unitLines(unit, "Service"), Lines{"settings-host.service"});
+        names += (names.empty() ? "" : ":") + unitLines(unit, "FileDescriptorName").at(0);
+    }
+    pass(names);
+    std::istringstream command(unitLines("settings-host.service", "ExecStart").at(0));
+    Lines arguments;
+    for (std::string word; command >> word;) {
+        const std::string state = "/var/lib/settings-host/";
+        arguments.push_back(word.rfind(state, 0) == 0 ? folder / ("state/" + word.substr(state.size())) : word);
+    }
+    EXPECT_EQ(arguments.at(0), "/usr/bin/settings-host");
+    arguments[0] = SETTINGS_HOST;
+    host = std::make_unique<TestSupport::ChildProcess>(arguments, environment, sockets);
+    EXPECT_EQ(next(), "STATUS=Opening the database");
+    EXPECT_EQ(next(), "READY=1\nSTATUS=Serving at " + (folder / "passed/s") +
+                          " and 127.0.0.1:" + std::to_string(made[2].port()));
+    EXPECT_TRUE(std::filesystem::exists(database()));
 }
 
 }  // namespace SystemTests
