@@ -12,7 +12,7 @@ namespace SettingsHost {
 /// When a backup of the database is due, and how much of a turn of the event loop it may take.
 struct BackupRhythm {
     /// Soon after the start, since many a device is on for an hour a day; not at once, since people wait for it then.
-    std::chrono::milliseconds firstLook = std::chrono::seconds(20);
+    std::chrono::milliseconds firstLook = std::chrono::seconds(5);
     std::chrono::milliseconds look = std::chrono::hours(1);
     std::chrono::seconds maximumAge = std::chrono::hours(24);
     /// 64 KiB with pages of the usual size.

@@ -11,8 +11,6 @@ constexpr bool sanitizersHoldSignalsBack = __has_feature(thread_sanitizer);
 constexpr bool sanitizersNeedDescriptors = false;
 constexpr bool sanitizersHoldSignalsBack = false;
 #endif
-/// Everything takes several times as long and as much memory as elsewhere.
-constexpr bool isSanitized = sanitizersNeedDescriptors || sanitizersHoldSignalsBack;
 
 /// Programs of this build are many times slower and larger than what is shipped: figures of time and memory say nothing
 /// about it.

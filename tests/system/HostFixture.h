@@ -36,8 +36,12 @@ protected:
     }
 
     std::unique_ptr<TestSupport::ChildProcess> launch(const Lines& moreArguments = {}) {
-        Lines arguments{SETTINGS_HOST, "--storage",       database(),    "--socket",
-                        socket(),      "--device-socket", deviceSocket()};
+        Lines arguments = programPrefix;
+        for (const auto& argument :
+             {std::string(SETTINGS_HOST), std::string("--storage"), database(), std::string("--socket"), socket(),
+              std::string("--device-socket"), deviceSocket()}) {
+            arguments.push_back(argument);
+        }
         arguments.insert(arguments.end(), webArguments.begin(), webArguments.end());
         arguments.insert(arguments.end(), moreArguments.begin(), moreArguments.end());
         return std::make_unique<TestSupport::ChildProcess>(arguments, environment, sockets);
@@ -134,6 +138,8 @@ protected:
         return text.find(part) != std::string::npos;
     }
 
+    /// What starts the host, when it is not the test itself.
+    Lines programPrefix;
     Lines webArguments{"--no-web"};
     std::map<std::string, std::string> environment;
     /// What a service manager would pass to the host.

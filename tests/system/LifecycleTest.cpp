@@ -101,13 +101,6 @@ TEST_F(HostLifecycle, SaysWhatIsWrongWithItsArguments) {
     expectCannotStart("longer than 107 bytes", 1, {"--socket", folder / (std::string(120, 'x') + "/s.sock")});
 }
 
-TEST_F(HostLifecycle, RefusesADatabaseThatIsNoneAndLeavesIt) {
-    std::filesystem::create_directory(folder / "state");
-    std::ofstream(database()) << std::string(10000, 'x');
-    expectCannotStart("damaged or no database");
-    EXPECT_EQ(std::filesystem::file_size(database()), 10000U);
-}
-
 TEST_F(HostLifecycle, FilesArePrivate) {
     start();
     const auto modeOf = [](const std::string& path) {

@@ -1,0 +1,123 @@
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include "WebHostFixture.h"
+#include "support/Sanitizers.h"
+
+namespace SystemTests {
+
+/// What a host finds when it starts: databases in all kinds of bad states.
+class HostDamagedStorage : public HostWeb {
+protected:
+    /// A database that holds `name`, closed in order.
+    void storeName(const std::string& name) {
+        startWeb();
+        ask(setRequest("deviceName", "\"" + name + "\"") + "\n" + getRequest("[]"));
+        disconnect();
+        stop();
+    }
+
+    void damage(const std::string& path) { std::ofstream(path) << std::string(10000, 'x'); }
+
+    std::string backup() { return database() + ".backup.1"; }
+
+    std::string health() {
+        const std::string body = TestSupport::httpGet(port, "/healthz").body;
+        // The time since the start differs.
+        const auto uptime = body.find("\"uptimeSeconds\"");
+        return body.substr(0, body.find(',') + 1) + body.substr(body.find(',', uptime) + 1);
+    }
+
+    void expectCannotStart(const std::string& message) {
+        const auto failing = launch();
+        const std::string output = failing->output().readAll();
+        const std::string errors = failing->errors().readAll();
+        EXPECT_EQ(failing->wait(), 1) << errors;
+        EXPECT_EQ(output, "");
+        EXPECT_TRUE(contains(errors, message)) << errors;
+    }
+
+    /// Runs SQL as somebody else would, without the settings of the host.
+    void change(const std::string& statements) { sql(statements); }
+};
+
+TEST_F(HostDamagedStorage, StartsOnDefaultsAndSaysSo) {
+    storeName("Den");
+    damage(database());
+    startWeb();
+    EXPECT_EQ(get("deviceName"), "TV");
+    EXPECT_EQ(health(),
+              R"({"status":"recovered","storage":{"writable":true,"keys":0,"failures":0,"recoveredFrom":"defaults",)"
+              R"("setAside":"settings.db.damaged"}})");
+    ask(setRequest("deviceName", "\"Kitchen\"") + "\n" + getRequest("[]"));
+    disconnect();
+    const std::string log = stop();
+    EXPECT_TRUE(contains(log, "is damaged or no database")) << log;
+    EXPECT_TRUE(contains(log, "what was found was kept as settings.db.damaged")) << log;
+    EXPECT_TRUE(contains(log, "all settings have their defaults")) << log;
+    EXPECT_EQ(std::filesystem::file_size(database() + ".damaged"), 10000U);
+    startWeb();
+    EXPECT_EQ(get("deviceName"), "Kitchen");
+    EXPECT_EQ(health(), R"({"status":"ok","storage":{"writable":true,"keys":1,"failures":0}})");
+}
+
+TEST_F(HostDamagedStorage, IsRestoredFromTheBackupThatTheHostMade) {
+    if (TestSupport::sanitized) {
+        GTEST_SKIP() << "waits for seconds; other builds do";
+    }
+    startWeb();
+    ask(setRequest("deviceName", "\"Den\"") + "\n" + getRequest("[]"));
+    const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
+    while (!std::filesystem::exists(backup()) && std::chrono::steady_clock::now() < until) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    kill();
+    disconnect();
+    damage(database());
+    // Without this the log alone would heal the file.
+    std::filesystem::remove(database() + "-wal");
+    startWeb();
+    EXPECT_EQ(get("deviceName"), "Den");
+    EXPECT_EQ(health(),
+              R"({"status":"recovered","storage":{"writable":true,"keys":1,"failures":0,"recoveredFrom":"backup",)"
+              R"("setAside":"settings.db.damaged"}})");
+}
+
+TEST_F(HostDamagedStorage, DoesNotTouchTheDatabaseOfAnotherProgram) {
+    std::filesystem::create_directory(folder / "state");
+    change("CREATE TABLE theirs (x); INSERT INTO theirs VALUES (1)");
+    expectCannotStart("belongs to another program; it was left as it is");
+    EXPECT_EQ(sql("SELECT x FROM theirs"), "1");
+    EXPECT_FALSE(std::filesystem::exists(database() + ".damaged"));
+}
+
+TEST_F(HostDamagedStorage, DoesNotTouchTheDatabaseOfANewerVersion) {
+    storeName("Den");
+    change("PRAGMA user_version=99");
+    expectCannotStart("was written by a newer version; it was left as it is");
+    EXPECT_EQ(sql("SELECT value FROM settings WHERE key='deviceName'"), "Den");
+    change("PRAGMA user_version=1");
+    startWeb();
+    EXPECT_EQ(get("deviceName"), "Den");
+}
+
+TEST_F(HostDamagedStorage, WaitsForAnotherProcessASecondAndNoLonger) {
+    storeName("Den");
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(database().c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other, "PRAGMA locking_mode=EXCLUSIVE; BEGIN EXCLUSIVE", nullptr, nullptr, nullptr),
+              SQLITE_OK);
+    expectCannotStart("is in use by another process");
+    std::thread release([other] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        sqlite3_close(other);
+    });
+    sqlite3_exec(other, "ROLLBACK", nullptr, nullptr, nullptr);
+    startWeb();
+    release.join();
+    EXPECT_EQ(get("deviceName"), "Den");
+}
+
+}  // namespace SystemTests

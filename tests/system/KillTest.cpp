@@ -1,0 +1,120 @@
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <random>
+#include <thread>
+
+#include "HostFixture.h"
+#include "support/Sanitizers.h"
+
+namespace SystemTests {
+
+namespace {
+
+/// SETTINGS_TEST_KILLS makes it more, as scripts/kill-rounds does.
+unsigned rounds() {
+    const char* const wanted = std::getenv("SETTINGS_TEST_KILLS");
+    return wanted != nullptr ? static_cast<unsigned>(std::atoi(wanted)) : TestSupport::sanitized ? 6 : 50;
+}
+
+/// Somebody who counts a setting up as fast as the host takes it, and remembers the newest value that was announced.
+class Counter {
+public:
+    Counter(const std::string& socket, std::string settingKey, long firstNumber)
+        : key(std::move(settingKey)), connection(socket), sent(firstNumber) {
+        writer = std::thread([this] { write(); });
+        reader = std::thread([this] { read(); });
+    }
+
+    /// Until the host is gone and everything that it said was read.
+    void finish() {
+        writer.join();
+        reader.join();
+    }
+
+    /// Until something was announced.
+    void awaitFirst() {
+        const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
+        while (announced < 0 && std::chrono::steady_clock::now() < until) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    }
+
+    std::string key;
+    std::atomic<long> announced{-1};
+
+private:
+    void write() {
+        for (;;) {
+            ++sent;
+            const std::string number = std::to_string(sent);
+            if (!connection.sendLine(R"({"type":24,"messageId":"k","timestamp":)" + number +
+                                     R"(,"payload":{"settingDBId":")" + key + R"(","to":")" + number + "\"}}")) {
+                return;
+            }
+        }
+    }
+
+    void read() {
+        while (const auto line = connection.receiveLine()) {
+            const auto frame = parsed(*line);
+            if (frame.HasMember("payload") && frame["payload"]["settingDBId"].GetString() == key) {
+                announced = std::atol(frame["payload"]["to"].GetString());
+            }
+        }
+    }
+
+    TestSupport::LineClient connection;
+    long sent;
+    std::thread writer;
+    std::thread reader;
+};
+
+}  // namespace
+
+class HostKill : public HostTest {};
+
+TEST_F(HostKill, NoValueWhoseEventWasSeenIsLost) {
+    const std::vector<std::string> keys{"deviceName", "companionDevice", "captionsFontSize"};
+    const unsigned seed = std::random_device()();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    long announced = 0;
+    for (unsigned round = 0; round < rounds(); ++round) {
+        SCOPED_TRACE("round " + std::to_string(round));
+        start({"--log-level", "3"});
+        ASSERT_FALSE(HasFatalFailure());
+        std::vector<std::unique_ptr<Counter>> counters;
+        for (const auto& key : keys) {
+            counters.push_back(std::make_unique<Counter>(socket(), key, round * 1000000L));
+        }
+        // Every fourth time at any moment from the start on, else while everybody writes.
+        if (random() % 4 != 0) {
+            for (const auto& counter : counters) {
+                counter->awaitFirst();
+            }
+        }
+        std::this_thread::sleep_for(std::chrono::microseconds(random() % 60000));
+        kill();
+        for (const auto& counter : counters) {
+            counter->finish();
+        }
+        start({"--log-level", "3"});
+        for (const auto& counter : counters) {
+            if (counter->announced >= 0) {
+                ++announced;
+                const long kept = std::atol(get(counter->key).c_str());
+                EXPECT_GE(kept, counter->announced.load()) << counter->key;
+                EXPECT_LT(kept, (round + 1) * 1000000L);
+            }
+        }
+        disconnect();
+        const std::string log = stop();
+        EXPECT_FALSE(contains(log, "settings-host:")) << "the database was not in order: " << log;
+        ASSERT_FALSE(HasFailure());
+    }
+    EXPECT_GT(announced, static_cast<long>(rounds())) << "hardly anything was announced before the kills";
+    RecordProperty("rounds", static_cast<int>(rounds()));
+}
+
+}  // namespace SystemTests

@@ -1,0 +1,128 @@
+#include <filesystem>
+#include <fstream>
+
+#include "WebHostFixture.h"
+
+namespace SystemTests {
+
+/// Hosts on a small disk of their own, which can be filled and made read-only.
+class HostUnwritableStorage : public HostWeb {
+protected:
+    void SetUp() override {
+        std::filesystem::create_directory(folder / "state");
+        // The disk lives as long as this process, which nobody else sees it from.
+        keeper = std::make_unique<TestSupport::ChildProcess>(
+            Lines{"unshare", "--user", "--map-root-user", "--mount", "sh", "-c",
+                  "mount -t tmpfs -o size=400k,mode=700 none '" + (folder / "state") +
+                      "' && echo mounted && exec sleep 1000"});
+        if (keeper->output().readLine() != "mounted") {
+            GTEST_SKIP() << "this machine lets nobody make a disk: " << keeper->errors().readAll();
+        }
+    }
+
+    Lines inside(const Lines& command) {
+        Lines whole{"nsenter", "--target", std::to_string(keeper->pid()), "--user", "--mount", "--"};
+        whole.insert(whole.end(), command.begin(), command.end());
+        return whole;
+    }
+
+    void startInside() {
+        programPrefix = inside({});
+        // Lines of level 1 hold the large values.
+        startWeb({"--log-level", "3"});
+    }
+
+    std::string insidePath(const std::string& path) {
+        return "/proc/" + std::to_string(keeper->pid()) + "/root" + path;
+    }
+
+    void fillDisk() {
+        std::ofstream filler(insidePath(folder / "state/filler"), std::ios::binary);
+        while (filler << std::string(1024, 'x') && filler.flush()) {
+        }
+    }
+
+    void makeRoom() { std::filesystem::remove(insidePath(folder / "state/filler")); }
+
+    void remount(const std::string& option) {
+        const auto mounted = TestSupport::run(inside({"mount", "-o", "remount," + option, folder / "state"}));
+        ASSERT_EQ(mounted.status, 0) << mounted.errors;
+    }
+
+    /// The frames that come before the answer to a question.
+    Lines set(const std::string& setting, const std::string& value) {
+        Lines events;
+        ask(setRequest(setting, "\"" + value + "\"") + "\n" + getRequest("[\"deviceName\"]"), &events);
+        return events;
+    }
+
+    std::string health() { return TestSupport::httpGet(port, "/healthz").body; }
+
+    std::unique_ptr<TestSupport::ChildProcess> keeper;
+};
+
+TEST_F(HostUnwritableStorage, AFullDiskRefusesWhatDoesNotFitAndKeepsTheRest) {
+    startInside();
+    EXPECT_EQ(set("deviceName", "Den").size(), 1U);
+    fillDisk();
+    const std::string large(50000, 'v');
+    EXPECT_EQ(set("companionDevice", large).size(), 0U) << "no event";
+    EXPECT_EQ(get("deviceName"), "Den");
+    EXPECT_TRUE(contains(health(), R"("status":"degraded")")) << health();
+    EXPECT_TRUE(contains(health(), R"("lastFailure":"database: database or disk is full")")) << health();
+    kill();
+    disconnect();
+    startInside();
+    EXPECT_EQ(get("deviceName"), "Den") << "a host starts on a full disk too";
+    EXPECT_EQ(get("companionDevice"), R"(["",""])") << "nothing of what was refused is there";
+    EXPECT_EQ(set("companionDevice", large).size(), 0U);
+    makeRoom();
+    EXPECT_EQ(set("companionDevice", large).size(), 1U);
+    EXPECT_TRUE(contains(health(), R"("status":"ok")")) << health();
+    disconnect();
+    const std::string log = stop();
+    EXPECT_TRUE(contains(log, "settings-host:cannot store 'companionDevice': database: database or disk is full"))
+        << log;
+}
+
+TEST_F(HostUnwritableStorage, AReadOnlyDiskServesWhatIsStored) {
+    startInside();
+    set("deviceName", "Den");
+    device(R"({"command":"locale","value":"fr-FR"})");
+    // Killed, so that the last changes are in the log alone; later stopped, so that there is none.
+    kill();
+    disconnect();
+    for (const bool hasLog : {true, false}) {
+        SCOPED_TRACE(hasLog ? "with a log" : "without a log");
+        EXPECT_EQ(std::filesystem::exists(insidePath(database() + "-wal")), hasLog);
+        remount("ro");
+        startInside();
+        EXPECT_EQ(get("deviceName"), "Den");
+        EXPECT_EQ(get("orliaLocale"), R"(["fr-FR"])");
+        EXPECT_EQ(set("deviceName", "Kitchen").size(), 0U);
+        EXPECT_EQ(get("deviceName"), "Den");
+        EXPECT_TRUE(contains(device(R"({"command":"locale","value":"de-DE"})"), "not-written"));
+        EXPECT_TRUE(contains(health(), R"("status":"degraded")")) << health();
+        disconnect();
+        const std::string log = stop();
+        EXPECT_TRUE(contains(log, "no change will be stored: the file system cannot be written to")) << log;
+        EXPECT_TRUE(contains(log, "cannot store 'deviceName': database: attempt to write a readonly database")) << log;
+        remount("rw");
+        startInside();
+        EXPECT_EQ(get("deviceName"), "Den");
+        EXPECT_TRUE(contains(health(), R"("status":"ok")")) << health();
+        disconnect();
+        stop();
+    }
+}
+
+TEST_F(HostUnwritableStorage, AReadOnlyDiskWithoutADatabaseStopsTheHost) {
+    remount("ro");
+    programPrefix = inside({});
+    const auto failing = launch();
+    EXPECT_EQ(failing->output().readAll(), "");
+    EXPECT_TRUE(contains(failing->errors().readAll(), "Read-only file system"));
+    EXPECT_EQ(failing->wait(), 1);
+}
+
+}  // namespace SystemTests
