@@ -1,14 +1,17 @@
 #include "Composition.h"
 
+#include <algorithm>
 #include <csignal>
 #include <exception>
 #include <filesystem>
+#include <utility>
 #include <vector>
 
 #include "SettingsHandler/SettingsNames.h"
 #include "guard/LocaleGuard.h"
 #include "logging/HostLog.h"
 #include "observers/LoggingObservers.h"
+#include "service/ServiceManager.h"
 
 namespace SettingsHost {
 
@@ -51,10 +54,27 @@ std::vector<int> stopSignals() {
     return signals;
 }
 
+std::unique_ptr<TcpDoor> openWebListener(const Options& options, PassedSockets& sockets) {
+    if (!options.listen) {
+        return nullptr;
+    }
+    if (auto passed = sockets.take("web")) {
+        return std::make_unique<TcpDoor>(std::move(*passed));
+    }
+    return std::make_unique<TcpDoor>(options.listen->address, options.listen->port);
+}
+
+SocketPlace placeOf(const std::string& name, const std::string& path, PassedSockets& sockets) {
+    if (auto passed = sockets.take(name)) {
+        return std::move(*passed);
+    }
+    return path;
+}
+
 }  // namespace
 
-Composition::Composition(const Options& options)
-    : webListener(options.listen ? std::make_unique<TcpDoor>(options.listen->address, options.listen->port) : nullptr),
+Composition::Composition(const Options& options, PassedSockets sockets)
+    : webListener(openWebListener(options, sockets)),
       traffic(std::make_shared<TrafficObservers>()),
       trace(std::make_shared<MessageTrace>()),
       hub(std::make_shared<MessageHub>(traffic)),
@@ -75,7 +95,7 @@ Composition::Composition(const Options& options)
     // From here on a signal waits for the loop, so that even one during the start ends in a clean stop.
     loop.onSignals(stopSignals(), [this] { loop.stop(); });
     hub->perform(Origin::DEVICE, [this] { startHandler(); });
-    openDoors(options);
+    openDoors(options, sockets);
     if (options.sandbox) {
         enterSandbox(foldersInUse());
     }
@@ -132,15 +152,17 @@ DoorEvents Composition::deviceEvents() {
             [this](Origin origin) { traffic->clientTurnedAway(origin); }};
 }
 
-void Composition::openDoors(const Options& options) {
+void Composition::openDoors(const Options& options, PassedSockets& sockets) {
     if (options.listen) {
-        webAddress = {options.listen->address, webListener->port()};
+        webAddress = {webListener->address(), webListener->port()};
         webKey = randomHex(keyBytes);
     }
     console = std::make_unique<DeviceConsole>(DeviceCommands(device, sdkBridge, appLaunch), hub, traffic, trace,
                                               pageAddress());
-    settingsDoor = std::make_unique<UnixSocketDoor>(loop, options.socketPath, Origin::SOCKET, settingsEvents());
-    deviceDoor = std::make_unique<UnixSocketDoor>(loop, options.deviceSocketPath, Origin::DEVICE, deviceEvents());
+    settingsDoor = std::make_unique<UnixSocketDoor>(loop, placeOf("settings", options.socketPath, sockets),
+                                                    Origin::SOCKET, settingsEvents());
+    deviceDoor = std::make_unique<UnixSocketDoor>(loop, placeOf("device", options.deviceSocketPath, sockets),
+                                                  Origin::DEVICE, deviceEvents());
     if (options.listen) {
         openWebDoor(options);
     }
@@ -164,8 +186,20 @@ std::string Composition::readyLine() const {
     return "ready: " + (webAddress ? pageAddress() + " " : "") + "socket: " + settingsDoor->path();
 }
 
+/// Holds no key, since every user of the machine may read it.
+std::string Composition::status() const {
+    return "Serving at " + settingsDoor->path() + (webAddress ? " and " + webAddress->text() : "");
+}
+
 void Composition::run() {
+    tellReady(status());
+    std::optional<RepeatingTimer> heartbeat;
+    if (const auto patience = patienceOfServiceManager()) {
+        constexpr auto shortest = std::chrono::milliseconds(1);
+        heartbeat.emplace(loop, std::chrono::milliseconds(0), std::max(shortest, *patience / 2), tellAlive);
+    }
     loop.run();
+    tellStopping("Sending what clients wait for");
     health.setServing(false);
     logHost(VessaLogger::INFORMATION, "stopping");
     settingsDoor->close();

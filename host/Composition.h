@@ -15,6 +15,7 @@
 #include "metrics/HostMetrics.h"
 #include "sandbox/Sandbox.h"
 #include "sdk/SimulatedSdkBridge.h"
+#include "service/PassedSockets.h"
 #include "storage/Database.h"
 #include "storage/Recovery.h"
 #include "storage/SqliteStorage.h"
@@ -32,8 +33,9 @@ namespace SettingsHost {
 class Composition {
 public:
     /// Opens the database, makes and starts the handler, then opens the doors and enters the sandbox. Takes SIGINT and
-    /// SIGTERM over, and SIGHUP unless it is ignored. Errors: `DatabaseError`, `DoorError`.
-    explicit Composition(const Options& options);
+    /// SIGTERM over, and SIGHUP unless it is ignored. Doors use `sockets` instead of what the options say: `settings`,
+    /// `device` and `web`. Errors: `DatabaseError`, `DoorError`.
+    Composition(const Options& options, PassedSockets sockets);
     ~Composition();
 
     Composition(const Composition&) = delete;
@@ -47,12 +49,13 @@ public:
 private:
     void startHandler();
     void setUnusableLocaleAside();
-    void openDoors(const Options& options);
+    void openDoors(const Options& options, PassedSockets& sockets);
     void openWebDoor(const Options& options);
     SandboxFolders foldersInUse() const;
     DoorEvents settingsEvents();
     DoorEvents deviceEvents();
     std::string pageAddress() const;
+    std::string status() const;
 
     // Members go in reverse order: doors before the handler, the handler before its storage.
     EventLoop loop;

@@ -1,6 +1,9 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <set>
+#include <string>
+#include <utility>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -9,6 +12,8 @@
 #include "Options.h"
 #include "VessaLogger/LogSink.h"
 #include "logging/SpdlogSink.h"
+#include "service/PassedSockets.h"
+#include "service/ServiceManager.h"
 
 namespace {
 
@@ -29,8 +34,15 @@ int serve(const SettingsHost::Options& options) {
     std::signal(SIGPIPE, SIG_IGN);
     // A write past a limit on file sizes fails, and is answered like one on a full disk.
     std::signal(SIGXFSZ, SIG_IGN);
+    std::set<std::string> doors{"settings", "device"};
+    if (options.listen) {
+        doors.insert("web");
+    }
+    // First of all: what is opened before could be taken for a socket that was passed.
+    SettingsHost::PassedSockets sockets(doors);
     VessaLogger::setLogSink(SettingsHost::makeSpdlogSink(options.logLevel, options.logFormat));
-    SettingsHost::Composition host(options);
+    SettingsHost::tellStarting("Opening the database");
+    SettingsHost::Composition host(options, std::move(sockets));
     std::printf("%s\n", host.readyLine().c_str());
     std::fflush(stdout);
     host.run();

@@ -5,7 +5,6 @@
 
 #include <fcntl.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include "transport/UvHandle.h"
 
@@ -13,14 +12,8 @@ namespace SettingsHost {
 
 namespace {
 
-int openSpare() {
-    return ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-}
-
-void closeOnce(int& descriptor) {
-    if (descriptor >= 0) {
-        ::close(std::exchange(descriptor, -1));
-    }
+Descriptor openSpare() {
+    return Descriptor(::open("/dev/null", O_RDONLY | O_CLOEXEC));
 }
 
 }  // namespace
@@ -61,7 +54,7 @@ private:
     Acceptor* acceptor;
 };
 
-Acceptor::Acceptor(int descriptor) : listening(descriptor), spare(openSpare()) {}
+Acceptor::Acceptor(Descriptor descriptor) : listening(std::move(descriptor)), spare(openSpare()) {}
 
 Acceptor::~Acceptor() {
     close();
@@ -73,11 +66,11 @@ void Acceptor::start(EventLoop& loop, Taker taker, Refuser refuser) {
     pause = std::make_shared<Pause>(*this);
     pause->open(loop.handle(), pause);
     watch = std::make_shared<Watch>(*this);
-    watch->open(loop.handle(), listening, watch);
+    watch->open(loop.handle(), listening.get(), watch);
 }
 
 void Acceptor::accept() {
-    const int accepted = ::accept4(listening, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
+    const int accepted = ::accept4(listening.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
     if (accepted >= 0) {
         take(accepted);
     } else if (errno == EMFILE || errno == ENFILE) {
@@ -86,14 +79,14 @@ void Acceptor::accept() {
 }
 
 void Acceptor::turnAway() {
-    closeOnce(spare);
-    const int accepted = ::accept4(listening, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
-    if (accepted >= 0) {
-        refuse(accepted);
-        ::close(accepted);
+    spare = Descriptor();
+    if (const Descriptor accepted(::accept4(listening.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+        accepted.get() >= 0) {
+        refuse(accepted.get());
     } else if (errno == EMFILE || errno == ENFILE) {
         rest();
     }
+    // Only now, when the connection is closed again.
     spare = openSpare();
 }
 
@@ -107,8 +100,8 @@ void Acceptor::close() {
         watch->closeHandle();
         pause->closeHandle();
     }
-    closeOnce(listening);
-    closeOnce(spare);
+    listening = Descriptor();
+    spare = Descriptor();
 }
 
 }  // namespace SettingsHost

@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 
+#include "transport/Descriptor.h"
 #include "transport/EventLoop.h"
 
 namespace SettingsHost {
@@ -22,8 +23,8 @@ public:
     /// May say farewell to a connection that is closed when it returns.
     using Refuser = std::function<void(int descriptor)>;
 
-    /// Takes the listening, non-blocking `descriptor` over.
-    explicit Acceptor(int descriptor);
+    /// `descriptor` listens and is non-blocking.
+    explicit Acceptor(Descriptor descriptor);
     ~Acceptor();
 
     Acceptor(const Acceptor&) = delete;
@@ -40,8 +41,8 @@ private:
     void turnAway();
     void rest();
 
-    int listening;
-    int spare;
+    Descriptor listening;
+    Descriptor spare;
     Taker take;
     Refuser refuse;
     std::shared_ptr<Watch> watch;

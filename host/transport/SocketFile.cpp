@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -11,6 +12,8 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include "transport/PassedSocket.h"
+
 namespace SettingsHost {
 
 namespace {
@@ -18,29 +21,6 @@ namespace {
 [[noreturn]] void fail(const std::string& what) {
     throw DoorError(what + ": " + std::strerror(errno));
 }
-
-/// Closes a descriptor at the end of the scope.
-class Descriptor {
-public:
-    explicit Descriptor(int open) : number(open) {}
-    ~Descriptor() {
-        if (number >= 0) {
-            ::close(number);
-        }
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int get() const { return number; }
-    int release() {
-        const int released = number;
-        number = -1;
-        return released;
-    }
-
-private:
-    int number;
-};
 
 void makeFolder(const std::filesystem::path& folder) {
     if (folder.empty() || std::filesystem::exists(std::filesystem::symlink_status(folder))) {
@@ -111,7 +91,14 @@ void removeStaleSocket(const std::string& path, const sockaddr_un& address) {
 
 }  // namespace
 
-SocketFile::SocketFile(const std::string& path) : socketPath(std::filesystem::absolute(path).string()) {
+SocketFile::SocketFile(SocketPlace place) {
+    if (auto* const passed = std::get_if<Descriptor>(&place)) {
+        socketPath = checkPassedUnixSocket(passed->get());
+        descriptor = std::move(*passed);
+        removed = true;
+        return;
+    }
+    socketPath = std::filesystem::absolute(std::get<std::string>(place)).string();
     const Descriptor folder(openRuntimeFolder(std::filesystem::path(socketPath).parent_path()));
     bindAndListen();
 }
@@ -136,14 +123,11 @@ void SocketFile::bindAndListen() {
     }
     device = status.st_dev;
     inode = status.st_ino;
-    descriptor = socket.release();
+    descriptor = std::move(socket);
 }
 
 SocketFile::~SocketFile() {
     remove();
-    if (descriptor >= 0) {
-        ::close(descriptor);
-    }
 }
 
 void SocketFile::remove() {
@@ -155,9 +139,7 @@ void SocketFile::remove() {
 }
 
 int SocketFile::takeDescriptor() {
-    const int taken = descriptor;
-    descriptor = -1;
-    return taken;
+    return descriptor.release();
 }
 
 }  // namespace SettingsHost

@@ -1,20 +1,26 @@
 #pragma once
 
 #include <string>
+#include <variant>
 
 #include <sys/types.h>
 
+#include "transport/Descriptor.h"
 #include "transport/DoorError.h"
 
 namespace SettingsHost {
 
+/// Where a Unix socket is: a path to listen at, or a listening socket that somebody else made.
+using SocketPlace = std::variant<std::string, Descriptor>;
+
 /// A listening Unix socket with its file, 0600 from its first moment. Its folder is made (0700) when it is missing, and
 /// must be a real folder of this user that nobody else can write to. The socket of a host that is gone is replaced; a
-/// live host's and everything that is no socket stays.
+/// live host's and everything that is no socket stays. The file of a socket that somebody else made is theirs: it is
+/// never removed.
 class SocketFile {
 public:
-    /// Listens at `path`. Errors: `DoorError`.
-    explicit SocketFile(const std::string& path);
+    /// Errors: `DoorError`.
+    explicit SocketFile(SocketPlace place);
     /// Removes the file, see `remove`.
     ~SocketFile();
 
@@ -32,7 +38,7 @@ private:
     void bindAndListen();
 
     std::string socketPath;
-    int descriptor = -1;
+    Descriptor descriptor;
     dev_t device = 0;
     ino_t inode = 0;
     bool removed = false;

@@ -1,15 +1,17 @@
 #include "transport/TcpDoor.h"
 
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <utility>
 
 #include <arpa/inet.h>
+#include <netdb.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include "transport/DoorError.h"
+#include "transport/PassedSocket.h"
 
 namespace SettingsHost {
 
@@ -42,33 +44,45 @@ Endpoint endpointOf(const std::string& address, std::uint16_t port) {
     return endpoint;
 }
 
-std::uint16_t portOf(int descriptor) {
-    Endpoint endpoint;
-    endpoint.size = sizeof(endpoint.storage);
-    ::getsockname(descriptor, endpoint.generic(), &endpoint.size);
-    // The port stands at the same place in both versions.
-    return ntohs(reinterpret_cast<sockaddr_in*>(&endpoint.storage)->sin_port);
+Descriptor listenAt(const std::string& address, std::uint16_t port) {
+    Endpoint endpoint = endpointOf(address, port);
+    Descriptor listening(::socket(endpoint.storage.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    const int on = 1;
+    // Lets a host that starts again have the port of the one before; never that of one which still listens.
+    const bool listens = listening.get() >= 0 &&
+                         ::setsockopt(listening.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on)) == 0 &&
+                         ::bind(listening.get(), endpoint.generic(), endpoint.size) == 0 &&
+                         ::listen(listening.get(), connectionsThatMayWait) == 0;
+    if (!listens) {
+        throw DoorError("cannot listen at " + address + " port " + std::to_string(port) + ": " + std::strerror(errno));
+    }
+    return listening;
 }
 
 }  // namespace
 
 TcpDoor::TcpDoor(const std::string& address, std::uint16_t port) {
-    Endpoint endpoint = endpointOf(address, port);
-    const int descriptor = ::socket(endpoint.storage.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-    const int on = 1;
-    // Lets a host that starts again have the port of the one before; never that of one which still listens.
-    const bool listens = descriptor >= 0 && ::setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on)) == 0 &&
-                         ::bind(descriptor, endpoint.generic(), endpoint.size) == 0 &&
-                         ::listen(descriptor, connectionsThatMayWait) == 0;
-    if (!listens) {
-        const std::string reason = std::strerror(errno);
-        if (descriptor >= 0) {
-            ::close(descriptor);
-        }
-        throw DoorError("cannot listen at " + address + " port " + std::to_string(port) + ": " + reason);
+    acceptFrom(listenAt(address, port));
+}
+
+TcpDoor::TcpDoor(Descriptor listening) {
+    checkPassedLoopbackSocket(listening.get());
+    acceptFrom(std::move(listening));
+}
+
+void TcpDoor::acceptFrom(Descriptor listening) {
+    Endpoint endpoint;
+    endpoint.size = sizeof(endpoint.storage);
+    ::getsockname(listening.get(), endpoint.generic(), &endpoint.size);
+    std::array<char, NI_MAXHOST> host{};
+    std::array<char, NI_MAXSERV> service{};
+    if (::getnameinfo(endpoint.generic(), endpoint.size, host.data(), host.size(), service.data(), service.size(),
+                      NI_NUMERICHOST | NI_NUMERICSERV) != 0) {
+        throw DoorError("cannot read the address of a listening socket");
     }
-    acceptor.emplace(descriptor);
-    boundPort = portOf(descriptor);
+    boundAddress = host.data();
+    boundPort = static_cast<std::uint16_t>(std::stoul(service.data()));
+    acceptor.emplace(std::move(listening));
 }
 
 void TcpDoor::start(EventLoop& loop, Acceptor::Taker taker, Acceptor::Refuser refuser) {

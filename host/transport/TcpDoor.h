@@ -5,6 +5,7 @@
 #include <string>
 
 #include "transport/Acceptor.h"
+#include "transport/Descriptor.h"
 
 namespace SettingsHost {
 
@@ -15,7 +16,11 @@ public:
     /// Listens at `address`, numeric, version 4 or 6; port 0 means any free one. Connections wait until `start`.
     /// Errors: `DoorError`.
     TcpDoor(const std::string& address, std::uint16_t port);
+    /// Takes over a socket that somebody else made and that listens at a loopback address. Errors: `DoorError`.
+    explicit TcpDoor(Descriptor listening);
 
+    /// Numeric.
+    const std::string& address() const { return boundAddress; }
     std::uint16_t port() const { return boundPort; }
 
     /// Hands connections to `taker` from now on, and those that there is no descriptor for to `refuser`.
@@ -23,6 +28,9 @@ public:
     void close();
 
 private:
+    void acceptFrom(Descriptor listening);
+
+    std::string boundAddress;
     std::uint16_t boundPort = 0;
     std::optional<Acceptor> acceptor;
 };

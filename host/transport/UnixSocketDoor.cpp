@@ -31,13 +31,12 @@ private:
     UnixSocketDoor* door;
 };
 
-UnixSocketDoor::UnixSocketDoor(EventLoop& eventLoop, const std::string& path, Origin originOfClients,
-                               DoorEvents doorEvents)
+UnixSocketDoor::UnixSocketDoor(EventLoop& eventLoop, SocketPlace place, Origin originOfClients, DoorEvents doorEvents)
     : loop(eventLoop),
       origin(originOfClients),
       events(std::move(doorEvents)),
-      file(path),
-      acceptor(file.takeDescriptor()),
+      file(std::move(place)),
+      acceptor(Descriptor(file.takeDescriptor())),
       readBuffer(readSize) {
     turns = std::make_shared<Turns>(*this);
     uv_idle_init(loop.handle(), turns->get());

@@ -28,8 +28,8 @@ class UnixSocketDoor {
 public:
     static constexpr std::size_t framesPerTurn = 16;
 
-    /// Listens at `path`, see `SocketFile`, for clients of `origin`. Errors: `DoorError`.
-    UnixSocketDoor(EventLoop& loop, const std::string& path, Origin origin, DoorEvents events);
+    /// Listens at `place`, see `SocketFile`, for clients of `origin`. Errors: `DoorError`.
+    UnixSocketDoor(EventLoop& loop, SocketPlace place, Origin origin, DoorEvents events);
     ~UnixSocketDoor();
 
     UnixSocketDoor(const UnixSocketDoor&) = delete;

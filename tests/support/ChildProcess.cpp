@@ -25,8 +25,26 @@ struct Pipe {
     std::array<int, 2> ends{-1, -1};
 };
 
+/// Puts the sockets at the places where the program looks for them, and says whom they are for.
+void passSockets(std::vector<int> sockets) {
+    constexpr int firstPlace = 3;
+    if (sockets.empty()) {
+        return;
+    }
+    // Out of the way first, since one may stand at the place of another.
+    for (int& socket : sockets) {
+        socket = ::fcntl(socket, F_DUPFD_CLOEXEC, firstPlace + static_cast<int>(sockets.size()));
+    }
+    int place = firstPlace;
+    for (const int socket : sockets) {
+        ::dup2(socket, place++);
+    }
+    ::setenv("LISTEN_FDS", std::to_string(sockets.size()).c_str(), 1);
+    ::setenv("LISTEN_PID", std::to_string(::getpid()).c_str(), 1);
+}
+
 [[noreturn]] void becomeProgram(std::vector<char*>& arguments, const std::map<std::string, std::string>& environment,
-                                int output, int errors) {
+                                int output, int errors, const std::vector<int>& sockets) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     const int input = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
     ::dup2(input, STDIN_FILENO);
@@ -39,6 +57,7 @@ struct Pipe {
             ::setenv(name.c_str(), value.c_str(), 1);
         }
     }
+    passSockets(sockets);
     ::execvp(arguments[0], arguments.data());
     ::_exit(127);
 }
@@ -60,7 +79,7 @@ bool hasEnded(pid_t process) {
 }  // namespace
 
 ChildProcess::ChildProcess(const std::vector<std::string>& arguments,
-                           const std::map<std::string, std::string>& environment) {
+                           const std::map<std::string, std::string>& environment, const std::vector<int>& sockets) {
     std::vector<char*> argumentPointers;
     argumentPointers.reserve(arguments.size() + 1);
     for (const auto& argument : arguments) {
@@ -71,7 +90,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& arguments,
     const Pipe err;
     process = ::fork();
     if (process == 0) {
-        becomeProgram(argumentPointers, environment, out.ends[1], err.ends[1]);
+        becomeProgram(argumentPointers, environment, out.ends[1], err.ends[1], sockets);
     }
     ::close(out.ends[1]);
     ::close(err.ends[1]);

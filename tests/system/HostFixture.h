@@ -49,7 +49,7 @@ protected:
             arguments.push_back("--no-sandbox");
         }
         arguments.insert(arguments.end(), moreArguments.begin(), moreArguments.end());
-        return std::make_unique<TestSupport::ChildProcess>(arguments);
+        return std::make_unique<TestSupport::ChildProcess>(arguments, environment, sockets);
     }
 
     /// Stops the host as a person would and collects its log.
@@ -146,6 +146,9 @@ protected:
     /// What starts the host, when it is not the test itself.
     Lines programPrefix;
     Lines webArguments{"--no-web"};
+    std::map<std::string, std::string> environment;
+    /// What a service manager would pass to the host.
+    std::vector<int> sockets;
     TestSupport::TemporaryDirectory folder;
     std::unique_ptr<TestSupport::ChildProcess> host;
     std::unique_ptr<TestSupport::LineClient> ownClient;

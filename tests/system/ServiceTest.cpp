@@ -1,0 +1,204 @@
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "HostFixture.h"
+#include "support/ListeningSocket.h"
+#include "support/NotificationSocket.h"
+#include "support/WebClient.h"
+
+namespace SystemTests {
+
+using TestSupport::NotificationSocket;
+
+/// The host as a service manager runs it.
+class HostService : public HostTest {
+protected:
+    HostService() : notifications(folder / "notify") { environment["NOTIFY_SOCKET"] = folder / "notify"; }
+
+    std::string next() { return notifications.receive().value_or("(nothing)"); }
+
+    /// What comes until nothing came for a while.
+    int countWaiting() {
+        int count = 0;
+        while (notifications.receive(std::chrono::milliseconds(0))) {
+            ++count;
+        }
+        return count;
+    }
+
+    /// Makes the sockets that a service manager would make, in the order of `names`.
+    void pass(const std::string& names) {
+        std::filesystem::create_directory(folder / "passed");
+        made.push_back(TestSupport::listeningUnixSocket(folder / "passed/s"));
+        made.push_back(TestSupport::listeningUnixSocket(folder / "passed/d"));
+        made.push_back(TestSupport::listeningTcpSocket("127.0.0.1"));
+        for (const auto& socket : made) {
+            sockets.push_back(socket.get());
+        }
+        environment["LISTEN_FDNAMES"] = names;
+    }
+
+    void expectCannotStart(const std::string& message) {
+        const auto failing = launch();
+        const std::string errors = failing->errors().readAll();
+        EXPECT_EQ(errors, "settings-host: " + message + "\n");
+        EXPECT_EQ(failing->output().readAll(), "");
+        EXPECT_EQ(failing->wait(), 1);
+        EXPECT_FALSE(std::filesystem::exists(database())) << "it left everything alone";
+    }
+
+    /// What a unit says; one line for each time the name is there.
+    static Lines unitLines(const std::string& unit, const std::string& name) {
+        std::ifstream file(std::string(SYSTEMD_UNITS) + "/" + unit);
+        Lines found;
+        for (std::string line; std::getline(file, line);) {
+            if (line.rfind(name + "=", 0) == 0) {
+                found.push_back(line.substr(name.size() + 1));
+            }
+        }
+        return found;
+    }
+
+    NotificationSocket notifications;
+    std::vector<TestSupport::PlainSocket> made;
+};
+
+TEST_F(HostService, TellsWhatItDoesInOrder) {
+    start();
+    EXPECT_EQ(next(), "STATUS=Opening the database");
+    EXPECT_EQ(next(), "READY=1\nSTATUS=Serving at " + socket());
+    EXPECT_EQ(get("deviceName"), "TV");
+    disconnect();
+    host->sendSignal(SIGTERM);
+    EXPECT_EQ(next(), "STOPPING=1\nSTATUS=Sending what clients wait for");
+    EXPECT_EQ(host->wait(), 0);
+    EXPECT_EQ(countWaiting(), 0) << "it was not asked for signs of life";
+}
+
+TEST_F(HostService, IsNotReadyWhenItCannotStart) {
+    std::filesystem::create_directory(folder / "state");
+    std::filesystem::create_directory(database());
+    EXPECT_EQ(launch()->wait(), 1);
+    EXPECT_EQ(next(), "STATUS=Opening the database");
+    EXPECT_EQ(countWaiting(), 0);
+}
+
+TEST_F(HostService, TheStatusHoldsNoKey) {
+    webArguments = {"--listen", "127.0.0.1:0"};
+    host = launch();
+    const std::string ready = host->output().readLine().value();
+    const std::string address = ready.substr(14, ready.find("/?key=") - 14);
+    EXPECT_EQ(next(), "STATUS=Opening the database");
+    EXPECT_EQ(next(), "READY=1\nSTATUS=Serving at " + socket() + " and " + address);
+}
+
+TEST_F(HostService, ShowsSignsOfLifeAsLongAsItsLoopTurns) {
+    environment["WATCHDOG_USEC"] = "100000";
+    start();
+    EXPECT_EQ(next(), "STATUS=Opening the database");
+    EXPECT_EQ(next(), "READY=1\nSTATUS=Serving at " + socket());
+    for (int count = 0; count < 5; ++count) {
+        EXPECT_EQ(next(), "WATCHDOG=1");
+    }
+    ::kill(host->pid(), SIGSTOP);
+    // What was sent before it stood still.
+    while (notifications.receive(std::chrono::milliseconds(500))) {
+    }
+    EXPECT_FALSE(notifications.receive(std::chrono::seconds(1)));
+    ::kill(host->pid(), SIGCONT);
+    EXPECT_EQ(next(), "WATCHDOG=1");
+    stop();
+    bool stopping = false;
+    while (const auto notice = notifications.receive(std::chrono::milliseconds(0))) {
+        stopping = stopping || *notice == "STOPPING=1\nSTATUS=Sending what clients wait for";
+    }
+    EXPECT_TRUE(stopping);
+}
+
+TEST_F(HostService, ShowsNoSignsOfLifeThatAreForAnotherProcess) {
+    environment["WATCHDOG_USEC"] = "100000";
+    environment["WATCHDOG_PID"] = std::to_string(::getpid());
+    start();
+    EXPECT_EQ(next(), "STATUS=Opening the database");
+    EXPECT_EQ(next(), "READY=1\nSTATUS=Serving at " + socket());
+    EXPECT_FALSE(notifications.receive(std::chrono::milliseconds(500)));
+}
+
+TEST_F(HostService, ServesAtTheSocketsThatWerePassed) {
+    webArguments = {"--listen", "127.0.0.1:0"};
+    pass("settings:device:web");
+    const std::uint16_t port = made[2].port();
+    // Whoever came before the host is served too.
+    TestSupport::LineClient early(folder / "passed/s");
+    early.sendLine(getRequest(R"(["deviceName"])"));
+    host = launch();
+    const std::string ready = host->output().readLine().value_or("(none)");
+    EXPECT_EQ(ready.rfind("ready: http://127.0.0.1:" + std::to_string(port) + "/?key=", 0), 0U) << ready;
+    EXPECT_TRUE(contains(ready, " socket: " + (folder / "passed/s"))) << ready;
+    EXPECT_EQ(early.receiveLine(), R"({"type":7,"messageId":"g","payload":{"settings":{"deviceName":"TV"}}})");
+    TestSupport::LineClient person(folder / "passed/d");
+    person.sendLine(R"({"command":"captions","enabled":true})");
+    EXPECT_EQ(person.receiveLine(), R"({"ok":true})");
+    EXPECT_EQ(TestSupport::httpGet(port, "/healthz").status, 200);
+    EXPECT_FALSE(std::filesystem::exists(socket())) << "it made a socket of its own";
+    EXPECT_FALSE(std::filesystem::exists(deviceSocket()));
+    stop();
+    EXPECT_TRUE(std::filesystem::exists(folder / "passed/s")) << "it removed what it did not make";
+    // The next host goes on where this one stopped.
+    TestSupport::LineClient between(folder / "passed/s");
+    between.sendLine(getRequest(R"(["captionsEnabled"])"));
+    host = launch();
+    EXPECT_EQ(between.receiveLine(), R"({"type":7,"messageId":"g","payload":{"settings":{"captionsEnabled":"true"}}})");
+}
+
+TEST_F(HostService, MakesTheSocketsThatWereNotPassed) {
+    pass("settings");
+    sockets.resize(1);
+    host = launch();
+    EXPECT_EQ(host->output().readLine(), "ready: socket: " + (folder / "passed/s"));
+    EXPECT_EQ(device(R"({"command":"captions","enabled":true})"), R"({"ok":true})");
+    EXPECT_FALSE(std::filesystem::exists(socket()));
+}
+
+TEST_F(HostService, RefusesSocketsThatFitNoDoor) {
+    pass("settings:device:web");
+    expectCannotStart("a socket named 'web' was passed, but there is no such door");
+    webArguments = {"--listen", "127.0.0.1:0"};
+    environment["LISTEN_FDNAMES"] = "settings:settings:web";
+    expectCannotStart("two sockets named 'settings' were passed");
+    environment["LISTEN_FDNAMES"] = "settings:web:device";
+    expectCannotStart("the passed socket is no listening TCP socket");
+    environment.erase("LISTEN_FDNAMES");
+    expectCannotStart("a socket named 'unknown' was passed, but there is no such door");
+    environment["LISTEN_FDNAMES"] = "settings:device:web";
+    const auto everywhere = TestSupport::listeningTcpSocket("0.0.0.0");
+    sockets[2] = everywhere.get();
+    expectCannotStart("the passed socket does not listen at a loopback address");
+}
+
+TEST_F(HostService, StartsAsTheUnitsSay) {
+    const Lines units{"settings-host.socket", "settings-host-device.socket", "settings-host-web.socket"};
+    std::string names;
+    for (const auto& unit : units) {
+        EXPECT_EQ(unitLines(unit, "Service"), Lines{"settings-host.service"});
+        names += (names.empty() ? "" : ":") + unitLines(unit, "FileDescriptorName").at(0);
+    }
+    pass(names);
+    std::istringstream command(unitLines("settings-host.service", "ExecStart").at(0));
+    Lines arguments;
+    for (std::string word; command >> word;) {
+        const std::string state = "/var/lib/settings-host/";
+        arguments.push_back(word.rfind(state, 0) == 0 ? folder / ("state/" + word.substr(state.size())) : word);
+    }
+    EXPECT_EQ(arguments.at(0), "/usr/bin/settings-host");
+    arguments[0] = SETTINGS_HOST;
+    host = std::make_unique<TestSupport::ChildProcess>(arguments, environment, sockets);
+    EXPECT_EQ(next(), "STATUS=Opening the database");
+    EXPECT_EQ(next(), "READY=1\nSTATUS=Serving at " + (folder / "passed/s") +
+                          " and 127.0.0.1:" + std::to_string(made[2].port()));
+    EXPECT_TRUE(std::filesystem::exists(database()));
+}
+
+}  // namespace SystemTests
