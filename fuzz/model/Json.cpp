@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Utils/Rapidjson.h"
+#include "model/Utf8.h"
 
 namespace SettingsHandlerFuzz {
 
@@ -48,6 +49,18 @@ std::size_t nestingOf(const Value& value) {
     return inside + 1;
 }
 
+bool isWellFormedValue(const Value& value) {
+    if (value.IsString()) {
+        return isUtf8(textOf(value));
+    }
+    if (value.IsArray()) {
+        return std::all_of(value.Begin(), value.End(), isWellFormedValue);
+    }
+    return !value.IsObject() || std::all_of(value.MemberBegin(), value.MemberEnd(), [](const auto& member) {
+        return isWellFormedValue(member.name) && isWellFormedValue(member.value);
+    });
+}
+
 }  // namespace
 
 class Envelope::Tree {
@@ -83,12 +96,7 @@ std::size_t Envelope::nesting() const {
 }
 
 bool Envelope::isWellFormed() const {
-    // The writer refuses to write what is not well-formed.
-    rapidjson::StringBuffer buffer;
-    rapidjson::Writer<rapidjson::StringBuffer, rapidjson::UTF8<>, rapidjson::UTF8<>, rapidjson::CrtAllocator,
-                      rapidjson::kWriteValidateEncodingFlag>
-        writer(buffer);
-    return tree->root.Accept(writer);
+    return isWellFormedValue(tree->root);
 }
 
 bool Envelope::has(const std::string& name) const {
