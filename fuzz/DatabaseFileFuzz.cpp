@@ -78,6 +78,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::ofstream(file, std::ios::binary) << bytes;
     try {
         Database database(file);
+        const bool isDatabase = bytes.empty() || bytes.rfind("SQLite format 3", 0) == 0;
+        check(isDatabase || isKept(folder, bytes), "what is no database is not overwritten");
         use(database);
     } catch (const DatabaseError& error) {
         const std::string reason = error.what();
