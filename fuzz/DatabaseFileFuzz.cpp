@@ -1,0 +1,90 @@
+// Any bytes as the database file: it is opened or refused in words, a refused one is not lost, and an opened one is
+// used like any other.
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+
+#include <fuzzer/FuzzedDataProvider.h>
+
+#include "VessaLogger/LogSink.h"
+#include "storage/SqliteStorage.h"
+#include "storage/TableStateStore.h"
+#include "support/Check.h"
+#include "support/FastFolder.h"
+
+namespace {
+
+using namespace SettingsHandlerFuzz;
+using namespace SettingsHost;
+
+class Uninterested : public StorageObserver {
+public:
+    void storageOperation(StorageOperation /*operation*/, bool /*succeeded*/,
+                          std::chrono::nanoseconds /*duration*/) override {}
+};
+
+std::string contentOf(const std::filesystem::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+/// Is there still a file with these bytes, under whatever name?
+bool isKept(const FastFolder& folder, const std::string& bytes) {
+    const std::filesystem::directory_iterator files(folder.path());
+    return std::any_of(begin(files), end(files), [&](const auto& file) { return contentOf(file.path()) == bytes; });
+}
+
+/// Whatever the tables hold, the storage answers, and what it says it wrote can be read.
+void use(Database& database) {
+    Uninterested observer;
+    SqliteStorage storage(
+        database, [](const std::string&) {}, observer);
+    TableStateStore state(database, "simulation");
+    std::string value = "left over";
+    storage.getValue("deviceName", value);
+    check(value != "left over", "a read sets its output");
+    for (const std::string wanted : {"Den", "Living room"}) {
+        if (storage.setValue("deviceName", wanted)) {
+            storage.getValue("deviceName", value);
+            check(value == wanted, "what was written can be read");
+        }
+    }
+    state.load("orliaLocale");
+    if (state.save("orliaLocale", "[]")) {
+        check(state.load("orliaLocale") == "[]", "what was saved can be loaded");
+    }
+    storage.setAside("orliaLocale");
+    storage.removeValue("timezone");
+    storage.health();
+    if (storage.clearStorage()) {
+        storage.getValue("deviceName", value);
+        check(value.empty(), "a cleared storage is empty");
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int* /*argumentCount*/, char*** /*arguments*/) {
+    VessaLogger::setLogSink([](const VessaLogger::LogLine&) {});
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static FastFolder folder;
+    folder.clear();
+    const std::string bytes(reinterpret_cast<const char*>(data), size);
+    const std::string file = folder / "database";
+    std::ofstream(file, std::ios::binary) << bytes;
+    try {
+        Database database(file);
+        const bool isDatabase = bytes.empty() || bytes.rfind("SQLite format 3", 0) == 0;
+        check(isDatabase || isKept(folder, bytes), "what is no database is not overwritten");
+        use(database);
+    } catch (const DatabaseError& error) {
+        const std::string reason = error.what();
+        check(!reason.empty(), "a refusal says why");
+        check(reason.find("left as it") == std::string::npos || isKept(folder, bytes), "a refused file is kept");
+    }
+    return 0;
+}

@@ -1,0 +1,196 @@
+// Any lines at the device socket: each gets one answer, an error changes nothing, what changed is announced to the
+// pages and survives a restart.
+
+#include <algorithm>
+#include <sstream>
+
+#include <fuzzer/FuzzedDataProvider.h>
+
+#include "SettingsHandler/SettingsHandler.h"
+#include "SettingsHandlerTesting/FakeMetrics.h"
+#include "SettingsHandlerTesting/FakeStorage.h"
+#include "console/DeviceConsole.h"
+#include "model/Json.h"
+#include "support/Check.h"
+#include "support/HostSide.h"
+#include "support/MemoryState.h"
+#include "transport/TrafficObservers.h"
+
+namespace {
+
+using namespace SettingsHandlerFuzz;
+using namespace SettingsHost;
+
+using Facts = std::map<std::string, std::string>;
+
+class DeviceWorld {
+public:
+    DeviceWorld() {
+        traffic->add(trace);
+        hub->addClient(page);
+        console.arrived(client);
+        hub->perform(Origin::DEVICE, [this] { handler->initializeSettings(); });
+        device->subscribe(handler, handler);
+        page->take();
+        journal.take();
+    }
+
+    MemoryState state;
+    SettingsHandlerTesting::Journal journal;
+    SettingsHandlerTesting::FakeStorage storage{journal};
+
+    void receive(const std::string& frame) {
+        const Facts before = facts(*device, *sdk);
+        const auto stored = storage.values;
+        console.receive(client, frame);
+        const std::string answer = answerOf(client->take());
+        const Facts after = facts(*device, *sdk);
+        const std::string code = codeOf(answer);
+
+        const std::string refusal = refusalOf(frame);
+        check(refusal.empty() || code == refusal, "a frame that is refused: " + refusal);
+        check(code.empty() || codes.count(code) > 0, "an error that the protocol knows: " + code);
+        if (!code.empty()) {
+            check(before == after && stored == storage.values, "an error changes nothing");
+            check(page->take().empty(), "an error is nobody else's business");
+            return;
+        }
+        expectAnnounced(before, after, announcedKeys());
+        expectDurable(after);
+        expectAnswered(Envelope(frame), Envelope(answer), after);
+    }
+
+private:
+    /// What `show` shows, by the setting's key.
+    static Facts facts(SimulatedDevice& shown, SimulatedSdkBridge& bridge) {
+        Facts all;
+        auto info = shown.getDeviceInfo();
+        all["handsFreeEnabled"] = info["currentHandsFreeStatus"];
+        all["handsFreeAlwaysOnEnabled"] = info["currentAlwaysOnVoiceMode"];
+        all["pttAlwaysOnEnabled"] = info["currentAlwaysOnPTTMode"];
+        all["captionsEnabled"] = bridge.isCaptionsEnabled() ? "true" : "false";
+        all["doNotDisturbEnabled"] = bridge.isDoNotDisturbEnabled() ? "true" : "false";
+        all["orliaLocale"] = arrayText(bridge.getLocales());
+        all["timezone"] = bridge.getTimezone();
+        return all;
+    }
+
+    /// The one answer among copies of what passes the doors.
+    static std::string answerOf(const std::vector<std::string>& frames) {
+        std::string answer;
+        for (const auto& frame : frames) {
+            if (!Envelope(frame).has("trace")) {
+                check(answer.empty(), "one answer and no second one");
+                answer = frame;
+            }
+        }
+        check(!answer.empty(), "every frame gets an answer");
+        return answer;
+    }
+
+    struct Announced {
+        std::set<std::string> events;
+        std::set<std::string> notices;
+    };
+
+    Announced announcedKeys() {
+        Announced keys;
+        for (const auto& text : page->take()) {
+            const Envelope frame(text);
+            if (frame.has("notice")) {
+                const auto reread = arrayElements(Envelope(frame.compact("notice")).compact("reread"));
+                for (const auto& key : *reread) {
+                    check(key && keys.notices.insert(*key).second, "a notice names each key once");
+                }
+            } else {
+                check(frame.text("origin") == "device", "an event says who caused it");
+                check(keys.events.insert(frame.payloadText("settingDBId").value()).second, "one event for each change");
+            }
+        }
+        return keys;
+    }
+
+    static void expectAnnounced(const Facts& before, const Facts& after, const Announced& announced) {
+        for (const auto& [key, value] : after) {
+            const bool changed = before.at(key) != value;
+            check(!changed || announced.events.count(key) + announced.notices.count(key) > 0,
+                  "a change is announced: " + key);
+        }
+        for (const auto& key : announced.notices) {
+            check(announced.events.count(key) == 0, "a notice leaves out what had an event: " + key);
+            const auto fact = after.find(key);
+            check(fact == after.end() || before.at(key) != fact->second, "a notice tells of a change: " + key);
+        }
+    }
+
+    /// A device and an SDK that start from what was saved are as these ones are.
+    void expectDurable(const Facts& after) {
+        const auto otherDevice = std::make_shared<SimulatedDevice>(state, [](const std::string&) {});
+        SimulatedSdkBridge otherSdk(state, storage, otherDevice, [](const std::string&) {});
+        check(facts(*otherDevice, otherSdk) == after, "what is shown survives a restart");
+    }
+
+    void expectAnswered(const Envelope& command, const Envelope& answer, const Facts& after) {
+        const std::string name = command.text("command").value_or("");
+        if (name == "show") {
+            const Envelope shown(answer.compact("device"));
+            for (const std::string key : {"captionsEnabled", "doNotDisturbEnabled", "timezone"}) {
+                check(shown.text(key) == after.at(key), "what is shown is what is: " + key);
+            }
+            check(shown.text("locales") == after.at("orliaLocale"), "what is shown is what is: locales");
+            return;
+        }
+        if (name == "page") {
+            check(Envelope(answer.compact("page")).text("address") == "http://page", "the address of the page");
+            return;
+        }
+        check(answer.names() == Entries{"ok"}, "everything else is answered with ok");
+        if (name == "locale") {
+            const std::string locale = command.text("value").value();
+            check(sdk->getLocales().at(0) == locale && !locale.empty(), "the locale is the primary one");
+        } else if (name == "timezone") {
+            check(after.at("timezone") == command.text("value"), "the time zone is the one asked for");
+        } else if (name == "handsfree") {
+            check((after.at("handsFreeEnabled") == "on") == (command.compact("enabled") == "true"), "hands-free");
+        } else if (name == "captions" || name == "doNotDisturb") {
+            check(after.at(name + "Enabled") == command.compact("enabled"), name);
+        }
+    }
+
+    const std::set<std::string> codes{"not-json",     "too-deep",      "not-an-object", "unknown-command",
+                                      "bad-argument", "not-passed-on", "not-written",   "too-large"};
+    LogToJournal log{journal};
+    std::shared_ptr<TrafficObservers> traffic = std::make_shared<TrafficObservers>();
+    std::shared_ptr<MessageTrace> trace = std::make_shared<MessageTrace>();
+    std::shared_ptr<MessageHub> hub = std::make_shared<MessageHub>(traffic);
+    std::shared_ptr<SimulatedDevice> device =
+        std::make_shared<SimulatedDevice>(state, [this](const std::string& key) { hub->valueChanged(key); });
+    std::shared_ptr<SimulatedSdkBridge> sdk = std::make_shared<SimulatedSdkBridge>(
+        state, storage, device, [this](const std::string& key) { hub->valueChanged(key); });
+    std::shared_ptr<SimulatedAppLaunch> app = std::make_shared<SimulatedAppLaunch>();
+    std::shared_ptr<SettingsHandler::SettingsHandler> handler = SettingsHandler::SettingsHandler::create(
+        hub, storage, std::make_shared<SettingsHandlerTesting::FakeMetrics>(journal), sdk, app, device);
+    DeviceConsole console{DeviceCommands(device, sdk, app), hub, traffic, trace, "http://page"};
+    std::shared_ptr<FrameCollector> client = std::make_shared<FrameCollector>(Origin::DEVICE);
+    std::shared_ptr<FrameCollector> page = std::make_shared<FrameCollector>(Origin::PAGE);
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    FuzzedDataProvider input(data, size);
+    DeviceWorld world;
+    // After how many frames state and storage stop to be written.
+    const auto failsAfter = input.ConsumeIntegralInRange<int>(0, 15);
+    const bool storageFails = input.ConsumeBool();
+    std::istringstream lines(input.ConsumeRemainingBytesAsString());
+    int count = 0;
+    for (std::string line; std::getline(lines, line);) {
+        if (++count == failsAfter) {
+            world.state.refuses = true;
+            world.storage.refusesWrites = storageFails;
+        }
+        world.receive(line);
+    }
+    return 0;
+}

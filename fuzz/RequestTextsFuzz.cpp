@@ -1,0 +1,58 @@
+// Any text as a request of any type: the journal is the model's, and a refused request leaves no trace but its line.
+
+#include <fuzzer/FuzzedDataProvider.h>
+
+#include "guard/LocaleGuard.h"
+#include "support/Check.h"
+#include "support/HandlerWorld.h"
+#include "support/Input.h"
+
+namespace {
+
+using namespace SettingsHandlerFuzz;
+
+constexpr int requestTypes[] = {7, 18, 19, 22, 24};
+
+const std::vector<std::string> effects{"storage.set", "storage.remove", "storage.clear", "sdk.set", "sdk.apply",
+                                       "transport.",  "metrics",        "observer",      "app."};
+/// The lines with which a request is refused before anything is looked at.
+const std::vector<std::string> refusals{"log 3 SettingsHandler:Payload was not parsed successfully",
+                                        "log 3 SettingsHandler:SetSetting ",
+                                        "log 3 SettingsHandler:GetSettings ",
+                                        "log 3 SettingsHandler:Invalid Request",
+                                        "log 3 SettingsHandler:to value field",
+                                        "log 3 SettingsHandler:Message ID "};
+
+void deliver(HandlerWorld& world, int type, const std::string& text) {
+    world.transport->deliver(type, text);
+    world.model.request(type, text);
+    world.expectSame("a request of type " + std::to_string(type));
+    const auto& entries = world.lastEntries();
+    if (type != 19 && type != 22 && hasEntry(entries, refusals)) {
+        check(!hasEntry(entries, effects), "a refused request has no effect");
+        check(!hasEntry(entries, {"storage.", "sdk.", "device."}), "a refused request reads nothing");
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    FuzzedDataProvider input(data, size);
+    const int type = requestTypes[input.ConsumeIntegralInRange<std::size_t>(0, 4)];
+    HandlerWorld world(surroundingsFrom(input.ConsumeIntegral<std::uint8_t>()));
+    const bool initialised = input.ConsumeBool();
+    const std::string text = input.ConsumeRemainingBytesAsString();
+    if (type == 24 && !SettingsHost::requestMayReachHandler(text)) {
+        return 0;
+    }
+    if (initialised) {
+        world.handler->initializeSettings();
+        world.model.initializeSettings();
+        world.expectSame("the start");
+    }
+    deliver(world, type, text);
+    // The second time the value is the same, and the time stamp too.
+    deliver(world, type, text);
+    world.expectSameCache("a request");
+    return 0;
+}

@@ -1,0 +1,107 @@
+#pragma once
+
+#include <array>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace SettingsHandlerFuzz {
+
+/// What the handler stands among: the state of the doubles, as far as its behaviour depends on it.
+struct Surroundings {
+    std::map<std::string, std::string> stored;
+    bool refusesWrites = false;
+    bool refusesRemoval = false;
+    bool refusesClearing = false;
+
+    std::vector<std::string> locales{"en-US"};
+    std::string timezone = "America/Vancouver";
+    bool captionsEnabled = false;
+    bool doNotDisturbEnabled = false;
+    bool refusesSettings = false;
+
+    std::map<std::string, std::string> deviceInfo;
+};
+
+/// A second handler, written to be compared with the first: the same operations, as plainly as they can be said. It
+/// predicts results, cache, stored values and, entry by entry, the journal. It shares no code with the library; what
+/// both take from the JSON library is its parser and the text of a string.
+///
+/// Observers are numbers; an operation is given none where the handler is given a null pointer. The order of the
+/// catalogue's table is the library's, because it is that of a hash table.
+class ReferenceModel {
+public:
+    using Observer = std::optional<int>;
+    /// Observers with this number remove themselves when they are told.
+    static constexpr int selfRemover = 3;
+
+    explicit ReferenceModel(std::vector<std::string> keysInTableOrder) : allKeys(std::move(keysInTableOrder)) {}
+
+    Surroundings around;
+
+    /// What was recorded since the last call.
+    std::vector<std::string> take();
+
+    void initializeSettings();
+    void migrateExistingDeviceSettings();
+    std::map<std::string, std::string> getSettings(const std::vector<std::string>& names);
+    std::map<std::string, std::string> getCurrentSettingsMap();
+    bool setSetting(const std::string& key, const std::string& value);
+    /// A request of `type`, as it is delivered.
+    void request(int type, const std::string& text);
+
+    void notifyLocaleChange(const std::string& locale);
+    void notifyLocalesChange(const std::vector<std::string>& locales);
+    void notifyTimezoneChange(const std::string& timezone);
+    void notifySystemSettingChanged(const std::string& name, const std::string& value);
+    void notifyHandsfreeStateChanged(bool enabled);
+
+    void addLocaleObserver(Observer observer);
+    void addFriendlyNameObserver(Observer observer);
+    void removeFriendlyNameObserver(Observer observer);
+    void addEntitlementObserver(Observer observer);
+    void removeEntitlementObserver(Observer observer);
+
+private:
+    void line(int level, const std::string& text);
+    void record(const std::string& entry);
+
+    void getRequest(const std::string& text);
+    void setRequest(const std::string& text);
+    void selectionRequest(const std::string& text);
+    void logOutRequest();
+
+    std::string ownersValue(const std::string& key);
+    std::string storedValue(const std::string& key);
+    std::string deviceMode(const std::string& infoKey);
+    bool store(const std::string& key, const std::string& value);
+    bool apply(const std::string& key, const std::string& value);
+    void useLocales(const std::vector<std::string>& locales);
+    void useTimezone(const std::string& timezone);
+
+    bool setLocale(const std::string& value);
+    bool setTimezone(const std::string& value);
+    bool setEntitlement(const std::string& value);
+    bool setApplied(const std::string& key, const std::string& value);
+    bool setStored(const std::string& key, const std::string& value);
+    std::string cached(const std::string& key) const;
+    void changed(const std::string& key, const std::string& from, const std::string& to);
+    void count(const std::string& key, const std::string& value);
+
+    void add(std::set<int>& registry, Observer observer, const std::string& operation);
+    void remove(std::set<int>& registry, Observer observer, const std::string& operation);
+    void tell(std::set<int>& registry, bool mayRemoveThemselves, const std::string& what);
+
+    std::vector<std::string> allKeys;
+    std::vector<std::string> journal;
+    std::map<std::string, std::string> cache;
+    /// By key; those outside the catalogue share the empty one.
+    std::map<std::string, long> newestTimestamps;
+    std::set<int> localeObservers;
+    std::set<int> friendlyNameObservers;
+    std::set<int> entitlementObservers;
+};
+
+}  // namespace SettingsHandlerFuzz

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace SettingsHandlerFuzz {
+
+/// A folder in memory where the system has one, gone with the process unless it is killed.
+class FastFolder {
+public:
+    FastFolder();
+    ~FastFolder();
+    FastFolder(const FastFolder&) = delete;
+    FastFolder& operator=(const FastFolder&) = delete;
+
+    /// Removes everything in it.
+    void clear();
+    std::string operator/(const std::string& name) const { return (folder / name).string(); }
+    const std::filesystem::path& path() const { return folder; }
+
+private:
+    std::filesystem::path folder;
+};
+
+}  // namespace SettingsHandlerFuzz

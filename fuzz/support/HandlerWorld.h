@@ -1,0 +1,62 @@
+#pragma once
+
+#include <array>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "SettingsHandler/SettingsHandler.h"
+#include "SettingsHandlerTesting/FakeDevice.h"
+#include "SettingsHandlerTesting/FakeMetrics.h"
+#include "SettingsHandlerTesting/FakeObservers.h"
+#include "SettingsHandlerTesting/FakeSdkBridge.h"
+#include "SettingsHandlerTesting/FakeStorage.h"
+#include "SettingsHandlerTesting/FakeTransport.h"
+#include "SettingsHandlerTesting/Journal.h"
+#include "SettingsHandlerTesting/platform/PlatformDoubles.h"
+#include "model/ReferenceModel.h"
+
+namespace SettingsHandlerFuzz {
+
+/// A handler among fakes that share one journal, and the model that must predict it.
+class HandlerWorld {
+public:
+    static constexpr int observerCount = 4;
+
+    /// `around`: what both start from.
+    explicit HandlerWorld(const Surroundings& around);
+
+    /// Changes what both stand among.
+    void surround(const Surroundings& around);
+
+    /// Journals and stored values of both are equal; empties the journals.
+    void expectSame(const std::string& after);
+    /// The caches are, too. Reads what `getCurrentSettingsMap` reads afresh.
+    void expectSameCache(const std::string& after);
+
+    /// The journal of the handler up to the last comparison.
+    const std::vector<std::string>& lastEntries() const { return compared; }
+
+    SettingsHandlerTesting::Journal journal;
+    SettingsHandlerTesting::PlatformRecording recording{journal};
+    SettingsHandlerTesting::FakeStorage storage{journal};
+    std::shared_ptr<SettingsHandlerTesting::FakeTransport> transport =
+        std::make_shared<SettingsHandlerTesting::FakeTransport>(journal);
+    std::shared_ptr<SettingsHandlerTesting::FakeSdkBridge> sdk =
+        std::make_shared<SettingsHandlerTesting::FakeSdkBridge>(journal);
+    std::shared_ptr<SettingsHandlerTesting::FakeDeviceInfo> device =
+        std::make_shared<SettingsHandlerTesting::FakeDeviceInfo>(journal);
+    std::shared_ptr<SettingsHandler::SettingsHandler> handler;
+    ReferenceModel model;
+
+    std::vector<std::shared_ptr<SettingsHandlerTesting::FakeLocaleObserver>> localeObservers;
+    std::vector<std::shared_ptr<SettingsHandlerTesting::FakeFriendlyNameObserver>> friendlyNameObservers;
+    std::vector<std::shared_ptr<SettingsHandlerTesting::FakeEntitlementObserver>> entitlementObservers;
+
+private:
+    void makeObservers();
+
+    std::vector<std::string> compared;
+};
+
+}  // namespace SettingsHandlerFuzz

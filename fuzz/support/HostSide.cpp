@@ -1,0 +1,70 @@
+#include "support/HostSide.h"
+
+#include <utility>
+
+#include "VessaLogger/LogSink.h"
+#include "model/Json.h"
+#include "model/Utf8.h"
+#include "support/Check.h"
+
+namespace SettingsHandlerFuzz {
+
+LogToJournal::LogToJournal(SettingsHandlerTesting::Journal& journal) {
+    VessaLogger::setLogSink([&journal](const VessaLogger::LogLine& line) {
+        journal.add("log " + std::to_string(line.level) + " " + line.text);
+    });
+}
+
+LogToJournal::~LogToJournal() {
+    VessaLogger::setLogSink([](const VessaLogger::LogLine&) {});
+}
+
+void FrameCollector::send(const std::shared_ptr<const std::string>& frame) {
+    check(Envelope(*frame).isObject(), "a frame is a JSON object: " + *frame);
+    check(isUtf8(*frame), "a frame is valid UTF-8: " + *frame);
+    check(frame->find('\n') == std::string::npos, "a frame is one line: " + *frame);
+    frames.push_back(*frame);
+}
+
+std::vector<std::string> FrameCollector::take() {
+    return std::exchange(frames, {});
+}
+
+void TrafficLines::frameReceived(const SettingsHost::Client& /*client*/, const std::string& frame) {
+    lines.push_back("received " + frame);
+}
+
+void TrafficLines::frameSent(const SettingsHost::Client* receiver, const std::string& frame) {
+    lines.push_back((receiver == nullptr ? "sent to all " : "sent to one ") + frame);
+}
+
+void TrafficLines::frameRefused(const std::string& code) {
+    lines.push_back("refused " + code);
+}
+
+void TrafficLines::requestHandled(int type, SettingsHost::RequestOutcome outcome) {
+    static const char* const names[] = {"ANSWERED", "CHANGED", "SILENT", "KEPT_AWAY", "FAILED"};
+    lines.push_back("handled " + std::to_string(type) + " " + names[static_cast<int>(outcome)]);
+}
+
+std::vector<std::string> TrafficLines::take() {
+    return std::exchange(lines, {});
+}
+
+std::string refusalOf(const std::string& frame) {
+    const Envelope json(frame);
+    if (frame.find('\0') != std::string::npos || !json.isJson() || !json.isWellFormed()) {
+        return "not-json";
+    }
+    if (json.nesting() > 32) {
+        return "too-deep";
+    }
+    return json.isObject() ? "" : "not-an-object";
+}
+
+std::string codeOf(const std::string& frame) {
+    const Envelope json(frame);
+    return json.has("error") ? Envelope(json.compact("error")).text("code").value_or("") : "";
+}
+
+}  // namespace SettingsHandlerFuzz

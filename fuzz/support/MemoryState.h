@@ -1,0 +1,30 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+
+#include "storage/StateStore.h"
+
+namespace SettingsHandlerFuzz {
+
+/// A state store in memory that can be told to fail.
+class MemoryState : public SettingsHost::StateStore {
+public:
+    std::map<std::string, std::string> values;
+    bool refuses = false;
+
+    std::optional<std::string> load(const std::string& key) override {
+        const auto entry = values.find(key);
+        return entry == values.end() ? std::nullopt : std::optional(entry->second);
+    }
+
+    bool save(const std::string& key, const std::string& value) override {
+        if (!refuses) {
+            values[key] = value;
+        }
+        return !refuses;
+    }
+};
+
+}  // namespace SettingsHandlerFuzz
