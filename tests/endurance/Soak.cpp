@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -184,8 +185,14 @@ bool Soak::run() {
     }
     clients.clear();
     device.reset();
-    host->sendSignal(SIGTERM);
-    const auto status = host->wait(std::chrono::minutes(1));
+    // A host that still runs after a failure is stopped like any other.
+    auto status = well ? std::nullopt : host->wait(std::chrono::seconds(2));
+    if (status) {
+        std::printf("the host had ended before it was told to\n");
+    } else {
+        host->sendSignal(SIGTERM);
+        status = host->wait(std::chrono::minutes(1));
+    }
     if (!status) {
         host->sendSignal(SIGKILL);
     }

@@ -121,7 +121,9 @@ void SoakClient::receiveAnswers() {
     while (!expected.empty()) {
         const auto line = connection->receiveLine();
         if (!line) {
-            throw std::runtime_error("client " + name + " got no " + expected.front());
+            throw std::runtime_error("client " + name +
+                                     (connection->closedByPeer() ? " was cut off" : " waited in vain") +
+                                     ", after event " + std::to_string(lastSequence) + ", before " + expected.front());
         }
         if (startsWith(*line, R"({"type":25,)")) {
             checkEvent(*line);
