@@ -1,137 +1,208 @@
 #include <atomic>
+#include <shared_mutex>
 #include <thread>
 
 #include "HandlerFixture.h"
+#include "ThreadSafeCollaborators.h"
 
 namespace SettingsHandlerTests {
 
-/// Collaborators that any thread may call; the fakes with their journal would serialise everything.
-class QuietTransport : public CommunicationHandler::CommunicationHandlerInterface {
+constexpr int threadCount = 8;
+constexpr int rounds = 100;
+constexpr int changes = threadCount * rounds;
+
+/// Counts what it is told and stays.
+class Listener : public VessaNativeCommon::FriendlyNameObserverInterface,
+                 public VessaNativeCommon::OrliaLocaleObserverInterface,
+                 public teskVessa::NativeBridgeInterface {
 public:
-    std::atomic<int> events{0};
-    std::string sendMessage(int, rapidjson::Document&) override {
-        ++events;
-        return {};
-    }
-    void sendResponse(const std::string&, rapidjson::Document&) override {}
-    void registerMessageHandler(int, std::function<void(const std::string&)>) override {}
+    void notifyFriendlyNameChanged(const std::string& /*friendlyName*/) override { ++friendlyNames; }
+    void notifyOrliaLocaleChanged(const std::string& /*locale*/) override { ++locales; }
+    void notifyEntitlementStatusChanged(const std::string& /*status*/) override { ++entitlements; }
+
+    std::atomic<int> friendlyNames{0};
+    std::atomic<int> locales{0};
+    std::atomic<int> entitlements{0};
 };
 
-class QuietStorage : public SDKWrapper::StorageManagerInterface {
-public:
-    void getValue(const std::string&, std::string& value) override { value.clear(); }
-    bool setValue(const std::string&, const std::string&) override { return true; }
-    bool removeValue(const std::string&) override { return true; }
-    bool clearStorage() override { return true; }
-};
-
-class QuietMetrics : public Metrics::MetricsDelegateInterface {
-public:
-    void recordEvent(const std::string&, const std::string&,
-                     const std::unordered_map<std::string, std::string>&) override {}
-    void recordCounter(const std::string&, int, int, double) override {}
-};
-
-class QuietSdk : public teskVessa::SDKBridgeInterface {
-public:
-    void setHandsFreeEnabled(bool) override {}
-    bool applySetting(std::string, std::string) override { return true; }
-    void setTimezone(std::string) override {}
-    std::string getTimezone() override { return "zone"; }
-    void setLocales(std::vector<std::string>) override {}
-    std::vector<std::string> getLocales() override { return {"en-US"}; }
-    bool isCaptionsEnabled() override { return true; }
-    bool isDoNotDisturbEnabled() override { return false; }
-};
-
-class QuietDevice : public DeviceAbstractionLayer::OrliaDeviceInfoInterface, public DeviceAbstractionLayer::AppLaunch {
-public:
-    std::map<std::string, std::string> getDeviceInfo() override { return {{"currentHandsFreeStatus", "on"}}; }
-    bool launchApp(std::string, std::string) override { return true; }
-};
-
-/// An observer that calls back into the handler and comes and goes.
+/// Comes, goes and reads and writes settings while it is told of others.
 class Restless : public VessaNativeCommon::FriendlyNameObserverInterface,
                  public VessaNativeCommon::OrliaLocaleObserverInterface,
                  public teskVessa::NativeBridgeInterface,
                  public std::enable_shared_from_this<Restless> {
 public:
     explicit Restless(SettingsHandler::SettingsHandlerInterface& owner) : handler(owner) {}
-    void notifyFriendlyNameChanged(const std::string&) override {
-        ++told;
+
+    void notifyFriendlyNameChanged(const std::string& friendlyName) override {
         handler.removeFriendlyNameObserver(shared_from_this());
+        handler.setSetting("captionsFontSize", friendlyName);
         handler.addFriendlyNameObserver(shared_from_this());
     }
-    void notifyOrliaLocaleChanged(const std::string&) override {
-        ++told;
+    void notifyOrliaLocaleChanged(const std::string& /*locale*/) override {
         handler.getCurrentSettingsMap();
+        const auto passing = std::make_shared<Restless>(handler);
+        handler.addFriendlyNameObserver(passing);
+        handler.removeFriendlyNameObserver(passing);
     }
-    void notifyEntitlementStatusChanged(const std::string&) override {
-        ++told;
+    void notifyEntitlementStatusChanged(const std::string& /*status*/) override {
         handler.removeEntitlementStatusObserver(shared_from_this());
+        handler.getSettings({"friendlyName", "timezone"});
         handler.addEntitlementStatusObserver(shared_from_this());
     }
-    std::atomic<int> told{0};
 
 private:
     SettingsHandler::SettingsHandlerInterface& handler;
 };
 
-/// One round of everything that several threads may do at once.
-void useHandler(SettingsHandler::SettingsHandlerInterface& handler, int thread, int round) {
-    const std::string value = std::to_string(thread) + " " + std::to_string(round);
+/// What every thread may do at any time.
+void change(SettingsHandler::SettingsHandler& handler, int thread, const std::string& value) {
     handler.setSetting("deviceName", value);
     handler.setSetting("friendlyName", value);
     handler.setSetting("tovanEntitlementStatus", value);
     handler.setSetting("handsFreeEnabled", value);
+    handler.setSetting("pttAlwaysOnEnabled", value);
     handler.setSetting("timezone", value);
     handler.setSetting("orliaLocale", "[\"" + value + "\"]");
-    handler.setSetting("unknown " + std::to_string(round % 10), value);
+    handler.setSetting("captionsEnabled", value);
+    handler.setSetting("key of " + std::to_string(thread), value);
+}
+
+void read(SettingsHandler::SettingsHandler& handler) {
     handler.getCurrentSettingsMap();
     handler.getSettings({"deviceName", "orliaLocale", "handsFreeEnabled"});
+    handler.handleGetSettingsRequest(R"({"messageId":"m","payload":{"settings":[]}})");
+    handler.handleIsOrliaSelectedVARequest(R"({"messageId":"m"})");
+    handler.handleOpenVASettingsRequest("");
+}
+
+void notify(SettingsHandler::SettingsHandler& handler, int round, const std::string& value) {
     handler.notifyHandsfreeStateChanged(round % 2 == 0);
     handler.notifySystemSettingChanged("captionsStyles", value);
+    handler.notifyLocaleChange("of the device " + value);
+    handler.notifyLocaleChange(std::vector<std::string>{"of the device " + value, "en-US"});
+    handler.notifyTimezoneChange("of the device " + value);
+    handler.notifyNetworkConnectionChanged(value);
+    handler.notifyMicrophoneAvailabilityChanged(value);
+    handler.notifyAudioGuidanceChanged(true);
+    handler.notifyDeviceModeChanged(value);
+}
+
+void comeAndGo(SettingsHandler::SettingsHandler& handler) {
     const auto passing = std::make_shared<Restless>(handler);
     handler.addFriendlyNameObserver(passing);
     handler.addEntitlementStatusObserver(passing);
+    std::this_thread::yield();
     handler.removeFriendlyNameObserver(passing);
     handler.removeEntitlementStatusObserver(passing);
+    handler.addFriendlyNameObserver(nullptr);
+    handler.removeEntitlementStatusObserver(nullptr);
+}
+
+std::string valueOf(int thread, int round) {
+    return std::to_string(thread) + " " + std::to_string(round);
+}
+
+void useGuarded(SettingsHandler::SettingsHandler& handler, int thread, int round) {
+    const std::string value = valueOf(thread, round);
+    change(handler, thread, value);
+    read(handler);
+    notify(handler, round, value);
+    comeAndGo(handler);
     if (round % 10 == 0) {
         handler.initializeSettings();
     }
 }
 
-TEST(Threads, EightUseTheGuardedOperationsAtOnce) {
-    const auto transport = std::make_shared<QuietTransport>();
-    QuietStorage storage;
-    const auto device = std::make_shared<QuietDevice>();
-    const auto handler = SettingsHandler::SettingsHandler::create(transport, storage, std::make_shared<QuietMetrics>(),
-                                                                  std::make_shared<QuietSdk>(), device, device);
-    const auto observer = std::make_shared<Restless>(*handler);
-    handler->addFriendlyNameObserver(observer);
-    handler->addEntitlementStatusObserver(observer);
-    handler->addOrliaLocaleObserver(observer);
+class Threads : public ::testing::Test {
+protected:
+    void SetUp() override {
+        const auto restless = std::make_shared<Restless>(*surroundings.handler);
+        surroundings.handler->addFriendlyNameObserver(restless);
+        surroundings.handler->addEntitlementStatusObserver(restless);
+        surroundings.handler->addOrliaLocaleObserver(restless);
+        surroundings.handler->addFriendlyNameObserver(listener);
+        surroundings.handler->addEntitlementStatusObserver(listener);
+        surroundings.handler->addOrliaLocaleObserver(listener);
+    }
 
-    constexpr int threadCount = 8;
-    constexpr int rounds = 50;
-    std::vector<std::thread> threads;
-    threads.reserve(threadCount);
+    /// Runs `action(thread, round)` on all threads for all rounds.
+    static void onAllThreads(const std::function<void(int, int)>& action) {
+        std::vector<std::thread> threads;
+        threads.reserve(threadCount);
+        for (int thread = 0; thread < threadCount; ++thread) {
+            threads.emplace_back([&action, thread] {
+                for (int round = 0; round < rounds; ++round) {
+                    action(thread, round);
+                }
+            });
+        }
+        for (auto& thread : threads) {
+            thread.join();
+        }
+    }
+
+    /// Every value was a new one, so each of the changes counts, whatever the threads did to each other.
+    void expectNoChangeWasLost() {
+        auto& transport = *surroundings.transport;
+        for (const auto* key : {"deviceName", "friendlyName", "tovanEntitlementStatus", "pttAlwaysOnEnabled",
+                                "timezone", "orliaLocale"}) {
+            EXPECT_EQ(transport.eventsOf(key), changes) << key;
+        }
+        EXPECT_GE(transport.eventsOf("handsFreeEnabled"), changes);
+        EXPECT_EQ(transport.eventsOf("captionsEnabled"), 0);
+        EXPECT_EQ(surroundings.metrics->counters, transport.allEvents());
+        EXPECT_EQ(surroundings.metrics->events, transport.allEvents());
+        EXPECT_EQ(listener->friendlyNames, changes);
+        EXPECT_EQ(listener->entitlements, changes);
+        EXPECT_EQ(listener->locales, changes);
+        EXPECT_EQ(surroundings.device->launches, changes);
+    }
+
+    Surroundings surroundings;
+    std::shared_ptr<Listener> listener = std::make_shared<Listener>();
+};
+
+TEST_F(Threads, EightUseTheGuardedOperationsAtOnce) {
+    onAllThreads([this](int thread, int round) { useGuarded(*surroundings.handler, thread, round); });
+
+    expectNoChangeWasLost();
+    EXPECT_EQ(surroundings.transport->responses, 2 * changes);
+    const auto last = surroundings.handler->getCurrentSettingsMap();
     for (int thread = 0; thread < threadCount; ++thread) {
-        threads.emplace_back([&handler, thread] {
-            for (int round = 0; round < rounds; ++round) {
-                useHandler(*handler, thread, round);
-            }
-        });
+        const std::string key = "key of " + std::to_string(thread);
+        EXPECT_EQ(surroundings.transport->eventsOf(key), rounds);
+        EXPECT_EQ(surroundings.stored(key), valueOf(thread, rounds - 1));
     }
-    for (auto& thread : threads) {
-        thread.join();
-    }
-    // Locale and time zone are compared with the SDK and always change; each is an event.
-    EXPECT_GE(transport->events, 2 * threadCount * rounds);
-    EXPECT_GE(observer->told, threadCount * rounds);
-    handler->removeFriendlyNameObserver(observer);
-    handler->removeEntitlementStatusObserver(observer);
-    EXPECT_EQ(handler->getCurrentSettingsMap().count("deviceName"), 1U);
+    EXPECT_EQ(last.count("deviceName"), 1U);
+}
+
+TEST_F(Threads, TakeTurnsWithTheOperationsThatHaveNoGuard) {
+    auto& handler = *surroundings.handler;
+    surroundings.storage.setValue("never written", "kept by older software");
+    // What callers owe the handler: nobody else is at work while one of these runs.
+    std::shared_mutex turn;
+    std::atomic<int> accepted{0};
+    onAllThreads([&](int thread, int round) {
+        {
+            const std::shared_lock<std::shared_mutex> together(turn);
+            useGuarded(handler, thread, round);
+        }
+        const std::unique_lock<std::shared_mutex> alone(turn);
+        const std::string value = "asked by " + valueOf(thread, round);
+        accepted += handler.handleSetSettingRequest(
+                        R"({"timestamp":1,"payload":{"settingDBId":"companionDevice","to":")" + value + "\"}}")
+                        ? 1
+                        : 0;
+        handler.getSettings({"never written", "key of " + std::to_string(thread)});
+        if (round % 10 == 9) {
+            handler.migrateExistingDeviceSettings();
+            handler.handleLogOutRequest();
+        }
+    });
+
+    EXPECT_EQ(accepted, changes);
+    EXPECT_EQ(surroundings.transport->eventsOf("companionDevice"), changes);
+    expectNoChangeWasLost();
 }
 
 }  // namespace SettingsHandlerTests
