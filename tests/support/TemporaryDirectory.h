@@ -10,8 +10,8 @@ namespace TestSupport {
 /// A fresh folder, mode 0700, that goes away with everything in it.
 class TemporaryDirectory {
 public:
-    TemporaryDirectory() {
-        std::string name = (std::filesystem::temp_directory_path() / "settings-test-XXXXXX").string();
+    explicit TemporaryDirectory(const std::filesystem::path& parent = std::filesystem::temp_directory_path()) {
+        std::string name = (parent / "settings-test-XXXXXX").string();
         if (::mkdtemp(name.data()) == nullptr) {
             throw std::runtime_error("cannot make a temporary folder");
         }
