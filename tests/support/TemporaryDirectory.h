@@ -7,6 +7,12 @@
 
 namespace TestSupport {
 
+/// Where files are kept in memory, if there is such a folder: for tests in which waiting for a disk shows nothing.
+inline std::filesystem::path memoryFolder() {
+    const std::filesystem::path shared = "/dev/shm";
+    return std::filesystem::is_directory(shared) ? shared : std::filesystem::temp_directory_path();
+}
+
 /// A fresh folder, mode 0700, that goes away with everything in it.
 class TemporaryDirectory {
 public:

@@ -43,7 +43,6 @@ class SlowClients : public HostWeb {
 protected:
     void SetUp() override { startWeb({"--log-level", "3"}); }
 
-    /// In memory where there is such a folder: waiting for a disk a hundred thousand times shows nothing more.
     std::string database() override { return inMemory / "settings.db"; }
 
     /// Somebody who reads every event as it comes, in a thread of its own.
@@ -110,9 +109,7 @@ protected:
     }
 
 private:
-    TestSupport::TemporaryDirectory inMemory{std::filesystem::is_directory("/dev/shm")
-                                                 ? std::filesystem::path("/dev/shm")
-                                                 : std::filesystem::temp_directory_path()};
+    TestSupport::TemporaryDirectory inMemory{TestSupport::memoryFolder()};
 };
 
 TEST_F(SlowClients, ThoseWhoNeverReadAreDisconnectedAndTheOthersMissNothing) {
