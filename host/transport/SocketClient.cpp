@@ -1,5 +1,6 @@
 #include "transport/SocketClient.h"
 
+#include <chrono>
 #include <utility>
 
 #include "transport/FrameInspector.h"
@@ -123,7 +124,11 @@ void SocketClient::received(ssize_t count, const char* bytes) {
 void SocketClient::takeFrames() {
     const auto self = shared();
     waitsForReader = false;
+    const auto end = std::chrono::steady_clock::now() + UnixSocketDoor::longestTurn;
     for (std::size_t taken = 0; taken < UnixSocketDoor::framesPerTurn; ++taken) {
+        if (taken > 0 && std::chrono::steady_clock::now() >= end) {
+            break;
+        }
         if (finishing || !isOpen()) {
             return;
         }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -16,8 +17,8 @@ class SocketClient;
 
 /// A Unix socket at which clients speak newline-delimited frames.
 ///
-/// - A client's frames are taken in order, a bounded number a turn: a storm of one client holds nobody up. While frames
-///   wait, nothing more is read from that client.
+/// - A client's frames are taken in order, a bounded number and for a bounded time a turn: a storm of one client holds
+///   nobody up. While frames wait, nothing more is read from that client.
 /// - The limits of DoorEvents.h hold. A client for which there is no room gets the refusal "too-many-clients", then the
 ///   connection is closed; also when there is no descriptor left.
 /// - A client that stops sending still gets what it asked for, then the connection is closed. What a client sent before
@@ -27,6 +28,9 @@ class SocketClient;
 class UnixSocketDoor {
 public:
     static constexpr std::size_t framesPerTurn = 16;
+    /// A turn ends with the frame in which it becomes as long as this: some frames take a hundred times as long as
+    /// others.
+    static constexpr std::chrono::microseconds longestTurn{300};
 
     /// Listens at `place`, see `SocketFile`, for clients of `origin`. Errors: `DoorError`.
     UnixSocketDoor(EventLoop& loop, SocketPlace place, Origin origin, DoorEvents events);

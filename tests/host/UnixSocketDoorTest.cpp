@@ -102,6 +102,30 @@ TEST_F(UnixSocketDoorTest, AStormHoldsNobodyUp) {
     waitFor([&] { return stormFrames == 100000; });
 }
 
+TEST_F(UnixSocketDoorTest, ATurnOfFramesThatTakeLongIsOneFrame) {
+    std::atomic<int> stormFrames{0};
+    std::atomic<bool> calmHasAsked{false};
+    onFrame = [&](const auto& client, const auto& frame) {
+        if (frame == "calm") {
+            sendTo(client, std::to_string(stormFrames));
+            return;
+        }
+        // The first goes on until the calm client's frame waits, too.
+        waitFor([&] { return calmHasAsked.load(); });
+        std::this_thread::sleep_for(2 * UnixSocketDoor::longestTurn);
+        ++stormFrames;
+    };
+    TestSupport::LineClient calm(socketPath());
+    TestSupport::LineClient storm(socketPath());
+    waitFor([&] { return arrived == 2; });
+    storm.send("a\nb\nc\nd\ne\nf\ng\nh\n");
+    calm.sendLine("calm");
+    calmHasAsked = true;
+    // Whoever comes first, the storm had no more than the frame it was at, and one turn after it.
+    EXPECT_LE(std::stoi(calm.receiveLine().value_or("99")), 2);
+    waitFor([&] { return stormFrames == 8; });
+}
+
 TEST_F(UnixSocketDoorTest, AClientThatDoesNotReadIsDisconnectedWithoutAGap) {
     const auto frame = std::make_shared<const std::string>(std::string(10000, 'e'));
     std::atomic<int> sent{0};

@@ -1,3 +1,5 @@
+#include <memory>
+
 #include <gtest/gtest.h>
 
 #include "RunningHost.h"
@@ -27,6 +29,26 @@ protected:
 };
 
 }  // namespace
+
+TEST_F(SettingsCtlAndHost, TellWhenThereIsNoRoomAndWorkWhenThereIs) {
+    const std::string noRoom = "settingsctl: the host serves as many clients as it can; try again when one has left\n";
+    std::vector<std::unique_ptr<TestSupport::LineClient>> crowd;
+    for (int number = 0; number < 128; ++number) {
+        crowd.push_back(std::make_unique<TestSupport::LineClient>(host.socketPath()));
+        crowd.push_back(std::make_unique<TestSupport::LineClient>(host.devicePath()));
+    }
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"get", "deviceName"}, {"set", "deviceName", "Den"}, {"watch"}, {"device", "show"}}) {
+        expectRun(arguments, 3, "", noRoom);
+    }
+    crowd.front()->sendLine("x");
+    EXPECT_TRUE(crowd.front()->receiveLine()) << "those inside are served";
+    crowd.clear();
+    const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
+    while (host.run({"get", "deviceName"}).status != 0 && std::chrono::steady_clock::now() < until) {
+    }
+    expectRun({"get", "deviceName"}, 0, "deviceName=TV\n");
+}
 
 TEST_F(SettingsCtlAndHost, ShowEverySettingOfAFreshDatabase) {
     expectRun({"get"}, 0,

@@ -7,11 +7,17 @@
 
 namespace TestSupport {
 
+/// Where files are kept in memory, if there is such a folder: for tests in which waiting for a disk shows nothing.
+inline std::filesystem::path memoryFolder() {
+    const std::filesystem::path shared = "/dev/shm";
+    return std::filesystem::is_directory(shared) ? shared : std::filesystem::temp_directory_path();
+}
+
 /// A fresh folder, mode 0700, that goes away with everything in it.
 class TemporaryDirectory {
 public:
-    TemporaryDirectory() {
-        std::string name = (std::filesystem::temp_directory_path() / "settings-test-XXXXXX").string();
+    explicit TemporaryDirectory(const std::filesystem::path& parent = std::filesystem::temp_directory_path()) {
+        std::string name = (parent / "settings-test-XXXXXX").string();
         if (::mkdtemp(name.data()) == nullptr) {
             throw std::runtime_error("cannot make a temporary folder");
         }

@@ -67,7 +67,7 @@ protected:
         host.reset();
     }
 
-    std::string database() { return folder / "state/settings.db"; }
+    virtual std::string database() { return folder / "state/settings.db"; }
     std::string socket() { return folder / "run/settings.sock"; }
     std::string deviceSocket() { return folder / "run/device.sock"; }
 

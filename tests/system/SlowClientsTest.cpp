@@ -1,0 +1,161 @@
+#include <array>
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include "WebHostFixture.h"
+#include "support/ProcessFigures.h"
+#include "support/Sanitizers.h"
+
+namespace SystemTests {
+
+using TestSupport::LineClient;
+using TestSupport::WebSocket;
+
+namespace {
+
+constexpr int eventCount = TestSupport::sanitized ? 3000 : 100000;
+/// Events in a row before everybody is waited for, so that only those who never read fall behind.
+constexpr int eventsAtOnce = 100;
+/// Makes few events enough to get ahead of who does not read.
+const std::string padding(TestSupport::sanitized ? 2000 : 60, 'p');
+constexpr std::size_t mebibyte = 1024UL * 1024;
+/// What one client that does not read may cost: 1 MiB that waits for it, with what it takes to keep short frames.
+constexpr std::size_t costOfAClient = 4 * mebibyte;
+
+std::string valueOf(int number) {
+    return std::to_string(number) + padding;
+}
+
+/// Does `frame` tell of change number `number`, from the value before to the one after?
+bool isEvent(const std::string& frame, int number) {
+    const auto event = parsed(frame);
+    const std::string before = number == 1 ? "TV" : valueOf(number - 1);
+    return event.HasMember("sequence") && event["sequence"].GetInt() == number &&
+           event["payload"]["from"].GetString() == before && event["payload"]["to"].GetString() == valueOf(number);
+}
+
+}  // namespace
+
+class SlowClients : public HostWeb {
+protected:
+    void SetUp() override { startWeb({"--log-level", "3"}); }
+
+    std::string database() override { return inMemory / "settings.db"; }
+
+    /// Somebody who reads every event as it comes, in a thread of its own.
+    class Watcher {
+    public:
+        explicit Watcher(std::function<std::optional<std::string>()> nextFrame)
+            : next(std::move(nextFrame)), thread([this] { watch(); }) {}
+        ~Watcher() { thread.join(); }
+        Watcher(const Watcher&) = delete;
+        Watcher& operator=(const Watcher&) = delete;
+
+        /// The last event that came with all before it.
+        int seen() const { return inOrder; }
+
+    private:
+        void watch() {
+            for (int number = 1; number <= eventCount; ++number) {
+                const auto frame = next();
+                if (!frame || !isEvent(*frame, number)) {
+                    ADD_FAILURE() << "instead of event " << number << ": " << frame.value_or("nothing");
+                    return;
+                }
+                inOrder = number;
+            }
+        }
+
+        std::function<std::optional<std::string>()> next;
+        std::atomic<int> inOrder{0};
+        std::thread thread;
+    };
+
+    /// How many events a client received, each in its place, before it was disconnected.
+    static int eventsBeforeTheEnd(const std::function<std::optional<std::string>()>& next) {
+        int count = 0;
+        while (const auto frame = next()) {
+            if (!isEvent(*frame, count + 1)) {
+                ADD_FAILURE() << "a gap before " << *frame;
+                break;
+            }
+            ++count;
+        }
+        return count;
+    }
+
+    /// Changes the device name again and again, never far ahead of those who read.
+    void makeEvents(const std::array<std::unique_ptr<Watcher>, 2>& watchers) {
+        for (int number = 1; number <= eventCount; number += eventsAtOnce) {
+            std::string requests;
+            for (int next = number; next < number + eventsAtOnce; ++next) {
+                requests += setRequest("deviceName", "\"" + valueOf(next) + "\"") + "\n";
+            }
+            client().send(requests);
+            for (int next = number; next < number + eventsAtOnce; ++next) {
+                ASSERT_TRUE(client().receiveLine()) << next;
+            }
+            const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
+            for (const auto& watcher : watchers) {
+                while (watcher->seen() < number + eventsAtOnce - 1 && std::chrono::steady_clock::now() < until) {
+                    std::this_thread::yield();
+                }
+                ASSERT_GE(watcher->seen(), number + eventsAtOnce - 1);
+            }
+        }
+    }
+
+private:
+    TestSupport::TemporaryDirectory inMemory{TestSupport::memoryFolder()};
+};
+
+TEST_F(SlowClients, ThoseWhoNeverReadAreDisconnectedAndTheOthersMissNothing) {
+    EXPECT_EQ(get("deviceName"), "TV");
+    const std::size_t descriptors = TestSupport::openDescriptors(host->pid());
+    constexpr std::size_t slowCount = 5;
+    std::vector<std::unique_ptr<LineClient>> slowLines;
+    std::vector<std::unique_ptr<WebSocket>> slowPages;
+    constexpr int smallBuffer = 4096;
+    for (std::size_t number = 0; number < slowCount; ++number) {
+        slowLines.push_back(std::make_unique<LineClient>(socket()));
+        slowPages.push_back(
+            std::make_unique<WebSocket>(port, "/settings?key=" + key, "settings.v1", Lines{}, smallBuffer));
+        ASSERT_EQ(slowPages.back()->status(), 101);
+    }
+    LineClient line(socket());
+    const auto pageThatReads = page();
+    // The answer to a question shows that the one who asked is known.
+    line.sendLine(R"({"type":18,"messageId":"m"})");
+    ASSERT_TRUE(line.receiveLine());
+    EXPECT_EQ(get("deviceName"), "TV");
+    const std::size_t memory = TestSupport::residentMemory(host->pid());
+    TestSupport::forgetPeakMemory(host->pid());
+    {
+        const std::array<std::unique_ptr<Watcher>, 2> watchers{
+            std::make_unique<Watcher>([&] { return line.receiveLine(); }),
+            std::make_unique<Watcher>([&] { return pageThatReads->receiveText(); })};
+        makeEvents(watchers);
+    }
+    if (!TestSupport::sanitized) {
+        EXPECT_LT(TestSupport::peakMemory(host->pid()), memory + 2 * slowCount * costOfAClient);
+    }
+    const std::string metrics = TestSupport::httpGet(port, "/metrics").body;
+    EXPECT_TRUE(contains(metrics, "settings_host_slow_clients_disconnected_total{door=\"socket\"} 5\n"));
+    EXPECT_TRUE(contains(metrics, "settings_host_slow_clients_disconnected_total{door=\"page\"} 5\n"));
+    for (std::size_t number = 0; number < slowCount; ++number) {
+        const int received = eventsBeforeTheEnd([&] { return slowLines[number]->receiveLine(); });
+        EXPECT_TRUE(slowLines[number]->closedByPeer());
+        EXPECT_LT(received, eventCount);
+        EXPECT_GT(received, 10);
+        EXPECT_LT(eventsBeforeTheEnd([&] { return slowPages[number]->receiveText(); }), eventCount);
+        EXPECT_TRUE(slowPages[number]->closedByPeer());
+    }
+    // Besides the test's own connection, the two who read are there.
+    EXPECT_LE(TestSupport::openDescriptors(host->pid()), descriptors + 2);
+    EXPECT_EQ(get("deviceName"), valueOf(eventCount));
+}
+
+}  // namespace SystemTests
