@@ -21,9 +21,9 @@ namespace Endurance {
 namespace {
 
 struct Plan {
-    std::uint64_t requests = 50000;
+    std::uint64_t requests = 100000;
     double minutes = 10;
-    std::size_t growthKibibytes = 1024;
+    std::size_t growthKibibytes = 256;
     std::vector<std::string> host;
 };
 

@@ -86,7 +86,7 @@ std::uint64_t SoakClient::sendBatch(std::uint64_t round) {
     batchSize = 0;
     const std::string mark = name + "-" + std::to_string(round);
     const std::string ownKey = "key " + name + " " + std::to_string(round % ownKeys);
-    const std::string ownValue = mark + std::string(round * 37 % 1000, 'x');
+    const std::string ownValue = mark + std::string(round % ownKeys * 20, 'x');
     addChanges(mark, round);
     addSet(ownKey, ownValue);
     addRefused(mark);
