@@ -180,15 +180,20 @@ private:
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     FuzzedDataProvider input(data, size);
     DeviceWorld world;
-    // After how many frames state and storage stop to be written.
-    const auto failsAfter = input.ConsumeIntegralInRange<int>(0, 15);
+    // The first frame at which state and storage cannot be written, and for how many; 0: to the end.
+    const auto firstFailure = input.ConsumeIntegralInRange<int>(0, 15);
+    const auto failures = input.ConsumeIntegralInRange<int>(0, 15);
     const bool storageFails = input.ConsumeBool();
     std::istringstream lines(input.ConsumeRemainingBytesAsString());
     int count = 0;
     for (std::string line; std::getline(lines, line);) {
-        if (++count == failsAfter) {
+        ++count;
+        if (count == firstFailure) {
             world.state.refuses = true;
             world.storage.refusesWrites = storageFails;
+        } else if (failures > 0 && count == firstFailure + failures) {
+            world.state.refuses = false;
+            world.storage.refusesWrites = false;
         }
         world.receive(line);
     }

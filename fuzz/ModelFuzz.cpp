@@ -135,15 +135,17 @@ private:
                         stringText(name) + to + "}}");
     }
 
+    // One draw a statement: a kept input must mean the same with every compiler.
     void getRequest() {
-        request(7, R"({"messageId":)" + stringText(input.ConsumeRandomLengthString(8)) + R"(,"payload":{"settings":)" +
-                       arrayText(texts(&Sequence::key)) + "}}");
+        const std::string messageId = input.ConsumeRandomLengthString(8);
+        const std::string names = arrayText(texts(&Sequence::key));
+        request(7, R"({"messageId":)" + stringText(messageId) + R"(,"payload":{"settings":)" + names + "}}");
     }
 
     void otherRequest() {
         constexpr int types[] = {18, 19, 22};
-        request(types[input.ConsumeIntegralInRange<std::size_t>(0, 2)],
-                R"({"messageId":)" + stringText(input.ConsumeRandomLengthString(8)) + "}");
+        const int type = types[input.ConsumeIntegralInRange<std::size_t>(0, 2)];
+        request(type, R"({"messageId":)" + stringText(input.ConsumeRandomLengthString(8)) + "}");
     }
 
     void textRequest() {
