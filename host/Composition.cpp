@@ -72,11 +72,11 @@ SocketPlace placeOf(const std::string& name, const std::string& path, PassedSock
 
 }  // namespace
 
-Composition::Composition(const Options& options, PassedSockets sockets)
+Composition::Composition(const Options& options, PassedSockets sockets, const std::shared_ptr<RequestContext>& context)
     : webListener(openWebListener(options, sockets)),
       traffic(std::make_shared<TrafficObservers>()),
       trace(std::make_shared<MessageTrace>()),
-      hub(std::make_shared<MessageHub>(traffic)),
+      hub(std::make_shared<MessageHub>(traffic, context)),
       metrics(std::make_shared<HostMetrics>(SETTINGS_HANDLER_VERSION)),
       database(openOrRecover(options.storageFile, recovery)),
       storage(

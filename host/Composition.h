@@ -33,8 +33,9 @@ class Composition {
 public:
     /// Opens the database, makes and starts the handler, then opens the doors. Takes SIGINT and SIGTERM over, and
     /// SIGHUP unless it is ignored. Errors: `DatabaseError`, `DoorError`.
-    /// Doors use `sockets` instead of what the options say: `settings`, `device` and `web`.
-    Composition(const Options& options, PassedSockets sockets);
+    /// Doors use `sockets` instead of what the options say: `settings`, `device` and `web`. `context` is told which
+    /// request is being handled.
+    Composition(const Options& options, PassedSockets sockets, const std::shared_ptr<RequestContext>& context);
     ~Composition();
 
     Composition(const Composition&) = delete;
