@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <csignal>
 #include <exception>
+#include <filesystem>
 #include <utility>
 #include <vector>
 
@@ -95,6 +96,9 @@ Composition::Composition(const Options& options, PassedSockets sockets, const st
     loop.onSignals(stopSignals(), [this] { loop.stop(); });
     hub->perform(Origin::DEVICE, [this] { startHandler(); });
     openDoors(options, sockets);
+    if (options.sandbox) {
+        enterSandbox(foldersInUse(options.log.file));
+    }
 }
 
 Composition::~Composition() = default;
@@ -127,18 +131,31 @@ void Composition::setUnusableLocaleAside() {
             "the stored value of '" + key + "' is no array of locales; it is now under '" + newKey + "'");
 }
 
+SandboxFolders Composition::foldersInUse(const std::string& logFile) const {
+    const auto folderOf = [](const std::string& file) {
+        return std::filesystem::absolute(file).parent_path().string();
+    };
+    SandboxFolders folders{{folderOf(database.file())}, {folderOf(settingsDoor->path()), folderOf(deviceDoor->path())}};
+    if (!logFile.empty()) {
+        folders.changed.push_back(folderOf(logFile));
+    }
+    return folders;
+}
+
 DoorEvents Composition::settingsEvents() {
     return {[this](const auto& client) { hub->addClient(client); },
             [this](const auto& client, Departure departure) { hub->removeClient(client, departure); },
             [this](const auto& client, const auto& frame) { hub->receive(client, frame); },
-            [this](const auto& client) { hub->refuseTooLarge(*client); }};
+            [this](const auto& client) { hub->refuseTooLarge(*client); },
+            [this](Origin origin) { traffic->clientTurnedAway(origin); }};
 }
 
 DoorEvents Composition::deviceEvents() {
     return {[this](const auto& client) { console->arrived(client); },
             [this](const auto& client, Departure departure) { console->left(client, departure); },
             [this](const auto& client, const auto& frame) { console->receive(client, frame); },
-            [this](const auto& client) { console->refuseTooLarge(client); }};
+            [this](const auto& client) { console->refuseTooLarge(client); },
+            [this](Origin origin) { traffic->clientTurnedAway(origin); }};
 }
 
 void Composition::openDoors(const Options& options, PassedSockets& sockets) {

@@ -13,6 +13,7 @@
 #include "device/SimulatedAppLaunch.h"
 #include "device/SimulatedDevice.h"
 #include "metrics/HostMetrics.h"
+#include "sandbox/Sandbox.h"
 #include "sdk/SimulatedSdkBridge.h"
 #include "service/PassedSockets.h"
 #include "storage/Database.h"
@@ -31,8 +32,8 @@ namespace SettingsHost {
 /// it.
 class Composition {
 public:
-    /// Opens the database, makes and starts the handler, then opens the doors. Takes SIGINT and SIGTERM over, and
-    /// SIGHUP unless it is ignored. Errors: `DatabaseError`, `DoorError`.
+    /// Opens the database, makes and starts the handler, then opens the doors and enters the sandbox. Takes SIGINT and
+    /// SIGTERM over, and SIGHUP unless it is ignored. Errors: `DatabaseError`, `DoorError`.
     /// Doors use `sockets` instead of what the options say: `settings`, `device` and `web`. `context` is told which
     /// request is being handled.
     Composition(const Options& options, PassedSockets sockets, const std::shared_ptr<RequestContext>& context);
@@ -51,6 +52,7 @@ private:
     void setUnusableLocaleAside();
     void openDoors(const Options& options, PassedSockets& sockets);
     void openWebDoor(const Options& options);
+    SandboxFolders foldersInUse(const std::string& logFile) const;
     DoorEvents settingsEvents();
     DoorEvents deviceEvents();
     std::string pageAddress() const;

@@ -112,6 +112,8 @@ Options parseOptions(int argumentCount, const char* const* arguments) {
     app.add_option("--log-file", options.log.file, "Write the log to this file too; at 1 MiB it becomes FILE.1")
         ->type_name("FILE")
         ->check(refuseEmpty);
+    bool noSandbox = false;
+    app.add_flag("--no-sandbox", noSandbox, "Keep every right of the user, for debuggers and the like");
     app.set_version_flag("--version", "settings-host " SETTINGS_HANDLER_VERSION);
     try {
         app.parse(argumentCount, arguments);
@@ -126,6 +128,7 @@ Options parseOptions(int argumentCount, const char* const* arguments) {
         throw CommandLineEnd(2, "--storage is required: neither XDG_STATE_HOME nor HOME names a folder\n");
     }
     options.log.format = formats.at(format);
+    options.sandbox = !noSandbox;
     if (!noWeb) {
         options.listen = parseWebAddress(listen);
     }

@@ -21,6 +21,8 @@ struct Options {
     std::string pagesFolder;
     /// One more origin whose pages may connect, unless empty.
     std::string allowedOrigin;
+    /// Give up what the host does not need, see sandbox/Sandbox.h.
+    bool sandbox = true;
 };
 
 /// The command line was help, version or wrong: `text` was not printed yet.

@@ -21,6 +21,8 @@ void MessageTrace::clientArrived(const Client& client) {
     numbers[&client] = ++lastNumber;
 }
 
+void MessageTrace::clientTurnedAway(Origin /*origin*/) {}
+
 void MessageTrace::clientLeft(const Client& client, Departure /*departure*/) {
     numbers.erase(&client);
 }

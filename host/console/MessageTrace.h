@@ -18,6 +18,7 @@ public:
     void unwatch(const std::shared_ptr<Client>& watcher) { watchers.erase(watcher); }
 
     void clientArrived(const Client& client) override;
+    void clientTurnedAway(Origin origin) override;
     void clientLeft(const Client& client, Departure departure) override;
     void frameReceived(const Client& client, const std::string& frame) override;
     void frameSent(const Client* receiver, const std::string& frame) override;

@@ -129,8 +129,11 @@ struct HostMetrics::Families {
         auto& clientFamily = gauge("settings_host_clients", "Clients that are connected.");
         auto& slowFamily =
             counter("settings_host_slow_clients_disconnected_total", "Clients disconnected because they did not read.");
+        auto& crowdFamily =
+            counter("settings_host_clients_turned_away_total", "Clients refused because there was no room.");
         for (const auto origin : {Origin::SOCKET, Origin::PAGE, Origin::DEVICE}) {
             clients[origin] = &clientFamily.Add({{"door", originName(origin)}});
+            turnedAway[origin] = &crowdFamily.Add({{"door", originName(origin)}});
             slowClients[origin] = &slowFamily.Add({{"door", originName(origin)}});
         }
     }
@@ -164,6 +167,7 @@ struct HostMetrics::Families {
     Series<Counter> refusals;
     std::map<Origin, Gauge*> clients;
     std::map<Origin, Counter*> slowClients;
+    std::map<Origin, Counter*> turnedAway;
     std::vector<Counter*> storageFailures;
     std::vector<Histogram*> storageSeconds;
     Counter* cpuSeconds = nullptr;
@@ -196,6 +200,10 @@ void HostMetrics::recordCounter(const std::string& name, int /*first*/, int /*se
 
 void HostMetrics::clientArrived(const Client& client) {
     families->clients.at(client.origin())->Increment();
+}
+
+void HostMetrics::clientTurnedAway(Origin origin) {
+    families->turnedAway.at(origin)->Increment();
 }
 
 void HostMetrics::clientLeft(const Client& client, Departure departure) {

@@ -29,6 +29,7 @@ public:
     void recordCounter(const std::string& name, int first, int second, double third) override;
 
     void clientArrived(const Client& client) override;
+    void clientTurnedAway(Origin origin) override;
     void clientLeft(const Client& client, Departure departure) override;
     /// Requests are counted when they are handled, and answers are not.
     void frameReceived(const Client& client, const std::string& frame) override;

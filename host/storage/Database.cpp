@@ -110,6 +110,8 @@ void Database::connect() {
 
 void Database::check() {
     execute("PRAGMA locking_mode=EXCLUSIVE");
+    // Nothing of what people stored is ever put into a folder for temporary files.
+    execute("PRAGMA temp_store=MEMORY");
     const int owner = pragma("application_id");
     const int version = pragma("user_version");
     Statement tables(*this, "SELECT count(*) FROM sqlite_schema");

@@ -16,6 +16,10 @@ namespace SettingsHost {
 constexpr std::size_t maximumUnread = 64UL * 1024UL;
 constexpr std::size_t maximumWaiting = 1024UL * 1024UL;
 
+/// Clients that a door serves at a time. Bounds what clients that misbehave can cost in memory; and those of all doors,
+/// with the host's own files, need fewer descriptors than the 1,024 that a process usually may have.
+constexpr std::size_t maximumClients = 128;
+
 /// Why a client is gone.
 enum class Departure { CLOSED, TOO_SLOW };
 
@@ -27,6 +31,8 @@ struct DoorEvents {
     std::function<void(const std::shared_ptr<Client>&, const std::string& frame)> frame;
     /// Only doors at which the rest of such a frame can be skipped.
     std::function<void(const std::shared_ptr<Client>&)> tooLarge;
+    /// Somebody came for whom there was no room.
+    std::function<void(Origin)> turnedAway;
 };
 
 }  // namespace SettingsHost

@@ -6,7 +6,6 @@
 #include <utility>
 
 #include <arpa/inet.h>
-#include <fcntl.h>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -14,7 +13,6 @@
 
 #include "transport/DoorError.h"
 #include "transport/PassedSocket.h"
-#include "transport/UvHandle.h"
 
 namespace SettingsHost {
 
@@ -47,55 +45,31 @@ Endpoint endpointOf(const std::string& address, std::uint16_t port) {
     return endpoint;
 }
 
-Descriptor openSpare() {
-    return Descriptor(::open("/dev/null", O_RDONLY | O_CLOEXEC));
-}
-
 }  // namespace
 
-/// Reports that connections wait.
-class TcpDoor::Watch : public UvHandle<uv_poll_t, Watch> {
-public:
-    explicit Watch(TcpDoor& owningDoor) : door(&owningDoor) {}
-
-    void start(uv_loop_t* loop, int listening, const std::shared_ptr<Watch>& self) {
-        uv_poll_init(loop, get(), listening);
-        opened(self);
-        uv_poll_start(get(), UV_READABLE, [](uv_poll_t* poll, int, int) { ownerOf(poll).door->accept(); });
-    }
-
-private:
-    TcpDoor* door;
-};
-
-TcpDoor::TcpDoor(const std::string& address, std::uint16_t port) : spare(openSpare()) {
+TcpDoor::TcpDoor(const std::string& address, std::uint16_t port) {
     Endpoint endpoint = endpointOf(address, port);
-    descriptor = Descriptor(::socket(endpoint.storage.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    Descriptor made(::socket(endpoint.storage.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
     const int on = 1;
     // Lets a host that starts again have the port of the one before; never that of one which still listens.
-    const bool listens = descriptor.get() >= 0 &&
-                         ::setsockopt(descriptor.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on)) == 0 &&
-                         ::bind(descriptor.get(), endpoint.generic(), endpoint.size) == 0 &&
-                         ::listen(descriptor.get(), connectionsThatMayWait) == 0;
+    const bool listens = made.get() >= 0 && ::setsockopt(made.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on)) == 0 &&
+                         ::bind(made.get(), endpoint.generic(), endpoint.size) == 0 &&
+                         ::listen(made.get(), connectionsThatMayWait) == 0;
     if (!listens) {
         throw DoorError("cannot listen at " + address + " port " + std::to_string(port) + ": " + std::strerror(errno));
     }
-    readAddress();
+    accept(std::move(made));
 }
 
-TcpDoor::TcpDoor(Descriptor listening) : descriptor(std::move(listening)), spare(openSpare()) {
-    checkPassedLoopbackSocket(descriptor.get());
-    readAddress();
+TcpDoor::TcpDoor(Descriptor listening) {
+    checkPassedLoopbackSocket(listening.get());
+    accept(std::move(listening));
 }
 
-TcpDoor::~TcpDoor() {
-    close();
-}
-
-void TcpDoor::readAddress() {
+void TcpDoor::accept(Descriptor listening) {
     Endpoint endpoint;
     endpoint.size = sizeof(endpoint.storage);
-    ::getsockname(descriptor.get(), endpoint.generic(), &endpoint.size);
+    ::getsockname(listening.get(), endpoint.generic(), &endpoint.size);
     std::array<char, NI_MAXHOST> host{};
     std::array<char, NI_MAXSERV> service{};
     if (::getnameinfo(endpoint.generic(), endpoint.size, host.data(), host.size(), service.data(), service.size(),
@@ -104,35 +78,15 @@ void TcpDoor::readAddress() {
     }
     boundAddress = host.data();
     boundPort = static_cast<std::uint16_t>(std::stoul(service.data()));
+    acceptor.emplace(listening.release());
 }
 
-void TcpDoor::start(EventLoop& loop, Taker taker) {
-    take = std::move(taker);
-    watch = std::make_shared<Watch>(*this);
-    watch->start(loop.handle(), descriptor.get(), watch);
-}
-
-void TcpDoor::accept() {
-    const int accepted = ::accept4(descriptor.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
-    if (accepted >= 0) {
-        take(accepted);
-    } else if (errno == EMFILE || errno == ENFILE) {
-        turnAway();
-    }
-}
-
-void TcpDoor::turnAway() {
-    spare = Descriptor();
-    Descriptor(::accept4(descriptor.get(), nullptr, nullptr, SOCK_CLOEXEC));
-    spare = openSpare();
+void TcpDoor::start(EventLoop& loop, Acceptor::Taker taker, Acceptor::Refuser refuser) {
+    acceptor->start(loop, std::move(taker), std::move(refuser));
 }
 
 void TcpDoor::close() {
-    if (watch) {
-        watch->closeHandle();
-    }
-    descriptor = Descriptor();
-    spare = Descriptor();
+    acceptor->close();
 }
 
 }  // namespace SettingsHost

@@ -30,6 +30,8 @@ public:
     virtual ~TrafficObserver() = default;
 
     virtual void clientArrived(const Client& client) = 0;
+    /// Nobody came in at a door for `origin`, because there was no room.
+    virtual void clientTurnedAway(Origin origin) = 0;
     virtual void clientLeft(const Client& client, Departure departure) = 0;
     virtual void frameReceived(const Client& client, const std::string& frame) = 0;
     /// `receiver` is null when the frame goes to every client of the settings doors.

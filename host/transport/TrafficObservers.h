@@ -18,6 +18,11 @@ public:
             observer->clientArrived(client);
         }
     }
+    void clientTurnedAway(Origin origin) override {
+        for (const auto& observer : observers) {
+            observer->clientTurnedAway(origin);
+        }
+    }
     void clientLeft(const Client& client, Departure departure) override {
         for (const auto& observer : observers) {
             observer->clientLeft(client, departure);

@@ -2,8 +2,11 @@
 
 #include <utility>
 
+#include <sys/socket.h>
+#include <unistd.h>
 #include <uv.h>
 
+#include "text/Frames.h"
 #include "transport/SocketClient.h"
 #include "transport/UvHandle.h"
 
@@ -14,32 +17,6 @@ namespace {
 constexpr std::size_t readSize = 65536;
 
 }  // namespace
-
-/// The listening end.
-class UnixSocketDoor::Listener : public UvHandle<uv_pipe_t, Listener> {
-public:
-    explicit Listener(UnixSocketDoor& owningDoor) : door(&owningDoor) {}
-
-    void listen(uv_loop_t* eventLoop, int descriptor, const std::shared_ptr<Listener>& self) {
-        uv_pipe_init(eventLoop, get(), 0);
-        opened(self);
-        int result = uv_pipe_open(get(), descriptor);
-        if (result == 0) {
-            result = uv_listen(stream(), 128, [](uv_stream_t* arrived, int status) {
-                if (status == 0) {
-                    ownerOf(arrived).door->accept();
-                }
-            });
-        }
-        if (result != 0) {
-            closeHandle();
-            throw DoorError(std::string("cannot listen: ") + uv_strerror(result));
-        }
-    }
-
-private:
-    UnixSocketDoor* door;
-};
 
 /// Runs once a round of the event loop while clients have frames left.
 class UnixSocketDoor::Turns : public UvHandle<uv_idle_t, Turns> {
@@ -59,12 +36,13 @@ UnixSocketDoor::UnixSocketDoor(EventLoop& eventLoop, SocketPlace place, Origin o
       origin(originOfClients),
       events(std::move(doorEvents)),
       file(std::move(place)),
+      acceptor(file.takeDescriptor()),
       readBuffer(readSize) {
     turns = std::make_shared<Turns>(*this);
     uv_idle_init(loop.handle(), turns->get());
     turns->opened(turns);
-    listener = std::make_shared<Listener>(*this);
-    listener->listen(loop.handle(), file.takeDescriptor(), listener);
+    acceptor.start(
+        loop, [this](int descriptor) { accept(descriptor); }, [this](int descriptor) { turnAway(descriptor); });
 }
 
 UnixSocketDoor::~UnixSocketDoor() {
@@ -75,17 +53,31 @@ UnixSocketDoor::~UnixSocketDoor() {
     }
 }
 
-void UnixSocketDoor::accept() {
+void UnixSocketDoor::accept(int descriptor) {
+    if (clients.size() >= maximumClients) {
+        turnAway(descriptor);
+        ::close(descriptor);
+        return;
+    }
     auto client = std::make_shared<SocketClient>(*this, origin);
     uv_pipe_init(loop.handle(), client->get(), 0);
     client->opened(client);
-    if (uv_accept(listener->stream(), client->stream()) != 0) {
+    if (uv_pipe_open(client->get(), descriptor) != 0) {
+        ::close(descriptor);
         client->closeHandle();
         return;
     }
     clients.emplace(client.get(), client);
     events.arrived(client);
     client->start();
+}
+
+void UnixSocketDoor::turnAway(int descriptor) {
+    static const std::string farewell =
+        refusalFrame("too-many-clients", "the host has no room for one more client") + "\n";
+    // Nothing was sent to it yet, so there is room for all of it.
+    ::send(descriptor, farewell.data(), farewell.size(), MSG_NOSIGNAL);
+    events.turnedAway(origin);
 }
 
 void UnixSocketDoor::continueLater(const std::shared_ptr<SocketClient>& client) {
@@ -122,7 +114,7 @@ void UnixSocketDoor::close() {
     }
     closing = true;
     file.remove();
-    listener->closeHandle();
+    acceptor.close();
     turns->closeHandle();
     waiting.clear();
     for (const auto& entry : clients) {

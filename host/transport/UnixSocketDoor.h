@@ -5,6 +5,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "transport/Acceptor.h"
 #include "transport/DoorEvents.h"
 #include "transport/EventLoop.h"
 #include "transport/SocketFile.h"
@@ -17,7 +18,8 @@ class SocketClient;
 ///
 /// - A client's frames are taken in order, a bounded number a turn: a storm of one client holds nobody up. While frames
 ///   wait, nothing more is read from that client.
-/// - The limits of DoorEvents.h hold.
+/// - The limits of DoorEvents.h hold. A client for which there is no room gets the refusal "too-many-clients", then the
+///   connection is closed; also when there is no descriptor left.
 /// - A client that stops sending still gets what it asked for, then the connection is closed. What a client sent before
 ///   it closed is taken, even if it read nothing.
 ///
@@ -42,10 +44,10 @@ public:
 
 private:
     friend class SocketClient;
-    class Listener;
     class Turns;
 
-    void accept();
+    void accept(int descriptor);
+    void turnAway(int descriptor);
     void continueLater(const std::shared_ptr<SocketClient>& client);
     void takeTurn();
     void remove(SocketClient& client);
@@ -54,7 +56,7 @@ private:
     Origin origin;
     DoorEvents events;
     SocketFile file;
-    std::shared_ptr<Listener> listener;
+    Acceptor acceptor;
     std::shared_ptr<Turns> turns;
     std::unordered_map<SocketClient*, std::shared_ptr<SocketClient>> clients;
     /// Where all clients are read into, one after the other.

@@ -216,7 +216,9 @@ WebDoor::WebDoor(EventLoop& eventLoop, std::unique_ptr<TcpDoor> itsListener, Web
       settingsEvents(std::move(eventsOfSettings)),
       deviceEvents(std::move(eventsOfDevice)) {
     createContext();
-    listener->start(loop, [this](int descriptor) { adopt(descriptor); });
+    listener->start(
+        loop, [this](int descriptor) { adopt(descriptor); },
+        [this](int /*descriptor*/) { settingsEvents.turnedAway(Origin::PAGE); });
 }
 
 WebDoor::~WebDoor() {
@@ -249,7 +251,7 @@ void WebDoor::createContext() {
     info.timeout_secs_ah_idle = site.secondsOfPatience;
     info.keepalive_timeout = site.secondsOfPatience;
     info.max_http_header_data2 = longestHeader;
-    info.fd_limit_per_thread = maximumConnections;
+    info.fd_limit_per_thread = maximumClients;
     context = lws_create_context(&info);
     vhost = context == nullptr ? nullptr : lws_create_vhost(context, &info);
     if (vhost == nullptr) {
@@ -259,7 +261,9 @@ void WebDoor::createContext() {
 
 void WebDoor::adopt(int descriptor) {
     // Closes the descriptor when there is no room for one more.
-    lws_adopt_socket_vhost(vhost, descriptor);
+    if (lws_adopt_socket_vhost(vhost, descriptor) == nullptr) {
+        settingsEvents.turnedAway(Origin::PAGE);
+    }
 }
 
 HttpAnswer WebDoor::answerFor(lws* connection, const std::string& path) const {

@@ -40,13 +40,12 @@ struct WebSite {
 /// - `/device`, subprotocol `device.v1`: what the device socket speaks, for clients of origin DEVICE.
 ///
 /// The limits of DoorEvents.h hold. A message over the frame limit closes its connection with 1009, a binary one with
-/// 1003. At most `maximumConnections` are served at a time; more are closed as they arrive.
+/// 1003. Of connections of any kind `maximumClients` are served at a time; more
+/// are closed as they arrive.
 ///
 /// One thread only. The event loop outlives it, and runs once more after `closeNow`.
 class WebDoor {
 public:
-    static constexpr unsigned maximumConnections = 128;
-
     /// Errors: `DoorError`.
     WebDoor(EventLoop& loop, std::unique_ptr<TcpDoor> listener, WebSite site, DoorEvents settingsEvents,
             DoorEvents deviceEvents);

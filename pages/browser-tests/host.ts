@@ -83,7 +83,7 @@ export class Host {
     /** Starts it again with a database as new: no page that is open is let in any more. */
     async resumeAsNew(): Promise<void> {
         await this.kill();
-        for (const part of ['', '-wal', '-shm']) {
+        for (const part of ['', '-wal', '.backup.1', '.backup.2']) {
             await rm(this.database() + part, { force: true });
         }
         await this.resume();

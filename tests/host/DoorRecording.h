@@ -34,7 +34,7 @@ public:
                     ++left;
                 },
                 [this](const auto& client, const auto& frame) { onFrame(client, frame); },
-                [](const auto& client) { sendTo(client, "TOO LARGE"); }};
+                [](const auto& client) { sendTo(client, "TOO LARGE"); }, [this](Origin) { ++turnedAway; }};
     }
 
     static void sendTo(const std::shared_ptr<Client>& client, const std::string& text) {
@@ -57,6 +57,7 @@ public:
     std::atomic<int> arrived{0};
     std::atomic<int> left{0};
     std::atomic<int> tooSlow{0};
+    std::atomic<int> turnedAway{0};
 };
 
 /// A door on a loop in a thread of its own.

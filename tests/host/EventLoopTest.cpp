@@ -43,7 +43,7 @@ TEST_F(EventLoopTest, DrainingWaitsForAClientThatDoesNotReadNoLongerThanASecondS
                                        client->send(large);
                                        loop.stop();
                                    },
-                                   [](const auto&) {}});
+                                   [](const auto&) {}, [](Origin) {}});
     TestSupport::LineClient stuck(folder / "door.sock");
     stuck.sendLine("x");
     loop.run();

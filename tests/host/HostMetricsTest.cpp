@@ -94,7 +94,7 @@ TEST_F(HostMetricsTest, CountsRequestsByTypeAndOutcomeAndRefusalsByCode) {
               (std::vector<std::string>{R"({code="not-json"} 1)", R"({code="too-large"} 1)"}));
 }
 
-TEST_F(HostMetricsTest, KnowsWhoIsConnectedAndWhoWasTooSlow) {
+TEST_F(HostMetricsTest, KnowsWhoIsConnectedWhoWasTooSlowAndWhoWasTurnedAway) {
     metrics.clientArrived(onSocket);
     metrics.clientArrived(onSocket);
     metrics.clientArrived(onPage);
@@ -106,6 +106,11 @@ TEST_F(HostMetricsTest, KnowsWhoIsConnectedAndWhoWasTooSlow) {
     EXPECT_EQ(lines("settings_host_clients{"),
               (std::vector<std::string>{R"(door="device"} 1)", R"(door="socket"} 1)"}));
     EXPECT_EQ(lines("settings_host_slow_clients_disconnected_total"), std::vector<std::string>{R"({door="page"} 1)"});
+    metrics.clientTurnedAway(Origin::SOCKET);
+    metrics.clientTurnedAway(Origin::SOCKET);
+    metrics.clientTurnedAway(Origin::DEVICE);
+    EXPECT_EQ(lines("settings_host_clients_turned_away_total"),
+              (std::vector<std::string>{R"({door="device"} 1)", R"({door="socket"} 2)"}));
 }
 
 TEST_F(HostMetricsTest, TimesTheStorage) {

@@ -45,6 +45,7 @@ TEST(MetricsTextTest, DescribesEachFamilyOnceAndGivesItsSeries) {
             "# HELP settings_host_build_info The version that runs, as a label.",
             "# HELP settings_host_changes_total Accepted changes and failed ones (value \"error\").",
             "# HELP settings_host_clients Clients that are connected.",
+            "# HELP settings_host_clients_turned_away_total Clients refused because there was no room.",
             "# HELP settings_host_refusals_total Frames that the transport refused.",
             "# HELP settings_host_requests_total Requests that reached the handler's door.",
             "# HELP settings_host_slow_clients_disconnected_total Clients disconnected because they did not read.",
@@ -59,6 +60,7 @@ TEST(MetricsTextTest, DescribesEachFamilyOnceAndGivesItsSeries) {
             "# TYPE settings_host_build_info gauge",
             "# TYPE settings_host_changes_total counter",
             "# TYPE settings_host_clients gauge",
+            "# TYPE settings_host_clients_turned_away_total counter",
             "# TYPE settings_host_refusals_total counter",
             "# TYPE settings_host_requests_total counter",
             "# TYPE settings_host_slow_clients_disconnected_total counter",
@@ -90,6 +92,7 @@ TEST(MetricsTextTest, ShowsEverySeriesFromTheStart) {
     EXPECT_EQ(series("settings_host_requests_total"), 6 * 5);
     EXPECT_EQ(series("settings_host_refusals_total"), 6);
     EXPECT_EQ(series("settings_host_clients"), 3);
+    EXPECT_EQ(series("settings_host_clients_turned_away_total"), 3);
     EXPECT_EQ(series("settings_host_slow_clients_disconnected_total"), 3);
     EXPECT_EQ(series("settings_host_storage_failures_total"), 4);
     EXPECT_EQ(series("settings_host_storage_seconds_bucket"), 4 * 10);

@@ -1,3 +1,7 @@
+#include <chrono>
+#include <ctime>
+#include <thread>
+
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -14,12 +18,15 @@ class TcpDoorTest : public ::testing::Test {
 protected:
     /// Takes `count` connections, then stops the loop.
     void startTaking(TcpDoor& door, std::size_t count) {
-        door.start(loop, [this, count](int descriptor) {
-            taken.push_back(descriptor);
-            if (taken.size() == count) {
-                loop.stop();
-            }
-        });
+        door.start(
+            loop,
+            [this, count](int descriptor) {
+                taken.push_back(descriptor);
+                if (taken.size() == count) {
+                    loop.stop();
+                }
+            },
+            [this](int /*descriptor*/) { ++refused; });
     }
 
     ~TcpDoorTest() override {
@@ -30,6 +37,7 @@ protected:
 
     EventLoop loop;
     std::vector<int> taken;
+    int refused = 0;
 };
 
 TEST_F(TcpDoorTest, ConnectionsThatCameBeforeTheStartWait) {
@@ -84,11 +92,37 @@ TEST_F(TcpDoorTest, AtTheDescriptorLimitConnectionsAreTurnedAwayAndTheNextIsServ
     loop.run();
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
     EXPECT_TRUE(taken.empty());
+    EXPECT_EQ(refused, 1);
     EXPECT_EQ(turnedAway.receiveAll(), "");
     EXPECT_TRUE(turnedAway.closedByPeer());
     TestSupport::TcpConnection next(door.port());
     loop.run();
     EXPECT_EQ(taken.size(), 1U);
+}
+
+TEST_F(TcpDoorTest, WhenNotEvenTheSpareDescriptorHelpsConnectionsWaitAndTheLoopSleeps) {
+    if (TestSupport::sanitizersNeedDescriptors) {
+        GTEST_SKIP();
+    }
+    TcpDoor door("127.0.0.1", 0);
+    startTaking(door, 1);
+    TestSupport::TcpConnection waits(door.port());
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit none{0, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+    const auto start = std::chrono::steady_clock::now();
+    const std::clock_t used = std::clock();
+    std::thread relief([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5 * Acceptor::pauseMilliseconds));
+        ::setrlimit(RLIMIT_NOFILE, &before);
+    });
+    loop.run();
+    relief.join();
+    const auto seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    EXPECT_LT(static_cast<double>(std::clock() - used) / CLOCKS_PER_SEC, seconds / 2) << "the loop never slept";
+    EXPECT_EQ(refused, 0);
+    EXPECT_EQ(taken.size(), 1U) << "it was served when there was room again";
 }
 
 }  // namespace SettingsHost

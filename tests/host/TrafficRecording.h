@@ -12,6 +12,7 @@ namespace SettingsHost {
 class TrafficRecording : public TrafficObserver {
 public:
     void clientArrived(const Client& client) override { add(std::string("arrived ") + originName(client.origin())); }
+    void clientTurnedAway(Origin origin) override { add(std::string("turned away ") + originName(origin)); }
     void clientLeft(const Client& client, Departure departure) override {
         add(std::string("left ") + originName(client.origin()) +
             (departure == Departure::TOO_SLOW ? " TOO_SLOW" : " CLOSED"));

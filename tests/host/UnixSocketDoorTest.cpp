@@ -194,6 +194,33 @@ TEST_F(UnixSocketDoorTest, StoppingDoesNotWaitForAClientThatDoesNotRead) {
     EXPECT_LT(client.receiveAll().size(), 900000U);
 }
 
+TEST_F(UnixSocketDoorTest, MoreClientsThanItTakesAreToldSoAndThereIsRoomAgainWhenOneLeaves) {
+    const std::string refusal =
+        R"({"error":{"code":"too-many-clients","message":"the host has no room for one more client"}})"
+        "\n";
+    std::vector<std::unique_ptr<TestSupport::LineClient>> inside;
+    for (std::size_t number = 0; number < maximumClients; ++number) {
+        inside.push_back(std::make_unique<TestSupport::LineClient>(socketPath()));
+    }
+    for (int number = 1; number <= 20; ++number) {
+        TestSupport::LineClient outside(socketPath());
+        outside.sendLine("x");
+        EXPECT_EQ(outside.receiveAll(), refusal);
+        EXPECT_TRUE(outside.closedByPeer());
+        EXPECT_EQ(turnedAway, number);
+    }
+    EXPECT_EQ(arrived, static_cast<int>(maximumClients));
+    for (const auto& client : inside) {
+        client->sendLine("x");
+        EXPECT_EQ(client->receiveLine(), "<x>");
+    }
+    inside.pop_back();
+    waitFor([&] { return left == 1; });
+    inside.push_back(std::make_unique<TestSupport::LineClient>(socketPath()));
+    inside.back()->sendLine("y");
+    EXPECT_EQ(inside.back()->receiveLine(), "<y>");
+}
+
 TEST_F(UnixSocketDoorTest, ManyClientsComeAndGo) {
     for (int round = 0; round < 3; ++round) {
         std::vector<std::unique_ptr<TestSupport::LineClient>> many;

@@ -325,14 +325,15 @@ TEST_F(WebDoorTest, StoppingDoesNotWaitForOneThatReadsNothing) {
 
 TEST_F(WebDoorTest, MoreConnectionsThanItTakesAreClosedAndThoseInsideGoOn) {
     std::vector<std::unique_ptr<WebSocket>> inside;
-    for (unsigned number = 0; number < WebDoor::maximumConnections + 20; ++number) {
+    for (std::size_t number = 0; number < maximumClients + 20; ++number) {
         inside.push_back(std::make_unique<WebSocket>(port, "/settings?key=thekey", "settings.v1"));
         if (inside.back()->status() != 101) {
             inside.pop_back();
         }
     }
-    EXPECT_LE(inside.size(), WebDoor::maximumConnections);
-    EXPECT_GE(inside.size(), WebDoor::maximumConnections - 10);
+    EXPECT_LE(inside.size(), maximumClients);
+    EXPECT_GE(inside.size(), maximumClients - 10);
+    waitFor([&] { return turnedAway >= 20; });
     for (const auto& socket : inside) {
         socket->sendText("x");
         EXPECT_EQ(socket->receiveText(), "<x>");

@@ -49,6 +49,14 @@ TEST_P(SettingsCtlWithABrokenHost, TellsThatItClosedTheConnectionAtOnce) {
     expectEnd(program, 3, "", "settingsctl: the host at " + path() + " closed the connection\n");
 }
 
+TEST_P(SettingsCtlWithABrokenHost, TellsThatItHasNoRoom) {
+    auto program = start();
+    Peer client = accept();
+    client.sendLine(R"({"error":{"code":"too-many-clients","message":"the host has no room for one more client"}})");
+    client.close();
+    expectEnd(program, 3, "", "settingsctl: the host serves as many clients as it can; try again when one has left\n");
+}
+
 TEST_P(SettingsCtlWithABrokenHost, TellsThatItDiedInItsAnswer) {
     auto program = start();
     Peer client = accept();

@@ -79,6 +79,18 @@ TEST_F(SettingsCtlConnection, GivesUpAtTheDeadline) {
               "the host at " + path + " does not answer");
 }
 
+TEST_F(SettingsCtlConnection, TellsWhatTheHostSaidBeforeItWentEvenIfNothingCanBeSent) {
+    const ListeningSocket listener(path);
+    Connection connection(path, patience);
+    Peer host = listener.accept();
+    host.send("farewell\n");
+    host.close();
+    connection.send("x\n");
+    EXPECT_EQ(connection.receive(connection.deadline()), "farewell");
+    EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.receive(connection.deadline()); }),
+              "the host at " + path + " closed the connection");
+}
+
 TEST_F(SettingsCtlConnection, TellsWhenTheHostGoes) {
     const ListeningSocket listener(path);
     Connection connection(path, patience);
@@ -88,7 +100,8 @@ TEST_F(SettingsCtlConnection, TellsWhenTheHostGoes) {
     EXPECT_EQ(connection.receive(connection.deadline()), "whole");
     const std::string closed = "the host at " + path + " closed the connection";
     EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.receive(connection.deadline()); }), closed);
-    EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.send("x\n"); }), closed);
+    connection.send("x\n");
+    EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.receive(connection.deadline()); }), closed);
 }
 
 TEST_F(SettingsCtlConnection, GivesUpSendingWhenTheHostDoesNotRead) {

@@ -3,6 +3,8 @@
 #include <csignal>
 #include <stdexcept>
 
+#include "support/Sanitizers.h"
+
 namespace SettingsCtlTests {
 
 RunningHost::RunningHost() {
@@ -10,9 +12,13 @@ RunningHost::RunningHost() {
 }
 
 void RunningHost::start() {
-    process.emplace(std::vector<std::string>{SETTINGS_HOST_PROGRAM, "--storage", folder / "settings.db", "--no-web",
-                                             "--log-level", "3"},
-                    std::map<std::string, std::string>{{"XDG_RUNTIME_DIR", runtimeFolder()}});
+    std::vector<std::string> arguments{SETTINGS_HOST_PROGRAM, "--storage", folder / "settings.db", "--no-web",
+                                       "--log-level",         "3"};
+    if (TestSupport::sanitized) {
+        // The runtime of such a build needs more of the system than the host.
+        arguments.push_back("--no-sandbox");
+    }
+    process.emplace(arguments, std::map<std::string, std::string>{{"XDG_RUNTIME_DIR", runtimeFolder()}});
     const auto line = process->output().readLine();
     if (!line || line->rfind("ready:", 0) != 0) {
         throw std::runtime_error("settings-host is not ready: " + process->errors().readAll());

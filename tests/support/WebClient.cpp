@@ -171,6 +171,10 @@ WebSocket::WebSocket(std::uint16_t port, const std::string& target, const std::s
 }
 
 bool WebSocket::sendFrame(int kind, const std::string& payload, bool final) {
+    return connection.send(frameBytes(kind, payload, final));
+}
+
+std::string WebSocket::frameBytes(int kind, const std::string& payload, bool final) {
     std::string frame(1, static_cast<char>((final ? 0x80 : 0) | kind));
     const std::size_t size = payload.size();
     constexpr int masked = 0x80;
@@ -188,7 +192,7 @@ bool WebSocket::sendFrame(int kind, const std::string& payload, bool final) {
     for (std::size_t place = 0; place < size; ++place) {
         frame += static_cast<char>(payload[place] ^ mask[place % mask.size()]);
     }
-    return connection.send(frame);
+    return frame;
 }
 
 int WebSocket::Message::closeStatus() const {

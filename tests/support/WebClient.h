@@ -77,6 +77,8 @@ public:
     bool sendText(const std::string& text) { return sendFrame(1, text, true); }
     /// `kind` 0 continues a message; `final` ends it.
     bool sendFrame(int kind, const std::string& payload, bool final);
+    /// The bytes of such a frame, masked.
+    static std::string frameBytes(int kind, const std::string& payload, bool final);
     bool sendRaw(const std::string& bytes) { return connection.send(bytes); }
 
     /// The next message, pings answered on the way unless `answerPings` is false.

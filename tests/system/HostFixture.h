@@ -11,6 +11,7 @@
 #include "Utils/Rapidjson.h"
 #include "support/ChildProcess.h"
 #include "support/LineClient.h"
+#include "support/Sanitizers.h"
 #include "support/TemporaryDirectory.h"
 
 namespace SystemTests {
@@ -43,6 +44,10 @@ protected:
             arguments.push_back(argument);
         }
         arguments.insert(arguments.end(), webArguments.begin(), webArguments.end());
+        if (TestSupport::sanitized) {
+            // The runtime of such a build needs more of the system than the host.
+            arguments.push_back("--no-sandbox");
+        }
         arguments.insert(arguments.end(), moreArguments.begin(), moreArguments.end());
         return std::make_unique<TestSupport::ChildProcess>(arguments, environment, sockets);
     }

@@ -57,8 +57,10 @@ void Connection::send(const std::string& lines) {
             sent += static_cast<std::size_t>(count);
         } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
             fail("does not take requests");
+        } else if (errno == EPIPE || errno == ECONNRESET) {
+            return;
         } else if (errno != EINTR) {
-            fail("closed the connection");
+            fail(std::string("cannot be written to: ") + std::strerror(errno));
         }
     }
 }

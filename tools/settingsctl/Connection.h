@@ -26,7 +26,8 @@ public:
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
-    /// Sends lines that are already ended.
+    /// Sends lines that are already ended. A host that has closed the connection is told by the next `receive`, after
+    /// what it said before.
     void send(const std::string& lines);
     /// The moment until which an answer to what is sent now is waited for.
     Deadline deadline() const { return std::chrono::steady_clock::now() + timeout; }

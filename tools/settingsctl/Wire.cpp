@@ -104,6 +104,9 @@ std::optional<std::vector<std::string>> Frame::reread() const {
 void Frame::throwIfRefusal() const {
     if (at({"error"}) != nullptr) {
         auto error = stringsAt({"error"});
+        if (error["code"] == "too-many-clients") {
+            throw Failure(UNREACHABLE, "the host serves as many clients as it can; try again when one has left");
+        }
         throw Failure(REFUSED, "the host refused the request: " + error["message"] + " (" + error["code"] + ")");
     }
 }

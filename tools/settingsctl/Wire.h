@@ -42,7 +42,8 @@ public:
     std::optional<Change> change() const;
     /// The keys that a notice asks to read again; nothing when the frame is no notice.
     std::optional<std::vector<std::string>> reread() const;
-    /// Throws `Failure` (REFUSED) when the host itself refused what was sent.
+    /// Throws `Failure` when the host itself refused what was sent (REFUSED), or has no room for this client
+    /// (UNREACHABLE).
     void throwIfRefusal() const;
     /// The members of the object at a path of member names, in the order of their keys.
     /// Errors: `Failure` (UNREACHABLE) when there is no object there, or one with a member that is no string.

@@ -1,0 +1,286 @@
+#include <algorithm>
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include <sys/resource.h>
+
+#include "WebHostFixture.h"
+#include "support/ProcessFigures.h"
+#include "support/Sanitizers.h"
+
+namespace SystemTests {
+
+using TestSupport::httpGet;
+using TestSupport::LineClient;
+using TestSupport::TcpConnection;
+using TestSupport::WebSocket;
+
+namespace {
+
+/// What the host promises.
+constexpr std::size_t clientsOfADoor = 128;
+/// What a connection may cost in memory while nothing waits for it.
+constexpr std::size_t idleConnectionCost = 64UL * 1024;
+
+const std::string noRoom =
+    R"({"error":{"code":"too-many-clients","message":"the host has no room for one more client"}})";
+const std::string notJson = R"({"error":{"code":"not-json","message":"the frame is not JSON"}})";
+
+}  // namespace
+
+class HostileConnections : public HostWeb {
+protected:
+    void SetUp() override {
+        startWeb({"--log-level", "3"});
+        EXPECT_EQ(get("deviceName"), "TV");
+        descriptors = TestSupport::openDescriptors(host->pid());
+        httpGet(port, "/metrics");
+        waitFor([&] { return TestSupport::openDescriptors(host->pid()) == descriptors; });
+        memory = TestSupport::residentMemory(host->pid());
+        TestSupport::forgetPeakMemory(host->pid());
+    }
+
+    static void waitFor(const std::function<bool()>& condition) {
+        const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
+        while (!condition() && std::chrono::steady_clock::now() < until) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
+        EXPECT_TRUE(condition());
+    }
+
+    /// Is the host, apart from the test's own connection, as it was before?
+    void expectNothingLeft() {
+        waitFor([&] { return TestSupport::openDescriptors(host->pid()) <= descriptors; });
+        EXPECT_EQ(get("deviceName"), "TV");
+        EXPECT_EQ(figure("settings_host_clients{door=\"socket\"}"), "1");
+        EXPECT_EQ(figure("settings_host_clients{door=\"page\"}"), "0");
+        EXPECT_EQ(figure("settings_host_clients{door=\"device\"}"), "0");
+    }
+
+    void expectGrowthBelow(std::size_t bytes) {
+        if (!TestSupport::sanitized) {
+            EXPECT_LT(TestSupport::peakMemory(host->pid()), memory + bytes);
+        }
+    }
+
+    std::string figure(const std::string& series) {
+        const std::string text = TestSupport::httpGet(port, "/metrics").body;
+        const std::size_t place = text.find("\n" + series + " ");
+        if (place == std::string::npos) {
+            return "(none)";
+        }
+        const std::size_t value = place + series.size() + 2;
+        return text.substr(value, text.find('\n', value) - value);
+    }
+
+    std::size_t descriptors = 0;
+    std::size_t memory = 0;
+};
+
+TEST_F(HostileConnections, OfAThousandClientsAsManyAsThereIsRoomForAreServedAndTheOthersAreTold) {
+    constexpr std::size_t crowdSize = 1000;
+    for (const auto& [path, door, others] :
+         {std::tuple(socket(), "socket", clientsOfADoor - 1), std::tuple(deviceSocket(), "device", clientsOfADoor)}) {
+        std::vector<std::unique_ptr<LineClient>> crowd;
+        for (std::size_t number = 0; number < crowdSize; ++number) {
+            crowd.push_back(std::make_unique<LineClient>(path));
+            if (number % 100 == 0) {
+                EXPECT_EQ(get("deviceName"), "TV") << number;
+            }
+        }
+        for (std::size_t number = 0; number < crowdSize; ++number) {
+            if (number < others) {
+                crowd[number]->sendLine("x");
+                EXPECT_EQ(crowd[number]->receiveLine(), notJson);
+            } else {
+                EXPECT_EQ(crowd[number]->receiveAll(), noRoom + "\n");
+                EXPECT_TRUE(crowd[number]->closedByPeer());
+            }
+        }
+        EXPECT_EQ(TestSupport::openDescriptors(host->pid()), descriptors + others);
+        EXPECT_EQ(figure(std::string("settings_host_clients_turned_away_total{door=\"") + door + "\"}"),
+                  std::to_string(crowdSize - others));
+        crowd.clear();
+        expectNothingLeft();
+    }
+    expectGrowthBelow(clientsOfADoor * idleConnectionCost);
+}
+
+TEST_F(HostileConnections, OfAThousandWebConnectionsAsManyAsThereIsRoomForAreKept) {
+    constexpr std::size_t crowdSize = 1000;
+    const auto inside = page();
+    std::vector<std::unique_ptr<TcpConnection>> crowd;
+    for (std::size_t number = 0; number < crowdSize; ++number) {
+        crowd.push_back(std::make_unique<TcpConnection>(port));
+        if (number % 100 == 0) {
+            inside->sendText(getRequest(R"(["deviceName"])"));
+            EXPECT_TRUE(inside->receiveText()) << number;
+        }
+    }
+    for (std::size_t number = crowdSize - 800; number < crowdSize; ++number) {
+        EXPECT_EQ(crowd[number]->receiveAll(), "");
+        EXPECT_TRUE(crowd[number]->closedByPeer());
+    }
+    EXPECT_LE(TestSupport::openDescriptors(host->pid()), descriptors + clientsOfADoor);
+    crowd.clear();
+    waitFor([&] { return TestSupport::openDescriptors(host->pid()) <= descriptors + 1; });
+    EXPECT_GE(std::stoul(figure("settings_host_clients_turned_away_total{door=\"page\"}")), crowdSize - clientsOfADoor);
+    expectGrowthBelow(clientsOfADoor * idleConnectionCost);
+}
+
+TEST_F(HostileConnections, WithoutDescriptorsNewClientsAreToldAndThoseInsideAreServed) {
+    if (TestSupport::sanitizersNeedDescriptors) {
+        GTEST_SKIP();
+    }
+    rlimit before{};
+    ASSERT_EQ(::prlimit(host->pid(), RLIMIT_NOFILE, nullptr, &before), 0);
+    const rlimit tight{descriptors + 10, before.rlim_max};
+    ASSERT_EQ(::prlimit(host->pid(), RLIMIT_NOFILE, &tight, nullptr), 0);
+    std::vector<std::unique_ptr<LineClient>> crowd;
+    std::size_t served = 0;
+    for (std::size_t number = 0; number < 30; ++number) {
+        crowd.push_back(std::make_unique<LineClient>(number % 2 == 0 ? socket() : deviceSocket()));
+        crowd.back()->sendLine("x");
+        const auto answer = crowd.back()->receiveLine();
+        if (answer == notJson) {
+            ++served;
+            EXPECT_EQ(served, number + 1) << "some before it were refused";
+        } else {
+            EXPECT_EQ(answer, noRoom);
+            EXPECT_EQ(crowd.back()->receiveAll(), "");
+            EXPECT_TRUE(crowd.back()->closedByPeer());
+        }
+    }
+    EXPECT_GE(served, 10U);
+    EXPECT_LT(served, 20U);
+    EXPECT_EQ(figure("settings_host_clients_turned_away_total{door=\"page\"}"), "(none)") << "no descriptor for it";
+    Lines events;
+    ask(setRequest("deviceName", R"("Den")") + "\n" + getRequest("[]"), &events);
+    EXPECT_EQ(events.size(), 1U) << "a change is written without a descriptor more";
+    // Below what is open already not even the spare descriptor helps.
+    const rlimit none{3, before.rlim_max};
+    ASSERT_EQ(::prlimit(host->pid(), RLIMIT_NOFILE, &none, nullptr), 0);
+    LineClient waits(socket());
+    const long ticks = TestSupport::processorTicks(host->pid());
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    EXPECT_LT(TestSupport::processorTicks(host->pid()) - ticks, 25) << "the host spins";
+    EXPECT_EQ(get("deviceName"), "Den");
+    ASSERT_EQ(::prlimit(host->pid(), RLIMIT_NOFILE, &before, nullptr), 0);
+    waits.sendLine("x");
+    EXPECT_EQ(waits.receiveLine(), notJson);
+    waits.close();
+    crowd.clear();
+    ask(setRequest("deviceName", R"("TV")", 2) + "\n" + getRequest("[]"));
+    expectNothingLeft();
+}
+
+TEST_F(HostileConnections, AClientThatLeavesAfterAnyByteOfAFrameLeavesNothing) {
+    const std::string request = setRequest("deviceName", R"("Den")");
+    for (const auto& path : {socket(), deviceSocket()}) {
+        for (std::size_t size = 0; size <= request.size(); ++size) {
+            LineClient(path).send(request.substr(0, size));
+            if (size % 16 == 0) {
+                EXPECT_EQ(get("deviceName"), "TV") << size;
+            }
+        }
+    }
+    expectNothingLeft();
+    // The line end is what makes it a request.
+    LineClient(socket()).send(request + "\n");
+    waitFor([&] { return get("deviceName") == "Den"; });
+}
+
+TEST_F(HostileConnections, AWebSocketThatLeavesAfterAnyByteOfItsLifeLeavesNothing) {
+    const std::string request = setRequest("deviceName", R"("Den")");
+    // An upgrade request and one masked text frame as bytes.
+    std::string life = "GET /settings?key=" + key + " HTTP/1.1\r\nHost: 127.0.0.1:" + std::to_string(port) +
+                       "\r\nConnection: Upgrade\r\nUpgrade: websocket\r\nSec-WebSocket-Version: 13\r\n"
+                       "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\nSec-WebSocket-Protocol: settings.v1\r\n\r\n";
+    const std::size_t upgrade = life.size();
+    life += WebSocket::frameBytes(1, request, true);
+    for (std::size_t size = 0; size < life.size(); ++size) {
+        TcpConnection leaves(port);
+        leaves.send(life.substr(0, std::min(size, upgrade)));
+        if (size > upgrade) {
+            ASSERT_TRUE(leaves.receiveUntil("\r\n\r\n")) << "no WebSocket";
+            leaves.send(life.substr(upgrade, size - upgrade));
+        }
+        if (size % 16 == 0) {
+            EXPECT_EQ(get("deviceName"), "TV") << size;
+        }
+    }
+    expectNothingLeft();
+    TcpConnection stays(port);
+    stays.send(life);
+    waitFor([&] { return get("deviceName") == "Den"; });
+}
+
+TEST_F(HostileConnections, FramesThatComeByteByByteHoldNobodyUp) {
+    constexpr std::size_t slowClients = 20;
+    const std::string request = getRequest(R"(["timezone"])", "slow") + "\n";
+    const std::string reply =
+        R"({"type":7,"messageId":"slow","payload":{"settings":{"timezone":"America/Vancouver"}}})";
+    std::vector<std::unique_ptr<LineClient>> lines;
+    std::vector<std::unique_ptr<WebSocket>> pages;
+    for (std::size_t number = 0; number < slowClients; ++number) {
+        lines.push_back(std::make_unique<LineClient>(socket()));
+        pages.push_back(page());
+    }
+    const std::string message = WebSocket::frameBytes(1, request, true);
+    for (std::size_t place = 0; place < std::max(request.size(), message.size()); ++place) {
+        for (std::size_t number = 0; number < slowClients; ++number) {
+            if (place < request.size()) {
+                lines[number]->send(request.substr(place, 1));
+            }
+            if (place < message.size()) {
+                pages[number]->sendRaw(message.substr(place, 1));
+            }
+        }
+        EXPECT_EQ(get("deviceName"), "TV") << place;
+    }
+    for (std::size_t number = 0; number < slowClients; ++number) {
+        EXPECT_EQ(lines[number]->receiveLine(), reply);
+        EXPECT_EQ(pages[number]->receiveText(), reply);
+    }
+    lines.clear();
+    pages.clear();
+    expectNothingLeft();
+}
+
+TEST_F(HostileConnections, HalfFramesInEveryConnectionAreBounded) {
+    constexpr std::size_t halfFrame = 65000;
+    // Read in one piece, kept in another, grown in steps.
+    constexpr std::size_t costOfOne = 4 * 65536;
+    std::vector<std::unique_ptr<LineClient>> lines;
+    std::vector<std::unique_ptr<WebSocket>> pages;
+    for (std::size_t number = 0; number < 100; ++number) {
+        lines.push_back(std::make_unique<LineClient>(socket()));
+        lines.back()->send("{\"type\":24,\"x\":\"" + std::string(halfFrame, 'x'));
+        pages.push_back(page());
+        pages.back()->sendFrame(1, "{\"type\":24,\"x\":\"" + std::string(halfFrame, 'x'), false);
+    }
+    EXPECT_EQ(get("deviceName"), "TV");
+    expectGrowthBelow(200 * costOfOne);
+    lines.clear();
+    pages.clear();
+    expectNothingLeft();
+}
+
+TEST_F(HostileConnections, ClientsThatComeAndGoLeaveNothing) {
+    const int rounds = TestSupport::sanitized ? 200 : 1000;
+    for (int number = 0; number < rounds; ++number) {
+        LineClient visitor(number % 2 == 0 ? socket() : deviceSocket());
+        visitor.sendLine(getRequest(R"(["timezone"])"));
+        if (number % 3 == 0) {
+            EXPECT_TRUE(visitor.receiveLine());
+        }
+        if (number % 5 == 0) {
+            page()->sendText(getRequest(R"(["timezone"])"));
+        }
+    }
+    expectNothingLeft();
+    expectGrowthBelow(8UL * 1024 * 1024);
+}
+
+}  // namespace SystemTests
