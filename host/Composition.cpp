@@ -73,11 +73,11 @@ SocketPlace placeOf(const std::string& name, const std::string& path, PassedSock
 
 }  // namespace
 
-Composition::Composition(const Options& options, PassedSockets sockets)
+Composition::Composition(const Options& options, PassedSockets sockets, const std::shared_ptr<RequestContext>& context)
     : webListener(openWebListener(options, sockets)),
       traffic(std::make_shared<TrafficObservers>()),
       trace(std::make_shared<MessageTrace>()),
-      hub(std::make_shared<MessageHub>(traffic)),
+      hub(std::make_shared<MessageHub>(traffic, context)),
       metrics(std::make_shared<HostMetrics>(SETTINGS_HANDLER_VERSION)),
       database(openOrRecover(options.storageFile, recovery)),
       storage(
@@ -97,7 +97,7 @@ Composition::Composition(const Options& options, PassedSockets sockets)
     hub->perform(Origin::DEVICE, [this] { startHandler(); });
     openDoors(options, sockets);
     if (options.sandbox) {
-        enterSandbox(foldersInUse());
+        enterSandbox(foldersInUse(options.log.file));
     }
 }
 
@@ -131,9 +131,15 @@ void Composition::setUnusableLocaleAside() {
             "the stored value of '" + key + "' is no array of locales; it is now under '" + newKey + "'");
 }
 
-SandboxFolders Composition::foldersInUse() const {
-    const auto folderOf = [](const std::string& file) { return std::filesystem::path(file).parent_path().string(); };
-    return {{folderOf(database.file())}, {folderOf(settingsDoor->path()), folderOf(deviceDoor->path())}};
+SandboxFolders Composition::foldersInUse(const std::string& logFile) const {
+    const auto folderOf = [](const std::string& file) {
+        return std::filesystem::absolute(file).parent_path().string();
+    };
+    SandboxFolders folders{{folderOf(database.file())}, {folderOf(settingsDoor->path()), folderOf(deviceDoor->path())}};
+    if (!logFile.empty()) {
+        folders.changed.push_back(folderOf(logFile));
+    }
+    return folders;
 }
 
 DoorEvents Composition::settingsEvents() {

@@ -33,9 +33,10 @@ namespace SettingsHost {
 class Composition {
 public:
     /// Opens the database, makes and starts the handler, then opens the doors and enters the sandbox. Takes SIGINT and
-    /// SIGTERM over, and SIGHUP unless it is ignored. Doors use `sockets` instead of what the options say: `settings`,
-    /// `device` and `web`. Errors: `DatabaseError`, `DoorError`.
-    Composition(const Options& options, PassedSockets sockets);
+    /// SIGTERM over, and SIGHUP unless it is ignored. Errors: `DatabaseError`, `DoorError`.
+    /// Doors use `sockets` instead of what the options say: `settings`, `device` and `web`. `context` is told which
+    /// request is being handled.
+    Composition(const Options& options, PassedSockets sockets, const std::shared_ptr<RequestContext>& context);
     ~Composition();
 
     Composition(const Composition&) = delete;
@@ -51,7 +52,7 @@ private:
     void setUnusableLocaleAside();
     void openDoors(const Options& options, PassedSockets& sockets);
     void openWebDoor(const Options& options);
-    SandboxFolders foldersInUse() const;
+    SandboxFolders foldersInUse(const std::string& logFile) const;
     DoorEvents settingsEvents();
     DoorEvents deviceEvents();
     std::string pageAddress() const;

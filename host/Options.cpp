@@ -103,11 +103,15 @@ Options parseOptions(int argumentCount, const char* const* arguments) {
                    "Let pages of one more origin connect, such as a development server's")
         ->type_name("URL")
         ->check(refuseNoOrigin);
-    app.add_option("--log-level", options.logLevel, "Lowest level to log: 0 traces, 1 routine, 2 warnings, 3 errors")
+    app.add_option("--log-level", options.log.minimumLevel,
+                   "Lowest level to log: 0 traces, 1 routine, 2 warnings, 3 errors")
         ->check(CLI::Range(0, 3));
     const std::map<std::string, LogFormat> formats{{"text", LogFormat::TEXT}, {"json", LogFormat::JSON}};
     std::string format = "text";
     app.add_option("--log-format", format, "How lines on standard error look")->check(CLI::IsMember({"text", "json"}));
+    app.add_option("--log-file", options.log.file, "Write the log to this file too; at 1 MiB it becomes FILE.1")
+        ->type_name("FILE")
+        ->check(refuseEmpty);
     bool noSandbox = false;
     app.add_flag("--no-sandbox", noSandbox, "Keep every right of the user, for debuggers and the like");
     app.set_version_flag("--version", "settings-host " SETTINGS_HANDLER_VERSION);
@@ -123,7 +127,7 @@ Options parseOptions(int argumentCount, const char* const* arguments) {
     if (options.storageFile.empty()) {
         throw CommandLineEnd(2, "--storage is required: neither XDG_STATE_HOME nor HOME names a folder\n");
     }
-    options.logFormat = formats.at(format);
+    options.log.format = formats.at(format);
     options.sandbox = !noSandbox;
     if (!noWeb) {
         options.listen = parseWebAddress(listen);

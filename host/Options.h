@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "logging/SpdlogSink.h"
+#include "logging/HostLogSink.h"
 #include "web/WebAddress.h"
 
 namespace SettingsHost {
@@ -14,8 +14,7 @@ struct Options {
     std::string storageFile;
     std::string socketPath;
     std::string deviceSocketPath;
-    int logLevel = 1;
-    LogFormat logFormat = LogFormat::TEXT;
+    LogChoices log;
     /// Where pages are served; nowhere when empty.
     std::optional<WebAddress> listen;
     /// The folder of the pages; empty when there are none.

@@ -1,6 +1,7 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <memory>
 #include <set>
 #include <string>
 #include <utility>
@@ -11,7 +12,8 @@
 #include "Composition.h"
 #include "Options.h"
 #include "VessaLogger/LogSink.h"
-#include "logging/SpdlogSink.h"
+#include "logging/HostLogSink.h"
+#include "logging/RequestContext.h"
 #include "service/PassedSockets.h"
 #include "service/ServiceManager.h"
 
@@ -40,9 +42,10 @@ int serve(const SettingsHost::Options& options) {
     }
     // First of all: what is opened before could be taken for a socket that was passed.
     SettingsHost::PassedSockets sockets(doors);
-    VessaLogger::setLogSink(SettingsHost::makeSpdlogSink(options.logLevel, options.logFormat));
+    const auto context = std::make_shared<SettingsHost::RequestContext>();
+    VessaLogger::setLogSink(SettingsHost::makeHostLogSink(options.log, context));
     SettingsHost::tellStarting("Opening the database");
-    SettingsHost::Composition host(options, std::move(sockets));
+    SettingsHost::Composition host(options, std::move(sockets), context);
     std::printf("%s\n", host.readyLine().c_str());
     std::fflush(stdout);
     host.run();

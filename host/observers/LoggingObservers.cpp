@@ -8,8 +8,9 @@ void LoggingLocaleObserver::notifyOrliaLocaleChanged(const std::string& locale) 
     logHost(VessaLogger::INFORMATION, "the assistant locale is now '" + locale + "'");
 }
 
-void LoggingFriendlyNameObserver::notifyFriendlyNameChanged(const std::string& friendlyName) {
-    logHost(VessaLogger::INFORMATION, "the friendly name is now '" + friendlyName + "'");
+void LoggingFriendlyNameObserver::notifyFriendlyNameChanged(const std::string& /*friendlyName*/) {
+    // What people call their television stays out of the host's own lines.
+    logHost(VessaLogger::INFORMATION, "the friendly name was changed");
 }
 
 void LoggingEntitlementObserver::notifyEntitlementStatusChanged(const std::string& status) {

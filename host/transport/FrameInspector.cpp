@@ -1,6 +1,6 @@
 #include "transport/FrameInspector.h"
 
-#include "Utils/Rapidjson.h"
+#include "Utils/RapidjsonUtil.h"
 #include "text/JsonShape.h"
 
 namespace SettingsHost {
@@ -37,6 +37,18 @@ std::optional<int> requestType(const std::string& frame) {
         return std::nullopt;
     }
     return type->value.GetInt();
+}
+
+std::string requestedSetting(const std::string& frame) {
+    using namespace Utils::RapidjsonUtil;
+    rapidjson::Document request;
+    request.Parse<Utils::jsonParseFlags>(frame.c_str());
+    rapidjson::Value payload;
+    std::string setting;
+    if (tryGetObjectMember(request, "payload", payload)) {
+        tryGetStringMember(payload, "settingDBId", setting);
+    }
+    return setting;
 }
 
 }  // namespace SettingsHost

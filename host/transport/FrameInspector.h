@@ -24,4 +24,7 @@ std::optional<Refusal> inspectFrame(const std::string& frame);
 /// The request type of an inspected frame: the first member "type" if it is a 32-bit integer.
 std::optional<int> requestType(const std::string& frame);
 
+/// The setting that an inspected SetSettings request is about; empty when it does not say.
+std::string requestedSetting(const std::string& frame);
+
 }  // namespace SettingsHost

@@ -51,6 +51,13 @@ private:
     rapidjson::Writer<rapidjson::StringBuffer> writer{buffer};
 };
 
+/// Cut to what the storage takes, so that no client fills the log.
+std::string settingNamedIn(int type, const std::string& frame) {
+    constexpr std::size_t longestKey = 256;
+    return type == CommunicationHandler::SET_SETTINGS ? withValidUtf8(requestedSetting(frame).substr(0, longestKey))
+                                                      : "";
+}
+
 std::string payloadText(const rapidjson::Value& payload) {
     return withValidUtf8(Utils::RapidjsonUtil::stringify(payload));
 }
@@ -68,8 +75,10 @@ const char* originName(Origin origin) {
     }
 }
 
-MessageHub::MessageHub(std::shared_ptr<TrafficObserver> trafficObserver)
-    : traffic(std::move(trafficObserver)), messageIdPrefix("host-" + std::to_string(millisecondsSinceEpoch()) + "-") {}
+MessageHub::MessageHub(std::shared_ptr<TrafficObserver> trafficObserver, std::shared_ptr<RequestContext> requestContext)
+    : traffic(std::move(trafficObserver)),
+      context(std::move(requestContext)),
+      messageIdPrefix("host-" + std::to_string(millisecondsSinceEpoch()) + "-") {}
 
 void MessageHub::addClient(const std::shared_ptr<Client>& client) {
     clients.insert(client);
@@ -101,6 +110,7 @@ void MessageHub::receive(const std::shared_ptr<Client>& client, const std::strin
         refuse(*client, {"unknown-type", R"("type" must be one of the request types 7, 18, 19, 22, 24)"});
         return;
     }
+    const RequestContext::Scope inHand(*context, {*type, settingNamedIn(*type, frame)});
     if (*type == CommunicationHandler::SET_SETTINGS && !requestMayReachHandler(frame)) {
         logHost(VessaLogger::ERROR, "a locale value that is no array within the nesting limit was kept away");
         traffic->requestHandled(*type, RequestOutcome::KEPT_AWAY);

@@ -8,6 +8,7 @@
 #include <unordered_set>
 
 #include "CommunicationHandler/CommunicationHandlerInterface.h"
+#include "logging/RequestContext.h"
 #include "transport/TrafficObserver.h"
 
 namespace SettingsHost {
@@ -21,7 +22,9 @@ struct Refusal;
 /// reported to `valueChanged` and for which the handler sent no event go to every client as one notice.
 class MessageHub : public CommunicationHandler::CommunicationHandlerInterface {
 public:
-    explicit MessageHub(std::shared_ptr<TrafficObserver> traffic);
+    /// `context` is told which request is being handled.
+    explicit MessageHub(std::shared_ptr<TrafficObserver> traffic,
+                        std::shared_ptr<RequestContext> context = std::make_shared<RequestContext>());
 
     void addClient(const std::shared_ptr<Client>& client);
     void removeClient(const std::shared_ptr<Client>& client, Departure departure);
@@ -51,6 +54,7 @@ private:
     void refuse(Client& client, const Refusal& reason);
 
     std::shared_ptr<TrafficObserver> traffic;
+    std::shared_ptr<RequestContext> context;
     std::map<int, std::function<void(const std::string&)>> handlers;
     std::unordered_set<std::shared_ptr<Client>> clients;
     std::string messageIdPrefix;

@@ -51,8 +51,8 @@ TEST_F(OptionsTest, DefaultsWithoutXdgFolders) {
         EXPECT_EQ(options.storageFile, "/home/somebody/.local/state/settings-host/settings.db");
         EXPECT_EQ(options.socketPath, runtime + "/settings.sock");
         EXPECT_EQ(options.deviceSocketPath, runtime + "/device.sock");
-        EXPECT_EQ(options.logLevel, 1);
-        EXPECT_EQ(options.logFormat, LogFormat::TEXT);
+        EXPECT_EQ(options.log.minimumLevel, 1);
+        EXPECT_EQ(options.log.format, LogFormat::TEXT);
     }
 }
 
@@ -71,8 +71,8 @@ TEST_F(OptionsTest, EveryOptionIsTaken) {
     EXPECT_EQ(options.storageFile, "/a");
     EXPECT_EQ(options.socketPath, "/b");
     EXPECT_EQ(options.deviceSocketPath, "/c");
-    EXPECT_EQ(options.logLevel, 3);
-    EXPECT_EQ(options.logFormat, LogFormat::JSON);
+    EXPECT_EQ(options.log.minimumLevel, 3);
+    EXPECT_EQ(options.log.format, LogFormat::JSON);
     EXPECT_FALSE(options.listen);
 }
 
@@ -121,7 +121,7 @@ TEST_F(OptionsTest, WithoutAnyFolderTheDatabaseMustBeNamed) {
 }
 
 TEST_F(OptionsTest, TheLastOfRepeatedOptionsCounts) {
-    EXPECT_EQ(parse({"--log-level", "3", "--log-level", "0"}).logLevel, 0);
+    EXPECT_EQ(parse({"--log-level", "3", "--log-level", "0"}).log.minimumLevel, 0);
 }
 
 }  // namespace SettingsHost

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "VessaLogger/LogSink.h"
+#include "logging/RequestContext.h"
+
+namespace SettingsHost {
+
+enum class LogFormat { TEXT, JSON };
+
+/// Makes text of log lines, the end of the line included.
+/// TEXT: time, level, thread and the text with control characters escaped. JSON: one object a line with "time",
+/// "level", "thread" and "text", valid for any bytes; while a request is in hand "requestType", and "setting" when it
+/// is about one.
+class LineFormat {
+public:
+    LineFormat(LogFormat format, std::shared_ptr<const RequestContext> context);
+    ~LineFormat();
+
+    LineFormat(const LineFormat&) = delete;
+    LineFormat& operator=(const LineFormat&) = delete;
+
+    std::string textOf(const VessaLogger::LogLine& line);
+
+private:
+    struct Pattern;
+
+    LogFormat format;
+    std::shared_ptr<const RequestContext> context;
+    std::unique_ptr<Pattern> pattern;
+};
+
+}  // namespace SettingsHost

@@ -1,0 +1,150 @@
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include "HostFixture.h"
+#include "support/WebClient.h"
+
+namespace SystemTests {
+
+/// The log of a running host.
+class HostLog : public HostTest {
+protected:
+    static Lines linesOf(const std::string& text) {
+        Lines lines;
+        std::istringstream stream(text);
+        for (std::string line; std::getline(stream, line);) {
+            lines.push_back(line);
+        }
+        return lines;
+    }
+
+    static std::string content(const std::string& file) {
+        std::stringstream text;
+        text << std::ifstream(file).rdbuf();
+        return text.str();
+    }
+
+    /// Sends a request that has no answer, and waits until it was handled.
+    void request(const std::string& frame) { ask(frame + "\n" + getRequest("[]")); }
+};
+
+TEST_F(HostLog, GoesToAPrivateFileToo) {
+    start({"--log-level", "0", "--log-file", folder / "host.log"});
+    request(setRequest("deviceName", "\"Den\""));
+    const Lines standardError = linesOf(stop());
+    EXPECT_GT(standardError.size(), 10U);
+    EXPECT_EQ(linesOf(content(folder / "host.log")), standardError);
+    EXPECT_EQ(std::filesystem::status(folder / "host.log").permissions(),
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+}
+
+TEST_F(HostLog, TurnsItsFileOverWhileTheHostServes) {
+    start({"--log-level", "0", "--log-file", folder / "host.log"});
+    const std::string large = "\"" + std::string(60000, 'x');
+    for (int number = 0; number < 40; ++number) {
+        request(setRequest("deviceName", large + std::to_string(number) + "\"", number));
+    }
+    stop();
+    EXPECT_TRUE(std::filesystem::exists(folder / "host.log.2"));
+    EXPECT_FALSE(std::filesystem::exists(folder / "host.log.3"));
+    for (const auto* name : {"host.log", "host.log.1", "host.log.2"}) {
+        EXPECT_LE(std::filesystem::file_size(folder / name), 1048576U) << name;
+    }
+}
+
+TEST_F(HostLog, SaysWhichRequestALineIsAbout) {
+    start({"--log-level", "0", "--log-format", "json"});
+    request(setRequest("orliaLocale", R"("{}")"));
+    request(setRequest("deviceName", "\"Den\""));
+    Lines about;
+    for (const auto& line : linesOf(stop())) {
+        const auto members = parsed(line);
+        if (!members.HasMember("requestType")) {
+            continue;
+        }
+        const std::string setting = members.HasMember("setting") ? members["setting"].GetString() : "";
+        const std::string description = std::to_string(members["requestType"].GetInt()) + " " + setting;
+        if (about.empty() || about.back() != description) {
+            about.push_back(description);
+        }
+    }
+    EXPECT_EQ(about, (Lines{"24 orliaLocale", "7 ", "24 deviceName", "7 "}));
+}
+
+TEST_F(HostLog, AReaderThatStopsDoesNotHoldTheHostUp) {
+    start({"--log-level", "0"});
+    const std::string large = "\"" + std::string(60000, 'x');
+    for (int number = 0; number < 40; ++number) {
+        request(setRequest("deviceName", large + std::to_string(number) + "\"", number));
+    }
+    EXPECT_EQ(get("deviceName").size(), 60002U);
+    EXPECT_TRUE(host->errors().readLine()) << "what had room is there";
+    // Takes what waits in the pipe; then there is room for what is logged from now on.
+    host->errors().readAll(std::chrono::milliseconds(200));
+    request(setRequest("deviceName", "\"Den\"", 100));
+    const Lines rest = linesOf(stop());
+    bool said = false;
+    for (const auto& line : rest) {
+        said = said || contains(line, " log lines were lost");
+    }
+    EXPECT_TRUE(said);
+    EXPECT_TRUE(contains(rest.back(), "settings-host:stopping")) << rest.back();
+}
+
+TEST_F(HostLog, TheHostsOwnLinesHoldNoNamesThatPeopleGave) {
+    const std::string marker = "Zanzibar";
+    const std::string quoted = "\"" + marker;
+    webArguments = {"--listen", "127.0.0.1:0"};
+    host = launch({"--log-level", "0"});
+    const std::string ready = host->output().readLine().value();
+    const auto port = static_cast<std::uint16_t>(std::stoi(ready.substr(ready.find(":", 14) + 1)));
+    device(R"({"command":"trace","enabled":true})");
+    long timestamp = 1000;
+    for (const std::string key : {"deviceName", "friendlyName", "companionDevice"}) {
+        const auto value = [&](int number) { return quoted + std::to_string(number) + "\""; };
+        request(setRequest(key, value(1), ++timestamp));
+        request(setRequest(key, value(1), ++timestamp));
+        request(setRequest(key, value(2), 1));
+        request(setRequest(key, R"({"name":)" + value(1) + "}", ++timestamp));
+        request(R"({"type":24,"payload":{"settingDBId":")" + key + R"(","to":)" + value(3) + "}}");
+        request(setRequest(key, "\"" + std::string(70000, 'x') + marker + "\"", ++timestamp));
+        request(R"({"type":99,"payload":{"settingDBId":")" + key + R"(","to":)" + value(4) + "}}");
+        request(R"({"type":24,"payload":)" + value(5));
+        request(getRequest("[\"" + key + "\"]", marker));
+        device(R"({"command":"setting","key":")" + key + R"(","value":)" + value(6) + "}");
+        device(R"({"command":)" + value(7) + "}");
+        // As on a full disk.
+        rlimit unlimited{};
+        ASSERT_EQ(::prlimit(host->pid(), RLIMIT_FSIZE, nullptr, &unlimited), 0);
+        const rlimit full{1, unlimited.rlim_max};
+        ASSERT_EQ(::prlimit(host->pid(), RLIMIT_FSIZE, &full, nullptr), 0);
+        request(setRequest(key, value(8), ++timestamp));
+        device(R"({"command":"setting","key":")" + key + R"(","value":)" + value(9) + "}");
+        ASSERT_EQ(::prlimit(host->pid(), RLIMIT_FSIZE, &unlimited, nullptr), 0);
+    }
+    request(setRequest("orliaLocale", R"("{\"name\":\")" + marker + R"(\"}")", ++timestamp));
+    device(R"({"command":"setting","key":"orliaLocale","value":"{\"name\":\")" + marker + R"(\"}"})");
+    TestSupport::httpGet(port, "/" + marker);
+    TestSupport::httpGet(port, "/?key=" + marker);
+    TestSupport::WebSocket(port, "/settings?key=" + marker, marker);
+    request(R"({"type":19})");
+    request(R"({"type":22})");
+    disconnect();
+    int own = 0;
+    bool markerSeen = false;
+    for (const auto& line : linesOf(stop())) {
+        markerSeen = markerSeen || contains(line, marker);
+        if (contains(line, "] settings-host:")) {
+            ++own;
+            EXPECT_FALSE(contains(line, marker)) << line.substr(0, 300);
+        }
+    }
+    EXPECT_GT(own, 5);
+    EXPECT_TRUE(markerSeen) << "the handler's own lines show values";
+}
+
+}  // namespace SystemTests
