@@ -94,7 +94,7 @@ TEST_F(HostileConnections, OfAThousandClientsAsManyAsThereIsRoomForAreServedAndT
                 crowd[number]->sendLine("x");
                 EXPECT_EQ(crowd[number]->receiveLine(), notJson);
             } else {
-                EXPECT_EQ(crowd[number]->receiveAll(), noRoom + "\n");
+                ASSERT_EQ(crowd[number]->receiveAll(), noRoom + "\n");
                 EXPECT_TRUE(crowd[number]->closedByPeer());
             }
         }
@@ -119,7 +119,7 @@ TEST_F(HostileConnections, OfAThousandWebConnectionsAsManyAsThereIsRoomForAreKep
         }
     }
     for (std::size_t number = crowdSize - 800; number < crowdSize; ++number) {
-        EXPECT_EQ(crowd[number]->receiveAll(), "");
+        ASSERT_EQ(crowd[number]->receiveAll(), "");
         EXPECT_TRUE(crowd[number]->closedByPeer());
     }
     EXPECT_LE(TestSupport::openDescriptors(host->pid()), descriptors + clientsOfADoor);
@@ -164,7 +164,7 @@ TEST_F(HostileConnections, WithoutDescriptorsNewClientsAreToldAndThoseInsideAreS
     LineClient waits(socket());
     const long ticks = TestSupport::processorTicks(host->pid());
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
-    EXPECT_LT(TestSupport::processorTicks(host->pid()) - ticks, 25) << "the host spins";
+    EXPECT_LT(TestSupport::processorTicks(host->pid()) - ticks, 10) << "the host spins";
     EXPECT_EQ(get("deviceName"), "Den");
     ASSERT_EQ(::prlimit(host->pid(), RLIMIT_NOFILE, &before, nullptr), 0);
     waits.sendLine("x");
