@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <iostream>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -60,7 +61,9 @@ protected:
 
     void expectGrowthBelow(std::size_t bytes) {
         if (!TestSupport::sanitized) {
-            EXPECT_LT(TestSupport::peakMemory(host->pid()), memory + bytes);
+            const std::size_t peak = TestSupport::peakMemory(host->pid());
+            std::cout << "grew by " << (peak - memory) / 1024 << " KiB\n";
+            EXPECT_LT(peak, memory + bytes);
         }
     }
 
