@@ -229,7 +229,7 @@ TEST_F(UnixSocketDoorTest, MoreClientsThanItTakesAreToldSoAndThereIsRoomAgainWhe
     for (int number = 1; number <= 20; ++number) {
         TestSupport::LineClient outside(socketPath());
         outside.sendLine("x");
-        EXPECT_EQ(outside.receiveAll(), refusal);
+        ASSERT_EQ(outside.receiveAll(), refusal);
         EXPECT_TRUE(outside.closedByPeer());
         EXPECT_EQ(turnedAway, number);
     }

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <iostream>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -60,7 +61,9 @@ protected:
 
     void expectGrowthBelow(std::size_t bytes) {
         if (!TestSupport::sanitized) {
-            EXPECT_LT(TestSupport::peakMemory(host->pid()), memory + bytes);
+            const std::size_t peak = TestSupport::peakMemory(host->pid());
+            std::cout << "grew by " << (peak - memory) / 1024 << " KiB\n";
+            EXPECT_LT(peak, memory + bytes);
         }
     }
 
@@ -94,7 +97,7 @@ TEST_F(HostileConnections, OfAThousandClientsAsManyAsThereIsRoomForAreServedAndT
                 crowd[number]->sendLine("x");
                 EXPECT_EQ(crowd[number]->receiveLine(), notJson);
             } else {
-                EXPECT_EQ(crowd[number]->receiveAll(), noRoom + "\n");
+                ASSERT_EQ(crowd[number]->receiveAll(), noRoom + "\n");
                 EXPECT_TRUE(crowd[number]->closedByPeer());
             }
         }
@@ -119,7 +122,7 @@ TEST_F(HostileConnections, OfAThousandWebConnectionsAsManyAsThereIsRoomForAreKep
         }
     }
     for (std::size_t number = crowdSize - 800; number < crowdSize; ++number) {
-        EXPECT_EQ(crowd[number]->receiveAll(), "");
+        ASSERT_EQ(crowd[number]->receiveAll(), "");
         EXPECT_TRUE(crowd[number]->closedByPeer());
     }
     EXPECT_LE(TestSupport::openDescriptors(host->pid()), descriptors + clientsOfADoor);
@@ -164,7 +167,7 @@ TEST_F(HostileConnections, WithoutDescriptorsNewClientsAreToldAndThoseInsideAreS
     LineClient waits(socket());
     const long ticks = TestSupport::processorTicks(host->pid());
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
-    EXPECT_LT(TestSupport::processorTicks(host->pid()) - ticks, 25) << "the host spins";
+    EXPECT_LT(TestSupport::processorTicks(host->pid()) - ticks, 10) << "the host spins";
     EXPECT_EQ(get("deviceName"), "Den");
     ASSERT_EQ(::prlimit(host->pid(), RLIMIT_NOFILE, &before, nullptr), 0);
     waits.sendLine("x");
