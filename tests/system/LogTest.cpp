@@ -95,6 +95,16 @@ TEST_F(HostLog, AReaderThatStopsDoesNotHoldTheHostUp) {
     EXPECT_TRUE(contains(rest.back(), "settings-host:stopping")) << rest.back();
 }
 
+TEST_F(HostLog, AtLevelTwoAcceptedChangesAreNotLogged) {
+    start({"--log-level", "2"});
+    for (const auto* key : {"deviceName", "friendlyName", "companionDevice", "captionsFontSize"}) {
+        request(setRequest(key, R"("[\"x\"]")"));
+    }
+    EXPECT_EQ(get("deviceName"), "[\"x\"]");
+    const std::string log = stop();
+    EXPECT_FALSE(contains(log, "[\"x\"]")) << log;
+}
+
 TEST_F(HostLog, TheHostsOwnLinesHoldNoNamesThatPeopleGave) {
     const std::string marker = "Zanzibar";
     const std::string quoted = "\"" + marker;
