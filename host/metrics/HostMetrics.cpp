@@ -123,7 +123,8 @@ struct HostMetrics::Families {
             }
         }
         auto& refusalFamily = counter("settings_host_refusals_total", "Frames that the transport refused.");
-        for (const auto& code : Names{"not-json", "not-an-object", "unknown-type", "too-large", "too-deep", other}) {
+        for (const auto& code :
+             Names{"not-json", "not-an-object", "unknown-type", "too-large", "too-deep", "busy", other}) {
             refusals.add(code, refusalFamily.Add({{"code", code}}));
         }
         auto& clientFamily = gauge("settings_host_clients", "Clients that are connected.");

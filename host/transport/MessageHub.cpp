@@ -187,6 +187,39 @@ void MessageHub::sendTo(Client& client, std::string frame) {
     traffic->frameSent(&client, *shared);
 }
 
+namespace {
+
+/// A frame that counts as waiting as long as somebody holds it.
+struct CountedFrame {
+    CountedFrame(std::string frame, std::shared_ptr<std::size_t> total)
+        : text(std::move(frame)), waiting(std::move(total)) {
+        *waiting += text.size();
+    }
+    ~CountedFrame() { *waiting -= text.size(); }
+    CountedFrame(const CountedFrame&) = delete;
+    CountedFrame& operator=(const CountedFrame&) = delete;
+
+    const std::string text;
+    std::shared_ptr<std::size_t> waiting;
+};
+
+}  // namespace
+
+void MessageHub::sendReply(Client& client, std::string frame) {
+    if (frame.size() <= maximumFrameSize) {
+        sendTo(client, std::move(frame));
+        return;
+    }
+    if (*largeReplies > 0 && *largeReplies + frame.size() > maximumLargeReplies) {
+        refuse(client, {"busy", "too much waits for clients that do not read; ask again later, or for fewer settings"});
+        return;
+    }
+    const auto counted = std::make_shared<const CountedFrame>(std::move(frame), largeReplies);
+    const std::shared_ptr<const std::string> shared(counted, &counted->text);
+    client.send(shared);
+    traffic->frameSent(&client, *shared);
+}
+
 std::string MessageHub::sendMessage(int messageType, rapidjson::Document& payload) {
     ++sequence;
     outcome = RequestOutcome::CHANGED;
@@ -214,7 +247,7 @@ void MessageHub::sendResponse(const std::string& messageId, rapidjson::Document&
     frame.number("type", askedType);
     frame.text("messageId", messageId);
     frame.raw("payload", payloadText(payload));
-    sendTo(*asker, frame.finish());
+    sendReply(*asker, frame.finish());
     outcome = RequestOutcome::ANSWERED;
 }
 

@@ -71,12 +71,7 @@ bool WebSocketClient::writable() {
         }
         return true;
     }
-    const auto frame = waiting.front();
-    waiting.pop_front();
-    waitingBytes -= frame->size();
-    std::vector<unsigned char> buffer(LWS_PRE + frame->size());
-    std::copy(frame->begin(), frame->end(), buffer.begin() + LWS_PRE);
-    if (lws_write(connection, buffer.data() + LWS_PRE, frame->size(), LWS_WRITE_TEXT) < 0) {
+    if (!writePart()) {
         return false;
     }
     if (paused) {
@@ -91,6 +86,24 @@ bool WebSocketClient::writable() {
         lws_callback_on_writable(connection);
     }
     return true;
+}
+
+/// The library keeps a copy of what a connection does not take at once, so it is given a part at a time.
+bool WebSocketClient::writePart() {
+    const auto frame = waiting.front();
+    const std::size_t size = std::min(maximumFrameSize, frame->size() - written);
+    const bool first = written == 0;
+    const bool last = written + size == frame->size();
+    std::vector<unsigned char> buffer(LWS_PRE + size);
+    std::copy_n(frame->begin() + static_cast<std::ptrdiff_t>(written), size, buffer.begin() + LWS_PRE);
+    written += size;
+    waitingBytes -= size;
+    if (last) {
+        waiting.pop_front();
+        written = 0;
+    }
+    const int protocol = lws_write_ws_flags(LWS_WRITE_TEXT, first ? 1 : 0, last ? 1 : 0);
+    return lws_write(connection, buffer.data() + LWS_PRE, size, static_cast<lws_write_protocol>(protocol)) >= 0;
 }
 
 bool WebSocketClient::timerExpired() {

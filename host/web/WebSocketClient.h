@@ -35,6 +35,7 @@ public:
 
 private:
     bool close(unsigned short status, const char* reason);
+    bool writePart();
     bool isBehind() const { return waitingBytes > maximumUnread; }
     void drop();
 
@@ -44,6 +45,8 @@ private:
     std::string message;
     std::deque<std::shared_ptr<const std::string>> waiting;
     std::size_t waitingBytes = 0;
+    /// How much of the first of them is on its way.
+    std::size_t written = 0;
     bool paused = false;
     bool finishing = false;
     bool gone = false;

@@ -103,6 +103,44 @@ TEST_F(MessageHubTest, RepliesToTheAskerAlone) {
     EXPECT_TRUE(other->take().empty());
 }
 
+TEST_F(MessageHubTest, LargeRepliesWaitForAllTogetherUpToALimit) {
+    std::string value;
+    onDelivery = [&] {
+        rapidjson::Document payload(rapidjson::kObjectType);
+        payload.AddMember("v", rapidjson::Value(value, payload.GetAllocator()), payload.GetAllocator());
+        hub.sendResponse("m", payload);
+    };
+    const auto ask = [&](const std::shared_ptr<RecordingClient>& client, std::size_t size) {
+        value = std::string(size, 'v');
+        hub.receive(client, R"({"type":7})");
+    };
+    ask(asker, MessageHub::maximumLargeReplies - 1000);
+    ask(other, 100000);
+    ASSERT_EQ(other->frames.size(), 1U);
+    EXPECT_EQ(codeOf(other->take()), "busy");
+    ask(other, 60000);
+    EXPECT_EQ(other->take().at(0).size(), 60045U) << "small ones always go";
+    asker->frames.clear();
+    ask(other, 100000);
+    EXPECT_EQ(codeOf(other->take()), "no refusal") << "the large one was read";
+    ask(asker, MessageHub::maximumLargeReplies + 1000);
+    EXPECT_EQ(codeOf(asker->take()), "no refusal") << "one may be over the limit when nothing else waits";
+    traffic->take();
+}
+
+TEST_F(MessageHubTest, LargeRepliesMayOutliveTheHub) {
+    auto shortLived = std::make_unique<MessageHub>(traffic);
+    shortLived->registerMessageHandler(7, [&](const std::string&) {
+        rapidjson::Document payload(rapidjson::kObjectType);
+        payload.AddMember("v", rapidjson::Value(std::string(100000, 'v'), payload.GetAllocator()),
+                          payload.GetAllocator());
+        shortLived->sendResponse("m", payload);
+    });
+    shortLived->receive(asker, R"({"type":7})");
+    shortLived.reset();
+    EXPECT_GT(asker->take().at(0).size(), 100000U);
+}
+
 TEST_F(MessageHubTest, AReplyThatNobodyAskedForGoesNowhere) {
     rapidjson::Document payload(rapidjson::kObjectType);
     hub.sendResponse("m1", payload);

@@ -209,6 +209,7 @@ std::optional<WebSocket::Message> WebSocket::receive(std::chrono::milliseconds d
         if (!head) {
             return std::nullopt;
         }
+        const bool isLast = ((*head)[0] & 0x80) != 0;
         Message message;
         message.kind = (*head)[0] & 0x0F;
         std::uint64_t size = static_cast<unsigned char>((*head)[1]) & 0x7FU;
@@ -220,10 +221,20 @@ std::optional<WebSocket::Message> WebSocket::receive(std::chrono::milliseconds d
             return std::nullopt;
         }
         message.payload = *payload;
-        if (message.kind != 9 || !answerPings) {
+        if (message.kind == 9 && answerPings) {
+            sendFrame(10, message.payload, true);
+            continue;
+        }
+        if (message.kind == 0) {
+            message = {parts.kind, parts.payload + message.payload};
+        }
+        if (isLast) {
+            if (message.kind < 8) {
+                parts = {};
+            }
             return message;
         }
-        sendFrame(10, message.payload, true);
+        parts = message;
     }
 }
 

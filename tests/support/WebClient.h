@@ -92,6 +92,8 @@ public:
 private:
     TcpConnection connection;
     HttpResponse handshake;
+    /// What came of a message that is not whole yet.
+    Message parts;
 };
 
 }  // namespace TestSupport
