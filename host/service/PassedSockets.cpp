@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include <systemd/sd-daemon.h>
 
@@ -24,15 +26,20 @@ PassedSockets::PassedSockets(const std::set<std::string>& expected) {
     if (count < 0) {
         throw DoorError(std::string("cannot take the passed sockets over: ") + std::strerror(-count));
     }
+    std::vector<std::unique_ptr<char, Free>> names;
     const std::unique_ptr<char*, Free> listOwner(list);
     for (int index = 0; index < count; ++index) {
-        const std::unique_ptr<char, Free> name(list[index]);
-        Descriptor socket(SD_LISTEN_FDS_START + index);
-        if (expected.count(name.get()) == 0) {
-            throw DoorError("a socket named '" + std::string(name.get()) + "' was passed, but there is no such door");
+        names.emplace_back(list[index]);
+    }
+    int place = SD_LISTEN_FDS_START;
+    for (const auto& taken : names) {
+        const std::string name = taken.get();
+        Descriptor socket(place++);
+        if (expected.count(name) == 0) {
+            throw DoorError("a socket named '" + name + "' was passed, but there is no such door");
         }
-        if (!sockets.emplace(name.get(), std::move(socket)).second) {
-            throw DoorError("two sockets named '" + std::string(name.get()) + "' were passed");
+        if (!sockets.emplace(name, std::move(socket)).second) {
+            throw DoorError("two sockets named '" + name + "' were passed");
         }
     }
 }

@@ -44,9 +44,8 @@ protected:
             arguments.push_back(argument);
         }
         arguments.insert(arguments.end(), webArguments.begin(), webArguments.end());
-        if (TestSupport::sanitized) {
-            // The runtime of such a build needs more of the system than the host.
-            arguments.push_back("--no-sandbox");
+        if (!sandboxSwitch.empty()) {
+            arguments.push_back(sandboxSwitch);
         }
         arguments.insert(arguments.end(), moreArguments.begin(), moreArguments.end());
         return std::make_unique<TestSupport::ChildProcess>(arguments, environment, sockets);
@@ -143,6 +142,8 @@ protected:
         return text.find(part) != std::string::npos;
     }
 
+    /// For those who start the host themselves. The runtime of a sanitizer needs more of the system than the host.
+    const std::string sandboxSwitch = TestSupport::sanitized ? "--no-sandbox" : "";
     /// What starts the host, when it is not the test itself.
     Lines programPrefix;
     Lines webArguments{"--no-web"};

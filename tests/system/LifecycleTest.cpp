@@ -127,7 +127,8 @@ TEST_F(HostLifecycle, LivesOnWhenNobodyReadsItsOutput) {
 
 TEST_F(HostLifecycle, StaysWhenItsTerminalGoesIfItWasToldTo) {
     const std::string command = "trap '' HUP; exec " + std::string(SETTINGS_HOST) + " --storage " + database() +
-                                " --socket " + socket() + " --device-socket " + deviceSocket() + " --no-web";
+                                " --socket " + socket() + " --device-socket " + deviceSocket() + " --no-web " +
+                                sandboxSwitch;
     host = std::make_unique<TestSupport::ChildProcess>(Lines{"sh", "-c", command});
     ASSERT_TRUE(host->output().readLine());
     host->sendSignal(SIGHUP);
@@ -138,8 +139,8 @@ TEST_F(HostLifecycle, StaysWhenItsTerminalGoesIfItWasToldTo) {
 
 TEST_F(HostLifecycle, PrintsNothingIntoItsDatabaseWhenTheStandardStreamsAreClosed) {
     const std::string command = "exec " + std::string(SETTINGS_HOST) + " --log-level 0 --storage " + database() +
-                                " --socket " + socket() + " --device-socket " + deviceSocket() +
-                                " --no-web <&- >&- 2>&-";
+                                " --socket " + socket() + " --device-socket " + deviceSocket() + " --no-web " +
+                                sandboxSwitch + " <&- >&- 2>&-";
     host = std::make_unique<TestSupport::ChildProcess>(Lines{"sh", "-c", command});
     const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
     while (!std::filesystem::exists(deviceSocket()) && std::chrono::steady_clock::now() < until) {

@@ -194,6 +194,9 @@ TEST_F(HostService, StartsAsTheUnitsSay) {
     }
     EXPECT_EQ(arguments.at(0), "/usr/bin/settings-host");
     arguments[0] = SETTINGS_HOST;
+    if (!sandboxSwitch.empty()) {
+        arguments.push_back(sandboxSwitch);
+    }
     host = std::make_unique<TestSupport::ChildProcess>(arguments, environment, sockets);
     EXPECT_EQ(next(), "STATUS=Opening the database");
     EXPECT_EQ(next(), "READY=1\nSTATUS=Serving at " + (folder / "passed/s") +
