@@ -147,7 +147,9 @@ Entries linesOfStart(const FastFolder& folder) {
     options.storageFile = folder / "database";
     options.socketPath = folder / "settings.sock";
     options.deviceSocketPath = folder / "device.sock";
-    const Composition host(options);
+    // A sandbox would hold for all the runs to come, and for the fuzzer.
+    options.sandbox = false;
+    const Composition host(options, PassedSockets({}), std::make_shared<RequestContext>());
     Entries lines = journal.take();
     check(!lines.empty() && lines.front() == "log 0 SettingsHandler:Initialized Settings Handler", "the first line");
     lines.erase(lines.begin());
