@@ -75,10 +75,12 @@ const char* originName(Origin origin) {
     }
 }
 
-MessageHub::MessageHub(std::shared_ptr<TrafficObserver> trafficObserver, std::shared_ptr<RequestContext> requestContext)
+MessageHub::MessageHub(std::shared_ptr<TrafficObserver> trafficObserver, std::shared_ptr<RequestContext> requestContext,
+                       std::size_t limitOfLargeReplies)
     : traffic(std::move(trafficObserver)),
       context(std::move(requestContext)),
-      messageIdPrefix("host-" + std::to_string(millisecondsSinceEpoch()) + "-") {}
+      messageIdPrefix("host-" + std::to_string(millisecondsSinceEpoch()) + "-"),
+      largeRepliesLimit(limitOfLargeReplies) {}
 
 void MessageHub::addClient(const std::shared_ptr<Client>& client) {
     clients.insert(client);
@@ -210,7 +212,7 @@ void MessageHub::sendReply(Client& client, std::string frame) {
         sendTo(client, std::move(frame));
         return;
     }
-    if (*largeReplies > 0 && *largeReplies + frame.size() > maximumLargeReplies) {
+    if (*largeReplies > 0 && *largeReplies + frame.size() > largeRepliesLimit) {
         refuse(client, {"busy", "too much waits for clients that do not read; ask again later, or for fewer settings"});
         return;
     }

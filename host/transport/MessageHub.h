@@ -28,7 +28,8 @@ public:
 
     /// `context` is told which request is being handled.
     explicit MessageHub(std::shared_ptr<TrafficObserver> traffic,
-                        std::shared_ptr<RequestContext> context = std::make_shared<RequestContext>());
+                        std::shared_ptr<RequestContext> context = std::make_shared<RequestContext>(),
+                        std::size_t limitOfLargeReplies = maximumLargeReplies);
 
     void addClient(const std::shared_ptr<Client>& client);
     void removeClient(const std::shared_ptr<Client>& client, Departure departure);
@@ -64,6 +65,7 @@ private:
     std::unordered_set<std::shared_ptr<Client>> clients;
     std::string messageIdPrefix;
     unsigned long sequence = 0;
+    std::size_t largeRepliesLimit;
     /// Bytes of large replies that wait. Shared with them, because they may outlive the hub.
     std::shared_ptr<std::size_t> largeReplies = std::make_shared<std::size_t>(0);
 

@@ -110,7 +110,7 @@ private:
 }  // namespace
 
 TEST(PowerCutTest, NothingThatWasAnsweredIsLost) {
-    constexpr unsigned cuts = TestSupport::sanitized ? 500 : 5000;
+    constexpr unsigned cuts = TestSupport::sanitized ? 200 : 5000;
     constexpr unsigned cutsOfADevice = 25;
     unsigned insideAChange = 0;
     for (unsigned seed = 0; seed < cuts / cutsOfADevice; ++seed) {
