@@ -9,6 +9,8 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include "transport/Descriptor.h"
+
 namespace SettingsHost {
 
 namespace {
@@ -33,23 +35,6 @@ std::uint64_t allRights(long version) {
     }
     return rights;
 }
-
-class Descriptor {
-public:
-    explicit Descriptor(long opened) : number(static_cast<int>(opened)) {}
-    ~Descriptor() {
-        if (number >= 0) {
-            ::close(number);
-        }
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int get() const { return number; }
-
-private:
-    int number;
-};
 
 /// What does not exist needs no permission.
 bool permit(int ruleset, const std::string& path, std::uint64_t rights) {
@@ -89,7 +74,8 @@ std::string limitFileAccess(const SandboxFolders& folders) {
     }
     landlock_ruleset_attr attributes{};
     attributes.handled_access_fs = allRights(version);
-    const Descriptor ruleset(::syscall(SYS_landlock_create_ruleset, &attributes, sizeof(attributes), 0));
+    const Descriptor ruleset(
+        static_cast<int>(::syscall(SYS_landlock_create_ruleset, &attributes, sizeof(attributes), 0)));
     if (ruleset.get() < 0 || !permitAll(ruleset.get(), folders, attributes.handled_access_fs) ||
         ::syscall(SYS_landlock_restrict_self, ruleset.get(), 0) != 0) {
         return std::strerror(errno);

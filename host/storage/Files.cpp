@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "storage/Database.h"
+#include "transport/Descriptor.h"
 
 namespace SettingsHost {
 
@@ -22,27 +23,17 @@ constexpr mode_t ownerOnly = 0600;
     throw DatabaseError(what + ": " + std::strerror(reason));
 }
 
-class Descriptor {
-public:
-    Descriptor(const std::string& file, int flags) : number(::open(file.c_str(), flags | O_CLOEXEC, ownerOnly)) {}
-    ~Descriptor() {
-        if (isOpen()) {
-            ::close(number);
-        }
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
+Descriptor openFile(const std::string& file, int flags) {
+    return Descriptor(::open(file.c_str(), flags | O_CLOEXEC, ownerOnly));
+}
 
-    bool isOpen() const { return number >= 0; }
-    bool sync() const { return ::fsync(number) == 0; }
-
-private:
-    int number;
-};
+bool canOpen(const std::string& file, int flags) {
+    return openFile(file, flags).get() >= 0;
+}
 
 void sync(const std::string& path) {
-    const Descriptor opened(path, O_RDONLY);
-    if (!opened.isOpen() || !opened.sync()) {
+    const Descriptor opened = openFile(path, O_RDONLY);
+    if (opened.get() < 0 || ::fsync(opened.get()) != 0) {
         fail("cannot make sure of " + path);
     }
 }
@@ -69,13 +60,13 @@ void makeFolders(const std::string& folder) {
 
 FileAccess makeFile(const std::string& file) {
     makeFolders(std::filesystem::path(file).parent_path().string());
-    if (Descriptor(file, O_RDWR).isOpen()) {
+    if (canOpen(file, O_RDWR)) {
         return FileAccess::WRITABLE;
     }
-    if (errno == EROFS && Descriptor(file, O_RDONLY).isOpen()) {
+    if (errno == EROFS && canOpen(file, O_RDONLY)) {
         return FileAccess::READ_ONLY;
     }
-    if (errno != ENOENT || !Descriptor(file, O_RDWR | O_CREAT).isOpen()) {
+    if (errno != ENOENT || !canOpen(file, O_RDWR | O_CREAT)) {
         fail("cannot open " + file);
     }
     syncFolderOf(file);
@@ -106,7 +97,7 @@ void removeFile(const std::string& file) {
 void copyFile(const std::string& from, const std::string& to) {
     removeFile(to);
     std::error_code error;
-    if (!Descriptor(to, O_RDWR | O_CREAT | O_EXCL).isOpen()) {
+    if (!canOpen(to, O_RDWR | O_CREAT | O_EXCL)) {
         fail("cannot make " + to);
     }
     if (!std::filesystem::copy_file(from, to, std::filesystem::copy_options::overwrite_existing, error)) {

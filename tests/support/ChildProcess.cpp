@@ -117,11 +117,15 @@ void ChildProcess::sendSignal(int number) const {
     if (!sanitizersHoldSignalsBack || number == SIGKILL) {
         return;
     }
-    // Each round ends a wait that began before the signal was handed on. On a busy machine one is not enough.
-    for (int round = 0; round < 50 && !hasEnded(process); ++round) {
+    // A round ends a wait that began before the signal was handed on. Rarely the runtime forgets a signal altogether.
+    constexpr int roundsUntilForgotten = 10;
+    for (int round = 1; round <= 50 && !hasEnded(process); ++round) {
         ::kill(process, SIGSTOP);
         ::kill(process, SIGCONT);
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        if (round % roundsUntilForgotten == 0) {
+            ::kill(process, number);
+        }
     }
 }
 

@@ -5,7 +5,8 @@ namespace TestSupport {
 #if defined(__has_feature)
 /// The runtime of this build opens descriptors to look at objects, and ends the program when there are none.
 constexpr bool sanitizersNeedDescriptors = __has_feature(address_sanitizer);
-/// The runtime of this build hands a signal on at the program's next call, which may be one that waits for long.
+/// The runtime of this build hands a signal on at the program's next call, which may be one that waits for long, or
+/// forgets it.
 constexpr bool sanitizersHoldSignalsBack = __has_feature(thread_sanitizer);
 #else
 constexpr bool sanitizersNeedDescriptors = false;
