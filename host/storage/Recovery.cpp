@@ -57,7 +57,9 @@ bool restore(const std::string& backup, const std::string& file) {
             removeFile(copy + companion);
         }
         copyFile(backup, copy);
-        Database{copy};
+        {
+            const Database openedToCheck(copy);
+        }
         moveFile(copy, file);
         return true;
     } catch (const DatabaseError& error) {
