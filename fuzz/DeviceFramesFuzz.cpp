@@ -10,10 +10,10 @@
 #include "SettingsHandlerTesting/FakeMetrics.h"
 #include "SettingsHandlerTesting/FakeStorage.h"
 #include "console/DeviceConsole.h"
+#include "host/MemoryState.h"
 #include "model/Json.h"
 #include "support/Check.h"
 #include "support/HostSide.h"
-#include "support/MemoryState.h"
 #include "transport/TrafficObservers.h"
 
 namespace {
@@ -35,7 +35,7 @@ public:
         journal.take();
     }
 
-    MemoryState state;
+    SettingsHostTests::MemoryState state;
     SettingsHandlerTesting::Journal journal;
     SettingsHandlerTesting::FakeStorage storage{journal};
 

@@ -15,6 +15,7 @@
 #include "support/Check.h"
 #include "support/HostSide.h"
 #include "support/Input.h"
+#include "support/Surround.h"
 #include "transport/LineFramer.h"
 #include "transport/MessageHub.h"
 
@@ -73,15 +74,7 @@ class HubWorld {
 public:
     explicit HubWorld(const Surroundings& around) : model(keysInTableOrder()) {
         model.around = around;
-        storage.values = around.stored;
-        storage.refusesWrites = around.refusesWrites;
-        storage.refusesClearing = around.refusesClearing;
-        sdk->locales = around.locales;
-        sdk->timezone = around.timezone;
-        sdk->captionsEnabled = around.captionsEnabled;
-        sdk->doNotDisturbEnabled = around.doNotDisturbEnabled;
-        sdk->refusesSettings = around.refusesSettings;
-        device->info = around.deviceInfo;
+        SettingsHandlerFuzz::surround(storage, *sdk, *device, around);
         hub->addClient(asker);
         hub->addClient(other);
         handler->initializeSettings();

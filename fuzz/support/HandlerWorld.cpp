@@ -1,6 +1,7 @@
 #include "support/HandlerWorld.h"
 
 #include "support/Check.h"
+#include "support/Surround.h"
 
 namespace SettingsHandlerFuzz {
 
@@ -53,16 +54,7 @@ void HandlerWorld::makeObservers() {
 
 void HandlerWorld::surround(const Surroundings& around) {
     model.around = around;
-    storage.values = around.stored;
-    storage.refusesWrites = around.refusesWrites;
-    storage.refusesRemoval = around.refusesRemoval;
-    storage.refusesClearing = around.refusesClearing;
-    sdk->locales = around.locales;
-    sdk->timezone = around.timezone;
-    sdk->captionsEnabled = around.captionsEnabled;
-    sdk->doNotDisturbEnabled = around.doNotDisturbEnabled;
-    sdk->refusesSettings = around.refusesSettings;
-    device->info = around.deviceInfo;
+    SettingsHandlerFuzz::surround(storage, *sdk, *device, around);
 }
 
 void HandlerWorld::expectSame(const std::string& after) {

@@ -4,6 +4,7 @@
 
 #include "WebHostFixture.h"
 #include "support/ProcessFigures.h"
+#include "support/Repeated.h"
 #include "support/Sanitizers.h"
 
 namespace SystemTests {
@@ -21,15 +22,6 @@ const std::string unknownType =
 const std::string tooDeep = R"({"error":{"code":"too-deep","message":"the frame is nested deeper than 32 levels"}})";
 const std::string notJson = R"({"error":{"code":"not-json","message":"the frame is not JSON"}})";
 const std::string tooLarge = R"({"error":{"code":"too-large","message":"the frame is larger than 64 KiB"}})";
-
-std::string repeated(const std::string& text, std::size_t count) {
-    std::string result;
-    result.reserve(text.size() * count);
-    for (std::size_t number = 0; number < count; ++number) {
-        result += text;
-    }
-    return result;
-}
 
 /// A JSON text of each kind that there is, the kinds of numbers apart.
 struct Value {
@@ -257,17 +249,18 @@ TEST_F(HostileInput, DepthIsRefusedHoweverDeep) {
     startWeb({"--log-level", "3"});
     const std::string before = everything();
     const auto nested = [](std::size_t depth, const std::string& open, const std::string& close) {
-        return R"({"type":7,"a":)" + repeated(open, depth) + "0" + repeated(close, depth) + "}";
+        return R"({"type":7,"a":)" + TestSupport::repeated(open, depth) + "0" + TestSupport::repeated(close, depth) +
+               "}";
     };
     EXPECT_EQ(answersTo(nested(31, "[", "]")), Lines{});
     for (const std::size_t depth : {32UL, 1000UL, 32000UL}) {
         EXPECT_EQ(answersTo(nested(depth, "[", "]")), Lines{tooDeep}) << depth;
     }
     EXPECT_EQ(answersTo(nested(10000, R"({"a":)", "}")), Lines{tooDeep});
-    EXPECT_EQ(answersTo(repeated("[", 65000)), Lines{notJson});
+    EXPECT_EQ(answersTo(TestSupport::repeated("[", 65000)), Lines{notJson});
     EXPECT_EQ(answersTo(nested(100000, "[", "]")), Lines{tooLarge});
     // In a value that is parsed again.
-    const std::string text = repeated("[", 30000) + repeated("]", 30000);
+    const std::string text = TestSupport::repeated("[", 30000) + TestSupport::repeated("]", 30000);
     EXPECT_EQ(answersTo(setRequest("orliaLocale", "\"" + text + "\"")), Lines{});
     EXPECT_TRUE(
         contains(device(R"({"command":"setting","key":"orliaLocale","value":")" + text + "\"}"), R"("not-passed-on")"));
@@ -282,7 +275,9 @@ TEST_F(HostileInput, DepthIsRefusedHoweverDeep) {
 
 TEST_F(HostileInput, DepthIsRefusedOverAWebSocketToo) {
     startWeb({"--log-level", "3"});
-    const auto deep = [](std::size_t depth) { return R"({"a":)" + repeated("[", depth) + repeated("]", depth) + "}"; };
+    const auto deep = [](std::size_t depth) {
+        return R"({"a":)" + TestSupport::repeated("[", depth) + TestSupport::repeated("]", depth) + "}";
+    };
     for (const auto& [path, protocol] : {std::pair("/settings", "settings.v1"), std::pair("/device", "device.v1")}) {
         const auto socket = page(path, protocol);
         socket->sendText(deep(32000));
@@ -330,7 +325,7 @@ TEST_F(HostileInput, AnEndlessMessageClosesAWebSocketAndCostsNoMemory) {
         const auto socket = page();
         std::thread sender([&] {
             if (inOneFrame) {
-                socket->sendFrame(1, repeated(piece, TestSupport::sanitized ? 16 : 64), true);
+                socket->sendFrame(1, TestSupport::repeated(piece, TestSupport::sanitized ? 16 : 64), true);
             } else {
                 socket->sendFrame(1, piece, false);
                 for (int number = 1; number < 64 && socket->sendFrame(0, piece, false); ++number) {

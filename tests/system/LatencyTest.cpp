@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "WebHostFixture.h"
+#include "support/Repeated.h"
 #include "support/Sanitizers.h"
 
 namespace SystemTests {
@@ -24,15 +25,6 @@ constexpr std::chrono::microseconds shortestQuiet{200};
 constexpr int roundTrips = 60;
 /// Another program may need the processors just then.
 constexpr int attempts = 10;
-
-std::string repeated(const std::string& text, std::size_t count) {
-    std::string result;
-    result.reserve(text.size() * count);
-    for (std::size_t number = 0; number < count; ++number) {
-        result += text;
-    }
-    return result;
-}
 
 }  // namespace
 
@@ -107,10 +99,14 @@ private:
 
 TEST_F(Latency, OfOthersHardlyGrowsUnderDeepJson) {
     LineClient hostile(socket());
-    const std::string deep = R"({"type":7,"a":)" + repeated("[", 32000) + repeated("]", 32000) + "}\n";
-    expectOthersAreServed("frames nested 32,000 levels deep", [&] { sendAndRead(hostile, repeated(deep, 20), 20); });
+    const std::string deep =
+        R"({"type":7,"a":)" + TestSupport::repeated("[", 32000) + TestSupport::repeated("]", 32000) + "}\n";
+    expectOthersAreServed("frames nested 32,000 levels deep",
+                          [&] { sendAndRead(hostile, TestSupport::repeated(deep, 20), 20); });
     expectOthersAreServed("frames nested 100,000 levels deep", [&] {
-        sendAndRead(hostile, R"({"type":7,"a":)" + repeated("[", 100000) + repeated("]", 100000) + "}\n", 1);
+        sendAndRead(
+            hostile,
+            R"({"type":7,"a":)" + TestSupport::repeated("[", 100000) + TestSupport::repeated("]", 100000) + "}\n", 1);
     });
     const auto hostilePage = page();
     expectOthersAreServed("the same over a WebSocket", [&] {
@@ -137,9 +133,11 @@ TEST_F(Latency, OfOthersHardlyGrowsUnderAnEndlessLine) {
 
 TEST_F(Latency, OfOthersHardlyGrowsUnderStorms) {
     LineClient hostile(socket());
-    expectOthersAreServed("questions without a pause",
-                          [&] { sendAndRead(hostile, repeated(getRequest(R"(["timezone"])") + "\n", 100), 100); });
-    expectOthersAreServed("frames that are no JSON", [&] { sendAndRead(hostile, repeated("\xff\n", 100), 100); });
+    expectOthersAreServed("questions without a pause", [&] {
+        sendAndRead(hostile, TestSupport::repeated(getRequest(R"(["timezone"])") + "\n", 100), 100);
+    });
+    expectOthersAreServed("frames that are no JSON",
+                          [&] { sendAndRead(hostile, TestSupport::repeated("\xff\n", 100), 100); });
     expectOthersAreServed("frames of a single byte at a time", [&] {
         for (const char byte : getRequest(R"(["timezone"])") + "\n") {
             hostile.send(std::string(1, byte));
@@ -147,7 +145,8 @@ TEST_F(Latency, OfOthersHardlyGrowsUnderStorms) {
         ASSERT_TRUE(hostile.receiveLine());
     });
     const std::string large = R"({"type":18,"messageId":"m","x":")" + std::string(65000, 'x') + "\"}\n";
-    expectOthersAreServed("frames as large as they may be", [&] { sendAndRead(hostile, repeated(large, 20), 20); });
+    expectOthersAreServed("frames as large as they may be",
+                          [&] { sendAndRead(hostile, TestSupport::repeated(large, 20), 20); });
 }
 
 TEST_F(Latency, OfOthersHardlyGrowsWhileConnectionsComeAndGo) {
