@@ -57,9 +57,7 @@ bool restore(const std::string& backup, const std::string& file) {
             removeFile(copy + companion);
         }
         copyFile(backup, copy);
-        {
-            const Database openedToCheck(copy);
-        }
+        { const Database openedToCheck(copy); }
         moveFile(copy, file);
         return true;
     } catch (const DatabaseError& error) {
