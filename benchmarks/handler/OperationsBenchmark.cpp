@@ -1,32 +1,105 @@
+#include <iostream>
+#include <map>
+#include <string>
+#include <vector>
+
 #include <benchmark/benchmark.h>
 
 #include "Operations.h"
 #include "VessaLogger/LogSink.h"
+#include "support/Results.h"
 
-// Times every operation of the handler and, among them in random order, what each must cost at least.
+// Times every operation of the handler and, among them in random order, what each must cost at least. Takes the options
+// of Google Benchmark; each repetition is a round. The usual report goes to standard error, the results to standard
+// output.
 
 namespace {
 
-void add(const std::string& name, const std::function<void()>& run) {
-    benchmark::RegisterBenchmark(name.c_str(), [run](benchmark::State& state) {
-        for (auto turn : state) {
-            run();
+using Benchmarks::Operation;
+
+/// Keeps the processor time of each turn, in microseconds, round by round.
+class Collector : public benchmark::ConsoleReporter {
+public:
+    Collector() : ConsoleReporter(OO_None) {
+        SetOutputStream(&std::cerr);
+        SetErrorStream(&std::cerr);
+    }
+
+    void ReportRuns(const std::vector<Run>& runs) override {
+        for (const auto& run : runs) {
+            if (run.run_type == Run::RT_Iteration && !run.error_occurred) {
+                rounds[run.run_name.function_name].push_back(run.GetAdjustedCPUTime());
+            }
         }
-    });
+        ConsoleReporter::ReportRuns(runs);
+    }
+
+    std::map<std::string, std::vector<double>> rounds;
+};
+
+void add(const std::string& name, const std::function<void()>& run) {
+    benchmark::RegisterBenchmark(name.c_str(),
+                                 [run](benchmark::State& state) {
+                                     for (auto turn : state) {
+                                         run();
+                                     }
+                                 })
+        ->Unit(benchmark::kMicrosecond);
+}
+
+/// How the time of one kind of operation grows with the number in its name, such as "observers/100".
+void addCurve(Benchmarks::Results& results, const Collector& collector, const std::string& kind,
+              const std::vector<int>& numbers) {
+    Benchmarks::Series handler{"time of a SetSettings by " + kind, "handler", kind, "us", {}};
+    Benchmarks::Series floor{handler.plot, "the least work", kind, "us", {}};
+    for (const int number : numbers) {
+        const std::string name = "/" + kind + "/" + std::to_string(number);
+        for (auto* curve : {&handler, &floor}) {
+            const auto found = collector.rounds.find((curve == &handler ? "handler" : "floor") + name);
+            if (found != collector.rounds.end()) {
+                curve->points.emplace_back(number, Benchmarks::median(found->second));
+            }
+        }
+    }
+    results.add(handler);
+    results.add(floor);
+}
+
+Benchmarks::Results resultsOf(Collector& collector, const std::vector<Operation>& operations) {
+    Benchmarks::Results results;
+    for (const auto& [name, rounds] : collector.rounds) {
+        results.add(Benchmarks::Figure{"time/" + name, "us", rounds});
+    }
+    for (const auto& operation : operations) {
+        results.add(Benchmarks::Ratio{"time/" + operation.name, "the least work",
+                                      Benchmarks::quotients(collector.rounds["handler/" + operation.name],
+                                                            collector.rounds["floor/" + operation.name]),
+                                      0});
+    }
+    results.add(Benchmarks::Ratio{"a SetSettings with 1,000 keys in the cache", "the same with 15",
+                                  Benchmarks::quotients(collector.rounds["handler/cache/1000"],
+                                                        collector.rounds["handler/cache/15"]),
+                                  1.1});
+    addCurve(results, collector, "observers", {0, 1, 10, 100, 1000});
+    addCurve(results, collector, "cache", {15, 1000, 100000});
+    return results;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
     VessaLogger::setLogSink([](const VessaLogger::LogLine&) {});
-    for (const auto& operation : Benchmarks::operations(100000)) {
-        add("handler/" + operation.name, operation.handler);
-        add("floor/" + operation.name, operation.floor);
-    }
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 2;
     }
-    benchmark::RunSpecifiedBenchmarks();
+    const auto operations = Benchmarks::operations(100000);
+    for (const auto& operation : operations) {
+        add("handler/" + operation.name, operation.handler);
+        add("floor/" + operation.name, operation.floor);
+    }
+    Collector collector;
+    benchmark::RunSpecifiedBenchmarks(&collector);
+    resultsOf(collector, operations).print();
     return 0;
 }
