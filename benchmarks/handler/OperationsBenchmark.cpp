@@ -38,13 +38,11 @@ public:
 };
 
 void add(const std::string& name, const std::function<void()>& run) {
-    benchmark::RegisterBenchmark(name.c_str(),
-                                 [run](benchmark::State& state) {
-                                     for (auto turn : state) {
-                                         run();
-                                     }
-                                 })
-        ->Unit(benchmark::kMicrosecond);
+    benchmark::RegisterBenchmark(name.c_str(), [run](benchmark::State& state) {
+        for (auto turn : state) {
+            run();
+        }
+    })->Unit(benchmark::kMicrosecond);
 }
 
 /// How the time of one kind of operation grows with the number in its name, such as "observers/100".
@@ -76,10 +74,9 @@ Benchmarks::Results resultsOf(Collector& collector, const std::vector<Operation>
                                                             collector.rounds["floor/" + operation.name]),
                                       0});
     }
-    results.add(Benchmarks::Ratio{"a SetSettings with 1,000 keys in the cache", "the same with 15",
-                                  Benchmarks::quotients(collector.rounds["handler/cache/1000"],
-                                                        collector.rounds["handler/cache/15"]),
-                                  1.1});
+    results.add(Benchmarks::Ratio{
+        "a SetSettings with 1,000 keys in the cache", "the same with 15",
+        Benchmarks::quotients(collector.rounds["handler/cache/1000"], collector.rounds["handler/cache/15"]), 1.1});
     addCurve(results, collector, "observers", {0, 1, 10, 100, 1000});
     addCurve(results, collector, "cache", {15, 1000, 100000});
     return results;
