@@ -1,39 +1,92 @@
 #include "service/PassedSockets.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
+#include <sstream>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
-#include <systemd/sd-daemon.h>
+#include <fcntl.h>
 
+#include "service/ManagerVariables.h"
 #include "transport/DoorError.h"
 
 namespace SettingsHost {
 
 namespace {
 
-struct Free {
-    void operator()(void* memory) const { std::free(memory); }
-};
+/// The place of the first one: behind the standard streams.
+constexpr int firstPlace = 3;
+
+[[noreturn]] void fail(const std::string& why) {
+    throw DoorError("cannot take the passed sockets over: " + why);
+}
+
+int numberOfSockets() {
+    if (!isMeantForThisProcess("LISTEN_PID")) {
+        return 0;
+    }
+    const auto count = managerNumber("LISTEN_FDS");
+    // More than a process can have open on any system.
+    constexpr std::uint64_t tooMany = 1U << 20U;
+    if (!count || *count == 0 || *count > tooMany) {
+        fail("LISTEN_FDS makes no sense");
+    }
+    return static_cast<int>(*count);
+}
+
+/// One for each socket; sockets without names are all called "unknown".
+std::vector<std::string> namesOfSockets(int count) {
+    const auto list = managerVariable("LISTEN_FDNAMES");
+    if (!list) {
+        return std::vector<std::string>(static_cast<std::size_t>(count), "unknown");
+    }
+    std::vector<std::string> names;
+    std::istringstream stream(*list);
+    for (std::string name; std::getline(stream, name, ':');) {
+        names.push_back(name);
+    }
+    if (names.size() != static_cast<std::size_t>(count)) {
+        fail("LISTEN_FDNAMES does not name each of them");
+    }
+    return names;
+}
+
+/// What was inherited so far is for this process alone.
+void keepFromChildren(int count) {
+    for (int place = firstPlace; place < firstPlace + count; ++place) {
+        const int flags = ::fcntl(place, F_GETFD);
+        if (flags < 0 || ::fcntl(place, F_SETFD, flags | FD_CLOEXEC) < 0) {
+            fail(std::strerror(errno));
+        }
+    }
+}
+
+std::vector<std::string> takeNames() {
+    try {
+        const int count = numberOfSockets();
+        std::vector<std::string> names;
+        if (count > 0) {
+            names = namesOfSockets(count);
+            keepFromChildren(count);
+        }
+        return names;
+    } catch (const std::invalid_argument& error) {
+        fail(error.what());
+    }
+}
 
 }  // namespace
 
 PassedSockets::PassedSockets(const std::set<std::string>& expected) {
-    char** list = nullptr;
-    const int count = ::sd_listen_fds_with_names(1, &list);
-    if (count < 0) {
-        throw DoorError(std::string("cannot take the passed sockets over: ") + std::strerror(-count));
+    const std::vector<std::string> names = takeNames();
+    for (const auto* variable : {"LISTEN_PID", "LISTEN_FDS", "LISTEN_FDNAMES"}) {
+        ::unsetenv(variable);
     }
-    std::vector<std::unique_ptr<char, Free>> names;
-    const std::unique_ptr<char*, Free> listOwner(list);
-    for (int index = 0; index < count; ++index) {
-        names.emplace_back(list[index]);
-    }
-    int place = SD_LISTEN_FDS_START;
-    for (const auto& taken : names) {
-        const std::string name = taken.get();
+    int place = firstPlace;
+    for (const auto& name : names) {
         Descriptor socket(place++);
         if (expected.count(name) == 0) {
             throw DoorError("a socket named '" + name + "' was passed, but there is no such door");

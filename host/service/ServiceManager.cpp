@@ -1,13 +1,35 @@
 #include "service/ServiceManager.h"
 
-#include <systemd/sd-daemon.h>
+#include <algorithm>
+#include <cstddef>
+#include <stdexcept>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include "service/ManagerVariables.h"
+#include "transport/Descriptor.h"
 
 namespace SettingsHost {
 
 namespace {
 
+/// A manager whose address cannot be reached changes nothing.
 void tell(const std::string& state) {
-    ::sd_notify(0, state.c_str());
+    const auto place = managerVariable("NOTIFY_SOCKET");
+    sockaddr_un address{};
+    if (!place || place->empty() || place->size() >= sizeof(address.sun_path)) {
+        return;
+    }
+    address.sun_family = AF_UNIX;
+    std::copy(place->begin(), place->end(), address.sun_path);
+    if (address.sun_path[0] == '@') {
+        // A name that is not in the file system. It begins with a NUL and ends with the address.
+        address.sun_path[0] = '\0';
+    }
+    const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + place->size());
+    const Descriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    ::sendto(socket.get(), state.data(), state.size(), MSG_NOSIGNAL, reinterpret_cast<const sockaddr*>(&address), size);
 }
 
 }  // namespace
@@ -29,11 +51,16 @@ void tellAlive() {
 }
 
 std::optional<std::chrono::milliseconds> patienceOfServiceManager() {
-    std::uint64_t microseconds = 0;
-    if (::sd_watchdog_enabled(0, &microseconds) <= 0) {
+    try {
+        const auto microseconds = managerNumber("WATCHDOG_USEC");
+        if (microseconds.value_or(0) == 0 ||
+            (managerVariable("WATCHDOG_PID") && !isMeantForThisProcess("WATCHDOG_PID"))) {
+            return std::nullopt;
+        }
+        return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::microseconds(*microseconds));
+    } catch (const std::invalid_argument&) {
         return std::nullopt;
     }
-    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::microseconds(microseconds));
 }
 
 }  // namespace SettingsHost

@@ -50,6 +50,13 @@ bool isReadError(const std::string& verdict) {
     return verdict.find("failed to get page") != std::string::npos;
 }
 
+/// SQLite would set room for 20 pages of each database aside, of which ours fills a few. Takes effect when nothing of
+/// SQLite was used before.
+void keepPageCacheSmall() {
+    static const int result = sqlite3_config(SQLITE_CONFIG_PAGECACHE, nullptr, 0, 0);
+    static_cast<void>(result);
+}
+
 /// Closing a database usually moves its write-ahead log into it. A file that is about to be refused stays as it is.
 void moveLogOnClose(sqlite3* connection, bool move) {
     sqlite3_db_config(connection, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, move ? 0 : 1, nullptr);
@@ -96,6 +103,7 @@ void Database::connect() {
         flags = SQLITE_OPEN_READONLY | SQLITE_OPEN_URI;
         fileSystem = hasLog ? "unix-none" : nullptr;
     }
+    keepPageCacheSmall();
     sqlite3* opened = nullptr;
     const int result = sqlite3_open_v2(name.c_str(), &opened, flags, fileSystem);
     connection.reset(opened);

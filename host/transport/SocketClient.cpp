@@ -95,7 +95,7 @@ void SocketClient::readOn() {
     uv_read_start(
         stream(),
         [](uv_handle_t* handle, std::size_t, uv_buf_t* buffer) {
-            auto& bytes = ownerOf(handle).door->readBuffer;
+            auto& bytes = ownerOf(handle).door->readBuffer->bytes;
             *buffer = uv_buf_init(bytes.data(), static_cast<unsigned>(bytes.size()));
         },
         [](uv_stream_t* handle, ssize_t count, const uv_buf_t* buffer) {

@@ -12,12 +12,6 @@
 
 namespace SettingsHost {
 
-namespace {
-
-constexpr std::size_t readSize = 65536;
-
-}  // namespace
-
 /// Runs once a round of the event loop while clients have frames left.
 class UnixSocketDoor::Turns : public UvHandle<uv_idle_t, Turns> {
 public:
@@ -37,7 +31,7 @@ UnixSocketDoor::UnixSocketDoor(EventLoop& eventLoop, SocketPlace place, Origin o
       events(std::move(doorEvents)),
       file(std::move(place)),
       acceptor(Descriptor(file.takeDescriptor())),
-      readBuffer(readSize) {
+      readBuffer(std::make_unique<ReadBuffer>()) {
     turns = std::make_shared<Turns>(*this);
     uv_idle_init(loop.handle(), turns->get());
     turns->opened(turns);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <chrono>
 #include <memory>
 #include <string>
@@ -50,6 +51,12 @@ private:
     friend class SocketClient;
     class Turns;
 
+    /// Not filled with anything, so that it takes no more of the machine's memory than what is read at once.
+    struct ReadBuffer {
+        ReadBuffer() {}  // NOLINT(modernize-use-equals-default): that would fill it
+        std::array<char, 65536> bytes;
+    };
+
     void accept(int descriptor);
     void turnAway(int descriptor);
     void continueLater(const std::shared_ptr<SocketClient>& client);
@@ -64,7 +71,7 @@ private:
     std::shared_ptr<Turns> turns;
     std::unordered_map<SocketClient*, std::shared_ptr<SocketClient>> clients;
     /// Where all clients are read into, one after the other.
-    std::vector<char> readBuffer;
+    std::unique_ptr<ReadBuffer> readBuffer;
     std::vector<std::shared_ptr<SocketClient>> waiting;
     bool closing = false;
 };

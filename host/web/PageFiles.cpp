@@ -32,9 +32,12 @@ bool isHidden(const fs::path& file) {
     return file.filename().string().front() == '.';
 }
 
-std::string contentOf(const fs::path& file) {
+std::string contentOf(const fs::path& file, std::size_t size) {
     std::ifstream stream(file, std::ios::binary);
-    std::string content{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    std::string content;
+    // Not more than it takes: it stays in memory.
+    content.reserve(size);
+    content.assign(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
     if (!stream) {
         throw std::runtime_error("cannot read " + file.string());
     }
@@ -58,12 +61,13 @@ PageFiles::PageFiles(const std::string& folder) {
         if (!entry->is_regular_file() || entry->is_symlink()) {
             continue;
         }
-        size += entry->file_size();
+        const auto fileSize = static_cast<std::size_t>(entry->file_size());
+        size += fileSize;
         if (size > maximumSize) {
             throw std::runtime_error("the pages' folder " + folder + " holds more than 16 MiB");
         }
         const std::string path = "/" + entry->path().lexically_relative(folder).generic_string();
-        files[path] = {contentTypeOf(entry->path()), std::make_shared<const std::string>(contentOf(entry->path()))};
+        files[path] = {contentTypeOf(entry->path()), std::make_shared<const std::string>(contentOf(entry->path(), fileSize))};
     }
     if (files.count("/index.html") == 0) {
         throw std::runtime_error("the pages' folder " + folder + " has no index.html");

@@ -139,6 +139,7 @@ struct DiskCalls {
         if (open(file).disk->fails()) {
             return SQLITE_IOERR_FSYNC;
         }
+        ++open(file).disk->flushCount;
         open(file).tracked->sync();
         return SQLITE_OK;
     }
@@ -195,6 +196,7 @@ struct DiskCalls {
         tracked.pending.push_back({true, 0, ""});
         tracked.mayBeGone = true;
         if (syncFolder != 0) {
+            ++disk.flushCount;
             tracked = TrackedFile();
         }
         return disk.real->xDelete(disk.real, name, 0);

@@ -22,6 +22,8 @@ public:
 
     /// Calls since the last of the following four.
     long calls() const { return callCount; }
+    /// How often the disk was made to keep what it has, since the object was made.
+    long flushes() const { return flushCount; }
     void work();
     /// The call `number`, counted from 1, fails as it would at a bad block. Later ones work.
     void failOnce(long number);
@@ -54,6 +56,7 @@ private:
     std::map<std::string, std::unique_ptr<TrackedFile>> files;
     Mode faultMode = Mode::WORK;
     long callCount = 0;
+    long flushCount = 0;
     long faultyCall = 0;
     bool failed = false;
 };

@@ -14,16 +14,21 @@ std::string fileOf(pid_t process, const std::string& name) {
     return "/proc/" + std::to_string(process) + "/" + name;
 }
 
-std::size_t statusBytes(pid_t process, const std::string& name) {
-    std::ifstream status(fileOf(process, "status"));
-    for (std::string word; status >> word;) {
+/// The number behind the first `name` in a file of the process.
+std::size_t numberIn(pid_t process, const std::string& file, const std::string& name) {
+    std::ifstream figures(fileOf(process, file));
+    for (std::string word; figures >> word;) {
         if (word == name) {
-            std::size_t kibibytes = 0;
-            status >> kibibytes;
-            return kibibytes * 1024;
+            std::size_t number = 0;
+            figures >> number;
+            return number;
         }
     }
     throw std::runtime_error("process " + std::to_string(process) + " has no " + name);
+}
+
+std::size_t bytesIn(pid_t process, const std::string& file, const std::string& name) {
+    return numberIn(process, file, name) * 1024;
 }
 
 }  // namespace
@@ -33,16 +38,25 @@ std::size_t openDescriptors(pid_t process) {
     return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
 }
 
+ProcessMemory memoryOf(pid_t process) {
+    const std::string file = "smaps_rollup";
+    return {bytesIn(process, file, "Rss:"), bytesIn(process, file, "Anonymous:"), bytesIn(process, file, "Pss:")};
+}
+
 std::size_t residentMemory(pid_t process) {
-    return statusBytes(process, "VmRSS:");
+    return bytesIn(process, "status", "VmRSS:");
 }
 
 std::size_t peakMemory(pid_t process) {
-    return statusBytes(process, "VmHWM:");
+    return bytesIn(process, "status", "VmHWM:");
 }
 
 void forgetPeakMemory(pid_t process) {
     std::ofstream(fileOf(process, "clear_refs")) << "5";
+}
+
+long voluntarySwitches(pid_t process) {
+    return static_cast<long>(numberIn(process, "status", "voluntary_ctxt_switches:"));
 }
 
 long processorTicks(pid_t process) {

@@ -17,4 +17,11 @@ constexpr bool sanitizersHoldSignalsBack = false;
 /// about it.
 constexpr bool sanitized = sanitizersNeedDescriptors || sanitizersHoldSignalsBack;
 
+/// Programs of this build are as large as what is shipped.
+#if defined(__OPTIMIZE__)
+constexpr bool asShipped = !sanitized;
+#else
+constexpr bool asShipped = false;
+#endif
+
 }  // namespace TestSupport
