@@ -19,9 +19,13 @@ double exchange(FrameConnection& connection, const std::string& bytes, const std
     return took.count();
 }
 
+Changes::Changes()
+    : number(std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::system_clock::now().time_since_epoch())
+                 .count()) {}
+
 std::string Changes::next() {
     ++number;
-    value = "Living room " + std::to_string(number);
+    value = "Living room " + std::to_string(number % 1000);
     return R"({"type":24,"messageId":"s","timestamp":)" + std::to_string(number) +
            R"(,"payload":{"settingDBId":"deviceName","to":")" + value + "\"}}";
 }

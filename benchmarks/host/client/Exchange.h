@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "host/client/FrameConnection.h"
@@ -10,15 +11,18 @@ namespace Benchmarks {
 double exchange(FrameConnection& connection, const std::string& bytes, const std::string& part);
 
 /// Requests of which each sets `deviceName` to another value than the one before, and so makes an event.
+/// Newer than those of all that was made before, wherever that was.
 class Changes {
 public:
+    Changes();
+
     /// The next request.
     std::string next();
     /// What is found in the event that answers it.
     const std::string& wanted() const { return value; }
 
 private:
-    long number = 0;
+    std::int64_t number;
     std::string value;
 };
 

@@ -8,6 +8,7 @@
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -51,7 +52,7 @@ int connectedTcpSocket(std::uint16_t port) {
 
 class LineConnection : public FrameConnection {
 public:
-    explicit LineConnection(const std::string& path) : FrameConnection(connectedUnixSocket(path)) {}
+    explicit LineConnection(int connectedSocket) : FrameConnection(connectedSocket) {}
 
     std::string bytesOf(std::string_view frame) const override { return std::string(frame) + '\n'; }
 
@@ -129,7 +130,10 @@ private:
 
 }  // namespace
 
-FrameConnection::FrameConnection(int connectedSocket) : socket(connectedSocket), buffer(bufferSize, '\0') {}
+FrameConnection::FrameConnection(int connectedSocket) : socket(connectedSocket), buffer(bufferSize, '\0') {
+    const timeval patience{20, 0};
+    ::setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof(patience));
+}
 
 FrameConnection::~FrameConnection() {
     ::close(socket);
@@ -156,11 +160,11 @@ bool FrameConnection::fill(int flags) {
         start = 0;
     }
     const ssize_t count = ::recv(socket, buffer.data() + end, buffer.size() - end, flags);
-    if (count < 0 && errno == EAGAIN) {
+    if (count < 0 && errno == EAGAIN && (flags & MSG_DONTWAIT) != 0) {
         return false;
     }
     if (count <= 0) {
-        throw std::runtime_error("the server closed a connection");
+        throw std::runtime_error(count == 0 ? "the server closed a connection" : "nothing came in time");
     }
     end += static_cast<std::size_t>(count);
     return true;
@@ -213,7 +217,11 @@ std::string FrameConnection::receiveUntil(std::string_view mark) {
 }
 
 std::unique_ptr<FrameConnection> connectToSocket(const std::string& path) {
-    return std::make_unique<LineConnection>(path);
+    return std::make_unique<LineConnection>(connectedUnixSocket(path));
+}
+
+std::unique_ptr<FrameConnection> connectToPort(std::uint16_t port) {
+    return std::make_unique<LineConnection>(connectedTcpSocket(port));
 }
 
 std::unique_ptr<FrameConnection> connectToWebSocket(std::uint16_t port, const std::string& target,

@@ -9,7 +9,8 @@
 namespace Benchmarks {
 
 /// A connection on which frames come and go, with as little of its own between a measurement and the kernel as can be:
-/// it waits in the kernel, and copies nothing. Errors: `std::runtime_error`.
+/// it waits in the kernel, and copies nothing. Errors: `std::runtime_error`, also when nothing
+/// comes for 20 s.
 class FrameConnection {
 public:
     virtual ~FrameConnection();
@@ -50,8 +51,9 @@ private:
     std::size_t end = 0;
 };
 
-/// At a Unix socket, one frame a line.
+/// One frame a line: at a Unix socket, or at a TCP port of 127.0.0.1.
 std::unique_ptr<FrameConnection> connectToSocket(const std::string& path);
+std::unique_ptr<FrameConnection> connectToPort(std::uint16_t port);
 
 /// A WebSocket at 127.0.0.1, one frame a text message.
 std::unique_ptr<FrameConnection> connectToWebSocket(std::uint16_t port, const std::string& target,

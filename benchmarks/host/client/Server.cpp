@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "host/client/Exchange.h"
+
 namespace Benchmarks {
 
 namespace {
@@ -59,8 +61,11 @@ HostServer::HostServer(Storage storage, int logLevel) : Server(storage) {
 }
 
 std::unique_ptr<FrameConnection> HostServer::connect(Door door) {
-    return door == Door::UNIX_SOCKET ? connectToSocket(socket())
-                                     : connectToWebSocket(port, "/settings?key=" + key, "settings.v1");
+    auto connection = door == Door::UNIX_SOCKET ? connectToSocket(socket())
+                                                : connectToWebSocket(port, "/settings?key=" + key, "settings.v1");
+    // A connection may wait to be accepted, and misses events meanwhile.
+    exchange(*connection, connection->bytesOf(getAllRequest), getAllReply);
+    return connection;
 }
 
 }  // namespace Benchmarks
