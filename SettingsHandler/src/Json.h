@@ -22,10 +22,9 @@ private:
 /// A text from outside.
 class ParsedText {
 public:
-    /// Parses `text` up to its first NUL character. Returns: false when it is no JSON; the root is an empty object then.
-    bool parse(const std::string& text) {
-        return !document.Parse<Utils::jsonParseFlags>(text.c_str()).HasParseError();
-    }
+    /// Parses `text` up to its first NUL character. Returns: false when it is no JSON; the root is an empty object
+    /// then.
+    bool parse(const std::string& text) { return !document.Parse<Utils::jsonParseFlags>(text.c_str()).HasParseError(); }
     rapidjson::Value& root() { return document; }
 
 private:

@@ -33,8 +33,7 @@ void Floor::notifyTimezoneChange(const std::string& timezone) {
 }
 
 void Floor::notifySystemSettingChanged(const std::string& name, const std::string& value) {
-    logLine(logger, INFORMATION, "Notified of system setting changing: %s. New value: %s", name.c_str(),
-            value.c_str());
+    logLine(logger, INFORMATION, "Notified of system setting changing: %s. New value: %s", name.c_str(), value.c_str());
     logLine(logger, TRACE, "setSetting");
     SettingsHandler::settingTypeFromName(name);
     logLine(logger, TRACE, "SettingDBId: %s", name.c_str());

@@ -37,8 +37,7 @@ bool Floor::accept(const std::string& request, Change& change) {
     logLine(logger, INFORMATION, "isRequestValid");
     const auto [newest, isFirst] = timestamps.emplace(SettingsHandler::settingTypeFromName(change.key), timestamp);
     if (!isFirst && newest->second > timestamp) {
-        logLine(logger, ERROR,
-                "Invalid Request: SettingsDBId is invalid or request is older than current request");
+        logLine(logger, ERROR, "Invalid Request: SettingsDBId is invalid or request is older than current request");
         return false;
     }
     newest->second = timestamp;
@@ -115,8 +114,7 @@ bool Floor::setApplied(const std::string& request) {
     if (!collaborators.bridge->applySetting(change.key, change.value)) {
         count(change.key, "error");
     }
-    logLine(logger, INFORMATION, "%s changed from '%s' to '%s'", change.key.c_str(), old.c_str(),
-            change.value.c_str());
+    logLine(logger, INFORMATION, "%s changed from '%s' to '%s'", change.key.c_str(), old.c_str(), change.value.c_str());
     report(change, old);
     return true;
 }
@@ -129,8 +127,7 @@ bool Floor::handsFree(const Change& change) {
         return false;
     }
     collaborators.bridge->setHandsFreeEnabled(change.value == "true");
-    logLine(logger, INFORMATION, "%s changed from '%s' to '%s'", change.key.c_str(), old.c_str(),
-            change.value.c_str());
+    logLine(logger, INFORMATION, "%s changed from '%s' to '%s'", change.key.c_str(), old.c_str(), change.value.c_str());
     report(change, old);
     return true;
 }
@@ -155,8 +152,7 @@ bool Floor::setFriendlyName(const std::string& request) {
         count(change.key, "error");
     }
     tellObservers(change.value);
-    logLine(logger, INFORMATION, "%s changed from '%s' to '%s'", change.key.c_str(), old.c_str(),
-            change.value.c_str());
+    logLine(logger, INFORMATION, "%s changed from '%s' to '%s'", change.key.c_str(), old.c_str(), change.value.c_str());
     report(change, old);
     return true;
 }
@@ -244,8 +240,7 @@ bool Floor::setReadOnly(const std::string& request) {
     return false;
 }
 
-void Floor::addFriendlyNameObserver(
-    const std::shared_ptr<VessaNativeCommon::FriendlyNameObserverInterface>& observer) {
+void Floor::addFriendlyNameObserver(const std::shared_ptr<VessaNativeCommon::FriendlyNameObserverInterface>& observer) {
     const std::lock_guard<std::mutex> lock(mutex);
     observers.insert(observer);
 }

@@ -49,10 +49,10 @@ void addRoads(std::vector<Operation>& list) {
     // The bridge keeps nothing, so that one value is always new to it and another never.
     list.push_back(setting("set/time zone/changed", {setRequest("timezone", "Asia/Tokyo")}, &Floor::setTimezone));
     list.push_back(setting("set/time zone/unchanged", {setRequest("timezone", "Europe/Berlin")}, &Floor::setTimezone));
-    list.push_back(setting("set/locale/changed", {setRequest("orliaLocale", R"([\"fr-FR\",\"en-US\"])")},
-                           &Floor::setLocale));
-    list.push_back(setting("set/locale/unchanged", {setRequest("orliaLocale", R"([\"en-US\",\"es-US\"])")},
-                           &Floor::setLocale));
+    list.push_back(
+        setting("set/locale/changed", {setRequest("orliaLocale", R"([\"fr-FR\",\"en-US\"])")}, &Floor::setLocale));
+    list.push_back(
+        setting("set/locale/unchanged", {setRequest("orliaLocale", R"([\"en-US\",\"es-US\"])")}, &Floor::setLocale));
 }
 
 void addRefusals(std::vector<Operation>& list) {
@@ -109,9 +109,10 @@ void addNotifications(std::vector<Operation>& list) {
     const auto world = std::make_shared<World>();
     const std::string name = "deviceName";
     const std::vector<std::string> values{"Living room", "Kitchen"};
-    list.push_back({"notify/system setting",
-                    alternating(values, [=](const std::string& v) { world->handler.notifySystemSettingChanged(name, v); }),
-                    alternating(values, [=](const std::string& v) { world->floor.notifySystemSettingChanged(name, v); })});
+    list.push_back(
+        {"notify/system setting",
+         alternating(values, [=](const std::string& v) { world->handler.notifySystemSettingChanged(name, v); }),
+         alternating(values, [=](const std::string& v) { world->floor.notifySystemSettingChanged(name, v); })});
     list.push_back({"notify/hands-free",
                     [=, enabled = false]() mutable { world->handler.notifyHandsfreeStateChanged(enabled = !enabled); },
                     [=, enabled = false]() mutable { world->floor.notifyHandsfreeStateChanged(enabled = !enabled); }});
@@ -140,7 +141,8 @@ void addLogLines(std::vector<Operation>& list) {
     static const std::string tag = "SettingsHandler";
     static VessaLogger::Log& logger = VessaLogger::Log::instance();
     const auto line = [&](const std::string& name, auto format, auto... args) {
-        list.push_back({"log/" + name, [=] { SettingsHandler::log(logger, tag, VessaLogger::INFORMATION, format, args...); },
+        list.push_back({"log/" + name,
+                        [=] { SettingsHandler::log(logger, tag, VessaLogger::INFORMATION, format, args...); },
                         [=] { Benchmarks::Floor::logLine(logger, VessaLogger::INFORMATION, format, args...); }});
     };
     line("0 arguments", "Handling SetSettings request");

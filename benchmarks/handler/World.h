@@ -13,8 +13,8 @@ namespace Benchmarks {
 /// The handler with its protected operations open.
 class OpenHandler : public SettingsHandler::SettingsHandler {
 public:
-    using SettingsHandler::SettingsHandler::SettingsHandler;
     using SettingsHandler::SettingsHandler::settingChanged;
+    using SettingsHandler::SettingsHandler::SettingsHandler;
 };
 
 /// A handler and a floor with the same quiet surroundings.

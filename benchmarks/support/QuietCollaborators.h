@@ -72,7 +72,8 @@ public:
 class QuietDevice : public DeviceAbstractionLayer::OrliaDeviceInfoInterface {
 public:
     std::map<std::string, std::string> getDeviceInfo() override {
-        return {{"currentAlwaysOnPTTMode", "off"}, {"currentAlwaysOnVoiceMode", "on"}, {"currentHandsFreeStatus", "on"}};
+        return {
+            {"currentAlwaysOnPTTMode", "off"}, {"currentAlwaysOnVoiceMode", "on"}, {"currentHandsFreeStatus", "on"}};
     }
 };
 

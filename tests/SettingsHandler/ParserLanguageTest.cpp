@@ -11,8 +11,8 @@ bool takenByDefaultFlags(const std::string& text) {
 }
 
 bool takenByUs(const std::string& text) {
-    rapidjson::Document document;
-    return SettingsHandler::parseJson(text, document);
+    SettingsHandler::ParsedText parsed;
+    return parsed.parse(text);
 }
 
 /// Texts are parsed iteratively, so that no depth exhausts the stack. The language must stay the one of the default
@@ -40,18 +40,31 @@ TEST(ParserLanguage, BuildsTheSameDocuments) {
                              "[[[],[]],[{}],{\"k\":[]}]", "18446744073709551615", "-9223372036854775808"}) {
         rapidjson::Document theirs;
         theirs.Parse(text);
-        rapidjson::Document ours;
-        ASSERT_TRUE(SettingsHandler::parseJson(text, ours)) << text;
-        EXPECT_EQ(SettingsHandlerTesting::jsonText(ours), SettingsHandlerTesting::jsonText(theirs));
+        SettingsHandler::ParsedText ours;
+        ASSERT_TRUE(ours.parse(text)) << text;
+        EXPECT_EQ(SettingsHandlerTesting::jsonText(ours.root()), SettingsHandlerTesting::jsonText(theirs));
+    }
+}
+
+/// Usual texts fit into memory on the stack, larger ones need more.
+TEST(ParserLanguage, BuildsTheSameDocumentsOfAnySize) {
+    for (const std::size_t size : {100U, 250U, 260U, 900U, 1000U, 1100U, 4000U, 4200U, 70000U}) {
+        const std::string longText(size, 'x');
+        const std::string text = R"({"a":")" + longText + R"(","b":[[["ä)" + longText + R"(",1]]],"c":{}})";
+        rapidjson::Document theirs;
+        theirs.Parse(text.c_str());
+        SettingsHandler::ParsedText ours;
+        ASSERT_TRUE(ours.parse(text)) << size;
+        EXPECT_EQ(SettingsHandlerTesting::jsonText(ours.root()), SettingsHandlerTesting::jsonText(theirs)) << size;
     }
 }
 
 TEST(ParserLanguage, AFailureKeepsTheRoot) {
     for (const auto* text : {"", "{", "[1,2", "{\"a\":1} x"}) {
-        rapidjson::Document document(rapidjson::kObjectType);
-        EXPECT_FALSE(SettingsHandler::parseJson(text, document));
-        EXPECT_TRUE(document.IsObject()) << text;
-        EXPECT_EQ(document.MemberCount(), 0U) << text;
+        SettingsHandler::ParsedText parsed;
+        EXPECT_FALSE(parsed.parse(text));
+        EXPECT_TRUE(parsed.root().IsObject()) << text;
+        EXPECT_EQ(parsed.root().MemberCount(), 0U) << text;
     }
 }
 
