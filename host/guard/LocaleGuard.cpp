@@ -15,17 +15,21 @@ bool mayReachHandler(const std::string& settingDBId, const std::string& value) {
 }
 
 bool requestMayReachHandler(const std::string& requestText) {
-    using namespace Utils::RapidjsonUtil;
     rapidjson::Document request;
-    if (request.Parse<Utils::jsonParseFlags>(requestText.c_str()).HasParseError()) {
+    const bool isJson = !request.Parse<Utils::jsonParseFlags>(requestText.c_str()).HasParseError();
+    return !isJson || requestMayReachHandler(request);
+}
+
+bool requestMayReachHandler(const rapidjson::Value& request) {
+    using Utils::RapidjsonUtil::tryGetStringMember;
+    if (!request.IsObject()) {
         return true;
     }
-    rapidjson::Value payload;
+    const auto payload = request.FindMember("payload");
     std::string settingDBId;
     std::string value;
-    return !tryGetObjectMember(request, "payload", payload) ||
-           !tryGetStringMember(payload, "settingDBId", settingDBId) || !tryGetStringMember(payload, "to", value) ||
-           mayReachHandler(settingDBId, value);
+    return payload == request.MemberEnd() || !tryGetStringMember(payload->value, "settingDBId", settingDBId) ||
+           !tryGetStringMember(payload->value, "to", value) || mayReachHandler(settingDBId, value);
 }
 
 }  // namespace SettingsHost

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "Utils/Rapidjson.h"
+
 namespace SettingsHost {
 
 /// Keeps locale values away from the handler that would end the process inside it: JSON of another kind than an array,
@@ -13,5 +15,7 @@ bool mayReachHandler(const std::string& settingDBId, const std::string& value);
 
 /// May the text of a SetSettings request be delivered?
 bool requestMayReachHandler(const std::string& requestText);
+/// The same for a request that is parsed already.
+bool requestMayReachHandler(const rapidjson::Value& request);
 
 }  // namespace SettingsHost

@@ -71,9 +71,14 @@ bool SqliteStorage::setValue(const std::string& key, const std::string& value) {
         if (value.size() > maximumValueLength) {
             throw LimitError("the value is longer than 64 KiB");
         }
-        if (table.count() >= maximumKeys && !table.get(key)) {
+        // Counting looks at every key, so it waits until there may be too many.
+        if (keysAtMost >= maximumKeys) {
+            keysAtMost = table.count();
+        }
+        if (keysAtMost >= maximumKeys && !table.get(key)) {
             throw LimitError("there are 1,000 keys already");
         }
+        ++keysAtMost;
         table.put(key, value);
     });
 }

@@ -42,6 +42,8 @@ private:
     std::function<void(const std::string& key)> valueRemoved;
     StorageObserver& observer;
     StorageHealth lastHealth;
+    /// Grows with each value that is stored, new or not, until the keys are counted again.
+    int keysAtMost = maximumKeys;
 };
 
 }  // namespace SettingsHost

@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <string>
 
+#include "Utils/Rapidjson.h"
+
 namespace SettingsHost {
 
 /// Nesting that the host takes: the root counts as 1.
@@ -22,5 +24,8 @@ struct JsonShape {
 };
 
 JsonShape shapeOf(const std::string& text);
+
+/// The same, and fills `document` in passing, unless the text is no JSON or nested deeper than `maximumNesting`.
+JsonShape shapeOf(const std::string& text, rapidjson::Document& document);
 
 }  // namespace SettingsHost

@@ -5,15 +5,12 @@
 
 namespace SettingsHost {
 
-Refusal tooLarge() {
-    return {"too-large", "the frame is larger than 64 KiB"};
-}
+namespace {
 
-std::optional<Refusal> inspectFrame(const std::string& frame) {
+std::optional<Refusal> refusalOf(const std::string& frame, const JsonShape& shape) {
     if (frame.find('\0') != std::string::npos) {
         return Refusal{"not-json", "the frame holds a NUL character"};
     }
-    const JsonShape shape = shapeOf(frame);
     if (!shape.valid) {
         return Refusal{"not-json", "the frame is not JSON"};
     }
@@ -29,24 +26,33 @@ std::optional<Refusal> inspectFrame(const std::string& frame) {
     return std::nullopt;
 }
 
-std::optional<int> requestType(const std::string& frame) {
-    rapidjson::Document document;
-    document.Parse<Utils::jsonParseFlags>(frame.c_str());
-    const auto type = document.FindMember("type");
-    if (type == document.MemberEnd() || !type->value.IsInt()) {
+}  // namespace
+
+Refusal tooLarge() {
+    return {"too-large", "the frame is larger than 64 KiB"};
+}
+
+std::optional<Refusal> inspectFrame(const std::string& frame) {
+    return refusalOf(frame, shapeOf(frame));
+}
+
+std::optional<Refusal> inspectFrame(const std::string& frame, rapidjson::Document& request) {
+    return refusalOf(frame, shapeOf(frame, request));
+}
+
+std::optional<int> requestType(const rapidjson::Value& request) {
+    const auto type = request.FindMember("type");
+    if (type == request.MemberEnd() || !type->value.IsInt()) {
         return std::nullopt;
     }
     return type->value.GetInt();
 }
 
-std::string requestedSetting(const std::string& frame) {
-    using namespace Utils::RapidjsonUtil;
-    rapidjson::Document request;
-    request.Parse<Utils::jsonParseFlags>(frame.c_str());
-    rapidjson::Value payload;
+std::string requestedSetting(const rapidjson::Value& request) {
     std::string setting;
-    if (tryGetObjectMember(request, "payload", payload)) {
-        tryGetStringMember(payload, "settingDBId", setting);
+    const auto payload = request.FindMember("payload");
+    if (payload != request.MemberEnd()) {
+        Utils::RapidjsonUtil::tryGetStringMember(payload->value, "settingDBId", setting);
     }
     return setting;
 }

@@ -3,6 +3,8 @@
 #include <optional>
 #include <string>
 
+#include "Utils/Rapidjson.h"
+
 namespace SettingsHost {
 
 /// Frames to this size are taken, on every door.
@@ -21,10 +23,13 @@ Refusal tooLarge();
 /// raw NUL: codes "not-json", "not-an-object", "too-deep".
 std::optional<Refusal> inspectFrame(const std::string& frame);
 
-/// The request type of an inspected frame: the first member "type" if it is a 32-bit integer.
-std::optional<int> requestType(const std::string& frame);
+/// The same; `request` becomes what an accepted frame holds, so that it is parsed once.
+std::optional<Refusal> inspectFrame(const std::string& frame, rapidjson::Document& request);
 
-/// The setting that an inspected SetSettings request is about; empty when it does not say.
-std::string requestedSetting(const std::string& frame);
+/// The type of a request, which is an object: the first member "type" if it is a 32-bit integer.
+std::optional<int> requestType(const rapidjson::Value& request);
+
+/// The setting that a SetSettings request is about; empty when it does not say.
+std::string requestedSetting(const rapidjson::Value& request);
 
 }  // namespace SettingsHost

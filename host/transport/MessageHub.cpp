@@ -52,9 +52,9 @@ private:
 };
 
 /// Cut to what the storage takes, so that no client fills the log.
-std::string settingNamedIn(int type, const std::string& frame) {
+std::string settingNamedIn(int type, const rapidjson::Value& request) {
     constexpr std::size_t longestKey = 256;
-    return type == CommunicationHandler::SET_SETTINGS ? withValidUtf8(requestedSetting(frame).substr(0, longestKey))
+    return type == CommunicationHandler::SET_SETTINGS ? withValidUtf8(requestedSetting(request).substr(0, longestKey))
                                                       : "";
 }
 
@@ -103,17 +103,18 @@ void MessageHub::refuse(Client& client, const Refusal& reason) {
 
 void MessageHub::receive(const std::shared_ptr<Client>& client, const std::string& frame) {
     traffic->frameReceived(*client, frame);
-    if (const auto reason = inspectFrame(frame)) {
+    rapidjson::Document request;
+    if (const auto reason = inspectFrame(frame, request)) {
         refuse(*client, *reason);
         return;
     }
-    const auto type = requestType(frame);
+    const auto type = requestType(request);
     if (!type || handlers.count(*type) == 0) {
         refuse(*client, {"unknown-type", R"("type" must be one of the request types 7, 18, 19, 22, 24)"});
         return;
     }
-    const RequestContext::Scope inHand(*context, {*type, settingNamedIn(*type, frame)});
-    if (*type == CommunicationHandler::SET_SETTINGS && !requestMayReachHandler(frame)) {
+    const RequestContext::Scope inHand(*context, {*type, settingNamedIn(*type, request)});
+    if (*type == CommunicationHandler::SET_SETTINGS && !requestMayReachHandler(request)) {
         logHost(VessaLogger::ERROR, "a locale value that is no array within the nesting limit was kept away");
         traffic->requestHandled(*type, RequestOutcome::KEPT_AWAY);
         return;

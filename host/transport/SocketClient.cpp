@@ -1,5 +1,7 @@
 #include "transport/SocketClient.h"
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <utility>
 
@@ -16,9 +18,13 @@ struct Write {
     std::shared_ptr<const std::string> frame;
 };
 
-uv_buf_t bufferOf(const std::string& text, std::size_t from) {
-    return uv_buf_init(const_cast<char*>(text.data() + from),  // NOLINT(cppcoreguidelines-pro-type-const-cast)
-                       static_cast<unsigned>(text.size() - from));
+/// A frame and the end of its line, without the first `sent` bytes of the two.
+std::array<uv_buf_t, 2> lineOf(const std::string& frame, std::size_t sent) {
+    static char lineEnd = '\n';
+    const std::size_t from = std::min(sent, frame.size());
+    return {uv_buf_init(const_cast<char*>(frame.data() + from),  // NOLINT(cppcoreguidelines-pro-type-const-cast)
+                        static_cast<unsigned>(frame.size() - from)),
+            uv_buf_init(&lineEnd, sent > frame.size() ? 0 : 1)};
 }
 
 }  // namespace
@@ -35,12 +41,20 @@ void SocketClient::send(const std::shared_ptr<const std::string>& frame) {
         drop();
         return;
     }
+    // What the kernel takes at once needs no queue, which costs more than the writing. Errors are for the queue.
+    const auto line = lineOf(*frame, 0);
+    const int taken = std::max(uv_try_write(stream(), line.data(), line.size()), 0);
+    if (static_cast<std::size_t>(taken) <= frame->size()) {
+        queue(frame, static_cast<std::size_t>(taken));
+    }
+}
+
+void SocketClient::queue(const std::shared_ptr<const std::string>& frame, std::size_t sent) {
     auto write = std::make_unique<Write>();
     write->frame = frame;
     write->request.data = write.get();
-    static char lineEnd = '\n';
-    const uv_buf_t buffers[] = {bufferOf(*frame, 0), uv_buf_init(&lineEnd, 1)};
-    const int result = uv_write(&write->request, stream(), buffers, 2, [](uv_write_t* done, int status) {
+    const auto rest = lineOf(*frame, sent);
+    const int result = uv_write(&write->request, stream(), rest.data(), rest.size(), [](uv_write_t* done, int status) {
         const std::unique_ptr<Write> finished(static_cast<Write*>(done->data));
         if (status != UV_ECANCELED) {
             ownerOf(done->handle).sent(status);
@@ -126,7 +140,8 @@ void SocketClient::takeFrames() {
     waitsForReader = false;
     const auto end = std::chrono::steady_clock::now() + UnixSocketDoor::longestTurn;
     for (std::size_t taken = 0; taken < UnixSocketDoor::framesPerTurn; ++taken) {
-        if (taken > 0 && std::chrono::steady_clock::now() >= end) {
+        // A turn that took all there was is over without another one.
+        if (taken > 0 && framer.size() > 0 && std::chrono::steady_clock::now() >= end) {
             break;
         }
         if (finishing || !isOpen()) {

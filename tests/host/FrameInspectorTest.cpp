@@ -6,7 +6,21 @@ namespace {
 
 std::string codeOf(const std::string& frame) {
     const auto refusal = inspectFrame(frame);
-    return refusal ? refusal->code : "";
+    rapidjson::Document request;
+    const auto sameRefusal = inspectFrame(frame, request);
+    EXPECT_EQ(refusal.has_value(), sameRefusal.has_value()) << frame;
+    if (!refusal) {
+        EXPECT_TRUE(request.IsObject()) << frame;
+        return "";
+    }
+    EXPECT_EQ(refusal->message, sameRefusal->message) << frame;
+    return refusal->code;
+}
+
+std::optional<int> typeOf(const std::string& frame) {
+    rapidjson::Document request;
+    EXPECT_FALSE(inspectFrame(frame, request)) << frame;
+    return requestType(request);
 }
 
 }  // namespace
@@ -43,11 +57,11 @@ TEST(FrameInspector, LimitsTheNesting) {
 }
 
 TEST(FrameInspector, TheFirstTypeCountsIfItIsAnInteger) {
-    EXPECT_EQ(requestType(R"({"type":24,"type":7})"), 24);
-    EXPECT_EQ(requestType(R"({"type":-1})"), -1);
+    EXPECT_EQ(typeOf(R"({"type":24,"type":7})"), 24);
+    EXPECT_EQ(typeOf(R"({"type":-1})"), -1);
     for (const auto* frame : {"{}", R"({"type":"24"})", R"({"type":24.0})", R"({"type":null})",
                               R"({"type":99999999999})", R"({"payload":{"type":24}})"}) {
-        EXPECT_EQ(requestType(frame), std::nullopt) << frame;
+        EXPECT_EQ(typeOf(frame), std::nullopt) << frame;
     }
 }
 

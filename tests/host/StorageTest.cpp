@@ -183,6 +183,9 @@ TEST_F(StorageTest, RefusesWhatIsOverTheLimitsAndSaysWhy) {
 TEST_F(StorageTest, TakesAThousandKeysAndThenReplacesOnly) {
     open();
     database->execute("BEGIN");
+    for (int time = 0; time < 1500; ++time) {
+        ASSERT_TRUE(storage->setValue("key0", std::to_string(time))) << "a value that is replaced takes no room";
+    }
     for (int key = 0; key < 1000; ++key) {
         ASSERT_TRUE(storage->setValue("key" + std::to_string(key), "v"));
     }

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "host/client/Exchange.h"
+#include "host/client/Server.h"
+
+namespace Benchmarks {
+
+/// What was seen of one kind of exchange in one round.
+struct Seen {
+    /// One for each exchange, in microseconds.
+    std::vector<double> latencies;
+    /// Processor time that the server used for them, in microseconds.
+    double processorTime = 0;
+
+    double processorTimeOfOne() const { return processorTime / static_cast<double>(latencies.size()); }
+};
+
+/// By name: "host/unix/memory/set until event".
+using Round = std::map<std::string, Seen>;
+
+struct Effort {
+    /// Exchanges of a round; changes that wait for the disk are fewer.
+    int exchanges = 1000;
+    int exchangesWithDisk = 60;
+    int exchangesWithCrowd = 200;
+    std::vector<std::size_t> crowds{1, 4, 16, 64, 128};
+};
+
+/// A server with connected clients, of which the first asks and all receive.
+class Audience {
+public:
+    Audience(Server& itsServer, Door door, std::size_t clients);
+
+    /// Connects one more.
+    void admit(Door door);
+
+    /// Lets the first client do `count` exchanges and adds what was seen to `seen`.
+    void measure(Seen& seen, int count, const std::function<std::string()>& nextRequest,
+                 const std::function<std::string()>& wanted);
+    void measureChanges(Seen& seen, int count);
+    void measureReads(Seen& seen, int count);
+
+private:
+    Server& server;
+    std::vector<std::unique_ptr<FrameConnection>> clients;
+    Changes changes;
+};
+
+const char* nameOf(Door door);
+const char* nameOf(Storage storage);
+
+/// The host and the echo with one client each, taking turns.
+void compareWithEcho(Round& round, Storage storage, Door door, const Effort& effort);
+/// The host with its log at level 1, which is its default.
+void measureWithLog(Round& round, Door door, const Effort& effort);
+/// The host with more and more clients, and the floor with as many.
+void measureCrowds(Round& round, Storage storage, Door door, const Effort& effort);
+/// The host with clients at both doors, as many as they take.
+void measureFullHouse(Round& round, const Effort& effort);
+
+}  // namespace Benchmarks
