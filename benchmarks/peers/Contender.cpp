@@ -88,18 +88,20 @@ void Report::seen(Clock::time_point time, const std::string& value) const {
 Contender::Contender(std::string label, std::unique_ptr<Peer> chosen, int changes)
     : title(std::move(label)),
       peer(std::move(chosen)),
-      changesPerRound(changes),
+      changesPerTurn(changes),
       setting([this](int socket) { SettingProcess(*peer).serve(socket); }) {}
 
-void Contender::warmUp() {
-    constexpr int enough = 5;
-    change(enough);
+void Contender::takeTurn() {
+    constexpr int warmUp = 5;
+    change(warmUp);
+    const std::vector<double> latencies = change(changesPerTurn);
+    ofThisRound.insert(ofThisRound.end(), latencies.begin(), latencies.end());
 }
 
-void Contender::runRound() {
-    const std::vector<double> latencies = change(changesPerRound);
-    roundMedians.push_back(median(latencies));
-    all.insert(all.end(), latencies.begin(), latencies.end());
+void Contender::endRound() {
+    roundMedians.push_back(median(ofThisRound));
+    all.insert(all.end(), ofThisRound.begin(), ofThisRound.end());
+    ofThisRound.clear();
 }
 
 std::vector<double> Contender::change(int count) {

@@ -12,13 +12,13 @@ namespace Benchmarks {
 /// A peer with the process that changes its setting and the one that sees it change.
 class Contender {
 public:
-    /// `changes`: how many are made in one round.
+    /// `changes`: how many are made in one turn.
     Contender(std::string label, std::unique_ptr<Peer> chosen, int changes);
 
-    /// Makes the changes of one round, one after the other.
-    void runRound();
-    /// Makes a few changes that do not count.
-    void warmUp();
+    /// Makes the changes of one turn, one after the other, after a few that do not count.
+    void takeTurn();
+    /// The turns since the last round were one round.
+    void endRound();
 
     const std::string& name() const { return title; }
     /// The median of each round, in microseconds.
@@ -31,8 +31,9 @@ private:
 
     std::string title;
     std::unique_ptr<Peer> peer;
-    int changesPerRound;
+    int changesPerTurn;
     Worker setting;
+    std::vector<double> ofThisRound;
     std::vector<double> roundMedians;
     std::vector<double> all;
 };

@@ -31,7 +31,8 @@ private:
     Bus bus;
 };
 
-/// What starts the service: in a mount namespace in which /etc is a copy of what it reads there.
+/// What starts the service: in a mount namespace in which /etc is a copy of what it reads there. Its log goes to a file,
+/// so that nobody has to read it meanwhile.
 std::string commandIn(const TestSupport::TemporaryDirectory& folder) {
     if (::geteuid() != 0) {
         throw std::runtime_error("needs root");
@@ -43,7 +44,7 @@ std::string commandIn(const TestSupport::TemporaryDirectory& folder) {
     std::ofstream(script) << "set -e\nmkdir -p '" << (folder / "etc") << "'\ncd /etc\n"
                           << "cp -aL ld.so.cache passwd group nsswitch.conf hostname machine-id os-release '"
                           << (folder / "etc") << "'\nmount --bind '" << (folder / "etc") << "' /etc\nexec " << program
-                          << "\n";
+                          << " 2> '" << (folder / "log") << "'\n";
     return "/usr/bin/unshare --mount --uts /bin/sh " + script;
 }
 
