@@ -7,10 +7,36 @@
 /// Parsing of texts that come from outside, and building of messages.
 namespace SettingsHandler {
 
-/// Parses `text` up to its first NUL character. Returns: false when it is no JSON; `document` then keeps its root.
-inline bool parseJson(const std::string& text, rapidjson::Document& document) {
-    return !document.Parse<Utils::jsonParseFlags>(text.c_str()).HasParseError();
-}
+/// Memory for JSON values that nobody keeps. Values of usual size need none from the heap.
+class JsonPool {
+public:
+    using Allocator = rapidjson::MemoryPoolAllocator<>;
+
+    Allocator& allocator() { return pool; }
+
+private:
+    alignas(std::max_align_t) char firstChunk[1024];
+    Allocator pool{firstChunk, sizeof(firstChunk), 4096};
+};
+
+/// A text from outside.
+class ParsedText {
+public:
+    /// Parses `text` up to its first NUL character. Returns: false when it is no JSON; the root is an empty object then.
+    bool parse(const std::string& text) {
+        return !document.Parse<Utils::jsonParseFlags>(text.c_str()).HasParseError();
+    }
+    rapidjson::Value& root() { return document; }
+
+private:
+    /// What the parser reserves for the values of unfinished arrays and objects, in bytes.
+    static constexpr std::size_t unfinishedValues = 256;
+
+    JsonPool values;
+    JsonPool parser;
+    rapidjson::GenericDocument<rapidjson::UTF8<>, JsonPool::Allocator, JsonPool::Allocator> document{
+        rapidjson::kObjectType, &values.allocator(), unfinishedValues, &parser.allocator()};
+};
 
 /// Adds copies of `name` and `value` as the last member of `object`.
 inline void addStringMember(rapidjson::Value& object, const std::string& name, const std::string& value,

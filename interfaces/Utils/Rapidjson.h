@@ -8,9 +8,13 @@
 ///   the process with `abort`, in every build type: a release build never runs on into undefined behaviour.
 /// - Texts are parsed iteratively with `Utils::jsonParseFlags`: the language is exactly that of the library's
 ///   default flags, and no depth of nesting can exhaust the stack.
+/// - A document takes memory from the heap in chunks that fit a message; the library's own size is 64 KiB.
 
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
+#include <type_traits>
 
 namespace Utils {
 
@@ -18,6 +22,19 @@ namespace Utils {
 [[noreturn]] inline void failJsonPrecondition(const char* condition, const char* file, int line) {
     std::fprintf(stderr, "%s:%d: JSON precondition failed: %s\n", file, line, condition);
     std::abort();
+}
+
+/// In bytes: room for the sixteen members that an object reserves with its first, and for a few short texts.
+constexpr std::size_t jsonChunkSize = 16 * 32 + 80;
+
+/// Makes what a document owns: an allocator, which is given the size of its chunks.
+template <typename Owned>
+Owned* makeForJson() {
+    if constexpr (std::is_constructible_v<Owned, std::size_t>) {
+        return std::make_unique<Owned>(jsonChunkSize).release();
+    } else {
+        return std::make_unique<Owned>().release();
+    }
 }
 
 }  // namespace Utils
@@ -28,6 +45,10 @@ namespace Utils {
 #ifndef RAPIDJSON_ASSERT
 #define RAPIDJSON_ASSERT(condition) \
     ((condition) ? static_cast<void>(0) : ::Utils::failJsonPrecondition(#condition, __FILE__, __LINE__))
+#endif
+
+#ifndef RAPIDJSON_NEW
+#define RAPIDJSON_NEW(made) ::Utils::makeForJson<decltype(made)>()
 #endif
 
 #include <rapidjson/document.h>

@@ -18,9 +18,10 @@ std::string vaSettingsAppName() {
 }  // namespace
 
 void SettingsHandler::handleIsOrliaSelectedVARequest(const std::string& message) {
-    rapidjson::Document request(rapidjson::kObjectType);
+    ParsedText text;
     // A text that cannot be parsed leaves the empty object, in which no message id is found.
-    parseJson(message, request);
+    text.parse(message);
+    const rapidjson::Value& request = text.root();
     const rapidjson::Value key(rapidjson::StringRef(communicationHandler->messageIdKey));
     const bool hasMessageId = request.IsObject() && request.HasMember(key);
     if (!hasMessageId) {

@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "Constants.h"
 #include "Logging.h"
 #include "SettingsHandler/SettingsHandler.h"
@@ -18,16 +20,16 @@ void SettingsHandler::notifyLocaleChange(std::string locale) {
         return;
     }
     // The secondary locales are dropped: intended.
-    sdkBridge->setLocales({locale});
+    sdkBridge->setLocales({std::move(locale)});
 }
 
 void SettingsHandler::notifyLocaleChange(std::vector<std::string> locales) {
     logInformation(logTag, "Notified of locale change. New value: %s", stringifyVector(locales).c_str());
-    sdkBridge->setLocales(locales);
+    sdkBridge->setLocales(std::move(locales));
 }
 
 void SettingsHandler::notifyTimezoneChange(std::string timezone) {
-    sdkBridge->setTimezone(timezone);
+    sdkBridge->setTimezone(std::move(timezone));
 }
 
 // Nothing here depends on the next four.

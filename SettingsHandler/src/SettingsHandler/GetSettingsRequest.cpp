@@ -12,6 +12,7 @@ namespace {
 
 std::vector<std::string> stringsOf(const rapidjson::Value& array) {
     std::vector<std::string> strings;
+    strings.reserve(array.Size());
     for (const auto& element : array.GetArray()) {
         if (element.IsString()) {
             strings.emplace_back(element.GetString(), element.GetStringLength());
@@ -24,18 +25,18 @@ std::vector<std::string> stringsOf(const rapidjson::Value& array) {
 
 void SettingsHandler::handleGetSettingsRequest(const std::string& message) {
     logInformation(logTag, "Handling GetSettings request");
-    rapidjson::Document request(rapidjson::kObjectType);
-    if (!parseJson(message, request)) {
+    ParsedText request;
+    if (!request.parse(message)) {
         logError(logTag, "Payload was not parsed successfully");
         return;
     }
     std::string messageId;
-    if (!JsonUtil::tryGetStringMember(request, communicationHandler->messageIdKey, messageId)) {
+    if (!JsonUtil::tryGetStringMember(request.root(), communicationHandler->messageIdKey, messageId)) {
         logError(logTag, "GetSettings Message Id not found or has incorrect format");
         return;
     }
     rapidjson::Value payload;
-    if (!JsonUtil::tryGetObjectMember(request, communicationHandler->payloadKey, payload)) {
+    if (!JsonUtil::tryGetObjectMember(request.root(), communicationHandler->payloadKey, payload)) {
         // The text is the one of SetSettings: intended.
         logError(logTag, "SetSetting Message payload not found");
         return;

@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "Constants.h"
 #include "Logging.h"
 #include "SettingsHandler/SettingsHandler.h"
@@ -8,15 +10,6 @@ namespace {
 
 std::string booleanText(bool value) {
     return value ? Constants::trueValue : Constants::falseValue;
-}
-
-std::vector<std::string> allSettingNames() {
-    std::vector<std::string> names;
-    names.reserve(SettingsNamesTypeToStringMapping.size());
-    for (const auto& entry : SettingsNamesTypeToStringMapping) {
-        names.push_back(entry.second);
-    }
-    return names;
 }
 
 }  // namespace
@@ -49,7 +42,9 @@ std::string SettingsHandler::getSDKSetting(SettingsNamesType type) {
 }
 
 std::string SettingsHandler::readDeviceMode(const std::string& deviceInfoKey) {
-    return booleanText(deviceInfo->getDeviceInfo()[deviceInfoKey] == Constants::on);
+    const std::map<std::string, std::string> information = deviceInfo->getDeviceInfo();
+    const auto entry = information.find(deviceInfoKey);
+    return booleanText(entry != information.end() && entry->second == Constants::on);
 }
 
 /// The stored value, else the default, else the empty string.
@@ -68,34 +63,46 @@ std::string SettingsHandler::readStoredSetting(SettingsNamesType type, const std
     return defaultValue;
 }
 
+std::string SettingsHandler::readSetting(SettingsNamesType type, const std::string& settingDBId) {
+    switch (type) {
+        case HANDS_FREE_ENABLED:
+            return readDeviceMode(Constants::currentHandsFreeStatus);
+        case HANDS_FREE_ALWAYS_ON_ENABLED:
+            return readDeviceMode(Constants::currentAlwaysOnVoiceMode);
+        case PTT_ALWAYS_ON_ENABLED:
+            return readDeviceMode(Constants::currentAlwaysOnPTTMode);
+        default:
+            return isSDKSetting(type) ? getSDKSetting(type) : readStoredSetting(type, settingDBId);
+    }
+}
+
+/// Puts the value of one key into `values`, unless there is none.
+void SettingsHandler::readInto(std::map<std::string, std::string>& values, const std::string& settingDBId) {
+    const SettingsNamesType type = settingTypeFromName(settingDBId);
+    logTrace(logTag, "SettingDBId: %s", settingDBId.c_str());
+    std::string value = readSetting(type, settingDBId);
+    if (value.empty() && !isSDKSetting(type)) {
+        return;
+    }
+    if (type == INVALID_SETTING) {
+        // Without the mutex on purpose: initializeSettings calls getSettings with the mutex held.
+        settingsCache[settingDBId] = value;
+    }
+    values[settingDBId] = std::move(value);
+}
+
 std::map<std::string, std::string> SettingsHandler::getSettings(const std::vector<std::string>& names) {
     logTrace(logTag, "getSettings");
-    std::map<std::string, std::string> result;
-    for (const auto& key : names.empty() ? allSettingNames() : names) {
-        const SettingsNamesType type = settingTypeFromName(key);
-        logTrace(logTag, "SettingDBId: %s", key.c_str());
-        std::string value;
-        if (isSDKSetting(type)) {
-            value = getSDKSetting(type);
-        } else if (type == HANDS_FREE_ENABLED) {
-            value = readDeviceMode(Constants::currentHandsFreeStatus);
-        } else if (type == HANDS_FREE_ALWAYS_ON_ENABLED) {
-            value = readDeviceMode(Constants::currentAlwaysOnVoiceMode);
-        } else if (type == PTT_ALWAYS_ON_ENABLED) {
-            value = readDeviceMode(Constants::currentAlwaysOnPTTMode);
-        } else {
-            value = readStoredSetting(type, key);
-            if (value.empty()) {
-                continue;
-            }
-        }
-        result[key] = value;
-        if (type == INVALID_SETTING) {
-            // Without the mutex on purpose: initializeSettings calls this operation with the mutex held.
-            settingsCache[key] = value;
+    std::map<std::string, std::string> values;
+    for (const auto& name : names) {
+        readInto(values, name);
+    }
+    if (names.empty()) {
+        for (const auto& entry : SettingsNamesTypeToStringMapping) {
+            readInto(values, entry.second);
         }
     }
-    return result;
+    return values;
 }
 
 std::map<std::string, std::string> SettingsHandler::getCurrentSettingsMap() {

@@ -10,18 +10,18 @@ namespace JsonUtil = Utils::RapidjsonUtil;
 
 bool SettingsHandler::handleSetSettingRequest(const std::string& message) {
     logInformation(logTag, "Handling SetSettings request");
-    rapidjson::Document request(rapidjson::kObjectType);
-    if (!parseJson(message, request)) {
+    ParsedText request;
+    if (!request.parse(message)) {
         logError(logTag, "Payload was not parsed successfully");
         return false;
     }
     long timestamp = 0;
-    if (!JsonUtil::tryGetInt64Member(request, communicationHandler->timestampKey, timestamp)) {
+    if (!JsonUtil::tryGetInt64Member(request.root(), communicationHandler->timestampKey, timestamp)) {
         logError(logTag, "SetSetting Message timestamp not found");
         return false;
     }
     rapidjson::Value payload;
-    if (!JsonUtil::tryGetObjectMember(request, communicationHandler->payloadKey, payload)) {
+    if (!JsonUtil::tryGetObjectMember(request.root(), communicationHandler->payloadKey, payload)) {
         logError(logTag, "SetSetting Message payload not found");
         return false;
     }

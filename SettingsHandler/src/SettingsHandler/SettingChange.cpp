@@ -22,19 +22,24 @@ void SettingsHandler::settingChanged(const std::string& settingName, std::string
 }
 
 void SettingsHandler::emitSettingMetric(const std::string& settingName, const std::string& value) {
-    const std::string metricName = settingName + Constants::metricSeparator + value;
+    std::string metricName;
+    metricName.reserve(settingName.size() + Constants::metricSeparator.size() + value.size());
+    metricName.append(settingName).append(Constants::metricSeparator).append(value);
     metricsDelegate->recordCounter(metricName, 0, 1, 1.0);
-    metricsDelegate->recordEvent(Constants::metricGroup, Constants::metricSource,
-                                 {{Constants::metricAttribute, metricName}});
+    std::unordered_map<std::string, std::string> attributes;
+    attributes.emplace(Constants::metricAttribute, std::move(metricName));
+    metricsDelegate->recordEvent(Constants::metricGroup, Constants::metricSource, attributes);
 }
 
 std::string SettingsHandler::stringifyVector(const std::vector<std::string>& values) {
-    rapidjson::Document document(rapidjson::kArrayType);
-    auto& allocator = document.GetAllocator();
+    JsonPool pool;
+    auto& allocator = pool.allocator();
+    rapidjson::Value array(rapidjson::kArrayType);
+    array.Reserve(static_cast<rapidjson::SizeType>(values.size()), allocator);
     for (const auto& value : values) {
-        document.PushBack(rapidjson::Value(value, allocator), allocator);
+        array.PushBack(rapidjson::Value(value, allocator), allocator);
     }
-    return Utils::RapidjsonUtil::stringify(document);
+    return Utils::RapidjsonUtil::stringify(array);
 }
 
 }  // namespace SettingsHandler

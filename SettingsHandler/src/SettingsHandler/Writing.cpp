@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "Constants.h"
 #include "Json.h"
 #include "Logging.h"
@@ -9,9 +11,11 @@ namespace {
 
 /// The non-empty strings among the elements of the root, which must be an array: asking anything else for its elements
 /// fails the JSON library's precondition and ends the process. That is intended; do not add a check.
-std::vector<std::string> localesOf(rapidjson::Document& document) {
+std::vector<std::string> localesOf(const rapidjson::Value& root) {
+    const auto elements = root.GetArray();
     std::vector<std::string> locales;
-    for (const auto& element : document.GetArray()) {
+    locales.reserve(elements.Size());
+    for (const auto& element : elements) {
         if (element.IsString() && element.GetStringLength() > 0) {
             locales.emplace_back(element.GetString(), element.GetStringLength());
         }
@@ -48,12 +52,12 @@ bool SettingsHandler::setSetting(const std::string& name, const std::string& val
 }
 
 bool SettingsHandler::setOrliaLocale(const std::string& settingDBId, const std::string& value) {
-    rapidjson::Document document;
-    if (!parseJson(value, document)) {
+    ParsedText text;
+    if (!text.parse(value)) {
         logError(logTag, "orliaLocale is not in the proper format");
         return false;
     }
-    const std::vector<std::string> locales = localesOf(document);
+    std::vector<std::string> locales = localesOf(text.root());
     if (locales.empty()) {
         logError(logTag, "orliaLocale is empty or not in the correct format");
         return false;
@@ -68,7 +72,7 @@ bool SettingsHandler::setOrliaLocale(const std::string& settingDBId, const std::
     sdkBridge->setLocales(locales);
     settingChanged(settingDBId, oldValue, value);
     logInformation(logTag, "OrliaLocale changed from '%s' to '%s'", oldValue.c_str(), value.c_str());
-    onOrliaLocaleChange(locales);
+    onOrliaLocaleChange(std::move(locales));
     return true;
 }
 

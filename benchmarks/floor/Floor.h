@@ -1,0 +1,73 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+#include "SettingsHandler/SettingsNames.h"
+#include "VessaNativeCommon/FriendlyNameObserverInterface.h"
+#include "support/QuietCollaborators.h"
+
+/// The least work that the handler's operations may consist of, written down straight: no virtual operation of its own,
+/// no boundary of a library, no memory from the heap that the required steps do not ask for. What the handler costs
+/// more than this is what can still be saved.
+namespace Benchmarks::Floor {
+
+class Floor {
+public:
+    explicit Floor(QuietCollaborators& quietCollaborators) : collaborators(quietCollaborators) {}
+
+    void initialize();
+
+    /// One SetSettings request each, whole; the name says which road its setting takes.
+    bool setStored(const std::string& request);
+    bool setApplied(const std::string& request);
+    bool setHandsFree(const std::string& request);
+    bool setFriendlyName(const std::string& request);
+    bool setEntitlementStatus(const std::string& request);
+    bool setTimezone(const std::string& request);
+    bool setLocale(const std::string& request);
+    bool setReadOnly(const std::string& request);
+
+    void getSettings(const std::string& request);
+
+    void notifyLocaleChange(const std::string& locale);
+    void notifyLocaleChange(const std::vector<std::string>& locales);
+    void notifyTimezoneChange(const std::string& timezone);
+    void notifySystemSettingChanged(const std::string& name, const std::string& value);
+    void notifyHandsfreeStateChanged(bool enabled);
+
+    void addFriendlyNameObserver(const std::shared_ptr<VessaNativeCommon::FriendlyNameObserverInterface>& observer);
+
+    /// Puts `count` keys into the cache.
+    void fillCache(int count);
+
+private:
+    struct Change {
+        std::string key;
+        std::string value;
+    };
+
+    /// Everything up to the call of the road. Returns: false when the request is refused.
+    bool accept(const std::string& request, Change& change);
+    bool store(const Change& change);
+    bool handsFree(const Change& change);
+    std::string cached(const std::string& key);
+    void report(const Change& change, const std::string& from);
+    void count(const std::string& key, const std::string& value);
+    void read(const std::string& key, std::map<std::string, std::string>& values);
+    void readAll(std::map<std::string, std::string>& values);
+    bool deviceMode(const char* name);
+    void tellObservers(const std::string& friendlyName);
+
+    QuietCollaborators& collaborators;
+    std::map<SettingsHandler::SettingsNamesType, long> timestamps;
+    std::map<std::string, std::string> cache;
+    std::mutex mutex;
+    std::unordered_set<std::shared_ptr<VessaNativeCommon::FriendlyNameObserverInterface>> observers;
+};
+
+}  // namespace Benchmarks::Floor
