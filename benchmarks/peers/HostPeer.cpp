@@ -1,50 +1,13 @@
 #include "HostPeer.h"
 
-#include <array>
 #include <stdexcept>
 
-#include <sys/socket.h>
-
+#include "SocketLines.h"
 #include "support/LineClient.h"
 
 namespace Benchmarks {
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
-
-/// Lines from a socket that blocks.
-class EventLines {
-public:
-    explicit EventLines(int connectedSocket) : socket(connectedSocket) {}
-
-    /// The next line, and when the last of its bytes had come.
-    const std::string& next(Clock::time_point* time = nullptr) {
-        line.clear();
-        for (;;) {
-            const std::size_t end = pending.find('\n');
-            if (end != std::string::npos) {
-                line.assign(pending, 0, end);
-                pending.erase(0, end + 1);
-                return line;
-            }
-            const ssize_t count = ::recv(socket, buffer.data(), buffer.size(), 0);
-            if (time != nullptr) {
-                *time = Clock::now();
-            }
-            if (count <= 0) {
-                throw std::runtime_error("the host hung up");
-            }
-            pending.append(buffer.data(), static_cast<std::size_t>(count));
-        }
-    }
-
-private:
-    int socket;
-    std::array<char, 4096> buffer{};
-    std::string pending;
-    std::string line;
-};
 
 class HostSetter : public Setter {
 public:
@@ -59,7 +22,7 @@ public:
 
 private:
     TestSupport::LineClient client;
-    EventLines events{client.descriptor()};
+    SocketLines events{client.descriptor()};
 };
 
 std::string newValueOf(const std::string& event) {
@@ -87,12 +50,11 @@ std::unique_ptr<Setter> HostPeer::connect() const {
 
 void HostPeer::observe(const Report& report) const {
     const TestSupport::LineClient client(folder / "settings.sock");
-    EventLines events(client.descriptor());
+    SocketLines events(client.descriptor());
     report.ready();
     for (;;) {
-        Clock::time_point time;
-        const std::string& event = events.next(&time);
-        report.seen(time, newValueOf(event));
+        const std::string value = newValueOf(events.next());
+        report.seen(events.received(), value);
     }
 }
 

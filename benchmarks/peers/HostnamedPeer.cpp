@@ -31,8 +31,8 @@ private:
     Bus bus;
 };
 
-/// What starts the service: in a mount namespace in which /etc is a copy of what it reads there. Its log goes to a file,
-/// so that nobody has to read it meanwhile.
+/// What starts the service: in a mount namespace in which /etc is a copy of what it reads there. Its log goes to a
+/// file, so that nobody has to read it meanwhile.
 std::string commandIn(const TestSupport::TemporaryDirectory& folder) {
     if (::geteuid() != 0) {
         throw std::runtime_error("needs root");

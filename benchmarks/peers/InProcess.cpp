@@ -14,12 +14,13 @@
 
 #include "Arguments.h"
 #include "CommunicationHandler/MessageType.h"
-#include "IdleCollaborators.h"
 #include "Schema.h"
 #include "SettingsHandler/SettingsHandler.h"
 #include "VessaLogger/LogSink.h"
+#include "support/QuietCollaborators.h"
 #include "support/Results.h"
 #include "support/TemporaryDirectory.h"
+#include "support/Texts.h"
 
 namespace Benchmarks {
 
@@ -39,33 +40,39 @@ public:
     virtual std::uint64_t told() const = 0;
 };
 
+class CountingTransport : public QuietTransport {
+public:
+    std::string sendMessage(int /*messageType*/, rapidjson::Document& /*payload*/) override {
+        ++sent;
+        return {};
+    }
+
+    std::uint64_t sent = 0;
+};
+
 /// A SetSettings request from its text to the event, everything but what the collaborators do.
 class HandlerChanging : public Changing {
 public:
     HandlerChanging() {
         VessaLogger::setLogSink([](const VessaLogger::LogLine&) {});
-        handler = SettingsHandler::SettingsHandler::create(transport, storage, std::make_shared<IdleMetrics>(),
-                                                           std::make_shared<IdleBridge>(), std::make_shared<IdleLaunch>(),
-                                                           std::make_shared<IdleDeviceInfo>());
+        others.storage.storedValue = "TV";
+        handler = SettingsHandler::SettingsHandler::create(transport, others.storage, others.metrics, others.bridge,
+                                                           others.launcher, others.device);
         handler->initializeSettings();
     }
 
     void change(int count) override {
-        const std::string requests[] = {requestFor("Living room"), requestFor("Bedroom")};
+        const std::string requests[] = {setRequest("deviceName", "Living room"), setRequest("deviceName", "Bedroom")};
+        const auto& deliver = transport->handlers.at(CommunicationHandler::SET_SETTINGS);
         for (int index = 0; index < count; ++index) {
-            transport->deliver(CommunicationHandler::SET_SETTINGS, requests[index % 2]);
+            deliver(requests[index % 2]);
         }
     }
-    std::uint64_t told() const override { return transport->sent(); }
+    std::uint64_t told() const override { return transport->sent; }
 
 private:
-    static std::string requestFor(const std::string& value) {
-        return R"({"type":24,"messageId":"m1","timestamp":1700000000000,"payload":{"settingDBId":"deviceName","to":")" +
-               value + "\"}}";
-    }
-
-    std::shared_ptr<IdleTransport> transport = std::make_shared<IdleTransport>();
-    IdleStorage storage;
+    QuietCollaborators others;
+    std::shared_ptr<CountingTransport> transport = std::make_shared<CountingTransport>();
     std::shared_ptr<SettingsHandler::SettingsHandler> handler;
 };
 

@@ -1,8 +1,8 @@
 #include "IniFilePeer.h"
 
+#include <QSettings>
 #include <stdexcept>
 
-#include <QSettings>
 #include <fcntl.h>
 #include <unistd.h>
 

@@ -12,7 +12,8 @@ class IniFilePeer : public Peer {
 public:
     enum class Safety { AS_IT_IS, SYNCHRONISED };
 
-    /// The file lies in a fresh folder inside `parent`. `SYNCHRONISED`: file and folder are made safe after each change.
+    /// The file lies in a fresh folder inside `parent`. `SYNCHRONISED`: file and folder are made safe after each
+    /// change.
     IniFilePeer(const std::filesystem::path& parent, Safety chosen) : folder(parent), safety(chosen) {}
 
     std::unique_ptr<Setter> connect() const override;

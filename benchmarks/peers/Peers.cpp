@@ -15,6 +15,7 @@
 #include "HostPeer.h"
 #include "IniFilePeer.h"
 #include "PropertyPeers.h"
+#include "RelayPeer.h"
 #include "support/Results.h"
 
 namespace Benchmarks {
@@ -51,6 +52,7 @@ void Race::gather() {
     constexpr int few = 15;
     using Safety = IniFilePeer::Safety;
     add("host, memory", std::make_unique<HostPeer>(memory), many);
+    add("relay, nothing stored", std::make_unique<RelayPeer>(), many);
     add("dconf, memory", std::make_unique<DconfPeer>(memory), many);
     add("sd-bus, nothing stored", std::make_unique<BusPropertyPeer>(), many);
     addHostnamed(memory, many);
@@ -104,6 +106,7 @@ Results Race::results() const {
     const Comparison comparisons[] = {
         {"host, memory", "dconf, memory", "GSettings with dconf, in memory", 0.05},
         {"host, memory", "sd-bus, nothing stored", "a property of an sd-bus service through dbus-daemon", 0.40},
+        {"host, memory", "relay, nothing stored", "a process that passes lines on", none},
         {"host, memory", "hostnamed, memory", "systemd-hostnamed, in memory", none},
         {"host, memory", "QSettings, memory", "QSettings, in memory, nobody told", none},
         {"host, disk", "dconf, disk", "GSettings with dconf, on the disk", none},

@@ -32,8 +32,7 @@ PrivateBus::PrivateBus(const std::filesystem::path& folder, const std::map<std::
                                  "--nosyslog", "--print-address"},
         environment);
     if (!daemon->output().readLine()) {
-        throw std::runtime_error("the message bus did not start: " +
-                                 daemon->errors().readAll(std::chrono::seconds(1)));
+        throw std::runtime_error("the message bus did not start: " + daemon->errors().readAll(std::chrono::seconds(1)));
     }
 }
 

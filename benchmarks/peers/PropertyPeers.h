@@ -24,8 +24,8 @@ private:
     Worker service;
 };
 
-/// systemd-hostnamed, which stores the machine's pretty name in /etc, on a message bus of its own and with an /etc of its
-/// own. Needs root.
+/// systemd-hostnamed, which stores the machine's pretty name in /etc, on a message bus of its own and with an /etc of
+/// its own. Needs root.
 class HostnamedPeer : public Peer {
 public:
     /// Its /etc lies in a fresh folder inside `parent`. Throws `std::runtime_error` when it cannot be had here.
