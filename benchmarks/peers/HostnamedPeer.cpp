@@ -1,3 +1,4 @@
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -41,7 +42,8 @@ std::string commandIn(const TestSupport::TemporaryDirectory& folder) {
         throw std::runtime_error(std::string(program) + " is not there");
     }
     const std::string script = folder / "start";
-    std::ofstream(script) << "set -e\nmkdir -p '" << (folder / "etc") << "'\ncd /etc\n"
+    std::ofstream(script) << "set -e\necho $$ > '" << (folder / "pid") << "'\nmkdir -p '" << (folder / "etc")
+                          << "'\ncd /etc\n"
                           << "cp -aL ld.so.cache passwd group nsswitch.conf hostname machine-id os-release '"
                           << (folder / "etc") << "'\nmount --bind '" << (folder / "etc") << "' /etc\nexec " << program
                           << " 2> '" << (folder / "log") << "'\n";
@@ -55,6 +57,17 @@ HostnamedPeer::HostnamedPeer(const std::filesystem::path& parent)
       bus(folder.path(), {{place.service, commandIn(folder)}},
           {{"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=" + (folder / "bus")}}) {
     NameSetter(connectToBus(bus.address())).set("Living room");
+}
+
+/// Left alone it would go on for half a minute.
+HostnamedPeer::~HostnamedPeer() {
+    pid_t service = 0;
+    std::ifstream(folder / "pid") >> service;
+    std::error_code gone;
+    const auto running = std::filesystem::read_symlink("/proc/" + std::to_string(service) + "/exe", gone);
+    if (running.filename() == std::filesystem::path(program).filename()) {
+        ::kill(service, SIGTERM);
+    }
 }
 
 std::unique_ptr<Setter> HostnamedPeer::connect() const {

@@ -129,8 +129,8 @@ Results measure(const Arguments& arguments) {
     Figure ours{"in-process/SetSettings, nothing stored", "us", {}};
     Figure others{"in-process/GSettings in memory", "us", {}};
     // An even count, so that the first value of a turn is a change, too.
-    const int changesInTurn = arguments.quick ? 100 : 10000;
-    const int turns = arguments.quick ? 1 : 10;
+    const int changesInTurn = arguments.quick ? 100 : 4000;
+    const int turns = arguments.quick ? 1 : 40;
     timeOf(handler, changesInTurn);
     timeOf(peer, changesInTurn);
     for (int round = 0; round < arguments.rounds; ++round) {

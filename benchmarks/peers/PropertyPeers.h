@@ -30,6 +30,7 @@ class HostnamedPeer : public Peer {
 public:
     /// Its /etc lies in a fresh folder inside `parent`. Throws `std::runtime_error` when it cannot be had here.
     explicit HostnamedPeer(const std::filesystem::path& parent);
+    ~HostnamedPeer() override;
 
     std::unique_ptr<Setter> connect() const override;
     void observe(const Report& report) const override;
