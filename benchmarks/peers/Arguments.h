@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstring>
+#include <stdexcept>
+#include <string>
+
+namespace Benchmarks {
+
+/// How long a program measures.
+struct Arguments {
+    int rounds = 9;
+    /// Show that it works, and measure nothing worth quoting.
+    bool quick = false;
+};
+
+/// Reads `[--rounds N] [--quick]`. Throws for anything else.
+inline Arguments parseArguments(int count, const char* const* texts) {
+    Arguments arguments;
+    for (int index = 1; index < count; ++index) {
+        const std::string text = texts[index];
+        if (text == "--quick") {
+            arguments.quick = true;
+            arguments.rounds = 2;
+        } else if (text == "--rounds" && index + 1 < count) {
+            arguments.rounds = std::stoi(texts[++index]);
+        } else {
+            throw std::invalid_argument("usage: " + std::string(texts[0]) + " [--quick] [--rounds N]");
+        }
+    }
+    return arguments;
+}
+
+}  // namespace Benchmarks

@@ -1,0 +1,61 @@
+#include "HostPeer.h"
+
+#include <stdexcept>
+
+#include "SocketLines.h"
+#include "support/LineClient.h"
+
+namespace Benchmarks {
+
+namespace {
+
+class HostSetter : public Setter {
+public:
+    explicit HostSetter(const std::string& path) : client(path) {}
+
+    void set(const std::string& value) override {
+        client.sendLine(R"({"type":24,"timestamp":1700000000000,"payload":{"settingDBId":"deviceName","to":")" + value +
+                        "\"}}");
+    }
+    /// The event comes to this client, too.
+    void settle() override { events.next(); }
+
+private:
+    TestSupport::LineClient client;
+    SocketLines events{client.descriptor()};
+};
+
+std::string newValueOf(const std::string& event) {
+    const std::string member = R"("to":")";
+    const std::size_t start = event.find(member) + member.size();
+    return event.substr(start, event.find('"', start) - start);
+}
+
+}  // namespace
+
+HostPeer::HostPeer(const std::filesystem::path& parent)
+    : folder(parent),
+      // Its log goes to a file, so that nobody has to read it meanwhile.
+      host({"/bin/sh", "-c", "log=$1; shift; exec \"$@\" 2> \"$log\"", "sh", folder / "log", SETTINGS_HOST, "--storage",
+            folder / "settings.db", "--socket", folder / "settings.sock", "--device-socket", folder / "device.sock",
+            "--no-web"}) {
+    if (!host.output().readLine()) {
+        throw std::runtime_error("the host did not start");
+    }
+}
+
+std::unique_ptr<Setter> HostPeer::connect() const {
+    return std::make_unique<HostSetter>(folder / "settings.sock");
+}
+
+void HostPeer::observe(const Report& report) const {
+    const TestSupport::LineClient client(folder / "settings.sock");
+    SocketLines events(client.descriptor());
+    report.ready();
+    for (;;) {
+        const std::string value = newValueOf(events.next());
+        report.seen(events.received(), value);
+    }
+}
+
+}  // namespace Benchmarks

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <string>
+
+namespace Benchmarks {
+
+/// Changes the setting of a peer; lives in a process of its own.
+class Setter {
+public:
+    Setter() = default;
+    virtual ~Setter() = default;
+    Setter(const Setter&) = delete;
+    Setter& operator=(const Setter&) = delete;
+
+    /// Changes the setting to a text that it never had.
+    virtual void set(const std::string& value) = 0;
+    /// What has to follow before the next change, after the measured time.
+    virtual void settle() {}
+};
+
+/// Where the process that observes says what it saw.
+class Report {
+public:
+    explicit Report(int connectedSocket) : socket(connectedSocket) {}
+
+    /// From now on no change is missed.
+    void ready() const;
+    /// The setting has changed to `value`. `time` was taken as soon as the process knew of a change.
+    void seen(std::chrono::steady_clock::time_point time, const std::string& value) const;
+
+private:
+    int socket;
+};
+
+/// Something that keeps a setting. An object of it has started what it needs.
+class Peer {
+public:
+    Peer() = default;
+    virtual ~Peer() = default;
+    Peer(const Peer&) = delete;
+    Peer& operator=(const Peer&) = delete;
+
+    /// Called in the process that is to change the setting.
+    virtual std::unique_ptr<Setter> connect() const = 0;
+
+    /// Does it tell other processes of changes? If not, a change is over when `Setter::set` returns.
+    virtual bool tellsOthers() const { return true; }
+    /// Called in the process that is to see changes, and never returns.
+    virtual void observe(const Report& report) const = 0;
+};
+
+}  // namespace Benchmarks

@@ -1,0 +1,148 @@
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "Arguments.h"
+#include "Contender.h"
+#include "DconfPeer.h"
+#include "HostPeer.h"
+#include "IniFilePeer.h"
+#include "PropertyPeers.h"
+#include "RelayPeer.h"
+#include "support/Results.h"
+
+namespace Benchmarks {
+
+namespace {
+
+/// In each round everybody has several short turns, so that a busy moment of the machine hits all of them.
+constexpr int turnsInRound = 10;
+
+/// Our host and its peers, each changing its setting in turn.
+class Race {
+public:
+    explicit Race(const Arguments& chosen) : arguments(chosen) {}
+
+    void gather();
+    void run();
+    Results results() const;
+
+private:
+    void add(const std::string& name, std::unique_ptr<Peer> peer, int changes) {
+        contenders.push_back(std::make_unique<Contender>(name, std::move(peer), arguments.quick ? 5 : changes));
+    }
+    void addHostnamed(const std::filesystem::path& parent, int changes);
+
+    const Arguments& arguments;
+    std::vector<std::unique_ptr<Contender>> contenders;
+};
+
+void Race::gather() {
+    const std::filesystem::path memory = TestSupport::memoryFolder();
+    const std::filesystem::path disk = std::filesystem::temp_directory_path();
+    constexpr int many = 60;
+    // A disk is slow.
+    constexpr int few = 15;
+    using Safety = IniFilePeer::Safety;
+    add("host, memory", std::make_unique<HostPeer>(memory), many);
+    add("relay, nothing stored", std::make_unique<RelayPeer>(), many);
+    add("dconf, memory", std::make_unique<DconfPeer>(memory), many);
+    add("sd-bus, nothing stored", std::make_unique<BusPropertyPeer>(), many);
+    addHostnamed(memory, many);
+    add("QSettings, memory", std::make_unique<IniFilePeer>(memory, Safety::AS_IT_IS), many);
+    add("host, disk", std::make_unique<HostPeer>(disk), few);
+    add("dconf, disk", std::make_unique<DconfPeer>(disk), few);
+    add("QSettings, disk", std::make_unique<IniFilePeer>(disk, Safety::AS_IT_IS), few);
+    add("QSettings, disk, fsync", std::make_unique<IniFilePeer>(disk, Safety::SYNCHRONISED), few);
+}
+
+void Race::addHostnamed(const std::filesystem::path& parent, int changes) {
+    try {
+        add("hostnamed, memory", std::make_unique<HostnamedPeer>(parent), changes);
+    } catch (const std::runtime_error& error) {
+        std::fprintf(stderr, "hostnamed: not measured: %s\n", error.what());
+    }
+}
+
+void Race::run() {
+    for (int round = 1; round <= arguments.rounds; ++round) {
+        std::fprintf(stderr, "round %d of %d\n", round, arguments.rounds);
+        for (int turn = 0; turn < (arguments.quick ? 1 : turnsInRound); ++turn) {
+            for (const auto& contender : contenders) {
+                contender->takeTurn();
+            }
+        }
+        for (const auto& contender : contenders) {
+            contender->endRound();
+        }
+    }
+}
+
+Distribution distributionOf(const Contender& contender) {
+    std::vector<double> sorted = contender.latencies();
+    std::sort(sorted.begin(), sorted.end());
+    Distribution distribution{"Time of a change, ours and others", contender.name(), {}};
+    for (const double percent : {1.0, 5.0, 10.0, 25.0, 50.0, 75.0, 90.0, 95.0, 98.0, 99.0, 99.5, 99.9}) {
+        distribution.percentiles.emplace_back(percent, percentile(sorted, percent));
+    }
+    return distribution;
+}
+
+Results Race::results() const {
+    struct Comparison {
+        const char* ours;
+        const char* other;
+        const char* inWords;
+        double bar;
+    };
+    constexpr double none = 0;
+    const Comparison comparisons[] = {
+        {"host, memory", "dconf, memory", "GSettings with dconf, in memory", 0.05},
+        {"host, memory", "sd-bus, nothing stored", "a property of an sd-bus service through dbus-daemon", 0.40},
+        {"host, memory", "relay, nothing stored", "a process that passes lines on", none},
+        {"host, memory", "hostnamed, memory", "systemd-hostnamed, in memory", none},
+        {"host, memory", "QSettings, memory", "QSettings, in memory, nobody told", none},
+        {"host, disk", "dconf, disk", "GSettings with dconf, on the disk", none},
+        {"host, disk", "QSettings, disk", "QSettings, on the disk, nobody told", none},
+        {"host, disk", "QSettings, disk, fsync", "QSettings, on the disk with fsync, nobody told", none},
+    };
+    std::map<std::string, const Contender*> byName;
+    Results results;
+    for (const auto& contender : contenders) {
+        byName[contender->name()] = contender.get();
+        results.add(Figure{"peers/" + contender->name() + "/change", "us", contender->medians()});
+        results.add(distributionOf(*contender));
+    }
+    for (const auto& [ours, other, inWords, bar] : comparisons) {
+        if (byName.count(other) != 0) {
+            results.add(Ratio{"peers/" + std::string(ours) + " over " + other, inWords,
+                              quotients(byName.at(ours)->medians(), byName.at(other)->medians()), bar});
+        }
+    }
+    return results;
+}
+
+}  // namespace
+
+}  // namespace Benchmarks
+
+int main(int argumentCount, char** arguments) {
+    try {
+        const Benchmarks::Arguments chosen = Benchmarks::parseArguments(argumentCount, arguments);
+        Benchmarks::Race race(chosen);
+        race.gather();
+        race.run();
+        race.results().print();
+        return EXIT_SUCCESS;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return EXIT_FAILURE;
+    }
+}
