@@ -67,7 +67,8 @@ PageFiles::PageFiles(const std::string& folder) {
             throw std::runtime_error("the pages' folder " + folder + " holds more than 16 MiB");
         }
         const std::string path = "/" + entry->path().lexically_relative(folder).generic_string();
-        files[path] = {contentTypeOf(entry->path()), std::make_shared<const std::string>(contentOf(entry->path(), fileSize))};
+        files[path] = {contentTypeOf(entry->path()),
+                       std::make_shared<const std::string>(contentOf(entry->path(), fileSize))};
     }
     if (files.count("/index.html") == 0) {
         throw std::runtime_error("the pages' folder " + folder + " has no index.html");
