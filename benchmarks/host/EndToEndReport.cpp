@@ -10,6 +10,7 @@ namespace {
 template <typename Take>
 std::vector<double> each(const std::vector<Round>& rounds, const std::string& name, Take take) {
     std::vector<double> values;
+    values.reserve(rounds.size());
     for (const auto& round : rounds) {
         values.push_back(take(round.at(name)));
     }

@@ -9,8 +9,8 @@ namespace {
 constexpr const char* change = "/set until event";
 constexpr const char* read = "/get all until reply";
 /// Servers that are compared take turns so often, since a busy machine is slower for a while.
-constexpr int turns = 4;
-constexpr int warmUp = 20;
+constexpr int turns = 8;
+constexpr int warmUp = 10;
 
 std::string withClients(std::size_t clients) {
     return "/" + std::to_string(clients) + (clients == 1 ? " client" : " clients");

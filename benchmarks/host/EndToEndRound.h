@@ -27,7 +27,7 @@ using Round = std::map<std::string, Seen>;
 struct Effort {
     /// Exchanges of a round; changes that wait for the disk are fewer.
     int exchanges = 1000;
-    int exchangesWithDisk = 60;
+    int exchangesWithDisk = 80;
     int exchangesWithCrowd = 200;
     std::vector<std::size_t> crowds{1, 4, 16, 64, 128};
 };

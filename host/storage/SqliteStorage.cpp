@@ -33,8 +33,10 @@ SqliteStorage::SqliteStorage(Database& database, std::function<void(const std::s
     }
 }
 
-/// Runs `action`, and tells the observer, the health and, on failure, the log what came of it.
-bool SqliteStorage::attempt(StorageOperation operation, const std::string& what, const std::function<void()>& action) {
+/// Runs `action`, and tells the observer, the health and, on failure, the log what came of it. `what` could not be
+/// done.
+bool SqliteStorage::attempt(StorageOperation operation, const std::function<std::string()>& what,
+                            const std::function<void()>& action) {
     const auto start = std::chrono::steady_clock::now();
     bool succeeded = false;
     try {
@@ -42,9 +44,9 @@ bool SqliteStorage::attempt(StorageOperation operation, const std::string& what,
         succeeded = true;
         lastHealth.writable = lastHealth.writable || operation != StorageOperation::READ;
     } catch (const LimitError& error) {
-        refuse(what, error.what());
+        refuse(what(), error.what());
     } catch (const DatabaseError& error) {
-        refuse(what, error.what());
+        refuse(what(), error.what());
         lastHealth.writable = lastHealth.writable && operation == StorageOperation::READ;
     }
     observer.storageOperation(operation, succeeded, std::chrono::steady_clock::now() - start);
@@ -60,39 +62,46 @@ bool SqliteStorage::refuse(const std::string& what, const std::string& why) {
 
 void SqliteStorage::getValue(const std::string& key, std::string& value) {
     value.clear();
-    attempt(StorageOperation::READ, "cannot read " + shown(key), [&] { value = table.get(key).value_or(""); });
+    attempt(
+        StorageOperation::READ, [&] { return "cannot read " + shown(key); },
+        [&] { value = table.get(key).value_or(""); });
 }
 
 bool SqliteStorage::setValue(const std::string& key, const std::string& value) {
-    return attempt(StorageOperation::WRITE, "cannot store " + shown(key), [&] {
-        if (key.size() > maximumKeyLength) {
-            throw LimitError("the key is longer than 256 bytes");
-        }
-        if (value.size() > maximumValueLength) {
-            throw LimitError("the value is longer than 64 KiB");
-        }
-        // Counting looks at every key, so it waits until there may be too many.
-        if (keysAtMost >= maximumKeys) {
-            keysAtMost = table.count();
-        }
-        if (keysAtMost >= maximumKeys && !table.get(key)) {
-            throw LimitError("there are 1,000 keys already");
-        }
-        ++keysAtMost;
-        table.put(key, value);
-    });
+    return attempt(
+        StorageOperation::WRITE, [&] { return "cannot store " + shown(key); },
+        [&] {
+            if (key.size() > maximumKeyLength) {
+                throw LimitError("the key is longer than 256 bytes");
+            }
+            if (value.size() > maximumValueLength) {
+                throw LimitError("the value is longer than 64 KiB");
+            }
+            // Counting looks at every key, so it waits until there may be too many.
+            if (keysAtMost >= maximumKeys) {
+                keysAtMost = table.count();
+            }
+            if (keysAtMost >= maximumKeys && !table.get(key)) {
+                throw LimitError("there are 1,000 keys already");
+            }
+            ++keysAtMost;
+            table.put(key, value);
+        });
 }
 
 bool SqliteStorage::removeValue(const std::string& key) {
-    return attempt(StorageOperation::REMOVE, "cannot remove " + shown(key), [&] { table.remove(key); });
+    return attempt(
+        StorageOperation::REMOVE, [&] { return "cannot remove " + shown(key); }, [&] { table.remove(key); });
 }
 
 bool SqliteStorage::clearStorage() {
     std::vector<std::string> removed;
-    const bool cleared = attempt(StorageOperation::CLEAR, "cannot clear the storage", [&] {
-        removed = table.keys();
-        table.clear();
-    });
+    const bool cleared = attempt(
+        StorageOperation::CLEAR, [] { return "cannot clear the storage"; },
+        [&] {
+            removed = table.keys();
+            table.clear();
+        });
     if (cleared) {
         for (const auto& key : removed) {
             valueRemoved(key);
@@ -103,14 +112,16 @@ bool SqliteStorage::clearStorage() {
 
 std::string SqliteStorage::setAside(const std::string& key) {
     std::string newKey = key + ".unusable";
-    const bool done = attempt(StorageOperation::WRITE, "cannot set " + shown(key) + " aside", [&] {
-        for (int number = 2; table.get(newKey); ++number) {
-            newKey = key + ".unusable." + std::to_string(number);
-        }
-        if (!table.rename(key, newKey)) {
-            newKey.clear();
-        }
-    });
+    const bool done = attempt(
+        StorageOperation::WRITE, [&] { return "cannot set " + shown(key) + " aside"; },
+        [&] {
+            for (int number = 2; table.get(newKey); ++number) {
+                newKey = key + ".unusable." + std::to_string(number);
+            }
+            if (!table.rename(key, newKey)) {
+                newKey.clear();
+            }
+        });
     return done ? newKey : "";
 }
 

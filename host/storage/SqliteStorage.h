@@ -35,7 +35,8 @@ public:
     StorageHealth health();
 
 private:
-    bool attempt(StorageOperation operation, const std::string& what, const std::function<void()>& action);
+    bool attempt(StorageOperation operation, const std::function<std::string()>& what,
+                 const std::function<void()>& action);
     bool refuse(const std::string& what, const std::string& why);
 
     KeyValueTable table;

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <exception>
+#include <string_view>
 #include <utility>
 
 #include "CommunicationHandler/MessageType.h"
@@ -21,24 +22,50 @@ std::int64_t millisecondsSinceEpoch() {
     return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
 }
 
-/// A writer of frames. Strings come out as valid UTF-8 whatever they held.
+using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer>;
+
+/// Names and strings come out as valid UTF-8 whatever they held.
+class TextWriter : public JsonWriter {
+public:
+    using JsonWriter::JsonWriter;
+
+    bool String(const char* text, rapidjson::SizeType length, bool /*copy*/ = false) {
+        return isValidUtf8({text, length}) ? JsonWriter::String(text, length)
+                                           : JsonWriter::String(withValidUtf8({text, length}));
+    }
+
+    bool Key(const char* text, rapidjson::SizeType length, bool copy = false) { return String(text, length, copy); }
+};
+
 class FrameWriter {
 public:
     FrameWriter() { writer.StartObject(); }
 
     void number(const char* name, std::int64_t value) {
-        writer.Key(name);
+        key(name);
         writer.Int64(value);
     }
 
     void text(const char* name, const std::string& value) {
-        writer.Key(name);
-        writer.String(withValidUtf8(value));
+        key(name);
+        string(value);
     }
 
-    void raw(const char* name, const std::string& json) {
-        writer.Key(name);
-        writer.RawValue(json.data(), json.size(), rapidjson::kObjectType);
+    void json(const char* name, const rapidjson::Value& value) {
+        key(name);
+        value.Accept(writer);
+    }
+
+    void objectWithStrings(const char* name, const char* list, const std::set<std::string>& values) {
+        key(name);
+        writer.StartObject();
+        key(list);
+        writer.StartArray();
+        for (const auto& value : values) {
+            string(value);
+        }
+        writer.EndArray();
+        writer.EndObject();
     }
 
     std::string finish() {
@@ -47,8 +74,11 @@ public:
     }
 
 private:
+    void key(std::string_view name) { string(name); }
+    void string(std::string_view text) { writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size())); }
+
     rapidjson::StringBuffer buffer;
-    rapidjson::Writer<rapidjson::StringBuffer> writer{buffer};
+    TextWriter writer{buffer};
 };
 
 /// Cut to what the storage takes, so that no client fills the log.
@@ -56,10 +86,6 @@ std::string settingNamedIn(int type, const rapidjson::Value& request) {
     constexpr std::size_t longestKey = 256;
     return type == CommunicationHandler::SET_SETTINGS ? withValidUtf8(requestedSetting(request).substr(0, longestKey))
                                                       : "";
-}
-
-std::string payloadText(const rapidjson::Value& payload) {
-    return withValidUtf8(Utils::RapidjsonUtil::stringify(payload));
 }
 
 }  // namespace
@@ -161,18 +187,8 @@ void MessageHub::sendNotice() {
     if (keys.empty() || clients.empty()) {
         return;
     }
-    rapidjson::StringBuffer buffer;
-    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-    writer.StartObject();
-    writer.Key("reread");
-    writer.StartArray();
-    for (const auto& key : keys) {
-        writer.String(withValidUtf8(key));
-    }
-    writer.EndArray();
-    writer.EndObject();
     FrameWriter frame;
-    frame.raw("notice", buffer.GetString());
+    frame.objectWithStrings("notice", "reread", keys);
     sendToAll(frame.finish());
 }
 
@@ -237,7 +253,7 @@ std::string MessageHub::sendMessage(int messageType, rapidjson::Document& payloa
     frame.number("timestamp", millisecondsSinceEpoch());
     frame.number("sequence", static_cast<std::int64_t>(sequence));
     frame.text("origin", originName(currentOrigin));
-    frame.raw("payload", payloadText(payload));
+    frame.json("payload", payload);
     sendToAll(frame.finish());
     return messageId;
 }
@@ -249,7 +265,7 @@ void MessageHub::sendResponse(const std::string& messageId, rapidjson::Document&
     FrameWriter frame;
     frame.number("type", askedType);
     frame.text("messageId", messageId);
-    frame.raw("payload", payloadText(payload));
+    frame.json("payload", payload);
     sendReply(*asker, frame.finish());
     outcome = RequestOutcome::ANSWERED;
 }

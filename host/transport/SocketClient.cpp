@@ -18,13 +18,16 @@ struct Write {
     std::shared_ptr<const std::string> frame;
 };
 
+uv_buf_t bufferOf(const std::string& text, std::size_t from) {
+    return uv_buf_init(const_cast<char*>(text.data() + from),  // NOLINT(cppcoreguidelines-pro-type-const-cast)
+                       static_cast<unsigned>(text.size() - from));
+}
+
 /// A frame and the end of its line, without the first `sent` bytes of the two.
-std::array<uv_buf_t, 2> lineOf(const std::string& frame, std::size_t sent) {
+std::array<uv_buf_t, 2> restOf(const std::string& frame, std::size_t sent) {
     static char lineEnd = '\n';
     const std::size_t from = std::min(sent, frame.size());
-    return {uv_buf_init(const_cast<char*>(frame.data() + from),  // NOLINT(cppcoreguidelines-pro-type-const-cast)
-                        static_cast<unsigned>(frame.size() - from)),
-            uv_buf_init(&lineEnd, sent > frame.size() ? 0 : 1)};
+    return {bufferOf(frame, from), uv_buf_init(&lineEnd, sent > frame.size() ? 0 : 1)};
 }
 
 }  // namespace
@@ -42,18 +45,22 @@ void SocketClient::send(const std::shared_ptr<const std::string>& frame) {
         return;
     }
     // What the kernel takes at once needs no queue, which costs more than the writing. Errors are for the queue.
-    const auto line = lineOf(*frame, 0);
-    const int taken = std::max(uv_try_write(stream(), line.data(), line.size()), 0);
-    if (static_cast<std::size_t>(taken) <= frame->size()) {
-        queue(frame, static_cast<std::size_t>(taken));
+    const std::size_t taken = frame->size() <= maximumFrameSize ? writeAtOnce(door->lineOf(frame)) : 0;
+    if (taken <= frame->size()) {
+        queue(frame, taken);
     }
+}
+
+std::size_t SocketClient::writeAtOnce(const std::string& line) {
+    const uv_buf_t buffer = bufferOf(line, 0);
+    return static_cast<std::size_t>(std::max(uv_try_write(stream(), &buffer, 1), 0));
 }
 
 void SocketClient::queue(const std::shared_ptr<const std::string>& frame, std::size_t sent) {
     auto write = std::make_unique<Write>();
     write->frame = frame;
     write->request.data = write.get();
-    const auto rest = lineOf(*frame, sent);
+    const auto rest = restOf(*frame, sent);
     const int result = uv_write(&write->request, stream(), rest.data(), rest.size(), [](uv_write_t* done, int status) {
         const std::unique_ptr<Write> finished(static_cast<Write*>(done->data));
         if (status != UV_ECANCELED) {

@@ -35,6 +35,8 @@ public:
     void closed();
 
 private:
+    /// Returns: how many bytes the kernel took.
+    std::size_t writeAtOnce(const std::string& line);
     /// Leaves what comes after the first `sent` bytes of a frame and its line end to libuv.
     void queue(const std::shared_ptr<const std::string>& frame, std::size_t sent);
     void received(ssize_t count, const char* bytes);

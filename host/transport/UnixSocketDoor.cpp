@@ -102,6 +102,15 @@ void UnixSocketDoor::remove(SocketClient& client) {
     }
 }
 
+const std::string& UnixSocketDoor::lineOf(const std::shared_ptr<const std::string>& frame) {
+    const bool isLast = !lastFrame.owner_before(frame) && !frame.owner_before(lastFrame);
+    if (!isLast) {
+        lastFrame = frame;
+        lastLine.assign(*frame).push_back('\n');
+    }
+    return lastLine;
+}
+
 void UnixSocketDoor::close() {
     if (closing) {
         return;

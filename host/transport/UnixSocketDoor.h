@@ -62,6 +62,8 @@ private:
     void continueLater(const std::shared_ptr<SocketClient>& client);
     void takeTurn();
     void remove(SocketClient& client);
+    /// `frame` with its line end, valid until the next call. An event for all is put together once.
+    const std::string& lineOf(const std::shared_ptr<const std::string>& frame);
 
     EventLoop& loop;
     Origin origin;
@@ -73,6 +75,8 @@ private:
     /// Where all clients are read into, one after the other.
     std::unique_ptr<ReadBuffer> readBuffer;
     std::vector<std::shared_ptr<SocketClient>> waiting;
+    std::weak_ptr<const std::string> lastFrame;
+    std::string lastLine;
     bool closing = false;
 };
 

@@ -18,17 +18,28 @@ void WebSocketClient::send(const std::shared_ptr<const std::string>& frame) {
         return;
     }
     if (waitingBytes > maximumWaiting) {
-        drop();
+        drop(Departure::TOO_SLOW);
         return;
     }
     waiting.push_back(frame);
     waitingBytes += frame->size();
-    lws_callback_on_writable(connection);
+    if (!mayWriteAtOnce()) {
+        lws_callback_on_writable(connection);
+    } else if (!writePart()) {
+        drop(Departure::CLOSED);
+    }
 }
 
-void WebSocketClient::drop() {
+/// What the kernel takes at once needs no round of the event loop. The library keeps what the kernel does not take, and
+/// answers to pings, which go before the answers to what came after them.
+bool WebSocketClient::mayWriteAtOnce() const {
+    return !answering && waiting.size() == 1 && waitingBytes <= maximumFrameSize &&
+           lws_partial_buffered(connection) == 0;
+}
+
+void WebSocketClient::drop(Departure why) {
     gone = true;
-    departure = Departure::TOO_SLOW;
+    departure = why;
     waiting.clear();
     lws_set_timeout(connection, PENDING_TIMEOUT_USER_REASON_BASE, LWS_TO_KILL_ASYNC);
 }
@@ -52,7 +63,9 @@ bool WebSocketClient::received(const char* bytes, std::size_t size) {
         return true;
     }
     const std::string frame = std::exchange(message, {});
+    answering = true;
     events.frame(shared_from_this(), frame);
+    answering = false;
     if (!paused && !gone && isBehind()) {
         paused = true;
         lws_rx_flow_control(connection, 0);

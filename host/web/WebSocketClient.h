@@ -35,9 +35,10 @@ public:
 
 private:
     bool close(unsigned short status, const char* reason);
+    bool mayWriteAtOnce() const;
     bool writePart();
     bool isBehind() const { return waitingBytes > maximumUnread; }
-    void drop();
+    void drop(Departure why);
 
     lws* connection;
     Origin clientOrigin;
@@ -47,6 +48,8 @@ private:
     std::size_t waitingBytes = 0;
     /// How much of the first of them is on its way.
     std::size_t written = 0;
+    /// Is it being told what it asked for?
+    bool answering = false;
     bool paused = false;
     bool finishing = false;
     bool gone = false;

@@ -158,6 +158,34 @@ TEST_F(UnixSocketDoorTest, AClientThatDoesNotReadIsDisconnectedWithoutAGap) {
     EXPECT_GT(expected * 10000, 100000) << "it was given a chance";
 }
 
+TEST_F(UnixSocketDoorTest, FramesOfAllSizesComeWholeAndInOrderToAllWhoReadThemLate) {
+    std::vector<std::string> frames;
+    for (int number = 0; number < 5; ++number) {
+        for (const std::size_t size : {1UL, 30000UL, maximumFrameSize, maximumFrameSize + 1}) {
+            frames.emplace_back(size, static_cast<char>('a' + frames.size()));
+        }
+    }
+    onFrame = [&](const auto&, const auto&) {
+        for (const auto& frame : frames) {
+            const auto shared = std::make_shared<const std::string>(frame);
+            for (const auto& client : clients) {
+                client->send(shared);
+            }
+        }
+    };
+    std::vector<std::unique_ptr<TestSupport::LineClient>> readers;
+    for (int number = 0; number < 3; ++number) {
+        readers.push_back(std::make_unique<TestSupport::LineClient>(socketPath()));
+    }
+    waitFor([&] { return arrived == 3; });
+    readers.front()->sendLine("now");
+    for (const auto& reader : readers) {
+        for (const auto& frame : frames) {
+            ASSERT_EQ(reader->receiveLine(), frame);
+        }
+    }
+}
+
 TEST_F(UnixSocketDoorTest, AClientMayAskMuchBeforeItReadsAnything) {
     const std::string answer(5000, 'a');
     onFrame = [&](const auto& client, const auto& frame) { sendTo(client, frame + answer); };

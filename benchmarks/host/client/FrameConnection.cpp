@@ -150,8 +150,7 @@ void FrameConnection::send(const std::string& bytes) {
     }
 }
 
-/// Returns: false when nothing came that was not to be waited for.
-bool FrameConnection::fill(int flags) {
+void FrameConnection::fill() {
     if (start == end) {
         start = end = 0;
     } else if (end == buffer.size()) {
@@ -159,15 +158,11 @@ bool FrameConnection::fill(int flags) {
         end -= start;
         start = 0;
     }
-    const ssize_t count = ::recv(socket, buffer.data() + end, buffer.size() - end, flags);
-    if (count < 0 && errno == EAGAIN && (flags & MSG_DONTWAIT) != 0) {
-        return false;
-    }
+    const ssize_t count = ::recv(socket, buffer.data() + end, buffer.size() - end, 0);
     if (count <= 0) {
         throw std::runtime_error(count == 0 ? "the server closed a connection" : "nothing came in time");
     }
     end += static_cast<std::size_t>(count);
-    return true;
 }
 
 bool FrameConnection::next(std::string_view& frame) {
@@ -188,20 +183,9 @@ bool FrameConnection::next(std::string_view& frame) {
 std::string_view FrameConnection::receive() {
     std::string_view frame;
     while (!next(frame)) {
-        fill(0);
+        fill();
     }
     return frame;
-}
-
-std::size_t FrameConnection::receiveWaiting() {
-    std::size_t count = 0;
-    std::string_view frame;
-    do {
-        while (next(frame)) {
-            ++count;
-        }
-    } while (fill(MSG_DONTWAIT));
-    return count;
 }
 
 std::string FrameConnection::receiveUntil(std::string_view mark) {
@@ -212,7 +196,7 @@ std::string FrameConnection::receiveUntil(std::string_view mark) {
             start += place + mark.size();
             return std::string(bytes.substr(0, place + mark.size()));
         }
-        fill(0);
+        fill();
     }
 }
 

@@ -24,8 +24,6 @@ public:
     void send(const std::string& bytes);
     /// Waits for the next frame; what is returned is valid until the next call.
     std::string_view receive();
-    /// Takes the frames that have come already. Returns: how many.
-    std::size_t receiveWaiting();
 
 protected:
     /// Owns `connectedSocket`.
@@ -42,7 +40,7 @@ protected:
     std::string receiveUntil(std::string_view end);
 
 private:
-    bool fill(int flags);
+    void fill();
     bool next(std::string_view& frame);
 
     int socket;
