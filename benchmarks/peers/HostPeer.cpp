@@ -36,7 +36,7 @@ std::string newValueOf(const std::string& event) {
 HostPeer::HostPeer(const std::filesystem::path& parent)
     : folder(parent),
       // Its log goes to a file, so that nobody has to read it meanwhile.
-      host({"/bin/sh", "-c", "log=$1; shift; exec \"$@\" 2> \"$log\"", "sh", folder / "log", SETTINGS_HOST, "--storage",
+      host({"/bin/sh", "-c", R"(log=$1; shift; exec "$@" 2> "$log")", "sh", folder / "log", SETTINGS_HOST, "--storage",
             folder / "settings.db", "--socket", folder / "settings.sock", "--device-socket", folder / "device.sock",
             "--no-web"}) {
     if (!host.output().readLine()) {
