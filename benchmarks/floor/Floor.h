@@ -59,6 +59,8 @@ private:
     void report(const Change& change, const std::string& from);
     void count(const std::string& key, const std::string& value);
     void read(const std::string& key, std::map<std::string, std::string>& values);
+    bool readStored(SettingsHandler::SettingsNamesType type, const std::string& key, std::string& value);
+    void reply(const std::string& messageId, const std::map<std::string, std::string>& values);
     void readAll(std::map<std::string, std::string>& values);
     bool deviceMode(const char* name);
     void tellObservers(const std::string& friendlyName);

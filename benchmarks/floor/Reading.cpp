@@ -17,6 +17,19 @@ bool Floor::deviceMode(const char* name) {
     return entry != information.end() && entry->second == "on";
 }
 
+bool Floor::readStored(SettingsHandler::SettingsNamesType type, const std::string& key, std::string& value) {
+    collaborators.storage.getValue(key, value);
+    if (value.empty()) {
+        value = SettingsHandler::defaultValueForSetting(type);
+        if (value == "CUSTOM_DEFAULT_VALUE") {
+            logLine(logger, ERROR, "Default value was not found for %s", key.c_str());
+            return false;
+        }
+        logLine(logger, INFORMATION, "Default value retrieved for %s", key.c_str());
+    }
+    return true;
+}
+
 void Floor::read(const std::string& key, std::map<std::string, std::string>& values) {
     const auto type = SettingsHandler::settingTypeFromName(key);
     logLine(logger, TRACE, "SettingDBId: %s", key.c_str());
@@ -44,14 +57,8 @@ void Floor::read(const std::string& key, std::map<std::string, std::string>& val
             value = deviceMode("currentAlwaysOnPTTMode") ? "true" : "false";
             break;
         default:
-            collaborators.storage.getValue(key, value);
-            if (value.empty()) {
-                value = SettingsHandler::defaultValueForSetting(type);
-                if (value == "CUSTOM_DEFAULT_VALUE") {
-                    logLine(logger, ERROR, "Default value was not found for %s", key.c_str());
-                    return;
-                }
-                logLine(logger, INFORMATION, "Default value retrieved for %s", key.c_str());
+            if (!readStored(type, key, value)) {
+                return;
             }
     }
     if (type == SettingsHandler::INVALID_SETTING) {
@@ -100,13 +107,17 @@ void Floor::getSettings(const std::string& request) {
     if (all) {
         readAll(values);
     }
-    MessageDocument reply;
+    reply(messageId, values);
+}
+
+void Floor::reply(const std::string& messageId, const std::map<std::string, std::string>& values) {
+    MessageDocument message;
     rapidjson::Value settings(rapidjson::kObjectType);
     for (const auto& [name, value] : values) {
-        reply.addTo(settings, name, value);
+        message.addTo(settings, name, value);
     }
-    reply.addObject(Names::settings, settings);
-    collaborators.transport->sendResponse(messageId, reply.document());
+    message.addObject(Names::settings, settings);
+    collaborators.transport->sendResponse(messageId, message.document());
 }
 
 void Floor::initialize() {

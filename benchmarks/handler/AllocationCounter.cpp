@@ -50,7 +50,7 @@ void* aligned_alloc(std::size_t alignment, std::size_t size) noexcept {
     return __libc_memalign(alignment, size);
 }
 int posix_memalign(void** block, std::size_t alignment, std::size_t size) noexcept {
-    *block = aligned_alloc(alignment, size);
+    *block = aligned_alloc(alignment, size);  // NOLINT(cppcoreguidelines-owning-memory)
     return *block == nullptr ? ENOMEM : 0;
 }
 }

@@ -1,5 +1,6 @@
 #include "VessaLogger/Log.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <mutex>
@@ -37,6 +38,11 @@ private:
     std::mutex mutex;
     LogSink sink = writeToStandardError;
 };
+
+bool mayBeginControlCharacter(char character) {
+    const auto byte = static_cast<unsigned char>(character);
+    return byte < 0x20 || byte == 0x7f || byte == 0xc2;
+}
 
 std::string hexadecimal(const char* prefix, unsigned char byte) {
     constexpr char digits[] = "0123456789abcdef";
@@ -84,9 +90,10 @@ void setLogSink(LogSink sink) {
 }
 
 std::string escapeControlCharacters(const std::string& text) {
-    std::string escaped;
-    escaped.reserve(text.size());
-    for (std::size_t index = 0; index < text.size(); ++index) {
+    // Nearly every text ends before anything in it could be a control character.
+    const auto first = std::find_if(text.begin(), text.end(), mayBeginControlCharacter);
+    std::string escaped(text.begin(), first);
+    for (auto index = escaped.size(); index < text.size(); ++index) {
         const auto byte = static_cast<unsigned char>(text[index]);
         const auto next = static_cast<unsigned char>(index + 1 < text.size() ? text[index + 1] : '\0');
         if (byte < 0x20 || byte == 0x7f) {

@@ -151,7 +151,7 @@ private:
                                                          const std::string& value);
     [[gnu::visibility("hidden")]] bool setStoredSetting(const std::string& settingDBId, const std::string& value);
     [[gnu::visibility("hidden")]] std::string cachedValue(const std::string& settingDBId);
-    [[gnu::visibility("hidden")]] void readInto(std::map<std::string, std::string>& values,
+    [[gnu::visibility("hidden")]] void readInto(std::map<std::string, std::string> & values,
                                                 const std::string& settingDBId);
     [[gnu::visibility("hidden")]] std::string readSetting(SettingsNamesType type, const std::string& settingDBId);
     [[gnu::visibility("hidden")]] std::string readStoredSetting(SettingsNamesType type, const std::string& settingDBId);
