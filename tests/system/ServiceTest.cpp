@@ -3,6 +3,8 @@
 #include <fstream>
 #include <sstream>
 
+#include <fcntl.h>
+
 #include "HostFixture.h"
 #include "support/ListeningSocket.h"
 #include "support/NotificationSocket.h"
@@ -59,6 +61,16 @@ protected:
             }
         }
         return found;
+    }
+
+    /// Would a program that the host starts inherit its descriptor `number`?
+    bool isInherited(int number) {
+        std::ifstream file("/proc/" + std::to_string(host->pid()) + "/fdinfo/" + std::to_string(number));
+        unsigned long flags = 0;
+        for (std::string word; file >> word && word != "flags:";) {
+        }
+        EXPECT_TRUE(file >> std::oct >> flags) << number;
+        return (flags & O_CLOEXEC) == 0;
     }
 
     NotificationSocket notifications;
@@ -137,6 +149,9 @@ TEST_F(HostService, ServesAtTheSocketsThatWerePassed) {
     const std::string ready = host->output().readLine().value_or("(none)");
     EXPECT_EQ(ready.rfind("ready: http://127.0.0.1:" + std::to_string(port) + "/?key=", 0), 0U) << ready;
     EXPECT_TRUE(contains(ready, " socket: " + (folder / "passed/s"))) << ready;
+    for (const int place : {3, 4, 5}) {
+        EXPECT_FALSE(isInherited(place)) << place;
+    }
     EXPECT_EQ(early.receiveLine(), R"({"type":7,"messageId":"g","payload":{"settings":{"deviceName":"TV"}}})");
     TestSupport::LineClient person(folder / "passed/d");
     person.sendLine(R"({"command":"captions","enabled":true})");
