@@ -1,14 +1,10 @@
 #include "service/PassedSockets.h"
 
-#include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
 #include <vector>
-
-#include <fcntl.h>
 
 #include "service/ManagerVariables.h"
 #include "transport/DoorError.h"
@@ -54,25 +50,10 @@ std::vector<std::string> namesOfSockets(int count) {
     return names;
 }
 
-/// What was inherited so far is for this process alone.
-void keepFromChildren(int count) {
-    for (int place = firstPlace; place < firstPlace + count; ++place) {
-        const int flags = ::fcntl(place, F_GETFD);
-        if (flags < 0 || ::fcntl(place, F_SETFD, flags | FD_CLOEXEC) < 0) {
-            fail(std::strerror(errno));
-        }
-    }
-}
-
 std::vector<std::string> takeNames() {
     try {
         const int count = numberOfSockets();
-        std::vector<std::string> names;
-        if (count > 0) {
-            names = namesOfSockets(count);
-            keepFromChildren(count);
-        }
-        return names;
+        return count > 0 ? namesOfSockets(count) : std::vector<std::string>();
     } catch (const std::invalid_argument& error) {
         fail(error.what());
     }
