@@ -93,14 +93,14 @@ Database::Database(const std::string& file)
 
 void Database::connect() {
     std::string name = path;
-    int flags = SQLITE_OPEN_READWRITE;
+    int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
     const char* fileSystem = nullptr;
     if (!writable) {
         // Without a write-ahead log the file is all there is. With one it has to be read too, without taking locks,
         // which need a file that can be written to.
         const bool hasLog = holdsData(path + "-wal");
         name = uriOf(path) + (hasLog ? "" : "?immutable=1");
-        flags = SQLITE_OPEN_READONLY | SQLITE_OPEN_URI;
+        flags = SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_URI;
         fileSystem = hasLog ? "unix-none" : nullptr;
     }
     keepPageCacheSmall();

@@ -5,6 +5,8 @@
 #include <chrono>
 #include <utility>
 
+#include <sys/socket.h>
+
 #include "transport/FrameInspector.h"
 #include "transport/UnixSocketDoor.h"
 
@@ -51,9 +53,14 @@ void SocketClient::send(const std::shared_ptr<const std::string>& frame) {
     }
 }
 
+/// Without libuv, which would use a slower call, and only while nothing waits there.
 std::size_t SocketClient::writeAtOnce(const std::string& line) {
-    const uv_buf_t buffer = bufferOf(line, 0);
-    return static_cast<std::size_t>(std::max(uv_try_write(stream(), &buffer, 1), 0));
+    uv_os_fd_t descriptor = -1;
+    if (uv_stream_get_write_queue_size(stream()) > 0 || uv_fileno(generic(), &descriptor) != 0) {
+        return 0;
+    }
+    const ssize_t taken = ::send(descriptor, line.data(), line.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+    return static_cast<std::size_t>(std::max<ssize_t>(taken, 0));
 }
 
 void SocketClient::queue(const std::shared_ptr<const std::string>& frame, std::size_t sent) {

@@ -42,6 +42,8 @@ void WebSocketClient::drop(Departure why) {
     departure = why;
     waiting.clear();
     lws_set_timeout(connection, PENDING_TIMEOUT_USER_REASON_BASE, LWS_TO_KILL_ASYNC);
+    // Outside its own calls the library would look at the time only when something comes in at one of its connections.
+    lws_cancel_service(lws_get_context(connection));
 }
 
 void WebSocketClient::arrived() {
