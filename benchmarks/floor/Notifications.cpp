@@ -37,16 +37,17 @@ void Floor::notifySystemSettingChanged(const std::string& name, const std::strin
     logLine(logger, TRACE, "setSetting");
     SettingsHandler::settingTypeFromName(name);
     logLine(logger, TRACE, "SettingDBId: %s", name.c_str());
-    store({name, value});
+    store(name, value);
 }
 
 void Floor::notifyHandsfreeStateChanged(bool enabled) {
-    const Change change{"handsFreeEnabled", enabled ? "true" : "false"};
-    logLine(logger, INFORMATION, "Notified of HandsFreeState changing. New value: %s", change.value.c_str());
+    static const std::string key = "handsFreeEnabled";
+    const std::string value = enabled ? "true" : "false";
+    logLine(logger, INFORMATION, "Notified of HandsFreeState changing. New value: %s", value.c_str());
     logLine(logger, TRACE, "setSetting");
-    SettingsHandler::settingTypeFromName(change.key);
-    logLine(logger, TRACE, "SettingDBId: %s", change.key.c_str());
-    handsFree(change);
+    SettingsHandler::settingTypeFromName(key);
+    logLine(logger, TRACE, "SettingDBId: %s", key.c_str());
+    switchHandsFree(key, value);
 }
 
 }  // namespace Benchmarks::Floor

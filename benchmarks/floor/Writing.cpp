@@ -67,37 +67,37 @@ void Floor::count(const std::string& key, const std::string& value) {
     collaborators.metrics->recordEvent(Names::group, Names::source, attributes);
 }
 
-void Floor::report(const Change& change, const std::string& from) {
+void Floor::report(const std::string& key, const std::string& from, const std::string& to) {
     {
         const std::lock_guard<std::mutex> lock(mutex);
-        cache[change.key] = change.value;
+        cache[key] = to;
     }
     MessageDocument event;
-    event.add(Names::settingDBId, change.key);
+    event.add(Names::settingDBId, key);
     event.add(Names::from, from);
-    event.add(Names::to, change.value);
+    event.add(Names::to, to);
     collaborators.transport->sendMessage(CommunicationHandler::SETTING_CHANGED, event.document());
-    count(change.key, change.value);
+    count(key, to);
 }
 
-bool Floor::store(const Change& change) {
-    const std::string old = cached(change.key);
-    if (old == change.value) {
+bool Floor::store(const std::string& key, const std::string& value) {
+    const std::string old = cached(key);
+    if (old == value) {
         return false;
     }
-    if (!collaborators.storage.setValue(change.key, change.value)) {
-        logLine(logger, ERROR, "%s new value: '%s' value was not written properly", change.key.c_str(),
-                change.value.c_str());
+    if (!collaborators.storage.setValue(key, value)) {
+        logLine(logger, ERROR, "%s new value: '%s' value was not written properly", key.c_str(),
+                value.c_str());
         return false;
     }
-    logLine(logger, INFORMATION, "%s new value: '%s'", change.key.c_str(), change.value.c_str());
-    report(change, old);
+    logLine(logger, INFORMATION, "%s new value: '%s'", key.c_str(), value.c_str());
+    report(key, old, value);
     return true;
 }
 
 bool Floor::setStored(const std::string& request) {
     Change change;
-    return accept(request, change) && store(change);
+    return accept(request, change) && store(change.key, change.value);
 }
 
 bool Floor::setApplied(const std::string& request) {
@@ -115,26 +115,26 @@ bool Floor::setApplied(const std::string& request) {
         count(change.key, "error");
     }
     logLine(logger, INFORMATION, "%s changed from '%s' to '%s'", change.key.c_str(), old.c_str(), change.value.c_str());
-    report(change, old);
+    report(change.key, old, change.value);
     return true;
 }
 
-bool Floor::handsFree(const Change& change) {
-    const std::string old = cached(change.key);
-    if (old == change.value) {
-        logLine(logger, INFORMATION, "%s was not updated: new value: '%s' is the same", change.key.c_str(),
-                change.value.c_str());
+bool Floor::switchHandsFree(const std::string& key, const std::string& value) {
+    const std::string old = cached(key);
+    if (old == value) {
+        logLine(logger, INFORMATION, "%s was not updated: new value: '%s' is the same", key.c_str(),
+                value.c_str());
         return false;
     }
-    collaborators.bridge->setHandsFreeEnabled(change.value == "true");
-    logLine(logger, INFORMATION, "%s changed from '%s' to '%s'", change.key.c_str(), old.c_str(), change.value.c_str());
-    report(change, old);
+    collaborators.bridge->setHandsFreeEnabled(value == "true");
+    logLine(logger, INFORMATION, "%s changed from '%s' to '%s'", key.c_str(), old.c_str(), value.c_str());
+    report(key, old, value);
     return true;
 }
 
 bool Floor::setHandsFree(const std::string& request) {
     Change change;
-    return accept(request, change) && handsFree(change);
+    return accept(request, change) && switchHandsFree(change.key, change.value);
 }
 
 bool Floor::setFriendlyName(const std::string& request) {
@@ -153,7 +153,7 @@ bool Floor::setFriendlyName(const std::string& request) {
     }
     tellObservers(change.value);
     logLine(logger, INFORMATION, "%s changed from '%s' to '%s'", change.key.c_str(), old.c_str(), change.value.c_str());
-    report(change, old);
+    report(change.key, old, change.value);
     return true;
 }
 
@@ -172,9 +172,11 @@ bool Floor::setEntitlementStatus(const std::string& request) {
         logLine(logger, INFORMATION, "%s changed from '%s' to '%s'", change.key.c_str(), old.c_str(),
                 change.value.c_str());
         logLine(logger, INFORMATION, "onEntitlementStatusChanged: %s", change.value.c_str());
-        const std::lock_guard<std::mutex> lock(mutex);
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+        }
+        report(change.key, old, change.value);
     }
-    report(change, old);
     return true;
 }
 
@@ -191,7 +193,7 @@ bool Floor::setTimezone(const std::string& request) {
         return false;
     }
     collaborators.bridge->setTimezone(change.value);
-    report(change, old);
+    report(change.key, old, change.value);
     logLine(logger, INFORMATION, "OrliaTimezone changed from '%s' to '%s'", old.c_str(), change.value.c_str());
     return true;
 }
@@ -225,7 +227,7 @@ bool Floor::setLocale(const std::string& request) {
         return false;
     }
     collaborators.bridge->setLocales(locales);
-    report(change, old);
+    report(change.key, old, change.value);
     logLine(logger, INFORMATION, "OrliaLocale changed from '%s' to '%s'", old.c_str(), change.value.c_str());
     Metrics::MetricsCache::instance().setOrliaLocale(locales[0]);
     const std::lock_guard<std::mutex> lock(mutex);

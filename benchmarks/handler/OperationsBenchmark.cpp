@@ -1,3 +1,4 @@
+#include <cstdlib>
 #include <iostream>
 #include <map>
 #include <string>
@@ -9,9 +10,9 @@
 #include "VessaLogger/LogSink.h"
 #include "support/Results.h"
 
-// Times every operation of the handler and, among them in random order, what each must cost at least. Takes the options
-// of Google Benchmark; each repetition is a round. The usual report goes to standard error, the results to standard
-// output.
+// Times every operation of the handler and, right behind each, what it must cost at least. Usage:
+// benchmark-operations [--rounds N] and the options of Google Benchmark. The usual report goes to standard error, the
+// results to standard output.
 
 namespace {
 
@@ -82,10 +83,26 @@ Benchmarks::Results resultsOf(Collector& collector, const std::vector<Operation>
     return results;
 }
 
+/// Takes `--rounds N` out of the arguments.
+int takeRounds(int& argc, char** argv) {
+    int rounds = 9;
+    int kept = 1;
+    for (int number = 1; number < argc; ++number) {
+        if (std::string(argv[number]) == "--rounds" && number + 1 < argc) {
+            rounds = std::atoi(argv[++number]);
+        } else {
+            argv[kept++] = argv[number];
+        }
+    }
+    argc = kept;
+    return rounds;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     VessaLogger::setLogSink([](const VessaLogger::LogLine&) {});
+    const int rounds = takeRounds(argc, argv);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 2;
@@ -96,7 +113,9 @@ int main(int argc, char** argv) {
         add("floor/" + operation.name, operation.floor);
     }
     Collector collector;
-    benchmark::RunSpecifiedBenchmarks(&collector);
+    for (int round = 0; round < rounds; ++round) {
+        benchmark::RunSpecifiedBenchmarks(&collector);
+    }
     resultsOf(collector, operations).print();
     return 0;
 }

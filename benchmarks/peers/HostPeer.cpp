@@ -33,12 +33,12 @@ std::string newValueOf(const std::string& event) {
 
 }  // namespace
 
-HostPeer::HostPeer(const std::filesystem::path& parent)
+HostPeer::HostPeer(const std::filesystem::path& parent, Log log)
     : folder(parent),
       // Its log goes to a file, so that nobody has to read it meanwhile.
       host({"/bin/sh", "-c", R"(log=$1; shift; exec "$@" 2> "$log")", "sh", folder / "log", SETTINGS_HOST, "--storage",
             folder / "settings.db", "--socket", folder / "settings.sock", "--device-socket", folder / "device.sock",
-            "--no-web"}) {
+            "--no-web", "--log-level", log == Log::AS_USUAL ? "1" : "3"}) {
     if (!host.output().readLine()) {
         throw std::runtime_error("the host did not start");
     }
@@ -54,7 +54,7 @@ void HostPeer::observe(const Report& report) const {
     report.ready();
     for (;;) {
         const std::string value = newValueOf(events.next());
-        report.seen(events.received(), value);
+        report.seen(std::chrono::steady_clock::now(), value);
     }
 }
 

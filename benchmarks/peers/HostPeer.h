@@ -8,11 +8,14 @@
 
 namespace Benchmarks {
 
-/// Our host as it is shipped, over its Unix socket.
+/// Our host over its Unix socket, as it is shipped but for what it logs.
 class HostPeer : public Peer {
 public:
+    /// What its log takes.
+    enum class Log { AS_USUAL, ERRORS_ONLY };
+
     /// The database lies in a fresh folder inside `parent`.
-    explicit HostPeer(const std::filesystem::path& parent);
+    HostPeer(const std::filesystem::path& parent, Log log);
 
     std::unique_ptr<Setter> connect() const override;
     void observe(const Report& report) const override;

@@ -51,13 +51,15 @@ void Race::gather() {
     // A disk is slow.
     constexpr int few = 15;
     using Safety = IniFilePeer::Safety;
-    add("host, memory", std::make_unique<HostPeer>(memory), many);
+    using Log = HostPeer::Log;
+    add("host, memory", std::make_unique<HostPeer>(memory, Log::AS_USUAL), many);
+    add("host, memory, errors logged", std::make_unique<HostPeer>(memory, Log::ERRORS_ONLY), many);
     add("relay, nothing stored", std::make_unique<RelayPeer>(), many);
     add("dconf, memory", std::make_unique<DconfPeer>(memory), many);
     add("sd-bus, nothing stored", std::make_unique<BusPropertyPeer>(), many);
     addHostnamed(memory, many);
     add("QSettings, memory", std::make_unique<IniFilePeer>(memory, Safety::AS_IT_IS), many);
-    add("host, disk", std::make_unique<HostPeer>(disk), few);
+    add("host, disk", std::make_unique<HostPeer>(disk, Log::AS_USUAL), few);
     add("dconf, disk", std::make_unique<DconfPeer>(disk), few);
     add("QSettings, disk", std::make_unique<IniFilePeer>(disk, Safety::AS_IT_IS), few);
     add("QSettings, disk, fsync", std::make_unique<IniFilePeer>(disk, Safety::SYNCHRONISED), few);
@@ -85,10 +87,10 @@ void Race::run() {
     }
 }
 
-Distribution distributionOf(const Contender& contender) {
+Distribution distributionOf(const Contender& contender, const std::string& plot) {
     std::vector<double> sorted = contender.latencies();
     std::sort(sorted.begin(), sorted.end());
-    Distribution distribution{"Time of a change, ours and others", contender.name(), {}};
+    Distribution distribution{plot, contender.name(), {}};
     for (const double percent : {1.0, 5.0, 10.0, 25.0, 50.0, 75.0, 90.0, 95.0, 98.0, 99.0, 99.5, 99.9}) {
         distribution.percentiles.emplace_back(percent, percentile(sorted, percent));
     }
@@ -106,6 +108,10 @@ Results Race::results() const {
     const Comparison comparisons[] = {
         {"host, memory", "dconf, memory", "GSettings with dconf, in memory", 0.05},
         {"host, memory", "sd-bus, nothing stored", "a property of an sd-bus service through dbus-daemon", 0.40},
+        // They log nothing.
+        {"host, memory, errors logged", "dconf, memory", "GSettings with dconf, in memory", 0.05},
+        {"host, memory, errors logged", "sd-bus, nothing stored",
+         "a property of an sd-bus service through dbus-daemon", 0.40},
         {"host, memory", "relay, nothing stored", "a process that passes lines on", none},
         {"host, memory", "hostnamed, memory", "systemd-hostnamed, in memory", none},
         {"host, memory", "QSettings, memory", "QSettings, in memory, nobody told", none},
@@ -113,16 +119,17 @@ Results Race::results() const {
         {"host, disk", "QSettings, disk", "QSettings, on the disk, nobody told", none},
         {"host, disk", "QSettings, disk, fsync", "QSettings, on the disk with fsync, nobody told", none},
     };
+    const std::string where = arguments.oneProcessor ? ", one processor" : "";
     std::map<std::string, const Contender*> byName;
     Results results;
     for (const auto& contender : contenders) {
         byName[contender->name()] = contender.get();
-        results.add(Figure{"peers/" + contender->name() + "/change", "us", contender->medians()});
-        results.add(distributionOf(*contender));
+        results.add(Figure{"peers/" + contender->name() + "/change" + where, "us", contender->medians()});
+        results.add(distributionOf(*contender, "Time of a change, ours and others" + where));
     }
     for (const auto& [ours, other, inWords, bar] : comparisons) {
         if (byName.count(other) != 0) {
-            results.add(Ratio{"peers/" + std::string(ours) + " over " + other, inWords,
+            results.add(Ratio{"peers/" + std::string(ours) + " over " + other + where, inWords,
                               quotients(byName.at(ours)->medians(), byName.at(other)->medians()), bar});
         }
     }
@@ -136,6 +143,9 @@ Results Race::results() const {
 int main(int argumentCount, char** arguments) {
     try {
         const Benchmarks::Arguments chosen = Benchmarks::parseArguments(argumentCount, arguments);
+        if (chosen.oneProcessor) {
+            Benchmarks::stayOnOneProcessor();
+        }
         Benchmarks::Race race(chosen);
         race.gather();
         race.run();

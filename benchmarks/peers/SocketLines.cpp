@@ -15,7 +15,6 @@ const std::string& SocketLines::next() {
             return line;
         }
         const ssize_t count = ::recv(socket, buffer.data(), buffer.size(), 0);
-        time = std::chrono::steady_clock::now();
         if (count <= 0) {
             throw std::runtime_error("a socket was closed");
         }

@@ -29,11 +29,22 @@ constexpr std::size_t jsonChunkSize = 16 * 32 + 80;
 
 /// Makes what a document owns: an allocator, which is given the size of its chunks.
 template <typename Owned>
-Owned* makeForJson() {
+Owned* makeOwnedByJson() {
     if constexpr (std::is_constructible_v<Owned, std::size_t>) {
         return std::make_unique<Owned>(jsonChunkSize).release();
     } else {
         return std::make_unique<Owned>().release();
+    }
+}
+
+/// The JSON library asks for `Allocator()`, which is the type of a function here, or, in its newer versions, for
+/// `Allocator` and puts the call behind it.
+template <typename Wanted>
+auto makeForJson() {
+    if constexpr (std::is_function_v<Wanted>) {
+        return makeOwnedByJson<std::invoke_result_t<Wanted*>>();
+    } else {
+        return &makeOwnedByJson<Wanted>;
     }
 }
 
@@ -48,7 +59,7 @@ Owned* makeForJson() {
 #endif
 
 #ifndef RAPIDJSON_NEW
-#define RAPIDJSON_NEW(made) ::Utils::makeForJson<decltype(made)>()
+#define RAPIDJSON_NEW(made) ::Utils::makeForJson<made>()
 #endif
 
 #include <rapidjson/document.h>

@@ -94,13 +94,16 @@ void SettingsHandler::readInto(std::map<std::string, std::string>& values, const
 std::map<std::string, std::string> SettingsHandler::getSettings(const std::vector<std::string>& names) {
     logTrace(logTag, "getSettings");
     std::map<std::string, std::string> values;
-    for (const auto& name : names) {
-        readInto(values, name);
-    }
     if (names.empty()) {
         for (const auto& entry : SettingsNamesTypeToStringMapping) {
             readInto(values, entry.second);
         }
+        return values;
+    }
+    // A copy, because a collaborator may change the caller's list while it is asked.
+    const std::vector<std::string> keys = names;
+    for (const auto& key : keys) {
+        readInto(values, key);
     }
     return values;
 }

@@ -1,3 +1,6 @@
+#include <unordered_map>
+#include <utility>
+
 #include "CommunicationHandler/MessageType.h"
 #include "Constants.h"
 #include "Json.h"
