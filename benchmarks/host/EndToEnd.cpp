@@ -60,6 +60,7 @@ int main(int argumentCount, char** arguments) {
             return 2;
         }
     }
+    stayOnOneProcessor();
     try {
         return measure(rounds, effort);
     } catch (const std::exception& error) {

@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include <sched.h>
+
 #include "host/client/Exchange.h"
 
 namespace Benchmarks {
@@ -26,6 +28,13 @@ std::string hostProgram() {
 }
 
 }  // namespace
+
+void stayOnOneProcessor() {
+    cpu_set_t processors;
+    CPU_ZERO(&processors);
+    CPU_SET(static_cast<std::size_t>(::sched_getcpu()), &processors);
+    ::sched_setaffinity(0, sizeof(processors), &processors);
+}
 
 Server::Server(Storage storage) : storageFolder(folderFor(storage)), socketFolder(TestSupport::memoryFolder()) {}
 

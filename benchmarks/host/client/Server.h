@@ -17,6 +17,11 @@ enum class Door { UNIX_SOCKET, WEB_SOCKET };
 /// Where a server keeps its database: at a folder of the disk, or in memory.
 enum class Storage { DISK, MEMORY };
 
+/// Keeps this process, and the servers that it starts afterwards, on the processor that it runs on. A request and its
+/// answer then cost what both sides compute; otherwise one of two servers may have to wake a sleeping processor each
+/// time and the other not, as the scheduler likes.
+void stayOnOneProcessor();
+
 /// A server in a process of its own, with folders of its own, that goes away with the object. Its log goes to
 /// /dev/null.
 class Server {
