@@ -12,9 +12,9 @@
 #include "support/QuietCollaborators.h"
 
 /// The least work that the handler's operations may consist of, written down straight: no virtual operation of its own
-/// and no memory from the heap that the required steps do not ask for. The catalogue, the JSON utilities, the logger and
-/// the collaborators are called as any program would call them. What the handler costs more than this is what can still
-/// be saved; its log lines cannot cost less, because their steps are fixed.
+/// and no memory from the heap that the required steps do not ask for. The catalogue, the JSON utilities, the logger
+/// and the collaborators are called as any program would call them. What the handler costs more than this is what can
+/// still be saved; its log lines cannot cost less, because their steps are fixed.
 namespace Benchmarks::Floor {
 
 class Floor {

@@ -86,8 +86,7 @@ bool Floor::store(const std::string& key, const std::string& value) {
         return false;
     }
     if (!collaborators.storage.setValue(key, value)) {
-        logLine(logger, ERROR, "%s new value: '%s' value was not written properly", key.c_str(),
-                value.c_str());
+        logLine(logger, ERROR, "%s new value: '%s' value was not written properly", key.c_str(), value.c_str());
         return false;
     }
     logLine(logger, INFORMATION, "%s new value: '%s'", key.c_str(), value.c_str());
@@ -122,8 +121,7 @@ bool Floor::setApplied(const std::string& request) {
 bool Floor::switchHandsFree(const std::string& key, const std::string& value) {
     const std::string old = cached(key);
     if (old == value) {
-        logLine(logger, INFORMATION, "%s was not updated: new value: '%s' is the same", key.c_str(),
-                value.c_str());
+        logLine(logger, INFORMATION, "%s was not updated: new value: '%s' is the same", key.c_str(), value.c_str());
         return false;
     }
     collaborators.bridge->setHandsFreeEnabled(value == "true");
@@ -172,9 +170,7 @@ bool Floor::setEntitlementStatus(const std::string& request) {
         logLine(logger, INFORMATION, "%s changed from '%s' to '%s'", change.key.c_str(), old.c_str(),
                 change.value.c_str());
         logLine(logger, INFORMATION, "onEntitlementStatusChanged: %s", change.value.c_str());
-        {
-            const std::lock_guard<std::mutex> lock(mutex);
-        }
+        { const std::lock_guard<std::mutex> lock(mutex); }
         report(change.key, old, change.value);
     }
     return true;

@@ -108,7 +108,8 @@ void addCrowds(Results& results, const std::vector<Round>& rounds, const Effort&
 
 void addEchoRatios(Results& results, const std::vector<Round>& rounds) {
     // Measured with the log that a shipped host writes; all others with errors only, because the echo has no log.
-    results.add(Ratio{"host with log/unix/memory/set until event", "echo through libwebsockets with one upsert of SQLite",
+    results.add(Ratio{"host with log/unix/memory/set until event",
+                      "echo through libwebsockets with one upsert of SQLite",
                       quotients(each(rounds, "host with log/unix/memory/set until event", medianLatency),
                                 each(rounds, "echo and upsert/unix/memory", medianLatency)),
                       0});

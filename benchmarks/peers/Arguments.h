@@ -28,7 +28,8 @@ inline Arguments parseArguments(int count, const char* const* texts) {
         } else if (text == "--rounds" && index + 1 < count) {
             arguments.rounds = std::stoi(texts[++index]);
         } else {
-            throw std::invalid_argument("usage: " + std::string(texts[0]) + " [--quick] [--rounds N] [--one-processor]");
+            throw std::invalid_argument("usage: " + std::string(texts[0]) +
+                                        " [--quick] [--rounds N] [--one-processor]");
         }
     }
     return arguments;

@@ -16,6 +16,7 @@
 #include "IniFilePeer.h"
 #include "PropertyPeers.h"
 #include "RelayPeer.h"
+#include "host/client/Server.h"
 #include "support/Results.h"
 
 namespace Benchmarks {
@@ -110,8 +111,8 @@ Results Race::results() const {
         {"host, memory", "sd-bus, nothing stored", "a property of an sd-bus service through dbus-daemon", 0.40},
         // They log nothing.
         {"host, memory, errors logged", "dconf, memory", "GSettings with dconf, in memory", 0.05},
-        {"host, memory, errors logged", "sd-bus, nothing stored",
-         "a property of an sd-bus service through dbus-daemon", 0.40},
+        {"host, memory, errors logged", "sd-bus, nothing stored", "a property of an sd-bus service through dbus-daemon",
+         0.40},
         {"host, memory", "relay, nothing stored", "a process that passes lines on", none},
         {"host, memory", "hostnamed, memory", "systemd-hostnamed, in memory", none},
         {"host, memory", "QSettings, memory", "QSettings, in memory, nobody told", none},

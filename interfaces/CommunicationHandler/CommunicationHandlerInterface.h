@@ -44,12 +44,13 @@ protected:
 
 public:
     /// Sends an unsolicited message of `messageType` to every client.
-    /// `payload`: an object document, valid during the call only; the implementer may change it.
+    /// `payload`: an object document that owns its memory, valid during the call only; the implementer may change it or
+    /// move it away.
     /// Returns: a message id of the transport's choosing; the library ignores it.
     virtual std::string sendMessage(int messageType, rapidjson::Document& payload) = 0;
 
     /// Sends the answer to the request that carried `messageId`.
-    /// `payload`: an object document with the answer's members only, valid during the call only.
+    /// `payload`: an object document with the answer's members only, otherwise like that of `sendMessage`.
     virtual void sendResponse(const std::string& messageId, rapidjson::Document& payload) = 0;
 
     /// Has `handler` called with the whole JSON text of every message of `messageType` that arrives from now on.

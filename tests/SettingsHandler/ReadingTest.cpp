@@ -96,6 +96,35 @@ TEST_F(Reading, DuplicatesAreReadAfreshAndTheLastOneCounts) {
                   Entries{"sdk.getTimezone()"});
 }
 
+/// Changes the list of keys while it is being read for them.
+class ListChangingStorage : public SDKWrapper::StorageManagerInterface {
+public:
+    explicit ListChangingStorage(std::vector<std::string>& keysInUse) : keys(keysInUse) {}
+    void getValue(const std::string& key, std::string& value) override {
+        asked.push_back(key);
+        value = "value";
+        keys.clear();
+        keys.shrink_to_fit();
+    }
+    bool setValue(const std::string& /*key*/, const std::string& /*value*/) override { return true; }
+    bool removeValue(const std::string& /*key*/) override { return true; }
+    bool clearStorage() override { return true; }
+
+    std::vector<std::string>& keys;
+    std::vector<std::string> asked;
+};
+
+TEST_F(Reading, ReadsTheKeysItWasGivenEvenWhenACollaboratorChangesTheList) {
+    std::vector<std::string> keys{"deviceName", "a key that is kept on the heap", "captionsStyles"};
+    ListChangingStorage changing(keys);
+    OpenHandler reader(transport, changing, metrics, sdk, app, device);
+    EXPECT_EQ(
+        reader.getSettings(keys),
+        (Values{{"deviceName", "value"}, {"a key that is kept on the heap", "value"}, {"captionsStyles", "value"}}));
+    EXPECT_EQ(changing.asked,
+              (std::vector<std::string>{"deviceName", "a key that is kept on the heap", "captionsStyles"}));
+}
+
 TEST_F(Reading, AnEmptyListAsksForAllInTheTablesOrder) {
     const auto values = handler->getSettings({});
     EXPECT_EQ(values, (Values{{"captionsEnabled", "false"},

@@ -22,6 +22,38 @@ TEST_F(SettingChange, TheCacheHasTheNewValueWhenTheEventIsSent) {
     EXPECT_EQ(seen, "Attic");
 }
 
+/// Takes messages away with their memory, to send them later.
+class TransportThatKeeps : public SettingsHandlerTesting::FakeTransport {
+public:
+    using FakeTransport::FakeTransport;
+    std::string sendMessage(int /*messageType*/, rapidjson::Document& payload) override {
+        kept.push_back(std::move(payload));
+        return "";
+    }
+    void sendResponse(const std::string& /*messageId*/, rapidjson::Document& payload) override {
+        kept.push_back(std::move(payload));
+    }
+
+    std::vector<rapidjson::Document> kept;
+};
+
+TEST_F(SettingChange, MessagesOwnTheirMemory) {
+    const auto keeping = std::make_shared<TransportThatKeeps>(journal);
+    OpenHandler talking(keeping, storage, metrics, sdk, app, device);
+    std::string old = "a name that fits into no small buffer";
+    talking.settingChanged("deviceName", old, "another name that fits into no small buffer");
+    storage.values["deviceName"] = old;
+    talking.handleGetSettingsRequest(R"({"messageId":"m1","payload":{"settings":["deviceName"]}})");
+    talking.handleIsOrliaSelectedVARequest(R"({"messageId":"m1"})");
+    ASSERT_EQ(keeping->kept.size(), 3U);
+    using SettingsHandlerTesting::jsonText;
+    EXPECT_EQ(jsonText(keeping->kept[0]),
+              R"({"settingDBId":"deviceName","from":"a name that fits into no small buffer",)"
+              R"("to":"another name that fits into no small buffer"})");
+    EXPECT_EQ(jsonText(keeping->kept[1]), R"({"settings":{"deviceName":"a name that fits into no small buffer"}})");
+    EXPECT_EQ(jsonText(keeping->kept[2]), R"({"isOrliaSelectedAsVA":true})");
+}
+
 TEST_F(SettingChange, EqualValuesAreCachedAndReportedToo) {
     std::string old = "x";
     handler->settingChanged("deviceName", old, "x");

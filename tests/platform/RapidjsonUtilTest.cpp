@@ -1,3 +1,5 @@
+#include <memory>
+
 #include <gtest/gtest.h>
 
 #include "Utils/RapidjsonUtil.h"
@@ -18,6 +20,19 @@ protected:
     std::string text = "untouched";
     long number = 77;
 };
+
+/// The JSON library's versions ask for a document's allocator in two ways.
+TEST(JsonMemory, IsTakenInSmallChunksHoweverTheLibraryAsksForIt) {
+    using Pool = rapidjson::MemoryPoolAllocator<>;
+    const std::unique_ptr<Pool> older(RAPIDJSON_NEW(Pool()));
+    const std::unique_ptr<Pool> newer(RAPIDJSON_NEW(Pool)());
+    for (auto* pool : {older.get(), newer.get()}) {
+        pool->Malloc(1);
+        EXPECT_EQ(pool->Capacity(), jsonChunkSize);
+    }
+    const std::unique_ptr<rapidjson::CrtAllocator> base(RAPIDJSON_NEW(rapidjson::CrtAllocator()));
+    EXPECT_NE(base, nullptr);
+}
 
 TEST_F(RapidjsonUtilTest, FindsMembersOfTheNamedType) {
     parse(R"({"object":{"a":1},"array":[1,2],"string":"a\u0000b","number":-5})");
