@@ -7,6 +7,7 @@
 #include "guard/LocaleGuard.h"
 #include "model/Json.h"
 #include "support/Check.h"
+#include "support/Guarded.h"
 #include "support/HandlerWorld.h"
 #include "support/Input.h"
 
@@ -119,7 +120,7 @@ private:
     }
 
     void request(int type, const std::string& text) {
-        if (type != 24 || SettingsHost::requestMayReachHandler(text)) {
+        if (type != 24 || mayBeGiven(text)) {
             world.transport->deliver(type, text);
             world.model.request(type, text);
         }

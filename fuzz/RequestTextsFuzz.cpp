@@ -2,8 +2,8 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include "guard/LocaleGuard.h"
 #include "support/Check.h"
+#include "support/Guarded.h"
 #include "support/HandlerWorld.h"
 #include "support/Input.h"
 
@@ -42,7 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     HandlerWorld world(surroundingsFrom(input.ConsumeIntegral<std::uint8_t>()));
     const bool initialised = input.ConsumeBool();
     const std::string text = input.ConsumeRemainingBytesAsString();
-    if (type == 24 && !SettingsHost::requestMayReachHandler(text)) {
+    if (type == 24 && !mayBeGiven(text)) {
         return 0;
     }
     if (initialised) {

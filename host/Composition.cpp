@@ -206,7 +206,7 @@ void Composition::run() {
         constexpr auto shortest = std::chrono::milliseconds(1);
         heartbeat.emplace(loop, std::chrono::milliseconds(0), std::max(shortest, *patience / 2), tellAlive);
     }
-    // Back to the system with what the start alone needed: a third of the heap.
+    // Back to the system with what the start alone needed.
     ::malloc_trim(0);
     loop.run();
     tellStopping("Sending what clients wait for");

@@ -14,12 +14,6 @@ bool mayReachHandler(const std::string& settingDBId, const std::string& value) {
     return !shape.valid || (shape.root == JsonShape::Root::ARRAY && shape.nesting <= maximumNesting);
 }
 
-bool requestMayReachHandler(const std::string& requestText) {
-    rapidjson::Document request;
-    const bool isJson = !request.Parse<Utils::jsonParseFlags>(requestText.c_str()).HasParseError();
-    return !isJson || requestMayReachHandler(request);
-}
-
 bool requestMayReachHandler(const rapidjson::Value& request) {
     using Utils::RapidjsonUtil::tryGetStringMember;
     if (!request.IsObject()) {

@@ -13,9 +13,7 @@ namespace SettingsHost {
 /// May `value` be written to the setting `settingDBId`? True for every setting but the assistant locale.
 bool mayReachHandler(const std::string& settingDBId, const std::string& value);
 
-/// May the text of a SetSettings request be delivered?
-bool requestMayReachHandler(const std::string& requestText);
-/// The same for a request that is parsed already.
+/// May a SetSettings request be delivered? It was parsed as the handler will do it.
 bool requestMayReachHandler(const rapidjson::Value& request);
 
 }  // namespace SettingsHost

@@ -1,10 +1,13 @@
 #include "service/PassedSockets.h"
 
+#include <cerrno>
 #include <cstdlib>
-#include <sstream>
+#include <cstring>
 #include <stdexcept>
 #include <utility>
 #include <vector>
+
+#include <fcntl.h>
 
 #include "service/ManagerVariables.h"
 #include "transport/DoorError.h"
@@ -25,12 +28,28 @@ int numberOfSockets() {
         return 0;
     }
     const auto count = managerNumber("LISTEN_FDS");
+    if (!count) {
+        return 0;
+    }
     // More than a process can have open on any system.
     constexpr std::uint64_t tooMany = 1U << 20U;
-    if (!count || *count == 0 || *count > tooMany) {
+    if (*count == 0 || *count > tooMany) {
         fail("LISTEN_FDS makes no sense");
     }
     return static_cast<int>(*count);
+}
+
+/// The names between the colons; each of them may be empty, the last one too.
+std::vector<std::string> namesIn(const std::string& list) {
+    std::vector<std::string> names(1);
+    for (const char character : list) {
+        if (character == ':') {
+            names.emplace_back();
+        } else {
+            names.back() += character;
+        }
+    }
+    return names;
 }
 
 /// One for each socket; sockets without names are all called "unknown".
@@ -39,21 +58,31 @@ std::vector<std::string> namesOfSockets(int count) {
     if (!list) {
         return std::vector<std::string>(static_cast<std::size_t>(count), "unknown");
     }
-    std::vector<std::string> names;
-    std::istringstream stream(*list);
-    for (std::string name; std::getline(stream, name, ':');) {
-        names.push_back(name);
-    }
+    std::vector<std::string> names = namesIn(*list);
     if (names.size() != static_cast<std::size_t>(count)) {
         fail("LISTEN_FDNAMES does not name each of them");
     }
     return names;
 }
 
+/// A number at which nothing is open goes to whatever is opened next, which must not be taken for a socket.
+void expectOpen(int count) {
+    for (int place = firstPlace; place < firstPlace + count; ++place) {
+        if (::fcntl(place, F_GETFD) < 0) {
+            fail(std::strerror(errno));
+        }
+    }
+}
+
 std::vector<std::string> takeNames() {
     try {
         const int count = numberOfSockets();
-        return count > 0 ? namesOfSockets(count) : std::vector<std::string>();
+        if (count == 0) {
+            return {};
+        }
+        std::vector<std::string> names = namesOfSockets(count);
+        expectOpen(count);
+        return names;
     } catch (const std::invalid_argument& error) {
         fail(error.what());
     }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <stdexcept>
 
 #include <sys/socket.h>
@@ -53,7 +54,8 @@ void tellAlive() {
 std::optional<std::chrono::milliseconds> patienceOfServiceManager() {
     try {
         const auto microseconds = managerNumber("WATCHDOG_USEC");
-        if (microseconds.value_or(0) == 0 ||
+        constexpr auto longest = static_cast<std::uint64_t>(std::chrono::microseconds::max().count());
+        if (microseconds.value_or(0) == 0 || *microseconds > longest ||
             (managerVariable("WATCHDOG_PID") && !isMeantForThisProcess("WATCHDOG_PID"))) {
             return std::nullopt;
         }

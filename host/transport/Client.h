@@ -19,8 +19,9 @@ public:
     Client& operator=(const Client&) = delete;
     virtual ~Client() = default;
 
-    /// Queues `frame`, shared with the other clients that it goes to. Never calls back. A client that lets too much
-    /// wait is disconnected instead.
+    /// Writes `frame`, which is shared with the other clients that it goes to, at once or queues it. Never calls a
+    /// door's owner back: also a client that is gone, or that lets too much wait and is disconnected for it, is
+    /// reported later, from the event loop. So all clients can be sent to in a loop over them.
     virtual void send(const std::shared_ptr<const std::string>& frame) = 0;
 
     virtual Origin origin() const = 0;

@@ -1,4 +1,5 @@
 #include "guard/LocaleGuard.h"
+#include "transport/FrameInspector.h"
 
 namespace SettingsHost {
 
@@ -6,6 +7,13 @@ namespace {
 
 std::string nested(std::size_t depth) {
     return std::string(depth, '[') + "\"en-US\"" + std::string(depth, ']');
+}
+
+/// The road of a request in the host.
+bool passes(const std::string& frame) {
+    rapidjson::Document request;
+    EXPECT_FALSE(inspectFrame(frame, request)) << frame;
+    return requestMayReachHandler(request);
 }
 
 }  // namespace
@@ -42,25 +50,25 @@ TEST(LocaleGuard, LimitsTheNesting) {
 }
 
 TEST(LocaleGuard, ReadsRequestsAsTheHandlerDoes) {
-    const auto passes = [](const std::string& payload) {
-        return requestMayReachHandler(R"({"type":24,"timestamp":1,"payload":)" + payload + "}");
+    const auto payloadPasses = [](const std::string& payload) {
+        return passes(R"({"type":24,"timestamp":1,"payload":)" + payload + "}");
     };
-    EXPECT_TRUE(passes(R"({"settingDBId":"orliaLocale","to":"[\"en-US\"]"})"));
-    EXPECT_FALSE(passes(R"({"settingDBId":"orliaLocale","to":"{}"})"));
-    EXPECT_FALSE(passes(R"({"settingDBId":"orlia\u004cocale","to":"\u007b}"})")) << "escapes";
-    EXPECT_FALSE(passes(R"({"settingDBId":"orliaLocale","to":"{}\u0000["})")) << "the end at a NUL";
+    EXPECT_TRUE(payloadPasses(R"({"settingDBId":"orliaLocale","to":"[\"en-US\"]"})"));
+    EXPECT_FALSE(payloadPasses(R"({"settingDBId":"orliaLocale","to":"{}"})"));
+    EXPECT_FALSE(payloadPasses(R"({"settingDBId":"orlia\u004cocale","to":"\u007b}"})")) << "escapes";
+    EXPECT_FALSE(payloadPasses(R"({"settingDBId":"orliaLocale","to":"{}\u0000["})")) << "the end at a NUL";
     // The first of duplicate members is the one that counts.
-    EXPECT_FALSE(passes(R"({"settingDBId":"orliaLocale","settingDBId":"deviceName","to":"{}","to":"[]"})"));
-    EXPECT_TRUE(passes(R"({"settingDBId":"deviceName","settingDBId":"orliaLocale","to":"{}"})"));
-    EXPECT_TRUE(passes(R"({"settingDBId":"orliaLocale","to":"[]","to":"{}"})"));
-    EXPECT_FALSE(requestMayReachHandler(
+    EXPECT_FALSE(payloadPasses(R"({"settingDBId":"orliaLocale","settingDBId":"deviceName","to":"{}","to":"[]"})"));
+    EXPECT_TRUE(payloadPasses(R"({"settingDBId":"deviceName","settingDBId":"orliaLocale","to":"{}"})"));
+    EXPECT_TRUE(payloadPasses(R"({"settingDBId":"orliaLocale","to":"[]","to":"{}"})"));
+    EXPECT_FALSE(passes(
         R"({"payload":{"settingDBId":"orliaLocale","to":"{}"},"payload":{"settingDBId":"deviceName","to":"x"}})"));
     // What the handler itself refuses before it looks at the value.
-    EXPECT_TRUE(passes("[]"));
-    EXPECT_TRUE(passes(R"({"settingDBId":"orliaLocale","to":{}})"));
-    EXPECT_TRUE(passes(R"({"settingDBId":5,"to":"{}"})"));
-    EXPECT_TRUE(requestMayReachHandler("[]"));
-    EXPECT_TRUE(requestMayReachHandler("not JSON"));
+    EXPECT_TRUE(payloadPasses("[]"));
+    EXPECT_TRUE(payloadPasses(R"({"settingDBId":"orliaLocale","to":{}})"));
+    EXPECT_TRUE(payloadPasses(R"({"settingDBId":5,"to":"{}"})"));
+    EXPECT_TRUE(passes("{}"));
+    EXPECT_TRUE(requestMayReachHandler(rapidjson::Value(rapidjson::kArrayType)));
 }
 
 }  // namespace SettingsHost

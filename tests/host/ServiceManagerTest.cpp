@@ -75,7 +75,8 @@ TEST_F(ServiceManagerTest, WaitsForSignsOfLifeAsLongAsItSays) {
 }
 
 TEST_F(ServiceManagerTest, WaitsForNothingWhenTheTimeMakesNoSense) {
-    for (const auto* time : {"", "0", "-1", "+1", " 1", "1 ", "1s", "0x10", "99999999999999999999"}) {
+    for (const auto* time : {"", "0", "-1", "+1", " 1", "1 ", "1s", "0x10", "99999999999999999999",
+                             "18446744073709551615", "9223372036854775808"}) {
         set("WATCHDOG_USEC", time);
         EXPECT_EQ(patienceOfServiceManager(), std::nullopt) << time;
     }
@@ -92,12 +93,18 @@ TEST_F(ServiceManagerTest, PassesNothingToAnotherProcess) {
     }
 }
 
+TEST_F(ServiceManagerTest, ThatNamesNoNumberOfSocketsPassesNone) {
+    set("LISTEN_PID", thisProcess);
+    set("LISTEN_FDNAMES", "settings");
+    PassedSockets taken({"settings"});
+    EXPECT_FALSE(taken.take("settings"));
+}
+
 TEST_F(ServiceManagerTest, ThatContradictsItselfEndsTheStart) {
     const std::string start = "cannot take the passed sockets over: ";
     set("LISTEN_PID", "me");
     EXPECT_EQ(errorOfPassedSockets(), start + "LISTEN_PID is no number");
     set("LISTEN_PID", thisProcess);
-    EXPECT_EQ(errorOfPassedSockets(), start + "LISTEN_FDS makes no sense");
     for (const auto* count : {"0", "2147483647", "4294967297"}) {
         set("LISTEN_FDS", count);
         EXPECT_EQ(errorOfPassedSockets(), start + "LISTEN_FDS makes no sense") << count;
@@ -105,10 +112,16 @@ TEST_F(ServiceManagerTest, ThatContradictsItselfEndsTheStart) {
     set("LISTEN_FDS", "-1");
     EXPECT_EQ(errorOfPassedSockets(), start + "LISTEN_FDS is no number");
     set("LISTEN_FDS", "1");
-    for (const auto* names : {"", "settings:device"}) {
+    for (const auto* names : {"settings:device", "settings:", ":settings", ":"}) {
         set("LISTEN_FDNAMES", names);
         EXPECT_EQ(errorOfPassedSockets(), start + "LISTEN_FDNAMES does not name each of them") << names;
     }
+    set("LISTEN_FDS", "2");
+    set("LISTEN_FDNAMES", "");
+    EXPECT_EQ(errorOfPassedSockets(), start + "LISTEN_FDNAMES does not name each of them");
+    set("LISTEN_FDS", "1000000");
+    ::unsetenv("LISTEN_FDNAMES");
+    EXPECT_EQ(errorOfPassedSockets(), start + "Bad file descriptor");
 }
 
 }  // namespace SettingsHostTests

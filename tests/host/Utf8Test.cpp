@@ -1,5 +1,4 @@
 #include "text/Frames.h"
-#include "text/JsonShape.h"
 #include "text/Utf8.h"
 
 namespace SettingsHost {
@@ -28,31 +27,6 @@ TEST(Utf8, ReplacesByteByByteAndKeepsTheRest) {
               "a\xEF\xBF\xBD"
               "b");
     EXPECT_EQ(withValidUtf8("\xe4\xb8"), "\xEF\xBF\xBD\xEF\xBF\xBD");
-}
-
-TEST(JsonShape, TellsRootAndNesting) {
-    EXPECT_EQ(shapeOf("{}").root, JsonShape::Root::OBJECT);
-    EXPECT_EQ(shapeOf(" [1] ").root, JsonShape::Root::ARRAY);
-    EXPECT_EQ(shapeOf("5").root, JsonShape::Root::OTHER);
-    EXPECT_EQ(shapeOf("5").nesting, 0U);
-    EXPECT_EQ(shapeOf(R"({"a":[[1],[[2]]]})").nesting, 4U);
-    EXPECT_FALSE(shapeOf("[1").valid);
-    EXPECT_TRUE(shapeOf(std::string("[]\0 garbage", 11)).valid);
-}
-
-TEST(JsonShape, ReadsAnyDepth) {
-    const std::size_t depth = 200000;
-    const JsonShape shape = shapeOf(std::string(depth, '[') + std::string(depth, ']'));
-    EXPECT_TRUE(shape.valid);
-    EXPECT_EQ(shape.nesting, depth);
-    EXPECT_FALSE(shapeOf(std::string(depth, '[')).valid);
-}
-
-TEST(JsonShape, LooksAtResolvedEscapes) {
-    EXPECT_TRUE(shapeOf(R"(["\ud83d\ude00"])").wellFormed);
-    EXPECT_FALSE(shapeOf(R"(["\udc00"])").wellFormed);
-    EXPECT_FALSE(shapeOf(R"({"\udc00":1})").wellFormed);
-    EXPECT_FALSE(shapeOf("[\"\xff\"]").wellFormed);
 }
 
 TEST(Frames, AreCompactAndValidForAnyBytes) {

@@ -37,7 +37,10 @@ void passSockets(std::vector<int> sockets) {
     }
     int place = firstPlace;
     for (const int socket : sockets) {
-        ::dup2(socket, place++);
+        if (::dup2(socket, place) < 0) {
+            ::close(place);
+        }
+        ++place;
     }
     ::setenv("LISTEN_FDS", std::to_string(sockets.size()).c_str(), 1);
     ::setenv("LISTEN_PID", std::to_string(::getpid()).c_str(), 1);

@@ -78,7 +78,15 @@ std::uint64_t numberFrom(const std::string& bigEndianBytes) {
 TcpConnection::TcpConnection(std::uint16_t port, int receiveBuffer) : socket(connectTo(port, receiveBuffer)) {}
 
 TcpConnection::~TcpConnection() {
-    ::close(socket);
+    if (socket >= 0) {
+        ::close(socket);
+    }
+}
+
+void TcpConnection::reset() {
+    const linger atOnce{1, 0};
+    ::setsockopt(socket, SOL_SOCKET, SO_LINGER, &atOnce, sizeof(atOnce));
+    ::close(std::exchange(socket, -1));
 }
 
 bool TcpConnection::send(const std::string& bytes) {

@@ -31,6 +31,8 @@ public:
     /// Everything until the other side closes, or what came in time.
     std::string receiveAll(std::chrono::milliseconds deadline = patience);
     bool closedByPeer() const { return ended; }
+    /// Breaks off without a farewell: what the other side sends after that fails. Nothing else is to be done then.
+    void reset();
 
 private:
     bool fill(std::chrono::steady_clock::time_point until);
@@ -86,6 +88,7 @@ public:
     /// The next text; nothing when something else or nothing came.
     std::optional<std::string> receiveText(std::chrono::milliseconds deadline = patience);
     bool closedByPeer() const { return connection.closedByPeer(); }
+    void reset() { connection.reset(); }
 
     bool answerPings = true;
 

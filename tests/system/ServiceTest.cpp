@@ -185,12 +185,20 @@ TEST_F(HostService, RefusesSocketsThatFitNoDoor) {
     expectCannotStart("two sockets named 'settings' were passed");
     environment["LISTEN_FDNAMES"] = "settings:web:device";
     expectCannotStart("the passed socket is no listening TCP socket");
+    environment["LISTEN_FDNAMES"] = "settings:device:";
+    expectCannotStart("a socket named '' was passed, but there is no such door");
     environment.erase("LISTEN_FDNAMES");
     expectCannotStart("a socket named 'unknown' was passed, but there is no such door");
     environment["LISTEN_FDNAMES"] = "settings:device:web";
     const auto everywhere = TestSupport::listeningTcpSocket("0.0.0.0");
     sockets[2] = everywhere.get();
     expectCannotStart("the passed socket does not listen at a loopback address");
+}
+
+TEST_F(HostService, RefusesSocketsThatAreNotThere) {
+    environment["LISTEN_FDNAMES"] = "settings";
+    sockets = {-1};
+    expectCannotStart("cannot take the passed sockets over: Bad file descriptor");
 }
 
 TEST_F(HostService, StartsAsTheUnitsSay) {

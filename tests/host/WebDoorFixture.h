@@ -1,0 +1,44 @@
+#pragma once
+
+#include <atomic>
+#include <fstream>
+#include <memory>
+#include <string>
+
+#include "DoorRecording.h"
+#include "support/WebClient.h"
+#include "web/WebDoor.h"
+
+namespace SettingsHost {
+
+/// A web port with two pages, on a loop in a thread of its own. Its WebSockets answer each frame in angle brackets.
+class WebDoorTest : public DoorTest<WebDoor> {
+protected:
+    explicit WebDoorTest(std::uint16_t secondsOfPatience = 1) {
+        std::ofstream(folder / "index.html") << "<p>index</p>";
+        std::ofstream(folder / "device.html") << "<p>device</p>";
+        std::ofstream(folder / "large.js") << std::string(300000, 'x');
+        auto listener = std::make_unique<TcpDoor>("127.0.0.1", 0);
+        port = listener->port();
+        const WebAccess access({"127.0.0.1", port}, "http://localhost:5173", "thekey", "thecookie");
+        WebSite site{access,
+                     PageFiles(folder.path().string()),
+                     {{"/open",
+                       [this] {
+                           ++openAnswers;
+                           return plainAnswer(503, "not yet");
+                       }}},
+                     secondsOfPatience};
+        serve(std::make_unique<WebDoor>(loop, std::move(listener), std::move(site), events(), events()));
+    }
+
+    ~WebDoorTest() override { stop(); }
+
+    std::string host() const { return "Host: 127.0.0.1:" + std::to_string(port) + "\r\n"; }
+    std::string cookie() const { return "Cookie: settings-" + std::to_string(port) + "=thecookie"; }
+
+    std::uint16_t port = 0;
+    std::atomic<int> openAnswers{0};
+};
+
+}  // namespace SettingsHost
