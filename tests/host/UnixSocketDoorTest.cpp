@@ -129,6 +129,7 @@ TEST_F(UnixSocketDoorTest, ATurnOfFramesThatTakeLongIsOneFrame) {
 TEST_F(UnixSocketDoorTest, AClientThatDoesNotReadIsDisconnectedWithoutAGap) {
     const auto frame = std::make_shared<const std::string>(std::string(10000, 'e'));
     std::atomic<int> sent{0};
+    std::atomic<int> leftDuringSend{-1};
     onFrame = [&](const auto& asking, const auto&) {
         const auto flooded = clients;
         for (int number = 0; number < 400; ++number) {
@@ -139,6 +140,7 @@ TEST_F(UnixSocketDoorTest, AClientThatDoesNotReadIsDisconnectedWithoutAGap) {
             }
             ++sent;
         }
+        leftDuringSend = left.load();
         sendTo(asking, "sent");
     };
     TestSupport::LineClient slow(socketPath());
@@ -148,6 +150,7 @@ TEST_F(UnixSocketDoorTest, AClientThatDoesNotReadIsDisconnectedWithoutAGap) {
     EXPECT_EQ(asking.receiveLine(), "sent");
     waitFor([&] { return left == 1; });
     EXPECT_EQ(tooSlow, 1);
+    EXPECT_EQ(leftDuringSend, 0) << "only the loop tells";
     int expected = 0;
     while (const auto line = slow.receiveLine()) {
         ASSERT_EQ(*line, std::to_string(expected) + " " + *frame);

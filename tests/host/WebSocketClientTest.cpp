@@ -24,10 +24,13 @@ protected:
             turns.emplace(loop, soon, soon, [this, todo, page] {
                 if (++turn > 2 && left == 0) {
                     todo(page);
+                    leftDuringSend += left;
                 }
             });
         };
     }
+
+    int leftDuringSend = 0;
 
 private:
     int turn = 0;
@@ -43,6 +46,7 @@ TEST_F(WebSocketClientTest, OneThatReadsNothingIsDroppedThoughNothingComesIn) {
     waitFor([&] { return left == 1; });
     stop();
     EXPECT_EQ(tooSlow, 1);
+    EXPECT_EQ(leftDuringSend, 0) << "only the loop tells";
 }
 
 TEST_F(WebSocketClientTest, OneThatBrokeOffIsNotTakenForOneThatReadsTooSlowly) {
@@ -58,6 +62,7 @@ TEST_F(WebSocketClientTest, OneThatBrokeOffIsNotTakenForOneThatReadsTooSlowly) {
     waitFor([&] { return left == 1; });
     stop();
     EXPECT_EQ(tooSlow, 0);
+    EXPECT_EQ(leftDuringSend, 0) << "only the loop tells";
 }
 
 }  // namespace SettingsHost
