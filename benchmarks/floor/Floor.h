@@ -55,6 +55,10 @@ private:
     /// Everything up to the call of the road. Returns: false when the request is refused.
     bool accept(const std::string& request, Change& change);
     bool store(const std::string& key, const std::string& value);
+    /// Compares, hands the value over, reports.
+    template <typename HandOver>
+    bool apply(const std::string& key, const std::string& value, HandOver handOver);
+    void applySetting(const Change& change);
     bool switchHandsFree(const std::string& key, const std::string& value);
     std::string cached(const std::string& key);
     void report(const std::string& key, const std::string& from, const std::string& to);

@@ -99,35 +99,32 @@ bool Floor::setStored(const std::string& request) {
     return accept(request, change) && store(change.key, change.value);
 }
 
-bool Floor::setApplied(const std::string& request) {
-    Change change;
-    if (!accept(request, change)) {
-        return false;
-    }
-    const std::string old = cached(change.key);
-    if (old == change.value) {
-        logLine(logger, INFORMATION, "%s was not updated: new value: '%s' is the same", change.key.c_str(),
-                change.value.c_str());
-        return false;
-    }
-    if (!collaborators.bridge->applySetting(change.key, change.value)) {
-        count(change.key, "error");
-    }
-    logLine(logger, INFORMATION, "%s changed from '%s' to '%s'", change.key.c_str(), old.c_str(), change.value.c_str());
-    report(change.key, old, change.value);
-    return true;
-}
-
-bool Floor::switchHandsFree(const std::string& key, const std::string& value) {
+template <typename HandOver>
+bool Floor::apply(const std::string& key, const std::string& value, HandOver handOver) {
     const std::string old = cached(key);
     if (old == value) {
         logLine(logger, INFORMATION, "%s was not updated: new value: '%s' is the same", key.c_str(), value.c_str());
         return false;
     }
-    collaborators.bridge->setHandsFreeEnabled(value == "true");
+    handOver();
     logLine(logger, INFORMATION, "%s changed from '%s' to '%s'", key.c_str(), old.c_str(), value.c_str());
     report(key, old, value);
     return true;
+}
+
+void Floor::applySetting(const Change& change) {
+    if (!collaborators.bridge->applySetting(change.key, change.value)) {
+        count(change.key, "error");
+    }
+}
+
+bool Floor::setApplied(const std::string& request) {
+    Change change;
+    return accept(request, change) && apply(change.key, change.value, [&] { applySetting(change); });
+}
+
+bool Floor::switchHandsFree(const std::string& key, const std::string& value) {
+    return apply(key, value, [&] { collaborators.bridge->setHandsFreeEnabled(value == "true"); });
 }
 
 bool Floor::setHandsFree(const std::string& request) {
@@ -137,22 +134,10 @@ bool Floor::setHandsFree(const std::string& request) {
 
 bool Floor::setFriendlyName(const std::string& request) {
     Change change;
-    if (!accept(request, change)) {
-        return false;
-    }
-    const std::string old = cached(change.key);
-    if (old == change.value) {
-        logLine(logger, INFORMATION, "%s was not updated: new value: '%s' is the same", change.key.c_str(),
-                change.value.c_str());
-        return false;
-    }
-    if (!collaborators.bridge->applySetting(change.key, change.value)) {
-        count(change.key, "error");
-    }
-    tellObservers(change.value);
-    logLine(logger, INFORMATION, "%s changed from '%s' to '%s'", change.key.c_str(), old.c_str(), change.value.c_str());
-    report(change.key, old, change.value);
-    return true;
+    return accept(request, change) && apply(change.key, change.value, [&] {
+               applySetting(change);
+               tellObservers(change.value);
+           });
 }
 
 bool Floor::setEntitlementStatus(const std::string& request) {

@@ -76,7 +76,7 @@ Benchmarks::Results resultsOf(Collector& collector, const std::vector<Operation>
                                       0});
     }
     results.add(Benchmarks::Ratio{
-        "a SetSettings with 1,000 keys in the cache", "the same with 15",
+        "time of a SetSettings with 1,000 keys in the cache", "the same with 15",
         Benchmarks::quotients(collector.rounds["handler/cache/1000"], collector.rounds["handler/cache/15"]), 1.1});
     addCurve(results, collector, "observers", {0, 1, 10, 100, 1000});
     addCurve(results, collector, "cache", {15, 1000, 100000});
