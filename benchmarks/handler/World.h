@@ -24,9 +24,6 @@ struct World {
                         collaborators.bridge,    collaborators.launcher, collaborators.device};
     Floor::Floor floor{collaborators};
 
-    /// Asks the handler for its work, straight or as the transport would.
-    void handle(const std::string& request) { handler.handleSetSettingRequest(request); }
-
     void addObservers(int count) {
         for (int number = 0; number < count; ++number) {
             const auto observer = std::make_shared<QuietFriendlyNameObserver>();
