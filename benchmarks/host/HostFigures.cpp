@@ -14,6 +14,7 @@
 #include "HostFiguresHost.h"
 #include "support/ProcessFigures.h"
 #include "support/Results.h"
+#include "support/Texts.h"
 
 namespace Benchmarks {
 
@@ -205,10 +206,10 @@ void measureFlushes(const Plan& plan, const std::filesystem::path& place, const 
     Words stale;
     Words reads;
     for (std::size_t number = 0; number < plan.flushedWrites(); ++number) {
-        accepted.push_back(Writer::setRequest("deviceName", "value " + std::to_string(number), 2));
-        unchanged.push_back(Writer::setRequest("deviceName", "value " + std::to_string(plan.flushedWrites() - 1), 2));
-        refused.push_back(Writer::setRequest("captionsEnabled", "value " + std::to_string(number), 2));
-        stale.push_back(Writer::setRequest("deviceName", "value " + std::to_string(number), 1));
+        accepted.push_back(setRequest("deviceName", "value " + std::to_string(number), "2"));
+        unchanged.push_back(setRequest("deviceName", "value " + std::to_string(plan.flushedWrites() - 1), "2"));
+        refused.push_back(setRequest("captionsEnabled", "value " + std::to_string(number), "2"));
+        stale.push_back(setRequest("deviceName", "value " + std::to_string(number), "1"));
         reads.push_back(R"({"type":7,"messageId":"r","payload":{"settings":["deviceName","timezone"]}})"
                         "\n");
     }

@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "support/Texts.h"
+
 namespace Benchmarks {
 
 namespace {
@@ -77,15 +79,10 @@ void MeasuredHost::scrape() const {
     }
 }
 
-std::string Writer::setRequest(const std::string& key, const std::string& value, long timestamp) {
-    return R"({"type":24,"messageId":"s","timestamp":)" + std::to_string(timestamp) + R"(,"payload":{"settingDBId":")" +
-           key + R"(","to":")" + value + "\"}}\n";
-}
-
 std::size_t Writer::send(const Words& requests) {
     std::string text;
     for (const auto& request : requests) {
-        text += request;
+        text += request + "\n";
     }
     connection.send(text + R"({"type":18,"messageId":"done"})" + "\n");
     std::size_t events = 0;
@@ -106,7 +103,7 @@ void Writer::write(std::size_t first, std::size_t last) {
     for (std::size_t number = first; number < last;) {
         Words requests;
         for (; number < last && requests.size() < requestsAtOnce; ++number) {
-            requests.push_back(setRequest(keys[number % keys.size()], "value " + std::to_string(number), 1));
+            requests.push_back(setRequest(keys[number % keys.size()], "value " + std::to_string(number), "1"));
         }
         if (send(requests) != requests.size()) {
             throw std::runtime_error("a change was not accepted");

@@ -57,8 +57,6 @@ class Writer {
 public:
     explicit Writer(const HostFolder& folder) : connection(folder.socket()) {}
 
-    static std::string setRequest(const std::string& key, const std::string& value, long timestamp);
-
     /// Sends the requests at once and waits until all are handled. Returns: how many events came.
     std::size_t send(const Words& requests);
     /// Writes the values from `first` up to `last`, none like another, `last` left out. Errors: throws when one was

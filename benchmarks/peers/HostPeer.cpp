@@ -4,6 +4,7 @@
 
 #include "SocketLines.h"
 #include "support/LineClient.h"
+#include "support/Texts.h"
 
 namespace Benchmarks {
 
@@ -13,10 +14,7 @@ class HostSetter : public Setter {
 public:
     explicit HostSetter(const std::string& path) : client(path) {}
 
-    void set(const std::string& value) override {
-        client.sendLine(R"({"type":24,"timestamp":1700000000000,"payload":{"settingDBId":"deviceName","to":")" + value +
-                        "\"}}");
-    }
+    void set(const std::string& value) override { client.sendLine(setRequest("deviceName", value)); }
     /// The event comes to this client, too.
     void settle() override { events.next(); }
 

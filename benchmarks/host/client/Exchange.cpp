@@ -3,6 +3,8 @@
 #include <chrono>
 #include <stdexcept>
 
+#include "support/Texts.h"
+
 namespace Benchmarks {
 
 const char* const getAllRequest = R"({"type":7,"messageId":"g","payload":{"settings":[]}})";
@@ -26,8 +28,7 @@ Changes::Changes()
 std::string Changes::next() {
     ++number;
     value = "Living room " + std::to_string(number % 1000);
-    return R"({"type":24,"messageId":"s","timestamp":)" + std::to_string(number) +
-           R"(,"payload":{"settingDBId":"deviceName","to":")" + value + "\"}}";
+    return setRequest("deviceName", value, std::to_string(number));
 }
 
 }  // namespace Benchmarks
