@@ -12,8 +12,8 @@
 
 namespace SystemTests {
 
+using TestSupport::LineClient;
 using TestSupport::TcpConnection;
-using WireTests::HostClient;
 using WireTests::HostWebSocket;
 
 namespace {
@@ -86,7 +86,7 @@ protected:
     }
 
     /// Sends `bytes` and reads what comes back, so that the host is never held up by a full connection.
-    static void sendAndRead(HostClient& client, const std::string& bytes, int answers) {
+    static void sendAndRead(LineClient& client, const std::string& bytes, int answers) {
         client.send(bytes);
         for (int number = 0; number < answers; ++number) {
             ASSERT_TRUE(client.receiveLine());
@@ -98,7 +98,7 @@ private:
 };
 
 TEST_F(Latency, OfOthersHardlyGrowsUnderDeepJson) {
-    HostClient hostile(socket());
+    LineClient hostile(socket());
     const std::string deep =
         R"({"type":7,"a":)" + TestSupport::repeated("[", 32000) + TestSupport::repeated("]", 32000) + "}\n";
     expectOthersAreServed("frames nested 32,000 levels deep",
@@ -120,7 +120,7 @@ TEST_F(Latency, OfOthersHardlyGrowsUnderDeepJson) {
 }
 
 TEST_F(Latency, OfOthersHardlyGrowsUnderAnEndlessLine) {
-    HostClient hostile(socket());
+    LineClient hostile(socket());
     const std::string piece(1024UL * 1024, 'x');
     expectOthersAreServed("a line without an end", [&] { hostile.send(piece); });
     expectOthersAreServed("messages without an end", [&] {
@@ -132,7 +132,7 @@ TEST_F(Latency, OfOthersHardlyGrowsUnderAnEndlessLine) {
 }
 
 TEST_F(Latency, OfOthersHardlyGrowsUnderStorms) {
-    HostClient hostile(socket());
+    LineClient hostile(socket());
     expectOthersAreServed("questions without a pause", [&] {
         sendAndRead(hostile, TestSupport::repeated(getRequest(R"(["timezone"])") + "\n", 100), 100);
     });
@@ -150,27 +150,27 @@ TEST_F(Latency, OfOthersHardlyGrowsUnderStorms) {
 }
 
 TEST_F(Latency, OfOthersHardlyGrowsWhileConnectionsComeAndGo) {
-    expectOthersAreServed("half frames", [&] { HostClient(socket()).send(R"({"type":7,"messa)"); });
+    expectOthersAreServed("half frames", [&] { LineClient(socket()).send(R"({"type":7,"messa)"); });
     expectOthersAreServed("half upgrades", [&] { TcpConnection(port).send("GET /settings HTTP/1.1\r\nHo"); });
-    std::vector<std::unique_ptr<HostClient>> crowd;
+    std::vector<std::unique_ptr<LineClient>> crowd;
     for (int number = 0; number < 127; ++number) {
-        crowd.push_back(std::make_unique<HostClient>(socket()));
+        crowd.push_back(std::make_unique<LineClient>(socket()));
     }
-    expectOthersAreServed("clients for whom there is no room", [&] { HostClient(socket()).receiveAll(); });
+    expectOthersAreServed("clients for whom there is no room", [&] { LineClient(socket()).receiveAll(); });
 }
 
 TEST_F(Latency, OfOthersHardlyGrowsWhileSomebodyDoesNotRead) {
-    std::vector<std::unique_ptr<HostClient>> slow;
-    HostClient writer(deviceSocket());
+    std::vector<std::unique_ptr<LineClient>> slow;
+    LineClient writer(deviceSocket());
     bool on = false;
     expectOthersAreServed("a change at a time for 50 clients that do not read", [&] {
         while (slow.size() < 50) {
-            slow.push_back(std::make_unique<HostClient>(socket()));
+            slow.push_back(std::make_unique<LineClient>(socket()));
         }
         on = !on;
         sendAndRead(writer, std::string(R"({"command":"captions","enabled":)") + (on ? "true" : "false") + "}\n", 1);
     });
-    HostClient hostile(deviceSocket());
+    LineClient hostile(deviceSocket());
     expectOthersAreServed("a series of changes for them", [&] {
         std::string commands;
         for (int number = 0; number < 100; ++number) {

@@ -1,6 +1,7 @@
 #include "wire/TracedHost.h"
 
 #include <map>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -39,27 +40,35 @@ TracedHost::TracedHost(const std::string& devicePath) : device(devicePath, Door:
 
 TracedHost::~TracedHost() {
     device.sendLine(R"({"command":"trace","enabled":false})");
+    TraceCheck check;
     for (auto line = device.receiveLine(); line && *line != R"({"ok":true})"; line = device.receiveLine()) {
-        const auto fault = faultOfTrace(*line);
+        const auto fault = check.faultOf(*line);
         if (fault) {
             ADD_FAILURE() << "the protocol was broken: " << *fault;
         }
     }
 }
 
-std::optional<std::string> faultOfTrace(const std::string& trace) {
-    const json::Document document = parsed(trace);
-    if (Schemas::ofTheWire().faultOf("device-trace", trace)) {
-        return std::nullopt;
+std::optional<std::string> TraceCheck::faultOf(const std::string& trace) {
+    const Schemas& schemas = Schemas::ofTheWire();
+    if (auto fault = schemas.faultOf("device-trace", trace)) {
+        return fault;
     }
+    const json::Document document = parsed(trace);
     const json::Value& copy = document["trace"];
     const Door door = std::string(copy["door"].GetString()) == "device" ? Door::DEVICE : Door::SETTINGS;
     const std::string text(copy["text"].GetString(), copy["text"].GetStringLength());
     if (std::string(copy["direction"].GetString()) == "out") {
-        return Schemas::ofTheWire().faultOfHostFrame(door, text);
+        const auto unrefused = std::exchange(expectedToBeRefused, std::nullopt);
+        return unrefused && schemaOfHostFrame(door, text) != "device-refusal" ? unrefused
+                                                                              : schemas.faultOfHostFrame(door, text);
     }
     const std::string schema = schemaOfRequest(door, text);
-    return schema.empty() ? std::nullopt : Schemas::ofTheWire().faultOf(schema, text);
+    auto fault = schema.empty() ? std::nullopt : schemas.faultOf(schema, text);
+    if (door == Door::DEVICE) {
+        expectedToBeRefused = std::exchange(fault, std::nullopt);
+    }
+    return fault;
 }
 
 }  // namespace WireTests

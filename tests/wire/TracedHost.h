@@ -6,8 +6,20 @@
 
 namespace WireTests {
 
-/// Has a host copy every message of all its clients, and fails the test when one breaks the protocol: a frame of the
-/// host, or a request of a kind that the protocol knows.
+/// Looks at copies of messages, in their order.
+class TraceCheck {
+public:
+    /// What is wrong with a copy, the text of a trace frame; nothing when all is well.
+    ///
+    /// A frame of the host must be valid under its schema. So must a request of a known kind, unless the device's door
+    /// refuses it, which the next copy tells.
+    std::optional<std::string> faultOf(const std::string& trace);
+
+private:
+    std::optional<std::string> expectedToBeRefused;
+};
+
+/// Has a host copy every message of all its clients, and fails the test when one breaks the protocol.
 class TracedHost {
 public:
     /// Returns when the host copies; `devicePath` is its device's socket.
@@ -21,8 +33,5 @@ public:
 private:
     HostClient device;
 };
-
-/// What is wrong with a copy of a message, the text of a trace frame. Nothing when all is well.
-std::optional<std::string> faultOfTrace(const std::string& trace);
 
 }  // namespace WireTests
