@@ -47,7 +47,7 @@ TEST_F(HostLifecycle, KeepsAWriteThatWasAnsweredBeforeTheStop) {
 TEST_F(HostLifecycle, LosesNoValueWhoseEventWasSeenWhenItIsKilled) {
     for (int round = 0; round < 5; ++round) {
         start();
-        TestSupport::LineClient& connection = client();
+        WireTests::HostClient& connection = client();
         std::thread writer([&connection] {
             for (int number = 0; number < 2000; ++number) {
                 if (!connection.sendLine(setRequest("deviceName", "\"" + std::to_string(number) + "\"", number))) {
