@@ -1,7 +1,9 @@
 #include <functional>
+#include <set>
 
 #include "WebHostFixture.h"
 #include "wire/Examples.h"
+#include "wire/Mutations.h"
 
 using WireTests::comparable;
 using WireTests::Example;
@@ -68,6 +70,39 @@ protected:
         EXPECT_EQ(side.receive(), isDevice ? R"({"ok":true})" : answer) << "more than the example says";
     }
 
+    /// What comes back for a frame before the answer to a question after it: frames of all kinds but copies of
+    /// messages.
+    Lines reactionTo(Side& side, const std::string& door, const std::string& frame) {
+        const bool isDevice = door == "device";
+        const std::string last = isDevice ? R"({"error":{"code":"unknown-command")" : answer;
+        side.send(frame);
+        side.send(isDevice ? R"({"command":"played"})" : question);
+        // A command that is not known has the answer of the question, but every command has an answer.
+        std::size_t answersBefore = isDevice ? 1 : 0;
+        Lines frames;
+        for (;;) {
+            const std::string line = side.receive().value_or(last);
+            const bool isCopy = line.rfind(R"({"trace")", 0) == 0;
+            if (!isCopy && answersBefore == 0 && line.rfind(last, 0) == 0) {
+                return frames;
+            }
+            if (!isCopy) {
+                frames.push_back(line);
+                answersBefore = 0;
+            }
+        }
+    }
+
+    /// Did the host understand a frame to which this was the reaction?
+    static bool wasUnderstood(const Lines& reaction) {
+        static const std::set<std::string> notUnderstood{"unknown-type", "unknown-command", "bad-argument"};
+        if (reaction.empty()) {
+            return false;
+        }
+        const auto frame = parsed(reaction.front());
+        return !frame.HasMember("error") || notUnderstood.count(frame["error"]["code"].GetString()) == 0;
+    }
+
     /// Both documents' examples start from a database as new.
     void playAll(const std::string& document, std::size_t atLeast) {
         startWeb();
@@ -85,6 +120,43 @@ TEST_F(Examples, OfTheProtocolShowWhatTheHostDoes) {
 
 TEST_F(Examples, OfThePagesShowWhatTheHostDoes) {
     playAll("pages.md", 4);
+}
+
+TEST_F(Examples, OfWhatIsRefusedAreRefusedOrDropped) {
+    startWeb();
+    std::map<std::string, Side> sides{{"socket", sideAt("socket")}, {"device", sideAt("device")}};
+    for (const auto& refused : WireTests::refusedFrames()) {
+        const Lines reaction = reactionTo(sides[refused.at], refused.at, refused.frame);
+        Lines codes;
+        for (const auto& line : reaction) {
+            const auto frame = parsed(line);
+            codes.emplace_back(frame.HasMember("error") ? frame["error"]["code"].GetString() : line.c_str());
+        }
+        EXPECT_EQ(codes, refused.code.empty() ? Lines{} : Lines{refused.code}) << refused.frame;
+    }
+}
+
+TEST_F(Examples, AreUnderstoodAfterAChangeExactlyWhenTheirSchemaTakesThem) {
+    startWeb();
+    std::map<std::string, Side> sides{{"socket", sideAt("socket")}, {"device", sideAt("device")}};
+    int number = 0;
+    for (const std::string name : {"get-settings", "set-settings", "assistant", "device-commands", "device-switches"}) {
+        for (const auto& step : WireTests::exampleNamed(name).steps) {
+            // Requests without any answer have no fault but of their type.
+            if (!step.sent || step.schema == "open-va-settings-request" || step.schema == "log-out-request") {
+                continue;
+            }
+            for (const auto& mutation : WireTests::mutationsOf(step.frame)) {
+                // So that the change of the example is one each time.
+                reactionTo(sides["socket"], "socket",
+                           setRequest("deviceName", "\"" + std::to_string(++number) + "\"", 1700000000000));
+                EXPECT_EQ(wasUnderstood(reactionTo(sides[step.at], step.at, mutation.frame)),
+                          !WireTests::Schemas::ofTheWire().faultOf(step.schema, mutation.frame))
+                    << mutation.fault << ": " << mutation.frame;
+            }
+        }
+    }
+    EXPECT_GE(number, 150);
 }
 
 }  // namespace SystemTests

@@ -80,6 +80,16 @@ std::vector<Example> examplesIn(const std::string& document) {
     return examples;
 }
 
+std::vector<RefusedFrame> refusedFrames() {
+    const json::Document document = parsed(contentOf(std::string(EXAMPLE_FOLDER) + "/refused/frames.json"));
+    std::vector<RefusedFrame> frames;
+    for (const auto& entry : document["frames"].GetArray()) {
+        frames.push_back({entry["at"].GetString(), compact(entry["sent"]), entry["schema"].GetString(),
+                          entry.HasMember("code") ? entry["code"].GetString() : ""});
+    }
+    return frames;
+}
+
 std::string comparable(const std::string& frame) {
     json::Document document = parsed(frame);
     if (!document.IsObject()) {
