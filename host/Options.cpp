@@ -9,6 +9,7 @@
 #include <CLI/CLI.hpp>
 #include <unistd.h>
 
+#include "Version.h"
 #include "web/WebAccess.h"
 
 namespace SettingsHost {
@@ -119,7 +120,7 @@ Options parseOptions(int argumentCount, const char* const* arguments) {
         ->check(refuseEmpty);
     bool noSandbox = false;
     app.add_flag("--no-sandbox", noSandbox, "Keep every right of the user, for debuggers and the like");
-    app.set_version_flag("--version", "settings-host " SETTINGS_HANDLER_VERSION);
+    app.set_version_flag("--version", versionText());
     try {
         app.parse(argumentCount, arguments);
     } catch (const CLI::CallForHelp&) {
