@@ -16,7 +16,11 @@
 ///     handler->addFriendlyNameObserver(observer);
 ///     handler->setSetting("friendlyName", "Den");
 ///
-/// They hold the handler by reference: do not let it change a setting once the handler is gone.
+/// Knobs: which of them, and what they are made with. Threads: one change at a time; `Writer` and `OtherRemover` have
+/// state without a lock.
+///
+/// Unlike the accidents that they stand for they misbehave in one way each, every time, and at a known moment. They
+/// hold the handler by reference: do not let it change a setting once the handler is gone.
 namespace SettingsHandlerTesting {
 
 using SettingsHandlerInterface = SettingsHandler::SettingsHandlerInterface;

@@ -11,10 +11,18 @@
 
 namespace SettingsHandlerTesting {
 
-/// What an observer does when it is told: nothing by default. With it an observer can be made hostile:
+/// Observers of the three kinds that record what they are told.
 ///
-///     auto selfRemover = std::make_shared<FakeFriendlyNameObserver>(journal);
-///     selfRemover->reaction = [&] { handler->removeFriendlyNameObserver(selfRemover); };
+/// Knob: `reaction`, what an observer does when it is told: nothing by default. With it an observer can be made
+/// hostile; `AdversarialObservers.h` has the usual ways:
+///
+///     auto caller = std::make_shared<FakeFriendlyNameObserver>(journal);
+///     caller->reaction = [&] { handler->getCurrentSettingsMap(); };
+///
+/// Threads: they record on any; set the reaction before the observer is added, and let it be safe where it runs.
+///
+/// Unlike real ones they are done when they return, and they hold the journal by reference: it must outlive the
+/// handler, which keeps locale observers to its end.
 using Reaction = std::function<void()>;
 
 /// Entry: `observer.orliaLocale(en-US)`, with `name` in front when there is one.
