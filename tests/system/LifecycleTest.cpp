@@ -1,5 +1,6 @@
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <sstream>
 #include <thread>
 
@@ -173,7 +174,10 @@ TEST_F(HostLifecycle, HelpAndVersionAreOnStandardOutput) {
     EXPECT_EQ(help.errors, "");
     const auto version = TestSupport::run({SETTINGS_HOST, "--version"});
     EXPECT_EQ(version.status, 0);
-    EXPECT_EQ(version.output.rfind("settings-host ", 0), 0U) << version.output;
+    EXPECT_TRUE(std::regex_match(
+        version.output,
+        std::regex(R"(settings-host \d+\.\d+\.\d+ \((commit [0-9a-z.~+-]+(, with changes)?|unknown commit)\)\n)")))
+        << version.output;
 }
 
 TEST_F(HostLifecycle, LogsJsonLinesWhenAsked) {

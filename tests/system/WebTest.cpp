@@ -91,8 +91,8 @@ TEST_F(HostWeb, SaysThatItIsHealthy) {
     const auto report = parsed(health.body);
     EXPECT_STREQ(report["status"].GetString(), "ok");
     EXPECT_GE(report["uptimeSeconds"].GetInt(), 0);
-    EXPECT_EQ("settings-host " + std::string(report["version"].GetString()) + "\n",
-              TestSupport::run({SETTINGS_HOST, "--version"}).output);
+    const std::string beginning = "settings-host " + std::string(report["version"].GetString()) + " (";
+    EXPECT_EQ(TestSupport::run({SETTINGS_HOST, "--version"}).output.substr(0, beginning.size()), beginning);
 }
 
 TEST_F(HostWeb, ServesFiguresWithoutNamesOfRooms) {
