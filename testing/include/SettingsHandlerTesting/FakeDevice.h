@@ -12,9 +12,11 @@
 namespace SettingsHandlerTesting {
 
 /// The modes that the handler reads from the device information, by the key of the entry.
+/// @{
 constexpr const char* handsFreeMode = "currentHandsFreeStatus";
 constexpr const char* alwaysOnVoiceMode = "currentAlwaysOnVoiceMode";
 constexpr const char* alwaysOnPttMode = "currentAlwaysOnPTTMode";
+/// @}
 
 /// Device information in memory. Entry: `device.getDeviceInfo()`.
 ///
@@ -27,6 +29,7 @@ constexpr const char* alwaysOnPttMode = "currentAlwaysOnPTTMode";
 /// `FakeDeviceLayer` does.
 class FakeDeviceInfo : public DeviceAbstractionLayer::OrliaDeviceInfoInterface {
 public:
+    /// Records into `recorder`, which outlives it.
     explicit FakeDeviceInfo(Journal& recorder) : journal(recorder) {}
 
     /// What is known about the device; empty at first, so every mode reads as off.
@@ -54,6 +57,7 @@ private:
 /// Threads: any. Unlike a real one it is done when it answers, and knows every name.
 class FakeAppLaunch : public DeviceAbstractionLayer::AppLaunch {
 public:
+    /// Records into `recorder`, which outlives it.
     explicit FakeAppLaunch(Journal& recorder) : journal(recorder) {}
 
     /// Knob: what it answers.

@@ -24,14 +24,18 @@ namespace SettingsHandlerTesting {
 /// before as often as it is told to. It does not keep its observers alive, and goes on when they are gone.
 class FakeDeviceLayer {
 public:
+    /// Hands-free is switched in `deviceInfo`, too.
     explicit FakeDeviceLayer(std::shared_ptr<FakeDeviceInfo> deviceInfo) : info(std::move(deviceInfo)) {}
 
+    /// Tells both of what happens from now on. A handler is both.
     void subscribe(const std::shared_ptr<DeviceAbstractionLayer::DeviceInfoObserverInterface>& observer,
                    const std::shared_ptr<DeviceAbstractionLayer::HandsfreeStateObserverInterface>& handsfreeObserver) {
         observers.push_back(observer);
         handsfreeObservers.push_back(handsfreeObserver);
     }
 
+    /// Tells the observers of what happened at the device; an observer that is gone is left out.
+    /// @{
     void changeLocale(const std::string& locale) {
         tell([&](auto& observer) { observer.notifyLocaleChange(locale); });
     }
@@ -56,6 +60,7 @@ public:
     void changeSystemSetting(const std::string& name, const std::string& value) {
         tell([&](auto& observer) { observer.notifySystemSettingChanged(name, value); });
     }
+    /// @}
 
     /// Switches hands-free in the device information, then tells.
     void switchHandsFree(bool enabled) {

@@ -19,6 +19,7 @@ namespace SettingsHandlerTesting {
 /// Unlike a real one it sends nothing anywhere, and sorts the attributes of an event by name.
 class FakeMetrics : public Metrics::MetricsDelegateInterface {
 public:
+    /// Records into `recorder`, which outlives it.
     explicit FakeMetrics(Journal& recorder) : journal(recorder) {}
 
     /// How often each counter was counted.

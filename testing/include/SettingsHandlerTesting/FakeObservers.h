@@ -28,9 +28,11 @@ using Reaction = std::function<void()>;
 /// Entry: `observer.orliaLocale(en-US)`, with `name` in front when there is one.
 class FakeLocaleObserver : public VessaNativeCommon::OrliaLocaleObserverInterface {
 public:
+    /// Records into `recorder`, which outlives it; `ownName` stands in front.
     explicit FakeLocaleObserver(Journal& recorder, std::string ownName = "observer")
         : journal(recorder), name(std::move(ownName)) {}
 
+    /// Runs when the observer is told, after the entry.
     Reaction reaction;
 
     void notifyOrliaLocaleChanged(const std::string& locale) override {
@@ -48,9 +50,11 @@ private:
 /// Entry: `observer.friendlyName(Den)`.
 class FakeFriendlyNameObserver : public VessaNativeCommon::FriendlyNameObserverInterface {
 public:
+    /// Records into `recorder`, which outlives it; `ownName` stands in front.
     explicit FakeFriendlyNameObserver(Journal& recorder, std::string ownName = "observer")
         : journal(recorder), name(std::move(ownName)) {}
 
+    /// Runs when the observer is told, after the entry.
     Reaction reaction;
 
     void notifyFriendlyNameChanged(const std::string& friendlyName) override {
@@ -68,9 +72,11 @@ private:
 /// Entry: `observer.entitlementStatus(active)`.
 class FakeEntitlementObserver : public teskVessa::NativeBridgeInterface {
 public:
+    /// Records into `recorder`, which outlives it; `ownName` stands in front.
     explicit FakeEntitlementObserver(Journal& recorder, std::string ownName = "observer")
         : journal(recorder), name(std::move(ownName)) {}
 
+    /// Runs when the observer is told, after the entry.
     Reaction reaction;
 
     void notifyEntitlementStatusChanged(const std::string& status) override {

@@ -28,23 +28,30 @@ namespace SettingsHandlerTesting {
 /// `TestHandler` sets.
 class FakeSdkBridge : public teskVessa::SDKBridgeInterface {
 public:
+    /// Records into `recorder`, which outlives it.
     explicit FakeSdkBridge(Journal& recorder) : journal(recorder) {}
 
     /// What the SDK holds. Tests may read and change it at will.
+    /// @{
     std::vector<std::string> locales{"en-US"};
     std::string timezone = "America/Vancouver";
     bool captionsEnabled = false;
     bool doNotDisturbEnabled = false;
+    /// @}
     /// What it was handed last, by key; "handsFreeEnabled" is there as "true" or "false".
     std::map<std::string, std::string> applied;
 
     /// Knobs: `applySetting` answers false and keeps nothing, always or for these keys.
+    /// @{
     bool refusesSettings = false;
     std::set<std::string> refusedSettings;
+    /// @}
     /// Knobs: the old value stays, which the interface cannot report.
+    /// @{
     bool refusesTimezone = false;
     bool refusesLocales = false;
     bool refusesHandsFree = false;
+    /// @}
 
     /// Told of each setting that was handed over and taken, by key and value: hands-free as "handsFreeEnabled".
     std::function<void(const std::string& settingDBId, const std::string& value)> handsOn;

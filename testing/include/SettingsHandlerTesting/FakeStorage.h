@@ -24,14 +24,17 @@ namespace SettingsHandlerTesting {
 /// Unlike a real one it has no limits and loses all with the object.
 class FakeStorage : public SDKWrapper::StorageManagerInterface {
 public:
+    /// Records into `recorder`, which outlives it.
     explicit FakeStorage(Journal& recorder) : journal(recorder) {}
 
     /// What is stored. Tests may read and change it at will.
     std::map<std::string, std::string> values;
     /// Knobs: answer false and change nothing, always …
+    /// @{
     bool refusesWrites = false;
     bool refusesRemoval = false;
     bool refusesClearing = false;
+    /// @}
     /// … for these keys, written or removed …
     std::set<std::string> refusedKeys;
     /// … or for so many of the next writes, whatever they write.

@@ -24,9 +24,12 @@ struct SentMessage {
     /// Compact JSON text.
     std::string payload;
 
+    /// Is it a reply, and no event?
     bool isReply() const { return type == 0; }
 };
 
+/// Every member is equal, or not; and the text that failing tests print.
+/// @{
 inline bool operator==(const SentMessage& left, const SentMessage& right) {
     return left.type == right.type && left.messageId == right.messageId && left.payload == right.payload;
 }
@@ -37,6 +40,7 @@ inline std::ostream& operator<<(std::ostream& stream, const SentMessage& message
     return stream << (message.isReply() ? "reply " : "event of type " + std::to_string(message.type) + " ")
                   << message.messageId << " " << message.payload;
 }
+/// @}
 
 /// A transport without a wire: a test delivers requests and reads what was sent.
 ///
@@ -54,6 +58,7 @@ inline std::ostream& operator<<(std::ostream& stream, const SentMessage& message
 /// gone: do not deliver then.
 class FakeTransport : public CommunicationHandler::CommunicationHandlerInterface {
 public:
+    /// Records into `recorder`, which outlives it.
     explicit FakeTransport(Journal& recorder) : journal(recorder) {}
     /// With other names of the envelope's members.
     FakeTransport(Journal& recorder, const std::string& messageId, const std::string& timestamp,

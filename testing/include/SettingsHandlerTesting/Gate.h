@@ -25,6 +25,7 @@ public:
     Gate(const Gate&) = delete;
     Gate& operator=(const Gate&) = delete;
 
+    /// What the thread to hold must run.
     Journal::Action holding() {
         return [this] { pass(); };
     }
@@ -35,6 +36,7 @@ public:
         changed.wait(lock, [this] { return hasArrived; });
     }
 
+    /// Lets go the thread that stands here, and every later one.
     void open() {
         {
             const std::lock_guard<std::mutex> lock(mutex);

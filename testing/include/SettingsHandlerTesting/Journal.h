@@ -23,6 +23,7 @@ namespace SettingsHandlerTesting {
 /// thread sanitizer. For races, give the handler collaborators of your own that record nothing.
 class Journal {
 public:
+    /// What runs at an entry, on the thread that records it.
     using Action = std::function<void()>;
 
     Journal() = default;

@@ -116,6 +116,7 @@ public:
 /// `MockDeviceInfoObserver` and `MockHandsfreeStateObserver`.
 class MockSettingsHandler : public SettingsHandler::SettingsHandlerInterface {
 public:
+    /// Key and value of settings.
     using Settings = std::map<std::string, std::string>;
 
     MOCK_METHOD(void, notifyLocaleChange, (std::string), (override));

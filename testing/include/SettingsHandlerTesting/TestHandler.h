@@ -38,8 +38,10 @@ namespace SettingsHandlerTesting {
 template <typename Handler = SettingsHandler::SettingsHandler>
 class BasicTestHandler {
 public:
+    /// What a test does before the handler is made.
     using Arrangement = std::function<void(BasicTestHandler&)>;
 
+    /// Makes and initialises the handler in the surroundings that `arrange` leaves.
     explicit BasicTestHandler(const Arrangement& arrange = {}) {
         sdkBridge->handsOn = [this](const std::string& settingDBId, const std::string& value) {
             handOn(settingDBId, value);
@@ -57,8 +59,11 @@ public:
     BasicTestHandler(const BasicTestHandler&) = delete;
     BasicTestHandler& operator=(const BasicTestHandler&) = delete;
 
+    /// The handler.
     Handler* operator->() const { return handler.get(); }
 
+    /// What stands around the handler.
+    /// @{
     Journal journal;
     std::shared_ptr<FakeTransport> transport = std::make_shared<FakeTransport>(journal);
     FakeStorage storage{journal};
@@ -67,18 +72,24 @@ public:
     std::shared_ptr<FakeAppLaunch> appLaunch = std::make_shared<FakeAppLaunch>(journal);
     std::shared_ptr<FakeDeviceInfo> deviceInfo = std::make_shared<FakeDeviceInfo>(journal);
     FakeDeviceLayer deviceLayer{deviceInfo};
+    /// @}
 
     /// What the handler is made with: the fakes, unless the arrangement puts something else there.
     struct Collaborators {
+        /// The arguments of the handler's constructor.
+        /// @{
         std::shared_ptr<CommunicationHandler::CommunicationHandlerInterface> transport;
         SDKWrapper::StorageManagerInterface* storage;
         std::shared_ptr<Metrics::MetricsDelegateInterface> metrics;
         std::shared_ptr<teskVessa::SDKBridgeInterface> sdkBridge;
         std::shared_ptr<DeviceAbstractionLayer::AppLaunch> appLaunch;
         std::shared_ptr<DeviceAbstractionLayer::OrliaDeviceInfoInterface> deviceInfo;
+        /// @}
     };
+    /// To be changed in the arrangement only.
     Collaborators used{transport, &storage, metrics, sdkBridge, appLaunch, deviceInfo};
 
+    /// The handler, for those who share it.
     std::shared_ptr<Handler> handler;
 
 private:
@@ -96,6 +107,7 @@ private:
     }
 };
 
+/// Around the handler itself.
 using TestHandler = BasicTestHandler<>;
 
 }  // namespace SettingsHandlerTesting

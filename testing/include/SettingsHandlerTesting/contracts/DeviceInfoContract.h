@@ -27,6 +27,7 @@ namespace SettingsHandlerTesting {
 /// It cannot show that the source never calls back into the handler, which holds its mutex during some of the reads.
 template <typename Maker>
 class DeviceInfoContract : public ::testing::Test {
+    /// @cond
 protected:
     using Entries = std::map<std::string, std::string>;
 
@@ -43,15 +44,17 @@ protected:
     }
 
     Maker maker;
+    /// @endcond
 };
 
+/// The hook `switchMode` of a maker.
 template <typename Maker>
 using SwitchModeHook = decltype(std::declval<Maker&>().switchMode(std::string(), true));
 
 TYPED_TEST_SUITE_P(DeviceInfoContract);
 
-// Only the exact word "on" means on. Everything else, a missing entry too, is taken for off without a log line, so a
-// misspelt key or word is never noticed.
+/// Only the exact word "on" means on. Everything else, a missing entry too, is taken for off without a log line, so a
+/// misspelt key or word is never noticed.
 TYPED_TEST_P(DeviceInfoContract, SpellsTheThreeModesAndTheirWordsExactly) {
     const auto info = this->modes();
     for (const std::string key : {"currentHandsFreeStatus", "currentAlwaysOnVoiceMode", "currentAlwaysOnPTTMode"}) {
@@ -62,13 +65,13 @@ TYPED_TEST_P(DeviceInfoContract, SpellsTheThreeModesAndTheirWordsExactly) {
     }
 }
 
-// Each setting is read by a call of its own: settings read one after the other must fit together.
+/// Each setting is read by a call of its own: settings read one after the other must fit together.
 TYPED_TEST_P(DeviceInfoContract, AnswersTheSameWhileNothingIsSwitched) {
     const auto first = this->modes();
     EXPECT_EQ(this->modes(), first) << "a reading changed what is read";
 }
 
-// The handler reads the modes afresh each time and keeps no copy of its own to correct.
+/// The handler reads the modes afresh each time and keeps no copy of its own to correct.
 TYPED_TEST_P(DeviceInfoContract, ReportsEachModeAsItIsNow) {
     if constexpr (!offers<SwitchModeHook, TypeParam>) {
         GTEST_SKIP() << "needs `void switchMode(const std::string& mode, bool on)` in the maker";
@@ -85,7 +88,7 @@ TYPED_TEST_P(DeviceInfoContract, ReportsEachModeAsItIsNow) {
     }
 }
 
-// Reads come on the thread of the request, or on that of the one who asks for all settings.
+/// Reads come on the thread of the request, or on that of the one who asks for all settings.
 TYPED_TEST_P(DeviceInfoContract, MayBeReadFromAnyThread) {
     if constexpr (!offers<AnyThreadHook, TypeParam>) {
         GTEST_SKIP() << "needs `static constexpr bool anyThread = true;` in the maker";

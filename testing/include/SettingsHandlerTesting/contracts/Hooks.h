@@ -13,6 +13,7 @@ namespace SettingsHandlerTesting {
 /// Names the tests of an instantiation after nothing but their number; pass it as the last argument where the compiler
 /// insists on one (-Wpedantic).
 struct NumberedNames {
+    /// The number, as text.
     template <typename Maker>
     static std::string GetName(int number) {
         return std::to_string(number);

@@ -35,6 +35,7 @@ namespace SettingsHandlerTesting {
 /// It cannot show that the bridge never calls back into the handler, which holds its mutex during some of the calls.
 template <typename Maker>
 class SdkBridgeContract : public ::testing::Test {
+    /// @cond
 protected:
     teskVessa::SDKBridgeInterface& bridge() { return maker.bridge(); }
 
@@ -49,22 +50,28 @@ protected:
     }
 
     Maker maker;
+    /// @endcond
 };
 
+/// The hook `refuseWrites` of a maker.
 template <typename Maker>
 using RefuseWritesHook = decltype(std::declval<Maker&>().refuseWrites(true));
+/// The hook `switchCaptions` of a maker.
 template <typename Maker>
 using SwitchCaptionsHook = decltype(std::declval<Maker&>().switchCaptions(true));
+/// The hook `switchDoNotDisturb` of a maker.
 template <typename Maker>
 using SwitchDoNotDisturbHook = decltype(std::declval<Maker&>().switchDoNotDisturb(true));
+/// The hook `deviceInfo` of a maker.
 template <typename Maker>
 using DeviceInfoHook = decltype(std::declval<Maker&>().deviceInfo());
+/// The hook `storage` of a maker.
 template <typename Maker>
 using StorageHook = decltype(std::declval<Maker&>().storage());
 
 TYPED_TEST_SUITE_P(SdkBridgeContract);
 
-// The time zone is read from the SDK alone, and a new one is compared with what the SDK has.
+/// The time zone is read from the SDK alone, and a new one is compared with what the SDK has.
 TYPED_TEST_P(SdkBridgeContract, GivesTheTimezoneBack) {
     for (const std::string timezone : {"Europe/Paris", "America/Vancouver", "America/Vancouver"}) {
         this->bridge().setTimezone(timezone);
@@ -72,7 +79,7 @@ TYPED_TEST_P(SdkBridgeContract, GivesTheTimezoneBack) {
     }
 }
 
-// The first locale is the primary one, which observers and metrics are told of; a list in another order is a change.
+/// The first locale is the primary one, which observers and metrics are told of; a list in another order is a change.
 TYPED_TEST_P(SdkBridgeContract, GivesTheLocalesBackInTheirOrder) {
     using Locales = std::vector<std::string>;
     for (const auto& locales : {Locales{"fr-FR", "en-US"}, Locales{"es-US", "fr-FR", "en-US"}, Locales{"en-US"}}) {
@@ -81,7 +88,7 @@ TYPED_TEST_P(SdkBridgeContract, GivesTheLocalesBackInTheirOrder) {
     }
 }
 
-// Every setting is read by itself and reported by itself.
+/// Every setting is read by itself and reported by itself.
 TYPED_TEST_P(SdkBridgeContract, ChangesOnlyWhatItIsTold) {
     this->bridge().setTimezone("Europe/Paris");
     this->bridge().setLocales({"fr-FR"});
@@ -99,13 +106,13 @@ TYPED_TEST_P(SdkBridgeContract, ChangesOnlyWhatItIsTold) {
     EXPECT_EQ(this->bridge().isDoNotDisturbEnabled(), doNotDisturb);
 }
 
-// The handler reads without being told of changes, so a reading is no change.
+/// The handler reads without being told of changes, so a reading is no change.
 TYPED_TEST_P(SdkBridgeContract, AnswersTheSameWhileNothingIsWritten) {
     const std::string first = this->everything();
     EXPECT_EQ(this->everything(), first);
 }
 
-// A false is counted as an error of that setting, and the pages are told of the change all the same.
+/// A false is counted as an error of that setting, and the pages are told of the change all the same.
 TYPED_TEST_P(SdkBridgeContract, TakesTheThreeSettingsThatItIsHanded) {
     for (const std::string key : {"handsFreeAlwaysOnEnabled", "pttAlwaysOnEnabled"}) {
         for (const std::string value : {"true", "false", "false"}) {
@@ -117,8 +124,8 @@ TYPED_TEST_P(SdkBridgeContract, TakesTheThreeSettingsThatItIsHanded) {
     }
 }
 
-// A page may ask for any text. The handler compares the next one with what the SDK has then: a bridge takes the text or
-// keeps the old value, and nothing in between.
+/// A page may ask for any text. The handler compares the next one with what the SDK has then: a bridge takes the text
+/// or keeps the old value, and nothing in between.
 TYPED_TEST_P(SdkBridgeContract, KeepsTheOldValueOfWhatItCannotTake) {
     this->bridge().setTimezone("Europe/Paris");
     for (const std::string timezone : {"", "Nowhere/At all", "Europe/Paris "}) {
@@ -138,7 +145,7 @@ TYPED_TEST_P(SdkBridgeContract, KeepsTheOldValueOfWhatItCannotTake) {
     }
 }
 
-// The handler hands over three settings; a derived one may hand over others, and the answer is only looked at there.
+/// The handler hands over three settings; a derived one may hand over others, and the answer is only looked at there.
 TYPED_TEST_P(SdkBridgeContract, AnUnknownSettingDoesNoHarm) {
     const std::string before = this->everything();
     for (const std::string key : {"unknown", "", "timezone", "captionsEnabled"}) {
@@ -147,7 +154,7 @@ TYPED_TEST_P(SdkBridgeContract, AnUnknownSettingDoesNoHarm) {
     }
 }
 
-// The handler counts a refusal and has no other way to learn of one: the old value stays.
+/// The handler counts a refusal and has no other way to learn of one: the old value stays.
 TYPED_TEST_P(SdkBridgeContract, KeepsTheOldValuesWhenTheSdkRefuses) {
     if constexpr (!offers<RefuseWritesHook, TypeParam>) {
         GTEST_SKIP() << "needs `void refuseWrites(bool refuse)` in the maker";
@@ -169,7 +176,7 @@ TYPED_TEST_P(SdkBridgeContract, KeepsTheOldValuesWhenTheSdkRefuses) {
     }
 }
 
-// Captions and do-not-disturb are read at the SDK only, whoever switched them.
+/// Captions and do-not-disturb are read at the SDK only, whoever switched them.
 TYPED_TEST_P(SdkBridgeContract, ReportsCaptionsAsTheyAreNow) {
     if constexpr (!offers<SwitchCaptionsHook, TypeParam>) {
         GTEST_SKIP() << "needs `void switchCaptions(bool on)` in the maker";
@@ -183,6 +190,7 @@ TYPED_TEST_P(SdkBridgeContract, ReportsCaptionsAsTheyAreNow) {
     }
 }
 
+/// As with captions.
 TYPED_TEST_P(SdkBridgeContract, ReportsDoNotDisturbAsItIsNow) {
     if constexpr (!offers<SwitchDoNotDisturbHook, TypeParam>) {
         GTEST_SKIP() << "needs `void switchDoNotDisturb(bool on)` in the maker";
@@ -196,7 +204,7 @@ TYPED_TEST_P(SdkBridgeContract, ReportsDoNotDisturbAsItIsNow) {
     }
 }
 
-// The handler writes these modes to the SDK and reads them from the device information: somebody must carry them over.
+/// The handler writes these modes to the SDK and reads them from the device information: somebody must carry them over.
 TYPED_TEST_P(SdkBridgeContract, ItsModesComeBackInTheDeviceInformation) {
     if constexpr (!offers<DeviceInfoHook, TypeParam>) {
         GTEST_SKIP() << "needs `OrliaDeviceInfoInterface& deviceInfo()` in the maker";
@@ -216,7 +224,7 @@ TYPED_TEST_P(SdkBridgeContract, ItsModesComeBackInTheDeviceInformation) {
     }
 }
 
-// The handler writes the friendly name to the SDK and reads it from the storage: somebody must carry it over.
+/// The handler writes the friendly name to the SDK and reads it from the storage: somebody must carry it over.
 TYPED_TEST_P(SdkBridgeContract, ItsFriendlyNameComesBackInTheStorage) {
     if constexpr (!offers<StorageHook, TypeParam>) {
         GTEST_SKIP() << "needs `StorageManagerInterface& storage()` in the maker";
@@ -230,7 +238,7 @@ TYPED_TEST_P(SdkBridgeContract, ItsFriendlyNameComesBackInTheStorage) {
     }
 }
 
-// Requests and notifications may come on different threads, and the handler holds no lock for most of its calls.
+/// Requests and notifications may come on different threads, and the handler holds no lock for most of its calls.
 TYPED_TEST_P(SdkBridgeContract, MayBeUsedFromAnyThread) {
     if constexpr (!offers<AnyThreadHook, TypeParam>) {
         GTEST_SKIP() << "needs `static constexpr bool anyThread = true;` in the maker";

@@ -28,6 +28,7 @@ namespace SettingsHandlerTesting {
 /// Unlike in a device nothing is done at the wall socket: `reopen` does not show that a value survives a loss of power.
 template <typename Maker>
 class StorageContract : public ::testing::Test {
+    /// @cond
 protected:
     SDKWrapper::StorageManagerInterface& storage() { return maker.storage(); }
 
@@ -42,35 +43,38 @@ protected:
     }
 
     Maker maker;
+    /// @endcond
 };
 
+/// The hook `reopen` of a maker.
 template <typename Maker>
 using ReopenHook = decltype(std::declval<Maker&>().reopen());
+/// The hook `failWrites` of a maker.
 template <typename Maker>
 using FailWritesHook = decltype(std::declval<Maker&>().failWrites(true));
 
 TYPED_TEST_SUITE_P(StorageContract);
 
-// The handler reads several settings into one string: a value left untouched is taken for the next setting's.
+/// The handler reads several settings into one string: a value left untouched is taken for the next setting's.
 TYPED_TEST_P(StorageContract, EmptiesTheOutputWhenTheKeyIsAbsent) {
     EXPECT_EQ(this->read("absent"), "") << "getValue must set its output also when nothing is stored";
 }
 
-// The handler reports what it reads back as the setting's value.
+/// The handler reports what it reads back as the setting's value.
 TYPED_TEST_P(StorageContract, GivesBackWhatWasStored) {
     this->store("key", "value");
     EXPECT_EQ(this->read("key"), "value");
     EXPECT_EQ(this->read("key"), "value") << "the second reading differs from the first";
 }
 
-// A setting has one value, and it is written again under the same key.
+/// A setting has one value, and it is written again under the same key.
 TYPED_TEST_P(StorageContract, ReplacesAValue) {
     this->store("key", "old");
     this->store("key", "new");
     EXPECT_EQ(this->read("key"), "new");
 }
 
-// Keys come from requests and values are the user's: both are any bytes.
+/// Keys come from requests and values are the user's: both are any bytes.
 TYPED_TEST_P(StorageContract, KeepsAnyBytes) {
     using namespace std::string_literals;
     const std::string bytes = "\0quote\" \xff\xc3 \n end\0"s;
@@ -79,7 +83,7 @@ TYPED_TEST_P(StorageContract, KeepsAnyBytes) {
     EXPECT_EQ(this->read("\0"s), "") << "a key was cut at its NUL";
 }
 
-// Comparisons are exact: a value that comes back in another form is a change that nobody made.
+/// Comparisons are exact: a value that comes back in another form is a change that nobody made.
 TYPED_TEST_P(StorageContract, KeepsValuesInTheFormInWhichTheyCame) {
     for (const std::string value : {"007", "1e3", "true", "NULL", " Den ", "[\"\", \"\"]", "'; --",
                                     "K\xc3\xbc"
@@ -91,7 +95,7 @@ TYPED_TEST_P(StorageContract, KeepsValuesInTheFormInWhichTheyCame) {
     }
 }
 
-// Setting keys that differ in case are different keys, and unknown keys are stored under their own text.
+/// Setting keys that differ in case are different keys, and unknown keys are stored under their own text.
 TYPED_TEST_P(StorageContract, TellsKeysApartByEveryByte) {
     this->store("key", "lower");
     this->store("Key", "upper");
@@ -101,14 +105,14 @@ TYPED_TEST_P(StorageContract, TellsKeysApartByEveryByte) {
     EXPECT_EQ(this->read("key "), "blank");
 }
 
-// A user may empty a name: the old one must be gone.
+/// A user may empty a name: the old one must be gone.
 TYPED_TEST_P(StorageContract, StoresTheEmptyValue) {
     this->store("key", "value");
     this->store("key", "");
     EXPECT_EQ(this->read("key"), "");
 }
 
-// A value cut short is reported as the user's. A limit is fine: it answers false and keeps the old value.
+/// A value cut short is reported as the user's. A limit is fine: it answers false and keeps the old value.
 TYPED_TEST_P(StorageContract, KeepsALargeValueWholeOrRefusesIt) {
     std::string last = "first";
     this->store("key", last);
@@ -124,7 +128,7 @@ TYPED_TEST_P(StorageContract, KeepsALargeValueWholeOrRefusesIt) {
     }
 }
 
-// A migrated value is removed; the other settings live on.
+/// A migrated value is removed; the other settings live on.
 TYPED_TEST_P(StorageContract, RemovesOneKeyOnly) {
     this->store("gone", "1");
     this->store("kept", "2");
@@ -133,7 +137,7 @@ TYPED_TEST_P(StorageContract, RemovesOneKeyOnly) {
     EXPECT_EQ(this->read("kept"), "2");
 }
 
-// The result of a removal is not looked at, but an exception would leave the handler's operation.
+/// The result of a removal is not looked at, but an exception would leave the handler's operation.
 TYPED_TEST_P(StorageContract, RemovingAnAbsentKeyDoesNoHarm) {
     this->store("kept", "2");
     EXPECT_NO_THROW(this->storage().removeValue("absent"));
@@ -141,7 +145,7 @@ TYPED_TEST_P(StorageContract, RemovingAnAbsentKeyDoesNoHarm) {
     EXPECT_EQ(this->read("kept"), "2");
 }
 
-// Log-out clears the storage and reads every setting afresh; the next user's settings are stored in it.
+/// Log-out clears the storage and reads every setting afresh; the next user's settings are stored in it.
 TYPED_TEST_P(StorageContract, ClearsEverything) {
     this->store("one", "1");
     this->store("two", "2");
@@ -154,7 +158,7 @@ TYPED_TEST_P(StorageContract, ClearsEverything) {
     EXPECT_TRUE(this->storage().clearStorage()) << "an empty storage is cleared, too";
 }
 
-// The handler keeps nothing itself: after a restart the settings are what the storage gives.
+/// The handler keeps nothing itself: after a restart the settings are what the storage gives.
 TYPED_TEST_P(StorageContract, KeepsEverythingWhenItIsReopened) {
     if constexpr (!offers<ReopenHook, TypeParam>) {
         GTEST_SKIP() << "needs `void reopen()` in the maker";
@@ -175,7 +179,7 @@ TYPED_TEST_P(StorageContract, KeepsEverythingWhenItIsReopened) {
     }
 }
 
-// On false the handler goes on with the old value, in its cache and in what it answers.
+/// On false the handler goes on with the old value, in its cache and in what it answers.
 TYPED_TEST_P(StorageContract, KeepsTheOldValueWhenAWriteFails) {
     if constexpr (!offers<FailWritesHook, TypeParam>) {
         GTEST_SKIP() << "needs `void failWrites(bool fail)` in the maker";
@@ -192,7 +196,7 @@ TYPED_TEST_P(StorageContract, KeepsTheOldValueWhenAWriteFails) {
     }
 }
 
-// Requests and notifications may come on different threads, and the handler holds no lock while it reads and writes.
+/// Requests and notifications may come on different threads, and the handler holds no lock while it reads and writes.
 TYPED_TEST_P(StorageContract, MayBeUsedFromAnyThread) {
     if constexpr (!offers<AnyThreadHook, TypeParam>) {
         GTEST_SKIP() << "needs `static constexpr bool anyThread = true;` in the maker";

@@ -22,7 +22,9 @@ namespace SettingsHandlerTesting {
 
 /// What a client of a transport received.
 struct ReceivedMessage {
+    /// A reply reaches the asker, an event everybody.
     enum Kind { REPLY, EVENT };
+    /// A reply or an event.
     Kind kind = REPLY;
     /// Of an event; of a reply it is not compared.
     int type = 0;
@@ -32,6 +34,7 @@ struct ReceivedMessage {
     std::string payload;
 };
 
+/// As failing checks print it.
 inline std::ostream& operator<<(std::ostream& stream, const ReceivedMessage& message) {
     return stream << (message.kind == ReceivedMessage::REPLY ? "reply " : "event ") << message.messageId << " of type "
                   << message.type << ": " << message.payload;
@@ -56,6 +59,7 @@ inline std::ostream& operator<<(std::ostream& stream, const ReceivedMessage& mes
 /// It cannot show that requests are delivered one at a time, nor that the transport stops before the handler goes.
 template <typename Maker>
 class TransportContract : public ::testing::Test {
+    /// @cond
 protected:
     CommunicationHandler::CommunicationHandlerInterface& transport() { return maker.transport(); }
 
@@ -116,11 +120,12 @@ protected:
     std::vector<std::unique_ptr<rapidjson::Document>> payloads;
     /// Last, so that it goes first: a transport that delivers at its end finds the rest in place.
     Maker maker;
+    /// @endcond
 };
 
 TYPED_TEST_SUITE_P(TransportContract);
 
-// The handler looks for the members of a request by these names.
+/// The handler looks for the members of a request by these names.
 TYPED_TEST_P(TransportContract, NamesTheMembersOfTheEnvelope) {
     const auto& transport = this->transport();
     EXPECT_NE(transport.messageIdKey, "");
@@ -131,14 +136,14 @@ TYPED_TEST_P(TransportContract, NamesTheMembersOfTheEnvelope) {
     EXPECT_NE(transport.timestampKey, transport.payloadKey);
 }
 
-// The handler registers in its constructor: a request delivered in there finds half an object.
+/// The handler registers in its constructor: a request delivered in there finds half an object.
 TYPED_TEST_P(TransportContract, CallsNobodyWhileRegistering) {
     this->maker.send(0, CommunicationHandler::GET_SETTINGS, this->request(CommunicationHandler::GET_SETTINGS));
     this->keep(CommunicationHandler::GET_SETTINGS);
     EXPECT_TRUE(this->delivered.empty()) << "what arrived before the registration is not kept for it";
 }
 
-// The function that the handler passes lives during the call only.
+/// The function that the handler passes lives during the call only.
 TYPED_TEST_P(TransportContract, KeepsItsOwnCopyOfTheHandler) {
     auto part = std::make_shared<int>(0);
     const std::weak_ptr<int> whole = part;
@@ -149,7 +154,7 @@ TYPED_TEST_P(TransportContract, KeepsItsOwnCopyOfTheHandler) {
     EXPECT_EQ(*whole.lock(), 1);
 }
 
-// The handler reads envelope and payload itself, and tells requests apart by nothing but who is called.
+/// The handler reads envelope and payload itself, and tells requests apart by nothing but who is called.
 TYPED_TEST_P(TransportContract, DeliversTheWholeTextToTheHandlerOfItsType) {
     const std::vector<int> types{CommunicationHandler::GET_SETTINGS, CommunicationHandler::IS_ORLIA_SELECTED_VA,
                                  CommunicationHandler::OPEN_VA_SETTINGS, CommunicationHandler::SET_SETTINGS,
@@ -169,7 +174,7 @@ TYPED_TEST_P(TransportContract, DeliversTheWholeTextToTheHandlerOfItsType) {
     EXPECT_EQ(this->delivered, expected) << "each request goes to the handler of its type, every byte of it";
 }
 
-// Pages may be newer than the device's software.
+/// Pages may be newer than the device's software.
 TYPED_TEST_P(TransportContract, DropsWhatNobodyRegisteredFor) {
     this->keep(CommunicationHandler::GET_SETTINGS);
     for (const int type : {CommunicationHandler::SET_SETTINGS + 0, CommunicationHandler::SETTING_CHANGED + 0, 4711}) {
@@ -180,7 +185,7 @@ TYPED_TEST_P(TransportContract, DropsWhatNobodyRegisteredFor) {
     EXPECT_EQ(this->delivered.size(), 1U) << "the transport must go on after an unknown type";
 }
 
-// The handler names nobody but the message: other pages would take the reply for theirs.
+/// The handler names nobody but the message: other pages would take the reply for theirs.
 TYPED_TEST_P(TransportContract, RepliesToTheAskerAlone) {
     this->keep(CommunicationHandler::GET_SETTINGS, [this] { this->reply("m1", "first"); });
     this->maker.send(0, CommunicationHandler::GET_SETTINGS, this->request(CommunicationHandler::GET_SETTINGS));
@@ -191,7 +196,7 @@ TYPED_TEST_P(TransportContract, RepliesToTheAskerAlone) {
     EXPECT_EQ(this->received(1), (std::vector<std::string>{this->replyText("m1", "first")}));
 }
 
-// Every page shows the new value, whoever changed it: also the one that did, and also a change made at the device.
+/// Every page shows the new value, whoever changed it: also the one that did, and also a change made at the device.
 TYPED_TEST_P(TransportContract, SendsEventsToEveryClient) {
     this->keep(CommunicationHandler::SET_SETTINGS, [this] { this->announce("asked for"); });
     this->announce("at the device");
@@ -201,7 +206,7 @@ TYPED_TEST_P(TransportContract, SendsEventsToEveryClient) {
     EXPECT_EQ(this->received(1), expected);
 }
 
-// A page that writes and then asks takes the reply for the newer of the two.
+/// A page that writes and then asks takes the reply for the newer of the two.
 TYPED_TEST_P(TransportContract, KeepsTheOrder) {
     this->keep(CommunicationHandler::GET_SETTINGS, [this] {
         this->announce("1");
@@ -218,7 +223,7 @@ TYPED_TEST_P(TransportContract, KeepsTheOrder) {
                                                            this->eventText("3"), this->eventText("4")}));
 }
 
-// The document is valid during the call only: what is sent later must have been copied, or moved away.
+/// The document is valid during the call only: what is sent later must have been copied, or moved away.
 TYPED_TEST_P(TransportContract, SendsPayloadsAsTheyWereDuringTheCall) {
     auto& answer = this->kept("answer");
     auto& event = this->kept("event");
@@ -232,7 +237,7 @@ TYPED_TEST_P(TransportContract, SendsPayloadsAsTheyWereDuringTheCall) {
     EXPECT_EQ(this->received(0), (std::vector<std::string>{this->eventText("event"), this->replyText("m1", "answer")}));
 }
 
-// Values are the user's: any text, of any length that the storage takes.
+/// Values are the user's: any text, of any length that the storage takes.
 TYPED_TEST_P(TransportContract, SendsAnyText) {
     using namespace std::string_literals;
     std::string value;
@@ -247,7 +252,7 @@ TYPED_TEST_P(TransportContract, SendsAnyText) {
     }
 }
 
-// A message id is the client's own and may be any text; the handler gives it back as it was.
+/// A message id is the client's own and may be any text; the handler gives it back as it was.
 TYPED_TEST_P(TransportContract, RepliesWithAnyMessageId) {
     std::string messageId;
     this->keep(CommunicationHandler::GET_SETTINGS, [&] { this->reply(messageId, "x"); });
@@ -259,7 +264,7 @@ TYPED_TEST_P(TransportContract, RepliesWithAnyMessageId) {
     }
 }
 
-// The handler itself ignores what sendMessage answers. A derived handler may follow an event by it.
+/// The handler itself ignores what sendMessage answers. A derived handler may follow an event by it.
 TYPED_TEST_P(TransportContract, AnswersWithTheIdOfTheEvent) {
     const std::string first = this->announce("first");
     const std::string second = this->announce("second");
@@ -272,7 +277,7 @@ TYPED_TEST_P(TransportContract, AnswersWithTheIdOfTheEvent) {
     }
 }
 
-// The handler catches nothing: an exception of a storage comes out of it, and the next request is another one's.
+/// The handler catches nothing: an exception of a storage comes out of it, and the next request is another one's.
 TYPED_TEST_P(TransportContract, GoesOnAfterAnException) {
     bool throws = true;
     this->keep(CommunicationHandler::GET_SETTINGS, [&] {
@@ -292,7 +297,7 @@ TYPED_TEST_P(TransportContract, GoesOnAfterAnException) {
     EXPECT_EQ(this->received(1), (std::vector<std::string>{this->replyText("m1", "x")}));
 }
 
-// A change at the device is announced on the device layer's thread, while requests come on the transport's.
+/// A change at the device is announced on the device layer's thread, while requests come on the transport's.
 TYPED_TEST_P(TransportContract, TakesEventsFromAnyThread) {
     if constexpr (!offers<AnyThreadHook, TypeParam>) {
         GTEST_SKIP() << "needs `static constexpr bool anyThread = true;` in the maker";

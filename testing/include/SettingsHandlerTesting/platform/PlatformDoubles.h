@@ -24,6 +24,7 @@ namespace SettingsHandlerTesting {
 /// `log 1 SettingsHandler:isRequestValid` for a line of level 1, `metricsCache.setOrliaLocale(en-US)`. One at a time.
 class PlatformRecording {
 public:
+    /// `journal` outlives it.
     explicit PlatformRecording(Journal& journal);
     ~PlatformRecording();
 
@@ -33,10 +34,14 @@ public:
 
 /// A line of the log. Level 0 is a trace, 1 information, 2 a warning, 3 an error.
 struct LogLine {
+    /// From 0 to 3.
     int level = -1;
+    /// As it was emitted, with the tag in front.
     std::string text;
 };
 
+/// Every member is equal, or not; and the text that failing tests print.
+/// @{
 inline bool operator==(const LogLine& left, const LogLine& right) {
     return left.level == right.level && left.text == right.text;
 }
@@ -46,6 +51,7 @@ inline bool operator!=(const LogLine& left, const LogLine& right) {
 inline std::ostream& operator<<(std::ostream& stream, const LogLine& line) {
     return stream << line.level << " " << line.text;
 }
+/// @}
 
 /// While it lives, it keeps the lines of the log, apart from any journal; for a test that is about the log:
 ///
@@ -81,10 +87,14 @@ void onSingletonRequest(const char* which);
 
 /// The details of the line emitted last.
 struct LastLine {
+    /// What `emitLog` was given.
+    /// @{
     std::string threadId;
     int source = -1;
     long long secondsSinceEpoch = 0;
+    /// @}
 };
+/// The line emitted last in this process.
 LastLine lastLine();
 
 }  // namespace SettingsHandlerTesting
