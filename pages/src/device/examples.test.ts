@@ -1,3 +1,4 @@
+// @vitest-environment node
 import { expect, test } from 'vitest';
 
 import { everyStep, examples } from '../wire/examples.fixture';
