@@ -1,5 +1,6 @@
 #pragma once
 
+/// \file
 /// The one configuration of the JSON library. Every file that needs the library includes this header,
 /// so that all of them agree on it.
 ///
@@ -59,14 +60,17 @@ auto makeForJson() {
 }  // namespace Utils
 
 #ifndef RAPIDJSON_HAS_STDSTRING
+/// Names and values may be given as `std::string`.
 #define RAPIDJSON_HAS_STDSTRING 1
 #endif
 #ifndef RAPIDJSON_ASSERT
+/// What becomes of a failed precondition.
 #define RAPIDJSON_ASSERT(condition) \
     ((condition) ? static_cast<void>(0) : ::Utils::failJsonPrecondition(#condition, __FILE__, __LINE__))
 #endif
 
 #ifndef RAPIDJSON_NEW
+/// How the library makes what a document owns.
 #define RAPIDJSON_NEW(made) ::Utils::makeForJson<made>()
 #endif
 

@@ -2,8 +2,8 @@ import { afterAll, beforeAll, test } from 'vitest';
 
 import { Host } from './host';
 import { expectLooksAsStored } from './screenshots';
-import { enterSection, languages, press, row, sectionIds, visitSettings } from './settings';
-import { phone, small, wide } from './visit';
+import { enterSection, expectStatus, languages, press, row, sectionIds, typeOver, visitSettings } from './settings';
+import { hostIsAway, phone, small, wide } from './visit';
 
 let host: Host;
 
@@ -61,6 +61,8 @@ test.each(languages.filter(([code]) => code !== 'en'))(
 
 test('dialogs look as stored', async () => {
     await setLocales('en-US');
+    // There the clocks are the same all year.
+    await host.control('set', 'timezone', 'Asia/Tokyo');
     await visitSettings(
         host,
         async (page) => {
@@ -75,9 +77,16 @@ test('dialogs look as stored', async () => {
             await press(page, 'Enter');
             await page.getByRole('dialog').waitFor();
             await expectLooksAsStored(page, 'add-language-1280x720');
+            await press(page, 'Escape');
+            await row(page, 'timezone').locator('button').focus();
+            await press(page, 'Enter');
+            await page.keyboard.type('tokyo');
+            await page.getByText('1 found').waitFor();
+            await expectLooksAsStored(page, 'timezone-1280x720');
         },
         { viewport: small },
     );
+    await host.control('set', 'timezone', 'America/Vancouver');
 });
 
 test('a phone looks as stored', async () => {
@@ -90,5 +99,44 @@ test('a phone looks as stored', async () => {
             await expectLooksAsStored(page, 'language-360x740');
         },
         { viewport: phone },
+    );
+});
+
+test('what became of changes, an edit in conflict and a lost connection look as stored', async () => {
+    await setLocales('en-US');
+    await visitSettings(
+        host,
+        async (page) => {
+            await enterSection(page, 'device');
+            await press(page, 'Enter');
+            await typeOver(page, 'Attic');
+            await press(page, 'Enter');
+            await expectStatus(page, 'deviceName', 'accepted', 'Saved');
+            await press(page, 'ArrowDown', 'Enter', 'Enter');
+            await expectStatus(page, 'friendlyName', 'unchanged', 'already');
+            await press(page, 'ArrowDown', 'Enter');
+            await page.locator('form input').first().fill('x'.repeat(70_000));
+            await press(page, 'Enter');
+            await expectStatus(page, 'companionDevice', 'refused', 'too long');
+            await expectLooksAsStored(page, 'outcomes-1280x720');
+            await press(page, 'ArrowUp', 'Enter');
+            await typeOver(page, 'Mine');
+            await host.control('set', 'friendlyName', 'Theirs');
+            await page.locator('.meanwhile').waitFor();
+            await page.locator('.announcement', { hasText: 'Theirs' }).waitFor();
+            await expectLooksAsStored(page, 'conflict-1280x720');
+            await press(page, 'Escape');
+            await host.control('set', 'deviceName', 'Living room');
+            await host.control('set', 'friendlyName', 'Big screen');
+            await row(page, 'friendlyName').getByText('Big screen').waitFor();
+            await host.kill();
+            await page.getByRole('alert').getByRole('button').waitFor();
+            // It goes by itself, sooner or later.
+            await page.locator('.announcement').evaluate((element: HTMLElement) => {
+                element.hidden = true;
+            });
+            await expectLooksAsStored(page, 'lost-1280x720');
+        },
+        { viewport: small, expected: hostIsAway },
     );
 });

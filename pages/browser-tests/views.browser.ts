@@ -1,4 +1,4 @@
-import type { Page } from 'playwright-core';
+import type { Locator, Page } from 'playwright-core';
 import { afterAll, beforeAll, beforeEach, expect, test } from 'vitest';
 
 import { expectAccessible } from './accessibility';
@@ -12,6 +12,7 @@ import {
     press,
     row,
     sectionIds,
+    type SectionId,
     typeOver,
     visitSettings,
 } from './settings';
@@ -113,6 +114,98 @@ test('every control is large enough to be touched', async () => {
         },
         { viewport: phone },
     );
+});
+
+test.each(['mouse', 'touch'] as const)('%s alone changes a setting of every kind', async (pointer) => {
+    await host.control('set', 'handsFreeEnabled', 'false');
+    await host.control('set', 'captionsStyles', 'STYLE_WHITE_ON_BLACK');
+    await visitSettings(
+        host,
+        async (page) => {
+            const use = (control: Locator) => (pointer === 'touch' ? control.tap() : control.click());
+            const goTo = (section: SectionId) => use(row(page, section).locator('button'));
+            await goTo('voice');
+            await use(row(page, 'handsFreeEnabled').getByRole('switch'));
+            await expectStatus(page, 'handsFreeEnabled', 'accepted', 'Saved');
+            await goTo('captions');
+            await use(page.getByRole('radio', { name: 'Yellow on blue' }));
+            await expectStatus(page, 'captionsStyles', 'accepted', 'Saved');
+            await goTo('device');
+            await use(row(page, 'deviceName').getByRole('button'));
+            await typeOver(page, `By ${pointer}`);
+            await use(page.getByRole('button', { name: 'Save' }));
+            await expectStatus(page, 'deviceName', 'accepted', 'Saved');
+            await goTo('language');
+            await use(row(page, 'add').getByRole('button'));
+            await use(page.getByRole('dialog').getByText('Italian (Italy)'));
+            await use(page.getByRole('button', { name: 'Move Italian (Italy) up' }));
+            await expect.poll(() => host.control('--value', 'get', 'orliaLocale')).toBe('["it-IT","en-US"]\n');
+            await use(page.getByRole('button', { name: 'Remove Italian (Italy)' }));
+            await row(page, 'it-IT').waitFor({ state: 'detached' });
+        },
+        { hasTouch: pointer === 'touch' },
+    );
+    expect(await host.control('get', 'captionsStyles', 'deviceName', 'handsFreeEnabled', 'orliaLocale')).toBe(
+        `captionsStyles=STYLE_YELLOW_ON_BLUE\ndeviceName=By ${pointer}\nhandsFreeEnabled=true\norliaLocale=["en-US"]\n`,
+    );
+});
+
+test.each([
+    ['more contrast', { contrast: 'more' }],
+    ['forced colours', { forcedColors: 'active' }],
+] as const)('with %s every row has a border, the focus a ring, and axe-core finds nothing', async (name, media) => {
+    await visitSettings(host, async (page) => {
+        await page.emulateMedia(media);
+        for (const section of sectionIds) {
+            await enterSection(page, section);
+            await expectAccessible(page, `${section} with ${name}`);
+            const borders = await page
+                .locator(':is(main :is(.control, .choices, .locale), .menu-item):not(:focus)')
+                .evaluateAll((rows) =>
+                    rows.map((one) => {
+                        const { borderTopStyle, borderTopWidth, borderTopColor } = getComputedStyle(one);
+                        return (
+                            borderTopStyle === 'solid' &&
+                            parseFloat(borderTopWidth) >= 1 &&
+                            !/, 0\)$/.test(borderTopColor)
+                        );
+                    }),
+                );
+            expect(new Set(borders), `borders of ${section}`).toEqual(new Set([true]));
+            const ring = await page.evaluate(
+                () => getComputedStyle(document.activeElement ?? document.body).outlineStyle,
+            );
+            expect(ring).toBe('solid');
+        }
+    });
+});
+
+test('the caption colours are previewed though the colours of everything else are forced', async () => {
+    await host.control('set', 'captionsStyles', 'STYLE_YELLOW_ON_BLUE');
+    await visitSettings(host, async (page) => {
+        await page.emulateMedia({ forcedColors: 'active' });
+        await enterSection(page, 'captions');
+        const look = await page.locator('.scene p').evaluate((text) => {
+            const { color, backgroundColor } = getComputedStyle(text);
+            const { backgroundImage } = getComputedStyle(text.parentElement ?? text);
+            return [color, backgroundColor, backgroundImage.slice(0, 15)];
+        });
+        expect(look).toEqual(['rgb(255, 255, 0)', 'rgb(0, 0, 255)', 'linear-gradient']);
+    });
+});
+
+test('nothing moves by itself for those who want no motion', async () => {
+    await visitSettings(host, async (page) => {
+        await enterSection(page, 'voice');
+        const motion = () =>
+            page
+                .locator('.switch')
+                .first()
+                .evaluate((knob) => getComputedStyle(knob, '::after').transitionDuration);
+        expect(await motion()).toBe('0s');
+        await page.emulateMedia({ reducedMotion: 'no-preference' });
+        expect(await motion()).toBe('0.15s');
+    });
 });
 
 test('the focus is in view after every step, on the smallest television', async () => {

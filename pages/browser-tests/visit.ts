@@ -13,6 +13,7 @@ export const hostIsAway = /WebSocket connection to .* failed|net::ERR_|Failed to
 export interface VisitOptions {
     readonly path?: '/' | '/device';
     readonly viewport?: { readonly width: number; readonly height: number };
+    readonly hasTouch?: boolean;
     /** Text that may appear in the console, because the test breaks something on purpose. */
     readonly expected?: RegExp;
     /** What to do before the page is opened. */
@@ -26,16 +27,17 @@ function browser(): Promise<Browser> {
     return connected;
 }
 
-/** Opens a page in a browser context of its own, hands it to `use`, and insists that the page complained of nothing. */
+/** Opens a page in a browser context of its own, hands it to `use`, and insists that the page complained of nothing and asked nobody but the host. */
 export async function visit(
     host: Host,
     use: (page: Page, context: BrowserContext) => Promise<void>,
-    { path = '/', viewport = small, expected = /^$/, prepare }: VisitOptions = {},
+    { path = '/', viewport = small, hasTouch = false, expected = /^$/, prepare }: VisitOptions = {},
 ): Promise<void> {
     const context = await (
         await browser()
     ).newContext({
         viewport,
+        hasTouch,
         locale: 'en-US',
         timezoneId: 'UTC',
         reducedMotion: 'reduce',
@@ -50,6 +52,11 @@ export async function visit(
     context.on('console', (message) => {
         if (message.type() === 'error' || message.type() === 'warning') {
             complain(message.text());
+        }
+    });
+    context.on('request', (request) => {
+        if (new URL(request.url()).origin !== new URL(host.page('/')).origin) {
+            complain(`asked for ${request.url()}`);
         }
     });
     context.on('weberror', (error) => {

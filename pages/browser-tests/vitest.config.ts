@@ -1,9 +1,11 @@
 import { defineConfig } from 'vitest/config';
 
+/** What to run: the tests, or what makes the pictures or the figures of the documents. */
+const kind = process.env['MAKE'] ?? 'browser';
+
 export default defineConfig({
     test: {
-        // Tests, or with PICTURES set the pictures for the documents.
-        include: [`browser-tests/**/*.${process.env['PICTURES'] === undefined ? 'browser' : 'pictures'}.ts`],
+        include: [`browser-tests/**/*.${kind}.ts`],
         globalSetup: 'browser-tests/chromium.ts',
         testTimeout: 20_000,
         hookTimeout: 20_000,

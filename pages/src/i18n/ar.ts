@@ -50,7 +50,7 @@ export const ar: Catalogue = {
     off: 'متوقف',
     unknown: 'غير معروف',
     notSet: 'غير محدد',
-    setOnDevice: 'يُضبط على الجهاز',
+    setOnDevice: 'يُضبط على الجهاز.',
     FONT_SMALL: 'صغير',
     FONT_MEDIUM: 'متوسط',
     FONT_LARGE: 'كبير',

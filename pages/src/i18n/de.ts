@@ -50,7 +50,7 @@ export const de: Catalogue = {
     off: 'Aus',
     unknown: 'Unbekannt',
     notSet: 'Nicht festgelegt',
-    setOnDevice: 'Wird am Gerät eingestellt',
+    setOnDevice: 'Wird am Gerät eingestellt.',
     FONT_SMALL: 'Klein',
     FONT_MEDIUM: 'Mittel',
     FONT_LARGE: 'Groß',

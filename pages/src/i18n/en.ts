@@ -49,7 +49,7 @@ export const en = {
     off: 'Off',
     unknown: 'Not known',
     notSet: 'Not set',
-    setOnDevice: 'Set on the device',
+    setOnDevice: 'Set on the device.',
     FONT_SMALL: 'Small',
     FONT_MEDIUM: 'Medium',
     FONT_LARGE: 'Large',

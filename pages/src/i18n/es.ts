@@ -50,7 +50,7 @@ export const es: Catalogue = {
     off: 'Desactivado',
     unknown: 'Desconocido',
     notSet: 'Sin definir',
-    setOnDevice: 'Se ajusta en el dispositivo',
+    setOnDevice: 'Se ajusta en el dispositivo.',
     FONT_SMALL: 'Pequeño',
     FONT_MEDIUM: 'Mediano',
     FONT_LARGE: 'Grande',

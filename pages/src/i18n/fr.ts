@@ -50,7 +50,7 @@ export const fr: Catalogue = {
     off: 'Désactivé',
     unknown: 'Inconnu',
     notSet: 'Non défini',
-    setOnDevice: 'Se règle sur l’appareil',
+    setOnDevice: 'Se règle sur l’appareil.',
     FONT_SMALL: 'Petite',
     FONT_MEDIUM: 'Moyenne',
     FONT_LARGE: 'Grande',

@@ -50,7 +50,7 @@ export const ja: Catalogue = {
     off: 'オフ',
     unknown: '不明',
     notSet: '未設定',
-    setOnDevice: 'デバイス側で設定',
+    setOnDevice: 'デバイス側で設定します。',
     FONT_SMALL: '小',
     FONT_MEDIUM: '中',
     FONT_LARGE: '大',

@@ -45,7 +45,7 @@ function DeviceState({ setting, about }: { readonly setting: MessageKey; readonl
         <ReadOnlyRow
             name={t(setting)}
             value={wordsFor(setting, state.values?.[setting], language)}
-            about={about === undefined ? words : `${words}. ${about}`}
+            about={about === undefined ? words : `${words} ${about}`}
         />
     );
 }

@@ -122,6 +122,57 @@ describe('the store', () => {
         expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason: 'no-answer' });
     });
 
+    it('says that a value without an answer was saved, once it is read back', async () => {
+        host.silent = true;
+        const done = store.set('deviceName', 'Den');
+        store.closed();
+        await done;
+        expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason: 'no-answer' });
+        host.silent = false;
+        store.opened();
+        await vi.advanceTimersByTimeAsync(0);
+        expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason: 'no-answer' });
+        store.closed();
+        host.values['deviceName'] = 'Den';
+        store.opened();
+        await vi.advanceTimersByTimeAsync(0);
+        expect(store.state.values?.['deviceName']).toBe('Den');
+        expect(store.state.rows['deviceName']).toEqual({ kind: 'accepted' });
+    });
+
+    it('says nothing of a value without an answer after somebody else wrote another', async () => {
+        host.silent = true;
+        const done = store.set('deviceName', 'Den');
+        store.closed();
+        await done;
+        host.silent = false;
+        store.opened();
+        host.event('deviceName', 'Attic', 'socket');
+        await vi.advanceTimersByTimeAsync(50);
+        host.values['deviceName'] = 'Den';
+        store.closed();
+        store.opened();
+        await vi.advanceTimersByTimeAsync(0);
+        expect(store.state.rows).toEqual({});
+    });
+
+    it('keeps showing the last of several new values while those before it are answered', async () => {
+        const shown: (string | undefined)[] = [];
+        const kinds: (string | undefined)[] = [];
+        store.subscribe(() => {
+            shown.push(store.state.values?.['timezone']);
+            kinds.push(store.state.rows['timezone']?.kind);
+        });
+        host.refused.add('timezone');
+        const first = store.set('timezone', 'Asia/Tokyo');
+        host.refused.clear();
+        const second = store.set('timezone', 'Europe/Paris');
+        await first;
+        await second;
+        expect(shown).toEqual(['UTC', 'Asia/Tokyo', 'Asia/Tokyo', 'Europe/Paris', 'Europe/Paris', 'Europe/Paris']);
+        expect(kinds).toEqual(['saving', 'saving', 'saving', 'saving', 'saving', 'accepted']);
+    });
+
     it('does not let an older value replace one that is being saved', async () => {
         host.silent = true;
         const done = store.set('deviceName', 'Den');

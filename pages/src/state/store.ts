@@ -51,6 +51,10 @@ export class Store {
     private readonly listeners = new Set<() => void>();
     private readonly session: Session;
     private readonly toRead = new Map<string, Origin | null>();
+    /** How often each setting was set: of several new values on their way only the last one's outcome counts. */
+    private readonly attempts = new Map<string, number>();
+    /** New values of which nobody knows whether they arrived. */
+    private readonly unanswered = new Map<string, string>();
     private readTimer: ReturnType<typeof setTimeout> | null = null;
 
     /** `onSilence` is called when the host did not answer in time. */
@@ -103,9 +107,18 @@ export class Store {
     /** Asks for a new value. It is shown at once, and taken back when it is refused. */
     async set(key: string, to: string): Promise<void> {
         const before = this.state.values?.[key];
+        const attempt = (this.attempts.get(key) ?? 0) + 1;
+        this.attempts.set(key, attempt);
+        this.unanswered.delete(key);
         this.update({ rows: { ...this.state.rows, [key]: { kind: 'saving' } } });
         this.show(key, to);
         const outcome = await this.session.set(key, to);
+        if (this.attempts.get(key) !== attempt) {
+            return;
+        }
+        if (outcome.result === 'refused' && outcome.reason === 'no-answer') {
+            this.unanswered.set(key, to);
+        }
         // Without an answer the value from before stands until it is read again.
         this.show(key, outcome.value ?? before);
         this.update({
@@ -140,8 +153,20 @@ export class Store {
     private async readAll(): Promise<void> {
         const values = await this.session.read();
         if (values !== null) {
-            this.update({ values, connection: 'online' });
+            this.update({ values, rows: this.settled(values), connection: 'online' });
         }
+    }
+
+    /** What is known of each row once the values are read: a new value that was not answered may have arrived all the same. */
+    private settled(values: Values): State['rows'] {
+        const rows = { ...this.state.rows };
+        for (const [key, to] of this.unanswered) {
+            if (values[key] === to) {
+                rows[key] = { kind: 'accepted' };
+                this.unanswered.delete(key);
+            }
+        }
+        return rows;
     }
 
     private heard(change: ChangeEvent): void {
@@ -186,6 +211,7 @@ export class Store {
 
     private announce(key: string, value: string, origin: Origin | null): void {
         this.forgetStatus(key);
+        this.unanswered.delete(key);
         this.update({
             announcement: { number: (this.state.announcement?.number ?? 0) + 1, key, value, origin },
         });
