@@ -39,7 +39,7 @@ std::string browserSecret(StateStore& state) {
     if (kept && kept->size() == 2 * secretBytes) {
         return *kept;
     }
-    const std::string made = randomHex(secretBytes);
+    std::string made = randomHex(secretBytes);
     if (!state.save(name, made)) {
         logHost(VessaLogger::WARNING, "open pages will need a new address after a restart");
     }

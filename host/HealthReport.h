@@ -10,7 +10,7 @@
 namespace SettingsHost {
 
 /// What `/healthz` says:
-/// `{"status":"ok","version":"1.0.0","uptimeSeconds":12,"storage":{"writable":true,"keys":3,"failures":0}}`, with
+/// `{"status":"ok","version":"1.2.3","uptimeSeconds":12,"storage":{"writable":true,"keys":3,"failures":0}}`, with
 /// "lastFailure" once there was one. The status is "degraded" while changes do not reach the database, and otherwise
 /// "recovered" until the next start when the database was damaged at this one: "storage" then says with "recoveredFrom"
 /// whether a "backup" or "defaults" took its place, and with "setAside" how the damaged file is called now.

@@ -1,12 +1,15 @@
 #include "Options.h"
 
 #include <cstdlib>
+#include <filesystem>
 #include <map>
 #include <stdexcept>
+#include <system_error>
 
 #include <CLI/CLI.hpp>
 #include <unistd.h>
 
+#include "Version.h"
 #include "web/WebAccess.h"
 
 namespace SettingsHost {
@@ -51,9 +54,12 @@ std::string refuseNoWebAddress(const std::string& text) {
     }
 }
 
-/// Without pages of its own the host still serves clients, health and figures.
+/// The pages that were installed with this program. Without any the host still serves clients, health and figures.
 std::string defaultPagesFolder() {
-    return ::access(SETTINGS_HANDLER_PAGES "/index.html", R_OK) == 0 ? SETTINGS_HANDLER_PAGES : "";
+    std::error_code failure;
+    const auto program = std::filesystem::read_symlink("/proc/self/exe", failure);
+    const auto pages = (program.parent_path() / SETTINGS_HANDLER_PAGES).lexically_normal();
+    return !failure && ::access((pages / "index.html").c_str(), R_OK) == 0 ? pages.string() : "";
 }
 
 constexpr const char* examples = R"(
@@ -114,7 +120,7 @@ Options parseOptions(int argumentCount, const char* const* arguments) {
         ->check(refuseEmpty);
     bool noSandbox = false;
     app.add_flag("--no-sandbox", noSandbox, "Keep every right of the user, for debuggers and the like");
-    app.set_version_flag("--version", "settings-host " SETTINGS_HANDLER_VERSION);
+    app.set_version_flag("--version", versionText());
     try {
         app.parse(argumentCount, arguments);
     } catch (const CLI::CallForHelp&) {

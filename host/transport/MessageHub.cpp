@@ -242,7 +242,7 @@ void MessageHub::sendReply(Client& client, std::string frame) {
 std::string MessageHub::sendMessage(int messageType, rapidjson::Document& payload) {
     ++sequence;
     outcome = RequestOutcome::CHANGED;
-    const std::string messageId = messageIdPrefix + std::to_string(sequence);
+    std::string messageId = messageIdPrefix + std::to_string(sequence);
     std::string settingDBId;
     if (Utils::RapidjsonUtil::tryGetStringMember(payload, "settingDBId", settingDBId)) {
         announcedKeys.insert(settingDBId);

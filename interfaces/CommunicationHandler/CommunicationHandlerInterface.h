@@ -30,6 +30,7 @@ public:
     const std::string payloadKey;
 
 protected:
+    /// Fixes the names of the envelope's members for the life of the transport.
     explicit CommunicationHandlerInterface(std::string messageIdKeyName = "messageId",
                                            std::string timestampKeyName = "timestamp",
                                            std::string payloadKeyName = "payload")

@@ -13,7 +13,7 @@ enum class AppName : std::int32_t {
 };
 
 /// The name by which the launcher knows each application. The library reads it once, when the assistant's settings are
-/// opened for the first time; a later change is not seen.
+/// opened for the first time; a later change is not seen. Nothing locks it: fill it before requests are let in.
 [[gnu::visibility("default")]] extern std::unordered_map<AppName, std::string> AppNameToStringMapping;
 
 }  // namespace DeviceAbstractionLayer

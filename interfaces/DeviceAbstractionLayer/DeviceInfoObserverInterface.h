@@ -7,6 +7,9 @@ namespace DeviceAbstractionLayer {
 
 /// An observer of the device. The handler is one; the device abstraction layer calls it.
 ///
+/// Threads: any, after `initializeSettings` and not while the handler is destroyed. What an
+/// observer throws comes out of the notification.
+///
 /// The order of the operations is binary interface. Arguments are passed by value on purpose: they are the
 /// observer's to keep.
 class [[gnu::visibility("default")]] DeviceInfoObserverInterface {

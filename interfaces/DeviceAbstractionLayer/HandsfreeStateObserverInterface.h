@@ -2,7 +2,8 @@
 
 namespace DeviceAbstractionLayer {
 
-/// An observer of the device's hands-free switch. The handler is one; the device abstraction layer calls it.
+/// An observer of the device's hands-free switch. The handler is one; the device abstraction layer calls it, on
+/// any thread, under the rules of `DeviceInfoObserverInterface`.
 class [[gnu::visibility("default")]] HandsfreeStateObserverInterface {
 public:
     /// Hands-free was switched on or off at the device.

@@ -1,5 +1,6 @@
 #pragma once
 
+/// \file
 /// The one configuration of the JSON library. Every file that needs the library includes this header,
 /// so that all of them agree on it.
 ///
@@ -24,8 +25,16 @@ namespace Utils {
     std::abort();
 }
 
-/// In bytes: room for the sixteen members that an object reserves with its first, and for a few short texts.
-constexpr std::size_t jsonChunkSize = 16 * 32 + 80;
+/// In bytes, checked below. The JSON library packs its values on some processors only.
+#ifdef __x86_64__
+constexpr std::size_t jsonValueSize = 16;
+#else
+constexpr std::size_t jsonValueSize = 24;
+#endif
+
+/// In bytes: room for the sixteen members (name and value) that an object reserves with its first, and for a few short
+/// texts.
+constexpr std::size_t jsonChunkSize = 16 * 2 * jsonValueSize + 80;
 
 /// Makes what a document owns: an allocator, which is given the size of its chunks.
 template <typename Owned>
@@ -51,14 +60,17 @@ auto makeForJson() {
 }  // namespace Utils
 
 #ifndef RAPIDJSON_HAS_STDSTRING
+/// Names and values may be given as `std::string`.
 #define RAPIDJSON_HAS_STDSTRING 1
 #endif
 #ifndef RAPIDJSON_ASSERT
+/// What becomes of a failed precondition.
 #define RAPIDJSON_ASSERT(condition) \
     ((condition) ? static_cast<void>(0) : ::Utils::failJsonPrecondition(#condition, __FILE__, __LINE__))
 #endif
 
 #ifndef RAPIDJSON_NEW
+/// How the library makes what a document owns.
 #define RAPIDJSON_NEW(made) ::Utils::makeForJson<made>()
 #endif
 
@@ -67,6 +79,8 @@ auto makeForJson() {
 #include <rapidjson/writer.h>
 
 namespace Utils {
+
+static_assert(sizeof(rapidjson::Value) <= jsonValueSize, "a first member would not fit the chunk of a document");
 
 /// Flags for parsing any text that comes from outside.
 constexpr unsigned jsonParseFlags = rapidjson::kParseDefaultFlags | rapidjson::kParseIterativeFlag;

@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include "FakeHost.h"
+#include "Version.h"
 
 namespace {
 
@@ -110,7 +111,8 @@ TEST(SettingsCtlCommandLine, HelpsWithTheVerbsTheOptionsAndTheExitStatus) {
 
 TEST(SettingsCtlCommandLine, TellsItsVersion) {
     const Finished end = runProgram({"--version"});
-    EXPECT_EQ(end.output, "settingsctl " SETTINGS_HANDLER_VERSION "\n");
+    EXPECT_EQ(end.output, std::string(SettingsCtl::versionText()) + "\n");
+    EXPECT_EQ(end.output.rfind("settingsctl " SETTINGS_HANDLER_VERSION " (", 0), 0U) << end.output;
     EXPECT_EQ(end.errors, "");
     EXPECT_EQ(end.status, 0);
 }

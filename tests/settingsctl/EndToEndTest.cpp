@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "RunningHost.h"
-#include "support/LineClient.h"
+#include "wire/HostClients.h"
 
 using namespace SettingsCtlTests;
 
@@ -32,10 +32,10 @@ protected:
 
 TEST_F(SettingsCtlAndHost, TellWhenThereIsNoRoomAndWorkWhenThereIs) {
     const std::string noRoom = "settingsctl: the host serves as many clients as it can; try again when one has left\n";
-    std::vector<std::unique_ptr<TestSupport::LineClient>> crowd;
+    std::vector<std::unique_ptr<WireTests::HostClient>> crowd;
     for (int number = 0; number < 128; ++number) {
-        crowd.push_back(std::make_unique<TestSupport::LineClient>(host.socketPath()));
-        crowd.push_back(std::make_unique<TestSupport::LineClient>(host.devicePath()));
+        crowd.push_back(std::make_unique<WireTests::HostClient>(host.socketPath()));
+        crowd.push_back(std::make_unique<WireTests::HostClient>(host.devicePath()));
     }
     for (const std::vector<std::string>& arguments :
          {std::vector<std::string>{"get", "deviceName"}, {"set", "deviceName", "Den"}, {"watch"}, {"device", "show"}}) {
@@ -130,7 +130,7 @@ TEST_F(SettingsCtlAndHost, SayWhyAValueIsRefused) {
 }
 
 TEST_F(SettingsCtlAndHost, RefuseWhatIsOlderThanTheNewestRequest) {
-    TestSupport::LineClient client(host.socketPath());
+    WireTests::HostClient client(host.socketPath());
     client.sendLine(
         R"({"type":24,"timestamp":9000000000000000,"payload":{"settingDBId":"deviceName","to":"from the future"}})");
     ASSERT_TRUE(client.receiveLine());

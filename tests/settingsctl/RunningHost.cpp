@@ -23,11 +23,13 @@ void RunningHost::start() {
     if (!line || line->rfind("ready:", 0) != 0) {
         throw std::runtime_error("settings-host is not ready: " + process->errors().readAll());
     }
+    traffic.emplace(devicePath());
 }
 
 void RunningHost::killAndRestart() {
     process->sendSignal(SIGKILL);
     process->wait();
+    traffic.reset();
     start();
 }
 

@@ -6,10 +6,12 @@
 
 #include "support/ChildProcess.h"
 #include "support/TemporaryDirectory.h"
+#include "wire/TracedHost.h"
 
 namespace SettingsCtlTests {
 
-/// A settings-host with a database and sockets of its own.
+/// A settings-host with a database and sockets of its own. What passes between it and its clients must keep to the
+/// protocol.
 class RunningHost {
 public:
     /// Returns when the host is ready; throws when it does not get there.
@@ -33,6 +35,7 @@ private:
 
     TestSupport::TemporaryDirectory folder;
     std::optional<TestSupport::ChildProcess> process;
+    std::optional<WireTests::TracedHost> traffic;
 };
 
 }  // namespace SettingsCtlTests

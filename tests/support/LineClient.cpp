@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstring>
 #include <stdexcept>
+#include <utility>
 
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -31,7 +32,8 @@ int connectTo(const std::string& path) {
 
 }  // namespace
 
-LineClient::LineClient(const std::string& path) : socket(connectTo(path)), reader(socket) {}
+LineClient::LineClient(const std::string& path, Witness witnessOfLines)
+    : socket(connectTo(path)), reader(socket), witness(std::move(witnessOfLines)) {}
 
 LineClient::~LineClient() {
     close();
@@ -39,6 +41,26 @@ LineClient::~LineClient() {
 
 bool LineClient::send(const std::string& bytes) {
     return sendAll(socket, bytes);
+}
+
+std::optional<std::string> LineClient::receiveLine(std::chrono::milliseconds deadline) {
+    auto line = reader.readLine(deadline);
+    if (line && witness) {
+        witness(*line);
+    }
+    return line;
+}
+
+std::string LineClient::receiveAll(std::chrono::milliseconds deadline) {
+    std::string all = reader.readAll(deadline);
+    if (witness) {
+        std::size_t start = 0;
+        for (auto end = all.find('\n'); end != std::string::npos; end = all.find('\n', start)) {
+            witness(all.substr(start, end - start));
+            start = end + 1;
+        }
+    }
+    return all;
 }
 
 void LineClient::finishSending() {

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "support/LineReader.h"
+#include "support/Witness.h"
 
 namespace TestSupport {
 
@@ -11,7 +12,7 @@ namespace TestSupport {
 class LineClient {
 public:
     /// Connects; throws when nobody listens.
-    explicit LineClient(const std::string& path);
+    explicit LineClient(const std::string& path, Witness witnessOfLines = nullptr);
     ~LineClient();
 
     LineClient(const LineClient&) = delete;
@@ -21,11 +22,9 @@ public:
     bool send(const std::string& bytes);
     bool sendLine(const std::string& line) { return send(line + "\n"); }
 
-    std::optional<std::string> receiveLine(std::chrono::milliseconds deadline = patience) {
-        return reader.readLine(deadline);
-    }
+    std::optional<std::string> receiveLine(std::chrono::milliseconds deadline = patience);
     /// Everything until the other side closes.
-    std::string receiveAll(std::chrono::milliseconds deadline = patience) { return reader.readAll(deadline); }
+    std::string receiveAll(std::chrono::milliseconds deadline = patience);
     bool closedByPeer() const { return reader.atEnd(); }
 
     /// Says that nothing more will be sent.
@@ -36,6 +35,7 @@ public:
 private:
     int socket;
     LineReader reader;
+    Witness witness;
 };
 
 }  // namespace TestSupport

@@ -208,6 +208,14 @@ int WebSocket::Message::closeStatus() const {
 }
 
 std::optional<WebSocket::Message> WebSocket::receive(std::chrono::milliseconds deadline) {
+    auto message = receiveAny(deadline);
+    if (message && message->kind == 1 && witness) {
+        witness(message->payload);
+    }
+    return message;
+}
+
+std::optional<WebSocket::Message> WebSocket::receiveAny(std::chrono::milliseconds deadline) {
     const auto until = std::chrono::steady_clock::now() + deadline;
     const auto left = [&] {
         return std::chrono::duration_cast<std::chrono::milliseconds>(until - std::chrono::steady_clock::now());

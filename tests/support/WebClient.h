@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "support/LineReader.h"
+#include "support/Witness.h"
 
 namespace TestSupport {
 
@@ -92,7 +93,13 @@ public:
 
     bool answerPings = true;
 
+protected:
+    /// Of text messages.
+    Witness witness;
+
 private:
+    std::optional<Message> receiveAny(std::chrono::milliseconds deadline);
+
     TcpConnection connection;
     HttpResponse handshake;
     /// What came of a message that is not whole yet.

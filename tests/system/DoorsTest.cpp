@@ -35,7 +35,7 @@ protected:
 
 TEST_F(HostDoors, AClientThatNeverReadsIsDisconnectedAndHoldsNobodyUp) {
     start({"--log-level", "3"});
-    TestSupport::LineClient slow(socket());
+    WireTests::HostClient slow(socket());
     slow.sendLine(getRequest("[]", "slow"));
     const std::string value(30000, 'v');
     for (int number = 0; number < 100; ++number) {
@@ -70,7 +70,7 @@ TEST_F(HostDoors, AStormOfOneClientHoldsNobodyUp) {
     start({"--log-level", "3"});
     client();
     ASSERT_EQ(get("deviceName"), "TV");
-    TestSupport::LineClient storm(socket());
+    WireTests::HostClient storm(socket());
     std::string frames;
     for (int number = 0; number < 20000; ++number) {
         frames += R"({"type":18,"messageId":"m"})"
@@ -105,9 +105,9 @@ TEST_F(HostDoors, AtTheDescriptorLimitThoseWhoAreConnectedAreServed) {
     host = std::move(launched);
     ASSERT_TRUE(host->output().readLine());
     EXPECT_EQ(get("deviceName"), "TV");
-    std::vector<std::unique_ptr<TestSupport::LineClient>> crowd;
+    std::vector<std::unique_ptr<WireTests::HostClient>> crowd;
     for (int number = 0; number < 100; ++number) {
-        crowd.push_back(std::make_unique<TestSupport::LineClient>(socket()));
+        crowd.push_back(std::make_unique<WireTests::HostClient>(socket()));
     }
     EXPECT_EQ(get("deviceName"), "TV");
     const long ticks = processorTicks();
@@ -159,7 +159,7 @@ TEST_F(HostDoors, TheDeviceSocketRefusesLikeTheOther) {
 
 TEST_F(HostDoors, EventsGoToSettingsClientsOnly) {
     start();
-    TestSupport::LineClient person(deviceSocket());
+    WireTests::HostClient person(deviceSocket());
     person.sendLine(R"({"command":"captions","enabled":true})");
     EXPECT_EQ(person.receiveLine(), R"({"ok":true})");
     ask(setRequest("deviceName", "\"Den\"") + "\n" + getRequest("[]"));

@@ -10,9 +10,9 @@
 
 #include "Utils/Rapidjson.h"
 #include "support/ChildProcess.h"
-#include "support/LineClient.h"
 #include "support/Sanitizers.h"
 #include "support/TemporaryDirectory.h"
+#include "wire/HostClients.h"
 
 namespace SystemTests {
 
@@ -70,9 +70,9 @@ protected:
     std::string socket() { return folder / "run/settings.sock"; }
     std::string deviceSocket() { return folder / "run/device.sock"; }
 
-    TestSupport::LineClient& client() {
+    WireTests::HostClient& client() {
         if (!ownClient) {
-            ownClient = std::make_unique<TestSupport::LineClient>(socket());
+            ownClient = std::make_unique<WireTests::HostClient>(socket());
         }
         return *ownClient;
     }
@@ -114,7 +114,7 @@ protected:
 
     /// The answer of the device socket to one command.
     std::string device(const std::string& command) {
-        TestSupport::LineClient person(deviceSocket());
+        WireTests::HostClient person(deviceSocket());
         person.sendLine(command);
         return person.receiveLine().value_or("(no answer)");
     }
@@ -152,7 +152,7 @@ protected:
     std::vector<int> sockets;
     TestSupport::TemporaryDirectory folder;
     std::unique_ptr<TestSupport::ChildProcess> host;
-    std::unique_ptr<TestSupport::LineClient> ownClient;
+    std::unique_ptr<WireTests::HostClient> ownClient;
 };
 
 }  // namespace SystemTests

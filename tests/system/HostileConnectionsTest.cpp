@@ -13,9 +13,9 @@
 namespace SystemTests {
 
 using TestSupport::httpGet;
-using TestSupport::LineClient;
 using TestSupport::TcpConnection;
-using TestSupport::WebSocket;
+using WireTests::HostClient;
+using WireTests::HostWebSocket;
 
 namespace {
 
@@ -85,9 +85,9 @@ TEST_F(HostileConnections, OfAThousandClientsAsManyAsThereIsRoomForAreServedAndT
     constexpr std::size_t crowdSize = 1000;
     for (const auto& [path, door, others] :
          {std::tuple(socket(), "socket", clientsOfADoor - 1), std::tuple(deviceSocket(), "device", clientsOfADoor)}) {
-        std::vector<std::unique_ptr<LineClient>> crowd;
+        std::vector<std::unique_ptr<HostClient>> crowd;
         for (std::size_t number = 0; number < crowdSize; ++number) {
-            crowd.push_back(std::make_unique<LineClient>(path));
+            crowd.push_back(std::make_unique<HostClient>(path));
             if (number % 100 == 0) {
                 EXPECT_EQ(get("deviceName"), "TV") << number;
             }
@@ -140,10 +140,10 @@ TEST_F(HostileConnections, WithoutDescriptorsNewClientsAreToldAndThoseInsideAreS
     ASSERT_EQ(::prlimit(host->pid(), RLIMIT_NOFILE, nullptr, &before), 0);
     const rlimit tight{descriptors + 10, before.rlim_max};
     ASSERT_EQ(::prlimit(host->pid(), RLIMIT_NOFILE, &tight, nullptr), 0);
-    std::vector<std::unique_ptr<LineClient>> crowd;
+    std::vector<std::unique_ptr<HostClient>> crowd;
     std::size_t served = 0;
     for (std::size_t number = 0; number < 30; ++number) {
-        crowd.push_back(std::make_unique<LineClient>(number % 2 == 0 ? socket() : deviceSocket()));
+        crowd.push_back(std::make_unique<HostClient>(number % 2 == 0 ? socket() : deviceSocket()));
         crowd.back()->sendLine("x");
         const auto answer = crowd.back()->receiveLine();
         if (answer == notJson) {
@@ -164,7 +164,7 @@ TEST_F(HostileConnections, WithoutDescriptorsNewClientsAreToldAndThoseInsideAreS
     // Below what is open already not even the spare descriptor helps.
     const rlimit none{3, before.rlim_max};
     ASSERT_EQ(::prlimit(host->pid(), RLIMIT_NOFILE, &none, nullptr), 0);
-    LineClient waits(socket());
+    HostClient waits(socket());
     const long ticks = TestSupport::processorTicks(host->pid());
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
     EXPECT_LT(TestSupport::processorTicks(host->pid()) - ticks, 10) << "the host spins";
@@ -182,7 +182,7 @@ TEST_F(HostileConnections, AClientThatLeavesAfterAnyByteOfAFrameLeavesNothing) {
     const std::string request = setRequest("deviceName", R"("Den")");
     for (const auto& path : {socket(), deviceSocket()}) {
         for (std::size_t size = 0; size <= request.size(); ++size) {
-            LineClient(path).send(request.substr(0, size));
+            HostClient(path).send(request.substr(0, size));
             if (size % 16 == 0) {
                 EXPECT_EQ(get("deviceName"), "TV") << size;
             }
@@ -190,7 +190,7 @@ TEST_F(HostileConnections, AClientThatLeavesAfterAnyByteOfAFrameLeavesNothing) {
     }
     expectNothingLeft();
     // The line end is what makes it a request.
-    LineClient(socket()).send(request + "\n");
+    HostClient(socket()).send(request + "\n");
     waitFor([&] { return get("deviceName") == "Den"; });
 }
 
@@ -201,7 +201,7 @@ TEST_F(HostileConnections, AWebSocketThatLeavesAfterAnyByteOfItsLifeLeavesNothin
                        "\r\nConnection: Upgrade\r\nUpgrade: websocket\r\nSec-WebSocket-Version: 13\r\n"
                        "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\nSec-WebSocket-Protocol: settings.v1\r\n\r\n";
     const std::size_t upgrade = life.size();
-    life += WebSocket::frameBytes(1, request, true);
+    life += HostWebSocket::frameBytes(1, request, true);
     for (std::size_t size = 0; size < life.size(); ++size) {
         TcpConnection leaves(port);
         leaves.send(life.substr(0, std::min(size, upgrade)));
@@ -224,13 +224,13 @@ TEST_F(HostileConnections, FramesThatComeByteByByteHoldNobodyUp) {
     const std::string request = getRequest(R"(["timezone"])", "slow") + "\n";
     const std::string reply =
         R"({"type":7,"messageId":"slow","payload":{"settings":{"timezone":"America/Vancouver"}}})";
-    std::vector<std::unique_ptr<LineClient>> lines;
-    std::vector<std::unique_ptr<WebSocket>> pages;
+    std::vector<std::unique_ptr<HostClient>> lines;
+    std::vector<std::unique_ptr<HostWebSocket>> pages;
     for (std::size_t number = 0; number < slowClients; ++number) {
-        lines.push_back(std::make_unique<LineClient>(socket()));
+        lines.push_back(std::make_unique<HostClient>(socket()));
         pages.push_back(page());
     }
-    const std::string message = WebSocket::frameBytes(1, request, true);
+    const std::string message = HostWebSocket::frameBytes(1, request, true);
     for (std::size_t place = 0; place < std::max(request.size(), message.size()); ++place) {
         for (std::size_t number = 0; number < slowClients; ++number) {
             if (place < request.size()) {
@@ -255,10 +255,10 @@ TEST_F(HostileConnections, HalfFramesInEveryConnectionAreBounded) {
     constexpr std::size_t halfFrame = 65000;
     // Read in one piece, kept in another, grown in steps.
     constexpr std::size_t costOfOne = 4 * 65536;
-    std::vector<std::unique_ptr<LineClient>> lines;
-    std::vector<std::unique_ptr<WebSocket>> pages;
+    std::vector<std::unique_ptr<HostClient>> lines;
+    std::vector<std::unique_ptr<HostWebSocket>> pages;
     for (std::size_t number = 0; number < 100; ++number) {
-        lines.push_back(std::make_unique<LineClient>(socket()));
+        lines.push_back(std::make_unique<HostClient>(socket()));
         lines.back()->send("{\"type\":24,\"x\":\"" + std::string(halfFrame, 'x'));
         pages.push_back(page());
         pages.back()->sendFrame(1, "{\"type\":24,\"x\":\"" + std::string(halfFrame, 'x'), false);
@@ -273,7 +273,7 @@ TEST_F(HostileConnections, HalfFramesInEveryConnectionAreBounded) {
 TEST_F(HostileConnections, ClientsThatComeAndGoLeaveNothing) {
     const int rounds = TestSupport::sanitized ? 200 : 1000;
     for (int number = 0; number < rounds; ++number) {
-        LineClient visitor(number % 2 == 0 ? socket() : deviceSocket());
+        HostClient visitor(number % 2 == 0 ? socket() : deviceSocket());
         visitor.sendLine(getRequest(R"(["timezone"])"));
         if (number % 3 == 0) {
             EXPECT_TRUE(visitor.receiveLine());

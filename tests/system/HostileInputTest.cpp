@@ -9,7 +9,7 @@
 
 namespace SystemTests {
 
-using TestSupport::LineClient;
+using WireTests::HostClient;
 
 namespace {
 
@@ -139,7 +139,7 @@ const std::vector<Field> commandFields{
 class HostileInput : public HostWeb {
 protected:
     /// What the host sends to `sender` because of `frame`: everything up to the answer to a last question.
-    Lines answersTo(LineClient& sender, const std::string& frame, const std::string& question) {
+    Lines answersTo(HostClient& sender, const std::string& frame, const std::string& question) {
         sender.sendLine(frame + "\n" + question);
         Lines answers;
         for (;;) {
@@ -160,7 +160,7 @@ protected:
     }
 
     /// Plays each field with each value of a kind that is wrong in it.
-    void expectAnswers(const std::vector<Field>& fields, LineClient& sender, const std::string& question) {
+    void expectAnswers(const std::vector<Field>& fields, HostClient& sender, const std::string& question) {
         for (const auto& field : fields) {
             for (const auto& value : values) {
                 if (field.rightKinds.count(value.kind) == 0) {
@@ -192,7 +192,7 @@ protected:
 TEST_F(HostileInput, AValueOfAWrongTypeInAnyFieldOfARequestChangesNothing) {
     startWeb({"--log-level", "3"});
     const std::string before = everything();
-    LineClient watcher(socket());
+    HostClient watcher(socket());
     watcher.sendLine(R"({"type":18,"messageId":"first"})");
     ASSERT_TRUE(watcher.receiveLine());
     expectAnswers(requestFields, client(), R"({"type":18,"messageId":"last"})");
@@ -205,7 +205,7 @@ TEST_F(HostileInput, AValueOfAWrongTypeInAnyFieldOfARequestChangesNothing) {
 TEST_F(HostileInput, AValueOfAWrongTypeInAnyFieldOfACommandChangesNothing) {
     startWeb({"--log-level", "3"});
     const std::string before = everything();
-    LineClient person(deviceSocket());
+    HostClient person(deviceSocket());
     expectAnswers(commandFields, person, R"({"command":"show"})");
     EXPECT_EQ(everything(), before);
     EXPECT_EQ(answersTo(""), Lines{}) << "a client heard of it";
@@ -283,7 +283,7 @@ TEST_F(HostileInput, DepthIsRefusedOverAWebSocketToo) {
         socket->sendText(deep(32000));
         EXPECT_EQ(socket->receiveText(), tooDeep);
         socket->sendText(deep(100000));
-        EXPECT_EQ(socket->receive().value_or(TestSupport::WebSocket::Message()).closeStatus(), 1009);
+        EXPECT_EQ(socket->receive().value_or(WireTests::HostWebSocket::Message()).closeStatus(), 1009);
     }
     EXPECT_EQ(get("deviceName"), "TV");
 }
@@ -293,7 +293,7 @@ TEST_F(HostileInput, AnEndlessLineCostsNoMemoryAndOneRefusal) {
     EXPECT_EQ(get("deviceName"), "TV");
     const std::size_t mebibytes = TestSupport::sanitized ? 16 : 64;
     for (const auto& path : {socket(), deviceSocket()}) {
-        LineClient endless(path);
+        HostClient endless(path);
         endless.sendLine("x");
         ASSERT_EQ(endless.receiveLine(), notJson);
         const std::size_t before = TestSupport::residentMemory(host->pid());
@@ -332,7 +332,7 @@ TEST_F(HostileInput, AnEndlessMessageClosesAWebSocketAndCostsNoMemory) {
                 }
             }
         });
-        EXPECT_EQ(socket->receive().value_or(TestSupport::WebSocket::Message()).closeStatus(), 1009);
+        EXPECT_EQ(socket->receive().value_or(WireTests::HostWebSocket::Message()).closeStatus(), 1009);
         sender.join();
     }
     if (!TestSupport::sanitized) {

@@ -33,7 +33,7 @@ protected:
 TEST_F(Idle, IsNotWokenByItself) {
     startWeb();
     const auto page = this->page();
-    TestSupport::LineClient person(deviceSocket());
+    WireTests::HostClient person(deviceSocket());
     EXPECT_EQ(get("deviceName"), "TV");
     // Shorter than the time until the first look at the backups, and until a page is pinged.
     constexpr std::chrono::milliseconds window(2000);

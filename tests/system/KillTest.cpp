@@ -64,7 +64,7 @@ private:
         }
     }
 
-    TestSupport::LineClient connection;
+    WireTests::HostClient connection;
     long sent;
     std::thread writer;
     std::thread reader;

@@ -14,7 +14,7 @@ namespace SystemTests {
 
 using TestSupport::LineClient;
 using TestSupport::TcpConnection;
-using TestSupport::WebSocket;
+using WireTests::HostWebSocket;
 
 namespace {
 

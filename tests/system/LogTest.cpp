@@ -140,7 +140,7 @@ TEST_F(HostLog, TheHostsOwnLinesHoldNoNamesThatPeopleGave) {
     device(R"({"command":"setting","key":"orliaLocale","value":"{\"name\":\")" + marker + R"(\"}"})");
     TestSupport::httpGet(port, "/" + marker);
     TestSupport::httpGet(port, "/?key=" + marker);
-    TestSupport::WebSocket(port, "/settings?key=" + marker, marker);
+    WireTests::HostWebSocket(port, "/settings?key=" + marker, marker);
     request(R"({"type":19})");
     request(R"({"type":22})");
     disconnect();

@@ -20,7 +20,7 @@ TEST_F(HostRequests, AWriterHasItsEventBeforeTheReplyToItsNextQuestion) {
 
 TEST_F(HostRequests, EveryClientSeesEveryEventInOneUnbrokenSequence) {
     start();
-    TestSupport::LineClient watcher(socket());
+    WireTests::HostClient watcher(socket());
     // A question answered shows that the watcher is known.
     watcher.sendLine(getRequest("[]"));
     ASSERT_TRUE(watcher.receiveLine());

@@ -143,7 +143,7 @@ TEST_F(HostService, ServesAtTheSocketsThatWerePassed) {
     pass("settings:device:web");
     const std::uint16_t port = made[2].port();
     // Whoever came before the host is served too.
-    TestSupport::LineClient early(folder / "passed/s");
+    WireTests::HostClient early(folder / "passed/s", WireTests::Door::SETTINGS);
     early.sendLine(getRequest(R"(["deviceName"])"));
     host = launch();
     const std::string ready = host->output().readLine().value_or("(none)");
@@ -153,7 +153,7 @@ TEST_F(HostService, ServesAtTheSocketsThatWerePassed) {
         EXPECT_FALSE(isInherited(place)) << place;
     }
     EXPECT_EQ(early.receiveLine(), R"({"type":7,"messageId":"g","payload":{"settings":{"deviceName":"TV"}}})");
-    TestSupport::LineClient person(folder / "passed/d");
+    WireTests::HostClient person(folder / "passed/d", WireTests::Door::DEVICE);
     person.sendLine(R"({"command":"captions","enabled":true})");
     EXPECT_EQ(person.receiveLine(), R"({"ok":true})");
     EXPECT_EQ(TestSupport::httpGet(port, "/healthz").status, 200);
@@ -162,7 +162,7 @@ TEST_F(HostService, ServesAtTheSocketsThatWerePassed) {
     stop();
     EXPECT_TRUE(std::filesystem::exists(folder / "passed/s")) << "it removed what it did not make";
     // The next host goes on where this one stopped.
-    TestSupport::LineClient between(folder / "passed/s");
+    WireTests::HostClient between(folder / "passed/s", WireTests::Door::SETTINGS);
     between.sendLine(getRequest(R"(["captionsEnabled"])"));
     host = launch();
     EXPECT_EQ(between.receiveLine(), R"({"type":7,"messageId":"g","payload":{"settings":{"captionsEnabled":"true"}}})");

@@ -12,8 +12,8 @@
 
 namespace SystemTests {
 
-using TestSupport::LineClient;
-using TestSupport::WebSocket;
+using WireTests::HostClient;
+using WireTests::HostWebSocket;
 
 namespace {
 
@@ -117,16 +117,16 @@ TEST_F(SlowClients, ThoseWhoNeverReadAreDisconnectedAndTheOthersMissNothing) {
     EXPECT_EQ(get("deviceName"), "TV");
     const std::size_t descriptors = TestSupport::openDescriptors(host->pid());
     constexpr std::size_t slowCount = 5;
-    std::vector<std::unique_ptr<LineClient>> slowLines;
-    std::vector<std::unique_ptr<WebSocket>> slowPages;
+    std::vector<std::unique_ptr<HostClient>> slowLines;
+    std::vector<std::unique_ptr<HostWebSocket>> slowPages;
     constexpr int smallBuffer = 4096;
     for (std::size_t number = 0; number < slowCount; ++number) {
-        slowLines.push_back(std::make_unique<LineClient>(socket()));
+        slowLines.push_back(std::make_unique<HostClient>(socket()));
         slowPages.push_back(
-            std::make_unique<WebSocket>(port, "/settings?key=" + key, "settings.v1", Lines{}, smallBuffer));
+            std::make_unique<HostWebSocket>(port, "/settings?key=" + key, "settings.v1", Lines{}, smallBuffer));
         ASSERT_EQ(slowPages.back()->status(), 101);
     }
-    LineClient line(socket());
+    HostClient line(socket());
     const auto pageThatReads = page();
     // The answer to a question shows that the one who asked is known.
     line.sendLine(R"({"type":18,"messageId":"m"})");

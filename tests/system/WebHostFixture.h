@@ -35,14 +35,14 @@ protected:
     }
 
     /// A WebSocket that came with the key.
-    std::unique_ptr<TestSupport::WebSocket> page(const std::string& path = "/settings",
-                                                 const std::string& protocol = "settings.v1") {
-        auto socket = std::make_unique<TestSupport::WebSocket>(port, path + "?key=" + key, protocol);
+    std::unique_ptr<WireTests::HostWebSocket> page(const std::string& path = "/settings",
+                                                   const std::string& protocol = "settings.v1") {
+        auto socket = std::make_unique<WireTests::HostWebSocket>(port, path + "?key=" + key, protocol);
         EXPECT_EQ(socket->status(), 101);
         return socket;
     }
 
-    static rapidjson::Document next(TestSupport::WebSocket& socket) {
+    static rapidjson::Document next(WireTests::HostWebSocket& socket) {
         const auto text = socket.receiveText();
         EXPECT_TRUE(text) << "nothing came";
         return parsed(text.value_or("{}"));

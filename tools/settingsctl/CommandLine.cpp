@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "Commands.h"
+#include "Version.h"
 #include "Wire.h"
 
 namespace SettingsCtl {
@@ -77,7 +78,7 @@ void addOptions(CLI::App& app, Choice& choice) {
         ->type_name("SECONDS")
         ->check(CLI::Range(0.001, 86400.0, ""))
         ->capture_default_str();
-    app.set_version_flag("--version", "settingsctl " SETTINGS_HANDLER_VERSION);
+    app.set_version_flag("--version", versionText());
 }
 
 void addSettingsVerbs(CLI::App& app, Choice& choice) {

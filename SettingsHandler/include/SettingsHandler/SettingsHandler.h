@@ -1,6 +1,5 @@
 #pragma once
 
-#include <climits>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -16,9 +15,6 @@
 #include "SettingsHandler/SettingsHandlerInterface.h"
 #include "SettingsHandler/SettingsNames.h"
 #include "teskVessa/SDKBridgeInterface.h"
-
-static_assert(sizeof(long) * CHAR_BIT >= 64,
-              "SettingsHandler carries 64-bit time stamps in `long`: build it for a 64-bit Linux target");
 
 namespace SettingsHandler {
 
@@ -65,6 +61,9 @@ public:
     /// Leaves the transport's registrations in place, so the transport must not deliver any more.
     ~SettingsHandler() override;
 
+    /// Each notification runs on the thread that gives it, and takes no lock but those of `setSetting`. Exceptions of
+    /// the voice SDK, and for the last two those of `setSetting`, pass to the notifier.
+    ///
     /// Makes `locale` the voice SDK's only locale unless it is already the primary one. The cache and the locale
     /// observers are not touched: the voice SDK reports the change in its own way.
     void notifyLocaleChange(std::string locale) override;
@@ -77,7 +76,8 @@ public:
     void notifyMicrophoneAvailabilityChanged(std::string availability) override;
     void notifyAudioGuidanceChanged(bool enabled) override;
     void notifyDeviceModeChanged(std::string mode) override;
-    /// Writes the setting through `setSetting`.
+    /// Writes the setting through `setSetting`, whose answer is not looked at. `name`: a setting key. `value`: what
+    /// `setSetting` takes; a locale that is JSON but no array ends the process here too.
     void notifySystemSettingChanged(std::string name, std::string value) override;
     /// Writes "handsFreeEnabled" through `setSetting`.
     void notifyHandsfreeStateChanged(bool enabled) override;
@@ -111,7 +111,7 @@ public:
     void handleOpenVASettingsRequest(const std::string& message);
 
     /// Switches the always-on modes and hands-free off, clears the storage and reloads the cache. No event, observer or
-    /// metric follows.
+    /// metric follows. A storage that cannot be cleared is logged at level 3, and the rest is done all the same.
     /// Locks: none; the cache is replaced without its mutex, so no other thread may use the handler meanwhile.
     void handleLogOutRequest();
 
@@ -126,7 +126,7 @@ protected:
     /// too. Locks: the cache's mutex for the update only.
     void settingChanged(const std::string& settingName, std::string& oldValue, const std::string& newValue);
 
-    /// Counts a change under the name `settingName` + "_" + `value`, as a counter and then as an event.
+    /// Counts a change under the name `settingName` + "_" + `value`, as a counter and then as an event. Locks: none.
     void emitSettingMetric(const std::string& settingName, const std::string& value);
 
     /// The compact JSON text of an array of `values`.
@@ -135,7 +135,10 @@ protected:
     /// Records the primary locale for the metrics of the process, then tells the locale observers of it. `locales`: at
     /// least one.
     void onOrliaLocaleChange(std::vector<std::string> locales);
+    /// Tells the observers of the friendly name. Locks: the cache's mutex for the copy of the registry, like the one
+    /// above and the one below; none while an observer is called.
     void onFriendlyNameChanged(const std::string& friendlyName);
+    /// Logs the entitlement status at level 1 and tells its observers, as it was given.
     void onEntitlementStatusChanged(const std::string& status);
 
     /// Launches the assistant's settings application. Its name is looked up by the first call of the process and kept.

@@ -10,10 +10,15 @@ namespace VessaLogger {
 
 /// One emitted line. The references are valid during the call of the sink only.
 struct LogLine {
+    /// How serious it is.
     LogLevel level;
+    /// When it was logged.
     std::chrono::system_clock::time_point time;
+    /// What identifies the thread that logged it.
     const std::string& threadId;
+    /// May hold line ends and other control characters, see `escapeControlCharacters`.
     const std::string& text;
+    /// Which part of the application logged it.
     LogSource source;
 };
 
@@ -24,8 +29,8 @@ using LogSink = std::function<void(const LogLine&)>;
 /// Threads: any. The replaced sink is not called any more once this returns.
 [[gnu::visibility("default")]] void setLogSink(LogSink sink);
 
-/// Makes one printable line of any text: each control character, a line end too, becomes an escape such as \n, \x1b or
-/// \u009b. Other bytes of UTF-8 texts stay as they are.
+/// Makes one printable line of any text: each control character, a line end too, becomes an escape such as `\n`,
+/// `\x1b` or `\u009b`. Other bytes of UTF-8 texts stay as they are.
 [[gnu::visibility("default")]] std::string escapeControlCharacters(const std::string& text);
 
 }  // namespace VessaLogger

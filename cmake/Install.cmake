@@ -1,0 +1,63 @@
+# What `cmake --install` puts where, in four components: library, development, host, settingsctl. Everything lies below the
+# prefix, and nothing but the units of systemd holds its name, so that an installed tree can be moved.
+include(CMakePackageConfigHelpers)
+
+set(header_folder ${CMAKE_INSTALL_INCLUDEDIR}/settings-handler-${PROJECT_VERSION_MAJOR})
+set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/SettingsHandler)
+set(pkg_config_folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+function(settings_handler_install_headers)
+  install(DIRECTORY ${ARGN} DESTINATION ${header_folder} COMPONENT development FILES_MATCHING PATTERN "*.h")
+endfunction()
+
+# A description of `name` for pkg-config. REQUIRES names others like it, or another's.
+function(settings_handler_install_pkg_config name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "DESCRIPTION;REQUIRES;LIBS" "")
+  cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX}/${pkg_config_folder}
+             OUTPUT_VARIABLE prefix_from_here)
+  configure_file(${PROJECT_SOURCE_DIR}/packaging/pkgconfig/library.pc.in ${PROJECT_BINARY_DIR}/pkgconfig/${name}.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/pkgconfig/${name}.pc DESTINATION ${pkg_config_folder} COMPONENT development)
+endfunction()
+
+settings_handler_install_headers(
+  interfaces/ SettingsHandler/include/ platform/VessaLogger/include/ platform/Metrics/include/)
+install(TARGETS SettingsHandler SettingsHandlerVessaLogger SettingsHandlerUtils SettingsHandlerMetrics
+                SettingsHandlerDeviceAbstractionLayer SettingsHandlerInterfaces SettingsHandlerPlatform
+  EXPORT SettingsHandlerTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development
+  INCLUDES DESTINATION ${header_folder})
+install(EXPORT SettingsHandlerTargets NAMESPACE SettingsHandler:: DESTINATION ${package_folder} COMPONENT development)
+configure_package_config_file(cmake/SettingsHandlerConfig.cmake.in ${PROJECT_BINARY_DIR}/SettingsHandlerConfig.cmake
+  INSTALL_DESTINATION ${package_folder} NO_SET_AND_CHECK_MACRO NO_CHECK_REQUIRED_COMPONENTS_MACRO)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/SettingsHandlerConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/SettingsHandlerConfig.cmake ${PROJECT_BINARY_DIR}/SettingsHandlerConfigVersion.cmake
+  DESTINATION ${package_folder} COMPONENT development)
+
+settings_handler_install_pkg_config(SettingsHandler
+  DESCRIPTION "${PROJECT_DESCRIPTION}" REQUIRES RapidJSON LIBS -lSettingsHandler)
+set(components VessaLogger Utils Metrics DeviceAbstractionLayer)
+foreach(component IN LISTS components)
+  settings_handler_install_pkg_config(SettingsHandler${component}
+    DESCRIPTION "Reference component of SettingsHandler: ${component}" REQUIRES RapidJSON LIBS -lSettingsHandler${component})
+endforeach()
+list(TRANSFORM components PREPEND SettingsHandler)
+list(JOIN components ", " components)
+settings_handler_install_pkg_config(SettingsHandlerPlatform
+  DESCRIPTION "All reference components of SettingsHandler" REQUIRES ${components})
+
+if(TARGET SettingsHandlerTesting)
+  settings_handler_install_headers(testing/include/)
+  install(TARGETS SettingsHandlerTesting SettingsHandlerTestingPlatform EXPORT SettingsHandlerTestingTargets
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
+    INCLUDES DESTINATION ${header_folder})
+  install(EXPORT SettingsHandlerTestingTargets NAMESPACE SettingsHandler:: DESTINATION ${package_folder} COMPONENT development)
+  settings_handler_install_pkg_config(SettingsHandlerTesting
+    DESCRIPTION "Doubles of what SettingsHandler works with" REQUIRES "RapidJSON, gmock")
+  settings_handler_install_pkg_config(SettingsHandlerTestingPlatform
+    DESCRIPTION "Doubles of the reference components of SettingsHandler" REQUIRES SettingsHandlerTesting
+    LIBS -lSettingsHandlerTestingPlatform)
+endif()
+
+if(SETTINGS_HANDLER_HOST)
+  include(cmake/InstallPrograms.cmake)
+endif()

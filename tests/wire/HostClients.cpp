@@ -1,0 +1,38 @@
+#include "wire/HostClients.h"
+
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+namespace WireTests {
+
+namespace {
+
+TestSupport::Witness schemasOf(Door door) {
+    return [door](const std::string& frame) { expectValid(door, frame); };
+}
+
+}  // namespace
+
+void expectValid(Door door, const std::string& frame) {
+    const auto fault = Schemas::ofTheWire().faultOfHostFrame(door, frame);
+    if (fault) {
+        ADD_FAILURE() << "the host broke the protocol: " << *fault;
+    }
+}
+
+Door doorBehind(const std::string& address) {
+    const std::string path = address.substr(0, address.find('?'));
+    return std::filesystem::path(path).filename().string().find("device") == std::string::npos ? Door::SETTINGS
+                                                                                               : Door::DEVICE;
+}
+
+HostClient::HostClient(const std::string& path, Door door) : LineClient(path, schemasOf(door)) {}
+
+HostWebSocket::HostWebSocket(std::uint16_t port, const std::string& target, const std::string& protocol,
+                             const std::vector<std::string>& headers, int receiveBuffer)
+    : WebSocket(port, target, protocol, headers, receiveBuffer) {
+    witness = schemasOf(doorBehind(target));
+}
+
+}  // namespace WireTests

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "support/LineClient.h"
+#include "support/WebClient.h"
+#include "wire/Schemas.h"
+
+namespace WireTests {
+
+/// Fails the test when `frame`, which a host sent at `door`, breaks its schema.
+void expectValid(Door door, const std::string& frame);
+
+/// The door behind a socket's path or a WebSocket's target: the device's has "device" in its last part.
+Door doorBehind(const std::string& address);
+
+/// A client of a host's Unix socket. Every frame that it receives must be valid under the schemas.
+class HostClient : public TestSupport::LineClient {
+public:
+    explicit HostClient(const std::string& path) : HostClient(path, doorBehind(path)) {}
+    HostClient(const std::string& path, Door door);
+};
+
+/// The same over a WebSocket.
+class HostWebSocket : public TestSupport::WebSocket {
+public:
+    HostWebSocket(std::uint16_t port, const std::string& target, const std::string& protocol,
+                  const std::vector<std::string>& headers = {}, int receiveBuffer = 0);
+};
+
+}  // namespace WireTests

@@ -1,0 +1,142 @@
+#include "wire/Schemas.h"
+
+#include <filesystem>
+#include <stdexcept>
+#include <utility>
+
+#include "wire/Json.h"
+
+// After the header that names the library's copy.
+#include <rapidjson/schema.h>
+
+namespace WireTests {
+
+namespace {
+
+/// Long enough to see what it is.
+std::string shortened(const std::string& text) {
+    constexpr std::size_t longest = 500;
+    return text.size() <= longest ? text : text.substr(0, longest) + "… (" + std::to_string(text.size()) + " bytes)";
+}
+
+std::string textOf(const json::Pointer& place) {
+    json::StringBuffer buffer;
+    place.StringifyUriFragment(buffer);
+    return buffer.GetString();
+}
+
+using Places = std::map<std::string, std::string>;
+
+/// By the member that tells the kind of a frame: its schema.
+const Places& kindsAt(Door door) {
+    static const Places settings{{"notice", "notice"}, {"error", "refusal"}};
+    static const Places device{{"ok", "device-done"},
+                               {"device", "device-state"},
+                               {"page", "device-page"},
+                               {"trace", "device-trace"},
+                               {"error", "device-refusal"}};
+    return door == Door::SETTINGS ? settings : device;
+}
+
+std::string schemaOfType(const json::Value& type) {
+    static const std::map<int, std::string> types{
+        {7, "get-settings-reply"}, {18, "is-orlia-selected-va-reply"}, {25, "setting-changed-event"}};
+    const auto found = type.IsInt() ? types.find(type.GetInt()) : types.end();
+    return found == types.end() ? "" : found->second;
+}
+
+}  // namespace
+
+struct Schemas::Schema {
+    Schema(const json::Document& text, json::IRemoteSchemaDocumentProvider& provider) : document(text, &provider) {}
+
+    json::SchemaDocument document;
+};
+
+/// Finds the schemas that others refer to by their file's name.
+class Schemas::Others : public json::IRemoteSchemaDocumentProvider {
+public:
+    Others(std::string schemaFolder, std::map<std::string, std::unique_ptr<Schema>>& schemasByName)
+        : folder(std::move(schemaFolder)), schemas(schemasByName) {}
+
+    const json::SchemaDocument* GetRemoteDocument(const char* file, json::SizeType length) override {
+        return &load(std::filesystem::path(std::string(file, length)).stem().string()).document;
+    }
+
+    const Schema& load(const std::string& name) {
+        auto& schema = schemas[name];
+        if (!schema) {
+            const json::Document text = parsed(contentOf(folder + "/" + name + ".json"));
+            if (!text.IsObject()) {
+                throw std::runtime_error("the schema " + name + " is no JSON object");
+            }
+            schema = std::make_unique<Schema>(text, *this);
+        }
+        return *schema;
+    }
+
+private:
+    std::string folder;
+    std::map<std::string, std::unique_ptr<Schema>>& schemas;
+};
+
+Schemas::Schemas(const std::string& folder) : others(std::make_unique<Others>(folder, schemas)) {
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        if (entry.path().extension() == ".json") {
+            others->load(entry.path().stem().string());
+        }
+    }
+}
+
+Schemas::~Schemas() = default;
+
+const Schemas& Schemas::ofTheWire() {
+    static const Schemas schemas(SCHEMA_FOLDER);
+    return schemas;
+}
+
+std::vector<std::string> Schemas::names() const {
+    std::vector<std::string> result;
+    for (const auto& entry : schemas) {
+        result.push_back(entry.first);
+    }
+    return result;
+}
+
+std::optional<std::string> Schemas::faultOf(const std::string& name, const std::string& text) const {
+    const json::Document frame = parsed(text);
+    if (frame.HasParseError()) {
+        return "no JSON: " + shortened(text);
+    }
+    json::SchemaValidator validator(schemas.at(name)->document);
+    if (frame.Accept(validator)) {
+        return std::nullopt;
+    }
+    return textOf(validator.GetInvalidDocumentPointer()) + " breaks \"" + validator.GetInvalidSchemaKeyword() +
+           "\" at " + textOf(validator.GetInvalidSchemaPointer()) + " of docs/schemas/" + name +
+           ".json, in the frame " + shortened(text);
+}
+
+std::optional<std::string> Schemas::faultOfHostFrame(Door door, const std::string& frame) const {
+    const std::string name = schemaOfHostFrame(door, frame);
+    return name.empty() ? "no schema is for the frame " + shortened(frame) : faultOf(name, frame);
+}
+
+std::string schemaOfHostFrame(Door door, const std::string& frame) {
+    const json::Document document = parsed(frame);
+    if (!document.IsObject()) {
+        return "";
+    }
+    const auto type = document.FindMember("type");
+    if (door == Door::SETTINGS && type != document.MemberEnd()) {
+        return schemaOfType(type->value);
+    }
+    for (const auto& [member, schema] : kindsAt(door)) {
+        if (document.HasMember(member.c_str())) {
+            return schema;
+        }
+    }
+    return "";
+}
+
+}  // namespace WireTests

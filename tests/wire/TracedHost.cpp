@@ -1,0 +1,74 @@
+#include "wire/TracedHost.h"
+
+#include <map>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+#include "wire/Json.h"
+
+namespace WireTests {
+
+namespace {
+
+/// The schema of a request; empty for what is none. Tests send such things, too.
+std::string schemaOfRequest(Door door, const std::string& text) {
+    static const std::map<int, std::string> types{{7, "get-settings-request"},
+                                                  {18, "is-orlia-selected-va-request"},
+                                                  {19, "open-va-settings-request"},
+                                                  {22, "log-out-request"},
+                                                  {24, "set-settings-request"}};
+    const json::Document request = parsed(text);
+    if (!request.IsObject()) {
+        return "";
+    }
+    if (door == Door::DEVICE) {
+        return request.HasMember("command") ? "device-command" : "";
+    }
+    const auto type = request.FindMember("type");
+    const auto found =
+        type == request.MemberEnd() || !type->value.IsInt() ? types.end() : types.find(type->value.GetInt());
+    return found == types.end() ? "" : found->second;
+}
+
+}  // namespace
+
+TracedHost::TracedHost(const std::string& devicePath) : device(devicePath, Door::DEVICE) {
+    device.sendLine(R"({"command":"trace","enabled":true})");
+    EXPECT_EQ(device.receiveLine(), R"({"ok":true})");
+}
+
+TracedHost::~TracedHost() {
+    device.sendLine(R"({"command":"trace","enabled":false})");
+    TraceCheck check;
+    for (auto line = device.receiveLine(); line && *line != R"({"ok":true})"; line = device.receiveLine()) {
+        const auto fault = check.faultOf(*line);
+        if (fault) {
+            ADD_FAILURE() << "the protocol was broken: " << *fault;
+        }
+    }
+}
+
+std::optional<std::string> TraceCheck::faultOf(const std::string& trace) {
+    const Schemas& schemas = Schemas::ofTheWire();
+    if (auto fault = schemas.faultOf("device-trace", trace)) {
+        return fault;
+    }
+    const json::Document document = parsed(trace);
+    const json::Value& copy = document["trace"];
+    const Door door = std::string(copy["door"].GetString()) == "device" ? Door::DEVICE : Door::SETTINGS;
+    const std::string text(copy["text"].GetString(), copy["text"].GetStringLength());
+    if (std::string(copy["direction"].GetString()) == "out") {
+        const auto unrefused = std::exchange(expectedToBeRefused, std::nullopt);
+        return unrefused && schemaOfHostFrame(door, text) != "device-refusal" ? unrefused
+                                                                              : schemas.faultOfHostFrame(door, text);
+    }
+    const std::string schema = schemaOfRequest(door, text);
+    auto fault = schema.empty() ? std::nullopt : schemas.faultOf(schema, text);
+    if (door == Door::DEVICE) {
+        expectedToBeRefused = std::exchange(fault, std::nullopt);
+    }
+    return fault;
+}
+
+}  // namespace WireTests
