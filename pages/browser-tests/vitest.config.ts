@@ -14,7 +14,8 @@ export default defineConfig({
         pool: 'forks',
         // Half of the time a test waits for the browser's next frame.
         maxWorkers: 3,
-        minWorkers: 1,
+        // With fewer, a worker that is idle for a moment is ended together with the file that it was just given.
+        minWorkers: 3,
         isolate: false,
     },
 });
