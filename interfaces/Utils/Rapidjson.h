@@ -25,8 +25,16 @@ namespace Utils {
     std::abort();
 }
 
-/// In bytes: room for the sixteen members that an object reserves with its first, and for a few short texts.
-constexpr std::size_t jsonChunkSize = 16 * 32 + 80;
+/// In bytes, checked below. The JSON library packs its values on some processors only.
+#ifdef __x86_64__
+constexpr std::size_t jsonValueSize = 16;
+#else
+constexpr std::size_t jsonValueSize = 24;
+#endif
+
+/// In bytes: room for the sixteen members (name and value) that an object reserves with its first, and for a few short
+/// texts.
+constexpr std::size_t jsonChunkSize = 16 * 2 * jsonValueSize + 80;
 
 /// Makes what a document owns: an allocator, which is given the size of its chunks.
 template <typename Owned>
@@ -71,6 +79,8 @@ auto makeForJson() {
 #include <rapidjson/writer.h>
 
 namespace Utils {
+
+static_assert(sizeof(rapidjson::Value) <= jsonValueSize, "a first member would not fit the chunk of a document");
 
 /// Flags for parsing any text that comes from outside.
 constexpr unsigned jsonParseFlags = rapidjson::kParseDefaultFlags | rapidjson::kParseIterativeFlag;

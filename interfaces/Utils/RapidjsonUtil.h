@@ -1,9 +1,13 @@
 #pragma once
 
+#include <climits>
 #include <string>
 #include <vector>
 
 #include "Utils/Rapidjson.h"
+
+static_assert(sizeof(long) * CHAR_BIT >= 64,
+              "Utils::RapidjsonUtil reads 64-bit time stamps in `long`: build it for a 64-bit Linux target");
 
 /// Reading members of JSON objects by name and type, and rendering JSON as compact text.
 ///

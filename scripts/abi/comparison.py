@@ -70,7 +70,9 @@ def _exports(old, new):
         if now is None:
             findings.append(Finding("exported names", f"{name} is gone"))
         elif before is None:
-            findings.append(Finding("exported names", f"{name} is new", compatible=True))
+            shared = now in old.exports.values() and "(none)" not in now
+            advice = f", under {now} that installed libraries have too: give it one of its own" if shared else ""
+            findings.append(Finding("exported names", f"{name} is new{advice}", compatible=True))
         elif before != now:
             findings.append(Finding("exported names", f"{name} had {before}, has {now}"))
     results = new.results()

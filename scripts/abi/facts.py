@@ -25,10 +25,12 @@ class Operation:
     place: int = None
     exported: bool = False
     static: bool = False
+    constant: bool = False
     kind: str = "function"
 
     def text(self):
-        return f"{self.result} {self.name}({', '.join(self.parameters)})".strip()
+        suffix = " const" if self.constant else ""
+        return f"{self.result} {self.name}({', '.join(self.parameters)}){suffix}".strip()
 
 
 @dataclass
@@ -150,9 +152,12 @@ class _Reader:
     def _operation(self, function, access):
         parameters = [self.type_name(part.get("type-id")) for part in function.findall("parameter")
                       if not part.get("is-artificial")]
+        called_on = next((self.type_name(part.get("type-id")) for part in function.findall("parameter")
+                          if part.get("is-artificial")), "")
         result = function.find("return")
         return Operation(name=function.get("name"), result=self.type_name(result.get("type-id")), parameters=parameters,
-                         access=access, symbol=function.get("mangled-name"), exported=bool(function.get("elf-symbol-id")))
+                         access=access, symbol=function.get("mangled-name"), exported=bool(function.get("elf-symbol-id")),
+                         constant=called_on.startswith("const "))
 
     def type_name(self, identity):
         element = self.by_id[identity]

@@ -4,6 +4,7 @@
 #include <mutex>
 #include <sstream>
 #include <thread>
+#include <utility>
 
 #include "DeviceAbstractionLayer/AppNameToStringMapping.h"
 #include "Metrics/MetricsCache.h"
@@ -15,6 +16,7 @@ namespace {
 
 struct State {
     std::atomic<Journal*> journal{nullptr};
+    std::atomic<RecordingLog*> log{nullptr};
     std::mutex mutex;
     std::vector<std::string> requests;
     LastLine line;
@@ -41,6 +43,31 @@ PlatformRecording::PlatformRecording(Journal& journal) {
 
 PlatformRecording::~PlatformRecording() {
     state().journal = nullptr;
+}
+
+RecordingLog::RecordingLog() {
+    state().log = this;
+}
+
+RecordingLog::~RecordingLog() {
+    state().log = nullptr;
+}
+
+std::vector<LogLine> RecordingLog::take(int leastLevel) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    std::vector<LogLine> taken;
+    for (auto& line : lines) {
+        if (line.level >= leastLevel) {
+            taken.push_back(std::move(line));
+        }
+    }
+    lines.clear();
+    return taken;
+}
+
+void RecordingLog::add(LogLine line) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    lines.push_back(std::move(line));
 }
 
 std::vector<std::string> singletonRequests() {
@@ -77,6 +104,9 @@ void Log::emitLog(LogLevel level, std::chrono::system_clock::time_point time, co
         const std::lock_guard<std::mutex> lock(state().mutex);
         state().line = {threadId, source,
                         std::chrono::duration_cast<std::chrono::seconds>(time.time_since_epoch()).count()};
+    }
+    if (auto* const log = state().log.load()) {
+        log->add({level, text});
     }
     if (auto* const journal = state().journal.load()) {
         journal->add("log " + std::to_string(level) + " " + text);

@@ -1,19 +1,29 @@
+#include <array>
+#include <cstdint>
 #include <cstring>
 
 #include "HandlerFixture.h"
 
-// Others' binaries call virtual operations by their place. On the Itanium ABI a pointer to a virtual member function
-// holds that place: 1 + the offset of the entry in the virtual table in bytes.
+// Others' binaries call virtual operations by their place. A pointer to a virtual member function holds the offset of
+// the entry in the virtual table in bytes. Its lowest bit says that it is one; on ARM, where addresses of code may be
+// odd, the lowest bit of the adjustment that follows says so.
 
 namespace SettingsHandlerTests {
 
 template <typename Member>
 long placeOf(Member member) {
-    static_assert(sizeof(member) >= sizeof(std::intptr_t));
-    std::intptr_t representation = 0;
-    std::memcpy(&representation, &member, sizeof(representation));
-    EXPECT_EQ(representation % 2, 1) << "not a virtual operation";
-    return (representation - 1) / static_cast<long>(sizeof(void*));
+    std::array<std::intptr_t, 2> representation{};
+    static_assert(sizeof(member) == sizeof(representation));
+    std::memcpy(representation.data(), &member, sizeof(representation));
+    auto [entry, adjustment] = representation;
+#if defined(__aarch64__) || defined(__arm__)
+    EXPECT_EQ(adjustment % 2, 1) << "not a virtual operation";
+#else
+    EXPECT_EQ(entry % 2, 1) << "not a virtual operation";
+    static_cast<void>(adjustment);
+    --entry;
+#endif
+    return entry / static_cast<long>(sizeof(void*));
 }
 
 using Handler = SettingsHandler::SettingsHandler;

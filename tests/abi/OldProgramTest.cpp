@@ -68,8 +68,10 @@ TEST_F(OldProgram, CallsTheOperationsOfAHandlerByTheirPlaces) {
 
     handler->addOrliaLocaleObserver(observer);
     EXPECT_TRUE(handler->setSetting("orliaLocale", R"(["en-US","es-US"])"));
-    calls.resize(1);
-    expectCalls({"locales 2 en-US"});
+    expectCalls({"locales 2 en-US",
+                 R"(send 25 {"settingDBId":"orliaLocale","from":"[\"fr-FR\"]","to":"[\"en-US\",\"es-US\"]"})",
+                 R"(count orliaLocale_["en-US","es-US"] 0 1 1.000000)", "event app_events AUTO with 1",
+                 "observer: locale en-US"});
 
     EXPECT_EQ(handler->getSettings({"timezone", "friendlyName"}),
               (Values{{"timezone", "Europe/Paris"}, {"friendlyName", "TV"}}));
@@ -77,8 +79,10 @@ TEST_F(OldProgram, CallsTheOperationsOfAHandlerByTheirPlaces) {
     std::string key = "timezone";
     EXPECT_TRUE(handler->isRequestValid(key, 2));
     EXPECT_FALSE(handler->isRequestValid(key, 1));
+    storage.values["timezone"] = "Asia/Tokyo";
     handler->migrateExistingDeviceSettings();
-    expectCalls({});
+    expectCalls(Calls{"time zone Asia/Tokyo"} + change("timezone", "Europe/Paris", "Asia/Tokyo") +
+                Calls{"remove timezone"});
 }
 
 TEST_F(OldProgram, NotifiesAHandlerThroughBothObserverInterfaces) {

@@ -5,25 +5,10 @@
 #include <sys/stat.h>
 
 #include "LogRecording.h"
-#include "SettingsHandlerTesting/contracts/StorageContract.h"
 #include "StorageRecording.h"
 #include "storage/SqliteStorage.h"
 #include "storage/TableStateStore.h"
 #include "support/TemporaryDirectory.h"
-
-namespace SettingsHandlerTesting {
-
-struct SqliteStorageMaker {
-    TestSupport::TemporaryDirectory folder;
-    SettingsHost::Database database{folder / "settings.db"};
-    SettingsHostTests::StorageRecording recording;
-    SettingsHost::SqliteStorage sqliteStorage{database, [](const std::string&) {}, recording};
-    SDKWrapper::StorageManagerInterface& storage() { return sqliteStorage; }
-};
-
-INSTANTIATE_TYPED_TEST_SUITE_P(SqliteStorage, StorageContract, SqliteStorageMaker, NumberedNames);
-
-}  // namespace SettingsHandlerTesting
 
 namespace SettingsHost {
 

@@ -34,6 +34,15 @@ TEST(JsonMemory, IsTakenInSmallChunksHoweverTheLibraryAsksForIt) {
     EXPECT_NE(base, nullptr);
 }
 
+TEST(JsonMemory, OfASmallObjectIsOneChunkOnEveryProcessor) {
+    rapidjson::Document document(rapidjson::kObjectType);
+    auto& pool = document.GetAllocator();
+    for (const auto* name : {"settingDBId", "from", "to"}) {
+        document.AddMember(rapidjson::StringRef(name), rapidjson::Value("sixteen letters.", pool), pool);
+    }
+    EXPECT_EQ(pool.Capacity(), jsonChunkSize);
+}
+
 TEST_F(RapidjsonUtilTest, FindsMembersOfTheNamedType) {
     parse(R"({"object":{"a":1},"array":[1,2],"string":"a\u0000b","number":-5})");
     EXPECT_TRUE(tryGetObjectMember(document, "object", value));

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <climits>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -16,9 +15,6 @@
 #include "SettingsHandler/SettingsHandlerInterface.h"
 #include "SettingsHandler/SettingsNames.h"
 #include "teskVessa/SDKBridgeInterface.h"
-
-static_assert(sizeof(long) * CHAR_BIT >= 64,
-              "SettingsHandler carries 64-bit time stamps in `long`: build it for a 64-bit Linux target");
 
 namespace SettingsHandler {
 

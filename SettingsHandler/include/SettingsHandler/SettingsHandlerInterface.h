@@ -1,5 +1,6 @@
 #pragma once
 
+#include <climits>
 #include <map>
 #include <memory>
 #include <string>
@@ -10,6 +11,9 @@
 #include "VessaNativeCommon/FriendlyNameObserverInterface.h"
 #include "VessaNativeCommon/OrliaLocaleObserverInterface.h"
 #include "teskVessa/NativeBridgeInterface.h"
+
+static_assert(sizeof(long) * CHAR_BIT >= 64,
+              "SettingsHandler carries 64-bit time stamps in `long`: build it for a 64-bit Linux target");
 
 namespace SettingsHandler {
 

@@ -93,7 +93,10 @@ export function LocaleList(): JSX.Element {
                         setAdding(true);
                     }}
                 >
-                    <span class="name">＋ {t('locale.add')}</span>
+                    <span class="name">
+                        <span aria-hidden="true">＋ </span>
+                        {t('locale.add')}
+                    </span>
                 </button>
             </div>
             {adding && (

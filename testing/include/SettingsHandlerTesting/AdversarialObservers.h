@@ -16,11 +16,18 @@
 ///     handler->addFriendlyNameObserver(observer);
 ///     handler->setSetting("friendlyName", "Den");
 ///
-/// They hold the handler by reference: do not let it change a setting once the handler is gone.
+/// Knobs: which of them, and what they are made with. Threads: one change at a time; `Writer` and `OtherRemover` have
+/// state without a lock.
+///
+/// Unlike the accidents that they stand for they misbehave in one way each, every time, and at a known moment. They
+/// hold the handler by reference: do not let it change a setting once the handler is gone.
 namespace SettingsHandlerTesting {
 
+/// What the observers call back into.
 using SettingsHandlerInterface = SettingsHandler::SettingsHandlerInterface;
 
+/// Adds an observer of any of the three kinds.
+/// @{
 inline void addObserver(SettingsHandlerInterface& handler, std::shared_ptr<FakeLocaleObserver> observer) {
     handler.addOrliaLocaleObserver(std::move(observer));
 }
@@ -30,19 +37,23 @@ inline void addObserver(SettingsHandlerInterface& handler, std::shared_ptr<FakeF
 inline void addObserver(SettingsHandlerInterface& handler, std::shared_ptr<FakeEntitlementObserver> observer) {
     handler.addEntitlementStatusObserver(std::move(observer));
 }
+/// @}
 
-/// There is none for locale observers: they cannot be removed.
+/// Removes an observer. There is none for locale observers: they cannot be removed.
+/// @{
 inline void removeObserver(SettingsHandlerInterface& handler, std::shared_ptr<FakeFriendlyNameObserver> observer) {
     handler.removeFriendlyNameObserver(std::move(observer));
 }
 inline void removeObserver(SettingsHandlerInterface& handler, std::shared_ptr<FakeEntitlementObserver> observer) {
     handler.removeEntitlementStatusObserver(std::move(observer));
 }
+/// @}
 
 /// Removes itself each time that it is told.
 template <typename Fake>
 class SelfRemover : public Fake, public std::enable_shared_from_this<SelfRemover<Fake>> {
 public:
+    /// Records into `recorder` under `ownName`, and calls `handler` back.
     SelfRemover(Journal& recorder, SettingsHandlerInterface& handler, std::string ownName = "observer")
         : Fake(recorder, std::move(ownName)) {
         this->reaction = [this, &handler] { removeObserver(handler, this->shared_from_this()); };
@@ -53,11 +64,13 @@ public:
 template <typename Fake>
 class OtherRemover : public Fake {
 public:
+    /// Records into `recorder` under `ownName`, and calls `handler` back.
     OtherRemover(Journal& recorder, SettingsHandlerInterface& handler, std::string ownName = "observer")
         : Fake(recorder, std::move(ownName)) {
         this->reaction = [this, &handler] { removeObserver(handler, victim.lock()); };
     }
 
+    /// Whom it removes.
     std::weak_ptr<Fake> victim;
 };
 
@@ -65,6 +78,7 @@ public:
 template <typename Fake>
 class Adder : public Fake {
 public:
+    /// Records into `recorder` under `ownName`, and calls `handler` back.
     Adder(Journal& recorder, SettingsHandlerInterface& handler, std::shared_ptr<Fake> added,
           std::string ownName = "observer")
         : Fake(recorder, std::move(ownName)) {
@@ -77,6 +91,7 @@ public:
 template <typename Fake>
 class Writer : public Fake {
 public:
+    /// Records into `recorder` under `ownName`, and calls `handler` back.
     Writer(Journal& recorder, SettingsHandlerInterface& handler, std::string settingDBId, std::string newValue,
            std::string ownName = "observer")
         : Fake(recorder, std::move(ownName)) {
@@ -95,6 +110,7 @@ private:
 template <typename Fake>
 class Thrower : public Fake {
 public:
+    /// Records into `recorder` under `ownName`.
     explicit Thrower(Journal& recorder, std::string ownName = "observer") : Fake(recorder, std::move(ownName)) {
         this->reaction = [] { throw std::runtime_error("thrown by an observer"); };
     }

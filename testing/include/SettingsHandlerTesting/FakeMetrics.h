@@ -1,8 +1,10 @@
 #pragma once
 
 #include <map>
+#include <mutex>
 #include <sstream>
 #include <string>
+#include <unordered_map>
 
 #include "Metrics/MetricsDelegateInterface.h"
 #include "SettingsHandlerTesting/Journal.h"
@@ -11,9 +13,20 @@ namespace SettingsHandlerTesting {
 
 /// A metrics sink. Entries: `metrics.recordCounter(deviceName_Den, 0, 1, 1)`,
 /// `metrics.recordEvent(app_events, AUTO, interaction_name=deviceName_Den)`.
+///
+/// Knobs: exceptions and delays through `Journal::at`. Threads: any.
+///
+/// Unlike a real one it sends nothing anywhere, and sorts the attributes of an event by name.
 class FakeMetrics : public Metrics::MetricsDelegateInterface {
 public:
+    /// Records into `recorder`, which outlives it.
     explicit FakeMetrics(Journal& recorder) : journal(recorder) {}
+
+    /// How often each counter was counted.
+    std::map<std::string, int> counters() const {
+        const std::lock_guard<std::mutex> lock(mutex);
+        return counted;
+    }
 
     void recordEvent(const std::string& group, const std::string& source,
                      const std::unordered_map<std::string, std::string>& attributes) override {
@@ -28,10 +41,14 @@ public:
         std::ostringstream text;
         text << "metrics.recordCounter(" << name << ", " << first << ", " << second << ", " << third << ")";
         journal.add(text.str());
+        const std::lock_guard<std::mutex> lock(mutex);
+        ++counted[name];
     }
 
 private:
     Journal& journal;
+    mutable std::mutex mutex;
+    std::map<std::string, int> counted;
 };
 
 }  // namespace SettingsHandlerTesting

@@ -11,18 +11,28 @@
 
 namespace SettingsHandlerTesting {
 
-/// What an observer does when it is told: nothing by default. With it an observer can be made hostile:
+/// Observers of the three kinds that record what they are told.
 ///
-///     auto selfRemover = std::make_shared<FakeFriendlyNameObserver>(journal);
-///     selfRemover->reaction = [&] { handler->removeFriendlyNameObserver(selfRemover); };
+/// Knob: `reaction`, what an observer does when it is told: nothing by default. With it an observer can be made
+/// hostile; `AdversarialObservers.h` has the usual ways:
+///
+///     auto caller = std::make_shared<FakeFriendlyNameObserver>(journal);
+///     caller->reaction = [&] { handler->getCurrentSettingsMap(); };
+///
+/// Threads: they record on any; set the reaction before the observer is added, and let it be safe where it runs.
+///
+/// Unlike real ones they are done when they return, and they hold the journal by reference: it must outlive the
+/// handler, which keeps locale observers to its end.
 using Reaction = std::function<void()>;
 
 /// Entry: `observer.orliaLocale(en-US)`, with `name` in front when there is one.
 class FakeLocaleObserver : public VessaNativeCommon::OrliaLocaleObserverInterface {
 public:
+    /// Records into `recorder`, which outlives it; `ownName` stands in front.
     explicit FakeLocaleObserver(Journal& recorder, std::string ownName = "observer")
         : journal(recorder), name(std::move(ownName)) {}
 
+    /// Runs when the observer is told, after the entry.
     Reaction reaction;
 
     void notifyOrliaLocaleChanged(const std::string& locale) override {
@@ -40,9 +50,11 @@ private:
 /// Entry: `observer.friendlyName(Den)`.
 class FakeFriendlyNameObserver : public VessaNativeCommon::FriendlyNameObserverInterface {
 public:
+    /// Records into `recorder`, which outlives it; `ownName` stands in front.
     explicit FakeFriendlyNameObserver(Journal& recorder, std::string ownName = "observer")
         : journal(recorder), name(std::move(ownName)) {}
 
+    /// Runs when the observer is told, after the entry.
     Reaction reaction;
 
     void notifyFriendlyNameChanged(const std::string& friendlyName) override {
@@ -60,9 +72,11 @@ private:
 /// Entry: `observer.entitlementStatus(active)`.
 class FakeEntitlementObserver : public teskVessa::NativeBridgeInterface {
 public:
+    /// Records into `recorder`, which outlives it; `ownName` stands in front.
     explicit FakeEntitlementObserver(Journal& recorder, std::string ownName = "observer")
         : journal(recorder), name(std::move(ownName)) {}
 
+    /// Runs when the observer is told, after the entry.
     Reaction reaction;
 
     void notifyEntitlementStatusChanged(const std::string& status) override {

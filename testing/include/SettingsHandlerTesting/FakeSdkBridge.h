@@ -1,5 +1,9 @@
 #pragma once
 
+#include <functional>
+#include <map>
+#include <mutex>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -9,37 +13,77 @@
 
 namespace SettingsHandlerTesting {
 
-/// A voice SDK in memory. Entries: `sdk.setHandsFreeEnabled(true)`, `sdk.applySetting(friendlyName, Den)`,
-/// `sdk.getLocales()`, `sdk.setLocales(en-US|fr-FR)` and so on. Unlike a real one it hands nothing on: what it is told
-/// of hands-free, always-on modes and friendly name is not read back from device information or storage.
+/// A voice SDK in memory.
+///
+/// Entries: `sdk.setHandsFreeEnabled(true)`, `sdk.applySetting(friendlyName, Den)`, `sdk.getLocales()`,
+/// `sdk.setLocales(en-US|fr-FR)` and so on.
+///
+/// Knobs: the values below; what it refuses; where it hands on what it is told; exceptions and delays through
+/// `Journal::at`, which hits a write before it changes anything.
+///
+/// Threads: any for the operations. The public members are for the test alone, while no other thread uses the bridge.
+///
+/// Unlike a real one it takes any locale and any text as a time zone, and hands nothing on by itself: hands-free,
+/// always-on modes and friendly name come back in device information and storage only through `handsOn`, which
+/// `TestHandler` sets.
 class FakeSdkBridge : public teskVessa::SDKBridgeInterface {
 public:
+    /// Records into `recorder`, which outlives it.
     explicit FakeSdkBridge(Journal& recorder) : journal(recorder) {}
 
     /// What the SDK holds. Tests may read and change it at will.
+    /// @{
     std::vector<std::string> locales{"en-US"};
     std::string timezone = "America/Vancouver";
     bool captionsEnabled = false;
     bool doNotDisturbEnabled = false;
-    /// Knob: `applySetting` answers false.
+    /// @}
+    /// What it was handed last, by key; "handsFreeEnabled" is there as "true" or "false".
+    std::map<std::string, std::string> applied;
+
+    /// Knobs: `applySetting` answers false and keeps nothing, always or for these keys.
+    /// @{
     bool refusesSettings = false;
+    std::set<std::string> refusedSettings;
+    /// @}
+    /// Knobs: the old value stays, which the interface cannot report.
+    /// @{
+    bool refusesTimezone = false;
+    bool refusesLocales = false;
+    bool refusesHandsFree = false;
+    /// @}
+
+    /// Told of each setting that was handed over and taken, by key and value: hands-free as "handsFreeEnabled".
+    std::function<void(const std::string& settingDBId, const std::string& value)> handsOn;
 
     void setHandsFreeEnabled(bool enabled) override {
-        journal.add(std::string("sdk.setHandsFreeEnabled(") + (enabled ? "true" : "false") + ")");
+        const std::string value = enabled ? "true" : "false";
+        journal.add("sdk.setHandsFreeEnabled(" + value + ")");
+        if (!refusesHandsFree) {
+            take("handsFreeEnabled", value);
+        }
     }
 
     bool applySetting(std::string settingDBId, std::string value) override {
         journal.add("sdk.applySetting(" + settingDBId + ", " + value + ")");
-        return !refusesSettings;
+        if (refusesSettings || refusedSettings.count(settingDBId) > 0) {
+            return false;
+        }
+        take(settingDBId, value);
+        return true;
     }
 
     void setTimezone(std::string newTimezone) override {
         journal.add("sdk.setTimezone(" + newTimezone + ")");
-        timezone = std::move(newTimezone);
+        const std::lock_guard<std::mutex> lock(mutex);
+        if (!refusesTimezone) {
+            timezone = std::move(newTimezone);
+        }
     }
 
     std::string getTimezone() override {
         journal.add("sdk.getTimezone()");
+        const std::lock_guard<std::mutex> lock(mutex);
         return timezone;
     }
 
@@ -49,11 +93,15 @@ public:
             joined += (joined.empty() ? "" : "|") + locale;
         }
         journal.add("sdk.setLocales(" + joined + ")");
-        locales = std::move(newLocales);
+        const std::lock_guard<std::mutex> lock(mutex);
+        if (!refusesLocales) {
+            locales = std::move(newLocales);
+        }
     }
 
     std::vector<std::string> getLocales() override {
         journal.add("sdk.getLocales()");
+        const std::lock_guard<std::mutex> lock(mutex);
         return locales;
     }
 
@@ -68,7 +116,18 @@ public:
     }
 
 private:
+    void take(const std::string& settingDBId, const std::string& value) {
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            applied[settingDBId] = value;
+        }
+        if (handsOn) {
+            handsOn(settingDBId, value);
+        }
+    }
+
     Journal& journal;
+    std::mutex mutex;
 };
 
 }  // namespace SettingsHandlerTesting

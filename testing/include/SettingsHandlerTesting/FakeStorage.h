@@ -1,6 +1,8 @@
 #pragma once
 
 #include <map>
+#include <mutex>
+#include <set>
 #include <string>
 
 #include "SDKWrapper/StorageManagerInterface.h"
@@ -8,44 +10,81 @@
 
 namespace SettingsHandlerTesting {
 
-/// A storage in memory. Entries: `storage.getValue(deviceName)`, `storage.setValue(deviceName, Den)`,
-/// `storage.removeValue(…)`, `storage.clearStorage()`. Unlike a real one it has no limits and loses all with the
-/// object.
+/// A storage in memory.
+///
+/// Entries: `storage.getValue(deviceName)`, `storage.setValue(deviceName, Den)`, `storage.removeValue(…)`,
+/// `storage.clearStorage()`, recorded whether the call is refused or not.
+///
+/// Knobs: what is refused, see below; exceptions and delays through `Journal::at`, which hits `setValue` and the like
+/// before they change anything.
+///
+/// Threads: any for the operations, `put` and `stored`. The other members are for the test alone, while no other thread
+/// uses the storage.
+///
+/// Unlike a real one it has no limits and loses all with the object.
 class FakeStorage : public SDKWrapper::StorageManagerInterface {
 public:
+    /// Records into `recorder`, which outlives it.
     explicit FakeStorage(Journal& recorder) : journal(recorder) {}
 
     /// What is stored. Tests may read and change it at will.
     std::map<std::string, std::string> values;
-    /// Knobs: answer false and change nothing.
+    /// Knobs: answer false and change nothing, always …
+    /// @{
     bool refusesWrites = false;
     bool refusesRemoval = false;
     bool refusesClearing = false;
+    /// @}
+    /// … for these keys, written or removed …
+    std::set<std::string> refusedKeys;
+    /// … or for so many of the next writes, whatever they write.
+    int refusedWrites = 0;
+
+    /// Stores without an entry, as something else on the device does.
+    void put(const std::string& key, const std::string& value) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        values[key] = value;
+    }
+
+    /// What is stored under `key`, or the empty text; without an entry.
+    std::string stored(const std::string& key) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        const auto entry = values.find(key);
+        return entry == values.end() ? std::string() : entry->second;
+    }
 
     void getValue(const std::string& key, std::string& value) override {
-        const auto entry = values.find(key);
-        value = entry == values.end() ? "" : entry->second;
+        value = stored(key);
         journal.add("storage.getValue(" + key + ")");
     }
 
     bool setValue(const std::string& key, const std::string& value) override {
         journal.add("storage.setValue(" + key + ", " + value + ")");
-        if (!refusesWrites) {
-            values[key] = value;
+        const std::lock_guard<std::mutex> lock(mutex);
+        if (refusedWrites > 0) {
+            --refusedWrites;
+            return false;
         }
-        return !refusesWrites;
+        if (refusesWrites || refusedKeys.count(key) > 0) {
+            return false;
+        }
+        values[key] = value;
+        return true;
     }
 
     bool removeValue(const std::string& key) override {
         journal.add("storage.removeValue(" + key + ")");
-        if (!refusesRemoval) {
-            values.erase(key);
+        const std::lock_guard<std::mutex> lock(mutex);
+        if (refusesRemoval || refusedKeys.count(key) > 0) {
+            return false;
         }
-        return !refusesRemoval;
+        values.erase(key);
+        return true;
     }
 
     bool clearStorage() override {
         journal.add("storage.clearStorage()");
+        const std::lock_guard<std::mutex> lock(mutex);
         if (!refusesClearing) {
             values.clear();
         }
@@ -54,6 +93,7 @@ public:
 
 private:
     Journal& journal;
+    std::mutex mutex;
 };
 
 }  // namespace SettingsHandlerTesting

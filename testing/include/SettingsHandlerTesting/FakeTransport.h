@@ -2,46 +2,171 @@
 
 #include <functional>
 #include <map>
+#include <mutex>
+#include <ostream>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "CommunicationHandler/CommunicationHandlerInterface.h"
 #include "SettingsHandlerTesting/Journal.h"
 #include "SettingsHandlerTesting/JsonText.h"
+#include "SettingsHandlerTesting/Requests.h"
 
 namespace SettingsHandlerTesting {
 
-/// A transport without a wire. Entries: `transport.registerMessageHandler(7)`, `transport.sendMessage(25, {…})`,
-/// `transport.sendResponse(m1, {…})`. Unlike a real one it keeps handlers after the handler is gone: do not deliver
-/// then.
+/// A message that the handler sent.
+struct SentMessage {
+    /// Of an event; 0 for a reply.
+    int type = 0;
+    /// Of a reply: that of its request. Of an event: what `sendMessage` answered.
+    std::string messageId;
+    /// Compact JSON text.
+    std::string payload;
+
+    /// Is it a reply, and no event?
+    bool isReply() const { return type == 0; }
+};
+
+/// Every member is equal, or not; and the text that failing tests print.
+/// @{
+inline bool operator==(const SentMessage& left, const SentMessage& right) {
+    return left.type == right.type && left.messageId == right.messageId && left.payload == right.payload;
+}
+inline bool operator!=(const SentMessage& left, const SentMessage& right) {
+    return !(left == right);
+}
+inline std::ostream& operator<<(std::ostream& stream, const SentMessage& message) {
+    return stream << (message.isReply() ? "reply " : "event of type " + std::to_string(message.type) + " ")
+                  << message.messageId << " " << message.payload;
+}
+/// @}
+
+/// A transport without a wire: a test delivers requests and reads what was sent.
+///
+///     EXPECT_EQ(transport.request(CommunicationHandler::GET_SETTINGS, settingsPayload({"deviceName"})),
+///               R"({"settings":{"deviceName":"TV"}})");
+///
+/// Entries: `transport.registerMessageHandler(7)`, `transport.sendMessage(25, {…})`, `transport.sendResponse(m1, {…})`.
+///
+/// Knobs: the names of the envelope's members; `keepsPayloads`; exceptions and delays through `Journal::at`.
+///
+/// Threads: any, for every operation but the knobs. Requests are handled on the thread that delivers them.
+///
+/// Unlike a real one it has no clients, no limit of size and no framing; it lets an exception of the handler out to the
+/// test; it delivers from several threads at once when a test does; and it keeps the callbacks when the handler is
+/// gone: do not deliver then.
 class FakeTransport : public CommunicationHandler::CommunicationHandlerInterface {
 public:
+    /// Records into `recorder`, which outlives it.
     explicit FakeTransport(Journal& recorder) : journal(recorder) {}
     /// With other names of the envelope's members.
     FakeTransport(Journal& recorder, const std::string& messageId, const std::string& timestamp,
                   const std::string& payload)
         : CommunicationHandlerInterface(messageId, timestamp, payload), journal(recorder) {}
 
-    /// Calls the handler registered for `messageType` as if `text` had arrived.
-    void deliver(int messageType, const std::string& text) { handlers.at(messageType)(text); }
+    /// Knob: a transport may move the payload away that it is given, and this one does, unless it is told to keep it.
+    bool keepsPayloads = false;
+
+    /// Delivers a request as a page sends it, with a message id of its own ("m1", "m2", …) and rising time stamps.
+    /// `payload`: JSON text. Returns: the payload of the reply; empty when there was none.
+    std::string request(int messageType, const std::string& payload = "{}") {
+        long long number = 0;
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            number = ++requests;
+        }
+        const std::string messageId = "m" + std::to_string(number);
+        deliver(messageType, requestText(*this, messageType, messageId, number, payload));
+        return replyTo(messageId);
+    }
+
+    /// Calls the handler registered for `messageType` as if `text` had arrived. Errors: `std::out_of_range` when there
+    /// is none.
+    void deliver(int messageType, const std::string& text) {
+        std::function<void(const std::string&)> handler;
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            handler = handlers.at(messageType);
+        }
+        handler(text);
+    }
+
+    /// Is a handler registered for `messageType`?
+    bool handles(int messageType) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        return handlers.count(messageType) > 0;
+    }
+
+    /// Everything sent so far, in its order; nothing is left afterwards.
+    std::vector<SentMessage> takeSent() {
+        const std::lock_guard<std::mutex> lock(mutex);
+        return std::exchange(sent, {});
+    }
+
+    /// The events sent so far; replies stay.
+    std::vector<SentMessage> takeEvents() { return take(false); }
+
+    /// The replies sent so far, those to `request` included; events stay.
+    std::vector<SentMessage> takeReplies() { return take(true); }
 
     std::string sendMessage(int messageType, rapidjson::Document& payload) override {
-        journal.add("transport.sendMessage(" + std::to_string(messageType) + ", " + jsonText(payload) + ")");
-        return "ignored";
+        const std::string text = jsonText(payload);
+        journal.add("transport.sendMessage(" + std::to_string(messageType) + ", " + text + ")");
+        letGo(payload);
+        const std::lock_guard<std::mutex> lock(mutex);
+        sent.push_back({messageType, "event-" + std::to_string(++events), text});
+        return sent.back().messageId;
     }
 
     void sendResponse(const std::string& messageId, rapidjson::Document& payload) override {
-        journal.add("transport.sendResponse(" + messageId + ", " + jsonText(payload) + ")");
+        const std::string text = jsonText(payload);
+        journal.add("transport.sendResponse(" + messageId + ", " + text + ")");
+        letGo(payload);
+        const std::lock_guard<std::mutex> lock(mutex);
+        sent.push_back({0, messageId, text});
     }
 
     void registerMessageHandler(int messageType, std::function<void(const std::string&)> handler) override {
         journal.add("transport.registerMessageHandler(" + std::to_string(messageType) + ")");
+        const std::lock_guard<std::mutex> lock(mutex);
         handlers[messageType] = std::move(handler);
     }
 
 private:
+    void letGo(rapidjson::Document& payload) const {
+        if (!keepsPayloads) {
+            const rapidjson::Document taken(std::move(payload));
+        }
+    }
+
+    std::vector<SentMessage> take(bool replies) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        std::vector<SentMessage> taken;
+        std::vector<SentMessage> left;
+        for (auto& message : sent) {
+            (message.isReply() == replies ? taken : left).push_back(std::move(message));
+        }
+        sent = std::move(left);
+        return taken;
+    }
+
+    std::string replyTo(const std::string& messageId) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        for (const auto& message : sent) {
+            if (message.isReply() && message.messageId == messageId) {
+                return message.payload;
+            }
+        }
+        return {};
+    }
+
     Journal& journal;
+    std::mutex mutex;
     std::map<int, std::function<void(const std::string&)>> handlers;
+    std::vector<SentMessage> sent;
+    long long requests = 0;
+    long long events = 0;
 };
 
 }  // namespace SettingsHandlerTesting

@@ -6,7 +6,7 @@
 
 namespace SettingsHandlerTesting {
 
-/// `value` as compact JSON text.
+/// `value` as compact JSON text, as the doubles record it. Threads: any, as long as no other changes `value`.
 inline std::string jsonText(const rapidjson::Value& value) {
     rapidjson::StringBuffer buffer;
     rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);

@@ -10,6 +10,8 @@
 
 #include "CommunicationHandler/CommunicationHandlerInterface.h"
 #include "DeviceAbstractionLayer/AppLaunch.h"
+#include "DeviceAbstractionLayer/DeviceInfoObserverInterface.h"
+#include "DeviceAbstractionLayer/HandsfreeStateObserverInterface.h"
 #include "DeviceAbstractionLayer/OrliaDeviceInfoInterface.h"
 #include "Metrics/MetricsDelegateInterface.h"
 #include "SDKWrapper/StorageManagerInterface.h"
@@ -20,6 +22,11 @@
 
 /// GoogleMock doubles of every collaborator and observer, for tests that expect single calls. Where the order of
 /// everything matters, the fakes with their journal say it in fewer words.
+///
+/// Knobs: those of GoogleMock. Threads: as GoogleMock has it: expectations first, then calls from any thread.
+///
+/// Unlike the real things they hold nothing: without an `ON_CALL` a read answers false, an empty text or an empty
+/// collection, and what was written is not read back.
 namespace SettingsHandlerTesting {
 
 class MockTransport : public CommunicationHandler::CommunicationHandlerInterface {
@@ -71,6 +78,25 @@ public:
 class MockLocaleObserver : public VessaNativeCommon::OrliaLocaleObserverInterface {
 public:
     MOCK_METHOD(void, notifyOrliaLocaleChanged, (const std::string&), (override));
+};
+
+/// A notification of one locale and one of several have the same name; tell them apart by `Matcher<std::string>` and
+/// `Matcher<std::vector<std::string>>`.
+class MockDeviceInfoObserver : public DeviceAbstractionLayer::DeviceInfoObserverInterface {
+public:
+    MOCK_METHOD(void, notifyLocaleChange, (std::string), (override));
+    MOCK_METHOD(void, notifyLocaleChange, (std::vector<std::string>), (override));
+    MOCK_METHOD(void, notifyTimezoneChange, (std::string), (override));
+    MOCK_METHOD(void, notifyNetworkConnectionChanged, (std::string), (override));
+    MOCK_METHOD(void, notifyMicrophoneAvailabilityChanged, (std::string), (override));
+    MOCK_METHOD(void, notifyAudioGuidanceChanged, (bool), (override));
+    MOCK_METHOD(void, notifyDeviceModeChanged, (std::string), (override));
+    MOCK_METHOD(void, notifySystemSettingChanged, (std::string, std::string), (override));
+};
+
+class MockHandsfreeStateObserver : public DeviceAbstractionLayer::HandsfreeStateObserverInterface {
+public:
+    MOCK_METHOD(void, notifyHandsfreeStateChanged, (bool), (override));
 };
 
 class MockFriendlyNameObserver : public VessaNativeCommon::FriendlyNameObserverInterface {

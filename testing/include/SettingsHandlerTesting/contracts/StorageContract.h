@@ -1,21 +1,34 @@
 #pragma once
 
+#include <cstddef>
+#include <future>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "SDKWrapper/StorageManagerInterface.h"
+#include "SettingsHandlerTesting/contracts/Hooks.h"
 
 namespace SettingsHandlerTesting {
 
 /// What the handler relies on in every storage. Run it over your own with three lines:
 ///
-///     struct MyStorageMaker { MyStorage& storage(); … };
+///     using namespace SettingsHandlerTesting;
+///     struct MyStorageMaker { MyStorage own; SDKWrapper::StorageManagerInterface& storage() { return own; } };
 ///     INSTANTIATE_TYPED_TEST_SUITE_P(MyStorage, StorageContract, MyStorageMaker);
 ///
-/// `Maker` is default-constructed for each test and gives an empty storage.
+/// The maker is default-constructed for each check and gives an empty storage. Its hooks, each for a check of its own:
+///
+/// - `void reopen()`: closes the storage and opens it again, as a restart of the device does.
+/// - `void failWrites(bool fail)`: writes fail from now on, or do so no longer.
+/// - `static constexpr bool anyThread = true;`: it may be called from every thread.
+///
+/// Unlike in a device nothing is done at the wall socket: `reopen` does not show that a value survives a loss of power.
 template <typename Maker>
 class StorageContract : public ::testing::Test {
+    /// @cond
 protected:
     SDKWrapper::StorageManagerInterface& storage() { return maker.storage(); }
 
@@ -25,79 +38,188 @@ protected:
         return value;
     }
 
-private:
+    void store(const std::string& key, const std::string& value) {
+        EXPECT_TRUE(storage().setValue(key, value)) << "setValue refused an ordinary value";
+    }
+
     Maker maker;
+    /// @endcond
 };
 
-/// Names the tests of an instantiation after nothing but their number; pass it as the last argument where the compiler
-/// insists on one (clang with -Wpedantic).
-struct NumberedNames {
-    template <typename Maker>
-    static std::string GetName(int number) {
-        return std::to_string(number);
-    }
-};
+/// The hook `reopen` of a maker.
+template <typename Maker>
+using ReopenHook = decltype(std::declval<Maker&>().reopen());
+/// The hook `failWrites` of a maker.
+template <typename Maker>
+using FailWritesHook = decltype(std::declval<Maker&>().failWrites(true));
 
 TYPED_TEST_SUITE_P(StorageContract);
 
+/// The handler reads several settings into one string: a value left untouched is taken for the next setting's.
 TYPED_TEST_P(StorageContract, EmptiesTheOutputWhenTheKeyIsAbsent) {
-    EXPECT_EQ(this->read("absent"), "");
+    EXPECT_EQ(this->read("absent"), "") << "getValue must set its output also when nothing is stored";
 }
 
+/// The handler reports what it reads back as the setting's value.
 TYPED_TEST_P(StorageContract, GivesBackWhatWasStored) {
-    EXPECT_TRUE(this->storage().setValue("key", "value"));
+    this->store("key", "value");
     EXPECT_EQ(this->read("key"), "value");
+    EXPECT_EQ(this->read("key"), "value") << "the second reading differs from the first";
 }
 
+/// A setting has one value, and it is written again under the same key.
 TYPED_TEST_P(StorageContract, ReplacesAValue) {
-    EXPECT_TRUE(this->storage().setValue("key", "old"));
-    EXPECT_TRUE(this->storage().setValue("key", "new"));
+    this->store("key", "old");
+    this->store("key", "new");
     EXPECT_EQ(this->read("key"), "new");
 }
 
+/// Keys come from requests and values are the user's: both are any bytes.
 TYPED_TEST_P(StorageContract, KeepsAnyBytes) {
     using namespace std::string_literals;
     const std::string bytes = "\0quote\" \xff\xc3 \n end\0"s;
-    EXPECT_TRUE(this->storage().setValue(bytes, bytes));
+    this->store(bytes, bytes);
     EXPECT_EQ(this->read(bytes), bytes);
     EXPECT_EQ(this->read("\0"s), "") << "a key was cut at its NUL";
 }
 
+/// Comparisons are exact: a value that comes back in another form is a change that nobody made.
+TYPED_TEST_P(StorageContract, KeepsValuesInTheFormInWhichTheyCame) {
+    for (const std::string value : {"007", "1e3", "true", "NULL", " Den ", "[\"\", \"\"]", "'; --",
+                                    "K\xc3\xbc"
+                                    "che",
+                                    "Ku\xcc\x88"
+                                    "che"}) {
+        this->store("key", value);
+        EXPECT_EQ(this->read("key"), value) << "the storage has taken the text for something else, or tidied it";
+    }
+}
+
+/// Setting keys that differ in case are different keys, and unknown keys are stored under their own text.
 TYPED_TEST_P(StorageContract, TellsKeysApartByEveryByte) {
-    EXPECT_TRUE(this->storage().setValue("key", "lower"));
-    EXPECT_TRUE(this->storage().setValue("Key", "upper"));
-    EXPECT_TRUE(this->storage().setValue("key ", "blank"));
+    this->store("key", "lower");
+    this->store("Key", "upper");
+    this->store("key ", "blank");
     EXPECT_EQ(this->read("key"), "lower");
     EXPECT_EQ(this->read("Key"), "upper");
     EXPECT_EQ(this->read("key "), "blank");
 }
 
+/// A user may empty a name: the old one must be gone.
 TYPED_TEST_P(StorageContract, StoresTheEmptyValue) {
-    EXPECT_TRUE(this->storage().setValue("key", "value"));
-    EXPECT_TRUE(this->storage().setValue("key", ""));
+    this->store("key", "value");
+    this->store("key", "");
     EXPECT_EQ(this->read("key"), "");
 }
 
+/// A value cut short is reported as the user's. A limit is fine: it answers false and keeps the old value.
+TYPED_TEST_P(StorageContract, KeepsALargeValueWholeOrRefusesIt) {
+    std::string last = "first";
+    this->store("key", last);
+    for (std::size_t size = 1024; size <= 1024UL * 1024UL; size *= 4) {
+        const std::string value(size, 'x');
+        if (this->storage().setValue("key", value)) {
+            last = value;
+        } else {
+            EXPECT_GT(size, 1024U) << "lists of settings take a kilobyte and more";
+        }
+        // Compared as a bool: a failure would print a megabyte.
+        EXPECT_TRUE(this->read("key") == last) << "a value of " << size << " bytes was neither kept whole nor refused";
+    }
+}
+
+/// A migrated value is removed; the other settings live on.
 TYPED_TEST_P(StorageContract, RemovesOneKeyOnly) {
-    EXPECT_TRUE(this->storage().setValue("gone", "1"));
-    EXPECT_TRUE(this->storage().setValue("kept", "2"));
+    this->store("gone", "1");
+    this->store("kept", "2");
     EXPECT_TRUE(this->storage().removeValue("gone"));
     EXPECT_EQ(this->read("gone"), "");
     EXPECT_EQ(this->read("kept"), "2");
 }
 
+/// The result of a removal is not looked at, but an exception would leave the handler's operation.
+TYPED_TEST_P(StorageContract, RemovingAnAbsentKeyDoesNoHarm) {
+    this->store("kept", "2");
+    EXPECT_NO_THROW(this->storage().removeValue("absent"));
+    EXPECT_EQ(this->read("absent"), "");
+    EXPECT_EQ(this->read("kept"), "2");
+}
+
+/// Log-out clears the storage and reads every setting afresh; the next user's settings are stored in it.
 TYPED_TEST_P(StorageContract, ClearsEverything) {
-    EXPECT_TRUE(this->storage().setValue("one", "1"));
-    EXPECT_TRUE(this->storage().setValue("two", "2"));
+    this->store("one", "1");
+    this->store("two", "2");
     EXPECT_TRUE(this->storage().clearStorage());
     EXPECT_EQ(this->read("one"), "");
     EXPECT_EQ(this->read("two"), "");
-    EXPECT_TRUE(this->storage().setValue("one", "again"));
+    this->store("one", "again");
     EXPECT_EQ(this->read("one"), "again");
+    EXPECT_TRUE(this->storage().clearStorage());
+    EXPECT_TRUE(this->storage().clearStorage()) << "an empty storage is cleared, too";
+}
+
+/// The handler keeps nothing itself: after a restart the settings are what the storage gives.
+TYPED_TEST_P(StorageContract, KeepsEverythingWhenItIsReopened) {
+    if constexpr (!offers<ReopenHook, TypeParam>) {
+        GTEST_SKIP() << "needs `void reopen()` in the maker";
+    } else {
+        using namespace std::string_literals;
+        this->store("changed", "old");
+        this->store("changed", "new");
+        this->store("removed", "1");
+        this->store("bytes\0"s, "\0\xff"s);
+        EXPECT_TRUE(this->storage().removeValue("removed"));
+        this->maker.reopen();
+        EXPECT_EQ(this->read("changed"), "new");
+        EXPECT_EQ(this->read("removed"), "");
+        EXPECT_EQ(this->read("bytes\0"s), "\0\xff"s);
+        EXPECT_TRUE(this->storage().clearStorage());
+        this->maker.reopen();
+        EXPECT_EQ(this->read("changed"), "") << "what was cleared has come back";
+    }
+}
+
+/// On false the handler goes on with the old value, in its cache and in what it answers.
+TYPED_TEST_P(StorageContract, KeepsTheOldValueWhenAWriteFails) {
+    if constexpr (!offers<FailWritesHook, TypeParam>) {
+        GTEST_SKIP() << "needs `void failWrites(bool fail)` in the maker";
+    } else {
+        this->store("key", "old");
+        this->maker.failWrites(true);
+        EXPECT_FALSE(this->storage().setValue("key", "new")) << "a failed write must answer false";
+        EXPECT_EQ(this->read("key"), "old");
+        EXPECT_FALSE(this->storage().setValue("other", "new"));
+        EXPECT_EQ(this->read("other"), "");
+        this->maker.failWrites(false);
+        this->store("key", "new");
+        EXPECT_EQ(this->read("key"), "new");
+    }
+}
+
+/// Requests and notifications may come on different threads, and the handler holds no lock while it reads and writes.
+TYPED_TEST_P(StorageContract, MayBeUsedFromAnyThread) {
+    if constexpr (!offers<AnyThreadHook, TypeParam>) {
+        GTEST_SKIP() << "needs `static constexpr bool anyThread = true;` in the maker";
+    } else {
+        const auto use = [this](const std::string& key) {
+            std::string value;
+            for (int round = 0; round < 20; ++round) {
+                EXPECT_TRUE(this->storage().setValue(key, std::to_string(round)));
+                this->storage().getValue(key, value);
+                EXPECT_EQ(value, std::to_string(round));
+            }
+        };
+        auto other = std::async(std::launch::async, use, "other");
+        use("own");
+        EXPECT_NO_THROW(other.get());
+        EXPECT_EQ(this->read("other"), "19");
+    }
 }
 
 REGISTER_TYPED_TEST_SUITE_P(StorageContract, EmptiesTheOutputWhenTheKeyIsAbsent, GivesBackWhatWasStored, ReplacesAValue,
-                            KeepsAnyBytes, TellsKeysApartByEveryByte, StoresTheEmptyValue, RemovesOneKeyOnly,
-                            ClearsEverything);
+                            KeepsAnyBytes, KeepsValuesInTheFormInWhichTheyCame, TellsKeysApartByEveryByte,
+                            StoresTheEmptyValue, KeepsALargeValueWholeOrRefusesIt, RemovesOneKeyOnly,
+                            RemovingAnAbsentKeyDoesNoHarm, ClearsEverything, KeepsEverythingWhenItIsReopened,
+                            KeepsTheOldValueWhenAWriteFails, MayBeUsedFromAnyThread);
 
 }  // namespace SettingsHandlerTesting

@@ -1,0 +1,128 @@
+import type { Page } from 'playwright-core';
+import { afterAll, beforeAll, expect, test } from 'vitest';
+
+import { Host } from './host';
+import { enterSection, sectionIds, visitSettings, type SectionId } from './settings';
+
+let host: Host;
+
+beforeAll(async () => {
+    host = await Host.start();
+    await host.control('set', 'orliaLocale', '["en-US","fr-FR"]');
+    await host.control('set', 'tovanEntitlementStatus', 'active');
+    await host.control('set', 'handsFreeEnabled', 'true');
+});
+
+afterAll(() => host.stop());
+
+const told = new Set(['alert', 'button', 'group', 'heading', 'radio', 'radiogroup', 'status', 'switch']);
+
+interface Node {
+    readonly role: string;
+    readonly line: string;
+    readonly children: readonly string[];
+}
+
+/** What a screen reader is told, in order: role, name, state and description of what can be used or speaks by itself. */
+async function spoken(page: Page): Promise<string[]> {
+    const session = await page.context().newCDPSession(page);
+    const { nodes } = await session.send('Accessibility.getFullAXTree');
+    await session.detach();
+    const known = new Map<string, Node>(
+        nodes.map(({ nodeId, role, name, description, properties, childIds = [] }) => {
+            const checked = properties?.find((property) => property.name === 'checked')?.value.value as unknown;
+            const state = checked === undefined ? '' : checked === 'true' ? ', on' : ', off';
+            const text = String(description?.value ?? '');
+            const line = `${String(role?.value)} ${String(name?.value ?? '')}${state}${text === '' ? '' : ` (${text})`}`;
+            return [nodeId, { role: String(role?.value), line: line.trim(), children: childIds }];
+        }),
+    );
+    const from = (id: string): string[] => {
+        const { role, line, children } = known.get(id) ?? { role: '', line: '', children: [] };
+        return [...(told.has(role) ? [line] : []), ...children.flatMap(from)];
+    };
+    return from(nodes[0]?.nodeId ?? '');
+}
+
+const introduced = '(Switch this off and the television introduces the mode to you once more.)';
+const sections: Record<SectionId, string[]> = {
+    device: [
+        'heading Device',
+        'button Device name TV',
+        'status',
+        'button Friendly name TV (How you call this television when you speak to the assistant.)',
+        'status',
+        'button Companion device Not set (The phone or tablet that is paired with this television.)',
+        'status',
+    ],
+    language: [
+        'heading Language and region',
+        'group Assistant languages',
+        'heading Assistant languages',
+        'button Move American English down',
+        'button Remove American English',
+        'button Move French (France) up',
+        'button Remove French (France)',
+        'status',
+        'button Add a language',
+        'button Time zone America/Vancouver',
+        'status',
+    ],
+    captions: [
+        'heading Captions',
+        'group Captions: Off. Set on the device.',
+        'radiogroup Text size',
+        'radio Small, off',
+        'radio Medium, on',
+        'radio Large, off',
+        'radio Extra large, off',
+        'status',
+        'radiogroup Colours',
+        'radio White on black, on',
+        'radio Black on white, off',
+        'radio Yellow on black, off',
+        'radio Yellow on blue, off',
+        'status',
+    ],
+    voice: [
+        'heading Voice',
+        'switch Hands-free, on (Talk to the assistant without the remote control.)',
+        'status',
+        'switch Always on by voice, off (The wake word works even while the screen is off.)',
+        'status',
+        `switch Introduction to “always on by voice” seen, off ${introduced}`,
+        'status',
+        'switch Always on by push-to-talk, off (The microphone button works even while the screen is off.)',
+        'status',
+        `switch Introduction to “always on by push-to-talk” seen, off ${introduced}`,
+        'status',
+    ],
+    doNotDisturb: [
+        'heading Do not disturb',
+        'group Do not disturb: Off. Set on the device. While this is on, the assistant stays silent unless you speak to it.',
+    ],
+    account: [
+        'heading Account',
+        'group Entitlement: active',
+        'group Selected assistant: This is the selected assistant',
+        'button Open the assistant’s settings',
+        'button Log out',
+        'status',
+    ],
+};
+const menu = [
+    'heading Settings',
+    ...['Device', 'Language and region', 'Captions', 'Voice', 'Do not disturb', 'Account'].map(
+        (name) => `button ${name}`,
+    ),
+];
+
+test('every section says what everything is, and what may speak by itself is there before it does', async () => {
+    await visitSettings(host, async (page) => {
+        for (const section of sectionIds) {
+            await enterSection(page, section);
+            expect(await spoken(page), section).toEqual(['alert', ...menu, ...sections[section], 'status']);
+            expect(await page.title()).toBe(`${await page.locator('main h2').innerText()} · Settings`);
+        }
+    });
+});

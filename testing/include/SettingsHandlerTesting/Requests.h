@@ -1,0 +1,44 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "CommunicationHandler/CommunicationHandlerInterface.h"
+#include "SettingsHandlerTesting/JsonText.h"
+
+/// Builders of the JSON that settings pages send, whatever bytes the keys and values hold.
+namespace SettingsHandlerTesting {
+
+/// The payload of GetSettings: `{"settings":["deviceName"]}`. No key asks for all settings.
+inline std::string settingsPayload(const std::vector<std::string>& keys = {}) {
+    rapidjson::Document payload(rapidjson::kObjectType);
+    auto& memory = payload.GetAllocator();
+    rapidjson::Value list(rapidjson::kArrayType);
+    for (const auto& key : keys) {
+        list.PushBack(rapidjson::Value(key, memory), memory);
+    }
+    payload.AddMember("settings", list, memory);
+    return jsonText(payload);
+}
+
+/// The payload of SetSettings: `{"settingDBId":"deviceName","to":"Den"}`.
+inline std::string changePayload(const std::string& settingDBId, const std::string& to) {
+    rapidjson::Document payload(rapidjson::kObjectType);
+    auto& memory = payload.GetAllocator();
+    payload.AddMember("settingDBId", rapidjson::Value(settingDBId, memory), memory);
+    payload.AddMember("to", rapidjson::Value(to, memory), memory);
+    return jsonText(payload);
+}
+
+/// A whole request with the member names that `transport` has for its envelope. `payload`: JSON text, put in as it is.
+inline std::string requestText(const CommunicationHandler::CommunicationHandlerInterface& transport, int messageType,
+                               const std::string& messageId, long long timestamp, const std::string& payload) {
+    const auto quoted = [](const std::string& text) {
+        return jsonText(rapidjson::Value(rapidjson::StringRef(text.data(), text.size())));
+    };
+    return R"({"type":)" + std::to_string(messageType) + "," + quoted(transport.messageIdKey) + ":" +
+           quoted(messageId) + "," + quoted(transport.timestampKey) + ":" + std::to_string(timestamp) + "," +
+           quoted(transport.payloadKey) + ":" + payload + "}";
+}
+
+}  // namespace SettingsHandlerTesting

@@ -1,0 +1,112 @@
+#include <array>
+
+#include "FaultyDisk.h"
+#include "LogRecording.h"
+#include "MemoryState.h"
+#include "RecordingClient.h"
+#include "SettingsHandlerTesting/FakeStorage.h"
+#include "SettingsHandlerTesting/JsonText.h"
+#include "SettingsHandlerTesting/contracts/DeviceInfoContract.h"
+#include "SettingsHandlerTesting/contracts/SdkBridgeContract.h"
+#include "SettingsHandlerTesting/contracts/StorageContract.h"
+#include "SettingsHandlerTesting/contracts/TransportContract.h"
+#include "StorageRecording.h"
+#include "TrafficRecording.h"
+#include "device/SimulatedDevice.h"
+#include "sdk/SimulatedSdkBridge.h"
+#include "storage/SqliteStorage.h"
+#include "support/TemporaryDirectory.h"
+#include "transport/MessageHub.h"
+
+/// The host's own collaborators keep the contracts that every implementer can run. They belong to the host's one
+/// thread, so none offers itself to others.
+namespace SettingsHandlerTesting {
+
+struct SqliteStorageMaker {
+    SettingsHostTests::LogRecording log;
+    SettingsHostTests::FaultyDisk disk;
+    TestSupport::TemporaryDirectory folder;
+    SettingsHostTests::StorageRecording recording;
+    std::unique_ptr<SettingsHost::Database> database;
+    std::unique_ptr<SettingsHost::SqliteStorage> sqliteStorage;
+
+    SqliteStorageMaker() { reopen(); }
+    SDKWrapper::StorageManagerInterface& storage() { return *sqliteStorage; }
+    void reopen() {
+        sqliteStorage.reset();
+        database.reset();
+        database = std::make_unique<SettingsHost::Database>(folder / "settings.db");
+        sqliteStorage = std::make_unique<SettingsHost::SqliteStorage>(
+            *database, [](const std::string&) {}, recording);
+    }
+    void failWrites(bool fail) { fail ? disk.fillUpFrom(1) : disk.work(); }
+};
+INSTANTIATE_TYPED_TEST_SUITE_P(SqliteStorage, StorageContract, SqliteStorageMaker, NumberedNames);
+
+struct SimulatedDeviceMaker {
+    SettingsHostTests::MemoryState state;
+    SettingsHost::SimulatedDevice device{state, [](const std::string&) {}};
+
+    DeviceAbstractionLayer::OrliaDeviceInfoInterface& deviceInfo() { return device; }
+    void switchMode(const std::string& mode, bool on) {
+        using Mode = SettingsHost::SimulatedDevice::Mode;
+        static const std::map<std::string, Mode> modes{{"currentHandsFreeStatus", Mode::HANDS_FREE},
+                                                       {"currentAlwaysOnVoiceMode", Mode::ALWAYS_ON_VOICE},
+                                                       {"currentAlwaysOnPTTMode", Mode::ALWAYS_ON_PTT}};
+        EXPECT_TRUE(device.setMode(modes.at(mode), on));
+    }
+};
+INSTANTIATE_TYPED_TEST_SUITE_P(SimulatedDevice, DeviceInfoContract, SimulatedDeviceMaker, NumberedNames);
+
+struct SimulatedSdkBridgeMaker {
+    Journal journal;
+    FakeStorage fakeStorage{journal};
+    SettingsHostTests::MemoryState state;
+    std::shared_ptr<SettingsHost::SimulatedDevice> device =
+        std::make_shared<SettingsHost::SimulatedDevice>(state, [](const std::string&) {});
+    SettingsHost::SimulatedSdkBridge sdk{state, fakeStorage, device, [](const std::string&) {}};
+
+    teskVessa::SDKBridgeInterface& bridge() { return sdk; }
+    void refuseWrites(bool refuse) { state.refuses = fakeStorage.refusesWrites = refuse; }
+    void switchCaptions(bool on) { EXPECT_TRUE(sdk.setCaptionsEnabled(on)); }
+    void switchDoNotDisturb(bool on) { EXPECT_TRUE(sdk.setDoNotDisturbEnabled(on)); }
+    DeviceAbstractionLayer::OrliaDeviceInfoInterface& deviceInfo() { return *device; }
+    SDKWrapper::StorageManagerInterface& storage() { return fakeStorage; }
+};
+INSTANTIATE_TYPED_TEST_SUITE_P(SimulatedSdkBridge, SdkBridgeContract, SimulatedSdkBridgeMaker, NumberedNames);
+
+struct MessageHubMaker {
+    SettingsHostTests::LogRecording log;
+    SettingsHost::MessageHub hub{std::make_shared<SettingsHost::TrafficRecording>()};
+    std::array<std::shared_ptr<SettingsHost::RecordingClient>, 2> clients{
+        std::make_shared<SettingsHost::RecordingClient>(), std::make_shared<SettingsHost::RecordingClient>()};
+
+    MessageHubMaker() {
+        for (const auto& client : clients) {
+            hub.addClient(client);
+        }
+    }
+    CommunicationHandler::CommunicationHandlerInterface& transport() { return hub; }
+    void send(int client, int /*messageType*/, const std::string& text) { hub.receive(of(client), text); }
+    std::vector<ReceivedMessage> take(int client) {
+        std::vector<ReceivedMessage> messages;
+        for (const auto& text : of(client)->take()) {
+            rapidjson::Document frame;
+            frame.Parse(text.c_str(), text.size());
+            if (!frame.HasMember("error")) {
+                const auto kind = frame.HasMember("sequence") ? ReceivedMessage::EVENT : ReceivedMessage::REPLY;
+                messages.push_back(
+                    {kind, frame["type"].GetInt(), frame["messageId"].GetString(), jsonText(frame["payload"])});
+            }
+        }
+        return messages;
+    }
+
+private:
+    const std::shared_ptr<SettingsHost::RecordingClient>& of(int client) const {
+        return clients.at(static_cast<std::size_t>(client));
+    }
+};
+INSTANTIATE_TYPED_TEST_SUITE_P(MessageHub, TransportContract, MessageHubMaker, NumberedNames);
+
+}  // namespace SettingsHandlerTesting

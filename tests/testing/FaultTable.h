@@ -1,0 +1,18 @@
+#pragma once
+
+#include <set>
+#include <string>
+#include <vector>
+
+namespace SettingsHandlerTests {
+
+/// A fault that the faulty implementations can have, and the checks that find it, as `StorageContract.ReplacesAValue`.
+struct FoundFault {
+    std::string name;
+    std::set<std::string> foundBy;
+};
+
+/// No fault first.
+const std::vector<FoundFault>& faults();
+
+}  // namespace SettingsHandlerTests
