@@ -11,11 +11,8 @@ set(CMAKE_POLICY_DEFAULT_CMP0077 NEW)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_SUPPRESS_DEVELOPER_WARNINGS ON)
 add_subdirectory(${SETTINGS_HANDLER_GOOGLETEST_SOURCE} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
-foreach(library gtest gtest_main gmock gmock_main)
-  if(NOT TARGET GTest::${library})
-    add_library(GTest::${library} ALIAS ${library})
-  endif()
-endforeach()
+# What is installed refers to a package of GoogleTest, which this is not.
+set(SETTINGS_HANDLER_INSTALL OFF)
 
 # What find_package(GTest) finds from now on.
 file(WRITE ${CMAKE_FIND_PACKAGE_REDIRECTS_DIR}/GTestConfig.cmake "set(GTest_FOUND TRUE)\n")
