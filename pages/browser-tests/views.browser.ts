@@ -1,14 +1,12 @@
-import type { Locator, Page } from 'playwright-core';
+import type { Locator } from 'playwright-core';
 import { afterAll, beforeAll, beforeEach, expect, test } from 'vitest';
 
 import { expectAccessible } from './accessibility';
 import { Host } from './host';
 import {
     enterSection,
-    expectFocus,
     expectStatus,
     goToMenu,
-    languages,
     press,
     row,
     sectionIds,
@@ -27,56 +25,6 @@ beforeAll(async () => {
 afterAll(() => host.stop());
 
 beforeEach(() => host.control('set', 'orliaLocale', '["en-US"]'));
-
-/** Opens what opens from `place` of a section, checks it, and closes it again. */
-async function checkDialog(page: Page, place: string, view: string): Promise<void> {
-    await row(page, place).locator('button').focus();
-    await press(page, 'Enter');
-    await page.getByRole('dialog').waitFor();
-    await expectAccessible(page, view);
-    await press(page, 'Escape');
-    await page.getByRole('dialog').waitFor({ state: 'detached' });
-    await expectFocus(page, place);
-}
-
-test.each(languages)(
-    'in %s axe-core finds nothing in any view, and nothing scrolls sideways on a phone',
-    async (code, locale) => {
-        await host.control('set', 'orliaLocale', JSON.stringify([locale, 'it-IT']));
-        const forward = code === 'ar' ? 'ArrowLeft' : 'ArrowRight';
-        await visitSettings(host, async (page) => {
-            expect(await page.locator('html').getAttribute('lang')).toBe(code);
-            for (const section of sectionIds) {
-                await enterSection(page, section, forward);
-                await expectAccessible(page, `${section} in ${code}`);
-            }
-            await checkDialog(page, 'log-out', `the log-out in ${code}`);
-            await enterSection(page, 'language', forward);
-            await checkDialog(page, 'add', `adding a language in ${code}`);
-            await checkDialog(page, 'timezone', `the time zones in ${code}`);
-            await enterSection(page, 'device', forward);
-            await press(page, 'Enter');
-            await typeOver(page, 'Mine');
-            await host.control('set', 'deviceName', `Theirs ${code}`);
-            await page.locator('.meanwhile').waitFor();
-            await expectAccessible(page, `an edit in conflict in ${code}`);
-            await press(page, 'Enter', 'Enter', 'Enter');
-            await expectStatus(page, 'deviceName', 'accepted', /\S/);
-            await expectAccessible(page, `a saved value in ${code}`);
-
-            await page.setViewportSize(phone);
-            for (const section of sectionIds) {
-                await enterSection(page, section, forward);
-                await expectNoSidewaysScroll(page);
-            }
-            await enterSection(page, 'language', forward);
-            await row(page, 'timezone').locator('button').focus();
-            await press(page, 'Enter');
-            await page.getByRole('dialog').waitFor();
-            await expectNoSidewaysScroll(page);
-        });
-    },
-);
 
 test('axe-core finds nothing on a phone, without a connection, and where the page may not connect', async () => {
     await visitSettings(

@@ -71,7 +71,7 @@ export async function visit(
             });
         });
         const page = await context.newPage();
-        page.setDefaultTimeout(5_000);
+        page.setDefaultTimeout(15_000);
         await prepare?.(page);
         await page.goto(host.page(path));
         await use(page, context);

@@ -7,10 +7,13 @@ export default defineConfig({
     test: {
         include: [`browser-tests/**/*.${kind}.ts`],
         globalSetup: 'browser-tests/chromium.ts',
-        testTimeout: 20_000,
-        hookTimeout: 20_000,
+        // Long enough for the slowest machine: what must be quick says so itself.
+        testTimeout: 90_000,
+        hookTimeout: 90_000,
+        expect: { poll: { timeout: 15_000 } },
         pool: 'forks',
-        maxWorkers: 2,
+        // Half of the time a test waits for the browser's next frame.
+        maxWorkers: 3,
         minWorkers: 1,
         isolate: false,
     },

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "SettingsHandler/SettingsHandler.h"
+#include "SettingsHandlerTesting/MockSettingsHandler.h"
 #include "SettingsHandlerTesting/Mocks.h"
 
 namespace SettingsHandlerTesting {

@@ -2,7 +2,6 @@
 
 #include <functional>
 #include <map>
-#include <memory>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -16,15 +15,13 @@
 #include "DeviceAbstractionLayer/OrliaDeviceInfoInterface.h"
 #include "Metrics/MetricsDelegateInterface.h"
 #include "SDKWrapper/StorageManagerInterface.h"
-#include "SettingsHandler/SettingsHandlerInterface.h"
 #include "VessaNativeCommon/FriendlyNameObserverInterface.h"
 #include "VessaNativeCommon/OrliaLocaleObserverInterface.h"
 #include "teskVessa/NativeBridgeInterface.h"
 #include "teskVessa/SDKBridgeInterface.h"
 
-/// GoogleMock doubles of every collaborator and observer, and of the handler for tests of what stands around it; for
-/// tests that expect single calls. Where the order of everything matters, the fakes with their journal say it in fewer
-/// words.
+/// GoogleMock doubles of every collaborator and observer, for tests that expect single calls. Where the order of
+/// everything matters, the fakes with their journal say it in fewer words.
 ///
 /// Knobs: those of GoogleMock. Threads: as GoogleMock has it: expectations first, then calls from any thread.
 ///
@@ -110,38 +107,6 @@ public:
 class MockEntitlementObserver : public teskVessa::NativeBridgeInterface {
 public:
     MOCK_METHOD(void, notifyEntitlementStatusChanged, (const std::string&), (override));
-};
-
-/// The handler, for tests of a service or a device layer that calls it. Its notifications are those of
-/// `MockDeviceInfoObserver` and `MockHandsfreeStateObserver`.
-class MockSettingsHandler : public SettingsHandler::SettingsHandlerInterface {
-public:
-    /// Key and value of settings.
-    using Settings = std::map<std::string, std::string>;
-
-    MOCK_METHOD(void, notifyLocaleChange, (std::string), (override));
-    MOCK_METHOD(void, notifyLocaleChange, (std::vector<std::string>), (override));
-    MOCK_METHOD(void, notifyTimezoneChange, (std::string), (override));
-    MOCK_METHOD(void, notifyNetworkConnectionChanged, (std::string), (override));
-    MOCK_METHOD(void, notifyMicrophoneAvailabilityChanged, (std::string), (override));
-    MOCK_METHOD(void, notifyAudioGuidanceChanged, (bool), (override));
-    MOCK_METHOD(void, notifyDeviceModeChanged, (std::string), (override));
-    MOCK_METHOD(void, notifySystemSettingChanged, (std::string, std::string), (override));
-    MOCK_METHOD(void, notifyHandsfreeStateChanged, (bool), (override));
-    MOCK_METHOD(void, initializeSettings, (), (override));
-    MOCK_METHOD(Settings, getSettings, (const std::vector<std::string>&), (override));
-    MOCK_METHOD(bool, setSetting, (const std::string&, const std::string&), (override));
-    MOCK_METHOD(bool, isRequestValid, (std::string&, long), (override));
-    MOCK_METHOD(Settings, getCurrentSettingsMap, (), (override));
-    MOCK_METHOD(void, addOrliaLocaleObserver, (std::shared_ptr<VessaNativeCommon::OrliaLocaleObserverInterface>),
-                (override));
-    MOCK_METHOD(void, addFriendlyNameObserver, (std::shared_ptr<VessaNativeCommon::FriendlyNameObserverInterface>),
-                (override));
-    MOCK_METHOD(void, removeFriendlyNameObserver, (std::shared_ptr<VessaNativeCommon::FriendlyNameObserverInterface>),
-                (override));
-    MOCK_METHOD(void, addEntitlementStatusObserver, (std::shared_ptr<teskVessa::NativeBridgeInterface>), (override));
-    MOCK_METHOD(void, removeEntitlementStatusObserver, (std::shared_ptr<teskVessa::NativeBridgeInterface>), (override));
-    MOCK_METHOD(void, migrateExistingDeviceSettings, (), (override));
 };
 
 }  // namespace SettingsHandlerTesting
