@@ -24,7 +24,7 @@ protected:
     std::string backup() { return database() + ".backup.1"; }
 
     std::string health() {
-        const std::string body = TestSupport::httpGet(port, "/healthz").body;
+        const std::string body = WireTests::healthOf(port).body;
         // The time since the start differs.
         const auto uptime = body.find("\"uptimeSeconds\"");
         return body.substr(0, body.find(',') + 1) + body.substr(body.find(',', uptime) + 1);

@@ -156,7 +156,7 @@ TEST_F(HostService, ServesAtTheSocketsThatWerePassed) {
     WireTests::HostClient person(folder / "passed/d", WireTests::Door::DEVICE);
     person.sendLine(R"({"command":"captions","enabled":true})");
     EXPECT_EQ(person.receiveLine(), R"({"ok":true})");
-    EXPECT_EQ(TestSupport::httpGet(port, "/healthz").status, 200);
+    EXPECT_EQ(WireTests::healthOf(port).status, 200);
     EXPECT_FALSE(std::filesystem::exists(socket())) << "it made a socket of its own";
     EXPECT_FALSE(std::filesystem::exists(deviceSocket()));
     stop();

@@ -56,7 +56,7 @@ protected:
         return events;
     }
 
-    std::string health() { return TestSupport::httpGet(port, "/healthz").body; }
+    std::string health() { return WireTests::healthOf(port).body; }
 
     std::unique_ptr<TestSupport::ChildProcess> keeper;
 };

@@ -85,7 +85,7 @@ TEST_F(HostWeb, TellsItsAddressAtTheDeviceSocket) {
 
 TEST_F(HostWeb, SaysThatItIsHealthy) {
     startWeb();
-    const auto health = httpGet(port, "/healthz");
+    const auto health = WireTests::healthOf(port);
     EXPECT_EQ(health.status, 200);
     EXPECT_EQ(health.headers.at("content-type"), "application/json");
     const auto report = parsed(health.body);
@@ -125,7 +125,7 @@ TEST_F(HostWeb, SaysWhenChangesDoNotReachTheDatabase) {
     const rlimit small{1, 1};
     ASSERT_EQ(::prlimit(host->pid(), RLIMIT_FSIZE, &small, nullptr), 0);
     ask(setRequest("deviceName", "\"Den\"") + "\n" + getRequest("[]"));
-    const auto report = parsed(httpGet(port, "/healthz").body);
+    const auto report = parsed(WireTests::healthOf(port).body);
     EXPECT_STREQ(report["status"].GetString(), "degraded");
     EXPECT_FALSE(report["storage"]["writable"].GetBool());
     EXPECT_EQ(report["storage"]["failures"].GetInt(), 1);
@@ -150,7 +150,7 @@ TEST_F(HostWeb, RefusesATakenPortAndPagesThatAreNone) {
     EXPECT_FALSE(std::filesystem::exists(folder / "other.db")) << "it left everything alone";
     expectCannotStart({"--listen", "127.0.0.1:0", "--pages", folder / "none"}, "cannot read the pages' folder", 1);
     expectCannotStart({"--listen", "0.0.0.0:0"}, "'0.0.0.0' is no loopback address", 2);
-    EXPECT_EQ(httpGet(port, "/healthz").status, 200);
+    EXPECT_EQ(WireTests::healthOf(port).status, 200);
 }
 
 TEST_F(HostWeb, LetsThePagesOfOneMoreOriginIn) {
@@ -195,10 +195,10 @@ TEST_F(HostWeb, AtTheDescriptorLimitThoseWhoAreInsideAreServed) {
     }
     crowd.clear();
     const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
-    while (httpGet(port, "/healthz").status != 200 && std::chrono::steady_clock::now() < until) {
+    while (WireTests::healthOf(port).status != 200 && std::chrono::steady_clock::now() < until) {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
-    EXPECT_EQ(httpGet(port, "/healthz").status, 200);
+    EXPECT_EQ(WireTests::healthOf(port).status, 200);
 }
 
 TEST_F(HostWeb, IsHealthyAgainOnceAChangeReachesTheDisk) {
@@ -208,7 +208,7 @@ TEST_F(HostWeb, IsHealthyAgainOnceAChangeReachesTheDisk) {
     const rlimit full{1, unlimited.rlim_max};
     ASSERT_EQ(::prlimit(host->pid(), RLIMIT_FSIZE, &full, nullptr), 0);
     ask(setRequest("deviceName", "\"Nursery\"") + "\n" + getRequest(R"(["deviceName"])"));
-    const auto degraded = httpGet(port, "/healthz");
+    const auto degraded = WireTests::healthOf(port);
     EXPECT_EQ(degraded.status, 200);
     const auto report = parsed(degraded.body);
     EXPECT_STREQ(report["status"].GetString(), "degraded");
@@ -218,7 +218,7 @@ TEST_F(HostWeb, IsHealthyAgainOnceAChangeReachesTheDisk) {
         contains(httpGet(port, "/metrics").body, "settings_host_storage_failures_total{operation=\"write\"} 1\n"));
     ASSERT_EQ(::prlimit(host->pid(), RLIMIT_FSIZE, &unlimited, nullptr), 0);
     ask(setRequest("deviceName", "\"Den\"", 2) + "\n" + getRequest(R"(["deviceName"])"));
-    const std::string recovered = httpGet(port, "/healthz").body;
+    const std::string recovered = WireTests::healthOf(port).body;
     EXPECT_TRUE(contains(recovered, R"({"status":"ok")")) << recovered;
     EXPECT_TRUE(contains(recovered, R"("storage":{"writable":true,"keys":1,"failures":1,"lastFailure":")" + reason))
         << recovered;

@@ -1,8 +1,9 @@
+#include <chrono>
+#include <future>
 #include <map>
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -93,11 +94,13 @@ TEST(GateTest, HoldsAThreadUntilItIsOpened) {
     FakeStorage storage(journal);
     Gate gate;
     journal.at("storage.setValue", gate.holding());
-    std::thread writer([&] { storage.setValue("k", "new"); });
+    auto writer = std::async(std::launch::async, [&] { storage.setValue("k", "new"); });
     gate.awaitArrival();
-    EXPECT_EQ(storage.stored("k"), "") << "the write went on";
+    // Long enough for a thread that nothing holds; one that is held never ends before the gate is opened.
+    EXPECT_EQ(writer.wait_for(std::chrono::milliseconds(30)), std::future_status::timeout) << "it went on";
+    EXPECT_EQ(storage.stored("k"), "");
     gate.open();
-    writer.join();
+    writer.get();
     EXPECT_EQ(storage.stored("k"), "new");
     gate.awaitArrival();
     gate.holding()();

@@ -21,6 +21,14 @@ void expectValid(Door door, const std::string& frame) {
     }
 }
 
+TestSupport::HttpResponse healthOf(std::uint16_t port) {
+    auto response = TestSupport::httpGet(port, "/healthz");
+    if (response.status != 0) {
+        EXPECT_EQ(Schemas::ofTheWire().faultOf("health", response.body).value_or(""), "");
+    }
+    return response;
+}
+
 Door doorBehind(const std::string& address) {
     const std::string path = address.substr(0, address.find('?'));
     return std::filesystem::path(path).filename().string().find("device") == std::string::npos ? Door::SETTINGS

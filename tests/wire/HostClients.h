@@ -16,6 +16,9 @@ void expectValid(Door door, const std::string& frame);
 /// The door behind a socket's path or a WebSocket's target: the device's has "device" in its last part.
 Door doorBehind(const std::string& address);
 
+/// GET of /healthz. A report must be valid under its schema.
+TestSupport::HttpResponse healthOf(std::uint16_t port);
+
 /// A client of a host's Unix socket. Every frame that it receives must be valid under the schemas.
 class HostClient : public TestSupport::LineClient {
 public:
