@@ -1,13 +1,3 @@
-# Debian's cross compiler for 64-bit RISC-V, and the emulator that runs what it builds.
-set(CMAKE_SYSTEM_NAME Linux)
+# 64-bit RISC-V.
 set(CMAKE_SYSTEM_PROCESSOR riscv64)
-set(CMAKE_C_COMPILER riscv64-linux-gnu-gcc)
-set(CMAKE_CXX_COMPILER riscv64-linux-gnu-g++)
-set(CMAKE_CROSSCOMPILING_EMULATOR qemu-riscv64 -L /usr/riscv64-linux-gnu)
-
-# Programs are this machine's, libraries are the target's. Headers without code, such as the JSON library's, serve both.
-set(CMAKE_FIND_ROOT_PATH /usr/riscv64-linux-gnu)
-set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
-set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
-set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
-set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE BOTH)
+include(${CMAKE_CURRENT_LIST_DIR}/debian-cross.cmake)
