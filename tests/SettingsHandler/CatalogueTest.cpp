@@ -1,10 +1,12 @@
-#include <tuple>
+#include <fstream>
+#include <iterator>
 #include <type_traits>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "SettingsHandler/SettingsNames.h"
+#include "Utils/Rapidjson.h"
 
 namespace SettingsHandlerTests {
 
@@ -55,6 +57,23 @@ TEST(Catalogue, TablesHoldTheRowsAndNothingElse) {
         EXPECT_EQ(SettingsNamesTypeToDefaultValuesMapping.count(row.type), row.defaultValue ? 1U : 0U);
     }
     EXPECT_EQ(stringToSettingsNamesTypeMapping.max_load_factor(), 1.0F);
+}
+
+TEST(Catalogue, TheFileHoldsTheSameRowsInTheSameOrder) {
+    std::ifstream file(CATALOGUE_FILE);
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    rapidjson::Document catalogue;
+    ASSERT_FALSE(catalogue.Parse(text.c_str()).HasParseError());
+    const auto& settings = catalogue["settings"];
+    ASSERT_EQ(settings.Size(), rows.size());
+    for (rapidjson::SizeType place = 0; place < settings.Size(); ++place) {
+        const auto& setting = settings[place];
+        const auto& row = rows[place];
+        SCOPED_TRACE(row.key);
+        EXPECT_STREQ(setting["key"].GetString(), row.key);
+        EXPECT_EQ(setting["number"].GetInt(), row.number);
+        EXPECT_STREQ(setting.HasMember("default") ? setting["default"].GetString() : nullptr, row.defaultValue);
+    }
 }
 
 TEST(Catalogue, TheEnumerationIsThirtyTwoBitsWide) {

@@ -162,20 +162,6 @@ protected:
     }
 };
 
-TEST_F(SettingsReference, HasTheNumbersAndDefaultsOfTheCatalogue) {
-    namespace Catalogue = ::SettingsHandler;
-    const auto rows = tableWith("default");
-    EXPECT_EQ(rows.size(), Catalogue::stringToSettingsNamesTypeMapping.size());
-    for (const auto& row : rows) {
-        ASSERT_EQ(row.size(), 4U);
-        const std::string key = quoted(row[0]);
-        const auto type = Catalogue::settingTypeFromName(key);
-        EXPECT_EQ(row[1], std::to_string(type)) << key;
-        EXPECT_EQ(row[3].empty() ? "CUSTOM_DEFAULT_VALUE" : quoted(row[3]), Catalogue::defaultValueForSetting(type))
-            << key;
-    }
-}
-
 TEST_F(SettingsReference, SaysWhereEverySettingIsReadWrittenAndTold) {
     const auto rows = tableWith("written to");
     std::set<std::string> keys;
