@@ -33,6 +33,8 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/SettingsHandlerConfigVers
 install(FILES ${PROJECT_BINARY_DIR}/SettingsHandlerConfig.cmake ${PROJECT_BINARY_DIR}/SettingsHandlerConfigVersion.cmake
   DESTINATION ${package_folder} COMPONENT development)
 
+install(FILES SettingsHandler/catalogue.json DESTINATION ${CMAKE_INSTALL_DATADIR}/settings-handler COMPONENT development)
+
 settings_handler_install_pkg_config(SettingsHandler
   DESCRIPTION "${PROJECT_DESCRIPTION}" REQUIRES RapidJSON LIBS -lSettingsHandler)
 set(components VessaLogger Utils Metrics DeviceAbstractionLayer)
