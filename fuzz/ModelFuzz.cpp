@@ -4,6 +4,7 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
+#include "Wire/Catalogue.h"
 #include "guard/LocaleGuard.h"
 #include "model/Json.h"
 #include "support/Check.h"
@@ -17,24 +18,15 @@ using namespace SettingsHandlerFuzz;
 
 constexpr int maximumOperations = 60;
 
-const std::vector<std::string> keys{"deviceName",
-                                    "companionDevice",
-                                    "orliaLocale",
-                                    "captionsEnabled",
-                                    "captionsFontSize",
-                                    "captionsStyles",
-                                    "doNotDisturbEnabled",
-                                    "handsFreeEnabled",
-                                    "handsFreeAlwaysOnEnabled",
-                                    "handsFreeAlwaysOnDiscovered",
-                                    "pttAlwaysOnEnabled",
-                                    "pttAlwaysOnDiscovered",
-                                    "friendlyName",
-                                    "tovanEntitlementStatus",
-                                    "timezone",
-                                    "unknown",
-                                    "another",
-                                    ""};
+/// The order matters to the inputs that are kept.
+const std::vector<std::string> keys = [] {
+    std::vector<std::string> names;
+    for (const auto& setting : Wire::catalogue()) {
+        names.push_back(setting.key);
+    }
+    names.insert(names.end(), {"unknown", "another", ""});
+    return names;
+}();
 
 const std::vector<std::string> values{"true",
                                       "false",
