@@ -223,6 +223,36 @@ TEST_F(SettingsCtlAndHost, DriveTheDevice) {
               "orliaLocale=[\"fr-FR\",\"en-US\"]\npttAlwaysOnEnabled=true\ntimezone=Europe/Paris\n");
 }
 
+TEST_F(SettingsCtlAndHost, SayWhyNothingChangedAtTheDevice) {
+    for (const std::string value : {"true", "false"}) {
+        expectRun(
+            {"device", "setting", "captionsEnabled", value}, 1, "",
+            "settingsctl: the host refused the request: nothing changed: 'captionsEnabled' is set with the command "
+            "\"captions\" only, whatever the device reports (read-only)\n");
+    }
+    expectRun(
+        {"device", "setting", "doNotDisturbEnabled", "true"}, 1, "",
+        "settingsctl: the host refused the request: nothing changed: 'doNotDisturbEnabled' is set with the command "
+        "\"doNotDisturb\" only, whatever the device reports (read-only)\n");
+    expectRun({"get", "captionsEnabled", "doNotDisturbEnabled"}, 0,
+              "captionsEnabled=false\ndoNotDisturbEnabled=false\n");
+    expectRun(
+        {"device", "setting", "orliaLocale", "fr-FR"}, 1, "",
+        "settingsctl: the host refused the request: nothing changed: the value is no JSON array with at least one "
+        "locale (wrong-form)\n");
+    expectRun({"device", "setting", std::string(300, 'k'), "v"}, 1, "",
+              "settingsctl: the host refused the request: nothing changed: the storage did not take the value; the "
+              "host's log says why (not-stored)\n");
+    for (const std::string key : {"deviceName", "friendlyName", "ownKey", "tovanEntitlementStatus", "timezone"}) {
+        expectRun({"device", "setting", key, "Den"}, 0, "");
+        expectRun({"device", "setting", key, "Den"}, 0, key + ": unchanged\n");
+    }
+    expectRun({"device", "setting", "orliaLocale", "[\"en-US\"]"}, 0, "orliaLocale: unchanged\n");
+    expectRun({"device", "setting", "orliaLocale", "[ \"en-US\"]"}, 0, "");
+    expectRun({"device", "setting", "handsFreeEnabled", "x"}, 0, "");
+    expectRun({"device", "setting", "handsFreeEnabled", "x"}, 0, "handsFreeEnabled: unchanged\n");
+}
+
 TEST_F(SettingsCtlAndHost, SayWhatTheDeviceDoesNotTake) {
     expectRun({"device", "setting", "orliaLocale", "{}"}, 1, "",
               "settingsctl: the host refused the request: the value is no array of locales within the nesting limit "

@@ -82,10 +82,14 @@ ExitStatus deviceSwitch(const Context& context, const std::string& command, bool
 }
 
 ExitStatus deviceSetting(const Context& context, const std::string& key, const std::string& value) {
-    return confirm(context, execute(context, "setting", [&](JsonWriter& writer) {
-                       member(writer, "key", key);
-                       member(writer, "value", value);
-                   }));
+    const Frame answer = execute(context, "setting", [&](JsonWriter& writer) {
+        member(writer, "key", key);
+        member(writer, "value", value);
+    });
+    if (!context.style.json && answer.booleanAt({"changed"}) == false) {
+        printLine(context.style, escapeControlCharacters(key) + ": unchanged");
+    }
+    return confirm(context, answer);
 }
 
 }  // namespace SettingsCtl
