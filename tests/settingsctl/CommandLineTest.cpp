@@ -104,8 +104,8 @@ TEST(SettingsCtlCommandLine, HelpsWithTheVerbsTheOptionsAndTheExitStatus) {
          {"--socket", "--device-socket", "--json", "--value", "--quiet", "--timeout", "--version"}) {
         EXPECT_NE(end.output.find("\n  " + option), std::string::npos) << option;
     }
-    EXPECT_NE(end.output.find("Exit status: 0 done, 1 refused or no such value, 2 wrong usage, 3 the host cannot be "
-                              "reached."),
+    EXPECT_NE(end.output.find("Exit status: 0 done, 1 refused, no such value or the result cannot be written, 2 wrong "
+                              "usage, 3 the host cannot be\nreached."),
               std::string::npos);
 }
 

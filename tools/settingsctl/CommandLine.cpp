@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <functional>
+#include <sstream>
 
 #include <CLI/CLI.hpp>
 #include <unistd.h>
@@ -42,7 +43,8 @@ constexpr const char* rootFooter = R"(Examples:
   settingsctl device locale fr-FR
 
 'settingsctl VERB --help' shows a verb's arguments and examples.
-Exit status: 0 done, 1 refused or no such value, 2 wrong usage, 3 the host cannot be reached.)";
+Exit status: 0 done, 1 refused, no such value or the result cannot be written, 2 wrong usage, 3 the host cannot be
+reached.)";
 
 CLI::App* addVerb(CLI::App& app, Choice& choice, const std::string& name, const std::string& description,
                   const std::string& examples, std::function<ExitStatus()> action) {
@@ -176,9 +178,17 @@ std::string usageMessage(const CLI::App* /*app*/, const CLI::Error& error) {
     return "settingsctl: " + escapeControlCharacters(error.what()) + "; see settingsctl --help\n";
 }
 
-}  // namespace
+/// Prints what the parser ended with: the help, the version, or what is wrong.
+ExitStatus endOfParsing(const CLI::App& app, const CLI::ParseError& end) {
+    std::ostringstream output;
+    std::ostringstream errors;
+    const bool asked = app.exit(end, output, errors) == 0;
+    std::fputs(errors.str().c_str(), stderr);
+    print(output.str());
+    return asked ? DONE : WRONG_USAGE;
+}
 
-int runCommandLine(int argumentCount, const char* const* arguments) {
+ExitStatus parseAndRun(int argumentCount, const char* const* arguments) {
     Choice choice;
     CLI::App app("Reads, writes and watches the settings of a running settings-host.");
     app.name("settingsctl");
@@ -194,13 +204,18 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     try {
         app.parse(argumentCount, arguments);
     } catch (const CLI::ParseError& end) {
-        // Help and version end here too, with status 0.
-        return app.exit(end) == 0 ? DONE : WRONG_USAGE;
+        return endOfParsing(app, end);
     }
+    checkArguments(app, choice, {arguments + 1, arguments + argumentCount});
+    choice.context.timeout = std::chrono::milliseconds(static_cast<long>(choice.timeoutSeconds * 1000));
+    return choice.run();
+}
+
+}  // namespace
+
+int runCommandLine(int argumentCount, const char* const* arguments) {
     try {
-        checkArguments(app, choice, {arguments + 1, arguments + argumentCount});
-        choice.context.timeout = std::chrono::milliseconds(static_cast<long>(choice.timeoutSeconds * 1000));
-        return choice.run();
+        return parseAndRun(argumentCount, arguments);
     } catch (const Failure& failure) {
         std::fprintf(stderr, "settingsctl: %s\n", escapeControlCharacters(failure.what()).c_str());
         return failure.exitStatus();

@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstring>
 
-#include "Failure.h"
 #include "Json.h"
 
 namespace SettingsCtl {
@@ -73,13 +72,19 @@ std::string jsonArray(const std::vector<std::string>& elements) {
     return {buffer.GetString(), buffer.GetSize()};
 }
 
-void printLine(const OutputStyle& style, const std::string& line) {
-    if (style.quiet) {
-        return;
+void print(const std::string& text) {
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
+        throw unwritableOutput(errno);
     }
-    const std::string ended = line + "\n";
-    if (std::fwrite(ended.data(), 1, ended.size(), stdout) != ended.size() || std::fflush(stdout) != 0) {
-        throw Failure(REFUSED, std::string("cannot write to standard output: ") + std::strerror(errno));
+}
+
+Failure unwritableOutput(int error) {
+    return {REFUSED, std::string("cannot write to standard output: ") + std::strerror(error)};
+}
+
+void printLine(const OutputStyle& style, const std::string& line) {
+    if (!style.quiet) {
+        print(line + "\n");
     }
 }
 

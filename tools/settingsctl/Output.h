@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "Failure.h"
+
 namespace SettingsCtl {
 
 /// How results are shown.
@@ -21,8 +23,14 @@ std::string escapeControlCharacters(const std::string& text);
 std::string jsonObject(const std::map<std::string, std::string>& members);
 std::string jsonArray(const std::vector<std::string>& elements);
 
-/// Writes a line to standard output at once, unless the style is quiet.
-/// Errors: `Failure` (REFUSED) when it cannot be written, for example because the disk is full.
+/// Writes `text` to standard output at once.
+/// Errors: `Failure` (REFUSED) when it cannot be written: there is none, the disk is full, nobody reads any more.
+void print(const std::string& text);
+
+/// What is told when standard output cannot be written for the reason `error`, an `errno`.
+Failure unwritableOutput(int error);
+
+/// Prints a line, unless the style is quiet.
 void printLine(const OutputStyle& style, const std::string& line);
 
 /// Prints `key=value` lines, bare values, or one JSON object.

@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 
@@ -28,12 +29,16 @@ public:
     Interruption& operator=(const Interruption&) = delete;
 
     int descriptor() const { return number; }
+    bool happened() const {
+        pollfd wanted{number, POLLIN, 0};
+        return ::poll(&wanted, 1, 0) == 1;
+    }
 
 private:
     int number;
 };
 
-void print(const Context& context, const Frame& frame) {
+void printFrame(const Context& context, const Frame& frame) {
     const auto change = frame.change();
     const auto reread = frame.reread();
     if (!change && !reread) {
@@ -59,6 +64,13 @@ void tellReady(const Context& context) {
     }
 }
 
+/// Standard output had an end of its own.
+[[noreturn]] void failWithoutReader() {
+    pollfd output{STDOUT_FILENO, 0, 0};
+    ::poll(&output, 1, 0);
+    throw unwritableOutput((output.revents & POLLNVAL) != 0 ? EBADF : EPIPE);
+}
+
 }  // namespace
 
 ExitStatus watch(const Context& context) {
@@ -68,7 +80,10 @@ ExitStatus watch(const Context& context) {
     const std::string question = "watch";
     connection.send(bareRequest(IS_SELECTED, question));
     Connection::Deadline deadline = connection.deadline();
-    const std::vector<pollfd> ends{{interruption.descriptor(), POLLIN, 0}, {STDOUT_FILENO, 0, 0}};
+    std::vector<pollfd> ends{{interruption.descriptor(), POLLIN, 0}};
+    if (!context.style.quiet) {
+        ends.push_back({STDOUT_FILENO, 0, 0});
+    }
     while (const auto line = connection.receive(deadline, ends)) {
         const Frame frame(*line);
         frame.throwIfRefusal();
@@ -76,8 +91,11 @@ ExitStatus watch(const Context& context) {
             deadline.reset();
             tellReady(context);
         } else {
-            print(context, frame);
+            printFrame(context, frame);
         }
+    }
+    if (!interruption.happened()) {
+        failWithoutReader();
     }
     return DONE;
 }
