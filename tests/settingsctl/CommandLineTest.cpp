@@ -60,9 +60,10 @@ const std::vector<Misuse> misuses{
     {{"list", "--value"}, "--value goes with get and device show only"},
     {{"device", "locale", "fr-FR", "--value"}, "--value goes with get and device show only"},
     {{"set", "k", "\xff"}, "an argument is not valid UTF-8"},
-    {{"get", "--timeout", "0"}, "--timeout: Value 0 not in range 0.001000 to 86400.000000; see settingsctl --help"},
-    {{"get", "--timeout", "soon"},
-     "--timeout: Value soon not in range 0.001000 to 86400.000000; see settingsctl --help"},
+    {{"get", "--timeout", "0"}, "--timeout: '0' is no time from 0.001 to 86400 seconds; see settingsctl --help"},
+    {{"get", "--timeout", "nan"}, "--timeout: 'nan' is no time from 0.001 to 86400 seconds; see settingsctl --help"},
+    {{"get", "--timeout=-5"}, "--timeout: '-5' is no time from 0.001 to 86400 seconds; see settingsctl --help"},
+    {{"get", "--timeout", "soon"}, "--timeout: 'soon' is no time from 0.001 to 86400 seconds; see settingsctl --help"},
     {{"get", "--socket"}, "--socket: 1 required PATH missing; see settingsctl --help"},
     {{"get", "--socket", ""}, "the socket path is empty or too long: ''"},
 };

@@ -91,7 +91,8 @@ const Words keys{"captionsEnabled",
                  "orliaLocale",
                  "pttAlwaysOnDiscovered",
                  "pttAlwaysOnEnabled",
-                 "timezone"};
+                 "timezone",
+                 "tovanEntitlementStatus"};
 
 }  // namespace
 
@@ -102,7 +103,7 @@ TEST_P(SettingsCtlCompletion, OffersVerbs) {
     EXPECT_EQ(offersAfter("settingsctl device loca"), (Words{"locale", "locales"}));
 }
 
-TEST_P(SettingsCtlCompletion, OffersTheKeysOfTheRunningHost) {
+TEST_P(SettingsCtlCompletion, OffersTheKeysOfAllSettings) {
     EXPECT_EQ(offersAfter("settingsctl get "), keys);
     EXPECT_EQ(offersAfter("settingsctl get timezone captions"),
               (Words{"captionsEnabled", "captionsFontSize", "captionsStyles"}));
@@ -112,9 +113,10 @@ TEST_P(SettingsCtlCompletion, OffersTheKeysOfTheRunningHost) {
 
 TEST_P(SettingsCtlCompletion, AsksTheHostThatTheCommandLineNames) {
     const std::string socket = host.socketPath();
-    EXPECT_EQ(offersWithoutHostAfter("settingsctl --socket " + socket + " get time"), Words{"timezone"});
-    EXPECT_EQ(offersWithoutHostAfter("settingsctl --socket=" + socket + " get time"), Words{"timezone"});
-    EXPECT_EQ(offersAfter("settingsctl --socket /nowhere/settings.sock get time"), Words{});
+    const Words current{"America/Vancouver"};
+    EXPECT_EQ(offersWithoutHostAfter("settingsctl --socket " + socket + " set timezone "), current);
+    EXPECT_EQ(offersWithoutHostAfter("settingsctl --socket=" + socket + " set timezone "), current);
+    EXPECT_EQ(offersAfter("settingsctl --socket /nowhere/settings.sock set timezone "), Words{});
 }
 
 TEST_P(SettingsCtlCompletion, OffersKnownValuesAndTheCurrentOne) {
@@ -141,9 +143,9 @@ TEST_P(SettingsCtlCompletion, OffersOptions) {
     }
 }
 
-TEST_P(SettingsCtlCompletion, OffersFixedWordsAndSaysNothingWhenTheHostIsDown) {
+TEST_P(SettingsCtlCompletion, OffersFixedWordsAndKeysAndSaysNothingWhenTheHostIsDown) {
     EXPECT_EQ(offersWithoutHostAfter("settingsctl sel"), Words{"selected"});
-    EXPECT_EQ(offersWithoutHostAfter("settingsctl get "), Words{});
+    EXPECT_EQ(offersWithoutHostAfter("settingsctl get "), keys);
     EXPECT_EQ(offersWithoutHostAfter("settingsctl set deviceName "), Words{});
     EXPECT_EQ(offersWithoutHostAfter("settingsctl set pttAlwaysOnEnabled "), (Words{"true", "false"}));
 }

@@ -1,4 +1,6 @@
 #include <fstream>
+#include <optional>
+#include <thread>
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>
@@ -61,15 +63,35 @@ TEST_F(SettingsCtlConnection, PutsALineTogetherWhereverItIsSplit) {
     }
 }
 
-TEST_F(SettingsCtlConnection, TakesLinesOfAnySizeBelowTheLimit) {
+TEST_F(SettingsCtlConnection, TakesLinesOfAnySizeToTheLimitHoweverManyAndHoweverSplit) {
     const ListeningSocket listener(path);
-    Connection connection(path, patience, 100);
+    Connection connection(path, patience);
     const Peer host = listener.accept();
-    host.sendLine(std::string(99, 'a'));
-    EXPECT_EQ(connection.receive(connection.deadline()), std::string(99, 'a'));
-    host.send(std::string(101, 'a'));
-    EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.receive(connection.deadline()); }),
-              "the host at " + path + " sends a line without an end");
+    std::vector<std::string> lines{std::string(Connection::maximumLineSize - 1, 'a'), "b",
+                                   std::string(Connection::maximumLineSize - 1, 'c'), std::string(70000, 'd')};
+    std::thread sender([&] {
+        for (const auto& line : lines) {
+            host.sendLine(line);
+        }
+    });
+    for (const auto& line : lines) {
+        EXPECT_TRUE(connection.receive(connection.deadline()) == line) << line.front();
+    }
+    sender.join();
+}
+
+TEST_F(SettingsCtlConnection, GivesUpOverALineWithoutAnEnd) {
+    const ListeningSocket listener(path);
+    std::optional<Connection> connection(std::in_place, path, patience);
+    const Peer host = listener.accept();
+    bool whole = true;
+    // Read in many pieces, each of them below the limit.
+    std::thread sender([&] { whole = host.send(std::string(8 * Connection::maximumLineSize, 'a')); });
+    EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection->receive(connection->deadline()); }),
+              "the host at " + path + " sends a line longer than 1 MiB");
+    connection.reset();
+    sender.join();
+    EXPECT_FALSE(whole) << "all of it was taken";
 }
 
 TEST_F(SettingsCtlConnection, GivesUpAtTheDeadline) {

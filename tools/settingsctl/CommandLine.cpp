@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "Commands.h"
+#include "Timeout.h"
 #include "Version.h"
 #include "Wire.h"
 
@@ -28,7 +29,7 @@ std::string defaultSocket(const std::string& name) {
 /// What the chosen verb does, filled while the command line is read.
 struct Choice {
     Context context;
-    double timeoutSeconds = 5;
+    std::string timeout = "5";
     std::vector<std::string> keys;
     std::string key;
     std::string value;
@@ -64,6 +65,10 @@ CLI::Option* addText(CLI::App& verb, const std::string& name, std::string& text,
     return verb.add_option(name, text, description)->type_name("")->required();
 }
 
+std::string validTimeout(const std::string& seconds) {
+    return timeoutFrom(seconds) ? "" : "'" + seconds + "' is no time from 0.001 to 86400 seconds";
+}
+
 void addOptions(CLI::App& app, Choice& choice) {
     Context& context = choice.context;
     context.socketPath = defaultSocket("settings.sock");
@@ -76,9 +81,9 @@ void addOptions(CLI::App& app, Choice& choice) {
     app.add_flag("--value", context.style.bareValues, "Print values without their keys (get, device show)")
         ->excludes(json);
     app.add_flag("--quiet", context.style.quiet, "Print no results, only tell by the exit status");
-    app.add_option("--timeout", choice.timeoutSeconds, "How long to wait for the host's answer")
+    app.add_option("--timeout", choice.timeout, "How long to wait for the host's answer")
         ->type_name("SECONDS")
-        ->check(CLI::Range(0.001, 86400.0, ""))
+        ->check(validTimeout)
         ->capture_default_str();
     app.set_version_flag("--version", versionText());
 }
@@ -99,7 +104,7 @@ void addSettingsVerbs(CLI::App& app, Choice& choice) {
     addText(*setVerb, "VALUE", choice.value, "New value");
     addVerb(app, choice, "watch", "Print every change until interrupted",
             "  settingsctl watch\n  settingsctl watch --json", [&] { return watch(context); });
-    addVerb(app, choice, "list", "Print the keys that have a value, one a line",
+    addVerb(app, choice, "list", "Print the keys of all settings, one a line",
             "  settingsctl list\n  settingsctl list --json", [&] { return list(context); });
     addVerb(app, choice, "selected", "Print whether this assistant is the selected one", "  settingsctl selected",
             [&] { return selected(context); });
@@ -175,7 +180,7 @@ void checkArguments(const CLI::App& app, const Choice& choice, const std::vector
 }
 
 std::string usageMessage(const CLI::App* /*app*/, const CLI::Error& error) {
-    return "settingsctl: " + escapeControlCharacters(error.what()) + "; see settingsctl --help\n";
+    return "settingsctl: " + escaped(error.what()) + "; see settingsctl --help\n";
 }
 
 /// Prints what the parser ended with: the help, the version, or what is wrong.
@@ -207,7 +212,7 @@ ExitStatus parseAndRun(int argumentCount, const char* const* arguments) {
         return endOfParsing(app, end);
     }
     checkArguments(app, choice, {arguments + 1, arguments + argumentCount});
-    choice.context.timeout = std::chrono::milliseconds(static_cast<long>(choice.timeoutSeconds * 1000));
+    choice.context.timeout = timeoutFrom(choice.timeout).value();
     return choice.run();
 }
 
@@ -217,7 +222,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     try {
         return parseAndRun(argumentCount, arguments);
     } catch (const Failure& failure) {
-        std::fprintf(stderr, "settingsctl: %s\n", escapeControlCharacters(failure.what()).c_str());
+        std::fprintf(stderr, "settingsctl: %s\n", escaped(failure.what()).c_str());
         return failure.exitStatus();
     }
 }

@@ -1,7 +1,6 @@
 #include "Connection.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstring>
 #include <utility>
@@ -20,13 +19,15 @@ constexpr std::size_t readSize = 65536;
 
 }  // namespace
 
-Connection::Connection(std::string socketPath, std::chrono::milliseconds waitingTime, std::size_t longestLine)
-    : path(std::move(socketPath)), timeout(waitingTime), lineLimit(longestLine) {
+Connection::Connection(std::string socketPath, std::chrono::milliseconds waitingTime)
+    : path(std::move(socketPath)), timeout(waitingTime) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     if (path.empty() || path.size() >= sizeof(address.sun_path)) {
         throw Failure(WRONG_USAGE, "the socket path is empty or too long: '" + path + "'");
     }
+    // Never more, and no second copy while it grows. What is not used takes no memory.
+    pending.reserve(maximumLineSize);
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
     socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     // Also bounds the wait for a host whose queue of new connections is full.
@@ -87,14 +88,15 @@ bool Connection::waitForBytes(Deadline deadline, const std::vector<pollfd>& othe
 }
 
 void Connection::receiveBytes() {
-    std::array<char, readSize> bytes;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled by recv
-    const ssize_t count = ::recv(socket, bytes.data(), bytes.size(), 0);
+    const std::size_t before = pending.size();
+    if (before == maximumLineSize) {
+        fail("sends a line longer than 1 MiB");
+    }
+    pending.resize(std::min(before + readSize, maximumLineSize));
+    const ssize_t count = ::recv(socket, pending.data() + before, pending.size() - before, 0);
+    pending.resize(before + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
     if (count == 0 || (count < 0 && errno != EINTR)) {
         fail("closed the connection");
-    }
-    pending.append(bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-    if (pending.size() > lineLimit) {
-        fail("sends a line without an end");
     }
 }
 

@@ -50,7 +50,7 @@ ExitStatus page(const Context& context) {
     if (address == members.end()) {
         throw Failure(UNREACHABLE, "what answers is no device socket");
     }
-    printLine(context.style, context.style.json ? answer.text() : escapeControlCharacters(address->second));
+    printLine(context.style, context.style.json ? answer.text() : escaped(address->second));
     return DONE;
 }
 
@@ -87,7 +87,7 @@ ExitStatus deviceSetting(const Context& context, const std::string& key, const s
         member(writer, "value", value);
     });
     if (!context.style.json && answer.booleanAt({"changed"}) == false) {
-        printLine(context.style, escapeControlCharacters(key) + ": unchanged");
+        printLine(context.style, escaped(key) + ": unchanged");
     }
     return confirm(context, answer);
 }

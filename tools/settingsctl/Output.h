@@ -16,8 +16,8 @@ struct OutputStyle {
 };
 
 /// `text` with every control character (also DEL and U+0080 to U+009F) as an escape, so that no value can steer a
-/// terminal.
-std::string escapeControlCharacters(const std::string& text);
+/// terminal, and with two backslashes for each one, so that different texts look different.
+std::string escaped(const std::string& text);
 
 /// A compact JSON object of strings, and a compact JSON array of strings.
 std::string jsonObject(const std::map<std::string, std::string>& members);

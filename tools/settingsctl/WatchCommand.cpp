@@ -53,14 +53,14 @@ void printFrame(const Context& context, const Frame& frame) {
         for (const auto& key : *reread) {
             line += (line.back() == ':' ? " " : ", ") + key;
         }
-        printLine(context.style, escapeControlCharacters(line));
+        printLine(context.style, escaped(line));
     }
 }
 
 /// Scripts wait for this line before they change what they watch.
 void tellReady(const Context& context) {
     if (!context.style.quiet) {
-        std::fprintf(stderr, "settingsctl: watching %s\n", escapeControlCharacters(context.socketPath).c_str());
+        std::fprintf(stderr, "settingsctl: watching %s\n", escaped(context.socketPath).c_str());
     }
 }
 
