@@ -105,17 +105,17 @@ TEST(SettingsCtlReplies, WithoutAnEndCostAMebibyteAtMost) {
         GTEST_SKIP() << "counts what a sanitizer adds";
     }
     const FakeHost host;
-    auto program = host.start({"--timeout", "60", "get"});
+    auto program = host.start({"--timeout", "20", "get"});
     Peer client = host.accept();
     client.receiveLine();
     // What the first bytes cost is not the line's.
     client.send("a");
     client.waitUntilRead();
-    const std::size_t before = TestSupport::peakMemory(program.pid());
+    const std::size_t before = TestSupport::memoryOf(program.pid()).anonymous;
     client.send(std::string(1024UL * 1024 - 2, 'a'));
     client.waitUntilRead();
     constexpr std::size_t page = 4096;
-    EXPECT_LE(TestSupport::peakMemory(program.pid()) - before, 1024UL * 1024 + 16 * page);
+    EXPECT_LE(TestSupport::memoryOf(program.pid()).anonymous - before, 1024UL * 1024 + 16 * page);
     client.send("aa");
     expectEnd(program, 3, "", "settingsctl: the host at " + host.settingsPath() + " sends a line longer than 1 MiB\n");
 }

@@ -26,7 +26,7 @@ Connection::Connection(std::string socketPath, std::chrono::milliseconds waiting
     if (path.empty() || path.size() >= sizeof(address.sun_path)) {
         throw Failure(WRONG_USAGE, "the socket path is empty or too long: '" + path + "'");
     }
-    // Never more, and no second copy while it grows. What is not used takes no memory.
+    // What it grew out of would stay in memory; what is not used takes none.
     pending.reserve(maximumLineSize);
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
     socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
