@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "RunningHost.h"
 #include "Terminal.h"
@@ -63,6 +64,7 @@ protected:
         }
         return offersAfter(typed, *withHost);
     }
+    static bool systemHasAHost() { return ::access("/run/settings-host", F_OK) == 0; }
     Words offersWithoutHostAfter(const std::string& typed) {
         if (!withoutHost) {
             withoutHost.emplace(GetParam().command, environment("/nowhere"));
@@ -144,6 +146,9 @@ TEST_P(SettingsCtlCompletion, OffersOptions) {
 }
 
 TEST_P(SettingsCtlCompletion, OffersFixedWordsAndKeysAndSaysNothingWhenTheHostIsDown) {
+    if (systemHasAHost()) {
+        GTEST_SKIP() << "the host of this machine may answer";
+    }
     EXPECT_EQ(offersWithoutHostAfter("settingsctl sel"), Words{"selected"});
     EXPECT_EQ(offersWithoutHostAfter("settingsctl get "), keys);
     EXPECT_EQ(offersWithoutHostAfter("settingsctl set deviceName "), Words{});

@@ -182,7 +182,7 @@ TEST_F(SettingsCtlAndHost, EndTheWatchWhenTheHostStops) {
     EXPECT_EQ(host.stop(), 0);
     EXPECT_EQ(watch.wait(), 3);
     EXPECT_EQ(watch.errors().readAll(), "settingsctl: the host at " + host.socketPath() + " closed the connection\n");
-    expectRun({"get"}, 3, "",
+    expectRun({"--socket", host.socketPath(), "get"}, 3, "",
               "settingsctl: cannot reach the host at " + host.socketPath() +
                   ": No such file or directory (is settings-host running?)\n");
 }

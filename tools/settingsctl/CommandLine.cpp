@@ -6,7 +6,6 @@
 #include <sstream>
 
 #include <CLI/CLI.hpp>
-#include <unistd.h>
 
 #include "Commands.h"
 #include "Timeout.h"
@@ -17,18 +16,10 @@ namespace SettingsCtl {
 
 namespace {
 
-/// Where the host listens when nobody says otherwise. A variable that is unset, empty or relative names no folder.
-std::string defaultSocket(const std::string& name) {
-    const char* const value = std::getenv("XDG_RUNTIME_DIR");
-    const std::string folder = value != nullptr && value[0] == '/'
-                                   ? std::string(value) + "/settings-host"
-                                   : "/tmp/settings-host-" + std::to_string(::geteuid());
-    return folder + "/" + name;
-}
-
 /// What the chosen verb does, filled while the command line is read.
 struct Choice {
     Context context;
+    SocketOptions sockets;
     std::string timeout = "5";
     std::vector<std::string> keys;
     std::string key;
@@ -69,14 +60,22 @@ std::string validTimeout(const std::string& seconds) {
     return timeoutFrom(seconds) ? "" : "'" + seconds + "' is no time from 0.001 to 86400 seconds";
 }
 
+const char* runtimeFolder() {
+    return std::getenv("XDG_RUNTIME_DIR");
+}
+
+std::string defaultSockets() {
+    const auto places = settingsPlaces({}, runtimeFolder());
+    return places.front().path + ", or else " + places.back().path;
+}
+
 void addOptions(CLI::App& app, Choice& choice) {
     Context& context = choice.context;
-    context.socketPath = defaultSocket("settings.sock");
-    context.deviceSocketPath = defaultSocket("device.sock");
-    app.add_option("--socket", context.socketPath, "The host's socket")->type_name("PATH")->capture_default_str();
-    app.add_option("--device-socket", context.deviceSocketPath, "The simulated device's socket")
-        ->type_name("PATH")
-        ->capture_default_str();
+    app.add_option("--socket", choice.sockets.settings, "The host's socket, by default " + defaultSockets())
+        ->type_name("PATH");
+    app.add_option("--device-socket", choice.sockets.device,
+                   "The simulated device's socket, by default device.sock beside the host's")
+        ->type_name("PATH");
     CLI::Option* const json = app.add_flag("--json", context.style.json, "Print results as JSON");
     app.add_flag("--value", context.style.bareValues, "Print values without their keys (get, device show)")
         ->excludes(json);
@@ -212,6 +211,8 @@ ExitStatus parseAndRun(int argumentCount, const char* const* arguments) {
         return endOfParsing(app, end);
     }
     checkArguments(app, choice, {arguments + 1, arguments + argumentCount});
+    choice.context.settingsSockets = settingsPlaces(choice.sockets, runtimeFolder());
+    choice.context.deviceSockets = devicePlaces(choice.sockets, runtimeFolder());
     choice.context.timeout = timeoutFrom(choice.timeout).value();
     return choice.run();
 }

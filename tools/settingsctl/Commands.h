@@ -6,13 +6,14 @@
 
 #include "Failure.h"
 #include "Output.h"
+#include "SocketPlaces.h"
 
 namespace SettingsCtl {
 
 /// What every verb needs to know.
 struct Context {
-    std::string socketPath;
-    std::string deviceSocketPath;
+    std::vector<SocketPlace> settingsSockets;
+    std::vector<SocketPlace> deviceSockets;
     std::chrono::milliseconds timeout{5000};
     OutputStyle style;
 };

@@ -7,6 +7,8 @@
 
 #include <poll.h>
 
+#include "SocketPlaces.h"
+
 namespace SettingsCtl {
 
 /// A connection to one of the host's sockets that speaks lines. A host that cannot be reached, ends, does not answer in
@@ -18,12 +20,16 @@ public:
     /// With its end. More than a host needs for all settings of the catalogue, each as large as a request can make it.
     static constexpr std::size_t maximumLineSize = 1024UL * 1024;
 
-    /// Connects. `waitingTime` bounds connecting and each `send`, and is what `deadline` gives to receiving.
-    Connection(std::string socketPath, std::chrono::milliseconds waitingTime);
+    /// Connects to the first host of `places` that is there. One is when either of its sockets accepts a connection, so
+    /// that no verb goes to another host than the verb before it. Somebody who listens but does not accept in time is
+    /// there, too. `waitingTime` bounds each connecting and each `send`, and is what `deadline` gives to receiving.
+    Connection(const std::vector<SocketPlace>& places, std::chrono::milliseconds waitingTime);
     ~Connection();
 
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
+
+    const std::string& socketPath() const { return path; }
 
     /// Sends lines that are already ended. A host that has closed the connection is told by the next `receive`, after
     /// what it said before.

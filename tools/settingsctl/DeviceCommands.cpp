@@ -19,7 +19,7 @@ Frame execute(
     writer.String(command);
     arguments(writer);
     writer.EndObject();
-    Connection connection(context.deviceSocketPath, context.timeout);
+    Connection connection(context.deviceSockets, context.timeout);
     connection.send(std::string(buffer.GetString(), buffer.GetSize()) + "\n");
     Frame answer(connection.receive(connection.deadline()));
     answer.throwIfRefusal();

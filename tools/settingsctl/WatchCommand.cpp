@@ -58,9 +58,9 @@ void printFrame(const Context& context, const Frame& frame) {
 }
 
 /// Scripts wait for this line before they change what they watch.
-void tellReady(const Context& context) {
+void tellReady(const Context& context, const Connection& connection) {
     if (!context.style.quiet) {
-        std::fprintf(stderr, "settingsctl: watching %s\n", escaped(context.socketPath).c_str());
+        std::fprintf(stderr, "settingsctl: watching %s\n", escaped(connection.socketPath()).c_str());
     }
 }
 
@@ -75,7 +75,7 @@ void tellReady(const Context& context) {
 
 ExitStatus watch(const Context& context) {
     const Interruption interruption;
-    Connection connection(context.socketPath, context.timeout);
+    Connection connection(context.settingsSockets, context.timeout);
     // The answer to a question tells that the host serves this connection, so that no later change is missed.
     const std::string question = "watch";
     connection.send(bareRequest(IS_SELECTED, question));
@@ -89,7 +89,7 @@ ExitStatus watch(const Context& context) {
         frame.throwIfRefusal();
         if (frame.isReplyTo(question)) {
             deadline.reset();
-            tellReady(context);
+            tellReady(context, connection);
         } else {
             printFrame(context, frame);
         }
