@@ -165,7 +165,8 @@ void Composition::openDoors(const Options& options, PassedSockets& sockets) {
         webAddress = {webListener->address(), webListener->port()};
         webKey = randomHex(keyBytes);
     }
-    console = std::make_unique<DeviceConsole>(DeviceCommands(device, sdkBridge, appLaunch), hub, traffic, trace,
+    const auto tally = [this] { return HandlerTally{hub->eventsSent(), storage.health().failures}; };
+    console = std::make_unique<DeviceConsole>(DeviceCommands(device, sdkBridge, appLaunch, tally), hub, traffic, trace,
                                               pageAddress());
     settingsDoor = std::make_unique<UnixSocketDoor>(loop, placeOf("settings", options.socketPath, sockets),
                                                     Origin::SOCKET, settingsEvents());

@@ -47,6 +47,9 @@ public:
     /// The value of a setting changed where it lives.
     void valueChanged(const std::string& settingDBId);
 
+    /// How many events the handler has sent. It sends one for each value that it accepts.
+    unsigned long eventsSent() const { return sequence; }
+
     std::string sendMessage(int messageType, rapidjson::Document& payload) override;
     void sendResponse(const std::string& messageId, rapidjson::Document& payload) override;
     void registerMessageHandler(int messageType, std::function<void(const std::string&)> handler) override;

@@ -14,6 +14,10 @@ class Follower : public DeviceAbstractionLayer::DeviceInfoObserverInterface,
 public:
     explicit Follower(SimulatedSdkBridge& bridge) : sdk(bridge) {}
     std::vector<std::string> told;
+    HandlerTally tally;
+    /// What comes of the next system settings.
+    bool acceptsSettings = true;
+    bool storageFails = false;
     void notifyLocaleChange(std::string locale) override { sdk.setLocales({locale}); }
     void notifyLocaleChange(std::vector<std::string> locales) override { sdk.setLocales(locales); }
     void notifyTimezoneChange(std::string timezone) override { sdk.setTimezone(timezone); }
@@ -23,6 +27,8 @@ public:
     void notifyDeviceModeChanged(std::string) override {}
     void notifySystemSettingChanged(std::string name, std::string value) override {
         told.push_back(name + "=" + value);
+        tally.events += acceptsSettings ? 1 : 0;
+        tally.storageFailures += storageFails ? 1 : 0;
     }
     void notifyHandsfreeStateChanged(bool enabled) override { told.push_back(enabled ? "on" : "off"); }
 
@@ -53,7 +59,7 @@ protected:
         std::make_shared<SimulatedSdkBridge>(state, storage, device, [](const std::string&) {});
     std::shared_ptr<SimulatedAppLaunch> launcher = std::make_shared<SimulatedAppLaunch>();
     std::shared_ptr<Follower> observer = std::make_shared<Follower>(*sdk);
-    DeviceCommands commands{device, sdk, launcher};
+    DeviceCommands commands{device, sdk, launcher, [this] { return observer->tally; }};
 };
 
 TEST_F(DeviceCommandsTest, ShowTellsTheWholeState) {
@@ -109,6 +115,48 @@ TEST_F(DeviceCommandsTest, KeepsUnusableLocalesAwayFromTheHandler) {
     EXPECT_TRUE(observer->told.empty());
     EXPECT_EQ(commands.execute(R"({"command":"setting","key":"orliaLocale","value":"[\"a\"]"})"), ok);
     EXPECT_EQ(observer->told.size(), 1U);
+}
+
+TEST_F(DeviceCommandsTest, SaysThatASettingWasThatValueAlready) {
+    observer->acceptsSettings = false;
+    const std::string unchanged = R"({"ok":true,"changed":false})";
+    for (const auto* frame : {R"({"command":"setting","key":"deviceName","value":"TV"})",
+                              R"({"command":"setting","key":"timezone","value":"America/Vancouver"})",
+                              R"({"command":"setting","key":"friendlyName","value":""})",
+                              R"({"command":"setting","key":"orliaLocale","value":"[\"en-US\"]"})"}) {
+        EXPECT_EQ(commands.execute(frame), unchanged) << frame;
+    }
+    EXPECT_EQ(observer->told, (std::vector<std::string>{"deviceName=TV", "timezone=America/Vancouver",
+                                                        "friendlyName=", R"(orliaLocale=["en-US"])"}));
+}
+
+TEST_F(DeviceCommandsTest, SaysWhyTheHandlerMadeNothingOfASetting) {
+    observer->acceptsSettings = false;
+    EXPECT_EQ(commands.execute(R"({"command":"setting","key":"captionsEnabled","value":"false"})"),
+              R"({"error":{"code":"read-only","message":"nothing changed: 'captionsEnabled' is set with the command )"
+              R"(\"captions\" only, whatever the device reports"}})");
+    EXPECT_EQ(
+        commands.execute(R"({"command":"setting","key":"doNotDisturbEnabled","value":"true"})"),
+        R"({"error":{"code":"read-only","message":"nothing changed: 'doNotDisturbEnabled' is set with the command )"
+        R"(\"doNotDisturb\" only, whatever the device reports"}})");
+    const std::string wrongForm =
+        R"({"error":{"code":"wrong-form","message":"nothing changed: the value is no JSON array with at least one locale"}})";
+    for (const auto* value : {"fr-FR", "[]", "[\\\"\\\"]"}) {
+        EXPECT_EQ(
+            commands.execute(R"({"command":"setting","key":"orliaLocale","value":")" + std::string(value) + "\"}"),
+            wrongForm)
+            << value;
+    }
+    observer->storageFails = true;
+    EXPECT_EQ(commands.execute(R"({"command":"setting","key":"deviceName","value":"Den"})"),
+              R"({"error":{"code":"not-stored","message":"nothing changed: the storage did not take the value; the )"
+              R"(host's log says why"}})");
+    EXPECT_EQ(observer->told.size(), 6U);
+}
+
+TEST_F(DeviceCommandsTest, AnAcceptedSettingIsDoneWhateverTheStorageSays) {
+    observer->storageFails = true;
+    EXPECT_EQ(commands.execute(R"({"command":"setting","key":"friendlyName","value":"Den"})"), ok);
 }
 
 TEST_F(DeviceCommandsTest, SaysWhenNothingCouldBeSaved) {

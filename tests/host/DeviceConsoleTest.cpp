@@ -59,7 +59,9 @@ protected:
     std::shared_ptr<MessageHub> hub = std::make_shared<MessageHub>(traffic);
     std::shared_ptr<SimulatedSdkBridge> sdk = std::make_shared<SimulatedSdkBridge>(
         state, storage, device, [this](const std::string& key) { hub->valueChanged(key); });
-    DeviceCommands commands{device, sdk, std::make_shared<SimulatedAppLaunch>()};
+    DeviceCommands commands{device, sdk, std::make_shared<SimulatedAppLaunch>(), [this] {
+                                return HandlerTally{hub->eventsSent(), 0};
+                            }};
     DeviceConsole console{commands, hub, traffic, trace, "http://127.0.0.1:1/?key=k"};
     std::shared_ptr<RecordingClient> page = std::make_shared<RecordingClient>(Origin::PAGE);
     std::shared_ptr<RecordingClient> client = std::make_shared<RecordingClient>(Origin::DEVICE);
@@ -86,6 +88,31 @@ TEST_F(DeviceConsoleTest, RefusesWhatIsNoFrameAndGoesOn) {
     EXPECT_NE(client->take().at(0).find("too-large"), std::string::npos);
     EXPECT_EQ(recording->take().back(), "refused too-large");
     EXPECT_EQ(answerTo(captionsOn), R"({"ok":true})");
+}
+
+TEST_F(DeviceConsoleTest, ASettingThatTheHandlerAcceptsIsDone) {
+    struct Handler : DeviceAbstractionLayer::DeviceInfoObserverInterface {
+        explicit Handler(MessageHub& messageHub) : hub(messageHub) {}
+        void notifyLocaleChange(std::string) override {}
+        void notifyLocaleChange(std::vector<std::string>) override {}
+        void notifyTimezoneChange(std::string) override {}
+        void notifyNetworkConnectionChanged(std::string) override {}
+        void notifyMicrophoneAvailabilityChanged(std::string) override {}
+        void notifyAudioGuidanceChanged(bool) override {}
+        void notifyDeviceModeChanged(std::string) override {}
+        void notifySystemSettingChanged(std::string, std::string value) override {
+            rapidjson::Document payload(rapidjson::kObjectType);
+            if (value == "new") {
+                hub.sendMessage(25, payload);
+            }
+        }
+        MessageHub& hub;
+    };
+    const auto handler = std::make_shared<Handler>(*hub);
+    device->subscribe(handler, {});
+    EXPECT_EQ(answerTo(R"({"command":"setting","key":"k","value":"new"})"), R"({"ok":true})");
+    EXPECT_EQ(answerTo(R"({"command":"setting","key":"k","value":"old"})"), R"({"ok":true,"changed":false})");
+    EXPECT_EQ(page->take().size(), 1U);
 }
 
 TEST_F(DeviceConsoleTest, TellsTheAddressOfThePages) {

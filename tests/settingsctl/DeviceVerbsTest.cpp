@@ -85,6 +85,21 @@ TEST(SettingsCtlDeviceVerbs, AreNotDoneWithoutTheDevicesWord) {
     }
 }
 
+TEST(SettingsCtlDeviceSetting, SaysThatItWasThatValueAlready) {
+    const std::string frame = R"({"command":"setting","key":"k\u001B","value":"v"})";
+    const std::string reply = R"({"ok":true,"changed":false})";
+    const std::vector<std::pair<std::vector<std::string>, std::string>> runs{
+        {{"device", "setting", "k\x1b", "v"}, "k\\x1b: unchanged\n"},
+        {{"--json", "device", "setting", "k\x1b", "v"}, reply + "\n"},
+        {{"--quiet", "device", "setting", "k\x1b", "v"}, ""}};
+    for (const auto& [arguments, output] : runs) {
+        const FakeHost host;
+        auto program = host.start(arguments);
+        answer(host, frame, reply);
+        expectEnd(program, 0, output, "");
+    }
+}
+
 TEST(SettingsCtlDeviceShow, PrintsTheStateLikeGet) {
     const FakeHost host;
     auto program = host.start({"device", "show"});

@@ -111,14 +111,44 @@ TEST_F(SettingsCtlWatch, CanBeInterruptedBeforeTheHostAnswers) {
     expectInterruption(program, SIGINT);
 }
 
-TEST_F(SettingsCtlWatch, EndsWhenNobodyReadsItsOutputAnyMore) {
-    auto program = host.start({"watch"});
+TEST_F(SettingsCtlWatch, FailsWhenNobodyReadsItsOutputAnyMore) {
+    for (const bool withChange : {false, true}) {
+        auto program = host.start({"watch"});
+        Peer client = host.accept();
+        client.sendLine(answer);
+        EXPECT_EQ(program.errors().readLine(), readyLine());
+        program.closeOutput();
+        if (withChange) {
+            client.sendLine(event("k", "a", "b"));
+        }
+        EXPECT_TRUE(client.receiveLine() == question && client.clientCloses());
+        EXPECT_EQ(program.errors().readAll(), "settingsctl: cannot write to standard output: Broken pipe\n");
+        EXPECT_EQ(program.wait(), 1);
+    }
+}
+
+TEST_F(SettingsCtlWatch, FailsInAPipeWhoseReaderHasSeenEnough) {
+    TestSupport::ChildProcess program({"bash", "-c", "set -o pipefail; \"$0\" --socket \"$1\" watch | head -n 1",
+                                       SETTINGSCTL_PROGRAM, host.settingsPath()});
     Peer client = host.accept();
     client.sendLine(answer);
     EXPECT_EQ(program.errors().readLine(), readyLine());
-    program.closeOutput();
+    client.sendLine(event("k", "a", "b"));
     EXPECT_TRUE(client.receiveLine() == question && client.clientCloses());
-    EXPECT_EQ(program.wait(), 0);
+    expectEnd(program, 1, "k: 'a' -> 'b'\n", "settingsctl: cannot write to standard output: Broken pipe\n");
+}
+
+TEST_F(SettingsCtlWatch, NeedsNoOutputWhenQuiet) {
+    auto program = host.start({"watch", "--quiet"});
+    Peer client = host.accept();
+    program.closeOutput();
+    EXPECT_EQ(client.receiveLine(), question);
+    client.sendLine(answer);
+    client.sendLine(event("k", "a", "b"));
+    client.close();
+    EXPECT_EQ(program.errors().readAll(),
+              "settingsctl: the host at " + host.settingsPath() + " closed the connection\n");
+    EXPECT_EQ(program.wait(), 3);
 }
 
 TEST_F(SettingsCtlWatch, TellsWhenTheHostGoes) {
