@@ -170,7 +170,9 @@ private:
     std::shared_ptr<SimulatedAppLaunch> app = std::make_shared<SimulatedAppLaunch>();
     std::shared_ptr<SettingsHandler::SettingsHandler> handler = SettingsHandler::SettingsHandler::create(
         hub, storage, std::make_shared<SettingsHandlerTesting::FakeMetrics>(journal), sdk, app, device);
-    DeviceConsole console{DeviceCommands(device, sdk, app), hub, traffic, trace, "http://page"};
+    DeviceConsole console{DeviceCommands(device, sdk, app), hub, traffic, trace,
+                          PageAddress{[] { return std::string("http://page"); },
+                                      [] { return std::optional<std::string>("http://page"); }}};
     std::shared_ptr<FrameCollector> client = std::make_shared<FrameCollector>(Origin::DEVICE);
     std::shared_ptr<FrameCollector> page = std::make_shared<FrameCollector>(Origin::PAGE);
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 
@@ -14,9 +15,13 @@ namespace SettingsHost {
 /// At the limit of descriptors a connection can neither be taken nor left waiting, or the loop would never sleep. So
 /// one descriptor is kept in reserve, to turn connections away with. When not even that helps, because the limit was
 /// lowered or other programs were faster, connections wait for `pauseMilliseconds`.
+///
+/// A turn takes as many connections as wait, for a bounded time: those who connect as fast as they can neither fill the
+/// kernel's queue, in which everybody waits, nor hold up who is connected already.
 class Acceptor {
 public:
     static constexpr unsigned pauseMilliseconds = 100;
+    static constexpr std::chrono::microseconds longestTurn{300};
 
     /// Takes a connected, non-blocking descriptor over.
     using Taker = std::function<void(int descriptor)>;

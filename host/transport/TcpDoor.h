@@ -9,7 +9,8 @@
 
 namespace SettingsHost {
 
-/// A listening TCP socket that hands its connections on. One thread only. The event loop outlives it, and runs once
+/// A listening TCP socket that hands its connections on, which send without delay (TCP_NODELAY). It is made for
+/// protocols in which the other side speaks first: the kernel holds one that says nothing back for a second. One thread only. The event loop outlives it, and runs once
 /// more after `close`.
 class TcpDoor {
 public:
