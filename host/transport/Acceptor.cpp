@@ -54,7 +54,8 @@ private:
     Acceptor* acceptor;
 };
 
-Acceptor::Acceptor(Descriptor descriptor) : listening(std::move(descriptor)), spare(openSpare()) {}
+Acceptor::Acceptor(Descriptor descriptor, std::chrono::microseconds timeOfATurn)
+    : listening(std::move(descriptor)), longestTurn(timeOfATurn), spare(openSpare()) {}
 
 Acceptor::~Acceptor() {
     close();

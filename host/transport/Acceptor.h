@@ -16,20 +16,18 @@ namespace SettingsHost {
 /// one descriptor is kept in reserve, to turn connections away with. When not even that helps, because the limit was
 /// lowered or other programs were faster, connections wait for `pauseMilliseconds`.
 ///
-/// A turn takes as many connections as wait, for a bounded time: those who connect as fast as they can neither fill the
-/// kernel's queue, in which everybody waits, nor hold up who is connected already.
 class Acceptor {
 public:
     static constexpr unsigned pauseMilliseconds = 100;
-    static constexpr std::chrono::microseconds longestTurn{300};
 
     /// Takes a connected, non-blocking descriptor over.
     using Taker = std::function<void(int descriptor)>;
     /// May say farewell to a connection that is closed when it returns.
     using Refuser = std::function<void(int descriptor)>;
 
-    /// `descriptor` listens and is non-blocking.
-    explicit Acceptor(Descriptor descriptor);
+    /// `descriptor` listens and is non-blocking. A turn of the loop takes one connection, and more as long as some wait
+    /// and the turn is shorter than `longestTurn`.
+    explicit Acceptor(Descriptor descriptor, std::chrono::microseconds longestTurn = std::chrono::microseconds(0));
     ~Acceptor();
 
     Acceptor(const Acceptor&) = delete;
@@ -47,6 +45,7 @@ private:
     void rest();
 
     Descriptor listening;
+    std::chrono::microseconds longestTurn;
     Descriptor spare;
     Taker take;
     Refuser refuse;

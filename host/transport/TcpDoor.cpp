@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <utility>
 
@@ -17,6 +18,10 @@
 namespace SettingsHost {
 
 namespace {
+
+/// Those who connect as fast as they can neither fill the kernel's queue, in which everybody waits, nor hold up who is
+/// connected already.
+constexpr std::chrono::microseconds longestTurn{300};
 
 struct Endpoint {
     sockaddr_storage storage{};
@@ -96,7 +101,7 @@ void TcpDoor::acceptFrom(Descriptor listening) {
     boundAddress = host.data();
     boundPort = static_cast<std::uint16_t>(std::stoul(service.data()));
     tune(listening.get());
-    acceptor.emplace(std::move(listening));
+    acceptor.emplace(std::move(listening), longestTurn);
 }
 
 void TcpDoor::start(EventLoop& loop, Acceptor::Taker taker, Acceptor::Refuser refuser) {
