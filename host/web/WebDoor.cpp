@@ -200,8 +200,8 @@ WebDoor::WebDoor(EventLoop& eventLoop, std::unique_ptr<TcpDoor> itsListener, Web
       crowd(loop,
             [](std::size_t count) {
                 logHost(VessaLogger::WARNING,
-                        "web: " + std::to_string(count) +
-                            " connections without key or cookie were closed to make room for others");
+                        "web: connections without key or cookie closed to make room for others: " +
+                            std::to_string(count));
             }) {
     createContext();
     listener->start(
