@@ -104,8 +104,9 @@ std::string DeviceConsole::showPage(const std::string& frame) {
         return objectFrame("page", {{"address", current}});
     }
     const auto renewed = pageAddress.renewed();
-    return renewed ? objectFrame("page", {{"address", *renewed}})
-                   : refusalFrame("not-written", "the new key could not be stored: the old key and its cookies still hold");
+    return renewed
+               ? objectFrame("page", {{"address", *renewed}})
+               : refusalFrame("not-written", "the new key could not be stored: the old key and its cookies still hold");
 }
 
 std::string DeviceConsole::switchTrace(const std::shared_ptr<Client>& client, const std::string& frame) {

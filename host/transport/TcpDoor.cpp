@@ -53,10 +53,9 @@ Descriptor listenAt(const std::string& address, std::uint16_t port) {
     Descriptor listening(::socket(endpoint.storage.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
     const int on = 1;
     // Lets a host that starts again have the port of the one before; never that of one which still listens.
-    const bool listens = listening.get() >= 0 &&
-                         ::setsockopt(listening.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on)) == 0 &&
-                         ::bind(listening.get(), endpoint.generic(), endpoint.size) == 0 &&
-                         ::listen(listening.get(), SOMAXCONN) == 0;
+    const bool listens =
+        listening.get() >= 0 && ::setsockopt(listening.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on)) == 0 &&
+        ::bind(listening.get(), endpoint.generic(), endpoint.size) == 0 && ::listen(listening.get(), SOMAXCONN) == 0;
     if (!listens) {
         throw DoorError("cannot listen at " + address + " port " + std::to_string(port) + ": " + std::strerror(errno));
     }
@@ -73,7 +72,8 @@ void tune(int listening) {
     // The other side speaks first. One that is silent stays with the kernel for a second; one that is not has something
     // to be read when it is taken.
     ::setsockopt(listening, IPPROTO_TCP, TCP_DEFER_ACCEPT, &oneSecond, sizeof(oneSecond));
-    // A short queue is full as soon as somebody hurries, and then everybody's connection waits a second for its next try.
+    // A short queue is full as soon as somebody hurries, and then everybody's connection waits a second for its next
+    // try.
     ::listen(listening, SOMAXCONN);
 }
 

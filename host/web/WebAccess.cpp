@@ -102,8 +102,8 @@ std::string WebAccess::cookieFor(const WebVisitor& visitor) const {
     if (!hasKey(visitor)) {
         return "";
     }
-    return cookieName + "=" + signer.issue(clock()) + "; Path=/; HttpOnly; SameSite=Strict; Max-Age=" +
-           std::to_string(CookieSigner::lifetime.count());
+    return cookieName + "=" + signer.issue(clock()) +
+           "; Path=/; HttpOnly; SameSite=Strict; Max-Age=" + std::to_string(CookieSigner::lifetime.count());
 }
 
 void WebAccess::replace(std::string key, std::string secret) {

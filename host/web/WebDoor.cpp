@@ -197,12 +197,10 @@ WebDoor::WebDoor(EventLoop& eventLoop, std::unique_ptr<TcpDoor> itsListener, Web
       site(std::move(itsSite)),
       settingsEvents(std::move(eventsOfSettings)),
       deviceEvents(std::move(eventsOfDevice)),
-      crowd(loop,
-            [](std::size_t count) {
-                logHost(VessaLogger::WARNING,
-                        "web: connections without key or cookie closed to make room for others: " +
-                            std::to_string(count));
-            }) {
+      crowd(loop, [](std::size_t count) {
+          logHost(VessaLogger::WARNING,
+                  "web: connections without key or cookie closed to make room for others: " + std::to_string(count));
+      }) {
     createContext();
     listener->start(
         loop, [this](int descriptor) { adopt(descriptor); },

@@ -15,7 +15,7 @@ std::optional<std::string> header(lws* connection, lws_token_indexes token) {
         // Empty, or not there, which is not the same.
         char nothing = '\0';
         return lws_hdr_copy_fragment(connection, &nothing, 1, token, 0) == 0 ? std::optional<std::string>("")
-                                                                            : std::nullopt;
+                                                                             : std::nullopt;
     }
     std::string text(static_cast<std::size_t>(length) + 1, '\0');
     if (lws_hdr_copy(connection, text.data(), length + 1, token) < 0) {

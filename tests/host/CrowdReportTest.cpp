@@ -28,7 +28,8 @@ protected:
     }
 
     CrowdReportTest() {
-        keepsLoopRunning.start(loop, [](int) {}, [](int) {});
+        keepsLoopRunning.start(
+            loop, [](int) {}, [](int) {});
     }
 
     EventLoop loop;

@@ -122,8 +122,9 @@ TEST_F(DeviceConsoleTest, TheKeyOfThePagesIsForTheSocketAlone) {
     watch(true);
     for (const auto* frame : {R"({"command":"page"})", R"({"command":"page","newKey":true})"}) {
         console.receive(client, frame, DeviceDoor::WEB);
-        EXPECT_EQ(client->take(), std::vector<std::string>{
-                                      R"({"error":{"code":"not-here","message":"only the device socket answers this"}})"});
+        EXPECT_EQ(client->take(),
+                  std::vector<std::string>{
+                      R"({"error":{"code":"not-here","message":"only the device socket answers this"}})"});
         answerTo(frame);
     }
     EXPECT_EQ(traced(), std::vector<std::string>{}) << "a page that watches is not told";

@@ -92,10 +92,9 @@ TEST_F(WebAccessTest, AdmitsWhoeverHasTheKeyOrTheCookie) {
         EXPECT_FALSE(access.isAdmitted(withKey(bad))) << bad;
     }
     const std::string name = "settings-8097=";
-    for (const std::string& bad :
-         {std::string(), std::string(";"), std::string("="), std::string("settings-8097"), name, name + "thekey",
-          name + "thesecret", "settings-8098=" + cookie, "x" + name + cookie, name + cookie + "2",
-          "a=" + name + cookie}) {
+    for (const std::string& bad : {std::string(), std::string(";"), std::string("="), std::string("settings-8097"),
+                                   name, name + "thekey", name + "thesecret", "settings-8098=" + cookie,
+                                   "x" + name + cookie, name + cookie + "2", "a=" + name + cookie}) {
         EXPECT_FALSE(access.isAdmitted(withCookies(bad))) << bad;
     }
 }

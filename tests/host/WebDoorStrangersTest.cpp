@@ -123,7 +123,8 @@ TEST_F(WebDoorStrangersTest, WhoHasShownKeyOrCookieIsNoStranger) {
     waitFor([&] { return turnedAway == 2 + 2 * static_cast<int>(places); });
     expectClosed(figures);
     expectClosed(refused);
-    EXPECT_EQ(askHttp(withKey, "GET / HTTP/1.1\r\n" + host()).status, 403) << "it is there, though it shows nothing now";
+    EXPECT_EQ(askHttp(withKey, "GET / HTTP/1.1\r\n" + host()).status, 403)
+        << "it is there, though it shows nothing now";
     EXPECT_EQ(askHttp(withCookie, "GET / HTTP/1.1\r\n" + host() + cookie() + "\r\n").status, 200);
     socket.sendText("x");
     EXPECT_EQ(socket.receiveText(), "<x>");
@@ -173,8 +174,9 @@ TEST_F(WebDoorStrangersTest, OneLineOfTheLogTellsOfACrowd) {
             warnings.push_back(line);
         }
     }
-    EXPECT_EQ(warnings, std::vector<std::string>{
-                            "2 settings-host:web: connections without key or cookie closed to make room for others: 1"});
+    EXPECT_EQ(warnings,
+              std::vector<std::string>{
+                  "2 settings-host:web: connections without key or cookie closed to make room for others: 1"});
 }
 
 }  // namespace SettingsHost

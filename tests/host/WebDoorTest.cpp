@@ -77,8 +77,8 @@ TEST_F(WebDoorTest, WithoutKeyOrCookieOnlyTheOpenPathsAnswer) {
 }
 
 TEST_F(WebDoorTest, ForeignHostsAndOriginsGetNothing) {
-    for (const auto* header :
-         {"Host: rebound.example", "Host: 127.0.0.1", "Origin: http://example", "Origin: null", "Origin:", "Origin: "}) {
+    for (const auto* header : {"Host: rebound.example", "Host: 127.0.0.1", "Origin: http://example", "Origin: null",
+                               "Origin:", "Origin: "}) {
         EXPECT_EQ(httpGet(port, "/open", {header}).status, 403) << header;
         EXPECT_EQ(httpGet(port, "/?key=thekey", {header}).status, 403) << header;
         EXPECT_EQ(WebSocket(port, "/settings?key=thekey", "settings.v1", {header}).status(), 403) << header;

@@ -141,7 +141,8 @@ TEST(SettingsCtlPage, MakesANewKeyAndSaysWhenThatFails) {
     expectEnd(renewing, 0, "http://127.0.0.1:8097/?key=n\n", "");
     auto failing = host.start({"--json", "page", "--new-key"});
     answer(host, request, R"({"error":{"code":"not-written","message":"the new key could not be stored"}})");
-    expectEnd(failing, 1, "", "settingsctl: the host refused the request: the new key could not be stored (not-written)\n");
+    expectEnd(failing, 1, "",
+              "settingsctl: the host refused the request: the new key could not be stored (not-written)\n");
 }
 
 TEST(SettingsCtlPage, TellsWhenThereAreNone) {
