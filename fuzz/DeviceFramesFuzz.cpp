@@ -183,7 +183,9 @@ private:
                                          [this] {
                                              return HandlerTally{hub->eventsSent(), 0};
                                          }),
-                          hub, traffic, trace, "http://page"};
+                          hub, traffic, trace,
+                          PageAddress{[] { return std::string("http://page"); },
+                                      [] { return std::optional<std::string>("http://page"); }}};
     std::shared_ptr<FrameCollector> client = std::make_shared<FrameCollector>(Origin::DEVICE);
     std::shared_ptr<FrameCollector> page = std::make_shared<FrameCollector>(Origin::PAGE);
 };

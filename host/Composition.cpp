@@ -31,16 +31,18 @@ HttpAnswer metricsAnswer(const std::string& text) {
     return answer;
 }
 
-/// What browsers are given that came with the key. It stays the same over restarts, so that a page that is open goes on
-/// when the host is back.
-std::string browserSecret(StateStore& state) {
-    const std::string name = "browserSecret";
-    const auto kept = state.load(name);
-    if (kept && kept->size() == 2 * secretBytes) {
+/// What signs the browsers' cookies. Not "browserSecret": where older software left that, browsers know it.
+constexpr const char* secretName = "cookieSecret";
+
+/// It stays the same over restarts, so that a page that is open goes on when the host is back. A backup may hold one
+/// that was replaced since.
+std::string cookieSecret(StateStore& state, Recovery::Source database) {
+    const auto kept = state.load(secretName);
+    if (database == Recovery::Source::NOT_NEEDED && kept && kept->size() == 2 * secretBytes) {
         return *kept;
     }
     std::string made = randomHex(secretBytes);
-    if (!state.save(name, made)) {
+    if (!state.save(secretName, made)) {
         logHost(VessaLogger::WARNING, "open pages will need a new address after a restart");
     }
     return made;
@@ -152,10 +154,10 @@ DoorEvents Composition::settingsEvents() {
             [this](Origin origin) { traffic->clientTurnedAway(origin); }};
 }
 
-DoorEvents Composition::deviceEvents() {
+DoorEvents Composition::deviceEvents(DeviceDoor door) {
     return {[this](const auto& client) { console->arrived(client); },
             [this](const auto& client, Departure departure) { console->left(client, departure); },
-            [this](const auto& client, const auto& frame) { console->receive(client, frame); },
+            [this, door](const auto& client, const auto& frame) { console->receive(client, frame, door); },
             [this](const auto& client) { console->refuseTooLarge(client); },
             [this](Origin origin) { traffic->clientTurnedAway(origin); }};
 }
@@ -166,12 +168,13 @@ void Composition::openDoors(const Options& options, PassedSockets& sockets) {
         webKey = randomHex(keyBytes);
     }
     const auto tally = [this] { return HandlerTally{hub->eventsSent(), storage.health().failures}; };
-    console = std::make_unique<DeviceConsole>(DeviceCommands(device, sdkBridge, appLaunch, tally), hub, traffic, trace,
-                                              pageAddress());
+    console = std::make_unique<DeviceConsole>(
+        DeviceCommands(device, sdkBridge, appLaunch, tally), hub, traffic, trace,
+        PageAddress{[this] { return pageAddress(); }, [this] { return renewPageAddress(); }});
     settingsDoor = std::make_unique<UnixSocketDoor>(loop, placeOf("settings", options.socketPath, sockets),
                                                     Origin::SOCKET, settingsEvents());
     deviceDoor = std::make_unique<UnixSocketDoor>(loop, placeOf("device", options.deviceSocketPath, sockets),
-                                                  Origin::DEVICE, deviceEvents());
+                                                  Origin::DEVICE, deviceEvents(DeviceDoor::SOCKET));
     if (options.listen) {
         openWebDoor(options);
     }
@@ -179,16 +182,29 @@ void Composition::openDoors(const Options& options, PassedSockets& sockets) {
 }
 
 void Composition::openWebDoor(const Options& options) {
-    WebSite site{WebAccess(*webAddress, options.allowedOrigin, webKey, browserSecret(webState)),
+    WebSite site{WebAccess(*webAddress, options.allowedOrigin, webKey, cookieSecret(webState, recovery.source)),
                  options.pagesFolder.empty() ? PageFiles() : PageFiles(options.pagesFolder),
                  {{"/healthz", [this] { return health.answer(storage.health()); }},
                   {"/metrics", [this] { return metricsAnswer(metrics->text()); }}}};
-    webDoor =
-        std::make_unique<WebDoor>(loop, std::move(webListener), std::move(site), settingsEvents(), deviceEvents());
+    webDoor = std::make_unique<WebDoor>(loop, std::move(webListener), std::move(site), settingsEvents(),
+                                        deviceEvents(DeviceDoor::WEB));
 }
 
 std::string Composition::pageAddress() const {
     return webAddress ? "http://" + webAddress->text() + "/?key=" + webKey : "";
+}
+
+/// Stored first: what lets nobody in any more must not do so again after the next start.
+std::optional<std::string> Composition::renewPageAddress() {
+    const std::string key = randomHex(keyBytes);
+    const std::string secret = randomHex(secretBytes);
+    if (!webState.save(secretName, secret)) {
+        return std::nullopt;
+    }
+    webKey = key;
+    webDoor->replaceKey(key, secret);
+    logHost(VessaLogger::INFORMATION, "the pages have a new key");
+    return pageAddress();
 }
 
 std::string Composition::readyLine() const {

@@ -54,8 +54,9 @@ private:
     void openWebDoor(const Options& options);
     SandboxFolders foldersInUse(const std::string& logFile) const;
     DoorEvents settingsEvents();
-    DoorEvents deviceEvents();
+    DoorEvents deviceEvents(DeviceDoor door);
     std::string pageAddress() const;
+    std::optional<std::string> renewPageAddress();
     std::string status() const;
 
     // Members go in reverse order: doors before the handler, the handler before its storage.

@@ -10,6 +10,13 @@
 
 namespace SettingsHost {
 
+namespace {
+
+/// Of the statuses that applications may define.
+constexpr unsigned short closeStatusKeyReplaced = 4401;
+
+}  // namespace
+
 WebSocketClient::WebSocketClient(lws* itsConnection, Origin origin, const DoorEvents& doorEvents)
     : connection(itsConnection), clientOrigin(origin), events(doorEvents) {}
 
@@ -86,7 +93,7 @@ bool WebSocketClient::writable() {
         }
         return true;
     }
-    if (!writePart()) {
+    if (!writeTurn()) {
         return false;
     }
     if (paused) {
@@ -100,6 +107,17 @@ bool WebSocketClient::writable() {
     if (!waiting.empty() || finishing) {
         lws_callback_on_writable(connection);
     }
+    return true;
+}
+
+/// A turn's frames go out together as far as the connection takes them, at most as much as one frame may be long.
+bool WebSocketClient::writeTurn() {
+    const std::size_t rest = waitingBytes > maximumFrameSize ? waitingBytes - maximumFrameSize : 0;
+    do {
+        if (!writePart()) {
+            return false;
+        }
+    } while (!waiting.empty() && waitingBytes > rest && lws_partial_buffered(connection) == 0);
     return true;
 }
 
@@ -122,12 +140,23 @@ bool WebSocketClient::writePart() {
 }
 
 bool WebSocketClient::timerExpired() {
-    return close(LWS_CLOSE_STATUS_GOINGAWAY, "the host stops");
+    return lockedOut ? close(closeStatusKeyReplaced, "the key was replaced")
+                     : close(LWS_CLOSE_STATUS_GOINGAWAY, "the host stops");
 }
 
 void WebSocketClient::finish() {
     finishing = true;
     lws_callback_on_writable(connection);
+}
+
+void WebSocketClient::lockOut() {
+    if (gone) {
+        return;
+    }
+    finishing = true;
+    lockedOut = true;
+    waiting.clear();
+    lws_set_timer_usecs(connection, 1);
 }
 
 bool WebSocketClient::close(unsigned short status, const char* reason) {

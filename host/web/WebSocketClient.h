@@ -30,13 +30,19 @@ public:
     bool timerExpired();
     void left();
 
+    /// The other side takes leave: what it sends after that is no frame.
+    void peerCloses() { gone = true; }
+
     /// Closes when everything that waits is sent.
     void finish();
+    /// Closes at once, because what it came with is worthless now.
+    void lockOut();
 
 private:
     bool close(unsigned short status, const char* reason);
     bool mayWriteAtOnce() const;
     bool writePart();
+    bool writeTurn();
     bool isBehind() const { return waitingBytes > maximumUnread; }
     void drop(Departure why);
 
@@ -52,6 +58,7 @@ private:
     bool answering = false;
     bool paused = false;
     bool finishing = false;
+    bool lockedOut = false;
     bool gone = false;
     Departure departure = Departure::CLOSED;
 };

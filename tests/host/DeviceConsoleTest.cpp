@@ -62,7 +62,15 @@ protected:
     DeviceCommands commands{device, sdk, std::make_shared<SimulatedAppLaunch>(), [this] {
                                 return HandlerTally{hub->eventsSent(), 0};
                             }};
-    DeviceConsole console{commands, hub, traffic, trace, "http://127.0.0.1:1/?key=k"};
+    std::string address = "http://127.0.0.1:1/?key=k";
+    std::optional<std::string> renewed = "http://127.0.0.1:1/?key=new";
+    int renewals = 0;
+    DeviceConsole console{commands, hub, traffic, trace,
+                          PageAddress{[this] { return address; },
+                                      [this] {
+                                          ++renewals;
+                                          return renewed;
+                                      }}};
     std::shared_ptr<RecordingClient> page = std::make_shared<RecordingClient>(Origin::PAGE);
     std::shared_ptr<RecordingClient> client = std::make_shared<RecordingClient>(Origin::DEVICE);
     std::shared_ptr<RecordingClient> watcher = std::make_shared<RecordingClient>(Origin::DEVICE);
@@ -117,9 +125,37 @@ TEST_F(DeviceConsoleTest, ASettingThatTheHandlerAcceptsIsDone) {
 
 TEST_F(DeviceConsoleTest, TellsTheAddressOfThePages) {
     EXPECT_EQ(answerTo(R"({"command":"page"})"), R"({"page":{"address":"http://127.0.0.1:1/?key=k"}})");
-    DeviceConsole withoutWeb(commands, hub, traffic, trace, "");
-    withoutWeb.receive(client, R"({"command":"page"})");
-    EXPECT_EQ(client->take().back(), R"({"error":{"code":"no-pages","message":"the host serves no pages"}})");
+    EXPECT_EQ(answerTo(R"({"command":"page","newKey":false})"), R"({"page":{"address":"http://127.0.0.1:1/?key=k"}})");
+    address.clear();
+    const std::string noPages = R"({"error":{"code":"no-pages","message":"the host serves no pages"}})";
+    EXPECT_EQ(answerTo(R"({"command":"page"})"), noPages);
+    EXPECT_EQ(answerTo(R"({"command":"page","newKey":true})"), noPages);
+    EXPECT_EQ(renewals, 0);
+}
+
+TEST_F(DeviceConsoleTest, MakesANewKeyForThePagesWhenAskedAndSaysWhenItCannot) {
+    EXPECT_EQ(answerTo(R"({"command":"page","newKey":true})"), R"({"page":{"address":"http://127.0.0.1:1/?key=new"}})");
+    EXPECT_EQ(renewals, 1);
+    EXPECT_EQ(answerTo(R"({"command":"page","newKey":"yes"})"),
+              R"({"error":{"code":"bad-argument","message":"\"newKey\" must be true or false"}})");
+    EXPECT_EQ(renewals, 1);
+    renewed.reset();
+    EXPECT_EQ(
+        answerTo(R"({"command":"page","newKey":true})"),
+        R"({"error":{"code":"not-written","message":"the new key could not be stored: the old key and its cookies still hold"}})");
+}
+
+TEST_F(DeviceConsoleTest, TheKeyOfThePagesIsForTheSocketAlone) {
+    watch(true);
+    for (const auto* frame : {R"({"command":"page"})", R"({"command":"page","newKey":true})"}) {
+        console.receive(client, frame, DeviceDoor::WEB);
+        EXPECT_EQ(client->take(),
+                  std::vector<std::string>{
+                      R"({"error":{"code":"not-here","message":"only the device socket answers this"}})"});
+        answerTo(frame);
+    }
+    EXPECT_EQ(traced(), std::vector<std::string>{}) << "a page that watches is not told";
+    EXPECT_EQ(renewals, 1);
 }
 
 TEST_F(DeviceConsoleTest, AFailureIsAnswered) {

@@ -136,6 +136,11 @@ TEST_P(SettingsCtlCompletion, OffersKnownValuesAndTheCurrentOne) {
     EXPECT_EQ(offersAfter("settingsctl device do-not-disturb "), (Words{"on", "off"}));
 }
 
+TEST_P(SettingsCtlCompletion, OffersTheOptionOfPage) {
+    EXPECT_EQ(offersAfter("settingsctl page --n"), Words{"--new-key"});
+    EXPECT_EQ(offersAfter("settingsctl list --n"), Words{});
+}
+
 TEST_P(SettingsCtlCompletion, OffersOptions) {
     const Words offers = offersAfter("settingsctl get --");
     for (const std::string option :

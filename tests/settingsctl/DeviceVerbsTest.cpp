@@ -148,6 +148,18 @@ TEST(SettingsCtlPage, PrintsTheAnswerInJson) {
     expectEnd(program, 0, "{\"page\":{\"address\":\"http://127.0.0.1:8097/?key=k\"}}\n", "");
 }
 
+TEST(SettingsCtlPage, MakesANewKeyAndSaysWhenThatFails) {
+    const FakeHost host;
+    const std::string request = R"({"command":"page","newKey":true})";
+    auto renewing = host.start({"page", "--new-key"});
+    answer(host, request, R"({"page":{"address":"http://127.0.0.1:8097/?key=n"}})");
+    expectEnd(renewing, 0, "http://127.0.0.1:8097/?key=n\n", "");
+    auto failing = host.start({"--json", "page", "--new-key"});
+    answer(host, request, R"({"error":{"code":"not-written","message":"the new key could not be stored"}})");
+    expectEnd(failing, 1, "",
+              "settingsctl: the host refused the request: the new key could not be stored (not-written)\n");
+}
+
 TEST(SettingsCtlPage, TellsWhenThereAreNone) {
     const FakeHost host;
     auto program = host.start({"page"});

@@ -25,6 +25,7 @@ struct Choice {
     std::string key;
     std::string value;
     std::string onOff;
+    bool newKey = false;
     std::function<ExitStatus()> run;
 };
 
@@ -107,8 +108,11 @@ void addSettingsVerbs(CLI::App& app, Choice& choice) {
             "  settingsctl list\n  settingsctl list --json", [&] { return list(context); });
     addVerb(app, choice, "selected", "Print whether this assistant is the selected one", "  settingsctl selected",
             [&] { return selected(context); });
-    addVerb(app, choice, "page", "Print the address of the settings pages, with the key that opens them",
-            "  settingsctl page", [&] { return page(context); });
+    CLI::App* const pageVerb =
+        addVerb(app, choice, "page", "Print the address of the settings pages, with the key that opens them",
+                "  settingsctl page\n  settingsctl page --new-key", [&] { return page(context, choice.newKey); });
+    pageVerb->add_flag("--new-key", choice.newKey,
+                       "Make a new key first: browsers that came with the old one have to come again");
     addVerb(app, choice, "open-settings", "Open the assistant's settings application on the device",
             "  settingsctl open-settings", [&] { return openSettings(context); });
     addVerb(app, choice, "logout", "Forget the user: clear the stored settings, switch the always-on modes off",

@@ -30,8 +30,8 @@ ExitStatus logOut(const Context& context);
 /// (UNREACHABLE).
 ExitStatus watch(const Context& context);
 
-/// Prints the address of the settings pages, with the key that opens them.
-ExitStatus page(const Context& context);
+/// Prints the address of the settings pages, with the key that opens them, which is made anew before if `newKey`.
+ExitStatus page(const Context& context, bool newKey);
 
 /// The simulated device.
 ExitStatus deviceShow(const Context& context);

@@ -43,8 +43,13 @@ void member(JsonWriter& writer, const char* name, const std::string& value) {
 
 }  // namespace
 
-ExitStatus page(const Context& context) {
-    const Frame answer = execute(context, "page");
+ExitStatus page(const Context& context, bool newKey) {
+    const Frame answer = execute(context, "page", [newKey](JsonWriter& writer) {
+        if (newKey) {
+            writer.Key("newKey");
+            writer.Bool(true);
+        }
+    });
     const auto members = answer.stringsAt({"page"});
     const auto address = members.find("address");
     if (address == members.end()) {

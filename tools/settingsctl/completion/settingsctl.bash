@@ -92,6 +92,7 @@ _settingsctl() {
         :
     elif [[ $cur == -* ]]; then
         _settingsctl_offer --socket --device-socket --json --value --quiet --timeout --version --help
+        [[ ${arguments[0]} == page ]] && _settingsctl_offer --new-key
     else
         _settingsctl_offer_for_verb
     fi
