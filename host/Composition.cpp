@@ -49,10 +49,10 @@ std::string cookieSecret(StateStore& state, Recovery::Source database) {
 }
 
 /// SIGHUP stops the host with its terminal, except when whoever started it wants it to stay (nohup).
-std::vector<int> stopSignals() {
+std::vector<int> stopSignals(bool hangUpStops) {
     std::vector<int> signals{SIGINT, SIGTERM};
     struct sigaction hangUp {};
-    if (::sigaction(SIGHUP, nullptr, &hangUp) == 0 && hangUp.sa_handler != SIG_IGN) {
+    if (hangUpStops && ::sigaction(SIGHUP, nullptr, &hangUp) == 0 && hangUp.sa_handler != SIG_IGN) {
         signals.push_back(SIGHUP);
     }
     return signals;
@@ -68,17 +68,25 @@ std::unique_ptr<TcpDoor> openWebListener(const Options& options, PassedSockets& 
     return std::make_unique<TcpDoor>(options.listen->address, options.listen->port);
 }
 
-SocketPlace placeOf(const std::string& name, const std::string& path, PassedSockets& sockets) {
+PageFiles pagesIn(const Options& options) {
+    return options.listen && !options.pagesFolder.empty() ? PageFiles(options.pagesFolder) : PageFiles();
+}
+
+std::unique_ptr<SocketFile> openSocket(const std::string& name, const std::string& path, PassedSockets& sockets) {
     if (auto passed = sockets.take(name)) {
-        return std::move(*passed);
+        return std::make_unique<SocketFile>(std::move(*passed));
     }
-    return path;
+    return std::make_unique<SocketFile>(path);
 }
 
 }  // namespace
 
-Composition::Composition(const Options& options, PassedSockets sockets, const std::shared_ptr<RequestContext>& context)
+Composition::Composition(const Options& options, PassedSockets sockets, const std::shared_ptr<RequestContext>& context,
+                         const std::function<void()>& onHangUp)
     : webListener(openWebListener(options, sockets)),
+      pages(pagesIn(options)),
+      settingsSocket(openSocket("settings", options.socketPath, sockets)),
+      deviceSocket(openSocket("device", options.deviceSocketPath, sockets)),
       traffic(std::make_shared<TrafficObservers>()),
       trace(std::make_shared<MessageTrace>()),
       hub(std::make_shared<MessageHub>(traffic, context)),
@@ -97,9 +105,12 @@ Composition::Composition(const Options& options, PassedSockets sockets, const st
     traffic->add(metrics);
     traffic->add(trace);
     // From here on a signal waits for the loop, so that even one during the start ends in a clean stop.
-    loop.onSignals(stopSignals(), [this] { loop.stop(); });
+    loop.onSignals(stopSignals(!onHangUp), [this] { loop.stop(); });
+    if (onHangUp) {
+        loop.onSignals({SIGHUP}, onHangUp);
+    }
     hub->perform(Origin::DEVICE, [this] { startHandler(); });
-    openDoors(options, sockets);
+    openDoors(options);
     if (options.sandbox) {
         enterSandbox(foldersInUse(options.log.file));
     }
@@ -108,9 +119,9 @@ Composition::Composition(const Options& options, PassedSockets sockets, const st
 Composition::~Composition() = default;
 
 void Composition::startHandler() {
+    setUnusableLocaleAside();
     handler = SettingsHandler::SettingsHandler::create(hub, storage, metrics, sdkBridge, appLaunch, device);
     handler->initializeSettings();
-    setUnusableLocaleAside();
     handler->migrateExistingDeviceSettings();
     device->subscribe(handler, handler);
     handler->addOrliaLocaleObserver(std::make_shared<LoggingLocaleObserver>());
@@ -162,7 +173,7 @@ DoorEvents Composition::deviceEvents(DeviceDoor door) {
             [this](Origin origin) { traffic->clientTurnedAway(origin); }};
 }
 
-void Composition::openDoors(const Options& options, PassedSockets& sockets) {
+void Composition::openDoors(const Options& options) {
     if (options.listen) {
         webAddress = {webListener->address(), webListener->port()};
         webKey = randomHex(keyBytes);
@@ -171,10 +182,9 @@ void Composition::openDoors(const Options& options, PassedSockets& sockets) {
     console = std::make_unique<DeviceConsole>(
         DeviceCommands(device, sdkBridge, appLaunch, tally), hub, traffic, trace,
         PageAddress{[this] { return pageAddress(); }, [this] { return renewPageAddress(); }});
-    settingsDoor = std::make_unique<UnixSocketDoor>(loop, placeOf("settings", options.socketPath, sockets),
-                                                    Origin::SOCKET, settingsEvents());
-    deviceDoor = std::make_unique<UnixSocketDoor>(loop, placeOf("device", options.deviceSocketPath, sockets),
-                                                  Origin::DEVICE, deviceEvents(DeviceDoor::SOCKET));
+    settingsDoor = std::make_unique<UnixSocketDoor>(loop, std::move(settingsSocket), Origin::SOCKET, settingsEvents());
+    deviceDoor = std::make_unique<UnixSocketDoor>(loop, std::move(deviceSocket), Origin::DEVICE,
+                                                  deviceEvents(DeviceDoor::SOCKET));
     if (options.listen) {
         openWebDoor(options);
     }
@@ -183,7 +193,7 @@ void Composition::openDoors(const Options& options, PassedSockets& sockets) {
 
 void Composition::openWebDoor(const Options& options) {
     WebSite site{WebAccess(*webAddress, options.allowedOrigin, webKey, cookieSecret(webState, recovery.source)),
-                 options.pagesFolder.empty() ? PageFiles() : PageFiles(options.pagesFolder),
+                 std::move(pages),
                  {{"/healthz", [this] { return health.answer(storage.health()); }},
                   {"/metrics", [this] { return metricsAnswer(metrics->text()); }}}};
     webDoor = std::make_unique<WebDoor>(loop, std::move(webListener), std::move(site), settingsEvents(),

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -22,8 +23,10 @@
 #include "storage/TableStateStore.h"
 #include "transport/EventLoop.h"
 #include "transport/MessageHub.h"
+#include "transport/SocketFile.h"
 #include "transport/TrafficObservers.h"
 #include "transport/UnixSocketDoor.h"
+#include "web/PageFiles.h"
 #include "web/WebDoor.h"
 
 namespace SettingsHost {
@@ -32,11 +35,14 @@ namespace SettingsHost {
 /// it.
 class Composition {
 public:
-    /// Opens the database, makes and starts the handler, then opens the doors and enters the sandbox. Takes SIGINT and
-    /// SIGTERM over, and SIGHUP unless it is ignored. Errors: `DatabaseError`, `DoorError`.
+    /// Takes port, pages, sockets and database, makes and starts the handler, then opens the doors and enters the
+    /// sandbox. What can be refused comes first, so that a host that cannot start says that and little else.
+    /// Takes SIGINT and SIGTERM over, and SIGHUP: with `onHangUp` it calls that, otherwise it stops the host unless it
+    /// is ignored. Errors: `DatabaseError`, `DoorError`, `std::runtime_error` for pages that cannot be read.
     /// Doors use `sockets` instead of what the options say: `settings`, `device` and `web`. `context` is told which
     /// request is being handled.
-    Composition(const Options& options, PassedSockets sockets, const std::shared_ptr<RequestContext>& context);
+    Composition(const Options& options, PassedSockets sockets, const std::shared_ptr<RequestContext>& context,
+                const std::function<void()>& onHangUp);
     ~Composition();
 
     Composition(const Composition&) = delete;
@@ -50,7 +56,7 @@ public:
 private:
     void startHandler();
     void setUnusableLocaleAside();
-    void openDoors(const Options& options, PassedSockets& sockets);
+    void openDoors(const Options& options);
     void openWebDoor(const Options& options);
     SandboxFolders foldersInUse(const std::string& logFile) const;
     DoorEvents settingsEvents();
@@ -63,6 +69,9 @@ private:
     EventLoop loop;
     /// Taken first, so that a host that cannot have the port leaves everything alone.
     std::unique_ptr<TcpDoor> webListener;
+    PageFiles pages;
+    std::unique_ptr<SocketFile> settingsSocket;
+    std::unique_ptr<SocketFile> deviceSocket;
     std::optional<WebAddress> webAddress;
     std::string webKey;
     std::shared_ptr<TrafficObservers> traffic;

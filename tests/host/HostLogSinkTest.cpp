@@ -1,3 +1,5 @@
+#include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <regex>
@@ -19,7 +21,7 @@ protected:
     /// What logging `text` at each level writes to standard error.
     static std::string written(int minimumLevel, LogFormat format, const std::string& text) {
         ::testing::internal::CaptureStderr();
-        VessaLogger::setLogSink(makeHostLogSink({minimumLevel, format, ""}, context));
+        VessaLogger::setLogSink(makeHostLogSink({minimumLevel, format, ""}, context, nullptr));
         for (const auto level :
              {VessaLogger::TRACE, VessaLogger::INFORMATION, VessaLogger::WARNING, VessaLogger::ERROR}) {
             logHost(level, text);
@@ -51,6 +53,37 @@ TEST_F(HostLogSinkTest, WritesTimeLevelThreadAndText) {
             std::regex_match(written[index], std::regex(begin + levels[index] + R"( \[\d+\] settings-host:hello)")))
             << written[index];
     }
+}
+
+TEST_F(HostLogSinkTest, TellsTheTimeOnAClockThatNobodyHasSet) {
+    const auto timesOf = [](const std::string& zone) {
+        ::setenv("TZ", zone.c_str(), 1);
+        ::tzset();
+        std::string times;
+        for (const int milliseconds : {-86400001, -1001, -1000, -500, -1, 0, 7, 1000}) {
+            const LineFormat text(LogFormat::TEXT, context);
+            const LineFormat json(LogFormat::JSON, context);
+            const VessaLogger::LogLine line{
+                VessaLogger::ERROR, std::chrono::system_clock::time_point(std::chrono::milliseconds(milliseconds)), "1",
+                "x", VessaLogger::NATIVE_SERVICE};
+            const std::string written = text.textOf(line);
+            const std::string time = written.substr(0, written.find(' '));
+            EXPECT_EQ(json.textOf(line), R"({"time":")" + time + R"(","level":3,"thread":"1","text":"x"})" + "\n");
+            EXPECT_EQ(written, time + " error [1] x\n");
+            times += time + "\n";
+        }
+        ::unsetenv("TZ");
+        ::tzset();
+        return times;
+    };
+    EXPECT_EQ(timesOf("UTC0"),
+              "1969-12-30T23:59:59.999+00:00\n1969-12-31T23:59:58.999+00:00\n1969-12-31T23:59:59.000+00:00\n"
+              "1969-12-31T23:59:59.500+00:00\n1969-12-31T23:59:59.999+00:00\n1970-01-01T00:00:00.000+00:00\n"
+              "1970-01-01T00:00:00.007+00:00\n1970-01-01T00:00:01.000+00:00\n");
+    EXPECT_EQ(timesOf("West3:30"),
+              "1969-12-30T20:29:59.999-03:30\n1969-12-31T20:29:58.999-03:30\n1969-12-31T20:29:59.000-03:30\n"
+              "1969-12-31T20:29:59.500-03:30\n1969-12-31T20:29:59.999-03:30\n1969-12-31T20:30:00.000-03:30\n"
+              "1969-12-31T20:30:00.007-03:30\n1969-12-31T20:30:01.000-03:30\n");
 }
 
 TEST_F(HostLogSinkTest, LeavesOutLinesBelowTheLevel) {
@@ -110,7 +143,7 @@ TEST_F(HostLogSinkTest, ALogFileThatCannotBeWrittenIsComplainedAboutAndLinesStil
     TestSupport::TemporaryDirectory folder;
     const std::string file = folder / "none/host.log";
     ::testing::internal::CaptureStderr();
-    VessaLogger::setLogSink(makeHostLogSink({1, LogFormat::TEXT, file}, context));
+    VessaLogger::setLogSink(makeHostLogSink({1, LogFormat::TEXT, file}, context, std::make_shared<LogFile>(file)));
     logHost(VessaLogger::INFORMATION, "a");
     const auto seen = lines(::testing::internal::GetCapturedStderr());
     ASSERT_EQ(seen.size(), 2U);

@@ -74,8 +74,11 @@ TEST_F(UnixSocketDoorTest, AFrameOverTheLimitIsRefusedAndTheConnectionGoesOn) {
 
 TEST_F(UnixSocketDoorTest, AStormHoldsNobodyUp) {
     std::atomic<int> stormFrames{0};
+    std::atomic<bool> calmHasAsked{false};
     onFrame = [&](const auto& client, const auto& frame) {
         if (frame == "storm") {
+            // The first goes on until the calm client's frame waits, too.
+            waitFor([&] { return stormFrames > 0 || calmHasAsked.load(); });
             ++stormFrames;
         } else {
             sendTo(client, std::to_string(stormFrames));
@@ -90,14 +93,10 @@ TEST_F(UnixSocketDoorTest, AStormHoldsNobodyUp) {
         frames += "storm\n";
     }
     std::thread sender([&] { storm.send(frames); });
-    waitFor([&] { return stormFrames > 0; });
-    const int before = stormFrames;
     calm.sendLine("now");
-    const auto answer = calm.receiveLine();
-    ASSERT_TRUE(answer);
-    // Far fewer than all that were under way: the calm client did not wait for them.
-    EXPECT_LT(std::stoi(*answer) - before, 90000);
-    EXPECT_LT(std::stoi(*answer), 100000) << "the storm was over before the question came";
+    calmHasAsked = true;
+    // Whoever comes first, the storm had no more than the turn that it was at, and one after it.
+    EXPECT_LE(std::stoul(calm.receiveLine().value_or("100000")), 2 * UnixSocketDoor::framesPerTurn);
     sender.join();
     waitFor([&] { return stormFrames == 100000; });
 }

@@ -1,7 +1,10 @@
 #include <fstream>
 #include <thread>
 
+#include <unistd.h>
+
 #include "WebDoorFixture.h"
+#include "support/ProcessFigures.h"
 #include "transport/FrameInspector.h"
 
 namespace SettingsHost {
@@ -291,6 +294,7 @@ TEST_F(WebDoorTest, AClientThatAnswersNoPingIsDroppedAndOneThatDoesStays) {
 }
 
 TEST_F(WebDoorTest, WhoNeverFinishesARequestOrReadsItsAnswerIsDropped) {
+    const std::size_t descriptors = TestSupport::openDescriptors(::getpid());
     TestSupport::TcpConnection half(port);
     half.send("GET /?key=thekey HTTP/1.1\r\n");
     TestSupport::TcpConnection deaf(port, 4096);
@@ -299,7 +303,8 @@ TEST_F(WebDoorTest, WhoNeverFinishesARequestOrReadsItsAnswerIsDropped) {
     }
     EXPECT_EQ(half.receiveAll().find(" 200 "), std::string::npos);
     EXPECT_TRUE(half.closedByPeer());
-    std::this_thread::sleep_for(std::chrono::seconds(3));
+    // The test's own ends are left.
+    waitFor([&] { return TestSupport::openDescriptors(::getpid()) == descriptors + 2; });
     EXPECT_LT(deaf.receiveAll().size(), 100 * 300000U);
     EXPECT_TRUE(deaf.closedByPeer());
 }

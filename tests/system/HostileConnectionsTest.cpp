@@ -105,7 +105,7 @@ TEST_F(HostileConnections, OfAThousandClientsAsManyAsThereIsRoomForAreServedAndT
                 EXPECT_TRUE(crowd[number]->closedByPeer());
             }
         }
-        EXPECT_EQ(TestSupport::openDescriptors(host->pid()), descriptors + others);
+        waitFor([&] { return TestSupport::openDescriptors(host->pid()) == descriptors + others; });
         EXPECT_EQ(figure(std::string("settings_host_clients_turned_away_total{door=\"") + door + "\"}"),
                   std::to_string(crowdSize - others));
         crowd.clear();

@@ -116,6 +116,28 @@ TEST_F(HostUnwritableStorage, AReadOnlyDiskServesWhatIsStored) {
     }
 }
 
+TEST_F(HostUnwritableStorage, AStoredLocaleThatCannotBeSetAsideStopsTheHostWithItsReasonLast) {
+    startInside();
+    stop();
+    const auto stored = TestSupport::run(
+        inside({"sqlite3", database(), R"(INSERT INTO settings VALUES ('orliaLocale', '{"no":"array"}'))"}));
+    ASSERT_EQ(stored.status, 0) << stored.errors;
+    remount("ro");
+    programPrefix = inside({});
+    const auto failing = launch();
+    EXPECT_EQ(failing->output().readAll(), "");
+    Lines said;
+    while (const auto line = failing->errors().readLine()) {
+        // Without time, level and thread.
+        said.push_back(line->substr(contains(*line, "] ") ? line->find("] ") + 2 : 0));
+    }
+    EXPECT_EQ(failing->wait(), 1);
+    EXPECT_EQ(said,
+              (Lines{"settings-host:no change will be stored: the file system cannot be written to",
+                     "settings-host:cannot set 'orliaLocale' aside: database: attempt to write a readonly database",
+                     "settings-host: the stored value of 'orliaLocale' is unusable and could not be set aside"}));
+}
+
 TEST_F(HostUnwritableStorage, AReadOnlyDiskWithoutADatabaseStopsTheHost) {
     remount("ro");
     programPrefix = inside({});

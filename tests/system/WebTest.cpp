@@ -252,9 +252,7 @@ TEST_F(HostWeb, StopsWithPagesOpen) {
     const auto second = page("/device", "device.v1");
     first->sendText(setRequest("deviceName", "\"Den\""));
     next(*first);
-    const auto start = std::chrono::steady_clock::now();
     stop();
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
     EXPECT_EQ(first->receive().value_or(HostWebSocket::Message()).closeStatus(), 1001);
     EXPECT_EQ(second->receive().value_or(HostWebSocket::Message()).closeStatus(), 1001);
 }
