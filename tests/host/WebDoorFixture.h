@@ -29,7 +29,7 @@ protected:
                            onOpen();
                            return plainAnswer(503, "not yet");
                        }},
-                      {"/long", [] { return plainAnswer(200, std::string(4000000, 'x')); }}},
+                      {"/long", [] { return plainAnswer(200, std::string(15000, 'x')); }}},
                      secondsOfPatience};
         auto made = std::make_unique<WebDoor>(loop, std::move(listener), std::move(site), events(), events());
         webDoor = made.get();
