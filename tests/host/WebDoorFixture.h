@@ -28,7 +28,8 @@ protected:
                            ++openAnswers;
                            onOpen();
                            return plainAnswer(503, "not yet");
-                       }}},
+                       }},
+                      {"/long", [] { return plainAnswer(200, std::string(15000, 'x')); }}},
                      secondsOfPatience};
         auto made = std::make_unique<WebDoor>(loop, std::move(listener), std::move(site), events(), events());
         webDoor = made.get();
