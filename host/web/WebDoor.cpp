@@ -11,6 +11,7 @@
 #include <vector>
 
 #include <libwebsockets.h>
+#include <sys/socket.h>
 
 #include "logging/HostLog.h"
 #include "transport/DoorError.h"
@@ -260,6 +261,7 @@ void WebDoor::createContext() {
 }
 
 void WebDoor::adopt(int descriptor) {
+    ::setsockopt(descriptor, SOL_SOCKET, SO_SNDBUF, &kernelBuffer, sizeof(kernelBuffer));
     // Closes the descriptor when there is no room for one more.
     if (lws_adopt_socket_vhost(vhost, descriptor) == nullptr) {
         settingsEvents.turnedAway(Origin::PAGE);
