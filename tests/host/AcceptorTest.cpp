@@ -42,14 +42,14 @@ TEST(Acceptor, RestsWhileThereIsNotEvenTheSpareDescriptor) {
         },
         [](int) { ADD_FAILURE() << "nobody can be told anything"; });
     TestSupport::LineClient waits(file.path());
-    // The first time, the kernel is told what to look for.
     rlimit before{};
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
     const rlimit none{0, before.rlim_max};
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
     uv_run(loop.handle(), UV_RUN_NOWAIT);
-    EXPECT_FALSE(hasSomethingToDo(loop.handle())) << "the connection that cannot be taken keeps the loop awake";
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+    EXPECT_FALSE(hasSomethingToDo(loop.handle())) << "the connection that cannot be taken keeps the loop awake";
+    EXPECT_EQ(taken, 0);
     while (taken == 0) {
         uv_run(loop.handle(), UV_RUN_ONCE);
     }
