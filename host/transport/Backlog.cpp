@@ -14,14 +14,16 @@ namespace {
 constexpr std::size_t frameOverhead = 192;
 /// A place in the queue of one client.
 constexpr std::size_t placeOverhead = sizeof(std::shared_ptr<const std::string>);
-/// After so much has gone, the holes that it left in the heap are given back.
-constexpr std::size_t worthGivingBack = 4UL * 1024UL * 1024UL;
+/// After so much has gone, the holes that it left in the heap are given back: the first when nothing waits any more.
+constexpr std::size_t worthGivingBackAtRest = 1024UL * 1024UL;
+constexpr std::size_t worthGivingBack = 4UL * worthGivingBackAtRest;
 
 }  // namespace
 
-/// An eighth more, because a heap from which pieces of all sizes come and go is never full.
+/// A quarter more, because a heap from which pieces of all sizes come and go is never full, and the web
+/// library and the database keep something besides.
 std::size_t Backlog::costOf(std::size_t bytes) {
-    return bytes + bytes / 8;
+    return bytes + bytes / 4;
 }
 
 void Backlog::hold(const std::string& frame) {
@@ -64,7 +66,7 @@ void Backlog::makeRoom() {
 }
 
 void Backlog::giveMemoryBack() {
-    if (letGo >= worthGivingBack) {
+    if (letGo >= (total == 0 ? worthGivingBackAtRest : worthGivingBack)) {
         letGo = 0;
         ::malloc_trim(0);
     }
@@ -98,6 +100,7 @@ void ClientBacklog::setInput(std::size_t bytes) {
     if (bytes != inputBytes) {
         all->countInput(std::exchange(inputBytes, bytes), bytes);
         all->makeRoom();
+        all->giveMemoryBack();
     }
 }
 

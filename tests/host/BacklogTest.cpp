@@ -4,7 +4,8 @@ namespace SettingsHost {
 
 namespace {
 
-constexpr std::size_t limit = 1000000;
+/// Enough for frames of almost 900,000 bytes in all.
+constexpr std::size_t limit = 1120000;
 
 std::shared_ptr<const std::string> frameOf(std::size_t size) {
     return std::make_shared<const std::string>(size, 'f');
@@ -35,7 +36,7 @@ TEST_F(BacklogTest, TheOneWithMostWaitingGoesFirstAndNoMoreThanMust) {
     most.push(frameOf(150000));
     much.push(frameOf(250000));
     EXPECT_EQ(dropped, std::vector<std::string>{});
-    asker.push(frameOf(240000));
+    asker.push(frameOf(250000));
     EXPECT_EQ(dropped, std::vector<std::string>{"most"});
     EXPECT_TRUE(most.empty());
     asker.push(frameOf(5000));
@@ -44,7 +45,7 @@ TEST_F(BacklogTest, TheOneWithMostWaitingGoesFirstAndNoMoreThanMust) {
     EXPECT_EQ(dropped, (std::vector<std::string>{"most", "little"})) << "also the one who is being sent something";
     much.push(frameOf(500000));
     EXPECT_EQ(dropped, (std::vector<std::string>{"most", "little", "much"}));
-    EXPECT_EQ(asker.unread(), 245000U);
+    EXPECT_EQ(asker.unread(), 255000U);
 }
 
 TEST_F(BacklogTest, OfTwoWithAsMuchTheOneWhoCameFirstGoes) {
@@ -138,8 +139,8 @@ TEST_F(BacklogTest, WhatClientsSentCountsToo) {
 
 TEST_F(BacklogTest, HasRoomForWhatFitsWithWhatKeepsIt) {
     EXPECT_EQ(Backlog::maximum, 32U * 1024U * 1024U);
-    EXPECT_TRUE(backlog->hasRoomFor(880000));
-    EXPECT_FALSE(backlog->hasRoomFor(890000)) << "an eighth more for gaps";
+    EXPECT_TRUE(backlog->hasRoomFor(896000));
+    EXPECT_FALSE(backlog->hasRoomFor(896001)) << "a quarter more for gaps";
     EXPECT_FALSE(backlog->hasRoomFor(limit + 1));
 }
 

@@ -123,11 +123,11 @@ TEST_F(MessageHubTest, ALargeReplyForWhichThereIsNoRoomIsNotMade) {
         EXPECT_EQ(asker->frames.size(), 1U);
         return asker->take();
     };
-    EXPECT_EQ(ask(limit - 100000)[0],
-              R"({"type":7,"messageId":"m","payload":{"v":")" + std::string(limit - 100000, 'v') + "\"}}");
+    EXPECT_EQ(ask(390000)[0],
+              R"({"type":7,"messageId":"m","payload":{"v":")" + std::string(390000, 'v') + "\"}}");
     EXPECT_EQ(codeOf(ask(limit)), "busy");
     EXPECT_EQ(codeOf(ask(limit / 6, '\0')), "busy") << "a NUL takes six bytes";
-    unread.push(std::make_shared<const std::string>(300000, 'x'));
+    unread.push(std::make_shared<const std::string>(250000, 'x'));
     EXPECT_EQ(codeOf(ask(200000)), "busy");
     EXPECT_EQ(codeOf(ask(100000)), "no refusal");
     unread.push(std::make_shared<const std::string>(100000, 'x'));

@@ -76,11 +76,13 @@ TEST_F(UnixSocketDoorTest, AFrameOverTheLimitIsRefusedAndTheConnectionGoesOn) {
 
 TEST_F(UnixSocketDoorTest, AStormHoldsNobodyUp) {
     std::atomic<int> stormFrames{0};
+    std::atomic<bool> calmHasAsked{false};
     onFrame = [&](const auto& client, const auto& frame) {
-        if (frame == "storm") {
-            ++stormFrames;
-        } else {
+        if (frame != "storm") {
             sendTo(client, std::to_string(stormFrames));
+        } else if (++stormFrames == 1) {
+            // Until the question waits, too.
+            waitFor([&] { return calmHasAsked.load(); });
         }
     };
     TestSupport::LineClient storm(socketPath());
@@ -93,13 +95,11 @@ TEST_F(UnixSocketDoorTest, AStormHoldsNobodyUp) {
     }
     std::thread sender([&] { storm.send(frames); });
     waitFor([&] { return stormFrames > 0; });
-    const int before = stormFrames;
     calm.sendLine("now");
+    calmHasAsked = true;
     const auto answer = calm.receiveLine();
     ASSERT_TRUE(answer);
-    // Far fewer than all that were under way: the calm client did not wait for them.
-    EXPECT_LT(std::stoi(*answer) - before, 90000);
-    EXPECT_LT(std::stoi(*answer), 100000) << "the storm was over before the question came";
+    EXPECT_LE(std::stoul(*answer), 3 * UnixSocketDoor::framesPerTurn);
     sender.join();
     waitFor([&] { return stormFrames == 100000; });
 }
