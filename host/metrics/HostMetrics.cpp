@@ -27,28 +27,23 @@ const std::string other = "other";
 
 /// What is told apart in changes of a setting: the values that it has a choice of, and "error" where the voice SDK may
 /// refuse one. Every setting may have other texts. None for those that the handler never changes.
-Names valueNames(const std::string& setting) {
-    switch (SettingsHandler::settingTypeFromName(setting)) {
-        case SettingsHandler::CAPTIONS_ENABLED:
-        case SettingsHandler::DO_NOT_DISTURB_ENABLED:
-            return {};
-        case SettingsHandler::CAPTIONS_FONT_SIZE:
-            return {"FONT_SMALL", "FONT_MEDIUM", "FONT_LARGE", "FONT_EXTRA_LARGE", other};
-        case SettingsHandler::CAPTIONS_STYLES:
-            return {"STYLE_WHITE_ON_BLACK", "STYLE_BLACK_ON_WHITE", "STYLE_YELLOW_ON_BLACK", "STYLE_YELLOW_ON_BLUE",
-                    other};
-        case SettingsHandler::HANDS_FREE_ENABLED:
-        case SettingsHandler::HANDS_FREE_ALWAYS_ON_DISCOVERED:
-        case SettingsHandler::PTT_ALWAYS_ON_DISCOVERED:
-            return {"true", "false", other};
-        case SettingsHandler::HANDS_FREE_ALWAYS_ON_ENABLED:
-        case SettingsHandler::PTT_ALWAYS_ON_ENABLED:
-            return {"true", "false", "error", other};
-        case SettingsHandler::FRIENDLY_NAME:
-            return {"error", other};
-        default:
-            return {other};
-    }
+const Names& valueNames(const std::string& setting) {
+    static const Names anyText{other};
+    static const std::map<std::string, Names> known{
+        {"captionsEnabled", {}},
+        {"captionsFontSize", {"FONT_SMALL", "FONT_MEDIUM", "FONT_LARGE", "FONT_EXTRA_LARGE", other}},
+        {"captionsStyles",
+         {"STYLE_WHITE_ON_BLACK", "STYLE_BLACK_ON_WHITE", "STYLE_YELLOW_ON_BLACK", "STYLE_YELLOW_ON_BLUE", other}},
+        {"doNotDisturbEnabled", {}},
+        {"handsFreeEnabled", {"true", "false", other}},
+        {"handsFreeAlwaysOnEnabled", {"true", "false", "error", other}},
+        {"handsFreeAlwaysOnDiscovered", {"true", "false", other}},
+        {"pttAlwaysOnEnabled", {"true", "false", "error", other}},
+        {"pttAlwaysOnDiscovered", {"true", "false", other}},
+        {"friendlyName", {"error", other}},
+    };
+    const auto found = known.find(setting);
+    return found == known.end() ? anyText : found->second;
 }
 
 const char* typeName(int type) {

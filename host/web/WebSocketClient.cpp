@@ -18,9 +18,10 @@ constexpr std::size_t largestPart = 16384;
 }  // namespace
 
 WebSocketClient::WebSocketClient(lws* itsConnection, Origin origin, const DoorEvents& doorEvents)
-    : connection(itsConnection), clientOrigin(origin), events(doorEvents), waiting(doorEvents.backlog, [this] {
-          drop(Departure::TOO_SLOW);
-      }) {}
+    : connection(itsConnection),
+      clientOrigin(origin),
+      events(doorEvents),
+      waiting(doorEvents.backlog, [this] { drop(Departure::TOO_SLOW); }) {}
 
 void WebSocketClient::send(const std::shared_ptr<const std::string>& frame) {
     if (gone || finishing) {

@@ -5,13 +5,13 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
-#include <uv.h>
 
 #include "support/LineClient.h"
 #include "support/Sanitizers.h"
 #include "support/TemporaryDirectory.h"
 #include "transport/Acceptor.h"
 #include "transport/SocketFile.h"
+#include "transport/UvHandle.h"
 
 namespace SettingsHost {
 

@@ -34,7 +34,9 @@ public:
                     ++left;
                 },
                 [this](const auto& client, const auto& frame) { onFrame(client, frame); },
-                [](const auto& client) { sendTo(client, "TOO LARGE"); }, [this](Origin) { ++turnedAway; }, backlog};
+                [](const auto& client) { sendTo(client, "TOO LARGE"); },
+                [this](Origin) { ++turnedAway; },
+                backlog};
     }
 
     static void sendTo(const std::shared_ptr<Client>& client, const std::string& text) {

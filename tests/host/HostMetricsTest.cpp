@@ -51,9 +51,9 @@ TEST_F(HostMetricsTest, CountsChangesBySettingAndKnownValue) {
             R"({setting="captionsFontSize",value="FONT_LARGE"} 1)", R"({setting="captionsFontSize",value="other"} 1)",
             R"({setting="captionsStyles",value="STYLE_YELLOW_ON_BLUE"} 1)",
             R"({setting="captionsStyles",value="other"} 1)", R"({setting="deviceName",value="other"} 3)",
-            R"({setting="friendlyName",value="error"} 1)",
-            R"({setting="friendlyName",value="other"} 1)", R"({setting="handsFreeEnabled",value="other"} 1)",
-            R"({setting="handsFreeEnabled",value="true"} 1)", R"({setting="other",value="other"} 3)"}));
+            R"({setting="friendlyName",value="error"} 1)", R"({setting="friendlyName",value="other"} 1)",
+            R"({setting="handsFreeEnabled",value="other"} 1)", R"({setting="handsFreeEnabled",value="true"} 1)",
+            R"({setting="other",value="other"} 3)"}));
 }
 
 TEST_F(HostMetricsTest, EverySeriesOfChangesCanBe) {

@@ -123,8 +123,7 @@ TEST_F(MessageHubTest, ALargeReplyForWhichThereIsNoRoomIsNotMade) {
         EXPECT_EQ(asker->frames.size(), 1U);
         return asker->take();
     };
-    EXPECT_EQ(ask(390000)[0],
-              R"({"type":7,"messageId":"m","payload":{"v":")" + std::string(390000, 'v') + "\"}}");
+    EXPECT_EQ(ask(390000)[0], R"({"type":7,"messageId":"m","payload":{"v":")" + std::string(390000, 'v') + "\"}}");
     EXPECT_EQ(codeOf(ask(limit)), "busy");
     EXPECT_EQ(codeOf(ask(limit / 6, '\0')), "busy") << "a NUL takes six bytes";
     unread.push(std::make_shared<const std::string>(250000, 'x'));
@@ -167,7 +166,9 @@ TEST_F(MessageHubTest, TheLogIsToldASettingsNameOfBoundedLength) {
     const auto context = std::make_shared<RequestContext>();
     MessageHub told(traffic, context);
     std::vector<std::string> names;
-    const auto note = [&](const std::string&) { names.push_back(context->current() ? context->current()->setting : "?"); };
+    const auto note = [&](const std::string&) {
+        names.push_back(context->current() ? context->current()->setting : "?");
+    };
     told.registerMessageHandler(24, note);
     told.registerMessageHandler(7, note);
     const auto handle = [&](int type, const std::string& key) {

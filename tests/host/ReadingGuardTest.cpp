@@ -1,6 +1,5 @@
-#include "guard/ReadingGuard.h"
-
 #include "SettingsHandlerTesting/FakeStorage.h"
+#include "guard/ReadingGuard.h"
 
 namespace SettingsHost {
 

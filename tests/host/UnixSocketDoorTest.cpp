@@ -202,7 +202,7 @@ TEST_F(UnixSocketDoorTest, NothingMoreIsReadFromAClientThatDoesNotReadThanFillsA
     const std::string piece = std::string(99, 'y') + "\n";
     std::size_t taken = 0;
     const auto sendWhatIsTaken = [&] {
-        while (taken < tooMuch && ::send(silent.descriptor(), piece.data(), piece.size(), MSG_DONTWAIT) > 0) {
+        while (taken<tooMuch&& ::send(silent.descriptor(), piece.data(), piece.size(), MSG_DONTWAIT)> 0) {
             taken += piece.size();
         }
     };

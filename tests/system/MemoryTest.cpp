@@ -56,7 +56,8 @@ protected:
         std::size_t sent = 0;
         for (int refusals = 0; sent < atMost && refusals < 2;) {
             const std::size_t from = sent % bytes.size();
-            const ssize_t taken = ::send(descriptor, bytes.data() + from, bytes.size() - from, MSG_DONTWAIT | MSG_NOSIGNAL);
+            const ssize_t taken =
+                ::send(descriptor, bytes.data() + from, bytes.size() - from, MSG_DONTWAIT | MSG_NOSIGNAL);
             if (taken > 0) {
                 sent += static_cast<std::size_t>(taken);
                 refusals = 0;
@@ -190,10 +191,14 @@ TEST_F(MemoryOfTheHost, IsBoundedWhateverIsSent) {
     startWeb({"--log-level", "3"});
     const std::string half = R"({"type":24,"x":")" + std::string(65000, 'x');
     const std::string values = R"({"type":7,"messageId":"m","payload":{"settings":[)" + std::string(32000, '[');
+    std::string noFrames;
+    for (int number = 0; number < 1000; ++number) {
+        noFrames += "x\n";
+    }
     for (int number = 0; number < crowdSize; ++number) {
         const std::string& path = number % 2 == 0 ? socket() : deviceSocket();
         askingLine(path, half, half.size());
-        askingLine(path, "x\n", 200000);
+        askingLine(path, noFrames, 200000);
         askingPage("no JSON", 2000);
         pages.back()->sendFrame(1, number % 2 == 0 ? half : values, false);
     }
