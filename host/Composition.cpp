@@ -22,6 +22,9 @@ namespace {
 /// How long clients may take to read what waits for them when the host stops.
 constexpr unsigned farewellMilliseconds = 500;
 
+/// Memory of at least this size does not come from the heap.
+constexpr int largePiece = 64 * 1024;
+
 constexpr std::size_t keyBytes = 16;
 constexpr std::size_t secretBytes = 32;
 
@@ -89,11 +92,13 @@ Composition::Composition(const Options& options, PassedSockets sockets, const st
       deviceSocket(openSocket("device", options.deviceSocketPath, sockets)),
       traffic(std::make_shared<TrafficObservers>()),
       trace(std::make_shared<MessageTrace>()),
-      hub(std::make_shared<MessageHub>(traffic, context)),
+      backlog(std::make_shared<Backlog>()),
+      hub(std::make_shared<MessageHub>(traffic, context, backlog)),
       metrics(std::make_shared<HostMetrics>(SETTINGS_HANDLER_VERSION)),
       database(openOrRecover(options.storageFile, recovery)),
       storage(
           database, [this](const std::string& key) { hub->valueChanged(key); }, *metrics),
+      storageOfHandler(storage, context, [this](std::size_t bytes) { return backlog->hasRoomFor(bytes); }),
       state(database, "simulation"),
       webState(database, "web"),
       device(std::make_shared<SimulatedDevice>(state, [this](const std::string& key) { hub->valueChanged(key); })),
@@ -120,7 +125,7 @@ Composition::~Composition() = default;
 
 void Composition::startHandler() {
     setUnusableLocaleAside();
-    handler = SettingsHandler::SettingsHandler::create(hub, storage, metrics, sdkBridge, appLaunch, device);
+    handler = SettingsHandler::SettingsHandler::create(hub, storageOfHandler, metrics, sdkBridge, appLaunch, device);
     handler->initializeSettings();
     handler->migrateExistingDeviceSettings();
     device->subscribe(handler, handler);
@@ -157,12 +162,21 @@ SandboxFolders Composition::foldersInUse(const std::string& logFile) const {
     return folders;
 }
 
+void Composition::serve(const std::shared_ptr<Client>& client, const std::string& frame) {
+    hub->receive(client, frame);
+    if (storageOfHandler.requestEnded()) {
+        // As after a restart: the cache begins with the settings of the catalogue.
+        handler->initializeSettings();
+    }
+}
+
 DoorEvents Composition::settingsEvents() {
     return {[this](const auto& client) { hub->addClient(client); },
             [this](const auto& client, Departure departure) { hub->removeClient(client, departure); },
-            [this](const auto& client, const auto& frame) { hub->receive(client, frame); },
+            [this](const auto& client, const auto& frame) { serve(client, frame); },
             [this](const auto& client) { hub->refuseTooLarge(*client); },
-            [this](Origin origin) { traffic->clientTurnedAway(origin); }};
+            [this](Origin origin) { traffic->clientTurnedAway(origin); },
+            backlog};
 }
 
 DoorEvents Composition::deviceEvents(DeviceDoor door) {
@@ -170,7 +184,8 @@ DoorEvents Composition::deviceEvents(DeviceDoor door) {
             [this](const auto& client, Departure departure) { console->left(client, departure); },
             [this, door](const auto& client, const auto& frame) { console->receive(client, frame, door); },
             [this](const auto& client) { console->refuseTooLarge(client); },
-            [this](Origin origin) { traffic->clientTurnedAway(origin); }};
+            [this](Origin origin) { traffic->clientTurnedAway(origin); },
+            backlog};
 }
 
 void Composition::openDoors(const Options& options) {
@@ -233,8 +248,10 @@ void Composition::run() {
         constexpr auto shortest = std::chrono::milliseconds(1);
         heartbeat.emplace(loop, std::chrono::milliseconds(0), std::max(shortest, *patience / 2), tellAlive);
     }
-    // Back to the system with what the start alone needed.
+    // Back to the system with what the start alone needed, and later with every large piece at once: the C library
+    // would keep more and more of them after the first ones.
     ::malloc_trim(0);
+    ::mallopt(M_MMAP_THRESHOLD, largePiece);
     loop.run();
     tellStopping("Sending what clients wait for");
     health.setServing(false);

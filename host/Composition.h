@@ -13,6 +13,7 @@
 #include "console/MessageTrace.h"
 #include "device/SimulatedAppLaunch.h"
 #include "device/SimulatedDevice.h"
+#include "guard/ReadingGuard.h"
 #include "metrics/HostMetrics.h"
 #include "sandbox/Sandbox.h"
 #include "sdk/SimulatedSdkBridge.h"
@@ -21,6 +22,7 @@
 #include "storage/Recovery.h"
 #include "storage/SqliteStorage.h"
 #include "storage/TableStateStore.h"
+#include "transport/Backlog.h"
 #include "transport/EventLoop.h"
 #include "transport/MessageHub.h"
 #include "transport/SocketFile.h"
@@ -55,6 +57,7 @@ public:
 
 private:
     void startHandler();
+    void serve(const std::shared_ptr<Client>& client, const std::string& frame);
     void setUnusableLocaleAside();
     void openDoors(const Options& options);
     void openWebDoor(const Options& options);
@@ -76,11 +79,13 @@ private:
     std::string webKey;
     std::shared_ptr<TrafficObservers> traffic;
     std::shared_ptr<MessageTrace> trace;
+    std::shared_ptr<Backlog> backlog;
     std::shared_ptr<MessageHub> hub;
     std::shared_ptr<HostMetrics> metrics;
     Recovery recovery;
     Database database;
     SqliteStorage storage;
+    ReadingGuard storageOfHandler;
     TableStateStore state;
     TableStateStore webState;
     std::shared_ptr<SimulatedDevice> device;

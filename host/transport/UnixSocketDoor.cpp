@@ -58,6 +58,7 @@ void UnixSocketDoor::accept(int descriptor) {
         ::close(descriptor);
         return;
     }
+    ::setsockopt(descriptor, SOL_SOCKET, SO_SNDBUF, &kernelBuffer, sizeof(kernelBuffer));
     auto client = std::make_shared<SocketClient>(*this, origin);
     uv_pipe_init(loop.handle(), client->get(), 0);
     client->opened(client);

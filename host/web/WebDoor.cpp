@@ -248,6 +248,7 @@ void WebDoor::createContext() {
 }
 
 void WebDoor::adopt(int descriptor) {
+    ::setsockopt(descriptor, SOL_SOCKET, SO_SNDBUF, &kernelBuffer, sizeof(kernelBuffer));
     makeRoom();
     if (!connections.haveRoom()) {
         ::close(descriptor);

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <deque>
 #include <memory>
 #include <string>
 
@@ -40,18 +39,18 @@ public:
 
 private:
     bool close(unsigned short status, const char* reason);
-    bool mayWriteAtOnce() const;
-    bool writePart();
+    bool mayWriteAtOnce(const std::string& frame) const;
+    bool writePart(std::size_t size);
     bool writeTurn();
-    bool isBehind() const { return waitingBytes > maximumUnread; }
+    bool write(const std::string& frame, std::size_t from, std::size_t size);
+    bool isBehind() const { return waiting.unread() > maximumUnread; }
     void drop(Departure why);
 
     lws* connection;
     Origin clientOrigin;
     const DoorEvents& events;
     std::string message;
-    std::deque<std::shared_ptr<const std::string>> waiting;
-    std::size_t waitingBytes = 0;
+    ClientBacklog waiting;
     /// How much of the first of them is on its way.
     std::size_t written = 0;
     /// Is it being told what it asked for?

@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
@@ -5,7 +7,9 @@
 #include <regex>
 #include <sstream>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "Utils/Rapidjson.h"
 #include "logging/HostLog.h"
@@ -137,6 +141,45 @@ TEST_F(HostLogSinkTest, JsonLinesSayWhichRequestTheyAreAbout) {
         EXPECT_EQ(lines(written(3, LogFormat::TEXT, "x")).at(0).find("deviceName"), std::string::npos);
     }
     EXPECT_EQ(membersOf(lines(written(3, LogFormat::JSON, "x")).at(0)), always);
+}
+
+TEST_F(HostLogSinkTest, NoLineIsWrittenBeforeTheLossOfOthersIsTold) {
+    std::array<int, 2> pipe{-1, -1};
+    ASSERT_EQ(::pipe2(pipe.data(), O_CLOEXEC | O_NONBLOCK), 0);
+    const int size = ::fcntl(pipe[1], F_SETPIPE_SZ, 4096);
+    ASSERT_GT(size, 0);
+    const int before = ::dup(STDERR_FILENO);
+    ASSERT_EQ(::dup2(pipe[1], STDERR_FILENO), STDERR_FILENO);
+    VessaLogger::setLogSink(makeHostLogSink({1, LogFormat::TEXT, ""}, context));
+    auto& log = VessaLogger::Log::instance();
+    const auto emit = [&](const std::string& text) {
+        log.emitLog(VessaLogger::INFORMATION, std::chrono::system_clock::now(), log.getThreadId(), text,
+                    VessaLogger::NATIVE_SERVICE);
+    };
+    const auto readAll = [&] {
+        std::string text(static_cast<std::size_t>(size), ' ');
+        text.resize(static_cast<std::size_t>(std::max<ssize_t>(::read(pipe[0], text.data(), text.size()), 0)));
+        return text;
+    };
+    emit("a");
+    const std::size_t shortLine = readAll().size();
+    // There is room for a short line, but neither for a long one nor for the one about the loss. The kernel takes all
+    // or nothing of so little.
+    const std::size_t room = shortLine + 10;
+    const std::string filling(static_cast<std::size_t>(size) - room, 'x');
+    ASSERT_EQ(::write(pipe[1], filling.data(), filling.size()), static_cast<ssize_t>(filling.size()));
+    emit(std::string(100, 'l'));
+    emit("b");
+    EXPECT_EQ(readAll(), filling);
+    emit("c");
+    ::dup2(before, STDERR_FILENO);
+    const auto seen = lines(readAll());
+    for (const int descriptor : {before, pipe[0], pipe[1]}) {
+        ::close(descriptor);
+    }
+    ASSERT_EQ(seen.size(), 2U);
+    EXPECT_NE(seen[0].find("] settings-host:2 log lines were lost"), std::string::npos) << seen[0];
+    EXPECT_NE(seen[1].find("] c"), std::string::npos) << seen[1];
 }
 
 TEST_F(HostLogSinkTest, ALogFileThatCannotBeWrittenIsComplainedAboutAndLinesStillGoToStandardError) {

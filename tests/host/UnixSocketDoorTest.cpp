@@ -7,9 +7,11 @@
 
 #include "DoorRecording.h"
 #include "support/LineClient.h"
+#include "support/Sanitizers.h"
 #include "support/TemporaryDirectory.h"
 #include "transport/FrameInspector.h"
 #include "transport/UnixSocketDoor.h"
+#include "transport/UvHandle.h"
 
 namespace SettingsHost {
 
@@ -76,12 +78,11 @@ TEST_F(UnixSocketDoorTest, AStormHoldsNobodyUp) {
     std::atomic<int> stormFrames{0};
     std::atomic<bool> calmHasAsked{false};
     onFrame = [&](const auto& client, const auto& frame) {
-        if (frame == "storm") {
-            // The first goes on until the calm client's frame waits, too.
-            waitFor([&] { return stormFrames > 0 || calmHasAsked.load(); });
-            ++stormFrames;
-        } else {
+        if (frame != "storm") {
             sendTo(client, std::to_string(stormFrames));
+        } else if (++stormFrames == 1) {
+            // Until the question waits, too.
+            waitFor([&] { return calmHasAsked.load(); });
         }
     };
     TestSupport::LineClient storm(socketPath());
@@ -93,10 +94,12 @@ TEST_F(UnixSocketDoorTest, AStormHoldsNobodyUp) {
         frames += "storm\n";
     }
     std::thread sender([&] { storm.send(frames); });
+    waitFor([&] { return stormFrames > 0; });
     calm.sendLine("now");
     calmHasAsked = true;
-    // Whoever comes first, the storm had no more than the turn that it was at, and one after it.
-    EXPECT_LE(std::stoul(calm.receiveLine().value_or("100000")), 2 * UnixSocketDoor::framesPerTurn);
+    const auto answer = calm.receiveLine();
+    ASSERT_TRUE(answer);
+    EXPECT_LE(std::stoul(*answer), 3 * UnixSocketDoor::framesPerTurn);
     sender.join();
     waitFor([&] { return stormFrames == 100000; });
 }
@@ -158,6 +161,187 @@ TEST_F(UnixSocketDoorTest, AClientThatDoesNotReadIsDisconnectedWithoutAGap) {
     EXPECT_TRUE(slow.closedByPeer());
     EXPECT_LT(expected, 400);
     EXPECT_GT(expected * 10000, 100000) << "it was given a chance";
+}
+
+TEST_F(UnixSocketDoorTest, AClientThatReadsMayBeSentMoreThanMayWaitAndOtherFramesMeanwhile) {
+    const std::string large(3 * maximumWaiting, 'l');
+    onFrame = [&](const auto& client, const auto&) {
+        sendTo(client, large);
+        for (int number = 0; number < 100; ++number) {
+            sendTo(client, std::to_string(number));
+        }
+    };
+    TestSupport::LineClient client(socketPath());
+    client.sendLine("x");
+    EXPECT_EQ(client.receiveLine(), large);
+    for (int number = 0; number < 100; ++number) {
+        ASSERT_EQ(client.receiveLine(), std::to_string(number));
+    }
+    EXPECT_EQ(tooSlow, 0);
+}
+
+TEST_F(UnixSocketDoorTest, NothingMoreIsReadFromAClientThatDoesNotReadThanFillsABuffer) {
+    constexpr std::size_t tooMuch = 1024UL * 1024UL;
+    constexpr int smallBuffer = 4096;
+    const std::string answer(20000, 'a');
+    onFrame = [&](const auto& client, const auto& frame) { sendTo(client, frame == "ping" ? "pong" : answer); };
+    TestSupport::LineClient other(socketPath());
+    const auto afterTurnsOfTheLoop = [&](int turns) {
+        for (int turn = 0; turn < turns; ++turn) {
+            other.sendLine("ping");
+            ASSERT_EQ(other.receiveLine(), "pong");
+        }
+    };
+    TestSupport::LineClient silent(socketPath());
+    ::setsockopt(silent.descriptor(), SOL_SOCKET, SO_SNDBUF, &smallBuffer, sizeof(smallBuffer));
+    // A few at a time, until more waits than may be unread.
+    for (int number = 0; number < 30; ++number) {
+        silent.send("x\n");
+        afterTurnsOfTheLoop(1);
+    }
+    const std::string piece = std::string(99, 'y') + "\n";
+    std::size_t taken = 0;
+    const auto sendWhatIsTaken = [&] {
+        while (taken<tooMuch&& ::send(silent.descriptor(), piece.data(), piece.size(), MSG_DONTWAIT)> 0) {
+            taken += piece.size();
+        }
+    };
+    for (std::size_t before = 1; taken != before && taken < tooMuch;) {
+        before = taken;
+        sendWhatIsTaken();
+        afterTurnsOfTheLoop(3);
+    }
+    EXPECT_LT(taken, 2 * maximumFrameSize);
+    // Nor is it read a byte a turn.
+    const std::size_t before = taken;
+    afterTurnsOfTheLoop(1000);
+    sendWhatIsTaken();
+    EXPECT_EQ(taken, before);
+    EXPECT_EQ(left, 0);
+}
+
+TEST_F(UnixSocketDoorTest, AStormGetsNoMoreTurnsTheLongerItLasts) {
+    /// Frames that came between two moments at which the loop looks for something to read.
+    class Rounds : public UvHandle<uv_prepare_t, Rounds> {
+    public:
+        void start() {
+            uv_prepare_start(get(), [](uv_prepare_t* prepare) { ownerOf(prepare).frames = 0; });
+        }
+        std::size_t frames = 0;
+    };
+    constexpr int stormFrames = TestSupport::sanitized ? 20000 : 200000;
+    std::shared_ptr<Rounds> rounds;
+    std::size_t mostAtOnce = 0;
+    std::atomic<int> taken{0};
+    onFrame = [&](const auto&, const auto&) {
+        if (!rounds) {
+            rounds = std::make_shared<Rounds>();
+            uv_prepare_init(loop.handle(), rounds->get());
+            rounds->opened(rounds);
+            rounds->start();
+        }
+        mostAtOnce = std::max(mostAtOnce, ++rounds->frames);
+        if (taken + 1 == stormFrames) {
+            rounds->closeHandle();
+        }
+        ++taken;
+    };
+    TestSupport::LineClient storm(socketPath());
+    std::string frames;
+    for (int number = 0; number < stormFrames; ++number) {
+        frames += "s\n";
+    }
+    storm.send(frames);
+    waitFor([&] { return taken == stormFrames; });
+    stop();
+    // One turn for what was read, one for what was left of it.
+    EXPECT_LE(mostAtOnce, 2 * UnixSocketDoor::framesPerTurn);
+}
+
+/// A door whose clients may let little wait together. They say their names first.
+class CrowdedUnixSocketDoorTest : public DoorTest<UnixSocketDoor> {
+protected:
+    CrowdedUnixSocketDoorTest() {
+        backlog = std::make_shared<Backlog>(900000);
+        DoorEvents named = events();
+        named.left = [this, leave = named.left](const auto& client, Departure departure) {
+            departures += names[client] + (departure == Departure::TOO_SLOW ? " too slow, " : " closed, ");
+            leave(client, departure);
+        };
+        named.frame = [this](const auto& client, const auto& frame) {
+            if (names[client].empty()) {
+                names[client] = frame;
+                sendTo(client, "hello " + frame);
+            } else {
+                onFrame(client, frame);
+            }
+        };
+        serve(std::make_unique<UnixSocketDoor>(loop, folder / "door.sock", Origin::DEVICE, std::move(named)));
+    }
+    ~CrowdedUnixSocketDoorTest() override { stop(); }
+
+    std::unique_ptr<TestSupport::LineClient> connect(const std::string& name) {
+        auto client = std::make_unique<TestSupport::LineClient>(folder / "door.sock");
+        client->sendLine(name);
+        EXPECT_EQ(client->receiveLine(), "hello " + name);
+        return client;
+    }
+
+    std::map<std::shared_ptr<Client>, std::string> names;
+    std::string departures;
+};
+
+TEST_F(CrowdedUnixSocketDoorTest, ThoseWithMostWaitingAreDisconnectedFirstAndTheReaderMissesNothing) {
+    const std::map<std::string, std::size_t> sizes{{"much", 30000}, {"most", 40000}, {"little", 20000}, {"reader", 10}};
+    const auto frameOf = [&](const std::string& name, int number) {
+        return std::to_string(number) + std::string(sizes.at(name), name.back());
+    };
+    int round = 0;
+    onFrame = [&](const auto&, const auto&) {
+        for (const auto& client : std::vector<std::shared_ptr<Client>>(clients)) {
+            sendTo(client, frameOf(names[client], round));
+        }
+        ++round;
+    };
+    std::map<std::string, std::unique_ptr<TestSupport::LineClient>> silent;
+    for (const auto* name : {"much", "most", "little"}) {
+        silent[name] = connect(name);
+    }
+    const auto reader = connect("reader");
+    for (int number = 0; number < 80; ++number) {
+        reader->sendLine("go on");
+        ASSERT_EQ(reader->receiveLine(), frameOf("reader", number));
+    }
+    waitFor([&] { return left == 3; });
+    for (const auto& [name, client] : silent) {
+        int expected = 0;
+        while (const auto line = client->receiveLine()) {
+            ASSERT_EQ(*line, frameOf(name, expected));
+            ++expected;
+        }
+        EXPECT_TRUE(client->closedByPeer());
+        EXPECT_GT(expected, 1);
+        EXPECT_LT(expected, 80);
+    }
+    stop();
+    EXPECT_EQ(departures, "most too slow, much too slow, little too slow, reader closed, ");
+    EXPECT_EQ(backlog->size(), 0U);
+}
+
+TEST_F(CrowdedUnixSocketDoorTest, WhatIsSentAndNotFinishedCountsToo) {
+    onFrame = [&](const auto& client, const auto&) { sendTo(client, "here"); };
+    std::vector<std::unique_ptr<TestSupport::LineClient>> silent;
+    for (int number = 0; number < 30; ++number) {
+        silent.push_back(connect(std::to_string(number)));
+        silent.back()->send(std::string(60000, 'h'));
+    }
+    const auto reader = connect("reader");
+    waitFor([&] { return left > 0; });
+    reader->sendLine("x");
+    EXPECT_EQ(reader->receiveLine(), "here");
+    stop();
+    EXPECT_GE(tooSlow, 15);
+    EXPECT_LT(tooSlow, 20);
 }
 
 TEST_F(UnixSocketDoorTest, FramesOfAllSizesComeWholeAndInOrderToAllWhoReadThemLate) {

@@ -14,7 +14,8 @@ namespace SettingsHost {
 /// A web port with two pages, on a loop in a thread of its own. Its WebSockets answer each frame in angle brackets.
 class WebDoorTest : public DoorTest<WebDoor> {
 protected:
-    explicit WebDoorTest(std::uint16_t secondsOfPatience = 1) {
+    explicit WebDoorTest(std::uint16_t secondsOfPatience = 1, std::size_t mayWait = Backlog::maximum) {
+        backlog = std::make_shared<Backlog>(mayWait);
         std::ofstream(folder / "index.html") << "<p>index</p>";
         std::ofstream(folder / "device.html") << "<p>device</p>";
         std::ofstream(folder / "large.js") << std::string(300000, 'x');
