@@ -42,6 +42,10 @@ public:
 
     /// Runs one or more statements without results.
     void execute(const std::string& sql);
+    /// Undoes a transaction that is open; does nothing when there is none.
+    void rollBack();
+    /// Moves all of the log into the database and leaves an empty one, for good.
+    void emptyLog();
     sqlite3* handle() const { return connection.get(); }
 
 private:

@@ -226,6 +226,7 @@ TEST_F(StorageTest, ClearingTellsWhichKeysWereRemoved) {
     storage->setValue("b", "1");
     storage->setValue("a", "2");
     EXPECT_TRUE(storage->clearStorage());
+    EXPECT_EQ(log.take(), std::vector<std::string>{});
     EXPECT_EQ(removed, (std::vector<std::string>{"a", "b"}));
 }
 
