@@ -179,12 +179,6 @@ void Database::emptyLog() {
     if (sqlite3_wal_checkpoint_v2(handle(), "main", SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr) != SQLITE_OK) {
         fail(handle(), "database");
     }
-    // SQLite itself leaves the log cut off but not synced, so a loss of power could bring its content back.
-    sqlite3_file* log = nullptr;
-    sqlite3_file_control(handle(), "main", SQLITE_FCNTL_JOURNAL_POINTER, &log);
-    if (log != nullptr && log->pMethods != nullptr && log->pMethods->xSync(log, SQLITE_SYNC_NORMAL) != SQLITE_OK) {
-        throw DatabaseError("database: the log cannot be synced");
-    }
 }
 
 void Statement::Finalizer::operator()(sqlite3_stmt* prepared) const {

@@ -44,7 +44,7 @@ public:
     void execute(const std::string& sql);
     /// Undoes a transaction that is open; does nothing when there is none.
     void rollBack();
-    /// Moves all of the log into the database and leaves an empty one, for good.
+    /// Moves all of the log into the database and cuts it off. A loss of power may bring it back until the next change.
     void emptyLog();
     sqlite3* handle() const { return connection.get(); }
 

@@ -76,6 +76,7 @@ void erase(Database& database) {
     if (!failure.empty()) {
         throw DatabaseError(failure);
     }
+    // Syncs the log, too, so that what was cut off cannot come back.
     database.execute(std::string("DROP TABLE ") + noteTable);
     removeFile(logOutMarkerOf(database.file()));
 }

@@ -75,7 +75,7 @@ struct FileCalls {
             if (fails(*disk)) {
                 return -1;
             }
-            if (std::filesystem::exists(path)) {
+            if (std::filesystem::is_regular_file(path)) {
                 disk->remove(path);
             }
         }
