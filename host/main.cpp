@@ -11,6 +11,7 @@
 
 #include "Composition.h"
 #include "Options.h"
+#include "Reset.h"
 #include "VessaLogger/LogSink.h"
 #include "logging/HostLogSink.h"
 #include "logging/RequestContext.h"
@@ -57,7 +58,8 @@ int serve(const SettingsHost::Options& options) {
 int main(int argumentCount, char** arguments) {
     fillStandardStreams();
     try {
-        return serve(SettingsHost::parseOptions(argumentCount, arguments));
+        const SettingsHost::Options options = SettingsHost::parseOptions(argumentCount, arguments);
+        return options.reset ? SettingsHost::reset(options) : serve(options);
     } catch (const SettingsHost::CommandLineEnd& end) {
         std::fputs(end.what(), end.exitStatus() == 0 ? stdout : stderr);
         return end.exitStatus();

@@ -5,6 +5,7 @@
 
 #include <sqlite3.h>
 
+#include "storage/DatabaseLock.h"
 #include "storage/Files.h"
 
 namespace SettingsHost {
@@ -96,6 +97,7 @@ void Database::connect() {
     int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
     const char* fileSystem = nullptr;
     if (!writable) {
+        readingLock = lockForReading(path);
         // Without a write-ahead log the file is all there is. With one it has to be read too, without taking locks,
         // which need a file that can be written to.
         const bool hasLog = holdsData(path + "-wal");
@@ -128,7 +130,7 @@ void Database::check() {
         throw DatabaseError(path + " belongs to another program; it was left as it is");
     }
     if (version > schemaVersion) {
-        throw DatabaseError(path + " was written by a newer version; it was left as it is");
+        throw NewerDatabase(path + " was written by a newer version; it was left as it is");
     }
     Statement quickCheck(*this, "PRAGMA quick_check(1)");
     quickCheck.step();

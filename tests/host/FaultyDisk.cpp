@@ -250,11 +250,12 @@ FaultyDisk::TrackedFile& FaultyDisk::track(const std::string& path) {
     auto& tracked = files[path];
     if (!tracked) {
         tracked = std::make_unique<TrackedFile>();
-        if (watches(path)) {
-            tracked->pending.push_back({false, 0, contentOf(path)});
-        } else {
-            tracked->exists = std::filesystem::exists(path);
+        const bool isThere = std::filesystem::exists(path);
+        if (!watches(path)) {
+            tracked->exists = isThere;
             tracked->content = contentOf(path);
+        } else if (isThere) {
+            tracked->pending.push_back({false, 0, contentOf(path)});
         }
     }
     return *tracked;
