@@ -84,8 +84,9 @@ Examples:
   settings-host --storage /tmp/try/settings.db --socket /tmp/try/settings.sock --device-socket /tmp/try/device.sock
   settings-host --listen 127.0.0.1:9000 --pages pages/dist
   settings-host --log-level 0 --log-format json
+  settings-host --reset
 
-Exit status: 0 stopped by SIGINT or SIGTERM, 1 could not start, 2 wrong usage.)";
+Exit status: 0 stopped by SIGINT or SIGTERM, or done with --reset, 1 could not start or not done, 2 wrong usage.)";
 
 }  // namespace
 
@@ -136,6 +137,9 @@ Options parseOptions(int argumentCount, const char* const* arguments) {
         ->check(refuseNoPath);
     bool noSandbox = false;
     app.add_flag("--no-sandbox", noSandbox, "Keep every right of the user, for debuggers and the like");
+    CLI::Option* const resetOption = app.add_flag(
+        "--reset", options.reset, "Remove database, backups and the file of --log-file after asking, and exit");
+    app.add_flag("--yes", options.resetConfirmed, "Do not ask before --reset")->needs(resetOption);
     app.set_version_flag("--version", versionText());
     try {
         app.parse(argumentCount, arguments);

@@ -23,6 +23,9 @@ struct Options {
     std::string allowedOrigin;
     /// Give up what the host does not need, see sandbox/Sandbox.h.
     bool sandbox = true;
+    /// Serve nobody, but remove what hosts keep, see Reset.h; without asking when `resetConfirmed`.
+    bool reset = false;
+    bool resetConfirmed = false;
 };
 
 /// The command line was help, version or wrong: `text` was not printed yet, and is to be printed as `format` says when

@@ -12,6 +12,7 @@
 
 #include "Composition.h"
 #include "Options.h"
+#include "Reset.h"
 #include "VessaLogger/LogSink.h"
 #include "logging/FinalWord.h"
 #include "logging/HostLog.h"
@@ -71,11 +72,17 @@ void serve(const SettingsHost::Options& options, const std::shared_ptr<SettingsH
     host.run();
 }
 
-int serveOrSayWhyNot(const SettingsHost::Options& options) {
-    const auto logFile = options.log.file.empty() ? nullptr : std::make_shared<SettingsHost::LogFile>(options.log.file);
+int serveOrReset(const SettingsHost::Options& options) {
+    const bool writesLog = !options.reset && !options.log.file.empty();
+    const auto logFile = writesLog ? std::make_shared<SettingsHost::LogFile>(options.log.file) : nullptr;
     try {
+        if (options.reset) {
+            return SettingsHost::reset(options);
+        }
         serve(options, logFile);
         return 0;
+    } catch (const SettingsHost::CommandLineEnd&) {
+        throw;
     } catch (const std::exception& error) {
         SettingsHost::sayFinalWord(options.log.format, logFile.get(), error.what());
         return 1;
@@ -87,7 +94,7 @@ int serveOrSayWhyNot(const SettingsHost::Options& options) {
 int main(int argumentCount, char** arguments) {
     fillStandardStreams();
     try {
-        return serveOrSayWhyNot(SettingsHost::parseOptions(argumentCount, arguments));
+        return serveOrReset(SettingsHost::parseOptions(argumentCount, arguments));
     } catch (const SettingsHost::CommandLineEnd& end) {
         if (end.exitStatus() == 0) {
             std::fputs(end.what(), stdout);
