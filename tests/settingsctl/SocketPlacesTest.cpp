@@ -112,7 +112,7 @@ protected:
 
     TestSupport::ChildProcess start(Words arguments) const {
         arguments.insert(arguments.begin(), {"nsenter", "--target", std::to_string(keeper->pid()), "--user", "--mount",
-                                             "--", SETTINGSCTL_PROGRAM});
+                                             "--preserve-credentials", "--", SETTINGSCTL_PROGRAM});
         return TestSupport::ChildProcess(arguments, {{"XDG_RUNTIME_DIR", "/run/own"}});
     }
 
