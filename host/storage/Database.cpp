@@ -150,6 +150,9 @@ void Database::configure() {
     execute("PRAGMA journal_mode=WAL");
     execute("PRAGMA synchronous=FULL");
     execute("PRAGMA wal_autocheckpoint=64");
+    // Some build SQLite so that it overwrites what is deleted. A log-out writes the whole database anew, so that would
+    // only make changes of large values write more, and a log-out need as much room as there are values.
+    execute("PRAGMA secure_delete=OFF");
     // Takes the lock at once, so that a second host is told at its start and not at its first write.
     execute("BEGIN IMMEDIATE");
     // A file that is marked already is not written to, so that a full disk does not keep the host from starting.

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <system_error>
+#include <vector>
 
 #include "logging/HostLog.h"
 #include "storage/Backup.h"
@@ -65,7 +66,9 @@ void erase(Database& database) {
         }
     };
     attempt([&] { makeNote(database); });
-    for (const auto& file : filesBeside(database.file())) {
+    std::vector<std::string> files;
+    attempt([&] { files = filesBeside(database.file()); });
+    for (const auto& file : files) {
         attempt([&] { removeFile(file); });
     }
     attempt([&] {

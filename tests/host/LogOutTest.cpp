@@ -170,8 +170,6 @@ private:
         {
             Running running(*this);
             EXPECT_TRUE(running.state.save("locale", "kept"));
-            // As SQLite is built by most, but not by all who package it.
-            running.database.execute("PRAGMA secure_delete=OFF");
             // Overwritten and removed values stay in free pages and in what is free of others.
             for (std::size_t length = 10; length < 40000; length = length * 3 / 2) {
                 EXPECT_TRUE(running.storage.setValue("companionDevice", secret(length)));
@@ -239,6 +237,19 @@ TEST_F(LogOutTest, IsForGoodAndSoIsWhatComesAfterIt) {
     expectNothingIsThere(running);
     EXPECT_EQ(recovery.source, Recovery::Source::BACKUP);
     EXPECT_EQ(running.state.load("locale"), "kept") << "the new backup was made after the values had gone";
+}
+
+TEST_F(LogOutTest, NeedsLittleRoomHoweverMuchIsStored) {
+    Running running(*this);
+    for (int key = 0; key < 15; ++key) {
+        ASSERT_TRUE(running.storage.setValue("key" + std::to_string(key), secret(60000)));
+    }
+    running.database.emptyLog();
+    KeyValueTable table(running.database, settingsTable);
+    beginLogOut(running.database, [&] { table.clear(); });
+    EXPECT_LT(std::filesystem::file_size(file + "-wal"), 20U * 4120U) << "people log out when the disk is full, too";
+    finishLogOut(running.database);
+    expectNothingIsThere(running);
 }
 
 TEST_F(LogOutTest, ABackupThatIsBeingMadeIsGivenUp) {

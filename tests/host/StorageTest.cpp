@@ -205,8 +205,14 @@ TEST_F(StorageTest, TakesAMebibyteOfKeysAndValuesTogether) {
     EXPECT_TRUE(storage->removeValue("ke11"));
     EXPECT_TRUE(storage->setValue("ke12", value + "vvvv"));
     EXPECT_TRUE(storage->clearStorage());
-    EXPECT_TRUE(storage->setValue("ke10", value));
     EXPECT_EQ(log.take().size(), 1U);
+    for (int key = 10; key < 25; ++key) {
+        ASSERT_TRUE(storage->setValue("ke" + std::to_string(key), value));
+    }
+    storage->setAside("ke10");
+    constexpr std::size_t left = 65536 - 4 - 9;
+    EXPECT_FALSE(storage->setValue("last", std::string(left + 1, 'v'))) << "the key is 9 bytes longer now";
+    EXPECT_TRUE(storage->setValue("last", std::string(left, 'v')));
 }
 
 TEST_F(StorageTest, CountsBytesAndNotCharacters) {

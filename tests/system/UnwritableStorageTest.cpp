@@ -138,6 +138,28 @@ TEST_F(HostUnwritableStorage, AStoredLocaleThatCannotBeSetAsideStopsTheHostWithI
                      "settings-host: the stored value of 'orliaLocale' is unusable and could not be set aside"}));
 }
 
+TEST_F(HostUnwritableStorage, AHostThatOnlyReadsIsLiveToo) {
+    startInside();
+    set("deviceName", "Den");
+    for (const bool isKilled : {true, false}) {
+        SCOPED_TRACE(isKilled ? "with a log" : "without a log");
+        isKilled ? kill() : static_cast<void>(stop());
+        disconnect();
+        remount("ro");
+        startInside();
+        // Now the files could be removed, while the host that was started before goes on reading them.
+        remount("rw");
+        const auto refused = TestSupport::run(inside({SETTINGS_HOST, "--storage", database(), "--reset", "--yes"}));
+        EXPECT_EQ(refused.status, 1);
+        EXPECT_EQ(refused.errors, "settings-host: " + database() + " is in use by another process\n");
+        EXPECT_EQ(get("deviceName"), "Den");
+        stop();
+        disconnect();
+        startInside();
+        EXPECT_EQ(get("deviceName"), "Den");
+    }
+}
+
 TEST_F(HostUnwritableStorage, AReadOnlyDiskWithoutADatabaseStopsTheHost) {
     remount("ro");
     programPrefix = inside({});
