@@ -42,7 +42,7 @@ void ReadingGuard::getValue(const std::string& key, std::string& value) {
     }
     gatheredBytes += value.size();
     // It is gathered in one place and copied to another before it becomes a frame.
-    if (gatheredBytes > maximumValues || (gatheredBytes > smallReply && !hasRoomFor(2 * gatheredBytes))) {
+    if (gatheredBytes > maximumReply || (gatheredBytes > smallReply && !hasRoomFor(2 * gatheredBytes))) {
         throw TooMuchAsked("more is asked for than there is memory for");
     }
 }
@@ -71,7 +71,7 @@ bool ReadingGuard::clearStorage() {
 bool ReadingGuard::requestEnded() {
     ++request;
     gatheredBytes = 0;
-    const bool tooMuch = keptBytes > maximumValues;
+    const bool tooMuch = keptBytes > maximumKept;
     if (tooMuch) {
         kept.clear();
         keptBytes = 0;

@@ -23,8 +23,10 @@ public:
 /// as may be stored now, so this bounds both. Small values are not counted. One thread only; the storage outlives it.
 class ReadingGuard : public SDKWrapper::StorageManagerInterface {
 public:
-    /// For one reply, and for the handler's cache: as much as may be stored.
-    static constexpr std::size_t maximumValues = 1024UL * 1024UL;
+    /// Values for one reply: twice as much as may be stored.
+    static constexpr std::size_t maximumReply = 2UL * 1024UL * 1024UL;
+    /// Values in the handler's cache: as much as may be stored.
+    static constexpr std::size_t maximumKept = 1024UL * 1024UL;
 
     /// `context` says when a GetSettings is handled. `hasRoomFor` answers whether the host has as many bytes to spare.
     ReadingGuard(SDKWrapper::StorageManagerInterface& storage, std::shared_ptr<const RequestContext> context,
@@ -36,7 +38,7 @@ public:
     bool removeValue(const std::string& key) override;
     bool clearStorage() override;
 
-    /// To be called after each request. Returns: true when the handler keeps more than `maximumValues`, so that its
+    /// To be called after each request. Returns: true when the handler keeps more than `maximumKept`, so that its
     /// cache is to be made anew now.
     bool requestEnded();
 

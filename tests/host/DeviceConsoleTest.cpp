@@ -187,6 +187,14 @@ TEST_F(DeviceConsoleTest, AWatcherSeesEveryFrameInOrder) {
                   "in device 2 " + captionsOn, "out all - " + captionsNotice, R"(out device 2 {"ok":true})"}));
 }
 
+TEST_F(DeviceConsoleTest, AWatcherSeesTheBeginningOfAVeryLargeFrame) {
+    watch(true);
+    const std::string largest(256UL * 1024UL, 'x');
+    traffic->frameSent(nullptr, largest);
+    traffic->frameSent(nullptr, largest + "y");
+    EXPECT_EQ(traced(), (std::vector<std::string>(2, "out all - " + largest)));
+}
+
 TEST_F(DeviceConsoleTest, WatchersDoNotSeeEachOtherLook) {
     watch(true);
     answerTo(R"({"command":"show"})");

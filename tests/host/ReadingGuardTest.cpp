@@ -44,13 +44,12 @@ protected:
                        }};
 };
 
-TEST_F(ReadingGuardTest, AReplyHoldsAsMuchAsMayBeStored) {
-    EXPECT_EQ(ReadingGuard::maximumValues, 1024U * 1024U);
-    EXPECT_EQ(gather(0, 17), 17);
+TEST_F(ReadingGuardTest, AReplyHoldsTwiceAsMuchAsMayBeStored) {
+    EXPECT_EQ(gather(0, 34), 34);
     guard.requestEnded();
-    EXPECT_EQ(gather(0, 18), 17) << "18 times 60,000 are more than 1 MiB";
+    EXPECT_EQ(gather(0, 35), 34) << "35 times 60,000 are more than 2 MiB";
     guard.requestEnded();
-    EXPECT_EQ(gather(17, 34), 17) << "each request begins anew";
+    EXPECT_EQ(gather(6, 40), 34) << "each request begins anew";
 }
 
 TEST_F(ReadingGuardTest, AKeyThatIsNamedOftenCountsOnce) {
