@@ -2,8 +2,9 @@ import type { Page } from 'playwright-core';
 import { afterAll, beforeAll, expect, test } from 'vitest';
 
 import { expectAccessible } from './accessibility';
+import { expectArrowsLead } from './arrows';
 import { Host } from './host';
-import { expectNoSidewaysScroll, hostIsAway, phone, visit, type VisitOptions } from './visit';
+import { expectNoSidewaysScroll, hostIsAway, phone, small, visit, wide, type VisitOptions } from './visit';
 
 let host: Host;
 
@@ -91,8 +92,96 @@ test('every command is given by keys alone, answered, and shown in the state', a
     );
 });
 
+test.each([
+    ['a wide screen', wide],
+    ['a small screen', small],
+    ['a phone', phone],
+])('on %s every arrow leads to what is drawn there, and arrows reach every control', async (name, viewport) => {
+    await visitDevice(
+        async (page) => {
+            const zones = ['header', '.device-side', '.device-messages'];
+            await page.keyboard.press('ArrowDown');
+            await page.locator('[data-row="switches"] :focus').waitFor();
+            await expectArrowsLead(page, name, { zones, from: zones });
+        },
+        { viewport },
+    );
+});
+
+test('arrows go through a text, a list of messages and a message before they leave it; Enter opens a choice', async () => {
+    await visitDevice(
+        async (page) => {
+            const focused = () =>
+                page.evaluate(() => document.activeElement?.closest<HTMLElement>('[data-row]')?.dataset['row']);
+            await page.getByLabel('Value', { exact: true }).fill('ab');
+            await page.keyboard.press('ArrowLeft');
+            await page.keyboard.press('ArrowLeft');
+            expect(await page.evaluate(() => document.activeElement?.getAttribute('placeholder'))).toBe('Den');
+            await page.keyboard.press('ArrowLeft');
+            expect(await page.evaluate(() => document.activeElement?.getAttribute('placeholder'))).toBe('deviceName');
+
+            await host.control('device', 'setting', 'deviceName', Array.from({ length: 200 }, String).join(' '));
+            await lines(page).nth(2).waitFor();
+            await expect.poll(() => lines(page).count()).toBe(3);
+            const list = page.getByRole('listbox', { name: 'Messages' });
+            await list.focus();
+            const chosen: (string | null)[] = [];
+            for (const key of ['ArrowUp', 'ArrowUp', 'ArrowUp', 'ArrowUp']) {
+                await page.keyboard.press(key);
+                chosen.push(`${await focused()} ${await list.getAttribute('aria-activedescendant')}`);
+            }
+            expect(chosen.map((line) => line?.replace(/message-/, ''))).toEqual([
+                'list 3',
+                'list 2',
+                'list 1',
+                'tools 1',
+            ]);
+            await list.focus();
+            await line(page, '"command"').click();
+            await page.keyboard.press('End');
+            await page.keyboard.press('ArrowUp');
+            await page.keyboard.press('ArrowUp');
+            await page.keyboard.press('ArrowDown');
+            await page.keyboard.press('ArrowDown');
+            await page.keyboard.press('ArrowDown');
+            expect(await focused()).toBe('detail');
+            await page.keyboard.press('ArrowUp');
+            expect(await focused()).toBe('list');
+
+            const type = page.getByLabel('Type');
+            await type.focus();
+            await page.keyboard.press('Enter');
+            await page.keyboard.press('ArrowDown');
+            await page.keyboard.press('Enter');
+            await expect.poll(() => type.inputValue()).not.toBe('');
+            expect(await focused()).toBe('filter');
+        },
+        { viewport: wide },
+    );
+});
+
+test('a held Enter acts once', async () => {
+    await visitDevice(async (page) => {
+        await page.getByRole('switch', { name: 'Captions' }).focus();
+        for (let times = 0; times < 8; times += 1) {
+            await page.keyboard.down('Enter');
+        }
+        await page.keyboard.up('Enter');
+        await expectReport(page, '"captions"');
+        await host.control('device', 'do-not-disturb', 'on');
+        await line(page, '"doNotDisturb"').waitFor();
+        expect(await line(page, '"captions"').count()).toBe(1);
+    });
+    await host.control('device', 'captions', 'off');
+    await host.control('device', 'do-not-disturb', 'off');
+});
+
 test('the error of a command is shown', async () => {
     await visitDevice(async (page) => {
+        await host.control('device', 'timezone', 'Asia/Tokyo');
+        await page.getByRole('button', { name: 'Change time zone' }).click();
+        await expectReport(page, '✗ bad-argument: "value" must be a time zone');
+        await expectFact(page, 'timezone', 'Asia/Tokyo');
         await page.getByRole('button', { name: 'Change locale', exact: true }).click();
         await expectReport(page, '✗ bad-argument: "value" must be a locale');
         await page.getByRole('button', { name: 'Change locales' }).click();
@@ -104,7 +193,37 @@ test('the error of a command is shown', async () => {
     });
 });
 
-test('what others do at the device shows within a second', async () => {
+test('what a report came to is told: taken, the same already, or refused', async () => {
+    const answers = [
+        '{"ok":true}',
+        '{"ok":true,"changed":false}',
+        '{"error":{"code":"read-only","message":"nothing changed"}}',
+    ];
+    await visitDevice(
+        async (page) => {
+            await page.getByLabel('Setting', { exact: true }).fill('captionsEnabled');
+            for (const report of [
+                '✓ Done: {',
+                '= Nothing changed, it was that already: {',
+                '✗ read-only: nothing changed',
+            ]) {
+                await page.getByRole('button', { name: 'Report setting' }).click();
+                await expectReport(page, report);
+            }
+        },
+        {
+            prepare: (page) =>
+                page.routeWebSocket(/device/, (socket) => {
+                    socket.onMessage((message) => {
+                        const isReport = message.toString().includes('"setting"');
+                        socket.send((isReport ? answers.shift() : null) ?? '{"ok":true}');
+                    });
+                }),
+        },
+    );
+});
+
+test('what others do at the device shows by itself', async () => {
     await visitDevice(async (page) => {
         await expectFact(page, 'timezone', 'Asia/Tokyo');
         await host.control('device', 'timezone', 'Europe/Rome');

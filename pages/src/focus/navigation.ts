@@ -9,9 +9,17 @@ export type Direction = 'up' | 'down' | 'forward' | 'back';
 const focusable = 'button:not(:disabled), input:not(:disabled), select, [tabindex="0"]';
 
 function rowsOf(zone: Element): HTMLElement[][] {
-    return [...zone.querySelectorAll('[data-row]')]
-        .map((row) => [...row.querySelectorAll<HTMLElement>(focusable)].filter((item) => rowOf(item) === row))
-        .filter((items) => items.length > 0);
+    const rows = new Map<Element | null, HTMLElement[]>();
+    for (const item of controlsOf(zone)) {
+        const row = rowOf(item);
+        rows.set(row, [...(rows.get(row) ?? []), item]);
+    }
+    return [...rows.values()];
+}
+
+/** What can take the focus in a zone, in the order of the page. */
+export function controlsOf(zone: Element): HTMLElement[] {
+    return [...zone.querySelectorAll<HTMLElement>(focusable)].filter((item) => rowOf(item) !== null);
 }
 
 function rowOf(item: Element | null | undefined): HTMLElement | null {
