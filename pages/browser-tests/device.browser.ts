@@ -151,6 +151,7 @@ test('arrows go through a text, a list of messages and a message before they lea
             const type = page.getByLabel('Type');
             await type.focus();
             await page.keyboard.press('Enter');
+            await expect.poll(() => type.evaluate((choice) => choice.matches(':open'))).toBe(true);
             await page.keyboard.press('ArrowDown');
             await page.keyboard.press('Enter');
             await expect.poll(() => type.inputValue()).not.toBe('');
@@ -227,9 +228,9 @@ test('what others do at the device shows by itself', async () => {
     await visitDevice(async (page) => {
         await expectFact(page, 'timezone', 'Asia/Tokyo');
         await host.control('device', 'timezone', 'Europe/Rome');
-        await page.locator('.device-state').getByText('Europe/Rome').waitFor({ timeout: 1_000 });
+        await page.locator('.device-state').getByText('Europe/Rome').waitFor();
         await host.control('set', 'timezone', 'Europe/Oslo');
-        await page.locator('.device-state').getByText('Europe/Oslo').waitFor({ timeout: 1_000 });
+        await page.locator('.device-state').getByText('Europe/Oslo').waitFor();
     });
 });
 
@@ -254,7 +255,9 @@ test('frames of every door are listed in order, and the newest or the chosen one
         await page.getByRole('option', { selected: true }).filter({ hasText: 'GetSettings' }).waitFor();
         const detail = page.getByRole('region', { name: 'The message in full' });
         await line(page, 'SetSettings').click();
-        expect(await detail.innerText()).toMatch(/^\{\n {2}"type": 24,\n[^]*"settingDBId": "deviceName",\n[^]*\n\}$/);
+        await expect
+            .poll(() => detail.innerText())
+            .toMatch(/^\{\n {2}"type": 24,\n[^]*"settingDBId": "deviceName",\n[^]*\n\}$/);
         await page.keyboard.press('Escape');
         await detail.getByText('"ok"').waitFor();
     });
@@ -271,15 +274,15 @@ test('the list is filtered by text, direction, door and type', async () => {
             ...new Set(await lines(page).evaluateAll((all) => all.map((one) => one.dataset['kind']))),
         ];
         await page.getByLabel('Text').fill('PORCH');
-        expect((await kinds()).sort()).toEqual(['GetSettings', 'SetSettings', 'event']);
+        await expect.poll(async () => (await kinds()).sort()).toEqual(['GetSettings', 'SetSettings', 'event']);
         await page.getByLabel('Type').selectOption('event');
-        expect(await kinds()).toEqual(['event']);
+        await expect.poll(kinds).toEqual(['event']);
         await page.getByLabel('Type').selectOption('all');
         await page.getByLabel('Text').fill('');
         await page.getByLabel('Door').selectOption('device');
-        expect(await kinds()).toEqual(['command', 'answer']);
+        await expect.poll(kinds).toEqual(['command', 'answer']);
         await page.getByLabel('Direction').selectOption('in');
-        expect(await kinds()).toEqual(['command']);
+        await expect.poll(kinds).toEqual(['command']);
         await page.getByLabel('Text').fill('nowhere');
         await page.getByText('Nothing here yet').waitFor();
     });
@@ -297,8 +300,8 @@ test('a pause counts what comes and shows it afterwards; clearing empties the li
         await pause.click();
         await line(page, 'while paused').first().waitFor();
         await page.getByRole('button', { name: 'Clear' }).click();
-        expect(await lines(page).count()).toBe(0);
         await page.getByText('0 of 0').waitFor();
+        expect(await lines(page).count()).toBe(0);
     });
 });
 
@@ -376,7 +379,7 @@ test('after the host was killed the page connects again, reads the state again a
             await expectReport(page, '✗ no-connection');
             await host.resume();
             await host.control('device', 'timezone', 'Europe/Lisbon');
-            await page.getByText('● Connected').waitFor({ timeout: 15_000 });
+            await page.getByText('● Connected').waitFor();
             await expectFact(page, 'timezone', 'Europe/Lisbon');
             await line(page, 'Europe/Madrid').first().waitFor();
             await page.getByRole('switch', { name: 'Captions' }).click();
@@ -390,7 +393,7 @@ test('a page that the host lets in no more says how to get a new address', async
     await visitDevice(
         async (page) => {
             await host.resumeAsNew();
-            await page.getByText('"settingsctl page" prints it').waitFor({ timeout: 15_000 });
+            await page.getByText('"settingsctl page" prints it').waitFor();
             await expectAccessible(page, 'the device page that is locked out');
         },
         { expected: hostIsAway },

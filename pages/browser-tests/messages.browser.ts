@@ -20,7 +20,7 @@ async function valueOf(key: string): Promise<string> {
 }
 
 /** Lets the page's clock be set forward; it goes on as usual meanwhile. */
-const withClock = { prepare: (page: Page) => page.clock.install() };
+const withClock = { messagesStay: false, prepare: (page: Page) => page.clock.install() };
 
 async function expectGone(message: Locator): Promise<void> {
     await message.waitFor({ state: 'detached' });

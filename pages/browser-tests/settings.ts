@@ -63,7 +63,7 @@ export async function focus(page: Page): Promise<{ readonly row: string; readonl
 }
 
 export async function expectFocus(page: Page, wanted: string): Promise<void> {
-    await expect.poll(async () => (await focus(page)).row, { timeout: 15_000, interval: 20 }).toBe(wanted);
+    await expect.poll(async () => (await focus(page)).row, { interval: 20 }).toBe(wanted);
 }
 
 /** Goes to a section's place in the menu, from wherever the focus is, by keys alone. */
