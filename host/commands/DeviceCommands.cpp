@@ -116,7 +116,7 @@ std::string DeviceCommands::changeLocales(Arguments& arguments) {
 
 std::string DeviceCommands::changeTimezone(Arguments& arguments) {
     const auto timezone = arguments.text("value");
-    if (!timezone) {
+    if (!timezone || timezone->empty()) {
         return badArgument(R"("value" must be a time zone, for example "Europe/Paris")");
     }
     device->changeTimezone(*timezone);

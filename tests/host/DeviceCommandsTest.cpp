@@ -76,8 +76,8 @@ TEST_F(DeviceCommandsTest, EachCommandReachesItsOwner) {
     EXPECT_EQ(sdk->getLocales(), std::vector<std::string>{"fr-FR"});
     EXPECT_EQ(commands.execute(R"({"command":"locales","values":["a","b"]})"), ok);
     EXPECT_EQ(sdk->getLocales(), (std::vector<std::string>{"a", "b"}));
-    EXPECT_EQ(commands.execute(R"({"command":"timezone","value":""})"), ok);
-    EXPECT_EQ(sdk->getTimezone(), "");
+    EXPECT_EQ(commands.execute(R"({"command":"timezone","value":"Europe/Paris"})"), ok);
+    EXPECT_EQ(sdk->getTimezone(), "Europe/Paris");
     EXPECT_EQ(commands.execute(R"({"command":"captions","enabled":true})"), ok);
     EXPECT_TRUE(sdk->isCaptionsEnabled());
     EXPECT_EQ(commands.execute(R"({"command":"doNotDisturb","enabled":true})"), ok);
@@ -93,12 +93,14 @@ TEST_F(DeviceCommandsTest, RefusesWrongArguments) {
          {R"({"command":"locale"})", R"({"command":"locale","value":""})", R"({"command":"locale","value":5})",
           R"({"command":"locales","values":[]})", R"({"command":"locales","values":["a",5]})",
           R"({"command":"locales","values":["a",""]})", R"({"command":"locales","values":"a"})",
-          R"({"command":"timezone"})", R"({"command":"captions","enabled":"on"})", R"({"command":"doNotDisturb"})",
+          R"({"command":"timezone"})", R"({"command":"timezone","value":""})",
+          R"({"command":"captions","enabled":"on"})", R"({"command":"doNotDisturb"})",
           R"({"command":"handsfree","enabled":1})", R"({"command":"setting","key":"k"})",
           R"({"command":"setting","value":"v"})"}) {
         EXPECT_EQ(codeOf(frame), "bad-argument") << frame;
     }
     EXPECT_EQ(sdk->getLocales(), std::vector<std::string>{"en-US"});
+    EXPECT_EQ(sdk->getTimezone(), "America/Vancouver");
     EXPECT_TRUE(observer->told.empty());
 }
 
