@@ -126,7 +126,7 @@ void addEchoRatios(Results& results, const std::vector<Round>& rounds) {
                               "echo through libwebsockets with one upsert of SQLite for each of two frames",
                               quotients(each(rounds, "host" + kind + "/set then ask until reply", medianLatency),
                                         each(rounds, echo + "/set then ask until reply", medianLatency)),
-                              door == Door::WEB_SOCKET ? 2 : 0});
+                              door == Door::WEB_SOCKET ? 2.0 : 0.0});
             results.add(Ratio{host + ", processor time", "echo through libwebsockets with one upsert of SQLite",
                               quotients(each(rounds, host, processorTime), each(rounds, echo, processorTime)), 0});
         }
