@@ -150,7 +150,7 @@ TEST_F(HostLogSinkTest, NoLineIsWrittenBeforeTheLossOfOthersIsTold) {
     ASSERT_GT(size, 0);
     const int before = ::dup(STDERR_FILENO);
     ASSERT_EQ(::dup2(pipe[1], STDERR_FILENO), STDERR_FILENO);
-    VessaLogger::setLogSink(makeHostLogSink({1, LogFormat::TEXT, ""}, context));
+    VessaLogger::setLogSink(makeHostLogSink({1, LogFormat::TEXT, ""}, context, nullptr));
     auto& log = VessaLogger::Log::instance();
     const auto emit = [&](const std::string& text) {
         log.emitLog(VessaLogger::INFORMATION, std::chrono::system_clock::now(), log.getThreadId(), text,
