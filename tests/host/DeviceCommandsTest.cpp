@@ -89,14 +89,13 @@ TEST_F(DeviceCommandsTest, EachCommandReachesItsOwner) {
 }
 
 TEST_F(DeviceCommandsTest, RefusesWrongArguments) {
-    for (const auto* frame :
-         {R"({"command":"locale"})", R"({"command":"locale","value":""})", R"({"command":"locale","value":5})",
-          R"({"command":"locales","values":[]})", R"({"command":"locales","values":["a",5]})",
-          R"({"command":"locales","values":["a",""]})", R"({"command":"locales","values":"a"})",
-          R"({"command":"timezone"})", R"({"command":"timezone","value":""})",
-          R"({"command":"captions","enabled":"on"})", R"({"command":"doNotDisturb"})",
-          R"({"command":"handsfree","enabled":1})", R"({"command":"setting","key":"k"})",
-          R"({"command":"setting","value":"v"})"}) {
+    for (const auto* frame : {R"({"command":"locale"})", R"({"command":"locale","value":""})",
+                              R"({"command":"locale","value":5})", R"({"command":"locales","values":[]})",
+                              R"({"command":"locales","values":["a",5]})", R"({"command":"locales","values":["a",""]})",
+                              R"({"command":"locales","values":"a"})", R"({"command":"timezone"})",
+                              R"({"command":"timezone","value":""})", R"({"command":"captions","enabled":"on"})",
+                              R"({"command":"doNotDisturb"})", R"({"command":"handsfree","enabled":1})",
+                              R"({"command":"setting","key":"k"})", R"({"command":"setting","value":"v"})"}) {
         EXPECT_EQ(codeOf(frame), "bad-argument") << frame;
     }
     EXPECT_EQ(sdk->getLocales(), std::vector<std::string>{"en-US"});
