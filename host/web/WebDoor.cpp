@@ -16,6 +16,7 @@
 
 #include "logging/HostLog.h"
 #include "transport/DoorError.h"
+#include "web/SecurityHeaders.h"
 #include "web/WebRequest.h"
 #include "web/WebSocketClient.h"
 
@@ -33,29 +34,6 @@ struct WebSocketRoute {
 };
 constexpr std::array<WebSocketRoute, 2> routes{{{"/settings", settingsProtocol}, {"/device", deviceProtocol}}};
 
-/// Headers of every answer, the library's own refusals included.
-const lws_protocol_vhost_options* securityHeaders() {
-    static const std::array<std::pair<const char*, const char*>, 5> headers{{
-        {"content-security-policy:",
-         "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; connect-src 'self'; "
-         "base-uri 'none'; form-action 'none'; frame-ancestors 'none'"},
-        {"x-content-type-options:", "nosniff"},
-        {"referrer-policy:", "no-referrer"},
-        {"cross-origin-resource-policy:", "same-origin"},
-        {"cache-control:", "no-store"},
-    }};
-    static const auto list = [] {
-        std::array<lws_protocol_vhost_options, headers.size()> options{};
-        for (std::size_t place = 0; place < headers.size(); ++place) {
-            options[place].name = headers[place].first;
-            options[place].value = headers[place].second;
-            options[place].next = place + 1 < headers.size() ? &options[place + 1] : nullptr;
-        }
-        return options;
-    }();
-    return list.data();
-}
-
 /// The one that the library chooses of the subprotocols that a client offers: the first that is ours.
 std::string chosenProtocol(const std::string& offered) {
     std::istringstream list(offered);
@@ -68,22 +46,6 @@ std::string chosenProtocol(const std::string& offered) {
         }
     }
     return "";
-}
-
-/// Adds the headers that every answer has to the one that turns a connection into a WebSocket.
-bool addSecurityHeaders(lws* connection, lws_process_html_args& head) {
-    auto* place = reinterpret_cast<unsigned char*>(head.p);
-    unsigned char* const end = place + head.max_len;
-    for (const auto* entry = securityHeaders(); entry != nullptr; entry = entry->next) {
-        const std::string value = entry->value;
-        if (lws_add_http_header_by_name(connection, reinterpret_cast<const unsigned char*>(entry->name),
-                                        reinterpret_cast<const unsigned char*>(value.data()),
-                                        static_cast<int>(value.size()), &place, end) != 0) {
-            return false;
-        }
-    }
-    head.p = reinterpret_cast<char*>(place);
-    return true;
 }
 
 /// Anybody on this machine can make the library complain, so that it does so in a whisper.
@@ -108,7 +70,7 @@ public:
     static int webSocket(lws* connection, lws_callback_reasons reason, void* /*user*/, void* in, std::size_t size) {
         return guarded([&] {
             if (reason == LWS_CALLBACK_ADD_HEADERS) {
-                return addSecurityHeaders(connection, *static_cast<lws_process_html_args*>(in)) ? 0 : 1;
+                return addSecurityHeaders(connection, in) ? 0 : 1;
             }
             return webSocketEvent(connection, reason, origin, static_cast<const char*>(in), size);
         });
