@@ -20,7 +20,7 @@ public:
     static constexpr std::size_t maximumKeyLength = 256;
     static constexpr std::size_t maximumValueLength = 65536;
     static constexpr int maximumKeys = 1000;
-    static constexpr std::size_t maximumBytes = 1024U * 1024U;
+    static constexpr std::size_t maximumBytes = std::size_t{1024} * 1024;
 
     /// `onValueRemoved`: told of each key that `clearStorage` removed. `storageObserver` outlives the storage.
     /// `giveBackupUp`: stops a backup of the database that is being made, before what it copied is erased.
