@@ -73,6 +73,16 @@ bool isSamePlace(const std::string& path, const std::string& otherPath) {
     return placeOf(path) == placeOf(otherPath);
 }
 
+void refuseUnusablePlaces(const Options& options) {
+    if (options.storageFile.empty()) {
+        throw CommandLineEnd(2, "--storage is required: neither XDG_STATE_HOME nor HOME names a folder",
+                             options.log.format);
+    }
+    if (isSamePlace(options.socketPath, options.deviceSocketPath)) {
+        throw CommandLineEnd(2, "--socket and --device-socket are the same: " + options.socketPath, options.log.format);
+    }
+}
+
 /// Known as soon as it was read, whatever else is wrong.
 LogFormat formatGiven(const CLI::Option& option) {
     return !option.results().empty() && option.results().back() == "json" ? LogFormat::JSON : LogFormat::TEXT;
@@ -151,13 +161,7 @@ Options parseOptions(int argumentCount, const char* const* arguments) {
         throw CommandLineEnd(2, error.what(), formatGiven(*formatOption));
     }
     options.log.format = formatGiven(*formatOption);
-    if (options.storageFile.empty()) {
-        throw CommandLineEnd(2, "--storage is required: neither XDG_STATE_HOME nor HOME names a folder",
-                             options.log.format);
-    }
-    if (isSamePlace(options.socketPath, options.deviceSocketPath)) {
-        throw CommandLineEnd(2, "--socket and --device-socket are the same: " + options.socketPath, options.log.format);
-    }
+    refuseUnusablePlaces(options);
     options.sandbox = !noSandbox;
     if (!noWeb) {
         options.listen = parseWebAddress(listen);
