@@ -68,7 +68,7 @@ bool isConfirmed() {
 
 int reset(const Options& options) {
     if (!options.resetConfirmed && ::isatty(STDIN_FILENO) == 0) {
-        throw CommandLineEnd(2, "--reset asks before it removes anything, but there is no terminal: add --yes\n");
+        throw CommandLineEnd(2, "--reset asks before it removes anything, but there is no terminal: add --yes");
     }
     const std::string database = std::filesystem::absolute(options.storageFile).string();
     Descriptor lock;

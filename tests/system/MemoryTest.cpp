@@ -137,11 +137,11 @@ TEST_F(MemoryOfTheHost, IsBoundedWhenEverybodyAsksForMuchAndReadsNothing) {
         askingPage(getRequest(names(number, number + 1)), 20);
     }
     expectPromiseKept(promised);
-    // Those who read are served meanwhile, and get events without a gap.
+    // Those who read are served meanwhile, and get events without a gap. The storage is full, the voice SDK is not.
     Lines events;
     for (int number = 1; number <= 50; ++number) {
         const std::string value(static_cast<std::size_t>(number) * 100, 'v');
-        ask(setRequest("deviceName", "\"" + value + "\"") + "\n" + getRequest(R"(["deviceName"])"), &events);
+        ask(setRequest("timezone", "\"" + value + "\"") + "\n" + getRequest(R"(["timezone"])"), &events);
         ASSERT_EQ(events.size(), static_cast<std::size_t>(number));
         EXPECT_EQ(parsed(events.back())["sequence"].GetInt(), number);
     }

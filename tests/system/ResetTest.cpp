@@ -159,7 +159,8 @@ TEST_F(HostReset, NeedsSomebodyToAsk) {
     const auto refused = reset({});
     EXPECT_EQ(refused.status, 2);
     EXPECT_EQ(refused.output, "");
-    EXPECT_EQ(refused.errors, "--reset asks before it removes anything, but there is no terminal: add --yes\n");
+    EXPECT_EQ(refused.errors,
+              "settings-host: --reset asks before it removes anything, but there is no terminal: add --yes\n");
     EXPECT_EQ(files(), before);
 }
 
