@@ -105,7 +105,8 @@ TEST_F(HostileConnections, OfAThousandClientsAsManyAsThereIsRoomForAreServedAndT
                 EXPECT_TRUE(crowd[number]->closedByPeer());
             }
         }
-        waitFor([&] { return TestSupport::openDescriptors(host->pid()) == descriptors + others; });
+        const std::size_t withOthers = descriptors + others;
+        waitFor([&] { return TestSupport::openDescriptors(host->pid()) == withOthers; });
         EXPECT_EQ(figure(std::string("settings_host_clients_turned_away_total{door=\"") + door + "\"}"),
                   std::to_string(crowdSize - others));
         crowd.clear();
