@@ -184,7 +184,8 @@ TEST_F(UnixSocketDoorTest, NothingMoreIsReadFromAClientThatDoesNotReadThanFillsA
     constexpr std::size_t tooMuch = 1024UL * 1024UL;
     constexpr int smallBuffer = 4096;
     const std::string answer(20000, 'a');
-    onFrame = [&](const auto& client, const auto& frame) { sendTo(client, frame == "ping" ? "pong" : answer); };
+    // A copy, since frames are taken until the door is closed.
+    onFrame = [answer](const auto& client, const auto& frame) { sendTo(client, frame == "ping" ? "pong" : answer); };
     TestSupport::LineClient other(socketPath());
     const auto afterTurnsOfTheLoop = [&](int turns) {
         for (int turn = 0; turn < turns; ++turn) {
