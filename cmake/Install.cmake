@@ -39,8 +39,11 @@ settings_handler_install_pkg_config(SettingsHandler
   DESCRIPTION "${PROJECT_DESCRIPTION}" REQUIRES RapidJSON LIBS -lSettingsHandler)
 set(components VessaLogger Utils Metrics DeviceAbstractionLayer)
 foreach(component IN LISTS components)
+  # Twice, as for CMake (platform/CMakeLists.txt), and in one word, which nothing reorders.
+  set(library -lSettingsHandler${component})
   settings_handler_install_pkg_config(SettingsHandler${component}
-    DESCRIPTION "Reference component of SettingsHandler: ${component}" REQUIRES RapidJSON LIBS -lSettingsHandler${component})
+    DESCRIPTION "Reference component of SettingsHandler: ${component}" REQUIRES RapidJSON
+    LIBS "${library} -Wl,--push-state,--no-as-needed,${library},--pop-state")
 endforeach()
 list(TRANSFORM components PREPEND SettingsHandler)
 list(JOIN components ", " components)

@@ -55,8 +55,16 @@ public:
             check(page->take().empty(), "an error is nobody else's business");
             return;
         }
-        expectAnnounced(before, after, announcedKeys());
+        const Announced announced = announcedKeys();
+        expectAnnounced(before, after, announced);
         expectDurable(after);
+        if (Envelope(answer).has("changed")) {
+            check(Envelope(frame).text("command") == "setting", "a setting alone may be unchanged");
+            check(answer == R"({"ok":true,"changed":false})", "an answer to a setting that is unchanged");
+            check(before == after && stored == storage.values, "unchanged is unchanged");
+            check(announced.events.empty() && announced.notices.empty(), "nobody is told of what is unchanged");
+            return;
+        }
         expectAnswered(Envelope(frame), Envelope(answer), after);
     }
 
@@ -158,7 +166,8 @@ private:
     }
 
     const std::set<std::string> codes{"not-json",     "too-deep",      "not-an-object", "unknown-command",
-                                      "bad-argument", "not-passed-on", "not-written",   "too-large"};
+                                      "bad-argument", "not-passed-on", "not-written",   "too-large",
+                                      "read-only",    "wrong-form"};
     LogToJournal log{journal};
     std::shared_ptr<TrafficObservers> traffic = std::make_shared<TrafficObservers>();
     std::shared_ptr<MessageTrace> trace = std::make_shared<MessageTrace>();
@@ -170,7 +179,13 @@ private:
     std::shared_ptr<SimulatedAppLaunch> app = std::make_shared<SimulatedAppLaunch>();
     std::shared_ptr<SettingsHandler::SettingsHandler> handler = SettingsHandler::SettingsHandler::create(
         hub, storage, std::make_shared<SettingsHandlerTesting::FakeMetrics>(journal), sdk, app, device);
-    DeviceConsole console{DeviceCommands(device, sdk, app), hub, traffic, trace, "http://page"};
+    DeviceConsole console{DeviceCommands(device, sdk, app,
+                                         [this] {
+                                             return HandlerTally{hub->eventsSent(), 0};
+                                         }),
+                          hub, traffic, trace,
+                          PageAddress{[] { return std::string("http://page"); },
+                                      [] { return std::optional<std::string>("http://page"); }}};
     std::shared_ptr<FrameCollector> client = std::make_shared<FrameCollector>(Origin::DEVICE);
     std::shared_ptr<FrameCollector> page = std::make_shared<FrameCollector>(Origin::PAGE);
 };

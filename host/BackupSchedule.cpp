@@ -1,6 +1,7 @@
 #include "BackupSchedule.h"
 
 #include "logging/HostLog.h"
+#include "storage/LogOut.h"
 
 namespace SettingsHost {
 
@@ -11,7 +12,11 @@ BackupSchedule::BackupSchedule(EventLoop& eventLoop, Database& source, const Bac
       looks(loop, rhythm.firstLook, rhythm.look, [this] { lookAtAge(); }) {}
 
 void BackupSchedule::lookAtAge() {
-    if (backup || !database.isWritable() || !isBackupDue(database.file(), rhythm.maximumAge)) {
+    if (backup || !database.isWritable()) {
+        return;
+    }
+    finishLogOut(database);
+    if (!isBackupDue(database.file(), rhythm.maximumAge)) {
         return;
     }
     try {
@@ -32,6 +37,10 @@ void BackupSchedule::copyOn() {
     } catch (const DatabaseError& error) {
         logHost(VessaLogger::ERROR, std::string("cannot back the database up: ") + error.what());
     }
+    giveUp();
+}
+
+void BackupSchedule::giveUp() {
     backup.reset();
     turns.reset();
 }

@@ -20,13 +20,17 @@ struct BackupRhythm {
 };
 
 /// Backs the database up once a day, a piece a turn of the event loop, so that clients are served meanwhile. What goes
-/// wrong is logged at level 3 and tried again at the next look. The event loop and the database outlive it.
+/// wrong is logged at level 3 and tried again at the next look; so is what a log-out could not erase at once, see
+/// storage/LogOut.h. The event loop and the database outlive it.
 class BackupSchedule {
 public:
     BackupSchedule(EventLoop& loop, Database& database, const BackupRhythm& rhythm = {});
 
     BackupSchedule(const BackupSchedule&) = delete;
     BackupSchedule& operator=(const BackupSchedule&) = delete;
+
+    /// Stops a backup that is being made and removes what it copied. The next look begins anew.
+    void giveUp();
 
 private:
     void lookAtAge();

@@ -22,6 +22,9 @@ namespace {
 /// How long clients may take to read what waits for them when the host stops.
 constexpr unsigned farewellMilliseconds = 500;
 
+/// Memory of at least this size does not come from the heap.
+constexpr int largePiece = 64 * 1024;
+
 constexpr std::size_t keyBytes = 16;
 constexpr std::size_t secretBytes = 32;
 
@@ -31,26 +34,28 @@ HttpAnswer metricsAnswer(const std::string& text) {
     return answer;
 }
 
-/// What browsers are given that came with the key. It stays the same over restarts, so that a page that is open goes on
-/// when the host is back.
-std::string browserSecret(StateStore& state) {
-    const std::string name = "browserSecret";
-    const auto kept = state.load(name);
-    if (kept && kept->size() == 2 * secretBytes) {
+/// What signs the browsers' cookies. Not "browserSecret": where older software left that, browsers know it.
+constexpr const char* secretName = "cookieSecret";
+
+/// It stays the same over restarts, so that a page that is open goes on when the host is back. A backup may hold one
+/// that was replaced since.
+std::string cookieSecret(StateStore& state, Recovery::Source database) {
+    const auto kept = state.load(secretName);
+    if (database == Recovery::Source::NOT_NEEDED && kept && kept->size() == 2 * secretBytes) {
         return *kept;
     }
     std::string made = randomHex(secretBytes);
-    if (!state.save(name, made)) {
+    if (!state.save(secretName, made)) {
         logHost(VessaLogger::WARNING, "open pages will need a new address after a restart");
     }
     return made;
 }
 
 /// SIGHUP stops the host with its terminal, except when whoever started it wants it to stay (nohup).
-std::vector<int> stopSignals() {
+std::vector<int> stopSignals(bool hangUpStops) {
     std::vector<int> signals{SIGINT, SIGTERM};
     struct sigaction hangUp {};
-    if (::sigaction(SIGHUP, nullptr, &hangUp) == 0 && hangUp.sa_handler != SIG_IGN) {
+    if (hangUpStops && ::sigaction(SIGHUP, nullptr, &hangUp) == 0 && hangUp.sa_handler != SIG_IGN) {
         signals.push_back(SIGHUP);
     }
     return signals;
@@ -66,24 +71,34 @@ std::unique_ptr<TcpDoor> openWebListener(const Options& options, PassedSockets& 
     return std::make_unique<TcpDoor>(options.listen->address, options.listen->port);
 }
 
-SocketPlace placeOf(const std::string& name, const std::string& path, PassedSockets& sockets) {
+PageFiles pagesIn(const Options& options) {
+    return options.listen && !options.pagesFolder.empty() ? PageFiles(options.pagesFolder) : PageFiles();
+}
+
+std::unique_ptr<SocketFile> openSocket(const std::string& name, const std::string& path, PassedSockets& sockets) {
     if (auto passed = sockets.take(name)) {
-        return std::move(*passed);
+        return std::make_unique<SocketFile>(std::move(*passed));
     }
-    return path;
+    return std::make_unique<SocketFile>(path);
 }
 
 }  // namespace
 
-Composition::Composition(const Options& options, PassedSockets sockets, const std::shared_ptr<RequestContext>& context)
+Composition::Composition(const Options& options, PassedSockets sockets, const std::shared_ptr<RequestContext>& context,
+                         const std::function<void()>& onHangUp)
     : webListener(openWebListener(options, sockets)),
+      pages(pagesIn(options)),
+      settingsSocket(openSocket("settings", options.socketPath, sockets)),
+      deviceSocket(openSocket("device", options.deviceSocketPath, sockets)),
       traffic(std::make_shared<TrafficObservers>()),
       trace(std::make_shared<MessageTrace>()),
-      hub(std::make_shared<MessageHub>(traffic, context)),
+      backlog(std::make_shared<Backlog>()),
+      hub(std::make_shared<MessageHub>(traffic, context, backlog)),
       metrics(std::make_shared<HostMetrics>(SETTINGS_HANDLER_VERSION)),
       database(openOrRecover(options.storageFile, recovery)),
       storage(
-          database, [this](const std::string& key) { hub->valueChanged(key); }, *metrics),
+          database, [this](const std::string& key) { hub->valueChanged(key); }, *metrics, [this] { backups.giveUp(); }),
+      storageOfHandler(storage, context, [this](std::size_t bytes) { return backlog->hasRoomFor(bytes); }),
       state(database, "simulation"),
       webState(database, "web"),
       device(std::make_shared<SimulatedDevice>(state, [this](const std::string& key) { hub->valueChanged(key); })),
@@ -95,9 +110,12 @@ Composition::Composition(const Options& options, PassedSockets sockets, const st
     traffic->add(metrics);
     traffic->add(trace);
     // From here on a signal waits for the loop, so that even one during the start ends in a clean stop.
-    loop.onSignals(stopSignals(), [this] { loop.stop(); });
+    loop.onSignals(stopSignals(!onHangUp), [this] { loop.stop(); });
+    if (onHangUp) {
+        loop.onSignals({SIGHUP}, onHangUp);
+    }
     hub->perform(Origin::DEVICE, [this] { startHandler(); });
-    openDoors(options, sockets);
+    openDoors(options);
     if (options.sandbox) {
         enterSandbox(foldersInUse(options.log.file));
     }
@@ -106,9 +124,9 @@ Composition::Composition(const Options& options, PassedSockets sockets, const st
 Composition::~Composition() = default;
 
 void Composition::startHandler() {
-    handler = SettingsHandler::SettingsHandler::create(hub, storage, metrics, sdkBridge, appLaunch, device);
-    handler->initializeSettings();
     setUnusableLocaleAside();
+    handler = SettingsHandler::SettingsHandler::create(hub, storageOfHandler, metrics, sdkBridge, appLaunch, device);
+    handler->initializeSettings();
     handler->migrateExistingDeviceSettings();
     device->subscribe(handler, handler);
     handler->addOrliaLocaleObserver(std::make_shared<LoggingLocaleObserver>());
@@ -144,33 +162,44 @@ SandboxFolders Composition::foldersInUse(const std::string& logFile) const {
     return folders;
 }
 
+void Composition::serve(const std::shared_ptr<Client>& client, const std::string& frame) {
+    hub->receive(client, frame);
+    if (storageOfHandler.requestEnded()) {
+        // As after a restart: the cache begins with the settings of the catalogue.
+        handler->initializeSettings();
+    }
+}
+
 DoorEvents Composition::settingsEvents() {
     return {[this](const auto& client) { hub->addClient(client); },
             [this](const auto& client, Departure departure) { hub->removeClient(client, departure); },
-            [this](const auto& client, const auto& frame) { hub->receive(client, frame); },
+            [this](const auto& client, const auto& frame) { serve(client, frame); },
             [this](const auto& client) { hub->refuseTooLarge(*client); },
-            [this](Origin origin) { traffic->clientTurnedAway(origin); }};
+            [this](Origin origin) { traffic->clientTurnedAway(origin); },
+            backlog};
 }
 
-DoorEvents Composition::deviceEvents() {
+DoorEvents Composition::deviceEvents(DeviceDoor door) {
     return {[this](const auto& client) { console->arrived(client); },
             [this](const auto& client, Departure departure) { console->left(client, departure); },
-            [this](const auto& client, const auto& frame) { console->receive(client, frame); },
+            [this, door](const auto& client, const auto& frame) { console->receive(client, frame, door); },
             [this](const auto& client) { console->refuseTooLarge(client); },
-            [this](Origin origin) { traffic->clientTurnedAway(origin); }};
+            [this](Origin origin) { traffic->clientTurnedAway(origin); },
+            backlog};
 }
 
-void Composition::openDoors(const Options& options, PassedSockets& sockets) {
+void Composition::openDoors(const Options& options) {
     if (options.listen) {
         webAddress = {webListener->address(), webListener->port()};
         webKey = randomHex(keyBytes);
     }
-    console = std::make_unique<DeviceConsole>(DeviceCommands(device, sdkBridge, appLaunch), hub, traffic, trace,
-                                              pageAddress());
-    settingsDoor = std::make_unique<UnixSocketDoor>(loop, placeOf("settings", options.socketPath, sockets),
-                                                    Origin::SOCKET, settingsEvents());
-    deviceDoor = std::make_unique<UnixSocketDoor>(loop, placeOf("device", options.deviceSocketPath, sockets),
-                                                  Origin::DEVICE, deviceEvents());
+    const auto tally = [this] { return HandlerTally{hub->eventsSent(), storage.health().failures}; };
+    console = std::make_unique<DeviceConsole>(
+        DeviceCommands(device, sdkBridge, appLaunch, tally), hub, traffic, trace,
+        PageAddress{[this] { return pageAddress(); }, [this] { return renewPageAddress(); }});
+    settingsDoor = std::make_unique<UnixSocketDoor>(loop, std::move(settingsSocket), Origin::SOCKET, settingsEvents());
+    deviceDoor = std::make_unique<UnixSocketDoor>(loop, std::move(deviceSocket), Origin::DEVICE,
+                                                  deviceEvents(DeviceDoor::SOCKET));
     if (options.listen) {
         openWebDoor(options);
     }
@@ -178,16 +207,29 @@ void Composition::openDoors(const Options& options, PassedSockets& sockets) {
 }
 
 void Composition::openWebDoor(const Options& options) {
-    WebSite site{WebAccess(*webAddress, options.allowedOrigin, webKey, browserSecret(webState)),
-                 options.pagesFolder.empty() ? PageFiles() : PageFiles(options.pagesFolder),
+    WebSite site{WebAccess(*webAddress, options.allowedOrigin, webKey, cookieSecret(webState, recovery.source)),
+                 std::move(pages),
                  {{"/healthz", [this] { return health.answer(storage.health()); }},
                   {"/metrics", [this] { return metricsAnswer(metrics->text()); }}}};
-    webDoor =
-        std::make_unique<WebDoor>(loop, std::move(webListener), std::move(site), settingsEvents(), deviceEvents());
+    webDoor = std::make_unique<WebDoor>(loop, std::move(webListener), std::move(site), settingsEvents(),
+                                        deviceEvents(DeviceDoor::WEB));
 }
 
 std::string Composition::pageAddress() const {
     return webAddress ? "http://" + webAddress->text() + "/?key=" + webKey : "";
+}
+
+/// Stored first: what lets nobody in any more must not do so again after the next start.
+std::optional<std::string> Composition::renewPageAddress() {
+    const std::string key = randomHex(keyBytes);
+    const std::string secret = randomHex(secretBytes);
+    if (!webState.save(secretName, secret)) {
+        return std::nullopt;
+    }
+    webKey = key;
+    webDoor->replaceKey(key, secret);
+    logHost(VessaLogger::INFORMATION, "the pages have a new key");
+    return pageAddress();
 }
 
 std::string Composition::readyLine() const {
@@ -206,8 +248,10 @@ void Composition::run() {
         constexpr auto shortest = std::chrono::milliseconds(1);
         heartbeat.emplace(loop, std::chrono::milliseconds(0), std::max(shortest, *patience / 2), tellAlive);
     }
-    // Back to the system with what the start alone needed.
+    // Back to the system with what the start alone needed, and later with every large piece at once: the C library
+    // would keep more and more of them after the first ones.
     ::malloc_trim(0);
+    ::mallopt(M_MMAP_THRESHOLD, largePiece);
     loop.run();
     tellStopping("Sending what clients wait for");
     health.setServing(false);

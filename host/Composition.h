@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,6 +13,7 @@
 #include "console/MessageTrace.h"
 #include "device/SimulatedAppLaunch.h"
 #include "device/SimulatedDevice.h"
+#include "guard/ReadingGuard.h"
 #include "metrics/HostMetrics.h"
 #include "sandbox/Sandbox.h"
 #include "sdk/SimulatedSdkBridge.h"
@@ -20,10 +22,13 @@
 #include "storage/Recovery.h"
 #include "storage/SqliteStorage.h"
 #include "storage/TableStateStore.h"
+#include "transport/Backlog.h"
 #include "transport/EventLoop.h"
 #include "transport/MessageHub.h"
+#include "transport/SocketFile.h"
 #include "transport/TrafficObservers.h"
 #include "transport/UnixSocketDoor.h"
+#include "web/PageFiles.h"
 #include "web/WebDoor.h"
 
 namespace SettingsHost {
@@ -32,11 +37,14 @@ namespace SettingsHost {
 /// it.
 class Composition {
 public:
-    /// Opens the database, makes and starts the handler, then opens the doors and enters the sandbox. Takes SIGINT and
-    /// SIGTERM over, and SIGHUP unless it is ignored. Errors: `DatabaseError`, `DoorError`.
+    /// Takes port, pages, sockets and database, makes and starts the handler, then opens the doors and enters the
+    /// sandbox. What can be refused comes first, so that a host that cannot start says that and little else.
+    /// Takes SIGINT and SIGTERM over, and SIGHUP: with `onHangUp` it calls that, otherwise it stops the host unless it
+    /// is ignored. Errors: `DatabaseError`, `DoorError`, `std::runtime_error` for pages that cannot be read.
     /// Doors use `sockets` instead of what the options say: `settings`, `device` and `web`. `context` is told which
     /// request is being handled.
-    Composition(const Options& options, PassedSockets sockets, const std::shared_ptr<RequestContext>& context);
+    Composition(const Options& options, PassedSockets sockets, const std::shared_ptr<RequestContext>& context,
+                const std::function<void()>& onHangUp);
     ~Composition();
 
     Composition(const Composition&) = delete;
@@ -49,28 +57,35 @@ public:
 
 private:
     void startHandler();
+    void serve(const std::shared_ptr<Client>& client, const std::string& frame);
     void setUnusableLocaleAside();
-    void openDoors(const Options& options, PassedSockets& sockets);
+    void openDoors(const Options& options);
     void openWebDoor(const Options& options);
     SandboxFolders foldersInUse(const std::string& logFile) const;
     DoorEvents settingsEvents();
-    DoorEvents deviceEvents();
+    DoorEvents deviceEvents(DeviceDoor door);
     std::string pageAddress() const;
+    std::optional<std::string> renewPageAddress();
     std::string status() const;
 
     // Members go in reverse order: doors before the handler, the handler before its storage.
     EventLoop loop;
     /// Taken first, so that a host that cannot have the port leaves everything alone.
     std::unique_ptr<TcpDoor> webListener;
+    PageFiles pages;
+    std::unique_ptr<SocketFile> settingsSocket;
+    std::unique_ptr<SocketFile> deviceSocket;
     std::optional<WebAddress> webAddress;
     std::string webKey;
     std::shared_ptr<TrafficObservers> traffic;
     std::shared_ptr<MessageTrace> trace;
+    std::shared_ptr<Backlog> backlog;
     std::shared_ptr<MessageHub> hub;
     std::shared_ptr<HostMetrics> metrics;
     Recovery recovery;
     Database database;
     SqliteStorage storage;
+    ReadingGuard storageOfHandler;
     TableStateStore state;
     TableStateStore webState;
     std::shared_ptr<SimulatedDevice> device;

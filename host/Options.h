@@ -23,17 +23,24 @@ struct Options {
     std::string allowedOrigin;
     /// Give up what the host does not need, see sandbox/Sandbox.h.
     bool sandbox = true;
+    /// Serve nobody, but remove what hosts keep, see Reset.h; without asking when `resetConfirmed`.
+    bool reset = false;
+    bool resetConfirmed = false;
 };
 
-/// The command line was help, version or wrong: `text` was not printed yet.
+/// The command line was help, version or wrong: `text` was not printed yet, and is to be printed as `format` says when
+/// it tells what is wrong.
 class CommandLineEnd : public std::runtime_error {
 public:
-    CommandLineEnd(int exitStatus, const std::string& text) : std::runtime_error(text), status(exitStatus) {}
+    CommandLineEnd(int exitStatus, const std::string& text, LogFormat wantedFormat = LogFormat::TEXT)
+        : std::runtime_error(text), status(exitStatus), format(wantedFormat) {}
 
     int exitStatus() const { return status; }
+    LogFormat logFormat() const { return format; }
 
 private:
     int status;
+    LogFormat format;
 };
 
 /// Reads the command line. Defaults follow XDG_STATE_HOME and XDG_RUNTIME_DIR.

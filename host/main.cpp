@@ -1,6 +1,7 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <functional>
 #include <memory>
 #include <set>
 #include <string>
@@ -11,8 +12,12 @@
 
 #include "Composition.h"
 #include "Options.h"
+#include "Reset.h"
 #include "VessaLogger/LogSink.h"
+#include "logging/FinalWord.h"
+#include "logging/HostLog.h"
 #include "logging/HostLogSink.h"
+#include "logging/LogFile.h"
 #include "logging/RequestContext.h"
 #include "service/PassedSockets.h"
 #include "service/ServiceManager.h"
@@ -31,7 +36,23 @@ void fillStandardStreams() {
     }
 }
 
-int serve(const SettingsHost::Options& options) {
+/// What SIGHUP does: whoever turns log files over asks for a new one. Nothing without a log file.
+std::function<void()> reopening(const std::shared_ptr<SettingsHost::LogFile>& file) {
+    if (!file) {
+        return nullptr;
+    }
+    return [file] {
+        if (file->reopen()) {
+            SettingsHost::logHost(VessaLogger::INFORMATION, "opened the log file again");
+        } else {
+            SettingsHost::logHost(
+                VessaLogger::WARNING,
+                "the log file " + file->name() + " cannot be opened again, its lines are lost: " + file->failure());
+        }
+    };
+}
+
+void serve(const SettingsHost::Options& options, const std::shared_ptr<SettingsHost::LogFile>& logFile) {
     // A reader of our output or a client that goes away must not end the host.
     std::signal(SIGPIPE, SIG_IGN);
     // A write past a limit on file sizes fails, and is answered like one on a full disk.
@@ -43,13 +64,29 @@ int serve(const SettingsHost::Options& options) {
     // First of all: what is opened before could be taken for a socket that was passed.
     SettingsHost::PassedSockets sockets(doors);
     const auto context = std::make_shared<SettingsHost::RequestContext>();
-    VessaLogger::setLogSink(SettingsHost::makeHostLogSink(options.log, context));
+    VessaLogger::setLogSink(SettingsHost::makeHostLogSink(options.log, context, logFile));
     SettingsHost::tellStarting("Opening the database");
-    SettingsHost::Composition host(options, std::move(sockets), context);
+    SettingsHost::Composition host(options, std::move(sockets), context, reopening(logFile));
     std::printf("%s\n", host.readyLine().c_str());
     std::fflush(stdout);
     host.run();
-    return 0;
+}
+
+int serveOrReset(const SettingsHost::Options& options) {
+    const bool writesLog = !options.reset && !options.log.file.empty();
+    const auto logFile = writesLog ? std::make_shared<SettingsHost::LogFile>(options.log.file) : nullptr;
+    try {
+        if (options.reset) {
+            return SettingsHost::reset(options);
+        }
+        serve(options, logFile);
+        return 0;
+    } catch (const SettingsHost::CommandLineEnd&) {
+        throw;
+    } catch (const std::exception& error) {
+        SettingsHost::sayFinalWord(options.log.format, logFile.get(), error.what());
+        return 1;
+    }
 }
 
 }  // namespace
@@ -57,12 +94,13 @@ int serve(const SettingsHost::Options& options) {
 int main(int argumentCount, char** arguments) {
     fillStandardStreams();
     try {
-        return serve(SettingsHost::parseOptions(argumentCount, arguments));
+        return serveOrReset(SettingsHost::parseOptions(argumentCount, arguments));
     } catch (const SettingsHost::CommandLineEnd& end) {
-        std::fputs(end.what(), end.exitStatus() == 0 ? stdout : stderr);
+        if (end.exitStatus() == 0) {
+            std::fputs(end.what(), stdout);
+        } else {
+            SettingsHost::sayFinalWord(end.logFormat(), nullptr, end.what());
+        }
         return end.exitStatus();
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "settings-host: %s\n", error.what());
-        return 1;
     }
 }

@@ -1,5 +1,7 @@
 #include "host/EndToEndRound.h"
 
+#include <chrono>
+
 #include "host/EndToEndServers.h"
 
 namespace Benchmarks {
@@ -8,6 +10,7 @@ namespace {
 
 constexpr const char* change = "/set until event";
 constexpr const char* read = "/get all until reply";
+constexpr const char* setThenAsk = "/set then ask until reply";
 /// Servers that are compared take turns so often, since a busy machine is slower for a while.
 constexpr int turns = 8;
 constexpr int warmUp = 10;
@@ -78,6 +81,26 @@ void Audience::measureReads(Seen& seen, int count) {
         seen, count, [] { return std::string(getAllRequest); }, [] { return std::string(getAllReply); });
 }
 
+void Audience::measureSetThenAsk(Seen& seen, int count) {
+    FrameConnection& asker = *clients.front();
+    const std::string question = asker.bytesOf(R"({"type":7,"messageId":"g","payload":{"settings":["deviceName"]}})");
+    double before = 0;
+    for (int number = -warmUp; number < count; ++number) {
+        if (number == 0) {
+            before = server.processorMicroseconds();
+        }
+        const std::string bytes = asker.bytesOf(changes.next()) + question;
+        const auto start = std::chrono::steady_clock::now();
+        exchange(asker, bytes, changes.wanted());
+        asker.receive();
+        const std::chrono::duration<double, std::micro> took = std::chrono::steady_clock::now() - start;
+        if (number >= 0) {
+            seen.latencies.push_back(took.count());
+        }
+    }
+    seen.processorTime += server.processorMicroseconds() - before;
+}
+
 void compareWithEcho(Round& round, Storage storage, Door door, const Effort& effort) {
     HostServer host(storage);
     EchoServer echo(storage);
@@ -87,11 +110,15 @@ void compareWithEcho(Round& round, Storage storage, Door door, const Effort& eff
     Seen& changed = round["host" + kind + change];
     Seen& wasRead = round["host" + kind + read];
     Seen& echoed = round["echo and upsert" + kind];
+    Seen& conversed = round["host" + kind + setThenAsk];
+    Seen& echoedTwice = round["echo and upsert" + kind + setThenAsk];
     const int count = storage == Storage::DISK ? effort.exchangesWithDisk : effort.exchanges;
     for (int turn = 0; turn < turns; ++turn) {
         guests.measureChanges(changed, count / turns);
         echoGuests.measureChanges(echoed, count / turns);
         guests.measureReads(wasRead, effort.exchanges / turns);
+        guests.measureSetThenAsk(conversed, count / turns);
+        echoGuests.measureSetThenAsk(echoedTwice, count / turns);
     }
 }
 

@@ -45,6 +45,8 @@ public:
                  const std::function<std::string()>& wanted);
     void measureChanges(Seen& seen, int count);
     void measureReads(Seen& seen, int count);
+    /// A change and a question in the same breath, until both are answered.
+    void measureSetThenAsk(Seen& seen, int count);
 
 private:
     Server& server;

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "SettingsHandler/SettingsNames.h"
 #include "Utils/RapidjsonUtil.h"
 #include "guard/LocaleGuard.h"
 #include "logging/HostLog.h"
@@ -75,10 +76,12 @@ std::string notOnOrOff() {
 
 DeviceCommands::DeviceCommands(std::shared_ptr<SimulatedDevice> simulatedDevice,
                                std::shared_ptr<SimulatedSdkBridge> simulatedSdkBridge,
-                               std::shared_ptr<SimulatedAppLaunch> simulatedAppLaunch)
+                               std::shared_ptr<SimulatedAppLaunch> simulatedAppLaunch,
+                               std::function<HandlerTally()> handlerTally)
     : device(std::move(simulatedDevice)),
       sdkBridge(std::move(simulatedSdkBridge)),
-      appLaunch(std::move(simulatedAppLaunch)) {}
+      appLaunch(std::move(simulatedAppLaunch)),
+      tally(std::move(handlerTally)) {}
 
 std::string DeviceCommands::show(Arguments& /*arguments*/) {
     std::map<std::string, std::string> facts = device->getDeviceInfo();
@@ -113,7 +116,7 @@ std::string DeviceCommands::changeLocales(Arguments& arguments) {
 
 std::string DeviceCommands::changeTimezone(Arguments& arguments) {
     const auto timezone = arguments.text("value");
-    if (!timezone) {
+    if (!timezone || timezone->empty()) {
         return badArgument(R"("value" must be a time zone, for example "Europe/Paris")");
     }
     device->changeTimezone(*timezone);
@@ -130,8 +133,37 @@ std::string DeviceCommands::changeSetting(Arguments& arguments) {
         logHost(VessaLogger::ERROR, "the device's value of '" + *key + "' was kept away from the handler");
         return refusalFrame("not-passed-on", "the value is no array of locales within the nesting limit");
     }
+    const HandlerTally before = tally();
     device->changeSystemSetting(*key, *value);
-    return done();
+    const HandlerTally after = tally();
+    return after.events > before.events
+               ? done()
+               : whyNothingChanged(*key, *value, after.storageFailures > before.storageFailures);
+}
+
+/// The answer to a report of which the handler made nothing. It keeps its reasons to itself, so they are told by what
+/// it was given: ARCHITECTURE.md says where each setting lives.
+std::string DeviceCommands::whyNothingChanged(const std::string& key, const std::string& value, bool storageFailed) {
+    const auto setting = SettingsHandler::settingTypeFromName(key);
+    const auto readOnly = [&](const std::string& command) {
+        return refusalFrame("read-only", "nothing changed: '" + key + "' is set with the command \"" + command +
+                                             "\" only, whatever the device reports");
+    };
+    if (setting == SettingsHandler::CAPTIONS_ENABLED) {
+        return readOnly("captions");
+    }
+    if (setting == SettingsHandler::DO_NOT_DISTURB_ENABLED) {
+        return readOnly("doNotDisturb");
+    }
+    if (storageFailed) {
+        return refusalFrame("not-stored",
+                            "nothing changed: the storage did not take the value; the host's log says why");
+    }
+    if (setting == SettingsHandler::ORLIA_LOCALE &&
+        value != Utils::RapidjsonUtil::stringifyVector(sdkBridge->getLocales())) {
+        return refusalFrame("wrong-form", "nothing changed: the value is no JSON array with at least one locale");
+    }
+    return R"({"ok":true,"changed":false})";
 }
 
 std::string DeviceCommands::switchHandsfree(Arguments& arguments) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -9,14 +10,23 @@
 
 namespace SettingsHost {
 
+/// What came of everything that the handler was told so far. It answers nothing itself.
+struct HandlerTally {
+    /// One for each value that it accepted.
+    unsigned long events = 0;
+    /// Accesses to the storage.
+    unsigned long storageFailures = 0;
+};
+
 /// What a person does at the simulated device, given as one JSON object each. docs/protocol.md lists the commands.
 class DeviceCommands {
 public:
     DeviceCommands(std::shared_ptr<SimulatedDevice> device, std::shared_ptr<SimulatedSdkBridge> sdkBridge,
-                   std::shared_ptr<SimulatedAppLaunch> appLaunch);
+                   std::shared_ptr<SimulatedAppLaunch> appLaunch, std::function<HandlerTally()> handlerTally);
 
     /// Executes the command in `frame`, a JSON object within the limits of the doors.
-    /// Returns: the answer, one JSON object without a line end: `{"ok":true}`, `{"device":{…}}` or `{"error":{…}}`.
+    /// Returns: the answer, one JSON object without a line end: `{"ok":true}`, `{"ok":true,"changed":false}`,
+    /// `{"device":{…}}` or `{"error":{…}}`.
     std::string execute(const std::string& frame);
 
 private:
@@ -27,6 +37,7 @@ private:
     std::string changeLocales(Arguments& arguments);
     std::string changeTimezone(Arguments& arguments);
     std::string changeSetting(Arguments& arguments);
+    std::string whyNothingChanged(const std::string& key, const std::string& value, bool storageFailed);
     std::string switchHandsfree(Arguments& arguments);
     std::string switchCaptions(Arguments& arguments);
     std::string switchDoNotDisturb(Arguments& arguments);
@@ -34,6 +45,7 @@ private:
     std::shared_ptr<SimulatedDevice> device;
     std::shared_ptr<SimulatedSdkBridge> sdkBridge;
     std::shared_ptr<SimulatedAppLaunch> appLaunch;
+    std::function<HandlerTally()> tally;
 };
 
 }  // namespace SettingsHost

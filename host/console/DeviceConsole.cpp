@@ -25,16 +25,17 @@ std::string commandOf(const std::string& frame) {
     return command;
 }
 
-/// Pages that watch ask for the state whenever something happens. Showing that to each other would never end.
+/// Pages that watch ask for the state whenever something happens. Showing that to each other would never end. The key
+/// of the pages is not for them.
 bool isTraced(const std::string& command) {
-    return command != "show" && command != "trace";
+    return command != "show" && command != "trace" && command != "page";
 }
 
 }  // namespace
 
 DeviceConsole::DeviceConsole(DeviceCommands deviceCommands, std::shared_ptr<MessageHub> messageHub,
                              std::shared_ptr<TrafficObserver> trafficObserver,
-                             std::shared_ptr<MessageTrace> messageTrace, std::string addressOfPages)
+                             std::shared_ptr<MessageTrace> messageTrace, PageAddress addressOfPages)
     : commands(std::move(deviceCommands)),
       hub(std::move(messageHub)),
       traffic(std::move(trafficObserver)),
@@ -50,7 +51,7 @@ void DeviceConsole::left(const std::shared_ptr<Client>& client, Departure depart
     traffic->clientLeft(*client, departure);
 }
 
-void DeviceConsole::receive(const std::shared_ptr<Client>& client, const std::string& frame) {
+void DeviceConsole::receive(const std::shared_ptr<Client>& client, const std::string& frame, DeviceDoor door) {
     if (const auto refusal = inspectFrame(frame)) {
         traffic->frameReceived(*client, frame);
         refuse(client, refusal->code, refusal->message);
@@ -60,7 +61,7 @@ void DeviceConsole::receive(const std::shared_ptr<Client>& client, const std::st
     if (isTraced(command)) {
         traffic->frameReceived(*client, frame);
     }
-    const auto answer = std::make_shared<const std::string>(answerTo(client, command, frame));
+    const auto answer = std::make_shared<const std::string>(answerTo(client, command, frame, door));
     client->send(answer);
     if (isTraced(command)) {
         traffic->frameSent(client.get(), *answer);
@@ -80,16 +81,32 @@ void DeviceConsole::refuse(const std::shared_ptr<Client>& client, const std::str
 }
 
 std::string DeviceConsole::answerTo(const std::shared_ptr<Client>& client, const std::string& command,
-                                    const std::string& frame) {
+                                    const std::string& frame, DeviceDoor door) {
     if (command == "page") {
-        return showPage();
+        return door == DeviceDoor::SOCKET ? orFailure([&] { return showPage(frame); })
+                                          : refusalFrame("not-here", "only the device socket answers this");
     }
     return command == "trace" ? switchTrace(client, frame) : execute(frame);
 }
 
-std::string DeviceConsole::showPage() const {
-    return pageAddress.empty() ? refusalFrame("no-pages", "the host serves no pages")
-                               : objectFrame("page", {{"address", pageAddress}});
+std::string DeviceConsole::showPage(const std::string& frame) {
+    const rapidjson::Document request = parsed(frame);
+    const auto newKey = request.FindMember("newKey");
+    const bool isGiven = newKey != request.MemberEnd();
+    if (isGiven && !newKey->value.IsBool()) {
+        return refusalFrame("bad-argument", R"("newKey" must be true or false)");
+    }
+    const std::string current = pageAddress.current();
+    if (current.empty()) {
+        return refusalFrame("no-pages", "the host serves no pages");
+    }
+    if (!isGiven || !newKey->value.GetBool()) {
+        return objectFrame("page", {{"address", current}});
+    }
+    const auto renewed = pageAddress.renewed();
+    return renewed
+               ? objectFrame("page", {{"address", *renewed}})
+               : refusalFrame("not-written", "the new key could not be stored: the old key and its cookies still hold");
 }
 
 std::string DeviceConsole::switchTrace(const std::shared_ptr<Client>& client, const std::string& frame) {
@@ -107,14 +124,20 @@ std::string DeviceConsole::switchTrace(const std::shared_ptr<Client>& client, co
 }
 
 std::string DeviceConsole::execute(const std::string& frame) {
-    std::string answer;
-    try {
+    return orFailure([&] {
+        std::string answer;
         hub->perform(Origin::DEVICE, [&] { answer = commands.execute(frame); });
+        return answer;
+    });
+}
+
+std::string DeviceConsole::orFailure(const std::function<std::string()>& action) {
+    try {
+        return action();
     } catch (const std::exception& error) {
         logHost(VessaLogger::ERROR, std::string("a device command failed: ") + error.what());
-        answer = refusalFrame("failed", "the host could not carry it out; its log says why");
+        return refusalFrame("failed", "the host could not carry it out; its log says why");
     }
-    return answer;
 }
 
 }  // namespace SettingsHost

@@ -5,6 +5,7 @@
 
 #include "Utils/Rapidjson.h"
 #include "text/Utf8.h"
+#include "transport/FrameInspector.h"
 
 namespace SettingsHost {
 
@@ -43,6 +44,8 @@ void MessageTrace::send(const char* direction, const Client* client, const std::
     if (watchers.empty()) {
         return;
     }
+    // Events fit.
+    constexpr std::size_t longestText = 4 * maximumFrameSize;
     rapidjson::StringBuffer buffer;
     rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
     writer.StartObject();
@@ -62,7 +65,7 @@ void MessageTrace::send(const char* direction, const Client* client, const std::
         writer.Uint64(number->second);
     }
     writer.Key("text");
-    writer.String(withValidUtf8(text));
+    writer.String(withValidUtf8(text.substr(0, longestText)));
     writer.EndObject();
     writer.EndObject();
     const auto frame = std::make_shared<const std::string>(buffer.GetString(), buffer.GetSize());

@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include "logging/Journal.h"
-#include "logging/LogFile.h"
 #include "logging/StandardErrorOutput.h"
 
 namespace SettingsHost {
@@ -55,9 +54,9 @@ Destination journalDestination(std::shared_ptr<const RequestContext> context) {
         });
 }
 
-void complainAbout(const LogFile& file, const std::string& path, Destination& destination) {
+void complainAbout(const LogFile& file, Destination& destination) {
     const std::string text =
-        "settings-host:the log file " + path + " cannot be written to, its lines are lost: " + file.failure();
+        "settings-host:the log file " + file.name() + " cannot be written to, its lines are lost: " + file.failure();
     const std::string threadId = VessaLogger::Log::instance().getThreadId();
     destination.take(
         {VessaLogger::WARNING, std::chrono::system_clock::now(), threadId, text, VessaLogger::NATIVE_SERVICE});
@@ -65,16 +64,16 @@ void complainAbout(const LogFile& file, const std::string& path, Destination& de
 
 }  // namespace
 
-VessaLogger::LogSink makeHostLogSink(const LogChoices& choices, const std::shared_ptr<const RequestContext>& context) {
+VessaLogger::LogSink makeHostLogSink(const LogChoices& choices, const std::shared_ptr<const RequestContext>& context,
+                                     const std::shared_ptr<LogFile>& file) {
     const auto format = std::make_shared<LineFormat>(choices.format, context);
     const auto destinations = std::make_shared<std::vector<Destination>>();
     destinations->push_back(isStandardErrorTheJournal()
                                 ? journalDestination(context)
                                 : textDestination(std::make_shared<StandardErrorOutput>(STDERR_FILENO), format));
-    if (!choices.file.empty()) {
-        const auto file = std::make_shared<LogFile>(choices.file);
+    if (file) {
         if (!file->open() && choices.minimumLevel <= VessaLogger::WARNING) {
-            complainAbout(*file, choices.file, destinations->front());
+            complainAbout(*file, destinations->front());
         }
         destinations->push_back(textDestination(file, format));
     }

@@ -5,6 +5,7 @@
 
 #include "VessaLogger/LogSink.h"
 #include "logging/LineFormat.h"
+#include "logging/LogFile.h"
 #include "logging/RequestContext.h"
 
 namespace SettingsHost {
@@ -18,9 +19,10 @@ struct LogChoices {
 };
 
 /// A sink that writes each line of at least the minimum level at once: to standard error (see `StandardErrorOutput`),
-/// or entry by entry to the journal where standard error leads there; and to the file.
+/// or entry by entry to the journal where standard error leads there; and to `file`, unless that is null.
 /// Errors: lines that cannot be written are lost and nothing else. How many is said, at level 2, before the next line
 /// that can be written to the same place.
-VessaLogger::LogSink makeHostLogSink(const LogChoices& choices, const std::shared_ptr<const RequestContext>& context);
+VessaLogger::LogSink makeHostLogSink(const LogChoices& choices, const std::shared_ptr<const RequestContext>& context,
+                                     const std::shared_ptr<LogFile>& file);
 
 }  // namespace SettingsHost

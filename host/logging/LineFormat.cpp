@@ -1,9 +1,11 @@
 #include "logging/LineFormat.h"
 
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
 #include <utility>
-
-#include <spdlog/details/log_msg.h>
-#include <spdlog/pattern_formatter.h>
 
 #include "Utils/Rapidjson.h"
 #include "text/Utf8.h"
@@ -12,23 +14,43 @@ namespace SettingsHost {
 
 namespace {
 
-spdlog::level::level_enum toSpdlog(VessaLogger::LogLevel level) {
+/// As wide as "error", the longer one aside.
+const char* nameOf(VessaLogger::LogLevel level) {
     switch (level) {
         case VessaLogger::TRACE:
-            return spdlog::level::trace;
+            return "trace";
         case VessaLogger::INFORMATION:
-            return spdlog::level::info;
+            return "info ";
         case VessaLogger::WARNING:
-            return spdlog::level::warn;
+            return "warning";
         default:
-            return spdlog::level::err;
+            return "error";
     }
 }
 
-std::string jsonMembers(const VessaLogger::LogLine& line, const std::optional<RequestInHand>& request) {
+/// Local time: 2026-01-31T12:34:56.789+01:00.
+std::string timeText(std::chrono::system_clock::time_point time) {
+    // Rounded down, also before 1970: a device whose clock nobody has set yet may be there.
+    const auto second = std::chrono::floor<std::chrono::seconds>(time);
+    const std::time_t sinceEpoch = std::chrono::system_clock::to_time_t(second);
+    const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(time - second).count();
+    std::tm local{};
+    ::localtime_r(&sinceEpoch, &local);
+    std::array<char, 32> date{};
+    std::strftime(date.data(), date.size(), "%FT%T", &local);
+    const long zone = std::labs(local.tm_gmtoff) / 60;
+    std::array<char, 64> whole{};
+    std::snprintf(whole.data(), whole.size(), "%s.%03d%c%02ld:%02ld", date.data(), static_cast<int>(milliseconds),
+                  local.tm_gmtoff < 0 ? '-' : '+', zone / 60, zone % 60);
+    return whole.data();
+}
+
+std::string jsonObject(const VessaLogger::LogLine& line, const std::optional<RequestInHand>& request) {
     rapidjson::StringBuffer buffer;
     rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
     writer.StartObject();
+    writer.Key("time");
+    writer.String(timeText(line.time));
     writer.Key("level");
     writer.Int(line.level);
     writer.Key("thread");
@@ -44,35 +66,20 @@ std::string jsonMembers(const VessaLogger::LogLine& line, const std::optional<Re
         writer.String(withValidUtf8(request->setting));
     }
     writer.EndObject();
-    // The time is put before by the pattern, so the opening brace stands there too.
-    return std::string(buffer.GetString() + 1, buffer.GetSize() - 1);
+    return std::string(buffer.GetString(), buffer.GetSize());
 }
 
 }  // namespace
 
-struct LineFormat::Pattern {
-    explicit Pattern(const std::string& pattern) : formatter(pattern, spdlog::pattern_time_type::local, "\n") {}
-
-    spdlog::pattern_formatter formatter;
-};
-
 LineFormat::LineFormat(LogFormat wantedFormat, std::shared_ptr<const RequestContext> requestContext)
-    : format(wantedFormat),
-      context(std::move(requestContext)),
-      pattern(std::make_unique<Pattern>(format == LogFormat::JSON ? R"({"time":"%Y-%m-%dT%H:%M:%S.%e%z",%v)"
-                                                                  : "%Y-%m-%dT%H:%M:%S.%e%z %-5l %v")) {}
+    : format(wantedFormat), context(std::move(requestContext)) {}
 
-LineFormat::~LineFormat() = default;
-
-std::string LineFormat::textOf(const VessaLogger::LogLine& line) {
-    const std::string text = format == LogFormat::JSON
-                                 ? jsonMembers(line, context->current())
-                                 : "[" + line.threadId + "] " + VessaLogger::escapeControlCharacters(line.text);
-    const spdlog::details::log_msg message(line.time, spdlog::source_loc{}, "settings-host", toSpdlog(line.level),
-                                           text);
-    spdlog::memory_buf_t formatted;
-    pattern->formatter.format(message, formatted);
-    return std::string(formatted.data(), formatted.size());
+std::string LineFormat::textOf(const VessaLogger::LogLine& line) const {
+    if (format == LogFormat::JSON) {
+        return jsonObject(line, context->current()) + "\n";
+    }
+    return timeText(line.time) + " " + nameOf(line.level) + " [" + line.threadId + "] " +
+           VessaLogger::escapeControlCharacters(line.text) + "\n";
 }
 
 }  // namespace SettingsHost

@@ -17,19 +17,12 @@ enum class LogFormat { TEXT, JSON };
 class LineFormat {
 public:
     LineFormat(LogFormat format, std::shared_ptr<const RequestContext> context);
-    ~LineFormat();
 
-    LineFormat(const LineFormat&) = delete;
-    LineFormat& operator=(const LineFormat&) = delete;
-
-    std::string textOf(const VessaLogger::LogLine& line);
+    std::string textOf(const VessaLogger::LogLine& line) const;
 
 private:
-    struct Pattern;
-
     LogFormat format;
     std::shared_ptr<const RequestContext> context;
-    std::unique_ptr<Pattern> pattern;
 };
 
 }  // namespace SettingsHost

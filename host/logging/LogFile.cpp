@@ -20,8 +20,12 @@ constexpr mode_t ownerOnly = 0600;
 LogFile::LogFile(std::string filePath, std::size_t sizeLimit) : path(std::move(filePath)), limit(sizeLimit) {}
 
 LogFile::~LogFile() {
+    close();
+}
+
+void LogFile::close() {
     if (descriptor >= 0) {
-        ::close(descriptor);
+        ::close(std::exchange(descriptor, -1));
     }
 }
 
@@ -80,7 +84,11 @@ bool LogFile::rotate() {
             return fail(std::string("it is full and cannot be renamed: ") + std::strerror(errno));
         }
     }
-    ::close(std::exchange(descriptor, -1));
+    return reopen();
+}
+
+bool LogFile::reopen() {
+    close();
     return open();
 }
 

@@ -20,16 +20,20 @@ public:
 
     bool write(const std::string& line) override;
 
+    const std::string& name() const { return path; }
     /// Why the last line was lost, in words for a person.
     const std::string& failure() const { return reason; }
     /// Opens the file, unless it is open. Returns: false when it cannot be written to, see `failure`.
     bool open();
+    /// Goes on in what is at the path now, so that others may move the file away. Returns: as `open`.
+    bool reopen();
 
 private:
     bool fail(const std::string& why);
     bool accept(int opened);
     bool rotate();
     bool append(const std::string& line);
+    void close();
     std::string generation(int number) const;
 
     std::string path;

@@ -25,17 +25,25 @@ using Names = std::vector<std::string>;
 
 const std::string other = "other";
 
+/// What is told apart in changes of a setting: the values that it has a choice of, and "error" where the voice SDK may
+/// refuse one. Every setting may have other texts. None for those that the handler never changes.
 const Names& valueNames(const std::string& setting) {
-    static const Names general{"true", "false", "error", other};
-    static const std::map<std::string, Names> captions{
-        {"captionsFontSize",
-         {"true", "false", "error", "FONT_SMALL", "FONT_MEDIUM", "FONT_LARGE", "FONT_EXTRA_LARGE", other}},
+    static const Names anyText{other};
+    static const std::map<std::string, Names> known{
+        {"captionsEnabled", {}},
+        {"captionsFontSize", {"FONT_SMALL", "FONT_MEDIUM", "FONT_LARGE", "FONT_EXTRA_LARGE", other}},
         {"captionsStyles",
-         {"true", "false", "error", "STYLE_WHITE_ON_BLACK", "STYLE_BLACK_ON_WHITE", "STYLE_YELLOW_ON_BLACK",
-          "STYLE_YELLOW_ON_BLUE", other}},
+         {"STYLE_WHITE_ON_BLACK", "STYLE_BLACK_ON_WHITE", "STYLE_YELLOW_ON_BLACK", "STYLE_YELLOW_ON_BLUE", other}},
+        {"doNotDisturbEnabled", {}},
+        {"handsFreeEnabled", {"true", "false", other}},
+        {"handsFreeAlwaysOnEnabled", {"true", "false", "error", other}},
+        {"handsFreeAlwaysOnDiscovered", {"true", "false", other}},
+        {"pttAlwaysOnEnabled", {"true", "false", "error", other}},
+        {"pttAlwaysOnDiscovered", {"true", "false", other}},
+        {"friendlyName", {"error", other}},
     };
-    const auto found = captions.find(setting);
-    return found == captions.end() ? general : found->second;
+    const auto found = known.find(setting);
+    return found == known.end() ? anyText : found->second;
 }
 
 const char* typeName(int type) {

@@ -5,6 +5,7 @@
 
 #include <sqlite3.h>
 
+#include "storage/DatabaseLock.h"
 #include "storage/Files.h"
 
 namespace SettingsHost {
@@ -96,6 +97,7 @@ void Database::connect() {
     int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
     const char* fileSystem = nullptr;
     if (!writable) {
+        readingLock = lockForReading(path);
         // Without a write-ahead log the file is all there is. With one it has to be read too, without taking locks,
         // which need a file that can be written to.
         const bool hasLog = holdsData(path + "-wal");
@@ -128,7 +130,7 @@ void Database::check() {
         throw DatabaseError(path + " belongs to another program; it was left as it is");
     }
     if (version > schemaVersion) {
-        throw DatabaseError(path + " was written by a newer version; it was left as it is");
+        throw NewerDatabase(path + " was written by a newer version; it was left as it is");
     }
     Statement quickCheck(*this, "PRAGMA quick_check(1)");
     quickCheck.step();
@@ -148,6 +150,9 @@ void Database::configure() {
     execute("PRAGMA journal_mode=WAL");
     execute("PRAGMA synchronous=FULL");
     execute("PRAGMA wal_autocheckpoint=64");
+    // Some build SQLite so that it overwrites what is deleted. A log-out writes the whole database anew, so that would
+    // only make changes of large values write more, and a log-out need as much room as there are values.
+    execute("PRAGMA secure_delete=OFF");
     // Takes the lock at once, so that a second host is told at its start and not at its first write.
     execute("BEGIN IMMEDIATE");
     // A file that is marked already is not written to, so that a full disk does not keep the host from starting.
@@ -166,6 +171,18 @@ int Database::pragma(const std::string& name) {
 void Database::execute(const std::string& sql) {
     if (sqlite3_exec(connection.get(), sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
         fail(connection.get(), "database");
+    }
+}
+
+void Database::rollBack() {
+    if (sqlite3_get_autocommit(handle()) == 0) {
+        execute("ROLLBACK");
+    }
+}
+
+void Database::emptyLog() {
+    if (sqlite3_wal_checkpoint_v2(handle(), "main", SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr) != SQLITE_OK) {
+        fail(handle(), "database");
     }
 }
 

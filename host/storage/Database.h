@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "transport/Descriptor.h"
+
 struct sqlite3;
 struct sqlite3_stmt;
 
@@ -22,6 +24,12 @@ public:
     using DatabaseError::DatabaseError;
 };
 
+/// The file was written by a newer version.
+class NewerDatabase : public DatabaseError {
+public:
+    using DatabaseError::DatabaseError;
+};
+
 struct ConnectionCloser {
     void operator()(sqlite3* open) const;
 };
@@ -32,7 +40,7 @@ using Connection = std::unique_ptr<sqlite3, ConnectionCloser>;
 class Database {
 public:
     /// Opens the file at `path`, making it (0600) and its missing folders (0700) if need be.
-    /// Errors: `DamagedDatabase`; `DatabaseError` when the file is in use, not ours, of a newer version, or cannot be
+    /// Errors: `DamagedDatabase`; `NewerDatabase`; `DatabaseError` when the file is in use, not ours, or cannot be
     /// opened. The file and its write-ahead log are then left as they are.
     explicit Database(const std::string& path);
 
@@ -42,6 +50,10 @@ public:
 
     /// Runs one or more statements without results.
     void execute(const std::string& sql);
+    /// Undoes a transaction that is open; does nothing when there is none.
+    void rollBack();
+    /// Moves all of the log into the database and cuts it off. A loss of power may bring it back until the next change.
+    void emptyLog();
     sqlite3* handle() const { return connection.get(); }
 
 private:
@@ -52,6 +64,7 @@ private:
 
     std::string path;
     bool writable;
+    Descriptor readingLock;
     Connection connection;
 };
 

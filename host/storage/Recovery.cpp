@@ -5,13 +5,12 @@
 #include "logging/HostLog.h"
 #include "storage/Backup.h"
 #include "storage/Files.h"
+#include "storage/FilesBeside.h"
+#include "storage/LogOut.h"
 
 namespace SettingsHost {
 
 namespace {
-
-/// What SQLite puts beside a database, with its changes in it.
-constexpr const char* companions[] = {"-wal", "-journal"};
 
 std::string nameOf(const std::string& path) {
     return std::filesystem::path(path).filename().string();
@@ -85,10 +84,16 @@ bool leftTraces(const std::string& file) {
     return holdsData(Backup::nameOf(file, 1)) || holdsData(Backup::nameOf(file, 2)) || holdsData(file + "-wal");
 }
 
-}  // namespace
+/// What is left of a database that was lost during a log-out, and its backups, may hold what the log-out removed.
+void beginAnewAfterLogOut(const std::string& file, Recovery& recovery) {
+    for (const std::string ending : {companions[0], companions[1], ""}) {
+        removeFile(file + ending);
+    }
+    logHost(VessaLogger::ERROR, "a log-out was under way, so no backup is restored; all settings have their defaults");
+    recovery.source = Recovery::Source::DEFAULTS;
+}
 
-Database openOrRecover(const std::string& path, Recovery& recovery) {
-    const std::string file = std::filesystem::absolute(path).string();
+Database openOrRestore(const std::string& file, Recovery& recovery) {
     if (holdsData(file) || !leftTraces(file)) {
         try {
             return Database(file);
@@ -98,12 +103,24 @@ Database openOrRecover(const std::string& path, Recovery& recovery) {
     } else {
         logHost(VessaLogger::ERROR, file + " is missing or empty, but there was one");
     }
+    if (exists(logOutMarkerOf(file))) {
+        beginAnewAfterLogOut(file, recovery);
+        return Database(file);
+    }
     recovery.setAside = setAside(file);
     if (!recovery.setAside.empty()) {
         logHost(VessaLogger::ERROR, "what was found was kept as " + recovery.setAside);
     }
     recovery.source = restoreNewest(file);
     return Database(file);
+}
+
+}  // namespace
+
+Database openOrRecover(const std::string& path, Recovery& recovery) {
+    Database database = openOrRestore(std::filesystem::absolute(path).string(), recovery);
+    finishLogOut(database);
+    return database;
 }
 
 }  // namespace SettingsHost

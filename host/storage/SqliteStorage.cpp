@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "logging/HostLog.h"
+#include "storage/LogOut.h"
 
 namespace SettingsHost {
 
@@ -23,9 +24,13 @@ std::string shown(const std::string& key) {
 
 }  // namespace
 
-SqliteStorage::SqliteStorage(Database& database, std::function<void(const std::string& key)> onValueRemoved,
-                             StorageObserver& storageObserver)
-    : table(database, "settings"), valueRemoved(std::move(onValueRemoved)), observer(storageObserver) {
+SqliteStorage::SqliteStorage(Database& openDatabase, std::function<void(const std::string& key)> onValueRemoved,
+                             StorageObserver& storageObserver, std::function<void()> giveBackupUp)
+    : database(openDatabase),
+      table(database, settingsTable),
+      valueRemoved(std::move(onValueRemoved)),
+      stopBackup(std::move(giveBackupUp)),
+      observer(storageObserver) {
     if (!database.isWritable()) {
         lastHealth.writable = false;
         lastHealth.lastFailure = "the file system cannot be written to";
@@ -77,21 +82,43 @@ bool SqliteStorage::setValue(const std::string& key, const std::string& value) {
             if (value.size() > maximumValueLength) {
                 throw LimitError("the value is longer than 64 KiB");
             }
-            // Counting looks at every key, so it waits until there may be too many.
-            if (keysAtMost >= maximumKeys) {
-                keysAtMost = table.count();
-            }
-            if (keysAtMost >= maximumKeys && !table.get(key)) {
-                throw LimitError("there are 1,000 keys already");
-            }
-            ++keysAtMost;
-            table.put(key, value);
+            put(key, value);
         });
+}
+
+void SqliteStorage::put(const std::string& key, const std::string& value) {
+    if (!usage) {
+        usage = count();
+    }
+    const auto old = table.get(key);
+    const std::size_t oldBytes = old ? key.size() + old->size() : 0;
+    const std::size_t newBytes = key.size() + value.size();
+    if (!old && usage->keys >= maximumKeys) {
+        throw LimitError("there are 1,000 keys already");
+    }
+    if (newBytes > oldBytes && usage->bytes - oldBytes + newBytes > maximumBytes) {
+        throw LimitError("keys and values would take more than 1 MiB together");
+    }
+    const Usage after{usage->keys + (old ? 0 : 1), usage->bytes - oldBytes + newBytes};
+    usage.reset();
+    table.put(key, value);
+    usage = after;
+}
+
+SqliteStorage::Usage SqliteStorage::count() {
+    const std::string bytes = "length(CAST(key AS BLOB)) + length(CAST(value AS BLOB))";
+    Statement statement(database, "SELECT count(*), coalesce(sum(" + bytes + "), 0) FROM " + settingsTable);
+    statement.step();
+    return {statement.number(0), static_cast<std::size_t>(statement.number(1))};
 }
 
 bool SqliteStorage::removeValue(const std::string& key) {
     return attempt(
-        StorageOperation::REMOVE, [&] { return "cannot remove " + shown(key); }, [&] { table.remove(key); });
+        StorageOperation::REMOVE, [&] { return "cannot remove " + shown(key); },
+        [&] {
+            usage.reset();
+            table.remove(key);
+        });
 }
 
 bool SqliteStorage::clearStorage() {
@@ -99,10 +126,13 @@ bool SqliteStorage::clearStorage() {
     const bool cleared = attempt(
         StorageOperation::CLEAR, [] { return "cannot clear the storage"; },
         [&] {
+            usage.reset();
             removed = table.keys();
-            table.clear();
+            beginLogOut(database, [this] { table.clear(); });
         });
     if (cleared) {
+        stopBackup();
+        finishLogOut(database);
         for (const auto& key : removed) {
             valueRemoved(key);
         }
@@ -118,6 +148,7 @@ std::string SqliteStorage::setAside(const std::string& key) {
             for (int number = 2; table.get(newKey); ++number) {
                 newKey = key + ".unusable." + std::to_string(number);
             }
+            usage.reset();
             if (!table.rename(key, newKey)) {
                 newKey.clear();
             }

@@ -3,8 +3,6 @@
 #include <cstdint>
 #include <cstring>
 
-#include <rapidjson/memorystream.h>
-
 #include "Utils/Rapidjson.h"
 
 namespace SettingsHost {

@@ -54,7 +54,8 @@ private:
     Acceptor* acceptor;
 };
 
-Acceptor::Acceptor(Descriptor descriptor) : listening(std::move(descriptor)), spare(openSpare()) {}
+Acceptor::Acceptor(Descriptor descriptor, std::chrono::microseconds timeOfATurn)
+    : listening(std::move(descriptor)), longestTurn(timeOfATurn), spare(openSpare()) {}
 
 Acceptor::~Acceptor() {
     close();
@@ -70,12 +71,16 @@ void Acceptor::start(EventLoop& loop, Taker taker, Refuser refuser) {
 }
 
 void Acceptor::accept() {
-    const int accepted = ::accept4(listening.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
-    if (accepted >= 0) {
-        take(accepted);
-    } else if (errno == EMFILE || errno == ENFILE) {
-        turnAway();
-    }
+    const auto end = std::chrono::steady_clock::now() + longestTurn;
+    int accepted = -1;
+    do {
+        accepted = ::accept4(listening.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
+        if (accepted >= 0) {
+            take(accepted);
+        } else if (errno == EMFILE || errno == ENFILE) {
+            turnAway();
+        }
+    } while (accepted >= 0 && std::chrono::steady_clock::now() < end);
 }
 
 void Acceptor::turnAway() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 
@@ -14,6 +15,7 @@ namespace SettingsHost {
 /// At the limit of descriptors a connection can neither be taken nor left waiting, or the loop would never sleep. So
 /// one descriptor is kept in reserve, to turn connections away with. When not even that helps, because the limit was
 /// lowered or other programs were faster, connections wait for `pauseMilliseconds`.
+///
 class Acceptor {
 public:
     static constexpr unsigned pauseMilliseconds = 100;
@@ -23,8 +25,9 @@ public:
     /// May say farewell to a connection that is closed when it returns.
     using Refuser = std::function<void(int descriptor)>;
 
-    /// `descriptor` listens and is non-blocking.
-    explicit Acceptor(Descriptor descriptor);
+    /// `descriptor` listens and is non-blocking. A turn of the loop takes one connection, and more as long as some wait
+    /// and the turn is shorter than `longestTurn`.
+    explicit Acceptor(Descriptor descriptor, std::chrono::microseconds longestTurn = std::chrono::microseconds(0));
     ~Acceptor();
 
     Acceptor(const Acceptor&) = delete;
@@ -42,6 +45,7 @@ private:
     void rest();
 
     Descriptor listening;
+    std::chrono::microseconds longestTurn;
     Descriptor spare;
     Taker take;
     Refuser refuse;

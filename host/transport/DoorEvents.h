@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "transport/Backlog.h"
 #include "transport/Client.h"
 
 namespace SettingsHost {
@@ -12,9 +13,14 @@ namespace SettingsHost {
 ///
 /// - While more than `maximumUnread` bytes wait for a client to read, its next frames wait too. So a client is never
 ///   disconnected for the number of answers that it asked for.
-/// - A client with more than `maximumWaiting` bytes waiting is disconnected when more is to be sent to it.
+/// - A client with more than `maximumWaiting` bytes waiting, besides the frame that is on its way, is disconnected when
+///   more is to be sent to it. For all clients together, see `Backlog`.
 constexpr std::size_t maximumUnread = 64UL * 1024UL;
 constexpr std::size_t maximumWaiting = 1024UL * 1024UL;
+
+/// What is asked of the kernel to keep for each client that does not read, in bytes. It takes twice as much, and that
+/// counts as the host's memory, too.
+constexpr int kernelBuffer = 64 * 1024;
 
 /// Clients that a door serves at a time. Bounds what clients that misbehave can cost in memory; and those of all doors,
 /// with the host's own files, need fewer descriptors than the 1,024 that a process usually may have.
@@ -33,6 +39,8 @@ struct DoorEvents {
     std::function<void(const std::shared_ptr<Client>&)> tooLarge;
     /// Somebody came for whom there was no room.
     std::function<void(Origin)> turnedAway;
+    /// Where what waits for the clients of this door counts.
+    std::shared_ptr<Backlog> backlog = std::make_shared<Backlog>();
 };
 
 }  // namespace SettingsHost

@@ -1,5 +1,7 @@
 #include "transport/LineFramer.h"
 
+#include <utility>
+
 namespace SettingsHost {
 
 namespace {
@@ -9,6 +11,13 @@ bool isBlank(const std::string& line) {
 }
 
 }  // namespace
+
+void LineFramer::append(const char* bytes, std::size_t size) {
+    if (start > 0) {
+        compact();
+    }
+    buffer.append(bytes, size);
+}
 
 std::optional<LineFramer::Frame> LineFramer::next() {
     for (;;) {
@@ -49,9 +58,14 @@ bool LineFramer::skipToLineEnd() {
 }
 
 void LineFramer::compact() {
+    constexpr std::size_t worthKeeping = 4096;
     buffer.erase(0, start);
     searched -= start;
     start = 0;
+    if (buffer.empty() && buffer.capacity() > worthKeeping) {
+        // An assignment would keep the memory.
+        std::exchange(buffer, {});
+    }
 }
 
 }  // namespace SettingsHost

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -17,7 +18,11 @@ public:
 
     explicit LineFramer(std::size_t frameLimit) : limit(frameLimit) {}
 
-    void append(const char* bytes, std::size_t size) { buffer.append(bytes, size); }
+    void append(const char* bytes, std::size_t size);
+    /// How many bytes may be appended so that no more is kept than a frame over the limit.
+    std::size_t room() const { return limit + 1 - std::min(size(), limit); }
+    /// The memory that is kept for bytes that wait.
+    std::size_t memory() const { return size() == 0 ? 0 : buffer.capacity(); }
     /// How many bytes wait to be cut.
     std::size_t size() const { return buffer.size() - start; }
     /// The next frame; nothing until more bytes arrive.

@@ -3,11 +3,13 @@
 #include <chrono>
 #include <exception>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 #include "CommunicationHandler/MessageType.h"
 #include "Utils/RapidjsonUtil.h"
 #include "guard/LocaleGuard.h"
+#include "guard/ReadingGuard.h"
 #include "logging/HostLog.h"
 #include "text/Frames.h"
 #include "text/Utf8.h"
@@ -22,11 +24,39 @@ std::int64_t millisecondsSinceEpoch() {
     return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
 }
 
-using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer>;
+/// Writes into a string of its size. Slower than the library's buffer, which is three times as large in between.
+class StringOutput {
+public:
+    using Ch = char;
+
+    explicit StringOutput(std::size_t size) { text.reserve(size); }
+
+    void Put(char byte) { text.push_back(byte); }
+    void Flush() {}
+    std::string finish() { return std::move(text); }
+
+private:
+    std::string text;
+};
+
+/// Finds out how much is written.
+class SizeOutput {
+public:
+    using Ch = char;
+
+    void Put(char /*byte*/) { ++size; }
+    void Flush() {}
+    std::size_t finish() const { return size; }
+
+private:
+    std::size_t size = 0;
+};
 
 /// Names and strings come out as valid UTF-8 whatever they held.
-class TextWriter : public JsonWriter {
+template <typename Output>
+class TextWriter : public rapidjson::Writer<Output> {
 public:
+    using JsonWriter = rapidjson::Writer<Output>;
     using JsonWriter::JsonWriter;
 
     bool String(const char* text, rapidjson::SizeType length, bool /*copy*/ = false) {
@@ -37,9 +67,10 @@ public:
     bool Key(const char* text, rapidjson::SizeType length, bool copy = false) { return String(text, length, copy); }
 };
 
+template <typename Output = rapidjson::StringBuffer>
 class FrameWriter {
 public:
-    FrameWriter() { writer.StartObject(); }
+    explicit FrameWriter(Output output = Output()) : out(std::move(output)) { writer.StartObject(); }
 
     void number(const char* name, std::int64_t value) {
         key(name);
@@ -68,18 +99,35 @@ public:
         writer.EndObject();
     }
 
-    std::string finish() {
+    auto finish() {
         writer.EndObject();
-        return std::string(buffer.GetString(), buffer.GetSize());
+        if constexpr (std::is_same_v<Output, rapidjson::StringBuffer>) {
+            return std::string(out.GetString(), out.GetSize());
+        } else {
+            return out.finish();
+        }
     }
 
 private:
     void key(std::string_view name) { string(name); }
     void string(std::string_view text) { writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size())); }
 
-    rapidjson::StringBuffer buffer;
-    TextWriter writer{buffer};
+    Output out;
+    TextWriter<Output> writer{out};
 };
+
+/// A reply, or its size, as `frame` makes it.
+template <typename Writer>
+auto replyFrame(Writer frame, int type, const std::string& messageId, const rapidjson::Value& payload) {
+    frame.number("type", type);
+    frame.text("messageId", messageId);
+    frame.json("payload", payload);
+    return frame.finish();
+}
+
+Refusal busy() {
+    return {"busy", "too much waits for clients that do not read; ask again later, or for fewer settings"};
+}
 
 /// Cut to what the storage takes, so that no client fills the log.
 std::string settingNamedIn(int type, const rapidjson::Value& request) {
@@ -102,11 +150,11 @@ const char* originName(Origin origin) {
 }
 
 MessageHub::MessageHub(std::shared_ptr<TrafficObserver> trafficObserver, std::shared_ptr<RequestContext> requestContext,
-                       std::size_t limitOfLargeReplies)
+                       std::shared_ptr<const Backlog> backlogOfClients)
     : traffic(std::move(trafficObserver)),
       context(std::move(requestContext)),
-      messageIdPrefix("host-" + std::to_string(millisecondsSinceEpoch()) + "-"),
-      largeRepliesLimit(limitOfLargeReplies) {}
+      backlog(std::move(backlogOfClients)),
+      messageIdPrefix("host-" + std::to_string(millisecondsSinceEpoch()) + "-") {}
 
 void MessageHub::addClient(const std::shared_ptr<Client>& client) {
     clients.insert(client);
@@ -154,6 +202,9 @@ void MessageHub::deliver(const std::shared_ptr<Client>& client, int type, const 
     outcome = RequestOutcome::SILENT;
     try {
         perform(client->origin(), [&] { handlers.at(type)(frame); });
+    } catch (const TooMuchAsked&) {
+        refuse(*client, busy());
+        outcome = RequestOutcome::ANSWERED;
     } catch (const std::exception& error) {
         logHost(VessaLogger::ERROR, "a request of type " + std::to_string(type) + " failed: " + error.what());
         outcome = RequestOutcome::FAILED;
@@ -187,7 +238,7 @@ void MessageHub::sendNotice() {
     if (keys.empty() || clients.empty()) {
         return;
     }
-    FrameWriter frame;
+    FrameWriter<> frame;
     frame.objectWithStrings("notice", "reread", keys);
     sendToAll(frame.finish());
 }
@@ -206,39 +257,6 @@ void MessageHub::sendTo(Client& client, std::string frame) {
     traffic->frameSent(&client, *shared);
 }
 
-namespace {
-
-/// A frame that counts as waiting as long as somebody holds it.
-struct CountedFrame {
-    CountedFrame(std::string frame, std::shared_ptr<std::size_t> total)
-        : text(std::move(frame)), waiting(std::move(total)) {
-        *waiting += text.size();
-    }
-    ~CountedFrame() { *waiting -= text.size(); }
-    CountedFrame(const CountedFrame&) = delete;
-    CountedFrame& operator=(const CountedFrame&) = delete;
-
-    const std::string text;
-    std::shared_ptr<std::size_t> waiting;
-};
-
-}  // namespace
-
-void MessageHub::sendReply(Client& client, std::string frame) {
-    if (frame.size() <= maximumFrameSize) {
-        sendTo(client, std::move(frame));
-        return;
-    }
-    if (*largeReplies > 0 && *largeReplies + frame.size() > largeRepliesLimit) {
-        refuse(client, {"busy", "too much waits for clients that do not read; ask again later, or for fewer settings"});
-        return;
-    }
-    const auto counted = std::make_shared<const CountedFrame>(std::move(frame), largeReplies);
-    const std::shared_ptr<const std::string> shared(counted, &counted->text);
-    client.send(shared);
-    traffic->frameSent(&client, *shared);
-}
-
 std::string MessageHub::sendMessage(int messageType, rapidjson::Document& payload) {
     ++sequence;
     outcome = RequestOutcome::CHANGED;
@@ -247,7 +265,7 @@ std::string MessageHub::sendMessage(int messageType, rapidjson::Document& payloa
     if (Utils::RapidjsonUtil::tryGetStringMember(payload, "settingDBId", settingDBId)) {
         announcedKeys.insert(settingDBId);
     }
-    FrameWriter frame;
+    FrameWriter<> frame;
     frame.number("type", messageType);
     frame.text("messageId", messageId);
     frame.number("timestamp", millisecondsSinceEpoch());
@@ -262,12 +280,17 @@ void MessageHub::sendResponse(const std::string& messageId, rapidjson::Document&
     if (!asker) {
         return;
     }
-    FrameWriter frame;
-    frame.number("type", askedType);
-    frame.text("messageId", messageId);
-    frame.json("payload", payload);
-    sendReply(*asker, frame.finish());
     outcome = RequestOutcome::ANSWERED;
+    if (payload.GetAllocator().Size() <= maximumFrameSize) {
+        sendTo(*asker, replyFrame(FrameWriter(), askedType, messageId, payload));
+        return;
+    }
+    const std::size_t size = replyFrame(FrameWriter<SizeOutput>(), askedType, messageId, payload);
+    if (!backlog->hasRoomFor(size)) {
+        refuse(*asker, busy());
+        return;
+    }
+    sendTo(*asker, replyFrame(FrameWriter(StringOutput(size)), askedType, messageId, payload));
 }
 
 void MessageHub::registerMessageHandler(int messageType, std::function<void(const std::string&)> handler) {

@@ -9,6 +9,7 @@
 
 #include "CommunicationHandler/CommunicationHandlerInterface.h"
 #include "logging/RequestContext.h"
+#include "transport/Backlog.h"
 #include "transport/TrafficObserver.h"
 
 namespace SettingsHost {
@@ -22,14 +23,11 @@ struct Refusal;
 /// reported to `valueChanged` and for which the handler sent no event go to every client as one notice.
 class MessageHub : public CommunicationHandler::CommunicationHandlerInterface {
 public:
-    /// A reply may be as large as everything that is stored. How much of replies over `maximumFrameSize` may wait for
-    /// all clients together; a single one always may. Beyond, the asker gets the refusal `busy`.
-    static constexpr std::size_t maximumLargeReplies = 64UL * 1024UL * 1024UL;
-
-    /// `context` is told which request is being handled.
+    /// `context` is told which request is being handled. A reply over `maximumFrameSize` for which `backlog` has no
+    /// room is not made; the asker gets the refusal `busy`.
     explicit MessageHub(std::shared_ptr<TrafficObserver> traffic,
                         std::shared_ptr<RequestContext> context = std::make_shared<RequestContext>(),
-                        std::size_t limitOfLargeReplies = maximumLargeReplies);
+                        std::shared_ptr<const Backlog> backlog = std::make_shared<Backlog>());
 
     void addClient(const std::shared_ptr<Client>& client);
     void removeClient(const std::shared_ptr<Client>& client, Departure departure);
@@ -47,6 +45,9 @@ public:
     /// The value of a setting changed where it lives.
     void valueChanged(const std::string& settingDBId);
 
+    /// How many events the handler has sent. It sends one for each value that it accepts.
+    unsigned long eventsSent() const { return sequence; }
+
     std::string sendMessage(int messageType, rapidjson::Document& payload) override;
     void sendResponse(const std::string& messageId, rapidjson::Document& payload) override;
     void registerMessageHandler(int messageType, std::function<void(const std::string&)> handler) override;
@@ -56,18 +57,15 @@ private:
     void sendNotice();
     void sendToAll(std::string frame);
     void sendTo(Client& client, std::string frame);
-    void sendReply(Client& client, std::string frame);
     void refuse(Client& client, const Refusal& reason);
 
     std::shared_ptr<TrafficObserver> traffic;
     std::shared_ptr<RequestContext> context;
+    std::shared_ptr<const Backlog> backlog;
     std::map<int, std::function<void(const std::string&)>> handlers;
     std::unordered_set<std::shared_ptr<Client>> clients;
     std::string messageIdPrefix;
     unsigned long sequence = 0;
-    std::size_t largeRepliesLimit;
-    /// Bytes of large replies that wait. Shared with them, because they may outlive the hub.
-    std::shared_ptr<std::size_t> largeReplies = std::make_shared<std::size_t>(0);
 
     // What is being done now.
     Origin currentOrigin = Origin::DEVICE;

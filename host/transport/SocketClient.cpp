@@ -14,82 +14,95 @@ namespace SettingsHost {
 
 namespace {
 
-/// A write on its way, with its share of the frame.
-struct Write {
-    uv_write_t request{};
-    std::shared_ptr<const std::string> frame;
-};
+/// As many frames as libuv writes with one call.
+constexpr std::size_t framesAtOnce = 16;
 
 uv_buf_t bufferOf(const std::string& text, std::size_t from) {
     return uv_buf_init(const_cast<char*>(text.data() + from),  // NOLINT(cppcoreguidelines-pro-type-const-cast)
                        static_cast<unsigned>(text.size() - from));
 }
 
-/// A frame and the end of its line, without the first `sent` bytes of the two.
-std::array<uv_buf_t, 2> restOf(const std::string& frame, std::size_t sent) {
-    static char lineEnd = '\n';
-    const std::size_t from = std::min(sent, frame.size());
-    return {bufferOf(frame, from), uv_buf_init(&lineEnd, sent > frame.size() ? 0 : 1)};
-}
-
 }  // namespace
 
 SocketClient::SocketClient(UnixSocketDoor& owningDoor, Origin origin)
-    : door(&owningDoor), clientOrigin(origin), framer(maximumFrameSize) {}
+    : door(&owningDoor), clientOrigin(origin), framer(maximumFrameSize), backlog(owningDoor.events.backlog, [this] {
+          reason = Departure::TOO_SLOW;
+          drop();
+      }) {}
 
 void SocketClient::send(const std::shared_ptr<const std::string>& frame) {
     if (finishing || outputEnded || !isOpen()) {
         return;
     }
-    if (uv_stream_get_write_queue_size(stream()) > maximumWaiting) {
+    if (backlog.unreadBehindFirst() > maximumWaiting) {
         reason = Departure::TOO_SLOW;
         drop();
         return;
     }
-    // What the kernel takes at once needs no queue, which costs more than the writing. Errors are for the queue.
-    const std::size_t taken = frame->size() <= maximumFrameSize ? writeAtOnce(door->lineOf(frame)) : 0;
-    if (taken <= frame->size()) {
-        queue(frame, taken);
+    if (backlog.empty()) {
+        // What the kernel takes at once needs no queue, which costs more than the writing. Errors are for the queue.
+        sentOfFirst = frame->size() <= maximumFrameSize ? writeAtOnce(door->lineOf(frame)) : 0;
+        if (sentOfFirst > frame->size()) {
+            return;
+        }
     }
+    backlog.push(frame);
+    writeOn();
 }
 
-/// Without libuv, which would use a slower call, and only while nothing waits there.
+/// Without libuv, which would use a slower call.
 std::size_t SocketClient::writeAtOnce(const std::string& line) {
     uv_os_fd_t descriptor = -1;
-    if (uv_stream_get_write_queue_size(stream()) > 0 || uv_fileno(generic(), &descriptor) != 0) {
+    if (uv_fileno(generic(), &descriptor) != 0) {
         return 0;
     }
     const ssize_t taken = ::send(descriptor, line.data(), line.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
     return static_cast<std::size_t>(std::max<ssize_t>(taken, 0));
 }
 
-void SocketClient::queue(const std::shared_ptr<const std::string>& frame, std::size_t sent) {
-    auto write = std::make_unique<Write>();
-    write->frame = frame;
-    write->request.data = write.get();
-    const auto rest = restOf(*frame, sent);
-    const int result = uv_write(&write->request, stream(), rest.data(), rest.size(), [](uv_write_t* done, int status) {
-        const std::unique_ptr<Write> finished(static_cast<Write*>(done->data));
+void SocketClient::writeOn() {
+    if (framesOnTheirWay > 0 || backlog.empty() || !isOpen()) {
+        return;
+    }
+    static char lineEnd = '\n';
+    std::array<uv_buf_t, 2 * framesAtOnce> parts;
+    framesOnTheirWay = std::min(framesAtOnce, backlog.count());
+    for (std::size_t place = 0; place < framesOnTheirWay; ++place) {
+        const std::string& frame = *backlog[place];
+        parts[2 * place] = bufferOf(frame, place == 0 ? sentOfFirst : 0);
+        parts[2 * place + 1] = uv_buf_init(&lineEnd, 1);
+    }
+    const auto count = static_cast<unsigned>(2 * framesOnTheirWay);
+    const int result = uv_write(&write, stream(), parts.data(), count, [](uv_write_t* done, int status) {
         if (status != UV_ECANCELED) {
-            ownerOf(done->handle).sent(status);
+            ownerOf(done->handle).written(status);
         }
     });
-    if (result == 0) {
-        write.release();  // NOLINT(bugprone-unused-return-value): libuv's until the callback
-    } else {
+    if (result != 0) {
         drop();
     }
 }
 
-void SocketClient::sent(int status) {
+void SocketClient::written(int status) {
+    if (!isOpen()) {
+        return;
+    }
+    for (; framesOnTheirWay > 0 && !backlog.empty(); --framesOnTheirWay) {
+        backlog.pop();
+    }
+    framesOnTheirWay = 0;
+    sentOfFirst = 0;
     if (status != 0) {
         // The client reads no more. What it asked for is still done.
         outputEnded = true;
-        if (finishing) {
-            closeHandle();
-            return;
-        }
+        backlog.clear();
+        countInput();
     }
+    if (finishing && backlog.empty()) {
+        shutDown();
+        return;
+    }
+    writeOn();
     if (waitsForReader && !isBehind()) {
         waitsForReader = false;
         pause();
@@ -107,8 +120,8 @@ void SocketClient::waitForReader() {
 }
 
 /// Does more wait for the client than it may leave unread while it asks on?
-bool SocketClient::isBehind() {
-    return !outputEnded && uv_stream_get_write_queue_size(stream()) > maximumUnread;
+bool SocketClient::isBehind() const {
+    return !outputEnded && backlog.unread() > maximumUnread;
 }
 
 void SocketClient::start() {
@@ -123,8 +136,9 @@ void SocketClient::readOn() {
     uv_read_start(
         stream(),
         [](uv_handle_t* handle, std::size_t, uv_buf_t* buffer) {
-            auto& bytes = ownerOf(handle).door->readBuffer->bytes;
-            *buffer = uv_buf_init(bytes.data(), static_cast<unsigned>(bytes.size()));
+            SocketClient& client = ownerOf(handle);
+            auto& bytes = client.door->readBuffer->bytes;
+            *buffer = uv_buf_init(bytes.data(), static_cast<unsigned>(std::min(bytes.size(), client.framer.room())));
         },
         [](uv_stream_t* handle, ssize_t count, const uv_buf_t* buffer) {
             ownerOf(handle).received(count, buffer->base);
@@ -149,8 +163,17 @@ void SocketClient::received(ssize_t count, const char* bytes) {
     takeFrames();
 }
 
+void SocketClient::countInput() {
+    backlog.setInput(isOpen() ? framer.memory() : 0);
+}
+
 void SocketClient::takeFrames() {
     const auto self = shared();
+    takeTurn(self);
+    countInput();
+}
+
+void SocketClient::takeTurn(const std::shared_ptr<SocketClient>& self) {
     waitsForReader = false;
     const auto end = std::chrono::steady_clock::now() + UnixSocketDoor::longestTurn;
     for (std::size_t taken = 0; taken < UnixSocketDoor::framesPerTurn; ++taken) {
@@ -192,6 +215,13 @@ void SocketClient::finish() {
     }
     finishing = true;
     pause();
+    if (backlog.empty()) {
+        shutDown();
+    }
+}
+
+/// Ends the output; the client reads what the kernel has of it.
+void SocketClient::shutDown() {
     auto request = std::make_unique<uv_shutdown_t>();
     const int result = uv_shutdown(request.get(), stream(), [](uv_shutdown_t* done, int) {
         const std::unique_ptr<uv_shutdown_t> finished(done);
@@ -206,6 +236,9 @@ void SocketClient::finish() {
 
 void SocketClient::drop() {
     closeHandle();
+    framesOnTheirWay = 0;
+    backlog.clear();
+    std::exchange(framer, LineFramer(maximumFrameSize));
 }
 
 void SocketClient::closed() {

@@ -37,11 +37,14 @@ public:
 private:
     /// Returns: how many bytes the kernel took.
     std::size_t writeAtOnce(const std::string& line);
-    /// Leaves what comes after the first `sent` bytes of a frame and its line end to libuv.
-    void queue(const std::shared_ptr<const std::string>& frame, std::size_t sent);
+    /// Leaves the next frames that wait to libuv, unless it has some.
+    void writeOn();
+    void written(int status);
+    void shutDown();
     void received(ssize_t count, const char* bytes);
-    void sent(int status);
-    bool isBehind();
+    void takeTurn(const std::shared_ptr<SocketClient>& self);
+    void countInput();
+    bool isBehind() const;
     void waitForReader();
     void readOn();
     void pause();
@@ -50,6 +53,12 @@ private:
     Origin clientOrigin;
     Departure reason = Departure::CLOSED;
     LineFramer framer;
+    ClientBacklog backlog;
+    /// What libuv writes: the first frames of the backlog, and nothing else that this client owns.
+    uv_write_t write{};
+    std::size_t framesOnTheirWay = 0;
+    /// How much of the first frame and its line end the kernel took before libuv was given the rest.
+    std::size_t sentOfFirst = 0;
     bool reading = false;
     bool inputEnded = false;
     bool outputEnded = false;

@@ -2,12 +2,14 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <utility>
 
 #include <arpa/inet.h>
 #include <netdb.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/socket.h>
 
 #include "transport/DoorError.h"
@@ -17,7 +19,9 @@ namespace SettingsHost {
 
 namespace {
 
-constexpr int connectionsThatMayWait = 128;
+/// Those who connect as fast as they can neither fill the kernel's queue, in which everybody waits, nor hold up who is
+/// connected already.
+constexpr std::chrono::microseconds longestTurn{300};
 
 struct Endpoint {
     sockaddr_storage storage{};
@@ -49,14 +53,28 @@ Descriptor listenAt(const std::string& address, std::uint16_t port) {
     Descriptor listening(::socket(endpoint.storage.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
     const int on = 1;
     // Lets a host that starts again have the port of the one before; never that of one which still listens.
-    const bool listens = listening.get() >= 0 &&
-                         ::setsockopt(listening.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on)) == 0 &&
-                         ::bind(listening.get(), endpoint.generic(), endpoint.size) == 0 &&
-                         ::listen(listening.get(), connectionsThatMayWait) == 0;
+    const bool listens =
+        listening.get() >= 0 && ::setsockopt(listening.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on)) == 0 &&
+        ::bind(listening.get(), endpoint.generic(), endpoint.size) == 0 && ::listen(listening.get(), SOMAXCONN) == 0;
     if (!listens) {
         throw DoorError("cannot listen at " + address + " port " + std::to_string(port) + ": " + std::strerror(errno));
     }
     return listening;
+}
+
+/// What makes the door quick and hard to block; it works without. Also for a socket that somebody else made.
+void tune(int listening) {
+    const int on = 1;
+    const int oneSecond = 1;
+    // Connections inherit it. Of two frames that go out one after the other, the second would wait until the first is
+    // acknowledged, and the other side takes its time with that.
+    ::setsockopt(listening, IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
+    // The other side speaks first. One that is silent stays with the kernel for a second; one that is not has something
+    // to be read when it is taken.
+    ::setsockopt(listening, IPPROTO_TCP, TCP_DEFER_ACCEPT, &oneSecond, sizeof(oneSecond));
+    // A short queue is full as soon as somebody hurries, and then everybody's connection waits a second for its next
+    // try.
+    ::listen(listening, SOMAXCONN);
 }
 
 }  // namespace
@@ -82,7 +100,8 @@ void TcpDoor::acceptFrom(Descriptor listening) {
     }
     boundAddress = host.data();
     boundPort = static_cast<std::uint16_t>(std::stoul(service.data()));
-    acceptor.emplace(std::move(listening));
+    tune(listening.get());
+    acceptor.emplace(std::move(listening), longestTurn);
 }
 
 void TcpDoor::start(EventLoop& loop, Acceptor::Taker taker, Acceptor::Refuser refuser) {

@@ -9,8 +9,9 @@
 
 namespace SettingsHost {
 
-/// A listening TCP socket that hands its connections on. One thread only. The event loop outlives it, and runs once
-/// more after `close`.
+/// A listening TCP socket that hands its connections on, which send without delay (TCP_NODELAY). It is made for
+/// protocols in which the other side speaks first: the kernel holds one that says nothing back for a second. One thread
+/// only. The event loop outlives it, and runs once more after `close`.
 class TcpDoor {
 public:
     /// Listens at `address`, numeric, version 4 or 6; port 0 means any free one. Connections wait until `start`.

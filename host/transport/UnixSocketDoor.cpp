@@ -26,11 +26,16 @@ private:
 };
 
 UnixSocketDoor::UnixSocketDoor(EventLoop& eventLoop, SocketPlace place, Origin originOfClients, DoorEvents doorEvents)
+    : UnixSocketDoor(eventLoop, std::make_unique<SocketFile>(std::move(place)), originOfClients,
+                     std::move(doorEvents)) {}
+
+UnixSocketDoor::UnixSocketDoor(EventLoop& eventLoop, std::unique_ptr<SocketFile> socket, Origin originOfClients,
+                               DoorEvents doorEvents)
     : loop(eventLoop),
       origin(originOfClients),
       events(std::move(doorEvents)),
-      file(std::move(place)),
-      acceptor(Descriptor(file.takeDescriptor())),
+      file(std::move(socket)),
+      acceptor(Descriptor(file->takeDescriptor())),
       readBuffer(std::make_unique<ReadBuffer>()) {
     turns = std::make_shared<Turns>(*this);
     uv_idle_init(loop.handle(), turns->get());
@@ -53,6 +58,7 @@ void UnixSocketDoor::accept(int descriptor) {
         ::close(descriptor);
         return;
     }
+    ::setsockopt(descriptor, SOL_SOCKET, SO_SNDBUF, &kernelBuffer, sizeof(kernelBuffer));
     auto client = std::make_shared<SocketClient>(*this, origin);
     uv_pipe_init(loop.handle(), client->get(), 0);
     client->opened(client);
@@ -116,7 +122,7 @@ void UnixSocketDoor::close() {
         return;
     }
     closing = true;
-    file.remove();
+    file->remove();
     acceptor.close();
     turns->closeHandle();
     waiting.clear();

@@ -33,14 +33,16 @@ public:
     /// others.
     static constexpr std::chrono::microseconds longestTurn{300};
 
-    /// Listens at `place`, see `SocketFile`, for clients of `origin`. Errors: `DoorError`.
+    /// Serves clients of `origin` that come to `socket`.
+    UnixSocketDoor(EventLoop& loop, std::unique_ptr<SocketFile> socket, Origin origin, DoorEvents events);
+    /// The same at `place`, see `SocketFile`. Errors: `DoorError`.
     UnixSocketDoor(EventLoop& loop, SocketPlace place, Origin origin, DoorEvents events);
     ~UnixSocketDoor();
 
     UnixSocketDoor(const UnixSocketDoor&) = delete;
     UnixSocketDoor& operator=(const UnixSocketDoor&) = delete;
 
-    const std::string& path() const { return file.path(); }
+    const std::string& path() const { return file->path(); }
 
     /// Takes no more clients and frames, and closes each connection when what waits for it is sent.
     void close();
@@ -68,7 +70,7 @@ private:
     EventLoop& loop;
     Origin origin;
     DoorEvents events;
-    SocketFile file;
+    std::unique_ptr<SocketFile> file;
     Acceptor acceptor;
     std::shared_ptr<Turns> turns;
     std::unordered_map<SocketClient*, std::shared_ptr<SocketClient>> clients;

@@ -1,7 +1,6 @@
 #include "web/HttpAnswer.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 #include <vector>
 
@@ -29,13 +28,27 @@ HttpAnswer plainAnswer(unsigned status, const std::string& text) {
     return answer;
 }
 
+HttpAnswer howToGetPages() {
+    HttpAnswer answer = plainAnswer(HTTP_STATUS_OK, R"(<!DOCTYPE html>
+<html lang="en">
+<meta charset="utf-8">
+<title>No settings pages</title>
+<h1>This host has no settings pages</h1>
+<p>It serves clients, but its pages were not installed, or not found. Build them with <code>scripts/build-pages</code> in
+the sources, then start the host with <code>settings-host --pages pages/dist</code>. The Debian package
+<code>settings-host</code> brings them with it.</p>)");
+    answer.contentType = "text/html; charset=utf-8";
+    return answer;
+}
+
 HttpExchange::HttpExchange(lws* connectionOfRequest, HttpAnswer answerToSend, bool withBody)
     : connection(connectionOfRequest), answer(std::move(answerToSend)), body(withBody) {}
 
 bool HttpExchange::begin() {
-    std::array<unsigned char, LWS_PRE + headSize> buffer{};
+    const std::size_t count = std::min(pieceSize, size());
+    std::vector<unsigned char> buffer(LWS_PRE + headSize + count);
     unsigned char* const start = buffer.data() + LWS_PRE;
-    unsigned char* const end = buffer.data() + buffer.size() - 1;
+    unsigned char* const end = start + headSize;
     unsigned char* place = start;
     if (lws_add_http_common_headers(connection, answer.status, answer.contentType.c_str(), answer.body->size(), &place,
                                     end) != 0) {
@@ -47,7 +60,14 @@ bool HttpExchange::begin() {
     if (answer.status == HTTP_STATUS_METHOD_NOT_ALLOWED && !addHeader(connection, "allow:", "GET, HEAD", &place, end)) {
         return false;
     }
-    return lws_finalize_write_http_header(connection, start, &place, end) == 0;
+    if (lws_finalize_http_header(connection, &place, end) != 0) {
+        return false;
+    }
+    // With one write, so that a short answer is one packet.
+    std::copy_n(answer.body->data(), count, place);
+    sent = count;
+    const int whole = static_cast<int>(place - start) + static_cast<int>(count);
+    return lws_write(connection, start, static_cast<std::size_t>(whole), LWS_WRITE_HTTP_HEADERS) >= whole;
 }
 
 bool HttpExchange::proceed() {

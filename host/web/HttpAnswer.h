@@ -19,12 +19,15 @@ struct HttpAnswer {
 /// An answer in plain words.
 HttpAnswer plainAnswer(unsigned status, const std::string& text);
 
+/// The page that stands in for the settings pages where there are none.
+HttpAnswer howToGetPages();
+
 /// An answer on its way to one connection, a piece at a time.
 class HttpExchange {
 public:
     HttpExchange(lws* connection, HttpAnswer answer, bool withBody);
 
-    /// Sends the head. Returns: false when the connection is lost.
+    /// Sends the head with the first piece of the body. Returns: false when the connection is lost.
     bool begin();
     /// Sends the next piece of the body when the connection takes it. Returns: false when the connection is lost.
     bool proceed();

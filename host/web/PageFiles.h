@@ -24,6 +24,7 @@ public:
     /// files are larger than `maximumSize` in all.
     explicit PageFiles(const std::string& folder);
 
+    bool isEmpty() const { return files.empty(); }
     /// The file at `path` of an address: "/assets/main.js"; "/" is index.html, "/device" is device.html. Null when
     /// there is none.
     const PageFile* find(const std::string& path) const;

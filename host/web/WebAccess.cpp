@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <regex>
 #include <system_error>
 #include <utility>
@@ -9,22 +10,11 @@
 
 #include <sys/random.h>
 
+#include "web/Hexadecimal.h"
+
 namespace SettingsHost {
 
 namespace {
-
-/// Takes as long for a wrong guess as for the right one.
-bool isSame(const std::string& left, const std::string& right) {
-    if (left.size() != right.size()) {
-        return false;
-    }
-    unsigned difference = 0;
-    for (std::size_t place = 0; place < left.size(); ++place) {
-        difference |=
-            static_cast<unsigned char>(left[place]) ^ static_cast<unsigned>(static_cast<unsigned char>(right[place]));
-    }
-    return difference == 0;
-}
 
 std::string lowerCase(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(), [](char character) {
@@ -55,13 +45,12 @@ std::string randomHex(std::size_t bytes) {
     if (::getrandom(random.data(), random.size(), 0) != static_cast<ssize_t>(random.size())) {
         throw std::system_error(errno, std::generic_category(), "cannot make a key");
     }
-    std::string text;
-    for (const unsigned byte : random) {
-        constexpr const char* digits = "0123456789abcdef";
-        text += digits[byte >> 4U];
-        text += digits[byte & 15U];
-    }
-    return text;
+    return hexadecimal(random.data(), random.size());
+}
+
+std::int64_t secondsSinceEpoch() {
+    return std::chrono::duration_cast<std::chrono::seconds>(std::chrono::system_clock::now().time_since_epoch())
+        .count();
 }
 
 bool isOrigin(const std::string& text) {
@@ -69,11 +58,13 @@ bool isOrigin(const std::string& text) {
     return std::regex_match(text, form);
 }
 
-WebAccess::WebAccess(const WebAddress& address, const std::string& allowedOrigin, std::string key, std::string cookie)
+WebAccess::WebAccess(const WebAddress& address, const std::string& allowedOrigin, std::string key, std::string secret,
+                     std::function<std::int64_t()> clockToAsk)
     : currentKey(std::move(key)),
       // Cookies do not tell ports apart: each host of the machine needs a name of its own.
       cookieName("settings-" + std::to_string(address.port)),
-      cookieValue(std::move(cookie)) {
+      signer(std::move(secret)),
+      clock(std::move(clockToAsk)) {
     const std::string port = ":" + std::to_string(address.port);
     const std::string name = address.text().substr(0, address.text().size() - port.size());
     hosts = {name + port, "localhost" + port};
@@ -95,7 +86,7 @@ bool WebAccess::isFromHere(const WebVisitor& visitor) const {
 }
 
 bool WebAccess::hasKey(const WebVisitor& visitor) const {
-    return visitor.key && isSame(*visitor.key, currentKey);
+    return visitor.key && isSameSecret(*visitor.key, currentKey);
 }
 
 bool WebAccess::isAdmitted(const WebVisitor& visitor) const {
@@ -103,11 +94,21 @@ bool WebAccess::isAdmitted(const WebVisitor& visitor) const {
         return true;
     }
     const auto values = cookieValues(visitor.cookies.value_or(""), cookieName);
-    return std::any_of(values.begin(), values.end(), [this](const auto& value) { return isSame(value, cookieValue); });
+    return std::any_of(values.begin(), values.end(),
+                       [this](const auto& value) { return signer.isValid(value, clock()); });
 }
 
 std::string WebAccess::cookieFor(const WebVisitor& visitor) const {
-    return hasKey(visitor) ? cookieName + "=" + cookieValue + "; Path=/; HttpOnly; SameSite=Strict" : "";
+    if (!hasKey(visitor)) {
+        return "";
+    }
+    return cookieName + "=" + signer.issue(clock()) +
+           "; Path=/; HttpOnly; SameSite=Strict; Max-Age=" + std::to_string(CookieSigner::lifetime.count());
+}
+
+void WebAccess::replace(std::string key, std::string secret) {
+    currentKey = std::move(key);
+    signer = CookieSigner(std::move(secret));
 }
 
 }  // namespace SettingsHost

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <optional>
 #include <set>
 #include <string>
 
+#include "web/CookieSigner.h"
 #include "web/WebAddress.h"
 
 namespace SettingsHost {
@@ -12,7 +15,10 @@ namespace SettingsHost {
 /// Errors: `std::system_error`.
 std::string randomHex(std::size_t bytes);
 
-/// What a request shows of itself; a member is empty when the header or argument is missing.
+/// Seconds since 1970 by the clock of the system.
+std::int64_t secondsSinceEpoch();
+
+/// What a request shows of itself; a member is missing when the header or argument is, and empty when that is.
 struct WebVisitor {
     std::optional<std::string> host;
     std::optional<std::string> origin;
@@ -24,9 +30,10 @@ struct WebVisitor {
 class WebAccess {
 public:
     /// `address` is where the port listens, with its real number. `allowedOrigin`, unless empty, is one more origin
-    /// whose pages may connect. `key` opens the door once, `cookie` again: it is what a browser is given that came with
-    /// the key.
-    WebAccess(const WebAddress& address, const std::string& allowedOrigin, std::string key, std::string cookie);
+    /// whose pages may connect. Who comes with `key` is given a cookie that is signed with `secret` and opens the door
+    /// for `CookieSigner::lifetime`. It is not renewed: after that the key has to be shown again.
+    WebAccess(const WebAddress& address, const std::string& allowedOrigin, std::string key, std::string secret,
+              std::function<std::int64_t()> clock = secondsSinceEpoch);
 
     /// Is it addressed to this port by a name of ours, and not sent by a foreign page? Keeps pages out whose name was
     /// made to resolve to the loopback address.
@@ -36,7 +43,8 @@ public:
     /// The value of the Set-Cookie header for a visitor that brought the key; empty for others.
     std::string cookieFor(const WebVisitor& visitor) const;
 
-    const std::string& key() const { return currentKey; }
+    /// From now on the old key and every cookie that it bought are worthless.
+    void replace(std::string key, std::string secret);
 
 private:
     bool hasKey(const WebVisitor& visitor) const;
@@ -45,7 +53,8 @@ private:
     std::set<std::string> origins;
     std::string currentKey;
     std::string cookieName;
-    std::string cookieValue;
+    CookieSigner signer;
+    std::function<std::int64_t()> clock;
 };
 
 /// Is `text` an origin as browsers write it: scheme, "://", host and at most a port?

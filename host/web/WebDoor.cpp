@@ -11,16 +11,18 @@
 #include <vector>
 
 #include <libwebsockets.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include "logging/HostLog.h"
 #include "transport/DoorError.h"
+#include "web/SecurityHeaders.h"
+#include "web/WebRequest.h"
 #include "web/WebSocketClient.h"
 
 namespace SettingsHost {
 
 namespace {
-
-constexpr std::size_t longestHeader = 4096;
 
 constexpr const char* settingsProtocol = "settings.v1";
 constexpr const char* deviceProtocol = "device.v1";
@@ -31,54 +33,6 @@ struct WebSocketRoute {
     const char* protocol;
 };
 constexpr std::array<WebSocketRoute, 2> routes{{{"/settings", settingsProtocol}, {"/device", deviceProtocol}}};
-
-/// Headers of every answer, the library's own refusals included.
-const lws_protocol_vhost_options* securityHeaders() {
-    static const std::array<std::pair<const char*, const char*>, 5> headers{{
-        {"content-security-policy:",
-         "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; connect-src 'self'; "
-         "base-uri 'none'; form-action 'none'; frame-ancestors 'none'"},
-        {"x-content-type-options:", "nosniff"},
-        {"referrer-policy:", "no-referrer"},
-        {"cross-origin-resource-policy:", "same-origin"},
-        {"cache-control:", "no-store"},
-    }};
-    static const auto list = [] {
-        std::array<lws_protocol_vhost_options, headers.size()> options{};
-        for (std::size_t place = 0; place < headers.size(); ++place) {
-            options[place].name = headers[place].first;
-            options[place].value = headers[place].second;
-            options[place].next = place + 1 < headers.size() ? &options[place + 1] : nullptr;
-        }
-        return options;
-    }();
-    return list.data();
-}
-
-std::optional<std::string> header(lws* connection, lws_token_indexes token) {
-    const int length = lws_hdr_total_length(connection, token);
-    if (length <= 0) {
-        return std::nullopt;
-    }
-    std::string text(static_cast<std::size_t>(length) + 1, '\0');
-    if (lws_hdr_copy(connection, text.data(), length + 1, token) < 0) {
-        return std::nullopt;
-    }
-    text.resize(static_cast<std::size_t>(length));
-    return text;
-}
-
-std::optional<std::string> argument(lws* connection, const char* nameAndSign) {
-    std::array<char, longestHeader> buffer{};
-    const char* const value =
-        lws_get_urlarg_by_name(connection, nameAndSign, buffer.data(), static_cast<int>(buffer.size()));
-    return value == nullptr ? std::nullopt : std::optional<std::string>(value);
-}
-
-WebVisitor visitorOf(lws* connection) {
-    return {header(connection, WSI_TOKEN_HOST), header(connection, WSI_TOKEN_ORIGIN), argument(connection, "key="),
-            header(connection, WSI_TOKEN_HTTP_COOKIE)};
-}
 
 /// The one that the library chooses of the subprotocols that a client offers: the first that is ours.
 std::string chosenProtocol(const std::string& offered) {
@@ -92,27 +46,6 @@ std::string chosenProtocol(const std::string& offered) {
         }
     }
     return "";
-}
-
-bool isRead(lws* connection) {
-    return lws_hdr_total_length(connection, WSI_TOKEN_GET_URI) > 0 ||
-           lws_hdr_total_length(connection, WSI_TOKEN_HEAD_URI) > 0;
-}
-
-/// Adds the headers that every answer has to the one that turns a connection into a WebSocket.
-bool addSecurityHeaders(lws* connection, lws_process_html_args& head) {
-    auto* place = reinterpret_cast<unsigned char*>(head.p);
-    unsigned char* const end = place + head.max_len;
-    for (const auto* entry = securityHeaders(); entry != nullptr; entry = entry->next) {
-        const std::string value = entry->value;
-        if (lws_add_http_header_by_name(connection, reinterpret_cast<const unsigned char*>(entry->name),
-                                        reinterpret_cast<const unsigned char*>(value.data()),
-                                        static_cast<int>(value.size()), &place, end) != 0) {
-            return false;
-        }
-    }
-    head.p = reinterpret_cast<char*>(place);
-    return true;
 }
 
 /// Anybody on this machine can make the library complain, so that it does so in a whisper.
@@ -137,7 +70,7 @@ public:
     static int webSocket(lws* connection, lws_callback_reasons reason, void* /*user*/, void* in, std::size_t size) {
         return guarded([&] {
             if (reason == LWS_CALLBACK_ADD_HEADERS) {
-                return addSecurityHeaders(connection, *static_cast<lws_process_html_args*>(in)) ? 0 : 1;
+                return addSecurityHeaders(connection, in) ? 0 : 1;
             }
             return webSocketEvent(connection, reason, origin, static_cast<const char*>(in), size);
         });
@@ -154,20 +87,28 @@ private:
         }
     }
 
-    static WebDoor& doorOf(lws* connection) {
-        return *static_cast<WebDoor*>(lws_context_user(lws_get_context(connection)));
+    /// Null when it is gone already: connections are let go of in the next turn of the loop.
+    static WebDoor* doorOf(lws* connection) {
+        return static_cast<Self*>(lws_context_user(lws_get_context(connection)))->door;
     }
 
     static int httpEvent(lws* connection, lws_callback_reasons reason, void* user, void* in, std::size_t size) {
+        WebDoor* const door = doorOf(connection);
+        if (door == nullptr) {
+            return 0;
+        }
         switch (reason) {
             case LWS_CALLBACK_HTTP:
-                return doorOf(connection).serveRequest(connection, static_cast<const char*>(in)) ? 0 : -1;
+                return door->serveRequest(connection, static_cast<const char*>(in)) ? 0 : -1;
             case LWS_CALLBACK_HTTP_WRITEABLE:
-                return doorOf(connection).continueAnswer(connection) ? 0 : -1;
+                return door->continueAnswer(connection) ? 0 : -1;
             case LWS_CALLBACK_HTTP_CONFIRM_UPGRADE:
-                return doorOf(connection).admitWebSocket(connection) ? 0 : 1;
+                return door->admitWebSocket(connection) ? 0 : 1;
             case LWS_CALLBACK_CLOSED_HTTP:
-                doorOf(connection).exchanges.erase(connection);
+                door->exchanges.erase(connection);
+                return 0;
+            case LWS_CALLBACK_WSI_DESTROY:
+                door->connections.left(connection);
                 return 0;
             case LWS_CALLBACK_FILTER_PROTOCOL_CONNECTION:
                 // WebSockets have protocols of their own.
@@ -179,18 +120,16 @@ private:
 
     static int webSocketEvent(lws* connection, lws_callback_reasons reason, Origin origin, const char* in,
                               std::size_t size) {
+        WebDoor* const door = doorOf(connection);
+        if (door == nullptr) {
+            return 0;
+        }
         if (reason == LWS_CALLBACK_ESTABLISHED) {
-            doorOf(connection).open(connection, origin);
+            door->open(connection, origin);
             return 0;
         }
-        if (reason != LWS_CALLBACK_RECEIVE && reason != LWS_CALLBACK_SERVER_WRITEABLE && reason != LWS_CALLBACK_TIMER &&
-            reason != LWS_CALLBACK_CLOSED) {
-            // Some come when the door is gone already.
-            return 0;
-        }
-        const auto& clients = doorOf(connection).clients;
-        const auto entry = clients.find(connection);
-        if (entry == clients.end()) {
+        const auto entry = door->clients.find(connection);
+        if (entry == door->clients.end()) {
             return 0;
         }
         const std::shared_ptr<WebSocketClient> client = entry->second;
@@ -201,8 +140,13 @@ private:
                 return client->writable() ? 0 : -1;
             case LWS_CALLBACK_TIMER:
                 return client->timerExpired() ? 0 : -1;
+            case LWS_CALLBACK_WS_PEER_INITIATED_CLOSE:
+                client->peerCloses();
+                return 0;
+            case LWS_CALLBACK_CLOSED:
+                door->remove(connection);
+                return 0;
             default:
-                doorOf(connection).remove(connection);
                 return 0;
         }
     }
@@ -214,7 +158,11 @@ WebDoor::WebDoor(EventLoop& eventLoop, std::unique_ptr<TcpDoor> itsListener, Web
       listener(std::move(itsListener)),
       site(std::move(itsSite)),
       settingsEvents(std::move(eventsOfSettings)),
-      deviceEvents(std::move(eventsOfDevice)) {
+      deviceEvents(std::move(eventsOfDevice)),
+      crowd(loop, [](std::size_t count) {
+          logHost(VessaLogger::WARNING,
+                  "web: connections without key or cookie closed to make room for others: " + std::to_string(count));
+      }) {
     createContext();
     listener->start(
         loop, [this](int descriptor) { adopt(descriptor); },
@@ -224,6 +172,7 @@ WebDoor::WebDoor(EventLoop& eventLoop, std::unique_ptr<TcpDoor> itsListener, Web
 WebDoor::~WebDoor() {
     close();
     closeNow();
+    self->door = nullptr;
 }
 
 void WebDoor::createContext() {
@@ -244,14 +193,15 @@ void WebDoor::createContext() {
     info.headers = securityHeaders();
     info.options = LWS_SERVER_OPTION_LIBUV | LWS_SERVER_OPTION_EXPLICIT_VHOSTS;
     info.foreign_loops = &foreignLoop;
-    info.user = this;
+    info.user = self.get();
     info.server_string = "settings-host";
     info.retry_and_idle_policy = liveness.get();
     info.timeout_secs = site.secondsOfPatience;
     info.timeout_secs_ah_idle = site.secondsOfPatience;
     info.keepalive_timeout = site.secondsOfPatience;
-    info.max_http_header_data2 = longestHeader;
-    info.fd_limit_per_thread = maximumClients;
+    info.max_http_header_data2 = longestWebRequest;
+    // The door counts itself. The library counts connections that are on their way out, and a descriptor of its own.
+    info.fd_limit_per_thread = 2 * maximumClients;
     context = lws_create_context(&info);
     vhost = context == nullptr ? nullptr : lws_create_vhost(context, &info);
     if (vhost == nullptr) {
@@ -260,27 +210,90 @@ void WebDoor::createContext() {
 }
 
 void WebDoor::adopt(int descriptor) {
-    // Closes the descriptor when there is no room for one more.
-    if (lws_adopt_socket_vhost(vhost, descriptor) == nullptr) {
+    ::setsockopt(descriptor, SOL_SOCKET, SO_SNDBUF, &kernelBuffer, sizeof(kernelBuffer));
+    makeRoom();
+    if (!connections.haveRoom()) {
+        ::close(descriptor);
         settingsEvents.turnedAway(Origin::PAGE);
+        return;
+    }
+    // Closes the descriptor when it fails.
+    lws* const connection = lws_adopt_socket_vhost(vhost, descriptor);
+    if (connection == nullptr) {
+        settingsEvents.turnedAway(Origin::PAGE);
+        return;
+    }
+    connections.arrived(connection);
+}
+
+/// The oldest strangers go, each after what it has sent was read: a page that has just sent its key stays.
+void WebDoor::makeRoom() {
+    bool wasRead = false;
+    while (!connections.haveRoom() && connections.oldestStranger() != nullptr) {
+        lws* const oldest = connections.oldestStranger();
+        wasRead = readWhatCame(oldest) || wasRead;
+        if (connections.isStranger(oldest)) {
+            connections.left(oldest);
+            drop(oldest);
+            settingsEvents.turnedAway(Origin::PAGE);
+            crowd.strangerHadToGo();
+        }
+    }
+    if (wasRead) {
+        // What came behind a request waits for the library's own turn.
+        lws_cancel_service(context);
     }
 }
 
-HttpAnswer WebDoor::answerFor(lws* connection, const std::string& path) const {
+/// Has the library read what a stranger sent, no more than a request may be long. Returns: whether there was something.
+bool WebDoor::readWhatCame(lws* connection) {
+    const auto descriptor = lws_get_socket_fd(connection);
+    const auto somethingCame = [&] {
+        char first = '\0';
+        return ::recv(descriptor, &first, 1, MSG_PEEK | MSG_DONTWAIT) == 1;
+    };
+    // It reads up to 4 KiB at a time.
+    int reads = 0;
+    for (; reads < 2 && connections.isStranger(connection) && somethingCame(); ++reads) {
+        lws_pollfd readable{descriptor, LWS_POLLIN, LWS_POLLIN};
+        lws_service_fd(context, &readable);
+    }
+    return reads > 0;
+}
+
+/// Closes a connection that is not a WebSocket.
+void WebDoor::drop(lws* connection) {
+    if (lws_partial_buffered(connection) != 0) {
+        // The library would wait for seconds until the rest of an answer is read.
+        ::shutdown(lws_get_socket_fd(connection), SHUT_RDWR);
+    }
+    lws_set_timeout(connection, PENDING_TIMEOUT_USER_REASON_BASE, LWS_TO_KILL_SYNC);
+}
+
+HttpAnswer WebDoor::answerFor(lws* connection, const std::string& path) {
     const WebVisitor visitor = visitorOf(connection);
     if (!site.access.isFromHere(visitor)) {
         return plainAnswer(HTTP_STATUS_FORBIDDEN, "This address or page may not ask this host.");
+    }
+    const bool isAdmitted = site.access.isAdmitted(visitor);
+    if (isAdmitted) {
+        connections.admitted(connection);
     }
     const auto endpoint = site.endpoints.find(path);
     if (endpoint != site.endpoints.end() && isRead(connection)) {
         return endpoint->second();
     }
-    if (!site.access.isAdmitted(visitor)) {
+    if (!isAdmitted) {
         return plainAnswer(HTTP_STATUS_FORBIDDEN,
                            "The key is missing or old. \"settingsctl page\" prints the address.");
     }
     if (!isRead(connection)) {
         return plainAnswer(HTTP_STATUS_METHOD_NOT_ALLOWED, "Pages can be read only.");
+    }
+    if (site.pages.isEmpty() && (path == "/" || path == "/device")) {
+        HttpAnswer answer = howToGetPages();
+        answer.cookie = site.access.cookieFor(visitor);
+        return answer;
     }
     const PageFile* const file = site.pages.find(path);
     if (file == nullptr) {
@@ -294,7 +307,7 @@ HttpAnswer WebDoor::answerFor(lws* connection, const std::string& path) const {
 }
 
 bool WebDoor::serveRequest(lws* connection, const std::string& path) {
-    const bool withBody = lws_hdr_total_length(connection, WSI_TOKEN_HEAD_URI) <= 0;
+    const bool withBody = !isHead(connection);
     exchanges.erase(connection);
     auto& exchange =
         exchanges.emplace(connection, HttpExchange(connection, answerFor(connection, path), withBody)).first->second;
@@ -303,7 +316,6 @@ bool WebDoor::serveRequest(lws* connection, const std::string& path) {
     }
     if (!isRead(connection)) {
         // The library would take the rest of the request first, which may never come.
-        exchange.proceed();
         return false;
     }
     if (exchange.isDone()) {
@@ -331,12 +343,13 @@ bool WebDoor::continueAnswer(lws* connection) {
 
 bool WebDoor::admitWebSocket(lws* connection) {
     const WebVisitor visitor = visitorOf(connection);
-    const std::string path = header(connection, WSI_TOKEN_GET_URI).value_or("");
-    const std::string protocols = header(connection, WSI_TOKEN_PROTOCOL).value_or("");
+    const std::string path = requestedPath(connection);
+    const std::string protocols = offeredProtocols(connection);
     HttpAnswer refusal;
     if (closing || !site.access.isFromHere(visitor) || !site.access.isAdmitted(visitor)) {
         refusal = plainAnswer(HTTP_STATUS_FORBIDDEN, "The key is missing or old, or this page may not connect.");
     } else {
+        connections.admitted(connection);
         for (const auto& route : routes) {
             if (path == route.path && chosenProtocol(protocols) == route.protocol) {
                 return true;
@@ -346,8 +359,7 @@ bool WebDoor::admitWebSocket(lws* connection) {
             plainAnswer(HTTP_STATUS_BAD_REQUEST,
                         "WebSockets are at /settings with subprotocol settings.v1 and at /device with device.v1.");
     }
-    HttpExchange exchange(connection, refusal, true);
-    exchange.begin() && exchange.proceed();
+    HttpExchange(connection, refusal, true).begin();
     return false;
 }
 
@@ -365,9 +377,9 @@ void WebDoor::remove(lws* connection) {
     client->left();
     if (closing && clients.empty()) {
         // Not from inside the library's own call.
-        loop.later([this, self = std::weak_ptr<int>(alive)] {
-            if (!self.expired()) {
-                closeNow();
+        loop.later([itself = self] {
+            if (itself->door != nullptr) {
+                itself->door->closeNow();
             }
         });
     }
@@ -392,7 +404,18 @@ void WebDoor::closeNow() {
         lws_context* const ending = std::exchange(context, nullptr);
         lws_context_destroy(ending);
         // On a loop of somebody else's, the library leaves the last step until all its handles are gone.
-        loop.atEnd([ending] { lws_context_destroy(ending); });
+        loop.atEnd([ending, user = self] { lws_context_destroy(ending); });
+    }
+}
+
+void WebDoor::replaceKey(const std::string& key, const std::string& secret) {
+    site.access.replace(key, secret);
+    connections.forgetGuests([this](lws* guest) { return clients.count(guest) != 0; });
+    for (const auto& entry : clients) {
+        entry.second->lockOut();
+    }
+    if (context != nullptr) {
+        lws_cancel_service(context);
     }
 }
 

@@ -10,9 +10,11 @@
 #include "transport/DoorEvents.h"
 #include "transport/EventLoop.h"
 #include "transport/TcpDoor.h"
+#include "web/CrowdReport.h"
 #include "web/HttpAnswer.h"
 #include "web/PageFiles.h"
 #include "web/WebAccess.h"
+#include "web/WebConnections.h"
 
 struct lws;
 struct lws_context;
@@ -40,8 +42,9 @@ struct WebSite {
 /// - `/device`, subprotocol `device.v1`: what the device socket speaks, for clients of origin DEVICE.
 ///
 /// The limits of DoorEvents.h hold. A message over the frame limit closes its connection with 1009, a binary one with
-/// 1003. Of connections of any kind `maximumClients` are served at a time; more
-/// are closed as they arrive.
+/// 1003. Of connections of any kind `maximumClients` are served at a time, of them `WebConnections::maximumStrangers`
+/// that have shown neither key nor cookie. For a new one the oldest of those is closed, after what it has sent was
+/// read; when there is none, the new one.
 ///
 /// One thread only. The event loop outlives it, and runs once more after `closeNow`.
 class WebDoor {
@@ -59,16 +62,27 @@ public:
     /// Closes the connections that are left at once.
     void closeNow();
 
+    /// From now on `key` and cookies signed with `secret` open the door. WebSockets that came with what did so before
+    /// are closed with 4401.
+    void replaceKey(const std::string& key, const std::string& secret);
+
 private:
     class Callbacks;
+    /// What the library and what was put off know of the door, as long as there is one.
+    struct Self {
+        WebDoor* door;
+    };
 
     void createContext();
     void adopt(int descriptor);
+    void makeRoom();
+    bool readWhatCame(lws* connection);
+    static void drop(lws* connection);
     bool serveRequest(lws* connection, const std::string& path);
     bool continueAnswer(lws* connection);
     /// Returns: true when the connection may become a WebSocket; otherwise it was answered.
     bool admitWebSocket(lws* connection);
-    HttpAnswer answerFor(lws* connection, const std::string& path) const;
+    HttpAnswer answerFor(lws* connection, const std::string& path);
     void open(lws* connection, Origin origin);
     void remove(lws* connection);
 
@@ -82,9 +96,10 @@ private:
     std::unique_ptr<lws_retry_bo> liveness;
     std::unordered_map<lws*, HttpExchange> exchanges;
     std::unordered_map<lws*, std::shared_ptr<WebSocketClient>> clients;
+    WebConnections connections;
+    CrowdReport crowd;
     bool closing = false;
-    /// Tells what was put off whether the door is still there.
-    std::shared_ptr<int> alive = std::make_shared<int>();
+    std::shared_ptr<Self> self = std::make_shared<Self>(Self{this});
 };
 
 }  // namespace SettingsHost

@@ -10,37 +10,49 @@
 
 namespace SettingsHost {
 
+namespace {
+
+/// Of the statuses that applications may define.
+constexpr unsigned short closeStatusKeyReplaced = 4401;
+
+/// The library keeps a copy of what a connection does not take at once, so it is given a part of a frame at a time.
+constexpr std::size_t largestPart = 16384;
+
+}  // namespace
+
 WebSocketClient::WebSocketClient(lws* itsConnection, Origin origin, const DoorEvents& doorEvents)
-    : connection(itsConnection), clientOrigin(origin), events(doorEvents) {}
+    : connection(itsConnection),
+      clientOrigin(origin),
+      events(doorEvents),
+      waiting(doorEvents.backlog, [this] { drop(Departure::TOO_SLOW); }) {}
 
 void WebSocketClient::send(const std::shared_ptr<const std::string>& frame) {
     if (gone || finishing) {
         return;
     }
-    if (waitingBytes > maximumWaiting) {
+    if (waiting.unreadBehindFirst() > maximumWaiting) {
         drop(Departure::TOO_SLOW);
         return;
     }
-    waiting.push_back(frame);
-    waitingBytes += frame->size();
-    if (!mayWriteAtOnce()) {
+    if (!mayWriteAtOnce(*frame)) {
+        waiting.push(frame);
         lws_callback_on_writable(connection);
-    } else if (!writePart()) {
+    } else if (!write(*frame, 0, frame->size())) {
         drop(Departure::CLOSED);
     }
 }
 
 /// What the kernel takes at once needs no round of the event loop. The library keeps what the kernel does not take, and
 /// answers to pings, which go before the answers to what came after them.
-bool WebSocketClient::mayWriteAtOnce() const {
-    return !answering && waiting.size() == 1 && waitingBytes <= maximumFrameSize &&
-           lws_partial_buffered(connection) == 0;
+bool WebSocketClient::mayWriteAtOnce(const std::string& frame) const {
+    return !answering && waiting.empty() && frame.size() <= largestPart && lws_partial_buffered(connection) == 0;
 }
 
 void WebSocketClient::drop(Departure why) {
     gone = true;
     departure = why;
     waiting.clear();
+    std::exchange(message, {});
     lws_set_timeout(connection, PENDING_TIMEOUT_USER_REASON_BASE, LWS_TO_KILL_ASYNC);
     // Outside its own calls the library would look at the time only when something comes in at one of its connections.
     lws_cancel_service(lws_get_context(connection));
@@ -62,9 +74,11 @@ bool WebSocketClient::received(const char* bytes, std::size_t size) {
     }
     message.append(bytes, size);
     if (lws_is_final_fragment(connection) == 0 || lws_remaining_packet_payload(connection) != 0) {
+        waiting.setInput(message.capacity());
         return true;
     }
     const std::string frame = std::exchange(message, {});
+    waiting.setInput(0);
     answering = true;
     events.frame(shared_from_this(), frame);
     answering = false;
@@ -86,7 +100,7 @@ bool WebSocketClient::writable() {
         }
         return true;
     }
-    if (!writePart()) {
+    if (!writeTurn()) {
         return false;
     }
     if (paused) {
@@ -103,31 +117,55 @@ bool WebSocketClient::writable() {
     return true;
 }
 
-/// The library keeps a copy of what a connection does not take at once, so it is given a part at a time.
-bool WebSocketClient::writePart() {
-    const auto frame = waiting.front();
-    const std::size_t size = std::min(maximumFrameSize, frame->size() - written);
-    const bool first = written == 0;
-    const bool last = written + size == frame->size();
-    std::vector<unsigned char> buffer(LWS_PRE + size);
-    std::copy_n(frame->begin() + static_cast<std::ptrdiff_t>(written), size, buffer.begin() + LWS_PRE);
+/// A turn's frames go out together as far as the connection takes them, at most as much as one frame may be long.
+bool WebSocketClient::writeTurn() {
+    std::size_t sent = 0;
+    do {
+        const std::size_t size = std::min(largestPart, waiting[0]->size() - written);
+        if (!writePart(size)) {
+            return false;
+        }
+        sent += size;
+    } while (!waiting.empty() && sent < maximumFrameSize && lws_partial_buffered(connection) == 0);
+    return true;
+}
+
+bool WebSocketClient::writePart(std::size_t size) {
+    const auto frame = waiting[0];
+    const std::size_t from = written;
     written += size;
-    waitingBytes -= size;
-    if (last) {
-        waiting.pop_front();
+    if (written == frame->size()) {
+        waiting.pop();
         written = 0;
     }
-    const int protocol = lws_write_ws_flags(LWS_WRITE_TEXT, first ? 1 : 0, last ? 1 : 0);
+    return write(*frame, from, size);
+}
+
+bool WebSocketClient::write(const std::string& frame, std::size_t from, std::size_t size) {
+    std::vector<unsigned char> buffer(LWS_PRE + size);
+    std::copy_n(frame.begin() + static_cast<std::ptrdiff_t>(from), size, buffer.begin() + LWS_PRE);
+    const int protocol = lws_write_ws_flags(LWS_WRITE_TEXT, from == 0 ? 1 : 0, from + size == frame.size() ? 1 : 0);
     return lws_write(connection, buffer.data() + LWS_PRE, size, static_cast<lws_write_protocol>(protocol)) >= 0;
 }
 
 bool WebSocketClient::timerExpired() {
-    return close(LWS_CLOSE_STATUS_GOINGAWAY, "the host stops");
+    return lockedOut ? close(closeStatusKeyReplaced, "the key was replaced")
+                     : close(LWS_CLOSE_STATUS_GOINGAWAY, "the host stops");
 }
 
 void WebSocketClient::finish() {
     finishing = true;
     lws_callback_on_writable(connection);
+}
+
+void WebSocketClient::lockOut() {
+    if (gone) {
+        return;
+    }
+    finishing = true;
+    lockedOut = true;
+    waiting.clear();
+    lws_set_timer_usecs(connection, 1);
 }
 
 bool WebSocketClient::close(unsigned short status, const char* reason) {

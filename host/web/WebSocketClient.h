@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <deque>
 #include <memory>
 #include <string>
 
@@ -30,28 +29,35 @@ public:
     bool timerExpired();
     void left();
 
+    /// The other side takes leave: what it sends after that is no frame.
+    void peerCloses() { gone = true; }
+
     /// Closes when everything that waits is sent.
     void finish();
+    /// Closes at once, because what it came with is worthless now.
+    void lockOut();
 
 private:
     bool close(unsigned short status, const char* reason);
-    bool mayWriteAtOnce() const;
-    bool writePart();
-    bool isBehind() const { return waitingBytes > maximumUnread; }
+    bool mayWriteAtOnce(const std::string& frame) const;
+    bool writePart(std::size_t size);
+    bool writeTurn();
+    bool write(const std::string& frame, std::size_t from, std::size_t size);
+    bool isBehind() const { return waiting.unread() > maximumUnread; }
     void drop(Departure why);
 
     lws* connection;
     Origin clientOrigin;
     const DoorEvents& events;
     std::string message;
-    std::deque<std::shared_ptr<const std::string>> waiting;
-    std::size_t waitingBytes = 0;
+    ClientBacklog waiting;
     /// How much of the first of them is on its way.
     std::size_t written = 0;
     /// Is it being told what it asked for?
     bool answering = false;
     bool paused = false;
     bool finishing = false;
+    bool lockedOut = false;
     bool gone = false;
     Departure departure = Departure::CLOSED;
 };

@@ -10,6 +10,13 @@
 /// - Texts are parsed iteratively with `Utils::jsonParseFlags`: the language is exactly that of the library's
 ///   default flags, and no depth of nesting can exhaust the stack.
 /// - A document takes memory from the heap in chunks that fit a message; the library's own size is 64 KiB.
+///
+/// The library's own headers must not come first: two configurations in one program are undefined behaviour that
+/// nothing reports. Whoever knows that theirs is this one defines `SETTINGS_HANDLER_RAPIDJSON_IS_CONFIGURED`.
+
+#if defined(RAPIDJSON_MAJOR_VERSION) && !defined(SETTINGS_HANDLER_RAPIDJSON_IS_CONFIGURED)
+#error "RapidJSON was included before Utils/Rapidjson.h, which configures it. Include Utils/Rapidjson.h first."
+#endif
 
 #include <cstddef>
 #include <cstdio>

@@ -1,5 +1,5 @@
 import type { Page } from 'playwright-core';
-import { afterAll, beforeAll, expect, test } from 'vitest';
+import { afterAll, beforeAll, test } from 'vitest';
 
 import { expectAccessible } from './accessibility';
 import { Host } from './host';
@@ -41,7 +41,7 @@ test.each(languages)(
         await host.control('set', 'orliaLocale', JSON.stringify([locale, 'it-IT']));
         const forward = code === 'ar' ? 'ArrowLeft' : 'ArrowRight';
         await visitSettings(host, async (page) => {
-            expect(await page.locator('html').getAttribute('lang')).toBe(code);
+            await page.locator(`html[lang="${code}"]`).waitFor();
             for (const section of sectionIds) {
                 await enterSection(page, section, forward);
                 await expectAccessible(page, `${section} in ${code}`);

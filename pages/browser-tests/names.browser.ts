@@ -59,8 +59,10 @@ const sections: Record<SectionId, string[]> = {
         'heading Language and region',
         'group Assistant languages',
         'heading Assistant languages',
+        'group American English, Primary',
         'button Move American English down',
         'button Remove American English',
+        'group French (France)',
         'button Move French (France) up',
         'button Remove French (France)',
         'status',
@@ -121,8 +123,10 @@ test('every section says what everything is, and what may speak by itself is the
     await visitSettings(host, async (page) => {
         for (const section of sectionIds) {
             await enterSection(page, section);
-            expect(await spoken(page), section).toEqual(['alert', ...menu, ...sections[section], 'status']);
-            expect(await page.title()).toBe(`${await page.locator('main h2').innerText()} · Settings`);
+            await expect
+                .poll(() => spoken(page), { message: section })
+                .toEqual(['alert', ...menu, ...sections[section], 'status']);
+            await expect.poll(() => page.title()).toBe(`${await page.locator('main h2').innerText()} · Settings`);
         }
     });
 });

@@ -37,6 +37,7 @@ test.each([
         async (page) => {
             for (const section of sectionIds) {
                 await enterSection(page, section);
+                await page.locator('main', { hasNotText: 'Not known' }).waitFor();
                 await expectLooksAsStored(page, `${section}-${size}`);
             }
         },

@@ -63,7 +63,7 @@ export async function focus(page: Page): Promise<{ readonly row: string; readonl
 }
 
 export async function expectFocus(page: Page, wanted: string): Promise<void> {
-    await expect.poll(async () => (await focus(page)).row, { timeout: 15_000, interval: 20 }).toBe(wanted);
+    await expect.poll(async () => (await focus(page)).row, { interval: 20 }).toBe(wanted);
 }
 
 /** Goes to a section's place in the menu, from wherever the focus is, by keys alone. */
@@ -71,16 +71,30 @@ export async function goToMenu(page: Page, section: SectionId): Promise<void> {
     if ((await page.locator('nav :focus').count()) === 0) {
         await press(page, 'Escape');
     }
-    const here = sectionIds.findIndex((id) => new URL(page.url()).hash === `#${id}`);
-    const steps = sectionIds.indexOf(section) - Math.max(here, 0);
-    await press(page, ...Array<string>(Math.abs(steps)).fill(steps < 0 ? 'ArrowUp' : 'ArrowDown'));
+    const places = await page.locator('nav button').evaluateAll((items) =>
+        items.map((item) => {
+            const { left, top } = item.getBoundingClientRect();
+            return { left, top };
+        }),
+    );
+    // On a narrow screen the menu has several lines.
+    const start = places[sectionIds.indexOf((await focus(page)).row as SectionId)];
+    const goal = places[sectionIds.indexOf(section)];
+    const lines = [...new Set(places.map(({ top }) => top))];
+    const down = lines.indexOf(goal?.top ?? 0) - lines.indexOf(start?.top ?? 0);
+    await press(page, ...Array<string>(Math.abs(down)).fill(down < 0 ? 'ArrowUp' : 'ArrowDown'));
+    const here = sectionIds.indexOf((await focus(page)).row as SectionId);
+    const along = sectionIds.indexOf(section) - here;
+    const forward = (await page.evaluate(() => document.documentElement.dir)) === 'rtl' ? -along : along;
+    await press(page, ...Array<string>(Math.abs(forward)).fill(forward < 0 ? 'ArrowLeft' : 'ArrowRight'));
     await expectFocus(page, section);
 }
 
 /** Goes into a section, from wherever the focus is, by keys alone. */
 export async function enterSection(page: Page, section: SectionId, forward = 'ArrowRight'): Promise<void> {
     await goToMenu(page, section);
-    await press(page, forward);
+    const isNarrow = (page.viewportSize()?.width ?? 0) < 700;
+    await press(page, isNarrow ? 'Enter' : forward);
     await page.locator('main :focus').waitFor();
 }
 

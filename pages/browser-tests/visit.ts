@@ -1,6 +1,7 @@
 import { chromium, type Browser, type BrowserContext, type Page } from 'playwright-core';
 import { expect, inject } from 'vitest';
 
+import { shownFor } from '../src/state/store';
 import type { Host } from './host';
 
 export const wide = { width: 1920, height: 1080 };
@@ -16,6 +17,8 @@ export interface VisitOptions {
     readonly hasTouch?: boolean;
     /** Text that may appear in the console, because the test breaks something on purpose. */
     readonly expected?: RegExp;
+    /** Whether messages that go after a while stay, so that a slow machine sees them, too. */
+    readonly messagesStay?: boolean;
     /** What to do before the page is opened. */
     readonly prepare?: (page: Page) => Promise<unknown>;
 }
@@ -31,7 +34,14 @@ function browser(): Promise<Browser> {
 export async function visit(
     host: Host,
     use: (page: Page, context: BrowserContext) => Promise<void>,
-    { path = '/', viewport = small, hasTouch = false, expected = /^$/, prepare }: VisitOptions = {},
+    {
+        path = '/',
+        viewport = small,
+        hasTouch = false,
+        expected = /^$/,
+        messagesStay = true,
+        prepare,
+    }: VisitOptions = {},
 ): Promise<void> {
     const context = await (
         await browser()
@@ -70,8 +80,15 @@ export async function visit(
                 report?.(`${violation.violatedDirective} refused ${violation.blockedURI}`);
             });
         });
+        if (messagesStay) {
+            await context.addInitScript((pause) => {
+                const start = window.setTimeout.bind(window);
+                window.setTimeout = ((act: () => void, delay?: number) =>
+                    delay === pause ? 0 : start(act, delay)) as typeof setTimeout;
+            }, shownFor);
+        }
         const page = await context.newPage();
-        page.setDefaultTimeout(15_000);
+        page.setDefaultTimeout(60_000);
         await prepare?.(page);
         await page.goto(host.page(path));
         await use(page, context);

@@ -8,9 +8,9 @@ export default defineConfig({
         include: [`browser-tests/**/*.${kind}.ts`],
         globalSetup: 'browser-tests/chromium.ts',
         // Long enough for the slowest machine: what must be quick says so itself.
-        testTimeout: 90_000,
-        hookTimeout: 90_000,
-        expect: { poll: { timeout: 15_000 } },
+        testTimeout: 300_000,
+        hookTimeout: 300_000,
+        expect: { poll: { timeout: 60_000 } },
         pool: 'forks',
         // Half of the time a test waits for the browser's next frame.
         maxWorkers: 3,

@@ -39,7 +39,10 @@ export function App({ store, onRetry }: Props): JSX.Element {
 
     const show = (id: SectionId) => {
         setSection(id);
-        history.replaceState(null, '', `#${id}`);
+        // A browser that is asked too often stops listening.
+        if (location.hash !== `#${id}`) {
+            history.replaceState(history.state, '', `#${id}`);
+        }
     };
     return (
         <Page.Provider value={{ store, state, language }}>

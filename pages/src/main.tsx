@@ -1,6 +1,8 @@
 import { render } from 'preact';
 
 import { App } from './App';
+import { isSetting } from './components/page';
+import { actOncePerPress } from './focus/keys';
 import './page.css';
 import { Store } from './state/store';
 import './theme.css';
@@ -8,12 +10,14 @@ import { hideKey } from './wire/address';
 import { Connection } from './wire/connection';
 
 hideKey();
+actOncePerPress();
 
 const store = new Store(
     (frame) => connection.send(frame),
     () => {
         connection.renew();
     },
+    isSetting,
 );
 const connection = new Connection('/settings', 'settings.v1', {
     opened: () => {

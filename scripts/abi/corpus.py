@@ -2,7 +2,8 @@
 
 Kept are the exported names, and every class and enumeration of the public headers. Types of others (the standard library, the
 JSON library) are kept by name and size only: their inside is their makers' business. Copies of inline code that
-a library happens to carry are dropped, and so are places in files, so that the same interface always gives the same text.
+a library happens to carry are dropped, and so are places in files and the order of abidw, which is that of the folders' names. The
+same interface always gives the same text.
 """
 import re
 import subprocess
@@ -96,7 +97,7 @@ class _Normaliser:
         """A copy without what is not kept; None when nothing is left."""
         inner = []
         if element.tag in ("namespace-decl", "abi-instr", "member-type"):
-            inner = [copy for copy in map(self._copy, element) if copy is not None]
+            inner = sorted((copy for copy in map(self._copy, element) if copy is not None), key=ElementTree.tostring)
             if not inner:
                 return None
         elif element.tag in CLASS_LIKE:

@@ -9,6 +9,7 @@
 #include "LogRecording.h"
 #include "storage/Backup.h"
 #include "storage/KeyValueTable.h"
+#include "storage/LogOut.h"
 #include "storage/Recovery.h"
 #include "support/TemporaryDirectory.h"
 #include "transport/UnixSocketDoor.h"
@@ -231,6 +232,31 @@ TEST_F(BackupScheduleTest, SaysWhatGoesWrongAndTriesAgain) {
     });
     EXPECT_EQ(lines, (std::vector<std::string>{"3 settings-host:cannot back the database up: database or disk is full",
                                                "1 settings-host:backed the database up"}));
+}
+
+TEST_F(BackupScheduleTest, GivesUpWhenToldToAndBeginsAnewAtTheNextLook) {
+    fill();
+    BackupSchedule schedule(loop, database, {1ms, 5ms, 24h, 1});
+    serveUntil([&] { return std::filesystem::exists(file + ".backup.new"); });
+    schedule.giveUp();
+    EXPECT_EQ(files(), (std::vector<std::string>{"settings.db", "settings.db-wal"}));
+    serveUntil([&] { return exists(1); });
+    EXPECT_EQ(valueIn(1, "key20"), std::string(5000, 'v'));
+    EXPECT_EQ(log.take(), std::vector<std::string>{"1 settings-host:backed the database up"});
+}
+
+TEST_F(BackupScheduleTest, ErasesAtALookWhatALogOutCouldNot) {
+    put("deviceName", "Den");
+    beginLogOut(database, [this] { table.clear(); });
+    disk.fillUpFrom(1);
+    finishLogOut(database);
+    disk.work();
+    EXPECT_EQ(log.take().size(), 1U);
+    EXPECT_TRUE(std::filesystem::exists(logOutMarkerOf(file)));
+    const BackupSchedule schedule(loop, database, {1ms, 5ms, 24h, 1});
+    serveUntil([&] { return exists(1); });
+    EXPECT_FALSE(std::filesystem::exists(logOutMarkerOf(file)));
+    EXPECT_EQ(log.take(), std::vector<std::string>{});
 }
 
 TEST_F(BackupScheduleTest, GivesUpWhenTheHostStops) {

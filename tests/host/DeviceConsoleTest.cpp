@@ -59,8 +59,18 @@ protected:
     std::shared_ptr<MessageHub> hub = std::make_shared<MessageHub>(traffic);
     std::shared_ptr<SimulatedSdkBridge> sdk = std::make_shared<SimulatedSdkBridge>(
         state, storage, device, [this](const std::string& key) { hub->valueChanged(key); });
-    DeviceCommands commands{device, sdk, std::make_shared<SimulatedAppLaunch>()};
-    DeviceConsole console{commands, hub, traffic, trace, "http://127.0.0.1:1/?key=k"};
+    DeviceCommands commands{device, sdk, std::make_shared<SimulatedAppLaunch>(), [this] {
+                                return HandlerTally{hub->eventsSent(), 0};
+                            }};
+    std::string address = "http://127.0.0.1:1/?key=k";
+    std::optional<std::string> renewed = "http://127.0.0.1:1/?key=new";
+    int renewals = 0;
+    DeviceConsole console{commands, hub, traffic, trace,
+                          PageAddress{[this] { return address; },
+                                      [this] {
+                                          ++renewals;
+                                          return renewed;
+                                      }}};
     std::shared_ptr<RecordingClient> page = std::make_shared<RecordingClient>(Origin::PAGE);
     std::shared_ptr<RecordingClient> client = std::make_shared<RecordingClient>(Origin::DEVICE);
     std::shared_ptr<RecordingClient> watcher = std::make_shared<RecordingClient>(Origin::DEVICE);
@@ -88,11 +98,64 @@ TEST_F(DeviceConsoleTest, RefusesWhatIsNoFrameAndGoesOn) {
     EXPECT_EQ(answerTo(captionsOn), R"({"ok":true})");
 }
 
+TEST_F(DeviceConsoleTest, ASettingThatTheHandlerAcceptsIsDone) {
+    struct Handler : DeviceAbstractionLayer::DeviceInfoObserverInterface {
+        explicit Handler(MessageHub& messageHub) : hub(messageHub) {}
+        void notifyLocaleChange(std::string) override {}
+        void notifyLocaleChange(std::vector<std::string>) override {}
+        void notifyTimezoneChange(std::string) override {}
+        void notifyNetworkConnectionChanged(std::string) override {}
+        void notifyMicrophoneAvailabilityChanged(std::string) override {}
+        void notifyAudioGuidanceChanged(bool) override {}
+        void notifyDeviceModeChanged(std::string) override {}
+        void notifySystemSettingChanged(std::string, std::string value) override {
+            rapidjson::Document payload(rapidjson::kObjectType);
+            if (value == "new") {
+                hub.sendMessage(25, payload);
+            }
+        }
+        MessageHub& hub;
+    };
+    const auto handler = std::make_shared<Handler>(*hub);
+    device->subscribe(handler, {});
+    EXPECT_EQ(answerTo(R"({"command":"setting","key":"k","value":"new"})"), R"({"ok":true})");
+    EXPECT_EQ(answerTo(R"({"command":"setting","key":"k","value":"old"})"), R"({"ok":true,"changed":false})");
+    EXPECT_EQ(page->take().size(), 1U);
+}
+
 TEST_F(DeviceConsoleTest, TellsTheAddressOfThePages) {
     EXPECT_EQ(answerTo(R"({"command":"page"})"), R"({"page":{"address":"http://127.0.0.1:1/?key=k"}})");
-    DeviceConsole withoutWeb(commands, hub, traffic, trace, "");
-    withoutWeb.receive(client, R"({"command":"page"})");
-    EXPECT_EQ(client->take().back(), R"({"error":{"code":"no-pages","message":"the host serves no pages"}})");
+    EXPECT_EQ(answerTo(R"({"command":"page","newKey":false})"), R"({"page":{"address":"http://127.0.0.1:1/?key=k"}})");
+    address.clear();
+    const std::string noPages = R"({"error":{"code":"no-pages","message":"the host serves no pages"}})";
+    EXPECT_EQ(answerTo(R"({"command":"page"})"), noPages);
+    EXPECT_EQ(answerTo(R"({"command":"page","newKey":true})"), noPages);
+    EXPECT_EQ(renewals, 0);
+}
+
+TEST_F(DeviceConsoleTest, MakesANewKeyForThePagesWhenAskedAndSaysWhenItCannot) {
+    EXPECT_EQ(answerTo(R"({"command":"page","newKey":true})"), R"({"page":{"address":"http://127.0.0.1:1/?key=new"}})");
+    EXPECT_EQ(renewals, 1);
+    EXPECT_EQ(answerTo(R"({"command":"page","newKey":"yes"})"),
+              R"({"error":{"code":"bad-argument","message":"\"newKey\" must be true or false"}})");
+    EXPECT_EQ(renewals, 1);
+    renewed.reset();
+    EXPECT_EQ(
+        answerTo(R"({"command":"page","newKey":true})"),
+        R"({"error":{"code":"not-written","message":"the new key could not be stored: the old key and its cookies still hold"}})");
+}
+
+TEST_F(DeviceConsoleTest, TheKeyOfThePagesIsForTheSocketAlone) {
+    watch(true);
+    for (const auto* frame : {R"({"command":"page"})", R"({"command":"page","newKey":true})"}) {
+        console.receive(client, frame, DeviceDoor::WEB);
+        EXPECT_EQ(client->take(),
+                  std::vector<std::string>{
+                      R"({"error":{"code":"not-here","message":"only the device socket answers this"}})"});
+        answerTo(frame);
+    }
+    EXPECT_EQ(traced(), std::vector<std::string>{}) << "a page that watches is not told";
+    EXPECT_EQ(renewals, 1);
 }
 
 TEST_F(DeviceConsoleTest, AFailureIsAnswered) {
@@ -122,6 +185,14 @@ TEST_F(DeviceConsoleTest, AWatcherSeesEveryFrameInOrder) {
                   R"(out page 1 {"type":7,"messageId":"m1","payload":{}})", "in page 1 \xEF\xBF\xBD",
                   R"(out page 1 {"error":{"code":"not-json","message":"the frame is not JSON"}})",
                   "in device 2 " + captionsOn, "out all - " + captionsNotice, R"(out device 2 {"ok":true})"}));
+}
+
+TEST_F(DeviceConsoleTest, AWatcherSeesTheBeginningOfAVeryLargeFrame) {
+    watch(true);
+    const std::string largest(256UL * 1024UL, 'x');
+    traffic->frameSent(nullptr, largest);
+    traffic->frameSent(nullptr, largest + "y");
+    EXPECT_EQ(traced(), (std::vector<std::string>(2, "out all - " + largest)));
 }
 
 TEST_F(DeviceConsoleTest, WatchersDoNotSeeEachOtherLook) {

@@ -34,7 +34,9 @@ public:
                     ++left;
                 },
                 [this](const auto& client, const auto& frame) { onFrame(client, frame); },
-                [](const auto& client) { sendTo(client, "TOO LARGE"); }, [this](Origin) { ++turnedAway; }};
+                [](const auto& client) { sendTo(client, "TOO LARGE"); },
+                [this](Origin) { ++turnedAway; },
+                backlog};
     }
 
     static void sendTo(const std::shared_ptr<Client>& client, const std::string& text) {
@@ -49,6 +51,8 @@ public:
         EXPECT_TRUE(condition());
     }
 
+    /// Of all doors that it owns.
+    std::shared_ptr<Backlog> backlog = std::make_shared<Backlog>();
     std::vector<std::shared_ptr<Client>> clients;
     /// Of those who arrived, in order, each with a blank after it.
     std::string origins;

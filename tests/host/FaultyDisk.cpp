@@ -192,12 +192,10 @@ struct DiskCalls {
         if (disk.fails()) {
             return SQLITE_IOERR_DELETE;
         }
-        TrackedFile& tracked = disk.track(name);
-        tracked.pending.push_back({true, 0, ""});
-        tracked.mayBeGone = true;
+        disk.remove(name);
         if (syncFolder != 0) {
             ++disk.flushCount;
-            tracked = TrackedFile();
+            disk.track(name) = TrackedFile();
         }
         return disk.real->xDelete(disk.real, name, 0);
     }
@@ -252,10 +250,68 @@ FaultyDisk::TrackedFile& FaultyDisk::track(const std::string& path) {
     auto& tracked = files[path];
     if (!tracked) {
         tracked = std::make_unique<TrackedFile>();
-        tracked->exists = std::filesystem::exists(path);
-        tracked->content = contentOf(path);
+        const bool isThere = std::filesystem::exists(path);
+        if (!watches(path)) {
+            tracked->exists = isThere;
+            tracked->content = contentOf(path);
+        } else if (isThere) {
+            tracked->pending.push_back({false, 0, contentOf(path)});
+        }
     }
     return *tracked;
+}
+
+bool FaultyDisk::watches(const std::string& path) const {
+    return !watchedFolder.empty() && std::filesystem::path(path).parent_path() == watchedFolder;
+}
+
+void FaultyDisk::watch(const std::string& folder) {
+    files.clear();
+    watchedFolder = folder;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        track(entry.path()).sync();
+    }
+}
+
+void FaultyDisk::create(const std::string& path) {
+    track(path).pending.push_back({false, 0, ""});
+}
+
+void FaultyDisk::remove(const std::string& path) {
+    TrackedFile& tracked = track(path);
+    tracked.pending.push_back({true, 0, ""});
+    tracked.mayBeGone = true;
+}
+
+void FaultyDisk::rename(const std::string& from, const std::string& to) {
+    track(from);
+    track(to);
+    renames.emplace_back(from, to);
+}
+
+void FaultyDisk::moveTracked(const std::string& from, const std::string& to) {
+    track(to) = std::exchange(track(from), TrackedFile());
+}
+
+void FaultyDisk::sync(const std::string& path) {
+    ++flushCount;
+    if (path != watchedFolder) {
+        TrackedFile& tracked = track(path);
+        tracked.pending = {{true, 0, ""}, {false, 0, contentOf(path)}};
+        tracked.sync();
+        return;
+    }
+    for (const auto& [from, to] : std::exchange(renames, {})) {
+        moveTracked(from, to);
+    }
+    for (auto& [name, file] : files) {
+        if (std::filesystem::exists(name)) {
+            file->exists = true;
+            file->mayBeGone = false;
+        } else {
+            *file = TrackedFile();
+        }
+    }
 }
 
 bool FaultyDisk::fails(bool needsRoom) {
@@ -306,11 +362,24 @@ void FaultyDisk::cutPowerAt(long number) {
 }
 
 void FaultyDisk::restorePower(std::mt19937& random) {
+    for (const auto& [from, to] : std::exchange(renames, {})) {
+        if (chance(random, 0.5)) {
+            moveTracked(from, to);
+        }
+    }
+    if (!watchedFolder.empty()) {
+        for (const auto& entry : std::filesystem::directory_iterator(watchedFolder)) {
+            track(entry.path());
+        }
+    }
     for (const auto& [path, file] : files) {
         file->leave(path, random);
     }
     files.clear();
     work();
+    if (!watchedFolder.empty()) {
+        watch(watchedFolder);
+    }
 }
 
 }  // namespace SettingsHostTests

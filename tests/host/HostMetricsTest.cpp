@@ -1,4 +1,7 @@
 #include <algorithm>
+#include <map>
+#include <regex>
+#include <set>
 #include <sstream>
 
 #include <malloc.h>
@@ -47,11 +50,43 @@ TEST_F(HostMetricsTest, CountsChangesBySettingAndKnownValue) {
         (std::vector<std::string>{
             R"({setting="captionsFontSize",value="FONT_LARGE"} 1)", R"({setting="captionsFontSize",value="other"} 1)",
             R"({setting="captionsStyles",value="STYLE_YELLOW_ON_BLUE"} 1)",
-            R"({setting="captionsStyles",value="other"} 1)", R"({setting="deviceName",value="other"} 2)",
-            R"({setting="deviceName",value="true"} 1)", R"({setting="friendlyName",value="error"} 1)",
-            R"({setting="friendlyName",value="other"} 1)", R"({setting="handsFreeEnabled",value="other"} 1)",
-            R"({setting="handsFreeEnabled",value="true"} 1)", R"({setting="other",value="other"} 2)",
-            R"({setting="other",value="true"} 1)"}));
+            R"({setting="captionsStyles",value="other"} 1)", R"({setting="deviceName",value="other"} 3)",
+            R"({setting="friendlyName",value="error"} 1)", R"({setting="friendlyName",value="other"} 1)",
+            R"({setting="handsFreeEnabled",value="other"} 1)", R"({setting="handsFreeEnabled",value="true"} 1)",
+            R"({setting="other",value="other"} 3)"}));
+}
+
+TEST_F(HostMetricsTest, EverySeriesOfChangesCanBe) {
+    std::istringstream text(metrics.text());
+    std::map<std::string, std::set<std::string>> values;
+    const std::regex series(R"re(settings_host_changes_total\{setting="(\w+)",value="(\w+)"\} 0)re");
+    std::smatch parts;
+    for (std::string line; std::getline(text, line);) {
+        if (std::regex_match(line, parts, series)) {
+            values[parts[1]].insert(parts[2]);
+        }
+    }
+    const std::set<std::string> anyText{"other"};
+    const std::set<std::string> choice{"true", "false", "other"};
+    const std::set<std::string> modeOfTheVoiceSdk{"true", "false", "error", "other"};
+    EXPECT_EQ(values,
+              (std::map<std::string, std::set<std::string>>{
+                  {"deviceName", anyText},
+                  {"companionDevice", anyText},
+                  {"orliaLocale", anyText},
+                  {"captionsFontSize", {"FONT_SMALL", "FONT_MEDIUM", "FONT_LARGE", "FONT_EXTRA_LARGE", "other"}},
+                  {"captionsStyles",
+                   {"STYLE_WHITE_ON_BLACK", "STYLE_BLACK_ON_WHITE", "STYLE_YELLOW_ON_BLACK", "STYLE_YELLOW_ON_BLUE",
+                    "other"}},
+                  {"handsFreeEnabled", choice},
+                  {"handsFreeAlwaysOnEnabled", modeOfTheVoiceSdk},
+                  {"handsFreeAlwaysOnDiscovered", choice},
+                  {"pttAlwaysOnEnabled", modeOfTheVoiceSdk},
+                  {"pttAlwaysOnDiscovered", choice},
+                  {"friendlyName", {"error", "other"}},
+                  {"tovanEntitlementStatus", anyText},
+                  {"timezone", anyText},
+                  {"other", anyText}}));
 }
 
 TEST_F(HostMetricsTest, AFloodOfDistinctNamesAddsNoSeriesAndNoMemory) {

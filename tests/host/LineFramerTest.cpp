@@ -41,6 +41,33 @@ TEST(LineFramer, ALastLineWithoutItsEndIsNoFrame) {
     EXPECT_EQ(framesOf(framer), Frames{});
 }
 
+TEST(LineFramer, HasRoomForOneFrameOverTheLimitInAll) {
+    LineFramer framer(10);
+    EXPECT_EQ(framer.room(), 11U);
+    append(framer, "one\ntwo\n");
+    EXPECT_EQ(framer.room(), 3U);
+    EXPECT_EQ(framer.next()->text, "one");
+    EXPECT_EQ(framer.room(), 7U) << "what was cut needs none";
+    append(framer, "sevenxx");
+    EXPECT_EQ(framer.room(), 1U);
+    EXPECT_EQ(framesOf(framer), Frames{"two"});
+    EXPECT_EQ(framer.room(), 4U);
+    append(framer, "more");
+    EXPECT_EQ(framesOf(framer), Frames{"TOO LARGE"});
+    EXPECT_EQ(framer.room(), 11U) << "the rest is skipped";
+}
+
+TEST(LineFramer, KeepsNoMemoryOfLargeFramesThatAreTaken) {
+    LineFramer framer(65536);
+    append(framer, std::string(65536, 'x'));
+    EXPECT_GE(framer.memory(), 65536U);
+    append(framer, "\n");
+    EXPECT_EQ(framesOf(framer).size(), 1U);
+    EXPECT_EQ(framer.memory(), 0U);
+    append(framer, "a");
+    EXPECT_LE(framer.memory(), 4096U) << "it was kept all the same";
+}
+
 TEST(LineFramer, KeepsNulCharacters) {
     LineFramer framer(10);
     append(framer, std::string("a\0b\n", 4));

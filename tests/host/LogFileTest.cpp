@@ -80,6 +80,21 @@ TEST_F(LogFileTest, KeepsThreeFilesOfWholeLinesWithinTheLimit) {
     EXPECT_EQ(LogFile::maximumSize, 1048576U);
 }
 
+TEST_F(LogFileTest, GoesOnInANewFileWhenItIsOpenedAgain) {
+    LogFile file(path, 10);
+    EXPECT_TRUE(file.write("12345\n"));
+    std::filesystem::rename(path, folder / "moved");
+    EXPECT_TRUE(file.write("a\n"));
+    EXPECT_TRUE(file.reopen());
+    EXPECT_EQ(content(path), "");
+    EXPECT_EQ(modeOf(path), 0600U);
+    EXPECT_TRUE(file.write("123456789\n"));
+    EXPECT_EQ(content(folder / "moved"), "12345\na\n");
+    EXPECT_EQ(content(path), "123456789\n") << "it counts from the start again";
+    EXPECT_EQ(content(path + ".1"), "(none)");
+    EXPECT_EQ(file.name(), path);
+}
+
 TEST_F(LogFileTest, CountsWhatWasThereBefore) {
     std::ofstream(path) << "12345678\n";
     EXPECT_TRUE(LogFile(path, 10).write("a\n"));

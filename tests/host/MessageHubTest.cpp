@@ -1,7 +1,10 @@
+#include <utility>
+
 #include "LogRecording.h"
 #include "RecordingClient.h"
 #include "TrafficRecording.h"
 #include "Utils/Rapidjson.h"
+#include "guard/ReadingGuard.h"
 #include "transport/MessageHub.h"
 
 namespace SettingsHost {
@@ -103,44 +106,96 @@ TEST_F(MessageHubTest, RepliesToTheAskerAlone) {
     EXPECT_TRUE(other->take().empty());
 }
 
-TEST_F(MessageHubTest, LargeRepliesWaitForAllTogetherUpToALimit) {
-    EXPECT_EQ(MessageHub::maximumLargeReplies, 64U * 1024U * 1024U);
+TEST_F(MessageHubTest, ALargeReplyForWhichThereIsNoRoomIsNotMade) {
     constexpr std::size_t limit = 500000;
-    MessageHub limited(traffic, std::make_shared<RequestContext>(), limit);
+    const auto backlog = std::make_shared<Backlog>(limit);
+    ClientBacklog unread(backlog, [] { ADD_FAILURE() << "dropped"; });
+    MessageHub limited(traffic, std::make_shared<RequestContext>(), backlog);
     std::string value;
     limited.registerMessageHandler(7, [&](const std::string&) {
         rapidjson::Document payload(rapidjson::kObjectType);
         payload.AddMember("v", rapidjson::Value(value, payload.GetAllocator()), payload.GetAllocator());
         limited.sendResponse("m", payload);
     });
-    const auto ask = [&](const std::shared_ptr<RecordingClient>& client, std::size_t size) {
-        value = std::string(size, 'v');
-        limited.receive(client, R"({"type":7})");
+    const auto ask = [&](std::size_t size, char byte = 'v') {
+        value = std::string(size, byte);
+        limited.receive(asker, R"({"type":7})");
+        EXPECT_EQ(asker->frames.size(), 1U);
+        return asker->take();
     };
-    ask(asker, limit - 1000);
-    ask(other, 100000);
-    ASSERT_EQ(other->frames.size(), 1U);
-    EXPECT_EQ(codeOf(other->take()), "busy");
-    ask(other, 60000);
-    EXPECT_EQ(other->take().at(0).size(), 60045U) << "small ones always go";
-    asker->frames.clear();
-    ask(other, 100000);
-    EXPECT_EQ(codeOf(other->take()), "no refusal") << "the large one was read";
-    ask(asker, limit + 1000);
-    EXPECT_EQ(codeOf(asker->take()), "no refusal") << "one may be over the limit when nothing else waits";
+    EXPECT_EQ(ask(390000)[0], R"({"type":7,"messageId":"m","payload":{"v":")" + std::string(390000, 'v') + "\"}}");
+    EXPECT_EQ(codeOf(ask(limit)), "busy");
+    EXPECT_EQ(codeOf(ask(limit / 6, '\0')), "busy") << "a NUL takes six bytes";
+    unread.push(std::make_shared<const std::string>(250000, 'x'));
+    EXPECT_EQ(codeOf(ask(200000)), "busy");
+    EXPECT_EQ(codeOf(ask(100000)), "no refusal");
+    unread.push(std::make_shared<const std::string>(100000, 'x'));
+    EXPECT_EQ(codeOf(ask(100000)), "busy");
+    EXPECT_EQ(ask(60000)[0].size(), 60045U) << "small ones always go";
+    unread.clear();
+    EXPECT_EQ(codeOf(ask(100000)), "no refusal") << "it was read";
 }
 
-TEST_F(MessageHubTest, LargeRepliesMayOutliveTheHub) {
-    auto shortLived = std::make_unique<MessageHub>(traffic);
-    shortLived->registerMessageHandler(7, [&](const std::string&) {
-        rapidjson::Document payload(rapidjson::kObjectType);
-        payload.AddMember("v", rapidjson::Value(std::string(100000, 'v'), payload.GetAllocator()),
-                          payload.GetAllocator());
-        shortLived->sendResponse("m", payload);
-    });
-    shortLived->receive(asker, R"({"type":7})");
-    shortLived.reset();
-    EXPECT_GT(asker->take().at(0).size(), 100000U);
+TEST_F(MessageHubTest, TheAskerOfMoreThanThereIsMemoryForIsToldSo) {
+    traffic->take();
+    onDelivery = [] { throw TooMuchAsked("too much"); };
+    hub.receive(asker, R"({"type":7})");
+    const auto answer = asker->take();
+    EXPECT_EQ(codeOf(answer), "busy");
+    EXPECT_TRUE(other->take().empty());
+    EXPECT_TRUE(log.take().empty());
+    EXPECT_EQ(traffic->take(), (std::vector<std::string>{R"(received {"type":7})", "sent to one " + answer.at(0),
+                                                         "refused busy", "handled 7 ANSWERED"}));
+}
+
+TEST_F(MessageHubTest, KeepsNobodyWhoseRequestIsOver) {
+    hub.receive(asker, R"({"type":7})");
+    rapidjson::Document payload(rapidjson::kObjectType);
+    hub.sendResponse("late", payload);
+    EXPECT_TRUE(asker->take().empty());
+    onDelivery = [] { throw std::runtime_error("collaborator"); };
+    hub.receive(asker, R"({"type":7})");
+    hub.sendResponse("late", payload);
+    EXPECT_TRUE(asker->take().empty());
+    const std::weak_ptr<RecordingClient> gone = asker;
+    hub.removeClient(std::exchange(asker, nullptr), Departure::CLOSED);
+    EXPECT_TRUE(gone.expired());
+}
+
+TEST_F(MessageHubTest, TheLogIsToldASettingsNameOfBoundedLength) {
+    const auto context = std::make_shared<RequestContext>();
+    MessageHub told(traffic, context);
+    std::vector<std::string> names;
+    const auto note = [&](const std::string&) {
+        names.push_back(context->current() ? context->current()->setting : "?");
+    };
+    told.registerMessageHandler(24, note);
+    told.registerMessageHandler(7, note);
+    const auto handle = [&](int type, const std::string& key) {
+        told.receive(asker, "{\"type\":" + std::to_string(type) + R"(,"payload":{"settingDBId":")" + key + "\"}}");
+    };
+    handle(24, "deviceName");
+    handle(24, std::string(256, 'k'));
+    handle(24, std::string(60000, 'k'));
+    // Cut within a character, which is replaced then.
+    handle(24, std::string(255, 'k') + "\xC3\xA9");
+    handle(7, "deviceName");
+    EXPECT_EQ(names, (std::vector<std::string>{"deviceName", std::string(256, 'k'), std::string(256, 'k'),
+                                               std::string(255, 'k') + "\xEF\xBF\xBD", ""}));
+    EXPECT_FALSE(context->current());
+}
+
+TEST_F(MessageHubTest, EventsAreNumberedWhoeverIsThere) {
+    hub.removeClient(asker, Departure::CLOSED);
+    sendEvent("deviceName");
+    hub.removeClient(other, Departure::CLOSED);
+    sendEvent("deviceName");
+    sendEvent("deviceName");
+    hub.addClient(asker);
+    sendEvent("deviceName");
+    ASSERT_EQ(asker->frames.size(), 1U);
+    EXPECT_EQ(parsed(asker->take()[0])["sequence"].GetInt(), 4);
+    EXPECT_EQ(parsed(other->take().at(0))["sequence"].GetInt(), 1);
 }
 
 TEST_F(MessageHubTest, AReplyThatNobodyAskedForGoesNowhere) {

@@ -108,6 +108,14 @@ TEST_F(OptionsTest, HelpAndVersionEndWithZeroAndWrongUsageWithTwo) {
     }
 }
 
+TEST_F(OptionsTest, YesAnswersTheQuestionOfAResetAndNothingElse) {
+    EXPECT_FALSE(parse({}).reset);
+    EXPECT_TRUE(parse({"--reset"}).reset);
+    EXPECT_FALSE(parse({"--reset"}).resetConfirmed);
+    EXPECT_TRUE(parse({"--yes", "--reset"}).resetConfirmed);
+    EXPECT_EQ(statusOf({"--yes"}), 2);
+}
+
 TEST_F(OptionsTest, AnEmptyPathIsWrongUsage) {
     for (const auto* option : {"--storage", "--socket", "--device-socket"}) {
         EXPECT_EQ(statusOf({option, ""}), 2) << option;

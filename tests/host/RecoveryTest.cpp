@@ -1,8 +1,10 @@
 #include <filesystem>
 #include <fstream>
+#include <random>
 
 #include <sqlite3.h>
 
+#include "FaultyDisk.h"
 #include "LogRecording.h"
 #include "storage/Backup.h"
 #include "storage/KeyValueTable.h"
@@ -45,6 +47,7 @@ protected:
     std::string damageLine() { return line(file + " is damaged or no database (database: file is not a database)"); }
 
     SettingsHostTests::LogRecording log;
+    SettingsHostTests::FaultyDisk disk;
     TestSupport::TemporaryDirectory folder;
     std::string file = folder / "settings.db";
     Recovery recovery;
@@ -169,6 +172,29 @@ TEST_F(RecoveryTest, ALossOfPowerWhileRestoringIsMadeUpFor) {
     EXPECT_FALSE(std::filesystem::exists(file + ".restoring-wal"));
 }
 
+TEST_F(RecoveryTest, ALogThatWasKeptIsNotOverwritten) {
+    std::ofstream(file + ".damaged-wal") << "kept without its database";
+    damage(file);
+    std::ofstream(file + "-wal") << "another log";
+    EXPECT_EQ(open(), "(none)");
+    EXPECT_EQ(recovery.setAside, "settings.db.damaged.2");
+    EXPECT_EQ(content("settings.db.damaged-wal"), "kept without its database");
+    EXPECT_EQ(content("settings.db.damaged.2-wal"), "another log");
+}
+
+TEST_F(RecoveryTest, ALogOfAnEarlierRestorationIsNotReadIntoTheCopy) {
+    live("backed up", true);
+    std::filesystem::copy_file(Backup::nameOf(file, 1), folder / "copy.db");
+    {
+        Database copy(folder / "copy.db");
+        KeyValueTable(copy, "settings").put("deviceName", "of the log");
+        std::filesystem::copy_file(folder / "copy.db-wal", file + ".restoring-wal");
+    }
+    std::filesystem::remove(file);
+    EXPECT_EQ(open(), "backed up");
+    EXPECT_FALSE(std::filesystem::exists(file + ".restoring-wal"));
+}
+
 TEST_F(RecoveryTest, WhatIsInOrderButNotOursIsRefusedAndLeft) {
     live("backed up", true);
     {
@@ -214,6 +240,69 @@ TEST_F(RecoveryTest, EveryDamageOfARealDatabaseIsFoundOrHarmless) {
         log.take();
     }
     EXPECT_EQ(found, static_cast<int>(good.size() / 4096)) << "no page is unused";
+}
+
+/// The power goes while a damaged database is being restored, or soon after it.
+class RecoveryPowerCutTest : public RecoveryTest {
+protected:
+    RecoveryPowerCutTest() {
+        live("backed up", true);
+        damage(file);
+        std::filesystem::create_directory(folder / "template");
+        for (const auto* name : {"settings.db", "settings.db.backup.1"}) {
+            std::filesystem::copy_file(folder / name, folder / ("template/" + std::string(name)));
+        }
+    }
+
+    void begin() {
+        device = std::make_unique<TestSupport::TemporaryDirectory>(TestSupport::memoryFolder());
+        std::filesystem::copy(folder / "template", device->path());
+        file = *device / "settings.db";
+        disk.watch(device->path());
+    }
+
+    std::unique_ptr<TestSupport::TemporaryDirectory> device;
+};
+
+TEST_F(RecoveryPowerCutTest, AtAnyCallIsMadeUpForByTheNextStart) {
+    begin();
+    disk.work();
+    EXPECT_EQ(open(), "backed up");
+    const long calls = disk.calls();
+    for (long call = 1; call <= calls; ++call) {
+        for (unsigned seed = 0; seed < 3; ++seed) {
+            SCOPED_TRACE("call " + std::to_string(call) + " of " + std::to_string(calls) + ", " + std::to_string(seed));
+            std::mt19937 random(static_cast<unsigned>(call) * 3 + seed);
+            begin();
+            disk.cutPowerAt(call);
+            try {
+                open();
+            } catch (const DatabaseError&) {
+                // The power went during the start.
+            }
+            disk.restorePower(random);
+            ASSERT_EQ(open(), "backed up");
+            EXPECT_EQ(std::filesystem::file_size(file + ".damaged"), 10000U);
+            EXPECT_FALSE(std::filesystem::exists(file + ".damaged.2")) << "what was restored was not whole";
+        }
+    }
+    EXPECT_GT(calls, 20);
+}
+
+TEST_F(RecoveryPowerCutTest, LaterLosesNoChangeThatWasAnswered) {
+    for (unsigned seed = 0; seed < 20; ++seed) {
+        SCOPED_TRACE(seed);
+        std::mt19937 random(seed);
+        begin();
+        {
+            Recovery ignored;
+            Database database = openOrRecover(file, ignored);
+            KeyValueTable(database, "settings").put("deviceName", "answered");
+            disk.cutPowerAt(1);
+        }
+        disk.restorePower(random);
+        EXPECT_EQ(open(), "answered");
+    }
 }
 
 }  // namespace SettingsHost

@@ -1,6 +1,11 @@
+#include <atomic>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <thread>
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -86,6 +91,62 @@ TEST_F(SocketFileTest, RefusesBesideALiveHost) {
     const SocketFile live(path);
     expectRefused(path, "another host listens");
     EXPECT_NO_THROW(TestSupport::LineClient{path});
+}
+
+TEST_F(SocketFileTest, RefusesBesideALiveHostThatHasNoTimeForNewClients) {
+    std::filesystem::create_directories(folder / "run");
+    const Descriptor busy(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof(address.sun_path) - 1);
+    const auto* const place = reinterpret_cast<const sockaddr*>(&address);
+    ASSERT_EQ(::bind(busy.get(), place, sizeof(address)), 0);
+    ASSERT_EQ(::listen(busy.get(), 0), 0);
+    std::vector<Descriptor> queue;
+    int refused = 0;
+    while (refused == 0) {
+        queue.emplace_back(::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+        refused = ::connect(queue.back().get(), place, sizeof(address)) == 0 ? 0 : errno;
+        ASSERT_LT(queue.size(), 10U);
+    }
+    ASSERT_EQ(refused, EAGAIN) << "the queue is full";
+    expectRefused(path, "another host listens");
+    ASSERT_TRUE(Descriptor(::accept(busy.get(), nullptr, nullptr)).get() >= 0);
+    EXPECT_NO_THROW(TestSupport::LineClient{path}) << "its socket is still the one at the path";
+}
+
+TEST_F(SocketFileTest, HostsThatStartAtOnceLookAtTheSocketOneAfterTheOther) {
+    std::filesystem::create_directories(folder / "run");
+    const Descriptor lock(::open((folder / "run").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    ASSERT_EQ(::flock(lock.get(), LOCK_EX), 0);
+    struct stat status {};
+    ASSERT_EQ(::fstat(lock.get(), &status), 0);
+    std::atomic<bool> listens{false};
+    std::thread second([&] {
+        const SocketFile file(path);
+        listens = true;
+    });
+    // The kernel lists who waits for a lock with an arrow, and the inode last before the range.
+    const auto isWaitedFor = [&] {
+        std::ifstream locks("/proc/locks");
+        for (std::string line; std::getline(locks, line);) {
+            if (line.find("-> FLOCK") != std::string::npos &&
+                line.find(":" + std::to_string(status.st_ino) + " ") != std::string::npos) {
+                return true;
+            }
+        }
+        return false;
+    };
+    const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
+    while (!isWaitedFor() && !listens && std::chrono::steady_clock::now() < until) {
+        std::this_thread::yield();
+    }
+    EXPECT_FALSE(listens) << "it did not wait for the one that is just starting";
+    EXPECT_TRUE(isWaitedFor());
+    EXPECT_FALSE(std::filesystem::exists(path));
+    ASSERT_EQ(::flock(lock.get(), LOCK_UN), 0);
+    second.join();
+    EXPECT_TRUE(listens);
 }
 
 TEST_F(SocketFileTest, NeverRemovesWhatIsNoSocket) {

@@ -1,9 +1,11 @@
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 
 #include <sqlite3.h>
 #include <sys/stat.h>
 
+#include "FaultyDisk.h"
 #include "LogRecording.h"
 #include "StorageRecording.h"
 #include "storage/SqliteStorage.h"
@@ -183,6 +185,72 @@ TEST_F(StorageTest, TakesAThousandKeysAndThenReplacesOnly) {
     EXPECT_TRUE(storage->setValue("one more", "v"));
 }
 
+TEST_F(StorageTest, TakesAMebibyteOfKeysAndValuesTogether) {
+    open();
+    const std::string value(65536 - 4, 'v');
+    for (int key = 10; key < 26; ++key) {
+        ASSERT_TRUE(storage->setValue("ke" + std::to_string(key), value));
+    }
+    EXPECT_EQ(log.take(), std::vector<std::string>{});
+    EXPECT_FALSE(storage->setValue("x", ""));
+    EXPECT_FALSE(storage->setValue("ke10", value + "v"));
+    const std::string reason = ": keys and values would take more than 1 MiB together";
+    EXPECT_EQ(log.take(), (std::vector<std::string>{"3 settings-host:cannot store 'x'" + reason,
+                                                    "3 settings-host:cannot store 'ke10'" + reason}));
+    EXPECT_TRUE(read("ke10") == value);
+    EXPECT_TRUE(storage->setValue("ke10", std::string(65536 - 4, 'w'))) << "as large as before";
+    EXPECT_TRUE(storage->setValue("ke10", std::string(65536 - 14, 'w')));
+    EXPECT_FALSE(storage->setValue("moved", std::string(6, 'v')));
+    EXPECT_TRUE(storage->setValue("moved", std::string(5, 'v')));
+    EXPECT_TRUE(storage->removeValue("ke11"));
+    EXPECT_TRUE(storage->setValue("ke12", value + "vvvv"));
+    EXPECT_TRUE(storage->clearStorage());
+    EXPECT_EQ(log.take().size(), 1U);
+    for (int key = 10; key < 25; ++key) {
+        ASSERT_TRUE(storage->setValue("ke" + std::to_string(key), value));
+    }
+    storage->setAside("ke10");
+    constexpr std::size_t left = 65536 - 4 - 9;
+    EXPECT_FALSE(storage->setValue("last", std::string(left + 1, 'v'))) << "the key is 9 bytes longer now";
+    EXPECT_TRUE(storage->setValue("last", std::string(left, 'v')));
+}
+
+TEST_F(StorageTest, CountsBytesAndNotCharacters) {
+    open();
+    std::string value;
+    while (value.size() < 65530) {
+        value += "\u20ac";
+    }
+    for (int key = 0; key < 15; ++key) {
+        ASSERT_TRUE(storage->setValue(std::to_string(key), value + '\0'));
+    }
+    open();
+    EXPECT_TRUE(storage->setValue("last", value));
+    EXPECT_FALSE(storage->setValue("one more", value));
+}
+
+TEST_F(StorageTest, KeepsWhatWasStoredBeyondTheLimitsAndRefusesGrowthOnly) {
+    open();
+    storage.reset();
+    database.reset();
+    sql("WITH RECURSIVE numbers(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM numbers WHERE n < 1100) "
+        "INSERT INTO settings SELECT 'key' || n, printf('%.*c', 2000, 'v') FROM numbers");
+    open();
+    EXPECT_EQ(read("key1100"), std::string(2000, 'v'));
+    EXPECT_FALSE(storage->setValue("key1", std::string(2001, 'w')));
+    EXPECT_FALSE(storage->setValue("new", ""));
+    EXPECT_EQ(log.take(),
+              (std::vector<std::string>{
+                  "3 settings-host:cannot store 'key1': keys and values would take more than 1 MiB together",
+                  "3 settings-host:cannot store 'new': there are 1,000 keys already"}));
+    EXPECT_TRUE(storage->setValue("key1", std::string(2000, 'w')));
+    EXPECT_TRUE(storage->setValue("key2", "short"));
+    EXPECT_EQ(storage->setAside("key3"), "key3.unusable") << "a start does not fail for it";
+    EXPECT_EQ(read("key3.unusable"), std::string(2000, 'v'));
+    EXPECT_TRUE(storage->removeValue("key4"));
+    EXPECT_EQ(log.take(), std::vector<std::string>{});
+}
+
 TEST_F(StorageTest, AFullDiskIsAnsweredWithFalseAndLosesNothing) {
     open();
     EXPECT_TRUE(storage->setValue("key", "old"));
@@ -226,7 +294,52 @@ TEST_F(StorageTest, ClearingTellsWhichKeysWereRemoved) {
     storage->setValue("b", "1");
     storage->setValue("a", "2");
     EXPECT_TRUE(storage->clearStorage());
+    EXPECT_EQ(log.take(), std::vector<std::string>{});
     EXPECT_EQ(removed, (std::vector<std::string>{"a", "b"}));
+}
+
+TEST_F(StorageTest, NobodyIsToldOfRemovedKeysWhenClearingFails) {
+    open();
+    storage->setValue("b", "1");
+    storage->setValue("a", "2");
+    Statement pages(*database, "PRAGMA page_count");
+    pages.step();
+    database->execute("PRAGMA max_page_count=" + pages.column(0));
+    EXPECT_FALSE(storage->clearStorage());
+    EXPECT_EQ(removed, std::vector<std::string>{});
+    EXPECT_EQ(read("b"), "1");
+    EXPECT_EQ(log.take(),
+              std::vector<std::string>{"3 settings-host:cannot clear the storage: database: database or disk is full"});
+}
+
+TEST_F(StorageTest, SyncsEveryChangeBeforeItIsAnswered) {
+    const SettingsHostTests::FaultyDisk disk;
+    open();
+    const auto flushesOf = [&](const std::function<bool()>& change) {
+        const long before = disk.flushes();
+        EXPECT_TRUE(change());
+        return disk.flushes() - before;
+    };
+    EXPECT_EQ(flushesOf([&] { return storage->setValue("a", "1"); }), 1);
+    EXPECT_EQ(flushesOf([&] { return storage->setValue("a", "2"); }), 1);
+    EXPECT_EQ(flushesOf([&] { return storage->setValue("b", "3"); }), 1);
+    EXPECT_EQ(flushesOf([&] { return storage->removeValue("a"); }), 1);
+    EXPECT_EQ(flushesOf([&] { return !storage->setAside("b").empty(); }), 1);
+    storage.reset();
+    database.reset();
+}
+
+TEST_F(StorageTest, TheLogStaysSmall) {
+    open();
+    std::uintmax_t largest = 0;
+    for (int number = 0; number < 500; ++number) {
+        ASSERT_TRUE(storage->setValue("key", std::to_string(number)));
+        largest = std::max(largest, std::filesystem::file_size(file + "-wal"));
+    }
+    // With the frames of the change that makes the log be moved.
+    constexpr std::uintmax_t frame = 4096 + 24;
+    EXPECT_GT(largest, 60 * frame) << "it would be moved all the time";
+    EXPECT_LT(largest, 80 * frame);
 }
 
 TEST_F(StorageTest, SetsAValueAsideUnderAFreeKey) {

@@ -1,15 +1,20 @@
+#include <array>
 #include <chrono>
 #include <ctime>
 #include <thread>
 
 #include <fcntl.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "support/ListeningSocket.h"
 #include "support/Sanitizers.h"
 #include "support/WebClient.h"
 #include "transport/DoorError.h"
+#include "transport/RepeatingTimer.h"
 #include "transport/TcpDoor.h"
 
 namespace SettingsHost {
@@ -43,6 +48,7 @@ protected:
 TEST_F(TcpDoorTest, ConnectionsThatCameBeforeTheStartWait) {
     TcpDoor door("127.0.0.1", 0);
     TestSupport::TcpConnection early(door.port());
+    early.send("x");
     startTaking(door, 1);
     loop.run();
     ASSERT_EQ(taken.size(), 1U);
@@ -51,6 +57,51 @@ TEST_F(TcpDoorTest, ConnectionsThatCameBeforeTheStartWait) {
     const int descriptor = taken[0];
     EXPECT_NE(::fcntl(descriptor, F_GETFL) & O_NONBLOCK, 0);
     EXPECT_NE(::fcntl(descriptor, F_GETFD) & FD_CLOEXEC, 0);
+}
+
+TEST_F(TcpDoorTest, ConnectionsSendWithoutDelayAlsoThoseOfAPassedSocket) {
+    TcpDoor own("127.0.0.1", 0);
+    auto socket = TestSupport::listeningTcpSocket("127.0.0.1");
+    TcpDoor passed{Descriptor(::dup(socket.get()))};
+    for (TcpDoor* door : {&own, &passed}) {
+        taken.clear();
+        TestSupport::TcpConnection client(door->port());
+        client.send("x");
+        startTaking(*door, 1);
+        loop.run();
+        ASSERT_EQ(taken.size(), 1U);
+        int noDelay = 0;
+        socklen_t size = sizeof(noDelay);
+        EXPECT_EQ(::getsockopt(taken[0], IPPROTO_TCP, TCP_NODELAY, &noDelay, &size), 0);
+        EXPECT_EQ(noDelay, 1);
+        ::close(taken[0]);
+        taken.clear();
+        door->close();
+    }
+}
+
+TEST_F(TcpDoorTest, ConnectionsAreTakenInTheOrderInWhichTheySpeakAndManyAtATime) {
+    TcpDoor door("127.0.0.1", 0);
+    constexpr std::size_t crowd = 300;
+    std::vector<std::unique_ptr<TestSupport::TcpConnection>> clients;
+    for (std::size_t number = 0; number < crowd; ++number) {
+        clients.push_back(std::make_unique<TestSupport::TcpConnection>(door.port()));
+    }
+    for (std::size_t number = crowd; number-- > 0;) {
+        clients[number]->send(std::to_string(number) + "\n");
+    }
+    // More than the kernel keeps for a door that does not say how many may wait.
+    startTaking(door, crowd);
+    int turns = 0;
+    RepeatingTimer counter(loop, std::chrono::milliseconds(0), std::chrono::milliseconds(1), [&] { ++turns; });
+    loop.run();
+    ASSERT_EQ(taken.size(), crowd);
+    for (std::size_t number = 0; number < crowd; ++number) {
+        std::array<char, 16> text{};
+        EXPECT_GT(::recv(taken[number], text.data(), text.size(), 0), 0);
+        EXPECT_EQ(std::stoul(text.data()), crowd - 1 - number);
+    }
+    EXPECT_LT(turns, static_cast<int>(crowd));
 }
 
 TEST_F(TcpDoorTest, ATakenPortIsRefusedInWordsAndFreeAgainAfterTheClose) {
@@ -67,6 +118,7 @@ TEST_F(TcpDoorTest, ATakenPortIsRefusedInWordsAndFreeAgainAfterTheClose) {
         }
         startTaking(door, 1);
         TestSupport::TcpConnection client(port);
+        client.send("x");
         loop.run();
         ::close(taken[0]);
         taken.clear();
@@ -82,6 +134,7 @@ TEST_F(TcpDoorTest, AtTheDescriptorLimitConnectionsAreTurnedAwayAndTheNextIsServ
     TcpDoor door("127.0.0.1", 0);
     startTaking(door, 1);
     TestSupport::TcpConnection turnedAway(door.port());
+    turnedAway.send("x");
     rlimit before{};
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
     const int highest = ::dup(0);
@@ -96,6 +149,7 @@ TEST_F(TcpDoorTest, AtTheDescriptorLimitConnectionsAreTurnedAwayAndTheNextIsServ
     EXPECT_EQ(turnedAway.receiveAll(), "");
     EXPECT_TRUE(turnedAway.closedByPeer());
     TestSupport::TcpConnection next(door.port());
+    next.send("x");
     loop.run();
     EXPECT_EQ(taken.size(), 1U);
 }
@@ -107,6 +161,7 @@ TEST_F(TcpDoorTest, WhenNotEvenTheSpareDescriptorHelpsConnectionsWaitAndTheLoopS
     TcpDoor door("127.0.0.1", 0);
     startTaking(door, 1);
     TestSupport::TcpConnection waits(door.port());
+    waits.send("x");
     rlimit before{};
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
     const rlimit none{0, before.rlim_max};

@@ -35,7 +35,10 @@ WebVisitor withCookies(const std::string& cookies) {
 
 class WebAccessTest : public ::testing::Test {
 protected:
-    WebAccess access{parseWebAddress("127.0.0.1:8097"), "http://localhost:5173", "thekey", "thecookie"};
+    std::int64_t now = 1700000000;
+    WebAccess access{parseWebAddress("127.0.0.1:8097"), "http://localhost:5173", "thekey", "thesecret",
+                     [this] { return now; }};
+    const std::string cookie = CookieSigner("thesecret").issue(now);
 };
 
 TEST_F(WebAccessTest, TakesItsOwnNamesOnly) {
@@ -62,6 +65,13 @@ TEST_F(WebAccessTest, TakesPagesOfItsOwnAndOfTheAllowedOriginOnly) {
     EXPECT_FALSE(strict.isFromHere(fromOrigin("")));
 }
 
+TEST_F(WebAccessTest, TheAllowedOriginMayBeWrittenWithCapitals) {
+    const WebAccess loud(parseWebAddress("127.0.0.1:8097"), "HTTP://LocalHost:5173", "k", "s");
+    EXPECT_TRUE(loud.isFromHere(fromOrigin("http://localhost:5173"))) << "as browsers write it";
+    EXPECT_TRUE(loud.isFromHere(fromOrigin("HTTP://LocalHost:5173")));
+    EXPECT_FALSE(loud.isFromHere(fromOrigin("http://localhost:5174")));
+}
+
 TEST_F(WebAccessTest, KnowsTheNamesOfOtherAddresses) {
     const WebAccess version6(parseWebAddress("[::1]:9000"), "", "k", "c");
     EXPECT_TRUE(version6.isFromHere(visitor("[::1]:9000")));
@@ -74,24 +84,46 @@ TEST_F(WebAccessTest, KnowsTheNamesOfOtherAddresses) {
 
 TEST_F(WebAccessTest, AdmitsWhoeverHasTheKeyOrTheCookie) {
     EXPECT_TRUE(access.isAdmitted(withKey("thekey")));
-    EXPECT_TRUE(access.isAdmitted(withCookies("settings-8097=thecookie")));
-    EXPECT_TRUE(access.isAdmitted(withCookies("a=b; settings-8097=thecookie; c=d")));
-    EXPECT_TRUE(access.isAdmitted(withCookies("settings-8097=old; settings-8097=thecookie")));
+    EXPECT_TRUE(access.isAdmitted(withCookies("settings-8097=" + cookie)));
+    EXPECT_TRUE(access.isAdmitted(withCookies("a=b; settings-8097=" + cookie + "; c=d")));
+    EXPECT_TRUE(access.isAdmitted(withCookies("settings-8097=old; settings-8097=" + cookie)));
     EXPECT_FALSE(access.isAdmitted(WebVisitor()));
-    for (const auto* bad : {"", "thekex", "thekeyy", "theke", "thecookie"}) {
+    for (const auto* bad : {"", "thekex", "thekeyy", "theke", "thesecret"}) {
         EXPECT_FALSE(access.isAdmitted(withKey(bad))) << bad;
     }
-    for (const auto* bad :
-         {"", ";", "=", "settings-8097", "settings-8097=", "settings-8097=thekey", "settings-8098=thecookie",
-          "xsettings-8097=thecookie", "settings-8097=thecookie2", "a=settings-8097=thecookie"}) {
+    const std::string name = "settings-8097=";
+    for (const std::string& bad : {std::string(), std::string(";"), std::string("="), std::string("settings-8097"),
+                                   name, name + "thekey", name + "thesecret", "settings-8098=" + cookie,
+                                   "x" + name + cookie, name + cookie + "2", "a=" + name + cookie}) {
         EXPECT_FALSE(access.isAdmitted(withCookies(bad))) << bad;
     }
 }
 
 TEST_F(WebAccessTest, GivesTheCookieForTheKeyAlone) {
-    EXPECT_EQ(access.cookieFor(withKey("thekey")), "settings-8097=thecookie; Path=/; HttpOnly; SameSite=Strict");
+    EXPECT_EQ(access.cookieFor(withKey("thekey")),
+              "settings-8097=" + cookie + "; Path=/; HttpOnly; SameSite=Strict; Max-Age=2592000");
     EXPECT_EQ(access.cookieFor(withKey("other")), "");
-    EXPECT_EQ(access.cookieFor(withCookies("settings-8097=thecookie")), "");
+    EXPECT_EQ(access.cookieFor(withCookies("settings-8097=" + cookie)), "") << "it is not renewed";
+}
+
+TEST_F(WebAccessTest, ACookieOpensForThirtyDaysAndAKeyForAsLongAsItIsTheKey) {
+    const WebVisitor returning = withCookies("settings-8097=" + cookie);
+    constexpr std::int64_t day = 24 * 60 * 60;
+    now += 30 * day - 1;
+    EXPECT_TRUE(access.isAdmitted(returning));
+    ++now;
+    EXPECT_FALSE(access.isAdmitted(returning));
+    EXPECT_TRUE(access.isAdmitted(withKey("thekey")));
+    EXPECT_NE(access.cookieFor(withKey("thekey")).find(CookieSigner("thesecret").issue(now)), std::string::npos);
+}
+
+TEST_F(WebAccessTest, ANewKeyMakesTheOldOneAndItsCookiesWorthless) {
+    access.replace("newkey", "newsecret");
+    EXPECT_FALSE(access.isAdmitted(withKey("thekey")));
+    EXPECT_FALSE(access.isAdmitted(withCookies("settings-8097=" + cookie)));
+    EXPECT_EQ(access.cookieFor(withKey("thekey")), "");
+    EXPECT_TRUE(access.isAdmitted(withKey("newkey")));
+    EXPECT_TRUE(access.isAdmitted(withCookies("settings-8097=" + CookieSigner("newsecret").issue(now))));
 }
 
 TEST(RandomHexTest, IsOfTheAskedLengthAndNeverTheSame) {

@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "RunningHost.h"
 #include "Terminal.h"
@@ -63,6 +64,7 @@ protected:
         }
         return offersAfter(typed, *withHost);
     }
+    static bool systemHasAHost() { return ::access("/run/settings-host", F_OK) == 0; }
     Words offersWithoutHostAfter(const std::string& typed) {
         if (!withoutHost) {
             withoutHost.emplace(GetParam().command, environment("/nowhere"));
@@ -91,7 +93,8 @@ const Words keys{"captionsEnabled",
                  "orliaLocale",
                  "pttAlwaysOnDiscovered",
                  "pttAlwaysOnEnabled",
-                 "timezone"};
+                 "timezone",
+                 "tovanEntitlementStatus"};
 
 }  // namespace
 
@@ -102,7 +105,7 @@ TEST_P(SettingsCtlCompletion, OffersVerbs) {
     EXPECT_EQ(offersAfter("settingsctl device loca"), (Words{"locale", "locales"}));
 }
 
-TEST_P(SettingsCtlCompletion, OffersTheKeysOfTheRunningHost) {
+TEST_P(SettingsCtlCompletion, OffersTheKeysOfAllSettings) {
     EXPECT_EQ(offersAfter("settingsctl get "), keys);
     EXPECT_EQ(offersAfter("settingsctl get timezone captions"),
               (Words{"captionsEnabled", "captionsFontSize", "captionsStyles"}));
@@ -112,9 +115,10 @@ TEST_P(SettingsCtlCompletion, OffersTheKeysOfTheRunningHost) {
 
 TEST_P(SettingsCtlCompletion, AsksTheHostThatTheCommandLineNames) {
     const std::string socket = host.socketPath();
-    EXPECT_EQ(offersWithoutHostAfter("settingsctl --socket " + socket + " get time"), Words{"timezone"});
-    EXPECT_EQ(offersWithoutHostAfter("settingsctl --socket=" + socket + " get time"), Words{"timezone"});
-    EXPECT_EQ(offersAfter("settingsctl --socket /nowhere/settings.sock get time"), Words{});
+    const Words current{"America/Vancouver"};
+    EXPECT_EQ(offersWithoutHostAfter("settingsctl --socket " + socket + " set timezone "), current);
+    EXPECT_EQ(offersWithoutHostAfter("settingsctl --socket=" + socket + " set timezone "), current);
+    EXPECT_EQ(offersAfter("settingsctl --socket /nowhere/settings.sock set timezone "), Words{});
 }
 
 TEST_P(SettingsCtlCompletion, OffersKnownValuesAndTheCurrentOne) {
@@ -132,6 +136,11 @@ TEST_P(SettingsCtlCompletion, OffersKnownValuesAndTheCurrentOne) {
     EXPECT_EQ(offersAfter("settingsctl device do-not-disturb "), (Words{"on", "off"}));
 }
 
+TEST_P(SettingsCtlCompletion, OffersTheOptionOfPage) {
+    EXPECT_EQ(offersAfter("settingsctl page --n"), Words{"--new-key"});
+    EXPECT_EQ(offersAfter("settingsctl list --n"), Words{});
+}
+
 TEST_P(SettingsCtlCompletion, OffersOptions) {
     const Words offers = offersAfter("settingsctl get --");
     for (const std::string option :
@@ -141,9 +150,12 @@ TEST_P(SettingsCtlCompletion, OffersOptions) {
     }
 }
 
-TEST_P(SettingsCtlCompletion, OffersFixedWordsAndSaysNothingWhenTheHostIsDown) {
+TEST_P(SettingsCtlCompletion, OffersFixedWordsAndKeysAndSaysNothingWhenTheHostIsDown) {
+    if (systemHasAHost()) {
+        GTEST_SKIP() << "the host of this machine may answer";
+    }
     EXPECT_EQ(offersWithoutHostAfter("settingsctl sel"), Words{"selected"});
-    EXPECT_EQ(offersWithoutHostAfter("settingsctl get "), Words{});
+    EXPECT_EQ(offersWithoutHostAfter("settingsctl get "), keys);
     EXPECT_EQ(offersWithoutHostAfter("settingsctl set deviceName "), Words{});
     EXPECT_EQ(offersWithoutHostAfter("settingsctl set pttAlwaysOnEnabled "), (Words{"true", "false"}));
 }

@@ -1,4 +1,6 @@
 #include <fstream>
+#include <optional>
+#include <thread>
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>
@@ -17,6 +19,10 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr std::chrono::milliseconds patience = 20s;
+
+std::vector<SocketPlace> at(const std::string& path) {
+    return {{path, "", ""}};
+}
 
 class SettingsCtlConnection : public testing::Test {
 protected:
@@ -40,7 +46,7 @@ protected:
 
 TEST_F(SettingsCtlConnection, PutsALineTogetherWhereverItIsSplit) {
     const ListeningSocket listener(path);
-    Connection connection(path, patience);
+    Connection connection(at(path), patience);
     const Peer host = listener.accept();
     const std::string text = "{\"a\":\"\xc3\xbc\"}\r\nnext\n";
     for (std::size_t split = 0; split <= text.size(); ++split) {
@@ -61,27 +67,47 @@ TEST_F(SettingsCtlConnection, PutsALineTogetherWhereverItIsSplit) {
     }
 }
 
-TEST_F(SettingsCtlConnection, TakesLinesOfAnySizeBelowTheLimit) {
+TEST_F(SettingsCtlConnection, TakesLinesOfAnySizeToTheLimitHoweverManyAndHoweverSplit) {
     const ListeningSocket listener(path);
-    Connection connection(path, patience, 100);
+    Connection connection(at(path), patience);
     const Peer host = listener.accept();
-    host.sendLine(std::string(99, 'a'));
-    EXPECT_EQ(connection.receive(connection.deadline()), std::string(99, 'a'));
-    host.send(std::string(101, 'a'));
-    EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.receive(connection.deadline()); }),
-              "the host at " + path + " sends a line without an end");
+    std::vector<std::string> lines{std::string(Connection::maximumLineSize - 1, 'a'), "b",
+                                   std::string(Connection::maximumLineSize - 1, 'c'), std::string(70000, 'd')};
+    std::thread sender([&] {
+        for (const auto& line : lines) {
+            host.sendLine(line);
+        }
+    });
+    for (const auto& line : lines) {
+        EXPECT_TRUE(connection.receive(connection.deadline()) == line) << line.front();
+    }
+    sender.join();
+}
+
+TEST_F(SettingsCtlConnection, GivesUpOverALineWithoutAnEnd) {
+    const ListeningSocket listener(path);
+    std::optional<Connection> connection(std::in_place, at(path), patience);
+    const Peer host = listener.accept();
+    bool whole = true;
+    // Read in many pieces, each of them below the limit.
+    std::thread sender([&] { whole = host.send(std::string(8 * Connection::maximumLineSize, 'a')); });
+    EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection->receive(connection->deadline()); }),
+              "the host at " + path + " sends a line longer than 1 MiB");
+    connection.reset();
+    sender.join();
+    EXPECT_FALSE(whole) << "all of it was taken";
 }
 
 TEST_F(SettingsCtlConnection, GivesUpAtTheDeadline) {
     const ListeningSocket listener(path);
-    Connection connection(path, 10ms);
+    Connection connection(at(path), 10ms);
     EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.receive(connection.deadline()); }),
               "the host at " + path + " does not answer");
 }
 
 TEST_F(SettingsCtlConnection, TellsWhatTheHostSaidBeforeItWentEvenIfNothingCanBeSent) {
     const ListeningSocket listener(path);
-    Connection connection(path, patience);
+    Connection connection(at(path), patience);
     Peer host = listener.accept();
     host.send("farewell\n");
     host.close();
@@ -93,7 +119,7 @@ TEST_F(SettingsCtlConnection, TellsWhatTheHostSaidBeforeItWentEvenIfNothingCanBe
 
 TEST_F(SettingsCtlConnection, TellsWhenTheHostGoes) {
     const ListeningSocket listener(path);
-    Connection connection(path, patience);
+    Connection connection(at(path), patience);
     Peer host = listener.accept();
     host.send("whole\nhalf");
     host.close();
@@ -106,20 +132,20 @@ TEST_F(SettingsCtlConnection, TellsWhenTheHostGoes) {
 
 TEST_F(SettingsCtlConnection, GivesUpSendingWhenTheHostDoesNotRead) {
     const ListeningSocket listener(path);
-    Connection connection(path, 10ms);
+    Connection connection(at(path), 10ms);
     EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.send(std::string(4000000, 'a')); }),
               "the host at " + path + " does not take requests");
 }
 
 TEST_F(SettingsCtlConnection, GivesUpConnectingWhenTheHostDoesNotAccept) {
     const ListeningSocket listener(path, 0);
-    const Connection waiting(path, 10ms);
-    EXPECT_EQ(failureOf(UNREACHABLE, [&] { const Connection connection(path, 10ms); }),
+    const Connection waiting(at(path), 10ms);
+    EXPECT_EQ(failureOf(UNREACHABLE, [&] { const Connection connection(at(path), 10ms); }),
               "cannot reach the host at " + path + ": Resource temporarily unavailable (is settings-host running?)");
 }
 
 TEST_F(SettingsCtlConnection, SaysWhyNobodyCanBeReached) {
-    const auto reach = [&] { const Connection connection(path, patience); };
+    const auto reach = [&] { const Connection connection(at(path), patience); };
     EXPECT_EQ(failureOf(UNREACHABLE, reach),
               "cannot reach the host at " + path + ": No such file or directory (is settings-host running?)");
     std::ofstream(path) << "a file";
@@ -129,18 +155,18 @@ TEST_F(SettingsCtlConnection, SaysWhyNobodyCanBeReached) {
 
 TEST_F(SettingsCtlConnection, RefusesAPathThatNoSocketCanHave) {
     const std::string longPath = "/" + std::string(sizeof(sockaddr_un::sun_path) - 1, 'a');
-    EXPECT_EQ(failureOf(WRONG_USAGE, [&] { const Connection connection(longPath, patience); }),
+    EXPECT_EQ(failureOf(WRONG_USAGE, [&] { const Connection connection(at(longPath), patience); }),
               "the socket path is empty or too long: '" + longPath + "'");
-    EXPECT_EQ(failureOf(WRONG_USAGE, [&] { const Connection connection("", patience); }),
+    EXPECT_EQ(failureOf(WRONG_USAGE, [&] { const Connection connection(at(""), patience); }),
               "the socket path is empty or too long: ''");
     EXPECT_EQ(
-        failureOf(UNREACHABLE, [&] { const Connection connection(longPath.substr(1), patience); }),
+        failureOf(UNREACHABLE, [&] { const Connection connection(at(longPath.substr(1)), patience); }),
         "cannot reach the host at " + longPath.substr(1) + ": No such file or directory (is settings-host running?)");
 }
 
 TEST_F(SettingsCtlConnection, ReturnsNothingWhenAnotherDescriptorSpeaksFirst) {
     const ListeningSocket listener(path);
-    Connection connection(path, patience);
+    Connection connection(at(path), patience);
     const Peer host = listener.accept();
     int ends[2];
     ASSERT_EQ(::pipe(ends), 0);
@@ -150,4 +176,67 @@ TEST_F(SettingsCtlConnection, ReturnsNothingWhenAnotherDescriptorSpeaksFirst) {
     EXPECT_EQ(connection.receive(connection.deadline(), {{ends[0], POLLIN, 0}}), std::nullopt);
     ::close(ends[0]);
     ::close(ends[1]);
+}
+
+namespace {
+
+/// Two hosts' places, of which the test makes those that it wants to be there.
+class SettingsCtlHosts : public SettingsCtlConnection {
+protected:
+    std::vector<SocketPlace> places(const std::string& objection = "") const {
+        return {{folder / "own", folder / "own-companion", objection},
+                {folder / "other", folder / "other-companion", ""}};
+    }
+    /// Where a verb would go.
+    std::string taken(const std::vector<SocketPlace>& from) const { return Connection(from, patience).socketPath(); }
+    /// Why it would go nowhere.
+    std::string refusal(const std::vector<SocketPlace>& from) const {
+        return failureOf(UNREACHABLE, [&] { taken(from); });
+    }
+    std::string own() const { return "cannot reach the host at " + (folder / "own") + ": "; }
+    std::string other() const { return ", nor at " + (folder / "other") + ": "; }
+
+    const std::string nobody = "No such file or directory";
+    const std::string question = " (is settings-host running?)";
+};
+
+}  // namespace
+
+TEST_F(SettingsCtlHosts, TheFirstThatIsThereIsTaken) {
+    EXPECT_EQ(refusal(places()), own() + nobody + other() + nobody + question);
+    const ListeningSocket second(folder / "other");
+    EXPECT_EQ(taken(places()), folder / "other");
+    const ListeningSocket first(folder / "own");
+    EXPECT_EQ(taken(places()), folder / "own");
+}
+
+TEST_F(SettingsCtlHosts, OneThatDiedIsNotThere) {
+    { const ListeningSocket dead(folder / "own"); }
+    { const ListeningSocket dead(folder / "own-companion"); }
+    EXPECT_EQ(refusal(places()), own() + "Connection refused" + other() + nobody + question);
+    const ListeningSocket second(folder / "other");
+    EXPECT_EQ(taken(places()), folder / "other");
+}
+
+TEST_F(SettingsCtlHosts, BothSocketsAreOfTheSameOne) {
+    const ListeningSocket companion(folder / "own-companion");
+    const ListeningSocket second(folder / "other");
+    EXPECT_EQ(refusal(places()), own() + nobody + question) << "the other host's socket is not the first one's";
+}
+
+TEST_F(SettingsCtlHosts, OneThatDoesNotAcceptInTimeIsThere) {
+    const ListeningSocket first(folder / "own", 0);
+    const Connection waiting(at(folder / "own"), patience);
+    const ListeningSocket second(folder / "other");
+    EXPECT_EQ(failureOf(UNREACHABLE, [&] { const Connection connection(places(), 10ms); }),
+              own() + "Resource temporarily unavailable" + question);
+}
+
+TEST_F(SettingsCtlHosts, AnObjectionableOneIsNotEvenTried) {
+    const ListeningSocket first(folder / "own");
+    const ListeningSocket companion(folder / "own-companion");
+    EXPECT_EQ(refusal(places("its folder belongs to another user")),
+              own() + "its folder belongs to another user" + other() + nobody + question);
+    const ListeningSocket second(folder / "other");
+    EXPECT_EQ(taken(places("its folder belongs to another user")), folder / "other");
 }

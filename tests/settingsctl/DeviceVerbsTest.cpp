@@ -85,6 +85,21 @@ TEST(SettingsCtlDeviceVerbs, AreNotDoneWithoutTheDevicesWord) {
     }
 }
 
+TEST(SettingsCtlDeviceSetting, SaysThatItWasThatValueAlready) {
+    const std::string frame = R"({"command":"setting","key":"k\u001B","value":"v"})";
+    const std::string reply = R"({"ok":true,"changed":false})";
+    const std::vector<std::pair<std::vector<std::string>, std::string>> runs{
+        {{"device", "setting", "k\x1b", "v"}, "k\\x1b: unchanged\n"},
+        {{"--json", "device", "setting", "k\x1b", "v"}, reply + "\n"},
+        {{"--quiet", "device", "setting", "k\x1b", "v"}, ""}};
+    for (const auto& [arguments, output] : runs) {
+        const FakeHost host;
+        auto program = host.start(arguments);
+        answer(host, frame, reply);
+        expectEnd(program, 0, output, "");
+    }
+}
+
 TEST(SettingsCtlDeviceShow, PrintsTheStateLikeGet) {
     const FakeHost host;
     auto program = host.start({"device", "show"});
@@ -131,6 +146,18 @@ TEST(SettingsCtlPage, PrintsTheAnswerInJson) {
     auto program = host.start({"--json", "page"});
     answer(host, R"({"command":"page"})", R"({"page":{"address":"http://127.0.0.1:8097/?key=k"}})");
     expectEnd(program, 0, "{\"page\":{\"address\":\"http://127.0.0.1:8097/?key=k\"}}\n", "");
+}
+
+TEST(SettingsCtlPage, MakesANewKeyAndSaysWhenThatFails) {
+    const FakeHost host;
+    const std::string request = R"({"command":"page","newKey":true})";
+    auto renewing = host.start({"page", "--new-key"});
+    answer(host, request, R"({"page":{"address":"http://127.0.0.1:8097/?key=n"}})");
+    expectEnd(renewing, 0, "http://127.0.0.1:8097/?key=n\n", "");
+    auto failing = host.start({"--json", "page", "--new-key"});
+    answer(host, request, R"({"error":{"code":"not-written","message":"the new key could not be stored"}})");
+    expectEnd(failing, 1, "",
+              "settingsctl: the host refused the request: the new key could not be stored (not-written)\n");
 }
 
 TEST(SettingsCtlPage, TellsWhenThereAreNone) {

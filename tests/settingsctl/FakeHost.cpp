@@ -5,7 +5,9 @@
 #include <stdexcept>
 
 #include <gtest/gtest.h>
+#include <linux/sockios.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -26,6 +28,16 @@ std::string Peer::receiveLine() {
 
 bool Peer::send(const std::string& bytes) const {
     return TestSupport::sendAll(socket, bytes);
+}
+
+void Peer::waitUntilRead() const {
+    const auto deadline = std::chrono::steady_clock::now() + TestSupport::patience;
+    for (int waiting = 1; waiting > 0;) {
+        if (::ioctl(socket, SIOCOUTQ, &waiting) != 0 || std::chrono::steady_clock::now() > deadline) {
+            throw std::runtime_error("the client does not read");
+        }
+        ::usleep(1000);
+    }
 }
 
 void Peer::close() {

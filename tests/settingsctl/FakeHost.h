@@ -25,6 +25,8 @@ public:
     /// False when the client is gone.
     bool send(const std::string& bytes) const;
     bool sendLine(const std::string& line) const { return send(line + "\n"); }
+    /// Returns when the client has taken everything that was sent.
+    void waitUntilRead() const;
     void close();
 
 private:

@@ -5,24 +5,31 @@
 using namespace SettingsCtl;
 
 TEST(SettingsCtlOutput, EscapesTheFirstRowOfControlCharacters) {
-    EXPECT_EQ(escapeControlCharacters("a\nb\rc\td"), "a\\nb\\rc\\td");
-    EXPECT_EQ(escapeControlCharacters(std::string("\0\x01\x1b[31m\x1f", 8)), "\\x00\\x01\\x1b[31m\\x1f");
+    EXPECT_EQ(escaped("a\nb\rc\td"), "a\\nb\\rc\\td");
+    EXPECT_EQ(escaped(std::string("\0\x01\x1b[31m\x1f", 8)), "\\x00\\x01\\x1b[31m\\x1f");
 }
 
 TEST(SettingsCtlOutput, EscapesDel) {
-    EXPECT_EQ(escapeControlCharacters("a\x7f"), "a\\x7f");
+    EXPECT_EQ(escaped("a\x7f"), "a\\x7f");
 }
 
 TEST(SettingsCtlOutput, EscapesTheSecondRowOfControlCharactersButNotItsNeighbours) {
-    EXPECT_EQ(escapeControlCharacters("\xc2\x80\xc2\x9b\xc2\x9f"), "\\u0080\\u009b\\u009f");
-    EXPECT_EQ(escapeControlCharacters("\xc2\xa0\xc3\x80\xe2\x82\x9b"), "\xc2\xa0\xc3\x80\xe2\x82\x9b");
+    EXPECT_EQ(escaped("\xc2\x80\xc2\x9b\xc2\x9f"), "\\u0080\\u009b\\u009f");
+    EXPECT_EQ(escaped("\xc2\xa0\xc3\x80\xe2\x82\x9b"), "\xc2\xa0\xc3\x80\xe2\x82\x9b");
+}
+
+TEST(SettingsCtlOutput, DoublesBackslashesSoThatNothingLooksLikeAnEscape) {
+    EXPECT_EQ(escaped("\\"), "\\\\");
+    EXPECT_EQ(escaped("a\\nb\nc"), "a\\\\nb\\nc");
+    EXPECT_EQ(escaped("\\x1b\x1b"), "\\\\x1b\\x1b");
+    EXPECT_EQ(escaped("\\u009b\xc2\x9b"), "\\\\u009b\\u009b");
 }
 
 TEST(SettingsCtlOutput, KeepsEverythingElse) {
-    const std::string text = "Küche 'n' \"Bad\" \\ 日本 ~ ";
-    EXPECT_EQ(escapeControlCharacters(text), text);
-    EXPECT_EQ(escapeControlCharacters("\xc2"), "\xc2");
-    EXPECT_EQ(escapeControlCharacters(""), "");
+    const std::string text = "Küche 'n' \"Bad\" / 日本 ~ ";
+    EXPECT_EQ(escaped(text), text);
+    EXPECT_EQ(escaped("\xc2"), "\xc2");
+    EXPECT_EQ(escaped(""), "");
 }
 
 TEST(SettingsCtlOutput, WritesAChangeAsOneLine) {

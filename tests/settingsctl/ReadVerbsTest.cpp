@@ -93,7 +93,7 @@ TEST(SettingsCtlGet, PrintsHugeValuesWhole) {
     const FakeHost host;
     auto program = host.start({"get", "--value"});
     Peer client = host.accept();
-    const std::string value(3000000, 'v');
+    const std::string value(1000000, 'v');
     client.sendLine(getReply(program, 1, R"({"k":")" + value + "\"}"));
     expectEnd(program, 0, value + "\n", "");
 }
@@ -139,18 +139,47 @@ TEST(SettingsCtlGet, FailsWhenItsOutputCannotBeWritten) {
     expectEnd(program, 1, "", "settingsctl: cannot write to standard output: No space left on device\n");
 }
 
-TEST(SettingsCtlList, PrintsTheKeysOneALine) {
+TEST(SettingsCtlGet, ShowsDifferentValuesDifferently) {
     const FakeHost host;
-    auto program = host.start({"list"});
-    answerGet(host, program, "[]", R"({"timezone":"x","deviceName":"y","k\u0007":"z"})");
-    expectEnd(program, 0, "deviceName\nk\\x07\ntimezone\n", "");
+    auto program = host.start({"get"});
+    answerGet(host, program, "[]", R"({"a":"\n","b":"\\n","c":"\\\n","d\\x1b":"\u001b"})");
+    expectEnd(program, 0, "a=\\n\nb=\\\\n\nc=\\\\\\n\nd\\\\x1b=\\x1b\n", "");
+}
+
+namespace {
+
+TestSupport::Finished list(std::vector<std::string> options) {
+    options.insert(options.begin(), {SETTINGSCTL_PROGRAM, "list"});
+    return TestSupport::run(options, {{"XDG_RUNTIME_DIR", "/nowhere"}});
+}
+
+}  // namespace
+
+TEST(SettingsCtlList, PrintsTheKeysOfAllSettingsOneALineWithoutAHost) {
+    const auto end = list({});
+    EXPECT_EQ(end.output,
+              "captionsEnabled\ncaptionsFontSize\ncaptionsStyles\ncompanionDevice\ndeviceName\ndoNotDisturbEnabled\n"
+              "friendlyName\nhandsFreeAlwaysOnDiscovered\nhandsFreeAlwaysOnEnabled\nhandsFreeEnabled\norliaLocale\n"
+              "pttAlwaysOnDiscovered\npttAlwaysOnEnabled\ntimezone\ntovanEntitlementStatus\n");
+    EXPECT_EQ(end.errors, "");
+    EXPECT_EQ(end.status, 0);
 }
 
 TEST(SettingsCtlList, PrintsOneJsonArray) {
-    const FakeHost host;
-    auto program = host.start({"list", "--json"});
-    answerGet(host, program, "[]", twoSettings);
-    expectEnd(program, 0, "[\"deviceName\",\"timezone\"]\n", "");
+    const auto end = list({"--json"});
+    EXPECT_EQ(end.output,
+              R"(["captionsEnabled","captionsFontSize","captionsStyles","companionDevice","deviceName",)"
+              R"("doNotDisturbEnabled","friendlyName","handsFreeAlwaysOnDiscovered","handsFreeAlwaysOnEnabled",)"
+              R"("handsFreeEnabled","orliaLocale","pttAlwaysOnDiscovered","pttAlwaysOnEnabled","timezone",)"
+              R"("tovanEntitlementStatus"])"
+              "\n");
+    EXPECT_EQ(end.status, 0);
+}
+
+TEST(SettingsCtlList, PrintsNothingWhenQuiet) {
+    const auto end = list({"--quiet"});
+    EXPECT_EQ(end.output + end.errors, "");
+    EXPECT_EQ(end.status, 0);
 }
 
 class SettingsCtlSelected : public testing::TestWithParam<bool> {

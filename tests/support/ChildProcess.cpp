@@ -49,6 +49,10 @@ void passSockets(std::vector<int> sockets) {
 [[noreturn]] void becomeProgram(std::vector<char*>& arguments, const std::map<std::string, std::string>& environment,
                                 int output, int errors, const std::vector<int>& sockets) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    // A test that runs under nohup or in a shell's background does not hand down what it ignores itself.
+    for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE}) {
+        ::signal(number, SIG_DFL);
+    }
     const int input = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
     ::dup2(input, STDIN_FILENO);
     ::dup2(output, STDOUT_FILENO);

@@ -16,9 +16,9 @@ namespace TestSupport {
 class ChildProcess {
 public:
     /// Starts `arguments[0]`, looked up in PATH when it holds no slash, with the test's environment changed by
-    /// `environment` (an empty value removes the variable). Standard input is empty.
-    /// `sockets` are passed to the program as a service manager does it; the caller names them in LISTEN_FDNAMES. The
-    /// place of one that is not open (-1) stays empty.
+    /// `environment` (an empty value removes the variable). Standard input is empty, and no signal that ends programs
+    /// is ignored. `sockets` are passed to the program as a service manager does it; the caller names them in
+    /// LISTEN_FDNAMES. The place of one that is not open (-1) stays empty.
     explicit ChildProcess(const std::vector<std::string>& arguments,
                           const std::map<std::string, std::string>& environment = {},
                           const std::vector<int>& sockets = {});

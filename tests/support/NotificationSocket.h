@@ -17,8 +17,12 @@ public:
     /// The next datagram; nothing when none came in time.
     std::optional<std::string> receive(std::chrono::milliseconds deadline = patience);
 
+    /// When the last one arrived, whenever the test came to read it. Counted from the epoch.
+    std::chrono::nanoseconds received() const { return arrival; }
+
 private:
     PlainSocket socket;
+    std::chrono::nanoseconds arrival{0};
 };
 
 }  // namespace TestSupport

@@ -17,7 +17,7 @@ constexpr bool sanitizersHoldSignalsBack = false;
 /// about it.
 constexpr bool sanitized = sanitizersNeedDescriptors || sanitizersHoldSignalsBack;
 
-/// Programs of this build are as large as what is shipped.
+/// Programs of this build are as large and as fast as what is shipped.
 #if defined(__OPTIMIZE__)
 constexpr bool asShipped = !sanitized;
 #else

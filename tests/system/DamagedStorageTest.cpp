@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "WebHostFixture.h"
+#include "support/NotificationSocket.h"
 #include "support/Sanitizers.h"
 
 namespace SystemTests {
@@ -110,11 +111,16 @@ TEST_F(HostDamagedStorage, WaitsForAnotherProcessASecondAndNoLonger) {
     ASSERT_EQ(sqlite3_exec(other, "PRAGMA locking_mode=EXCLUSIVE; BEGIN EXCLUSIVE", nullptr, nullptr, nullptr),
               SQLITE_OK);
     expectCannotStart("is in use by another process");
-    std::thread release([other] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    // The lock stays until the other process closes the database.
+    sqlite3_exec(other, "ROLLBACK", nullptr, nullptr, nullptr);
+    TestSupport::NotificationSocket notifications(folder / "notify");
+    environment["NOTIFY_SOCKET"] = folder / "notify";
+    std::thread release([other, &notifications] {
+        EXPECT_EQ(notifications.receive(), "STATUS=Opening the database");
+        // Part of the second, so that the host finds the database in use first.
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
         sqlite3_close(other);
     });
-    sqlite3_exec(other, "ROLLBACK", nullptr, nullptr, nullptr);
     startWeb();
     release.join();
     EXPECT_EQ(get("deviceName"), "Den");

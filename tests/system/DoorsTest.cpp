@@ -4,6 +4,7 @@
 #include <sys/resource.h>
 
 #include "HostFixture.h"
+#include "support/Repeated.h"
 
 namespace SystemTests {
 
@@ -55,7 +56,8 @@ TEST_F(HostDoors, AClientThatNeverReadsIsDisconnectedAndHoldsNobodyUp) {
 
 TEST_F(HostDoors, ASingleReplyLargerThanTheLimitReachesAClientThatReads) {
     start({"--log-level", "3"});
-    const std::string value(60000, 'v');
+    // A byte where it is stored, six in a frame.
+    const std::string value = TestSupport::repeated(R"(\u0001)", 10000);
     std::string keys;
     for (int number = 0; number < 30; ++number) {
         const std::string key = "key" + std::to_string(number);

@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <atomic>
+#include <deque>
 #include <iostream>
 #include <memory>
 #include <thread>
@@ -21,6 +23,8 @@ namespace {
 
 /// What the host promises.
 constexpr std::size_t clientsOfADoor = 128;
+/// Of them, those that have shown neither key nor cookie.
+constexpr std::size_t strangersOfADoor = 32;
 /// What a connection may cost in memory while nothing waits for it.
 constexpr std::size_t idleConnectionCost = 64UL * 1024;
 
@@ -44,10 +48,13 @@ protected:
 
     static void waitFor(const std::function<bool()>& condition) {
         const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
-        while (!condition() && std::chrono::steady_clock::now() < until) {
+        bool isMet = condition();
+        while (!isMet && std::chrono::steady_clock::now() < until) {
             std::this_thread::sleep_for(std::chrono::milliseconds(2));
+            isMet = condition();
         }
-        EXPECT_TRUE(condition());
+        // Asked for once: a stranger's look at the figures may itself have to make room for others.
+        EXPECT_TRUE(isMet);
     }
 
     /// Is the host, apart from the test's own connection, as it was before?
@@ -101,7 +108,8 @@ TEST_F(HostileConnections, OfAThousandClientsAsManyAsThereIsRoomForAreServedAndT
                 EXPECT_TRUE(crowd[number]->closedByPeer());
             }
         }
-        EXPECT_EQ(TestSupport::openDescriptors(host->pid()), descriptors + others);
+        const std::size_t withOthers = descriptors + others;
+        waitFor([&] { return TestSupport::openDescriptors(host->pid()) == withOthers; });
         EXPECT_EQ(figure(std::string("settings_host_clients_turned_away_total{door=\"") + door + "\"}"),
                   std::to_string(crowdSize - others));
         crowd.clear();
@@ -110,7 +118,7 @@ TEST_F(HostileConnections, OfAThousandClientsAsManyAsThereIsRoomForAreServedAndT
     expectGrowthBelow(clientsOfADoor * idleConnectionCost);
 }
 
-TEST_F(HostileConnections, OfAThousandWebConnectionsAsManyAsThereIsRoomForAreKept) {
+TEST_F(HostileConnections, OfAThousandWebConnectionsWithoutKeyAsManyAsThereIsRoomForAreKept) {
     constexpr std::size_t crowdSize = 1000;
     const auto inside = page();
     std::vector<std::unique_ptr<TcpConnection>> crowd;
@@ -121,14 +129,53 @@ TEST_F(HostileConnections, OfAThousandWebConnectionsAsManyAsThereIsRoomForAreKep
             EXPECT_TRUE(inside->receiveText()) << number;
         }
     }
-    for (std::size_t number = crowdSize - 800; number < crowdSize; ++number) {
-        ASSERT_EQ(crowd[number]->receiveAll(), "");
-        EXPECT_TRUE(crowd[number]->closedByPeer());
-    }
-    EXPECT_LE(TestSupport::openDescriptors(host->pid()), descriptors + clientsOfADoor);
+    const auto turnedAway = [&] {
+        const std::string count = figure("settings_host_clients_turned_away_total{door=\"page\"}");
+        return count == "(none)" ? 0 : std::stoul(count);
+    };
+    waitFor([&] { return turnedAway() >= crowdSize - strangersOfADoor; });
+    EXPECT_LE(TestSupport::openDescriptors(host->pid()), descriptors + 1 + strangersOfADoor);
     crowd.clear();
     waitFor([&] { return TestSupport::openDescriptors(host->pid()) <= descriptors + 1; });
-    EXPECT_GE(std::stoul(figure("settings_host_clients_turned_away_total{door=\"page\"}")), crowdSize - clientsOfADoor);
+    expectGrowthBelow(clientsOfADoor * idleConnectionCost);
+}
+
+TEST_F(HostileConnections, WhileOthersReconnectAsFastAsTheyCanThoseWithTheKeyAreServed) {
+    const std::string cookie = cookieOf(httpGet(port, "/?key=" + key));
+    const auto inside = page();
+    std::atomic<bool> enough{false};
+    // Silent ones, beginnings of a request, whole requests.
+    const std::vector<std::string> kinds{"", "GET / HTTP/1.1\r\n",
+                                         "GET / HTTP/1.1\r\nHost: 127.0.0.1:" + std::to_string(port) + "\r\n\r\n"};
+    std::vector<std::thread> floods;
+    floods.reserve(kinds.size());
+    for (const auto& bytes : kinds) {
+        floods.emplace_back([this, bytes, &enough] {
+            std::deque<TcpConnection> crowd;
+            while (!enough) {
+                crowd.emplace_back(port).send(bytes);
+                if (crowd.size() > clientsOfADoor) {
+                    crowd.pop_front();
+                }
+            }
+        });
+    }
+    waitFor([&] {
+        const std::string count = figure("settings_host_clients_turned_away_total{door=\"page\"}");
+        return count != "(none)" && count != "0";
+    });
+    for (int number = 0; number < 50; ++number) {
+        EXPECT_EQ(httpGet(port, "/?key=" + key).status, 200) << number;
+        EXPECT_EQ(httpGet(port, "/", {"Cookie: " + cookie}).status, 200) << number;
+        EXPECT_EQ(HostWebSocket(port, "/settings", "settings.v1", {"Cookie: " + cookie}).status(), 101) << number;
+        inside->sendText(getRequest(R"(["deviceName"])"));
+        EXPECT_TRUE(inside->receiveText()) << number;
+        EXPECT_EQ(get("deviceName"), "TV") << number;
+    }
+    enough = true;
+    for (auto& flood : floods) {
+        flood.join();
+    }
     expectGrowthBelow(clientsOfADoor * idleConnectionCost);
 }
 

@@ -36,7 +36,7 @@ protected:
     using Attack = std::function<void()>;
 
     void SetUp() override {
-        if (TestSupport::sanitized) {
+        if (!TestSupport::asShipped) {
             GTEST_SKIP();
         }
         startWeb({"--log-level", "3"});

@@ -1,3 +1,4 @@
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -28,6 +29,17 @@ protected:
         return text.str();
     }
 
+    /// Reads what the host says until a line holds `text`.
+    void awaitLine(const std::string& text) {
+        for (;;) {
+            const auto line = host->errors().readLine();
+            ASSERT_TRUE(line) << "it never said " << text;
+            if (contains(*line, text)) {
+                return;
+            }
+        }
+    }
+
     /// Sends a request that has no answer, and waits until it was handled.
     void request(const std::string& frame) { ask(frame + "\n" + getRequest("[]")); }
 };
@@ -54,6 +66,49 @@ TEST_F(HostLog, TurnsItsFileOverWhileTheHostServes) {
     for (const auto* name : {"host.log", "host.log.1", "host.log.2"}) {
         EXPECT_LE(std::filesystem::file_size(folder / name), 1048576U) << name;
     }
+}
+
+TEST_F(HostLog, KeepsWhyAStartFailedInItsFile) {
+    std::ofstream(folder / "run") << "no folder";
+    const auto failing = launch({"--log-file", folder / "host.log"});
+    const Lines shown = linesOf(failing->errors().readAll());
+    EXPECT_EQ(failing->wait(), 1);
+    const Lines kept = linesOf(content(folder / "host.log"));
+    ASSERT_EQ(shown.size(), 1U);
+    ASSERT_EQ(kept.size(), 1U);
+    const std::string reason = shown[0].substr(std::string("settings-host: ").size());
+    EXPECT_TRUE(contains(kept[0], " error [")) << kept[0];
+    EXPECT_EQ(kept[0].substr(kept[0].find("] ") + 2), "settings-host:" + reason);
+}
+
+TEST_F(HostLog, OpensItsFileAgainOnSighup) {
+    const std::string file = folder / "host.log";
+    start({"--log-level", "0", "--log-file", file});
+    request(setRequest("deviceName", "\"Den\""));
+    std::filesystem::rename(file, folder / "moved.log");
+    const std::string before = content(folder / "moved.log");
+    host->sendSignal(SIGHUP);
+    ASSERT_NO_FATAL_FAILURE(awaitLine("settings-host:opened the log file again"));
+    request(setRequest("deviceName", "\"Attic\"", 2));
+    EXPECT_EQ(get("deviceName"), "Attic") << "it stopped";
+    const Lines shown = linesOf(stop());
+    Lines kept = linesOf(content(file));
+    ASSERT_FALSE(kept.empty());
+    EXPECT_TRUE(contains(kept[0], "settings-host:opened the log file again")) << kept[0];
+    kept.erase(kept.begin());
+    EXPECT_EQ(kept, shown);
+    EXPECT_EQ(content(folder / "moved.log"), before) << "it went on in the old file";
+}
+
+TEST_F(HostLog, GoesOnWithoutAFileThatCannotBeOpenedAgain) {
+    const std::string file = folder / "host.log";
+    start({"--log-file", file});
+    std::filesystem::remove(file);
+    std::filesystem::create_directory(file);
+    host->sendSignal(SIGHUP);
+    ASSERT_NO_FATAL_FAILURE(
+        awaitLine("settings-host:the log file " + file + " cannot be opened again, its lines are lost: "));
+    EXPECT_EQ(get("deviceName"), "TV");
 }
 
 TEST_F(HostLog, SaysWhichRequestALineIsAbout) {

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -129,6 +130,23 @@ TEST_F(HostService, ShowsSignsOfLifeAsLongAsItsLoopTurns) {
     EXPECT_TRUE(stopping);
 }
 
+TEST_F(HostService, ShowsASignOfLifeTwiceInEveryInterval) {
+    constexpr std::chrono::seconds interval(4);
+    environment["WATCHDOG_USEC"] = std::to_string(std::chrono::microseconds(interval).count());
+    start();
+    EXPECT_EQ(next(), "STATUS=Opening the database");
+    EXPECT_EQ(next(), "READY=1\nSTATUS=Serving at " + socket());
+    auto last = notifications.received();
+    std::chrono::nanoseconds longest{0};
+    for (int count = 0; count < 3; ++count) {
+        EXPECT_EQ(next(), "WATCHDOG=1");
+        longest = std::max(longest, notifications.received() - last);
+        last = notifications.received();
+    }
+    // The rest of the interval is for a machine that is busy.
+    EXPECT_LT(longest, interval * 3 / 4) << longest.count();
+}
+
 TEST_F(HostService, ShowsNoSignsOfLifeThatAreForAnotherProcess) {
     environment["WATCHDOG_USEC"] = "100000";
     environment["WATCHDOG_PID"] = std::to_string(::getpid());
@@ -199,6 +217,22 @@ TEST_F(HostService, RefusesSocketsThatAreNotThere) {
     environment["LISTEN_FDNAMES"] = "settings";
     sockets = {-1};
     expectCannotStart("cannot take the passed sockets over: Bad file descriptor");
+}
+
+TEST_F(HostService, IsNeverGivenUpByItsUnits) {
+    const std::string service = "settings-host.service";
+    EXPECT_EQ(unitLines(service, "StartLimitIntervalSec"), Lines{"0"});
+    EXPECT_EQ(unitLines(service, "StartLimitBurst"), Lines{});
+    EXPECT_EQ(unitLines(service, "Restart"), Lines{"on-failure"});
+    EXPECT_EQ(unitLines(service, "RestartSec"), Lines{"2"});
+    EXPECT_EQ(unitLines(service, "RestartPreventExitStatus"), Lines{"2"});
+    std::string stopsSockets = R"(+/bin/sh -c 'test "$$EXIT_STATUS" != 2 || exec systemctl stop --no-block)";
+    for (const std::string unit : {"settings-host.socket", "settings-host-device.socket", "settings-host-web.socket"}) {
+        EXPECT_EQ(unitLines(unit, "TriggerLimitIntervalSec"), Lines{"0"}) << unit;
+        EXPECT_EQ(unitLines(unit, "TriggerLimitBurst"), Lines{}) << unit;
+        stopsSockets += " " + unit;
+    }
+    EXPECT_EQ(unitLines(service, "ExecStopPost"), Lines{stopsSockets + "'"});
 }
 
 TEST_F(HostService, StartsAsTheUnitsSay) {

@@ -116,6 +116,50 @@ TEST_F(HostUnwritableStorage, AReadOnlyDiskServesWhatIsStored) {
     }
 }
 
+TEST_F(HostUnwritableStorage, AStoredLocaleThatCannotBeSetAsideStopsTheHostWithItsReasonLast) {
+    startInside();
+    stop();
+    const auto stored = TestSupport::run(
+        inside({"sqlite3", database(), R"(INSERT INTO settings VALUES ('orliaLocale', '{"no":"array"}'))"}));
+    ASSERT_EQ(stored.status, 0) << stored.errors;
+    remount("ro");
+    programPrefix = inside({});
+    const auto failing = launch();
+    EXPECT_EQ(failing->output().readAll(), "");
+    Lines said;
+    while (const auto line = failing->errors().readLine()) {
+        // Without time, level and thread.
+        said.push_back(line->substr(contains(*line, "] ") ? line->find("] ") + 2 : 0));
+    }
+    EXPECT_EQ(failing->wait(), 1);
+    EXPECT_EQ(said,
+              (Lines{"settings-host:no change will be stored: the file system cannot be written to",
+                     "settings-host:cannot set 'orliaLocale' aside: database: attempt to write a readonly database",
+                     "settings-host: the stored value of 'orliaLocale' is unusable and could not be set aside"}));
+}
+
+TEST_F(HostUnwritableStorage, AHostThatOnlyReadsIsLiveToo) {
+    startInside();
+    set("deviceName", "Den");
+    for (const bool isKilled : {true, false}) {
+        SCOPED_TRACE(isKilled ? "with a log" : "without a log");
+        isKilled ? kill() : static_cast<void>(stop());
+        disconnect();
+        remount("ro");
+        startInside();
+        // Now the files could be removed, while the host that was started before goes on reading them.
+        remount("rw");
+        const auto refused = TestSupport::run(inside({SETTINGS_HOST, "--storage", database(), "--reset", "--yes"}));
+        EXPECT_EQ(refused.status, 1);
+        EXPECT_EQ(refused.errors, "settings-host: " + database() + " is in use by another process\n");
+        EXPECT_EQ(get("deviceName"), "Den");
+        stop();
+        disconnect();
+        startInside();
+        EXPECT_EQ(get("deviceName"), "Den");
+    }
+}
+
 TEST_F(HostUnwritableStorage, AReadOnlyDiskWithoutADatabaseStopsTheHost) {
     remount("ro");
     programPrefix = inside({});

@@ -42,6 +42,12 @@ protected:
         return socket;
     }
 
+    /// "NAME=VALUE" as a browser sends it back.
+    static std::string cookieOf(const TestSupport::HttpResponse& answer) {
+        const auto header = answer.headers.find("set-cookie");
+        return header == answer.headers.end() ? "(none)" : header->second.substr(0, header->second.find(';'));
+    }
+
     static rapidjson::Document next(WireTests::HostWebSocket& socket) {
         const auto text = socket.receiveText();
         EXPECT_TRUE(text) << "nothing came";

@@ -55,7 +55,7 @@ TEST_F(HostWeb, TheDevicePageDrivesTheDeviceAndWatchesAllMessages) {
 TEST_F(HostWeb, OpensWithANewKeyAtEachStartButKnowsItsBrowsersAgain) {
     startWeb();
     const auto first = httpGet(port, "/?key=" + key);
-    const std::string cookie = first.headers.at("set-cookie").substr(0, first.headers.at("set-cookie").find(';'));
+    const std::string cookie = cookieOf(first);
     const std::string oldKey = key;
     kill();
     startWeb({}, port);
@@ -81,6 +81,91 @@ TEST_F(HostWeb, TellsItsAddressAtTheDeviceSocket) {
     stop();
     start();
     EXPECT_TRUE(contains(device(R"({"command":"page"})"), "no-pages"));
+}
+
+TEST_F(HostWeb, ANewKeyLocksOutEveryBrowserThatCameWithTheOldOne) {
+    startWeb();
+    const std::string cookie = cookieOf(httpGet(port, "/?key=" + key));
+    const auto withKey = page();
+    HostWebSocket withCookie(port, "/device", "device.v1", {"Cookie: " + cookie});
+    EXPECT_EQ(withCookie.status(), 101);
+    const std::string answer = device(R"({"command":"page","newKey":true})");
+    EXPECT_EQ(withKey->receive().value_or(HostWebSocket::Message()).closeStatus(), 4401);
+    EXPECT_EQ(withCookie.receive().value_or(HostWebSocket::Message()).closeStatus(), 4401);
+    const std::string newAddress = parsed(answer)["page"]["address"].GetString();
+    const std::string newKey = newAddress.substr(newAddress.find('=') + 1);
+    EXPECT_NE(newKey, key);
+    EXPECT_EQ(device(R"({"command":"page"})"), answer);
+    EXPECT_EQ(httpGet(port, "/?key=" + key).status, 403);
+    EXPECT_EQ(httpGet(port, "/", {"Cookie: " + cookie}).status, 403);
+    const std::string newCookie = cookieOf(httpGet(port, "/?key=" + newKey));
+    kill();
+    startWeb({}, port);
+    EXPECT_EQ(httpGet(port, "/", {"Cookie: " + cookie}).status, 403);
+    EXPECT_EQ(httpGet(port, "/", {"Cookie: " + newCookie}).status, 200);
+}
+
+TEST_F(HostWeb, ANewKeyThatCannotBeStoredIsRefusedAndTheOldOneHolds) {
+    startWeb();
+    const std::string cookie = cookieOf(httpGet(port, "/?key=" + key));
+    const auto inside = page();
+    const rlimit full{1, RLIM_INFINITY};
+    ASSERT_EQ(::prlimit(host->pid(), RLIMIT_FSIZE, &full, nullptr), 0);
+    EXPECT_EQ(device(R"({"command":"page","newKey":true})"),
+              R"({"error":{"code":"not-written","message":)"
+              R"("the new key could not be stored: the old key and its cookies still hold"}})");
+    EXPECT_EQ(httpGet(port, "/?key=" + key).status, 200);
+    EXPECT_EQ(httpGet(port, "/", {"Cookie: " + cookie}).status, 200);
+    inside->sendText(getRequest(R"(["deviceName"])"));
+    EXPECT_TRUE(inside->receiveText());
+}
+
+TEST_F(HostWeb, ThePagesDoNotLearnTheKey) {
+    startWeb();
+    const auto devicePage = page("/device", "device.v1");
+    for (const auto* command : {R"({"command":"page"})", R"({"command":"page","newKey":true})"}) {
+        devicePage->sendText(command);
+        EXPECT_STREQ(next(*devicePage)["error"]["code"].GetString(), "not-here");
+    }
+    EXPECT_EQ(httpGet(port, "/?key=" + key).status, 200) << "it is the old one";
+}
+
+TEST_F(HostWeb, ACookieThatAnOlderHostMadeOrABackupBringsBackIsWorthless) {
+    startWeb();
+    const std::string cookie = cookieOf(httpGet(port, "/?key=" + key));
+    stop();
+    const std::string secret = sql("SELECT value FROM web WHERE key = 'cookieSecret'");
+    EXPECT_EQ(secret.size(), 64U);
+    // What older software gave to browsers as it stood.
+    const std::string old(64, 'a');
+    sql("INSERT INTO web (key, value) VALUES ('browserSecret', '" + old + "')");
+    startWeb({}, port);
+    const std::string name = cookie.substr(0, cookie.find('=') + 1);
+    EXPECT_EQ(httpGet(port, "/", {"Cookie: " + name + old}).status, 403);
+    EXPECT_EQ(httpGet(port, "/", {"Cookie: " + name + secret}).status, 403);
+    EXPECT_EQ(httpGet(port, "/", {"Cookie: " + cookie}).status, 200);
+    stop();
+    // The backup is of before a new key.
+    std::filesystem::copy_file(database(), database() + ".backup.1");
+    std::ofstream(database()) << "this is no database";
+    startWeb({}, port);
+    EXPECT_EQ(httpGet(port, "/", {"Cookie: " + cookie}).status, 403);
+}
+
+TEST_F(HostWeb, WithoutPagesTheAddressSaysHowToGetThem) {
+    std::filesystem::remove_all(folder / "pages");
+    webArguments = {"--listen", "127.0.0.1:0"};
+    startWeb();
+    for (const auto* path : {"/", "/device"}) {
+        EXPECT_EQ(httpGet(port, path).status, 403);
+        const auto answer = httpGet(port, std::string(path) + "?key=" + key);
+        EXPECT_EQ(answer.status, 200);
+        EXPECT_EQ(answer.headers.at("content-type"), "text/html; charset=utf-8");
+        EXPECT_TRUE(contains(answer.body, "settings-host --pages")) << answer.body;
+        EXPECT_EQ(httpGet(port, path, {"Cookie: " + cookieOf(answer)}).status, 200);
+    }
+    EXPECT_EQ(httpGet(port, "/main.js?key=" + key).status, 404);
+    EXPECT_EQ(page()->status(), 101);
 }
 
 TEST_F(HostWeb, SaysThatItIsHealthy) {
@@ -154,7 +239,7 @@ TEST_F(HostWeb, RefusesATakenPortAndPagesThatAreNone) {
 }
 
 TEST_F(HostWeb, LetsThePagesOfOneMoreOriginIn) {
-    startWeb({"--allow-origin", "http://localhost:5173"});
+    startWeb({"--allow-origin", "http://LocalHost:5173"});
     EXPECT_EQ(HostWebSocket(port, "/settings?key=" + key, "settings.v1", {"Origin: http://localhost:5173"}).status(),
               101);
     EXPECT_EQ(HostWebSocket(port, "/settings?key=" + key, "settings.v1", {"Origin: http://localhost:5174"}).status(),
@@ -167,9 +252,7 @@ TEST_F(HostWeb, StopsWithPagesOpen) {
     const auto second = page("/device", "device.v1");
     first->sendText(setRequest("deviceName", "\"Den\""));
     next(*first);
-    const auto start = std::chrono::steady_clock::now();
     stop();
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
     EXPECT_EQ(first->receive().value_or(HostWebSocket::Message()).closeStatus(), 1001);
     EXPECT_EQ(second->receive().value_or(HostWebSocket::Message()).closeStatus(), 1001);
 }
@@ -186,6 +269,7 @@ TEST_F(HostWeb, AtTheDescriptorLimitThoseWhoAreInsideAreServed) {
     std::vector<std::unique_ptr<TestSupport::TcpConnection>> crowd;
     for (int number = 0; number < 60; ++number) {
         crowd.push_back(std::make_unique<TestSupport::TcpConnection>(port));
+        crowd.back()->send("GET ");
     }
     EXPECT_EQ(crowd.back()->receiveAll(), "");
     EXPECT_TRUE(crowd.back()->closedByPeer()) << "the host has descriptors left";

@@ -3,11 +3,12 @@
 #include <algorithm>
 #include <cstdlib>
 #include <functional>
+#include <sstream>
 
 #include <CLI/CLI.hpp>
-#include <unistd.h>
 
 #include "Commands.h"
+#include "Timeout.h"
 #include "Version.h"
 #include "Wire.h"
 
@@ -15,23 +16,16 @@ namespace SettingsCtl {
 
 namespace {
 
-/// Where the host listens when nobody says otherwise. A variable that is unset, empty or relative names no folder.
-std::string defaultSocket(const std::string& name) {
-    const char* const value = std::getenv("XDG_RUNTIME_DIR");
-    const std::string folder = value != nullptr && value[0] == '/'
-                                   ? std::string(value) + "/settings-host"
-                                   : "/tmp/settings-host-" + std::to_string(::geteuid());
-    return folder + "/" + name;
-}
-
 /// What the chosen verb does, filled while the command line is read.
 struct Choice {
     Context context;
-    double timeoutSeconds = 5;
+    SocketOptions sockets;
+    std::string timeout = "5";
     std::vector<std::string> keys;
     std::string key;
     std::string value;
     std::string onOff;
+    bool newKey = false;
     std::function<ExitStatus()> run;
 };
 
@@ -42,7 +36,8 @@ constexpr const char* rootFooter = R"(Examples:
   settingsctl device locale fr-FR
 
 'settingsctl VERB --help' shows a verb's arguments and examples.
-Exit status: 0 done, 1 refused or no such value, 2 wrong usage, 3 the host cannot be reached.)";
+Exit status: 0 done, 1 refused, no such value or the result cannot be written, 2 wrong usage, 3 the host cannot be
+reached.)";
 
 CLI::App* addVerb(CLI::App& app, Choice& choice, const std::string& name, const std::string& description,
                   const std::string& examples, std::function<ExitStatus()> action) {
@@ -62,21 +57,33 @@ CLI::Option* addText(CLI::App& verb, const std::string& name, std::string& text,
     return verb.add_option(name, text, description)->type_name("")->required();
 }
 
+std::string validTimeout(const std::string& seconds) {
+    return timeoutFrom(seconds) ? "" : "'" + seconds + "' is no time from 0.001 to 86400 seconds";
+}
+
+const char* runtimeFolder() {
+    return std::getenv("XDG_RUNTIME_DIR");
+}
+
+std::string defaultSockets() {
+    const auto places = settingsPlaces({}, runtimeFolder());
+    return places.front().path + ", or else " + places.back().path;
+}
+
 void addOptions(CLI::App& app, Choice& choice) {
     Context& context = choice.context;
-    context.socketPath = defaultSocket("settings.sock");
-    context.deviceSocketPath = defaultSocket("device.sock");
-    app.add_option("--socket", context.socketPath, "The host's socket")->type_name("PATH")->capture_default_str();
-    app.add_option("--device-socket", context.deviceSocketPath, "The simulated device's socket")
-        ->type_name("PATH")
-        ->capture_default_str();
+    app.add_option("--socket", choice.sockets.settings, "The host's socket, by default " + defaultSockets())
+        ->type_name("PATH");
+    app.add_option("--device-socket", choice.sockets.device,
+                   "The simulated device's socket, by default device.sock beside the host's")
+        ->type_name("PATH");
     CLI::Option* const json = app.add_flag("--json", context.style.json, "Print results as JSON");
     app.add_flag("--value", context.style.bareValues, "Print values without their keys (get, device show)")
         ->excludes(json);
     app.add_flag("--quiet", context.style.quiet, "Print no results, only tell by the exit status");
-    app.add_option("--timeout", choice.timeoutSeconds, "How long to wait for the host's answer")
+    app.add_option("--timeout", choice.timeout, "How long to wait for the host's answer")
         ->type_name("SECONDS")
-        ->check(CLI::Range(0.001, 86400.0, ""))
+        ->check(validTimeout)
         ->capture_default_str();
     app.set_version_flag("--version", versionText());
 }
@@ -97,12 +104,15 @@ void addSettingsVerbs(CLI::App& app, Choice& choice) {
     addText(*setVerb, "VALUE", choice.value, "New value");
     addVerb(app, choice, "watch", "Print every change until interrupted",
             "  settingsctl watch\n  settingsctl watch --json", [&] { return watch(context); });
-    addVerb(app, choice, "list", "Print the keys that have a value, one a line",
+    addVerb(app, choice, "list", "Print the keys of all settings, one a line",
             "  settingsctl list\n  settingsctl list --json", [&] { return list(context); });
     addVerb(app, choice, "selected", "Print whether this assistant is the selected one", "  settingsctl selected",
             [&] { return selected(context); });
-    addVerb(app, choice, "page", "Print the address of the settings pages, with the key that opens them",
-            "  settingsctl page", [&] { return page(context); });
+    CLI::App* const pageVerb =
+        addVerb(app, choice, "page", "Print the address of the settings pages, with the key that opens them",
+                "  settingsctl page\n  settingsctl page --new-key", [&] { return page(context, choice.newKey); });
+    pageVerb->add_flag("--new-key", choice.newKey,
+                       "Make a new key first: browsers that came with the old one have to come again");
     addVerb(app, choice, "open-settings", "Open the assistant's settings application on the device",
             "  settingsctl open-settings", [&] { return openSettings(context); });
     addVerb(app, choice, "logout", "Forget the user: clear the stored settings, switch the always-on modes off",
@@ -173,12 +183,20 @@ void checkArguments(const CLI::App& app, const Choice& choice, const std::vector
 }
 
 std::string usageMessage(const CLI::App* /*app*/, const CLI::Error& error) {
-    return "settingsctl: " + escapeControlCharacters(error.what()) + "; see settingsctl --help\n";
+    return "settingsctl: " + escaped(error.what()) + "; see settingsctl --help\n";
 }
 
-}  // namespace
+/// Prints what the parser ended with: the help, the version, or what is wrong.
+ExitStatus endOfParsing(const CLI::App& app, const CLI::ParseError& end) {
+    std::ostringstream output;
+    std::ostringstream errors;
+    const bool asked = app.exit(end, output, errors) == 0;
+    std::fputs(errors.str().c_str(), stderr);
+    print(output.str());
+    return asked ? DONE : WRONG_USAGE;
+}
 
-int runCommandLine(int argumentCount, const char* const* arguments) {
+ExitStatus parseAndRun(int argumentCount, const char* const* arguments) {
     Choice choice;
     CLI::App app("Reads, writes and watches the settings of a running settings-host.");
     app.name("settingsctl");
@@ -194,15 +212,22 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     try {
         app.parse(argumentCount, arguments);
     } catch (const CLI::ParseError& end) {
-        // Help and version end here too, with status 0.
-        return app.exit(end) == 0 ? DONE : WRONG_USAGE;
+        return endOfParsing(app, end);
     }
+    checkArguments(app, choice, {arguments + 1, arguments + argumentCount});
+    choice.context.settingsSockets = settingsPlaces(choice.sockets, runtimeFolder());
+    choice.context.deviceSockets = devicePlaces(choice.sockets, runtimeFolder());
+    choice.context.timeout = timeoutFrom(choice.timeout).value();
+    return choice.run();
+}
+
+}  // namespace
+
+int runCommandLine(int argumentCount, const char* const* arguments) {
     try {
-        checkArguments(app, choice, {arguments + 1, arguments + argumentCount});
-        choice.context.timeout = std::chrono::milliseconds(static_cast<long>(choice.timeoutSeconds * 1000));
-        return choice.run();
+        return parseAndRun(argumentCount, arguments);
     } catch (const Failure& failure) {
-        std::fprintf(stderr, "settingsctl: %s\n", escapeControlCharacters(failure.what()).c_str());
+        std::fprintf(stderr, "settingsctl: %s\n", escaped(failure.what()).c_str());
         return failure.exitStatus();
     }
 }

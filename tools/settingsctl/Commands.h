@@ -6,13 +6,14 @@
 
 #include "Failure.h"
 #include "Output.h"
+#include "SocketPlaces.h"
 
 namespace SettingsCtl {
 
 /// What every verb needs to know.
 struct Context {
-    std::string socketPath;
-    std::string deviceSocketPath;
+    std::vector<SocketPlace> settingsSockets;
+    std::vector<SocketPlace> deviceSockets;
     std::chrono::milliseconds timeout{5000};
     OutputStyle style;
 };
@@ -25,11 +26,12 @@ ExitStatus selected(const Context& context);
 ExitStatus set(const Context& context, const std::string& key, const std::string& value);
 ExitStatus openSettings(const Context& context);
 ExitStatus logOut(const Context& context);
-/// Runs until SIGINT or SIGTERM or until nobody reads its output any more (DONE), or until the host goes (UNREACHABLE).
+/// Runs until SIGINT or SIGTERM (DONE), until nobody reads its output any more (REFUSED), or until the host goes
+/// (UNREACHABLE).
 ExitStatus watch(const Context& context);
 
-/// Prints the address of the settings pages, with the key that opens them.
-ExitStatus page(const Context& context);
+/// Prints the address of the settings pages, with the key that opens them, which is made anew before if `newKey`.
+ExitStatus page(const Context& context, bool newKey);
 
 /// The simulated device.
 ExitStatus deviceShow(const Context& context);

@@ -1,7 +1,6 @@
 #include "Connection.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstring>
 #include <utility>
@@ -18,27 +17,64 @@ namespace {
 
 constexpr std::size_t readSize = 65536;
 
-}  // namespace
-
-Connection::Connection(std::string socketPath, std::chrono::milliseconds waitingTime, std::size_t longestLine)
-    : path(std::move(socketPath)), timeout(waitingTime), lineLimit(longestLine) {
+/// Throws `Failure` (WRONG_USAGE) for a path that no socket can have.
+sockaddr_un addressOf(const std::string& path) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     if (path.empty() || path.size() >= sizeof(address.sun_path)) {
         throw Failure(WRONG_USAGE, "the socket path is empty or too long: '" + path + "'");
     }
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
-    socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    return address;
+}
+
+/// Returns: the socket; -1 and `errno` when nobody accepts.
+int connectTo(const std::string& path, std::chrono::milliseconds timeout) {
+    const sockaddr_un address = addressOf(path);
+    const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     // Also bounds the wait for a host whose queue of new connections is full.
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(timeout);
     const timeval limit{seconds.count(),
                         std::chrono::duration_cast<std::chrono::microseconds>(timeout - seconds).count()};
     ::setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof(limit));
-    if (::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
-        const std::string reason = std::strerror(errno);
-        ::close(socket);
-        throw Failure(UNREACHABLE, "cannot reach the host at " + path + ": " + reason + " (is settings-host running?)");
+    if (::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0) {
+        return socket;
     }
+    const int error = errno;
+    ::close(socket);
+    errno = error;
+    return -1;
+}
+
+bool accepts(const std::string& path, std::chrono::milliseconds timeout) {
+    const int socket = path.empty() ? -1 : connectTo(path, timeout);
+    if (socket >= 0) {
+        ::close(socket);
+    }
+    return socket >= 0;
+}
+
+}  // namespace
+
+Connection::Connection(const std::vector<SocketPlace>& places, std::chrono::milliseconds waitingTime)
+    : timeout(waitingTime) {
+    // What it grew out of would stay in memory; what is not used takes none.
+    pending.reserve(maximumLineSize);
+    std::string reasons;
+    for (const auto& place : places) {
+        path = place.path;
+        socket = place.objection.empty() ? connectTo(path, timeout) : -1;
+        const int error = errno;
+        if (socket >= 0) {
+            return;
+        }
+        reasons += (reasons.empty() ? "cannot reach the host at " : ", nor at ") + path + ": " +
+                   (place.objection.empty() ? std::strerror(error) : place.objection);
+        if (place.objection.empty() && (error == EAGAIN || accepts(place.companion, timeout))) {
+            break;
+        }
+    }
+    throw Failure(UNREACHABLE, reasons + " (is settings-host running?)");
 }
 
 Connection::~Connection() {
@@ -87,14 +123,15 @@ bool Connection::waitForBytes(Deadline deadline, const std::vector<pollfd>& othe
 }
 
 void Connection::receiveBytes() {
-    std::array<char, readSize> bytes;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled by recv
-    const ssize_t count = ::recv(socket, bytes.data(), bytes.size(), 0);
+    const std::size_t before = pending.size();
+    if (before == maximumLineSize) {
+        fail("sends a line longer than 1 MiB");
+    }
+    pending.resize(std::min(before + readSize, maximumLineSize));
+    const ssize_t count = ::recv(socket, pending.data() + before, pending.size() - before, 0);
+    pending.resize(before + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
     if (count == 0 || (count < 0 && errno != EINTR)) {
         fail("closed the connection");
-    }
-    pending.append(bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-    if (pending.size() > lineLimit) {
-        fail("sends a line without an end");
     }
 }
 

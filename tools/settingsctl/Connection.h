@@ -7,24 +7,29 @@
 
 #include <poll.h>
 
+#include "SocketPlaces.h"
+
 namespace SettingsCtl {
 
 /// A connection to one of the host's sockets that speaks lines. A host that cannot be reached, ends, does not answer in
-/// time or sends a line without an end is a `Failure` (UNREACHABLE).
+/// time or sends a line over the limit is a `Failure` (UNREACHABLE).
 class Connection {
 public:
     using Deadline = std::optional<std::chrono::steady_clock::time_point>;
 
-    /// More than any reply of a host can hold.
-    static constexpr std::size_t maximumLineSize = 256UL * 1024 * 1024;
+    /// With its end. More than a host needs for all settings of the catalogue, each as large as a request can make it.
+    static constexpr std::size_t maximumLineSize = 1024UL * 1024;
 
-    /// Connects. `waitingTime` bounds connecting and each `send`, and is what `deadline` gives to receiving.
-    Connection(std::string socketPath, std::chrono::milliseconds waitingTime,
-               std::size_t longestLine = maximumLineSize);
+    /// Connects to the first host of `places` that is there. One is when either of its sockets accepts a connection, so
+    /// that no verb goes to another host than the verb before it. Somebody who listens but does not accept in time is
+    /// there, too. `waitingTime` bounds each connecting and each `send`, and is what `deadline` gives to receiving.
+    Connection(const std::vector<SocketPlace>& places, std::chrono::milliseconds waitingTime);
     ~Connection();
 
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
+
+    const std::string& socketPath() const { return path; }
 
     /// Sends lines that are already ended. A host that has closed the connection is told by the next `receive`, after
     /// what it said before.
@@ -43,7 +48,6 @@ private:
 
     std::string path;
     std::chrono::milliseconds timeout;
-    std::size_t lineLimit;
     int socket = -1;
     std::string pending;
     std::size_t searched = 0;

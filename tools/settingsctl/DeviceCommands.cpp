@@ -19,7 +19,7 @@ Frame execute(
     writer.String(command);
     arguments(writer);
     writer.EndObject();
-    Connection connection(context.deviceSocketPath, context.timeout);
+    Connection connection(context.deviceSockets, context.timeout);
     connection.send(std::string(buffer.GetString(), buffer.GetSize()) + "\n");
     Frame answer(connection.receive(connection.deadline()));
     answer.throwIfRefusal();
@@ -43,14 +43,19 @@ void member(JsonWriter& writer, const char* name, const std::string& value) {
 
 }  // namespace
 
-ExitStatus page(const Context& context) {
-    const Frame answer = execute(context, "page");
+ExitStatus page(const Context& context, bool newKey) {
+    const Frame answer = execute(context, "page", [newKey](JsonWriter& writer) {
+        if (newKey) {
+            writer.Key("newKey");
+            writer.Bool(true);
+        }
+    });
     const auto members = answer.stringsAt({"page"});
     const auto address = members.find("address");
     if (address == members.end()) {
         throw Failure(UNREACHABLE, "what answers is no device socket");
     }
-    printLine(context.style, context.style.json ? answer.text() : escapeControlCharacters(address->second));
+    printLine(context.style, context.style.json ? answer.text() : escaped(address->second));
     return DONE;
 }
 
@@ -82,10 +87,14 @@ ExitStatus deviceSwitch(const Context& context, const std::string& command, bool
 }
 
 ExitStatus deviceSetting(const Context& context, const std::string& key, const std::string& value) {
-    return confirm(context, execute(context, "setting", [&](JsonWriter& writer) {
-                       member(writer, "key", key);
-                       member(writer, "value", value);
-                   }));
+    const Frame answer = execute(context, "setting", [&](JsonWriter& writer) {
+        member(writer, "key", key);
+        member(writer, "value", value);
+    });
+    if (!context.style.json && answer.booleanAt({"changed"}) == false) {
+        printLine(context.style, escaped(key) + ": unchanged");
+    }
+    return confirm(context, answer);
 }
 
 }  // namespace SettingsCtl

@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstring>
 
-#include "Failure.h"
 #include "Json.h"
 
 namespace SettingsCtl {
@@ -18,6 +17,8 @@ std::string hexadecimal(const char* prefix, unsigned char byte) {
 
 std::string escapeOf(unsigned char byte) {
     switch (byte) {
+        case '\\':
+            return "\\\\";
         case '\n':
             return "\\n";
         case '\r':
@@ -31,23 +32,23 @@ std::string escapeOf(unsigned char byte) {
 
 }  // namespace
 
-std::string escapeControlCharacters(const std::string& text) {
-    std::string escaped;
-    escaped.reserve(text.size());
+std::string escaped(const std::string& text) {
+    std::string result;
+    result.reserve(text.size());
     for (std::size_t index = 0; index < text.size(); ++index) {
         const auto byte = static_cast<unsigned char>(text[index]);
         const auto next = static_cast<unsigned char>(index + 1 < text.size() ? text[index + 1] : '\0');
-        if (byte < 0x20 || byte == 0x7f) {
-            escaped += escapeOf(byte);
+        if (byte < 0x20 || byte == 0x7f || byte == '\\') {
+            result += escapeOf(byte);
         } else if (byte == 0xc2 && next >= 0x80 && next < 0xa0) {
             // The second row of control characters, two bytes in UTF-8.
-            escaped += hexadecimal("\\u00", next);
+            result += hexadecimal("\\u00", next);
             ++index;
         } else {
-            escaped += text[index];
+            result += text[index];
         }
     }
-    return escaped;
+    return result;
 }
 
 std::string jsonObject(const std::map<std::string, std::string>& members) {
@@ -73,13 +74,19 @@ std::string jsonArray(const std::vector<std::string>& elements) {
     return {buffer.GetString(), buffer.GetSize()};
 }
 
-void printLine(const OutputStyle& style, const std::string& line) {
-    if (style.quiet) {
-        return;
+void print(const std::string& text) {
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
+        throw unwritableOutput(errno);
     }
-    const std::string ended = line + "\n";
-    if (std::fwrite(ended.data(), 1, ended.size(), stdout) != ended.size() || std::fflush(stdout) != 0) {
-        throw Failure(REFUSED, std::string("cannot write to standard output: ") + std::strerror(errno));
+}
+
+Failure unwritableOutput(int error) {
+    return {REFUSED, std::string("cannot write to standard output: ") + std::strerror(error)};
+}
+
+void printLine(const OutputStyle& style, const std::string& line) {
+    if (!style.quiet) {
+        print(line + "\n");
     }
 }
 
@@ -89,13 +96,13 @@ void printValues(const OutputStyle& style, const std::map<std::string, std::stri
         return;
     }
     for (const auto& [key, value] : values) {
-        const std::string shown = escapeControlCharacters(value);
-        printLine(style, style.bareValues ? shown : escapeControlCharacters(key) + "=" + shown);
+        const std::string shown = escaped(value);
+        printLine(style, style.bareValues ? shown : escaped(key) + "=" + shown);
     }
 }
 
 std::string changeLine(const std::string& key, const std::string& from, const std::string& to) {
-    return escapeControlCharacters(key + ": '" + from + "' -> '" + to + "'");
+    return escaped(key + ": '" + from + "' -> '" + to + "'");
 }
 
 }  // namespace SettingsCtl

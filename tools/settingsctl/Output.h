@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "Failure.h"
+
 namespace SettingsCtl {
 
 /// How results are shown.
@@ -14,15 +16,21 @@ struct OutputStyle {
 };
 
 /// `text` with every control character (also DEL and U+0080 to U+009F) as an escape, so that no value can steer a
-/// terminal.
-std::string escapeControlCharacters(const std::string& text);
+/// terminal, and with two backslashes for each one, so that different texts look different.
+std::string escaped(const std::string& text);
 
 /// A compact JSON object of strings, and a compact JSON array of strings.
 std::string jsonObject(const std::map<std::string, std::string>& members);
 std::string jsonArray(const std::vector<std::string>& elements);
 
-/// Writes a line to standard output at once, unless the style is quiet.
-/// Errors: `Failure` (REFUSED) when it cannot be written, for example because the disk is full.
+/// Writes `text` to standard output at once.
+/// Errors: `Failure` (REFUSED) when it cannot be written: there is none, the disk is full, nobody reads any more.
+void print(const std::string& text);
+
+/// What is told when standard output cannot be written for the reason `error`, an `errno`.
+Failure unwritableOutput(int error);
+
+/// Prints a line, unless the style is quiet.
 void printLine(const OutputStyle& style, const std::string& line);
 
 /// Prints `key=value` lines, bare values, or one JSON object.

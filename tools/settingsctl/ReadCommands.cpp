@@ -1,5 +1,6 @@
 #include <cstdio>
 
+#include "CatalogueKeys.h"
 #include "Commands.h"
 #include "Session.h"
 
@@ -12,7 +13,7 @@ ExitStatus get(const Context& context, const std::vector<std::string>& keys) {
     ExitStatus status = DONE;
     for (const auto& key : keys) {
         if (values.count(key) == 0) {
-            std::fprintf(stderr, "settingsctl: '%s' has no value\n", escapeControlCharacters(key).c_str());
+            std::fprintf(stderr, "settingsctl: '%s' has no value\n", escaped(key).c_str());
             status = REFUSED;
         }
     }
@@ -20,17 +21,12 @@ ExitStatus get(const Context& context, const std::vector<std::string>& keys) {
 }
 
 ExitStatus list(const Context& context) {
-    Session session(context);
-    std::vector<std::string> keys;
-    for (const auto& entry : session.getSettings({})) {
-        keys.push_back(entry.first);
-    }
     if (context.style.json) {
-        printLine(context.style, jsonArray(keys));
+        printLine(context.style, jsonArray(catalogueKeys()));
         return DONE;
     }
-    for (const auto& key : keys) {
-        printLine(context.style, escapeControlCharacters(key));
+    for (const auto& key : catalogueKeys()) {
+        printLine(context.style, key);
     }
     return DONE;
 }

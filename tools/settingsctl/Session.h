@@ -17,7 +17,7 @@ class Session {
 public:
     using FrameListener = std::function<void(const Frame&)>;
 
-    explicit Session(const Context& context) : connection(context.socketPath, context.timeout) {}
+    explicit Session(const Context& context) : connection(context.settingsSockets, context.timeout) {}
 
     std::string newMessageId();
     /// Now, or the newest time stamp that an event on this connection had when that is greater: a request with it is

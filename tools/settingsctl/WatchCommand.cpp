@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 
@@ -28,12 +29,16 @@ public:
     Interruption& operator=(const Interruption&) = delete;
 
     int descriptor() const { return number; }
+    bool happened() const {
+        pollfd wanted{number, POLLIN, 0};
+        return ::poll(&wanted, 1, 0) == 1;
+    }
 
 private:
     int number;
 };
 
-void print(const Context& context, const Frame& frame) {
+void printFrame(const Context& context, const Frame& frame) {
     const auto change = frame.change();
     const auto reread = frame.reread();
     if (!change && !reread) {
@@ -48,36 +53,49 @@ void print(const Context& context, const Frame& frame) {
         for (const auto& key : *reread) {
             line += (line.back() == ':' ? " " : ", ") + key;
         }
-        printLine(context.style, escapeControlCharacters(line));
+        printLine(context.style, escaped(line));
     }
 }
 
 /// Scripts wait for this line before they change what they watch.
-void tellReady(const Context& context) {
+void tellReady(const Context& context, const Connection& connection) {
     if (!context.style.quiet) {
-        std::fprintf(stderr, "settingsctl: watching %s\n", escapeControlCharacters(context.socketPath).c_str());
+        std::fprintf(stderr, "settingsctl: watching %s\n", escaped(connection.socketPath()).c_str());
     }
+}
+
+/// Standard output had an end of its own.
+[[noreturn]] void failWithoutReader() {
+    pollfd output{STDOUT_FILENO, 0, 0};
+    ::poll(&output, 1, 0);
+    throw unwritableOutput((output.revents & POLLNVAL) != 0 ? EBADF : EPIPE);
 }
 
 }  // namespace
 
 ExitStatus watch(const Context& context) {
     const Interruption interruption;
-    Connection connection(context.socketPath, context.timeout);
+    Connection connection(context.settingsSockets, context.timeout);
     // The answer to a question tells that the host serves this connection, so that no later change is missed.
     const std::string question = "watch";
     connection.send(bareRequest(IS_SELECTED, question));
     Connection::Deadline deadline = connection.deadline();
-    const std::vector<pollfd> ends{{interruption.descriptor(), POLLIN, 0}, {STDOUT_FILENO, 0, 0}};
+    std::vector<pollfd> ends{{interruption.descriptor(), POLLIN, 0}};
+    if (!context.style.quiet) {
+        ends.push_back({STDOUT_FILENO, 0, 0});
+    }
     while (const auto line = connection.receive(deadline, ends)) {
         const Frame frame(*line);
         frame.throwIfRefusal();
         if (frame.isReplyTo(question)) {
             deadline.reset();
-            tellReady(context);
+            tellReady(context, connection);
         } else {
-            print(context, frame);
+            printFrame(context, frame);
         }
+    }
+    if (!interruption.happened()) {
+        failWithoutReader();
     }
     return DONE;
 }

@@ -28,13 +28,13 @@ void printResult(const Context& context, const std::string& result, const Change
     } else if (result == "changed") {
         printLine(context.style, changeLine(change.key, change.from, change.to));
     } else if (result == "unchanged") {
-        printLine(context.style, escapeControlCharacters(change.key) + ": unchanged");
+        printLine(context.style, escaped(change.key) + ": unchanged");
     }
 }
 
 void tellOtherValue(const Context& context, const std::string& value) {
     if (!context.style.quiet) {
-        std::fprintf(stderr, "settingsctl: accepted, but read back as '%s'\n", escapeControlCharacters(value).c_str());
+        std::fprintf(stderr, "settingsctl: accepted, but read back as '%s'\n", escaped(value).c_str());
     }
 }
 

@@ -1,10 +1,8 @@
 import type { JSX } from 'preact';
 import { useEffect, useState } from 'preact/hooks';
 
+import { shownFor } from '../state/store';
 import { nameOfSetting, usePage, wordsFor } from './page';
-
-/** How long the notice of a change stays, in milliseconds. */
-const shownFor = 6_000;
 
 /** What changed without this page's doing. */
 export function Announcement(): JSX.Element {

@@ -6,7 +6,7 @@ import { languageFor } from '../i18n/language';
 import { Store } from '../state/store';
 import { useStore } from '../state/useStore';
 import { EditRow } from './EditRow';
-import { Page, pairOf } from './page';
+import { Page } from './page';
 
 const place = document.createElement('div');
 let sent: string[];
@@ -18,12 +18,7 @@ function Rows() {
     return (
         <Page.Provider value={{ store, state, language: languageFor('en') }}>
             <EditRow setting="deviceName" />
-            <EditRow
-                setting="companionDevice"
-                parts={['Name', 'Kind']}
-                split={pairOf}
-                join={(parts) => JSON.stringify(parts)}
-            />
+            <EditRow setting="companionDevice" parts={['Name', 'Kind']} />
         </Page.Provider>
     );
 }
@@ -99,6 +94,66 @@ describe('an edit', () => {
         click('Cancel');
         expect(saved()).toEqual([]);
         expect(place.textContent).toContain('TV');
+        expect(document.activeElement?.textContent).toContain('Device name');
+    });
+
+    it('writes nothing when nothing was edited, whatever form the value has', () => {
+        const values = ['["a","b","c"]', 'x', 'null', '["Phone"]', '[ "a", "b" ]', '[1,2]', '{}', ''];
+        for (const value of values) {
+            event('companionDevice', value);
+            click('Companion device');
+            submit();
+            expect(place.querySelector('form'), value).toBeNull();
+            expect(place.textContent, value).toContain('It was that already');
+        }
+        expect(saved()).toEqual([]);
+    });
+
+    it('of a pair changes one part and keeps the other; a value of another form is one text, kept as it is typed', () => {
+        const edited: [string, string[]][] = ['["Phone"]', '["a","b","c"]', 'null'].map((value) => {
+            event('companionDevice', value);
+            click('Companion device');
+            const fields = [...place.querySelectorAll('input')].map((field) => field.value);
+            type(`${fields[0] ?? ''}!`);
+            submit();
+            return [saved().at(-1) ?? '', fields];
+        });
+        expect(edited).toEqual([
+            ['["Phone!",""]', ['Phone', '']],
+            ['["a","b","c"]!', ['["a","b","c"]']],
+            ['null!', ['null']],
+        ]);
+    });
+
+    it('that leaves nothing but blanks asks for the default', () => {
+        for (const [name, value, blank] of [
+            ['Device name', 'Den', ''],
+            ['Companion device', '["Phone","phone"]', ' \u3000'],
+        ] as const) {
+            event(name === 'Device name' ? 'deviceName' : 'companionDevice', value);
+            click(name);
+            place.querySelectorAll('input').forEach((_field, number) => {
+                type(blank, number);
+            });
+            submit();
+        }
+        expect(saved()).toEqual(['TV', '["",""]']);
+    });
+
+    it('closes another one, whose text is kept and named until it is opened again', () => {
+        click('Device name');
+        type('Den');
+        click('Companion device');
+        expect(place.querySelectorAll('form').length).toBe(1);
+        expect(place.querySelector('form')?.getAttribute('aria-label')).toBe('Change Companion device');
+        expect(place.textContent).toContain('Not saved yet: Den');
+        expect(document.activeElement).toBe(place.querySelector('input'));
+        click('Device name');
+        expect(place.querySelectorAll('form').length).toBe(1);
+        expect(place.querySelector('input')?.value).toBe('Den');
+        expect(place.textContent).not.toContain('Not saved yet');
+        submit();
+        expect(saved()).toEqual(['Den']);
         expect(document.activeElement?.textContent).toContain('Device name');
     });
 

@@ -1,37 +1,38 @@
 import type { JSX } from 'preact';
-import { useLayoutEffect, useRef, useState } from 'preact/hooks';
+import { useEffect, useLayoutEffect, useRef, useState } from 'preact/hooks';
 
-import { nameOfSetting, usePage, wordsFor } from './page';
+import { defaultOf, isBlank, nameOfSetting, pairOf, usePage, wordsFor } from './page';
 import { RowStatus } from './RowStatus';
 
 interface Props {
     readonly setting: string;
     readonly about?: string;
-    /** The names of the parts of the value, when there are several. */
+    /** The names of the two parts of the value, when it is a pair. */
     readonly parts?: readonly string[];
-    readonly split?: (value: string) => readonly string[];
-    readonly join?: (parts: readonly string[]) => string;
 }
 
-/** A setting that is text. Enter opens an editor in its place; Enter saves, Escape leaves the value as it was. */
+/**
+ * A setting that is text. Enter opens an editor in its place; Enter saves, Back leaves the value as it was. One editor is open
+ * at a time: the text in another is kept until it is opened again.
+ */
 export function EditRow(props: Props): JSX.Element {
     const { store, state, language } = usePage();
     const { setting, about } = props;
-    const [editing, setEditing] = useState(store.drafts.has(setting));
+    const editing = state.editor === setting;
     /** Whether it was opened here and now; a draft that is found again leaves the focus where it is. */
     const opened = useRef(false);
     const button = useRef<HTMLButtonElement>(null);
     const wasEditing = useRef(false);
     useLayoutEffect(() => {
-        if (wasEditing.current && !editing) {
+        if (wasEditing.current && state.editor === null) {
             button.current?.focus();
         }
         wasEditing.current = editing;
-    }, [editing]);
+    }, [editing, state.editor]);
     const value = state.values?.[setting];
     const close = () => {
         store.drafts.delete(setting);
-        setEditing(false);
+        store.closeEditor(setting);
     };
     if (editing) {
         return (
@@ -39,9 +40,14 @@ export function EditRow(props: Props): JSX.Element {
                 {...props}
                 value={value ?? ''}
                 takesFocus={opened.current}
-                onSave={(to) => {
+                onSave={(texts) => {
                     close();
-                    void store.set(setting, to);
+                    const isDefault = texts.every(isBlank);
+                    void store.set(setting, isDefault ? defaultOf(setting) : joined(texts), isDefault);
+                }}
+                onUnchanged={() => {
+                    close();
+                    store.tellUnchanged(setting);
                 }}
                 onCancel={close}
             />
@@ -58,7 +64,7 @@ export function EditRow(props: Props): JSX.Element {
                 onClick={() => {
                     store.forgetStatus(setting);
                     opened.current = true;
-                    setEditing(true);
+                    store.openEditor(setting);
                 }}
             >
                 <span class="name">{name}</span>
@@ -74,22 +80,26 @@ export function EditRow(props: Props): JSX.Element {
     );
 }
 
-const alone = (value: string): readonly string[] => [value];
-const onlyPart = (parts: readonly string[]): string => parts[0] ?? '';
+/** A value of several texts is the text of a list; one of another form is a single text, kept as it is. */
+function joined(texts: readonly string[]): string {
+    return texts.length === 1 ? (texts[0] ?? '') : JSON.stringify(texts.map((text) => (isBlank(text) ? '' : text)));
+}
 
 interface EditorProps extends Props {
     readonly value: string;
     readonly takesFocus: boolean;
-    readonly onSave: (value: string) => void;
+    readonly onSave: (texts: readonly string[]) => void;
+    readonly onUnchanged: () => void;
     readonly onCancel: () => void;
 }
 
 function Editor(props: EditorProps): JSX.Element {
-    const { setting, parts, split = alone, join = onlyPart, value, takesFocus, onSave, onCancel } = props;
+    const { setting, parts, value, takesFocus, onSave, onUnchanged, onCancel } = props;
     const { store, language } = usePage();
     const name = nameOfSetting(setting, language);
     const kept = store.drafts.get(setting);
-    const [draft, setDraft] = useState(() => kept?.parts ?? split(value));
+    const texts = (parts && pairOf(value)) ?? [value];
+    const [draft, setDraft] = useState(() => kept?.parts ?? texts);
     /** The value that the person knows of. */
     const [known, setKnown] = useState(kept?.known ?? value);
     const [isTouched, setIsTouched] = useState(kept !== undefined);
@@ -107,13 +117,23 @@ function Editor(props: EditorProps): JSX.Element {
             store.drafts.set(setting, { parts: draft, known });
         }
     }, [store, setting, draft, known, isTouched]);
+    useEffect(
+        () => () => {
+            if (!store.drafts.has(setting)) {
+                store.closeEditor(setting);
+            }
+        },
+        [store, setting],
+    );
 
     const submit = (event: Event) => {
         event.preventDefault();
         if (changedMeanwhile) {
             keep.current?.focus();
+        } else if (joined(draft) === joined(texts)) {
+            onUnchanged();
         } else {
-            onSave(join(draft));
+            onSave(draft);
         }
     };
     const keepMine = () => {
@@ -121,7 +141,7 @@ function Editor(props: EditorProps): JSX.Element {
         first.current?.focus();
     };
     const takeNew = () => {
-        setDraft(split(value));
+        setDraft(texts);
         keepMine();
     };
     return (
@@ -129,16 +149,16 @@ function Editor(props: EditorProps): JSX.Element {
             class="editor"
             aria-label={language.t('edit', { name })}
             onSubmit={submit}
-            onKeyDown={(event) => {
-                if (event.key === 'Escape') {
-                    event.preventDefault();
-                    onCancel();
-                }
+            onReset={(event) => {
+                event.preventDefault();
+                onCancel();
             }}
         >
             {draft.map((text, place) => (
                 <label key={place} class="field" data-row={place === 0 ? setting : `${setting}-${place}`}>
-                    <span class="name">{parts?.[place] === undefined ? name : `${name}: ${parts[place]}`}</span>
+                    <span class="name">
+                        {parts === undefined || draft.length === 1 ? name : `${name}: ${parts[place]}`}
+                    </span>
                     <input
                         ref={place === 0 ? first : null}
                         type="text"
@@ -170,7 +190,7 @@ function Editor(props: EditorProps): JSX.Element {
                 <button type="submit" class="button primary">
                     {language.t('save')}
                 </button>
-                <button type="button" class="button" onClick={onCancel}>
+                <button type="reset" class="button">
                     {language.t('cancel')}
                 </button>
             </div>

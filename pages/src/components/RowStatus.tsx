@@ -1,24 +1,33 @@
 import type { JSX } from 'preact';
 
-import { usePage } from './page';
+import type { Refused } from '../state/store';
+import { shortened, usePage, wordsFor } from './page';
 
-const signs = { saving: '…', accepted: '✓', unchanged: '=', refused: '✕' } as const;
+const signs = { saving: '…', accepted: '✓', default: '✓', unchanged: '=', refused: '✕', draft: '✎' } as const;
 
 /** What became of the last change of a setting. Always there, so that it is read out when it changes. */
 export function RowStatus({ setting }: { readonly setting: string }): JSX.Element {
-    const { state, language } = usePage();
+    const { store, state, language } = usePage();
+    const draft = store.drafts.get(setting);
     const status = state.rows[setting];
+    const kind = status?.kind ?? (draft === undefined ? undefined : 'draft');
     const words = () => {
-        if (status === undefined) {
-            return '';
+        switch (kind) {
+            case undefined:
+                return '';
+            case 'refused':
+                return language.t(kind, { reason: language.t(`reason.${(status as Refused).reason}`) });
+            case 'default':
+                return language.t(kind, { value: wordsFor(setting, state.values?.[setting], language) });
+            case 'draft':
+                return language.t(kind, { value: shortened(draft?.parts.join(' · ') ?? '') });
+            default:
+                return language.t(kind);
         }
-        return status.kind === 'refused'
-            ? language.t('refused', { reason: language.t(`reason.${status.reason}`) })
-            : language.t(status.kind);
     };
     return (
-        <p class="status" role="status" data-kind={status?.kind}>
-            {status !== undefined && <span aria-hidden="true">{signs[status.kind]} </span>}
+        <p class="status" role="status" data-kind={kind}>
+            {kind !== undefined && <span aria-hidden="true">{signs[kind]} </span>}
             {words()}
         </p>
     );

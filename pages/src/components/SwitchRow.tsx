@@ -1,6 +1,6 @@
 import type { JSX } from 'preact';
 
-import { nameOfSetting, usePage } from './page';
+import { nameOfSetting, usePage, wordsFor } from './page';
 import { RowStatus } from './RowStatus';
 
 interface Props {
@@ -11,7 +11,8 @@ interface Props {
 /** A setting that is on or off. */
 export function SwitchRow({ setting, about }: Props): JSX.Element {
     const { store, state, language } = usePage();
-    const isOn = state.values?.[setting] === 'true';
+    const value = state.values?.[setting];
+    const isOn = value === 'true';
     return (
         <div class="row" data-row={setting}>
             <button
@@ -29,7 +30,7 @@ export function SwitchRow({ setting, about }: Props): JSX.Element {
             >
                 <span class="name">{nameOfSetting(setting, language)}</span>
                 <span class="value">
-                    {language.t(isOn ? 'on' : 'off')} <span class="switch" aria-hidden="true" />
+                    <bdi>{wordsFor(setting, value ?? '', language)}</bdi> <span class="switch" aria-hidden="true" />
                 </span>
                 {about !== undefined && (
                     <span class="about" id={`about-${setting}`}>

@@ -1,20 +1,30 @@
 import { describe, expect, it } from 'vitest';
 
 import { languageFor } from '../i18n/language';
-import { nameOfSetting, pairOf, shortened, wordsFor } from './page';
+import { defaultOf, nameOfSetting, pairOf, shortened, wordsFor } from './page';
 import { matching } from './Picker';
 
 const english = languageFor('en');
+const [schema] = Object.values(
+    import.meta.glob<{ readonly properties: Readonly<Record<string, { readonly default?: string }>> }>(
+        '../../../docs/schemas/settings.json',
+        { eager: true, import: 'default' },
+    ),
+);
 
 describe('values in words', () => {
     it.each([
         ['deviceName', 'Den', 'Den'],
-        ['deviceName', '', 'Not set'],
+        ['deviceName', '', 'TV'],
+        ['deviceName', ' \u3000', '“ \u3000”'],
+        ['tovanEntitlementStatus', '', 'Not set'],
         ['deviceName', undefined, 'Not known'],
         ['deviceName', '<b>\u202Ea\u2066\n\u0000ב\u200f', '<b>\ufffda\ufffd\ufffd\ufffdב\u200f'],
         ['handsFreeEnabled', 'true', 'On'],
         ['handsFreeEnabled', 'TRUE', 'Off'],
         ['pttAlwaysOnDiscovered', 'false', 'Off'],
+        ['pttAlwaysOnDiscovered', 'maybe', 'maybe'],
+        ['pttAlwaysOnDiscovered', '', 'Off'],
         ['captionsFontSize', 'FONT_LARGE', 'Large'],
         ['captionsFontSize', 'FONT_HUGE', 'FONT_HUGE'],
         ['captionsStyles', 'toString', 'toString'],
@@ -22,6 +32,10 @@ describe('values in words', () => {
         ['orliaLocale', 'broken', 'broken'],
         ['companionDevice', '["Phone","phone"]', 'Phone · phone'],
         ['companionDevice', '["",""]', 'Not set'],
+        ['companionDevice', '["  ",""]', 'Not set'],
+        ['companionDevice', '', 'Not set'],
+        ['companionDevice', '["a","b","c"]', '["a","b","c"]'],
+        ['companionDevice', 'null', 'null'],
     ])('%s %s', (key, value, words) => {
         expect(wordsFor(key, value, english)).toBe(words);
     });
@@ -40,11 +54,19 @@ describe('values in words', () => {
 });
 
 describe('pairs', () => {
-    it('are taken apart, and what is none is not lost', () => {
+    it('are taken apart, and what is none is left alone', () => {
         expect(pairOf('["Phone","phone"]')).toEqual(['Phone', 'phone']);
         expect(pairOf('["Phone"]')).toEqual(['Phone', '']);
-        expect(pairOf('[1,2]')).toEqual(['[1,2]', '']);
-        expect(pairOf('Phone')).toEqual(['Phone', '']);
+        expect(['', '[]'].map(pairOf)).toEqual(Array(2).fill(['', '']));
+        expect(['[1,2]', 'Phone', 'null', '["a","b","c"]'].map(pairOf)).toEqual(Array(4).fill(null));
+    });
+});
+
+describe('an empty value', () => {
+    it('stands for the default of the catalogue', () => {
+        for (const key of ['deviceName', 'friendlyName', 'companionDevice']) {
+            expect(schema?.properties[key]?.default, key).toBe(defaultOf(key));
+        }
     });
 });
 

@@ -48,7 +48,22 @@ const settings = new Set<string>([
     'doNotDisturbEnabled',
     'tovanEntitlementStatus',
 ]);
+/** What a name that is empty is read as. */
+const defaults = new Map([
+    ['deviceName', 'TV'],
+    ['friendlyName', 'TV'],
+    ['companionDevice', '["",""]'],
+]);
 const longestShown = 80;
+
+export function isSetting(key: string): boolean {
+    return settings.has(key);
+}
+
+/** What stands in for a value that is empty. */
+export function defaultOf(key: string): string {
+    return defaults.get(key) ?? '';
+}
 
 /** The name of a setting; the key itself for one that these pages do not know. */
 export function nameOfSetting(key: string, { t }: Language): string {
@@ -58,15 +73,19 @@ export function nameOfSetting(key: string, { t }: Language): string {
 /** Controls, and marks that would turn the direction of what stands around a value. */
 const disturbing = /[\p{Cc}\u202a-\u202e\u2066-\u2069]/gu;
 
-/** At most a line of it, and nothing in it that disturbs its surroundings. */
+/** At most a line of it, and nothing in it that disturbs its surroundings; blanks alone stand between marks. */
 export function shortened(text: string): string {
     // By code points: half a character would be shown as a broken one.
     const characters = Array.from(text);
     const line = characters.length > longestShown ? `${characters.slice(0, longestShown).join('')}…` : text;
-    return line.replace(disturbing, '\ufffd');
+    return isBlank(text) && text !== '' ? `“${line}”` : line.replace(disturbing, '\ufffd');
 }
 
-/** A value in words. */
+export function isBlank(text: string): boolean {
+    return text.trim() === '';
+}
+
+/** A value in words; one that the page does not understand as it is. */
 export function wordsFor(key: string, value: string | undefined, { t, code }: Language): string {
     if (value === undefined) {
         return t('unknown');
@@ -75,33 +94,29 @@ export function wordsFor(key: string, value: string | undefined, { t, code }: La
         return t(value as MessageKey);
     }
     if (key.endsWith('Enabled') || key.endsWith('Discovered')) {
-        return value === 'true' ? t('on') : t('off');
+        const isOther = key.endsWith('Discovered') && !['true', 'false', ''].includes(value);
+        return isOther ? shortened(value) : t(value === 'true' ? 'on' : 'off');
     }
     if (key === 'orliaLocale') {
         const locales = localesOf(value).map((locale) => nameOfLocale(locale, code));
         return locales.length > 0 ? shortened(locales.join(', ')) : shortened(value);
     }
     if (key === 'companionDevice') {
-        return (
-            shortened(
-                pairOf(value)
-                    .filter((part) => part !== '')
-                    .join(' · '),
-            ) || t('notSet')
-        );
+        const parts = pairOf(value) ?? [value];
+        return shortened(parts.filter((part) => !isBlank(part)).join(' · ')) || t('notSet');
     }
-    return value === '' ? t('notSet') : shortened(value);
+    return shortened(value === '' ? defaultOf(key) : value) || t('notSet');
 }
 
-/** The two texts of a pair; a value that is no pair is the first of them, so that it can be seen. */
-export function pairOf(value: string): [string, string] {
+/** The two texts of a pair; null when the value has another form, of which nothing may be lost. */
+export function pairOf(value: string): [string, string] | null {
     try {
-        const list: unknown = JSON.parse(value);
-        if (Array.isArray(list) && list.every((part) => typeof part === 'string')) {
+        const list: unknown = JSON.parse(value === '' ? '[]' : value);
+        if (Array.isArray(list) && list.length <= 2 && list.every((part) => typeof part === 'string')) {
             return [list[0] ?? '', list[1] ?? ''];
         }
     } catch {
         // Shown as it is.
     }
-    return [value, ''];
+    return null;
 }

@@ -30,7 +30,7 @@ export function CommandPanel({ state, run }: Props): JSX.Element {
     return (
         <section class="device-panel" aria-labelledby="commands-title">
             <h2 id="commands-title">At the television</h2>
-            <div class="device-switches">
+            <div class="device-switches" data-row="switches">
                 {deviceSwitches.map(({ command, label, fact, on }) => {
                     const checked = state?.[fact] === on;
                     return (
@@ -95,7 +95,10 @@ export function CommandPanel({ state, run }: Props): JSX.Element {
 
 function reportText({ command, outcome }: Report): string {
     const name = visible(JSON.stringify(command));
-    return outcome.ok ? `✓ Done: ${name}` : `✗ ${visible(outcome.code)}: ${visible(outcome.message)} – ${name}`;
+    if (!outcome.ok) {
+        return `✗ ${visible(outcome.code)}: ${visible(outcome.message)} – ${name}`;
+    }
+    return outcome.changed === false ? `= Nothing changed, it was that already: ${name}` : `✓ Done: ${name}`;
 }
 
 interface FormProps {
@@ -111,6 +114,7 @@ function CommandForm({ submit, of, onSubmit, children }: FormProps): JSX.Element
     return (
         <form
             class="device-form"
+            data-row={of}
             onSubmit={(event) => {
                 event.preventDefault();
                 onSubmit([...event.currentTarget.querySelectorAll('input')].map((field) => field.value));

@@ -24,20 +24,20 @@ interface Props {
 export function DevicePage({ session, connection, onRetry }: Props): JSX.Element {
     return (
         <div class="device">
-            <header>
+            <header data-zone>
                 <h1>Simulated television</h1>
                 <p class="device-mark">Simulation only: no real device is changed</p>
                 <p role="status" class="device-connection" data-state={connection}>
                     {connectionTexts[connection]}
                 </p>
                 {connection === 'lost' && (
-                    <button type="button" onClick={onRetry}>
+                    <button type="button" data-row="retry" onClick={onRetry}>
                         Try now
                     </button>
                 )}
             </header>
             <main>
-                <div class="device-side">
+                <div class="device-side" data-zone>
                     <CommandPanel state={session.deviceState} run={(command) => session.run(command)} />
                     <StatePanel state={session.deviceState} />
                 </div>

@@ -10,7 +10,7 @@ interface Props {
 
 export function FilterBar({ filter, onChange }: Props): JSX.Element {
     return (
-        <div class="device-filter" role="search">
+        <div class="device-filter" data-row="filter" role="search">
             <label>
                 <span>Text</span>
                 <input

@@ -23,9 +23,12 @@ test('the first arrow takes the newest message', () => {
     expect([choose('ArrowUp', null), choose('ArrowDown', null)]).toEqual([3, 3]);
 });
 
-test('arrows go one on and stop at the ends', () => {
+test('arrows go one on, and at the ends out of the list', () => {
     expect([choose('ArrowUp', 3), choose('ArrowUp', 1), choose('ArrowDown', 1), choose('ArrowDown', 3)]).toEqual([
-        2, 1, 2, 3,
+        2,
+        undefined,
+        2,
+        undefined,
     ]);
 });
 

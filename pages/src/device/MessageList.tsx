@@ -37,6 +37,7 @@ export function MessageList({ messages, chosen, onChoose }: Props): JSX.Element 
         <ul
             ref={list}
             class="device-list"
+            data-row="list"
             role="listbox"
             tabIndex={0}
             aria-label="Messages, oldest first"
@@ -90,7 +91,7 @@ function showLine(list: HTMLElement, line: Element | null): void {
     }
 }
 
-/** The choice after a key, null for none; undefined when the key is not for the list. */
+/** The choice after a key, null for none; undefined when the key is not for the list, as an arrow that leads out of it. */
 export function nextChoice(
     key: string,
     messages: readonly Message[],
@@ -101,9 +102,9 @@ export function nextChoice(
     const at = (place: number) => messages[Math.min(Math.max(place, 0), last)];
     switch (key) {
         case 'ArrowUp':
-            return at(index < 0 ? last : index - 1);
+            return index === 0 ? undefined : at(index < 0 ? last : index - 1);
         case 'ArrowDown':
-            return at(index < 0 ? last : index + 1);
+            return index >= 0 && index === last ? undefined : at(index < 0 ? last : index + 1);
         case 'Home':
             return at(0);
         case 'End':

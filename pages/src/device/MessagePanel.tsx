@@ -32,10 +32,10 @@ export function MessagePanel({ view, onPause, onClear }: Props): JSX.Element {
     };
 
     return (
-        <section class="device-panel device-messages" aria-labelledby="messages-title">
+        <section class="device-panel device-messages" data-zone aria-labelledby="messages-title">
             <h2 id="messages-title">Messages</h2>
             <FilterBar filter={filter} onChange={setFilter} />
-            <div class="device-tools">
+            <div class="device-tools" data-row="tools">
                 <button
                     type="button"
                     aria-pressed={view.paused}
@@ -99,7 +99,7 @@ function MessageDetail({ message }: { readonly message: Message | null }): JSX.E
     const way = direction === 'in' ? 'from' : 'to';
     const whole = pretty(text);
     return (
-        <div class="device-detail">
+        <div class="device-detail" data-row="detail">
             <p>
                 {timeOfDay(timestamp)} {kind} {way} {client === null ? 'every client' : `${door} client ${client}`},{' '}
                 {text.length} characters

@@ -4,7 +4,9 @@ export interface Command {
 }
 
 /** What became of a command. */
-export type Outcome = { readonly ok: true } | { readonly ok: false; readonly code: string; readonly message: string };
+export type Outcome =
+    | { readonly ok: true; /** False when it was so already. */ readonly changed?: false }
+    | { readonly ok: false; readonly code: string; readonly message: string };
 
 /** A switch of the simulated device: the command that moves it and where the device's state shows it. */
 export interface DeviceSwitch {

@@ -1,8 +1,10 @@
 import { render } from 'preact';
 
+import { actOncePerPress } from '../focus/keys';
 import { hideKey } from '../wire/address';
 import { Connection } from '../wire/connection';
 import { DevicePage, type ConnectionState } from './DevicePage';
+import { moveByArrows } from './arrows';
 import { DeviceSession } from './session';
 
 import '../theme.css';
@@ -59,6 +61,8 @@ function draw(): void {
 }
 
 hideKey();
+actOncePerPress();
+moveByArrows();
 draw();
 connection.start();
 addEventListener('online', () => {

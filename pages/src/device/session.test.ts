@@ -64,6 +64,13 @@ test('commands get their answers in order, with traces between them', async () =
     expect(sent).toEqual(['{"command":"captions","enabled":true}', '{"command":"fly"}', refresh, refresh]);
 });
 
+test('that a command changed nothing is passed on', async () => {
+    open();
+    const outcome = session.run({ command: 'setting', key: 'deviceName', value: 'Den' });
+    session.received('{"ok":true,"changed":false}');
+    expect(await outcome).toEqual({ ok: true, changed: false });
+});
+
 test('the state is asked for after a command', async () => {
     open();
     const outcome = session.run({ command: 'timezone', value: 'Europe/Rome' });

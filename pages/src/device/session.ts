@@ -117,7 +117,7 @@ export class DeviceSession {
 
 function outcomeOf(answer: Record<string, unknown>): Outcome {
     if (answer['ok'] === true) {
-        return { ok: true };
+        return answer['changed'] === false ? { ok: true, changed: false } : { ok: true };
     }
     const { code, message } = (answer['error'] ?? {}) as Record<string, unknown>;
     return {

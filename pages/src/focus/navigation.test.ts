@@ -1,18 +1,36 @@
-import { beforeEach, describe, expect, it } from 'vitest';
+import { afterAll, beforeAll, beforeEach, describe, expect, it, vi } from 'vitest';
 
-import { directionOf, focusFirst, moveFocus, placeOf, restoreFocus, type Direction } from './navigation';
+import { directionOf, enterPlace, focusFirst, moveFocus, placeOf, restoreFocus, type Direction } from './navigation';
 
 const zone = document.createElement('div');
+
+/** Where a control is drawn: `data-at="left top width"`, or else as wide as the page, each row below the one before. */
+function drawn(this: HTMLElement): DOMRect {
+    const row = [...zone.querySelectorAll('[data-row]')].findIndex((candidate) => candidate.contains(this));
+    const [left = 0, top = row * 50, width = 1_000] = (this.dataset['at'] ?? '').split(' ').filter(Boolean).map(Number);
+    return new DOMRect(left, top, width, 40);
+}
+
+beforeAll(() => {
+    vi.spyOn(HTMLElement.prototype, 'getBoundingClientRect').mockImplementation(drawn);
+});
+
+afterAll(() => {
+    vi.restoreAllMocks();
+});
 
 beforeEach(() => {
     zone.innerHTML = `
         <p>not to be reached</p>
         <div data-row="a"><button id="a">a</button></div>
         <div data-row="empty"><span>nothing to focus</span><button disabled>off</button></div>
-        <div data-row="b"><button id="b1">1</button><button disabled>off</button><button id="b2">2</button><input id="b3" /></div>
+        <div data-row="b">
+            <button id="b1" data-at="0 100 80">1</button><button disabled>off</button>
+            <button id="b2" data-at="200 100 80">2</button><input id="b3" data-at="300 100 80" />
+        </div>
         <div data-row="c">
-            <button role="radio" aria-checked="false" id="c1">1</button>
-            <button role="radio" aria-checked="true" id="c2">2</button>
+            <button role="radio" aria-checked="false" id="c1" data-at="0 150 80">1</button>
+            <button role="radio" aria-checked="true" id="c2" data-at="100 150 80">2</button>
         </div>
         <div data-row="d"><div tabindex="0" id="d">d</div></div>`;
     document.body.replaceChildren(zone);
@@ -34,7 +52,7 @@ describe('arrows', () => {
             'd',
             'stays at d',
             'c2',
-            'b2',
+            'b1',
             'a',
             'stays at a',
         ]);
@@ -49,6 +67,45 @@ describe('arrows', () => {
             'b1',
             'stays at b1',
         ]);
+    });
+
+    it('lead to every line of a row, and there to what stands above or below', () => {
+        zone.innerHTML = `
+            <div data-row="sizes"><button id="s" data-at="0 0 400">s</button></div>
+            <div data-row="colours">
+                <button role="radio" aria-checked="true" id="c1" data-at="0 50 200">1</button>
+                <button role="radio" aria-checked="false" id="c2" data-at="210 50 200">2</button>
+                <button role="radio" aria-checked="false" id="c3" data-at="420 50 100">3</button>
+                <button role="radio" aria-checked="false" id="c4" data-at="0 100 150">4</button>
+                <button role="radio" aria-checked="false" id="c5" data-at="160 100 150">5</button>
+            </div>
+            <div data-row="last"><button id="l" data-at="500 150 100">l</button></div>`;
+        expect(walk('c3', 'forward', 'down', 'up', 'down', 'back', 'up', 'up')).toEqual([
+            'stays at c3',
+            'c5',
+            'c2',
+            'c5',
+            'c4',
+            'c1',
+            's',
+        ]);
+        expect(walk('s', 'down', 'forward', 'down', 'forward', 'down', 'up')).toEqual([
+            'c1',
+            'c2',
+            'c5',
+            'stays at c5',
+            'l',
+            'c5',
+        ]);
+    });
+
+    it('lead along rows that are drawn side by side, but not from one list into another', () => {
+        zone.innerHTML = `
+            <ul><li data-row="a"><button id="a" data-at="0 0 100"></button></li>
+                <li data-row="b"><button id="b" data-at="110 0 100"></button></li>
+                <li data-row="c"><button id="c" data-at="0 50 100"></button></li></ul>
+            <div data-row="d"><button id="d" data-at="110 50 100"></button></div>`;
+        expect(walk('a', 'forward', 'down', 'forward', 'down', 'up')).toEqual(['b', 'c', 'stays at c', 'd', 'c']);
     });
 
     it('start at the first row when the focus is nowhere', () => {
@@ -66,6 +123,10 @@ describe('arrows', () => {
 });
 
 describe('a place', () => {
+    const tools = `<div data-row="a"><span tabindex="0" id="name">a</span><button data-tool="up" id="up">1</button>
+            <button data-tool="down" id="down">2</button><button data-tool="remove" id="remove">3</button></div>
+        <div data-row="b"><button data-tool="out" id="out">b</button></div>`;
+
     it('is found again by the name of its row, wherever that row went', () => {
         const place = placeOf(zone, document.getElementById('b2'));
         expect(place).toEqual({ row: 'b', rowNumber: 1, column: 1, tool: undefined });
@@ -75,8 +136,7 @@ describe('a place', () => {
     });
 
     it('is not taken by a control that does something else', () => {
-        zone.innerHTML = `<div data-row="a"><button data-tool="up" id="up">1</button>
-            <button data-tool="down" id="down">2</button><button data-tool="remove" id="remove">3</button></div>`;
+        zone.innerHTML = tools;
         const focusedAfter = (id: string, gone: string) => {
             const place = placeOf(zone, document.getElementById(id));
             document.getElementById(gone)?.setAttribute('disabled', '');
@@ -84,13 +144,25 @@ describe('a place', () => {
             document.getElementById(gone)?.removeAttribute('disabled');
             return document.activeElement?.id;
         };
-        expect(focusedAfter('down', 'down')).toBe('up');
-        expect(focusedAfter('up', 'up')).toBe('down');
+        expect(focusedAfter('up', 'up')).toBe('name');
+        expect(focusedAfter('down', 'down')).toBe('name');
+        expect(focusedAfter('down', 'up')).toBe('down');
         expect(focusedAfter('remove', 'down')).toBe('remove');
         const place = placeOf(zone, document.getElementById('remove'));
-        zone.innerHTML = '<div data-row="add"><button id="add">add</button></div>';
+        zone.querySelector('[data-row="a"]')?.setAttribute('data-row', 'other');
         restoreFocus(zone, place);
-        expect(document.activeElement?.id).toBe('add');
+        expect(document.activeElement?.id).toBe('name');
+    });
+
+    it('that would do harm at once is not entered', () => {
+        zone.innerHTML = tools;
+        const focusedAfter = (id: string) => {
+            enterPlace(zone, placeOf(zone, document.getElementById(id)));
+            return document.activeElement?.id;
+        };
+        expect(['name', 'up', 'remove', 'out'].map(focusedAfter)).toEqual(Array(4).fill('name'));
+        expect(enterPlace(zone, null)).toBe(true);
+        expect(document.activeElement?.id).toBe('name');
     });
 
     it('is that of the row that moved up when its own is gone, or the last', () => {

@@ -80,6 +80,8 @@ export const ar: Catalogue = {
     saving: 'جارٍ الحفظ …',
     accepted: 'تم الحفظ',
     unchanged: 'القيمة كذلك من قبل',
+    default: 'عند ترك النص فارغًا تُستخدم القيمة الافتراضية: {value}',
+    draft: 'لم يُحفظ بعد: {value}',
     refused: 'لم يتغير: {reason}',
     'reason.read-only': 'لا يُضبط هذا إلا على الجهاز.',
     'reason.format': 'صيغة القيمة غير صحيحة.',

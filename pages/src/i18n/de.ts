@@ -80,6 +80,8 @@ export const de: Catalogue = {
     saving: 'Wird gespeichert …',
     accepted: 'Gespeichert',
     unchanged: 'Das war schon so',
+    default: 'Ohne Text gilt der Standardwert: {value}',
+    draft: 'Noch nicht gespeichert: {value}',
     refused: 'Nicht geändert: {reason}',
     'reason.read-only': 'Das lässt sich nur am Gerät einstellen.',
     'reason.format': 'Der Wert hat die falsche Form.',

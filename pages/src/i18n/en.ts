@@ -79,6 +79,8 @@ export const en = {
     saving: 'Saving …',
     accepted: 'Saved',
     unchanged: 'It was that already',
+    default: 'Without text the default applies: {value}',
+    draft: 'Not saved yet: {value}',
     refused: 'Not changed: {reason}',
     'reason.read-only': 'this can be set on the device only.',
     'reason.format': 'the value has a wrong form.',

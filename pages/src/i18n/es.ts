@@ -80,6 +80,8 @@ export const es: Catalogue = {
     saving: 'Guardando …',
     accepted: 'Guardado',
     unchanged: 'Ya estaba así',
+    default: 'Sin texto se aplica el valor predeterminado: {value}',
+    draft: 'Aún sin guardar: {value}',
     refused: 'Sin cambios: {reason}',
     'reason.read-only': 'solo se puede ajustar en el dispositivo.',
     'reason.format': 'el valor no tiene la forma correcta.',

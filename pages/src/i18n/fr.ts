@@ -80,6 +80,8 @@ export const fr: Catalogue = {
     saving: 'Enregistrement …',
     accepted: 'Enregistré',
     unchanged: 'C’était déjà le cas',
+    default: 'Sans texte, la valeur par défaut s’applique : {value}',
+    draft: 'Pas encore enregistré : {value}',
     refused: 'Non modifié : {reason}',
     'reason.read-only': 'ce réglage ne se fait que sur l’appareil.',
     'reason.format': 'la valeur n’a pas la bonne forme.',

@@ -80,6 +80,8 @@ export const ja: Catalogue = {
     saving: '保存中…',
     accepted: '保存しました',
     unchanged: 'すでにその値です',
+    default: '未入力のときは初期値になります：{value}',
+    draft: '未保存：{value}',
     refused: '変更できません：{reason}',
     'reason.read-only': 'デバイス側でのみ設定できます。',
     'reason.format': '値の形式が正しくありません。',

@@ -1,5 +1,5 @@
 import type { JSX } from 'preact';
-import { useState } from 'preact/hooks';
+import { useEffect, useState } from 'preact/hooks';
 
 import { Dialog } from '../components/Dialog';
 import { usePage, wordsFor } from '../components/page';
@@ -15,6 +15,12 @@ export function AccountSection(): JSX.Element {
     const { store, state, language } = usePage();
     const { t } = language;
     const [asking, setAsking] = useState(false);
+    useEffect(
+        () => () => {
+            store.forgetAction();
+        },
+        [store],
+    );
     const entitlement = state.values?.['tovanEntitlementStatus'];
     const selected = state.selected === null ? t('unknown') : t(state.selected ? 'selected.yes' : 'selected.no');
     return (
@@ -39,6 +45,7 @@ export function AccountSection(): JSX.Element {
                 <button
                     type="button"
                     class="control danger"
+                    data-tool="log-out"
                     aria-haspopup="dialog"
                     onClick={() => {
                         setAsking(true);

@@ -30,13 +30,16 @@ export function LocaleList(): JSX.Element {
             <ol class="locales">
                 {locales.map((locale, place) => {
                     const name = shortened(nameOfLocale(locale, code));
+                    // A name of its own for each row, though a locale may be there twice.
+                    const row = locales.indexOf(locale) === place ? locale : `${locale} ${place}`;
                     return (
-                        <li
-                            key={`${locale}-${locales.indexOf(locale) === place ? 0 : place}`}
-                            class="locale"
-                            data-row={locale}
-                        >
-                            <span class="name">
+                        <li key={row} class="locale" data-row={row}>
+                            <span
+                                class="name"
+                                tabIndex={0}
+                                role="group"
+                                aria-label={place === 0 ? `${name}, ${t('locale.primary')}` : name}
+                            >
                                 <bdi>{name}</bdi>
                                 {place === 0 && <span class="badge">{t('locale.primary')}</span>}
                             </span>

@@ -2,7 +2,7 @@ import type { JSX } from 'preact';
 
 import { ChoiceRow } from '../components/ChoiceRow';
 import { EditRow } from '../components/EditRow';
-import { captionStyles, fontSizes, pairOf, usePage, wordsFor } from '../components/page';
+import { captionStyles, fontSizes, usePage, wordsFor } from '../components/page';
 import { ReadOnlyRow } from '../components/ReadOnlyRow';
 import { SwitchRow } from '../components/SwitchRow';
 import type { MessageKey } from '../i18n/en';
@@ -20,8 +20,6 @@ function DeviceSection(): JSX.Element {
                 setting="companionDevice"
                 about={t('companionDevice.about')}
                 parts={[t('companionDevice.first'), t('companionDevice.second')]}
-                split={pairOf}
-                join={(parts) => JSON.stringify(parts)}
             />
         </>
     );

@@ -1,6 +1,6 @@
 import { afterEach, beforeEach, describe, expect, it, vi } from 'vitest';
 
-import { Store } from './store';
+import { shownFor, Store } from './store';
 
 interface Sent {
     readonly type: number;
@@ -22,6 +22,7 @@ class FakeHost {
         () => {
             this.silences += 1;
         },
+        (key) => !key.startsWith('x'),
     );
 
     event(key: string, to: string, origin: string): void {
@@ -129,15 +130,65 @@ describe('the store', () => {
         await done;
         expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason: 'no-answer' });
         host.silent = false;
-        store.opened();
-        await vi.advanceTimersByTimeAsync(0);
-        expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason: 'no-answer' });
-        store.closed();
         host.values['deviceName'] = 'Den';
         store.opened();
         await vi.advanceTimersByTimeAsync(0);
         expect(store.state.values?.['deviceName']).toBe('Den');
         expect(store.state.rows['deviceName']).toEqual({ kind: 'accepted' });
+    });
+
+    it('says no more that the television does not answer once it does', async () => {
+        host.silent = true;
+        const done = store.set('deviceName', 'Den');
+        store.closed();
+        host.connected = false;
+        store.openSettings();
+        await done;
+        expect(store.state).toMatchObject({
+            rows: { deviceName: { kind: 'refused', reason: 'no-answer' } },
+            action: 'failed',
+        });
+        host.connected = true;
+        host.silent = false;
+        store.opened();
+        await vi.advanceTimersByTimeAsync(0);
+        expect(store.state).toMatchObject({ connection: 'online', rows: {}, action: 'none' });
+    });
+
+    it('takes good news back after a while, but not why something did not work', async () => {
+        const kinds = () => Object.entries(store.state.rows).map(([key, { kind }]) => `${key} ${kind}`);
+        host.refused.add('captionsEnabled');
+        store.openSettings();
+        await store.set('deviceName', 'Den');
+        await store.set('timezone', 'UTC');
+        await store.set('captionsEnabled', 'true');
+        await vi.advanceTimersByTimeAsync(shownFor - 1);
+        expect(kinds()).toEqual(['deviceName accepted', 'timezone unchanged', 'captionsEnabled refused']);
+        expect(store.state.action).toBe('opened');
+        void store.set('deviceName', 'Attic');
+        await vi.advanceTimersByTimeAsync(1);
+        expect(kinds()).toEqual(['deviceName accepted', 'captionsEnabled refused']);
+        expect(store.state.action).toBe('none');
+        await vi.advanceTimersByTimeAsync(shownFor);
+        expect(kinds()).toEqual(['captionsEnabled refused']);
+    });
+
+    it('says that the default applies where nothing was entered, whether that is new or not', async () => {
+        await store.set('timezone', 'UTC', true);
+        await store.set('deviceName', 'TV two', true);
+        expect(store.state.rows).toEqual({ timezone: { kind: 'default' }, deviceName: { kind: 'default' } });
+    });
+
+    it('leaves keys alone that are no settings', async () => {
+        host.event('deviceName', 'Den', 'socket');
+        await vi.advanceTimersByTimeAsync(50);
+        host.requests = [];
+        host.event('xUnknown', 'text', 'socket');
+        host.say({ notice: { reread: ['xUnknown'] } });
+        await vi.advanceTimersByTimeAsync(50);
+        expect(store.state.announcement).toMatchObject({ number: 1, key: 'deviceName' });
+        expect(store.state.values).not.toHaveProperty('xUnknown');
+        expect(host.requests).toEqual([]);
     });
 
     it('says nothing of a value without an answer after somebody else wrote another', async () => {
@@ -254,8 +305,12 @@ describe('the store', () => {
 
     it('logs out and shows what is left', async () => {
         await store.set('deviceName', 'Den');
+        store.drafts.set('deviceName', { parts: ['Attic'], known: 'Den' });
         await store.logOut();
         expect(store.state).toMatchObject({ action: 'logged-out', values: { deviceName: 'TV' }, rows: {} });
+        expect(store.drafts.size).toBe(0);
+        await vi.advanceTimersByTimeAsync(shownFor);
+        expect(store.state.action).toBe('none');
         host.connected = false;
         await store.logOut();
         expect(store.state.action).toBe('failed');

@@ -4,8 +4,13 @@ import { Session, type Reason } from '../wire/session';
 /** What is known about the last new value that this page asked for. */
 export type RowStatus =
     | { readonly kind: 'saving' }
-    | { readonly kind: 'accepted' | 'unchanged' }
-    | { readonly kind: 'refused'; readonly reason: Reason };
+    /** `default`: nothing was entered, so that the default applies. */
+    | { readonly kind: 'accepted' | 'unchanged' | 'default' }
+    | Refused;
+export interface Refused {
+    readonly kind: 'refused';
+    readonly reason: Reason;
+}
 
 /** A change that did not come from this page. */
 export interface Announcement {
@@ -25,6 +30,8 @@ export interface State {
     readonly selected: boolean | null;
     /** What the last action without a value came to. */
     readonly action: 'none' | 'opened' | 'logged-out' | 'failed';
+    /** The setting whose editor is open. */
+    readonly editor: string | null;
 }
 
 /** What a person is writing over a value, and the value that they know of. */
@@ -35,6 +42,8 @@ export interface Draft {
 
 /** Gathers what to read again for so long, in milliseconds, so that a storm of changes is one question. */
 const gatherPause = 50;
+/** How long good news stays, in milliseconds. */
+export const shownFor = 6_000;
 
 /** The settings as the page knows them. Changes are shown at once; what comes back decides. */
 export class Store {
@@ -45,6 +54,7 @@ export class Store {
         announcement: null,
         selected: null,
         action: 'none',
+        editor: null,
     };
     /** Unfinished texts by setting, kept while the person looks at another section. */
     readonly drafts = new Map<string, Draft>();
@@ -56,9 +66,17 @@ export class Store {
     /** New values of which nobody knows whether they arrived. */
     private readonly unanswered = new Map<string, string>();
     private readTimer: ReturnType<typeof setTimeout> | null = null;
+    private actionTimer: ReturnType<typeof setTimeout> | undefined;
 
-    /** `onSilence` is called when the host did not answer in time. */
-    constructor(send: (frame: string) => boolean, onSilence: () => void = () => undefined) {
+    /**
+     * `onSilence` is called when the host did not answer in time. Changes of keys that are no setting for `isSetting` are no
+     * business of a person.
+     */
+    constructor(
+        send: (frame: string) => boolean,
+        onSilence: () => void = () => undefined,
+        private readonly isSetting: (key: string) => boolean = () => true,
+    ) {
         this.session = new Session(send, {
             changed: (change) => {
                 this.heard(change);
@@ -104,13 +122,13 @@ export class Store {
         this.session.received(text);
     }
 
-    /** Asks for a new value. It is shown at once, and taken back when it is refused. */
-    async set(key: string, to: string): Promise<void> {
+    /** Asks for a new value. It is shown at once, and taken back when it is refused. `isDefault`: nothing else was entered. */
+    async set(key: string, to: string, isDefault = false): Promise<void> {
         const before = this.state.values?.[key];
         const attempt = (this.attempts.get(key) ?? 0) + 1;
         this.attempts.set(key, attempt);
         this.unanswered.delete(key);
-        this.update({ rows: { ...this.state.rows, [key]: { kind: 'saving' } } });
+        this.tell(key, { kind: 'saving' });
         this.show(key, to);
         const outcome = await this.session.set(key, to);
         if (this.attempts.get(key) !== attempt) {
@@ -121,15 +139,26 @@ export class Store {
         }
         // Without an answer the value from before stands until it is read again.
         this.show(key, outcome.value ?? before);
-        this.update({
-            rows: {
-                ...this.state.rows,
-                [key]:
-                    outcome.result === 'refused'
-                        ? { kind: 'refused', reason: outcome.reason }
-                        : { kind: outcome.result },
-            },
-        });
+        if (outcome.result === 'refused') {
+            this.tell(key, { kind: 'refused', reason: outcome.reason });
+        } else {
+            this.tell(key, { kind: isDefault ? 'default' : outcome.result });
+        }
+    }
+
+    /** Says that a person left a value as it is. */
+    tellUnchanged(key: string): void {
+        this.tell(key, { kind: 'unchanged' });
+    }
+
+    openEditor(key: string): void {
+        this.update({ editor: key });
+    }
+
+    closeEditor(key: string): void {
+        if (this.state.editor === key) {
+            this.update({ editor: null });
+        }
     }
 
     forgetStatus(key: string): void {
@@ -140,36 +169,73 @@ export class Store {
     }
 
     openSettings(): void {
-        this.update({ action: this.session.openSettings() ? 'opened' : 'failed' });
+        this.did(this.session.openSettings() ? 'opened' : 'failed');
     }
 
     async logOut(): Promise<void> {
         const sent = this.session.logOut();
         // The reply comes when the log-out is done.
         const values = sent ? await this.session.read() : null;
-        this.update(values === null ? { action: 'failed' } : { action: 'logged-out', values, rows: {} });
+        if (values !== null) {
+            this.drafts.clear();
+            this.update({ values, rows: {}, editor: null });
+        }
+        this.did(values === null ? 'failed' : 'logged-out');
+    }
+
+    forgetAction(): void {
+        this.did('none');
+    }
+
+    private did(action: State['action']): void {
+        clearTimeout(this.actionTimer);
+        this.update({ action });
+        if (action === 'opened' || action === 'logged-out') {
+            this.actionTimer = setTimeout(() => {
+                this.forgetAction();
+            }, shownFor);
+        }
+    }
+
+    /** Good news goes by itself; why something did not work stays until it does. */
+    private tell(key: string, status: RowStatus): void {
+        this.update({ rows: { ...this.state.rows, [key]: status } });
+        if (status.kind !== 'saving' && status.kind !== 'refused') {
+            setTimeout(() => {
+                if (this.state.rows[key] === status) {
+                    this.forgetStatus(key);
+                }
+            }, shownFor);
+        }
     }
 
     private async readAll(): Promise<void> {
         const values = await this.session.read();
         if (values !== null) {
-            this.update({ values, rows: this.settled(values), connection: 'online' });
+            this.update({ values, connection: 'online' });
+            this.settle(values);
         }
     }
 
-    /** What is known of each row once the values are read: a new value that was not answered may have arrived all the same. */
-    private settled(values: Values): State['rows'] {
-        const rows = { ...this.state.rows };
+    /** The television answers: what was said of its silence goes. A new value that was not answered may have arrived all the same. */
+    private settle(values: Values): void {
         for (const [key, to] of this.unanswered) {
             if (values[key] === to) {
-                rows[key] = { kind: 'accepted' };
-                this.unanswered.delete(key);
+                this.tell(key, { kind: 'accepted' });
+            } else {
+                this.forgetStatus(key);
             }
         }
-        return rows;
+        this.unanswered.clear();
+        if (this.state.action === 'failed') {
+            this.forgetAction();
+        }
     }
 
     private heard(change: ChangeEvent): void {
+        if (!this.isSetting(change.key)) {
+            return;
+        }
         this.show(change.key, change.to);
         this.announce(change.key, change.to, change.origin);
         // The event carries the text as it was asked for, which may read back otherwise.
@@ -177,8 +243,11 @@ export class Store {
     }
 
     private readSoon(keys: readonly string[], origin: Origin | null): void {
-        for (const key of keys) {
+        for (const key of keys.filter(this.isSetting)) {
             this.toRead.set(key, origin);
+        }
+        if (this.toRead.size === 0) {
+            return;
         }
         this.readTimer ??= setTimeout(() => {
             this.readTimer = null;

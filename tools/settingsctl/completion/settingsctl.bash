@@ -1,5 +1,5 @@
 # Completion of settingsctl for bash. Source it, or install it as bash-completion/completions/settingsctl.
-# Keys and current values come from the running host; without one, only fixed words are offered.
+# Current values come from the running host; without one, keys and fixed words are offered.
 
 # The answer of the host whose socket the command line names, if there is one and it answers quickly.
 _settingsctl_ask() {
@@ -92,6 +92,7 @@ _settingsctl() {
         :
     elif [[ $cur == -* ]]; then
         _settingsctl_offer --socket --device-socket --json --value --quiet --timeout --version --help
+        [[ ${arguments[0]} == page ]] && _settingsctl_offer --new-key
     else
         _settingsctl_offer_for_verb
     fi

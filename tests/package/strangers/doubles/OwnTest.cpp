@@ -6,6 +6,11 @@
 #include "SettingsHandler/SettingsHandler.h"
 #include "SettingsHandlerTesting/Journal.h"
 #include "SettingsHandlerTesting/Mocks.h"
+// Contracts that this program has nothing for, or not yet.
+#include "SettingsHandlerTesting/contracts/DeviceInfoContract.h"
+#include "SettingsHandlerTesting/contracts/SdkBridgeContract.h"
+#include "SettingsHandlerTesting/contracts/StorageContract.h"
+#include "SettingsHandlerTesting/contracts/TransportContract.h"
 #include "SettingsHandlerTesting/platform/PlatformDoubles.h"
 
 using namespace SettingsHandlerTesting;

@@ -1,0 +1,98 @@
+#include "Reset.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <unistd.h>
+
+#include "logging/LogFile.h"
+#include "storage/Database.h"
+#include "storage/DatabaseLock.h"
+#include "storage/Files.h"
+#include "storage/FilesBeside.h"
+#include "storage/LogOut.h"
+
+namespace SettingsHost {
+
+namespace {
+
+/// A damaged database and one of a newer version are what somebody may want to be rid of.
+void refuseWhatIsInUseOrNotOurs(const std::string& file) {
+    try {
+        const Database opened(file);
+    } catch (const DamagedDatabase&) {
+    } catch (const NewerDatabase&) {
+    }
+}
+
+/// The database comes last: it holds off hosts that start meanwhile, and without it a backup would be restored.
+std::vector<std::string> filesToRemove(const std::string& database, const std::string& log) {
+    std::vector<std::string> candidates;
+    if (!log.empty()) {
+        for (int number = LogFile::files - 1; number >= 0; --number) {
+            candidates.push_back(std::filesystem::absolute(log).string() +
+                                 (number == 0 ? "" : "." + std::to_string(number)));
+        }
+    }
+    if (std::filesystem::exists(std::filesystem::path(database).parent_path())) {
+        for (const auto& file : filesBeside(database)) {
+            candidates.push_back(file);
+        }
+    }
+    candidates.push_back(logOutMarkerOf(database));
+    for (const std::string ending : {companions[0], companions[1], ""}) {
+        candidates.push_back(database + ending);
+    }
+    std::vector<std::string> files;
+    for (const auto& candidate : candidates) {
+        if (std::filesystem::is_regular_file(std::filesystem::symlink_status(candidate))) {
+            files.push_back(candidate);
+        }
+    }
+    return files;
+}
+
+bool isConfirmed() {
+    std::printf("Remove them? [y/N] ");
+    std::fflush(stdout);
+    std::string answer;
+    for (int character = std::getchar(); character != EOF && character != '\n'; character = std::getchar()) {
+        answer += static_cast<char>(character);
+    }
+    return answer == "y" || answer == "Y" || answer == "yes";
+}
+
+}  // namespace
+
+int reset(const Options& options) {
+    if (!options.resetConfirmed && ::isatty(STDIN_FILENO) == 0) {
+        throw CommandLineEnd(2, "--reset asks before it removes anything, but there is no terminal: add --yes");
+    }
+    const std::string database = std::filesystem::absolute(options.storageFile).string();
+    Descriptor lock;
+    if (holdsData(database)) {
+        refuseWhatIsInUseOrNotOurs(database);
+        lock = lockForRemoval(database);
+    }
+    const auto files = filesToRemove(database, options.log.file);
+    if (files.empty()) {
+        std::printf("There is nothing to remove.\n");
+        return 0;
+    }
+    std::printf("%s\n", options.resetConfirmed ? "Removing:" : "To be removed for good:");
+    for (const auto& file : files) {
+        std::printf("  %s\n", file.c_str());
+    }
+    if (!options.resetConfirmed && !isConfirmed()) {
+        std::fprintf(stderr, "settings-host: nothing was removed\n");
+        return 1;
+    }
+    for (const auto& file : files) {
+        removeFile(file);
+    }
+    return 0;
+}
+
+}  // namespace SettingsHost

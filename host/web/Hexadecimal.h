@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace SettingsHost {
+
+/// `size` bytes in lower-case hexadecimal.
+inline std::string hexadecimal(const unsigned char* bytes, std::size_t size) {
+    constexpr const char* digits = "0123456789abcdef";
+    std::string text;
+    for (std::size_t place = 0; place < size; ++place) {
+        text += digits[bytes[place] >> 4U];
+        text += digits[bytes[place] & 15U];
+    }
+    return text;
+}
+
+}  // namespace SettingsHost

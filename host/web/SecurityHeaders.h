@@ -1,0 +1,15 @@
+#pragma once
+
+struct lws;
+struct lws_protocol_vhost_options;
+
+namespace SettingsHost {
+
+/// Headers of every answer, the library's own refusals included.
+const lws_protocol_vhost_options* securityHeaders();
+
+/// Adds them to the answer that turns a connection into a WebSocket: what the library passes with
+/// LWS_CALLBACK_ADD_HEADERS. Returns: false when there is no room.
+bool addSecurityHeaders(lws* connection, void* headOfAnswer);
+
+}  // namespace SettingsHost

@@ -1,0 +1,194 @@
+import type { Locator, Page } from 'playwright-core';
+import { afterEach, beforeEach, expect, test } from 'vitest';
+
+import { Host } from './host';
+import { enterSection, expectFocus, expectStatus, expectValue, press, row, typeOver, visitSettings } from './settings';
+import { hostIsAway } from './visit';
+
+/** What the page says of values: that it says what is so, as long as it is so, and writes only what a person wrote. */
+
+let host: Host;
+
+beforeEach(async () => {
+    host = await Host.start();
+});
+
+afterEach(() => host.stop());
+
+async function valueOf(key: string): Promise<string> {
+    return (await host.control('--value', 'get', key)).replace(/\n$/, '');
+}
+
+/** Lets the page's clock be set forward; it goes on as usual meanwhile. */
+const withClock = { messagesStay: false, prepare: (page: Page) => page.clock.install() };
+
+async function expectGone(message: Locator): Promise<void> {
+    await message.waitFor({ state: 'detached' });
+}
+
+test.each(['["a","b","c"]', 'x', 'null', '[ "Phone" ]', '{"a":1}'])(
+    'Enter twice on the companion device %s writes nothing',
+    async (value) => {
+        await host.control('set', 'companionDevice', value);
+        await visitSettings(host, async (page) => {
+            const written: string[] = [];
+            await page.routeWebSocket(/settings/, (socket) => {
+                const server = socket.connectToServer();
+                socket.onMessage((message) => {
+                    written.push(...(/"type":24.*/.exec(message.toString()) ?? []));
+                    server.send(message);
+                });
+            });
+            await page.reload();
+            await expectValue(page, 'companionDevice', value === '[ "Phone" ]' ? 'Phone' : value);
+            await enterSection(page, 'device');
+            await press(page, 'ArrowDown', 'ArrowDown', 'Enter', 'Enter');
+            await expectStatus(page, 'companionDevice', 'unchanged', 'It was that already');
+            await expectFocus(page, 'companionDevice');
+            expect(written).toEqual([]);
+        });
+        expect(await valueOf('companionDevice')).toBe(value);
+    },
+);
+
+test('a value of a form that the page does not know is edited as the text that it is', async () => {
+    await host.control('set', 'companionDevice', '["a","b","c"]');
+    await host.control('set', 'pttAlwaysOnDiscovered', 'perhaps');
+    await visitSettings(host, async (page) => {
+        await enterSection(page, 'device');
+        await press(page, 'ArrowDown', 'ArrowDown', 'Enter');
+        expect(await page.getByRole('textbox').inputValue()).toBe('["a","b","c"]');
+        await press(page, 'End', 'ArrowLeft');
+        await page.keyboard.type(',"d"');
+        await press(page, 'Enter');
+        await expectStatus(page, 'companionDevice', 'accepted', 'Saved');
+        await expectValue(page, 'companionDevice', '["a","b","c","d"]');
+        await enterSection(page, 'voice');
+        await row(page, 'pttAlwaysOnDiscovered').getByText('perhaps').waitFor();
+    });
+    expect(await valueOf('companionDevice')).toBe('["a","b","c","d"]');
+    expect(await valueOf('pttAlwaysOnDiscovered')).toBe('perhaps');
+});
+
+test.each([
+    ['empty', ''],
+    ['blank', '   '],
+])('a name that is left %s goes back to the default, and the page says so', async (_how, text) => {
+    await host.control('set', 'deviceName', 'Den');
+    await visitSettings(host, async (page) => {
+        await enterSection(page, 'device');
+        // The second time it is the default already.
+        for (let times = 0; times < 2; times += 1) {
+            await press(page, 'Enter', 'Control+A', 'Delete');
+            await page.keyboard.type(text);
+            await press(page, 'Enter');
+            await expectStatus(page, 'deviceName', 'default', 'Without text the default applies: TV');
+            await expectValue(page, 'deviceName', 'TV');
+        }
+    });
+    expect(await valueOf('deviceName')).toBe('TV');
+});
+
+test('a name of blanks from elsewhere can be seen, and an empty one is announced as what it stands for', async () => {
+    await visitSettings(host, async (page) => {
+        await host.control('set', 'deviceName', '   ');
+        await expectValue(page, 'deviceName', '“   ”');
+        await host.control('set', 'deviceName', '');
+        await page.locator('.announcement', { hasText: 'Device name is now TV, changed by a program' }).waitFor();
+        await expectValue(page, 'deviceName', 'TV');
+    });
+});
+
+test('a change of a key that is no setting is not announced', async () => {
+    await visitSettings(host, async (page) => {
+        await page.locator('.announcement').evaluate((element) => {
+            new MutationObserver(() => {
+                document.body.dataset['told'] = `${document.body.dataset['told'] ?? ''}${element.textContent}; `;
+            }).observe(element, { childList: true, characterData: true, subtree: true });
+        });
+        await host.control('set', 'deviceName', 'Den');
+        await host.control('set', 'myOwnKey', 'secret');
+        await host.control('set', 'friendlyName', 'Telly');
+        await page.locator('.announcement', { hasText: 'Telly' }).waitFor();
+        expect(await page.locator('body').getAttribute('data-told')).toBe(
+            'Device name is now Den, changed by a program; Friendly name is now Telly, changed by a program; ',
+        );
+    });
+});
+
+test('two editors are never open at once, and the text in the first is kept', async () => {
+    await visitSettings(host, async (page) => {
+        await enterSection(page, 'device');
+        await press(page, 'Enter');
+        await typeOver(page, 'Den');
+        await press(page, 'ArrowDown', 'ArrowDown');
+        await expectFocus(page, 'friendlyName');
+        await press(page, 'Enter');
+        await page.getByRole('form', { name: 'Change Friendly name' }).waitFor();
+        expect(await page.locator('form').count()).toBe(1);
+        await expectStatus(page, 'deviceName', 'draft', 'Not saved yet: Den');
+        await press(page, 'ArrowUp');
+        await expectFocus(page, 'deviceName');
+        await press(page, 'Enter');
+        await page.getByRole('form', { name: 'Change Device name' }).waitFor();
+        expect(await page.locator('form').count()).toBe(1);
+        expect(await page.getByRole('textbox').inputValue()).toBe('Den');
+        await press(page, 'Enter');
+        await expectStatus(page, 'deviceName', 'accepted', 'Saved');
+    });
+    expect(await valueOf('deviceName')).toBe('Den');
+});
+
+test('that something was saved is said for a while', async () => {
+    await visitSettings(
+        host,
+        async (page) => {
+            await enterSection(page, 'voice');
+            await press(page, 'Enter');
+            await expectStatus(page, 'handsFreeEnabled', 'accepted', 'Saved');
+            await page.clock.fastForward(6_000);
+            await expectGone(row(page, 'handsFreeEnabled').locator('.status[data-kind]'));
+        },
+        withClock,
+    );
+});
+
+test('that one is logged out is said until one leaves the section', async () => {
+    await visitSettings(host, async (page) => {
+        await enterSection(page, 'account');
+        await press(page, 'ArrowDown', 'ArrowDown', 'ArrowDown', 'Enter', 'ArrowRight', 'Enter');
+        await page.getByText('You are logged out.').waitFor();
+        await enterSection(page, 'doNotDisturb');
+        await enterSection(page, 'account');
+        expect(await page.getByText('You are logged out.').count()).toBe(0);
+    });
+});
+
+test('that the television does not answer is said until it does', async () => {
+    await visitSettings(
+        host,
+        async (page) => {
+            await host.kill();
+            await page.getByRole('alert').getByText('does not answer').waitFor();
+            await enterSection(page, 'device');
+            await press(page, 'Enter');
+            await typeOver(page, 'Den');
+            await press(page, 'Enter');
+            await expectStatus(page, 'deviceName', 'refused', 'the television does not answer');
+            await host.resume();
+            await expectGone(page.locator('.banner span'));
+            await expectGone(row(page, 'deviceName').locator('.status[data-kind]'));
+            await expectValue(page, 'deviceName', 'TV');
+
+            await host.kill();
+            await page.getByRole('alert').getByText('does not answer').waitFor();
+            await enterSection(page, 'account');
+            await press(page, 'ArrowDown', 'ArrowDown', 'Enter');
+            await page.getByText('That did not work').waitFor();
+            await host.resume();
+            await expectGone(page.locator('.banner span'));
+            expect(await page.getByText('That did not work').count()).toBe(0);
+        },
+        { expected: hostIsAway },
+    );
+});

@@ -1,0 +1,185 @@
+#include <fstream>
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "FakeHost.h"
+#include "SocketPlaces.h"
+
+using namespace SettingsCtl;
+using namespace SettingsCtlTests;
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+/// Each as "PATH COMPANION".
+Words shown(const std::vector<SocketPlace>& places) {
+    Words words;
+    for (const auto& place : places) {
+        EXPECT_EQ(place.objection, "");
+        words.push_back(place.path + " " + place.companion);
+    }
+    return words;
+}
+
+const Words systemsSettings{"/run/settings-host/settings.sock /run/settings-host/device.sock"};
+
+Words settings(const SocketOptions& options, const char* runtimeFolder = "/run/user/1") {
+    return shown(settingsPlaces(options, runtimeFolder));
+}
+
+Words device(const SocketOptions& options, const char* runtimeFolder = "/run/user/1") {
+    return shown(devicePlaces(options, runtimeFolder));
+}
+
+}  // namespace
+
+TEST(SettingsCtlSocketPlaces, AreTheUsersOwnAndTheSystems) {
+    EXPECT_EQ(settings({}), (Words{"/run/user/1/settings-host/settings.sock /run/user/1/settings-host/device.sock",
+                                   "/run/settings-host/settings.sock /run/settings-host/device.sock"}));
+    EXPECT_EQ(device({}), (Words{"/run/user/1/settings-host/device.sock /run/user/1/settings-host/settings.sock",
+                                 "/run/settings-host/device.sock /run/settings-host/settings.sock"}));
+}
+
+TEST(SettingsCtlSocketPlaces, AreInATemporaryFolderOfTheUserWithoutARuntimeFolder) {
+    const std::string folder = "/tmp/settings-host-" + std::to_string(::geteuid());
+    for (const char* const none : {static_cast<const char*>(nullptr), "", "run/user"}) {
+        const auto places = settingsPlaces({}, none);
+        ASSERT_EQ(places.size(), 2U);
+        EXPECT_EQ(places[0].path, folder + "/settings.sock");
+        EXPECT_EQ(places[0].companion, folder + "/device.sock");
+        EXPECT_EQ(places[0].objection, objectionTo(folder));
+        EXPECT_EQ(places[1].path, "/run/settings-host/settings.sock");
+    }
+}
+
+TEST(SettingsCtlSocketPlaces, AreThoseThatAreGivenAndNoOthers) {
+    EXPECT_EQ(settings({"/a/x.sock", {}}), Words{"/a/x.sock "});
+    EXPECT_EQ(settings({"/a/x.sock", "/b/y.sock"}), Words{"/a/x.sock "});
+    EXPECT_EQ(device({"/a/x.sock", "/b/y.sock"}), Words{"/b/y.sock "});
+    EXPECT_EQ(device({{}, "/b/y.sock"}), Words{"/b/y.sock "});
+    EXPECT_EQ(settings({{}, "/b/y.sock"}), settings({})) << "as with the host, which listens there";
+    EXPECT_EQ(settings({"", {}}), Words{" "});
+}
+
+TEST(SettingsCtlSocketPlaces, AreOfOneHostWhenOneIsGiven) {
+    EXPECT_EQ(device({"/a/x.sock", {}}), Words{"/a/device.sock "});
+    EXPECT_EQ(device({"x.sock", {}}), Words{"device.sock "});
+    EXPECT_EQ(device({"", {}}), Words{" "});
+}
+
+TEST(SettingsCtlSocketPlaces, AreNotTrustedInAFolderThatAnybodyCouldHaveMade) {
+    const TestSupport::TemporaryDirectory here;
+    EXPECT_EQ(objectionTo(here / "missing"), "");
+    const std::string folder = here / "folder";
+    std::filesystem::create_directory(folder);
+    EXPECT_EQ(objectionTo(folder), "");
+    std::filesystem::create_directory_symlink(folder, here / "link");
+    EXPECT_EQ(objectionTo(here / "link"), "its folder is a link or no folder");
+    std::ofstream(here / "file") << "a file";
+    EXPECT_EQ(objectionTo(here / "file"), "its folder is a link or no folder");
+    for (const auto others : {std::filesystem::perms::group_write, std::filesystem::perms::others_write}) {
+        std::filesystem::permissions(folder, std::filesystem::perms::owner_all | others);
+        EXPECT_EQ(objectionTo(folder), "its folder is writable by others");
+    }
+    if (::geteuid() != 0) {
+        EXPECT_EQ(objectionTo("/"), "its folder belongs to another user");
+    } else {
+        constexpr uid_t somebody = 12345;
+        ASSERT_EQ(::chown(folder.c_str(), somebody, somebody), 0);
+        EXPECT_EQ(objectionTo(folder), "its folder belongs to another user");
+    }
+}
+
+namespace {
+
+/// A machine of its own, as far as /run and /tmp go, on which the test plays the system's host.
+class SettingsCtlOnAMachine : public testing::Test {
+protected:
+    void SetUp() override {
+        keeper.emplace(Words{"unshare", "--user", "--map-root-user", "--mount", "sh", "-c",
+                             "mount -t tmpfs none /run && mkdir -p /run/settings-host /run/own && echo mounted && "
+                             "exec sleep 1000"});
+        if (keeper->output().readLine() != "mounted") {
+            GTEST_SKIP() << "this machine lets nobody make a disk: " << keeper->errors().readAll();
+        }
+    }
+
+    std::string seenFromHere(const std::string& path) const {
+        return "/proc/" + std::to_string(keeper->pid()) + "/root" + path;
+    }
+
+    TestSupport::ChildProcess start(Words arguments) const {
+        arguments.insert(arguments.begin(), {"nsenter", "--target", std::to_string(keeper->pid()), "--user", "--mount",
+                                             "--preserve-credentials", "--", SETTINGSCTL_PROGRAM});
+        return TestSupport::ChildProcess(arguments, {{"XDG_RUNTIME_DIR", "/run/own"}});
+    }
+
+    std::optional<TestSupport::ChildProcess> keeper;
+};
+
+}  // namespace
+
+TEST_F(SettingsCtlOnAMachine, SpeaksToTheSystemsHostWhenTheUserHasNone) {
+    const ListeningSocket settingsSocket(seenFromHere("/run/settings-host/settings.sock"));
+    const ListeningSocket deviceSocket(seenFromHere("/run/settings-host/device.sock"));
+    {
+        auto program = start({"get"});
+        Peer client = settingsSocket.accept();
+        client.receiveLine();
+        client.sendLine(getReply(program, 1, R"({"deviceName":"the system's"})"));
+        expectEnd(program, 0, "deviceName=the system's\n", "");
+    }
+    {
+        auto program = start({"watch"});
+        Peer client = settingsSocket.accept();
+        client.sendLine(R"({"type":18,"messageId":"watch","payload":{"isOrliaSelectedAsVA":true}})");
+        EXPECT_EQ(program.errors().readLine(), "settingsctl: watching /run/settings-host/settings.sock");
+    }
+    auto program = start({"device", "show"});
+    Peer client = deviceSocket.accept();
+    client.sendLine(R"({"device":{"timezone":"the system's"}})");
+    expectEnd(program, 0, "timezone=the system's\n", "");
+}
+
+TEST_F(SettingsCtlOnAMachine, PrefersTheUsersOwnHost) {
+    const ListeningSocket theSystems(seenFromHere("/run/settings-host/settings.sock"));
+    const ListeningSocket theSystemsDevice(seenFromHere("/run/settings-host/device.sock"));
+    const ListeningSocket own(seenFromHere("/run/own/settings-host/settings.sock"));
+    auto program = start({"get"});
+    Peer client = own.accept();
+    client.receiveLine();
+    client.sendLine(getReply(program, 1, R"({"deviceName":"the user's"})"));
+    expectEnd(program, 0, "deviceName=the user's\n", "");
+
+    auto deviceProgram = start({"device", "captions", "on"});
+    expectEnd(deviceProgram, 3, "",
+              "settingsctl: cannot reach the host at /run/own/settings-host/device.sock: No such file or directory (is "
+              "settings-host running?)\n");
+}
+
+TEST_F(SettingsCtlOnAMachine, NamesBothWhenThereIsNone) {
+    auto program = start({"get"});
+    expectEnd(
+        program, 3, "",
+        "settingsctl: cannot reach the host at /run/own/settings-host/settings.sock: No such file or directory, nor "
+        "at /run/settings-host/settings.sock: No such file or directory (is settings-host running?)\n");
+    auto deviceProgram = start({"device", "show"});
+    expectEnd(
+        deviceProgram, 3, "",
+        "settingsctl: cannot reach the host at /run/own/settings-host/device.sock: No such file or directory, nor "
+        "at /run/settings-host/device.sock: No such file or directory (is settings-host running?)\n");
+}
+
+TEST_F(SettingsCtlOnAMachine, TriesNothingElseThanWhatIsGiven) {
+    const ListeningSocket theSystems(seenFromHere("/run/settings-host/settings.sock"));
+    const ListeningSocket theSystemsDevice(seenFromHere("/run/settings-host/device.sock"));
+    const std::string end = ": No such file or directory (is settings-host running?)\n";
+    auto program = start({"--socket", "/run/x/settings.sock", "get"});
+    expectEnd(program, 3, "", "settingsctl: cannot reach the host at /run/x/settings.sock" + end);
+    auto beside = start({"--socket", "/run/x/settings.sock", "device", "show"});
+    expectEnd(beside, 3, "", "settingsctl: cannot reach the host at /run/x/device.sock" + end);
+    auto given = start({"--device-socket", "/run/x/d.sock", "device", "show"});
+    expectEnd(given, 3, "", "settingsctl: cannot reach the host at /run/x/d.sock" + end);
+}

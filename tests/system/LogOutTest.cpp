@@ -1,0 +1,56 @@
+#include <filesystem>
+#include <fstream>
+
+#include "HostFixture.h"
+
+namespace SystemTests {
+
+/// A log-out of the shipped program, inside its sandbox.
+class HostLogOut : public HostTest {
+protected:
+    static std::string contentOf(const std::filesystem::path& file) {
+        std::ifstream stream(file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+    /// The files of the storage that hold `text`.
+    Lines filesWith(const std::string& text) {
+        Lines names;
+        for (const auto& entry : std::filesystem::directory_iterator(folder / "state")) {
+            if (contains(contentOf(entry.path()), text)) {
+                names.push_back(entry.path().filename().string());
+            }
+        }
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+};
+
+TEST_F(HostLogOut, LeavesNothingThatComesBack) {
+    start();
+    ask(setRequest("deviceName", "\"SecretRoom\"") + "\n" + setRequest("companionDevice", "\"SecretRoom\"") + "\n" +
+        getRequest("[]"));
+    disconnect();
+    stop();
+    for (const auto* ending : {".backup.1", ".backup.2", ".damaged"}) {
+        std::filesystem::copy_file(database(), database() + ending);
+    }
+    start();
+    EXPECT_EQ(get("deviceName"), "SecretRoom");
+    EXPECT_EQ(filesWith("SecretRoom"),
+              (Lines{"settings.db", "settings.db.backup.1", "settings.db.backup.2", "settings.db.damaged"}));
+    client().sendLine(R"({"type":22})");
+    EXPECT_EQ(client().receiveLine(), R"({"notice":{"reread":["companionDevice","deviceName"]}})");
+    EXPECT_EQ(filesWith("SecretRoom"), Lines());
+    EXPECT_EQ(get("deviceName"), "TV");
+    disconnect();
+    const std::string log = stop();
+    EXPECT_FALSE(contains(log, "settings-host:what")) << log;
+    EXPECT_EQ(filesWith("SQLite format 3"), (Lines{"settings.db", "settings.db.backup.1"})) << "a new backup was made";
+    std::filesystem::remove(database());
+    start();
+    EXPECT_EQ(get("deviceName"), "TV");
+    EXPECT_EQ(filesWith("SecretRoom"), Lines());
+}
+
+}  // namespace SystemTests

@@ -1,0 +1,228 @@
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <iostream>
+#include <memory>
+#include <vector>
+
+#include <sys/socket.h>
+
+#include "WebHostFixture.h"
+#include "support/ProcessFigures.h"
+#include "support/Sanitizers.h"
+
+namespace SystemTests {
+
+using WireTests::HostClient;
+using WireTests::HostWebSocket;
+
+namespace {
+
+constexpr std::size_t mebibyte = 1024UL * 1024UL;
+/// What the host promises whatever well-formed requests clients send, and whatever they send.
+constexpr std::size_t promised = 48 * mebibyte;
+constexpr std::size_t promisedToAnybody = 96 * mebibyte;
+/// Of each kind; the doors have room for 128 each.
+constexpr int crowdSize = TestSupport::sanitized ? 20 : 100;
+constexpr int smallBuffer = 4096;
+
+}  // namespace
+
+/// Clients that ask for much and read nothing.
+class MemoryOfTheHost : public HostWeb {
+protected:
+    std::string database() override { return inMemory / "settings.db"; }
+
+    void serveDatabaseOfAnOlderVersion(int keys, std::size_t size) {
+        startWeb({"--log-level", "3"});
+        stop();
+        sql("WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i + 1 < " + std::to_string(keys) +
+            ") INSERT INTO settings SELECT 'k' || i, printf('%0" + std::to_string(size) + "d', i) FROM n");
+        webArguments = {"--listen", "127.0.0.1:0"};
+        startWeb({"--log-level", "3"});
+    }
+
+    void expectPromiseKept(std::size_t promise) {
+        EXPECT_EQ(get("captionsFontSize"), "FONT_MEDIUM") << "it serves";
+        if (!TestSupport::sanitized) {
+            const std::size_t peak = TestSupport::peakMemory(host->pid());
+            std::cout << "at most " << peak / 1024 << " KiB\n";
+            EXPECT_LT(peak, promise);
+        }
+    }
+
+    /// Sends `bytes` again and again until the host takes no more of them, `atMost` bytes in all.
+    void sendWhatIsTaken(int descriptor, const std::string& bytes, std::size_t atMost) {
+        std::size_t sent = 0;
+        for (int refusals = 0; sent < atMost && refusals < 2;) {
+            const std::size_t from = sent % bytes.size();
+            const ssize_t taken =
+                ::send(descriptor, bytes.data() + from, bytes.size() - from, MSG_DONTWAIT | MSG_NOSIGNAL);
+            if (taken > 0) {
+                sent += static_cast<std::size_t>(taken);
+                refusals = 0;
+            } else if (errno != EAGAIN) {
+                return;
+            } else {
+                // The host has looked at everybody once more when it answers.
+                EXPECT_TRUE(contains(device(R"({"command":"show"})"), "timezone"));
+                ++refusals;
+            }
+        }
+    }
+
+    HostClient& askingLine(const std::string& path, const std::string& requests, std::size_t atMost) {
+        lines.push_back(std::make_unique<HostClient>(path));
+        sendWhatIsTaken(lines.back()->descriptor(), requests, atMost);
+        return *lines.back();
+    }
+
+    void askingPage(const std::string& request, int times) {
+        pages.push_back(
+            std::make_unique<HostWebSocket>(port, "/settings?key=" + key, "settings.v1", Lines{}, smallBuffer));
+        ASSERT_EQ(pages.back()->status(), 101);
+        for (int number = 0; number < times; ++number) {
+            pages.back()->sendText(request);
+        }
+    }
+
+    static std::string names(int from, int to) {
+        std::string list;
+        for (int number = from; number < to; ++number) {
+            list += (list.empty() ? "\"k" : ",\"k") + std::to_string(number) + "\"";
+        }
+        return "[" + list + "]";
+    }
+
+    TestSupport::TemporaryDirectory inMemory{TestSupport::memoryFolder()};
+    std::vector<std::unique_ptr<HostClient>> lines;
+    std::vector<std::unique_ptr<HostWebSocket>> pages;
+};
+
+TEST_F(MemoryOfTheHost, IsBoundedWhenSeveralAskForAllThatAnOlderVersionStored) {
+    serveDatabaseOfAnOlderVersion(900, 60000);
+    const std::string all = getRequest(names(0, 900));
+    for (int number = 0; number < 8; ++number) {
+        const auto& asking = lines.emplace_back(std::make_unique<HostClient>(socket()));
+        asking->sendLine(all);
+    }
+    for (const auto& asking : lines) {
+        EXPECT_TRUE(contains(asking->receiveLine().value_or(""), R"({"error":{"code":"busy",)"));
+    }
+    // In pieces everything can be read.
+    constexpr int keysAtOnce = 17;
+    for (int from = 0; from < 900; from += keysAtOnce) {
+        const int to = std::min(from + keysAtOnce, 900);
+        const auto reply = ask(getRequest(names(from, to)));
+        const auto& settings = reply["payload"]["settings"];
+        ASSERT_EQ(settings.MemberCount(), static_cast<unsigned>(to - from)) << from;
+        EXPECT_EQ(settings[("k" + std::to_string(from)).c_str()].GetStringLength(), 60000U);
+    }
+    EXPECT_EQ(get("k1"), std::string(59999, '0') + "1");
+    expectPromiseKept(promised);
+}
+
+TEST_F(MemoryOfTheHost, IsBoundedWhenEverybodyAsksForMuchAndReadsNothing) {
+    serveDatabaseOfAnOlderVersion(900, 60000);
+    const std::string trace = R"({"command":"trace","enabled":true})";
+    for (int number = 0; number < 10; ++number) {
+        EXPECT_EQ(askingLine(deviceSocket(), trace + "\n", trace.size() + 1).receiveLine(), R"({"ok":true})");
+    }
+    for (int number = 0; number < crowdSize; ++number) {
+        // As much as a reply may hold, and then many small ones.
+        const std::string large = getRequest(names(number, number + 17)) + "\n";
+        const std::string small = getRequest(names(number, number + 1)) + "\n";
+        askingLine(socket(), number % 2 == 0 ? large : small, 20000);
+        askingLine(deviceSocket(), R"({"command":"show"})" + std::string(2000, ' ') + "\n", 200000);
+        askingPage(getRequest(names(number, number + 1)), 20);
+    }
+    expectPromiseKept(promised);
+    // Those who read are served meanwhile, and get events without a gap. The storage is full, the voice SDK is not.
+    Lines events;
+    for (int number = 1; number <= 50; ++number) {
+        const std::string value(static_cast<std::size_t>(number) * 100, 'v');
+        ask(setRequest("timezone", "\"" + value + "\"") + "\n" + getRequest(R"(["timezone"])"), &events);
+        ASSERT_EQ(events.size(), static_cast<std::size_t>(number));
+        EXPECT_EQ(parsed(events.back())["sequence"].GetInt(), number);
+    }
+    expectPromiseKept(promised);
+}
+
+TEST_F(MemoryOfTheHost, IsBoundedWhenNobodyReadsEvents) {
+    startWeb({"--log-level", "3"});
+    for (int number = 0; number < crowdSize; ++number) {
+        lines.push_back(std::make_unique<HostClient>(socket()));
+        askingPage(R"({"type":18,"messageId":"m"})", 1);
+    }
+    constexpr int rounds = TestSupport::sanitized ? 5 : 100;
+    constexpr int eventsAtOnce = 100;
+    Lines events;
+    for (int round = 0; round < rounds; ++round) {
+        std::string changes;
+        for (int number = 0; number < eventsAtOnce; ++number) {
+            changes += setRequest("deviceName", "\"" + std::to_string(round * eventsAtOnce + number) + "\"") + "\n";
+        }
+        ask(changes + getRequest("[]"), &events);
+    }
+    ASSERT_EQ(events.size(), static_cast<std::size_t>(rounds * eventsAtOnce));
+    EXPECT_EQ(parsed(events.back())["sequence"].GetInt(), rounds * eventsAtOnce);
+    expectPromiseKept(promised);
+}
+
+TEST_F(MemoryOfTheHost, IsBoundedWhenRepliesGrowSixfoldInTheirFrames) {
+    startWeb({"--log-level", "3"});
+    std::string control;
+    for (int number = 0; number < 10000; ++number) {
+        control += "\\u0001";
+    }
+    constexpr int keys = 100;
+    for (int number = 0; number < keys; ++number) {
+        ask(setRequest("k" + std::to_string(number), "\"" + control + "\"", number + 1) + "\n" + getRequest("[]"));
+    }
+    const std::string all = getRequest(names(0, keys)) + "\n";
+    for (int number = 0; number < crowdSize; ++number) {
+        askingLine(socket(), all, 3 * all.size());
+        askingPage(getRequest(names(0, 1)), 20);
+    }
+    expectPromiseKept(promised);
+}
+
+TEST_F(MemoryOfTheHost, IsBoundedWhateverIsSent) {
+    startWeb({"--log-level", "3"});
+    const std::string half = R"({"type":24,"x":")" + std::string(65000, 'x');
+    const std::string values = R"({"type":7,"messageId":"m","payload":{"settings":[)" + std::string(32000, '[');
+    std::string noFrames;
+    for (int number = 0; number < 1000; ++number) {
+        noFrames += "x\n";
+    }
+    for (int number = 0; number < crowdSize; ++number) {
+        const std::string& path = number % 2 == 0 ? socket() : deviceSocket();
+        askingLine(path, half, half.size());
+        askingLine(path, noFrames, 200000);
+        askingPage("no JSON", 2000);
+        pages.back()->sendFrame(1, number % 2 == 0 ? half : values, false);
+    }
+    expectPromiseKept(promisedToAnybody);
+}
+
+TEST_F(MemoryOfTheHost, GoesBackWhenThoseWhoCostItAreGone) {
+    startWeb({"--log-level", "3"});
+    EXPECT_EQ(get("captionsFontSize"), "FONT_MEDIUM");
+    const std::size_t before = TestSupport::residentMemory(host->pid());
+    const std::string large = getRequest("[]").append(60000, ' ') + "\n";
+    for (int number = 0; number < crowdSize; ++number) {
+        askingLine(socket(), large, large.size()).receiveLine();
+        askingLine(deviceSocket(), std::string(65000, 'x'), 65000);
+    }
+    lines.clear();
+    const std::string figures = "settings_host_clients{door=\"device\"} 0\n";
+    const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
+    while (!contains(TestSupport::httpGet(port, "/metrics").body, figures)) {
+        ASSERT_LT(std::chrono::steady_clock::now(), until);
+    }
+    if (!TestSupport::sanitized) {
+        EXPECT_LT(TestSupport::residentMemory(host->pid()), before + 3 * mebibyte);
+    }
+}
+
+}  // namespace SystemTests
