@@ -160,7 +160,7 @@ TEST_F(HostUnwritableStorage, AHostThatOnlyReadsIsLiveToo) {
     }
 }
 
-TEST_F(HostUnwritableStorage, AResetThatCannotRemoveAnythingSaysSo) {
+TEST_F(HostUnwritableStorage, AResetOnAReadOnlyDiskSaysSo) {
     startInside();
     set("deviceName", "Den");
     stop();
@@ -168,7 +168,7 @@ TEST_F(HostUnwritableStorage, AResetThatCannotRemoveAnythingSaysSo) {
     remount("ro");
     const auto failing = TestSupport::run(inside({SETTINGS_HOST, "--storage", database(), "--reset", "--yes"}));
     EXPECT_EQ(failing.status, 1);
-    EXPECT_EQ(failing.errors, "settings-host: cannot remove " + database() + ": Read-only file system\n");
+    EXPECT_EQ(failing.errors, "settings-host: cannot open " + database() + ": Read-only file system\n");
     startInside();
     EXPECT_EQ(get("deviceName"), "Den");
 }
