@@ -164,9 +164,14 @@ SandboxFolders Composition::foldersInUse(const std::string& logFile) const {
 
 void Composition::serve(const std::shared_ptr<Client>& client, const std::string& frame) {
     hub->receive(client, frame);
-    if (storageOfHandler.requestEnded()) {
+    if (!storageOfHandler.requestEnded()) {
+        return;
+    }
+    try {
         // As after a restart: the cache begins with the settings of the catalogue.
-        handler->initializeSettings();
+        hub->perform(Origin::DEVICE, [this] { handler->initializeSettings(); });
+    } catch (const std::exception& error) {
+        logHost(VessaLogger::ERROR, std::string("the handler's cache could not be made anew: ") + error.what());
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -18,11 +19,22 @@ namespace SettingsHost {
 
 namespace {
 
-/// A damaged database and one of a newer version are what somebody may want to be rid of.
+bool beginsLikeADatabase(const std::string& file) {
+    const std::string head = "SQLite format 3";
+    std::string found(head.size(), '\0');
+    std::ifstream(file, std::ios::binary).read(found.data(), static_cast<std::streamsize>(found.size()));
+    return found == head;
+}
+
+/// A damaged database and one of a newer version are what somebody may want to be rid of; a file that never was one has
+/// been named by mistake.
 void refuseWhatIsInUseOrNotOurs(const std::string& file) {
     try {
         const Database opened(file);
     } catch (const DamagedDatabase&) {
+        if (!beginsLikeADatabase(file) && filesBeside(file).empty()) {
+            throw DatabaseError(file + " is not a database; it was left as it is");
+        }
     } catch (const NewerDatabase&) {
     }
 }

@@ -27,6 +27,14 @@ ReadingGuard::Kept& ReadingGuard::keep(const std::string& key, std::size_t size)
     return value;
 }
 
+void ReadingGuard::forget(const std::string& key) {
+    const auto value = kept.find(key);
+    if (value != kept.end()) {
+        keptBytes -= value->second.size;
+        kept.erase(value);
+    }
+}
+
 bool ReadingGuard::isGathering() const {
     return context->current() && context->current()->type == CommunicationHandler::GET_SETTINGS;
 }
@@ -34,6 +42,7 @@ bool ReadingGuard::isGathering() const {
 void ReadingGuard::getValue(const std::string& key, std::string& value) {
     storage.getValue(key, value);
     if (value.size() <= worthCounting) {
+        forget(key);
         return;
     }
     // A key that is named twice is in the reply once.
@@ -53,6 +62,8 @@ bool ReadingGuard::setValue(const std::string& key, const std::string& value) {
     }
     if (value.size() > worthCounting) {
         keep(key, value.size());
+    } else {
+        forget(key);
     }
     return true;
 }

@@ -50,6 +50,7 @@ private:
     };
 
     Kept& keep(const std::string& key, std::size_t size);
+    void forget(const std::string& key);
     bool isGathering() const;
 
     SDKWrapper::StorageManagerInterface& storage;

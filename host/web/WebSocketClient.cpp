@@ -14,6 +14,8 @@ namespace {
 
 /// Of the statuses that applications may define.
 constexpr unsigned short closeStatusKeyReplaced = 4401;
+/// How long one that is locked out may take to read what the library has of a message, so that the status can follow.
+constexpr lws_usec_t lockOutGrace = 2 * LWS_USEC_PER_SEC;
 
 /// The library keeps a copy of what a connection does not take at once, so it is given a part of a frame at a time.
 constexpr std::size_t largestPart = 16384;
@@ -165,7 +167,13 @@ void WebSocketClient::lockOut() {
     finishing = true;
     lockedOut = true;
     waiting.clear();
-    lws_set_timer_usecs(connection, 1);
+    if (lws_partial_buffered(connection) == 0) {
+        lws_set_timer_usecs(connection, 1);
+    } else {
+        // Closed now, it would go without a status.
+        lws_callback_on_writable(connection);
+        lws_set_timer_usecs(connection, lockOutGrace);
+    }
 }
 
 bool WebSocketClient::close(unsigned short status, const char* reason) {

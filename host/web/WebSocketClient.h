@@ -34,7 +34,8 @@ public:
 
     /// Closes when everything that waits is sent.
     void finish();
-    /// Closes at once, because what it came with is worthless now.
+    /// Closes with 4401, because what it came with is worthless now: at once, or when what was begun is read, within
+    /// two seconds.
     void lockOut();
 
 private:

@@ -88,6 +88,12 @@ TEST_F(ReadingGuardTest, SaysWhenTheHandlersCacheIsToBeMadeAnew) {
     EXPECT_FALSE(guard.requestEnded());
     EXPECT_TRUE(guard.setValue("k1", "short"));
     EXPECT_TRUE(guard.setValue("k30", std::string(large, 'w')));
+    EXPECT_FALSE(guard.requestEnded()) << "what became short is not kept any more";
+    storage.setValue("k2", "short");
+    EXPECT_EQ(read("k2"), "short");
+    EXPECT_TRUE(guard.setValue("k31", std::string(large, 'w')));
+    EXPECT_FALSE(guard.requestEnded()) << "nor what was found to be short";
+    EXPECT_TRUE(guard.setValue("k32", std::string(large, 'w')));
     EXPECT_TRUE(guard.requestEnded()) << "what is set is kept too";
 }
 

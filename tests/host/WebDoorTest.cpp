@@ -39,12 +39,16 @@ TEST_F(WebDoorTest, ANewKeyLocksOutWhoeverCameWithTheOldOne) {
     WebSocket withCookie(port, "/device", "device.v1", {cookie()});
     WebSocket deaf(port, "/settings?key=thekey", "settings.v1", {}, 4096);
     waitFor([&] { return arrived == 3; });
+    WebSocket slow(port, "/settings?key=thekey", "settings.v1", {}, 4096);
+    waitFor([&] { return arrived == 4; });
     const std::string old = cookie();
-    std::atomic<bool> replaced{false};
+    int opened = 0;
     onOpen = [&] {
-        if (!replaced.exchange(true)) {
-            // More than the kernel takes for one that reads nothing.
+        if (++opened == 1) {
+            // More than the kernel takes for those who read nothing yet.
             sendTo(clients[2], std::string(900000, 'x'));
+            sendTo(clients[3], std::string(900000, 'x'));
+        } else if (opened == 2) {
             webDoor->replaceKey("newkey", "newsecret");
             for (const auto& client : clients) {
                 sendTo(client, "too late");
@@ -52,10 +56,12 @@ TEST_F(WebDoorTest, ANewKeyLocksOutWhoeverCameWithTheOldOne) {
         }
     };
     EXPECT_EQ(httpGet(port, "/open").status, 503);
+    EXPECT_EQ(httpGet(port, "/open").status, 503);
     EXPECT_EQ(withKey.receive().value_or(WebSocket::Message()).closeStatus(), 4401);
     EXPECT_EQ(withCookie.receive().value_or(WebSocket::Message()).closeStatus(), 4401);
+    EXPECT_EQ(slow.receive().value_or(WebSocket::Message()).closeStatus(), 4401) << "after a part of its message";
     withKey.sendText("x");
-    waitFor([&] { return left == 3; });
+    waitFor([&] { return left == 4; });
     EXPECT_EQ(tooSlow, 0);
     EXPECT_EQ(httpGet(port, "/?key=thekey").status, 403);
     EXPECT_EQ(httpGet(port, "/", {old}).status, 403);

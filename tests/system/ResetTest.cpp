@@ -142,8 +142,18 @@ TEST_F(HostReset, RemovesADatabaseThatIsDamagedOrOfANewerVersion) {
     EXPECT_EQ(reset().status, 0);
     EXPECT_EQ(files(), strangers);
     std::ofstream(database()) << std::string(10000, 'x');
+    std::ofstream(database() + ".backup.1") << "a copy";
     EXPECT_EQ(reset().status, 0);
     EXPECT_EQ(files(), strangers);
+}
+
+TEST_F(HostReset, RefusesAFileThatNeverWasADatabase) {
+    std::filesystem::create_directory(folder / "state");
+    std::ofstream(database()) << "somebody's notes";
+    const auto refused = reset();
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(refused.errors, "settings-host: " + database() + " is not a database; it was left as it is\n");
+    EXPECT_EQ(files(), Lines{"settings.db"});
 }
 
 TEST_F(HostReset, DoesNothingWhereThereIsNothing) {
@@ -180,7 +190,7 @@ TEST_F(HostReset, AsksAtTheTerminal) {
     EXPECT_EQ(files(), strangers);
 }
 
-TEST_F(HostReset, SaysWhatCannotBeRemoved) {
+TEST_F(HostReset, LeavesWhatIsNoPlainFile) {
     use();
     std::filesystem::create_directories(logFile() + ".2/inside");
     std::filesystem::create_symlink(folder / "state/host.log.3", logFile() + ".link");

@@ -160,6 +160,19 @@ TEST_F(HostUnwritableStorage, AHostThatOnlyReadsIsLiveToo) {
     }
 }
 
+TEST_F(HostUnwritableStorage, AResetOnAReadOnlyDiskSaysSo) {
+    startInside();
+    set("deviceName", "Den");
+    stop();
+    disconnect();
+    remount("ro");
+    const auto failing = TestSupport::run(inside({SETTINGS_HOST, "--storage", database(), "--reset", "--yes"}));
+    EXPECT_EQ(failing.status, 1);
+    EXPECT_EQ(failing.errors, "settings-host: cannot open " + database() + ": Read-only file system\n");
+    startInside();
+    EXPECT_EQ(get("deviceName"), "Den");
+}
+
 TEST_F(HostUnwritableStorage, AReadOnlyDiskWithoutADatabaseStopsTheHost) {
     remount("ro");
     programPrefix = inside({});
