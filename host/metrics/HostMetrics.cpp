@@ -14,7 +14,7 @@
 #include <prometheus/text_serializer.h>
 
 #include "CommunicationHandler/MessageType.h"
-#include "SettingsHandler/SettingsNames.h"
+#include "Wire/Catalogue.h"
 #include "metrics/ProcessFigures.h"
 
 namespace SettingsHost {
@@ -25,25 +25,23 @@ using Names = std::vector<std::string>;
 
 const std::string other = "other";
 
-/// What is told apart in changes of a setting: the values that it has a choice of, and "error" where the voice SDK may
-/// refuse one. Every setting may have other texts. None for those that the handler never changes.
-const Names& valueNames(const std::string& setting) {
-    static const Names anyText{other};
-    static const std::map<std::string, Names> known{
-        {"captionsEnabled", {}},
-        {"captionsFontSize", {"FONT_SMALL", "FONT_MEDIUM", "FONT_LARGE", "FONT_EXTRA_LARGE", other}},
-        {"captionsStyles",
-         {"STYLE_WHITE_ON_BLACK", "STYLE_BLACK_ON_WHITE", "STYLE_YELLOW_ON_BLACK", "STYLE_YELLOW_ON_BLUE", other}},
-        {"doNotDisturbEnabled", {}},
-        {"handsFreeEnabled", {"true", "false", other}},
-        {"handsFreeAlwaysOnEnabled", {"true", "false", "error", other}},
-        {"handsFreeAlwaysOnDiscovered", {"true", "false", other}},
-        {"pttAlwaysOnEnabled", {"true", "false", "error", other}},
-        {"pttAlwaysOnDiscovered", {"true", "false", other}},
-        {"friendlyName", {"error", other}},
-    };
-    const auto found = known.find(setting);
-    return found == known.end() ? anyText : found->second;
+/// Settings that the voice SDK may refuse to apply. The change is announced all the same, and counted as "error" too.
+bool mayBeRefused(const std::string& key) {
+    return key == "friendlyName" || key == "handsFreeAlwaysOnEnabled" || key == "pttAlwaysOnEnabled";
+}
+
+/// What is told apart in changes of a setting: the values that it has a choice of, never what a person typed, and
+/// "error". None for those that the handler never changes.
+Names valueNames(const Wire::SettingDescription& setting) {
+    if (setting.setByDeviceOnly) {
+        return {};
+    }
+    Names names = setting.values;
+    if (mayBeRefused(setting.key)) {
+        names.emplace_back("error");
+    }
+    names.push_back(other);
+    return names;
 }
 
 const char* typeName(int type) {
@@ -111,13 +109,13 @@ struct HostMetrics::Families {
 
     void addChanges() {
         auto& family = counter("settings_host_changes_total", "Accepted changes and failed ones (value \"error\").");
-        Names settings{other};
-        for (const auto& entry : SettingsHandler::stringToSettingsNamesTypeMapping) {
-            settings.push_back(entry.first);
-        }
-        for (const auto& setting : settings) {
+        const auto count = [&](const std::string& setting, const std::string& value) {
+            changes[setting].add(value, family.Add({{"setting", setting}, {"value", value}}));
+        };
+        count(other, other);
+        for (const auto& setting : Wire::catalogue()) {
             for (const auto& value : valueNames(setting)) {
-                changes[setting].add(value, family.Add({{"setting", setting}, {"value", value}}));
+                count(setting.key, value);
             }
         }
     }

@@ -1,15 +1,6 @@
 #pragma once
 
-#include <cstdio>
-#include <cstdlib>
-
-#define RAPIDJSON_HAS_STDSTRING 1
-// A broken precondition is a mistake of ours; never run on into undefined behaviour.
-#define RAPIDJSON_ASSERT(condition) ((condition) ? static_cast<void>(0) : std::abort())
-
-#include <rapidjson/document.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
+#include "Utils/Rapidjson.h"
 
 namespace SettingsCtl {
 

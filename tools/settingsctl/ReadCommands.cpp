@@ -1,8 +1,9 @@
+#include <algorithm>
 #include <cstdio>
 
-#include "CatalogueKeys.h"
 #include "Commands.h"
 #include "Session.h"
+#include "Wire/Catalogue.h"
 
 namespace SettingsCtl {
 
@@ -21,11 +22,16 @@ ExitStatus get(const Context& context, const std::vector<std::string>& keys) {
 }
 
 ExitStatus list(const Context& context) {
+    std::vector<std::string> keys;
+    for (const auto& setting : Wire::catalogue()) {
+        keys.push_back(setting.key);
+    }
+    std::sort(keys.begin(), keys.end());
     if (context.style.json) {
-        printLine(context.style, jsonArray(catalogueKeys()));
+        printLine(context.style, jsonArray(keys));
         return DONE;
     }
-    for (const auto& key : catalogueKeys()) {
+    for (const auto& key : keys) {
         printLine(context.style, key);
     }
     return DONE;
