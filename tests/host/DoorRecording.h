@@ -4,6 +4,7 @@
 #include <atomic>
 #include <csignal>
 #include <functional>
+#include <future>
 #include <memory>
 #include <string>
 #include <thread>
@@ -74,12 +75,16 @@ protected:
     void serve(std::unique_ptr<Door> doorToServe) {
         door = std::move(doorToServe);
         loop.onSignals({SIGUSR1}, [this] { loop.stop(); });
+        std::promise<void> turning;
+        loop.later([&turning] { turning.set_value(); });
         thread = std::thread([this] {
             loop.run();
             door->close();
             loop.drain(200, [this] { door->closeNow(); });
             door.reset();
         });
+        // What a door opens and closes as it starts is not counted by tests.
+        turning.get_future().wait();
     }
 
     void stop() {
