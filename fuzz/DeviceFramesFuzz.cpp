@@ -9,12 +9,12 @@
 #include "SettingsHandler/SettingsHandler.h"
 #include "SettingsHandlerTesting/FakeMetrics.h"
 #include "SettingsHandlerTesting/FakeStorage.h"
-#include "console/DeviceConsole.h"
-#include "host/MemoryState.h"
+#include "kit/support/MemoryState.h"
 #include "model/Json.h"
+#include "server/protocol/TrafficObservers.h"
+#include "simulation/DeviceConsole.h"
 #include "support/Check.h"
 #include "support/HostSide.h"
-#include "transport/TrafficObservers.h"
 
 namespace {
 

@@ -12,12 +12,12 @@
 #include "SettingsHandlerTesting/FakeSdkBridge.h"
 #include "SettingsHandlerTesting/FakeStorage.h"
 #include "model/Json.h"
+#include "server/protocol/MessageHub.h"
+#include "server/sockets/LineFramer.h"
 #include "support/Check.h"
 #include "support/HostSide.h"
 #include "support/Input.h"
 #include "support/Surround.h"
-#include "transport/LineFramer.h"
-#include "transport/MessageHub.h"
 
 namespace {
 

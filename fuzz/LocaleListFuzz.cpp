@@ -3,13 +3,13 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include "guard/LocaleGuard.h"
+#include "Wire/JsonShape.h"
+#include "handler/LocaleGuard.h"
 #include "model/Json.h"
 #include "support/Check.h"
 #include "support/Guarded.h"
 #include "support/HandlerWorld.h"
 #include "support/Input.h"
-#include "text/JsonShape.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include "Wire/Catalogue.h"
-#include "guard/LocaleGuard.h"
+#include "handler/LocaleGuard.h"
 #include "model/Json.h"
 #include "support/Check.h"
 #include "support/Guarded.h"

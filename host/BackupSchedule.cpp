@@ -1,6 +1,6 @@
 #include "BackupSchedule.h"
 
-#include "logging/HostLog.h"
+#include "service/logging/HostLog.h"
 #include "storage/LogOut.h"
 
 namespace SettingsHost {

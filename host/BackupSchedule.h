@@ -3,9 +3,9 @@
 #include <chrono>
 #include <memory>
 
+#include "server/loop/EventLoop.h"
+#include "server/loop/RepeatingTimer.h"
 #include "storage/Backup.h"
-#include "transport/EventLoop.h"
-#include "transport/RepeatingTimer.h"
 
 namespace SettingsHost {
 

@@ -10,10 +10,10 @@
 #include <malloc.h>
 
 #include "SettingsHandler/SettingsNames.h"
-#include "guard/LocaleGuard.h"
-#include "logging/HostLog.h"
-#include "observers/LoggingObservers.h"
-#include "service/ServiceManager.h"
+#include "handler/LocaleGuard.h"
+#include "service/logging/HostLog.h"
+#include "service/manager/ServiceManager.h"
+#include "simulation/LoggingObservers.h"
 
 namespace SettingsHost {
 

@@ -9,7 +9,7 @@
 #include <unistd.h>
 
 #include "Version.h"
-#include "web/WebAccess.h"
+#include "server/web/WebAccess.h"
 
 namespace SettingsHost {
 

@@ -8,7 +8,7 @@
 
 #include <unistd.h>
 
-#include "logging/LogFile.h"
+#include "service/logging/LogFile.h"
 #include "storage/Database.h"
 #include "storage/DatabaseLock.h"
 #include "storage/Files.h"

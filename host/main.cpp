@@ -14,13 +14,13 @@
 #include "Options.h"
 #include "Reset.h"
 #include "VessaLogger/LogSink.h"
-#include "logging/FinalWord.h"
-#include "logging/HostLog.h"
-#include "logging/HostLogSink.h"
-#include "logging/LogFile.h"
-#include "logging/RequestContext.h"
-#include "service/PassedSockets.h"
-#include "service/ServiceManager.h"
+#include "server/sockets/PassedSockets.h"
+#include "service/logging/FinalWord.h"
+#include "service/logging/HostLog.h"
+#include "service/logging/HostLogSink.h"
+#include "service/logging/LogFile.h"
+#include "service/logging/RequestContext.h"
+#include "service/manager/ServiceManager.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "support/Guarded.h"
 
-#include "guard/LocaleGuard.h"
-#include "transport/FrameInspector.h"
+#include "Wire/FrameInspector.h"
+#include "handler/LocaleGuard.h"
 
 namespace SettingsHandlerFuzz {
 

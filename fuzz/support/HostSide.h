@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "SettingsHandlerTesting/Journal.h"
-#include "transport/Client.h"
-#include "transport/TrafficObserver.h"
+#include "server/protocol/TrafficObserver.h"
+#include "server/sockets/Client.h"
 
 namespace SettingsHandlerFuzz {
 

@@ -7,7 +7,7 @@ ROOT = Path(__file__).resolve().parent.parent.parent
 
 # What reads a variable of the environment, and the files that wrap `getenv` for it.
 READERS = r"(?:getenv|folderFrom|managerVariable|managerNumber|isMeantForThisProcess)"
-WRAPPERS = {"host/Options.cpp", "host/service/ManagerVariables.cpp"}
+WRAPPERS = {"host/Options.cpp", "kit/service/manager/ManagerVariables.cpp"}
 
 
 def help_of(*words):
@@ -38,10 +38,10 @@ def statuses_of(program):
     return set(re.findall(r"\d", help_of(program).partition("\nExit status:")[2]))
 
 
-def environment_of(folder):
-    """The variables that the sources in `folder` read."""
+def environment_of(*folders):
+    """The variables that the sources in the folders read."""
     names = set()
-    for path in sorted((ROOT / folder).rglob("*.cpp")):
+    for path in sorted(path for folder in folders for path in (ROOT / folder).rglob("*.cpp")):
         text = path.read_text()
         names.update(re.findall(READERS + r'\("([A-Z_]+)"\)', text))
         place = str(path.relative_to(ROOT))

@@ -5,14 +5,14 @@
 #include <sys/stat.h>
 
 #include "BackupSchedule.h"
-#include "FaultyDisk.h"
-#include "LogRecording.h"
+#include "kit/support/FaultyDisk.h"
+#include "kit/support/LogRecording.h"
+#include "server/sockets/UnixSocketDoor.h"
 #include "storage/Backup.h"
 #include "storage/KeyValueTable.h"
 #include "storage/LogOut.h"
 #include "storage/Recovery.h"
 #include "support/TemporaryDirectory.h"
-#include "transport/UnixSocketDoor.h"
 
 namespace SettingsHost {
 

@@ -1,22 +1,22 @@
 #include <array>
 
-#include "FaultyDisk.h"
-#include "LogRecording.h"
-#include "MemoryState.h"
-#include "RecordingClient.h"
 #include "SettingsHandlerTesting/FakeStorage.h"
 #include "SettingsHandlerTesting/JsonText.h"
 #include "SettingsHandlerTesting/contracts/DeviceInfoContract.h"
 #include "SettingsHandlerTesting/contracts/SdkBridgeContract.h"
 #include "SettingsHandlerTesting/contracts/StorageContract.h"
 #include "SettingsHandlerTesting/contracts/TransportContract.h"
-#include "StorageRecording.h"
-#include "TrafficRecording.h"
-#include "device/SimulatedDevice.h"
-#include "sdk/SimulatedSdkBridge.h"
+#include "kit/support/FaultyDisk.h"
+#include "kit/support/LogRecording.h"
+#include "kit/support/MemoryState.h"
+#include "kit/support/RecordingClient.h"
+#include "kit/support/StorageRecording.h"
+#include "kit/support/TrafficRecording.h"
+#include "server/protocol/MessageHub.h"
+#include "simulation/SimulatedDevice.h"
+#include "simulation/SimulatedSdkBridge.h"
 #include "storage/SqliteStorage.h"
 #include "support/TemporaryDirectory.h"
-#include "transport/MessageHub.h"
 
 /// The host's own collaborators keep the contracts that every implementer can run. They belong to the host's one
 /// thread, so none offers itself to others.

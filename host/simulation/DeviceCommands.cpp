@@ -1,0 +1,205 @@
+#include "simulation/DeviceCommands.h"
+
+#include <map>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "SettingsHandler/SettingsNames.h"
+#include "Utils/RapidjsonUtil.h"
+#include "Wire/Frames.h"
+#include "handler/LocaleGuard.h"
+#include "service/logging/HostLog.h"
+
+namespace SettingsHost {
+
+/// The command's arguments; each answers nothing when it is missing or of another type.
+class DeviceCommands::Arguments {
+public:
+    explicit Arguments(rapidjson::Document& frame) : request(frame) {}
+
+    std::optional<std::string> text(const std::string& name) {
+        std::string value;
+        if (!Utils::RapidjsonUtil::tryGetStringMember(request, name, value)) {
+            return std::nullopt;
+        }
+        return value;
+    }
+
+    std::optional<bool> boolean(const std::string& name) {
+        const auto member = request.FindMember(name);
+        if (member == request.MemberEnd() || !member->value.IsBool()) {
+            return std::nullopt;
+        }
+        return member->value.GetBool();
+    }
+
+    /// A list of non-empty strings only.
+    std::optional<std::vector<std::string>> texts(const std::string& name) {
+        const auto member = request.FindMember(name);
+        if (member == request.MemberEnd() || !member->value.IsArray()) {
+            return std::nullopt;
+        }
+        std::vector<std::string> values;
+        for (const auto& element : member->value.GetArray()) {
+            if (!element.IsString() || element.GetStringLength() == 0) {
+                return std::nullopt;
+            }
+            values.emplace_back(element.GetString(), element.GetStringLength());
+        }
+        return values;
+    }
+
+private:
+    rapidjson::Document& request;
+};
+
+namespace {
+
+std::string done() {
+    return R"({"ok":true})";
+}
+
+std::string written(bool success) {
+    return success ? done() : refusalFrame("not-written", "the simulated device could not save it");
+}
+
+std::string badArgument(const std::string& message) {
+    return refusalFrame("bad-argument", message);
+}
+
+std::string notOnOrOff() {
+    return badArgument(R"("enabled" must be true or false)");
+}
+
+}  // namespace
+
+DeviceCommands::DeviceCommands(std::shared_ptr<SimulatedDevice> simulatedDevice,
+                               std::shared_ptr<SimulatedSdkBridge> simulatedSdkBridge,
+                               std::shared_ptr<SimulatedAppLaunch> simulatedAppLaunch,
+                               std::function<HandlerTally()> handlerTally)
+    : device(std::move(simulatedDevice)),
+      sdkBridge(std::move(simulatedSdkBridge)),
+      appLaunch(std::move(simulatedAppLaunch)),
+      tally(std::move(handlerTally)) {}
+
+std::string DeviceCommands::show(Arguments& /*arguments*/) {
+    std::map<std::string, std::string> facts = device->getDeviceInfo();
+    facts["captionsEnabled"] = sdkBridge->isCaptionsEnabled() ? "true" : "false";
+    facts["doNotDisturbEnabled"] = sdkBridge->isDoNotDisturbEnabled() ? "true" : "false";
+    facts["locales"] = Utils::RapidjsonUtil::stringifyVector(sdkBridge->getLocales());
+    facts["timezone"] = sdkBridge->getTimezone();
+    if (!appLaunch->lastLaunched().empty()) {
+        facts["lastLaunchedApp"] = appLaunch->lastLaunched();
+    }
+    return objectFrame("device", facts);
+}
+
+std::string DeviceCommands::changeLocale(Arguments& arguments) {
+    const auto locale = arguments.text("value");
+    if (!locale || locale->empty()) {
+        return badArgument(R"("value" must be a locale, for example "fr-FR")");
+    }
+    device->changeLocale(*locale);
+    const auto locales = sdkBridge->getLocales();
+    return written(!locales.empty() && locales.front() == *locale);
+}
+
+std::string DeviceCommands::changeLocales(Arguments& arguments) {
+    const auto locales = arguments.texts("values");
+    if (!locales || locales->empty()) {
+        return badArgument(R"("values" must be an array of locales, the primary one first)");
+    }
+    device->changeLocales(*locales);
+    return written(sdkBridge->getLocales() == *locales);
+}
+
+std::string DeviceCommands::changeTimezone(Arguments& arguments) {
+    const auto timezone = arguments.text("value");
+    if (!timezone || timezone->empty()) {
+        return badArgument(R"("value" must be a time zone, for example "Europe/Paris")");
+    }
+    device->changeTimezone(*timezone);
+    return written(sdkBridge->getTimezone() == *timezone);
+}
+
+std::string DeviceCommands::changeSetting(Arguments& arguments) {
+    const auto key = arguments.text("key");
+    const auto value = arguments.text("value");
+    if (!key || !value) {
+        return badArgument(R"("key" and "value" must be strings)");
+    }
+    if (!mayReachHandler(*key, *value)) {
+        logHost(VessaLogger::ERROR, "the device's value of '" + *key + "' was kept away from the handler");
+        return refusalFrame("not-passed-on", "the value is no array of locales within the nesting limit");
+    }
+    const HandlerTally before = tally();
+    device->changeSystemSetting(*key, *value);
+    const HandlerTally after = tally();
+    return after.events > before.events
+               ? done()
+               : whyNothingChanged(*key, *value, after.storageFailures > before.storageFailures);
+}
+
+/// The answer to a report of which the handler made nothing. It keeps its reasons to itself, so they are told by what
+/// it was given: ARCHITECTURE.md says where each setting lives.
+std::string DeviceCommands::whyNothingChanged(const std::string& key, const std::string& value, bool storageFailed) {
+    const auto setting = SettingsHandler::settingTypeFromName(key);
+    const auto readOnly = [&](const std::string& command) {
+        return refusalFrame("read-only", "nothing changed: '" + key + "' is set with the command \"" + command +
+                                             "\" only, whatever the device reports");
+    };
+    if (setting == SettingsHandler::CAPTIONS_ENABLED) {
+        return readOnly("captions");
+    }
+    if (setting == SettingsHandler::DO_NOT_DISTURB_ENABLED) {
+        return readOnly("doNotDisturb");
+    }
+    if (storageFailed) {
+        return refusalFrame("not-stored",
+                            "nothing changed: the storage did not take the value; the host's log says why");
+    }
+    if (setting == SettingsHandler::ORLIA_LOCALE &&
+        value != Utils::RapidjsonUtil::stringifyVector(sdkBridge->getLocales())) {
+        return refusalFrame("wrong-form", "nothing changed: the value is no JSON array with at least one locale");
+    }
+    return R"({"ok":true,"changed":false})";
+}
+
+std::string DeviceCommands::switchHandsfree(Arguments& arguments) {
+    const auto enabled = arguments.boolean("enabled");
+    return enabled ? written(device->switchHandsfree(*enabled)) : notOnOrOff();
+}
+
+std::string DeviceCommands::switchCaptions(Arguments& arguments) {
+    const auto enabled = arguments.boolean("enabled");
+    return enabled ? written(sdkBridge->setCaptionsEnabled(*enabled)) : notOnOrOff();
+}
+
+std::string DeviceCommands::switchDoNotDisturb(Arguments& arguments) {
+    const auto enabled = arguments.boolean("enabled");
+    return enabled ? written(sdkBridge->setDoNotDisturbEnabled(*enabled)) : notOnOrOff();
+}
+
+std::string DeviceCommands::execute(const std::string& frame) {
+    static const std::map<std::string, std::string (DeviceCommands::*)(Arguments&)> commands{
+        {"show", &DeviceCommands::show},
+        {"locale", &DeviceCommands::changeLocale},
+        {"locales", &DeviceCommands::changeLocales},
+        {"timezone", &DeviceCommands::changeTimezone},
+        {"setting", &DeviceCommands::changeSetting},
+        {"handsfree", &DeviceCommands::switchHandsfree},
+        {"captions", &DeviceCommands::switchCaptions},
+        {"doNotDisturb", &DeviceCommands::switchDoNotDisturb},
+    };
+    rapidjson::Document request;
+    request.Parse<Utils::jsonParseFlags>(frame.c_str());
+    Arguments arguments(request);
+    const auto command = commands.find(arguments.text("command").value_or(""));
+    if (command == commands.end()) {
+        return refusalFrame("unknown-command", R"("command" must be one of the device's commands, for example "show")");
+    }
+    return (this->*command->second)(arguments);
+}
+
+}  // namespace SettingsHost

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "server/protocol/TrafficObserver.h"
+
+namespace SettingsHost {
+
+/// Copies what passes the doors to the device clients that asked for it, each frame in a frame of its own:
+/// `{"trace":{"timestamp":…,"direction":"in","door":"page","client":2,"text":"…"}}`. Costs next to nothing while nobody
+/// watches. One thread only.
+class MessageTrace : public TrafficObserver {
+public:
+    void watch(const std::shared_ptr<Client>& watcher) { watchers.insert(watcher); }
+    void unwatch(const std::shared_ptr<Client>& watcher) { watchers.erase(watcher); }
+
+    void clientArrived(const Client& client) override;
+    void clientTurnedAway(Origin origin) override;
+    void clientLeft(const Client& client, Departure departure) override;
+    void frameReceived(const Client& client, const std::string& frame) override;
+    void frameSent(const Client* receiver, const std::string& frame) override;
+    void frameRefused(const std::string& code) override;
+    void requestHandled(int type, RequestOutcome outcome) override;
+
+private:
+    void send(const char* direction, const Client* client, const std::string& text);
+
+    std::unordered_set<std::shared_ptr<Client>> watchers;
+    /// Clients that are connected, numbered as they came.
+    std::unordered_map<const Client*, unsigned long> numbers;
+    unsigned long lastNumber = 0;
+};
+
+}  // namespace SettingsHost

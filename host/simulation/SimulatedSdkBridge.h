@@ -1,0 +1,56 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "SDKWrapper/StorageManagerInterface.h"
+#include "simulation/SimulatedDevice.h"
+#include "storage/StateStore.h"
+#include "teskVessa/SDKBridgeInterface.h"
+
+namespace SettingsHost {
+
+/// A voice SDK without a voice: it owns locales, time zone, captions and do-not-disturb over a restart, hands the
+/// switch and the always-on modes to the device and the friendly name to the storage, where the handler reads them
+/// back.
+///
+/// State that cannot be saved keeps its old value, with a log line at level 3. Reads are answered from memory. One
+/// thread only; state store and storage outlive it.
+class SimulatedSdkBridge : public teskVessa::SDKBridgeInterface {
+public:
+    /// `onValueChanged`: told of the setting key of each value that really changed.
+    SimulatedSdkBridge(StateStore& store, SDKWrapper::StorageManagerInterface& storageManager,
+                       std::shared_ptr<SimulatedDevice> simulatedDevice,
+                       std::function<void(const std::string& settingDBId)> onValueChanged);
+
+    void setHandsFreeEnabled(bool enabled) override;
+    /// Refuses other keys than the three that the handler hands over.
+    bool applySetting(std::string settingDBId, std::string value) override;
+    void setTimezone(std::string timezone) override;
+    std::string getTimezone() override;
+    void setLocales(std::vector<std::string> locales) override;
+    std::vector<std::string> getLocales() override;
+    bool isCaptionsEnabled() override;
+    bool isDoNotDisturbEnabled() override;
+
+    /// What a person switches at the device. Returns: false when it could not be saved.
+    bool setCaptionsEnabled(bool enabled);
+    bool setDoNotDisturbEnabled(bool enabled);
+
+private:
+    bool applyFriendlyName(const std::string& name);
+    bool save(const std::string& settingDBId, std::string& current, const std::string& value);
+
+    StateStore& state;
+    SDKWrapper::StorageManagerInterface& storage;
+    std::shared_ptr<SimulatedDevice> device;
+    std::function<void(const std::string& settingDBId)> valueChanged;
+    std::string localesText;
+    std::string currentTimezone;
+    std::string captionsEnabled;
+    std::string doNotDisturbEnabled;
+};
+
+}  // namespace SettingsHost

@@ -1,0 +1,29 @@
+#include "handler/LocaleGuard.h"
+
+#include "SettingsHandler/SettingsNames.h"
+#include "Utils/RapidjsonUtil.h"
+#include "Wire/JsonShape.h"
+
+namespace SettingsHost {
+
+bool mayReachHandler(const std::string& settingDBId, const std::string& value) {
+    if (SettingsHandler::settingTypeFromName(settingDBId) != SettingsHandler::ORLIA_LOCALE) {
+        return true;
+    }
+    const JsonShape shape = shapeOf(value);
+    return !shape.valid || (shape.root == JsonShape::Root::ARRAY && shape.nesting <= maximumNesting);
+}
+
+bool requestMayReachHandler(const rapidjson::Value& request) {
+    using Utils::RapidjsonUtil::tryGetStringMember;
+    if (!request.IsObject()) {
+        return true;
+    }
+    const auto payload = request.FindMember("payload");
+    std::string settingDBId;
+    std::string value;
+    return payload == request.MemberEnd() || !tryGetStringMember(payload->value, "settingDBId", settingDBId) ||
+           !tryGetStringMember(payload->value, "to", value) || mayReachHandler(settingDBId, value);
+}
+
+}  // namespace SettingsHost

@@ -1,0 +1,93 @@
+#include "handler/ReadingGuard.h"
+
+#include <utility>
+
+#include "CommunicationHandler/MessageType.h"
+
+namespace SettingsHost {
+
+namespace {
+
+/// A thousand values of this size, as many as may be stored, do not matter.
+constexpr std::size_t worthCounting = 64;
+/// Replies of this size are always made.
+constexpr std::size_t smallReply = 65536;
+
+}  // namespace
+
+ReadingGuard::ReadingGuard(SDKWrapper::StorageManagerInterface& guardedStorage,
+                           std::shared_ptr<const RequestContext> requestContext,
+                           std::function<bool(std::size_t)> isThereRoomFor)
+    : storage(guardedStorage), context(std::move(requestContext)), hasRoomFor(std::move(isThereRoomFor)) {}
+
+ReadingGuard::Kept& ReadingGuard::keep(const std::string& key, std::size_t size) {
+    Kept& value = kept[key];
+    keptBytes += size;
+    keptBytes -= std::exchange(value.size, size);
+    return value;
+}
+
+void ReadingGuard::forget(const std::string& key) {
+    const auto value = kept.find(key);
+    if (value != kept.end()) {
+        keptBytes -= value->second.size;
+        kept.erase(value);
+    }
+}
+
+bool ReadingGuard::isGathering() const {
+    return context->current() && context->current()->type == CommunicationHandler::GET_SETTINGS;
+}
+
+void ReadingGuard::getValue(const std::string& key, std::string& value) {
+    storage.getValue(key, value);
+    if (value.size() <= worthCounting) {
+        forget(key);
+        return;
+    }
+    // A key that is named twice is in the reply once.
+    if (std::exchange(keep(key, value.size()).request, request) == request || !isGathering()) {
+        return;
+    }
+    gatheredBytes += value.size();
+    // It is gathered in one place and copied to another before it becomes a frame.
+    if (gatheredBytes > maximumReply || (gatheredBytes > smallReply && !hasRoomFor(2 * gatheredBytes))) {
+        throw TooMuchAsked("more is asked for than there is memory for");
+    }
+}
+
+bool ReadingGuard::setValue(const std::string& key, const std::string& value) {
+    if (!storage.setValue(key, value)) {
+        return false;
+    }
+    if (value.size() > worthCounting) {
+        keep(key, value.size());
+    } else {
+        forget(key);
+    }
+    return true;
+}
+
+bool ReadingGuard::removeValue(const std::string& key) {
+    return storage.removeValue(key);
+}
+
+bool ReadingGuard::clearStorage() {
+    // The handler's cache is made anew after it, whatever came of it.
+    kept.clear();
+    keptBytes = 0;
+    return storage.clearStorage();
+}
+
+bool ReadingGuard::requestEnded() {
+    ++request;
+    gatheredBytes = 0;
+    const bool tooMuch = keptBytes > maximumKept;
+    if (tooMuch) {
+        kept.clear();
+        keptBytes = 0;
+    }
+    return tooMuch;
+}
+
+}  // namespace SettingsHost

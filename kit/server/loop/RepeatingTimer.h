@@ -1,0 +1,27 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+#include "server/loop/EventLoop.h"
+
+namespace SettingsHost {
+
+/// Calls an action again and again, from the event loop. Waiting for it does not keep the loop running. The event loop
+/// outlives it, and runs once more afterwards.
+class RepeatingTimer {
+public:
+    RepeatingTimer(EventLoop& loop, std::chrono::milliseconds first, std::chrono::milliseconds every,
+                   std::function<void()> action);
+    ~RepeatingTimer();
+
+    RepeatingTimer(const RepeatingTimer&) = delete;
+    RepeatingTimer& operator=(const RepeatingTimer&) = delete;
+
+private:
+    class Handle;
+    std::shared_ptr<Handle> handle;
+};
+
+}  // namespace SettingsHost

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+
+#include "server/web/HttpAnswer.h"
+#include "storage/Recovery.h"
+#include "storage/StorageObserver.h"
+
+namespace SettingsHost {
+
+/// What `/healthz` says:
+/// `{"status":"ok","version":"1.2.3","uptimeSeconds":12,"storage":{"writable":true,"keys":3,"failures":0}}`, with
+/// "lastFailure" once there was one. The status is "degraded" while changes do not reach the database, and otherwise
+/// "recovered" until the next start when the database was damaged at this one: "storage" then says with "recoveredFrom"
+/// whether a "backup" or "defaults" took its place, and with "setAside" how the damaged file is called now.
+class HealthReport {
+public:
+    HealthReport(std::string version, Recovery recoveryAtStart);
+
+    /// Does the host serve? Until told so it does not.
+    void setServing(bool isServing) { serving = isServing; }
+
+    /// 200 while the host serves, else 503.
+    HttpAnswer answer(const StorageHealth& storage) const;
+
+private:
+    const char* status(const StorageHealth& storage) const;
+
+    std::string hostVersion;
+    Recovery recovery;
+    std::chrono::steady_clock::time_point started = std::chrono::steady_clock::now();
+    bool serving = false;
+};
+
+}  // namespace SettingsHost

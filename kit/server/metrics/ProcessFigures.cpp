@@ -1,0 +1,69 @@
+#include "server/metrics/ProcessFigures.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <system_error>
+
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace SettingsHost {
+
+namespace {
+
+double countDescriptors() {
+    std::error_code problem;
+    const std::filesystem::directory_iterator entries("/proc/self/fd", problem);
+    // One of them reads the folder.
+    return problem ? 0 : static_cast<double>(std::distance(begin(entries), end(entries))) - 1;
+}
+
+double bootSeconds() {
+    std::ifstream stat("/proc/stat");
+    std::string word;
+    double seconds = 0;
+    while (stat >> word) {
+        if (word == "btime") {
+            stat >> seconds;
+            return seconds;
+        }
+    }
+    return 0;
+}
+
+}  // namespace
+
+ProcessFigures readProcessFigures() {
+    ProcessFigures figures;
+    std::ifstream file("/proc/self/stat");
+    std::string line;
+    std::getline(file, line);
+    // The name of the program may hold blanks; after it the fields are numbers.
+    std::istringstream fields(line.substr(std::min(line.rfind(')') + 1, line.size())));
+    std::string field;
+    const auto ticks = static_cast<double>(::sysconf(_SC_CLK_TCK));
+    constexpr int firstAfterName = 3;
+    for (int number = firstAfterName; fields >> field; ++number) {
+        if (number == 14 || number == 15) {  // user and system time
+            figures.cpuSeconds += std::stod(field) / ticks;
+        } else if (number == 22) {  // start, after boot
+            figures.startSeconds = bootSeconds() + std::stod(field) / ticks;
+        } else if (number == 23) {
+            figures.virtualBytes = std::stod(field);
+        } else if (number == 24) {
+            figures.residentBytes = std::stod(field) * static_cast<double>(::sysconf(_SC_PAGESIZE));
+        }
+    }
+    figures.openDescriptors = countDescriptors();
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+        figures.maximumDescriptors = static_cast<double>(limit.rlim_cur);
+    }
+    return figures;
+}
+
+}  // namespace SettingsHost

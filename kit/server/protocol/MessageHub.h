@@ -1,0 +1,79 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <unordered_set>
+
+#include "CommunicationHandler/CommunicationHandlerInterface.h"
+#include "server/protocol/TrafficObserver.h"
+#include "server/sockets/Backlog.h"
+#include "service/logging/RequestContext.h"
+
+namespace SettingsHost {
+
+struct Refusal;
+
+/// The message transport behind all doors: delivers requests to the handler registered for their type, replies to the
+/// asker, events and notices to every client. It knows clients, not sockets. One thread only.
+///
+/// Everything that may change settings runs inside `receive` or `perform`. When that is over, the keys that were
+/// reported to `valueChanged` and for which the handler sent no event go to every client as one notice.
+class MessageHub : public CommunicationHandler::CommunicationHandlerInterface {
+public:
+    /// `context` is told which request is being handled. A reply over `maximumFrameSize` for which `backlog` has no
+    /// room is not made; the asker gets the refusal `busy`.
+    explicit MessageHub(std::shared_ptr<TrafficObserver> traffic,
+                        std::shared_ptr<RequestContext> context = std::make_shared<RequestContext>(),
+                        std::shared_ptr<const Backlog> backlog = std::make_shared<Backlog>());
+
+    void addClient(const std::shared_ptr<Client>& client);
+    void removeClient(const std::shared_ptr<Client>& client, Departure departure);
+
+    /// Takes one frame of `client`: refuses it, keeps it away from the handler (logged at level 3), or delivers it. An
+    /// exception that the delivery lets out is logged at level 3.
+    void receive(const std::shared_ptr<Client>& client, const std::string& frame);
+
+    /// Answers a frame that is over the limit.
+    void refuseTooLarge(Client& client);
+
+    /// Runs `action` with events of `origin`.
+    void perform(Origin origin, const std::function<void()>& action);
+
+    /// The value of a setting changed where it lives.
+    void valueChanged(const std::string& settingDBId);
+
+    /// How many events the handler has sent. It sends one for each value that it accepts.
+    unsigned long eventsSent() const { return sequence; }
+
+    std::string sendMessage(int messageType, rapidjson::Document& payload) override;
+    void sendResponse(const std::string& messageId, rapidjson::Document& payload) override;
+    void registerMessageHandler(int messageType, std::function<void(const std::string&)> handler) override;
+
+private:
+    void deliver(const std::shared_ptr<Client>& client, int type, const std::string& frame);
+    void sendNotice();
+    void sendToAll(std::string frame);
+    void sendTo(Client& client, std::string frame);
+    void refuse(Client& client, const Refusal& reason);
+
+    std::shared_ptr<TrafficObserver> traffic;
+    std::shared_ptr<RequestContext> context;
+    std::shared_ptr<const Backlog> backlog;
+    std::map<int, std::function<void(const std::string&)>> handlers;
+    std::unordered_set<std::shared_ptr<Client>> clients;
+    std::string messageIdPrefix;
+    unsigned long sequence = 0;
+
+    // What is being done now.
+    Origin currentOrigin = Origin::DEVICE;
+    std::shared_ptr<Client> asker;
+    int askedType = 0;
+    RequestOutcome outcome = RequestOutcome::SILENT;
+    std::set<std::string> changedKeys;
+    std::set<std::string> announcedKeys;
+};
+
+}  // namespace SettingsHost

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "server/protocol/TrafficObserver.h"
+
+namespace SettingsHost {
+
+/// Passes what it is told on to each of its observers, in the order in which they were added.
+class TrafficObservers : public TrafficObserver {
+public:
+    void add(std::shared_ptr<TrafficObserver> observer) { observers.push_back(std::move(observer)); }
+
+    void clientArrived(const Client& client) override {
+        for (const auto& observer : observers) {
+            observer->clientArrived(client);
+        }
+    }
+    void clientTurnedAway(Origin origin) override {
+        for (const auto& observer : observers) {
+            observer->clientTurnedAway(origin);
+        }
+    }
+    void clientLeft(const Client& client, Departure departure) override {
+        for (const auto& observer : observers) {
+            observer->clientLeft(client, departure);
+        }
+    }
+    void frameReceived(const Client& client, const std::string& frame) override {
+        for (const auto& observer : observers) {
+            observer->frameReceived(client, frame);
+        }
+    }
+    void frameSent(const Client* receiver, const std::string& frame) override {
+        for (const auto& observer : observers) {
+            observer->frameSent(receiver, frame);
+        }
+    }
+    void frameRefused(const std::string& code) override {
+        for (const auto& observer : observers) {
+            observer->frameRefused(code);
+        }
+    }
+    void requestHandled(int type, RequestOutcome outcome) override {
+        for (const auto& observer : observers) {
+            observer->requestHandled(type, outcome);
+        }
+    }
+
+private:
+    std::vector<std::shared_ptr<TrafficObserver>> observers;
+};
+
+}  // namespace SettingsHost

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+#include "server/loop/EventLoop.h"
+#include "service/Descriptor.h"
+
+namespace SettingsHost {
+
+/// Takes the connections of a listening socket. One thread only. The event loop outlives it, and runs once more after
+/// `close`.
+///
+/// At the limit of descriptors a connection can neither be taken nor left waiting, or the loop would never sleep. So
+/// one descriptor is kept in reserve, to turn connections away with. When not even that helps, because the limit was
+/// lowered or other programs were faster, connections wait for `pauseMilliseconds`.
+///
+class Acceptor {
+public:
+    static constexpr unsigned pauseMilliseconds = 100;
+
+    /// Takes a connected, non-blocking descriptor over.
+    using Taker = std::function<void(int descriptor)>;
+    /// May say farewell to a connection that is closed when it returns.
+    using Refuser = std::function<void(int descriptor)>;
+
+    /// `descriptor` listens and is non-blocking. A turn of the loop takes one connection, and more as long as some wait
+    /// and the turn is shorter than `longestTurn`.
+    explicit Acceptor(Descriptor descriptor, std::chrono::microseconds longestTurn = std::chrono::microseconds(0));
+    ~Acceptor();
+
+    Acceptor(const Acceptor&) = delete;
+    Acceptor& operator=(const Acceptor&) = delete;
+
+    void start(EventLoop& loop, Taker taker, Refuser refuser);
+    void close();
+
+private:
+    class Watch;
+    class Pause;
+
+    void accept();
+    void turnAway();
+    void rest();
+
+    Descriptor listening;
+    std::chrono::microseconds longestTurn;
+    Descriptor spare;
+    Taker take;
+    Refuser refuse;
+    std::shared_ptr<Watch> watch;
+    std::shared_ptr<Pause> pause;
+};
+
+}  // namespace SettingsHost

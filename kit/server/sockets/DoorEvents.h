@@ -1,0 +1,46 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "server/sockets/Backlog.h"
+#include "server/sockets/Client.h"
+
+namespace SettingsHost {
+
+/// Limits that hold for a client at any door.
+///
+/// - While more than `maximumUnread` bytes wait for a client to read, its next frames wait too. So a client is never
+///   disconnected for the number of answers that it asked for.
+/// - A client with more than `maximumWaiting` bytes waiting, besides the frame that is on its way, is disconnected when
+///   more is to be sent to it. For all clients together, see `Backlog`.
+constexpr std::size_t maximumUnread = 64UL * 1024UL;
+constexpr std::size_t maximumWaiting = 1024UL * 1024UL;
+
+/// What is asked of the kernel to keep for each client that does not read, in bytes. It takes twice as much, and that
+/// counts as the host's memory, too.
+constexpr int kernelBuffer = 64 * 1024;
+
+/// Clients that a door serves at a time. Bounds what clients that misbehave can cost in memory; and those of all doors,
+/// with the host's own files, need fewer descriptors than the 1,024 that a process usually may have.
+constexpr std::size_t maximumClients = 128;
+
+/// Why a client is gone.
+enum class Departure { CLOSED, TOO_SLOW };
+
+/// What a door tells its owner, always from the event loop and never from inside `Client::send`. After `left` the
+/// client is not mentioned any more.
+struct DoorEvents {
+    std::function<void(const std::shared_ptr<Client>&)> arrived;
+    std::function<void(const std::shared_ptr<Client>&, Departure)> left;
+    std::function<void(const std::shared_ptr<Client>&, const std::string& frame)> frame;
+    /// Only doors at which the rest of such a frame can be skipped.
+    std::function<void(const std::shared_ptr<Client>&)> tooLarge;
+    /// Somebody came for whom there was no room.
+    std::function<void(Origin)> turnedAway;
+    /// Where what waits for the clients of this door counts.
+    std::shared_ptr<Backlog> backlog = std::make_shared<Backlog>();
+};
+
+}  // namespace SettingsHost

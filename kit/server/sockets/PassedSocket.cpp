@@ -1,0 +1,81 @@
+#include "server/sockets/PassedSocket.h"
+
+#include <cerrno>
+#include <cstddef>
+#include <cstring>
+
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include "server/sockets/DoorError.h"
+
+namespace SettingsHost {
+
+namespace {
+
+bool hasOption(int descriptor, int option, int wanted) {
+    int value = 0;
+    socklen_t size = sizeof(value);
+    return ::getsockopt(descriptor, SOL_SOCKET, option, &value, &size) == 0 && value == wanted;
+}
+
+bool isListeningStream(int descriptor) {
+    return hasOption(descriptor, SO_TYPE, SOCK_STREAM) && hasOption(descriptor, SO_ACCEPTCONN, 1);
+}
+
+template <typename Address>
+socklen_t readAddress(int descriptor, Address& address) {
+    socklen_t size = sizeof(address);
+    if (::getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
+        throw DoorError(std::string("a passed socket has no address: ") + std::strerror(errno));
+    }
+    return size;
+}
+
+void adopt(int descriptor) {
+    const int flags = ::fcntl(descriptor, F_GETFL);
+    if (flags < 0 || ::fcntl(descriptor, F_SETFL, flags | O_NONBLOCK) != 0 ||
+        ::fcntl(descriptor, F_SETFD, FD_CLOEXEC) != 0) {
+        throw DoorError(std::string("a passed socket cannot be used: ") + std::strerror(errno));
+    }
+}
+
+bool isLoopback(const sockaddr_storage& address) {
+    if (address.ss_family == AF_INET) {
+        const auto& version4 = reinterpret_cast<const sockaddr_in&>(address);
+        return (ntohl(version4.sin_addr.s_addr) >> 24U) == IN_LOOPBACKNET;
+    }
+    return IN6_IS_ADDR_LOOPBACK(&reinterpret_cast<const sockaddr_in6&>(address).sin6_addr);
+}
+
+}  // namespace
+
+std::string checkPassedUnixSocket(int descriptor) {
+    if (!hasOption(descriptor, SO_DOMAIN, AF_UNIX) || !isListeningStream(descriptor)) {
+        throw DoorError("the passed socket is no listening Unix stream socket");
+    }
+    sockaddr_un address{};
+    const socklen_t size = readAddress(descriptor, address);
+    if (size <= offsetof(sockaddr_un, sun_path) || address.sun_path[0] == '\0') {
+        throw DoorError("the passed socket has no path, so that everybody could connect to it");
+    }
+    adopt(descriptor);
+    return std::string(address.sun_path, ::strnlen(address.sun_path, size - offsetof(sockaddr_un, sun_path)));
+}
+
+void checkPassedLoopbackSocket(int descriptor) {
+    const bool isInternet = hasOption(descriptor, SO_DOMAIN, AF_INET) || hasOption(descriptor, SO_DOMAIN, AF_INET6);
+    if (!isInternet || !isListeningStream(descriptor)) {
+        throw DoorError("the passed socket is no listening TCP socket");
+    }
+    sockaddr_storage address{};
+    readAddress(descriptor, address);
+    if (!isLoopback(address)) {
+        throw DoorError("the passed socket does not listen at a loopback address");
+    }
+    adopt(descriptor);
+}
+
+}  // namespace SettingsHost

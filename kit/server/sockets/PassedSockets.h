@@ -1,0 +1,27 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "service/Descriptor.h"
+
+namespace SettingsHost {
+
+/// The listening sockets that a service manager made for this process and passed to it, by their names.
+class PassedSockets {
+public:
+    /// Takes over what was passed; to be called before anything else is opened. Without a service manager there is
+    /// nothing. Errors: `DoorError` when a socket's name is none of `expected`, two have the same, one is not open, or
+    /// names and number do not fit.
+    explicit PassedSockets(const std::set<std::string>& expected);
+
+    /// The socket of that name, once.
+    std::optional<Descriptor> take(const std::string& name);
+
+private:
+    std::map<std::string, Descriptor> sockets;
+};
+
+}  // namespace SettingsHost

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include "server/loop/UvHandle.h"
+#include "server/sockets/DoorEvents.h"
+#include "server/sockets/LineFramer.h"
+
+namespace SettingsHost {
+
+class UnixSocketDoor;
+
+/// One connection at a Unix socket. Owned by its door until it leaves, and by libuv until the handle is closed.
+class SocketClient : public Client, public UvHandle<uv_pipe_t, SocketClient> {
+public:
+    /// `owningDoor` calls `detach` before it goes.
+    SocketClient(UnixSocketDoor& owningDoor, Origin origin);
+
+    void send(const std::shared_ptr<const std::string>& frame) override;
+    Origin origin() const override { return clientOrigin; }
+    Departure departure() const { return reason; }
+
+    /// Reads from now on.
+    void start();
+    /// Takes up to a turn's frames, then reads on, waits for another turn or for the client to read, or leaves.
+    void takeFrames();
+    /// Closes when everything that waits is sent.
+    void finish();
+    /// Closes at once.
+    void drop();
+    void detach() { door = nullptr; }
+    /// Tells the door that this client is gone.
+    void closed();
+
+private:
+    /// Returns: how many bytes the kernel took.
+    std::size_t writeAtOnce(const std::string& line);
+    /// Leaves the next frames that wait to libuv, unless it has some.
+    void writeOn();
+    void written(int status);
+    void shutDown();
+    void received(ssize_t count, const char* bytes);
+    void takeTurn(const std::shared_ptr<SocketClient>& self);
+    void countInput();
+    bool isBehind() const;
+    void waitForReader();
+    void readOn();
+    void pause();
+
+    UnixSocketDoor* door;
+    Origin clientOrigin;
+    Departure reason = Departure::CLOSED;
+    LineFramer framer;
+    ClientBacklog backlog;
+    /// What libuv writes: the first frames of the backlog, and nothing else that this client owns.
+    uv_write_t write{};
+    std::size_t framesOnTheirWay = 0;
+    /// How much of the first frame and its line end the kernel took before libuv was given the rest.
+    std::size_t sentOfFirst = 0;
+    bool reading = false;
+    bool inputEnded = false;
+    bool outputEnded = false;
+    bool waitsForReader = false;
+    bool finishing = false;
+};
+
+}  // namespace SettingsHost

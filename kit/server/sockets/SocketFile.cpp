@@ -1,0 +1,145 @@
+#include "server/sockets/SocketFile.h"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include "server/sockets/PassedSocket.h"
+
+namespace SettingsHost {
+
+namespace {
+
+[[noreturn]] void fail(const std::string& what) {
+    throw DoorError(what + ": " + std::strerror(errno));
+}
+
+void makeFolder(const std::filesystem::path& folder) {
+    if (folder.empty() || std::filesystem::exists(std::filesystem::symlink_status(folder))) {
+        return;
+    }
+    makeFolder(folder.parent_path());
+    if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
+        fail("cannot make the folder " + folder.string());
+    }
+}
+
+/// Opens the folder, so that what was checked is what is used. The folder stays locked while the descriptor is open:
+/// two hosts that start at once look at the socket one after the other.
+int openRuntimeFolder(const std::filesystem::path& folder) {
+    makeFolder(folder);
+    Descriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (opened.get() < 0) {
+        if (errno == ELOOP || errno == ENOTDIR) {
+            throw DoorError(folder.string() + " is a link or no folder; the host's sockets need a folder of their own");
+        }
+        fail("cannot open the folder " + folder.string());
+    }
+    struct stat status {};
+    if (::fstat(opened.get(), &status) != 0) {
+        fail("cannot look at the folder " + folder.string());
+    }
+    if (status.st_uid != ::geteuid()) {
+        throw DoorError("the folder " + folder.string() + " belongs to another user");
+    }
+    if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
+        throw DoorError("the folder " + folder.string() + " is writable by others");
+    }
+    ::flock(opened.get(), LOCK_EX);
+    return opened.release();
+}
+
+sockaddr_un addressOf(const std::string& path) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof(address.sun_path)) {
+        throw DoorError("the socket path is longer than " + std::to_string(sizeof(address.sun_path) - 1) +
+                        " bytes: " + path);
+    }
+    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+    return address;
+}
+
+const sockaddr* generic(const sockaddr_un& address) {
+    return reinterpret_cast<const sockaddr*>(&address);
+}
+
+void removeStaleSocket(const std::string& path, const sockaddr_un& address) {
+    struct stat status {};
+    if (::lstat(path.c_str(), &status) != 0) {
+        return;
+    }
+    if (!S_ISSOCK(status.st_mode)) {
+        throw DoorError(path + " exists and is no socket; it was left as it is");
+    }
+    const Descriptor probe(::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    if (::connect(probe.get(), generic(address), sizeof(address)) == 0 || errno != ECONNREFUSED) {
+        throw DoorError("another host listens at " + path);
+    }
+    if (::unlink(path.c_str()) != 0) {
+        fail("cannot remove the stale socket " + path);
+    }
+}
+
+}  // namespace
+
+SocketFile::SocketFile(SocketPlace place) {
+    if (auto* const passed = std::get_if<Descriptor>(&place)) {
+        socketPath = checkPassedUnixSocket(passed->get());
+        descriptor = std::move(*passed);
+        removed = true;
+        return;
+    }
+    socketPath = std::filesystem::absolute(std::get<std::string>(place)).string();
+    const Descriptor folder(openRuntimeFolder(std::filesystem::path(socketPath).parent_path()));
+    bindAndListen();
+}
+
+void SocketFile::bindAndListen() {
+    const sockaddr_un address = addressOf(socketPath);
+    removeStaleSocket(socketPath, address);
+    Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    if (socket.get() < 0) {
+        fail("cannot make a socket");
+    }
+    // The mask decides the mode that the file is born with.
+    const mode_t before = ::umask(S_IXUSR | S_IRWXG | S_IRWXO);
+    const int bound = ::bind(socket.get(), generic(address), sizeof(address));
+    ::umask(before);
+    if (bound != 0) {
+        fail("cannot make the socket " + socketPath);
+    }
+    struct stat status {};
+    if (::lstat(socketPath.c_str(), &status) != 0 || ::listen(socket.get(), SOMAXCONN) != 0) {
+        fail("cannot listen at " + socketPath);
+    }
+    device = status.st_dev;
+    inode = status.st_ino;
+    descriptor = std::move(socket);
+}
+
+SocketFile::~SocketFile() {
+    remove();
+}
+
+void SocketFile::remove() {
+    struct stat status {};
+    if (!removed && ::lstat(socketPath.c_str(), &status) == 0 && status.st_dev == device && status.st_ino == inode) {
+        ::unlink(socketPath.c_str());
+    }
+    removed = true;
+}
+
+int SocketFile::takeDescriptor() {
+    return descriptor.release();
+}
+
+}  // namespace SettingsHost

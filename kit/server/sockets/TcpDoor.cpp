@@ -1,0 +1,115 @@
+#include "server/sockets/TcpDoor.h"
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <utility>
+
+#include <arpa/inet.h>
+#include <netdb.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+
+#include "server/sockets/DoorError.h"
+#include "server/sockets/PassedSocket.h"
+
+namespace SettingsHost {
+
+namespace {
+
+/// Those who connect as fast as they can neither fill the kernel's queue, in which everybody waits, nor hold up who is
+/// connected already.
+constexpr std::chrono::microseconds longestTurn{300};
+
+struct Endpoint {
+    sockaddr_storage storage{};
+    socklen_t size = 0;
+
+    sockaddr* generic() { return reinterpret_cast<sockaddr*>(&storage); }
+};
+
+Endpoint endpointOf(const std::string& address, std::uint16_t port) {
+    Endpoint endpoint;
+    auto* const version4 = reinterpret_cast<sockaddr_in*>(&endpoint.storage);
+    auto* const version6 = reinterpret_cast<sockaddr_in6*>(&endpoint.storage);
+    if (::inet_pton(AF_INET, address.c_str(), &version4->sin_addr) == 1) {
+        version4->sin_family = AF_INET;
+        version4->sin_port = htons(port);
+        endpoint.size = sizeof(sockaddr_in);
+    } else if (::inet_pton(AF_INET6, address.c_str(), &version6->sin6_addr) == 1) {
+        version6->sin6_family = AF_INET6;
+        version6->sin6_port = htons(port);
+        endpoint.size = sizeof(sockaddr_in6);
+    } else {
+        throw DoorError("'" + address + "' is no numeric address");
+    }
+    return endpoint;
+}
+
+Descriptor listenAt(const std::string& address, std::uint16_t port) {
+    Endpoint endpoint = endpointOf(address, port);
+    Descriptor listening(::socket(endpoint.storage.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    const int on = 1;
+    // Lets a host that starts again have the port of the one before; never that of one which still listens.
+    const bool listens =
+        listening.get() >= 0 && ::setsockopt(listening.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on)) == 0 &&
+        ::bind(listening.get(), endpoint.generic(), endpoint.size) == 0 && ::listen(listening.get(), SOMAXCONN) == 0;
+    if (!listens) {
+        throw DoorError("cannot listen at " + address + " port " + std::to_string(port) + ": " + std::strerror(errno));
+    }
+    return listening;
+}
+
+/// What makes the door quick and hard to block; it works without. Also for a socket that somebody else made.
+void tune(int listening) {
+    const int on = 1;
+    const int oneSecond = 1;
+    // Connections inherit it. Of two frames that go out one after the other, the second would wait until the first is
+    // acknowledged, and the other side takes its time with that.
+    ::setsockopt(listening, IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
+    // The other side speaks first. One that is silent stays with the kernel for a second; one that is not has something
+    // to be read when it is taken.
+    ::setsockopt(listening, IPPROTO_TCP, TCP_DEFER_ACCEPT, &oneSecond, sizeof(oneSecond));
+    // A short queue is full as soon as somebody hurries, and then everybody's connection waits a second for its next
+    // try.
+    ::listen(listening, SOMAXCONN);
+}
+
+}  // namespace
+
+TcpDoor::TcpDoor(const std::string& address, std::uint16_t port) {
+    acceptFrom(listenAt(address, port));
+}
+
+TcpDoor::TcpDoor(Descriptor listening) {
+    checkPassedLoopbackSocket(listening.get());
+    acceptFrom(std::move(listening));
+}
+
+void TcpDoor::acceptFrom(Descriptor listening) {
+    Endpoint endpoint;
+    endpoint.size = sizeof(endpoint.storage);
+    ::getsockname(listening.get(), endpoint.generic(), &endpoint.size);
+    std::array<char, NI_MAXHOST> host{};
+    std::array<char, NI_MAXSERV> service{};
+    if (::getnameinfo(endpoint.generic(), endpoint.size, host.data(), host.size(), service.data(), service.size(),
+                      NI_NUMERICHOST | NI_NUMERICSERV) != 0) {
+        throw DoorError("cannot read the address of a listening socket");
+    }
+    boundAddress = host.data();
+    boundPort = static_cast<std::uint16_t>(std::stoul(service.data()));
+    tune(listening.get());
+    acceptor.emplace(std::move(listening), longestTurn);
+}
+
+void TcpDoor::start(EventLoop& loop, Acceptor::Taker taker, Acceptor::Refuser refuser) {
+    acceptor->start(loop, std::move(taker), std::move(refuser));
+}
+
+void TcpDoor::close() {
+    acceptor->close();
+}
+
+}  // namespace SettingsHost

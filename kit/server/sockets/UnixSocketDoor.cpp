@@ -1,0 +1,140 @@
+#include "server/sockets/UnixSocketDoor.h"
+
+#include <utility>
+
+#include <sys/socket.h>
+#include <unistd.h>
+#include <uv.h>
+
+#include "Wire/Frames.h"
+#include "server/loop/UvHandle.h"
+#include "server/sockets/SocketClient.h"
+
+namespace SettingsHost {
+
+/// Runs once a round of the event loop while clients have frames left.
+class UnixSocketDoor::Turns : public UvHandle<uv_idle_t, Turns> {
+public:
+    explicit Turns(UnixSocketDoor& owningDoor) : door(&owningDoor) {}
+
+    void start() {
+        uv_idle_start(get(), [](uv_idle_t* idle) { ownerOf(idle).door->takeTurn(); });
+    }
+
+private:
+    UnixSocketDoor* door;
+};
+
+UnixSocketDoor::UnixSocketDoor(EventLoop& eventLoop, SocketPlace place, Origin originOfClients, DoorEvents doorEvents)
+    : UnixSocketDoor(eventLoop, std::make_unique<SocketFile>(std::move(place)), originOfClients,
+                     std::move(doorEvents)) {}
+
+UnixSocketDoor::UnixSocketDoor(EventLoop& eventLoop, std::unique_ptr<SocketFile> socket, Origin originOfClients,
+                               DoorEvents doorEvents)
+    : loop(eventLoop),
+      origin(originOfClients),
+      events(std::move(doorEvents)),
+      file(std::move(socket)),
+      acceptor(Descriptor(file->takeDescriptor())),
+      readBuffer(std::make_unique<ReadBuffer>()) {
+    turns = std::make_shared<Turns>(*this);
+    uv_idle_init(loop.handle(), turns->get());
+    turns->opened(turns);
+    acceptor.start(
+        loop, [this](int descriptor) { accept(descriptor); }, [this](int descriptor) { turnAway(descriptor); });
+}
+
+UnixSocketDoor::~UnixSocketDoor() {
+    close();
+    closeNow();
+    for (const auto& entry : clients) {
+        entry.second->detach();
+    }
+}
+
+void UnixSocketDoor::accept(int descriptor) {
+    if (clients.size() >= maximumClients) {
+        turnAway(descriptor);
+        ::close(descriptor);
+        return;
+    }
+    ::setsockopt(descriptor, SOL_SOCKET, SO_SNDBUF, &kernelBuffer, sizeof(kernelBuffer));
+    auto client = std::make_shared<SocketClient>(*this, origin);
+    uv_pipe_init(loop.handle(), client->get(), 0);
+    client->opened(client);
+    if (uv_pipe_open(client->get(), descriptor) != 0) {
+        ::close(descriptor);
+        client->closeHandle();
+        return;
+    }
+    clients.emplace(client.get(), client);
+    events.arrived(client);
+    client->start();
+}
+
+void UnixSocketDoor::turnAway(int descriptor) {
+    static const std::string farewell =
+        refusalFrame("too-many-clients", "the host has no room for one more client") + "\n";
+    // Nothing was sent to it yet, so there is room for all of it.
+    ::send(descriptor, farewell.data(), farewell.size(), MSG_NOSIGNAL);
+    events.turnedAway(origin);
+}
+
+void UnixSocketDoor::continueLater(const std::shared_ptr<SocketClient>& client) {
+    if (closing) {
+        return;
+    }
+    if (waiting.empty()) {
+        turns->start();
+    }
+    waiting.push_back(client);
+}
+
+void UnixSocketDoor::takeTurn() {
+    std::vector<std::shared_ptr<SocketClient>> now;
+    now.swap(waiting);
+    uv_idle_stop(turns->get());
+    for (const auto& client : now) {
+        client->takeFrames();
+    }
+}
+
+void UnixSocketDoor::remove(SocketClient& client) {
+    const auto entry = clients.find(&client);
+    if (entry != clients.end()) {
+        const std::shared_ptr<SocketClient> gone = entry->second;
+        clients.erase(entry);
+        events.left(gone, gone->departure());
+    }
+}
+
+const std::string& UnixSocketDoor::lineOf(const std::shared_ptr<const std::string>& frame) {
+    const bool isLast = !lastFrame.owner_before(frame) && !frame.owner_before(lastFrame);
+    if (!isLast) {
+        lastFrame = frame;
+        lastLine.assign(*frame).push_back('\n');
+    }
+    return lastLine;
+}
+
+void UnixSocketDoor::close() {
+    if (closing) {
+        return;
+    }
+    closing = true;
+    file->remove();
+    acceptor.close();
+    turns->closeHandle();
+    waiting.clear();
+    for (const auto& entry : clients) {
+        entry.second->finish();
+    }
+}
+
+void UnixSocketDoor::closeNow() {
+    for (const auto& entry : clients) {
+        entry.second->drop();
+    }
+}
+
+}  // namespace SettingsHost

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <optional>
+
+#include "server/loop/RepeatingTimer.h"
+
+namespace SettingsHost {
+
+/// Tells how many strangers had to go: the first at once, those of each `interval` after it together at its end, as
+/// long as there are any. So whoever floods the port does not flood the log.
+class CrowdReport {
+public:
+    using Tell = std::function<void(std::size_t count)>;
+
+    CrowdReport(EventLoop& loop, Tell tell, std::chrono::milliseconds interval = std::chrono::minutes(1));
+
+    void strangerHadToGo();
+
+private:
+    void intervalEnded();
+
+    EventLoop& loop;
+    Tell tell;
+    std::chrono::milliseconds interval;
+    std::size_t untold = 0;
+    /// Runs only while there is something to wait for: an idle host sleeps.
+    std::optional<RepeatingTimer> timer;
+};
+
+}  // namespace SettingsHost

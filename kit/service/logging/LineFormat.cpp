@@ -1,0 +1,85 @@
+#include "service/logging/LineFormat.h"
+
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <utility>
+
+#include "Utils/Rapidjson.h"
+#include "Wire/Utf8.h"
+
+namespace SettingsHost {
+
+namespace {
+
+/// As wide as "error", the longer one aside.
+const char* nameOf(VessaLogger::LogLevel level) {
+    switch (level) {
+        case VessaLogger::TRACE:
+            return "trace";
+        case VessaLogger::INFORMATION:
+            return "info ";
+        case VessaLogger::WARNING:
+            return "warning";
+        default:
+            return "error";
+    }
+}
+
+/// Local time: 2026-01-31T12:34:56.789+01:00.
+std::string timeText(std::chrono::system_clock::time_point time) {
+    // Rounded down, also before 1970: a device whose clock nobody has set yet may be there.
+    const auto second = std::chrono::floor<std::chrono::seconds>(time);
+    const std::time_t sinceEpoch = std::chrono::system_clock::to_time_t(second);
+    const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(time - second).count();
+    std::tm local{};
+    ::localtime_r(&sinceEpoch, &local);
+    std::array<char, 32> date{};
+    std::strftime(date.data(), date.size(), "%FT%T", &local);
+    const long zone = std::labs(local.tm_gmtoff) / 60;
+    std::array<char, 64> whole{};
+    std::snprintf(whole.data(), whole.size(), "%s.%03d%c%02ld:%02ld", date.data(), static_cast<int>(milliseconds),
+                  local.tm_gmtoff < 0 ? '-' : '+', zone / 60, zone % 60);
+    return whole.data();
+}
+
+std::string jsonObject(const VessaLogger::LogLine& line, const std::optional<RequestInHand>& request) {
+    rapidjson::StringBuffer buffer;
+    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+    writer.StartObject();
+    writer.Key("time");
+    writer.String(timeText(line.time));
+    writer.Key("level");
+    writer.Int(line.level);
+    writer.Key("thread");
+    writer.String(withValidUtf8(line.threadId));
+    writer.Key("text");
+    writer.String(withValidUtf8(line.text));
+    if (request) {
+        writer.Key("requestType");
+        writer.Int(request->type);
+    }
+    if (request && !request->setting.empty()) {
+        writer.Key("setting");
+        writer.String(withValidUtf8(request->setting));
+    }
+    writer.EndObject();
+    return std::string(buffer.GetString(), buffer.GetSize());
+}
+
+}  // namespace
+
+LineFormat::LineFormat(LogFormat wantedFormat, std::shared_ptr<const RequestContext> requestContext)
+    : format(wantedFormat), context(std::move(requestContext)) {}
+
+std::string LineFormat::textOf(const VessaLogger::LogLine& line) const {
+    if (format == LogFormat::JSON) {
+        return jsonObject(line, context->current()) + "\n";
+    }
+    return timeText(line.time) + " " + nameOf(line.level) + " [" + line.threadId + "] " +
+           VessaLogger::escapeControlCharacters(line.text) + "\n";
+}
+
+}  // namespace SettingsHost

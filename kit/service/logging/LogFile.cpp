@@ -1,0 +1,122 @@
+#include "service/logging/LogFile.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace SettingsHost {
+
+namespace {
+
+constexpr mode_t ownerOnly = 0600;
+
+}  // namespace
+
+LogFile::LogFile(std::string filePath, std::size_t sizeLimit) : path(std::move(filePath)), limit(sizeLimit) {}
+
+LogFile::~LogFile() {
+    close();
+}
+
+void LogFile::close() {
+    if (descriptor >= 0) {
+        ::close(std::exchange(descriptor, -1));
+    }
+}
+
+bool LogFile::fail(const std::string& why) {
+    reason = why;
+    return false;
+}
+
+bool LogFile::open() {
+    if (descriptor >= 0) {
+        return true;
+    }
+    // Does not wait for the reader of something that is no file.
+    const int opened =
+        ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, ownerOnly);
+    if (opened < 0) {
+        return fail(errno == ELOOP ? "it is a link" : std::strerror(errno));
+    }
+    if (!accept(opened)) {
+        ::close(opened);
+        return false;
+    }
+    descriptor = opened;
+    return true;
+}
+
+bool LogFile::accept(int opened) {
+    struct stat status {};
+    if (::fstat(opened, &status) != 0) {
+        return fail(std::strerror(errno));
+    }
+    if (!S_ISREG(status.st_mode)) {
+        return fail("it is no plain file");
+    }
+    if (status.st_nlink != 1) {
+        return fail("it is a link");
+    }
+    if (status.st_uid != ::geteuid()) {
+        return fail("it belongs to another user");
+    }
+    // One that somebody else made may be open to others.
+    if ((status.st_mode & 07777) != ownerOnly && ::fchmod(opened, ownerOnly) != 0) {
+        return fail(std::strerror(errno));
+    }
+    size = static_cast<std::size_t>(status.st_size);
+    return true;
+}
+
+std::string LogFile::generation(int number) const {
+    return number == 0 ? path : path + "." + std::to_string(number);
+}
+
+bool LogFile::rotate() {
+    for (int number = files - 1; number > 0; --number) {
+        if (std::rename(generation(number - 1).c_str(), generation(number).c_str()) != 0 && errno != ENOENT) {
+            return fail(std::string("it is full and cannot be renamed: ") + std::strerror(errno));
+        }
+    }
+    return reopen();
+}
+
+bool LogFile::reopen() {
+    close();
+    return open();
+}
+
+bool LogFile::append(const std::string& line) {
+    std::size_t written = 0;
+    while (written < line.size()) {
+        const ssize_t count = ::write(descriptor, line.data() + written, line.size() - written);
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count <= 0) {
+            const std::string why = std::strerror(errno);
+            // Without this, the next line would go on in the middle of this one.
+            const bool isWhole = ::ftruncate(descriptor, static_cast<off_t>(size)) == 0;
+            return fail(isWhole ? why : why + ", in the middle of a line");
+        }
+        written += static_cast<std::size_t>(count);
+    }
+    size += written;
+    return true;
+}
+
+bool LogFile::write(const std::string& line) {
+    if (!open()) {
+        return false;
+    }
+    const bool isFull = size > 0 && size + line.size() > limit;
+    return (!isFull || rotate()) && append(line);
+}
+
+}  // namespace SettingsHost

@@ -1,0 +1,68 @@
+#include "service/manager/ServiceManager.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <stdexcept>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include "service/Descriptor.h"
+#include "service/manager/ManagerVariables.h"
+
+namespace SettingsHost {
+
+namespace {
+
+/// A manager whose address cannot be reached changes nothing.
+void tell(const std::string& state) {
+    const auto place = managerVariable("NOTIFY_SOCKET");
+    sockaddr_un address{};
+    if (!place || place->empty() || place->size() >= sizeof(address.sun_path)) {
+        return;
+    }
+    address.sun_family = AF_UNIX;
+    std::copy(place->begin(), place->end(), address.sun_path);
+    if (address.sun_path[0] == '@') {
+        // A name that is not in the file system. It begins with a NUL and ends with the address.
+        address.sun_path[0] = '\0';
+    }
+    const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + place->size());
+    const Descriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    ::sendto(socket.get(), state.data(), state.size(), MSG_NOSIGNAL, reinterpret_cast<const sockaddr*>(&address), size);
+}
+
+}  // namespace
+
+void tellStarting(const std::string& status) {
+    tell("STATUS=" + status);
+}
+
+void tellReady(const std::string& status) {
+    tell("READY=1\nSTATUS=" + status);
+}
+
+void tellStopping(const std::string& status) {
+    tell("STOPPING=1\nSTATUS=" + status);
+}
+
+void tellAlive() {
+    tell("WATCHDOG=1");
+}
+
+std::optional<std::chrono::milliseconds> patienceOfServiceManager() {
+    try {
+        const auto microseconds = managerNumber("WATCHDOG_USEC");
+        constexpr auto longest = static_cast<std::uint64_t>(std::chrono::microseconds::max().count());
+        if (microseconds.value_or(0) == 0 || *microseconds > longest ||
+            (managerVariable("WATCHDOG_PID") && !isMeantForThisProcess("WATCHDOG_PID"))) {
+            return std::nullopt;
+        }
+        return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::microseconds(*microseconds));
+    } catch (const std::invalid_argument&) {
+        return std::nullopt;
+    }
+}
+
+}  // namespace SettingsHost

@@ -1,0 +1,173 @@
+#include "SettingsHandlerTesting/FakeStorage.h"
+#include "Utils/Rapidjson.h"
+#include "kit/support/LogRecording.h"
+#include "kit/support/MemoryState.h"
+#include "simulation/DeviceCommands.h"
+
+namespace SettingsHost {
+
+namespace {
+
+/// Does with notifications what the handler does, as far as these commands show it.
+class Follower : public DeviceAbstractionLayer::DeviceInfoObserverInterface,
+                 public DeviceAbstractionLayer::HandsfreeStateObserverInterface {
+public:
+    explicit Follower(SimulatedSdkBridge& bridge) : sdk(bridge) {}
+    std::vector<std::string> told;
+    HandlerTally tally;
+    /// What comes of the next system settings.
+    bool acceptsSettings = true;
+    bool storageFails = false;
+    void notifyLocaleChange(std::string locale) override { sdk.setLocales({locale}); }
+    void notifyLocaleChange(std::vector<std::string> locales) override { sdk.setLocales(locales); }
+    void notifyTimezoneChange(std::string timezone) override { sdk.setTimezone(timezone); }
+    void notifyNetworkConnectionChanged(std::string) override {}
+    void notifyMicrophoneAvailabilityChanged(std::string) override {}
+    void notifyAudioGuidanceChanged(bool) override {}
+    void notifyDeviceModeChanged(std::string) override {}
+    void notifySystemSettingChanged(std::string name, std::string value) override {
+        told.push_back(name + "=" + value);
+        tally.events += acceptsSettings ? 1 : 0;
+        tally.storageFailures += storageFails ? 1 : 0;
+    }
+    void notifyHandsfreeStateChanged(bool enabled) override { told.push_back(enabled ? "on" : "off"); }
+
+private:
+    SimulatedSdkBridge& sdk;
+};
+
+const std::string ok = R"({"ok":true})";
+
+}  // namespace
+
+class DeviceCommandsTest : public ::testing::Test {
+protected:
+    DeviceCommandsTest() { device->subscribe(observer, observer); }
+
+    std::string codeOf(const std::string& frame) {
+        rapidjson::Document answer;
+        answer.Parse(commands.execute(frame).c_str());
+        return answer.HasMember("error") ? answer["error"]["code"].GetString() : "no error";
+    }
+
+    SettingsHostTests::LogRecording log;
+    SettingsHandlerTesting::Journal journal;
+    SettingsHandlerTesting::FakeStorage storage{journal};
+    SettingsHostTests::MemoryState state;
+    std::shared_ptr<SimulatedDevice> device = std::make_shared<SimulatedDevice>(state, [](const std::string&) {});
+    std::shared_ptr<SimulatedSdkBridge> sdk =
+        std::make_shared<SimulatedSdkBridge>(state, storage, device, [](const std::string&) {});
+    std::shared_ptr<SimulatedAppLaunch> launcher = std::make_shared<SimulatedAppLaunch>();
+    std::shared_ptr<Follower> observer = std::make_shared<Follower>(*sdk);
+    DeviceCommands commands{device, sdk, launcher, [this] { return observer->tally; }};
+};
+
+TEST_F(DeviceCommandsTest, ShowTellsTheWholeState) {
+    EXPECT_EQ(commands.execute(R"({"command":"show"})"),
+              R"({"device":{"captionsEnabled":"false","currentAlwaysOnPTTMode":"off","currentAlwaysOnVoiceMode":"off",)"
+              R"("currentHandsFreeStatus":"off","doNotDisturbEnabled":"false","locales":"[\"en-US\"]",)"
+              R"("timezone":"America/Vancouver"}})");
+    launcher->launchApp("settings", "");
+    EXPECT_NE(commands.execute(R"({"command":"show"})").find(R"("lastLaunchedApp":"settings")"), std::string::npos);
+}
+
+TEST_F(DeviceCommandsTest, EachCommandReachesItsOwner) {
+    EXPECT_EQ(commands.execute(R"({"command":"locale","value":"fr-FR"})"), ok);
+    EXPECT_EQ(sdk->getLocales(), std::vector<std::string>{"fr-FR"});
+    EXPECT_EQ(commands.execute(R"({"command":"locales","values":["a","b"]})"), ok);
+    EXPECT_EQ(sdk->getLocales(), (std::vector<std::string>{"a", "b"}));
+    EXPECT_EQ(commands.execute(R"({"command":"timezone","value":"Europe/Paris"})"), ok);
+    EXPECT_EQ(sdk->getTimezone(), "Europe/Paris");
+    EXPECT_EQ(commands.execute(R"({"command":"captions","enabled":true})"), ok);
+    EXPECT_TRUE(sdk->isCaptionsEnabled());
+    EXPECT_EQ(commands.execute(R"({"command":"doNotDisturb","enabled":true})"), ok);
+    EXPECT_TRUE(sdk->isDoNotDisturbEnabled());
+    EXPECT_EQ(commands.execute(R"({"command":"handsfree","enabled":true})"), ok);
+    EXPECT_EQ(device->getDeviceInfo().at("currentHandsFreeStatus"), "on");
+    EXPECT_EQ(commands.execute(R"({"command":"setting","key":"deviceName","value":"a\u0000b"})"), ok);
+    EXPECT_EQ(observer->told, (std::vector<std::string>{"on", std::string("deviceName=a\0b", 14)}));
+}
+
+TEST_F(DeviceCommandsTest, RefusesWrongArguments) {
+    for (const auto* frame : {R"({"command":"locale"})", R"({"command":"locale","value":""})",
+                              R"({"command":"locale","value":5})", R"({"command":"locales","values":[]})",
+                              R"({"command":"locales","values":["a",5]})", R"({"command":"locales","values":["a",""]})",
+                              R"({"command":"locales","values":"a"})", R"({"command":"timezone"})",
+                              R"({"command":"timezone","value":""})", R"({"command":"captions","enabled":"on"})",
+                              R"({"command":"doNotDisturb"})", R"({"command":"handsfree","enabled":1})",
+                              R"({"command":"setting","key":"k"})", R"({"command":"setting","value":"v"})"}) {
+        EXPECT_EQ(codeOf(frame), "bad-argument") << frame;
+    }
+    EXPECT_EQ(sdk->getLocales(), std::vector<std::string>{"en-US"});
+    EXPECT_EQ(sdk->getTimezone(), "America/Vancouver");
+    EXPECT_TRUE(observer->told.empty());
+}
+
+TEST_F(DeviceCommandsTest, RefusesUnknownCommands) {
+    for (const auto* frame : {"{}", R"({"command":"Show"})", R"({"command":5})"}) {
+        EXPECT_EQ(codeOf(frame), "unknown-command") << frame;
+    }
+}
+
+TEST_F(DeviceCommandsTest, KeepsUnusableLocalesAwayFromTheHandler) {
+    EXPECT_EQ(codeOf(R"({"command":"setting","key":"orliaLocale","value":"{}"})"), "not-passed-on");
+    EXPECT_EQ(log.take(), std::vector<std::string>{
+                              "3 settings-host:the device's value of 'orliaLocale' was kept away from the handler"});
+    EXPECT_TRUE(observer->told.empty());
+    EXPECT_EQ(commands.execute(R"({"command":"setting","key":"orliaLocale","value":"[\"a\"]"})"), ok);
+    EXPECT_EQ(observer->told.size(), 1U);
+}
+
+TEST_F(DeviceCommandsTest, SaysThatASettingWasThatValueAlready) {
+    observer->acceptsSettings = false;
+    const std::string unchanged = R"({"ok":true,"changed":false})";
+    for (const auto* frame : {R"({"command":"setting","key":"deviceName","value":"TV"})",
+                              R"({"command":"setting","key":"timezone","value":"America/Vancouver"})",
+                              R"({"command":"setting","key":"friendlyName","value":""})",
+                              R"({"command":"setting","key":"orliaLocale","value":"[\"en-US\"]"})"}) {
+        EXPECT_EQ(commands.execute(frame), unchanged) << frame;
+    }
+    EXPECT_EQ(observer->told, (std::vector<std::string>{"deviceName=TV", "timezone=America/Vancouver",
+                                                        "friendlyName=", R"(orliaLocale=["en-US"])"}));
+}
+
+TEST_F(DeviceCommandsTest, SaysWhyTheHandlerMadeNothingOfASetting) {
+    observer->acceptsSettings = false;
+    EXPECT_EQ(commands.execute(R"({"command":"setting","key":"captionsEnabled","value":"false"})"),
+              R"({"error":{"code":"read-only","message":"nothing changed: 'captionsEnabled' is set with the command )"
+              R"(\"captions\" only, whatever the device reports"}})");
+    EXPECT_EQ(
+        commands.execute(R"({"command":"setting","key":"doNotDisturbEnabled","value":"true"})"),
+        R"({"error":{"code":"read-only","message":"nothing changed: 'doNotDisturbEnabled' is set with the command )"
+        R"(\"doNotDisturb\" only, whatever the device reports"}})");
+    const std::string wrongForm =
+        R"({"error":{"code":"wrong-form","message":"nothing changed: the value is no JSON array with at least one locale"}})";
+    for (const auto* value : {"fr-FR", "[]", "[\\\"\\\"]"}) {
+        EXPECT_EQ(
+            commands.execute(R"({"command":"setting","key":"orliaLocale","value":")" + std::string(value) + "\"}"),
+            wrongForm)
+            << value;
+    }
+    observer->storageFails = true;
+    EXPECT_EQ(commands.execute(R"({"command":"setting","key":"deviceName","value":"Den"})"),
+              R"({"error":{"code":"not-stored","message":"nothing changed: the storage did not take the value; the )"
+              R"(host's log says why"}})");
+    EXPECT_EQ(observer->told.size(), 6U);
+}
+
+TEST_F(DeviceCommandsTest, AnAcceptedSettingIsDoneWhateverTheStorageSays) {
+    observer->storageFails = true;
+    EXPECT_EQ(commands.execute(R"({"command":"setting","key":"friendlyName","value":"Den"})"), ok);
+}
+
+TEST_F(DeviceCommandsTest, SaysWhenNothingCouldBeSaved) {
+    state.refuses = true;
+    for (const auto* frame :
+         {R"({"command":"locale","value":"fr-FR"})", R"({"command":"locales","values":["a"]})",
+          R"({"command":"timezone","value":"x"})", R"({"command":"handsfree","enabled":true})",
+          R"({"command":"captions","enabled":true})", R"({"command":"doNotDisturb","enabled":true})"}) {
+        EXPECT_EQ(codeOf(frame), "not-written") << frame;
+    }
+}
+
+}  // namespace SettingsHost

@@ -1,0 +1,219 @@
+#include "SettingsHandlerTesting/FakeStorage.h"
+#include "Utils/Rapidjson.h"
+#include "kit/support/LogRecording.h"
+#include "kit/support/MemoryState.h"
+#include "kit/support/RecordingClient.h"
+#include "kit/support/TrafficRecording.h"
+#include "server/protocol/TrafficObservers.h"
+#include "simulation/DeviceConsole.h"
+
+namespace SettingsHost {
+
+class DeviceConsoleTest : public ::testing::Test {
+protected:
+    DeviceConsoleTest() {
+        traffic->add(trace);
+        traffic->add(recording);
+        hub->addClient(page);
+        console.arrived(client);
+        console.arrived(watcher);
+        recording->take();
+    }
+
+    std::string answerTo(const std::string& frame) {
+        console.receive(client, frame);
+        const auto frames = client->take();
+        EXPECT_EQ(frames.size(), 1U) << frame;
+        return frames.empty() ? "" : frames.back();
+    }
+
+    void watch(bool enabled) {
+        console.receive(watcher, std::string(R"({"command":"trace","enabled":)") + (enabled ? "true}" : "false}"));
+        EXPECT_EQ(watcher->take(), std::vector<std::string>{R"({"ok":true})"});
+    }
+
+    /// What the watcher saw, each as "DIRECTION DOOR CLIENT TEXT".
+    std::vector<std::string> traced() {
+        std::vector<std::string> lines;
+        for (const auto& text : watcher->take()) {
+            rapidjson::Document frame;
+            frame.Parse(text.c_str());
+            const auto& entry = frame["trace"];
+            EXPECT_GT(entry["timestamp"].GetInt64(), 1700000000000);
+            EXPECT_EQ(entry.MemberCount(), 5U);
+            lines.push_back(std::string(entry["direction"].GetString()) + " " + entry["door"].GetString() + " " +
+                            (entry["client"].IsNull() ? "-" : std::to_string(entry["client"].GetInt())) + " " +
+                            entry["text"].GetString());
+        }
+        return lines;
+    }
+
+    SettingsHostTests::LogRecording log;
+    SettingsHandlerTesting::Journal journal;
+    SettingsHandlerTesting::FakeStorage storage{journal};
+    SettingsHostTests::MemoryState state;
+    std::shared_ptr<SimulatedDevice> device = std::make_shared<SimulatedDevice>(state, [](const std::string&) {});
+    std::shared_ptr<TrafficObservers> traffic = std::make_shared<TrafficObservers>();
+    std::shared_ptr<MessageTrace> trace = std::make_shared<MessageTrace>();
+    std::shared_ptr<TrafficRecording> recording = std::make_shared<TrafficRecording>();
+    std::shared_ptr<MessageHub> hub = std::make_shared<MessageHub>(traffic);
+    std::shared_ptr<SimulatedSdkBridge> sdk = std::make_shared<SimulatedSdkBridge>(
+        state, storage, device, [this](const std::string& key) { hub->valueChanged(key); });
+    DeviceCommands commands{device, sdk, std::make_shared<SimulatedAppLaunch>(), [this] {
+                                return HandlerTally{hub->eventsSent(), 0};
+                            }};
+    std::string address = "http://127.0.0.1:1/?key=k";
+    std::optional<std::string> renewed = "http://127.0.0.1:1/?key=new";
+    int renewals = 0;
+    DeviceConsole console{commands, hub, traffic, trace,
+                          PageAddress{[this] { return address; },
+                                      [this] {
+                                          ++renewals;
+                                          return renewed;
+                                      }}};
+    std::shared_ptr<RecordingClient> page = std::make_shared<RecordingClient>(Origin::PAGE);
+    std::shared_ptr<RecordingClient> client = std::make_shared<RecordingClient>(Origin::DEVICE);
+    std::shared_ptr<RecordingClient> watcher = std::make_shared<RecordingClient>(Origin::DEVICE);
+};
+
+const std::string captionsOn = R"({"command":"captions","enabled":true})";
+const std::string captionsNotice = R"({"notice":{"reread":["captionsEnabled"]}})";
+
+TEST_F(DeviceConsoleTest, CarriesCommandsOutAndTellsTheSettingsClients) {
+    EXPECT_EQ(answerTo(captionsOn), R"({"ok":true})");
+    EXPECT_EQ(page->take(), std::vector<std::string>{captionsNotice});
+    EXPECT_EQ(recording->take(), (std::vector<std::string>{"received " + captionsOn, "sent to all " + captionsNotice,
+                                                           R"(sent to one {"ok":true})"}));
+}
+
+TEST_F(DeviceConsoleTest, RefusesWhatIsNoFrameAndGoesOn) {
+    EXPECT_EQ(answerTo("x"), R"({"error":{"code":"not-json","message":"the frame is not JSON"}})");
+    EXPECT_EQ(recording->take(),
+              (std::vector<std::string>{
+                  "received x", R"(sent to one {"error":{"code":"not-json","message":"the frame is not JSON"}})",
+                  "refused not-json"}));
+    console.refuseTooLarge(client);
+    EXPECT_NE(client->take().at(0).find("too-large"), std::string::npos);
+    EXPECT_EQ(recording->take().back(), "refused too-large");
+    EXPECT_EQ(answerTo(captionsOn), R"({"ok":true})");
+}
+
+TEST_F(DeviceConsoleTest, ASettingThatTheHandlerAcceptsIsDone) {
+    struct Handler : DeviceAbstractionLayer::DeviceInfoObserverInterface {
+        explicit Handler(MessageHub& messageHub) : hub(messageHub) {}
+        void notifyLocaleChange(std::string) override {}
+        void notifyLocaleChange(std::vector<std::string>) override {}
+        void notifyTimezoneChange(std::string) override {}
+        void notifyNetworkConnectionChanged(std::string) override {}
+        void notifyMicrophoneAvailabilityChanged(std::string) override {}
+        void notifyAudioGuidanceChanged(bool) override {}
+        void notifyDeviceModeChanged(std::string) override {}
+        void notifySystemSettingChanged(std::string, std::string value) override {
+            rapidjson::Document payload(rapidjson::kObjectType);
+            if (value == "new") {
+                hub.sendMessage(25, payload);
+            }
+        }
+        MessageHub& hub;
+    };
+    const auto handler = std::make_shared<Handler>(*hub);
+    device->subscribe(handler, {});
+    EXPECT_EQ(answerTo(R"({"command":"setting","key":"k","value":"new"})"), R"({"ok":true})");
+    EXPECT_EQ(answerTo(R"({"command":"setting","key":"k","value":"old"})"), R"({"ok":true,"changed":false})");
+    EXPECT_EQ(page->take().size(), 1U);
+}
+
+TEST_F(DeviceConsoleTest, TellsTheAddressOfThePages) {
+    EXPECT_EQ(answerTo(R"({"command":"page"})"), R"({"page":{"address":"http://127.0.0.1:1/?key=k"}})");
+    EXPECT_EQ(answerTo(R"({"command":"page","newKey":false})"), R"({"page":{"address":"http://127.0.0.1:1/?key=k"}})");
+    address.clear();
+    const std::string noPages = R"({"error":{"code":"no-pages","message":"the host serves no pages"}})";
+    EXPECT_EQ(answerTo(R"({"command":"page"})"), noPages);
+    EXPECT_EQ(answerTo(R"({"command":"page","newKey":true})"), noPages);
+    EXPECT_EQ(renewals, 0);
+}
+
+TEST_F(DeviceConsoleTest, MakesANewKeyForThePagesWhenAskedAndSaysWhenItCannot) {
+    EXPECT_EQ(answerTo(R"({"command":"page","newKey":true})"), R"({"page":{"address":"http://127.0.0.1:1/?key=new"}})");
+    EXPECT_EQ(renewals, 1);
+    EXPECT_EQ(answerTo(R"({"command":"page","newKey":"yes"})"),
+              R"({"error":{"code":"bad-argument","message":"\"newKey\" must be true or false"}})");
+    EXPECT_EQ(renewals, 1);
+    renewed.reset();
+    EXPECT_EQ(
+        answerTo(R"({"command":"page","newKey":true})"),
+        R"({"error":{"code":"not-written","message":"the new key could not be stored: the old key and its cookies still hold"}})");
+}
+
+TEST_F(DeviceConsoleTest, TheKeyOfThePagesIsForTheSocketAlone) {
+    watch(true);
+    for (const auto* frame : {R"({"command":"page"})", R"({"command":"page","newKey":true})"}) {
+        console.receive(client, frame, DeviceDoor::WEB);
+        EXPECT_EQ(client->take(),
+                  std::vector<std::string>{
+                      R"({"error":{"code":"not-here","message":"only the device socket answers this"}})"});
+        answerTo(frame);
+    }
+    EXPECT_EQ(traced(), std::vector<std::string>{}) << "a page that watches is not told";
+    EXPECT_EQ(renewals, 1);
+}
+
+TEST_F(DeviceConsoleTest, AFailureIsAnswered) {
+    state.refuses = true;
+    EXPECT_NE(answerTo(captionsOn).find("not-written"), std::string::npos);
+}
+
+TEST_F(DeviceConsoleTest, AWatcherSeesEveryFrameInOrder) {
+    hub->registerMessageHandler(24, [&](const std::string&) {
+        rapidjson::Document payload(rapidjson::kObjectType);
+        payload.AddMember("settingDBId", "deviceName", payload.GetAllocator());
+        hub->sendMessage(25, payload);
+    });
+    hub->registerMessageHandler(7, [&](const std::string&) {
+        rapidjson::Document payload(rapidjson::kObjectType);
+        hub->sendResponse("m1", payload);
+    });
+    watch(true);
+    hub->receive(page, R"({"type":24})");
+    const std::string event = page->take().at(0);
+    hub->receive(page, R"({"type":7})");
+    hub->receive(page, "\xff");
+    answerTo(captionsOn);
+    EXPECT_EQ(traced(),
+              (std::vector<std::string>{
+                  R"(in page 1 {"type":24})", "out all - " + event, R"(in page 1 {"type":7})",
+                  R"(out page 1 {"type":7,"messageId":"m1","payload":{}})", "in page 1 \xEF\xBF\xBD",
+                  R"(out page 1 {"error":{"code":"not-json","message":"the frame is not JSON"}})",
+                  "in device 2 " + captionsOn, "out all - " + captionsNotice, R"(out device 2 {"ok":true})"}));
+}
+
+TEST_F(DeviceConsoleTest, AWatcherSeesTheBeginningOfAVeryLargeFrame) {
+    watch(true);
+    const std::string largest(256UL * 1024UL, 'x');
+    traffic->frameSent(nullptr, largest);
+    traffic->frameSent(nullptr, largest + "y");
+    EXPECT_EQ(traced(), (std::vector<std::string>(2, "out all - " + largest)));
+}
+
+TEST_F(DeviceConsoleTest, WatchersDoNotSeeEachOtherLook) {
+    watch(true);
+    answerTo(R"({"command":"show"})");
+    answerTo(R"({"command":"trace","enabled":false})");
+    EXPECT_EQ(traced(), std::vector<std::string>{});
+}
+
+TEST_F(DeviceConsoleTest, WatchingEndsWhenAskedAndWithTheConnection) {
+    watch(true);
+    watch(false);
+    answerTo(captionsOn);
+    EXPECT_EQ(traced(), std::vector<std::string>{});
+    watch(true);
+    console.left(watcher, Departure::CLOSED);
+    EXPECT_EQ(recording->take().back(), "left device CLOSED");
+    answerTo(captionsOn);
+    EXPECT_EQ(traced(), std::vector<std::string>{});
+    EXPECT_EQ(watcher.use_count(), 1);
+    EXPECT_NE(answerTo(R"({"command":"trace"})").find("bad-argument"), std::string::npos);
+}
+
+}  // namespace SettingsHost

@@ -1,0 +1,89 @@
+#include <csignal>
+
+#include "server/loop/EventLoop.h"
+#include "server/sockets/UnixSocketDoor.h"
+#include "support/LineClient.h"
+#include "support/TemporaryDirectory.h"
+
+namespace SettingsHost {
+
+class EventLoopTest : public ::testing::Test {
+protected:
+    EventLoopTest() {
+        loop.onSignals({SIGUSR2}, [this] {
+            ++signals;
+            loop.stop();
+        });
+    }
+
+    EventLoop loop;
+    int signals = 0;
+};
+
+TEST_F(EventLoopTest, ASignalBeforeTheRunEndsIt) {
+    TestSupport::TemporaryDirectory folder;
+    UnixSocketDoor door(loop, folder / "door.sock", Origin::SOCKET, DoorEvents{});
+    ::raise(SIGUSR2);
+    loop.run();
+    EXPECT_EQ(signals, 1);
+}
+
+TEST_F(EventLoopTest, DrainingEndsAtOnceWhenNothingIsOpen) {
+    int givenUp = 0;
+    loop.drain(3600000, [&] { ++givenUp; });
+    EXPECT_EQ(givenUp, 1);
+}
+
+TEST_F(EventLoopTest, DrainingWaitsForAClientThatDoesNotReadNoLongerThanASecondSignal) {
+    TestSupport::TemporaryDirectory folder;
+    const auto large = std::make_shared<const std::string>(900000, 'x');
+    UnixSocketDoor door(loop, folder / "door.sock", Origin::SOCKET,
+                        DoorEvents{[](const auto&) {}, [](const auto&, Departure) {},
+                                   [&](const auto& client, const auto&) {
+                                       client->send(large);
+                                       loop.stop();
+                                   },
+                                   [](const auto&) {}, [](Origin) {}});
+    TestSupport::LineClient stuck(folder / "door.sock");
+    stuck.sendLine("x");
+    loop.run();
+    door.close();
+    ::raise(SIGUSR2);
+    loop.drain(3600000, [&] { door.closeNow(); });
+    EXPECT_EQ(signals, 1);
+    EXPECT_LT(stuck.receiveAll().size(), large->size());
+    EXPECT_TRUE(stuck.closedByPeer());
+}
+
+TEST_F(EventLoopTest, DoesWhatWasPutOffSoonAndOnce) {
+    std::vector<std::string> done;
+    loop.later([&] {
+        done.push_back("first");
+        loop.later([&] {
+            done.push_back("third");
+            loop.stop();
+        });
+        done.push_back("second");
+    });
+    EXPECT_EQ(done, std::vector<std::string>{});
+    loop.run();
+    EXPECT_EQ(done, (std::vector<std::string>{"first", "second", "third"}));
+}
+
+TEST_F(EventLoopTest, AtTheEndDoesWhatWasLeftForItOnceNothingIsOpen) {
+    std::vector<std::string> done;
+    loop.later([&] { done.push_back("later"); });
+    loop.atEnd([&] {
+        done.push_back("end");
+        loop.later([&] { done.push_back("after the end"); });
+    });
+    loop.drain(3600000, [] {});
+    EXPECT_EQ(done, (std::vector<std::string>{"later", "end", "after the end"}));
+    {
+        EventLoop other;
+        other.atEnd([&] { done.push_back("destroyed"); });
+    }
+    EXPECT_EQ(done.back(), "destroyed");
+}
+
+}  // namespace SettingsHost

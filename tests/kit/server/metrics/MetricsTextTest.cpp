@@ -1,0 +1,100 @@
+#include <algorithm>
+#include <sstream>
+
+#include "kit/support/RecordingClient.h"
+#include "server/metrics/HostMetrics.h"
+
+namespace SettingsHost {
+
+namespace {
+
+/// What stands in `text`, sorted: the library gives no order. Figures of the process and series at 0 are left out, and
+/// the buckets of the histogram.
+std::vector<std::string> shown(const std::string& text) {
+    std::istringstream stream(text);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(stream, line);) {
+        const bool zero = line.size() > 2 && line.substr(line.size() - 2) == " 0";
+        if (!zero && line.rfind("process_", 0) != 0 && line.find("_bucket{") == std::string::npos) {
+            lines.push_back(line);
+        }
+    }
+    std::sort(lines.begin(), lines.end());
+    return lines;
+}
+
+}  // namespace
+
+TEST(MetricsTextTest, DescribesEachFamilyOnceAndGivesItsSeries) {
+    HostMetrics metrics("1.2.3");
+    RecordingClient onPage{Origin::PAGE};
+    metrics.recordCounter("deviceName_Nursery", 0, 1, 1.0);
+    metrics.clientArrived(onPage);
+    metrics.frameRefused("not-json");
+    metrics.requestHandled(24, RequestOutcome::CHANGED);
+    metrics.storageOperation(StorageOperation::WRITE, false, std::chrono::milliseconds(250));
+    EXPECT_EQ(
+        shown(metrics.text()),
+        (std::vector<std::string>{
+            "# HELP process_cpu_seconds_total Processor time used, in seconds.",
+            "# HELP process_max_fds The most descriptors that may be open.",
+            "# HELP process_open_fds Open descriptors.",
+            "# HELP process_resident_memory_bytes Resident memory.",
+            "# HELP process_start_time_seconds When the process started, since the epoch.",
+            "# HELP process_virtual_memory_bytes Virtual memory.",
+            "# HELP settings_host_build_info The version that runs, as a label.",
+            "# HELP settings_host_changes_total Accepted changes and failed ones (value \"error\").",
+            "# HELP settings_host_clients Clients that are connected.",
+            "# HELP settings_host_clients_turned_away_total Clients refused because there was no room.",
+            "# HELP settings_host_refusals_total Frames that the transport refused.",
+            "# HELP settings_host_requests_total Requests that reached the handler's door.",
+            "# HELP settings_host_slow_clients_disconnected_total Clients disconnected because they did not read.",
+            "# HELP settings_host_storage_failures_total Operations of the storage that failed.",
+            "# HELP settings_host_storage_seconds How long operations of the storage took.",
+            "# TYPE process_cpu_seconds_total counter",
+            "# TYPE process_max_fds gauge",
+            "# TYPE process_open_fds gauge",
+            "# TYPE process_resident_memory_bytes gauge",
+            "# TYPE process_start_time_seconds gauge",
+            "# TYPE process_virtual_memory_bytes gauge",
+            "# TYPE settings_host_build_info gauge",
+            "# TYPE settings_host_changes_total counter",
+            "# TYPE settings_host_clients gauge",
+            "# TYPE settings_host_clients_turned_away_total counter",
+            "# TYPE settings_host_refusals_total counter",
+            "# TYPE settings_host_requests_total counter",
+            "# TYPE settings_host_slow_clients_disconnected_total counter",
+            "# TYPE settings_host_storage_failures_total counter",
+            "# TYPE settings_host_storage_seconds histogram",
+            R"(settings_host_build_info{version="1.2.3"} 1)",
+            R"(settings_host_changes_total{setting="deviceName",value="other"} 1)",
+            R"(settings_host_clients{door="page"} 1)",
+            R"(settings_host_refusals_total{code="not-json"} 1)",
+            R"(settings_host_requests_total{outcome="changed",type="set_settings"} 1)",
+            R"(settings_host_storage_failures_total{operation="write"} 1)",
+            R"(settings_host_storage_seconds_count{operation="write"} 1)",
+            R"(settings_host_storage_seconds_sum{operation="write"} 0.25)",
+        }));
+}
+
+TEST(MetricsTextTest, ShowsEverySeriesFromTheStart) {
+    const std::string text = HostMetrics("1.2.3").text();
+    const auto series = [&](const std::string& family) {
+        std::istringstream stream(text);
+        int count = 0;
+        for (std::string line; std::getline(stream, line);) {
+            count += line.rfind(family + "{", 0) == 0 ? 1 : 0;
+        }
+        return count;
+    };
+    EXPECT_EQ(series("settings_host_changes_total"), 35);
+    EXPECT_EQ(series("settings_host_requests_total"), 6 * 5);
+    EXPECT_EQ(series("settings_host_refusals_total"), 7);
+    EXPECT_EQ(series("settings_host_clients"), 3);
+    EXPECT_EQ(series("settings_host_clients_turned_away_total"), 3);
+    EXPECT_EQ(series("settings_host_slow_clients_disconnected_total"), 3);
+    EXPECT_EQ(series("settings_host_storage_failures_total"), 4);
+    EXPECT_EQ(series("settings_host_storage_seconds_bucket"), 4 * 10);
+}
+
+}  // namespace SettingsHost

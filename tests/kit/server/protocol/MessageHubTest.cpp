@@ -1,0 +1,339 @@
+#include <utility>
+
+#include "Utils/Rapidjson.h"
+#include "handler/ReadingGuard.h"
+#include "kit/support/LogRecording.h"
+#include "kit/support/RecordingClient.h"
+#include "kit/support/TrafficRecording.h"
+#include "server/protocol/MessageHub.h"
+
+namespace SettingsHost {
+
+namespace {
+
+rapidjson::Document parsed(const std::string& text) {
+    rapidjson::Document document;
+    document.Parse(text.c_str());
+    EXPECT_FALSE(document.HasParseError()) << text;
+    return document;
+}
+
+std::string codeOf(const std::vector<std::string>& frames) {
+    return frames.size() == 1 && parsed(frames[0]).HasMember("error") ? parsed(frames[0])["error"]["code"].GetString()
+                                                                      : "no refusal";
+}
+
+}  // namespace
+
+class MessageHubTest : public ::testing::Test {
+protected:
+    MessageHubTest() {
+        hub.addClient(asker);
+        hub.addClient(other);
+        for (const int type : {7, 24}) {
+            hub.registerMessageHandler(type, [this](const std::string& text) {
+                delivered.push_back(text);
+                if (onDelivery) {
+                    onDelivery();
+                }
+            });
+        }
+    }
+
+    std::string sendEvent(const std::string& key) {
+        rapidjson::Document payload(rapidjson::kObjectType);
+        payload.AddMember("settingDBId", rapidjson::Value(key, payload.GetAllocator()), payload.GetAllocator());
+        return hub.sendMessage(25, payload);
+    }
+
+    SettingsHostTests::LogRecording log;
+    std::shared_ptr<TrafficRecording> traffic = std::make_shared<TrafficRecording>();
+    MessageHub hub{traffic};
+    std::shared_ptr<RecordingClient> asker = std::make_shared<RecordingClient>();
+    std::shared_ptr<RecordingClient> other = std::make_shared<RecordingClient>();
+    std::vector<std::string> delivered;
+    std::function<void()> onDelivery;
+};
+
+TEST_F(MessageHubTest, DeliversTheWholeTextToTheHandlerOfItsType) {
+    const std::string text = R"( {"type":7, "extra": [1] } )";
+    hub.receive(asker, text);
+    EXPECT_EQ(delivered, std::vector<std::string>{text});
+    EXPECT_TRUE(asker->take().empty());
+}
+
+TEST_F(MessageHubTest, RefusesToTheSenderAloneAndStaysUsable) {
+    const std::vector<std::pair<std::string, std::string>> refusals{
+        {"x", "not-json"},
+        {"{\"a\":\"\xff\"}", "not-json"},
+        {"[]", "not-an-object"},
+        {"{}", "unknown-type"},
+        {R"({"type":25})", "unknown-type"},
+        {R"({"type":"7"})", "unknown-type"},
+        {"{\"type\":7,\"a\":" + std::string(32, '[') + std::string(32, ']') + "}", "too-deep"}};
+    for (const auto& [frame, code] : refusals) {
+        hub.receive(asker, frame);
+        EXPECT_EQ(codeOf(asker->take()), code) << frame;
+    }
+    hub.refuseTooLarge(*asker);
+    EXPECT_EQ(codeOf(asker->take()), "too-large");
+    EXPECT_TRUE(other->take().empty());
+    EXPECT_TRUE(delivered.empty());
+    hub.receive(asker, R"({"type":7})");
+    EXPECT_EQ(delivered.size(), 1U);
+}
+
+TEST_F(MessageHubTest, KeepsUnusableLocalesAwayWithoutAnAnswer) {
+    hub.receive(asker, R"({"type":24,"timestamp":1,"payload":{"settingDBId":"orliaLocale","to":"{}"}})");
+    EXPECT_TRUE(delivered.empty());
+    EXPECT_TRUE(asker->take().empty());
+    EXPECT_EQ(log.take(),
+              std::vector<std::string>{
+                  "3 settings-host:a locale value that is no array within the nesting limit was kept away"});
+    // The guard is for writes alone.
+    hub.receive(asker, R"({"type":7,"payload":{"settingDBId":"orliaLocale","to":"{}"}})");
+    EXPECT_EQ(delivered.size(), 1U);
+}
+
+TEST_F(MessageHubTest, RepliesToTheAskerAlone) {
+    onDelivery = [&] {
+        rapidjson::Document payload(rapidjson::kObjectType);
+        payload.AddMember("settings", rapidjson::Value(rapidjson::kObjectType), payload.GetAllocator());
+        hub.sendResponse("m1", payload);
+    };
+    hub.receive(asker, R"({"type":7})");
+    EXPECT_EQ(asker->take(), std::vector<std::string>{R"({"type":7,"messageId":"m1","payload":{"settings":{}}})"});
+    EXPECT_TRUE(other->take().empty());
+}
+
+TEST_F(MessageHubTest, ALargeReplyForWhichThereIsNoRoomIsNotMade) {
+    constexpr std::size_t limit = 500000;
+    const auto backlog = std::make_shared<Backlog>(limit);
+    ClientBacklog unread(backlog, [] { ADD_FAILURE() << "dropped"; });
+    MessageHub limited(traffic, std::make_shared<RequestContext>(), backlog);
+    std::string value;
+    limited.registerMessageHandler(7, [&](const std::string&) {
+        rapidjson::Document payload(rapidjson::kObjectType);
+        payload.AddMember("v", rapidjson::Value(value, payload.GetAllocator()), payload.GetAllocator());
+        limited.sendResponse("m", payload);
+    });
+    const auto ask = [&](std::size_t size, char byte = 'v') {
+        value = std::string(size, byte);
+        limited.receive(asker, R"({"type":7})");
+        EXPECT_EQ(asker->frames.size(), 1U);
+        return asker->take();
+    };
+    EXPECT_EQ(ask(390000)[0], R"({"type":7,"messageId":"m","payload":{"v":")" + std::string(390000, 'v') + "\"}}");
+    EXPECT_EQ(codeOf(ask(limit)), "busy");
+    EXPECT_EQ(codeOf(ask(limit / 6, '\0')), "busy") << "a NUL takes six bytes";
+    unread.push(std::make_shared<const std::string>(250000, 'x'));
+    EXPECT_EQ(codeOf(ask(200000)), "busy");
+    EXPECT_EQ(codeOf(ask(100000)), "no refusal");
+    unread.push(std::make_shared<const std::string>(100000, 'x'));
+    EXPECT_EQ(codeOf(ask(100000)), "busy");
+    EXPECT_EQ(ask(60000)[0].size(), 60045U) << "small ones always go";
+    unread.clear();
+    EXPECT_EQ(codeOf(ask(100000)), "no refusal") << "it was read";
+}
+
+TEST_F(MessageHubTest, TheAskerOfMoreThanThereIsMemoryForIsToldSo) {
+    traffic->take();
+    onDelivery = [] { throw TooMuchAsked("too much"); };
+    hub.receive(asker, R"({"type":7})");
+    const auto answer = asker->take();
+    EXPECT_EQ(codeOf(answer), "busy");
+    EXPECT_TRUE(other->take().empty());
+    EXPECT_TRUE(log.take().empty());
+    EXPECT_EQ(traffic->take(), (std::vector<std::string>{R"(received {"type":7})", "sent to one " + answer.at(0),
+                                                         "refused busy", "handled 7 ANSWERED"}));
+}
+
+TEST_F(MessageHubTest, KeepsNobodyWhoseRequestIsOver) {
+    hub.receive(asker, R"({"type":7})");
+    rapidjson::Document payload(rapidjson::kObjectType);
+    hub.sendResponse("late", payload);
+    EXPECT_TRUE(asker->take().empty());
+    onDelivery = [] { throw std::runtime_error("collaborator"); };
+    hub.receive(asker, R"({"type":7})");
+    hub.sendResponse("late", payload);
+    EXPECT_TRUE(asker->take().empty());
+    const std::weak_ptr<RecordingClient> gone = asker;
+    hub.removeClient(std::exchange(asker, nullptr), Departure::CLOSED);
+    EXPECT_TRUE(gone.expired());
+}
+
+TEST_F(MessageHubTest, TheLogIsToldASettingsNameOfBoundedLength) {
+    const auto context = std::make_shared<RequestContext>();
+    MessageHub told(traffic, context);
+    std::vector<std::string> names;
+    const auto note = [&](const std::string&) {
+        names.push_back(context->current() ? context->current()->setting : "?");
+    };
+    told.registerMessageHandler(24, note);
+    told.registerMessageHandler(7, note);
+    const auto handle = [&](int type, const std::string& key) {
+        told.receive(asker, "{\"type\":" + std::to_string(type) + R"(,"payload":{"settingDBId":")" + key + "\"}}");
+    };
+    handle(24, "deviceName");
+    handle(24, std::string(256, 'k'));
+    handle(24, std::string(60000, 'k'));
+    // Cut within a character, which is replaced then.
+    handle(24, std::string(255, 'k') + "\xC3\xA9");
+    handle(7, "deviceName");
+    EXPECT_EQ(names, (std::vector<std::string>{"deviceName", std::string(256, 'k'), std::string(256, 'k'),
+                                               std::string(255, 'k') + "\xEF\xBF\xBD", ""}));
+    EXPECT_FALSE(context->current());
+}
+
+TEST_F(MessageHubTest, EventsAreNumberedWhoeverIsThere) {
+    hub.removeClient(asker, Departure::CLOSED);
+    sendEvent("deviceName");
+    hub.removeClient(other, Departure::CLOSED);
+    sendEvent("deviceName");
+    sendEvent("deviceName");
+    hub.addClient(asker);
+    sendEvent("deviceName");
+    ASSERT_EQ(asker->frames.size(), 1U);
+    EXPECT_EQ(parsed(asker->take()[0])["sequence"].GetInt(), 4);
+    EXPECT_EQ(parsed(other->take().at(0))["sequence"].GetInt(), 1);
+}
+
+TEST_F(MessageHubTest, AReplyThatNobodyAskedForGoesNowhere) {
+    rapidjson::Document payload(rapidjson::kObjectType);
+    hub.sendResponse("m1", payload);
+    EXPECT_TRUE(asker->take().empty());
+}
+
+TEST_F(MessageHubTest, EventsGoToEveryClientAsOneSharedFrame) {
+    std::string first;
+    std::string second;
+    onDelivery = [&] {
+        first = sendEvent("deviceName");
+        second = sendEvent("timezone");
+    };
+    const auto before = std::chrono::system_clock::now();
+    hub.receive(asker, R"({"type":24})");
+    ASSERT_EQ(asker->frames.size(), 2U);
+    EXPECT_EQ(asker->frames[0].get(), other->frames[0].get());
+    const auto event = parsed(asker->take()[0]);
+    EXPECT_EQ(event["type"].GetInt(), 25);
+    EXPECT_EQ(event["messageId"].GetString(), first);
+    EXPECT_NE(first, second);
+    EXPECT_GE(event["timestamp"].GetInt64(),
+              std::chrono::duration_cast<std::chrono::milliseconds>(before.time_since_epoch()).count());
+    EXPECT_EQ(event["sequence"].GetInt(), 1);
+    EXPECT_STREQ(event["origin"].GetString(), "socket");
+    EXPECT_STREQ(event["payload"]["settingDBId"].GetString(), "deviceName");
+    EXPECT_EQ(event.MemberCount(), 6U);
+    EXPECT_EQ(parsed(other->take()[1])["sequence"].GetInt(), 2);
+}
+
+TEST_F(MessageHubTest, EventsTellWhoseDoingItWas) {
+    const auto page = std::make_shared<RecordingClient>(Origin::PAGE);
+    onDelivery = [&] { sendEvent("deviceName"); };
+    hub.receive(page, R"({"type":24})");
+    hub.perform(Origin::DEVICE, onDelivery);
+    const auto frames = other->take();
+    EXPECT_STREQ(parsed(frames[0])["origin"].GetString(), "page");
+    EXPECT_STREQ(parsed(frames[1])["origin"].GetString(), "device");
+}
+
+TEST_F(MessageHubTest, ANoticeFollowsTheEventsForChangesWithoutOne) {
+    onDelivery = [&] {
+        hub.valueChanged("timezone");
+        hub.valueChanged("deviceName");
+        hub.valueChanged("captionsEnabled");
+        hub.valueChanged("timezone");
+        sendEvent("deviceName");
+    };
+    hub.receive(asker, R"({"type":24})");
+    const auto frames = other->take();
+    ASSERT_EQ(frames.size(), 2U);
+    EXPECT_EQ(parsed(frames[0])["type"].GetInt(), 25);
+    EXPECT_EQ(frames[1], R"({"notice":{"reread":["captionsEnabled","timezone"]}})");
+    // The next dispatch starts anew.
+    onDelivery = [&] { hub.valueChanged("deviceName"); };
+    hub.receive(asker, R"({"type":24})");
+    EXPECT_EQ(other->take(), std::vector<std::string>{R"({"notice":{"reread":["deviceName"]}})"});
+}
+
+TEST_F(MessageHubTest, NoNoticeWhenTheEventsSaidItAll) {
+    onDelivery = [&] {
+        hub.valueChanged("friendlyName");
+        sendEvent("friendlyName");
+    };
+    hub.receive(asker, R"({"type":24})");
+    EXPECT_EQ(other->take().size(), 1U);
+}
+
+TEST_F(MessageHubTest, AnExceptionOfADeliveryIsLoggedAndTheNextIsServed) {
+    onDelivery = [&] {
+        hub.valueChanged("timezone");
+        throw std::runtime_error("collaborator");
+    };
+    hub.receive(asker, R"({"type":24})");
+    EXPECT_EQ(log.take(), std::vector<std::string>{"3 settings-host:a request of type 24 failed: collaborator"});
+    EXPECT_EQ(other->take(), std::vector<std::string>{R"({"notice":{"reread":["timezone"]}})"});
+    onDelivery = nullptr;
+    hub.receive(asker, R"({"type":24})");
+    EXPECT_EQ(delivered.size(), 2U);
+}
+
+TEST_F(MessageHubTest, FramesAreValidUtf8WhateverTheValues) {
+    onDelivery = [&] {
+        rapidjson::Document payload(rapidjson::kObjectType);
+        payload.AddMember("v", rapidjson::Value(std::string("\xff\0x", 3), payload.GetAllocator()),
+                          payload.GetAllocator());
+        hub.sendResponse("m\xff", payload);
+    };
+    hub.receive(asker, R"({"type":7})");
+    EXPECT_EQ(asker->take(),
+              std::vector<std::string>{
+                  "{\"type\":7,\"messageId\":\"m\xEF\xBF\xBD\",\"payload\":{\"v\":\"\xEF\xBF\xBD\\u0000x\"}}"});
+}
+
+TEST_F(MessageHubTest, AClientThatLeftIsSentNothing) {
+    hub.removeClient(other, Departure::CLOSED);
+    onDelivery = [&] { sendEvent("deviceName"); };
+    hub.receive(asker, R"({"type":24})");
+    EXPECT_TRUE(other->take().empty());
+    EXPECT_EQ(asker->take().size(), 1U);
+}
+
+TEST_F(MessageHubTest, TellsTheTrafficObserverEverythingInOrder) {
+    onDelivery = [&] {
+        hub.valueChanged("timezone");
+        rapidjson::Document payload(rapidjson::kObjectType);
+        hub.sendResponse("m1", payload);
+    };
+    hub.receive(asker, R"({"type":7})");
+    hub.receive(asker, "x");
+    hub.receive(asker, R"({"type":24,"payload":{"settingDBId":"orliaLocale","to":"{}"}})");
+    hub.refuseTooLarge(*other);
+    hub.removeClient(other, Departure::TOO_SLOW);
+    const std::string notJson = R"({"error":{"code":"not-json","message":"the frame is not JSON"}})";
+    const std::string tooLargeText = *other->frames.back();
+    EXPECT_EQ(traffic->take(),
+              (std::vector<std::string>{"arrived socket", "arrived socket", R"(received {"type":7})",
+                                        R"(sent to one {"type":7,"messageId":"m1","payload":{}})",
+                                        R"(sent to all {"notice":{"reread":["timezone"]}})", "handled 7 ANSWERED",
+                                        "received x", "sent to one " + notJson, "refused not-json",
+                                        R"(received {"type":24,"payload":{"settingDBId":"orliaLocale","to":"{}"}})",
+                                        "handled 24 KEPT_AWAY", "sent to one " + tooLargeText, "refused too-large",
+                                        "left socket TOO_SLOW"}));
+}
+
+TEST_F(MessageHubTest, TellsWhatBecameOfEachRequest) {
+    traffic->take();
+    const auto outcomeOf = [&](std::function<void()> action) {
+        onDelivery = std::move(action);
+        hub.receive(asker, R"({"type":24})");
+        return traffic->take().back();
+    };
+    EXPECT_EQ(outcomeOf([&] { sendEvent("deviceName"); }), "handled 24 CHANGED");
+    EXPECT_EQ(outcomeOf([] {}), "handled 24 SILENT");
+    EXPECT_EQ(outcomeOf([] { throw std::runtime_error("x"); }), "handled 24 FAILED");
+    EXPECT_EQ(outcomeOf([] {}), "handled 24 SILENT");
+}
+
+}  // namespace SettingsHost

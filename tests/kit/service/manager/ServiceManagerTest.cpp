@@ -1,0 +1,127 @@
+#include <cstdlib>
+
+#include <unistd.h>
+
+#include "server/sockets/DoorError.h"
+#include "server/sockets/PassedSockets.h"
+#include "service/manager/ServiceManager.h"
+#include "support/NotificationSocket.h"
+#include "support/TemporaryDirectory.h"
+
+namespace SettingsHostTests {
+
+using namespace SettingsHost;
+
+/// The environment that a service manager makes, in this process.
+class ServiceManagerTest : public ::testing::Test {
+protected:
+    ServiceManagerTest() { clear(); }
+    ~ServiceManagerTest() override { clear(); }
+
+    static void clear() {
+        for (const auto* name :
+             {"NOTIFY_SOCKET", "WATCHDOG_USEC", "WATCHDOG_PID", "LISTEN_PID", "LISTEN_FDS", "LISTEN_FDNAMES"}) {
+            ::unsetenv(name);
+        }
+    }
+
+    static void set(const char* name, const std::string& value) { ::setenv(name, value.c_str(), 1); }
+
+    static std::string errorOfPassedSockets() {
+        try {
+            const PassedSockets taken({"settings"});
+            return "";
+        } catch (const DoorError& error) {
+            return error.what();
+        }
+    }
+
+    const std::string thisProcess = std::to_string(::getpid());
+    TestSupport::TemporaryDirectory folder;
+};
+
+TEST_F(ServiceManagerTest, IsToldAtAPath) {
+    TestSupport::NotificationSocket manager(folder / "notify");
+    set("NOTIFY_SOCKET", folder / "notify");
+    tellAlive();
+    EXPECT_EQ(manager.receive(), "WATCHDOG=1");
+}
+
+TEST_F(ServiceManagerTest, IsToldAtANameOutsideTheFileSystem) {
+    const std::string name = "settings-test-" + thisProcess;
+    TestSupport::NotificationSocket manager(std::string(1, '\0') + name);
+    set("NOTIFY_SOCKET", "@" + name);
+    tellReady("Serving");
+    EXPECT_EQ(manager.receive(), "READY=1\nSTATUS=Serving");
+}
+
+TEST_F(ServiceManagerTest, ThatIsNotThereChangesNothing) {
+    for (const std::string& place : {std::string(), folder / "nobody", std::string("no path"), std::string(200, '/')}) {
+        set("NOTIFY_SOCKET", place);
+        EXPECT_NO_THROW(tellStopping("")) << place;
+    }
+}
+
+TEST_F(ServiceManagerTest, WaitsForSignsOfLifeAsLongAsItSays) {
+    EXPECT_EQ(patienceOfServiceManager(), std::nullopt);
+    set("WATCHDOG_USEC", "30000000");
+    EXPECT_EQ(patienceOfServiceManager(), std::chrono::seconds(30));
+    set("WATCHDOG_PID", thisProcess);
+    EXPECT_EQ(patienceOfServiceManager(), std::chrono::seconds(30));
+    set("WATCHDOG_PID", "1");
+    EXPECT_EQ(patienceOfServiceManager(), std::nullopt) << "it waits for another process";
+    set("WATCHDOG_PID", "");
+    EXPECT_EQ(patienceOfServiceManager(), std::nullopt);
+}
+
+TEST_F(ServiceManagerTest, WaitsForNothingWhenTheTimeMakesNoSense) {
+    for (const auto* time : {"", "0", "-1", "+1", " 1", "1 ", "1s", "0x10", "99999999999999999999",
+                             "18446744073709551615", "9223372036854775808"}) {
+        set("WATCHDOG_USEC", time);
+        EXPECT_EQ(patienceOfServiceManager(), std::nullopt) << time;
+    }
+}
+
+TEST_F(ServiceManagerTest, PassesNothingToAnotherProcess) {
+    set("LISTEN_PID", "1");
+    set("LISTEN_FDS", "1");
+    set("LISTEN_FDNAMES", "settings");
+    PassedSockets taken({"settings"});
+    EXPECT_FALSE(taken.take("settings"));
+    for (const auto* name : {"LISTEN_PID", "LISTEN_FDS", "LISTEN_FDNAMES"}) {
+        EXPECT_EQ(std::getenv(name), nullptr) << name << " is not for those that this process starts";
+    }
+}
+
+TEST_F(ServiceManagerTest, ThatNamesNoNumberOfSocketsPassesNone) {
+    set("LISTEN_PID", thisProcess);
+    set("LISTEN_FDNAMES", "settings");
+    PassedSockets taken({"settings"});
+    EXPECT_FALSE(taken.take("settings"));
+}
+
+TEST_F(ServiceManagerTest, ThatContradictsItselfEndsTheStart) {
+    const std::string start = "cannot take the passed sockets over: ";
+    set("LISTEN_PID", "me");
+    EXPECT_EQ(errorOfPassedSockets(), start + "LISTEN_PID is no number");
+    set("LISTEN_PID", thisProcess);
+    for (const auto* count : {"0", "2147483647", "4294967297"}) {
+        set("LISTEN_FDS", count);
+        EXPECT_EQ(errorOfPassedSockets(), start + "LISTEN_FDS makes no sense") << count;
+    }
+    set("LISTEN_FDS", "-1");
+    EXPECT_EQ(errorOfPassedSockets(), start + "LISTEN_FDS is no number");
+    set("LISTEN_FDS", "1");
+    for (const auto* names : {"settings:device", "settings:", ":settings", ":"}) {
+        set("LISTEN_FDNAMES", names);
+        EXPECT_EQ(errorOfPassedSockets(), start + "LISTEN_FDNAMES does not name each of them") << names;
+    }
+    set("LISTEN_FDS", "2");
+    set("LISTEN_FDNAMES", "");
+    EXPECT_EQ(errorOfPassedSockets(), start + "LISTEN_FDNAMES does not name each of them");
+    set("LISTEN_FDS", "1000000");
+    ::unsetenv("LISTEN_FDNAMES");
+    EXPECT_EQ(errorOfPassedSockets(), start + "Bad file descriptor");
+}
+
+}  // namespace SettingsHostTests

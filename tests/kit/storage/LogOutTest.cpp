@@ -1,0 +1,405 @@
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <random>
+
+#include "kit/support/FaultyDisk.h"
+#include "kit/support/LogRecording.h"
+#include "kit/support/StorageRecording.h"
+#include "storage/Backup.h"
+#include "storage/LogOut.h"
+#include "storage/Recovery.h"
+#include "storage/SqliteStorage.h"
+#include "storage/TableStateStore.h"
+#include "support/Sanitizers.h"
+#include "support/TemporaryDirectory.h"
+
+namespace SettingsHost {
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+/// Whatever part of it is left somewhere, the word is in it.
+const std::string word = "Secret";
+
+std::string secret(std::size_t length) {
+    std::string text;
+    while (text.size() < length) {
+        text += word;
+    }
+    return text;
+}
+
+void write(const std::string& file, const std::string& content) {
+    std::ofstream(file, std::ios::binary) << content;
+}
+
+std::string contentOf(const std::string& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+}  // namespace
+
+/// A device that somebody used for a while: its database, and everything that can be beside it, hold what they entered.
+class LogOutTest : public ::testing::Test {
+protected:
+    /// The host's storage while it runs.
+    struct Running {
+        explicit Running(LogOutTest& test)
+            : database(openOrRecover(test.file, test.recovery)),
+              storage(
+                  database, [&test](const std::string& key) { test.removed.push_back(key); }, test.recording,
+                  [this] { backup.reset(); }),
+              state(database, "simulation") {}
+
+        std::string get(const std::string& key) {
+            std::string value;
+            storage.getValue(key, value);
+            return value;
+        }
+
+        Database database;
+        SqliteStorage storage;
+        TableStateStore state;
+        /// One that is being made.
+        std::unique_ptr<Backup> backup;
+    };
+
+    static void SetUpTestSuite() { used = std::make_unique<TestSupport::TemporaryDirectory>(); }
+    static void TearDownTestSuite() { used.reset(); }
+
+    LogOutTest() {
+        if (!std::filesystem::exists(*used / "settings.db")) {
+            use();
+        }
+        begin();
+    }
+
+    /// A new device in this state.
+    void begin() {
+        folder = std::make_unique<TestSupport::TemporaryDirectory>(TestSupport::memoryFolder());
+        std::filesystem::copy(used->path(), folder->path());
+        file = *folder / "settings.db";
+        disk.watch(folder->path());
+        removed.clear();
+        recovery = Recovery();
+        log.take();
+    }
+
+    Names files() const {
+        Names names;
+        for (const auto& entry : std::filesystem::directory_iterator(folder->path())) {
+            names.push_back(entry.path().filename().string());
+        }
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    /// Those that hold something of what was entered.
+    Names filesWithSecrets() const {
+        Names names;
+        for (const auto& name : files()) {
+            const bool isFile = std::filesystem::is_regular_file(*folder / name);
+            if (isFile && contentOf(*folder / name).find(word) != std::string::npos) {
+                names.push_back(name);
+            }
+        }
+        return names;
+    }
+
+    void expectAllIsThere(Running& running) const {
+        EXPECT_EQ(running.get("deviceName"), word + "Room");
+        EXPECT_TRUE(running.get("companionDevice") == secret(30000));
+        EXPECT_TRUE(running.get(word + "Key") == secret(300));
+        EXPECT_EQ(running.get("orliaLocale.unusable"), secret(20));
+    }
+
+    void expectNothingIsThere(Running& running) const {
+        EXPECT_EQ(running.storage.health().keys, 0U);
+        EXPECT_EQ(filesWithSecrets(), Names());
+        EXPECT_FALSE(std::filesystem::exists(logOutMarkerOf(file)));
+        EXPECT_EQ(running.database.file(), file);
+    }
+
+    bool holdsEveryBackup() const {
+        return contentOf(Backup::nameOf(file, 1)) == contentOf(*used / "settings.db.backup.1") &&
+               contentOf(Backup::nameOf(file, 2)) == contentOf(*used / "settings.db.backup.2");
+    }
+
+    enum class Loss { NONE, DAMAGED, MISSING, MISSING_WITH_LOG };
+
+    void lose(Loss kind) {
+        if (kind == Loss::DAMAGED) {
+            write(file, contentOf(file).replace(0, 100, 100, 'x'));
+        } else if (kind != Loss::NONE) {
+            std::filesystem::remove(file);
+        }
+        if (kind == Loss::MISSING) {
+            std::filesystem::remove(file + "-wal");
+        }
+        disk.watch(folder->path());
+    }
+
+    /// How many calls a log-out makes, when nothing goes wrong.
+    long countCalls() {
+        begin();
+        Running running(*this);
+        disk.work();
+        EXPECT_TRUE(running.storage.clearStorage());
+        const long calls = disk.calls();
+        EXPECT_GT(calls, 50);
+        return calls;
+    }
+
+    static const Names strangers;
+    static std::unique_ptr<TestSupport::TemporaryDirectory> used;
+
+    SettingsHostTests::LogRecording log;
+    SettingsHostTests::StorageRecording recording;
+    SettingsHostTests::FaultyDisk disk;
+    std::unique_ptr<TestSupport::TemporaryDirectory> folder;
+    std::string file;
+    Names removed;
+    Recovery recovery;
+
+private:
+    void use() {
+        file = *used / "settings.db";
+        {
+            Running running(*this);
+            EXPECT_TRUE(running.state.save("locale", "kept"));
+            // Overwritten and removed values stay in free pages and in what is free of others.
+            for (std::size_t length = 10; length < 40000; length = length * 3 / 2) {
+                EXPECT_TRUE(running.storage.setValue("companionDevice", secret(length)));
+                EXPECT_TRUE(running.storage.setValue("key" + std::to_string(length), secret(length / 3)));
+            }
+            for (std::size_t length = 10; length < 40000; length = length * 3 / 2) {
+                EXPECT_TRUE(running.storage.removeValue("key" + std::to_string(length)));
+            }
+            EXPECT_TRUE(running.storage.setValue("companionDevice", secret(30000)));
+            EXPECT_TRUE(running.storage.setValue("deviceName", word + "Room"));
+            EXPECT_TRUE(running.storage.setValue(word + "Key", secret(300)));
+            EXPECT_TRUE(running.storage.setValue("orliaLocale", secret(20)));
+            EXPECT_EQ(running.storage.setAside("orliaLocale"), "orliaLocale.unusable");
+            for (int generation = 0; generation < Backup::generations; ++generation) {
+                Backup backup(running.database);
+                while (backup.step(100)) {
+                }
+            }
+            std::filesystem::copy_file(file + "-wal", *used / "settings.db.damaged.12-wal");
+        }
+        std::filesystem::copy_file(file, file + ".damaged.12");
+        std::filesystem::copy_file(file, file + ".backup.new");
+        for (const auto* name : {".damaged", ".damaged-wal", ".damaged-journal", ".damaged-shm", ".restoring",
+                                 ".restoring-wal", ".backup.new-wal", ".backup.new-journal"}) {
+            write(file + name, secret(3000));
+        }
+        for (const auto& name : strangers) {
+            write(*used / name, "somebody else's");
+        }
+    }
+};
+
+const Names LogOutTest::strangers{"my-settings.db.damaged",  "settings.db.2",      "settings.db.backup",
+                                  "settings.db.backup.copy", "settings.db.damage", "settings.db.damaged.old"};
+std::unique_ptr<TestSupport::TemporaryDirectory> LogOutTest::used;
+
+TEST_F(LogOutTest, LeavesNothingOfAnyValueInAnyFile) {
+    Running running(*this);
+    EXPECT_EQ(filesWithSecrets().size(), 14U) << "the test shows something";
+    expectAllIsThere(running);
+    EXPECT_TRUE(running.storage.clearStorage());
+    expectNothingIsThere(running);
+    Names expected = strangers;
+    expected.insert(expected.end(), {"settings.db", "settings.db-wal", "settings.db.backup.1"});
+    std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(files(), expected);
+    EXPECT_EQ(removed, (Names{"SecretKey", "companionDevice", "deviceName", "orliaLocale.unusable"}));
+    EXPECT_EQ(running.state.load("locale"), "kept");
+    EXPECT_EQ(log.take(), Names());
+}
+
+TEST_F(LogOutTest, IsForGoodAndSoIsWhatComesAfterIt) {
+    {
+        Running running(*this);
+        EXPECT_TRUE(running.storage.clearStorage());
+        EXPECT_TRUE(running.storage.setValue("deviceName", "Den"));
+    }
+    {
+        Running running(*this);
+        EXPECT_EQ(running.get("deviceName"), "Den");
+        EXPECT_EQ(running.storage.health().keys, 1U);
+    }
+    std::filesystem::remove(file);
+    Running running(*this);
+    expectNothingIsThere(running);
+    EXPECT_EQ(recovery.source, Recovery::Source::BACKUP);
+    EXPECT_EQ(running.state.load("locale"), "kept") << "the new backup was made after the values had gone";
+}
+
+TEST_F(LogOutTest, NeedsLittleRoomHoweverMuchIsStored) {
+    Running running(*this);
+    for (int key = 0; key < 15; ++key) {
+        ASSERT_TRUE(running.storage.setValue("key" + std::to_string(key), secret(60000)));
+    }
+    running.database.emptyLog();
+    KeyValueTable table(running.database, settingsTable);
+    beginLogOut(running.database, [&] { table.clear(); });
+    EXPECT_LT(std::filesystem::file_size(file + "-wal"), 20U * 4120U) << "people log out when the disk is full, too";
+    finishLogOut(running.database);
+    expectNothingIsThere(running);
+}
+
+TEST_F(LogOutTest, ABackupThatIsBeingMadeIsGivenUp) {
+    Running running(*this);
+    running.backup = std::make_unique<Backup>(running.database);
+    EXPECT_TRUE(running.backup->step(8));
+    EXPECT_TRUE(running.storage.clearStorage());
+    EXPECT_EQ(running.backup, nullptr);
+    expectNothingIsThere(running);
+}
+
+TEST_F(LogOutTest, WhatCannotBeErasedAtOnceKeepsNothingElse) {
+    // Cannot be removed like a file.
+    const std::string stubborn = file + ".damaged.3";
+    std::filesystem::create_directories(stubborn + "/inside");
+    Running running(*this);
+    EXPECT_TRUE(running.storage.clearStorage());
+    EXPECT_EQ(filesWithSecrets(), Names());
+    const std::string line =
+        "3 settings-host:what a log-out removed is not erased from the disk yet, which is tried "
+        "again within an hour and at the next start: cannot remove " +
+        stubborn + ": Is a directory";
+    EXPECT_EQ(log.take(), Names{line});
+    EXPECT_TRUE(running.storage.setValue("deviceName", "Den"));
+    finishLogOut(running.database);
+    EXPECT_EQ(log.take(), Names{line});
+    std::filesystem::remove_all(stubborn);
+    finishLogOut(running.database);
+    EXPECT_EQ(log.take(), Names());
+    EXPECT_FALSE(std::filesystem::exists(logOutMarkerOf(file)));
+    EXPECT_EQ(running.get("deviceName"), "Den");
+    EXPECT_EQ(filesWithSecrets(), Names());
+}
+
+TEST_F(LogOutTest, OneThatIsRefusedLeavesNoTransactionOpen) {
+    {
+        Running running(*this);
+        running.database.execute(
+            "CREATE TRIGGER keep BEFORE DELETE ON settings BEGIN SELECT RAISE(ABORT, 'kept'); END");
+        EXPECT_FALSE(running.storage.clearStorage());
+        EXPECT_EQ(log.take(), Names{"3 settings-host:cannot clear the storage: database: kept"});
+        EXPECT_EQ(removed, Names());
+        EXPECT_TRUE(running.storage.setValue("after", "it"));
+    }
+    Running running(*this);
+    expectAllIsThere(running);
+    EXPECT_EQ(running.get("after"), "it");
+    EXPECT_TRUE(holdsEveryBackup());
+}
+
+TEST_F(LogOutTest, WhicheverCallFailsItIsDoneOrNothingIsLost) {
+    using Fault = void (SettingsHostTests::FaultyDisk::*)(long);
+    const std::vector<std::pair<std::string, Fault>> faults{{"once", &SettingsHostTests::FaultyDisk::failOnce},
+                                                            {"from", &SettingsHostTests::FaultyDisk::failFrom},
+                                                            {"full", &SettingsHostTests::FaultyDisk::fillUpFrom}};
+    const long calls = countCalls();
+    int refused = 0;
+    int late = 0;
+    for (const auto& [name, fault] : faults) {
+        for (long call = 1; call <= calls; call += TestSupport::sanitized ? 7 : 1) {
+            SCOPED_TRACE(name + " " + std::to_string(call) + " of " + std::to_string(calls));
+            begin();
+            auto running = std::make_unique<Running>(*this);
+            const Names before = files();
+            (disk.*fault)(call);
+            const bool done = running->storage.clearStorage();
+            EXPECT_TRUE(disk.hasFailed() || name == "full");
+            disk.work();
+            const Names lines = log.take();
+            if (!done) {
+                ++refused;
+                EXPECT_EQ(removed, Names()) << "nobody is told";
+                ASSERT_EQ(lines.size(), 1U);
+                EXPECT_EQ(lines[0].rfind("3 settings-host:cannot clear the storage: ", 0), 0U) << lines[0];
+                expectAllIsThere(*running);
+                EXPECT_TRUE(name == "from" || files() == before);
+                running.reset();
+                running = std::make_unique<Running>(*this);
+                expectAllIsThere(*running);
+                EXPECT_EQ(files(), before);
+                continue;
+            }
+            EXPECT_EQ(removed.size(), 4U);
+            ASSERT_LE(lines.size(), 1U);
+            const bool isLate = !lines.empty() && lines[0].find("is not erased from the disk yet") != std::string::npos;
+            late += isLate ? 1 : 0;
+            EXPECT_EQ(isLate || filesWithSecrets().empty(), true);
+            EXPECT_EQ(running->storage.health().keys, 0U);
+            EXPECT_TRUE(running->storage.setValue("deviceName", "new"));
+            if (call % 2 == 0) {
+                finishLogOut(running->database);
+            } else {
+                running.reset();
+                running = std::make_unique<Running>(*this);
+            }
+            EXPECT_EQ(running->get("deviceName"), "new");
+            EXPECT_TRUE(running->storage.removeValue("deviceName"));
+            expectNothingIsThere(*running);
+            EXPECT_EQ(log.take(), Names());
+            ASSERT_FALSE(HasFailure());
+        }
+    }
+    EXPECT_GT(refused, 0);
+    EXPECT_GT(late, 0);
+}
+
+TEST_F(LogOutTest, WheneverThePowerIsCutItIsDoneOrNothingIsLost) {
+    const long calls = countCalls();
+    int done = 0;
+    int undone = 0;
+    for (long call = 1; call <= calls; call += TestSupport::sanitized ? 7 : 1) {
+        for (const auto loss : {Loss::NONE, Loss::DAMAGED, Loss::MISSING, Loss::MISSING_WITH_LOG}) {
+            const auto kind = static_cast<unsigned>(loss);
+            const bool isCutAgain = (static_cast<unsigned>(call) + kind) % 2 == 1;
+            SCOPED_TRACE("call " + std::to_string(call) + " of " + std::to_string(calls) + ", loss " +
+                         std::to_string(kind) + (isCutAgain ? ", cut again" : ""));
+            std::mt19937 random(static_cast<unsigned>(call) * 4 + kind);
+            begin();
+            bool answered = false;
+            {
+                Running running(*this);
+                disk.cutPowerAt(call);
+                answered = running.storage.clearStorage();
+            }
+            disk.restorePower(random);
+            lose(loss);
+            if (isCutAgain) {
+                disk.cutPowerAt(1 + static_cast<long>(random() % 150));
+                try {
+                    const Running running(*this);
+                } catch (const DatabaseError&) {
+                    // The power went during the start.
+                }
+                disk.restorePower(random);
+            }
+            Running running(*this);
+            EXPECT_FALSE(std::filesystem::exists(logOutMarkerOf(file)));
+            if (answered || running.get("deviceName").empty()) {
+                ++done;
+                expectNothingIsThere(running);
+            } else {
+                ++undone;
+                expectAllIsThere(running);
+                EXPECT_TRUE(holdsEveryBackup());
+            }
+            ASSERT_FALSE(HasFailure());
+        }
+    }
+    EXPECT_GT(done, 0);
+    EXPECT_GT(undone, 0);
+}
+
+}  // namespace SettingsHost

@@ -1,0 +1,130 @@
+#include <random>
+
+#include "kit/support/FaultyDisk.h"
+#include "kit/support/LogRecording.h"
+#include "kit/support/StorageRecording.h"
+#include "storage/Database.h"
+#include "storage/SqliteStorage.h"
+#include "support/Sanitizers.h"
+#include "support/TemporaryDirectory.h"
+
+namespace SettingsHost {
+
+namespace {
+
+using Values = std::map<std::string, std::string>;
+
+/// A device that is switched off at the wall again and again while somebody changes its settings.
+class Device {
+public:
+    explicit Device(unsigned seed) : random(seed) {}
+
+    /// Starts, lets changes through until the power goes, and switches it on again.
+    /// Returns: was there a change under way whose answer nobody saw?
+    bool live() {
+        disk.cutPowerAt(1 + static_cast<long>(random() % (random() % 4 == 0 ? 400 : 60)));
+        bool cutInsideAChange = false;
+        try {
+            Database database(file);
+            SqliteStorage storage(
+                database, [](const std::string&) {}, recording);
+            while (change(storage)) {
+            }
+            cutInsideAChange = true;
+        } catch (const DatabaseError&) {
+            // The power went during the start.
+        }
+        EXPECT_TRUE(disk.hasFailed());
+        log.take();
+        disk.restorePower(random);
+        return cutInsideAChange;
+    }
+
+    /// Everything that was answered is there, and at most the one change more that was under way.
+    void expectNothingLost() {
+        Database database(file);
+        SqliteStorage storage(
+            database, [](const std::string&) {}, recording);
+        const Values found = read(storage);
+        EXPECT_TRUE(found == answered || found == underWay)
+            << "found " << summary(found) << ", answered " << summary(answered) << ", under way " << summary(underWay);
+        answered = found;
+        underWay = found;
+    }
+
+private:
+    /// Returns: was it answered?
+    bool change(SqliteStorage& storage) {
+        const std::string key = "key" + std::to_string(random() % 12);
+        const unsigned kind = static_cast<unsigned>(random() % 20);
+        bool done = false;
+        if (kind == 0) {
+            underWay.clear();
+            done = storage.clearStorage();
+        } else if (kind < 4) {
+            underWay.erase(key);
+            done = storage.removeValue(key);
+        } else {
+            const std::string value(random() % (kind < 8 ? 9000 : 60), static_cast<char>('a' + random() % 26));
+            underWay[key] = std::to_string(++counter) + value;
+            done = storage.setValue(key, underWay[key]);
+        }
+        if (done) {
+            answered = underWay;
+        }
+        return done;
+    }
+
+    static std::string summary(const Values& values) {
+        std::string text;
+        for (const auto& [key, value] : values) {
+            text += key + "=" + value.substr(0, 12) + "(" + std::to_string(value.size()) + ") ";
+        }
+        return text;
+    }
+
+    static Values read(SqliteStorage& storage) {
+        Values values;
+        for (int number = 0; number < 12; ++number) {
+            const std::string key = "key" + std::to_string(number);
+            std::string value;
+            storage.getValue(key, value);
+            if (!value.empty()) {
+                values[key] = value;
+            }
+        }
+        return values;
+    }
+
+    std::mt19937 random;
+    TestSupport::TemporaryDirectory folder;
+    std::string file = folder / "settings.db";
+    SettingsHostTests::LogRecording log;
+    SettingsHostTests::StorageRecording recording;
+    SettingsHostTests::FaultyDisk disk;
+    Values answered;
+    Values underWay;
+    unsigned long counter = 0;
+};
+
+}  // namespace
+
+TEST(PowerCutTest, NothingThatWasAnsweredIsLost) {
+    constexpr unsigned cuts = TestSupport::sanitized ? 200 : 5000;
+    constexpr unsigned cutsOfADevice = 25;
+    unsigned insideAChange = 0;
+    for (unsigned seed = 0; seed < cuts / cutsOfADevice; ++seed) {
+        Device device(seed);
+        for (unsigned cut = 0; cut < cutsOfADevice; ++cut) {
+            SCOPED_TRACE("device " + std::to_string(seed) + ", cut " + std::to_string(cut));
+            insideAChange += device.live() ? 1 : 0;
+            ASSERT_NO_THROW(device.expectNothingLost());
+            ASSERT_FALSE(::testing::Test::HasFailure());
+        }
+    }
+    EXPECT_GT(insideAChange, cuts / 4) << "most cuts came during the start";
+    RecordProperty("cuts", std::to_string(cuts));
+    RecordProperty("cutsInsideAChange", std::to_string(insideAChange));
+}
+
+}  // namespace SettingsHost

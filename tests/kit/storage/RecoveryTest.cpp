@@ -1,0 +1,308 @@
+#include <filesystem>
+#include <fstream>
+#include <random>
+
+#include <sqlite3.h>
+
+#include "kit/support/FaultyDisk.h"
+#include "kit/support/LogRecording.h"
+#include "storage/Backup.h"
+#include "storage/KeyValueTable.h"
+#include "storage/Recovery.h"
+#include "support/TemporaryDirectory.h"
+
+namespace SettingsHost {
+
+class RecoveryTest : public ::testing::Test {
+protected:
+    using Source = Recovery::Source;
+
+    /// Opens, stores `value` and, if wanted, backs up.
+    void live(const std::string& value, bool backUp) {
+        Database database(file);
+        KeyValueTable(database, "settings").put("deviceName", value);
+        if (backUp) {
+            Backup backup(database);
+            while (backup.step(100)) {
+            }
+        }
+    }
+
+    /// Opens as the host does. Returns: the stored value.
+    std::string open() {
+        recovery = Recovery();
+        Database database = openOrRecover(file, recovery);
+        return KeyValueTable(database, "settings").get("deviceName").value_or("(none)");
+    }
+
+    void damage(const std::string& path) { std::ofstream(path) << std::string(10000, 'x'); }
+
+    std::string content(const std::string& name) {
+        std::ifstream stream(folder / name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+    std::string line(const std::string& text) { return "3 settings-host:" + text; }
+
+    std::string damageLine() { return line(file + " is damaged or no database (database: file is not a database)"); }
+
+    SettingsHostTests::LogRecording log;
+    SettingsHostTests::FaultyDisk disk;
+    TestSupport::TemporaryDirectory folder;
+    std::string file = folder / "settings.db";
+    Recovery recovery;
+};
+
+TEST_F(RecoveryTest, ADatabaseInOrderIsOpenedWithoutAWord) {
+    EXPECT_EQ(open(), "(none)");
+    live("Den", true);
+    EXPECT_EQ(open(), "Den");
+    EXPECT_EQ(recovery.source, Source::NOT_NEEDED);
+    EXPECT_EQ(recovery.setAside, "");
+    EXPECT_EQ(log.take(), std::vector<std::string>{});
+}
+
+TEST_F(RecoveryTest, ADamagedOneIsKeptAndRestored) {
+    live("backed up", true);
+    live("newer", false);
+    damage(file);
+    EXPECT_EQ(open(), "backed up");
+    EXPECT_EQ(recovery.source, Source::BACKUP);
+    EXPECT_EQ(recovery.setAside, "settings.db.damaged");
+    EXPECT_EQ(content("settings.db.damaged"), std::string(10000, 'x'));
+    EXPECT_EQ(log.take(),
+              (std::vector<std::string>{
+                  damageLine(), line("what was found was kept as settings.db.damaged"),
+                  line("the database was restored from settings.db.backup.1; changes made since that backup "
+                       "are lost")}));
+    EXPECT_EQ(open(), "backed up");
+    EXPECT_EQ(recovery.source, Source::NOT_NEEDED) << "the next start finds everything in order";
+    EXPECT_TRUE(std::filesystem::exists(Backup::nameOf(file, 1))) << "the backup stays";
+}
+
+TEST_F(RecoveryTest, WithoutABackupEverythingBeginsAnew) {
+    damage(file);
+    EXPECT_EQ(open(), "(none)");
+    EXPECT_EQ(recovery.source, Source::DEFAULTS);
+    EXPECT_EQ(content("settings.db.damaged"), std::string(10000, 'x'));
+    EXPECT_EQ(log.take(),
+              (std::vector<std::string>{damageLine(), line("what was found was kept as settings.db.damaged"),
+                                        line("there is no backup to restore the database from; all settings have their "
+                                             "defaults")}));
+}
+
+TEST_F(RecoveryTest, TheSecondBackupServesWhenTheFirstIsDamagedToo) {
+    live("first", true);
+    live("second", true);
+    damage(file);
+    damage(Backup::nameOf(file, 1));
+    EXPECT_EQ(open(), "first");
+    const auto lines = log.take();
+    ASSERT_EQ(lines.size(), 4U);
+    EXPECT_EQ(lines[2], line("the backup settings.db.backup.1 cannot be used: " + file +
+                             ".restoring is damaged or no database (database: file is not a database)"));
+    EXPECT_EQ(lines[3],
+              line("the database was restored from settings.db.backup.2; changes made since that backup are lost"));
+    EXPECT_EQ(content("settings.db.backup.1"), std::string(10000, 'x')) << "it is no worse than before";
+    EXPECT_FALSE(std::filesystem::exists(file + ".restoring"));
+}
+
+TEST_F(RecoveryTest, NothingThatWasKeptIsOverwritten) {
+    for (const std::string expected : {"settings.db.damaged", "settings.db.damaged.2", "settings.db.damaged.3"}) {
+        std::ofstream(file) << std::string(5000, 'x') << expected;
+        open();
+        EXPECT_EQ(recovery.setAside, expected);
+        EXPECT_EQ(content(expected), std::string(5000, 'x') + expected);
+    }
+    EXPECT_EQ(content("settings.db.damaged"), std::string(5000, 'x') + "settings.db.damaged");
+}
+
+TEST_F(RecoveryTest, TheLogIsKeptWithItsDatabase) {
+    std::string bad;
+    {
+        Database database(file);
+        KeyValueTable table(database, "settings");
+        for (int number = 0; number < 60; ++number) {
+            table.put("key" + std::to_string(number), std::string(700, 'v'));
+        }
+        database.execute("PRAGMA wal_checkpoint(TRUNCATE)");
+        bad = content("settings.db").replace(4096, 5 * 4096, 5 * 4096, 'x');
+        table.put("key59", "only in the log");
+        std::filesystem::copy_file(file + "-wal", folder / "log");
+    }
+    std::ofstream(file, std::ios::binary) << bad;
+    std::filesystem::rename(folder / "log", file + "-wal");
+    const std::string written = content("settings.db-wal");
+    EXPECT_GT(written.size(), 4096U);
+    open();
+    EXPECT_EQ(recovery.setAside, "settings.db.damaged");
+    EXPECT_TRUE(content("settings.db.damaged-wal") == written);
+    EXPECT_TRUE(content("settings.db.damaged") == bad);
+}
+
+TEST_F(RecoveryTest, AMissingOrEmptyDatabaseIsRestoredToo) {
+    live("backed up", true);
+    std::filesystem::remove(file);
+    EXPECT_EQ(open(), "backed up");
+    EXPECT_EQ(recovery.source, Source::BACKUP);
+    EXPECT_EQ(recovery.setAside, "");
+    EXPECT_EQ(log.take(),
+              (std::vector<std::string>{
+                  line(file + " is missing or empty, but there was one"),
+                  line("the database was restored from settings.db.backup.1; changes made since that backup "
+                       "are lost")}));
+    std::ofstream(file).close();
+    EXPECT_EQ(open(), "backed up");
+}
+
+TEST_F(RecoveryTest, ALossOfPowerBetweenTheRenamesIsMadeUpFor) {
+    std::ofstream(file + "-wal") << "the log of a database that was set aside";
+    EXPECT_EQ(open(), "(none)");
+    EXPECT_EQ(recovery.setAside, "settings.db.damaged");
+    EXPECT_EQ(content("settings.db.damaged-wal"), "the log of a database that was set aside");
+}
+
+TEST_F(RecoveryTest, ALossOfPowerWhileRestoringIsMadeUpFor) {
+    live("backed up", true);
+    std::filesystem::remove(file);
+    std::ofstream(file + ".restoring") << std::string(10000, 'x');
+    std::ofstream(file + ".restoring-wal") << std::string(10000, 'x');
+    EXPECT_EQ(open(), "backed up");
+    EXPECT_FALSE(std::filesystem::exists(file + ".restoring"));
+    EXPECT_FALSE(std::filesystem::exists(file + ".restoring-wal"));
+}
+
+TEST_F(RecoveryTest, ALogThatWasKeptIsNotOverwritten) {
+    std::ofstream(file + ".damaged-wal") << "kept without its database";
+    damage(file);
+    std::ofstream(file + "-wal") << "another log";
+    EXPECT_EQ(open(), "(none)");
+    EXPECT_EQ(recovery.setAside, "settings.db.damaged.2");
+    EXPECT_EQ(content("settings.db.damaged-wal"), "kept without its database");
+    EXPECT_EQ(content("settings.db.damaged.2-wal"), "another log");
+}
+
+TEST_F(RecoveryTest, ALogOfAnEarlierRestorationIsNotReadIntoTheCopy) {
+    live("backed up", true);
+    std::filesystem::copy_file(Backup::nameOf(file, 1), folder / "copy.db");
+    {
+        Database copy(folder / "copy.db");
+        KeyValueTable(copy, "settings").put("deviceName", "of the log");
+        std::filesystem::copy_file(folder / "copy.db-wal", file + ".restoring-wal");
+    }
+    std::filesystem::remove(file);
+    EXPECT_EQ(open(), "backed up");
+    EXPECT_FALSE(std::filesystem::exists(file + ".restoring-wal"));
+}
+
+TEST_F(RecoveryTest, WhatIsInOrderButNotOursIsRefusedAndLeft) {
+    live("backed up", true);
+    {
+        Database database(file);
+        database.execute("PRAGMA user_version=99");
+    }
+    const std::string newer = content("settings.db");
+    EXPECT_THROW(open(), DatabaseError);
+    EXPECT_EQ(content("settings.db"), newer);
+    std::filesystem::remove(file);
+    sqlite3* theirs = nullptr;
+    ASSERT_EQ(sqlite3_open(file.c_str(), &theirs), SQLITE_OK);
+    sqlite3_exec(theirs, "CREATE TABLE theirs (x)", nullptr, nullptr, nullptr);
+    sqlite3_close(theirs);
+    const std::string foreign = content("settings.db");
+    EXPECT_THROW(open(), DatabaseError);
+    EXPECT_EQ(content("settings.db"), foreign);
+    EXPECT_EQ(log.take(), std::vector<std::string>{});
+}
+
+TEST_F(RecoveryTest, EveryDamageOfARealDatabaseIsFoundOrHarmless) {
+    {
+        Database database(file);
+        KeyValueTable table(database, "settings");
+        for (int number = 0; number < 60; ++number) {
+            table.put("key" + std::to_string(number), std::string(700, 'v'));
+        }
+    }
+    const std::string good = content("settings.db");
+    int found = 0;
+    for (std::size_t page = 0; page < good.size() / 4096; ++page) {
+        std::string bad = good;
+        bad.replace(page * 4096, 4096, 4096, '\0');
+        std::ofstream(file, std::ios::binary) << bad;
+        open();
+        found += recovery.source == Source::DEFAULTS ? 1 : 0;
+        log.take();
+    }
+    for (const std::size_t size : {good.size() - 4096, good.size() / 2, std::size_t{4096}, std::size_t{100}}) {
+        std::ofstream(file, std::ios::binary) << good.substr(0, size);
+        open();
+        EXPECT_EQ(recovery.source, Source::DEFAULTS) << size;
+        log.take();
+    }
+    EXPECT_EQ(found, static_cast<int>(good.size() / 4096)) << "no page is unused";
+}
+
+/// The power goes while a damaged database is being restored, or soon after it.
+class RecoveryPowerCutTest : public RecoveryTest {
+protected:
+    RecoveryPowerCutTest() {
+        live("backed up", true);
+        damage(file);
+        std::filesystem::create_directory(folder / "template");
+        for (const auto* name : {"settings.db", "settings.db.backup.1"}) {
+            std::filesystem::copy_file(folder / name, folder / ("template/" + std::string(name)));
+        }
+    }
+
+    void begin() {
+        device = std::make_unique<TestSupport::TemporaryDirectory>(TestSupport::memoryFolder());
+        std::filesystem::copy(folder / "template", device->path());
+        file = *device / "settings.db";
+        disk.watch(device->path());
+    }
+
+    std::unique_ptr<TestSupport::TemporaryDirectory> device;
+};
+
+TEST_F(RecoveryPowerCutTest, AtAnyCallIsMadeUpForByTheNextStart) {
+    begin();
+    disk.work();
+    EXPECT_EQ(open(), "backed up");
+    const long calls = disk.calls();
+    for (long call = 1; call <= calls; ++call) {
+        for (unsigned seed = 0; seed < 3; ++seed) {
+            SCOPED_TRACE("call " + std::to_string(call) + " of " + std::to_string(calls) + ", " + std::to_string(seed));
+            std::mt19937 random(static_cast<unsigned>(call) * 3 + seed);
+            begin();
+            disk.cutPowerAt(call);
+            try {
+                open();
+            } catch (const DatabaseError&) {
+                // The power went during the start.
+            }
+            disk.restorePower(random);
+            ASSERT_EQ(open(), "backed up");
+            EXPECT_EQ(std::filesystem::file_size(file + ".damaged"), 10000U);
+            EXPECT_FALSE(std::filesystem::exists(file + ".damaged.2")) << "what was restored was not whole";
+        }
+    }
+    EXPECT_GT(calls, 20);
+}
+
+TEST_F(RecoveryPowerCutTest, LaterLosesNoChangeThatWasAnswered) {
+    for (unsigned seed = 0; seed < 20; ++seed) {
+        SCOPED_TRACE(seed);
+        std::mt19937 random(seed);
+        begin();
+        {
+            Recovery ignored;
+            Database database = openOrRecover(file, ignored);
+            KeyValueTable(database, "settings").put("deviceName", "answered");
+            disk.cutPowerAt(1);
+        }
+        disk.restorePower(random);
+        EXPECT_EQ(open(), "answered");
+    }
+}
+
+}  // namespace SettingsHost

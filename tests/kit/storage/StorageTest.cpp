@@ -1,0 +1,396 @@
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
+#include <sqlite3.h>
+#include <sys/stat.h>
+
+#include "kit/support/FaultyDisk.h"
+#include "kit/support/LogRecording.h"
+#include "kit/support/StorageRecording.h"
+#include "storage/SqliteStorage.h"
+#include "storage/TableStateStore.h"
+#include "support/TemporaryDirectory.h"
+
+namespace SettingsHost {
+
+class StorageTest : public ::testing::Test {
+protected:
+    void open() {
+        storage.reset();
+        database.reset();
+        database = std::make_unique<Database>(file);
+        storage = std::make_unique<SqliteStorage>(
+            *database, [this](const std::string& key) { removed.push_back(key); }, recording);
+    }
+
+    std::string read(const std::string& key) {
+        std::string value = "left over";
+        storage->getValue(key, value);
+        return value;
+    }
+
+    static mode_t modeOf(const std::string& path) {
+        struct stat status {};
+        EXPECT_EQ(::stat(path.c_str(), &status), 0) << path;
+        return status.st_mode & 0777U;
+    }
+
+    void expectRefused(const std::string& part) {
+        try {
+            const Database refused(file);
+            FAIL() << "it was opened";
+        } catch (const DatabaseError& error) {
+            EXPECT_NE(std::string(error.what()).find(part), std::string::npos) << error.what();
+        }
+    }
+
+    void sql(const std::string& statements) {
+        sqlite3* connection = nullptr;
+        ASSERT_EQ(sqlite3_open(file.c_str(), &connection), SQLITE_OK);
+        EXPECT_EQ(sqlite3_exec(connection, statements.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
+            << sqlite3_errmsg(connection);
+        sqlite3_close(connection);
+    }
+
+    SettingsHostTests::LogRecording log;
+    TestSupport::TemporaryDirectory folder;
+    std::string file = folder / "state/deep/settings.db";
+    std::vector<std::string> removed;
+    std::unique_ptr<Database> database;
+    SettingsHostTests::StorageRecording recording;
+    std::unique_ptr<SqliteStorage> storage;
+};
+
+TEST_F(StorageTest, EveryNameIsTheNameOfAFile) {
+    const auto before = std::filesystem::current_path();
+    std::filesystem::current_path(folder.path());
+    for (const auto* name : {":memory:", "file:x?mode=memory", "plain.db"}) {
+        file = name;
+        open();
+        EXPECT_TRUE(storage->setValue("deviceName", "Den"));
+        open();
+        EXPECT_EQ(read("deviceName"), "Den") << name;
+    }
+    std::filesystem::current_path(before);
+}
+
+TEST_F(StorageTest, KeepsValuesOverARestart) {
+    open();
+    EXPECT_TRUE(storage->setValue("key", std::string("a\0b", 3)));
+    open();
+    EXPECT_EQ(read("key"), std::string("a\0b", 3));
+}
+
+TEST_F(StorageTest, MakesPrivateFoldersAndFiles) {
+    const mode_t before = ::umask(0);
+    open();
+    EXPECT_TRUE(storage->setValue("key", "value"));
+    EXPECT_EQ(modeOf(folder / "state"), 0700U);
+    EXPECT_EQ(modeOf(folder / "state/deep"), 0700U);
+    EXPECT_EQ(modeOf(file), 0600U);
+    EXPECT_EQ(modeOf(file + "-wal"), 0600U);
+    ::umask(before);
+}
+
+TEST_F(StorageTest, LeavesTheModeOfWhatItDidNotMake) {
+    ::mkdir((folder / "state").c_str(), 0755);
+    ::chmod((folder / "state").c_str(), 0755);
+    open();
+    EXPECT_EQ(modeOf(folder / "state"), 0755U);
+}
+
+TEST_F(StorageTest, WritesWithFullDurability) {
+    open();
+    Statement journal(*database, "PRAGMA journal_mode");
+    journal.step();
+    EXPECT_EQ(journal.column(0), "wal");
+    Statement synchronous(*database, "PRAGMA synchronous");
+    synchronous.step();
+    EXPECT_EQ(synchronous.number(0), 2);
+}
+
+TEST_F(StorageTest, HoldsTheFileForItself) {
+    open();
+    expectRefused("in use by another process");
+    storage->setValue("key", "value");
+    EXPECT_EQ(read("key"), "value");
+}
+
+TEST_F(StorageTest, RefusesFilesThatAreNotOursAndLeavesThem) {
+    std::filesystem::create_directories(folder / "state/deep");
+    std::ofstream(file) << std::string(5000, 'x');
+    expectRefused("damaged or no database");
+    EXPECT_EQ(std::filesystem::file_size(file), 5000U);
+    std::filesystem::remove(file);
+    sql("CREATE TABLE theirs (x); INSERT INTO theirs VALUES (1)");
+    expectRefused("belongs to another program");
+    std::filesystem::remove(file);
+    open();
+    database->execute("PRAGMA user_version=99");
+    storage.reset();
+    database.reset();
+    expectRefused("newer version");
+}
+
+TEST_F(StorageTest, RefusesADamagedFile) {
+    open();
+    for (int key = 0; key < 200; ++key) {
+        storage->setValue("key" + std::to_string(key), std::string(500, 'v'));
+    }
+    storage.reset();
+    database.reset();
+    {
+        std::fstream bytes(file, std::ios::in | std::ios::out | std::ios::binary);
+        bytes.seekp(4096 * 3);
+        bytes << std::string(4096 * 3, '\xff');
+    }
+    expectRefused("damaged");
+}
+
+TEST_F(StorageTest, SaysWhyAFolderCannotBeMade) {
+    std::ofstream(folder / "state") << "a file where a folder should be";
+    expectRefused("cannot");
+}
+
+TEST_F(StorageTest, RefusesWhatIsOverTheLimitsAndSaysWhy) {
+    open();
+    EXPECT_TRUE(storage->setValue(std::string(256, 'k'), "v"));
+    EXPECT_TRUE(storage->setValue("k", std::string(65536, 'v')));
+    EXPECT_EQ(log.take(), std::vector<std::string>{});
+    EXPECT_FALSE(storage->setValue(std::string(257, 'k'), "v"));
+    EXPECT_FALSE(storage->setValue("k", std::string(65537, 'v')));
+    EXPECT_EQ(log.take(),
+              (std::vector<std::string>{
+                  "3 settings-host:cannot store '" + std::string(64, 'k') + "…': the key is longer than 256 bytes",
+                  "3 settings-host:cannot store 'k': the value is longer than 64 KiB"}));
+    EXPECT_EQ(read("k"), std::string(65536, 'v')) << "the old value is still there";
+}
+
+TEST_F(StorageTest, TakesAThousandKeysAndThenReplacesOnly) {
+    open();
+    database->execute("BEGIN");
+    for (int time = 0; time < 1500; ++time) {
+        ASSERT_TRUE(storage->setValue("key0", std::to_string(time))) << "a value that is replaced takes no room";
+    }
+    for (int key = 0; key < 1000; ++key) {
+        ASSERT_TRUE(storage->setValue("key" + std::to_string(key), "v"));
+    }
+    database->execute("COMMIT");
+    EXPECT_FALSE(storage->setValue("one more", "v"));
+    EXPECT_EQ(log.take(),
+              std::vector<std::string>{"3 settings-host:cannot store 'one more': there are 1,000 keys already"});
+    EXPECT_TRUE(storage->setValue("key5", "new"));
+    EXPECT_TRUE(storage->removeValue("key6"));
+    EXPECT_TRUE(storage->setValue("one more", "v"));
+}
+
+TEST_F(StorageTest, TakesAMebibyteOfKeysAndValuesTogether) {
+    open();
+    const std::string value(65536 - 4, 'v');
+    for (int key = 10; key < 26; ++key) {
+        ASSERT_TRUE(storage->setValue("ke" + std::to_string(key), value));
+    }
+    EXPECT_EQ(log.take(), std::vector<std::string>{});
+    EXPECT_FALSE(storage->setValue("x", ""));
+    EXPECT_FALSE(storage->setValue("ke10", value + "v"));
+    const std::string reason = ": keys and values would take more than 1 MiB together";
+    EXPECT_EQ(log.take(), (std::vector<std::string>{"3 settings-host:cannot store 'x'" + reason,
+                                                    "3 settings-host:cannot store 'ke10'" + reason}));
+    EXPECT_TRUE(read("ke10") == value);
+    EXPECT_TRUE(storage->setValue("ke10", std::string(65536 - 4, 'w'))) << "as large as before";
+    EXPECT_TRUE(storage->setValue("ke10", std::string(65536 - 14, 'w')));
+    EXPECT_FALSE(storage->setValue("moved", std::string(6, 'v')));
+    EXPECT_TRUE(storage->setValue("moved", std::string(5, 'v')));
+    EXPECT_TRUE(storage->removeValue("ke11"));
+    EXPECT_TRUE(storage->setValue("ke12", value + "vvvv"));
+    EXPECT_TRUE(storage->clearStorage());
+    EXPECT_EQ(log.take().size(), 1U);
+    for (int key = 10; key < 25; ++key) {
+        ASSERT_TRUE(storage->setValue("ke" + std::to_string(key), value));
+    }
+    storage->setAside("ke10");
+    constexpr std::size_t left = 65536 - 4 - 9;
+    EXPECT_FALSE(storage->setValue("last", std::string(left + 1, 'v'))) << "the key is 9 bytes longer now";
+    EXPECT_TRUE(storage->setValue("last", std::string(left, 'v')));
+}
+
+TEST_F(StorageTest, CountsBytesAndNotCharacters) {
+    open();
+    std::string value;
+    while (value.size() < 65530) {
+        value += "\u20ac";
+    }
+    for (int key = 0; key < 15; ++key) {
+        ASSERT_TRUE(storage->setValue(std::to_string(key), value + '\0'));
+    }
+    open();
+    EXPECT_TRUE(storage->setValue("last", value));
+    EXPECT_FALSE(storage->setValue("one more", value));
+}
+
+TEST_F(StorageTest, KeepsWhatWasStoredBeyondTheLimitsAndRefusesGrowthOnly) {
+    open();
+    storage.reset();
+    database.reset();
+    sql("WITH RECURSIVE numbers(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM numbers WHERE n < 1100) "
+        "INSERT INTO settings SELECT 'key' || n, printf('%.*c', 2000, 'v') FROM numbers");
+    open();
+    EXPECT_EQ(read("key1100"), std::string(2000, 'v'));
+    EXPECT_FALSE(storage->setValue("key1", std::string(2001, 'w')));
+    EXPECT_FALSE(storage->setValue("new", ""));
+    EXPECT_EQ(log.take(),
+              (std::vector<std::string>{
+                  "3 settings-host:cannot store 'key1': keys and values would take more than 1 MiB together",
+                  "3 settings-host:cannot store 'new': there are 1,000 keys already"}));
+    EXPECT_TRUE(storage->setValue("key1", std::string(2000, 'w')));
+    EXPECT_TRUE(storage->setValue("key2", "short"));
+    EXPECT_EQ(storage->setAside("key3"), "key3.unusable") << "a start does not fail for it";
+    EXPECT_EQ(read("key3.unusable"), std::string(2000, 'v'));
+    EXPECT_TRUE(storage->removeValue("key4"));
+    EXPECT_EQ(log.take(), std::vector<std::string>{});
+}
+
+TEST_F(StorageTest, AFullDiskIsAnsweredWithFalseAndLosesNothing) {
+    open();
+    EXPECT_TRUE(storage->setValue("key", "old"));
+    Statement pages(*database, "PRAGMA page_count");
+    pages.step();
+    database->execute("PRAGMA max_page_count=" + pages.column(0));
+    const std::string big(60000, 'v');
+    EXPECT_FALSE(storage->setValue("key", big));
+    EXPECT_EQ(read("key"), "old");
+    const auto lines = log.take();
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_EQ(lines[0], "3 settings-host:cannot store 'key': database: database or disk is full");
+    TableStateStore state(*database, "settings");
+    EXPECT_FALSE(state.save("key", big));
+    EXPECT_EQ(state.load("key"), "old");
+    EXPECT_EQ(log.take().size(), 1U);
+    database->execute("PRAGMA max_page_count=100000");
+    EXPECT_TRUE(storage->setValue("key", big));
+}
+
+TEST_F(StorageTest, EveryFailureOfTheDatabaseIsAnsweredAndLogged) {
+    open();
+    database->execute("DROP TABLE settings");
+    std::string value = "left over";
+    storage->getValue("key", value);
+    EXPECT_EQ(value, "");
+    EXPECT_FALSE(storage->setValue("key", "v"));
+    EXPECT_FALSE(storage->removeValue("key"));
+    EXPECT_FALSE(storage->clearStorage());
+    EXPECT_EQ(storage->setAside("key"), "");
+    const auto lines = log.take();
+    EXPECT_EQ(lines.size(), 5U);
+    for (const auto& line : lines) {
+        EXPECT_EQ(line.rfind("3 settings-host:cannot ", 0), 0U) << line;
+    }
+    EXPECT_EQ(removed, std::vector<std::string>{});
+}
+
+TEST_F(StorageTest, ClearingTellsWhichKeysWereRemoved) {
+    open();
+    storage->setValue("b", "1");
+    storage->setValue("a", "2");
+    EXPECT_TRUE(storage->clearStorage());
+    EXPECT_EQ(log.take(), std::vector<std::string>{});
+    EXPECT_EQ(removed, (std::vector<std::string>{"a", "b"}));
+}
+
+TEST_F(StorageTest, NobodyIsToldOfRemovedKeysWhenClearingFails) {
+    open();
+    storage->setValue("b", "1");
+    storage->setValue("a", "2");
+    Statement pages(*database, "PRAGMA page_count");
+    pages.step();
+    database->execute("PRAGMA max_page_count=" + pages.column(0));
+    EXPECT_FALSE(storage->clearStorage());
+    EXPECT_EQ(removed, std::vector<std::string>{});
+    EXPECT_EQ(read("b"), "1");
+    EXPECT_EQ(log.take(),
+              std::vector<std::string>{"3 settings-host:cannot clear the storage: database: database or disk is full"});
+}
+
+TEST_F(StorageTest, SyncsEveryChangeBeforeItIsAnswered) {
+    const SettingsHostTests::FaultyDisk disk;
+    open();
+    const auto flushesOf = [&](const std::function<bool()>& change) {
+        const long before = disk.flushes();
+        EXPECT_TRUE(change());
+        return disk.flushes() - before;
+    };
+    EXPECT_EQ(flushesOf([&] { return storage->setValue("a", "1"); }), 1);
+    EXPECT_EQ(flushesOf([&] { return storage->setValue("a", "2"); }), 1);
+    EXPECT_EQ(flushesOf([&] { return storage->setValue("b", "3"); }), 1);
+    EXPECT_EQ(flushesOf([&] { return storage->removeValue("a"); }), 1);
+    EXPECT_EQ(flushesOf([&] { return !storage->setAside("b").empty(); }), 1);
+    storage.reset();
+    database.reset();
+}
+
+TEST_F(StorageTest, TheLogStaysSmall) {
+    open();
+    std::uintmax_t largest = 0;
+    for (int number = 0; number < 500; ++number) {
+        ASSERT_TRUE(storage->setValue("key", std::to_string(number)));
+        largest = std::max(largest, std::filesystem::file_size(file + "-wal"));
+    }
+    // With the frames of the change that makes the log be moved.
+    constexpr std::uintmax_t frame = 4096 + 24;
+    EXPECT_GT(largest, 60 * frame) << "it would be moved all the time";
+    EXPECT_LT(largest, 80 * frame);
+}
+
+TEST_F(StorageTest, SetsAValueAsideUnderAFreeKey) {
+    open();
+    for (const std::string expected : {"orliaLocale.unusable", "orliaLocale.unusable.2", "orliaLocale.unusable.3"}) {
+        storage->setValue("orliaLocale", "value of " + expected);
+        EXPECT_EQ(storage->setAside("orliaLocale"), expected);
+        EXPECT_EQ(read("orliaLocale"), "");
+        EXPECT_EQ(read(expected), "value of " + expected);
+    }
+    EXPECT_EQ(storage->setAside("absent"), "");
+}
+
+TEST_F(StorageTest, ReadsWhateverAHandPutThere) {
+    open();
+    storage.reset();
+    database.reset();
+    sql("INSERT INTO settings VALUES ('number', 5), ('blob', x'00ff00')");
+    open();
+    EXPECT_EQ(read("number"), "5");
+    EXPECT_EQ(read("blob"), std::string("\0\xff\0", 3));
+}
+
+TEST_F(StorageTest, ClearingLeavesOtherTables) {
+    open();
+    TableStateStore state(*database, "simulation");
+    EXPECT_TRUE(state.save("key", "kept"));
+    EXPECT_EQ(state.load("absent"), std::nullopt);
+    storage->setValue("key", "gone");
+    storage->clearStorage();
+    EXPECT_EQ(state.load("key"), "kept");
+}
+
+TEST_F(StorageTest, TellsItsObserverEveryOperationAndItsHealth) {
+    open();
+    EXPECT_TRUE(storage->setValue("a", "1"));
+    EXPECT_FALSE(storage->setValue(std::string(257, 'k'), "1"));
+    read("a");
+    EXPECT_TRUE(storage->removeValue("a"));
+    EXPECT_TRUE(storage->setValue("b", "2"));
+    storage->setAside("b");
+    EXPECT_EQ(recording.take(),
+              (std::vector<std::string>{"write", "write failed", "read", "remove", "write", "write"}));
+    const StorageHealth health = storage->health();
+    EXPECT_TRUE(health.writable) << "a value that is refused for its size says nothing about the database";
+    EXPECT_EQ(health.failures, 1U);
+    EXPECT_EQ(health.lastFailure, "the key is longer than 256 bytes");
+    EXPECT_EQ(health.keys, 1U);
+    EXPECT_TRUE(storage->clearStorage());
+    EXPECT_EQ(recording.take(), std::vector<std::string>{"clear"});
+    EXPECT_TRUE(recording.timed);
+}
+
+}  // namespace SettingsHost

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "server/sockets/Client.h"
+
+namespace SettingsHost {
+
+/// A client that keeps what it is sent.
+class RecordingClient : public Client {
+public:
+    explicit RecordingClient(Origin ownOrigin = Origin::SOCKET) : clientOrigin(ownOrigin) {}
+    std::vector<std::shared_ptr<const std::string>> frames;
+    void send(const std::shared_ptr<const std::string>& frame) override { frames.push_back(frame); }
+    Origin origin() const override { return clientOrigin; }
+
+    std::vector<std::string> take() {
+        std::vector<std::string> texts;
+        for (const auto& frame : frames) {
+            texts.push_back(*frame);
+        }
+        frames.clear();
+        return texts;
+    }
+
+private:
+    Origin clientOrigin;
+};
+
+}  // namespace SettingsHost

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "server/protocol/TrafficObserver.h"
+
+namespace SettingsHost {
+
+/// Keeps what it is told as lines, in order.
+class TrafficRecording : public TrafficObserver {
+public:
+    void clientArrived(const Client& client) override { add(std::string("arrived ") + originName(client.origin())); }
+    void clientTurnedAway(Origin origin) override { add(std::string("turned away ") + originName(origin)); }
+    void clientLeft(const Client& client, Departure departure) override {
+        add(std::string("left ") + originName(client.origin()) +
+            (departure == Departure::TOO_SLOW ? " TOO_SLOW" : " CLOSED"));
+    }
+    void frameReceived(const Client& /*client*/, const std::string& frame) override { add("received " + frame); }
+    void frameSent(const Client* receiver, const std::string& frame) override {
+        add((receiver == nullptr ? "sent to all " : "sent to one ") + frame);
+    }
+    void frameRefused(const std::string& code) override { add("refused " + code); }
+    void requestHandled(int type, RequestOutcome outcome) override {
+        static const char* const names[] = {"ANSWERED", "CHANGED", "SILENT", "KEPT_AWAY", "FAILED"};
+        add("handled " + std::to_string(type) + " " + names[static_cast<int>(outcome)]);
+    }
+
+    std::vector<std::string> take() { return std::exchange(lines, {}); }
+
+private:
+    void add(std::string line) { lines.push_back(std::move(line)); }
+
+    std::vector<std::string> lines;
+};
+
+}  // namespace SettingsHost

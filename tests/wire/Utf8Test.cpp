@@ -1,0 +1,38 @@
+#include "Wire/Frames.h"
+#include "Wire/Utf8.h"
+
+namespace SettingsHost {
+
+TEST(Utf8, TakesEveryLengthOfCharacter) {
+    for (const auto* text :
+         {"", "a", "é", "中", "😀", "mixed é中😀", "\x7f", "\xc2\x80", "\xef\xbf\xbf", "\xf4\x8f\xbf\xbf"}) {
+        EXPECT_TRUE(isValidUtf8(text)) << text;
+        EXPECT_EQ(withValidUtf8(text), text);
+    }
+    EXPECT_TRUE(isValidUtf8(std::string_view("a\0b", 3)));
+}
+
+TEST(Utf8, RefusesWhatIsNoCharacter) {
+    for (const auto* text : {"\x80", "\xff", "\xc3", "\xc0\x80", "\xe0\x80\x80", "\xed\xa0\x80", "\xf5\x80\x80\x80",
+                             "\xf4\x90\x80\x80", "ok\xc3(", "\xe4\xb8"}) {
+        EXPECT_FALSE(isValidUtf8(text)) << text;
+        EXPECT_TRUE(isValidUtf8(withValidUtf8(text)));
+    }
+    EXPECT_FALSE(isValidUtf8(std::string_view("\xc3\0", 2)));
+}
+
+TEST(Utf8, ReplacesByteByByteAndKeepsTheRest) {
+    EXPECT_EQ(withValidUtf8("a\xff"
+                            "b"),
+              "a\xEF\xBF\xBD"
+              "b");
+    EXPECT_EQ(withValidUtf8("\xe4\xb8"), "\xEF\xBF\xBD\xEF\xBF\xBD");
+}
+
+TEST(Frames, AreCompactAndValidForAnyBytes) {
+    EXPECT_EQ(refusalFrame("code", "say \"no\""), R"({"error":{"code":"code","message":"say \"no\""}})");
+    EXPECT_EQ(objectFrame("device", {{"b", "\xff"}, {"a", std::string("\0", 1)}}),
+              "{\"device\":{\"a\":\"\\u0000\",\"b\":\"\xEF\xBF\xBD\"}}");
+}
+
+}  // namespace SettingsHost

@@ -1,0 +1,62 @@
+#include "Wire/FrameInspector.h"
+
+#include "Wire/JsonShape.h"
+
+namespace SettingsHost {
+
+namespace {
+
+std::optional<Refusal> refusalOf(const std::string& frame, const JsonShape& shape) {
+    if (frame.find('\0') != std::string::npos) {
+        return Refusal{"not-json", "the frame holds a NUL character"};
+    }
+    if (!shape.valid) {
+        return Refusal{"not-json", "the frame is not JSON"};
+    }
+    if (!shape.wellFormed) {
+        return Refusal{"not-json", "the frame holds bytes or escapes that are not valid UTF-8"};
+    }
+    if (shape.nesting > maximumNesting) {
+        return Refusal{"too-deep", "the frame is nested deeper than 32 levels"};
+    }
+    if (shape.root != JsonShape::Root::OBJECT) {
+        return Refusal{"not-an-object", "the frame is JSON but not an object"};
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+Refusal tooLarge() {
+    return {"too-large", "the frame is larger than 64 KiB"};
+}
+
+std::optional<Refusal> inspectFrame(const std::string& frame) {
+    return refusalOf(frame, shapeOf(frame));
+}
+
+std::optional<Refusal> inspectFrame(const std::string& frame, rapidjson::Document& request) {
+    return refusalOf(frame, shapeOf(frame, request));
+}
+
+std::optional<int> requestType(const rapidjson::Value& request) {
+    const auto type = request.FindMember("type");
+    if (type == request.MemberEnd() || !type->value.IsInt()) {
+        return std::nullopt;
+    }
+    return type->value.GetInt();
+}
+
+std::string requestedSetting(const rapidjson::Value& request) {
+    const auto payload = request.FindMember("payload");
+    if (payload == request.MemberEnd() || !payload->value.IsObject()) {
+        return "";
+    }
+    const auto setting = payload->value.FindMember("settingDBId");
+    if (setting == payload->value.MemberEnd() || !setting->value.IsString()) {
+        return "";
+    }
+    return {setting->value.GetString(), setting->value.GetStringLength()};
+}
+
+}  // namespace SettingsHost

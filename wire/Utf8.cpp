@@ -1,0 +1,72 @@
+#include "Wire/Utf8.h"
+
+#include <cstdint>
+#include <cstring>
+
+#include "Utils/Rapidjson.h"
+
+namespace SettingsHost {
+
+namespace {
+
+struct NullOutput {
+    void Put(char /*unused*/) {}
+};
+
+/// Length in bytes of the character that `text` starts with; 0 when that is no character.
+std::size_t characterLength(std::string_view text) {
+    rapidjson::MemoryStream input(text.data(), text.size());
+    NullOutput output;
+    // At the end of the memory the stream answers NUL, which continues no character.
+    return rapidjson::UTF8<>::Validate(input, output) ? input.Tell() : 0;
+}
+
+/// How many bytes of ASCII `text` starts with; nearly all texts are nothing else.
+std::size_t asciiLength(std::string_view text) {
+    std::size_t length = 0;
+    for (std::uint64_t word = 0; text.size() - length >= sizeof(word); length += sizeof(word)) {
+        std::memcpy(&word, text.data() + length, sizeof(word));
+        if ((word & 0x8080808080808080U) != 0) {
+            break;
+        }
+    }
+    while (length < text.size() && static_cast<unsigned char>(text[length]) < 0x80) {
+        ++length;
+    }
+    return length;
+}
+
+/// How many bytes of whole characters `text` starts with.
+std::size_t validLength(std::string_view text) {
+    std::size_t length = 0;
+    for (;;) {
+        length += asciiLength(text.substr(length));
+        const std::size_t next = length == text.size() ? 0 : characterLength(text.substr(length));
+        if (next == 0) {
+            return length;
+        }
+        length += next;
+    }
+}
+
+}  // namespace
+
+bool isValidUtf8(std::string_view text) {
+    return validLength(text) == text.size();
+}
+
+std::string withValidUtf8(std::string_view text) {
+    std::string result;
+    result.reserve(text.size());
+    for (;;) {
+        const std::size_t length = validLength(text);
+        result += text.substr(0, length);
+        if (length == text.size()) {
+            return result;
+        }
+        result += "\xEF\xBF\xBD";
+        text.remove_prefix(length + 1);
+    }
+}
+
+}  // namespace SettingsHost
