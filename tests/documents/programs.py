@@ -38,10 +38,14 @@ def statuses_of(program):
     return set(re.findall(r"\d", help_of(program).partition("\nExit status:")[2]))
 
 
+def sources_of(*folders):
+    return sorted(path for folder in folders for path in (ROOT / folder).rglob("*.cpp"))
+
+
 def environment_of(*folders):
     """The variables that the sources in the folders read."""
     names = set()
-    for path in sorted(path for folder in folders for path in (ROOT / folder).rglob("*.cpp")):
+    for path in sources_of(*folders):
         text = path.read_text()
         names.update(re.findall(READERS + r'\("([A-Z_]+)"\)', text))
         place = str(path.relative_to(ROOT))
