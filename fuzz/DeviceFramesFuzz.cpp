@@ -83,7 +83,7 @@ private:
         return all;
     }
 
-    /// The one answer among copies of what passes the doors.
+    /// The one answer among copies of what passes the listeners.
     static std::string answerOf(const std::vector<std::string>& frames) {
         std::string answer;
         for (const auto& frame : frames) {
@@ -181,7 +181,7 @@ private:
         hub, storage, std::make_shared<SettingsHandlerTesting::FakeMetrics>(journal), sdk, app, device);
     DeviceConsole console{DeviceCommands(device, sdk, app,
                                          [this] {
-                                             return HandlerTally{hub->eventsSent(), 0};
+                                             return HandlerCounts{hub->eventsSent(), 0};
                                          }),
                           hub, traffic, trace,
                           PageAddress{[] { return std::string("http://page"); },

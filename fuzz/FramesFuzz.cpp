@@ -75,7 +75,7 @@ public:
     explicit HubWorld(const Surroundings& around) : model(keysInTableOrder()) {
         model.around = around;
         SettingsHandlerFuzz::surround(storage, *sdk, *device, around);
-        hub->addClient(asker);
+        hub->addClient(requester);
         hub->addClient(other);
         handler->initializeSettings();
         model.initializeSettings();
@@ -84,12 +84,12 @@ public:
     }
 
     void refuseTooLarge() {
-        hub->refuseTooLarge(*asker);
+        hub->refuseTooLarge(*requester);
         expectRefusal("too-large", traffic->take());
     }
 
     void receive(const std::string& frame) {
-        hub->receive(asker, frame);
+        hub->receive(requester, frame);
         Entries lines = traffic->take();
         check(!lines.empty() && lines.front() == "received " + frame, "a frame is reported first");
         lines.erase(lines.begin());
@@ -99,7 +99,7 @@ public:
             expectRefusal(refusal, lines);
         } else if (!type || std::find(types.begin(), types.end(), *type) == types.end()) {
             expectRefusal("unknown-type", lines);
-        } else if (*type == 24 && isKeptAway(frame)) {
+        } else if (*type == 24 && isRejected(frame)) {
             checkSame(lines, {"handled 24 KEPT_AWAY"}, "the report of a frame that is kept away");
             expectNothingSent();
             checkSame(journal.take(),
@@ -119,7 +119,7 @@ private:
         return keys;
     }
 
-    static bool isKeptAway(const std::string& frame) {
+    static bool isRejected(const std::string& frame) {
         const Envelope request(frame);
         const Envelope value(request.payloadText("to").value_or("["));
         return request.payloadText("settingDBId") == "orliaLocale" && value.isJson() &&
@@ -127,12 +127,12 @@ private:
     }
 
     void expectNothingSent() {
-        checkSame(asker->take(), {}, "nothing for the sender");
+        checkSame(requester->take(), {}, "nothing for the sender");
         checkSame(other->take(), {}, "nothing for the others");
     }
 
     void expectRefusal(const std::string& code, const Entries& lines) {
-        const Entries own = asker->take();
+        const Entries own = requester->take();
         check(own.size() == 1 && codeOf(own.front()) == code, "the sender alone is told: " + code);
         checkSame(lines, {"sent to one " + own.front(), "refused " + code}, "the report of a refusal");
         expectNothingSent();
@@ -168,7 +168,7 @@ private:
         checkSame(journal.take(), expectedEntries, "the journal of a request");
         Entries frames;
         Entries events;
-        for (const auto& text : asker->take()) {
+        for (const auto& text : requester->take()) {
             frames.push_back(entryOf(text));
             if (frames.back().rfind("transport.sendMessage", 0) == 0) {
                 events.push_back(text);
@@ -192,7 +192,7 @@ private:
         std::make_shared<SettingsHandlerTesting::FakeDeviceInfo>(journal);
     std::shared_ptr<TrafficLines> traffic = std::make_shared<TrafficLines>();
     std::shared_ptr<SettingsHost::MessageHub> hub = std::make_shared<SettingsHost::MessageHub>(traffic);
-    std::shared_ptr<FrameCollector> asker = std::make_shared<FrameCollector>(SettingsHost::Origin::SOCKET);
+    std::shared_ptr<FrameCollector> requester = std::make_shared<FrameCollector>(SettingsHost::Origin::SOCKET);
     std::shared_ptr<FrameCollector> other = std::make_shared<FrameCollector>(SettingsHost::Origin::PAGE);
     std::shared_ptr<SettingsHandler::SettingsHandler> handler = SettingsHandler::SettingsHandler::create(
         hub, storage, std::make_shared<SettingsHandlerTesting::FakeMetrics>(journal), sdk,

@@ -33,8 +33,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     const Envelope json(value);
     const bool mayPass = !json.isJson() || (json.isArray() && json.nesting() <= SettingsHost::maximumNesting);
-    check(SettingsHost::mayReachHandler(key, value) == mayPass, "the guard knows what may pass");
-    check(SettingsHost::mayReachHandler("deviceName", value), "the guard is for the locales alone");
+    check(SettingsHost::isSafeForHandler(key, value) == mayPass, "the guard knows what may pass");
+    check(SettingsHost::isSafeForHandler("deviceName", value), "the guard is for the locales alone");
     const std::string request = R"({"payload":{"settingDBId":"orliaLocale","to":)" + stringText(value) + "}}";
     check(mayBeGiven(request) == mayPass, "the guard sees the value inside a request");
     if (!mayPass) {

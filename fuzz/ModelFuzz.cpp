@@ -105,7 +105,7 @@ private:
     void setSetting() {
         const std::string name = key();
         const std::string wanted = value();
-        if (SettingsHost::mayReachHandler(name, wanted)) {
+        if (SettingsHost::isSafeForHandler(name, wanted)) {
             check(world.handler->setSetting(name, wanted) == world.model.setSetting(name, wanted),
                   "the result of setSetting");
         }
@@ -162,7 +162,7 @@ private:
     /// The host sets a stored locale that the handler could not take aside before it migrates.
     void migrate() {
         const auto stored = world.storage.values.find("orliaLocale");
-        if (stored != world.storage.values.end() && !SettingsHost::mayReachHandler(stored->first, stored->second)) {
+        if (stored != world.storage.values.end() && !SettingsHost::isSafeForHandler(stored->first, stored->second)) {
             world.model.around.stored.erase(stored->first);
             world.storage.values.erase(stored);
         }
@@ -239,7 +239,7 @@ private:
     void notifySystemSetting() {
         const std::string name = key();
         const std::string reported = value();
-        if (SettingsHost::mayReachHandler(name, reported)) {
+        if (SettingsHost::isSafeForHandler(name, reported)) {
             world.handler->notifySystemSettingChanged(name, reported);
             world.model.notifySystemSettingChanged(name, reported);
         }

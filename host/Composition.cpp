@@ -20,7 +20,7 @@ namespace SettingsHost {
 namespace {
 
 /// How long clients may take to read what waits for them when the host stops.
-constexpr unsigned farewellMilliseconds = 500;
+constexpr unsigned drainMilliseconds = 500;
 
 /// Memory of at least this size does not come from the heap.
 constexpr int largePiece = 64 * 1024;
@@ -61,14 +61,14 @@ std::vector<int> stopSignals(bool hangUpStops) {
     return signals;
 }
 
-std::unique_ptr<TcpDoor> openWebListener(const Options& options, PassedSockets& sockets) {
+std::unique_ptr<TcpListener> openWebListener(const Options& options, PassedSockets& sockets) {
     if (!options.listen) {
         return nullptr;
     }
     if (auto passed = sockets.take("web")) {
-        return std::make_unique<TcpDoor>(std::move(*passed));
+        return std::make_unique<TcpListener>(std::move(*passed));
     }
-    return std::make_unique<TcpDoor>(options.listen->address, options.listen->port);
+    return std::make_unique<TcpListener>(options.listen->address, options.listen->port);
 }
 
 PageFiles pagesIn(const Options& options) {
@@ -98,7 +98,7 @@ Composition::Composition(const Options& options, PassedSockets sockets, const st
       database(openOrRecover(options.storageFile, recovery)),
       storage(
           database, [this](const std::string& key) { hub->valueChanged(key); }, *metrics, [this] { backups.giveUp(); }),
-      storageOfHandler(storage, context, [this](std::size_t bytes) { return backlog->hasRoomFor(bytes); }),
+      boundedStorage(storage, context, [this](std::size_t bytes) { return backlog->hasRoomFor(bytes); }),
       state(database, "simulation"),
       webState(database, "web"),
       device(std::make_shared<SimulatedDevice>(state, [this](const std::string& key) { hub->valueChanged(key); })),
@@ -115,7 +115,7 @@ Composition::Composition(const Options& options, PassedSockets sockets, const st
         loop.onSignals({SIGHUP}, onHangUp);
     }
     hub->perform(Origin::DEVICE, [this] { startHandler(); });
-    openDoors(options);
+    openListeners(options);
     if (options.sandbox) {
         enterSandbox(foldersInUse(options.log.file));
     }
@@ -125,7 +125,7 @@ Composition::~Composition() = default;
 
 void Composition::startHandler() {
     setUnusableLocaleAside();
-    handler = SettingsHandler::SettingsHandler::create(hub, storageOfHandler, metrics, sdkBridge, appLaunch, device);
+    handler = SettingsHandler::SettingsHandler::create(hub, boundedStorage, metrics, sdkBridge, appLaunch, device);
     handler->initializeSettings();
     handler->migrateExistingDeviceSettings();
     device->subscribe(handler, handler);
@@ -140,7 +140,7 @@ void Composition::setUnusableLocaleAside() {
     const std::string key = SettingsHandler::settingNameFromType(SettingsHandler::ORLIA_LOCALE);
     std::string value;
     storage.getValue(key, value);
-    if (mayReachHandler(key, value)) {
+    if (isSafeForHandler(key, value)) {
         return;
     }
     const std::string newKey = storage.setAside(key);
@@ -155,7 +155,8 @@ SandboxFolders Composition::foldersInUse(const std::string& logFile) const {
     const auto folderOf = [](const std::string& file) {
         return std::filesystem::absolute(file).parent_path().string();
     };
-    SandboxFolders folders{{folderOf(database.file())}, {folderOf(settingsDoor->path()), folderOf(deviceDoor->path())}};
+    SandboxFolders folders{{folderOf(database.file())},
+                           {folderOf(settingsListener->path()), folderOf(deviceListener->path())}};
     if (!logFile.empty()) {
         folders.changed.push_back(folderOf(logFile));
     }
@@ -164,7 +165,7 @@ SandboxFolders Composition::foldersInUse(const std::string& logFile) const {
 
 void Composition::serve(const std::shared_ptr<Client>& client, const std::string& frame) {
     hub->receive(client, frame);
-    if (!storageOfHandler.requestEnded()) {
+    if (!boundedStorage.requestEnded()) {
         return;
     }
     try {
@@ -175,49 +176,50 @@ void Composition::serve(const std::shared_ptr<Client>& client, const std::string
     }
 }
 
-DoorEvents Composition::settingsEvents() {
+ListenerEvents Composition::settingsEvents() {
     return {[this](const auto& client) { hub->addClient(client); },
-            [this](const auto& client, Departure departure) { hub->removeClient(client, departure); },
+            [this](const auto& client, DisconnectReason departure) { hub->removeClient(client, departure); },
             [this](const auto& client, const auto& frame) { serve(client, frame); },
             [this](const auto& client) { hub->refuseTooLarge(*client); },
-            [this](Origin origin) { traffic->clientTurnedAway(origin); },
+            [this](Origin origin) { traffic->clientRefused(origin); },
             backlog};
 }
 
-DoorEvents Composition::deviceEvents(DeviceDoor door) {
+ListenerEvents Composition::deviceEvents(DeviceListener listener) {
     return {[this](const auto& client) { console->arrived(client); },
-            [this](const auto& client, Departure departure) { console->left(client, departure); },
-            [this, door](const auto& client, const auto& frame) { console->receive(client, frame, door); },
+            [this](const auto& client, DisconnectReason departure) { console->left(client, departure); },
+            [this, listener](const auto& client, const auto& frame) { console->receive(client, frame, listener); },
             [this](const auto& client) { console->refuseTooLarge(client); },
-            [this](Origin origin) { traffic->clientTurnedAway(origin); },
+            [this](Origin origin) { traffic->clientRefused(origin); },
             backlog};
 }
 
-void Composition::openDoors(const Options& options) {
+void Composition::openListeners(const Options& options) {
     if (options.listen) {
         webAddress = {webListener->address(), webListener->port()};
         webKey = randomHex(keyBytes);
     }
-    const auto tally = [this] { return HandlerTally{hub->eventsSent(), storage.health().failures}; };
+    const auto counts = [this] { return HandlerCounts{hub->eventsSent(), storage.health().failures}; };
     console = std::make_unique<DeviceConsole>(
-        DeviceCommands(device, sdkBridge, appLaunch, tally), hub, traffic, trace,
+        DeviceCommands(device, sdkBridge, appLaunch, counts), hub, traffic, trace,
         PageAddress{[this] { return pageAddress(); }, [this] { return renewPageAddress(); }});
-    settingsDoor = std::make_unique<UnixSocketDoor>(loop, std::move(settingsSocket), Origin::SOCKET, settingsEvents());
-    deviceDoor = std::make_unique<UnixSocketDoor>(loop, std::move(deviceSocket), Origin::DEVICE,
-                                                  deviceEvents(DeviceDoor::SOCKET));
+    settingsListener =
+        std::make_unique<UnixSocketListener>(loop, std::move(settingsSocket), Origin::SOCKET, settingsEvents());
+    deviceListener = std::make_unique<UnixSocketListener>(loop, std::move(deviceSocket), Origin::DEVICE,
+                                                          deviceEvents(DeviceListener::SOCKET));
     if (options.listen) {
-        openWebDoor(options);
+        openWebServer(options);
     }
     health.setServing(true);
 }
 
-void Composition::openWebDoor(const Options& options) {
+void Composition::openWebServer(const Options& options) {
     WebSite site{WebAccess(*webAddress, options.allowedOrigin, webKey, cookieSecret(webState, recovery.source)),
                  std::move(pages),
                  {{"/healthz", [this] { return health.answer(storage.health()); }},
                   {"/metrics", [this] { return metricsAnswer(metrics->text()); }}}};
-    webDoor = std::make_unique<WebDoor>(loop, std::move(webListener), std::move(site), settingsEvents(),
-                                        deviceEvents(DeviceDoor::WEB));
+    webServer = std::make_unique<WebServer>(loop, std::move(webListener), std::move(site), settingsEvents(),
+                                            deviceEvents(DeviceListener::WEB));
 }
 
 std::string Composition::pageAddress() const {
@@ -232,45 +234,45 @@ std::optional<std::string> Composition::renewPageAddress() {
         return std::nullopt;
     }
     webKey = key;
-    webDoor->replaceKey(key, secret);
+    webServer->replaceKey(key, secret);
     logHost(VessaLogger::INFORMATION, "the pages have a new key");
     return pageAddress();
 }
 
 std::string Composition::readyLine() const {
-    return "ready: " + (webAddress ? pageAddress() + " " : "") + "socket: " + settingsDoor->path();
+    return "ready: " + (webAddress ? pageAddress() + " " : "") + "socket: " + settingsListener->path();
 }
 
 /// Holds no key, since every user of the machine may read it.
 std::string Composition::status() const {
-    return "Serving at " + settingsDoor->path() + (webAddress ? " and " + webAddress->text() : "");
+    return "Serving at " + settingsListener->path() + (webAddress ? " and " + webAddress->text() : "");
 }
 
 void Composition::run() {
-    tellReady(status());
+    notifyReady(status());
     std::optional<RepeatingTimer> heartbeat;
-    if (const auto patience = patienceOfServiceManager()) {
+    if (const auto waitTimeout = watchdogTimeout()) {
         constexpr auto shortest = std::chrono::milliseconds(1);
-        heartbeat.emplace(loop, std::chrono::milliseconds(0), std::max(shortest, *patience / 2), tellAlive);
+        heartbeat.emplace(loop, std::chrono::milliseconds(0), std::max(shortest, *waitTimeout / 2), notifyAlive);
     }
     // Back to the system with what the start alone needed, and later with every large piece at once: the C library
     // would keep more and more of them after the first ones.
     ::malloc_trim(0);
     ::mallopt(M_MMAP_THRESHOLD, largePiece);
     loop.run();
-    tellStopping("Sending what clients wait for");
+    notifyStopping("Sending what clients wait for");
     health.setServing(false);
     logHost(VessaLogger::INFORMATION, "stopping");
-    settingsDoor->close();
-    deviceDoor->close();
-    if (webDoor) {
-        webDoor->close();
+    settingsListener->close();
+    deviceListener->close();
+    if (webServer) {
+        webServer->close();
     }
-    loop.drain(farewellMilliseconds, [this] {
-        settingsDoor->closeNow();
-        deviceDoor->closeNow();
-        if (webDoor) {
-            webDoor->closeNow();
+    loop.drain(drainMilliseconds, [this] {
+        settingsListener->closeNow();
+        deviceListener->closeNow();
+        if (webServer) {
+            webServer->closeNow();
         }
     });
 }

@@ -8,7 +8,7 @@
 #include "BackupSchedule.h"
 #include "Options.h"
 #include "SettingsHandler/SettingsHandler.h"
-#include "handler/ReadingGuard.h"
+#include "handler/BoundedStorage.h"
 #include "server/loop/EventLoop.h"
 #include "server/metrics/HealthReport.h"
 #include "server/metrics/HostMetrics.h"
@@ -17,9 +17,9 @@
 #include "server/sockets/Backlog.h"
 #include "server/sockets/PassedSockets.h"
 #include "server/sockets/SocketFile.h"
-#include "server/sockets/UnixSocketDoor.h"
+#include "server/sockets/UnixSocketListener.h"
 #include "server/web/PageFiles.h"
-#include "server/web/WebDoor.h"
+#include "server/web/WebServer.h"
 #include "service/sandbox/Sandbox.h"
 #include "simulation/DeviceConsole.h"
 #include "simulation/MessageTrace.h"
@@ -37,10 +37,10 @@ namespace SettingsHost {
 /// it.
 class Composition {
 public:
-    /// Takes port, pages, sockets and database, makes and starts the handler, then opens the doors and enters the
+    /// Takes port, pages, sockets and database, makes and starts the handler, then opens the listeners and enters the
     /// sandbox. What can be refused comes first, so that a host that cannot start says that and little else.
     /// Takes SIGINT and SIGTERM over, and SIGHUP: with `onHangUp` it calls that, otherwise it stops the host unless it
-    /// is ignored. Errors: `DatabaseError`, `DoorError`, `std::runtime_error` for pages that cannot be read.
+    /// is ignored. Errors: `DatabaseError`, `ListenerError`, `std::runtime_error` for pages that cannot be read.
     /// Doors use `sockets` instead of what the options say: `settings`, `device` and `web`. `context` is told which
     /// request is being handled.
     Composition(const Options& options, PassedSockets sockets, const std::shared_ptr<RequestContext>& context,
@@ -50,28 +50,28 @@ public:
     Composition(const Composition&) = delete;
     Composition& operator=(const Composition&) = delete;
 
-    /// What to tell the person who started the host, now that all doors listen.
+    /// What to tell the person who started the host, now that all listeners listen.
     std::string readyLine() const;
-    /// Serves until one of the signals, then closes the doors and sends what waits.
+    /// Serves until one of the signals, then closes the listeners and sends what waits.
     void run();
 
 private:
     void startHandler();
     void serve(const std::shared_ptr<Client>& client, const std::string& frame);
     void setUnusableLocaleAside();
-    void openDoors(const Options& options);
-    void openWebDoor(const Options& options);
+    void openListeners(const Options& options);
+    void openWebServer(const Options& options);
     SandboxFolders foldersInUse(const std::string& logFile) const;
-    DoorEvents settingsEvents();
-    DoorEvents deviceEvents(DeviceDoor door);
+    ListenerEvents settingsEvents();
+    ListenerEvents deviceEvents(DeviceListener listener);
     std::string pageAddress() const;
     std::optional<std::string> renewPageAddress();
     std::string status() const;
 
-    // Members go in reverse order: doors before the handler, the handler before its storage.
+    // Members go in reverse order: listeners before the handler, the handler before its storage.
     EventLoop loop;
     /// Taken first, so that a host that cannot have the port leaves everything alone.
-    std::unique_ptr<TcpDoor> webListener;
+    std::unique_ptr<TcpListener> webListener;
     PageFiles pages;
     std::unique_ptr<SocketFile> settingsSocket;
     std::unique_ptr<SocketFile> deviceSocket;
@@ -85,7 +85,7 @@ private:
     Recovery recovery;
     Database database;
     SqliteStorage storage;
-    ReadingGuard storageOfHandler;
+    BoundedStorage boundedStorage;
     TableStateStore state;
     TableStateStore webState;
     std::shared_ptr<SimulatedDevice> device;
@@ -93,9 +93,9 @@ private:
     std::shared_ptr<SimulatedAppLaunch> appLaunch;
     std::shared_ptr<SettingsHandler::SettingsHandler> handler;
     std::unique_ptr<DeviceConsole> console;
-    std::unique_ptr<UnixSocketDoor> settingsDoor;
-    std::unique_ptr<UnixSocketDoor> deviceDoor;
-    std::unique_ptr<WebDoor> webDoor;
+    std::unique_ptr<UnixSocketListener> settingsListener;
+    std::unique_ptr<UnixSocketListener> deviceListener;
+    std::unique_ptr<WebServer> webServer;
     HealthReport health;
     BackupSchedule backups;
 };

@@ -9,10 +9,10 @@
 #include <unistd.h>
 
 #include "service/logging/LogFile.h"
+#include "storage/CompanionFiles.h"
 #include "storage/Database.h"
 #include "storage/DatabaseLock.h"
 #include "storage/Files.h"
-#include "storage/FilesBeside.h"
 #include "storage/LogOut.h"
 
 namespace SettingsHost {
@@ -32,7 +32,7 @@ void refuseWhatIsInUseOrNotOurs(const std::string& file) {
     try {
         const Database opened(file);
     } catch (const DamagedDatabase&) {
-        if (!beginsLikeADatabase(file) && filesBeside(file).empty()) {
+        if (!beginsLikeADatabase(file) && companionFiles(file).empty()) {
             throw DatabaseError(file + " is not a database; it was left as it is");
         }
     } catch (const NewerDatabase&) {
@@ -49,7 +49,7 @@ std::vector<std::string> filesToRemove(const std::string& database, const std::s
         }
     }
     if (std::filesystem::exists(std::filesystem::path(database).parent_path())) {
-        for (const auto& file : filesBeside(database)) {
+        for (const auto& file : companionFiles(database)) {
             candidates.push_back(file);
         }
     }

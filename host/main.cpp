@@ -15,7 +15,7 @@
 #include "Reset.h"
 #include "VessaLogger/LogSink.h"
 #include "server/sockets/PassedSockets.h"
-#include "service/logging/FinalWord.h"
+#include "service/logging/FatalError.h"
 #include "service/logging/HostLog.h"
 #include "service/logging/HostLogSink.h"
 #include "service/logging/LogFile.h"
@@ -57,15 +57,15 @@ void serve(const SettingsHost::Options& options, const std::shared_ptr<SettingsH
     std::signal(SIGPIPE, SIG_IGN);
     // A write past a limit on file sizes fails, and is answered like one on a full disk.
     std::signal(SIGXFSZ, SIG_IGN);
-    std::set<std::string> doors{"settings", "device"};
+    std::set<std::string> listeners{"settings", "device"};
     if (options.listen) {
-        doors.insert("web");
+        listeners.insert("web");
     }
     // First of all: what is opened before could be taken for a socket that was passed.
-    SettingsHost::PassedSockets sockets(doors);
+    SettingsHost::PassedSockets sockets(listeners);
     const auto context = std::make_shared<SettingsHost::RequestContext>();
     VessaLogger::setLogSink(SettingsHost::makeHostLogSink(options.log, context, logFile));
-    SettingsHost::tellStarting("Opening the database");
+    SettingsHost::notifyStarting("Opening the database");
     SettingsHost::Composition host(options, std::move(sockets), context, reopening(logFile));
     std::printf("%s\n", host.readyLine().c_str());
     std::fflush(stdout);
@@ -84,7 +84,7 @@ int serveOrReset(const SettingsHost::Options& options) {
     } catch (const SettingsHost::CommandLineEnd&) {
         throw;
     } catch (const std::exception& error) {
-        SettingsHost::sayFinalWord(options.log.format, logFile.get(), error.what());
+        SettingsHost::reportFatalError(options.log.format, logFile.get(), error.what());
         return 1;
     }
 }
@@ -99,7 +99,7 @@ int main(int argumentCount, char** arguments) {
         if (end.exitStatus() == 0) {
             std::fputs(end.what(), stdout);
         } else {
-            SettingsHost::sayFinalWord(end.logFormat(), nullptr, end.what());
+            SettingsHost::reportFatalError(end.logFormat(), nullptr, end.what());
         }
         return end.exitStatus();
     }

@@ -13,12 +13,12 @@ using namespace Benchmarks;
 
 Round oneRound(const Effort& effort) {
     Round round;
-    for (const Door door : {Door::UNIX_SOCKET, Door::WEB_SOCKET}) {
+    for (const Listener listener : {Listener::UNIX_SOCKET, Listener::WEB_SOCKET}) {
         for (const Storage storage : {Storage::MEMORY, Storage::DISK}) {
-            compareWithEcho(round, storage, door, effort);
-            measureCrowds(round, storage, door, effort);
+            compareWithEcho(round, storage, listener, effort);
+            measureCrowds(round, storage, listener, effort);
         }
-        measureWithLog(round, door, effort);
+        measureWithLog(round, listener, effort);
     }
     measureFullHouse(round, effort);
     return round;

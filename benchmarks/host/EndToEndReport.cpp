@@ -87,8 +87,8 @@ void addCurves(Results& results, const std::vector<Round>& rounds, const std::st
 }
 
 void addCrowds(Results& results, const std::vector<Round>& rounds, const Effort& effort) {
-    for (const Door door : {Door::UNIX_SOCKET, Door::WEB_SOCKET}) {
-        const std::string way = nameOf(door);
+    for (const Listener listener : {Listener::UNIX_SOCKET, Listener::WEB_SOCKET}) {
+        const std::string way = nameOf(listener);
         const std::string memory = "host/" + way + "/memory/set until event";
         const std::string floor = "bare send/" + way;
         addCurves(results, rounds, memory, "host, " + way + ", memory", effort);
@@ -98,11 +98,11 @@ void addCrowds(Results& results, const std::vector<Round>& rounds, const Effort&
         const auto ofFloor = costOfOneMore(rounds, floor, effort);
         results.add(Figure{"host/" + way + "/processor time of an event for one client more", "us", ofHost});
         results.add(Figure{floor + "/processor time of a frame for one client more", "us", ofFloor});
-        // Only the socket's was promised: at the other door a message has a header of its own.
+        // Only the socket's was promised: at the other listener a message has a header of its own.
         results.add(Ratio{"host/" + way + "/processor time of an event for one client more",
-                          door == Door::UNIX_SOCKET ? "one bare send of the same frame to one socket"
-                                                    : "one bare send of the same frame to one TCP connection",
-                          quotients(ofHost, ofFloor), door == Door::UNIX_SOCKET ? 1.5 : 0});
+                          listener == Listener::UNIX_SOCKET ? "one bare send of the same frame to one socket"
+                                                            : "one bare send of the same frame to one TCP connection",
+                          quotients(ofHost, ofFloor), listener == Listener::UNIX_SOCKET ? 1.5 : 0});
     }
 }
 
@@ -113,12 +113,12 @@ void addEchoRatios(Results& results, const std::vector<Round>& rounds) {
                       quotients(each(rounds, "host with log/unix/memory/set until event", medianLatency),
                                 each(rounds, "echo and upsert/unix/memory", medianLatency)),
                       0});
-    for (const Door door : {Door::UNIX_SOCKET, Door::WEB_SOCKET}) {
+    for (const Listener listener : {Listener::UNIX_SOCKET, Listener::WEB_SOCKET}) {
         for (const Storage storage : {Storage::MEMORY, Storage::DISK}) {
-            const std::string kind = std::string("/") + nameOf(door) + "/" + nameOf(storage);
+            const std::string kind = std::string("/") + nameOf(listener) + "/" + nameOf(storage);
             const std::string host = "host" + kind + "/set until event";
             const std::string echo = "echo and upsert" + kind;
-            const bool promised = door == Door::UNIX_SOCKET && storage == Storage::MEMORY;
+            const bool promised = listener == Listener::UNIX_SOCKET && storage == Storage::MEMORY;
             results.add(Ratio{host, "echo through libwebsockets with one upsert of SQLite",
                               quotients(each(rounds, host, medianLatency), each(rounds, echo, medianLatency)),
                               promised ? 1.5 : 0});
@@ -126,7 +126,7 @@ void addEchoRatios(Results& results, const std::vector<Round>& rounds) {
                               "echo through libwebsockets with one upsert of SQLite for each of two frames",
                               quotients(each(rounds, "host" + kind + "/set then ask until reply", medianLatency),
                                         each(rounds, echo + "/set then ask until reply", medianLatency)),
-                              door == Door::WEB_SOCKET ? 2.0 : 0.0});
+                              listener == Listener::WEB_SOCKET ? 2.0 : 0.0});
             results.add(Ratio{host + ", processor time", "echo through libwebsockets with one upsert of SQLite",
                               quotients(each(rounds, host, processorTime), each(rounds, echo, processorTime)), 0});
         }

@@ -25,31 +25,31 @@ std::string eventLikeFrame() {
            R"("socket","payload":{"settingDBId":"deviceName","from":"Living room 100","to":"Living room 101"}})";
 }
 
-void measureFloorCrowd(Round& round, Door door, std::size_t clients, const Effort& effort) {
-    FanOutServer floor(door, clients);
-    Audience audience(floor, door, clients);
-    audience.measure(round[std::string("bare send/") + nameOf(door) + withClients(clients)], effort.exchangesWithCrowd,
-                     eventLikeFrame, [] { return "deviceName"; });
+void measureFloorCrowd(Round& round, Listener listener, std::size_t clients, const Effort& effort) {
+    FanOutServer floor(listener, clients);
+    Audience audience(floor, listener, clients);
+    audience.measure(round[std::string("bare send/") + nameOf(listener) + withClients(clients)],
+                     effort.exchangesWithCrowd, eventLikeFrame, [] { return "deviceName"; });
 }
 
 }  // namespace
 
-const char* nameOf(Door door) {
-    return door == Door::UNIX_SOCKET ? "unix" : "web";
+const char* nameOf(Listener listener) {
+    return listener == Listener::UNIX_SOCKET ? "unix" : "web";
 }
 
 const char* nameOf(Storage storage) {
     return storage == Storage::DISK ? "disk" : "memory";
 }
 
-Audience::Audience(Server& itsServer, Door door, std::size_t count) : server(itsServer) {
+Audience::Audience(Server& itsServer, Listener listener, std::size_t count) : server(itsServer) {
     while (clients.size() < count) {
-        admit(door);
+        admit(listener);
     }
 }
 
-void Audience::admit(Door door) {
-    clients.push_back(server.connect(door));
+void Audience::admit(Listener listener) {
+    clients.push_back(server.connect(listener));
 }
 
 void Audience::measure(Seen& seen, int count, const std::function<std::string()>& nextRequest,
@@ -82,17 +82,18 @@ void Audience::measureReads(Seen& seen, int count) {
 }
 
 void Audience::measureSetThenAsk(Seen& seen, int count) {
-    FrameConnection& asker = *clients.front();
-    const std::string question = asker.bytesOf(R"({"type":7,"messageId":"g","payload":{"settings":["deviceName"]}})");
+    FrameConnection& requester = *clients.front();
+    const std::string question =
+        requester.bytesOf(R"({"type":7,"messageId":"g","payload":{"settings":["deviceName"]}})");
     double before = 0;
     for (int number = -warmUp; number < count; ++number) {
         if (number == 0) {
             before = server.processorMicroseconds();
         }
-        const std::string bytes = asker.bytesOf(changes.next()) + question;
+        const std::string bytes = requester.bytesOf(changes.next()) + question;
         const auto start = std::chrono::steady_clock::now();
-        exchange(asker, bytes, changes.wanted());
-        asker.receive();
+        exchange(requester, bytes, changes.wanted());
+        requester.receive();
         const std::chrono::duration<double, std::micro> took = std::chrono::steady_clock::now() - start;
         if (number >= 0) {
             seen.latencies.push_back(took.count());
@@ -101,12 +102,12 @@ void Audience::measureSetThenAsk(Seen& seen, int count) {
     seen.processorTime += server.processorMicroseconds() - before;
 }
 
-void compareWithEcho(Round& round, Storage storage, Door door, const Effort& effort) {
+void compareWithEcho(Round& round, Storage storage, Listener listener, const Effort& effort) {
     HostServer host(storage);
     EchoServer echo(storage);
-    Audience guests(host, door, 1);
-    Audience echoGuests(echo, door, 1);
-    const std::string kind = std::string("/") + nameOf(door) + "/" + nameOf(storage);
+    Audience authenticated(host, listener, 1);
+    Audience echoGuests(echo, listener, 1);
+    const std::string kind = std::string("/") + nameOf(listener) + "/" + nameOf(storage);
     Seen& changed = round["host" + kind + change];
     Seen& wasRead = round["host" + kind + read];
     Seen& echoed = round["echo and upsert" + kind];
@@ -114,43 +115,43 @@ void compareWithEcho(Round& round, Storage storage, Door door, const Effort& eff
     Seen& echoedTwice = round["echo and upsert" + kind + setThenAsk];
     const int count = storage == Storage::DISK ? effort.exchangesWithDisk : effort.exchanges;
     for (int turn = 0; turn < turns; ++turn) {
-        guests.measureChanges(changed, count / turns);
+        authenticated.measureChanges(changed, count / turns);
         echoGuests.measureChanges(echoed, count / turns);
-        guests.measureReads(wasRead, effort.exchanges / turns);
-        guests.measureSetThenAsk(conversed, count / turns);
+        authenticated.measureReads(wasRead, effort.exchanges / turns);
+        authenticated.measureSetThenAsk(conversed, count / turns);
         echoGuests.measureSetThenAsk(echoedTwice, count / turns);
     }
 }
 
-void measureWithLog(Round& round, Door door, const Effort& effort) {
+void measureWithLog(Round& round, Listener listener, const Effort& effort) {
     HostServer host(Storage::MEMORY, 1);
-    Audience guests(host, door, 1);
-    const std::string kind = std::string("host with log/") + nameOf(door) + "/" + nameOf(Storage::MEMORY);
-    guests.measureChanges(round[kind + change], effort.exchanges / turns);
-    guests.measureReads(round[kind + read], effort.exchanges / turns);
+    Audience authenticated(host, listener, 1);
+    const std::string kind = std::string("host with log/") + nameOf(listener) + "/" + nameOf(Storage::MEMORY);
+    authenticated.measureChanges(round[kind + change], effort.exchanges / turns);
+    authenticated.measureReads(round[kind + read], effort.exchanges / turns);
 }
 
-void measureCrowds(Round& round, Storage storage, Door door, const Effort& effort) {
-    const std::string kind = std::string("host/") + nameOf(door) + "/" + nameOf(storage) + change;
+void measureCrowds(Round& round, Storage storage, Listener listener, const Effort& effort) {
+    const std::string kind = std::string("host/") + nameOf(listener) + "/" + nameOf(storage) + change;
     const int count = storage == Storage::DISK ? effort.exchangesWithDisk / turns : effort.exchangesWithCrowd;
     for (const std::size_t clients : effort.crowds) {
         HostServer host(storage);
-        Audience audience(host, door, clients);
+        Audience audience(host, listener, clients);
         audience.measureChanges(round[kind + withClients(clients)], count);
         if (storage == Storage::MEMORY) {
-            measureFloorCrowd(round, door, clients, effort);
+            measureFloorCrowd(round, listener, clients, effort);
         }
     }
 }
 
 void measureFullHouse(Round& round, const Effort& effort) {
     HostServer host(Storage::MEMORY);
-    const std::size_t atEachDoor = effort.crowds.back();
-    Audience audience(host, Door::UNIX_SOCKET, atEachDoor);
-    for (std::size_t client = 0; client < atEachDoor; ++client) {
-        audience.admit(Door::WEB_SOCKET);
+    const std::size_t atEachListener = effort.crowds.back();
+    Audience audience(host, Listener::UNIX_SOCKET, atEachListener);
+    for (std::size_t client = 0; client < atEachListener; ++client) {
+        audience.admit(Listener::WEB_SOCKET);
     }
-    audience.measureChanges(round[std::string("host/both/memory") + change + withClients(2 * atEachDoor)],
+    audience.measureChanges(round[std::string("host/both/memory") + change + withClients(2 * atEachListener)],
                             effort.exchangesWithCrowd);
 }
 

@@ -35,10 +35,10 @@ struct Effort {
 /// A server with connected clients, of which the first asks and all receive.
 class Audience {
 public:
-    Audience(Server& itsServer, Door door, std::size_t clients);
+    Audience(Server& itsServer, Listener listener, std::size_t clients);
 
     /// Connects one more.
-    void admit(Door door);
+    void admit(Listener listener);
 
     /// Lets the first client do `count` exchanges and adds what was seen to `seen`.
     void measure(Seen& seen, int count, const std::function<std::string()>& nextRequest,
@@ -54,16 +54,16 @@ private:
     Changes changes;
 };
 
-const char* nameOf(Door door);
+const char* nameOf(Listener listener);
 const char* nameOf(Storage storage);
 
 /// The host and the echo with one client each, taking turns.
-void compareWithEcho(Round& round, Storage storage, Door door, const Effort& effort);
+void compareWithEcho(Round& round, Storage storage, Listener listener, const Effort& effort);
 /// The host with its log at level 1, which is its default.
-void measureWithLog(Round& round, Door door, const Effort& effort);
+void measureWithLog(Round& round, Listener listener, const Effort& effort);
 /// The host with more and more clients, and the floor with as many.
-void measureCrowds(Round& round, Storage storage, Door door, const Effort& effort);
-/// The host with clients at both doors, as many as they take.
+void measureCrowds(Round& round, Storage storage, Listener listener, const Effort& effort);
+/// The host with clients at both listeners, as many as they take.
 void measureFullHouse(Round& round, const Effort& effort);
 
 }  // namespace Benchmarks

@@ -13,7 +13,7 @@ class EchoServer : public Server {
 public:
     explicit EchoServer(Storage storage);
 
-    std::unique_ptr<FrameConnection> connect(Door door) override;
+    std::unique_ptr<FrameConnection> connect(Listener listener) override;
 
 private:
     std::uint16_t port = 0;
@@ -22,9 +22,9 @@ private:
 /// Sends what its first client says to all, see FanOutFloor.cpp. Over TCP in place of a WebSocket.
 class FanOutServer : public Server {
 public:
-    FanOutServer(Door door, std::size_t clients);
+    FanOutServer(Listener listener, std::size_t clients);
 
-    std::unique_ptr<FrameConnection> connect(Door door) override;
+    std::unique_ptr<FrameConnection> connect(Listener listener) override;
 
 private:
     std::uint16_t port = 0;

@@ -12,7 +12,7 @@
 #include <CLI/CLI.hpp>
 
 #include "HostFiguresHost.h"
-#include "support/ProcessFigures.h"
+#include "support/ProcessUsage.h"
 #include "support/Results.h"
 #include "support/Texts.h"
 

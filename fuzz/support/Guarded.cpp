@@ -8,10 +8,10 @@ namespace SettingsHandlerFuzz {
 bool mayBeGiven(const std::string& text) {
     rapidjson::Document request;
     if (!SettingsHost::inspectFrame(text, request)) {
-        return SettingsHost::requestMayReachHandler(request);
+        return SettingsHost::isRequestSafeForHandler(request);
     }
     request.Parse<Utils::jsonParseFlags>(text.c_str());
-    return request.HasParseError() || SettingsHost::requestMayReachHandler(request);
+    return request.HasParseError() || SettingsHost::isRequestSafeForHandler(request);
 }
 
 }  // namespace SettingsHandlerFuzz

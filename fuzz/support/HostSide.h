@@ -36,9 +36,10 @@ private:
 /// Keeps what it is told of frames and requests.
 class TrafficLines : public SettingsHost::TrafficObserver {
 public:
-    void clientArrived(const SettingsHost::Client& /*client*/) override {}
-    void clientLeft(const SettingsHost::Client& /*client*/, SettingsHost::Departure /*departure*/) override {}
-    void clientTurnedAway(SettingsHost::Origin /*origin*/) override {}
+    void clientConnected(const SettingsHost::Client& /*client*/) override {}
+    void clientDisconnected(const SettingsHost::Client& /*client*/,
+                            SettingsHost::DisconnectReason /*departure*/) override {}
+    void clientRefused(SettingsHost::Origin /*origin*/) override {}
     void frameReceived(const SettingsHost::Client& client, const std::string& frame) override;
     void frameSent(const SettingsHost::Client* receiver, const std::string& frame) override;
     void frameRefused(const std::string& code) override;

@@ -77,11 +77,11 @@ std::string notOnOrOff() {
 DeviceCommands::DeviceCommands(std::shared_ptr<SimulatedDevice> simulatedDevice,
                                std::shared_ptr<SimulatedSdkBridge> simulatedSdkBridge,
                                std::shared_ptr<SimulatedAppLaunch> simulatedAppLaunch,
-                               std::function<HandlerTally()> handlerTally)
+                               std::function<HandlerCounts()> handlerCounts)
     : device(std::move(simulatedDevice)),
       sdkBridge(std::move(simulatedSdkBridge)),
       appLaunch(std::move(simulatedAppLaunch)),
-      tally(std::move(handlerTally)) {}
+      counts(std::move(handlerCounts)) {}
 
 std::string DeviceCommands::show(Arguments& /*arguments*/) {
     std::map<std::string, std::string> facts = device->getDeviceInfo();
@@ -129,13 +129,13 @@ std::string DeviceCommands::changeSetting(Arguments& arguments) {
     if (!key || !value) {
         return badArgument(R"("key" and "value" must be strings)");
     }
-    if (!mayReachHandler(*key, *value)) {
+    if (!isSafeForHandler(*key, *value)) {
         logHost(VessaLogger::ERROR, "the device's value of '" + *key + "' was kept away from the handler");
         return refusalFrame("not-passed-on", "the value is no array of locales within the nesting limit");
     }
-    const HandlerTally before = tally();
+    const HandlerCounts before = counts();
     device->changeSystemSetting(*key, *value);
-    const HandlerTally after = tally();
+    const HandlerCounts after = counts();
     return after.events > before.events
                ? done()
                : whyNothingChanged(*key, *value, after.storageFailures > before.storageFailures);

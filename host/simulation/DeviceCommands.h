@@ -11,7 +11,7 @@
 namespace SettingsHost {
 
 /// What came of everything that the handler was told so far. It answers nothing itself.
-struct HandlerTally {
+struct HandlerCounts {
     /// One for each value that it accepted.
     unsigned long events = 0;
     /// Accesses to the storage.
@@ -22,9 +22,9 @@ struct HandlerTally {
 class DeviceCommands {
 public:
     DeviceCommands(std::shared_ptr<SimulatedDevice> device, std::shared_ptr<SimulatedSdkBridge> sdkBridge,
-                   std::shared_ptr<SimulatedAppLaunch> appLaunch, std::function<HandlerTally()> handlerTally);
+                   std::shared_ptr<SimulatedAppLaunch> appLaunch, std::function<HandlerCounts()> handlerCounts);
 
-    /// Executes the command in `frame`, a JSON object within the limits of the doors.
+    /// Executes the command in `frame`, a JSON object within the limits of the listeners.
     /// Returns: the answer, one JSON object without a line end: `{"ok":true}`, `{"ok":true,"changed":false}`,
     /// `{"device":{…}}` or `{"error":{…}}`.
     std::string execute(const std::string& frame);
@@ -45,7 +45,7 @@ private:
     std::shared_ptr<SimulatedDevice> device;
     std::shared_ptr<SimulatedSdkBridge> sdkBridge;
     std::shared_ptr<SimulatedAppLaunch> appLaunch;
-    std::function<HandlerTally()> tally;
+    std::function<HandlerCounts()> counts;
 };
 
 }  // namespace SettingsHost

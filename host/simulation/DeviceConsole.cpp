@@ -43,15 +43,15 @@ DeviceConsole::DeviceConsole(DeviceCommands deviceCommands, std::shared_ptr<Mess
       pageAddress(std::move(addressOfPages)) {}
 
 void DeviceConsole::arrived(const std::shared_ptr<Client>& client) {
-    traffic->clientArrived(*client);
+    traffic->clientConnected(*client);
 }
 
-void DeviceConsole::left(const std::shared_ptr<Client>& client, Departure departure) {
+void DeviceConsole::left(const std::shared_ptr<Client>& client, DisconnectReason departure) {
     trace->unwatch(client);
-    traffic->clientLeft(*client, departure);
+    traffic->clientDisconnected(*client, departure);
 }
 
-void DeviceConsole::receive(const std::shared_ptr<Client>& client, const std::string& frame, DeviceDoor door) {
+void DeviceConsole::receive(const std::shared_ptr<Client>& client, const std::string& frame, DeviceListener listener) {
     if (const auto refusal = inspectFrame(frame)) {
         traffic->frameReceived(*client, frame);
         refuse(client, refusal->code, refusal->message);
@@ -61,7 +61,7 @@ void DeviceConsole::receive(const std::shared_ptr<Client>& client, const std::st
     if (isTraced(command)) {
         traffic->frameReceived(*client, frame);
     }
-    const auto answer = std::make_shared<const std::string>(answerTo(client, command, frame, door));
+    const auto answer = std::make_shared<const std::string>(answerTo(client, command, frame, listener));
     client->send(answer);
     if (isTraced(command)) {
         traffic->frameSent(client.get(), *answer);
@@ -81,10 +81,10 @@ void DeviceConsole::refuse(const std::shared_ptr<Client>& client, const std::str
 }
 
 std::string DeviceConsole::answerTo(const std::shared_ptr<Client>& client, const std::string& command,
-                                    const std::string& frame, DeviceDoor door) {
+                                    const std::string& frame, DeviceListener listener) {
     if (command == "page") {
-        return door == DeviceDoor::SOCKET ? orFailure([&] { return showPage(frame); })
-                                          : refusalFrame("not-here", "only the device socket answers this");
+        return listener == DeviceListener::SOCKET ? orFailure([&] { return showPage(frame); })
+                                                  : refusalFrame("not-here", "only the device socket answers this");
     }
     return command == "trace" ? switchTrace(client, frame) : execute(frame);
 }

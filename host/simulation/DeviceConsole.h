@@ -20,11 +20,11 @@ struct PageAddress {
     std::function<std::optional<std::string>()> renewed;
 };
 
-/// At which of the device's doors a client is.
-enum class DeviceDoor { SOCKET, WEB };
+/// At which of the device's listeners a client is.
+enum class DeviceListener { SOCKET, WEB };
 
-/// Serves the clients of the device's doors: commands for the simulated device, and two of the host's own, `page` (the
-/// address of the settings pages) and `trace` (see `MessageTrace`). Each frame gets one answer, in order.
+/// Serves the clients of the device's listeners: commands for the simulated device, and two of the host's own, `page`
+/// (the address of the settings pages) and `trace` (see `MessageTrace`). Each frame gets one answer, in order.
 ///
 /// `page` is for the socket alone, and is not traced: a page whose cookie will be worthless one day must not get the
 /// key for it.
@@ -35,13 +35,14 @@ public:
                   std::shared_ptr<MessageTrace> trace, PageAddress pageAddress);
 
     void arrived(const std::shared_ptr<Client>& client);
-    void left(const std::shared_ptr<Client>& client, Departure departure);
-    void receive(const std::shared_ptr<Client>& client, const std::string& frame, DeviceDoor door = DeviceDoor::SOCKET);
+    void left(const std::shared_ptr<Client>& client, DisconnectReason departure);
+    void receive(const std::shared_ptr<Client>& client, const std::string& frame,
+                 DeviceListener listener = DeviceListener::SOCKET);
     void refuseTooLarge(const std::shared_ptr<Client>& client);
 
 private:
     std::string answerTo(const std::shared_ptr<Client>& client, const std::string& command, const std::string& frame,
-                         DeviceDoor door);
+                         DeviceListener listener);
     std::string switchTrace(const std::shared_ptr<Client>& client, const std::string& frame);
     std::string showPage(const std::string& frame);
     std::string execute(const std::string& frame);

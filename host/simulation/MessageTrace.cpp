@@ -18,13 +18,13 @@ std::int64_t millisecondsSinceEpoch() {
 
 }  // namespace
 
-void MessageTrace::clientArrived(const Client& client) {
+void MessageTrace::clientConnected(const Client& client) {
     numbers[&client] = ++lastNumber;
 }
 
-void MessageTrace::clientTurnedAway(Origin /*origin*/) {}
+void MessageTrace::clientRefused(Origin /*origin*/) {}
 
-void MessageTrace::clientLeft(const Client& client, Departure /*departure*/) {
+void MessageTrace::clientDisconnected(const Client& client, DisconnectReason /*departure*/) {
     numbers.erase(&client);
 }
 

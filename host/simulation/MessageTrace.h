@@ -9,7 +9,7 @@
 
 namespace SettingsHost {
 
-/// Copies what passes the doors to the device clients that asked for it, each frame in a frame of its own:
+/// Copies what passes the listeners to the device clients that asked for it, each frame in a frame of its own:
 /// `{"trace":{"timestamp":…,"direction":"in","door":"page","client":2,"text":"…"}}`. Costs next to nothing while nobody
 /// watches. One thread only.
 class MessageTrace : public TrafficObserver {
@@ -17,9 +17,9 @@ public:
     void watch(const std::shared_ptr<Client>& watcher) { watchers.insert(watcher); }
     void unwatch(const std::shared_ptr<Client>& watcher) { watchers.erase(watcher); }
 
-    void clientArrived(const Client& client) override;
-    void clientTurnedAway(Origin origin) override;
-    void clientLeft(const Client& client, Departure departure) override;
+    void clientConnected(const Client& client) override;
+    void clientRefused(Origin origin) override;
+    void clientDisconnected(const Client& client, DisconnectReason departure) override;
     void frameReceived(const Client& client, const std::string& frame) override;
     void frameSent(const Client* receiver, const std::string& frame) override;
     void frameRefused(const std::string& code) override;

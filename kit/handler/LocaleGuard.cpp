@@ -6,7 +6,7 @@
 
 namespace SettingsHost {
 
-bool mayReachHandler(const std::string& settingDBId, const std::string& value) {
+bool isSafeForHandler(const std::string& settingDBId, const std::string& value) {
     if (SettingsHandler::settingTypeFromName(settingDBId) != SettingsHandler::ORLIA_LOCALE) {
         return true;
     }
@@ -14,7 +14,7 @@ bool mayReachHandler(const std::string& settingDBId, const std::string& value) {
     return !shape.valid || (shape.root == JsonShape::Root::ARRAY && shape.nesting <= maximumNesting);
 }
 
-bool requestMayReachHandler(const rapidjson::Value& request) {
+bool isRequestSafeForHandler(const rapidjson::Value& request) {
     using Utils::RapidjsonUtil::tryGetStringMember;
     if (!request.IsObject()) {
         return true;
@@ -23,7 +23,7 @@ bool requestMayReachHandler(const rapidjson::Value& request) {
     std::string settingDBId;
     std::string value;
     return payload == request.MemberEnd() || !tryGetStringMember(payload->value, "settingDBId", settingDBId) ||
-           !tryGetStringMember(payload->value, "to", value) || mayReachHandler(settingDBId, value);
+           !tryGetStringMember(payload->value, "to", value) || isSafeForHandler(settingDBId, value);
 }
 
 }  // namespace SettingsHost

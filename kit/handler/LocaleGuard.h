@@ -11,9 +11,9 @@ namespace SettingsHost {
 /// Sees exactly what the handler sees: the same parser, the first of duplicate members, the end at a NUL.
 
 /// May `value` be written to the setting `settingDBId`? True for every setting but the assistant locale.
-bool mayReachHandler(const std::string& settingDBId, const std::string& value);
+bool isSafeForHandler(const std::string& settingDBId, const std::string& value);
 
 /// May a SetSettings request be delivered? It was parsed as the handler will do it.
-bool requestMayReachHandler(const rapidjson::Value& request);
+bool isRequestSafeForHandler(const rapidjson::Value& request);
 
 }  // namespace SettingsHost

@@ -6,8 +6,8 @@
 
 #include "service/logging/HostLog.h"
 #include "storage/Backup.h"
+#include "storage/CompanionFiles.h"
 #include "storage/Files.h"
-#include "storage/FilesBeside.h"
 
 namespace SettingsHost {
 
@@ -67,7 +67,7 @@ void erase(Database& database) {
     };
     attempt([&] { makeNote(database); });
     std::vector<std::string> files;
-    attempt([&] { files = filesBeside(database.file()); });
+    attempt([&] { files = companionFiles(database.file()); });
     for (const auto& file : files) {
         attempt([&] { removeFile(file); });
     }

@@ -4,8 +4,8 @@
 
 #include "service/logging/HostLog.h"
 #include "storage/Backup.h"
+#include "storage/CompanionFiles.h"
 #include "storage/Files.h"
-#include "storage/FilesBeside.h"
 #include "storage/LogOut.h"
 
 namespace SettingsHost {

@@ -7,7 +7,7 @@
 #include "BackupSchedule.h"
 #include "kit/support/FaultyDisk.h"
 #include "kit/support/LogRecording.h"
-#include "server/sockets/UnixSocketDoor.h"
+#include "server/sockets/UnixSocketListener.h"
 #include "storage/Backup.h"
 #include "storage/KeyValueTable.h"
 #include "storage/LogOut.h"
@@ -201,7 +201,7 @@ protected:
 
     EventLoop loop;
     /// Without something to serve the loop would end.
-    UnixSocketDoor door{loop, folder / "door.sock", Origin::SOCKET, DoorEvents{}};
+    UnixSocketListener listener{loop, folder / "door.sock", Origin::SOCKET, ListenerEvents{}};
 };
 
 TEST_F(BackupScheduleTest, MakesABackupOnceItIsDueAndNotBefore) {

@@ -17,7 +17,7 @@ namespace SettingsHost {
 
 namespace {
 
-/// All of the host from its transport to its disk, without doors. The disk is opened first, and closed last.
+/// All of the host from its transport to its disk, without listeners. The disk is opened first, and closed last.
 struct Host {
     SettingsHostTests::LogRecording log;
     TestSupport::TemporaryDirectory folder;

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "FakeHost.h"
-#include "support/ProcessFigures.h"
+#include "support/ProcessUsage.h"
 #include "support/Sanitizers.h"
 
 using namespace SettingsCtlTests;
@@ -124,7 +124,7 @@ TEST(SettingsCtlTimeout, IsNotExtendedByAHostThatTalksOfOtherThings) {
     const FakeHost host;
     auto program = host.start({"--timeout", "0.1", "get"});
     const Peer client = host.accept();
-    const auto deadline = std::chrono::steady_clock::now() + TestSupport::patience;
+    const auto deadline = std::chrono::steady_clock::now() + TestSupport::waitTimeout;
     while (!program.wait(std::chrono::milliseconds(5))) {
         ASSERT_LT(std::chrono::steady_clock::now(), deadline) << "every event was given the whole time again";
         client.sendLine(event("k", "a", "b"));

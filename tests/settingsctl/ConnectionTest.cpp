@@ -18,7 +18,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr std::chrono::milliseconds patience = 20s;
+constexpr std::chrono::milliseconds waitTimeout = 20s;
 
 std::vector<SocketPlace> at(const std::string& path) {
     return {{path, "", ""}};
@@ -46,7 +46,7 @@ protected:
 
 TEST_F(SettingsCtlConnection, PutsALineTogetherWhereverItIsSplit) {
     const ListeningSocket listener(path);
-    Connection connection(at(path), patience);
+    Connection connection(at(path), waitTimeout);
     const Peer host = listener.accept();
     const std::string text = "{\"a\":\"\xc3\xbc\"}\r\nnext\n";
     for (std::size_t split = 0; split <= text.size(); ++split) {
@@ -69,7 +69,7 @@ TEST_F(SettingsCtlConnection, PutsALineTogetherWhereverItIsSplit) {
 
 TEST_F(SettingsCtlConnection, TakesLinesOfAnySizeToTheLimitHoweverManyAndHoweverSplit) {
     const ListeningSocket listener(path);
-    Connection connection(at(path), patience);
+    Connection connection(at(path), waitTimeout);
     const Peer host = listener.accept();
     std::vector<std::string> lines{std::string(Connection::maximumLineSize - 1, 'a'), "b",
                                    std::string(Connection::maximumLineSize - 1, 'c'), std::string(70000, 'd')};
@@ -86,7 +86,7 @@ TEST_F(SettingsCtlConnection, TakesLinesOfAnySizeToTheLimitHoweverManyAndHowever
 
 TEST_F(SettingsCtlConnection, GivesUpOverALineWithoutAnEnd) {
     const ListeningSocket listener(path);
-    std::optional<Connection> connection(std::in_place, at(path), patience);
+    std::optional<Connection> connection(std::in_place, at(path), waitTimeout);
     const Peer host = listener.accept();
     bool whole = true;
     // Read in many pieces, each of them below the limit.
@@ -107,7 +107,7 @@ TEST_F(SettingsCtlConnection, GivesUpAtTheDeadline) {
 
 TEST_F(SettingsCtlConnection, TellsWhatTheHostSaidBeforeItWentEvenIfNothingCanBeSent) {
     const ListeningSocket listener(path);
-    Connection connection(at(path), patience);
+    Connection connection(at(path), waitTimeout);
     Peer host = listener.accept();
     host.send("farewell\n");
     host.close();
@@ -119,7 +119,7 @@ TEST_F(SettingsCtlConnection, TellsWhatTheHostSaidBeforeItWentEvenIfNothingCanBe
 
 TEST_F(SettingsCtlConnection, TellsWhenTheHostGoes) {
     const ListeningSocket listener(path);
-    Connection connection(at(path), patience);
+    Connection connection(at(path), waitTimeout);
     Peer host = listener.accept();
     host.send("whole\nhalf");
     host.close();
@@ -145,7 +145,7 @@ TEST_F(SettingsCtlConnection, GivesUpConnectingWhenTheHostDoesNotAccept) {
 }
 
 TEST_F(SettingsCtlConnection, SaysWhyNobodyCanBeReached) {
-    const auto reach = [&] { const Connection connection(at(path), patience); };
+    const auto reach = [&] { const Connection connection(at(path), waitTimeout); };
     EXPECT_EQ(failureOf(UNREACHABLE, reach),
               "cannot reach the host at " + path + ": No such file or directory (is settings-host running?)");
     std::ofstream(path) << "a file";
@@ -155,18 +155,18 @@ TEST_F(SettingsCtlConnection, SaysWhyNobodyCanBeReached) {
 
 TEST_F(SettingsCtlConnection, RefusesAPathThatNoSocketCanHave) {
     const std::string longPath = "/" + std::string(sizeof(sockaddr_un::sun_path) - 1, 'a');
-    EXPECT_EQ(failureOf(WRONG_USAGE, [&] { const Connection connection(at(longPath), patience); }),
+    EXPECT_EQ(failureOf(WRONG_USAGE, [&] { const Connection connection(at(longPath), waitTimeout); }),
               "the socket path is empty or too long: '" + longPath + "'");
-    EXPECT_EQ(failureOf(WRONG_USAGE, [&] { const Connection connection(at(""), patience); }),
+    EXPECT_EQ(failureOf(WRONG_USAGE, [&] { const Connection connection(at(""), waitTimeout); }),
               "the socket path is empty or too long: ''");
     EXPECT_EQ(
-        failureOf(UNREACHABLE, [&] { const Connection connection(at(longPath.substr(1)), patience); }),
+        failureOf(UNREACHABLE, [&] { const Connection connection(at(longPath.substr(1)), waitTimeout); }),
         "cannot reach the host at " + longPath.substr(1) + ": No such file or directory (is settings-host running?)");
 }
 
 TEST_F(SettingsCtlConnection, ReturnsNothingWhenAnotherDescriptorSpeaksFirst) {
     const ListeningSocket listener(path);
-    Connection connection(at(path), patience);
+    Connection connection(at(path), waitTimeout);
     const Peer host = listener.accept();
     int ends[2];
     ASSERT_EQ(::pipe(ends), 0);
@@ -188,7 +188,7 @@ protected:
                 {folder / "other", folder / "other-companion", ""}};
     }
     /// Where a verb would go.
-    std::string taken(const std::vector<SocketPlace>& from) const { return Connection(from, patience).socketPath(); }
+    std::string taken(const std::vector<SocketPlace>& from) const { return Connection(from, waitTimeout).socketPath(); }
     /// Why it would go nowhere.
     std::string refusal(const std::vector<SocketPlace>& from) const {
         return failureOf(UNREACHABLE, [&] { taken(from); });
@@ -226,7 +226,7 @@ TEST_F(SettingsCtlHosts, BothSocketsAreOfTheSameOne) {
 
 TEST_F(SettingsCtlHosts, OneThatDoesNotAcceptInTimeIsThere) {
     const ListeningSocket first(folder / "own", 0);
-    const Connection waiting(at(folder / "own"), patience);
+    const Connection waiting(at(folder / "own"), waitTimeout);
     const ListeningSocket second(folder / "other");
     EXPECT_EQ(failureOf(UNREACHABLE, [&] { const Connection connection(places(), 10ms); }),
               own() + "Resource temporarily unavailable" + question);

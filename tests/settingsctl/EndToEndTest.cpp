@@ -33,19 +33,19 @@ protected:
 
 TEST_F(SettingsCtlAndHost, TellWhenThereIsNoRoomAndWorkWhenThereIs) {
     const std::string noRoom = "settingsctl: the host serves as many clients as it can; try again when one has left\n";
-    std::vector<std::unique_ptr<WireTests::HostClient>> crowd;
+    std::vector<std::unique_ptr<WireTests::HostClient>> evictions;
     for (int number = 0; number < 128; ++number) {
-        crowd.push_back(std::make_unique<WireTests::HostClient>(host.socketPath()));
-        crowd.push_back(std::make_unique<WireTests::HostClient>(host.devicePath()));
+        evictions.push_back(std::make_unique<WireTests::HostClient>(host.socketPath()));
+        evictions.push_back(std::make_unique<WireTests::HostClient>(host.devicePath()));
     }
     for (const std::vector<std::string>& arguments :
          {std::vector<std::string>{"get", "deviceName"}, {"set", "deviceName", "Den"}, {"watch"}, {"device", "show"}}) {
         expectRun(arguments, 3, "", noRoom);
     }
-    crowd.front()->sendLine("x");
-    EXPECT_TRUE(crowd.front()->receiveLine()) << "those inside are served";
-    crowd.clear();
-    const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
+    evictions.front()->sendLine("x");
+    EXPECT_TRUE(evictions.front()->receiveLine()) << "those inside are served";
+    evictions.clear();
+    const auto until = std::chrono::steady_clock::now() + TestSupport::waitTimeout;
     while (host.run({"get", "deviceName"}).status != 0 && std::chrono::steady_clock::now() < until) {
     }
     expectRun({"get", "deviceName"}, 0, "deviceName=TV\n");

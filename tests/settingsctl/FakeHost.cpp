@@ -31,7 +31,7 @@ bool Peer::send(const std::string& bytes) const {
 }
 
 void Peer::waitUntilRead() const {
-    const auto deadline = std::chrono::steady_clock::now() + TestSupport::patience;
+    const auto deadline = std::chrono::steady_clock::now() + TestSupport::waitTimeout;
     for (int waiting = 1; waiting > 0;) {
         if (::ioctl(socket, SIOCOUTQ, &waiting) != 0 || std::chrono::steady_clock::now() > deadline) {
             throw std::runtime_error("the client does not read");
@@ -65,8 +65,8 @@ ListeningSocket::~ListeningSocket() {
 
 Peer ListeningSocket::accept() const {
     pollfd wanted{socket, POLLIN, 0};
-    constexpr auto patience = std::chrono::duration_cast<std::chrono::milliseconds>(TestSupport::patience);
-    if (::poll(&wanted, 1, static_cast<int>(patience.count())) != 1) {
+    constexpr auto waitTimeout = std::chrono::duration_cast<std::chrono::milliseconds>(TestSupport::waitTimeout);
+    if (::poll(&wanted, 1, static_cast<int>(waitTimeout.count())) != 1) {
         throw std::runtime_error("no client came");
     }
     return Peer(::accept4(socket, nullptr, nullptr, SOCK_CLOEXEC));

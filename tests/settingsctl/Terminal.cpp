@@ -48,7 +48,7 @@ void Terminal::type(const std::string& keys) const {
 }
 
 std::string Terminal::readUntil(const std::string& end) {
-    const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
+    const auto until = std::chrono::steady_clock::now() + TestSupport::waitTimeout;
     for (;;) {
         const std::size_t found = shown.find(end);
         if (found != std::string::npos) {

@@ -37,7 +37,7 @@ public:
     void closeErrors();
 
     /// Waits for the end. Returns: the exit status, 128 + the number of the signal that ended it, or nothing in time.
-    std::optional<int> wait(std::chrono::milliseconds deadline = patience);
+    std::optional<int> wait(std::chrono::milliseconds deadline = waitTimeout);
 
 private:
     pid_t process = -1;
@@ -57,6 +57,6 @@ struct Finished {
 
 /// Runs a program to its end and collects what it wrote. Status -1: it did not end in time and was killed.
 Finished run(const std::vector<std::string>& arguments, const std::map<std::string, std::string>& environment = {},
-             std::chrono::milliseconds deadline = patience);
+             std::chrono::milliseconds deadline = waitTimeout);
 
 }  // namespace TestSupport

@@ -22,9 +22,9 @@ public:
     bool send(const std::string& bytes);
     bool sendLine(const std::string& line) { return send(line + "\n"); }
 
-    std::optional<std::string> receiveLine(std::chrono::milliseconds deadline = patience);
+    std::optional<std::string> receiveLine(std::chrono::milliseconds deadline = waitTimeout);
     /// Everything until the other side closes.
-    std::string receiveAll(std::chrono::milliseconds deadline = patience);
+    std::string receiveAll(std::chrono::milliseconds deadline = waitTimeout);
     bool closedByPeer() const { return reader.atEnd(); }
 
     /// Says that nothing more will be sent.

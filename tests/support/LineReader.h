@@ -7,7 +7,7 @@
 namespace TestSupport {
 
 /// How long a test waits for something that must happen.
-constexpr std::chrono::seconds patience{20};
+constexpr std::chrono::seconds waitTimeout{20};
 
 /// Reads lines from a descriptor that somebody else owns.
 class LineReader {
@@ -15,10 +15,10 @@ public:
     explicit LineReader(int openDescriptor) : descriptor(openDescriptor) {}
 
     /// The next line without its end; nothing when the other side closed, or no whole line came in time.
-    std::optional<std::string> readLine(std::chrono::milliseconds deadline = patience);
+    std::optional<std::string> readLine(std::chrono::milliseconds deadline = waitTimeout);
 
     /// Everything up to the end of the stream, or what came in time.
-    std::string readAll(std::chrono::milliseconds deadline = patience);
+    std::string readAll(std::chrono::milliseconds deadline = waitTimeout);
 
     /// Was the end of the stream seen?
     bool atEnd() const { return ended; }

@@ -15,7 +15,7 @@ public:
     explicit NotificationSocket(const std::string& path);
 
     /// The next datagram; nothing when none came in time.
-    std::optional<std::string> receive(std::chrono::milliseconds deadline = patience);
+    std::optional<std::string> receive(std::chrono::milliseconds deadline = waitTimeout);
 
     /// When the last one arrived, whenever the test came to read it. Counted from the epoch.
     std::chrono::nanoseconds received() const { return arrival; }

@@ -26,11 +26,11 @@ public:
     /// Sends all of `bytes`. Returns: false when the other side is gone.
     bool send(const std::string& bytes);
     /// Exactly `count` bytes; nothing when the other side closed before or they did not come in time.
-    std::optional<std::string> receive(std::size_t count, std::chrono::milliseconds deadline = patience);
+    std::optional<std::string> receive(std::size_t count, std::chrono::milliseconds deadline = waitTimeout);
     /// Up to and with `end`.
-    std::optional<std::string> receiveUntil(const std::string& end, std::chrono::milliseconds deadline = patience);
+    std::optional<std::string> receiveUntil(const std::string& end, std::chrono::milliseconds deadline = waitTimeout);
     /// Everything until the other side closes, or what came in time.
-    std::string receiveAll(std::chrono::milliseconds deadline = patience);
+    std::string receiveAll(std::chrono::milliseconds deadline = waitTimeout);
     bool closedByPeer() const { return ended; }
     /// Breaks off without a farewell: what the other side sends after that fails. Nothing else is to be done then.
     void reset();
@@ -85,9 +85,9 @@ public:
     bool sendRaw(const std::string& bytes) { return connection.send(bytes); }
 
     /// The next message, pings answered on the way unless `answerPings` is false.
-    std::optional<Message> receive(std::chrono::milliseconds deadline = patience);
+    std::optional<Message> receive(std::chrono::milliseconds deadline = waitTimeout);
     /// The next text; nothing when something else or nothing came.
-    std::optional<std::string> receiveText(std::chrono::milliseconds deadline = patience);
+    std::optional<std::string> receiveText(std::chrono::milliseconds deadline = waitTimeout);
     bool closedByPeer() const { return connection.closedByPeer(); }
     void reset() { connection.reset(); }
 

@@ -70,7 +70,7 @@ TEST_F(HostDamagedStorage, IsRestoredFromTheBackupThatTheHostMade) {
     }
     startWeb();
     ask(setRequest("deviceName", "\"Den\"") + "\n" + getRequest("[]"));
-    const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
+    const auto until = std::chrono::steady_clock::now() + TestSupport::waitTimeout;
     while (!std::filesystem::exists(backup()) && std::chrono::steady_clock::now() < until) {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }

@@ -18,7 +18,7 @@ namespace {
 constexpr auto question = R"({"type":18,"messageId":"played"})";
 constexpr auto answer = R"({"type":18,"messageId":"played","payload":{"isOrliaSelectedAsVA":true}})";
 
-/// What an example's client does at a door.
+/// What an example's client does at a listener.
 struct Side {
     std::function<bool(const std::string&)> send;
     std::function<std::optional<std::string>()> receive;
@@ -29,13 +29,13 @@ struct Side {
 /// The documents' examples, and what is close to them.
 class Examples : public HostWeb {
 protected:
-    Side sideAt(const std::string& door) {
-        if (door == "page") {
+    Side sideAt(const std::string& listener) {
+        if (listener == "page") {
             const std::shared_ptr<HostWebSocket> socket = page();
             return {[socket](const std::string& text) { return socket->sendText(text); },
                     [socket] { return socket->receiveText(); }};
         }
-        const auto line = std::make_shared<HostClient>(door == "device" ? deviceSocket() : socket());
+        const auto line = std::make_shared<HostClient>(listener == "device" ? deviceSocket() : socket());
         return {[line](const std::string& text) { return line->sendLine(text); },
                 [line] { return line->receiveLine(); }};
     }
@@ -59,21 +59,21 @@ protected:
                 EXPECT_EQ(comparable(side.receive().value_or("nothing")), comparable(step.frame));
             }
         }
-        for (auto& [door, side] : sides) {
-            expectNothingMore(door, side);
+        for (auto& [listener, side] : sides) {
+            expectNothingMore(listener, side);
         }
     }
 
-    static void expectNothingMore(const std::string& door, Side& side) {
-        const bool isDevice = door == "device";
+    static void expectNothingMore(const std::string& listener, Side& side) {
+        const bool isDevice = listener == "device";
         ASSERT_TRUE(side.send(isDevice ? R"({"command":"trace","enabled":false})" : question));
         EXPECT_EQ(side.receive(), isDevice ? R"({"ok":true})" : answer) << "more than the example says";
     }
 
     /// What comes back for a frame before the answer to a question after it: frames of all kinds but copies of
     /// messages.
-    Lines reactionTo(Side& side, const std::string& door, const std::string& frame) {
-        const bool isDevice = door == "device";
+    Lines reactionTo(Side& side, const std::string& listener, const std::string& frame) {
+        const bool isDevice = listener == "device";
         const std::string last = isDevice ? R"({"error":{"code":"unknown-command")" : answer;
         side.send(frame);
         side.send(isDevice ? R"({"command":"played"})" : question);

@@ -8,7 +8,7 @@ protected:
     struct Text {
         const char* name;
         std::string value;
-        bool keptAway;
+        bool rejected;
     };
 
     static std::vector<Text> texts() {
@@ -71,7 +71,7 @@ TEST_F(HostGuard, HoldsOnTheDeviceSocket) {
     for (const auto& text : texts()) {
         const std::string answer =
             device(R"({"command":"setting","key":"orliaLocale","value":)" + json(text.value) + "}");
-        EXPECT_EQ(contains(answer, "not-passed-on"), text.keptAway) << text.name << " " << answer;
+        EXPECT_EQ(contains(answer, "not-passed-on"), text.rejected) << text.name << " " << answer;
     }
     EXPECT_EQ(get("orliaLocale"), R"(["fr-FR"])");
 }
@@ -80,7 +80,7 @@ TEST_F(HostGuard, HoldsForStoredValuesOfOlderSoftware) {
     start();
     stop();
     std::vector<Text> stored = texts();
-    // The doors would not let these through; a database may hold them.
+    // The listeners would not let these through; a database may hold them.
     stored.push_back({"200,000 brackets", std::string(100000, '[') + std::string(100000, ']'), true});
     stored.push_back({"200,000 open brackets", std::string(200000, '['), false});
     for (const auto& text : stored) {
@@ -99,9 +99,9 @@ TEST_F(HostGuard, HoldsForStoredValuesOfOlderSoftware) {
         for (int round = 0; round < 2; ++round) {
             start();
             const std::string log = stop();
-            EXPECT_EQ(contains(log, "it is now under 'orliaLocale.unusable'"), text.keptAway && round == 0) << log;
+            EXPECT_EQ(contains(log, "it is now under 'orliaLocale.unusable'"), text.rejected && round == 0) << log;
         }
-        const std::string key = text.keptAway ? "orliaLocale.unusable" : "orliaLocale";
+        const std::string key = text.rejected ? "orliaLocale.unusable" : "orliaLocale";
         const bool migrated = text.name == std::string("array") || text.name == std::string("array before a NUL");
         EXPECT_EQ(sql("SELECT length(CAST(value AS BLOB)) FROM settings WHERE key='" + key + "'"),
                   migrated ? "" : std::to_string(text.value.size()));

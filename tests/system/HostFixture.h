@@ -28,7 +28,7 @@ inline rapidjson::Document parsed(const std::string& line) {
 /// A host of its own for each test, in a folder of its own.
 class HostTest : public ::testing::Test {
 protected:
-    /// Starts the host and waits until its doors listen.
+    /// Starts the host and waits until its listeners listen.
     void start(const Lines& moreArguments = {}) {
         host = launch(moreArguments);
         const auto ready = host->output().readLine();

@@ -9,7 +9,7 @@
 #include <sys/resource.h>
 
 #include "WebHostFixture.h"
-#include "support/ProcessFigures.h"
+#include "support/ProcessUsage.h"
 #include "support/Sanitizers.h"
 
 namespace SystemTests {
@@ -22,9 +22,9 @@ using WireTests::HostWebSocket;
 namespace {
 
 /// What the host promises.
-constexpr std::size_t clientsOfADoor = 128;
+constexpr std::size_t clientsOfAListener = 128;
 /// Of them, those that have shown neither key nor cookie.
-constexpr std::size_t strangersOfADoor = 32;
+constexpr std::size_t unauthenticatedConnections = 32;
 /// What a connection may cost in memory while nothing waits for it.
 constexpr std::size_t idleConnectionCost = 64UL * 1024;
 
@@ -47,21 +47,22 @@ protected:
     }
 
     static void waitFor(const std::function<bool()>& condition) {
-        const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
+        const auto until = std::chrono::steady_clock::now() + TestSupport::waitTimeout;
         bool isMet = condition();
         while (!isMet && std::chrono::steady_clock::now() < until) {
             std::this_thread::sleep_for(std::chrono::milliseconds(2));
             isMet = condition();
         }
-        // Asked for once: a stranger's look at the figures may itself have to make room for others.
+        // Asked for once: an unauthenticated scrape of the metrics may itself have to make room for others.
         EXPECT_TRUE(isMet);
     }
 
     /// Is the host, apart from the test's own connection, as it was before?
     void expectNothingLeft() {
         // Some of those who left may still have to be taken from the queue of the socket.
-        for (const auto& [door, count] : {std::pair("socket", "1"), std::pair("page", "0"), std::pair("device", "0")}) {
-            const std::string series = std::string("settings_host_clients{door=\"") + door + "\"}";
+        for (const auto& [listener, count] :
+             {std::pair("socket", "1"), std::pair("page", "0"), std::pair("device", "0")}) {
+            const std::string series = std::string("settings_host_clients{door=\"") + listener + "\"}";
             const std::string wanted = count;
             waitFor([&] { return figure(series) == wanted; });
         }
@@ -93,54 +94,54 @@ protected:
 
 TEST_F(HostileConnections, OfAThousandClientsAsManyAsThereIsRoomForAreServedAndTheOthersAreTold) {
     constexpr std::size_t crowdSize = 1000;
-    for (const auto& [path, door, others] :
-         {std::tuple(socket(), "socket", clientsOfADoor - 1), std::tuple(deviceSocket(), "device", clientsOfADoor)}) {
-        std::vector<std::unique_ptr<HostClient>> crowd;
+    for (const auto& [path, listener, others] : {std::tuple(socket(), "socket", clientsOfAListener - 1),
+                                                 std::tuple(deviceSocket(), "device", clientsOfAListener)}) {
+        std::vector<std::unique_ptr<HostClient>> evictions;
         for (std::size_t number = 0; number < crowdSize; ++number) {
-            crowd.push_back(std::make_unique<HostClient>(path));
+            evictions.push_back(std::make_unique<HostClient>(path));
             if (number % 100 == 0) {
                 EXPECT_EQ(get("deviceName"), "TV") << number;
             }
         }
         for (std::size_t number = 0; number < crowdSize; ++number) {
             if (number < others) {
-                crowd[number]->sendLine("x");
-                EXPECT_EQ(crowd[number]->receiveLine(), notJson);
+                evictions[number]->sendLine("x");
+                EXPECT_EQ(evictions[number]->receiveLine(), notJson);
             } else {
-                ASSERT_EQ(crowd[number]->receiveAll(), noRoom + "\n");
-                EXPECT_TRUE(crowd[number]->closedByPeer());
+                ASSERT_EQ(evictions[number]->receiveAll(), noRoom + "\n");
+                EXPECT_TRUE(evictions[number]->closedByPeer());
             }
         }
         const std::size_t withOthers = descriptors + others;
         waitFor([&] { return TestSupport::openDescriptors(host->pid()) == withOthers; });
-        EXPECT_EQ(figure(std::string("settings_host_clients_turned_away_total{door=\"") + door + "\"}"),
+        EXPECT_EQ(figure(std::string("settings_host_clients_turned_away_total{door=\"") + listener + "\"}"),
                   std::to_string(crowdSize - others));
-        crowd.clear();
+        evictions.clear();
         expectNothingLeft();
     }
-    expectGrowthBelow(clientsOfADoor * idleConnectionCost);
+    expectGrowthBelow(clientsOfAListener * idleConnectionCost);
 }
 
 TEST_F(HostileConnections, OfAThousandWebConnectionsWithoutKeyAsManyAsThereIsRoomForAreKept) {
     constexpr std::size_t crowdSize = 1000;
     const auto inside = page();
-    std::vector<std::unique_ptr<TcpConnection>> crowd;
+    std::vector<std::unique_ptr<TcpConnection>> evictions;
     for (std::size_t number = 0; number < crowdSize; ++number) {
-        crowd.push_back(std::make_unique<TcpConnection>(port));
+        evictions.push_back(std::make_unique<TcpConnection>(port));
         if (number % 100 == 0) {
             inside->sendText(getRequest(R"(["deviceName"])"));
             EXPECT_TRUE(inside->receiveText()) << number;
         }
     }
-    const auto turnedAway = [&] {
+    const auto refused = [&] {
         const std::string count = figure("settings_host_clients_turned_away_total{door=\"page\"}");
         return count == "(none)" ? 0 : std::stoul(count);
     };
-    waitFor([&] { return turnedAway() >= crowdSize - strangersOfADoor; });
-    EXPECT_LE(TestSupport::openDescriptors(host->pid()), descriptors + 1 + strangersOfADoor);
-    crowd.clear();
+    waitFor([&] { return refused() >= crowdSize - unauthenticatedConnections; });
+    EXPECT_LE(TestSupport::openDescriptors(host->pid()), descriptors + 1 + unauthenticatedConnections);
+    evictions.clear();
     waitFor([&] { return TestSupport::openDescriptors(host->pid()) <= descriptors + 1; });
-    expectGrowthBelow(clientsOfADoor * idleConnectionCost);
+    expectGrowthBelow(clientsOfAListener * idleConnectionCost);
 }
 
 TEST_F(HostileConnections, WhileOthersReconnectAsFastAsTheyCanThoseWithTheKeyAreServed) {
@@ -154,11 +155,11 @@ TEST_F(HostileConnections, WhileOthersReconnectAsFastAsTheyCanThoseWithTheKeyAre
     floods.reserve(kinds.size());
     for (const auto& bytes : kinds) {
         floods.emplace_back([this, bytes, &enough] {
-            std::deque<TcpConnection> crowd;
+            std::deque<TcpConnection> evictions;
             while (!enough) {
-                crowd.emplace_back(port).send(bytes);
-                if (crowd.size() > clientsOfADoor) {
-                    crowd.pop_front();
+                evictions.emplace_back(port).send(bytes);
+                if (evictions.size() > clientsOfAListener) {
+                    evictions.pop_front();
                 }
             }
         });
@@ -179,7 +180,7 @@ TEST_F(HostileConnections, WhileOthersReconnectAsFastAsTheyCanThoseWithTheKeyAre
     for (auto& flood : floods) {
         flood.join();
     }
-    expectGrowthBelow(clientsOfADoor * idleConnectionCost);
+    expectGrowthBelow(clientsOfAListener * idleConnectionCost);
 }
 
 TEST_F(HostileConnections, WithoutDescriptorsNewClientsAreToldAndThoseInsideAreServed) {
@@ -190,19 +191,19 @@ TEST_F(HostileConnections, WithoutDescriptorsNewClientsAreToldAndThoseInsideAreS
     ASSERT_EQ(::prlimit(host->pid(), RLIMIT_NOFILE, nullptr, &before), 0);
     const rlimit tight{descriptors + 10, before.rlim_max};
     ASSERT_EQ(::prlimit(host->pid(), RLIMIT_NOFILE, &tight, nullptr), 0);
-    std::vector<std::unique_ptr<HostClient>> crowd;
+    std::vector<std::unique_ptr<HostClient>> evictions;
     std::size_t served = 0;
     for (std::size_t number = 0; number < 30; ++number) {
-        crowd.push_back(std::make_unique<HostClient>(number % 2 == 0 ? socket() : deviceSocket()));
-        crowd.back()->sendLine("x");
-        const auto answer = crowd.back()->receiveLine();
+        evictions.push_back(std::make_unique<HostClient>(number % 2 == 0 ? socket() : deviceSocket()));
+        evictions.back()->sendLine("x");
+        const auto answer = evictions.back()->receiveLine();
         if (answer == notJson) {
             ++served;
             EXPECT_EQ(served, number + 1) << "some before it were refused";
         } else {
             EXPECT_EQ(answer, noRoom);
-            EXPECT_EQ(crowd.back()->receiveAll(), "");
-            EXPECT_TRUE(crowd.back()->closedByPeer());
+            EXPECT_EQ(evictions.back()->receiveAll(), "");
+            EXPECT_TRUE(evictions.back()->closedByPeer());
         }
     }
     EXPECT_GE(served, 10U);
@@ -223,7 +224,7 @@ TEST_F(HostileConnections, WithoutDescriptorsNewClientsAreToldAndThoseInsideAreS
     waits.sendLine("x");
     EXPECT_EQ(waits.receiveLine(), notJson);
     waits.close();
-    crowd.clear();
+    evictions.clear();
     ask(setRequest("deviceName", R"("TV")", 2) + "\n" + getRequest("[]"));
     expectNothingLeft();
 }

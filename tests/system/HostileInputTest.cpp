@@ -3,7 +3,7 @@
 #include <thread>
 
 #include "WebHostFixture.h"
-#include "support/ProcessFigures.h"
+#include "support/ProcessUsage.h"
 #include "support/Repeated.h"
 #include "support/Sanitizers.h"
 
@@ -341,7 +341,7 @@ TEST_F(HostileInput, AnEndlessMessageClosesAWebSocketAndCostsNoMemory) {
         EXPECT_LT(peak, before + endlessFrameGrowth);
     }
     EXPECT_EQ(get("deviceName"), "TV");
-    const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
+    const auto until = std::chrono::steady_clock::now() + TestSupport::waitTimeout;
     while (TestSupport::openDescriptors(host->pid()) > descriptors && std::chrono::steady_clock::now() < until) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }

@@ -1,7 +1,7 @@
 #include <thread>
 
 #include "WebHostFixture.h"
-#include "support/ProcessFigures.h"
+#include "support/ProcessUsage.h"
 #include "support/Sanitizers.h"
 
 namespace SystemTests {

@@ -34,7 +34,7 @@ public:
 
     /// Until something was announced.
     void awaitFirst() {
-        const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
+        const auto until = std::chrono::steady_clock::now() + TestSupport::waitTimeout;
         while (announced < 0 && std::chrono::steady_clock::now() < until) {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }

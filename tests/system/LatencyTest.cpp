@@ -152,9 +152,9 @@ TEST_F(Latency, OfOthersHardlyGrowsUnderStorms) {
 TEST_F(Latency, OfOthersHardlyGrowsWhileConnectionsComeAndGo) {
     expectOthersAreServed("half frames", [&] { LineClient(socket()).send(R"({"type":7,"messa)"); });
     expectOthersAreServed("half upgrades", [&] { TcpConnection(port).send("GET /settings HTTP/1.1\r\nHo"); });
-    std::vector<std::unique_ptr<LineClient>> crowd;
+    std::vector<std::unique_ptr<LineClient>> evictions;
     for (int number = 0; number < 127; ++number) {
-        crowd.push_back(std::make_unique<LineClient>(socket()));
+        evictions.push_back(std::make_unique<LineClient>(socket()));
     }
     expectOthersAreServed("clients for whom there is no room", [&] { LineClient(socket()).receiveAll(); });
 }

@@ -230,7 +230,7 @@ TEST_F(HostLifecycle, PrintsNothingIntoItsDatabaseWhenTheStandardStreamsAreClose
                                 " --socket " + socket() + " --device-socket " + deviceSocket() + " --no-web " +
                                 sandboxSwitch + " <&- >&- 2>&-";
     host = std::make_unique<TestSupport::ChildProcess>(Lines{"sh", "-c", command});
-    const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
+    const auto until = std::chrono::steady_clock::now() + TestSupport::waitTimeout;
     while (!std::filesystem::exists(deviceSocket()) && std::chrono::steady_clock::now() < until) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }

@@ -8,7 +8,7 @@
 #include <sys/socket.h>
 
 #include "WebHostFixture.h"
-#include "support/ProcessFigures.h"
+#include "support/ProcessUsage.h"
 #include "support/Sanitizers.h"
 
 namespace SystemTests {
@@ -22,7 +22,7 @@ constexpr std::size_t mebibyte = 1024UL * 1024UL;
 /// What the host promises whatever well-formed requests clients send, and whatever they send.
 constexpr std::size_t promised = 48 * mebibyte;
 constexpr std::size_t promisedToAnybody = 96 * mebibyte;
-/// Of each kind; the doors have room for 128 each.
+/// Of each kind; the listeners have room for 128 each.
 constexpr int crowdSize = TestSupport::sanitized ? 20 : 100;
 constexpr int smallBuffer = 4096;
 
@@ -216,7 +216,7 @@ TEST_F(MemoryOfTheHost, GoesBackWhenThoseWhoCostItAreGone) {
     }
     lines.clear();
     const std::string figures = "settings_host_clients{door=\"device\"} 0\n";
-    const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
+    const auto until = std::chrono::steady_clock::now() + TestSupport::waitTimeout;
     while (!contains(TestSupport::httpGet(port, "/metrics").body, figures)) {
         ASSERT_LT(std::chrono::steady_clock::now(), until);
     }

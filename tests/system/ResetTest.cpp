@@ -84,7 +84,7 @@ protected:
 
     std::string logFile() { return folder / "state/host.log"; }
 
-    const Lines strangers{"host.log.3", "settings.db.mine"};
+    const Lines unauthenticated{"host.log.3", "settings.db.mine"};
 };
 
 TEST_F(HostReset, RemovesEverythingAndTheNextHostBeginsAnew) {
@@ -93,7 +93,7 @@ TEST_F(HostReset, RemovesEverythingAndTheNextHostBeginsAnew) {
     EXPECT_EQ(done.status, 0);
     EXPECT_EQ(done.output, list("Removing:"));
     EXPECT_EQ(done.errors, "");
-    EXPECT_EQ(files(), strangers);
+    EXPECT_EQ(files(), unauthenticated);
     start();
     EXPECT_EQ(get("deviceName"), "TV");
     disconnect();
@@ -140,11 +140,11 @@ TEST_F(HostReset, RemovesADatabaseThatIsDamagedOrOfANewerVersion) {
     use();
     sql("PRAGMA user_version=99");
     EXPECT_EQ(reset().status, 0);
-    EXPECT_EQ(files(), strangers);
+    EXPECT_EQ(files(), unauthenticated);
     std::ofstream(database()) << std::string(10000, 'x');
     std::ofstream(database() + ".backup.1") << "a copy";
     EXPECT_EQ(reset().status, 0);
-    EXPECT_EQ(files(), strangers);
+    EXPECT_EQ(files(), unauthenticated);
 }
 
 TEST_F(HostReset, RefusesAFileThatNeverWasADatabase) {
@@ -187,7 +187,7 @@ TEST_F(HostReset, AsksAtTheTerminal) {
     const auto [status, shown] = resetAtATerminal("y\n");
     EXPECT_EQ(status, 0);
     EXPECT_TRUE(contains(shown, "Remove them? [y/N] ")) << shown;
-    EXPECT_EQ(files(), strangers);
+    EXPECT_EQ(files(), unauthenticated);
 }
 
 TEST_F(HostReset, LeavesWhatIsNoPlainFile) {

@@ -161,7 +161,7 @@ TEST_F(HostService, ServesAtTheSocketsThatWerePassed) {
     pass("settings:device:web");
     const std::uint16_t port = made[2].port();
     // Whoever came before the host is served too.
-    WireTests::HostClient early(folder / "passed/s", WireTests::Door::SETTINGS);
+    WireTests::HostClient early(folder / "passed/s", WireTests::Listener::SETTINGS);
     early.sendLine(getRequest(R"(["deviceName"])"));
     host = launch();
     const std::string ready = host->output().readLine().value_or("(none)");
@@ -171,7 +171,7 @@ TEST_F(HostService, ServesAtTheSocketsThatWerePassed) {
         EXPECT_FALSE(isInherited(place)) << place;
     }
     EXPECT_EQ(early.receiveLine(), R"({"type":7,"messageId":"g","payload":{"settings":{"deviceName":"TV"}}})");
-    WireTests::HostClient person(folder / "passed/d", WireTests::Door::DEVICE);
+    WireTests::HostClient person(folder / "passed/d", WireTests::Listener::DEVICE);
     person.sendLine(R"({"command":"captions","enabled":true})");
     EXPECT_EQ(person.receiveLine(), R"({"ok":true})");
     EXPECT_EQ(WireTests::healthOf(port).status, 200);
@@ -180,7 +180,7 @@ TEST_F(HostService, ServesAtTheSocketsThatWerePassed) {
     stop();
     EXPECT_TRUE(std::filesystem::exists(folder / "passed/s")) << "it removed what it did not make";
     // The next host goes on where this one stopped.
-    WireTests::HostClient between(folder / "passed/s", WireTests::Door::SETTINGS);
+    WireTests::HostClient between(folder / "passed/s", WireTests::Listener::SETTINGS);
     between.sendLine(getRequest(R"(["captionsEnabled"])"));
     host = launch();
     EXPECT_EQ(between.receiveLine(), R"({"type":7,"messageId":"g","payload":{"settings":{"captionsEnabled":"true"}}})");

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "WebHostFixture.h"
-#include "support/ProcessFigures.h"
+#include "support/ProcessUsage.h"
 #include "support/Sanitizers.h"
 
 namespace SystemTests {
@@ -99,7 +99,7 @@ protected:
             for (int next = number; next < number + eventsAtOnce; ++next) {
                 ASSERT_TRUE(client().receiveLine()) << next;
             }
-            const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
+            const auto until = std::chrono::steady_clock::now() + TestSupport::waitTimeout;
             for (const auto& watcher : watchers) {
                 while (watcher->seen() < number + eventsAtOnce - 1 && std::chrono::steady_clock::now() < until) {
                     std::this_thread::sleep_for(std::chrono::microseconds(50));

@@ -266,19 +266,19 @@ TEST_F(HostWeb, AtTheDescriptorLimitThoseWhoAreInsideAreServed) {
     // Room for a few connections more, none of which is a WebSocket yet.
     const rlimit tight{40, 40};
     ASSERT_EQ(::prlimit(host->pid(), RLIMIT_NOFILE, &tight, nullptr), 0);
-    std::vector<std::unique_ptr<TestSupport::TcpConnection>> crowd;
+    std::vector<std::unique_ptr<TestSupport::TcpConnection>> evictions;
     for (int number = 0; number < 60; ++number) {
-        crowd.push_back(std::make_unique<TestSupport::TcpConnection>(port));
-        crowd.back()->send("GET ");
+        evictions.push_back(std::make_unique<TestSupport::TcpConnection>(port));
+        evictions.back()->send("GET ");
     }
-    EXPECT_EQ(crowd.back()->receiveAll(), "");
-    EXPECT_TRUE(crowd.back()->closedByPeer()) << "the host has descriptors left";
+    EXPECT_EQ(evictions.back()->receiveAll(), "");
+    EXPECT_TRUE(evictions.back()->closedByPeer()) << "the host has descriptors left";
     for (long number = 0; number < 20; ++number) {
         inside->sendText(setRequest("deviceName", "\"" + std::to_string(number) + "\"", number));
         EXPECT_EQ(std::to_string(number), next(*inside)["payload"]["to"].GetString());
     }
-    crowd.clear();
-    const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
+    evictions.clear();
+    const auto until = std::chrono::steady_clock::now() + TestSupport::waitTimeout;
     while (WireTests::healthOf(port).status != 200 && std::chrono::steady_clock::now() < until) {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }

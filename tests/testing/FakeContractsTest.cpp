@@ -67,11 +67,11 @@ struct FakeTransportMaker {
     }
 
 private:
-    void handOut(int asker) {
+    void handOut(int requester) {
         for (const auto& message : fake.takeSent()) {
             const auto kind = message.isReply() ? ReceivedMessage::REPLY : ReceivedMessage::EVENT;
             for (int client = 0; client < 2; ++client) {
-                if (!message.isReply() || client == asker) {
+                if (!message.isReply() || client == requester) {
                     inboxes.at(static_cast<std::size_t>(client))
                         .push_back({kind, message.type, message.messageId, message.payload});
                 }

@@ -43,7 +43,7 @@ public:
             message.messageId += "x";
         }
         for (int client = 0; client < 2; ++client) {
-            if (!Fault::is("spares the asker its event") || asker != client) {
+            if (!Fault::is("spares the asker its event") || requester != client) {
                 put(client, message, &payload);
             }
         }
@@ -57,7 +57,7 @@ public:
             message.messageId = messageId == "0" || messageId == "m1" ? messageId : "0";
         }
         for (int client = 0; client < 2; ++client) {
-            if (client == (Fault::is("replies to the first client") ? 0 : *asker) ||
+            if (client == (Fault::is("replies to the first client") ? 0 : *requester) ||
                 Fault::is("replies to everybody")) {
                 put(client, message, &payload);
             }
@@ -115,7 +115,7 @@ public:
 private:
     void ask(std::optional<int> client) {
         const std::lock_guard<std::mutex> lock(mutex);
-        asker = client;
+        requester = client;
         askingThread = client ? std::this_thread::get_id() : std::thread::id();
     }
 
@@ -149,7 +149,7 @@ private:
     std::mutex mutex;
     std::map<int, Handler> handlers;
     std::array<std::vector<std::pair<Message, const rapidjson::Document*>>, 2> inboxes;
-    std::optional<int> asker;
+    std::optional<int> requester;
     std::thread::id askingThread;
     std::optional<std::string> early;
     int events = 0;

@@ -7,7 +7,7 @@ namespace WireTests {
 
 /// One frame of an example.
 struct Step {
-    /// "socket", "page" or "device": the door.
+    /// "socket", "page" or "device": the listener.
     std::string at;
     /// By the client; else the client receives it.
     bool sent = false;

@@ -8,14 +8,14 @@ namespace WireTests {
 
 namespace {
 
-TestSupport::Witness schemasOf(Door door) {
-    return [door](const std::string& frame) { expectValid(door, frame); };
+TestSupport::Witness schemasOf(Listener listener) {
+    return [listener](const std::string& frame) { expectValid(listener, frame); };
 }
 
 }  // namespace
 
-void expectValid(Door door, const std::string& frame) {
-    const auto fault = Schemas::ofTheWire().faultOfHostFrame(door, frame);
+void expectValid(Listener listener, const std::string& frame) {
+    const auto fault = Schemas::ofTheWire().faultOfHostFrame(listener, frame);
     if (fault) {
         ADD_FAILURE() << "the host broke the protocol: " << *fault;
     }
@@ -29,18 +29,18 @@ TestSupport::HttpResponse healthOf(std::uint16_t port) {
     return response;
 }
 
-Door doorBehind(const std::string& address) {
+Listener serverBehind(const std::string& address) {
     const std::string path = address.substr(0, address.find('?'));
-    return std::filesystem::path(path).filename().string().find("device") == std::string::npos ? Door::SETTINGS
-                                                                                               : Door::DEVICE;
+    return std::filesystem::path(path).filename().string().find("device") == std::string::npos ? Listener::SETTINGS
+                                                                                               : Listener::DEVICE;
 }
 
-HostClient::HostClient(const std::string& path, Door door) : LineClient(path, schemasOf(door)) {}
+HostClient::HostClient(const std::string& path, Listener listener) : LineClient(path, schemasOf(listener)) {}
 
 HostWebSocket::HostWebSocket(std::uint16_t port, const std::string& target, const std::string& protocol,
                              const std::vector<std::string>& headers, int receiveBuffer)
     : WebSocket(port, target, protocol, headers, receiveBuffer) {
-    witness = schemasOf(doorBehind(target));
+    witness = schemasOf(serverBehind(target));
 }
 
 }  // namespace WireTests

@@ -10,11 +10,11 @@
 
 namespace WireTests {
 
-/// Fails the test when `frame`, which a host sent at `door`, breaks its schema.
-void expectValid(Door door, const std::string& frame);
+/// Fails the test when `frame`, which a host sent at `listener`, breaks its schema.
+void expectValid(Listener listener, const std::string& frame);
 
-/// The door behind a socket's path or a WebSocket's target: the device's has "device" in its last part.
-Door doorBehind(const std::string& address);
+/// The listener behind a socket's path or a WebSocket's target: the device's has "device" in its last part.
+Listener serverBehind(const std::string& address);
 
 /// GET of /healthz. A report must be valid under its schema.
 TestSupport::HttpResponse healthOf(std::uint16_t port);
@@ -22,8 +22,8 @@ TestSupport::HttpResponse healthOf(std::uint16_t port);
 /// A client of a host's Unix socket. Every frame that it receives must be valid under the schemas.
 class HostClient : public TestSupport::LineClient {
 public:
-    explicit HostClient(const std::string& path) : HostClient(path, doorBehind(path)) {}
-    HostClient(const std::string& path, Door door);
+    explicit HostClient(const std::string& path) : HostClient(path, serverBehind(path)) {}
+    HostClient(const std::string& path, Listener listener);
 };
 
 /// The same over a WebSocket.

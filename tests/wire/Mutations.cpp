@@ -10,7 +10,7 @@ namespace WireTests {
 namespace {
 
 /// Values of all types.
-const std::vector<std::string>& strangers() {
+const std::vector<std::string>& unauthenticated() {
     static const std::vector<std::string> values{"null", "[{}]", R"({"a":0})", "-0.5", R"("\u0001")", "false"};
     return values;
 }
@@ -32,11 +32,11 @@ void addMutations(const json::Document& frame, const std::string& place, std::ve
         changed.CopyFrom(frame, changed.GetAllocator());
         pointer.Erase(changed);
         add(here + " was removed");
-        for (const auto& text : strangers()) {
-            const json::Document stranger = parsed(text);
-            if (!isSameType(stranger, member.value)) {
+        for (const auto& text : unauthenticated()) {
+            const json::Document unauthenticated = parsed(text);
+            if (!isSameType(unauthenticated, member.value)) {
                 changed.CopyFrom(frame, changed.GetAllocator());
-                pointer.Set(changed, stranger);
+                pointer.Set(changed, unauthenticated);
                 add(here + " became " + text);
             }
         }

@@ -28,14 +28,14 @@ std::string textOf(const json::Pointer& place) {
 using Places = std::map<std::string, std::string>;
 
 /// By the member that tells the kind of a frame: its schema.
-const Places& kindsAt(Door door) {
+const Places& kindsAt(Listener listener) {
     static const Places settings{{"notice", "notice"}, {"error", "refusal"}};
     static const Places device{{"ok", "device-done"},
                                {"device", "device-state"},
                                {"page", "device-page"},
                                {"trace", "device-trace"},
                                {"error", "device-refusal"}};
-    return door == Door::SETTINGS ? settings : device;
+    return listener == Listener::SETTINGS ? settings : device;
 }
 
 std::string schemaOfType(const json::Value& type) {
@@ -117,21 +117,21 @@ std::optional<std::string> Schemas::faultOf(const std::string& name, const std::
            ".json, in the frame " + shortened(text);
 }
 
-std::optional<std::string> Schemas::faultOfHostFrame(Door door, const std::string& frame) const {
-    const std::string name = schemaOfHostFrame(door, frame);
+std::optional<std::string> Schemas::faultOfHostFrame(Listener listener, const std::string& frame) const {
+    const std::string name = schemaOfHostFrame(listener, frame);
     return name.empty() ? "no schema is for the frame " + shortened(frame) : faultOf(name, frame);
 }
 
-std::string schemaOfHostFrame(Door door, const std::string& frame) {
+std::string schemaOfHostFrame(Listener listener, const std::string& frame) {
     const json::Document document = parsed(frame);
     if (!document.IsObject()) {
         return "";
     }
     const auto type = document.FindMember("type");
-    if (door == Door::SETTINGS && type != document.MemberEnd()) {
+    if (listener == Listener::SETTINGS && type != document.MemberEnd()) {
         return schemaOfType(type->value);
     }
-    for (const auto& [member, schema] : kindsAt(door)) {
+    for (const auto& [member, schema] : kindsAt(listener)) {
         if (document.HasMember(member.c_str())) {
             return schema;
         }

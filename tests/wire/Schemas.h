@@ -8,8 +8,8 @@
 
 namespace WireTests {
 
-/// The doors of the host, each with frames of its own.
-enum class Door { SETTINGS, DEVICE };
+/// The listeners of the host, each with frames of its own.
+enum class Listener { SETTINGS, DEVICE };
 
 /// The JSON Schemas of docs/schemas, by file name without its ending.
 class Schemas {
@@ -30,8 +30,8 @@ public:
     /// valid.
     std::optional<std::string> faultOf(const std::string& name, const std::string& text) const;
 
-    /// The same for a frame that a host sent at `door`, under the schema that fits its kind.
-    std::optional<std::string> faultOfHostFrame(Door door, const std::string& frame) const;
+    /// The same for a frame that a host sent at `listener`, under the schema that fits its kind.
+    std::optional<std::string> faultOfHostFrame(Listener listener, const std::string& frame) const;
 
 private:
     struct Schema;
@@ -41,7 +41,7 @@ private:
     std::map<std::string, std::unique_ptr<Schema>> schemas;
 };
 
-/// The schema of the frames of that kind that a host sends at `door`; empty when it sends none of the kind.
-std::string schemaOfHostFrame(Door door, const std::string& frame);
+/// The schema of the frames of that kind that a host sends at `listener`; empty when it sends none of the kind.
+std::string schemaOfHostFrame(Listener listener, const std::string& frame);
 
 }  // namespace WireTests

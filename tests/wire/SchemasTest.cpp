@@ -81,17 +81,17 @@ TEST(Schemas, RefuseWhatAHostRefuses) {
 TEST(Schemas, KnowTheKindOfEveryFrameOfTheHost) {
     for (const auto& example : allExamples()) {
         for (const auto& step : example.steps) {
-            const Door door = step.at == "device" ? Door::DEVICE : Door::SETTINGS;
+            const Listener listener = step.at == "device" ? Listener::DEVICE : Listener::SETTINGS;
             if (!step.sent) {
-                EXPECT_EQ(schemaOfHostFrame(door, step.frame), step.schema) << step.frame;
+                EXPECT_EQ(schemaOfHostFrame(listener, step.frame), step.schema) << step.frame;
             }
         }
     }
     for (const std::string frame : {"{}", "[]", "x", R"({"type":8})", R"({"type":"7"})", R"({"type":24})"}) {
-        EXPECT_EQ(schemaOfHostFrame(Door::SETTINGS, frame), "") << frame;
-        EXPECT_EQ(schemaOfHostFrame(Door::DEVICE, frame), "") << frame;
+        EXPECT_EQ(schemaOfHostFrame(Listener::SETTINGS, frame), "") << frame;
+        EXPECT_EQ(schemaOfHostFrame(Listener::DEVICE, frame), "") << frame;
     }
-    EXPECT_EQ(schemaOfHostFrame(Door::SETTINGS, R"({"ok":true})"), "") << "only the device's door says so";
+    EXPECT_EQ(schemaOfHostFrame(Listener::SETTINGS, R"({"ok":true})"), "") << "only the device's door says so";
 }
 
 TEST(Schemas, RefuseEveryFrameOfTheHostWithAMemberTooManyTooFewOrOfAnotherType) {
@@ -112,10 +112,10 @@ TEST(Schemas, RefuseEveryFrameOfTheHostWithAMemberTooManyTooFewOrOfAnotherType) 
 }
 
 TEST(Schemas, SayWhereAFrameBreaksThem) {
-    EXPECT_EQ(schemas().faultOfHostFrame(Door::SETTINGS, R"({"notice":{"reread":["a",1]}})"),
+    EXPECT_EQ(schemas().faultOfHostFrame(Listener::SETTINGS, R"({"notice":{"reread":["a",1]}})"),
               R"(#/notice/reread/1 breaks "type" at #/properties/notice/properties/reread/items)"
               R"( of docs/schemas/notice.json, in the frame {"notice":{"reread":["a",1]}})");
-    EXPECT_EQ(schemas().faultOfHostFrame(Door::DEVICE, "{"), "no schema is for the frame {");
+    EXPECT_EQ(schemas().faultOfHostFrame(Listener::DEVICE, "{"), "no schema is for the frame {");
     EXPECT_EQ(schemas().faultOf("notice", "{"), "no JSON: {");
 }
 

@@ -12,7 +12,7 @@ namespace WireTests {
 namespace {
 
 /// The schema of a request; empty for what is none. Tests send such things, too.
-std::string schemaOfRequest(Door door, const std::string& text) {
+std::string schemaOfRequest(Listener listener, const std::string& text) {
     static const std::map<int, std::string> types{{7, "get-settings-request"},
                                                   {18, "is-orlia-selected-va-request"},
                                                   {19, "open-va-settings-request"},
@@ -22,7 +22,7 @@ std::string schemaOfRequest(Door door, const std::string& text) {
     if (!request.IsObject()) {
         return "";
     }
-    if (door == Door::DEVICE) {
+    if (listener == Listener::DEVICE) {
         return request.HasMember("command") ? "device-command" : "";
     }
     const auto type = request.FindMember("type");
@@ -33,7 +33,7 @@ std::string schemaOfRequest(Door door, const std::string& text) {
 
 }  // namespace
 
-TracedHost::TracedHost(const std::string& devicePath) : device(devicePath, Door::DEVICE) {
+TracedHost::TracedHost(const std::string& devicePath) : device(devicePath, Listener::DEVICE) {
     device.sendLine(R"({"command":"trace","enabled":true})");
     EXPECT_EQ(device.receiveLine(), R"({"ok":true})");
 }
@@ -56,16 +56,17 @@ std::optional<std::string> TraceCheck::faultOf(const std::string& trace) {
     }
     const json::Document document = parsed(trace);
     const json::Value& copy = document["trace"];
-    const Door door = std::string(copy["door"].GetString()) == "device" ? Door::DEVICE : Door::SETTINGS;
+    const Listener listener = std::string(copy["door"].GetString()) == "device" ? Listener::DEVICE : Listener::SETTINGS;
     const std::string text(copy["text"].GetString(), copy["text"].GetStringLength());
     if (std::string(copy["direction"].GetString()) == "out") {
         const auto unrefused = std::exchange(expectedToBeRefused, std::nullopt);
-        return unrefused && schemaOfHostFrame(door, text) != "device-refusal" ? unrefused
-                                                                              : schemas.faultOfHostFrame(door, text);
+        return unrefused && schemaOfHostFrame(listener, text) != "device-refusal"
+                   ? unrefused
+                   : schemas.faultOfHostFrame(listener, text);
     }
-    const std::string schema = schemaOfRequest(door, text);
+    const std::string schema = schemaOfRequest(listener, text);
     auto fault = schema.empty() ? std::nullopt : schemas.faultOf(schema, text);
-    if (door == Door::DEVICE) {
+    if (listener == Listener::DEVICE) {
         expectedToBeRefused = std::exchange(fault, std::nullopt);
     }
     return fault;

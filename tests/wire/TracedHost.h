@@ -11,8 +11,8 @@ class TraceCheck {
 public:
     /// What is wrong with a copy, the text of a trace frame; nothing when all is well.
     ///
-    /// A frame of the host must be valid under its schema. So must a request of a known kind, unless the device's door
-    /// refuses it, which the next copy tells.
+    /// A frame of the host must be valid under its schema. So must a request of a known kind, unless the device's
+    /// listener refuses it, which the next copy tells.
     std::optional<std::string> faultOf(const std::string& trace);
 
 private:

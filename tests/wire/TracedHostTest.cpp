@@ -9,11 +9,11 @@ namespace WireTests {
 
 namespace {
 
-std::string copyOf(const std::string& direction, const std::string& door, const std::string& text) {
+std::string copyOf(const std::string& direction, const std::string& listener, const std::string& text) {
     json::StringBuffer buffer;
     json::Writer<json::StringBuffer> writer(buffer);
     writer.String(text);
-    return R"({"trace":{"timestamp":1,"direction":")" + direction + R"(","door":")" + door +
+    return R"({"trace":{"timestamp":1,"direction":")" + direction + R"(","listener":")" + listener +
            R"(","client":null,"text":)" + buffer.GetString() + "}}";
 }
 

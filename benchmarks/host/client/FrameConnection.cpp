@@ -131,8 +131,8 @@ private:
 }  // namespace
 
 FrameConnection::FrameConnection(int connectedSocket) : socket(connectedSocket), buffer(bufferSize, '\0') {
-    const timeval patience{20, 0};
-    ::setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof(patience));
+    const timeval waitTimeout{20, 0};
+    ::setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &waitTimeout, sizeof(waitTimeout));
 }
 
 FrameConnection::~FrameConnection() {

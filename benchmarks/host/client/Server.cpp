@@ -69,9 +69,10 @@ HostServer::HostServer(Storage storage, int logLevel) : Server(storage) {
     key = ready.substr(keyPlace + between.size(), ready.find(' ', keyPlace) - keyPlace - between.size());
 }
 
-std::unique_ptr<FrameConnection> HostServer::connect(Door door) {
-    auto connection = door == Door::UNIX_SOCKET ? connectToSocket(socket())
-                                                : connectToWebSocket(port, "/settings?key=" + key, "settings.v1");
+std::unique_ptr<FrameConnection> HostServer::connect(Listener listener) {
+    auto connection = listener == Listener::UNIX_SOCKET
+                          ? connectToSocket(socket())
+                          : connectToWebSocket(port, "/settings?key=" + key, "settings.v1");
     // A connection may wait to be accepted, and misses events meanwhile.
     exchange(*connection, connection->bytesOf(getAllRequest), getAllReply);
     return connection;

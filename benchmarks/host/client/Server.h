@@ -12,7 +12,7 @@
 
 namespace Benchmarks {
 
-enum class Door { UNIX_SOCKET, WEB_SOCKET };
+enum class Listener { UNIX_SOCKET, WEB_SOCKET };
 
 /// Where a server keeps its database: at a folder of the disk, or in memory.
 enum class Storage { DISK, MEMORY };
@@ -30,7 +30,7 @@ public:
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
-    virtual std::unique_ptr<FrameConnection> connect(Door door) = 0;
+    virtual std::unique_ptr<FrameConnection> connect(Listener listener) = 0;
 
     /// Processor time used until now, to the nanosecond, in microseconds.
     double processorMicroseconds() const;
@@ -58,7 +58,7 @@ public:
     /// Log lines of `logLevel` and more are formatted and written.
     explicit HostServer(Storage storage, int logLevel = 3);
 
-    std::unique_ptr<FrameConnection> connect(Door door) override;
+    std::unique_ptr<FrameConnection> connect(Listener listener) override;
 
 private:
     std::uint16_t port = 0;

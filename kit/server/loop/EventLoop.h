@@ -13,7 +13,7 @@ namespace SettingsHost {
 class EventLoop {
 public:
     EventLoop();
-    /// Runs on until everything that was closed is gone; close doors and signals before.
+    /// Runs on until everything that was closed is gone; close listeners and signals before.
     ~EventLoop();
 
     EventLoop(const EventLoop&) = delete;

@@ -15,7 +15,7 @@
 
 #include "CommunicationHandler/MessageType.h"
 #include "Wire/Catalogue.h"
-#include "server/metrics/ProcessFigures.h"
+#include "server/metrics/ProcessUsage.h"
 
 namespace SettingsHost {
 
@@ -140,7 +140,7 @@ struct HostMetrics::Families {
             counter("settings_host_clients_turned_away_total", "Clients refused because there was no room.");
         for (const auto origin : {Origin::SOCKET, Origin::PAGE, Origin::DEVICE}) {
             clients[origin] = &clientFamily.Add({{"door", originName(origin)}});
-            turnedAway[origin] = &crowdFamily.Add({{"door", originName(origin)}});
+            refused[origin] = &crowdFamily.Add({{"door", originName(origin)}});
             slowClients[origin] = &slowFamily.Add({{"door", originName(origin)}});
         }
     }
@@ -159,7 +159,7 @@ struct HostMetrics::Families {
     }
 
     void updateProcess() {
-        const ProcessFigures figures = readProcessFigures();
+        const ProcessUsage figures = readProcessUsage();
         cpuSeconds->Increment(figures.cpuSeconds - cpuSeconds->Value());
         residentBytes->Set(figures.residentBytes);
         virtualBytes->Set(figures.virtualBytes);
@@ -174,7 +174,7 @@ struct HostMetrics::Families {
     Series<Counter> refusals;
     std::map<Origin, Gauge*> clients;
     std::map<Origin, Counter*> slowClients;
-    std::map<Origin, Counter*> turnedAway;
+    std::map<Origin, Counter*> refused;
     std::vector<Counter*> storageFailures;
     std::vector<Histogram*> storageSeconds;
     Counter* cpuSeconds = nullptr;
@@ -205,17 +205,17 @@ void HostMetrics::recordCounter(const std::string& name, int /*first*/, int /*se
     values.at(name.substr(std::min(end + 1, name.size()))).Increment();
 }
 
-void HostMetrics::clientArrived(const Client& client) {
+void HostMetrics::clientConnected(const Client& client) {
     families->clients.at(client.origin())->Increment();
 }
 
-void HostMetrics::clientTurnedAway(Origin origin) {
-    families->turnedAway.at(origin)->Increment();
+void HostMetrics::clientRefused(Origin origin) {
+    families->refused.at(origin)->Increment();
 }
 
-void HostMetrics::clientLeft(const Client& client, Departure departure) {
+void HostMetrics::clientDisconnected(const Client& client, DisconnectReason departure) {
     families->clients.at(client.origin())->Decrement();
-    if (departure == Departure::TOO_SLOW) {
+    if (departure == DisconnectReason::TOO_SLOW) {
         families->slowClients.at(client.origin())->Increment();
     }
 }

@@ -28,9 +28,9 @@ public:
     /// Counts a change. `name`: the setting's key, "_", and the value or "error".
     void recordCounter(const std::string& name, int first, int second, double third) override;
 
-    void clientArrived(const Client& client) override;
-    void clientTurnedAway(Origin origin) override;
-    void clientLeft(const Client& client, Departure departure) override;
+    void clientConnected(const Client& client) override;
+    void clientRefused(Origin origin) override;
+    void clientDisconnected(const Client& client, DisconnectReason departure) override;
     /// Requests are counted when they are handled, and answers are not.
     void frameReceived(const Client& client, const std::string& frame) override;
     void frameSent(const Client* receiver, const std::string& frame) override;

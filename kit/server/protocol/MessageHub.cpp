@@ -11,8 +11,8 @@
 #include "Wire/FrameInspector.h"
 #include "Wire/Frames.h"
 #include "Wire/Utf8.h"
+#include "handler/BoundedStorage.h"
 #include "handler/LocaleGuard.h"
-#include "handler/ReadingGuard.h"
 #include "service/logging/HostLog.h"
 
 namespace SettingsHost {
@@ -158,12 +158,12 @@ MessageHub::MessageHub(std::shared_ptr<TrafficObserver> trafficObserver, std::sh
 
 void MessageHub::addClient(const std::shared_ptr<Client>& client) {
     clients.insert(client);
-    traffic->clientArrived(*client);
+    traffic->clientConnected(*client);
 }
 
-void MessageHub::removeClient(const std::shared_ptr<Client>& client, Departure departure) {
+void MessageHub::removeClient(const std::shared_ptr<Client>& client, DisconnectReason departure) {
     clients.erase(client);
-    traffic->clientLeft(*client, departure);
+    traffic->clientDisconnected(*client, departure);
 }
 
 void MessageHub::refuseTooLarge(Client& client) {
@@ -187,22 +187,22 @@ void MessageHub::receive(const std::shared_ptr<Client>& client, const std::strin
         refuse(*client, {"unknown-type", R"("type" must be one of the request types 7, 18, 19, 22, 24)"});
         return;
     }
-    const RequestContext::Scope inHand(*context, {*type, settingNamedIn(*type, request)});
-    if (*type == CommunicationHandler::SET_SETTINGS && !requestMayReachHandler(request)) {
+    const RequestContext::Scope current(*context, {*type, settingNamedIn(*type, request)});
+    if (*type == CommunicationHandler::SET_SETTINGS && !isRequestSafeForHandler(request)) {
         logHost(VessaLogger::ERROR, "a locale value that is no array within the nesting limit was kept away");
-        traffic->requestHandled(*type, RequestOutcome::KEPT_AWAY);
+        traffic->requestHandled(*type, RequestOutcome::REJECTED);
         return;
     }
     deliver(client, *type, frame);
 }
 
 void MessageHub::deliver(const std::shared_ptr<Client>& client, int type, const std::string& frame) {
-    asker = client;
-    askedType = type;
+    requester = client;
+    currentType = type;
     outcome = RequestOutcome::SILENT;
     try {
         perform(client->origin(), [&] { handlers.at(type)(frame); });
-    } catch (const TooMuchAsked&) {
+    } catch (const ReadLimitExceeded&) {
         refuse(*client, busy());
         outcome = RequestOutcome::ANSWERED;
     } catch (const std::exception& error) {
@@ -210,7 +210,7 @@ void MessageHub::deliver(const std::shared_ptr<Client>& client, int type, const 
         outcome = RequestOutcome::FAILED;
     }
     traffic->requestHandled(type, outcome);
-    asker.reset();
+    requester.reset();
 }
 
 void MessageHub::perform(Origin origin, const std::function<void()>& action) {
@@ -277,20 +277,20 @@ std::string MessageHub::sendMessage(int messageType, rapidjson::Document& payloa
 }
 
 void MessageHub::sendResponse(const std::string& messageId, rapidjson::Document& payload) {
-    if (!asker) {
+    if (!requester) {
         return;
     }
     outcome = RequestOutcome::ANSWERED;
     if (payload.GetAllocator().Size() <= maximumFrameSize) {
-        sendTo(*asker, replyFrame(FrameWriter(), askedType, messageId, payload));
+        sendTo(*requester, replyFrame(FrameWriter(), currentType, messageId, payload));
         return;
     }
-    const std::size_t size = replyFrame(FrameWriter<SizeOutput>(), askedType, messageId, payload);
+    const std::size_t size = replyFrame(FrameWriter<SizeOutput>(), currentType, messageId, payload);
     if (!backlog->hasRoomFor(size)) {
-        refuse(*asker, busy());
+        refuse(*requester, busy());
         return;
     }
-    sendTo(*asker, replyFrame(FrameWriter(StringOutput(size)), askedType, messageId, payload));
+    sendTo(*requester, replyFrame(FrameWriter(StringOutput(size)), currentType, messageId, payload));
 }
 
 void MessageHub::registerMessageHandler(int messageType, std::function<void(const std::string&)> handler) {

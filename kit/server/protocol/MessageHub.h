@@ -16,21 +16,21 @@ namespace SettingsHost {
 
 struct Refusal;
 
-/// The message transport behind all doors: delivers requests to the handler registered for their type, replies to the
-/// asker, events and notices to every client. It knows clients, not sockets. One thread only.
+/// The message transport behind all listeners: delivers requests to the handler registered for their type, replies to
+/// the requester, events and notices to every client. It knows clients, not sockets. One thread only.
 ///
 /// Everything that may change settings runs inside `receive` or `perform`. When that is over, the keys that were
 /// reported to `valueChanged` and for which the handler sent no event go to every client as one notice.
 class MessageHub : public CommunicationHandler::CommunicationHandlerInterface {
 public:
     /// `context` is told which request is being handled. A reply over `maximumFrameSize` for which `backlog` has no
-    /// room is not made; the asker gets the refusal `busy`.
+    /// room is not made; the requester gets the refusal `busy`.
     explicit MessageHub(std::shared_ptr<TrafficObserver> traffic,
                         std::shared_ptr<RequestContext> context = std::make_shared<RequestContext>(),
                         std::shared_ptr<const Backlog> backlog = std::make_shared<Backlog>());
 
     void addClient(const std::shared_ptr<Client>& client);
-    void removeClient(const std::shared_ptr<Client>& client, Departure departure);
+    void removeClient(const std::shared_ptr<Client>& client, DisconnectReason departure);
 
     /// Takes one frame of `client`: refuses it, keeps it away from the handler (logged at level 3), or delivers it. An
     /// exception that the delivery lets out is logged at level 3.
@@ -69,8 +69,8 @@ private:
 
     // What is being done now.
     Origin currentOrigin = Origin::DEVICE;
-    std::shared_ptr<Client> asker;
-    int askedType = 0;
+    std::shared_ptr<Client> requester;
+    int currentType = 0;
     RequestOutcome outcome = RequestOutcome::SILENT;
     std::set<std::string> changedKeys;
     std::set<std::string> announcedKeys;

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "server/sockets/Client.h"
-#include "server/sockets/DoorEvents.h"
+#include "server/sockets/ListenerEvents.h"
 
 namespace SettingsHost {
 
@@ -16,12 +16,12 @@ enum class RequestOutcome {
     /// Neither: nothing to say, or refused by the handler.
     SILENT,
     /// Not given to the handler, because it would end the process.
-    KEPT_AWAY,
+    REJECTED,
     /// An exception came out of the handler.
     FAILED,
 };
 
-/// Told of what passes the doors. It does not call back.
+/// Told of what passes the listeners. It does not call back.
 class TrafficObserver {
 public:
     TrafficObserver() = default;
@@ -29,12 +29,12 @@ public:
     TrafficObserver& operator=(const TrafficObserver&) = delete;
     virtual ~TrafficObserver() = default;
 
-    virtual void clientArrived(const Client& client) = 0;
-    /// Nobody came in at a door for `origin`, because there was no room.
-    virtual void clientTurnedAway(Origin origin) = 0;
-    virtual void clientLeft(const Client& client, Departure departure) = 0;
+    virtual void clientConnected(const Client& client) = 0;
+    /// Nobody came in at a listener for `origin`, because there was no room.
+    virtual void clientRefused(Origin origin) = 0;
+    virtual void clientDisconnected(const Client& client, DisconnectReason departure) = 0;
     virtual void frameReceived(const Client& client, const std::string& frame) = 0;
-    /// `receiver` is null when the frame goes to every client of the settings doors.
+    /// `receiver` is null when the frame goes to every client of the settings listeners.
     virtual void frameSent(const Client* receiver, const std::string& frame) = 0;
     virtual void frameRefused(const std::string& code) = 0;
     virtual void requestHandled(int type, RequestOutcome outcome) = 0;

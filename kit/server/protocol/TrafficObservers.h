@@ -13,19 +13,19 @@ class TrafficObservers : public TrafficObserver {
 public:
     void add(std::shared_ptr<TrafficObserver> observer) { observers.push_back(std::move(observer)); }
 
-    void clientArrived(const Client& client) override {
+    void clientConnected(const Client& client) override {
         for (const auto& observer : observers) {
-            observer->clientArrived(client);
+            observer->clientConnected(client);
         }
     }
-    void clientTurnedAway(Origin origin) override {
+    void clientRefused(Origin origin) override {
         for (const auto& observer : observers) {
-            observer->clientTurnedAway(origin);
+            observer->clientRefused(origin);
         }
     }
-    void clientLeft(const Client& client, Departure departure) override {
+    void clientDisconnected(const Client& client, DisconnectReason departure) override {
         for (const auto& observer : observers) {
-            observer->clientLeft(client, departure);
+            observer->clientDisconnected(client, departure);
         }
     }
     void frameReceived(const Client& client, const std::string& frame) override {

@@ -61,9 +61,9 @@ Acceptor::~Acceptor() {
     close();
 }
 
-void Acceptor::start(EventLoop& loop, Taker taker, Refuser refuser) {
-    take = std::move(taker);
-    refuse = std::move(refuser);
+void Acceptor::start(EventLoop& loop, OnConnection connected, OnRefused refused) {
+    onConnection = std::move(connected);
+    onRefused = std::move(refused);
     pause = std::make_shared<Pause>(*this);
     pause->open(loop.handle(), pause);
     watch = std::make_shared<Watch>(*this);
@@ -76,18 +76,18 @@ void Acceptor::accept() {
     do {
         accepted = ::accept4(listening.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
         if (accepted >= 0) {
-            take(accepted);
+            onConnection(accepted);
         } else if (errno == EMFILE || errno == ENFILE) {
-            turnAway();
+            refuseNext();
         }
     } while (accepted >= 0 && std::chrono::steady_clock::now() < end);
 }
 
-void Acceptor::turnAway() {
+void Acceptor::refuseNext() {
     spare = Descriptor();
     if (const Descriptor accepted(::accept4(listening.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
         accepted.get() >= 0) {
-        refuse(accepted.get());
+        onRefused(accepted.get());
     } else if (errno == EMFILE || errno == ENFILE) {
         rest();
     }

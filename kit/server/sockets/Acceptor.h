@@ -21,9 +21,9 @@ public:
     static constexpr unsigned pauseMilliseconds = 100;
 
     /// Takes a connected, non-blocking descriptor over.
-    using Taker = std::function<void(int descriptor)>;
-    /// May say farewell to a connection that is closed when it returns.
-    using Refuser = std::function<void(int descriptor)>;
+    using OnConnection = std::function<void(int descriptor)>;
+    /// May send a last message over a connection that is closed when it returns.
+    using OnRefused = std::function<void(int descriptor)>;
 
     /// `descriptor` listens and is non-blocking. A turn of the loop takes one connection, and more as long as some wait
     /// and the turn is shorter than `longestTurn`.
@@ -33,7 +33,7 @@ public:
     Acceptor(const Acceptor&) = delete;
     Acceptor& operator=(const Acceptor&) = delete;
 
-    void start(EventLoop& loop, Taker taker, Refuser refuser);
+    void start(EventLoop& loop, OnConnection connected, OnRefused refused);
     void close();
 
 private:
@@ -41,14 +41,14 @@ private:
     class Pause;
 
     void accept();
-    void turnAway();
+    void refuseNext();
     void rest();
 
     Descriptor listening;
     std::chrono::microseconds longestTurn;
     Descriptor spare;
-    Taker take;
-    Refuser refuse;
+    OnConnection onConnection;
+    OnRefused onRefused;
     std::shared_ptr<Watch> watch;
     std::shared_ptr<Pause> pause;
 };

@@ -41,13 +41,13 @@ void Backlog::release(const std::string& frame) {
         cost += costOf(frame.size()) + frameOverhead;
     }
     total -= cost;
-    letGo += cost;
+    released += cost;
 }
 
 void Backlog::countInput(std::size_t before, std::size_t now) {
     total += costOf(now);
     total -= costOf(before);
-    letGo += before > now ? before - now : 0;
+    released += before > now ? before - now : 0;
 }
 
 void Backlog::makeRoom() {
@@ -66,8 +66,8 @@ void Backlog::makeRoom() {
 }
 
 void Backlog::giveMemoryBack() {
-    if (letGo >= (total == 0 ? worthGivingBackAtRest : worthGivingBack)) {
-        letGo = 0;
+    if (released >= (total == 0 ? worthGivingBackAtRest : worthGivingBack)) {
+        released = 0;
         ::malloc_trim(0);
     }
 }

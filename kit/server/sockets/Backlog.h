@@ -12,9 +12,9 @@ namespace SettingsHost {
 
 class ClientBacklog;
 
-/// The one budget for all that waits for clients, at all doors together: frames that they have not read, and what they
-/// sent that could not be handled yet. Over the limit the client with most waiting is dropped, then the next one, until
-/// the rest fits. One thread only.
+/// The one budget for all that waits for clients, at all listeners together: frames that they have not read, and what
+/// they sent that could not be handled yet. Over the limit the client with most waiting is dropped, then the next one,
+/// until the rest fits. One thread only.
 ///
 /// Everything counts with the memory that it takes: a frame for many clients once, and each with what keeps it.
 class Backlog {
@@ -43,7 +43,7 @@ private:
     std::size_t limit;
     std::size_t total = 0;
     /// What was let go since memory went back to the system.
-    std::size_t letGo = 0;
+    std::size_t released = 0;
     /// Frames that wait, and for how many clients.
     std::unordered_map<const std::string*, std::size_t> frames;
     /// In the order in which they came.

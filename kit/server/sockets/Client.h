@@ -11,7 +11,7 @@ enum class Origin { SOCKET, PAGE, DEVICE };
 /// As it stands on the wire: "socket", "page" or "device".
 const char* originName(Origin origin);
 
-/// Somebody at one of the doors.
+/// Somebody at one of the listeners.
 class Client {
 public:
     Client() = default;
@@ -20,7 +20,7 @@ public:
     virtual ~Client() = default;
 
     /// Writes `frame`, which is shared with the other clients that it goes to, at once or queues it. Never calls a
-    /// door's owner back: also a client that is gone, or that lets too much wait and is disconnected for it, is
+    /// listener's owner back: also a client that is gone, or that lets too much wait and is disconnected for it, is
     /// reported later, from the event loop. So all clients can be sent to in a loop over them.
     virtual void send(const std::shared_ptr<const std::string>& frame) = 0;
 

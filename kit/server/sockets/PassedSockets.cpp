@@ -9,7 +9,7 @@
 
 #include <fcntl.h>
 
-#include "server/sockets/DoorError.h"
+#include "server/sockets/ListenerError.h"
 #include "service/manager/ManagerVariables.h"
 
 namespace SettingsHost {
@@ -20,7 +20,7 @@ namespace {
 constexpr int firstPlace = 3;
 
 [[noreturn]] void fail(const std::string& why) {
-    throw DoorError("cannot take the passed sockets over: " + why);
+    throw ListenerError("cannot take the passed sockets over: " + why);
 }
 
 int numberOfSockets() {
@@ -99,10 +99,10 @@ PassedSockets::PassedSockets(const std::set<std::string>& expected) {
     for (const auto& name : names) {
         Descriptor socket(place++);
         if (expected.count(name) == 0) {
-            throw DoorError("a socket named '" + name + "' was passed, but there is no such door");
+            throw ListenerError("a socket named '" + name + "' was passed, but there is no such door");
         }
         if (!sockets.emplace(name, std::move(socket)).second) {
-            throw DoorError("two sockets named '" + name + "' were passed");
+            throw ListenerError("two sockets named '" + name + "' were passed");
         }
     }
 }

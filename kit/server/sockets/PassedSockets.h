@@ -13,8 +13,8 @@ namespace SettingsHost {
 class PassedSockets {
 public:
     /// Takes over what was passed; to be called before anything else is opened. Without a service manager there is
-    /// nothing. Errors: `DoorError` when a socket's name is none of `expected`, two have the same, one is not open, or
-    /// names and number do not fit.
+    /// nothing. Errors: `ListenerError` when a socket's name is none of `expected`, two have the same, one is not open,
+    /// or names and number do not fit.
     explicit PassedSockets(const std::set<std::string>& expected);
 
     /// The socket of that name, once.

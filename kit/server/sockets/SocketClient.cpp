@@ -8,7 +8,7 @@
 #include <sys/socket.h>
 
 #include "Wire/FrameInspector.h"
-#include "server/sockets/UnixSocketDoor.h"
+#include "server/sockets/UnixSocketListener.h"
 
 namespace SettingsHost {
 
@@ -24,9 +24,12 @@ uv_buf_t bufferOf(const std::string& text, std::size_t from) {
 
 }  // namespace
 
-SocketClient::SocketClient(UnixSocketDoor& owningDoor, Origin origin)
-    : door(&owningDoor), clientOrigin(origin), framer(maximumFrameSize), backlog(owningDoor.events.backlog, [this] {
-          reason = Departure::TOO_SLOW;
+SocketClient::SocketClient(UnixSocketListener& owningListener, Origin origin)
+    : listener(&owningListener),
+      clientOrigin(origin),
+      framer(maximumFrameSize),
+      backlog(owningListener.events.backlog, [this] {
+          reason = DisconnectReason::TOO_SLOW;
           drop();
       }) {}
 
@@ -35,13 +38,13 @@ void SocketClient::send(const std::shared_ptr<const std::string>& frame) {
         return;
     }
     if (backlog.unreadBehindFirst() > maximumWaiting) {
-        reason = Departure::TOO_SLOW;
+        reason = DisconnectReason::TOO_SLOW;
         drop();
         return;
     }
     if (backlog.empty()) {
         // What the kernel takes at once needs no queue, which costs more than the writing. Errors are for the queue.
-        sentOfFirst = frame->size() <= maximumFrameSize ? writeAtOnce(door->lineOf(frame)) : 0;
+        sentOfFirst = frame->size() <= maximumFrameSize ? writeAtOnce(listener->lineOf(frame)) : 0;
         if (sentOfFirst > frame->size()) {
             return;
         }
@@ -106,7 +109,7 @@ void SocketClient::written(int status) {
     if (waitsForReader && !isBehind()) {
         waitsForReader = false;
         pause();
-        door->continueLater(shared());
+        listener->continueLater(shared());
     }
 }
 
@@ -137,7 +140,7 @@ void SocketClient::readOn() {
         stream(),
         [](uv_handle_t* handle, std::size_t, uv_buf_t* buffer) {
             SocketClient& client = ownerOf(handle);
-            auto& bytes = client.door->readBuffer->bytes;
+            auto& bytes = client.listener->readBuffer->bytes;
             *buffer = uv_buf_init(bytes.data(), static_cast<unsigned>(std::min(bytes.size(), client.framer.room())));
         },
         [](uv_stream_t* handle, ssize_t count, const uv_buf_t* buffer) {
@@ -175,8 +178,8 @@ void SocketClient::takeFrames() {
 
 void SocketClient::takeTurn(const std::shared_ptr<SocketClient>& self) {
     waitsForReader = false;
-    const auto end = std::chrono::steady_clock::now() + UnixSocketDoor::longestTurn;
-    for (std::size_t taken = 0; taken < UnixSocketDoor::framesPerTurn; ++taken) {
+    const auto end = std::chrono::steady_clock::now() + UnixSocketListener::longestTurn;
+    for (std::size_t taken = 0; taken < UnixSocketListener::framesPerTurn; ++taken) {
         // A turn that took all there was is over without another one.
         if (taken > 0 && framer.size() > 0 && std::chrono::steady_clock::now() >= end) {
             break;
@@ -198,14 +201,14 @@ void SocketClient::takeTurn(const std::shared_ptr<SocketClient>& self) {
             return;
         }
         if (frame->tooLarge) {
-            door->events.tooLarge(self);
+            listener->events.tooLarge(self);
         } else {
-            door->events.frame(self, frame->text);
+            listener->events.frame(self, frame->text);
         }
     }
     if (isOpen()) {
         pause();
-        door->continueLater(self);
+        listener->continueLater(self);
     }
 }
 
@@ -242,8 +245,8 @@ void SocketClient::drop() {
 }
 
 void SocketClient::closed() {
-    if (door != nullptr) {
-        door->remove(*this);
+    if (listener != nullptr) {
+        listener->remove(*this);
     }
 }
 

@@ -5,22 +5,22 @@
 #include <string>
 
 #include "server/loop/UvHandle.h"
-#include "server/sockets/DoorEvents.h"
 #include "server/sockets/LineFramer.h"
+#include "server/sockets/ListenerEvents.h"
 
 namespace SettingsHost {
 
-class UnixSocketDoor;
+class UnixSocketListener;
 
-/// One connection at a Unix socket. Owned by its door until it leaves, and by libuv until the handle is closed.
+/// One connection at a Unix socket. Owned by its listener until it leaves, and by libuv until the handle is closed.
 class SocketClient : public Client, public UvHandle<uv_pipe_t, SocketClient> {
 public:
-    /// `owningDoor` calls `detach` before it goes.
-    SocketClient(UnixSocketDoor& owningDoor, Origin origin);
+    /// `owningListener` calls `detach` before it goes.
+    SocketClient(UnixSocketListener& owningListener, Origin origin);
 
     void send(const std::shared_ptr<const std::string>& frame) override;
     Origin origin() const override { return clientOrigin; }
-    Departure departure() const { return reason; }
+    DisconnectReason departure() const { return reason; }
 
     /// Reads from now on.
     void start();
@@ -30,8 +30,8 @@ public:
     void finish();
     /// Closes at once.
     void drop();
-    void detach() { door = nullptr; }
-    /// Tells the door that this client is gone.
+    void detach() { listener = nullptr; }
+    /// Tells the listener that this client is gone.
     void closed();
 
 private:
@@ -49,9 +49,9 @@ private:
     void readOn();
     void pause();
 
-    UnixSocketDoor* door;
+    UnixSocketListener* listener;
     Origin clientOrigin;
-    Departure reason = Departure::CLOSED;
+    DisconnectReason reason = DisconnectReason::CLOSED;
     LineFramer framer;
     ClientBacklog backlog;
     /// What libuv writes: the first frames of the backlog, and nothing else that this client owns.

@@ -19,7 +19,7 @@ namespace SettingsHost {
 namespace {
 
 [[noreturn]] void fail(const std::string& what) {
-    throw DoorError(what + ": " + std::strerror(errno));
+    throw ListenerError(what + ": " + std::strerror(errno));
 }
 
 void makeFolder(const std::filesystem::path& folder) {
@@ -39,7 +39,8 @@ int openRuntimeFolder(const std::filesystem::path& folder) {
     Descriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (opened.get() < 0) {
         if (errno == ELOOP || errno == ENOTDIR) {
-            throw DoorError(folder.string() + " is a link or no folder; the host's sockets need a folder of their own");
+            throw ListenerError(folder.string() +
+                                " is a link or no folder; the host's sockets need a folder of their own");
         }
         fail("cannot open the folder " + folder.string());
     }
@@ -48,10 +49,10 @@ int openRuntimeFolder(const std::filesystem::path& folder) {
         fail("cannot look at the folder " + folder.string());
     }
     if (status.st_uid != ::geteuid()) {
-        throw DoorError("the folder " + folder.string() + " belongs to another user");
+        throw ListenerError("the folder " + folder.string() + " belongs to another user");
     }
     if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
-        throw DoorError("the folder " + folder.string() + " is writable by others");
+        throw ListenerError("the folder " + folder.string() + " is writable by others");
     }
     ::flock(opened.get(), LOCK_EX);
     return opened.release();
@@ -61,8 +62,8 @@ sockaddr_un addressOf(const std::string& path) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     if (path.size() >= sizeof(address.sun_path)) {
-        throw DoorError("the socket path is longer than " + std::to_string(sizeof(address.sun_path) - 1) +
-                        " bytes: " + path);
+        throw ListenerError("the socket path is longer than " + std::to_string(sizeof(address.sun_path) - 1) +
+                            " bytes: " + path);
     }
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
     return address;
@@ -78,11 +79,11 @@ void removeStaleSocket(const std::string& path, const sockaddr_un& address) {
         return;
     }
     if (!S_ISSOCK(status.st_mode)) {
-        throw DoorError(path + " exists and is no socket; it was left as it is");
+        throw ListenerError(path + " exists and is no socket; it was left as it is");
     }
     const Descriptor probe(::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
     if (::connect(probe.get(), generic(address), sizeof(address)) == 0 || errno != ECONNREFUSED) {
-        throw DoorError("another host listens at " + path);
+        throw ListenerError("another host listens at " + path);
     }
     if (::unlink(path.c_str()) != 0) {
         fail("cannot remove the stale socket " + path);

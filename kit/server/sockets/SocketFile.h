@@ -5,7 +5,7 @@
 
 #include <sys/types.h>
 
-#include "server/sockets/DoorError.h"
+#include "server/sockets/ListenerError.h"
 #include "service/Descriptor.h"
 
 namespace SettingsHost {
@@ -19,7 +19,7 @@ using SocketPlace = std::variant<std::string, Descriptor>;
 /// never removed.
 class SocketFile {
 public:
-    /// Errors: `DoorError`.
+    /// Errors: `ListenerError`.
     explicit SocketFile(SocketPlace place);
     /// Removes the file, see `remove`.
     ~SocketFile();

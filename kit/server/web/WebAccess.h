@@ -30,8 +30,8 @@ struct WebVisitor {
 class WebAccess {
 public:
     /// `address` is where the port listens, with its real number. `allowedOrigin`, unless empty, is one more origin
-    /// whose pages may connect. Who comes with `key` is given a cookie that is signed with `secret` and opens the door
-    /// for `CookieSigner::lifetime`. It is not renewed: after that the key has to be shown again.
+    /// whose pages may connect. Who comes with `key` is given a cookie that is signed with `secret` and opens the
+    /// server for `CookieSigner::lifetime`. It is not renewed: after that the key has to be shown again.
     WebAccess(const WebAddress& address, const std::string& allowedOrigin, std::string key, std::string secret,
               std::function<std::int64_t()> clock = secondsSinceEpoch);
 

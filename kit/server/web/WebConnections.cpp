@@ -4,21 +4,22 @@
 
 namespace SettingsHost {
 
-void WebConnections::admitted(lws* connection) {
-    const auto stranger = std::find(strangers.begin(), strangers.end(), connection);
-    if (stranger != strangers.end()) {
-        strangers.erase(stranger);
-        guests.insert(connection);
+void WebConnections::authenticate(lws* connection) {
+    const auto found = std::find(unauthenticated.begin(), unauthenticated.end(), connection);
+    if (found != unauthenticated.end()) {
+        unauthenticated.erase(found);
+        authenticated.insert(connection);
     }
 }
 
 void WebConnections::left(lws* connection) {
-    strangers.erase(std::remove(strangers.begin(), strangers.end(), connection), strangers.end());
-    guests.erase(connection);
+    unauthenticated.erase(std::remove(unauthenticated.begin(), unauthenticated.end(), connection),
+                          unauthenticated.end());
+    authenticated.erase(connection);
 }
 
-bool WebConnections::isStranger(lws* connection) const {
-    return std::find(strangers.begin(), strangers.end(), connection) != strangers.end();
+bool WebConnections::isUnauthenticated(lws* connection) const {
+    return std::find(unauthenticated.begin(), unauthenticated.end(), connection) != unauthenticated.end();
 }
 
 }  // namespace SettingsHost

@@ -4,48 +4,49 @@
 #include <unordered_set>
 #include <vector>
 
-#include "server/sockets/DoorEvents.h"
+#include "server/sockets/ListenerEvents.h"
 
 struct lws;
 
 namespace SettingsHost {
 
-/// Who is connected at the web port. Whoever has shown neither key nor cookie yet is a stranger. There are few places
-/// for strangers, so that they cannot take those of others.
+/// Who is connected at the web port. A connection that has shown neither key nor cookie is
+/// unauthenticated. Few of those are kept, so that they cannot use up the places of others.
 class WebConnections {
 public:
-    static constexpr std::size_t maximumStrangers = 32;
+    static constexpr std::size_t maximumUnauthenticated = 32;
 
-    void arrived(lws* connection) { strangers.push_back(connection); }
+    void arrived(lws* connection) { unauthenticated.push_back(connection); }
     /// It has shown key or cookie.
-    void admitted(lws* connection);
+    void authenticate(lws* connection);
     void left(lws* connection);
 
-    bool isStranger(lws* connection) const;
-    /// Is there room for one more stranger?
+    bool isUnauthenticated(lws* connection) const;
+    /// Is there room for one more unauthenticated connection?
     bool haveRoom() const {
-        return strangers.size() < maximumStrangers && strangers.size() + guests.size() < maximumClients;
+        return unauthenticated.size() < maximumUnauthenticated &&
+               unauthenticated.size() + authenticated.size() < maximumClients;
     }
     /// Null when there is none.
-    lws* oldestStranger() const { return strangers.empty() ? nullptr : strangers.front(); }
+    lws* oldestUnauthenticated() const { return unauthenticated.empty() ? nullptr : unauthenticated.front(); }
 
-    /// What all except `staying` have shown is worth nothing any more.
+    /// All except `staying` are unauthenticated from now on.
     template <typename Staying>
-    void forgetGuests(const Staying& staying) {
-        for (auto guest = guests.begin(); guest != guests.end();) {
-            if (staying(*guest)) {
-                ++guest;
+    void forgetAuthentication(const Staying& staying) {
+        for (auto connection = authenticated.begin(); connection != authenticated.end();) {
+            if (staying(*connection)) {
+                ++connection;
             } else {
-                strangers.push_back(*guest);
-                guest = guests.erase(guest);
+                unauthenticated.push_back(*connection);
+                connection = authenticated.erase(connection);
             }
         }
     }
 
 private:
     /// The oldest first. So few that looking through them costs nothing.
-    std::vector<lws*> strangers;
-    std::unordered_set<lws*> guests;
+    std::vector<lws*> unauthenticated;
+    std::unordered_set<lws*> authenticated;
 };
 
 }  // namespace SettingsHost

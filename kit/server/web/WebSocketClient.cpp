@@ -15,32 +15,32 @@ namespace {
 /// Of the statuses that applications may define.
 constexpr unsigned short closeStatusKeyReplaced = 4401;
 /// How long one that is locked out may take to read what the library has of a message, so that the status can follow.
-constexpr lws_usec_t lockOutGrace = 2 * LWS_USEC_PER_SEC;
+constexpr lws_usec_t revocationGrace = 2 * LWS_USEC_PER_SEC;
 
 /// The library keeps a copy of what a connection does not take at once, so it is given a part of a frame at a time.
 constexpr std::size_t largestPart = 16384;
 
 }  // namespace
 
-WebSocketClient::WebSocketClient(lws* itsConnection, Origin origin, const DoorEvents& doorEvents)
+WebSocketClient::WebSocketClient(lws* itsConnection, Origin origin, const ListenerEvents& listenerEvents)
     : connection(itsConnection),
       clientOrigin(origin),
-      events(doorEvents),
-      waiting(doorEvents.backlog, [this] { drop(Departure::TOO_SLOW); }) {}
+      events(listenerEvents),
+      waiting(listenerEvents.backlog, [this] { drop(DisconnectReason::TOO_SLOW); }) {}
 
 void WebSocketClient::send(const std::shared_ptr<const std::string>& frame) {
     if (gone || finishing) {
         return;
     }
     if (waiting.unreadBehindFirst() > maximumWaiting) {
-        drop(Departure::TOO_SLOW);
+        drop(DisconnectReason::TOO_SLOW);
         return;
     }
     if (!mayWriteAtOnce(*frame)) {
         waiting.push(frame);
         lws_callback_on_writable(connection);
     } else if (!write(*frame, 0, frame->size())) {
-        drop(Departure::CLOSED);
+        drop(DisconnectReason::CLOSED);
     }
 }
 
@@ -50,7 +50,7 @@ bool WebSocketClient::mayWriteAtOnce(const std::string& frame) const {
     return !answering && waiting.empty() && frame.size() <= largestPart && lws_partial_buffered(connection) == 0;
 }
 
-void WebSocketClient::drop(Departure why) {
+void WebSocketClient::drop(DisconnectReason why) {
     gone = true;
     departure = why;
     waiting.clear();
@@ -151,8 +151,8 @@ bool WebSocketClient::write(const std::string& frame, std::size_t from, std::siz
 }
 
 bool WebSocketClient::timerExpired() {
-    return lockedOut ? close(closeStatusKeyReplaced, "the key was replaced")
-                     : close(LWS_CLOSE_STATUS_GOINGAWAY, "the host stops");
+    return revoked ? close(closeStatusKeyReplaced, "the key was replaced")
+                   : close(LWS_CLOSE_STATUS_GOINGAWAY, "the host stops");
 }
 
 void WebSocketClient::finish() {
@@ -160,19 +160,19 @@ void WebSocketClient::finish() {
     lws_callback_on_writable(connection);
 }
 
-void WebSocketClient::lockOut() {
+void WebSocketClient::revoke() {
     if (gone) {
         return;
     }
     finishing = true;
-    lockedOut = true;
+    revoked = true;
     waiting.clear();
     if (lws_partial_buffered(connection) == 0) {
         lws_set_timer_usecs(connection, 1);
     } else {
         // Closed now, it would go without a status.
         lws_callback_on_writable(connection);
-        lws_set_timer_usecs(connection, lockOutGrace);
+        lws_set_timer_usecs(connection, revocationGrace);
     }
 }
 

@@ -5,17 +5,17 @@
 #include <string>
 
 #include "server/sockets/Client.h"
-#include "server/sockets/DoorEvents.h"
+#include "server/sockets/ListenerEvents.h"
 
 struct lws;
 
 namespace SettingsHost {
 
-/// One WebSocket connection. Its door calls the operations below as the connection does what they say; those that
+/// One WebSocket connection. Its server calls the operations below as the connection does what they say; those that
 /// return a bool answer false when the connection is to be closed now.
 class WebSocketClient : public Client, public std::enable_shared_from_this<WebSocketClient> {
 public:
-    WebSocketClient(lws* connection, Origin origin, const DoorEvents& events);
+    WebSocketClient(lws* connection, Origin origin, const ListenerEvents& events);
 
     void send(const std::shared_ptr<const std::string>& frame) override;
     Origin origin() const override { return clientOrigin; }
@@ -36,7 +36,7 @@ public:
     void finish();
     /// Closes with 4401, because what it came with is worthless now: at once, or when what was begun is read, within
     /// two seconds.
-    void lockOut();
+    void revoke();
 
 private:
     bool close(unsigned short status, const char* reason);
@@ -45,11 +45,11 @@ private:
     bool writeTurn();
     bool write(const std::string& frame, std::size_t from, std::size_t size);
     bool isBehind() const { return waiting.unread() > maximumUnread; }
-    void drop(Departure why);
+    void drop(DisconnectReason why);
 
     lws* connection;
     Origin clientOrigin;
-    const DoorEvents& events;
+    const ListenerEvents& events;
     std::string message;
     ClientBacklog waiting;
     /// How much of the first of them is on its way.
@@ -58,9 +58,9 @@ private:
     bool answering = false;
     bool paused = false;
     bool finishing = false;
-    bool lockedOut = false;
+    bool revoked = false;
     bool gone = false;
-    Departure departure = Departure::CLOSED;
+    DisconnectReason departure = DisconnectReason::CLOSED;
 };
 
 }  // namespace SettingsHost

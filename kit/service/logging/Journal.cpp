@@ -51,7 +51,7 @@ bool isStandardErrorTheJournal() {
            std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino) == journal;
 }
 
-std::string journalEntry(const VessaLogger::LogLine& line, const std::optional<RequestInHand>& request) {
+std::string journalEntry(const VessaLogger::LogLine& line, const std::optional<CurrentRequest>& request) {
     std::string entry;
     addField(entry, "MESSAGE", VessaLogger::escapeControlCharacters(line.text));
     addField(entry, "PRIORITY", priorityOf(line.level));

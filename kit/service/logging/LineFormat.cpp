@@ -45,7 +45,7 @@ std::string timeText(std::chrono::system_clock::time_point time) {
     return whole.data();
 }
 
-std::string jsonObject(const VessaLogger::LogLine& line, const std::optional<RequestInHand>& request) {
+std::string jsonObject(const VessaLogger::LogLine& line, const std::optional<CurrentRequest>& request) {
     rapidjson::StringBuffer buffer;
     rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
     writer.StartObject();

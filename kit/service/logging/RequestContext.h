@@ -7,7 +7,7 @@
 namespace SettingsHost {
 
 /// A request that is being handled.
-struct RequestInHand {
+struct CurrentRequest {
     int type = 0;
     /// Which setting it is about; empty when it is about none.
     std::string setting;
@@ -19,21 +19,21 @@ public:
     /// The request is in hand while this lives.
     class Scope {
     public:
-        Scope(RequestContext& requestContext, RequestInHand request)
-            : context(requestContext), before(std::exchange(context.inHand, std::move(request))) {}
-        ~Scope() { context.inHand = std::move(before); }
+        Scope(RequestContext& requestContext, CurrentRequest request)
+            : context(requestContext), before(std::exchange(context.request, std::move(request))) {}
+        ~Scope() { context.request = std::move(before); }
         Scope(const Scope&) = delete;
         Scope& operator=(const Scope&) = delete;
 
     private:
         RequestContext& context;
-        std::optional<RequestInHand> before;
+        std::optional<CurrentRequest> before;
     };
 
-    const std::optional<RequestInHand>& current() const { return inHand; }
+    const std::optional<CurrentRequest>& current() const { return request; }
 
 private:
-    std::optional<RequestInHand> inHand;
+    std::optional<CurrentRequest> request;
 };
 
 }  // namespace SettingsHost

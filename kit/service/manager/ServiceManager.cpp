@@ -35,23 +35,23 @@ void tell(const std::string& state) {
 
 }  // namespace
 
-void tellStarting(const std::string& status) {
+void notifyStarting(const std::string& status) {
     tell("STATUS=" + status);
 }
 
-void tellReady(const std::string& status) {
+void notifyReady(const std::string& status) {
     tell("READY=1\nSTATUS=" + status);
 }
 
-void tellStopping(const std::string& status) {
+void notifyStopping(const std::string& status) {
     tell("STOPPING=1\nSTATUS=" + status);
 }
 
-void tellAlive() {
+void notifyAlive() {
     tell("WATCHDOG=1");
 }
 
-std::optional<std::chrono::milliseconds> patienceOfServiceManager() {
+std::optional<std::chrono::milliseconds> watchdogTimeout() {
     try {
         const auto microseconds = managerNumber("WATCHDOG_USEC");
         constexpr auto longest = static_cast<std::uint64_t>(std::chrono::microseconds::max().count());

@@ -5,7 +5,7 @@
 
 namespace SettingsHost {
 
-/// What the host still needs of the file system once its doors are open.
+/// What the host still needs of the file system once its listeners are open.
 struct SandboxFolders {
     /// Where it makes, changes, renames and removes files.
     std::vector<std::string> changed;

@@ -113,7 +113,7 @@ public:
     std::string sendMessage(int messageType, rapidjson::Document& payload) override {
         const std::string text = jsonText(payload);
         journal.add("transport.sendMessage(" + std::to_string(messageType) + ", " + text + ")");
-        letGo(payload);
+        released(payload);
         const std::lock_guard<std::mutex> lock(mutex);
         sent.push_back({messageType, "event-" + std::to_string(++events), text});
         return sent.back().messageId;
@@ -122,7 +122,7 @@ public:
     void sendResponse(const std::string& messageId, rapidjson::Document& payload) override {
         const std::string text = jsonText(payload);
         journal.add("transport.sendResponse(" + messageId + ", " + text + ")");
-        letGo(payload);
+        released(payload);
         const std::lock_guard<std::mutex> lock(mutex);
         sent.push_back({0, messageId, text});
     }
@@ -134,7 +134,7 @@ public:
     }
 
 private:
-    void letGo(rapidjson::Document& payload) const {
+    void released(rapidjson::Document& payload) const {
         if (!keepsPayloads) {
             const rapidjson::Document taken(std::move(payload));
         }

@@ -14,7 +14,7 @@ class Follower : public DeviceAbstractionLayer::DeviceInfoObserverInterface,
 public:
     explicit Follower(SimulatedSdkBridge& bridge) : sdk(bridge) {}
     std::vector<std::string> told;
-    HandlerTally tally;
+    HandlerCounts counts;
     /// What comes of the next system settings.
     bool acceptsSettings = true;
     bool storageFails = false;
@@ -27,8 +27,8 @@ public:
     void notifyDeviceModeChanged(std::string) override {}
     void notifySystemSettingChanged(std::string name, std::string value) override {
         told.push_back(name + "=" + value);
-        tally.events += acceptsSettings ? 1 : 0;
-        tally.storageFailures += storageFails ? 1 : 0;
+        counts.events += acceptsSettings ? 1 : 0;
+        counts.storageFailures += storageFails ? 1 : 0;
     }
     void notifyHandsfreeStateChanged(bool enabled) override { told.push_back(enabled ? "on" : "off"); }
 
@@ -59,7 +59,7 @@ protected:
         std::make_shared<SimulatedSdkBridge>(state, storage, device, [](const std::string&) {});
     std::shared_ptr<SimulatedAppLaunch> launcher = std::make_shared<SimulatedAppLaunch>();
     std::shared_ptr<Follower> observer = std::make_shared<Follower>(*sdk);
-    DeviceCommands commands{device, sdk, launcher, [this] { return observer->tally; }};
+    DeviceCommands commands{device, sdk, launcher, [this] { return observer->counts; }};
 };
 
 TEST_F(DeviceCommandsTest, ShowTellsTheWholeState) {

@@ -60,7 +60,7 @@ protected:
     std::shared_ptr<SimulatedSdkBridge> sdk = std::make_shared<SimulatedSdkBridge>(
         state, storage, device, [this](const std::string& key) { hub->valueChanged(key); });
     DeviceCommands commands{device, sdk, std::make_shared<SimulatedAppLaunch>(), [this] {
-                                return HandlerTally{hub->eventsSent(), 0};
+                                return HandlerCounts{hub->eventsSent(), 0};
                             }};
     std::string address = "http://127.0.0.1:1/?key=k";
     std::optional<std::string> renewed = "http://127.0.0.1:1/?key=new";
@@ -148,7 +148,7 @@ TEST_F(DeviceConsoleTest, MakesANewKeyForThePagesWhenAskedAndSaysWhenItCannot) {
 TEST_F(DeviceConsoleTest, TheKeyOfThePagesIsForTheSocketAlone) {
     watch(true);
     for (const auto* frame : {R"({"command":"page"})", R"({"command":"page","newKey":true})"}) {
-        console.receive(client, frame, DeviceDoor::WEB);
+        console.receive(client, frame, DeviceListener::WEB);
         EXPECT_EQ(client->take(),
                   std::vector<std::string>{
                       R"({"error":{"code":"not-here","message":"only the device socket answers this"}})"});
@@ -208,7 +208,7 @@ TEST_F(DeviceConsoleTest, WatchingEndsWhenAskedAndWithTheConnection) {
     answerTo(captionsOn);
     EXPECT_EQ(traced(), std::vector<std::string>{});
     watch(true);
-    console.left(watcher, Departure::CLOSED);
+    console.left(watcher, DisconnectReason::CLOSED);
     EXPECT_EQ(recording->take().back(), "left device CLOSED");
     answerTo(captionsOn);
     EXPECT_EQ(traced(), std::vector<std::string>{});

@@ -13,40 +13,40 @@ std::string nested(std::size_t depth) {
 bool passes(const std::string& frame) {
     rapidjson::Document request;
     EXPECT_FALSE(inspectFrame(frame, request)) << frame;
-    return requestMayReachHandler(request);
+    return isRequestSafeForHandler(request);
 }
 
 }  // namespace
 
 TEST(LocaleGuard, LetsOtherSettingsPass) {
     for (const auto* key : {"deviceName", "OrliaLocale", "orliaLocale ", ""}) {
-        EXPECT_TRUE(mayReachHandler(key, "{}")) << key;
+        EXPECT_TRUE(isSafeForHandler(key, "{}")) << key;
     }
 }
 
 TEST(LocaleGuard, LetsArraysPassAndWhatIsNoJson) {
     for (const auto* value : {"[]", R"(["en-US"])", " [1, null] ", "", "en-US", "[", R"(["en-US"] x)"}) {
-        EXPECT_TRUE(mayReachHandler("orliaLocale", value)) << value;
+        EXPECT_TRUE(isSafeForHandler("orliaLocale", value)) << value;
     }
 }
 
 TEST(LocaleGuard, KeepsOtherJsonAway) {
     for (const auto* value : {"{}", R"("en-US")", "5", "null", "true", " {\"a\":[]} ", "1e5"}) {
-        EXPECT_FALSE(mayReachHandler("orliaLocale", value)) << value;
+        EXPECT_FALSE(isSafeForHandler("orliaLocale", value)) << value;
     }
 }
 
 TEST(LocaleGuard, SeesTheEndWhereTheHandlerDoes) {
-    EXPECT_FALSE(mayReachHandler("orliaLocale", std::string("{}\0[", 4)));
-    EXPECT_TRUE(mayReachHandler("orliaLocale", std::string("[]\0{}", 5)));
-    EXPECT_TRUE(mayReachHandler("orliaLocale", std::string("\0{}", 3)));
+    EXPECT_FALSE(isSafeForHandler("orliaLocale", std::string("{}\0[", 4)));
+    EXPECT_TRUE(isSafeForHandler("orliaLocale", std::string("[]\0{}", 5)));
+    EXPECT_TRUE(isSafeForHandler("orliaLocale", std::string("\0{}", 3)));
 }
 
 TEST(LocaleGuard, LimitsTheNesting) {
-    EXPECT_TRUE(mayReachHandler("orliaLocale", nested(32)));
-    EXPECT_FALSE(mayReachHandler("orliaLocale", nested(33)));
-    EXPECT_FALSE(mayReachHandler("orliaLocale", nested(200000)));
-    EXPECT_TRUE(mayReachHandler("orliaLocale", std::string(200000, '['))) << "no JSON: the handler refuses it";
+    EXPECT_TRUE(isSafeForHandler("orliaLocale", nested(32)));
+    EXPECT_FALSE(isSafeForHandler("orliaLocale", nested(33)));
+    EXPECT_FALSE(isSafeForHandler("orliaLocale", nested(200000)));
+    EXPECT_TRUE(isSafeForHandler("orliaLocale", std::string(200000, '['))) << "no JSON: the handler refuses it";
 }
 
 TEST(LocaleGuard, ReadsRequestsAsTheHandlerDoes) {
@@ -68,7 +68,7 @@ TEST(LocaleGuard, ReadsRequestsAsTheHandlerDoes) {
     EXPECT_TRUE(payloadPasses(R"({"settingDBId":"orliaLocale","to":{}})"));
     EXPECT_TRUE(payloadPasses(R"({"settingDBId":5,"to":"{}"})"));
     EXPECT_TRUE(passes("{}"));
-    EXPECT_TRUE(requestMayReachHandler(rapidjson::Value(rapidjson::kArrayType)));
+    EXPECT_TRUE(isRequestSafeForHandler(rapidjson::Value(rapidjson::kArrayType)));
 }
 
 }  // namespace SettingsHost

@@ -153,7 +153,7 @@ protected:
         return calls;
     }
 
-    static const Names strangers;
+    static const Names unauthenticated;
     static std::unique_ptr<TestSupport::TemporaryDirectory> used;
 
     SettingsHostTests::LogRecording log;
@@ -196,14 +196,14 @@ private:
                                  ".restoring-wal", ".backup.new-wal", ".backup.new-journal"}) {
             write(file + name, secret(3000));
         }
-        for (const auto& name : strangers) {
+        for (const auto& name : unauthenticated) {
             write(*used / name, "somebody else's");
         }
     }
 };
 
-const Names LogOutTest::strangers{"my-settings.db.damaged",  "settings.db.2",      "settings.db.backup",
-                                  "settings.db.backup.copy", "settings.db.damage", "settings.db.damaged.old"};
+const Names LogOutTest::unauthenticated{"my-settings.db.damaged",  "settings.db.2",      "settings.db.backup",
+                                        "settings.db.backup.copy", "settings.db.damage", "settings.db.damaged.old"};
 std::unique_ptr<TestSupport::TemporaryDirectory> LogOutTest::used;
 
 TEST_F(LogOutTest, LeavesNothingOfAnyValueInAnyFile) {
@@ -212,7 +212,7 @@ TEST_F(LogOutTest, LeavesNothingOfAnyValueInAnyFile) {
     expectAllIsThere(running);
     EXPECT_TRUE(running.storage.clearStorage());
     expectNothingIsThere(running);
-    Names expected = strangers;
+    Names expected = unauthenticated;
     expected.insert(expected.end(), {"settings.db", "settings.db-wal", "settings.db.backup.1"});
     std::sort(expected.begin(), expected.end());
     EXPECT_EQ(files(), expected);

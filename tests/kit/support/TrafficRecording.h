@@ -11,11 +11,11 @@ namespace SettingsHost {
 /// Keeps what it is told as lines, in order.
 class TrafficRecording : public TrafficObserver {
 public:
-    void clientArrived(const Client& client) override { add(std::string("arrived ") + originName(client.origin())); }
-    void clientTurnedAway(Origin origin) override { add(std::string("turned away ") + originName(origin)); }
-    void clientLeft(const Client& client, Departure departure) override {
+    void clientConnected(const Client& client) override { add(std::string("arrived ") + originName(client.origin())); }
+    void clientRefused(Origin origin) override { add(std::string("turned away ") + originName(origin)); }
+    void clientDisconnected(const Client& client, DisconnectReason departure) override {
         add(std::string("left ") + originName(client.origin()) +
-            (departure == Departure::TOO_SLOW ? " TOO_SLOW" : " CLOSED"));
+            (departure == DisconnectReason::TOO_SLOW ? " TOO_SLOW" : " CLOSED"));
     }
     void frameReceived(const Client& /*client*/, const std::string& frame) override { add("received " + frame); }
     void frameSent(const Client* receiver, const std::string& frame) override {

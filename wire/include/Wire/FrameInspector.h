@@ -7,7 +7,7 @@
 
 namespace SettingsHost {
 
-/// Frames to this size are taken, on every door.
+/// Frames to this size are taken, on every listener.
 constexpr std::size_t maximumFrameSize = 65536;
 
 /// Why the transport itself refuses a frame.

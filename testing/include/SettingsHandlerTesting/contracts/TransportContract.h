@@ -22,7 +22,7 @@ namespace SettingsHandlerTesting {
 
 /// What a client of a transport received.
 struct ReceivedMessage {
-    /// A reply reaches the asker, an event everybody.
+    /// A reply reaches the requester, an event everybody.
     enum Kind { REPLY, EVENT };
     /// A reply or an event.
     Kind kind = REPLY;

@@ -1,7 +1,7 @@
 #include <csignal>
 
 #include "server/loop/EventLoop.h"
-#include "server/sockets/UnixSocketDoor.h"
+#include "server/sockets/UnixSocketListener.h"
 #include "support/LineClient.h"
 #include "support/TemporaryDirectory.h"
 
@@ -22,7 +22,7 @@ protected:
 
 TEST_F(EventLoopTest, ASignalBeforeTheRunEndsIt) {
     TestSupport::TemporaryDirectory folder;
-    UnixSocketDoor door(loop, folder / "door.sock", Origin::SOCKET, DoorEvents{});
+    UnixSocketListener listener(loop, folder / "door.sock", Origin::SOCKET, ListenerEvents{});
     ::raise(SIGUSR2);
     loop.run();
     EXPECT_EQ(signals, 1);
@@ -37,19 +37,19 @@ TEST_F(EventLoopTest, DrainingEndsAtOnceWhenNothingIsOpen) {
 TEST_F(EventLoopTest, DrainingWaitsForAClientThatDoesNotReadNoLongerThanASecondSignal) {
     TestSupport::TemporaryDirectory folder;
     const auto large = std::make_shared<const std::string>(900000, 'x');
-    UnixSocketDoor door(loop, folder / "door.sock", Origin::SOCKET,
-                        DoorEvents{[](const auto&) {}, [](const auto&, Departure) {},
-                                   [&](const auto& client, const auto&) {
-                                       client->send(large);
-                                       loop.stop();
-                                   },
-                                   [](const auto&) {}, [](Origin) {}});
+    UnixSocketListener listener(loop, folder / "door.sock", Origin::SOCKET,
+                                ListenerEvents{[](const auto&) {}, [](const auto&, DisconnectReason) {},
+                                               [&](const auto& client, const auto&) {
+                                                   client->send(large);
+                                                   loop.stop();
+                                               },
+                                               [](const auto&) {}, [](Origin) {}});
     TestSupport::LineClient stuck(folder / "door.sock");
     stuck.sendLine("x");
     loop.run();
-    door.close();
+    listener.close();
     ::raise(SIGUSR2);
-    loop.drain(3600000, [&] { door.closeNow(); });
+    loop.drain(3600000, [&] { listener.closeNow(); });
     EXPECT_EQ(signals, 1);
     EXPECT_LT(stuck.receiveAll().size(), large->size());
     EXPECT_TRUE(stuck.closedByPeer());

@@ -112,7 +112,7 @@ TEST_F(HostMetricsTest, CountsRequestsByTypeAndOutcomeAndRefusalsByCode) {
     metrics.requestHandled(7, RequestOutcome::ANSWERED);
     metrics.requestHandled(24, RequestOutcome::CHANGED);
     metrics.requestHandled(24, RequestOutcome::CHANGED);
-    metrics.requestHandled(24, RequestOutcome::KEPT_AWAY);
+    metrics.requestHandled(24, RequestOutcome::REJECTED);
     metrics.requestHandled(18, RequestOutcome::ANSWERED);
     metrics.requestHandled(19, RequestOutcome::SILENT);
     metrics.requestHandled(22, RequestOutcome::FAILED);
@@ -130,20 +130,20 @@ TEST_F(HostMetricsTest, CountsRequestsByTypeAndOutcomeAndRefusalsByCode) {
 }
 
 TEST_F(HostMetricsTest, KnowsWhoIsConnectedWhoWasTooSlowAndWhoWasTurnedAway) {
-    metrics.clientArrived(onSocket);
-    metrics.clientArrived(onSocket);
-    metrics.clientArrived(onPage);
-    metrics.clientArrived(onDevice);
-    metrics.clientLeft(onSocket, Departure::CLOSED);
-    metrics.clientLeft(onPage, Departure::TOO_SLOW);
+    metrics.clientConnected(onSocket);
+    metrics.clientConnected(onSocket);
+    metrics.clientConnected(onPage);
+    metrics.clientConnected(onDevice);
+    metrics.clientDisconnected(onSocket, DisconnectReason::CLOSED);
+    metrics.clientDisconnected(onPage, DisconnectReason::TOO_SLOW);
     metrics.frameReceived(onSocket, "x");
     metrics.frameSent(nullptr, "x");
     EXPECT_EQ(lines("settings_host_clients{"),
               (std::vector<std::string>{R"(door="device"} 1)", R"(door="socket"} 1)"}));
     EXPECT_EQ(lines("settings_host_slow_clients_disconnected_total"), std::vector<std::string>{R"({door="page"} 1)"});
-    metrics.clientTurnedAway(Origin::SOCKET);
-    metrics.clientTurnedAway(Origin::SOCKET);
-    metrics.clientTurnedAway(Origin::DEVICE);
+    metrics.clientRefused(Origin::SOCKET);
+    metrics.clientRefused(Origin::SOCKET);
+    metrics.clientRefused(Origin::DEVICE);
     EXPECT_EQ(lines("settings_host_clients_turned_away_total"),
               (std::vector<std::string>{R"({door="device"} 1)", R"({door="socket"} 2)"}));
 }

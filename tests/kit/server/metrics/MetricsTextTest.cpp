@@ -29,7 +29,7 @@ TEST(MetricsTextTest, DescribesEachFamilyOnceAndGivesItsSeries) {
     HostMetrics metrics("1.2.3");
     RecordingClient onPage{Origin::PAGE};
     metrics.recordCounter("deviceName_Nursery", 0, 1, 1.0);
-    metrics.clientArrived(onPage);
+    metrics.clientConnected(onPage);
     metrics.frameRefused("not-json");
     metrics.requestHandled(24, RequestOutcome::CHANGED);
     metrics.storageOperation(StorageOperation::WRITE, false, std::chrono::milliseconds(250));

@@ -1,7 +1,7 @@
 #include <utility>
 
 #include "Utils/Rapidjson.h"
-#include "handler/ReadingGuard.h"
+#include "handler/BoundedStorage.h"
 #include "kit/support/LogRecording.h"
 #include "kit/support/RecordingClient.h"
 #include "kit/support/TrafficRecording.h"
@@ -28,7 +28,7 @@ std::string codeOf(const std::vector<std::string>& frames) {
 class MessageHubTest : public ::testing::Test {
 protected:
     MessageHubTest() {
-        hub.addClient(asker);
+        hub.addClient(requester);
         hub.addClient(other);
         for (const int type : {7, 24}) {
             hub.registerMessageHandler(type, [this](const std::string& text) {
@@ -49,7 +49,7 @@ protected:
     SettingsHostTests::LogRecording log;
     std::shared_ptr<TrafficRecording> traffic = std::make_shared<TrafficRecording>();
     MessageHub hub{traffic};
-    std::shared_ptr<RecordingClient> asker = std::make_shared<RecordingClient>();
+    std::shared_ptr<RecordingClient> requester = std::make_shared<RecordingClient>();
     std::shared_ptr<RecordingClient> other = std::make_shared<RecordingClient>();
     std::vector<std::string> delivered;
     std::function<void()> onDelivery;
@@ -57,9 +57,9 @@ protected:
 
 TEST_F(MessageHubTest, DeliversTheWholeTextToTheHandlerOfItsType) {
     const std::string text = R"( {"type":7, "extra": [1] } )";
-    hub.receive(asker, text);
+    hub.receive(requester, text);
     EXPECT_EQ(delivered, std::vector<std::string>{text});
-    EXPECT_TRUE(asker->take().empty());
+    EXPECT_TRUE(requester->take().empty());
 }
 
 TEST_F(MessageHubTest, RefusesToTheSenderAloneAndStaysUsable) {
@@ -72,26 +72,26 @@ TEST_F(MessageHubTest, RefusesToTheSenderAloneAndStaysUsable) {
         {R"({"type":"7"})", "unknown-type"},
         {"{\"type\":7,\"a\":" + std::string(32, '[') + std::string(32, ']') + "}", "too-deep"}};
     for (const auto& [frame, code] : refusals) {
-        hub.receive(asker, frame);
-        EXPECT_EQ(codeOf(asker->take()), code) << frame;
+        hub.receive(requester, frame);
+        EXPECT_EQ(codeOf(requester->take()), code) << frame;
     }
-    hub.refuseTooLarge(*asker);
-    EXPECT_EQ(codeOf(asker->take()), "too-large");
+    hub.refuseTooLarge(*requester);
+    EXPECT_EQ(codeOf(requester->take()), "too-large");
     EXPECT_TRUE(other->take().empty());
     EXPECT_TRUE(delivered.empty());
-    hub.receive(asker, R"({"type":7})");
+    hub.receive(requester, R"({"type":7})");
     EXPECT_EQ(delivered.size(), 1U);
 }
 
 TEST_F(MessageHubTest, KeepsUnusableLocalesAwayWithoutAnAnswer) {
-    hub.receive(asker, R"({"type":24,"timestamp":1,"payload":{"settingDBId":"orliaLocale","to":"{}"}})");
+    hub.receive(requester, R"({"type":24,"timestamp":1,"payload":{"settingDBId":"orliaLocale","to":"{}"}})");
     EXPECT_TRUE(delivered.empty());
-    EXPECT_TRUE(asker->take().empty());
+    EXPECT_TRUE(requester->take().empty());
     EXPECT_EQ(log.take(),
               std::vector<std::string>{
                   "3 settings-host:a locale value that is no array within the nesting limit was kept away"});
     // The guard is for writes alone.
-    hub.receive(asker, R"({"type":7,"payload":{"settingDBId":"orliaLocale","to":"{}"}})");
+    hub.receive(requester, R"({"type":7,"payload":{"settingDBId":"orliaLocale","to":"{}"}})");
     EXPECT_EQ(delivered.size(), 1U);
 }
 
@@ -101,8 +101,8 @@ TEST_F(MessageHubTest, RepliesToTheAskerAlone) {
         payload.AddMember("settings", rapidjson::Value(rapidjson::kObjectType), payload.GetAllocator());
         hub.sendResponse("m1", payload);
     };
-    hub.receive(asker, R"({"type":7})");
-    EXPECT_EQ(asker->take(), std::vector<std::string>{R"({"type":7,"messageId":"m1","payload":{"settings":{}}})"});
+    hub.receive(requester, R"({"type":7})");
+    EXPECT_EQ(requester->take(), std::vector<std::string>{R"({"type":7,"messageId":"m1","payload":{"settings":{}}})"});
     EXPECT_TRUE(other->take().empty());
 }
 
@@ -119,9 +119,9 @@ TEST_F(MessageHubTest, ALargeReplyForWhichThereIsNoRoomIsNotMade) {
     });
     const auto ask = [&](std::size_t size, char byte = 'v') {
         value = std::string(size, byte);
-        limited.receive(asker, R"({"type":7})");
-        EXPECT_EQ(asker->frames.size(), 1U);
-        return asker->take();
+        limited.receive(requester, R"({"type":7})");
+        EXPECT_EQ(requester->frames.size(), 1U);
+        return requester->take();
     };
     EXPECT_EQ(ask(390000)[0], R"({"type":7,"messageId":"m","payload":{"v":")" + std::string(390000, 'v') + "\"}}");
     EXPECT_EQ(codeOf(ask(limit)), "busy");
@@ -138,9 +138,9 @@ TEST_F(MessageHubTest, ALargeReplyForWhichThereIsNoRoomIsNotMade) {
 
 TEST_F(MessageHubTest, TheAskerOfMoreThanThereIsMemoryForIsToldSo) {
     traffic->take();
-    onDelivery = [] { throw TooMuchAsked("too much"); };
-    hub.receive(asker, R"({"type":7})");
-    const auto answer = asker->take();
+    onDelivery = [] { throw ReadLimitExceeded("too much"); };
+    hub.receive(requester, R"({"type":7})");
+    const auto answer = requester->take();
     EXPECT_EQ(codeOf(answer), "busy");
     EXPECT_TRUE(other->take().empty());
     EXPECT_TRUE(log.take().empty());
@@ -149,16 +149,16 @@ TEST_F(MessageHubTest, TheAskerOfMoreThanThereIsMemoryForIsToldSo) {
 }
 
 TEST_F(MessageHubTest, KeepsNobodyWhoseRequestIsOver) {
-    hub.receive(asker, R"({"type":7})");
+    hub.receive(requester, R"({"type":7})");
     rapidjson::Document payload(rapidjson::kObjectType);
     hub.sendResponse("late", payload);
-    EXPECT_TRUE(asker->take().empty());
+    EXPECT_TRUE(requester->take().empty());
     onDelivery = [] { throw std::runtime_error("collaborator"); };
-    hub.receive(asker, R"({"type":7})");
+    hub.receive(requester, R"({"type":7})");
     hub.sendResponse("late", payload);
-    EXPECT_TRUE(asker->take().empty());
-    const std::weak_ptr<RecordingClient> gone = asker;
-    hub.removeClient(std::exchange(asker, nullptr), Departure::CLOSED);
+    EXPECT_TRUE(requester->take().empty());
+    const std::weak_ptr<RecordingClient> gone = requester;
+    hub.removeClient(std::exchange(requester, nullptr), DisconnectReason::CLOSED);
     EXPECT_TRUE(gone.expired());
 }
 
@@ -172,7 +172,7 @@ TEST_F(MessageHubTest, TheLogIsToldASettingsNameOfBoundedLength) {
     told.registerMessageHandler(24, note);
     told.registerMessageHandler(7, note);
     const auto handle = [&](int type, const std::string& key) {
-        told.receive(asker, "{\"type\":" + std::to_string(type) + R"(,"payload":{"settingDBId":")" + key + "\"}}");
+        told.receive(requester, "{\"type\":" + std::to_string(type) + R"(,"payload":{"settingDBId":")" + key + "\"}}");
     };
     handle(24, "deviceName");
     handle(24, std::string(256, 'k'));
@@ -186,22 +186,22 @@ TEST_F(MessageHubTest, TheLogIsToldASettingsNameOfBoundedLength) {
 }
 
 TEST_F(MessageHubTest, EventsAreNumberedWhoeverIsThere) {
-    hub.removeClient(asker, Departure::CLOSED);
+    hub.removeClient(requester, DisconnectReason::CLOSED);
     sendEvent("deviceName");
-    hub.removeClient(other, Departure::CLOSED);
+    hub.removeClient(other, DisconnectReason::CLOSED);
     sendEvent("deviceName");
     sendEvent("deviceName");
-    hub.addClient(asker);
+    hub.addClient(requester);
     sendEvent("deviceName");
-    ASSERT_EQ(asker->frames.size(), 1U);
-    EXPECT_EQ(parsed(asker->take()[0])["sequence"].GetInt(), 4);
+    ASSERT_EQ(requester->frames.size(), 1U);
+    EXPECT_EQ(parsed(requester->take()[0])["sequence"].GetInt(), 4);
     EXPECT_EQ(parsed(other->take().at(0))["sequence"].GetInt(), 1);
 }
 
 TEST_F(MessageHubTest, AReplyThatNobodyAskedForGoesNowhere) {
     rapidjson::Document payload(rapidjson::kObjectType);
     hub.sendResponse("m1", payload);
-    EXPECT_TRUE(asker->take().empty());
+    EXPECT_TRUE(requester->take().empty());
 }
 
 TEST_F(MessageHubTest, EventsGoToEveryClientAsOneSharedFrame) {
@@ -212,10 +212,10 @@ TEST_F(MessageHubTest, EventsGoToEveryClientAsOneSharedFrame) {
         second = sendEvent("timezone");
     };
     const auto before = std::chrono::system_clock::now();
-    hub.receive(asker, R"({"type":24})");
-    ASSERT_EQ(asker->frames.size(), 2U);
-    EXPECT_EQ(asker->frames[0].get(), other->frames[0].get());
-    const auto event = parsed(asker->take()[0]);
+    hub.receive(requester, R"({"type":24})");
+    ASSERT_EQ(requester->frames.size(), 2U);
+    EXPECT_EQ(requester->frames[0].get(), other->frames[0].get());
+    const auto event = parsed(requester->take()[0]);
     EXPECT_EQ(event["type"].GetInt(), 25);
     EXPECT_EQ(event["messageId"].GetString(), first);
     EXPECT_NE(first, second);
@@ -246,14 +246,14 @@ TEST_F(MessageHubTest, ANoticeFollowsTheEventsForChangesWithoutOne) {
         hub.valueChanged("timezone");
         sendEvent("deviceName");
     };
-    hub.receive(asker, R"({"type":24})");
+    hub.receive(requester, R"({"type":24})");
     const auto frames = other->take();
     ASSERT_EQ(frames.size(), 2U);
     EXPECT_EQ(parsed(frames[0])["type"].GetInt(), 25);
     EXPECT_EQ(frames[1], R"({"notice":{"reread":["captionsEnabled","timezone"]}})");
     // The next dispatch starts anew.
     onDelivery = [&] { hub.valueChanged("deviceName"); };
-    hub.receive(asker, R"({"type":24})");
+    hub.receive(requester, R"({"type":24})");
     EXPECT_EQ(other->take(), std::vector<std::string>{R"({"notice":{"reread":["deviceName"]}})"});
 }
 
@@ -262,7 +262,7 @@ TEST_F(MessageHubTest, NoNoticeWhenTheEventsSaidItAll) {
         hub.valueChanged("friendlyName");
         sendEvent("friendlyName");
     };
-    hub.receive(asker, R"({"type":24})");
+    hub.receive(requester, R"({"type":24})");
     EXPECT_EQ(other->take().size(), 1U);
 }
 
@@ -271,11 +271,11 @@ TEST_F(MessageHubTest, AnExceptionOfADeliveryIsLoggedAndTheNextIsServed) {
         hub.valueChanged("timezone");
         throw std::runtime_error("collaborator");
     };
-    hub.receive(asker, R"({"type":24})");
+    hub.receive(requester, R"({"type":24})");
     EXPECT_EQ(log.take(), std::vector<std::string>{"3 settings-host:a request of type 24 failed: collaborator"});
     EXPECT_EQ(other->take(), std::vector<std::string>{R"({"notice":{"reread":["timezone"]}})"});
     onDelivery = nullptr;
-    hub.receive(asker, R"({"type":24})");
+    hub.receive(requester, R"({"type":24})");
     EXPECT_EQ(delivered.size(), 2U);
 }
 
@@ -286,18 +286,18 @@ TEST_F(MessageHubTest, FramesAreValidUtf8WhateverTheValues) {
                           payload.GetAllocator());
         hub.sendResponse("m\xff", payload);
     };
-    hub.receive(asker, R"({"type":7})");
-    EXPECT_EQ(asker->take(),
+    hub.receive(requester, R"({"type":7})");
+    EXPECT_EQ(requester->take(),
               std::vector<std::string>{
                   "{\"type\":7,\"messageId\":\"m\xEF\xBF\xBD\",\"payload\":{\"v\":\"\xEF\xBF\xBD\\u0000x\"}}"});
 }
 
 TEST_F(MessageHubTest, AClientThatLeftIsSentNothing) {
-    hub.removeClient(other, Departure::CLOSED);
+    hub.removeClient(other, DisconnectReason::CLOSED);
     onDelivery = [&] { sendEvent("deviceName"); };
-    hub.receive(asker, R"({"type":24})");
+    hub.receive(requester, R"({"type":24})");
     EXPECT_TRUE(other->take().empty());
-    EXPECT_EQ(asker->take().size(), 1U);
+    EXPECT_EQ(requester->take().size(), 1U);
 }
 
 TEST_F(MessageHubTest, TellsTheTrafficObserverEverythingInOrder) {
@@ -306,11 +306,11 @@ TEST_F(MessageHubTest, TellsTheTrafficObserverEverythingInOrder) {
         rapidjson::Document payload(rapidjson::kObjectType);
         hub.sendResponse("m1", payload);
     };
-    hub.receive(asker, R"({"type":7})");
-    hub.receive(asker, "x");
-    hub.receive(asker, R"({"type":24,"payload":{"settingDBId":"orliaLocale","to":"{}"}})");
+    hub.receive(requester, R"({"type":7})");
+    hub.receive(requester, "x");
+    hub.receive(requester, R"({"type":24,"payload":{"settingDBId":"orliaLocale","to":"{}"}})");
     hub.refuseTooLarge(*other);
-    hub.removeClient(other, Departure::TOO_SLOW);
+    hub.removeClient(other, DisconnectReason::TOO_SLOW);
     const std::string notJson = R"({"error":{"code":"not-json","message":"the frame is not JSON"}})";
     const std::string tooLargeText = *other->frames.back();
     EXPECT_EQ(traffic->take(),
@@ -327,7 +327,7 @@ TEST_F(MessageHubTest, TellsWhatBecameOfEachRequest) {
     traffic->take();
     const auto outcomeOf = [&](std::function<void()> action) {
         onDelivery = std::move(action);
-        hub.receive(asker, R"({"type":24})");
+        hub.receive(requester, R"({"type":24})");
         return traffic->take().back();
     };
     EXPECT_EQ(outcomeOf([&] { sendEvent("deviceName"); }), "handled 24 CHANGED");

@@ -30,22 +30,22 @@ TEST_F(BacklogTest, TheOneWithMostWaitingGoesFirstAndNoMoreThanMust) {
     auto& little = client("little");
     auto& most = client("most");
     auto& much = client("much");
-    auto& asker = client("asker");
+    auto& requester = client("asker");
     little.push(frameOf(100000));
     most.push(frameOf(150000));
     most.push(frameOf(150000));
     much.push(frameOf(250000));
     EXPECT_EQ(dropped, std::vector<std::string>{});
-    asker.push(frameOf(250000));
+    requester.push(frameOf(250000));
     EXPECT_EQ(dropped, std::vector<std::string>{"most"});
     EXPECT_TRUE(most.empty());
-    asker.push(frameOf(5000));
+    requester.push(frameOf(5000));
     EXPECT_EQ(dropped, std::vector<std::string>{"most"}) << "what is left fits";
     little.push(frameOf(310000));
     EXPECT_EQ(dropped, (std::vector<std::string>{"most", "little"})) << "also the one who is being sent something";
     much.push(frameOf(500000));
     EXPECT_EQ(dropped, (std::vector<std::string>{"most", "little", "much"}));
-    EXPECT_EQ(asker.unread(), 255000U);
+    EXPECT_EQ(requester.unread(), 255000U);
 }
 
 TEST_F(BacklogTest, OfTwoWithAsMuchTheOneWhoCameFirstGoes) {

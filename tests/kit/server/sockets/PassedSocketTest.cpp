@@ -4,10 +4,10 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include "server/sockets/DoorError.h"
+#include "server/sockets/ListenerError.h"
 #include "server/sockets/PassedSocket.h"
 #include "server/sockets/SocketFile.h"
-#include "server/sockets/TcpDoor.h"
+#include "server/sockets/TcpListener.h"
 #include "support/LineClient.h"
 #include "support/ListeningSocket.h"
 #include "support/TemporaryDirectory.h"
@@ -26,7 +26,7 @@ protected:
         try {
             action();
             return "(none)";
-        } catch (const DoorError& error) {
+        } catch (const ListenerError& error) {
             return error.what();
         }
     }
@@ -89,11 +89,11 @@ TEST_F(PassedSocketTest, TheFileOfAPassedSocketStays) {
 TEST_F(PassedSocketTest, ADoorKnowsTheAddressOfItsPassedSocket) {
     for (const std::string address : {"127.0.0.1", "::1"}) {
         const auto made = listeningTcpSocket(address);
-        const TcpDoor door{Descriptor(::dup(made.get()))};
-        EXPECT_EQ(door.address(), address);
-        EXPECT_EQ(door.port(), made.port());
+        const TcpListener listener{Descriptor(::dup(made.get()))};
+        EXPECT_EQ(listener.address(), address);
+        EXPECT_EQ(listener.port(), made.port());
     }
-    EXPECT_THROW(TcpDoor{Descriptor(::dup(listeningTcpSocket("0.0.0.0").get()))}, DoorError);
+    EXPECT_THROW(TcpListener{Descriptor(::dup(listeningTcpSocket("0.0.0.0").get()))}, ListenerError);
 }
 
 }  // namespace SettingsHost

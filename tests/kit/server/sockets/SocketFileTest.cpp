@@ -23,7 +23,7 @@ protected:
         try {
             const SocketFile refused(wrongPath);
             FAIL() << "it listens";
-        } catch (const DoorError& error) {
+        } catch (const ListenerError& error) {
             EXPECT_NE(std::string(error.what()).find(part), std::string::npos) << error.what();
         }
     }
@@ -137,7 +137,7 @@ TEST_F(SocketFileTest, HostsThatStartAtOnceLookAtTheSocketOneAfterTheOther) {
         }
         return false;
     };
-    const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
+    const auto until = std::chrono::steady_clock::now() + TestSupport::waitTimeout;
     while (!isWaitedFor() && !listens && std::chrono::steady_clock::now() < until) {
         std::this_thread::yield();
     }

@@ -15,7 +15,7 @@ protected:
     void arriveAsGuests(std::size_t count) {
         for (std::size_t number = 0; number < count; ++number) {
             arrive(1);
-            connections.admitted(connection(arrived - 1));
+            connections.authenticate(connection(arrived - 1));
         }
     }
 
@@ -29,7 +29,7 @@ TEST_F(WebConnectionsTest, HasRoomForThirtyTwoStrangers) {
     EXPECT_TRUE(connections.haveRoom());
     arrive(1);
     EXPECT_FALSE(connections.haveRoom());
-    connections.admitted(connection(5));
+    connections.authenticate(connection(5));
     EXPECT_TRUE(connections.haveRoom());
     arrive(1);
     EXPECT_FALSE(connections.haveRoom());
@@ -45,39 +45,39 @@ TEST_F(WebConnectionsTest, OfAHundredAndTwentyEightMayAllBeGuests) {
     EXPECT_TRUE(connections.haveRoom());
     arrive(1);
     EXPECT_FALSE(connections.haveRoom());
-    EXPECT_EQ(connections.oldestStranger(), connection(100));
+    EXPECT_EQ(connections.oldestUnauthenticated(), connection(100));
     for (std::size_t number = 100; number < 128; ++number) {
-        connections.admitted(connection(number));
+        connections.authenticate(connection(number));
     }
     EXPECT_FALSE(connections.haveRoom());
-    EXPECT_EQ(connections.oldestStranger(), nullptr);
+    EXPECT_EQ(connections.oldestUnauthenticated(), nullptr);
 }
 
 TEST_F(WebConnectionsTest, KnowsTheOldestStranger) {
-    EXPECT_EQ(connections.oldestStranger(), nullptr);
+    EXPECT_EQ(connections.oldestUnauthenticated(), nullptr);
     arrive(4);
-    connections.admitted(connection(0));
-    EXPECT_EQ(connections.oldestStranger(), connection(1));
+    connections.authenticate(connection(0));
+    EXPECT_EQ(connections.oldestUnauthenticated(), connection(1));
     connections.left(connection(1));
-    EXPECT_EQ(connections.oldestStranger(), connection(2));
-    EXPECT_FALSE(connections.isStranger(connection(0)));
-    EXPECT_TRUE(connections.isStranger(connection(3)));
-    // Who is gone is not admitted.
-    connections.admitted(connection(1));
-    connections.forgetGuests([](lws*) { return false; });
-    EXPECT_FALSE(connections.isStranger(connection(1)));
+    EXPECT_EQ(connections.oldestUnauthenticated(), connection(2));
+    EXPECT_FALSE(connections.isUnauthenticated(connection(0)));
+    EXPECT_TRUE(connections.isUnauthenticated(connection(3)));
+    // Who is gone is not authenticate.
+    connections.authenticate(connection(1));
+    connections.forgetAuthentication([](lws*) { return false; });
+    EXPECT_FALSE(connections.isUnauthenticated(connection(1)));
 }
 
 TEST_F(WebConnectionsTest, GuestsBecomeStrangersWhenWhatTheyShowedIsWorthless) {
     arriveAsGuests(40);
-    connections.forgetGuests([this](lws* guest) { return guest == connection(7); });
+    connections.forgetAuthentication([this](lws* authenticated) { return authenticated == connection(7); });
     EXPECT_FALSE(connections.haveRoom());
-    EXPECT_FALSE(connections.isStranger(connection(7)));
-    std::size_t strangers = 0;
+    EXPECT_FALSE(connections.isUnauthenticated(connection(7)));
+    std::size_t unauthenticated = 0;
     for (std::size_t number = 0; number < 40; ++number) {
-        strangers += connections.isStranger(connection(number)) ? 1 : 0;
+        unauthenticated += connections.isUnauthenticated(connection(number)) ? 1 : 0;
     }
-    EXPECT_EQ(strangers, 39U);
+    EXPECT_EQ(unauthenticated, 39U);
 }
 
 }  // namespace SettingsHost

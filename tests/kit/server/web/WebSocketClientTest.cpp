@@ -3,7 +3,7 @@
 #include <optional>
 #include <utility>
 
-#include "kit/server/web/WebDoorFixture.h"
+#include "kit/server/web/WebServerFixture.h"
 #include "server/loop/RepeatingTimer.h"
 
 namespace SettingsHost {
@@ -11,9 +11,9 @@ namespace SettingsHost {
 using TestSupport::WebSocket;
 
 /// Pages that are sent something while the web library rests. It is so patient that nothing wakes it by itself.
-class WebSocketClientTest : public WebDoorTest {
+class WebSocketClientTest : public WebServerTest {
 protected:
-    explicit WebSocketClientTest(std::size_t mayWait = Backlog::maximum) : WebDoorTest(600, mayWait) {}
+    explicit WebSocketClientTest(std::size_t mayWait = Backlog::maximum) : WebServerTest(600, mayWait) {}
     ~WebSocketClientTest() override { stop(); }
 
     /// Once a page has asked for it, has `action` done at every turn of the loop as long as the page is there; not at
@@ -107,13 +107,13 @@ TEST_F(WebSocketClientTest, FramesOfAllSizesComeWholeAndInOrder) {
 }
 
 /// Pages that may let little wait together.
-class CrowdedWebSocketClientTest : public WebSocketClientTest {
+class BudgetedWebSocketClientTest : public WebSocketClientTest {
 protected:
-    CrowdedWebSocketClientTest() : WebSocketClientTest(400000) {}
-    ~CrowdedWebSocketClientTest() override { stop(); }
+    BudgetedWebSocketClientTest() : WebSocketClientTest(400000) {}
+    ~BudgetedWebSocketClientTest() override { stop(); }
 };
 
-TEST_F(CrowdedWebSocketClientTest, TheOneWithMostWaitingIsDisconnectedAndTheReaderMissesNothing) {
+TEST_F(BudgetedWebSocketClientTest, TheOneWithMostWaitingIsDisconnectedAndTheReaderMissesNothing) {
     std::shared_ptr<Client> silent;
     std::shared_ptr<Client> reader;
     int round = 0;
@@ -145,7 +145,7 @@ TEST_F(CrowdedWebSocketClientTest, TheOneWithMostWaitingIsDisconnectedAndTheRead
     stop();
 }
 
-TEST_F(CrowdedWebSocketClientTest, WhatIsSentAndNotFinishedCountsToo) {
+TEST_F(BudgetedWebSocketClientTest, WhatIsSentAndNotFinishedCountsToo) {
     std::vector<std::unique_ptr<WebSocket>> silent;
     for (int number = 0; number < 20; ++number) {
         silent.push_back(std::make_unique<WebSocket>(port, "/settings?key=thekey", "settings.v1"));

@@ -13,7 +13,7 @@ namespace SettingsHost {
 class JournalTest : public ::testing::Test {
 protected:
     static std::string entry(VessaLogger::LogLevel level, const std::string& text,
-                             const std::optional<RequestInHand>& request = std::nullopt) {
+                             const std::optional<CurrentRequest>& request = std::nullopt) {
         const std::string thread = "7";
         return journalEntry({level, std::chrono::system_clock::now(), thread, text, VessaLogger::NATIVE_SERVICE},
                             request);
@@ -25,16 +25,16 @@ protected:
 TEST_F(JournalTest, AnEntryHasOneFieldForEachPartOfALine) {
     EXPECT_EQ(entry(VessaLogger::WARNING, "settings-host:x=y"),
               "MESSAGE=settings-host:x=y\nPRIORITY=4\nSYSLOG_IDENTIFIER=settings-host\n");
-    EXPECT_EQ(entry(VessaLogger::ERROR, "a\nb\x1b[31mé", RequestInHand{24, "deviceName"}),
+    EXPECT_EQ(entry(VessaLogger::ERROR, "a\nb\x1b[31mé", CurrentRequest{24, "deviceName"}),
               "MESSAGE=a\\nb\\x1b[31mé\nPRIORITY=3\nSYSLOG_IDENTIFIER=settings-host\nREQUEST_TYPE=24\n"
               "SETTING_KEY=deviceName\n");
-    EXPECT_EQ(entry(VessaLogger::INFORMATION, "x", RequestInHand{22, ""}),
+    EXPECT_EQ(entry(VessaLogger::INFORMATION, "x", CurrentRequest{22, ""}),
               "MESSAGE=x\nPRIORITY=6\nSYSLOG_IDENTIFIER=settings-host\nREQUEST_TYPE=22\n");
     EXPECT_EQ(entry(VessaLogger::TRACE, "x").substr(10, 11), "PRIORITY=7\n");
 }
 
 TEST_F(JournalTest, NoKeyOfAClientAddsAField) {
-    EXPECT_EQ(entry(VessaLogger::TRACE, "x", RequestInHand{24, "a\nPRIORITY=0"}),
+    EXPECT_EQ(entry(VessaLogger::TRACE, "x", CurrentRequest{24, "a\nPRIORITY=0"}),
               std::string("MESSAGE=x\nPRIORITY=7\nSYSLOG_IDENTIFIER=settings-host\nREQUEST_TYPE=24\nSETTING_KEY\n") +
                   std::string("\x0c\0\0\0\0\0\0\0", 8) + "a\nPRIORITY=0\n");
 }

@@ -2,7 +2,7 @@
 
 #include <unistd.h>
 
-#include "server/sockets/DoorError.h"
+#include "server/sockets/ListenerError.h"
 #include "server/sockets/PassedSockets.h"
 #include "service/manager/ServiceManager.h"
 #include "support/NotificationSocket.h"
@@ -31,7 +31,7 @@ protected:
         try {
             const PassedSockets taken({"settings"});
             return "";
-        } catch (const DoorError& error) {
+        } catch (const ListenerError& error) {
             return error.what();
         }
     }
@@ -43,7 +43,7 @@ protected:
 TEST_F(ServiceManagerTest, IsToldAtAPath) {
     TestSupport::NotificationSocket manager(folder / "notify");
     set("NOTIFY_SOCKET", folder / "notify");
-    tellAlive();
+    notifyAlive();
     EXPECT_EQ(manager.receive(), "WATCHDOG=1");
 }
 
@@ -51,34 +51,34 @@ TEST_F(ServiceManagerTest, IsToldAtANameOutsideTheFileSystem) {
     const std::string name = "settings-test-" + thisProcess;
     TestSupport::NotificationSocket manager(std::string(1, '\0') + name);
     set("NOTIFY_SOCKET", "@" + name);
-    tellReady("Serving");
+    notifyReady("Serving");
     EXPECT_EQ(manager.receive(), "READY=1\nSTATUS=Serving");
 }
 
 TEST_F(ServiceManagerTest, ThatIsNotThereChangesNothing) {
     for (const std::string& place : {std::string(), folder / "nobody", std::string("no path"), std::string(200, '/')}) {
         set("NOTIFY_SOCKET", place);
-        EXPECT_NO_THROW(tellStopping("")) << place;
+        EXPECT_NO_THROW(notifyStopping("")) << place;
     }
 }
 
 TEST_F(ServiceManagerTest, WaitsForSignsOfLifeAsLongAsItSays) {
-    EXPECT_EQ(patienceOfServiceManager(), std::nullopt);
+    EXPECT_EQ(watchdogTimeout(), std::nullopt);
     set("WATCHDOG_USEC", "30000000");
-    EXPECT_EQ(patienceOfServiceManager(), std::chrono::seconds(30));
+    EXPECT_EQ(watchdogTimeout(), std::chrono::seconds(30));
     set("WATCHDOG_PID", thisProcess);
-    EXPECT_EQ(patienceOfServiceManager(), std::chrono::seconds(30));
+    EXPECT_EQ(watchdogTimeout(), std::chrono::seconds(30));
     set("WATCHDOG_PID", "1");
-    EXPECT_EQ(patienceOfServiceManager(), std::nullopt) << "it waits for another process";
+    EXPECT_EQ(watchdogTimeout(), std::nullopt) << "it waits for another process";
     set("WATCHDOG_PID", "");
-    EXPECT_EQ(patienceOfServiceManager(), std::nullopt);
+    EXPECT_EQ(watchdogTimeout(), std::nullopt);
 }
 
 TEST_F(ServiceManagerTest, WaitsForNothingWhenTheTimeMakesNoSense) {
     for (const auto* time : {"", "0", "-1", "+1", " 1", "1 ", "1s", "0x10", "99999999999999999999",
                              "18446744073709551615", "9223372036854775808"}) {
         set("WATCHDOG_USEC", time);
-        EXPECT_EQ(patienceOfServiceManager(), std::nullopt) << time;
+        EXPECT_EQ(watchdogTimeout(), std::nullopt) << time;
     }
 }
 

@@ -9,7 +9,7 @@
 
 #include "server/loop/EventLoop.h"
 #include "server/sockets/Acceptor.h"
-#include "server/sockets/DoorEvents.h"
+#include "server/sockets/ListenerEvents.h"
 #include "server/sockets/SocketFile.h"
 
 namespace SettingsHost {
@@ -20,13 +20,14 @@ class SocketClient;
 ///
 /// - A client's frames are taken in order, a bounded number and for a bounded time a turn: a storm of one client holds
 ///   nobody up. While frames wait, nothing more is read from that client.
-/// - The limits of DoorEvents.h hold. A client for which there is no room gets the refusal "too-many-clients", then the
+/// - The limits of ListenerEvents.h hold. A client for which there is no room gets the refusal "too-many-clients", then
+/// the
 ///   connection is closed; also when there is no descriptor left.
 /// - A client that stops sending still gets what it asked for, then the connection is closed. What a client sent before
 ///   it closed is taken, even if it read nothing.
 ///
 /// The program ignores SIGPIPE. One thread only. The event loop outlives it, and runs once more after `close`.
-class UnixSocketDoor {
+class UnixSocketListener {
 public:
     static constexpr std::size_t framesPerTurn = 16;
     /// A turn ends with the frame in which it becomes as long as this: some frames take a hundred times as long as
@@ -34,13 +35,13 @@ public:
     static constexpr std::chrono::microseconds longestTurn{300};
 
     /// Serves clients of `origin` that come to `socket`.
-    UnixSocketDoor(EventLoop& loop, std::unique_ptr<SocketFile> socket, Origin origin, DoorEvents events);
-    /// The same at `place`, see `SocketFile`. Errors: `DoorError`.
-    UnixSocketDoor(EventLoop& loop, SocketPlace place, Origin origin, DoorEvents events);
-    ~UnixSocketDoor();
+    UnixSocketListener(EventLoop& loop, std::unique_ptr<SocketFile> socket, Origin origin, ListenerEvents events);
+    /// The same at `place`, see `SocketFile`. Errors: `ListenerError`.
+    UnixSocketListener(EventLoop& loop, SocketPlace place, Origin origin, ListenerEvents events);
+    ~UnixSocketListener();
 
-    UnixSocketDoor(const UnixSocketDoor&) = delete;
-    UnixSocketDoor& operator=(const UnixSocketDoor&) = delete;
+    UnixSocketListener(const UnixSocketListener&) = delete;
+    UnixSocketListener& operator=(const UnixSocketListener&) = delete;
 
     const std::string& path() const { return file->path(); }
 
@@ -60,7 +61,7 @@ private:
     };
 
     void accept(int descriptor);
-    void turnAway(int descriptor);
+    void refuse(int descriptor);
     void continueLater(const std::shared_ptr<SocketClient>& client);
     void takeTurn();
     void remove(SocketClient& client);
@@ -69,7 +70,7 @@ private:
 
     EventLoop& loop;
     Origin origin;
-    DoorEvents events;
+    ListenerEvents events;
     std::unique_ptr<SocketFile> file;
     Acceptor acceptor;
     std::shared_ptr<Turns> turns;

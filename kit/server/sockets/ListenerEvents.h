@@ -9,7 +9,7 @@
 
 namespace SettingsHost {
 
-/// Limits that hold for a client at any door.
+/// Limits that hold for a client at any listener.
 ///
 /// - While more than `maximumUnread` bytes wait for a client to read, its next frames wait too. So a client is never
 ///   disconnected for the number of answers that it asked for.
@@ -22,24 +22,24 @@ constexpr std::size_t maximumWaiting = 1024UL * 1024UL;
 /// counts as the host's memory, too.
 constexpr int kernelBuffer = 64 * 1024;
 
-/// Clients that a door serves at a time. Bounds what clients that misbehave can cost in memory; and those of all doors,
-/// with the host's own files, need fewer descriptors than the 1,024 that a process usually may have.
+/// Clients that a listener serves at a time. Bounds what clients that misbehave can cost in memory; and those of all
+/// listeners, with the host's own files, need fewer descriptors than the 1,024 that a process usually may have.
 constexpr std::size_t maximumClients = 128;
 
 /// Why a client is gone.
-enum class Departure { CLOSED, TOO_SLOW };
+enum class DisconnectReason { CLOSED, TOO_SLOW };
 
-/// What a door tells its owner, always from the event loop and never from inside `Client::send`. After `left` the
+/// What a listener tells its owner, always from the event loop and never from inside `Client::send`. After `left` the
 /// client is not mentioned any more.
-struct DoorEvents {
+struct ListenerEvents {
     std::function<void(const std::shared_ptr<Client>&)> arrived;
-    std::function<void(const std::shared_ptr<Client>&, Departure)> left;
+    std::function<void(const std::shared_ptr<Client>&, DisconnectReason)> left;
     std::function<void(const std::shared_ptr<Client>&, const std::string& frame)> frame;
-    /// Only doors at which the rest of such a frame can be skipped.
+    /// Only listeners at which the rest of such a frame can be skipped.
     std::function<void(const std::shared_ptr<Client>&)> tooLarge;
     /// Somebody came for whom there was no room.
-    std::function<void(Origin)> turnedAway;
-    /// Where what waits for the clients of this door counts.
+    std::function<void(Origin)> refused;
+    /// Where what waits for the clients of this listener counts.
     std::shared_ptr<Backlog> backlog = std::make_shared<Backlog>();
 };
 

@@ -13,30 +13,30 @@
 #include <gtest/gtest.h>
 
 #include "server/loop/EventLoop.h"
-#include "server/sockets/DoorEvents.h"
+#include "server/sockets/ListenerEvents.h"
 #include "support/LineReader.h"
 #include "support/TemporaryDirectory.h"
 
 namespace SettingsHost {
 
-/// Whoever owns a door in a test: keeps its clients, counts, and answers each frame in angle brackets unless told
-/// otherwise. The door calls on its loop's thread.
-class DoorRecording {
+/// Owns listeners in a test: keeps their clients, counts, and by default answers each frame in angle brackets. Listeners
+/// call on the thread of their loop.
+class ListenerRecording {
 public:
-    DoorEvents events() {
+    ListenerEvents events() {
         return {[this](const auto& client) {
                     clients.push_back(client);
                     origins += std::string(originName(client->origin())) + " ";
                     ++arrived;
                 },
-                [this](const auto& client, Departure departure) {
+                [this](const auto& client, DisconnectReason departure) {
                     clients.erase(std::find(clients.begin(), clients.end(), client));
-                    tooSlow += departure == Departure::TOO_SLOW ? 1 : 0;
+                    tooSlow += departure == DisconnectReason::TOO_SLOW ? 1 : 0;
                     ++left;
                 },
                 [this](const auto& client, const auto& frame) { onFrame(client, frame); },
                 [](const auto& client) { sendTo(client, "TOO LARGE"); },
-                [this](Origin) { ++turnedAway; },
+                [this](Origin) { ++refusedConnections; },
                 backlog};
     }
 
@@ -45,14 +45,14 @@ public:
     }
 
     static void waitFor(const std::function<bool()>& condition) {
-        const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
+        const auto until = std::chrono::steady_clock::now() + TestSupport::waitTimeout;
         while (!condition() && std::chrono::steady_clock::now() < until) {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
         EXPECT_TRUE(condition());
     }
 
-    /// Of all doors that it owns.
+    /// Of all listeners that it owns.
     std::shared_ptr<Backlog> backlog = std::make_shared<Backlog>();
     std::vector<std::shared_ptr<Client>> clients;
     /// Of those who arrived, in order, each with a blank after it.
@@ -62,28 +62,28 @@ public:
     std::atomic<int> arrived{0};
     std::atomic<int> left{0};
     std::atomic<int> tooSlow{0};
-    std::atomic<int> turnedAway{0};
+    std::atomic<int> refusedConnections{0};
 };
 
-/// A door on a loop in a thread of its own.
-template <typename Door>
-class DoorTest : public ::testing::Test, protected DoorRecording {
+/// A listener on a loop in a thread of its own.
+template <typename Listener>
+class ListenerTest : public ::testing::Test, protected ListenerRecording {
 protected:
-    DoorTest() { std::signal(SIGPIPE, SIG_IGN); }
-    ~DoorTest() override { stop(); }
+    ListenerTest() { std::signal(SIGPIPE, SIG_IGN); }
+    ~ListenerTest() override { stop(); }
 
-    void serve(std::unique_ptr<Door> doorToServe) {
-        door = std::move(doorToServe);
+    void serve(std::unique_ptr<Listener> listenerToServe) {
+        listener = std::move(listenerToServe);
         loop.onSignals({SIGUSR1}, [this] { loop.stop(); });
         std::promise<void> turning;
         loop.later([&turning] { turning.set_value(); });
         thread = std::thread([this] {
             loop.run();
-            door->close();
-            loop.drain(200, [this] { door->closeNow(); });
-            door.reset();
+            listener->close();
+            loop.drain(200, [this] { listener->closeNow(); });
+            listener.reset();
         });
-        // What a door opens and closes as it starts is not counted by tests.
+        // What a listener opens and closes as it starts is not counted by tests.
         turning.get_future().wait();
     }
 
@@ -98,7 +98,7 @@ protected:
     EventLoop loop;
 
 private:
-    std::unique_ptr<Door> door;
+    std::unique_ptr<Listener> listener;
     std::thread thread;
 };
 

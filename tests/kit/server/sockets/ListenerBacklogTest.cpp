@@ -1,19 +1,19 @@
 #include <map>
 
-#include "kit/server/sockets/DoorRecording.h"
-#include "server/sockets/UnixSocketDoor.h"
+#include "kit/server/sockets/ListenerRecording.h"
+#include "server/sockets/UnixSocketListener.h"
 #include "support/LineClient.h"
 
 namespace SettingsHost {
 
-/// A door whose clients may let little wait together. They say their names first.
-class CrowdedUnixSocketDoorTest : public DoorTest<UnixSocketDoor> {
+/// A listener whose clients may let little wait together. They say their names first.
+class BudgetedUnixSocketListenerTest : public ListenerTest<UnixSocketListener> {
 protected:
-    CrowdedUnixSocketDoorTest() {
+    BudgetedUnixSocketListenerTest() {
         backlog = std::make_shared<Backlog>(400000);
-        DoorEvents named = events();
-        named.left = [this, leave = named.left](const auto& client, Departure departure) {
-            departures += names[client] + (departure == Departure::TOO_SLOW ? " too slow, " : " closed, ");
+        ListenerEvents named = events();
+        named.left = [this, leave = named.left](const auto& client, DisconnectReason departure) {
+            departures += names[client] + (departure == DisconnectReason::TOO_SLOW ? " too slow, " : " closed, ");
             leave(client, departure);
         };
         named.frame = [this](const auto& client, const auto& frame) {
@@ -24,9 +24,9 @@ protected:
                 onFrame(client, frame);
             }
         };
-        serve(std::make_unique<UnixSocketDoor>(loop, folder / "door.sock", Origin::DEVICE, std::move(named)));
+        serve(std::make_unique<UnixSocketListener>(loop, folder / "door.sock", Origin::DEVICE, std::move(named)));
     }
-    ~CrowdedUnixSocketDoorTest() override { stop(); }
+    ~BudgetedUnixSocketListenerTest() override { stop(); }
 
     std::unique_ptr<TestSupport::LineClient> connect(const std::string& name) {
         auto client = std::make_unique<TestSupport::LineClient>(folder / "door.sock");
@@ -39,7 +39,7 @@ protected:
     std::string departures;
 };
 
-TEST_F(CrowdedUnixSocketDoorTest, ThoseWithMostWaitingAreDisconnectedFirstAndTheReaderMissesNothing) {
+TEST_F(BudgetedUnixSocketListenerTest, ThoseWithMostWaitingAreDisconnectedFirstAndTheReaderMissesNothing) {
     const std::map<std::string, std::size_t> sizes{{"much", 30000}, {"most", 40000}, {"little", 20000}, {"reader", 10}};
     const auto frameOf = [&](const std::string& name, int number) {
         return std::to_string(number) + std::string(sizes.at(name), name.back());
@@ -78,7 +78,7 @@ TEST_F(CrowdedUnixSocketDoorTest, ThoseWithMostWaitingAreDisconnectedFirstAndThe
     EXPECT_EQ(backlog->size(), 0U);
 }
 
-TEST_F(CrowdedUnixSocketDoorTest, WhatIsSentAndNotFinishedCountsToo) {
+TEST_F(BudgetedUnixSocketListenerTest, WhatIsSentAndNotFinishedCountsToo) {
     onFrame = [&](const auto& client, const auto&) { sendTo(client, "here"); };
     std::vector<std::unique_ptr<TestSupport::LineClient>> silent;
     for (int number = 0; number < 30; ++number) {

@@ -1,13 +1,13 @@
 #include "SettingsHandlerTesting/FakeStorage.h"
-#include "handler/ReadingGuard.h"
+#include "handler/BoundedStorage.h"
 
 namespace SettingsHost {
 
-class ReadingGuardTest : public ::testing::Test {
+class BoundedStorageTest : public ::testing::Test {
 protected:
     static constexpr std::size_t large = 60000;
 
-    ReadingGuardTest() {
+    BoundedStorageTest() {
         for (int number = 0; number < 40; ++number) {
             storage.setValue("k" + std::to_string(number), std::string(large, 'v'));
         }
@@ -16,13 +16,13 @@ protected:
 
     /// Reads the keys k`from` to k`to`, without the last one. Returns: how many came.
     int gather(int from, int to) {
-        const RequestContext::Scope inHand(*context, {7, ""});
+        const RequestContext::Scope request(*context, {7, ""});
         int count = 0;
         try {
             for (; from + count < to; ++count) {
                 EXPECT_EQ(read("k" + std::to_string(from + count)).size(), large);
             }
-        } catch (const TooMuchAsked&) {
+        } catch (const ReadLimitExceeded&) {
         }
         return count;
     }
@@ -38,13 +38,13 @@ protected:
     std::shared_ptr<RequestContext> context = std::make_shared<RequestContext>();
     std::vector<std::size_t> askedRoom;
     std::size_t room = 100000000;
-    ReadingGuard guard{storage, context, [this](std::size_t bytes) {
-                           askedRoom.push_back(bytes);
-                           return bytes <= room;
-                       }};
+    BoundedStorage guard{storage, context, [this](std::size_t bytes) {
+                             askedRoom.push_back(bytes);
+                             return bytes <= room;
+                         }};
 };
 
-TEST_F(ReadingGuardTest, AReplyHoldsTwiceAsMuchAsMayBeStored) {
+TEST_F(BoundedStorageTest, AReplyHoldsTwiceAsMuchAsMayBeStored) {
     EXPECT_EQ(gather(0, 34), 34);
     guard.requestEnded();
     EXPECT_EQ(gather(0, 35), 34) << "35 times 60,000 are more than 2 MiB";
@@ -52,31 +52,31 @@ TEST_F(ReadingGuardTest, AReplyHoldsTwiceAsMuchAsMayBeStored) {
     EXPECT_EQ(gather(6, 40), 34) << "each request begins anew";
 }
 
-TEST_F(ReadingGuardTest, AKeyThatIsNamedOftenCountsOnce) {
-    const RequestContext::Scope inHand(*context, {7, ""});
+TEST_F(BoundedStorageTest, AKeyThatIsNamedOftenCountsOnce) {
+    const RequestContext::Scope request(*context, {7, ""});
     for (int round = 0; round < 1000; ++round) {
         EXPECT_EQ(read("k1").size(), large);
         EXPECT_EQ(read("small").size(), 64U);
     }
 }
 
-TEST_F(ReadingGuardTest, GathersLessWhenMuchWaits) {
+TEST_F(BoundedStorageTest, GathersLessWhenMuchWaits) {
     room = 300000;
     EXPECT_EQ(gather(0, 17), 2);
     EXPECT_EQ(askedRoom, (std::vector<std::size_t>{240000, 360000})) << "small replies need no room";
 }
 
-TEST_F(ReadingGuardTest, OtherRequestsAndTheHostItselfReadEverything) {
+TEST_F(BoundedStorageTest, OtherRequestsAndTheHostItselfReadEverything) {
     room = 0;
     for (int number = 0; number < 40; ++number) {
         EXPECT_EQ(read("k" + std::to_string(number)).size(), large);
     }
-    const RequestContext::Scope inHand(*context, {22, ""});
+    const RequestContext::Scope request(*context, {22, ""});
     EXPECT_EQ(read("k1").size(), large);
     EXPECT_TRUE(askedRoom.empty());
 }
 
-TEST_F(ReadingGuardTest, SaysWhenTheHandlersCacheIsToBeMadeAnew) {
+TEST_F(BoundedStorageTest, SaysWhenTheHandlersCacheIsToBeMadeAnew) {
     for (int round = 0; round < 10; ++round) {
         EXPECT_EQ(gather(0, 17), 17);
         EXPECT_FALSE(guard.requestEnded()) << "the same values are kept once";
@@ -97,7 +97,7 @@ TEST_F(ReadingGuardTest, SaysWhenTheHandlersCacheIsToBeMadeAnew) {
     EXPECT_TRUE(guard.requestEnded()) << "what is set is kept too";
 }
 
-TEST_F(ReadingGuardTest, ALogOutEmptiesTheCache) {
+TEST_F(BoundedStorageTest, ALogOutEmptiesTheCache) {
     EXPECT_EQ(gather(0, 17), 17);
     EXPECT_FALSE(guard.requestEnded());
     EXPECT_TRUE(guard.clearStorage());
@@ -107,7 +107,7 @@ TEST_F(ReadingGuardTest, ALogOutEmptiesTheCache) {
     EXPECT_FALSE(guard.requestEnded());
 }
 
-TEST_F(ReadingGuardTest, PassesOnWhatTheStorageSays) {
+TEST_F(BoundedStorageTest, PassesOnWhatTheStorageSays) {
     EXPECT_TRUE(guard.setValue("new", "value"));
     EXPECT_EQ(read("new"), "value");
     EXPECT_TRUE(guard.removeValue("new"));

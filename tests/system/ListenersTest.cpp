@@ -8,7 +8,7 @@
 
 namespace SystemTests {
 
-class HostDoors : public HostTest {
+class HostListeners : public HostTest {
 protected:
     /// Processor time that the host used so far, in clock ticks.
     long processorTicks() {
@@ -34,7 +34,7 @@ protected:
     }
 };
 
-TEST_F(HostDoors, AClientThatNeverReadsIsDisconnectedAndHoldsNobodyUp) {
+TEST_F(HostListeners, AClientThatNeverReadsIsDisconnectedAndHoldsNobodyUp) {
     start({"--log-level", "3"});
     WireTests::HostClient slow(socket());
     slow.sendLine(getRequest("[]", "slow"));
@@ -54,7 +54,7 @@ TEST_F(HostDoors, AClientThatNeverReadsIsDisconnectedAndHoldsNobodyUp) {
     EXPECT_EQ(get("timezone"), "America/Vancouver");
 }
 
-TEST_F(HostDoors, ASingleReplyLargerThanTheLimitReachesAClientThatReads) {
+TEST_F(HostListeners, ASingleReplyLargerThanTheLimitReachesAClientThatReads) {
     start({"--log-level", "3"});
     // A byte where it is stored, six in a frame.
     const std::string value = TestSupport::repeated(R"(\u0001)", 10000);
@@ -68,7 +68,7 @@ TEST_F(HostDoors, ASingleReplyLargerThanTheLimitReachesAClientThatReads) {
     EXPECT_EQ(reply["payload"]["settings"].MemberCount(), 30U);
 }
 
-TEST_F(HostDoors, AStormOfOneClientHoldsNobodyUp) {
+TEST_F(HostListeners, AStormOfOneClientHoldsNobodyUp) {
     start({"--log-level", "3"});
     client();
     ASSERT_EQ(get("deviceName"), "TV");
@@ -96,7 +96,7 @@ TEST_F(HostDoors, AStormOfOneClientHoldsNobodyUp) {
     EXPECT_EQ(answered, 20000U);
 }
 
-TEST_F(HostDoors, AtTheDescriptorLimitThoseWhoAreConnectedAreServed) {
+TEST_F(HostListeners, AtTheDescriptorLimitThoseWhoAreConnectedAreServed) {
     rlimit before{};
     ::getrlimit(RLIMIT_NOFILE, &before);
     rlimit low = before;
@@ -107,21 +107,21 @@ TEST_F(HostDoors, AtTheDescriptorLimitThoseWhoAreConnectedAreServed) {
     host = std::move(launched);
     ASSERT_TRUE(host->output().readLine());
     EXPECT_EQ(get("deviceName"), "TV");
-    std::vector<std::unique_ptr<WireTests::HostClient>> crowd;
+    std::vector<std::unique_ptr<WireTests::HostClient>> evictions;
     for (int number = 0; number < 100; ++number) {
-        crowd.push_back(std::make_unique<WireTests::HostClient>(socket()));
+        evictions.push_back(std::make_unique<WireTests::HostClient>(socket()));
     }
     EXPECT_EQ(get("deviceName"), "TV");
     const long ticks = processorTicks();
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     EXPECT_LT(processorTicks() - ticks, 15) << "the host spins";
-    crowd.clear();
+    evictions.clear();
     EXPECT_EQ(get("deviceName"), "TV");
     disconnect();
     EXPECT_EQ(get("deviceName"), "TV");
 }
 
-TEST_F(HostDoors, NothingWakesAHostThatHasNothingToDo) {
+TEST_F(HostListeners, NothingWakesAHostThatHasNothingToDo) {
     start({"--log-level", "3"});
     EXPECT_EQ(get("deviceName"), "TV");
     // A host that is still busy with the answer sleeps soon.
@@ -134,14 +134,14 @@ TEST_F(HostDoors, NothingWakesAHostThatHasNothingToDo) {
     }
     EXPECT_EQ(before, after);
     // The figure does move for a host that has something to do.
-    const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
+    const auto until = std::chrono::steady_clock::now() + TestSupport::waitTimeout;
     while (wakeUps() == after && std::chrono::steady_clock::now() < until) {
         EXPECT_EQ(get("deviceName"), "TV");
     }
     EXPECT_NE(wakeUps(), after);
 }
 
-TEST_F(HostDoors, FramesMayComeByteByByte) {
+TEST_F(HostListeners, FramesMayComeByteByByte) {
     start();
     for (const char byte : getRequest(R"(["deviceName"])") + "\r\n") {
         client().send(std::string(1, byte));
@@ -149,7 +149,7 @@ TEST_F(HostDoors, FramesMayComeByteByByte) {
     EXPECT_EQ(client().receiveLine(), R"({"type":7,"messageId":"g","payload":{"settings":{"deviceName":"TV"}}})");
 }
 
-TEST_F(HostDoors, TheDeviceSocketRefusesLikeTheOther) {
+TEST_F(HostListeners, TheDeviceSocketRefusesLikeTheOther) {
     start();
     EXPECT_TRUE(contains(device("nonsense"), "\"not-json\""));
     EXPECT_TRUE(contains(device("[]"), "\"not-an-object\""));
@@ -159,7 +159,7 @@ TEST_F(HostDoors, TheDeviceSocketRefusesLikeTheOther) {
     EXPECT_TRUE(contains(device(R"({"command":"show"})"), R"({"device":{)"));
 }
 
-TEST_F(HostDoors, EventsGoToSettingsClientsOnly) {
+TEST_F(HostListeners, EventsGoToSettingsClientsOnly) {
     start();
     WireTests::HostClient person(deviceSocket());
     person.sendLine(R"({"command":"captions","enabled":true})");

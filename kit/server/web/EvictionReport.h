@@ -9,15 +9,15 @@
 
 namespace SettingsHost {
 
-/// Tells how many strangers had to go: the first at once, those of each `interval` after it together at its end, as
-/// long as there are any. So whoever floods the port does not flood the log.
-class CrowdReport {
+/// Reports how many unauthenticated connections were closed to make room: the first at once, those of each `interval`
+/// after it together at its end, as long as there are any. So whoever floods the port does not flood the log.
+class EvictionReport {
 public:
     using Tell = std::function<void(std::size_t count)>;
 
-    CrowdReport(EventLoop& loop, Tell tell, std::chrono::milliseconds interval = std::chrono::minutes(1));
+    EvictionReport(EventLoop& loop, Tell tell, std::chrono::milliseconds interval = std::chrono::minutes(1));
 
-    void strangerHadToGo();
+    void connectionEvicted();
 
 private:
     void intervalEnded();
@@ -25,7 +25,7 @@ private:
     EventLoop& loop;
     Tell tell;
     std::chrono::milliseconds interval;
-    std::size_t untold = 0;
+    std::size_t unreported = 0;
     /// Runs only while there is something to wait for: an idle host sleeps.
     std::optional<RepeatingTimer> timer;
 };

@@ -1,4 +1,4 @@
-#include "service/logging/FinalWord.h"
+#include "service/logging/FatalError.h"
 
 #include <chrono>
 #include <memory>
@@ -13,7 +13,7 @@
 
 namespace SettingsHost {
 
-void sayFinalWord(LogFormat format, LogFile* file, const std::string& reason) {
+void reportFatalError(LogFormat format, LogFile* file, const std::string& reason) {
     const VessaLogger::LogLine line{VessaLogger::ERROR, std::chrono::system_clock::now(),
                                     VessaLogger::Log::instance().getThreadId(), "settings-host:" + reason,
                                     VessaLogger::NATIVE_SERVICE};

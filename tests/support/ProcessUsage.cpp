@@ -1,4 +1,4 @@
-#include "support/ProcessFigures.h"
+#include "support/ProcessUsage.h"
 
 #include <filesystem>
 #include <fstream>

@@ -1,4 +1,4 @@
-#include "server/sockets/UnixSocketDoor.h"
+#include "server/sockets/UnixSocketListener.h"
 
 #include <utility>
 
@@ -13,27 +13,28 @@
 namespace SettingsHost {
 
 /// Runs once a round of the event loop while clients have frames left.
-class UnixSocketDoor::Turns : public UvHandle<uv_idle_t, Turns> {
+class UnixSocketListener::Turns : public UvHandle<uv_idle_t, Turns> {
 public:
-    explicit Turns(UnixSocketDoor& owningDoor) : door(&owningDoor) {}
+    explicit Turns(UnixSocketListener& owningListener) : listener(&owningListener) {}
 
     void start() {
-        uv_idle_start(get(), [](uv_idle_t* idle) { ownerOf(idle).door->takeTurn(); });
+        uv_idle_start(get(), [](uv_idle_t* idle) { ownerOf(idle).listener->takeTurn(); });
     }
 
 private:
-    UnixSocketDoor* door;
+    UnixSocketListener* listener;
 };
 
-UnixSocketDoor::UnixSocketDoor(EventLoop& eventLoop, SocketPlace place, Origin originOfClients, DoorEvents doorEvents)
-    : UnixSocketDoor(eventLoop, std::make_unique<SocketFile>(std::move(place)), originOfClients,
-                     std::move(doorEvents)) {}
+UnixSocketListener::UnixSocketListener(EventLoop& eventLoop, SocketPlace place, Origin originOfClients,
+                                       ListenerEvents listenerEvents)
+    : UnixSocketListener(eventLoop, std::make_unique<SocketFile>(std::move(place)), originOfClients,
+                         std::move(listenerEvents)) {}
 
-UnixSocketDoor::UnixSocketDoor(EventLoop& eventLoop, std::unique_ptr<SocketFile> socket, Origin originOfClients,
-                               DoorEvents doorEvents)
+UnixSocketListener::UnixSocketListener(EventLoop& eventLoop, std::unique_ptr<SocketFile> socket, Origin originOfClients,
+                                       ListenerEvents listenerEvents)
     : loop(eventLoop),
       origin(originOfClients),
-      events(std::move(doorEvents)),
+      events(std::move(listenerEvents)),
       file(std::move(socket)),
       acceptor(Descriptor(file->takeDescriptor())),
       readBuffer(std::make_unique<ReadBuffer>()) {
@@ -41,10 +42,10 @@ UnixSocketDoor::UnixSocketDoor(EventLoop& eventLoop, std::unique_ptr<SocketFile>
     uv_idle_init(loop.handle(), turns->get());
     turns->opened(turns);
     acceptor.start(
-        loop, [this](int descriptor) { accept(descriptor); }, [this](int descriptor) { turnAway(descriptor); });
+        loop, [this](int descriptor) { accept(descriptor); }, [this](int descriptor) { refuse(descriptor); });
 }
 
-UnixSocketDoor::~UnixSocketDoor() {
+UnixSocketListener::~UnixSocketListener() {
     close();
     closeNow();
     for (const auto& entry : clients) {
@@ -52,9 +53,9 @@ UnixSocketDoor::~UnixSocketDoor() {
     }
 }
 
-void UnixSocketDoor::accept(int descriptor) {
+void UnixSocketListener::accept(int descriptor) {
     if (clients.size() >= maximumClients) {
-        turnAway(descriptor);
+        refuse(descriptor);
         ::close(descriptor);
         return;
     }
@@ -72,15 +73,15 @@ void UnixSocketDoor::accept(int descriptor) {
     client->start();
 }
 
-void UnixSocketDoor::turnAway(int descriptor) {
+void UnixSocketListener::refuse(int descriptor) {
     static const std::string farewell =
         refusalFrame("too-many-clients", "the host has no room for one more client") + "\n";
     // Nothing was sent to it yet, so there is room for all of it.
     ::send(descriptor, farewell.data(), farewell.size(), MSG_NOSIGNAL);
-    events.turnedAway(origin);
+    events.refused(origin);
 }
 
-void UnixSocketDoor::continueLater(const std::shared_ptr<SocketClient>& client) {
+void UnixSocketListener::continueLater(const std::shared_ptr<SocketClient>& client) {
     if (closing) {
         return;
     }
@@ -90,7 +91,7 @@ void UnixSocketDoor::continueLater(const std::shared_ptr<SocketClient>& client) 
     waiting.push_back(client);
 }
 
-void UnixSocketDoor::takeTurn() {
+void UnixSocketListener::takeTurn() {
     std::vector<std::shared_ptr<SocketClient>> now;
     now.swap(waiting);
     uv_idle_stop(turns->get());
@@ -99,7 +100,7 @@ void UnixSocketDoor::takeTurn() {
     }
 }
 
-void UnixSocketDoor::remove(SocketClient& client) {
+void UnixSocketListener::remove(SocketClient& client) {
     const auto entry = clients.find(&client);
     if (entry != clients.end()) {
         const std::shared_ptr<SocketClient> gone = entry->second;
@@ -108,7 +109,7 @@ void UnixSocketDoor::remove(SocketClient& client) {
     }
 }
 
-const std::string& UnixSocketDoor::lineOf(const std::shared_ptr<const std::string>& frame) {
+const std::string& UnixSocketListener::lineOf(const std::shared_ptr<const std::string>& frame) {
     const bool isLast = !lastFrame.owner_before(frame) && !frame.owner_before(lastFrame);
     if (!isLast) {
         lastFrame = frame;
@@ -117,7 +118,7 @@ const std::string& UnixSocketDoor::lineOf(const std::shared_ptr<const std::strin
     return lastLine;
 }
 
-void UnixSocketDoor::close() {
+void UnixSocketListener::close() {
     if (closing) {
         return;
     }
@@ -131,7 +132,7 @@ void UnixSocketDoor::close() {
     }
 }
 
-void UnixSocketDoor::closeNow() {
+void UnixSocketListener::closeNow() {
     for (const auto& entry : clients) {
         entry.second->drop();
     }

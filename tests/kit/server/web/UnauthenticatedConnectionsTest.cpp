@@ -1,6 +1,6 @@
 #include <future>
 
-#include "kit/server/web/WebDoorFixture.h"
+#include "kit/server/web/WebServerFixture.h"
 #include "kit/support/LogRecording.h"
 
 namespace SettingsHost {
@@ -11,27 +11,27 @@ using TestSupport::TcpConnection;
 using TestSupport::WebSocket;
 
 /// Connections without key or cookie. The port is so patient that none of them goes because of the time.
-class WebDoorStrangersTest : public WebDoorTest {
+class UnauthenticatedConnectionsTest : public WebServerTest {
 protected:
-    WebDoorStrangersTest() : WebDoorTest(600) {}
-    ~WebDoorStrangersTest() override {
+    UnauthenticatedConnectionsTest() : WebServerTest(600) {}
+    ~UnauthenticatedConnectionsTest() override {
         release();
         stop();
     }
 
     /// One that has begun a request, and so is not left with the kernel.
-    std::unique_ptr<TcpConnection> stranger(const std::string& beginning = "GET ") {
+    std::unique_ptr<TcpConnection> unauthenticated(const std::string& beginning = "GET ") {
         auto connection = std::make_unique<TcpConnection>(port);
         connection->send(beginning);
         return connection;
     }
 
-    std::vector<std::unique_ptr<TcpConnection>> strangers(std::size_t count) {
-        std::vector<std::unique_ptr<TcpConnection>> crowd;
-        while (crowd.size() < count) {
-            crowd.push_back(stranger());
+    std::vector<std::unique_ptr<TcpConnection>> unauthenticated(std::size_t count) {
+        std::vector<std::unique_ptr<TcpConnection>> evictions;
+        while (evictions.size() < count) {
+            evictions.push_back(unauthenticated());
         }
-        return crowd;
+        return evictions;
     }
 
     /// Keeps the loop busy until `release`: what comes meanwhile waits for it. Whoever asks is let in.
@@ -57,7 +57,7 @@ protected:
         EXPECT_TRUE(connection.closedByPeer());
     }
 
-    static constexpr std::size_t places = WebConnections::maximumStrangers;
+    static constexpr std::size_t places = WebConnections::maximumUnauthenticated;
     /// Alone in the log at level 2.
     SettingsHostTests::LogRecording log;
 
@@ -69,31 +69,31 @@ private:
     std::unique_ptr<TcpConnection> asking;
 };
 
-TEST_F(WebDoorStrangersTest, ThereAreThirtyTwoAndTheOldestMakesRoom) {
-    auto crowd = strangers(places);
-    auto next = stranger();
-    expectClosed(*crowd[0]);
-    auto afterNext = stranger();
-    expectClosed(*crowd[1]);
-    waitFor([&] { return turnedAway == 2; });
+TEST_F(UnauthenticatedConnectionsTest, ThereAreThirtyTwoAndTheOldestMakesRoom) {
+    auto evictions = unauthenticated(places);
+    auto next = unauthenticated();
+    expectClosed(*evictions[0]);
+    auto afterNext = unauthenticated();
+    expectClosed(*evictions[1]);
+    waitFor([&] { return refusedConnections == 2; });
     // The others are still there: they finish their requests.
     for (std::size_t number = 2; number < places; ++number) {
-        EXPECT_EQ(askHttp(*crowd[number], "/open HTTP/1.1\r\n" + host()).status, 503) << number;
+        EXPECT_EQ(askHttp(*evictions[number], "/open HTTP/1.1\r\n" + host()).status, 503) << number;
     }
     EXPECT_EQ(askHttp(*next, "/open HTTP/1.1\r\n" + host()).status, 503);
     EXPECT_EQ(askHttp(*afterNext, "/open HTTP/1.1\r\n" + host()).status, 503);
-    EXPECT_EQ(turnedAway, 2);
+    EXPECT_EQ(refusedConnections, 2);
 }
 
-TEST_F(WebDoorStrangersTest, WhatTheOldestHasSentIsReadBeforeItMakesRoom) {
-    auto page = stranger("GET /large.js?key=thekey HTTP/1.1\r\n");
-    auto asksInVain = stranger("GET /?key=thekex HTTP/1.1\r\n");
-    auto socket = stranger("GET /settings?key=thekey HTTP/1.1\r\n");
+TEST_F(UnauthenticatedConnectionsTest, WhatTheOldestHasSentIsReadBeforeItMakesRoom) {
+    auto page = unauthenticated("GET /large.js?key=thekey HTTP/1.1\r\n");
+    auto asksInVain = unauthenticated("GET /?key=thekex HTTP/1.1\r\n");
+    auto socket = unauthenticated("GET /settings?key=thekey HTTP/1.1\r\n");
     // Only when their places in the list are certain.
-    auto first = strangers(places - 4);
+    auto first = unauthenticated(places - 4);
     waitFor([&] { return httpGet(port, "/open?key=thekey").status == 503; });
     hold();
-    auto crowd = strangers(places);
+    auto evictions = unauthenticated(places);
     const std::string rest = host() + "\r\n";
     asksInVain->send(rest);
     page->send(rest);
@@ -109,7 +109,7 @@ TEST_F(WebDoorStrangersTest, WhatTheOldestHasSentIsReadBeforeItMakesRoom) {
     EXPECT_EQ(socket->receive(9), "\x81\x07<hello>");
 }
 
-TEST_F(WebDoorStrangersTest, WhoHasShownKeyOrCookieIsNoStranger) {
+TEST_F(UnauthenticatedConnectionsTest, WhoHasShownKeyOrCookieIsNoStranger) {
     TcpConnection withKey(port);
     EXPECT_EQ(askHttp(withKey, "GET /?key=thekey HTTP/1.1\r\n" + host()).status, 200);
     TcpConnection withCookie(port);
@@ -119,8 +119,8 @@ TEST_F(WebDoorStrangersTest, WhoHasShownKeyOrCookieIsNoStranger) {
     TcpConnection refused(port);
     EXPECT_EQ(askHttp(refused, "GET / HTTP/1.1\r\n" + host()).status, 403);
     WebSocket socket(port, "/settings?key=thekey", "settings.v1");
-    const auto crowd = strangers(3 * places);
-    waitFor([&] { return turnedAway == 2 + 2 * static_cast<int>(places); });
+    const auto evictions = unauthenticated(3 * places);
+    waitFor([&] { return refusedConnections == 2 + 2 * static_cast<int>(places); });
     expectClosed(figures);
     expectClosed(refused);
     EXPECT_EQ(askHttp(withKey, "GET / HTTP/1.1\r\n" + host()).status, 403)
@@ -130,14 +130,14 @@ TEST_F(WebDoorStrangersTest, WhoHasShownKeyOrCookieIsNoStranger) {
     EXPECT_EQ(socket.receiveText(), "<x>");
 }
 
-TEST_F(WebDoorStrangersTest, WhenAllPlacesAreTakenByThoseInsideTheNewOneIsClosed) {
+TEST_F(UnauthenticatedConnectionsTest, WhenAllPlacesAreTakenByThoseInsideTheNewOneIsClosed) {
     std::vector<std::unique_ptr<WebSocket>> inside;
     while (inside.size() < maximumClients) {
         inside.push_back(std::make_unique<WebSocket>(port, "/settings?key=thekey", "settings.v1"));
         ASSERT_EQ(inside.back()->status(), 101) << inside.size();
     }
-    expectClosed(*stranger());
-    waitFor([&] { return turnedAway == 1; });
+    expectClosed(*unauthenticated());
+    waitFor([&] { return refusedConnections == 1; });
     inside.pop_back();
     waitFor([&] { return left == 1; });
     waitFor([&] { return httpGet(port, "/open").status == 503; });
@@ -147,7 +147,7 @@ TEST_F(WebDoorStrangersTest, WhenAllPlacesAreTakenByThoseInsideTheNewOneIsClosed
     }
 }
 
-TEST_F(WebDoorStrangersTest, AStrangerThatDoesNotReadItsAnswersKeepsNoPlace) {
+TEST_F(UnauthenticatedConnectionsTest, AStrangerThatDoesNotReadItsAnswersKeepsNoPlace) {
     std::vector<std::unique_ptr<TcpConnection>> deaf;
     // More answers than the kernel keeps for it.
     std::string requests;
@@ -164,9 +164,9 @@ TEST_F(WebDoorStrangersTest, AStrangerThatDoesNotReadItsAnswersKeepsNoPlace) {
     EXPECT_EQ(httpGet(port, "/?key=thekey").status, 200);
 }
 
-TEST_F(WebDoorStrangersTest, OneLineOfTheLogTellsOfACrowd) {
-    const auto crowd = strangers(10 * places);
-    waitFor([&] { return turnedAway == 9 * static_cast<int>(places); });
+TEST_F(UnauthenticatedConnectionsTest, OneLineOfTheLogTellsOfACrowd) {
+    const auto evictions = unauthenticated(10 * places);
+    waitFor([&] { return refusedConnections == 9 * static_cast<int>(places); });
     stop();
     std::vector<std::string> warnings;
     for (const auto& line : log.take()) {

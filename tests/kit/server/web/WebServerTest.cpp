@@ -4,8 +4,8 @@
 #include <unistd.h>
 
 #include "Wire/FrameInspector.h"
-#include "kit/server/web/WebDoorFixture.h"
-#include "support/ProcessFigures.h"
+#include "kit/server/web/WebServerFixture.h"
+#include "support/ProcessUsage.h"
 
 namespace SettingsHost {
 
@@ -13,12 +13,12 @@ using TestSupport::httpGet;
 using TestSupport::HttpResponse;
 using TestSupport::WebSocket;
 
-TEST_F(WebDoorTest, PingsAfterFifteenSecondsUnlessToldOtherwise) {
+TEST_F(WebServerTest, PingsAfterFifteenSecondsUnlessToldOtherwise) {
     const WebSite site{WebAccess({"127.0.0.1", port}, "", "k", "c"), PageFiles(), {}};
-    EXPECT_EQ(site.secondsOfPatience, 15);
+    EXPECT_EQ(site.timeoutSeconds, 15);
 }
 
-TEST_F(WebDoorTest, TheKeyOpensThePagesAndTheCookieOpensThemAgain) {
+TEST_F(WebServerTest, TheKeyOpensThePagesAndTheCookieOpensThemAgain) {
     const HttpResponse first = httpGet(port, "/?key=thekey");
     EXPECT_EQ(first.status, 200);
     EXPECT_EQ(first.body, "<p>index</p>");
@@ -34,7 +34,7 @@ TEST_F(WebDoorTest, TheKeyOpensThePagesAndTheCookieOpensThemAgain) {
     EXPECT_EQ(httpGet(port, "/none", {cookie()}).status, 404);
 }
 
-TEST_F(WebDoorTest, ANewKeyLocksOutWhoeverCameWithTheOldOne) {
+TEST_F(WebServerTest, ANewKeyLocksOutWhoeverCameWithTheOldOne) {
     WebSocket withKey(port, "/settings?key=thekey", "settings.v1");
     WebSocket withCookie(port, "/device", "device.v1", {cookie()});
     WebSocket deaf(port, "/settings?key=thekey", "settings.v1", {}, 4096);
@@ -49,7 +49,7 @@ TEST_F(WebDoorTest, ANewKeyLocksOutWhoeverCameWithTheOldOne) {
             sendTo(clients[2], std::string(900000, 'x'));
             sendTo(clients[3], std::string(900000, 'x'));
         } else if (opened == 2) {
-            webDoor->replaceKey("newkey", "newsecret");
+            webServer->replaceKey("newkey", "newsecret");
             for (const auto& client : clients) {
                 sendTo(client, "too late");
             }
@@ -72,7 +72,7 @@ TEST_F(WebDoorTest, ANewKeyLocksOutWhoeverCameWithTheOldOne) {
     EXPECT_EQ(next.receiveText(), "<x>");
 }
 
-TEST_F(WebDoorTest, WithoutKeyOrCookieOnlyTheOpenPathsAnswer) {
+TEST_F(WebServerTest, WithoutKeyOrCookieOnlyTheOpenPathsAnswer) {
     for (const auto* path : {"/", "/device", "/large.js", "/none", "/?key=thekex", "/?key=", "/?kex=thekey"}) {
         const HttpResponse answer = httpGet(port, path);
         EXPECT_EQ(answer.status, 403) << path;
@@ -85,7 +85,7 @@ TEST_F(WebDoorTest, WithoutKeyOrCookieOnlyTheOpenPathsAnswer) {
     EXPECT_EQ(openAnswers, 1);
 }
 
-TEST_F(WebDoorTest, ForeignHostsAndOriginsGetNothing) {
+TEST_F(WebServerTest, ForeignHostsAndOriginsGetNothing) {
     for (const auto* header : {"Host: rebound.example", "Host: 127.0.0.1", "Origin: http://example", "Origin: null",
                                "Origin:", "Origin: "}) {
         EXPECT_EQ(httpGet(port, "/open", {header}).status, 403) << header;
@@ -97,7 +97,7 @@ TEST_F(WebDoorTest, ForeignHostsAndOriginsGetNothing) {
     EXPECT_EQ(httpGet(port, "/open", {"Origin: http://localhost:5173"}).status, 503);
 }
 
-TEST_F(WebDoorTest, EveryAnswerCarriesTheSecurityHeaders) {
+TEST_F(WebServerTest, EveryAnswerCarriesTheSecurityHeaders) {
     WebSocket socket(port, "/settings?key=thekey", "settings.v1");
     WebSocket refused(port, "/settings", "settings.v1");
     TestSupport::TcpConnection posting(port);
@@ -117,7 +117,7 @@ TEST_F(WebDoorTest, EveryAnswerCarriesTheSecurityHeaders) {
     }
 }
 
-TEST_F(WebDoorTest, NoSpellingOfAPathLeadsOutOfTheFolder) {
+TEST_F(WebServerTest, NoSpellingOfAPathLeadsOutOfTheFolder) {
     std::ofstream(folder.path().string() + ".secret") << "SECRET";
     const std::string name = folder.path().filename().string() + ".secret";
     for (const auto& prefix : {"/../", "/%2e%2e/", "/..%2f", "/%2e%2e%2f", "/assets/../../", "//../", "/.%00./",
@@ -135,7 +135,7 @@ TEST_F(WebDoorTest, NoSpellingOfAPathLeadsOutOfTheFolder) {
     std::remove((folder.path().string() + ".secret").c_str());
 }
 
-TEST_F(WebDoorTest, HeadAnswersWithoutABodyAndConnectionsAreUsedAgain) {
+TEST_F(WebServerTest, HeadAnswersWithoutABodyAndConnectionsAreUsedAgain) {
     TestSupport::TcpConnection connection(port);
     const HttpResponse head = askHttp(connection, "HEAD /?key=thekey HTTP/1.1\r\n" + host(), false);
     EXPECT_EQ(head.status, 200);
@@ -145,7 +145,7 @@ TEST_F(WebDoorTest, HeadAnswersWithoutABodyAndConnectionsAreUsedAgain) {
     }
 }
 
-TEST_F(WebDoorTest, AWebSocketNeedsItsPathAndSubprotocol) {
+TEST_F(WebServerTest, AWebSocketNeedsItsPathAndSubprotocol) {
     WebSocket settings(port, "/settings?key=thekey", "settings.v1");
     EXPECT_EQ(settings.status(), 101);
     EXPECT_EQ(settings.answer().headers.at("sec-websocket-protocol"), "settings.v1");
@@ -173,7 +173,7 @@ TEST_F(WebDoorTest, AWebSocketNeedsItsPathAndSubprotocol) {
     EXPECT_EQ(arrived, 3);
 }
 
-TEST_F(WebDoorTest, MessagesAreFramesHoweverTheyWereCut) {
+TEST_F(WebServerTest, MessagesAreFramesHoweverTheyWereCut) {
     WebSocket socket(port, "/settings?key=thekey", "settings.v1");
     socket.sendText("one");
     socket.sendFrame(1, "t", false);
@@ -191,7 +191,7 @@ TEST_F(WebDoorTest, MessagesAreFramesHoweverTheyWereCut) {
     EXPECT_EQ(socket.receiveText(), "<line\nend \xC3\xA9>");
 }
 
-TEST_F(WebDoorTest, AFrameOverTheLimitClosesWith1009) {
+TEST_F(WebServerTest, AFrameOverTheLimitClosesWith1009) {
     WebSocket exact(port, "/settings?key=thekey", "settings.v1");
     exact.sendText(std::string(maximumFrameSize, 'x'));
     EXPECT_EQ(exact.receiveText().value_or("").size(), maximumFrameSize + 2);
@@ -203,13 +203,13 @@ TEST_F(WebDoorTest, AFrameOverTheLimitClosesWith1009) {
     EXPECT_EQ(pieces.receive().value_or(WebSocket::Message()).closeStatus(), 1009);
 }
 
-TEST_F(WebDoorTest, ABinaryMessageClosesWith1003) {
+TEST_F(WebServerTest, ABinaryMessageClosesWith1003) {
     WebSocket socket(port, "/settings?key=thekey", "settings.v1");
     socket.sendFrame(2, "one", true);
     EXPECT_EQ(socket.receive().value_or(WebSocket::Message()).closeStatus(), 1003);
 }
 
-TEST_F(WebDoorTest, WhatComesAfterTheFarewellIsNoFrame) {
+TEST_F(WebServerTest, WhatComesAfterTheFarewellIsNoFrame) {
     std::atomic<int> frames{0};
     onFrame = [&](const auto&, const auto&) { ++frames; };
     WebSocket socket(port, "/settings?key=thekey", "settings.v1");
@@ -221,7 +221,7 @@ TEST_F(WebDoorTest, WhatComesAfterTheFarewellIsNoFrame) {
     EXPECT_EQ(frames, 1);
 }
 
-TEST_F(WebDoorTest, AClientMayAskMuchBeforeItReadsAnything) {
+TEST_F(WebServerTest, AClientMayAskMuchBeforeItReadsAnything) {
     const std::string answer(5000, 'a');
     onFrame = [&](const auto& client, const auto& frame) { sendTo(client, frame + answer); };
     WebSocket socket(port, "/settings?key=thekey", "settings.v1", {}, 4096);
@@ -237,7 +237,7 @@ TEST_F(WebDoorTest, AClientMayAskMuchBeforeItReadsAnything) {
     EXPECT_EQ(left, 0);
 }
 
-TEST_F(WebDoorTest, AClientThatReadsSlowlyIsNotTakenForOneThatIsGone) {
+TEST_F(WebServerTest, AClientThatReadsSlowlyIsNotTakenForOneThatIsGone) {
     const std::string answer(5000, 'a');
     onFrame = [&](const auto& client, const auto& frame) { sendTo(client, frame + answer); };
     WebSocket socket(port, "/settings?key=thekey", "settings.v1", {}, 4096);
@@ -257,7 +257,7 @@ TEST_F(WebDoorTest, AClientThatReadsSlowlyIsNotTakenForOneThatIsGone) {
     writer.join();
 }
 
-TEST_F(WebDoorTest, AClientThatDoesNotReadIsDroppedAfterAllThatItWasSent) {
+TEST_F(WebServerTest, AClientThatDoesNotReadIsDroppedAfterAllThatItWasSent) {
     const auto frame = std::make_shared<const std::string>(10000, 'x');
     onFrame = [&](const auto& asking, const auto&) {
         for (int number = 0; number < 1000; ++number) {
@@ -285,7 +285,7 @@ TEST_F(WebDoorTest, AClientThatDoesNotReadIsDroppedAfterAllThatItWasSent) {
     EXPECT_LT(expected, 1000);
 }
 
-TEST_F(WebDoorTest, AClientThatAnswersNoPingIsDroppedAndOneThatDoesStays) {
+TEST_F(WebServerTest, AClientThatAnswersNoPingIsDroppedAndOneThatDoesStays) {
     WebSocket silent(port, "/settings?key=thekey", "settings.v1");
     WebSocket answering(port, "/settings?key=thekey", "settings.v1");
     silent.answerPings = false;
@@ -299,7 +299,7 @@ TEST_F(WebDoorTest, AClientThatAnswersNoPingIsDroppedAndOneThatDoesStays) {
     EXPECT_EQ(left, 1);
 }
 
-TEST_F(WebDoorTest, WhoNeverFinishesARequestOrReadsItsAnswerIsDropped) {
+TEST_F(WebServerTest, WhoNeverFinishesARequestOrReadsItsAnswerIsDropped) {
     const std::size_t descriptors = TestSupport::openDescriptors(::getpid());
     TestSupport::TcpConnection half(port);
     half.send("GET /?key=thekey HTTP/1.1\r\n");
@@ -315,7 +315,7 @@ TEST_F(WebDoorTest, WhoNeverFinishesARequestOrReadsItsAnswerIsDropped) {
     EXPECT_TRUE(deaf.closedByPeer());
 }
 
-TEST_F(WebDoorTest, StoppingSendsWhatWaitsAndSaysThatTheHostGoes) {
+TEST_F(WebServerTest, StoppingSendsWhatWaitsAndSaysThatTheHostGoes) {
     onFrame = [&](const auto& client, const auto&) {
         sendTo(client, std::string(200000, 'x'));
         sendTo(client, "last");
@@ -332,7 +332,7 @@ TEST_F(WebDoorTest, StoppingSendsWhatWaitsAndSaysThatTheHostGoes) {
     EXPECT_THROW(TestSupport::TcpConnection again(port), std::runtime_error);
 }
 
-TEST_F(WebDoorTest, StoppingDoesNotWaitForOneThatReadsNothing) {
+TEST_F(WebServerTest, StoppingDoesNotWaitForOneThatReadsNothing) {
     onFrame = [&](const auto& client, const auto&) { sendTo(client, std::string(1000000, 'x')); };
     WebSocket stuck(port, "/settings?key=thekey", "settings.v1", {}, 4096);
     stuck.sendText("x");
@@ -345,7 +345,7 @@ TEST_F(WebDoorTest, StoppingDoesNotWaitForOneThatReadsNothing) {
     EXPECT_EQ(left, 1);
 }
 
-TEST_F(WebDoorTest, MoreConnectionsThanItTakesAreClosedAndThoseInsideGoOn) {
+TEST_F(WebServerTest, MoreConnectionsThanItTakesAreClosedAndThoseInsideGoOn) {
     std::vector<std::unique_ptr<WebSocket>> inside;
     for (std::size_t number = 0; number < maximumClients + 20; ++number) {
         inside.push_back(std::make_unique<WebSocket>(port, "/settings?key=thekey", "settings.v1"));
@@ -354,7 +354,7 @@ TEST_F(WebDoorTest, MoreConnectionsThanItTakesAreClosedAndThoseInsideGoOn) {
         }
     }
     EXPECT_EQ(inside.size(), maximumClients);
-    waitFor([&] { return turnedAway == 20; });
+    waitFor([&] { return refusedConnections == 20; });
     for (const auto& socket : inside) {
         socket->sendText("x");
         EXPECT_EQ(socket->receiveText(), "<x>");
@@ -365,7 +365,7 @@ TEST_F(WebDoorTest, MoreConnectionsThanItTakesAreClosedAndThoseInsideGoOn) {
     EXPECT_EQ(next.status(), 101);
 }
 
-TEST_F(WebDoorTest, GarbageHurtsNobody) {
+TEST_F(WebServerTest, GarbageHurtsNobody) {
     WebSocket good(port, "/settings?key=thekey", "settings.v1");
     for (const std::string& bytes :
          std::vector<std::string>{std::string("\x00\x01\x02", 3), std::string("GET\r\n\r\n"), std::string(100000, 'a'),

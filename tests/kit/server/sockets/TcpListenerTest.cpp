@@ -11,19 +11,19 @@
 #include <unistd.h>
 
 #include "server/loop/RepeatingTimer.h"
-#include "server/sockets/DoorError.h"
-#include "server/sockets/TcpDoor.h"
+#include "server/sockets/ListenerError.h"
+#include "server/sockets/TcpListener.h"
 #include "support/ListeningSocket.h"
 #include "support/Sanitizers.h"
 #include "support/WebClient.h"
 
 namespace SettingsHost {
 
-class TcpDoorTest : public ::testing::Test {
+class TcpListenerTest : public ::testing::Test {
 protected:
     /// Takes `count` connections, then stops the loop.
-    void startTaking(TcpDoor& door, std::size_t count) {
-        door.start(
+    void startTaking(TcpListener& listener, std::size_t count) {
+        listener.start(
             loop,
             [this, count](int descriptor) {
                 taken.push_back(descriptor);
@@ -34,7 +34,7 @@ protected:
             [this](int /*descriptor*/) { ++refused; });
     }
 
-    ~TcpDoorTest() override {
+    ~TcpListenerTest() override {
         for (const int descriptor : taken) {
             ::close(descriptor);
         }
@@ -45,11 +45,11 @@ protected:
     int refused = 0;
 };
 
-TEST_F(TcpDoorTest, ConnectionsThatCameBeforeTheStartWait) {
-    TcpDoor door("127.0.0.1", 0);
-    TestSupport::TcpConnection early(door.port());
+TEST_F(TcpListenerTest, ConnectionsThatCameBeforeTheStartWait) {
+    TcpListener listener("127.0.0.1", 0);
+    TestSupport::TcpConnection early(listener.port());
     early.send("x");
-    startTaking(door, 1);
+    startTaking(listener, 1);
     loop.run();
     ASSERT_EQ(taken.size(), 1U);
     EXPECT_EQ(::send(taken[0], "hello", 5, 0), 5);
@@ -59,15 +59,15 @@ TEST_F(TcpDoorTest, ConnectionsThatCameBeforeTheStartWait) {
     EXPECT_NE(::fcntl(descriptor, F_GETFD) & FD_CLOEXEC, 0);
 }
 
-TEST_F(TcpDoorTest, ConnectionsSendWithoutDelayAlsoThoseOfAPassedSocket) {
-    TcpDoor own("127.0.0.1", 0);
+TEST_F(TcpListenerTest, ConnectionsSendWithoutDelayAlsoThoseOfAPassedSocket) {
+    TcpListener own("127.0.0.1", 0);
     auto socket = TestSupport::listeningTcpSocket("127.0.0.1");
-    TcpDoor passed{Descriptor(::dup(socket.get()))};
-    for (TcpDoor* door : {&own, &passed}) {
+    TcpListener passed{Descriptor(::dup(socket.get()))};
+    for (TcpListener* listener : {&own, &passed}) {
         taken.clear();
-        TestSupport::TcpConnection client(door->port());
+        TestSupport::TcpConnection client(listener->port());
         client.send("x");
-        startTaking(*door, 1);
+        startTaking(*listener, 1);
         loop.run();
         ASSERT_EQ(taken.size(), 1U);
         int noDelay = 0;
@@ -76,65 +76,65 @@ TEST_F(TcpDoorTest, ConnectionsSendWithoutDelayAlsoThoseOfAPassedSocket) {
         EXPECT_EQ(noDelay, 1);
         ::close(taken[0]);
         taken.clear();
-        door->close();
+        listener->close();
     }
 }
 
-TEST_F(TcpDoorTest, ConnectionsAreTakenInTheOrderInWhichTheySpeakAndManyAtATime) {
-    TcpDoor door("127.0.0.1", 0);
-    constexpr std::size_t crowd = 300;
+TEST_F(TcpListenerTest, ConnectionsAreTakenInTheOrderInWhichTheySpeakAndManyAtATime) {
+    TcpListener listener("127.0.0.1", 0);
+    constexpr std::size_t evictions = 300;
     std::vector<std::unique_ptr<TestSupport::TcpConnection>> clients;
-    for (std::size_t number = 0; number < crowd; ++number) {
-        clients.push_back(std::make_unique<TestSupport::TcpConnection>(door.port()));
+    for (std::size_t number = 0; number < evictions; ++number) {
+        clients.push_back(std::make_unique<TestSupport::TcpConnection>(listener.port()));
     }
-    for (std::size_t number = crowd; number-- > 0;) {
+    for (std::size_t number = evictions; number-- > 0;) {
         clients[number]->send(std::to_string(number) + "\n");
     }
-    // More than the kernel keeps for a door that does not say how many may wait.
-    startTaking(door, crowd);
+    // More than the kernel keeps for a listener that does not say how many may wait.
+    startTaking(listener, evictions);
     int turns = 0;
     RepeatingTimer counter(loop, std::chrono::milliseconds(0), std::chrono::milliseconds(1), [&] { ++turns; });
     loop.run();
-    ASSERT_EQ(taken.size(), crowd);
-    for (std::size_t number = 0; number < crowd; ++number) {
+    ASSERT_EQ(taken.size(), evictions);
+    for (std::size_t number = 0; number < evictions; ++number) {
         std::array<char, 16> text{};
         EXPECT_GT(::recv(taken[number], text.data(), text.size(), 0), 0);
-        EXPECT_EQ(std::stoul(text.data()), crowd - 1 - number);
+        EXPECT_EQ(std::stoul(text.data()), evictions - 1 - number);
     }
-    EXPECT_LT(turns, static_cast<int>(crowd));
+    EXPECT_LT(turns, static_cast<int>(evictions));
 }
 
-TEST_F(TcpDoorTest, ATakenPortIsRefusedInWordsAndFreeAgainAfterTheClose) {
+TEST_F(TcpListenerTest, ATakenPortIsRefusedInWordsAndFreeAgainAfterTheClose) {
     std::uint16_t port = 0;
     {
-        TcpDoor door("127.0.0.1", 0);
-        port = door.port();
+        TcpListener listener("127.0.0.1", 0);
+        port = listener.port();
         try {
-            TcpDoor second("127.0.0.1", port);
+            TcpListener second("127.0.0.1", port);
             ADD_FAILURE() << "two doors at one port";
-        } catch (const DoorError& error) {
+        } catch (const ListenerError& error) {
             EXPECT_EQ(error.what(),
                       "cannot listen at 127.0.0.1 port " + std::to_string(port) + ": Address already in use");
         }
-        startTaking(door, 1);
+        startTaking(listener, 1);
         TestSupport::TcpConnection client(port);
         client.send("x");
         loop.run();
         ::close(taken[0]);
         taken.clear();
     }
-    EXPECT_NO_THROW(TcpDoor("127.0.0.1", port));
-    EXPECT_THROW(TcpDoor("here", port), DoorError);
+    EXPECT_NO_THROW(TcpListener("127.0.0.1", port));
+    EXPECT_THROW(TcpListener("here", port), ListenerError);
 }
 
-TEST_F(TcpDoorTest, AtTheDescriptorLimitConnectionsAreTurnedAwayAndTheNextIsServed) {
+TEST_F(TcpListenerTest, AtTheDescriptorLimitConnectionsAreTurnedAwayAndTheNextIsServed) {
     if (TestSupport::sanitizersNeedDescriptors) {
         GTEST_SKIP();
     }
-    TcpDoor door("127.0.0.1", 0);
-    startTaking(door, 1);
-    TestSupport::TcpConnection turnedAway(door.port());
-    turnedAway.send("x");
+    TcpListener listener("127.0.0.1", 0);
+    startTaking(listener, 1);
+    TestSupport::TcpConnection last(listener.port());
+    last.send("x");
     rlimit before{};
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
     const int highest = ::dup(0);
@@ -146,21 +146,21 @@ TEST_F(TcpDoorTest, AtTheDescriptorLimitConnectionsAreTurnedAwayAndTheNextIsServ
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
     EXPECT_TRUE(taken.empty());
     EXPECT_EQ(refused, 1);
-    EXPECT_EQ(turnedAway.receiveAll(), "");
-    EXPECT_TRUE(turnedAway.closedByPeer());
-    TestSupport::TcpConnection next(door.port());
+    EXPECT_EQ(last.receiveAll(), "");
+    EXPECT_TRUE(last.closedByPeer());
+    TestSupport::TcpConnection next(listener.port());
     next.send("x");
     loop.run();
     EXPECT_EQ(taken.size(), 1U);
 }
 
-TEST_F(TcpDoorTest, WhenNotEvenTheSpareDescriptorHelpsConnectionsWaitAndTheLoopSleeps) {
+TEST_F(TcpListenerTest, WhenNotEvenTheSpareDescriptorHelpsConnectionsWaitAndTheLoopSleeps) {
     if (TestSupport::sanitizersNeedDescriptors) {
         GTEST_SKIP();
     }
-    TcpDoor door("127.0.0.1", 0);
-    startTaking(door, 1);
-    TestSupport::TcpConnection waits(door.port());
+    TcpListener listener("127.0.0.1", 0);
+    startTaking(listener, 1);
+    TestSupport::TcpConnection waits(listener.port());
     waits.send("x");
     rlimit before{};
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);

@@ -1,4 +1,4 @@
-#include "storage/FilesBeside.h"
+#include "storage/CompanionFiles.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -44,7 +44,7 @@ bool isStorages(std::string_view ending) {
 
 }  // namespace
 
-std::vector<std::string> filesBeside(const std::string& databaseFile) {
+std::vector<std::string> companionFiles(const std::string& databaseFile) {
     const std::filesystem::path database(databaseFile);
     const std::string name = database.filename().string();
     std::vector<std::string> files;

@@ -13,7 +13,7 @@
 namespace SettingsHost {
 
 /// A GetSettings request asks for more than the host has memory for. It leaves the handler, which has changed nothing.
-class TooMuchAsked : public std::runtime_error {
+class ReadLimitExceeded : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
@@ -21,7 +21,7 @@ public:
 /// The storage as the handler sees it. The handler gathers what a GetSettings asks for before anybody knows how much it
 /// is, and keeps every value of an unknown key that it has read. Databases of older versions hold sixty times as much
 /// as may be stored now, so this bounds both. Small values are not counted. One thread only; the storage outlives it.
-class ReadingGuard : public SDKWrapper::StorageManagerInterface {
+class BoundedStorage : public SDKWrapper::StorageManagerInterface {
 public:
     /// Values for one reply: twice as much as may be stored.
     static constexpr std::size_t maximumReply = 2UL * 1024UL * 1024UL;
@@ -29,10 +29,10 @@ public:
     static constexpr std::size_t maximumKept = 1024UL * 1024UL;
 
     /// `context` says when a GetSettings is handled. `hasRoomFor` answers whether the host has as many bytes to spare.
-    ReadingGuard(SDKWrapper::StorageManagerInterface& storage, std::shared_ptr<const RequestContext> context,
-                 std::function<bool(std::size_t)> hasRoomFor);
+    BoundedStorage(SDKWrapper::StorageManagerInterface& storage, std::shared_ptr<const RequestContext> context,
+                   std::function<bool(std::size_t)> hasRoomFor);
 
-    /// Errors: `TooMuchAsked`, while a GetSettings is handled.
+    /// Errors: `ReadLimitExceeded`, while a GetSettings is handled.
     void getValue(const std::string& key, std::string& value) override;
     bool setValue(const std::string& key, const std::string& value) override;
     bool removeValue(const std::string& key) override;

@@ -1,4 +1,4 @@
-#include "handler/ReadingGuard.h"
+#include "handler/BoundedStorage.h"
 
 #include <utility>
 
@@ -15,19 +15,19 @@ constexpr std::size_t smallReply = 65536;
 
 }  // namespace
 
-ReadingGuard::ReadingGuard(SDKWrapper::StorageManagerInterface& guardedStorage,
-                           std::shared_ptr<const RequestContext> requestContext,
-                           std::function<bool(std::size_t)> isThereRoomFor)
+BoundedStorage::BoundedStorage(SDKWrapper::StorageManagerInterface& guardedStorage,
+                               std::shared_ptr<const RequestContext> requestContext,
+                               std::function<bool(std::size_t)> isThereRoomFor)
     : storage(guardedStorage), context(std::move(requestContext)), hasRoomFor(std::move(isThereRoomFor)) {}
 
-ReadingGuard::Kept& ReadingGuard::keep(const std::string& key, std::size_t size) {
+BoundedStorage::Kept& BoundedStorage::keep(const std::string& key, std::size_t size) {
     Kept& value = kept[key];
     keptBytes += size;
     keptBytes -= std::exchange(value.size, size);
     return value;
 }
 
-void ReadingGuard::forget(const std::string& key) {
+void BoundedStorage::forget(const std::string& key) {
     const auto value = kept.find(key);
     if (value != kept.end()) {
         keptBytes -= value->second.size;
@@ -35,11 +35,11 @@ void ReadingGuard::forget(const std::string& key) {
     }
 }
 
-bool ReadingGuard::isGathering() const {
+bool BoundedStorage::isGathering() const {
     return context->current() && context->current()->type == CommunicationHandler::GET_SETTINGS;
 }
 
-void ReadingGuard::getValue(const std::string& key, std::string& value) {
+void BoundedStorage::getValue(const std::string& key, std::string& value) {
     storage.getValue(key, value);
     if (value.size() <= worthCounting) {
         forget(key);
@@ -52,11 +52,11 @@ void ReadingGuard::getValue(const std::string& key, std::string& value) {
     gatheredBytes += value.size();
     // It is gathered in one place and copied to another before it becomes a frame.
     if (gatheredBytes > maximumReply || (gatheredBytes > smallReply && !hasRoomFor(2 * gatheredBytes))) {
-        throw TooMuchAsked("more is asked for than there is memory for");
+        throw ReadLimitExceeded("more is asked for than there is memory for");
     }
 }
 
-bool ReadingGuard::setValue(const std::string& key, const std::string& value) {
+bool BoundedStorage::setValue(const std::string& key, const std::string& value) {
     if (!storage.setValue(key, value)) {
         return false;
     }
@@ -68,18 +68,18 @@ bool ReadingGuard::setValue(const std::string& key, const std::string& value) {
     return true;
 }
 
-bool ReadingGuard::removeValue(const std::string& key) {
+bool BoundedStorage::removeValue(const std::string& key) {
     return storage.removeValue(key);
 }
 
-bool ReadingGuard::clearStorage() {
+bool BoundedStorage::clearStorage() {
     // The handler's cache is made anew after it, whatever came of it.
     kept.clear();
     keptBytes = 0;
     return storage.clearStorage();
 }
 
-bool ReadingGuard::requestEnded() {
+bool BoundedStorage::requestEnded() {
     ++request;
     gatheredBytes = 0;
     const bool tooMuch = keptBytes > maximumKept;

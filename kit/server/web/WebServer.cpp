@@ -1,4 +1,4 @@
-#include "server/web/WebDoor.h"
+#include "server/web/WebServer.h"
 
 #include <algorithm>
 #include <array>
@@ -14,7 +14,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include "server/sockets/DoorError.h"
+#include "server/sockets/ListenerError.h"
 #include "server/web/SecurityHeaders.h"
 #include "server/web/WebRequest.h"
 #include "server/web/WebSocketClient.h"
@@ -27,7 +27,7 @@ namespace {
 constexpr const char* settingsProtocol = "settings.v1";
 constexpr const char* deviceProtocol = "device.v1";
 
-/// Which door a WebSocket opens at which path.
+/// Which server a WebSocket opens at which path.
 struct WebSocketRoute {
     const char* path;
     const char* protocol;
@@ -60,7 +60,7 @@ void logLine(int /*level*/, const char* line) {
 }  // namespace
 
 /// What libwebsockets calls. No exception may pass through it.
-class WebDoor::Callbacks {
+class WebServer::Callbacks {
 public:
     static int http(lws* connection, lws_callback_reasons reason, void* user, void* in, std::size_t size) {
         return guarded([&] { return httpEvent(connection, reason, user, in, size); });
@@ -88,27 +88,27 @@ private:
     }
 
     /// Null when it is gone already: connections are let go of in the next turn of the loop.
-    static WebDoor* doorOf(lws* connection) {
-        return static_cast<Self*>(lws_context_user(lws_get_context(connection)))->door;
+    static WebServer* serverOf(lws* connection) {
+        return static_cast<Self*>(lws_context_user(lws_get_context(connection)))->server;
     }
 
     static int httpEvent(lws* connection, lws_callback_reasons reason, void* user, void* in, std::size_t size) {
-        WebDoor* const door = doorOf(connection);
-        if (door == nullptr) {
+        WebServer* const server = serverOf(connection);
+        if (server == nullptr) {
             return 0;
         }
         switch (reason) {
             case LWS_CALLBACK_HTTP:
-                return door->serveRequest(connection, static_cast<const char*>(in)) ? 0 : -1;
+                return server->serveRequest(connection, static_cast<const char*>(in)) ? 0 : -1;
             case LWS_CALLBACK_HTTP_WRITEABLE:
-                return door->continueAnswer(connection) ? 0 : -1;
+                return server->continueAnswer(connection) ? 0 : -1;
             case LWS_CALLBACK_HTTP_CONFIRM_UPGRADE:
-                return door->admitWebSocket(connection) ? 0 : 1;
+                return server->admitWebSocket(connection) ? 0 : 1;
             case LWS_CALLBACK_CLOSED_HTTP:
-                door->exchanges.erase(connection);
+                server->exchanges.erase(connection);
                 return 0;
             case LWS_CALLBACK_WSI_DESTROY:
-                door->connections.left(connection);
+                server->connections.left(connection);
                 return 0;
             case LWS_CALLBACK_FILTER_PROTOCOL_CONNECTION:
                 // WebSockets have protocols of their own.
@@ -120,16 +120,16 @@ private:
 
     static int webSocketEvent(lws* connection, lws_callback_reasons reason, Origin origin, const char* in,
                               std::size_t size) {
-        WebDoor* const door = doorOf(connection);
-        if (door == nullptr) {
+        WebServer* const server = serverOf(connection);
+        if (server == nullptr) {
             return 0;
         }
         if (reason == LWS_CALLBACK_ESTABLISHED) {
-            door->open(connection, origin);
+            server->open(connection, origin);
             return 0;
         }
-        const auto entry = door->clients.find(connection);
-        if (entry == door->clients.end()) {
+        const auto entry = server->clients.find(connection);
+        if (entry == server->clients.end()) {
             return 0;
         }
         const std::shared_ptr<WebSocketClient> client = entry->second;
@@ -144,7 +144,7 @@ private:
                 client->peerCloses();
                 return 0;
             case LWS_CALLBACK_CLOSED:
-                door->remove(connection);
+                server->remove(connection);
                 return 0;
             default:
                 return 0;
@@ -152,30 +152,30 @@ private:
     }
 };
 
-WebDoor::WebDoor(EventLoop& eventLoop, std::unique_ptr<TcpDoor> itsListener, WebSite itsSite,
-                 DoorEvents eventsOfSettings, DoorEvents eventsOfDevice)
+WebServer::WebServer(EventLoop& eventLoop, std::unique_ptr<TcpListener> itsListener, WebSite itsSite,
+                     ListenerEvents eventsOfSettings, ListenerEvents eventsOfDevice)
     : loop(eventLoop),
       listener(std::move(itsListener)),
       site(std::move(itsSite)),
       settingsEvents(std::move(eventsOfSettings)),
       deviceEvents(std::move(eventsOfDevice)),
-      crowd(loop, [](std::size_t count) {
+      evictions(loop, [](std::size_t count) {
           logHost(VessaLogger::WARNING,
                   "web: connections without key or cookie closed to make room for others: " + std::to_string(count));
       }) {
     createContext();
     listener->start(
         loop, [this](int descriptor) { adopt(descriptor); },
-        [this](int /*descriptor*/) { settingsEvents.turnedAway(Origin::PAGE); });
+        [this](int /*descriptor*/) { settingsEvents.refused(Origin::PAGE); });
 }
 
-WebDoor::~WebDoor() {
+WebServer::~WebServer() {
     close();
     closeNow();
-    self->door = nullptr;
+    self->server = nullptr;
 }
 
-void WebDoor::createContext() {
+void WebServer::createContext() {
     lws_set_log_level(LLL_ERR | LLL_WARN, logLine);
     static const std::array<lws_protocols, 4> protocols{{
         {"http", Callbacks::http, 0, 0, 0, nullptr, 0},
@@ -183,9 +183,9 @@ void WebDoor::createContext() {
         {deviceProtocol, Callbacks::webSocket<Origin::DEVICE>, 0, 0, 0, nullptr, 0},
         {nullptr, nullptr, 0, 0, 0, nullptr, 0},
     }};
-    const auto secondsUntilHangUp = static_cast<std::uint16_t>(2 * site.secondsOfPatience);
+    const auto secondsUntilHangUp = static_cast<std::uint16_t>(2 * site.timeoutSeconds);
     liveness =
-        std::make_unique<lws_retry_bo_t>(lws_retry_bo_t{nullptr, 0, 0, site.secondsOfPatience, secondsUntilHangUp, 0});
+        std::make_unique<lws_retry_bo_t>(lws_retry_bo_t{nullptr, 0, 0, site.timeoutSeconds, secondsUntilHangUp, 0});
     void* foreignLoop = loop.handle();
     lws_context_creation_info info{};
     info.port = CONTEXT_PORT_NO_LISTEN_SERVER;
@@ -196,47 +196,48 @@ void WebDoor::createContext() {
     info.user = self.get();
     info.server_string = "settings-host";
     info.retry_and_idle_policy = liveness.get();
-    info.timeout_secs = site.secondsOfPatience;
-    info.timeout_secs_ah_idle = site.secondsOfPatience;
-    info.keepalive_timeout = site.secondsOfPatience;
+    info.timeout_secs = site.timeoutSeconds;
+    info.timeout_secs_ah_idle = site.timeoutSeconds;
+    info.keepalive_timeout = site.timeoutSeconds;
     info.max_http_header_data2 = longestWebRequest;
-    // The door counts itself. The library counts connections that are on their way out, and a descriptor of its own.
+    // The server counts itself. The library counts connections that are on their way out, and a descriptor of its own.
     info.fd_limit_per_thread = 2 * maximumClients;
     context = lws_create_context(&info);
     vhost = context == nullptr ? nullptr : lws_create_vhost(context, &info);
     if (vhost == nullptr) {
-        throw DoorError("cannot start the web server");
+        throw ListenerError("cannot start the web server");
     }
 }
 
-void WebDoor::adopt(int descriptor) {
+void WebServer::adopt(int descriptor) {
     ::setsockopt(descriptor, SOL_SOCKET, SO_SNDBUF, &kernelBuffer, sizeof(kernelBuffer));
     makeRoom();
     if (!connections.haveRoom()) {
         ::close(descriptor);
-        settingsEvents.turnedAway(Origin::PAGE);
+        settingsEvents.refused(Origin::PAGE);
         return;
     }
     // Closes the descriptor when it fails.
     lws* const connection = lws_adopt_socket_vhost(vhost, descriptor);
     if (connection == nullptr) {
-        settingsEvents.turnedAway(Origin::PAGE);
+        settingsEvents.refused(Origin::PAGE);
         return;
     }
     connections.arrived(connection);
 }
 
-/// The oldest strangers go, each after what it has sent was read: a page that has just sent its key stays.
-void WebDoor::makeRoom() {
+/// The oldest unauthenticated connections are closed, each after what it has sent was read: a page that has just sent
+/// its key stays.
+void WebServer::makeRoom() {
     bool wasRead = false;
-    while (!connections.haveRoom() && connections.oldestStranger() != nullptr) {
-        lws* const oldest = connections.oldestStranger();
+    while (!connections.haveRoom() && connections.oldestUnauthenticated() != nullptr) {
+        lws* const oldest = connections.oldestUnauthenticated();
         wasRead = readWhatCame(oldest) || wasRead;
-        if (connections.isStranger(oldest)) {
+        if (connections.isUnauthenticated(oldest)) {
             connections.left(oldest);
             drop(oldest);
-            settingsEvents.turnedAway(Origin::PAGE);
-            crowd.strangerHadToGo();
+            settingsEvents.refused(Origin::PAGE);
+            evictions.connectionEvicted();
         }
     }
     if (wasRead) {
@@ -245,8 +246,9 @@ void WebDoor::makeRoom() {
     }
 }
 
-/// Has the library read what a stranger sent, no more than a request may be long. Returns: whether there was something.
-bool WebDoor::readWhatCame(lws* connection) {
+/// Has the library read what an unauthenticated connection sent, no more than a request may be long. Returns: whether
+/// there was something.
+bool WebServer::readWhatCame(lws* connection) {
     const auto descriptor = lws_get_socket_fd(connection);
     const auto somethingCame = [&] {
         char first = '\0';
@@ -254,7 +256,7 @@ bool WebDoor::readWhatCame(lws* connection) {
     };
     // It reads up to 4 KiB at a time.
     int reads = 0;
-    for (; reads < 2 && connections.isStranger(connection) && somethingCame(); ++reads) {
+    for (; reads < 2 && connections.isUnauthenticated(connection) && somethingCame(); ++reads) {
         lws_pollfd readable{descriptor, LWS_POLLIN, LWS_POLLIN};
         lws_service_fd(context, &readable);
     }
@@ -262,7 +264,7 @@ bool WebDoor::readWhatCame(lws* connection) {
 }
 
 /// Closes a connection that is not a WebSocket.
-void WebDoor::drop(lws* connection) {
+void WebServer::drop(lws* connection) {
     if (lws_partial_buffered(connection) != 0) {
         // The library would wait for seconds until the rest of an answer is read.
         ::shutdown(lws_get_socket_fd(connection), SHUT_RDWR);
@@ -270,14 +272,14 @@ void WebDoor::drop(lws* connection) {
     lws_set_timeout(connection, PENDING_TIMEOUT_USER_REASON_BASE, LWS_TO_KILL_SYNC);
 }
 
-HttpAnswer WebDoor::answerFor(lws* connection, const std::string& path) {
+HttpAnswer WebServer::answerFor(lws* connection, const std::string& path) {
     const WebVisitor visitor = visitorOf(connection);
     if (!site.access.isFromHere(visitor)) {
         return plainAnswer(HTTP_STATUS_FORBIDDEN, "This address or page may not ask this host.");
     }
     const bool isAdmitted = site.access.isAdmitted(visitor);
     if (isAdmitted) {
-        connections.admitted(connection);
+        connections.authenticate(connection);
     }
     const auto endpoint = site.endpoints.find(path);
     if (endpoint != site.endpoints.end() && isRead(connection)) {
@@ -306,7 +308,7 @@ HttpAnswer WebDoor::answerFor(lws* connection, const std::string& path) {
     return answer;
 }
 
-bool WebDoor::serveRequest(lws* connection, const std::string& path) {
+bool WebServer::serveRequest(lws* connection, const std::string& path) {
     const bool withBody = !isHead(connection);
     exchanges.erase(connection);
     auto& exchange =
@@ -325,7 +327,7 @@ bool WebDoor::serveRequest(lws* connection, const std::string& path) {
     return true;
 }
 
-bool WebDoor::continueAnswer(lws* connection) {
+bool WebServer::continueAnswer(lws* connection) {
     const auto entry = exchanges.find(connection);
     if (entry == exchanges.end()) {
         return true;
@@ -341,7 +343,7 @@ bool WebDoor::continueAnswer(lws* connection) {
     return lws_http_transaction_completed(connection) == 0;
 }
 
-bool WebDoor::admitWebSocket(lws* connection) {
+bool WebServer::admitWebSocket(lws* connection) {
     const WebVisitor visitor = visitorOf(connection);
     const std::string path = requestedPath(connection);
     const std::string protocols = offeredProtocols(connection);
@@ -349,7 +351,7 @@ bool WebDoor::admitWebSocket(lws* connection) {
     if (closing || !site.access.isFromHere(visitor) || !site.access.isAdmitted(visitor)) {
         refusal = plainAnswer(HTTP_STATUS_FORBIDDEN, "The key is missing or old, or this page may not connect.");
     } else {
-        connections.admitted(connection);
+        connections.authenticate(connection);
         for (const auto& route : routes) {
             if (path == route.path && chosenProtocol(protocols) == route.protocol) {
                 return true;
@@ -363,14 +365,14 @@ bool WebDoor::admitWebSocket(lws* connection) {
     return false;
 }
 
-void WebDoor::open(lws* connection, Origin origin) {
+void WebServer::open(lws* connection, Origin origin) {
     const auto client =
         std::make_shared<WebSocketClient>(connection, origin, origin == Origin::PAGE ? settingsEvents : deviceEvents);
     clients.emplace(connection, client);
     client->arrived();
 }
 
-void WebDoor::remove(lws* connection) {
+void WebServer::remove(lws* connection) {
     const auto entry = clients.find(connection);
     const std::shared_ptr<WebSocketClient> client = entry->second;
     clients.erase(entry);
@@ -378,14 +380,14 @@ void WebDoor::remove(lws* connection) {
     if (closing && clients.empty()) {
         // Not from inside the library's own call.
         loop.later([itself = self] {
-            if (itself->door != nullptr) {
-                itself->door->closeNow();
+            if (itself->server != nullptr) {
+                itself->server->closeNow();
             }
         });
     }
 }
 
-void WebDoor::close() {
+void WebServer::close() {
     if (closing) {
         return;
     }
@@ -399,7 +401,7 @@ void WebDoor::close() {
     }
 }
 
-void WebDoor::closeNow() {
+void WebServer::closeNow() {
     if (context != nullptr) {
         lws_context* const ending = std::exchange(context, nullptr);
         lws_context_destroy(ending);
@@ -408,11 +410,11 @@ void WebDoor::closeNow() {
     }
 }
 
-void WebDoor::replaceKey(const std::string& key, const std::string& secret) {
+void WebServer::replaceKey(const std::string& key, const std::string& secret) {
     site.access.replace(key, secret);
-    connections.forgetGuests([this](lws* guest) { return clients.count(guest) != 0; });
+    connections.forgetAuthentication([this](lws* authenticated) { return clients.count(authenticated) != 0; });
     for (const auto& entry : clients) {
-        entry.second->lockOut();
+        entry.second->revoke();
     }
     if (context != nullptr) {
         lws_cancel_service(context);

@@ -6,26 +6,26 @@
 #include <sys/socket.h>
 
 #include "Wire/FrameInspector.h"
-#include "kit/server/sockets/DoorRecording.h"
+#include "kit/server/sockets/ListenerRecording.h"
 #include "server/loop/UvHandle.h"
-#include "server/sockets/UnixSocketDoor.h"
+#include "server/sockets/UnixSocketListener.h"
 #include "support/LineClient.h"
 #include "support/Sanitizers.h"
 #include "support/TemporaryDirectory.h"
 
 namespace SettingsHost {
 
-/// A door that answers each frame, on a loop in a thread of its own.
-class UnixSocketDoorTest : public DoorTest<UnixSocketDoor> {
+/// A listener that answers each frame, on a loop in a thread of its own.
+class UnixSocketListenerTest : public ListenerTest<UnixSocketListener> {
 protected:
-    UnixSocketDoorTest() {
-        serve(std::make_unique<UnixSocketDoor>(loop, folder / "door.sock", Origin::DEVICE, events()));
+    UnixSocketListenerTest() {
+        serve(std::make_unique<UnixSocketListener>(loop, folder / "door.sock", Origin::DEVICE, events()));
     }
 
     std::string socketPath() { return folder / "door.sock"; }
 };
 
-TEST_F(UnixSocketDoorTest, AnswersFramesInOrder) {
+TEST_F(UnixSocketListenerTest, AnswersFramesInOrder) {
     TestSupport::LineClient client(socketPath());
     client.send("one\n\ntwo\nthr");
     EXPECT_EQ(client.receiveLine(), "<one>");
@@ -34,7 +34,7 @@ TEST_F(UnixSocketDoorTest, AnswersFramesInOrder) {
     EXPECT_EQ(client.receiveLine(), "<three>");
 }
 
-TEST_F(UnixSocketDoorTest, AClientThatStopsSendingGetsAllItsAnswers) {
+TEST_F(UnixSocketListenerTest, AClientThatStopsSendingGetsAllItsAnswers) {
     TestSupport::LineClient client(socketPath());
     std::string frames;
     std::string answers;
@@ -49,7 +49,7 @@ TEST_F(UnixSocketDoorTest, AClientThatStopsSendingGetsAllItsAnswers) {
     EXPECT_EQ(tooSlow, 0);
 }
 
-TEST_F(UnixSocketDoorTest, WhatAClientSentBeforeItLeftIsTaken) {
+TEST_F(UnixSocketListenerTest, WhatAClientSentBeforeItLeftIsTaken) {
     std::atomic<int> taken{0};
     // Set before the client comes, and the accept orders it before the first frame.
     onFrame = [&](const auto&, const auto&) { ++taken; };
@@ -65,7 +65,7 @@ TEST_F(UnixSocketDoorTest, WhatAClientSentBeforeItLeftIsTaken) {
     waitFor([&] { return left == 1; });
 }
 
-TEST_F(UnixSocketDoorTest, AFrameOverTheLimitIsRefusedAndTheConnectionGoesOn) {
+TEST_F(UnixSocketListenerTest, AFrameOverTheLimitIsRefusedAndTheConnectionGoesOn) {
     TestSupport::LineClient client(socketPath());
     const std::string exact(maximumFrameSize, 'x');
     client.send(exact + "\n" + exact + "y\nnext\n");
@@ -74,7 +74,7 @@ TEST_F(UnixSocketDoorTest, AFrameOverTheLimitIsRefusedAndTheConnectionGoesOn) {
     EXPECT_EQ(client.receiveLine(), "<next>");
 }
 
-TEST_F(UnixSocketDoorTest, AStormHoldsNobodyUp) {
+TEST_F(UnixSocketListenerTest, AStormHoldsNobodyUp) {
     std::atomic<int> stormFrames{0};
     std::atomic<bool> calmHasAsked{false};
     onFrame = [&](const auto& client, const auto& frame) {
@@ -99,12 +99,12 @@ TEST_F(UnixSocketDoorTest, AStormHoldsNobodyUp) {
     calmHasAsked = true;
     const auto answer = calm.receiveLine();
     ASSERT_TRUE(answer);
-    EXPECT_LE(std::stoul(*answer), 3 * UnixSocketDoor::framesPerTurn);
+    EXPECT_LE(std::stoul(*answer), 3 * UnixSocketListener::framesPerTurn);
     sender.join();
     waitFor([&] { return stormFrames == 100000; });
 }
 
-TEST_F(UnixSocketDoorTest, ATurnOfFramesThatTakeLongIsOneFrame) {
+TEST_F(UnixSocketListenerTest, ATurnOfFramesThatTakeLongIsOneFrame) {
     std::atomic<int> stormFrames{0};
     std::atomic<bool> calmHasAsked{false};
     onFrame = [&](const auto& client, const auto& frame) {
@@ -114,7 +114,7 @@ TEST_F(UnixSocketDoorTest, ATurnOfFramesThatTakeLongIsOneFrame) {
         }
         // The first goes on until the calm client's frame waits, too.
         waitFor([&] { return calmHasAsked.load(); });
-        std::this_thread::sleep_for(2 * UnixSocketDoor::longestTurn);
+        std::this_thread::sleep_for(2 * UnixSocketListener::longestTurn);
         ++stormFrames;
     };
     TestSupport::LineClient calm(socketPath());
@@ -128,7 +128,7 @@ TEST_F(UnixSocketDoorTest, ATurnOfFramesThatTakeLongIsOneFrame) {
     waitFor([&] { return stormFrames == 8; });
 }
 
-TEST_F(UnixSocketDoorTest, AClientThatDoesNotReadIsDisconnectedWithoutAGap) {
+TEST_F(UnixSocketListenerTest, AClientThatDoesNotReadIsDisconnectedWithoutAGap) {
     const auto frame = std::make_shared<const std::string>(std::string(10000, 'e'));
     std::atomic<int> sent{0};
     std::atomic<int> leftDuringSend{-1};
@@ -163,7 +163,7 @@ TEST_F(UnixSocketDoorTest, AClientThatDoesNotReadIsDisconnectedWithoutAGap) {
     EXPECT_GT(expected * 10000, 100000) << "it was given a chance";
 }
 
-TEST_F(UnixSocketDoorTest, AClientThatReadsMayBeSentMoreThanMayWaitAndOtherFramesMeanwhile) {
+TEST_F(UnixSocketListenerTest, AClientThatReadsMayBeSentMoreThanMayWaitAndOtherFramesMeanwhile) {
     const std::string large(3 * maximumWaiting, 'l');
     onFrame = [&](const auto& client, const auto&) {
         sendTo(client, large);
@@ -180,11 +180,11 @@ TEST_F(UnixSocketDoorTest, AClientThatReadsMayBeSentMoreThanMayWaitAndOtherFrame
     EXPECT_EQ(tooSlow, 0);
 }
 
-TEST_F(UnixSocketDoorTest, NothingMoreIsReadFromAClientThatDoesNotReadThanFillsABuffer) {
+TEST_F(UnixSocketListenerTest, NothingMoreIsReadFromAClientThatDoesNotReadThanFillsABuffer) {
     constexpr std::size_t tooMuch = 1024UL * 1024UL;
     constexpr int smallBuffer = 4096;
     const std::string answer(20000, 'a');
-    // A copy, since frames are taken until the door is closed.
+    // A copy, since frames are taken until the listener is closed.
     onFrame = [answer](const auto& client, const auto& frame) { sendTo(client, frame == "ping" ? "pong" : answer); };
     TestSupport::LineClient other(socketPath());
     const auto afterTurnsOfTheLoop = [&](int turns) {
@@ -221,7 +221,7 @@ TEST_F(UnixSocketDoorTest, NothingMoreIsReadFromAClientThatDoesNotReadThanFillsA
     EXPECT_EQ(left, 0);
 }
 
-TEST_F(UnixSocketDoorTest, AStormGetsNoMoreTurnsTheLongerItLasts) {
+TEST_F(UnixSocketListenerTest, AStormGetsNoMoreTurnsTheLongerItLasts) {
     /// Frames that came between two moments at which the loop looks for something to read.
     class Rounds : public UvHandle<uv_prepare_t, Rounds> {
     public:
@@ -256,10 +256,10 @@ TEST_F(UnixSocketDoorTest, AStormGetsNoMoreTurnsTheLongerItLasts) {
     waitFor([&] { return taken == stormFrames; });
     stop();
     // One turn for what was read, one for what was left of it.
-    EXPECT_LE(mostAtOnce, 2 * UnixSocketDoor::framesPerTurn);
+    EXPECT_LE(mostAtOnce, 2 * UnixSocketListener::framesPerTurn);
 }
 
-TEST_F(UnixSocketDoorTest, FramesOfAllSizesComeWholeAndInOrderToAllWhoReadThemLate) {
+TEST_F(UnixSocketListenerTest, FramesOfAllSizesComeWholeAndInOrderToAllWhoReadThemLate) {
     std::vector<std::string> frames;
     for (int number = 0; number < 5; ++number) {
         for (const std::size_t size : {1UL, 30000UL, maximumFrameSize, maximumFrameSize + 1}) {
@@ -287,7 +287,7 @@ TEST_F(UnixSocketDoorTest, FramesOfAllSizesComeWholeAndInOrderToAllWhoReadThemLa
     }
 }
 
-TEST_F(UnixSocketDoorTest, AClientMayAskMuchBeforeItReadsAnything) {
+TEST_F(UnixSocketListenerTest, AClientMayAskMuchBeforeItReadsAnything) {
     const std::string answer(5000, 'a');
     onFrame = [&](const auto& client, const auto& frame) { sendTo(client, frame + answer); };
     TestSupport::LineClient client(socketPath());
@@ -304,7 +304,7 @@ TEST_F(UnixSocketDoorTest, AClientMayAskMuchBeforeItReadsAnything) {
     EXPECT_TRUE(client.closedByPeer());
 }
 
-TEST_F(UnixSocketDoorTest, WhatAClientAskedIsDoneEvenIfItLeavesWithoutReading) {
+TEST_F(UnixSocketListenerTest, WhatAClientAskedIsDoneEvenIfItLeavesWithoutReading) {
     std::atomic<int> taken{0};
     onFrame = [&](const auto& client, const auto&) {
         ++taken;
@@ -322,7 +322,7 @@ TEST_F(UnixSocketDoorTest, WhatAClientAskedIsDoneEvenIfItLeavesWithoutReading) {
     waitFor([&] { return left == 1; });
 }
 
-TEST_F(UnixSocketDoorTest, StoppingSendsWhatWaitsAndRemovesTheSocket) {
+TEST_F(UnixSocketListenerTest, StoppingSendsWhatWaitsAndRemovesTheSocket) {
     onFrame = [&](const auto& client, const auto&) { sendTo(client, std::string(500000, 'x')); };
     TestSupport::LineClient client(socketPath());
     client.sendLine("x");
@@ -337,7 +337,7 @@ TEST_F(UnixSocketDoorTest, StoppingSendsWhatWaitsAndRemovesTheSocket) {
     EXPECT_FALSE(std::filesystem::exists(socketPath()));
 }
 
-TEST_F(UnixSocketDoorTest, StoppingDoesNotWaitForAClientThatDoesNotRead) {
+TEST_F(UnixSocketListenerTest, StoppingDoesNotWaitForAClientThatDoesNotRead) {
     onFrame = [&](const auto& client, const auto&) { sendTo(client, std::string(900000, 'x')); };
     TestSupport::LineClient client(socketPath());
     client.sendLine("x");
@@ -347,7 +347,7 @@ TEST_F(UnixSocketDoorTest, StoppingDoesNotWaitForAClientThatDoesNotRead) {
     EXPECT_LT(client.receiveAll().size(), 900000U);
 }
 
-TEST_F(UnixSocketDoorTest, MoreClientsThanItTakesAreToldSoAndThereIsRoomAgainWhenOneLeaves) {
+TEST_F(UnixSocketListenerTest, MoreClientsThanItTakesAreToldSoAndThereIsRoomAgainWhenOneLeaves) {
     const std::string refusal =
         R"({"error":{"code":"too-many-clients","message":"the host has no room for one more client"}})"
         "\n";
@@ -360,7 +360,7 @@ TEST_F(UnixSocketDoorTest, MoreClientsThanItTakesAreToldSoAndThereIsRoomAgainWhe
         outside.sendLine("x");
         ASSERT_EQ(outside.receiveAll(), refusal);
         EXPECT_TRUE(outside.closedByPeer());
-        EXPECT_EQ(turnedAway, number);
+        EXPECT_EQ(refusedConnections, number);
     }
     EXPECT_EQ(arrived, static_cast<int>(maximumClients));
     for (const auto& client : inside) {
@@ -374,7 +374,7 @@ TEST_F(UnixSocketDoorTest, MoreClientsThanItTakesAreToldSoAndThereIsRoomAgainWhe
     EXPECT_EQ(inside.back()->receiveLine(), "<y>");
 }
 
-TEST_F(UnixSocketDoorTest, ManyClientsComeAndGo) {
+TEST_F(UnixSocketListenerTest, ManyClientsComeAndGo) {
     for (int round = 0; round < 3; ++round) {
         std::vector<std::unique_ptr<TestSupport::LineClient>> many;
         for (int number = 0; number < 100; ++number) {

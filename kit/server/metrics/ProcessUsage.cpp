@@ -1,4 +1,4 @@
-#include "server/metrics/ProcessFigures.h"
+#include "server/metrics/ProcessUsage.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -37,8 +37,8 @@ double bootSeconds() {
 
 }  // namespace
 
-ProcessFigures readProcessFigures() {
-    ProcessFigures figures;
+ProcessUsage readProcessUsage() {
+    ProcessUsage figures;
     std::ifstream file("/proc/self/stat");
     std::string line;
     std::getline(file, line);

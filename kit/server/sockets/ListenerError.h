@@ -4,8 +4,8 @@
 
 namespace SettingsHost {
 
-/// Why a door cannot be opened, in words for the person who starts the host.
-class DoorError : public std::runtime_error {
+/// Why a listener cannot be opened, in words for the person who starts the host.
+class ListenerError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };

@@ -11,6 +11,6 @@ namespace SettingsHost {
 /// `reason`; with LogFormat::JSON it is a log line of level 3, and so it is in the journal where standard error leads
 /// there, and in `file` unless that is null.
 /// The log need not be set up yet. Like the log it waits for nobody.
-void sayFinalWord(LogFormat format, LogFile* file, const std::string& reason);
+void reportFatalError(LogFormat format, LogFile* file, const std::string& reason);
 
 }  // namespace SettingsHost

@@ -5,7 +5,7 @@
 namespace SettingsHost {
 
 /// What the kernel says about this process; a figure that cannot be read is 0.
-struct ProcessFigures {
+struct ProcessUsage {
     double cpuSeconds = 0;
     double residentBytes = 0;
     double virtualBytes = 0;
@@ -15,6 +15,6 @@ struct ProcessFigures {
     double startSeconds = 0;
 };
 
-ProcessFigures readProcessFigures();
+ProcessUsage readProcessUsage();
 
 }  // namespace SettingsHost

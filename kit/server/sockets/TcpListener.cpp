@@ -1,4 +1,4 @@
-#include "server/sockets/TcpDoor.h"
+#include "server/sockets/TcpListener.h"
 
 #include <array>
 #include <cerrno>
@@ -12,7 +12,7 @@
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 
-#include "server/sockets/DoorError.h"
+#include "server/sockets/ListenerError.h"
 #include "server/sockets/PassedSocket.h"
 
 namespace SettingsHost {
@@ -43,7 +43,7 @@ Endpoint endpointOf(const std::string& address, std::uint16_t port) {
         version6->sin6_port = htons(port);
         endpoint.size = sizeof(sockaddr_in6);
     } else {
-        throw DoorError("'" + address + "' is no numeric address");
+        throw ListenerError("'" + address + "' is no numeric address");
     }
     return endpoint;
 }
@@ -57,12 +57,13 @@ Descriptor listenAt(const std::string& address, std::uint16_t port) {
         listening.get() >= 0 && ::setsockopt(listening.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on)) == 0 &&
         ::bind(listening.get(), endpoint.generic(), endpoint.size) == 0 && ::listen(listening.get(), SOMAXCONN) == 0;
     if (!listens) {
-        throw DoorError("cannot listen at " + address + " port " + std::to_string(port) + ": " + std::strerror(errno));
+        throw ListenerError("cannot listen at " + address + " port " + std::to_string(port) + ": " +
+                            std::strerror(errno));
     }
     return listening;
 }
 
-/// What makes the door quick and hard to block; it works without. Also for a socket that somebody else made.
+/// What makes the listener quick and hard to block; it works without. Also for a socket that somebody else made.
 void tune(int listening) {
     const int on = 1;
     const int oneSecond = 1;
@@ -79,16 +80,16 @@ void tune(int listening) {
 
 }  // namespace
 
-TcpDoor::TcpDoor(const std::string& address, std::uint16_t port) {
+TcpListener::TcpListener(const std::string& address, std::uint16_t port) {
     acceptFrom(listenAt(address, port));
 }
 
-TcpDoor::TcpDoor(Descriptor listening) {
+TcpListener::TcpListener(Descriptor listening) {
     checkPassedLoopbackSocket(listening.get());
     acceptFrom(std::move(listening));
 }
 
-void TcpDoor::acceptFrom(Descriptor listening) {
+void TcpListener::acceptFrom(Descriptor listening) {
     Endpoint endpoint;
     endpoint.size = sizeof(endpoint.storage);
     ::getsockname(listening.get(), endpoint.generic(), &endpoint.size);
@@ -96,7 +97,7 @@ void TcpDoor::acceptFrom(Descriptor listening) {
     std::array<char, NI_MAXSERV> service{};
     if (::getnameinfo(endpoint.generic(), endpoint.size, host.data(), host.size(), service.data(), service.size(),
                       NI_NUMERICHOST | NI_NUMERICSERV) != 0) {
-        throw DoorError("cannot read the address of a listening socket");
+        throw ListenerError("cannot read the address of a listening socket");
     }
     boundAddress = host.data();
     boundPort = static_cast<std::uint16_t>(std::stoul(service.data()));
@@ -104,11 +105,11 @@ void TcpDoor::acceptFrom(Descriptor listening) {
     acceptor.emplace(std::move(listening), longestTurn);
 }
 
-void TcpDoor::start(EventLoop& loop, Acceptor::Taker taker, Acceptor::Refuser refuser) {
+void TcpListener::start(EventLoop& loop, Acceptor::OnConnection taker, Acceptor::OnRefused refuser) {
     acceptor->start(loop, std::move(taker), std::move(refuser));
 }
 
-void TcpDoor::close() {
+void TcpListener::close() {
     acceptor->close();
 }
 

@@ -5,22 +5,22 @@
 #include <memory>
 #include <string>
 
-#include "kit/server/sockets/DoorRecording.h"
-#include "server/web/WebDoor.h"
+#include "kit/server/sockets/ListenerRecording.h"
+#include "server/web/WebServer.h"
 #include "support/WebClient.h"
 
 namespace SettingsHost {
 
 /// A web port with two pages, on a loop in a thread of its own. Its WebSockets answer each frame in angle brackets.
-class WebDoorTest : public DoorTest<WebDoor> {
+class WebServerTest : public ListenerTest<WebServer> {
 protected:
-    explicit WebDoorTest(std::uint16_t secondsOfPatience = 1, std::size_t mayWait = Backlog::maximum) {
+    explicit WebServerTest(std::uint16_t timeoutSeconds = 1, std::size_t mayWait = Backlog::maximum) {
         backlog = std::make_shared<Backlog>(mayWait);
         std::ofstream(folder / "index.html") << "<p>index</p>";
         std::ofstream(folder / "device.html") << "<p>device</p>";
         std::ofstream(folder / "large.js") << std::string(300000, 'x');
-        auto listener = std::make_unique<TcpDoor>("127.0.0.1", 0);
-        port = listener->port();
+        auto tcp = std::make_unique<TcpListener>("127.0.0.1", 0);
+        port = tcp->port();
         const WebAccess access({"127.0.0.1", port}, "http://localhost:5173", "thekey", "thesecret");
         WebSite site{access,
                      PageFiles(folder.path().string()),
@@ -31,13 +31,13 @@ protected:
                            return plainAnswer(503, "not yet");
                        }},
                       {"/long", [] { return plainAnswer(200, std::string(15000, 'x')); }}},
-                     secondsOfPatience};
-        auto made = std::make_unique<WebDoor>(loop, std::move(listener), std::move(site), events(), events());
-        webDoor = made.get();
+                     timeoutSeconds};
+        auto made = std::make_unique<WebServer>(loop, std::move(tcp), std::move(site), events(), events());
+        webServer = made.get();
         serve(std::move(made));
     }
 
-    ~WebDoorTest() override { stop(); }
+    ~WebServerTest() override { stop(); }
 
     std::string host() const { return "Host: 127.0.0.1:" + std::to_string(port) + "\r\n"; }
     std::string cookie() const {
@@ -49,7 +49,7 @@ protected:
     /// What the loop does before "/open" is answered.
     std::function<void()> onOpen = [] {};
     /// To be used on the loop's thread.
-    WebDoor* webDoor = nullptr;
+    WebServer* webServer = nullptr;
 };
 
 }  // namespace SettingsHost
