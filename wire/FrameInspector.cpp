@@ -2,7 +2,7 @@
 
 #include "Wire/JsonShape.h"
 
-namespace SettingsHost {
+namespace Wire {
 
 namespace {
 
@@ -59,4 +59,4 @@ std::string requestedSetting(const rapidjson::Value& request) {
     return {setting->value.GetString(), setting->value.GetStringLength()};
 }
 
-}  // namespace SettingsHost
+}  // namespace Wire

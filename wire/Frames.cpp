@@ -3,7 +3,7 @@
 #include "Utils/Rapidjson.h"
 #include "Wire/Utf8.h"
 
-namespace SettingsHost {
+namespace Wire {
 
 std::string refusalFrame(const std::string& code, const std::string& message) {
     return objectFrame("error", {{"code", code}, {"message", message}});
@@ -24,4 +24,4 @@ std::string objectFrame(const std::string& name, const std::map<std::string, std
     return std::string(buffer.GetString(), buffer.GetSize());
 }
 
-}  // namespace SettingsHost
+}  // namespace Wire

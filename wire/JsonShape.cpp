@@ -5,7 +5,7 @@
 
 #include "Wire/Utf8.h"
 
-namespace SettingsHost {
+namespace Wire {
 
 namespace {
 
@@ -116,4 +116,4 @@ JsonShape shapeOf(const std::string& text, rapidjson::Document& document) {
     return shape;
 }
 
-}  // namespace SettingsHost
+}  // namespace Wire

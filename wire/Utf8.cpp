@@ -5,7 +5,7 @@
 
 #include "Utils/Rapidjson.h"
 
-namespace SettingsHost {
+namespace Wire {
 
 namespace {
 
@@ -69,4 +69,4 @@ std::string withValidUtf8(std::string_view text) {
     }
 }
 
-}  // namespace SettingsHost
+}  // namespace Wire

@@ -61,11 +61,11 @@ std::string done() {
 }
 
 std::string written(bool success) {
-    return success ? done() : refusalFrame("not-written", "the simulated device could not save it");
+    return success ? done() : Wire::refusalFrame("not-written", "the simulated device could not save it");
 }
 
 std::string badArgument(const std::string& message) {
-    return refusalFrame("bad-argument", message);
+    return Wire::refusalFrame("bad-argument", message);
 }
 
 std::string notOnOrOff() {
@@ -92,7 +92,7 @@ std::string DeviceCommands::show(Arguments& /*arguments*/) {
     if (!appLaunch->lastLaunched().empty()) {
         facts["lastLaunchedApp"] = appLaunch->lastLaunched();
     }
-    return objectFrame("device", facts);
+    return Wire::objectFrame("device", facts);
 }
 
 std::string DeviceCommands::changeLocale(Arguments& arguments) {
@@ -131,7 +131,7 @@ std::string DeviceCommands::changeSetting(Arguments& arguments) {
     }
     if (!isSafeForHandler(*key, *value)) {
         logHost(VessaLogger::ERROR, "the device's value of '" + *key + "' was kept away from the handler");
-        return refusalFrame("not-passed-on", "the value is no array of locales within the nesting limit");
+        return Wire::refusalFrame("not-passed-on", "the value is no array of locales within the nesting limit");
     }
     const HandlerCounts before = counts();
     device->changeSystemSetting(*key, *value);
@@ -146,8 +146,8 @@ std::string DeviceCommands::changeSetting(Arguments& arguments) {
 std::string DeviceCommands::whyNothingChanged(const std::string& key, const std::string& value, bool storageFailed) {
     const auto setting = SettingsHandler::settingTypeFromName(key);
     const auto readOnly = [&](const std::string& command) {
-        return refusalFrame("read-only", "nothing changed: '" + key + "' is set with the command \"" + command +
-                                             "\" only, whatever the device reports");
+        return Wire::refusalFrame("read-only", "nothing changed: '" + key + "' is set with the command \"" + command +
+                                                   "\" only, whatever the device reports");
     };
     if (setting == SettingsHandler::CAPTIONS_ENABLED) {
         return readOnly("captions");
@@ -156,12 +156,12 @@ std::string DeviceCommands::whyNothingChanged(const std::string& key, const std:
         return readOnly("doNotDisturb");
     }
     if (storageFailed) {
-        return refusalFrame("not-stored",
-                            "nothing changed: the storage did not take the value; the host's log says why");
+        return Wire::refusalFrame("not-stored",
+                                  "nothing changed: the storage did not take the value; the host's log says why");
     }
     if (setting == SettingsHandler::ORLIA_LOCALE &&
         value != Utils::RapidjsonUtil::stringifyVector(sdkBridge->getLocales())) {
-        return refusalFrame("wrong-form", "nothing changed: the value is no JSON array with at least one locale");
+        return Wire::refusalFrame("wrong-form", "nothing changed: the value is no JSON array with at least one locale");
     }
     return R"({"ok":true,"changed":false})";
 }
@@ -197,7 +197,8 @@ std::string DeviceCommands::execute(const std::string& frame) {
     Arguments arguments(request);
     const auto command = commands.find(arguments.text("command").value_or(""));
     if (command == commands.end()) {
-        return refusalFrame("unknown-command", R"("command" must be one of the device's commands, for example "show")");
+        return Wire::refusalFrame("unknown-command",
+                                  R"("command" must be one of the device's commands, for example "show")");
     }
     return (this->*command->second)(arguments);
 }

@@ -52,7 +52,7 @@ void DeviceConsole::left(const std::shared_ptr<Client>& client, DisconnectReason
 }
 
 void DeviceConsole::receive(const std::shared_ptr<Client>& client, const std::string& frame, DeviceListener listener) {
-    if (const auto refusal = inspectFrame(frame)) {
+    if (const auto refusal = Wire::inspectFrame(frame)) {
         traffic->frameReceived(*client, frame);
         refuse(client, refusal->code, refusal->message);
         return;
@@ -69,12 +69,12 @@ void DeviceConsole::receive(const std::shared_ptr<Client>& client, const std::st
 }
 
 void DeviceConsole::refuseTooLarge(const std::shared_ptr<Client>& client) {
-    const Refusal refusal = tooLarge();
+    const Wire::Refusal refusal = Wire::tooLarge();
     refuse(client, refusal.code, refusal.message);
 }
 
 void DeviceConsole::refuse(const std::shared_ptr<Client>& client, const std::string& code, const std::string& message) {
-    const auto answer = std::make_shared<const std::string>(refusalFrame(code, message));
+    const auto answer = std::make_shared<const std::string>(Wire::refusalFrame(code, message));
     client->send(answer);
     traffic->frameSent(client.get(), *answer);
     traffic->frameRefused(code);
@@ -83,8 +83,9 @@ void DeviceConsole::refuse(const std::shared_ptr<Client>& client, const std::str
 std::string DeviceConsole::answerTo(const std::shared_ptr<Client>& client, const std::string& command,
                                     const std::string& frame, DeviceListener listener) {
     if (command == "page") {
-        return listener == DeviceListener::SOCKET ? orFailure([&] { return showPage(frame); })
-                                                  : refusalFrame("not-here", "only the device socket answers this");
+        return listener == DeviceListener::SOCKET
+                   ? orFailure([&] { return showPage(frame); })
+                   : Wire::refusalFrame("not-here", "only the device socket answers this");
     }
     return command == "trace" ? switchTrace(client, frame) : execute(frame);
 }
@@ -94,26 +95,26 @@ std::string DeviceConsole::showPage(const std::string& frame) {
     const auto newKey = request.FindMember("newKey");
     const bool isGiven = newKey != request.MemberEnd();
     if (isGiven && !newKey->value.IsBool()) {
-        return refusalFrame("bad-argument", R"("newKey" must be true or false)");
+        return Wire::refusalFrame("bad-argument", R"("newKey" must be true or false)");
     }
     const std::string current = pageAddress.current();
     if (current.empty()) {
-        return refusalFrame("no-pages", "the host serves no pages");
+        return Wire::refusalFrame("no-pages", "the host serves no pages");
     }
     if (!isGiven || !newKey->value.GetBool()) {
-        return objectFrame("page", {{"address", current}});
+        return Wire::objectFrame("page", {{"address", current}});
     }
     const auto renewed = pageAddress.renewed();
-    return renewed
-               ? objectFrame("page", {{"address", *renewed}})
-               : refusalFrame("not-written", "the new key could not be stored: the old key and its cookies still hold");
+    return renewed ? Wire::objectFrame("page", {{"address", *renewed}})
+                   : Wire::refusalFrame("not-written",
+                                        "the new key could not be stored: the old key and its cookies still hold");
 }
 
 std::string DeviceConsole::switchTrace(const std::shared_ptr<Client>& client, const std::string& frame) {
     const rapidjson::Document request = parsed(frame);
     const auto enabled = request.FindMember("enabled");
     if (enabled == request.MemberEnd() || !enabled->value.IsBool()) {
-        return refusalFrame("bad-argument", R"("enabled" must be true or false)");
+        return Wire::refusalFrame("bad-argument", R"("enabled" must be true or false)");
     }
     if (enabled->value.GetBool()) {
         trace->watch(client);
@@ -136,7 +137,7 @@ std::string DeviceConsole::orFailure(const std::function<std::string()>& action)
         return action();
     } catch (const std::exception& error) {
         logHost(VessaLogger::ERROR, std::string("a device command failed: ") + error.what());
-        return refusalFrame("failed", "the host could not carry it out; its log says why");
+        return Wire::refusalFrame("failed", "the host could not carry it out; its log says why");
     }
 }
 

@@ -45,7 +45,7 @@ void MessageTrace::send(const char* direction, const Client* client, const std::
         return;
     }
     // Events fit.
-    constexpr std::size_t longestText = 4 * maximumFrameSize;
+    constexpr std::size_t longestText = 4 * Wire::maximumFrameSize;
     rapidjson::StringBuffer buffer;
     rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
     writer.StartObject();
@@ -65,7 +65,7 @@ void MessageTrace::send(const char* direction, const Client* client, const std::
         writer.Uint64(number->second);
     }
     writer.Key("text");
-    writer.String(withValidUtf8(text.substr(0, longestText)));
+    writer.String(Wire::withValidUtf8(text.substr(0, longestText)));
     writer.EndObject();
     writer.EndObject();
     const auto frame = std::make_shared<const std::string>(buffer.GetString(), buffer.GetSize());

@@ -10,8 +10,8 @@ bool isSafeForHandler(const std::string& settingDBId, const std::string& value) 
     if (SettingsHandler::settingTypeFromName(settingDBId) != SettingsHandler::ORLIA_LOCALE) {
         return true;
     }
-    const JsonShape shape = shapeOf(value);
-    return !shape.valid || (shape.root == JsonShape::Root::ARRAY && shape.nesting <= maximumNesting);
+    const Wire::JsonShape shape = Wire::shapeOf(value);
+    return !shape.valid || (shape.root == Wire::JsonShape::Root::ARRAY && shape.nesting <= Wire::maximumNesting);
 }
 
 bool isRequestSafeForHandler(const rapidjson::Value& request) {

@@ -1,6 +1,6 @@
 #include "Wire/FrameInspector.h"
 
-namespace SettingsHost {
+namespace Wire {
 
 namespace {
 
@@ -65,4 +65,4 @@ TEST(FrameInspector, TheFirstTypeCountsIfItIsAnInteger) {
     }
 }
 
-}  // namespace SettingsHost
+}  // namespace Wire

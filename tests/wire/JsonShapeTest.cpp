@@ -4,7 +4,7 @@
 
 #include "Wire/JsonShape.h"
 
-namespace SettingsHost {
+namespace Wire {
 
 TEST(JsonShape, TellsRootAndNesting) {
     EXPECT_EQ(shapeOf("{}").root, JsonShape::Root::OBJECT);
@@ -164,4 +164,4 @@ TEST(JsonShape, LeavesTheDocumentAloneThatItCannotFill) {
     }
 }
 
-}  // namespace SettingsHost
+}  // namespace Wire

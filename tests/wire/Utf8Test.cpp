@@ -1,7 +1,7 @@
 #include "Wire/Frames.h"
 #include "Wire/Utf8.h"
 
-namespace SettingsHost {
+namespace Wire {
 
 TEST(Utf8, TakesEveryLengthOfCharacter) {
     for (const auto* text :
@@ -35,4 +35,4 @@ TEST(Frames, AreCompactAndValidForAnyBytes) {
               "{\"device\":{\"a\":\"\\u0000\",\"b\":\"\xEF\xBF\xBD\"}}");
 }
 
-}  // namespace SettingsHost
+}  // namespace Wire

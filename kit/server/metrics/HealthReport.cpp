@@ -48,7 +48,7 @@ HttpAnswer HealthReport::answer(const StorageHealth& storage) const {
     writer.Uint64(storage.failures);
     if (!storage.lastFailure.empty()) {
         writer.Key("lastFailure");
-        writer.String(withValidUtf8(storage.lastFailure));
+        writer.String(Wire::withValidUtf8(storage.lastFailure));
     }
     if (recovery.source != Recovery::Source::NOT_NEEDED) {
         writer.Key("recoveredFrom");
@@ -56,7 +56,7 @@ HttpAnswer HealthReport::answer(const StorageHealth& storage) const {
     }
     if (!recovery.setAside.empty()) {
         writer.Key("setAside");
-        writer.String(withValidUtf8(recovery.setAside));
+        writer.String(Wire::withValidUtf8(recovery.setAside));
     }
     writer.EndObject();
     writer.EndObject();

@@ -60,8 +60,8 @@ public:
     using JsonWriter::JsonWriter;
 
     bool String(const char* text, rapidjson::SizeType length, bool /*copy*/ = false) {
-        return isValidUtf8({text, length}) ? JsonWriter::String(text, length)
-                                           : JsonWriter::String(withValidUtf8({text, length}));
+        return Wire::isValidUtf8({text, length}) ? JsonWriter::String(text, length)
+                                                 : JsonWriter::String(Wire::withValidUtf8({text, length}));
     }
 
     bool Key(const char* text, rapidjson::SizeType length, bool copy = false) { return String(text, length, copy); }
@@ -125,15 +125,16 @@ auto replyFrame(Writer frame, int type, const std::string& messageId, const rapi
     return frame.finish();
 }
 
-Refusal busy() {
+Wire::Refusal busy() {
     return {"busy", "too much waits for clients that do not read; ask again later, or for fewer settings"};
 }
 
 /// Cut to what the storage takes, so that no client fills the log.
 std::string settingNamedIn(int type, const rapidjson::Value& request) {
     constexpr std::size_t longestKey = 256;
-    return type == CommunicationHandler::SET_SETTINGS ? withValidUtf8(requestedSetting(request).substr(0, longestKey))
-                                                      : "";
+    return type == CommunicationHandler::SET_SETTINGS
+               ? Wire::withValidUtf8(Wire::requestedSetting(request).substr(0, longestKey))
+               : "";
 }
 
 }  // namespace
@@ -167,22 +168,22 @@ void MessageHub::removeClient(const std::shared_ptr<Client>& client, DisconnectR
 }
 
 void MessageHub::refuseTooLarge(Client& client) {
-    refuse(client, tooLarge());
+    refuse(client, Wire::tooLarge());
 }
 
-void MessageHub::refuse(Client& client, const Refusal& reason) {
-    sendTo(client, refusalFrame(reason.code, reason.message));
+void MessageHub::refuse(Client& client, const Wire::Refusal& reason) {
+    sendTo(client, Wire::refusalFrame(reason.code, reason.message));
     traffic->frameRefused(reason.code);
 }
 
 void MessageHub::receive(const std::shared_ptr<Client>& client, const std::string& frame) {
     traffic->frameReceived(*client, frame);
     rapidjson::Document request;
-    if (const auto reason = inspectFrame(frame, request)) {
+    if (const auto reason = Wire::inspectFrame(frame, request)) {
         refuse(*client, *reason);
         return;
     }
-    const auto type = requestType(request);
+    const auto type = Wire::requestType(request);
     if (!type || handlers.count(*type) == 0) {
         refuse(*client, {"unknown-type", R"("type" must be one of the request types 7, 18, 19, 22, 24)"});
         return;
@@ -281,7 +282,7 @@ void MessageHub::sendResponse(const std::string& messageId, rapidjson::Document&
         return;
     }
     outcome = RequestOutcome::ANSWERED;
-    if (payload.GetAllocator().Size() <= maximumFrameSize) {
+    if (payload.GetAllocator().Size() <= Wire::maximumFrameSize) {
         sendTo(*requester, replyFrame(FrameWriter(), currentType, messageId, payload));
         return;
     }

@@ -12,12 +12,14 @@
 #include "server/sockets/Backlog.h"
 #include "service/logging/RequestContext.h"
 
+namespace Wire {
+struct Refusal;
+}
+
 namespace SettingsHost {
 
-struct Refusal;
-
-/// The message transport behind all listeners: delivers requests to the handler registered for their type, replies to
-/// the requester, events and notices to every client. It knows clients, not sockets. One thread only.
+/// The message transport behind all listeners: delivers requests to the handler registered for their type, replies
+/// to the requester, events and notices to every client. It knows clients, not sockets. One thread only.
 ///
 /// Everything that may change settings runs inside `receive` or `perform`. When that is over, the keys that were
 /// reported to `valueChanged` and for which the handler sent no event go to every client as one notice.
@@ -57,7 +59,7 @@ private:
     void sendNotice();
     void sendToAll(std::string frame);
     void sendTo(Client& client, std::string frame);
-    void refuse(Client& client, const Refusal& reason);
+    void refuse(Client& client, const Wire::Refusal& reason);
 
     std::shared_ptr<TrafficObserver> traffic;
     std::shared_ptr<RequestContext> context;

@@ -27,7 +27,7 @@ uv_buf_t bufferOf(const std::string& text, std::size_t from) {
 SocketClient::SocketClient(UnixSocketListener& owningListener, Origin origin)
     : listener(&owningListener),
       clientOrigin(origin),
-      framer(maximumFrameSize),
+      framer(Wire::maximumFrameSize),
       backlog(owningListener.events.backlog, [this] {
           reason = DisconnectReason::TOO_SLOW;
           drop();
@@ -44,7 +44,7 @@ void SocketClient::send(const std::shared_ptr<const std::string>& frame) {
     }
     if (backlog.empty()) {
         // What the kernel takes at once needs no queue, which costs more than the writing. Errors are for the queue.
-        sentOfFirst = frame->size() <= maximumFrameSize ? writeAtOnce(listener->lineOf(frame)) : 0;
+        sentOfFirst = frame->size() <= Wire::maximumFrameSize ? writeAtOnce(listener->lineOf(frame)) : 0;
         if (sentOfFirst > frame->size()) {
             return;
         }
@@ -117,7 +117,7 @@ void SocketClient::written(int status) {
 /// send a series of requests before it reads the first answer.
 void SocketClient::waitForReader() {
     waitsForReader = true;
-    if (framer.size() > maximumFrameSize) {
+    if (framer.size() > Wire::maximumFrameSize) {
         pause();
     }
 }
@@ -241,7 +241,7 @@ void SocketClient::drop() {
     closeHandle();
     framesOnTheirWay = 0;
     backlog.clear();
-    std::exchange(framer, LineFramer(maximumFrameSize));
+    std::exchange(framer, LineFramer(Wire::maximumFrameSize));
 }
 
 void SocketClient::closed() {

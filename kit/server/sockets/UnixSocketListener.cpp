@@ -75,7 +75,7 @@ void UnixSocketListener::accept(int descriptor) {
 
 void UnixSocketListener::refuse(int descriptor) {
     static const std::string farewell =
-        refusalFrame("too-many-clients", "the host has no room for one more client") + "\n";
+        Wire::refusalFrame("too-many-clients", "the host has no room for one more client") + "\n";
     // Nothing was sent to it yet, so there is room for all of it.
     ::send(descriptor, farewell.data(), farewell.size(), MSG_NOSIGNAL);
     events.refused(origin);

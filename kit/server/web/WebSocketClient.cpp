@@ -71,7 +71,7 @@ bool WebSocketClient::received(const char* bytes, std::size_t size) {
     if (lws_frame_is_binary(connection) != 0) {
         return close(LWS_CLOSE_STATUS_UNACCEPTABLE_OPCODE, "text frames only");
     }
-    if (message.size() + size > maximumFrameSize) {
+    if (message.size() + size > Wire::maximumFrameSize) {
         return close(LWS_CLOSE_STATUS_MESSAGE_TOO_LARGE, "a frame over 64 KiB");
     }
     message.append(bytes, size);
@@ -128,7 +128,7 @@ bool WebSocketClient::writeTurn() {
             return false;
         }
         sent += size;
-    } while (!waiting.empty() && sent < maximumFrameSize && lws_partial_buffered(connection) == 0);
+    } while (!waiting.empty() && sent < Wire::maximumFrameSize && lws_partial_buffered(connection) == 0);
     return true;
 }
 

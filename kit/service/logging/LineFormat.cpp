@@ -54,16 +54,16 @@ std::string jsonObject(const VessaLogger::LogLine& line, const std::optional<Cur
     writer.Key("level");
     writer.Int(line.level);
     writer.Key("thread");
-    writer.String(withValidUtf8(line.threadId));
+    writer.String(Wire::withValidUtf8(line.threadId));
     writer.Key("text");
-    writer.String(withValidUtf8(line.text));
+    writer.String(Wire::withValidUtf8(line.text));
     if (request) {
         writer.Key("requestType");
         writer.Int(request->type);
     }
     if (request && !request->setting.empty()) {
         writer.Key("setting");
-        writer.String(withValidUtf8(request->setting));
+        writer.String(Wire::withValidUtf8(request->setting));
     }
     writer.EndObject();
     return std::string(buffer.GetString(), buffer.GetSize());

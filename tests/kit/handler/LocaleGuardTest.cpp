@@ -12,7 +12,7 @@ std::string nested(std::size_t depth) {
 /// The road of a request in the host.
 bool passes(const std::string& frame) {
     rapidjson::Document request;
-    EXPECT_FALSE(inspectFrame(frame, request)) << frame;
+    EXPECT_FALSE(Wire::inspectFrame(frame, request)) << frame;
     return isRequestSafeForHandler(request);
 }
 

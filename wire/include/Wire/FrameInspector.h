@@ -5,7 +5,7 @@
 
 #include "Utils/Rapidjson.h"
 
-namespace SettingsHost {
+namespace Wire {
 
 /// Frames to this size are taken, on every listener.
 constexpr std::size_t maximumFrameSize = 65536;
@@ -32,4 +32,4 @@ std::optional<int> requestType(const rapidjson::Value& request);
 /// The setting that a SetSettings request is about; empty when it does not say.
 std::string requestedSetting(const rapidjson::Value& request);
 
-}  // namespace SettingsHost
+}  // namespace Wire

@@ -5,7 +5,7 @@
 
 #include "Utils/Rapidjson.h"
 
-namespace SettingsHost {
+namespace Wire {
 
 /// Nesting that the host takes: the root counts as 1.
 constexpr std::size_t maximumNesting = 32;
@@ -28,4 +28,4 @@ JsonShape shapeOf(const std::string& text);
 /// The same, and fills `document` in passing, unless the text is no JSON or nested deeper than `maximumNesting`.
 JsonShape shapeOf(const std::string& text, rapidjson::Document& document);
 
-}  // namespace SettingsHost
+}  // namespace Wire

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-namespace SettingsHost {
+namespace Wire {
 
 /// Is `text` well-formed UTF-8 (no surrogates, no overlong forms)?
 bool isValidUtf8(std::string_view text);
@@ -11,4 +11,4 @@ bool isValidUtf8(std::string_view text);
 /// `text` with U+FFFD in place of each byte that belongs to no character.
 std::string withValidUtf8(std::string_view text);
 
-}  // namespace SettingsHost
+}  // namespace Wire

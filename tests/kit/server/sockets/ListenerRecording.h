@@ -19,8 +19,8 @@
 
 namespace SettingsHost {
 
-/// Owns listeners in a test: keeps their clients, counts, and by default answers each frame in angle brackets. Listeners
-/// call on the thread of their loop.
+/// Owns listeners in a test: keeps their clients, counts, and by default answers each frame in angle brackets.
+/// Listeners call on the thread of their loop.
 class ListenerRecording {
 public:
     ListenerEvents events() {

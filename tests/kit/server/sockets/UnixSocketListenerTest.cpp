@@ -67,7 +67,7 @@ TEST_F(UnixSocketListenerTest, WhatAClientSentBeforeItLeftIsTaken) {
 
 TEST_F(UnixSocketListenerTest, AFrameOverTheLimitIsRefusedAndTheConnectionGoesOn) {
     TestSupport::LineClient client(socketPath());
-    const std::string exact(maximumFrameSize, 'x');
+    const std::string exact(Wire::maximumFrameSize, 'x');
     client.send(exact + "\n" + exact + "y\nnext\n");
     EXPECT_EQ(client.receiveLine(), "<" + exact + ">");
     EXPECT_EQ(client.receiveLine(), "TOO LARGE");
@@ -212,7 +212,7 @@ TEST_F(UnixSocketListenerTest, NothingMoreIsReadFromAClientThatDoesNotReadThanFi
         sendWhatIsTaken();
         afterTurnsOfTheLoop(3);
     }
-    EXPECT_LT(taken, 2 * maximumFrameSize);
+    EXPECT_LT(taken, 2 * Wire::maximumFrameSize);
     // Nor is it read a byte a turn.
     const std::size_t before = taken;
     afterTurnsOfTheLoop(1000);
@@ -262,7 +262,7 @@ TEST_F(UnixSocketListenerTest, AStormGetsNoMoreTurnsTheLongerItLasts) {
 TEST_F(UnixSocketListenerTest, FramesOfAllSizesComeWholeAndInOrderToAllWhoReadThemLate) {
     std::vector<std::string> frames;
     for (int number = 0; number < 5; ++number) {
-        for (const std::size_t size : {1UL, 30000UL, maximumFrameSize, maximumFrameSize + 1}) {
+        for (const std::size_t size : {1UL, 30000UL, Wire::maximumFrameSize, Wire::maximumFrameSize + 1}) {
             frames.emplace_back(size, static_cast<char>('a' + frames.size()));
         }
     }

@@ -193,12 +193,12 @@ TEST_F(WebServerTest, MessagesAreFramesHoweverTheyWereCut) {
 
 TEST_F(WebServerTest, AFrameOverTheLimitClosesWith1009) {
     WebSocket exact(port, "/settings?key=thekey", "settings.v1");
-    exact.sendText(std::string(maximumFrameSize, 'x'));
-    EXPECT_EQ(exact.receiveText().value_or("").size(), maximumFrameSize + 2);
-    exact.sendText(std::string(maximumFrameSize + 1, 'x'));
+    exact.sendText(std::string(Wire::maximumFrameSize, 'x'));
+    EXPECT_EQ(exact.receiveText().value_or("").size(), Wire::maximumFrameSize + 2);
+    exact.sendText(std::string(Wire::maximumFrameSize + 1, 'x'));
     EXPECT_EQ(exact.receive().value_or(WebSocket::Message()).closeStatus(), 1009);
     WebSocket pieces(port, "/settings?key=thekey", "settings.v1");
-    pieces.sendFrame(1, std::string(maximumFrameSize, 'x'), false);
+    pieces.sendFrame(1, std::string(Wire::maximumFrameSize, 'x'), false);
     pieces.sendFrame(0, "y", true);
     EXPECT_EQ(pieces.receive().value_or(WebSocket::Message()).closeStatus(), 1009);
 }
