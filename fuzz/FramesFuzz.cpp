@@ -35,7 +35,7 @@ struct Chunks {
     }
 };
 
-const std::string Wire::tooLarge = "(too large)";
+const std::string tooLarge = "(too large)";
 
 /// The frames that the host's framer cuts.
 Entries framed(const std::string& bytes, std::size_t limit, Chunks chunks) {

@@ -32,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string value = input.ConsumeRemainingBytesAsString();
 
     const Envelope json(value);
-    const bool mayPass = !json.isJson() || (json.isArray() && json.nesting() <= SettingsHost::maximumNesting);
+    const bool mayPass = !json.isJson() || (json.isArray() && json.nesting() <= Wire::maximumNesting);
     check(SettingsHost::isSafeForHandler(key, value) == mayPass, "the guard knows what may pass");
     check(SettingsHost::isSafeForHandler("deviceName", value), "the guard is for the locales alone");
     const std::string request = R"({"payload":{"settingDBId":"orliaLocale","to":)" + stringText(value) + "}}";

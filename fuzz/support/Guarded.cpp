@@ -7,7 +7,7 @@ namespace SettingsHandlerFuzz {
 
 bool mayBeGiven(const std::string& text) {
     rapidjson::Document request;
-    if (!SettingsHost::inspectFrame(text, request)) {
+    if (!Wire::inspectFrame(text, request)) {
         return SettingsHost::isRequestSafeForHandler(request);
     }
     request.Parse<Utils::jsonParseFlags>(text.c_str());
