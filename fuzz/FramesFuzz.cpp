@@ -47,7 +47,7 @@ Entries framed(const std::string& bytes, std::size_t limit, Chunks chunks) {
         framer.append(bytes.data() + start, size);
         start += size;
         while (const auto frame = framer.next()) {
-            frames.push_back(frame->tooLarge ? Wire::tooLarge : "frame " + frame->text);
+            frames.push_back(frame->tooLarge ? tooLarge : "frame " + frame->text);
         }
     }
     return frames;
@@ -60,7 +60,7 @@ Entries framesOf(const std::string& bytes, std::size_t limit) {
         const std::size_t end = bytes.find('\n', start);
         const std::string line = bytes.substr(start, end == std::string::npos ? end : end - start);
         if (line.size() > limit) {
-            frames.push_back(Wire::tooLarge);
+            frames.push_back(tooLarge);
         } else if (end != std::string::npos && line.find_first_not_of(" \t\r") != std::string::npos) {
             frames.push_back("frame " + line);
         }
@@ -224,7 +224,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     HubWorld world(surroundingsFrom(surroundings));
     for (const auto& frame : frames) {
-        if (frame == Wire::tooLarge) {
+        if (frame == tooLarge) {
             world.refuseTooLarge();
         } else {
             world.receive(frame.substr(sizeof("frame")));
