@@ -7,8 +7,8 @@
 
 #include <CLI/CLI.hpp>
 
-#include "Commands.h"
 #include "Timeout.h"
+#include "Verbs.h"
 #include "Version.h"
 #include "Wire.h"
 

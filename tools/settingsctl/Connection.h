@@ -7,7 +7,7 @@
 
 #include <poll.h>
 
-#include "SocketPlaces.h"
+#include "SocketCandidates.h"
 
 namespace SettingsCtl {
 

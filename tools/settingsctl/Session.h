@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "Commands.h"
 #include "Connection.h"
+#include "Verbs.h"
 #include "Wire.h"
 
 namespace SettingsCtl {

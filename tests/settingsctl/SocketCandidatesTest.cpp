@@ -4,7 +4,7 @@
 #include <unistd.h>
 
 #include "FakeHost.h"
-#include "SocketPlaces.h"
+#include "SocketCandidates.h"
 
 using namespace SettingsCtl;
 using namespace SettingsCtlTests;

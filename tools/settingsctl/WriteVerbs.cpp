@@ -1,8 +1,8 @@
 #include <cstdio>
 #include <optional>
 
-#include "Commands.h"
 #include "Session.h"
+#include "Verbs.h"
 
 namespace SettingsCtl {
 

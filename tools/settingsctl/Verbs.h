@@ -6,7 +6,7 @@
 
 #include "Failure.h"
 #include "Output.h"
-#include "SocketPlaces.h"
+#include "SocketCandidates.h"
 
 namespace SettingsCtl {
 

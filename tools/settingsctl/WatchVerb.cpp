@@ -5,8 +5,8 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
-#include "Commands.h"
 #include "Connection.h"
+#include "Verbs.h"
 #include "Wire.h"
 
 namespace SettingsCtl {

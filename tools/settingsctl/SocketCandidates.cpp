@@ -1,4 +1,4 @@
-#include "SocketPlaces.h"
+#include "SocketCandidates.h"
 
 #include <filesystem>
 #include <utility>

@@ -1,7 +1,7 @@
 #include <functional>
 
-#include "Commands.h"
 #include "Connection.h"
+#include "Verbs.h"
 #include "Wire.h"
 
 namespace SettingsCtl {

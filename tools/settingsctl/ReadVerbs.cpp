@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "Commands.h"
 #include "Session.h"
+#include "Verbs.h"
 #include "Wire/Catalogue.h"
 
 namespace SettingsCtl {
