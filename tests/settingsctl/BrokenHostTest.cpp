@@ -30,8 +30,7 @@ protected:
     const FakeHost host;
 };
 
-constexpr const char* noObject =
-    "settingsctl: what answers is no settings host: it sent something that is no JSON object\n";
+constexpr const char* noObject = "settingsctl: unexpected response: not a settings-host (not a JSON object)\n";
 
 }  // namespace
 
@@ -56,7 +55,7 @@ TEST_P(SettingsCtlWithABrokenHost, TellsThatItHasNoRoom) {
     Peer client = accept();
     client.sendLine(R"({"error":{"code":"too-many-clients","message":"the host has no room for one more client"}})");
     client.close();
-    expectEnd(program, 3, "", "settingsctl: the host serves as many clients as it can; try again when one has left\n");
+    expectEnd(program, 3, "", "settingsctl: the host has reached its limit of clients; try again later\n");
 }
 
 TEST_P(SettingsCtlWithABrokenHost, TellsThatItDiedInItsAnswer) {
@@ -71,7 +70,7 @@ TEST_P(SettingsCtlWithABrokenHost, TellsThatItDiedInItsAnswer) {
 TEST_P(SettingsCtlWithABrokenHost, TellsThatItDoesNotAnswer) {
     auto program = start("0.05");
     const Peer client = accept();
-    expectEnd(program, 3, "", "settingsctl: the host at " + path() + " does not answer\n");
+    expectEnd(program, 3, "", "settingsctl: the host at " + path() + " does not reply\n");
 }
 
 TEST_P(SettingsCtlWithABrokenHost, TellsThatWhatItSendsIsNoJsonObject) {
@@ -117,7 +116,7 @@ TEST(SettingsCtlReplies, WithoutAnEndCostAMebibyteAtMost) {
     constexpr std::size_t page = 4096;
     EXPECT_LE(TestSupport::memoryOf(program.pid()).anonymous - before, 1024UL * 1024 + 16 * page);
     client.send("aa");
-    expectEnd(program, 3, "", "settingsctl: the host at " + host.settingsPath() + " sends a line longer than 1 MiB\n");
+    expectEnd(program, 3, "", "settingsctl: the host at " + host.settingsPath() + " sent a line longer than 1 MiB\n");
 }
 
 TEST(SettingsCtlTimeout, IsNotExtendedByAHostThatTalksOfOtherThings) {
@@ -129,7 +128,7 @@ TEST(SettingsCtlTimeout, IsNotExtendedByAHostThatTalksOfOtherThings) {
         ASSERT_LT(std::chrono::steady_clock::now(), deadline) << "every event was given the whole time again";
         client.sendLine(event("k", "a", "b"));
     }
-    expectEnd(program, 3, "", "settingsctl: the host at " + host.settingsPath() + " does not answer\n");
+    expectEnd(program, 3, "", "settingsctl: the host at " + host.settingsPath() + " does not reply\n");
 }
 
 TEST(SettingsCtlReplies, MustHoldWhatWasAskedFor) {
@@ -139,14 +138,13 @@ TEST(SettingsCtlReplies, MustHoldWhatWasAskedFor) {
         auto program = host.start({"get"});
         Peer client = host.accept();
         client.sendLine(R"({"type":7,"messageId":")" + messageId(program, 1) + R"(","payload":)" + payload + "}");
-        expectEnd(program, 3, "",
-                  "settingsctl: what answers is no settings host: it sent a frame that cannot be understood\n");
+        expectEnd(program, 3, "", "settingsctl: unexpected response: not a settings-host (malformed frame)\n");
     }
     for (const std::string payload : {"null", "{}", R"({"isOrliaSelectedAsVA":"true"})"}) {
         const FakeHost host;
         auto program = host.start({"selected"});
         Peer client = host.accept();
         client.sendLine(R"({"type":18,"messageId":")" + messageId(program, 1) + R"(","payload":)" + payload + "}");
-        expectEnd(program, 3, "", "settingsctl: the host's answer does not say whether the assistant is selected\n");
+        expectEnd(program, 3, "", "settingsctl: unexpected response: not a settings-host (malformed frame)\n");
     }
 }

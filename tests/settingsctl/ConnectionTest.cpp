@@ -20,7 +20,7 @@ namespace {
 
 constexpr std::chrono::milliseconds patience = 20s;
 
-std::vector<SocketPlace> at(const std::string& path) {
+std::vector<SocketCandidate> at(const std::string& path) {
     return {{path, "", ""}};
 }
 
@@ -92,7 +92,7 @@ TEST_F(SettingsCtlConnection, GivesUpOverALineWithoutAnEnd) {
     // Read in many pieces, each of them below the limit.
     std::thread sender([&] { whole = host.send(std::string(8 * Connection::maximumLineSize, 'a')); });
     EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection->receive(connection->deadline()); }),
-              "the host at " + path + " sends a line longer than 1 MiB");
+              "the host at " + path + " sent a line longer than 1 MiB");
     connection.reset();
     sender.join();
     EXPECT_FALSE(whole) << "all of it was taken";
@@ -102,17 +102,17 @@ TEST_F(SettingsCtlConnection, GivesUpAtTheDeadline) {
     const ListeningSocket listener(path);
     Connection connection(at(path), 10ms);
     EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.receive(connection.deadline()); }),
-              "the host at " + path + " does not answer");
+              "the host at " + path + " does not reply");
 }
 
 TEST_F(SettingsCtlConnection, TellsWhatTheHostSaidBeforeItWentEvenIfNothingCanBeSent) {
     const ListeningSocket listener(path);
     Connection connection(at(path), patience);
     Peer host = listener.accept();
-    host.send("farewell\n");
+    host.send("last line\n");
     host.close();
     connection.send("x\n");
-    EXPECT_EQ(connection.receive(connection.deadline()), "farewell");
+    EXPECT_EQ(connection.receive(connection.deadline()), "last line");
     EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.receive(connection.deadline()); }),
               "the host at " + path + " closed the connection");
 }
@@ -134,7 +134,7 @@ TEST_F(SettingsCtlConnection, GivesUpSendingWhenTheHostDoesNotRead) {
     const ListeningSocket listener(path);
     Connection connection(at(path), 10ms);
     EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.send(std::string(4000000, 'a')); }),
-              "the host at " + path + " does not take requests");
+              "the host at " + path + " does not read requests");
 }
 
 TEST_F(SettingsCtlConnection, GivesUpConnectingWhenTheHostDoesNotAccept) {
@@ -183,14 +183,16 @@ namespace {
 /// Two hosts' places, of which the test makes those that it wants to be there.
 class SettingsCtlHosts : public SettingsCtlConnection {
 protected:
-    std::vector<SocketPlace> places(const std::string& objection = "") const {
-        return {{folder / "own", folder / "own-companion", objection},
+    std::vector<SocketCandidate> candidates(const std::string& distrust = "") const {
+        return {{folder / "own", folder / "own-companion", distrust},
                 {folder / "other", folder / "other-companion", ""}};
     }
     /// Where a verb would go.
-    std::string taken(const std::vector<SocketPlace>& from) const { return Connection(from, patience).socketPath(); }
+    std::string taken(const std::vector<SocketCandidate>& from) const {
+        return Connection(from, patience).socketPath();
+    }
     /// Why it would go nowhere.
-    std::string refusal(const std::vector<SocketPlace>& from) const {
+    std::string refusal(const std::vector<SocketCandidate>& from) const {
         return failureOf(UNREACHABLE, [&] { taken(from); });
     }
     std::string own() const { return "cannot reach the host at " + (folder / "own") + ": "; }
@@ -203,40 +205,40 @@ protected:
 }  // namespace
 
 TEST_F(SettingsCtlHosts, TheFirstThatIsThereIsTaken) {
-    EXPECT_EQ(refusal(places()), own() + nobody + other() + nobody + question);
+    EXPECT_EQ(refusal(candidates()), own() + nobody + other() + nobody + question);
     const ListeningSocket second(folder / "other");
-    EXPECT_EQ(taken(places()), folder / "other");
+    EXPECT_EQ(taken(candidates()), folder / "other");
     const ListeningSocket first(folder / "own");
-    EXPECT_EQ(taken(places()), folder / "own");
+    EXPECT_EQ(taken(candidates()), folder / "own");
 }
 
 TEST_F(SettingsCtlHosts, OneThatDiedIsNotThere) {
     { const ListeningSocket dead(folder / "own"); }
     { const ListeningSocket dead(folder / "own-companion"); }
-    EXPECT_EQ(refusal(places()), own() + "Connection refused" + other() + nobody + question);
+    EXPECT_EQ(refusal(candidates()), own() + "Connection refused" + other() + nobody + question);
     const ListeningSocket second(folder / "other");
-    EXPECT_EQ(taken(places()), folder / "other");
+    EXPECT_EQ(taken(candidates()), folder / "other");
 }
 
 TEST_F(SettingsCtlHosts, BothSocketsAreOfTheSameOne) {
     const ListeningSocket companion(folder / "own-companion");
     const ListeningSocket second(folder / "other");
-    EXPECT_EQ(refusal(places()), own() + nobody + question) << "the other host's socket is not the first one's";
+    EXPECT_EQ(refusal(candidates()), own() + nobody + question) << "the other host's socket is not the first one's";
 }
 
 TEST_F(SettingsCtlHosts, OneThatDoesNotAcceptInTimeIsThere) {
     const ListeningSocket first(folder / "own", 0);
     const Connection waiting(at(folder / "own"), patience);
     const ListeningSocket second(folder / "other");
-    EXPECT_EQ(failureOf(UNREACHABLE, [&] { const Connection connection(places(), 10ms); }),
+    EXPECT_EQ(failureOf(UNREACHABLE, [&] { const Connection connection(candidates(), 10ms); }),
               own() + "Resource temporarily unavailable" + question);
 }
 
 TEST_F(SettingsCtlHosts, AnObjectionableOneIsNotEvenTried) {
     const ListeningSocket first(folder / "own");
     const ListeningSocket companion(folder / "own-companion");
-    EXPECT_EQ(refusal(places("its folder belongs to another user")),
+    EXPECT_EQ(refusal(candidates("its folder belongs to another user")),
               own() + "its folder belongs to another user" + other() + nobody + question);
     const ListeningSocket second(folder / "other");
-    EXPECT_EQ(taken(places("its folder belongs to another user")), folder / "other");
+    EXPECT_EQ(taken(candidates("its folder belongs to another user")), folder / "other");
 }

@@ -81,7 +81,7 @@ TEST(SettingsCtlDeviceVerbs, AreNotDoneWithoutTheDevicesWord) {
         const FakeHost host;
         auto program = host.start({"device", "captions", "on"});
         answer(host, R"({"command":"captions","enabled":true})", reply);
-        expectEnd(program, 3, "", "settingsctl: what answers is no device socket\n");
+        expectEnd(program, 3, "", "settingsctl: unexpected response: not a device socket\n");
     }
 }
 
@@ -129,8 +129,7 @@ TEST(SettingsCtlDeviceShow, TellsWhenTheAnswerIsNotUnderstood) {
         const FakeHost host;
         auto program = host.start({"device", "show"});
         answer(host, R"({"command":"show"})", reply);
-        expectEnd(program, 3, "",
-                  "settingsctl: what answers is no settings host: it sent a frame that cannot be understood\n");
+        expectEnd(program, 3, "", "settingsctl: unexpected response: not a settings-host (malformed frame)\n");
     }
 }
 
@@ -171,5 +170,5 @@ TEST(SettingsCtlPage, TellsWhenTheAnswerIsNotUnderstood) {
     const FakeHost host;
     auto program = host.start({"page"});
     answer(host, R"({"command":"page"})", R"({"page":{}})");
-    expectEnd(program, 3, "", "settingsctl: what answers is no device socket\n");
+    expectEnd(program, 3, "", "settingsctl: unexpected response: not a device socket\n");
 }

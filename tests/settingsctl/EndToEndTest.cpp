@@ -1,9 +1,11 @@
+#include <map>
 #include <memory>
 #include <sstream>
 
 #include <gtest/gtest.h>
 
 #include "RunningHost.h"
+#include "Wire/Catalogue.h"
 #include "wire/HostClients.h"
 
 using namespace SettingsCtlTests;
@@ -32,7 +34,7 @@ protected:
 }  // namespace
 
 TEST_F(SettingsCtlAndHost, TellWhenThereIsNoRoomAndWorkWhenThereIs) {
-    const std::string noRoom = "settingsctl: the host serves as many clients as it can; try again when one has left\n";
+    const std::string noRoom = "settingsctl: the host has reached its limit of clients; try again later\n";
     std::vector<std::unique_ptr<WireTests::HostClient>> crowd;
     for (int number = 0; number < 128; ++number) {
         crowd.push_back(std::make_unique<WireTests::HostClient>(host.socketPath()));
@@ -51,37 +53,36 @@ TEST_F(SettingsCtlAndHost, TellWhenThereIsNoRoomAndWorkWhenThereIs) {
     expectRun({"get", "deviceName"}, 0, "deviceName=TV\n");
 }
 
-TEST_F(SettingsCtlAndHost, ShowEverySettingOfAFreshDatabase) {
-    expectRun({"get"}, 0,
-              "captionsEnabled=false\n"
-              "captionsFontSize=FONT_MEDIUM\n"
-              "captionsStyles=STYLE_WHITE_ON_BLACK\n"
-              "companionDevice=[\"\",\"\"]\n"
-              "deviceName=TV\n"
-              "doNotDisturbEnabled=false\n"
-              "friendlyName=TV\n"
-              "handsFreeAlwaysOnDiscovered=false\n"
-              "handsFreeAlwaysOnEnabled=false\n"
-              "handsFreeEnabled=false\n"
-              "orliaLocale=[\"en-US\"]\n"
-              "pttAlwaysOnDiscovered=false\n"
-              "pttAlwaysOnEnabled=false\n"
-              "timezone=America/Vancouver\n");
+TEST_F(SettingsCtlAndHost, PrintTheDefaultsOfTheCatalogueFromAFreshDatabase) {
+    // Settings without a default begin with the values of the simulation, or without a value.
+    std::map<std::string, std::string> values{{"captionsEnabled", "false"},
+                                              {"doNotDisturbEnabled", "false"},
+                                              {"orliaLocale", "[\"en-US\"]"},
+                                              {"timezone", "America/Vancouver"}};
+    for (const auto& setting : Wire::catalogue()) {
+        if (setting.defaultValue) {
+            values[setting.key] = *setting.defaultValue;
+        }
+    }
+    EXPECT_EQ(values["deviceName"], "TV");
+    std::string lines;
+    for (const auto& [key, value] : values) {
+        lines += key + "=" + value + "\n";
+    }
+    expectRun({"get"}, 0, lines);
 }
 
 TEST_F(SettingsCtlAndHost, ListAKeyBeforeItHasAValue) {
-    const std::string listed = host.run({"list", "--json"}).output;
+    const std::string listed = host.run({"list"}).output;
     expectRun({"get", "tovanEntitlementStatus"}, 1, "", "settingsctl: 'tovanEntitlementStatus' has no value\n");
     expectRun({"set", "tovanEntitlementStatus", "entitled"}, 0, "tovanEntitlementStatus: '' -> 'entitled'\n");
-    EXPECT_NE(listed.find("\"tovanEntitlementStatus\""), std::string::npos) << listed;
-    std::string reported = "[";
-    for (std::istringstream lines(host.run({"get"}).output); lines;) {
-        std::string line;
-        if (std::getline(lines, line)) {
-            reported += (reported.size() == 1 ? "\"" : ",\"") + line.substr(0, line.find('=')) + "\"";
-        }
+    EXPECT_NE(listed.find("tovanEntitlementStatus\n"), std::string::npos) << listed;
+    std::string reported;
+    std::istringstream lines(host.run({"get"}).output);
+    for (std::string line; std::getline(lines, line);) {
+        reported += line.substr(0, line.find('=')) + "\n";
     }
-    EXPECT_EQ(listed, reported + "]\n") << "the host's catalogue is another one";
+    EXPECT_EQ(listed, reported) << "the host's catalogue differs";
 }
 
 TEST_F(SettingsCtlAndHost, KeepWhatWasSetWhenTheHostIsKilled) {
@@ -129,7 +130,7 @@ TEST_F(SettingsCtlAndHost, SayWhyAValueIsRefused) {
     }
     expectRun({"get", "--value", "orliaLocale"}, 0, "[\"en-US\"]\n");
     expectRun({"set", "captionsEnabled", "true"}, 1, "",
-              "settingsctl: 'captionsEnabled' was refused: it is set on the device only, with 'settingsctl device "
+              "settingsctl: 'captionsEnabled' was refused: only the device can change it: use 'settingsctl device "
               "captions on|off'\n");
     expectRun({"set", "captionsEnabled", "false"}, 0, "captionsEnabled: unchanged\n");
 }
@@ -140,8 +141,8 @@ TEST_F(SettingsCtlAndHost, RefuseWhatIsOlderThanTheNewestRequest) {
         R"({"type":24,"timestamp":9000000000000000,"payload":{"settingDBId":"deviceName","to":"from the future"}})");
     ASSERT_TRUE(client.receiveLine());
     expectRun({"set", "deviceName", "Den"}, 1, "",
-              "settingsctl: 'deviceName' was refused: the host did not accept it, or had seen a newer request; its log "
-              "says why\n");
+              "settingsctl: 'deviceName' was refused: the host did not accept it or has seen a newer request; see the "
+              "host's log\n");
 }
 
 TEST_F(SettingsCtlAndHost, WatchWhatClientsAndTheDeviceChange) {

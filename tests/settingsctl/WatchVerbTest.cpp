@@ -166,7 +166,7 @@ TEST_F(SettingsCtlWatch, TellsWhenTheHostGoes) {
 TEST_F(SettingsCtlWatch, TellsWhenTheHostDoesNotAnswer) {
     auto program = host.start({"watch", "--timeout", "0.05"});
     const Peer client = host.accept();
-    expectEnd(program, 3, "", "settingsctl: the host at " + host.settingsPath() + " does not answer\n");
+    expectEnd(program, 3, "", "settingsctl: the host at " + host.settingsPath() + " does not reply\n");
 }
 
 TEST_F(SettingsCtlWatch, WaitsWithoutEndOnceTheHostHasAnswered) {

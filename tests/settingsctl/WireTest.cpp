@@ -19,10 +19,10 @@ std::pair<ExitStatus, std::string> failureOf(const Action& action) {
     return {DONE, "nothing was thrown"};
 }
 
-const std::pair<ExitStatus, std::string> noJsonObject{
-    UNREACHABLE, "what answers is no settings host: it sent something that is no JSON object"};
-const std::pair<ExitStatus, std::string> notUnderstood{
-    UNREACHABLE, "what answers is no settings host: it sent a frame that cannot be understood"};
+const std::pair<ExitStatus, std::string> noJsonObject{UNREACHABLE,
+                                                      "unexpected response: not a settings-host (not a JSON object)"};
+const std::pair<ExitStatus, std::string> notUnderstood{UNREACHABLE,
+                                                       "unexpected response: not a settings-host (malformed frame)"};
 
 }  // namespace
 

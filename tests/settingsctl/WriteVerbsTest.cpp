@@ -4,6 +4,7 @@
 
 #include "FakeHost.h"
 #include "Json.h"
+#include "Wire/Catalogue.h"
 
 using namespace SettingsCtlTests;
 
@@ -95,8 +96,8 @@ TEST(SettingsCtlSet, SaysUnchangedWhenThereIsNoEventAndTheValueIsTheOneAskedFor)
 
 TEST(SettingsCtlSet, SaysRefusedWhenThereIsNoEventAndTheValueIsAnother) {
     expectEnd(runSet({R"({"deviceName":"TV"})", {}, {}, R"({"deviceName":"TV"})"}), 1, "",
-              "settingsctl: 'deviceName' was refused: the host did not accept it, or had seen a newer request; its log "
-              "says why\n");
+              "settingsctl: 'deviceName' was refused: the host did not accept it or has seen a newer request; see the "
+              "host's log\n");
 }
 
 TEST(SettingsCtlSet, CountsOnlyAnEventOfThatKeyAndValueAfterItsRequest) {
@@ -132,17 +133,22 @@ TEST(SettingsCtlSet, IsNeverOlderThanTheNewestEventThatItSaw) {
     EXPECT_EQ(timestampOf(runSet(play).request), 4102444800000);
 }
 
-TEST(SettingsCtlSet, NamesTheDeviceForWhatOnlyTheDeviceSets) {
-    expectEnd(runSet({R"({"captionsEnabled":"false"})", {}, {}, R"({"captionsEnabled":"false"})"},
-                     {"set", "captionsEnabled", "true"}),
-              1, "",
-              "settingsctl: 'captionsEnabled' was refused: it is set on the device only, with 'settingsctl device "
+TEST(SettingsCtlSet, NamesTheVerbOfTheDeviceForASettingThatOnlyTheDeviceSets) {
+    const auto errorsFor = [](const std::string& key) {
+        const Outcome outcome = runSet({}, {"set", key, "no such value"});
+        EXPECT_EQ(outcome.end.status, 1) << key;
+        return outcome.end.errors;
+    };
+    EXPECT_EQ(errorsFor("captionsEnabled"),
+              "settingsctl: 'captionsEnabled' was refused: only the device can change it: use 'settingsctl device "
               "captions on|off'\n");
-    expectEnd(runSet({R"({"doNotDisturbEnabled":"false"})", {}, {}, R"({"doNotDisturbEnabled":"false"})"},
-                     {"set", "doNotDisturbEnabled", "true"}),
-              1, "",
-              "settingsctl: 'doNotDisturbEnabled' was refused: it is set on the device only, with 'settingsctl device "
+    EXPECT_EQ(errorsFor("doNotDisturbEnabled"),
+              "settingsctl: 'doNotDisturbEnabled' was refused: only the device can change it: use 'settingsctl device "
               "do-not-disturb on|off'\n");
+    for (const auto& setting : Wire::catalogue()) {
+        const bool namesTheDevice = errorsFor(setting.key).find("'settingsctl device ") != std::string::npos;
+        EXPECT_EQ(namesTheDevice, setting.setByDeviceOnly) << setting.key;
+    }
 }
 
 TEST(SettingsCtlSet, NamesTheFormOfALocale) {
@@ -193,8 +199,8 @@ TEST(SettingsCtlSet, TellsTheResultInJson) {
               "{\"from\":\"Den\",\"key\":\"deviceName\",\"result\":\"unchanged\",\"to\":\"Den\"}\n", "");
     expectEnd(runSet({old, {}, {}, old}, arguments), 1,
               "{\"from\":\"TV\",\"key\":\"deviceName\",\"result\":\"refused\",\"to\":\"Den\"}\n",
-              "settingsctl: 'deviceName' was refused: the host did not accept it, or had seen a newer request; its log "
-              "says why\n");
+              "settingsctl: 'deviceName' was refused: the host did not accept it or has seen a newer request; see the "
+              "host's log\n");
 }
 
 TEST(SettingsCtlSet, PrintsNoResultWhenQuiet) {

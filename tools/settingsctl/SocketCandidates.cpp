@@ -10,55 +10,55 @@ namespace SettingsCtl {
 
 namespace {
 
-SocketPlace placeIn(const std::string& folder, const std::string& objection = "") {
-    return {folder + "/settings.sock", folder + "/device.sock", objection};
+SocketCandidate candidateIn(const std::string& folder, const std::string& distrust = "") {
+    return {folder + "/settings.sock", folder + "/device.sock", distrust};
 }
 
-SocketPlace ownPlace(const char* runtimeFolder) {
-    // A variable that is unset, empty or relative names no folder.
+SocketCandidate ownCandidate(const char* runtimeFolder) {
+    // An empty or relative path counts as unset.
     if (runtimeFolder != nullptr && runtimeFolder[0] == '/') {
-        return placeIn(std::string(runtimeFolder) + "/settings-host");
+        return candidateIn(std::string(runtimeFolder) + "/settings-host");
     }
     const std::string folder = "/tmp/settings-host-" + std::to_string(::geteuid());
-    return placeIn(folder, objectionTo(folder));
+    return candidateIn(folder, distrustOf(folder));
 }
 
-std::string deviceSocketBeside(const std::string& settingsSocket) {
+std::string deviceSocketNextTo(const std::string& settingsSocket) {
     return settingsSocket.empty() ? "" : std::filesystem::path(settingsSocket).replace_filename("device.sock").string();
 }
 
 }  // namespace
 
-std::vector<SocketPlace> settingsPlaces(const SocketOptions& options, const char* runtimeFolder) {
+std::vector<SocketCandidate> settingsSockets(const SocketOptions& options, const char* runtimeFolder) {
     if (options.settings) {
         return {{*options.settings, "", ""}};
     }
-    return {ownPlace(runtimeFolder), placeIn("/run/settings-host")};
+    return {ownCandidate(runtimeFolder), candidateIn("/run/settings-host")};
 }
 
-std::vector<SocketPlace> devicePlaces(const SocketOptions& options, const char* runtimeFolder) {
+std::vector<SocketCandidate> deviceSockets(const SocketOptions& options, const char* runtimeFolder) {
     if (options.device || options.settings) {
-        return {{options.device ? *options.device : deviceSocketBeside(*options.settings), "", ""}};
+        return {{options.device ? *options.device : deviceSocketNextTo(*options.settings), "", ""}};
     }
-    std::vector<SocketPlace> places = settingsPlaces(options, runtimeFolder);
-    for (auto& place : places) {
-        std::swap(place.path, place.companion);
+    std::vector<SocketCandidate> candidates = settingsSockets(options, runtimeFolder);
+    for (auto& candidate : candidates) {
+        std::swap(candidate.path, candidate.companion);
     }
-    return places;
+    return candidates;
 }
 
-std::string objectionTo(const std::string& folder) {
-    struct stat facts {};
-    if (::lstat(folder.c_str(), &facts) != 0) {
+std::string distrustOf(const std::string& folder) {
+    struct stat status {};
+    if (::lstat(folder.c_str(), &status) != 0) {
         return "";
     }
-    if (!S_ISDIR(facts.st_mode)) {
-        return "its folder is a link or no folder";
+    if (!S_ISDIR(status.st_mode)) {
+        return "its folder is a link or not a folder";
     }
-    if (facts.st_uid != ::geteuid()) {
+    if (status.st_uid != ::geteuid()) {
         return "its folder belongs to another user";
     }
-    return (facts.st_mode & (S_IWGRP | S_IWOTH)) != 0 ? "its folder is writable by others" : "";
+    return (status.st_mode & (S_IWGRP | S_IWOTH)) != 0 ? "its folder is writable by others" : "";
 }
 
 }  // namespace SettingsCtl

@@ -6,29 +6,30 @@
 
 namespace SettingsCtl {
 
-/// A socket that a host may listen at.
-struct SocketPlace {
+/// A socket on which a host may listen.
+struct SocketCandidate {
     std::string path;
-    /// The same host's other socket; empty when nobody knows it.
+    /// The other socket of the same host; empty when it is unknown.
     std::string companion;
-    /// Why it is not even tried; empty when it is.
-    std::string objection;
+    /// Why no connection is attempted; empty when one is.
+    std::string distrust;
 };
 
-/// What the command line says about sockets.
+/// The sockets that the command line names.
 struct SocketOptions {
     std::optional<std::string> settings;
     std::optional<std::string> device;
 };
 
-/// The settings sockets and the device's sockets to try, in this order. Without options these are the sockets of the
-/// user's own host, then of the system's. As with the host's options of the same names, the device's socket is beside
-/// the settings socket that is given, unless it is given too.
-/// `runtimeFolder` is what XDG_RUNTIME_DIR says, null when it is unset.
-std::vector<SocketPlace> settingsPlaces(const SocketOptions& options, const char* runtimeFolder);
-std::vector<SocketPlace> devicePlaces(const SocketOptions& options, const char* runtimeFolder);
+/// The settings sockets and the device sockets to try, in this order. Without options these are the sockets of the
+/// user's own host, then of the system's host. As with the host's options of the same names, the device socket is in
+/// the folder of the given settings socket, unless it is given too. `runtimeFolder` is the value of XDG_RUNTIME_DIR,
+/// null when it is unset.
+std::vector<SocketCandidate> settingsSockets(const SocketOptions& options, const char* runtimeFolder);
+std::vector<SocketCandidate> deviceSockets(const SocketOptions& options, const char* runtimeFolder);
 
-/// Why a folder that anybody could have made is not this user's own; empty when it is, or when it is not there.
-std::string objectionTo(const std::string& folder);
+/// Why a folder in a place where every user can create one is not trusted; empty when it is this user's own, or
+/// missing.
+std::string distrustOf(const std::string& folder);
 
 }  // namespace SettingsCtl
