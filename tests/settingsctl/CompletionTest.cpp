@@ -172,8 +172,8 @@ protected:
     /// What the shell completes when Tab is pressed after `typed`.
     static Words completed(const std::string& typed, Terminal& terminal) {
         terminal.type(typed + "\t");
-        terminal.readUntil("<offers>\r\n");
-        std::istringstream lines(terminal.readUntil("</offers>"));
+        terminal.readUntil("<completions>\r\n");
+        std::istringstream lines(terminal.readUntil("</completions>"));
         Words words;
         for (std::string line; std::getline(lines, line);) {
             words.push_back(line.substr(0, line.find('\r')));
@@ -284,7 +284,7 @@ TEST_P(SettingsCtlCompletion, QuotesAValueAsOneWord) {
         Terminal terminal(GetParam().command, environment(host.runtimeFolder()));
         terminal.readUntil("<prompt>");
         terminal.type("settingsctl set deviceName " + begin + "\t");
-        terminal.readUntil("</offers>");
+        terminal.readUntil("</completions>");
         terminal.type("\n");
         EXPECT_NO_THROW(terminal.readUntil("deviceName: unchanged"));
     }
@@ -292,6 +292,6 @@ TEST_P(SettingsCtlCompletion, QuotesAValueAsOneWord) {
 
 INSTANTIATE_TEST_SUITE_P(
     In, SettingsCtlCompletion,
-    testing::Values(Shell{"Bash", {"bash", "--rcfile", COMPLETION_TEST_FOLDER "/offers.bash", "-i"}, {}},
+    testing::Values(Shell{"Bash", {"bash", "--rcfile", COMPLETION_TEST_FOLDER "/completions.bash", "-i"}, {}},
                     Shell{"Zsh", {"zsh", "-d", "-i"}, {{"ZDOTDIR", COMPLETION_TEST_FOLDER}}}),
     [](const auto& suite) { return std::string(suite.param.name); });

@@ -18,7 +18,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr std::chrono::milliseconds patience = 20s;
+constexpr std::chrono::milliseconds longTimeout = 20s;
 
 std::vector<SocketCandidate> at(const std::string& path) {
     return {{path, "", ""}};
@@ -26,7 +26,7 @@ std::vector<SocketCandidate> at(const std::string& path) {
 
 class SettingsCtlConnection : public testing::Test {
 protected:
-    /// What a `Failure` says that `action` throws.
+    /// The message of the `Failure` that `action` throws.
     template <typename Action>
     static std::string failureOf(ExitStatus status, const Action& action) {
         try {
@@ -44,14 +44,14 @@ protected:
 
 }  // namespace
 
-TEST_F(SettingsCtlConnection, PutsALineTogetherWhereverItIsSplit) {
+TEST_F(SettingsCtlConnection, AssemblesALineSplitAnywhere) {
     const ListeningSocket listener(path);
-    Connection connection(at(path), patience);
+    Connection connection(at(path), longTimeout);
     const Peer host = listener.accept();
     const std::string text = "{\"a\":\"\xc3\xbc\"}\r\nnext\n";
     for (std::size_t split = 0; split <= text.size(); ++split) {
         std::vector<std::string> lines;
-        const auto receiveWhatIsThere = [&] {
+        const auto receiveAvailableLines = [&] {
             try {
                 for (;;) {
                     lines.push_back(connection.receive(std::chrono::steady_clock::now()));
@@ -60,16 +60,16 @@ TEST_F(SettingsCtlConnection, PutsALineTogetherWhereverItIsSplit) {
             }
         };
         host.send(text.substr(0, split));
-        receiveWhatIsThere();
+        receiveAvailableLines();
         host.send(text.substr(split));
-        receiveWhatIsThere();
+        receiveAvailableLines();
         EXPECT_EQ(lines, (std::vector<std::string>{"{\"a\":\"\xc3\xbc\"}\r", "next"})) << split;
     }
 }
 
-TEST_F(SettingsCtlConnection, TakesLinesOfAnySizeToTheLimitHoweverManyAndHoweverSplit) {
+TEST_F(SettingsCtlConnection, ReceivesLinesUpToTheLimitInAnyPieces) {
     const ListeningSocket listener(path);
-    Connection connection(at(path), patience);
+    Connection connection(at(path), longTimeout);
     const Peer host = listener.accept();
     std::vector<std::string> lines{std::string(Connection::maximumLineSize - 1, 'a'), "b",
                                    std::string(Connection::maximumLineSize - 1, 'c'), std::string(70000, 'd')};
@@ -84,9 +84,9 @@ TEST_F(SettingsCtlConnection, TakesLinesOfAnySizeToTheLimitHoweverManyAndHowever
     sender.join();
 }
 
-TEST_F(SettingsCtlConnection, GivesUpOverALineWithoutAnEnd) {
+TEST_F(SettingsCtlConnection, FailsForALineOverTheLimit) {
     const ListeningSocket listener(path);
-    std::optional<Connection> connection(std::in_place, at(path), patience);
+    std::optional<Connection> connection(std::in_place, at(path), longTimeout);
     const Peer host = listener.accept();
     bool whole = true;
     // Read in many pieces, each of them below the limit.
@@ -95,19 +95,19 @@ TEST_F(SettingsCtlConnection, GivesUpOverALineWithoutAnEnd) {
               "the host at " + path + " sent a line longer than 1 MiB");
     connection.reset();
     sender.join();
-    EXPECT_FALSE(whole) << "all of it was taken";
+    EXPECT_FALSE(whole) << "everything was received";
 }
 
-TEST_F(SettingsCtlConnection, GivesUpAtTheDeadline) {
+TEST_F(SettingsCtlConnection, FailsAtTheDeadline) {
     const ListeningSocket listener(path);
     Connection connection(at(path), 10ms);
     EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.receive(connection.deadline()); }),
               "the host at " + path + " does not reply");
 }
 
-TEST_F(SettingsCtlConnection, TellsWhatTheHostSaidBeforeItWentEvenIfNothingCanBeSent) {
+TEST_F(SettingsCtlConnection, ReceivesLinesSentBeforeTheHostClosedAfterAFailedSend) {
     const ListeningSocket listener(path);
-    Connection connection(at(path), patience);
+    Connection connection(at(path), longTimeout);
     Peer host = listener.accept();
     host.send("last line\n");
     host.close();
@@ -117,9 +117,9 @@ TEST_F(SettingsCtlConnection, TellsWhatTheHostSaidBeforeItWentEvenIfNothingCanBe
               "the host at " + path + " closed the connection");
 }
 
-TEST_F(SettingsCtlConnection, TellsWhenTheHostGoes) {
+TEST_F(SettingsCtlConnection, ReportsThatTheHostClosed) {
     const ListeningSocket listener(path);
-    Connection connection(at(path), patience);
+    Connection connection(at(path), longTimeout);
     Peer host = listener.accept();
     host.send("whole\nhalf");
     host.close();
@@ -130,22 +130,22 @@ TEST_F(SettingsCtlConnection, TellsWhenTheHostGoes) {
     EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.receive(connection.deadline()); }), closed);
 }
 
-TEST_F(SettingsCtlConnection, GivesUpSendingWhenTheHostDoesNotRead) {
+TEST_F(SettingsCtlConnection, FailsToSendWhenTheHostDoesNotRead) {
     const ListeningSocket listener(path);
     Connection connection(at(path), 10ms);
     EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.send(std::string(4000000, 'a')); }),
               "the host at " + path + " does not read requests");
 }
 
-TEST_F(SettingsCtlConnection, GivesUpConnectingWhenTheHostDoesNotAccept) {
+TEST_F(SettingsCtlConnection, FailsToConnectWhenTheHostDoesNotAccept) {
     const ListeningSocket listener(path, 0);
     const Connection waiting(at(path), 10ms);
     EXPECT_EQ(failureOf(UNREACHABLE, [&] { const Connection connection(at(path), 10ms); }),
               "cannot reach the host at " + path + ": Resource temporarily unavailable (is settings-host running?)");
 }
 
-TEST_F(SettingsCtlConnection, SaysWhyNobodyCanBeReached) {
-    const auto reach = [&] { const Connection connection(at(path), patience); };
+TEST_F(SettingsCtlConnection, ReportsWhyNoHostCanBeReached) {
+    const auto reach = [&] { const Connection connection(at(path), longTimeout); };
     EXPECT_EQ(failureOf(UNREACHABLE, reach),
               "cannot reach the host at " + path + ": No such file or directory (is settings-host running?)");
     std::ofstream(path) << "a file";
@@ -153,20 +153,20 @@ TEST_F(SettingsCtlConnection, SaysWhyNobodyCanBeReached) {
               "cannot reach the host at " + path + ": Connection refused (is settings-host running?)");
 }
 
-TEST_F(SettingsCtlConnection, RefusesAPathThatNoSocketCanHave) {
+TEST_F(SettingsCtlConnection, RejectsAPathThatASocketCannotHave) {
     const std::string longPath = "/" + std::string(sizeof(sockaddr_un::sun_path) - 1, 'a');
-    EXPECT_EQ(failureOf(WRONG_USAGE, [&] { const Connection connection(at(longPath), patience); }),
+    EXPECT_EQ(failureOf(WRONG_USAGE, [&] { const Connection connection(at(longPath), longTimeout); }),
               "the socket path is empty or too long: '" + longPath + "'");
-    EXPECT_EQ(failureOf(WRONG_USAGE, [&] { const Connection connection(at(""), patience); }),
+    EXPECT_EQ(failureOf(WRONG_USAGE, [&] { const Connection connection(at(""), longTimeout); }),
               "the socket path is empty or too long: ''");
     EXPECT_EQ(
-        failureOf(UNREACHABLE, [&] { const Connection connection(at(longPath.substr(1)), patience); }),
+        failureOf(UNREACHABLE, [&] { const Connection connection(at(longPath.substr(1)), longTimeout); }),
         "cannot reach the host at " + longPath.substr(1) + ": No such file or directory (is settings-host running?)");
 }
 
-TEST_F(SettingsCtlConnection, ReturnsNothingWhenAnotherDescriptorSpeaksFirst) {
+TEST_F(SettingsCtlConnection, ReturnsNothingWhenAnotherDescriptorIsReadyFirst) {
     const ListeningSocket listener(path);
-    Connection connection(at(path), patience);
+    Connection connection(at(path), longTimeout);
     const Peer host = listener.accept();
     int ends[2];
     ASSERT_EQ(::pipe(ends), 0);
@@ -180,65 +180,65 @@ TEST_F(SettingsCtlConnection, ReturnsNothingWhenAnotherDescriptorSpeaksFirst) {
 
 namespace {
 
-/// Two hosts' places, of which the test makes those that it wants to be there.
+/// The sockets of two hosts; each test opens those that it needs.
 class SettingsCtlHosts : public SettingsCtlConnection {
 protected:
     std::vector<SocketCandidate> candidates(const std::string& distrust = "") const {
         return {{folder / "own", folder / "own-companion", distrust},
                 {folder / "other", folder / "other-companion", ""}};
     }
-    /// Where a verb would go.
+    /// The socket that is used.
     std::string taken(const std::vector<SocketCandidate>& from) const {
-        return Connection(from, patience).socketPath();
+        return Connection(from, longTimeout).socketPath();
     }
-    /// Why it would go nowhere.
+    /// Why none is used.
     std::string refusal(const std::vector<SocketCandidate>& from) const {
         return failureOf(UNREACHABLE, [&] { taken(from); });
     }
     std::string own() const { return "cannot reach the host at " + (folder / "own") + ": "; }
     std::string other() const { return ", nor at " + (folder / "other") + ": "; }
 
-    const std::string nobody = "No such file or directory";
-    const std::string question = " (is settings-host running?)";
+    const std::string missing = "No such file or directory";
+    const std::string hint = " (is settings-host running?)";
 };
 
 }  // namespace
 
-TEST_F(SettingsCtlHosts, TheFirstThatIsThereIsTaken) {
-    EXPECT_EQ(refusal(candidates()), own() + nobody + other() + nobody + question);
+TEST_F(SettingsCtlHosts, TheFirstRunningOneIsUsed) {
+    EXPECT_EQ(refusal(candidates()), own() + missing + other() + missing + hint);
     const ListeningSocket second(folder / "other");
     EXPECT_EQ(taken(candidates()), folder / "other");
     const ListeningSocket first(folder / "own");
     EXPECT_EQ(taken(candidates()), folder / "own");
 }
 
-TEST_F(SettingsCtlHosts, OneThatDiedIsNotThere) {
+TEST_F(SettingsCtlHosts, ADeadOneIsSkipped) {
     { const ListeningSocket dead(folder / "own"); }
     { const ListeningSocket dead(folder / "own-companion"); }
-    EXPECT_EQ(refusal(candidates()), own() + "Connection refused" + other() + nobody + question);
+    EXPECT_EQ(refusal(candidates()), own() + "Connection refused" + other() + missing + hint);
     const ListeningSocket second(folder / "other");
     EXPECT_EQ(taken(candidates()), folder / "other");
 }
 
-TEST_F(SettingsCtlHosts, BothSocketsAreOfTheSameOne) {
+TEST_F(SettingsCtlHosts, BothSocketsBelongToTheSameHost) {
     const ListeningSocket companion(folder / "own-companion");
     const ListeningSocket second(folder / "other");
-    EXPECT_EQ(refusal(candidates()), own() + nobody + question) << "the other host's socket is not the first one's";
+    EXPECT_EQ(refusal(candidates()), own() + missing + hint) << "the socket of the other host was used";
 }
 
-TEST_F(SettingsCtlHosts, OneThatDoesNotAcceptInTimeIsThere) {
+TEST_F(SettingsCtlHosts, OneThatDoesNotAcceptInTimeIsRunning) {
     const ListeningSocket first(folder / "own", 0);
-    const Connection waiting(at(folder / "own"), patience);
+    const Connection waiting(at(folder / "own"), longTimeout);
     const ListeningSocket second(folder / "other");
     EXPECT_EQ(failureOf(UNREACHABLE, [&] { const Connection connection(candidates(), 10ms); }),
-              own() + "Resource temporarily unavailable" + question);
+              own() + "Resource temporarily unavailable" + hint);
 }
 
-TEST_F(SettingsCtlHosts, AnObjectionableOneIsNotEvenTried) {
+TEST_F(SettingsCtlHosts, AnUntrustedOneIsNotTried) {
     const ListeningSocket first(folder / "own");
     const ListeningSocket companion(folder / "own-companion");
     EXPECT_EQ(refusal(candidates("its folder belongs to another user")),
-              own() + "its folder belongs to another user" + other() + nobody + question);
+              own() + "its folder belongs to another user" + other() + missing + hint);
     const ListeningSocket second(folder / "other");
     EXPECT_EQ(taken(candidates("its folder belongs to another user")), folder / "other");
 }

@@ -33,20 +33,20 @@ protected:
 
 }  // namespace
 
-TEST_F(SettingsCtlAndHost, TellWhenThereIsNoRoomAndWorkWhenThereIs) {
+TEST_F(SettingsCtlAndHost, ReportTooManyClientsAndRecover) {
     const std::string noRoom = "settingsctl: the host has reached its limit of clients; try again later\n";
-    std::vector<std::unique_ptr<WireTests::HostClient>> crowd;
+    std::vector<std::unique_ptr<WireTests::HostClient>> clients;
     for (int number = 0; number < 128; ++number) {
-        crowd.push_back(std::make_unique<WireTests::HostClient>(host.socketPath()));
-        crowd.push_back(std::make_unique<WireTests::HostClient>(host.devicePath()));
+        clients.push_back(std::make_unique<WireTests::HostClient>(host.socketPath()));
+        clients.push_back(std::make_unique<WireTests::HostClient>(host.devicePath()));
     }
     for (const std::vector<std::string>& arguments :
          {std::vector<std::string>{"get", "deviceName"}, {"set", "deviceName", "Den"}, {"watch"}, {"device", "show"}}) {
         expectRun(arguments, 3, "", noRoom);
     }
-    crowd.front()->sendLine("x");
-    EXPECT_TRUE(crowd.front()->receiveLine()) << "those inside are served";
-    crowd.clear();
+    clients.front()->sendLine("x");
+    EXPECT_TRUE(clients.front()->receiveLine()) << "connected clients are still served";
+    clients.clear();
     const auto until = std::chrono::steady_clock::now() + TestSupport::patience;
     while (host.run({"get", "deviceName"}).status != 0 && std::chrono::steady_clock::now() < until) {
     }
@@ -85,7 +85,7 @@ TEST_F(SettingsCtlAndHost, ListAKeyBeforeItHasAValue) {
     EXPECT_EQ(listed, reported) << "the host's catalogue differs";
 }
 
-TEST_F(SettingsCtlAndHost, KeepWhatWasSetWhenTheHostIsKilled) {
+TEST_F(SettingsCtlAndHost, KeepValuesWhenTheHostIsKilled) {
     expectRun({"set", "deviceName", "Living room"}, 0, "deviceName: 'TV' -> 'Living room'\n");
     expectRun({"set", "friendlyName", "Den"}, 0, "friendlyName: 'TV' -> 'Den'\n");
     expectRun({"set", "timezone", "Europe/Paris"}, 0, "timezone: 'America/Vancouver' -> 'Europe/Paris'\n");
@@ -101,7 +101,7 @@ TEST_F(SettingsCtlAndHost, KeepWhatWasSetWhenTheHostIsKilled) {
     expectRun({"set", "ownKey", "own value"}, 0, "ownKey: unchanged\n");
 }
 
-TEST_F(SettingsCtlAndHost, CarryEveryValueWhole) {
+TEST_F(SettingsCtlAndHost, KeepEveryByteOfAValue) {
     const std::string values[] = {"a\nb\r\t\x1b\x7f\xc2\x9b",
                                   "\"quotes' \\ %s",
                                   "K\xc3\xbc"
@@ -121,7 +121,7 @@ TEST_F(SettingsCtlAndHost, CarryEveryValueWhole) {
     expectRun({"get", "deviceName"}, 0, "deviceName= \n");
 }
 
-TEST_F(SettingsCtlAndHost, SayWhyAValueIsRefused) {
+TEST_F(SettingsCtlAndHost, ReportWhyAValueIsRefused) {
     const std::string locale =
         "settingsctl: 'orliaLocale' was refused: it must be a JSON array with at least one locale, for example "
         "[\"en-US\"]\n";
@@ -135,7 +135,7 @@ TEST_F(SettingsCtlAndHost, SayWhyAValueIsRefused) {
     expectRun({"set", "captionsEnabled", "false"}, 0, "captionsEnabled: unchanged\n");
 }
 
-TEST_F(SettingsCtlAndHost, RefuseWhatIsOlderThanTheNewestRequest) {
+TEST_F(SettingsCtlAndHost, RefuseARequestOlderThanTheNewest) {
     WireTests::HostClient client(host.socketPath());
     client.sendLine(
         R"({"type":24,"timestamp":9000000000000000,"payload":{"settingDBId":"deviceName","to":"from the future"}})");
@@ -145,7 +145,7 @@ TEST_F(SettingsCtlAndHost, RefuseWhatIsOlderThanTheNewestRequest) {
               "host's log\n");
 }
 
-TEST_F(SettingsCtlAndHost, WatchWhatClientsAndTheDeviceChange) {
+TEST_F(SettingsCtlAndHost, WatchChangesByClientsAndTheDevice) {
     auto watch = host.start({"watch"});
     expectWatching(watch);
     host.run({"set", "deviceName", "Den"});
@@ -162,7 +162,7 @@ TEST_F(SettingsCtlAndHost, WatchWhatClientsAndTheDeviceChange) {
     }
 }
 
-TEST_F(SettingsCtlAndHost, WatchWholeEventsInJson) {
+TEST_F(SettingsCtlAndHost, WatchEventsAsJson) {
     auto watch = host.start({"watch", "--json"});
     expectWatching(watch);
     host.run({"set", "deviceName", "Den"});
@@ -188,7 +188,7 @@ TEST_F(SettingsCtlAndHost, EndTheWatchWhenTheHostStops) {
                   ": No such file or directory (is settings-host running?)\n");
 }
 
-TEST_F(SettingsCtlAndHost, ForgetTheUserOnLogOut) {
+TEST_F(SettingsCtlAndHost, ClearTheUsersValuesOnLogOut) {
     host.run({"set", "deviceName", "Den"});
     host.run({"set", "friendlyName", "Den"});
     host.run({"set", "timezone", "Europe/Paris"});
@@ -198,7 +198,7 @@ TEST_F(SettingsCtlAndHost, ForgetTheUserOnLogOut) {
               "deviceName=TV\nfriendlyName=TV\nhandsFreeEnabled=false\ntimezone=Europe/Paris\n");
 }
 
-TEST_F(SettingsCtlAndHost, AskForTheAssistantAndItsSettings) {
+TEST_F(SettingsCtlAndHost, PrintTheSelectionAndOpenTheSettings) {
     expectRun({"selected"}, 0, "true\n");
     expectRun({"selected", "--json"}, 0, "{\"isOrliaSelectedAsVA\":true}\n");
     expectRun({"open-settings"}, 0, "");
@@ -206,7 +206,7 @@ TEST_F(SettingsCtlAndHost, AskForTheAssistantAndItsSettings) {
     EXPECT_NE(shown.find("\nlastLaunchedApp="), std::string::npos) << shown;
 }
 
-TEST_F(SettingsCtlAndHost, DriveTheDevice) {
+TEST_F(SettingsCtlAndHost, ControlTheDevice) {
     expectRun({"device", "show"}, 0,
               "captionsEnabled=false\ncurrentAlwaysOnPTTMode=off\ncurrentAlwaysOnVoiceMode=off\n"
               "currentHandsFreeStatus=off\ndoNotDisturbEnabled=false\nlocales=[\"en-US\"]\n"
@@ -229,7 +229,7 @@ TEST_F(SettingsCtlAndHost, DriveTheDevice) {
               "orliaLocale=[\"fr-FR\",\"en-US\"]\npttAlwaysOnEnabled=true\ntimezone=Europe/Paris\n");
 }
 
-TEST_F(SettingsCtlAndHost, SayWhyNothingChangedAtTheDevice) {
+TEST_F(SettingsCtlAndHost, ReportWhyTheDeviceChangedNothing) {
     for (const std::string value : {"true", "false"}) {
         expectRun(
             {"device", "setting", "captionsEnabled", value}, 1, "",
@@ -259,7 +259,7 @@ TEST_F(SettingsCtlAndHost, SayWhyNothingChangedAtTheDevice) {
     expectRun({"device", "setting", "handsFreeEnabled", "x"}, 0, "handsFreeEnabled: unchanged\n");
 }
 
-TEST_F(SettingsCtlAndHost, SayWhatTheDeviceDoesNotTake) {
+TEST_F(SettingsCtlAndHost, ReportValuesThatTheDeviceRejects) {
     expectRun({"device", "setting", "orliaLocale", "{}"}, 1, "",
               "settingsctl: the host refused the request: the value is no array of locales within the nesting limit "
               "(not-passed-on)\n");

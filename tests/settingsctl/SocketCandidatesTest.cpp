@@ -35,7 +35,7 @@ Words device(const SocketOptions& options, const char* runtimeFolder = "/run/use
 
 }  // namespace
 
-TEST(SettingsCtlSocketCandidates, AreTheUsersOwnAndTheSystems) {
+TEST(SettingsCtlSocketCandidates, AreThoseOfTheUsersAndTheSystemsHost) {
     EXPECT_EQ(settings({}), (Words{"/run/user/1/settings-host/settings.sock /run/user/1/settings-host/device.sock",
                                    "/run/settings-host/settings.sock /run/settings-host/device.sock"}));
     EXPECT_EQ(device({}), (Words{"/run/user/1/settings-host/device.sock /run/user/1/settings-host/settings.sock",
@@ -54,7 +54,7 @@ TEST(SettingsCtlSocketCandidates, AreInATemporaryFolderOfTheUserWithoutARuntimeF
     }
 }
 
-TEST(SettingsCtlSocketCandidates, AreThoseThatAreGivenAndNoOthers) {
+TEST(SettingsCtlSocketCandidates, AreOnlyTheGivenSockets) {
     EXPECT_EQ(settings({"/a/x.sock", {}}), Words{"/a/x.sock "});
     EXPECT_EQ(settings({"/a/x.sock", "/b/y.sock"}), Words{"/a/x.sock "});
     EXPECT_EQ(device({"/a/x.sock", "/b/y.sock"}), Words{"/b/y.sock "});
@@ -63,13 +63,13 @@ TEST(SettingsCtlSocketCandidates, AreThoseThatAreGivenAndNoOthers) {
     EXPECT_EQ(settings({"", {}}), Words{" "});
 }
 
-TEST(SettingsCtlSocketCandidates, AreOfOneHostWhenOneIsGiven) {
+TEST(SettingsCtlSocketCandidates, AreInOneFolderWhenTheSettingsSocketIsGiven) {
     EXPECT_EQ(device({"/a/x.sock", {}}), Words{"/a/device.sock "});
     EXPECT_EQ(device({"x.sock", {}}), Words{"device.sock "});
     EXPECT_EQ(device({"", {}}), Words{" "});
 }
 
-TEST(SettingsCtlSocketCandidates, AreNotTrustedInAFolderThatAnybodyCouldHaveMade) {
+TEST(SettingsCtlSocketCandidates, AreNotTrustedInAFolderOfOthers) {
     const TestSupport::TemporaryDirectory here;
     EXPECT_EQ(distrustOf(here / "missing"), "");
     const std::string folder = here / "folder";
@@ -86,23 +86,23 @@ TEST(SettingsCtlSocketCandidates, AreNotTrustedInAFolderThatAnybodyCouldHaveMade
     if (::geteuid() != 0) {
         EXPECT_EQ(distrustOf("/"), "its folder belongs to another user");
     } else {
-        constexpr uid_t somebody = 12345;
-        ASSERT_EQ(::chown(folder.c_str(), somebody, somebody), 0);
+        constexpr uid_t anotherUser = 12345;
+        ASSERT_EQ(::chown(folder.c_str(), anotherUser, anotherUser), 0);
         EXPECT_EQ(distrustOf(folder), "its folder belongs to another user");
     }
 }
 
 namespace {
 
-/// A machine of its own, as far as /run and /tmp go, on which the test plays the system's host.
-class SettingsCtlOnAMachine : public testing::Test {
+/// A mount namespace with a /run of its own, in which the test takes the role of the system's host.
+class SettingsCtlInItsOwnNamespace : public testing::Test {
 protected:
     void SetUp() override {
         keeper.emplace(Words{"unshare", "--user", "--map-root-user", "--mount", "sh", "-c",
                              "mount -t tmpfs none /run && mkdir -p /run/settings-host /run/own && echo mounted && "
                              "exec sleep 1000"});
         if (keeper->output().readLine() != "mounted") {
-            GTEST_SKIP() << "this machine lets nobody make a disk: " << keeper->errors().readAll();
+            GTEST_SKIP() << "cannot mount in a user namespace: " << keeper->errors().readAll();
         }
     }
 
@@ -121,7 +121,7 @@ protected:
 
 }  // namespace
 
-TEST_F(SettingsCtlOnAMachine, SpeaksToTheSystemsHostWhenTheUserHasNone) {
+TEST_F(SettingsCtlInItsOwnNamespace, UsesTheSystemsHostWhenTheUserHasNone) {
     const ListeningSocket settingsSocket(seenFromHere("/run/settings-host/settings.sock"));
     const ListeningSocket deviceSocket(seenFromHere("/run/settings-host/device.sock"));
     {
@@ -143,7 +143,7 @@ TEST_F(SettingsCtlOnAMachine, SpeaksToTheSystemsHostWhenTheUserHasNone) {
     expectEnd(program, 0, "timezone=the system's\n", "");
 }
 
-TEST_F(SettingsCtlOnAMachine, PrefersTheUsersOwnHost) {
+TEST_F(SettingsCtlInItsOwnNamespace, PrefersTheUsersOwnHost) {
     const ListeningSocket theSystems(seenFromHere("/run/settings-host/settings.sock"));
     const ListeningSocket theSystemsDevice(seenFromHere("/run/settings-host/device.sock"));
     const ListeningSocket own(seenFromHere("/run/own/settings-host/settings.sock"));
@@ -159,7 +159,7 @@ TEST_F(SettingsCtlOnAMachine, PrefersTheUsersOwnHost) {
               "settings-host running?)\n");
 }
 
-TEST_F(SettingsCtlOnAMachine, NamesBothWhenThereIsNone) {
+TEST_F(SettingsCtlInItsOwnNamespace, NamesBothSocketsWhenNoHostRuns) {
     auto program = start({"get"});
     expectEnd(
         program, 3, "",
@@ -172,7 +172,7 @@ TEST_F(SettingsCtlOnAMachine, NamesBothWhenThereIsNone) {
         "at /run/settings-host/device.sock: No such file or directory (is settings-host running?)\n");
 }
 
-TEST_F(SettingsCtlOnAMachine, TriesNothingElseThanWhatIsGiven) {
+TEST_F(SettingsCtlInItsOwnNamespace, TriesOnlyTheGivenSocket) {
     const ListeningSocket theSystems(seenFromHere("/run/settings-host/settings.sock"));
     const ListeningSocket theSystemsDevice(seenFromHere("/run/settings-host/device.sock"));
     const std::string end = ": No such file or directory (is settings-host running?)\n";

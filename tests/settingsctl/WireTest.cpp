@@ -26,7 +26,7 @@ const std::pair<ExitStatus, std::string> notUnderstood{UNREACHABLE,
 
 }  // namespace
 
-TEST(SettingsCtlRequests, AskForSettings) {
+TEST(SettingsCtlRequests, RequestSettings) {
     EXPECT_EQ(getSettingsRequest("m1", {}), "{\"type\":7,\"messageId\":\"m1\",\"payload\":{\"settings\":[]}}\n");
     EXPECT_EQ(getSettingsRequest("m1", {"b", "a", "b"}),
               "{\"type\":7,\"messageId\":\"m1\",\"payload\":{\"settings\":[\"b\",\"a\",\"b\"]}}\n");
@@ -38,7 +38,7 @@ TEST(SettingsCtlRequests, CarryAnyValueOnOneLine) {
               "\"payload\":{\"settingDBId\":\"k\",\"to\":\"a\\n\\\"\\u001B\"}}\n");
 }
 
-TEST(SettingsCtlRequests, NeedNoPayloadForTheRest) {
+TEST(SettingsCtlRequests, HaveNoPayloadForTheOtherTypes) {
     EXPECT_EQ(bareRequest(IS_SELECTED, "m1"), "{\"type\":18,\"messageId\":\"m1\"}\n");
     EXPECT_EQ(bareRequest(OPEN_SETTINGS, "m2"), "{\"type\":19,\"messageId\":\"m2\"}\n");
     EXPECT_EQ(bareRequest(LOG_OUT, "m3"), "{\"type\":22,\"messageId\":\"m3\"}\n");
@@ -85,7 +85,7 @@ TEST(SettingsCtlFrames, AreNoRepliesWhenTheyAreEvents) {
     EXPECT_FALSE(event.isReplyTo("m1"));
 }
 
-TEST(SettingsCtlFrames, AnnounceAChange) {
+TEST(SettingsCtlFrames, ReportAChange) {
     const Frame frame(
         R"({"type":25,"timestamp":9007199254740993,"payload":{"settingDBId":"k","from":"a","to":"b\u0000c"}})");
     const auto change = frame.change();
@@ -96,7 +96,7 @@ TEST(SettingsCtlFrames, AnnounceAChange) {
     EXPECT_EQ(frame.timestamp(), 9007199254740993);
 }
 
-TEST(SettingsCtlFrames, AnnounceNoChangeWhenTheyAreOfAnotherType) {
+TEST(SettingsCtlFrames, ReportNoChangeWhenTheyAreOfAnotherType) {
     for (const std::string text :
          {"{}", R"({"type":7,"payload":{}})", R"({"type":"25"})", R"({"type":25.5})", R"({"notice":{"reread":[]}})"}) {
         EXPECT_FALSE(Frame(text).change()) << text;
@@ -104,7 +104,7 @@ TEST(SettingsCtlFrames, AnnounceNoChangeWhenTheyAreOfAnotherType) {
     }
 }
 
-TEST(SettingsCtlFrames, AreNotUnderstoodWhenAnEventLacksAPart) {
+TEST(SettingsCtlFrames, AreMalformedWhenAnEventLacksAMember) {
     for (const std::string payload :
          {"null", "[]", "{}", R"({"settingDBId":"k","from":"a"})", R"({"settingDBId":"k","to":"a"})",
           R"({"from":"a","to":"b"})", R"({"settingDBId":"k","from":"a","to":true})"}) {
@@ -123,7 +123,7 @@ TEST(SettingsCtlFrames, AskToRereadKeys) {
     }
 }
 
-TEST(SettingsCtlFrames, TellOfARefusal) {
+TEST(SettingsCtlFrames, ReportARefusal) {
     const Frame refusal(R"({"error":{"code":"too-large","message":"the frame is larger than 64 KiB"}})");
     EXPECT_EQ(
         failureOf([&] { refusal.throwIfRefusal(); }),
