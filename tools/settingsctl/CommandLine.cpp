@@ -105,7 +105,7 @@ void addSettingsVerbs(CLI::App& app, Invocation& invocation) {
         {"get", "get deviceName timezone", "get --value deviceName"}, [&] { return get(context, invocation.keys); });
     addTexts(*getVerb, "KEY", invocation.keys, "Setting keys");
     CLI::App* const setVerb = addVerb(app, invocation, "set", "Set KEY to VALUE and print the result",
-                                      {"set deviceName \"Living room\"", "set orliaLocale '[\"fr-FR\",\"en-US\"]'",
+                                      {R"(set deviceName "Living room")", R"(set orliaLocale '["fr-FR","en-US"]')",
                                        "set deviceName -- --odd--", "set --json timezone Europe/Paris"},
                                       [&] { return set(context, invocation.key, invocation.value); });
     addKeyAndValue(*setVerb, invocation);
