@@ -18,7 +18,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr std::chrono::milliseconds longTimeout = 20s;
+constexpr std::chrono::milliseconds waitTimeout = 20s;
 
 std::vector<SocketCandidate> at(const std::string& path) {
     return {{path, "", ""}};
@@ -46,7 +46,7 @@ protected:
 
 TEST_F(SettingsCtlConnection, AssemblesALineSplitAnywhere) {
     const ListeningSocket listener(path);
-    Connection connection(at(path), longTimeout);
+    Connection connection(at(path), waitTimeout);
     const Peer host = listener.accept();
     const std::string text = "{\"a\":\"\xc3\xbc\"}\r\nnext\n";
     for (std::size_t split = 0; split <= text.size(); ++split) {
@@ -69,7 +69,7 @@ TEST_F(SettingsCtlConnection, AssemblesALineSplitAnywhere) {
 
 TEST_F(SettingsCtlConnection, ReceivesLinesUpToTheLimitInAnyPieces) {
     const ListeningSocket listener(path);
-    Connection connection(at(path), longTimeout);
+    Connection connection(at(path), waitTimeout);
     const Peer host = listener.accept();
     std::vector<std::string> lines{std::string(Connection::maximumLineSize - 1, 'a'), "b",
                                    std::string(Connection::maximumLineSize - 1, 'c'), std::string(70000, 'd')};
@@ -86,7 +86,7 @@ TEST_F(SettingsCtlConnection, ReceivesLinesUpToTheLimitInAnyPieces) {
 
 TEST_F(SettingsCtlConnection, FailsForALineOverTheLimit) {
     const ListeningSocket listener(path);
-    std::optional<Connection> connection(std::in_place, at(path), longTimeout);
+    std::optional<Connection> connection(std::in_place, at(path), waitTimeout);
     const Peer host = listener.accept();
     bool whole = true;
     // Read in many pieces, each of them below the limit.
@@ -107,7 +107,7 @@ TEST_F(SettingsCtlConnection, FailsAtTheDeadline) {
 
 TEST_F(SettingsCtlConnection, ReceivesLinesSentBeforeTheHostClosedAfterAFailedSend) {
     const ListeningSocket listener(path);
-    Connection connection(at(path), longTimeout);
+    Connection connection(at(path), waitTimeout);
     Peer host = listener.accept();
     host.send("last line\n");
     host.close();
@@ -119,7 +119,7 @@ TEST_F(SettingsCtlConnection, ReceivesLinesSentBeforeTheHostClosedAfterAFailedSe
 
 TEST_F(SettingsCtlConnection, ReportsThatTheHostClosed) {
     const ListeningSocket listener(path);
-    Connection connection(at(path), longTimeout);
+    Connection connection(at(path), waitTimeout);
     Peer host = listener.accept();
     host.send("whole\nhalf");
     host.close();
@@ -145,7 +145,7 @@ TEST_F(SettingsCtlConnection, FailsToConnectWhenTheHostDoesNotAccept) {
 }
 
 TEST_F(SettingsCtlConnection, ReportsWhyNoHostCanBeReached) {
-    const auto reach = [&] { const Connection connection(at(path), longTimeout); };
+    const auto reach = [&] { const Connection connection(at(path), waitTimeout); };
     EXPECT_EQ(failureOf(UNREACHABLE, reach),
               "cannot reach the host at " + path + ": No such file or directory (is settings-host running?)");
     std::ofstream(path) << "a file";
@@ -155,18 +155,18 @@ TEST_F(SettingsCtlConnection, ReportsWhyNoHostCanBeReached) {
 
 TEST_F(SettingsCtlConnection, RejectsAPathThatASocketCannotHave) {
     const std::string longPath = "/" + std::string(sizeof(sockaddr_un::sun_path) - 1, 'a');
-    EXPECT_EQ(failureOf(WRONG_USAGE, [&] { const Connection connection(at(longPath), longTimeout); }),
+    EXPECT_EQ(failureOf(WRONG_USAGE, [&] { const Connection connection(at(longPath), waitTimeout); }),
               "the socket path is empty or too long: '" + longPath + "'");
-    EXPECT_EQ(failureOf(WRONG_USAGE, [&] { const Connection connection(at(""), longTimeout); }),
+    EXPECT_EQ(failureOf(WRONG_USAGE, [&] { const Connection connection(at(""), waitTimeout); }),
               "the socket path is empty or too long: ''");
     EXPECT_EQ(
-        failureOf(UNREACHABLE, [&] { const Connection connection(at(longPath.substr(1)), longTimeout); }),
+        failureOf(UNREACHABLE, [&] { const Connection connection(at(longPath.substr(1)), waitTimeout); }),
         "cannot reach the host at " + longPath.substr(1) + ": No such file or directory (is settings-host running?)");
 }
 
 TEST_F(SettingsCtlConnection, ReturnsNothingWhenAnotherDescriptorIsReadyFirst) {
     const ListeningSocket listener(path);
-    Connection connection(at(path), longTimeout);
+    Connection connection(at(path), waitTimeout);
     const Peer host = listener.accept();
     int ends[2];
     ASSERT_EQ(::pipe(ends), 0);
@@ -189,7 +189,7 @@ protected:
     }
     /// The socket that is used.
     std::string taken(const std::vector<SocketCandidate>& from) const {
-        return Connection(from, longTimeout).socketPath();
+        return Connection(from, waitTimeout).socketPath();
     }
     /// Why none is used.
     std::string refusal(const std::vector<SocketCandidate>& from) const {
@@ -228,7 +228,7 @@ TEST_F(SettingsCtlHosts, BothSocketsBelongToTheSameHost) {
 
 TEST_F(SettingsCtlHosts, OneThatDoesNotAcceptInTimeIsRunning) {
     const ListeningSocket first(folder / "own", 0);
-    const Connection waiting(at(folder / "own"), longTimeout);
+    const Connection waiting(at(folder / "own"), waitTimeout);
     const ListeningSocket second(folder / "other");
     EXPECT_EQ(failureOf(UNREACHABLE, [&] { const Connection connection(candidates(), 10ms); }),
               own() + "Resource temporarily unavailable" + hint);
