@@ -16,7 +16,7 @@ struct Verb {
     friend void PrintTo(const Verb& verb, std::ostream* out) { *out << verb.name; }
 };
 
-/// Every verb against hosts that do not do their part.
+/// Every verb against a host that breaks the protocol.
 class SettingsCtlWithABrokenHost : public testing::TestWithParam<Verb> {
 protected:
     TestSupport::ChildProcess start(const std::string& timeout = "20") const {
@@ -30,36 +30,35 @@ protected:
     const FakeHost host;
 };
 
-constexpr const char* noObject =
-    "settingsctl: what answers is no settings host: it sent something that is no JSON object\n";
+constexpr const char* noObject = "settingsctl: unexpected response: not a settings-host (not a JSON object)\n";
 
 }  // namespace
 
-TEST_P(SettingsCtlWithABrokenHost, TellsThatNobodyListens) {
+TEST_P(SettingsCtlWithABrokenHost, ReportsThatNoHostListens) {
     std::vector<std::string> arguments = GetParam().arguments;
-    const std::string nobody = path() + ".nobody";
-    arguments.insert(arguments.begin(), {GetParam().atDevice ? "--device-socket" : "--socket", nobody});
+    const std::string missing = path() + ".missing";
+    arguments.insert(arguments.begin(), {GetParam().atDevice ? "--device-socket" : "--socket", missing});
     auto program = host.start(std::move(arguments));
     expectEnd(program, 3, "",
-              "settingsctl: cannot reach the host at " + nobody +
+              "settingsctl: cannot reach the host at " + missing +
                   ": No such file or directory (is settings-host running?)\n");
 }
 
-TEST_P(SettingsCtlWithABrokenHost, TellsThatItClosedTheConnectionAtOnce) {
+TEST_P(SettingsCtlWithABrokenHost, ReportsAConnectionClosedAtOnce) {
     auto program = start();
     accept().close();
     expectEnd(program, 3, "", "settingsctl: the host at " + path() + " closed the connection\n");
 }
 
-TEST_P(SettingsCtlWithABrokenHost, TellsThatItHasNoRoom) {
+TEST_P(SettingsCtlWithABrokenHost, ReportsTooManyClients) {
     auto program = start();
     Peer client = accept();
     client.sendLine(R"({"error":{"code":"too-many-clients","message":"the host has no room for one more client"}})");
     client.close();
-    expectEnd(program, 3, "", "settingsctl: the host serves as many clients as it can; try again when one has left\n");
+    expectEnd(program, 3, "", "settingsctl: the host has reached its limit of clients; try again later\n");
 }
 
-TEST_P(SettingsCtlWithABrokenHost, TellsThatItDiedInItsAnswer) {
+TEST_P(SettingsCtlWithABrokenHost, ReportsAConnectionClosedWithinAReply) {
     auto program = start();
     Peer client = accept();
     client.receiveLine();
@@ -68,13 +67,13 @@ TEST_P(SettingsCtlWithABrokenHost, TellsThatItDiedInItsAnswer) {
     expectEnd(program, 3, "", "settingsctl: the host at " + path() + " closed the connection\n");
 }
 
-TEST_P(SettingsCtlWithABrokenHost, TellsThatItDoesNotAnswer) {
+TEST_P(SettingsCtlWithABrokenHost, ReportsAMissingReply) {
     auto program = start("0.05");
     const Peer client = accept();
-    expectEnd(program, 3, "", "settingsctl: the host at " + path() + " does not answer\n");
+    expectEnd(program, 3, "", "settingsctl: the host at " + path() + " does not reply\n");
 }
 
-TEST_P(SettingsCtlWithABrokenHost, TellsThatWhatItSendsIsNoJsonObject) {
+TEST_P(SettingsCtlWithABrokenHost, ReportsAResponseThatIsNotAJsonObject) {
     auto program = start();
     Peer client = accept();
     client.sendLine("HTTP/1.1 400 Bad Request\r");
@@ -89,7 +88,7 @@ INSTANTIATE_TEST_SUITE_P(Verb, SettingsCtlWithABrokenHost,
                                          Verb{"DeviceLocale", {"device", "locale", "fr-FR"}, true}),
                          [](const auto& suite) { return std::string(suite.param.name); });
 
-TEST(SettingsCtlReplies, MustBeJsonObjectsInWholeAndInUtf8) {
+TEST(SettingsCtlReplies, MustBeCompleteJsonObjectsInUtf8) {
     for (const std::string& text : {std::string("[1]"), std::string(), std::string("{\"k\":\"\xff\"}"),
                                     std::string("{}\0", 3), std::string(100000, '[')}) {
         const FakeHost host;
@@ -100,15 +99,15 @@ TEST(SettingsCtlReplies, MustBeJsonObjectsInWholeAndInUtf8) {
     }
 }
 
-TEST(SettingsCtlReplies, WithoutAnEndCostAMebibyteAtMost) {
+TEST(SettingsCtlReplies, WithoutANewlineTakeOneMebibyteAtMost) {
     if (TestSupport::sanitized) {
-        GTEST_SKIP() << "counts what a sanitizer adds";
+        GTEST_SKIP() << "the sanitizer adds memory";
     }
     const FakeHost host;
     auto program = host.start({"--timeout", "20", "get"});
     Peer client = host.accept();
     client.receiveLine();
-    // What the first bytes cost is not the line's.
+    // Memory that the first byte takes does not depend on the length of the line.
     client.send("a");
     client.waitUntilRead();
     const std::size_t before = TestSupport::memoryOf(program.pid()).anonymous;
@@ -117,36 +116,35 @@ TEST(SettingsCtlReplies, WithoutAnEndCostAMebibyteAtMost) {
     constexpr std::size_t page = 4096;
     EXPECT_LE(TestSupport::memoryOf(program.pid()).anonymous - before, 1024UL * 1024 + 16 * page);
     client.send("aa");
-    expectEnd(program, 3, "", "settingsctl: the host at " + host.settingsPath() + " sends a line longer than 1 MiB\n");
+    expectEnd(program, 3, "", "settingsctl: the host at " + host.settingsPath() + " sent a line longer than 1 MiB\n");
 }
 
-TEST(SettingsCtlTimeout, IsNotExtendedByAHostThatTalksOfOtherThings) {
+TEST(SettingsCtlTimeout, IsNotExtendedByOtherFrames) {
     const FakeHost host;
     auto program = host.start({"--timeout", "0.1", "get"});
     const Peer client = host.accept();
     const auto deadline = std::chrono::steady_clock::now() + TestSupport::waitTimeout;
     while (!program.wait(std::chrono::milliseconds(5))) {
-        ASSERT_LT(std::chrono::steady_clock::now(), deadline) << "every event was given the whole time again";
+        ASSERT_LT(std::chrono::steady_clock::now(), deadline) << "every event restarted the timeout";
         client.sendLine(event("k", "a", "b"));
     }
-    expectEnd(program, 3, "", "settingsctl: the host at " + host.settingsPath() + " does not answer\n");
+    expectEnd(program, 3, "", "settingsctl: the host at " + host.settingsPath() + " does not reply\n");
 }
 
-TEST(SettingsCtlReplies, MustHoldWhatWasAskedFor) {
+TEST(SettingsCtlReplies, MustHaveTheRequestedMembers) {
     for (const std::string payload :
          {"null", "{}", R"({"settings":[]})", R"({"settings":null})", R"({"settings":{"k":true}})"}) {
         const FakeHost host;
         auto program = host.start({"get"});
         Peer client = host.accept();
         client.sendLine(R"({"type":7,"messageId":")" + messageId(program, 1) + R"(","payload":)" + payload + "}");
-        expectEnd(program, 3, "",
-                  "settingsctl: what answers is no settings host: it sent a frame that cannot be understood\n");
+        expectEnd(program, 3, "", "settingsctl: unexpected response: not a settings-host (malformed frame)\n");
     }
     for (const std::string payload : {"null", "{}", R"({"isOrliaSelectedAsVA":"true"})"}) {
         const FakeHost host;
         auto program = host.start({"selected"});
         Peer client = host.accept();
         client.sendLine(R"({"type":18,"messageId":")" + messageId(program, 1) + R"(","payload":)" + payload + "}");
-        expectEnd(program, 3, "", "settingsctl: the host's answer does not say whether the assistant is selected\n");
+        expectEnd(program, 3, "", "settingsctl: unexpected response: not a settings-host (malformed frame)\n");
     }
 }

@@ -1,3 +1,5 @@
+#include <sstream>
+
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -13,26 +15,18 @@ Finished runProgram(std::vector<std::string> arguments, const std::map<std::stri
     return TestSupport::run(arguments, environment);
 }
 
-/// The verbs with their examples' first words.
-const std::vector<std::vector<std::string>> verbs{
-    {"get"},
-    {"set"},
-    {"watch"},
-    {"list"},
-    {"selected"},
-    {"page"},
-    {"open-settings"},
-    {"logout"},
-    {"device"},
-    {"device", "show"},
-    {"device", "locale"},
-    {"device", "locales"},
-    {"device", "timezone"},
-    {"device", "handsfree"},
-    {"device", "setting"},
-    {"device", "captions"},
-    {"device", "do-not-disturb"},
-};
+/// The verbs of the program, or of one of its verbs.
+std::vector<std::string> verbsOf(const std::vector<std::string>& parent) {
+    std::vector<std::string> arguments{"complete"};
+    arguments.insert(arguments.end(), parent.begin(), parent.end());
+    arguments.emplace_back("");
+    std::vector<std::string> verbs;
+    std::istringstream lines(runProgram(arguments).output);
+    for (std::string line; std::getline(lines, line);) {
+        verbs.push_back(line.substr(0, line.find('\t')));
+    }
+    return verbs;
+}
 
 struct Misuse {
     std::vector<std::string> arguments;
@@ -40,9 +34,9 @@ struct Misuse {
 };
 
 const std::vector<Misuse> misuses{
-    {{}, "a verb is missing, for example 'settingsctl get'; see settingsctl --help"},
-    {{"device"}, "a verb is missing, for example 'settingsctl get'; see settingsctl --help"},
-    {{"--json"}, "a verb is missing, for example 'settingsctl get'; see settingsctl --help"},
+    {{}, "VERB is required, for example 'settingsctl get'; see settingsctl --help"},
+    {{"device"}, "VERB is required, for example 'settingsctl get'; see settingsctl --help"},
+    {{"--json"}, "VERB is required, for example 'settingsctl get'; see settingsctl --help"},
     {{"put"}, "The following argument was not expected: put; see settingsctl --help"},
     {{"device", "eject"}, "The following argument was not expected: eject; see settingsctl --help"},
     {{"\x1b[31m"}, "The following argument was not expected: \\x1b[31m; see settingsctl --help"},
@@ -54,23 +48,26 @@ const std::vector<Misuse> misuses{
     {{"device", "locale"}, "VALUE is required; see settingsctl --help"},
     {{"device", "locales"}, "LOCALE is required; see settingsctl --help"},
     {{"device", "captions", "true"}, "STATE: true not in {on,off}; see settingsctl --help"},
-    {{"device", "locales", "[\"fr-FR\"]"}, "give the words one by one, without brackets"},
-    {{"get", "[a,b]"}, "give the words one by one, without brackets"},
+    {{"device", "locales", "[\"fr-FR\"]"}, "separate the arguments by spaces, without brackets"},
+    {{"get", "[a,b]"}, "separate the arguments by spaces, without brackets"},
     {{"get", "--value", "--json"}, "--json excludes --value; see settingsctl --help"},
-    {{"list", "--value"}, "--value goes with get and device show only"},
-    {{"device", "locale", "fr-FR", "--value"}, "--value goes with get and device show only"},
+    {{"list", "--value"}, "--value works only with get and device show"},
+    {{"device", "locale", "fr-FR", "--value"}, "--value works only with get and device show"},
     {{"set", "k", "\xff"}, "an argument is not valid UTF-8"},
-    {{"get", "--timeout", "0"}, "--timeout: '0' is no time from 0.001 to 86400 seconds; see settingsctl --help"},
-    {{"get", "--timeout", "nan"}, "--timeout: 'nan' is no time from 0.001 to 86400 seconds; see settingsctl --help"},
-    {{"get", "--timeout=-5"}, "--timeout: '-5' is no time from 0.001 to 86400 seconds; see settingsctl --help"},
-    {{"get", "--timeout", "soon"}, "--timeout: 'soon' is no time from 0.001 to 86400 seconds; see settingsctl --help"},
+    {{"get", "--timeout", "0"},
+     "--timeout: '0' is not a number of seconds from 0.001 to 86400; see settingsctl --help"},
+    {{"get", "--timeout", "nan"},
+     "--timeout: 'nan' is not a number of seconds from 0.001 to 86400; see settingsctl --help"},
+    {{"get", "--timeout=-5"}, "--timeout: '-5' is not a number of seconds from 0.001 to 86400; see settingsctl --help"},
+    {{"get", "--timeout", "soon"},
+     "--timeout: 'soon' is not a number of seconds from 0.001 to 86400; see settingsctl --help"},
     {{"get", "--socket"}, "--socket: 1 required PATH missing; see settingsctl --help"},
     {{"get", "--socket", ""}, "the socket path is empty or too long: ''"},
 };
 
 }  // namespace
 
-TEST(SettingsCtlCommandLine, TellsWhatIsWrongWithItAndDoesNothing) {
+TEST(SettingsCtlCommandLine, ReportsMisuseAndDoesNothing) {
     for (const auto& [arguments, message] : misuses) {
         const Finished end = runProgram(arguments);
         EXPECT_EQ(end.errors, "settingsctl: " + message + "\n");
@@ -79,27 +76,31 @@ TEST(SettingsCtlCommandLine, TellsWhatIsWrongWithItAndDoesNothing) {
     }
 }
 
-TEST(SettingsCtlCommandLine, HelpsWithEveryVerbByExample) {
-    for (const auto& verb : verbs) {
-        std::vector<std::string> arguments = verb;
-        std::string words = "settingsctl";
-        for (const auto& word : verb) {
-            words += " " + word;
-        }
-        arguments.emplace_back("--help");
-        const Finished end = runProgram(arguments);
-        EXPECT_EQ(end.status, 0) << words;
-        EXPECT_EQ(end.errors, "") << words;
-        EXPECT_NE(end.output.find("Usage: " + words + " [OPTIONS]"), std::string::npos) << end.output;
-        EXPECT_NE(end.output.find("\nExamples:\n  " + words), std::string::npos) << end.output;
+TEST(SettingsCtlCommandLine, ShowsExamplesInTheHelpOfEveryVerb) {
+    std::vector<std::vector<std::string>> verbs;
+    for (const auto& verb : verbsOf({})) {
+        verbs.push_back({verb});
     }
+    for (const auto& verb : verbsOf({"device"})) {
+        verbs.push_back({"device", verb});
+    }
+    for (auto words : verbs) {
+        const std::string name = words.size() == 1 ? words[0] : words[0] + " " + words[1];
+        words.emplace_back("--help");
+        const Finished end = runProgram(words);
+        EXPECT_EQ(end.status, 0) << name;
+        EXPECT_EQ(end.errors, "") << name;
+        EXPECT_NE(end.output.find("Usage: settingsctl " + name + " [OPTIONS]"), std::string::npos) << end.output;
+        EXPECT_NE(end.output.find("\nExamples:\n  settingsctl " + name), std::string::npos) << end.output;
+    }
+    EXPECT_GE(verbs.size(), 17U);
 }
 
-TEST(SettingsCtlCommandLine, HelpsWithTheVerbsTheOptionsAndTheExitStatus) {
+TEST(SettingsCtlCommandLine, ShowsVerbsOptionsAndExitStatusesInTheHelp) {
     const Finished end = runProgram({"--help"});
     EXPECT_EQ(end.status, 0);
-    for (const auto& verb : verbs) {
-        EXPECT_NE(end.output.find("\n  " + verb.front() + " "), std::string::npos) << verb.front();
+    for (const auto& verb : verbsOf({})) {
+        EXPECT_NE(end.output.find("\n  " + verb + " "), std::string::npos) << verb;
     }
     for (const std::string option :
          {"--socket", "--device-socket", "--json", "--value", "--quiet", "--timeout", "--version"}) {
@@ -110,7 +111,7 @@ TEST(SettingsCtlCommandLine, HelpsWithTheVerbsTheOptionsAndTheExitStatus) {
               std::string::npos);
 }
 
-TEST(SettingsCtlCommandLine, TellsItsVersion) {
+TEST(SettingsCtlCommandLine, PrintsTheVersion) {
     const Finished end = runProgram({"--version"});
     EXPECT_EQ(end.output, std::string(SettingsCtl::versionText()) + "\n");
     EXPECT_EQ(end.output.rfind("settingsctl " SETTINGS_HANDLER_VERSION " (", 0), 0U) << end.output;
@@ -120,13 +121,13 @@ TEST(SettingsCtlCommandLine, TellsItsVersion) {
 
 TEST(SettingsCtlCommandLine, LooksForTheHostInTheRuntimeFolder) {
     const Finished end = runProgram({"--help"}, {{"XDG_RUNTIME_DIR", "/run/user/1"}});
-    EXPECT_NE(end.output.find(" by default /run/user/1/settings-host/settings.sock, or else "
+    EXPECT_NE(end.output.find(" default: /run/user/1/settings-host/settings.sock, then "
                               "/run/settings-host/settings.sock\n"),
               std::string::npos)
         << end.output;
 }
 
-TEST(SettingsCtlCommandLine, LooksForTheHostInATemporaryFolderOfTheUserWhenThereIsNoRuntimeFolder) {
+TEST(SettingsCtlCommandLine, LooksForTheHostInTheUsersTemporaryFolderWithoutARuntimeFolder) {
     const std::string folder = "/tmp/settings-host-" + std::to_string(::geteuid());
     const std::string program = SETTINGSCTL_PROGRAM;
     for (const std::vector<std::string>& command :
@@ -134,7 +135,6 @@ TEST(SettingsCtlCommandLine, LooksForTheHostInATemporaryFolderOfTheUserWhenThere
           std::vector<std::string>{"env", "XDG_RUNTIME_DIR=", program, "--help"},
           std::vector<std::string>{"env", "XDG_RUNTIME_DIR=run/user", program, "--help"}}) {
         const Finished end = TestSupport::run(command);
-        EXPECT_NE(end.output.find(" by default " + folder + "/settings.sock, or else "), std::string::npos)
-            << end.output;
+        EXPECT_NE(end.output.find(" default: " + folder + "/settings.sock, then "), std::string::npos) << end.output;
     }
 }

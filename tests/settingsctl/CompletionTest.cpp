@@ -6,14 +6,138 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "FakeHost.h"
 #include "RunningHost.h"
 #include "Terminal.h"
+#include "Wire/Catalogue.h"
 
 using namespace SettingsCtlTests;
 
 namespace {
 
 using Words = std::vector<std::string>;
+
+const Words verbs{"get", "set", "watch", "list", "selected", "page", "open-settings", "logout", "device"};
+const Words deviceVerbs{"show", "locale", "locales", "timezone", "handsfree", "captions", "do-not-disturb", "setting"};
+
+/// The keys of the catalogue that begin with `prefix`.
+Words keys(const std::string& prefix = "") {
+    Words result;
+    for (const auto& setting : Wire::catalogue()) {
+        if (setting.key.rfind(prefix, 0) == 0) {
+            result.push_back(setting.key);
+        }
+    }
+    return result;
+}
+
+/// What `settingsctl complete` prints without a host.
+std::string printed(const Words& words) {
+    Words command{SETTINGSCTL_PROGRAM, "complete"};
+    command.insert(command.end(), words.begin(), words.end());
+    const TestSupport::Finished end = TestSupport::run(command, {{"XDG_RUNTIME_DIR", "/nowhere"}});
+    EXPECT_EQ(end.errors, "");
+    EXPECT_EQ(end.status, 0);
+    return end.output;
+}
+
+/// The completions in it, without their descriptions.
+Words completions(const Words& words) {
+    Words result;
+    std::istringstream lines(printed(words));
+    for (std::string line; std::getline(lines, line);) {
+        EXPECT_NE(line.find('\t'), std::string::npos) << line;
+        result.push_back(line.substr(0, line.find('\t')));
+    }
+    return result;
+}
+
+bool has(const Words& words, const std::string& word) {
+    return std::find(words.begin(), words.end(), word) != words.end();
+}
+
+bool systemHasAHost() {
+    return ::access("/run/settings-host", F_OK) == 0;
+}
+
+}  // namespace
+
+TEST(SettingsCtlComplete, PrintsVerbsWithTheDescriptionsOfTheHelp) {
+    EXPECT_EQ(completions({""}), verbs);
+    EXPECT_EQ(completions({}), verbs);
+    EXPECT_EQ(completions({"--json", "device", ""}), deviceVerbs);
+    EXPECT_NE(printed({""}).find("\nset\tSet KEY to VALUE and print the result\n"), std::string::npos);
+}
+
+TEST(SettingsCtlComplete, IsHidden) {
+    const std::string help = TestSupport::run({SETTINGSCTL_PROGRAM, "--help"}).output;
+    EXPECT_EQ(help.find("complete"), std::string::npos) << help;
+    EXPECT_FALSE(has(completions({"c"}), "complete"));
+}
+
+TEST(SettingsCtlComplete, PrintsTheKeysOfTheCatalogueWithTheirDescriptions) {
+    EXPECT_EQ(completions({"get", "deviceName", ""}), keys());
+    EXPECT_EQ(completions({"set", "--", ""}), keys());
+    EXPECT_EQ(completions({"device", "setting", ""}), keys());
+    EXPECT_NE(printed({"get", ""}).find("\ncaptionsFontSize\tText size of captions.\n"), std::string::npos);
+}
+
+TEST(SettingsCtlComplete, PrintsTheValuesOfEverySettingOfTheCatalogue) {
+    if (systemHasAHost()) {
+        GTEST_SKIP() << "the host of this machine may reply";
+    }
+    for (const auto& setting : Wire::catalogue()) {
+        EXPECT_EQ(completions({"set", setting.key, ""}), setting.values) << setting.key;
+        EXPECT_EQ(completions({"device", "setting", setting.key, ""}), setting.values) << setting.key;
+    }
+    EXPECT_EQ(completions({"set", "noSuchKey", ""}), Words{});
+    EXPECT_EQ(completions({"set", "\xff", ""}), Words{});
+    EXPECT_EQ(completions({"device", "locale", ""}), Words{});
+}
+
+TEST(SettingsCtlComplete, PrintsTheOptionsThatMayStillBeGiven) {
+    EXPECT_EQ(completions({"page", "--"}), (Words{"--help", "--new-key", "--socket", "--device-socket", "--json",
+                                                  "--value", "--quiet", "--timeout", "--version"}));
+    EXPECT_EQ(completions({"--value", "--socket=x", "get", "--timeout", "1", "-"}),
+              (Words{"--help", "--device-socket", "--quiet", "--version"}));
+    EXPECT_EQ(completions({"get", "--", "--"}), keys());
+}
+
+TEST(SettingsCtlComplete, LeavesTheNamesOfSocketsToTheShell) {
+    for (const Words& words : {Words{"--socket", ""},
+                               {"get", "--device-socket", "/r"},
+                               {"--socket", "="},
+                               {"--socket", "=", "/r"},
+                               {"--socket=/r"}}) {
+        EXPECT_EQ(printed(words), "files\n") << testing::PrintToString(words);
+    }
+    for (const Words& words : {Words{"--timeout", ""}, {"--timeout=1"}, {"--no-such-option=1"}}) {
+        EXPECT_EQ(printed(words), "") << testing::PrintToString(words);
+    }
+}
+
+TEST(SettingsCtlComplete, ConnectsToTheHostForACurrentValueOnly) {
+    const FakeHost host;
+    for (const Words& words : {Words{""},
+                               {"get", ""},
+                               {"set", ""},
+                               {"device", "captions", ""},
+                               {"set", "k", "v", ""},
+                               {"device", "locale", ""},
+                               {"watch", "--"}}) {
+        Words arguments{"complete", "--socket", host.settingsPath()};
+        arguments.insert(arguments.end(), words.begin(), words.end());
+        auto program = host.start(arguments);
+        EXPECT_EQ(finish(program).status, 0);
+    }
+    auto program = host.start({"complete", "--socket", host.settingsPath(), "set", "k", ""});
+    Peer client = host.accept();
+    EXPECT_EQ(client.receiveLine(), getRequest(program, 1, R"(["k"])"));
+    client.sendLine(getReply(program, 1, R"({"k":"current value"})"));
+    expectEnd(program, 0, "current value\t\n", "");
+}
+
+namespace {
 
 /// Control and U.
 constexpr const char* killLine = "\x15";
@@ -26,7 +150,7 @@ struct Shell {
     friend void PrintTo(const Shell& shell, std::ostream* out) { *out << shell.name; }
 };
 
-/// An interactive shell in a terminal, with the completion loaded, beside a running host.
+/// An interactive shell in a terminal, with the completion loaded, next to a running host.
 class SettingsCtlCompletion : public testing::TestWithParam<Shell> {
 protected:
     void SetUp() override {
@@ -45,11 +169,11 @@ protected:
         return variables;
     }
 
-    /// What the shell offers when the tabulator key is pressed after `typed`.
-    static Words offersAfter(const std::string& typed, Terminal& terminal) {
+    /// What the shell completes when Tab is pressed after `typed`.
+    static Words completed(const std::string& typed, Terminal& terminal) {
         terminal.type(typed + "\t");
-        terminal.readUntil("<offers>\r\n");
-        std::istringstream lines(terminal.readUntil("</offers>"));
+        terminal.readUntil("<completions>\r\n");
+        std::istringstream lines(terminal.readUntil("</completions>"));
         Words words;
         for (std::string line; std::getline(lines, line);) {
             words.push_back(line.substr(0, line.find('\r')));
@@ -57,20 +181,19 @@ protected:
         terminal.type(killLine);
         return words;
     }
-    Words offersAfter(const std::string& typed) {
+    Words completed(const std::string& typed) {
         if (!withHost) {
             withHost.emplace(GetParam().command, environment(host.runtimeFolder()));
             withHost->readUntil("<prompt>");
         }
-        return offersAfter(typed, *withHost);
+        return completed(typed, *withHost);
     }
-    static bool systemHasAHost() { return ::access("/run/settings-host", F_OK) == 0; }
-    Words offersWithoutHostAfter(const std::string& typed) {
+    Words completedWithoutHost(const std::string& typed) {
         if (!withoutHost) {
             withoutHost.emplace(GetParam().command, environment("/nowhere"));
             withoutHost->readUntil("<prompt>");
         }
-        return offersAfter(typed, *withoutHost);
+        return completed(typed, *withoutHost);
     }
 
     const RunningHost host;
@@ -78,109 +201,90 @@ protected:
     std::optional<Terminal> withoutHost;
 };
 
-const Words verbs{"get", "set", "watch", "list", "selected", "page", "open-settings", "logout", "device"};
-const Words deviceVerbs{"show", "locale", "locales", "timezone", "handsfree", "setting", "captions", "do-not-disturb"};
-const Words keys{"captionsEnabled",
-                 "captionsFontSize",
-                 "captionsStyles",
-                 "companionDevice",
-                 "deviceName",
-                 "doNotDisturbEnabled",
-                 "friendlyName",
-                 "handsFreeAlwaysOnDiscovered",
-                 "handsFreeAlwaysOnEnabled",
-                 "handsFreeEnabled",
-                 "orliaLocale",
-                 "pttAlwaysOnDiscovered",
-                 "pttAlwaysOnEnabled",
-                 "timezone",
-                 "tovanEntitlementStatus"};
-
 }  // namespace
 
-TEST_P(SettingsCtlCompletion, OffersVerbs) {
-    EXPECT_EQ(offersAfter("settingsctl "), verbs);
-    EXPECT_EQ(offersAfter("settingsctl --quiet s"), (Words{"set", "selected"}));
-    EXPECT_EQ(offersAfter("settingsctl device "), deviceVerbs);
-    EXPECT_EQ(offersAfter("settingsctl device loca"), (Words{"locale", "locales"}));
+TEST_P(SettingsCtlCompletion, CompletesVerbs) {
+    EXPECT_EQ(completed("settingsctl "), verbs);
+    EXPECT_EQ(completed("settingsctl --quiet s"), (Words{"set", "selected"}));
+    EXPECT_EQ(completed("settingsctl device "), deviceVerbs);
+    EXPECT_EQ(completed("settingsctl device loca"), (Words{"locale", "locales"}));
 }
 
-TEST_P(SettingsCtlCompletion, OffersTheKeysOfAllSettings) {
-    EXPECT_EQ(offersAfter("settingsctl get "), keys);
-    EXPECT_EQ(offersAfter("settingsctl get timezone captions"),
-              (Words{"captionsEnabled", "captionsFontSize", "captionsStyles"}));
-    EXPECT_EQ(offersAfter("settingsctl set --json "), keys);
-    EXPECT_EQ(offersAfter("settingsctl device setting f"), Words{"friendlyName"});
+TEST_P(SettingsCtlCompletion, CompletesKeys) {
+    EXPECT_EQ(completed("settingsctl get "), keys());
+    EXPECT_EQ(completed("settingsctl get timezone captions"), keys("captions"));
+    EXPECT_EQ(completed("settingsctl set --json "), keys());
+    EXPECT_EQ(completed("settingsctl device setting f"), Words{"friendlyName"});
 }
 
-TEST_P(SettingsCtlCompletion, AsksTheHostThatTheCommandLineNames) {
+TEST_P(SettingsCtlCompletion, AsksTheHostOfTheCommandLine) {
     const std::string socket = host.socketPath();
     const Words current{"America/Vancouver"};
-    EXPECT_EQ(offersWithoutHostAfter("settingsctl --socket " + socket + " set timezone "), current);
-    EXPECT_EQ(offersWithoutHostAfter("settingsctl --socket=" + socket + " set timezone "), current);
-    EXPECT_EQ(offersAfter("settingsctl --socket /nowhere/settings.sock set timezone "), Words{});
+    EXPECT_EQ(completedWithoutHost("settingsctl --socket " + socket + " set timezone "), current);
+    EXPECT_EQ(completedWithoutHost("settingsctl --socket=" + socket + " set timezone "), current);
+    EXPECT_EQ(completed("settingsctl --socket /nowhere/settings.sock set timezone "), Words{});
 }
 
-TEST_P(SettingsCtlCompletion, OffersKnownValuesAndTheCurrentOne) {
-    EXPECT_EQ(offersAfter("settingsctl set handsFreeEnabled "), (Words{"true", "false"}));
+TEST_P(SettingsCtlCompletion, CompletesTheSocketsPath) {
+    const std::string folder = host.runtimeFolder() + "/settings-host/";
+    for (const std::string option : {"--socket ", "--socket=", "get --device-socket="}) {
+        const Words words = completed("settingsctl " + option + folder + "sett");
+        ASSERT_EQ(words.size(), 1U) << option;
+        EXPECT_EQ(words.front().substr(words.front().rfind('/') + 1), "settings.sock") << option;
+    }
+}
+
+TEST_P(SettingsCtlCompletion, CompletesKnownValuesAndTheCurrentOne) {
+    EXPECT_EQ(completed("settingsctl set handsFreeEnabled "), (Words{"true", "false"}));
     Words sizes{"FONT_SMALL", "FONT_MEDIUM", "FONT_LARGE", "FONT_EXTRA_LARGE"};
-    EXPECT_EQ(offersAfter("settingsctl set captionsFontSize "), sizes);
+    EXPECT_EQ(completed("settingsctl set captionsFontSize "), sizes);
     ASSERT_EQ(host.run({"set", "captionsFontSize", "FONT_HUGE"}).status, 0);
     sizes.emplace_back("FONT_HUGE");
-    EXPECT_EQ(offersAfter("settingsctl set captionsFontSize "), sizes);
-    EXPECT_EQ(offersAfter("settingsctl set captionsStyles "),
-              (Words{"STYLE_WHITE_ON_BLACK", "STYLE_BLACK_ON_WHITE", "STYLE_YELLOW_ON_BLACK", "STYLE_YELLOW_ON_BLUE"}));
-    EXPECT_EQ(offersAfter("settingsctl device setting timezone "), Words{"America/Vancouver"});
-    EXPECT_EQ(offersAfter("settingsctl device captions "), (Words{"on", "off"}));
-    EXPECT_EQ(offersAfter("settingsctl device handsfree of"), Words{"off"});
-    EXPECT_EQ(offersAfter("settingsctl device do-not-disturb "), (Words{"on", "off"}));
+    EXPECT_EQ(completed("settingsctl set captionsFontSize "), sizes);
+    EXPECT_EQ(completed("settingsctl device setting timezone "), Words{"America/Vancouver"});
+    EXPECT_EQ(completed("settingsctl device captions "), (Words{"on", "off"}));
+    EXPECT_EQ(completed("settingsctl device handsfree of"), Words{"off"});
 }
 
-TEST_P(SettingsCtlCompletion, OffersTheOptionOfPage) {
-    EXPECT_EQ(offersAfter("settingsctl page --n"), Words{"--new-key"});
-    EXPECT_EQ(offersAfter("settingsctl list --n"), Words{});
-}
-
-TEST_P(SettingsCtlCompletion, OffersOptions) {
-    const Words offers = offersAfter("settingsctl get --");
+TEST_P(SettingsCtlCompletion, CompletesOptions) {
+    EXPECT_EQ(completed("settingsctl page --n"), Words{"--new-key"});
+    EXPECT_EQ(completed("settingsctl list --n"), Words{});
+    const Words words = completed("settingsctl get --");
     for (const std::string option :
          {"--socket", "--device-socket", "--json", "--value", "--quiet", "--timeout", "--version", "--help"}) {
-        const auto is = [&](const std::string& offer) { return offer == option || offer == option + "="; };
-        EXPECT_EQ(std::count_if(offers.begin(), offers.end(), is), 1) << option;
+        EXPECT_EQ(std::count(words.begin(), words.end(), option), 1) << option;
     }
 }
 
-TEST_P(SettingsCtlCompletion, OffersFixedWordsAndKeysAndSaysNothingWhenTheHostIsDown) {
+TEST_P(SettingsCtlCompletion, NeedsNoHostForFixedWords) {
     if (systemHasAHost()) {
-        GTEST_SKIP() << "the host of this machine may answer";
+        GTEST_SKIP() << "the host of this machine may reply";
     }
-    EXPECT_EQ(offersWithoutHostAfter("settingsctl sel"), Words{"selected"});
-    EXPECT_EQ(offersWithoutHostAfter("settingsctl get "), keys);
-    EXPECT_EQ(offersWithoutHostAfter("settingsctl set deviceName "), Words{});
-    EXPECT_EQ(offersWithoutHostAfter("settingsctl set pttAlwaysOnEnabled "), (Words{"true", "false"}));
+    EXPECT_EQ(completedWithoutHost("settingsctl sel"), Words{"selected"});
+    EXPECT_EQ(completedWithoutHost("settingsctl get "), keys());
+    EXPECT_EQ(completedWithoutHost("settingsctl set deviceName "), Words{});
+    EXPECT_EQ(completedWithoutHost("settingsctl set pttAlwaysOnEnabled "), (Words{"true", "false"}));
 }
 
-TEST_P(SettingsCtlCompletion, OffersAtMostOptionsWhereNothingIsExpected) {
-    for (const std::string typed : {"watch ", "set deviceName Den ", "device show ", "device captions on "}) {
-        for (const auto& offer : offersAfter("settingsctl " + typed)) {
-            EXPECT_EQ(offer.substr(0, 2), "--") << typed;
-        }
+TEST_P(SettingsCtlCompletion, CompletesNothingWhereNoArgumentIsExpected) {
+    for (const std::string typed :
+         {"watch ", "set deviceName Den ", "device show ", "device captions on ", "--timeout "}) {
+        EXPECT_EQ(completed("settingsctl " + typed), Words{}) << typed;
     }
-    EXPECT_EQ(offersAfter("settingsctl --timeout "), Words{});
 }
 
-TEST_P(SettingsCtlCompletion, DoesNotOfferAValueThatCannotBeTyped) {
+TEST_P(SettingsCtlCompletion, LeavesOutAValueThatCannotBeTyped) {
     ASSERT_EQ(host.run({"set", "deviceName", "a\nb"}).status, 0);
-    EXPECT_EQ(offersAfter("settingsctl set deviceName "), Words{});
+    EXPECT_EQ(completed("settingsctl set deviceName "), Words{});
 }
 
-TEST_P(SettingsCtlCompletion, TypesAValueSoThatTheShellTakesItAsOneWord) {
+TEST_P(SettingsCtlCompletion, QuotesAValueAsOneWord) {
     ASSERT_EQ(host.run({"set", "deviceName", "Bob's \"$HOME\" `x` & [1]"}).status, 0);
     for (const std::string begin : {"Bob", "\"Bob"}) {
         Terminal terminal(GetParam().command, environment(host.runtimeFolder()));
         terminal.readUntil("<prompt>");
         terminal.type("settingsctl set deviceName " + begin + "\t");
-        terminal.readUntil("</offers>");
+        terminal.readUntil("</completions>");
         terminal.type("\n");
         EXPECT_NO_THROW(terminal.readUntil("deviceName: unchanged"));
     }
@@ -188,6 +292,6 @@ TEST_P(SettingsCtlCompletion, TypesAValueSoThatTheShellTakesItAsOneWord) {
 
 INSTANTIATE_TEST_SUITE_P(
     In, SettingsCtlCompletion,
-    testing::Values(Shell{"Bash", {"bash", "--rcfile", COMPLETION_TEST_FOLDER "/offers.bash", "-i"}, {}},
+    testing::Values(Shell{"Bash", {"bash", "--rcfile", COMPLETION_TEST_FOLDER "/completions.bash", "-i"}, {}},
                     Shell{"Zsh", {"zsh", "-d", "-i"}, {{"ZDOTDIR", COMPLETION_TEST_FOLDER}}}),
     [](const auto& suite) { return std::string(suite.param.name); });

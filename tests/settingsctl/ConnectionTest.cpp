@@ -20,13 +20,13 @@ namespace {
 
 constexpr std::chrono::milliseconds waitTimeout = 20s;
 
-std::vector<SocketPlace> at(const std::string& path) {
+std::vector<SocketCandidate> at(const std::string& path) {
     return {{path, "", ""}};
 }
 
 class SettingsCtlConnection : public testing::Test {
 protected:
-    /// What a `Failure` says that `action` throws.
+    /// The message of the `Failure` that `action` throws.
     template <typename Action>
     static std::string failureOf(ExitStatus status, const Action& action) {
         try {
@@ -44,14 +44,14 @@ protected:
 
 }  // namespace
 
-TEST_F(SettingsCtlConnection, PutsALineTogetherWhereverItIsSplit) {
+TEST_F(SettingsCtlConnection, AssemblesALineSplitAnywhere) {
     const ListeningSocket listener(path);
     Connection connection(at(path), waitTimeout);
     const Peer host = listener.accept();
     const std::string text = "{\"a\":\"\xc3\xbc\"}\r\nnext\n";
     for (std::size_t split = 0; split <= text.size(); ++split) {
         std::vector<std::string> lines;
-        const auto receiveWhatIsThere = [&] {
+        const auto receiveAvailableLines = [&] {
             try {
                 for (;;) {
                     lines.push_back(connection.receive(std::chrono::steady_clock::now()));
@@ -60,14 +60,14 @@ TEST_F(SettingsCtlConnection, PutsALineTogetherWhereverItIsSplit) {
             }
         };
         host.send(text.substr(0, split));
-        receiveWhatIsThere();
+        receiveAvailableLines();
         host.send(text.substr(split));
-        receiveWhatIsThere();
+        receiveAvailableLines();
         EXPECT_EQ(lines, (std::vector<std::string>{"{\"a\":\"\xc3\xbc\"}\r", "next"})) << split;
     }
 }
 
-TEST_F(SettingsCtlConnection, TakesLinesOfAnySizeToTheLimitHoweverManyAndHoweverSplit) {
+TEST_F(SettingsCtlConnection, ReceivesLinesUpToTheLimitInAnyPieces) {
     const ListeningSocket listener(path);
     Connection connection(at(path), waitTimeout);
     const Peer host = listener.accept();
@@ -84,7 +84,7 @@ TEST_F(SettingsCtlConnection, TakesLinesOfAnySizeToTheLimitHoweverManyAndHowever
     sender.join();
 }
 
-TEST_F(SettingsCtlConnection, GivesUpOverALineWithoutAnEnd) {
+TEST_F(SettingsCtlConnection, FailsForALineOverTheLimit) {
     const ListeningSocket listener(path);
     std::optional<Connection> connection(std::in_place, at(path), waitTimeout);
     const Peer host = listener.accept();
@@ -92,32 +92,32 @@ TEST_F(SettingsCtlConnection, GivesUpOverALineWithoutAnEnd) {
     // Read in many pieces, each of them below the limit.
     std::thread sender([&] { whole = host.send(std::string(8 * Connection::maximumLineSize, 'a')); });
     EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection->receive(connection->deadline()); }),
-              "the host at " + path + " sends a line longer than 1 MiB");
+              "the host at " + path + " sent a line longer than 1 MiB");
     connection.reset();
     sender.join();
-    EXPECT_FALSE(whole) << "all of it was taken";
+    EXPECT_FALSE(whole) << "everything was received";
 }
 
-TEST_F(SettingsCtlConnection, GivesUpAtTheDeadline) {
+TEST_F(SettingsCtlConnection, FailsAtTheDeadline) {
     const ListeningSocket listener(path);
     Connection connection(at(path), 10ms);
     EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.receive(connection.deadline()); }),
-              "the host at " + path + " does not answer");
+              "the host at " + path + " does not reply");
 }
 
-TEST_F(SettingsCtlConnection, TellsWhatTheHostSaidBeforeItWentEvenIfNothingCanBeSent) {
+TEST_F(SettingsCtlConnection, ReceivesLinesSentBeforeTheHostClosedAfterAFailedSend) {
     const ListeningSocket listener(path);
     Connection connection(at(path), waitTimeout);
     Peer host = listener.accept();
-    host.send("farewell\n");
+    host.send("last line\n");
     host.close();
     connection.send("x\n");
-    EXPECT_EQ(connection.receive(connection.deadline()), "farewell");
+    EXPECT_EQ(connection.receive(connection.deadline()), "last line");
     EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.receive(connection.deadline()); }),
               "the host at " + path + " closed the connection");
 }
 
-TEST_F(SettingsCtlConnection, TellsWhenTheHostGoes) {
+TEST_F(SettingsCtlConnection, ReportsThatTheHostClosed) {
     const ListeningSocket listener(path);
     Connection connection(at(path), waitTimeout);
     Peer host = listener.accept();
@@ -130,21 +130,21 @@ TEST_F(SettingsCtlConnection, TellsWhenTheHostGoes) {
     EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.receive(connection.deadline()); }), closed);
 }
 
-TEST_F(SettingsCtlConnection, GivesUpSendingWhenTheHostDoesNotRead) {
+TEST_F(SettingsCtlConnection, FailsToSendWhenTheHostDoesNotRead) {
     const ListeningSocket listener(path);
     Connection connection(at(path), 10ms);
     EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.send(std::string(4000000, 'a')); }),
-              "the host at " + path + " does not take requests");
+              "the host at " + path + " does not read requests");
 }
 
-TEST_F(SettingsCtlConnection, GivesUpConnectingWhenTheHostDoesNotAccept) {
+TEST_F(SettingsCtlConnection, FailsToConnectWhenTheHostDoesNotAccept) {
     const ListeningSocket listener(path, 0);
     const Connection waiting(at(path), 10ms);
     EXPECT_EQ(failureOf(UNREACHABLE, [&] { const Connection connection(at(path), 10ms); }),
               "cannot reach the host at " + path + ": Resource temporarily unavailable (is settings-host running?)");
 }
 
-TEST_F(SettingsCtlConnection, SaysWhyNobodyCanBeReached) {
+TEST_F(SettingsCtlConnection, ReportsWhyNoHostCanBeReached) {
     const auto reach = [&] { const Connection connection(at(path), waitTimeout); };
     EXPECT_EQ(failureOf(UNREACHABLE, reach),
               "cannot reach the host at " + path + ": No such file or directory (is settings-host running?)");
@@ -153,7 +153,7 @@ TEST_F(SettingsCtlConnection, SaysWhyNobodyCanBeReached) {
               "cannot reach the host at " + path + ": Connection refused (is settings-host running?)");
 }
 
-TEST_F(SettingsCtlConnection, RefusesAPathThatNoSocketCanHave) {
+TEST_F(SettingsCtlConnection, RejectsAPathThatASocketCannotHave) {
     const std::string longPath = "/" + std::string(sizeof(sockaddr_un::sun_path) - 1, 'a');
     EXPECT_EQ(failureOf(WRONG_USAGE, [&] { const Connection connection(at(longPath), waitTimeout); }),
               "the socket path is empty or too long: '" + longPath + "'");
@@ -164,7 +164,7 @@ TEST_F(SettingsCtlConnection, RefusesAPathThatNoSocketCanHave) {
         "cannot reach the host at " + longPath.substr(1) + ": No such file or directory (is settings-host running?)");
 }
 
-TEST_F(SettingsCtlConnection, ReturnsNothingWhenAnotherDescriptorSpeaksFirst) {
+TEST_F(SettingsCtlConnection, ReturnsNothingWhenAnotherDescriptorIsReadyFirst) {
     const ListeningSocket listener(path);
     Connection connection(at(path), waitTimeout);
     const Peer host = listener.accept();
@@ -180,63 +180,65 @@ TEST_F(SettingsCtlConnection, ReturnsNothingWhenAnotherDescriptorSpeaksFirst) {
 
 namespace {
 
-/// Two hosts' places, of which the test makes those that it wants to be there.
+/// The sockets of two hosts; each test opens those that it needs.
 class SettingsCtlHosts : public SettingsCtlConnection {
 protected:
-    std::vector<SocketPlace> places(const std::string& objection = "") const {
-        return {{folder / "own", folder / "own-companion", objection},
+    std::vector<SocketCandidate> candidates(const std::string& distrust = "") const {
+        return {{folder / "own", folder / "own-companion", distrust},
                 {folder / "other", folder / "other-companion", ""}};
     }
-    /// Where a verb would go.
-    std::string taken(const std::vector<SocketPlace>& from) const { return Connection(from, waitTimeout).socketPath(); }
-    /// Why it would go nowhere.
-    std::string refusal(const std::vector<SocketPlace>& from) const {
+    /// The socket that is used.
+    std::string taken(const std::vector<SocketCandidate>& from) const {
+        return Connection(from, waitTimeout).socketPath();
+    }
+    /// Why none is used.
+    std::string refusal(const std::vector<SocketCandidate>& from) const {
         return failureOf(UNREACHABLE, [&] { taken(from); });
     }
     std::string own() const { return "cannot reach the host at " + (folder / "own") + ": "; }
     std::string other() const { return ", nor at " + (folder / "other") + ": "; }
 
-    const std::string nobody = "No such file or directory";
-    const std::string question = " (is settings-host running?)";
+    const std::string missing = "No such file or directory";
+    const std::string hint = " (is settings-host running?)";
 };
 
 }  // namespace
 
-TEST_F(SettingsCtlHosts, TheFirstThatIsThereIsTaken) {
-    EXPECT_EQ(refusal(places()), own() + nobody + other() + nobody + question);
+TEST_F(SettingsCtlHosts, TheFirstRunningOneIsUsed) {
+    EXPECT_EQ(refusal(candidates()), own() + missing + other() + missing + hint);
     const ListeningSocket second(folder / "other");
-    EXPECT_EQ(taken(places()), folder / "other");
+    EXPECT_EQ(taken(candidates()), folder / "other");
     const ListeningSocket first(folder / "own");
-    EXPECT_EQ(taken(places()), folder / "own");
+    EXPECT_EQ(taken(candidates()), folder / "own");
 }
 
-TEST_F(SettingsCtlHosts, OneThatDiedIsNotThere) {
+TEST_F(SettingsCtlHosts, ADeadOneIsSkipped) {
     { const ListeningSocket dead(folder / "own"); }
     { const ListeningSocket dead(folder / "own-companion"); }
-    EXPECT_EQ(refusal(places()), own() + "Connection refused" + other() + nobody + question);
+    EXPECT_EQ(refusal(candidates()), own() + "Connection refused" + other() + missing + hint);
     const ListeningSocket second(folder / "other");
-    EXPECT_EQ(taken(places()), folder / "other");
+    EXPECT_EQ(taken(candidates()), folder / "other");
 }
 
-TEST_F(SettingsCtlHosts, BothSocketsAreOfTheSameOne) {
+TEST_F(SettingsCtlHosts, BothSocketsBelongToTheSameHost) {
     const ListeningSocket companion(folder / "own-companion");
     const ListeningSocket second(folder / "other");
-    EXPECT_EQ(refusal(places()), own() + nobody + question) << "the other host's socket is not the first one's";
+    EXPECT_EQ(refusal(candidates()), own() + missing + hint) << "the socket of the other host was used";
 }
 
-TEST_F(SettingsCtlHosts, OneThatDoesNotAcceptInTimeIsThere) {
+TEST_F(SettingsCtlHosts, OneThatDoesNotAcceptInTimeIsRunning) {
     const ListeningSocket first(folder / "own", 0);
     const Connection waiting(at(folder / "own"), waitTimeout);
     const ListeningSocket second(folder / "other");
-    EXPECT_EQ(failureOf(UNREACHABLE, [&] { const Connection connection(places(), 10ms); }),
-              own() + "Resource temporarily unavailable" + question);
+    EXPECT_EQ(failureOf(UNREACHABLE, [&] { const Connection connection(candidates(), 10ms); }),
+              own() + "Resource temporarily unavailable" + hint);
 }
 
-TEST_F(SettingsCtlHosts, AnObjectionableOneIsNotEvenTried) {
+TEST_F(SettingsCtlHosts, AnUntrustedOneIsNotTried) {
     const ListeningSocket first(folder / "own");
     const ListeningSocket companion(folder / "own-companion");
-    EXPECT_EQ(refusal(places("its folder belongs to another user")),
-              own() + "its folder belongs to another user" + other() + nobody + question);
+    EXPECT_EQ(refusal(candidates("its folder belongs to another user")),
+              own() + "its folder belongs to another user" + other() + missing + hint);
     const ListeningSocket second(folder / "other");
-    EXPECT_EQ(taken(places("its folder belongs to another user")), folder / "other");
+    EXPECT_EQ(taken(candidates("its folder belongs to another user")), folder / "other");
 }

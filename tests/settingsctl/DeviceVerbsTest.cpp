@@ -24,10 +24,10 @@ protected:
     }
 };
 
-void answer(const FakeHost& host, const std::string& request, const std::string& reply) {
+void replyTo(const FakeHost& host, const std::string& request, const std::string& frame) {
     Peer client = host.acceptAtDevice();
     EXPECT_EQ(client.receiveLine(), request);
-    client.sendLine(reply);
+    client.sendLine(frame);
     EXPECT_TRUE(client.clientCloses());
 }
 
@@ -36,26 +36,26 @@ constexpr const char* state =
 
 }  // namespace
 
-TEST_P(SettingsCtlDevice, IsDoneWhenTheDeviceSaysSo) {
+TEST_P(SettingsCtlDevice, SucceedsWhenTheDeviceConfirms) {
     const FakeHost host;
     auto program = host.start(arguments());
-    answer(host, GetParam().frame, R"({"ok":true})");
+    replyTo(host, GetParam().frame, R"({"ok":true})");
     expectEnd(program, 0, "", "");
 }
 
-TEST_P(SettingsCtlDevice, SaysInJsonThatItIsDone) {
+TEST_P(SettingsCtlDevice, PrintsTheConfirmationAsJson) {
     const FakeHost host;
     auto all = arguments();
     all.insert(all.begin(), "--json");
     auto program = host.start(std::move(all));
-    answer(host, GetParam().frame, R"({"ok":true})");
+    replyTo(host, GetParam().frame, R"({"ok":true})");
     expectEnd(program, 0, "{\"ok\":true}\n", "");
 }
 
-TEST_P(SettingsCtlDevice, TellsWhatWasWrong) {
+TEST_P(SettingsCtlDevice, ReportsARefusal) {
     const FakeHost host;
     auto program = host.start(arguments());
-    answer(host, GetParam().frame, R"({"error":{"code":"not-written","message":"the device could not save it"}})");
+    replyTo(host, GetParam().frame, R"({"error":{"code":"not-written","message":"the device could not save it"}})");
     expectEnd(program, 1, "",
               "settingsctl: the host refused the request: the device could not save it (not-written)\n");
 }
@@ -76,17 +76,17 @@ INSTANTIATE_TEST_SUITE_P(
         Command{"EmptySetting", {"setting", "k", ""}, R"({"command":"setting","key":"k","value":""})"}),
     [](const auto& suite) { return std::string(suite.param.name); });
 
-TEST(SettingsCtlDeviceVerbs, AreNotDoneWithoutTheDevicesWord) {
-    for (const std::string reply : {"{}", R"({"ok":false})", R"({"ok":"true"})", R"({"device":{}})"}) {
+TEST(SettingsCtlDeviceVerbs, FailWithoutTheDevicesConfirmation) {
+    for (const std::string frame : {"{}", R"({"ok":false})", R"({"ok":"true"})", R"({"device":{}})"}) {
         const FakeHost host;
         auto program = host.start({"device", "captions", "on"});
-        answer(host, R"({"command":"captions","enabled":true})", reply);
-        expectEnd(program, 3, "", "settingsctl: what answers is no device socket\n");
+        replyTo(host, R"({"command":"captions","enabled":true})", frame);
+        expectEnd(program, 3, "", "settingsctl: unexpected response: not a device socket\n");
     }
 }
 
-TEST(SettingsCtlDeviceSetting, SaysThatItWasThatValueAlready) {
-    const std::string frame = R"({"command":"setting","key":"k\u001B","value":"v"})";
+TEST(SettingsCtlDeviceSetting, PrintsUnchangedForTheSameValue) {
+    const std::string request = R"({"command":"setting","key":"k\u001B","value":"v"})";
     const std::string reply = R"({"ok":true,"changed":false})";
     const std::vector<std::pair<std::vector<std::string>, std::string>> runs{
         {{"device", "setting", "k\x1b", "v"}, "k\\x1b: unchanged\n"},
@@ -95,7 +95,7 @@ TEST(SettingsCtlDeviceSetting, SaysThatItWasThatValueAlready) {
     for (const auto& [arguments, output] : runs) {
         const FakeHost host;
         auto program = host.start(arguments);
-        answer(host, frame, reply);
+        replyTo(host, request, reply);
         expectEnd(program, 0, output, "");
     }
 }
@@ -103,73 +103,72 @@ TEST(SettingsCtlDeviceSetting, SaysThatItWasThatValueAlready) {
 TEST(SettingsCtlDeviceShow, PrintsTheStateLikeGet) {
     const FakeHost host;
     auto program = host.start({"device", "show"});
-    answer(host, R"({"command":"show"})", state);
+    replyTo(host, R"({"command":"show"})", state);
     expectEnd(program, 0, "lastLaunchedApp=a\\x1b\nlocales=[\"fr-FR\"]\ntimezone=Europe/Paris\n", "");
 }
 
 TEST(SettingsCtlDeviceShow, PrintsBareValues) {
     const FakeHost host;
     auto program = host.start({"device", "show", "--value"});
-    answer(host, R"({"command":"show"})", state);
+    replyTo(host, R"({"command":"show"})", state);
     expectEnd(program, 0, "a\\x1b\n[\"fr-FR\"]\nEurope/Paris\n", "");
 }
 
 TEST(SettingsCtlDeviceShow, PrintsOneJsonObject) {
     const FakeHost host;
     auto program = host.start({"--json", "device", "show"});
-    answer(host, R"({"command":"show"})", state);
+    replyTo(host, R"({"command":"show"})", state);
     expectEnd(program, 0,
               R"({"lastLaunchedApp":"a\u001B","locales":"[\"fr-FR\"]","timezone":"Europe/Paris"})"
               "\n",
               "");
 }
 
-TEST(SettingsCtlDeviceShow, TellsWhenTheAnswerIsNotUnderstood) {
-    for (const std::string reply : {"{}", R"({"ok":true})", R"({"device":{"timezone":1}})"}) {
+TEST(SettingsCtlDeviceShow, ReportsAMalformedReply) {
+    for (const std::string frame : {"{}", R"({"ok":true})", R"({"device":{"timezone":1}})"}) {
         const FakeHost host;
         auto program = host.start({"device", "show"});
-        answer(host, R"({"command":"show"})", reply);
-        expectEnd(program, 3, "",
-                  "settingsctl: what answers is no settings host: it sent a frame that cannot be understood\n");
+        replyTo(host, R"({"command":"show"})", frame);
+        expectEnd(program, 3, "", "settingsctl: unexpected response: not a settings-host (malformed frame)\n");
     }
 }
 
 TEST(SettingsCtlPage, PrintsTheAddress) {
     const FakeHost host;
     auto program = host.start({"page"});
-    answer(host, R"({"command":"page"})", R"({"page":{"address":"http://127.0.0.1:8097/?key=k\u001b"}})");
+    replyTo(host, R"({"command":"page"})", R"({"page":{"address":"http://127.0.0.1:8097/?key=k\u001b"}})");
     expectEnd(program, 0, "http://127.0.0.1:8097/?key=k\\x1b\n", "");
 }
 
-TEST(SettingsCtlPage, PrintsTheAnswerInJson) {
+TEST(SettingsCtlPage, PrintsTheReplyAsJson) {
     const FakeHost host;
     auto program = host.start({"--json", "page"});
-    answer(host, R"({"command":"page"})", R"({"page":{"address":"http://127.0.0.1:8097/?key=k"}})");
+    replyTo(host, R"({"command":"page"})", R"({"page":{"address":"http://127.0.0.1:8097/?key=k"}})");
     expectEnd(program, 0, "{\"page\":{\"address\":\"http://127.0.0.1:8097/?key=k\"}}\n", "");
 }
 
-TEST(SettingsCtlPage, MakesANewKeyAndSaysWhenThatFails) {
+TEST(SettingsCtlPage, ReplacesTheKeyAndReportsFailure) {
     const FakeHost host;
     const std::string request = R"({"command":"page","newKey":true})";
     auto renewing = host.start({"page", "--new-key"});
-    answer(host, request, R"({"page":{"address":"http://127.0.0.1:8097/?key=n"}})");
+    replyTo(host, request, R"({"page":{"address":"http://127.0.0.1:8097/?key=n"}})");
     expectEnd(renewing, 0, "http://127.0.0.1:8097/?key=n\n", "");
     auto failing = host.start({"--json", "page", "--new-key"});
-    answer(host, request, R"({"error":{"code":"not-written","message":"the new key could not be stored"}})");
+    replyTo(host, request, R"({"error":{"code":"not-written","message":"the new key could not be stored"}})");
     expectEnd(failing, 1, "",
               "settingsctl: the host refused the request: the new key could not be stored (not-written)\n");
 }
 
-TEST(SettingsCtlPage, TellsWhenThereAreNone) {
+TEST(SettingsCtlPage, ReportsAHostWithoutPages) {
     const FakeHost host;
     auto program = host.start({"page"});
-    answer(host, R"({"command":"page"})", R"({"error":{"code":"no-pages","message":"the host serves no pages"}})");
+    replyTo(host, R"({"command":"page"})", R"({"error":{"code":"no-pages","message":"the host serves no pages"}})");
     expectEnd(program, 1, "", "settingsctl: the host refused the request: the host serves no pages (no-pages)\n");
 }
 
-TEST(SettingsCtlPage, TellsWhenTheAnswerIsNotUnderstood) {
+TEST(SettingsCtlPage, ReportsAMalformedReply) {
     const FakeHost host;
     auto program = host.start({"page"});
-    answer(host, R"({"command":"page"})", R"({"page":{}})");
-    expectEnd(program, 3, "", "settingsctl: what answers is no device socket\n");
+    replyTo(host, R"({"command":"page"})", R"({"page":{}})");
+    expectEnd(program, 3, "", "settingsctl: unexpected response: not a device socket\n");
 }

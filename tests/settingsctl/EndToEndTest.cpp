@@ -1,9 +1,11 @@
+#include <map>
 #include <memory>
 #include <sstream>
 
 #include <gtest/gtest.h>
 
 #include "RunningHost.h"
+#include "Wire/Catalogue.h"
 #include "wire/HostClients.h"
 
 using namespace SettingsCtlTests;
@@ -31,60 +33,59 @@ protected:
 
 }  // namespace
 
-TEST_F(SettingsCtlAndHost, TellWhenThereIsNoRoomAndWorkWhenThereIs) {
-    const std::string noRoom = "settingsctl: the host serves as many clients as it can; try again when one has left\n";
-    std::vector<std::unique_ptr<WireTests::HostClient>> evictions;
+TEST_F(SettingsCtlAndHost, ReportTooManyClientsAndRecover) {
+    const std::string noRoom = "settingsctl: the host has reached its limit of clients; try again later\n";
+    std::vector<std::unique_ptr<WireTests::HostClient>> clients;
     for (int number = 0; number < 128; ++number) {
-        evictions.push_back(std::make_unique<WireTests::HostClient>(host.socketPath()));
-        evictions.push_back(std::make_unique<WireTests::HostClient>(host.devicePath()));
+        clients.push_back(std::make_unique<WireTests::HostClient>(host.socketPath()));
+        clients.push_back(std::make_unique<WireTests::HostClient>(host.devicePath()));
     }
     for (const std::vector<std::string>& arguments :
          {std::vector<std::string>{"get", "deviceName"}, {"set", "deviceName", "Den"}, {"watch"}, {"device", "show"}}) {
         expectRun(arguments, 3, "", noRoom);
     }
-    evictions.front()->sendLine("x");
-    EXPECT_TRUE(evictions.front()->receiveLine()) << "those inside are served";
-    evictions.clear();
+    clients.front()->sendLine("x");
+    EXPECT_TRUE(clients.front()->receiveLine()) << "connected clients are still served";
+    clients.clear();
     const auto until = std::chrono::steady_clock::now() + TestSupport::waitTimeout;
     while (host.run({"get", "deviceName"}).status != 0 && std::chrono::steady_clock::now() < until) {
     }
     expectRun({"get", "deviceName"}, 0, "deviceName=TV\n");
 }
 
-TEST_F(SettingsCtlAndHost, ShowEverySettingOfAFreshDatabase) {
-    expectRun({"get"}, 0,
-              "captionsEnabled=false\n"
-              "captionsFontSize=FONT_MEDIUM\n"
-              "captionsStyles=STYLE_WHITE_ON_BLACK\n"
-              "companionDevice=[\"\",\"\"]\n"
-              "deviceName=TV\n"
-              "doNotDisturbEnabled=false\n"
-              "friendlyName=TV\n"
-              "handsFreeAlwaysOnDiscovered=false\n"
-              "handsFreeAlwaysOnEnabled=false\n"
-              "handsFreeEnabled=false\n"
-              "orliaLocale=[\"en-US\"]\n"
-              "pttAlwaysOnDiscovered=false\n"
-              "pttAlwaysOnEnabled=false\n"
-              "timezone=America/Vancouver\n");
+TEST_F(SettingsCtlAndHost, PrintTheDefaultsOfTheCatalogueFromAFreshDatabase) {
+    // Settings without a default begin with the values of the simulation, or without a value.
+    std::map<std::string, std::string> values{{"captionsEnabled", "false"},
+                                              {"doNotDisturbEnabled", "false"},
+                                              {"orliaLocale", "[\"en-US\"]"},
+                                              {"timezone", "America/Vancouver"}};
+    for (const auto& setting : Wire::catalogue()) {
+        if (setting.defaultValue) {
+            values[setting.key] = *setting.defaultValue;
+        }
+    }
+    EXPECT_EQ(values["deviceName"], "TV");
+    std::string lines;
+    for (const auto& [key, value] : values) {
+        lines += key + "=" + value + "\n";
+    }
+    expectRun({"get"}, 0, lines);
 }
 
 TEST_F(SettingsCtlAndHost, ListAKeyBeforeItHasAValue) {
-    const std::string listed = host.run({"list", "--json"}).output;
+    const std::string listed = host.run({"list"}).output;
     expectRun({"get", "tovanEntitlementStatus"}, 1, "", "settingsctl: 'tovanEntitlementStatus' has no value\n");
     expectRun({"set", "tovanEntitlementStatus", "entitled"}, 0, "tovanEntitlementStatus: '' -> 'entitled'\n");
-    EXPECT_NE(listed.find("\"tovanEntitlementStatus\""), std::string::npos) << listed;
-    std::string reported = "[";
-    for (std::istringstream lines(host.run({"get"}).output); lines;) {
-        std::string line;
-        if (std::getline(lines, line)) {
-            reported += (reported.size() == 1 ? "\"" : ",\"") + line.substr(0, line.find('=')) + "\"";
-        }
+    EXPECT_NE(listed.find("tovanEntitlementStatus\n"), std::string::npos) << listed;
+    std::string reported;
+    std::istringstream lines(host.run({"get"}).output);
+    for (std::string line; std::getline(lines, line);) {
+        reported += line.substr(0, line.find('=')) + "\n";
     }
-    EXPECT_EQ(listed, reported + "]\n") << "the host's catalogue is another one";
+    EXPECT_EQ(listed, reported) << "the host's catalogue differs";
 }
 
-TEST_F(SettingsCtlAndHost, KeepWhatWasSetWhenTheHostIsKilled) {
+TEST_F(SettingsCtlAndHost, KeepValuesWhenTheHostIsKilled) {
     expectRun({"set", "deviceName", "Living room"}, 0, "deviceName: 'TV' -> 'Living room'\n");
     expectRun({"set", "friendlyName", "Den"}, 0, "friendlyName: 'TV' -> 'Den'\n");
     expectRun({"set", "timezone", "Europe/Paris"}, 0, "timezone: 'America/Vancouver' -> 'Europe/Paris'\n");
@@ -100,7 +101,7 @@ TEST_F(SettingsCtlAndHost, KeepWhatWasSetWhenTheHostIsKilled) {
     expectRun({"set", "ownKey", "own value"}, 0, "ownKey: unchanged\n");
 }
 
-TEST_F(SettingsCtlAndHost, CarryEveryValueWhole) {
+TEST_F(SettingsCtlAndHost, KeepEveryByteOfAValue) {
     const std::string values[] = {"a\nb\r\t\x1b\x7f\xc2\x9b",
                                   "\"quotes' \\ %s",
                                   "K\xc3\xbc"
@@ -120,7 +121,7 @@ TEST_F(SettingsCtlAndHost, CarryEveryValueWhole) {
     expectRun({"get", "deviceName"}, 0, "deviceName= \n");
 }
 
-TEST_F(SettingsCtlAndHost, SayWhyAValueIsRefused) {
+TEST_F(SettingsCtlAndHost, ReportWhyAValueIsRefused) {
     const std::string locale =
         "settingsctl: 'orliaLocale' was refused: it must be a JSON array with at least one locale, for example "
         "[\"en-US\"]\n";
@@ -129,22 +130,22 @@ TEST_F(SettingsCtlAndHost, SayWhyAValueIsRefused) {
     }
     expectRun({"get", "--value", "orliaLocale"}, 0, "[\"en-US\"]\n");
     expectRun({"set", "captionsEnabled", "true"}, 1, "",
-              "settingsctl: 'captionsEnabled' was refused: it is set on the device only, with 'settingsctl device "
+              "settingsctl: 'captionsEnabled' was refused: only the device can change it: use 'settingsctl device "
               "captions on|off'\n");
     expectRun({"set", "captionsEnabled", "false"}, 0, "captionsEnabled: unchanged\n");
 }
 
-TEST_F(SettingsCtlAndHost, RefuseWhatIsOlderThanTheNewestRequest) {
+TEST_F(SettingsCtlAndHost, RefuseARequestOlderThanTheNewest) {
     WireTests::HostClient client(host.socketPath());
     client.sendLine(
         R"({"type":24,"timestamp":9000000000000000,"payload":{"settingDBId":"deviceName","to":"from the future"}})");
     ASSERT_TRUE(client.receiveLine());
     expectRun({"set", "deviceName", "Den"}, 1, "",
-              "settingsctl: 'deviceName' was refused: the host did not accept it, or had seen a newer request; its log "
-              "says why\n");
+              "settingsctl: 'deviceName' was refused: the host did not accept it or has seen a newer request; see the "
+              "host's log\n");
 }
 
-TEST_F(SettingsCtlAndHost, WatchWhatClientsAndTheDeviceChange) {
+TEST_F(SettingsCtlAndHost, WatchChangesByClientsAndTheDevice) {
     auto watch = host.start({"watch"});
     expectWatching(watch);
     host.run({"set", "deviceName", "Den"});
@@ -161,7 +162,7 @@ TEST_F(SettingsCtlAndHost, WatchWhatClientsAndTheDeviceChange) {
     }
 }
 
-TEST_F(SettingsCtlAndHost, WatchWholeEventsInJson) {
+TEST_F(SettingsCtlAndHost, WatchEventsAsJson) {
     auto watch = host.start({"watch", "--json"});
     expectWatching(watch);
     host.run({"set", "deviceName", "Den"});
@@ -187,7 +188,7 @@ TEST_F(SettingsCtlAndHost, EndTheWatchWhenTheHostStops) {
                   ": No such file or directory (is settings-host running?)\n");
 }
 
-TEST_F(SettingsCtlAndHost, ForgetTheUserOnLogOut) {
+TEST_F(SettingsCtlAndHost, ClearTheUsersValuesOnLogOut) {
     host.run({"set", "deviceName", "Den"});
     host.run({"set", "friendlyName", "Den"});
     host.run({"set", "timezone", "Europe/Paris"});
@@ -197,7 +198,7 @@ TEST_F(SettingsCtlAndHost, ForgetTheUserOnLogOut) {
               "deviceName=TV\nfriendlyName=TV\nhandsFreeEnabled=false\ntimezone=Europe/Paris\n");
 }
 
-TEST_F(SettingsCtlAndHost, AskForTheAssistantAndItsSettings) {
+TEST_F(SettingsCtlAndHost, PrintTheSelectionAndOpenTheSettings) {
     expectRun({"selected"}, 0, "true\n");
     expectRun({"selected", "--json"}, 0, "{\"isOrliaSelectedAsVA\":true}\n");
     expectRun({"open-settings"}, 0, "");
@@ -205,7 +206,7 @@ TEST_F(SettingsCtlAndHost, AskForTheAssistantAndItsSettings) {
     EXPECT_NE(shown.find("\nlastLaunchedApp="), std::string::npos) << shown;
 }
 
-TEST_F(SettingsCtlAndHost, DriveTheDevice) {
+TEST_F(SettingsCtlAndHost, ControlTheDevice) {
     expectRun({"device", "show"}, 0,
               "captionsEnabled=false\ncurrentAlwaysOnPTTMode=off\ncurrentAlwaysOnVoiceMode=off\n"
               "currentHandsFreeStatus=off\ndoNotDisturbEnabled=false\nlocales=[\"en-US\"]\n"
@@ -228,7 +229,7 @@ TEST_F(SettingsCtlAndHost, DriveTheDevice) {
               "orliaLocale=[\"fr-FR\",\"en-US\"]\npttAlwaysOnEnabled=true\ntimezone=Europe/Paris\n");
 }
 
-TEST_F(SettingsCtlAndHost, SayWhyNothingChangedAtTheDevice) {
+TEST_F(SettingsCtlAndHost, ReportWhyTheDeviceChangedNothing) {
     for (const std::string value : {"true", "false"}) {
         expectRun(
             {"device", "setting", "captionsEnabled", value}, 1, "",
@@ -258,7 +259,7 @@ TEST_F(SettingsCtlAndHost, SayWhyNothingChangedAtTheDevice) {
     expectRun({"device", "setting", "handsFreeEnabled", "x"}, 0, "handsFreeEnabled: unchanged\n");
 }
 
-TEST_F(SettingsCtlAndHost, SayWhatTheDeviceDoesNotTake) {
+TEST_F(SettingsCtlAndHost, ReportValuesThatTheDeviceRejects) {
     expectRun({"device", "setting", "orliaLocale", "{}"}, 1, "",
               "settingsctl: the host refused the request: the value is no array of locales within the nesting limit "
               "(not-passed-on)\n");

@@ -65,9 +65,9 @@ ListeningSocket::~ListeningSocket() {
 
 Peer ListeningSocket::accept() const {
     pollfd wanted{socket, POLLIN, 0};
-    constexpr auto waitTimeout = std::chrono::duration_cast<std::chrono::milliseconds>(TestSupport::waitTimeout);
-    if (::poll(&wanted, 1, static_cast<int>(waitTimeout.count())) != 1) {
-        throw std::runtime_error("no client came");
+    constexpr auto timeout = std::chrono::duration_cast<std::chrono::milliseconds>(TestSupport::waitTimeout);
+    if (::poll(&wanted, 1, static_cast<int>(timeout.count())) != 1) {
+        throw std::runtime_error("no client connected");
     }
     return Peer(::accept4(socket, nullptr, nullptr, SOCK_CLOEXEC));
 }

@@ -9,7 +9,7 @@
 
 namespace SettingsCtlTests {
 
-/// The host's end of one connection, played line by line by a test.
+/// The host's end of one connection, which a test reads and writes line by line.
 class Peer {
 public:
     explicit Peer(int acceptedSocket) : socket(acceptedSocket), reader(acceptedSocket) {}
@@ -20,9 +20,9 @@ public:
 
     /// The next line from the client; throws when none comes.
     std::string receiveLine();
-    /// Does the client close, with nothing more to say?
+    /// Does the client close without sending more?
     bool clientCloses() { return reader.readAll().empty() && reader.atEnd(); }
-    /// False when the client is gone.
+    /// False when the client has closed the connection.
     bool send(const std::string& bytes) const;
     bool sendLine(const std::string& line) const { return send(line + "\n"); }
     /// Returns when the client has taken everything that was sent.
@@ -34,7 +34,7 @@ private:
     TestSupport::LineReader reader;
 };
 
-/// A socket at which a test waits for clients.
+/// A socket on which a test accepts clients.
 class ListeningSocket {
 public:
     explicit ListeningSocket(const std::string& path, int backlog = 8);
@@ -43,15 +43,14 @@ public:
     ListeningSocket(const ListeningSocket&) = delete;
     ListeningSocket& operator=(const ListeningSocket&) = delete;
 
-    /// The next client; throws when none comes.
+    /// The next client; throws when none connects.
     Peer accept() const;
 
 private:
     int socket;
 };
 
-/// The two sockets of a host at their default places, with a test in the host's role, and the program that talks to
-/// them.
+/// The two sockets of a host at their default paths. The test takes the role of the host.
 class FakeHost {
 public:
     FakeHost();
@@ -69,7 +68,7 @@ private:
     ListeningSocket device;
 };
 
-/// Waits for the end of a program and collects what it left behind. Status -1: it did not end.
+/// Waits for the end of a program and collects its output. Status -1: it did not end.
 TestSupport::Finished finish(TestSupport::ChildProcess& program);
 
 /// The message id that the program gives to its request of that number, counted from 1.
@@ -84,7 +83,7 @@ std::string getReply(const TestSupport::ChildProcess& program, int number, const
 std::string event(const std::string& key, const std::string& from, const std::string& to,
                   const std::string& timestamp = "1700000000000");
 
-/// Does a program end like this?
+/// Expects that a program ends like this.
 void expectEnd(TestSupport::ChildProcess& program, int status, const std::string& output, const std::string& errors);
 
 }  // namespace SettingsCtlTests

@@ -4,7 +4,7 @@
 
 using namespace SettingsCtl;
 
-TEST(SettingsCtlOutput, EscapesTheFirstRowOfControlCharacters) {
+TEST(SettingsCtlOutput, EscapesControlCharactersBelowSpace) {
     EXPECT_EQ(escaped("a\nb\rc\td"), "a\\nb\\rc\\td");
     EXPECT_EQ(escaped(std::string("\0\x01\x1b[31m\x1f", 8)), "\\x00\\x01\\x1b[31m\\x1f");
 }
@@ -13,12 +13,12 @@ TEST(SettingsCtlOutput, EscapesDel) {
     EXPECT_EQ(escaped("a\x7f"), "a\\x7f");
 }
 
-TEST(SettingsCtlOutput, EscapesTheSecondRowOfControlCharactersButNotItsNeighbours) {
+TEST(SettingsCtlOutput, EscapesControlCharactersFrom80To9fOnly) {
     EXPECT_EQ(escaped("\xc2\x80\xc2\x9b\xc2\x9f"), "\\u0080\\u009b\\u009f");
     EXPECT_EQ(escaped("\xc2\xa0\xc3\x80\xe2\x82\x9b"), "\xc2\xa0\xc3\x80\xe2\x82\x9b");
 }
 
-TEST(SettingsCtlOutput, DoublesBackslashesSoThatNothingLooksLikeAnEscape) {
+TEST(SettingsCtlOutput, DoublesBackslashes) {
     EXPECT_EQ(escaped("\\"), "\\\\");
     EXPECT_EQ(escaped("a\\nb\nc"), "a\\\\nb\\nc");
     EXPECT_EQ(escaped("\\x1b\x1b"), "\\\\x1b\\x1b");

@@ -10,11 +10,11 @@
 
 namespace SettingsCtlTests {
 
-/// A settings-host with a database and sockets of its own. What passes between it and its clients must keep to the
+/// A settings-host with its own database and sockets. All frames between it and its clients are checked against the
 /// protocol.
 class RunningHost {
 public:
-    /// Returns when the host is ready; throws when it does not get there.
+    /// Returns when the host is ready; throws when it fails to start.
     RunningHost();
 
     /// Runs settingsctl to its end.

@@ -8,7 +8,7 @@
 
 namespace SettingsCtlTests {
 
-/// A terminal with a program in it, at which a test types. The program is killed with the object.
+/// A terminal that runs a program, and in which a test types. The destructor kills the program.
 class Terminal {
 public:
     Terminal(const std::vector<std::string>& arguments, const std::map<std::string, std::string>& environment);

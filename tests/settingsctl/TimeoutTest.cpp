@@ -15,7 +15,7 @@ TEST(SettingsCtlTimeout, KeepsFractions) {
     EXPECT_EQ(timeoutFrom("86400"), 86400000ms);
 }
 
-TEST(SettingsCtlTimeout, IsATimeAndNothingElse) {
+TEST(SettingsCtlTimeout, RejectsEverythingElse) {
     for (const std::string text :
          {"nan", "-nan",  "NAN",    "nan(1)", "inf", "-inf", "infinity", "-5", "-0.5", "0",   "-0", "0.0009", "86400.1",
           "1e9", "1e400", "1e-400", "",       " ",   "5 ",   " 5",       "5s", "5,5",  "0x5", "+5", "soon"}) {

@@ -10,7 +10,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-/// How a shell starts the program, and what the program makes of it.
+/// How a shell redirects standard output, and the error of writing to it.
 struct Output {
     const char* name;
     std::string redirection;
@@ -26,7 +26,7 @@ Words command(const Words& arguments, const std::string& redirection) {
     return words;
 }
 
-/// Results that nobody gets.
+/// Standard output that cannot be written.
 class SettingsCtlWithoutOutput : public testing::TestWithParam<Output> {
 protected:
     SettingsCtlWithoutOutput() { EXPECT_EQ(::mkfifo(pipe.c_str(), 0600), 0); }
@@ -36,9 +36,7 @@ protected:
                                 {{"XDG_RUNTIME_DIR", host.runtimeFolder()}, {"PIPE", pipe}});
     }
 
-    static std::string complaint() {
-        return "settingsctl: cannot write to standard output: " + GetParam().reason + "\n";
-    }
+    static std::string message() { return "settingsctl: cannot write to standard output: " + GetParam().reason + "\n"; }
 
     const TestSupport::TemporaryDirectory folder;
     const std::string pipe = folder / "pipe";
@@ -46,7 +44,7 @@ protected:
 
 }  // namespace
 
-TEST_P(SettingsCtlWithoutOutput, SaysSoWhateverIsPrinted) {
+TEST_P(SettingsCtlWithoutOutput, ReportsTheErrorForEveryVerb) {
     const RunningHost host;
     for (const Words& arguments : {Words{"--help"},
                                    {"get", "--help"},
@@ -63,20 +61,20 @@ TEST_P(SettingsCtlWithoutOutput, SaysSoWhateverIsPrinted) {
                                    {"device", "captions", "on", "--json"},
                                    {"device", "setting", "timezone", "America/Vancouver"}}) {
         const TestSupport::Finished end = run(host, arguments);
-        EXPECT_EQ(end.errors, complaint()) << testing::PrintToString(arguments);
+        EXPECT_EQ(end.errors, message()) << testing::PrintToString(arguments);
         EXPECT_EQ(end.status, 1) << testing::PrintToString(arguments);
     }
 }
 
-TEST_P(SettingsCtlWithoutOutput, HasMadeTheChangeThatItCannotTell) {
+TEST_P(SettingsCtlWithoutOutput, MakesTheChangeAllTheSame) {
     const RunningHost host;
     const TestSupport::Finished end = run(host, {"set", "deviceName", "Den"});
-    EXPECT_EQ(end.errors, complaint());
+    EXPECT_EQ(end.errors, message());
     EXPECT_EQ(end.status, 1);
     EXPECT_EQ(host.run({"get", "deviceName"}).output, "deviceName=Den\n");
 }
 
-TEST_P(SettingsCtlWithoutOutput, IsContentWhenThereIsNothingToPrint) {
+TEST_P(SettingsCtlWithoutOutput, SucceedsWhenNothingIsPrinted) {
     const RunningHost host;
     for (const Words& arguments : {Words{"get", "--quiet"},
                                    {"set", "--quiet", "deviceName", "Den"},
@@ -91,7 +89,7 @@ TEST_P(SettingsCtlWithoutOutput, IsContentWhenThereIsNothingToPrint) {
     EXPECT_EQ(host.run({"get", "deviceName"}).output, "deviceName=Attic\n");
 }
 
-TEST_P(SettingsCtlWithoutOutput, TellsWhatFailedFirst) {
+TEST_P(SettingsCtlWithoutOutput, ReportsTheFirstError) {
     const RunningHost host;
     const TestSupport::Finished unknown = run(host, {"put"});
     EXPECT_EQ(unknown.errors, "settingsctl: The following argument was not expected: put; see settingsctl --help\n");
@@ -139,7 +137,7 @@ TEST(SettingsCtlClosedStreams, DoNotLetAValueBeARequest) {
     EXPECT_EQ(end.status, 1);
 }
 
-TEST(SettingsCtlClosedStreams, LeaveTheStatusWhenNoReasonCanBeTold) {
+TEST(SettingsCtlClosedStreams, KeepTheExitStatusWithoutStandardError) {
     const RunningHost host;
     for (const std::string redirection : {"2>&-", "2> /dev/full"}) {
         const auto run = [&](const Words& arguments) {

@@ -8,8 +8,8 @@ using namespace SettingsCtlTests;
 
 namespace {
 
-constexpr const char* question = R"({"type":18,"messageId":"watch"})";
-constexpr const char* answer = R"({"type":18,"messageId":"watch","payload":{"isOrliaSelectedAsVA":true}})";
+constexpr const char* query = R"({"type":18,"messageId":"watch"})";
+constexpr const char* reply = R"({"type":18,"messageId":"watch","payload":{"isOrliaSelectedAsVA":true}})";
 
 /// A watching program and the host that serves it.
 class SettingsCtlWatch : public testing::Test {
@@ -31,11 +31,11 @@ protected:
 
 }  // namespace
 
-TEST_F(SettingsCtlWatch, PrintsALinePerChangeAtOnce) {
+TEST_F(SettingsCtlWatch, PrintsEachChangeAtOnce) {
     auto program = host.start({"watch"});
     Peer client = host.accept();
-    EXPECT_EQ(client.receiveLine(), question);
-    client.sendLine(answer);
+    EXPECT_EQ(client.receiveLine(), query);
+    client.sendLine(reply);
     EXPECT_EQ(program.errors().readLine(), readyLine());
     client.sendLine(event("deviceName", "TV", "Living room"));
     expectLine(program, "deviceName: 'TV' -> 'Living room'");
@@ -44,7 +44,7 @@ TEST_F(SettingsCtlWatch, PrintsALinePerChangeAtOnce) {
     expectInterruption(program, SIGINT);
 }
 
-TEST_F(SettingsCtlWatch, PrintsWhatIsToBeReadAgain) {
+TEST_F(SettingsCtlWatch, PrintsTheKeysOfANotice) {
     auto program = host.start({"watch"});
     Peer client = host.accept();
     client.sendLine(R"({"notice":{"reread":["captionsEnabled","time\u0007zone"]}})");
@@ -53,7 +53,7 @@ TEST_F(SettingsCtlWatch, PrintsWhatIsToBeReadAgain) {
     expectLine(program, "reread: captionsEnabled");
 }
 
-TEST_F(SettingsCtlWatch, PrintsWholeFramesInJsonAsTheyCame) {
+TEST_F(SettingsCtlWatch, PrintsFramesUnchangedAsJson) {
     auto program = host.start({"watch", "--json"});
     Peer client = host.accept();
     const std::string change = R"({ "type": 25, "timestamp": 1.7e12, "payload": {"settingDBId":"k\u001b","from":")"
@@ -66,16 +66,16 @@ TEST_F(SettingsCtlWatch, PrintsWholeFramesInJsonAsTheyCame) {
     expectLine(program, notice);
 }
 
-TEST_F(SettingsCtlWatch, PrintsWhatComesBeforeItsQuestionIsAnswered) {
+TEST_F(SettingsCtlWatch, PrintsEventsBeforeTheFirstReply) {
     auto program = host.start({"watch"});
     Peer client = host.accept();
     client.sendLine(event("k", "a", "b"));
     expectLine(program, "k: 'a' -> 'b'");
-    client.sendLine(answer);
+    client.sendLine(reply);
     EXPECT_EQ(program.errors().readLine(), readyLine());
 }
 
-TEST_F(SettingsCtlWatch, PassesOverOtherFrames) {
+TEST_F(SettingsCtlWatch, SkipsOtherFrames) {
     auto program = host.start({"watch", "--json"});
     Peer client = host.accept();
     client.sendLine(R"({"type":99,"payload":{}})");
@@ -88,53 +88,53 @@ TEST_F(SettingsCtlWatch, PrintsNothingWhenQuiet) {
     auto program = host.start({"watch", "--quiet"});
     Peer client = host.accept();
     client.receiveLine();
-    client.sendLine(answer);
+    client.sendLine(reply);
     client.sendLine(event("k", "a", "b"));
     client.close();
     expectEnd(program, 3, "", "settingsctl: the host at " + host.settingsPath() + " closed the connection\n");
 }
 
-TEST_F(SettingsCtlWatch, EndsWellWhenItIsInterruptedOrTerminated) {
+TEST_F(SettingsCtlWatch, EndsWithStatus0OnSigintAndSigterm) {
     for (const int signal : {SIGINT, SIGTERM}) {
         auto program = host.start({"watch"});
         Peer client = host.accept();
-        client.sendLine(answer);
+        client.sendLine(reply);
         EXPECT_EQ(program.errors().readLine(), readyLine());
         expectInterruption(program, signal);
     }
 }
 
-TEST_F(SettingsCtlWatch, CanBeInterruptedBeforeTheHostAnswers) {
+TEST_F(SettingsCtlWatch, CanBeInterruptedBeforeTheFirstReply) {
     auto program = host.start({"watch", "--timeout", "60"});
     Peer client = host.accept();
     client.receiveLine();
     expectInterruption(program, SIGINT);
 }
 
-TEST_F(SettingsCtlWatch, FailsWhenNobodyReadsItsOutputAnyMore) {
+TEST_F(SettingsCtlWatch, FailsWhenItsOutputIsAClosedPipe) {
     for (const bool withChange : {false, true}) {
         auto program = host.start({"watch"});
         Peer client = host.accept();
-        client.sendLine(answer);
+        client.sendLine(reply);
         EXPECT_EQ(program.errors().readLine(), readyLine());
         program.closeOutput();
         if (withChange) {
             client.sendLine(event("k", "a", "b"));
         }
-        EXPECT_TRUE(client.receiveLine() == question && client.clientCloses());
+        EXPECT_TRUE(client.receiveLine() == query && client.clientCloses());
         EXPECT_EQ(program.errors().readAll(), "settingsctl: cannot write to standard output: Broken pipe\n");
         EXPECT_EQ(program.wait(), 1);
     }
 }
 
-TEST_F(SettingsCtlWatch, FailsInAPipeWhoseReaderHasSeenEnough) {
+TEST_F(SettingsCtlWatch, FailsInAPipelineWhoseReaderEnds) {
     TestSupport::ChildProcess program({"bash", "-c", "set -o pipefail; \"$0\" --socket \"$1\" watch | head -n 1",
                                        SETTINGSCTL_PROGRAM, host.settingsPath()});
     Peer client = host.accept();
-    client.sendLine(answer);
+    client.sendLine(reply);
     EXPECT_EQ(program.errors().readLine(), readyLine());
     client.sendLine(event("k", "a", "b"));
-    EXPECT_TRUE(client.receiveLine() == question && client.clientCloses());
+    EXPECT_TRUE(client.receiveLine() == query && client.clientCloses());
     expectEnd(program, 1, "k: 'a' -> 'b'\n", "settingsctl: cannot write to standard output: Broken pipe\n");
 }
 
@@ -142,8 +142,8 @@ TEST_F(SettingsCtlWatch, NeedsNoOutputWhenQuiet) {
     auto program = host.start({"watch", "--quiet"});
     Peer client = host.accept();
     program.closeOutput();
-    EXPECT_EQ(client.receiveLine(), question);
-    client.sendLine(answer);
+    EXPECT_EQ(client.receiveLine(), query);
+    client.sendLine(reply);
     client.sendLine(event("k", "a", "b"));
     client.close();
     EXPECT_EQ(program.errors().readAll(),
@@ -151,11 +151,11 @@ TEST_F(SettingsCtlWatch, NeedsNoOutputWhenQuiet) {
     EXPECT_EQ(program.wait(), 3);
 }
 
-TEST_F(SettingsCtlWatch, TellsWhenTheHostGoes) {
+TEST_F(SettingsCtlWatch, ReportsThatTheHostClosed) {
     auto program = host.start({"watch"});
     Peer client = host.accept();
     client.receiveLine();
-    client.sendLine(answer);
+    client.sendLine(reply);
     client.sendLine(event("k", "a", "b"));
     client.send(event("k", "b", "c"));
     client.close();
@@ -163,19 +163,18 @@ TEST_F(SettingsCtlWatch, TellsWhenTheHostGoes) {
               readyLine() + "\nsettingsctl: the host at " + host.settingsPath() + " closed the connection\n");
 }
 
-TEST_F(SettingsCtlWatch, TellsWhenTheHostDoesNotAnswer) {
+TEST_F(SettingsCtlWatch, ReportsAMissingReply) {
     auto program = host.start({"watch", "--timeout", "0.05"});
     const Peer client = host.accept();
-    expectEnd(program, 3, "", "settingsctl: the host at " + host.settingsPath() + " does not answer\n");
+    expectEnd(program, 3, "", "settingsctl: the host at " + host.settingsPath() + " does not reply\n");
 }
 
-TEST_F(SettingsCtlWatch, WaitsWithoutEndOnceTheHostHasAnswered) {
-    // A machine that is busy may not let the test answer in a short time, which says nothing; then it gets a longer
-    // one.
+TEST_F(SettingsCtlWatch, WaitsWithoutLimitAfterTheFirstReply) {
+    // On a busy machine the reply may come after the timeout, which proves nothing: try a longer one.
     for (const int milliseconds : {50, 500, 5000}) {
         auto program = host.start({"watch", "--timeout", std::to_string(milliseconds / 1000.0)});
         Peer client = host.accept();
-        client.sendLine(answer);
+        client.sendLine(reply);
         if (program.errors().readLine() == readyLine()) {
             EXPECT_EQ(program.wait(std::chrono::milliseconds(3 * milliseconds)), std::nullopt);
             client.sendLine(event("k", "a", "b"));
@@ -183,10 +182,10 @@ TEST_F(SettingsCtlWatch, WaitsWithoutEndOnceTheHostHasAnswered) {
             return;
         }
     }
-    FAIL() << "it never heard the answer";
+    FAIL() << "no reply came within the timeout";
 }
 
-TEST_F(SettingsCtlWatch, TellsWhenTheHostRefusesIt) {
+TEST_F(SettingsCtlWatch, ReportsARefusal) {
     auto program = host.start({"watch"});
     Peer client = host.accept();
     client.sendLine(R"({"error":{"code":"unknown-type","message":"no such type"}})");

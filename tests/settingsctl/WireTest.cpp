@@ -2,6 +2,7 @@
 
 #include "Failure.h"
 #include "Wire.h"
+#include "wire/Examples.h"
 
 using namespace SettingsCtl;
 
@@ -18,14 +19,14 @@ std::pair<ExitStatus, std::string> failureOf(const Action& action) {
     return {DONE, "nothing was thrown"};
 }
 
-const std::pair<ExitStatus, std::string> noJsonObject{
-    UNREACHABLE, "what answers is no settings host: it sent something that is no JSON object"};
-const std::pair<ExitStatus, std::string> notUnderstood{
-    UNREACHABLE, "what answers is no settings host: it sent a frame that cannot be understood"};
+const std::pair<ExitStatus, std::string> noJsonObject{UNREACHABLE,
+                                                      "unexpected response: not a settings-host (not a JSON object)"};
+const std::pair<ExitStatus, std::string> notUnderstood{UNREACHABLE,
+                                                       "unexpected response: not a settings-host (malformed frame)"};
 
 }  // namespace
 
-TEST(SettingsCtlRequests, AskForSettings) {
+TEST(SettingsCtlRequests, RequestSettings) {
     EXPECT_EQ(getSettingsRequest("m1", {}), "{\"type\":7,\"messageId\":\"m1\",\"payload\":{\"settings\":[]}}\n");
     EXPECT_EQ(getSettingsRequest("m1", {"b", "a", "b"}),
               "{\"type\":7,\"messageId\":\"m1\",\"payload\":{\"settings\":[\"b\",\"a\",\"b\"]}}\n");
@@ -37,7 +38,7 @@ TEST(SettingsCtlRequests, CarryAnyValueOnOneLine) {
               "\"payload\":{\"settingDBId\":\"k\",\"to\":\"a\\n\\\"\\u001B\"}}\n");
 }
 
-TEST(SettingsCtlRequests, NeedNoPayloadForTheRest) {
+TEST(SettingsCtlRequests, HaveNoPayloadForTheOtherTypes) {
     EXPECT_EQ(bareRequest(IS_SELECTED, "m1"), "{\"type\":18,\"messageId\":\"m1\"}\n");
     EXPECT_EQ(bareRequest(OPEN_SETTINGS, "m2"), "{\"type\":19,\"messageId\":\"m2\"}\n");
     EXPECT_EQ(bareRequest(LOG_OUT, "m3"), "{\"type\":22,\"messageId\":\"m3\"}\n");
@@ -84,7 +85,7 @@ TEST(SettingsCtlFrames, AreNoRepliesWhenTheyAreEvents) {
     EXPECT_FALSE(event.isReplyTo("m1"));
 }
 
-TEST(SettingsCtlFrames, AnnounceAChange) {
+TEST(SettingsCtlFrames, ReportAChange) {
     const Frame frame(
         R"({"type":25,"timestamp":9007199254740993,"payload":{"settingDBId":"k","from":"a","to":"b\u0000c"}})");
     const auto change = frame.change();
@@ -95,7 +96,7 @@ TEST(SettingsCtlFrames, AnnounceAChange) {
     EXPECT_EQ(frame.timestamp(), 9007199254740993);
 }
 
-TEST(SettingsCtlFrames, AnnounceNoChangeWhenTheyAreOfAnotherType) {
+TEST(SettingsCtlFrames, ReportNoChangeWhenTheyAreOfAnotherType) {
     for (const std::string text :
          {"{}", R"({"type":7,"payload":{}})", R"({"type":"25"})", R"({"type":25.5})", R"({"notice":{"reread":[]}})"}) {
         EXPECT_FALSE(Frame(text).change()) << text;
@@ -103,7 +104,7 @@ TEST(SettingsCtlFrames, AnnounceNoChangeWhenTheyAreOfAnotherType) {
     }
 }
 
-TEST(SettingsCtlFrames, AreNotUnderstoodWhenAnEventLacksAPart) {
+TEST(SettingsCtlFrames, AreMalformedWhenAnEventLacksAMember) {
     for (const std::string payload :
          {"null", "[]", "{}", R"({"settingDBId":"k","from":"a"})", R"({"settingDBId":"k","to":"a"})",
           R"({"from":"a","to":"b"})", R"({"settingDBId":"k","from":"a","to":true})"}) {
@@ -122,7 +123,7 @@ TEST(SettingsCtlFrames, AskToRereadKeys) {
     }
 }
 
-TEST(SettingsCtlFrames, TellOfARefusal) {
+TEST(SettingsCtlFrames, ReportARefusal) {
     const Frame refusal(R"({"error":{"code":"too-large","message":"the frame is larger than 64 KiB"}})");
     EXPECT_EQ(
         failureOf([&] { refusal.throwIfRefusal(); }),
@@ -145,4 +146,53 @@ TEST(SettingsCtlFrames, HoldBooleans) {
     EXPECT_EQ(frame.booleanAt({"payload", "no"}), false);
     EXPECT_EQ(frame.booleanAt({"payload", "text"}), std::nullopt);
     EXPECT_EQ(frame.booleanAt({"other", "yes"}), std::nullopt);
+}
+
+namespace {
+
+/// What the program understands of a frame.
+std::string kindOf(const Frame& frame) {
+    if (frame.change()) {
+        return "setting-changed-event";
+    }
+    if (frame.reread()) {
+        return "notice";
+    }
+    try {
+        frame.throwIfRefusal();
+    } catch (const Failure&) {
+        return "refusal";
+    }
+    const std::string mark = R"("messageId":")";
+    const std::size_t start = frame.text().find(mark) + mark.size();
+    if (!frame.isReplyTo(frame.text().substr(start, frame.text().find('"', start) - start))) {
+        return "nothing";
+    }
+    return frame.booleanAt({"payload", "isOrliaSelectedAsVA"}) ? "is-orlia-selected-va-reply" : "get-settings-reply";
+}
+
+std::string frameOf(const std::string& example, std::size_t step) {
+    return WireTests::exampleNamed(example).steps.at(step).frame + "\n";
+}
+
+}  // namespace
+
+TEST(SettingsCtlExamples, AreUnderstood) {
+    int seen = 0;
+    for (const auto& example : WireTests::allExamples()) {
+        for (const auto& step : example.steps) {
+            if (!step.sent && step.at != "device") {
+                EXPECT_EQ(kindOf(Frame(step.frame)), step.schema) << step.frame;
+                ++seen;
+            }
+        }
+    }
+    EXPECT_GE(seen, 20);
+}
+
+TEST(SettingsCtlExamples, AreWhatIsSent) {
+    EXPECT_EQ(getSettingsRequest("m1", {"timezone", "captionsEnabled", "noSuchKey"}), frameOf("get-settings", 0));
+    EXPECT_EQ(getSettingsRequest("m2", {}), frameOf("get-settings", 2));
+    EXPECT_EQ(setSettingsRequest("page-2", 1700000000000, "deviceName", "Living room"), frameOf("page-sets", 0));
+    EXPECT_EQ(bareRequest(IS_SELECTED, "m5"), frameOf("assistant", 0));
 }

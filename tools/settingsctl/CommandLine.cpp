@@ -7,8 +7,10 @@
 
 #include <CLI/CLI.hpp>
 
-#include "Commands.h"
+#include "Completion.h"
+#include "DeviceSwitch.h"
 #include "Timeout.h"
+#include "Verbs.h"
 #include "Version.h"
 #include "Wire.h"
 
@@ -16,8 +18,8 @@ namespace SettingsCtl {
 
 namespace {
 
-/// What the chosen verb does, filled while the command line is read.
-struct Choice {
+/// What the command line asks for, filled while it is parsed.
+struct Invocation {
     Context context;
     SocketOptions sockets;
     std::string timeout = "5";
@@ -39,12 +41,16 @@ constexpr const char* rootFooter = R"(Examples:
 Exit status: 0 done, 1 refused, no such value or the result cannot be written, 2 wrong usage, 3 the host cannot be
 reached.)";
 
-CLI::App* addVerb(CLI::App& app, Choice& choice, const std::string& name, const std::string& description,
-                  const std::string& examples, std::function<ExitStatus()> action) {
+/// `examples` are command lines without the program's name.
+CLI::App* addVerb(CLI::App& app, Invocation& invocation, const std::string& name, const std::string& description,
+                  const std::vector<std::string>& examples, std::function<ExitStatus()> action) {
     CLI::App* const verb = app.add_subcommand(name, description);
-    verb->footer("Examples:\n" + examples +
-                 "\n\n'settingsctl --help' lists the options of every verb, such as --json.");
-    verb->callback([&choice, action = std::move(action)] { choice.run = action; });
+    std::string footer = "Examples:\n";
+    for (const auto& example : examples) {
+        footer += "  settingsctl " + example + "\n";
+    }
+    verb->footer(footer + "\n'settingsctl --help' lists the options of all verbs, such as --json.");
+    verb->callback([&invocation, action = std::move(action)] { invocation.run = action; });
     return verb;
 }
 
@@ -57,8 +63,13 @@ CLI::Option* addText(CLI::App& verb, const std::string& name, std::string& text,
     return verb.add_option(name, text, description)->type_name("")->required();
 }
 
+void addKeyAndValue(CLI::App& verb, Invocation& invocation) {
+    addText(verb, "KEY", invocation.key, "Setting key");
+    addText(verb, "VALUE", invocation.value, "New value");
+}
+
 std::string validTimeout(const std::string& seconds) {
-    return timeoutFrom(seconds) ? "" : "'" + seconds + "' is no time from 0.001 to 86400 seconds";
+    return timeoutFrom(seconds) ? "" : "'" + seconds + "' is not a number of seconds from 0.001 to 86400";
 }
 
 const char* runtimeFolder() {
@@ -66,95 +77,94 @@ const char* runtimeFolder() {
 }
 
 std::string defaultSockets() {
-    const auto places = settingsPlaces({}, runtimeFolder());
-    return places.front().path + ", or else " + places.back().path;
+    const auto candidates = settingsSockets({}, runtimeFolder());
+    return candidates.front().path + ", then " + candidates.back().path;
 }
 
-void addOptions(CLI::App& app, Choice& choice) {
-    Context& context = choice.context;
-    app.add_option("--socket", choice.sockets.settings, "The host's socket, by default " + defaultSockets())
+void addOptions(CLI::App& app, Invocation& invocation) {
+    Context& context = invocation.context;
+    app.add_option("--socket", invocation.sockets.settings, "Socket of the host; default: " + defaultSockets())
         ->type_name("PATH");
-    app.add_option("--device-socket", choice.sockets.device,
-                   "The simulated device's socket, by default device.sock beside the host's")
+    app.add_option("--device-socket", invocation.sockets.device,
+                   "Socket of the simulated device; default: device.sock next to the host's socket")
         ->type_name("PATH");
     CLI::Option* const json = app.add_flag("--json", context.style.json, "Print results as JSON");
-    app.add_flag("--value", context.style.bareValues, "Print values without their keys (get, device show)")
-        ->excludes(json);
-    app.add_flag("--quiet", context.style.quiet, "Print no results, only tell by the exit status");
-    app.add_option("--timeout", choice.timeout, "How long to wait for the host's answer")
+    app.add_flag("--value", context.style.bareValues, "Print values without keys (get, device show)")->excludes(json);
+    app.add_flag("--quiet", context.style.quiet, "Print no results, only set the exit status");
+    app.add_option("--timeout", invocation.timeout, "How long to wait for a reply")
         ->type_name("SECONDS")
         ->check(validTimeout)
         ->capture_default_str();
-    app.set_version_flag("--version", versionText());
+    app.set_version_flag("--version", versionText(), "Print version and commit, and exit");
 }
 
-void addSettingsVerbs(CLI::App& app, Choice& choice) {
-    const Context& context = choice.context;
-    CLI::App* const getVerb =
-        addVerb(app, choice, "get", "Print settings as key=value lines, all of them when no KEY is given",
-                "  settingsctl get\n  settingsctl get deviceName timezone\n  settingsctl get --value deviceName",
-                [&] { return get(context, choice.keys); });
-    addTexts(*getVerb, "KEY", choice.keys, "Setting keys");
-    CLI::App* const setVerb =
-        addVerb(app, choice, "set", "Give a setting a new value and say what came of it",
-                "  settingsctl set deviceName \"Living room\"\n  settingsctl set orliaLocale '[\"fr-FR\",\"en-US\"]'\n"
-                "  settingsctl set deviceName -- --odd--\n  settingsctl set --json timezone Europe/Paris",
-                [&] { return set(context, choice.key, choice.value); });
-    addText(*setVerb, "KEY", choice.key, "Setting key");
-    addText(*setVerb, "VALUE", choice.value, "New value");
-    addVerb(app, choice, "watch", "Print every change until interrupted",
-            "  settingsctl watch\n  settingsctl watch --json", [&] { return watch(context); });
-    addVerb(app, choice, "list", "Print the keys of all settings, one a line",
-            "  settingsctl list\n  settingsctl list --json", [&] { return list(context); });
-    addVerb(app, choice, "selected", "Print whether this assistant is the selected one", "  settingsctl selected",
+void addSettingsVerbs(CLI::App& app, Invocation& invocation) {
+    const Context& context = invocation.context;
+    CLI::App* const getVerb = addVerb(
+        app, invocation, "get", "Print settings as key=value lines; all settings if no KEY is given",
+        {"get", "get deviceName timezone", "get --value deviceName"}, [&] { return get(context, invocation.keys); });
+    addTexts(*getVerb, "KEY", invocation.keys, "Setting keys");
+    CLI::App* const setVerb = addVerb(app, invocation, "set", "Set KEY to VALUE and print the result",
+                                      {R"(set deviceName "Living room")", R"(set orliaLocale '["fr-FR","en-US"]')",
+                                       "set deviceName -- --odd--", "set --json timezone Europe/Paris"},
+                                      [&] { return set(context, invocation.key, invocation.value); });
+    addKeyAndValue(*setVerb, invocation);
+    addVerb(app, invocation, "watch", "Print changes until interrupted", {"watch", "watch --json"},
+            [&] { return watch(context); });
+    addVerb(app, invocation, "list", "Print the keys of all settings, one per line", {"list", "list --json"},
+            [&] { return list(context); });
+    addVerb(app, invocation, "selected", "Print whether this assistant is the selected one", {"selected"},
             [&] { return selected(context); });
     CLI::App* const pageVerb =
-        addVerb(app, choice, "page", "Print the address of the settings pages, with the key that opens them",
-                "  settingsctl page\n  settingsctl page --new-key", [&] { return page(context, choice.newKey); });
-    pageVerb->add_flag("--new-key", choice.newKey,
-                       "Make a new key first: browsers that came with the old one have to come again");
-    addVerb(app, choice, "open-settings", "Open the assistant's settings application on the device",
-            "  settingsctl open-settings", [&] { return openSettings(context); });
-    addVerb(app, choice, "logout", "Forget the user: clear the stored settings, switch the always-on modes off",
-            "  settingsctl logout", [&] { return logOut(context); });
+        addVerb(app, invocation, "page", "Print the address of the settings pages, including its key",
+                {"page", "page --new-key"}, [&] { return page(context, invocation.newKey); });
+    pageVerb->add_flag("--new-key", invocation.newKey, "Replace the key first; browsers with the old key lose access");
+    addVerb(app, invocation, "open-settings", "Open the assistant's settings application on the device",
+            {"open-settings"}, [&] { return openSettings(context); });
+    addVerb(app, invocation, "logout", "Log the user out: clear the stored settings, switch the always-on modes off",
+            {"logout"}, [&] { return logOut(context); });
 }
 
-void addSwitches(CLI::App& device, Choice& choice) {
-    for (const auto& [name, command] : {std::pair{"handsfree", "handsfree"}, std::pair{"captions", "captions"},
-                                        std::pair{"do-not-disturb", "doNotDisturb"}}) {
-        CLI::App* const verb =
-            addVerb(device, choice, name, std::string("Switch ") + name + " on or off at the device",
-                    std::string("  settingsctl device ") + name + " on", [&choice, wireName = std::string(command)] {
-                        return deviceSwitch(choice.context, wireName, choice.onOff == "on");
-                    });
-        addText(*verb, "STATE", choice.onOff, "on or off")->check(CLI::IsMember({"on", "off"}));
-    }
+void addDeviceText(CLI::App& device, Invocation& invocation, const std::string& name, const std::string& what,
+                   const std::string& example) {
+    CLI::App* const verb =
+        addVerb(device, invocation, name, "Set the device's " + what, {"device " + name + " " + example},
+                [&invocation, name] { return deviceText(invocation.context, name, invocation.value); });
+    addText(*verb, "VALUE", invocation.value, "For example " + example);
 }
 
-void addDeviceVerbs(CLI::App& app, Choice& choice) {
-    const Context& context = choice.context;
-    CLI::App* const device = app.add_subcommand("device", "Drive the simulated device");
+void addSwitch(CLI::App& device, Invocation& invocation, const DeviceSwitch& deviceSwitch) {
+    CLI::App* const verb =
+        addVerb(device, invocation, deviceSwitch.verb, "Switch the device's " + deviceSwitch.verb + " on or off",
+                {"device " + deviceSwitch.verb + " on"}, [&invocation, command = deviceSwitch.command] {
+                    return switchDevice(invocation.context, command, invocation.onOff == "on");
+                });
+    addText(*verb, "STATE", invocation.onOff, "on or off")->check(CLI::IsMember({"on", "off"}));
+}
+
+void addDeviceVerbs(CLI::App& app, Invocation& invocation) {
+    const Context& context = invocation.context;
+    CLI::App* const device = app.add_subcommand("device", "Control the simulated device");
     device->require_subcommand(0, 1);
     device->footer("Examples:\n  settingsctl device show\n  settingsctl device locale --help");
-    addVerb(*device, choice, "show", "Print the state of the simulated device and voice SDK",
-            "  settingsctl device show\n  settingsctl device show --json", [&] { return deviceShow(context); });
-    for (const auto& [name, example] : {std::pair{"locale", "fr-FR"}, std::pair{"timezone", "Europe/Paris"}}) {
-        CLI::App* const verb = addVerb(
-            *device, choice, name, std::string("Change the device's ") + name,
-            std::string("  settingsctl device ") + name + " " + example,
-            [&choice, command = std::string(name)] { return deviceText(choice.context, command, choice.value); });
-        addText(*verb, "VALUE", choice.value, std::string("For example ") + example);
-    }
+    addVerb(*device, invocation, "show", "Print the state of the simulated device and voice SDK",
+            {"device show", "device show --json"}, [&] { return deviceShow(context); });
+    addDeviceText(*device, invocation, "locale", "locale", "fr-FR");
     CLI::App* const locales =
-        addVerb(*device, choice, "locales", "Change the device's locales, the primary one first",
-                "  settingsctl device locales fr-FR en-US", [&] { return deviceLocales(context, choice.keys); });
-    addTexts(*locales, "LOCALE", choice.keys, "Locales, for example fr-FR")->required();
-    addSwitches(*device, choice);
-    CLI::App* const setting = addVerb(*device, choice, "setting", "Have the device report a system setting",
-                                      "  settingsctl device setting deviceName Den",
-                                      [&] { return deviceSetting(context, choice.key, choice.value); });
-    addText(*setting, "KEY", choice.key, "Setting key");
-    addText(*setting, "VALUE", choice.value, "New value");
+        addVerb(*device, invocation, "locales", "Set the device's locales, the primary one first",
+                {"device locales fr-FR en-US"}, [&] { return deviceLocales(context, invocation.keys); });
+    addTexts(*locales, "LOCALE", invocation.keys, "Locales, for example fr-FR")->required();
+    addDeviceText(*device, invocation, "timezone", "time zone", "Europe/Paris");
+    addSwitch(*device, invocation, {"handsfree", "handsfree"});
+    for (const auto& setting : Wire::catalogue()) {
+        if (const auto deviceSwitch = deviceSwitchOf(setting)) {
+            addSwitch(*device, invocation, *deviceSwitch);
+        }
+    }
+    CLI::App* const setting = addVerb(*device, invocation, "setting", "Make the device report VALUE as its setting KEY",
+                                      {"device setting deviceName Den"},
+                                      [&] { return deviceSetting(context, invocation.key, invocation.value); });
+    addKeyAndValue(*setting, invocation);
 }
 
 bool isInBrackets(const std::string& text) {
@@ -162,20 +172,20 @@ bool isInBrackets(const std::string& text) {
 }
 
 /// What the parser cannot check itself. Throws `Failure` (WRONG_USAGE).
-void checkArguments(const CLI::App& app, const Choice& choice, const std::vector<std::string>& arguments) {
-    if (!choice.run) {
-        throw Failure(WRONG_USAGE, "a verb is missing, for example 'settingsctl get'; see settingsctl --help");
+void checkArguments(const CLI::App& app, const Invocation& invocation, const std::vector<std::string>& arguments) {
+    if (!invocation.run) {
+        throw Failure(WRONG_USAGE, "VERB is required, for example 'settingsctl get'; see settingsctl --help");
     }
     const auto deviceVerbIs = [&](const char* name) {
         return app.got_subcommand("device") && app.get_subcommand("device")->got_subcommand(name);
     };
-    if (choice.context.style.bareValues && !app.got_subcommand("get") && !deviceVerbIs("show")) {
-        throw Failure(WRONG_USAGE, "--value goes with get and device show only");
+    if (invocation.context.style.bareValues && !app.got_subcommand("get") && !deviceVerbIs("show")) {
+        throw Failure(WRONG_USAGE, "--value works only with get and device show");
     }
-    // The parser takes such a word apart where a verb takes several.
+    // The parser splits such a word where a verb takes several.
     if ((app.got_subcommand("get") || deviceVerbIs("locales")) &&
         std::any_of(arguments.begin(), arguments.end(), isInBrackets)) {
-        throw Failure(WRONG_USAGE, "give the words one by one, without brackets");
+        throw Failure(WRONG_USAGE, "separate the arguments by spaces, without brackets");
     }
     if (!std::all_of(arguments.begin(), arguments.end(), isValidUtf8)) {
         throw Failure(WRONG_USAGE, "an argument is not valid UTF-8");
@@ -186,39 +196,43 @@ std::string usageMessage(const CLI::App* /*app*/, const CLI::Error& error) {
     return "settingsctl: " + escaped(error.what()) + "; see settingsctl --help\n";
 }
 
-/// Prints what the parser ended with: the help, the version, or what is wrong.
+/// Prints what ended the parsing: the help, the version, or an error.
 ExitStatus endOfParsing(const CLI::App& app, const CLI::ParseError& end) {
     std::ostringstream output;
     std::ostringstream errors;
-    const bool asked = app.exit(end, output, errors) == 0;
+    const bool requested = app.exit(end, output, errors) == 0;
     std::fputs(errors.str().c_str(), stderr);
     print(output.str());
-    return asked ? DONE : WRONG_USAGE;
+    return requested ? DONE : WRONG_USAGE;
 }
 
 ExitStatus parseAndRun(int argumentCount, const char* const* arguments) {
-    Choice choice;
-    CLI::App app("Reads, writes and watches the settings of a running settings-host.");
+    Invocation invocation;
+    CLI::App app("Read, change and watch the settings of a running settings-host.");
     app.name("settingsctl");
-    // One verb at most, so that a setting key may be called like a verb; that there is one is checked below, after the
-    // parser has complained about words that it does not know.
+    // At most one verb, so that a setting key may have the name of a verb. checkArguments reports a missing one: the
+    // parser would do so before it reports unknown words.
     app.require_subcommand(0, 1);
     app.fallthrough();
     app.footer(rootFooter);
     app.failure_message(usageMessage);
-    addOptions(app, choice);
-    addSettingsVerbs(app, choice);
-    addDeviceVerbs(app, choice);
+    addOptions(app, invocation);
+    addSettingsVerbs(app, invocation);
+    addDeviceVerbs(app, invocation);
+    const std::vector<std::string> words(arguments + 1, arguments + argumentCount);
+    if (!words.empty() && words.front() == "complete") {
+        return complete(app, {words.begin() + 1, words.end()}, runtimeFolder());
+    }
     try {
         app.parse(argumentCount, arguments);
     } catch (const CLI::ParseError& end) {
         return endOfParsing(app, end);
     }
-    checkArguments(app, choice, {arguments + 1, arguments + argumentCount});
-    choice.context.settingsSockets = settingsPlaces(choice.sockets, runtimeFolder());
-    choice.context.deviceSockets = devicePlaces(choice.sockets, runtimeFolder());
-    choice.context.timeout = timeoutFrom(choice.timeout).value();
-    return choice.run();
+    checkArguments(app, invocation, words);
+    invocation.context.settingsSockets = settingsSockets(invocation.sockets, runtimeFolder());
+    invocation.context.deviceSockets = deviceSockets(invocation.sockets, runtimeFolder());
+    invocation.context.timeout = timeoutFrom(invocation.timeout).value();
+    return invocation.run();
 }
 
 }  // namespace

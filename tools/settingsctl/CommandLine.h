@@ -2,7 +2,7 @@
 
 namespace SettingsCtl {
 
-/// Reads the command line and runs the verb. Returns: the exit status. Failures are written to standard error.
+/// Parses the command line and runs the verb. Returns: the exit status. Failures are printed to standard error.
 int runCommandLine(int argumentCount, const char* const* arguments);
 
 }  // namespace SettingsCtl

@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::size_t readSize = 65536;
 
-/// Throws `Failure` (WRONG_USAGE) for a path that no socket can have.
+/// Throws `Failure` (WRONG_USAGE) for a path that a socket cannot have.
 sockaddr_un addressOf(const std::string& path) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
@@ -28,11 +28,11 @@ sockaddr_un addressOf(const std::string& path) {
     return address;
 }
 
-/// Returns: the socket; -1 and `errno` when nobody accepts.
+/// Returns: the socket; -1 and `errno` when the connection is not accepted.
 int connectTo(const std::string& path, std::chrono::milliseconds timeout) {
     const sockaddr_un address = addressOf(path);
     const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    // Also bounds the wait for a host whose queue of new connections is full.
+    // Also bounds connect() to a host whose queue of new connections is full.
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(timeout);
     const timeval limit{seconds.count(),
                         std::chrono::duration_cast<std::chrono::microseconds>(timeout - seconds).count()};
@@ -56,21 +56,21 @@ bool accepts(const std::string& path, std::chrono::milliseconds timeout) {
 
 }  // namespace
 
-Connection::Connection(const std::vector<SocketPlace>& places, std::chrono::milliseconds waitingTime)
-    : timeout(waitingTime) {
-    // What it grew out of would stay in memory; what is not used takes none.
+Connection::Connection(const std::vector<SocketCandidate>& candidates, std::chrono::milliseconds timeout)
+    : timeoutPerStep(timeout) {
+    // Growing would leave the smaller buffers in memory; reserved pages cost nothing until they are used.
     pending.reserve(maximumLineSize);
     std::string reasons;
-    for (const auto& place : places) {
-        path = place.path;
-        socket = place.objection.empty() ? connectTo(path, timeout) : -1;
+    for (const auto& candidate : candidates) {
+        path = candidate.path;
+        socket = candidate.distrust.empty() ? connectTo(path, timeout) : -1;
         const int error = errno;
         if (socket >= 0) {
             return;
         }
         reasons += (reasons.empty() ? "cannot reach the host at " : ", nor at ") + path + ": " +
-                   (place.objection.empty() ? std::strerror(error) : place.objection);
-        if (place.objection.empty() && (error == EAGAIN || accepts(place.companion, timeout))) {
+                   (candidate.distrust.empty() ? std::strerror(error) : candidate.distrust);
+        if (candidate.distrust.empty() && (error == EAGAIN || accepts(candidate.companion, timeout))) {
             break;
         }
     }
@@ -92,11 +92,11 @@ void Connection::send(const std::string& lines) {
         if (count > 0) {
             sent += static_cast<std::size_t>(count);
         } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
-            fail("does not take requests");
+            fail("does not read requests");
         } else if (errno == EPIPE || errno == ECONNRESET) {
             return;
         } else if (errno != EINTR) {
-            fail(std::string("cannot be written to: ") + std::strerror(errno));
+            fail(std::string("cannot be sent requests: ") + std::strerror(errno));
         }
     }
 }
@@ -113,7 +113,7 @@ bool Connection::waitForBytes(Deadline deadline, const std::vector<pollfd>& othe
         }
         const int ready = ::poll(wanted.data(), wanted.size(), milliseconds);
         if (ready == 0) {
-            fail("does not answer");
+            fail("does not reply");
         }
         if (ready > 0) {
             return std::all_of(wanted.begin(), wanted.end() - 1,
@@ -125,7 +125,7 @@ bool Connection::waitForBytes(Deadline deadline, const std::vector<pollfd>& othe
 void Connection::receiveBytes() {
     const std::size_t before = pending.size();
     if (before == maximumLineSize) {
-        fail("sends a line longer than 1 MiB");
+        fail("sent a line longer than 1 MiB");
     }
     pending.resize(std::min(before + readSize, maximumLineSize));
     const ssize_t count = ::recv(socket, pending.data() + before, pending.size() - before, 0);

@@ -7,23 +7,23 @@
 
 #include <poll.h>
 
-#include "SocketPlaces.h"
+#include "SocketCandidates.h"
 
 namespace SettingsCtl {
 
-/// A connection to one of the host's sockets that speaks lines. A host that cannot be reached, ends, does not answer in
-/// time or sends a line over the limit is a `Failure` (UNREACHABLE).
+/// A connection to one of the host's sockets, which carries lines. Throws `Failure` (UNREACHABLE) when the host cannot
+/// be reached, closes the connection, does not reply in time or sends a line over the limit.
 class Connection {
 public:
     using Deadline = std::optional<std::chrono::steady_clock::time_point>;
 
-    /// With its end. More than a host needs for all settings of the catalogue, each as large as a request can make it.
+    /// Including the newline. More than a host needs for all settings of the catalogue at their maximum size.
     static constexpr std::size_t maximumLineSize = 1024UL * 1024;
 
-    /// Connects to the first host of `places` that is there. One is when either of its sockets accepts a connection, so
-    /// that no verb goes to another host than the verb before it. Somebody who listens but does not accept in time is
-    /// there, too. `waitingTime` bounds each connecting and each `send`, and is what `deadline` gives to receiving.
-    Connection(const std::vector<SocketPlace>& places, std::chrono::milliseconds waitingTime);
+    /// Connects to the first host of `candidates` that is running: either of its sockets accepts a connection, or does
+    /// not do so in time. So all verbs go to the same host. `timeout` bounds each attempt to connect, each `send` and,
+    /// through `deadline`, each `receive`.
+    Connection(const std::vector<SocketCandidate>& candidates, std::chrono::milliseconds timeout);
     ~Connection();
 
     Connection(const Connection&) = delete;
@@ -31,14 +31,14 @@ public:
 
     const std::string& socketPath() const { return path; }
 
-    /// Sends lines that are already ended. A host that has closed the connection is told by the next `receive`, after
-    /// what it said before.
+    /// Sends lines with their newlines. If the host has closed the connection, `receive` throws, after it has returned
+    /// the lines that the host sent before.
     void send(const std::string& lines);
-    /// The moment until which an answer to what is sent now is waited for.
-    Deadline deadline() const { return std::chrono::steady_clock::now() + timeout; }
-    /// The next line without its end. Without a deadline it may take for ever.
+    /// When to give up waiting for a reply to a request sent now.
+    Deadline deadline() const { return std::chrono::steady_clock::now() + timeoutPerStep; }
+    /// The next line without its newline. Waits without limit if there is no deadline.
     std::string receive(Deadline deadline);
-    /// The next line, or nothing when one of the other descriptors has something to say before.
+    /// The next line, or nothing when one of the other descriptors is ready first.
     std::optional<std::string> receive(Deadline deadline, const std::vector<pollfd>& others);
 
 private:
@@ -47,7 +47,7 @@ private:
     [[noreturn]] void fail(const std::string& what) const;
 
     std::string path;
-    std::chrono::milliseconds timeout;
+    std::chrono::milliseconds timeoutPerStep;
     int socket = -1;
     std::string pending;
     std::size_t searched = 0;

@@ -5,13 +5,13 @@
 
 namespace SettingsCtl {
 
-/// How the program ends; scripts rely on the numbers.
+/// Exit statuses; scripts rely on the numbers.
 enum ExitStatus : int {
     DONE = 0,
-    /// Refused by the handler or the host, there is no such value, or the result cannot be written.
+    /// Refused by the handler or the host, no such value, or the result cannot be written.
     REFUSED = 1,
     WRONG_USAGE = 2,
-    /// The host cannot be reached, went away, or does not answer.
+    /// The host cannot be reached, closed the connection, or does not reply.
     UNREACHABLE = 3,
 };
 

@@ -4,7 +4,7 @@
 
 namespace SettingsCtl {
 
-/// Parses without recursion, so that no frame of a broken host exhausts the stack; refuses bytes that are no UTF-8.
+/// Parses without recursion, so that no nesting exhausts the stack, and rejects invalid UTF-8.
 constexpr unsigned jsonParseFlags =
     rapidjson::kParseDefaultFlags | rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag;
 

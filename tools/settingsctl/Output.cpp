@@ -41,7 +41,7 @@ std::string escaped(const std::string& text) {
         if (byte < 0x20 || byte == 0x7f || byte == '\\') {
             result += escapeOf(byte);
         } else if (byte == 0xc2 && next >= 0x80 && next < 0xa0) {
-            // The second row of control characters, two bytes in UTF-8.
+            // U+0080 to U+009F.
             result += hexadecimal("\\u00", next);
             ++index;
         } else {

@@ -8,26 +8,26 @@
 
 namespace SettingsCtl {
 
-/// How results are shown.
+/// How results are printed.
 struct OutputStyle {
     bool json = false;
     bool bareValues = false;
     bool quiet = false;
 };
 
-/// `text` with every control character (also DEL and U+0080 to U+009F) as an escape, so that no value can steer a
-/// terminal, and with two backslashes for each one, so that different texts look different.
+/// `text` with every control character (also DEL and U+0080 to U+009F) escaped, so that no value can control a
+/// terminal, and with every backslash doubled, so that different texts stay different.
 std::string escaped(const std::string& text);
 
 /// A compact JSON object of strings, and a compact JSON array of strings.
 std::string jsonObject(const std::map<std::string, std::string>& members);
 std::string jsonArray(const std::vector<std::string>& elements);
 
-/// Writes `text` to standard output at once.
-/// Errors: `Failure` (REFUSED) when it cannot be written: there is none, the disk is full, nobody reads any more.
+/// Writes `text` to standard output and flushes it.
+/// Errors: `Failure` (REFUSED) when it is closed, the disk is full, or the reader of a pipe has closed it.
 void print(const std::string& text);
 
-/// What is told when standard output cannot be written for the reason `error`, an `errno`.
+/// Standard output cannot be written; `error` is the `errno`.
 Failure unwritableOutput(int error);
 
 /// Prints a line, unless the style is quiet.

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "Commands.h"
 #include "Connection.h"
+#include "Verbs.h"
 #include "Wire.h"
 
 namespace SettingsCtl {
@@ -20,18 +20,18 @@ public:
     explicit Session(const Context& context) : connection(context.settingsSockets, context.timeout) {}
 
     std::string newMessageId();
-    /// Now, or the newest time stamp that an event on this connection had when that is greater: a request with it is
-    /// not older than what the host has seen.
+    /// The greater of now and the newest time stamp among the events received, so that the host does not see the
+    /// request as older than one before it.
     std::int64_t newTimestamp() const;
 
     void send(const std::string& lines) { connection.send(lines); }
-    /// Waits for the reply to `messageId`. Frames that come before it go to `onOtherFrame`.
-    /// Errors: `Failure` when the host refused what was sent, or does not answer in time.
+    /// Waits for the reply to `messageId`. Frames before it go to `onOtherFrame`.
+    /// Errors: `Failure` when the host sends a refusal, or does not reply in time.
     Frame receiveReply(const std::string& messageId, const FrameListener& onOtherFrame = {});
-    /// Waits for the values that were asked for with `messageId`.
+    /// Waits for the values in the reply to `messageId`.
     std::map<std::string, std::string> receiveSettings(const std::string& messageId,
                                                        const FrameListener& onOtherFrame = {});
-    /// Asks for the values of `keys`, of every setting when there are none, and waits for them.
+    /// Requests the values of `keys`, or of all settings when `keys` is empty, and waits for them.
     std::map<std::string, std::string> getSettings(const std::vector<std::string>& keys);
 
 private:

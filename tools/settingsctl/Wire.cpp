@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include "Failure.h"
-
 namespace SettingsCtl {
 
 namespace {
@@ -18,10 +16,6 @@ const rapidjson::Value* member(const rapidjson::Value& object, const char* name)
     }
     const auto found = object.FindMember(name);
     return found == object.MemberEnd() ? nullptr : &found->value;
-}
-
-Failure notUnderstood() {
-    return {UNREACHABLE, "what answers is no settings host: it sent a frame that cannot be understood"};
 }
 
 void startRequest(JsonWriter& writer, MessageType type, const std::string& messageId) {
@@ -39,11 +33,15 @@ std::string finishRequest(JsonWriter& writer, const rapidjson::StringBuffer& buf
 
 }  // namespace
 
+Failure malformedFrame() {
+    return {UNREACHABLE, "unexpected response: not a settings-host (malformed frame)"};
+}
+
 Frame::Frame(std::string received) : line(std::move(received)) {
-    // The parser would take a NUL for the end of the text.
+    // The parser stops at a NUL.
     if (line.find('\0') != std::string::npos || document.Parse<jsonParseFlags>(line.c_str()).HasParseError() ||
         !document.IsObject()) {
-        throw Failure(UNREACHABLE, "what answers is no settings host: it sent something that is no JSON object");
+        throw Failure(UNREACHABLE, "unexpected response: not a settings-host (not a JSON object)");
     }
 }
 
@@ -82,7 +80,7 @@ std::optional<Change> Frame::change() const {
     const auto from = payload.find("from");
     const auto to = payload.find("to");
     if (key == payload.end() || from == payload.end() || to == payload.end()) {
-        throw notUnderstood();
+        throw malformedFrame();
     }
     return Change{key->second, from->second, to->second};
 }
@@ -105,7 +103,7 @@ void Frame::throwIfRefusal() const {
     if (at({"error"}) != nullptr) {
         auto error = stringsAt({"error"});
         if (error["code"] == "too-many-clients") {
-            throw Failure(UNREACHABLE, "the host serves as many clients as it can; try again when one has left");
+            throw Failure(UNREACHABLE, "the host has reached its limit of clients; try again later");
         }
         throw Failure(REFUSED, "the host refused the request: " + error["message"] + " (" + error["code"] + ")");
     }
@@ -114,12 +112,12 @@ void Frame::throwIfRefusal() const {
 std::map<std::string, std::string> Frame::stringsAt(const std::vector<const char*>& path) const {
     const rapidjson::Value* const object = at(path);
     if (object == nullptr || !object->IsObject()) {
-        throw notUnderstood();
+        throw malformedFrame();
     }
     std::map<std::string, std::string> strings;
     for (const auto& entry : object->GetObject()) {
         if (!entry.value.IsString()) {
-            throw notUnderstood();
+            throw malformedFrame();
         }
         strings[stringOf(entry.name)] = stringOf(entry.value);
     }

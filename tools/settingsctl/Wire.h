@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "Failure.h"
 #include "Json.h"
 
 namespace SettingsCtl {
@@ -20,33 +21,35 @@ enum MessageType : int {
     SETTING_CHANGED = 25,
 };
 
-/// A setting took a new value.
+/// A setting has a new value.
 struct Change {
     std::string key;
     std::string from;
     std::string to;
 };
 
-/// One frame of the host.
+/// A frame lacks a member, or has one of the wrong type.
+Failure malformedFrame();
+
+/// A frame that the host sent.
 class Frame {
 public:
-    /// Errors: `Failure` (UNREACHABLE) when the text is no JSON object, so what answers is no settings host.
+    /// Errors: `Failure` (UNREACHABLE) when the text is not a JSON object.
     explicit Frame(std::string received);
 
     const std::string& text() const { return line; }
     bool isReplyTo(const std::string& messageId) const;
     /// The time stamp that an event carries.
     std::optional<std::int64_t> timestamp() const;
-    /// The change that an event announces; nothing when the frame is no event.
-    /// Errors: as `stringsAt`, when it is an event without key, old or new value.
+    /// The change that an event reports; nothing when the frame is not an event.
+    /// Errors: as `stringsAt`, when the event lacks the key, the old or the new value.
     std::optional<Change> change() const;
-    /// The keys that a notice asks to read again; nothing when the frame is no notice.
+    /// The keys that a notice asks to reread; nothing when the frame is not a notice.
     std::optional<std::vector<std::string>> reread() const;
-    /// Throws `Failure` when the host itself refused what was sent (REFUSED), or has no room for this client
-    /// (UNREACHABLE).
+    /// Throws `Failure` when the frame is a refusal: of a request (REFUSED), or of one more client (UNREACHABLE).
     void throwIfRefusal() const;
     /// The members of the object at a path of member names, in the order of their keys.
-    /// Errors: `Failure` (UNREACHABLE) when there is no object there, or one with a member that is no string.
+    /// Errors: `Failure` (UNREACHABLE) when there is no object, or one of its members is not a string.
     std::map<std::string, std::string> stringsAt(const std::vector<const char*>& path) const;
     /// The boolean at a path of member names.
     std::optional<bool> booleanAt(const std::vector<const char*>& path) const;
@@ -59,10 +62,9 @@ private:
     rapidjson::Document document;
 };
 
-/// Can the wire carry the text?
 bool isValidUtf8(const std::string& text);
 
-/// Requests as lines with their ends.
+/// Requests, each as a line with its newline.
 std::string getSettingsRequest(const std::string& messageId, const std::vector<std::string>& keys);
 std::string setSettingsRequest(const std::string& messageId, std::int64_t timestamp, const std::string& key,
                                const std::string& value);

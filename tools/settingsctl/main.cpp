@@ -10,23 +10,23 @@
 
 namespace {
 
-/// A standard stream that is closed would leave its number to the connection, and the host would then receive what is
-/// printed. What takes its place can be neither read nor written, so that lost output is noticed, and is always there.
-void fillStandardStreams() {
-    int filled = 0;
+/// Opens standard streams that are closed. Otherwise the connection would get the number of one, and the host would
+/// receive what is printed. O_PATH: reading and writing fail, so lost output is noticed, and "/" always exists.
+void openClosedStandardStreams() {
+    int opened = 0;
     do {
-        filled = ::open("/", O_PATH);
-    } while (filled >= 0 && filled <= STDERR_FILENO);
-    if (filled >= 0) {
-        ::close(filled);
+        opened = ::open("/", O_PATH);
+    } while (opened >= 0 && opened <= STDERR_FILENO);
+    if (opened >= 0) {
+        ::close(opened);
     }
 }
 
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
-    fillStandardStreams();
-    // A reader of our output that goes away is told like any other failure to write.
+    openClosedStandardStreams();
+    // A closed pipe is reported like any other failure to write.
     std::signal(SIGPIPE, SIG_IGN);
     try {
         return SettingsCtl::runCommandLine(argumentCount, arguments);

@@ -1,14 +1,14 @@
 #include <functional>
 
-#include "Commands.h"
 #include "Connection.h"
+#include "Verbs.h"
 #include "Wire.h"
 
 namespace SettingsCtl {
 
 namespace {
 
-/// Sends `{"command": …}` with the members that `arguments` writes, and waits for the answer.
+/// Sends `{"command": …}` with the members that `arguments` writes. Returns: the reply.
 Frame execute(
     const Context& context, const std::string& command,
     const std::function<void(JsonWriter&)>& arguments = [](JsonWriter&) {}) {
@@ -21,17 +21,21 @@ Frame execute(
     writer.EndObject();
     Connection connection(context.deviceSockets, context.timeout);
     connection.send(std::string(buffer.GetString(), buffer.GetSize()) + "\n");
-    Frame answer(connection.receive(connection.deadline()));
-    answer.throwIfRefusal();
-    return answer;
+    Frame reply(connection.receive(connection.deadline()));
+    reply.throwIfRefusal();
+    return reply;
 }
 
-ExitStatus confirm(const Context& context, const Frame& answer) {
-    if (answer.booleanAt({"ok"}) != true) {
-        throw Failure(UNREACHABLE, "what answers is no device socket");
+Failure notADeviceSocket() {
+    return {UNREACHABLE, "unexpected response: not a device socket"};
+}
+
+ExitStatus confirm(const Context& context, const Frame& reply) {
+    if (reply.booleanAt({"ok"}) != true) {
+        throw notADeviceSocket();
     }
     if (context.style.json) {
-        printLine(context.style, answer.text());
+        printLine(context.style, reply.text());
     }
     return DONE;
 }
@@ -44,18 +48,18 @@ void member(JsonWriter& writer, const char* name, const std::string& value) {
 }  // namespace
 
 ExitStatus page(const Context& context, bool newKey) {
-    const Frame answer = execute(context, "page", [newKey](JsonWriter& writer) {
+    const Frame reply = execute(context, "page", [newKey](JsonWriter& writer) {
         if (newKey) {
             writer.Key("newKey");
             writer.Bool(true);
         }
     });
-    const auto members = answer.stringsAt({"page"});
+    const auto members = reply.stringsAt({"page"});
     const auto address = members.find("address");
     if (address == members.end()) {
-        throw Failure(UNREACHABLE, "what answers is no device socket");
+        throw notADeviceSocket();
     }
-    printLine(context.style, context.style.json ? answer.text() : escaped(address->second));
+    printLine(context.style, context.style.json ? reply.text() : escaped(address->second));
     return DONE;
 }
 
@@ -79,7 +83,7 @@ ExitStatus deviceLocales(const Context& context, const std::vector<std::string>&
                    }));
 }
 
-ExitStatus deviceSwitch(const Context& context, const std::string& command, bool enabled) {
+ExitStatus switchDevice(const Context& context, const std::string& command, bool enabled) {
     return confirm(context, execute(context, command, [&](JsonWriter& writer) {
                        writer.Key("enabled");
                        writer.Bool(enabled);
@@ -87,14 +91,14 @@ ExitStatus deviceSwitch(const Context& context, const std::string& command, bool
 }
 
 ExitStatus deviceSetting(const Context& context, const std::string& key, const std::string& value) {
-    const Frame answer = execute(context, "setting", [&](JsonWriter& writer) {
+    const Frame reply = execute(context, "setting", [&](JsonWriter& writer) {
         member(writer, "key", key);
         member(writer, "value", value);
     });
-    if (!context.style.json && answer.booleanAt({"changed"}) == false) {
+    if (!context.style.json && reply.booleanAt({"changed"}) == false) {
         printLine(context.style, escaped(key) + ": unchanged");
     }
-    return confirm(context, answer);
+    return confirm(context, reply);
 }
 
 }  // namespace SettingsCtl

@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "Commands.h"
 #include "Session.h"
+#include "Verbs.h"
 #include "Wire/Catalogue.h"
 
 namespace SettingsCtl {
@@ -41,11 +41,11 @@ ExitStatus selected(const Context& context) {
     Session session(context);
     const std::string messageId = session.newMessageId();
     session.send(bareRequest(IS_SELECTED, messageId));
-    const auto answer = session.receiveReply(messageId).booleanAt({"payload", "isOrliaSelectedAsVA"});
-    if (!answer) {
-        throw Failure(UNREACHABLE, "the host's answer does not say whether the assistant is selected");
+    const auto isSelected = session.receiveReply(messageId).booleanAt({"payload", "isOrliaSelectedAsVA"});
+    if (!isSelected) {
+        throw malformedFrame();
     }
-    const std::string text = *answer ? "true" : "false";
+    const std::string text = *isSelected ? "true" : "false";
     printLine(context.style, context.style.json ? "{\"isOrliaSelectedAsVA\":" + text + "}" : text);
     return DONE;
 }

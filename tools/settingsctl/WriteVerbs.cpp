@@ -1,24 +1,24 @@
 #include <cstdio>
 #include <optional>
 
-#include "Commands.h"
+#include "DeviceSwitch.h"
 #include "Session.h"
+#include "Verbs.h"
 
 namespace SettingsCtl {
 
 namespace {
 
+/// Why the host refused to change the setting, as far as the catalogue tells: the host sends no reason.
 std::string likelyReason(const std::string& key) {
-    if (key == "captionsEnabled") {
-        return "it is set on the device only, with 'settingsctl device captions on|off'";
+    const auto* const setting = Wire::findSetting(key);
+    if (const auto deviceSwitch = setting == nullptr ? std::nullopt : deviceSwitchOf(*setting)) {
+        return "only the device can change it: use 'settingsctl device " + deviceSwitch->verb + " on|off'";
     }
-    if (key == "doNotDisturbEnabled") {
-        return "it is set on the device only, with 'settingsctl device do-not-disturb on|off'";
-    }
-    if (key == "orliaLocale") {
+    if (setting != nullptr && setting->kind == Wire::SettingKind::LOCALES) {
         return "it must be a JSON array with at least one locale, for example [\"en-US\"]";
     }
-    return "the host did not accept it, or had seen a newer request; its log says why";
+    return "the host did not accept it or has seen a newer request; see the host's log";
 }
 
 void printResult(const Context& context, const std::string& result, const Change& change) {
@@ -32,20 +32,19 @@ void printResult(const Context& context, const std::string& result, const Change
     }
 }
 
-void tellOtherValue(const Context& context, const std::string& value) {
+void warnOfOtherValue(const Context& context, const std::string& value) {
     if (!context.style.quiet) {
         std::fprintf(stderr, "settingsctl: accepted, but read back as '%s'\n", escaped(value).c_str());
     }
 }
 
-/// Sends a request that has no reply, and a question after it on the same connection: when the question is answered,
-/// the request was served.
-ExitStatus serve(const Context& context, MessageType type) {
+/// Sends a request that has no reply, then one that has: its reply means that the first request was served.
+ExitStatus sendAndWait(const Context& context, MessageType type) {
     Session session(context);
     const std::string request = session.newMessageId();
-    const std::string question = session.newMessageId();
-    session.send(bareRequest(type, request) + bareRequest(IS_SELECTED, question));
-    session.receiveReply(question);
+    const std::string query = session.newMessageId();
+    session.send(bareRequest(type, request) + bareRequest(IS_SELECTED, query));
+    session.receiveReply(query);
     if (context.style.json) {
         printLine(context.style, "{\"ok\":true}");
     }
@@ -59,10 +58,10 @@ ExitStatus set(const Context& context, const std::string& key, const std::string
     const std::string oldValue = session.getSettings({key})[key];
 
     const std::string request = session.newMessageId();
-    const std::string question = session.newMessageId();
-    session.send(setSettingsRequest(request, session.newTimestamp(), key, value) + getSettingsRequest(question, {key}));
+    const std::string query = session.newMessageId();
+    session.send(setSettingsRequest(request, session.newTimestamp(), key, value) + getSettingsRequest(query, {key}));
     std::optional<Change> accepted;
-    auto settings = session.receiveSettings(question, [&](const Frame& frame) {
+    auto settings = session.receiveSettings(query, [&](const Frame& frame) {
         const auto change = frame.change();
         if (change && change->key == key && change->to == value) {
             accepted = change;
@@ -73,7 +72,7 @@ ExitStatus set(const Context& context, const std::string& key, const std::string
     if (accepted) {
         printResult(context, "changed", *accepted);
         if (newValue != value) {
-            tellOtherValue(context, newValue);
+            warnOfOtherValue(context, newValue);
         }
         return DONE;
     }
@@ -86,11 +85,11 @@ ExitStatus set(const Context& context, const std::string& key, const std::string
 }
 
 ExitStatus openSettings(const Context& context) {
-    return serve(context, OPEN_SETTINGS);
+    return sendAndWait(context, OPEN_SETTINGS);
 }
 
 ExitStatus logOut(const Context& context) {
-    return serve(context, LOG_OUT);
+    return sendAndWait(context, LOG_OUT);
 }
 
 }  // namespace SettingsCtl

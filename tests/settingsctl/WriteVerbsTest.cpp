@@ -4,6 +4,7 @@
 
 #include "FakeHost.h"
 #include "Json.h"
+#include "Wire/Catalogue.h"
 
 using namespace SettingsCtlTests;
 
@@ -20,8 +21,8 @@ std::int64_t timestampOf(const std::string& request) {
     return document["timestamp"].GetInt64();
 }
 
-/// What a host sends for the two questions, and around them.
-struct Play {
+/// What the host sends: both replies, and frames before them.
+struct HostScript {
     std::string oldSettings = "{}";
     std::vector<std::string> framesBefore;
     std::vector<std::string> framesBetween;
@@ -33,24 +34,24 @@ struct Outcome {
     std::string request;
 };
 
-/// Runs `set deviceName Den`, or with other arguments, against a host that plays `play`.
-Outcome runSet(const Play& play, std::vector<std::string> arguments = {"set", "deviceName", "Den"}) {
+/// Runs `set deviceName Den`, or with other arguments, against a host that sends `script`.
+Outcome runSet(const HostScript& script, std::vector<std::string> arguments = {"set", "deviceName", "Den"}) {
     const FakeHost host;
     auto program = host.start(std::move(arguments));
     Peer client = host.accept();
-    const std::string question = client.receiveLine();
-    const std::string keys = question.substr(question.find('['), question.find(']') + 1 - question.find('['));
-    EXPECT_EQ(question, getRequest(program, 1, keys));
-    for (const auto& frame : play.framesBefore) {
+    const std::string query = client.receiveLine();
+    const std::string keys = query.substr(query.find('['), query.find(']') + 1 - query.find('['));
+    EXPECT_EQ(query, getRequest(program, 1, keys));
+    for (const auto& frame : script.framesBefore) {
         client.sendLine(frame);
     }
-    client.sendLine(getReply(program, 1, play.oldSettings));
+    client.sendLine(getReply(program, 1, script.oldSettings));
     std::string request = client.receiveLine();
     EXPECT_EQ(client.receiveLine(), getRequest(program, 3, keys));
-    for (const auto& frame : play.framesBetween) {
+    for (const auto& frame : script.framesBetween) {
         client.sendLine(frame);
     }
-    client.sendLine(getReply(program, 3, play.newSettings));
+    client.sendLine(getReply(program, 3, script.newSettings));
     EXPECT_TRUE(client.clientCloses());
     return {finish(program), std::move(request)};
 }
@@ -63,7 +64,7 @@ void expectEnd(const Outcome& outcome, int status, const std::string& output, co
 
 }  // namespace
 
-TEST(SettingsCtlSet, AsksSetsAndAsksAgainOnOneConnection) {
+TEST(SettingsCtlSet, ReadsSetsAndReadsAgainOnOneConnection) {
     const FakeHost host;
     auto program = host.start({"set", "deviceName", "Den"});
     Peer client = host.accept();
@@ -89,60 +90,66 @@ TEST(SettingsCtlSet, PrintsTheChangeOfTheEvent) {
     expectEnd(outcome, 0, "deviceName: 'the event has it' -> 'Den'\n", "");
 }
 
-TEST(SettingsCtlSet, SaysUnchangedWhenThereIsNoEventAndTheValueIsTheOneAskedFor) {
+TEST(SettingsCtlSet, PrintsUnchangedWithoutAnEventForTheSameValue) {
     expectEnd(runSet({R"({"deviceName":"Den"})", {}, {}, R"({"deviceName":"Den"})"}), 0, "deviceName: unchanged\n", "");
 }
 
-TEST(SettingsCtlSet, SaysRefusedWhenThereIsNoEventAndTheValueIsAnother) {
+TEST(SettingsCtlSet, ReportsARefusalWithoutAnEventForAnotherValue) {
     expectEnd(runSet({R"({"deviceName":"TV"})", {}, {}, R"({"deviceName":"TV"})"}), 1, "",
-              "settingsctl: 'deviceName' was refused: the host did not accept it, or had seen a newer request; its log "
-              "says why\n");
+              "settingsctl: 'deviceName' was refused: the host did not accept it or has seen a newer request; see the "
+              "host's log\n");
 }
 
-TEST(SettingsCtlSet, CountsOnlyAnEventOfThatKeyAndValueAfterItsRequest) {
+TEST(SettingsCtlSet, AcceptsOnlyAnEventOfItsKeyAndValueAfterItsRequest) {
     const std::string mine = event("deviceName", "TV", "Den");
-    const Play play{R"({"deviceName":"TV"})",
-                    {mine},
-                    {event("friendlyName", "TV", "Den"), event("deviceName", "TV", "Attic"),
-                     R"({"notice":{"reread":["deviceName"]}})"},
-                    R"({"deviceName":"Attic"})"};
-    EXPECT_EQ(runSet(play).end.status, 1);
+    const HostScript script{R"({"deviceName":"TV"})",
+                            {mine},
+                            {event("friendlyName", "TV", "Den"), event("deviceName", "TV", "Attic"),
+                             R"({"notice":{"reread":["deviceName"]}})"},
+                            R"({"deviceName":"Attic"})"};
+    EXPECT_EQ(runSet(script).end.status, 1);
 }
 
-TEST(SettingsCtlSet, IsAcceptedThoughAnotherClientSetTheValueAgain) {
-    const Play play{R"({"deviceName":"TV"})",
-                    {},
-                    {event("deviceName", "TV", "Den"), event("deviceName", "Den", "Attic")},
-                    R"({"deviceName":"Attic"})"};
-    expectEnd(runSet(play), 0, "deviceName: 'TV' -> 'Den'\n", "settingsctl: accepted, but read back as 'Attic'\n");
+TEST(SettingsCtlSet, SucceedsWhenAnotherClientSetsTheValueAgain) {
+    const HostScript script{R"({"deviceName":"TV"})",
+                            {},
+                            {event("deviceName", "TV", "Den"), event("deviceName", "Den", "Attic")},
+                            R"({"deviceName":"Attic"})"};
+    expectEnd(runSet(script), 0, "deviceName: 'TV' -> 'Den'\n", "settingsctl: accepted, but read back as 'Attic'\n");
 }
 
-TEST(SettingsCtlSet, TellsWhenTheOwnerOfAValueMadeSomethingElseOfIt) {
-    const Play play{R"({"handsFreeEnabled":"false"})",
-                    {},
-                    {event("handsFreeEnabled", "false", "TRUE")},
-                    R"({"handsFreeEnabled":"false"})"};
-    expectEnd(runSet(play, {"set", "handsFreeEnabled", "TRUE"}), 0, "handsFreeEnabled: 'false' -> 'TRUE'\n",
+TEST(SettingsCtlSet, WarnsWhenTheOwnerStoresAnotherValue) {
+    const HostScript script{R"({"handsFreeEnabled":"false"})",
+                            {},
+                            {event("handsFreeEnabled", "false", "TRUE")},
+                            R"({"handsFreeEnabled":"false"})"};
+    expectEnd(runSet(script, {"set", "handsFreeEnabled", "TRUE"}), 0, "handsFreeEnabled: 'false' -> 'TRUE'\n",
               "settingsctl: accepted, but read back as 'false'\n");
 }
 
-TEST(SettingsCtlSet, IsNeverOlderThanTheNewestEventThatItSaw) {
+TEST(SettingsCtlSet, IsNeverOlderThanTheNewestEvent) {
     const std::string future = "4102444800000";
-    const Play play{R"({"deviceName":"TV"})", {event("timezone", "a", "b", future)}, {}, R"({"deviceName":"Den"})"};
-    EXPECT_EQ(timestampOf(runSet(play).request), 4102444800000);
+    const HostScript script{
+        R"({"deviceName":"TV"})", {event("timezone", "a", "b", future)}, {}, R"({"deviceName":"Den"})"};
+    EXPECT_EQ(timestampOf(runSet(script).request), 4102444800000);
 }
 
-TEST(SettingsCtlSet, NamesTheDeviceForWhatOnlyTheDeviceSets) {
-    expectEnd(runSet({R"({"captionsEnabled":"false"})", {}, {}, R"({"captionsEnabled":"false"})"},
-                     {"set", "captionsEnabled", "true"}),
-              1, "",
-              "settingsctl: 'captionsEnabled' was refused: it is set on the device only, with 'settingsctl device "
+TEST(SettingsCtlSet, NamesTheVerbOfTheDeviceForASettingThatOnlyTheDeviceSets) {
+    const auto errorsFor = [](const std::string& key) {
+        const Outcome outcome = runSet({}, {"set", key, "no such value"});
+        EXPECT_EQ(outcome.end.status, 1) << key;
+        return outcome.end.errors;
+    };
+    EXPECT_EQ(errorsFor("captionsEnabled"),
+              "settingsctl: 'captionsEnabled' was refused: only the device can change it: use 'settingsctl device "
               "captions on|off'\n");
-    expectEnd(runSet({R"({"doNotDisturbEnabled":"false"})", {}, {}, R"({"doNotDisturbEnabled":"false"})"},
-                     {"set", "doNotDisturbEnabled", "true"}),
-              1, "",
-              "settingsctl: 'doNotDisturbEnabled' was refused: it is set on the device only, with 'settingsctl device "
+    EXPECT_EQ(errorsFor("doNotDisturbEnabled"),
+              "settingsctl: 'doNotDisturbEnabled' was refused: only the device can change it: use 'settingsctl device "
               "do-not-disturb on|off'\n");
+    for (const auto& setting : Wire::catalogue()) {
+        const bool namesTheDevice = errorsFor(setting.key).find("'settingsctl device ") != std::string::npos;
+        EXPECT_EQ(namesTheDevice, setting.setByDeviceOnly) << setting.key;
+    }
 }
 
 TEST(SettingsCtlSet, NamesTheFormOfALocale) {
@@ -152,7 +159,7 @@ TEST(SettingsCtlSet, NamesTheFormOfALocale) {
               "[\"en-US\"]\n");
 }
 
-TEST(SettingsCtlSet, HandsOverAnyValueAsItIs) {
+TEST(SettingsCtlSet, SendsAnyValueUnchanged) {
     const std::pair<std::string, std::string> values[] = {{R"(["fr-FR","en-US"])", R"([\"fr-FR\",\"en-US\"])"},
                                                           {"[a,b]", "[a,b]"},
                                                           {"{}", "{}"},
@@ -178,12 +185,12 @@ TEST(SettingsCtlSet, HandsOverAnyValueAsItIs) {
 }
 
 TEST(SettingsCtlSet, EscapesControlCharactersInText) {
-    const Play play{"{}", {}, {event("k", "\\u001b[31m", "a\\nb")}, R"({"k":"\u009b"})"};
-    expectEnd(runSet(play, {"set", "k", "a\nb"}), 0, "k: '\\x1b[31m' -> 'a\\nb'\n",
+    const HostScript script{"{}", {}, {event("k", "\\u001b[31m", "a\\nb")}, R"({"k":"\u009b"})"};
+    expectEnd(runSet(script, {"set", "k", "a\nb"}), 0, "k: '\\x1b[31m' -> 'a\\nb'\n",
               "settingsctl: accepted, but read back as '\\u009b'\n");
 }
 
-TEST(SettingsCtlSet, TellsTheResultInJson) {
+TEST(SettingsCtlSet, PrintsTheResultAsJson) {
     const std::vector<std::string> arguments{"set", "--json", "deviceName", "Den"};
     const std::string old = R"({"deviceName":"TV"})";
     const std::string wanted = R"({"deviceName":"Den"})";
@@ -193,8 +200,8 @@ TEST(SettingsCtlSet, TellsTheResultInJson) {
               "{\"from\":\"Den\",\"key\":\"deviceName\",\"result\":\"unchanged\",\"to\":\"Den\"}\n", "");
     expectEnd(runSet({old, {}, {}, old}, arguments), 1,
               "{\"from\":\"TV\",\"key\":\"deviceName\",\"result\":\"refused\",\"to\":\"Den\"}\n",
-              "settingsctl: 'deviceName' was refused: the host did not accept it, or had seen a newer request; its log "
-              "says why\n");
+              "settingsctl: 'deviceName' was refused: the host did not accept it or has seen a newer request; see the "
+              "host's log\n");
 }
 
 TEST(SettingsCtlSet, PrintsNoResultWhenQuiet) {
@@ -203,7 +210,7 @@ TEST(SettingsCtlSet, PrintsNoResultWhenQuiet) {
               "");
 }
 
-TEST(SettingsCtlSet, TellsWhyTheHostRefusedTheRequest) {
+TEST(SettingsCtlSet, ReportsARefusalFrame) {
     const FakeHost host;
     auto program = host.start({"set", "deviceName", "Den"});
     Peer client = host.accept();
@@ -225,7 +232,7 @@ protected:
     static std::string verb() { return GetParam() == openSettings ? "open-settings" : "logout"; }
 };
 
-TEST_P(SettingsCtlRequest, IsFollowedByAQuestionWhoseAnswerTellsThatItWasServed) {
+TEST_P(SettingsCtlRequest, IsServedWhenTheNextRequestHasItsReply) {
     const FakeHost host;
     auto program = host.start({verb()});
     Peer client = host.accept();
@@ -237,7 +244,7 @@ TEST_P(SettingsCtlRequest, IsFollowedByAQuestionWhoseAnswerTellsThatItWasServed)
     SettingsCtlTests::expectEnd(program, 0, "", "");
 }
 
-TEST_P(SettingsCtlRequest, SaysSoInJsonWhenItWasServed) {
+TEST_P(SettingsCtlRequest, PrintsJsonWhenServed) {
     const FakeHost host;
     auto program = host.start({verb(), "--json"});
     Peer client = host.accept();

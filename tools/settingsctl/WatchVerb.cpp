@@ -5,15 +5,15 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
-#include "Commands.h"
 #include "Connection.h"
+#include "Verbs.h"
 #include "Wire.h"
 
 namespace SettingsCtl {
 
 namespace {
 
-/// SIGINT and SIGTERM as something to wait for.
+/// SIGINT and SIGTERM as a descriptor to poll.
 class Interruption {
 public:
     Interruption() {
@@ -57,15 +57,15 @@ void printFrame(const Context& context, const Frame& frame) {
     }
 }
 
-/// Scripts wait for this line before they change what they watch.
-void tellReady(const Context& context, const Connection& connection) {
+/// Scripts wait for this line before they make the changes that they watch.
+void printReady(const Context& context, const Connection& connection) {
     if (!context.style.quiet) {
         std::fprintf(stderr, "settingsctl: watching %s\n", escaped(connection.socketPath()).c_str());
     }
 }
 
-/// Standard output had an end of its own.
-[[noreturn]] void failWithoutReader() {
+/// Reports why standard output cannot be written: it is closed, or a pipe without a reader.
+[[noreturn]] void failForOutput() {
     pollfd output{STDOUT_FILENO, 0, 0};
     ::poll(&output, 1, 0);
     throw unwritableOutput((output.revents & POLLNVAL) != 0 ? EBADF : EPIPE);
@@ -76,9 +76,9 @@ void tellReady(const Context& context, const Connection& connection) {
 ExitStatus watch(const Context& context) {
     const Interruption interruption;
     Connection connection(context.settingsSockets, context.timeout);
-    // The answer to a question tells that the host serves this connection, so that no later change is missed.
-    const std::string question = "watch";
-    connection.send(bareRequest(IS_SELECTED, question));
+    // The reply means that the host serves this connection and sends it all later changes.
+    const std::string query = "watch";
+    connection.send(bareRequest(IS_SELECTED, query));
     Connection::Deadline deadline = connection.deadline();
     std::vector<pollfd> ends{{interruption.descriptor(), POLLIN, 0}};
     if (!context.style.quiet) {
@@ -87,15 +87,15 @@ ExitStatus watch(const Context& context) {
     while (const auto line = connection.receive(deadline, ends)) {
         const Frame frame(*line);
         frame.throwIfRefusal();
-        if (frame.isReplyTo(question)) {
+        if (frame.isReplyTo(query)) {
             deadline.reset();
-            tellReady(context, connection);
+            printReady(context, connection);
         } else {
             printFrame(context, frame);
         }
     }
     if (!interruption.happened()) {
-        failWithoutReader();
+        failForOutput();
     }
     return DONE;
 }

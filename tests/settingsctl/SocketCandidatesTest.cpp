@@ -4,7 +4,7 @@
 #include <unistd.h>
 
 #include "FakeHost.h"
-#include "SocketPlaces.h"
+#include "SocketCandidates.h"
 
 using namespace SettingsCtl;
 using namespace SettingsCtlTests;
@@ -14,11 +14,11 @@ namespace {
 using Words = std::vector<std::string>;
 
 /// Each as "PATH COMPANION".
-Words shown(const std::vector<SocketPlace>& places) {
+Words shown(const std::vector<SocketCandidate>& candidates) {
     Words words;
-    for (const auto& place : places) {
-        EXPECT_EQ(place.objection, "");
-        words.push_back(place.path + " " + place.companion);
+    for (const auto& candidate : candidates) {
+        EXPECT_EQ(candidate.distrust, "");
+        words.push_back(candidate.path + " " + candidate.companion);
     }
     return words;
 }
@@ -26,35 +26,35 @@ Words shown(const std::vector<SocketPlace>& places) {
 const Words systemsSettings{"/run/settings-host/settings.sock /run/settings-host/device.sock"};
 
 Words settings(const SocketOptions& options, const char* runtimeFolder = "/run/user/1") {
-    return shown(settingsPlaces(options, runtimeFolder));
+    return shown(settingsSockets(options, runtimeFolder));
 }
 
 Words device(const SocketOptions& options, const char* runtimeFolder = "/run/user/1") {
-    return shown(devicePlaces(options, runtimeFolder));
+    return shown(deviceSockets(options, runtimeFolder));
 }
 
 }  // namespace
 
-TEST(SettingsCtlSocketPlaces, AreTheUsersOwnAndTheSystems) {
+TEST(SettingsCtlSocketCandidates, AreThoseOfTheUsersAndTheSystemsHost) {
     EXPECT_EQ(settings({}), (Words{"/run/user/1/settings-host/settings.sock /run/user/1/settings-host/device.sock",
                                    "/run/settings-host/settings.sock /run/settings-host/device.sock"}));
     EXPECT_EQ(device({}), (Words{"/run/user/1/settings-host/device.sock /run/user/1/settings-host/settings.sock",
                                  "/run/settings-host/device.sock /run/settings-host/settings.sock"}));
 }
 
-TEST(SettingsCtlSocketPlaces, AreInATemporaryFolderOfTheUserWithoutARuntimeFolder) {
+TEST(SettingsCtlSocketCandidates, AreInATemporaryFolderOfTheUserWithoutARuntimeFolder) {
     const std::string folder = "/tmp/settings-host-" + std::to_string(::geteuid());
     for (const char* const none : {static_cast<const char*>(nullptr), "", "run/user"}) {
-        const auto places = settingsPlaces({}, none);
-        ASSERT_EQ(places.size(), 2U);
-        EXPECT_EQ(places[0].path, folder + "/settings.sock");
-        EXPECT_EQ(places[0].companion, folder + "/device.sock");
-        EXPECT_EQ(places[0].objection, objectionTo(folder));
-        EXPECT_EQ(places[1].path, "/run/settings-host/settings.sock");
+        const auto candidates = settingsSockets({}, none);
+        ASSERT_EQ(candidates.size(), 2U);
+        EXPECT_EQ(candidates[0].path, folder + "/settings.sock");
+        EXPECT_EQ(candidates[0].companion, folder + "/device.sock");
+        EXPECT_EQ(candidates[0].distrust, distrustOf(folder));
+        EXPECT_EQ(candidates[1].path, "/run/settings-host/settings.sock");
     }
 }
 
-TEST(SettingsCtlSocketPlaces, AreThoseThatAreGivenAndNoOthers) {
+TEST(SettingsCtlSocketCandidates, AreOnlyTheGivenSockets) {
     EXPECT_EQ(settings({"/a/x.sock", {}}), Words{"/a/x.sock "});
     EXPECT_EQ(settings({"/a/x.sock", "/b/y.sock"}), Words{"/a/x.sock "});
     EXPECT_EQ(device({"/a/x.sock", "/b/y.sock"}), Words{"/b/y.sock "});
@@ -63,46 +63,46 @@ TEST(SettingsCtlSocketPlaces, AreThoseThatAreGivenAndNoOthers) {
     EXPECT_EQ(settings({"", {}}), Words{" "});
 }
 
-TEST(SettingsCtlSocketPlaces, AreOfOneHostWhenOneIsGiven) {
+TEST(SettingsCtlSocketCandidates, AreInOneFolderWhenTheSettingsSocketIsGiven) {
     EXPECT_EQ(device({"/a/x.sock", {}}), Words{"/a/device.sock "});
     EXPECT_EQ(device({"x.sock", {}}), Words{"device.sock "});
     EXPECT_EQ(device({"", {}}), Words{" "});
 }
 
-TEST(SettingsCtlSocketPlaces, AreNotTrustedInAFolderThatAnybodyCouldHaveMade) {
+TEST(SettingsCtlSocketCandidates, AreNotTrustedInAFolderOfOthers) {
     const TestSupport::TemporaryDirectory here;
-    EXPECT_EQ(objectionTo(here / "missing"), "");
+    EXPECT_EQ(distrustOf(here / "missing"), "");
     const std::string folder = here / "folder";
     std::filesystem::create_directory(folder);
-    EXPECT_EQ(objectionTo(folder), "");
+    EXPECT_EQ(distrustOf(folder), "");
     std::filesystem::create_directory_symlink(folder, here / "link");
-    EXPECT_EQ(objectionTo(here / "link"), "its folder is a link or no folder");
+    EXPECT_EQ(distrustOf(here / "link"), "its folder is a link or not a folder");
     std::ofstream(here / "file") << "a file";
-    EXPECT_EQ(objectionTo(here / "file"), "its folder is a link or no folder");
+    EXPECT_EQ(distrustOf(here / "file"), "its folder is a link or not a folder");
     for (const auto others : {std::filesystem::perms::group_write, std::filesystem::perms::others_write}) {
         std::filesystem::permissions(folder, std::filesystem::perms::owner_all | others);
-        EXPECT_EQ(objectionTo(folder), "its folder is writable by others");
+        EXPECT_EQ(distrustOf(folder), "its folder is writable by others");
     }
     if (::geteuid() != 0) {
-        EXPECT_EQ(objectionTo("/"), "its folder belongs to another user");
+        EXPECT_EQ(distrustOf("/"), "its folder belongs to another user");
     } else {
-        constexpr uid_t somebody = 12345;
-        ASSERT_EQ(::chown(folder.c_str(), somebody, somebody), 0);
-        EXPECT_EQ(objectionTo(folder), "its folder belongs to another user");
+        constexpr uid_t anotherUser = 12345;
+        ASSERT_EQ(::chown(folder.c_str(), anotherUser, anotherUser), 0);
+        EXPECT_EQ(distrustOf(folder), "its folder belongs to another user");
     }
 }
 
 namespace {
 
-/// A machine of its own, as far as /run and /tmp go, on which the test plays the system's host.
-class SettingsCtlOnAMachine : public testing::Test {
+/// A mount namespace with a /run of its own, in which the test takes the role of the system's host.
+class SettingsCtlInItsOwnNamespace : public testing::Test {
 protected:
     void SetUp() override {
         keeper.emplace(Words{"unshare", "--user", "--map-root-user", "--mount", "sh", "-c",
                              "mount -t tmpfs none /run && mkdir -p /run/settings-host /run/own && echo mounted && "
                              "exec sleep 1000"});
         if (keeper->output().readLine() != "mounted") {
-            GTEST_SKIP() << "this machine lets nobody make a disk: " << keeper->errors().readAll();
+            GTEST_SKIP() << "cannot mount in a user namespace: " << keeper->errors().readAll();
         }
     }
 
@@ -121,7 +121,7 @@ protected:
 
 }  // namespace
 
-TEST_F(SettingsCtlOnAMachine, SpeaksToTheSystemsHostWhenTheUserHasNone) {
+TEST_F(SettingsCtlInItsOwnNamespace, UsesTheSystemsHostWhenTheUserHasNone) {
     const ListeningSocket settingsSocket(seenFromHere("/run/settings-host/settings.sock"));
     const ListeningSocket deviceSocket(seenFromHere("/run/settings-host/device.sock"));
     {
@@ -143,7 +143,7 @@ TEST_F(SettingsCtlOnAMachine, SpeaksToTheSystemsHostWhenTheUserHasNone) {
     expectEnd(program, 0, "timezone=the system's\n", "");
 }
 
-TEST_F(SettingsCtlOnAMachine, PrefersTheUsersOwnHost) {
+TEST_F(SettingsCtlInItsOwnNamespace, PrefersTheUsersOwnHost) {
     const ListeningSocket theSystems(seenFromHere("/run/settings-host/settings.sock"));
     const ListeningSocket theSystemsDevice(seenFromHere("/run/settings-host/device.sock"));
     const ListeningSocket own(seenFromHere("/run/own/settings-host/settings.sock"));
@@ -159,7 +159,7 @@ TEST_F(SettingsCtlOnAMachine, PrefersTheUsersOwnHost) {
               "settings-host running?)\n");
 }
 
-TEST_F(SettingsCtlOnAMachine, NamesBothWhenThereIsNone) {
+TEST_F(SettingsCtlInItsOwnNamespace, NamesBothSocketsWhenNoHostRuns) {
     auto program = start({"get"});
     expectEnd(
         program, 3, "",
@@ -172,7 +172,7 @@ TEST_F(SettingsCtlOnAMachine, NamesBothWhenThereIsNone) {
         "at /run/settings-host/device.sock: No such file or directory (is settings-host running?)\n");
 }
 
-TEST_F(SettingsCtlOnAMachine, TriesNothingElseThanWhatIsGiven) {
+TEST_F(SettingsCtlInItsOwnNamespace, TriesOnlyTheGivenSocket) {
     const ListeningSocket theSystems(seenFromHere("/run/settings-host/settings.sock"));
     const ListeningSocket theSystemsDevice(seenFromHere("/run/settings-host/device.sock"));
     const std::string end = ": No such file or directory (is settings-host running?)\n";
