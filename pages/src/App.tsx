@@ -3,7 +3,7 @@ import { useEffect, useMemo, useRef, useState } from 'preact/hooks';
 
 import { Announcement } from './components/Announcement';
 import { Banner } from './components/Banner';
-import { Page } from './components/page';
+import { Page } from './settings/format';
 import { useRemoteControl } from './focus/useRemoteControl';
 import { languageFor, localesOf } from './i18n/language';
 import { sections, type SectionId } from './sections/sections';

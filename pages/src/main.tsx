@@ -1,7 +1,7 @@
 import { render } from 'preact';
 
 import { App } from './App';
-import { isSetting } from './components/page';
+import { isSetting } from './settings/format';
 import { actOncePerPress } from './focus/keys';
 import './page.css';
 import { Store } from './state/store';

@@ -2,7 +2,7 @@ import type { JSX } from 'preact';
 import { useEffect, useState } from 'preact/hooks';
 
 import { shownFor } from '../state/store';
-import { nameOfSetting, usePage, wordsFor } from './page';
+import { nameOfSetting, usePage, wordsFor } from '../settings/format';
 
 /** What changed without this page's doing. */
 export function Announcement(): JSX.Element {

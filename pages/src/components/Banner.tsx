@@ -1,6 +1,6 @@
 import type { JSX } from 'preact';
 
-import { usePage } from './page';
+import { usePage } from '../settings/format';
 
 /** Says that the television is not there, and what can be done. */
 export function Banner({ onRetry }: { readonly onRetry: () => void }): JSX.Element {

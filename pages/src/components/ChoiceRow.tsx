@@ -1,6 +1,6 @@
 import type { JSX } from 'preact';
 
-import { nameOfSetting, shortened, usePage } from './page';
+import { nameOfSetting, shortened, usePage } from '../settings/format';
 import type { MessageKey } from '../i18n/en';
 import { RowStatus } from './RowStatus';
 

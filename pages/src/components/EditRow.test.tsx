@@ -6,7 +6,7 @@ import { languageFor } from '../i18n/language';
 import { Store } from '../state/store';
 import { useStore } from '../state/useStore';
 import { EditRow } from './EditRow';
-import { Page } from './page';
+import { Page } from '../settings/format';
 
 const place = document.createElement('div');
 let sent: string[];

@@ -1,7 +1,7 @@
 import type { JSX } from 'preact';
 import { useEffect, useLayoutEffect, useRef, useState } from 'preact/hooks';
 
-import { defaultOf, isBlank, nameOfSetting, pairOf, usePage, wordsFor } from './page';
+import { defaultOf, isBlank, nameOfSetting, pairOf, usePage, wordsFor } from '../settings/format';
 import { RowStatus } from './RowStatus';
 
 interface Props {

@@ -2,7 +2,7 @@ import type { JSX } from 'preact';
 import { useMemo, useState } from 'preact/hooks';
 
 import { Dialog } from './Dialog';
-import { usePage } from './page';
+import { usePage } from '../settings/format';
 
 export interface Option {
     readonly value: string;

@@ -1,7 +1,7 @@
 import type { JSX } from 'preact';
 
 import type { Refused } from '../state/store';
-import { shortened, usePage, wordsFor } from './page';
+import { shortened, usePage, wordsFor } from '../settings/format';
 
 const signs = { saving: '…', accepted: '✓', default: '✓', unchanged: '=', refused: '✕', draft: '✎' } as const;
 

@@ -1,6 +1,6 @@
 import type { JSX } from 'preact';
 
-import { nameOfSetting, usePage, wordsFor } from './page';
+import { nameOfSetting, usePage, wordsFor } from '../settings/format';
 import { RowStatus } from './RowStatus';
 
 interface Props {

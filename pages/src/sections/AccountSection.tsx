@@ -2,7 +2,7 @@ import type { JSX } from 'preact';
 import { useEffect, useState } from 'preact/hooks';
 
 import { Dialog } from '../components/Dialog';
-import { usePage, wordsFor } from '../components/page';
+import { usePage, wordsFor } from '../settings/format';
 import { ReadOnlyRow } from '../components/ReadOnlyRow';
 
 const actionWords = {

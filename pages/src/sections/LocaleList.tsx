@@ -1,7 +1,7 @@
 import type { JSX } from 'preact';
 import { useMemo, useState } from 'preact/hooks';
 
-import { shortened, usePage } from '../components/page';
+import { shortened, usePage } from '../settings/format';
 import { Picker } from '../components/Picker';
 import { RowStatus } from '../components/RowStatus';
 import { localesOf, nameOfLocale } from '../i18n/language';

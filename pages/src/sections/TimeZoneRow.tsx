@@ -1,7 +1,7 @@
 import type { JSX } from 'preact';
 import { useMemo, useState } from 'preact/hooks';
 
-import { usePage, wordsFor } from '../components/page';
+import { usePage, wordsFor } from '../settings/format';
 import { Picker, type Option } from '../components/Picker';
 import { RowStatus } from '../components/RowStatus';
 

@@ -2,7 +2,7 @@ import type { JSX } from 'preact';
 
 import { ChoiceRow } from '../components/ChoiceRow';
 import { EditRow } from '../components/EditRow';
-import { captionStyles, fontSizes, usePage, wordsFor } from '../components/page';
+import { captionStyles, fontSizes, usePage, wordsFor } from '../settings/format';
 import { ReadOnlyRow } from '../components/ReadOnlyRow';
 import { SwitchRow } from '../components/SwitchRow';
 import type { MessageKey } from '../i18n/en';

@@ -1,8 +1,8 @@
 import { describe, expect, it } from 'vitest';
 
 import { languageFor } from '../i18n/language';
-import { defaultOf, nameOfSetting, pairOf, shortened, wordsFor } from './page';
-import { matching } from './Picker';
+import { defaultOf, nameOfSetting, pairOf, shortened, wordsFor } from './format';
+import { matching } from '../components/Picker';
 
 const english = languageFor('en');
 const [schema] = Object.values(
