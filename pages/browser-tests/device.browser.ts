@@ -50,7 +50,7 @@ async function tabTo(page: Page, name: string): Promise<void> {
 }
 
 async function expectReport(page: Page, report: string): Promise<void> {
-    await page.locator('.device-report', { hasText: report }).waitFor();
+    await page.locator('.device-result', { hasText: report }).waitFor();
 }
 
 async function expectFact(page: Page, fact: string, value: string): Promise<void> {

@@ -1,7 +1,7 @@
 import { chromium, type Browser, type BrowserContext, type Page } from 'playwright-core';
 import { expect, inject } from 'vitest';
 
-import { shownFor } from '../src/state/store';
+import { messageDuration } from '../src/state/store';
 import type { Host } from './host';
 
 export const wide = { width: 1920, height: 1080 };
@@ -85,7 +85,7 @@ export async function visit(
                 const start = window.setTimeout.bind(window);
                 window.setTimeout = ((act: () => void, delay?: number) =>
                     delay === pause ? 0 : start(act, delay)) as typeof setTimeout;
-            }, shownFor);
+            }, messageDuration);
         }
         const page = await context.newPage();
         page.setDefaultTimeout(60_000);

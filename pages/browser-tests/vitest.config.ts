@@ -1,5 +1,7 @@
 import { defineConfig } from 'vitest/config';
 
+import '../scripts/generate-catalogue.mjs';
+
 /** What to run: the tests, or what makes the pictures or the figures of the documents. */
 const kind = process.env['MAKE'] ?? 'browser';
 

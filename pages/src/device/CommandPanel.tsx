@@ -1,7 +1,7 @@
 import type { ComponentChildren, JSX } from 'preact';
 import { useState } from 'preact/hooks';
 
-import { deviceSwitches, knownKeys, localesIn, type Command, type Outcome } from './commands';
+import { deviceSwitches, reportedKeys, localesIn, type Command, type Outcome } from './commands';
 import { visible } from './format';
 import type { DeviceState } from './session';
 
@@ -10,26 +10,26 @@ interface Props {
     readonly run: (command: Command) => Promise<Outcome>;
 }
 
-interface Report {
+interface Result {
     readonly command: Command;
     readonly outcome: Outcome;
 }
 
 const timeZones = Intl.supportedValuesOf('timeZone');
 
-/** Everything that a person could do at the television itself, and what came of the last thing done. */
+/** Every device command that a person could cause at the TV itself, and the result of the last one. */
 export function CommandPanel({ state, run }: Props): JSX.Element {
-    const [report, setReport] = useState<Report | null>(null);
+    const [result, setResult] = useState<Result | null>(null);
 
     const send = (command: Command) => {
         void run(command).then((outcome) => {
-            setReport({ command, outcome });
+            setResult({ command, outcome });
         });
     };
 
     return (
         <section class="device-panel" aria-labelledby="commands-title">
-            <h2 id="commands-title">At the television</h2>
+            <h2 id="commands-title">On the TV</h2>
             <div class="device-switches" data-row="switches">
                 {deviceSwitches.map(({ command, label, fact, on }) => {
                     const checked = state?.[fact] === on;
@@ -83,33 +83,33 @@ export function CommandPanel({ state, run }: Props): JSX.Element {
                     send({ command: 'setting', key, value });
                 }}
             >
-                <Field label="Setting" hint="deviceName" choices={knownKeys} />
+                <Field label="Setting" hint="deviceName" choices={reportedKeys} />
                 <Field label="Value" hint="Den" />
             </CommandForm>
-            <p class="device-report" role="status" data-outcome={report?.outcome.ok}>
-                {report === null ? '' : reportText(report)}
+            <p class="device-result" role="status" data-outcome={result?.outcome.ok}>
+                {result === null ? '' : resultText(result)}
             </p>
         </section>
     );
 }
 
-function reportText({ command, outcome }: Report): string {
+function resultText({ command, outcome }: Result): string {
     const name = visible(JSON.stringify(command));
     if (!outcome.ok) {
         return `✗ ${visible(outcome.code)}: ${visible(outcome.message)} – ${name}`;
     }
-    return outcome.changed === false ? `= Nothing changed, it was that already: ${name}` : `✓ Done: ${name}`;
+    return outcome.changed === false ? `= No change: ${name}` : `✓ Done: ${name}`;
 }
 
 interface FormProps {
-    /** What the button says, and what it is about for those who hear it alone. */
+    /** The text of the button, and its object, for screen readers. */
     readonly submit: string;
     readonly of: string;
     readonly onSubmit: (values: readonly string[]) => void;
     readonly children: ComponentChildren;
 }
 
-/** A row of fields with its button; the fields keep what was typed, so that a command is easily repeated. */
+/** A row of fields with its button. The fields keep their text, so that a command is easily repeated. */
 function CommandForm({ submit, of, onSubmit, children }: FormProps): JSX.Element {
     return (
         <form
