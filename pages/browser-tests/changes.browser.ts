@@ -1,9 +1,10 @@
 import { connect } from 'node:net';
 
 import type { Page } from 'playwright-core';
-import { afterEach, beforeEach, expect, test } from 'vitest';
+import { expect, test } from 'vitest';
 
-import { Host } from './host';
+import { replyTimeout } from '../src/wire/session';
+import { hostOfEachTest } from './host';
 import {
     enterSection,
     expectFocus,
@@ -17,13 +18,7 @@ import {
 } from './settings';
 import { hostIsAway } from './visit';
 
-let host: Host;
-
-beforeEach(async () => {
-    host = await Host.start();
-});
-
-afterEach(() => host.stop());
+const host = hostOfEachTest();
 
 function announcement(page: Page, text: string) {
     return page.locator('.announcement', { hasText: text });
@@ -58,7 +53,7 @@ test('what happens at the television shows by itself', async () => {
         await enterSection(page, 'voice');
         await host.control('device', 'handsfree', 'on');
         await page.getByRole('switch', { name: 'Hands-free', checked: true }).waitFor();
-        await announcement(page, 'Hands-free is now On, changed on the television').waitFor();
+        await announcement(page, 'Hands-free is now On, changed on the TV').waitFor();
         await expectFocus(page, 'handsFreeEnabled');
     });
 });
@@ -107,12 +102,12 @@ test('accepted, unchanged and refused differ in words, sign and colour', async (
         await press(page, 'Enter');
         await look('accepted', 'Saved');
         await press(page, 'Enter', 'Enter');
-        await look('unchanged', 'It was that already');
+        await look('unchanged', 'No change');
         await refuseDeviceName();
         await press(page, 'Enter');
         await typeOver(page, 'Attic');
         await press(page, 'Enter');
-        await look('refused', 'Not changed: the television could not store it, or a newer change came first.');
+        await look('refused', 'Not changed: the TV could not save it, or a newer change came first.');
         expect(new Set(looks.map(([sign]) => sign)).size).toBe(3);
         expect(new Set(looks.map(([, colour]) => colour)).size).toBe(3);
     });
@@ -152,23 +147,28 @@ test('a value that is too long for the host is refused by the page', async () =>
     });
 });
 
-test('a host that is silent is told from one that refuses', async () => {
-    await visitSettings(host, async (page) => {
-        await startEditing(page, 'Attic');
-        host.freeze();
-        await press(page, 'Enter');
-        await expectStatus(page, 'deviceName', 'saving', 'Saving');
-        await row(page, 'deviceName').locator('.status', { hasText: 'does not answer' }).waitFor();
-        host.thaw();
-        await expectValue(page, 'deviceName', 'Attic');
-    });
+test('a host that does not reply is told from one that refuses', async () => {
+    await visitSettings(
+        host,
+        async (page) => {
+            await startEditing(page, 'Attic');
+            host.freeze();
+            await press(page, 'Enter');
+            await expectStatus(page, 'deviceName', 'saving', 'Saving');
+            await page.clock.fastForward(replyTimeout);
+            await row(page, 'deviceName').locator('.status', { hasText: 'not responding' }).waitFor();
+            host.thaw();
+            await expectValue(page, 'deviceName', 'Attic');
+        },
+        { messagesStay: false, prepare: (page) => page.clock.install() },
+    );
 });
 
 test('an edit in progress is not overwritten: the person sees both values and keeps the own one', async () => {
     await visitSettings(host, async (page) => {
         await startEditing(page, 'My text');
         await host.control('set', 'deviceName', 'Their text');
-        await page.getByRole('alert').getByText('Meanwhile it became “Their text”.').waitFor();
+        await page.getByRole('alert').getByText('Changed to “Their text” in the meantime.').waitFor();
         expect(await page.getByRole('textbox').inputValue()).toBe('My text');
         await expectFocus(page, 'deviceName');
         await press(page, 'Enter');
@@ -188,7 +188,7 @@ test('an edit in progress can be given up for the new value', async () => {
         await host.control('set', 'deviceName', 'Their text');
         await page.getByRole('alert').getByText('Their text').waitFor();
         await press(page, 'Enter', 'ArrowRight');
-        expect((await focus(page)).name).toBe('Take the new value');
+        expect((await focus(page)).name).toBe('Use the new value');
         await press(page, 'Enter');
         expect(await page.getByRole('textbox').inputValue()).toBe('Their text');
         await press(page, 'Escape');
@@ -204,12 +204,12 @@ test('after the host was killed the page says so, connects again and shows what 
             await enterSection(page, 'device');
             await press(page, 'ArrowDown');
             await host.kill();
-            await page.getByRole('alert').getByText('The television does not answer.').waitFor();
+            await page.getByRole('alert').getByText('The TV is not responding.').waitFor();
             await expectFocus(page, 'friendlyName');
             await host.resume();
             await host.control('set', 'deviceName', 'After');
             await row(page, 'deviceName').getByText('After').waitFor();
-            await page.getByRole('alert').getByText('The television does not answer.').waitFor({ state: 'detached' });
+            await page.getByRole('alert').getByText('The TV is not responding.').waitFor({ state: 'detached' });
             await expectFocus(page, 'friendlyName');
             await host.control('set', 'deviceName', 'Later');
             await row(page, 'deviceName').getByText('Later').waitFor();
@@ -223,13 +223,13 @@ test('Enter on the banner tries again without waiting for the end of the pause',
         host,
         async (page) => {
             await host.kill();
-            await page.getByRole('button', { name: 'Try now' }).waitFor();
+            await page.getByRole('button', { name: 'Try again now' }).waitFor();
             // From now on no pause ends by itself.
             await page.clock.pauseAt(await page.evaluate(() => Date.now() + 3_600_000));
             await host.resume();
             await expect
                 .poll(async () => {
-                    const banner = page.getByRole('button', { name: 'Try now' });
+                    const banner = page.getByRole('button', { name: 'Try again now' });
                     if ((await banner.count()) > 0) {
                         // An attempt from before may still be on its way to fail.
                         await banner.press('Enter');

@@ -1,18 +1,12 @@
 import type { Page } from 'playwright-core';
-import { afterAll, beforeAll, expect, test } from 'vitest';
+import { expect, test } from 'vitest';
 
 import { expectAccessible } from './accessibility';
 import { expectArrowsLead } from './arrows';
-import { Host } from './host';
+import { hostOfFile } from './host';
 import { expectNoSidewaysScroll, hostIsAway, phone, small, visit, wide, type VisitOptions } from './visit';
 
-let host: Host;
-
-beforeAll(async () => {
-    host = await Host.start();
-});
-
-afterAll(() => host.stop());
+const host = hostOfFile();
 
 async function visitDevice(use: (page: Page) => Promise<void>, options: VisitOptions = {}): Promise<void> {
     await visit(
@@ -203,11 +197,7 @@ test('what a report came to is told: taken, the same already, or refused', async
     await visitDevice(
         async (page) => {
             await page.getByLabel('Setting', { exact: true }).fill('captionsEnabled');
-            for (const report of [
-                '✓ Done: {',
-                '= Nothing changed, it was that already: {',
-                '✗ read-only: nothing changed',
-            ]) {
+            for (const report of ['✓ Done: {', '= No change: {', '✗ read-only: nothing changed']) {
                 await page.getByRole('button', { name: 'Report setting' }).click();
                 await expectReport(page, report);
             }
@@ -248,7 +238,7 @@ test('frames of every door are listed in order, and the newest or the chosen one
             '→ in socket N GetSettings',
             '← out socket N GetSettings',
             '→ in device N command',
-            '← out device N answer',
+            '← out device N reply',
         ]);
         await page.getByRole('listbox', { name: 'Messages' }).focus();
         await page.keyboard.press('Home');
@@ -279,12 +269,12 @@ test('the list is filtered by text, direction, door and type', async () => {
         await expect.poll(kinds).toEqual(['event']);
         await page.getByLabel('Type').selectOption('all');
         await page.getByLabel('Text').fill('');
-        await page.getByLabel('Door').selectOption('device');
-        await expect.poll(kinds).toEqual(['command', 'answer']);
+        await page.getByLabel('Listener').selectOption('device');
+        await expect.poll(kinds).toEqual(['command', 'reply']);
         await page.getByLabel('Direction').selectOption('in');
         await expect.poll(kinds).toEqual(['command']);
         await page.getByLabel('Text').fill('nowhere');
-        await page.getByText('Nothing here yet').waitFor();
+        await page.getByText('No messages').waitFor();
     });
 });
 
@@ -295,7 +285,7 @@ test('a pause counts what comes and shows it afterwards; clearing empties the li
         const pause = page.getByRole('button', { name: 'Pause' });
         await pause.click();
         await host.control('device', 'setting', 'deviceName', 'while paused');
-        await page.getByText(/^Paused; [1-9]\d* more came\.$/).waitFor();
+        await page.getByText(/^Paused: [1-9]\d* new$/).waitFor();
         expect(await line(page, 'while paused').count()).toBe(0);
         await pause.click();
         await line(page, 'while paused').first().waitFor();
@@ -374,7 +364,7 @@ test('after the host was killed the page connects again, reads the state again a
             await host.control('device', 'timezone', 'Europe/Madrid');
             await expectFact(page, 'timezone', 'Europe/Madrid');
             await host.kill();
-            await page.getByText('○ No connection').waitFor();
+            await page.getByText('○ Disconnected').waitFor();
             await page.getByRole('switch', { name: 'Captions' }).click();
             await expectReport(page, '✗ no-connection');
             await host.resume();
@@ -393,7 +383,7 @@ test('a page that the host lets in no more says how to get a new address', async
     await visitDevice(
         async (page) => {
             await host.resumeAsNew();
-            await page.getByText('"settingsctl page" prints it').waitFor();
+            await page.getByText('Not authorized').waitFor();
             await expectAccessible(page, 'the device page that is locked out');
         },
         { expected: hostIsAway },

@@ -15,13 +15,13 @@ const loads = Number(process.env['LOADS'] ?? 21);
 const events = Number(process.env['EVENTS'] ?? 10_000);
 const atOnce = 100;
 
-let host: Host;
+const host = new Host();
 let browser: Browser;
 const times: string[] = [];
 const memories: string[] = [];
 
 beforeAll(async () => {
-    host = await Host.start();
+    await host.start();
     browser = await chromium.launch({ executablePath, chromiumSandbox: false, args: ['--disable-gpu'] });
 });
 

@@ -1,23 +1,13 @@
 import type { Locator, Page } from 'playwright-core';
-import { afterEach, beforeEach, expect, test } from 'vitest';
+import { expect, test } from 'vitest';
 
-import { Host } from './host';
+import { hostOfEachTest } from './host';
 import { enterSection, expectFocus, expectStatus, expectValue, press, row, typeOver, visitSettings } from './settings';
 import { hostIsAway } from './visit';
 
 /** What the page says of values: that it says what is so, as long as it is so, and writes only what a person wrote. */
 
-let host: Host;
-
-beforeEach(async () => {
-    host = await Host.start();
-});
-
-afterEach(() => host.stop());
-
-async function valueOf(key: string): Promise<string> {
-    return (await host.control('--value', 'get', key)).replace(/\n$/, '');
-}
+const host = hostOfEachTest();
 
 /** Lets the page's clock be set forward; it goes on as usual meanwhile. */
 const withClock = { messagesStay: false, prepare: (page: Page) => page.clock.install() };
@@ -30,24 +20,29 @@ test.each(['["a","b","c"]', 'x', 'null', '[ "Phone" ]', '{"a":1}'])(
     'Enter twice on the companion device %s writes nothing',
     async (value) => {
         await host.control('set', 'companionDevice', value);
-        await visitSettings(host, async (page) => {
-            const written: string[] = [];
-            await page.routeWebSocket(/settings/, (socket) => {
-                const server = socket.connectToServer();
-                socket.onMessage((message) => {
-                    written.push(...(/"type":24.*/.exec(message.toString()) ?? []));
-                    server.send(message);
-                });
-            });
-            await page.reload();
-            await expectValue(page, 'companionDevice', value === '[ "Phone" ]' ? 'Phone' : value);
-            await enterSection(page, 'device');
-            await press(page, 'ArrowDown', 'ArrowDown', 'Enter', 'Enter');
-            await expectStatus(page, 'companionDevice', 'unchanged', 'It was that already');
-            await expectFocus(page, 'companionDevice');
-            expect(written).toEqual([]);
-        });
-        expect(await valueOf('companionDevice')).toBe(value);
+        const written: string[] = [];
+        await visitSettings(
+            host,
+            async (page) => {
+                await expectValue(page, 'companionDevice', value === '[ "Phone" ]' ? 'Phone' : value);
+                await enterSection(page, 'device');
+                await press(page, 'ArrowDown', 'ArrowDown', 'Enter', 'Enter');
+                await expectStatus(page, 'companionDevice', 'unchanged', 'No change');
+                await expectFocus(page, 'companionDevice');
+                expect(written).toEqual([]);
+            },
+            {
+                prepare: (page) =>
+                    page.routeWebSocket(/settings/, (socket) => {
+                        const server = socket.connectToServer();
+                        socket.onMessage((message) => {
+                            written.push(...(/"type":24.*/.exec(message.toString()) ?? []));
+                            server.send(message);
+                        });
+                    }),
+            },
+        );
+        expect(await host.value('companionDevice')).toBe(value);
     },
 );
 
@@ -66,8 +61,8 @@ test('a value of a form that the page does not know is edited as the text that i
         await enterSection(page, 'voice');
         await row(page, 'pttAlwaysOnDiscovered').getByText('perhaps').waitFor();
     });
-    expect(await valueOf('companionDevice')).toBe('["a","b","c","d"]');
-    expect(await valueOf('pttAlwaysOnDiscovered')).toBe('perhaps');
+    expect(await host.value('companionDevice')).toBe('["a","b","c","d"]');
+    expect(await host.value('pttAlwaysOnDiscovered')).toBe('perhaps');
 });
 
 test.each([
@@ -79,14 +74,16 @@ test.each([
         await enterSection(page, 'device');
         // The second time it is the default already.
         for (let times = 0; times < 2; times += 1) {
-            await press(page, 'Enter', 'Control+A', 'Delete');
+            await press(page, 'Enter');
+            await page.keyboard.press('Control+A');
+            await press(page, 'Delete');
             await page.keyboard.type(text);
             await press(page, 'Enter');
-            await expectStatus(page, 'deviceName', 'default', 'Without text the default applies: TV');
+            await expectStatus(page, 'deviceName', 'default', 'Reset to the default: TV');
             await expectValue(page, 'deviceName', 'TV');
         }
     });
-    expect(await valueOf('deviceName')).toBe('TV');
+    expect(await host.value('deviceName')).toBe('TV');
 });
 
 test('a name of blanks from elsewhere can be seen, and an empty one is announced as what it stands for', async () => {
@@ -126,7 +123,7 @@ test('two editors are never open at once, and the text in the first is kept', as
         await press(page, 'Enter');
         await page.getByRole('form', { name: 'Change Friendly name' }).waitFor();
         expect(await page.locator('form').count()).toBe(1);
-        await expectStatus(page, 'deviceName', 'draft', 'Not saved yet: Den');
+        await expectStatus(page, 'deviceName', 'draft', 'Not saved: Den');
         await press(page, 'ArrowUp');
         await expectFocus(page, 'deviceName');
         await press(page, 'Enter');
@@ -136,7 +133,7 @@ test('two editors are never open at once, and the text in the first is kept', as
         await press(page, 'Enter');
         await expectStatus(page, 'deviceName', 'accepted', 'Saved');
     });
-    expect(await valueOf('deviceName')).toBe('Den');
+    expect(await host.value('deviceName')).toBe('Den');
 });
 
 test('that something was saved is said for a while', async () => {
@@ -169,25 +166,25 @@ test('that the television does not answer is said until it does', async () => {
         host,
         async (page) => {
             await host.kill();
-            await page.getByRole('alert').getByText('does not answer').waitFor();
+            await page.getByRole('alert').getByText('not responding').waitFor();
             await enterSection(page, 'device');
             await press(page, 'Enter');
             await typeOver(page, 'Den');
             await press(page, 'Enter');
-            await expectStatus(page, 'deviceName', 'refused', 'the television does not answer');
+            await expectStatus(page, 'deviceName', 'refused', 'the TV is not responding');
             await host.resume();
             await expectGone(page.locator('.banner span'));
             await expectGone(row(page, 'deviceName').locator('.status[data-kind]'));
             await expectValue(page, 'deviceName', 'TV');
 
             await host.kill();
-            await page.getByRole('alert').getByText('does not answer').waitFor();
+            await page.getByRole('alert').getByText('not responding').waitFor();
             await enterSection(page, 'account');
             await press(page, 'ArrowDown', 'ArrowDown', 'Enter');
-            await page.getByText('That did not work').waitFor();
+            await page.getByText('Failed: the TV').waitFor();
             await host.resume();
             await expectGone(page.locator('.banner span'));
-            expect(await page.getByText('That did not work').count()).toBe(0);
+            expect(await page.getByText('Failed: the TV').count()).toBe(0);
         },
         { expected: hostIsAway },
     );

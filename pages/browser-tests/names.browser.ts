@@ -1,19 +1,15 @@
 import type { Page } from 'playwright-core';
-import { afterAll, beforeAll, expect, test } from 'vitest';
+import { expect, test } from 'vitest';
 
-import { Host } from './host';
-import { enterSection, sectionIds, visitSettings, type SectionId } from './settings';
+import type { SectionId } from '../src/sections/rows';
+import { hostOfFile } from './host';
+import { enterSection, sectionIds, visitSettings } from './settings';
 
-let host: Host;
-
-beforeAll(async () => {
-    host = await Host.start();
-    await host.control('set', 'orliaLocale', '["en-US","fr-FR"]');
+const host = hostOfFile(async (host) => {
+    await host.setLocales('en-US', 'fr-FR');
     await host.control('set', 'tovanEntitlementStatus', 'active');
     await host.control('set', 'handsFreeEnabled', 'true');
 });
-
-afterAll(() => host.stop());
 
 const told = new Set(['alert', 'button', 'group', 'heading', 'radio', 'radiogroup', 'status', 'switch']);
 
@@ -44,15 +40,15 @@ async function spoken(page: Page): Promise<string[]> {
     return from(nodes[0]?.nodeId ?? '');
 }
 
-const introduced = '(Switch this off and the television introduces the mode to you once more.)';
+const introduced = '(Turn this off to see the introduction again.)';
 const sections: Record<SectionId, string[]> = {
     device: [
         'heading Device',
         'button Device name TV',
         'status',
-        'button Friendly name TV (How you call this television when you speak to the assistant.)',
+        'button Friendly name TV (What you call this TV when you talk to the assistant.)',
         'status',
-        'button Companion device Not set (The phone or tablet that is paired with this television.)',
+        'button Companion device Not set (The phone or tablet paired with this TV.)',
         'status',
     ],
     language: [
@@ -90,13 +86,13 @@ const sections: Record<SectionId, string[]> = {
         'heading Voice',
         'switch Hands-free, on (Talk to the assistant without the remote control.)',
         'status',
-        'switch Always on by voice, off (The wake word works even while the screen is off.)',
+        'switch Always on by voice, off (The wake word works even when the screen is off.)',
         'status',
-        `switch Introduction to “always on by voice” seen, off ${introduced}`,
+        `switch Introduction to “Always on by voice” seen, off ${introduced}`,
         'status',
-        'switch Always on by push-to-talk, off (The microphone button works even while the screen is off.)',
+        'switch Always on by push-to-talk, off (The microphone button works even when the screen is off.)',
         'status',
-        `switch Introduction to “always on by push-to-talk” seen, off ${introduced}`,
+        `switch Introduction to “Always on by push-to-talk” seen, off ${introduced}`,
         'status',
     ],
     doNotDisturb: [

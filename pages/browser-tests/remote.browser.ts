@@ -1,7 +1,7 @@
 import type { Page } from 'playwright-core';
-import { afterEach, beforeEach, expect, test } from 'vitest';
+import { expect, test } from 'vitest';
 
-import { Host } from './host';
+import { hostOfEachTest } from './host';
 import {
     enterSection,
     expectFocus,
@@ -17,26 +17,12 @@ import { wide } from './visit';
 
 /** What a remote control does that a quick or a heavy hand holds. */
 
-let host: Host;
-
-beforeEach(async () => {
-    host = await Host.start();
-});
-
-afterEach(() => host.stop());
+const host = hostOfEachTest();
 
 const three = ['en-US', 'fr-FR', 'de-DE'];
 
-async function setLocales(...locales: readonly string[]): Promise<void> {
-    await host.control('set', 'orliaLocale', JSON.stringify(locales));
-}
-
-async function valueOf(key: string): Promise<string> {
-    return (await host.control('--value', 'get', key)).trimEnd();
-}
-
 async function expectLocales(...locales: readonly string[]): Promise<void> {
-    await expect.poll(() => valueOf('orliaLocale')).toBe(JSON.stringify(locales));
+    await expect.poll(() => host.value('orliaLocale')).toBe(JSON.stringify(locales));
 }
 
 /** Every new value that the page asks for, in order. */
@@ -57,10 +43,8 @@ async function asked(page: Page): Promise<string[]> {
 
 /** Holds a key as long as it takes to repeat itself so often. */
 async function hold(page: Page, key: string, repeats = 17): Promise<void> {
-    for (let times = 0; times <= repeats; times += 1) {
-        await page.keyboard.down(key);
-    }
-    await page.keyboard.up(key);
+    const downs = Array.from({ length: repeats + 1 }, () => page.keyboard.down(key));
+    await Promise.all([...downs, page.keyboard.up(key)]);
 }
 
 /** Goes forward in the row until the control of that name has the focus. */
@@ -72,7 +56,7 @@ async function goForwardTo(page: Page, name: RegExp): Promise<void> {
 }
 
 test('Enter twice on any section of the menu changes no order and destroys nothing', async () => {
-    await setLocales(...three);
+    await host.setLocales(...three);
     await visitSettings(host, async (page) => {
         const values = await asked(page);
         await goToMenu(page, 'language');
@@ -97,7 +81,7 @@ test('Enter twice on any section of the menu changes no order and destroys nothi
 });
 
 test('Enter again and again moves a language up to the top and does nothing more; so it does down', async () => {
-    await setLocales(...three);
+    await host.setLocales(...three);
     await visitSettings(host, async (page) => {
         const values = await asked(page);
         await enterSection(page, 'language');
@@ -125,12 +109,12 @@ test('Enter again and again moves a language up to the top and does nothing more
 });
 
 test('a held Enter acts once: a switch, a removal, a move, a section of the menu, an editor', async () => {
-    await setLocales(...three);
+    await host.setLocales(...three);
     await visitSettings(host, async (page) => {
         const values = await asked(page);
         await enterSection(page, 'voice');
         await hold(page, 'Enter');
-        await expect.poll(() => valueOf('handsFreeEnabled')).toBe('true');
+        await expect.poll(() => host.value('handsFreeEnabled')).toBe('true');
         await expect.poll(() => values).toEqual(['true']);
 
         await enterSection(page, 'language');
@@ -154,7 +138,7 @@ test('a held Enter acts once: a switch, a removal, a move, a section of the menu
         expect(await page.locator('form').count()).toBe(1);
         await page.keyboard.type('Den');
         await hold(page, 'Enter');
-        await expect.poll(() => valueOf('deviceName')).toBe('Den');
+        await expect.poll(() => host.value('deviceName')).toBe('Den');
         expect(await page.locator('form').count()).toBe(0);
         await expect.poll(() => values.length).toBe(4);
         await press(page, 'Enter');
@@ -164,7 +148,7 @@ test('a held Enter acts once: a switch, a removal, a move, a section of the menu
 });
 
 test('very fast keys on a slow processor leave each section its own place', async () => {
-    await setLocales(...three);
+    await host.setLocales(...three);
     await visitSettings(host, async (page) => {
         const session = await page.context().newCDPSession(page);
         await session.send('Emulation.setCPUThrottlingRate', { rate: 20 });
@@ -187,7 +171,7 @@ test('very fast keys on a slow processor leave each section its own place', asyn
             'fr-FR',
             'captionsStyles',
             'handsFreeEnabled',
-            'Do not disturb',
+            'doNotDisturbEnabled',
             'open-settings',
         ]);
     });
@@ -275,7 +259,7 @@ test('held arrows go on', async () => {
 });
 
 test('after a removal the focus is on the name of what took the place', async () => {
-    await setLocales(...three);
+    await host.setLocales(...three);
     await visitSettings(
         host,
         async (page) => {

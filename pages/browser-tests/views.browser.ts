@@ -1,30 +1,15 @@
 import type { Locator, Page } from 'playwright-core';
-import { afterAll, beforeAll, beforeEach, expect, test } from 'vitest';
+import { beforeEach, expect, test } from 'vitest';
 
+import type { SectionId } from '../src/sections/rows';
 import { expectAccessible } from './accessibility';
-import { Host } from './host';
-import {
-    enterSection,
-    expectStatus,
-    goToMenu,
-    press,
-    row,
-    sectionIds,
-    type SectionId,
-    typeOver,
-    visitSettings,
-} from './settings';
+import { hostOfFile } from './host';
+import { enterSection, expectStatus, goToMenu, press, row, sectionIds, typeOver, visitSettings } from './settings';
 import { expectNoSidewaysScroll, hostIsAway, phone, small, visit } from './visit';
 
-let host: Host;
+const host = hostOfFile();
 
-beforeAll(async () => {
-    host = await Host.start();
-});
-
-afterAll(() => host.stop());
-
-beforeEach(() => host.control('set', 'orliaLocale', '["en-US"]'));
+beforeEach(() => host.setLocales('en-US'));
 
 test('axe-core finds nothing on a phone, without a connection, and where the page may not connect', async () => {
     await visitSettings(
@@ -164,7 +149,7 @@ test.each([
     ['forced dark colours', { forcedColors: 'active', colorScheme: 'dark' }],
     ['forced light colours', { forcedColors: 'active', colorScheme: 'light' }],
 ] as const)('with %s every control that has the focus can be read, in dialogs too', async (_name, media) => {
-    await host.control('set', 'orliaLocale', '["en-US","fr-FR"]');
+    await host.setLocales('en-US', 'fr-FR');
     await visitSettings(host, async (page) => {
         await page.emulateMedia(media);
         const seen: string[] = [];
@@ -221,7 +206,7 @@ test('nothing moves by itself for those who want no motion', async () => {
 });
 
 test('the focus is in view after every step, on the smallest television', async () => {
-    await host.control('set', 'orliaLocale', '["en-US","fr-FR","de-DE","ja-JP","es-MX","it-IT","nl-NL","pt-BR"]');
+    await host.setLocales('en-US', 'fr-FR', 'de-DE', 'ja-JP', 'es-MX', 'it-IT', 'nl-NL', 'pt-BR');
     await visitSettings(
         host,
         async (page) => {
@@ -309,7 +294,7 @@ test('before the values are there the page says that it reads them', async () =>
     await visit(
         host,
         async (page) => {
-            await page.getByText('Reading the settings').waitFor();
+            await page.getByText('Loading settings').waitFor();
             await expectAccessible(page, 'the page without values');
         },
         { prepare: (page) => page.routeWebSocket(/settings/, () => undefined) },
