@@ -68,7 +68,7 @@ async function pressEverywhere(page: Page, starts: readonly number[]): Promise<n
                 document.querySelector<HTMLElement>(`[data-number="${controls[reached.length]}"]`)?.focus();
             };
             Object.assign(window, { reached });
-            // After a key: notes where it led, and makes ready for the next.
+            // After each key: records the focus, and moves it for the next.
             document.addEventListener('keyup', function note() {
                 reached.push(Number((document.activeElement as HTMLElement).dataset['number']));
                 focusNext();

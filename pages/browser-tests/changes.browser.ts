@@ -29,7 +29,7 @@ async function startEditing(page: Page, text: string): Promise<void> {
     await typeOver(page, text);
 }
 
-test('a change by a program shows by itself, says where it came from, and leaves the focus alone', async () => {
+test('a change by a program is shown and announced with its origin, and does not move the focus', async () => {
     await visitSettings(host, async (page) => {
         await enterSection(page, 'device');
         await press(page, 'ArrowDown');
@@ -42,7 +42,7 @@ test('a change by a program shows by itself, says where it came from, and leaves
     });
 });
 
-test('what happens at the television shows by itself', async () => {
+test('changes at the TV are shown and announced', async () => {
     await visitSettings(host, async (page) => {
         await enterSection(page, 'captions');
         await host.control('device', 'captions', 'on');
@@ -58,7 +58,7 @@ test('what happens at the television shows by itself', async () => {
     });
 });
 
-test('the language of the page follows the first locale by itself, and the focus stays', async () => {
+test('the language of the page follows the primary locale, and the focus stays', async () => {
     await visitSettings(host, async (page) => {
         await enterSection(page, 'voice');
         await press(page, 'ArrowDown');
@@ -74,7 +74,7 @@ test('the language of the page follows the first locale by itself, and the focus
     });
 });
 
-test('another page changes with this one, and only the other page announces it', async () => {
+test('a change is shown on other pages, and announced only there', async () => {
     await visitSettings(host, async (page) => {
         await visitSettings(host, async (other) => {
             await startEditing(page, 'Den');
@@ -113,7 +113,7 @@ test('accepted, unchanged and refused differ in words, sign and colour', async (
     });
 });
 
-/** Another client claims the future, so that every other request for the name is older. */
+/** Another client sends a time stamp in the future, so that every other request for the name is stale. */
 function refuseDeviceName(): Promise<void> {
     return new Promise((resolve, reject) => {
         const client = connect(host.socket());
@@ -126,7 +126,7 @@ function refuseDeviceName(): Promise<void> {
     });
 }
 
-test('a refused change rolls back to the value that holds', async () => {
+test('a refused change is rolled back to the current value', async () => {
     await refuseDeviceName();
     await visitSettings(host, async (page) => {
         await startEditing(page, 'Attic');
@@ -137,7 +137,7 @@ test('a refused change rolls back to the value that holds', async () => {
     });
 });
 
-test('a value that is too long for the host is refused by the page', async () => {
+test('the page refuses a value that is too long for the host', async () => {
     await visitSettings(host, async (page) => {
         await press(page, 'ArrowRight', 'Enter');
         await page.locator('form input').first().fill('x'.repeat(70_000));
@@ -147,7 +147,7 @@ test('a value that is too long for the host is refused by the page', async () =>
     });
 });
 
-test('a host that does not reply is told from one that refuses', async () => {
+test('a missing reply is distinguished from a refusal', async () => {
     await visitSettings(
         host,
         async (page) => {
@@ -164,7 +164,7 @@ test('a host that does not reply is told from one that refuses', async () => {
     );
 });
 
-test('an edit in progress is not overwritten: the person sees both values and keeps the own one', async () => {
+test('a conflicting edit is not overwritten: the person sees both values and keeps their own', async () => {
     await visitSettings(host, async (page) => {
         await startEditing(page, 'My text');
         await host.control('set', 'deviceName', 'Their text');
@@ -182,7 +182,7 @@ test('an edit in progress is not overwritten: the person sees both values and ke
     expect(await host.control('get', 'deviceName')).toBe('deviceName=My text\n');
 });
 
-test('an edit in progress can be given up for the new value', async () => {
+test('a conflicting edit can be replaced by the new value', async () => {
     await visitSettings(host, async (page) => {
         await startEditing(page, 'My text');
         await host.control('set', 'deviceName', 'Their text');
@@ -196,7 +196,7 @@ test('an edit in progress can be given up for the new value', async () => {
     });
 });
 
-test('after the host was killed the page says so, connects again and shows what changed meanwhile', async () => {
+test('after the host was killed the page reports it, reconnects and shows changes made meanwhile', async () => {
     await host.control('set', 'deviceName', 'Before');
     await visitSettings(
         host,
@@ -218,20 +218,20 @@ test('after the host was killed the page says so, connects again and shows what 
     );
 });
 
-test('Enter on the banner tries again without waiting for the end of the pause', async () => {
+test('Enter on the banner reconnects without waiting for the retry delay', async () => {
     await visitSettings(
         host,
         async (page) => {
             await host.kill();
             await page.getByRole('button', { name: 'Try again now' }).waitFor();
-            // From now on no pause ends by itself.
+            // From now on no retry delay ends.
             await page.clock.pauseAt(await page.evaluate(() => Date.now() + 3_600_000));
             await host.resume();
             await expect
                 .poll(async () => {
                     const banner = page.getByRole('button', { name: 'Try again now' });
                     if ((await banner.count()) > 0) {
-                        // An attempt from before may still be on its way to fail.
+                        // An earlier attempt may still fail.
                         await banner.press('Enter');
                     }
                     return banner.count();
@@ -242,7 +242,7 @@ test('Enter on the banner tries again without waiting for the end of the pause',
     );
 });
 
-test('a page that the host lets in no more asks for a new address', async () => {
+test('a page that is no longer authorized asks for a new address', async () => {
     await visitSettings(
         host,
         async (page) => {
@@ -253,7 +253,7 @@ test('a page that the host lets in no more asks for a new address', async () => 
     );
 });
 
-test('a log-out elsewhere shows here', async () => {
+test('a log-out by another client is shown', async () => {
     await host.control('set', 'deviceName', 'Somebody’s');
     await visitSettings(host, async (page) => {
         await expectValue(page, 'deviceName', 'Somebody’s');

@@ -27,7 +27,7 @@ function line(page: Page, text: string | RegExp) {
     return lines(page).filter({ hasText: text });
 }
 
-/** Goes on with Tab until `name` has the focus, as a person without a mouse does. */
+/** Presses Tab until `name` has the focus. */
 async function tabTo(page: Page, name: string): Promise<void> {
     for (let presses = 0; presses < 40; presses += 1) {
         await page.keyboard.press('Tab');
@@ -51,7 +51,7 @@ async function expectFact(page: Page, fact: string, value: string): Promise<void
     await page.locator('.device-state > div', { hasText: fact }).getByText(value, { exact: true }).waitFor();
 }
 
-test('every command is given by keys alone, answered, and shown in the state', async () => {
+test('every command works by keys alone and is shown in the state', async () => {
     await visitDevice(async (page) => {
         for (const [label, fact, on, off] of [
             ['Hands-free', 'currentHandsFreeStatus', 'on', 'off'],
@@ -102,7 +102,7 @@ test.each([
     );
 });
 
-test('arrows go through a text, a list of messages and a message before they leave it; Enter opens a choice', async () => {
+test('arrows move within a text, the list and a message before they leave it; Enter opens a choice', async () => {
     await visitDevice(
         async (page) => {
             const focused = () =>
@@ -188,7 +188,7 @@ test('the error of a command is shown', async () => {
     });
 });
 
-test('what a report came to is told: taken, the same already, or refused', async () => {
+test('the result of a report is shown: done, no change, or an error', async () => {
     const answers = [
         '{"ok":true}',
         '{"ok":true,"changed":false}',
@@ -214,7 +214,7 @@ test('what a report came to is told: taken, the same already, or refused', async
     );
 });
 
-test('what others do at the device shows by itself', async () => {
+test('changes by others are shown', async () => {
     await visitDevice(async (page) => {
         await expectFact(page, 'timezone', 'Asia/Tokyo');
         await host.control('device', 'timezone', 'Europe/Rome');
@@ -224,7 +224,7 @@ test('what others do at the device shows by itself', async () => {
     });
 });
 
-test('frames of every door are listed in order, and the newest or the chosen one is shown in full', async () => {
+test('frames of every listener are listed in order, and the newest or the chosen one is shown in full', async () => {
     await visitDevice(async (page) => {
         await host.control('set', 'deviceName', 'Cellar');
         await host.control('device', 'captions', 'on');
@@ -253,7 +253,7 @@ test('frames of every door are listed in order, and the newest or the chosen one
     });
 });
 
-test('the list is filtered by text, direction, door and type', async () => {
+test('the list is filtered by text, direction, listener and type', async () => {
     await visitDevice(async (page) => {
         await host.control('device', 'captions', 'off');
         await host.control('set', 'deviceName', 'Porch');
@@ -278,7 +278,7 @@ test('the list is filtered by text, direction, door and type', async () => {
     });
 });
 
-test('a pause counts what comes and shows it afterwards; clearing empties the list', async () => {
+test('a pause counts new messages and shows them afterwards; clearing empties the list', async () => {
     await visitDevice(async (page) => {
         await host.control('device', 'captions', 'off');
         await line(page, '"enabled":false').waitFor();
@@ -358,7 +358,7 @@ test('hostile text is shown as text', async () => {
     });
 });
 
-test('after the host was killed the page connects again, reads the state again and keeps the list', async () => {
+test('after the host was killed the page reconnects, reads the state again and keeps the list', async () => {
     await visitDevice(
         async (page) => {
             await host.control('device', 'timezone', 'Europe/Madrid');
@@ -379,7 +379,7 @@ test('after the host was killed the page connects again, reads the state again a
     );
 });
 
-test('a page that the host lets in no more says how to get a new address', async () => {
+test('a page that is no longer authorized says how to get a new address', async () => {
     await visitDevice(
         async (page) => {
             await host.resumeAsNew();

@@ -45,7 +45,7 @@ interface Load {
     readonly usable: number;
 }
 
-/** Notes when the first setting is drawn with its value and takes the focus: in the frame after the one that found it. */
+/** Records when the first setting is drawn with its value and can be focused. */
 async function noteWhenUsable(page: Page): Promise<void> {
     await page.addInitScript(() => {
         const look = () => {
@@ -113,7 +113,7 @@ interface Memory {
     readonly renderer: number;
 }
 
-/** What the renderer with the most memory of its own has of it, in bytes. */
+/** The private memory of the largest renderer process, in bytes. */
 async function largestRenderer(): Promise<number> {
     const session = await browser.newBrowserCDPSession();
     const { processInfo } = await session.send('SystemInfo.getProcessInfo');

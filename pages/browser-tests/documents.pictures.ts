@@ -19,7 +19,7 @@ async function take(page: Page, name: string): Promise<void> {
     writeFileSync(join(images, `${name}.png`), smallPng(await page.screenshot({ caret: 'hide' })));
 }
 
-test('the settings on a television', async () => {
+test('the settings', async () => {
     await host.setLocales('en-US', 'fr-FR', 'de-DE');
     await visitSettings(
         host,
@@ -62,7 +62,7 @@ test('the settings from right to left', async () => {
     );
 });
 
-test('the simulated television', async () => {
+test('the simulated TV', async () => {
     await visit(
         host,
         async (page) => {

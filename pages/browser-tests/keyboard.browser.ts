@@ -19,7 +19,7 @@ import { phone, small } from './visit';
 
 const host = hostOfFile();
 
-test('the first key is an arrow: the menu has the focus, stops at its ends and shows each section', async () => {
+test('the menu has the focus first, shows each section and stops at its ends', async () => {
     await visitSettings(host, async (page) => {
         await expectFocus(page, 'device');
         await press(page, 'ArrowUp');
@@ -35,7 +35,7 @@ test('the first key is an arrow: the menu has the focus, stops at its ends and s
 });
 
 test.each([
-    ['a television', small],
+    ['a TV', small],
     ['a phone', phone],
 ])(
     'on %s every arrow leads to what is drawn there, arrows reach every control, and Back leads to the menu',
@@ -57,7 +57,7 @@ test.each([
     },
 );
 
-test('each section remembers where the focus was', async () => {
+test('each section remembers its focus', async () => {
     await visitSettings(host, async (page) => {
         await enterSection(page, 'device');
         await press(page, 'ArrowDown', 'ArrowDown');
@@ -72,7 +72,7 @@ test('each section remembers where the focus was', async () => {
     });
 });
 
-test('Device by keys: the names and the companion device are changed, and Escape leaves a name as it was', async () => {
+test('Device by keys: the names and the companion device are changed, and Escape leaves a name unchanged', async () => {
     await visitSettings(host, async (page) => {
         await press(page, 'ArrowRight', 'Enter');
         await typeOver(page, 'Living rxxm');
@@ -152,7 +152,7 @@ test('Language and region by keys: locales are added, moved and removed, and a t
     });
 });
 
-test('a search in a dialog is left by Escape, and the focus is where it was', async () => {
+test('Escape leaves the search in a dialog, and the focus returns', async () => {
     await visitSettings(host, async (page) => {
         await enterSection(page, 'language');
         await press(page, 'ArrowDown', 'ArrowDown', 'ArrowDown', 'ArrowDown');
@@ -181,7 +181,7 @@ test('Captions by keys: size and style change, and the preview with them', async
         expect(await height()).toBeGreaterThan(before);
         await press(page, 'ArrowDown');
         await expectFocus(page, 'captionsStyles');
-        // It is drawn in a line of its own, where Right does not lead.
+        // It is drawn in the next line, where Right does not lead.
         await press(page, 'ArrowRight', 'ArrowRight', 'ArrowRight');
         expect((await focus(page)).name).toContain('Yellow on black');
         await press(page, 'ArrowDown');
@@ -193,7 +193,7 @@ test('Captions by keys: size and style change, and the preview with them', async
     });
 });
 
-test('Voice by keys: every switch is switched on', async () => {
+test('Voice by keys: every switch is turned on', async () => {
     const switches = [
         'handsFreeEnabled',
         'handsFreeAlwaysOnEnabled',
@@ -215,7 +215,7 @@ test('Voice by keys: every switch is switched on', async () => {
     }
 });
 
-test('Account by keys: the assistant’s settings are opened; a log-out is called off, then confirmed', async () => {
+test('Account by keys: the assistant’s settings are opened; a log-out is cancelled, then confirmed', async () => {
     await host.control('set', 'deviceName', 'Somebody’s');
     await visitSettings(host, async (page) => {
         await enterSection(page, 'account');

@@ -18,7 +18,7 @@ import { expectNoSidewaysScroll, phone } from './visit';
 
 const host = hostOfFile();
 
-/** Opens what opens from `place` of a section, checks it, and closes it again. */
+/** Opens the dialog of a row, checks it, and closes it. */
 async function checkDialog(page: Page, place: string, view: string): Promise<void> {
     await row(page, place).locator('button').focus();
     await press(page, 'Enter');

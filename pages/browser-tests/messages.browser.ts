@@ -5,11 +5,11 @@ import { hostOfEachTest } from './host';
 import { enterSection, expectFocus, expectStatus, expectValue, press, row, typeOver, visitSettings } from './settings';
 import { hostIsAway } from './visit';
 
-/** What the page says of values: that it says what is so, as long as it is so, and writes only what a person wrote. */
+/** The messages of the page about values, and that it writes only what a person entered. */
 
 const host = hostOfEachTest();
 
-/** Lets the page's clock be set forward; it goes on as usual meanwhile. */
+/** A page whose clock the test can advance. */
 const withClock = { messagesStay: false, prepare: (page: Page) => page.clock.install() };
 
 async function expectGone(message: Locator): Promise<void> {
@@ -46,7 +46,7 @@ test.each(['["a","b","c"]', 'x', 'null', '[ "Phone" ]', '{"a":1}'])(
     },
 );
 
-test('a value of a form that the page does not know is edited as the text that it is', async () => {
+test('a value of an unexpected form is edited as text', async () => {
     await host.control('set', 'companionDevice', '["a","b","c"]');
     await host.control('set', 'pttAlwaysOnDiscovered', 'perhaps');
     await visitSettings(host, async (page) => {
@@ -68,7 +68,7 @@ test('a value of a form that the page does not know is edited as the text that i
 test.each([
     ['empty', ''],
     ['blank', '   '],
-])('a name that is left %s goes back to the default, and the page says so', async (_how, text) => {
+])('a name that is left %s is reset to the default, and the page says so', async (_how, text) => {
     await host.control('set', 'deviceName', 'Den');
     await visitSettings(host, async (page) => {
         await enterSection(page, 'device');
@@ -86,7 +86,7 @@ test.each([
     expect(await host.value('deviceName')).toBe('TV');
 });
 
-test('a name of blanks from elsewhere can be seen, and an empty one is announced as what it stands for', async () => {
+test('a blank name from another client is visible, and an empty one is announced as the default', async () => {
     await visitSettings(host, async (page) => {
         await host.control('set', 'deviceName', '   ');
         await expectValue(page, 'deviceName', '“   ”');
@@ -96,7 +96,7 @@ test('a name of blanks from elsewhere can be seen, and an empty one is announced
     });
 });
 
-test('a change of a key that is no setting is not announced', async () => {
+test('a change of a key that the catalogue does not have is not announced', async () => {
     await visitSettings(host, async (page) => {
         await page.locator('.announcement').evaluate((element) => {
             new MutationObserver(() => {
@@ -136,7 +136,7 @@ test('two editors are never open at once, and the text in the first is kept', as
     expect(await host.value('deviceName')).toBe('Den');
 });
 
-test('that something was saved is said for a while', async () => {
+test('the message that a value was saved is cleared after a while', async () => {
     await visitSettings(
         host,
         async (page) => {
@@ -150,7 +150,7 @@ test('that something was saved is said for a while', async () => {
     );
 });
 
-test('that one is logged out is said until one leaves the section', async () => {
+test('the message of a log-out is cleared with the section', async () => {
     await visitSettings(host, async (page) => {
         await enterSection(page, 'account');
         await press(page, 'ArrowDown', 'ArrowDown', 'ArrowDown', 'Enter', 'ArrowRight', 'Enter');
@@ -161,7 +161,7 @@ test('that one is logged out is said until one leaves the section', async () => 
     });
 });
 
-test('that the television does not answer is said until it does', async () => {
+test('the message that the TV is not responding is cleared when it does', async () => {
     await visitSettings(
         host,
         async (page) => {

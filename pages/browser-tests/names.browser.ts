@@ -19,7 +19,7 @@ interface Node {
     readonly children: readonly string[];
 }
 
-/** What a screen reader is told, in order: role, name, state and description of what can be used or speaks by itself. */
+/** What a screen reader reads, in order: role, name, state and description of controls and live regions. */
 async function spoken(page: Page): Promise<string[]> {
     const session = await page.context().newCDPSession(page);
     const { nodes } = await session.send('Accessibility.getFullAXTree');
@@ -115,7 +115,7 @@ const menu = [
     ),
 ];
 
-test('every section says what everything is, and what may speak by itself is there before it does', async () => {
+test('every control has its name, state and description, and live regions are in the page from the start', async () => {
     await visitSettings(host, async (page) => {
         for (const section of sectionIds) {
             await enterSection(page, section);

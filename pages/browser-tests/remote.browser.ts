@@ -15,7 +15,7 @@ import {
 } from './settings';
 import { wide } from './visit';
 
-/** What a remote control does that a quick or a heavy hand holds. */
+/** Fast, repeated and held keys of a remote control. */
 
 const host = hostOfEachTest();
 
@@ -25,7 +25,7 @@ async function expectLocales(...locales: readonly string[]): Promise<void> {
     await expect.poll(() => host.value('orliaLocale')).toBe(JSON.stringify(locales));
 }
 
-/** Every new value that the page asks for, in order. */
+/** The values of all SetSettings requests of the page, in order. */
 async function asked(page: Page): Promise<string[]> {
     const values: string[] = [];
     page.on('websocket', (socket) => {
@@ -41,13 +41,13 @@ async function asked(page: Page): Promise<string[]> {
     return values;
 }
 
-/** Holds a key as long as it takes to repeat itself so often. */
+/** Holds a key until it has repeated so often. */
 async function hold(page: Page, key: string, repeats = 17): Promise<void> {
     const downs = Array.from({ length: repeats + 1 }, () => page.keyboard.down(key));
     await Promise.all([...downs, page.keyboard.up(key)]);
 }
 
-/** Goes forward in the row until the control of that name has the focus. */
+/** Moves forward in the row until the control of that name has the focus. */
 async function goForwardTo(page: Page, name: RegExp): Promise<void> {
     for (let steps = 0; steps < 5 && !name.test((await focus(page)).name); steps += 1) {
         await press(page, 'ArrowRight');
@@ -55,7 +55,7 @@ async function goForwardTo(page: Page, name: RegExp): Promise<void> {
     expect((await focus(page)).name).toMatch(name);
 }
 
-test('Enter twice on any section of the menu changes no order and destroys nothing', async () => {
+test('repeated Enter on a section of the menu reorders and destroys nothing', async () => {
     await host.setLocales(...three);
     await visitSettings(host, async (page) => {
         const values = await asked(page);
@@ -80,7 +80,7 @@ test('Enter twice on any section of the menu changes no order and destroys nothi
     await expectLocales(...three);
 });
 
-test('Enter again and again moves a language up to the top and does nothing more; so it does down', async () => {
+test('repeated Enter moves a language to the top, or to the end, and then does nothing', async () => {
     await host.setLocales(...three);
     await visitSettings(host, async (page) => {
         const values = await asked(page);
@@ -95,7 +95,7 @@ test('Enter again and again moves a language up to the top and does nothing more
         }
         expect(seen).toEqual([
             'de-DE: Move German (Germany) up',
-            // Now the page speaks German, and up is gone.
+            // Now the page is in German, and cannot move it further up.
             ...Array<string>(4).fill('de-DE: Deutsch (Deutschland), Erste Wahl'),
         ]);
         await expectLocales('de-DE', 'en-US', 'fr-FR');
@@ -147,7 +147,7 @@ test('a held Enter acts once: a switch, a removal, a move, a section of the menu
     });
 });
 
-test('very fast keys on a slow processor leave each section its own place', async () => {
+test('very fast keys on a slow processor leave each section its own focus', async () => {
     await host.setLocales(...three);
     await visitSettings(host, async (page) => {
         const session = await page.context().newCDPSession(page);
@@ -178,10 +178,10 @@ test('very fast keys on a slow processor leave each section its own place', asyn
 });
 
 test.each(['Escape', 'GoBack', 'BrowserBack', 'XF86Back'])(
-    'the key %s closes a dialog or an editor first, then leads to the menu, where it is left to the television',
+    'the key %s closes a dialog or an editor first, then leads to the menu, where it is left to the TV',
     async (key) => {
         await visitSettings(host, async (page) => {
-            /** What a remote control sends; of these keys a browser's driver knows only one. */
+            /** The browser's driver knows only one of these keys. */
             const pressBack = () =>
                 key === 'Escape'
                     ? press(page, key).then(() => false)
@@ -243,7 +243,7 @@ test('the browser’s own Back closes what is open, leads to the menu, and only 
         await goBack();
         await expectFocus(page, 'device');
         expect(new URL(page.url()).hash).toBe('#device');
-        // In and out by keys leaves nothing behind that would take a Back of its own.
+        // Moving in and out by keys leaves no entry in the history.
         await press(page, 'ArrowRight', 'ArrowLeft', 'ArrowRight', 'ArrowLeft');
         await expectFocus(page, 'device');
         await goBack();
@@ -251,14 +251,14 @@ test('the browser’s own Back closes what is open, leads to the menu, and only 
     });
 });
 
-test('held arrows go on', async () => {
+test('held arrows repeat', async () => {
     await visitSettings(host, async (page) => {
         await hold(page, 'ArrowDown', sectionIds.length);
         await expectFocus(page, 'account');
     });
 });
 
-test('after a removal the focus is on the name of what took the place', async () => {
+test('after a removal the focus is on the name of the next language', async () => {
     await host.setLocales(...three);
     await visitSettings(
         host,

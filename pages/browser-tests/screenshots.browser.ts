@@ -53,7 +53,7 @@ test.each(languages.filter(([code]) => code !== 'en'))(
 
 test('dialogs look as stored', async () => {
     await host.setLocales('en-US');
-    // There the clocks are the same all year.
+    // No daylight saving time there.
     await host.control('set', 'timezone', 'Asia/Tokyo');
     await visitSettings(
         host,
@@ -94,7 +94,7 @@ test('a phone looks as stored', async () => {
     );
 });
 
-test('what became of changes, an edit in conflict and a lost connection look as stored', async () => {
+test('results of changes, a conflicting edit and a lost connection look as stored', async () => {
     await host.setLocales('en-US');
     await visitSettings(
         host,
@@ -123,7 +123,7 @@ test('what became of changes, an edit in conflict and a lost connection look as 
             await row(page, 'friendlyName').getByText('Big screen').waitFor();
             await host.kill();
             await page.getByRole('alert').getByRole('button').waitFor();
-            // It goes by itself, sooner or later.
+            // It disappears at any time.
             await page.locator('.announcement').evaluate((element: HTMLElement) => {
                 element.hidden = true;
             });

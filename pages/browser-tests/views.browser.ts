@@ -11,7 +11,7 @@ const host = hostOfFile();
 
 beforeEach(() => host.setLocales('en-US'));
 
-test('axe-core finds nothing on a phone, without a connection, and where the page may not connect', async () => {
+test('axe-core finds nothing on a phone, without a connection, and on an unauthorized page', async () => {
     await visitSettings(
         host,
         async (page) => {
@@ -182,7 +182,7 @@ test.each([
     });
 });
 
-test('the caption colours are previewed though the colours of everything else are forced', async () => {
+test('the preview shows the caption colours with forced colours, too', async () => {
     await host.control('set', 'captionsStyles', 'STYLE_YELLOW_ON_BLUE');
     await visitSettings(host, async (page) => {
         await page.emulateMedia({ forcedColors: 'active' });
@@ -196,7 +196,7 @@ test('the caption colours are previewed though the colours of everything else ar
     });
 });
 
-test('nothing moves by itself for those who want no motion', async () => {
+test('nothing is animated with reduced motion', async () => {
     await visitSettings(host, async (page) => {
         await enterSection(page, 'voice');
         const motion = () =>
@@ -210,7 +210,7 @@ test('nothing moves by itself for those who want no motion', async () => {
     });
 });
 
-test('the focus is in view after every step, on the smallest television', async () => {
+test('the focus is in view after every step, on the smallest TV', async () => {
     await host.setLocales('en-US', 'fr-FR', 'de-DE', 'ja-JP', 'es-MX', 'it-IT', 'nl-NL', 'pt-BR');
     await visitSettings(
         host,
@@ -237,7 +237,7 @@ test('the focus is in view after every step, on the smallest television', async 
 
 const hostile = '<img src=x onerror=alert(1)>\u202e\u0007&amp;';
 
-test('values that nobody would expect are shown as text, and the page goes on', async () => {
+test('unexpected values are shown as text', async () => {
     await host.control('set', 'friendlyName', 'n'.repeat(60_000));
     for (const [key, value] of [
         ['deviceName', hostile],
@@ -275,7 +275,7 @@ const hostileLocales = [
     ['much text', JSON.stringify(['l'.repeat(5_000), 'm', 'n', 'o', 'p'])],
 ] as const;
 
-test('locales that nobody would expect are shown as they come, and the page goes on in English', async () => {
+test('unexpected locales are shown as they are, and the page is in English', async () => {
     await visitSettings(
         host,
         async (page) => {
@@ -295,7 +295,7 @@ test('locales that nobody would expect are shown as they come, and the page goes
     );
 });
 
-test('before the values are there the page says that it reads them', async () => {
+test('the page shows that it loads the values', async () => {
     await visit(
         host,
         async (page) => {

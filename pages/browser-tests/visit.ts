@@ -23,10 +23,10 @@ export interface VisitOptions {
     readonly prepare?: (page: Page) => Promise<unknown>;
 }
 
-/** A tab of the browser. Making one takes longer than most tests, so it is used again. */
+/** A tab of the browser. Tabs are reused, because opening one takes longer than most tests. */
 interface Tab {
     readonly page: Page;
-    /** Where the tab reports what it should not do; of the visit that uses it. */
+    /** Reports errors of the page to the visit that uses the tab. */
     complain: (text: string) => void;
 }
 
@@ -36,6 +36,13 @@ const idleTabs = new Map<string, Tab[]>();
 function browser(): Promise<Browser> {
     connected ??= chromium.connect(inject('browserAddress'));
     return connected;
+}
+
+function idleTabsFor(hasTouch: boolean, messagesStay: boolean): Tab[] {
+    const kind = `${hasTouch} ${messagesStay}`;
+    const tabs = idleTabs.get(kind) ?? [];
+    idleTabs.set(kind, tabs);
+    return tabs;
 }
 
 async function makeTab(hasTouch: boolean, messagesStay: boolean): Promise<Tab> {
@@ -75,7 +82,7 @@ async function makeTab(hasTouch: boolean, messagesStay: boolean): Promise<Tab> {
     return tab;
 }
 
-/** Leaves the page and undoes what a test may have set. */
+/** Leaves the page and makes the tab available to other visits. */
 async function release(tab: Tab, idle: Tab[]): Promise<void> {
     tab.complain = () => undefined;
     await tab.page.goto('about:blank');
@@ -96,10 +103,9 @@ export async function visit(
         prepare,
     }: VisitOptions = {},
 ): Promise<void> {
-    const kind = `${hasTouch} ${messagesStay}`;
-    // What prepares a page stays with it, so that no other visit may use it.
-    const idle = prepare === undefined ? (idleTabs.get(kind) ?? []) : [];
-    idleTabs.set(kind, prepare === undefined ? idle : (idleTabs.get(kind) ?? []));
+    // The effects of `prepare` stay, so its tab is not reused.
+    const isReusable = prepare === undefined;
+    const idle = isReusable ? idleTabsFor(hasTouch, messagesStay) : [];
     const tab = idle.pop() ?? (await makeTab(hasTouch, messagesStay));
     const { page } = tab;
     const complaints: string[] = [];
@@ -125,7 +131,7 @@ export async function visit(
         await page.context().close();
         throw error;
     }
-    await (prepare === undefined ? release(tab, idle) : page.context().close());
+    await (isReusable ? release(tab, idle) : page.context().close());
 }
 
 /** Checks that the page is not wider than the window. */
