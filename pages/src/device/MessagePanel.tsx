@@ -21,10 +21,36 @@ interface Props {
 export function MessagePanel({ view, onPause, onClear }: Props): JSX.Element {
     const [filter, setFilter] = useState(everything);
     const [chosen, setChosen] = useState<Message | null>(null);
-    const [copied, setCopied] = useState('');
 
     const shown = filterMessages(view.messages, filter);
     const detail = chosen ?? shown.at(-1) ?? null;
+    return (
+        <section class="device-panel device-messages" data-zone aria-labelledby="messages-title">
+            <h2 id="messages-title">Messages</h2>
+            <FilterBar filter={filter} onChange={setFilter} />
+            <Tools
+                view={view}
+                shown={shown}
+                detail={detail}
+                onPause={onPause}
+                onClear={() => {
+                    setChosen(null);
+                    onClear();
+                }}
+            />
+            <MessageList messages={shown} chosen={chosen} onChoose={setChosen} />
+            <MessageDetail message={detail} />
+        </section>
+    );
+}
+
+interface ToolsProps extends Props {
+    readonly shown: readonly Message[];
+    readonly detail: Message | null;
+}
+
+function Tools({ view, shown, detail, onPause, onClear }: ToolsProps): JSX.Element {
+    const [copied, setCopied] = useState('');
     const copy = (what: string, text: string) => {
         void copyText(text).then((done) => {
             setCopied(done ? `Copied ${what}.` : 'The browser did not allow copying.');
@@ -32,55 +58,43 @@ export function MessagePanel({ view, onPause, onClear }: Props): JSX.Element {
     };
 
     return (
-        <section class="device-panel device-messages" data-zone aria-labelledby="messages-title">
-            <h2 id="messages-title">Messages</h2>
-            <FilterBar filter={filter} onChange={setFilter} />
-            <div class="device-tools" data-row="tools">
-                <button
-                    type="button"
-                    aria-pressed={view.paused}
-                    onClick={() => {
-                        onPause(!view.paused);
-                    }}
-                >
-                    Pause
-                </button>
-                <button
-                    type="button"
-                    onClick={() => {
-                        setChosen(null);
-                        onClear();
-                    }}
-                >
-                    Clear
-                </button>
-                <button
-                    type="button"
-                    disabled={detail === null}
-                    onClick={() => {
-                        copy('the message', detail?.text ?? '');
-                    }}
-                >
-                    Copy message
-                </button>
-                <button
-                    type="button"
-                    disabled={shown.length === 0}
-                    onClick={() => {
-                        copy(`${shown.length} messages`, asText(shown));
-                    }}
-                >
-                    Copy list
-                </button>
-                <p>
-                    {shown.length} of {view.messages.length}
-                </p>
-                <p role="status">{pauseText(view)}</p>
-                <p role="status">{copied}</p>
-            </div>
-            <MessageList messages={shown} chosen={chosen} onChoose={setChosen} />
-            <MessageDetail message={detail} />
-        </section>
+        <div class="device-tools" data-row="tools">
+            <button
+                type="button"
+                aria-pressed={view.paused}
+                onClick={() => {
+                    onPause(!view.paused);
+                }}
+            >
+                Pause
+            </button>
+            <button type="button" onClick={onClear}>
+                Clear
+            </button>
+            <button
+                type="button"
+                disabled={detail === null}
+                onClick={() => {
+                    copy('the message', detail?.text ?? '');
+                }}
+            >
+                Copy message
+            </button>
+            <button
+                type="button"
+                disabled={shown.length === 0}
+                onClick={() => {
+                    copy(`${shown.length} messages`, asText(shown));
+                }}
+            >
+                Copy list
+            </button>
+            <p>
+                {shown.length} of {view.messages.length}
+            </p>
+            <p role="status">{pauseText(view)}</p>
+            <p role="status">{copied}</p>
+        </div>
     );
 }
 

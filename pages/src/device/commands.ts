@@ -31,3 +31,48 @@ export const reportedKeys: readonly string[] = settingKeys.filter((key) => !isRe
 export function localesIn(text: string): readonly string[] {
     return text.split(/[\s,]+/).filter((locale) => locale !== '');
 }
+
+export interface FieldEntry {
+    readonly label: string;
+    readonly hint: string;
+    readonly choices?: readonly string[];
+}
+
+/** A form of the page, and the command that it sends. */
+export interface FormEntry {
+    /** The text of the button, and its object, for screen readers. */
+    readonly submit: string;
+    readonly of: string;
+    readonly fields: readonly FieldEntry[];
+    readonly commandOf: (values: readonly string[]) => Command;
+}
+
+export const forms: readonly FormEntry[] = [
+    {
+        submit: 'Change',
+        of: 'locale',
+        fields: [{ label: 'Locale', hint: 'fr-FR' }],
+        commandOf: ([value = '']) => ({ command: 'locale', value: value.trim() }),
+    },
+    {
+        submit: 'Change',
+        of: 'locales',
+        fields: [{ label: 'Locales, primary first', hint: 'fr-FR, en-US' }],
+        commandOf: ([text = '']) => ({ command: 'locales', values: localesIn(text) }),
+    },
+    {
+        submit: 'Change',
+        of: 'time zone',
+        fields: [{ label: 'Time zone', hint: 'Europe/Paris', choices: Intl.supportedValuesOf('timeZone') }],
+        commandOf: ([value = '']) => ({ command: 'timezone', value: value.trim() }),
+    },
+    {
+        submit: 'Report',
+        of: 'setting',
+        fields: [
+            { label: 'Setting', hint: 'deviceName', choices: reportedKeys },
+            { label: 'Value', hint: 'Den' },
+        ],
+        commandOf: ([key = '', value = '']) => ({ command: 'setting', key, value }),
+    },
+];
