@@ -167,7 +167,7 @@ const kilobytes = (bytes: number) => `${Math.round(bytes / 1024).toLocaleString(
 
 test.each([
     ['settings', '/', '.announcement'],
-    ['simulated television', '/device', '.device-list'],
+    ['simulated TV', '/device', '.device-list'],
 ] as const)(
     'the memory of %s',
     async (name, path, place) => {
