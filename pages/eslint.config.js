@@ -1,7 +1,7 @@
 import tseslint from 'typescript-eslint';
 
 export default tseslint.config(
-    { ignores: ['dist', 'eslint.config.js', 'scripts'] },
+    { ignores: ['dist', 'eslint.config.js', 'scripts', '**/*.generated.ts'] },
     tseslint.configs.strictTypeChecked,
     {
         languageOptions: {

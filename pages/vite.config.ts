@@ -1,5 +1,7 @@
 import { defineConfig } from 'vite';
 
+import './scripts/generate-catalogue.mjs';
+
 export default defineConfig({
     esbuild: { jsx: 'automatic', jsxImportSource: 'preact', legalComments: 'none' },
     build: {

@@ -1,5 +1,7 @@
 import { defineConfig } from 'vitest/config';
 
+import './scripts/generate-catalogue.mjs';
+
 export default defineConfig({
     esbuild: { jsx: 'automatic', jsxImportSource: 'preact' },
     test: {

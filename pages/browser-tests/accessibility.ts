@@ -9,7 +9,7 @@ const axe = readFileSync(createRequire(import.meta.url).resolve('axe-core/axe.mi
 
 const rules = ['wcag2a', 'wcag2aa', 'wcag21a', 'wcag21aa', 'wcag22aa', 'best-practice'];
 
-/** Insists that axe-core finds nothing in the page as it is now. */
+/** Checks that axe-core finds nothing in the page. */
 export async function expectAccessible(page: Page, view: string): Promise<void> {
     if (!(await page.evaluate(() => 'axe' in window))) {
         await page.evaluate(axe);

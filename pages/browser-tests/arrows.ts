@@ -15,7 +15,7 @@ interface Control {
     readonly bottom: number;
 }
 
-/** What can take the focus, in the order of the page; each carries its number from now on. `zones` share the page out. */
+/** The focusable controls in document order; each gets its number. `zones` divide the page. */
 function controlsOf(page: Page, zones: readonly string[]): Promise<Control[]> {
     return page.evaluate((selectors) => {
         const controls = document.querySelectorAll<HTMLElement>(
@@ -31,10 +31,10 @@ function controlsOf(page: Page, zones: readonly string[]): Promise<Control[]> {
     }, zones);
 }
 
-/** A pixel's worth of rounding. */
+/** Rounding, in pixels. */
 const slack = 1;
 
-/** Lies `to` beyond `from` in the direction of the arrow, whatever is between them? */
+/** Whether `to` is beyond `from` in the direction of the arrow, whatever is between them. */
 function isBeyond(from: Control, to: Control, arrow: Arrow): boolean {
     switch (arrow) {
         case 'ArrowUp':
@@ -52,17 +52,39 @@ function isBeside(one: Control, other: Control): boolean {
     return one.top < other.bottom && other.top < one.bottom;
 }
 
-/** Could the arrow lead there without leaving the zone? */
+/** Whether the arrow could lead there within the zone. */
 function isAhead(from: Control, to: Control, arrow: Arrow): boolean {
     const sideways = arrow === 'ArrowLeft' || arrow === 'ArrowRight';
     return to.zone === from.zone && isBeyond(from, to, arrow) && (!sideways || isBeside(from, to));
 }
 
-function focusedNumber(page: Page): Promise<number> {
-    return page.evaluate(() => Number((document.activeElement as HTMLElement).dataset['number']));
+/** Focuses each control in turn and presses each arrow there. Returns: where each arrow led, in this order. */
+async function pressEverywhere(page: Page, starts: readonly number[]): Promise<number[]> {
+    const tries = starts.flatMap((start) => arrows.map((arrow) => ({ start, arrow })));
+    await page.evaluate(
+        (controls) => {
+            const reached: number[] = [];
+            const focusNext = () => {
+                document.querySelector<HTMLElement>(`[data-number="${controls[reached.length]}"]`)?.focus();
+            };
+            Object.assign(window, { reached });
+            // After each key: records the focus, and moves it for the next.
+            document.addEventListener('keyup', function note() {
+                reached.push(Number((document.activeElement as HTMLElement).dataset['number']));
+                focusNext();
+                if (reached.length === controls.length) {
+                    document.removeEventListener('keyup', note);
+                }
+            });
+            focusNext();
+        },
+        tries.map(({ start }) => start),
+    );
+    await press(page, ...tries.map(({ arrow }) => arrow));
+    return page.evaluate(() => (window as unknown as { reached: number[] }).reached);
 }
 
-/** What is wrong with an arrow that led from one control to another, or nowhere. */
+/** The fault of an arrow that led from one control to another, or nowhere. */
 function faultOf(controls: readonly Control[], from: Control, to: Control, arrow: Arrow): string | null {
     const ahead = controls.filter((other) => isAhead(from, other, arrow));
     if (to === from) {
@@ -76,8 +98,8 @@ function faultOf(controls: readonly Control[], from: Control, to: Control, arrow
 }
 
 /**
- * Tries each arrow on each control of the zones `from` and insists that it leads to what is drawn there: in its direction, past
- * nothing that stands between, and nowhere only if there is nothing; and that arrows lead from the focus to every control.
+ * Presses each arrow on each control of the zones `from` and checks that it leads to what is drawn there: in its direction, past
+ * nothing in between, and nowhere only if there is nothing; and that arrows lead from the focus to every control.
  */
 export async function expectArrowsLead(
     page: Page,
@@ -85,22 +107,26 @@ export async function expectArrowsLead(
     { zones, from: within }: { readonly zones: readonly string[]; readonly from: readonly string[] },
 ): Promise<void> {
     const controls = await controlsOf(page, zones);
-    const reached = new Set([await focusedNumber(page)]);
+    const reached = new Set([
+        await page.evaluate(() => Number((document.activeElement as HTMLElement).dataset['number'])),
+    ]);
+    const starts = [...controls.keys()].filter((number) => within.includes(controls[number]?.zone ?? ''));
+    const ends = await pressEverywhere(page, starts);
+    expect(ends.length).toBe(starts.length * arrows.length);
     const faults: string[] = [];
     const ways = new Map<number, number[]>();
-    for (const [number, from] of controls.entries()) {
-        for (const arrow of within.includes(from.zone) ? arrows : []) {
-            await page.locator(`[data-number="${number}"]`).focus();
-            await press(page, arrow);
-            const next = await focusedNumber(page);
-            ways.set(number, [...(ways.get(number) ?? []), next]);
-            faults.push(faultOf(controls, from, controls[next] ?? from, arrow) ?? '');
+    for (const [index, end] of ends.entries()) {
+        const start = starts[Math.floor(index / arrows.length)] ?? 0;
+        const [from, to, arrow] = [controls[start], controls[end], arrows[index % arrows.length]];
+        ways.set(start, [...(ways.get(start) ?? []), end]);
+        if (from !== undefined && arrow !== undefined) {
+            faults.push(faultOf(controls, from, to ?? from, arrow) ?? '');
         }
     }
     expect(faults.filter(Boolean), `arrows in ${view}`).toEqual([]);
     for (const number of reached) {
         ways.get(number)?.forEach((next) => reached.add(next));
     }
-    const left = controls.filter(({ zone }, number) => within.includes(zone) && !reached.has(number));
-    expect(left, `what no arrow reaches in ${view}`).toEqual([]);
+    const left = starts.filter((number) => !reached.has(number)).map((number) => controls[number]);
+    expect(left, `controls that no arrow reaches in ${view}`).toEqual([]);
 }

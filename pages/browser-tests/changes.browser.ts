@@ -1,9 +1,10 @@
 import { connect } from 'node:net';
 
 import type { Page } from 'playwright-core';
-import { afterEach, beforeEach, expect, test } from 'vitest';
+import { expect, test } from 'vitest';
 
-import { Host } from './host';
+import { replyTimeout } from '../src/wire/session';
+import { hostOfEachTest } from './host';
 import {
     enterSection,
     expectFocus,
@@ -17,13 +18,7 @@ import {
 } from './settings';
 import { hostIsAway } from './visit';
 
-let host: Host;
-
-beforeEach(async () => {
-    host = await Host.start();
-});
-
-afterEach(() => host.stop());
+const host = hostOfEachTest();
 
 function announcement(page: Page, text: string) {
     return page.locator('.announcement', { hasText: text });
@@ -34,7 +29,7 @@ async function startEditing(page: Page, text: string): Promise<void> {
     await typeOver(page, text);
 }
 
-test('a change by a program shows by itself, says where it came from, and leaves the focus alone', async () => {
+test('a change by a program is shown and announced with its origin, and does not move the focus', async () => {
     await visitSettings(host, async (page) => {
         await enterSection(page, 'device');
         await press(page, 'ArrowDown');
@@ -47,7 +42,7 @@ test('a change by a program shows by itself, says where it came from, and leaves
     });
 });
 
-test('what happens at the television shows by itself', async () => {
+test('changes at the TV are shown and announced', async () => {
     await visitSettings(host, async (page) => {
         await enterSection(page, 'captions');
         await host.control('device', 'captions', 'on');
@@ -58,12 +53,12 @@ test('what happens at the television shows by itself', async () => {
         await enterSection(page, 'voice');
         await host.control('device', 'handsfree', 'on');
         await page.getByRole('switch', { name: 'Hands-free', checked: true }).waitFor();
-        await announcement(page, 'Hands-free is now On, changed on the television').waitFor();
+        await announcement(page, 'Hands-free is now On, changed on the TV').waitFor();
         await expectFocus(page, 'handsFreeEnabled');
     });
 });
 
-test('the language of the page follows the first locale by itself, and the focus stays', async () => {
+test('the language of the page follows the primary locale, and the focus stays', async () => {
     await visitSettings(host, async (page) => {
         await enterSection(page, 'voice');
         await press(page, 'ArrowDown');
@@ -79,7 +74,7 @@ test('the language of the page follows the first locale by itself, and the focus
     });
 });
 
-test('another page changes with this one, and only the other page announces it', async () => {
+test('a change is shown on other pages, and announced only there', async () => {
     await visitSettings(host, async (page) => {
         await visitSettings(host, async (other) => {
             await startEditing(page, 'Den');
@@ -107,18 +102,18 @@ test('accepted, unchanged and refused differ in words, sign and colour', async (
         await press(page, 'Enter');
         await look('accepted', 'Saved');
         await press(page, 'Enter', 'Enter');
-        await look('unchanged', 'It was that already');
+        await look('unchanged', 'No change');
         await refuseDeviceName();
         await press(page, 'Enter');
         await typeOver(page, 'Attic');
         await press(page, 'Enter');
-        await look('refused', 'Not changed: the television could not store it, or a newer change came first.');
+        await look('refused', 'Not changed: the TV could not save it, or a newer change came first.');
         expect(new Set(looks.map(([sign]) => sign)).size).toBe(3);
         expect(new Set(looks.map(([, colour]) => colour)).size).toBe(3);
     });
 });
 
-/** Another client claims the future, so that every other request for the name is older. */
+/** Another client sends a time stamp in the future, so that every other request for the name is stale. */
 function refuseDeviceName(): Promise<void> {
     return new Promise((resolve, reject) => {
         const client = connect(host.socket());
@@ -131,7 +126,7 @@ function refuseDeviceName(): Promise<void> {
     });
 }
 
-test('a refused change rolls back to the value that holds', async () => {
+test('a refused change is rolled back to the current value', async () => {
     await refuseDeviceName();
     await visitSettings(host, async (page) => {
         await startEditing(page, 'Attic');
@@ -142,7 +137,7 @@ test('a refused change rolls back to the value that holds', async () => {
     });
 });
 
-test('a value that is too long for the host is refused by the page', async () => {
+test('the page refuses a value that is too long for the host', async () => {
     await visitSettings(host, async (page) => {
         await press(page, 'ArrowRight', 'Enter');
         await page.locator('form input').first().fill('x'.repeat(70_000));
@@ -152,23 +147,28 @@ test('a value that is too long for the host is refused by the page', async () =>
     });
 });
 
-test('a host that is silent is told from one that refuses', async () => {
-    await visitSettings(host, async (page) => {
-        await startEditing(page, 'Attic');
-        host.freeze();
-        await press(page, 'Enter');
-        await expectStatus(page, 'deviceName', 'saving', 'Saving');
-        await row(page, 'deviceName').locator('.status', { hasText: 'does not answer' }).waitFor();
-        host.thaw();
-        await expectValue(page, 'deviceName', 'Attic');
-    });
+test('a missing reply is distinguished from a refusal', async () => {
+    await visitSettings(
+        host,
+        async (page) => {
+            await startEditing(page, 'Attic');
+            host.freeze();
+            await press(page, 'Enter');
+            await expectStatus(page, 'deviceName', 'saving', 'Saving');
+            await page.clock.fastForward(replyTimeout);
+            await row(page, 'deviceName').locator('.status', { hasText: 'not responding' }).waitFor();
+            host.thaw();
+            await expectValue(page, 'deviceName', 'Attic');
+        },
+        { messagesStay: false, prepare: (page) => page.clock.install() },
+    );
 });
 
-test('an edit in progress is not overwritten: the person sees both values and keeps the own one', async () => {
+test('a conflicting edit is not overwritten: the person sees both values and keeps their own', async () => {
     await visitSettings(host, async (page) => {
         await startEditing(page, 'My text');
         await host.control('set', 'deviceName', 'Their text');
-        await page.getByRole('alert').getByText('Meanwhile it became “Their text”.').waitFor();
+        await page.getByRole('alert').getByText('Changed to “Their text” in the meantime.').waitFor();
         expect(await page.getByRole('textbox').inputValue()).toBe('My text');
         await expectFocus(page, 'deviceName');
         await press(page, 'Enter');
@@ -182,13 +182,13 @@ test('an edit in progress is not overwritten: the person sees both values and ke
     expect(await host.control('get', 'deviceName')).toBe('deviceName=My text\n');
 });
 
-test('an edit in progress can be given up for the new value', async () => {
+test('a conflicting edit can be replaced by the new value', async () => {
     await visitSettings(host, async (page) => {
         await startEditing(page, 'My text');
         await host.control('set', 'deviceName', 'Their text');
         await page.getByRole('alert').getByText('Their text').waitFor();
         await press(page, 'Enter', 'ArrowRight');
-        expect((await focus(page)).name).toBe('Take the new value');
+        expect((await focus(page)).name).toBe('Use the new value');
         await press(page, 'Enter');
         expect(await page.getByRole('textbox').inputValue()).toBe('Their text');
         await press(page, 'Escape');
@@ -196,7 +196,7 @@ test('an edit in progress can be given up for the new value', async () => {
     });
 });
 
-test('after the host was killed the page says so, connects again and shows what changed meanwhile', async () => {
+test('after the host was killed the page reports it, reconnects and shows changes made meanwhile', async () => {
     await host.control('set', 'deviceName', 'Before');
     await visitSettings(
         host,
@@ -204,12 +204,12 @@ test('after the host was killed the page says so, connects again and shows what 
             await enterSection(page, 'device');
             await press(page, 'ArrowDown');
             await host.kill();
-            await page.getByRole('alert').getByText('The television does not answer.').waitFor();
+            await page.getByRole('alert').getByText('The TV is not responding.').waitFor();
             await expectFocus(page, 'friendlyName');
             await host.resume();
             await host.control('set', 'deviceName', 'After');
             await row(page, 'deviceName').getByText('After').waitFor();
-            await page.getByRole('alert').getByText('The television does not answer.').waitFor({ state: 'detached' });
+            await page.getByRole('alert').getByText('The TV is not responding.').waitFor({ state: 'detached' });
             await expectFocus(page, 'friendlyName');
             await host.control('set', 'deviceName', 'Later');
             await row(page, 'deviceName').getByText('Later').waitFor();
@@ -218,20 +218,20 @@ test('after the host was killed the page says so, connects again and shows what 
     );
 });
 
-test('Enter on the banner tries again without waiting for the end of the pause', async () => {
+test('Enter on the banner reconnects without waiting for the retry delay', async () => {
     await visitSettings(
         host,
         async (page) => {
             await host.kill();
-            await page.getByRole('button', { name: 'Try now' }).waitFor();
-            // From now on no pause ends by itself.
+            await page.getByRole('button', { name: 'Try again now' }).waitFor();
+            // From now on no retry delay ends.
             await page.clock.pauseAt(await page.evaluate(() => Date.now() + 3_600_000));
             await host.resume();
             await expect
                 .poll(async () => {
-                    const banner = page.getByRole('button', { name: 'Try now' });
+                    const banner = page.getByRole('button', { name: 'Try again now' });
                     if ((await banner.count()) > 0) {
-                        // An attempt from before may still be on its way to fail.
+                        // An earlier attempt may still fail.
                         await banner.press('Enter');
                     }
                     return banner.count();
@@ -242,7 +242,7 @@ test('Enter on the banner tries again without waiting for the end of the pause',
     );
 });
 
-test('a page that the host lets in no more asks for a new address', async () => {
+test('a page that is no longer authorized asks for a new address', async () => {
     await visitSettings(
         host,
         async (page) => {
@@ -253,7 +253,7 @@ test('a page that the host lets in no more asks for a new address', async () => 
     );
 });
 
-test('a log-out elsewhere shows here', async () => {
+test('a log-out by another client is shown', async () => {
     await host.control('set', 'deviceName', 'Somebody’s');
     await visitSettings(host, async (page) => {
         await expectValue(page, 'deviceName', 'Somebody’s');

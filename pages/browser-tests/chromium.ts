@@ -21,7 +21,7 @@ const quiet = [
     '--disable-lcd-text',
 ];
 
-/** One browser for all test files; each test has a context of its own. */
+/** One browser for all test files. */
 export default async function startBrowser(project: TestProject): Promise<() => Promise<void>> {
     const server = await chromium.launchServer({ executablePath, chromiumSandbox: false, args: quiet });
     project.provide('browserAddress', server.wsEndpoint());

@@ -1,18 +1,12 @@
 import type { Page } from 'playwright-core';
-import { afterAll, beforeAll, expect, test } from 'vitest';
+import { expect, test } from 'vitest';
 
 import { expectAccessible } from './accessibility';
 import { expectArrowsLead } from './arrows';
-import { Host } from './host';
+import { hostOfFile } from './host';
 import { expectNoSidewaysScroll, hostIsAway, phone, small, visit, wide, type VisitOptions } from './visit';
 
-let host: Host;
-
-beforeAll(async () => {
-    host = await Host.start();
-});
-
-afterAll(() => host.stop());
+const host = hostOfFile();
 
 async function visitDevice(use: (page: Page) => Promise<void>, options: VisitOptions = {}): Promise<void> {
     await visit(
@@ -33,7 +27,7 @@ function line(page: Page, text: string | RegExp) {
     return lines(page).filter({ hasText: text });
 }
 
-/** Goes on with Tab until `name` has the focus, as a person without a mouse does. */
+/** Presses Tab until `name` has the focus. */
 async function tabTo(page: Page, name: string): Promise<void> {
     for (let presses = 0; presses < 40; presses += 1) {
         await page.keyboard.press('Tab');
@@ -50,14 +44,14 @@ async function tabTo(page: Page, name: string): Promise<void> {
 }
 
 async function expectReport(page: Page, report: string): Promise<void> {
-    await page.locator('.device-report', { hasText: report }).waitFor();
+    await page.locator('.device-result', { hasText: report }).waitFor();
 }
 
 async function expectFact(page: Page, fact: string, value: string): Promise<void> {
     await page.locator('.device-state > div', { hasText: fact }).getByText(value, { exact: true }).waitFor();
 }
 
-test('every command is given by keys alone, answered, and shown in the state', async () => {
+test('every command works by keys alone and is shown in the state', async () => {
     await visitDevice(async (page) => {
         for (const [label, fact, on, off] of [
             ['Hands-free', 'currentHandsFreeStatus', 'on', 'off'],
@@ -108,7 +102,7 @@ test.each([
     );
 });
 
-test('arrows go through a text, a list of messages and a message before they leave it; Enter opens a choice', async () => {
+test('arrows move within a text, the list and a message before they leave it; Enter opens a choice', async () => {
     await visitDevice(
         async (page) => {
             const focused = () =>
@@ -194,7 +188,7 @@ test('the error of a command is shown', async () => {
     });
 });
 
-test('what a report came to is told: taken, the same already, or refused', async () => {
+test('the result of a report is shown: done, no change, or an error', async () => {
     const answers = [
         '{"ok":true}',
         '{"ok":true,"changed":false}',
@@ -203,11 +197,7 @@ test('what a report came to is told: taken, the same already, or refused', async
     await visitDevice(
         async (page) => {
             await page.getByLabel('Setting', { exact: true }).fill('captionsEnabled');
-            for (const report of [
-                '✓ Done: {',
-                '= Nothing changed, it was that already: {',
-                '✗ read-only: nothing changed',
-            ]) {
+            for (const report of ['✓ Done: {', '= No change: {', '✗ read-only: nothing changed']) {
                 await page.getByRole('button', { name: 'Report setting' }).click();
                 await expectReport(page, report);
             }
@@ -224,7 +214,7 @@ test('what a report came to is told: taken, the same already, or refused', async
     );
 });
 
-test('what others do at the device shows by itself', async () => {
+test('changes by others are shown', async () => {
     await visitDevice(async (page) => {
         await expectFact(page, 'timezone', 'Asia/Tokyo');
         await host.control('device', 'timezone', 'Europe/Rome');
@@ -234,7 +224,7 @@ test('what others do at the device shows by itself', async () => {
     });
 });
 
-test('frames of every door are listed in order, and the newest or the chosen one is shown in full', async () => {
+test('frames of every listener are listed in order, and the newest or the chosen one is shown in full', async () => {
     await visitDevice(async (page) => {
         await host.control('set', 'deviceName', 'Cellar');
         await host.control('device', 'captions', 'on');
@@ -248,7 +238,7 @@ test('frames of every door are listed in order, and the newest or the chosen one
             '→ in socket N GetSettings',
             '← out socket N GetSettings',
             '→ in device N command',
-            '← out device N answer',
+            '← out device N reply',
         ]);
         await page.getByRole('listbox', { name: 'Messages' }).focus();
         await page.keyboard.press('Home');
@@ -263,7 +253,7 @@ test('frames of every door are listed in order, and the newest or the chosen one
     });
 });
 
-test('the list is filtered by text, direction, door and type', async () => {
+test('the list is filtered by text, direction, listener and type', async () => {
     await visitDevice(async (page) => {
         await host.control('device', 'captions', 'off');
         await host.control('set', 'deviceName', 'Porch');
@@ -279,23 +269,23 @@ test('the list is filtered by text, direction, door and type', async () => {
         await expect.poll(kinds).toEqual(['event']);
         await page.getByLabel('Type').selectOption('all');
         await page.getByLabel('Text').fill('');
-        await page.getByLabel('Door').selectOption('device');
-        await expect.poll(kinds).toEqual(['command', 'answer']);
+        await page.getByLabel('Listener').selectOption('device');
+        await expect.poll(kinds).toEqual(['command', 'reply']);
         await page.getByLabel('Direction').selectOption('in');
         await expect.poll(kinds).toEqual(['command']);
         await page.getByLabel('Text').fill('nowhere');
-        await page.getByText('Nothing here yet').waitFor();
+        await page.getByText('No messages').waitFor();
     });
 });
 
-test('a pause counts what comes and shows it afterwards; clearing empties the list', async () => {
+test('a pause counts new messages and shows them afterwards; clearing empties the list', async () => {
     await visitDevice(async (page) => {
         await host.control('device', 'captions', 'off');
         await line(page, '"enabled":false').waitFor();
         const pause = page.getByRole('button', { name: 'Pause' });
         await pause.click();
         await host.control('device', 'setting', 'deviceName', 'while paused');
-        await page.getByText(/^Paused; [1-9]\d* more came\.$/).waitFor();
+        await page.getByText(/^Paused: [1-9]\d* new$/).waitFor();
         expect(await line(page, 'while paused').count()).toBe(0);
         await pause.click();
         await line(page, 'while paused').first().waitFor();
@@ -368,13 +358,13 @@ test('hostile text is shown as text', async () => {
     });
 });
 
-test('after the host was killed the page connects again, reads the state again and keeps the list', async () => {
+test('after the host was killed the page reconnects, reads the state again and keeps the list', async () => {
     await visitDevice(
         async (page) => {
             await host.control('device', 'timezone', 'Europe/Madrid');
             await expectFact(page, 'timezone', 'Europe/Madrid');
             await host.kill();
-            await page.getByText('○ No connection').waitFor();
+            await page.getByText('○ Disconnected').waitFor();
             await page.getByRole('switch', { name: 'Captions' }).click();
             await expectReport(page, '✗ no-connection');
             await host.resume();
@@ -389,11 +379,11 @@ test('after the host was killed the page connects again, reads the state again a
     );
 });
 
-test('a page that the host lets in no more says how to get a new address', async () => {
+test('a page that is no longer authorized says how to get a new address', async () => {
     await visitDevice(
         async (page) => {
             await host.resumeAsNew();
-            await page.getByText('"settingsctl page" prints it').waitFor();
+            await page.getByText('Not authorized').waitFor();
             await expectAccessible(page, 'the device page that is locked out');
         },
         { expected: hostIsAway },

@@ -15,13 +15,13 @@ const loads = Number(process.env['LOADS'] ?? 21);
 const events = Number(process.env['EVENTS'] ?? 10_000);
 const atOnce = 100;
 
-let host: Host;
+const host = new Host();
 let browser: Browser;
 const times: string[] = [];
 const memories: string[] = [];
 
 beforeAll(async () => {
-    host = await Host.start();
+    await host.start();
     browser = await chromium.launch({ executablePath, chromiumSandbox: false, args: ['--disable-gpu'] });
 });
 
@@ -45,7 +45,7 @@ interface Load {
     readonly usable: number;
 }
 
-/** Notes when the first setting is drawn with its value and takes the focus: in the frame after the one that found it. */
+/** Records when the first setting is drawn with its value and can be focused. */
 async function noteWhenUsable(page: Page): Promise<void> {
     await page.addInitScript(() => {
         const look = () => {
@@ -113,7 +113,7 @@ interface Memory {
     readonly renderer: number;
 }
 
-/** What the renderer with the most memory of its own has of it, in bytes. */
+/** The private memory of the largest renderer process, in bytes. */
 async function largestRenderer(): Promise<number> {
     const session = await browser.newBrowserCDPSession();
     const { processInfo } = await session.send('SystemInfo.getProcessInfo');
@@ -167,7 +167,7 @@ const kilobytes = (bytes: number) => `${Math.round(bytes / 1024).toLocaleString(
 
 test.each([
     ['settings', '/', '.announcement'],
-    ['simulated television', '/device', '.device-list'],
+    ['simulated TV', '/device', '.device-list'],
 ] as const)(
     'the memory of %s',
     async (name, path, place) => {

@@ -3,30 +3,24 @@ import { join } from 'node:path';
 import { fileURLToPath } from 'node:url';
 
 import type { Page } from 'playwright-core';
-import { afterAll, beforeAll, test } from 'vitest';
+import { test } from 'vitest';
 
-import { Host } from './host';
+import { hostOfFile } from './host';
 import { enterSection, expectStatus, press, typeOver, visitSettings } from './settings';
 import { smallPng } from './smallPng';
 import { small, visit, wide } from './visit';
 
 const images = fileURLToPath(new URL('../../docs/images', import.meta.url));
 
-let host: Host;
-
-beforeAll(async () => {
-    mkdirSync(images, { recursive: true });
-    host = await Host.start();
-});
-
-afterAll(() => host.stop());
+const host = hostOfFile();
+mkdirSync(images, { recursive: true });
 
 async function take(page: Page, name: string): Promise<void> {
     writeFileSync(join(images, `${name}.png`), smallPng(await page.screenshot({ caret: 'hide' })));
 }
 
-test('the settings on a television', async () => {
-    await host.control('set', 'orliaLocale', '["en-US","fr-FR","de-DE"]');
+test('the settings', async () => {
+    await host.setLocales('en-US', 'fr-FR', 'de-DE');
     await visitSettings(
         host,
         async (page) => {
@@ -49,7 +43,7 @@ test('an edit in conflict', async () => {
             await press(page, 'Enter');
             await typeOver(page, 'Den');
             await host.control('set', 'deviceName', 'Living room');
-            await page.locator('.meanwhile').waitFor();
+            await page.locator('.conflict').waitFor();
             await take(page, 'settings-conflict');
         },
         { viewport: small },
@@ -57,7 +51,7 @@ test('an edit in conflict', async () => {
 });
 
 test('the settings from right to left', async () => {
-    await host.control('set', 'orliaLocale', '["ar-EG"]');
+    await host.setLocales('ar-EG');
     await visitSettings(
         host,
         async (page) => {
@@ -68,7 +62,7 @@ test('the settings from right to left', async () => {
     );
 });
 
-test('the simulated television', async () => {
+test('the simulated TV', async () => {
     await visit(
         host,
         async (page) => {

@@ -5,6 +5,8 @@ import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import { createInterface } from 'node:readline';
 
+import { afterAll, afterEach, beforeAll, beforeEach } from 'vitest';
+
 import { builtPages, settingsctl, settingsHost } from './programs';
 
 const readyPattern = /^ready: (http:\/\/\S+)/;
@@ -14,25 +16,25 @@ export interface CommandResult {
     readonly output: string;
 }
 
-/** A real host with a database of its own in a temporary folder. */
+/** A real host with its own database in a temporary folder. */
 export class Host {
     private process: ChildProcess | null = null;
     private address = new URL('http://127.0.0.1:0/');
 
-    private constructor(private readonly folder: string) {}
+    private folder = '';
 
-    static async start(): Promise<Host> {
-        const host = new Host(await mkdtemp(join(tmpdir(), 'settings-pages-')));
-        await host.resume();
-        return host;
+    async start(): Promise<void> {
+        this.folder = await mkdtemp(join(tmpdir(), 'settings-pages-'));
+        this.address = new URL('http://127.0.0.1:0/');
+        await this.resume();
     }
 
-    /** Where a page is, with the key that opens the door. */
+    /** The address of a page, with the key. */
     page(path: '/' | '/device'): string {
         return new URL(path + this.address.search, this.address).href;
     }
 
-    /** Starts the host again where it was: same database, same port. */
+    /** Starts the host again with the same database and port. */
     async resume(): Promise<void> {
         const child = spawn(
             settingsHost,
@@ -66,7 +68,7 @@ export class Host {
         }
     }
 
-    /** Lets the host stand still, connections open, until `thaw`. */
+    /** Suspends the host with its connections open, until `thaw`. */
     freeze(): void {
         this.process?.kill('SIGSTOP');
     }
@@ -75,12 +77,12 @@ export class Host {
         this.process?.kill('SIGCONT');
     }
 
-    /** Where clients of the settings connect. */
+    /** The socket for clients of the settings. */
     socket(): string {
         return join(this.folder, 'settings.sock');
     }
 
-    /** Starts it again with a database as new: no page that is open is let in any more. */
+    /** Starts it again with a new database: open pages are no longer authorized. */
     async resumeAsNew(): Promise<void> {
         await this.kill();
         for (const part of ['', '-wal', '.backup.1', '.backup.2']) {
@@ -94,7 +96,7 @@ export class Host {
         await rm(this.folder, { recursive: true, force: true });
     }
 
-    /** Runs settingsctl against this host, whatever comes of it. */
+    /** Runs settingsctl against this host. */
     settingsctl(...words: string[]): Promise<CommandResult> {
         return new Promise((resolve) => {
             execFile(settingsctl, [...this.sockets(), ...words], (error, output, complaint) => {
@@ -103,13 +105,21 @@ export class Host {
         });
     }
 
-    /** Runs settingsctl and insists on its success. */
+    /** Runs settingsctl and throws when it fails. */
     async control(...words: string[]): Promise<string> {
         const { status, output } = await this.settingsctl(...words);
         if (status !== 0) {
             throw new Error(`settingsctl ${words.join(' ')}: ${output}`);
         }
         return output;
+    }
+
+    async value(key: string): Promise<string> {
+        return (await this.control('--value', 'get', key)).replace(/\n$/, '');
+    }
+
+    async setLocales(...locales: readonly string[]): Promise<void> {
+        await this.control('set', 'orliaLocale', JSON.stringify(locales));
     }
 
     private database(): string {
@@ -119,4 +129,23 @@ export class Host {
     private sockets(): string[] {
         return ['--socket', this.socket(), '--device-socket', join(this.folder, 'device.sock')];
     }
+}
+
+/** A host for all tests of a file. */
+export function hostOfFile(prepare?: (host: Host) => Promise<unknown>): Host {
+    const host = new Host();
+    beforeAll(async () => {
+        await host.start();
+        await prepare?.(host);
+    });
+    afterAll(() => host.stop());
+    return host;
+}
+
+/** A new host for each test of a file. */
+export function hostOfEachTest(): Host {
+    const host = new Host();
+    beforeEach(() => host.start());
+    afterEach(() => host.stop());
+    return host;
 }

@@ -1,7 +1,7 @@
-import { afterAll, beforeAll, expect, test } from 'vitest';
+import { expect, test } from 'vitest';
 
 import { expectArrowsLead } from './arrows';
-import { Host } from './host';
+import { hostOfFile } from './host';
 import {
     enterSection,
     expectFocus,
@@ -17,19 +17,9 @@ import {
 } from './settings';
 import { phone, small } from './visit';
 
-let host: Host;
+const host = hostOfFile();
 
-beforeAll(async () => {
-    host = await Host.start();
-});
-
-afterAll(() => host.stop());
-
-async function valueOf(key: string): Promise<string> {
-    return (await host.control('--value', 'get', key)).trimEnd();
-}
-
-test('the first key is an arrow: the menu has the focus, stops at its ends and shows each section', async () => {
+test('the menu has the focus first, shows each section and stops at its ends', async () => {
     await visitSettings(host, async (page) => {
         await expectFocus(page, 'device');
         await press(page, 'ArrowUp');
@@ -45,12 +35,12 @@ test('the first key is an arrow: the menu has the focus, stops at its ends and s
 });
 
 test.each([
-    ['a television', small],
+    ['a TV', small],
     ['a phone', phone],
 ])(
     'on %s every arrow leads to what is drawn there, arrows reach every control, and Back leads to the menu',
     async (_name, viewport) => {
-        await host.control('set', 'orliaLocale', '["en-US","fr-FR","de-DE"]');
+        await host.setLocales('en-US', 'fr-FR', 'de-DE');
         await visitSettings(
             host,
             async (page) => {
@@ -67,7 +57,7 @@ test.each([
     },
 );
 
-test('each section remembers where the focus was', async () => {
+test('each section remembers its focus', async () => {
     await visitSettings(host, async (page) => {
         await enterSection(page, 'device');
         await press(page, 'ArrowDown', 'ArrowDown');
@@ -82,7 +72,7 @@ test('each section remembers where the focus was', async () => {
     });
 });
 
-test('Device by keys: the names and the companion device are changed, and Escape leaves a name as it was', async () => {
+test('Device by keys: the names and the companion device are changed, and Escape leaves a name unchanged', async () => {
     await visitSettings(host, async (page) => {
         await press(page, 'ArrowRight', 'Enter');
         await typeOver(page, 'Living rxxm');
@@ -91,7 +81,7 @@ test('Device by keys: the names and the companion device are changed, and Escape
         await press(page, 'Enter');
         await expectStatus(page, 'deviceName', 'accepted', 'Saved');
         await expectFocus(page, 'deviceName');
-        expect(await valueOf('deviceName')).toBe('Living room');
+        expect(await host.value('deviceName')).toBe('Living room');
 
         await press(page, 'ArrowDown', 'Enter');
         await typeOver(page, 'Nobody');
@@ -112,14 +102,14 @@ test('Device by keys: the names and the companion device are changed, and Escape
         await expectValue(page, 'companionDevice', 'My phone · Phone');
         await expectFocus(page, 'companionDevice');
     });
-    expect([await valueOf('friendlyName'), await valueOf('companionDevice')]).toEqual([
+    expect([await host.value('friendlyName'), await host.value('companionDevice')]).toEqual([
         'Big screen',
         '["My phone","Phone"]',
     ]);
 });
 
 test('Language and region by keys: locales are added, moved and removed, and a time zone is searched', async () => {
-    await host.control('set', 'orliaLocale', '["en-US","de-DE"]');
+    await host.setLocales('en-US', 'de-DE');
     await visitSettings(host, async (page) => {
         await enterSection(page, 'language');
         await expectFocus(page, 'en-US');
@@ -131,7 +121,7 @@ test('Language and region by keys: locales are added, moved and removed, and a t
         await press(page, 'ArrowDown', 'Enter');
         await row(page, 'de-AT').waitFor();
         await expectFocus(page, 'add');
-        await expect.poll(() => valueOf('orliaLocale')).toBe('["en-US","de-DE","de-AT"]');
+        await expect.poll(() => host.value('orliaLocale')).toBe('["en-US","de-DE","de-AT"]');
 
         await press(page, 'ArrowUp');
         await expectFocus(page, 'de-AT');
@@ -139,15 +129,15 @@ test('Language and region by keys: locales are added, moved and removed, and a t
         await press(page, 'ArrowRight');
         expect((await focus(page)).name).toBe('Move Austrian German up');
         await press(page, 'Enter');
-        await expect.poll(() => valueOf('orliaLocale')).toBe('["en-US","de-AT","de-DE"]');
+        await expect.poll(() => host.value('orliaLocale')).toBe('["en-US","de-AT","de-DE"]');
         expect((await focus(page)).name).toBe('Move Austrian German up');
         await press(page, 'ArrowRight', 'Enter');
-        await expect.poll(() => valueOf('orliaLocale')).toBe('["en-US","de-DE","de-AT"]');
+        await expect.poll(() => host.value('orliaLocale')).toBe('["en-US","de-DE","de-AT"]');
         expect((await focus(page)).name).toBe('Austrian German');
         await press(page, 'ArrowRight', 'ArrowRight');
         expect((await focus(page)).name).toBe('Remove Austrian German');
         await press(page, 'Enter');
-        await expect.poll(() => valueOf('orliaLocale')).toBe('["en-US","de-DE"]');
+        await expect.poll(() => host.value('orliaLocale')).toBe('["en-US","de-DE"]');
 
         await goToMenu(page, 'language');
         await press(page, 'ArrowRight', 'ArrowDown', 'ArrowDown', 'ArrowDown');
@@ -158,11 +148,11 @@ test('Language and region by keys: locales are added, moved and removed, and a t
         await press(page, 'ArrowDown', 'Enter');
         await expectStatus(page, 'timezone', 'accepted', 'Saved');
         await expectFocus(page, 'timezone');
-        expect(await valueOf('timezone')).toBe('Asia/Tokyo');
+        expect(await host.value('timezone')).toBe('Asia/Tokyo');
     });
 });
 
-test('a search in a dialog is left by Escape, and the focus is where it was', async () => {
+test('Escape leaves the search in a dialog, and the focus returns', async () => {
     await visitSettings(host, async (page) => {
         await enterSection(page, 'language');
         await press(page, 'ArrowDown', 'ArrowDown', 'ArrowDown', 'ArrowDown');
@@ -170,7 +160,7 @@ test('a search in a dialog is left by Escape, and the focus is where it was', as
         await press(page, 'Enter');
         await page.getByRole('dialog').waitFor();
         await page.keyboard.type('zzz');
-        await page.getByText('Nothing found').waitFor();
+        await page.getByText('No results').waitFor();
         await press(page, 'Escape');
         await page.getByRole('dialog').waitFor({ state: 'detached' });
         await expectFocus(page, 'timezone');
@@ -187,23 +177,23 @@ test('Captions by keys: size and style change, and the preview with them', async
         const before = await height();
         await press(page, 'ArrowRight', 'ArrowRight', 'ArrowRight', 'Enter');
         await expectStatus(page, 'captionsFontSize', 'accepted', 'Saved');
-        expect(await valueOf('captionsFontSize')).toBe('FONT_EXTRA_LARGE');
+        expect(await host.value('captionsFontSize')).toBe('FONT_EXTRA_LARGE');
         expect(await height()).toBeGreaterThan(before);
         await press(page, 'ArrowDown');
         await expectFocus(page, 'captionsStyles');
-        // It is drawn in a line of its own, where Right does not lead.
+        // It is drawn in the next line, where Right does not lead.
         await press(page, 'ArrowRight', 'ArrowRight', 'ArrowRight');
         expect((await focus(page)).name).toContain('Yellow on black');
         await press(page, 'ArrowDown');
         expect((await focus(page)).name).toContain('Yellow on blue');
         await press(page, 'Enter');
         await expectStatus(page, 'captionsStyles', 'accepted', 'Saved');
-        expect(await valueOf('captionsStyles')).toBe('STYLE_YELLOW_ON_BLUE');
+        expect(await host.value('captionsStyles')).toBe('STYLE_YELLOW_ON_BLUE');
         expect(await preview.evaluate((text) => getComputedStyle(text).backgroundColor)).toBe('rgb(0, 0, 255)');
     });
 });
 
-test('Voice by keys: every switch is switched on', async () => {
+test('Voice by keys: every switch is turned on', async () => {
     const switches = [
         'handsFreeEnabled',
         'handsFreeAlwaysOnEnabled',
@@ -221,29 +211,29 @@ test('Voice by keys: every switch is switched on', async () => {
         }
     });
     for (const name of switches) {
-        expect(await valueOf(name), name).toBe('true');
+        expect(await host.value(name), name).toBe('true');
     }
 });
 
-test('Account by keys: the assistant’s settings are opened; a log-out is called off, then confirmed', async () => {
+test('Account by keys: the assistant’s settings are opened; a log-out is cancelled, then confirmed', async () => {
     await host.control('set', 'deviceName', 'Somebody’s');
     await visitSettings(host, async (page) => {
         await enterSection(page, 'account');
         await press(page, 'ArrowDown', 'ArrowDown');
         await expectFocus(page, 'open-settings');
         await press(page, 'Enter');
-        await page.getByText('Opened on the television.').waitFor();
+        await page.getByText('Opened on the TV.').waitFor();
         await expect.poll(() => host.control('device', 'show')).toContain('lastLaunchedApp=voice-assistant-settings');
 
         await press(page, 'ArrowDown');
         await expectFocus(page, 'log-out');
         await press(page, 'Enter');
-        await page.getByRole('dialog', { name: 'Log out of this television?' }).waitFor();
+        await page.getByRole('dialog', { name: 'Log out of this TV?' }).waitFor();
         expect((await focus(page)).name).toBe('Cancel');
         await press(page, 'Enter');
         await page.getByRole('dialog').waitFor({ state: 'detached' });
         await expectFocus(page, 'log-out');
-        expect(await valueOf('deviceName')).toBe('Somebody’s');
+        expect(await host.value('deviceName')).toBe('Somebody’s');
 
         await press(page, 'Enter', 'ArrowRight');
         expect((await focus(page)).name).toBe('Log out');
@@ -253,7 +243,7 @@ test('Account by keys: the assistant’s settings are opened; a log-out is calle
         await enterSection(page, 'device');
         await expectValue(page, 'deviceName', 'TV');
     });
-    expect(await valueOf('deviceName')).toBe('TV');
+    expect(await host.value('deviceName')).toBe('TV');
 });
 
 test('in Arabic the page is mirrored, and so are the arrows', async () => {

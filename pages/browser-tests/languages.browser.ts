@@ -1,8 +1,8 @@
 import type { Page } from 'playwright-core';
-import { afterAll, beforeAll, test } from 'vitest';
+import { test } from 'vitest';
 
 import { expectAccessible } from './accessibility';
-import { Host } from './host';
+import { hostOfFile } from './host';
 import {
     enterSection,
     expectFocus,
@@ -16,15 +16,9 @@ import {
 } from './settings';
 import { expectNoSidewaysScroll, phone } from './visit';
 
-let host: Host;
+const host = hostOfFile();
 
-beforeAll(async () => {
-    host = await Host.start();
-});
-
-afterAll(() => host.stop());
-
-/** Opens what opens from `place` of a section, checks it, and closes it again. */
+/** Opens the dialog of a row, checks it, and closes it. */
 async function checkDialog(page: Page, place: string, view: string): Promise<void> {
     await row(page, place).locator('button').focus();
     await press(page, 'Enter');
@@ -54,7 +48,7 @@ test.each(languages)(
             await press(page, 'Enter');
             await typeOver(page, 'Mine');
             await host.control('set', 'deviceName', `Theirs ${code}`);
-            await page.locator('.meanwhile').waitFor();
+            await page.locator('.conflict').waitFor();
             await expectAccessible(page, `an edit in conflict in ${code}`);
             await press(page, 'Enter', 'Enter', 'Enter');
             await expectStatus(page, 'deviceName', 'accepted', /\S/);

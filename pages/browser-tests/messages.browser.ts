@@ -1,25 +1,15 @@
 import type { Locator, Page } from 'playwright-core';
-import { afterEach, beforeEach, expect, test } from 'vitest';
+import { expect, test } from 'vitest';
 
-import { Host } from './host';
+import { hostOfEachTest } from './host';
 import { enterSection, expectFocus, expectStatus, expectValue, press, row, typeOver, visitSettings } from './settings';
 import { hostIsAway } from './visit';
 
-/** What the page says of values: that it says what is so, as long as it is so, and writes only what a person wrote. */
+/** The messages of the page about values, and that it writes only what a person entered. */
 
-let host: Host;
+const host = hostOfEachTest();
 
-beforeEach(async () => {
-    host = await Host.start();
-});
-
-afterEach(() => host.stop());
-
-async function valueOf(key: string): Promise<string> {
-    return (await host.control('--value', 'get', key)).replace(/\n$/, '');
-}
-
-/** Lets the page's clock be set forward; it goes on as usual meanwhile. */
+/** A page whose clock the test can advance. */
 const withClock = { messagesStay: false, prepare: (page: Page) => page.clock.install() };
 
 async function expectGone(message: Locator): Promise<void> {
@@ -30,28 +20,33 @@ test.each(['["a","b","c"]', 'x', 'null', '[ "Phone" ]', '{"a":1}'])(
     'Enter twice on the companion device %s writes nothing',
     async (value) => {
         await host.control('set', 'companionDevice', value);
-        await visitSettings(host, async (page) => {
-            const written: string[] = [];
-            await page.routeWebSocket(/settings/, (socket) => {
-                const server = socket.connectToServer();
-                socket.onMessage((message) => {
-                    written.push(...(/"type":24.*/.exec(message.toString()) ?? []));
-                    server.send(message);
-                });
-            });
-            await page.reload();
-            await expectValue(page, 'companionDevice', value === '[ "Phone" ]' ? 'Phone' : value);
-            await enterSection(page, 'device');
-            await press(page, 'ArrowDown', 'ArrowDown', 'Enter', 'Enter');
-            await expectStatus(page, 'companionDevice', 'unchanged', 'It was that already');
-            await expectFocus(page, 'companionDevice');
-            expect(written).toEqual([]);
-        });
-        expect(await valueOf('companionDevice')).toBe(value);
+        const written: string[] = [];
+        await visitSettings(
+            host,
+            async (page) => {
+                await expectValue(page, 'companionDevice', value === '[ "Phone" ]' ? 'Phone' : value);
+                await enterSection(page, 'device');
+                await press(page, 'ArrowDown', 'ArrowDown', 'Enter', 'Enter');
+                await expectStatus(page, 'companionDevice', 'unchanged', 'No change');
+                await expectFocus(page, 'companionDevice');
+                expect(written).toEqual([]);
+            },
+            {
+                prepare: (page) =>
+                    page.routeWebSocket(/settings/, (socket) => {
+                        const server = socket.connectToServer();
+                        socket.onMessage((message) => {
+                            written.push(...(/"type":24.*/.exec(message.toString()) ?? []));
+                            server.send(message);
+                        });
+                    }),
+            },
+        );
+        expect(await host.value('companionDevice')).toBe(value);
     },
 );
 
-test('a value of a form that the page does not know is edited as the text that it is', async () => {
+test('a value of an unexpected form is edited as text', async () => {
     await host.control('set', 'companionDevice', '["a","b","c"]');
     await host.control('set', 'pttAlwaysOnDiscovered', 'perhaps');
     await visitSettings(host, async (page) => {
@@ -66,30 +61,32 @@ test('a value of a form that the page does not know is edited as the text that i
         await enterSection(page, 'voice');
         await row(page, 'pttAlwaysOnDiscovered').getByText('perhaps').waitFor();
     });
-    expect(await valueOf('companionDevice')).toBe('["a","b","c","d"]');
-    expect(await valueOf('pttAlwaysOnDiscovered')).toBe('perhaps');
+    expect(await host.value('companionDevice')).toBe('["a","b","c","d"]');
+    expect(await host.value('pttAlwaysOnDiscovered')).toBe('perhaps');
 });
 
 test.each([
     ['empty', ''],
     ['blank', '   '],
-])('a name that is left %s goes back to the default, and the page says so', async (_how, text) => {
+])('a name that is left %s is reset to the default, and the page says so', async (_how, text) => {
     await host.control('set', 'deviceName', 'Den');
     await visitSettings(host, async (page) => {
         await enterSection(page, 'device');
         // The second time it is the default already.
         for (let times = 0; times < 2; times += 1) {
-            await press(page, 'Enter', 'Control+A', 'Delete');
+            await press(page, 'Enter');
+            await page.keyboard.press('Control+A');
+            await press(page, 'Delete');
             await page.keyboard.type(text);
             await press(page, 'Enter');
-            await expectStatus(page, 'deviceName', 'default', 'Without text the default applies: TV');
+            await expectStatus(page, 'deviceName', 'default', 'Reset to the default: TV');
             await expectValue(page, 'deviceName', 'TV');
         }
     });
-    expect(await valueOf('deviceName')).toBe('TV');
+    expect(await host.value('deviceName')).toBe('TV');
 });
 
-test('a name of blanks from elsewhere can be seen, and an empty one is announced as what it stands for', async () => {
+test('a blank name from another client is visible, and an empty one is announced as the default', async () => {
     await visitSettings(host, async (page) => {
         await host.control('set', 'deviceName', '   ');
         await expectValue(page, 'deviceName', '“   ”');
@@ -99,7 +96,7 @@ test('a name of blanks from elsewhere can be seen, and an empty one is announced
     });
 });
 
-test('a change of a key that is no setting is not announced', async () => {
+test('a change of a key that the catalogue does not have is not announced', async () => {
     await visitSettings(host, async (page) => {
         await page.locator('.announcement').evaluate((element) => {
             new MutationObserver(() => {
@@ -126,7 +123,7 @@ test('two editors are never open at once, and the text in the first is kept', as
         await press(page, 'Enter');
         await page.getByRole('form', { name: 'Change Friendly name' }).waitFor();
         expect(await page.locator('form').count()).toBe(1);
-        await expectStatus(page, 'deviceName', 'draft', 'Not saved yet: Den');
+        await expectStatus(page, 'deviceName', 'draft', 'Not saved: Den');
         await press(page, 'ArrowUp');
         await expectFocus(page, 'deviceName');
         await press(page, 'Enter');
@@ -136,10 +133,10 @@ test('two editors are never open at once, and the text in the first is kept', as
         await press(page, 'Enter');
         await expectStatus(page, 'deviceName', 'accepted', 'Saved');
     });
-    expect(await valueOf('deviceName')).toBe('Den');
+    expect(await host.value('deviceName')).toBe('Den');
 });
 
-test('that something was saved is said for a while', async () => {
+test('the message that a value was saved is cleared after a while', async () => {
     await visitSettings(
         host,
         async (page) => {
@@ -153,7 +150,7 @@ test('that something was saved is said for a while', async () => {
     );
 });
 
-test('that one is logged out is said until one leaves the section', async () => {
+test('the message of a log-out is cleared with the section', async () => {
     await visitSettings(host, async (page) => {
         await enterSection(page, 'account');
         await press(page, 'ArrowDown', 'ArrowDown', 'ArrowDown', 'Enter', 'ArrowRight', 'Enter');
@@ -164,30 +161,30 @@ test('that one is logged out is said until one leaves the section', async () => 
     });
 });
 
-test('that the television does not answer is said until it does', async () => {
+test('the message that the TV is not responding is cleared when it does', async () => {
     await visitSettings(
         host,
         async (page) => {
             await host.kill();
-            await page.getByRole('alert').getByText('does not answer').waitFor();
+            await page.getByRole('alert').getByText('not responding').waitFor();
             await enterSection(page, 'device');
             await press(page, 'Enter');
             await typeOver(page, 'Den');
             await press(page, 'Enter');
-            await expectStatus(page, 'deviceName', 'refused', 'the television does not answer');
+            await expectStatus(page, 'deviceName', 'refused', 'the TV is not responding');
             await host.resume();
             await expectGone(page.locator('.banner span'));
             await expectGone(row(page, 'deviceName').locator('.status[data-kind]'));
             await expectValue(page, 'deviceName', 'TV');
 
             await host.kill();
-            await page.getByRole('alert').getByText('does not answer').waitFor();
+            await page.getByRole('alert').getByText('not responding').waitFor();
             await enterSection(page, 'account');
             await press(page, 'ArrowDown', 'ArrowDown', 'Enter');
-            await page.getByText('That did not work').waitFor();
+            await page.getByText('Failed: the TV').waitFor();
             await host.resume();
             await expectGone(page.locator('.banner span'));
-            expect(await page.getByText('That did not work').count()).toBe(0);
+            expect(await page.getByText('Failed: the TV').count()).toBe(0);
         },
         { expected: hostIsAway },
     );

@@ -1,19 +1,18 @@
 import type { Page } from 'playwright-core';
-import { afterAll, beforeAll, expect, test } from 'vitest';
+import { expect, test } from 'vitest';
 
-import { Host } from './host';
-import { enterSection, sectionIds, visitSettings, type SectionId } from './settings';
+import { languageFor } from '../src/i18n/language';
+import { rows, settingsOf } from '../src/sections/rows';
+import { catalogue, choicesOf, isReadOnly, type SettingKey } from '../src/settings/catalogue';
+import { nameOfSetting, wordsFor } from '../src/settings/format';
+import { hostOfFile } from './host';
+import { enterSection, sectionIds, visitSettings } from './settings';
 
-let host: Host;
-
-beforeAll(async () => {
-    host = await Host.start();
-    await host.control('set', 'orliaLocale', '["en-US","fr-FR"]');
+const host = hostOfFile(async (host) => {
+    await host.setLocales('en-US', 'fr-FR');
     await host.control('set', 'tovanEntitlementStatus', 'active');
     await host.control('set', 'handsFreeEnabled', 'true');
 });
-
-afterAll(() => host.stop());
 
 const told = new Set(['alert', 'button', 'group', 'heading', 'radio', 'radiogroup', 'status', 'switch']);
 
@@ -23,7 +22,7 @@ interface Node {
     readonly children: readonly string[];
 }
 
-/** What a screen reader is told, in order: role, name, state and description of what can be used or speaks by itself. */
+/** What a screen reader reads, in order: role, name, state and description of controls and live regions. */
 async function spoken(page: Page): Promise<string[]> {
     const session = await page.context().newCDPSession(page);
     const { nodes } = await session.send('Accessibility.getFullAXTree');
@@ -44,88 +43,71 @@ async function spoken(page: Page): Promise<string[]> {
     return from(nodes[0]?.nodeId ?? '');
 }
 
-const introduced = '(Switch this off and the television introduces the mode to you once more.)';
-const sections: Record<SectionId, string[]> = {
-    device: [
-        'heading Device',
-        'button Device name TV',
-        'status',
-        'button Friendly name TV (How you call this television when you speak to the assistant.)',
-        'status',
-        'button Companion device Not set (The phone or tablet that is paired with this television.)',
-        'status',
-    ],
-    language: [
-        'heading Language and region',
-        'group Assistant languages',
-        'heading Assistant languages',
-        'group American English, Primary',
-        'button Move American English down',
-        'button Remove American English',
-        'group French (France)',
-        'button Move French (France) up',
-        'button Remove French (France)',
-        'status',
-        'button Add a language',
-        'button Time zone America/Vancouver',
-        'status',
-    ],
-    captions: [
-        'heading Captions',
-        'group Captions: Off. Set on the device.',
-        'radiogroup Text size',
-        'radio Small, off',
-        'radio Medium, on',
-        'radio Large, off',
-        'radio Extra large, off',
-        'status',
-        'radiogroup Colours',
-        'radio White on black, on',
-        'radio Black on white, off',
-        'radio Yellow on black, off',
-        'radio Yellow on blue, off',
-        'status',
-    ],
-    voice: [
-        'heading Voice',
-        'switch Hands-free, on (Talk to the assistant without the remote control.)',
-        'status',
-        'switch Always on by voice, off (The wake word works even while the screen is off.)',
-        'status',
-        `switch Introduction to “always on by voice” seen, off ${introduced}`,
-        'status',
-        'switch Always on by push-to-talk, off (The microphone button works even while the screen is off.)',
-        'status',
-        `switch Introduction to “always on by push-to-talk” seen, off ${introduced}`,
-        'status',
-    ],
-    doNotDisturb: [
-        'heading Do not disturb',
-        'group Do not disturb: Off. Set on the device. While this is on, the assistant stays silent unless you speak to it.',
-    ],
-    account: [
-        'heading Account',
-        'group Entitlement: active',
-        'group Selected assistant: This is the selected assistant',
-        'button Open the assistant’s settings',
-        'button Log out',
-        'status',
-    ],
-};
+const english = languageFor('en');
+
+/** What a screen reader reads for the row of a setting. */
+function linesOf(setting: SettingKey, value: string | undefined): string[] {
+    const { about: key, isShownOnly } = rows[setting];
+    const [name, words] = [nameOfSetting(setting, english), wordsFor(setting, value, english)];
+    const about = key === undefined ? '' : ` (${english.t(key)})`;
+    const onOrOff = (isOn: boolean) => (isOn ? ', on' : ', off');
+    if (isReadOnly(setting)) {
+        return [`group ${name}: ${words}. Set on the device.${key === undefined ? '' : ` ${english.t(key)}`}`];
+    }
+    if (isShownOnly) {
+        return [`group ${name}: ${words}`];
+    }
+    switch (catalogue[setting].kind) {
+        case 'switch':
+            return [`switch ${name}${onOrOff(value === 'true')}${about}`, 'status'];
+        case 'choice':
+            return [
+                `radiogroup ${name}`,
+                ...choicesOf(setting).map((choice) => `radio ${english.choices[choice]}${onOrOff(choice === value)}`),
+                'status',
+            ];
+        case 'locales':
+            return [
+                `group ${name}`,
+                `heading ${name}`,
+                'group American English, Primary',
+                'button Move American English down',
+                'button Remove American English',
+                'group French (France)',
+                'button Move French (France) up',
+                'button Remove French (France)',
+                'status',
+                'button Add a language',
+            ];
+        default:
+            return [`button ${name} ${words}${about}`, 'status'];
+    }
+}
+
 const menu = [
     'heading Settings',
     ...['Device', 'Language and region', 'Captions', 'Voice', 'Do not disturb', 'Account'].map(
         (name) => `button ${name}`,
     ),
 ];
+const accountActions = [
+    'group Selected assistant: This is the selected assistant',
+    'button Open the assistant’s settings',
+    'button Log out',
+    'status',
+];
 
-test('every section says what everything is, and what may speak by itself is there before it does', async () => {
+test('every control has its name, state and description, and live regions are in the page from the start', async () => {
+    const values = JSON.parse(await host.control('--json', 'get')) as Record<string, string>;
     await visitSettings(host, async (page) => {
         for (const section of sectionIds) {
+            const settings = settingsOf(section).flatMap((setting) => linesOf(setting, values[setting]));
+            const more = section === 'account' ? accountActions : [];
+            const heading = `heading ${english.t(`section.${section}`)}`;
             await enterSection(page, section);
             await expect
                 .poll(() => spoken(page), { message: section })
-                .toEqual(['alert', ...menu, ...sections[section], 'status']);
+                .toEqual(['alert', ...menu, heading, ...settings, ...more, 'status']);
             await expect.poll(() => page.title()).toBe(`${await page.locator('main h2').innerText()} · Settings`);
         }
     });

@@ -7,10 +7,10 @@ function program(variable: string, fallback: string): string {
     return resolve(repository, process.env[variable] ?? fallback);
 }
 
-/** What the tests run; a CMake build tree names its own programs by these variables. */
+/** The programs under test; a CMake build tree names its own by these variables. */
 export const settingsHost = program('SETTINGS_HOST', 'build/release/bin/settings-host');
 export const settingsctl = program('SETTINGSCTL', 'build/release/bin/settingsctl');
 export const chromium = program('CHROMIUM', '/usr/bin/chromium');
 export const builtPages = program('PAGES', 'pages/dist');
-/** Where pictures of failed comparisons go. */
+/** The folder for pictures of failed comparisons. */
 export const failures = resolve(repository, 'build/pages');

@@ -1,7 +1,7 @@
 import type { Page } from 'playwright-core';
-import { afterEach, beforeEach, expect, test } from 'vitest';
+import { expect, test } from 'vitest';
 
-import { Host } from './host';
+import { hostOfEachTest } from './host';
 import {
     enterSection,
     expectFocus,
@@ -15,31 +15,17 @@ import {
 } from './settings';
 import { wide } from './visit';
 
-/** What a remote control does that a quick or a heavy hand holds. */
+/** Fast, repeated and held keys of a remote control. */
 
-let host: Host;
-
-beforeEach(async () => {
-    host = await Host.start();
-});
-
-afterEach(() => host.stop());
+const host = hostOfEachTest();
 
 const three = ['en-US', 'fr-FR', 'de-DE'];
 
-async function setLocales(...locales: readonly string[]): Promise<void> {
-    await host.control('set', 'orliaLocale', JSON.stringify(locales));
-}
-
-async function valueOf(key: string): Promise<string> {
-    return (await host.control('--value', 'get', key)).trimEnd();
-}
-
 async function expectLocales(...locales: readonly string[]): Promise<void> {
-    await expect.poll(() => valueOf('orliaLocale')).toBe(JSON.stringify(locales));
+    await expect.poll(() => host.value('orliaLocale')).toBe(JSON.stringify(locales));
 }
 
-/** Every new value that the page asks for, in order. */
+/** The values of all SetSettings requests of the page, in order. */
 async function asked(page: Page): Promise<string[]> {
     const values: string[] = [];
     page.on('websocket', (socket) => {
@@ -55,15 +41,13 @@ async function asked(page: Page): Promise<string[]> {
     return values;
 }
 
-/** Holds a key as long as it takes to repeat itself so often. */
+/** Holds a key until it has repeated so often. */
 async function hold(page: Page, key: string, repeats = 17): Promise<void> {
-    for (let times = 0; times <= repeats; times += 1) {
-        await page.keyboard.down(key);
-    }
-    await page.keyboard.up(key);
+    const downs = Array.from({ length: repeats + 1 }, () => page.keyboard.down(key));
+    await Promise.all([...downs, page.keyboard.up(key)]);
 }
 
-/** Goes forward in the row until the control of that name has the focus. */
+/** Moves forward in the row until the control of that name has the focus. */
 async function goForwardTo(page: Page, name: RegExp): Promise<void> {
     for (let steps = 0; steps < 5 && !name.test((await focus(page)).name); steps += 1) {
         await press(page, 'ArrowRight');
@@ -71,8 +55,8 @@ async function goForwardTo(page: Page, name: RegExp): Promise<void> {
     expect((await focus(page)).name).toMatch(name);
 }
 
-test('Enter twice on any section of the menu changes no order and destroys nothing', async () => {
-    await setLocales(...three);
+test('repeated Enter on a section of the menu reorders and destroys nothing', async () => {
+    await host.setLocales(...three);
     await visitSettings(host, async (page) => {
         const values = await asked(page);
         await goToMenu(page, 'language');
@@ -96,8 +80,8 @@ test('Enter twice on any section of the menu changes no order and destroys nothi
     await expectLocales(...three);
 });
 
-test('Enter again and again moves a language up to the top and does nothing more; so it does down', async () => {
-    await setLocales(...three);
+test('repeated Enter moves a language to the top, or to the end, and then does nothing', async () => {
+    await host.setLocales(...three);
     await visitSettings(host, async (page) => {
         const values = await asked(page);
         await enterSection(page, 'language');
@@ -111,7 +95,7 @@ test('Enter again and again moves a language up to the top and does nothing more
         }
         expect(seen).toEqual([
             'de-DE: Move German (Germany) up',
-            // Now the page speaks German, and up is gone.
+            // Now the page is in German, and cannot move it further up.
             ...Array<string>(4).fill('de-DE: Deutsch (Deutschland), Erste Wahl'),
         ]);
         await expectLocales('de-DE', 'en-US', 'fr-FR');
@@ -125,12 +109,12 @@ test('Enter again and again moves a language up to the top and does nothing more
 });
 
 test('a held Enter acts once: a switch, a removal, a move, a section of the menu, an editor', async () => {
-    await setLocales(...three);
+    await host.setLocales(...three);
     await visitSettings(host, async (page) => {
         const values = await asked(page);
         await enterSection(page, 'voice');
         await hold(page, 'Enter');
-        await expect.poll(() => valueOf('handsFreeEnabled')).toBe('true');
+        await expect.poll(() => host.value('handsFreeEnabled')).toBe('true');
         await expect.poll(() => values).toEqual(['true']);
 
         await enterSection(page, 'language');
@@ -154,7 +138,7 @@ test('a held Enter acts once: a switch, a removal, a move, a section of the menu
         expect(await page.locator('form').count()).toBe(1);
         await page.keyboard.type('Den');
         await hold(page, 'Enter');
-        await expect.poll(() => valueOf('deviceName')).toBe('Den');
+        await expect.poll(() => host.value('deviceName')).toBe('Den');
         expect(await page.locator('form').count()).toBe(0);
         await expect.poll(() => values.length).toBe(4);
         await press(page, 'Enter');
@@ -163,8 +147,8 @@ test('a held Enter acts once: a switch, a removal, a move, a section of the menu
     });
 });
 
-test('very fast keys on a slow processor leave each section its own place', async () => {
-    await setLocales(...three);
+test('very fast keys on a slow processor leave each section its own focus', async () => {
+    await host.setLocales(...three);
     await visitSettings(host, async (page) => {
         const session = await page.context().newCDPSession(page);
         await session.send('Emulation.setCPUThrottlingRate', { rate: 20 });
@@ -187,17 +171,17 @@ test('very fast keys on a slow processor leave each section its own place', asyn
             'fr-FR',
             'captionsStyles',
             'handsFreeEnabled',
-            'Do not disturb',
+            'doNotDisturbEnabled',
             'open-settings',
         ]);
     });
 });
 
 test.each(['Escape', 'GoBack', 'BrowserBack', 'XF86Back'])(
-    'the key %s closes a dialog or an editor first, then leads to the menu, where it is left to the television',
+    'the key %s closes a dialog or an editor first, then leads to the menu, where it is left to the TV',
     async (key) => {
         await visitSettings(host, async (page) => {
-            /** What a remote control sends; of these keys a browser's driver knows only one. */
+            /** The browser's driver knows only one of these keys. */
             const pressBack = () =>
                 key === 'Escape'
                     ? press(page, key).then(() => false)
@@ -259,7 +243,7 @@ test('the browser’s own Back closes what is open, leads to the menu, and only 
         await goBack();
         await expectFocus(page, 'device');
         expect(new URL(page.url()).hash).toBe('#device');
-        // In and out by keys leaves nothing behind that would take a Back of its own.
+        // Moving in and out by keys leaves no entry in the history.
         await press(page, 'ArrowRight', 'ArrowLeft', 'ArrowRight', 'ArrowLeft');
         await expectFocus(page, 'device');
         await goBack();
@@ -267,15 +251,15 @@ test('the browser’s own Back closes what is open, leads to the menu, and only 
     });
 });
 
-test('held arrows go on', async () => {
+test('held arrows repeat', async () => {
     await visitSettings(host, async (page) => {
         await hold(page, 'ArrowDown', sectionIds.length);
         await expectFocus(page, 'account');
     });
 });
 
-test('after a removal the focus is on the name of what took the place', async () => {
-    await setLocales(...three);
+test('after a removal the focus is on the name of the next language', async () => {
+    await host.setLocales(...three);
     await visitSettings(
         host,
         async (page) => {

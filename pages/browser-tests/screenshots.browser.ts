@@ -1,14 +1,11 @@
-import { afterAll, beforeAll, test } from 'vitest';
+import { test } from 'vitest';
 
-import { Host } from './host';
+import { hostOfFile } from './host';
 import { expectLooksAsStored } from './screenshots';
 import { enterSection, expectStatus, languages, press, row, sectionIds, typeOver, visitSettings } from './settings';
 import { hostIsAway, phone, small, wide } from './visit';
 
-let host: Host;
-
-beforeAll(async () => {
-    host = await Host.start();
+const host = hostOfFile(async (host) => {
     for (const [key, value] of [
         ['deviceName', 'Living room'],
         ['friendlyName', 'Big screen'],
@@ -21,23 +18,17 @@ beforeAll(async () => {
     await host.control('device', 'captions', 'on');
 });
 
-afterAll(() => host.stop());
-
-async function setLocales(...locales: readonly string[]): Promise<void> {
-    await host.control('set', 'orliaLocale', JSON.stringify(locales));
-}
-
 test.each([
     ['1920x1080', wide],
     ['1280x720', small],
 ] as const)('every section looks as stored at %s', async (size, viewport) => {
-    await setLocales('en-US', 'fr-FR', 'de-DE');
+    await host.setLocales('en-US', 'fr-FR', 'de-DE');
     await visitSettings(
         host,
         async (page) => {
             for (const section of sectionIds) {
                 await enterSection(page, section);
-                await page.locator('main', { hasNotText: 'Not known' }).waitFor();
+                await page.locator('main', { hasNotText: 'Unknown' }).waitFor();
                 await expectLooksAsStored(page, `${section}-${size}`);
             }
         },
@@ -48,7 +39,7 @@ test.each([
 test.each(languages.filter(([code]) => code !== 'en'))(
     'the languages of the assistant look as stored in %s',
     async (code, locale) => {
-        await setLocales(locale, 'en-GB');
+        await host.setLocales(locale, 'en-GB');
         await visitSettings(
             host,
             async (page) => {
@@ -61,8 +52,8 @@ test.each(languages.filter(([code]) => code !== 'en'))(
 );
 
 test('dialogs look as stored', async () => {
-    await setLocales('en-US');
-    // There the clocks are the same all year.
+    await host.setLocales('en-US');
+    // No daylight saving time there.
     await host.control('set', 'timezone', 'Asia/Tokyo');
     await visitSettings(
         host,
@@ -91,7 +82,7 @@ test('dialogs look as stored', async () => {
 });
 
 test('a phone looks as stored', async () => {
-    await setLocales('en-US', 'fr-FR');
+    await host.setLocales('en-US', 'fr-FR');
     await visitSettings(
         host,
         async (page) => {
@@ -103,8 +94,8 @@ test('a phone looks as stored', async () => {
     );
 });
 
-test('what became of changes, an edit in conflict and a lost connection look as stored', async () => {
-    await setLocales('en-US');
+test('results of changes, a conflicting edit and a lost connection look as stored', async () => {
+    await host.setLocales('en-US');
     await visitSettings(
         host,
         async (page) => {
@@ -114,7 +105,7 @@ test('what became of changes, an edit in conflict and a lost connection look as 
             await press(page, 'Enter');
             await expectStatus(page, 'deviceName', 'accepted', 'Saved');
             await press(page, 'ArrowDown', 'Enter', 'Enter');
-            await expectStatus(page, 'friendlyName', 'unchanged', 'already');
+            await expectStatus(page, 'friendlyName', 'unchanged', 'No change');
             await press(page, 'ArrowDown', 'Enter');
             await page.locator('form input').first().fill('x'.repeat(70_000));
             await press(page, 'Enter');
@@ -123,7 +114,7 @@ test('what became of changes, an edit in conflict and a lost connection look as 
             await press(page, 'ArrowUp', 'Enter');
             await typeOver(page, 'Mine');
             await host.control('set', 'friendlyName', 'Theirs');
-            await page.locator('.meanwhile').waitFor();
+            await page.locator('.conflict').waitFor();
             await page.locator('.announcement', { hasText: 'Theirs' }).waitFor();
             await expectLooksAsStored(page, 'conflict-1280x720');
             await press(page, 'Escape');
@@ -132,7 +123,7 @@ test('what became of changes, an edit in conflict and a lost connection look as 
             await row(page, 'friendlyName').getByText('Big screen').waitFor();
             await host.kill();
             await page.getByRole('alert').getByRole('button').waitFor();
-            // It goes by itself, sooner or later.
+            // It disappears at any time.
             await page.locator('.announcement').evaluate((element: HTMLElement) => {
                 element.hidden = true;
             });

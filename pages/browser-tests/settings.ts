@@ -1,13 +1,13 @@
 import type { Locator, Page } from 'playwright-core';
 import { expect } from 'vitest';
 
+import type { SectionId } from '../src/sections/rows';
 import type { Host } from './host';
 import { visit, type VisitOptions } from './visit';
 
 export const sectionIds = ['device', 'language', 'captions', 'voice', 'doNotDisturb', 'account'] as const;
-export type SectionId = (typeof sectionIds)[number];
 
-/** A page language, and a locale of the assistant that leads to it. */
+/** A language of the pages, and a locale of the assistant that selects it. */
 export const languages = [
     ['en', 'en-US'],
     ['fr', 'fr-FR'],
@@ -36,7 +36,7 @@ export function row(page: Page, name: string): Locator {
     return page.locator(`[data-row="${name}"]`).first();
 }
 
-/** What the page says came of a change of `setting`. */
+/** Waits until the row shows this result of a change. */
 export async function expectStatus(page: Page, name: string, kind: string, words: string | RegExp): Promise<void> {
     await row(page, name).locator(`.status[data-kind="${kind}"]`, { hasText: words }).waitFor();
 }
@@ -46,12 +46,11 @@ export async function expectValue(page: Page, name: string, value: string): Prom
 }
 
 export async function press(page: Page, ...keys: readonly string[]): Promise<void> {
-    for (const key of keys) {
-        await page.keyboard.press(key);
-    }
+    // Not one after the other: each would wait for the browser before the next is sent.
+    await Promise.all(keys.flatMap((key) => [page.keyboard.down(key), page.keyboard.up(key)]));
 }
 
-/** The row that has the focus, and what the focused control is called or says. */
+/** The row and the name of the focused control. */
 export async function focus(page: Page): Promise<{ readonly row: string; readonly name: string }> {
     return page.evaluate(() => {
         const element = document.activeElement;
@@ -66,7 +65,7 @@ export async function expectFocus(page: Page, wanted: string): Promise<void> {
     await expect.poll(async () => (await focus(page)).row, { interval: 20 }).toBe(wanted);
 }
 
-/** Goes to a section's place in the menu, from wherever the focus is, by keys alone. */
+/** Moves the focus to a section in the menu, by keys only. */
 export async function goToMenu(page: Page, section: SectionId): Promise<void> {
     if ((await page.locator('nav :focus').count()) === 0) {
         await press(page, 'Escape');
@@ -90,7 +89,7 @@ export async function goToMenu(page: Page, section: SectionId): Promise<void> {
     await expectFocus(page, section);
 }
 
-/** Goes into a section, from wherever the focus is, by keys alone. */
+/** Moves the focus into a section, by keys only. */
 export async function enterSection(page: Page, section: SectionId, forward = 'ArrowRight'): Promise<void> {
     await goToMenu(page, section);
     const isNarrow = (page.viewportSize()?.width ?? 0) < 700;
@@ -98,8 +97,8 @@ export async function enterSection(page: Page, section: SectionId, forward = 'Ar
     await page.locator('main :focus').waitFor();
 }
 
-/** Types over what a text field holds. */
+/** Replaces the text of the focused field. */
 export async function typeOver(page: Page, text: string): Promise<void> {
-    await press(page, 'Control+A');
+    await page.keyboard.press('Control+A');
     await page.keyboard.type(text);
 }

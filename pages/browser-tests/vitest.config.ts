@@ -1,20 +1,22 @@
 import { defineConfig } from 'vitest/config';
 
-/** What to run: the tests, or what makes the pictures or the figures of the documents. */
+import '../scripts/generate-catalogue.mjs';
+
+/** What to run: the tests, or the pictures or measurements of the documents. */
 const kind = process.env['MAKE'] ?? 'browser';
 
 export default defineConfig({
     test: {
         include: [`browser-tests/**/*.${kind}.ts`],
         globalSetup: 'browser-tests/chromium.ts',
-        // Long enough for the slowest machine: what must be quick says so itself.
+        // For the slowest machine.
         testTimeout: 300_000,
         hookTimeout: 300_000,
         expect: { poll: { timeout: 60_000 } },
         pool: 'forks',
-        // Half of the time a test waits for the browser's next frame.
+        // A test waits for the browser half of the time.
         maxWorkers: 3,
-        // With fewer, a worker that is idle for a moment is ended together with the file that it was just given.
+        // With fewer, vitest may end an idle worker together with the file that it was just given.
         minWorkers: 3,
         isolate: false,
     },

@@ -1,12 +1,14 @@
-import type { JSX } from 'preact';
+import type { JSX, RefObject } from 'preact';
 import { useEffect, useMemo, useRef, useState } from 'preact/hooks';
 
 import { Announcement } from './components/Announcement';
 import { Banner } from './components/Banner';
-import { Page } from './components/page';
+import { Page, usePage } from './components/context';
 import { useRemoteControl } from './focus/useRemoteControl';
-import { languageFor, localesOf } from './i18n/language';
-import { sections, type SectionId } from './sections/sections';
+import { languageFor } from './i18n/language';
+import type { SectionId } from './sections/rows';
+import { Section, sections } from './sections/Section';
+import { localesOf } from './settings/values';
 import type { Store } from './state/store';
 import { useStore } from './state/useStore';
 
@@ -19,6 +21,46 @@ function sectionFromAddress(): SectionId {
     return sections.find(({ id }) => `#${id}` === location.hash)?.id ?? 'device';
 }
 
+interface MenuProps {
+    readonly menu: RefObject<HTMLElement>;
+    readonly current: SectionId;
+    readonly onShow: (id: SectionId) => void;
+    readonly onEnter: () => void;
+}
+
+/** The menu of sections: the focus shows a section, a click or Enter leads into it. */
+function Menu({ menu, current, onShow, onEnter }: MenuProps): JSX.Element {
+    const { t } = usePage().language;
+    return (
+        <nav class="menu" ref={menu} aria-label={t('sections')}>
+            <h1>{t('title')}</h1>
+            <ul>
+                {sections.map(({ id, sign }) => (
+                    <li key={id} data-row={id}>
+                        <button
+                            type="button"
+                            class="menu-item"
+                            aria-current={id === current ? 'true' : undefined}
+                            onFocus={() => {
+                                onShow(id);
+                            }}
+                            onClick={() => {
+                                onShow(id);
+                                onEnter();
+                            }}
+                        >
+                            <span class="sign" aria-hidden="true">
+                                {sign}
+                            </span>
+                            {t(`section.${id}`)}
+                        </button>
+                    </li>
+                ))}
+            </ul>
+        </nav>
+    );
+}
+
 /** The settings page: a menu of sections, and the rows of one of them. */
 export function App({ store, onRetry }: Props): JSX.Element {
     const state = useStore(store);
@@ -28,7 +70,6 @@ export function App({ store, onRetry }: Props): JSX.Element {
     const locale = localesOf(state.values?.['orliaLocale'])[0];
     const language = useMemo(() => languageFor(locale), [locale]);
     const { t, code, direction } = language;
-    const Content = sections.find(({ id }) => id === section)?.Content;
 
     useEffect(() => {
         document.documentElement.lang = code;
@@ -39,7 +80,7 @@ export function App({ store, onRetry }: Props): JSX.Element {
 
     const show = (id: SectionId) => {
         setSection(id);
-        // A browser that is asked too often stops listening.
+        // Browsers ignore too frequent changes of the history.
         if (location.hash !== `#${id}`) {
             history.replaceState(history.state, '', `#${id}`);
         }
@@ -48,38 +89,13 @@ export function App({ store, onRetry }: Props): JSX.Element {
         <Page.Provider value={{ store, state, language }}>
             <Banner onRetry={onRetry} />
             <div class="page">
-                <nav class="menu" ref={menu} aria-label={t('sections')}>
-                    <h1>{t('title')}</h1>
-                    <ul>
-                        {sections.map(({ id, sign }) => (
-                            <li key={id} data-row={id}>
-                                <button
-                                    type="button"
-                                    class="menu-item"
-                                    aria-current={id === section ? 'true' : undefined}
-                                    onFocus={() => {
-                                        show(id);
-                                    }}
-                                    onClick={() => {
-                                        show(id);
-                                        enterPanel();
-                                    }}
-                                >
-                                    <span class="sign" aria-hidden="true">
-                                        {sign}
-                                    </span>
-                                    {t(`section.${id}`)}
-                                </button>
-                            </li>
-                        ))}
-                    </ul>
-                </nav>
+                <Menu menu={menu} current={section} onShow={show} onEnter={enterPanel} />
                 <main class="panel" ref={panel}>
                     <h2>{t(`section.${section}`)}</h2>
-                    {state.values === null || Content === undefined ? (
+                    {state.values === null ? (
                         <p role="status">{state.connection === 'connecting' ? t('loading') : ''}</p>
                     ) : (
-                        <Content key={section} />
+                        <Section key={section} id={section} />
                     )}
                 </main>
             </div>

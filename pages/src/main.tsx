@@ -1,8 +1,7 @@
 import { render } from 'preact';
 
 import { App } from './App';
-import { isSetting } from './components/page';
-import { actOncePerPress } from './focus/keys';
+import { ignoreRepeatedActions } from './focus/keys';
 import './page.css';
 import { Store } from './state/store';
 import './theme.css';
@@ -10,14 +9,13 @@ import { hideKey } from './wire/address';
 import { Connection } from './wire/connection';
 
 hideKey();
-actOncePerPress();
+ignoreRepeatedActions();
 
 const store = new Store(
     (frame) => connection.send(frame),
     () => {
         connection.renew();
     },
-    isSetting,
 );
 const connection = new Connection('/settings', 'settings.v1', {
     opened: () => {
@@ -29,8 +27,8 @@ const connection = new Connection('/settings', 'settings.v1', {
     closed: () => {
         store.closed();
     },
-    lockedOut: () => {
-        store.lockedOut();
+    unauthorized: () => {
+        store.unauthorized();
     },
 });
 connection.start();

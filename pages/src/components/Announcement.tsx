@@ -1,10 +1,11 @@
 import type { JSX } from 'preact';
 import { useEffect, useState } from 'preact/hooks';
 
-import { shownFor } from '../state/store';
-import { nameOfSetting, usePage, wordsFor } from './page';
+import { nameOfSetting, wordsFor } from '../settings/format';
+import { messageDuration } from '../state/store';
+import { usePage } from './context';
 
-/** What changed without this page's doing. */
+/** Announces changes by others. */
 export function Announcement(): JSX.Element {
     const { state, language } = usePage();
     const { announcement } = state;
@@ -13,7 +14,7 @@ export function Announcement(): JSX.Element {
     useEffect(() => {
         const timer = setTimeout(() => {
             setHidden(number);
-        }, shownFor);
+        }, messageDuration);
         return () => {
             clearTimeout(timer);
         };
@@ -23,8 +24,8 @@ export function Announcement(): JSX.Element {
             return '';
         }
         const { key, value, origin } = announcement;
-        const filled = { name: nameOfSetting(key, language), value: wordsFor(key, value, language) };
-        return language.t(origin === null ? 'changed' : `changed.${origin}`, filled);
+        const values = { name: nameOfSetting(key, language), value: wordsFor(key, value, language) };
+        return language.t(origin === null ? 'changed' : `changed.${origin}`, values);
     };
     return (
         <p class="announcement" role="status">

@@ -1,8 +1,8 @@
 import type { JSX } from 'preact';
 
-import { usePage } from './page';
+import { usePage } from './context';
 
-/** Says that the television is not there, and what can be done. */
+/** Reports a lost or refused connection. */
 export function Banner({ onRetry }: { readonly onRetry: () => void }): JSX.Element {
     const { state, language } = usePage();
     const isLost = state.connection === 'lost';
@@ -16,7 +16,7 @@ export function Banner({ onRetry }: { readonly onRetry: () => void }): JSX.Eleme
                     </button>
                 </>
             )}
-            {state.connection === 'locked-out' && <span>{language.t('connection.locked')}</span>}
+            {state.connection === 'unauthorized' && <span>{language.t('connection.unauthorized')}</span>}
         </div>
     );
 }

@@ -1,23 +1,20 @@
 import type { JSX } from 'preact';
 
-import { nameOfSetting, shortened, usePage } from './page';
-import type { MessageKey } from '../i18n/en';
+import { choicesOf } from '../settings/catalogue';
+import { nameOfSetting, shortened, wordsFor } from '../settings/format';
+import { usePage } from './context';
+import type { RowProps } from './RowProps';
 import { RowStatus } from './RowStatus';
 
-interface Props {
-    readonly setting: string;
-    readonly choices: readonly MessageKey[];
-}
-
-/** A setting that is one of a few words. A value outside of them is shown too, and stays until another is chosen. */
-export function ChoiceRow({ setting, choices }: Props): JSX.Element {
+/** A setting with a few values. A value that the catalogue does not list is shown too, until another is chosen. */
+export function ChoiceRow({ setting }: RowProps): JSX.Element {
     const { store, state, language } = usePage();
     const value = state.values?.[setting] ?? '';
-    const all: readonly string[] =
-        value === '' || choices.some((choice) => choice === value) ? choices : [...choices, value];
+    const choices: readonly string[] = choicesOf(setting);
+    const all = value === '' || choices.includes(value) ? choices : [...choices, value];
     const words = (choice: string) =>
-        choices.some((known) => known === choice)
-            ? language.t(choice as MessageKey)
+        choices.includes(choice)
+            ? wordsFor(setting, choice, language)
             : language.t('otherValue', { value: shortened(choice) });
     return (
         <div class="row" data-row={setting}>

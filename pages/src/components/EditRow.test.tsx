@@ -6,7 +6,7 @@ import { languageFor } from '../i18n/language';
 import { Store } from '../state/store';
 import { useStore } from '../state/useStore';
 import { EditRow } from './EditRow';
-import { Page } from './page';
+import { Page } from './context';
 
 const place = document.createElement('div');
 let sent: string[];
@@ -78,7 +78,7 @@ afterEach(() => {
 });
 
 describe('an edit', () => {
-    it('begins with the value and saves what was typed', () => {
+    it('begins with the value and saves the typed text', () => {
         click('Device name');
         expect(place.querySelector('input')?.value).toBe('TV');
         expect(document.activeElement).toBe(place.querySelector('input'));
@@ -88,7 +88,7 @@ describe('an edit', () => {
         expect(place.querySelector('form')).toBeNull();
     });
 
-    it('leaves the value as it was when it is cancelled', () => {
+    it('leaves the value unchanged when it is cancelled', () => {
         click('Device name');
         type('Den');
         click('Cancel');
@@ -104,12 +104,12 @@ describe('an edit', () => {
             click('Companion device');
             submit();
             expect(place.querySelector('form'), value).toBeNull();
-            expect(place.textContent, value).toContain('It was that already');
+            expect(place.textContent, value).toContain('No change');
         }
         expect(saved()).toEqual([]);
     });
 
-    it('of a pair changes one part and keeps the other; a value of another form is one text, kept as it is typed', () => {
+    it('of a pair changes one part and keeps the other; a value of another form is edited as one text', () => {
         const edited: [string, string[]][] = ['["Phone"]', '["a","b","c"]', 'null'].map((value) => {
             event('companionDevice', value);
             click('Companion device');
@@ -125,7 +125,7 @@ describe('an edit', () => {
         ]);
     });
 
-    it('that leaves nothing but blanks asks for the default', () => {
+    it('that leaves only blanks sets the default', () => {
         for (const [name, value, blank] of [
             ['Device name', 'Den', ''],
             ['Companion device', '["Phone","phone"]', ' \u3000'],
@@ -146,12 +146,12 @@ describe('an edit', () => {
         click('Companion device');
         expect(place.querySelectorAll('form').length).toBe(1);
         expect(place.querySelector('form')?.getAttribute('aria-label')).toBe('Change Companion device');
-        expect(place.textContent).toContain('Not saved yet: Den');
+        expect(place.textContent).toContain('Not saved: Den');
         expect(document.activeElement).toBe(place.querySelector('input'));
         click('Device name');
         expect(place.querySelectorAll('form').length).toBe(1);
         expect(place.querySelector('input')?.value).toBe('Den');
-        expect(place.textContent).not.toContain('Not saved yet');
+        expect(place.textContent).not.toContain('Not saved');
         submit();
         expect(saved()).toEqual(['Den']);
         expect(document.activeElement?.textContent).toContain('Device name');
@@ -170,12 +170,12 @@ describe('an edit', () => {
         type('Den');
         event('deviceName', 'Attic');
         expect(place.querySelector('input')?.value).toBe('Den');
-        expect(place.textContent).toContain('Meanwhile it became “Attic”.');
+        expect(place.textContent).toContain('Changed to “Attic” in the meantime.');
         submit();
         expect(saved()).toEqual([]);
         expect(document.activeElement?.textContent).toBe('Keep my text');
         click('Keep my text');
-        expect(place.textContent).not.toContain('Meanwhile');
+        expect(place.textContent).not.toContain('in the meantime');
         submit();
         expect(saved()).toEqual(['Den']);
     });
@@ -201,7 +201,7 @@ describe('an edit', () => {
         event('deviceName', 'Attic');
         lookBack();
         expect(place.querySelector('input')?.value).toBe('Den');
-        expect(place.textContent).toContain('Meanwhile it became “Attic”.');
+        expect(place.textContent).toContain('Changed to “Attic” in the meantime.');
         expect(document.activeElement).toBe(document.body);
         click('Cancel');
         lookAway();
@@ -213,7 +213,7 @@ describe('an edit', () => {
         click('Device name');
         type('Den');
         event('deviceName', 'Attic');
-        click('Take the new value');
+        click('Use the new value');
         expect(place.querySelector('input')?.value).toBe('Attic');
         expect(saved()).toEqual([]);
     });

@@ -1,8 +1,9 @@
 import type { JSX } from 'preact';
 import { useMemo, useState } from 'preact/hooks';
 
+import { usePage } from './context';
 import { Dialog } from './Dialog';
-import { usePage } from './page';
+import { Field } from './Field';
 
 export interface Option {
     readonly value: string;
@@ -21,7 +22,7 @@ function plain(text: string): string {
     return text.normalize('NFD').replace(/\p{M}/gu, '').replace(/[_/-]/g, ' ').toLowerCase();
 }
 
-/** The options that hold every word that was typed, in their order. */
+/** The options that contain every typed word. */
 export function matching(options: readonly Option[], typed: string): readonly Option[] {
     const words = plain(typed).split(/\s+/).filter(Boolean);
     return options.filter(({ value, words: shown }) => {
@@ -30,7 +31,7 @@ export function matching(options: readonly Option[], typed: string): readonly Op
     });
 }
 
-/** A long list to choose one of, with a search. */
+/** A dialog with a searchable list of options. */
 export function Picker({ title, options, chosen, onChoose, onClose }: Props): JSX.Element {
     const { language } = usePage();
     const [typed, setTyped] = useState('');
@@ -40,19 +41,7 @@ export function Picker({ title, options, chosen, onChoose, onClose }: Props): JS
     );
     return (
         <Dialog title={title} onClose={onClose}>
-            <label class="field" data-row="search">
-                <span class="name">{language.t('search')}</span>
-                <input
-                    type="text"
-                    dir="auto"
-                    value={typed}
-                    autocomplete="off"
-                    spellcheck={false}
-                    onInput={({ currentTarget }) => {
-                        setTyped(currentTarget.value);
-                    }}
-                />
-            </label>
+            <Field row="search" label={language.t('search')} text={typed} onEdit={setTyped} />
             <p class="about" role="status">
                 {found.length === 0 ? language.t('nothingFound') : language.t('found', { count: `${found.length}` })}
             </p>

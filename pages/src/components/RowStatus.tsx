@@ -1,12 +1,14 @@
 import type { JSX } from 'preact';
 
+import type { SettingKey } from '../settings/catalogue';
+import { shortened, wordsFor } from '../settings/format';
 import type { Refused } from '../state/store';
-import { shortened, usePage, wordsFor } from './page';
+import { usePage } from './context';
 
 const signs = { saving: '…', accepted: '✓', default: '✓', unchanged: '=', refused: '✕', draft: '✎' } as const;
 
-/** What became of the last change of a setting. Always there, so that it is read out when it changes. */
-export function RowStatus({ setting }: { readonly setting: string }): JSX.Element {
+/** The result of the last change of a setting. Always in the page, so that screen readers announce its changes. */
+export function RowStatus({ setting }: { readonly setting: SettingKey }): JSX.Element {
     const { store, state, language } = usePage();
     const draft = store.drafts.get(setting);
     const status = state.rows[setting];

@@ -1,15 +1,12 @@
 import type { JSX } from 'preact';
 
-import { nameOfSetting, usePage, wordsFor } from './page';
+import { nameOfSetting, wordsFor } from '../settings/format';
+import { usePage } from './context';
+import type { RowProps } from './RowProps';
 import { RowStatus } from './RowStatus';
 
-interface Props {
-    readonly setting: string;
-    readonly about?: string;
-}
-
 /** A setting that is on or off. */
-export function SwitchRow({ setting, about }: Props): JSX.Element {
+export function SwitchRow({ setting, about }: RowProps): JSX.Element {
     const { store, state, language } = usePage();
     const value = state.values?.[setting];
     const isOn = value === 'true';

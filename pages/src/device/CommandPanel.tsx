@@ -1,7 +1,7 @@
-import type { ComponentChildren, JSX } from 'preact';
+import type { JSX } from 'preact';
 import { useState } from 'preact/hooks';
 
-import { deviceSwitches, knownKeys, localesIn, type Command, type Outcome } from './commands';
+import { deviceSwitches, forms, type Command, type FieldEntry, type FormEntry, type Outcome } from './commands';
 import { visible } from './format';
 import type { DeviceState } from './session';
 
@@ -10,117 +10,76 @@ interface Props {
     readonly run: (command: Command) => Promise<Outcome>;
 }
 
-interface Report {
+interface Result {
     readonly command: Command;
     readonly outcome: Outcome;
 }
 
-const timeZones = Intl.supportedValuesOf('timeZone');
-
-/** Everything that a person could do at the television itself, and what came of the last thing done. */
+/** Every device command that a person could cause at the TV itself, and the result of the last one. */
 export function CommandPanel({ state, run }: Props): JSX.Element {
-    const [report, setReport] = useState<Report | null>(null);
-
+    const [result, setResult] = useState<Result | null>(null);
     const send = (command: Command) => {
         void run(command).then((outcome) => {
-            setReport({ command, outcome });
+            setResult({ command, outcome });
         });
     };
-
     return (
         <section class="device-panel" aria-labelledby="commands-title">
-            <h2 id="commands-title">At the television</h2>
-            <div class="device-switches" data-row="switches">
-                {deviceSwitches.map(({ command, label, fact, on }) => {
-                    const checked = state?.[fact] === on;
-                    return (
-                        <button
-                            key={command}
-                            type="button"
-                            role="switch"
-                            aria-checked={checked}
-                            onClick={() => {
-                                send({ command, enabled: !checked });
-                            }}
-                        >
-                            {label}
-                            <span aria-hidden="true">{checked ? 'on' : 'off'}</span>
-                        </button>
-                    );
-                })}
-            </div>
-            <CommandForm
-                submit="Change"
-                of="locale"
-                onSubmit={([value = '']) => {
-                    send({ command: 'locale', value: value.trim() });
-                }}
-            >
-                <Field label="Locale" hint="fr-FR" />
-            </CommandForm>
-            <CommandForm
-                submit="Change"
-                of="locales"
-                onSubmit={([text = '']) => {
-                    send({ command: 'locales', values: localesIn(text) });
-                }}
-            >
-                <Field label="Locales, primary first" hint="fr-FR, en-US" />
-            </CommandForm>
-            <CommandForm
-                submit="Change"
-                of="time zone"
-                onSubmit={([value = '']) => {
-                    send({ command: 'timezone', value: value.trim() });
-                }}
-            >
-                <Field label="Time zone" hint="Europe/Paris" choices={timeZones} />
-            </CommandForm>
-            <CommandForm
-                submit="Report"
-                of="setting"
-                onSubmit={([key = '', value = '']) => {
-                    send({ command: 'setting', key, value });
-                }}
-            >
-                <Field label="Setting" hint="deviceName" choices={knownKeys} />
-                <Field label="Value" hint="Den" />
-            </CommandForm>
-            <p class="device-report" role="status" data-outcome={report?.outcome.ok}>
-                {report === null ? '' : reportText(report)}
+            <h2 id="commands-title">On the TV</h2>
+            <Switches state={state} send={send} />
+            {forms.map((form) => (
+                <CommandForm key={form.of} form={form} send={send} />
+            ))}
+            <p class="device-result" role="status" data-outcome={result?.outcome.ok}>
+                {result === null ? '' : resultText(result)}
             </p>
         </section>
     );
 }
 
-function reportText({ command, outcome }: Report): string {
-    const name = visible(JSON.stringify(command));
-    if (!outcome.ok) {
-        return `✗ ${visible(outcome.code)}: ${visible(outcome.message)} – ${name}`;
-    }
-    return outcome.changed === false ? `= Nothing changed, it was that already: ${name}` : `✓ Done: ${name}`;
+interface SenderProps {
+    readonly send: (command: Command) => void;
 }
 
-interface FormProps {
-    /** What the button says, and what it is about for those who hear it alone. */
-    readonly submit: string;
-    readonly of: string;
-    readonly onSubmit: (values: readonly string[]) => void;
-    readonly children: ComponentChildren;
+function Switches({ state, send }: SenderProps & Pick<Props, 'state'>): JSX.Element {
+    return (
+        <div class="device-switches" data-row="switches">
+            {deviceSwitches.map(({ command, label, fact, on }) => {
+                const checked = state?.[fact] === on;
+                return (
+                    <button
+                        key={command}
+                        type="button"
+                        role="switch"
+                        aria-checked={checked}
+                        onClick={() => {
+                            send({ command, enabled: !checked });
+                        }}
+                    >
+                        {label}
+                        <span aria-hidden="true">{checked ? 'on' : 'off'}</span>
+                    </button>
+                );
+            })}
+        </div>
+    );
 }
 
-/** A row of fields with its button; the fields keep what was typed, so that a command is easily repeated. */
-function CommandForm({ submit, of, onSubmit, children }: FormProps): JSX.Element {
+/** A row of fields with its button. The fields keep their text, so that a command is easily repeated. */
+function CommandForm({ form, send }: SenderProps & { readonly form: FormEntry }): JSX.Element {
+    const { submit, of, fields, commandOf } = form;
     return (
         <form
             class="device-form"
             data-row={of}
             onSubmit={(event) => {
                 event.preventDefault();
-                onSubmit([...event.currentTarget.querySelectorAll('input')].map((field) => field.value));
+                send(commandOf([...event.currentTarget.querySelectorAll('input')].map((field) => field.value)));
             }}
         >
-            {children}
+            {fields.map((field) => (
+                <Field key={field.label} {...field} />
+            ))}
             <button type="submit" aria-label={`${submit} ${of}`}>
                 {submit}
             </button>
@@ -128,13 +87,15 @@ function CommandForm({ submit, of, onSubmit, children }: FormProps): JSX.Element
     );
 }
 
-interface FieldProps {
-    readonly label: string;
-    readonly hint: string;
-    readonly choices?: readonly string[];
+function resultText({ command, outcome }: Result): string {
+    const name = visible(JSON.stringify(command));
+    if (!outcome.ok) {
+        return `✗ ${visible(outcome.code)}: ${visible(outcome.message)} – ${name}`;
+    }
+    return outcome.changed === false ? `= No change: ${name}` : `✓ Done: ${name}`;
 }
 
-function Field({ label, hint, choices }: FieldProps): JSX.Element {
+function Field({ label, hint, choices }: FieldEntry): JSX.Element {
     const list = choices === undefined ? undefined : `choices-${label.replace(/\W/g, '-')}`;
     return (
         <label>

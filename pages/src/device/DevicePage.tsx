@@ -5,13 +5,13 @@ import { MessagePanel } from './MessagePanel';
 import type { DeviceSession } from './session';
 import { StatePanel } from './StatePanel';
 
-export type ConnectionState = 'connecting' | 'connected' | 'lost' | 'lockedOut';
+export type ConnectionState = 'connecting' | 'connected' | 'lost' | 'unauthorized';
 
 const connectionTexts: Readonly<Record<ConnectionState, string>> = {
     connecting: '○ Connecting',
     connected: '● Connected',
-    lost: '○ No connection, trying again',
-    lockedOut: '○ The host wants a new address: "settingsctl page" prints it',
+    lost: '○ Disconnected, trying again',
+    unauthorized: '○ Not authorized: open the new address that "settingsctl page" prints',
 };
 
 interface Props {
@@ -20,19 +20,19 @@ interface Props {
     readonly onRetry: () => void;
 }
 
-/** The television's side of the settings, for those who develop pages. */
+/** The page of the simulated TV, for developers of pages. */
 export function DevicePage({ session, connection, onRetry }: Props): JSX.Element {
     return (
         <div class="device">
             <header data-zone>
-                <h1>Simulated television</h1>
+                <h1>Simulated TV</h1>
                 <p class="device-mark">Simulation only: no real device is changed</p>
                 <p role="status" class="device-connection" data-state={connection}>
                     {connectionTexts[connection]}
                 </p>
                 {connection === 'lost' && (
                     <button type="button" data-row="retry" onClick={onRetry}>
-                        Try now
+                        Try again now
                     </button>
                 )}
             </header>

@@ -1,7 +1,7 @@
 import type { JSX } from 'preact';
 
 import type { Filter } from './filter';
-import { directions, doors, frameKinds } from './messages';
+import { directions, listeners, frameKinds } from './messages';
 
 interface Props {
     readonly filter: Filter;
@@ -32,11 +32,11 @@ export function FilterBar({ filter, onChange }: Props): JSX.Element {
                 }}
             />
             <Choice
-                label="Door"
-                choices={doors}
-                chosen={filter.door}
-                onChoose={(door) => {
-                    onChange({ ...filter, door });
+                label="Listener"
+                choices={listeners}
+                chosen={filter.listener}
+                onChoose={(listener) => {
+                    onChange({ ...filter, listener });
                 }}
             />
             <Choice

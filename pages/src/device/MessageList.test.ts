@@ -7,7 +7,7 @@ const messages: readonly Message[] = [1, 2, 3].map((serial) => ({
     serial,
     timestamp: serial,
     direction: 'in',
-    door: 'page',
+    listener: 'page',
     client: 1,
     kind: 'other',
     text: '',
@@ -19,11 +19,11 @@ function choose(key: string, chosen: number | null): number | null | undefined {
     return next === null || next === undefined ? next : next.serial;
 }
 
-test('the first arrow takes the newest message', () => {
+test('the first arrow chooses the newest message', () => {
     expect([choose('ArrowUp', null), choose('ArrowDown', null)]).toEqual([3, 3]);
 });
 
-test('arrows go one on, and at the ends out of the list', () => {
+test('arrows move by one, and leave the list at its ends', () => {
     expect([choose('ArrowUp', 3), choose('ArrowUp', 1), choose('ArrowDown', 1), choose('ArrowDown', 3)]).toEqual([
         2,
         undefined,
@@ -36,11 +36,11 @@ test('Home and End go to the ends', () => {
     expect([choose('Home', 2), choose('End', null)]).toEqual([1, 3]);
 });
 
-test('Escape gives up the choice, and is left to the page when there is none', () => {
+test('Escape clears the choice, and is left to the page when there is none', () => {
     expect([choose('Escape', 2), choose('Escape', null)]).toEqual([null, undefined]);
 });
 
-test('other keys, and arrows in an empty list, are not for the list', () => {
+test('the list ignores other keys, and arrows when it is empty', () => {
     expect(choose('a', 2)).toBeUndefined();
     expect(nextChoice('ArrowUp', [], null)).toBeUndefined();
 });

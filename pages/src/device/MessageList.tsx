@@ -11,7 +11,7 @@ interface Props {
     readonly onChoose: (message: Message | null) => void;
 }
 
-/** One line per message, oldest first. Follows the newest until one is chosen; Escape follows again. */
+/** One line per message, oldest first. Follows the newest message until one is chosen; Escape follows again. */
 export function MessageList({ messages, chosen, onChoose }: Props): JSX.Element {
     const list = useRef<HTMLUListElement>(null);
     const newest = messages.at(-1)?.serial;
@@ -65,13 +65,13 @@ interface LineProps {
 }
 
 function Line({ message, selected, onClick }: LineProps): JSX.Element {
-    const { timestamp, direction, door, client, kind, text } = message;
+    const { timestamp, direction, listener, client, kind, text } = message;
     return (
         <li id={lineId(message)} role="option" aria-selected={selected} data-kind={kind} onClick={onClick}>
             <span>{timeOfDay(timestamp)}</span>
             <span>{direction === 'in' ? '→ in' : '← out'}</span>
             <span>
-                {door} {client}
+                {listener} {client}
             </span>
             <span>{kind}</span>
             <code>{summary(text)}</code>
@@ -83,7 +83,7 @@ function lineId({ serial }: Message): string {
     return `message-${serial}`;
 }
 
-/** Scrolls the list alone, never the page around it. */
+/** Scrolls the list, never the page around it. */
 function showLine(list: HTMLElement, line: Element | null): void {
     if (line !== null) {
         const [outer, inner] = [list.getBoundingClientRect(), line.getBoundingClientRect()];
@@ -91,7 +91,7 @@ function showLine(list: HTMLElement, line: Element | null): void {
     }
 }
 
-/** The choice after a key, null for none; undefined when the key is not for the list, as an arrow that leads out of it. */
+/** The choice after a key, null for none; undefined when the list does not use the key, as an arrow that leaves it. */
 export function nextChoice(
     key: string,
     messages: readonly Message[],

@@ -3,13 +3,13 @@ import type { JSX } from 'preact';
 import { visible } from './format';
 import type { DeviceState } from './session';
 
-/** The simulated device and its voice SDK as they are now. */
+/** The current state of the simulated device and its voice SDK. */
 export function StatePanel({ state }: { readonly state: DeviceState | null }): JSX.Element {
     return (
         <section class="device-panel" aria-labelledby="state-title">
             <h2 id="state-title">State</h2>
             {state === null ? (
-                <p>Not known yet.</p>
+                <p>Unknown</p>
             ) : (
                 <dl class="device-state">
                     {Object.entries(state).map(([fact, value]) => (

@@ -1,6 +1,7 @@
+import { isForPage } from '../focus/keys';
 import { controlsOf, directionOf, focusFirst, focusOn, moveFocus, type Direction } from '../focus/navigation';
 
-/** Does what has the focus need this arrow itself: a caret that can still go there, a text that can still be scrolled? */
+/** Whether the focused element uses this arrow itself: a caret that can move, a text that can be scrolled. */
 function needsArrow(active: Element | null, direction: Direction): boolean {
     const isSideways = direction === 'back' || direction === 'forward';
     if (active instanceof HTMLInputElement && isSideways) {
@@ -14,7 +15,7 @@ function needsArrow(active: Element | null, direction: Direction): boolean {
     return false;
 }
 
-/** How far `to` lies beyond `from` in the direction; less than nothing when it does not. */
+/** The distance from `from` to `to` in the direction; negative when it is not there. */
 function distance(from: DOMRect, to: DOMRect, direction: Direction): number {
     switch (direction) {
         case 'up':
@@ -28,31 +29,31 @@ function distance(from: DOMRect, to: DOMRect, direction: Direction): number {
     }
 }
 
-/** How far one must go aside to get from one to the other. */
-function aside(from: DOMRect, to: DOMRect, direction: Direction): number {
+/** The distance across the direction; 0 when they overlap. */
+function offset(from: DOMRect, to: DOMRect, direction: Direction): number {
     const [before, after] =
         direction === 'up' || direction === 'down' ? (['back', 'forward'] as const) : (['up', 'down'] as const);
     return Math.max(0, distance(from, to, before), distance(from, to, after));
 }
 
-/** Goes to the nearest control of what is drawn beside, above or below this part of the page. */
+/** Moves the focus to the nearest control of another zone in the direction. */
 function leave(zone: Element, active: Element, direction: Direction): void {
     const from = active.getBoundingClientRect();
-    const ways = [...document.querySelectorAll('[data-zone]')]
+    const candidates = [...document.querySelectorAll('[data-zone]')]
         .filter((other) => distance(zone.getBoundingClientRect(), other.getBoundingClientRect(), direction) >= 0)
         .flatMap((other) => controlsOf(other))
         .map((item) => ({ item, to: item.getBoundingClientRect() }))
         .sort(
             (one, other) =>
-                aside(from, one.to, direction) - aside(from, other.to, direction) ||
+                offset(from, one.to, direction) - offset(from, other.to, direction) ||
                 distance(from, one.to, direction) - distance(from, other.to, direction),
         );
-    focusOn(ways[0]?.item);
+    focusOn(candidates[0]?.item);
 }
 
 function press(event: KeyboardEvent): void {
     const active = document.activeElement;
-    if (event.defaultPrevented || event.isComposing || event.ctrlKey || event.altKey || event.metaKey) {
+    if (!isForPage(event)) {
         return;
     }
     if (event.key === 'Enter' && active instanceof HTMLSelectElement) {
@@ -73,7 +74,7 @@ function press(event: KeyboardEvent): void {
     }
 }
 
-/** Makes the page usable with four arrows and Enter. It is divided into zones, marked with `data-zone`. */
+/** Moves the focus by arrows and opens choices by Enter. The page is divided into zones, marked with `data-zone`. */
 export function moveByArrows(): void {
     document.addEventListener('keydown', press);
 }

@@ -1,14 +1,16 @@
+import { isReadOnly, settingKeys } from '../settings/catalogue';
+
 export interface Command {
     readonly command: string;
     readonly [argument: string]: unknown;
 }
 
-/** What became of a command. */
+/** The result of a command. */
 export type Outcome =
-    | { readonly ok: true; /** False when it was so already. */ readonly changed?: false }
+    | { readonly ok: true; /** False when the value was the same. */ readonly changed?: false }
     | { readonly ok: false; readonly code: string; readonly message: string };
 
-/** A switch of the simulated device: the command that moves it and where the device's state shows it. */
+/** A switch of the simulated device: its command, and the member of the device state that shows it. */
 export interface DeviceSwitch {
     readonly command: string;
     readonly label: string;
@@ -23,23 +25,54 @@ export const deviceSwitches: readonly DeviceSwitch[] = [
 ];
 
 /** The keys that a device reports as system settings, offered while typing; any other key may be typed too. */
-export const knownKeys: readonly string[] = [
-    'captionsFontSize',
-    'captionsStyles',
-    'companionDevice',
-    'deviceName',
-    'friendlyName',
-    'handsFreeAlwaysOnDiscovered',
-    'handsFreeAlwaysOnEnabled',
-    'handsFreeEnabled',
-    'orliaLocale',
-    'pttAlwaysOnDiscovered',
-    'pttAlwaysOnEnabled',
-    'timezone',
-    'tovanEntitlementStatus',
-];
+export const reportedKeys: readonly string[] = settingKeys.filter((key) => !isReadOnly(key)).sort();
 
-/** The locales that a person typed, divided by commas or blanks. */
+/** The locales in `text`, separated by commas or blanks. */
 export function localesIn(text: string): readonly string[] {
     return text.split(/[\s,]+/).filter((locale) => locale !== '');
 }
+
+export interface FieldEntry {
+    readonly label: string;
+    readonly hint: string;
+    readonly choices?: readonly string[];
+}
+
+/** A form of the page, and the command that it sends. */
+export interface FormEntry {
+    /** The text of the button, and its object, for screen readers. */
+    readonly submit: string;
+    readonly of: string;
+    readonly fields: readonly FieldEntry[];
+    readonly commandOf: (values: readonly string[]) => Command;
+}
+
+export const forms: readonly FormEntry[] = [
+    {
+        submit: 'Change',
+        of: 'locale',
+        fields: [{ label: 'Locale', hint: 'fr-FR' }],
+        commandOf: ([value = '']) => ({ command: 'locale', value: value.trim() }),
+    },
+    {
+        submit: 'Change',
+        of: 'locales',
+        fields: [{ label: 'Locales, primary first', hint: 'fr-FR, en-US' }],
+        commandOf: ([text = '']) => ({ command: 'locales', values: localesIn(text) }),
+    },
+    {
+        submit: 'Change',
+        of: 'time zone',
+        fields: [{ label: 'Time zone', hint: 'Europe/Paris', choices: Intl.supportedValuesOf('timeZone') }],
+        commandOf: ([value = '']) => ({ command: 'timezone', value: value.trim() }),
+    },
+    {
+        submit: 'Report',
+        of: 'setting',
+        fields: [
+            { label: 'Setting', hint: 'deviceName', choices: reportedKeys },
+            { label: 'Value', hint: 'Den' },
+        ],
+        commandOf: ([key = '', value = '']) => ({ command: 'setting', key, value }),
+    },
+];

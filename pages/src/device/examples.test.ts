@@ -19,16 +19,16 @@ const kinds: Readonly<Record<string, string>> = {
     refusal: 'error',
     'device-refusal': 'error',
     'device-command': 'command',
-    'device-done': 'answer',
-    'device-state': 'answer',
+    'device-done': 'reply',
+    'device-state': 'reply',
 };
-/** Answers that only the device's own client gets. */
-const untold = new Set(['device-page', 'device-trace']);
+/** Frames that are not traced. */
+const untraced = new Set(['device-page', 'device-trace']);
 
 test('the frames of the examples have their kinds', () => {
     let seen = 0;
     for (const { sent, received, schema } of everyStep) {
-        if (schema !== undefined && !untold.has(schema)) {
+        if (schema !== undefined && !untraced.has(schema)) {
             expect(kindOf(JSON.stringify(sent ?? received)), schema).toBe(kinds[schema]);
             seen += 1;
         }
@@ -36,18 +36,18 @@ test('the frames of the examples have their kinds', () => {
     expect(seen).toBeGreaterThan(40);
 });
 
-test('the copies in the examples are read', () => {
+test('the traces in the examples are parsed', () => {
     const traces = everyStep
         .filter(({ schema }) => schema === 'device-trace')
         .map(({ received }) => traceOf(received ?? {}));
     expect(traces).toMatchObject([
-        { direction: 'in', door: 'socket', client: 9 },
-        { direction: 'out', door: 'all', client: null },
+        { direction: 'in', listener: 'socket', client: 9 },
+        { direction: 'out', listener: 'all', client: null },
     ]);
 });
 
 test.each(['device-commands', 'device-switches', 'device-refusals'])(
-    '%s get the answers of the example',
+    '%s get the replies of the example',
     async (name) => {
         const session = new DeviceSession(
             () => true,

@@ -1,27 +1,27 @@
-import type { Direction, Door, FrameKind, Message } from './messages';
+import type { Direction, FrameKind, Listener, Message } from './messages';
 
-/** Which messages to show; an empty text and null take everything. */
+/** Which messages to show; an empty text and null match everything. */
 export interface Filter {
     readonly text: string;
     readonly direction: Direction | null;
-    readonly door: Door | null;
+    readonly listener: Listener | null;
     readonly kind: FrameKind | null;
 }
 
-export const everything: Filter = { text: '', direction: null, door: null, kind: null };
+export const everything: Filter = { text: '', direction: null, listener: null, kind: null };
 
-/** A frame to all passed at the socket and on the pages, too. */
-function passes(door: Door, wanted: Door | null): boolean {
-    return wanted === null || door === wanted || (door === 'all' && wanted !== 'device');
+/** A frame to all went to the clients of the socket and to the pages. */
+function matchesListener(listener: Listener, wanted: Listener | null): boolean {
+    return wanted === null || listener === wanted || (listener === 'all' && wanted !== 'device');
 }
 
-/** Those of `messages` that fit; upper and lower case of the text are the same. */
+/** The messages that match; the text ignores case. */
 export function filterMessages(messages: readonly Message[], filter: Filter): readonly Message[] {
     const wanted = filter.text.toLowerCase();
     return messages.filter(
-        ({ direction, door, kind, text }) =>
+        ({ direction, listener, kind, text }) =>
             (filter.direction ?? direction) === direction &&
-            passes(door, filter.door) &&
+            matchesListener(listener, filter.listener) &&
             (filter.kind ?? kind) === kind &&
             text.toLowerCase().includes(wanted),
     );

@@ -82,12 +82,12 @@ test('the clipboard gets one line per message with the frame as it was', () => {
         serial: 1,
         timestamp: time,
         direction: 'in',
-        door: 'page',
+        listener: 'page',
         client: 4,
         kind: 'other',
         text: '{"a":"\u202e"}',
     };
-    expect(asText([message, { ...message, direction: 'out', door: 'all', client: null }])).toBe(
+    expect(asText([message, { ...message, direction: 'out', listener: 'all', client: null }])).toBe(
         '03:04:05.006 in page 4 {"a":"\u202e"}\n03:04:05.006 out all {"a":"\u202e"}\n',
     );
 });

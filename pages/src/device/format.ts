@@ -1,28 +1,28 @@
 import type { Message } from './messages';
 
-/** Controls, direction marks, other invisible characters, line separators and halves of surrogate pairs. */
+/** Control characters, direction marks, other invisible characters, line separators and halves of surrogate pairs. */
 const invisible = /[\p{Cc}\p{Cf}\p{Cs}\p{Zl}\p{Zp}]/gu;
 const jsonTokens = /"(?:[^"\\]|\\.)*"|[{}[\],:]|[^\s{}[\],:"]+/g;
-/** Deeper than the host takes frames; without an end, indenting a long row of brackets would fill the memory. */
-const deepestIndent = 34;
+/** Deeper than the host accepts frames. Without a limit, indenting a long row of brackets would fill the memory. */
+const maxIndent = 34;
 
 function escaped(character: string): string {
     const code = character.codePointAt(0) ?? 0;
     return code > 0xffff ? `\\u{${code.toString(16)}}` : `\\u${code.toString(16).padStart(4, '0')}`;
 }
 
-/** `text` with every character that one could not see, or that would reorder the line, as an escape. */
+/** `text` with invisible and reordering characters escaped. */
 export function visible(text: string): string {
     return text.replace(invisible, escaped);
 }
 
 function newLine(depth: number): string {
-    return '\n' + '  '.repeat(Math.min(depth, deepestIndent));
+    return '\n' + '  '.repeat(Math.min(depth, maxIndent));
 }
 
 /**
- * JSON over several lines, everything else as it is. Works on the text, not on the value, so that numbers, escapes, repeated
- * members and their order stay as they were sent.
+ * JSON indented over several lines, other text unchanged. Works on the text, not on the value, so that numbers, escapes,
+ * repeated members and their order stay as they were sent.
  */
 export function pretty(text: string): string {
     try {
@@ -54,7 +54,7 @@ export function summary(text: string, length = 160): string {
     return text.length > length || line.length > length ? line.slice(0, length - 1) + '…' : line;
 }
 
-/** The time of day, to the millisecond, where the reader is. */
+/** The local time of day, with milliseconds. */
 export function timeOfDay(timestamp: number): string {
     const time = new Date(timestamp);
     if (Number.isNaN(time.getTime())) {
@@ -65,12 +65,12 @@ export function timeOfDay(timestamp: number): string {
     return `${two(time.getHours())}:${two(time.getMinutes())}:${two(time.getSeconds())}.${milliseconds}`;
 }
 
-/** One line per message, for the clipboard: the frames as they were, led by time and way. */
+/** One line per message, for the clipboard: time, direction, listener, client, and the frame as it was. */
 export function asText(messages: readonly Message[]): string {
     return messages
         .map(
-            ({ timestamp, direction, door, client, text }) =>
-                `${timeOfDay(timestamp)} ${direction} ${door}${client === null ? '' : ` ${client}`} ${text}\n`,
+            ({ timestamp, direction, listener, client, text }) =>
+                `${timeOfDay(timestamp)} ${direction} ${listener}${client === null ? '' : ` ${client}`} ${text}\n`,
         )
         .join('');
 }

@@ -1,6 +1,6 @@
 import { render } from 'preact';
 
-import { actOncePerPress } from '../focus/keys';
+import { ignoreRepeatedActions } from '../focus/keys';
 import { hideKey } from '../wire/address';
 import { Connection } from '../wire/connection';
 import { DevicePage, type ConnectionState } from './DevicePage';
@@ -29,13 +29,13 @@ const connection = new Connection('/device', 'device.v1', {
         session.closed();
         drawSoon();
     },
-    lockedOut: () => {
-        connectionState = 'lockedOut';
+    unauthorized: () => {
+        connectionState = 'unauthorized';
         drawSoon();
     },
 });
 
-/** Draws once for all that happens before the next picture. */
+/** Draws once before the next frame of the browser. */
 function drawSoon(): void {
     if (!drawing) {
         drawing = true;
@@ -61,7 +61,7 @@ function draw(): void {
 }
 
 hideKey();
-actOncePerPress();
+ignoreRepeatedActions();
 moveByArrows();
 draw();
 connection.start();

@@ -4,7 +4,7 @@ import { MessageLog } from './messageLog';
 import type { Trace } from './messages';
 
 function trace(text: string): Trace {
-    return { timestamp: 1, direction: 'in', door: 'socket', client: 1, text };
+    return { timestamp: 1, direction: 'in', listener: 'socket', client: 1, text };
 }
 
 function texts(log: MessageLog): string[] {
@@ -27,13 +27,13 @@ test('the newest 200 messages are kept, oldest first, each with its number', () 
     );
 });
 
-test('a message knows its kind', () => {
+test('a message has its kind', () => {
     const log = new MessageLog();
     log.add(trace('{"type":24}'));
     expect(log.view().messages[0]).toEqual({ ...trace('{"type":24}'), serial: 1, kind: 'SetSettings' });
 });
 
-test('a pause holds the view, counts what comes and shows all of it afterwards', () => {
+test('a pause freezes the view and counts new messages, which are shown afterwards', () => {
     const log = new MessageLog(3);
     fill(log, 1, 2);
     log.setPaused(true);
@@ -46,7 +46,7 @@ test('a pause holds the view, counts what comes and shows all of it afterwards',
     expect(log.view()).toMatchObject({ paused: false, waiting: 0, lost: 0 });
 });
 
-test('a pause loses only what the log cannot hold, and says how much', () => {
+test('a pause loses only what the log cannot hold, and counts it', () => {
     const log = new MessageLog(3);
     log.setPaused(true);
     fill(log, 1, 3);
@@ -57,7 +57,7 @@ test('a pause loses only what the log cannot hold, and says how much', () => {
     expect(texts(log)).toEqual(['3', '4', '5']);
 });
 
-test('clearing forgets what is shown and what waits, and leaves the pause as it is', () => {
+test('clearing removes shown and held back messages, and keeps the pause', () => {
     const log = new MessageLog(3);
     fill(log, 1, 2);
     log.setPaused(true);
@@ -70,7 +70,7 @@ test('clearing forgets what is shown and what waits, and leaves the pause as it 
     expect(texts(log)).toEqual(['5']);
 });
 
-test('a view that was taken stays as it was', () => {
+test('a view does not change', () => {
     const log = new MessageLog(3);
     fill(log, 1, 1);
     const { messages } = log.view();

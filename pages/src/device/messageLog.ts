@@ -1,18 +1,17 @@
 import { kindOf, type Message, type Trace } from './messages';
 
-/** What a viewer of the log sees. */
+/** The part of the log that is shown. */
 export interface LogView {
     readonly messages: readonly Message[];
     readonly paused: boolean;
-    /** How many messages came since the pause began. */
+    /** The number of messages since the pause began. */
     readonly waiting: number;
-    /** How many of those are gone already because more than the log holds came. */
+    /** The number of those that the log no longer holds. */
     readonly lost: number;
 }
 
 /**
- * The newest messages, oldest first. While paused the view stands still and the log goes on, so a pause loses nothing but
- * what came before the newest `capacity` messages.
+ * The newest `capacity` messages, oldest first. While paused the view does not change; the log does.
  */
 export class MessageLog {
     private kept: readonly Message[] = [];
@@ -33,7 +32,7 @@ export class MessageLog {
         }
     }
 
-    /** Forgets every message, also those that a pause holds back. A pause goes on. */
+    /** Removes every message, including those received during a pause. A pause continues. */
     clear(): void {
         this.kept = [];
         if (this.pause !== null) {

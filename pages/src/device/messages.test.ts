@@ -19,22 +19,23 @@ test('every frame of the protocol has its kind', () => {
     expect(frames.map(kindOf)).toEqual(frameKinds);
 });
 
-test('a state of the device is an answer, and what no client would send is other', () => {
-    expect(kindOf('{"device":{}}')).toBe('answer');
+test('a device state is a reply, and unknown frames are other', () => {
+    expect(kindOf('{"device":{}}')).toBe('reply');
     expect(['[7]', 'null', '7', '{}', '{"type":"7"}', '{"type":8}', ''].map(kindOf)).toEqual(Array(7).fill('other'));
 });
 
-test('a trace is read member by member', () => {
-    const trace = { timestamp: 5, direction: 'out', door: 'page', client: 3, text: '{}' };
-    expect(traceOf({ trace })).toEqual(trace);
+test('a trace is parsed', () => {
+    const parsed = { timestamp: 5, direction: 'out', listener: 'page', client: 3, text: '{}' };
+    const { listener: door, ...trace } = parsed;
+    expect(traceOf({ trace: { ...trace, door } })).toEqual(parsed);
     expect(traceOf({ trace: { ...trace, door: 'all', client: null, more: 1 } })).toEqual({
-        ...trace,
-        door: 'all',
+        ...parsed,
+        listener: 'all',
         client: null,
     });
 });
 
-test('what is no trace is none', () => {
+test('a malformed trace is ignored', () => {
     const trace = { timestamp: 5, direction: 'in', door: 'device', client: 3, text: '{}' };
     expect(traceOf({ ok: true })).toBeNull();
     expect(traceOf({ trace: null })).toBeNull();

@@ -1,11 +1,13 @@
+import { messageType } from '../wire/messageTypes';
+
 export type Direction = 'in' | 'out';
-/** Where a frame passed; "all" is a frame to every client of the settings, at the socket and on pages. */
-export type Door = 'socket' | 'page' | 'device' | 'all';
+/** The listener of the client; "all" is a frame to every client of the settings, of the socket and on pages. */
+export type Listener = 'socket' | 'page' | 'device' | 'all';
 
 export const directions: readonly Direction[] = ['in', 'out'];
-export const doors: readonly Door[] = ['socket', 'page', 'device', 'all'];
+export const listeners: readonly Listener[] = ['socket', 'page', 'device', 'all'];
 
-/** What a frame is, told from its text alone. */
+/** The kind of a frame, as its text alone shows it. */
 export type FrameKind =
     | 'GetSettings'
     | 'IsOrliaSelectedVA'
@@ -16,16 +18,16 @@ export type FrameKind =
     | 'notice'
     | 'error'
     | 'command'
-    | 'answer'
+    | 'reply'
     | 'other';
 
 const kindsByType: ReadonlyMap<unknown, FrameKind> = new Map<unknown, FrameKind>([
-    [7, 'GetSettings'],
-    [18, 'IsOrliaSelectedVA'],
-    [19, 'OpenVASettings'],
-    [22, 'LogOut'],
-    [24, 'SetSettings'],
-    [25, 'event'],
+    [messageType.getSettings, 'GetSettings'],
+    [messageType.isSelected, 'IsOrliaSelectedVA'],
+    [messageType.openSettings, 'OpenVASettings'],
+    [messageType.logOut, 'LogOut'],
+    [messageType.setSettings, 'SetSettings'],
+    [messageType.settingChanged, 'event'],
 ]);
 
 export const frameKinds: readonly FrameKind[] = [
@@ -33,19 +35,19 @@ export const frameKinds: readonly FrameKind[] = [
     'notice',
     'error',
     'command',
-    'answer',
+    'reply',
     'other',
 ];
 
-/** One frame that went through the host. */
+/** A frame that passed through the host. */
 export interface Message {
-    /** Counts up from 1 and tells two messages with the same content apart. */
+    /** Counts up from 1. */
     readonly serial: number;
     /** Milliseconds since the epoch. */
     readonly timestamp: number;
     /** As the host sees it: "in" was sent by a client. */
     readonly direction: Direction;
-    readonly door: Door;
+    readonly listener: Listener;
     /** Null when the frame went to every client. */
     readonly client: number | null;
     readonly kind: FrameKind;
@@ -58,7 +60,7 @@ function isRecord(value: unknown): value is Record<string, unknown> {
     return typeof value === 'object' && value !== null && !Array.isArray(value);
 }
 
-/** The object that `text` is as JSON, or null. */
+/** The JSON object in `text`, or null. */
 export function parseObject(text: string): Record<string, unknown> | null {
     try {
         const value: unknown = JSON.parse(text);
@@ -77,12 +79,12 @@ export function kindOf(text: string): FrameKind {
         return 'notice' in frame ? 'notice' : 'error' in frame ? 'error' : 'command';
     }
     if ('ok' in frame || 'device' in frame) {
-        return 'answer';
+        return 'reply';
     }
     return kindsByType.get(frame['type']) ?? 'other';
 }
 
-/** The trace that `frame` carries, or null when it is another frame or lacks a member. */
+/** The trace in `frame`; null when it is another frame or lacks a member. */
 export function traceOf(frame: Record<string, unknown>): Trace | null {
     const trace = frame['trace'];
     if (!isRecord(trace)) {
@@ -90,9 +92,9 @@ export function traceOf(frame: Record<string, unknown>): Trace | null {
     }
     const { timestamp, text, client } = trace;
     const direction = directions.find((known) => known === trace['direction']);
-    const door = doors.find((known) => known === trace['door']);
-    if (typeof timestamp !== 'number' || typeof text !== 'string' || !direction || !door) {
+    const listener = listeners.find((known) => known === trace['door']);
+    if (typeof timestamp !== 'number' || typeof text !== 'string' || !direction || !listener) {
         return null;
     }
-    return { timestamp, direction, door, client: typeof client === 'number' ? client : null, text };
+    return { timestamp, direction, listener, client: typeof client === 'number' ? client : null, text };
 }

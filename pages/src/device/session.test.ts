@@ -2,7 +2,7 @@ import { afterEach, beforeEach, expect, test, vi } from 'vitest';
 
 import { localesIn } from './commands';
 import type { Trace } from './messages';
-import { DeviceSession, refreshPause } from './session';
+import { DeviceSession, refreshDelay } from './session';
 
 const enableTraces = '{"command":"trace","enabled":true}';
 const refresh = '{"command":"show"}';
@@ -51,7 +51,7 @@ test('a new connection asks for traces and the state', () => {
     expect(changes).toBe(1);
 });
 
-test('commands get their answers in order, with traces between them', async () => {
+test('commands get their replies in order, with traces between them', async () => {
     open();
     const first = session.run({ command: 'captions', enabled: true });
     const second = session.run({ command: 'fly' });
@@ -64,14 +64,14 @@ test('commands get their answers in order, with traces between them', async () =
     expect(sent).toEqual(['{"command":"captions","enabled":true}', '{"command":"fly"}', refresh, refresh]);
 });
 
-test('that a command changed nothing is passed on', async () => {
+test('an unchanged value is passed on', async () => {
     open();
     const outcome = session.run({ command: 'setting', key: 'deviceName', value: 'Den' });
     session.received('{"ok":true,"changed":false}');
     expect(await outcome).toEqual({ ok: true, changed: false });
 });
 
-test('the state is asked for after a command', async () => {
+test('the state is requested after a command', async () => {
     open();
     const outcome = session.run({ command: 'timezone', value: 'Europe/Rome' });
     session.received('{"ok":true}');
@@ -80,19 +80,19 @@ test('the state is asked for after a command', async () => {
     expect(session.deviceState).toEqual({ timezone: 'Europe/Rome' });
 });
 
-test('the state is asked for once after a burst of traces', () => {
+test('the state is requested once after a burst of traces', () => {
     open();
     for (let count = 0; count < 50; count += 1) {
         receiveTrace({});
     }
     expect(sent).toEqual([]);
-    vi.advanceTimersByTime(refreshPause);
+    vi.advanceTimersByTime(refreshDelay);
     expect(sent).toEqual([refresh]);
-    vi.advanceTimersByTime(refreshPause * 10);
+    vi.advanceTimersByTime(refreshDelay * 10);
     expect(sent).toEqual([refresh]);
 });
 
-test('a trace that cannot be read is neither listed nor taken for an answer', async () => {
+test('a malformed trace is neither listed nor taken for a reply', async () => {
     open();
     const outcome = session.run({ command: 'captions', enabled: true });
     session.received('{"trace":{"direction":"sideways"}}');
@@ -101,23 +101,23 @@ test('a trace that cannot be read is neither listed nor taken for an answer', as
     expect(listed()).toEqual([]);
 });
 
-test('a lost connection answers what waits and forgets no message and no state', async () => {
+test('a lost connection fails pending commands and keeps messages and state', async () => {
     open();
     receiveTrace({ text: 'kept' });
     const outcome = session.run({ command: 'captions', enabled: true });
     session.closed();
-    expect(await outcome).toMatchObject({ ok: false, code: 'no-answer' });
+    expect(await outcome).toMatchObject({ ok: false, code: 'no-reply' });
     expect(await session.run({ command: 'captions', enabled: true })).toMatchObject({
         ok: false,
         code: 'no-connection',
     });
-    vi.advanceTimersByTime(refreshPause * 10);
+    vi.advanceTimersByTime(refreshDelay * 10);
     expect(sent).toEqual(['{"command":"captions","enabled":true}']);
     expect(listed()).toEqual(['kept']);
     expect(session.deviceState).toEqual({ timezone: 'Asia/Tokyo' });
 });
 
-test('after a new connection an answer belongs to the new question', async () => {
+test('after a reconnect a reply belongs to the new command', async () => {
     open();
     void session.run({ command: 'captions', enabled: true });
     session.closed();
@@ -127,14 +127,14 @@ test('after a new connection an answer belongs to the new question', async () =>
     expect(await outcome).toMatchObject({ code: 'unknown-command' });
 });
 
-test('an answer of an unknown shape is an error', async () => {
+test('a reply of an unknown form is an error', async () => {
     open();
     const outcome = session.run({ command: 'captions', enabled: true });
     session.received('{"error":"no"}');
-    expect(await outcome).toMatchObject({ ok: false, code: 'unknown-answer' });
+    expect(await outcome).toMatchObject({ ok: false, code: 'unknown-reply' });
 });
 
-test('locales may be divided by commas and blanks', () => {
+test('locales may be separated by commas and blanks', () => {
     expect(localesIn(' fr-FR, en-US\nde-DE ,')).toEqual(['fr-FR', 'en-US', 'de-DE']);
     expect(localesIn(' ')).toEqual([]);
 });

@@ -4,22 +4,22 @@ import { parseObject, traceOf } from './messages';
 
 export type DeviceState = Readonly<Record<string, string>>;
 
-/** The host traces no question for the state; otherwise each would lead to the next. */
+/** The host does not trace this command; otherwise each refresh would cause the next. */
 const refreshCommand: Command = { command: 'show' };
-/** How long what happened is gathered before the state is asked for once, in milliseconds. */
-export const refreshPause = 100;
+/** How long traces are collected before the state is requested once, in milliseconds. */
+export const refreshDelay = 100;
 
-type Waiting = (frame: Record<string, unknown>) => void;
+type ReplyHandler = (frame: Record<string, unknown>) => void;
 
 /**
- * The conversation at the device door: one answer to each command, in order, and traces between them. Knows no socket: it is
- * told when the connection opens and closes and what comes.
+ * Commands and replies over the device socket: one reply to each command, in order, with traces between them. Owns no socket:
+ * its owner reports when the connection opens and closes, and hands over each frame.
  */
 export class DeviceSession {
     private readonly log = new MessageLog();
     private state: DeviceState | null = null;
     private open = false;
-    private waiting: Waiting[] = [];
+    private pending: ReplyHandler[] = [];
     private refreshTimer: ReturnType<typeof setTimeout> | null = null;
 
     constructor(
@@ -27,7 +27,7 @@ export class DeviceSession {
         private readonly changed: () => void,
     ) {}
 
-    /** The newest known state of the device; null until it is known. */
+    /** The last known state of the device; null until it is known. */
     get deviceState(): DeviceState | null {
         return this.state;
     }
@@ -48,16 +48,16 @@ export class DeviceSession {
 
     opened(): void {
         this.open = true;
-        this.ask({ command: 'trace', enabled: true }, () => undefined);
+        this.request({ command: 'trace', enabled: true }, () => undefined);
         this.refresh();
     }
 
     closed(): void {
         this.open = false;
-        const unanswered = this.waiting;
-        this.waiting = [];
-        for (const answer of unanswered) {
-            answer({ error: { code: 'no-answer', message: 'the connection was lost before the answer came' } });
+        const unreplied = this.pending;
+        this.pending = [];
+        for (const handle of unreplied) {
+            handle({ error: { code: 'no-reply', message: 'the connection was lost before the reply came' } });
         }
         if (this.refreshTimer !== null) {
             clearTimeout(this.refreshTimer);
@@ -70,8 +70,8 @@ export class DeviceSession {
             return Promise.resolve({ ok: false, code: 'no-connection', message: 'the host cannot be reached' });
         }
         return new Promise((resolve) => {
-            this.ask(command, (answer) => {
-                resolve(outcomeOf(answer));
+            this.request(command, (reply) => {
+                resolve(outcomeOf(reply));
                 this.refresh();
             });
         });
@@ -80,7 +80,7 @@ export class DeviceSession {
     received(text: string): void {
         const frame = parseObject(text) ?? {};
         if (!('trace' in frame)) {
-            this.waiting.shift()?.(frame);
+            this.pending.shift()?.(frame);
             return;
         }
         const trace = traceOf(frame);
@@ -89,12 +89,12 @@ export class DeviceSession {
             this.changed();
             this.refreshTimer ??= setTimeout(() => {
                 this.refresh();
-            }, refreshPause);
+            }, refreshDelay);
         }
     }
 
-    private ask(command: Command, answer: Waiting): void {
-        this.waiting.push(answer);
+    private request(command: Command, handle: ReplyHandler): void {
+        this.pending.push(handle);
         this.send(JSON.stringify(command));
     }
 
@@ -106,7 +106,7 @@ export class DeviceSession {
         if (!this.open) {
             return;
         }
-        this.ask(refreshCommand, ({ device }) => {
+        this.request(refreshCommand, ({ device }) => {
             if (typeof device === 'object' && device !== null) {
                 this.state = Object.fromEntries(Object.entries(device).map(([fact, value]) => [fact, String(value)]));
                 this.changed();
@@ -115,14 +115,14 @@ export class DeviceSession {
     }
 }
 
-function outcomeOf(answer: Record<string, unknown>): Outcome {
-    if (answer['ok'] === true) {
-        return answer['changed'] === false ? { ok: true, changed: false } : { ok: true };
+function outcomeOf(reply: Record<string, unknown>): Outcome {
+    if (reply['ok'] === true) {
+        return reply['changed'] === false ? { ok: true, changed: false } : { ok: true };
     }
-    const { code, message } = (answer['error'] ?? {}) as Record<string, unknown>;
+    const { code, message } = (reply['error'] ?? {}) as Record<string, unknown>;
     return {
         ok: false,
-        code: typeof code === 'string' ? code : 'unknown-answer',
-        message: typeof message === 'string' ? message : 'the host gave an answer that this page does not know',
+        code: typeof code === 'string' ? code : 'unknown-reply',
+        message: typeof message === 'string' ? message : 'the host sent an unknown reply',
     };
 }

@@ -1,8 +1,13 @@
-/** What the Back key of a remote control is called. */
+/** The names of a remote control's Back key. */
 const backKeys = new Set(['Escape', 'GoBack', 'BrowserBack', 'XF86Back']);
 
 export function isBack(key: string): boolean {
     return backKeys.has(key);
+}
+
+/** Whether a key press is left to the page: not handled yet, not part of text input, no shortcut of the browser. */
+export function isForPage(event: KeyboardEvent): boolean {
+    return !(event.defaultPrevented || event.isComposing || event.ctrlKey || event.altKey || event.metaKey);
 }
 
 function dropRepeated(event: KeyboardEvent): void {
@@ -12,7 +17,7 @@ function dropRepeated(event: KeyboardEvent): void {
     }
 }
 
-/** A key that is held repeats itself. Arrows go on then; what acts, acts once for each press. */
-export function actOncePerPress(): void {
+/** Drops repeats of Enter and Back while they are held, so that an action runs once a press. Arrows repeat. */
+export function ignoreRepeatedActions(): void {
     document.addEventListener('keydown', dropRepeated, { capture: true });
 }

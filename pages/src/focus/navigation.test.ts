@@ -1,6 +1,14 @@
 import { afterAll, beforeAll, beforeEach, describe, expect, it, vi } from 'vitest';
 
-import { directionOf, enterPlace, focusFirst, moveFocus, placeOf, restoreFocus, type Direction } from './navigation';
+import {
+    directionOf,
+    enterPosition,
+    focusFirst,
+    moveFocus,
+    positionOf,
+    restoreFocus,
+    type Direction,
+} from './navigation';
 
 const zone = document.createElement('div');
 
@@ -122,25 +130,25 @@ describe('arrows', () => {
     });
 });
 
-describe('a place', () => {
+describe('a position', () => {
     const tools = `<div data-row="a"><span tabindex="0" id="name">a</span><button data-tool="up" id="up">1</button>
             <button data-tool="down" id="down">2</button><button data-tool="remove" id="remove">3</button></div>
         <div data-row="b"><button data-tool="out" id="out">b</button></div>`;
 
     it('is found again by the name of its row, wherever that row went', () => {
-        const place = placeOf(zone, document.getElementById('b2'));
-        expect(place).toEqual({ row: 'b', rowNumber: 1, column: 1, tool: undefined });
+        const position = positionOf(zone, document.getElementById('b2'));
+        expect(position).toEqual({ row: 'b', rowNumber: 1, column: 1, tool: undefined });
         zone.prepend(zone.querySelector('[data-row="b"]') ?? '');
-        restoreFocus(zone, place);
+        restoreFocus(zone, position);
         expect(document.activeElement?.id).toBe('b2');
     });
 
     it('is not taken by a control that does something else', () => {
         zone.innerHTML = tools;
         const focusedAfter = (id: string, gone: string) => {
-            const place = placeOf(zone, document.getElementById(id));
+            const position = positionOf(zone, document.getElementById(id));
             document.getElementById(gone)?.setAttribute('disabled', '');
-            restoreFocus(zone, place);
+            restoreFocus(zone, position);
             document.getElementById(gone)?.removeAttribute('disabled');
             return document.activeElement?.id;
         };
@@ -148,32 +156,32 @@ describe('a place', () => {
         expect(focusedAfter('down', 'down')).toBe('name');
         expect(focusedAfter('down', 'up')).toBe('down');
         expect(focusedAfter('remove', 'down')).toBe('remove');
-        const place = placeOf(zone, document.getElementById('remove'));
+        const position = positionOf(zone, document.getElementById('remove'));
         zone.querySelector('[data-row="a"]')?.setAttribute('data-row', 'other');
-        restoreFocus(zone, place);
+        restoreFocus(zone, position);
         expect(document.activeElement?.id).toBe('name');
     });
 
     it('that would do harm at once is not entered', () => {
         zone.innerHTML = tools;
         const focusedAfter = (id: string) => {
-            enterPlace(zone, placeOf(zone, document.getElementById(id)));
+            enterPosition(zone, positionOf(zone, document.getElementById(id)));
             return document.activeElement?.id;
         };
         expect(['name', 'up', 'remove', 'out'].map(focusedAfter)).toEqual(Array(4).fill('name'));
-        expect(enterPlace(zone, null)).toBe(true);
+        expect(enterPosition(zone, null)).toBe(true);
         expect(document.activeElement?.id).toBe('name');
     });
 
     it('is that of the row that moved up when its own is gone, or the last', () => {
-        const second = placeOf(zone, document.getElementById('b2'));
-        const last = placeOf(zone, document.getElementById('d'));
+        const second = positionOf(zone, document.getElementById('b2'));
+        const last = positionOf(zone, document.getElementById('d'));
         zone.querySelector('[data-row="b"]')?.remove();
         restoreFocus(zone, second);
         expect(document.activeElement?.id).toBe('c2');
         zone.querySelector('[data-row="d"]')?.remove();
         restoreFocus(zone, last);
         expect(document.activeElement?.id).toBe('c1');
-        expect(placeOf(zone, document.body)).toBeNull();
+        expect(positionOf(zone, document.body)).toBeNull();
     });
 });

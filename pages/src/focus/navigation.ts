@@ -1,8 +1,8 @@
 /**
- * Arrow keys lead to what is drawn there. A zone (the menu, the panel of a section, an open dialog) holds rows, marked with
- * `data-row`; a row holds one or more controls, and what does not fit beside the others is drawn in another line. Up and down
- * change the line, forward and back (which is which depends on the writing direction) the control within it. Nothing wraps
- * around. A control that changes an order or destroys something is marked with `data-tool`: only arrows lead to it.
+ * Moves the focus by arrow keys to the control that is drawn in that direction. A zone (the menu, the panel of a section, an
+ * open dialog) contains rows, marked with `data-row`; a row contains controls, in one or more lines. Up and down change the
+ * line, forward and back (left or right, by the writing direction) the control within it. Nothing wraps around. A control that
+ * reorders or destroys something is marked with `data-tool`: only arrows lead to it.
  */
 export type Direction = 'up' | 'down' | 'forward' | 'back';
 
@@ -17,7 +17,7 @@ function rowsOf(zone: Element): HTMLElement[][] {
     return [...rows.values()];
 }
 
-/** What can take the focus in a zone, in the order of the page. */
+/** The focusable controls of a zone, in document order. */
 export function controlsOf(zone: Element): HTMLElement[] {
     return [...zone.querySelectorAll<HTMLElement>(focusable)].filter((item) => rowOf(item) !== null);
 }
@@ -32,7 +32,7 @@ interface Drawn {
     readonly box: DOMRect;
 }
 
-/** Rows that share a parent may be drawn side by side; others may be scrolled apart, so that their places say nothing. */
+/** Rows with the same parent may be drawn side by side; others may be scrolled apart, so that their boxes do not compare. */
 function isBeside(one: Drawn, other: Drawn): boolean {
     const together = one.row === other.row || one.row?.parentElement === other.row?.parentElement;
     return together && one.box.top < other.box.bottom && other.box.top < one.box.bottom;
@@ -53,7 +53,7 @@ function linesOf(zone: Element): Drawn[][] {
     return lines;
 }
 
-/** Is it the chosen one of several choices? A line of choices is entered there. */
+/** Whether it is the chosen one of several choices; a line of choices is entered there. */
 function isChosen(item: HTMLElement): boolean {
     return item.getAttribute('role') === 'radio' && item.getAttribute('aria-checked') === 'true';
 }
@@ -62,13 +62,14 @@ function isNeutral(item: HTMLElement): boolean {
     return item.dataset['tool'] === undefined;
 }
 
-/** What stands above or below `from`: with the least between their sides, then where both begin alike. */
+/** The control above or below `from`: the one with the smallest gap sideways, then the one whose start is closest. */
 function nearest(line: readonly Drawn[], from: Drawn): HTMLElement | undefined {
     const rightToLeft = getComputedStyle(from.item).direction === 'rtl';
-    const between = ({ box }: Drawn) => Math.max(0, box.left - from.box.right, from.box.left - box.right);
-    const apart = ({ box }: Drawn) => Math.abs(rightToLeft ? box.right - from.box.right : box.left - from.box.left);
+    const gap = ({ box }: Drawn) => Math.max(0, box.left - from.box.right, from.box.left - box.right);
+    const startDistance = ({ box }: Drawn) =>
+        Math.abs(rightToLeft ? box.right - from.box.right : box.left - from.box.left);
     const entered = line.find(({ item, row }) => row !== from.row && isChosen(item));
-    const [first] = [...line].sort((one, other) => between(one) - between(other) || apart(one) - apart(other));
+    const [first] = [...line].sort((one, other) => gap(one) - gap(other) || startDistance(one) - startDistance(other));
     return (entered ?? first)?.item;
 }
 
@@ -78,13 +79,13 @@ export function focusOn(item: HTMLElement | undefined): boolean {
     return item !== undefined;
 }
 
-/** The first control that does no harm when it is used by mistake. */
+/** Focuses the first control that is not a tool. */
 export function focusFirst(zone: Element): boolean {
     const items = rowsOf(zone).flat();
     return focusOn(items.find(isNeutral) ?? items[0]);
 }
 
-/** Returns: false when there is nothing in that direction. */
+/** Returns: false when there is no control in that direction. */
 export function moveFocus(zone: Element, active: Element | null, direction: Direction): boolean {
     const lines = linesOf(zone);
     const number = lines.findIndex((line) => line.some(({ item }) => item === active));
@@ -100,7 +101,7 @@ export function moveFocus(zone: Element, active: Element | null, direction: Dire
     return focusOn(line?.[direction === 'back' ? column - 1 : column + 1]?.item);
 }
 
-/** What a key press means; null when it is none of the arrows. */
+/** The direction of an arrow key; null for other keys. */
 export function directionOf(key: string, writing: 'ltr' | 'rtl'): Direction | null {
     switch (key) {
         case 'ArrowUp':
@@ -116,16 +117,16 @@ export function directionOf(key: string, writing: 'ltr' | 'rtl'): Direction | nu
     }
 }
 
-/** The place of a control that survives being drawn again: its row's name, and which control of the row it is. */
-export interface Place {
+/** The position of a control, which survives rendering: the name of its row, and which control of the row it is. */
+export interface Position {
     readonly row: string;
     readonly rowNumber: number;
     readonly column: number;
-    /** What the control does, for those that come and go (`data-tool`). */
+    /** The action of the control (`data-tool`). */
     readonly tool: string | undefined;
 }
 
-export function placeOf(zone: Element, item: HTMLElement | null): Place | null {
+export function positionOf(zone: Element, item: HTMLElement | null): Position | null {
     const rows = rowsOf(zone);
     const rowNumber = rows.findIndex((items) => items.some((candidate) => candidate === item));
     const row = rowOf(item);
@@ -140,23 +141,23 @@ export function placeOf(zone: Element, item: HTMLElement | null): Place | null {
     };
 }
 
-/** Focuses the place, or, when its row is gone, the one that took its place. Where its tool is gone no other is taken. */
-export function restoreFocus(zone: Element, place: Place | null): boolean {
+/** Focuses a position, or the row that replaced it when its row is gone. Another tool is never focused instead. */
+export function restoreFocus(zone: Element, position: Position | null): boolean {
     const rows = rowsOf(zone);
-    if (place === null || rows.length === 0) {
+    if (position === null || rows.length === 0) {
         return focusFirst(zone);
     }
-    const named = rows.find(([first]) => rowOf(first)?.dataset['row'] === place.row);
-    const row = named ?? rows[Math.min(place.rowNumber, rows.length - 1)] ?? [];
+    const named = rows.find(([first]) => rowOf(first)?.dataset['row'] === position.row);
+    const row = named ?? rows[Math.min(position.rowNumber, rows.length - 1)] ?? [];
     const item =
-        place.tool === undefined
-            ? row[Math.min(place.column, row.length - 1)]
-            : named?.find((candidate) => candidate.dataset['tool'] === place.tool);
-    const taken = item !== undefined && item.dataset['tool'] === place.tool ? item : row.find(isNeutral);
+        position.tool === undefined
+            ? row[Math.min(position.column, row.length - 1)]
+            : named?.find((candidate) => candidate.dataset['tool'] === position.tool);
+    const taken = item !== undefined && item.dataset['tool'] === position.tool ? item : row.find(isNeutral);
     return taken === undefined ? focusFirst(zone) : focusOn(taken);
 }
 
-/** Focuses the place again after a look elsewhere, but nothing that would do harm at once. */
-export function enterPlace(zone: Element, place: Place | null): boolean {
-    return restoreFocus(zone, place?.tool === undefined ? place : { ...place, column: 0, tool: undefined });
+/** Focuses a position when its section is entered again, but never a tool. */
+export function enterPosition(zone: Element, position: Position | null): boolean {
+    return restoreFocus(zone, position?.tool === undefined ? position : { ...position, column: 0, tool: undefined });
 }

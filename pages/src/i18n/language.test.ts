@@ -1,30 +1,31 @@
 import { describe, expect, it } from 'vitest';
 
-import { en, type MessageKey } from './en';
-import { catalogues, languageFor, localesOf, nameOfLocale } from './language';
+import { en } from './en';
+import { languageFor, nameOfLocale, translations } from './language';
 
-const keys = Object.keys(en) as MessageKey[];
-
-function places(text: string): string[] {
-    return [...text.matchAll(/\{\w+\}/g)].map(([place]) => place).sort();
+/** Every text of a translation by its name; the types see to it that each translation has the same names. */
+function textsOf({ settings, choices, texts }: typeof en): Map<string, string> {
+    return new Map(Object.entries({ ...settings, ...choices, ...texts }));
 }
 
-describe.each(Object.entries(catalogues))('the catalogue %s', (code, catalogue) => {
-    it('says everything that the English one says, and nothing else', () => {
-        expect(Object.keys(catalogue).sort()).toEqual([...keys].sort());
-    });
+const english = textsOf(en);
 
-    it('has no empty text and fills in the same places', () => {
-        for (const key of keys) {
-            expect(catalogue[key].trim(), key).not.toBe('');
-            expect(places(catalogue[key]), key).toEqual(places(en[key]));
+function placeholders(text: string): string[] {
+    return [...text.matchAll(/\{\w+\}/g)].map(([placeholder]) => placeholder).sort();
+}
+
+describe.each(Object.entries(translations))('the translation %s', (code, translation) => {
+    it('has no empty text, and the placeholders of the English one', () => {
+        for (const [name, text] of textsOf(translation)) {
+            expect(text.trim(), name).not.toBe('');
+            expect(placeholders(text), name).toEqual(placeholders(english.get(name) ?? ''));
         }
     });
 
     it('is translated', () => {
-        const same = keys.filter((key) => catalogue[key] === en[key]);
+        const same = [...textsOf(translation)].filter(([name, text]) => text === english.get(name));
         // A word such as "Captions" may be the same in two languages, a sentence may not.
-        expect(code === 'en' ? [] : same.filter((key) => en[key].length > 12)).toEqual([]);
+        expect(code === 'en' ? [] : same.filter(([, text]) => text.length > 12)).toEqual([]);
         expect(code === 'en' ? 0 : same.length).toBeLessThan(8);
     });
 });
@@ -37,29 +38,22 @@ describe('the language of the pages', () => {
         expect(codes).toEqual(['fr', 'es', 'de', 'ja', 'ar', 'en', 'en', 'en', 'en']);
     });
 
-    it('is written from right to left in Arabic alone', () => {
-        expect(Object.keys(catalogues).map((code) => languageFor(code).direction)).toEqual([
+    it('is written from right to left only in Arabic', () => {
+        expect(Object.keys(translations).map((code) => languageFor(code).direction)).toEqual([
             ...Array<string>(5).fill('ltr'),
             'rtl',
         ]);
     });
 
-    it('fills texts in as they are', () => {
+    it('fills in placeholders without interpreting the values', () => {
         const { t } = languageFor('en-US');
         expect(t('changed', { name: '$& {value}', value: '<b>' })).toBe('$& {value} is now <b>');
         expect(t('edit')).toBe('Change {name}');
     });
 });
 
-describe('locales', () => {
-    it('are read from the text of a list', () => {
-        expect(localesOf('["fr-FR", "", 5, "en-US"]')).toEqual(['fr-FR', 'en-US']);
-        for (const text of ['', 'fr-FR', '{}', '"fr-FR"', undefined]) {
-            expect(localesOf(text)).toEqual([]);
-        }
-    });
-
-    it('have names in the language of the pages, or their code', () => {
+describe('the name of a locale', () => {
+    it('is in the language of the pages, or the locale itself', () => {
         expect(nameOfLocale('fr-CA', 'en')).toBe('Canadian French');
         expect(nameOfLocale('de_DE', 'fr')).toBe('allemand (Allemagne)');
         expect(nameOfLocale('no locale at all', 'en')).toBe('no locale at all');

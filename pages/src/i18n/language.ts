@@ -1,45 +1,35 @@
 import { ar } from './ar';
 import { de } from './de';
-import { en, type Catalogue, type MessageKey } from './en';
+import { en, type TextKey, type Translation } from './en';
 import { es } from './es';
 import { fr } from './fr';
 import { ja } from './ja';
 
-export const catalogues: Readonly<Record<string, Catalogue>> = { en, fr, es, de, ja, ar };
+export const translations: Readonly<Record<string, Translation>> = { en, fr, es, de, ja, ar };
 
-export type Translate = (key: MessageKey, filled?: Readonly<Record<string, string>>) => string;
-
-export interface Language {
+export interface Language extends Pick<Translation, 'settings' | 'choices'> {
     readonly code: string;
     readonly direction: 'ltr' | 'rtl';
-    readonly t: Translate;
+    /** The text of `key` with its placeholders filled in. */
+    readonly t: (key: TextKey, values?: Readonly<Record<string, string>>) => string;
 }
 
-/** The locales in the text of a locale setting, the primary one first; none when the text is no list. */
-export function localesOf(value: string | undefined): string[] {
-    try {
-        const list: unknown = JSON.parse(value ?? '');
-        return Array.isArray(list)
-            ? list.filter((locale): locale is string => typeof locale === 'string' && locale !== '')
-            : [];
-    } catch {
-        return [];
-    }
-}
-
-/** The language of the pages for a primary assistant locale such as "fr-CA"; English when there is none for it. */
+/** The language of the pages for a primary assistant locale such as "fr-CA"; English when there is no translation. */
 export function languageFor(locale: string | undefined): Language {
-    const asked = (locale ?? '').split(/[-_]/)[0]?.toLowerCase() ?? '';
-    const code = Object.hasOwn(catalogues, asked) ? asked : 'en';
-    const catalogue = catalogues[code] ?? en;
+    const wanted = (locale ?? '').split(/[-_]/)[0]?.toLowerCase() ?? '';
+    const code = Object.hasOwn(translations, wanted) ? wanted : 'en';
+    const { settings, choices, texts } = translations[code] ?? en;
     return {
         code,
         direction: code === 'ar' ? 'rtl' : 'ltr',
-        t: (key, filled = {}) => catalogue[key].replace(/\{(\w+)\}/g, (place, name: string) => filled[name] ?? place),
+        settings,
+        choices,
+        t: (key, values = {}) =>
+            texts[key].replace(/\{(\w+)\}/g, (placeholder, name: string) => values[name] ?? placeholder),
     };
 }
 
-/** Making one takes longer than asking it, and lists ask for many names. */
+/** Cached: creating one is slow, and lists look up many names. */
 const localeNames = new Map<string, Intl.DisplayNames>();
 
 function localeNamesIn(code: string): Intl.DisplayNames {
@@ -48,7 +38,7 @@ function localeNamesIn(code: string): Intl.DisplayNames {
     return names;
 }
 
-/** The name of a locale in the language of the pages: "French (Canada)"; the code itself when there is none. */
+/** The name of a locale in the language of the pages: "French (Canada)"; the locale itself when it has none. */
 export function nameOfLocale(locale: string, code: string): string {
     try {
         return localeNamesIn(code).of(locale.replaceAll('_', '-')) ?? locale;

@@ -1,21 +1,94 @@
 import type { JSX } from 'preact';
-import { useMemo, useState } from 'preact/hooks';
+import { useMemo } from 'preact/hooks';
 
-import { shortened, usePage } from '../components/page';
+import { ActionRow } from '../components/ActionRow';
+import { usePage } from '../components/context';
 import { Picker } from '../components/Picker';
+import type { RowProps } from '../components/RowProps';
 import { RowStatus } from '../components/RowStatus';
-import { localesOf, nameOfLocale } from '../i18n/language';
+import { useDialog } from '../components/useDialog';
+import { nameOfLocale } from '../i18n/language';
+import { nameOfSetting, shortened } from '../settings/format';
+import { localesOf } from '../settings/values';
 import { movedDown, movedUp, offeredLocales, without } from './locales';
 
-const setting = 'orliaLocale';
+type SetLocales = (locales: readonly string[]) => void;
 
 /** The assistant's locales, the primary one first. */
-export function LocaleList(): JSX.Element {
+export function LocaleList({ setting, about }: RowProps): JSX.Element {
     const { store, state, language } = usePage();
-    const { t, code } = language;
-    const [adding, setAdding] = useState(false);
+    const name = nameOfSetting(setting, language);
     const locales = localesOf(state.values?.[setting]);
-    const set = (list: readonly string[]) => void store.set(setting, JSON.stringify(list));
+    const set: SetLocales = (list) => void store.set(setting, JSON.stringify(list));
+    return (
+        <div role="group" aria-label={name}>
+            <h3>{name}</h3>
+            <p class="about">{about}</p>
+            <ol class="locales">
+                {locales.map((locale, index) => {
+                    // Unique, though a locale may be there twice.
+                    const row = locales.indexOf(locale) === index ? locale : `${locale} ${index}`;
+                    return <LocaleItem key={row} row={row} locales={locales} index={index} set={set} />;
+                })}
+            </ol>
+            {locales.length === 1 && <p class="about">{language.t('locale.last')}</p>}
+            <RowStatus setting={setting} />
+            <AddLocale locales={locales} set={set} />
+        </div>
+    );
+}
+
+interface ItemProps {
+    readonly row: string;
+    readonly locales: readonly string[];
+    readonly index: number;
+    readonly set: SetLocales;
+}
+
+function LocaleItem({ row, locales, index, set }: ItemProps): JSX.Element {
+    const { t, code } = usePage().language;
+    const name = shortened(nameOfLocale(locales[index] ?? '', code));
+    const isPrimary = index === 0;
+    const tools = [
+        { tool: 'up', sign: '▲', isDisabled: isPrimary, change: movedUp },
+        { tool: 'down', sign: '▼', isDisabled: index === locales.length - 1, change: movedDown },
+        { tool: 'remove', sign: '✕', isDisabled: locales.length === 1, change: without },
+    ] as const;
+    return (
+        <li class="locale" data-row={row}>
+            <span
+                class="name"
+                tabIndex={0}
+                role="group"
+                aria-label={isPrimary ? `${name}, ${t('locale.primary')}` : name}
+            >
+                <bdi>{name}</bdi>
+                {isPrimary && <span class="badge">{t('locale.primary')}</span>}
+            </span>
+            <span class="tools">
+                {tools.map(({ tool, sign, isDisabled, change }) => (
+                    <button
+                        key={tool}
+                        type="button"
+                        class="tool"
+                        data-tool={tool}
+                        aria-label={t(`locale.${tool}`, { name })}
+                        disabled={isDisabled}
+                        onClick={() => {
+                            set(change(locales, index));
+                        }}
+                    >
+                        {sign}
+                    </button>
+                ))}
+            </span>
+        </li>
+    );
+}
+
+function AddLocale({ locales, set }: Pick<ItemProps, 'locales' | 'set'>): JSX.Element {
+    const { t, code } = usePage().language;
+    const dialog = useDialog();
     const options = useMemo(
         () =>
             offeredLocales
@@ -24,97 +97,19 @@ export function LocaleList(): JSX.Element {
         [code],
     );
     return (
-        <div role="group" aria-label={t('orliaLocale')}>
-            <h3>{t('orliaLocale')}</h3>
-            <p class="about">{t('orliaLocale.about')}</p>
-            <ol class="locales">
-                {locales.map((locale, place) => {
-                    const name = shortened(nameOfLocale(locale, code));
-                    // A name of its own for each row, though a locale may be there twice.
-                    const row = locales.indexOf(locale) === place ? locale : `${locale} ${place}`;
-                    return (
-                        <li key={row} class="locale" data-row={row}>
-                            <span
-                                class="name"
-                                tabIndex={0}
-                                role="group"
-                                aria-label={place === 0 ? `${name}, ${t('locale.primary')}` : name}
-                            >
-                                <bdi>{name}</bdi>
-                                {place === 0 && <span class="badge">{t('locale.primary')}</span>}
-                            </span>
-                            <span class="tools">
-                                <button
-                                    type="button"
-                                    class="tool"
-                                    data-tool="up"
-                                    aria-label={t('locale.up', { name })}
-                                    disabled={place === 0}
-                                    onClick={() => {
-                                        set(movedUp(locales, place));
-                                    }}
-                                >
-                                    ▲
-                                </button>
-                                <button
-                                    type="button"
-                                    class="tool"
-                                    data-tool="down"
-                                    aria-label={t('locale.down', { name })}
-                                    disabled={place === locales.length - 1}
-                                    onClick={() => {
-                                        set(movedDown(locales, place));
-                                    }}
-                                >
-                                    ▼
-                                </button>
-                                <button
-                                    type="button"
-                                    class="tool"
-                                    data-tool="remove"
-                                    aria-label={t('locale.remove', { name })}
-                                    disabled={locales.length === 1}
-                                    onClick={() => {
-                                        set(without(locales, place));
-                                    }}
-                                >
-                                    ✕
-                                </button>
-                            </span>
-                        </li>
-                    );
-                })}
-            </ol>
-            {locales.length === 1 && <p class="about">{t('locale.last')}</p>}
-            <RowStatus setting={setting} />
-            <div class="row" data-row="add">
-                <button
-                    type="button"
-                    class="control"
-                    aria-haspopup="dialog"
-                    onClick={() => {
-                        setAdding(true);
-                    }}
-                >
-                    <span class="name">
-                        <span aria-hidden="true">＋ </span>
-                        {t('locale.add')}
-                    </span>
-                </button>
-            </div>
-            {adding && (
+        <>
+            <ActionRow row="add" name={t('locale.add')} sign="＋" opensDialog onUse={dialog.open} />
+            {dialog.isOpen && (
                 <Picker
                     title={t('locale.add')}
                     options={options.filter(({ value }) => !locales.includes(value))}
-                    onClose={() => {
-                        setAdding(false);
-                    }}
+                    onClose={dialog.close}
                     onChoose={(locale) => {
-                        setAdding(false);
+                        dialog.close();
                         set([...locales, locale]);
                     }}
                 />
             )}
-        </div>
+        </>
     );
 }

@@ -1,11 +1,12 @@
 import type { JSX } from 'preact';
-import { useMemo, useState } from 'preact/hooks';
+import { useMemo } from 'preact/hooks';
 
-import { usePage, wordsFor } from '../components/page';
+import { usePage } from '../components/context';
 import { Picker, type Option } from '../components/Picker';
+import type { RowProps } from '../components/RowProps';
 import { RowStatus } from '../components/RowStatus';
-
-const setting = 'timezone';
+import { useDialog } from '../components/useDialog';
+import { nameOfSetting, wordsFor } from '../settings/format';
 
 function offsetOf(zone: string, code: string): string {
     const parts = new Intl.DateTimeFormat(code, { timeZone: zone, timeZoneName: 'shortOffset' }).formatToParts();
@@ -19,36 +20,28 @@ function zoneOptions(code: string): readonly Option[] {
     }));
 }
 
-export function TimeZoneRow(): JSX.Element {
+export function TimeZoneRow({ setting }: RowProps): JSX.Element {
     const { store, state, language } = usePage();
-    const { t, code } = language;
-    const [choosing, setChoosing] = useState(false);
-    const options = useMemo(() => (choosing ? zoneOptions(code) : []), [choosing, code]);
+    const { code } = language;
+    const dialog = useDialog();
+    const options = useMemo(() => (dialog.isOpen ? zoneOptions(code) : []), [dialog.isOpen, code]);
+    const name = nameOfSetting(setting, language);
     const value = state.values?.[setting];
     return (
         <div class="row" data-row={setting}>
-            <button
-                type="button"
-                class="control"
-                aria-haspopup="dialog"
-                onClick={() => {
-                    setChoosing(true);
-                }}
-            >
-                <span class="name">{t('timezone')}</span>
+            <button type="button" class="control" aria-haspopup="dialog" onClick={dialog.open}>
+                <span class="name">{name}</span>
                 <bdi class="value">{wordsFor(setting, value, language)}</bdi>
             </button>
             <RowStatus setting={setting} />
-            {choosing && (
+            {dialog.isOpen && (
                 <Picker
-                    title={t('timezone')}
+                    title={name}
                     options={options}
                     chosen={value}
-                    onClose={() => {
-                        setChoosing(false);
-                    }}
+                    onClose={dialog.close}
                     onChoose={(zone) => {
-                        setChoosing(false);
+                        dialog.close();
                         void store.set(setting, zone);
                     }}
                 />

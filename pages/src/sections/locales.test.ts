@@ -5,7 +5,7 @@ import { movedDown, movedUp, offeredLocales, without } from './locales';
 const list = ['a', 'b', 'c'];
 
 describe('the list of locales', () => {
-    it('is changed one step at a time, and not past its ends', () => {
+    it('is reordered one step at a time, not past its ends', () => {
         expect(movedUp(list, 1)).toEqual(['b', 'a', 'c']);
         expect(movedUp(list, 0)).toEqual(list);
         expect(movedDown(list, 1)).toEqual(['a', 'c', 'b']);
@@ -14,7 +14,7 @@ describe('the list of locales', () => {
         expect(list).toEqual(['a', 'b', 'c']);
     });
 
-    it('offers well-formed locales, each once', () => {
+    it('offers canonical locales, each once', () => {
         expect(Intl.getCanonicalLocales(offeredLocales)).toEqual(offeredLocales);
     });
 });

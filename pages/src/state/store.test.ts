@@ -1,6 +1,6 @@
 import { afterEach, beforeEach, describe, expect, it, vi } from 'vitest';
 
-import { shownFor, Store } from './store';
+import { messageDuration, Store } from './store';
 
 interface Sent {
     readonly type: number;
@@ -8,7 +8,7 @@ interface Sent {
     readonly payload?: { readonly settings?: string[]; readonly settingDBId?: string; readonly to?: string };
 }
 
-/** A host that keeps values and answers at once, except while it is told to be silent. */
+/** A host that keeps values and replies at once, except while it is silent. */
 class FakeHost {
     values: Record<string, string> = { deviceName: 'TV', captionsEnabled: 'false', timezone: 'UTC' };
     refused = new Set<string>();
@@ -16,13 +16,12 @@ class FakeHost {
     connected = true;
     sequence = 0;
     requests: string[] = [];
-    silences = 0;
+    timeouts = 0;
     readonly store = new Store(
         (frame) => this.take(JSON.parse(frame) as Sent),
         () => {
-            this.silences += 1;
+            this.timeouts += 1;
         },
-        (key) => !key.startsWith('x'),
     );
 
     event(key: string, to: string, origin: string): void {
@@ -83,13 +82,13 @@ afterEach(() => {
 });
 
 describe('the store', () => {
-    it('knows every value once the connection is open', () => {
+    it('reads every value when the connection opens', () => {
         expect(store.state.connection).toBe('online');
         expect(store.state.values).toEqual(host.values);
         expect(store.state.selected).toBe(true);
     });
 
-    it('shows a new value at once, and that it was accepted when it was', async () => {
+    it('shows a new value at once, and then that it was accepted', async () => {
         const done = store.set('deviceName', 'Den');
         expect(store.state.values?.['deviceName']).toBe('Den');
         expect(store.state.rows['deviceName']).toEqual({ kind: 'saving' });
@@ -99,36 +98,36 @@ describe('the store', () => {
         expect(host.requests).toEqual(['set deviceName', 'get deviceName']);
     });
 
-    it('takes a refused value back and says why', async () => {
+    it('takes a refused value back and shows the reason', async () => {
         host.refused.add('deviceName');
         await store.set('deviceName', 'Den');
         expect(store.state.values?.['deviceName']).toBe('TV');
-        expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason: 'not-taken' });
+        expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason: 'not-applied' });
     });
 
-    it('tells that nothing changed', async () => {
+    it('shows that a value was unchanged', async () => {
         await store.set('deviceName', 'TV');
         expect(store.state.rows['deviceName']).toEqual({ kind: 'unchanged' });
     });
 
-    it('takes a value back when no answer comes', async () => {
+    it('takes a value back when no reply comes', async () => {
         host.silent = true;
         const done = store.set('deviceName', 'Den');
         await vi.advanceTimersByTimeAsync(4_999);
-        expect(host.silences).toBe(0);
+        expect(host.timeouts).toBe(0);
         await vi.advanceTimersByTimeAsync(1);
         await done;
-        expect(host.silences).toBe(1);
+        expect(host.timeouts).toBe(1);
         expect(store.state.values?.['deviceName']).toBe('TV');
-        expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason: 'no-answer' });
+        expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason: 'no-reply' });
     });
 
-    it('says that a value without an answer was saved, once it is read back', async () => {
+    it('shows that a value without a reply was saved, once it is read back', async () => {
         host.silent = true;
         const done = store.set('deviceName', 'Den');
         store.closed();
         await done;
-        expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason: 'no-answer' });
+        expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason: 'no-reply' });
         host.silent = false;
         host.values['deviceName'] = 'Den';
         store.opened();
@@ -137,7 +136,7 @@ describe('the store', () => {
         expect(store.state.rows['deviceName']).toEqual({ kind: 'accepted' });
     });
 
-    it('says no more that the television does not answer once it does', async () => {
+    it('clears messages about missing replies once the host replies', async () => {
         host.silent = true;
         const done = store.set('deviceName', 'Den');
         store.closed();
@@ -145,7 +144,7 @@ describe('the store', () => {
         store.openSettings();
         await done;
         expect(store.state).toMatchObject({
-            rows: { deviceName: { kind: 'refused', reason: 'no-answer' } },
+            rows: { deviceName: { kind: 'refused', reason: 'no-reply' } },
             action: 'failed',
         });
         host.connected = true;
@@ -155,31 +154,31 @@ describe('the store', () => {
         expect(store.state).toMatchObject({ connection: 'online', rows: {}, action: 'none' });
     });
 
-    it('takes good news back after a while, but not why something did not work', async () => {
+    it('clears messages of success after a while, but not refusals', async () => {
         const kinds = () => Object.entries(store.state.rows).map(([key, { kind }]) => `${key} ${kind}`);
         host.refused.add('captionsEnabled');
         store.openSettings();
         await store.set('deviceName', 'Den');
         await store.set('timezone', 'UTC');
         await store.set('captionsEnabled', 'true');
-        await vi.advanceTimersByTimeAsync(shownFor - 1);
+        await vi.advanceTimersByTimeAsync(messageDuration - 1);
         expect(kinds()).toEqual(['deviceName accepted', 'timezone unchanged', 'captionsEnabled refused']);
         expect(store.state.action).toBe('opened');
         void store.set('deviceName', 'Attic');
         await vi.advanceTimersByTimeAsync(1);
         expect(kinds()).toEqual(['deviceName accepted', 'captionsEnabled refused']);
         expect(store.state.action).toBe('none');
-        await vi.advanceTimersByTimeAsync(shownFor);
+        await vi.advanceTimersByTimeAsync(messageDuration);
         expect(kinds()).toEqual(['captionsEnabled refused']);
     });
 
-    it('says that the default applies where nothing was entered, whether that is new or not', async () => {
+    it('shows that the default was set where nothing was entered, whether that is a change or not', async () => {
         await store.set('timezone', 'UTC', true);
         await store.set('deviceName', 'TV two', true);
         expect(store.state.rows).toEqual({ timezone: { kind: 'default' }, deviceName: { kind: 'default' } });
     });
 
-    it('leaves keys alone that are no settings', async () => {
+    it('ignores keys that the catalogue does not have', async () => {
         host.event('deviceName', 'Den', 'socket');
         await vi.advanceTimersByTimeAsync(50);
         host.requests = [];
@@ -191,7 +190,7 @@ describe('the store', () => {
         expect(host.requests).toEqual([]);
     });
 
-    it('says nothing of a value without an answer after somebody else wrote another', async () => {
+    it('forgets a value without a reply when somebody else writes another', async () => {
         host.silent = true;
         const done = store.set('deviceName', 'Den');
         store.closed();
@@ -207,7 +206,7 @@ describe('the store', () => {
         expect(store.state.rows).toEqual({});
     });
 
-    it('keeps showing the last of several new values while those before it are answered', async () => {
+    it('keeps showing the last of several new values while the earlier ones are confirmed', async () => {
         const shown: (string | undefined)[] = [];
         const kinds: (string | undefined)[] = [];
         store.subscribe(() => {
@@ -238,7 +237,7 @@ describe('the store', () => {
         expect(store.state.values?.['deviceName']).toBe('TV');
     });
 
-    it('announces what others change, and reads it back', async () => {
+    it('announces changes by others, and reads them back', async () => {
         host.event('deviceName', '', 'socket');
         expect(store.state.announcement).toEqual({ number: 1, key: 'deviceName', value: '', origin: 'socket' });
         host.values['deviceName'] = 'TV';
@@ -249,7 +248,7 @@ describe('the store', () => {
         expect(store.state.announcement).toMatchObject({ number: 2, key: 'timezone', origin: 'device' });
     });
 
-    it('announces what a notice names, if it is different', async () => {
+    it('announces a setting of a notice if its value is different', async () => {
         host.values['captionsEnabled'] = 'true';
         host.say({ notice: { reread: ['captionsEnabled', 'timezone'] } });
         await vi.advanceTimersByTimeAsync(50);
@@ -257,7 +256,7 @@ describe('the store', () => {
         expect(store.state.announcement).toEqual({ number: 1, key: 'captionsEnabled', value: 'true', origin: null });
     });
 
-    it('asks once for a storm of changes', async () => {
+    it('reads once after many changes', async () => {
         for (let number = 0; number < 100; number += 1) {
             host.event(number % 2 === 0 ? 'deviceName' : 'timezone', `${number}`, 'socket');
         }
@@ -265,7 +264,7 @@ describe('the store', () => {
         expect(host.requests).toEqual(['get deviceName,timezone']);
     });
 
-    it('reads everything again when it missed an event', async () => {
+    it('reads everything again after a missed event', async () => {
         host.event('deviceName', 'Den', 'socket');
         await vi.advanceTimersByTimeAsync(50);
         host.requests = [];
@@ -277,13 +276,13 @@ describe('the store', () => {
         expect(store.state.values).toEqual(host.values);
     });
 
-    it('forgets what it said about a row when somebody else changes it', async () => {
+    it('clears the status of a row when somebody else changes it', async () => {
         await store.set('deviceName', 'Den');
         host.event('deviceName', 'Attic', 'socket');
         expect(store.state.rows).toEqual({});
     });
 
-    it('says that the connection is lost, keeps the values, and reads them when it is back', async () => {
+    it('shows that the connection is lost, keeps the values, and reads them when it is back', async () => {
         store.closed();
         expect(store.state.connection).toBe('lost');
         expect(store.state.values?.['deviceName']).toBe('TV');
@@ -294,22 +293,22 @@ describe('the store', () => {
         expect(store.state.values?.['deviceName']).toBe('Den');
     });
 
-    it('stays locked out until a connection opens', async () => {
-        store.lockedOut();
+    it('stays unauthorized until a connection opens', async () => {
+        store.unauthorized();
         store.closed();
-        expect(store.state.connection).toBe('locked-out');
+        expect(store.state.connection).toBe('unauthorized');
         store.opened();
         await vi.advanceTimersByTimeAsync(0);
         expect(store.state.connection).toBe('online');
     });
 
-    it('logs out and shows what is left', async () => {
+    it('shows the remaining values after a log-out', async () => {
         await store.set('deviceName', 'Den');
         store.drafts.set('deviceName', { parts: ['Attic'], known: 'Den' });
         await store.logOut();
         expect(store.state).toMatchObject({ action: 'logged-out', values: { deviceName: 'TV' }, rows: {} });
         expect(store.drafts.size).toBe(0);
-        await vi.advanceTimersByTimeAsync(shownFor);
+        await vi.advanceTimersByTimeAsync(messageDuration);
         expect(store.state.action).toBe('none');
         host.connected = false;
         await store.logOut();
@@ -318,13 +317,13 @@ describe('the store', () => {
         expect(store.state.action).toBe('failed');
     });
 
-    it('tells its listeners until they leave', () => {
+    it('notifies observers until they unsubscribe', () => {
         let calls = 0;
-        const leave = store.subscribe(() => {
+        const unsubscribe = store.subscribe(() => {
             calls += 1;
         });
         store.openSettings();
-        leave();
+        unsubscribe();
         store.openSettings();
         expect(calls).toBe(1);
     });

@@ -1,10 +1,12 @@
+import { isSetting, type SettingKey } from '../settings/catalogue';
+import { rulesOf } from '../settings/rules';
 import type { ChangeEvent, Origin, Values } from '../wire/frames';
-import { Session, type Reason } from '../wire/session';
+import { Session, type Reason, type SessionObserver } from '../wire/session';
 
-/** What is known about the last new value that this page asked for. */
+/** The state of the last change of a setting by this page. */
 export type RowStatus =
     | { readonly kind: 'saving' }
-    /** `default`: nothing was entered, so that the default applies. */
+    /** `default`: nothing was entered, so the default was set. */
     | { readonly kind: 'accepted' | 'unchanged' | 'default' }
     | Refused;
 export interface Refused {
@@ -12,40 +14,40 @@ export interface Refused {
     readonly reason: Reason;
 }
 
-/** A change that did not come from this page. */
+/** A change by somebody else. */
 export interface Announcement {
     readonly number: number;
-    readonly key: string;
+    readonly key: SettingKey;
     readonly value: string;
-    /** Null when it changed where it lives, in the television. */
+    /** Null when it changed at its owner, without an event. */
     readonly origin: Origin | null;
 }
 
 export interface State {
-    readonly connection: 'connecting' | 'online' | 'lost' | 'locked-out';
-    /** Null until they were read for the first time. */
+    readonly connection: 'connecting' | 'online' | 'lost' | 'unauthorized';
+    /** Null until they have been read once. */
     readonly values: Values | null;
     readonly rows: Readonly<Record<string, RowStatus>>;
     readonly announcement: Announcement | null;
     readonly selected: boolean | null;
-    /** What the last action without a value came to. */
+    /** The result of the last action that is not a change of a setting. */
     readonly action: 'none' | 'opened' | 'logged-out' | 'failed';
     /** The setting whose editor is open. */
-    readonly editor: string | null;
+    readonly editor: SettingKey | null;
 }
 
-/** What a person is writing over a value, and the value that they know of. */
+/** An unsaved edit, and the value that the person edited. */
 export interface Draft {
     readonly parts: readonly string[];
     readonly known: string;
 }
 
-/** Gathers what to read again for so long, in milliseconds, so that a storm of changes is one question. */
-const gatherPause = 50;
-/** How long good news stays, in milliseconds. */
-export const shownFor = 6_000;
+/** How long keys to read again are collected, in milliseconds, so that many changes cause one request. */
+const readDelay = 50;
+/** How long a message of success is shown, in milliseconds. */
+export const messageDuration = 6_000;
 
-/** The settings as the page knows them. Changes are shown at once; what comes back decides. */
+/** The settings as the page knows them. A change is shown at once and taken back when the host refuses it. */
 export class Store {
     state: State = {
         connection: 'connecting',
@@ -56,45 +58,39 @@ export class Store {
         action: 'none',
         editor: null,
     };
-    /** Unfinished texts by setting, kept while the person looks at another section. */
-    readonly drafts = new Map<string, Draft>();
-    private readonly listeners = new Set<() => void>();
+    /** Unsaved edits by setting, kept while another section is shown. */
+    readonly drafts = new Map<SettingKey, Draft>();
+    private readonly observers = new Set<() => void>();
     private readonly session: Session;
-    private readonly toRead = new Map<string, Origin | null>();
-    /** How often each setting was set: of several new values on their way only the last one's outcome counts. */
+    private readonly pendingReads = new Map<SettingKey, Origin | null>();
+    /** The number of changes of each setting: while several are under way, only the last outcome counts. */
     private readonly attempts = new Map<string, number>();
-    /** New values of which nobody knows whether they arrived. */
-    private readonly unanswered = new Map<string, string>();
+    /** New values without a reply, which may have arrived. */
+    private readonly unconfirmed = new Map<SettingKey, string>();
     private readTimer: ReturnType<typeof setTimeout> | null = null;
     private actionTimer: ReturnType<typeof setTimeout> | undefined;
 
-    /**
-     * `onSilence` is called when the host did not answer in time. Changes of keys that are no setting for `isSetting` are no
-     * business of a person.
-     */
-    constructor(
-        send: (frame: string) => boolean,
-        onSilence: () => void = () => undefined,
-        private readonly isSetting: (key: string) => boolean = () => true,
-    ) {
-        this.session = new Session(send, {
+    /** `onTimeout` is called when a reply did not come in time. */
+    constructor(send: (frame: string) => boolean, onTimeout: () => void = () => undefined) {
+        const observer: SessionObserver = {
             changed: (change) => {
-                this.heard(change);
+                this.handleChange(change);
             },
             reread: (keys) => {
-                this.readSoon(keys, null);
+                this.scheduleRead(keys, null);
             },
             missed: () => {
                 void this.readAll();
             },
-            silent: onSilence,
-        });
+            timedOut: onTimeout,
+        };
+        this.session = new Session(send, observer, rulesOf);
     }
 
-    /** Returns: what ends the subscription. */
-    subscribe(listener: () => void): () => void {
-        this.listeners.add(listener);
-        return () => this.listeners.delete(listener);
+    /** Returns: a function that ends the subscription. */
+    subscribe(observer: () => void): () => void {
+        this.observers.add(observer);
+        return () => this.observers.delete(observer);
     }
 
     opened(): void {
@@ -109,59 +105,59 @@ export class Store {
 
     closed(): void {
         this.session.closed();
-        if (this.state.connection !== 'locked-out') {
+        if (this.state.connection !== 'unauthorized') {
             this.update({ connection: 'lost' });
         }
     }
 
-    lockedOut(): void {
-        this.update({ connection: 'locked-out' });
+    unauthorized(): void {
+        this.update({ connection: 'unauthorized' });
     }
 
     received(text: string): void {
         this.session.received(text);
     }
 
-    /** Asks for a new value. It is shown at once, and taken back when it is refused. `isDefault`: nothing else was entered. */
-    async set(key: string, to: string, isDefault = false): Promise<void> {
+    /** Requests a new value. `isDefault`: it is the default because nothing was entered. */
+    async set(key: SettingKey, to: string, isDefault = false): Promise<void> {
         const before = this.state.values?.[key];
         const attempt = (this.attempts.get(key) ?? 0) + 1;
         this.attempts.set(key, attempt);
-        this.unanswered.delete(key);
-        this.tell(key, { kind: 'saving' });
+        this.unconfirmed.delete(key);
+        this.setStatus(key, { kind: 'saving' });
         this.show(key, to);
         const outcome = await this.session.set(key, to);
         if (this.attempts.get(key) !== attempt) {
             return;
         }
-        if (outcome.result === 'refused' && outcome.reason === 'no-answer') {
-            this.unanswered.set(key, to);
+        if (outcome.result === 'refused' && outcome.reason === 'no-reply') {
+            this.unconfirmed.set(key, to);
         }
-        // Without an answer the value from before stands until it is read again.
+        // Without a reply the old value is shown until the setting is read again.
         this.show(key, outcome.value ?? before);
         if (outcome.result === 'refused') {
-            this.tell(key, { kind: 'refused', reason: outcome.reason });
+            this.setStatus(key, { kind: 'refused', reason: outcome.reason });
         } else {
-            this.tell(key, { kind: isDefault ? 'default' : outcome.result });
+            this.setStatus(key, { kind: isDefault ? 'default' : outcome.result });
         }
     }
 
-    /** Says that a person left a value as it is. */
-    tellUnchanged(key: string): void {
-        this.tell(key, { kind: 'unchanged' });
+    /** Notes that a person saved the value as it was. */
+    markUnchanged(key: SettingKey): void {
+        this.setStatus(key, { kind: 'unchanged' });
     }
 
-    openEditor(key: string): void {
+    openEditor(key: SettingKey): void {
         this.update({ editor: key });
     }
 
-    closeEditor(key: string): void {
+    closeEditor(key: SettingKey): void {
         if (this.state.editor === key) {
             this.update({ editor: null });
         }
     }
 
-    forgetStatus(key: string): void {
+    clearStatus(key: SettingKey): void {
         if (this.state.rows[key] !== undefined && this.state.rows[key].kind !== 'saving') {
             const { [key]: _gone, ...rows } = this.state.rows;
             this.update({ rows });
@@ -169,7 +165,7 @@ export class Store {
     }
 
     openSettings(): void {
-        this.did(this.session.openSettings() ? 'opened' : 'failed');
+        this.setAction(this.session.openSettings() ? 'opened' : 'failed');
     }
 
     async logOut(): Promise<void> {
@@ -180,32 +176,32 @@ export class Store {
             this.drafts.clear();
             this.update({ values, rows: {}, editor: null });
         }
-        this.did(values === null ? 'failed' : 'logged-out');
+        this.setAction(values === null ? 'failed' : 'logged-out');
     }
 
-    forgetAction(): void {
-        this.did('none');
+    clearAction(): void {
+        this.setAction('none');
     }
 
-    private did(action: State['action']): void {
+    private setAction(action: State['action']): void {
         clearTimeout(this.actionTimer);
         this.update({ action });
         if (action === 'opened' || action === 'logged-out') {
             this.actionTimer = setTimeout(() => {
-                this.forgetAction();
-            }, shownFor);
+                this.clearAction();
+            }, messageDuration);
         }
     }
 
-    /** Good news goes by itself; why something did not work stays until it does. */
-    private tell(key: string, status: RowStatus): void {
+    /** A success is cleared after a while; a refusal stays until the next change. */
+    private setStatus(key: SettingKey, status: RowStatus): void {
         this.update({ rows: { ...this.state.rows, [key]: status } });
         if (status.kind !== 'saving' && status.kind !== 'refused') {
             setTimeout(() => {
                 if (this.state.rows[key] === status) {
-                    this.forgetStatus(key);
+                    this.clearStatus(key);
                 }
-            }, shownFor);
+            }, messageDuration);
         }
     }
 
@@ -213,51 +209,52 @@ export class Store {
         const values = await this.session.read();
         if (values !== null) {
             this.update({ values, connection: 'online' });
-            this.settle(values);
+            this.resolveUnconfirmed(values);
         }
     }
 
-    /** The television answers: what was said of its silence goes. A new value that was not answered may have arrived all the same. */
-    private settle(values: Values): void {
-        for (const [key, to] of this.unanswered) {
+    /** The host replies again: clears what was shown about missing replies. A value without a reply may have arrived. */
+    private resolveUnconfirmed(values: Values): void {
+        for (const [key, to] of this.unconfirmed) {
             if (values[key] === to) {
-                this.tell(key, { kind: 'accepted' });
+                this.setStatus(key, { kind: 'accepted' });
             } else {
-                this.forgetStatus(key);
+                this.clearStatus(key);
             }
         }
-        this.unanswered.clear();
+        this.unconfirmed.clear();
         if (this.state.action === 'failed') {
-            this.forgetAction();
+            this.clearAction();
         }
     }
 
-    private heard(change: ChangeEvent): void {
-        if (!this.isSetting(change.key)) {
+    private handleChange(change: ChangeEvent): void {
+        const { key, to, origin } = change;
+        if (!isSetting(key)) {
             return;
         }
-        this.show(change.key, change.to);
-        this.announce(change.key, change.to, change.origin);
-        // The event carries the text as it was asked for, which may read back otherwise.
-        this.readSoon([change.key], change.origin);
+        this.show(key, to);
+        this.announce(key, to, origin);
+        // The event carries the requested text; GetSettings may report another.
+        this.scheduleRead([key], origin);
     }
 
-    private readSoon(keys: readonly string[], origin: Origin | null): void {
-        for (const key of keys.filter(this.isSetting)) {
-            this.toRead.set(key, origin);
+    private scheduleRead(keys: readonly string[], origin: Origin | null): void {
+        for (const key of keys.filter(isSetting)) {
+            this.pendingReads.set(key, origin);
         }
-        if (this.toRead.size === 0) {
+        if (this.pendingReads.size === 0) {
             return;
         }
         this.readTimer ??= setTimeout(() => {
             this.readTimer = null;
-            void this.readGathered();
-        }, gatherPause);
+            void this.readPending();
+        }, readDelay);
     }
 
-    private async readGathered(): Promise<void> {
-        const wanted = new Map(this.toRead);
-        this.toRead.clear();
+    private async readPending(): Promise<void> {
+        const wanted = new Map(this.pendingReads);
+        this.pendingReads.clear();
         const values = await this.session.read([...wanted.keys()]);
         if (values === null) {
             return;
@@ -273,14 +270,14 @@ export class Store {
         }
     }
 
-    private show(key: string, value: string | undefined): void {
+    private show(key: SettingKey, value: string | undefined): void {
         const { [key]: _old, ...others } = this.state.values ?? {};
         this.update({ values: value === undefined ? others : { ...others, [key]: value } });
     }
 
-    private announce(key: string, value: string, origin: Origin | null): void {
-        this.forgetStatus(key);
-        this.unanswered.delete(key);
+    private announce(key: SettingKey, value: string, origin: Origin | null): void {
+        this.clearStatus(key);
+        this.unconfirmed.delete(key);
         this.update({
             announcement: { number: (this.state.announcement?.number ?? 0) + 1, key, value, origin },
         });
@@ -288,8 +285,8 @@ export class Store {
 
     private update(change: Partial<State>): void {
         this.state = { ...this.state, ...change };
-        for (const listener of this.listeners) {
-            listener();
+        for (const observer of this.observers) {
+            observer();
         }
     }
 }

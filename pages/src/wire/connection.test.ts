@@ -1,6 +1,6 @@
 import { afterEach, beforeEach, describe, expect, it, vi } from 'vitest';
 
-import { attemptPatience, Connection, pauseBefore } from './connection';
+import { connectTimeout, Connection, retryDelay } from './connection';
 
 class FakeSocket {
     readyState = 0;
@@ -36,7 +36,7 @@ function makeConnection(): Connection {
         {
             opened: note('opened'),
             closed: note('closed'),
-            lockedOut: note('locked out'),
+            unauthorized: note('unauthorized'),
             received: (text) => log.push(text),
         },
         {
@@ -64,7 +64,7 @@ afterEach(() => {
 });
 
 describe('a connection', () => {
-    it('tells what happens and sends while it is open', () => {
+    it('notifies its observer, and sends while it is open', () => {
         const connection = makeConnection();
         connection.start();
         expect(connection.send('early')).toBe(false);
@@ -75,10 +75,10 @@ describe('a connection', () => {
         expect(sockets[0]?.sent).toEqual(['hello']);
     });
 
-    it('comes back after pauses that grow to ten seconds, and starts anew after a success', async () => {
+    it('reconnects after delays that grow to ten seconds, and starts over after a success', async () => {
         const connection = makeConnection();
         connection.start();
-        const pauses: number[] = [];
+        const delays: number[] = [];
         for (let attempt = 0; attempt < 8; attempt += 1) {
             const before = Date.now();
             const count = sockets.length;
@@ -86,9 +86,9 @@ describe('a connection', () => {
             while (sockets.length === count) {
                 await vi.advanceTimersByTimeAsync(10);
             }
-            pauses.push(Date.now() - before);
+            delays.push(Date.now() - before);
         }
-        expect(pauses).toEqual([250, 500, 1000, 2000, 4000, 8000, 10_000, 10_000]);
+        expect(delays).toEqual([250, 500, 1000, 2000, 4000, 8000, 10_000, 10_000]);
         sockets.at(-1)?.open();
         const before = sockets.length;
         sockets.at(-1)?.close();
@@ -96,7 +96,7 @@ describe('a connection', () => {
         expect(sockets.length).toBe(before + 1);
     });
 
-    it('tries at once when asked to, once', () => {
+    it('retries at once on request, once', () => {
         const connection = makeConnection();
         connection.start();
         sockets[0]?.close();
@@ -108,10 +108,10 @@ describe('a connection', () => {
         expect(sockets.length).toBe(2);
     });
 
-    it('gives up an attempt that leads nowhere', () => {
+    it('gives up an attempt after a timeout', () => {
         const connection = makeConnection();
         connection.start();
-        vi.advanceTimersByTime(attemptPatience - 1);
+        vi.advanceTimersByTime(connectTimeout - 1);
         expect(sockets[0]?.readyState).toBe(0);
         vi.advanceTimersByTime(1);
         expect(sockets[0]?.readyState).toBe(3);
@@ -121,7 +121,7 @@ describe('a connection', () => {
         expect(log).toEqual(['open /settings settings.v1', 'closed', 'open /settings settings.v1', 'opened']);
     });
 
-    it('is made anew on request, and what the old one still brings is dropped', () => {
+    it('is replaced on request, and later frames of the old one are dropped', () => {
         const connection = makeConnection();
         connection.start();
         sockets[0]?.open();
@@ -135,7 +135,7 @@ describe('a connection', () => {
         expect(sockets[0]?.readyState).toBe(3);
     });
 
-    it('stays away once it is stopped', () => {
+    it('does not reconnect once it is stopped', () => {
         const connection = makeConnection();
         connection.start();
         connection.stop();
@@ -144,24 +144,24 @@ describe('a connection', () => {
         expect(sockets.length).toBe(1);
     });
 
-    it('finds out that the page is locked out', async () => {
+    it('reports that the page is unauthorized', async () => {
         const connection = makeConnection();
         connection.start();
         status = 200;
         sockets[0]?.close();
         await vi.advanceTimersByTimeAsync(0);
-        expect(log).not.toContain('locked out');
+        expect(log).not.toContain('unauthorized');
         status = 403;
         connection.retryNow();
         sockets[1]?.close();
         await vi.advanceTimersByTimeAsync(0);
-        expect(log.slice(-2)).toEqual(['closed', 'locked out']);
+        expect(log.slice(-2)).toEqual(['closed', 'unauthorized']);
     });
 });
 
-describe('pauses', () => {
-    it('differ by a quarter, so that many pages do not come back at the same moment', () => {
-        expect([pauseBefore(1, 0), pauseBefore(1, 1)]).toEqual([188, 313]);
-        expect([pauseBefore(20, 0), pauseBefore(20, 1)]).toEqual([7500, 12_500]);
+describe('the retry delay', () => {
+    it('varies by a quarter, so that many pages do not reconnect at the same moment', () => {
+        expect([retryDelay(1, 0), retryDelay(1, 1)]).toEqual([188, 313]);
+        expect([retryDelay(20, 0), retryDelay(20, 1)]).toEqual([7500, 12_500]);
     });
 });

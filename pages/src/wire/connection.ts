@@ -1,47 +1,47 @@
 import { webSocketAddress } from './address';
 
-export interface ConnectionEvents {
+export interface ConnectionObserver {
     readonly opened: () => void;
     readonly received: (text: string) => void;
-    /** The connection is gone, or could not be made; another attempt follows by itself. */
+    /** The connection was lost or could not be made; the next attempt follows automatically. */
     readonly closed: () => void;
-    /** The host is there but does not let this page in: a new address is needed. */
-    readonly lockedOut?: () => void;
+    /** The host refuses this page: it needs a new address with a valid key. */
+    readonly unauthorized?: () => void;
 }
 
-/** What a connection needs of its surroundings; tests give their own. */
-export interface Surroundings {
+/** What a connection uses of the browser; tests pass a fake. */
+export interface Environment {
     readonly open: (address: string, protocol: string) => WebSocket;
-    /** The status of the host's answer to a plain request for this page; 0 when there is none. */
+    /** The status of an HTTP request for this page; 0 when the host cannot be reached. */
     readonly statusOfPage: () => Promise<number>;
     readonly random: () => number;
 }
 
-const firstPause = 250;
-const longestPause = 10_000;
-/** So long may an attempt take, in milliseconds, before the next one. */
-export const attemptPatience = 10_000;
+const minRetryDelay = 250;
+const maxRetryDelay = 10_000;
+/** How long an attempt to connect may take, in milliseconds. */
+export const connectTimeout = 10_000;
 const forbidden = 403;
-/** The state of a WebSocket that takes frames. */
+/** `WebSocket.OPEN` */
 const open = 1;
 
-/** How long to wait before attempt `attempt` (1, 2, 3 …), in milliseconds: twice as long each time, with some chance. */
-export function pauseBefore(attempt: number, random: number): number {
-    const pause = Math.min(firstPause * 2 ** (attempt - 1), longestPause);
-    return Math.round(pause * (0.75 + random / 2));
+/** The delay before retry `attempt` (1, 2, 3 …), in milliseconds: twice as long each time, with jitter. */
+export function retryDelay(attempt: number, random: number): number {
+    const delay = Math.min(minRetryDelay * 2 ** (attempt - 1), maxRetryDelay);
+    return Math.round(delay * (0.75 + random / 2));
 }
 
-const browser: Surroundings = {
+const browser: Environment = {
     open: (address, protocol) => new WebSocket(address, protocol),
     statusOfPage: () =>
         fetch(location.pathname, { cache: 'no-store' }).then(
-            (answer) => answer.status,
+            (response) => response.status,
             () => 0,
         ),
     random: Math.random,
 };
 
-/** A WebSocket to the host that is made again, after growing pauses, whenever it is lost. */
+/** A WebSocket to the host that reconnects with growing delays. */
 export class Connection {
     private socket: WebSocket | null = null;
     private attempt = 0;
@@ -51,8 +51,8 @@ export class Connection {
     constructor(
         private readonly path: string,
         private readonly protocol: string,
-        private readonly events: ConnectionEvents,
-        private readonly surroundings: Surroundings = browser,
+        private readonly observer: ConnectionObserver,
+        private readonly environment: Environment = browser,
     ) {}
 
     start(): void {
@@ -66,7 +66,7 @@ export class Connection {
         this.socket?.close();
     }
 
-    /** Tries again at once instead of after the pause. */
+    /** Retries at once instead of after the delay. */
     retryNow(): void {
         if (!this.stopped && this.socket === null) {
             this.attempt = 0;
@@ -74,7 +74,7 @@ export class Connection {
         }
     }
 
-    /** Gives the connection up, which may be dead without having been closed, and makes another. */
+    /** Replaces a connection that may be dead without having been closed. */
     renew(): void {
         if (this.socket !== null) {
             this.abandon(this.socket);
@@ -92,18 +92,18 @@ export class Connection {
 
     private connect(): void {
         this.cancelTimer();
-        const socket = this.surroundings.open(webSocketAddress(this.path), this.protocol);
+        const socket = this.environment.open(webSocketAddress(this.path), this.protocol);
         this.socket = socket;
         this.timer = setTimeout(() => {
             this.abandon(socket);
-        }, attemptPatience);
+        }, connectTimeout);
         socket.onopen = () => {
             this.cancelTimer();
             this.attempt = 0;
-            this.events.opened();
+            this.observer.opened();
         };
         socket.onmessage = ({ data }: MessageEvent<unknown>) => {
-            this.events.received(String(data));
+            this.observer.received(String(data));
         };
         socket.onclose = () => {
             this.lost(socket);
@@ -124,7 +124,7 @@ export class Connection {
         }
         this.cancelTimer();
         this.socket = null;
-        this.events.closed();
+        this.observer.closed();
         if (this.stopped) {
             return;
         }
@@ -133,14 +133,14 @@ export class Connection {
             () => {
                 this.connect();
             },
-            pauseBefore(this.attempt, this.surroundings.random()),
+            retryDelay(this.attempt, this.environment.random()),
         );
-        void this.findOutWhetherLockedOut();
+        void this.checkAuthorization();
     }
 
-    private async findOutWhetherLockedOut(): Promise<void> {
-        if (this.events.lockedOut !== undefined && (await this.surroundings.statusOfPage()) === forbidden) {
-            this.events.lockedOut();
+    private async checkAuthorization(): Promise<void> {
+        if (this.observer.unauthorized !== undefined && (await this.environment.statusOfPage()) === forbidden) {
+            this.observer.unauthorized();
         }
     }
 

@@ -1,4 +1,4 @@
-/** A frame of an example: what a client sends at a door, or what it receives there. */
+/** A frame of an example, which a client at this listener sends or receives. */
 export interface Step {
     readonly at: 'socket' | 'page' | 'device';
     readonly sent?: Readonly<Record<string, unknown>>;
@@ -15,7 +15,7 @@ interface Example {
 
 const files = import.meta.glob<Example>('../../../docs/examples/*.json', { eager: true, import: 'default' });
 
-/** The examples of the documents, which the host's tests play against a host; by name. */
+/** The examples of the documents by name; tests of the host play them against a host. */
 export const examples: ReadonlyMap<string, readonly Step[]> = new Map(
     Object.entries(files).map(([path, { steps }]) => [path.replace(/^.*\/|\.json$/g, ''), steps]),
 );

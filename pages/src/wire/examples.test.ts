@@ -1,6 +1,7 @@
 // @vitest-environment node
 import { expect, test } from 'vitest';
 
+import { rulesOf } from '../settings/rules';
 import { examples, everyStep, type Step } from './examples.fixture';
 import { parseFrame } from './frames';
 import { Session, type Outcome } from './session';
@@ -22,7 +23,7 @@ test('the host’s frames in the examples are understood', () => {
     }
 });
 
-test('an event of the examples is read whole', () => {
+test('an event of the examples is parsed completely', () => {
     const event = examples.get('set-settings')?.find((step) => step.received !== undefined);
     expect(parseFrame(JSON.stringify(event?.received))).toEqual({
         kind: 'event',
@@ -35,22 +36,23 @@ test('an event of the examples is read whole', () => {
     });
 });
 
-test('a session goes as the examples of the pages show', async () => {
+test('a session follows the examples of the pages', async () => {
     const sent: unknown[] = [];
-    const told: string[] = [];
+    const log: string[] = [];
     const session = new Session(
         (frame) => sent.push(JSON.parse(frame)) > 0,
         {
-            changed: ({ key, to }) => told.push(`${key}=${to}`),
-            reread: (keys) => told.push(`reread ${keys.join()}`),
-            missed: () => told.push('missed'),
-            silent: () => told.push('silent'),
+            changed: ({ key, to }) => log.push(`${key}=${to}`),
+            reread: (keys) => log.push(`reread ${keys.join()}`),
+            missed: () => log.push('missed'),
+            timedOut: () => log.push('timed out'),
         },
+        rulesOf,
         () => 1_700_000_000_000,
     );
     session.opened();
 
-    /** Lets the page act where the example has its requests, hands it the rest, and gives what came of its action. */
+    /** Plays an example: runs `act` where the example has its requests, and passes on the received frames. Returns: the result of `act`. */
     async function play<Result>(name: string, act: () => Promise<Result>): Promise<Result> {
         const steps = (examples.get(name) ?? []).filter(({ at }) => at === 'page');
         const requests = steps.filter((step) => step.sent !== undefined);
@@ -75,5 +77,5 @@ test('a session goes as the examples of the pages show', async () => {
     expect(await play('page-sets', () => session.set('deviceName', 'Living room'))).toEqual(accepted);
     expect(await play('page-is-refused', () => session.set('captionsEnabled', 'true'))).toEqual(refused);
     expect(await play('page-rereads', () => session.read(['captionsEnabled']))).toEqual({ captionsEnabled: 'true' });
-    expect(told).toEqual(['reread captionsEnabled']);
+    expect(log).toEqual(['reread captionsEnabled']);
 });

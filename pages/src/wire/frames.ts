@@ -1,15 +1,7 @@
-/** Request and event numbers of the wire. */
-export const messageType = {
-    getSettings: 7,
-    isSelected: 18,
-    openSettings: 19,
-    logOut: 22,
-    setSettings: 24,
-    settingChanged: 25,
-} as const;
+import { messageType } from './messageTypes';
 
-/** The host takes frames to this size. */
-export const longestFrame = 65_536;
+/** The largest frame that the host accepts, in bytes. */
+const maxFrameSize = 65_536;
 
 export type Values = Readonly<Record<string, string>>;
 export type Origin = 'socket' | 'page' | 'device';
@@ -57,7 +49,7 @@ function originOf(value: unknown): Origin {
     return value === 'page' || value === 'device' ? value : 'socket';
 }
 
-/** What the host sent; null when it is nothing that this page knows, which is then no business of it. */
+/** A frame of the host; null when it is not one that the pages know. */
 export function parseFrame(received: string): Frame | null {
     let frame: Members;
     try {
@@ -90,7 +82,7 @@ export function parseFrame(received: string): Frame | null {
     return null;
 }
 
-/** The settings of a reply; anything that is no text is left out. */
+/** The settings of a reply that have a text as their value. */
 export function valuesOf(reply: Reply): Values {
     const settings = Object.entries(members(reply.payload['settings']));
     return Object.fromEntries(settings.filter((entry): entry is [string, string] => typeof entry[1] === 'string'));
@@ -109,5 +101,5 @@ export function plainFrame(type: number, messageId: string): string {
 }
 
 export function isTooLong(frame: string): boolean {
-    return new TextEncoder().encode(frame).length > longestFrame;
+    return new TextEncoder().encode(frame).length > maxFrameSize;
 }

@@ -1,6 +1,6 @@
 import { afterEach, beforeEach, describe, expect, it, vi } from 'vitest';
 
-import { patience, Session, type Outcome } from './session';
+import { replyTimeout, Session, type Outcome, type SettingRules } from './session';
 
 const clock = 1_700_000_000_000;
 
@@ -11,8 +11,16 @@ interface Sent {
     readonly payload?: Record<string, unknown>;
 }
 
+/** Settings that differ from one without rules. */
+const rules: Readonly<Record<string, Partial<SettingRules>>> = {
+    readOnly: { isReadOnly: true },
+    list: { isWellFormed: (value) => value.startsWith('[') },
+    atDevice: { mayRevertAfterEvent: true },
+};
+const noRules: SettingRules = { isReadOnly: false, mayRevertAfterEvent: false, isWellFormed: () => true };
+
 let sent: Sent[];
-let told: string[];
+let log: string[];
 let connected: boolean;
 let session: Session;
 let now: number;
@@ -20,7 +28,7 @@ let now: number;
 beforeEach(() => {
     vi.useFakeTimers();
     sent = [];
-    told = [];
+    log = [];
     connected = true;
     now = clock;
     session = new Session(
@@ -31,11 +39,12 @@ beforeEach(() => {
             return connected;
         },
         {
-            changed: ({ key, to, origin }) => told.push(`${key}=${to} by ${origin}`),
-            reread: (keys) => told.push(`reread ${keys.join()}`),
-            missed: () => told.push('missed'),
-            silent: () => told.push('silent'),
+            changed: ({ key, to, origin }) => log.push(`${key}=${to} by ${origin}`),
+            reread: (keys) => log.push(`reread ${keys.join()}`),
+            missed: () => log.push('missed'),
+            timedOut: () => log.push('timed out'),
         },
+        (key) => ({ ...noRules, ...rules[key] }),
         () => now,
     );
     session.opened();
@@ -59,7 +68,7 @@ function reply(settings: Record<string, unknown>, to = sent.at(-1)?.messageId): 
 }
 
 describe('a new value', () => {
-    it('is sent with the time, and read afterwards on the same connection', async () => {
+    it('is sent with a time stamp, and read afterwards on the same connection', async () => {
         const outcome = session.set('deviceName', 'Den');
         expect(sent).toEqual([
             {
@@ -73,7 +82,7 @@ describe('a new value', () => {
         event('deviceName', 'Den');
         reply({ deviceName: 'Den' });
         expect(await outcome).toEqual({ result: 'accepted', value: 'Den' });
-        expect(told).toEqual([]);
+        expect(log).toEqual([]);
     });
 
     it('is unchanged when no event came and the value is the wanted one', async () => {
@@ -83,10 +92,10 @@ describe('a new value', () => {
     });
 
     const refusals: [string, string, string, Outcome][] = [
-        ['deviceName', 'Den', 'TV', { result: 'refused', reason: 'not-taken', value: 'TV' }],
-        ['captionsEnabled', 'true', 'false', { result: 'refused', reason: 'read-only', value: 'false' }],
-        ['orliaLocale', 'fr-FR', '["en-US"]', { result: 'refused', reason: 'format', value: '["en-US"]' }],
-        ['orliaLocale', '["", 1]', '["en-US"]', { result: 'refused', reason: 'format', value: '["en-US"]' }],
+        ['deviceName', 'Den', 'TV', { result: 'refused', reason: 'not-applied', value: 'TV' }],
+        ['readOnly', 'true', 'false', { result: 'refused', reason: 'read-only', value: 'false' }],
+        ['list', 'fr-FR', '["en-US"]', { result: 'refused', reason: 'wrong-form', value: '["en-US"]' }],
+        ['list', '["fr-FR"]', '["en-US"]', { result: 'refused', reason: 'not-applied', value: '["en-US"]' }],
     ];
     it.each(refusals)('of %s is refused with a reason', async (key, to, value, expected) => {
         const outcome = session.set(key, to);
@@ -94,29 +103,29 @@ describe('a new value', () => {
         expect(await outcome).toEqual(expected);
     });
 
-    it('is overtaken when somebody else wrote in between', async () => {
+    it('is overwritten when another client wrote in between', async () => {
         const outcome = session.set('deviceName', 'Den');
         event('deviceName', 'Attic', 'socket');
         reply({ deviceName: 'Attic' });
-        expect(await outcome).toEqual({ result: 'refused', reason: 'overtaken', value: 'Attic' });
-        expect(told).toEqual(['deviceName=Attic by socket']);
+        expect(await outcome).toEqual({ result: 'refused', reason: 'overwritten', value: 'Attic' });
+        expect(log).toEqual(['deviceName=Attic by socket']);
     });
 
-    it('is told as the change of somebody else who wanted the same at the same moment', async () => {
+    it('is reported as a change of another client that set the same value at the same moment', async () => {
         const outcome = session.set('deviceName', 'Den');
         event('deviceName', 'Den', 'socket');
         reply({ deviceName: 'Den' });
         expect(await outcome).toEqual({ result: 'accepted', value: 'Den' });
-        expect(told).toEqual(['deviceName=Den by socket']);
+        expect(log).toEqual(['deviceName=Den by socket']);
     });
 
-    it('is accepted even if somebody else wrote right after it', async () => {
+    it('is accepted even if another client wrote right after it', async () => {
         const outcome = session.set('deviceName', 'Den');
         event('deviceName', 'Den');
         event('deviceName', 'Attic', 'socket');
         reply({ deviceName: 'Attic' });
         expect(await outcome).toEqual({ result: 'accepted', value: 'Attic' });
-        expect(told).toEqual(['deviceName=Attic by socket']);
+        expect(log).toEqual(['deviceName=Attic by socket']);
     });
 
     it('is not sent when the frame would be over the limit of the host', async () => {
@@ -134,29 +143,29 @@ describe('a new value', () => {
         expect(sent.map(({ type }) => type)).toEqual([24, 7]);
     });
 
-    it('has no answer when there is no connection, it is lost, or nothing comes in time', async () => {
-        const noAnswer: Outcome = { result: 'refused', reason: 'no-answer', value: null };
+    it('has no reply when there is no connection, it is lost, or nothing comes in time', async () => {
+        const noReply: Outcome = { result: 'refused', reason: 'no-reply', value: null };
         connected = false;
-        expect(await session.set('deviceName', 'Den')).toEqual(noAnswer);
+        expect(await session.set('deviceName', 'Den')).toEqual(noReply);
         connected = true;
         const lost = session.set('deviceName', 'Den');
         session.closed();
-        expect(await lost).toEqual(noAnswer);
+        expect(await lost).toEqual(noReply);
         const late = session.set('deviceName', 'Den');
-        await vi.advanceTimersByTimeAsync(patience);
-        expect(await late).toEqual(noAnswer);
-        expect(told).toEqual(['silent']);
+        await vi.advanceTimersByTimeAsync(replyTimeout);
+        expect(await late).toEqual(noReply);
+        expect(log).toEqual(['timed out']);
     });
 
-    it('of a switch is refused when it is announced but the device would not throw it', async () => {
-        const refused = session.set('handsFreeEnabled', 'true');
-        event('handsFreeEnabled', 'true');
-        reply({ handsFreeEnabled: 'false' });
-        expect(await refused).toEqual({ result: 'refused', reason: 'not-taken', value: 'false' });
-        const followed = session.set('handsFreeEnabled', 'true');
-        event('handsFreeEnabled', 'true');
-        event('handsFreeEnabled', 'false', 'device');
-        reply({ handsFreeEnabled: 'false' });
+    it('is refused when it was announced but its owner did not apply it', async () => {
+        const refused = session.set('atDevice', 'true');
+        event('atDevice', 'true');
+        reply({ atDevice: 'false' });
+        expect(await refused).toEqual({ result: 'refused', reason: 'not-applied', value: 'false' });
+        const followed = session.set('atDevice', 'true');
+        event('atDevice', 'true');
+        event('atDevice', 'false', 'device');
+        reply({ atDevice: 'false' });
         expect(await followed).toEqual({ result: 'accepted', value: 'false' });
         const emptied = session.set('deviceName', '');
         event('deviceName', '');
@@ -179,12 +188,12 @@ describe('a new value', () => {
     });
 });
 
-describe('what others do', () => {
-    it('is told, also when it is the same setting on another page', () => {
+describe('a change by others', () => {
+    it('is reported, also from another page', () => {
         event('deviceName', 'Den', 'page');
         event('timezone', 'UTC', 'device');
         session.received('{"notice":{"reread":["captionsEnabled","timezone"]}}');
-        expect(told).toEqual(['deviceName=Den by page', 'timezone=UTC by device', 'reread captionsEnabled,timezone']);
+        expect(log).toEqual(['deviceName=Den by page', 'timezone=UTC by device', 'reread captionsEnabled,timezone']);
     });
 
     it('was missed when the sequence has a gap or starts anew, but not at the first event of a connection', () => {
@@ -194,10 +203,10 @@ describe('what others do', () => {
         event('a', '4', 'socket', 1);
         session.opened();
         event('a', '5', 'socket', 5);
-        expect(told).toEqual(['a=1 by socket', 'a=2 by socket', 'missed', 'missed', 'a=5 by socket']);
+        expect(log).toEqual(['a=1 by socket', 'a=2 by socket', 'missed', 'missed', 'a=5 by socket']);
     });
 
-    it('does not hurt when it is nonsense', () => {
+    it('is ignored when the frame is malformed', () => {
         for (const text of [
             '',
             'x',
@@ -211,19 +220,19 @@ describe('what others do', () => {
         ]) {
             session.received(text);
         }
-        expect(told).toEqual(['= by socket', 'reread ']);
+        expect(log).toEqual(['= by socket', 'reread ']);
     });
 });
 
 describe('reading', () => {
-    it('gives texts only', async () => {
+    it('returns only texts', async () => {
         const values = session.read();
         reply({ deviceName: 'TV', odd: 5 });
         expect(await values).toEqual({ deviceName: 'TV' });
         expect(sent).toEqual([{ type: 7, messageId: 'page-1', payload: { settings: [] } }]);
     });
 
-    it('answers each question with its own reply', async () => {
+    it('matches each reply to its request', async () => {
         const first = session.read(['a']);
         const second = session.read(['b']);
         reply({ b: '2' }, 'page-2');

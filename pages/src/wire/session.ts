@@ -1,7 +1,6 @@
 import {
     getFrame,
     isTooLong,
-    messageType,
     parseFrame,
     plainFrame,
     setFrame,
@@ -10,60 +9,59 @@ import {
     type Reply,
     type Values,
 } from './frames';
+import { messageType } from './messageTypes';
 
-/** Why a new value was not taken. */
-export type Reason = 'read-only' | 'format' | 'too-long' | 'not-taken' | 'overtaken' | 'no-answer';
+/** Why a new value was refused. */
+export type Reason = 'read-only' | 'wrong-form' | 'too-long' | 'not-applied' | 'overwritten' | 'no-reply';
 
-/** What became of a new value, and what the value is now, as far as it is known. */
+/** The result of a change, and the value afterwards as far as it is known. */
 export type Outcome =
     | { readonly result: 'accepted' | 'unchanged'; readonly value: string }
     | { readonly result: 'refused'; readonly reason: Reason; readonly value: string | null };
 
-export interface SessionEvents {
-    /** Somebody else changed a value, or it changed where it lives. */
+export interface SessionObserver {
+    /** Another client changed a value, or it changed at its owner. */
     readonly changed: (change: ChangeEvent) => void;
-    /** The host says that these may have changed. */
+    /** A notice: these values may have changed. */
     readonly reread: (keys: readonly string[]) => void;
-    /** Events were missed: everything may have changed. */
+    /** Events were missed: any value may have changed. */
     readonly missed: () => void;
-    /** A question was not answered in time: the host may be gone without having said so. */
-    readonly silent?: () => void;
+    /** A reply did not come in time: the connection may be dead. */
+    readonly timedOut?: () => void;
 }
 
-/** How long an answer may take, in milliseconds. */
-export const patience = 5_000;
+/** How the host treats new values of a setting. */
+export interface SettingRules {
+    /** The device alone changes it. */
+    readonly isReadOnly: boolean;
+    /** The host announces a new value before its owner has applied it, so that the event alone does not mean success. */
+    readonly mayRevertAfterEvent: boolean;
+    readonly isWellFormed: (value: string) => boolean;
+}
 
-const readOnlyKeys = new Set(['captionsEnabled', 'doNotDisturbEnabled']);
-const switchKeys = new Set(['handsFreeEnabled', 'handsFreeAlwaysOnEnabled', 'pttAlwaysOnEnabled']);
+/** How long a reply may take, in milliseconds. */
+export const replyTimeout = 5_000;
 
 interface Write {
     readonly key: string;
     readonly to: string;
+    /** The newest event of the setting since the request: the wanted value, or another one. */
     seen: 'nothing' | 'wanted' | 'other';
-    /** Somebody else wrote after the wanted value was announced. */
+    /** Another event came after the one with the wanted value. */
     followed: boolean;
 }
 
-interface Question {
-    readonly answer: (reply: Reply | null) => void;
+interface PendingRequest {
+    readonly resolve: (reply: Reply | null) => void;
     readonly timer: ReturnType<typeof setTimeout>;
 }
 
-function isLocaleList(value: string): boolean {
-    try {
-        const list: unknown = JSON.parse(value);
-        return Array.isArray(list) && list.some((locale) => typeof locale === 'string' && locale !== '');
-    } catch {
-        return false;
-    }
-}
-
 /**
- * The conversation with the handler over one connection: questions and their answers, new values and what became of
- * them. Knows no socket: it is told when the connection opens and closes and what comes.
+ * Requests and replies over one connection, and the outcome of each change. Owns no socket: its owner reports when the
+ * connection opens and closes, and hands over each frame.
  */
 export class Session {
-    private readonly questions = new Map<string, Question>();
+    private readonly pending = new Map<string, PendingRequest>();
     private readonly writes = new Set<Write>();
     private lastId = 0;
     private newestTimestamp = 0;
@@ -71,7 +69,8 @@ export class Session {
 
     constructor(
         private readonly send: (frame: string) => boolean,
-        private readonly events: SessionEvents,
+        private readonly observer: SessionObserver,
+        private readonly rulesOf: (key: string) => SettingRules,
         private readonly now: () => number = Date.now,
     ) {}
 
@@ -80,20 +79,20 @@ export class Session {
     }
 
     closed(): void {
-        for (const id of [...this.questions.keys()]) {
+        for (const id of [...this.pending.keys()]) {
             this.finish(id, null);
         }
     }
 
-    /** The values of `keys`, of every setting when empty; null when no answer came. */
+    /** The values of `keys`, or of every setting when empty; null when no reply came. */
     async read(keys: readonly string[] = []): Promise<Values | null> {
-        const reply = await this.ask((id) => getFrame(id, keys));
+        const reply = await this.request((id) => getFrame(id, keys));
         return reply === null ? null : valuesOf(reply);
     }
 
-    /** Whether this assistant is the selected one; null when no answer came. */
+    /** Whether this assistant is the selected one; null when no reply came. */
     async isSelected(): Promise<boolean | null> {
-        const reply = await this.ask((id) => plainFrame(messageType.isSelected, id));
+        const reply = await this.request((id) => plainFrame(messageType.isSelected, id));
         return reply === null ? null : reply.payload['isOrliaSelectedAsVA'] === true;
     }
 
@@ -107,8 +106,8 @@ export class Session {
     }
 
     /**
-     * Asks for a new value and finds out what became of it: the handler answers a change with an event and everything else
-     * with silence, so the value is read afterwards.
+     * Requests a new value and determines the outcome. The handler sends an event for a change and nothing otherwise, so the
+     * value is read afterwards.
      */
     async set(key: string, to: string): Promise<Outcome> {
         const request = setFrame(this.nextId(), this.nextTimestamp(), key, to);
@@ -130,42 +129,42 @@ export class Session {
                 this.finish(frame.messageId, frame);
                 break;
             case 'event':
-                this.heard(frame);
+                this.handleEvent(frame);
                 break;
             case 'notice':
-                this.events.reread(frame.keys);
+                this.observer.reread(frame.keys);
                 break;
             default:
-                // A refusal of a frame: the question after it tells what the value is.
+                // A refusal of a frame: the read after it returns the value.
                 break;
         }
     }
 
     private outcomeOf({ key, to, seen, followed }: Write, values: Values | null): Outcome {
         if (values === null) {
-            return { result: 'refused', reason: 'no-answer', value: null };
+            return { result: 'refused', reason: 'no-reply', value: null };
         }
         const value = values[key] ?? '';
+        const rules = this.rulesOf(key);
         if (seen === 'wanted') {
-            // A switch that the device would not throw is announced all the same.
-            if (switchKeys.has(key) && !followed && value !== to) {
-                return { result: 'refused', reason: 'not-taken', value };
+            if (rules.mayRevertAfterEvent && !followed && value !== to) {
+                return { result: 'refused', reason: 'not-applied', value };
             }
             return { result: 'accepted', value };
         }
         if (value === to) {
             return { result: 'unchanged', value };
         }
-        if (readOnlyKeys.has(key)) {
+        if (rules.isReadOnly) {
             return { result: 'refused', reason: 'read-only', value };
         }
-        if (key === 'orliaLocale' && !isLocaleList(to)) {
-            return { result: 'refused', reason: 'format', value };
+        if (!rules.isWellFormed(to)) {
+            return { result: 'refused', reason: 'wrong-form', value };
         }
-        return { result: 'refused', reason: seen === 'other' ? 'overtaken' : 'not-taken', value };
+        return { result: 'refused', reason: seen === 'other' ? 'overwritten' : 'not-applied', value };
     }
 
-    private heard(event: ChangeEvent): void {
+    private handleEvent(event: ChangeEvent): void {
         this.newestTimestamp = Math.max(this.newestTimestamp, event.timestamp);
         const missed = this.lastSequence !== null && event.sequence !== this.lastSequence + 1;
         this.lastSequence = event.sequence;
@@ -182,20 +181,20 @@ export class Session {
             }
         }
         if (missed) {
-            this.events.missed();
+            this.observer.missed();
         } else if (!own) {
-            this.events.changed(event);
+            this.observer.changed(event);
         }
     }
 
-    private ask(frameFor: (id: string) => string): Promise<Reply | null> {
+    private request(frameFor: (id: string) => string): Promise<Reply | null> {
         const id = this.nextId();
         return new Promise((resolve) => {
             const timer = setTimeout(() => {
                 this.finish(id, null);
-                this.events.silent?.();
-            }, patience);
-            this.questions.set(id, { answer: resolve, timer });
+                this.observer.timedOut?.();
+            }, replyTimeout);
+            this.pending.set(id, { resolve, timer });
             if (!this.send(frameFor(id))) {
                 this.finish(id, null);
             }
@@ -203,11 +202,11 @@ export class Session {
     }
 
     private finish(id: string, reply: Reply | null): void {
-        const question = this.questions.get(id);
-        if (question !== undefined) {
-            this.questions.delete(id);
-            clearTimeout(question.timer);
-            question.answer(reply);
+        const request = this.pending.get(id);
+        if (request !== undefined) {
+            this.pending.delete(id);
+            clearTimeout(request.timer);
+            request.resolve(reply);
         }
     }
 
@@ -216,7 +215,7 @@ export class Session {
         return `page-${this.lastId}`;
     }
 
-    /** The handler drops what is older than the newest it saw, whoever's clock is right. */
+    /** The handler drops requests that are older than the newest one it saw, whichever clock is right. */
     private nextTimestamp(): number {
         this.newestTimestamp = Math.max(this.newestTimestamp, this.now());
         return this.newestTimestamp;

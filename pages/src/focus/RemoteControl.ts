@@ -1,0 +1,199 @@
+import type { RefObject } from 'preact';
+
+import { isBack, isForPage } from './keys';
+import {
+    directionOf,
+    enterPosition,
+    focusFirst,
+    moveFocus,
+    positionOf,
+    restoreFocus,
+    type Direction,
+    type Position,
+} from './navigation';
+
+export interface Zones {
+    readonly menu: RefObject<HTMLElement>;
+    readonly panel: RefObject<HTMLElement>;
+}
+export type Writing = 'ltr' | 'rtl';
+
+/** The states of the two entries in the browser's history: the person is in the menu, or inside a section. */
+const menuEntry = 'menu';
+const insideEntry = 'inside';
+
+function openDialog(): HTMLDialogElement | null {
+    return document.querySelector('dialog[open]');
+}
+
+function pushInsideEntry(): void {
+    if (history.state !== insideEntry) {
+        history.pushState(insideEntry, '');
+    }
+}
+
+/** Moves the focus by four arrows, Enter and Back, including the browser's own Back. Remembers the position in each section. */
+export class RemoteControl {
+    private section = '';
+    private writing: Writing = 'ltr';
+    private readonly positions = new Map<string, Position>();
+    private zone: 'menu' | 'panel' = 'menu';
+
+    constructor(private readonly zones: Zones) {}
+
+    /** To be called after each rendering. */
+    update(section: string, writing: Writing): void {
+        this.section = section;
+        this.writing = writing;
+        if (history.state === null) {
+            history.replaceState(menuEntry, '');
+        }
+    }
+
+    /** Returns: a function that removes the event handlers. */
+    start(): () => void {
+        document.addEventListener('focusin', this.handleFocus);
+        document.addEventListener('keydown', this.handleKey);
+        window.addEventListener('popstate', this.handleHistory);
+        return () => {
+            document.removeEventListener('focusin', this.handleFocus);
+            document.removeEventListener('keydown', this.handleKey);
+            window.removeEventListener('popstate', this.handleHistory);
+        };
+    }
+
+    enterPanel(focusPosition = enterPosition): void {
+        if (this.panel !== null) {
+            focusPosition(this.panel, this.positions.get(this.section) ?? null);
+        }
+    }
+
+    /** Puts the focus back after a rendering that removed or disabled the focused element. */
+    recoverFocus(): void {
+        const active = document.activeElement;
+        const isLost = active === null || active === document.body || active.matches(':disabled');
+        if (!isLost) {
+            return;
+        }
+        const dialog = openDialog();
+        if (dialog !== null) {
+            focusFirst(dialog);
+        } else {
+            this.returnToZone();
+        }
+    }
+
+    private get menu(): HTMLElement | null {
+        return this.zones.menu.current;
+    }
+
+    private get panel(): HTMLElement | null {
+        return this.zones.panel.current;
+    }
+
+    private enterMenu(): void {
+        this.menu?.querySelector<HTMLElement>('[aria-current="true"]')?.focus();
+    }
+
+    private returnToZone(): void {
+        if (this.zone === 'menu') {
+            this.enterMenu();
+        } else {
+            this.enterPanel(restoreFocus);
+        }
+    }
+
+    /** Closes an open dialog or editor, or goes to the menu. Returns: false when the focus is in the menu already. */
+    private stepBack(): boolean {
+        const dialog = openDialog();
+        const editor = document.activeElement?.closest('form');
+        if (dialog !== null) {
+            dialog.dispatchEvent(new Event('cancel', { cancelable: true }));
+        } else if (editor instanceof HTMLFormElement) {
+            editor.reset();
+        } else if (this.zone === 'panel') {
+            this.enterMenu();
+        } else {
+            return false;
+        }
+        return true;
+    }
+
+    /** Leaves the zone at its end. The panel is beside the menu, or below it on a narrow screen. */
+    private leaveZone(direction: Direction, banner: HTMLElement | null): void {
+        const [upper, lower] = [this.menu?.getBoundingClientRect(), this.panel?.getBoundingClientRect()];
+        const isBelow = upper !== undefined && lower !== undefined && upper.bottom <= lower.top;
+        if (this.zone === 'menu' && direction === (isBelow ? 'down' : 'forward')) {
+            this.enterPanel();
+        } else if (this.zone === 'panel' && direction === (isBelow ? 'up' : 'back')) {
+            this.enterMenu();
+        } else if (direction === 'up') {
+            banner?.focus();
+        }
+    }
+
+    private readonly handleFocus = ({ target }: FocusEvent): void => {
+        const item = target as HTMLElement;
+        if (this.panel?.contains(item) === true && openDialog() === null) {
+            this.zone = 'panel';
+            pushInsideEntry();
+            const position = positionOf(this.panel, item);
+            if (position !== null) {
+                this.positions.set(this.section, position);
+            }
+        } else if (this.menu?.contains(item) === true) {
+            this.zone = 'menu';
+        }
+    };
+
+    private readonly handleKey = (event: KeyboardEvent): void => {
+        if (!isForPage(event)) {
+            return;
+        }
+        if (isBack(event.key)) {
+            if (this.stepBack()) {
+                event.preventDefault();
+            }
+            return;
+        }
+        const direction = directionOf(event.key, this.writing);
+        const isSideways = direction === 'forward' || direction === 'back';
+        if (direction !== null && !(isSideways && document.activeElement instanceof HTMLInputElement)) {
+            this.move(direction, event);
+        }
+    };
+
+    private move(direction: Direction, event: KeyboardEvent): void {
+        const { activeElement } = document;
+        const dialog = openDialog();
+        const zone = dialog ?? (this.zone === 'menu' ? this.menu : this.panel);
+        if (zone === null) {
+            return;
+        }
+        event.preventDefault();
+        const banner = dialog === null ? document.querySelector<HTMLElement>('.banner button') : null;
+        if (banner !== null && activeElement === banner) {
+            if (direction === 'down') {
+                this.returnToZone();
+            }
+        } else if (!moveFocus(zone, activeElement, direction) && dialog === null) {
+            this.leaveZone(direction, banner);
+        }
+    }
+
+    /** The browser went to another entry of its history. */
+    private readonly handleHistory = ({ state }: PopStateEvent): void => {
+        // The entry may be older than the section that is shown.
+        history.replaceState(state ?? menuEntry, '', `#${this.section}`);
+        if (state === null) {
+            return;
+        }
+        if (state === insideEntry) {
+            this.enterPanel();
+        } else if (!this.stepBack()) {
+            history.back();
+        } else if (this.zone === 'panel') {
+            pushInsideEntry();
+        }
+    };
+}

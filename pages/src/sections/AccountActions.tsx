@@ -1,0 +1,83 @@
+import type { JSX } from 'preact';
+import { useEffect } from 'preact/hooks';
+
+import { ActionRow } from '../components/ActionRow';
+import { usePage } from '../components/context';
+import { Dialog } from '../components/Dialog';
+import { ReadOnlyRow } from '../components/ReadOnlyRow';
+import { useDialog } from '../components/useDialog';
+
+const actionTexts = {
+    opened: 'openSettings.done',
+    'logged-out': 'logOut.done',
+    failed: 'action.failed',
+} as const;
+
+/** What the account section shows besides settings: the selected assistant, and actions. */
+export function AccountActions(): JSX.Element {
+    const { store, state, language } = usePage();
+    const { t } = language;
+    const dialog = useDialog();
+    useEffect(
+        () => () => {
+            store.clearAction();
+        },
+        [store],
+    );
+    const selected = state.selected === null ? t('unknown') : t(state.selected ? 'selected.yes' : 'selected.no');
+    return (
+        <>
+            <ReadOnlyRow row="selected" name={t('selected')} value={selected} />
+            <ActionRow
+                row="open-settings"
+                name={t('openSettings')}
+                onUse={() => {
+                    store.openSettings();
+                }}
+            />
+            <ActionRow row="log-out" name={t('logOut')} isDestructive opensDialog onUse={dialog.open} />
+            <ActionStatus />
+            {dialog.isOpen && <LogOutDialog onClose={dialog.close} />}
+        </>
+    );
+}
+
+function ActionStatus(): JSX.Element {
+    const { state, language } = usePage();
+    const { action } = state;
+    return (
+        <p class="status" role="status" data-kind={action === 'failed' ? 'refused' : 'accepted'}>
+            {action !== 'none' && (
+                <>
+                    <span aria-hidden="true">{action === 'failed' ? '✕ ' : '✓ '}</span>
+                    {language.t(actionTexts[action])}
+                </>
+            )}
+        </p>
+    );
+}
+
+function LogOutDialog({ onClose }: { readonly onClose: () => void }): JSX.Element {
+    const { store, language } = usePage();
+    const { t } = language;
+    return (
+        <Dialog title={t('logOut.question')} onClose={onClose}>
+            <p>{t('logOut.about')}</p>
+            <div class="buttons" data-row="answer">
+                <button type="button" class="button primary" onClick={onClose}>
+                    {t('cancel')}
+                </button>
+                <button
+                    type="button"
+                    class="button danger"
+                    onClick={() => {
+                        onClose();
+                        void store.logOut();
+                    }}
+                >
+                    {t('logOut')}
+                </button>
+            </div>
+        </Dialog>
+    );
+}

@@ -1,0 +1,41 @@
+import type { TextKey } from '../i18n/en';
+import type { SettingKey } from '../settings/catalogue';
+
+interface Row {
+    readonly section: SectionId;
+    readonly about?: TextKey;
+    /** The names of the parts of a pair. */
+    readonly parts?: readonly [TextKey, TextKey];
+    /** Shown only, though a client may set it. */
+    readonly isShownOnly?: true;
+}
+
+export type SectionId = 'device' | 'language' | 'captions' | 'voice' | 'doNotDisturb' | 'account';
+
+/** Where each setting is shown; the rows of a section have this order. The kind of the setting decides what its row looks like. */
+export const rows: Readonly<Record<SettingKey, Row>> = {
+    deviceName: { section: 'device' },
+    friendlyName: { section: 'device', about: 'friendlyName.about' },
+    companionDevice: {
+        section: 'device',
+        about: 'companionDevice.about',
+        parts: ['companionDevice.first', 'companionDevice.second'],
+    },
+    orliaLocale: { section: 'language', about: 'orliaLocale.about' },
+    timezone: { section: 'language' },
+    captionsEnabled: { section: 'captions' },
+    captionsFontSize: { section: 'captions' },
+    captionsStyles: { section: 'captions' },
+    handsFreeEnabled: { section: 'voice', about: 'handsFreeEnabled.about' },
+    handsFreeAlwaysOnEnabled: { section: 'voice', about: 'handsFreeAlwaysOnEnabled.about' },
+    handsFreeAlwaysOnDiscovered: { section: 'voice', about: 'discovered.about' },
+    pttAlwaysOnEnabled: { section: 'voice', about: 'pttAlwaysOnEnabled.about' },
+    pttAlwaysOnDiscovered: { section: 'voice', about: 'discovered.about' },
+    doNotDisturbEnabled: { section: 'doNotDisturb', about: 'doNotDisturbEnabled.about' },
+    tovanEntitlementStatus: { section: 'account', isShownOnly: true },
+};
+
+/** The settings of a section, in the order of their rows. */
+export function settingsOf(section: SectionId): readonly SettingKey[] {
+    return (Object.keys(rows) as SettingKey[]).filter((key) => rows[key].section === section);
+}

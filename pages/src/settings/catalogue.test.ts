@@ -1,0 +1,59 @@
+import { describe, expect, it } from 'vitest';
+
+import { languageFor, translations } from '../i18n/language';
+import { rows, settingsOf } from '../sections/rows';
+import { sections } from '../sections/Section';
+import { catalogue, choicesOf, defaultOf, isReadOnly, settingKeys } from './catalogue';
+import { wordsFor } from './format';
+import { rulesOf } from './rules';
+
+/** The catalogue itself; the pages use the part that a script made of it. */
+interface Entry {
+    readonly key: string;
+    readonly [member: string]: unknown;
+}
+const [entries = []] = Object.values(
+    import.meta.glob<readonly Entry[]>('../../../SettingsHandler/catalogue.json', { eager: true, import: 'settings' }),
+);
+
+describe('the catalogue of the pages', () => {
+    it('has every setting of the catalogue, as it is there', () => {
+        expect(settingKeys).toEqual(entries.map(({ key }) => key));
+        for (const { key, number: _number, privacy: _privacy, description: _description, ...used } of entries) {
+            expect(Object.entries(catalogue).find(([name]) => name === key)?.[1], key).toEqual(used);
+        }
+    });
+});
+
+describe.each(settingKeys)('the setting %s', (key) => {
+    it('has one row in one section', () => {
+        expect(sections.filter(({ id }) => settingsOf(id).includes(key)).map(({ id }) => id)).toEqual([
+            rows[key].section,
+        ]);
+    });
+
+    it('shows an empty value as its default', () => {
+        for (const code of Object.keys(translations)) {
+            const language = languageFor(code);
+            expect(wordsFor(key, '', language)).toBe(wordsFor(key, defaultOf(key), language));
+        }
+    });
+
+    it('shows each of its values in words', () => {
+        const { choices } = languageFor('en');
+        expect(choicesOf(key).map((value) => wordsFor(key, value, languageFor('en')))).toEqual(
+            choicesOf(key).map((value) => choices[value]),
+        );
+    });
+
+    it('follows the rules of its owner', () => {
+        const rules = rulesOf(key);
+        expect(rules.isReadOnly).toBe(isReadOnly(key));
+        expect(rules.isReadOnly).toBe(catalogue[key].setBy === 'device');
+        expect(rules.mayRevertAfterEvent).toBe(catalogue[key].owner === 'device');
+        expect(['fr-FR', '["", 1]', '[]', '{}'].map(rules.isWellFormed)).toEqual(
+            Array(4).fill(catalogue[key].kind !== 'locales'),
+        );
+        expect(rules.isWellFormed('["fr-FR"]')).toBe(true);
+    });
+});
