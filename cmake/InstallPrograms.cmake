@@ -6,9 +6,9 @@ install(TARGETS settingsctl RUNTIME COMPONENT settingsctl)
 install(FILES packaging/man/settings-host.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT host)
 install(FILES packaging/man/settingsctl.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT settingsctl)
 
-install(FILES tools/settingsctl/completion/settingsctl.bash RENAME settingsctl
+install(FILES clients/settingsctl/completion/settingsctl.bash RENAME settingsctl
   DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT settingsctl)
-install(FILES tools/settingsctl/completion/_settingsctl
+install(FILES clients/settingsctl/completion/_settingsctl
   DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions COMPONENT settingsctl)
 
 # The pages are built by scripts/build-pages, not by this build, so whether there are any shows now only.
