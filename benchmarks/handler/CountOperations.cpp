@@ -7,9 +7,9 @@
 #include "Operations.h"
 #include "VessaLogger/LogSink.h"
 
-// Prints a line for every operation, and for what it must cost at least: name, allocations and bytes of the heap, each
-// for one turn. Under callgrind (with --collect-atstart=no) it also leaves the instructions of `turns` turns in a dump
-// named like the line. scripts/check-counts runs it both ways.
+// Prints a line for every operation: name, allocations and bytes of the heap, each for one turn. Under callgrind (with
+// --collect-atstart=no) it also leaves the instructions of `turns` turns in a dump named like the line. check-counts
+// runs it both ways.
 
 namespace {
 
@@ -34,8 +34,7 @@ void count(const std::string& name, const std::function<void()>& run) {
 int main() {
     VessaLogger::setLogSink([](const VessaLogger::LogLine&) {});
     for (const auto& operation : Benchmarks::operations(1000)) {
-        count("handler/" + operation.name, operation.handler);
-        count("floor/" + operation.name, operation.floor);
+        count(operation.name, operation.run);
     }
     return 0;
 }

@@ -6,14 +6,12 @@
 
 #include "Logging.h"
 #include "World.h"
-#include "floor/LogLine.h"
 #include "support/Texts.h"
 
 namespace Benchmarks {
 
 namespace {
 
-using Floor = Floor::Floor;
 using Handler = SettingsHandler::SettingsHandler;
 
 /// Calls its operation with one request after the other, over and over.
@@ -25,40 +23,37 @@ std::function<void()> alternating(std::vector<std::string> requests, Ask ask) {
     };
 }
 
-/// A SetSettings request: `road` is what the floor does with it.
-Operation setting(std::string name, const std::vector<std::string>& requests, bool (Floor::*road)(const std::string&),
+/// A SetSettings request.
+Operation setting(std::string name, const std::vector<std::string>& requests,
                   const std::shared_ptr<World>& world = std::make_shared<World>()) {
     return {std::move(name),
-            alternating(requests, [world](const std::string& text) { world->handler.handleSetSettingRequest(text); }),
-            alternating(requests, [world, road](const std::string& text) { (world->floor.*road)(text); })};
+            alternating(requests, [world](const std::string& text) { world->handler.handleSetSettingRequest(text); })};
 }
 
 /// The same request with two values in turn, and with one.
 void addRoad(std::vector<Operation>& list, const std::string& name, const std::string& key, const std::string& one,
-             const std::string& other, bool (Floor::*road)(const std::string&)) {
-    list.push_back(setting("set/" + name + "/changed", {setRequest(key, one), setRequest(key, other)}, road));
-    list.push_back(setting("set/" + name + "/unchanged", {setRequest(key, one)}, road));
+             const std::string& other) {
+    list.push_back(setting("set/" + name + "/changed", {setRequest(key, one), setRequest(key, other)}));
+    list.push_back(setting("set/" + name + "/unchanged", {setRequest(key, one)}));
 }
 
 void addRoads(std::vector<Operation>& list) {
-    addRoad(list, "stored", "deviceName", "Living room", "Kitchen", &Floor::setStored);
-    addRoad(list, "entitlement", "tovanEntitlementStatus", "ENTITLED", "NOT_ENTITLED", &Floor::setEntitlementStatus);
-    addRoad(list, "applied", "pttAlwaysOnEnabled", "true", "false", &Floor::setApplied);
-    addRoad(list, "hands-free", "handsFreeEnabled", "true", "false", &Floor::setHandsFree);
-    addRoad(list, "friendly name", "friendlyName", "Living room", "Kitchen", &Floor::setFriendlyName);
+    addRoad(list, "stored", "deviceName", "Living room", "Kitchen");
+    addRoad(list, "entitlement", "tovanEntitlementStatus", "ENTITLED", "NOT_ENTITLED");
+    addRoad(list, "applied", "pttAlwaysOnEnabled", "true", "false");
+    addRoad(list, "hands-free", "handsFreeEnabled", "true", "false");
+    addRoad(list, "friendly name", "friendlyName", "Living room", "Kitchen");
     // The bridge keeps nothing, so that one value is always new to it and another never.
-    list.push_back(setting("set/time zone/changed", {setRequest("timezone", "Asia/Tokyo")}, &Floor::setTimezone));
-    list.push_back(setting("set/time zone/unchanged", {setRequest("timezone", "Europe/Berlin")}, &Floor::setTimezone));
-    list.push_back(
-        setting("set/locale/changed", {setRequest("orliaLocale", R"([\"fr-FR\",\"en-US\"])")}, &Floor::setLocale));
-    list.push_back(
-        setting("set/locale/unchanged", {setRequest("orliaLocale", R"([\"en-US\",\"es-US\"])")}, &Floor::setLocale));
+    list.push_back(setting("set/time zone/changed", {setRequest("timezone", "Asia/Tokyo")}));
+    list.push_back(setting("set/time zone/unchanged", {setRequest("timezone", "Europe/Berlin")}));
+    list.push_back(setting("set/locale/changed", {setRequest("orliaLocale", R"([\"fr-FR\",\"en-US\"])")}));
+    list.push_back(setting("set/locale/unchanged", {setRequest("orliaLocale", R"([\"en-US\",\"es-US\"])")}));
 }
 
 void addRefusals(std::vector<Operation>& list) {
     const std::string fine = setRequest("deviceName", "Living room");
     const auto refused = [&](const std::string& name, const std::string& request) {
-        list.push_back(setting("refused/" + name, {request}, &Floor::setStored));
+        list.push_back(setting("refused/" + name, {request}));
     };
     refused("not JSON", fine.substr(0, fine.size() - 1));
     refused("no time stamp", R"({"type":24,"payload":{"settingDBId":"deviceName","to":"Kitchen"}})");
@@ -68,15 +63,14 @@ void addRefusals(std::vector<Operation>& list) {
 
     const auto newer = std::make_shared<World>();
     newer->handler.handleSetSettingRequest(setRequest("deviceName", "Kitchen", "1800000000000"));
-    newer->floor.setStored(setRequest("deviceName", "Kitchen", "1800000000000"));
-    list.push_back(setting("refused/stale", {fine}, &Floor::setStored, newer));
+    list.push_back(setting("refused/stale", {fine}, newer));
 
     const auto unwritable = std::make_shared<World>();
     unwritable->collaborators.storage.writable = false;
-    list.push_back(setting("refused/not written", {fine}, &Floor::setStored, unwritable));
+    list.push_back(setting("refused/not written", {fine}, unwritable));
 
-    list.push_back(setting("refused/read only", {setRequest("captionsEnabled", "true")}, &Floor::setReadOnly));
-    list.push_back(setting("refused/locale not JSON", {setRequest("orliaLocale", "en-US")}, &Floor::setLocale));
+    list.push_back(setting("refused/read only", {setRequest("captionsEnabled", "true")}));
+    list.push_back(setting("refused/locale not JSON", {setRequest("orliaLocale", "en-US")}));
 }
 
 void addReading(std::vector<Operation>& list) {
@@ -84,8 +78,7 @@ void addReading(std::vector<Operation>& list) {
         const auto world = std::make_shared<World>();
         world->collaborators.storage.storedValue = storedValue;
         const std::string request = getRequest(names);
-        list.push_back({"get/" + name, [=] { world->handler.handleGetSettingsRequest(request); },
-                        [=] { world->floor.getSettings(request); }});
+        list.push_back({"get/" + name, [=] { world->handler.handleGetSettingsRequest(request); }});
     };
     reading("one", R"("deviceName")", "Living room");
     reading("all", "", "Living room");
@@ -93,29 +86,28 @@ void addReading(std::vector<Operation>& list) {
 }
 
 void addNotifications(std::vector<Operation>& list) {
-    const auto notification = [&](const std::string& name, auto&& notify) {
+    const auto notification = [&](const std::string& name, auto notify) {
         const auto world = std::make_shared<World>();
-        list.push_back({"notify/" + name, [=] { notify(world->handler); }, [=] { notify(world->floor); }});
+        list.push_back({"notify/" + name, [=] { notify(world->handler); }});
     };
     const std::string primary = "en-US";
     const std::string other = "fr-FR";
     const std::vector<std::string> locales{"fr-FR", "en-US"};
     const std::string timezone = "Asia/Tokyo";
-    notification("locale", [=](auto& whom) { whom.notifyLocaleChange(other); });
-    notification("same locale", [=](auto& whom) { whom.notifyLocaleChange(primary); });
-    notification("locales", [=](auto& whom) { whom.notifyLocaleChange(locales); });
-    notification("time zone", [=](auto& whom) { whom.notifyTimezoneChange(timezone); });
+    notification("locale", [=](OpenHandler& whom) { whom.notifyLocaleChange(other); });
+    notification("same locale", [=](OpenHandler& whom) { whom.notifyLocaleChange(primary); });
+    notification("locales", [=](OpenHandler& whom) { whom.notifyLocaleChange(locales); });
+    notification("time zone", [=](OpenHandler& whom) { whom.notifyTimezoneChange(timezone); });
 
     const auto world = std::make_shared<World>();
     const std::string name = "deviceName";
     const std::vector<std::string> values{"Living room", "Kitchen"};
-    list.push_back(
-        {"notify/system setting",
-         alternating(values, [=](const std::string& v) { world->handler.notifySystemSettingChanged(name, v); }),
-         alternating(values, [=](const std::string& v) { world->floor.notifySystemSettingChanged(name, v); })});
-    list.push_back({"notify/hands-free",
-                    [=, enabled = false]() mutable { world->handler.notifyHandsfreeStateChanged(enabled = !enabled); },
-                    [=, enabled = false]() mutable { world->floor.notifyHandsfreeStateChanged(enabled = !enabled); }});
+    list.push_back({"notify/system setting", alternating(values, [=](const std::string& v) {
+                        world->handler.notifySystemSettingChanged(name, v);
+                    })});
+    list.push_back({"notify/hands-free", [=, enabled = false]() mutable {
+                        world->handler.notifyHandsfreeStateChanged(enabled = !enabled);
+                    }});
 }
 
 void addGrowth(std::vector<Operation>& list, int largestCache) {
@@ -124,15 +116,15 @@ void addGrowth(std::vector<Operation>& list, int largestCache) {
         world->addObservers(count);
         list.push_back(setting("observers/" + std::to_string(count),
                                {setRequest("friendlyName", "Living room"), setRequest("friendlyName", "Kitchen")},
-                               &Floor::setFriendlyName, world));
+                               world));
     }
     for (const int count : {15, 1000, 100000}) {
         if (count <= largestCache) {
             const auto world = std::make_shared<World>();
-            world->fillCaches(count);
+            world->fillCache(count);
             list.push_back(setting("cache/" + std::to_string(count),
                                    {setRequest("deviceName", "Living room"), setRequest("deviceName", "Kitchen")},
-                                   &Floor::setStored, world));
+                                   world));
         }
     }
 }
@@ -141,9 +133,8 @@ void addLogLines(std::vector<Operation>& list) {
     static const std::string tag = "SettingsHandler";
     static VessaLogger::Log& logger = VessaLogger::Log::instance();
     const auto line = [&](const std::string& name, auto format, auto... args) {
-        list.push_back({"log/" + name,
-                        [=] { SettingsHandler::log(logger, tag, VessaLogger::INFORMATION, format, args...); },
-                        [=] { Benchmarks::Floor::logLine(logger, VessaLogger::INFORMATION, format, args...); }});
+        list.push_back(
+            {"log/" + name, [=] { SettingsHandler::log(logger, tag, VessaLogger::INFORMATION, format, args...); }});
     };
     line("0 arguments", "Handling SetSettings request");
     line("1 argument", "SettingDBId: %s", "deviceName");
@@ -154,21 +145,10 @@ void addLogLines(std::vector<Operation>& list) {
 void addConstruction(std::vector<Operation>& list) {
     const auto world = std::make_shared<World>();
     auto& with = world->collaborators;
-    list.push_back({"create and initialise",
-                    [world, &with] {
+    list.push_back({"create and initialise", [world, &with] {
                         const auto handler = Handler::create(with.transport, with.storage, with.metrics, with.bridge,
                                                              with.launcher, with.device);
                         handler->initializeSettings();
-                    },
-                    [world, &with] {
-                        const auto floor = std::make_unique<Floor>(with);
-                        for (const int type : {7, 18, 19, 24, 22}) {
-                            with.transport->registerMessageHandler(
-                                type, [&floor = *floor](const std::string& text) { floor.getSettings(text); });
-                        }
-                        Benchmarks::Floor::logLine(VessaLogger::Log::instance(), VessaLogger::TRACE,
-                                                   "Initialized Settings Handler");
-                        floor->initialize();
                     }});
 }
 
@@ -185,8 +165,7 @@ std::vector<Operation> operations(int largestCache) {
     addConstruction(list);
     for (const auto& operation : list) {
         for (int turn = 0; turn < 20; ++turn) {
-            operation.handler();
-            operation.floor();
+            operation.run();
         }
     }
     return list;

@@ -6,13 +6,11 @@
 
 namespace Benchmarks {
 
-/// One operation of the handler and the least that it may consist of, each with surroundings of its own, used for so
-/// long that every map and buffer has its size. Both are given the same inputs.
+/// One operation of the handler, with surroundings of its own, used for so long that every map and buffer has its size.
 struct Operation {
     /// Parts divided by slashes, what it is first: "set/stored/changed".
     std::string name;
-    std::function<void()> handler;
-    std::function<void()> floor;
+    std::function<void()> run;
 };
 
 /// All of them. `largestCache`: how many keys the cache is filled with at most.

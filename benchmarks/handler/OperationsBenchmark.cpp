@@ -10,13 +10,11 @@
 #include "VessaLogger/LogSink.h"
 #include "support/Results.h"
 
-// Times every operation of the handler and, right behind each, what it must cost at least. Usage:
+// Times every operation of the handler. Usage:
 // benchmark-operations [--rounds N] and the options of Google Benchmark. The usual report goes to standard error, the
 // results to standard output.
 
 namespace {
-
-using Benchmarks::Operation;
 
 /// Keeps the processor time of each turn, in microseconds, round by round.
 class Collector : public benchmark::ConsoleReporter {
@@ -49,35 +47,24 @@ void add(const std::string& name, const std::function<void()>& run) {
 /// How the time of one kind of operation grows with the number in its name, such as "observers/100".
 void addCurve(Benchmarks::Results& results, const Collector& collector, const std::string& kind,
               const std::vector<int>& numbers) {
-    Benchmarks::Series handler{"time of a SetSettings by " + kind, "handler", kind, "us", {}};
-    Benchmarks::Series floor{handler.plot, "the least work", kind, "us", {}};
+    Benchmarks::Series curve{"time of a SetSettings by " + kind, "handler", kind, "us", {}};
     for (const int number : numbers) {
-        const std::string name = "/" + kind + "/" + std::to_string(number);
-        for (auto* curve : {&handler, &floor}) {
-            const auto found = collector.rounds.find((curve == &handler ? "handler" : "floor") + name);
-            if (found != collector.rounds.end()) {
-                curve->points.emplace_back(number, Benchmarks::median(found->second));
-            }
+        const auto found = collector.rounds.find(kind + "/" + std::to_string(number));
+        if (found != collector.rounds.end()) {
+            curve.points.emplace_back(number, Benchmarks::median(found->second));
         }
     }
-    results.add(handler);
-    results.add(floor);
+    results.add(curve);
 }
 
-Benchmarks::Results resultsOf(Collector& collector, const std::vector<Operation>& operations) {
+Benchmarks::Results resultsOf(Collector& collector) {
     Benchmarks::Results results;
     for (const auto& [name, rounds] : collector.rounds) {
         results.add(Benchmarks::Figure{"time/" + name, "us", rounds});
     }
-    for (const auto& operation : operations) {
-        results.add(Benchmarks::Ratio{"time/" + operation.name, "the least work",
-                                      Benchmarks::quotients(collector.rounds["handler/" + operation.name],
-                                                            collector.rounds["floor/" + operation.name]),
-                                      0});
-    }
-    results.add(Benchmarks::Ratio{
-        "time of a SetSettings with 1,000 keys in the cache", "the same with 15",
-        Benchmarks::quotients(collector.rounds["handler/cache/1000"], collector.rounds["handler/cache/15"]), 1.1});
+    results.add(Benchmarks::Ratio{"time of a SetSettings with 1,000 keys in the cache", "the same with 15",
+                                  Benchmarks::quotients(collector.rounds["cache/1000"], collector.rounds["cache/15"]),
+                                  1.1});
     addCurve(results, collector, "observers", {0, 1, 10, 100, 1000});
     addCurve(results, collector, "cache", {15, 1000, 100000});
     return results;
@@ -107,15 +94,13 @@ int main(int argc, char** argv) {
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 2;
     }
-    const auto operations = Benchmarks::operations(100000);
-    for (const auto& operation : operations) {
-        add("handler/" + operation.name, operation.handler);
-        add("floor/" + operation.name, operation.floor);
+    for (const auto& operation : Benchmarks::operations(100000)) {
+        add(operation.name, operation.run);
     }
     Collector collector;
     for (int round = 0; round < rounds; ++round) {
         benchmark::RunSpecifiedBenchmarks(&collector);
     }
-    resultsOf(collector, operations).print();
+    resultsOf(collector).print();
     return 0;
 }

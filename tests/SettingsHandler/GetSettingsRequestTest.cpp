@@ -65,12 +65,14 @@ TEST_F(GetSettingsRequest, DuplicatesGiveOneMember) {
 }
 
 TEST_F(GetSettingsRequest, AnEmptyListGivesAllThatHaveAValue) {
-    EXPECT_EQ(replyTo("[]"),
-              R"(transport.sendResponse(m, {"settings":{"captionsEnabled":"false","captionsFontSize":"FONT_MEDIUM",)"
-              R"("captionsStyles":"STYLE_WHITE_ON_BLACK","companionDevice":"[\"\",\"\"]","deviceName":"TV",)"
-              R"("doNotDisturbEnabled":"false","friendlyName":"TV","handsFreeAlwaysOnDiscovered":"false",)"
-              R"("handsFreeAlwaysOnEnabled":"false","handsFreeEnabled":"false","orliaLocale":"[\"en-US\"]",)"
-              R"("pttAlwaysOnDiscovered":"false","pttAlwaysOnEnabled":"false","timezone":"America/Vancouver"}}))");
+    std::string all;
+    for (const auto& [key, type] : ::SettingsHandler::stringToSettingsNamesTypeMapping) {
+        all += (all.empty() ? "\"" : ",\"") + key + "\"";
+    }
+    const std::string reply = replyTo("[]");
+    EXPECT_EQ(reply, replyTo("[" + all + "]"));
+    EXPECT_NE(reply.find(R"("captionsEnabled":"false","captionsFontSize":"FONT_MEDIUM",)"), std::string::npos) << reply;
+    EXPECT_EQ(reply.find("tovanEntitlementStatus"), std::string::npos) << reply;
 }
 
 TEST_F(GetSettingsRequest, RepliesAlsoWhenThereIsNothingToTell) {

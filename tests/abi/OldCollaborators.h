@@ -5,9 +5,9 @@
 #include <utility>
 #include <vector>
 
-#include "RecordedDeclarations.h"
+#include "Version1.h"
 
-/// A device's collaborators as somebody wrote them when the baseline was recorded. Each writes down how it was called.
+/// A device's collaborators as somebody wrote them when version 1.0 was new. Each writes down how it was called.
 /// The library must never call a reserved place: there, others have operations that it knows nothing of.
 namespace AbiTests {
 
@@ -28,11 +28,7 @@ class OldTransport : public CommunicationHandler::CommunicationHandlerInterface 
 public:
     /// The names of the members of an envelope are this transport's own, so that a library that looks for them
     /// elsewhere in the object finds nothing.
-    explicit OldTransport(Calls& written) : calls(written) {
-        messageIdKey = "id";
-        timestampKey = "at";
-        payloadKey = "body";
-    }
+    explicit OldTransport(Calls& written) : CommunicationHandlerInterface("id", "at", "body"), calls(written) {}
 
     void reserved1() override { calls.emplace_back("transport, place 0"); }
     void reserved2() override { calls.emplace_back("transport, place 1"); }

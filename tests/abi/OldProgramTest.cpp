@@ -4,8 +4,8 @@
 
 #include "OldCollaborators.h"
 
-// A program that was compiled when the baseline was recorded: it knows no header of today's but the one that configures
-// the JSON library, and calls the library of today by the recorded places and names.
+// A program of version 1.0: it knows no header of today's but the one that configures the JSON library, and calls the
+// library of today by the places and names of version 1.0.
 
 namespace AbiTests {
 
@@ -121,7 +121,10 @@ TEST_F(OldProgram, IsCalledByTheTransportsRequestsAndFindsItsOwnNamesInThem) {
 /// Refuses every request, and keeps something of its own behind what the library knows.
 class OldDerivedHandler : public Handler {
 public:
+    using Handler::getSDKSetting;
     using Handler::Handler;
+    using Handler::isSDKSetting;
+    using Handler::stringifyVector;
     bool isRequestValid(std::string& settingDBId, long timestamp) override {
         asked = settingDBId + " " + std::to_string(timestamp);
         return false;
@@ -138,10 +141,10 @@ TEST_F(OldProgram, DerivesAHandlerThatTheLibraryCallsAndLeavesWhole) {
     expectCalls({});
     EXPECT_EQ(handler->stringifyVector({"a", "b"}), R"(["a","b"])");
     EXPECT_EQ(handler->getSDKSetting(::SettingsHandler::TIMEZONE), "Europe/Paris");
-    EXPECT_TRUE(Handler::isSDKSetting(::SettingsHandler::TIMEZONE));
+    EXPECT_TRUE(OldDerivedHandler::isSDKSetting(::SettingsHandler::TIMEZONE));
 }
 
-TEST_F(OldProgram, FindsThatAHandlerFillsItsRecordedSizeAndNoMore) {
+TEST_F(OldProgram, FindsThatAHandlerFillsItsOldSizeAndNoMore) {
     struct Room {
         alignas(Handler) unsigned char handler[sizeof(Handler)];
         unsigned char behind[64];

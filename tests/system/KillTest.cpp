@@ -11,7 +11,7 @@ namespace SystemTests {
 
 namespace {
 
-/// SETTINGS_TEST_KILLS makes it more, as scripts/kill-rounds does.
+/// SETTINGS_TEST_KILLS makes it more, as a long run does.
 unsigned rounds() {
     const char* const wanted = std::getenv("SETTINGS_TEST_KILLS");
     return wanted != nullptr ? static_cast<unsigned>(std::atoi(wanted)) : TestSupport::sanitized ? 6 : 50;

@@ -42,7 +42,7 @@ public:
     virtual void initializeSettings() = 0;
 
     /// Reads settings from their owners: voice SDK, device information or storage with the catalogue's default.
-    /// `names`: setting keys, also unknown ones, which are looked up in the storage; empty asks for all fifteen
+    /// `names`: setting keys, also unknown ones, which are looked up in the storage; empty asks for all
     /// settings. Returns: key and value of each, ordered by key; a key with neither a stored value nor a default is
     /// left out and logged at level 3. Locks: none. A value found for an unknown key is written to the cache without
     /// the mutex, so reading unknown keys is safe only while no other thread uses the handler.
