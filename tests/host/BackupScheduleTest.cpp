@@ -2,6 +2,8 @@
 
 #include "BackupSchedule.h"
 #include "kit/support/BackupFixture.h"
+#include "server/protocol/MessageHub.h"
+#include "server/protocol/TrafficObservers.h"
 #include "server/sockets/UnixSocketListener.h"
 #include "storage/LogOut.h"
 #include "storage/Recovery.h"
@@ -25,8 +27,9 @@ protected:
     bool exists(int generation) { return std::filesystem::exists(Backup::nameOf(file, generation)); }
 
     EventLoop loop;
+    MessageHub clients{std::make_shared<TrafficObservers>()};
     /// Without something to serve the loop would end.
-    UnixSocketListener listener{loop, folder / "door.sock", Origin::SOCKET, ListenerEvents{}};
+    UnixSocketListener listener{loop, folder / "door.sock", Origin::SOCKET, clients};
 };
 
 TEST_F(BackupScheduleTest, MakesABackupOnceItIsDueAndNotBefore) {

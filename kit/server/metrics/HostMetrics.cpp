@@ -213,9 +213,9 @@ void HostMetrics::clientRefused(Origin origin) {
     families->refused.at(origin)->Increment();
 }
 
-void HostMetrics::clientDisconnected(const Client& client, DisconnectReason departure) {
+void HostMetrics::clientDisconnected(const Client& client, DisconnectReason reason) {
     families->clients.at(client.origin())->Decrement();
-    if (departure == DisconnectReason::TOO_SLOW) {
+    if (reason == DisconnectReason::TOO_SLOW) {
         families->slowClients.at(client.origin())->Increment();
     }
 }

@@ -30,7 +30,7 @@ public:
 
     void clientConnected(const Client& client) override;
     void clientRefused(Origin origin) override;
-    void clientDisconnected(const Client& client, DisconnectReason departure) override;
+    void clientDisconnected(const Client& client, DisconnectReason reason) override;
     /// Requests are counted when they are handled, and answers are not.
     void frameReceived(const Client& client, const std::string& frame) override;
     void frameSent(const Client* receiver, const std::string& frame) override;

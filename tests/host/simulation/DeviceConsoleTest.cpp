@@ -14,21 +14,21 @@ protected:
     DeviceConsoleTest() {
         traffic->add(trace);
         traffic->add(recording);
-        hub->addClient(page);
-        console.arrived(client);
-        console.arrived(watcher);
+        hub->connected(page);
+        console.connected(client);
+        console.connected(watcher);
         recording->take();
     }
 
     std::string answerTo(const std::string& frame) {
-        console.receive(client, frame);
+        console.received(client, frame);
         const auto frames = client->take();
         EXPECT_EQ(frames.size(), 1U) << frame;
         return frames.empty() ? "" : frames.back();
     }
 
     void watch(bool enabled) {
-        console.receive(watcher, std::string(R"({"command":"trace","enabled":)") + (enabled ? "true}" : "false}"));
+        console.received(watcher, std::string(R"({"command":"trace","enabled":)") + (enabled ? "true}" : "false}"));
         EXPECT_EQ(watcher->take(), std::vector<std::string>{R"({"ok":true})"});
     }
 
@@ -52,13 +52,12 @@ protected:
     SettingsHandlerTesting::Journal journal;
     SettingsHandlerTesting::FakeStorage storage{journal};
     SettingsHostTests::MemoryState state;
-    std::shared_ptr<SimulatedDevice> device = std::make_shared<SimulatedDevice>(state, [](const std::string&) {});
     std::shared_ptr<TrafficObservers> traffic = std::make_shared<TrafficObservers>();
     std::shared_ptr<MessageTrace> trace = std::make_shared<MessageTrace>();
     std::shared_ptr<TrafficRecording> recording = std::make_shared<TrafficRecording>();
     std::shared_ptr<MessageHub> hub = std::make_shared<MessageHub>(traffic);
-    std::shared_ptr<SimulatedSdkBridge> sdk = std::make_shared<SimulatedSdkBridge>(
-        state, storage, device, [this](const std::string& key) { hub->valueChanged(key); });
+    std::shared_ptr<SimulatedDevice> device = std::make_shared<SimulatedDevice>(state, hub);
+    std::shared_ptr<SimulatedSdkBridge> sdk = std::make_shared<SimulatedSdkBridge>(state, storage, device, hub);
     DeviceCommands commands{device, sdk, std::make_shared<SimulatedAppLaunch>(), [this] {
                                 return HandlerCounts{hub->eventsSent(), 0};
                             }};
@@ -92,7 +91,7 @@ TEST_F(DeviceConsoleTest, RefusesWhatIsNoFrameAndGoesOn) {
               (std::vector<std::string>{
                   "received x", R"(sent to one {"error":{"code":"not-json","message":"the frame is not JSON"}})",
                   "refused not-json"}));
-    console.refuseTooLarge(client);
+    console.oversized(client);
     EXPECT_NE(client->take().at(0).find("too-large"), std::string::npos);
     EXPECT_EQ(recording->take().back(), "refused too-large");
     EXPECT_EQ(answerTo(captionsOn), R"({"ok":true})");
@@ -146,10 +145,11 @@ TEST_F(DeviceConsoleTest, MakesANewKeyForThePagesWhenAskedAndSaysWhenItCannot) {
 }
 
 TEST_F(DeviceConsoleTest, TheKeyOfThePagesIsForTheSocketAlone) {
+    const auto pageOfDevice = std::make_shared<RecordingClient>(Origin::DEVICE, ListenerKind::WEB);
     watch(true);
     for (const auto* frame : {R"({"command":"page"})", R"({"command":"page","newKey":true})"}) {
-        console.receive(client, frame, DeviceListener::WEB);
-        EXPECT_EQ(client->take(),
+        console.received(pageOfDevice, frame);
+        EXPECT_EQ(pageOfDevice->take(),
                   std::vector<std::string>{
                       R"({"error":{"code":"not-here","message":"only the device socket answers this"}})"});
         answerTo(frame);
@@ -174,10 +174,10 @@ TEST_F(DeviceConsoleTest, AWatcherSeesEveryFrameInOrder) {
         hub->sendResponse("m1", payload);
     });
     watch(true);
-    hub->receive(page, R"({"type":24})");
+    hub->received(page, R"({"type":24})");
     const std::string event = page->take().at(0);
-    hub->receive(page, R"({"type":7})");
-    hub->receive(page, "\xff");
+    hub->received(page, R"({"type":7})");
+    hub->received(page, "\xff");
     answerTo(captionsOn);
     EXPECT_EQ(traced(),
               (std::vector<std::string>{
@@ -208,8 +208,8 @@ TEST_F(DeviceConsoleTest, WatchingEndsWhenAskedAndWithTheConnection) {
     answerTo(captionsOn);
     EXPECT_EQ(traced(), std::vector<std::string>{});
     watch(true);
-    console.left(watcher, DisconnectReason::CLOSED);
-    EXPECT_EQ(recording->take().back(), "left device CLOSED");
+    console.disconnected(watcher, DisconnectReason::CLOSED);
+    EXPECT_EQ(recording->take().back(), "disconnected device CLOSED");
     answerTo(captionsOn);
     EXPECT_EQ(traced(), std::vector<std::string>{});
     EXPECT_EQ(watcher.use_count(), 1);

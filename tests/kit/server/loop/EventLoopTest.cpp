@@ -1,5 +1,6 @@
 #include <csignal>
 
+#include "kit/server/sockets/ListenerRecording.h"
 #include "server/loop/EventLoop.h"
 #include "server/sockets/UnixSocketListener.h"
 #include "support/LineClient.h"
@@ -17,12 +18,13 @@ protected:
     }
 
     EventLoop loop;
+    ListenerRecording clients;
     int signals = 0;
 };
 
 TEST_F(EventLoopTest, ASignalBeforeTheRunEndsIt) {
     TestSupport::TemporaryDirectory folder;
-    UnixSocketListener listener(loop, folder / "door.sock", Origin::SOCKET, ListenerEvents{});
+    UnixSocketListener listener(loop, folder / "door.sock", Origin::SOCKET, clients);
     ::raise(SIGUSR2);
     loop.run();
     EXPECT_EQ(signals, 1);
@@ -37,13 +39,11 @@ TEST_F(EventLoopTest, DrainingEndsAtOnceWhenNothingIsOpen) {
 TEST_F(EventLoopTest, DrainingWaitsForAClientThatDoesNotReadNoLongerThanASecondSignal) {
     TestSupport::TemporaryDirectory folder;
     const auto large = std::make_shared<const std::string>(900000, 'x');
-    UnixSocketListener listener(loop, folder / "door.sock", Origin::SOCKET,
-                                ListenerEvents{[](const auto&) {}, [](const auto&, DisconnectReason) {},
-                                               [&](const auto& client, const auto&) {
-                                                   client->send(large);
-                                                   loop.stop();
-                                               },
-                                               [](const auto&) {}, [](Origin) {}});
+    clients.onFrame = [&](const auto& client, const auto&) {
+        client->send(large);
+        loop.stop();
+    };
+    UnixSocketListener listener(loop, folder / "door.sock", Origin::SOCKET, clients);
     TestSupport::LineClient stuck(folder / "door.sock");
     stuck.sendLine("x");
     loop.run();

@@ -1,4 +1,5 @@
 #include "server/sockets/Backlog.h"
+#include "server/sockets/ListenerLimits.h"
 
 namespace SettingsHost {
 
@@ -100,12 +101,10 @@ TEST_F(BacklogTest, WhatWaitsIsCountedUntilItIsGone) {
         reader.push(frameOf(400000));
         reader.push(frameOf(400000));
         EXPECT_EQ(reader.unread(), 800000U);
-        EXPECT_EQ(reader.unreadBehindFirst(), 400000U);
         EXPECT_FALSE(backlog->hasRoomFor(100000));
         reader.pop();
         EXPECT_TRUE(backlog->hasRoomFor(400000));
         reader.pop();
-        EXPECT_EQ(reader.unreadBehindFirst(), 0U);
         EXPECT_EQ(backlog->size(), 0U);
     }
     EXPECT_TRUE(dropped.empty());
@@ -142,6 +141,51 @@ TEST_F(BacklogTest, HasRoomForWhatFitsWithWhatKeepsIt) {
     EXPECT_TRUE(backlog->hasRoomFor(896000));
     EXPECT_FALSE(backlog->hasRoomFor(896001)) << "a quarter more for gaps";
     EXPECT_FALSE(backlog->hasRoomFor(limit + 1));
+}
+
+/// One client for itself: the budget of all is not used up.
+class ClientBacklogTest : public BacklogTest {
+protected:
+    ClientBacklogTest() { backlog = std::make_shared<Backlog>(); }
+};
+
+TEST_F(ClientBacklogTest, AClientMayLetAMebibyteWaitBehindTheFrameThatIsOnItsWay) {
+    auto& reader = client("reader");
+    reader.push(frameOf(5 * maximumWaiting));
+    reader.push(frameOf(maximumWaiting));
+    reader.push(frameOf(1));
+    EXPECT_TRUE(dropped.empty());
+    EXPECT_EQ(reader.disconnectReason(), DisconnectReason::CLOSED);
+    reader.push(frameOf(1));
+    EXPECT_EQ(dropped, std::vector<std::string>{"reader"});
+    EXPECT_EQ(reader.disconnectReason(), DisconnectReason::TOO_SLOW);
+    EXPECT_TRUE(reader.empty());
+    EXPECT_EQ(backlog->size(), 0U);
+}
+
+TEST_F(ClientBacklogTest, AClientOverTheBudgetOfAllWasTooSlow) {
+    auto& reader = client("reader");
+    auto& other = client("other");
+    other.push(frameOf(1));
+    reader.push(frameOf(Backlog::maximum));
+    EXPECT_EQ(reader.disconnectReason(), DisconnectReason::TOO_SLOW);
+    EXPECT_EQ(other.disconnectReason(), DisconnectReason::CLOSED);
+}
+
+TEST_F(ClientBacklogTest, InputIsPausedWhileMoreThan64KiBAreUnreadAndResumedOnce) {
+    auto& reader = client("reader");
+    reader.push(frameOf(maximumUnread));
+    EXPECT_FALSE(reader.pauseInput());
+    EXPECT_FALSE(reader.resumeInput()) << "it was not paused";
+    reader.push(frameOf(1));
+    EXPECT_FALSE(reader.isInputPaused()) << "only when asked";
+    EXPECT_TRUE(reader.pauseInput());
+    EXPECT_TRUE(reader.isInputPaused());
+    EXPECT_FALSE(reader.resumeInput());
+    reader.pop();
+    EXPECT_TRUE(reader.resumeInput());
+    EXPECT_FALSE(reader.isInputPaused());
+    EXPECT_FALSE(reader.resumeInput());
 }
 
 }  // namespace SettingsHost

@@ -19,7 +19,7 @@ namespace SettingsHost {
 class UnixSocketListenerTest : public ListenerTest<UnixSocketListener> {
 protected:
     UnixSocketListenerTest() {
-        serve(std::make_unique<UnixSocketListener>(loop, folder / "door.sock", Origin::DEVICE, events()));
+        serve(std::make_unique<UnixSocketListener>(loop, folder / "door.sock", Origin::DEVICE, *this, backlog));
     }
 
     std::string socketPath() { return folder / "door.sock"; }
@@ -45,7 +45,7 @@ TEST_F(UnixSocketListenerTest, AClientThatStopsSendingGetsAllItsAnswers) {
     client.send(frames + "unfinished");
     client.finishSending();
     EXPECT_EQ(client.receiveAll(), answers);
-    waitFor([&] { return left == 1; });
+    waitFor([&] { return disconnections == 1; });
     EXPECT_EQ(tooSlow, 0);
 }
 
@@ -62,7 +62,7 @@ TEST_F(UnixSocketListenerTest, WhatAClientSentBeforeItLeftIsTaken) {
         client.send(frames);
     }
     waitFor([&] { return taken == 5000; });
-    waitFor([&] { return left == 1; });
+    waitFor([&] { return disconnections == 1; });
 }
 
 TEST_F(UnixSocketListenerTest, AFrameOverTheLimitIsRefusedAndTheConnectionGoesOn) {
@@ -119,7 +119,7 @@ TEST_F(UnixSocketListenerTest, ATurnOfFramesThatTakeLongIsOneFrame) {
     };
     TestSupport::LineClient calm(socketPath());
     TestSupport::LineClient storm(socketPath());
-    waitFor([&] { return arrived == 2; });
+    waitFor([&] { return connections == 2; });
     storm.send("a\nb\nc\nd\ne\nf\ng\nh\n");
     calm.sendLine("calm");
     calmHasAsked = true;
@@ -142,15 +142,15 @@ TEST_F(UnixSocketListenerTest, AClientThatDoesNotReadIsDisconnectedWithoutAGap) 
             }
             ++sent;
         }
-        leftDuringSend = left.load();
+        leftDuringSend = disconnections.load();
         sendTo(asking, "sent");
     };
     TestSupport::LineClient slow(socketPath());
-    waitFor([&] { return arrived == 1; });
+    waitFor([&] { return connections == 1; });
     TestSupport::LineClient asking(socketPath());
     asking.sendLine("flood");
     EXPECT_EQ(asking.receiveLine(), "sent");
-    waitFor([&] { return left == 1; });
+    waitFor([&] { return disconnections == 1; });
     EXPECT_EQ(tooSlow, 1);
     EXPECT_EQ(leftDuringSend, 0) << "only the loop tells";
     int expected = 0;
@@ -218,7 +218,7 @@ TEST_F(UnixSocketListenerTest, NothingMoreIsReadFromAClientThatDoesNotReadThanFi
     afterTurnsOfTheLoop(1000);
     sendWhatIsTaken();
     EXPECT_EQ(taken, before);
-    EXPECT_EQ(left, 0);
+    EXPECT_EQ(disconnections, 0);
 }
 
 TEST_F(UnixSocketListenerTest, AStormGetsNoMoreTurnsTheLongerItLasts) {
@@ -278,7 +278,7 @@ TEST_F(UnixSocketListenerTest, FramesOfAllSizesComeWholeAndInOrderToAllWhoReadTh
     for (int number = 0; number < 3; ++number) {
         readers.push_back(std::make_unique<TestSupport::LineClient>(socketPath()));
     }
-    waitFor([&] { return arrived == 3; });
+    waitFor([&] { return connections == 3; });
     readers.front()->sendLine("now");
     for (const auto& reader : readers) {
         for (const auto& frame : frames) {
@@ -319,14 +319,14 @@ TEST_F(UnixSocketListenerTest, WhatAClientAskedIsDoneEvenIfItLeavesWithoutReadin
         client.send(frames);
     }
     waitFor([&] { return taken == 1000; });
-    waitFor([&] { return left == 1; });
+    waitFor([&] { return disconnections == 1; });
 }
 
 TEST_F(UnixSocketListenerTest, StoppingSendsWhatWaitsAndRemovesTheSocket) {
     onFrame = [&](const auto& client, const auto&) { sendTo(client, std::string(500000, 'x')); };
     TestSupport::LineClient client(socketPath());
     client.sendLine("x");
-    waitFor([&] { return arrived == 1; });
+    waitFor([&] { return connections == 1; });
     char byte = 0;
     ASSERT_EQ(::recv(client.descriptor(), &byte, 1, MSG_PEEK), 1);
     std::string rest;
@@ -362,13 +362,13 @@ TEST_F(UnixSocketListenerTest, MoreClientsThanItTakesAreToldSoAndThereIsRoomAgai
         EXPECT_TRUE(outside.closedByPeer());
         EXPECT_EQ(refusedConnections, number);
     }
-    EXPECT_EQ(arrived, static_cast<int>(maximumClients));
+    EXPECT_EQ(connections, static_cast<int>(maximumClients));
     for (const auto& client : inside) {
         client->sendLine("x");
         EXPECT_EQ(client->receiveLine(), "<x>");
     }
     inside.pop_back();
-    waitFor([&] { return left == 1; });
+    waitFor([&] { return disconnections == 1; });
     inside.push_back(std::make_unique<TestSupport::LineClient>(socketPath()));
     inside.back()->sendLine("y");
     EXPECT_EQ(inside.back()->receiveLine(), "<y>");
@@ -385,7 +385,7 @@ TEST_F(UnixSocketListenerTest, ManyClientsComeAndGo) {
             EXPECT_EQ(many[static_cast<std::size_t>(number)]->receiveLine(), "<" + std::to_string(number) + ">");
         }
     }
-    waitFor([&] { return left == 300; });
+    waitFor([&] { return disconnections == 300; });
 }
 
 }  // namespace SettingsHost

@@ -139,7 +139,7 @@ TEST_F(UnauthenticatedConnectionsTest, WhenAllPlacesAreTakenByThoseInsideTheNewO
     expectClosed(*unauthenticated());
     waitFor([&] { return refusedConnections == 1; });
     inside.pop_back();
-    waitFor([&] { return left == 1; });
+    waitFor([&] { return disconnections == 1; });
     waitFor([&] { return httpGet(port, "/open").status == 503; });
     for (const auto& socket : inside) {
         socket->sendText("x");

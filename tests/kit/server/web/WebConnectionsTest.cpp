@@ -9,7 +9,7 @@ protected:
 
     void arrive(std::size_t count) {
         for (std::size_t number = 0; number < count; ++number) {
-            connections.arrived(connection(arrived++));
+            connections.opened(connection(arrived++));
         }
     }
     void arriveAsGuests(std::size_t count) {
@@ -33,9 +33,9 @@ TEST_F(WebConnectionsTest, HasRoomForThirtyTwoStrangers) {
     EXPECT_TRUE(connections.haveRoom());
     arrive(1);
     EXPECT_FALSE(connections.haveRoom());
-    connections.left(connection(5));
+    connections.closed(connection(5));
     EXPECT_FALSE(connections.haveRoom()) << "it was no stranger any more";
-    connections.left(connection(6));
+    connections.closed(connection(6));
     EXPECT_TRUE(connections.haveRoom());
 }
 
@@ -58,7 +58,7 @@ TEST_F(WebConnectionsTest, KnowsTheOldestStranger) {
     arrive(4);
     connections.authenticate(connection(0));
     EXPECT_EQ(connections.oldestUnauthenticated(), connection(1));
-    connections.left(connection(1));
+    connections.closed(connection(1));
     EXPECT_EQ(connections.oldestUnauthenticated(), connection(2));
     EXPECT_FALSE(connections.isUnauthenticated(connection(0)));
     EXPECT_TRUE(connections.isUnauthenticated(connection(3)));

@@ -38,9 +38,9 @@ TEST_F(WebServerTest, ANewKeyLocksOutWhoeverCameWithTheOldOne) {
     WebSocket withKey(port, "/settings?key=thekey", "settings.v1");
     WebSocket withCookie(port, "/device", "device.v1", {cookie()});
     WebSocket deaf(port, "/settings?key=thekey", "settings.v1", {}, 4096);
-    waitFor([&] { return arrived == 3; });
+    waitFor([&] { return connections == 3; });
     WebSocket slow(port, "/settings?key=thekey", "settings.v1", {}, 4096);
-    waitFor([&] { return arrived == 4; });
+    waitFor([&] { return connections == 4; });
     const std::string old = cookie();
     int opened = 0;
     onOpen = [&] {
@@ -61,7 +61,7 @@ TEST_F(WebServerTest, ANewKeyLocksOutWhoeverCameWithTheOldOne) {
     EXPECT_EQ(withCookie.receive().value_or(WebSocket::Message()).closeStatus(), 4401);
     EXPECT_EQ(slow.receive().value_or(WebSocket::Message()).closeStatus(), 4401) << "after a part of its message";
     withKey.sendText("x");
-    waitFor([&] { return left == 4; });
+    waitFor([&] { return disconnections == 4; });
     EXPECT_EQ(tooSlow, 0);
     EXPECT_EQ(httpGet(port, "/?key=thekey").status, 403);
     EXPECT_EQ(httpGet(port, "/", {old}).status, 403);
@@ -93,7 +93,7 @@ TEST_F(WebServerTest, ForeignHostsAndOriginsGetNothing) {
         EXPECT_EQ(WebSocket(port, "/settings?key=thekey", "settings.v1", {header}).status(), 403) << header;
     }
     EXPECT_EQ(openAnswers, 0);
-    EXPECT_EQ(arrived, 0);
+    EXPECT_EQ(connections, 0);
     EXPECT_EQ(httpGet(port, "/open", {"Origin: http://localhost:5173"}).status, 503);
 }
 
@@ -153,7 +153,7 @@ TEST_F(WebServerTest, AWebSocketNeedsItsPathAndSubprotocol) {
     EXPECT_EQ(device.status(), 101);
     WebSocket choosing(port, "/device?key=thekey", "other, device.v1,settings.v1");
     EXPECT_EQ(choosing.answer().headers.at("sec-websocket-protocol"), "device.v1");
-    waitFor([&] { return arrived == 3; });
+    waitFor([&] { return connections == 3; });
     EXPECT_EQ(origins, "page device device ");
     EXPECT_EQ(WebSocket(port, "/settings", "settings.v1").status(), 403);
     EXPECT_EQ(WebSocket(port, "/settings?key=thekex", "settings.v1").status(), 403);
@@ -170,7 +170,7 @@ TEST_F(WebServerTest, AWebSocketNeedsItsPathAndSubprotocol) {
         WebSocket socket(port, path, protocol, {cookie()});
         EXPECT_EQ(socket.status(), 400) << path << " " << protocol;
     }
-    EXPECT_EQ(arrived, 3);
+    EXPECT_EQ(connections, 3);
 }
 
 TEST_F(WebServerTest, MessagesAreFramesHoweverTheyWereCut) {
@@ -217,7 +217,7 @@ TEST_F(WebServerTest, WhatComesAfterTheFarewellIsNoFrame) {
     socket.sendRaw(WebSocket::frameBytes(1, "before", true) + farewell + WebSocket::frameBytes(1, "after", true) +
                    WebSocket::frameBytes(1, std::string(300, 'x'), true));
     EXPECT_EQ(socket.receive().value_or(WebSocket::Message()).closeStatus(), 1000);
-    waitFor([&] { return left == 1; });
+    waitFor([&] { return disconnections == 1; });
     EXPECT_EQ(frames, 1);
 }
 
@@ -234,7 +234,7 @@ TEST_F(WebServerTest, AClientMayAskMuchBeforeItReadsAnything) {
         ASSERT_EQ(socket.receiveText(), std::to_string(number) + answer);
     }
     writer.join();
-    EXPECT_EQ(left, 0);
+    EXPECT_EQ(disconnections, 0);
 }
 
 TEST_F(WebServerTest, AClientThatReadsSlowlyIsNotTakenForOneThatIsGone) {
@@ -270,11 +270,11 @@ TEST_F(WebServerTest, AClientThatDoesNotReadIsDroppedAfterAllThatItWasSent) {
         sendTo(asking, "sent");
     };
     WebSocket slow(port, "/settings?key=thekey", "settings.v1", {}, 4096);
-    waitFor([&] { return arrived == 1; });
+    waitFor([&] { return connections == 1; });
     WebSocket asking(port, "/settings?key=thekey", "settings.v1");
     asking.sendText("flood");
     EXPECT_EQ(asking.receiveText(), "sent");
-    waitFor([&] { return left == 1; });
+    waitFor([&] { return disconnections == 1; });
     EXPECT_EQ(tooSlow, 1);
     int expected = 0;
     while (const auto text = slow.receiveText()) {
@@ -293,10 +293,10 @@ TEST_F(WebServerTest, AClientThatAnswersNoPingIsDroppedAndOneThatDoesStays) {
     EXPECT_EQ(silent.receive().value_or(WebSocket::Message()).kind, 9);
     silent.receive();
     EXPECT_TRUE(silent.closedByPeer());
-    waitFor([&] { return left == 1; });
+    waitFor([&] { return disconnections == 1; });
     answering.sendText("still here");
     patient.join();
-    EXPECT_EQ(left, 1);
+    EXPECT_EQ(disconnections, 1);
 }
 
 TEST_F(WebServerTest, WhoNeverFinishesARequestOrReadsItsAnswerIsDropped) {
@@ -328,7 +328,7 @@ TEST_F(WebServerTest, StoppingSendsWhatWaitsAndSaysThatTheHostGoes) {
     EXPECT_EQ(socket.receiveText(), "last");
     EXPECT_EQ(socket.receive().value_or(WebSocket::Message()).closeStatus(), 1001);
     EXPECT_EQ(idle.receive().value_or(WebSocket::Message()).closeStatus(), 1001);
-    EXPECT_EQ(left, 2);
+    EXPECT_EQ(disconnections, 2);
     EXPECT_THROW(TestSupport::TcpConnection again(port), std::runtime_error);
 }
 
@@ -340,9 +340,9 @@ TEST_F(WebServerTest, StoppingDoesNotWaitForOneThatReadsNothing) {
     stuck.sendText("x");
     TestSupport::TcpConnection halfRequest(port);
     halfRequest.send("GET / HT");
-    waitFor([&] { return arrived == 1; });
+    waitFor([&] { return connections == 1; });
     stop();
-    EXPECT_EQ(left, 1);
+    EXPECT_EQ(disconnections, 1);
 }
 
 TEST_F(WebServerTest, MoreConnectionsThanItTakesAreClosedAndThoseInsideGoOn) {
@@ -360,7 +360,7 @@ TEST_F(WebServerTest, MoreConnectionsThanItTakesAreClosedAndThoseInsideGoOn) {
         EXPECT_EQ(socket->receiveText(), "<x>");
     }
     inside.pop_back();
-    waitFor([&] { return left == 1; });
+    waitFor([&] { return disconnections == 1; });
     WebSocket next(port, "/settings?key=thekey", "settings.v1");
     EXPECT_EQ(next.status(), 101);
 }

@@ -22,9 +22,9 @@ protected:
         onFrame = [this, todo = std::move(action)](const auto& page, const auto&) {
             constexpr auto soon = std::chrono::milliseconds(1);
             turns.emplace(loop, soon, soon, [this, todo, page] {
-                if (++turn > 2 && left == 0) {
+                if (++turn > 2 && disconnections == 0) {
                     todo(page);
-                    leftDuringSend += left;
+                    leftDuringSend += disconnections;
                 }
             });
         };
@@ -43,7 +43,7 @@ TEST_F(WebSocketClientTest, OneThatReadsNothingIsDroppedThoughNothingComesIn) {
     afterRequest([&](const auto& page) { page->send(event); });
     WebSocket page(port, "/settings?key=thekey", "settings.v1", {}, 4096);
     page.sendText("x");
-    waitFor([&] { return left == 1; });
+    waitFor([&] { return disconnections == 1; });
     stop();
     EXPECT_EQ(tooSlow, 1);
     EXPECT_EQ(leftDuringSend, 0) << "only the loop tells";
@@ -59,7 +59,7 @@ TEST_F(WebSocketClientTest, OneThatBrokeOffIsNotTakenForOneThatReadsTooSlowly) {
         sendTo(client, "event");
     });
     page.sendText("x");
-    waitFor([&] { return left == 1; });
+    waitFor([&] { return disconnections == 1; });
     stop();
     EXPECT_EQ(tooSlow, 0);
     EXPECT_EQ(leftDuringSend, 0) << "only the loop tells";
@@ -129,7 +129,7 @@ TEST_F(BudgetedWebSocketClientTest, TheOneWithMostWaitingIsDisconnectedAndTheRea
     ASSERT_EQ(slow.receiveText(), "0");
     WebSocket fast(port, "/settings?key=thekey", "settings.v1");
     int rounds = 1;
-    for (; left == 0 && rounds < 1000; ++rounds) {
+    for (; disconnections == 0 && rounds < 1000; ++rounds) {
         fast.sendText("more");
         ASSERT_EQ(fast.receiveText(), std::to_string(rounds));
     }
@@ -141,7 +141,7 @@ TEST_F(BudgetedWebSocketClientTest, TheOneWithMostWaitingIsDisconnectedAndTheRea
     }
     EXPECT_TRUE(slow.closedByPeer());
     EXPECT_LT(static_cast<std::size_t>(rounds) * 20000U, maximumWaiting) << "for itself it might have had more";
-    EXPECT_EQ(left, 1) << "the one who reads";
+    EXPECT_EQ(disconnections, 1) << "the one who reads";
     stop();
 }
 
@@ -151,7 +151,7 @@ TEST_F(BudgetedWebSocketClientTest, WhatIsSentAndNotFinishedCountsToo) {
         silent.push_back(std::make_unique<WebSocket>(port, "/settings?key=thekey", "settings.v1"));
         silent.back()->sendFrame(1, std::string(60000, 'h'), false);
     }
-    waitFor([&] { return left > 0; });
+    waitFor([&] { return disconnections > 0; });
     EXPECT_GT(tooSlow, 0);
     WebSocket reader(port, "/settings?key=thekey", "settings.v1");
     reader.sendText("x");
