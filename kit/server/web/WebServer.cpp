@@ -56,7 +56,7 @@ private:
         try {
             return action();
         } catch (const std::exception& error) {
-            logHost(VessaLogger::ERROR, std::string("web: a connection was closed: ") + error.what());
+            logHost(VessaLogger::ERROR, std::string("web: closed a connection: ") + error.what());
             return -1;
         }
     }

@@ -58,18 +58,18 @@ TEST_F(PassedSocketsTest, RefusesVariablesThatContradictEachOther) {
     set("LISTEN_PID", thisProcess);
     for (const auto* count : {"0", "2147483647", "4294967297"}) {
         set("LISTEN_FDS", count);
-        EXPECT_EQ(errorOfTaking(), start + "LISTEN_FDS makes no sense") << count;
+        EXPECT_EQ(errorOfTaking(), start + "LISTEN_FDS is out of range") << count;
     }
     set("LISTEN_FDS", "-1");
     EXPECT_EQ(errorOfTaking(), start + "LISTEN_FDS is no number");
     set("LISTEN_FDS", "1");
     for (const auto* names : {"settings:device", "settings:", ":settings", ":"}) {
         set("LISTEN_FDNAMES", names);
-        EXPECT_EQ(errorOfTaking(), start + "LISTEN_FDNAMES does not name each of them") << names;
+        EXPECT_EQ(errorOfTaking(), start + "LISTEN_FDNAMES does not name each socket") << names;
     }
     set("LISTEN_FDS", "2");
     set("LISTEN_FDNAMES", "");
-    EXPECT_EQ(errorOfTaking(), start + "LISTEN_FDNAMES does not name each of them");
+    EXPECT_EQ(errorOfTaking(), start + "LISTEN_FDNAMES does not name each socket");
     set("LISTEN_FDS", "1000000");
     ::unsetenv("LISTEN_FDNAMES");
     EXPECT_EQ(errorOfTaking(), start + "Bad file descriptor");
