@@ -62,7 +62,7 @@ public:
             check(Envelope(frame).text("command") == "setting", "a setting alone may be unchanged");
             check(answer == R"({"ok":true,"changed":false})", "an answer to a setting that is unchanged");
             check(before == after && stored == storage.values, "unchanged is unchanged");
-            check(announced.events.empty() && announced.notices.empty(), "nobody is told of what is unchanged");
+            check(announced.events.empty() && announced.notices.empty(), "no event or notice for an unchanged value");
             return;
         }
         expectAnswered(Envelope(frame), Envelope(answer), after);
@@ -127,7 +127,7 @@ private:
         for (const auto& key : announced.notices) {
             check(announced.events.count(key) == 0, "a notice leaves out what had an event: " + key);
             const auto fact = after.find(key);
-            check(fact == after.end() || before.at(key) != fact->second, "a notice tells of a change: " + key);
+            check(fact == after.end() || before.at(key) != fact->second, "a notice is for a change: " + key);
         }
     }
 

@@ -133,7 +133,7 @@ private:
 
     void expectRefusal(const std::string& code, const Entries& lines) {
         const Entries own = requester->take();
-        check(own.size() == 1 && codeOf(own.front()) == code, "the sender alone is told: " + code);
+        check(own.size() == 1 && codeOf(own.front()) == code, "the sender alone gets the refusal: " + code);
         checkSame(lines, {"sent to one " + own.front(), "refused " + code}, "the report of a refusal");
         expectNothingSent();
         checkSame(journal.take(), {}, "a refused frame has no effect");

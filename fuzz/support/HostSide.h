@@ -34,7 +34,7 @@ private:
     std::vector<std::string> frames;
 };
 
-/// Keeps what it is told of frames and requests.
+/// Keeps the notifications of frames and requests.
 class TrafficLines : public SettingsHost::TrafficObserver {
 public:
     void clientConnected(const SettingsHost::Client& /*client*/) override {}

@@ -82,7 +82,7 @@ TEST_F(DiskFlushes, AreOneForEachAcceptedChange) {
     EXPECT_EQ(flushes, expected);
 }
 
-TEST_F(DiskFlushes, AreHardlyMoreWhenTheLogOfChangesIsMovedIntoTheDatabase) {
+TEST_F(DiskFlushes, AreFewMoreAtACheckpoint) {
     constexpr long changes = 600;
     long flushes = 0;
     long most = 0;
@@ -103,7 +103,7 @@ TEST_F(DiskFlushes, AreNoneForAnythingElse) {
         setRequest("handsFreeEnabled", "false"), setRequest("orliaLocale", R"([\"en-US\"])"),
         // older than the newest
         setRequest("deviceName", "Den", 1),
-        // refused by the handler, or kept away from it
+        // refused by the handler, or rejected
         setRequest("captionsEnabled", "true"), setRequest("doNotDisturbEnabled", "true"),
         setRequest("orliaLocale", "{}"), setRequest("another key", std::string(66000, 'x')),
         R"({"type":24,"payload":{"settingDBId":"deviceName","to":"Den"}})", R"({"type":24,"timestamp":9})",

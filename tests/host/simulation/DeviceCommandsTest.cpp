@@ -14,7 +14,7 @@ class Follower : public DeviceAbstractionLayer::DeviceInfoObserverInterface,
                  public DeviceAbstractionLayer::HandsfreeStateObserverInterface {
 public:
     explicit Follower(SimulatedSdkBridge& bridge) : sdk(bridge) {}
-    std::vector<std::string> told;
+    std::vector<std::string> notified;
     HandlerCounts counts;
     /// What comes of the next system settings.
     bool acceptsSettings = true;
@@ -27,11 +27,11 @@ public:
     void notifyAudioGuidanceChanged(bool) override {}
     void notifyDeviceModeChanged(std::string) override {}
     void notifySystemSettingChanged(std::string name, std::string value) override {
-        told.push_back(name + "=" + value);
+        notified.push_back(name + "=" + value);
         counts.events += acceptsSettings ? 1 : 0;
         counts.storageFailures += storageFails ? 1 : 0;
     }
-    void notifyHandsfreeStateChanged(bool enabled) override { told.push_back(enabled ? "on" : "off"); }
+    void notifyHandsfreeStateChanged(bool enabled) override { notified.push_back(enabled ? "on" : "off"); }
 
 private:
     SimulatedSdkBridge& sdk;
@@ -69,7 +69,7 @@ protected:
     DeviceCommands commands{device, sdk, launcher, [this] { return observer->counts; }};
 };
 
-TEST_F(DeviceCommandsTest, ShowTellsTheWholeState) {
+TEST_F(DeviceCommandsTest, ShowPrintsTheWholeState) {
     EXPECT_EQ(execute(R"({"command":"show"})"),
               R"({"device":{"captionsEnabled":"false","currentAlwaysOnPTTMode":"off","currentAlwaysOnVoiceMode":"off",)"
               R"("currentHandsFreeStatus":"off","doNotDisturbEnabled":"false","locales":"[\"en-US\"]",)"
@@ -92,7 +92,7 @@ TEST_F(DeviceCommandsTest, EachCommandReachesItsOwner) {
     EXPECT_EQ(execute(R"({"command":"handsfree","enabled":true})"), ok);
     EXPECT_EQ(device->getDeviceInfo().at("currentHandsFreeStatus"), "on");
     EXPECT_EQ(execute(R"({"command":"setting","key":"deviceName","value":"a\u0000b"})"), ok);
-    EXPECT_EQ(observer->told, (std::vector<std::string>{"on", std::string("deviceName=a\0b", 14)}));
+    EXPECT_EQ(observer->notified, (std::vector<std::string>{"on", std::string("deviceName=a\0b", 14)}));
 }
 
 TEST_F(DeviceCommandsTest, RefusesWrongArguments) {
@@ -107,7 +107,7 @@ TEST_F(DeviceCommandsTest, RefusesWrongArguments) {
     }
     EXPECT_EQ(sdk->getLocales(), std::vector<std::string>{"en-US"});
     EXPECT_EQ(sdk->getTimezone(), "America/Vancouver");
-    EXPECT_TRUE(observer->told.empty());
+    EXPECT_TRUE(observer->notified.empty());
 }
 
 TEST_F(DeviceCommandsTest, RefusesUnknownCommands) {
@@ -116,17 +116,17 @@ TEST_F(DeviceCommandsTest, RefusesUnknownCommands) {
     }
 }
 
-TEST_F(DeviceCommandsTest, KeepsUnusableLocalesAwayFromTheHandler) {
+TEST_F(DeviceCommandsTest, RejectsUnusableLocales) {
     EXPECT_EQ(codeOf(R"({"command":"setting","key":"orliaLocale","value":"{}"})"), "not-passed-on");
     EXPECT_EQ(log.take(),
               std::vector<std::string>{
                   "3 settings-host:rejected orliaLocale from the device: must be a JSON array of at most 32 levels"});
-    EXPECT_TRUE(observer->told.empty());
+    EXPECT_TRUE(observer->notified.empty());
     EXPECT_EQ(execute(R"({"command":"setting","key":"orliaLocale","value":"[\"a\"]"})"), ok);
-    EXPECT_EQ(observer->told.size(), 1U);
+    EXPECT_EQ(observer->notified.size(), 1U);
 }
 
-TEST_F(DeviceCommandsTest, SaysThatASettingWasThatValueAlready) {
+TEST_F(DeviceCommandsTest, ReportsAnUnchangedSetting) {
     observer->acceptsSettings = false;
     const std::string unchanged = R"({"ok":true,"changed":false})";
     for (const auto* frame : {R"({"command":"setting","key":"deviceName","value":"TV"})",
@@ -135,11 +135,11 @@ TEST_F(DeviceCommandsTest, SaysThatASettingWasThatValueAlready) {
                               R"({"command":"setting","key":"orliaLocale","value":"[\"en-US\"]"})"}) {
         EXPECT_EQ(execute(frame), unchanged) << frame;
     }
-    EXPECT_EQ(observer->told, (std::vector<std::string>{"deviceName=TV", "timezone=America/Vancouver",
-                                                        "friendlyName=", R"(orliaLocale=["en-US"])"}));
+    EXPECT_EQ(observer->notified, (std::vector<std::string>{"deviceName=TV", "timezone=America/Vancouver",
+                                                            "friendlyName=", R"(orliaLocale=["en-US"])"}));
 }
 
-TEST_F(DeviceCommandsTest, SaysWhyTheHandlerMadeNothingOfASetting) {
+TEST_F(DeviceCommandsTest, ReportsWhyTheHandlerDidNotChangeASetting) {
     observer->acceptsSettings = false;
     EXPECT_EQ(execute(R"({"command":"setting","key":"captionsEnabled","value":"false"})"),
               R"({"error":{"code":"read-only","message":"nothing changed: 'captionsEnabled' is set with the command )"
@@ -159,7 +159,7 @@ TEST_F(DeviceCommandsTest, SaysWhyTheHandlerMadeNothingOfASetting) {
     EXPECT_EQ(execute(R"({"command":"setting","key":"deviceName","value":"Den"})"),
               R"({"error":{"code":"not-stored","message":"nothing changed: the storage did not take the value; the )"
               R"(host's log says why"}})");
-    EXPECT_EQ(observer->told.size(), 6U);
+    EXPECT_EQ(observer->notified.size(), 6U);
 }
 
 TEST_F(DeviceCommandsTest, AnAcceptedSettingIsDoneWhateverTheStorageSays) {
@@ -167,7 +167,7 @@ TEST_F(DeviceCommandsTest, AnAcceptedSettingIsDoneWhateverTheStorageSays) {
     EXPECT_EQ(execute(R"({"command":"setting","key":"friendlyName","value":"Den"})"), ok);
 }
 
-TEST_F(DeviceCommandsTest, SaysWhenNothingCouldBeSaved) {
+TEST_F(DeviceCommandsTest, ReportsWhenTheStateCouldNotBeSaved) {
     state.refuses = true;
     for (const auto* frame :
          {R"({"command":"locale","value":"fr-FR"})", R"({"command":"locales","values":["a"]})",

@@ -32,7 +32,7 @@ protected:
         EXPECT_EQ(watcher->take(), std::vector<std::string>{R"({"ok":true})"});
     }
 
-    /// What the watcher saw, each as "DIRECTION DOOR CLIENT TEXT".
+    /// What the watcher saw, each as "DIRECTION LISTENER CLIENT TEXT".
     std::vector<std::string> traced() {
         std::vector<std::string> lines;
         for (const auto& text : watcher->take()) {
@@ -78,14 +78,14 @@ protected:
 const std::string captionsOn = R"({"command":"captions","enabled":true})";
 const std::string captionsNotice = R"({"notice":{"reread":["captionsEnabled"]}})";
 
-TEST_F(DeviceConsoleTest, CarriesCommandsOutAndTellsTheSettingsClients) {
+TEST_F(DeviceConsoleTest, ExecutesCommandsAndNotifiesSettingsClients) {
     EXPECT_EQ(answerTo(captionsOn), R"({"ok":true})");
     EXPECT_EQ(page->take(), std::vector<std::string>{captionsNotice});
     EXPECT_EQ(recording->take(), (std::vector<std::string>{"received " + captionsOn, "sent to all " + captionsNotice,
                                                            R"(sent to one {"ok":true})"}));
 }
 
-TEST_F(DeviceConsoleTest, RefusesWhatIsNoFrameAndGoesOn) {
+TEST_F(DeviceConsoleTest, RefusesInvalidFramesAndStaysUsable) {
     EXPECT_EQ(answerTo("x"), R"({"error":{"code":"not-json","message":"the frame is not JSON"}})");
     EXPECT_EQ(recording->take(),
               (std::vector<std::string>{
@@ -122,7 +122,7 @@ TEST_F(DeviceConsoleTest, ASettingThatTheHandlerAcceptsIsDone) {
     EXPECT_EQ(page->take().size(), 1U);
 }
 
-TEST_F(DeviceConsoleTest, TellsTheAddressOfThePages) {
+TEST_F(DeviceConsoleTest, RepliesWithTheAddressOfThePages) {
     EXPECT_EQ(answerTo(R"({"command":"page"})"), R"({"page":{"address":"http://127.0.0.1:1/?key=k"}})");
     EXPECT_EQ(answerTo(R"({"command":"page","newKey":false})"), R"({"page":{"address":"http://127.0.0.1:1/?key=k"}})");
     address.clear();
@@ -132,7 +132,7 @@ TEST_F(DeviceConsoleTest, TellsTheAddressOfThePages) {
     EXPECT_EQ(renewals, 0);
 }
 
-TEST_F(DeviceConsoleTest, MakesANewKeyForThePagesWhenAskedAndSaysWhenItCannot) {
+TEST_F(DeviceConsoleTest, MakesANewKeyOnRequestAndReportsWhenItCannot) {
     EXPECT_EQ(answerTo(R"({"command":"page","newKey":true})"), R"({"page":{"address":"http://127.0.0.1:1/?key=new"}})");
     EXPECT_EQ(renewals, 1);
     EXPECT_EQ(answerTo(R"({"command":"page","newKey":"yes"})"),
@@ -144,7 +144,7 @@ TEST_F(DeviceConsoleTest, MakesANewKeyForThePagesWhenAskedAndSaysWhenItCannot) {
         R"({"error":{"code":"not-written","message":"the new key could not be stored: the old key and its cookies still hold"}})");
 }
 
-TEST_F(DeviceConsoleTest, TheKeyOfThePagesIsForTheSocketAlone) {
+TEST_F(DeviceConsoleTest, TheKeyOfThePagesIsShownOnTheUnixSocketOnly) {
     const auto pageOfDevice = std::make_shared<RecordingClient>(Origin::DEVICE, ListenerKind::WEB);
     watch(true);
     for (const auto* frame : {R"({"command":"page"})", R"({"command":"page","newKey":true})"}) {
@@ -154,7 +154,7 @@ TEST_F(DeviceConsoleTest, TheKeyOfThePagesIsForTheSocketAlone) {
                       R"({"error":{"code":"not-here","message":"only the device socket answers this"}})"});
         answerTo(frame);
     }
-    EXPECT_EQ(traced(), std::vector<std::string>{}) << "a page that watches is not told";
+    EXPECT_EQ(traced(), std::vector<std::string>{}) << "a page that watches is not sent it";
     EXPECT_EQ(renewals, 1);
 }
 
@@ -195,14 +195,14 @@ TEST_F(DeviceConsoleTest, AWatcherSeesTheBeginningOfAVeryLargeFrame) {
     EXPECT_EQ(traced(), (std::vector<std::string>(2, "out all - " + largest)));
 }
 
-TEST_F(DeviceConsoleTest, WatchersDoNotSeeEachOtherLook) {
+TEST_F(DeviceConsoleTest, ShowAndTraceAreNotTraced) {
     watch(true);
     answerTo(R"({"command":"show"})");
     answerTo(R"({"command":"trace","enabled":false})");
     EXPECT_EQ(traced(), std::vector<std::string>{});
 }
 
-TEST_F(DeviceConsoleTest, WatchingEndsWhenAskedAndWithTheConnection) {
+TEST_F(DeviceConsoleTest, TracingEndsOnRequestAndWithTheConnection) {
     watch(true);
     watch(false);
     answerTo(captionsOn);

@@ -37,7 +37,7 @@ TEST_F(Simulation, StartsWithTheFirstValues) {
                                                                            {"currentAlwaysOnPTTMode", "off"}}));
 }
 
-TEST_F(Simulation, KeepsAndReportsWhatItIsTold) {
+TEST_F(Simulation, KeepsAndReportsWhatIsSet) {
     for (const bool afterRestart : {false, true}) {
         if (afterRestart) {
             restart();
@@ -125,25 +125,25 @@ TEST_F(Simulation, ADamagedStateGivesNoLocalesAndNoCrash) {
 class RecordingObserver : public DeviceAbstractionLayer::DeviceInfoObserverInterface,
                           public DeviceAbstractionLayer::HandsfreeStateObserverInterface {
 public:
-    std::vector<std::string> told;
-    void notifyLocaleChange(std::string locale) override { told.push_back("locale " + locale); }
+    std::vector<std::string> notified;
+    void notifyLocaleChange(std::string locale) override { notified.push_back("locale " + locale); }
     void notifyLocaleChange(std::vector<std::string> locales) override {
-        told.push_back("locales " + std::to_string(locales.size()));
+        notified.push_back("locales " + std::to_string(locales.size()));
     }
-    void notifyTimezoneChange(std::string timezone) override { told.push_back("timezone " + timezone); }
+    void notifyTimezoneChange(std::string timezone) override { notified.push_back("timezone " + timezone); }
     void notifyNetworkConnectionChanged(std::string) override {}
     void notifyMicrophoneAvailabilityChanged(std::string) override {}
     void notifyAudioGuidanceChanged(bool) override {}
     void notifyDeviceModeChanged(std::string) override {}
     void notifySystemSettingChanged(std::string name, std::string value) override {
-        told.push_back("setting " + name + " " + value);
+        notified.push_back("setting " + name + " " + value);
     }
     void notifyHandsfreeStateChanged(bool enabled) override {
-        told.push_back(enabled ? "handsfree on" : "handsfree off");
+        notified.push_back(enabled ? "handsfree on" : "handsfree off");
     }
 };
 
-TEST_F(Simulation, TheDeviceTellsItsObserversWhileTheyLive) {
+TEST_F(Simulation, TheDeviceNotifiesItsObserversWhileTheyLive) {
     const auto use = [&] {
         device->changeLocale("fr-FR");
         device->changeLocales({"a", "b"});
@@ -155,17 +155,17 @@ TEST_F(Simulation, TheDeviceTellsItsObserversWhileTheyLive) {
     auto observer = std::make_shared<RecordingObserver>();
     device->subscribe(observer, observer);
     use();
-    EXPECT_EQ(observer->told, (Keys{"locale fr-FR", "locales 2", "timezone zone", "setting k v", "handsfree on"}));
+    EXPECT_EQ(observer->notified, (Keys{"locale fr-FR", "locales 2", "timezone zone", "setting k v", "handsfree on"}));
     observer.reset();
     use();
 }
 
-TEST_F(Simulation, AnUnsavedSwitchTellsNobody) {
+TEST_F(Simulation, AnUnsavedSwitchNotifiesNoObserver) {
     const auto observer = std::make_shared<RecordingObserver>();
     device->subscribe(observer, observer);
     state.refuses = true;
     EXPECT_FALSE(device->switchHandsfree(true));
-    EXPECT_EQ(observer->told, Keys{});
+    EXPECT_EQ(observer->notified, Keys{});
 }
 
 TEST(SimulatedAppLaunchTest, LogsAndRemembers) {

@@ -36,7 +36,7 @@ TEST_F(EventLoopTest, DrainingEndsAtOnceWhenNothingIsOpen) {
     EXPECT_EQ(givenUp, 1);
 }
 
-TEST_F(EventLoopTest, DrainingWaitsForAClientThatDoesNotReadNoLongerThanASecondSignal) {
+TEST_F(EventLoopTest, ASecondSignalEndsTheDrainOfAClientThatDoesNotRead) {
     TestSupport::TemporaryDirectory folder;
     const auto large = std::make_shared<const std::string>(900000, 'x');
     clients.onFrame = [&](const auto& client, const auto&) {
@@ -55,7 +55,7 @@ TEST_F(EventLoopTest, DrainingWaitsForAClientThatDoesNotReadNoLongerThanASecondS
     EXPECT_TRUE(stuck.closedByPeer());
 }
 
-TEST_F(EventLoopTest, DoesWhatWasPutOffSoonAndOnce) {
+TEST_F(EventLoopTest, RunsALaterActionOnce) {
     std::vector<std::string> done;
     loop.later([&] {
         done.push_back("first");
@@ -70,7 +70,7 @@ TEST_F(EventLoopTest, DoesWhatWasPutOffSoonAndOnce) {
     EXPECT_EQ(done, (std::vector<std::string>{"first", "second", "third"}));
 }
 
-TEST_F(EventLoopTest, AtTheEndDoesWhatWasLeftForItOnceNothingIsOpen) {
+TEST_F(EventLoopTest, RunsEndActionsWhenNothingIsOpen) {
     std::vector<std::string> done;
     loop.later([&] { done.push_back("later"); });
     loop.atEnd([&] {

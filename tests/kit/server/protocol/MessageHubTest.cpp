@@ -86,7 +86,7 @@ TEST_F(MessageHubTest, RefusesToTheSenderAloneAndStaysUsable) {
     EXPECT_EQ(delivered.size(), 1U);
 }
 
-TEST_F(MessageHubTest, KeepsUnusableLocalesAwayWithoutAnAnswer) {
+TEST_F(MessageHubTest, RejectsUnusableLocalesWithoutAReply) {
     hub.received(requester, R"({"type":24,"timestamp":1,"payload":{"settingDBId":"orliaLocale","to":"{}"}})");
     EXPECT_TRUE(delivered.empty());
     EXPECT_TRUE(requester->take().empty());
@@ -97,7 +97,7 @@ TEST_F(MessageHubTest, KeepsUnusableLocalesAwayWithoutAnAnswer) {
     EXPECT_EQ(delivered.size(), 1U);
 }
 
-TEST_F(MessageHubTest, RepliesToTheAskerAlone) {
+TEST_F(MessageHubTest, RepliesToTheRequesterAlone) {
     onDelivery = [&] {
         rapidjson::Document payload(rapidjson::kObjectType);
         payload.AddMember("settings", rapidjson::Value(rapidjson::kObjectType), payload.GetAllocator());
@@ -138,7 +138,7 @@ TEST_F(MessageHubTest, ALargeReplyForWhichThereIsNoRoomIsNotMade) {
     EXPECT_EQ(codeOf(ask(100000)), "no refusal") << "it was read";
 }
 
-TEST_F(MessageHubTest, TheAskerOfMoreThanThereIsMemoryForIsToldSo) {
+TEST_F(MessageHubTest, ARequestForMoreThanThereIsMemoryForIsRefused) {
     traffic->take();
     onDelivery = [] { throw ReadLimitExceeded("too much"); };
     hub.received(requester, R"({"type":7})");
@@ -150,7 +150,7 @@ TEST_F(MessageHubTest, TheAskerOfMoreThanThereIsMemoryForIsToldSo) {
                                                          "refused busy", "handled 7 ANSWERED"}));
 }
 
-TEST_F(MessageHubTest, KeepsNobodyWhoseRequestIsOver) {
+TEST_F(MessageHubTest, KeepsNoClientWhoseRequestIsOver) {
     hub.received(requester, R"({"type":7})");
     rapidjson::Document payload(rapidjson::kObjectType);
     hub.sendResponse("late", payload);
@@ -164,7 +164,7 @@ TEST_F(MessageHubTest, KeepsNobodyWhoseRequestIsOver) {
     EXPECT_TRUE(gone.expired());
 }
 
-TEST_F(MessageHubTest, TheLogIsToldASettingsNameOfBoundedLength) {
+TEST_F(MessageHubTest, TheRequestContextHoldsAKeyOfBoundedLength) {
     const auto context = std::make_shared<RequestContext>();
     MessageHub logging(traffic, context);
     std::vector<std::string> names;
@@ -188,7 +188,7 @@ TEST_F(MessageHubTest, TheLogIsToldASettingsNameOfBoundedLength) {
     EXPECT_FALSE(context->current());
 }
 
-TEST_F(MessageHubTest, EventsAreNumberedWhoeverIsThere) {
+TEST_F(MessageHubTest, EventsAreNumberedWhoeverIsConnected) {
     hub.disconnected(requester, DisconnectReason::CLOSED);
     sendEvent("deviceName");
     hub.disconnected(other, DisconnectReason::CLOSED);
@@ -201,7 +201,7 @@ TEST_F(MessageHubTest, EventsAreNumberedWhoeverIsThere) {
     EXPECT_EQ(parsed(other->take().at(0))["sequence"].GetInt(), 1);
 }
 
-TEST_F(MessageHubTest, AReplyThatNobodyAskedForGoesNowhere) {
+TEST_F(MessageHubTest, AReplyWithoutARequestIsNotSent) {
     rapidjson::Document payload(rapidjson::kObjectType);
     hub.sendResponse("m1", payload);
     EXPECT_TRUE(requester->take().empty());
@@ -231,7 +231,7 @@ TEST_F(MessageHubTest, EventsGoToEveryClientAsOneSharedFrame) {
     EXPECT_EQ(parsed(other->take()[1])["sequence"].GetInt(), 2);
 }
 
-TEST_F(MessageHubTest, EventsTellWhoseDoingItWas) {
+TEST_F(MessageHubTest, EventsHoldTheOriginOfTheChange) {
     const auto page = std::make_shared<RecordingClient>(Origin::PAGE);
     onDelivery = [&] { sendEvent("deviceName"); };
     hub.received(page, R"({"type":24})");
@@ -260,7 +260,7 @@ TEST_F(MessageHubTest, ANoticeFollowsTheEventsForChangesWithoutOne) {
     EXPECT_EQ(other->take(), std::vector<std::string>{R"({"notice":{"reread":["deviceName"]}})"});
 }
 
-TEST_F(MessageHubTest, NoNoticeWhenTheEventsSaidItAll) {
+TEST_F(MessageHubTest, NoNoticeWhenEveryChangeHadAnEvent) {
     onDelivery = [&] {
         hub.valueChanged("friendlyName");
         sendEvent("friendlyName");
@@ -303,7 +303,7 @@ TEST_F(MessageHubTest, AClientThatLeftIsSentNothing) {
     EXPECT_EQ(requester->take().size(), 1U);
 }
 
-TEST_F(MessageHubTest, TellsTheTrafficObserverEverythingInOrder) {
+TEST_F(MessageHubTest, NotifiesTheTrafficObserverInOrder) {
     onDelivery = [&] {
         hub.valueChanged("timezone");
         rapidjson::Document payload(rapidjson::kObjectType);
@@ -347,7 +347,7 @@ TEST_F(MessageHubTest, RebuildsTheHandlersCacheAfterARequestThatMadeItTooLarge) 
     EXPECT_EQ(other->take(), std::vector<std::string>{R"({"notice":{"reread":["pttAlwaysOnEnabled"]}})"});
 }
 
-TEST_F(MessageHubTest, TellsWhatBecameOfEachRequest) {
+TEST_F(MessageHubTest, ReportsTheOutcomeOfEachRequest) {
     traffic->take();
     const auto outcomeOf = [&](std::function<void()> action) {
         onDelivery = std::move(action);

@@ -27,7 +27,7 @@ protected:
     std::vector<std::string> dropped;
 };
 
-TEST_F(BacklogTest, TheOneWithMostWaitingGoesFirstAndNoMoreThanMust) {
+TEST_F(BacklogTest, TheClientWithTheLargestBacklogIsDroppedFirstAndNoMoreThanNecessary) {
     auto& little = client("little");
     auto& most = client("most");
     auto& much = client("much");
@@ -49,7 +49,7 @@ TEST_F(BacklogTest, TheOneWithMostWaitingGoesFirstAndNoMoreThanMust) {
     EXPECT_EQ(requester.unread(), 255000U);
 }
 
-TEST_F(BacklogTest, OfTwoWithAsMuchTheOneWhoCameFirstGoes) {
+TEST_F(BacklogTest, OfEqualBacklogsTheOlderClientIsDropped) {
     auto& first = client("first");
     auto& second = client("second");
     auto& third = client("third");
@@ -61,7 +61,7 @@ TEST_F(BacklogTest, OfTwoWithAsMuchTheOneWhoCameFirstGoes) {
     EXPECT_EQ(dropped, (std::vector<std::string>{"first", "third"}));
 }
 
-TEST_F(BacklogTest, SeveralGoAtOnceWhenOneIsNotEnough) {
+TEST_F(BacklogTest, SeveralAreDroppedWhenOneIsNotEnough) {
     auto& first = client("first");
     auto& second = client("second");
     // As long as one of them has it, it takes its memory.
@@ -95,7 +95,7 @@ TEST_F(BacklogTest, AFrameForManyCountsOnce) {
     EXPECT_EQ(backlog->size(), 0U);
 }
 
-TEST_F(BacklogTest, WhatWaitsIsCountedUntilItIsGone) {
+TEST_F(BacklogTest, FramesCountUntilTheyAreSent) {
     auto& reader = client("reader");
     for (int round = 0; round < 100; ++round) {
         reader.push(frameOf(400000));
@@ -110,7 +110,7 @@ TEST_F(BacklogTest, WhatWaitsIsCountedUntilItIsGone) {
     EXPECT_TRUE(dropped.empty());
 }
 
-TEST_F(BacklogTest, ShortFramesCountWithWhatKeepsThem) {
+TEST_F(BacklogTest, ShortFramesCountWithTheirOverhead) {
     auto& reader = client("reader");
     int count = 0;
     for (; dropped.empty(); ++count) {
@@ -119,7 +119,7 @@ TEST_F(BacklogTest, ShortFramesCountWithWhatKeepsThem) {
     EXPECT_LT(count, 10000);
 }
 
-TEST_F(BacklogTest, WhatClientsSentCountsToo) {
+TEST_F(BacklogTest, InputOfClientsCountsToo) {
     auto& half = client("half");
     auto& reader = client("reader");
     half.setInput(450000);
@@ -136,7 +136,7 @@ TEST_F(BacklogTest, WhatClientsSentCountsToo) {
     EXPECT_EQ(backlog->size(), 0U);
 }
 
-TEST_F(BacklogTest, HasRoomForWhatFitsWithWhatKeepsIt) {
+TEST_F(BacklogTest, HasRoomForWhatFitsWithItsOverhead) {
     EXPECT_EQ(Backlog::maximum, 32U * 1024U * 1024U);
     EXPECT_TRUE(backlog->hasRoomFor(896000));
     EXPECT_FALSE(backlog->hasRoomFor(896001)) << "a quarter more for gaps";

@@ -39,7 +39,7 @@ protected:
     std::string departures;
 };
 
-TEST_F(BudgetedUnixSocketListenerTest, ThoseWithMostWaitingAreDisconnectedFirstAndTheReaderMissesNothing) {
+TEST_F(BudgetedUnixSocketListenerTest, TheLargestBacklogsAreDisconnectedFirstAndTheReaderMissesNothing) {
     const std::map<std::string, std::size_t> sizes{{"much", 30000}, {"most", 40000}, {"little", 20000}, {"reader", 10}};
     const auto frameOf = [&](const std::string& name, int number) {
         return std::to_string(number) + std::string(sizes.at(name), name.back());
@@ -78,7 +78,7 @@ TEST_F(BudgetedUnixSocketListenerTest, ThoseWithMostWaitingAreDisconnectedFirstA
     EXPECT_EQ(backlog->size(), 0U);
 }
 
-TEST_F(BudgetedUnixSocketListenerTest, WhatIsSentAndNotFinishedCountsToo) {
+TEST_F(BudgetedUnixSocketListenerTest, UnfinishedFramesOfClientsCountToo) {
     onFrame = [&](const auto& client, const auto&) { sendTo(client, "here"); };
     std::vector<std::unique_ptr<TestSupport::LineClient>> silent;
     for (int number = 0; number < 30; ++number) {

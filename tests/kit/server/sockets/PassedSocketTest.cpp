@@ -41,7 +41,7 @@ protected:
     std::string path = folder / "passed.sock";
 };
 
-TEST_F(PassedSocketTest, OfUnixSocketsOnlyListeningStreamsWithAPathAreTaken) {
+TEST_F(PassedSocketTest, OfUnixSocketsOnlyListeningStreamsWithAPathAreAccepted) {
     const std::string noListener = "the passed socket is not a listening Unix stream socket";
     EXPECT_EQ(refusalOfUnix(boundUnixSocket(folder / "datagrams", SOCK_DGRAM).get()), noListener);
     EXPECT_EQ(refusalOfUnix(boundUnixSocket(folder / "deaf", SOCK_STREAM).get()), noListener);
@@ -58,7 +58,7 @@ TEST_F(PassedSocketTest, OfUnixSocketsOnlyListeningStreamsWithAPathAreTaken) {
     EXPECT_EQ(::fcntl(good.get(), F_GETFD), FD_CLOEXEC);
 }
 
-TEST_F(PassedSocketTest, OfTcpSocketsOnlyListenersAtLoopbackAddressesAreTaken) {
+TEST_F(PassedSocketTest, OfTcpSocketsOnlyListenersAtLoopbackAddressesAreAccepted) {
     const std::string noListener = "the passed socket is not a listening TCP socket";
     EXPECT_EQ(refusalOfLoopback(listeningUnixSocket(path).get()), noListener);
     EXPECT_EQ(refusalOfLoopback(TestSupport::PlainSocket(::socket(AF_INET, SOCK_STREAM, 0)).get()), noListener);
@@ -86,7 +86,7 @@ TEST_F(PassedSocketTest, TheFileOfAPassedSocketStays) {
     EXPECT_THROW(TestSupport::LineClient{path}, std::runtime_error) << "the descriptor was not closed";
 }
 
-TEST_F(PassedSocketTest, ADoorKnowsTheAddressOfItsPassedSocket) {
+TEST_F(PassedSocketTest, AListenerKnowsTheAddressOfItsPassedSocket) {
     for (const std::string address : {"127.0.0.1", "::1"}) {
         const auto made = listeningTcpSocket(address);
         const TcpListener listener{Descriptor(::dup(made.get()))};

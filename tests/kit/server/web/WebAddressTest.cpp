@@ -12,7 +12,7 @@ TEST(WebAddressTest, ReadsLoopbackAddresses) {
     EXPECT_EQ(parseWebAddress("[::1]:65535").text(), "[::1]:65535");
 }
 
-TEST(WebAddressTest, RefusesEverythingElseInWords) {
+TEST(WebAddressTest, RefusesEverythingElseWithAMessage) {
     const std::map<std::string, std::string> refusals{
         {"0.0.0.0:8097", "'0.0.0.0' is not a loopback address, such as 127.0.0.1"},
         {"192.168.1.2:8097", "'192.168.1.2' is not a loopback address, such as 127.0.0.1"},

@@ -13,7 +13,7 @@ using TestSupport::httpGet;
 using TestSupport::HttpResponse;
 using TestSupport::WebSocket;
 
-TEST_F(WebServerTest, PingsAfterFifteenSecondsUnlessToldOtherwise) {
+TEST_F(WebServerTest, PingsAfterFifteenSecondsByDefault) {
     const WebSite site{WebAccess({"127.0.0.1", port}, "", "k", "c"), PageFiles(), {}};
     EXPECT_EQ(site.timeoutSeconds, 15);
 }
@@ -34,7 +34,7 @@ TEST_F(WebServerTest, TheKeyOpensThePagesAndTheCookieOpensThemAgain) {
     EXPECT_EQ(httpGet(port, "/none", {cookie()}).status, 404);
 }
 
-TEST_F(WebServerTest, ANewKeyLocksOutWhoeverCameWithTheOldOne) {
+TEST_F(WebServerTest, ANewKeyClosesConnectionsThatCameWithTheOldOne) {
     WebSocket withKey(port, "/settings?key=thekey", "settings.v1");
     WebSocket withCookie(port, "/device", "device.v1", {cookie()});
     WebSocket deaf(port, "/settings?key=thekey", "settings.v1", {}, 4096);
@@ -173,7 +173,7 @@ TEST_F(WebServerTest, AWebSocketNeedsItsPathAndSubprotocol) {
     EXPECT_EQ(connections, 3);
 }
 
-TEST_F(WebServerTest, MessagesAreFramesHoweverTheyWereCut) {
+TEST_F(WebServerTest, MessagesAreFramesHoweverTheyWereFragmented) {
     WebSocket socket(port, "/settings?key=thekey", "settings.v1");
     socket.sendText("one");
     socket.sendFrame(1, "t", false);
@@ -209,19 +209,19 @@ TEST_F(WebServerTest, ABinaryMessageClosesWith1003) {
     EXPECT_EQ(socket.receive().value_or(WebSocket::Message()).closeStatus(), 1003);
 }
 
-TEST_F(WebServerTest, WhatComesAfterTheFarewellIsNoFrame) {
+TEST_F(WebServerTest, DataAfterACloseFrameIsIgnored) {
     std::atomic<int> frames{0};
     onFrame = [&](const auto&, const auto&) { ++frames; };
     WebSocket socket(port, "/settings?key=thekey", "settings.v1");
-    const std::string farewell = WebSocket::frameBytes(8, "\x03\xe8", true);
-    socket.sendRaw(WebSocket::frameBytes(1, "before", true) + farewell + WebSocket::frameBytes(1, "after", true) +
+    const std::string closeFrame = WebSocket::frameBytes(8, "\x03\xe8", true);
+    socket.sendRaw(WebSocket::frameBytes(1, "before", true) + closeFrame + WebSocket::frameBytes(1, "after", true) +
                    WebSocket::frameBytes(1, std::string(300, 'x'), true));
     EXPECT_EQ(socket.receive().value_or(WebSocket::Message()).closeStatus(), 1000);
     waitFor([&] { return disconnections == 1; });
     EXPECT_EQ(frames, 1);
 }
 
-TEST_F(WebServerTest, AClientMayAskMuchBeforeItReadsAnything) {
+TEST_F(WebServerTest, AClientMaySendManyRequestsBeforeItReads) {
     const std::string answer(5000, 'a');
     onFrame = [&](const auto& client, const auto& frame) { sendTo(client, frame + answer); };
     WebSocket socket(port, "/settings?key=thekey", "settings.v1", {}, 4096);
@@ -237,7 +237,7 @@ TEST_F(WebServerTest, AClientMayAskMuchBeforeItReadsAnything) {
     EXPECT_EQ(disconnections, 0);
 }
 
-TEST_F(WebServerTest, AClientThatReadsSlowlyIsNotTakenForOneThatIsGone) {
+TEST_F(WebServerTest, AClientThatReadsSlowlyIsNotTimedOut) {
     const std::string answer(5000, 'a');
     onFrame = [&](const auto& client, const auto& frame) { sendTo(client, frame + answer); };
     WebSocket socket(port, "/settings?key=thekey", "settings.v1", {}, 4096);
@@ -289,17 +289,17 @@ TEST_F(WebServerTest, AClientThatAnswersNoPingIsDroppedAndOneThatDoesStays) {
     WebSocket silent(port, "/settings?key=thekey", "settings.v1");
     WebSocket answering(port, "/settings?key=thekey", "settings.v1");
     silent.answerPings = false;
-    std::thread patient([&] { EXPECT_EQ(answering.receiveText(), "<still here>"); });
+    std::thread reader([&] { EXPECT_EQ(answering.receiveText(), "<still here>"); });
     EXPECT_EQ(silent.receive().value_or(WebSocket::Message()).kind, 9);
     silent.receive();
     EXPECT_TRUE(silent.closedByPeer());
     waitFor([&] { return disconnections == 1; });
     answering.sendText("still here");
-    patient.join();
+    reader.join();
     EXPECT_EQ(disconnections, 1);
 }
 
-TEST_F(WebServerTest, WhoNeverFinishesARequestOrReadsItsAnswerIsDropped) {
+TEST_F(WebServerTest, AConnectionThatNeverFinishesARequestOrReadsItsAnswerIsDropped) {
     const std::size_t descriptors = TestSupport::openDescriptors(::getpid());
     TestSupport::TcpConnection half(port);
     half.send("GET /?key=thekey HTTP/1.1\r\n");
@@ -315,7 +315,7 @@ TEST_F(WebServerTest, WhoNeverFinishesARequestOrReadsItsAnswerIsDropped) {
     EXPECT_TRUE(deaf.closedByPeer());
 }
 
-TEST_F(WebServerTest, StoppingSendsWhatWaitsAndSaysThatTheHostGoes) {
+TEST_F(WebServerTest, StoppingDrainsClientsAndClosesWith1001) {
     onFrame = [&](const auto& client, const auto&) {
         sendTo(client, std::string(200000, 'x'));
         sendTo(client, "last");
@@ -332,7 +332,7 @@ TEST_F(WebServerTest, StoppingSendsWhatWaitsAndSaysThatTheHostGoes) {
     EXPECT_THROW(TestSupport::TcpConnection again(port), std::runtime_error);
 }
 
-TEST_F(WebServerTest, StoppingDoesNotWaitForOneThatReadsNothing) {
+TEST_F(WebServerTest, StoppingDoesNotWaitForAClientThatDoesNotRead) {
     onFrame = [&](const auto& client, const auto&) { sendTo(client, std::string(1000000, 'x')); };
     WebSocket stuck(port, "/settings?key=thekey", "settings.v1", {}, 4096);
     stuck.sendText("x");
@@ -345,27 +345,27 @@ TEST_F(WebServerTest, StoppingDoesNotWaitForOneThatReadsNothing) {
     EXPECT_EQ(disconnections, 1);
 }
 
-TEST_F(WebServerTest, MoreConnectionsThanItTakesAreClosedAndThoseInsideGoOn) {
-    std::vector<std::unique_ptr<WebSocket>> inside;
+TEST_F(WebServerTest, ConnectionsOverTheLimitAreClosedAndTheOthersGoOn) {
+    std::vector<std::unique_ptr<WebSocket>> sockets;
     for (std::size_t number = 0; number < maximumClients + 20; ++number) {
-        inside.push_back(std::make_unique<WebSocket>(port, "/settings?key=thekey", "settings.v1"));
-        if (inside.back()->status() != 101) {
-            inside.pop_back();
+        sockets.push_back(std::make_unique<WebSocket>(port, "/settings?key=thekey", "settings.v1"));
+        if (sockets.back()->status() != 101) {
+            sockets.pop_back();
         }
     }
-    EXPECT_EQ(inside.size(), maximumClients);
+    EXPECT_EQ(sockets.size(), maximumClients);
     waitFor([&] { return refusedConnections == 20; });
-    for (const auto& socket : inside) {
+    for (const auto& socket : sockets) {
         socket->sendText("x");
         EXPECT_EQ(socket->receiveText(), "<x>");
     }
-    inside.pop_back();
+    sockets.pop_back();
     waitFor([&] { return disconnections == 1; });
     WebSocket next(port, "/settings?key=thekey", "settings.v1");
     EXPECT_EQ(next.status(), 101);
 }
 
-TEST_F(WebServerTest, GarbageHurtsNobody) {
+TEST_F(WebServerTest, GarbageDoesNotDisturbOtherClients) {
     WebSocket good(port, "/settings?key=thekey", "settings.v1");
     for (const std::string& bytes :
          std::vector<std::string>{std::string("\x00\x01\x02", 3), std::string("GET\r\n\r\n"), std::string(100000, 'a'),
