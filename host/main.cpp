@@ -52,6 +52,12 @@ std::function<void()> reopening(const std::shared_ptr<SettingsHost::LogFile>& fi
     };
 }
 
+void sendLogTo(const SettingsHost::LogSink& sink) {
+    VessaLogger::setLogSink([sink](const VessaLogger::LogLine& line) {
+        sink({line.level, line.time, line.threadId, line.text});
+    });
+}
+
 void serve(const SettingsHost::Options& options, const std::shared_ptr<SettingsHost::LogFile>& logFile) {
     // A reader of our output or a client that goes away must not end the host.
     std::signal(SIGPIPE, SIG_IGN);
@@ -64,7 +70,7 @@ void serve(const SettingsHost::Options& options, const std::shared_ptr<SettingsH
     // First of all: what is opened before could be taken for a socket that was passed.
     SettingsHost::PassedSockets sockets(listeners);
     const auto context = std::make_shared<SettingsHost::RequestContext>();
-    VessaLogger::setLogSink(SettingsHost::makeHostLogSink(options.log, context, logFile));
+    sendLogTo(SettingsHost::makeHostLogSink(options.log, context, logFile));
     SettingsHost::notifyStarting("Opening the database");
     SettingsHost::Composition host(options, std::move(sockets), context, reopening(logFile));
     std::printf("%s\n", host.readyLine().c_str());

@@ -3,9 +3,9 @@
 #include <memory>
 #include <string>
 
-#include "VessaLogger/LogSink.h"
 #include "service/logging/LineFormat.h"
 #include "service/logging/LogFile.h"
+#include "service/logging/LogLine.h"
 #include "service/logging/RequestContext.h"
 
 namespace SettingsHost {
@@ -22,7 +22,7 @@ struct LogChoices {
 /// or entry by entry to the journal where standard error leads there; and to `file`, unless that is null.
 /// Errors: lines that cannot be written are lost and nothing else. How many is said, at level 2, before the next line
 /// that can be written to the same place.
-VessaLogger::LogSink makeHostLogSink(const LogChoices& choices, const std::shared_ptr<const RequestContext>& context,
-                                     const std::shared_ptr<LogFile>& file);
+LogSink makeHostLogSink(const LogChoices& choices, const std::shared_ptr<const RequestContext>& context,
+                        const std::shared_ptr<LogFile>& file);
 
 }  // namespace SettingsHost

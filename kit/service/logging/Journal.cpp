@@ -11,6 +11,8 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include "Wire/ControlCharacters.h"
+
 namespace SettingsHost {
 
 namespace {
@@ -51,9 +53,9 @@ bool isStandardErrorTheJournal() {
            std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino) == journal;
 }
 
-std::string journalEntry(const VessaLogger::LogLine& line, const std::optional<CurrentRequest>& request) {
+std::string journalEntry(const LogLine& line, const std::optional<CurrentRequest>& request) {
     std::string entry;
-    addField(entry, "MESSAGE", VessaLogger::escapeControlCharacters(line.text));
+    addField(entry, "MESSAGE", Wire::escapeControlCharacters(line.text));
     addField(entry, "PRIORITY", priorityOf(line.level));
     addField(entry, "SYSLOG_IDENTIFIER", "settings-host");
     if (request) {

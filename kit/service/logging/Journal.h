@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "VessaLogger/LogSink.h"
+#include "service/logging/LogLine.h"
 #include "service/logging/RequestContext.h"
 
 namespace SettingsHost {
@@ -14,7 +14,7 @@ bool isStandardErrorTheJournal();
 
 /// One entry in the journal's native protocol: MESSAGE, with control characters escaped, PRIORITY as in syslog,
 /// SYSLOG_IDENTIFIER, and while a request is in hand REQUEST_TYPE, and SETTING_KEY when it is about a setting.
-std::string journalEntry(const VessaLogger::LogLine& line, const std::optional<CurrentRequest>& request);
+std::string journalEntry(const LogLine& line, const std::optional<CurrentRequest>& request);
 
 /// A way to the journal that never waits for it.
 class Journal {

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "Utils/Rapidjson.h"
+#include "Wire/ControlCharacters.h"
 #include "Wire/Utf8.h"
 
 namespace SettingsHost {
@@ -45,7 +46,7 @@ std::string timeText(std::chrono::system_clock::time_point time) {
     return whole.data();
 }
 
-std::string jsonObject(const VessaLogger::LogLine& line, const std::optional<CurrentRequest>& request) {
+std::string jsonObject(const LogLine& line, const std::optional<CurrentRequest>& request) {
     rapidjson::StringBuffer buffer;
     rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
     writer.StartObject();
@@ -74,12 +75,12 @@ std::string jsonObject(const VessaLogger::LogLine& line, const std::optional<Cur
 LineFormat::LineFormat(LogFormat wantedFormat, std::shared_ptr<const RequestContext> requestContext)
     : format(wantedFormat), context(std::move(requestContext)) {}
 
-std::string LineFormat::textOf(const VessaLogger::LogLine& line) const {
+std::string LineFormat::textOf(const LogLine& line) const {
     if (format == LogFormat::JSON) {
         return jsonObject(line, context->current()) + "\n";
     }
     return timeText(line.time) + " " + nameOf(line.level) + " [" + line.threadId + "] " +
-           VessaLogger::escapeControlCharacters(line.text) + "\n";
+           Wire::escapeControlCharacters(line.text) + "\n";
 }
 
 }  // namespace SettingsHost

@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "VessaLogger/LogSink.h"
+#include "service/logging/LogLine.h"
 #include "service/logging/RequestContext.h"
 
 namespace SettingsHost {
@@ -18,7 +18,7 @@ class LineFormat {
 public:
     LineFormat(LogFormat format, std::shared_ptr<const RequestContext> context);
 
-    std::string textOf(const VessaLogger::LogLine& line) const;
+    std::string textOf(const LogLine& line) const;
 
 private:
     LogFormat format;

@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include "Utils/Rapidjson.h"
+#include "VessaLogger/LogSink.h"
 #include "service/logging/HostLog.h"
 #include "service/logging/HostLogSink.h"
 #include "support/TemporaryDirectory.h"
@@ -22,10 +23,16 @@ class HostLogSinkTest : public ::testing::Test {
 protected:
     ~HostLogSinkTest() override { VessaLogger::setLogSink({}); }
 
+    static void sendLogTo(const LogSink& sink) {
+        VessaLogger::setLogSink([sink](const VessaLogger::LogLine& line) {
+            sink({line.level, line.time, line.threadId, line.text});
+        });
+    }
+
     /// What logging `text` at each level writes to standard error.
     static std::string written(int minimumLevel, LogFormat format, const std::string& text) {
         ::testing::internal::CaptureStderr();
-        VessaLogger::setLogSink(makeHostLogSink({minimumLevel, format, ""}, context, nullptr));
+        sendLogTo(makeHostLogSink({minimumLevel, format, ""}, context, nullptr));
         for (const auto level :
              {VessaLogger::TRACE, VessaLogger::INFORMATION, VessaLogger::WARNING, VessaLogger::ERROR}) {
             logHost(level, text);
@@ -67,9 +74,9 @@ TEST_F(HostLogSinkTest, TellsTheTimeOnAClockThatNobodyHasSet) {
         for (const int milliseconds : {-86400001, -1001, -1000, -500, -1, 0, 7, 1000}) {
             const LineFormat text(LogFormat::TEXT, context);
             const LineFormat json(LogFormat::JSON, context);
-            const VessaLogger::LogLine line{
-                VessaLogger::ERROR, std::chrono::system_clock::time_point(std::chrono::milliseconds(milliseconds)), "1",
-                "x", VessaLogger::NATIVE_SERVICE};
+            const LogLine line{VessaLogger::ERROR,
+                               std::chrono::system_clock::time_point(std::chrono::milliseconds(milliseconds)), "1",
+                               "x"};
             const std::string written = text.textOf(line);
             const std::string time = written.substr(0, written.find(' '));
             EXPECT_EQ(json.textOf(line), R"({"time":")" + time + R"(","level":3,"thread":"1","text":"x"})" + "\n");
@@ -150,7 +157,7 @@ TEST_F(HostLogSinkTest, NoLineIsWrittenBeforeTheLossOfOthersIsTold) {
     ASSERT_GT(size, 0);
     const int before = ::dup(STDERR_FILENO);
     ASSERT_EQ(::dup2(pipe[1], STDERR_FILENO), STDERR_FILENO);
-    VessaLogger::setLogSink(makeHostLogSink({1, LogFormat::TEXT, ""}, context, nullptr));
+    sendLogTo(makeHostLogSink({1, LogFormat::TEXT, ""}, context, nullptr));
     auto& log = VessaLogger::Log::instance();
     const auto emit = [&](const std::string& text) {
         log.emitLog(VessaLogger::INFORMATION, std::chrono::system_clock::now(), log.getThreadId(), text,
@@ -186,7 +193,7 @@ TEST_F(HostLogSinkTest, ALogFileThatCannotBeWrittenIsComplainedAboutAndLinesStil
     TestSupport::TemporaryDirectory folder;
     const std::string file = folder / "none/host.log";
     ::testing::internal::CaptureStderr();
-    VessaLogger::setLogSink(makeHostLogSink({1, LogFormat::TEXT, file}, context, std::make_shared<LogFile>(file)));
+    sendLogTo(makeHostLogSink({1, LogFormat::TEXT, file}, context, std::make_shared<LogFile>(file)));
     logHost(VessaLogger::INFORMATION, "a");
     const auto seen = lines(::testing::internal::GetCapturedStderr());
     ASSERT_EQ(seen.size(), 2U);

@@ -15,8 +15,7 @@ protected:
     static std::string entry(VessaLogger::LogLevel level, const std::string& text,
                              const std::optional<CurrentRequest>& request = std::nullopt) {
         const std::string thread = "7";
-        return journalEntry({level, std::chrono::system_clock::now(), thread, text, VessaLogger::NATIVE_SERVICE},
-                            request);
+        return journalEntry({level, std::chrono::system_clock::now(), thread, text}, request);
     }
 
     TestSupport::TemporaryDirectory folder;
