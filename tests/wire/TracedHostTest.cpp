@@ -13,7 +13,7 @@ std::string copyOf(const std::string& direction, const std::string& listener, co
     json::StringBuffer buffer;
     json::Writer<json::StringBuffer> writer(buffer);
     writer.String(text);
-    return R"({"trace":{"timestamp":1,"direction":")" + direction + R"(","listener":")" + listener +
+    return R"({"trace":{"timestamp":1,"direction":")" + direction + R"(","door":")" + listener +
            R"(","client":null,"text":)" + buffer.GetString() + "}}";
 }
 
