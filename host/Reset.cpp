@@ -9,7 +9,7 @@
 #include <unistd.h>
 
 #include "service/logging/LogFile.h"
-#include "storage/CompanionFiles.h"
+#include "storage/FileNames.h"
 #include "storage/Database.h"
 #include "storage/DatabaseLock.h"
 #include "storage/Files.h"

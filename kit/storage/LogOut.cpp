@@ -6,7 +6,7 @@
 
 #include "service/logging/HostLog.h"
 #include "storage/Backup.h"
-#include "storage/CompanionFiles.h"
+#include "storage/FileNames.h"
 #include "storage/Files.h"
 
 namespace SettingsHost {

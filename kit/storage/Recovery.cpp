@@ -4,7 +4,7 @@
 
 #include "service/logging/HostLog.h"
 #include "storage/Backup.h"
-#include "storage/CompanionFiles.h"
+#include "storage/FileNames.h"
 #include "storage/Files.h"
 #include "storage/LogOut.h"
 

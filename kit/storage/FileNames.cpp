@@ -1,4 +1,4 @@
-#include "storage/CompanionFiles.h"
+#include "storage/FileNames.h"
 
 #include <algorithm>
 #include <filesystem>
