@@ -9,11 +9,10 @@
 #include <unistd.h>
 
 #include "service/logging/LogFile.h"
-#include "storage/FileNames.h"
 #include "storage/Database.h"
 #include "storage/DatabaseLock.h"
+#include "storage/FileNames.h"
 #include "storage/Files.h"
-#include "storage/LogOut.h"
 
 namespace SettingsHost {
 
@@ -53,9 +52,9 @@ std::vector<std::string> filesToRemove(const std::string& database, const std::s
             candidates.push_back(file);
         }
     }
-    candidates.push_back(logOutMarkerOf(database));
-    for (const std::string ending : {companions[0], companions[1], ""}) {
-        candidates.push_back(database + ending);
+    candidates.push_back(logOutMarkerName(database));
+    for (const auto& file : databaseFiles(database)) {
+        candidates.push_back(file);
     }
     std::vector<std::string> files;
     for (const auto& candidate : candidates) {

@@ -16,9 +16,6 @@ namespace SettingsHost {
 /// once there has been one. The database outlives it.
 class Backup {
 public:
-    static constexpr int generations = 2;
-    static std::string nameOf(const std::string& databaseFile, int generation);
-
     /// Begins a copy. Errors: `DatabaseError`, also in `step`.
     explicit Backup(Database& database);
     /// Removes a copy that is not finished.

@@ -6,6 +6,7 @@
 #include <sqlite3.h>
 
 #include "storage/DatabaseLock.h"
+#include "storage/FileNames.h"
 #include "storage/Files.h"
 
 namespace SettingsHost {
@@ -100,7 +101,7 @@ void Database::connect() {
         readingLock = lockForReading(path);
         // Without a write-ahead log the file is all there is. With one it has to be read too, without taking locks,
         // which need a file that can be written to.
-        const bool hasLog = holdsData(path + "-wal");
+        const bool hasLog = holdsData(path + walSuffix);
         name = uriOf(path) + (hasLog ? "" : "?immutable=1");
         flags = SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_URI;
         fileSystem = hasLog ? "unix-none" : nullptr;

@@ -11,31 +11,37 @@ namespace SettingsHost {
 
 namespace {
 
+constexpr const char* backupSuffix = ".backup";
+constexpr const char* damagedSuffix = ".damaged";
+constexpr const char* restoreSuffix = ".restoring";
+
 bool startsWith(std::string_view text, std::string_view start) {
     return text.substr(0, start.size()) == start;
 }
 
-std::string_view withoutCompanion(std::string_view name) {
-    // The last one is left by other programs that looked into the file.
-    for (const std::string_view companion : {companions[0], companions[1], "-shm"}) {
-        if (name.size() > companion.size() && name.substr(name.size() - companion.size()) == companion) {
-            return name.substr(0, name.size() - companion.size());
+bool isNumber(std::string_view text) {
+    return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+std::string_view withoutSqliteSuffix(std::string_view name) {
+    // Other programs that read the file leave a "-shm".
+    for (const std::string_view suffix :
+         {std::string_view(walSuffix), std::string_view(journalSuffix), std::string_view("-shm")}) {
+        if (name.size() > suffix.size() && name.substr(name.size() - suffix.size()) == suffix) {
+            return name.substr(0, name.size() - suffix.size());
         }
     }
     return name;
 }
 
-/// `ending` follows the name of the database. Names of other files that begin like the database are not the storage's.
-bool isStorages(std::string_view ending) {
-    ending = withoutCompanion(ending);
-    for (const std::string_view name : {".backup.new", ".restoring", ".damaged"}) {
-        if (ending == name) {
-            return true;
-        }
+/// `suffix` follows the name of the database. Other suffixes are files of others.
+bool isCompanion(std::string_view suffix) {
+    suffix = withoutSqliteSuffix(suffix);
+    if (suffix == unfinishedBackupName("") || suffix == restoreSuffix || suffix == damagedSuffix) {
+        return true;
     }
-    for (const std::string_view numbered : {".backup.", ".damaged."}) {
-        const auto number = startsWith(ending, numbered) ? ending.substr(numbered.size()) : "";
-        if (!number.empty() && number.find_first_not_of("0123456789") == std::string_view::npos) {
+    for (const std::string numbered : {backupSuffix, damagedSuffix}) {
+        if (startsWith(suffix, numbered + ".") && isNumber(suffix.substr(numbered.size() + 1))) {
             return true;
         }
     }
@@ -44,20 +50,44 @@ bool isStorages(std::string_view ending) {
 
 }  // namespace
 
-std::vector<std::string> companionFiles(const std::string& databaseFile) {
-    const std::filesystem::path database(databaseFile);
-    const std::string name = database.filename().string();
+std::string backupName(const std::string& database, int generation) {
+    return database + backupSuffix + "." + std::to_string(generation);
+}
+
+std::string unfinishedBackupName(const std::string& database) {
+    return database + backupSuffix + ".new";
+}
+
+std::string unfinishedRestoreName(const std::string& database) {
+    return database + restoreSuffix;
+}
+
+std::string damagedName(const std::string& database, int number) {
+    return database + damagedSuffix + (number == 1 ? "" : "." + std::to_string(number));
+}
+
+std::string logOutMarkerName(const std::string& database) {
+    return database + ".log-out";
+}
+
+std::vector<std::string> databaseFiles(const std::string& database) {
+    return {database + walSuffix, database + journalSuffix, database};
+}
+
+std::vector<std::string> companionFiles(const std::string& database) {
+    const std::filesystem::path path(database);
+    const std::string name = path.filename().string();
     std::vector<std::string> files;
     std::error_code error;
-    std::filesystem::directory_iterator entry(database.parent_path(), error);
+    std::filesystem::directory_iterator entry(path.parent_path(), error);
     for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
         const std::string found = entry->path().filename().string();
-        if (startsWith(found, name) && isStorages(std::string_view(found).substr(name.size()))) {
+        if (startsWith(found, name) && isCompanion(std::string_view(found).substr(name.size()))) {
             files.push_back(entry->path().string());
         }
     }
     if (error) {
-        throw DatabaseError("cannot look into " + database.parent_path().string() + ": " + error.message());
+        throw DatabaseError("cannot read the folder " + path.parent_path().string() + ": " + error.message());
     }
     std::sort(files.begin(), files.end());
     return files;

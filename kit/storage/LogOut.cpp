@@ -31,7 +31,7 @@ bool hasSettings(Database& database) {
 
 bool isMarked(const Database& database) {
     std::error_code unused;
-    return std::filesystem::exists(logOutMarkerOf(database.file()), unused);
+    return std::filesystem::exists(logOutMarkerName(database.file()), unused);
 }
 
 /// With the marker alone the log-out took place if there is nothing stored: then the database was lost with the note
@@ -48,7 +48,7 @@ void giveUp(Database& database) {
     try {
         database.rollBack();
         if (!hasTable(database, noteTable)) {
-            removeFile(logOutMarkerOf(database.file()));
+            removeFile(logOutMarkerName(database.file()));
         }
     } catch (const DatabaseError&) {
         // The marker goes with the next look or start, which finds that nothing was deleted.
@@ -81,7 +81,7 @@ void erase(Database& database) {
     }
     // Syncs the log, too, so that what was cut off cannot come back.
     database.execute(std::string("DROP TABLE ") + noteTable);
-    removeFile(logOutMarkerOf(database.file()));
+    removeFile(logOutMarkerName(database.file()));
 }
 
 void backUp(Database& database) {
@@ -97,13 +97,9 @@ void backUp(Database& database) {
 
 }  // namespace
 
-std::string logOutMarkerOf(const std::string& databaseFile) {
-    return databaseFile + ".log-out";
-}
-
 void beginLogOut(Database& database, const std::function<void()>& removeValues) {
     try {
-        makeFile(logOutMarkerOf(database.file()));
+        makeFile(logOutMarkerName(database.file()));
         database.execute("BEGIN IMMEDIATE");
         removeValues();
         makeNote(database);
@@ -120,7 +116,7 @@ void finishLogOut(Database& database) {
     }
     try {
         if (!isToBeErased(database)) {
-            removeFile(logOutMarkerOf(database.file()));
+            removeFile(logOutMarkerName(database.file()));
             return;
         }
         erase(database);

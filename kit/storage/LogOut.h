@@ -18,9 +18,6 @@ namespace SettingsHost {
 /// The name of the table that a log-out clears.
 constexpr const char* settingsTable = "settings";
 
-/// The name of the file that is there while a log-out is under way.
-std::string logOutMarkerOf(const std::string& databaseFile);
-
 /// Runs `removeValues`, which removes what is in the table of settings, so that it takes place for good together with
 /// the note that the rest is to be erased. To be followed by `finishLogOut`.
 /// Errors: `DatabaseError`; then no log-out has taken place.

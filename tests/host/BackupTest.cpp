@@ -9,6 +9,7 @@
 #include "kit/support/LogRecording.h"
 #include "server/sockets/UnixSocketListener.h"
 #include "storage/Backup.h"
+#include "storage/FileNames.h"
 #include "storage/KeyValueTable.h"
 #include "storage/LogOut.h"
 #include "storage/Recovery.h"
@@ -42,9 +43,7 @@ protected:
         return KeyValueTable(copy, "settings").get(key).value_or("(none)");
     }
 
-    std::string valueIn(int generation, const std::string& key) {
-        return valueIn(Backup::nameOf(file, generation), key);
-    }
+    std::string valueIn(int generation, const std::string& key) { return valueIn(backupName(file, generation), key); }
 
     std::vector<std::string> files() const {
         std::vector<std::string> names;
@@ -56,7 +55,7 @@ protected:
     }
 
     void makeOlder(int generation, std::chrono::seconds by) {
-        const std::string backup = Backup::nameOf(file, generation);
+        const std::string backup = backupName(file, generation);
         std::filesystem::last_write_time(backup, std::filesystem::last_write_time(backup) - by);
     }
 
@@ -78,7 +77,7 @@ TEST_F(BackupTest, KeepsTwoGenerations) {
     EXPECT_EQ(files(), (std::vector<std::string>{"settings.db", "settings.db-wal", "settings.db.backup.1",
                                                  "settings.db.backup.2"}));
     struct stat status {};
-    EXPECT_EQ(::stat(Backup::nameOf(file, 1).c_str(), &status), 0);
+    EXPECT_EQ(::stat(backupName(file, 1).c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777U, 0600U);
 }
 
@@ -149,7 +148,7 @@ TEST_F(BackupTest, WhateverFailsOnTheWayTheOthersStay) {
             } else {
                 disk.failOnce(call);
             }
-            std::filesystem::copy_file(Backup::nameOf(file, 1), folder / "before");
+            std::filesystem::copy_file(backupName(file, 1), folder / "before");
             try {
                 backUp();
             } catch (const DatabaseError&) {
@@ -158,7 +157,7 @@ TEST_F(BackupTest, WhateverFailsOnTheWayTheOthersStay) {
             }
             disk.work();
             std::filesystem::remove(folder / "before");
-            for (int generation = 1; generation <= Backup::generations; ++generation) {
+            for (int generation = 1; generation <= backupGenerations; ++generation) {
                 EXPECT_EQ(valueIn(generation, "key20"), std::string(5000, 'v')) << call;
             }
         }
@@ -182,7 +181,7 @@ TEST_F(BackupTest, ADamagedCopyDoesNotReplaceAGoodOne) {
     Backup backup(database);
     EXPECT_THROW(while (backup.step(1000)){}, DatabaseError);
     EXPECT_EQ(valueIn(1, "deviceName"), "good");
-    EXPECT_FALSE(std::filesystem::exists(Backup::nameOf(file, 2)));
+    EXPECT_FALSE(std::filesystem::exists(backupName(file, 2)));
 }
 
 class BackupScheduleTest : public BackupTest {
@@ -197,7 +196,7 @@ protected:
         loop.run();
     }
 
-    bool exists(int generation) { return std::filesystem::exists(Backup::nameOf(file, generation)); }
+    bool exists(int generation) { return std::filesystem::exists(backupName(file, generation)); }
 
     EventLoop loop;
     /// Without something to serve the loop would end.
@@ -252,10 +251,10 @@ TEST_F(BackupScheduleTest, ErasesAtALookWhatALogOutCouldNot) {
     finishLogOut(database);
     disk.work();
     EXPECT_EQ(log.take().size(), 1U);
-    EXPECT_TRUE(std::filesystem::exists(logOutMarkerOf(file)));
+    EXPECT_TRUE(std::filesystem::exists(logOutMarkerName(file)));
     const BackupSchedule schedule(loop, database, {1ms, 5ms, 24h, 1});
     serveUntil([&] { return exists(1); });
-    EXPECT_FALSE(std::filesystem::exists(logOutMarkerOf(file)));
+    EXPECT_FALSE(std::filesystem::exists(logOutMarkerName(file)));
     EXPECT_EQ(log.take(), std::vector<std::string>{});
 }
 

@@ -7,6 +7,7 @@
 #include "kit/support/LogRecording.h"
 #include "kit/support/StorageRecording.h"
 #include "storage/Backup.h"
+#include "storage/FileNames.h"
 #include "storage/LogOut.h"
 #include "storage/Recovery.h"
 #include "storage/SqliteStorage.h"
@@ -119,13 +120,13 @@ protected:
     void expectNothingIsThere(Running& running) const {
         EXPECT_EQ(running.storage.health().keys, 0U);
         EXPECT_EQ(filesWithSecrets(), Names());
-        EXPECT_FALSE(std::filesystem::exists(logOutMarkerOf(file)));
+        EXPECT_FALSE(std::filesystem::exists(logOutMarkerName(file)));
         EXPECT_EQ(running.database.file(), file);
     }
 
     bool holdsEveryBackup() const {
-        return contentOf(Backup::nameOf(file, 1)) == contentOf(*used / "settings.db.backup.1") &&
-               contentOf(Backup::nameOf(file, 2)) == contentOf(*used / "settings.db.backup.2");
+        return contentOf(backupName(file, 1)) == contentOf(*used / "settings.db.backup.1") &&
+               contentOf(backupName(file, 2)) == contentOf(*used / "settings.db.backup.2");
     }
 
     enum class Loss { NONE, DAMAGED, MISSING, MISSING_WITH_LOG };
@@ -183,7 +184,7 @@ private:
             EXPECT_TRUE(running.storage.setValue(word + "Key", secret(300)));
             EXPECT_TRUE(running.storage.setValue("orliaLocale", secret(20)));
             EXPECT_EQ(running.storage.setAside("orliaLocale"), "orliaLocale.unusable");
-            for (int generation = 0; generation < Backup::generations; ++generation) {
+            for (int generation = 0; generation < backupGenerations; ++generation) {
                 Backup backup(running.database);
                 while (backup.step(100)) {
                 }
@@ -279,7 +280,7 @@ TEST_F(LogOutTest, WhatCannotBeErasedAtOnceKeepsNothingElse) {
     std::filesystem::remove_all(stubborn);
     finishLogOut(running.database);
     EXPECT_EQ(log.take(), Names());
-    EXPECT_FALSE(std::filesystem::exists(logOutMarkerOf(file)));
+    EXPECT_FALSE(std::filesystem::exists(logOutMarkerName(file)));
     EXPECT_EQ(running.get("deviceName"), "Den");
     EXPECT_EQ(filesWithSecrets(), Names());
 }
@@ -386,7 +387,7 @@ TEST_F(LogOutTest, WheneverThePowerIsCutItIsDoneOrNothingIsLost) {
                 disk.restorePower(random);
             }
             Running running(*this);
-            EXPECT_FALSE(std::filesystem::exists(logOutMarkerOf(file)));
+            EXPECT_FALSE(std::filesystem::exists(logOutMarkerName(file)));
             if (answered || running.get("deviceName").empty()) {
                 ++done;
                 expectNothingIsThere(running);

@@ -7,6 +7,7 @@
 #include "kit/support/FaultyDisk.h"
 #include "kit/support/LogRecording.h"
 #include "storage/Backup.h"
+#include "storage/FileNames.h"
 #include "storage/KeyValueTable.h"
 #include "storage/Recovery.h"
 #include "support/TemporaryDirectory.h"
@@ -77,7 +78,7 @@ TEST_F(RecoveryTest, ADamagedOneIsKeptAndRestored) {
                        "are lost")}));
     EXPECT_EQ(open(), "backed up");
     EXPECT_EQ(recovery.source, Source::NOT_NEEDED) << "the next start finds everything in order";
-    EXPECT_TRUE(std::filesystem::exists(Backup::nameOf(file, 1))) << "the backup stays";
+    EXPECT_TRUE(std::filesystem::exists(backupName(file, 1))) << "the backup stays";
 }
 
 TEST_F(RecoveryTest, WithoutABackupEverythingBeginsAnew) {
@@ -95,7 +96,7 @@ TEST_F(RecoveryTest, TheSecondBackupServesWhenTheFirstIsDamagedToo) {
     live("first", true);
     live("second", true);
     damage(file);
-    damage(Backup::nameOf(file, 1));
+    damage(backupName(file, 1));
     EXPECT_EQ(open(), "first");
     const auto lines = log.take();
     ASSERT_EQ(lines.size(), 4U);
@@ -184,7 +185,7 @@ TEST_F(RecoveryTest, ALogThatWasKeptIsNotOverwritten) {
 
 TEST_F(RecoveryTest, ALogOfAnEarlierRestorationIsNotReadIntoTheCopy) {
     live("backed up", true);
-    std::filesystem::copy_file(Backup::nameOf(file, 1), folder / "copy.db");
+    std::filesystem::copy_file(backupName(file, 1), folder / "copy.db");
     {
         Database copy(folder / "copy.db");
         KeyValueTable(copy, "settings").put("deviceName", "of the log");
