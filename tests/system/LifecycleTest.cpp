@@ -184,7 +184,7 @@ TEST_F(HostLifecycle, SaysWhatIsWrongWithItsArgumentsAsItsLogWould) {
     EXPECT_EQ(jsonWordsOfFailedStart(2, {"--device-socket", folder / "state/../run/settings.sock"}),
               Lines{"3 settings-host:" + same});
     const std::string noValue =
-        "--storage: '--storage-x' looks like an option; a path of that name is written ./--storage-x";
+        "--storage: '--storage-x' looks like an option; for a path of that name use ./--storage-x";
     EXPECT_EQ(wordsOfFailedStart(2, {"--storage", "--storage-x"}), Lines{"settings-host: " + noValue});
     EXPECT_FALSE(std::filesystem::exists("--storage-x"));
 }

@@ -88,13 +88,13 @@ TEST_F(HostLog, OpensItsFileAgainOnSighup) {
     std::filesystem::rename(file, folder / "moved.log");
     const std::string before = content(folder / "moved.log");
     host->sendSignal(SIGHUP);
-    ASSERT_NO_FATAL_FAILURE(awaitLine("settings-host:opened the log file again"));
+    ASSERT_NO_FATAL_FAILURE(awaitLine("settings-host:reopened the log file"));
     request(setRequest("deviceName", "\"Attic\"", 2));
     EXPECT_EQ(get("deviceName"), "Attic") << "it stopped";
     const Lines shown = linesOf(stop());
     Lines kept = linesOf(content(file));
     ASSERT_FALSE(kept.empty());
-    EXPECT_TRUE(contains(kept[0], "settings-host:opened the log file again")) << kept[0];
+    EXPECT_TRUE(contains(kept[0], "settings-host:reopened the log file")) << kept[0];
     kept.erase(kept.begin());
     EXPECT_EQ(kept, shown);
     EXPECT_EQ(content(folder / "moved.log"), before) << "it went on in the old file";
@@ -107,7 +107,7 @@ TEST_F(HostLog, GoesOnWithoutAFileThatCannotBeOpenedAgain) {
     std::filesystem::create_directory(file);
     host->sendSignal(SIGHUP);
     ASSERT_NO_FATAL_FAILURE(
-        awaitLine("settings-host:the log file " + file + " cannot be opened again, its lines are lost: "));
+        awaitLine("settings-host:cannot reopen the log file " + file + ", its lines are lost: "));
     EXPECT_EQ(get("deviceName"), "TV");
 }
 

@@ -159,7 +159,7 @@ TEST_F(HostReset, RefusesAFileThatNeverWasADatabase) {
 TEST_F(HostReset, DoesNothingWhereThereIsNothing) {
     const auto done = reset();
     EXPECT_EQ(done.status, 0);
-    EXPECT_EQ(done.output, "There is nothing to remove.\n");
+    EXPECT_EQ(done.output, "Nothing to remove.\n");
     EXPECT_FALSE(std::filesystem::exists(folder / "state")) << "it makes nothing either";
 }
 
@@ -170,7 +170,7 @@ TEST_F(HostReset, NeedsSomebodyToAsk) {
     EXPECT_EQ(refused.status, 2);
     EXPECT_EQ(refused.output, "");
     EXPECT_EQ(refused.errors,
-              "settings-host: --reset asks before it removes anything, but there is no terminal: add --yes\n");
+              "settings-host: --reset asks for confirmation, but standard input is not a terminal: add --yes\n");
     EXPECT_EQ(files(), before);
 }
 

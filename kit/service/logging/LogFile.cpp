@@ -74,13 +74,14 @@ bool LogFile::accept(int opened) {
     return true;
 }
 
-std::string LogFile::generation(int number) const {
-    return number == 0 ? path : path + "." + std::to_string(number);
+std::vector<std::string> LogFile::filesOf(const std::string& file) {
+    return {file, file + ".1", file + ".2"};
 }
 
 bool LogFile::rotate() {
-    for (int number = files - 1; number > 0; --number) {
-        if (std::rename(generation(number - 1).c_str(), generation(number).c_str()) != 0 && errno != ENOENT) {
+    const auto files = filesOf(path);
+    for (std::size_t older = files.size() - 1; older > 0; --older) {
+        if (std::rename(files[older - 1].c_str(), files[older].c_str()) != 0 && errno != ENOENT) {
             return fail(std::string("it is full and cannot be renamed: ") + std::strerror(errno));
         }
     }

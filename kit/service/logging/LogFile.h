@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "service/logging/LogOutput.h"
 
@@ -12,8 +13,8 @@ namespace SettingsHost {
 class LogFile : public LogOutput {
 public:
     static constexpr std::size_t maximumSize = 1024U * 1024U;
-    /// With the one that is being written.
-    static constexpr int files = 3;
+    /// The names of all files of the log `file`, the newest first: FILE, FILE.1, FILE.2. They need not exist.
+    static std::vector<std::string> filesOf(const std::string& file);
 
     explicit LogFile(std::string path, std::size_t limit = maximumSize);
     ~LogFile() override;
@@ -34,7 +35,6 @@ private:
     bool rotate();
     bool append(const std::string& line);
     void close();
-    std::string generation(int number) const;
 
     std::string path;
     std::size_t limit;
