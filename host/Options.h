@@ -14,7 +14,7 @@ struct Options {
     std::string storageFile;
     std::string socketPath;
     std::string deviceSocketPath;
-    LogChoices log;
+    LogOptions log;
     /// The address of the web port; none with --no-web.
     std::optional<WebAddress> listen;
     /// The folder of the pages; empty when there are none.

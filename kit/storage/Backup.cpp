@@ -29,11 +29,11 @@ void Backup::Finisher::operator()(sqlite3_backup* begun) const {
 Backup::Backup(Database& source) : database(source), unfinished(unfinishedBackupName(source.file())) {
     removeFile(unfinished);
     removeFile(unfinished + walSuffix);
-    makeFile(unfinished);
+    createFile(unfinished);
     sqlite3* opened = nullptr;
     const int result = sqlite3_open_v2(unfinished.c_str(), &opened, SQLITE_OPEN_READWRITE, nullptr);
     copy.reset(opened);
-    // Nobody reads a copy that is not finished, so it needs no journal.
+    // An unfinished copy is never read, so it needs no journal on the disk.
     if (result != SQLITE_OK || sqlite3_exec(opened, "PRAGMA locking_mode=EXCLUSIVE; PRAGMA journal_mode=MEMORY",
                                             nullptr, nullptr, nullptr) != SQLITE_OK) {
         fail(opened);
@@ -65,7 +65,7 @@ bool Backup::step(int pages) {
     return false;
 }
 
-/// A bad copy must not take the place of a good one.
+/// A damaged copy must not replace a good backup.
 void Backup::check() {
     std::string verdict;
     const auto read = [](void* out, int, char** columns, char**) {

@@ -72,21 +72,22 @@ Recovery::Source restoreNewest(const std::string& file) {
             return Recovery::Source::BACKUP;
         }
     }
-    logHost(VessaLogger::ERROR, "there is no backup to restore the database from; all settings have their defaults");
+    logHost(VessaLogger::ERROR, "no usable backup; all settings have their defaults");
     return Recovery::Source::DEFAULTS;
 }
 
-/// A database that was never there leaves nothing behind.
+/// Did a database exist before?
 bool leftTraces(const std::string& file) {
     return holdsData(backupName(file, 1)) || holdsData(backupName(file, 2)) || holdsData(file + walSuffix);
 }
 
-/// What is left of a database that was lost during a log-out, and its backups, may hold what the log-out removed.
-void beginAnewAfterLogOut(const std::string& file, Recovery& recovery) {
+/// A database that was lost during a log-out and its backups may hold values that the log-out removed.
+void startEmptyAfterLogOut(const std::string& file, Recovery& recovery) {
     for (const auto& name : databaseFiles(file)) {
         removeFile(name);
     }
-    logHost(VessaLogger::ERROR, "a log-out was under way, so no backup is restored; all settings have their defaults");
+    logHost(VessaLogger::ERROR,
+            "a log-out was in progress, so no backup is restored; all settings have their defaults");
     recovery.source = Recovery::Source::DEFAULTS;
 }
 
@@ -98,15 +99,15 @@ Database openOrRestore(const std::string& file, Recovery& recovery) {
             logHost(VessaLogger::ERROR, damage.what());
         }
     } else {
-        logHost(VessaLogger::ERROR, file + " is missing or empty, but there was one");
+        logHost(VessaLogger::ERROR, file + " is missing or empty, although backups or a log of it exist");
     }
     if (exists(logOutMarkerName(file))) {
-        beginAnewAfterLogOut(file, recovery);
+        startEmptyAfterLogOut(file, recovery);
         return Database(file);
     }
     recovery.setAside = setAside(file);
     if (!recovery.setAside.empty()) {
-        logHost(VessaLogger::ERROR, "what was found was kept as " + recovery.setAside);
+        logHost(VessaLogger::ERROR, "the old files were kept as " + recovery.setAside);
     }
     recovery.source = restoreNewest(file);
     return Database(file);

@@ -55,8 +55,8 @@ TEST_F(HostDamagedStorage, StartsOnDefaultsAndSaysSo) {
     ask(setRequest("deviceName", "\"Kitchen\"") + "\n" + getRequest("[]"));
     disconnect();
     const std::string log = stop();
-    EXPECT_TRUE(contains(log, "is damaged or no database")) << log;
-    EXPECT_TRUE(contains(log, "what was found was kept as settings.db.damaged")) << log;
+    EXPECT_TRUE(contains(log, "is damaged or not a database")) << log;
+    EXPECT_TRUE(contains(log, "the old files were kept as settings.db.damaged")) << log;
     EXPECT_TRUE(contains(log, "all settings have their defaults")) << log;
     EXPECT_EQ(std::filesystem::file_size(database() + ".damaged"), 10000U);
     startWeb();

@@ -105,7 +105,7 @@ TEST_F(HostUnwritableStorage, AReadOnlyDiskServesWhatIsStored) {
         EXPECT_TRUE(contains(health(), R"("status":"degraded")")) << health();
         disconnect();
         const std::string log = stop();
-        EXPECT_TRUE(contains(log, "no change will be stored: the file system cannot be written to")) << log;
+        EXPECT_TRUE(contains(log, "changes cannot be stored: the file system is read-only")) << log;
         EXPECT_TRUE(contains(log, "cannot store 'deviceName': database: attempt to write a readonly database")) << log;
         remount("rw");
         startInside();
@@ -133,7 +133,7 @@ TEST_F(HostUnwritableStorage, AStoredLocaleThatCannotBeSetAsideStopsTheHostWithI
     }
     EXPECT_EQ(failing->wait(), 1);
     EXPECT_EQ(said,
-              (Lines{"settings-host:no change will be stored: the file system cannot be written to",
+              (Lines{"settings-host:changes cannot be stored: the file system is read-only",
                      "settings-host:cannot set 'orliaLocale' aside: database: attempt to write a readonly database",
                      "settings-host: the stored value of 'orliaLocale' is unusable and could not be set aside"}));
 }

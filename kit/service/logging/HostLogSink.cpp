@@ -13,7 +13,7 @@ namespace SettingsHost {
 
 namespace {
 
-/// One place where lines go, and how many were lost on the way there.
+/// A destination of lines, and the number of lines that it lost.
 class Destination {
 public:
     /// Returns: false when the line was lost.
@@ -53,7 +53,7 @@ Destination journalDestination(std::shared_ptr<const RequestContext> context) {
     });
 }
 
-void complainAbout(const LogFile& file, Destination& destination) {
+void reportUnwritable(const LogFile& file, Destination& destination) {
     const std::string text =
         "settings-host:the log file " + file.name() + " cannot be written to, its lines are lost: " + file.failure();
     const std::string threadId = VessaLogger::Log::instance().getThreadId();
@@ -62,20 +62,20 @@ void complainAbout(const LogFile& file, Destination& destination) {
 
 }  // namespace
 
-LogSink makeHostLogSink(const LogChoices& choices, const std::shared_ptr<const RequestContext>& context,
+LogSink makeHostLogSink(const LogOptions& options, const std::shared_ptr<const RequestContext>& context,
                         const std::shared_ptr<LogFile>& file) {
-    const auto format = std::make_shared<LineFormat>(choices.format, context);
+    const auto format = std::make_shared<LineFormat>(options.format, context);
     const auto destinations = std::make_shared<std::vector<Destination>>();
     destinations->push_back(isStandardErrorTheJournal()
                                 ? journalDestination(context)
                                 : textDestination(std::make_shared<StandardErrorOutput>(STDERR_FILENO), format));
     if (file) {
-        if (!file->open() && choices.minimumLevel <= VessaLogger::WARNING) {
-            complainAbout(*file, destinations->front());
+        if (!file->open() && options.minimumLevel <= VessaLogger::WARNING) {
+            reportUnwritable(*file, destinations->front());
         }
         destinations->push_back(textDestination(file, format));
     }
-    return [destinations, minimumLevel = choices.minimumLevel](const LogLine& line) {
+    return [destinations, minimumLevel = options.minimumLevel](const LogLine& line) {
         if (line.level < minimumLevel) {
             return;
         }

@@ -15,7 +15,7 @@ namespace SettingsHost {
 
 namespace {
 
-/// As wide as "error", the longer one aside.
+/// Padded to the width of "error".
 const char* nameOf(VessaLogger::LogLevel level) {
     switch (level) {
         case VessaLogger::TRACE:
@@ -31,7 +31,7 @@ const char* nameOf(VessaLogger::LogLevel level) {
 
 /// Local time: 2026-01-31T12:34:56.789+01:00.
 std::string timeText(std::chrono::system_clock::time_point time) {
-    // Rounded down, also before 1970: a device whose clock nobody has set yet may be there.
+    // Rounded down, also before 1970, where a device may be whose clock is not set yet.
     const auto second = std::chrono::floor<std::chrono::seconds>(time);
     const std::time_t sinceEpoch = std::chrono::system_clock::to_time_t(second);
     const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(time - second).count();

@@ -270,8 +270,8 @@ TEST_F(LogOutTest, WhatCannotBeErasedAtOnceKeepsNothingElse) {
     EXPECT_TRUE(running.storage.clearStorage());
     EXPECT_EQ(filesWithSecrets(), Names());
     const std::string line =
-        "3 settings-host:what a log-out removed is not erased from the disk yet, which is tried "
-        "again within an hour and at the next start: cannot remove " +
+        "3 settings-host:a log-out is incomplete: removed values are still on the disk (retried hourly and at the next "
+        "start): cannot remove " +
         stubborn + ": Is a directory";
     EXPECT_EQ(log.take(), Names{line});
     EXPECT_TRUE(running.storage.setValue("deviceName", "Den"));
@@ -335,7 +335,7 @@ TEST_F(LogOutTest, WhicheverCallFailsItIsDoneOrNothingIsLost) {
             }
             EXPECT_EQ(removed.size(), 4U);
             ASSERT_LE(lines.size(), 1U);
-            const bool isLate = !lines.empty() && lines[0].find("is not erased from the disk yet") != std::string::npos;
+            const bool isLate = !lines.empty() && lines[0].find("a log-out is incomplete") != std::string::npos;
             late += isLate ? 1 : 0;
             EXPECT_EQ(isLate || filesWithSecrets().empty(), true);
             EXPECT_EQ(running->storage.health().keys, 0U);

@@ -45,7 +45,7 @@ protected:
 
     std::string line(const std::string& text) { return "3 settings-host:" + text; }
 
-    std::string damageLine() { return line(file + " is damaged or no database (database: file is not a database)"); }
+    std::string damageLine() { return line(file + " is damaged or not a database (database: file is not a database)"); }
 
     SettingsHostTests::LogRecording log;
     SettingsHostTests::FaultyDisk disk;
@@ -73,7 +73,7 @@ TEST_F(RecoveryTest, ADamagedOneIsKeptAndRestored) {
     EXPECT_EQ(content("settings.db.damaged"), std::string(10000, 'x'));
     EXPECT_EQ(log.take(),
               (std::vector<std::string>{
-                  damageLine(), line("what was found was kept as settings.db.damaged"),
+                  damageLine(), line("the old files were kept as settings.db.damaged"),
                   line("the database was restored from settings.db.backup.1; changes made since that backup "
                        "are lost")}));
     EXPECT_EQ(open(), "backed up");
@@ -87,8 +87,8 @@ TEST_F(RecoveryTest, WithoutABackupEverythingBeginsAnew) {
     EXPECT_EQ(recovery.source, Source::DEFAULTS);
     EXPECT_EQ(content("settings.db.damaged"), std::string(10000, 'x'));
     EXPECT_EQ(log.take(),
-              (std::vector<std::string>{damageLine(), line("what was found was kept as settings.db.damaged"),
-                                        line("there is no backup to restore the database from; all settings have their "
+              (std::vector<std::string>{damageLine(), line("the old files were kept as settings.db.damaged"),
+                                        line("no usable backup; all settings have their "
                                              "defaults")}));
 }
 
@@ -101,7 +101,7 @@ TEST_F(RecoveryTest, TheSecondBackupServesWhenTheFirstIsDamagedToo) {
     const auto lines = log.take();
     ASSERT_EQ(lines.size(), 4U);
     EXPECT_EQ(lines[2], line("the backup settings.db.backup.1 cannot be used: " + file +
-                             ".restoring is damaged or no database (database: file is not a database)"));
+                             ".restoring is damaged or not a database (database: file is not a database)"));
     EXPECT_EQ(lines[3],
               line("the database was restored from settings.db.backup.2; changes made since that backup are lost"));
     EXPECT_EQ(content("settings.db.backup.1"), std::string(10000, 'x')) << "it is no worse than before";
@@ -149,7 +149,7 @@ TEST_F(RecoveryTest, AMissingOrEmptyDatabaseIsRestoredToo) {
     EXPECT_EQ(recovery.setAside, "");
     EXPECT_EQ(log.take(),
               (std::vector<std::string>{
-                  line(file + " is missing or empty, but there was one"),
+                  line(file + " is missing or empty, although backups or a log of it exist"),
                   line("the database was restored from settings.db.backup.1; changes made since that backup "
                        "are lost")}));
     std::ofstream(file).close();

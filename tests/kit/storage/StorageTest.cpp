@@ -120,7 +120,7 @@ TEST_F(StorageTest, HoldsTheFileForItself) {
 TEST_F(StorageTest, RefusesFilesThatAreNotOursAndLeavesThem) {
     std::filesystem::create_directories(folder / "state/deep");
     std::ofstream(file) << std::string(5000, 'x');
-    expectRefused("damaged or no database");
+    expectRefused("damaged or not a database");
     EXPECT_EQ(std::filesystem::file_size(file), 5000U);
     std::filesystem::remove(file);
     sql("CREATE TABLE theirs (x); INSERT INTO theirs VALUES (1)");
@@ -179,7 +179,7 @@ TEST_F(StorageTest, TakesAThousandKeysAndThenReplacesOnly) {
     database->execute("COMMIT");
     EXPECT_FALSE(storage->setValue("one more", "v"));
     EXPECT_EQ(log.take(),
-              std::vector<std::string>{"3 settings-host:cannot store 'one more': there are 1,000 keys already"});
+              std::vector<std::string>{"3 settings-host:cannot store 'one more': the limit of 1,000 keys is reached"});
     EXPECT_TRUE(storage->setValue("key5", "new"));
     EXPECT_TRUE(storage->removeValue("key6"));
     EXPECT_TRUE(storage->setValue("one more", "v"));
@@ -194,7 +194,7 @@ TEST_F(StorageTest, TakesAMebibyteOfKeysAndValuesTogether) {
     EXPECT_EQ(log.take(), std::vector<std::string>{});
     EXPECT_FALSE(storage->setValue("x", ""));
     EXPECT_FALSE(storage->setValue("ke10", value + "v"));
-    const std::string reason = ": keys and values would take more than 1 MiB together";
+    const std::string reason = ": keys and values would exceed 1 MiB in total";
     EXPECT_EQ(log.take(), (std::vector<std::string>{"3 settings-host:cannot store 'x'" + reason,
                                                     "3 settings-host:cannot store 'ke10'" + reason}));
     EXPECT_TRUE(read("ke10") == value);
@@ -239,10 +239,9 @@ TEST_F(StorageTest, KeepsWhatWasStoredBeyondTheLimitsAndRefusesGrowthOnly) {
     EXPECT_EQ(read("key1100"), std::string(2000, 'v'));
     EXPECT_FALSE(storage->setValue("key1", std::string(2001, 'w')));
     EXPECT_FALSE(storage->setValue("new", ""));
-    EXPECT_EQ(log.take(),
-              (std::vector<std::string>{
-                  "3 settings-host:cannot store 'key1': keys and values would take more than 1 MiB together",
-                  "3 settings-host:cannot store 'new': there are 1,000 keys already"}));
+    EXPECT_EQ(log.take(), (std::vector<std::string>{
+                              "3 settings-host:cannot store 'key1': keys and values would exceed 1 MiB in total",
+                              "3 settings-host:cannot store 'new': the limit of 1,000 keys is reached"}));
     EXPECT_TRUE(storage->setValue("key1", std::string(2000, 'w')));
     EXPECT_TRUE(storage->setValue("key2", "short"));
     EXPECT_EQ(storage->setAside("key3"), "key3.unusable") << "a start does not fail for it";
