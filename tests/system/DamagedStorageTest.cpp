@@ -44,7 +44,7 @@ protected:
     void change(const std::string& statements) { sql(statements); }
 };
 
-TEST_F(HostDamagedStorage, StartsOnDefaultsAndSaysSo) {
+TEST_F(HostDamagedStorage, StartsWithDefaultsAndReportsIt) {
     storeName("Den");
     damage(database());
     startWeb();
@@ -104,7 +104,7 @@ TEST_F(HostDamagedStorage, DoesNotTouchTheDatabaseOfANewerVersion) {
     EXPECT_EQ(get("deviceName"), "Den");
 }
 
-TEST_F(HostDamagedStorage, WaitsForAnotherProcessASecondAndNoLonger) {
+TEST_F(HostDamagedStorage, WaitsAtMostASecondForAnotherProcess) {
     storeName("Den");
     sqlite3* other = nullptr;
     ASSERT_EQ(sqlite3_open(database().c_str(), &other), SQLITE_OK);

@@ -36,7 +36,7 @@ protected:
     }
 };
 
-TEST_F(HostGuard, HoldsOnTheSettingsSocket) {
+TEST_F(HostGuard, RejectsLocalesOnTheSettingsSocket) {
     start();
     for (const auto& text : texts()) {
         SCOPED_TRACE(text.name);
@@ -66,7 +66,7 @@ TEST_F(HostGuard, ReadsDuplicatesAndEscapesAsTheHandlerDoes) {
     EXPECT_EQ(get("deviceName"), "TV");
 }
 
-TEST_F(HostGuard, HoldsOnTheDeviceSocket) {
+TEST_F(HostGuard, RejectsLocalesOnTheDeviceSocket) {
     start();
     for (const auto& text : texts()) {
         const std::string answer =
@@ -76,7 +76,7 @@ TEST_F(HostGuard, HoldsOnTheDeviceSocket) {
     EXPECT_EQ(get("orliaLocale"), R"(["fr-FR"])");
 }
 
-TEST_F(HostGuard, HoldsForStoredValuesOfOlderSoftware) {
+TEST_F(HostGuard, SetsStoredLocalesOfOlderVersionsAside) {
     start();
     stop();
     std::vector<Text> stored = texts();

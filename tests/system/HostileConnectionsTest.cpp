@@ -92,7 +92,7 @@ protected:
     std::size_t memory = 0;
 };
 
-TEST_F(HostileConnections, OfAThousandClientsAsManyAsThereIsRoomForAreServedAndTheOthersAreTold) {
+TEST_F(HostileConnections, OfAThousandClientsThoseWithinTheLimitAreServedAndTheOthersRefused) {
     constexpr std::size_t crowdSize = 1000;
     for (const auto& [path, listener, others] : {std::tuple(socket(), "socket", clientsOfAListener - 1),
                                                  std::tuple(deviceSocket(), "device", clientsOfAListener)}) {
@@ -122,7 +122,7 @@ TEST_F(HostileConnections, OfAThousandClientsAsManyAsThereIsRoomForAreServedAndT
     expectGrowthBelow(clientsOfAListener * idleConnectionCost);
 }
 
-TEST_F(HostileConnections, OfAThousandWebConnectionsWithoutKeyAsManyAsThereIsRoomForAreKept) {
+TEST_F(HostileConnections, OfAThousandUnauthenticatedConnectionsThoseWithinTheLimitAreKept) {
     constexpr std::size_t crowdSize = 1000;
     const auto inside = page();
     std::vector<std::unique_ptr<TcpConnection>> evictions;
@@ -144,7 +144,7 @@ TEST_F(HostileConnections, OfAThousandWebConnectionsWithoutKeyAsManyAsThereIsRoo
     expectGrowthBelow(clientsOfAListener * idleConnectionCost);
 }
 
-TEST_F(HostileConnections, WhileOthersReconnectAsFastAsTheyCanThoseWithTheKeyAreServed) {
+TEST_F(HostileConnections, ClientsWithTheKeyAreServedDuringAFloodOfConnections) {
     const std::string cookie = cookieOf(httpGet(port, "/?key=" + key));
     const auto inside = page();
     std::atomic<bool> enough{false};
@@ -183,7 +183,7 @@ TEST_F(HostileConnections, WhileOthersReconnectAsFastAsTheyCanThoseWithTheKeyAre
     expectGrowthBelow(clientsOfAListener * idleConnectionCost);
 }
 
-TEST_F(HostileConnections, WithoutDescriptorsNewClientsAreToldAndThoseInsideAreServed) {
+TEST_F(HostileConnections, WithoutDescriptorsNewClientsAreRefusedAndConnectedOnesServed) {
     if (TestSupport::sanitizersNeedDescriptors) {
         GTEST_SKIP();
     }
@@ -270,7 +270,7 @@ TEST_F(HostileConnections, AWebSocketThatLeavesAfterAnyByteOfItsLifeLeavesNothin
     waitFor([&] { return get("deviceName") == "Den"; });
 }
 
-TEST_F(HostileConnections, FramesThatComeByteByByteHoldNobodyUp) {
+TEST_F(HostileConnections, FramesSentByteByByteDelayNobody) {
     constexpr std::size_t slowClients = 20;
     const std::string request = getRequest(R"(["timezone"])", "slow") + "\n";
     const std::string reply =

@@ -227,7 +227,7 @@ TEST_F(HostileInput, TheMessageIdOfASetSettingsMayBeAnything) {
     }
 }
 
-TEST_F(HostileInput, BytesThatAreNoTextAreRefusedAtEveryPlaceOfAFrame) {
+TEST_F(HostileInput, NulAndInvalidUtf8AreRefusedAnywhereInAFrame) {
     startWeb({"--log-level", "3"});
     const std::string before = everything();
     const std::string frame = setRequest("deviceName", R"("Living room")");

@@ -123,7 +123,7 @@ TEST_F(HostLifecycle, ReplacesTheSocketsOfAHostThatWasKilled) {
     EXPECT_EQ(get("deviceName"), "TV");
 }
 
-TEST_F(HostLifecycle, RefusesToStartBesideALiveHost) {
+TEST_F(HostLifecycle, RefusesToStartBesideARunningHost) {
     start();
     expectCannotStart("another host listens at");
     expectCannotStart("another host listens at", 1, {"--storage", folder / "other.db"});
@@ -134,7 +134,7 @@ TEST_F(HostLifecycle, RefusesToStartBesideALiveHost) {
     EXPECT_EQ(get("deviceName"), "TV");
 }
 
-TEST_F(HostLifecycle, SaysWhatIsWrongWithItsArguments) {
+TEST_F(HostLifecycle, ReportsWrongArguments) {
     expectCannotStart("--bogus", 2, {"--bogus"});
     expectCannotStart("9", 2, {"--log-level", "9"});
     std::ofstream(folder / "file") << "x";
@@ -143,7 +143,7 @@ TEST_F(HostLifecycle, SaysWhatIsWrongWithItsArguments) {
     expectCannotStart("longer than 107 bytes", 1, {"--socket", folder / (std::string(120, 'x') + "/s.sock")});
 }
 
-TEST_F(HostLifecycle, SaysWhyItCannotStartAndNothingRoutineBefore) {
+TEST_F(HostLifecycle, AFailedStartReportsItsReasonAndNothingElse) {
     start();
     stop();
     const std::string file = folder / "file";
@@ -173,7 +173,7 @@ TEST_F(HostLifecycle, SaysWhyItCannotStartAndNothingRoutineBefore) {
     EXPECT_FALSE(std::filesystem::exists(folder / "b/d"));
 }
 
-TEST_F(HostLifecycle, SaysWhatIsWrongWithItsArgumentsAsItsLogWould) {
+TEST_F(HostLifecycle, ReportsWrongArgumentsInTheFormatOfTheLog) {
     const std::string unknown = "The following argument was not expected: --bogus";
     EXPECT_EQ(wordsOfFailedStart(2, {"--bogus"}), Lines{"settings-host: " + unknown});
     EXPECT_EQ(jsonWordsOfFailedStart(2, {"--bogus"}), Lines{"3 settings-host:" + unknown});
@@ -203,7 +203,7 @@ TEST_F(HostLifecycle, FilesArePrivate) {
     EXPECT_EQ(modeOf(folder / "state"), 0700U);
 }
 
-TEST_F(HostLifecycle, LivesOnWhenNobodyReadsItsOutput) {
+TEST_F(HostLifecycle, KeepsRunningWhenNobodyReadsItsOutput) {
     start({"--log-level", "0"});
     host->closeOutput();
     host->closeErrors();
@@ -213,7 +213,7 @@ TEST_F(HostLifecycle, LivesOnWhenNobodyReadsItsOutput) {
     EXPECT_EQ(host->wait(), 0);
 }
 
-TEST_F(HostLifecycle, StaysWhenItsTerminalGoesIfItWasToldTo) {
+TEST_F(HostLifecycle, KeepsRunningOnSighupWhenItIsIgnored) {
     const std::string command = "trap '' HUP; exec " + std::string(SETTINGS_HOST) + " --storage " + database() +
                                 " --socket " + socket() + " --device-socket " + deviceSocket() + " --no-web " +
                                 sandboxSwitch;
@@ -242,7 +242,7 @@ TEST_F(HostLifecycle, PrintsNothingIntoItsDatabaseWhenTheStandardStreamsAreClose
     EXPECT_EQ(get("deviceName"), "Den");
 }
 
-TEST_F(HostLifecycle, CarriesValuesOfOlderSoftwareOver) {
+TEST_F(HostLifecycle, MigratesValuesOfOlderVersions) {
     start();
     stop();
     sql("INSERT INTO settings VALUES ('orliaLocale', '[\"de-DE\"]'), ('timezone', 'Europe/Berlin')");

@@ -34,7 +34,7 @@ protected:
     }
 };
 
-TEST_F(HostListeners, AClientThatNeverReadsIsDisconnectedAndHoldsNobodyUp) {
+TEST_F(HostListeners, AClientThatNeverReadsIsDisconnectedAndDelaysNobody) {
     start({"--log-level", "3"});
     WireTests::HostClient slow(socket());
     slow.sendLine(getRequest("[]", "slow"));
@@ -68,7 +68,7 @@ TEST_F(HostListeners, ASingleReplyLargerThanTheLimitReachesAClientThatReads) {
     EXPECT_EQ(reply["payload"]["settings"].MemberCount(), 30U);
 }
 
-TEST_F(HostListeners, AStormOfOneClientHoldsNobodyUp) {
+TEST_F(HostListeners, AFloodFromOneClientDelaysNobody) {
     start({"--log-level", "3"});
     client();
     ASSERT_EQ(get("deviceName"), "TV");
@@ -96,7 +96,7 @@ TEST_F(HostListeners, AStormOfOneClientHoldsNobodyUp) {
     EXPECT_EQ(answered, 20000U);
 }
 
-TEST_F(HostListeners, AtTheDescriptorLimitThoseWhoAreConnectedAreServed) {
+TEST_F(HostListeners, AtTheDescriptorLimitConnectedClientsAreServed) {
     rlimit before{};
     ::getrlimit(RLIMIT_NOFILE, &before);
     rlimit low = before;
@@ -149,7 +149,7 @@ TEST_F(HostListeners, FramesMayComeByteByByte) {
     EXPECT_EQ(client().receiveLine(), R"({"type":7,"messageId":"g","payload":{"settings":{"deviceName":"TV"}}})");
 }
 
-TEST_F(HostListeners, TheDeviceSocketRefusesLikeTheOther) {
+TEST_F(HostListeners, TheDeviceSocketRefusesInvalidFrames) {
     start();
     EXPECT_TRUE(contains(device("nonsense"), "\"not-json\""));
     EXPECT_TRUE(contains(device("[]"), "\"not-an-object\""));

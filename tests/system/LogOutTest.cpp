@@ -26,7 +26,7 @@ protected:
     }
 };
 
-TEST_F(HostLogOut, LeavesNothingThatComesBack) {
+TEST_F(HostLogOut, ErasesValuesPermanentlyFromAllFiles) {
     start();
     ask(setRequest("deviceName", "\"SecretRoom\"") + "\n" + setRequest("companionDevice", "\"SecretRoom\"") + "\n" +
         getRequest("[]"));

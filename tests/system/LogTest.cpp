@@ -44,7 +44,7 @@ protected:
     void request(const std::string& frame) { ask(frame + "\n" + getRequest("[]")); }
 };
 
-TEST_F(HostLog, GoesToAPrivateFileToo) {
+TEST_F(HostLog, IsAlsoWrittenToAPrivateFile) {
     start({"--log-level", "0", "--log-file", folder / "host.log"});
     request(setRequest("deviceName", "\"Den\""));
     const Lines standardError = linesOf(stop());
@@ -54,7 +54,7 @@ TEST_F(HostLog, GoesToAPrivateFileToo) {
               std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 }
 
-TEST_F(HostLog, TurnsItsFileOverWhileTheHostServes) {
+TEST_F(HostLog, RotatesItsFileWhileTheHostServes) {
     start({"--log-level", "0", "--log-file", folder / "host.log"});
     const std::string large = "\"" + std::string(60000, 'x');
     for (int number = 0; number < 40; ++number) {
@@ -68,7 +68,7 @@ TEST_F(HostLog, TurnsItsFileOverWhileTheHostServes) {
     }
 }
 
-TEST_F(HostLog, KeepsWhyAStartFailedInItsFile) {
+TEST_F(HostLog, HoldsTheReasonOfAFailedStart) {
     std::ofstream(folder / "run") << "no folder";
     const auto failing = launch({"--log-file", folder / "host.log"});
     const Lines shown = linesOf(failing->errors().readAll());
@@ -81,7 +81,7 @@ TEST_F(HostLog, KeepsWhyAStartFailedInItsFile) {
     EXPECT_EQ(kept[0].substr(kept[0].find("] ") + 2), "settings-host:" + reason);
 }
 
-TEST_F(HostLog, OpensItsFileAgainOnSighup) {
+TEST_F(HostLog, ReopensItsFileOnSighup) {
     const std::string file = folder / "host.log";
     start({"--log-level", "0", "--log-file", file});
     request(setRequest("deviceName", "\"Den\""));
@@ -100,18 +100,17 @@ TEST_F(HostLog, OpensItsFileAgainOnSighup) {
     EXPECT_EQ(content(folder / "moved.log"), before) << "it went on in the old file";
 }
 
-TEST_F(HostLog, GoesOnWithoutAFileThatCannotBeOpenedAgain) {
+TEST_F(HostLog, ContinuesWithoutAFileThatCannotBeReopened) {
     const std::string file = folder / "host.log";
     start({"--log-file", file});
     std::filesystem::remove(file);
     std::filesystem::create_directory(file);
     host->sendSignal(SIGHUP);
-    ASSERT_NO_FATAL_FAILURE(
-        awaitLine("settings-host:cannot reopen the log file " + file + ", its lines are lost: "));
+    ASSERT_NO_FATAL_FAILURE(awaitLine("settings-host:cannot reopen the log file " + file + ", its lines are lost: "));
     EXPECT_EQ(get("deviceName"), "TV");
 }
 
-TEST_F(HostLog, SaysWhichRequestALineIsAbout) {
+TEST_F(HostLog, NamesTheRequestOfALine) {
     start({"--log-level", "0", "--log-format", "json"});
     request(setRequest("orliaLocale", R"("{}")"));
     request(setRequest("deviceName", "\"Den\""));
@@ -130,7 +129,7 @@ TEST_F(HostLog, SaysWhichRequestALineIsAbout) {
     EXPECT_EQ(about, (Lines{"24 orliaLocale", "7 ", "24 deviceName", "7 "}));
 }
 
-TEST_F(HostLog, AReaderThatStopsDoesNotHoldTheHostUp) {
+TEST_F(HostLog, AReaderThatStopsDoesNotBlockTheHost) {
     start({"--log-level", "0"});
     const std::string large = "\"" + std::string(60000, 'x');
     for (int number = 0; number < 40; ++number) {
@@ -158,7 +157,7 @@ TEST_F(HostLog, AtLevelTwoAcceptedChangesAreNotLogged) {
     EXPECT_FALSE(contains(log, "[\"x\"]")) << log;
 }
 
-TEST_F(HostLog, TheHostsOwnLinesHoldNoNamesThatPeopleGave) {
+TEST_F(HostLog, LinesOfTheHostHoldNoUserValues) {
     const std::string marker = "Zanzibar";
     const std::string quoted = "\"" + marker;
     webArguments = {"--listen", "127.0.0.1:0"};

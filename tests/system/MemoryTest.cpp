@@ -205,7 +205,7 @@ TEST_F(MemoryOfTheHost, IsBoundedWhateverIsSent) {
     expectPromiseKept(promisedToAnybody);
 }
 
-TEST_F(MemoryOfTheHost, GoesBackWhenThoseWhoCostItAreGone) {
+TEST_F(MemoryOfTheHost, IsReturnedWhenTheClientsDisconnect) {
     startWeb({"--log-level", "3"});
     EXPECT_EQ(get("captionsFontSize"), "FONT_MEDIUM");
     const std::size_t before = TestSupport::residentMemory(host->pid());

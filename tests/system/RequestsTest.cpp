@@ -4,7 +4,7 @@ namespace SystemTests {
 
 using HostRequests = HostTest;
 
-TEST_F(HostRequests, AWriterHasItsEventBeforeTheReplyToItsNextQuestion) {
+TEST_F(HostRequests, AWriterReceivesItsEventBeforeTheReplyToItsNextRequest) {
     start();
     client().send(setRequest("deviceName", "\"Living room\"") + "\n" + getRequest(R"(["deviceName"])") + "\n");
     const auto event = parsed(client().receiveLine().value());
@@ -45,7 +45,7 @@ TEST_F(HostRequests, AnUnchangedValueMakesNoEvent) {
     EXPECT_EQ(events.size(), 1U);
 }
 
-TEST_F(HostRequests, RefusesWhatItMustAndTheConnectionStaysUsable) {
+TEST_F(HostRequests, RefusesInvalidFramesAndTheConnectionStaysUsable) {
     start();
     const std::vector<std::pair<std::string, std::string>> refusals{
         {"nonsense", "not-json"},
@@ -64,7 +64,7 @@ TEST_F(HostRequests, RefusesWhatItMustAndTheConnectionStaysUsable) {
     }
 }
 
-TEST_F(HostRequests, TellsThatTheAssistantIsSelectedAndOpensItsSettings) {
+TEST_F(HostRequests, ReportsTheAssistantAsSelectedAndOpensItsSettings) {
     start();
     EXPECT_TRUE(ask(R"({"type":18,"messageId":"a"})")["payload"]["isOrliaSelectedAsVA"].GetBool());
     client().sendLine(R"({"type":19})");
@@ -72,7 +72,7 @@ TEST_F(HostRequests, TellsThatTheAssistantIsSelectedAndOpensItsSettings) {
     EXPECT_TRUE(contains(device(R"({"command":"show"})"), R"("lastLaunchedApp":"voice-assistant-settings")"));
 }
 
-TEST_F(HostRequests, WhatTheSimulationIsToldIsReadBackAtOnceAndAfterARestart) {
+TEST_F(HostRequests, ValuesOfTheSimulationAreReadBackImmediatelyAndAfterARestart) {
     start();
     const std::vector<std::pair<std::string, std::string>> values{{"orliaLocale", R"("[\"fr-FR\",\"en-US\"]")"},
                                                                   {"timezone", "\"Europe/Paris\""},
@@ -106,7 +106,7 @@ TEST_F(HostRequests, WhatTheSimulationIsToldIsReadBackAtOnceAndAfterARestart) {
     }
 }
 
-TEST_F(HostRequests, ALogOutForgetsTheUserAndLeavesTheDevicesState) {
+TEST_F(HostRequests, ALogOutClearsTheSettingsAndKeepsTheStateOfTheDevice) {
     start();
     client().send(setRequest("deviceName", "\"Den\"") + "\n" + setRequest("friendlyName", "\"Den\"") + "\n" +
                   setRequest("handsFreeEnabled", "\"true\"") + "\n" + setRequest("timezone", "\"Europe/Paris\"") +
@@ -146,7 +146,7 @@ TEST_F(HostRequests, ChangesAtTheDeviceAreEventsOrNotices) {
     EXPECT_EQ(get("orliaLocale"), R"(["fr-FR"])");
 }
 
-TEST_F(HostRequests, TheHostsOwnObserversLogWhatTheyAreTold) {
+TEST_F(HostRequests, TheObserversOfTheHostLogTheirNotifications) {
     start();
     client().send(setRequest("orliaLocale", R"("[\"fr-FR\"]")") + "\n" + setRequest("friendlyName", "\"Den\"") + "\n" +
                   setRequest("tovanEntitlementStatus", "\"active\"") + "\n");
@@ -165,7 +165,7 @@ TEST_F(HostRequests, ValuesOverTheLimitsAreRefusedWithTheReasonInTheLog) {
     EXPECT_TRUE(contains(stop(), "the key is longer than 256 bytes"));
 }
 
-TEST_F(HostRequests, BytesThatAHandPutIntoTheDatabaseComeOutAsValidText) {
+TEST_F(HostRequests, InvalidBytesInTheDatabaseAreSentAsValidText) {
     start();
     stop();
     sql("INSERT INTO settings VALUES ('deviceName', x'41ff42')");

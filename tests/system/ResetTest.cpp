@@ -87,7 +87,7 @@ protected:
     const Lines unauthenticated{"host.log.3", "settings.db.mine"};
 };
 
-TEST_F(HostReset, RemovesEverythingAndTheNextHostBeginsAnew) {
+TEST_F(HostReset, RemovesAllFilesAndTheNextHostStartsWithDefaults) {
     use();
     const auto done = reset();
     EXPECT_EQ(done.status, 0);
@@ -101,7 +101,7 @@ TEST_F(HostReset, RemovesEverythingAndTheNextHostBeginsAnew) {
     EXPECT_FALSE(contains(log, "missing")) << log;
 }
 
-TEST_F(HostReset, RefusesBesideALiveHost) {
+TEST_F(HostReset, RefusesBesideARunningHost) {
     use();
     start();
     const Lines before = files();
@@ -113,7 +113,7 @@ TEST_F(HostReset, RefusesBesideALiveHost) {
     EXPECT_EQ(get("deviceName"), "Den");
 }
 
-TEST_F(HostReset, RefusesWhileSomebodyLooksIntoTheDatabase) {
+TEST_F(HostReset, RefusesWhileAnotherProcessReadsTheDatabase) {
     use();
     const Lines before = files();
     sqlite3* other = nullptr;
@@ -156,14 +156,14 @@ TEST_F(HostReset, RefusesAFileThatNeverWasADatabase) {
     EXPECT_EQ(files(), Lines{"settings.db"});
 }
 
-TEST_F(HostReset, DoesNothingWhereThereIsNothing) {
+TEST_F(HostReset, DoesNothingWithoutFiles) {
     const auto done = reset();
     EXPECT_EQ(done.status, 0);
     EXPECT_EQ(done.output, "Nothing to remove.\n");
     EXPECT_FALSE(std::filesystem::exists(folder / "state")) << "it makes nothing either";
 }
 
-TEST_F(HostReset, NeedsSomebodyToAsk) {
+TEST_F(HostReset, NeedsATerminalOrYes) {
     use();
     const Lines before = files();
     const auto refused = reset({});
@@ -190,7 +190,7 @@ TEST_F(HostReset, AsksAtTheTerminal) {
     EXPECT_EQ(files(), unauthenticated);
 }
 
-TEST_F(HostReset, LeavesWhatIsNoPlainFile) {
+TEST_F(HostReset, LeavesAnythingButRegularFiles) {
     use();
     std::filesystem::create_directories(logFile() + ".2/inside");
     std::filesystem::create_symlink(folder / "state/host.log.3", logFile() + ".link");

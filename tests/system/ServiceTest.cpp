@@ -78,7 +78,7 @@ protected:
     std::vector<TestSupport::PlainSocket> made;
 };
 
-TEST_F(HostService, TellsWhatItDoesInOrder) {
+TEST_F(HostService, NotifiesTheServiceManagerInOrder) {
     start();
     EXPECT_EQ(next(), "STATUS=Opening the database");
     EXPECT_EQ(next(), "READY=1\nSTATUS=Serving at " + socket());
@@ -107,7 +107,7 @@ TEST_F(HostService, TheStatusHoldsNoKey) {
     EXPECT_EQ(next(), "READY=1\nSTATUS=Serving at " + socket() + " and " + address);
 }
 
-TEST_F(HostService, ShowsSignsOfLifeAsLongAsItsLoopTurns) {
+TEST_F(HostService, NotifiesTheWatchdogWhileItsLoopRuns) {
     environment["WATCHDOG_USEC"] = "100000";
     start();
     EXPECT_EQ(next(), "STATUS=Opening the database");
@@ -130,7 +130,7 @@ TEST_F(HostService, ShowsSignsOfLifeAsLongAsItsLoopTurns) {
     EXPECT_TRUE(stopping);
 }
 
-TEST_F(HostService, ShowsASignOfLifeTwiceInEveryInterval) {
+TEST_F(HostService, NotifiesTheWatchdogTwicePerInterval) {
     constexpr std::chrono::seconds interval(4);
     environment["WATCHDOG_USEC"] = std::to_string(std::chrono::microseconds(interval).count());
     start();
@@ -147,7 +147,7 @@ TEST_F(HostService, ShowsASignOfLifeTwiceInEveryInterval) {
     EXPECT_LT(longest, interval * 3 / 4) << longest.count();
 }
 
-TEST_F(HostService, ShowsNoSignsOfLifeThatAreForAnotherProcess) {
+TEST_F(HostService, IgnoresTheWatchdogOfAnotherProcess) {
     environment["WATCHDOG_USEC"] = "100000";
     environment["WATCHDOG_PID"] = std::to_string(::getpid());
     start();
@@ -195,7 +195,7 @@ TEST_F(HostService, MakesTheSocketsThatWereNotPassed) {
     EXPECT_FALSE(std::filesystem::exists(socket()));
 }
 
-TEST_F(HostService, RefusesSocketsThatFitNoDoor) {
+TEST_F(HostService, RefusesPassedSocketsWithoutAListener) {
     pass("settings:device:web");
     expectCannotStart("a socket named 'web' was passed, but there is no such door");
     webArguments = {"--listen", "127.0.0.1:0"};
@@ -213,13 +213,13 @@ TEST_F(HostService, RefusesSocketsThatFitNoDoor) {
     expectCannotStart("the passed socket does not listen at a loopback address");
 }
 
-TEST_F(HostService, RefusesSocketsThatAreNotThere) {
+TEST_F(HostService, RefusesPassedSocketsThatAreNotOpen) {
     environment["LISTEN_FDNAMES"] = "settings";
     sockets = {-1};
     expectCannotStart("cannot take the passed sockets over: Bad file descriptor");
 }
 
-TEST_F(HostService, IsNeverGivenUpByItsUnits) {
+TEST_F(HostService, IsAlwaysRestartedByItsUnits) {
     const std::string service = "settings-host.service";
     EXPECT_EQ(unitLines(service, "StartLimitIntervalSec"), Lines{"0"});
     EXPECT_EQ(unitLines(service, "StartLimitBurst"), Lines{});

@@ -113,7 +113,7 @@ private:
     TestSupport::TemporaryDirectory inMemory{TestSupport::memoryFolder()};
 };
 
-TEST_F(SlowClients, ThoseWhoNeverReadAreDisconnectedAndTheOthersMissNothing) {
+TEST_F(SlowClients, ClientsThatNeverReadAreDisconnectedAndTheOthersMissNothing) {
     EXPECT_EQ(get("deviceName"), "TV");
     const std::size_t descriptors = TestSupport::openDescriptors(host->pid());
     constexpr std::size_t slowCount = 5;

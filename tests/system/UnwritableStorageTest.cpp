@@ -138,7 +138,7 @@ TEST_F(HostUnwritableStorage, AStoredLocaleThatCannotBeSetAsideStopsTheHostWithI
                      "settings-host: the stored value of 'orliaLocale' is unusable and could not be set aside"}));
 }
 
-TEST_F(HostUnwritableStorage, AHostThatOnlyReadsIsLiveToo) {
+TEST_F(HostUnwritableStorage, AResetRefusesBesideAHostOnAReadOnlyDisk) {
     startInside();
     set("deviceName", "Den");
     for (const bool isKilled : {true, false}) {
@@ -160,7 +160,7 @@ TEST_F(HostUnwritableStorage, AHostThatOnlyReadsIsLiveToo) {
     }
 }
 
-TEST_F(HostUnwritableStorage, AResetOnAReadOnlyDiskSaysSo) {
+TEST_F(HostUnwritableStorage, AResetOnAReadOnlyDiskFailsWithTheReason) {
     startInside();
     set("deviceName", "Den");
     stop();

@@ -52,7 +52,7 @@ TEST_F(HostWeb, TheDevicePageDrivesTheDeviceAndWatchesAllMessages) {
     EXPECT_STREQ(next(*devicePage)["trace"]["text"].GetString(), R"({"ok":true})");
 }
 
-TEST_F(HostWeb, OpensWithANewKeyAtEachStartButKnowsItsBrowsersAgain) {
+TEST_F(HostWeb, MakesANewKeyAtEachStartButAcceptsItsCookiesAgain) {
     startWeb();
     const auto first = httpGet(port, "/?key=" + key);
     const std::string cookie = cookieOf(first);
@@ -73,7 +73,7 @@ TEST_F(HostWeb, OpensWithANewKeyAtEachStartButKnowsItsBrowsersAgain) {
     EXPECT_EQ(httpGet(port, "/?key=" + cookie.substr(cookie.find('=') + 1)).status, 403);
 }
 
-TEST_F(HostWeb, TellsItsAddressAtTheDeviceSocket) {
+TEST_F(HostWeb, ReportsItsAddressOnTheDeviceSocket) {
     startWeb();
     const std::string address = "http://127.0.0.1:" + std::to_string(port) + "/?key=" + key;
     EXPECT_EQ(device(R"({"command":"page"})"), R"({"page":{"address":")" + address + R"("}})");
@@ -83,7 +83,7 @@ TEST_F(HostWeb, TellsItsAddressAtTheDeviceSocket) {
     EXPECT_TRUE(contains(device(R"({"command":"page"})"), "no-pages"));
 }
 
-TEST_F(HostWeb, ANewKeyLocksOutEveryBrowserThatCameWithTheOldOne) {
+TEST_F(HostWeb, ANewKeyRevokesTheOldKeyAndItsCookies) {
     startWeb();
     const std::string cookie = cookieOf(httpGet(port, "/?key=" + key));
     const auto withKey = page();
@@ -105,7 +105,7 @@ TEST_F(HostWeb, ANewKeyLocksOutEveryBrowserThatCameWithTheOldOne) {
     EXPECT_EQ(httpGet(port, "/", {"Cookie: " + newCookie}).status, 200);
 }
 
-TEST_F(HostWeb, ANewKeyThatCannotBeStoredIsRefusedAndTheOldOneHolds) {
+TEST_F(HostWeb, ANewKeyThatCannotBeStoredIsRefusedAndTheOldOneStaysValid) {
     startWeb();
     const std::string cookie = cookieOf(httpGet(port, "/?key=" + key));
     const auto inside = page();
@@ -120,7 +120,7 @@ TEST_F(HostWeb, ANewKeyThatCannotBeStoredIsRefusedAndTheOldOneHolds) {
     EXPECT_TRUE(inside->receiveText());
 }
 
-TEST_F(HostWeb, ThePagesDoNotLearnTheKey) {
+TEST_F(HostWeb, ThePagesCannotReadTheKey) {
     startWeb();
     const auto devicePage = page("/device", "device.v1");
     for (const auto* command : {R"({"command":"page"})", R"({"command":"page","newKey":true})"}) {
@@ -130,7 +130,7 @@ TEST_F(HostWeb, ThePagesDoNotLearnTheKey) {
     EXPECT_EQ(httpGet(port, "/?key=" + key).status, 200) << "it is the old one";
 }
 
-TEST_F(HostWeb, ACookieThatAnOlderHostMadeOrABackupBringsBackIsWorthless) {
+TEST_F(HostWeb, CookiesOfOlderVersionsAndOfRestoredBackupsAreInvalid) {
     startWeb();
     const std::string cookie = cookieOf(httpGet(port, "/?key=" + key));
     stop();
@@ -168,7 +168,7 @@ TEST_F(HostWeb, WithoutPagesTheAddressSaysHowToGetThem) {
     EXPECT_EQ(page()->status(), 101);
 }
 
-TEST_F(HostWeb, SaysThatItIsHealthy) {
+TEST_F(HostWeb, ReportsItsHealth) {
     startWeb();
     const auto health = WireTests::healthOf(port);
     EXPECT_EQ(health.status, 200);
@@ -180,7 +180,7 @@ TEST_F(HostWeb, SaysThatItIsHealthy) {
     EXPECT_EQ(TestSupport::run({SETTINGS_HOST, "--version"}).output.substr(0, beginning.size()), beginning);
 }
 
-TEST_F(HostWeb, ServesFiguresWithoutNamesOfRooms) {
+TEST_F(HostWeb, ServesMetricsWithoutUserValues) {
     startWeb();
     const auto socket = page();
     socket->sendText(setRequest("deviceName", "\"Kitchen\""));
@@ -217,7 +217,7 @@ TEST_F(HostWeb, SaysWhenChangesDoNotReachTheDatabase) {
     EXPECT_TRUE(report["storage"].HasMember("lastFailure"));
 }
 
-TEST_F(HostWeb, RefusesATakenPortAndPagesThatAreNone) {
+TEST_F(HostWeb, RefusesATakenPortAndAMissingPagesFolder) {
     startWeb();
     const auto expectCannotStart = [&](const Lines& web, const std::string& message, int status) {
         const auto end = TestSupport::run([&] {
@@ -238,7 +238,7 @@ TEST_F(HostWeb, RefusesATakenPortAndPagesThatAreNone) {
     EXPECT_EQ(WireTests::healthOf(port).status, 200);
 }
 
-TEST_F(HostWeb, LetsThePagesOfOneMoreOriginIn) {
+TEST_F(HostWeb, AllowsOneMoreOrigin) {
     startWeb({"--allow-origin", "http://LocalHost:5173"});
     EXPECT_EQ(HostWebSocket(port, "/settings?key=" + key, "settings.v1", {"Origin: http://localhost:5173"}).status(),
               101);
@@ -257,7 +257,7 @@ TEST_F(HostWeb, StopsWithPagesOpen) {
     EXPECT_EQ(second->receive().value_or(HostWebSocket::Message()).closeStatus(), 1001);
 }
 
-TEST_F(HostWeb, AtTheDescriptorLimitThoseWhoAreInsideAreServed) {
+TEST_F(HostWeb, AtTheDescriptorLimitOpenWebSocketsAreServed) {
     if (TestSupport::sanitizersNeedDescriptors) {
         GTEST_SKIP();
     }

@@ -222,7 +222,7 @@ TEST_F(LogOutTest, LeavesNothingOfAnyValueInAnyFile) {
     EXPECT_EQ(log.take(), Names());
 }
 
-TEST_F(LogOutTest, IsForGoodAndSoIsWhatComesAfterIt) {
+TEST_F(LogOutTest, IsPermanentAndLaterValuesAreKept) {
     {
         Running running(*this);
         EXPECT_TRUE(running.storage.clearStorage());
@@ -240,7 +240,7 @@ TEST_F(LogOutTest, IsForGoodAndSoIsWhatComesAfterIt) {
     EXPECT_EQ(running.state.load("locale"), "kept") << "the new backup was made after the values had gone";
 }
 
-TEST_F(LogOutTest, NeedsLittleRoomHoweverMuchIsStored) {
+TEST_F(LogOutTest, NeedsLittleDiskSpaceHoweverMuchIsStored) {
     Running running(*this);
     for (int key = 0; key < 15; ++key) {
         ASSERT_TRUE(running.storage.setValue("key" + std::to_string(key), secret(60000)));
@@ -253,7 +253,7 @@ TEST_F(LogOutTest, NeedsLittleRoomHoweverMuchIsStored) {
     expectNothingIsThere(running);
 }
 
-TEST_F(LogOutTest, ABackupThatIsBeingMadeIsGivenUp) {
+TEST_F(LogOutTest, ABackupInProgressIsCancelled) {
     Running running(*this);
     running.backup = std::make_unique<Backup>(running.database);
     EXPECT_TRUE(running.backup->step(8));
@@ -262,7 +262,7 @@ TEST_F(LogOutTest, ABackupThatIsBeingMadeIsGivenUp) {
     expectNothingIsThere(running);
 }
 
-TEST_F(LogOutTest, WhatCannotBeErasedAtOnceKeepsNothingElse) {
+TEST_F(LogOutTest, AFileThatCannotBeErasedIsRetriedAndAllOthersAreErased) {
     // Cannot be removed like a file.
     const std::string stubborn = file + ".damaged.3";
     std::filesystem::create_directories(stubborn + "/inside");
@@ -285,7 +285,7 @@ TEST_F(LogOutTest, WhatCannotBeErasedAtOnceKeepsNothingElse) {
     EXPECT_EQ(filesWithSecrets(), Names());
 }
 
-TEST_F(LogOutTest, OneThatIsRefusedLeavesNoTransactionOpen) {
+TEST_F(LogOutTest, AFailedLogOutLeavesNoTransactionOpen) {
     {
         Running running(*this);
         running.database.execute(

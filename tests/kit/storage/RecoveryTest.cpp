@@ -54,7 +54,7 @@ protected:
     Recovery recovery;
 };
 
-TEST_F(RecoveryTest, ADatabaseInOrderIsOpenedWithoutAWord) {
+TEST_F(RecoveryTest, AGoodDatabaseIsOpenedWithoutALogLine) {
     EXPECT_EQ(open(), "(none)");
     live("Den", true);
     EXPECT_EQ(open(), "Den");
@@ -63,7 +63,7 @@ TEST_F(RecoveryTest, ADatabaseInOrderIsOpenedWithoutAWord) {
     EXPECT_EQ(log.take(), std::vector<std::string>{});
 }
 
-TEST_F(RecoveryTest, ADamagedOneIsKeptAndRestored) {
+TEST_F(RecoveryTest, ADamagedDatabaseIsKeptAndRestored) {
     live("backed up", true);
     live("newer", false);
     damage(file);
@@ -81,7 +81,7 @@ TEST_F(RecoveryTest, ADamagedOneIsKeptAndRestored) {
     EXPECT_TRUE(std::filesystem::exists(backupName(file, 1))) << "the backup stays";
 }
 
-TEST_F(RecoveryTest, WithoutABackupEverythingBeginsAnew) {
+TEST_F(RecoveryTest, WithoutABackupTheDatabaseStartsEmpty) {
     damage(file);
     EXPECT_EQ(open(), "(none)");
     EXPECT_EQ(recovery.source, Source::DEFAULTS);
@@ -156,14 +156,14 @@ TEST_F(RecoveryTest, AMissingOrEmptyDatabaseIsRestoredToo) {
     EXPECT_EQ(open(), "backed up");
 }
 
-TEST_F(RecoveryTest, ALossOfPowerBetweenTheRenamesIsMadeUpFor) {
+TEST_F(RecoveryTest, ALossOfPowerBetweenTheRenamesIsRecoveredFrom) {
     std::ofstream(file + "-wal") << "the log of a database that was set aside";
     EXPECT_EQ(open(), "(none)");
     EXPECT_EQ(recovery.setAside, "settings.db.damaged");
     EXPECT_EQ(content("settings.db.damaged-wal"), "the log of a database that was set aside");
 }
 
-TEST_F(RecoveryTest, ALossOfPowerWhileRestoringIsMadeUpFor) {
+TEST_F(RecoveryTest, ALossOfPowerDuringARestoreIsRecoveredFrom) {
     live("backed up", true);
     std::filesystem::remove(file);
     std::ofstream(file + ".restoring") << std::string(10000, 'x');
@@ -183,7 +183,7 @@ TEST_F(RecoveryTest, ALogThatWasKeptIsNotOverwritten) {
     EXPECT_EQ(content("settings.db.damaged.2-wal"), "another log");
 }
 
-TEST_F(RecoveryTest, ALogOfAnEarlierRestorationIsNotReadIntoTheCopy) {
+TEST_F(RecoveryTest, ALogOfAnEarlierRestoreIsNotReadIntoTheCopy) {
     live("backed up", true);
     std::filesystem::copy_file(backupName(file, 1), folder / "copy.db");
     {
@@ -196,7 +196,7 @@ TEST_F(RecoveryTest, ALogOfAnEarlierRestorationIsNotReadIntoTheCopy) {
     EXPECT_FALSE(std::filesystem::exists(file + ".restoring-wal"));
 }
 
-TEST_F(RecoveryTest, WhatIsInOrderButNotOursIsRefusedAndLeft) {
+TEST_F(RecoveryTest, ForeignAndNewerDatabasesAreRefusedAndLeftUnchanged) {
     live("backed up", true);
     {
         Database database(file);
@@ -265,7 +265,7 @@ protected:
     std::unique_ptr<TestSupport::TemporaryDirectory> device;
 };
 
-TEST_F(RecoveryPowerCutTest, AtAnyCallIsMadeUpForByTheNextStart) {
+TEST_F(RecoveryPowerCutTest, AtAnyCallTheNextStartCompletesTheRecovery) {
     begin();
     disk.work();
     EXPECT_EQ(open(), "backed up");

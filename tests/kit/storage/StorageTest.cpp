@@ -62,7 +62,7 @@ protected:
     std::unique_ptr<SqliteStorage> storage;
 };
 
-TEST_F(StorageTest, EveryNameIsTheNameOfAFile) {
+TEST_F(StorageTest, SpecialNamesOfSqliteAreFileNames) {
     const auto before = std::filesystem::current_path();
     std::filesystem::current_path(folder.path());
     for (const auto* name : {":memory:", "file:x?mode=memory", "plain.db"}) {
@@ -110,14 +110,14 @@ TEST_F(StorageTest, WritesWithFullDurability) {
     EXPECT_EQ(synchronous.number(0), 2);
 }
 
-TEST_F(StorageTest, HoldsTheFileForItself) {
+TEST_F(StorageTest, LocksTheFileExclusively) {
     open();
     expectRefused("in use by another process");
     storage->setValue("key", "value");
     EXPECT_EQ(read("key"), "value");
 }
 
-TEST_F(StorageTest, RefusesFilesThatAreNotOursAndLeavesThem) {
+TEST_F(StorageTest, RefusesForeignFilesAndLeavesThemUnchanged) {
     std::filesystem::create_directories(folder / "state/deep");
     std::ofstream(file) << std::string(5000, 'x');
     expectRefused("damaged or not a database");
@@ -148,12 +148,12 @@ TEST_F(StorageTest, RefusesADamagedFile) {
     expectRefused("damaged");
 }
 
-TEST_F(StorageTest, SaysWhyAFolderCannotBeMade) {
+TEST_F(StorageTest, ReportsAFolderThatCannotBeCreated) {
     std::ofstream(folder / "state") << "a file where a folder should be";
     expectRefused("cannot");
 }
 
-TEST_F(StorageTest, RefusesWhatIsOverTheLimitsAndSaysWhy) {
+TEST_F(StorageTest, RefusesWhatExceedsTheLimitsWithTheReason) {
     open();
     EXPECT_TRUE(storage->setValue(std::string(256, 'k'), "v"));
     EXPECT_TRUE(storage->setValue("k", std::string(65536, 'v')));
@@ -288,7 +288,7 @@ TEST_F(StorageTest, EveryFailureOfTheDatabaseIsAnsweredAndLogged) {
     EXPECT_EQ(removed, std::vector<std::string>{});
 }
 
-TEST_F(StorageTest, ClearingTellsWhichKeysWereRemoved) {
+TEST_F(StorageTest, ClearingReportsTheRemovedKeys) {
     open();
     storage->setValue("b", "1");
     storage->setValue("a", "2");
@@ -297,7 +297,7 @@ TEST_F(StorageTest, ClearingTellsWhichKeysWereRemoved) {
     EXPECT_EQ(removed, (std::vector<std::string>{"a", "b"}));
 }
 
-TEST_F(StorageTest, NobodyIsToldOfRemovedKeysWhenClearingFails) {
+TEST_F(StorageTest, NoRemovedKeysAreReportedWhenClearingFails) {
     open();
     storage->setValue("b", "1");
     storage->setValue("a", "2");
@@ -352,7 +352,7 @@ TEST_F(StorageTest, SetsAValueAsideUnderAFreeKey) {
     EXPECT_EQ(storage->setAside("absent"), "");
 }
 
-TEST_F(StorageTest, ReadsWhateverAHandPutThere) {
+TEST_F(StorageTest, ReadsValuesOfAnyType) {
     open();
     storage.reset();
     database.reset();
@@ -372,7 +372,7 @@ TEST_F(StorageTest, ClearingLeavesOtherTables) {
     EXPECT_EQ(state.load("key"), "kept");
 }
 
-TEST_F(StorageTest, TellsItsObserverEveryOperationAndItsHealth) {
+TEST_F(StorageTest, NotifiesItsObserverOfEveryOperationAndReportsItsHealth) {
     open();
     EXPECT_TRUE(storage->setValue("a", "1"));
     EXPECT_FALSE(storage->setValue(std::string(257, 'k'), "1"));

@@ -66,7 +66,7 @@ TEST_F(HostLogSinkTest, WritesTimeLevelThreadAndText) {
     }
 }
 
-TEST_F(HostLogSinkTest, TellsTheTimeOnAClockThatNobodyHasSet) {
+TEST_F(HostLogSinkTest, FormatsTimesBefore1970) {
     const auto timesOf = [](const std::string& zone) {
         ::setenv("TZ", zone.c_str(), 1);
         ::tzset();
@@ -102,7 +102,7 @@ TEST_F(HostLogSinkTest, LeavesOutLinesBelowTheLevel) {
     EXPECT_EQ(lines(written(3, LogFormat::JSON, "x")).size(), 1U);
 }
 
-TEST_F(HostLogSinkTest, KeepsALineALineWhateverItHolds) {
+TEST_F(HostLogSinkTest, WritesOneLineWhateverTheTextHolds) {
     const auto written = lines(HostLogSinkTest::written(3, LogFormat::TEXT, "a\nb\x1b[31m{} %v é"));
     ASSERT_EQ(written.size(), 1U);
     EXPECT_NE(written[0].find(R"(a\nb\x1b[31m{} %v é)"), std::string::npos) << written[0];
@@ -124,7 +124,7 @@ TEST_F(HostLogSinkTest, JsonLinesAreValidForAnyBytes) {
     }
 }
 
-TEST_F(HostLogSinkTest, JsonLinesSayWhichRequestTheyAreAbout) {
+TEST_F(HostLogSinkTest, JsonLinesNameTheRequest) {
     const auto membersOf = [](const std::string& line) {
         rapidjson::Document document;
         document.Parse(line.c_str());
@@ -150,7 +150,7 @@ TEST_F(HostLogSinkTest, JsonLinesSayWhichRequestTheyAreAbout) {
     EXPECT_EQ(membersOf(lines(written(3, LogFormat::JSON, "x")).at(0)), always);
 }
 
-TEST_F(HostLogSinkTest, NoLineIsWrittenBeforeTheLossOfOthersIsTold) {
+TEST_F(HostLogSinkTest, ReportsLostLinesBeforeTheNextLine) {
     std::array<int, 2> pipe{-1, -1};
     ASSERT_EQ(::pipe2(pipe.data(), O_CLOEXEC | O_NONBLOCK), 0);
     const int size = ::fcntl(pipe[1], F_SETPIPE_SZ, 4096);
@@ -189,7 +189,7 @@ TEST_F(HostLogSinkTest, NoLineIsWrittenBeforeTheLossOfOthersIsTold) {
     EXPECT_NE(seen[1].find("] c"), std::string::npos) << seen[1];
 }
 
-TEST_F(HostLogSinkTest, ALogFileThatCannotBeWrittenIsComplainedAboutAndLinesStillGoToStandardError) {
+TEST_F(HostLogSinkTest, AnUnwritableLogFileIsReportedAndLinesStillGoToStandardError) {
     TestSupport::TemporaryDirectory folder;
     const std::string file = folder / "none/host.log";
     ::testing::internal::CaptureStderr();

@@ -38,7 +38,7 @@ TEST_F(JournalTest, NoKeyOfAClientAddsAField) {
                   std::string("\x0c\0\0\0\0\0\0\0", 8) + "a\nPRIORITY=0\n");
 }
 
-TEST_F(JournalTest, EntriesArriveAsTheyAre) {
+TEST_F(JournalTest, EntriesArriveUnchanged) {
     TestSupport::NotificationSocket daemon(folder / "journal");
     Journal journal(folder / "journal");
     EXPECT_TRUE(journal.send("MESSAGE=a\n"));
@@ -47,7 +47,7 @@ TEST_F(JournalTest, EntriesArriveAsTheyAre) {
     EXPECT_EQ(daemon.receive(), "MESSAGE=b\n");
 }
 
-TEST_F(JournalTest, AJournalThatIsFullOrGoneIsNotWaitedFor) {
+TEST_F(JournalTest, AFullOrMissingJournalDoesNotBlock) {
     Journal journal(folder / "journal");
     EXPECT_FALSE(journal.send("MESSAGE=nobody is there\n"));
     {

@@ -80,7 +80,7 @@ TEST_F(LogFileTest, KeepsThreeFilesOfWholeLinesWithinTheLimit) {
     EXPECT_EQ(LogFile::maximumSize, 1048576U);
 }
 
-TEST_F(LogFileTest, GoesOnInANewFileWhenItIsOpenedAgain) {
+TEST_F(LogFileTest, ContinuesInANewFileAfterReopening) {
     LogFile file(path, 10);
     EXPECT_TRUE(file.write("12345\n"));
     std::filesystem::rename(path, folder / "moved");
@@ -95,14 +95,14 @@ TEST_F(LogFileTest, GoesOnInANewFileWhenItIsOpenedAgain) {
     EXPECT_EQ(file.name(), path);
 }
 
-TEST_F(LogFileTest, CountsWhatWasThereBefore) {
+TEST_F(LogFileTest, CountsTheExistingSize) {
     std::ofstream(path) << "12345678\n";
     EXPECT_TRUE(LogFile(path, 10).write("a\n"));
     EXPECT_EQ(content(path), "a\n");
     EXPECT_EQ(content(path + ".1"), "12345678\n");
 }
 
-TEST_F(LogFileTest, NeverWritesThroughALinkOrIntoSomethingElse) {
+TEST_F(LogFileTest, RefusesLinksAndAnythingButRegularFiles) {
     const std::string precious = folder / "precious";
     std::ofstream(precious) << "precious";
     std::filesystem::create_symlink(precious, path);
@@ -133,7 +133,7 @@ TEST_F(LogFileTest, RefusesAnotherUsersFile) {
     EXPECT_EQ(content(path), "theirs");
 }
 
-TEST_F(LogFileTest, LosesLinesWhileItCannotBeMadeAndGoesOnAfterwards) {
+TEST_F(LogFileTest, LosesLinesWhileItCannotBeCreatedAndContinuesAfterwards) {
     LogFile file(folder / "later/host.log");
     EXPECT_FALSE(file.write("a\n"));
     EXPECT_EQ(file.failure(), "No such file or directory");
@@ -142,7 +142,7 @@ TEST_F(LogFileTest, LosesLinesWhileItCannotBeMadeAndGoesOnAfterwards) {
     EXPECT_EQ(content(folder / "later/host.log"), "b\n");
 }
 
-TEST_F(LogFileTest, LosesLinesWhileItCannotBeRenamedAndGoesOnAfterwards) {
+TEST_F(LogFileTest, LosesLinesWhileItCannotBeRotatedAndContinuesAfterwards) {
     LogFile file(path, 4);
     EXPECT_TRUE(file.write("abc\n"));
     std::filesystem::create_directories(path + ".1/full");

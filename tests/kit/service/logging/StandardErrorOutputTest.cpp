@@ -58,13 +58,13 @@ protected:
     std::array<int, 2> ends{-1, -1};
 };
 
-TEST_F(StandardErrorOutputTest, APipeWithoutRoomIsNotWaitedForAndLinesStayWhole) {
+TEST_F(StandardErrorOutputTest, AFullPipeDoesNotBlockAndLinesStayWhole) {
     openPipe();
     expectOnlyWholeLinesAreLost();
     EXPECT_EQ(::fcntl(ends[1], F_GETFL) & O_NONBLOCK, 0) << "others who write to the same pipe would be surprised";
 }
 
-TEST_F(StandardErrorOutputTest, ASocketWithoutRoomIsNotWaitedForAndLinesStayWhole) {
+TEST_F(StandardErrorOutputTest, AFullSocketDoesNotBlockAndLinesStayWhole) {
     ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
     expectOnlyWholeLinesAreLost();
     EXPECT_EQ(::fcntl(ends[1], F_GETFL) & O_NONBLOCK, 0);
@@ -86,7 +86,7 @@ TEST_F(StandardErrorOutputTest, ALineLongerThanAPipeIsFinishedBeforeTheNext) {
     EXPECT_EQ(reader.readLine(), "next");
 }
 
-TEST_F(StandardErrorOutputTest, AReaderThatIsGoneCostsTheLinesOnly) {
+TEST_F(StandardErrorOutputTest, AClosedReaderLosesLinesOnly) {
     const auto before = std::signal(SIGPIPE, SIG_IGN);
     openPipe();
     StandardErrorOutput early(ends[1]);

@@ -73,7 +73,7 @@ protected:
     TestSupport::TemporaryDirectory folder;
 };
 
-TEST_F(SandboxTest, ItsOwnFilesStayWithinReach) {
+TEST_F(SandboxTest, ItsOwnFilesStayAccessible) {
     EXPECT_EQ(opening(folder / "changed/file", O_RDWR), succeeded);
     EXPECT_EQ(opening(folder / "changed/new", O_RDWR | O_CREAT), succeeded);
     EXPECT_EQ(inside([&] { return outcome(::truncate((folder / "changed/file").c_str(), 3) == 0); }), EPERM);
@@ -92,7 +92,7 @@ TEST_F(SandboxTest, ItsOwnFilesStayWithinReach) {
     EXPECT_EQ(opening("/dev/null", O_RDONLY), succeeded);
 }
 
-TEST_F(SandboxTest, OtherFilesAreOutOfReach) {
+TEST_F(SandboxTest, OtherFilesAreInaccessible) {
     EXPECT_EQ(opening(folder / "elsewhere/file", O_RDONLY), EACCES);
     EXPECT_EQ(opening(folder / "elsewhere/file", O_WRONLY), EACCES);
     EXPECT_EQ(opening(folder / "elsewhere/new", O_RDWR | O_CREAT), EACCES);
@@ -112,7 +112,7 @@ TEST_F(SandboxTest, OtherFilesAreOutOfReach) {
     EXPECT_EQ(inside([&] { return outcome(::symlink("/etc/passwd", (folder / "changed/link").c_str()) == 0); }), EPERM);
 }
 
-TEST_F(SandboxTest, WhatMayOnlyBeReadCannotBeCutShort) {
+TEST_F(SandboxTest, ReadOnlyFilesCannotBeTruncated) {
     if (::syscall(SYS_landlock_create_ruleset, nullptr, 0, LANDLOCK_CREATE_RULESET_VERSION) < 3) {
         GTEST_SKIP() << "this kernel cannot forbid it";
     }
@@ -125,7 +125,7 @@ TEST_F(SandboxTest, WhatMayOnlyBeReadCannotBeCutShort) {
     EXPECT_EQ(std::filesystem::file_size(folder / "changed/file"), 0U);
 }
 
-TEST_F(SandboxTest, WhoeverTakesTheHostOverIsEndedWhenHeReachesOut) {
+TEST_F(SandboxTest, CallsThatOnlyAnAttackerMakesEndTheProcess) {
     EXPECT_EQ(inside([] {
                   const char* const arguments[] = {"/bin/true", nullptr};
                   return outcome(::execv(arguments[0], const_cast<char**>(arguments)) == 0);  // NOLINT: execv wants it
@@ -138,7 +138,7 @@ TEST_F(SandboxTest, WhoeverTakesTheHostOverIsEndedWhenHeReachesOut) {
     }
 }
 
-TEST_F(SandboxTest, NothingElseIsPossible) {
+TEST_F(SandboxTest, AllOtherCallsFail) {
     EXPECT_EQ(inside([] { return outcome(::fork() >= 0); }), EPERM);
     // Asked before: inside there is no way to ask, and -1 would be everybody.
     const pid_t other = ::getpid();
@@ -173,7 +173,7 @@ TEST_F(SandboxTest, NothingElseIsPossible) {
     EXPECT_EQ(inside([] { return outcome(::setuid(0) == 0); }), EPERM);
 }
 
-TEST_F(SandboxTest, PrivilegesAreGoneAndStayGone) {
+TEST_F(SandboxTest, PrivilegesAreDroppedPermanently) {
     for (const std::string expected :
          {"CapPrm:\t0000000000000000", "CapEff:\t0000000000000000", "NoNewPrivs:\t1", "Seccomp:\t2"}) {
         const auto look = [&expected] {
@@ -193,7 +193,7 @@ TEST_F(SandboxTest, AbortStillEndsTheProcessAsItShould) {
     EXPECT_EQ(inside([]() -> int { std::abort(); }), -SIGABRT);
 }
 
-TEST_F(SandboxTest, TheListsContradictNothing) {
+TEST_F(SandboxTest, TheListsDoNotOverlap) {
     for (const auto& call : fatalCalls()) {
         EXPECT_FALSE(isListed(allowedCalls(), call)) << call;
     }
