@@ -10,10 +10,10 @@
 #include <CLI/CLI.hpp>
 
 #include "MemoryCurve.h"
-#include "ProcessMemory.h"
 #include "SoakClient.h"
 #include "SoakDevice.h"
 #include "support/ChildProcess.h"
+#include "support/ProcessUsage.h"
 #include "support/TemporaryDirectory.h"
 
 namespace Endurance {
@@ -138,7 +138,8 @@ void Soak::sendRound() {
 }
 
 void Soak::sample() {
-    curve.add({sent, seconds(), residentKibibytes(host->pid()), openDescriptors(host->pid())});
+    curve.add(
+        {sent, seconds(), TestSupport::residentMemory(host->pid()) / 1024, TestSupport::openDescriptors(host->pid())});
     const Sample& taken = curve.all().back();
     std::printf("%9llu requests %7.1f s %7zu KiB %3zu descriptors\n", static_cast<unsigned long long>(taken.requests),
                 taken.seconds, taken.residentKibibytes, taken.descriptors);

@@ -12,6 +12,7 @@
 #include "storage/Recovery.h"
 #include "storage/SqliteStorage.h"
 #include "storage/TableStateStore.h"
+#include "support/Files.h"
 #include "support/Sanitizers.h"
 #include "support/TemporaryDirectory.h"
 
@@ -19,6 +20,7 @@ namespace SettingsHost {
 
 namespace {
 
+using TestSupport::contentOf;
 using Names = std::vector<std::string>;
 
 /// Whatever part of it is left somewhere, the word is in it.
@@ -34,11 +36,6 @@ std::string secret(std::size_t length) {
 
 void write(const std::string& file, const std::string& content) {
     std::ofstream(file, std::ios::binary) << content;
-}
-
-std::string contentOf(const std::string& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 }  // namespace
@@ -89,14 +86,7 @@ protected:
         log.take();
     }
 
-    Names files() const {
-        Names names;
-        for (const auto& entry : std::filesystem::directory_iterator(folder->path())) {
-            names.push_back(entry.path().filename().string());
-        }
-        std::sort(names.begin(), names.end());
-        return names;
-    }
+    Names files() const { return TestSupport::namesIn(folder->path()); }
 
     /// Those that hold something of what was entered.
     Names filesWithSecrets() const {
@@ -154,7 +144,7 @@ protected:
         return calls;
     }
 
-    static const Names unauthenticated;
+    static const Names foreignFiles;
     static std::unique_ptr<TestSupport::TemporaryDirectory> used;
 
     SettingsHostTests::LogRecording log;
@@ -197,14 +187,14 @@ private:
                                  ".restoring-wal", ".backup.new-wal", ".backup.new-journal"}) {
             write(file + name, secret(3000));
         }
-        for (const auto& name : unauthenticated) {
+        for (const auto& name : foreignFiles) {
             write(*used / name, "somebody else's");
         }
     }
 };
 
-const Names LogOutTest::unauthenticated{"my-settings.db.damaged",  "settings.db.2",      "settings.db.backup",
-                                        "settings.db.backup.copy", "settings.db.damage", "settings.db.damaged.old"};
+const Names LogOutTest::foreignFiles{"my-settings.db.damaged",  "settings.db.2",      "settings.db.backup",
+                                     "settings.db.backup.copy", "settings.db.damage", "settings.db.damaged.old"};
 std::unique_ptr<TestSupport::TemporaryDirectory> LogOutTest::used;
 
 TEST_F(LogOutTest, LeavesNothingOfAnyValueInAnyFile) {
@@ -213,7 +203,7 @@ TEST_F(LogOutTest, LeavesNothingOfAnyValueInAnyFile) {
     expectAllIsThere(running);
     EXPECT_TRUE(running.storage.clearStorage());
     expectNothingIsThere(running);
-    Names expected = unauthenticated;
+    Names expected = foreignFiles;
     expected.insert(expected.end(), {"settings.db", "settings.db-wal", "settings.db.backup.1"});
     std::sort(expected.begin(), expected.end());
     EXPECT_EQ(files(), expected);

@@ -10,6 +10,7 @@
 #include "storage/FileNames.h"
 #include "storage/KeyValueTable.h"
 #include "storage/Recovery.h"
+#include "support/Files.h"
 #include "support/TemporaryDirectory.h"
 
 namespace SettingsHost {
@@ -38,10 +39,7 @@ protected:
 
     void damage(const std::string& path) { std::ofstream(path) << std::string(10000, 'x'); }
 
-    std::string content(const std::string& name) {
-        std::ifstream stream(folder / name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
+    std::string content(const std::string& name) { return TestSupport::contentOf(folder / name); }
 
     std::string line(const std::string& text) { return "3 settings-host:" + text; }
 

@@ -10,9 +10,12 @@
 #include "kit/support/StorageRecording.h"
 #include "storage/SqliteStorage.h"
 #include "storage/TableStateStore.h"
+#include "support/Files.h"
 #include "support/TemporaryDirectory.h"
 
 namespace SettingsHost {
+
+using TestSupport::modeOf;
 
 class StorageTest : public ::testing::Test {
 protected:
@@ -28,12 +31,6 @@ protected:
         std::string value = "left over";
         storage->getValue(key, value);
         return value;
-    }
-
-    static mode_t modeOf(const std::string& path) {
-        struct stat status {};
-        EXPECT_EQ(::stat(path.c_str(), &status), 0) << path;
-        return status.st_mode & 0777U;
     }
 
     void expectRefused(const std::string& part) {

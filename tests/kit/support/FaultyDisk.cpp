@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <vector>
 
 #include <sqlite3.h>
+
+#include "support/Files.h"
 
 namespace SettingsHostTests {
 
@@ -25,11 +26,6 @@ void apply(const Change& change, std::string& content) {
     }
     content.resize(std::max(content.size(), change.offset + change.bytes.size()));
     content.replace(change.offset, change.bytes.size(), change.bytes);
-}
-
-std::string contentOf(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 bool chance(std::mt19937& random, double probability) {
@@ -253,9 +249,9 @@ FaultyDisk::TrackedFile& FaultyDisk::track(const std::string& path) {
         const bool isThere = std::filesystem::exists(path);
         if (!watches(path)) {
             tracked->exists = isThere;
-            tracked->content = contentOf(path);
+            tracked->content = TestSupport::contentOf(path);
         } else if (isThere) {
-            tracked->pending.push_back({false, 0, contentOf(path)});
+            tracked->pending.push_back({false, 0, TestSupport::contentOf(path)});
         }
     }
     return *tracked;
@@ -297,7 +293,7 @@ void FaultyDisk::sync(const std::string& path) {
     ++flushCount;
     if (path != watchedFolder) {
         TrackedFile& tracked = track(path);
-        tracked.pending = {{true, 0, ""}, {false, 0, contentOf(path)}};
+        tracked.pending = {{true, 0, ""}, {false, 0, TestSupport::contentOf(path)}};
         tracked.sync();
         return;
     }

@@ -3,9 +3,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
-#include <fstream>
 #include <regex>
-#include <sstream>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -15,6 +13,7 @@
 #include "VessaLogger/LogSink.h"
 #include "service/logging/HostLog.h"
 #include "service/logging/HostLogSink.h"
+#include "support/Files.h"
 #include "support/TemporaryDirectory.h"
 
 namespace SettingsHost {
@@ -207,10 +206,7 @@ TEST_F(HostLogSinkTest, AnUnwritableLogFileIsReportedAndLinesStillGoToStandardEr
     ::testing::internal::CaptureStderr();
     logHost(VessaLogger::INFORMATION, "b");
     ::testing::internal::GetCapturedStderr();
-    std::ifstream written(file);
-    std::stringstream content;
-    content << written.rdbuf();
-    const auto kept = lines(content.str());
+    const auto kept = lines(TestSupport::contentOf(file));
     ASSERT_EQ(kept.size(), 2U);
     EXPECT_NE(kept[0].find("warning"), std::string::npos) << kept[0];
     EXPECT_NE(kept[0].find("settings-host:1 log line was lost"), std::string::npos) << kept[0];

@@ -1,13 +1,12 @@
 #include <array>
 #include <csignal>
-#include <fstream>
-#include <sstream>
 
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include "service/logging/StandardErrorOutput.h"
+#include "support/Files.h"
 #include "support/LineReader.h"
 #include "support/TemporaryDirectory.h"
 
@@ -105,9 +104,7 @@ TEST_F(StandardErrorOutputTest, AFileGetsEveryLine) {
     const std::string line = std::string(100000, 'x') + "\n";
     EXPECT_TRUE(output.write(line));
     EXPECT_TRUE(output.write("y\n"));
-    std::stringstream content;
-    content << std::ifstream(path).rdbuf();
-    EXPECT_EQ(content.str(), line + "y\n");
+    EXPECT_EQ(TestSupport::contentOf(path), line + "y\n");
     StandardErrorOutput nowhere(-1);
     EXPECT_FALSE(nowhere.write("lost\n"));
 }
