@@ -23,7 +23,7 @@ namespace {
 using TestSupport::contentOf;
 using Names = std::vector<std::string>;
 
-/// Whatever part of it is left somewhere, the word is in it.
+/// Every stored value consists of this word, so that any part of a value that is left can be found.
 const std::string word = "Secret";
 
 std::string secret(std::size_t length) {
@@ -40,10 +40,10 @@ void write(const std::string& file, const std::string& content) {
 
 }  // namespace
 
-/// A device that somebody used for a while: its database, and everything that can be beside it, hold what they entered.
+/// A used device: its database and all files that can be beside it hold values.
 class LogOutTest : public ::testing::Test {
 protected:
-    /// The host's storage while it runs.
+    /// The storage of a running host.
     struct Running {
         explicit Running(LogOutTest& test)
             : database(openOrRecover(test.file, test.recovery)),
@@ -61,7 +61,7 @@ protected:
         Database database;
         SqliteStorage storage;
         TableStateStore state;
-        /// One that is being made.
+        /// In progress, if any.
         std::unique_ptr<Backup> backup;
     };
 
@@ -75,7 +75,7 @@ protected:
         begin();
     }
 
-    /// A new device in this state.
+    /// Starts over with a copy of the used device.
     void begin() {
         folder = std::make_unique<TestSupport::TemporaryDirectory>(TestSupport::memoryFolder());
         std::filesystem::copy(used->path(), folder->path());
@@ -88,7 +88,7 @@ protected:
 
     Names files() const { return TestSupport::namesIn(folder->path()); }
 
-    /// Those that hold something of what was entered.
+    /// The files that hold parts of values.
     Names filesWithSecrets() const {
         Names names;
         for (const auto& name : files()) {
@@ -100,14 +100,14 @@ protected:
         return names;
     }
 
-    void expectAllIsThere(Running& running) const {
+    void expectAllStored(Running& running) const {
         EXPECT_EQ(running.get("deviceName"), word + "Room");
         EXPECT_TRUE(running.get("companionDevice") == secret(30000));
         EXPECT_TRUE(running.get(word + "Key") == secret(300));
         EXPECT_EQ(running.get("orliaLocale.unusable"), secret(20));
     }
 
-    void expectNothingIsThere(Running& running) const {
+    void expectAllErased(Running& running) const {
         EXPECT_EQ(running.storage.health().keys, 0U);
         EXPECT_EQ(filesWithSecrets(), Names());
         EXPECT_FALSE(std::filesystem::exists(logOutMarkerName(file)));
@@ -133,7 +133,7 @@ protected:
         disk.watch(folder->path());
     }
 
-    /// How many calls a log-out makes, when nothing goes wrong.
+    /// The number of calls of a log-out without faults.
     long countCalls() {
         begin();
         Running running(*this);
@@ -161,7 +161,7 @@ private:
         {
             Running running(*this);
             EXPECT_TRUE(running.state.save("locale", "kept"));
-            // Overwritten and removed values stay in free pages and in what is free of others.
+            // Overwritten and removed values stay in free pages and in free parts of other pages.
             for (std::size_t length = 10; length < 40000; length = length * 3 / 2) {
                 EXPECT_TRUE(running.storage.setValue("companionDevice", secret(length)));
                 EXPECT_TRUE(running.storage.setValue("key" + std::to_string(length), secret(length / 3)));
@@ -188,7 +188,7 @@ private:
             write(file + name, secret(3000));
         }
         for (const auto& name : foreignFiles) {
-            write(*used / name, "somebody else's");
+            write(*used / name, "foreign");
         }
     }
 };
@@ -199,10 +199,10 @@ std::unique_ptr<TestSupport::TemporaryDirectory> LogOutTest::used;
 
 TEST_F(LogOutTest, LeavesNothingOfAnyValueInAnyFile) {
     Running running(*this);
-    EXPECT_EQ(filesWithSecrets().size(), 14U) << "the test shows something";
-    expectAllIsThere(running);
+    EXPECT_EQ(filesWithSecrets().size(), 14U) << "the files hold values before the log-out";
+    expectAllStored(running);
     EXPECT_TRUE(running.storage.clearStorage());
-    expectNothingIsThere(running);
+    expectAllErased(running);
     Names expected = foreignFiles;
     expected.insert(expected.end(), {"settings.db", "settings.db-wal", "settings.db.backup.1"});
     std::sort(expected.begin(), expected.end());
@@ -225,9 +225,9 @@ TEST_F(LogOutTest, IsPermanentAndLaterValuesAreKept) {
     }
     std::filesystem::remove(file);
     Running running(*this);
-    expectNothingIsThere(running);
+    expectAllErased(running);
     EXPECT_EQ(recovery.source, Recovery::Source::BACKUP);
-    EXPECT_EQ(running.state.load("locale"), "kept") << "the new backup was made after the values had gone";
+    EXPECT_EQ(running.state.load("locale"), "kept") << "the new backup holds the other tables";
 }
 
 TEST_F(LogOutTest, NeedsLittleDiskSpaceHoweverMuchIsStored) {
@@ -238,9 +238,9 @@ TEST_F(LogOutTest, NeedsLittleDiskSpaceHoweverMuchIsStored) {
     running.database.emptyLog();
     KeyValueTable table(running.database, settingsTable);
     beginLogOut(running.database, [&] { table.clear(); });
-    EXPECT_LT(std::filesystem::file_size(file + "-wal"), 20U * 4120U) << "people log out when the disk is full, too";
+    EXPECT_LT(std::filesystem::file_size(file + "-wal"), 20U * 4120U) << "a log-out must work on a full disk";
     finishLogOut(running.database);
-    expectNothingIsThere(running);
+    expectAllErased(running);
 }
 
 TEST_F(LogOutTest, ABackupInProgressIsCancelled) {
@@ -249,11 +249,11 @@ TEST_F(LogOutTest, ABackupInProgressIsCancelled) {
     EXPECT_TRUE(running.backup->step(8));
     EXPECT_TRUE(running.storage.clearStorage());
     EXPECT_EQ(running.backup, nullptr);
-    expectNothingIsThere(running);
+    expectAllErased(running);
 }
 
 TEST_F(LogOutTest, AFileThatCannotBeErasedIsRetriedAndAllOthersAreErased) {
-    // Cannot be removed like a file.
+    // A folder cannot be removed like a file.
     const std::string stubborn = file + ".damaged.3";
     std::filesystem::create_directories(stubborn + "/inside");
     Running running(*this);
@@ -286,7 +286,7 @@ TEST_F(LogOutTest, AFailedLogOutLeavesNoTransactionOpen) {
         EXPECT_TRUE(running.storage.setValue("after", "it"));
     }
     Running running(*this);
-    expectAllIsThere(running);
+    expectAllStored(running);
     EXPECT_EQ(running.get("after"), "it");
     EXPECT_TRUE(holdsEveryBackup());
 }
@@ -312,14 +312,14 @@ TEST_F(LogOutTest, WhicheverCallFailsItIsDoneOrNothingIsLost) {
             const Names lines = log.take();
             if (!done) {
                 ++refused;
-                EXPECT_EQ(removed, Names()) << "nobody is told";
+                EXPECT_EQ(removed, Names()) << "no key is reported as removed";
                 ASSERT_EQ(lines.size(), 1U);
                 EXPECT_EQ(lines[0].rfind("3 settings-host:cannot clear the storage: ", 0), 0U) << lines[0];
-                expectAllIsThere(*running);
+                expectAllStored(*running);
                 EXPECT_TRUE(name == "from" || files() == before);
                 running.reset();
                 running = std::make_unique<Running>(*this);
-                expectAllIsThere(*running);
+                expectAllStored(*running);
                 EXPECT_EQ(files(), before);
                 continue;
             }
@@ -338,7 +338,7 @@ TEST_F(LogOutTest, WhicheverCallFailsItIsDoneOrNothingIsLost) {
             }
             EXPECT_EQ(running->get("deviceName"), "new");
             EXPECT_TRUE(running->storage.removeValue("deviceName"));
-            expectNothingIsThere(*running);
+            expectAllErased(*running);
             EXPECT_EQ(log.take(), Names());
             ASSERT_FALSE(HasFailure());
         }
@@ -372,7 +372,7 @@ TEST_F(LogOutTest, WheneverThePowerIsCutItIsDoneOrNothingIsLost) {
                 try {
                     const Running running(*this);
                 } catch (const DatabaseError&) {
-                    // The power went during the start.
+                    // Power cut during the start.
                 }
                 disk.restorePower(random);
             }
@@ -380,10 +380,10 @@ TEST_F(LogOutTest, WheneverThePowerIsCutItIsDoneOrNothingIsLost) {
             EXPECT_FALSE(std::filesystem::exists(logOutMarkerName(file)));
             if (answered || running.get("deviceName").empty()) {
                 ++done;
-                expectNothingIsThere(running);
+                expectAllErased(running);
             } else {
                 ++undone;
-                expectAllIsThere(running);
+                expectAllStored(running);
                 EXPECT_TRUE(holdsEveryBackup());
             }
             ASSERT_FALSE(HasFailure());

@@ -19,8 +19,8 @@ class RecoveryTest : public ::testing::Test {
 protected:
     using Source = Recovery::Source;
 
-    /// Opens, stores `value` and, if wanted, backs up.
-    void live(const std::string& value, bool backUp) {
+    /// Opens the database, stores `value` and, if wanted, backs up.
+    void store(const std::string& value, bool backUp) {
         Database database(file);
         KeyValueTable(database, "settings").put("deviceName", value);
         if (backUp) {
@@ -30,7 +30,7 @@ protected:
         }
     }
 
-    /// Opens as the host does. Returns: the stored value.
+    /// Opens the database as the host does. Returns: the stored value.
     std::string open() {
         recovery = Recovery();
         Database database = openOrRecover(file, recovery);
@@ -54,7 +54,7 @@ protected:
 
 TEST_F(RecoveryTest, AGoodDatabaseIsOpenedWithoutALogLine) {
     EXPECT_EQ(open(), "(none)");
-    live("Den", true);
+    store("Den", true);
     EXPECT_EQ(open(), "Den");
     EXPECT_EQ(recovery.source, Source::NOT_NEEDED);
     EXPECT_EQ(recovery.setAside, "");
@@ -62,8 +62,8 @@ TEST_F(RecoveryTest, AGoodDatabaseIsOpenedWithoutALogLine) {
 }
 
 TEST_F(RecoveryTest, ADamagedDatabaseIsKeptAndRestored) {
-    live("backed up", true);
-    live("newer", false);
+    store("backed up", true);
+    store("newer", false);
     damage(file);
     EXPECT_EQ(open(), "backed up");
     EXPECT_EQ(recovery.source, Source::BACKUP);
@@ -75,7 +75,7 @@ TEST_F(RecoveryTest, ADamagedDatabaseIsKeptAndRestored) {
                   line("the database was restored from settings.db.backup.1; changes made since that backup "
                        "are lost")}));
     EXPECT_EQ(open(), "backed up");
-    EXPECT_EQ(recovery.source, Source::NOT_NEEDED) << "the next start finds everything in order";
+    EXPECT_EQ(recovery.source, Source::NOT_NEEDED) << "the next start needs no recovery";
     EXPECT_TRUE(std::filesystem::exists(backupName(file, 1))) << "the backup stays";
 }
 
@@ -91,8 +91,8 @@ TEST_F(RecoveryTest, WithoutABackupTheDatabaseStartsEmpty) {
 }
 
 TEST_F(RecoveryTest, TheSecondBackupServesWhenTheFirstIsDamagedToo) {
-    live("first", true);
-    live("second", true);
+    store("first", true);
+    store("second", true);
     damage(file);
     damage(backupName(file, 1));
     EXPECT_EQ(open(), "first");
@@ -102,7 +102,7 @@ TEST_F(RecoveryTest, TheSecondBackupServesWhenTheFirstIsDamagedToo) {
                              ".restoring is damaged or not a database (database: file is not a database)"));
     EXPECT_EQ(lines[3],
               line("the database was restored from settings.db.backup.2; changes made since that backup are lost"));
-    EXPECT_EQ(content("settings.db.backup.1"), std::string(10000, 'x')) << "it is no worse than before";
+    EXPECT_EQ(content("settings.db.backup.1"), std::string(10000, 'x')) << "the damaged backup is unchanged";
     EXPECT_FALSE(std::filesystem::exists(file + ".restoring"));
 }
 
@@ -140,7 +140,7 @@ TEST_F(RecoveryTest, TheLogIsKeptWithItsDatabase) {
 }
 
 TEST_F(RecoveryTest, AMissingOrEmptyDatabaseIsRestoredToo) {
-    live("backed up", true);
+    store("backed up", true);
     std::filesystem::remove(file);
     EXPECT_EQ(open(), "backed up");
     EXPECT_EQ(recovery.source, Source::BACKUP);
@@ -162,7 +162,7 @@ TEST_F(RecoveryTest, ALossOfPowerBetweenTheRenamesIsRecoveredFrom) {
 }
 
 TEST_F(RecoveryTest, ALossOfPowerDuringARestoreIsRecoveredFrom) {
-    live("backed up", true);
+    store("backed up", true);
     std::filesystem::remove(file);
     std::ofstream(file + ".restoring") << std::string(10000, 'x');
     std::ofstream(file + ".restoring-wal") << std::string(10000, 'x');
@@ -182,7 +182,7 @@ TEST_F(RecoveryTest, ALogThatWasKeptIsNotOverwritten) {
 }
 
 TEST_F(RecoveryTest, ALogOfAnEarlierRestoreIsNotReadIntoTheCopy) {
-    live("backed up", true);
+    store("backed up", true);
     std::filesystem::copy_file(backupName(file, 1), folder / "copy.db");
     {
         Database copy(folder / "copy.db");
@@ -195,7 +195,7 @@ TEST_F(RecoveryTest, ALogOfAnEarlierRestoreIsNotReadIntoTheCopy) {
 }
 
 TEST_F(RecoveryTest, ForeignAndNewerDatabasesAreRefusedAndLeftUnchanged) {
-    live("backed up", true);
+    store("backed up", true);
     {
         Database database(file);
         database.execute("PRAGMA user_version=99");
@@ -238,14 +238,14 @@ TEST_F(RecoveryTest, EveryDamageOfARealDatabaseIsFoundOrHarmless) {
         EXPECT_EQ(recovery.source, Source::DEFAULTS) << size;
         log.take();
     }
-    EXPECT_EQ(found, static_cast<int>(good.size() / 4096)) << "no page is unused";
+    EXPECT_EQ(found, static_cast<int>(good.size() / 4096)) << "every page is in use";
 }
 
-/// The power goes while a damaged database is being restored, or soon after it.
+/// The power is cut while a damaged database is restored, or soon after.
 class RecoveryPowerCutTest : public RecoveryTest {
 protected:
     RecoveryPowerCutTest() {
-        live("backed up", true);
+        store("backed up", true);
         damage(file);
         std::filesystem::create_directory(folder / "template");
         for (const auto* name : {"settings.db", "settings.db.backup.1"}) {
@@ -277,12 +277,12 @@ TEST_F(RecoveryPowerCutTest, AtAnyCallTheNextStartCompletesTheRecovery) {
             try {
                 open();
             } catch (const DatabaseError&) {
-                // The power went during the start.
+                // Power cut during the start.
             }
             disk.restorePower(random);
             ASSERT_EQ(open(), "backed up");
             EXPECT_EQ(std::filesystem::file_size(file + ".damaged"), 10000U);
-            EXPECT_FALSE(std::filesystem::exists(file + ".damaged.2")) << "what was restored was not whole";
+            EXPECT_FALSE(std::filesystem::exists(file + ".damaged.2")) << "the restored database was incomplete";
         }
     }
     EXPECT_GT(calls, 20);

@@ -36,7 +36,7 @@ protected:
     void expectRefused(const std::string& part) {
         try {
             const Database refused(file);
-            FAIL() << "it was opened";
+            FAIL() << "the database was opened";
         } catch (const DatabaseError& error) {
             EXPECT_NE(std::string(error.what()).find(part), std::string::npos) << error.what();
         }
@@ -146,7 +146,7 @@ TEST_F(StorageTest, RefusesADamagedFile) {
 }
 
 TEST_F(StorageTest, ReportsAFolderThatCannotBeCreated) {
-    std::ofstream(folder / "state") << "a file where a folder should be";
+    std::ofstream(folder / "state") << "a file instead of a folder";
     expectRefused("cannot");
 }
 
@@ -168,7 +168,7 @@ TEST_F(StorageTest, TakesAThousandKeysAndThenReplacesOnly) {
     open();
     database->execute("BEGIN");
     for (int time = 0; time < 1500; ++time) {
-        ASSERT_TRUE(storage->setValue("key0", std::to_string(time))) << "a value that is replaced takes no room";
+        ASSERT_TRUE(storage->setValue("key0", std::to_string(time))) << "replaced values do not count";
     }
     for (int key = 0; key < 1000; ++key) {
         ASSERT_TRUE(storage->setValue("key" + std::to_string(key), "v"));
@@ -241,7 +241,7 @@ TEST_F(StorageTest, KeepsWhatWasStoredBeyondTheLimitsAndRefusesGrowthOnly) {
                               "3 settings-host:cannot store 'new': the limit of 1,000 keys is reached"}));
     EXPECT_TRUE(storage->setValue("key1", std::string(2000, 'w')));
     EXPECT_TRUE(storage->setValue("key2", "short"));
-    EXPECT_EQ(storage->setAside("key3"), "key3.unusable") << "a start does not fail for it";
+    EXPECT_EQ(storage->setAside("key3"), "key3.unusable") << "renaming is no growth";
     EXPECT_EQ(read("key3.unusable"), std::string(2000, 'v'));
     EXPECT_TRUE(storage->removeValue("key4"));
     EXPECT_EQ(log.take(), std::vector<std::string>{});
@@ -332,9 +332,9 @@ TEST_F(StorageTest, TheLogStaysSmall) {
         ASSERT_TRUE(storage->setValue("key", std::to_string(number)));
         largest = std::max(largest, std::filesystem::file_size(file + "-wal"));
     }
-    // With the frames of the change that makes the log be moved.
+    // Including the frames of the change that causes the checkpoint.
     constexpr std::uintmax_t frame = 4096 + 24;
-    EXPECT_GT(largest, 60 * frame) << "it would be moved all the time";
+    EXPECT_GT(largest, 60 * frame) << "checkpoints are too frequent";
     EXPECT_LT(largest, 80 * frame);
 }
 

@@ -169,8 +169,8 @@ TEST_F(HostLogSinkTest, ReportsLostLinesBeforeTheNextLine) {
     };
     emit("a");
     const std::size_t shortLine = readAll().size();
-    // There is room for a short line, but neither for a long one nor for the one about the loss. The kernel takes all
-    // or nothing of so little.
+    // The pipe has room for a short line, but not for a long one or for the line about lost lines. The kernel writes
+    // such short lines completely or not at all.
     const std::size_t room = shortLine + 10;
     const std::string filling(static_cast<std::size_t>(size) - room, 'x');
     ASSERT_EQ(::write(pipe[1], filling.data(), filling.size()), static_cast<ssize_t>(filling.size()));
@@ -201,7 +201,7 @@ TEST_F(HostLogSinkTest, AnUnwritableLogFileIsReportedAndLinesStillGoToStandardEr
               std::string::npos)
         << seen[0];
     EXPECT_NE(seen[1].find("settings-host:a"), std::string::npos);
-    // Once the folder is there, so are the lines, and the number of those that are not.
+    // After the folder is created the file holds the number of lost lines and the new line.
     std::filesystem::create_directory(folder / "none");
     ::testing::internal::CaptureStderr();
     logHost(VessaLogger::INFORMATION, "b");

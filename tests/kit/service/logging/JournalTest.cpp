@@ -74,7 +74,7 @@ TEST_F(JournalTest, TheEnvironmentSaysWhetherStandardErrorIsTheJournal) {
     ::unsetenv("JOURNAL_STREAM");
     EXPECT_FALSE(isStandardErrorTheJournal());
     ::setenv("JOURNAL_STREAM", "1:2", 1);
-    EXPECT_FALSE(isStandardErrorTheJournal()) << "it was the parent's";
+    EXPECT_FALSE(isStandardErrorTheJournal()) << "inherited from the parent process";
     ::setenv("JOURNAL_STREAM", (std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino)).c_str(), 1);
     EXPECT_TRUE(isStandardErrorTheJournal());
     ::unsetenv("JOURNAL_STREAM");

@@ -52,7 +52,7 @@ TEST_F(LogFileTest, IsPrivateWhateverTheMask) {
     std::ofstream(path) << "old\n";
     ::chmod(path.c_str(), 0644);
     EXPECT_TRUE(LogFile(path).write("a\n"));
-    EXPECT_EQ(modeOf(path), 0600U) << "it was left open to others";
+    EXPECT_EQ(modeOf(path), 0600U) << "others can still read it";
 }
 
 TEST_F(LogFileTest, KeepsThreeFilesOfWholeLinesWithinTheLimit) {
@@ -77,7 +77,7 @@ TEST_F(LogFileTest, ContinuesInANewFileAfterReopening) {
     EXPECT_EQ(modeOf(path), 0600U);
     EXPECT_TRUE(file.write("123456789\n"));
     EXPECT_EQ(contentOf(folder / "moved"), "12345\na\n");
-    EXPECT_EQ(contentOf(path), "123456789\n") << "it counts from the start again";
+    EXPECT_EQ(contentOf(path), "123456789\n") << "the size was not reset";
     EXPECT_FALSE(std::filesystem::exists(path + ".1"));
     EXPECT_EQ(file.name(), path);
 }

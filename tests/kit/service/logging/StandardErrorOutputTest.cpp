@@ -28,7 +28,7 @@ protected:
         }
     }
 
-    /// Writes until a line is lost. Returns: how many were taken.
+    /// Writes until a line is lost. Returns: the number of lines written before.
     static int fill(LogOutput& output, const std::string& line) {
         int taken = 0;
         while (output.write(line) && taken < 1000000) {
@@ -38,7 +38,7 @@ protected:
         return taken;
     }
 
-    /// Fills the pipe or socket, reads it empty, and expects whole lines and then a new one.
+    /// Fills the pipe or socket, reads it empty, and expects whole lines followed by a new one.
     void expectOnlyWholeLinesAreLost() {
         StandardErrorOutput output(ends[1]);
         const std::string line(1000, 'x');
@@ -60,7 +60,7 @@ protected:
 TEST_F(StandardErrorOutputTest, AFullPipeDoesNotBlockAndLinesStayWhole) {
     openPipe();
     expectOnlyWholeLinesAreLost();
-    EXPECT_EQ(::fcntl(ends[1], F_GETFL) & O_NONBLOCK, 0) << "others who write to the same pipe would be surprised";
+    EXPECT_EQ(::fcntl(ends[1], F_GETFL) & O_NONBLOCK, 0) << "the flags are shared with other processes";
 }
 
 TEST_F(StandardErrorOutputTest, AFullSocketDoesNotBlockAndLinesStayWhole) {

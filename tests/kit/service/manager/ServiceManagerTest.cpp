@@ -12,7 +12,7 @@ namespace SettingsHostTests {
 
 using namespace SettingsHost;
 
-/// The environment that a service manager makes, in this process.
+/// Sets the environment of a service manager in this process.
 class ServiceManagerTest : public ::testing::Test {
 protected:
     ServiceManagerTest() { clear(); }
@@ -69,7 +69,7 @@ TEST_F(ServiceManagerTest, SetsTheWatchdogTimeout) {
     set("WATCHDOG_PID", thisProcess);
     EXPECT_EQ(watchdogTimeout(), std::chrono::seconds(30));
     set("WATCHDOG_PID", "1");
-    EXPECT_EQ(watchdogTimeout(), std::nullopt) << "it waits for another process";
+    EXPECT_EQ(watchdogTimeout(), std::nullopt) << "the watchdog is for another process";
     set("WATCHDOG_PID", "");
     EXPECT_EQ(watchdogTimeout(), std::nullopt);
 }
