@@ -137,7 +137,7 @@ protected:
     SettingsHandler::SettingsHandler& handler = *surroundings.handler;
 };
 
-TEST_F(Allocations, OfChangesAreGivenBack) {
+TEST_F(Allocations, OfChangesAreFreed) {
     for (const std::string key :
          {"deviceName", "companionDevice", "captionsFontSize", "friendlyName", "tovanEntitlementStatus", "timezone",
           "handsFreeEnabled", "handsFreeAlwaysOnEnabled", "pttAlwaysOnEnabled", "a key of nobody's"}) {
@@ -154,7 +154,7 @@ TEST_F(Allocations, OfChangesAreGivenBack) {
     });
 }
 
-TEST_F(Allocations, OfRefusedRequestsAreGivenBack) {
+TEST_F(Allocations, OfRefusedRequestsAreFreed) {
     handler.handleSetSettingRequest(setRequest("deviceName", "the value it has already, and so no change"));
     expectSteady("unchanged", setRequest("deviceName", "the value it has already, and so no change"));
     expectSteady("not JSON", std::string("this is no JSON at all"));
@@ -169,7 +169,7 @@ TEST_F(Allocations, OfRefusedRequestsAreGivenBack) {
     expectSteady("locales that are no JSON", setRequest("orliaLocale", "fr-FR"));
 }
 
-TEST_F(Allocations, OfQuestionsAreGivenBack) {
+TEST_F(Allocations, OfReadRequestsAreFreed) {
     expectSteady("all settings",
                  [this](int) { handler.handleGetSettingsRequest(R"({"messageId":"m","payload":{"settings":[]}})"); });
     expectSteady("some settings", [this](int) {
@@ -182,7 +182,7 @@ TEST_F(Allocations, OfQuestionsAreGivenBack) {
     expectSteady("the current map", [this](int) { handler.getCurrentSettingsMap(); });
 }
 
-TEST_F(Allocations, OfNotificationsAreGivenBack) {
+TEST_F(Allocations, OfNotificationsAreFreed) {
     const std::vector<std::string> values{"one value that fits into no small buffer",
                                           "two value that fits into no small buffer"};
     const auto value = [&](int number) { return values[static_cast<std::size_t>(number % 2)]; };
@@ -205,7 +205,7 @@ public:
     void notifyEntitlementStatusChanged(const std::string& /*status*/) override {}
 };
 
-TEST_F(Allocations, OfObserversThatComeAndGoAreGivenBack) {
+TEST_F(Allocations, OfAddedAndRemovedObserversAreFreed) {
     const auto steady = std::make_shared<Indifferent>();
     handler.addFriendlyNameObserver(steady);
     handler.addEntitlementStatusObserver(steady);
@@ -223,7 +223,7 @@ TEST_F(Allocations, OfObserversThatComeAndGoAreGivenBack) {
     });
 }
 
-TEST_F(Allocations, OfStartsAndLogOutsAreGivenBack) {
+TEST_F(Allocations, OfInitialisationsAndLogOutsAreFreed) {
     expectSteady("a start", [this](int) {
         handler.initializeSettings();
         handler.migrateExistingDeviceSettings();
@@ -234,7 +234,7 @@ TEST_F(Allocations, OfStartsAndLogOutsAreGivenBack) {
     });
 }
 
-TEST(AllocationCounts, SeeTheLibrarysJsonTexts) {
+TEST(AllocationCounts, IncludeThoseOfTheJsonLibrary) {
     const long before = allocations;
     const Memory memory;
     {

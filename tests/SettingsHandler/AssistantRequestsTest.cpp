@@ -45,7 +45,7 @@ protected:
         DeviceAbstractionLayer::AppNameToStringMapping;
 };
 
-TEST_F(AppNameDeathTest, WithoutAnEntryTheNameIsEmptyForGood) {
+TEST_F(AppNameDeathTest, WithoutAnEntryTheNameStaysEmpty) {
     EXPECT_EXIT(
         {
             names.clear();
@@ -85,7 +85,7 @@ TEST_F(AssistantRequests, LogOutResetsClearsAndReloadsInOrder) {
     EXPECT_EQ(cached("companionDevice"), R"(["",""])");
 }
 
-TEST_F(AssistantRequests, AFailedWipeIsLoggedAndTheRestIsDoneAllTheSame) {
+TEST_F(AssistantRequests, AFailedClearingIsLoggedAndTheRestIsDone) {
     storage.values = {{"deviceName", "Den"}};
     storage.refusesClearing = true;
     sdk->refusesSettings = true;

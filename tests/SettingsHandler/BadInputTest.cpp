@@ -23,7 +23,7 @@ TEST_F(BadInput, ARootThatIsNoObjectHasNoMembers) {
 }
 
 // A text per kind of request, at a depth that no stack survives: seconds in a debug build, and worth them.
-TEST_F(BadInput, MillionsOfBracketsAreATextLikeAnyOther) {
+TEST_F(BadInput, MillionsOfNestedArraysAreHandled) {
     constexpr std::size_t depth = NESTING_DEPTH;
     const std::string open(depth, '[');
     const std::string nested = open + std::string(depth, ']');
@@ -47,7 +47,7 @@ TEST_F(BadInput, MillionsOfBracketsAreATextLikeAnyOther) {
     EXPECT_EQ(entries, Entries{"log 1 SettingsHandler:Handling GetSettings request"} + readOfAll());
 }
 
-TEST_F(BadInput, DeepMembersThatAreSkippedDoNoHarm) {
+TEST_F(BadInput, DeeplyNestedUnknownMembersAreIgnored) {
     constexpr std::size_t depth = 200000;
     std::string nested;
     for (std::size_t level = 0; level < depth; ++level) {
@@ -136,7 +136,7 @@ TEST_F(BadInput, TextsMakeTheRoundTripExactly) {
     }
 }
 
-TEST_F(BadInput, AValueOfAMegabyteGoesThrough) {
+TEST_F(BadInput, AValueOfOneMegabyteIsStored) {
     const std::string value(1000000, 'v');
     EXPECT_TRUE(handler->handleSetSettingRequest(setRequest("\"" + value + "\"")));
     EXPECT_EQ(storage.values.at("deviceName"), value);

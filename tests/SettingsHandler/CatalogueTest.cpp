@@ -59,7 +59,7 @@ TEST(Catalogue, TablesHoldTheRowsAndNothingElse) {
     EXPECT_EQ(stringToSettingsNamesTypeMapping.max_load_factor(), 1.0F);
 }
 
-TEST(Catalogue, TheFileHoldsTheSameRowsInTheSameOrder) {
+TEST(Catalogue, TheFileHasTheSameRowsInTheSameOrder) {
     std::ifstream file(CATALOGUE_FILE);
     const std::string text{std::istreambuf_iterator<char>(file), {}};
     rapidjson::Document catalogue;
@@ -92,7 +92,7 @@ TEST(Catalogue, UnknownNamesAndNumbersAreNoSettings) {
     }
 }
 
-TEST(Catalogue, LookingUpChangesNoTable) {
+TEST(Catalogue, LookUpsChangeNoTable) {
     settingTypeFromName("unknown");
     settingNameFromType(INVALID_SETTING);
     defaultValueForSetting(TIMEZONE);

@@ -32,7 +32,7 @@ TEST_F(Construction, EachMessageTypeReachesItsRequest) {
     EXPECT_EQ(journal.take().front(), "sdk.applySetting(handsFreeAlwaysOnEnabled, false)");
 }
 
-TEST_F(Construction, SharesTheCollaboratorsUntilItGoes) {
+TEST_F(Construction, SharesTheCollaboratorsUntilItIsDestroyed) {
     const auto before = metrics.use_count();
     {
         const auto another = make<OpenHandler>();
@@ -53,7 +53,7 @@ TEST_F(Construction, CopiesThePointersStepByStep) {
     EXPECT_EQ(metrics.use_count(), 3);
 }
 
-TEST_F(Construction, NeitherDeregistersNorLogsWhenItGoes) {
+TEST_F(Construction, DestructionNeitherUnregistersNorLogs) {
     handler.reset();
     expectJournal(Entries{});
 }

@@ -120,7 +120,7 @@ TEST_F(CreationFailure, OfTheControlBlockDestroysTheHandlerAndKeepsTheRegistrati
     expectNoCollaboratorIsHeld();
 }
 
-TEST_F(CreationFailure, AtAnyLaterStepLosesNothing) {
+TEST_F(CreationFailure, AtAnyLaterStepLeaksNothing) {
     long successes = 2;
     while (!createsWithAllocations(successes)) {
         expectNoCollaboratorIsHeld();
@@ -132,7 +132,7 @@ TEST_F(CreationFailure, AtAnyLaterStepLosesNothing) {
     expectNoCollaboratorIsHeld();
 }
 
-TEST_F(CreationFailure, IsTestedOnTwoBlocksTheHandlerAndItsControlBlock) {
+TEST_F(CreationFailure, IsTestedWithSeparateBlocksForHandlerAndControlBlock) {
     const long before = blocksInUse;
     const auto handler = SettingsHandler::SettingsHandler::create(transport, storage, metrics, sdk, app, device);
     journal.take();

@@ -38,7 +38,7 @@ TEST_F(GetSettingsRequest, RefusesAMissingOrWrongMessageId) {
     expectRefused("{}", reason);
 }
 
-TEST_F(GetSettingsRequest, RefusesAMissingPayloadWithTheWordsOfSetSettings) {
+TEST_F(GetSettingsRequest, RefusesAMissingPayloadWithTheTextOfSetSettings) {
     expectRefused(R"({"messageId":"m"})", "SetSetting Message payload not found");
     expectRefused(R"({"messageId":"m","payload":[]})", "SetSetting Message payload not found");
 }
@@ -64,7 +64,7 @@ TEST_F(GetSettingsRequest, DuplicatesGiveOneMember) {
               R"(transport.sendResponse(m, {"settings":{"timezone":"America/Vancouver"}}))");
 }
 
-TEST_F(GetSettingsRequest, AnEmptyListGivesAllThatHaveAValue) {
+TEST_F(GetSettingsRequest, AnEmptyListReturnsAllSettingsWithAValue) {
     EXPECT_EQ(replyTo("[]"),
               R"(transport.sendResponse(m, {"settings":{"captionsEnabled":"false","captionsFontSize":"FONT_MEDIUM",)"
               R"("captionsStyles":"STYLE_WHITE_ON_BLACK","companionDevice":"[\"\",\"\"]","deviceName":"TV",)"
@@ -73,7 +73,7 @@ TEST_F(GetSettingsRequest, AnEmptyListGivesAllThatHaveAValue) {
               R"("pttAlwaysOnDiscovered":"false","pttAlwaysOnEnabled":"false","timezone":"America/Vancouver"}}))");
 }
 
-TEST_F(GetSettingsRequest, RepliesAlsoWhenThereIsNothingToTell) {
+TEST_F(GetSettingsRequest, RepliesAlsoWhenNoKeyHasAValue) {
     EXPECT_EQ(replyTo(R"(["unknown"])"), R"(transport.sendResponse(m, {"settings":{}}))");
 }
 

@@ -24,7 +24,7 @@ protected:
     }
 };
 
-TEST_F(Initialisation, TellsTheSdkWhatTheDeviceReports) {
+TEST_F(Initialisation, PassesTheModesOfTheDeviceToTheSdk) {
     device->info = {{"currentHandsFreeStatus", "on"}, {"currentAlwaysOnVoiceMode", "on"}};
     handler->initializeSettings();
     expectJournal(readOfAll() + Entries{"log 1 Setting initial hands free status value %s:true",
@@ -36,7 +36,7 @@ TEST_F(Initialisation, TellsTheSdkWhatTheDeviceReports) {
                                         "sdk.applySetting(pttAlwaysOnEnabled, false)"});
 }
 
-TEST_F(Initialisation, AsksForEverythingThroughTheInterfaceAndPassesValuesOnAsTheyAre) {
+TEST_F(Initialisation, ReadsAllSettingsThroughTheInterfaceAndPassesValuesUnchanged) {
     const auto made = reporting({{"handsFreeEnabled", "TRUE"},
                                  {"handsFreeAlwaysOnEnabled", "maybe"},
                                  {"pttAlwaysOnEnabled", "yes"},
@@ -73,7 +73,7 @@ TEST_F(Initialisation, ReplacesTheWholeCacheEachTime) {
     EXPECT_EQ(map.count("gone"), 0U);
 }
 
-TEST_F(Initialisation, ARefusalOfTheSdkIsPassedOver) {
+TEST_F(Initialisation, ARefusalOfTheSdkIsIgnored) {
     sdk->refusesSettings = true;
     handler->initializeSettings();
     expectJournal(readOfAll() + Entries{"log 1 Setting initial hands free status value %s:false",

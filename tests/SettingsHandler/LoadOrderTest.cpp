@@ -36,7 +36,7 @@ void onSingletonRequest(const char* /*which*/) {
 
 }  // namespace SettingsHandlerTesting
 
-TEST(LoadOrder, EachSingletonIsAskedForOnceTheLoggerFirst) {
+TEST(LoadOrder, EachSingletonIsRequestedOnceTheLoggerFirst) {
     EXPECT_EQ(SettingsHandlerTesting::singletonRequests(),
               (std::vector<std::string>{"Log::instance", "MetricsCache::instance"}));
 }

@@ -68,7 +68,7 @@ TEST_F(Locks, TheCurrentMapHoldsTheMutexAfterItsLine) {
     }
 }
 
-TEST_F(Locks, ReadingHoldsNothing) {
+TEST_F(Locks, ReadingHoldsNoLock) {
     storage.values["unknown"] = "x";
     for (const auto* entry : {"log 0 SettingsHandler:getSettings", "storage.getValue(unknown)", "sdk.getLocales",
                               "device.getDeviceInfo", "transport.sendResponse"}) {
@@ -79,7 +79,7 @@ TEST_F(Locks, ReadingHoldsNothing) {
     }
 }
 
-TEST_F(Locks, WritingHoldsNothingWhileItCallsOut) {
+TEST_F(Locks, WritingHoldsNoLockDuringCalls) {
     handler->addOrliaLocaleObserver(std::make_shared<SettingsHandlerTesting::FakeLocaleObserver>(journal));
     handler->addFriendlyNameObserver(std::make_shared<SettingsHandlerTesting::FakeFriendlyNameObserver>(journal));
     handler->addEntitlementStatusObserver(std::make_shared<SettingsHandlerTesting::FakeEntitlementObserver>(journal));
@@ -107,7 +107,7 @@ TEST_F(Locks, WritingHoldsNothingWhileItCallsOut) {
     expectFreeAt("sdk.setHandsFreeEnabled", [&] { handler->setSetting("handsFreeEnabled", value()); });
 }
 
-TEST_F(Locks, MigrationLogOutAndLaunchHoldNothing) {
+TEST_F(Locks, MigrationLogOutAndLaunchHoldNoLock) {
     for (const auto* entry : {"log 1 SettingsHandler:migrateExistingDeviceSettings", "storage.getValue(orliaLocale)",
                               "sdk.setTimezone", "storage.removeValue"}) {
         storage.values["timezone"] = std::string("zone of ") + entry;
@@ -120,7 +120,7 @@ TEST_F(Locks, MigrationLogOutAndLaunchHoldNothing) {
     expectFreeAt("app.launchApp", [&] { handler->openVASettings(); });
 }
 
-TEST_F(Locks, NotificationsHoldNothing) {
+TEST_F(Locks, NotificationsHoldNoLock) {
     for (const auto* entry : {"log 1 SettingsHandler:notifyLocaleChange", "sdk.getLocales", "sdk.setLocales"}) {
         expectFreeAt(entry, [&] { handler->notifyLocaleChange(std::string("l") + entry); });
     }
@@ -143,7 +143,7 @@ TEST_F(Locks, ANullObserverIsReportedWithoutTheMutex) {
     handler->getCurrentSettingsMap();
 }
 
-TEST_F(Locks, WhatTouchesTheCacheOrTheObserversWaitsForTheMutex) {
+TEST_F(Locks, OperationsOnCacheOrObserversWaitForTheMutex) {
     const auto locale = std::make_shared<SettingsHandlerTesting::FakeLocaleObserver>(journal);
     const auto friendly = std::make_shared<SettingsHandlerTesting::FakeFriendlyNameObserver>(journal);
     const auto entitlement = std::make_shared<SettingsHandlerTesting::FakeEntitlementObserver>(journal);

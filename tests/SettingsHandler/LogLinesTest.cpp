@@ -135,7 +135,7 @@ protected:
     }
 };
 
-TEST_F(LogLines, AreTheseAndNoOthers) {
+TEST_F(LogLines, AreExactlyTheListedOnes) {
     start();
     sdk->timezone = "start";
     sdk->locales = {"en-US"};

@@ -59,7 +59,7 @@ TEST(ParserLanguage, BuildsTheSameDocumentsOfAnySize) {
     }
 }
 
-TEST(ParserLanguage, AFailureKeepsTheRoot) {
+TEST(ParserLanguage, AParseErrorLeavesAnEmptyObject) {
     for (const auto* text : {"", "{", "[1,2", "{\"a\":1} x"}) {
         SettingsHandler::ParsedText parsed;
         EXPECT_FALSE(parsed.parse(text));

@@ -29,7 +29,7 @@ TEST_F(Reading, EmptySdkValuesAreInTheResult) {
     EXPECT_EQ(handler->getSettings({"timezone", "orliaLocale"}), (Values{{"timezone", ""}, {"orliaLocale", "[]"}}));
 }
 
-TEST_F(Reading, ModesComeFromTheDeviceOneQuestionEach) {
+TEST_F(Reading, ModesAreReadFromTheDeviceWithOneCallEach) {
     device->info = {{"currentHandsFreeStatus", "on"}, {"currentAlwaysOnPTTMode", "on"}};
     EXPECT_EQ(
         handler->getSettings({"handsFreeEnabled", "handsFreeAlwaysOnEnabled", "pttAlwaysOnEnabled"}),
@@ -89,7 +89,7 @@ TEST_F(Reading, AnUnknownKeyWithAValueIsCachedAndAKnownOneIsNot) {
     EXPECT_EQ(cached("deviceName"), "(none)");
 }
 
-TEST_F(Reading, DuplicatesAreReadAfreshAndTheLastOneCounts) {
+TEST_F(Reading, DuplicatesAreReadAgainAndTheLastOneCounts) {
     journal.at("sdk.getTimezone()", [&] { journal.at("sdk.getTimezone()", [&] { sdk->timezone = "second"; }); });
     EXPECT_EQ(handler->getSettings({"timezone", "timezone"}), (Values{{"timezone", "second"}}));
     expectJournal(readStart + readOf("timezone") + Entries{"sdk.getTimezone()"} + readOf("timezone") +
@@ -114,7 +114,7 @@ public:
     std::vector<std::string> asked;
 };
 
-TEST_F(Reading, ReadsTheKeysItWasGivenEvenWhenACollaboratorChangesTheList) {
+TEST_F(Reading, ReadsTheGivenKeysEvenWhenACollaboratorChangesTheList) {
     std::vector<std::string> keys{"deviceName", "a key that is kept on the heap", "captionsStyles"};
     ListChangingStorage changing(keys);
     OpenHandler reader(transport, changing, metrics, sdk, app, device);
@@ -125,7 +125,7 @@ TEST_F(Reading, ReadsTheKeysItWasGivenEvenWhenACollaboratorChangesTheList) {
               (std::vector<std::string>{"deviceName", "a key that is kept on the heap", "captionsStyles"}));
 }
 
-TEST_F(Reading, AnEmptyListAsksForAllInTheTablesOrder) {
+TEST_F(Reading, AnEmptyListReadsAllInTheOrderOfTheTable) {
     const auto values = handler->getSettings({});
     EXPECT_EQ(values, (Values{{"captionsEnabled", "false"},
                               {"captionsFontSize", "FONT_MEDIUM"},
@@ -144,7 +144,7 @@ TEST_F(Reading, AnEmptyListAsksForAllInTheTablesOrder) {
     expectJournal(readOfAll());
 }
 
-TEST_F(Reading, GetSdkSettingAsksTheSdkForItsFourOnly) {
+TEST_F(Reading, GetSdkSettingReadsOnlyTheSettingsOfTheSdk) {
     using namespace SettingsHandler;  // NOLINT: the enumerators
     sdk->doNotDisturbEnabled = true;
     EXPECT_EQ(handler->getSDKSetting(CAPTIONS_ENABLED), "false");
@@ -162,7 +162,7 @@ TEST_F(Reading, GetSdkSettingAsksTheSdkForItsFourOnly) {
     expectJournal(Entries{});
 }
 
-TEST_F(Reading, ExactlyFourSettingsAreTheSdks) {
+TEST_F(Reading, TheSettingsOfTheSdkAreThoseOfTheCatalogue) {
     for (int number = -1; number <= 16; ++number) {
         const bool expected = number == 3 || number == 4 || number == 7 || number == 15;
         EXPECT_EQ(OpenHandler::isSDKSetting(static_cast<SettingsHandler::SettingsNamesType>(number)), expected)

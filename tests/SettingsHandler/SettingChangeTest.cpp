@@ -67,7 +67,7 @@ TEST_F(SettingChange, AnEmptyValueLeavesTheSeparatorAtTheEnd) {
                            "metrics.recordEvent(app_events, AUTO, interaction_name=deviceName_)"}));
 }
 
-TEST_F(SettingChange, AMetricTakesTheValueHoweverLong) {
+TEST_F(SettingChange, AMetricContainsALongValueInFull) {
     const std::string value(50000, 'v');
     handler->emitSettingMetric("k", value);
     handler->emitSettingMetric("k", value);

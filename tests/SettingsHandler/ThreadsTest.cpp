@@ -176,7 +176,7 @@ TEST_F(Threads, EightUseTheGuardedOperationsAtOnce) {
     EXPECT_EQ(last.count("deviceName"), 1U);
 }
 
-TEST_F(Threads, TakeTurnsWithTheOperationsThatHaveNoGuard) {
+TEST_F(Threads, TakeTurnsWithTheUnguardedOperations) {
     auto& handler = *surroundings.handler;
     surroundings.storage.setValue("never written", "kept by older software");
     // What callers owe the handler: nobody else is at work while one of these runs.

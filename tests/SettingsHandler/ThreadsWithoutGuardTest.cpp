@@ -7,7 +7,7 @@ namespace SettingsHandlerTests {
 
 /// For the thread sanitizer only, with cmake/thread-sanitizer.suppressions: it shows that the operations named there
 /// are all that is without a guard. The maps are warm and the values stay, so what races leaves every byte as it is.
-TEST(ThreadsWithoutGuard, RaceInTheNamedPlacesOnly) {
+TEST(ThreadsWithoutGuard, RaceInTheSuppressedPlacesOnly) {
     Surroundings surroundings;
     auto& handler = *surroundings.handler;
     handler.initializeSettings();

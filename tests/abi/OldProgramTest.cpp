@@ -103,7 +103,7 @@ TEST_F(OldProgram, NotifiesAHandlerThroughBothObserverInterfaces) {
     expectCalls(Calls{"hands-free true"} + change("handsFreeEnabled", "", "true"));
 }
 
-TEST_F(OldProgram, IsCalledByTheTransportsRequestsAndFindsItsOwnNamesInThem) {
+TEST_F(OldProgram, HandlesRequestsWithItsOwnMemberNames) {
     const auto handler = Handler::create(transport, storage, metrics, bridge, launcher, info);
     using CommunicationHandler::MessageType;
     transport->handlers.at(MessageType::GET_SETTINGS)(R"({"id":"7","body":{"settings":["timezone"]}})");
@@ -130,7 +130,7 @@ public:
     std::uint64_t last = 0x5e77'1965'0000'0001;
 };
 
-TEST_F(OldProgram, DerivesAHandlerThatTheLibraryCallsAndLeavesWhole) {
+TEST_F(OldProgram, DerivesAHandlerThatTheLibraryCallsWithoutOverwritingIt) {
     const auto handler = make<OldDerivedHandler>();
     EXPECT_FALSE(handler->handleSetSettingRequest(R"({"at":5,"body":{"settingDBId":"deviceName","to":"Den"}})"));
     EXPECT_EQ(handler->asked, "deviceName 5");
@@ -141,7 +141,7 @@ TEST_F(OldProgram, DerivesAHandlerThatTheLibraryCallsAndLeavesWhole) {
     EXPECT_TRUE(Handler::isSDKSetting(::SettingsHandler::TIMEZONE));
 }
 
-TEST_F(OldProgram, FindsThatAHandlerFillsItsRecordedSizeAndNoMore) {
+TEST_F(OldProgram, UsesAHandlerOfTheRecordedSize) {
     struct Room {
         alignas(Handler) unsigned char handler[sizeof(Handler)];
         unsigned char behind[64];

@@ -26,12 +26,12 @@ protected:
         std::make_shared<SettingsHandlerTesting::FakeDeviceInfo>(journal));
 };
 
-TEST_F(JsonIsolationDeathTest, ThisProgramsCopyRunsOn) {
+TEST_F(JsonIsolationDeathTest, TheCopyOfThisProgramContinues) {
     rapidjson::Document document(rapidjson::kObjectType);
     EXPECT_EQ(document.GetArray().Size(), 0U);
 }
 
-TEST_F(JsonIsolationDeathTest, TheLibrarysCopyStillEndsTheProcess) {
+TEST_F(JsonIsolationDeathTest, TheCopyOfTheLibraryEndsTheProcess) {
     EXPECT_DEATH(handler->setSetting("orliaLocale", "{}"), "JSON precondition failed: IsArray");
 }
 

@@ -22,7 +22,7 @@ protected:
 };
 
 /// The JSON library's versions ask for a document's allocator in two ways.
-TEST(JsonMemory, IsTakenInSmallChunksHoweverTheLibraryAsksForIt) {
+TEST(JsonMemory, IsAllocatedInSmallChunksForBothVersionsOfTheLibrary) {
     using Pool = rapidjson::MemoryPoolAllocator<>;
     const std::unique_ptr<Pool> older(RAPIDJSON_NEW(Pool()));
     const std::unique_ptr<Pool> newer(RAPIDJSON_NEW(Pool)());

@@ -72,7 +72,7 @@ TEST(TestHandlerTest, IsSubscribedToTheDeviceLayer) {
     EXPECT_EQ(handler->getSettings({"handsFreeEnabled"}).at("handsFreeEnabled"), "true");
 }
 
-TEST(FakeDeviceLayerTest, GoesOnWithoutItsObservers) {
+TEST(FakeDeviceLayerTest, SkipsDestroyedObservers) {
     Journal journal;
     const auto info = std::make_shared<FakeDeviceInfo>(journal);
     FakeDeviceLayer layer(info);
@@ -117,7 +117,7 @@ TEST(RecordingLogTest, KeepsLevelsAndTextsWhileItLives) {
     EXPECT_EQ(log.take(), std::vector<LogLine>{}) << "the traces went with it";
 }
 
-TEST(PlatformRecordingTest, PutsLinesAndMetricsCacheInLineWithTheRest) {
+TEST(PlatformRecordingTest, RecordsLinesAndMetricsCacheInOrderWithTheRest) {
     TestHandler handler;
     handler->setSetting("orliaLocale", R"(["fr-FR"])");
     handler.journal.take();

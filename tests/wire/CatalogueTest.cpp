@@ -6,7 +6,7 @@
 
 namespace Wire {
 
-TEST(SettingDescriptions, ComeInTheOrderOfTheirNumbers) {
+TEST(SettingDescriptions, AreInTheOrderOfTheirNumbers) {
     int number = 0;
     std::set<std::string> keys;
     for (const auto& setting : catalogue()) {
@@ -17,7 +17,7 @@ TEST(SettingDescriptions, ComeInTheOrderOfTheirNumbers) {
     EXPECT_EQ(number, 15);
 }
 
-TEST(SettingDescriptions, HoldWhatTheFileSays) {
+TEST(SettingDescriptions, HaveTheValuesOfTheFile) {
     const auto* size = findSetting("captionsFontSize");
     ASSERT_NE(size, nullptr);
     EXPECT_EQ(size->number, 5);
@@ -43,7 +43,7 @@ TEST(SettingDescriptions, HoldWhatTheFileSays) {
     EXPECT_TRUE(companion->personal);
 }
 
-TEST(SettingDescriptions, KnowNoOtherKey) {
+TEST(SettingDescriptions, AreNotFoundForOtherKeys) {
     for (const auto* key : {"", "CaptionsEnabled", "captionsEnabled "}) {
         EXPECT_EQ(findSetting(key), nullptr) << key;
     }

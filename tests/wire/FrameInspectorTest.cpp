@@ -25,7 +25,7 @@ std::optional<int> typeOf(const std::string& frame) {
 
 }  // namespace
 
-TEST(FrameInspector, TakesObjects) {
+TEST(FrameInspector, AcceptsObjects) {
     for (const auto* frame : {"{}", R"({"type":7})", " {\"a\":\"é😀\"}\r", R"({"a":"\u0000"})"}) {
         EXPECT_EQ(codeOf(frame), "") << frame;
     }

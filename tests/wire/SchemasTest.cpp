@@ -29,7 +29,7 @@ bool isAllowed(const std::string& fault) {
 
 }  // namespace
 
-TEST(Schemas, TakeEveryExample) {
+TEST(Schemas, AcceptEveryExample) {
     const auto examples = allExamples();
     ASSERT_GE(examples.size(), 15U);
     for (const auto& example : examples) {
@@ -41,7 +41,7 @@ TEST(Schemas, TakeEveryExample) {
     }
 }
 
-TEST(Schemas, AreAllShownByAnExample) {
+TEST(Schemas, HaveAnExampleEach) {
     std::set<std::string> shown{"settings", "health"};
     for (const auto& example : allExamples()) {
         for (const auto& step : example.steps) {
@@ -53,7 +53,7 @@ TEST(Schemas, AreAllShownByAnExample) {
     }
 }
 
-TEST(Schemas, TakeNoFrameThatIsSentInVain) {
+TEST(Schemas, RejectFramesWithoutAKnownType) {
     int seen = 0;
     for (const auto& example : allExamples()) {
         for (const auto& step : example.steps) {
@@ -70,7 +70,7 @@ TEST(Schemas, TakeNoFrameThatIsSentInVain) {
     EXPECT_GE(seen, 6);
 }
 
-TEST(Schemas, RefuseWhatAHostRefuses) {
+TEST(Schemas, RejectWhatAHostRefuses) {
     const auto frames = refusedFrames();
     EXPECT_GE(frames.size(), 25U);
     for (const auto& refused : frames) {
@@ -78,7 +78,7 @@ TEST(Schemas, RefuseWhatAHostRefuses) {
     }
 }
 
-TEST(Schemas, KnowTheKindOfEveryFrameOfTheHost) {
+TEST(Schemas, AreFoundForEveryFrameOfTheHost) {
     for (const auto& example : allExamples()) {
         for (const auto& step : example.steps) {
             const Listener listener = step.at == "device" ? Listener::DEVICE : Listener::SETTINGS;
@@ -94,7 +94,7 @@ TEST(Schemas, KnowTheKindOfEveryFrameOfTheHost) {
     EXPECT_EQ(schemaOfHostFrame(Listener::SETTINGS, R"({"ok":true})"), "") << "only the device's door says so";
 }
 
-TEST(Schemas, RefuseEveryFrameOfTheHostWithAMemberTooManyTooFewOrOfAnotherType) {
+TEST(Schemas, RejectHostFramesWithAnExtraAMissingOrAMistypedMember) {
     int tried = 0;
     for (const auto& example : allExamples()) {
         for (const auto& step : example.steps) {
@@ -111,7 +111,7 @@ TEST(Schemas, RefuseEveryFrameOfTheHostWithAMemberTooManyTooFewOrOfAnotherType) 
     EXPECT_GE(tried, 500);
 }
 
-TEST(Schemas, SayWhereAFrameBreaksThem) {
+TEST(Schemas, ReportWhereAFrameIsInvalid) {
     EXPECT_EQ(schemas().faultOfHostFrame(Listener::SETTINGS, R"({"notice":{"reread":["a",1]}})"),
               R"(#/notice/reread/1 breaks "type" at #/properties/notice/properties/reread/items)"
               R"( of docs/schemas/notice.json, in the frame {"notice":{"reread":["a",1]}})");

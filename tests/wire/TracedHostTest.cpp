@@ -33,14 +33,14 @@ const std::string withoutValue = R"({"command":"locale","value":""})";
 
 }  // namespace
 
-TEST(TraceCheck, LooksAtFramesOfTheHost) {
+TEST(TraceCheck, ChecksFramesOfTheHost) {
     EXPECT_EQ(faultsIn({copyOf("out", "all", R"({"notice":{"reread":["a"]}})"), copyOf("out", "device", done)}), "..");
     EXPECT_EQ(faultsIn({copyOf("out", "all", R"({"notice":{"reread":[]}})"), copyOf("out", "socket", done),
                         copyOf("out", "page", "x"), copyOf("sideways", "all", done)}),
               "xxxx");
 }
 
-TEST(TraceCheck, LooksAtRequestsOfAKnownKind) {
+TEST(TraceCheck, ChecksRequestsOfAKnownType) {
     EXPECT_EQ(faultsIn({copyOf("in", "socket", R"({"type":18,"messageId":"1"})"), copyOf("in", "page", "hello"),
                         copyOf("in", "socket", R"({"type":8})"), copyOf("in", "device", "{}")}),
               "....");
@@ -49,7 +49,7 @@ TEST(TraceCheck, LooksAtRequestsOfAKnownKind) {
         "xx");
 }
 
-TEST(TraceCheck, LetsTheDeviceRefuseACommand) {
+TEST(TraceCheck, AllowsARefusedDeviceCommand) {
     EXPECT_EQ(faultsIn({copyOf("in", "device", withoutValue), copyOf("out", "device", refusal)}), "..");
     EXPECT_EQ(
         faultsIn({copyOf("in", "device", withoutValue), copyOf("out", "device", done), copyOf("out", "device", done)}),
