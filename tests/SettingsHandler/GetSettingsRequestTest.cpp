@@ -10,7 +10,11 @@ protected:
             (Entries{"log 1 SettingsHandler:Handling GetSettings request", "log 3 SettingsHandler:" + reason}));
     }
 
-    /// The reply's line for a request of `settings`.
+    static std::string quoted(const std::string& text) {
+        return SettingsHandlerTesting::jsonText(rapidjson::Value(rapidjson::StringRef(text)));
+    }
+
+    /// The journal entry of the reply to a request of `settings`.
     std::string replyTo(const std::string& settings) {
         handler->handleGetSettingsRequest(R"({"messageId":"m","payload":{"settings":)" + settings + "}}");
         return journal.take().back();
@@ -65,12 +69,11 @@ TEST_F(GetSettingsRequest, DuplicatesGiveOneMember) {
 }
 
 TEST_F(GetSettingsRequest, AnEmptyListReturnsAllSettingsWithAValue) {
-    EXPECT_EQ(replyTo("[]"),
-              R"(transport.sendResponse(m, {"settings":{"captionsEnabled":"false","captionsFontSize":"FONT_MEDIUM",)"
-              R"("captionsStyles":"STYLE_WHITE_ON_BLACK","companionDevice":"[\"\",\"\"]","deviceName":"TV",)"
-              R"("doNotDisturbEnabled":"false","friendlyName":"TV","handsFreeAlwaysOnDiscovered":"false",)"
-              R"("handsFreeAlwaysOnEnabled":"false","handsFreeEnabled":"false","orliaLocale":"[\"en-US\"]",)"
-              R"("pttAlwaysOnDiscovered":"false","pttAlwaysOnEnabled":"false","timezone":"America/Vancouver"}}))");
+    std::string members;
+    for (const auto& [key, value] : initialValues()) {
+        members += (members.empty() ? "" : ",") + quoted(key) + ":" + quoted(value);
+    }
+    EXPECT_EQ(replyTo("[]"), R"(transport.sendResponse(m, {"settings":{)" + members + "}})");
 }
 
 TEST_F(GetSettingsRequest, RepliesAlsoWhenNoKeyHasAValue) {

@@ -7,7 +7,7 @@
 
 namespace {
 
-/// What was built when a singleton was asked for.
+/// What was built when a singleton was requested.
 struct Built {
     std::size_t names = 0;
     std::size_t keys = 0;
@@ -44,9 +44,9 @@ TEST(LoadOrder, EachSingletonIsRequestedOnceTheLoggerFirst) {
 TEST(LoadOrder, TablesAndConstantsAreBuiltBefore) {
     ASSERT_EQ(snapshots().size(), 2U);
     for (const auto& built : snapshots()) {
-        EXPECT_EQ(built.names, 15U);
-        EXPECT_EQ(built.keys, 15U);
-        EXPECT_EQ(built.defaults, 10U);
+        EXPECT_EQ(built.names, SettingsHandler::stringToSettingsNamesTypeMapping.size());
+        EXPECT_EQ(built.keys, SettingsHandler::SettingsNamesTypeToStringMapping.size());
+        EXPECT_EQ(built.defaults, SettingsHandler::SettingsNamesTypeToDefaultValuesMapping.size());
         EXPECT_EQ(built.firstConstant, "settings");
         EXPECT_EQ(built.lastConstant, "interaction_name");
         EXPECT_EQ(built.tag, "SettingsHandler");

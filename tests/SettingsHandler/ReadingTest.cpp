@@ -96,7 +96,7 @@ TEST_F(Reading, DuplicatesAreReadAgainAndTheLastOneCounts) {
                   Entries{"sdk.getTimezone()"});
 }
 
-/// Changes the list of keys while it is being read for them.
+/// Changes the caller's list of keys while the handler reads.
 class ListChangingStorage : public SDKWrapper::StorageManagerInterface {
 public:
     explicit ListChangingStorage(std::vector<std::string>& keysInUse) : keys(keysInUse) {}
@@ -126,22 +126,13 @@ TEST_F(Reading, ReadsTheGivenKeysEvenWhenACollaboratorChangesTheList) {
 }
 
 TEST_F(Reading, AnEmptyListReadsAllInTheOrderOfTheTable) {
-    const auto values = handler->getSettings({});
-    EXPECT_EQ(values, (Values{{"captionsEnabled", "false"},
-                              {"captionsFontSize", "FONT_MEDIUM"},
-                              {"captionsStyles", "STYLE_WHITE_ON_BLACK"},
-                              {"companionDevice", R"(["",""])"},
-                              {"deviceName", "TV"},
-                              {"doNotDisturbEnabled", "false"},
-                              {"friendlyName", "TV"},
-                              {"handsFreeAlwaysOnDiscovered", "false"},
-                              {"handsFreeAlwaysOnEnabled", "false"},
-                              {"handsFreeEnabled", "false"},
-                              {"orliaLocale", R"(["en-US"])"},
-                              {"pttAlwaysOnDiscovered", "false"},
-                              {"pttAlwaysOnEnabled", "false"},
-                              {"timezone", "America/Vancouver"}}));
+    EXPECT_EQ(handler->getSettings({}), initialValues());
     expectJournal(readOfAll());
+}
+
+std::vector<SettingsHandler::SettingsNamesType> notInTheCatalogue() {
+    const auto end = static_cast<SettingsHandler::SettingsNamesType>(Wire::catalogue().size() + 1);
+    return {static_cast<SettingsHandler::SettingsNamesType>(-1), SettingsHandler::INVALID_SETTING, end};
 }
 
 TEST_F(Reading, GetSdkSettingReadsOnlyTheSettingsOfTheSdk) {
@@ -153,20 +144,25 @@ TEST_F(Reading, GetSdkSettingReadsOnlyTheSettingsOfTheSdk) {
     EXPECT_EQ(handler->getSDKSetting(TIMEZONE), "America/Vancouver");
     expectJournal(
         (Entries{"sdk.isCaptionsEnabled()", "sdk.isDoNotDisturbEnabled()", "sdk.getLocales()", "sdk.getTimezone()"}));
-    for (int number = -1; number <= 16; ++number) {
-        const auto type = static_cast<SettingsNamesType>(number);
-        if (!OpenHandler::isSDKSetting(type)) {
-            EXPECT_EQ(handler->getSDKSetting(type), "") << number;
+    for (const auto& setting : Wire::catalogue()) {
+        if (setting.owner != Wire::SettingOwner::VOICE_SDK) {
+            EXPECT_EQ(handler->getSDKSetting(settingTypeFromName(setting.key)), "") << setting.key;
         }
+    }
+    for (const auto type : notInTheCatalogue()) {
+        EXPECT_EQ(handler->getSDKSetting(type), "") << type;
     }
     expectJournal(Entries{});
 }
 
 TEST_F(Reading, TheSettingsOfTheSdkAreThoseOfTheCatalogue) {
-    for (int number = -1; number <= 16; ++number) {
-        const bool expected = number == 3 || number == 4 || number == 7 || number == 15;
-        EXPECT_EQ(OpenHandler::isSDKSetting(static_cast<SettingsHandler::SettingsNamesType>(number)), expected)
-            << number;
+    for (const auto& setting : Wire::catalogue()) {
+        EXPECT_EQ(OpenHandler::isSDKSetting(SettingsHandler::settingTypeFromName(setting.key)),
+                  setting.owner == Wire::SettingOwner::VOICE_SDK)
+            << setting.key;
+    }
+    for (const auto type : notInTheCatalogue()) {
+        EXPECT_FALSE(OpenHandler::isSDKSetting(type)) << type;
     }
 }
 

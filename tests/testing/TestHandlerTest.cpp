@@ -65,8 +65,8 @@ TEST(TestHandlerTest, IsSubscribedToTheDeviceLayer) {
     layer.changeDeviceMode("store");
     EXPECT_EQ(handler.journal.take(), (Entries{"sdk.getLocales()", "sdk.setLocales(fr-FR)",
                                                "sdk.setLocales(es-US|en-US)", "sdk.setTimezone(Europe/Paris)"}));
-    layer.changeSystemSetting("captionsFontSize", "FONT_LARGE");
-    EXPECT_EQ(handler.storage.stored("captionsFontSize"), "FONT_LARGE");
+    layer.changeSystemSetting("deviceName", "Den");
+    EXPECT_EQ(handler.storage.stored("deviceName"), "Den");
     layer.switchHandsFree(true);
     EXPECT_EQ(handler.sdkBridge->applied.at("handsFreeEnabled"), "true");
     EXPECT_EQ(handler->getSettings({"handsFreeEnabled"}).at("handsFreeEnabled"), "true");
@@ -85,14 +85,14 @@ TEST(FakeDeviceLayerTest, SkipsDestroyedObservers) {
 }
 
 /// Accepts every request, however old.
-class PatientHandler : public SettingsHandler::SettingsHandler {
+class AcceptingHandler : public SettingsHandler::SettingsHandler {
 public:
     using SettingsHandler::SettingsHandler;
     bool isRequestValid(std::string& /*settingDBId*/, long /*timestamp*/) override { return true; }
 };
 
 TEST(TestHandlerTest, MakesDerivedHandlers) {
-    BasicTestHandler<PatientHandler> handler;
+    BasicTestHandler<AcceptingHandler> handler;
     const auto deliver = [&](int time, const std::string& value) {
         handler.transport->deliver(CommunicationHandler::SET_SETTINGS,
                                    requestText(*handler.transport, CommunicationHandler::SET_SETTINGS, "m", time,

@@ -10,10 +10,10 @@ namespace WireTests {
 namespace {
 
 std::string copyOf(const std::string& direction, const std::string& listener, const std::string& text) {
-    json::StringBuffer buffer;
-    json::Writer<json::StringBuffer> writer(buffer);
+    rapidjson::StringBuffer buffer;
+    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
     writer.String(text);
-    return R"({"trace":{"timestamp":1,"direction":")" + direction + R"(","listener":")" + listener +
+    return R"({"trace":{"timestamp":1,"direction":")" + direction + R"(","door":")" + listener +
            R"(","client":null,"text":)" + buffer.GetString() + "}}";
 }
 
