@@ -19,7 +19,7 @@
 #include "teskVessa/SDKBridgeInterface.h"
 
 /// The least that a program has to bring: what it is told it prints or forgets.
-namespace Stranger {
+namespace Consumer {
 
 class Transport : public CommunicationHandler::CommunicationHandlerInterface {
 public:
@@ -108,4 +108,4 @@ struct World {
                                   std::make_shared<Launcher>(), std::make_shared<Device>());
 };
 
-}  // namespace Stranger
+}  // namespace Consumer

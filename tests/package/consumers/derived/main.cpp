@@ -18,7 +18,7 @@ public:
 }  // namespace
 
 int main() {
-    Stranger::World<StrictHandler> world;
+    Consumer::World<StrictHandler> world;
     world.handler->initializeSettings();
     for (const char* request : {R"({"timestamp":5,"payload":{"settingDBId":"deviceName","to":"Kitchen"}})",
                                 R"({"timestamp":4,"payload":{"settingDBId":"deviceName","to":"Cellar"}})",
