@@ -42,7 +42,7 @@ constexpr std::size_t jsonValueSize = 24;
 
 /// Chunk size in bytes: the sixteen members (name and value) that an object reserves with its first one, and a few
 /// short texts.
-constexpr std::size_t jsonChunkSize = 16 * 2 * jsonValueSize + 80;
+constexpr std::size_t jsonChunkSize = jsonValueSize * 2 * 16 + 80;
 
 /// Makes an allocator that a document owns, with this chunk size if it has one.
 template <typename Owned>

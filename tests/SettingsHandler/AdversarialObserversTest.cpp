@@ -12,7 +12,7 @@ using SettingsHandlerTesting::SelfRemover;
 using SettingsHandlerTesting::Thrower;
 using SettingsHandlerTesting::Writer;
 
-/// What differs between the three registries: how a change is announced and what its entries are.
+/// The differences between the three registries: how observers are notified, and the journal entries.
 struct LocaleKind {
     using Fake = FakeLocaleObserver;
     static void announce(OpenHandler& handler, const std::string& value) { handler.onOrliaLocaleChange({value}); }
@@ -49,7 +49,7 @@ protected:
         SettingsHandlerTesting::addObserver(*handler, observer);
     }
 
-    /// Announces `value` and expects that exactly `who` are told, in any order.
+    /// Notifies of `value` and expects that exactly the observers `who` are called, in any order.
     void expectTold(const std::string& value, Entries who) {
         Kind::announce(*handler, value);
         Entries entries = journal.take();
@@ -153,7 +153,7 @@ TYPED_TEST(AdversarialObservers, AnObserverMaySetASettingAndTheChangeIsCompleteW
 
 using ReentrantWrites = HandlerTest;
 
-// The inner write is done before the outer one is reported, so the outer value is what stays in the cache.
+// The inner change is complete before the outer one is reported, so the cache keeps the outer value.
 TEST_F(ReentrantWrites, AnObserverThatSetsItsOwnSettingIsNotifiedAgainAndTheOuterChangeIsReportedLast) {
     handler->addFriendlyNameObserver(
         std::make_shared<Writer<FakeFriendlyNameObserver>>(journal, *handler, "friendlyName", "second"));

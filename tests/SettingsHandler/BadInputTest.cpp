@@ -22,7 +22,7 @@ TEST_F(BadInput, ARootThatIsNoObjectHasNoMembers) {
     }
 }
 
-// A text per kind of request, at a depth that no stack survives: seconds in a debug build, and worth them.
+// One text for each type of request, too deep for any stack. Takes seconds in a debug build.
 TEST_F(BadInput, MillionsOfNestedArraysAreHandled) {
     constexpr std::size_t depth = NESTING_DEPTH;
     const std::string open(depth, '[');
@@ -38,7 +38,7 @@ TEST_F(BadInput, MillionsOfNestedArraysAreHandled) {
                   Entries{"log 3 SettingsHandler:orliaLocale is empty or not in the correct format"});
     EXPECT_FALSE(handler->setSetting("orliaLocale", open));
     expectJournal(writeOf("orliaLocale") + Entries{"log 3 SettingsHandler:orliaLocale is not in the proper format"});
-    // The list's one element is no string, so this asks for everything.
+    // The only element of the list is not a string, so this asks for all settings.
     handler->handleGetSettingsRequest(R"({"messageId":"m","payload":{"settings":)" + nested + "}}");
     auto entries = journal.take();
     ASSERT_FALSE(entries.empty());

@@ -4,7 +4,7 @@ namespace SettingsHandlerTests {
 
 class Initialisation : public HandlerTest {
 protected:
-    /// A handler whose getSettings answers what the test says.
+    /// A handler whose getSettings returns what the test sets.
     class Reporting : public OpenHandler {
     public:
         using OpenHandler::OpenHandler;
@@ -31,7 +31,7 @@ TEST_F(Initialisation, PassesTheModesOfTheDeviceToTheSdk) {
                                         "sdk.setHandsFreeEnabled(true)",
                                         "log 1 Setting initial hands free always on status value %s:true",
                                         "sdk.applySetting(handsFreeAlwaysOnEnabled, true)",
-                                        // The value shown is the hands-free one: intended.
+                                        // Intended: the value is the hands-free one.
                                         "log 1 Setting initial PTT always on status value %s:true",
                                         "sdk.applySetting(pttAlwaysOnEnabled, false)"});
 }

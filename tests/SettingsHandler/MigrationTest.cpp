@@ -88,7 +88,7 @@ TEST_F(Migration, WritesThroughTheInterface) {
 }
 
 TEST_F(Migration, AStorageThatLeavesItsOutputUntouchedWouldPassTheLocaleOnAsTimezone) {
-    // One string serves both reads, which is why the storage must empty it.
+    // The handler uses one string for both reads, which is why the storage must set it.
     struct Careless : SettingsHandlerTesting::FakeStorage {
         using FakeStorage::FakeStorage;
         void getValue(const std::string& key, std::string& value) override {

@@ -22,7 +22,7 @@ TEST_F(SettingChange, TheCacheHasTheNewValueWhenTheEventIsSent) {
     EXPECT_EQ(seen, "Attic");
 }
 
-/// Takes messages away with their memory, to send them later.
+/// Moves messages away, to read them later.
 class TransportThatKeeps : public SettingsHandlerTesting::FakeTransport {
 public:
     using FakeTransport::FakeTransport;

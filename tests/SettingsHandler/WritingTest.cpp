@@ -64,7 +64,7 @@ TEST_F(SettingsWriting, TheSameLocalesWithOtherBlanksAreAChange) {
 TEST_F(SettingsWriting, TheLocaleTextIsWhatIsCached) {
     handler->setSetting("orliaLocale", R"( ["fr-FR"])");
     sdk->locales = {"de-DE"};
-    EXPECT_TRUE(handler->setSetting("orliaLocale", R"( ["fr-FR"])")) << "compared with the cache, not with the SDK";
+    EXPECT_TRUE(handler->setSetting("orliaLocale", R"( ["fr-FR"])")) << "was compared with the cache, not with the SDK";
 }
 
 using SettingsWritingDeathTest = HandlerTest;

@@ -4,8 +4,8 @@
 
 #include "OldCollaborators.h"
 
-// A program that was compiled when the baseline was recorded: it knows no header of today's but the one that configures
-// the JSON library, and calls the library of today by the recorded places and names.
+// A program as it was compiled against the recorded baseline: it includes no current header except the configuration of
+// the JSON library, and calls the current library by the recorded vtable indices and names.
 
 namespace AbiTests {
 
@@ -34,7 +34,7 @@ protected:
     std::shared_ptr<OldDeviceInfo> info = std::make_shared<OldDeviceInfo>(calls);
 };
 
-/// What happens around each accepted change: the event, then the metrics.
+/// The calls that report each change: the event, then the metrics.
 Calls change(const std::string& key, const std::string& from, const std::string& to) {
     return {"send 25 {\"settingDBId\":\"" + key + "\",\"from\":\"" + from + "\",\"to\":\"" + to + "\"}",
             "count " + key + "_" + to + " 0 1 1.000000", "event app_events AUTO with 1"};
@@ -118,7 +118,7 @@ TEST_F(OldProgram, HandlesRequestsWithItsOwnMemberNames) {
         {"apply handsFreeAlwaysOnEnabled=false", "apply pttAlwaysOnEnabled=false", "hands-free false", "clear"});
 }
 
-/// Refuses every request, and keeps something of its own behind what the library knows.
+/// Refuses every request, and has members of its own after those of the base class.
 class OldDerivedHandler : public Handler {
 public:
     using Handler::Handler;

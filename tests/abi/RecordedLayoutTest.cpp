@@ -9,7 +9,7 @@ TEST(RecordedLayout, SizesAndValuesOfTodaysHeadersAreTheRecordedOnes) {
     compareWithRecordedLayout(
         [&compared](const char* name, std::size_t recorded, std::size_t today) {
             ++compared;
-        // What is recorded is the layout on this processor; on others the C library's locks have other sizes.
+        // The recorded layout is that of this processor; on others the locks of the C library have other sizes.
 #ifdef __x86_64__
             EXPECT_EQ(today, recorded) << "bytes of " << name;
 #else

@@ -21,7 +21,7 @@ protected:
     long number = 77;
 };
 
-/// The JSON library's versions ask for a document's allocator in two ways.
+/// Versions of the JSON library use RAPIDJSON_NEW in two ways.
 TEST(JsonMemory, IsAllocatedInSmallChunksForBothVersionsOfTheLibrary) {
     using Pool = rapidjson::MemoryPoolAllocator<>;
     const std::unique_ptr<Pool> older(RAPIDJSON_NEW(Pool()));

@@ -32,7 +32,7 @@ void setIfThere(rapidjson::Value& object, const char* name, rapidjson::Value val
     }
 }
 
-/// Takes out of a copy of a message what differs from run to run.
+/// Removes from a trace what differs between runs.
 void blankTrace(rapidjson::Value& trace, rapidjson::Document& document) {
     setIfThere(trace, "timestamp", rapidjson::Value(0));
     if (trace.HasMember("client") && trace["client"].IsInt()) {

@@ -10,7 +10,7 @@ namespace WireTests {
 
 namespace {
 
-/// Long enough to see what it is.
+/// Long enough to recognise the text.
 std::string shortened(const std::string& text) {
     constexpr std::size_t longest = 500;
     return text.size() <= longest ? text : text.substr(0, longest) + "… (" + std::to_string(text.size()) + " bytes)";
@@ -24,7 +24,7 @@ std::string textOf(const rapidjson::Pointer& place) {
 
 using Places = std::map<std::string, std::string>;
 
-/// By the member that tells the kind of a frame: its schema.
+/// Schemas by the member that identifies the type of a frame.
 const Places& kindsAt(Listener listener) {
     static const Places settings{{"notice", "notice"}, {"error", "refusal"}};
     static const Places device{{"ok", "device-done"},
@@ -51,7 +51,7 @@ struct Schemas::Schema {
     rapidjson::SchemaDocument document;
 };
 
-/// Finds the schemas that others refer to by their file's name.
+/// Finds the schemas that other schemas refer to by file name.
 class Schemas::Others : public rapidjson::IRemoteSchemaDocumentProvider {
 public:
     Others(std::string schemaFolder, std::map<std::string, std::unique_ptr<Schema>>& schemasByName)

@@ -14,7 +14,7 @@ const Schemas& schemas() {
     return Schemas::ofTheWire();
 }
 
-/// Is it within the protocol?
+/// Is a frame with this fault still valid?
 bool isAllowed(const std::string& fault) {
     static const std::set<std::string> faults{// Went to every client.
                                               "/trace/client became null",
@@ -22,7 +22,7 @@ bool isAllowed(const std::string& fault) {
                                               "/changed was removed",
                                               // Not there before the first launch.
                                               "/device/lastLaunchedApp was removed"};
-    // Any settings may have been asked for.
+    // A request may ask for any settings.
     const bool asksForFewer = fault.rfind("/payload/settings/", 0) == 0 && fault.find(" was removed") != fault.npos;
     return asksForFewer || faults.count(fault) > 0;
 }
@@ -91,7 +91,7 @@ TEST(Schemas, AreFoundForEveryFrameOfTheHost) {
         EXPECT_EQ(schemaOfHostFrame(Listener::SETTINGS, frame), "") << frame;
         EXPECT_EQ(schemaOfHostFrame(Listener::DEVICE, frame), "") << frame;
     }
-    EXPECT_EQ(schemaOfHostFrame(Listener::SETTINGS, R"({"ok":true})"), "") << "only the device's door says so";
+    EXPECT_EQ(schemaOfHostFrame(Listener::SETTINGS, R"({"ok":true})"), "") << "only the device socket sends it";
 }
 
 TEST(Schemas, RejectHostFramesWithAnExtraAMissingOrAMistypedMember) {

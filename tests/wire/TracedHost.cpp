@@ -11,7 +11,7 @@ namespace WireTests {
 
 namespace {
 
-/// The schema of a request; empty for what is none. Tests send such things, too.
+/// The schema of a request; empty for a text that is not a request, which tests send too.
 std::string schemaOfRequest(Listener listener, const std::string& text) {
     static const std::map<int, std::string> types{{7, "get-settings-request"},
                                                   {18, "is-orlia-selected-va-request"},

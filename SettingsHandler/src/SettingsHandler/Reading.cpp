@@ -101,7 +101,7 @@ std::map<std::string, std::string> SettingsHandler::getSettings(const std::vecto
         return values;
     }
     // A copy, because a collaborator may change the caller's list while it is called.
-    const std::vector<std::string> keys = names;
+    const std::vector<std::string> keys = names;  // NOLINT(performance-unnecessary-copy-initialization)
     for (const auto& key : keys) {
         readInto(values, key);
     }

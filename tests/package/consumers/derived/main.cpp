@@ -3,7 +3,7 @@
 
 namespace {
 
-/// Takes no request for the companion device, whatever its time stamp.
+/// Refuses every request for the companion device, whatever its time stamp.
 class StrictHandler : public SettingsHandler::SettingsHandler {
 public:
     using SettingsHandler::SettingsHandler;
