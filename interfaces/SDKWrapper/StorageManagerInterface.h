@@ -20,8 +20,7 @@ protected:
 public:
     /// Reads the value stored under `key`.
     /// - `value`: always set; empty when nothing is stored under `key`. The library reuses one string for several
-    /// reads,
-    ///   so a value that is not set would be read as that of the next key.
+    ///   reads, so a value that is not set would be read as that of the next key.
     virtual void getValue(const std::string& key, std::string& value) = 0;
 
     /// Stores `value` under `key`, in place of the old value.

@@ -8,8 +8,7 @@
 /// - A failed precondition (for example, reading the array elements of an object) prints its place and ends the process
 ///   with `abort`, in every build type: a release build does not continue with undefined behaviour.
 /// - Texts are parsed iteratively with `Utils::jsonParseFlags`: the language is that of the library's default flags,
-/// and
-///   no depth of nesting can exhaust the stack.
+///   and no depth of nesting can exhaust the stack.
 /// - A document allocates memory in chunks of the size of a message; the library's own chunk size is 64 KiB.
 ///
 /// Include this header before the library's own headers: two configurations in one program are undefined behaviour that

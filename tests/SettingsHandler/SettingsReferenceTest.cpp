@@ -162,7 +162,7 @@ protected:
     }
 };
 
-TEST_F(SettingsReference, SaysWhereEverySettingIsReadWrittenAndReported) {
+TEST_F(SettingsReference, SaysWhereEverySettingIsReadWrittenAndTold) {
     const auto rows = tableWith("written to");
     std::set<std::string> keys;
     for (const auto& row : rows) {

@@ -176,7 +176,7 @@ TEST_F(Threads, EightUseTheGuardedOperationsAtOnce) {
     EXPECT_EQ(last.count("deviceName"), 1U);
 }
 
-TEST_F(Threads, TakeTurnsWithTheUnguardedOperations) {
+TEST_F(Threads, TakeTurnsWithTheOperationsThatHaveNoGuard) {
     auto& handler = *surroundings.handler;
     surroundings.storage.setValue("never written", "kept by older software");
     // Callers must ensure that no other thread uses the handler while one of these operations runs.

@@ -7,7 +7,7 @@ namespace SettingsHandlerTests {
 
 /// For the thread sanitizer only, with cmake/thread-sanitizer.suppressions: shows that only the operations named there
 /// race. The maps are filled before and the values do not change, so the races write the same bytes.
-TEST(ThreadsWithoutGuard, RaceInTheSuppressedPlacesOnly) {
+TEST(ThreadsWithoutGuard, RaceInTheNamedPlacesOnly) {
     Surroundings surroundings;
     auto& handler = *surroundings.handler;
     handler.initializeSettings();

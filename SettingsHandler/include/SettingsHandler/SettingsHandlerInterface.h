@@ -45,10 +45,9 @@ public:
 
     /// Reads settings from their owners: the voice SDK, the device information, or the storage with the default of the
     /// catalogue.
-    /// - `names`: keys of settings; an empty list asks for all fifteen. Unknown keys are looked up in the storage.
+    /// - `names`: keys of settings; an empty list asks for all. Unknown keys are looked up in the storage.
     /// - Returns: key and value of each, ordered by key. A key with neither a stored value nor a default is left out
-    /// and
-    ///   logged at level 3.
+    ///   and logged at level 3.
     /// - Locks: none. The value of an unknown key is written to the cache without the mutex, so read unknown keys only
     ///   while no other thread uses the handler.
     virtual std::map<std::string, std::string> getSettings(const std::vector<std::string>& names) = 0;
@@ -58,12 +57,10 @@ public:
     /// setting.
     /// - `name`: a key; the value of an unknown key is stored under that key.
     /// - `value`: any string. "orliaLocale" takes the JSON text of an array with at least one non-empty string; any
-    /// other
-    ///   JSON value ends the process. "captionsEnabled" and "doNotDisturbEnabled" are read-only.
+    ///   other JSON value ends the process. "captionsEnabled" and "doNotDisturbEnabled" are read-only.
     /// - Returns: true for a change; false when the value is unchanged, malformed, read-only or was not stored. Each
-    /// false
-    ///   is logged, except for the unchanged value of a stored setting. The entitlement status returns true also when
-    ///   it was not stored. A refusal by the voice SDK still returns true.
+    ///   false is logged, except for the unchanged value of a stored setting. The entitlement status returns true
+    ///   also when it was not stored. A refusal by the voice SDK still returns true.
     /// - Locks: the cache mutex while it reads or updates the cache, and while it copies the list of observers.
     virtual bool setSetting(const std::string& name, const std::string& value) = 0;
 

@@ -30,7 +30,7 @@ enum SettingsNamesType : std::int32_t {
     TIMEZONE = 15,
 };
 
-/// Setting by key, all fifteen. Requests, events, storage and log lines name a setting by its key.
+/// Setting by key, all of them. Requests, events, storage and log lines name a setting by its key.
 [[gnu::visibility("default")]] extern const std::unordered_map<std::string, SettingsNamesType>
     stringToSettingsNamesTypeMapping;
 
@@ -38,7 +38,7 @@ enum SettingsNamesType : std::int32_t {
 [[gnu::visibility("default")]] extern const std::unordered_map<SettingsNamesType, std::string>
     SettingsNamesTypeToStringMapping;
 
-/// Default value by setting, for the ten settings that have one. The locale, the time zone, captions on/off,
+/// Default value by setting, for the settings that have one. The locale, the time zone, captions on/off,
 /// do-not-disturb and the entitlement status have none.
 [[gnu::visibility("default")]] extern const std::unordered_map<SettingsNamesType, std::string>
     SettingsNamesTypeToDefaultValuesMapping;

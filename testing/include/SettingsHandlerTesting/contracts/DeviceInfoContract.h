@@ -20,9 +20,8 @@ namespace SettingsHandlerTesting {
 ///
 /// The maker is default-constructed for each check. Its hooks, each for one check:
 ///
-/// - `void switchMode(const std::string& mode, bool on)`: switches a mode on or off at the device; `mode` is the key of
-/// its
-///   entry.
+/// - `void switchMode(const std::string& mode, bool on)`: switches a mode on or off at the device; `mode` is the key
+///   of its entry.
 /// - `static constexpr bool anyThread = true;`: it may be called from any thread.
 ///
 /// Not checked: the source must not call the handler, which holds its mutex during some of the reads.

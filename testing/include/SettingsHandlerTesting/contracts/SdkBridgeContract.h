@@ -29,8 +29,7 @@ namespace SettingsHandlerTesting {
 /// - `DeviceAbstractionLayer::OrliaDeviceInfoInterface& deviceInfo()`: the device information that shows the hands-free
 ///   switch and the always-on modes after they were set through the bridge.
 /// - `SDKWrapper::StorageManagerInterface& storage()`: the storage that holds the friendly name after it was set
-/// through
-///   the bridge.
+///   through the bridge.
 /// - `static constexpr bool anyThread = true;`: it may be called from any thread.
 ///
 /// Not checked: the bridge must not call the handler, which holds its mutex during some of the calls.
