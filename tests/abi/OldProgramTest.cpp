@@ -103,7 +103,7 @@ TEST_F(OldProgram, NotifiesAHandlerThroughBothObserverInterfaces) {
     expectCalls(Calls{"hands-free true"} + change("handsFreeEnabled", "", "true"));
 }
 
-TEST_F(OldProgram, HandlesRequestsWithItsOwnMemberNames) {
+TEST_F(OldProgram, IsCalledByTheTransportsRequestsAndFindsItsOwnNamesInThem) {
     const auto handler = Handler::create(transport, storage, metrics, bridge, launcher, info);
     using CommunicationHandler::MessageType;
     transport->handlers.at(MessageType::GET_SETTINGS)(R"({"id":"7","body":{"settings":["timezone"]}})");
@@ -141,7 +141,7 @@ TEST_F(OldProgram, DerivesAHandlerThatTheLibraryCallsWithoutOverwritingIt) {
     EXPECT_TRUE(Handler::isSDKSetting(::SettingsHandler::TIMEZONE));
 }
 
-TEST_F(OldProgram, UsesAHandlerOfTheRecordedSize) {
+TEST_F(OldProgram, FindsThatAHandlerFillsItsRecordedSizeAndNoMore) {
     struct Room {
         alignas(Handler) unsigned char handler[sizeof(Handler)];
         unsigned char behind[64];
