@@ -1,5 +1,4 @@
-// Any bytes as the database file: it is opened or refused in words, a refused one is not lost, and an opened one is
-// used like any other.
+// Any bytes as the database file: it is opened, or refused with a reason and kept; an opened one works like any other.
 
 #include <algorithm>
 #include <fstream>
@@ -34,13 +33,13 @@ std::string contentOf(const std::filesystem::path& file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-/// Is there still a file with these bytes, under whatever name?
+/// Returns: whether a file with these bytes exists, under any name.
 bool isKept(const FastFolder& folder, const std::string& bytes) {
     const std::filesystem::directory_iterator files(folder.path());
     return std::any_of(begin(files), end(files), [&](const auto& file) { return contentOf(file.path()) == bytes; });
 }
 
-/// Whatever the tables hold, the storage answers, and what it says it wrote can be read.
+/// Whatever the tables contain, the storage works, and what it reports as written can be read.
 void use(Database& database) {
     IgnoringStorageObserver observer;
     SqliteStorage storage(database, std::make_shared<IgnoringValueObserver>(), observer);
@@ -84,11 +83,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         Database database(file);
         // SQLite takes a file of a single byte for an empty one.
         const bool isDatabase = bytes.size() <= 1 || bytes.rfind("SQLite format 3", 0) == 0;
-        check(isDatabase || isKept(folder, bytes), "what is no database is not overwritten");
+        check(isDatabase || isKept(folder, bytes), "a file that is not a database is not overwritten");
         use(database);
     } catch (const DatabaseError& error) {
         const std::string reason = error.what();
-        check(!reason.empty(), "a refusal says why");
+        check(!reason.empty(), "a refusal has a reason");
         check(reason.find("left as it") == std::string::npos || isKept(folder, bytes), "a refused file is kept");
     }
     return 0;

@@ -1,5 +1,5 @@
-// Any lines at the device socket: each gets one answer, an error changes nothing, what changed is announced to the
-// pages and survives a restart.
+// Any lines on the device socket: each gets one reply, an error changes nothing, and each change is reported to clients
+// and survives a restart.
 
 #include <algorithm>
 #include <sstream>
@@ -52,7 +52,7 @@ public:
         check(code.empty() || codes.count(code) > 0, "an error that the protocol knows: " + code);
         if (!code.empty()) {
             check(before == after && stored == storage.values, "an error changes nothing");
-            check(page->take().empty(), "an error is nobody else's business");
+            check(page->take().empty(), "an error is sent to no other client");
             return;
         }
         const Announced announced = announcedKeys();
@@ -69,7 +69,7 @@ public:
     }
 
 private:
-    /// What `show` shows, by the setting's key.
+    /// The values that `show` shows, by key.
     static Facts facts(SimulatedDevice& shown, SimulatedSdkBridge& bridge) {
         Facts all;
         auto info = shown.getDeviceInfo();
@@ -83,16 +83,16 @@ private:
         return all;
     }
 
-    /// The one answer among copies of what passes the listeners.
+    /// The only reply among trace frames.
     static std::string answerOf(const std::vector<std::string>& frames) {
         std::string answer;
         for (const auto& frame : frames) {
             if (!Envelope(frame).has("trace")) {
-                check(answer.empty(), "one answer and no second one");
+                check(answer.empty(), "exactly one reply");
                 answer = frame;
             }
         }
-        check(!answer.empty(), "every frame gets an answer");
+        check(!answer.empty(), "every frame gets a reply");
         return answer;
     }
 
@@ -111,7 +111,7 @@ private:
                     check(key && keys.notices.insert(*key).second, "a notice names each key once");
                 }
             } else {
-                check(frame.text("origin") == "device", "an event says who caused it");
+                check(frame.text("origin") == "device", "an event names its origin");
                 check(keys.events.insert(frame.payloadText("settingDBId").value()).second, "one event for each change");
             }
         }
@@ -122,16 +122,16 @@ private:
         for (const auto& [key, value] : after) {
             const bool changed = before.at(key) != value;
             check(!changed || announced.events.count(key) + announced.notices.count(key) > 0,
-                  "a change is announced: " + key);
+                  "a change is reported: " + key);
         }
         for (const auto& key : announced.notices) {
-            check(announced.events.count(key) == 0, "a notice leaves out what had an event: " + key);
+            check(announced.events.count(key) == 0, "a key with an event is not in a notice: " + key);
             const auto fact = after.find(key);
             check(fact == after.end() || before.at(key) != fact->second, "a notice is for a change: " + key);
         }
     }
 
-    /// A device and an SDK that start from what was saved are as these ones are.
+    /// A device and an SDK that load the saved state show the same values.
     void expectDurable(const Facts& after) {
         const auto otherDevice = std::make_shared<SimulatedDevice>(state, hub);
         SimulatedSdkBridge otherSdk(state, storage, otherDevice, hub);
@@ -152,7 +152,7 @@ private:
             check(Envelope(answer.compact("page")).text("address") == "http://page", "the address of the page");
             return;
         }
-        check(answer.names() == Entries{"ok"}, "everything else is answered with ok");
+        check(answer.names() == Entries{"ok"}, "the reply to any other command is ok");
         if (name == "locale") {
             const std::string locale = command.text("value").value();
             check(sdk->getLocales().at(0) == locale && !locale.empty(), "the locale is the primary one");
@@ -193,7 +193,7 @@ private:
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     FuzzedDataProvider input(data, size);
     DeviceWorld world;
-    // The first frame at which state and storage cannot be written, and for how many; 0: to the end.
+    // The first frame at which state and storage cannot be written, and the number of such frames; 0: all.
     const auto firstFailure = input.ConsumeIntegralInRange<int>(0, 15);
     const auto failures = input.ConsumeIntegralInRange<int>(0, 15);
     const bool storageFails = input.ConsumeBool();

@@ -1,5 +1,5 @@
-// Any bytes at the settings socket, in any chunks: the frames do not depend on the chunks, each is answered or refused
-// as it must be, and what is refused leaves nothing behind.
+// Any bytes on the settings socket, in any chunks: the frames do not depend on the chunks, each gets the right reply or
+// refusal, and a refused frame has no effect.
 
 #include <algorithm>
 
@@ -18,6 +18,7 @@
 #include "support/HostSide.h"
 #include "support/Input.h"
 #include "support/Surround.h"
+#include "support/TableOrder.h"
 
 namespace {
 
@@ -111,14 +112,6 @@ public:
     }
 
 private:
-    static std::vector<std::string> keysInTableOrder() {
-        std::vector<std::string> keys;
-        for (const auto& entry : SettingsHandler::SettingsNamesTypeToStringMapping) {
-            keys.push_back(entry.second);
-        }
-        return keys;
-    }
-
     static bool isRejected(const std::string& frame) {
         const Envelope request(frame);
         const Envelope value(request.payloadText("to").value_or("["));
@@ -139,7 +132,7 @@ private:
         checkSame(journal.take(), {}, "a refused frame has no effect");
     }
 
-    /// A frame to a client as the double of the transport would have recorded it.
+    /// A frame to a client as the fake transport records it.
     std::string entryOf(const std::string& text) {
         const Envelope frame(text);
         const std::string payload = frame.compact("payload");
@@ -149,7 +142,7 @@ private:
         check(frame.names() == Entries{"type", "messageId", "timestamp", "sequence", "origin", "payload"},
               "the members of an event");
         check(frame.integer("sequence") == ++sequence, "events are numbered without gaps");
-        check(frame.text("origin") == "socket", "an event says who caused it");
+        check(frame.text("origin") == "socket", "an event names its origin");
         return "transport.sendMessage(25, " + payload + ")";
     }
 
@@ -158,7 +151,7 @@ private:
         Entries expectedFrames;
         Entries expectedEntries;
         for (const auto& entry : model.take()) {
-            // The platform's own metrics cache keeps no journal.
+            // The real metrics cache has no journal.
             if (entry.rfind("transport.", 0) == 0) {
                 expectedFrames.push_back(entry);
             } else if (entry.rfind("metricsCache.", 0) != 0) {
@@ -174,8 +167,8 @@ private:
                 events.push_back(text);
             }
         }
-        checkSame(frames, expectedFrames, "the frames for the asker");
-        checkSame(other->take(), events, "the others are sent the events alone");
+        checkSame(frames, expectedFrames, "the frames for the requester");
+        checkSame(other->take(), events, "other clients get the events only");
         const bool answered = !frames.empty() && events.size() != frames.size();
         const std::string outcome = answered ? "ANSWERED" : frames.empty() ? "SILENT" : "CHANGED";
         check(lines.size() == frames.size() + 1 && lines.back() == "handled " + std::to_string(type) + " " + outcome,

@@ -1,5 +1,5 @@
-// Any text as the assistant's locales: what the guard lets through is an array the handler can take or no JSON at all,
-// and a list that was taken is unchanged when it comes back as the voice SDK's list.
+// Any text as the value of orliaLocale: the guard accepts an array within the nesting limit or a text that is not JSON,
+// and a list that was set is unchanged when it is read back from the voice SDK.
 
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -33,8 +33,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     const Envelope json(value);
     const bool mayPass = !json.isJson() || (json.isArray() && json.nesting() <= Wire::maximumNesting);
-    check(SettingsHost::isSafeForHandler(key, value) == mayPass, "the guard knows what may pass");
-    check(SettingsHost::isSafeForHandler("deviceName", value), "the guard is for the locales alone");
+    check(SettingsHost::isSafeForHandler(key, value) == mayPass, "the guard accepts what the handler can handle");
+    check(SettingsHost::isSafeForHandler("deviceName", value), "the guard checks orliaLocale only");
     const std::string request = R"({"payload":{"settingDBId":"orliaLocale","to":)" + stringText(value) + "}}";
     check(mayBeGiven(request) == mayPass, "the guard sees the value inside a request");
     if (!mayPass) {
@@ -48,7 +48,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const bool changed = write(world, value);
     const auto& entries = world.lastEntries();
     check(changed == hasEntry(entries, {"sdk.setLocales("}), "what is a change reaches the voice SDK");
-    check(changed == hasEntry(entries, {"transport.sendMessage(25"}), "what is a change is announced");
+    check(changed == hasEntry(entries, {"transport.sendMessage(25"}), "what is a change is reported");
     check(changed == hasEntry(entries, {"observer3.orliaLocale("}), "what is a change reaches the observers");
     check(!hasEntry(entries, {"storage."}), "the locales are not stored");
     if (changed) {

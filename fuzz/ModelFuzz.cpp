@@ -1,4 +1,4 @@
-// Sequences of all operations of the handler, compared with the reference model after each one.
+// Sequences of all operations of the handler, compared with the reference model after each operation.
 
 #include <functional>
 
@@ -18,7 +18,7 @@ using namespace SettingsHandlerFuzz;
 
 constexpr int maximumOperations = 60;
 
-/// The order matters to the inputs that are kept.
+/// The kept inputs depend on the order.
 const std::vector<std::string> keys = [] {
     std::vector<std::string> names;
     for (const auto& setting : Wire::catalogue()) {
@@ -44,7 +44,7 @@ const std::vector<std::string> values{"true",
                                       "on",
                                       "%s%n"};
 
-/// Draws operations from the input and has both carry them out.
+/// Draws operations from the input and runs them on both.
 class Sequence {
 public:
     Sequence(const std::uint8_t* data, std::size_t size)
@@ -128,7 +128,7 @@ private:
                         stringText(name) + to + "}}");
     }
 
-    // One draw a statement: a kept input must mean the same with every compiler.
+    // One draw per statement, so that a kept input means the same with every compiler.
     void getRequest() {
         const std::string messageId = input.ConsumeRandomLengthString(8);
         const std::string names = arrayText(texts(&Sequence::key));
@@ -159,7 +159,7 @@ private:
         world.model.initializeSettings();
     }
 
-    /// The host sets a stored locale that the handler could not take aside before it migrates.
+    /// As the host does, sets an unusable stored locale aside first.
     void migrate() {
         const auto stored = world.storage.values.find("orliaLocale");
         if (stored != world.storage.values.end() && !SettingsHost::isSafeForHandler(stored->first, stored->second)) {
@@ -248,7 +248,7 @@ private:
     void surround() {
         Surroundings around = surroundingsFrom(input.ConsumeIntegral<std::uint8_t>());
         around.refusesRemoval = input.ConsumeBool();
-        // What is stored and what the voice SDK holds stays, so that later operations meet it.
+        // Keeps stored values and those of the voice SDK, so that later operations use them.
         if (input.ConsumeBool()) {
             around.stored = world.model.around.stored;
             around.locales = world.model.around.locales;

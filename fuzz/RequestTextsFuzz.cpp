@@ -1,4 +1,4 @@
-// Any text as a request of any type: the journal is the model's, and a refused request leaves no trace but its line.
+// Any text as a request of any type: the journal is the model's, and a refused request has no effect but its log line.
 
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -15,7 +15,7 @@ constexpr int requestTypes[] = {7, 18, 19, 22, 24};
 
 const std::vector<std::string> effects{"storage.set", "storage.remove", "storage.clear", "sdk.set", "sdk.apply",
                                        "transport.",  "metrics",        "observer",      "app."};
-/// The lines with which a request is refused before anything is looked at.
+/// The log lines of requests that are refused before any setting is read.
 const std::vector<std::string> refusals{"log 3 SettingsHandler:Payload was not parsed successfully",
                                         "log 3 SettingsHandler:SetSetting ",
                                         "log 3 SettingsHandler:GetSettings ",

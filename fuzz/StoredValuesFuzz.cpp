@@ -1,5 +1,5 @@
-// The whole host starts on a database with any values, those of older software among them: it logs, migrates, sets
-// aside and keeps exactly what the model says.
+// The whole host starts with a database of any values, also those of older software: it logs, migrates, sets aside and
+// keeps exactly what the model predicts.
 
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -9,6 +9,7 @@
 #include "support/FastFolder.h"
 #include "support/HostSide.h"
 #include "support/Input.h"
+#include "support/TableOrder.h"
 
 namespace {
 
@@ -89,11 +90,7 @@ std::string valueOr(const Values& values, const std::string& key, const std::str
 }
 
 ReferenceModel modelOf(const Values& settings, const Values& simulation) {
-    std::vector<std::string> order;
-    for (const auto& entry : SettingsHandler::SettingsNamesTypeToStringMapping) {
-        order.push_back(entry.second);
-    }
-    ReferenceModel model(order);
+    ReferenceModel model(keysInTableOrder());
     model.around.stored = settings;
     model.around.deviceInfo = simulation;
     model.around.locales = savedLocales(valueOr(simulation, localeKey, R"(["en-US"])"));
@@ -103,7 +100,7 @@ ReferenceModel modelOf(const Values& settings, const Values& simulation) {
     return model;
 }
 
-/// Where a stored locale goes that the handler could not take; empty when it can.
+/// The key under which an unusable stored locale is set aside; empty when it is usable.
 std::string setAside(Values& stored) {
     const std::string value = valueOr(stored, localeKey, "[");
     const Envelope json(value);
@@ -148,7 +145,7 @@ Entries linesOfStart(const FastFolder& folder) {
     options.storageFile = folder / "database";
     options.socketPath = folder / "settings.sock";
     options.deviceSocketPath = folder / "device.sock";
-    // A sandbox would hold for all the runs to come, and for the fuzzer.
+    // A sandbox would apply to all later runs and to the fuzzer.
     options.sandbox = false;
     const Composition host(options, PassedSockets({}), std::make_shared<RequestContext>(), nullptr);
     return journal.take();

@@ -5,10 +5,10 @@
 
 #include "Utils/Rapidjson.h"
 
-/// Parsing of texts that come from outside, and building of messages.
+/// Parsing of untrusted texts, and building of messages.
 namespace SettingsHandler {
 
-/// Memory for JSON values that nobody keeps. Values of usual size need none from the heap.
+/// Memory for short-lived JSON values. Values of usual size take nothing from the heap.
 class JsonPool {
 public:
     using Allocator = rapidjson::MemoryPoolAllocator<>;
@@ -20,11 +20,11 @@ private:
     Allocator pool{firstChunk, sizeof(firstChunk), 4096};
 };
 
-/// A text from outside.
+/// An untrusted text, parsed.
 class ParsedText {
 public:
-    /// Parses `text` up to its first NUL character. Returns: false when it is no JSON; the root is an empty object
-    /// then.
+    /// Parses `text` up to its first NUL character. Returns: false when it is not JSON; the root is then an empty
+    /// object.
     bool parse(const std::string& text) { return !document.Parse<Utils::jsonParseFlags>(text.c_str()).HasParseError(); }
     rapidjson::Value& root() { return document; }
 

@@ -10,13 +10,13 @@
 #include "Singletons.h"
 #include "VessaLogger/Log.h"
 
-/// The formatted logging that every source of the handler uses.
+/// Formatted logging for the sources of the handler.
 namespace SettingsHandler {
 
-/// The tag of nearly every line of the handler.
+/// The tag of the handler's log lines, except for three in Initialisation.cpp.
 extern const std::string logTag;
 
-/// Expands the printf-style `format` with zero to three C strings, however long the result.
+/// Expands the printf-style `format` with up to three C strings, to a text of any length.
 /// Errors: `std::runtime_error` when the format cannot be expanded.
 template <typename... Args>
 std::string formatText(const char* format, Args... args) {
@@ -37,8 +37,8 @@ std::string formatText(const char* format, Args... args) {
 }
 
 /// Emits `tag`, a colon and the expanded `format` as one line of `level`. `%` is special in `format` only.
-/// Errors: `std::runtime_error` when the format cannot be expanded, nothing is emitted then; exceptions of the logger
-/// pass. Threads: any. Locks: none, and callers may hold theirs.
+/// Errors: `std::runtime_error` when the format cannot be expanded; nothing is emitted then. Exceptions of the logger
+/// pass. Threads: any. Locks: none; callers may hold theirs.
 template <typename... Args>
 void log(VessaLogger::Log& log, const std::string& tag, VessaLogger::LogLevel level, const char* format, Args... args) {
     const std::string text = formatText("%s:%s", tag.c_str(), formatText(format, args...).c_str());

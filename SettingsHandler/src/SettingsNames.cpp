@@ -6,8 +6,8 @@
 #include "Singletons.h"
 #include "VessaLogger/Log.h"
 
-// Everything that is built at load time stands in this one file, because only within a file does the language fix the
-// order: the tables, the constants, then the singletons of the component libraries, whose code may already look at the
+// Everything that is built at load time is in this file, because C++ fixes the order of initialisation only within one
+// file: the tables, the constants, then the singletons of the component libraries, whose code may already read the
 // tables. Keep the order.
 
 namespace SettingsHandler {

@@ -7,8 +7,8 @@ namespace Metrics {
 class MetricsCache;
 }
 
-/// The component libraries' one instance of each, asked for once while the library is loaded, after the catalogue and
-/// the constants are built. Defined in SettingsNames.cpp.
+/// The singletons of the component libraries. They are requested once, while the library is loaded, after the tables
+/// and the constants are built. Defined in SettingsNames.cpp.
 namespace SettingsHandler {
 
 extern VessaLogger::Log& logger;

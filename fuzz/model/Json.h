@@ -7,18 +7,18 @@
 
 namespace SettingsHandlerFuzz {
 
-/// JSON for the model and the properties, read and written without any helper of the product's. Texts end at their
-/// first NUL character; of members with the same name the first counts.
+/// JSON for the model and the checks, independent of the product's code. Texts end at their first NUL character; of
+/// members with the same name the first one counts.
 
 /// `text` as a JSON string, quotes included.
 std::string stringText(const std::string& text);
 /// A compact array of strings.
 std::string arrayText(const std::vector<std::string>& texts);
-/// The elements of a JSON array, nothing in the place of those that are no strings; nothing when `json` is no JSON.
-/// Precondition: when it is JSON, it is an array.
+/// The elements of a JSON array, with nothing in place of those that are not strings; nothing when `json` is not JSON.
+/// Precondition: if it is JSON, it is an array.
 std::optional<std::vector<std::optional<std::string>>> arrayElements(const std::string& json);
 
-/// A JSON text, taken apart.
+/// A parsed JSON text.
 class Envelope {
 public:
     explicit Envelope(const std::string& json);
@@ -29,9 +29,9 @@ public:
     bool isJson() const;
     bool isObject() const;
     bool isArray() const;
-    /// How many objects and arrays stand inside each other at the deepest place.
+    /// The depth of nested objects and arrays.
     std::size_t nesting() const;
-    /// Are all names and string values well-formed UTF-8?
+    /// Whether all names and string values are well-formed UTF-8.
     bool isWellFormed() const;
 
     bool has(const std::string& name) const;
@@ -41,7 +41,7 @@ public:
     std::optional<std::string> payloadText(const std::string& name) const;
     /// The strings among the elements of an array of the payload.
     std::optional<std::vector<std::string>> payloadTexts(const std::string& name) const;
-    /// The compact text of the object or value `name`; empty when there is none.
+    /// The compact text of the member `name`; empty when there is none.
     std::string compact(const std::string& name) const;
     /// The names of the members, in order.
     std::vector<std::string> names() const;

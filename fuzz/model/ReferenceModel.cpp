@@ -10,7 +10,7 @@ namespace {
 
 const char* const none = "CUSTOM_DEFAULT_VALUE";
 
-/// The defaults by key; the catalogue is these keys.
+/// Keys and defaults of all settings, by hand: the second opinion.
 const std::map<std::string, std::string>& catalogue() {
     static const std::map<std::string, std::string> defaults{
         {"deviceName", "TV"},
@@ -40,7 +40,7 @@ std::string word(bool value) {
     return value ? "true" : "false";
 }
 
-/// What a C string shows of `text`.
+/// `text` up to its first NUL character, as a C string shows it.
 std::string shown(const std::string& text) {
     return text.substr(0, text.find('\0'));
 }
@@ -73,7 +73,7 @@ std::string ReferenceModel::storedValue(const std::string& key) {
     return entry == around.stored.end() ? "" : entry->second;
 }
 
-/// The value where it lives, or its default; empty when there is neither.
+/// The value at its owner, or its default; empty when there is neither.
 std::string ReferenceModel::ownersValue(const std::string& key) {
     if (key == "orliaLocale") {
         record("sdk.getLocales()");
@@ -119,7 +119,7 @@ std::map<std::string, std::string> ReferenceModel::getSettings(const std::vector
     for (const auto& key : names.empty() ? allKeys : names) {
         line(0, "SettingDBId: " + shown(key));
         const std::string value = ownersValue(key);
-        // The voice SDK's time zone counts even when it is empty.
+        // The time zone is reported even when it is empty.
         if (value.empty() && key != "timezone") {
             continue;
         }
@@ -424,7 +424,7 @@ void ReferenceModel::logOutRequest() {
     cache = getSettings({});
 }
 
-// What the device tells
+// Notifications
 
 void ReferenceModel::notifyLocaleChange(const std::string& locale) {
     line(1, "notifyLocaleChange: Notified of locale change. New value: " + shown(locale));

@@ -9,7 +9,7 @@
 
 namespace SettingsHandlerFuzz {
 
-/// What the handler stands among: the state of the doubles, as far as its behaviour depends on it.
+/// The state of the handler's collaborators, as far as its behaviour depends on it.
 struct Surroundings {
     std::map<std::string, std::string> stored;
     bool refusesWrites = false;
@@ -25,23 +25,23 @@ struct Surroundings {
     std::map<std::string, std::string> deviceInfo;
 };
 
-/// A second handler, written to be compared with the first: the same operations, as plainly as they can be said. It
-/// predicts results, cache, stored values and, entry by entry, the journal. It shares no code with the library; what
-/// both take from the JSON library is its parser and the text of a string.
+/// An independent, simple implementation of the handler's operations, to be compared with the library. It predicts
+/// results, cache, stored values and each entry of the journal. It shares no code with the library; both use the parser
+/// of the JSON library and its escaping of strings.
 ///
-/// Observers are numbers; an operation is given none where the handler is given a null pointer. The order of the
-/// catalogue's table is the library's, because it is that of a hash table.
+/// Observers are numbers; nothing stands for a null pointer. The order of all keys is that of the library's table,
+/// because it is a hash table.
 class ReferenceModel {
 public:
     using Observer = std::optional<int>;
-    /// Observers with this number remove themselves when they are told.
+    /// Observers with this number remove themselves when they are notified.
     static constexpr int selfRemover = 3;
 
     explicit ReferenceModel(std::vector<std::string> keysInTableOrder) : allKeys(std::move(keysInTableOrder)) {}
 
     Surroundings around;
 
-    /// What was recorded since the last call.
+    /// Removes and returns the entries so far.
     std::vector<std::string> take();
 
     void initializeSettings();
@@ -49,7 +49,7 @@ public:
     std::map<std::string, std::string> getSettings(const std::vector<std::string>& names);
     std::map<std::string, std::string> getCurrentSettingsMap();
     bool setSetting(const std::string& key, const std::string& value);
-    /// A request of `type`, as it is delivered.
+    /// Handles a request of `type`.
     void request(int type, const std::string& text);
 
     void notifyLocaleChange(const std::string& locale);
@@ -97,7 +97,7 @@ private:
     std::vector<std::string> allKeys;
     std::vector<std::string> journal;
     std::map<std::string, std::string> cache;
-    /// By key; those outside the catalogue share the empty one.
+    /// By key; unknown keys share the empty key.
     std::map<std::string, long> newestTimestamps;
     std::set<int> localeObservers;
     std::set<int> friendlyNameObservers;

@@ -7,7 +7,7 @@ namespace SettingsHandlerFuzz {
 
 namespace {
 
-/// The number of bytes that follow `first`; 4 when none may start a character like this.
+/// The number of bytes that follow `first`; 4 when no character starts with it.
 std::size_t followersOf(std::uint8_t first) {
     if (first < 0x80) {
         return 0;

@@ -7,14 +7,14 @@ namespace SettingsHandlerFuzz {
 
 using Entries = std::vector<std::string>;
 
-/// Ends the process, for the fuzzer to keep the input, unless `holds`; says `what` did not.
+/// Prints `what` and ends the process, so that the fuzzer keeps the input, unless `holds`.
 void check(bool holds, const std::string& what);
 
-/// Ends the process unless the journals are equal, after showing where they part. The order in which the observers of
-/// one change are told is nobody's promise, so neighbouring entries of observers are compared as a set.
+/// Prints the first difference and ends the process unless the journals are equal. The order in which observers of one
+/// change are notified is not specified, so neighbouring entries of observers are compared as a set.
 void checkSame(Entries actual, Entries expected, const std::string& what);
 
-/// Does an entry start with one of `beginnings`?
+/// Returns: whether an entry starts with one of `beginnings`.
 bool hasEntry(const Entries& entries, const std::vector<std::string>& beginnings);
 
 }  // namespace SettingsHandlerFuzz

@@ -5,7 +5,7 @@
 
 namespace SettingsHandlerFuzz {
 
-/// A folder in memory where the system has one, gone with the process unless it is killed.
+/// A temporary folder, in memory if the system supports it. Removed at the end unless the process is killed.
 class FastFolder {
 public:
     FastFolder();

@@ -4,8 +4,8 @@
 
 namespace SettingsHandlerFuzz {
 
-/// May the handler be given `text` as a SetSettings request? Says what the host would say of a frame that it takes.
-/// The handler is given what the host refuses too, except what would end the process inside it.
+/// Returns: whether `text` may be passed to the handler as a SetSettings request, by the host's own check. Also true
+/// for texts that the host refuses, except those that would end the process in the handler.
 bool mayBeGiven(const std::string& text);
 
 }  // namespace SettingsHandlerFuzz

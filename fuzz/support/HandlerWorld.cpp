@@ -2,18 +2,11 @@
 
 #include "support/Check.h"
 #include "support/Surround.h"
+#include "support/TableOrder.h"
 
 namespace SettingsHandlerFuzz {
 
 namespace {
-
-std::vector<std::string> keysInTableOrder() {
-    std::vector<std::string> keys;
-    for (const auto& entry : SettingsHandler::SettingsNamesTypeToStringMapping) {
-        keys.push_back(entry.second);
-    }
-    return keys;
-}
 
 /// One entry for each value, to be compared like a journal.
 std::vector<std::string> linesOf(const std::map<std::string, std::string>& values) {

@@ -18,20 +18,20 @@
 
 namespace SettingsHandlerFuzz {
 
-/// A handler among fakes that share one journal, and the model that must predict it.
+/// A handler with fakes that share one journal, and the model that must predict it.
 class HandlerWorld {
 public:
     static constexpr int observerCount = 4;
 
-    /// `around`: what both start from.
+    /// `around`: the initial state of both.
     explicit HandlerWorld(const Surroundings& around);
 
-    /// Changes what both stand among.
+    /// Changes the state of the surroundings of both.
     void surround(const Surroundings& around);
 
-    /// Journals and stored values of both are equal; empties the journals.
+    /// Checks that the journals and the stored values are equal; empties the journals.
     void expectSame(const std::string& after);
-    /// The caches are, too. Reads what `getCurrentSettingsMap` reads afresh.
+    /// Checks that the caches are equal too. Reads what `getCurrentSettingsMap` reads.
     void expectSameCache(const std::string& after);
 
     /// The journal of the handler up to the last comparison.

@@ -9,7 +9,7 @@
 
 namespace SettingsHandlerFuzz {
 
-/// Writes the lines of the process to a journal while it lives, as the doubles of the platform do.
+/// While it exists, records the log lines of the process in a journal, as the link-time doubles do.
 class LogToJournal {
 public:
     explicit LogToJournal(SettingsHandlerTesting::Journal& journal);
@@ -18,7 +18,7 @@ public:
     LogToJournal& operator=(const LogToJournal&) = delete;
 };
 
-/// Keeps the frames that it is sent. Each must be one JSON object on one line, in valid UTF-8.
+/// A client that keeps the frames it gets. Each must be one JSON object on one line, in valid UTF-8.
 class FrameCollector : public SettingsHost::Client {
 public:
     explicit FrameCollector(SettingsHost::Origin ownOrigin) : clientOrigin(ownOrigin) {}
@@ -34,7 +34,7 @@ private:
     std::vector<std::string> frames;
 };
 
-/// Keeps the notifications of frames and requests.
+/// Records the notifications of frames and requests.
 class TrafficLines : public SettingsHost::TrafficObserver {
 public:
     void clientConnected(const SettingsHost::Client& /*client*/) override {}
@@ -52,10 +52,10 @@ private:
     std::vector<std::string> lines;
 };
 
-/// The code that the transport must refuse `frame` with, found without its help; empty when it must take it.
+/// The code with which the transport must refuse `frame`, determined independently; empty when it must accept it.
 std::string refusalOf(const std::string& frame);
 
-/// The code of a refusal; empty when `frame` is something else.
+/// The code of a refusal; empty when `frame` is not a refusal.
 std::string codeOf(const std::string& frame);
 
 }  // namespace SettingsHandlerFuzz

@@ -7,7 +7,7 @@
 
 namespace SettingsHandlerFuzz {
 
-/// One of 256 states of what the handler stands among, knobs included; 0 is a fresh and willing one.
+/// One of 256 states of the handler's surroundings; 0 is that of a new device which refuses nothing.
 Surroundings surroundingsFrom(std::uint8_t bits);
 
 }  // namespace SettingsHandlerFuzz

@@ -7,7 +7,7 @@
 
 namespace SettingsHandlerFuzz {
 
-/// Gives the doubles the state that the model has.
+/// Sets the state of the fakes to that of the model.
 inline void surround(SettingsHandlerTesting::FakeStorage& storage, SettingsHandlerTesting::FakeSdkBridge& sdk,
                      SettingsHandlerTesting::FakeDeviceInfo& device, const Surroundings& around) {
     storage.values = around.stored;

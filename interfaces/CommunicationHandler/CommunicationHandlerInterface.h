@@ -8,29 +8,30 @@
 
 namespace CommunicationHandler {
 
-/// The message transport between the settings pages and the handler.
+/// The message transport between clients, such as settings pages, and the handler.
 ///
-/// What the library does: registers its request handlers once, in its constructor; reads the envelope key names
-/// each time it looks a member up; sends replies and events on the thread that delivered the request or made the
-/// change, never holding a lock of its own.
+/// The library registers its request handlers once, in the constructor of the handler. It sends replies and events on
+/// the thread that delivered the request or made the change, without a lock of its own. It reads the names of the
+/// envelope's members for each request.
 ///
-/// What the implementer does: delivers requests one at a time, stops delivering before the handler is destroyed,
-/// and frames replies and events in its own way. Operations are called through their places in the virtual table,
-/// so their order here is binary interface.
+/// The implementer delivers requests one at a time, stops delivering before the handler is destroyed, and chooses the
+/// framing of replies and events.
+///
+/// The order of the operations is part of the binary interface.
 class [[gnu::visibility("default")]] CommunicationHandlerInterface {
 public:
     CommunicationHandlerInterface(const CommunicationHandlerInterface&) = delete;
     CommunicationHandlerInterface& operator=(const CommunicationHandlerInterface&) = delete;
 
-    /// Envelope key of the message id, a string.
+    /// Name of the envelope's member with the message id, a string.
     const std::string messageIdKey;
-    /// Envelope key of the time stamp, a signed 64-bit integer.
+    /// Name of the envelope's member with the time stamp, a signed 64-bit integer.
     const std::string timestampKey;
-    /// Envelope key of the payload, an object.
+    /// Name of the envelope's member with the payload, an object.
     const std::string payloadKey;
 
 protected:
-    /// Fixes the names of the envelope's members for the life of the transport.
+    /// Sets the names of the envelope's members. They do not change later.
     explicit CommunicationHandlerInterface(std::string messageIdKeyName = "messageId",
                                            std::string timestampKeyName = "timestamp",
                                            std::string payloadKeyName = "payload")
@@ -44,18 +45,20 @@ protected:
     virtual void reserved4() {}
 
 public:
-    /// Sends an unsolicited message of `messageType` to every client.
-    /// `payload`: an object document that owns its memory, valid during the call only; the implementer may change it or
-    /// move it away.
-    /// Returns: a message id of the transport's choosing; the library ignores it.
+    /// Sends an event of `messageType` to every client.
+    /// - `payload`: an object that owns its memory and is valid during the call only; the implementer may change it or
+    ///   move it away.
+    /// - Returns: a message id that the transport chooses; the library ignores it.
+    /// - Threads: any.
     virtual std::string sendMessage(int messageType, rapidjson::Document& payload) = 0;
 
-    /// Sends the answer to the request that carried `messageId`.
-    /// `payload`: an object document with the answer's members only, otherwise like that of `sendMessage`.
+    /// Sends the reply to the request with the id `messageId`, to the client that sent the request.
+    /// - `payload`: an object with the members of the reply, otherwise as for `sendMessage`.
+    /// - Threads: the thread that delivered the request.
     virtual void sendResponse(const std::string& messageId, rapidjson::Document& payload) = 0;
 
-    /// Has `handler` called with the whole JSON text of every message of `messageType` that arrives from now on.
-    /// The implementer keeps its own copy of `handler`.
+    /// Registers `handler` for the requests of `messageType` that arrive from now on. It is called with the whole JSON
+    /// text of each. The implementer keeps a copy of `handler` and does not call it during this call.
     virtual void registerMessageHandler(int messageType, std::function<void(const std::string&)> handler) = 0;
 
     virtual ~CommunicationHandlerInterface() = default;

@@ -2,19 +2,19 @@
 
 namespace CommunicationHandler {
 
-/// Kinds of message between the settings pages and the handler. The numbers are part of the wire and never change.
+/// Types of message between clients and the handler. The numbers are part of the wire and never change.
 enum MessageType : int {
-    /// Request, answered: current values of some or all settings.
+    /// Request with a reply: current values of some or all settings.
     GET_SETTINGS = 7,
-    /// Request, answered: is this assistant the device's selected one?
+    /// Request with a reply: whether this assistant is the device's selected one.
     IS_ORLIA_SELECTED_VA = 18,
-    /// Request, not answered: open the assistant's settings application.
+    /// Request without a reply: open the assistant's settings application.
     OPEN_VA_SETTINGS = 19,
-    /// Request, not answered: forget the user.
+    /// Request without a reply: log out and clear the stored settings.
     LOG_OUT = 22,
-    /// Request, not answered: give one setting a new value.
+    /// Request without a reply: set one setting.
     SET_SETTINGS = 24,
-    /// Event: a setting took a new value.
+    /// Event: a setting changed.
     SETTING_CHANGED = 25,
 };
 

@@ -7,8 +7,10 @@ namespace DeviceAbstractionLayer {
 /// The device's launcher of applications.
 class [[gnu::visibility("default")]] AppLaunch {
 public:
-    /// Brings the application `appName` to the front. `argument`: what it is started with; the library passes "".
-    /// Called on the transport's thread, without a lock. Returns: whether it was launched; not looked at.
+    /// Launches the application `appName`, or brings it to the front.
+    /// - `argument`: the argument to start it with; the library passes "".
+    /// - Returns: whether it was launched; the library ignores it.
+    /// - Threads: the transport's. Locks: none held.
     virtual bool launchApp(std::string appName, std::string argument) = 0;
 
     virtual ~AppLaunch() = default;

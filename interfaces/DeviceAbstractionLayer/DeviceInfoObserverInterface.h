@@ -5,13 +5,13 @@
 
 namespace DeviceAbstractionLayer {
 
-/// An observer of the device. The handler is one; the device abstraction layer calls it.
+/// An observer of the device. The handler implements it; the device abstraction layer calls it.
 ///
-/// Threads: any, after `initializeSettings` and not while the handler is destroyed. What an
-/// observer throws comes out of the notification.
+/// Threads: any, after `initializeSettings` and before the handler is destroyed.
+/// Errors: an exception of the observer leaves the notification.
 ///
-/// The order of the operations is binary interface. Arguments are passed by value on purpose: they are the
-/// observer's to keep.
+/// The order of the operations is part of the binary interface. Arguments are passed by value: the observer may keep
+/// them.
 class [[gnu::visibility("default")]] DeviceInfoObserverInterface {
 public:
     /// The device's locale is now `locale`, for example "fr-FR".
@@ -28,7 +28,7 @@ public:
     virtual void notifyAudioGuidanceChanged(bool enabled) = 0;
     /// The device went into another mode.
     virtual void notifyDeviceModeChanged(std::string mode) = 0;
-    /// The system setting `name` now has `value`.
+    /// The system setting `name` now has the value `value`.
     virtual void notifySystemSettingChanged(std::string name, std::string value) = 0;
 
     virtual ~DeviceInfoObserverInterface() = default;

@@ -2,8 +2,8 @@
 
 namespace DeviceAbstractionLayer {
 
-/// An observer of the device's hands-free switch. The handler is one; the device abstraction layer calls it, on
-/// any thread, under the rules of `DeviceInfoObserverInterface`.
+/// An observer of the device's hands-free switch. The handler implements it; the device abstraction layer calls it.
+/// Threads and errors: as for `DeviceInfoObserverInterface`.
 class [[gnu::visibility("default")]] HandsfreeStateObserverInterface {
 public:
     /// Hands-free was switched on or off at the device.

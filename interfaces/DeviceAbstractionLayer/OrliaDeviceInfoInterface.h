@@ -7,9 +7,11 @@ namespace DeviceAbstractionLayer {
 
 /// The source of information about the device.
 ///
-/// What the library does: reads "currentHandsFreeStatus", "currentAlwaysOnVoiceMode" and "currentAlwaysOnPTTMode";
-/// exactly "on" means on, everything else (a missing entry too) means off. It calls on the thread of the request, and
-/// with the cache's mutex held inside `initializeSettings` and `getCurrentSettingsMap`.
+/// The library reads "currentHandsFreeStatus", "currentAlwaysOnVoiceMode" and "currentAlwaysOnPTTMode". The value "on"
+/// means on; any other value and a missing entry mean off.
+///
+/// Threads: any thread that calls the handler. Locks: the cache mutex is held inside `initializeSettings` and
+/// `getCurrentSettingsMap`: do not call the handler from there.
 class [[gnu::visibility("default")]] OrliaDeviceInfoInterface {
 protected:
     virtual void reserved1() {}
@@ -22,7 +24,7 @@ protected:
     virtual void reserved8() {}
 
 public:
-    /// All that is known about the device at this moment, by key.
+    /// Returns: the current entries of the device information, by key.
     virtual std::map<std::string, std::string> getDeviceInfo() = 0;
 
     virtual ~OrliaDeviceInfoInterface() = default;

@@ -4,18 +4,18 @@
 
 namespace Metrics {
 
-/// Facts that every metric of the process is reported with. A component library of the application; this is the part
-/// of it that the handler uses.
+/// Values that are reported with every metric of the process. A component library of the application; this is the part
+/// that the handler uses.
 class [[gnu::visibility("default")]] MetricsCache {
 public:
     MetricsCache(const MetricsCache&) = delete;
     MetricsCache& operator=(const MetricsCache&) = delete;
 
-    /// The one instance of the process. The library asks for it once, while it is loaded.
+    /// Returns: the only instance in the process. The library requests it once, while it is loaded.
     static MetricsCache& instance();
 
-    /// Remembers the primary assistant locale, such as "en-US".
-    /// Threads: any. Called without a lock of the library held.
+    /// Sets the primary locale of the assistant, for example "en-US".
+    /// Threads: any. Locks: none held by the library.
     void setOrliaLocale(const std::string& locale);
 
 private:

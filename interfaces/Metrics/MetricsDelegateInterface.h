@@ -5,12 +5,12 @@
 
 namespace Metrics {
 
-/// Where the library's usage metrics go.
+/// The sink for the library's usage metrics.
 ///
-/// What the library does: records one counter and then one event for every accepted change, on the thread that made
-/// the change, holding no lock. The values in the names are the settings' own values, however long.
+/// For every change the library records one counter and then one event, on the thread that made the change, without a
+/// lock. The names contain the values of settings in full.
 ///
-/// What the implementer does: returns soon. The results are not looked at.
+/// The implementer returns quickly.
 class [[gnu::visibility("default")]] MetricsDelegateInterface {
 protected:
     virtual void reserved1() {}
@@ -18,11 +18,11 @@ protected:
     virtual void reserved3() {}
 
 public:
-    /// Records an event of `group` from `source`. `attributes`: names and values that describe it.
+    /// Records an event of `group` from `source`. `attributes`: names and values.
     virtual void recordEvent(const std::string& group, const std::string& source,
                              const std::unordered_map<std::string, std::string>& attributes) = 0;
 
-    /// Counts `name`. The library always passes 0, 1 and 1.0; what they mean is the implementer's.
+    /// Increments the counter `name`. The library always passes 0, 1 and 1.0; the implementer defines their meaning.
     virtual void recordCounter(const std::string& name, int first, int second, double third) = 0;
 
     virtual ~MetricsDelegateInterface() = default;

@@ -6,12 +6,12 @@ namespace SDKWrapper {
 
 /// The device's persistent key-value storage.
 ///
-/// What the library does: reads and writes on the thread of the request or notification, never holding a lock of
-/// its own except inside `initializeSettings`, which reads every setting with the cache's mutex held. Keys and
-/// values are any bytes, NUL included.
+/// The library reads and writes on the thread that calls the handler, without a lock, except inside
+/// `initializeSettings`, which reads every setting with the cache mutex held. Keys and values are arbitrary bytes, NUL
+/// included.
 ///
-/// What the implementer does: keeps a value that was accepted through a loss of power, and is safe to call from
-/// every thread that the handler is called from. The storage outlives the handler.
+/// The implementer keeps an accepted value through a loss of power, and may be called from every thread that calls the
+/// handler. The storage outlives the handler.
 class [[gnu::visibility("default")]] StorageManagerInterface {
 protected:
     virtual void reserved1() {}
@@ -19,12 +19,12 @@ protected:
 
 public:
     /// Reads the value stored under `key`.
-    /// `value`: always set, whatever it held before; empty when nothing is stored under `key`. The library reuses
-    /// one string for several reads, so a value left untouched would be taken for the next key's.
+    /// - `value`: always set; empty when nothing is stored under `key`. The library reuses one string for several
+    ///   reads, so a value that is not set would be read as that of the next key.
     virtual void getValue(const std::string& key, std::string& value) = 0;
 
-    /// Stores `value` under `key`, replacing what was there.
-    /// Returns: false when it could not be stored; the old value is then still there.
+    /// Stores `value` under `key`, in place of the old value.
+    /// - Returns: false when it could not be stored; the old value is then unchanged.
     virtual bool setValue(const std::string& key, const std::string& value) = 0;
 
 protected:
@@ -33,15 +33,15 @@ protected:
 
 public:
     /// Removes `key` and its value.
-    /// Returns: false when that failed; the library does not look at it.
+    /// - Returns: false on failure; the library ignores it.
     virtual bool removeValue(const std::string& key) = 0;
 
 protected:
     virtual void reserved8() {}
 
 public:
-    /// Removes every stored key.
-    /// Returns: false when that failed; the library logs it and goes on.
+    /// Removes all keys and values.
+    /// - Returns: false on failure; the library logs it and continues.
     virtual bool clearStorage() = 0;
 
     virtual ~StorageManagerInterface() = default;

@@ -1,18 +1,18 @@
 #pragma once
 
 /// \file
-/// The one configuration of the JSON library. Every file that needs the library includes this header,
-/// so that all of them agree on it.
+/// The configuration of the JSON library. Every file that uses the library includes this header, so that all of them
+/// use the same configuration.
 ///
 /// - Names and values may be given as `std::string`.
-/// - A failed precondition (asking an object for its array elements, say) prints where it happened and ends
-///   the process with `abort`, in every build type: a release build never runs on into undefined behaviour.
-/// - Texts are parsed iteratively with `Utils::jsonParseFlags`: the language is exactly that of the library's
-///   default flags, and no depth of nesting can exhaust the stack.
-/// - A document takes memory from the heap in chunks that fit a message; the library's own size is 64 KiB.
+/// - A failed precondition (for example, reading the array elements of an object) prints its place and ends the process
+///   with `abort`, in every build type: a release build does not continue with undefined behaviour.
+/// - Texts are parsed iteratively with `Utils::jsonParseFlags`: the language is that of the library's default flags,
+///   and no depth of nesting can exhaust the stack.
+/// - A document allocates memory in chunks of the size of a message; the library's own chunk size is 64 KiB.
 ///
-/// The library's own headers must not come first: two configurations in one program are undefined behaviour that
-/// nothing reports. Whoever knows that theirs is this one defines `SETTINGS_HANDLER_RAPIDJSON_IS_CONFIGURED`.
+/// Include this header before the library's own headers: two configurations in one program are undefined behaviour that
+/// no compiler reports. If your own configuration is this one, define `SETTINGS_HANDLER_RAPIDJSON_IS_CONFIGURED`.
 
 #if defined(RAPIDJSON_MAJOR_VERSION) && !defined(SETTINGS_HANDLER_RAPIDJSON_IS_CONFIGURED)
 #error "RapidJSON was included before Utils/Rapidjson.h, which configures it. Include Utils/Rapidjson.h first."
@@ -26,24 +26,24 @@
 
 namespace Utils {
 
-/// Reports the failed precondition on standard error and ends the process.
+/// Prints the failed precondition on standard error and ends the process.
 [[noreturn]] inline void failJsonPrecondition(const char* condition, const char* file, int line) {
     std::fprintf(stderr, "%s:%d: JSON precondition failed: %s\n", file, line, condition);
     std::abort();
 }
 
-/// In bytes, checked below. The JSON library packs its values on some processors only.
+/// Size of a JSON value in bytes, checked below. The JSON library packs its values on some processors only.
 #ifdef __x86_64__
 constexpr std::size_t jsonValueSize = 16;
 #else
 constexpr std::size_t jsonValueSize = 24;
 #endif
 
-/// In bytes: room for the sixteen members (name and value) that an object reserves with its first, and for a few short
-/// texts.
-constexpr std::size_t jsonChunkSize = 16 * 2 * jsonValueSize + 80;
+/// Chunk size in bytes: the sixteen members (name and value) that an object reserves with its first one, and a few
+/// short texts.
+constexpr std::size_t jsonChunkSize = jsonValueSize * 2 * 16 + 80;
 
-/// Makes what a document owns: an allocator, which is given the size of its chunks.
+/// Makes an allocator that a document owns, with this chunk size if it has one.
 template <typename Owned>
 Owned* makeOwnedByJson() {
     if constexpr (std::is_constructible_v<Owned, std::size_t>) {
@@ -53,8 +53,8 @@ Owned* makeOwnedByJson() {
     }
 }
 
-/// The JSON library asks for `Allocator()`, which is the type of a function here, or, in its newer versions, for
-/// `Allocator` and puts the call behind it.
+/// `RAPIDJSON_NEW` gets `Allocator()` from the JSON library, which is a function type here, or, from its newer
+/// versions, `Allocator` followed by a call.
 template <typename Wanted>
 auto makeForJson() {
     if constexpr (std::is_function_v<Wanted>) {
@@ -71,13 +71,13 @@ auto makeForJson() {
 #define RAPIDJSON_HAS_STDSTRING 1
 #endif
 #ifndef RAPIDJSON_ASSERT
-/// What becomes of a failed precondition.
+/// Ends the process when `condition` is false.
 #define RAPIDJSON_ASSERT(condition) \
     ((condition) ? static_cast<void>(0) : ::Utils::failJsonPrecondition(#condition, __FILE__, __LINE__))
 #endif
 
 #ifndef RAPIDJSON_NEW
-/// How the library makes what a document owns.
+/// Makes an object that a document owns.
 #define RAPIDJSON_NEW(made) ::Utils::makeForJson<made>()
 #endif
 
@@ -89,7 +89,7 @@ namespace Utils {
 
 static_assert(sizeof(rapidjson::Value) <= jsonValueSize, "a first member would not fit the chunk of a document");
 
-/// Flags for parsing any text that comes from outside.
+/// Flags for parsing untrusted texts.
 constexpr unsigned jsonParseFlags = rapidjson::kParseDefaultFlags | rapidjson::kParseIterativeFlag;
 
 }  // namespace Utils

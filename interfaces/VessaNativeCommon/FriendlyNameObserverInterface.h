@@ -6,8 +6,8 @@ namespace VessaNativeCommon {
 
 /// An observer of the device's friendly name.
 ///
-/// What the library does: calls it on the thread that wrote the setting, without a lock, before the change is
-/// reported to the pages. Observers may call back into the handler.
+/// The library calls it on the thread that set the setting, without a lock, before the event of the change is sent.
+/// Observers may call the handler.
 class [[gnu::visibility("default")]] FriendlyNameObserverInterface {
 public:
     /// The friendly name is now `friendlyName`, for example "Living room".

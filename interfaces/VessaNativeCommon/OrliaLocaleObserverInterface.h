@@ -4,10 +4,10 @@
 
 namespace VessaNativeCommon {
 
-/// An observer of the assistant locale. Once added it stays until the handler is destroyed.
+/// An observer of the primary locale of the assistant. It cannot be removed from the handler.
 ///
-/// What the library does: calls it on the thread that wrote the setting, without a lock, after the change was
-/// reported to the pages. Observers may call back into the handler.
+/// The library calls it on the thread that set the setting, without a lock, after the event of the change was sent.
+/// Observers may call the handler.
 class [[gnu::visibility("default")]] OrliaLocaleObserverInterface {
 public:
     /// The primary locale is now `locale`, for example "en-US".

@@ -4,7 +4,7 @@ namespace Utils::RapidjsonUtil {
 
 namespace {
 
-/// The first member of `object` named `key`; null when there is none or `object` is no object. `Json` is
+/// The first member of `object` named `key`; null when there is none or `object` is not an object. `Json` is
 /// `rapidjson::Value`, const or not.
 template <typename Json>
 Json* findMember(Json& object, const std::string& key) {

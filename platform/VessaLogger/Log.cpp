@@ -21,7 +21,7 @@ void writeToStandardError(const LogLine& line) {
     std::fwrite(text.data(), 1, text.size(), stderr);
 }
 
-/// The sink and the mutex that lets one line through at a time.
+/// The sink, and the mutex that serialises its calls.
 class Output {
 public:
     void setSink(LogSink newSink) {
@@ -62,7 +62,7 @@ std::string escapeOf(unsigned char byte) {
     }
 }
 
-/// Never destroyed, so that other libraries may log until the very end of the process.
+/// Never destroyed, so that other libraries can log until the process ends.
 Output& output() {
     static Output* const instance = std::make_unique<Output>().release();
     return *instance;
@@ -90,7 +90,7 @@ void setLogSink(LogSink sink) {
 }
 
 std::string escapeControlCharacters(const std::string& text) {
-    // Nearly every text ends before anything in it could be a control character.
+    // Most texts have no control character.
     const auto first = std::find_if(text.begin(), text.end(), mayBeginControlCharacter);
     std::string escaped(text.begin(), first);
     for (auto index = escaped.size(); index < text.size(); ++index) {
@@ -99,7 +99,7 @@ std::string escapeControlCharacters(const std::string& text) {
         if (byte < 0x20 || byte == 0x7f) {
             escaped += escapeOf(byte);
         } else if (byte == 0xc2 && next >= 0x80 && next < 0xa0) {
-            // The second row of control characters, two bytes each in UTF-8.
+            // The control characters U+0080 to U+009F, two bytes each in UTF-8.
             escaped += hexadecimal("\\u00", next);
             ++index;
         } else {

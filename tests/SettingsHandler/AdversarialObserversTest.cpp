@@ -12,7 +12,7 @@ using SettingsHandlerTesting::SelfRemover;
 using SettingsHandlerTesting::Thrower;
 using SettingsHandlerTesting::Writer;
 
-/// What differs between the three registries: how a change is announced and what its entries are.
+/// The differences between the three registries: how observers are notified, and the journal entries.
 struct LocaleKind {
     using Fake = FakeLocaleObserver;
     static void announce(OpenHandler& handler, const std::string& value) { handler.onOrliaLocaleChange({value}); }
@@ -49,7 +49,7 @@ protected:
         SettingsHandlerTesting::addObserver(*handler, observer);
     }
 
-    /// Announces `value` and expects that exactly `who` are told, in any order.
+    /// Notifies of `value` and expects that exactly the observers `who` are called, in any order.
     void expectTold(const std::string& value, Entries who) {
         Kind::announce(*handler, value);
         Entries entries = journal.take();
@@ -84,7 +84,7 @@ class RemovableObservers : public AdversarialObservers<Kind> {};
 using RemovableKinds = ::testing::Types<FriendlyNameKind, EntitlementKind>;
 TYPED_TEST_SUITE(RemovableObservers, RemovableKinds, KindNames);
 
-TYPED_TEST(RemovableObservers, OneThatRemovesItselfIsToldOnce) {
+TYPED_TEST(RemovableObservers, AnObserverThatRemovesItselfIsNotifiedOnce) {
     using Fake = typename TypeParam::Fake;
     this->add(std::make_shared<SelfRemover<Fake>>(this->journal, *this->handler, "remover"));
     this->add(std::make_shared<Fake>(this->journal, "other"));
@@ -92,7 +92,7 @@ TYPED_TEST(RemovableObservers, OneThatRemovesItselfIsToldOnce) {
     this->expectTold("second", {"other"});
 }
 
-TYPED_TEST(RemovableObservers, OneThatIsRemovedDuringAPassIsStillToldInIt) {
+TYPED_TEST(RemovableObservers, AnObserverRemovedDuringANotificationIsStillNotified) {
     using Fake = typename TypeParam::Fake;
     // Whichever comes first removes the other.
     const auto one = std::make_shared<OtherRemover<Fake>>(this->journal, *this->handler, "one");
@@ -105,7 +105,7 @@ TYPED_TEST(RemovableObservers, OneThatIsRemovedDuringAPassIsStillToldInIt) {
     this->expectTold("second", {});
 }
 
-TYPED_TEST(AdversarialObservers, OneThatIsAddedDuringAPassHearsOfTheNext) {
+TYPED_TEST(AdversarialObservers, AnObserverAddedDuringANotificationIsNotifiedOfTheNextChange) {
     using Fake = typename TypeParam::Fake;
     const auto newcomer = std::make_shared<Fake>(this->journal, "newcomer");
     this->add(std::make_shared<Adder<Fake>>(this->journal, *this->handler, newcomer, "adder"));
@@ -113,7 +113,7 @@ TYPED_TEST(AdversarialObservers, OneThatIsAddedDuringAPassHearsOfTheNext) {
     this->expectTold("second", {"adder", "newcomer"});
 }
 
-TYPED_TEST(AdversarialObservers, ACrowdAddedDuringAPassIsNotToldInIt) {
+TYPED_TEST(AdversarialObservers, ManyObserversAddedDuringANotificationAreNotifiedOfTheNextChange) {
     using Fake = typename TypeParam::Fake;
     // Many, so that the registry is rebuilt several times while the pass goes on.
     const auto adder = std::make_shared<Fake>(this->journal, "adder");
@@ -130,7 +130,7 @@ TYPED_TEST(AdversarialObservers, ACrowdAddedDuringAPassIsNotToldInIt) {
     this->expectTold("second", everybody);
 }
 
-TYPED_TEST(AdversarialObservers, AnExceptionSkipsTheRestOfThePassAndLeavesTheRegistryAsItWas) {
+TYPED_TEST(AdversarialObservers, AnExceptionSkipsTheOtherObserversAndKeepsTheRegistry) {
     using Fake = typename TypeParam::Fake;
     for (const auto* name : {"one", "two"}) {
         this->add(std::make_shared<Thrower<Fake>>(this->journal, name));
@@ -141,7 +141,7 @@ TYPED_TEST(AdversarialObservers, AnExceptionSkipsTheRestOfThePassAndLeavesTheReg
     }
 }
 
-TYPED_TEST(AdversarialObservers, OneMayWriteASettingAndTheWriteIsWholeBeforeThePassGoesOn) {
+TYPED_TEST(AdversarialObservers, AnObserverMaySetASettingAndTheChangeIsCompleteWhenItReturns) {
     using Fake = typename TypeParam::Fake;
     this->add(std::make_shared<Writer<Fake>>(this->journal, *this->handler, "deviceName", "Den", "writer"));
     TypeParam::announce(*this->handler, "x");
@@ -153,8 +153,8 @@ TYPED_TEST(AdversarialObservers, OneMayWriteASettingAndTheWriteIsWholeBeforeTheP
 
 using ReentrantWrites = HandlerTest;
 
-// The inner write is done before the outer one is reported, so the outer value is what stays in the cache.
-TEST_F(ReentrantWrites, AnObserverThatWritesItsOwnSettingIsToldAgainAndTheOuterWriteEndsLast) {
+// The inner change is complete before the outer one is reported, so the cache keeps the outer value.
+TEST_F(ReentrantWrites, AnObserverThatSetsItsOwnSettingIsNotifiedAgainAndTheOuterChangeIsReportedLast) {
     handler->addFriendlyNameObserver(
         std::make_shared<Writer<FakeFriendlyNameObserver>>(journal, *handler, "friendlyName", "second"));
     EXPECT_TRUE(handler->setSetting("friendlyName", "first"));

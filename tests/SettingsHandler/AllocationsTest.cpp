@@ -10,9 +10,10 @@
 #include <malloc.h>
 
 #include "ThreadSafeCollaborators.h"
+#include "Wire/Catalogue.h"
 
-// A program of its own, because it stands in front of the allocation functions of the whole program: of C's, which
-// C++'s call and the JSON library calls too.
+// A program of its own, because it replaces the allocation functions of the whole program: those of C, which C++ and
+// the JSON library call.
 
 extern "C" {
 void* __libc_malloc(std::size_t size);                           // NOLINT(bugprone-reserved-identifier)
@@ -28,7 +29,7 @@ std::atomic<long> allocations{0};
 std::atomic<long> blocksInUse{0};
 std::atomic<long> bytesInUse{0};
 
-/// Every block is a little larger than was asked for and keeps at its end how much that was: what the allocator adds
+/// Each block is larger than requested and keeps the requested size at its end, because the allocator's own overhead
 /// differs from block to block.
 std::size_t withNote(std::size_t size) {
     return size + sizeof(std::size_t);
@@ -92,7 +93,7 @@ struct Memory {
     long bytes = bytesInUse;
 };
 
-/// The handler in its surroundings, used for so long that every map, registry and buffer has its size.
+/// A handler that is used until every map, registry and buffer has its final size.
 class Allocations : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -100,8 +101,8 @@ protected:
         surroundings.handler->initializeSettings();
     }
 
-    /// Expects that `request(n)` leaves the same memory after 10,000 times as after 1,000, and that as many allocations
-    /// are made for the first thousand of these as for the last.
+    /// Expects that the same memory is in use after 10,000 calls of `request(n)` as after 1,000, and that the second
+    /// thousand calls make as many allocations as the last.
     void expectSteady(const std::string& what, const std::function<void(int)>& request) {
         int done = 0;
         const auto doUntil = [&](int end) {
@@ -137,10 +138,14 @@ protected:
     SettingsHandler::SettingsHandler& handler = *surroundings.handler;
 };
 
-TEST_F(Allocations, OfChangesAreGivenBack) {
-    for (const std::string key :
-         {"deviceName", "companionDevice", "captionsFontSize", "friendlyName", "tovanEntitlementStatus", "timezone",
-          "handsFreeEnabled", "handsFreeAlwaysOnEnabled", "pttAlwaysOnEnabled", "a key of nobody's"}) {
+TEST_F(Allocations, OfChangesAreFreed) {
+    std::vector<std::string> keys{"an unknown key"};
+    for (const auto& setting : Wire::catalogue()) {
+        if (!setting.setByDeviceOnly && setting.kind != Wire::SettingKind::LOCALES) {
+            keys.push_back(setting.key);
+        }
+    }
+    for (const auto& key : keys) {
         const std::vector<std::string> requests{setRequest(key, "one value that fits into no small buffer"),
                                                 setRequest(key, "two value that fits into no small buffer")};
         expectSteady(key, [&](int number) {
@@ -154,7 +159,7 @@ TEST_F(Allocations, OfChangesAreGivenBack) {
     });
 }
 
-TEST_F(Allocations, OfRefusedRequestsAreGivenBack) {
+TEST_F(Allocations, OfRefusedRequestsAreFreed) {
     handler.handleSetSettingRequest(setRequest("deviceName", "the value it has already, and so no change"));
     expectSteady("unchanged", setRequest("deviceName", "the value it has already, and so no change"));
     expectSteady("not JSON", std::string("this is no JSON at all"));
@@ -169,12 +174,12 @@ TEST_F(Allocations, OfRefusedRequestsAreGivenBack) {
     expectSteady("locales that are no JSON", setRequest("orliaLocale", "fr-FR"));
 }
 
-TEST_F(Allocations, OfQuestionsAreGivenBack) {
+TEST_F(Allocations, OfReadRequestsAreFreed) {
     expectSteady("all settings",
                  [this](int) { handler.handleGetSettingsRequest(R"({"messageId":"m","payload":{"settings":[]}})"); });
     expectSteady("some settings", [this](int) {
         handler.handleGetSettingsRequest(
-            R"({"messageId":"m","payload":{"settings":["timezone","kept by older software","of nobody's"]}})");
+            R"({"messageId":"m","payload":{"settings":["timezone","kept by older software","unknown"]}})");
     });
     expectSteady("no payload", [this](int) { handler.handleGetSettingsRequest(R"({"messageId":"m"})"); });
     expectSteady("is it selected", [this](int) { handler.handleIsOrliaSelectedVARequest(R"({"messageId":"m"})"); });
@@ -182,7 +187,7 @@ TEST_F(Allocations, OfQuestionsAreGivenBack) {
     expectSteady("the current map", [this](int) { handler.getCurrentSettingsMap(); });
 }
 
-TEST_F(Allocations, OfNotificationsAreGivenBack) {
+TEST_F(Allocations, OfNotificationsAreFreed) {
     const std::vector<std::string> values{"one value that fits into no small buffer",
                                           "two value that fits into no small buffer"};
     const auto value = [&](int number) { return values[static_cast<std::size_t>(number % 2)]; };
@@ -195,7 +200,7 @@ TEST_F(Allocations, OfNotificationsAreGivenBack) {
     expectSteady("hands-free", [&](int number) { handler.notifyHandsfreeStateChanged(number % 2 == 0); });
 }
 
-/// Is told of everything and keeps nothing.
+/// Ignores its notifications.
 class Indifferent : public VessaNativeCommon::FriendlyNameObserverInterface,
                     public VessaNativeCommon::OrliaLocaleObserverInterface,
                     public teskVessa::NativeBridgeInterface {
@@ -205,7 +210,7 @@ public:
     void notifyEntitlementStatusChanged(const std::string& /*status*/) override {}
 };
 
-TEST_F(Allocations, OfObserversThatComeAndGoAreGivenBack) {
+TEST_F(Allocations, OfAddedAndRemovedObserversAreFreed) {
     const auto steady = std::make_shared<Indifferent>();
     handler.addFriendlyNameObserver(steady);
     handler.addEntitlementStatusObserver(steady);
@@ -223,7 +228,7 @@ TEST_F(Allocations, OfObserversThatComeAndGoAreGivenBack) {
     });
 }
 
-TEST_F(Allocations, OfStartsAndLogOutsAreGivenBack) {
+TEST_F(Allocations, OfInitialisationsAndLogOutsAreFreed) {
     expectSteady("a start", [this](int) {
         handler.initializeSettings();
         handler.migrateExistingDeviceSettings();
@@ -234,7 +239,7 @@ TEST_F(Allocations, OfStartsAndLogOutsAreGivenBack) {
     });
 }
 
-TEST(AllocationCounts, SeeTheLibrarysJsonTexts) {
+TEST(AllocationCounts, IncludeThoseOfTheJsonLibrary) {
     const long before = allocations;
     const Memory memory;
     {

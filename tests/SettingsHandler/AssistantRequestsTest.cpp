@@ -31,9 +31,8 @@ TEST_F(AssistantRequests, OpensTheSettingsApplicationWhateverTheText) {
 
 class AppNameDeathTest : public HandlerTest {
 protected:
-    // Each runs in a process of its own, because the name is looked up once in the life of a process. A program that an
-    // emulator runs cannot start itself anew; there the test runner starts each test alone, and a copy of that process
-    // will do.
+    // Each runs in its own process, because the name is looked up once per process. A program in an emulator cannot
+    // restart itself; there the test runner starts each test alone, and a fork of that process is enough.
     AppNameDeathTest() { ::testing::GTEST_FLAG(death_test_style) = RUN_BY_EMULATOR ? "fast" : "threadsafe"; }
 
     [[noreturn]] void endWith(const Entries& expected) {
@@ -45,7 +44,7 @@ protected:
         DeviceAbstractionLayer::AppNameToStringMapping;
 };
 
-TEST_F(AppNameDeathTest, WithoutAnEntryTheNameIsEmptyForGood) {
+TEST_F(AppNameDeathTest, WithoutAnEntryTheNameStaysEmpty) {
     EXPECT_EXIT(
         {
             names.clear();
@@ -85,7 +84,7 @@ TEST_F(AssistantRequests, LogOutResetsClearsAndReloadsInOrder) {
     EXPECT_EQ(cached("companionDevice"), R"(["",""])");
 }
 
-TEST_F(AssistantRequests, AFailedWipeIsLoggedAndTheRestIsDoneAllTheSame) {
+TEST_F(AssistantRequests, AFailedClearingIsLoggedAndTheRestIsDone) {
     storage.values = {{"deviceName", "Den"}};
     storage.refusesClearing = true;
     sdk->refusesSettings = true;

@@ -22,8 +22,8 @@ TEST_F(BadInput, ARootThatIsNoObjectHasNoMembers) {
     }
 }
 
-// A text per kind of request, at a depth that no stack survives: seconds in a debug build, and worth them.
-TEST_F(BadInput, MillionsOfBracketsAreATextLikeAnyOther) {
+// One text for each type of request, too deep for any stack. Takes seconds in a debug build.
+TEST_F(BadInput, MillionsOfNestedArraysAreHandled) {
     constexpr std::size_t depth = NESTING_DEPTH;
     const std::string open(depth, '[');
     const std::string nested = open + std::string(depth, ']');
@@ -38,7 +38,7 @@ TEST_F(BadInput, MillionsOfBracketsAreATextLikeAnyOther) {
                   Entries{"log 3 SettingsHandler:orliaLocale is empty or not in the correct format"});
     EXPECT_FALSE(handler->setSetting("orliaLocale", open));
     expectJournal(writeOf("orliaLocale") + Entries{"log 3 SettingsHandler:orliaLocale is not in the proper format"});
-    // The list's one element is no string, so this asks for everything.
+    // The only element of the list is not a string, so this asks for all settings.
     handler->handleGetSettingsRequest(R"({"messageId":"m","payload":{"settings":)" + nested + "}}");
     auto entries = journal.take();
     ASSERT_FALSE(entries.empty());
@@ -47,7 +47,7 @@ TEST_F(BadInput, MillionsOfBracketsAreATextLikeAnyOther) {
     EXPECT_EQ(entries, Entries{"log 1 SettingsHandler:Handling GetSettings request"} + readOfAll());
 }
 
-TEST_F(BadInput, DeepMembersThatAreSkippedDoNoHarm) {
+TEST_F(BadInput, DeeplyNestedUnknownMembersAreIgnored) {
     constexpr std::size_t depth = 200000;
     std::string nested;
     for (std::size_t level = 0; level < depth; ++level) {
@@ -136,7 +136,7 @@ TEST_F(BadInput, TextsMakeTheRoundTripExactly) {
     }
 }
 
-TEST_F(BadInput, AValueOfAMegabyteGoesThrough) {
+TEST_F(BadInput, AValueOfOneMegabyteIsStored) {
     const std::string value(1000000, 'v');
     EXPECT_TRUE(handler->handleSetSettingRequest(setRequest("\"" + value + "\"")));
     EXPECT_EQ(storage.values.at("deviceName"), value);

@@ -32,7 +32,7 @@ TEST_F(Construction, EachMessageTypeReachesItsRequest) {
     EXPECT_EQ(journal.take().front(), "sdk.applySetting(handsFreeAlwaysOnEnabled, false)");
 }
 
-TEST_F(Construction, SharesTheCollaboratorsUntilItGoes) {
+TEST_F(Construction, SharesTheCollaboratorsUntilItIsDestroyed) {
     const auto before = metrics.use_count();
     {
         const auto another = make<OpenHandler>();
@@ -47,13 +47,13 @@ TEST_F(Construction, SharesTheCollaboratorsUntilItGoes) {
 TEST_F(Construction, CopiesThePointersStepByStep) {
     // The fixture's own, its handler's, create's argument, the constructor's argument, the member.
     journal.at("transport.registerMessageHandler(7)", [&] { EXPECT_EQ(metrics.use_count(), 5); });
-    // The copies for the constructor are gone when the line is written.
+    // The copies for the constructor are destroyed before the line is logged.
     journal.at("log 0 SettingsHandler:Initialized", [&] { EXPECT_EQ(metrics.use_count(), 4); });
     const auto created = SettingsHandler::SettingsHandler::create(transport, storage, metrics, sdk, app, device);
     EXPECT_EQ(metrics.use_count(), 3);
 }
 
-TEST_F(Construction, NeitherDeregistersNorLogsWhenItGoes) {
+TEST_F(Construction, DestructionNeitherUnregistersNorLogs) {
     handler.reset();
     expectJournal(Entries{});
 }

@@ -13,7 +13,7 @@
 
 namespace {
 
-/// How many more allocations succeed; negative: all of them.
+/// Number of allocations that still succeed; negative: all.
 std::atomic<long> allocationsLeft{-1};
 std::atomic<long> blocksInUse{0};
 
@@ -50,7 +50,7 @@ void operator delete(void* block, std::size_t /*size*/) noexcept {
 
 namespace {
 
-/// Keeps no copy of what is registered, so that nothing but the handler's own memory is counted.
+/// Keeps no copy of the registered functions, so that only the handler's own memory is counted.
 class ForgetfulTransport : public CommunicationHandler::CommunicationHandlerInterface {
 public:
     std::string sendMessage(int /*messageType*/, rapidjson::Document& /*payload*/) override { return {}; }
@@ -63,7 +63,7 @@ public:
 
 class CreationFailure : public ::testing::Test {
 protected:
-    /// Has the allocation after `successes` others fail. Returns: was a handler made?
+    /// Calls `create` with a failure of the allocation after `successes` others. Returns: whether a handler was made.
     bool createsWithAllocations(long successes) {
         const long before = blocksInUse;
         std::shared_ptr<SettingsHandler::SettingsHandler> handler;
@@ -93,7 +93,7 @@ protected:
 
     SettingsHandlerTesting::Journal journal;
     SettingsHandlerTesting::PlatformRecording recording{journal};
-    /// Written by the last attempt.
+    /// Number of log lines of the last attempt.
     std::size_t lines = 0;
     std::shared_ptr<ForgetfulTransport> transport = std::make_shared<ForgetfulTransport>();
     SettingsHandlerTesting::MockStorage storage;
@@ -120,7 +120,7 @@ TEST_F(CreationFailure, OfTheControlBlockDestroysTheHandlerAndKeepsTheRegistrati
     expectNoCollaboratorIsHeld();
 }
 
-TEST_F(CreationFailure, AtAnyLaterStepLosesNothing) {
+TEST_F(CreationFailure, AtAnyLaterStepLeaksNothing) {
     long successes = 2;
     while (!createsWithAllocations(successes)) {
         expectNoCollaboratorIsHeld();
@@ -132,7 +132,7 @@ TEST_F(CreationFailure, AtAnyLaterStepLosesNothing) {
     expectNoCollaboratorIsHeld();
 }
 
-TEST_F(CreationFailure, IsTestedOnTwoBlocksTheHandlerAndItsControlBlock) {
+TEST_F(CreationFailure, IsTestedWithSeparateBlocksForHandlerAndControlBlock) {
     const long before = blocksInUse;
     const auto handler = SettingsHandler::SettingsHandler::create(transport, storage, metrics, sdk, app, device);
     journal.take();

@@ -37,7 +37,7 @@ TEST_F(DeviceNotifications, ALocaleForAnEmptyListIsSet) {
                  "sdk.getLocales()", "log 1 SettingsHandler:Current locale is empty", "sdk.setLocales(fr-FR)"}));
 }
 
-TEST_F(DeviceNotifications, AListIsHandedOnUnchecked) {
+TEST_F(DeviceNotifications, AListIsPassedOnUnchecked) {
     handler->notifyLocaleChange(std::vector<std::string>{"en-US"});
     handler->notifyLocaleChange(std::vector<std::string>{});
     expectJournal(
@@ -52,12 +52,12 @@ TEST_F(DeviceNotifications, LocalesTouchNeitherCacheNorObservers) {
     EXPECT_EQ(journal.take().size(), 3U);
 }
 
-TEST_F(DeviceNotifications, ATimezoneIsHandedOnWithoutALine) {
+TEST_F(DeviceNotifications, ATimezoneIsPassedOnWithoutALogLine) {
     handler->notifyTimezoneChange("Europe/Paris");
     expectJournal(Entries{"sdk.setTimezone(Europe/Paris)"});
 }
 
-TEST_F(DeviceNotifications, FourAreIgnored) {
+TEST_F(DeviceNotifications, OtherNotificationsAreIgnored) {
     handler->notifyNetworkConnectionChanged("x");
     handler->notifyMicrophoneAvailabilityChanged("x");
     handler->notifyAudioGuidanceChanged(true);

@@ -2,15 +2,15 @@
 
 namespace SettingsHandlerTests {
 
-/// Nobody in the handler catches: an exception leaves the operation, the mutex is free, and the cache is as far as the
-/// operation had come.
+/// The handler catches nothing: an exception leaves the operation, the mutex is free, and the cache has the changes
+/// that were made before.
 class Exceptions : public HandlerTest {
 protected:
     struct Thrown : std::runtime_error {
         Thrown() : std::runtime_error("thrown by a test") {}
     };
 
-    /// Has the next `entry` throw during `operation`, and looks whether the mutex is free afterwards.
+    /// Throws at the next `entry` during `operation`, and expects that the mutex is free afterwards.
     void expectPasses(const std::string& entry, const std::function<void()>& operation) {
         SCOPED_TRACE(entry);
         journal.at(entry, [] { throw Thrown(); });

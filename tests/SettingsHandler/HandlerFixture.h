@@ -18,13 +18,14 @@
 #include "SettingsHandlerTesting/FakeTransport.h"
 #include "SettingsHandlerTesting/Journal.h"
 #include "SettingsHandlerTesting/platform/PlatformDoubles.h"
+#include "Wire/Catalogue.h"
 
 namespace SettingsHandlerTests {
 
 using Entries = std::vector<std::string>;
 using Values = std::map<std::string, std::string>;
 
-/// The handler with its protected operations open.
+/// The handler with public access to its protected operations.
 class OpenHandler : public SettingsHandler::SettingsHandler {
 public:
     using SettingsHandler::emitSettingMetric;
@@ -65,7 +66,7 @@ protected:
 
     void TearDown() override { EXPECT_TRUE(journal.allActionsRun()); }
 
-    /// What the cache holds, read without changing what is cached for the handler's own keys.
+    /// The cached value of `key`, or "(none)".
     std::string cached(const std::string& key) {
         auto map = handler->getCurrentSettingsMap();
         journal.take();
@@ -73,7 +74,7 @@ protected:
         return entry == map.end() ? "(none)" : entry->second;
     }
 
-    /// Puts a value into the cache by a change, without a trace in the journal.
+    /// Puts a value into the cache by a change, and empties the journal.
     void cache(const std::string& key, const std::string& value) {
         std::string old;
         handler->settingChanged(key, old, value);
@@ -82,7 +83,21 @@ protected:
 
     void deliver(int type, const std::string& text) { transport->deliver(type, text); }
 
-    /// The journal of reading all settings. Their order is the one of the catalogue's table.
+    /// The values of a new device: the defaults of the catalogue, and the values of the fakes.
+    static Values initialValues() {
+        Values values{{"orliaLocale", R"(["en-US"])"},
+                      {"captionsEnabled", "false"},
+                      {"doNotDisturbEnabled", "false"},
+                      {"timezone", "America/Vancouver"}};
+        for (const auto& setting : Wire::catalogue()) {
+            if (setting.defaultValue) {
+                values.emplace(setting.key, *setting.defaultValue);
+            }
+        }
+        return values;
+    }
+
+    /// The journal of reading all settings, in the order of the library's table.
     Entries readOfAll() const {
         Entries entries{"log 0 SettingsHandler:getSettings"};
         for (const auto& [type, key] : ::SettingsHandler::SettingsNamesTypeToStringMapping) {
@@ -95,9 +110,9 @@ protected:
             entries.push_back("storage.getValue(" + key + ")");
             const auto stored = storage.values.find(key);
             if (stored == storage.values.end() || stored->second.empty()) {
-                entries.push_back(type == ::SettingsHandler::TOVAN_ENTITLEMENT_STATUS
-                                      ? "log 3 SettingsHandler:Default value was not found for " + key
-                                      : "log 1 SettingsHandler:Default value retrieved for " + key);
+                entries.push_back(Wire::findSetting(key)->defaultValue
+                                      ? "log 1 SettingsHandler:Default value retrieved for " + key
+                                      : "log 3 SettingsHandler:Default value was not found for " + key);
             }
         }
         return entries;
@@ -130,7 +145,7 @@ protected:
     std::shared_ptr<OpenHandler> handler;
 
 private:
-    /// How the settings that are not in the storage are read.
+    /// The call that reads each setting that is not in the storage.
     static const std::map<int, std::string>& ownerCalls() {
         static const std::map<int, std::string> calls{
             {::SettingsHandler::ORLIA_LOCALE, "sdk.getLocales()"},
@@ -145,13 +160,13 @@ private:
     }
 };
 
-/// Entries one after the other.
+/// Concatenates entries.
 inline Entries operator+(Entries first, const Entries& second) {
     first.insert(first.end(), second.begin(), second.end());
     return first;
 }
 
-/// The two lines with which every write starts.
+/// The first two lines of every setSetting.
 inline Entries writeOf(const std::string& key) {
     return {"log 0 SettingsHandler:setSetting", "log 0 SettingsHandler:SettingDBId: " + key};
 }

@@ -4,7 +4,7 @@ namespace SettingsHandlerTests {
 
 class Initialisation : public HandlerTest {
 protected:
-    /// A handler whose getSettings answers what the test says.
+    /// A handler whose getSettings returns what the test sets.
     class Reporting : public OpenHandler {
     public:
         using OpenHandler::OpenHandler;
@@ -24,19 +24,19 @@ protected:
     }
 };
 
-TEST_F(Initialisation, TellsTheSdkWhatTheDeviceReports) {
+TEST_F(Initialisation, PassesTheModesOfTheDeviceToTheSdk) {
     device->info = {{"currentHandsFreeStatus", "on"}, {"currentAlwaysOnVoiceMode", "on"}};
     handler->initializeSettings();
     expectJournal(readOfAll() + Entries{"log 1 Setting initial hands free status value %s:true",
                                         "sdk.setHandsFreeEnabled(true)",
                                         "log 1 Setting initial hands free always on status value %s:true",
                                         "sdk.applySetting(handsFreeAlwaysOnEnabled, true)",
-                                        // The value shown is the hands-free one: intended.
+                                        // Intended: the value is the hands-free one.
                                         "log 1 Setting initial PTT always on status value %s:true",
                                         "sdk.applySetting(pttAlwaysOnEnabled, false)"});
 }
 
-TEST_F(Initialisation, AsksForEverythingThroughTheInterfaceAndPassesValuesOnAsTheyAre) {
+TEST_F(Initialisation, ReadsAllSettingsThroughTheInterfaceAndPassesValuesUnchanged) {
     const auto made = reporting({{"handsFreeEnabled", "TRUE"},
                                  {"handsFreeAlwaysOnEnabled", "maybe"},
                                  {"pttAlwaysOnEnabled", "yes"},
@@ -73,7 +73,7 @@ TEST_F(Initialisation, ReplacesTheWholeCacheEachTime) {
     EXPECT_EQ(map.count("gone"), 0U);
 }
 
-TEST_F(Initialisation, ARefusalOfTheSdkIsPassedOver) {
+TEST_F(Initialisation, ARefusalOfTheSdkIsIgnored) {
     sdk->refusesSettings = true;
     handler->initializeSettings();
     expectJournal(readOfAll() + Entries{"log 1 Setting initial hands free status value %s:false",

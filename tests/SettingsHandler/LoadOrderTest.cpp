@@ -7,7 +7,7 @@
 
 namespace {
 
-/// What was built when a singleton was asked for.
+/// What was built when a singleton was requested.
 struct Built {
     std::size_t names = 0;
     std::size_t keys = 0;
@@ -36,7 +36,7 @@ void onSingletonRequest(const char* /*which*/) {
 
 }  // namespace SettingsHandlerTesting
 
-TEST(LoadOrder, EachSingletonIsAskedForOnceTheLoggerFirst) {
+TEST(LoadOrder, EachSingletonIsRequestedOnceTheLoggerFirst) {
     EXPECT_EQ(SettingsHandlerTesting::singletonRequests(),
               (std::vector<std::string>{"Log::instance", "MetricsCache::instance"}));
 }

@@ -2,52 +2,49 @@
 
 namespace SettingsHandlerTests {
 
-/// Tells from another thread whether the cache's mutex is held at the moment when an entry is recorded.
+/// Tries from another thread whether the cache mutex is held at the moment when an entry is recorded.
 class Locks : public HandlerTest {
 protected:
     void expectHeldAt(const std::string& entry, const std::function<void()>& operation) {
-        bool held = false;
-        std::future<void> probe;
-        journal.at(entry, [&] {
-            probe = startProbe();
-            // Long enough for a probe that nothing holds up; when it is held up, it never ends before the operation.
-            held = probe.wait_for(std::chrono::milliseconds(30)) == std::future_status::timeout;
-        });
-        operation();
-        ASSERT_TRUE(probe.valid()) << entry << " did not happen";
-        probe.wait();
-        EXPECT_TRUE(held) << entry;
-        journal.take();
+        // Long enough if the mutex is free; if it is held, the probe never ends before the operation.
+        EXPECT_FALSE(isFreeAt(entry, operation, std::chrono::milliseconds(30))) << entry;
     }
 
     void expectFreeAt(const std::string& entry, const std::function<void()>& operation) {
+        EXPECT_TRUE(isFreeAt(entry, operation, std::chrono::seconds(20))) << entry;
+    }
+
+private:
+    bool isFreeAt(const std::string& entry, const std::function<void()>& operation, std::chrono::milliseconds limit) {
         bool free = false;
         std::future<void> probe;
         journal.at(entry, [&] {
             probe = startProbe();
-            free = probe.wait_for(std::chrono::seconds(20)) == std::future_status::ready;
+            free = probe.wait_for(limit) == std::future_status::ready;
         });
         operation();
-        ASSERT_TRUE(probe.valid()) << entry << " did not happen";
-        probe.wait();
-        EXPECT_TRUE(free) << entry;
+        if (probe.valid()) {
+            probe.wait();
+        } else {
+            ADD_FAILURE() << entry << " did not happen";
+        }
         journal.take();
+        return free;
     }
 
-private:
-    /// A thread, running by now, that takes the mutex and gives it back without a trace.
+    /// Starts a thread that locks and unlocks the mutex and records nothing.
     std::future<void> startProbe() {
         std::promise<void> promise;
         const auto running = promise.get_future();
         auto probe = std::async(std::launch::async, [this, started = std::move(promise)]() mutable {
             started.set_value();
-            handler->removeFriendlyNameObserver(stranger);
+            handler->removeFriendlyNameObserver(unknown);
         });
         running.wait();
         return probe;
     }
 
-    std::shared_ptr<SettingsHandlerTesting::FakeFriendlyNameObserver> stranger =
+    std::shared_ptr<SettingsHandlerTesting::FakeFriendlyNameObserver> unknown =
         std::make_shared<SettingsHandlerTesting::FakeFriendlyNameObserver>(journal);
 };
 
@@ -68,7 +65,7 @@ TEST_F(Locks, TheCurrentMapHoldsTheMutexAfterItsLine) {
     }
 }
 
-TEST_F(Locks, ReadingHoldsNothing) {
+TEST_F(Locks, ReadingHoldsNoLock) {
     storage.values["unknown"] = "x";
     for (const auto* entry : {"log 0 SettingsHandler:getSettings", "storage.getValue(unknown)", "sdk.getLocales",
                               "device.getDeviceInfo", "transport.sendResponse"}) {
@@ -79,7 +76,7 @@ TEST_F(Locks, ReadingHoldsNothing) {
     }
 }
 
-TEST_F(Locks, WritingHoldsNothingWhileItCallsOut) {
+TEST_F(Locks, WritingHoldsNoLockDuringCalls) {
     handler->addOrliaLocaleObserver(std::make_shared<SettingsHandlerTesting::FakeLocaleObserver>(journal));
     handler->addFriendlyNameObserver(std::make_shared<SettingsHandlerTesting::FakeFriendlyNameObserver>(journal));
     handler->addEntitlementStatusObserver(std::make_shared<SettingsHandlerTesting::FakeEntitlementObserver>(journal));
@@ -107,7 +104,7 @@ TEST_F(Locks, WritingHoldsNothingWhileItCallsOut) {
     expectFreeAt("sdk.setHandsFreeEnabled", [&] { handler->setSetting("handsFreeEnabled", value()); });
 }
 
-TEST_F(Locks, MigrationLogOutAndLaunchHoldNothing) {
+TEST_F(Locks, MigrationLogOutAndLaunchHoldNoLock) {
     for (const auto* entry : {"log 1 SettingsHandler:migrateExistingDeviceSettings", "storage.getValue(orliaLocale)",
                               "sdk.setTimezone", "storage.removeValue"}) {
         storage.values["timezone"] = std::string("zone of ") + entry;
@@ -120,7 +117,7 @@ TEST_F(Locks, MigrationLogOutAndLaunchHoldNothing) {
     expectFreeAt("app.launchApp", [&] { handler->openVASettings(); });
 }
 
-TEST_F(Locks, NotificationsHoldNothing) {
+TEST_F(Locks, NotificationsHoldNoLock) {
     for (const auto* entry : {"log 1 SettingsHandler:notifyLocaleChange", "sdk.getLocales", "sdk.setLocales"}) {
         expectFreeAt(entry, [&] { handler->notifyLocaleChange(std::string("l") + entry); });
     }
@@ -132,7 +129,7 @@ TEST_F(Locks, NotificationsHoldNothing) {
 
 TEST_F(Locks, ANullObserverIsReportedWithoutTheMutex) {
     expectFreeAt("log 2 SettingsHandler:addFriendlyNameObserver", [&] { handler->addFriendlyNameObserver(nullptr); });
-    // The mutex is held by another thread meanwhile: a null observer does not wait for it.
+    // This thread holds the mutex meanwhile: a null observer does not wait for it.
     journal.at("sdk.getTimezone", [&] {
         auto report = std::async(std::launch::async, [&] {
             handler->addOrliaLocaleObserver(nullptr);
@@ -143,7 +140,7 @@ TEST_F(Locks, ANullObserverIsReportedWithoutTheMutex) {
     handler->getCurrentSettingsMap();
 }
 
-TEST_F(Locks, WhatTouchesTheCacheOrTheObserversWaitsForTheMutex) {
+TEST_F(Locks, OperationsOnCacheOrObserversWaitForTheMutex) {
     const auto locale = std::make_shared<SettingsHandlerTesting::FakeLocaleObserver>(journal);
     const auto friendly = std::make_shared<SettingsHandlerTesting::FakeFriendlyNameObserver>(journal);
     const auto entitlement = std::make_shared<SettingsHandlerTesting::FakeEntitlementObserver>(journal);

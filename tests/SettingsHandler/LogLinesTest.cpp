@@ -6,8 +6,8 @@
 
 namespace SettingsHandlerTests {
 
-/// All log lines of the library with their levels; `*` stands for a value. People who operate devices search for these
-/// texts, so a change here is a change of an interface.
+/// All log lines of the library with their levels; `*` is a value. Operators search for these texts, so a change here
+/// is a change of an interface.
 const Entries allForms{
     "0 SettingsHandler:Initialized Settings Handler",
     "0 SettingsHandler:SettingDBId: *",
@@ -36,7 +36,7 @@ const Entries allForms{
     "1 SettingsHandler:notifyLocaleChange: Incoming primary locale (*) is identical to current primary locale (*)",
     "1 SettingsHandler:notifyLocaleChange: Notified of locale change. New value: *",
     "1 SettingsHandler:onEntitlementStatusChanged: *",
-    // These three show the text before its value is put in: intended.
+    // Intended: these three show the format before its value is inserted.
     "1 Setting initial PTT always on status value %s:*",
     "1 Setting initial hands free always on status value %s:*",
     "1 Setting initial hands free status value %s:*",
@@ -64,7 +64,7 @@ const Entries allForms{
     "3 SettingsHandler:to value field in payload not found or has incorrect format",
 };
 
-/// The form of `line`: among those that fit, the one with most text of its own. Empty when none fits.
+/// The longest form that matches `line`; empty when none does.
 std::string formOf(const std::string& line) {
     std::string best;
     for (const auto& form : allForms) {
@@ -121,7 +121,7 @@ protected:
     }
 
     void start() {
-        // With a transport of its own, because it goes at once and the fixture's would deliver to it.
+        // With its own transport, because it is destroyed at once and the fixture's transport would deliver to it.
         SettingsHandler::SettingsHandler::create(std::make_shared<SettingsHandlerTesting::FakeTransport>(journal),
                                                  storage, metrics, sdk, app, device);
         handler->initializeSettings();
@@ -135,7 +135,7 @@ protected:
     }
 };
 
-TEST_F(LogLines, AreTheseAndNoOthers) {
+TEST_F(LogLines, AreExactlyTheListedOnes) {
     start();
     sdk->timezone = "start";
     sdk->locales = {"en-US"};

@@ -28,7 +28,7 @@ TEST_F(Logging, ExpandsUpToThreeArguments) {
     EXPECT_EQ(journal.take(), (Entries{"log 3 T:a", "log 3 T:a-b", "log 3 T:a-b-c"}));
 }
 
-TEST_F(Logging, FixedFormsGiveTheirLevel) {
+TEST_F(Logging, ShortFormsLogAtTheirLevel) {
     SettingsHandler::logTrace("T", "%s", "a");
     SettingsHandler::logInformation("T", "%s", "a");
     SettingsHandler::logWarning("T", "%s", "a");
@@ -76,7 +76,7 @@ TEST_F(Logging, GivesTimeThreadAndSource) {
     EXPECT_LE(line.secondsSinceEpoch, before + 20);
 }
 
-TEST_F(Logging, ALoggersExceptionLeavesIt) {
+TEST_F(Logging, ExceptionsOfTheLoggerPass) {
     journal.at("log 0 T:x", [] { throw std::logic_error("sink"); });
     EXPECT_THROW(SettingsHandler::log(log, "T", VessaLogger::TRACE, "x"), std::logic_error);
 }

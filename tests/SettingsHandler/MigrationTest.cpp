@@ -8,12 +8,12 @@ const Entries start{"log 1 SettingsHandler:migrateExistingDeviceSettings", "stor
 const Entries localeMissing{"log 1 SettingsHandler:No value retrieved for orliaLocale", "storage.getValue(timezone)"};
 const Entries timezoneMissing{"log 1 SettingsHandler:No value retrieved for timezone"};
 
-TEST_F(Migration, DoesNothingWhenNothingIsLeft) {
+TEST_F(Migration, WithoutStoredValuesChangesNothing) {
     handler->migrateExistingDeviceSettings();
     expectJournal(start + localeMissing + timezoneMissing);
 }
 
-TEST_F(Migration, WritesALeftLocaleAndRemovesIt) {
+TEST_F(Migration, SetsAStoredLocaleAndRemovesIt) {
     storage.values = {{"orliaLocale", R"(["fr-FR"])"}};
     handler->migrateExistingDeviceSettings();
     expectJournal(start + writeOf("orliaLocale") + Entries{"sdk.getLocales()", "sdk.setLocales(fr-FR)"} +
@@ -26,7 +26,7 @@ TEST_F(Migration, WritesALeftLocaleAndRemovesIt) {
     EXPECT_TRUE(storage.values.empty());
 }
 
-TEST_F(Migration, WritesALeftTimezoneAndRemovesIt) {
+TEST_F(Migration, SetsAStoredTimezoneAndRemovesIt) {
     storage.values = {{"timezone", "Europe/Paris"}};
     handler->migrateExistingDeviceSettings();
     expectJournal(start + localeMissing + writeOf("timezone") +
@@ -49,7 +49,7 @@ TEST_F(Migration, KeepsARefusedLocaleAndGoesOn) {
     EXPECT_EQ(storage.values, (Values{{"orliaLocale", "[]"}}));
 }
 
-TEST_F(Migration, KeepsAValueThatTheSdkHasAlreadyAndTriesAgainEachTime) {
+TEST_F(Migration, KeepsAValueThatTheSdkAlreadyHasAndTriesAgainEachTime) {
     storage.values = {{"timezone", "America/Vancouver"}};
     const Entries refused =
         start + localeMissing + writeOf("timezone") +
@@ -64,7 +64,7 @@ TEST_F(Migration, KeepsAValueThatTheSdkHasAlreadyAndTriesAgainEachTime) {
     }
 }
 
-TEST_F(Migration, DoesNotLookAtTheResultOfTheRemoval) {
+TEST_F(Migration, IgnoresTheResultOfTheRemoval) {
     storage.values = {{"timezone", "Europe/Paris"}};
     storage.refusesRemoval = true;
     handler->migrateExistingDeviceSettings();
@@ -88,7 +88,7 @@ TEST_F(Migration, WritesThroughTheInterface) {
 }
 
 TEST_F(Migration, AStorageThatLeavesItsOutputUntouchedWouldPassTheLocaleOnAsTimezone) {
-    // One string serves both reads, which is why the storage must empty it.
+    // The handler uses one string for both reads, which is why the storage must set it.
     struct Careless : SettingsHandlerTesting::FakeStorage {
         using FakeStorage::FakeStorage;
         void getValue(const std::string& key, std::string& value) override {

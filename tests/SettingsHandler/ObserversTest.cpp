@@ -28,7 +28,7 @@ TEST_F(Observers, NullObserversAreLoggedEachWithItsOwnText) {
     expectJournal(Entries{});
 }
 
-TEST_F(Observers, AddingAndRemovingIsSilentAndTellsNoCurrentValue) {
+TEST_F(Observers, AddingAndRemovingNeitherLogsNorNotifies) {
     const auto observer = friendly();
     handler->addFriendlyNameObserver(observer);
     handler->removeFriendlyNameObserver(observer);
@@ -49,7 +49,7 @@ TEST_F(Observers, TheSameObjectIsHeldOnce) {
     expectJournal(Entries{});
 }
 
-TEST_F(Observers, RemovingAStrangerOrTwiceDoesNothing) {
+TEST_F(Observers, RemovingAnUnknownObserverDoesNothing) {
     const auto observer = friendly();
     handler->removeFriendlyNameObserver(observer);
     handler->addFriendlyNameObserver(observer);
@@ -61,7 +61,7 @@ TEST_F(Observers, RemovingAStrangerOrTwiceDoesNothing) {
     EXPECT_EQ(observer.use_count(), 1);
 }
 
-TEST_F(Observers, TheRegistryKeepsObserversAliveUntilTheyAreRemovedOrTheHandlerGoes) {
+TEST_F(Observers, TheRegistryKeepsObserversAliveUntilTheyAreRemovedOrTheHandlerIsDestroyed) {
     auto removed = friendly();
     auto locale = std::make_shared<FakeLocaleObserver>(journal);
     auto entitlement = std::make_shared<FakeEntitlementObserver>(journal);
@@ -78,7 +78,7 @@ TEST_F(Observers, TheRegistryKeepsObserversAliveUntilTheyAreRemovedOrTheHandlerG
     EXPECT_EQ(locale.use_count(), 1);
 }
 
-TEST_F(Observers, EveryRegistryTellsItsOwn) {
+TEST_F(Observers, EachRegistryNotifiesItsOwnObservers) {
     handler->addOrliaLocaleObserver(std::make_shared<FakeLocaleObserver>(journal));
     handler->addFriendlyNameObserver(friendly());
     handler->addEntitlementStatusObserver(std::make_shared<FakeEntitlementObserver>(journal));
@@ -99,7 +99,7 @@ TEST_F(Observers, WithoutObserversTheRestStillHappens) {
         (Entries{"log 1 SettingsHandler:onEntitlementStatusChanged: active", "metricsCache.setOrliaLocale(en-US)"}));
 }
 
-TEST_F(Observers, ManyObserversAreAllToldOnce) {
+TEST_F(Observers, ManyObserversAreAllNotifiedOnce) {
     std::vector<std::shared_ptr<FakeFriendlyNameObserver>> observers;
     Entries expected;
     for (int index = 0; index < 100; ++index) {
@@ -114,7 +114,7 @@ TEST_F(Observers, ManyObserversAreAllToldOnce) {
     EXPECT_EQ(told, expected);
 }
 
-TEST_F(Observers, OneLivesThroughThePassInWhichItIsReleased) {
+TEST_F(Observers, AnObserverReleasedDuringANotificationLivesUntilItEnds) {
     auto observer = friendly();
     const std::weak_ptr<FakeFriendlyNameObserver> watched = observer;
     observer->reaction = [&] {

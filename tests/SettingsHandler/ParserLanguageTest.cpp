@@ -5,34 +5,33 @@
 
 namespace SettingsHandlerTests {
 
-bool takenByDefaultFlags(const std::string& text) {
+bool isAcceptedByDefaultFlags(const std::string& text) {
     rapidjson::Document document;
     return !document.Parse(text.c_str()).HasParseError();
 }
 
-bool takenByUs(const std::string& text) {
+bool isAccepted(const std::string& text) {
     SettingsHandler::ParsedText parsed;
     return parsed.parse(text);
 }
 
-/// Texts are parsed iteratively, so that no depth exhausts the stack. The language must stay the one of the default
-/// flags.
+/// Texts are parsed iteratively, so that no depth exhausts the stack. The language must be that of the default flags.
 TEST(ParserLanguage, IsTheOneOfTheDefaultFlags) {
     const std::vector<std::string> pieces{"{",  "}", "[",  "]",       ",",   ":",    "\"a\"", "\"\"",
                                           "1",  "-", "0",  "1.5",     "1e5", "true", "null",  " ",
                                           "\n", "x", "\"", "\\u0041", "/",   "NaN",  "'a'",   "\xef\xbb\xbf"};
     std::mt19937 random(7);  // NOLINT(cert-msc32-c,cert-msc51-cpp): the same texts each time
-    int taken = 0;
+    int accepted = 0;
     for (int round = 0; round < 200000; ++round) {
         std::string text;
         const auto length = 1 + random() % 8;
         for (unsigned piece = 0; piece < length; ++piece) {
             text += pieces[random() % pieces.size()];
         }
-        ASSERT_EQ(takenByUs(text), takenByDefaultFlags(text)) << text;
-        taken += takenByUs(text) ? 1 : 0;
+        ASSERT_EQ(isAccepted(text), isAcceptedByDefaultFlags(text)) << text;
+        accepted += isAccepted(text) ? 1 : 0;
     }
-    EXPECT_GT(taken, 1000) << "hardly a text was JSON, so little was compared";
+    EXPECT_GT(accepted, 1000) << "too few texts were JSON";
 }
 
 TEST(ParserLanguage, BuildsTheSameDocuments) {
@@ -46,7 +45,7 @@ TEST(ParserLanguage, BuildsTheSameDocuments) {
     }
 }
 
-/// Usual texts fit into memory on the stack, larger ones need more.
+/// Usual texts fit into a buffer on the stack; larger ones use the heap.
 TEST(ParserLanguage, BuildsTheSameDocumentsOfAnySize) {
     for (const std::size_t size : {100U, 250U, 260U, 900U, 1000U, 1100U, 4000U, 4200U, 70000U}) {
         const std::string longText(size, 'x');
@@ -59,7 +58,7 @@ TEST(ParserLanguage, BuildsTheSameDocumentsOfAnySize) {
     }
 }
 
-TEST(ParserLanguage, AFailureKeepsTheRoot) {
+TEST(ParserLanguage, AParseErrorLeavesAnEmptyObject) {
     for (const auto* text : {"", "{", "[1,2", "{\"a\":1} x"}) {
         SettingsHandler::ParsedText parsed;
         EXPECT_FALSE(parsed.parse(text));

@@ -29,7 +29,7 @@ TEST_F(Reading, EmptySdkValuesAreInTheResult) {
     EXPECT_EQ(handler->getSettings({"timezone", "orliaLocale"}), (Values{{"timezone", ""}, {"orliaLocale", "[]"}}));
 }
 
-TEST_F(Reading, ModesComeFromTheDeviceOneQuestionEach) {
+TEST_F(Reading, ModesAreReadFromTheDeviceWithOneCallEach) {
     device->info = {{"currentHandsFreeStatus", "on"}, {"currentAlwaysOnPTTMode", "on"}};
     EXPECT_EQ(
         handler->getSettings({"handsFreeEnabled", "handsFreeAlwaysOnEnabled", "pttAlwaysOnEnabled"}),
@@ -89,14 +89,14 @@ TEST_F(Reading, AnUnknownKeyWithAValueIsCachedAndAKnownOneIsNot) {
     EXPECT_EQ(cached("deviceName"), "(none)");
 }
 
-TEST_F(Reading, DuplicatesAreReadAfreshAndTheLastOneCounts) {
+TEST_F(Reading, DuplicatesAreReadAgainAndTheLastOneCounts) {
     journal.at("sdk.getTimezone()", [&] { journal.at("sdk.getTimezone()", [&] { sdk->timezone = "second"; }); });
     EXPECT_EQ(handler->getSettings({"timezone", "timezone"}), (Values{{"timezone", "second"}}));
     expectJournal(readStart + readOf("timezone") + Entries{"sdk.getTimezone()"} + readOf("timezone") +
                   Entries{"sdk.getTimezone()"});
 }
 
-/// Changes the list of keys while it is being read for them.
+/// Changes the caller's list of keys while the handler reads.
 class ListChangingStorage : public SDKWrapper::StorageManagerInterface {
 public:
     explicit ListChangingStorage(std::vector<std::string>& keysInUse) : keys(keysInUse) {}
@@ -114,7 +114,7 @@ public:
     std::vector<std::string> asked;
 };
 
-TEST_F(Reading, ReadsTheKeysItWasGivenEvenWhenACollaboratorChangesTheList) {
+TEST_F(Reading, ReadsTheGivenKeysEvenWhenACollaboratorChangesTheList) {
     std::vector<std::string> keys{"deviceName", "a key that is kept on the heap", "captionsStyles"};
     ListChangingStorage changing(keys);
     OpenHandler reader(transport, changing, metrics, sdk, app, device);
@@ -125,19 +125,17 @@ TEST_F(Reading, ReadsTheKeysItWasGivenEvenWhenACollaboratorChangesTheList) {
               (std::vector<std::string>{"deviceName", "a key that is kept on the heap", "captionsStyles"}));
 }
 
-TEST_F(Reading, AnEmptyListAsksForAllInTheTablesOrder) {
-    Values expected{{"captionsEnabled", "false"},
-                    {"doNotDisturbEnabled", "false"},
-                    {"orliaLocale", R"(["en-US"])"},
-                    {"timezone", "America/Vancouver"}};
-    for (const auto& [type, value] : ::SettingsHandler::SettingsNamesTypeToDefaultValuesMapping) {
-        expected.emplace(::SettingsHandler::settingNameFromType(type), value);
-    }
-    EXPECT_EQ(handler->getSettings({}), expected);
+TEST_F(Reading, AnEmptyListReadsAllInTheOrderOfTheTable) {
+    EXPECT_EQ(handler->getSettings({}), initialValues());
     expectJournal(readOfAll());
 }
 
-TEST_F(Reading, GetSdkSettingAsksTheSdkForItsFourOnly) {
+std::vector<SettingsHandler::SettingsNamesType> notInTheCatalogue() {
+    const auto end = static_cast<SettingsHandler::SettingsNamesType>(Wire::catalogue().size() + 1);
+    return {static_cast<SettingsHandler::SettingsNamesType>(-1), SettingsHandler::INVALID_SETTING, end};
+}
+
+TEST_F(Reading, GetSdkSettingReadsOnlyTheSettingsOfTheSdk) {
     using namespace SettingsHandler;  // NOLINT: the enumerators
     sdk->doNotDisturbEnabled = true;
     EXPECT_EQ(handler->getSDKSetting(CAPTIONS_ENABLED), "false");
@@ -146,20 +144,25 @@ TEST_F(Reading, GetSdkSettingAsksTheSdkForItsFourOnly) {
     EXPECT_EQ(handler->getSDKSetting(TIMEZONE), "America/Vancouver");
     expectJournal(
         (Entries{"sdk.isCaptionsEnabled()", "sdk.isDoNotDisturbEnabled()", "sdk.getLocales()", "sdk.getTimezone()"}));
-    for (int number = -1; number <= 16; ++number) {
-        const auto type = static_cast<SettingsNamesType>(number);
-        if (!OpenHandler::isSDKSetting(type)) {
-            EXPECT_EQ(handler->getSDKSetting(type), "") << number;
+    for (const auto& setting : Wire::catalogue()) {
+        if (setting.owner != Wire::SettingOwner::VOICE_SDK) {
+            EXPECT_EQ(handler->getSDKSetting(settingTypeFromName(setting.key)), "") << setting.key;
         }
+    }
+    for (const auto type : notInTheCatalogue()) {
+        EXPECT_EQ(handler->getSDKSetting(type), "") << type;
     }
     expectJournal(Entries{});
 }
 
-TEST_F(Reading, ExactlyFourSettingsAreTheSdks) {
-    for (int number = -1; number <= 16; ++number) {
-        const bool expected = number == 3 || number == 4 || number == 7 || number == 15;
-        EXPECT_EQ(OpenHandler::isSDKSetting(static_cast<SettingsHandler::SettingsNamesType>(number)), expected)
-            << number;
+TEST_F(Reading, TheSettingsOfTheSdkAreThoseOfTheCatalogue) {
+    for (const auto& setting : Wire::catalogue()) {
+        EXPECT_EQ(OpenHandler::isSDKSetting(SettingsHandler::settingTypeFromName(setting.key)),
+                  setting.owner == Wire::SettingOwner::VOICE_SDK)
+            << setting.key;
+    }
+    for (const auto type : notInTheCatalogue()) {
+        EXPECT_FALSE(OpenHandler::isSDKSetting(type)) << type;
     }
 }
 

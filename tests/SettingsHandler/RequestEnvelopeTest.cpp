@@ -40,7 +40,7 @@ TEST_F(RequestOrdering, EachSettingHasARecordOfItsOwn) {
     EXPECT_FALSE(valid("deviceName", 4));
 }
 
-TEST_F(RequestOrdering, UnknownKeysShareOne) {
+TEST_F(RequestOrdering, UnknownKeysShareOneRecord) {
     EXPECT_TRUE(valid("unknown", 100));
     EXPECT_FALSE(valid("another", 50));
     EXPECT_TRUE(valid("another", 100));

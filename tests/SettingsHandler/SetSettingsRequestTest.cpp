@@ -34,7 +34,7 @@ TEST_F(SetSettingsRequest, WritesTheSetting) {
         changed("deviceName", "", "Den"));
 }
 
-TEST_F(SetSettingsRequest, AnswersWhatTheWriteAnswered) {
+TEST_F(SetSettingsRequest, ReturnsTheResultOfTheWrite) {
     const std::string text = request("1", R"({"settingDBId":"deviceName","to":"Den"})");
     EXPECT_TRUE(handler->handleSetSettingRequest(text));
     EXPECT_FALSE(handler->handleSetSettingRequest(text)) << "unchanged";

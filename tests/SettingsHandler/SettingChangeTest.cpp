@@ -22,7 +22,7 @@ TEST_F(SettingChange, TheCacheHasTheNewValueWhenTheEventIsSent) {
     EXPECT_EQ(seen, "Attic");
 }
 
-/// Takes messages away with their memory, to send them later.
+/// Moves messages away, to read them later.
 class TransportThatKeeps : public SettingsHandlerTesting::FakeTransport {
 public:
     using FakeTransport::FakeTransport;
@@ -67,7 +67,7 @@ TEST_F(SettingChange, AnEmptyValueLeavesTheSeparatorAtTheEnd) {
                            "metrics.recordEvent(app_events, AUTO, interaction_name=deviceName_)"}));
 }
 
-TEST_F(SettingChange, AMetricTakesTheValueHoweverLong) {
+TEST_F(SettingChange, AMetricContainsALongValueInFull) {
     const std::string value(50000, 'v');
     handler->emitSettingMetric("k", value);
     handler->emitSettingMetric("k", value);

@@ -65,11 +65,11 @@ std::set<std::string> calls(const Entries& entries) {
     return found;
 }
 
-/// What a change of the setting means for everyone.
-const std::set<std::string> told{"transport.sendMessage", "metrics.recordCounter", "metrics.recordEvent"};
+/// The calls that report every change.
+const std::set<std::string> reports{"transport.sendMessage", "metrics.recordCounter", "metrics.recordEvent"};
 
-/// The calls of those who are told besides, by the words of the document.
-std::set<std::string> alsoTold(const std::string& cell) {
+/// The calls that report this setting in addition, by the names in the document.
+std::set<std::string> additionalReports(const std::string& cell) {
     static const std::map<std::string, std::string> words{
         {"metrics cache", "metricsCache.setOrliaLocale"},
         {"locale observers", "observer.orliaLocale"},
@@ -97,14 +97,14 @@ struct Route {
           readFrom(cells[1]),
           writtenTo(cells[2]),
           comparedWith(cells[3]),
-          told(alsoTold(cells[4])),
+          additional(additionalReports(cells[4])),
           setBy(cells[5]) {}
 
     std::string key;
     std::string readFrom;
     std::string writtenTo;
     std::string comparedWith;
-    std::set<std::string> told;
+    std::set<std::string> additional;
     std::string setBy;
 };
 
@@ -139,7 +139,7 @@ protected:
         journal.take();
         const Values values = handler->getSettings({route.key});
         EXPECT_EQ(calls(journal.take()), callOf(route.readFrom, "getValue"));
-        EXPECT_TRUE(!atDevice || values.at(route.key) == "true") << "read from another fact of the device";
+        EXPECT_TRUE(!atDevice || values.at(route.key) == "true") << "read from another entry of the device information";
     }
 
     void expectWriting(const Route& route, const std::string& value) {
@@ -152,11 +152,11 @@ protected:
         EXPECT_EQ(route.setBy, "anyone");
         const auto comparing = callOf(route.comparedWith, "");
         EXPECT_TRUE(handler->setSetting(route.key, value));
-        EXPECT_EQ(calls(journal.take()), comparing + callOf(route.writtenTo, "setValue") + told + route.told);
-        // The voice SDK and the cache have it now.
+        EXPECT_EQ(calls(journal.take()), comparing + callOf(route.writtenTo, "setValue") + reports + route.additional);
+        // The voice SDK and the cache now have the value.
         EXPECT_FALSE(handler->setSetting(route.key, value));
         EXPECT_EQ(calls(journal.take()), comparing);
-        // What only one of them has is what the document says.
+        // The document says which of the two it is compared with.
         if (route.comparedWith == "cache") {
             cache(route.key, "known");
             EXPECT_FALSE(handler->setSetting(route.key, "known"));

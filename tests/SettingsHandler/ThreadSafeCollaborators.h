@@ -17,11 +17,11 @@
 #include "SettingsHandler/SettingsHandler.h"
 #include "teskVessa/SDKBridgeInterface.h"
 
-/// Collaborators in memory that any thread may call, and that keep no record that grows. The fakes with their journal
-/// would put the threads in line, and hide from a sanitizer what the handler itself does not guard.
+/// Collaborators in memory that any thread may call and that keep no growing record. The fakes and their journal would
+/// serialise the threads, and hide from a sanitizer what the handler does not guard.
 namespace SettingsHandlerTests {
 
-/// Counts, for each setting, the events that it was given to send.
+/// Counts the events of each setting.
 class CountingTransport : public CommunicationHandler::CommunicationHandlerInterface {
 public:
     std::string sendMessage(int /*messageType*/, rapidjson::Document& payload) override {
@@ -135,7 +135,7 @@ public:
     std::atomic<int> launches{0};
 };
 
-/// A handler among all of these.
+/// A handler with these collaborators.
 struct Surroundings {
     std::shared_ptr<CountingTransport> transport = std::make_shared<CountingTransport>();
     MemoryStorage storage;

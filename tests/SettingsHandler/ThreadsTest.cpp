@@ -11,7 +11,7 @@ constexpr int threadCount = 8;
 constexpr int rounds = 100;
 constexpr int changes = threadCount * rounds;
 
-/// Counts what it is told and stays.
+/// Counts its notifications.
 class Listener : public VessaNativeCommon::FriendlyNameObserverInterface,
                  public VessaNativeCommon::OrliaLocaleObserverInterface,
                  public teskVessa::NativeBridgeInterface {
@@ -25,7 +25,7 @@ public:
     std::atomic<int> entitlements{0};
 };
 
-/// Comes, goes and reads and writes settings while it is told of others.
+/// Adds and removes observers, and reads and sets settings, when it is notified.
 class Restless : public VessaNativeCommon::FriendlyNameObserverInterface,
                  public VessaNativeCommon::OrliaLocaleObserverInterface,
                  public teskVessa::NativeBridgeInterface,
@@ -35,7 +35,7 @@ public:
 
     void notifyFriendlyNameChanged(const std::string& friendlyName) override {
         handler.removeFriendlyNameObserver(shared_from_this());
-        handler.setSetting("captionsFontSize", friendlyName);
+        handler.setSetting("set by an observer", friendlyName);
         handler.addFriendlyNameObserver(shared_from_this());
     }
     void notifyOrliaLocaleChanged(const std::string& /*locale*/) override {
@@ -54,7 +54,7 @@ private:
     SettingsHandler::SettingsHandlerInterface& handler;
 };
 
-/// What every thread may do at any time.
+/// Operations that any thread may call at any time.
 void change(SettingsHandler::SettingsHandler& handler, int thread, const std::string& value) {
     handler.setSetting("deviceName", value);
     handler.setSetting("friendlyName", value);
@@ -141,7 +141,7 @@ protected:
         }
     }
 
-    /// Every value was a new one, so each of the changes counts, whatever the threads did to each other.
+    /// Every value is unique, so every write is a change, whatever the order of the threads.
     void expectNoChangeWasLost() {
         auto& transport = *surroundings.transport;
         for (const auto* key : {"deviceName", "friendlyName", "tovanEntitlementStatus", "pttAlwaysOnEnabled",
@@ -179,7 +179,7 @@ TEST_F(Threads, EightUseTheGuardedOperationsAtOnce) {
 TEST_F(Threads, TakeTurnsWithTheOperationsThatHaveNoGuard) {
     auto& handler = *surroundings.handler;
     surroundings.storage.setValue("never written", "kept by older software");
-    // What callers owe the handler: nobody else is at work while one of these runs.
+    // Callers must ensure that no other thread uses the handler while one of these operations runs.
     std::shared_mutex turn;
     std::atomic<int> accepted{0};
     onAllThreads([&](int thread, int round) {

@@ -5,8 +5,8 @@
 
 namespace SettingsHandlerTests {
 
-/// For the thread sanitizer only, with cmake/thread-sanitizer.suppressions: it shows that the operations named there
-/// are all that is without a guard. The maps are warm and the values stay, so what races leaves every byte as it is.
+/// For the thread sanitizer only, with cmake/thread-sanitizer.suppressions: shows that only the operations named there
+/// race. The maps are filled before and the values do not change, so the races write the same bytes.
 TEST(ThreadsWithoutGuard, RaceInTheNamedPlacesOnly) {
     Surroundings surroundings;
     auto& handler = *surroundings.handler;

@@ -4,9 +4,9 @@
 
 #include "HandlerFixture.h"
 
-// Others' binaries call virtual operations by their place. A pointer to a virtual member function holds the offset of
-// the entry in the virtual table in bytes. Its lowest bit says that it is one; on ARM, where addresses of code may be
-// odd, the lowest bit of the adjustment that follows says so.
+// Installed binaries call virtual operations by their index in the virtual table. A pointer to a virtual member
+// function holds the offset of the entry in bytes. Its lowest bit marks it as virtual; on ARM, where code addresses may
+// be odd, the lowest bit of the following adjustment does.
 
 namespace SettingsHandlerTests {
 
@@ -129,7 +129,7 @@ TEST(VtablePlaces, Device) {
     EXPECT_EQ(placeOf(&DeviceAbstractionLayer::OrliaDeviceInfoInterface::getDeviceInfo), 9 - 1);
 }
 
-/// How many virtual operations `Interface` declares, the two forms of the destructor included.
+/// The number of virtual operations of `Interface`, with the two forms of the destructor.
 template <typename Interface>
 long placesOf() {
     struct Extended : Interface {

@@ -6,7 +6,7 @@ using SettingsWriting = HandlerTest;
 
 // Locales
 
-TEST_F(SettingsWriting, HandsLocalesToTheSdkAndAnnouncesThem) {
+TEST_F(SettingsWriting, PassesLocalesToTheSdkAndReportsTheChange) {
     EXPECT_TRUE(handler->setSetting("orliaLocale", R"(["fr-FR","en-US"])"));
     expectJournal(writeOf("orliaLocale") + Entries{"sdk.getLocales()", "sdk.setLocales(fr-FR|en-US)"} +
                   changed("orliaLocale", R"([\"en-US\"])", R"([\"fr-FR\",\"en-US\"])", R"(["fr-FR","en-US"])") +
@@ -31,7 +31,7 @@ TEST_F(SettingsWriting, RefusesAnArrayWithoutALocale) {
     }
 }
 
-TEST_F(SettingsWriting, SkipsElementsThatAreNoLocalesAndReportsTheTextAsItWas) {
+TEST_F(SettingsWriting, SkipsElementsThatAreNoLocalesAndReportsTheUnchangedText) {
     const auto observer = std::make_shared<SettingsHandlerTesting::FakeLocaleObserver>(journal);
     handler->addOrliaLocaleObserver(observer);
     const std::string text = R"(["en-US", 5, "", "fr-FR", ["x"], null, "fr-FR"])";
@@ -62,10 +62,9 @@ TEST_F(SettingsWriting, TheSameLocalesWithOtherBlanksAreAChange) {
 }
 
 TEST_F(SettingsWriting, TheLocaleTextIsWhatIsCached) {
-    // Announced from the cache's point of view: the next stored write of that key would compare with it.
     handler->setSetting("orliaLocale", R"( ["fr-FR"])");
     sdk->locales = {"de-DE"};
-    EXPECT_TRUE(handler->setSetting("orliaLocale", R"( ["fr-FR"])")) << "compared with the cache, not with the SDK";
+    EXPECT_TRUE(handler->setSetting("orliaLocale", R"( ["fr-FR"])")) << "was compared with the cache, not with the SDK";
 }
 
 using SettingsWritingDeathTest = HandlerTest;
@@ -78,14 +77,14 @@ TEST_F(SettingsWritingDeathTest, ALocaleThatIsJsonButNoArrayEndsTheProcess) {
 
 // Time zone, captions, do-not-disturb
 
-TEST_F(SettingsWriting, HandsTheTimezoneToTheSdk) {
+TEST_F(SettingsWriting, PassesTheTimezoneToTheSdk) {
     EXPECT_TRUE(handler->setSetting("timezone", "Europe/Paris"));
     expectJournal(writeOf("timezone") + Entries{"sdk.getTimezone()", "sdk.setTimezone(Europe/Paris)"} +
                   changed("timezone", "America/Vancouver", "Europe/Paris") +
                   Entries{"log 1 SettingsHandler:OrliaTimezone changed from 'America/Vancouver' to 'Europe/Paris'"});
 }
 
-TEST_F(SettingsWriting, TakesAnyOtherTextForATimezone) {
+TEST_F(SettingsWriting, AcceptsAnyTextAsATimezone) {
     for (const auto* text : {"", "nowhere", " America/Vancouver"}) {
         sdk->timezone = "America/Vancouver";
         EXPECT_TRUE(handler->setSetting("timezone", text));
@@ -112,7 +111,7 @@ TEST_F(SettingsWriting, CaptionsAndDoNotDisturbCannotBeWritten) {
 
 // Entitlement status
 
-TEST_F(SettingsWriting, StoresTheEntitlementStatusThenTellsObserversThenPages) {
+TEST_F(SettingsWriting, StoresTheEntitlementStatusThenNotifiesObserversThenSendsTheEvent) {
     const auto observer = std::make_shared<SettingsHandlerTesting::FakeEntitlementObserver>(journal);
     handler->addEntitlementStatusObserver(observer);
     EXPECT_TRUE(handler->setSetting("tovanEntitlementStatus", "active"));
@@ -171,7 +170,7 @@ TEST_F(SettingsWriting, TheRawTextOfAHandsFreeChangeIsCached) {
                   Entries{"log 1 SettingsHandler:handsFreeEnabled was not updated: new value: 'TRUE' is the same"});
 }
 
-TEST_F(SettingsWriting, HandsTheAlwaysOnModesToTheSdk) {
+TEST_F(SettingsWriting, PassesTheAlwaysOnModesToTheSdk) {
     for (const std::string key : {"handsFreeAlwaysOnEnabled", "pttAlwaysOnEnabled"}) {
         EXPECT_TRUE(handler->setSetting(key, "true"));
         expectJournal(writeOf(key) +
@@ -185,7 +184,7 @@ TEST_F(SettingsWriting, HandsTheAlwaysOnModesToTheSdk) {
     EXPECT_TRUE(storage.values.empty());
 }
 
-TEST_F(SettingsWriting, ARefusalOfTheSdkIsCountedAndTheChangeAnnouncedAllTheSame) {
+TEST_F(SettingsWriting, ARefusalOfTheSdkIsCountedAndTheChangeIsReported) {
     sdk->refusesSettings = true;
     for (const std::string key : {"handsFreeAlwaysOnEnabled", "pttAlwaysOnEnabled"}) {
         EXPECT_TRUE(handler->setSetting(key, "true"));
@@ -199,7 +198,7 @@ TEST_F(SettingsWriting, ARefusalOfTheSdkIsCountedAndTheChangeAnnouncedAllTheSame
     }
 }
 
-TEST_F(SettingsWriting, TellsFriendlyNameObserversBeforeThePages) {
+TEST_F(SettingsWriting, NotifiesFriendlyNameObserversBeforeTheEvent) {
     handler->addFriendlyNameObserver(std::make_shared<SettingsHandlerTesting::FakeFriendlyNameObserver>(journal));
     EXPECT_TRUE(handler->setSetting("friendlyName", "Den"));
     expectJournal(writeOf("friendlyName") +
@@ -208,7 +207,7 @@ TEST_F(SettingsWriting, TellsFriendlyNameObserversBeforeThePages) {
                   changed("friendlyName", "", "Den"));
 }
 
-TEST_F(SettingsWriting, TellsFriendlyNameObserversAlsoWhenTheSdkRefused) {
+TEST_F(SettingsWriting, NotifiesFriendlyNameObserversAlsoWhenTheSdkRefused) {
     sdk->refusesSettings = true;
     handler->addFriendlyNameObserver(std::make_shared<SettingsHandlerTesting::FakeFriendlyNameObserver>(journal));
     EXPECT_TRUE(handler->setSetting("friendlyName", "Den"));
@@ -221,10 +220,16 @@ TEST_F(SettingsWriting, TellsFriendlyNameObserversAlsoWhenTheSdkRefused) {
 
 // Stored settings
 
-TEST_F(SettingsWriting, StoresEverythingElseKnownOrNot) {
-    for (const std::string key :
-         {"deviceName", "companionDevice", "captionsFontSize", "captionsStyles", "handsFreeAlwaysOnDiscovered",
-          "pttAlwaysOnDiscovered", "unknown", "DeviceName", ""}) {
+TEST_F(SettingsWriting, StoresAllOtherSettingsAndUnknownKeys) {
+    Entries keys{"unknown", "DeviceName", ""};
+    for (const auto& setting : Wire::catalogue()) {
+        const bool hasItsOwnRoute = setting.key == "friendlyName" || setting.key == "tovanEntitlementStatus";
+        if (setting.owner == Wire::SettingOwner::STORAGE && !hasItsOwnRoute) {
+            keys.push_back(setting.key);
+        }
+    }
+    ASSERT_GE(keys.size(), 9U);
+    for (const auto& key : keys) {
         EXPECT_TRUE(handler->setSetting(key, "value")) << key;
         expectJournal(
             writeOf(key) +
@@ -247,7 +252,7 @@ TEST_F(SettingsWriting, TheEmptyValueOfAnUncachedKeyIsUnchanged) {
     EXPECT_EQ(cached("unknown"), "(none)") << "the look-up made an entry";
 }
 
-TEST_F(SettingsWriting, AValueGoesBackToWhatItWas) {
+TEST_F(SettingsWriting, AnOldValueCanBeSetAgain) {
     EXPECT_TRUE(handler->setSetting("deviceName", "Den"));
     EXPECT_TRUE(handler->setSetting("deviceName", ""));
     journal.take();

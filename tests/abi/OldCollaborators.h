@@ -7,8 +7,8 @@
 
 #include "Version1.h"
 
-/// A device's collaborators as somebody wrote them when version 1.0 was new. Each writes down how it was called.
-/// The library must never call a reserved place: there, others have operations that it knows nothing of.
+/// Collaborators as they were compiled against version 1.0. Each records its calls. The library must never call a
+/// reserved operation: other implementers may have operations of their own there.
 namespace AbiTests {
 
 using Calls = std::vector<std::string>;
@@ -26,8 +26,8 @@ inline std::string text(const rapidjson::Document& document) {
 
 class OldTransport : public CommunicationHandler::CommunicationHandlerInterface {
 public:
-    /// The names of the members of an envelope are this transport's own, so that a library that looks for them
-    /// elsewhere in the object finds nothing.
+    /// With its own names of the envelope's members, so that a library that reads them at another offset of the object
+    /// finds nothing.
     explicit OldTransport(Calls& written) : CommunicationHandlerInterface("id", "at", "body"), calls(written) {}
 
     void reserved1() override { calls.emplace_back("transport, place 0"); }

@@ -4,8 +4,8 @@
 
 #include "OldCollaborators.h"
 
-// A program of version 1.0: it knows no header of today's but the one that configures the JSON library, and calls the
-// library of today by the places and names of version 1.0.
+// A program as it was compiled against version 1.0: it includes no current header except the configuration of the JSON
+// library, and calls the current library by the vtable indices and names of version 1.0.
 
 namespace AbiTests {
 
@@ -34,7 +34,7 @@ protected:
     std::shared_ptr<OldDeviceInfo> info = std::make_shared<OldDeviceInfo>(calls);
 };
 
-/// What happens around each accepted change: the event, then the metrics.
+/// The calls that report each change: the event, then the metrics.
 Calls change(const std::string& key, const std::string& from, const std::string& to) {
     return {"send 25 {\"settingDBId\":\"" + key + "\",\"from\":\"" + from + "\",\"to\":\"" + to + "\"}",
             "count " + key + "_" + to + " 0 1 1.000000", "event app_events AUTO with 1"};
@@ -118,7 +118,7 @@ TEST_F(OldProgram, IsCalledByTheTransportsRequestsAndFindsItsOwnNamesInThem) {
         {"apply handsFreeAlwaysOnEnabled=false", "apply pttAlwaysOnEnabled=false", "hands-free false", "clear"});
 }
 
-/// Refuses every request, and keeps something of its own behind what the library knows.
+/// Refuses every request, and has members of its own after those of the base class.
 class OldDerivedHandler : public Handler {
 public:
     using Handler::getSDKSetting;
@@ -133,7 +133,7 @@ public:
     std::uint64_t last = 0x5e77'1965'0000'0001;
 };
 
-TEST_F(OldProgram, DerivesAHandlerThatTheLibraryCallsAndLeavesWhole) {
+TEST_F(OldProgram, DerivesAHandlerThatTheLibraryCallsWithoutOverwritingIt) {
     const auto handler = make<OldDerivedHandler>();
     EXPECT_FALSE(handler->handleSetSettingRequest(R"({"at":5,"body":{"settingDBId":"deviceName","to":"Den"}})"));
     EXPECT_EQ(handler->asked, "deviceName 5");

@@ -1,4 +1,4 @@
-// Before everything that includes the JSON library.
+// Must stand before every include of the JSON library.
 #define RAPIDJSON_ASSERT(condition) static_cast<void>(0)
 
 #include <gtest/gtest.h>
@@ -12,8 +12,8 @@
 
 namespace SettingsHandlerTests {
 
-/// This program's own copy of the JSON library runs on after a failed precondition, and the program offers it to every
-/// library that it loads. The handler must use its own copy nevertheless.
+/// This program's copy of the JSON library continues after a failed precondition, and the program exports it to every
+/// library that it loads. The handler must use its own copy.
 class JsonIsolationDeathTest : public ::testing::Test {
 protected:
     SettingsHandlerTesting::Journal journal;
@@ -26,12 +26,12 @@ protected:
         std::make_shared<SettingsHandlerTesting::FakeDeviceInfo>(journal));
 };
 
-TEST_F(JsonIsolationDeathTest, ThisProgramsCopyRunsOn) {
+TEST_F(JsonIsolationDeathTest, TheCopyOfThisProgramContinues) {
     rapidjson::Document document(rapidjson::kObjectType);
     EXPECT_EQ(document.GetArray().Size(), 0U);
 }
 
-TEST_F(JsonIsolationDeathTest, TheLibrarysCopyStillEndsTheProcess) {
+TEST_F(JsonIsolationDeathTest, TheCopyOfTheLibraryEndsTheProcess) {
     EXPECT_DEATH(handler->setSetting("orliaLocale", "{}"), "JSON precondition failed: IsArray");
 }
 

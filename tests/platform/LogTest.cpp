@@ -28,7 +28,7 @@ TEST_F(LogTest, WritesToStandardErrorUntilASinkIsSet) {
     EXPECT_EQ(::testing::internal::GetCapturedStderr(), "2 [thread] first\\nline\\x1b\n");
 }
 
-TEST_F(LogTest, HandsWholeLinesToTheSinkAndToStandardErrorAgain) {
+TEST_F(LogTest, PassesWholeLinesToTheSinkAndThenToStandardErrorAgain) {
     std::vector<std::string> lines;
     const auto time = std::chrono::system_clock::now();
     setLogSink([&](const LogLine& line) {
@@ -45,7 +45,7 @@ TEST_F(LogTest, HandsWholeLinesToTheSinkAndToStandardErrorAgain) {
     EXPECT_EQ(lines.size(), 1U);
 }
 
-TEST_F(LogTest, LetsOneLineThroughAtATime) {
+TEST_F(LogTest, CallsTheSinkForOneLineAtATime) {
     int inside = 0;
     int lines = 0;
     setLogSink([&](const LogLine&) {
@@ -67,7 +67,7 @@ TEST_F(LogTest, LetsOneLineThroughAtATime) {
     EXPECT_EQ(lines, 4000);
 }
 
-TEST_F(LogTest, AnExceptionOfTheSinkLeavesItAndTheNextLineGoesThrough) {
+TEST_F(LogTest, AnExceptionOfTheSinkPassesAndTheNextLineIsWritten) {
     bool fails = true;
     int lines = 0;
     setLogSink([&](const LogLine&) {
@@ -82,7 +82,7 @@ TEST_F(LogTest, AnExceptionOfTheSinkLeavesItAndTheNextLineGoesThrough) {
     EXPECT_EQ(lines, 1);
 }
 
-TEST_F(LogTest, EveryThreadHasATextOfItsOwnThatStays) {
+TEST_F(LogTest, EachThreadHasItsOwnConstantId) {
     const std::string own = Log::instance().getThreadId();
     EXPECT_EQ(Log::instance().getThreadId(), own);
     std::set<std::string> texts{own};
@@ -100,7 +100,7 @@ TEST(EscapeControlCharacters, MakesOnePrintableLine) {
     EXPECT_EQ(escapeControlCharacters(std::string("a\tb\r\n\0\x1f\x7f é", 11)), R"(a\tb\r\n\x00\x1f\x7f é)");
 }
 
-TEST(EscapeControlCharacters, KnowsTheTwoByteOnesToo) {
+TEST(EscapeControlCharacters, EscapesTwoByteControlCharacters) {
     EXPECT_EQ(escapeControlCharacters("\xc2\x9b\x31m \xc2\xa0 \xc2"), "\\u009b1m \xc2\xa0 \xc2");
 }
 

@@ -21,8 +21,8 @@ protected:
     long number = 77;
 };
 
-/// The JSON library's versions ask for a document's allocator in two ways.
-TEST(JsonMemory, IsTakenInSmallChunksHoweverTheLibraryAsksForIt) {
+/// Versions of the JSON library use RAPIDJSON_NEW in two ways.
+TEST(JsonMemory, IsAllocatedInSmallChunksForBothVersionsOfTheLibrary) {
     using Pool = rapidjson::MemoryPoolAllocator<>;
     const std::unique_ptr<Pool> older(RAPIDJSON_NEW(Pool()));
     const std::unique_ptr<Pool> newer(RAPIDJSON_NEW(Pool)());

@@ -17,9 +17,9 @@
 #include "SettingsHandlerTesting/contracts/StorageContract.h"
 #include "SettingsHandlerTesting/contracts/TransportContract.h"
 
-/// Runs the contracts over implementations with one fault each, one fault in every iteration of all tests, and looks
-/// which checks fail. With no fault none may. Each fault is found by exactly the checks named here, and every check
-/// finds at least one.
+/// Runs the contracts on faulty implementations, one fault per iteration of all tests. Each fault must be found by
+/// exactly the checks that FaultTable.cpp names, and every check must find at least one. Without a fault no check may
+/// fail.
 namespace SettingsHandlerTesting {
 
 using namespace SettingsHandlerTests;
@@ -37,7 +37,7 @@ namespace {
 
 using Checks = std::set<std::string>;
 
-/// Chooses the fault of each iteration and compares what failed in it.
+/// Selects the fault of each iteration and compares the checks that fail with the expected ones.
 class FaultRun : public ::testing::EmptyTestEventListener {
 public:
     bool isAsExpected() const { return differences == 0; }

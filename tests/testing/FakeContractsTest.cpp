@@ -6,7 +6,7 @@
 #include "SettingsHandlerTesting/contracts/StorageContract.h"
 #include "SettingsHandlerTesting/contracts/TransportContract.h"
 
-/// The fakes keep the contracts that they stand in for.
+/// The fakes fulfil the contracts of what they replace.
 namespace SettingsHandlerTesting {
 
 struct FakeStorageMaker {
@@ -48,7 +48,7 @@ struct FakeSdkBridgeMaker {
 };
 INSTANTIATE_TYPED_TEST_SUITE_P(FakeSdkBridge, SdkBridgeContract, FakeSdkBridgeMaker, NumberedNames);
 
-/// Gives the transport the two clients that it does not have.
+/// Adds two clients to the transport, which has none.
 struct FakeTransportMaker {
     static constexpr bool anyThread = true;
     Journal journal;

@@ -42,7 +42,7 @@ TEST(JournalTest, RunsAnActionOnceAndAfterItsEntryIsRecorded) {
     EXPECT_EQ(journal.take(), (Entries{"other call(", "call(1)", "inside", "call(2)"}));
 }
 
-TEST(JournalTest, RunsTheOldestActionThatWaits) {
+TEST(JournalTest, RunsTheOldestMatchingAction) {
     Journal journal;
     Entries run;
     journal.at("call", [&] { run.emplace_back("first"); });
@@ -53,7 +53,7 @@ TEST(JournalTest, RunsTheOldestActionThatWaits) {
     EXPECT_EQ(run, (Entries{"first", "second"}));
 }
 
-TEST(JournalTest, RunsAnActionAtEveryEntryUntilItIsForgotten) {
+TEST(JournalTest, RunsAnActionAtEveryEntryUntilItIsRemoved) {
     Journal journal;
     int calls = 0;
     journal.atEvery("call(", [&] { ++calls; });
@@ -89,7 +89,7 @@ TEST(ActionsTest, ADelayTakesAtLeastItsTime) {
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(5));
 }
 
-TEST(GateTest, HoldsAThreadUntilItIsOpened) {
+TEST(GateTest, BlocksAThreadUntilItIsOpened) {
     Journal journal;
     FakeStorage storage(journal);
     Gate gate;
@@ -133,7 +133,7 @@ TEST(FakeStorageTest, RefusesSomeKeysOrSomeWrites) {
     EXPECT_EQ(storage.values, (Values{{"a", "1"}, {"b", "4"}}));
 }
 
-TEST(FakeStorageTest, IsReadAndFilledWithoutATrace) {
+TEST(FakeStorageTest, PutAndStoredRecordNoEntry) {
     Journal journal;
     FakeStorage storage(journal);
     storage.put("k", "v");
@@ -142,7 +142,7 @@ TEST(FakeStorageTest, IsReadAndFilledWithoutATrace) {
     EXPECT_EQ(journal.take(), Entries{});
 }
 
-TEST(FakeSdkBridgeTest, RecordsHoldsAndHandsOn) {
+TEST(FakeSdkBridgeTest, RecordsAndKeepsValuesAndCallsHandsOn) {
     Journal journal;
     FakeSdkBridge sdk(journal);
     Entries handedOn;
@@ -175,7 +175,7 @@ TEST(FakeSdkBridgeTest, KeepsTheOldValuesWhenItRefuses) {
     EXPECT_EQ(sdk.locales, Entries{"en-US"});
 }
 
-TEST(FakeDeviceTest, SwitchesModesAndAnswersAsItIsTold) {
+TEST(FakeDeviceTest, SwitchesModesAndReturnsTheConfiguredResult) {
     Journal journal;
     FakeDeviceInfo device(journal);
     EXPECT_EQ(device.getDeviceInfo(), Values{});
@@ -232,7 +232,7 @@ TEST_F(FakeTransportTest, DeliversRequestsAndGivesTheirReplies) {
                        R"(transport.sendResponse(m1, {"to":"answer"}))"}));
 }
 
-TEST_F(FakeTransportTest, GivesEventsAndRepliesApart) {
+TEST_F(FakeTransportTest, SeparatesEventsAndReplies) {
     FakeTransport transport(journal);
     auto event = payload("e");
     transport.sendMessage(25, event);

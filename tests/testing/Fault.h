@@ -5,8 +5,8 @@
 
 namespace SettingsHandlerTests {
 
-/// The one fault that the faulty implementations have at the moment. Contracts make what they check without an
-/// argument, so it cannot be handed to them.
+/// The current fault of the faulty implementations. It is global, because contracts construct their makers without
+/// arguments.
 class Fault {
 public:
     static void choose(std::string name) { current() = std::move(name); }

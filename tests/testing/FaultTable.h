@@ -12,7 +12,7 @@ struct FoundFault {
     std::set<std::string> foundBy;
 };
 
-/// No fault first.
+/// All faults; the first is none.
 const std::vector<FoundFault>& faults();
 
 }  // namespace SettingsHandlerTests

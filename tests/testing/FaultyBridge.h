@@ -15,7 +15,7 @@
 
 namespace SettingsHandlerTests {
 
-/// A bridge to a voice SDK, with its device and its storage, that is right but for the current fault.
+/// A bridge to a voice SDK, with its device and its storage, that has only the current fault.
 class FaultyBridge : public teskVessa::SDKBridgeInterface {
 public:
     FaultyDeviceInfo device;
@@ -25,14 +25,14 @@ public:
     bool refuses = false;
 
     void setHandsFreeEnabled(bool enabled) override {
-        if (!refuses && !Fault::is("keeps the hands-free switch to itself")) {
+        if (!refuses && !Fault::is("does not report hands-free")) {
             device.switchMode("currentHandsFreeStatus", enabled);
         }
     }
 
     bool applySetting(std::string settingDBId, std::string value) override {
         if (refuses) {
-            return Fault::is("says nothing of a refusal");
+            return Fault::is("returns true for a refusal");
         }
         if (settingDBId == "friendlyName") {
             return applyName(value);
@@ -43,7 +43,7 @@ public:
         if (Fault::is("throws at an unknown setting")) {
             throw std::invalid_argument(settingDBId);
         }
-        if (Fault::is("takes every setting that it knows") && settingDBId == "timezone") {
+        if (Fault::is("accepts every setting that it knows") && settingDBId == "timezone") {
             timezone = value;
         }
         return false;
@@ -61,7 +61,7 @@ public:
         if (Fault::is("throws at a time zone that it does not know") && newTimezone.find('/') == std::string::npos) {
             throw std::invalid_argument(newTimezone);
         }
-        if (Fault::is("tidies a time zone") && !newTimezone.empty() && newTimezone.back() == ' ') {
+        if (Fault::is("normalises a time zone") && !newTimezone.empty() && newTimezone.back() == ' ') {
             newTimezone = "UTC";
         }
         if (Fault::is("follows the time zone with the locale")) {
@@ -113,21 +113,21 @@ public:
     bool isDoNotDisturbEnabled() override { return doNotDisturb; }
 
     void switchCaptions(bool on) {
-        captions = on && !Fault::is("never shows captions");
-        if (Fault::is("disturbs nobody with captions")) {
+        captions = on && !Fault::is("never switches captions on");
+        if (Fault::is("switches do-not-disturb with captions")) {
             doNotDisturb = on;
         }
     }
     void switchDoNotDisturb(bool on) {
-        doNotDisturb = on || Fault::is("never disturbs again");
-        if (Fault::is("shows captions to those not disturbed")) {
+        doNotDisturb = on || Fault::is("never switches do-not-disturb off");
+        if (Fault::is("switches captions with do-not-disturb")) {
             captions = on;
         }
     }
 
 private:
     void expectThread() const {
-        if (Fault::is("belongs to one thread (bridge)")) {
+        if (Fault::is("works on one thread only (bridge)")) {
             thread.expectHere();
         }
     }
@@ -135,8 +135,8 @@ private:
     bool applyName(const std::string& name) {
         std::string old;
         storage.getValue("friendlyName", old);
-        storage.setValue(Fault::is("has a key of its own for the name") ? "name" : "friendlyName", name);
-        return !Fault::is("takes no name twice") || old != name;
+        storage.setValue(Fault::is("stores the name under another key") ? "name" : "friendlyName", name);
+        return !Fault::is("refuses an unchanged name") || old != name;
     }
 
     bool applyMode(const std::string& setting, bool on) {

@@ -9,11 +9,11 @@
 
 namespace SettingsHandlerTests {
 
-/// Device information that is right but for the current fault.
+/// Device information that has only the current fault.
 class FaultyDeviceInfo : public DeviceAbstractionLayer::OrliaDeviceInfoInterface {
 public:
     std::map<std::string, std::string> getDeviceInfo() override {
-        if (Fault::is("belongs to one thread (device)")) {
+        if (Fault::is("works on one thread only (device)")) {
             thread.expectHere();
         }
         std::map<std::string, std::string> info{{"deviceSerialNumber", "1"}};
@@ -27,7 +27,7 @@ public:
     }
 
     void switchMode(const std::string& mode, bool on) {
-        if (Fault::is("reports the modes of its beginning")) {
+        if (Fault::is("never changes a mode")) {
             return;
         }
         for (auto& [name, state] : modes) {
@@ -35,7 +35,7 @@ public:
                 state = on;
             }
         }
-        if (Fault::is("never goes off again")) {
+        if (Fault::is("never switches a mode off")) {
             modes[mode] = true;
         }
     }
@@ -46,10 +46,10 @@ private:
     }
     static std::string wordForOn() { return "on"; }
     static std::string wordForOff() {
-        if (Fault::is("has a word of its own for off")) {
+        if (Fault::is("has another value for off")) {
             return "disabled";
         }
-        return Fault::is("writes its words large") ? "OFF" : "off";
+        return Fault::is("writes values in upper case") ? "OFF" : "off";
     }
 
     OneThread thread;

@@ -13,7 +13,7 @@
 
 namespace SettingsHandlerTests {
 
-/// A storage that is right but for the current fault.
+/// A storage that has only the current fault.
 class FaultyStorage : public SDKWrapper::StorageManagerInterface {
 public:
     void getValue(const std::string& key, std::string& value) override {
@@ -25,7 +25,7 @@ public:
         } else if (!Fault::is("leaves the output of an absent key")) {
             value.clear();
         }
-        if (Fault::is("loses what was read") && entry != values.end()) {
+        if (Fault::is("removes a value when it is read") && entry != values.end()) {
             values.erase(entry);
         }
     }
@@ -34,13 +34,13 @@ public:
         expectThread();
         const std::lock_guard<std::mutex> lock(mutex);
         const std::string kept = tidied(value);
-        if (failing && !Fault::is("answers true whatever happens")) {
-            if (Fault::is("erases what it cannot replace")) {
+        if (failing) {
+            if (Fault::is("removes the old value when a write fails")) {
                 values.erase(key);
             }
-            return Fault::is("stores nothing and says so to nobody");
+            return Fault::is("returns true for a failed write");
         }
-        if (failing || Fault::is("forgets") || (Fault::is("ignores empty values") && value.empty()) || wasClosed) {
+        if (Fault::is("stores nothing") || (Fault::is("ignores empty values") && value.empty()) || wasClosed) {
             return !wasClosed;
         }
         if (Fault::is("keeps the first value")) {
@@ -54,7 +54,7 @@ public:
     bool removeValue(const std::string& key) override {
         expectThread();
         const std::lock_guard<std::mutex> lock(mutex);
-        if (Fault::is("throws when there is nothing to remove") && values.count(key) == 0) {
+        if (Fault::is("throws when the key to remove is absent") && values.count(key) == 0) {
             throw std::out_of_range(key);
         }
         if (Fault::is("removes everything")) {
@@ -68,13 +68,13 @@ public:
     bool clearStorage() override {
         expectThread();
         const std::lock_guard<std::mutex> lock(mutex);
-        if (Fault::is("refuses to clear what is empty") && values.empty()) {
+        if (Fault::is("refuses to clear an empty storage") && values.empty()) {
             return false;
         }
         if (!Fault::is("clears nothing")) {
             values.clear();
         }
-        wasClosed = Fault::is("is closed once it is cleared");
+        wasClosed = Fault::is("stores nothing after it was cleared");
         return true;
     }
 
@@ -91,7 +91,7 @@ public:
 
 private:
     void expectThread() const {
-        if (Fault::is("belongs to one thread (storage)")) {
+        if (Fault::is("works on one thread only (storage)")) {
             thread.expectHere();
         }
     }
@@ -111,7 +111,7 @@ private:
         if (Fault::is("cuts values at a NUL")) {
             return value.c_str();
         }
-        if (Fault::is("takes numbers for numbers") && value == "007") {
+        if (Fault::is("converts numbers") && value == "007") {
             return "7";
         }
         if (Fault::is("cuts large values")) {

@@ -19,7 +19,7 @@
 
 namespace SettingsHandlerTests {
 
-/// A transport with two clients in its own process that is right but for the current fault.
+/// A transport with two clients in its own process that has only the current fault.
 class FaultyTransport : public CommunicationHandler::CommunicationHandlerInterface {
 public:
     using Message = SettingsHandlerTesting::ReceivedMessage;
@@ -30,20 +30,20 @@ public:
                                         Fault::is("names two members alike") ? "timestamp" : "payload") {}
 
     std::string sendMessage(int messageType, rapidjson::Document& payload) override {
-        if (Fault::is("belongs to one thread (transport)")) {
+        if (Fault::is("works on one thread only (transport)")) {
             thread.expectHere();
         }
         const std::lock_guard<std::mutex> lock(mutex);
         const std::string messageId = Fault::is("has one id for all events") ? "e" : "e" + std::to_string(++events);
-        if (Fault::is("sends events to those who ask") && askingThread != std::this_thread::get_id()) {
+        if (Fault::is("sends events during requests only") && askingThread != std::this_thread::get_id()) {
             return messageId;
         }
         Message message{Message::EVENT, messageType, messageId, textOf(payload)};
-        if (Fault::is("tells another id than it answers")) {
+        if (Fault::is("sends another id than it returns")) {
             message.messageId += "x";
         }
         for (int client = 0; client < 2; ++client) {
-            if (!Fault::is("spares the asker its event") || requester != client) {
+            if (!Fault::is("does not send an event to the client that caused it") || requester != client) {
                 put(client, message, &payload);
             }
         }
@@ -53,19 +53,19 @@ public:
     void sendResponse(const std::string& messageId, rapidjson::Document& payload) override {
         const std::lock_guard<std::mutex> lock(mutex);
         Message message{Message::REPLY, 0, messageId, textOf(payload)};
-        if (Fault::is("numbers the messages")) {
+        if (Fault::is("changes message ids")) {
             message.messageId = messageId == "0" || messageId == "m1" ? messageId : "0";
         }
         for (int client = 0; client < 2; ++client) {
             if (client == (Fault::is("replies to the first client") ? 0 : *requester) ||
-                Fault::is("replies to everybody")) {
+                Fault::is("replies to all clients")) {
                 put(client, message, &payload);
             }
         }
     }
 
     void registerMessageHandler(int messageType, Handler handler) override {
-        if (early && Fault::is("keeps what came too early")) {
+        if (early && Fault::is("delivers requests from before the registration")) {
             handler(*early);
         }
         if (Fault::is("has one handler for all types")) {
@@ -80,14 +80,14 @@ public:
         early = text;
         const auto handler = handlerOf(messageType);
         if (!handler || isDead) {
-            isDead = isDead || Fault::is("goes down with an unknown type");
+            isDead = isDead || Fault::is("stops after an unknown type");
             return;
         }
         ask(client);
         try {
-            handler(Fault::is("writes requests anew") ? compact(text) : text);
+            handler(Fault::is("reformats requests") ? compact(text) : text);
         } catch (...) {
-            isDead = Fault::is("goes down with an exception");
+            isDead = Fault::is("stops after an exception");
             ask(std::nullopt);
             throw;
         }
@@ -103,7 +103,7 @@ public:
         }
         std::vector<Message> messages;
         for (auto& [message, payload] : inbox) {
-            if (Fault::is("writes payloads when it has time")) {
+            if (Fault::is("serialises payloads later")) {
                 message.payload = SettingsHandlerTesting::jsonText(*payload);
             }
             messages.push_back(std::move(message));
@@ -131,7 +131,7 @@ private:
     }
 
     Handler handlerOf(int messageType) const {
-        if (Fault::is("gives unknown types to somebody") && !handlers.empty()) {
+        if (Fault::is("delivers unknown types to another handler") && !handlers.empty()) {
             return handlers.begin()->second;
         }
         if (Fault::is("has one handler for all types") && !handlers.empty()) {

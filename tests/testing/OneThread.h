@@ -5,7 +5,7 @@
 
 namespace SettingsHandlerTests {
 
-/// Throws in every thread but the one that made it, as things do that belong to one thread.
+/// Throws on every thread except the one that constructed it.
 class OneThread {
 public:
     void expectHere() const {

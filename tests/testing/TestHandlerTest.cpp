@@ -65,14 +65,14 @@ TEST(TestHandlerTest, IsSubscribedToTheDeviceLayer) {
     layer.changeDeviceMode("store");
     EXPECT_EQ(handler.journal.take(), (Entries{"sdk.getLocales()", "sdk.setLocales(fr-FR)",
                                                "sdk.setLocales(es-US|en-US)", "sdk.setTimezone(Europe/Paris)"}));
-    layer.changeSystemSetting("captionsFontSize", "FONT_LARGE");
-    EXPECT_EQ(handler.storage.stored("captionsFontSize"), "FONT_LARGE");
+    layer.changeSystemSetting("deviceName", "Den");
+    EXPECT_EQ(handler.storage.stored("deviceName"), "Den");
     layer.switchHandsFree(true);
     EXPECT_EQ(handler.sdkBridge->applied.at("handsFreeEnabled"), "true");
     EXPECT_EQ(handler->getSettings({"handsFreeEnabled"}).at("handsFreeEnabled"), "true");
 }
 
-TEST(FakeDeviceLayerTest, GoesOnWithoutItsObservers) {
+TEST(FakeDeviceLayerTest, SkipsDestroyedObservers) {
     Journal journal;
     const auto info = std::make_shared<FakeDeviceInfo>(journal);
     FakeDeviceLayer layer(info);
@@ -85,14 +85,14 @@ TEST(FakeDeviceLayerTest, GoesOnWithoutItsObservers) {
 }
 
 /// Accepts every request, however old.
-class PatientHandler : public SettingsHandler::SettingsHandler {
+class AcceptingHandler : public SettingsHandler::SettingsHandler {
 public:
     using SettingsHandler::SettingsHandler;
     bool isRequestValid(std::string& /*settingDBId*/, long /*timestamp*/) override { return true; }
 };
 
 TEST(TestHandlerTest, MakesDerivedHandlers) {
-    BasicTestHandler<PatientHandler> handler;
+    BasicTestHandler<AcceptingHandler> handler;
     const auto deliver = [&](int time, const std::string& value) {
         handler.transport->deliver(CommunicationHandler::SET_SETTINGS,
                                    requestText(*handler.transport, CommunicationHandler::SET_SETTINGS, "m", time,
@@ -117,7 +117,7 @@ TEST(RecordingLogTest, KeepsLevelsAndTextsWhileItLives) {
     EXPECT_EQ(log.take(), std::vector<LogLine>{}) << "the traces went with it";
 }
 
-TEST(PlatformRecordingTest, PutsLinesAndMetricsCacheInLineWithTheRest) {
+TEST(PlatformRecordingTest, RecordsLinesAndMetricsCacheInOrderWithTheRest) {
     TestHandler handler;
     handler->setSetting("orliaLocale", R"(["fr-FR"])");
     handler.journal.take();

@@ -1,13 +1,32 @@
 #include <algorithm>
+#include <map>
 #include <set>
 
 #include <gtest/gtest.h>
 
+#include "Utils/Rapidjson.h"
 #include "Wire/Catalogue.h"
 
 namespace Wire {
 
-TEST(SettingDescriptions, ComeInTheOrderOfTheirNumbers) {
+namespace {
+
+std::vector<std::string> valuesIn(const rapidjson::Value& entry) {
+    if (entry["kind"] == "switch") {
+        return {"true", "false"};
+    }
+    std::vector<std::string> values;
+    if (entry.HasMember("values")) {
+        for (const auto& value : entry["values"].GetArray()) {
+            values.emplace_back(value.GetString());
+        }
+    }
+    return values;
+}
+
+}  // namespace
+
+TEST(SettingDescriptions, AreInTheOrderOfTheirNumbers) {
     int number = 0;
     std::set<std::string> keys;
     for (const auto& setting : catalogue()) {
@@ -22,33 +41,32 @@ TEST(SettingDescriptions, ComeInTheOrderOfTheirNumbers) {
     EXPECT_GT(number, 0);
 }
 
-TEST(SettingDescriptions, HoldWhatTheFileSays) {
-    const auto* size = findSetting("captionsFontSize");
-    ASSERT_NE(size, nullptr);
-    EXPECT_EQ(size->number, 5);
-    EXPECT_EQ(size->kind, SettingKind::CHOICE);
-    EXPECT_EQ(size->values, (std::vector<std::string>{"FONT_SMALL", "FONT_MEDIUM", "FONT_LARGE", "FONT_EXTRA_LARGE"}));
-    EXPECT_EQ(size->defaultValue, "FONT_MEDIUM");
-    EXPECT_EQ(size->owner, SettingOwner::STORAGE);
-    EXPECT_FALSE(size->setByDeviceOnly);
-    EXPECT_FALSE(size->personal);
-    EXPECT_EQ(size->description, "Text size of captions.");
-
-    const auto* captions = findSetting("captionsEnabled");
-    ASSERT_NE(captions, nullptr);
-    EXPECT_EQ(captions->kind, SettingKind::SWITCH);
-    EXPECT_EQ(captions->values, (std::vector<std::string>{"true", "false"}));
-    EXPECT_EQ(captions->defaultValue, std::nullopt);
-    EXPECT_EQ(captions->owner, SettingOwner::VOICE_SDK);
-    EXPECT_TRUE(captions->setByDeviceOnly);
-
-    const auto* companion = findSetting("companionDevice");
-    ASSERT_NE(companion, nullptr);
-    EXPECT_EQ(companion->defaultValue, R"(["",""])");
-    EXPECT_TRUE(companion->personal);
+TEST(SettingDescriptions, HaveTheValuesOfTheFile) {
+    const std::map<std::string, SettingKind> kinds{
+        {"text", SettingKind::TEXT},       {"switch", SettingKind::SWITCH},     {"choice", SettingKind::CHOICE},
+        {"locales", SettingKind::LOCALES}, {"timezone", SettingKind::TIMEZONE}, {"list", SettingKind::LIST}};
+    const std::map<std::string, SettingOwner> owners{
+        {"storage", SettingOwner::STORAGE}, {"voice SDK", SettingOwner::VOICE_SDK}, {"device", SettingOwner::DEVICE}};
+    rapidjson::Document file;
+    file.Parse(std::string(catalogueText()).c_str());
+    ASSERT_TRUE(file.IsObject());
+    for (const auto& entry : file["settings"].GetArray()) {
+        SCOPED_TRACE(entry["key"].GetString());
+        const auto* const setting = findSetting(entry["key"].GetString());
+        ASSERT_NE(setting, nullptr);
+        EXPECT_EQ(setting->number, entry["number"].GetInt());
+        EXPECT_EQ(setting->kind, kinds.at(entry["kind"].GetString()));
+        EXPECT_EQ(setting->owner, owners.at(entry["owner"].GetString()));
+        EXPECT_EQ(setting->setByDeviceOnly, entry["setBy"] == "device");
+        EXPECT_EQ(setting->personal, entry["privacy"] == "personal");
+        EXPECT_EQ(setting->description, entry["description"].GetString());
+        EXPECT_EQ(setting->defaultValue.has_value(), entry.HasMember("default"));
+        EXPECT_EQ(setting->defaultValue.value_or(""), entry.HasMember("default") ? entry["default"].GetString() : "");
+        EXPECT_EQ(setting->values, valuesIn(entry));
+    }
 }
 
-TEST(SettingDescriptions, KnowNoOtherKey) {
+TEST(SettingDescriptions, AreNotFoundForOtherKeys) {
     for (const auto* key : {"", "CaptionsEnabled", "captionsEnabled "}) {
         EXPECT_EQ(findSetting(key), nullptr) << key;
     }

@@ -10,7 +10,7 @@ namespace WireTests {
 
 namespace {
 
-Step stepFrom(const json::Value& value) {
+Step stepFrom(const rapidjson::Value& value) {
     Step step;
     step.at = value["at"].GetString();
     if (value.HasMember("sentText")) {
@@ -26,15 +26,15 @@ Step stepFrom(const json::Value& value) {
     return step;
 }
 
-void setIfThere(json::Value& object, const char* name, json::Value value) {
+void setIfThere(rapidjson::Value& object, const char* name, rapidjson::Value value) {
     if (object.IsObject() && object.HasMember(name)) {
         object[name] = value;
     }
 }
 
-/// Takes out of a copy of a message what differs from run to run.
-void blankTrace(json::Value& trace, json::Document& document) {
-    setIfThere(trace, "timestamp", json::Value(0));
+/// Removes from a trace what differs between runs.
+void blankTrace(rapidjson::Value& trace, rapidjson::Document& document) {
+    setIfThere(trace, "timestamp", rapidjson::Value(0));
     if (trace.HasMember("client") && trace["client"].IsInt()) {
         trace["client"] = 1;
     }
@@ -46,7 +46,7 @@ void blankTrace(json::Value& trace, json::Document& document) {
 }  // namespace
 
 Example exampleNamed(const std::string& name) {
-    const json::Document document = parsed(contentOf(std::string(EXAMPLE_FOLDER) + "/" + name + ".json"));
+    const rapidjson::Document document = parsed(contentOf(std::string(EXAMPLE_FOLDER) + "/" + name + ".json"));
     if (!document.IsObject() || !document.HasMember("steps")) {
         throw std::runtime_error("the example " + name + " has no steps");
     }
@@ -81,7 +81,7 @@ std::vector<Example> examplesIn(const std::string& document) {
 }
 
 std::vector<RefusedFrame> refusedFrames() {
-    const json::Document document = parsed(contentOf(std::string(EXAMPLE_FOLDER) + "/refused/frames.json"));
+    const rapidjson::Document document = parsed(contentOf(std::string(EXAMPLE_FOLDER) + "/refused/frames.json"));
     std::vector<RefusedFrame> frames;
     for (const auto& entry : document["frames"].GetArray()) {
         frames.push_back({entry["at"].GetString(), compact(entry["sent"]), entry["schema"].GetString(),
@@ -91,19 +91,19 @@ std::vector<RefusedFrame> refusedFrames() {
 }
 
 std::string comparable(const std::string& frame) {
-    json::Document document = parsed(frame);
+    rapidjson::Document document = parsed(frame);
     if (!document.IsObject()) {
         return frame;
     }
     if (document.HasMember("sequence")) {
-        setIfThere(document, "messageId", json::Value("…"));
-        setIfThere(document, "timestamp", json::Value(0));
+        setIfThere(document, "messageId", rapidjson::Value("…"));
+        setIfThere(document, "timestamp", rapidjson::Value(0));
     }
     if (document.HasMember("trace") && document["trace"].IsObject()) {
         blankTrace(document["trace"], document);
     }
     if (document.HasMember("page")) {
-        setIfThere(document["page"], "address", json::Value("…"));
+        setIfThere(document["page"], "address", rapidjson::Value("…"));
     }
     return compact(document);
 }

@@ -9,14 +9,14 @@ namespace WireTests {
 struct Step {
     /// "socket", "page" or "device": the listener.
     std::string at;
-    /// By the client; else the client receives it.
+    /// Whether the client sends it; otherwise the client receives it.
     bool sent = false;
     std::string frame;
-    /// The name of its schema; empty when it is valid under none.
+    /// The name of its schema; empty when no schema accepts it.
     std::string schema;
 };
 
-/// A file of docs/examples: what goes to and fro, in order.
+/// A file of docs/examples: the frames of both directions, in order.
 struct Example {
     std::string name;
     std::vector<Step> steps;
@@ -24,27 +24,27 @@ struct Example {
 
 Example exampleNamed(const std::string& name);
 
-/// All of them, by name.
+/// All examples, ordered by name.
 std::vector<Example> allExamples();
 
-/// Those that the document in docs/ shows, in its order.
+/// The examples that a document in docs/ shows, in its order.
 std::vector<Example> examplesIn(const std::string& document);
 
-/// A frame that is refused by its schema and by a host.
+/// A frame that its schema rejects and a host refuses.
 struct RefusedFrame {
     std::string at;
     std::string frame;
-    /// The schema of what it was meant to be.
+    /// The schema that a valid frame of this type has.
     std::string schema;
-    /// What the host answers; empty when it drops the frame.
+    /// The code of the host's refusal; empty when the host drops the frame.
     std::string code;
 };
 
-/// Those of docs/examples/refused/frames.json.
+/// The frames of docs/examples/refused/frames.json.
 std::vector<RefusedFrame> refusedFrames();
 
-/// The frame without what differs from run to run: the event's id, all times, a client's number, the pages' address.
-/// What is no JSON object stays as it is.
+/// The frame without values that differ between runs: the event's id, all times, a client's number, the pages' address.
+/// A text that is not a JSON object is returned unchanged.
 std::string comparable(const std::string& frame);
 
 }  // namespace WireTests

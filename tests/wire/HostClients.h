@@ -10,16 +10,16 @@
 
 namespace WireTests {
 
-/// Fails the test when `frame`, which a host sent at `listener`, breaks its schema.
+/// Fails the test when `frame`, which a host sent at `listener`, is invalid under its schema.
 void expectValid(Listener listener, const std::string& frame);
 
-/// The listener behind a socket's path or a WebSocket's target: the device's has "device" in its last part.
+/// The listener of a socket's path or a WebSocket's target. The last part of the device's contains "device".
 Listener serverBehind(const std::string& address);
 
-/// GET of /healthz. A report must be valid under its schema.
+/// GET /healthz. The response must be valid under its schema.
 TestSupport::HttpResponse healthOf(std::uint16_t port);
 
-/// A client of a host's Unix socket. Every frame that it receives must be valid under the schemas.
+/// A client of a host's Unix socket. Every received frame must be valid under the schemas.
 class HostClient : public TestSupport::LineClient {
 public:
     explicit HostClient(const std::string& path) : HostClient(path, serverBehind(path)) {}

@@ -33,7 +33,7 @@ TEST(JsonShape, ChecksResolvedEscapes) {
 
 namespace {
 
-/// Writes down what a document is made of, each value with its kind.
+/// Lists the values of a document with their types.
 class Inventory {
 public:
     using Size = rapidjson::SizeType;
@@ -72,7 +72,7 @@ std::vector<std::string> inventoryOf(const rapidjson::Document& document) {
     return inventory.lines;
 }
 
-/// What the handler's own parsing makes of `text`; nothing when it is no JSON.
+/// The values of `text` as the handler parses it; empty when it is not JSON.
 std::vector<std::string> seenByTheHandler(const std::string& text) {
     rapidjson::Document document;
     document.Parse<Utils::jsonParseFlags>(text.c_str());

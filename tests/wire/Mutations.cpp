@@ -2,41 +2,38 @@
 
 #include "wire/Json.h"
 
-// After the header that names the library's copy.
-#include <rapidjson/pointer.h>
-
 namespace WireTests {
 
 namespace {
 
-/// Values of all types.
-const std::vector<std::string>& unauthenticated() {
+/// A value of each type.
+const std::vector<std::string>& valuesOfAllTypes() {
     static const std::vector<std::string> values{"null", "[{}]", R"({"a":0})", "-0.5", R"("\u0001")", "false"};
     return values;
 }
 
-bool isSameType(const json::Value& one, const json::Value& other) {
+bool isSameType(const rapidjson::Value& one, const rapidjson::Value& other) {
     return one.GetType() == other.GetType() || (one.IsBool() && other.IsBool());
 }
 
-/// Of the object at `place` of `frame` and all within.
-void addMutations(const json::Document& frame, const std::string& place, std::vector<Mutation>& found) {
-    json::Document changed;
+/// Adds the mutations of the object at `place` of `frame` and of all objects inside it.
+void addMutations(const rapidjson::Document& frame, const std::string& place, std::vector<Mutation>& found) {
+    rapidjson::Document changed;
     const auto add = [&](const std::string& fault) { found.push_back({compact(changed), fault}); };
     changed.CopyFrom(frame, changed.GetAllocator());
-    json::Pointer(place + "/unknown").Set(changed, 1);
+    rapidjson::Pointer(place + "/unknown").Set(changed, 1);
     add(place + "/unknown was added");
-    for (const auto& member : json::Pointer(place).Get(frame)->GetObject()) {
+    for (const auto& member : rapidjson::Pointer(place).Get(frame)->GetObject()) {
         const std::string here = place + "/" + member.name.GetString();
-        const json::Pointer pointer(here);
+        const rapidjson::Pointer pointer(here);
         changed.CopyFrom(frame, changed.GetAllocator());
         pointer.Erase(changed);
         add(here + " was removed");
-        for (const auto& text : unauthenticated()) {
-            const json::Document unauthenticated = parsed(text);
-            if (!isSameType(unauthenticated, member.value)) {
+        for (const auto& text : valuesOfAllTypes()) {
+            const rapidjson::Document other = parsed(text);
+            if (!isSameType(other, member.value)) {
                 changed.CopyFrom(frame, changed.GetAllocator());
-                pointer.Set(changed, unauthenticated);
+                pointer.Set(changed, other);
                 add(here + " became " + text);
             }
         }

@@ -5,13 +5,13 @@
 
 namespace WireTests {
 
-/// A frame with one fault, and what the fault is, for example "/payload/to was removed".
+/// A frame with one fault, and a description of the fault, for example "/payload/to was removed".
 struct Mutation {
     std::string frame;
     std::string fault;
 };
 
-/// `frame`, a JSON object, with a member too many, a member too few, or a member of another type, at each place.
+/// Variants of `frame`, a JSON object, each with one member added, removed or changed to another type.
 std::vector<Mutation> mutationsOf(const std::string& frame);
 
 }  // namespace WireTests

@@ -6,28 +6,25 @@
 
 #include "wire/Json.h"
 
-// After the header that names the library's copy.
-#include <rapidjson/schema.h>
-
 namespace WireTests {
 
 namespace {
 
-/// Long enough to see what it is.
+/// Long enough to recognise the text.
 std::string shortened(const std::string& text) {
     constexpr std::size_t longest = 500;
     return text.size() <= longest ? text : text.substr(0, longest) + "… (" + std::to_string(text.size()) + " bytes)";
 }
 
-std::string textOf(const json::Pointer& place) {
-    json::StringBuffer buffer;
+std::string textOf(const rapidjson::Pointer& place) {
+    rapidjson::StringBuffer buffer;
     place.StringifyUriFragment(buffer);
     return buffer.GetString();
 }
 
 using Places = std::map<std::string, std::string>;
 
-/// The schema of a frame, by the member that shows its kind.
+/// Schemas by the member that identifies the type of a frame.
 const Places& kindsAt(Listener listener) {
     static const Places settings{{"notice", "notice"}, {"error", "refusal"}};
     static const Places device{{"ok", "device-done"},
@@ -38,7 +35,7 @@ const Places& kindsAt(Listener listener) {
     return listener == Listener::SETTINGS ? settings : device;
 }
 
-std::string schemaOfType(const json::Value& type) {
+std::string schemaOfType(const rapidjson::Value& type) {
     static const std::map<int, std::string> types{
         {7, "get-settings-reply"}, {18, "is-orlia-selected-va-reply"}, {25, "setting-changed-event"}};
     const auto found = type.IsInt() ? types.find(type.GetInt()) : types.end();
@@ -48,25 +45,26 @@ std::string schemaOfType(const json::Value& type) {
 }  // namespace
 
 struct Schemas::Schema {
-    Schema(const json::Document& text, json::IRemoteSchemaDocumentProvider& provider) : document(text, &provider) {}
+    Schema(const rapidjson::Document& text, rapidjson::IRemoteSchemaDocumentProvider& provider)
+        : document(text, &provider) {}
 
-    json::SchemaDocument document;
+    rapidjson::SchemaDocument document;
 };
 
-/// Finds the schemas that others refer to by their file's name.
-class Schemas::Others : public json::IRemoteSchemaDocumentProvider {
+/// Finds the schemas that other schemas refer to by file name.
+class Schemas::Others : public rapidjson::IRemoteSchemaDocumentProvider {
 public:
     Others(std::string schemaFolder, std::map<std::string, std::unique_ptr<Schema>>& schemasByName)
         : folder(std::move(schemaFolder)), schemas(schemasByName) {}
 
-    const json::SchemaDocument* GetRemoteDocument(const char* file, json::SizeType length) override {
+    const rapidjson::SchemaDocument* GetRemoteDocument(const char* file, rapidjson::SizeType length) override {
         return &load(std::filesystem::path(std::string(file, length)).stem().string()).document;
     }
 
     const Schema& load(const std::string& name) {
         auto& schema = schemas[name];
         if (!schema) {
-            const json::Document text = parsed(contentOf(folder + "/" + name + ".json"));
+            const rapidjson::Document text = parsed(contentOf(folder + "/" + name + ".json"));
             if (!text.IsObject()) {
                 throw std::runtime_error("the schema " + name + " is no JSON object");
             }
@@ -104,11 +102,11 @@ std::vector<std::string> Schemas::names() const {
 }
 
 std::optional<std::string> Schemas::faultOf(const std::string& name, const std::string& text) const {
-    const json::Document frame = parsed(text);
+    const rapidjson::Document frame = parsed(text);
     if (frame.HasParseError()) {
         return "no JSON: " + shortened(text);
     }
-    json::SchemaValidator validator(schemas.at(name)->document);
+    rapidjson::SchemaValidator validator(schemas.at(name)->document);
     if (frame.Accept(validator)) {
         return std::nullopt;
     }
@@ -123,7 +121,7 @@ std::optional<std::string> Schemas::faultOfHostFrame(Listener listener, const st
 }
 
 std::string schemaOfHostFrame(Listener listener, const std::string& frame) {
-    const json::Document document = parsed(frame);
+    const rapidjson::Document document = parsed(frame);
     if (!document.IsObject()) {
         return "";
     }

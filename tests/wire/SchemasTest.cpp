@@ -14,7 +14,7 @@ const Schemas& schemas() {
     return Schemas::ofTheWire();
 }
 
-/// Is it within the protocol?
+/// Is a frame with this fault still valid?
 bool isAllowed(const std::string& fault) {
     static const std::set<std::string> faults{// Went to every client.
                                               "/trace/client became null",
@@ -22,7 +22,7 @@ bool isAllowed(const std::string& fault) {
                                               "/changed was removed",
                                               // Not there before the first launch.
                                               "/device/lastLaunchedApp was removed"};
-    // Any settings may have been asked for.
+    // A request may ask for any settings.
     const bool asksForFewer = fault.rfind("/payload/settings/", 0) == 0 && fault.find(" was removed") != fault.npos;
     return asksForFewer || faults.count(fault) > 0;
 }
@@ -41,7 +41,7 @@ TEST(Schemas, AcceptEveryExample) {
     }
 }
 
-TEST(Schemas, AreAllShownByAnExample) {
+TEST(Schemas, HaveAnExampleEach) {
     std::set<std::string> shown{"settings", "health"};
     for (const auto& example : allExamples()) {
         for (const auto& step : example.steps) {
@@ -70,7 +70,7 @@ TEST(Schemas, RefuseRequestsThatTheHandlerDrops) {
     EXPECT_GE(seen, 6);
 }
 
-TEST(Schemas, RefuseWhatAHostRefuses) {
+TEST(Schemas, RejectWhatAHostRefuses) {
     const auto frames = refusedFrames();
     EXPECT_GE(frames.size(), 25U);
     for (const auto& refused : frames) {
@@ -78,7 +78,7 @@ TEST(Schemas, RefuseWhatAHostRefuses) {
     }
 }
 
-TEST(Schemas, KnowTheKindOfEveryFrameOfTheHost) {
+TEST(Schemas, AreFoundForEveryFrameOfTheHost) {
     for (const auto& example : allExamples()) {
         for (const auto& step : example.steps) {
             const Listener listener = step.at == "device" ? Listener::DEVICE : Listener::SETTINGS;
@@ -94,7 +94,7 @@ TEST(Schemas, KnowTheKindOfEveryFrameOfTheHost) {
     EXPECT_EQ(schemaOfHostFrame(Listener::SETTINGS, R"({"ok":true})"), "") << "only the device listeners send it";
 }
 
-TEST(Schemas, RefuseEveryFrameOfTheHostWithAMemberTooManyTooFewOrOfAnotherType) {
+TEST(Schemas, RejectHostFramesWithAnExtraAMissingOrAMistypedMember) {
     int tried = 0;
     for (const auto& example : allExamples()) {
         for (const auto& step : example.steps) {
@@ -111,7 +111,7 @@ TEST(Schemas, RefuseEveryFrameOfTheHostWithAMemberTooManyTooFewOrOfAnotherType) 
     EXPECT_GE(tried, 500);
 }
 
-TEST(Schemas, SayWhereAFrameBreaksThem) {
+TEST(Schemas, ReportWhereAFrameIsInvalid) {
     EXPECT_EQ(schemas().faultOfHostFrame(Listener::SETTINGS, R"({"notice":{"reread":["a",1]}})"),
               R"(#/notice/reread/1 breaks "type" at #/properties/notice/properties/reread/items)"
               R"( of docs/schemas/notice.json, in the frame {"notice":{"reread":["a",1]}})");

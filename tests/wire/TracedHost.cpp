@@ -11,14 +11,14 @@ namespace WireTests {
 
 namespace {
 
-/// The schema of a request; empty for what is none. Tests send such things, too.
+/// The schema of a request; empty for a text that is not a request, which tests send too.
 std::string schemaOfRequest(Listener listener, const std::string& text) {
     static const std::map<int, std::string> types{{7, "get-settings-request"},
                                                   {18, "is-orlia-selected-va-request"},
                                                   {19, "open-va-settings-request"},
                                                   {22, "log-out-request"},
                                                   {24, "set-settings-request"}};
-    const json::Document request = parsed(text);
+    const rapidjson::Document request = parsed(text);
     if (!request.IsObject()) {
         return "";
     }
@@ -54,8 +54,8 @@ std::optional<std::string> TraceCheck::faultOf(const std::string& trace) {
     if (auto fault = schemas.faultOf("device-trace", trace)) {
         return fault;
     }
-    const json::Document document = parsed(trace);
-    const json::Value& copy = document["trace"];
+    const rapidjson::Document document = parsed(trace);
+    const rapidjson::Value& copy = document["trace"];
     const Listener listener = std::string(copy["door"].GetString()) == "device" ? Listener::DEVICE : Listener::SETTINGS;
     const std::string text(copy["text"].GetString(), copy["text"].GetStringLength());
     if (std::string(copy["direction"].GetString()) == "out") {

@@ -6,25 +6,25 @@
 
 namespace WireTests {
 
-/// Looks at copies of messages, in their order.
+/// Checks trace frames in order.
 class TraceCheck {
 public:
-    /// What is wrong with a copy, the text of a trace frame; nothing when all is well.
+    /// Returns: why the traced frame is invalid; nothing when it is valid.
     ///
-    /// A frame of the host must be valid under its schema. So must a request of a known kind, unless the device's
-    /// listener refuses it, as the next copy shows.
+    /// A frame of the host must be valid under its schema. So must a request of a known type, unless the device
+    /// listener refuses it in the next trace frame.
     std::optional<std::string> faultOf(const std::string& trace);
 
 private:
     std::optional<std::string> expectedToBeRefused;
 };
 
-/// Has a host copy every message of all its clients, and fails the test when one breaks the protocol.
+/// Switches the trace of a host on, and fails the test when a traced frame is invalid.
 class TracedHost {
 public:
-    /// Returns when the host copies; `devicePath` is its device's socket.
+    /// Returns when the trace is on. `devicePath`: the path of the device socket.
     explicit TracedHost(const std::string& devicePath);
-    /// Looks at what was copied until now, or until the host ended.
+    /// Checks all frames that were traced until now, or until the host ended.
     ~TracedHost();
 
     TracedHost(const TracedHost&) = delete;

@@ -10,8 +10,8 @@ namespace WireTests {
 namespace {
 
 std::string copyOf(const std::string& direction, const std::string& listener, const std::string& text) {
-    json::StringBuffer buffer;
-    json::Writer<json::StringBuffer> writer(buffer);
+    rapidjson::StringBuffer buffer;
+    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
     writer.String(text);
     return R"({"trace":{"timestamp":1,"direction":")" + direction + R"(","door":")" + listener +
            R"(","client":null,"text":)" + buffer.GetString() + "}}";
@@ -49,7 +49,7 @@ TEST(TraceCheck, ChecksRequestsOfAKnownKind) {
         "xx");
 }
 
-TEST(TraceCheck, LetsTheDeviceRefuseACommand) {
+TEST(TraceCheck, AllowsARefusedDeviceCommand) {
     EXPECT_EQ(faultsIn({copyOf("in", "device", withoutValue), copyOf("out", "device", refusal)}), "..");
     EXPECT_EQ(
         faultsIn({copyOf("in", "device", withoutValue), copyOf("out", "device", done), copyOf("out", "device", done)}),

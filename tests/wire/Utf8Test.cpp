@@ -3,7 +3,7 @@
 
 namespace Wire {
 
-TEST(Utf8, TakesEveryLengthOfCharacter) {
+TEST(Utf8, AcceptsCharactersOfEveryLength) {
     for (const auto* text :
          {"", "a", "é", "中", "😀", "mixed é中😀", "\x7f", "\xc2\x80", "\xef\xbf\xbf", "\xf4\x8f\xbf\xbf"}) {
         EXPECT_TRUE(isValidUtf8(text)) << text;
@@ -12,7 +12,7 @@ TEST(Utf8, TakesEveryLengthOfCharacter) {
     EXPECT_TRUE(isValidUtf8(std::string_view("a\0b", 3)));
 }
 
-TEST(Utf8, RefusesWhatIsNoCharacter) {
+TEST(Utf8, RejectsInvalidBytes) {
     for (const auto* text : {"\x80", "\xff", "\xc3", "\xc0\x80", "\xe0\x80\x80", "\xed\xa0\x80", "\xf5\x80\x80\x80",
                              "\xf4\x90\x80\x80", "ok\xc3(", "\xe4\xb8"}) {
         EXPECT_FALSE(isValidUtf8(text)) << text;
@@ -21,7 +21,7 @@ TEST(Utf8, RefusesWhatIsNoCharacter) {
     EXPECT_FALSE(isValidUtf8(std::string_view("\xc3\0", 2)));
 }
 
-TEST(Utf8, ReplacesByteByByteAndKeepsTheRest) {
+TEST(Utf8, ReplacesInvalidBytesAndKeepsTheRest) {
     EXPECT_EQ(withValidUtf8("a\xff"
                             "b"),
               "a\xEF\xBF\xBD"

@@ -18,12 +18,13 @@
 
 namespace SettingsHandler {
 
-/// Owns the assistant settings: answers the pages' requests, takes the device's notifications, tells pages and
-/// observers of every change.
+/// Manages the assistant settings: replies to the requests of clients, takes the notifications of the device layer, and
+/// reports every change to clients and observers.
 ///
-/// Wiring order: make the collaborators, `create`, `initializeSettings`, `migrateExistingDeviceSettings` where older
-/// software may have left values, subscribe the handler to the device layer, add observers, let the transport deliver.
-/// Stop the transport and the device layer before dropping the handler: the registered callbacks hold its raw address.
+/// Start: make the collaborators; call `create`, `initializeSettings` and, where older software may have left values,
+/// `migrateExistingDeviceSettings`; subscribe the handler to the device layer; add observers; start the transport.
+/// Stop: stop the transport and the device layer before you release the handler, because the registered callbacks hold
+/// its raw address.
 ///
 ///     auto handler = SettingsHandler::SettingsHandler::create(transport, storage, metrics, bridge, launcher, info);
 ///     handler->initializeSettings();
@@ -32,12 +33,13 @@ namespace SettingsHandler {
 ///     handler->addFriendlyNameObserver(announcer);
 ///     transport->start();
 ///
-/// The handler has no thread, timer or queue of its own. Requests run on the transport's thread, which delivers them
-/// one at a time; notifications run on the device layer's.
+/// Threads: the handler has no thread, timer or queue of its own. Requests run on the transport's thread, which
+/// delivers them one at a time; notifications run on the device layer's.
 class [[gnu::visibility("default")]] SettingsHandler : public SettingsHandlerInterface {
 public:
-    /// Makes a handler and logs "Initialized Settings Handler" at level 0. The arguments are the constructor's.
-    /// Returns: never null. Errors: exceptions of the transport's registration and of memory allocation pass.
+    /// Makes a handler and logs "Initialized Settings Handler" at level 0. The arguments are those of the constructor.
+    /// - Returns: never null.
+    /// - Errors: exceptions of the transport's registration and of memory allocation pass.
     static std::shared_ptr<SettingsHandler> create(
         std::shared_ptr<CommunicationHandler::CommunicationHandlerInterface> transport,
         SDKWrapper::StorageManagerInterface & storage, std::shared_ptr<Metrics::MetricsDelegateInterface> metrics,
@@ -45,9 +47,10 @@ public:
         std::shared_ptr<DeviceAbstractionLayer::AppLaunch> launcher,
         std::shared_ptr<DeviceAbstractionLayer::OrliaDeviceInfoInterface> info);
 
-    /// Registers the five request handlers with `transport` and does nothing else: no reading, no writing, no log line.
-    /// None of the collaborators may be null. Lifetime: shares them, but `storage` is the caller's and must outlive
-    /// the handler.
+    /// Registers the five request handlers with `transport`. It reads, writes and logs nothing.
+    ///
+    /// No collaborator may be null. The handler shares them; only `storage` stays the caller's and must outlive the
+    /// handler.
     SettingsHandler(std::shared_ptr<CommunicationHandler::CommunicationHandlerInterface> transport,
                     SDKWrapper::StorageManagerInterface & storage,
                     std::shared_ptr<Metrics::MetricsDelegateInterface> metrics,
@@ -58,28 +61,28 @@ public:
     SettingsHandler(const SettingsHandler&) = delete;
     SettingsHandler& operator=(const SettingsHandler&) = delete;
 
-    /// Leaves the transport's registrations in place, so the transport must not deliver any more.
+    /// Does not unregister the request handlers: the transport must not deliver any more.
     ~SettingsHandler() override;
 
-    /// Each notification runs on the thread that gives it, and takes no lock but those of `setSetting`. Exceptions of
-    /// the voice SDK, and for the last two those of `setSetting`, pass to the notifier.
+    /// Sets `locale` as the only locale of the voice SDK, unless it is the primary one already. No event is sent; cache
+    /// and locale observers stay as they are.
     ///
-    /// Makes `locale` the voice SDK's only locale unless it is already the primary one. The cache and the locale
-    /// observers are not touched: the voice SDK reports the change in its own way.
+    /// For all notifications: they run on the calling thread and take no lock, except those that call `setSetting`.
+    /// Exceptions of the voice SDK and of `setSetting` pass to the caller.
     void notifyLocaleChange(std::string locale) override;
-    /// Hands the whole list to the voice SDK, without comparing or checking it.
+    /// Passes the whole list to the voice SDK, without comparing or checking it.
     void notifyLocaleChange(std::vector<std::string> locales) override;
-    /// Hands `timezone` to the voice SDK, without a check or a log line.
+    /// Passes `timezone` to the voice SDK, without a check or a log line.
     void notifyTimezoneChange(std::string timezone) override;
-    /// Ignored, like the three below.
+    /// Does nothing, like the three operations below.
     void notifyNetworkConnectionChanged(std::string connection) override;
     void notifyMicrophoneAvailabilityChanged(std::string availability) override;
     void notifyAudioGuidanceChanged(bool enabled) override;
     void notifyDeviceModeChanged(std::string mode) override;
-    /// Writes the setting through `setSetting`, whose answer is not looked at. `name`: a setting key. `value`: what
-    /// `setSetting` takes; a locale that is JSON but no array ends the process here too.
+    /// Calls `setSetting` and ignores its result. `name` and `value`: as for `setSetting`; a locale that is JSON but
+    /// not an array ends the process here too.
     void notifySystemSettingChanged(std::string name, std::string value) override;
-    /// Writes "handsFreeEnabled" through `setSetting`.
+    /// Sets "handsFreeEnabled" through `setSetting`.
     void notifyHandsfreeStateChanged(bool enabled) override;
 
     void initializeSettings() override;
@@ -95,55 +98,64 @@ public:
     void removeEntitlementStatusObserver(std::shared_ptr<teskVessa::NativeBridgeInterface> observer) override;
     void migrateExistingDeviceSettings() override;
 
-    /// Answers a GetSettings request: `{"settings": {key: value, …}}`. `message`: the request's JSON text, read up to
-    /// its first NUL character. A bad request is logged at level 3 and not answered. Threads: the transport's, like all
-    /// five request handlers.
+    /// Handles a GetSettings request. The reply is `{"settings": {key: value, …}}`; a malformed request is logged at
+    /// level 3 and gets no reply.
+    ///
+    /// For all five request handlers:
+    /// - `message`: the JSON text of the request, read up to its first NUL character.
+    /// - Threads: the transport's only. Locks: those of the operations that they call.
     void handleGetSettingsRequest(const std::string& message);
 
-    /// Serves a SetSettings request: checks it, applies the ordering rule and calls `setSetting`. It is never answered;
-    /// an accepted change is seen by its event. Returns: what `setSetting` answered; false when it was not called.
+    /// Handles a SetSettings request: checks it, then its time stamp with `isRequestValid`, then calls `setSetting`.
+    /// There is no reply; a change is reported by its event.
+    /// - Returns: the result of `setSetting`; false when it was not called.
     bool handleSetSettingRequest(const std::string& message);
 
-    /// Answers `{"isOrliaSelectedAsVA": true}`. A request without a usable message id is logged and not answered.
+    /// Replies `{"isOrliaSelectedAsVA": true}`. A request without a usable message id is logged at level 3 and gets no
+    /// reply.
     void handleIsOrliaSelectedVARequest(const std::string& message);
 
-    /// Opens the assistant's settings application, whatever `message` holds.
+    /// Opens the assistant's settings application. `message` is not read.
     void handleOpenVASettingsRequest(const std::string& message);
 
-    /// Switches the always-on modes and hands-free off, clears the storage and reloads the cache. No event, observer or
-    /// metric follows. A storage that cannot be cleared is logged at level 3, and the rest is done all the same.
-    /// Locks: none; the cache is replaced without its mutex, so no other thread may use the handler meanwhile.
+    /// Handles a log-out: switches the always-on modes and hands-free off, clears the storage and reloads the cache. It
+    /// sends no event, notifies no observer and records no metric.
+    /// - Errors: a storage that cannot be cleared is logged at level 3, and the cache is reloaded all the same.
+    /// - Locks: none. The cache is replaced without the mutex: no other thread may use the handler meanwhile.
     void handleLogOutRequest();
 
 protected:
-    /// Is `type` owned by the voice SDK? True for locale, captions on/off, do-not-disturb and time zone.
+    /// Returns: whether the voice SDK owns `type`: locale, captions on/off, do-not-disturb and time zone.
     static bool isSDKSetting(SettingsNamesType type);
 
-    /// The current value of a setting that the voice SDK owns; the empty string for any other, without asking the SDK.
+    /// Returns: the current value of a setting that the voice SDK owns; for any other the empty string, without a call
+    /// of the SDK.
     std::string getSDKSetting(SettingsNamesType type);
 
-    /// Reports a change that was made: updates the cache, sends the event, emits the metrics. Equal values are reported
-    /// too. Locks: the cache's mutex for the update only.
+    /// Reports a change: updates the cache, sends the event, records the metrics. Equal values are reported too.
+    /// Locks: the cache mutex for the update only.
     void settingChanged(const std::string& settingName, std::string& oldValue, const std::string& newValue);
 
-    /// Counts a change under the name `settingName` + "_" + `value`, as a counter and then as an event. Locks: none.
+    /// Records the metric `settingName` + "_" + `value`, first as a counter, then as an event. Locks: none.
     void emitSettingMetric(const std::string& settingName, const std::string& value);
 
-    /// The compact JSON text of an array of `values`.
+    /// Returns: the compact JSON text of an array of `values`.
     std::string stringifyVector(const std::vector<std::string>& values);
 
-    /// Records the primary locale for the metrics of the process, then tells the locale observers of it. `locales`: at
+    /// Sets the primary locale in the metrics cache of the process, then notifies the locale observers. `locales`: at
     /// least one.
+    ///
+    /// For all three: Locks: the cache mutex to copy the list of observers; none while an observer is called.
     void onOrliaLocaleChange(std::vector<std::string> locales);
-    /// Tells the observers of the friendly name. Locks: the cache's mutex for the copy of the registry, like the one
-    /// above and the one below; none while an observer is called.
+    /// Notifies the observers of the friendly name.
     void onFriendlyNameChanged(const std::string& friendlyName);
-    /// Logs the entitlement status at level 1 and tells its observers, as it was given.
+    /// Logs the entitlement status at level 1 and notifies its observers of the unchanged text.
     void onEntitlementStatusChanged(const std::string& status);
 
-    /// Launches the assistant's settings application. Its name is looked up by the first call of the process and kept.
+    /// Launches the assistant's settings application. The first call in the process looks its name up; later calls
+    /// reuse it.
     void openVASettings();
-    /// True, always.
+    /// Returns: always true.
     bool isOrliaSelectedAsVA();
 
 private:
@@ -166,11 +178,11 @@ private:
     std::shared_ptr<teskVessa::SDKBridgeInterface> sdkBridge;
     std::shared_ptr<DeviceAbstractionLayer::AppLaunch> appLaunch;
     std::shared_ptr<DeviceAbstractionLayer::OrliaDeviceInfoInterface> deviceInfo;
-    /// Newest accepted request per setting. Only the transport's thread touches it.
+    /// Newest accepted request per setting. Used on the transport's thread only.
     std::map<SettingsNamesType, long> lastRequestTimestamps;
-    /// Last known value by setting key.
+    /// Last known values, by key.
     std::map<std::string, std::string> settingsCache;
-    /// Guards the cache and the observers. Not recursive.
+    /// The cache mutex: guards the cache and the observers. Not recursive.
     std::mutex settingsCacheMutex;
     std::unordered_set<std::shared_ptr<VessaNativeCommon::OrliaLocaleObserverInterface>> orliaLocaleObservers;
     std::unordered_set<std::shared_ptr<VessaNativeCommon::FriendlyNameObserverInterface>> friendlyNameObservers;

@@ -4,14 +4,14 @@
 #include <string>
 #include <unordered_map>
 
-/// The fixed catalogue of settings: number, key and default value of each.
+/// The catalogue of settings: number, key and default value of each.
 ///
-/// The tables are built when the library is loaded and never change, so any thread reads them without a lock.
+/// The tables are built when the library is loaded and never change: any thread may read them without a lock.
 namespace SettingsHandler {
 
-/// The settings that the handler owns. The numbers are binary interface.
+/// The settings. The numbers are part of the binary interface.
 enum SettingsNamesType : std::int32_t {
-    /// Not a setting: what the look-up of an unknown key answers. No table holds it.
+    /// Not a setting: the result of looking up an unknown key. No table holds it.
     INVALID_SETTING = 0,
     DEVICE_NAME = 1,
     COMPANION_DEVICE = 2,
@@ -30,7 +30,7 @@ enum SettingsNamesType : std::int32_t {
     TIMEZONE = 15,
 };
 
-/// Setting by key, all of them. Keys are what requests, events, storage and log lines call a setting.
+/// Setting by key, all of them. Requests, events, storage and log lines name a setting by its key.
 [[gnu::visibility("default")]] extern const std::unordered_map<std::string, SettingsNamesType>
     stringToSettingsNamesTypeMapping;
 
@@ -43,13 +43,14 @@ enum SettingsNamesType : std::int32_t {
 [[gnu::visibility("default")]] extern const std::unordered_map<SettingsNamesType, std::string>
     SettingsNamesTypeToDefaultValuesMapping;
 
-/// The key of `type`, for example "timezone" of `TIMEZONE`; the empty string for anything that is no setting.
+/// Returns: the key of `type`, for example "timezone" for `TIMEZONE`; the empty string when `type` is not a setting.
 [[gnu::visibility("default")]] std::string settingNameFromType(SettingsNamesType type);
 
-/// The setting whose key is exactly `name`, letter case included; `INVALID_SETTING` when there is none.
+/// Returns: the setting with the key `name`, case-sensitive; `INVALID_SETTING` when there is none.
 [[gnu::visibility("default")]] SettingsNamesType settingTypeFromName(const std::string& name);
 
-/// The default value of `type`; "CUSTOM_DEFAULT_VALUE", which is never a value of a setting, when it has none.
+/// Returns: the default value of `type`; "CUSTOM_DEFAULT_VALUE", which is never the value of a setting, when it has
+/// none.
 [[gnu::visibility("default")]] std::string defaultValueForSetting(SettingsNamesType type);
 
 }  // namespace SettingsHandler

@@ -19,7 +19,7 @@ std::string vaSettingsAppName() {
 
 void SettingsHandler::handleIsOrliaSelectedVARequest(const std::string& message) {
     ParsedText text;
-    // A text that cannot be parsed leaves the empty object, in which no message id is found.
+    // After a parse error the root is an empty object, which has no message id.
     text.parse(message);
     const rapidjson::Value& request = text.root();
     const rapidjson::Value key(rapidjson::StringRef(communicationHandler->messageIdKey));
@@ -63,7 +63,7 @@ void SettingsHandler::handleLogOutRequest() {
     if (!storageManager.clearStorage()) {
         logError(logTag, "Error clearing storage on logout");
     }
-    // Without the mutex on purpose: the transport's thread is the only one at work during a log-out.
+    // Intended: no lock, because only the transport's thread uses the handler during a log-out.
     settingsCache = getSettings({});
 }
 

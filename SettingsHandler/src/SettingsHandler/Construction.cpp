@@ -5,8 +5,7 @@
 
 namespace SettingsHandler {
 
-// NOLINTBEGIN(modernize-pass-by-value): the collaborators are taken by value and
-// copied, so that their owners see the same reference counts at every step of the construction.
+// NOLINTBEGIN(modernize-pass-by-value): copied, not moved, so that owners see the same reference counts at every step.
 SettingsHandler::SettingsHandler(std::shared_ptr<CommunicationHandler::CommunicationHandlerInterface> transport,
                                  SDKWrapper::StorageManagerInterface& storage,
                                  std::shared_ptr<Metrics::MetricsDelegateInterface> metrics,
@@ -36,7 +35,7 @@ std::shared_ptr<SettingsHandler> SettingsHandler::create(
     SDKWrapper::StorageManagerInterface& storage, std::shared_ptr<Metrics::MetricsDelegateInterface> metrics,
     std::shared_ptr<teskVessa::SDKBridgeInterface> bridge, std::shared_ptr<DeviceAbstractionLayer::AppLaunch> launcher,
     std::shared_ptr<DeviceAbstractionLayer::OrliaDeviceInfoInterface> info) {
-    // Two allocations on purpose: observers of the handler's weak count must not keep the handler's own memory.
+    // Intended: two allocations, so that a weak pointer does not keep the handler's memory.
     std::shared_ptr<SettingsHandler> handler(new SettingsHandler(transport, storage, metrics, bridge, launcher, info));
     logTrace(logTag, "Initialized Settings Handler");
     return handler;

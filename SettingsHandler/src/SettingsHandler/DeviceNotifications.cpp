@@ -13,13 +13,13 @@ void SettingsHandler::notifyLocaleChange(std::string locale) {
     if (current.empty()) {
         logInformation(logTag, "Current locale is empty");
     } else if (locale == current[0]) {
-        // The second value is the whole list, not the primary locale alone: intended.
+        // Intended: the second value is the whole list, not the primary locale.
         logInformation(logTag,
                        "notifyLocaleChange: Incoming primary locale (%s) is identical to current primary locale (%s)",
                        locale.c_str(), Utils::RapidjsonUtil::stringifyVector(current).c_str());
         return;
     }
-    // The secondary locales are dropped: intended.
+    // Intended: the secondary locales are dropped.
     sdkBridge->setLocales({std::move(locale)});
 }
 
@@ -32,7 +32,7 @@ void SettingsHandler::notifyTimezoneChange(std::string timezone) {
     sdkBridge->setTimezone(std::move(timezone));
 }
 
-// Nothing here depends on the next four.
+// No setting depends on the next four.
 void SettingsHandler::notifyNetworkConnectionChanged(std::string /*connection*/) {}
 void SettingsHandler::notifyMicrophoneAvailabilityChanged(std::string /*availability*/) {}
 void SettingsHandler::notifyAudioGuidanceChanged(bool /*enabled*/) {}

@@ -37,7 +37,7 @@ void SettingsHandler::handleGetSettingsRequest(const std::string& message) {
     }
     rapidjson::Value payload;
     if (!JsonUtil::tryGetObjectMember(request.root(), communicationHandler->payloadKey, payload)) {
-        // The text is the one of SetSettings: intended.
+        // Intended: the text names SetSettings.
         logError(logTag, "SetSetting Message payload not found");
         return;
     }

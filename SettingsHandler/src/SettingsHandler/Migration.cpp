@@ -17,7 +17,7 @@ void SettingsHandler::migrateExistingDeviceSettings() {
             logInformation(logTag, "%s migrated successfully", key.c_str());
             storageManager.removeValue(key);
         } else {
-            // Also when the voice SDK has the value already: it stays in the storage, intended.
+            // Intended: a value that the voice SDK already has counts as refused and stays in the storage.
             logError(logTag, "%s was not migrated successfully", key.c_str());
         }
     }

@@ -6,7 +6,7 @@ namespace SettingsHandler {
 
 namespace {
 
-/// Says that `operation` was given no observer.
+/// Logs that `operation` was called with a null observer.
 void logNullObserver(const char* operation) {
     logWarning(logTag, "%s: Given observer is null", operation);
 }
@@ -32,7 +32,7 @@ void remove(Registry& registry, std::mutex& mutex, const typename Registry::valu
     registry.erase(observer);
 }
 
-/// A copy to call the observers from without the lock; it keeps every observer alive until the pass is over.
+/// A copy of the registry, to call the observers without the lock. It keeps them alive until all were called.
 template <typename Registry>
 Registry snapshotOf(const Registry& registry, std::mutex& mutex) {
     Registry snapshot;

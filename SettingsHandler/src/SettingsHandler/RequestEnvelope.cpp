@@ -5,7 +5,7 @@ namespace SettingsHandler {
 
 bool SettingsHandler::isRequestValid(std::string& settingDBId, long timestamp) {
     logInformation(logTag, "isRequestValid");
-    // All unknown keys share the record of INVALID_SETTING: intended.
+    // Intended: all unknown keys share the record of INVALID_SETTING.
     const SettingsNamesType type = settingTypeFromName(settingDBId);
     const auto newest = lastRequestTimestamps.find(type);
     if (newest != lastRequestTimestamps.end() && newest->second > timestamp) {

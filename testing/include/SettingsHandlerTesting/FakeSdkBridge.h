@@ -18,42 +18,41 @@ namespace SettingsHandlerTesting {
 /// Entries: `sdk.setHandsFreeEnabled(true)`, `sdk.applySetting(friendlyName, Den)`, `sdk.getLocales()`,
 /// `sdk.setLocales(en-US|fr-FR)` and so on.
 ///
-/// Knobs: the values below; what it refuses; where it hands on what it is told; exceptions and delays through
-/// `Journal::at`, which hits a write before it changes anything.
+/// Options: the values below; what it refuses; `handsOn`; exceptions and delays through `Journal::at`, which take
+/// effect before a write changes anything.
 ///
-/// Threads: any for the operations. The public members are for the test alone, while no other thread uses the bridge.
+/// Threads: any for the operations. Use the public members only while no other thread uses the bridge.
 ///
-/// Unlike a real one it takes any locale and any text as a time zone, and hands nothing on by itself: hands-free,
-/// always-on modes and friendly name come back in device information and storage only through `handsOn`, which
-/// `TestHandler` sets.
+/// Differences from a real one: it accepts any text as a locale or time zone. Hands-free, always-on modes and friendly
+/// name reach device information and storage only through `handsOn`, which `TestHandler` sets.
 class FakeSdkBridge : public teskVessa::SDKBridgeInterface {
 public:
-    /// Records into `recorder`, which outlives it.
+    /// Records into `recorder`, which must outlive it.
     explicit FakeSdkBridge(Journal& recorder) : journal(recorder) {}
 
-    /// What the SDK holds. Tests may read and change it at will.
+    /// The values of the SDK. Tests may read and change them.
     /// @{
     std::vector<std::string> locales{"en-US"};
     std::string timezone = "America/Vancouver";
     bool captionsEnabled = false;
     bool doNotDisturbEnabled = false;
     /// @}
-    /// What it was handed last, by key; "handsFreeEnabled" is there as "true" or "false".
+    /// The last accepted values, by key; "handsFreeEnabled" is "true" or "false".
     std::map<std::string, std::string> applied;
 
-    /// Knobs: `applySetting` answers false and keeps nothing, always or for these keys.
+    /// Options: `applySetting` returns false and changes nothing, always or for these keys.
     /// @{
     bool refusesSettings = false;
     std::set<std::string> refusedSettings;
     /// @}
-    /// Knobs: the old value stays, which the interface cannot report.
+    /// Options: the old value stays, which the interface cannot report.
     /// @{
     bool refusesTimezone = false;
     bool refusesLocales = false;
     bool refusesHandsFree = false;
     /// @}
 
-    /// Told of each setting that was handed over and taken, by key and value: hands-free as "handsFreeEnabled".
+    /// Called with key and value of each accepted setting; hands-free has the key "handsFreeEnabled".
     std::function<void(const std::string& settingDBId, const std::string& value)> handsOn;
 
     void setHandsFreeEnabled(bool enabled) override {

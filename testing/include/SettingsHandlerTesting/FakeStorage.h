@@ -13,23 +13,23 @@ namespace SettingsHandlerTesting {
 /// A storage in memory.
 ///
 /// Entries: `storage.getValue(deviceName)`, `storage.setValue(deviceName, Den)`, `storage.removeValue(…)`,
-/// `storage.clearStorage()`, recorded whether the call is refused or not.
+/// `storage.clearStorage()`, also when the call is refused.
 ///
-/// Knobs: what is refused, see below; exceptions and delays through `Journal::at`, which hits `setValue` and the like
-/// before they change anything.
+/// Options: what is refused, see below; exceptions and delays through `Journal::at`, which take effect before a write
+/// changes anything.
 ///
-/// Threads: any for the operations, `put` and `stored`. The other members are for the test alone, while no other thread
-/// uses the storage.
+/// Threads: any for the operations, `put` and `stored`. Use the other members only while no other thread uses the
+/// storage.
 ///
-/// Unlike a real one it has no limits and loses all with the object.
+/// Differences from a real one: it has no limits, and its content is lost with the object.
 class FakeStorage : public SDKWrapper::StorageManagerInterface {
 public:
-    /// Records into `recorder`, which outlives it.
+    /// Records into `recorder`, which must outlive it.
     explicit FakeStorage(Journal& recorder) : journal(recorder) {}
 
-    /// What is stored. Tests may read and change it at will.
+    /// The stored values. Tests may read and change them.
     std::map<std::string, std::string> values;
-    /// Knobs: answer false and change nothing, always …
+    /// Options: return false and change nothing, always …
     /// @{
     bool refusesWrites = false;
     bool refusesRemoval = false;
@@ -37,16 +37,16 @@ public:
     /// @}
     /// … for these keys, written or removed …
     std::set<std::string> refusedKeys;
-    /// … or for so many of the next writes, whatever they write.
+    /// … or for this many of the next writes, whatever their key.
     int refusedWrites = 0;
 
-    /// Stores without an entry, as something else on the device does.
+    /// Stores a value without an entry, as another program on the device does.
     void put(const std::string& key, const std::string& value) {
         const std::lock_guard<std::mutex> lock(mutex);
         values[key] = value;
     }
 
-    /// What is stored under `key`, or the empty text; without an entry.
+    /// Returns: the value stored under `key`, or the empty string. Records no entry.
     std::string stored(const std::string& key) {
         const std::lock_guard<std::mutex> lock(mutex);
         const auto entry = values.find(key);

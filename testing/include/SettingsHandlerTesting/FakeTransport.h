@@ -17,18 +17,18 @@ namespace SettingsHandlerTesting {
 
 /// A message that the handler sent.
 struct SentMessage {
-    /// Of an event; 0 for a reply.
+    /// The type of an event; 0 for a reply.
     int type = 0;
-    /// Of a reply: that of its request. Of an event: what `sendMessage` answered.
+    /// Of a reply: the id of its request. Of an event: the result of `sendMessage`.
     std::string messageId;
     /// Compact JSON text.
     std::string payload;
 
-    /// Is it a reply, and no event?
+    /// Returns: whether it is a reply, not an event.
     bool isReply() const { return type == 0; }
 };
 
-/// Every member is equal, or not; and the text that failing tests print.
+/// Compares all members; and prints for failing tests.
 /// @{
 inline bool operator==(const SentMessage& left, const SentMessage& right) {
     return left.type == right.type && left.messageId == right.messageId && left.payload == right.payload;
@@ -42,33 +42,33 @@ inline std::ostream& operator<<(std::ostream& stream, const SentMessage& message
 }
 /// @}
 
-/// A transport without a wire: a test delivers requests and reads what was sent.
+/// A transport in memory: a test delivers requests and reads the messages that were sent.
 ///
 ///     EXPECT_EQ(transport.request(CommunicationHandler::GET_SETTINGS, settingsPayload({"deviceName"})),
 ///               R"({"settings":{"deviceName":"TV"}})");
 ///
 /// Entries: `transport.registerMessageHandler(7)`, `transport.sendMessage(25, {…})`, `transport.sendResponse(m1, {…})`.
 ///
-/// Knobs: the names of the envelope's members; `keepsPayloads`; exceptions and delays through `Journal::at`.
+/// Options: the names of the envelope's members; `keepsPayloads`; exceptions and delays through `Journal::at`.
 ///
-/// Threads: any, for every operation but the knobs. Requests are handled on the thread that delivers them.
+/// Threads: any for the operations. Requests are handled on the thread that delivers them.
 ///
-/// Unlike a real one it has no clients, no limit of size and no framing; it lets an exception of the handler out to the
-/// test; it delivers from several threads at once when a test does; and it keeps the callbacks when the handler is
-/// gone: do not deliver then.
+/// Differences from a real one: it has no clients, no size limit and no framing. An exception of the handler passes to
+/// the test. Requests run concurrently when a test delivers them from several threads. It keeps the callbacks after the
+/// handler is destroyed: do not deliver then.
 class FakeTransport : public CommunicationHandler::CommunicationHandlerInterface {
 public:
-    /// Records into `recorder`, which outlives it.
+    /// Records into `recorder`, which must outlive it.
     explicit FakeTransport(Journal& recorder) : journal(recorder) {}
     /// With other names of the envelope's members.
     FakeTransport(Journal& recorder, const std::string& messageId, const std::string& timestamp,
                   const std::string& payload)
         : CommunicationHandlerInterface(messageId, timestamp, payload), journal(recorder) {}
 
-    /// Knob: a transport may move the payload away that it is given, and this one does, unless it is told to keep it.
+    /// Option: a transport may move payloads away, and this one does unless this is true.
     bool keepsPayloads = false;
 
-    /// Delivers a request as a page sends it, with a message id of its own ("m1", "m2", …) and rising time stamps.
+    /// Delivers a request as a client sends it, with its own message id ("m1", "m2", …) and increasing time stamps.
     /// `payload`: JSON text. Returns: the payload of the reply; empty when there was none.
     std::string request(int messageType, const std::string& payload = "{}") {
         long long number = 0;
@@ -81,8 +81,7 @@ public:
         return replyTo(messageId);
     }
 
-    /// Calls the handler registered for `messageType` as if `text` had arrived. Errors: `std::out_of_range` when there
-    /// is none.
+    /// Calls the handler registered for `messageType` with `text`. Errors: `std::out_of_range` when there is none.
     void deliver(int messageType, const std::string& text) {
         std::function<void(const std::string&)> handler;
         {
@@ -92,22 +91,22 @@ public:
         handler(text);
     }
 
-    /// Is a handler registered for `messageType`?
+    /// Returns: whether a handler is registered for `messageType`.
     bool handles(int messageType) {
         const std::lock_guard<std::mutex> lock(mutex);
         return handlers.count(messageType) > 0;
     }
 
-    /// Everything sent so far, in its order; nothing is left afterwards.
+    /// Removes and returns all messages sent so far, in order.
     std::vector<SentMessage> takeSent() {
         const std::lock_guard<std::mutex> lock(mutex);
         return std::exchange(sent, {});
     }
 
-    /// The events sent so far; replies stay.
+    /// Removes and returns the events sent so far; replies stay.
     std::vector<SentMessage> takeEvents() { return take(false); }
 
-    /// The replies sent so far, those to `request` included; events stay.
+    /// Removes and returns the replies sent so far, those to `request` included; events stay.
     std::vector<SentMessage> takeReplies() { return take(true); }
 
     std::string sendMessage(int messageType, rapidjson::Document& payload) override {

@@ -7,36 +7,36 @@
 
 namespace SettingsHandlerTesting {
 
-/// Holds a thread inside a collaborator until the test lets it go on, so that a test with two threads needs no sleep:
+/// Blocks a thread inside a collaborator until the test releases it, so that a test with two threads needs no sleep:
 ///
 ///     Gate gate;
 ///     journal.at("storage.setValue", gate.holding());
 ///     std::thread writer([&] { handler.setSetting("deviceName", "Den"); });
-///     gate.awaitArrival();          // the writer stands inside the storage
-///     handler.getSettings({});      // and holds nobody up
+///     gate.awaitArrival();          // the writer is blocked inside the storage
+///     handler.getSettings({});      // and blocks no other thread
 ///     gate.open();
 ///     writer.join();
 ///
-/// Threads: any; one gate for one passage. It must outlive the thread that it holds. `awaitArrival` has no time limit:
-/// a thread that never comes is the test's own time limit to find.
+/// Threads: any. Use one gate per blocked call. It must outlive the thread that it blocks. `awaitArrival` has no
+/// timeout: if no thread arrives, the test's own timeout ends it.
 class Gate {
 public:
     Gate() = default;
     Gate(const Gate&) = delete;
     Gate& operator=(const Gate&) = delete;
 
-    /// What the thread to hold must run.
+    /// Returns: the action that blocks the thread which runs it.
     Journal::Action holding() {
         return [this] { pass(); };
     }
 
-    /// Returns when a thread stands at the gate, or stood there.
+    /// Waits until a thread has reached the gate.
     void awaitArrival() {
         std::unique_lock<std::mutex> lock(mutex);
         changed.wait(lock, [this] { return hasArrived; });
     }
 
-    /// Lets go the thread that stands here, and every later one.
+    /// Releases the blocked thread, and lets every later one pass.
     void open() {
         {
             const std::lock_guard<std::mutex> lock(mutex);

@@ -8,30 +8,29 @@
 
 namespace SettingsHandlerTesting {
 
-/// One record of everything that happens around a handler: log lines, calls of collaborators and observers, storage
-/// accesses, in their order. A test compares it whole:
+/// A record of everything that happens around a handler, in order: log lines, and calls of collaborators and observers.
+/// A test compares all of it:
 ///
 ///     handler.setSetting("deviceName", "Den");
 ///     EXPECT_EQ(journal.take(), (std::vector<std::string>{"storage.setValue(deviceName, Den)", …}));
 ///
-/// Knobs: an action lets a test act at a given moment: throw an exception out of a collaborator, call back into the
-/// handler, hold a thread up, see whether a lock is held. `Actions.h` and `Gate.h` have the usual ones.
+/// Options: an action runs when a given entry is recorded, for example to throw an exception out of a collaborator,
+/// call the handler, block a thread, or find out whether a lock is held. `Actions.h` and `Gate.h` have the usual ones.
 ///
-/// Threads: any. What several threads do is recorded in the order in which it happened.
+/// Threads: any. Entries of several threads are recorded in the order in which they happen.
 ///
-/// Unlike a device it puts the threads that reach it in line, one entry after the other: it can hide a race from a
-/// thread sanitizer. For races, give the handler collaborators of your own that record nothing.
+/// The journal serialises the threads that record, so it can hide a race from a thread sanitizer. To find races, use
+/// collaborators that record nothing.
 class Journal {
 public:
-    /// What runs at an entry, on the thread that records it.
+    /// Runs when an entry is recorded, on the thread that records it.
     using Action = std::function<void()>;
 
     Journal() = default;
     Journal(const Journal&) = delete;
     Journal& operator=(const Journal&) = delete;
 
-    /// Records `entry`, then runs the oldest action that waits for it, on this thread and without a lock of the
-    /// journal's.
+    /// Records `entry`, then runs the oldest action registered for it, on this thread and without the journal's lock.
     void add(const std::string& entry) {
         if (const Action action = recordAndFind(entry)) {
             action();
@@ -44,19 +43,20 @@ public:
     /// Runs `action` at every entry that starts with `beginning`.
     void atEvery(const std::string& beginning, Action action) { await({beginning, std::move(action), false}); }
 
-    /// Forgets the actions that wait.
+    /// Removes all actions.
     void forgetActions() {
         const std::lock_guard<std::mutex> lock(mutex);
         awaited.clear();
     }
 
-    /// The entries so far; the journal is empty afterwards.
+    /// Removes and returns the entries so far.
     std::vector<std::string> take() {
         const std::lock_guard<std::mutex> lock(mutex);
         return std::exchange(recorded, {});
     }
 
-    /// Was every action of `at` run? A test asks it at its end: an action that waited in vain tested nothing.
+    /// Returns: whether every action of `at` was run. Check it at the end of a test: an action that was not run tested
+    /// nothing.
     bool allActionsRun() const {
         const std::lock_guard<std::mutex> lock(mutex);
         for (const auto& waiting : awaited) {

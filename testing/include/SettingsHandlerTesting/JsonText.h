@@ -6,7 +6,8 @@
 
 namespace SettingsHandlerTesting {
 
-/// `value` as compact JSON text, as the doubles record it. Threads: any, as long as no other changes `value`.
+/// Returns: `value` as compact JSON text, as the doubles record it. Threads: any, while no other thread changes
+/// `value`.
 inline std::string jsonText(const rapidjson::Value& value) {
     rapidjson::StringBuffer buffer;
     rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);

@@ -11,13 +11,13 @@
 
 namespace SettingsHandlerTesting {
 
-/// The handler, for tests of a service or a device layer that calls it. Apart from `Mocks.h`, because it takes a
-/// compiler as long as all of them.
+/// A mock of the handler, for tests of a service or a device layer that calls it. Not in `Mocks.h`, because it takes as
+/// long to compile as all mocks in there.
 ///
-/// Knobs: those of GoogleMock. Threads: as GoogleMock has it: expectations first, then calls from any thread.
+/// Options and threads: those of GoogleMock; set the expectations first, then call from any thread.
 ///
-/// Unlike the handler it holds nothing: without an `ON_CALL` it answers false or an empty map, and no observer that is
-/// added is ever told.
+/// Differences from the handler: it has no state. Without an `ON_CALL` it returns false or an empty map, and it
+/// notifies no observer.
 class MockSettingsHandler : public SettingsHandler::SettingsHandlerInterface {
 public:
     /// Key and value of settings.

@@ -20,13 +20,13 @@
 #include "teskVessa/NativeBridgeInterface.h"
 #include "teskVessa/SDKBridgeInterface.h"
 
-/// GoogleMock doubles of every collaborator and observer, for tests that expect single calls. Where the order of
-/// everything matters, the fakes with their journal say it in fewer words.
+/// Mocks of every collaborator and observer, for tests that expect single calls. Where the order of all calls matters,
+/// use the fakes and their journal.
 ///
-/// Knobs: those of GoogleMock. Threads: as GoogleMock has it: expectations first, then calls from any thread.
+/// Options and threads: those of GoogleMock; set the expectations first, then call from any thread.
 ///
-/// Unlike the real things they hold nothing: without an `ON_CALL` a read answers false, an empty text or an empty
-/// collection, and what was written is not read back.
+/// Differences from the real ones: they have no state. Without an `ON_CALL` a read returns false, an empty string or an
+/// empty collection, and a written value is not read back.
 namespace SettingsHandlerTesting {
 
 class MockTransport : public CommunicationHandler::CommunicationHandlerInterface {
@@ -80,7 +80,7 @@ public:
     MOCK_METHOD(void, notifyOrliaLocaleChanged, (const std::string&), (override));
 };
 
-/// A notification of one locale and one of several have the same name; tell them apart by `Matcher<std::string>` and
+/// The notifications of one locale and of several have the same name; distinguish them with `Matcher<std::string>` and
 /// `Matcher<std::vector<std::string>>`.
 class MockDeviceInfoObserver : public DeviceAbstractionLayer::DeviceInfoObserverInterface {
 public:

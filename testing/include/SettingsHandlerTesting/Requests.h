@@ -6,10 +6,10 @@
 #include "CommunicationHandler/CommunicationHandlerInterface.h"
 #include "SettingsHandlerTesting/JsonText.h"
 
-/// Builders of the JSON that settings pages send, whatever bytes the keys and values hold.
+/// Builders of the JSON texts that clients send. Keys and values may be any bytes.
 namespace SettingsHandlerTesting {
 
-/// The payload of GetSettings: `{"settings":["deviceName"]}`. No key asks for all settings.
+/// The payload of GetSettings: `{"settings":["deviceName"]}`. An empty list asks for all settings.
 inline std::string settingsPayload(const std::vector<std::string>& keys = {}) {
     rapidjson::Document payload(rapidjson::kObjectType);
     auto& memory = payload.GetAllocator();
@@ -30,7 +30,7 @@ inline std::string changePayload(const std::string& settingDBId, const std::stri
     return jsonText(payload);
 }
 
-/// A whole request with the member names that `transport` has for its envelope. `payload`: JSON text, put in as it is.
+/// A request with the member names of `transport`'s envelope. `payload`: JSON text, inserted unchanged.
 inline std::string requestText(const CommunicationHandler::CommunicationHandlerInterface& transport, int messageType,
                                const std::string& messageId, long long timestamp, const std::string& payload) {
     const auto quoted = [](const std::string& text) {

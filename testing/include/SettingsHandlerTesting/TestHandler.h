@@ -15,33 +15,33 @@
 
 namespace SettingsHandlerTesting {
 
-/// A whole handler among fakes, made and initialised, with an empty journal:
+/// A handler with fakes as collaborators, initialised, with an empty journal:
 ///
 ///     TestHandler handler;
 ///     handler->setSetting("deviceName", "Den");
 ///     EXPECT_EQ(handler.storage.stored("deviceName"), "Den");
 ///
-/// Knobs: the fakes and their knobs; what is arranged before the handler is made, which includes collaborators of your
-/// own in place of the fakes:
+/// Options: the fakes and their options; and what is arranged before the handler is made, for example your own
+/// collaborators in place of the fakes:
 ///
 ///     TestHandler handler([&](TestHandler& around) {
 ///         around.storage.put("deviceName", "Den");
 ///         around.used.sdkBridge = myBridge;
 ///     });
 ///
-/// `BasicTestHandler<MyHandler>` is the same around a derived handler.
+/// `BasicTestHandler<MyHandler>` does the same for a derived handler.
 ///
-/// Threads: as the fakes and the handler have it; make and destroy it in one.
+/// Threads: those of the fakes and the handler; construct and destroy it on one thread.
 ///
-/// Unlike a service it does not migrate what older software left in the storage, and adds no observers. Log lines and
-/// the metrics cache are in the journal only while a `PlatformRecording` lives, see `platform/PlatformDoubles.h`.
+/// Differences from a service: it does not call `migrateExistingDeviceSettings` and adds no observers. Log lines and
+/// the metrics cache are in the journal only while a `PlatformRecording` exists, see `platform/PlatformDoubles.h`.
 template <typename Handler = SettingsHandler::SettingsHandler>
 class BasicTestHandler {
 public:
-    /// What a test does before the handler is made.
+    /// Runs before the handler is made.
     using Arrangement = std::function<void(BasicTestHandler&)>;
 
-    /// Makes and initialises the handler in the surroundings that `arrange` leaves.
+    /// Calls `arrange`, then makes and initialises the handler.
     explicit BasicTestHandler(const Arrangement& arrange = {}) {
         sdkBridge->handsOn = [this](const std::string& settingDBId, const std::string& value) {
             handOn(settingDBId, value);
@@ -62,7 +62,7 @@ public:
     /// The handler.
     Handler* operator->() const { return handler.get(); }
 
-    /// What stands around the handler.
+    /// The collaborators, their journal and the device layer.
     /// @{
     Journal journal;
     std::shared_ptr<FakeTransport> transport = std::make_shared<FakeTransport>(journal);
@@ -74,7 +74,7 @@ public:
     FakeDeviceLayer deviceLayer{deviceInfo};
     /// @}
 
-    /// What the handler is made with: the fakes, unless the arrangement puts something else there.
+    /// The collaborators that the handler is made with: the fakes, unless the arrangement replaces them.
     struct Collaborators {
         /// The arguments of the handler's constructor.
         /// @{
@@ -86,14 +86,14 @@ public:
         std::shared_ptr<DeviceAbstractionLayer::OrliaDeviceInfoInterface> deviceInfo;
         /// @}
     };
-    /// To be changed in the arrangement only.
+    /// Change them in the arrangement only.
     Collaborators used{transport, &storage, metrics, sdkBridge, appLaunch, deviceInfo};
 
-    /// The handler, for those who share it.
+    /// The handler, to be shared.
     std::shared_ptr<Handler> handler;
 
 private:
-    /// As on a device: what the voice SDK is told comes back where the handler reads it.
+    /// As on a device: values that are passed to the voice SDK reach the owner that the handler reads them from.
     void handOn(const std::string& settingDBId, const std::string& value) {
         if (settingDBId == "friendlyName") {
             storage.put(settingDBId, value);
@@ -107,7 +107,7 @@ private:
     }
 };
 
-/// Around the handler itself.
+/// With the handler itself.
 using TestHandler = BasicTestHandler<>;
 
 }  // namespace SettingsHandlerTesting

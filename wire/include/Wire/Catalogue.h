@@ -10,7 +10,7 @@ namespace Wire {
 /// What kind of text the values of a setting are.
 enum class SettingKind { TEXT, SWITCH, CHOICE, LOCALES, TIMEZONE, LIST };
 
-/// Where the value of a setting lives.
+/// The owner of a setting: where its value lives.
 enum class SettingOwner { STORAGE, VOICE_SDK, DEVICE };
 
 /// One setting of the catalogue.
@@ -18,27 +18,27 @@ struct SettingDescription {
     std::string key;
     int number = 0;
     SettingKind kind = SettingKind::TEXT;
-    /// What pages and completion offer: "true" and "false" for a switch, the values of a choice, else none. Not a
-    /// limit: most owners keep other texts.
+    /// The values that pages and completion offer: "true" and "false" for a switch, the values of a choice, otherwise
+    /// none. Other texts are accepted too.
     std::vector<std::string> values;
-    /// Stands in for a value that is not stored. None for a setting without default.
+    /// Used when no value is stored. Absent for a setting without default.
     std::optional<std::string> defaultValue;
     SettingOwner owner = SettingOwner::STORAGE;
-    /// Requests to set it are refused: it changes at its owner only.
+    /// Read-only for requests: only its owner changes it.
     bool setByDeviceOnly = false;
-    /// Names of people, rooms and phones, account state: never in metrics, never in files that go to others.
+    /// Names of people, rooms and phones, account state: never in metrics or support files.
     bool personal = false;
-    /// One sentence for people.
+    /// One sentence for users.
     std::string description;
 };
 
-/// All settings, in the order of their numbers. Any thread.
+/// Returns: all settings, in the order of their numbers. Threads: any.
 const std::vector<SettingDescription>& catalogue();
 
-/// Returns: the setting with that key; null when the catalogue has none. Any thread.
+/// Returns: the setting with the key `key`; null when the catalogue has none. Threads: any.
 const SettingDescription* findSetting(std::string_view key);
 
-/// The catalogue as JSON text, as it stands in SettingsHandler/catalogue.json.
+/// Returns: the JSON text of SettingsHandler/catalogue.json.
 std::string_view catalogueText();
 
 }  // namespace Wire

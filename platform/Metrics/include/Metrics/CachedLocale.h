@@ -4,7 +4,7 @@
 
 namespace Metrics {
 
-/// The locale that the metrics cache was last given; empty until then. Threads: any.
+/// Returns: the last locale that was set in the metrics cache; empty before that. Threads: any.
 [[gnu::visibility("default")]] std::string cachedOrliaLocale();
 
 }  // namespace Metrics

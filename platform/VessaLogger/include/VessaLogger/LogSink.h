@@ -10,27 +10,27 @@ namespace VessaLogger {
 
 /// One emitted line. The references are valid during the call of the sink only.
 struct LogLine {
-    /// How serious it is.
+    /// Its level.
     LogLevel level;
     /// When it was logged.
     std::chrono::system_clock::time_point time;
-    /// What identifies the thread that logged it.
+    /// The thread that logged it.
     const std::string& threadId;
-    /// May hold line ends and other control characters, see `escapeControlCharacters`.
+    /// May contain line ends and other control characters, see `escapeControlCharacters`.
     const std::string& text;
-    /// Which part of the application logged it.
+    /// The part of the application that logged it.
     LogSource source;
 };
 
-/// Where lines go. Called for one line at a time, on the thread that logs; must not log itself.
+/// A function that writes lines. It is called for one line at a time, on the thread that logs, and must not log.
 using LogSink = std::function<void(const LogLine&)>;
 
-/// Sends every line from now on to `sink`; an empty one restores standard error, where lines go from the start.
-/// Threads: any. The replaced sink is not called any more once this returns.
+/// Sends every line from now on to `sink`. An empty sink restores the default, standard error.
+/// Threads: any. The old sink is not called any more after this returns.
 [[gnu::visibility("default")]] void setLogSink(LogSink sink);
 
-/// Makes one printable line of any text: each control character, a line end too, becomes an escape such as `\n`,
-/// `\x1b` or `\u009b`. Other bytes of UTF-8 texts stay as they are.
+/// Returns: `text` as one printable line. Each control character, line ends included, becomes an escape such as `\n`,
+/// `\x1b` or `\u009b`; all other bytes stay.
 [[gnu::visibility("default")]] std::string escapeControlCharacters(const std::string& text);
 
 }  // namespace VessaLogger

@@ -12,26 +12,26 @@
 
 namespace SettingsHandlerTesting {
 
-/// What the handler relies on in every source of device information. Run it over your own with three lines:
+/// Checks what the handler requires of a source of device information. Run it on your own with three lines:
 ///
 ///     using namespace SettingsHandlerTesting;
 ///     struct MyInfoMaker { MyInfo own; DeviceAbstractionLayer::OrliaDeviceInfoInterface& deviceInfo() { return own; }
 ///     }; INSTANTIATE_TYPED_TEST_SUITE_P(MyInfo, DeviceInfoContract, MyInfoMaker);
 ///
-/// The maker is default-constructed for each check. Its hooks, each for a check of its own:
+/// The maker is default-constructed for each check. Its hooks, each for one check:
 ///
-/// - `void switchMode(const std::string& mode, bool on)`: switches the mode that the entry `mode` stands for, at the
-///   device.
-/// - `static constexpr bool anyThread = true;`: it may be called from every thread.
+/// - `void switchMode(const std::string& mode, bool on)`: switches a mode on or off at the device; `mode` is the key
+///   of its entry.
+/// - `static constexpr bool anyThread = true;`: it may be called from any thread.
 ///
-/// It cannot show that the source never calls back into the handler, which holds its mutex during some of the reads.
+/// Not checked: the source must not call the handler, which holds its mutex during some of the reads.
 template <typename Maker>
 class DeviceInfoContract : public ::testing::Test {
     /// @cond
 protected:
     using Entries = std::map<std::string, std::string>;
 
-    /// The entries that the handler reads, of all there are.
+    /// The entries that the handler reads.
     Entries modes() {
         Entries read;
         for (const auto& [key, word] : maker.deviceInfo().getDeviceInfo()) {
@@ -52,11 +52,11 @@ template <typename Maker>
 using SwitchModeHook = decltype(std::declval<Maker&>().switchMode(std::string(), true));
 
 TYPED_TEST_SUITE_P(DeviceInfoContract);
-// Whoever includes this may have nothing to check with it yet.
+// A program may include this header without an instantiation.
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(DeviceInfoContract);
 
-/// Only the exact word "on" means on. Everything else, a missing entry too, is taken for off without a log line, so a
-/// misspelt key or word is never noticed.
+/// Only the exact value "on" means on. Any other value and a missing entry mean off, without a log line, so a misspelt
+/// key or value would not be noticed.
 TYPED_TEST_P(DeviceInfoContract, SpellsTheThreeModesAndTheirWordsExactly) {
     const auto info = this->modes();
     for (const std::string key : {"currentHandsFreeStatus", "currentAlwaysOnVoiceMode", "currentAlwaysOnPTTMode"}) {
@@ -67,13 +67,13 @@ TYPED_TEST_P(DeviceInfoContract, SpellsTheThreeModesAndTheirWordsExactly) {
     }
 }
 
-/// Each setting is read by a call of its own: settings read one after the other must fit together.
+/// Each setting is read by a separate call: settings that are read one after the other must be consistent.
 TYPED_TEST_P(DeviceInfoContract, AnswersTheSameWhileNothingIsSwitched) {
     const auto first = this->modes();
     EXPECT_EQ(this->modes(), first) << "a reading changed what is read";
 }
 
-/// The handler reads the modes afresh each time and keeps no copy of its own to correct.
+/// The handler reads the modes each time.
 TYPED_TEST_P(DeviceInfoContract, ReportsEachModeAsItIsNow) {
     if constexpr (!offers<SwitchModeHook, TypeParam>) {
         GTEST_SKIP() << "needs `void switchMode(const std::string& mode, bool on)` in the maker";
@@ -90,7 +90,7 @@ TYPED_TEST_P(DeviceInfoContract, ReportsEachModeAsItIsNow) {
     }
 }
 
-/// Reads come on the thread of the request, or on that of the one who asks for all settings.
+/// The handler reads on the thread that calls it.
 TYPED_TEST_P(DeviceInfoContract, MayBeReadFromAnyThread) {
     if constexpr (!offers<AnyThreadHook, TypeParam>) {
         GTEST_SKIP() << "needs `static constexpr bool anyThread = true;` in the maker";

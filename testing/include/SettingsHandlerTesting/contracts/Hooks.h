@@ -6,12 +6,12 @@
 
 #include <gtest/gtest.h>
 
-/// What a maker may have besides the thing that it makes. A check that needs a hook which the maker lacks is skipped,
-/// and says which.
+/// Hooks: optional members of a maker. A check that needs a hook which the maker lacks is skipped with a message that
+/// names the hook.
 namespace SettingsHandlerTesting {
 
-/// Names the tests of an instantiation after nothing but their number; pass it as the last argument where the compiler
-/// insists on one (-Wpedantic).
+/// Names the tests of an instantiation by their number. Pass it as the last argument where the compiler requires one
+/// (-Wpedantic).
 struct NumberedNames {
     /// The number, as text.
     template <typename Maker>
@@ -26,11 +26,11 @@ struct HookDetection : std::false_type {};
 template <template <typename> class Hook, typename Maker>
 struct HookDetection<std::void_t<Hook<Maker>>, Hook, Maker> : std::true_type {};
 
-/// Has `Maker` this hook? `Hook`: the type of the expression that uses it.
+/// Whether `Maker` has this hook. `Hook`: the type of the expression that uses it.
 template <template <typename> class Hook, typename Maker>
 constexpr bool offers = HookDetection<void, Hook, Maker>::value;
 
-/// `static constexpr bool anyThread = true;`: what is made may be called from every thread.
+/// `static constexpr bool anyThread = true;`: the implementation may be called from any thread.
 template <typename Maker>
 using AnyThreadHook = std::enable_if_t<Maker::anyThread>;
 

@@ -15,31 +15,31 @@
 
 namespace SettingsHandlerTesting {
 
-/// What the handler relies on in every bridge to a voice SDK. Run it over your own with three lines:
+/// Checks what the handler requires of a bridge to a voice SDK. Run it on your own with three lines:
 ///
 ///     using namespace SettingsHandlerTesting;
 ///     struct MyBridgeMaker { MyBridge own; teskVessa::SDKBridgeInterface& bridge() { return own; } };
 ///     INSTANTIATE_TYPED_TEST_SUITE_P(MyBridge, SdkBridgeContract, MyBridgeMaker);
 ///
-/// The maker is default-constructed for each check. The checks write the locales en-US, fr-FR and es-US and the time
-/// zones Europe/Paris and America/Vancouver, which the bridge must take. Its hooks, each for checks of its own:
+/// The maker is default-constructed for each check. The checks set the locales en-US, fr-FR and es-US and the time
+/// zones Europe/Paris and America/Vancouver, which the bridge must accept. Its hooks, each for some of the checks:
 ///
-/// - `void refuseWrites(bool refuse)`: the SDK refuses everything from now on, or does so no longer.
+/// - `void refuseWrites(bool refuse)`: whether the SDK refuses everything from now on.
 /// - `void switchCaptions(bool on)` and `void switchDoNotDisturb(bool on)`: switches it at the SDK.
-/// - `DeviceAbstractionLayer::OrliaDeviceInfoInterface& deviceInfo()`: where the switch and the always-on modes that
-/// the
-///   bridge is told come back.
-/// - `SDKWrapper::StorageManagerInterface& storage()`: where the friendly name that the bridge is told comes back.
-/// - `static constexpr bool anyThread = true;`: it may be called from every thread.
+/// - `DeviceAbstractionLayer::OrliaDeviceInfoInterface& deviceInfo()`: the device information that shows the hands-free
+///   switch and the always-on modes after they were set through the bridge.
+/// - `SDKWrapper::StorageManagerInterface& storage()`: the storage that holds the friendly name after it was set
+///   through the bridge.
+/// - `static constexpr bool anyThread = true;`: it may be called from any thread.
 ///
-/// It cannot show that the bridge never calls back into the handler, which holds its mutex during some of the calls.
+/// Not checked: the bridge must not call the handler, which holds its mutex during some of the calls.
 template <typename Maker>
 class SdkBridgeContract : public ::testing::Test {
     /// @cond
 protected:
     teskVessa::SDKBridgeInterface& bridge() { return maker.bridge(); }
 
-    /// All that can be read at the bridge, as one text.
+    /// All values that can be read through the bridge, as one text.
     std::string everything() {
         std::string text = bridge().getTimezone();
         for (const auto& locale : bridge().getLocales()) {
@@ -70,10 +70,10 @@ template <typename Maker>
 using StorageHook = decltype(std::declval<Maker&>().storage());
 
 TYPED_TEST_SUITE_P(SdkBridgeContract);
-// Whoever includes this may have nothing to check with it yet.
+// A program may include this header without an instantiation.
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(SdkBridgeContract);
 
-/// The time zone is read from the SDK alone, and a new one is compared with what the SDK has.
+/// The time zone is read from the SDK only, and a new one is compared with the SDK's value.
 TYPED_TEST_P(SdkBridgeContract, GivesTheTimezoneBack) {
     for (const std::string timezone : {"Europe/Paris", "America/Vancouver", "America/Vancouver"}) {
         this->bridge().setTimezone(timezone);
@@ -81,7 +81,8 @@ TYPED_TEST_P(SdkBridgeContract, GivesTheTimezoneBack) {
     }
 }
 
-/// The first locale is the primary one, which observers and metrics are told of; a list in another order is a change.
+/// The first locale is the primary one, which is reported to observers and metrics; a list in another order is a
+/// change.
 TYPED_TEST_P(SdkBridgeContract, GivesTheLocalesBackInTheirOrder) {
     using Locales = std::vector<std::string>;
     for (const auto& locales : {Locales{"fr-FR", "en-US"}, Locales{"es-US", "fr-FR", "en-US"}, Locales{"en-US"}}) {
@@ -90,7 +91,7 @@ TYPED_TEST_P(SdkBridgeContract, GivesTheLocalesBackInTheirOrder) {
     }
 }
 
-/// Every setting is read by itself and reported by itself.
+/// Each setting is read and reported separately.
 TYPED_TEST_P(SdkBridgeContract, ChangesOnlyWhatItIsTold) {
     this->bridge().setTimezone("Europe/Paris");
     this->bridge().setLocales({"fr-FR"});
@@ -108,13 +109,13 @@ TYPED_TEST_P(SdkBridgeContract, ChangesOnlyWhatItIsTold) {
     EXPECT_EQ(this->bridge().isDoNotDisturbEnabled(), doNotDisturb);
 }
 
-/// The handler reads without being told of changes, so a reading is no change.
+/// The handler reads at any time, so a read must change nothing.
 TYPED_TEST_P(SdkBridgeContract, AnswersTheSameWhileNothingIsWritten) {
     const std::string first = this->everything();
     EXPECT_EQ(this->everything(), first);
 }
 
-/// A false is counted as an error of that setting, and the pages are told of the change all the same.
+/// The handler records a false as an error in the metrics, and reports the change all the same.
 TYPED_TEST_P(SdkBridgeContract, TakesTheThreeSettingsThatItIsHanded) {
     for (const std::string key : {"handsFreeAlwaysOnEnabled", "pttAlwaysOnEnabled"}) {
         for (const std::string value : {"true", "false", "false"}) {
@@ -126,8 +127,8 @@ TYPED_TEST_P(SdkBridgeContract, TakesTheThreeSettingsThatItIsHanded) {
     }
 }
 
-/// A page may ask for any text. The handler compares the next one with what the SDK has then: a bridge takes the text
-/// or keeps the old value, and nothing in between.
+/// A client may send any text. The handler compares the next one with the SDK's value: a bridge accepts the text
+/// unchanged or keeps the old value.
 TYPED_TEST_P(SdkBridgeContract, KeepsTheOldValueOfWhatItCannotTake) {
     this->bridge().setTimezone("Europe/Paris");
     for (const std::string timezone : {"", "Nowhere/At all", "Europe/Paris "}) {
@@ -147,7 +148,7 @@ TYPED_TEST_P(SdkBridgeContract, KeepsTheOldValueOfWhatItCannotTake) {
     }
 }
 
-/// The handler hands over three settings; a derived one may hand over others, and the answer is only looked at there.
+/// The handler passes three settings; a derived handler may pass others.
 TYPED_TEST_P(SdkBridgeContract, AnUnknownSettingDoesNoHarm) {
     const std::string before = this->everything();
     for (const std::string key : {"unknown", "", "timezone", "captionsEnabled"}) {
@@ -156,7 +157,7 @@ TYPED_TEST_P(SdkBridgeContract, AnUnknownSettingDoesNoHarm) {
     }
 }
 
-/// The handler counts a refusal and has no other way to learn of one: the old value stays.
+/// A refusal is known to the handler only by the result of `applySetting`; the old values stay.
 TYPED_TEST_P(SdkBridgeContract, KeepsTheOldValuesWhenTheSdkRefuses) {
     if constexpr (!offers<RefuseWritesHook, TypeParam>) {
         GTEST_SKIP() << "needs `void refuseWrites(bool refuse)` in the maker";
@@ -178,7 +179,7 @@ TYPED_TEST_P(SdkBridgeContract, KeepsTheOldValuesWhenTheSdkRefuses) {
     }
 }
 
-/// Captions and do-not-disturb are read at the SDK only, whoever switched them.
+/// Captions and do-not-disturb are read from the SDK only.
 TYPED_TEST_P(SdkBridgeContract, ReportsCaptionsAsTheyAreNow) {
     if constexpr (!offers<SwitchCaptionsHook, TypeParam>) {
         GTEST_SKIP() << "needs `void switchCaptions(bool on)` in the maker";
@@ -206,7 +207,8 @@ TYPED_TEST_P(SdkBridgeContract, ReportsDoNotDisturbAsItIsNow) {
     }
 }
 
-/// The handler writes these modes to the SDK and reads them from the device information: somebody must carry them over.
+/// The handler passes these modes to the SDK and reads them from the device information, so the integration must
+/// connect the two.
 TYPED_TEST_P(SdkBridgeContract, ItsModesComeBackInTheDeviceInformation) {
     if constexpr (!offers<DeviceInfoHook, TypeParam>) {
         GTEST_SKIP() << "needs `OrliaDeviceInfoInterface& deviceInfo()` in the maker";
@@ -226,7 +228,8 @@ TYPED_TEST_P(SdkBridgeContract, ItsModesComeBackInTheDeviceInformation) {
     }
 }
 
-/// The handler writes the friendly name to the SDK and reads it from the storage: somebody must carry it over.
+/// The handler passes the friendly name to the SDK and reads it from the storage, so the integration must connect the
+/// two.
 TYPED_TEST_P(SdkBridgeContract, ItsFriendlyNameComesBackInTheStorage) {
     if constexpr (!offers<StorageHook, TypeParam>) {
         GTEST_SKIP() << "needs `StorageManagerInterface& storage()` in the maker";
@@ -240,7 +243,7 @@ TYPED_TEST_P(SdkBridgeContract, ItsFriendlyNameComesBackInTheStorage) {
     }
 }
 
-/// Requests and notifications may come on different threads, and the handler holds no lock for most of its calls.
+/// Requests and notifications may run on different threads, and the handler holds no lock for most of its calls.
 TYPED_TEST_P(SdkBridgeContract, MayBeUsedFromAnyThread) {
     if constexpr (!offers<AnyThreadHook, TypeParam>) {
         GTEST_SKIP() << "needs `static constexpr bool anyThread = true;` in the maker";

@@ -13,19 +13,19 @@
 
 namespace SettingsHandlerTesting {
 
-/// What the handler relies on in every storage. Run it over your own with three lines:
+/// Checks what the handler requires of a storage. Run it on your own with three lines:
 ///
 ///     using namespace SettingsHandlerTesting;
 ///     struct MyStorageMaker { MyStorage own; SDKWrapper::StorageManagerInterface& storage() { return own; } };
 ///     INSTANTIATE_TYPED_TEST_SUITE_P(MyStorage, StorageContract, MyStorageMaker);
 ///
-/// The maker is default-constructed for each check and gives an empty storage. Its hooks, each for a check of its own:
+/// The maker is default-constructed for each check and has an empty storage. Its hooks, each for one check:
 ///
 /// - `void reopen()`: closes the storage and opens it again, as a restart of the device does.
-/// - `void failWrites(bool fail)`: writes fail from now on, or do so no longer.
-/// - `static constexpr bool anyThread = true;`: it may be called from every thread.
+/// - `void failWrites(bool fail)`: whether writes fail from now on.
+/// - `static constexpr bool anyThread = true;`: it may be called from any thread.
 ///
-/// Unlike in a device nothing is done at the wall socket: `reopen` does not show that a value survives a loss of power.
+/// Not checked: values must survive a loss of power, which `reopen` does not simulate.
 template <typename Maker>
 class StorageContract : public ::testing::Test {
     /// @cond
@@ -54,29 +54,30 @@ template <typename Maker>
 using FailWritesHook = decltype(std::declval<Maker&>().failWrites(true));
 
 TYPED_TEST_SUITE_P(StorageContract);
-// Whoever includes this may have nothing to check with it yet.
+// A program may include this header without an instantiation.
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(StorageContract);
 
-/// The handler reads several settings into one string: a value left untouched is taken for the next setting's.
+/// The handler reads several settings into one string: a value that is not set would be read as that of the next
+/// setting.
 TYPED_TEST_P(StorageContract, EmptiesTheOutputWhenTheKeyIsAbsent) {
     EXPECT_EQ(this->read("absent"), "") << "getValue must set its output also when nothing is stored";
 }
 
-/// The handler reports what it reads back as the setting's value.
+/// The handler reports the stored value as the value of the setting.
 TYPED_TEST_P(StorageContract, GivesBackWhatWasStored) {
     this->store("key", "value");
     EXPECT_EQ(this->read("key"), "value");
     EXPECT_EQ(this->read("key"), "value") << "the second reading differs from the first";
 }
 
-/// A setting has one value, and it is written again under the same key.
+/// Each setting is stored under one key.
 TYPED_TEST_P(StorageContract, ReplacesAValue) {
     this->store("key", "old");
     this->store("key", "new");
     EXPECT_EQ(this->read("key"), "new");
 }
 
-/// Keys come from requests and values are the user's: both are any bytes.
+/// Keys and values come from requests: both are arbitrary bytes.
 TYPED_TEST_P(StorageContract, KeepsAnyBytes) {
     using namespace std::string_literals;
     const std::string bytes = "\0quote\" \xff\xc3 \n end\0"s;
@@ -85,7 +86,7 @@ TYPED_TEST_P(StorageContract, KeepsAnyBytes) {
     EXPECT_EQ(this->read("\0"s), "") << "a key was cut at its NUL";
 }
 
-/// Comparisons are exact: a value that comes back in another form is a change that nobody made.
+/// Comparisons are exact: a value that is read back in another form would be reported as a change.
 TYPED_TEST_P(StorageContract, KeepsValuesInTheFormInWhichTheyCame) {
     for (const std::string value : {"007", "1e3", "true", "NULL", " Den ", "[\"\", \"\"]", "'; --",
                                     "K\xc3\xbc"
@@ -97,7 +98,7 @@ TYPED_TEST_P(StorageContract, KeepsValuesInTheFormInWhichTheyCame) {
     }
 }
 
-/// Setting keys that differ in case are different keys, and unknown keys are stored under their own text.
+/// Keys are case-sensitive, and unknown keys are stored under their own text.
 TYPED_TEST_P(StorageContract, TellsKeysApartByEveryByte) {
     this->store("key", "lower");
     this->store("Key", "upper");
@@ -107,14 +108,15 @@ TYPED_TEST_P(StorageContract, TellsKeysApartByEveryByte) {
     EXPECT_EQ(this->read("key "), "blank");
 }
 
-/// A user may empty a name: the old one must be gone.
+/// A setting may be set to the empty string: the old value must not remain.
 TYPED_TEST_P(StorageContract, StoresTheEmptyValue) {
     this->store("key", "value");
     this->store("key", "");
     EXPECT_EQ(this->read("key"), "");
 }
 
-/// A value cut short is reported as the user's. A limit is fine: it answers false and keeps the old value.
+/// A truncated value would be reported as the value of the setting. A size limit is allowed: `setValue` then returns
+/// false and keeps the old value.
 TYPED_TEST_P(StorageContract, KeepsALargeValueWholeOrRefusesIt) {
     std::string last = "first";
     this->store("key", last);
@@ -130,7 +132,7 @@ TYPED_TEST_P(StorageContract, KeepsALargeValueWholeOrRefusesIt) {
     }
 }
 
-/// A migrated value is removed; the other settings live on.
+/// The migration removes single keys; the others stay.
 TYPED_TEST_P(StorageContract, RemovesOneKeyOnly) {
     this->store("gone", "1");
     this->store("kept", "2");
@@ -139,7 +141,7 @@ TYPED_TEST_P(StorageContract, RemovesOneKeyOnly) {
     EXPECT_EQ(this->read("kept"), "2");
 }
 
-/// The result of a removal is not looked at, but an exception would leave the handler's operation.
+/// The handler ignores the result of a removal, but an exception would leave its operation.
 TYPED_TEST_P(StorageContract, RemovingAnAbsentKeyDoesNoHarm) {
     this->store("kept", "2");
     EXPECT_NO_THROW(this->storage().removeValue("absent"));
@@ -147,7 +149,7 @@ TYPED_TEST_P(StorageContract, RemovingAnAbsentKeyDoesNoHarm) {
     EXPECT_EQ(this->read("kept"), "2");
 }
 
-/// Log-out clears the storage and reads every setting afresh; the next user's settings are stored in it.
+/// A log-out clears the storage and reads every setting again; the storage is used afterwards.
 TYPED_TEST_P(StorageContract, ClearsEverything) {
     this->store("one", "1");
     this->store("two", "2");
@@ -160,7 +162,7 @@ TYPED_TEST_P(StorageContract, ClearsEverything) {
     EXPECT_TRUE(this->storage().clearStorage()) << "an empty storage is cleared, too";
 }
 
-/// The handler keeps nothing itself: after a restart the settings are what the storage gives.
+/// After a restart the handler has only the stored values.
 TYPED_TEST_P(StorageContract, KeepsEverythingWhenItIsReopened) {
     if constexpr (!offers<ReopenHook, TypeParam>) {
         GTEST_SKIP() << "needs `void reopen()` in the maker";
@@ -181,7 +183,7 @@ TYPED_TEST_P(StorageContract, KeepsEverythingWhenItIsReopened) {
     }
 }
 
-/// On false the handler goes on with the old value, in its cache and in what it answers.
+/// After a false the handler continues with the old value, in its cache and in its replies.
 TYPED_TEST_P(StorageContract, KeepsTheOldValueWhenAWriteFails) {
     if constexpr (!offers<FailWritesHook, TypeParam>) {
         GTEST_SKIP() << "needs `void failWrites(bool fail)` in the maker";
@@ -198,7 +200,7 @@ TYPED_TEST_P(StorageContract, KeepsTheOldValueWhenAWriteFails) {
     }
 }
 
-/// Requests and notifications may come on different threads, and the handler holds no lock while it reads and writes.
+/// Requests and notifications may run on different threads, and the handler holds no lock while it reads and writes.
 TYPED_TEST_P(StorageContract, MayBeUsedFromAnyThread) {
     if constexpr (!offers<AnyThreadHook, TypeParam>) {
         GTEST_SKIP() << "needs `static constexpr bool anyThread = true;` in the maker";

@@ -20,27 +20,27 @@
 
 namespace SettingsHandlerTesting {
 
-/// What a client of a transport received.
+/// A message that a client of a transport received.
 struct ReceivedMessage {
-    /// A reply reaches the requester, an event everybody.
+    /// A reply reaches the client that sent the request, an event every client.
     enum Kind { REPLY, EVENT };
     /// A reply or an event.
     Kind kind = REPLY;
-    /// Of an event; of a reply it is not compared.
+    /// Type of an event; not compared for a reply.
     int type = 0;
-    /// Of an event: empty when the clients are not told of it.
+    /// Of an event: empty when the transport does not send it to clients.
     std::string messageId;
     /// Compact JSON text.
     std::string payload;
 };
 
-/// As failing checks print it.
+/// Prints for failing checks.
 inline std::ostream& operator<<(std::ostream& stream, const ReceivedMessage& message) {
     return stream << (message.kind == ReceivedMessage::REPLY ? "reply " : "event ") << message.messageId << " of type "
                   << message.type << ": " << message.payload;
 }
 
-/// What the handler relies on in every transport. Run it over your own with three lines:
+/// Checks what the handler requires of a transport. Run it on your own with three lines:
 ///
 ///     using namespace SettingsHandlerTesting;
 ///     struct MyTransportMaker { … };
@@ -50,20 +50,20 @@ inline std::ostream& operator<<(std::ostream& stream, const ReceivedMessage& mes
 ///
 /// - `CommunicationHandler::CommunicationHandlerInterface& transport()`;
 /// - `void send(int client, int messageType, const std::string& text)`: client 0 or 1 sends the request `text`, a JSON
-///   object with the type in its member "type" too; returns when the transport has dealt with it;
-/// - `std::vector<ReceivedMessage> take(int client)`: replies and events that reached the client since it was asked
-///   last, in their order, all that were sent by now; refusals of the transport's own are left out.
+///   object with the type in its member "type" too; returns after the transport has handled it;
+/// - `std::vector<ReceivedMessage> take(int client)`: removes and returns all replies and events that were sent to the
+///   client so far, in order, without refusals by the transport itself.
 ///
-/// Its hook, for a check of its own: `static constexpr bool anyThread = true;`: events may be sent on every thread.
+/// Its hook, for one check: `static constexpr bool anyThread = true;`: events may be sent on any thread.
 ///
-/// It cannot show that requests are delivered one at a time, nor that the transport stops before the handler goes.
+/// Not checked: requests must be delivered one at a time, and the transport must stop before the handler is destroyed.
 template <typename Maker>
 class TransportContract : public ::testing::Test {
     /// @cond
 protected:
     CommunicationHandler::CommunicationHandlerInterface& transport() { return maker.transport(); }
 
-    /// Registers a handler that keeps what it is called with, and then does `reaction`.
+    /// Registers a handler that keeps its argument and then calls `reaction`.
     void keep(int messageType, std::function<void()> reaction = {}) {
         transport().registerMessageHandler(messageType, [this, reaction, messageType](const std::string& text) {
             delivered.emplace_back(messageType, text);
@@ -83,13 +83,14 @@ protected:
         return payload;
     }
 
-    /// A payload that lives as long as the check: a transport that looks at it too late fails, and does not crash.
+    /// A payload that lives as long as the check: a transport that reads it too late fails the check and does not
+    /// crash.
     rapidjson::Document& kept(const std::string& value) {
         payloads.push_back(std::make_unique<rapidjson::Document>(payloadOf(value)));
         return *payloads.back();
     }
 
-    /// Sends the event "a setting changed".
+    /// Sends a SettingChanged event.
     std::string announce(const std::string& value) {
         return transport().sendMessage(CommunicationHandler::SETTING_CHANGED, kept(value));
     }
@@ -98,7 +99,7 @@ protected:
         transport().sendResponse(messageId, kept(value));
     }
 
-    /// What a client received, without the ids of events, which are the transport's own.
+    /// The messages that a client received, without the ids of events, which the transport chooses.
     std::vector<std::string> received(int client) {
         std::vector<std::string> texts;
         for (const auto& message : maker.take(client)) {
@@ -118,16 +119,16 @@ protected:
 
     Deliveries delivered;
     std::vector<std::unique_ptr<rapidjson::Document>> payloads;
-    /// Last, so that it goes first: a transport that delivers at its end finds the rest in place.
+    /// Last, so that it is destroyed first: a transport may deliver until then.
     Maker maker;
     /// @endcond
 };
 
 TYPED_TEST_SUITE_P(TransportContract);
-// Whoever includes this may have nothing to check with it yet.
+// A program may include this header without an instantiation.
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(TransportContract);
 
-/// The handler looks for the members of a request by these names.
+/// The handler finds the members of a request by these names.
 TYPED_TEST_P(TransportContract, NamesTheMembersOfTheEnvelope) {
     const auto& transport = this->transport();
     EXPECT_NE(transport.messageIdKey, "");
@@ -138,14 +139,14 @@ TYPED_TEST_P(TransportContract, NamesTheMembersOfTheEnvelope) {
     EXPECT_NE(transport.timestampKey, transport.payloadKey);
 }
 
-/// The handler registers in its constructor: a request delivered in there finds half an object.
+/// The handler registers in its constructor: a request must not be delivered to an object under construction.
 TYPED_TEST_P(TransportContract, CallsNobodyWhileRegistering) {
     this->maker.send(0, CommunicationHandler::GET_SETTINGS, this->request(CommunicationHandler::GET_SETTINGS));
     this->keep(CommunicationHandler::GET_SETTINGS);
     EXPECT_TRUE(this->delivered.empty()) << "what arrived before the registration is not kept for it";
 }
 
-/// The function that the handler passes lives during the call only.
+/// The function that the handler passes is valid during the call only.
 TYPED_TEST_P(TransportContract, KeepsItsOwnCopyOfTheHandler) {
     auto part = std::make_shared<int>(0);
     const std::weak_ptr<int> whole = part;
@@ -156,7 +157,7 @@ TYPED_TEST_P(TransportContract, KeepsItsOwnCopyOfTheHandler) {
     EXPECT_EQ(*whole.lock(), 1);
 }
 
-/// The handler reads envelope and payload itself, and tells requests apart by nothing but who is called.
+/// The handler parses envelope and payload itself. It gets the type of a request only by which function is called.
 TYPED_TEST_P(TransportContract, DeliversTheWholeTextToTheHandlerOfItsType) {
     const std::vector<int> types{CommunicationHandler::GET_SETTINGS, CommunicationHandler::IS_ORLIA_SELECTED_VA,
                                  CommunicationHandler::OPEN_VA_SETTINGS, CommunicationHandler::SET_SETTINGS,
@@ -176,7 +177,7 @@ TYPED_TEST_P(TransportContract, DeliversTheWholeTextToTheHandlerOfItsType) {
     EXPECT_EQ(this->delivered, expected) << "each request goes to the handler of its type, every byte of it";
 }
 
-/// Pages may be newer than the device's software.
+/// Clients may be newer than the device's software.
 TYPED_TEST_P(TransportContract, DropsWhatNobodyRegisteredFor) {
     this->keep(CommunicationHandler::GET_SETTINGS);
     for (const int type : {CommunicationHandler::SET_SETTINGS + 0, CommunicationHandler::SETTING_CHANGED + 0, 4711}) {
@@ -187,7 +188,7 @@ TYPED_TEST_P(TransportContract, DropsWhatNobodyRegisteredFor) {
     EXPECT_EQ(this->delivered.size(), 1U) << "the transport must go on after an unknown type";
 }
 
-/// The handler names nobody but the message: other pages would take the reply for theirs.
+/// The handler gives the transport only the message id, which other clients may use too.
 TYPED_TEST_P(TransportContract, RepliesToTheAskerAlone) {
     this->keep(CommunicationHandler::GET_SETTINGS, [this] { this->reply("m1", "first"); });
     this->maker.send(0, CommunicationHandler::GET_SETTINGS, this->request(CommunicationHandler::GET_SETTINGS));
@@ -198,7 +199,7 @@ TYPED_TEST_P(TransportContract, RepliesToTheAskerAlone) {
     EXPECT_EQ(this->received(1), (std::vector<std::string>{this->replyText("m1", "first")}));
 }
 
-/// Every page shows the new value, whoever changed it: also the one that did, and also a change made at the device.
+/// Every client gets every change: also the one that made it, and also changes at the device.
 TYPED_TEST_P(TransportContract, SendsEventsToEveryClient) {
     this->keep(CommunicationHandler::SET_SETTINGS, [this] { this->announce("asked for"); });
     this->announce("at the device");
@@ -208,7 +209,7 @@ TYPED_TEST_P(TransportContract, SendsEventsToEveryClient) {
     EXPECT_EQ(this->received(1), expected);
 }
 
-/// A page that writes and then asks takes the reply for the newer of the two.
+/// A client takes the later of an event and a reply for the newer value.
 TYPED_TEST_P(TransportContract, KeepsTheOrder) {
     this->keep(CommunicationHandler::GET_SETTINGS, [this] {
         this->announce("1");
@@ -225,7 +226,7 @@ TYPED_TEST_P(TransportContract, KeepsTheOrder) {
                                                            this->eventText("3"), this->eventText("4")}));
 }
 
-/// The document is valid during the call only: what is sent later must have been copied, or moved away.
+/// The document is valid during the call only: a transport that sends later must copy it or move it away.
 TYPED_TEST_P(TransportContract, SendsPayloadsAsTheyWereDuringTheCall) {
     auto& answer = this->kept("answer");
     auto& event = this->kept("event");
@@ -239,7 +240,7 @@ TYPED_TEST_P(TransportContract, SendsPayloadsAsTheyWereDuringTheCall) {
     EXPECT_EQ(this->received(0), (std::vector<std::string>{this->eventText("event"), this->replyText("m1", "answer")}));
 }
 
-/// Values are the user's: any text, of any length that the storage takes.
+/// Values are any text, of any length that the storage accepts.
 TYPED_TEST_P(TransportContract, SendsAnyText) {
     using namespace std::string_literals;
     std::string value;
@@ -254,7 +255,7 @@ TYPED_TEST_P(TransportContract, SendsAnyText) {
     }
 }
 
-/// A message id is the client's own and may be any text; the handler gives it back as it was.
+/// A client may choose any text as message id; the reply has the same.
 TYPED_TEST_P(TransportContract, RepliesWithAnyMessageId) {
     std::string messageId;
     this->keep(CommunicationHandler::GET_SETTINGS, [&] { this->reply(messageId, "x"); });
@@ -266,7 +267,7 @@ TYPED_TEST_P(TransportContract, RepliesWithAnyMessageId) {
     }
 }
 
-/// The handler itself ignores what sendMessage answers. A derived handler may follow an event by it.
+/// The handler ignores the result of sendMessage; a derived handler may use it.
 TYPED_TEST_P(TransportContract, AnswersWithTheIdOfTheEvent) {
     const std::string first = this->announce("first");
     const std::string second = this->announce("second");
@@ -279,7 +280,8 @@ TYPED_TEST_P(TransportContract, AnswersWithTheIdOfTheEvent) {
     }
 }
 
-/// The handler catches nothing: an exception of a storage comes out of it, and the next request is another one's.
+/// The handler catches nothing: an exception of a collaborator reaches the transport, which must handle the next
+/// request.
 TYPED_TEST_P(TransportContract, GoesOnAfterAnException) {
     bool throws = true;
     this->keep(CommunicationHandler::GET_SETTINGS, [&] {
@@ -291,7 +293,7 @@ TYPED_TEST_P(TransportContract, GoesOnAfterAnException) {
     try {
         this->maker.send(0, CommunicationHandler::GET_SETTINGS, this->request(CommunicationHandler::GET_SETTINGS));
     } catch (const std::runtime_error&) {
-        // A transport without a loop of its own may let it out to the one who delivers.
+        // A transport without its own thread may pass it to the caller.
     }
     throws = false;
     this->maker.send(1, CommunicationHandler::GET_SETTINGS, this->request(CommunicationHandler::GET_SETTINGS));
@@ -299,7 +301,7 @@ TYPED_TEST_P(TransportContract, GoesOnAfterAnException) {
     EXPECT_EQ(this->received(1), (std::vector<std::string>{this->replyText("m1", "x")}));
 }
 
-/// A change at the device is announced on the device layer's thread, while requests come on the transport's.
+/// The event of a change at the device is sent on the device layer's thread, while requests run on the transport's.
 TYPED_TEST_P(TransportContract, TakesEventsFromAnyThread) {
     if constexpr (!offers<AnyThreadHook, TypeParam>) {
         GTEST_SKIP() << "needs `static constexpr bool anyThread = true;` in the maker";

@@ -11,20 +11,20 @@
 /// Link-time doubles of the logger, the metrics cache and the application table. Link
 /// `SettingsHandler::testing_platform` instead of the platform libraries; the two cannot be linked together.
 ///
-/// Knobs: what they record to, `PlatformRecording` and `RecordingLog`; exceptions and delays through `Journal::at` on
-/// the entry of a line. Without either, lines are dropped.
+/// Options: `PlatformRecording` and `RecordingLog`, which record what they get; exceptions and delays through
+/// `Journal::at` with the entry of a line. Without either, lines are dropped.
 ///
-/// Threads: any, for what is recorded. A recording begins and ends while no other thread uses the handler.
+/// Threads: any for the operations. Begin and end a recording while no other thread uses the handler.
 ///
-/// Unlike the real ones they print nothing, drop no line for its level, and know one application: `VA_SETTINGS_APP` is
-/// "settings-app".
+/// Differences from the real ones: they print nothing, drop no line because of its level, and know one application:
+/// `VA_SETTINGS_APP` is "settings-app".
 namespace SettingsHandlerTesting {
 
-/// While it lives, the doubles write to `journal`, in line with everything else that happens:
-/// `log 1 SettingsHandler:isRequestValid` for a line of level 1, `metricsCache.setOrliaLocale(en-US)`. One at a time.
+/// While it exists, the doubles record into `journal`: `log 1 SettingsHandler:isRequestValid` for a line of level 1,
+/// `metricsCache.setOrliaLocale(en-US)`. Only one may exist at a time.
 class PlatformRecording {
 public:
-    /// `journal` outlives it.
+    /// `journal` must outlive it.
     explicit PlatformRecording(Journal& journal);
     ~PlatformRecording();
 
@@ -32,15 +32,15 @@ public:
     PlatformRecording& operator=(const PlatformRecording&) = delete;
 };
 
-/// A line of the log. Level 0 is a trace, 1 information, 2 a warning, 3 an error.
+/// A line of the log.
 struct LogLine {
-    /// From 0 to 3.
+    /// A `VessaLogger::LogLevel`.
     int level = -1;
-    /// As it was emitted, with the tag in front.
+    /// The emitted text, with the tag.
     std::string text;
 };
 
-/// Every member is equal, or not; and the text that failing tests print.
+/// Compares all members; and prints for failing tests.
 /// @{
 inline bool operator==(const LogLine& left, const LogLine& right) {
     return left.level == right.level && left.text == right.text;
@@ -53,13 +53,13 @@ inline std::ostream& operator<<(std::ostream& stream, const LogLine& line) {
 }
 /// @}
 
-/// While it lives, it keeps the lines of the log, apart from any journal; for a test that is about the log:
+/// While it exists, it keeps the lines of the log, without a journal:
 ///
 ///     RecordingLog log;
 ///     handler->addFriendlyNameObserver(nullptr);
 ///     EXPECT_EQ(log.take(VessaLogger::WARNING), (std::vector<LogLine>{{2, "SettingsHandler:…"}}));
 ///
-/// One at a time. Nothing waits: a line is here when the operation that logged it has returned.
+/// Only one may exist at a time. A line is available when the operation that logged it returns.
 class RecordingLog {
 public:
     RecordingLog();
@@ -68,7 +68,7 @@ public:
     RecordingLog(const RecordingLog&) = delete;
     RecordingLog& operator=(const RecordingLog&) = delete;
 
-    /// The lines so far of this level and the more serious ones; no line is left afterwards.
+    /// Removes all lines so far, and returns those of this level and the more severe ones.
     std::vector<LogLine> take(int leastLevel = 0);
 
     /// Called by the logger.
@@ -79,22 +79,22 @@ private:
     std::vector<LogLine> lines;
 };
 
-/// What the doubles were asked while the library was loaded, in order: "Log::instance", "MetricsCache::instance".
+/// Returns: the calls of `instance()` so far, in order: "Log::instance", "MetricsCache::instance".
 std::vector<std::string> singletonRequests();
 
-/// Called by each double's `instance()` if the program defines it; lets a test look at what is built by then.
+/// Called by each double's `instance()` if the program defines it, so that a test can see what is built by then.
 void onSingletonRequest(const char* which);
 
-/// The details of the line emitted last.
+/// Details of the last emitted line.
 struct LastLine {
-    /// What `emitLog` was given.
+    /// Arguments of `emitLog`.
     /// @{
     std::string threadId;
     int source = -1;
     long long secondsSinceEpoch = 0;
     /// @}
 };
-/// The line emitted last in this process.
+/// Returns: the last line emitted in this process.
 LastLine lastLine();
 
 }  // namespace SettingsHandlerTesting

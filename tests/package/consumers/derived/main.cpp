@@ -3,7 +3,7 @@
 
 namespace {
 
-/// Takes no request for the companion device, whatever its time stamp.
+/// Refuses every request for the companion device, whatever its time stamp.
 class StrictHandler : public SettingsHandler::SettingsHandler {
 public:
     using SettingsHandler::SettingsHandler;
@@ -18,7 +18,7 @@ public:
 }  // namespace
 
 int main() {
-    Stranger::World<StrictHandler> world;
+    Consumer::World<StrictHandler> world;
     world.handler->initializeSettings();
     for (const char* request : {R"({"timestamp":5,"payload":{"settingDBId":"deviceName","to":"Kitchen"}})",
                                 R"({"timestamp":4,"payload":{"settingDBId":"deviceName","to":"Cellar"}})",

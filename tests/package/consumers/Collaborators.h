@@ -18,8 +18,8 @@
 #include "Utils/RapidjsonUtil.h"
 #include "teskVessa/SDKBridgeInterface.h"
 
-/// The least that a program has to bring: what it is told it prints or forgets.
-namespace Stranger {
+/// The minimal collaborators of a program: they print or ignore their calls.
+namespace Consumer {
 
 class Transport : public CommunicationHandler::CommunicationHandlerInterface {
 public:
@@ -98,7 +98,7 @@ public:
     std::map<std::string, std::string> getDeviceInfo() override { return {}; }
 };
 
-/// A handler of any class, among the collaborators above.
+/// A handler of any class with the collaborators above.
 template <typename Handler>
 struct World {
     std::shared_ptr<Transport> transport = std::make_shared<Transport>();
@@ -108,4 +108,4 @@ struct World {
                                   std::make_shared<Launcher>(), std::make_shared<Device>());
 };
 
-}  // namespace Stranger
+}  // namespace Consumer

@@ -6,7 +6,7 @@
 #include "SettingsHandler/SettingsHandler.h"
 #include "SettingsHandlerTesting/Journal.h"
 #include "SettingsHandlerTesting/Mocks.h"
-// Contracts that this program has nothing for, or not yet.
+// Contracts that this program does not instantiate.
 #include "SettingsHandlerTesting/contracts/DeviceInfoContract.h"
 #include "SettingsHandlerTesting/contracts/SdkBridgeContract.h"
 #include "SettingsHandlerTesting/contracts/StorageContract.h"

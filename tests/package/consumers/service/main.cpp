@@ -4,7 +4,7 @@
 // Every reference component is called: the logger and the metrics cache by a change of the locale, the application
 // table by the request to open the settings application.
 int main() {
-    Stranger::World<SettingsHandler::SettingsHandler> world;
+    Consumer::World<SettingsHandler::SettingsHandler> world;
     world.transport->deliver(CommunicationHandler::SET_SETTINGS,
                              R"({"timestamp":1,"payload":{"settingDBId":"orliaLocale","to":"[\"fr-FR\"]"}})");
     world.transport->deliver(CommunicationHandler::GET_SETTINGS,
