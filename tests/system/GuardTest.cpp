@@ -45,7 +45,8 @@ TEST_F(HostGuard, HoldsOnTheSettingsSocket) {
     EXPECT_EQ(get("orliaLocale"), R"(["fr-FR"])");
     const std::string log = stop();
     std::size_t kept = 0;
-    for (auto at = log.find("was kept away"); at != std::string::npos; at = log.find("was kept away", at + 1)) {
+    for (auto at = log.find("rejected orliaLocale"); at != std::string::npos;
+         at = log.find("rejected orliaLocale", at + 1)) {
         ++kept;
     }
     EXPECT_EQ(kept, 8U) << log;
@@ -99,7 +100,7 @@ TEST_F(HostGuard, HoldsForStoredValuesOfOlderSoftware) {
         for (int round = 0; round < 2; ++round) {
             start();
             const std::string log = stop();
-            EXPECT_EQ(contains(log, "it is now under 'orliaLocale.unusable'"), text.rejected && round == 0) << log;
+            EXPECT_EQ(contains(log, "moved to 'orliaLocale.unusable'"), text.rejected && round == 0) << log;
         }
         const std::string key = text.rejected ? "orliaLocale.unusable" : "orliaLocale";
         const bool migrated = text.name == std::string("array") || text.name == std::string("array before a NUL");
