@@ -45,8 +45,8 @@ TEST_F(HostGuard, RejectsLocalesOnTheSettingsSocket) {
     EXPECT_EQ(get("orliaLocale"), R"(["fr-FR"])");
     const std::string log = stop();
     std::size_t rejected = 0;
-    for (auto at = log.find("rejected orliaLocale"); at != std::string::npos;
-         at = log.find("rejected orliaLocale", at + 1)) {
+    const std::string line = "settings-host:rejected orliaLocale: must be a JSON array";
+    for (auto at = log.find(line); at != std::string::npos; at = log.find(line, at + 1)) {
         ++rejected;
     }
     EXPECT_EQ(rejected, 8U) << log;
