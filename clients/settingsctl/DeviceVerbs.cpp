@@ -1,15 +1,15 @@
 #include <functional>
 
-#include "Connection.h"
+#include "Json.h"
 #include "Verbs.h"
-#include "Wire.h"
+#include "connection/DeviceCommand.h"
 
 namespace SettingsCtl {
 
 namespace {
 
 /// Sends `{"command": …}` with the members that `arguments` writes. Returns: the reply.
-Frame execute(
+Wire::HostFrame execute(
     const Context& context, const std::string& command,
     const std::function<void(JsonWriter&)>& arguments = [](JsonWriter&) {}) {
     rapidjson::StringBuffer buffer;
@@ -19,18 +19,15 @@ Frame execute(
     writer.String(command);
     arguments(writer);
     writer.EndObject();
-    Connection connection(context.deviceSockets, context.timeout);
-    connection.send(std::string(buffer.GetString(), buffer.GetSize()) + "\n");
-    Frame reply(connection.receive(connection.deadline()));
-    reply.throwIfRefusal();
-    return reply;
+    return SettingsClient::executeDeviceCommand(context.deviceSockets, context.timeout,
+                                                {buffer.GetString(), buffer.GetSize()});
 }
 
 Failure notADeviceSocket() {
     return {UNREACHABLE, "unexpected response: not a device socket"};
 }
 
-ExitStatus confirm(const Context& context, const Frame& reply) {
+ExitStatus confirm(const Context& context, const Wire::HostFrame& reply) {
     if (reply.booleanAt({"ok"}) != true) {
         throw notADeviceSocket();
     }
@@ -48,7 +45,7 @@ void member(JsonWriter& writer, const char* name, const std::string& value) {
 }  // namespace
 
 ExitStatus page(const Context& context, bool newKey) {
-    const Frame reply = execute(context, "page", [newKey](JsonWriter& writer) {
+    const Wire::HostFrame reply = execute(context, "page", [newKey](JsonWriter& writer) {
         if (newKey) {
             writer.Key("newKey");
             writer.Bool(true);
@@ -91,7 +88,7 @@ ExitStatus switchDevice(const Context& context, const std::string& command, bool
 }
 
 ExitStatus deviceSetting(const Context& context, const std::string& key, const std::string& value) {
-    const Frame reply = execute(context, "setting", [&](JsonWriter& writer) {
+    const Wire::HostFrame reply = execute(context, "setting", [&](JsonWriter& writer) {
         member(writer, "key", key);
         member(writer, "value", value);
     });

@@ -7,12 +7,12 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include "Connection.h"
-#include "Failure.h"
 #include "FakeHost.h"
+#include "connection/Connection.h"
+#include "connection/Errors.h"
 #include "support/LineClient.h"
 
-using namespace SettingsCtl;
+using namespace SettingsClient;
 using namespace SettingsCtlTests;
 using namespace std::chrono_literals;
 
@@ -26,14 +26,13 @@ std::vector<SocketCandidate> at(const std::string& path) {
 
 class SettingsCtlConnection : public testing::Test {
 protected:
-    /// The message of the `Failure` that `action` throws.
-    template <typename Action>
-    static std::string failureOf(ExitStatus status, const Action& action) {
+    /// The message of the error that `action` throws.
+    template <typename Error = ConnectionError, typename Action>
+    static std::string errorOf(const Action& action) {
         try {
             action();
-        } catch (const Failure& failure) {
-            EXPECT_EQ(failure.exitStatus(), status);
-            return failure.what();
+        } catch (const Error& error) {
+            return error.what();
         }
         return "nothing was thrown";
     }
@@ -56,7 +55,7 @@ TEST_F(SettingsCtlConnection, AssemblesALineSplitAnywhere) {
                 for (;;) {
                     lines.push_back(connection.receive(std::chrono::steady_clock::now()));
                 }
-            } catch (const Failure&) {
+            } catch (const ConnectionError&) {
             }
         };
         host.send(text.substr(0, split));
@@ -91,7 +90,7 @@ TEST_F(SettingsCtlConnection, FailsForALineOverTheLimit) {
     bool whole = true;
     // Read in many pieces, each of them below the limit.
     std::thread sender([&] { whole = host.send(std::string(8 * Connection::maximumLineSize, 'a')); });
-    EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection->receive(connection->deadline()); }),
+    EXPECT_EQ(errorOf([&] { connection->receive(connection->deadline()); }),
               "the host at " + path + " sent a line longer than 1 MiB");
     connection.reset();
     sender.join();
@@ -101,8 +100,7 @@ TEST_F(SettingsCtlConnection, FailsForALineOverTheLimit) {
 TEST_F(SettingsCtlConnection, FailsAtTheDeadline) {
     const ListeningSocket listener(path);
     Connection connection(at(path), 10ms);
-    EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.receive(connection.deadline()); }),
-              "the host at " + path + " does not reply");
+    EXPECT_EQ(errorOf([&] { connection.receive(connection.deadline()); }), "the host at " + path + " does not reply");
 }
 
 TEST_F(SettingsCtlConnection, ReceivesLinesSentBeforeTheHostClosedAfterAFailedSend) {
@@ -111,9 +109,9 @@ TEST_F(SettingsCtlConnection, ReceivesLinesSentBeforeTheHostClosedAfterAFailedSe
     Peer host = listener.accept();
     host.send("last line\n");
     host.close();
-    connection.send("x\n");
+    connection.send({"x"});
     EXPECT_EQ(connection.receive(connection.deadline()), "last line");
-    EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.receive(connection.deadline()); }),
+    EXPECT_EQ(errorOf([&] { connection.receive(connection.deadline()); }),
               "the host at " + path + " closed the connection");
 }
 
@@ -125,42 +123,41 @@ TEST_F(SettingsCtlConnection, ReportsThatTheHostClosed) {
     host.close();
     EXPECT_EQ(connection.receive(connection.deadline()), "whole");
     const std::string closed = "the host at " + path + " closed the connection";
-    EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.receive(connection.deadline()); }), closed);
-    connection.send("x\n");
-    EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.receive(connection.deadline()); }), closed);
+    EXPECT_EQ(errorOf([&] { connection.receive(connection.deadline()); }), closed);
+    connection.send({"x"});
+    EXPECT_EQ(errorOf([&] { connection.receive(connection.deadline()); }), closed);
 }
 
 TEST_F(SettingsCtlConnection, FailsToSendWhenTheHostDoesNotRead) {
     const ListeningSocket listener(path);
     Connection connection(at(path), 10ms);
-    EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.send(std::string(4000000, 'a')); }),
+    EXPECT_EQ(errorOf([&] { connection.send({std::string(4000000, 'a')}); }),
               "the host at " + path + " does not read requests");
 }
 
 TEST_F(SettingsCtlConnection, FailsToConnectWhenTheHostDoesNotAccept) {
     const ListeningSocket listener(path, 0);
     const Connection waiting(at(path), 10ms);
-    EXPECT_EQ(failureOf(UNREACHABLE, [&] { const Connection connection(at(path), 10ms); }),
+    EXPECT_EQ(errorOf([&] { const Connection connection(at(path), 10ms); }),
               "cannot reach the host at " + path + ": Resource temporarily unavailable (is settings-host running?)");
 }
 
 TEST_F(SettingsCtlConnection, ReportsWhyNoHostCanBeReached) {
     const auto reach = [&] { const Connection connection(at(path), waitTimeout); };
-    EXPECT_EQ(failureOf(UNREACHABLE, reach),
+    EXPECT_EQ(errorOf(reach),
               "cannot reach the host at " + path + ": No such file or directory (is settings-host running?)");
     std::ofstream(path) << "a file";
-    EXPECT_EQ(failureOf(UNREACHABLE, reach),
-              "cannot reach the host at " + path + ": Connection refused (is settings-host running?)");
+    EXPECT_EQ(errorOf(reach), "cannot reach the host at " + path + ": Connection refused (is settings-host running?)");
 }
 
 TEST_F(SettingsCtlConnection, RejectsAPathThatASocketCannotHave) {
     const std::string longPath = "/" + std::string(sizeof(sockaddr_un::sun_path) - 1, 'a');
-    EXPECT_EQ(failureOf(WRONG_USAGE, [&] { const Connection connection(at(longPath), waitTimeout); }),
+    EXPECT_EQ(errorOf<InvalidSocketPath>([&] { const Connection connection(at(longPath), waitTimeout); }),
               "the socket path is empty or too long: '" + longPath + "'");
-    EXPECT_EQ(failureOf(WRONG_USAGE, [&] { const Connection connection(at(""), waitTimeout); }),
+    EXPECT_EQ(errorOf<InvalidSocketPath>([&] { const Connection connection(at(""), waitTimeout); }),
               "the socket path is empty or too long: ''");
     EXPECT_EQ(
-        failureOf(UNREACHABLE, [&] { const Connection connection(at(longPath.substr(1)), waitTimeout); }),
+        errorOf([&] { const Connection connection(at(longPath.substr(1)), waitTimeout); }),
         "cannot reach the host at " + longPath.substr(1) + ": No such file or directory (is settings-host running?)");
 }
 
@@ -193,7 +190,7 @@ protected:
     }
     /// Why none is used.
     std::string refusal(const std::vector<SocketCandidate>& from) const {
-        return failureOf(UNREACHABLE, [&] { taken(from); });
+        return errorOf([&] { taken(from); });
     }
     std::string own() const { return "cannot reach the host at " + (folder / "own") + ": "; }
     std::string other() const { return ", nor at " + (folder / "other") + ": "; }
@@ -230,7 +227,7 @@ TEST_F(SettingsCtlHosts, OneThatDoesNotAcceptInTimeIsRunning) {
     const ListeningSocket first(folder / "own", 0);
     const Connection waiting(at(folder / "own"), waitTimeout);
     const ListeningSocket second(folder / "other");
-    EXPECT_EQ(failureOf(UNREACHABLE, [&] { const Connection connection(candidates(), 10ms); }),
+    EXPECT_EQ(errorOf([&] { const Connection connection(candidates(), 10ms); }),
               own() + "Resource temporarily unavailable" + hint);
 }
 

@@ -4,9 +4,9 @@
 #include <unistd.h>
 
 #include "FakeHost.h"
-#include "SocketCandidates.h"
+#include "connection/SocketCandidates.h"
 
-using namespace SettingsCtl;
+using namespace SettingsClient;
 using namespace SettingsCtlTests;
 
 namespace {
