@@ -18,10 +18,15 @@ namespace {
 using namespace SettingsHandlerFuzz;
 using namespace SettingsHost;
 
-class Uninterested : public StorageObserver {
+class IgnoringStorageObserver : public StorageObserver {
 public:
     void storageOperation(StorageOperation /*operation*/, bool /*succeeded*/,
                           std::chrono::nanoseconds /*duration*/) override {}
+};
+
+class IgnoringValueObserver : public ValueObserver {
+public:
+    void valueChanged(const std::string& /*settingDBId*/) override {}
 };
 
 std::string contentOf(const std::filesystem::path& file) {
@@ -37,9 +42,8 @@ bool isKept(const FastFolder& folder, const std::string& bytes) {
 
 /// Whatever the tables hold, the storage answers, and what it says it wrote can be read.
 void use(Database& database) {
-    Uninterested observer;
-    SqliteStorage storage(
-        database, [](const std::string&) {}, observer);
+    IgnoringStorageObserver observer;
+    SqliteStorage storage(database, std::make_shared<IgnoringValueObserver>(), observer);
     TableStateStore state(database, "simulation");
     std::string value = "left over";
     storage.getValue("deviceName", value);

@@ -27,8 +27,8 @@ class DeviceWorld {
 public:
     DeviceWorld() {
         traffic->add(trace);
-        hub->addClient(page);
-        console.arrived(client);
+        hub->connected(page);
+        console.connected(client);
         hub->perform(Origin::DEVICE, [this] { handler->initializeSettings(); });
         device->subscribe(handler, handler);
         page->take();
@@ -42,7 +42,7 @@ public:
     void receive(const std::string& frame) {
         const Facts before = facts(*device, *sdk);
         const auto stored = storage.values;
-        console.receive(client, frame);
+        console.received(client, frame);
         const std::string answer = answerOf(client->take());
         const Facts after = facts(*device, *sdk);
         const std::string code = codeOf(answer);
@@ -62,7 +62,7 @@ public:
             check(Envelope(frame).text("command") == "setting", "a setting alone may be unchanged");
             check(answer == R"({"ok":true,"changed":false})", "an answer to a setting that is unchanged");
             check(before == after && stored == storage.values, "unchanged is unchanged");
-            check(announced.events.empty() && announced.notices.empty(), "nobody is told of what is unchanged");
+            check(announced.events.empty() && announced.notices.empty(), "no event or notice for an unchanged value");
             return;
         }
         expectAnswered(Envelope(frame), Envelope(answer), after);
@@ -127,14 +127,14 @@ private:
         for (const auto& key : announced.notices) {
             check(announced.events.count(key) == 0, "a notice leaves out what had an event: " + key);
             const auto fact = after.find(key);
-            check(fact == after.end() || before.at(key) != fact->second, "a notice tells of a change: " + key);
+            check(fact == after.end() || before.at(key) != fact->second, "a notice is for a change: " + key);
         }
     }
 
     /// A device and an SDK that start from what was saved are as these ones are.
     void expectDurable(const Facts& after) {
-        const auto otherDevice = std::make_shared<SimulatedDevice>(state, [](const std::string&) {});
-        SimulatedSdkBridge otherSdk(state, storage, otherDevice, [](const std::string&) {});
+        const auto otherDevice = std::make_shared<SimulatedDevice>(state, hub);
+        SimulatedSdkBridge otherSdk(state, storage, otherDevice, hub);
         check(facts(*otherDevice, otherSdk) == after, "what is shown survives a restart");
     }
 
@@ -172,10 +172,8 @@ private:
     std::shared_ptr<TrafficObservers> traffic = std::make_shared<TrafficObservers>();
     std::shared_ptr<MessageTrace> trace = std::make_shared<MessageTrace>();
     std::shared_ptr<MessageHub> hub = std::make_shared<MessageHub>(traffic);
-    std::shared_ptr<SimulatedDevice> device =
-        std::make_shared<SimulatedDevice>(state, [this](const std::string& key) { hub->valueChanged(key); });
-    std::shared_ptr<SimulatedSdkBridge> sdk = std::make_shared<SimulatedSdkBridge>(
-        state, storage, device, [this](const std::string& key) { hub->valueChanged(key); });
+    std::shared_ptr<SimulatedDevice> device = std::make_shared<SimulatedDevice>(state, hub);
+    std::shared_ptr<SimulatedSdkBridge> sdk = std::make_shared<SimulatedSdkBridge>(state, storage, device, hub);
     std::shared_ptr<SimulatedAppLaunch> app = std::make_shared<SimulatedAppLaunch>();
     std::shared_ptr<SettingsHandler::SettingsHandler> handler = SettingsHandler::SettingsHandler::create(
         hub, storage, std::make_shared<SettingsHandlerTesting::FakeMetrics>(journal), sdk, app, device);

@@ -75,8 +75,8 @@ public:
     explicit HubWorld(const Surroundings& around) : model(keysInTableOrder()) {
         model.around = around;
         SettingsHandlerFuzz::surround(storage, *sdk, *device, around);
-        hub->addClient(requester);
-        hub->addClient(other);
+        hub->connected(requester);
+        hub->connected(other);
         handler->initializeSettings();
         model.initializeSettings();
         journal.take();
@@ -84,12 +84,12 @@ public:
     }
 
     void refuseTooLarge() {
-        hub->refuseTooLarge(*requester);
+        hub->oversized(requester);
         expectRefusal("too-large", traffic->take());
     }
 
     void receive(const std::string& frame) {
-        hub->receive(requester, frame);
+        hub->received(requester, frame);
         Entries lines = traffic->take();
         check(!lines.empty() && lines.front() == "received " + frame, "a frame is reported first");
         lines.erase(lines.begin());
@@ -100,11 +100,11 @@ public:
         } else if (!type || std::find(types.begin(), types.end(), *type) == types.end()) {
             expectRefusal("unknown-type", lines);
         } else if (*type == 24 && isRejected(frame)) {
-            checkSame(lines, {"handled 24 KEPT_AWAY"}, "the report of a frame that is kept away");
+            checkSame(lines, {"handled 24 REJECTED"}, "the report of a frame that is rejected");
             expectNothingSent();
             checkSame(journal.take(),
-                      {"log 3 settings-host:a locale value that is no array within the nesting limit was kept away"},
-                      "a frame that is kept away");
+                      {"log 3 settings-host:rejected orliaLocale: must be a JSON array of at most 32 levels"},
+                      "a frame that is rejected");
         } else {
             expectDelivery(static_cast<int>(*type), frame, lines);
         }
@@ -133,7 +133,7 @@ private:
 
     void expectRefusal(const std::string& code, const Entries& lines) {
         const Entries own = requester->take();
-        check(own.size() == 1 && codeOf(own.front()) == code, "the sender alone is told: " + code);
+        check(own.size() == 1 && codeOf(own.front()) == code, "the sender alone gets the refusal: " + code);
         checkSame(lines, {"sent to one " + own.front(), "refused " + code}, "the report of a refusal");
         expectNothingSent();
         checkSame(journal.take(), {}, "a refused frame has no effect");

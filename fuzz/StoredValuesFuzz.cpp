@@ -130,8 +130,8 @@ Entries expectedLines(ReferenceModel& model, const std::string& aside) {
     };
     if (!aside.empty()) {
         lines.push_back(
-            "log 3 settings-host:the stored value of 'orliaLocale' is no array of locales; it is now under '" + aside +
-            "'");
+            "log 3 settings-host:rejected stored orliaLocale: must be a JSON array of at most 32 levels; moved to '" +
+            aside + "'");
     }
     lines.emplace_back("log 0 SettingsHandler:Initialized Settings Handler");
     model.initializeSettings();

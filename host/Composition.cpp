@@ -19,11 +19,11 @@ namespace SettingsHost {
 
 namespace {
 
-/// How long clients may take to read what waits for them when the host stops.
+/// The grace period in which clients may read their backlog when the host stops.
 constexpr unsigned drainMilliseconds = 500;
 
-/// Memory of at least this size does not come from the heap.
-constexpr int largePiece = 64 * 1024;
+/// Allocations of at least this size do not come from the heap.
+constexpr int largeAllocation = 64 * 1024;
 
 constexpr std::size_t keyBytes = 16;
 constexpr std::size_t secretBytes = 32;
@@ -34,11 +34,11 @@ HttpAnswer metricsAnswer(const std::string& text) {
     return answer;
 }
 
-/// What signs the browsers' cookies. Not "browserSecret": where older software left that, browsers know it.
+/// The name of the secret that signs cookies. Not "browserSecret": older software gave that one to browsers.
 constexpr const char* secretName = "cookieSecret";
 
-/// It stays the same over restarts, so that a page that is open goes on when the host is back. A backup may hold one
-/// that was replaced since.
+/// The secret stays the same over restarts, so that an open page goes on when the host is back. Not after a recovery: a
+/// backup may hold a secret that was replaced since.
 std::string cookieSecret(StateStore& state, Recovery::Source database) {
     const auto kept = state.load(secretName);
     if (database == Recovery::Source::NOT_NEEDED && kept && kept->size() == 2 * secretBytes) {
@@ -46,12 +46,13 @@ std::string cookieSecret(StateStore& state, Recovery::Source database) {
     }
     std::string made = randomHex(secretBytes);
     if (!state.save(secretName, made)) {
-        logHost(VessaLogger::WARNING, "open pages will need a new address after a restart");
+        logHost(VessaLogger::WARNING,
+                "cannot store the secret of the cookies: open pages will need a new address after a restart");
     }
     return made;
 }
 
-/// SIGHUP stops the host with its terminal, except when whoever started it wants it to stay (nohup).
+/// SIGHUP stops the host with its terminal, unless it is ignored (nohup).
 std::vector<int> stopSignals(bool hangUpStops) {
     std::vector<int> signals{SIGINT, SIGTERM};
     struct sigaction hangUp {};
@@ -96,20 +97,18 @@ Composition::Composition(const Options& options, PassedSockets sockets, const st
       hub(std::make_shared<MessageHub>(traffic, context, backlog)),
       metrics(std::make_shared<HostMetrics>(SETTINGS_HANDLER_VERSION)),
       database(openOrRecover(options.storageFile, recovery)),
-      storage(
-          database, [this](const std::string& key) { hub->valueChanged(key); }, *metrics, [this] { backups.giveUp(); }),
+      storage(database, hub, *metrics, [this] { backups.giveUp(); }),
       boundedStorage(storage, context, [this](std::size_t bytes) { return backlog->hasRoomFor(bytes); }),
       state(database, "simulation"),
       webState(database, "web"),
-      device(std::make_shared<SimulatedDevice>(state, [this](const std::string& key) { hub->valueChanged(key); })),
-      sdkBridge(std::make_shared<SimulatedSdkBridge>(state, storage, device,
-                                                     [this](const std::string& key) { hub->valueChanged(key); })),
+      device(std::make_shared<SimulatedDevice>(state, hub)),
+      sdkBridge(std::make_shared<SimulatedSdkBridge>(state, storage, device, hub)),
       appLaunch(std::make_shared<SimulatedAppLaunch>()),
       health(SETTINGS_HANDLER_VERSION, recovery),
       backups(loop, database) {
     traffic->add(metrics);
     traffic->add(trace);
-    // From here on a signal waits for the loop, so that even one during the start ends in a clean stop.
+    // From here on signals wait for the loop, so that even one during the start ends in a clean stop.
     loop.onSignals(stopSignals(!onHangUp), [this] { loop.stop(); });
     if (onHangUp) {
         loop.onSignals({SIGHUP}, onHangUp);
@@ -126,6 +125,8 @@ Composition::~Composition() = default;
 void Composition::startHandler() {
     setUnusableLocaleAside();
     handler = SettingsHandler::SettingsHandler::create(hub, boundedStorage, metrics, sdkBridge, appLaunch, device);
+    handlerCache = std::make_shared<HandlerCache>(boundedStorage, handler);
+    hub->bound(handlerCache);
     handler->initializeSettings();
     handler->migrateExistingDeviceSettings();
     device->subscribe(handler, handler);
@@ -134,8 +135,8 @@ void Composition::startHandler() {
     handler->addEntitlementStatusObserver(std::make_shared<LoggingEntitlementObserver>());
 }
 
-/// Keeps a stored locale of older software that would end the process inside the handler away from the migration. It
-/// stays in the database under another key.
+/// A stored locale of older software may end the process inside the handler's migration. Such a value is moved to
+/// another key of the database.
 void Composition::setUnusableLocaleAside() {
     const std::string key = SettingsHandler::settingNameFromType(SettingsHandler::ORLIA_LOCALE);
     std::string value;
@@ -148,7 +149,7 @@ void Composition::setUnusableLocaleAside() {
         throw DatabaseError("the stored value of '" + key + "' is unusable and could not be set aside");
     }
     logHost(VessaLogger::ERROR,
-            "the stored value of '" + key + "' is no array of locales; it is now under '" + newKey + "'");
+            "rejected stored " + key + ": must be a JSON array of at most 32 levels; moved to '" + newKey + "'");
 }
 
 SandboxFolders Composition::foldersInUse(const std::string& logFile) const {
@@ -163,37 +164,6 @@ SandboxFolders Composition::foldersInUse(const std::string& logFile) const {
     return folders;
 }
 
-void Composition::serve(const std::shared_ptr<Client>& client, const std::string& frame) {
-    hub->receive(client, frame);
-    if (!boundedStorage.requestEnded()) {
-        return;
-    }
-    try {
-        // As after a restart: the cache begins with the settings of the catalogue.
-        hub->perform(Origin::DEVICE, [this] { handler->initializeSettings(); });
-    } catch (const std::exception& error) {
-        logHost(VessaLogger::ERROR, std::string("the handler's cache could not be made anew: ") + error.what());
-    }
-}
-
-ListenerEvents Composition::settingsEvents() {
-    return {[this](const auto& client) { hub->addClient(client); },
-            [this](const auto& client, DisconnectReason departure) { hub->removeClient(client, departure); },
-            [this](const auto& client, const auto& frame) { serve(client, frame); },
-            [this](const auto& client) { hub->refuseTooLarge(*client); },
-            [this](Origin origin) { traffic->clientRefused(origin); },
-            backlog};
-}
-
-ListenerEvents Composition::deviceEvents(DeviceListener listener) {
-    return {[this](const auto& client) { console->arrived(client); },
-            [this](const auto& client, DisconnectReason departure) { console->left(client, departure); },
-            [this, listener](const auto& client, const auto& frame) { console->receive(client, frame, listener); },
-            [this](const auto& client) { console->refuseTooLarge(client); },
-            [this](Origin origin) { traffic->clientRefused(origin); },
-            backlog};
-}
-
 void Composition::openListeners(const Options& options) {
     if (options.listen) {
         webAddress = {webListener->address(), webListener->port()};
@@ -204,9 +174,9 @@ void Composition::openListeners(const Options& options) {
         DeviceCommands(device, sdkBridge, appLaunch, counts), hub, traffic, trace,
         PageAddress{[this] { return pageAddress(); }, [this] { return renewPageAddress(); }});
     settingsListener =
-        std::make_unique<UnixSocketListener>(loop, std::move(settingsSocket), Origin::SOCKET, settingsEvents());
-    deviceListener = std::make_unique<UnixSocketListener>(loop, std::move(deviceSocket), Origin::DEVICE,
-                                                          deviceEvents(DeviceListener::SOCKET));
+        std::make_unique<UnixSocketListener>(loop, std::move(settingsSocket), Origin::SOCKET, *hub, backlog);
+    deviceListener =
+        std::make_unique<UnixSocketListener>(loop, std::move(deviceSocket), Origin::DEVICE, *console, backlog);
     if (options.listen) {
         openWebServer(options);
     }
@@ -218,15 +188,14 @@ void Composition::openWebServer(const Options& options) {
                  std::move(pages),
                  {{"/healthz", [this] { return health.answer(storage.health()); }},
                   {"/metrics", [this] { return metricsAnswer(metrics->text()); }}}};
-    webServer = std::make_unique<WebServer>(loop, std::move(webListener), std::move(site), settingsEvents(),
-                                            deviceEvents(DeviceListener::WEB));
+    webServer = std::make_unique<WebServer>(loop, std::move(webListener), std::move(site), *hub, *console, backlog);
 }
 
 std::string Composition::pageAddress() const {
     return webAddress ? "http://" + webAddress->text() + "/?key=" + webKey : "";
 }
 
-/// Stored first: what lets nobody in any more must not do so again after the next start.
+/// Stored first: a secret that was replaced must not be valid again after the next start.
 std::optional<std::string> Composition::renewPageAddress() {
     const std::string key = randomHex(keyBytes);
     const std::string secret = randomHex(secretBytes);
@@ -243,7 +212,7 @@ std::string Composition::readyLine() const {
     return "ready: " + (webAddress ? pageAddress() + " " : "") + "socket: " + settingsListener->path();
 }
 
-/// Holds no key, since every user of the machine may read it.
+/// Without the key, since every user of the machine may read it.
 std::string Composition::status() const {
     return "Serving at " + settingsListener->path() + (webAddress ? " and " + webAddress->text() : "");
 }
@@ -255,10 +224,10 @@ void Composition::run() {
         constexpr auto shortest = std::chrono::milliseconds(1);
         heartbeat.emplace(loop, std::chrono::milliseconds(0), std::max(shortest, *waitTimeout / 2), notifyAlive);
     }
-    // Back to the system with what the start alone needed, and later with every large piece at once: the C library
-    // would keep more and more of them after the first ones.
+    // Gives memory that only the start needed back to the system, and later every large allocation at once: otherwise
+    // the C library keeps more and more of them after the first ones.
     ::malloc_trim(0);
-    ::mallopt(M_MMAP_THRESHOLD, largePiece);
+    ::mallopt(M_MMAP_THRESHOLD, largeAllocation);
     loop.run();
     notifyStopping("Sending what clients wait for");
     health.setServing(false);

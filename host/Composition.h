@@ -9,6 +9,7 @@
 #include "Options.h"
 #include "SettingsHandler/SettingsHandler.h"
 #include "handler/BoundedStorage.h"
+#include "handler/HandlerCache.h"
 #include "server/loop/EventLoop.h"
 #include "server/metrics/HealthReport.h"
 #include "server/metrics/HostMetrics.h"
@@ -37,12 +38,12 @@ namespace SettingsHost {
 /// it.
 class Composition {
 public:
-    /// Takes port, pages, sockets and database, makes and starts the handler, then opens the listeners and enters the
-    /// sandbox. What can be refused comes first, so that a host that cannot start says that and little else.
-    /// Takes SIGINT and SIGTERM over, and SIGHUP: with `onHangUp` it calls that, otherwise it stops the host unless it
-    /// is ignored. Errors: `DatabaseError`, `ListenerError`, `std::runtime_error` for pages that cannot be read.
-    /// Doors use `sockets` instead of what the options say: `settings`, `device` and `web`. `context` is told which
-    /// request is being handled.
+    /// Opens port, pages, sockets and database, makes and starts the handler, then opens the listeners and enters the
+    /// sandbox. What can fail comes first, so that a host that cannot start logs the reason and little else.
+    /// Handles SIGINT and SIGTERM, and SIGHUP: with `onHangUp` it calls that, otherwise it stops the host unless it is
+    /// ignored. Errors: `DatabaseError`, `ListenerError`, `std::runtime_error` for pages that cannot be read.
+    /// Listeners use `sockets` instead of what the options say: `settings`, `device` and `web`. `context` holds the
+    /// request that is being handled.
     Composition(const Options& options, PassedSockets sockets, const std::shared_ptr<RequestContext>& context,
                 const std::function<void()>& onHangUp);
     ~Composition();
@@ -50,27 +51,24 @@ public:
     Composition(const Composition&) = delete;
     Composition& operator=(const Composition&) = delete;
 
-    /// What to tell the person who started the host, now that all listeners listen.
+    /// The line for the person who started the host, now that all listeners are open.
     std::string readyLine() const;
-    /// Serves until one of the signals, then closes the listeners and sends what waits.
+    /// Serves until one of the signals, then closes the listeners and drains the clients.
     void run();
 
 private:
     void startHandler();
-    void serve(const std::shared_ptr<Client>& client, const std::string& frame);
     void setUnusableLocaleAside();
     void openListeners(const Options& options);
     void openWebServer(const Options& options);
     SandboxFolders foldersInUse(const std::string& logFile) const;
-    ListenerEvents settingsEvents();
-    ListenerEvents deviceEvents(DeviceListener listener);
     std::string pageAddress() const;
     std::optional<std::string> renewPageAddress();
     std::string status() const;
 
     // Members go in reverse order: listeners before the handler, the handler before its storage.
     EventLoop loop;
-    /// Taken first, so that a host that cannot have the port leaves everything alone.
+    /// Opened first, so that a host that cannot have the port changes nothing.
     std::unique_ptr<TcpListener> webListener;
     PageFiles pages;
     std::unique_ptr<SocketFile> settingsSocket;
@@ -92,6 +90,7 @@ private:
     std::shared_ptr<SimulatedSdkBridge> sdkBridge;
     std::shared_ptr<SimulatedAppLaunch> appLaunch;
     std::shared_ptr<SettingsHandler::SettingsHandler> handler;
+    std::shared_ptr<HandlerCache> handlerCache;
     std::unique_ptr<DeviceConsole> console;
     std::unique_ptr<UnixSocketListener> settingsListener;
     std::unique_ptr<UnixSocketListener> deviceListener;

@@ -1,27 +1,94 @@
 #include "Wire/Frames.h"
 
-#include "Utils/Rapidjson.h"
-#include "Wire/Utf8.h"
+#include <utility>
+
+#include "Wire/ObjectWriter.h"
 
 namespace Wire {
+
+namespace {
+
+/// Writes into a string of its size.
+class StringOutput {
+public:
+    using Ch = char;
+
+    explicit StringOutput(std::size_t size) { text.reserve(size); }
+
+    void Put(char byte) { text.push_back(byte); }
+    void Flush() {}
+    std::string finish() { return std::move(text); }
+
+private:
+    std::string text;
+};
+
+/// Counts what is written.
+class SizeOutput {
+public:
+    using Ch = char;
+
+    void Put(char /*byte*/) { ++size; }
+    void Flush() {}
+    std::size_t finish() const { return size; }
+
+private:
+    std::size_t size = 0;
+};
+
+template <typename Output>
+auto write(const Reply& reply, ObjectWriter<Output> frame) {
+    frame.number("type", reply.type);
+    frame.text("messageId", reply.messageId);
+    frame.json("payload", reply.payload);
+    return frame.finish();
+}
+
+}  // namespace
 
 std::string refusalFrame(const std::string& code, const std::string& message) {
     return objectFrame("error", {{"code", code}, {"message", message}});
 }
 
 std::string objectFrame(const std::string& name, const std::map<std::string, std::string>& members) {
-    rapidjson::StringBuffer buffer;
-    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-    writer.StartObject();
-    writer.String(name);
-    writer.StartObject();
+    ObjectWriter<> frame;
+    frame.beginObject(name);
     for (const auto& [key, value] : members) {
-        writer.String(withValidUtf8(key));
-        writer.String(withValidUtf8(value));
+        frame.text(key, value);
     }
-    writer.EndObject();
-    writer.EndObject();
-    return std::string(buffer.GetString(), buffer.GetSize());
+    frame.endObject();
+    return frame.finish();
+}
+
+std::string noticeFrame(const std::set<std::string>& keys) {
+    ObjectWriter<> frame;
+    frame.beginObject("notice");
+    frame.texts("reread", keys);
+    frame.endObject();
+    return frame.finish();
+}
+
+std::string eventFrame(const Event& event, const rapidjson::Value& payload) {
+    ObjectWriter<> frame;
+    frame.number("type", event.type);
+    frame.text("messageId", event.messageId);
+    frame.number("timestamp", event.timestamp);
+    frame.number("sequence", event.sequence);
+    frame.text("origin", event.origin);
+    frame.json("payload", payload);
+    return frame.finish();
+}
+
+std::string replyFrame(const Reply& reply) {
+    return write(reply, ObjectWriter<>());
+}
+
+std::size_t replyFrameSize(const Reply& reply) {
+    return write(reply, ObjectWriter<SizeOutput>());
+}
+
+std::string replyFrame(const Reply& reply, std::size_t size) {
+    return write(reply, ObjectWriter(StringOutput(size)));
 }
 
 }  // namespace Wire

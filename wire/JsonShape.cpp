@@ -9,7 +9,7 @@ namespace Wire {
 
 namespace {
 
-/// Follows the parser's events, and tells them on until the nesting is over the limit.
+/// Follows the parser's events, and forwards them until the nesting is over the limit.
 template <typename Next>
 class ShapeReader {
 public:
@@ -18,57 +18,57 @@ public:
     ShapeReader(JsonShape& result, Next& nextHandler) : shape(result), next(nextHandler) {}
 
     bool Null() {
-        return tell([&] { return next.Null(); });
+        return forward([&] { return next.Null(); });
     }
     bool Bool(bool value) {
-        return tell([&] { return next.Bool(value); });
+        return forward([&] { return next.Bool(value); });
     }
     bool Int(int value) {
-        return tell([&] { return next.Int(value); });
+        return forward([&] { return next.Int(value); });
     }
     bool Uint(unsigned value) {
-        return tell([&] { return next.Uint(value); });
+        return forward([&] { return next.Uint(value); });
     }
     bool Int64(std::int64_t value) {
-        return tell([&] { return next.Int64(value); });
+        return forward([&] { return next.Int64(value); });
     }
     bool Uint64(std::uint64_t value) {
-        return tell([&] { return next.Uint64(value); });
+        return forward([&] { return next.Uint64(value); });
     }
     bool Double(double value) {
-        return tell([&] { return next.Double(value); });
+        return forward([&] { return next.Double(value); });
     }
     bool RawNumber(const char* text, Size length, bool copy) {
-        return tell([&] { return next.RawNumber(text, length, copy); });
+        return forward([&] { return next.RawNumber(text, length, copy); });
     }
     bool String(const char* text, Size length, bool copy) {
         check(text, length);
-        return tell([&] { return next.String(text, length, copy); });
+        return forward([&] { return next.String(text, length, copy); });
     }
     bool Key(const char* text, Size length, bool copy) {
         check(text, length);
-        return tell([&] { return next.Key(text, length, copy); });
+        return forward([&] { return next.Key(text, length, copy); });
     }
     bool StartObject() {
         open(JsonShape::Root::OBJECT);
-        return tell([&] { return next.StartObject(); });
+        return forward([&] { return next.StartObject(); });
     }
     bool StartArray() {
         open(JsonShape::Root::ARRAY);
-        return tell([&] { return next.StartArray(); });
+        return forward([&] { return next.StartArray(); });
     }
     bool EndObject(Size members) {
         --depth;
-        return tell([&] { return next.EndObject(members); });
+        return forward([&] { return next.EndObject(members); });
     }
     bool EndArray(Size elements) {
         --depth;
-        return tell([&] { return next.EndArray(elements); });
+        return forward([&] { return next.EndArray(elements); });
     }
 
 private:
     template <typename Event>
-    bool tell(const Event& event) {
+    bool forward(const Event& event) {
         return shape.nesting > maximumNesting || event();
     }
 
@@ -102,8 +102,8 @@ JsonShape follow(const std::string& text, Next& next) {
 }  // namespace
 
 JsonShape shapeOf(const std::string& text) {
-    rapidjson::BaseReaderHandler<> nobody;
-    return follow(text, nobody);
+    rapidjson::BaseReaderHandler<> ignoring;
+    return follow(text, ignoring);
 }
 
 JsonShape shapeOf(const std::string& text, rapidjson::Document& document) {

@@ -43,7 +43,7 @@ void TrafficLines::frameRefused(const std::string& code) {
 }
 
 void TrafficLines::requestHandled(int type, SettingsHost::RequestOutcome outcome) {
-    static const char* const names[] = {"ANSWERED", "CHANGED", "SILENT", "KEPT_AWAY", "FAILED"};
+    static const char* const names[] = {"ANSWERED", "CHANGED", "SILENT", "REJECTED", "FAILED"};
     lines.push_back("handled " + std::to_string(type) + " " + names[static_cast<int>(outcome)]);
 }
 

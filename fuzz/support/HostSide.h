@@ -25,6 +25,7 @@ public:
 
     void send(const std::shared_ptr<const std::string>& frame) override;
     SettingsHost::Origin origin() const override { return clientOrigin; }
+    SettingsHost::ListenerKind listenerKind() const override { return SettingsHost::ListenerKind::UNIX_SOCKET; }
 
     std::vector<std::string> take();
 
@@ -33,12 +34,12 @@ private:
     std::vector<std::string> frames;
 };
 
-/// Keeps what it is told of frames and requests.
+/// Keeps the notifications of frames and requests.
 class TrafficLines : public SettingsHost::TrafficObserver {
 public:
     void clientConnected(const SettingsHost::Client& /*client*/) override {}
     void clientDisconnected(const SettingsHost::Client& /*client*/,
-                            SettingsHost::DisconnectReason /*departure*/) override {}
+                            SettingsHost::DisconnectReason /*reason*/) override {}
     void clientRefused(SettingsHost::Origin /*origin*/) override {}
     void frameReceived(const SettingsHost::Client& client, const std::string& frame) override;
     void frameSent(const SettingsHost::Client* receiver, const std::string& frame) override;

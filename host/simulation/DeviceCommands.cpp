@@ -13,12 +13,12 @@
 
 namespace SettingsHost {
 
-/// The command's arguments; each answers nothing when it is missing or of another type.
+/// The arguments of a command; nothing for one that is missing or of another type.
 class DeviceCommands::Arguments {
 public:
-    explicit Arguments(rapidjson::Document& frame) : request(frame) {}
+    explicit Arguments(const rapidjson::Value& frame) : request(frame) {}
 
-    std::optional<std::string> text(const std::string& name) {
+    std::optional<std::string> text(const std::string& name) const {
         std::string value;
         if (!Utils::RapidjsonUtil::tryGetStringMember(request, name, value)) {
             return std::nullopt;
@@ -26,7 +26,7 @@ public:
         return value;
     }
 
-    std::optional<bool> boolean(const std::string& name) {
+    std::optional<bool> boolean(const std::string& name) const {
         const auto member = request.FindMember(name);
         if (member == request.MemberEnd() || !member->value.IsBool()) {
             return std::nullopt;
@@ -35,7 +35,7 @@ public:
     }
 
     /// A list of non-empty strings only.
-    std::optional<std::vector<std::string>> texts(const std::string& name) {
+    std::optional<std::vector<std::string>> texts(const std::string& name) const {
         const auto member = request.FindMember(name);
         if (member == request.MemberEnd() || !member->value.IsArray()) {
             return std::nullopt;
@@ -51,7 +51,7 @@ public:
     }
 
 private:
-    rapidjson::Document& request;
+    const rapidjson::Value& request;
 };
 
 namespace {
@@ -83,7 +83,7 @@ DeviceCommands::DeviceCommands(std::shared_ptr<SimulatedDevice> simulatedDevice,
       appLaunch(std::move(simulatedAppLaunch)),
       counts(std::move(handlerCounts)) {}
 
-std::string DeviceCommands::show(Arguments& /*arguments*/) {
+std::string DeviceCommands::show(const Arguments& /*arguments*/) {
     std::map<std::string, std::string> facts = device->getDeviceInfo();
     facts["captionsEnabled"] = sdkBridge->isCaptionsEnabled() ? "true" : "false";
     facts["doNotDisturbEnabled"] = sdkBridge->isDoNotDisturbEnabled() ? "true" : "false";
@@ -95,7 +95,7 @@ std::string DeviceCommands::show(Arguments& /*arguments*/) {
     return Wire::objectFrame("device", facts);
 }
 
-std::string DeviceCommands::changeLocale(Arguments& arguments) {
+std::string DeviceCommands::changeLocale(const Arguments& arguments) {
     const auto locale = arguments.text("value");
     if (!locale || locale->empty()) {
         return badArgument(R"("value" must be a locale, for example "fr-FR")");
@@ -105,7 +105,7 @@ std::string DeviceCommands::changeLocale(Arguments& arguments) {
     return written(!locales.empty() && locales.front() == *locale);
 }
 
-std::string DeviceCommands::changeLocales(Arguments& arguments) {
+std::string DeviceCommands::changeLocales(const Arguments& arguments) {
     const auto locales = arguments.texts("values");
     if (!locales || locales->empty()) {
         return badArgument(R"("values" must be an array of locales, the primary one first)");
@@ -114,7 +114,7 @@ std::string DeviceCommands::changeLocales(Arguments& arguments) {
     return written(sdkBridge->getLocales() == *locales);
 }
 
-std::string DeviceCommands::changeTimezone(Arguments& arguments) {
+std::string DeviceCommands::changeTimezone(const Arguments& arguments) {
     const auto timezone = arguments.text("value");
     if (!timezone || timezone->empty()) {
         return badArgument(R"("value" must be a time zone, for example "Europe/Paris")");
@@ -123,14 +123,14 @@ std::string DeviceCommands::changeTimezone(Arguments& arguments) {
     return written(sdkBridge->getTimezone() == *timezone);
 }
 
-std::string DeviceCommands::changeSetting(Arguments& arguments) {
+std::string DeviceCommands::changeSetting(const Arguments& arguments) {
     const auto key = arguments.text("key");
     const auto value = arguments.text("value");
     if (!key || !value) {
         return badArgument(R"("key" and "value" must be strings)");
     }
     if (!isSafeForHandler(*key, *value)) {
-        logHost(VessaLogger::ERROR, "the device's value of '" + *key + "' was kept away from the handler");
+        logHost(VessaLogger::ERROR, "rejected " + *key + " from the device: must be a JSON array of at most 32 levels");
         return Wire::refusalFrame("not-passed-on", "the value is no array of locales within the nesting limit");
     }
     const HandlerCounts before = counts();
@@ -141,8 +141,8 @@ std::string DeviceCommands::changeSetting(Arguments& arguments) {
                : whyNothingChanged(*key, *value, after.storageFailures > before.storageFailures);
 }
 
-/// The answer to a report of which the handler made nothing. It keeps its reasons to itself, so they are told by what
-/// it was given: ARCHITECTURE.md says where each setting lives.
+/// The reply to a setting for which the handler sent no event. The handler gives no reason, so it is found from the key
+/// and the value: ARCHITECTURE.md says where each setting lives.
 std::string DeviceCommands::whyNothingChanged(const std::string& key, const std::string& value, bool storageFailed) {
     const auto setting = SettingsHandler::settingTypeFromName(key);
     const auto readOnly = [&](const std::string& command) {
@@ -166,23 +166,23 @@ std::string DeviceCommands::whyNothingChanged(const std::string& key, const std:
     return R"({"ok":true,"changed":false})";
 }
 
-std::string DeviceCommands::switchHandsfree(Arguments& arguments) {
+std::string DeviceCommands::switchHandsfree(const Arguments& arguments) {
     const auto enabled = arguments.boolean("enabled");
     return enabled ? written(device->switchHandsfree(*enabled)) : notOnOrOff();
 }
 
-std::string DeviceCommands::switchCaptions(Arguments& arguments) {
+std::string DeviceCommands::switchCaptions(const Arguments& arguments) {
     const auto enabled = arguments.boolean("enabled");
     return enabled ? written(sdkBridge->setCaptionsEnabled(*enabled)) : notOnOrOff();
 }
 
-std::string DeviceCommands::switchDoNotDisturb(Arguments& arguments) {
+std::string DeviceCommands::switchDoNotDisturb(const Arguments& arguments) {
     const auto enabled = arguments.boolean("enabled");
     return enabled ? written(sdkBridge->setDoNotDisturbEnabled(*enabled)) : notOnOrOff();
 }
 
-std::string DeviceCommands::execute(const std::string& frame) {
-    static const std::map<std::string, std::string (DeviceCommands::*)(Arguments&)> commands{
+std::string DeviceCommands::execute(const rapidjson::Value& request) {
+    static const std::map<std::string, std::string (DeviceCommands::*)(const Arguments&)> commands{
         {"show", &DeviceCommands::show},
         {"locale", &DeviceCommands::changeLocale},
         {"locales", &DeviceCommands::changeLocales},
@@ -192,9 +192,7 @@ std::string DeviceCommands::execute(const std::string& frame) {
         {"captions", &DeviceCommands::switchCaptions},
         {"doNotDisturb", &DeviceCommands::switchDoNotDisturb},
     };
-    rapidjson::Document request;
-    request.Parse<Utils::jsonParseFlags>(frame.c_str());
-    Arguments arguments(request);
+    const Arguments arguments(request);
     const auto command = commands.find(arguments.text("command").value_or(""));
     if (command == commands.end()) {
         return Wire::refusalFrame("unknown-command",

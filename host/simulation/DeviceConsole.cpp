@@ -12,21 +12,8 @@ namespace SettingsHost {
 
 namespace {
 
-rapidjson::Document parsed(const std::string& frame) {
-    rapidjson::Document document;
-    document.Parse<Utils::jsonParseFlags>(frame.c_str());
-    return document;
-}
-
-std::string commandOf(const std::string& frame) {
-    const rapidjson::Document request = parsed(frame);
-    std::string command;
-    Utils::RapidjsonUtil::tryGetStringMember(request, "command", command);
-    return command;
-}
-
-/// Pages that watch ask for the state whenever something happens. Showing that to each other would never end. The key
-/// of the pages is not for them.
+/// Pages that watch ask for the state after every frame; tracing those requests would make them ask again, without end.
+/// The key of the pages is not for them.
 bool isTraced(const std::string& command) {
     return command != "show" && command != "trace" && command != "page";
 }
@@ -42,56 +29,60 @@ DeviceConsole::DeviceConsole(DeviceCommands deviceCommands, std::shared_ptr<Mess
       trace(std::move(messageTrace)),
       pageAddress(std::move(addressOfPages)) {}
 
-void DeviceConsole::arrived(const std::shared_ptr<Client>& client) {
+void DeviceConsole::connected(const std::shared_ptr<Client>& client) {
     traffic->clientConnected(*client);
 }
 
-void DeviceConsole::left(const std::shared_ptr<Client>& client, DisconnectReason departure) {
+void DeviceConsole::disconnected(const std::shared_ptr<Client>& client, DisconnectReason reason) {
     trace->unwatch(client);
-    traffic->clientDisconnected(*client, departure);
+    traffic->clientDisconnected(*client, reason);
 }
 
-void DeviceConsole::receive(const std::shared_ptr<Client>& client, const std::string& frame, DeviceListener listener) {
-    if (const auto refusal = Wire::inspectFrame(frame)) {
+void DeviceConsole::received(const std::shared_ptr<Client>& client, const std::string& frame) {
+    rapidjson::Document request;
+    if (const auto refusal = Wire::inspectFrame(frame, request)) {
         traffic->frameReceived(*client, frame);
-        refuse(client, refusal->code, refusal->message);
+        refuse(*client, *refusal);
         return;
     }
-    const std::string command = commandOf(frame);
+    std::string command;
+    Utils::RapidjsonUtil::tryGetStringMember(request, "command", command);
     if (isTraced(command)) {
         traffic->frameReceived(*client, frame);
     }
-    const auto answer = std::make_shared<const std::string>(answerTo(client, command, frame, listener));
-    client->send(answer);
+    const auto reply = std::make_shared<const std::string>(replyTo(client, command, request));
+    client->send(reply);
     if (isTraced(command)) {
-        traffic->frameSent(client.get(), *answer);
+        traffic->frameSent(client.get(), *reply);
     }
 }
 
-void DeviceConsole::refuseTooLarge(const std::shared_ptr<Client>& client) {
-    const Wire::Refusal refusal = Wire::tooLarge();
-    refuse(client, refusal.code, refusal.message);
+void DeviceConsole::oversized(const std::shared_ptr<Client>& client) {
+    refuse(*client, Wire::tooLarge());
 }
 
-void DeviceConsole::refuse(const std::shared_ptr<Client>& client, const std::string& code, const std::string& message) {
-    const auto answer = std::make_shared<const std::string>(Wire::refusalFrame(code, message));
-    client->send(answer);
-    traffic->frameSent(client.get(), *answer);
-    traffic->frameRefused(code);
+void DeviceConsole::refused(Origin origin) {
+    traffic->clientRefused(origin);
 }
 
-std::string DeviceConsole::answerTo(const std::shared_ptr<Client>& client, const std::string& command,
-                                    const std::string& frame, DeviceListener listener) {
+void DeviceConsole::refuse(Client& client, const Wire::Refusal& refusal) {
+    const auto frame = std::make_shared<const std::string>(Wire::refusalFrame(refusal.code, refusal.message));
+    client.send(frame);
+    traffic->frameSent(&client, *frame);
+    traffic->frameRefused(refusal.code);
+}
+
+std::string DeviceConsole::replyTo(const std::shared_ptr<Client>& client, const std::string& command,
+                                   const rapidjson::Value& request) {
     if (command == "page") {
-        return listener == DeviceListener::SOCKET
-                   ? orFailure([&] { return showPage(frame); })
+        return client->listenerKind() == ListenerKind::UNIX_SOCKET
+                   ? orFailure([&] { return showPage(request); })
                    : Wire::refusalFrame("not-here", "only the device socket answers this");
     }
-    return command == "trace" ? switchTrace(client, frame) : execute(frame);
+    return command == "trace" ? switchTrace(client, request) : execute(request);
 }
 
-std::string DeviceConsole::showPage(const std::string& frame) {
-    const rapidjson::Document request = parsed(frame);
+std::string DeviceConsole::showPage(const rapidjson::Value& request) {
     const auto newKey = request.FindMember("newKey");
     const bool isGiven = newKey != request.MemberEnd();
     if (isGiven && !newKey->value.IsBool()) {
@@ -110,8 +101,7 @@ std::string DeviceConsole::showPage(const std::string& frame) {
                                         "the new key could not be stored: the old key and its cookies still hold");
 }
 
-std::string DeviceConsole::switchTrace(const std::shared_ptr<Client>& client, const std::string& frame) {
-    const rapidjson::Document request = parsed(frame);
+std::string DeviceConsole::switchTrace(const std::shared_ptr<Client>& client, const rapidjson::Value& request) {
     const auto enabled = request.FindMember("enabled");
     if (enabled == request.MemberEnd() || !enabled->value.IsBool()) {
         return Wire::refusalFrame("bad-argument", R"("enabled" must be true or false)");
@@ -124,11 +114,11 @@ std::string DeviceConsole::switchTrace(const std::shared_ptr<Client>& client, co
     return R"({"ok":true})";
 }
 
-std::string DeviceConsole::execute(const std::string& frame) {
+std::string DeviceConsole::execute(const rapidjson::Value& request) {
     return orFailure([&] {
-        std::string answer;
-        hub->perform(Origin::DEVICE, [&] { answer = commands.execute(frame); });
-        return answer;
+        std::string reply;
+        hub->perform(Origin::DEVICE, [&] { reply = commands.execute(request); });
+        return reply;
     });
 }
 

@@ -9,7 +9,7 @@ void LoggingLocaleObserver::notifyOrliaLocaleChanged(const std::string& locale) 
 }
 
 void LoggingFriendlyNameObserver::notifyFriendlyNameChanged(const std::string& /*friendlyName*/) {
-    // What people call their television stays out of the host's own lines.
+    // The name is personal: the host's own log lines do not hold it.
     logHost(VessaLogger::INFORMATION, "the friendly name was changed");
 }
 

@@ -8,7 +8,7 @@
 
 namespace SettingsHost {
 
-/// The host's own observers. Each logs what it is told at level 1.
+/// The host's own observers. Each logs changes at level 1.
 
 class LoggingLocaleObserver : public VessaNativeCommon::OrliaLocaleObserverInterface {
 public:

@@ -3,9 +3,8 @@
 #include <chrono>
 #include <cstdint>
 
-#include "Utils/Rapidjson.h"
 #include "Wire/FrameInspector.h"
-#include "Wire/Utf8.h"
+#include "Wire/ObjectWriter.h"
 
 namespace SettingsHost {
 
@@ -24,7 +23,7 @@ void MessageTrace::clientConnected(const Client& client) {
 
 void MessageTrace::clientRefused(Origin /*origin*/) {}
 
-void MessageTrace::clientDisconnected(const Client& client, DisconnectReason /*departure*/) {
+void MessageTrace::clientDisconnected(const Client& client, DisconnectReason /*reason*/) {
     numbers.erase(&client);
 }
 
@@ -46,29 +45,20 @@ void MessageTrace::send(const char* direction, const Client* client, const std::
     }
     // Events fit.
     constexpr std::size_t longestText = 4 * Wire::maximumFrameSize;
-    rapidjson::StringBuffer buffer;
-    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-    writer.StartObject();
-    writer.Key("trace");
-    writer.StartObject();
-    writer.Key("timestamp");
-    writer.Int64(millisecondsSinceEpoch());
-    writer.Key("direction");
-    writer.String(direction);
-    writer.Key("door");
-    writer.String(client == nullptr ? "all" : originName(client->origin()));
-    writer.Key("client");
+    Wire::ObjectWriter<> trace;
+    trace.beginObject("trace");
+    trace.number("timestamp", millisecondsSinceEpoch());
+    trace.text("direction", direction);
+    trace.text("door", client == nullptr ? "all" : originName(client->origin()));
     const auto number = numbers.find(client);
     if (number == numbers.end()) {
-        writer.Null();
+        trace.null("client");
     } else {
-        writer.Uint64(number->second);
+        trace.number("client", number->second);
     }
-    writer.Key("text");
-    writer.String(Wire::withValidUtf8(text.substr(0, longestText)));
-    writer.EndObject();
-    writer.EndObject();
-    const auto frame = std::make_shared<const std::string>(buffer.GetString(), buffer.GetSize());
+    trace.text("text", text.substr(0, longestText));
+    trace.endObject();
+    const auto frame = std::make_shared<const std::string>(trace.finish());
     for (const auto& watcher : watchers) {
         watcher->send(frame);
     }

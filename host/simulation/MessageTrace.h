@@ -9,9 +9,9 @@
 
 namespace SettingsHost {
 
-/// Copies what passes the listeners to the device clients that asked for it, each frame in a frame of its own:
-/// `{"trace":{"timestamp":…,"direction":"in","door":"page","client":2,"text":"…"}}`. Costs next to nothing while nobody
-/// watches. One thread only.
+/// Copies all frames to the device clients that asked for it, each in a frame of its own:
+/// `{"trace":{"timestamp":…,"direction":"in","door":"page","client":2,"text":"…"}}`. Costs next to nothing while no
+/// client watches. One thread only.
 class MessageTrace : public TrafficObserver {
 public:
     void watch(const std::shared_ptr<Client>& watcher) { watchers.insert(watcher); }
@@ -19,7 +19,7 @@ public:
 
     void clientConnected(const Client& client) override;
     void clientRefused(Origin origin) override;
-    void clientDisconnected(const Client& client, DisconnectReason departure) override;
+    void clientDisconnected(const Client& client, DisconnectReason reason) override;
     void frameReceived(const Client& client, const std::string& frame) override;
     void frameSent(const Client* receiver, const std::string& frame) override;
     void frameRefused(const std::string& code) override;
@@ -29,7 +29,7 @@ private:
     void send(const char* direction, const Client* client, const std::string& text);
 
     std::unordered_set<std::shared_ptr<Client>> watchers;
-    /// Clients that are connected, numbered as they came.
+    /// Connected clients, numbered in the order in which they connected.
     std::unordered_map<const Client*, unsigned long> numbers;
     unsigned long lastNumber = 0;
 };

@@ -6,7 +6,7 @@
 
 namespace SettingsHost {
 
-/// A launcher that logs and remembers what it was asked to launch.
+/// A launcher that only logs, and keeps the name of the last application.
 class SimulatedAppLaunch : public DeviceAbstractionLayer::AppLaunch {
 public:
     bool launchApp(std::string appName, std::string argument) override;

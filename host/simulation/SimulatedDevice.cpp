@@ -25,8 +25,8 @@ constexpr const char* off = "off";
 
 }  // namespace
 
-SimulatedDevice::SimulatedDevice(StateStore& store, std::function<void(const std::string& settingDBId)> onValueChanged)
-    : state(store), valueChanged(std::move(onValueChanged)) {
+SimulatedDevice::SimulatedDevice(StateStore& store, std::shared_ptr<ValueObserver> observerOfValues)
+    : state(store), valueObserver(std::move(observerOfValues)) {
     for (const auto& names : modeNames) {
         modes[names.deviceInfoKey] = state.load(names.deviceInfoKey) == on ? on : off;
     }
@@ -47,7 +47,7 @@ bool SimulatedDevice::setMode(Mode mode, bool enabled) {
             return false;
         }
         current = wanted;
-        valueChanged(SettingsHandler::settingNameFromType(names.setting));
+        valueObserver->valueChanged(SettingsHandler::settingNameFromType(names.setting));
     }
     return true;
 }

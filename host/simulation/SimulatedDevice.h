@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -10,38 +9,39 @@
 #include "DeviceAbstractionLayer/HandsfreeStateObserverInterface.h"
 #include "DeviceAbstractionLayer/OrliaDeviceInfoInterface.h"
 #include "storage/StateStore.h"
+#include "storage/ValueObserver.h"
 
 namespace SettingsHost {
 
-/// A device with a hands-free switch and two always-on modes that survive a restart, and a layer that tells observers
-/// of its changes. Reads are answered from memory. One thread only; the state store outlives it.
+/// A device with a hands-free switch and two always-on modes that survive a restart, and a layer that notifies
+/// observers of its changes. Reads are answered from memory. One thread only; the state store outlives it.
 class SimulatedDevice : public DeviceAbstractionLayer::OrliaDeviceInfoInterface {
 public:
     enum class Mode { HANDS_FREE, ALWAYS_ON_VOICE, ALWAYS_ON_PTT };
 
-    /// `onValueChanged`: told of the setting key of each mode that really changed.
-    SimulatedDevice(StateStore& store, std::function<void(const std::string& settingDBId)> onValueChanged);
+    /// `valueObserver` is notified of each mode that really changed.
+    SimulatedDevice(StateStore& store, std::shared_ptr<ValueObserver> valueObserver);
 
     std::map<std::string, std::string> getDeviceInfo() override;
 
     /// Switches a mode. Returns: false when the new state could not be saved; the old one then stays.
     bool setMode(Mode mode, bool enabled);
 
-    /// From now on the observers are told what happens at the device. They are not kept alive.
+    /// From now on the observers are notified of what happens at the device. They are not kept alive.
     void subscribe(std::weak_ptr<DeviceAbstractionLayer::DeviceInfoObserverInterface> infoObserver,
                    std::weak_ptr<DeviceAbstractionLayer::HandsfreeStateObserverInterface> handsfreeObserver);
 
-    /// What a person does at the device; each tells the observers.
+    /// What a person does at the device; each notifies the observers.
     void changeLocale(const std::string& locale);
     void changeLocales(const std::vector<std::string>& locales);
     void changeTimezone(const std::string& timezone);
     void changeSystemSetting(const std::string& name, const std::string& value);
-    /// Returns: false when the switch could not be saved; nobody is told then.
+    /// Returns: false when the switch could not be saved; no observer is notified then.
     bool switchHandsfree(bool enabled);
 
 private:
     StateStore& state;
-    std::function<void(const std::string& settingDBId)> valueChanged;
+    std::shared_ptr<ValueObserver> valueObserver;
     std::map<std::string, std::string> modes;
     std::weak_ptr<DeviceAbstractionLayer::DeviceInfoObserverInterface> deviceInfoObserver;
     std::weak_ptr<DeviceAbstractionLayer::HandsfreeStateObserverInterface> handsfreeStateObserver;

@@ -36,11 +36,11 @@ std::vector<std::string> stringsOf(const std::string& text) {
 
 SimulatedSdkBridge::SimulatedSdkBridge(StateStore& store, SDKWrapper::StorageManagerInterface& storageManager,
                                        std::shared_ptr<SimulatedDevice> simulatedDevice,
-                                       std::function<void(const std::string& settingDBId)> onValueChanged)
+                                       std::shared_ptr<ValueObserver> observerOfValues)
     : state(store),
       storage(storageManager),
       device(std::move(simulatedDevice)),
-      valueChanged(std::move(onValueChanged)),
+      valueObserver(std::move(observerOfValues)),
       localesText(state.load(keyOf(SettingsHandler::ORLIA_LOCALE)).value_or(R"(["en-US"])")),
       currentTimezone(state.load(keyOf(SettingsHandler::TIMEZONE)).value_or("America/Vancouver")),
       captionsEnabled(state.load(keyOf(SettingsHandler::CAPTIONS_ENABLED)).value_or("false")),
@@ -73,7 +73,7 @@ bool SimulatedSdkBridge::applyFriendlyName(const std::string& name) {
     if (!storage.setValue(key, name)) {
         return false;
     }
-    valueChanged(key);
+    valueObserver->valueChanged(key);
     return true;
 }
 
@@ -117,7 +117,7 @@ bool SimulatedSdkBridge::save(const std::string& settingDBId, std::string& curre
         return false;
     }
     current = value;
-    valueChanged(settingDBId);
+    valueObserver->valueChanged(settingDBId);
     return true;
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -8,25 +7,24 @@
 #include "SDKWrapper/StorageManagerInterface.h"
 #include "simulation/SimulatedDevice.h"
 #include "storage/StateStore.h"
+#include "storage/ValueObserver.h"
 #include "teskVessa/SDKBridgeInterface.h"
 
 namespace SettingsHost {
 
-/// A voice SDK without a voice: it owns locales, time zone, captions and do-not-disturb over a restart, hands the
-/// switch and the always-on modes to the device and the friendly name to the storage, where the handler reads them
-/// back.
+/// A voice SDK without a voice: it owns locales, time zone, captions and do-not-disturb over a restart. It hands the
+/// switch and the always-on modes to the device and the friendly name to the storage, where the handler reads them.
 ///
-/// State that cannot be saved keeps its old value, with a log line at level 3. Reads are answered from memory. One
+/// A value that cannot be saved stays as it was, with a log line at level 3. Reads are answered from memory. One
 /// thread only; state store and storage outlive it.
 class SimulatedSdkBridge : public teskVessa::SDKBridgeInterface {
 public:
-    /// `onValueChanged`: told of the setting key of each value that really changed.
+    /// `valueObserver` is notified of each value that really changed.
     SimulatedSdkBridge(StateStore& store, SDKWrapper::StorageManagerInterface& storageManager,
-                       std::shared_ptr<SimulatedDevice> simulatedDevice,
-                       std::function<void(const std::string& settingDBId)> onValueChanged);
+                       std::shared_ptr<SimulatedDevice> simulatedDevice, std::shared_ptr<ValueObserver> valueObserver);
 
     void setHandsFreeEnabled(bool enabled) override;
-    /// Refuses other keys than the three that the handler hands over.
+    /// Refuses all keys but the three that the handler hands over.
     bool applySetting(std::string settingDBId, std::string value) override;
     void setTimezone(std::string timezone) override;
     std::string getTimezone() override;
@@ -46,7 +44,7 @@ private:
     StateStore& state;
     SDKWrapper::StorageManagerInterface& storage;
     std::shared_ptr<SimulatedDevice> device;
-    std::function<void(const std::string& settingDBId)> valueChanged;
+    std::shared_ptr<ValueObserver> valueObserver;
     std::string localesText;
     std::string currentTimezone;
     std::string captionsEnabled;

@@ -8,8 +8,8 @@ namespace SettingsHost {
 
 namespace {
 
-/// A thousand values of this size, as many as may be stored, do not matter.
-constexpr std::size_t worthCounting = 64;
+/// Values to this size are not counted: a thousand of them, as many as may be stored, are few bytes.
+constexpr std::size_t smallValue = 64;
 /// Replies of this size are always made.
 constexpr std::size_t smallReply = 65536;
 
@@ -41,16 +41,16 @@ bool BoundedStorage::isGathering() const {
 
 void BoundedStorage::getValue(const std::string& key, std::string& value) {
     storage.getValue(key, value);
-    if (value.size() <= worthCounting) {
+    if (value.size() <= smallValue) {
         forget(key);
         return;
     }
-    // A key that is named twice is in the reply once.
+    // A key that is requested twice is in the reply once.
     if (std::exchange(keep(key, value.size()).request, request) == request || !isGathering()) {
         return;
     }
     gatheredBytes += value.size();
-    // It is gathered in one place and copied to another before it becomes a frame.
+    // The values are gathered and copied once before they become a frame.
     if (gatheredBytes > maximumReply || (gatheredBytes > smallReply && !hasRoomFor(2 * gatheredBytes))) {
         throw ReadLimitExceeded("more is asked for than there is memory for");
     }
@@ -60,7 +60,7 @@ bool BoundedStorage::setValue(const std::string& key, const std::string& value) 
     if (!storage.setValue(key, value)) {
         return false;
     }
-    if (value.size() > worthCounting) {
+    if (value.size() > smallValue) {
         keep(key, value.size());
     } else {
         forget(key);
@@ -73,7 +73,7 @@ bool BoundedStorage::removeValue(const std::string& key) {
 }
 
 bool BoundedStorage::clearStorage() {
-    // The handler's cache is made anew after it, whatever came of it.
+    // The handler rebuilds its cache after a log-out, also when the storage could not be cleared.
     kept.clear();
     keptBytes = 0;
     return storage.clearStorage();

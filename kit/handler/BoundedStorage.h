@@ -12,15 +12,17 @@
 
 namespace SettingsHost {
 
-/// A GetSettings request asks for more than the host has memory for. It leaves the handler, which has changed nothing.
+/// A GetSettings request asks for more than the host has memory for. Thrown through the handler, which has changed
+/// nothing.
 class ReadLimitExceeded : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// The storage as the handler sees it. The handler gathers what a GetSettings asks for before anybody knows how much it
-/// is, and keeps every value of an unknown key that it has read. Databases of older versions hold sixty times as much
-/// as may be stored now, so this bounds both. Small values are not counted. One thread only; the storage outlives it.
+/// The storage as the handler sees it, with bounded memory. The handler gathers all values of a GetSettings before it
+/// replies, and its cache keeps every value of an unknown key that it has read. Databases of older versions may hold
+/// sixty times as much as may be stored now, so this bounds both. Small values are not counted. One thread only; the
+/// storage outlives it.
 class BoundedStorage : public SDKWrapper::StorageManagerInterface {
 public:
     /// Values for one reply: twice as much as may be stored.
@@ -28,7 +30,7 @@ public:
     /// Values in the handler's cache: as much as may be stored.
     static constexpr std::size_t maximumKept = 1024UL * 1024UL;
 
-    /// `context` says when a GetSettings is handled. `hasRoomFor` answers whether the host has as many bytes to spare.
+    /// `context` holds the request that is being handled. `hasRoomFor`: does the host have as many bytes to spare?
     BoundedStorage(SDKWrapper::StorageManagerInterface& storage, std::shared_ptr<const RequestContext> context,
                    std::function<bool(std::size_t)> hasRoomFor);
 
@@ -38,8 +40,8 @@ public:
     bool removeValue(const std::string& key) override;
     bool clearStorage() override;
 
-    /// To be called after each request. Returns: true when the handler keeps more than `maximumKept`, so that its
-    /// cache is to be made anew now.
+    /// To be called after each request. Returns: true when the handler's cache keeps more than `maximumKept`, so that
+    /// it is to be rebuilt now.
     bool requestEnded();
 
 private:
@@ -56,7 +58,7 @@ private:
     SDKWrapper::StorageManagerInterface& storage;
     std::shared_ptr<const RequestContext> context;
     std::function<bool(std::size_t)> hasRoomFor;
-    /// What the handler keeps of values that are worth counting.
+    /// The values that the handler's cache keeps, without small ones.
     std::unordered_map<std::string, Kept> kept;
     std::size_t keptBytes = 0;
     std::size_t gatheredBytes = 0;

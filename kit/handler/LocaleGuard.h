@@ -6,14 +6,14 @@
 
 namespace SettingsHost {
 
-/// Keeps locale values away from the handler that would end the process inside it: JSON of another kind than an array,
-/// and arrays nested deeper than the host takes. A text that is no JSON may pass, because the handler refuses it.
-/// Sees exactly what the handler sees: the same parser, the first of duplicate members, the end at a NUL.
+/// Rejects locale values that would end the process inside the handler: JSON that is not an array, and arrays nested
+/// deeper than `Wire::maximumNesting`. A text that is not JSON passes, because the handler refuses it. The check sees
+/// exactly what the handler sees: the same parser, the first of duplicate members, the end at a NUL.
 
 /// May `value` be written to the setting `settingDBId`? True for every setting but the assistant locale.
 bool isSafeForHandler(const std::string& settingDBId, const std::string& value);
 
-/// May a SetSettings request be delivered? It was parsed as the handler will do it.
+/// May a SetSettings request be delivered? `request` was parsed as the handler parses it.
 bool isRequestSafeForHandler(const rapidjson::Value& request);
 
 }  // namespace SettingsHost

@@ -24,11 +24,11 @@ std::string shown(const std::string& key) {
 
 }  // namespace
 
-SqliteStorage::SqliteStorage(Database& openDatabase, std::function<void(const std::string& key)> onValueRemoved,
+SqliteStorage::SqliteStorage(Database& openDatabase, std::shared_ptr<ValueObserver> observerOfValues,
                              StorageObserver& storageObserver, std::function<void()> giveBackupUp)
     : database(openDatabase),
       table(database, settingsTable),
-      valueRemoved(std::move(onValueRemoved)),
+      valueObserver(std::move(observerOfValues)),
       stopBackup(std::move(giveBackupUp)),
       observer(storageObserver) {
     if (!database.isWritable()) {
@@ -134,7 +134,7 @@ bool SqliteStorage::clearStorage() {
         stopBackup();
         finishLogOut(database);
         for (const auto& key : removed) {
-            valueRemoved(key);
+            valueObserver->valueChanged(key);
         }
     }
     return cleared;

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "SDKWrapper/StorageManagerInterface.h"
 #include "storage/KeyValueTable.h"
 #include "storage/StorageObserver.h"
+#include "storage/ValueObserver.h"
 
 namespace SettingsHost {
 
@@ -22,11 +24,11 @@ public:
     static constexpr int maximumKeys = 1000;
     static constexpr std::size_t maximumBytes = std::size_t{1024} * 1024;
 
-    /// `onValueRemoved`: told of each key that `clearStorage` removed. `storageObserver` outlives the storage.
+    /// `valueObserver` is notified of each key that `clearStorage` removed. `storageObserver` outlives the storage.
     /// `giveBackupUp`: stops a backup of the database that is being made, before what it copied is erased.
     SqliteStorage(
-        Database& database, std::function<void(const std::string& key)> onValueRemoved,
-        StorageObserver& storageObserver, std::function<void()> giveBackupUp = [] {});
+        Database& database, std::shared_ptr<ValueObserver> valueObserver, StorageObserver& storageObserver,
+        std::function<void()> giveBackupUp = [] {});
 
     void getValue(const std::string& key, std::string& value) override;
     bool setValue(const std::string& key, const std::string& value) override;
@@ -54,7 +56,7 @@ private:
 
     Database& database;
     KeyValueTable table;
-    std::function<void(const std::string& key)> valueRemoved;
+    std::shared_ptr<ValueObserver> valueObserver;
     std::function<void()> stopBackup;
     StorageObserver& observer;
     StorageHealth lastHealth;

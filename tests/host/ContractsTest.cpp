@@ -12,6 +12,7 @@
 #include "kit/support/RecordingClient.h"
 #include "kit/support/StorageRecording.h"
 #include "kit/support/TrafficRecording.h"
+#include "kit/support/ValueRecording.h"
 #include "server/protocol/MessageHub.h"
 #include "simulation/SimulatedDevice.h"
 #include "simulation/SimulatedSdkBridge.h"
@@ -27,6 +28,7 @@ struct SqliteStorageMaker {
     SettingsHostTests::FaultyDisk disk;
     TestSupport::TemporaryDirectory folder;
     SettingsHostTests::StorageRecording recording;
+    std::shared_ptr<SettingsHostTests::ValueRecording> values = std::make_shared<SettingsHostTests::ValueRecording>();
     std::unique_ptr<SettingsHost::Database> database;
     std::unique_ptr<SettingsHost::SqliteStorage> sqliteStorage;
 
@@ -36,8 +38,7 @@ struct SqliteStorageMaker {
         sqliteStorage.reset();
         database.reset();
         database = std::make_unique<SettingsHost::Database>(folder / "settings.db");
-        sqliteStorage = std::make_unique<SettingsHost::SqliteStorage>(
-            *database, [](const std::string&) {}, recording);
+        sqliteStorage = std::make_unique<SettingsHost::SqliteStorage>(*database, values, recording);
     }
     void failWrites(bool fail) { fail ? disk.fillUpFrom(1) : disk.work(); }
 };
@@ -45,7 +46,7 @@ INSTANTIATE_TYPED_TEST_SUITE_P(SqliteStorage, StorageContract, SqliteStorageMake
 
 struct SimulatedDeviceMaker {
     SettingsHostTests::MemoryState state;
-    SettingsHost::SimulatedDevice device{state, [](const std::string&) {}};
+    SettingsHost::SimulatedDevice device{state, std::make_shared<SettingsHostTests::ValueRecording>()};
 
     DeviceAbstractionLayer::OrliaDeviceInfoInterface& deviceInfo() { return device; }
     void switchMode(const std::string& mode, bool on) {
@@ -62,9 +63,10 @@ struct SimulatedSdkBridgeMaker {
     Journal journal;
     FakeStorage fakeStorage{journal};
     SettingsHostTests::MemoryState state;
+    std::shared_ptr<SettingsHostTests::ValueRecording> values = std::make_shared<SettingsHostTests::ValueRecording>();
     std::shared_ptr<SettingsHost::SimulatedDevice> device =
-        std::make_shared<SettingsHost::SimulatedDevice>(state, [](const std::string&) {});
-    SettingsHost::SimulatedSdkBridge sdk{state, fakeStorage, device, [](const std::string&) {}};
+        std::make_shared<SettingsHost::SimulatedDevice>(state, values);
+    SettingsHost::SimulatedSdkBridge sdk{state, fakeStorage, device, values};
 
     teskVessa::SDKBridgeInterface& bridge() { return sdk; }
     void refuseWrites(bool refuse) { state.refuses = fakeStorage.refusesWrites = refuse; }
@@ -83,11 +85,11 @@ struct MessageHubMaker {
 
     MessageHubMaker() {
         for (const auto& client : clients) {
-            hub.addClient(client);
+            hub.connected(client);
         }
     }
     CommunicationHandler::CommunicationHandlerInterface& transport() { return hub; }
-    void send(int client, int /*messageType*/, const std::string& text) { hub.receive(of(client), text); }
+    void send(int client, int /*messageType*/, const std::string& text) { hub.received(of(client), text); }
     std::vector<ReceivedMessage> take(int client) {
         std::vector<ReceivedMessage> messages;
         for (const auto& text : of(client)->take()) {

@@ -197,16 +197,16 @@ TEST_F(HostService, MakesTheSocketsThatWereNotPassed) {
 
 TEST_F(HostService, RefusesSocketsThatFitNoDoor) {
     pass("settings:device:web");
-    expectCannotStart("a socket named 'web' was passed, but there is no such door");
+    expectCannotStart("a socket named 'web' was passed, but there is no such listener");
     webArguments = {"--listen", "127.0.0.1:0"};
     environment["LISTEN_FDNAMES"] = "settings:settings:web";
     expectCannotStart("two sockets named 'settings' were passed");
     environment["LISTEN_FDNAMES"] = "settings:web:device";
-    expectCannotStart("the passed socket is no listening TCP socket");
+    expectCannotStart("the passed socket is not a listening TCP socket");
     environment["LISTEN_FDNAMES"] = "settings:device:";
-    expectCannotStart("a socket named '' was passed, but there is no such door");
+    expectCannotStart("a socket named '' was passed, but there is no such listener");
     environment.erase("LISTEN_FDNAMES");
-    expectCannotStart("a socket named 'unknown' was passed, but there is no such door");
+    expectCannotStart("a socket named 'unknown' was passed, but there is no such listener");
     environment["LISTEN_FDNAMES"] = "settings:device:web";
     const auto everywhere = TestSupport::listeningTcpSocket("0.0.0.0");
     sockets[2] = everywhere.get();

@@ -234,7 +234,7 @@ TEST_F(HostWeb, RefusesATakenPortAndPagesThatAreNone) {
                       "cannot listen at 127.0.0.1 port " + std::to_string(port) + ": Address already in use", 1);
     EXPECT_FALSE(std::filesystem::exists(folder / "other.db")) << "it left everything alone";
     expectCannotStart({"--listen", "127.0.0.1:0", "--pages", folder / "none"}, "cannot read the pages' folder", 1);
-    expectCannotStart({"--listen", "0.0.0.0:0"}, "'0.0.0.0' is no loopback address", 2);
+    expectCannotStart({"--listen", "0.0.0.0:0"}, "'0.0.0.0' is not a loopback address", 2);
     EXPECT_EQ(WireTests::healthOf(port).status, 200);
 }
 

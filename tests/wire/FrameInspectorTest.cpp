@@ -25,13 +25,13 @@ std::optional<int> typeOf(const std::string& frame) {
 
 }  // namespace
 
-TEST(FrameInspector, TakesObjects) {
+TEST(FrameInspector, AcceptsObjects) {
     for (const auto* frame : {"{}", R"({"type":7})", " {\"a\":\"é😀\"}\r", R"({"a":"\u0000"})"}) {
         EXPECT_EQ(codeOf(frame), "") << frame;
     }
 }
 
-TEST(FrameInspector, RefusesWhatIsNoJson) {
+TEST(FrameInspector, RefusesTextsThatAreNotJson) {
     for (const std::string frame : {"", "x", "{", "{} {}", "{'a':1}", "\xff", "{\"a\":\"\xff\"}", R"({"a":"\ud800"})",
                                     R"({"a":"\udc00"})", R"({"\udc00":1})"}) {
         EXPECT_EQ(codeOf(frame), "not-json") << frame;

@@ -6,7 +6,7 @@
 
 namespace Wire {
 
-TEST(JsonShape, TellsRootAndNesting) {
+TEST(JsonShape, FindsRootAndNesting) {
     EXPECT_EQ(shapeOf("{}").root, JsonShape::Root::OBJECT);
     EXPECT_EQ(shapeOf(" [1] ").root, JsonShape::Root::ARRAY);
     EXPECT_EQ(shapeOf("5").root, JsonShape::Root::OTHER);
@@ -24,7 +24,7 @@ TEST(JsonShape, ReadsAnyDepth) {
     EXPECT_FALSE(shapeOf(std::string(depth, '[')).valid);
 }
 
-TEST(JsonShape, LooksAtResolvedEscapes) {
+TEST(JsonShape, ChecksResolvedEscapes) {
     EXPECT_TRUE(shapeOf(R"(["\ud83d\ude00"])").wellFormed);
     EXPECT_FALSE(shapeOf(R"(["\udc00"])").wellFormed);
     EXPECT_FALSE(shapeOf(R"({"\udc00":1})").wellFormed);
@@ -155,7 +155,7 @@ TEST(JsonShape, FillsADocumentWithWhatTheHandlerSees) {
     }
 }
 
-TEST(JsonShape, LeavesTheDocumentAloneThatItCannotFill) {
+TEST(JsonShape, LeavesADocumentThatItCannotFillUnchanged) {
     for (const auto& text : {nestedArrays(maximumNesting + 1), nestedArrays(200000), std::string("{\"a\":1"),
                              "[" + nestedArrays(maximumNesting) + ",", std::string()}) {
         rapidjson::Document document(rapidjson::kObjectType);

@@ -24,8 +24,8 @@ void addMutations(const json::Document& frame, const std::string& place, std::ve
     json::Document changed;
     const auto add = [&](const std::string& fault) { found.push_back({compact(changed), fault}); };
     changed.CopyFrom(frame, changed.GetAllocator());
-    json::Pointer(place + "/stranger").Set(changed, 1);
-    add(place + "/stranger was added");
+    json::Pointer(place + "/unknown").Set(changed, 1);
+    add(place + "/unknown was added");
     for (const auto& member : json::Pointer(place).Get(frame)->GetObject()) {
         const std::string here = place + "/" + member.name.GetString();
         const json::Pointer pointer(here);

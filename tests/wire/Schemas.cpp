@@ -27,7 +27,7 @@ std::string textOf(const json::Pointer& place) {
 
 using Places = std::map<std::string, std::string>;
 
-/// By the member that tells the kind of a frame: its schema.
+/// The schema of a frame, by the member that shows its kind.
 const Places& kindsAt(Listener listener) {
     static const Places settings{{"notice", "notice"}, {"error", "refusal"}};
     static const Places device{{"ok", "device-done"},

@@ -29,7 +29,7 @@ bool isAllowed(const std::string& fault) {
 
 }  // namespace
 
-TEST(Schemas, TakeEveryExample) {
+TEST(Schemas, AcceptEveryExample) {
     const auto examples = allExamples();
     ASSERT_GE(examples.size(), 15U);
     for (const auto& example : examples) {
@@ -53,7 +53,7 @@ TEST(Schemas, AreAllShownByAnExample) {
     }
 }
 
-TEST(Schemas, TakeNoFrameThatIsSentInVain) {
+TEST(Schemas, RefuseRequestsThatTheHandlerDrops) {
     int seen = 0;
     for (const auto& example : allExamples()) {
         for (const auto& step : example.steps) {
@@ -91,7 +91,7 @@ TEST(Schemas, KnowTheKindOfEveryFrameOfTheHost) {
         EXPECT_EQ(schemaOfHostFrame(Listener::SETTINGS, frame), "") << frame;
         EXPECT_EQ(schemaOfHostFrame(Listener::DEVICE, frame), "") << frame;
     }
-    EXPECT_EQ(schemaOfHostFrame(Listener::SETTINGS, R"({"ok":true})"), "") << "only the device's door says so";
+    EXPECT_EQ(schemaOfHostFrame(Listener::SETTINGS, R"({"ok":true})"), "") << "only the device listeners send it";
 }
 
 TEST(Schemas, RefuseEveryFrameOfTheHostWithAMemberTooManyTooFewOrOfAnotherType) {

@@ -12,7 +12,7 @@ public:
     /// What is wrong with a copy, the text of a trace frame; nothing when all is well.
     ///
     /// A frame of the host must be valid under its schema. So must a request of a known kind, unless the device's
-    /// listener refuses it, which the next copy tells.
+    /// listener refuses it, as the next copy shows.
     std::optional<std::string> faultOf(const std::string& trace);
 
 private:

@@ -13,7 +13,7 @@ std::string copyOf(const std::string& direction, const std::string& listener, co
     json::StringBuffer buffer;
     json::Writer<json::StringBuffer> writer(buffer);
     writer.String(text);
-    return R"({"trace":{"timestamp":1,"direction":")" + direction + R"(","listener":")" + listener +
+    return R"({"trace":{"timestamp":1,"direction":")" + direction + R"(","door":")" + listener +
            R"(","client":null,"text":)" + buffer.GetString() + "}}";
 }
 
@@ -33,14 +33,14 @@ const std::string withoutValue = R"({"command":"locale","value":""})";
 
 }  // namespace
 
-TEST(TraceCheck, LooksAtFramesOfTheHost) {
+TEST(TraceCheck, ChecksFramesOfTheHost) {
     EXPECT_EQ(faultsIn({copyOf("out", "all", R"({"notice":{"reread":["a"]}})"), copyOf("out", "device", done)}), "..");
     EXPECT_EQ(faultsIn({copyOf("out", "all", R"({"notice":{"reread":[]}})"), copyOf("out", "socket", done),
                         copyOf("out", "page", "x"), copyOf("sideways", "all", done)}),
               "xxxx");
 }
 
-TEST(TraceCheck, LooksAtRequestsOfAKnownKind) {
+TEST(TraceCheck, ChecksRequestsOfAKnownKind) {
     EXPECT_EQ(faultsIn({copyOf("in", "socket", R"({"type":18,"messageId":"1"})"), copyOf("in", "page", "hello"),
                         copyOf("in", "socket", R"({"type":8})"), copyOf("in", "device", "{}")}),
               "....");

@@ -17,7 +17,7 @@ public:
         watch.data = this;
         uv_signal_start(
             &watch, [](uv_signal_t* arrived, int) { static_cast<SignalWatch*>(arrived->data)->action(); }, number);
-        // Waiting for a signal alone does not keep the loop running.
+        // A signal handle alone does not keep the loop running.
         uv_unref(asHandle());
     }
 

@@ -9,7 +9,7 @@ struct uv_loop_s;
 
 namespace SettingsHost {
 
-/// The one event loop of the host. It wakes only when there is something to do. One thread only.
+/// The event loop. It wakes only when there is something to do. One thread only.
 class EventLoop {
 public:
     EventLoop();

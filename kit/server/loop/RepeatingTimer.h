@@ -8,7 +8,7 @@
 
 namespace SettingsHost {
 
-/// Calls an action again and again, from the event loop. Waiting for it does not keep the loop running. The event loop
+/// Calls an action repeatedly, from the event loop. The timer does not keep the loop running. The event loop
 /// outlives it, and runs once more afterwards.
 class RepeatingTimer {
 public:

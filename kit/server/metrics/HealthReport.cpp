@@ -2,8 +2,7 @@
 
 #include <utility>
 
-#include "Utils/Rapidjson.h"
-#include "Wire/Utf8.h"
+#include "Wire/ObjectWriter.h"
 
 namespace SettingsHost {
 
@@ -29,41 +28,28 @@ const char* HealthReport::status(const StorageHealth& storage) const {
 
 HttpAnswer HealthReport::answer(const StorageHealth& storage) const {
     const auto uptime = std::chrono::steady_clock::now() - started;
-    rapidjson::StringBuffer buffer;
-    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-    writer.StartObject();
-    writer.Key("status");
-    writer.String(status(storage));
-    writer.Key("version");
-    writer.String(hostVersion);
-    writer.Key("uptimeSeconds");
-    writer.Int64(std::chrono::duration_cast<std::chrono::seconds>(uptime).count());
-    writer.Key("storage");
-    writer.StartObject();
-    writer.Key("writable");
-    writer.Bool(storage.writable);
-    writer.Key("keys");
-    writer.Uint64(storage.keys);
-    writer.Key("failures");
-    writer.Uint64(storage.failures);
+    Wire::ObjectWriter<> report;
+    report.text("status", status(storage));
+    report.text("version", hostVersion);
+    report.number("uptimeSeconds", std::chrono::duration_cast<std::chrono::seconds>(uptime).count());
+    report.beginObject("storage");
+    report.boolean("writable", storage.writable);
+    report.number("keys", storage.keys);
+    report.number("failures", storage.failures);
     if (!storage.lastFailure.empty()) {
-        writer.Key("lastFailure");
-        writer.String(Wire::withValidUtf8(storage.lastFailure));
+        report.text("lastFailure", storage.lastFailure);
     }
     if (recovery.source != Recovery::Source::NOT_NEEDED) {
-        writer.Key("recoveredFrom");
-        writer.String(recovery.source == Recovery::Source::BACKUP ? "backup" : "defaults");
+        report.text("recoveredFrom", recovery.source == Recovery::Source::BACKUP ? "backup" : "defaults");
     }
     if (!recovery.setAside.empty()) {
-        writer.Key("setAside");
-        writer.String(Wire::withValidUtf8(recovery.setAside));
+        report.text("setAside", recovery.setAside);
     }
-    writer.EndObject();
-    writer.EndObject();
+    report.endObject();
     HttpAnswer answer;
     answer.status = serving ? ok : serviceUnavailable;
     answer.contentType = "application/json";
-    answer.body = std::make_shared<const std::string>(buffer.GetString(), buffer.GetSize());
+    answer.body = std::make_shared<const std::string>(report.finish());
     return answer;
 }
 

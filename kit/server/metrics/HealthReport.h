@@ -9,16 +9,16 @@
 
 namespace SettingsHost {
 
-/// What `/healthz` says:
+/// The answer of `/healthz`:
 /// `{"status":"ok","version":"1.2.3","uptimeSeconds":12,"storage":{"writable":true,"keys":3,"failures":0}}`, with
 /// "lastFailure" once there was one. The status is "degraded" while changes do not reach the database, and otherwise
-/// "recovered" until the next start when the database was damaged at this one: "storage" then says with "recoveredFrom"
-/// whether a "backup" or "defaults" took its place, and with "setAside" how the damaged file is called now.
+/// "recovered" until the next start when the database was damaged at this one: "recoveredFrom" then says whether a
+/// "backup" or "defaults" took its place, and "setAside" is the new name of the damaged file.
 class HealthReport {
 public:
     HealthReport(std::string version, Recovery recoveryAtStart);
 
-    /// Does the host serve? Until told so it does not.
+    /// Does the host serve? At first it does not.
     void setServing(bool isServing) { serving = isServing; }
 
     /// 200 while the host serves, else 503.

@@ -25,13 +25,14 @@ using Names = std::vector<std::string>;
 
 const std::string other = "other";
 
-/// Settings that the voice SDK may refuse to apply. The change is announced all the same, and counted as "error" too.
+/// Settings that the voice SDK may refuse to apply. The event is sent all the same, and the change counted as "error",
+/// too.
 bool mayBeRefused(const std::string& key) {
     return key == "friendlyName" || key == "handsFreeAlwaysOnEnabled" || key == "pttAlwaysOnEnabled";
 }
 
-/// What is told apart in changes of a setting: the values that it has a choice of, never what a person typed, and
-/// "error". None for those that the handler never changes.
+/// The value labels of changes of a setting: the values of its choice, never a text that a person typed, and "error".
+/// None for settings that the handler never changes.
 Names valueNames(const Wire::SettingDescription& setting) {
     if (setting.setByDeviceOnly) {
         return {};
@@ -66,7 +67,7 @@ const std::array<const char*, 4> operationNames{"read", "write", "remove", "clea
 
 }  // namespace
 
-/// One series for each value of a label, and one for all the others.
+/// One series for each value of a label, and one for all other values.
 template <typename Metric>
 class Series {
 public:
@@ -81,7 +82,7 @@ private:
     std::map<std::string, Metric*> metrics;
 };
 
-/// All series, made at the start: what clients send finds one of them or "other".
+/// All series, made at the start: what clients send is counted in one of them or as "other".
 struct HostMetrics::Families {
     using Counter = prometheus::Counter;
     using Gauge = prometheus::Gauge;
@@ -136,11 +137,11 @@ struct HostMetrics::Families {
         auto& clientFamily = gauge("settings_host_clients", "Clients that are connected.");
         auto& slowFamily =
             counter("settings_host_slow_clients_disconnected_total", "Clients disconnected because they did not read.");
-        auto& crowdFamily =
+        auto& refusedFamily =
             counter("settings_host_clients_turned_away_total", "Clients refused because there was no room.");
         for (const auto origin : {Origin::SOCKET, Origin::PAGE, Origin::DEVICE}) {
             clients[origin] = &clientFamily.Add({{"door", originName(origin)}});
-            refused[origin] = &crowdFamily.Add({{"door", originName(origin)}});
+            refused[origin] = &refusedFamily.Add({{"door", originName(origin)}});
             slowClients[origin] = &slowFamily.Add({{"door", originName(origin)}});
         }
     }
@@ -159,13 +160,13 @@ struct HostMetrics::Families {
     }
 
     void updateProcess() {
-        const ProcessUsage figures = readProcessUsage();
-        cpuSeconds->Increment(figures.cpuSeconds - cpuSeconds->Value());
-        residentBytes->Set(figures.residentBytes);
-        virtualBytes->Set(figures.virtualBytes);
-        openDescriptors->Set(figures.openDescriptors);
-        maximumDescriptors->Set(figures.maximumDescriptors);
-        startSeconds->Set(figures.startSeconds);
+        const ProcessUsage usage = readProcessUsage();
+        cpuSeconds->Increment(usage.cpuSeconds - cpuSeconds->Value());
+        residentBytes->Set(usage.residentBytes);
+        virtualBytes->Set(usage.virtualBytes);
+        openDescriptors->Set(usage.openDescriptors);
+        maximumDescriptors->Set(usage.maximumDescriptors);
+        startSeconds->Set(usage.startSeconds);
     }
 
     prometheus::Registry registry;
@@ -213,9 +214,9 @@ void HostMetrics::clientRefused(Origin origin) {
     families->refused.at(origin)->Increment();
 }
 
-void HostMetrics::clientDisconnected(const Client& client, DisconnectReason departure) {
+void HostMetrics::clientDisconnected(const Client& client, DisconnectReason reason) {
     families->clients.at(client.origin())->Decrement();
-    if (departure == DisconnectReason::TOO_SLOW) {
+    if (reason == DisconnectReason::TOO_SLOW) {
         families->slowClients.at(client.origin())->Increment();
     }
 }

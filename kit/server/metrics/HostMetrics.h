@@ -9,7 +9,7 @@
 
 namespace SettingsHost {
 
-/// The figures of the host in the Prometheus text format.
+/// The metrics of the host in the Prometheus text format.
 ///
 /// Bounded and private: every label value comes from a fixed list, everything else is counted as "other". So the number
 /// of series does not depend on what clients send, and names of rooms and phones never leave through metrics. One
@@ -19,7 +19,7 @@ public:
     explicit HostMetrics(const std::string& version);
     ~HostMetrics() override;
 
-    /// Everything as text, with the figures of the process as they are now.
+    /// All metrics as text, with those of the process as they are now.
     std::string text();
 
     /// Does nothing: every event repeats a counter.
@@ -30,8 +30,8 @@ public:
 
     void clientConnected(const Client& client) override;
     void clientRefused(Origin origin) override;
-    void clientDisconnected(const Client& client, DisconnectReason departure) override;
-    /// Requests are counted when they are handled, and answers are not.
+    void clientDisconnected(const Client& client, DisconnectReason reason) override;
+    /// Not counted: requests are counted when they are handled.
     void frameReceived(const Client& client, const std::string& frame) override;
     void frameSent(const Client* receiver, const std::string& frame) override;
     void frameRefused(const std::string& code) override;

@@ -18,7 +18,7 @@ namespace {
 double countDescriptors() {
     std::error_code problem;
     const std::filesystem::directory_iterator entries("/proc/self/fd", problem);
-    // One of them reads the folder.
+    // One of them is the folder itself.
     return problem ? 0 : static_cast<double>(std::distance(begin(entries), end(entries))) - 1;
 }
 
@@ -38,7 +38,7 @@ double bootSeconds() {
 }  // namespace
 
 ProcessUsage readProcessUsage() {
-    ProcessUsage figures;
+    ProcessUsage usage;
     std::ifstream file("/proc/self/stat");
     std::string line;
     std::getline(file, line);
@@ -49,21 +49,21 @@ ProcessUsage readProcessUsage() {
     constexpr int firstAfterName = 3;
     for (int number = firstAfterName; fields >> field; ++number) {
         if (number == 14 || number == 15) {  // user and system time
-            figures.cpuSeconds += std::stod(field) / ticks;
+            usage.cpuSeconds += std::stod(field) / ticks;
         } else if (number == 22) {  // start, after boot
-            figures.startSeconds = bootSeconds() + std::stod(field) / ticks;
+            usage.startSeconds = bootSeconds() + std::stod(field) / ticks;
         } else if (number == 23) {
-            figures.virtualBytes = std::stod(field);
+            usage.virtualBytes = std::stod(field);
         } else if (number == 24) {
-            figures.residentBytes = std::stod(field) * static_cast<double>(::sysconf(_SC_PAGESIZE));
+            usage.residentBytes = std::stod(field) * static_cast<double>(::sysconf(_SC_PAGESIZE));
         }
     }
-    figures.openDescriptors = countDescriptors();
+    usage.openDescriptors = countDescriptors();
     rlimit limit{};
     if (::getrlimit(RLIMIT_NOFILE, &limit) == 0) {
-        figures.maximumDescriptors = static_cast<double>(limit.rlim_cur);
+        usage.maximumDescriptors = static_cast<double>(limit.rlim_cur);
     }
-    return figures;
+    return usage;
 }
 
 }  // namespace SettingsHost

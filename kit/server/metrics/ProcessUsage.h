@@ -4,7 +4,7 @@
 
 namespace SettingsHost {
 
-/// What the kernel says about this process; a figure that cannot be read is 0.
+/// What the kernel reports about this process; a number that cannot be read is 0.
 struct ProcessUsage {
     double cpuSeconds = 0;
     double residentBytes = 0;

@@ -10,7 +10,9 @@
 #include "CommunicationHandler/CommunicationHandlerInterface.h"
 #include "server/protocol/TrafficObserver.h"
 #include "server/sockets/Backlog.h"
+#include "server/sockets/ClientListener.h"
 #include "service/logging/RequestContext.h"
+#include "storage/ValueObserver.h"
 
 namespace Wire {
 struct Refusal;
@@ -18,34 +20,38 @@ struct Refusal;
 
 namespace SettingsHost {
 
-/// The message transport behind all listeners: delivers requests to the handler registered for their type, replies
-/// to the requester, events and notices to every client. It knows clients, not sockets. One thread only.
+class HandlerCache;
+
+/// The message transport behind the settings listeners: delivers requests to the handler registered for their type,
+/// replies to the requester, events and notices to every client. It knows clients, not sockets. One thread only.
 ///
-/// Everything that may change settings runs inside `receive` or `perform`. When that is over, the keys that were
+/// Everything that may change settings runs inside `received` or `perform`. When that is over, the keys that were
 /// reported to `valueChanged` and for which the handler sent no event go to every client as one notice.
-class MessageHub : public CommunicationHandler::CommunicationHandlerInterface {
+class MessageHub : public CommunicationHandler::CommunicationHandlerInterface,
+                   public ClientListener,
+                   public ValueObserver {
 public:
-    /// `context` is told which request is being handled. A reply over `maximumFrameSize` for which `backlog` has no
+    /// `context` holds the request that is being handled. A reply over `maximumFrameSize` for which `backlog` has no
     /// room is not made; the requester gets the refusal `busy`.
     explicit MessageHub(std::shared_ptr<TrafficObserver> traffic,
                         std::shared_ptr<RequestContext> context = std::make_shared<RequestContext>(),
                         std::shared_ptr<const Backlog> backlog = std::make_shared<Backlog>());
 
-    void addClient(const std::shared_ptr<Client>& client);
-    void removeClient(const std::shared_ptr<Client>& client, DisconnectReason departure);
+    /// From now on `cache` is kept within its limit after each request, as long as it lives.
+    void bound(std::weak_ptr<HandlerCache> cache) { handlerCache = std::move(cache); }
 
-    /// Takes one frame of `client`: refuses it, keeps it away from the handler (logged at level 3), or delivers it. An
-    /// exception that the delivery lets out is logged at level 3.
-    void receive(const std::shared_ptr<Client>& client, const std::string& frame);
-
-    /// Answers a frame that is over the limit.
-    void refuseTooLarge(Client& client);
+    void connected(const std::shared_ptr<Client>& client) override;
+    void disconnected(const std::shared_ptr<Client>& client, DisconnectReason reason) override;
+    /// Takes one frame of `client`: refuses it, rejects it (logged at level 3) or delivers it to the handler. An
+    /// exception of the handler is logged at level 3.
+    void received(const std::shared_ptr<Client>& client, const std::string& frame) override;
+    void oversized(const std::shared_ptr<Client>& client) override;
+    void refused(Origin origin) override;
 
     /// Runs `action` with events of `origin`.
     void perform(Origin origin, const std::function<void()>& action);
 
-    /// The value of a setting changed where it lives.
-    void valueChanged(const std::string& settingDBId);
+    void valueChanged(const std::string& settingDBId) override;
 
     /// How many events the handler has sent. It sends one for each value that it accepts.
     unsigned long eventsSent() const { return sequence; }
@@ -55,7 +61,9 @@ public:
     void registerMessageHandler(int messageType, std::function<void(const std::string&)> handler) override;
 
 private:
+    void handle(const std::shared_ptr<Client>& client, const std::string& frame);
     void deliver(const std::shared_ptr<Client>& client, int type, const std::string& frame);
+    void boundCache();
     void sendNotice();
     void sendToAll(std::string frame);
     void sendTo(Client& client, std::string frame);
@@ -68,8 +76,9 @@ private:
     std::unordered_set<std::shared_ptr<Client>> clients;
     std::string messageIdPrefix;
     unsigned long sequence = 0;
+    std::weak_ptr<HandlerCache> handlerCache;
 
-    // What is being done now.
+    // The request or action that is being handled.
     Origin currentOrigin = Origin::DEVICE;
     std::shared_ptr<Client> requester;
     int currentType = 0;

@@ -8,7 +8,7 @@
 
 namespace SettingsHost {
 
-/// Passes what it is told on to each of its observers, in the order in which they were added.
+/// Passes every notification on to each of its observers, in the order in which they were added.
 class TrafficObservers : public TrafficObserver {
 public:
     void add(std::shared_ptr<TrafficObserver> observer) { observers.push_back(std::move(observer)); }
@@ -23,9 +23,9 @@ public:
             observer->clientRefused(origin);
         }
     }
-    void clientDisconnected(const Client& client, DisconnectReason departure) override {
+    void clientDisconnected(const Client& client, DisconnectReason reason) override {
         for (const auto& observer : observers) {
-            observer->clientDisconnected(client, departure);
+            observer->clientDisconnected(client, reason);
         }
     }
     void frameReceived(const Client& client, const std::string& frame) override {

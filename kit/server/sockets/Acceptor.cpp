@@ -36,7 +36,7 @@ private:
     Acceptor* acceptor;
 };
 
-/// Ends the time in which nobody looks at who waits.
+/// Ends a pause of accepting.
 class Acceptor::Pause : public UvHandle<uv_timer_t, Pause> {
 public:
     explicit Pause(Acceptor& itsAcceptor) : acceptor(&itsAcceptor) {}
@@ -89,13 +89,13 @@ void Acceptor::refuseNext() {
         accepted.get() >= 0) {
         onRefused(accepted.get());
     } else if (errno == EMFILE || errno == ENFILE) {
-        rest();
+        pauseAccepting();
     }
-    // Only now, when the connection is closed again.
+    // Only after the refused connection is closed.
     spare = openSpare();
 }
 
-void Acceptor::rest() {
+void Acceptor::pauseAccepting() {
     uv_poll_stop(watch->get());
     pause->start();
 }

@@ -9,23 +9,22 @@
 
 namespace SettingsHost {
 
-/// Takes the connections of a listening socket. One thread only. The event loop outlives it, and runs once more after
+/// Accepts the connections of a listening socket. One thread only. The event loop outlives it, and runs once more after
 /// `close`.
 ///
-/// At the limit of descriptors a connection can neither be taken nor left waiting, or the loop would never sleep. So
-/// one descriptor is kept in reserve, to turn connections away with. When not even that helps, because the limit was
-/// lowered or other programs were faster, connections wait for `pauseMilliseconds`.
-///
+/// At the limit of descriptors a connection can neither be accepted nor left waiting, or the loop would never sleep. So
+/// one descriptor is kept in reserve, with which connections are refused. When that fails too, because the limit was
+/// lowered or another program took the descriptor, connections wait for `pauseMilliseconds`.
 class Acceptor {
 public:
     static constexpr unsigned pauseMilliseconds = 100;
 
-    /// Takes a connected, non-blocking descriptor over.
+    /// Owns the connected, non-blocking descriptor from now on.
     using OnConnection = std::function<void(int descriptor)>;
     /// May send a last message over a connection that is closed when it returns.
     using OnRefused = std::function<void(int descriptor)>;
 
-    /// `descriptor` listens and is non-blocking. A turn of the loop takes one connection, and more as long as some wait
+    /// `descriptor` listens and is non-blocking. A turn of the loop accepts one connection, and more while some wait
     /// and the turn is shorter than `longestTurn`.
     explicit Acceptor(Descriptor descriptor, std::chrono::microseconds longestTurn = std::chrono::microseconds(0));
     ~Acceptor();
@@ -42,7 +41,7 @@ private:
 
     void accept();
     void refuseNext();
-    void rest();
+    void pauseAccepting();
 
     Descriptor listening;
     std::chrono::microseconds longestTurn;

@@ -5,23 +5,24 @@
 
 #include <malloc.h>
 
+#include "server/sockets/ListenerLimits.h"
+
 namespace SettingsHost {
 
 namespace {
 
-/// What it takes to keep a frame besides its text: the string and its owners' count, their heads in the heap, and its
-/// place in the map of waiting frames.
+/// Memory of a frame besides its text: the string and its reference count, their headers in the heap, and its entry in
+/// the map of waiting frames.
 constexpr std::size_t frameOverhead = 192;
-/// A place in the queue of one client.
+/// An entry in the queue of one client.
 constexpr std::size_t placeOverhead = sizeof(std::shared_ptr<const std::string>);
-/// After so much has gone, the holes that it left in the heap are given back: the first when nothing waits any more.
+/// After so many bytes were released, free memory of the heap goes back to the system: the first when nothing waits.
 constexpr std::size_t worthGivingBackAtRest = 1024UL * 1024UL;
 constexpr std::size_t worthGivingBack = 4UL * worthGivingBackAtRest;
 
 }  // namespace
 
-/// A quarter more, because a heap from which pieces of all sizes come and go is never full, and the web
-/// library and the database keep something besides.
+/// A quarter more, for the fragmentation of the heap and for what the web library and the database keep besides.
 std::size_t Backlog::costOf(std::size_t bytes) {
     return bytes + bytes / 4;
 }
@@ -59,9 +60,7 @@ void Backlog::makeRoom() {
         if (most == clients.end() || waiting(*most) == 0) {
             return;
         }
-        ClientBacklog& client = **most;
-        client.drop();
-        client.clear();
+        (*most)->overflow();
     }
 }
 
@@ -83,6 +82,11 @@ ClientBacklog::~ClientBacklog() {
 }
 
 void ClientBacklog::push(const std::shared_ptr<const std::string>& frame) {
+    const std::size_t behindFirst = empty() ? 0 : unreadBytes - frames.front()->size();
+    if (behindFirst > maximumWaiting) {
+        overflow();
+        return;
+    }
     frames.push_back(frame);
     unreadBytes += frame->size();
     all->hold(*frame);
@@ -109,6 +113,21 @@ void ClientBacklog::clear() {
         pop();
     }
     setInput(0);
+}
+
+bool ClientBacklog::pauseInput() {
+    inputPaused = unreadBytes > maximumUnread;
+    return inputPaused;
+}
+
+bool ClientBacklog::resumeInput() {
+    return inputPaused && !pauseInput();
+}
+
+void ClientBacklog::overflow() {
+    reason = DisconnectReason::TOO_SLOW;
+    drop();
+    clear();
 }
 
 }  // namespace SettingsHost

@@ -8,15 +8,17 @@
 #include <unordered_map>
 #include <vector>
 
+#include "server/sockets/Client.h"
+
 namespace SettingsHost {
 
 class ClientBacklog;
 
-/// The one budget for all that waits for clients, at all listeners together: frames that they have not read, and what
-/// they sent that could not be handled yet. Over the limit the client with most waiting is dropped, then the next one,
-/// until the rest fits. One thread only.
+/// The one budget for the backlogs of all clients, at all listeners together: frames that they have not read, and what
+/// they sent that could not be handled yet. Over the limit the client with the largest backlog is dropped, then the
+/// next one, until the rest fits. One thread only.
 ///
-/// Everything counts with the memory that it takes: a frame for many clients once, and each with what keeps it.
+/// Everything counts with the memory that it takes: a frame for many clients once, and each with its overhead.
 class Backlog {
 public:
     static constexpr std::size_t maximum = 32UL * 1024UL * 1024UL;
@@ -26,7 +28,7 @@ public:
     Backlog(const Backlog&) = delete;
     Backlog& operator=(const Backlog&) = delete;
 
-    /// May as much wait besides what waits already?
+    /// Is there room for as many bytes more?
     bool hasRoomFor(std::size_t bytes) const { return costOf(bytes) <= limit && total <= limit - costOf(bytes); }
     std::size_t size() const { return total; }
 
@@ -42,15 +44,17 @@ private:
 
     std::size_t limit;
     std::size_t total = 0;
-    /// What was let go since memory went back to the system.
+    /// Bytes released since memory was last given back to the system.
     std::size_t released = 0;
-    /// Frames that wait, and for how many clients.
+    /// Frames that wait, with the number of clients that they wait for.
     std::unordered_map<const std::string*, std::size_t> frames;
-    /// In the order in which they came.
+    /// In the order in which they connected.
     std::vector<ClientBacklog*> clients;
 };
 
-/// What waits for one client. What it drops it for has been seen by the client without a gap up to an end.
+/// What waits for one client, and the back-pressure that follows from it: when no more of its frames are taken, and
+/// when it is dropped. A client that is dropped has seen its frames without a gap up to an end. ListenerLimits.h has
+/// the limits.
 class ClientBacklog {
 public:
     /// `dropClient` closes the connection; it is called while something is added to this or another client's backlog,
@@ -66,23 +70,41 @@ public:
     const std::shared_ptr<const std::string>& operator[](std::size_t place) const { return frames[place]; }
     /// Bytes of frames that wait to be read.
     std::size_t unread() const { return unreadBytes; }
-    /// The same, without the frame that is on its way: its size says nothing about how fast the client reads.
-    std::size_t unreadBehindFirst() const { return empty() ? 0 : unreadBytes - frames.front()->size(); }
 
+    /// Drops the client instead when more than `maximumWaiting` waits behind the frame that is on its way, whose size
+    /// says nothing about how fast the client reads.
     void push(const std::shared_ptr<const std::string>& frame);
     void pop();
     /// What the client sent takes as much memory.
     void setInput(std::size_t bytes);
     void clear();
 
+    /// Returns: true when more than `maximumUnread` waits; the client's next frames wait then.
+    bool pauseInput();
+    bool isInputPaused() const { return inputPaused; }
+    /// Returns: true, once, when the client has read enough since its frames wait.
+    bool resumeInput();
+
+    /// The connection is to be closed when everything that waits is sent; nothing is added from now on.
+    void finish() { finishing = true; }
+    bool isFinishing() const { return finishing; }
+
+    /// TOO_SLOW for a client that was dropped.
+    DisconnectReason disconnectReason() const { return reason; }
+
 private:
     friend class Backlog;
+
+    void overflow();
 
     std::shared_ptr<Backlog> all;
     std::function<void()> drop;
     std::deque<std::shared_ptr<const std::string>> frames;
     std::size_t unreadBytes = 0;
     std::size_t inputBytes = 0;
+    bool inputPaused = false;
+    bool finishing = false;
+    DisconnectReason reason = DisconnectReason::CLOSED;
 };
 
 }  // namespace SettingsHost

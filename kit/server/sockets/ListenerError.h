@@ -4,7 +4,7 @@
 
 namespace SettingsHost {
 
-/// Why a listener cannot be opened, in words for the person who starts the host.
+/// Why a listener cannot be opened, as a message for the person who starts the host.
 class ListenerError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

@@ -29,7 +29,7 @@ template <typename Address>
 socklen_t readAddress(int descriptor, Address& address) {
     socklen_t size = sizeof(address);
     if (::getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
-        throw ListenerError(std::string("a passed socket has no address: ") + std::strerror(errno));
+        throw ListenerError(std::string("cannot read the address of a passed socket: ") + std::strerror(errno));
     }
     return size;
 }
@@ -38,7 +38,7 @@ void adopt(int descriptor) {
     const int flags = ::fcntl(descriptor, F_GETFL);
     if (flags < 0 || ::fcntl(descriptor, F_SETFL, flags | O_NONBLOCK) != 0 ||
         ::fcntl(descriptor, F_SETFD, FD_CLOEXEC) != 0) {
-        throw ListenerError(std::string("a passed socket cannot be used: ") + std::strerror(errno));
+        throw ListenerError(std::string("cannot set the flags of a passed socket: ") + std::strerror(errno));
     }
 }
 
@@ -54,12 +54,12 @@ bool isLoopback(const sockaddr_storage& address) {
 
 std::string checkPassedUnixSocket(int descriptor) {
     if (!hasOption(descriptor, SO_DOMAIN, AF_UNIX) || !isListeningStream(descriptor)) {
-        throw ListenerError("the passed socket is no listening Unix stream socket");
+        throw ListenerError("the passed socket is not a listening Unix stream socket");
     }
     sockaddr_un address{};
     const socklen_t size = readAddress(descriptor, address);
     if (size <= offsetof(sockaddr_un, sun_path) || address.sun_path[0] == '\0') {
-        throw ListenerError("the passed socket has no path, so that everybody could connect to it");
+        throw ListenerError("the passed socket is abstract: abstract sockets have no access control");
     }
     adopt(descriptor);
     return std::string(address.sun_path, ::strnlen(address.sun_path, size - offsetof(sockaddr_un, sun_path)));
@@ -68,7 +68,7 @@ std::string checkPassedUnixSocket(int descriptor) {
 void checkPassedLoopbackSocket(int descriptor) {
     const bool isInternet = hasOption(descriptor, SO_DOMAIN, AF_INET) || hasOption(descriptor, SO_DOMAIN, AF_INET6);
     if (!isInternet || !isListeningStream(descriptor)) {
-        throw ListenerError("the passed socket is no listening TCP socket");
+        throw ListenerError("the passed socket is not a listening TCP socket");
     }
     sockaddr_storage address{};
     readAddress(descriptor, address);

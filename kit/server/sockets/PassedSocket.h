@@ -4,10 +4,10 @@
 
 namespace SettingsHost {
 
-/// Checks a listening socket that somebody else made, and makes it non-blocking and closed on exec.
+/// Checks a listening socket that another process opened, and makes it non-blocking and close-on-exec.
 
-/// Returns: the path at which the Unix stream socket listens. Errors: `ListenerError`, also when it has no path, since
-/// every user of the machine can connect to such a socket.
+/// Returns: the path at which the Unix stream socket listens. Errors: `ListenerError`, also for an abstract socket,
+/// since those have no access control.
 std::string checkPassedUnixSocket(int descriptor);
 
 /// Errors: `ListenerError` unless it is a TCP socket that listens at a loopback address.

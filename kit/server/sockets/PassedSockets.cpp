@@ -16,7 +16,7 @@ namespace SettingsHost {
 
 namespace {
 
-/// The place of the first one: behind the standard streams.
+/// The first passed descriptor, after the standard streams.
 constexpr int firstPlace = 3;
 
 [[noreturn]] void fail(const std::string& why) {
@@ -34,7 +34,7 @@ int numberOfSockets() {
     // More than a process can have open on any system.
     constexpr std::uint64_t tooMany = 1U << 20U;
     if (*count == 0 || *count > tooMany) {
-        fail("LISTEN_FDS makes no sense");
+        fail("LISTEN_FDS is out of range");
     }
     return static_cast<int>(*count);
 }
@@ -60,12 +60,12 @@ std::vector<std::string> namesOfSockets(int count) {
     }
     std::vector<std::string> names = namesIn(*list);
     if (names.size() != static_cast<std::size_t>(count)) {
-        fail("LISTEN_FDNAMES does not name each of them");
+        fail("LISTEN_FDNAMES does not name each socket");
     }
     return names;
 }
 
-/// A number at which nothing is open goes to whatever is opened next, which must not be taken for a socket.
+/// A descriptor that is not open would be given to the next file, which must not be taken for a socket.
 void expectOpen(int count) {
     for (int place = firstPlace; place < firstPlace + count; ++place) {
         if (::fcntl(place, F_GETFD) < 0) {
@@ -99,7 +99,7 @@ PassedSockets::PassedSockets(const std::set<std::string>& expected) {
     for (const auto& name : names) {
         Descriptor socket(place++);
         if (expected.count(name) == 0) {
-            throw ListenerError("a socket named '" + name + "' was passed, but there is no such door");
+            throw ListenerError("a socket named '" + name + "' was passed, but there is no such listener");
         }
         if (!sockets.emplace(name, std::move(socket)).second) {
             throw ListenerError("two sockets named '" + name + "' were passed");

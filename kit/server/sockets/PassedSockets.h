@@ -9,12 +9,12 @@
 
 namespace SettingsHost {
 
-/// The listening sockets that a service manager made for this process and passed to it, by their names.
+/// The listening sockets that a service manager opened and passed to this process, by their names.
 class PassedSockets {
 public:
-    /// Takes over what was passed; to be called before anything else is opened. Without a service manager there is
-    /// nothing. Errors: `ListenerError` when a socket's name is none of `expected`, two have the same, one is not open,
-    /// or names and number do not fit.
+    /// Takes the passed sockets; to be called before anything else is opened. Without a service manager there are none.
+    /// Errors: `ListenerError` when a socket's name is none of `expected`, two have the same name, one is not open, or
+    /// names and number do not match.
     explicit PassedSockets(const std::set<std::string>& expected);
 
     /// The socket of that name, once.

@@ -28,18 +28,10 @@ SocketClient::SocketClient(UnixSocketListener& owningListener, Origin origin)
     : listener(&owningListener),
       clientOrigin(origin),
       framer(Wire::maximumFrameSize),
-      backlog(owningListener.events.backlog, [this] {
-          reason = DisconnectReason::TOO_SLOW;
-          drop();
-      }) {}
+      backlog(owningListener.backlog, [this] { drop(); }) {}
 
 void SocketClient::send(const std::shared_ptr<const std::string>& frame) {
-    if (finishing || outputEnded || !isOpen()) {
-        return;
-    }
-    if (backlog.unreadBehindFirst() > maximumWaiting) {
-        reason = DisconnectReason::TOO_SLOW;
-        drop();
+    if (backlog.isFinishing() || outputEnded || !isOpen()) {
         return;
     }
     if (backlog.empty()) {
@@ -96,35 +88,28 @@ void SocketClient::written(int status) {
     framesOnTheirWay = 0;
     sentOfFirst = 0;
     if (status != 0) {
-        // The client reads no more. What it asked for is still done.
+        // The client reads no more. The requests that it sent are still handled.
         outputEnded = true;
         backlog.clear();
         countInput();
     }
-    if (finishing && backlog.empty()) {
+    if (backlog.isFinishing() && backlog.empty()) {
         shutDown();
         return;
     }
     writeOn();
-    if (waitsForReader && !isBehind()) {
-        waitsForReader = false;
+    if (backlog.resumeInput()) {
         pause();
         listener->continueLater(shared());
     }
 }
 
-/// Its frames wait until it has read what waits for it. Until they fill a buffer they are still read, so that it can
-/// send a series of requests before it reads the first answer.
-void SocketClient::waitForReader() {
-    waitsForReader = true;
+/// A client whose frames wait may send on until they fill a buffer: a series of requests before it reads the first
+/// reply.
+void SocketClient::pauseWhenFull() {
     if (framer.size() > Wire::maximumFrameSize) {
         pause();
     }
-}
-
-/// Does more wait for the client than it may leave unread while it asks on?
-bool SocketClient::isBehind() const {
-    return !outputEnded && backlog.unread() > maximumUnread;
 }
 
 void SocketClient::start() {
@@ -132,7 +117,7 @@ void SocketClient::start() {
 }
 
 void SocketClient::readOn() {
-    if (reading || inputEnded || finishing || !isOpen()) {
+    if (reading || inputEnded || backlog.isFinishing() || !isOpen()) {
         return;
     }
     reading = true;
@@ -159,7 +144,7 @@ void SocketClient::received(ssize_t count, const char* bytes) {
     if (count > 0) {
         framer.append(bytes, static_cast<std::size_t>(count));
     } else if (count < 0) {
-        // Its end or an error: either way, what came before is still taken.
+        // End of file or an error: frames that came before are still taken.
         pause();
         inputEnded = true;
     }
@@ -177,18 +162,17 @@ void SocketClient::takeFrames() {
 }
 
 void SocketClient::takeTurn(const std::shared_ptr<SocketClient>& self) {
-    waitsForReader = false;
     const auto end = std::chrono::steady_clock::now() + UnixSocketListener::longestTurn;
     for (std::size_t taken = 0; taken < UnixSocketListener::framesPerTurn; ++taken) {
-        // A turn that took all there was is over without another one.
+        // A turn that took all frames needs no further one.
         if (taken > 0 && framer.size() > 0 && std::chrono::steady_clock::now() >= end) {
             break;
         }
-        if (finishing || !isOpen()) {
+        if (backlog.isFinishing() || !isOpen()) {
             return;
         }
-        if (isBehind()) {
-            waitForReader();
+        if (backlog.pauseInput()) {
+            pauseWhenFull();
             return;
         }
         const auto frame = framer.next();
@@ -201,9 +185,9 @@ void SocketClient::takeTurn(const std::shared_ptr<SocketClient>& self) {
             return;
         }
         if (frame->tooLarge) {
-            listener->events.tooLarge(self);
+            listener->clientListener.oversized(self);
         } else {
-            listener->events.frame(self, frame->text);
+            listener->clientListener.received(self, frame->text);
         }
     }
     if (isOpen()) {
@@ -213,17 +197,17 @@ void SocketClient::takeTurn(const std::shared_ptr<SocketClient>& self) {
 }
 
 void SocketClient::finish() {
-    if (finishing || !isOpen()) {
+    if (backlog.isFinishing() || !isOpen()) {
         return;
     }
-    finishing = true;
+    backlog.finish();
     pause();
     if (backlog.empty()) {
         shutDown();
     }
 }
 
-/// Ends the output; the client reads what the kernel has of it.
+/// Ends the output; the client still reads what the kernel has of it.
 void SocketClient::shutDown() {
     auto request = std::make_unique<uv_shutdown_t>();
     const int result = uv_shutdown(request.get(), stream(), [](uv_shutdown_t* done, int) {

@@ -5,14 +5,15 @@
 #include <string>
 
 #include "server/loop/UvHandle.h"
+#include "server/sockets/Backlog.h"
+#include "server/sockets/Client.h"
 #include "server/sockets/LineFramer.h"
-#include "server/sockets/ListenerEvents.h"
 
 namespace SettingsHost {
 
 class UnixSocketListener;
 
-/// One connection at a Unix socket. Owned by its listener until it leaves, and by libuv until the handle is closed.
+/// One connection at a Unix socket. Owned by its listener until it is gone, and by libuv until the handle is closed.
 class SocketClient : public Client, public UvHandle<uv_pipe_t, SocketClient> {
 public:
     /// `owningListener` calls `detach` before it goes.
@@ -20,18 +21,19 @@ public:
 
     void send(const std::shared_ptr<const std::string>& frame) override;
     Origin origin() const override { return clientOrigin; }
-    DisconnectReason departure() const { return reason; }
+    ListenerKind listenerKind() const override { return ListenerKind::UNIX_SOCKET; }
+    DisconnectReason disconnectReason() const { return backlog.disconnectReason(); }
 
     /// Reads from now on.
     void start();
-    /// Takes up to a turn's frames, then reads on, waits for another turn or for the client to read, or leaves.
+    /// Takes up to a turn's frames, then reads on, waits for another turn or for the client to read, or closes.
     void takeFrames();
-    /// Closes when everything that waits is sent.
+    /// Closes when its backlog is sent.
     void finish();
     /// Closes at once.
     void drop();
     void detach() { listener = nullptr; }
-    /// Tells the listener that this client is gone.
+    /// Notifies the listener that this client is gone.
     void closed();
 
 private:
@@ -44,14 +46,12 @@ private:
     void received(ssize_t count, const char* bytes);
     void takeTurn(const std::shared_ptr<SocketClient>& self);
     void countInput();
-    bool isBehind() const;
-    void waitForReader();
+    void pauseWhenFull();
     void readOn();
     void pause();
 
     UnixSocketListener* listener;
     Origin clientOrigin;
-    DisconnectReason reason = DisconnectReason::CLOSED;
     LineFramer framer;
     ClientBacklog backlog;
     /// What libuv writes: the first frames of the backlog, and nothing else that this client owns.
@@ -62,8 +62,6 @@ private:
     bool reading = false;
     bool inputEnded = false;
     bool outputEnded = false;
-    bool waitsForReader = false;
-    bool finishing = false;
 };
 
 }  // namespace SettingsHost

@@ -32,8 +32,8 @@ void makeFolder(const std::filesystem::path& folder) {
     }
 }
 
-/// Opens the folder, so that what was checked is what is used. The folder stays locked while the descriptor is open:
-/// two hosts that start at once look at the socket one after the other.
+/// Opens the folder, so that the folder that was checked is the one that is used. It stays locked while the descriptor
+/// is open: of two hosts that start at once, the second checks the socket after the first.
 int openRuntimeFolder(const std::filesystem::path& folder) {
     makeFolder(folder);
     Descriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
@@ -46,7 +46,7 @@ int openRuntimeFolder(const std::filesystem::path& folder) {
     }
     struct stat status {};
     if (::fstat(opened.get(), &status) != 0) {
-        fail("cannot look at the folder " + folder.string());
+        fail("cannot read the attributes of the folder " + folder.string());
     }
     if (status.st_uid != ::geteuid()) {
         throw ListenerError("the folder " + folder.string() + " belongs to another user");
@@ -111,7 +111,7 @@ void SocketFile::bindAndListen() {
     if (socket.get() < 0) {
         fail("cannot make a socket");
     }
-    // The mask decides the mode that the file is born with.
+    // The mask decides the mode with which the file is created.
     const mode_t before = ::umask(S_IXUSR | S_IRWXG | S_IRWXO);
     const int bound = ::bind(socket.get(), generic(address), sizeof(address));
     ::umask(before);

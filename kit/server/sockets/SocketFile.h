@@ -10,13 +10,12 @@
 
 namespace SettingsHost {
 
-/// Where a Unix socket is: a path to listen at, or a listening socket that somebody else made.
+/// A path to listen at, or a listening socket that another process opened.
 using SocketPlace = std::variant<std::string, Descriptor>;
 
-/// A listening Unix socket with its file, 0600 from its first moment. Its folder is made (0700) when it is missing, and
-/// must be a real folder of this user that nobody else can write to. The socket of a host that is gone is replaced; a
-/// live host's and everything that is no socket stays. The file of a socket that somebody else made is theirs: it is
-/// never removed.
+/// A listening Unix socket with its file, created with mode 0600. Its folder is made (0700) when it is missing, and
+/// must be a real folder of this user that is not writable by others. A stale socket is replaced; the socket of a
+/// running host and files that are not sockets are left unchanged. The file of a passed socket is never removed.
 class SocketFile {
 public:
     /// Errors: `ListenerError`.
@@ -31,7 +30,7 @@ public:
     /// The listening descriptor, non-blocking; the caller's to close from now on.
     int takeDescriptor();
     /// Removes the file, if it is still the one that was made. To be called before the descriptor is closed: after
-    /// that, another host may put a file there that cannot be told apart. Repeated calls do nothing.
+    /// that, another host may put a file there with the same inode. Repeated calls do nothing.
     void remove();
 
 private:

@@ -19,8 +19,8 @@ namespace SettingsHost {
 
 namespace {
 
-/// Those who connect as fast as they can neither fill the kernel's queue, in which everybody waits, nor hold up who is
-/// connected already.
+/// A turn accepts enough that a burst of connections does not fill the kernel's queue, and ends early enough for the
+/// clients that are connected already.
 constexpr std::chrono::microseconds longestTurn{300};
 
 struct Endpoint {
@@ -43,7 +43,7 @@ Endpoint endpointOf(const std::string& address, std::uint16_t port) {
         version6->sin6_port = htons(port);
         endpoint.size = sizeof(sockaddr_in6);
     } else {
-        throw ListenerError("'" + address + "' is no numeric address");
+        throw ListenerError("'" + address + "' is not a numeric address");
     }
     return endpoint;
 }
@@ -52,7 +52,7 @@ Descriptor listenAt(const std::string& address, std::uint16_t port) {
     Endpoint endpoint = endpointOf(address, port);
     Descriptor listening(::socket(endpoint.storage.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
     const int on = 1;
-    // Lets a host that starts again have the port of the one before; never that of one which still listens.
+    // Lets a host that starts again have its port; never one on which another process still listens.
     const bool listens =
         listening.get() >= 0 && ::setsockopt(listening.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on)) == 0 &&
         ::bind(listening.get(), endpoint.generic(), endpoint.size) == 0 && ::listen(listening.get(), SOMAXCONN) == 0;
@@ -63,18 +63,16 @@ Descriptor listenAt(const std::string& address, std::uint16_t port) {
     return listening;
 }
 
-/// What makes the listener quick and hard to block; it works without. Also for a socket that somebody else made.
+/// Options that reduce latency and make the listener hard to block; it works without them. Also for passed sockets.
 void tune(int listening) {
     const int on = 1;
     const int oneSecond = 1;
-    // Connections inherit it. Of two frames that go out one after the other, the second would wait until the first is
-    // acknowledged, and the other side takes its time with that.
+    // Inherited by connections. Otherwise the second of two frames waits for the delayed acknowledgement of the first.
     ::setsockopt(listening, IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
-    // The other side speaks first. One that is silent stays with the kernel for a second; one that is not has something
-    // to be read when it is taken.
+    // The client sends first. A connection that sends nothing stays with the kernel for a second; any other has data
+    // when it is accepted.
     ::setsockopt(listening, IPPROTO_TCP, TCP_DEFER_ACCEPT, &oneSecond, sizeof(oneSecond));
-    // A short queue is full as soon as somebody hurries, and then everybody's connection waits a second for its next
-    // try.
+    // A burst of connections fills a short queue, and then every new connection waits a second for its next try.
     ::listen(listening, SOMAXCONN);
 }
 

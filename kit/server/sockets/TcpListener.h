@@ -9,22 +9,22 @@
 
 namespace SettingsHost {
 
-/// A listening TCP socket that hands its connections on, which send without delay (TCP_NODELAY). It is made for
-/// protocols in which the other side speaks first: the kernel holds one that says nothing back for a second. One thread
-/// only. The event loop outlives it, and runs once more after `close`.
+/// A listening TCP socket whose connections send without delay (TCP_NODELAY). It is for protocols in which the client
+/// sends first: the kernel holds back a connection that sends nothing for a second (TCP_DEFER_ACCEPT). One thread only.
+/// The event loop outlives it, and runs once more after `close`.
 class TcpListener {
 public:
     /// Listens at `address`, numeric, version 4 or 6; port 0 means any free one. Connections wait until `start`.
     /// Errors: `ListenerError`.
     TcpListener(const std::string& address, std::uint16_t port);
-    /// Takes over a socket that somebody else made and that listens at a loopback address. Errors: `ListenerError`.
+    /// Takes over a passed socket that listens at a loopback address. Errors: `ListenerError`.
     explicit TcpListener(Descriptor listening);
 
     /// Numeric.
     const std::string& address() const { return boundAddress; }
     std::uint16_t port() const { return boundPort; }
 
-    /// Hands connections to `taker` from now on, and those that there is no descriptor for to `refuser`.
+    /// From now on passes connections to `taker`, and those for which there is no descriptor to `refuser`.
     void start(EventLoop& loop, Acceptor::OnConnection taker, Acceptor::OnRefused refuser);
     void close();
 

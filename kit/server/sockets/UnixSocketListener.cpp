@@ -8,6 +8,7 @@
 
 #include "Wire/Frames.h"
 #include "server/loop/UvHandle.h"
+#include "server/sockets/ListenerLimits.h"
 #include "server/sockets/SocketClient.h"
 
 namespace SettingsHost {
@@ -26,15 +27,16 @@ private:
 };
 
 UnixSocketListener::UnixSocketListener(EventLoop& eventLoop, SocketPlace place, Origin originOfClients,
-                                       ListenerEvents listenerEvents)
-    : UnixSocketListener(eventLoop, std::make_unique<SocketFile>(std::move(place)), originOfClients,
-                         std::move(listenerEvents)) {}
+                                       ClientListener& observer, std::shared_ptr<Backlog> backlogOfAll)
+    : UnixSocketListener(eventLoop, std::make_unique<SocketFile>(std::move(place)), originOfClients, observer,
+                         std::move(backlogOfAll)) {}
 
 UnixSocketListener::UnixSocketListener(EventLoop& eventLoop, std::unique_ptr<SocketFile> socket, Origin originOfClients,
-                                       ListenerEvents listenerEvents)
+                                       ClientListener& observer, std::shared_ptr<Backlog> backlogOfAll)
     : loop(eventLoop),
       origin(originOfClients),
-      events(std::move(listenerEvents)),
+      clientListener(observer),
+      backlog(std::move(backlogOfAll)),
       file(std::move(socket)),
       acceptor(Descriptor(file->takeDescriptor())),
       readBuffer(std::make_unique<ReadBuffer>()) {
@@ -69,16 +71,16 @@ void UnixSocketListener::accept(int descriptor) {
         return;
     }
     clients.emplace(client.get(), client);
-    events.arrived(client);
+    clientListener.connected(client);
     client->start();
 }
 
 void UnixSocketListener::refuse(int descriptor) {
-    static const std::string farewell =
+    static const std::string refusal =
         Wire::refusalFrame("too-many-clients", "the host has no room for one more client") + "\n";
-    // Nothing was sent to it yet, so there is room for all of it.
-    ::send(descriptor, farewell.data(), farewell.size(), MSG_NOSIGNAL);
-    events.refused(origin);
+    // Nothing was sent on this connection yet, so the kernel takes all of it.
+    ::send(descriptor, refusal.data(), refusal.size(), MSG_NOSIGNAL);
+    clientListener.refused(origin);
 }
 
 void UnixSocketListener::continueLater(const std::shared_ptr<SocketClient>& client) {
@@ -105,7 +107,7 @@ void UnixSocketListener::remove(SocketClient& client) {
     if (entry != clients.end()) {
         const std::shared_ptr<SocketClient> gone = entry->second;
         clients.erase(entry);
-        events.left(gone, gone->departure());
+        clientListener.disconnected(gone, gone->disconnectReason());
     }
 }
 

@@ -9,7 +9,8 @@
 
 #include "server/loop/EventLoop.h"
 #include "server/sockets/Acceptor.h"
-#include "server/sockets/ListenerEvents.h"
+#include "server/sockets/Backlog.h"
+#include "server/sockets/ClientListener.h"
 #include "server/sockets/SocketFile.h"
 
 namespace SettingsHost {
@@ -18,13 +19,13 @@ class SocketClient;
 
 /// A Unix socket at which clients speak newline-delimited frames.
 ///
-/// - A client's frames are taken in order, a bounded number and for a bounded time a turn: a storm of one client holds
-///   nobody up. While frames wait, nothing more is read from that client.
-/// - The limits of ListenerEvents.h hold. A client for which there is no room gets the refusal "too-many-clients", then
-/// the
-///   connection is closed; also when there is no descriptor left.
-/// - A client that stops sending still gets what it asked for, then the connection is closed. What a client sent before
-///   it closed is taken, even if it read nothing.
+/// - A client's frames are taken in order, a bounded number and for a bounded time a turn, so that one client's burst
+///   does not delay the others. While frames wait, nothing more is read from that client.
+/// - The limits of ListenerLimits.h hold. A client for which there is no room gets the refusal "too-many-clients", then
+///   the connection is closed; also when there is no descriptor left.
+/// - A client that stops sending still gets its replies, then the connection is closed. Frames that a client sent
+/// before
+///   it closed are taken, even if it read nothing.
 ///
 /// The program ignores SIGPIPE. One thread only. The event loop outlives it, and runs once more after `close`.
 class UnixSocketListener {
@@ -34,10 +35,13 @@ public:
     /// others.
     static constexpr std::chrono::microseconds longestTurn{300};
 
-    /// Serves clients of `origin` that come to `socket`.
-    UnixSocketListener(EventLoop& loop, std::unique_ptr<SocketFile> socket, Origin origin, ListenerEvents events);
+    /// Serves clients of `origin` that connect to `socket`, and notifies `clientListener`, which outlives it. What
+    /// waits for them counts in `backlog`.
+    UnixSocketListener(EventLoop& loop, std::unique_ptr<SocketFile> socket, Origin origin,
+                       ClientListener& clientListener, std::shared_ptr<Backlog> backlog = std::make_shared<Backlog>());
     /// The same at `place`, see `SocketFile`. Errors: `ListenerError`.
-    UnixSocketListener(EventLoop& loop, SocketPlace place, Origin origin, ListenerEvents events);
+    UnixSocketListener(EventLoop& loop, SocketPlace place, Origin origin, ClientListener& clientListener,
+                       std::shared_ptr<Backlog> backlog = std::make_shared<Backlog>());
     ~UnixSocketListener();
 
     UnixSocketListener(const UnixSocketListener&) = delete;
@@ -45,18 +49,18 @@ public:
 
     const std::string& path() const { return file->path(); }
 
-    /// Takes no more clients and frames, and closes each connection when what waits for it is sent.
+    /// Takes no more clients and frames, and closes each connection when its backlog is sent.
     void close();
-    /// Closes the connections that are left at once.
+    /// Closes the remaining connections at once.
     void closeNow();
 
 private:
     friend class SocketClient;
     class Turns;
 
-    /// Not filled with anything, so that it takes no more of the machine's memory than what is read at once.
+    /// Not initialised, so that it takes no more of the machine's memory than what is read at once.
     struct ReadBuffer {
-        ReadBuffer() {}  // NOLINT(modernize-use-equals-default): that would fill it
+        ReadBuffer() {}  // NOLINT(modernize-use-equals-default): that would initialise it
         std::array<char, 65536> bytes;
     };
 
@@ -65,12 +69,13 @@ private:
     void continueLater(const std::shared_ptr<SocketClient>& client);
     void takeTurn();
     void remove(SocketClient& client);
-    /// `frame` with its line end, valid until the next call. An event for all is put together once.
+    /// `frame` with its line end, valid until the next call. Made once for an event that goes to all clients.
     const std::string& lineOf(const std::shared_ptr<const std::string>& frame);
 
     EventLoop& loop;
     Origin origin;
-    ListenerEvents events;
+    ClientListener& clientListener;
+    std::shared_ptr<Backlog> backlog;
     std::unique_ptr<SocketFile> file;
     Acceptor acceptor;
     std::shared_ptr<Turns> turns;

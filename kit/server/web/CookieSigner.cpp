@@ -26,7 +26,7 @@ bool isSameSecret(const std::string& left, const std::string& right) {
 }
 
 CookieSigner::CookieSigner(std::string secretToSignWith) : secret(std::move(secretToSignWith)) {
-    // Its configuration file is of no use here, and out of reach once the host has given its rights up.
+    // Its configuration file is not needed, and the sandbox does not allow to read it.
     OPENSSL_init_crypto(OPENSSL_INIT_NO_LOAD_CONFIG, nullptr);
 }
 
@@ -50,7 +50,7 @@ bool CookieSigner::isValid(const std::string& value, std::int64_t now) const {
     if (!isSameSecret(value, time + separator + signatureOf(time))) {
         return false;
     }
-    // It was signed here, so it is a number.
+    // The signature is valid, so it is a number.
     const std::int64_t age = now - std::stoll(time);
     return -tolerance.count() <= age && age < lifetime.count();
 }

@@ -4,14 +4,14 @@
 
 namespace SettingsHost {
 
-EvictionReport::EvictionReport(EventLoop& eventLoop, Tell teller, std::chrono::milliseconds time)
-    : loop(eventLoop), tell(std::move(teller)), interval(time) {}
+EvictionReport::EvictionReport(EventLoop& eventLoop, Report reportCount, std::chrono::milliseconds time)
+    : loop(eventLoop), report(std::move(reportCount)), interval(time) {}
 
 void EvictionReport::connectionEvicted() {
     ++unreported;
     if (!timer) {
         timer.emplace(loop, interval, interval, [this] { intervalEnded(); });
-        tell(std::exchange(unreported, 0));
+        report(std::exchange(unreported, 0));
     }
 }
 
@@ -20,7 +20,7 @@ void EvictionReport::intervalEnded() {
         timer.reset();
         return;
     }
-    tell(std::exchange(unreported, 0));
+    report(std::exchange(unreported, 0));
 }
 
 }  // namespace SettingsHost

@@ -10,12 +10,12 @@
 namespace SettingsHost {
 
 /// Reports how many unauthenticated connections were closed to make room: the first at once, those of each `interval`
-/// after it together at its end, as long as there are any. So whoever floods the port does not flood the log.
+/// after it together at its end, as long as there are any. So a flood of connections does not flood the log.
 class EvictionReport {
 public:
-    using Tell = std::function<void(std::size_t count)>;
+    using Report = std::function<void(std::size_t count)>;
 
-    EvictionReport(EventLoop& loop, Tell tell, std::chrono::milliseconds interval = std::chrono::minutes(1));
+    EvictionReport(EventLoop& loop, Report report, std::chrono::milliseconds interval = std::chrono::minutes(1));
 
     void connectionEvicted();
 
@@ -23,10 +23,10 @@ private:
     void intervalEnded();
 
     EventLoop& loop;
-    Tell tell;
+    Report report;
     std::chrono::milliseconds interval;
     std::size_t unreported = 0;
-    /// Runs only while there is something to wait for: an idle host sleeps.
+    /// Runs only while an interval is open: an idle host sleeps.
     std::optional<RepeatingTimer> timer;
 };
 

@@ -7,7 +7,7 @@ struct lws;
 
 namespace SettingsHost {
 
-/// What a request for a page or a figure gets.
+/// The answer to an HTTP request.
 struct HttpAnswer {
     unsigned status = 200;
     std::string contentType = "text/plain; charset=utf-8";
@@ -16,10 +16,10 @@ struct HttpAnswer {
     std::string cookie;
 };
 
-/// An answer in plain words.
+/// An answer in plain text.
 HttpAnswer plainAnswer(unsigned status, const std::string& text);
 
-/// The page that stands in for the settings pages where there are none.
+/// The page that is served when the settings pages are not installed.
 HttpAnswer howToGetPages();
 
 /// An answer on its way to one connection, a piece at a time.

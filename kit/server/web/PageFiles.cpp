@@ -35,7 +35,7 @@ bool isHidden(const fs::path& file) {
 std::string contentOf(const fs::path& file, std::size_t size) {
     std::ifstream stream(file, std::ios::binary);
     std::string content;
-    // Not more than it takes: it stays in memory.
+    // Exactly as much as needed: it stays in memory.
     content.reserve(size);
     content.assign(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
     if (!stream) {

@@ -6,22 +6,22 @@
 
 namespace SettingsHost {
 
-/// A file that pages are made of.
+/// A file of the pages.
 struct PageFile {
     std::string contentType;
     std::shared_ptr<const std::string> content;
 };
 
-/// The files of a folder and its sub-folders, read once. What is not among them then cannot be asked for by any
-/// spelling of its name; so links, hidden files and everything that is no plain file are left out.
+/// The files of a folder and its sub-folders, read once, so that no spelling of a path leads to any other file. Links,
+/// hidden files and everything that is not a regular file are left out.
 class PageFiles {
 public:
     static constexpr std::size_t maximumSize = 16UL * 1024UL * 1024UL;
 
     /// No files.
     PageFiles() = default;
-    /// Reads `folder`. Errors: `std::runtime_error` in words for a person, also when there is no "index.html" or the
-    /// files are larger than `maximumSize` in all.
+    /// Reads `folder`. Errors: `std::runtime_error` as a message for a person, also when there is no "index.html" or
+    /// the files are larger than `maximumSize` in all.
     explicit PageFiles(const std::string& folder);
 
     bool isEmpty() const { return files.empty(); }

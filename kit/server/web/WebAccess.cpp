@@ -61,7 +61,7 @@ bool isOrigin(const std::string& text) {
 WebAccess::WebAccess(const WebAddress& address, const std::string& allowedOrigin, std::string key, std::string secret,
                      std::function<std::int64_t()> clockToAsk)
     : currentKey(std::move(key)),
-      // Cookies do not tell ports apart: each host of the machine needs a name of its own.
+      // Cookies are shared by all ports: each host of the machine needs a name of its own.
       cookieName("settings-" + std::to_string(address.port)),
       signer(std::move(secret)),
       clock(std::move(clockToAsk)) {
@@ -69,7 +69,7 @@ WebAccess::WebAccess(const WebAddress& address, const std::string& allowedOrigin
     const std::string name = address.text().substr(0, address.text().size() - port.size());
     hosts = {name + port, "localhost" + port};
     if (address.port == 80) {
-        // Browsers leave the usual port out.
+        // Browsers leave the default port out.
         hosts.insert({name, "localhost"});
     }
     for (const auto& host : hosts) {

@@ -15,7 +15,7 @@ std::uint16_t parsePort(const std::string& text) {
     });
     const unsigned long port = digits ? std::stoul(text) : 65536;
     if (port > 65535) {
-        throw std::invalid_argument("'" + text + "' is no port, which is a number from 0 to 65535");
+        throw std::invalid_argument("'" + text + "' is not a port, a number from 0 to 65535");
     }
     return static_cast<std::uint16_t>(port);
 }
@@ -50,7 +50,7 @@ WebAddress parseWebAddress(const std::string& text) {
         throw std::invalid_argument("'" + address + "' needs brackets, as in [::1]:8097");
     }
     if (!isLoopback(address)) {
-        throw std::invalid_argument("'" + address + "' is no loopback address, such as 127.0.0.1");
+        throw std::invalid_argument("'" + address + "' is not a loopback address, such as 127.0.0.1");
     }
     return {address, parsePort(text.substr(colon + 1))};
 }

@@ -16,7 +16,7 @@ struct WebAddress {
 };
 
 /// Reads "127.0.0.1:8097", "[::1]:8097" or "localhost:8097" (which is 127.0.0.1). Port 0 means any free port.
-/// Errors: `std::invalid_argument` in words for a person, also when the address is not a loopback address.
+/// Errors: `std::invalid_argument` as a message for a person, also when the address is not a loopback address.
 WebAddress parseWebAddress(const std::string& text);
 
 }  // namespace SettingsHost

@@ -12,7 +12,7 @@ void WebConnections::authenticate(lws* connection) {
     }
 }
 
-void WebConnections::left(lws* connection) {
+void WebConnections::closed(lws* connection) {
     unauthenticated.erase(std::remove(unauthenticated.begin(), unauthenticated.end(), connection),
                           unauthenticated.end());
     authenticated.erase(connection);

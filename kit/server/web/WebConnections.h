@@ -4,22 +4,22 @@
 #include <unordered_set>
 #include <vector>
 
-#include "server/sockets/ListenerEvents.h"
+#include "server/sockets/ListenerLimits.h"
 
 struct lws;
 
 namespace SettingsHost {
 
-/// Who is connected at the web port. A connection that has shown neither key nor cookie is
-/// unauthenticated. Few of those are kept, so that they cannot use up the places of others.
+/// The connections at the web port. One that has shown neither key nor cookie is unauthenticated. Few of those are
+/// kept, so that they cannot use up the places of others.
 class WebConnections {
 public:
     static constexpr std::size_t maximumUnauthenticated = 32;
 
-    void arrived(lws* connection) { unauthenticated.push_back(connection); }
-    /// It has shown key or cookie.
+    void opened(lws* connection) { unauthenticated.push_back(connection); }
+    /// The connection has shown key or cookie.
     void authenticate(lws* connection);
-    void left(lws* connection);
+    void closed(lws* connection);
 
     bool isUnauthenticated(lws* connection) const;
     /// Is there room for one more unauthenticated connection?
@@ -44,7 +44,7 @@ public:
     }
 
 private:
-    /// The oldest first. So few that looking through them costs nothing.
+    /// The oldest first. So few that a linear search costs nothing.
     std::vector<lws*> unauthenticated;
     std::unordered_set<lws*> authenticated;
 };

@@ -11,14 +11,14 @@ namespace SettingsHost {
 /// Headers longer than this in all are refused.
 constexpr std::size_t longestWebRequest = 4096;
 
-/// What the request shows that a connection has sent.
+/// The visitor that the request of a connection shows.
 WebVisitor visitorOf(lws* connection);
 
 /// A GET or HEAD?
 bool isRead(lws* connection);
 bool isHead(lws* connection);
 
-/// What a request for a WebSocket names.
+/// Path and subprotocols of a request for a WebSocket.
 std::string requestedPath(lws* connection);
 std::string offeredProtocols(lws* connection);
 

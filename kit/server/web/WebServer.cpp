@@ -1,11 +1,7 @@
 #include "server/web/WebServer.h"
 
-#include <algorithm>
 #include <array>
 #include <exception>
-#include <iterator>
-#include <optional>
-#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,40 +11,18 @@
 #include <unistd.h>
 
 #include "server/sockets/ListenerError.h"
+#include "server/sockets/ListenerLimits.h"
 #include "server/web/SecurityHeaders.h"
 #include "server/web/WebRequest.h"
 #include "server/web/WebSocketClient.h"
+#include "server/web/WebSocketRoutes.h"
 #include "service/logging/HostLog.h"
 
 namespace SettingsHost {
 
 namespace {
 
-constexpr const char* settingsProtocol = "settings.v1";
-constexpr const char* deviceProtocol = "device.v1";
-
-/// Which server a WebSocket opens at which path.
-struct WebSocketRoute {
-    const char* path;
-    const char* protocol;
-};
-constexpr std::array<WebSocketRoute, 2> routes{{{"/settings", settingsProtocol}, {"/device", deviceProtocol}}};
-
-/// The one that the library chooses of the subprotocols that a client offers: the first that is ours.
-std::string chosenProtocol(const std::string& offered) {
-    std::istringstream list(offered);
-    for (std::string name; std::getline(list, name, ',');) {
-        name.erase(0, std::min(name.find_first_not_of(' '), name.size()));
-        for (const auto& route : routes) {
-            if (name == route.protocol) {
-                return name;
-            }
-        }
-    }
-    return "";
-}
-
-/// Anybody on this machine can make the library complain, so that it does so in a whisper.
+/// At trace level only, because any program of this machine can cause errors and warnings of the library.
 void logLine(int /*level*/, const char* line) {
     std::string text(line);
     while (!text.empty() && text.back() == '\n') {
@@ -59,7 +33,7 @@ void logLine(int /*level*/, const char* line) {
 
 }  // namespace
 
-/// What libwebsockets calls. No exception may pass through it.
+/// The callbacks of libwebsockets. No exception may pass through them.
 class WebServer::Callbacks {
 public:
     static int http(lws* connection, lws_callback_reasons reason, void* user, void* in, std::size_t size) {
@@ -82,12 +56,12 @@ private:
         try {
             return action();
         } catch (const std::exception& error) {
-            logHost(VessaLogger::ERROR, std::string("web: a connection was closed: ") + error.what());
+            logHost(VessaLogger::ERROR, std::string("web: closed a connection: ") + error.what());
             return -1;
         }
     }
 
-    /// Null when it is gone already: connections are let go of in the next turn of the loop.
+    /// Null when the server is gone: connections are destroyed in the next turn of the loop.
     static WebServer* serverOf(lws* connection) {
         return static_cast<Self*>(lws_context_user(lws_get_context(connection)))->server;
     }
@@ -108,7 +82,7 @@ private:
                 server->exchanges.erase(connection);
                 return 0;
             case LWS_CALLBACK_WSI_DESTROY:
-                server->connections.left(connection);
+                server->connections.closed(connection);
                 return 0;
             case LWS_CALLBACK_FILTER_PROTOCOL_CONNECTION:
                 // WebSockets have protocols of their own.
@@ -153,12 +127,14 @@ private:
 };
 
 WebServer::WebServer(EventLoop& eventLoop, std::unique_ptr<TcpListener> itsListener, WebSite itsSite,
-                     ListenerEvents eventsOfSettings, ListenerEvents eventsOfDevice)
+                     ClientListener& settingsListener, ClientListener& deviceListener,
+                     std::shared_ptr<Backlog> backlogOfAll)
     : loop(eventLoop),
       listener(std::move(itsListener)),
       site(std::move(itsSite)),
-      settingsEvents(std::move(eventsOfSettings)),
-      deviceEvents(std::move(eventsOfDevice)),
+      settingsClients(settingsListener),
+      deviceClients(deviceListener),
+      backlog(std::move(backlogOfAll)),
       evictions(loop, [](std::size_t count) {
           logHost(VessaLogger::WARNING,
                   "web: connections without key or cookie closed to make room for others: " + std::to_string(count));
@@ -166,7 +142,7 @@ WebServer::WebServer(EventLoop& eventLoop, std::unique_ptr<TcpListener> itsListe
     createContext();
     listener->start(
         loop, [this](int descriptor) { adopt(descriptor); },
-        [this](int /*descriptor*/) { settingsEvents.refused(Origin::PAGE); });
+        [this](int /*descriptor*/) { settingsClients.refused(Origin::PAGE); });
 }
 
 WebServer::~WebServer() {
@@ -179,8 +155,8 @@ void WebServer::createContext() {
     lws_set_log_level(LLL_ERR | LLL_WARN, logLine);
     static const std::array<lws_protocols, 4> protocols{{
         {"http", Callbacks::http, 0, 0, 0, nullptr, 0},
-        {settingsProtocol, Callbacks::webSocket<Origin::PAGE>, 0, 0, 0, nullptr, 0},
-        {deviceProtocol, Callbacks::webSocket<Origin::DEVICE>, 0, 0, 0, nullptr, 0},
+        {settingsRoute.protocol, Callbacks::webSocket<settingsRoute.origin>, 0, 0, 0, nullptr, 0},
+        {deviceRoute.protocol, Callbacks::webSocket<deviceRoute.origin>, 0, 0, 0, nullptr, 0},
         {nullptr, nullptr, 0, 0, 0, nullptr, 0},
     }};
     const auto secondsUntilHangUp = static_cast<std::uint16_t>(2 * site.timeoutSeconds);
@@ -200,7 +176,8 @@ void WebServer::createContext() {
     info.timeout_secs_ah_idle = site.timeoutSeconds;
     info.keepalive_timeout = site.timeoutSeconds;
     info.max_http_header_data2 = longestWebRequest;
-    // The server counts itself. The library counts connections that are on their way out, and a descriptor of its own.
+    // The server itself counts connections. The library also counts those that are closing, and a descriptor of its
+    // own.
     info.fd_limit_per_thread = 2 * maximumClients;
     context = lws_create_context(&info);
     vhost = context == nullptr ? nullptr : lws_create_vhost(context, &info);
@@ -214,40 +191,40 @@ void WebServer::adopt(int descriptor) {
     makeRoom();
     if (!connections.haveRoom()) {
         ::close(descriptor);
-        settingsEvents.refused(Origin::PAGE);
+        settingsClients.refused(Origin::PAGE);
         return;
     }
     // Closes the descriptor when it fails.
     lws* const connection = lws_adopt_socket_vhost(vhost, descriptor);
     if (connection == nullptr) {
-        settingsEvents.refused(Origin::PAGE);
+        settingsClients.refused(Origin::PAGE);
         return;
     }
-    connections.arrived(connection);
+    connections.opened(connection);
 }
 
-/// The oldest unauthenticated connections are closed, each after what it has sent was read: a page that has just sent
-/// its key stays.
+/// Closes the oldest unauthenticated connections, each after what it has sent was read: a page that has just sent its
+/// key stays.
 void WebServer::makeRoom() {
     bool wasRead = false;
     while (!connections.haveRoom() && connections.oldestUnauthenticated() != nullptr) {
         lws* const oldest = connections.oldestUnauthenticated();
         wasRead = readWhatCame(oldest) || wasRead;
         if (connections.isUnauthenticated(oldest)) {
-            connections.left(oldest);
+            connections.closed(oldest);
             drop(oldest);
-            settingsEvents.refused(Origin::PAGE);
+            settingsClients.refused(Origin::PAGE);
             evictions.connectionEvicted();
         }
     }
     if (wasRead) {
-        // What came behind a request waits for the library's own turn.
+        // Data behind a request waits for the library's own turn.
         lws_cancel_service(context);
     }
 }
 
-/// Has the library read what an unauthenticated connection sent, no more than a request may be long. Returns: whether
-/// there was something.
+/// Has the library read what an unauthenticated connection sent, at most as much as the longest request. Returns:
+/// whether there was something.
 bool WebServer::readWhatCame(lws* connection) {
     const auto descriptor = lws_get_socket_fd(connection);
     const auto somethingCame = [&] {
@@ -275,37 +252,13 @@ void WebServer::drop(lws* connection) {
 HttpAnswer WebServer::answerFor(lws* connection, const std::string& path) {
     const WebVisitor visitor = visitorOf(connection);
     if (!site.access.isFromHere(visitor)) {
-        return plainAnswer(HTTP_STATUS_FORBIDDEN, "This address or page may not ask this host.");
+        return plainAnswer(HTTP_STATUS_FORBIDDEN, "Host or Origin not allowed");
     }
     const bool isAdmitted = site.access.isAdmitted(visitor);
     if (isAdmitted) {
         connections.authenticate(connection);
     }
-    const auto endpoint = site.endpoints.find(path);
-    if (endpoint != site.endpoints.end() && isRead(connection)) {
-        return endpoint->second();
-    }
-    if (!isAdmitted) {
-        return plainAnswer(HTTP_STATUS_FORBIDDEN,
-                           "The key is missing or old. \"settingsctl page\" prints the address.");
-    }
-    if (!isRead(connection)) {
-        return plainAnswer(HTTP_STATUS_METHOD_NOT_ALLOWED, "Pages can be read only.");
-    }
-    if (site.pages.isEmpty() && (path == "/" || path == "/device")) {
-        HttpAnswer answer = howToGetPages();
-        answer.cookie = site.access.cookieFor(visitor);
-        return answer;
-    }
-    const PageFile* const file = site.pages.find(path);
-    if (file == nullptr) {
-        return plainAnswer(HTTP_STATUS_NOT_FOUND, "There is no such page.");
-    }
-    HttpAnswer answer;
-    answer.contentType = file->contentType;
-    answer.body = file->content;
-    answer.cookie = site.access.cookieFor(visitor);
-    return answer;
+    return site.answer(visitor, isAdmitted, path, isRead(connection));
 }
 
 bool WebServer::serveRequest(lws* connection, const std::string& path) {
@@ -317,7 +270,7 @@ bool WebServer::serveRequest(lws* connection, const std::string& path) {
         return false;
     }
     if (!isRead(connection)) {
-        // The library would take the rest of the request first, which may never come.
+        // The library would wait for the rest of the request, which may never come.
         return false;
     }
     if (exchange.isDone()) {
@@ -345,17 +298,13 @@ bool WebServer::continueAnswer(lws* connection) {
 
 bool WebServer::admitWebSocket(lws* connection) {
     const WebVisitor visitor = visitorOf(connection);
-    const std::string path = requestedPath(connection);
-    const std::string protocols = offeredProtocols(connection);
     HttpAnswer refusal;
     if (closing || !site.access.isFromHere(visitor) || !site.access.isAdmitted(visitor)) {
-        refusal = plainAnswer(HTTP_STATUS_FORBIDDEN, "The key is missing or old, or this page may not connect.");
+        refusal = plainAnswer(HTTP_STATUS_FORBIDDEN, "The key is missing or old, or Host or Origin is not allowed.");
     } else {
         connections.authenticate(connection);
-        for (const auto& route : routes) {
-            if (path == route.path && chosenProtocol(protocols) == route.protocol) {
-                return true;
-            }
+        if (isWebSocketRoute(requestedPath(connection), offeredProtocols(connection))) {
+            return true;
         }
         refusal =
             plainAnswer(HTTP_STATUS_BAD_REQUEST,
@@ -366,19 +315,19 @@ bool WebServer::admitWebSocket(lws* connection) {
 }
 
 void WebServer::open(lws* connection, Origin origin) {
-    const auto client =
-        std::make_shared<WebSocketClient>(connection, origin, origin == Origin::PAGE ? settingsEvents : deviceEvents);
+    const auto client = std::make_shared<WebSocketClient>(
+        connection, origin, origin == settingsRoute.origin ? settingsClients : deviceClients, backlog);
     clients.emplace(connection, client);
-    client->arrived();
+    client->opened();
 }
 
 void WebServer::remove(lws* connection) {
     const auto entry = clients.find(connection);
     const std::shared_ptr<WebSocketClient> client = entry->second;
     clients.erase(entry);
-    client->left();
+    client->closed();
     if (closing && clients.empty()) {
-        // Not from inside the library's own call.
+        // Not from inside the library's callback.
         loop.later([itself = self] {
             if (itself->server != nullptr) {
                 itself->server->closeNow();
@@ -405,7 +354,7 @@ void WebServer::closeNow() {
     if (context != nullptr) {
         lws_context* const ending = std::exchange(context, nullptr);
         lws_context_destroy(ending);
-        // On a loop of somebody else's, the library leaves the last step until all its handles are gone.
+        // On a foreign loop, the library leaves the last step until all its handles are gone.
         loop.atEnd([ending, user = self] { lws_context_destroy(ending); });
     }
 }

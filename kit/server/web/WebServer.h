@@ -1,20 +1,17 @@
 #pragma once
 
-#include <cstdint>
-#include <functional>
-#include <map>
 #include <memory>
 #include <string>
 #include <unordered_map>
 
 #include "server/loop/EventLoop.h"
-#include "server/sockets/ListenerEvents.h"
+#include "server/sockets/Backlog.h"
+#include "server/sockets/ClientListener.h"
 #include "server/sockets/TcpListener.h"
 #include "server/web/EvictionReport.h"
 #include "server/web/HttpAnswer.h"
-#include "server/web/PageFiles.h"
-#include "server/web/WebAccess.h"
 #include "server/web/WebConnections.h"
+#include "server/web/WebSite.h"
 
 struct lws;
 struct lws_context;
@@ -25,50 +22,40 @@ namespace SettingsHost {
 
 class WebSocketClient;
 
-/// What the web port has to offer.
-struct WebSite {
-    WebAccess access;
-    PageFiles pages;
-    /// Paths that need no key, such as "/healthz", and what answers them.
-    std::map<std::string, std::function<HttpAnswer()>> endpoints;
-    /// How long the other side may take: to send a request, and to read its answer. A WebSocket from which nothing
-    /// comes for so long is pinged, and dropped when nothing comes for as long again.
-    std::uint16_t timeoutSeconds = 15;
-};
-
-/// The web port: pages and figures by HTTP, and two WebSockets with one frame a text message.
+/// The web port: pages, health and metrics by HTTP, and two WebSockets with one frame a text message.
 ///
 /// - `/settings`, subprotocol `settings.v1`: what the settings socket speaks, for clients of origin PAGE.
 /// - `/device`, subprotocol `device.v1`: what the device socket speaks, for clients of origin DEVICE.
 ///
-/// The limits of ListenerEvents.h hold. A message over the frame limit closes its connection with 1009, a binary one
+/// The limits of ListenerLimits.h hold. A message over the frame limit closes its connection with 1009, a binary one
 /// with 1003. Of connections of any kind `maximumClients` are served at a time, of them
-/// `WebConnections::maximumUnauthenticated` that have shown neither key nor cookie. For a new one the oldest of those
-/// is closed, after what it has sent was read; when there is none, the new one.
+/// `WebConnections::maximumUnauthenticated` that have shown neither key nor cookie. To make room for a new connection
+/// the oldest of those is closed, after what it has sent was read; when there is none, the new connection is closed.
 ///
 /// One thread only. The event loop outlives it, and runs once more after `closeNow`.
 class WebServer {
 public:
-    /// Errors: `ListenerError`.
-    WebServer(EventLoop& loop, std::unique_ptr<TcpListener> listener, WebSite site, ListenerEvents settingsEvents,
-              ListenerEvents deviceEvents);
+    /// The WebSockets at `/settings` are clients of `settingsClients`, those at `/device` of `deviceClients`; both
+    /// outlive the server. What waits for clients counts in `backlog`. Errors: `ListenerError`.
+    WebServer(EventLoop& loop, std::unique_ptr<TcpListener> listener, WebSite site, ClientListener& settingsClients,
+              ClientListener& deviceClients, std::shared_ptr<Backlog> backlog);
     ~WebServer();
 
     WebServer(const WebServer&) = delete;
     WebServer& operator=(const WebServer&) = delete;
 
-    /// Takes no more connections, and closes each WebSocket when what waits for it is sent.
+    /// Takes no more connections, and closes each WebSocket when its backlog is sent.
     void close();
-    /// Closes the connections that are left at once.
+    /// Closes the remaining connections at once.
     void closeNow();
 
-    /// From now on `key` and cookies signed with `secret` open the server. WebSockets that came with what did so before
-    /// are closed with 4401.
+    /// From now on `key` and cookies signed with `secret` are valid, and no others. WebSockets that are open are closed
+    /// with 4401.
     void replaceKey(const std::string& key, const std::string& secret);
 
 private:
     class Callbacks;
-    /// What the library and what was put off know of the server, as long as there is one.
+    /// How callbacks and deferred actions reach the server; null when it is gone.
     struct Self {
         WebServer* server;
     };
@@ -89,8 +76,9 @@ private:
     EventLoop& loop;
     std::unique_ptr<TcpListener> listener;
     WebSite site;
-    ListenerEvents settingsEvents;
-    ListenerEvents deviceEvents;
+    ClientListener& settingsClients;
+    ClientListener& deviceClients;
+    std::shared_ptr<Backlog> backlog;
     lws_context* context = nullptr;
     lws_vhost* vhost = nullptr;
     std::unique_ptr<lws_retry_bo> liveness;

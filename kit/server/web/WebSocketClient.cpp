@@ -14,58 +14,57 @@ namespace {
 
 /// Of the statuses that applications may define.
 constexpr unsigned short closeStatusKeyReplaced = 4401;
-/// How long one that is locked out may take to read what the library has of a message, so that the status can follow.
+/// How long a client whose key was replaced may take to read what the library has of a message, so that the status can
+/// follow.
 constexpr lws_usec_t revocationGrace = 2 * LWS_USEC_PER_SEC;
 
-/// The library keeps a copy of what a connection does not take at once, so it is given a part of a frame at a time.
+/// The library keeps a copy of what a connection does not take at once, so it gets a part of a frame at a time.
 constexpr std::size_t largestPart = 16384;
 
 }  // namespace
 
-WebSocketClient::WebSocketClient(lws* itsConnection, Origin origin, const ListenerEvents& listenerEvents)
+WebSocketClient::WebSocketClient(lws* itsConnection, Origin origin, ClientListener& observer,
+                                 std::shared_ptr<Backlog> backlogOfAll)
     : connection(itsConnection),
       clientOrigin(origin),
-      events(listenerEvents),
-      waiting(listenerEvents.backlog, [this] { drop(DisconnectReason::TOO_SLOW); }) {}
+      clientListener(observer),
+      backlog(std::move(backlogOfAll), [this] { drop(); }) {}
 
 void WebSocketClient::send(const std::shared_ptr<const std::string>& frame) {
-    if (gone || finishing) {
-        return;
-    }
-    if (waiting.unreadBehindFirst() > maximumWaiting) {
-        drop(DisconnectReason::TOO_SLOW);
+    if (gone || backlog.isFinishing()) {
         return;
     }
     if (!mayWriteAtOnce(*frame)) {
-        waiting.push(frame);
-        lws_callback_on_writable(connection);
+        backlog.push(frame);
+        if (!gone) {
+            lws_callback_on_writable(connection);
+        }
     } else if (!write(*frame, 0, frame->size())) {
-        drop(DisconnectReason::CLOSED);
+        drop();
     }
 }
 
 /// What the kernel takes at once needs no round of the event loop. The library keeps what the kernel does not take, and
-/// answers to pings, which go before the answers to what came after them.
+/// pongs, which go before the replies to frames that came after the ping.
 bool WebSocketClient::mayWriteAtOnce(const std::string& frame) const {
-    return !answering && waiting.empty() && frame.size() <= largestPart && lws_partial_buffered(connection) == 0;
+    return !handling && backlog.empty() && frame.size() <= largestPart && lws_partial_buffered(connection) == 0;
 }
 
-void WebSocketClient::drop(DisconnectReason why) {
+void WebSocketClient::drop() {
     gone = true;
-    departure = why;
-    waiting.clear();
+    backlog.clear();
     std::exchange(message, {});
     lws_set_timeout(connection, PENDING_TIMEOUT_USER_REASON_BASE, LWS_TO_KILL_ASYNC);
-    // Outside its own calls the library would look at the time only when something comes in at one of its connections.
+    // Outside its own callbacks the library checks timeouts only when something comes in at one of its connections.
     lws_cancel_service(lws_get_context(connection));
 }
 
-void WebSocketClient::arrived() {
-    events.arrived(shared_from_this());
+void WebSocketClient::opened() {
+    clientListener.connected(shared_from_this());
 }
 
 bool WebSocketClient::received(const char* bytes, std::size_t size) {
-    if (gone || finishing) {
+    if (gone || backlog.isFinishing()) {
         return true;
     }
     if (lws_frame_is_binary(connection) != 0) {
@@ -76,16 +75,15 @@ bool WebSocketClient::received(const char* bytes, std::size_t size) {
     }
     message.append(bytes, size);
     if (lws_is_final_fragment(connection) == 0 || lws_remaining_packet_payload(connection) != 0) {
-        waiting.setInput(message.capacity());
+        backlog.setInput(message.capacity());
         return true;
     }
     const std::string frame = std::exchange(message, {});
-    waiting.setInput(0);
-    answering = true;
-    events.frame(shared_from_this(), frame);
-    answering = false;
-    if (!paused && !gone && isBehind()) {
-        paused = true;
+    backlog.setInput(0);
+    handling = true;
+    clientListener.received(shared_from_this(), frame);
+    handling = false;
+    if (!gone && !backlog.isInputPaused() && backlog.pauseInput()) {
         lws_rx_flow_control(connection, 0);
     }
     return true;
@@ -95,9 +93,9 @@ bool WebSocketClient::writable() {
     if (gone) {
         return false;
     }
-    if (waiting.empty()) {
-        if (finishing) {
-            // A connection that is closed from here goes without a word.
+    if (backlog.empty()) {
+        if (backlog.isFinishing()) {
+            // A connection that is closed in this callback gets no close status.
             lws_set_timer_usecs(connection, 1);
         }
         return true;
@@ -105,15 +103,14 @@ bool WebSocketClient::writable() {
     if (!writeTurn()) {
         return false;
     }
-    if (paused) {
-        // Its answers to pings wait with its frames. That it reads shows that it is there.
+    if (backlog.isInputPaused()) {
+        // Its pongs wait with its frames. That it reads shows that it is alive.
         lws_validity_confirmed(connection);
     }
-    if (paused && !isBehind()) {
-        paused = false;
+    if (backlog.resumeInput()) {
         lws_rx_flow_control(connection, 1);
     }
-    if (!waiting.empty() || finishing) {
+    if (!backlog.empty() || backlog.isFinishing()) {
         lws_callback_on_writable(connection);
     }
     return true;
@@ -123,21 +120,21 @@ bool WebSocketClient::writable() {
 bool WebSocketClient::writeTurn() {
     std::size_t sent = 0;
     do {
-        const std::size_t size = std::min(largestPart, waiting[0]->size() - written);
+        const std::size_t size = std::min(largestPart, backlog[0]->size() - written);
         if (!writePart(size)) {
             return false;
         }
         sent += size;
-    } while (!waiting.empty() && sent < Wire::maximumFrameSize && lws_partial_buffered(connection) == 0);
+    } while (!backlog.empty() && sent < Wire::maximumFrameSize && lws_partial_buffered(connection) == 0);
     return true;
 }
 
 bool WebSocketClient::writePart(std::size_t size) {
-    const auto frame = waiting[0];
+    const auto frame = backlog[0];
     const std::size_t from = written;
     written += size;
     if (written == frame->size()) {
-        waiting.pop();
+        backlog.pop();
         written = 0;
     }
     return write(*frame, from, size);
@@ -156,7 +153,7 @@ bool WebSocketClient::timerExpired() {
 }
 
 void WebSocketClient::finish() {
-    finishing = true;
+    backlog.finish();
     lws_callback_on_writable(connection);
 }
 
@@ -164,13 +161,13 @@ void WebSocketClient::revoke() {
     if (gone) {
         return;
     }
-    finishing = true;
     revoked = true;
-    waiting.clear();
+    backlog.finish();
+    backlog.clear();
     if (lws_partial_buffered(connection) == 0) {
         lws_set_timer_usecs(connection, 1);
     } else {
-        // Closed now, it would go without a status.
+        // Closed now, it would get no close status.
         lws_callback_on_writable(connection);
         lws_set_timer_usecs(connection, revocationGrace);
     }
@@ -183,9 +180,9 @@ bool WebSocketClient::close(unsigned short status, const char* reason) {
     return false;
 }
 
-void WebSocketClient::left() {
+void WebSocketClient::closed() {
     gone = true;
-    events.left(shared_from_this(), departure);
+    clientListener.disconnected(shared_from_this(), backlog.disconnectReason());
 }
 
 }  // namespace SettingsHost

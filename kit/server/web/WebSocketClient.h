@@ -4,38 +4,40 @@
 #include <memory>
 #include <string>
 
-#include "server/sockets/Client.h"
-#include "server/sockets/ListenerEvents.h"
+#include "server/sockets/Backlog.h"
+#include "server/sockets/ClientListener.h"
 
 struct lws;
 
 namespace SettingsHost {
 
-/// One WebSocket connection. Its server calls the operations below as the connection does what they say; those that
-/// return a bool answer false when the connection is to be closed now.
+/// One WebSocket connection. Its server calls the operations below for what libwebsockets reports; those that return a
+/// bool return false when the connection is to be closed now.
 class WebSocketClient : public Client, public std::enable_shared_from_this<WebSocketClient> {
 public:
-    WebSocketClient(lws* connection, Origin origin, const ListenerEvents& events);
+    /// `clientListener` outlives it. What waits for the client counts in `backlog`.
+    WebSocketClient(lws* connection, Origin origin, ClientListener& clientListener, std::shared_ptr<Backlog> backlog);
 
     void send(const std::shared_ptr<const std::string>& frame) override;
     Origin origin() const override { return clientOrigin; }
+    ListenerKind listenerKind() const override { return ListenerKind::WEB; }
 
-    void arrived();
-    /// A piece of a message came in.
+    void opened();
+    /// A part of a message came in.
     bool received(const char* bytes, std::size_t size);
     /// The connection takes more.
     bool writable();
     /// The moment to close has come.
     bool timerExpired();
-    void left();
+    void closed();
 
-    /// The other side takes leave: what it sends after that is no frame.
+    /// The other side sent a close frame: data after it is ignored.
     void peerCloses() { gone = true; }
 
-    /// Closes when everything that waits is sent.
+    /// Closes when its backlog is sent.
     void finish();
-    /// Closes with 4401, because what it came with is worthless now: at once, or when what was begun is read, within
-    /// two seconds.
+    /// Closes with 4401, because key or cookie are no longer valid: at once, or, when a frame was sent in part, after
+    /// the rest of it is read, within two seconds.
     void revoke();
 
 private:
@@ -44,23 +46,19 @@ private:
     bool writePart(std::size_t size);
     bool writeTurn();
     bool write(const std::string& frame, std::size_t from, std::size_t size);
-    bool isBehind() const { return waiting.unread() > maximumUnread; }
-    void drop(DisconnectReason why);
+    void drop();
 
     lws* connection;
     Origin clientOrigin;
-    const ListenerEvents& events;
+    ClientListener& clientListener;
     std::string message;
-    ClientBacklog waiting;
-    /// How much of the first of them is on its way.
+    ClientBacklog backlog;
+    /// How much of the backlog's first frame is on its way.
     std::size_t written = 0;
-    /// Is it being told what it asked for?
-    bool answering = false;
-    bool paused = false;
-    bool finishing = false;
+    /// Is one of its frames being handled?
+    bool handling = false;
     bool revoked = false;
     bool gone = false;
-    DisconnectReason departure = DisconnectReason::CLOSED;
 };
 
 }  // namespace SettingsHost

@@ -7,8 +7,7 @@
 #include <ctime>
 #include <utility>
 
-#include "Utils/Rapidjson.h"
-#include "Wire/Utf8.h"
+#include "Wire/ObjectWriter.h"
 
 namespace SettingsHost {
 
@@ -46,27 +45,18 @@ std::string timeText(std::chrono::system_clock::time_point time) {
 }
 
 std::string jsonObject(const VessaLogger::LogLine& line, const std::optional<CurrentRequest>& request) {
-    rapidjson::StringBuffer buffer;
-    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-    writer.StartObject();
-    writer.Key("time");
-    writer.String(timeText(line.time));
-    writer.Key("level");
-    writer.Int(line.level);
-    writer.Key("thread");
-    writer.String(Wire::withValidUtf8(line.threadId));
-    writer.Key("text");
-    writer.String(Wire::withValidUtf8(line.text));
+    Wire::ObjectWriter<> object;
+    object.text("time", timeText(line.time));
+    object.number("level", static_cast<int>(line.level));
+    object.text("thread", line.threadId);
+    object.text("text", line.text);
     if (request) {
-        writer.Key("requestType");
-        writer.Int(request->type);
+        object.number("requestType", request->type);
     }
     if (request && !request->setting.empty()) {
-        writer.Key("setting");
-        writer.String(Wire::withValidUtf8(request->setting));
+        object.text("setting", request->setting);
     }
-    writer.EndObject();
-    return std::string(buffer.GetString(), buffer.GetSize());
+    return object.finish();
 }
 
 }  // namespace

@@ -14,25 +14,25 @@ protected:
     DeviceConsoleTest() {
         traffic->add(trace);
         traffic->add(recording);
-        hub->addClient(page);
-        console.arrived(client);
-        console.arrived(watcher);
+        hub->connected(page);
+        console.connected(client);
+        console.connected(watcher);
         recording->take();
     }
 
     std::string answerTo(const std::string& frame) {
-        console.receive(client, frame);
+        console.received(client, frame);
         const auto frames = client->take();
         EXPECT_EQ(frames.size(), 1U) << frame;
         return frames.empty() ? "" : frames.back();
     }
 
     void watch(bool enabled) {
-        console.receive(watcher, std::string(R"({"command":"trace","enabled":)") + (enabled ? "true}" : "false}"));
+        console.received(watcher, std::string(R"({"command":"trace","enabled":)") + (enabled ? "true}" : "false}"));
         EXPECT_EQ(watcher->take(), std::vector<std::string>{R"({"ok":true})"});
     }
 
-    /// What the watcher saw, each as "DIRECTION DOOR CLIENT TEXT".
+    /// What the watcher saw, each as "DIRECTION LISTENER CLIENT TEXT".
     std::vector<std::string> traced() {
         std::vector<std::string> lines;
         for (const auto& text : watcher->take()) {
@@ -52,13 +52,12 @@ protected:
     SettingsHandlerTesting::Journal journal;
     SettingsHandlerTesting::FakeStorage storage{journal};
     SettingsHostTests::MemoryState state;
-    std::shared_ptr<SimulatedDevice> device = std::make_shared<SimulatedDevice>(state, [](const std::string&) {});
     std::shared_ptr<TrafficObservers> traffic = std::make_shared<TrafficObservers>();
     std::shared_ptr<MessageTrace> trace = std::make_shared<MessageTrace>();
     std::shared_ptr<TrafficRecording> recording = std::make_shared<TrafficRecording>();
     std::shared_ptr<MessageHub> hub = std::make_shared<MessageHub>(traffic);
-    std::shared_ptr<SimulatedSdkBridge> sdk = std::make_shared<SimulatedSdkBridge>(
-        state, storage, device, [this](const std::string& key) { hub->valueChanged(key); });
+    std::shared_ptr<SimulatedDevice> device = std::make_shared<SimulatedDevice>(state, hub);
+    std::shared_ptr<SimulatedSdkBridge> sdk = std::make_shared<SimulatedSdkBridge>(state, storage, device, hub);
     DeviceCommands commands{device, sdk, std::make_shared<SimulatedAppLaunch>(), [this] {
                                 return HandlerCounts{hub->eventsSent(), 0};
                             }};
@@ -79,20 +78,20 @@ protected:
 const std::string captionsOn = R"({"command":"captions","enabled":true})";
 const std::string captionsNotice = R"({"notice":{"reread":["captionsEnabled"]}})";
 
-TEST_F(DeviceConsoleTest, CarriesCommandsOutAndTellsTheSettingsClients) {
+TEST_F(DeviceConsoleTest, ExecutesCommandsAndNotifiesSettingsClients) {
     EXPECT_EQ(answerTo(captionsOn), R"({"ok":true})");
     EXPECT_EQ(page->take(), std::vector<std::string>{captionsNotice});
     EXPECT_EQ(recording->take(), (std::vector<std::string>{"received " + captionsOn, "sent to all " + captionsNotice,
                                                            R"(sent to one {"ok":true})"}));
 }
 
-TEST_F(DeviceConsoleTest, RefusesWhatIsNoFrameAndGoesOn) {
+TEST_F(DeviceConsoleTest, RefusesInvalidFramesAndStaysUsable) {
     EXPECT_EQ(answerTo("x"), R"({"error":{"code":"not-json","message":"the frame is not JSON"}})");
     EXPECT_EQ(recording->take(),
               (std::vector<std::string>{
                   "received x", R"(sent to one {"error":{"code":"not-json","message":"the frame is not JSON"}})",
                   "refused not-json"}));
-    console.refuseTooLarge(client);
+    console.oversized(client);
     EXPECT_NE(client->take().at(0).find("too-large"), std::string::npos);
     EXPECT_EQ(recording->take().back(), "refused too-large");
     EXPECT_EQ(answerTo(captionsOn), R"({"ok":true})");
@@ -123,7 +122,7 @@ TEST_F(DeviceConsoleTest, ASettingThatTheHandlerAcceptsIsDone) {
     EXPECT_EQ(page->take().size(), 1U);
 }
 
-TEST_F(DeviceConsoleTest, TellsTheAddressOfThePages) {
+TEST_F(DeviceConsoleTest, RepliesWithTheAddressOfThePages) {
     EXPECT_EQ(answerTo(R"({"command":"page"})"), R"({"page":{"address":"http://127.0.0.1:1/?key=k"}})");
     EXPECT_EQ(answerTo(R"({"command":"page","newKey":false})"), R"({"page":{"address":"http://127.0.0.1:1/?key=k"}})");
     address.clear();
@@ -133,7 +132,7 @@ TEST_F(DeviceConsoleTest, TellsTheAddressOfThePages) {
     EXPECT_EQ(renewals, 0);
 }
 
-TEST_F(DeviceConsoleTest, MakesANewKeyForThePagesWhenAskedAndSaysWhenItCannot) {
+TEST_F(DeviceConsoleTest, MakesANewKeyOnRequestAndReportsWhenItCannot) {
     EXPECT_EQ(answerTo(R"({"command":"page","newKey":true})"), R"({"page":{"address":"http://127.0.0.1:1/?key=new"}})");
     EXPECT_EQ(renewals, 1);
     EXPECT_EQ(answerTo(R"({"command":"page","newKey":"yes"})"),
@@ -145,16 +144,17 @@ TEST_F(DeviceConsoleTest, MakesANewKeyForThePagesWhenAskedAndSaysWhenItCannot) {
         R"({"error":{"code":"not-written","message":"the new key could not be stored: the old key and its cookies still hold"}})");
 }
 
-TEST_F(DeviceConsoleTest, TheKeyOfThePagesIsForTheSocketAlone) {
+TEST_F(DeviceConsoleTest, TheKeyOfThePagesIsShownOnTheUnixSocketOnly) {
+    const auto pageOfDevice = std::make_shared<RecordingClient>(Origin::DEVICE, ListenerKind::WEB);
     watch(true);
     for (const auto* frame : {R"({"command":"page"})", R"({"command":"page","newKey":true})"}) {
-        console.receive(client, frame, DeviceListener::WEB);
-        EXPECT_EQ(client->take(),
+        console.received(pageOfDevice, frame);
+        EXPECT_EQ(pageOfDevice->take(),
                   std::vector<std::string>{
                       R"({"error":{"code":"not-here","message":"only the device socket answers this"}})"});
         answerTo(frame);
     }
-    EXPECT_EQ(traced(), std::vector<std::string>{}) << "a page that watches is not told";
+    EXPECT_EQ(traced(), std::vector<std::string>{}) << "a page that watches is not sent it";
     EXPECT_EQ(renewals, 1);
 }
 
@@ -174,10 +174,10 @@ TEST_F(DeviceConsoleTest, AWatcherSeesEveryFrameInOrder) {
         hub->sendResponse("m1", payload);
     });
     watch(true);
-    hub->receive(page, R"({"type":24})");
+    hub->received(page, R"({"type":24})");
     const std::string event = page->take().at(0);
-    hub->receive(page, R"({"type":7})");
-    hub->receive(page, "\xff");
+    hub->received(page, R"({"type":7})");
+    hub->received(page, "\xff");
     answerTo(captionsOn);
     EXPECT_EQ(traced(),
               (std::vector<std::string>{
@@ -195,21 +195,21 @@ TEST_F(DeviceConsoleTest, AWatcherSeesTheBeginningOfAVeryLargeFrame) {
     EXPECT_EQ(traced(), (std::vector<std::string>(2, "out all - " + largest)));
 }
 
-TEST_F(DeviceConsoleTest, WatchersDoNotSeeEachOtherLook) {
+TEST_F(DeviceConsoleTest, ShowAndTraceAreNotTraced) {
     watch(true);
     answerTo(R"({"command":"show"})");
     answerTo(R"({"command":"trace","enabled":false})");
     EXPECT_EQ(traced(), std::vector<std::string>{});
 }
 
-TEST_F(DeviceConsoleTest, WatchingEndsWhenAskedAndWithTheConnection) {
+TEST_F(DeviceConsoleTest, TracingEndsOnRequestAndWithTheConnection) {
     watch(true);
     watch(false);
     answerTo(captionsOn);
     EXPECT_EQ(traced(), std::vector<std::string>{});
     watch(true);
-    console.left(watcher, DisconnectReason::CLOSED);
-    EXPECT_EQ(recording->take().back(), "left device CLOSED");
+    console.disconnected(watcher, DisconnectReason::CLOSED);
+    EXPECT_EQ(recording->take().back(), "disconnected device CLOSED");
     answerTo(captionsOn);
     EXPECT_EQ(traced(), std::vector<std::string>{});
     EXPECT_EQ(watcher.use_count(), 1);

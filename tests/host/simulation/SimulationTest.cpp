@@ -1,6 +1,7 @@
 #include "SettingsHandlerTesting/FakeStorage.h"
 #include "kit/support/LogRecording.h"
 #include "kit/support/MemoryState.h"
+#include "kit/support/ValueRecording.h"
 #include "simulation/SimulatedAppLaunch.h"
 #include "simulation/SimulatedSdkBridge.h"
 
@@ -12,18 +13,16 @@ protected:
 
     /// New objects on the same state, as after a restart of the host.
     void restart() {
-        const auto changed = [this](const std::string& key) { changes.push_back(key); };
-        device = std::make_shared<SimulatedDevice>(state, changed);
-        sdk = std::make_shared<SimulatedSdkBridge>(state, storage, device, changed);
+        device = std::make_shared<SimulatedDevice>(state, changes);
+        sdk = std::make_shared<SimulatedSdkBridge>(state, storage, device, changes);
     }
 
-    std::vector<std::string> takeChanges() { return std::exchange(changes, {}); }
     using Keys = std::vector<std::string>;
 
     SettingsHandlerTesting::Journal journal;
     SettingsHandlerTesting::FakeStorage storage{journal};
     SettingsHostTests::MemoryState state;
-    std::vector<std::string> changes;
+    std::shared_ptr<SettingsHostTests::ValueRecording> changes = std::make_shared<SettingsHostTests::ValueRecording>();
     std::shared_ptr<SimulatedDevice> device;
     std::shared_ptr<SimulatedSdkBridge> sdk;
 };
@@ -38,7 +37,7 @@ TEST_F(Simulation, StartsWithTheFirstValues) {
                                                                            {"currentAlwaysOnPTTMode", "off"}}));
 }
 
-TEST_F(Simulation, KeepsAndReportsWhatItIsTold) {
+TEST_F(Simulation, KeepsAndReportsWhatIsSet) {
     for (const bool afterRestart : {false, true}) {
         if (afterRestart) {
             restart();
@@ -50,8 +49,8 @@ TEST_F(Simulation, KeepsAndReportsWhatItIsTold) {
             sdk->setHandsFreeEnabled(true);
             EXPECT_TRUE(sdk->applySetting("handsFreeAlwaysOnEnabled", "true"));
             EXPECT_TRUE(sdk->applySetting("pttAlwaysOnEnabled", "true"));
-            EXPECT_EQ(takeChanges(), (Keys{"orliaLocale", "timezone", "captionsEnabled", "doNotDisturbEnabled",
-                                           "handsFreeEnabled", "handsFreeAlwaysOnEnabled", "pttAlwaysOnEnabled"}));
+            EXPECT_EQ(changes->take(), (Keys{"orliaLocale", "timezone", "captionsEnabled", "doNotDisturbEnabled",
+                                             "handsFreeEnabled", "handsFreeAlwaysOnEnabled", "pttAlwaysOnEnabled"}));
         }
         EXPECT_EQ(sdk->getLocales(), (Keys{"fr-FR", "x\"y"}));
         EXPECT_EQ(sdk->getTimezone(), "Europe/Paris");
@@ -69,7 +68,7 @@ TEST_F(Simulation, TheSameValueAgainChangesAndReportsNothing) {
     sdk->setCaptionsEnabled(false);
     sdk->setHandsFreeEnabled(false);
     sdk->applySetting("pttAlwaysOnEnabled", "false");
-    EXPECT_EQ(takeChanges(), Keys{});
+    EXPECT_EQ(changes->take(), Keys{});
     EXPECT_TRUE(state.values.empty());
 }
 
@@ -84,12 +83,12 @@ TEST_F(Simulation, OnlyTheExactWordTrueSwitchesAModeOn) {
 TEST_F(Simulation, TheFriendlyNameReachesTheStorage) {
     EXPECT_TRUE(sdk->applySetting("friendlyName", "Den"));
     EXPECT_EQ(storage.values.at("friendlyName"), "Den");
-    EXPECT_EQ(takeChanges(), Keys{"friendlyName"});
+    EXPECT_EQ(changes->take(), Keys{"friendlyName"});
     EXPECT_TRUE(sdk->applySetting("friendlyName", "Den"));
-    EXPECT_EQ(takeChanges(), Keys{});
+    EXPECT_EQ(changes->take(), Keys{});
     storage.refusesWrites = true;
     EXPECT_FALSE(sdk->applySetting("friendlyName", "Attic"));
-    EXPECT_EQ(takeChanges(), Keys{});
+    EXPECT_EQ(changes->take(), Keys{});
 }
 
 TEST_F(Simulation, RefusesOtherSettings) {
@@ -112,7 +111,7 @@ TEST_F(Simulation, WhatCannotBeSavedKeepsItsOldValue) {
     EXPECT_EQ(sdk->getTimezone(), "America/Vancouver");
     EXPECT_FALSE(sdk->isCaptionsEnabled());
     EXPECT_EQ(device->getDeviceInfo().at("currentHandsFreeStatus"), "off");
-    EXPECT_EQ(takeChanges(), Keys{});
+    EXPECT_EQ(changes->take(), Keys{});
 }
 
 TEST_F(Simulation, ADamagedStateGivesNoLocalesAndNoCrash) {
@@ -126,25 +125,25 @@ TEST_F(Simulation, ADamagedStateGivesNoLocalesAndNoCrash) {
 class RecordingObserver : public DeviceAbstractionLayer::DeviceInfoObserverInterface,
                           public DeviceAbstractionLayer::HandsfreeStateObserverInterface {
 public:
-    std::vector<std::string> told;
-    void notifyLocaleChange(std::string locale) override { told.push_back("locale " + locale); }
+    std::vector<std::string> notified;
+    void notifyLocaleChange(std::string locale) override { notified.push_back("locale " + locale); }
     void notifyLocaleChange(std::vector<std::string> locales) override {
-        told.push_back("locales " + std::to_string(locales.size()));
+        notified.push_back("locales " + std::to_string(locales.size()));
     }
-    void notifyTimezoneChange(std::string timezone) override { told.push_back("timezone " + timezone); }
+    void notifyTimezoneChange(std::string timezone) override { notified.push_back("timezone " + timezone); }
     void notifyNetworkConnectionChanged(std::string) override {}
     void notifyMicrophoneAvailabilityChanged(std::string) override {}
     void notifyAudioGuidanceChanged(bool) override {}
     void notifyDeviceModeChanged(std::string) override {}
     void notifySystemSettingChanged(std::string name, std::string value) override {
-        told.push_back("setting " + name + " " + value);
+        notified.push_back("setting " + name + " " + value);
     }
     void notifyHandsfreeStateChanged(bool enabled) override {
-        told.push_back(enabled ? "handsfree on" : "handsfree off");
+        notified.push_back(enabled ? "handsfree on" : "handsfree off");
     }
 };
 
-TEST_F(Simulation, TheDeviceTellsItsObserversWhileTheyLive) {
+TEST_F(Simulation, TheDeviceNotifiesItsObserversWhileTheyLive) {
     const auto use = [&] {
         device->changeLocale("fr-FR");
         device->changeLocales({"a", "b"});
@@ -156,17 +155,17 @@ TEST_F(Simulation, TheDeviceTellsItsObserversWhileTheyLive) {
     auto observer = std::make_shared<RecordingObserver>();
     device->subscribe(observer, observer);
     use();
-    EXPECT_EQ(observer->told, (Keys{"locale fr-FR", "locales 2", "timezone zone", "setting k v", "handsfree on"}));
+    EXPECT_EQ(observer->notified, (Keys{"locale fr-FR", "locales 2", "timezone zone", "setting k v", "handsfree on"}));
     observer.reset();
     use();
 }
 
-TEST_F(Simulation, AnUnsavedSwitchTellsNobody) {
+TEST_F(Simulation, AnUnsavedSwitchNotifiesNoObserver) {
     const auto observer = std::make_shared<RecordingObserver>();
     device->subscribe(observer, observer);
     state.refuses = true;
     EXPECT_FALSE(device->switchHandsfree(true));
-    EXPECT_EQ(observer->told, Keys{});
+    EXPECT_EQ(observer->notified, Keys{});
 }
 
 TEST(SimulatedAppLaunchTest, LogsAndRemembers) {

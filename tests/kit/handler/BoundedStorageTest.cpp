@@ -60,7 +60,7 @@ TEST_F(BoundedStorageTest, AKeyThatIsNamedOftenCountsOnce) {
     }
 }
 
-TEST_F(BoundedStorageTest, GathersLessWhenMuchWaits) {
+TEST_F(BoundedStorageTest, GathersLessWhenTheBacklogIsLarge) {
     room = 300000;
     EXPECT_EQ(gather(0, 17), 2);
     EXPECT_EQ(askedRoom, (std::vector<std::size_t>{240000, 360000})) << "small replies need no room";
@@ -76,7 +76,7 @@ TEST_F(BoundedStorageTest, OtherRequestsAndTheHostItselfReadEverything) {
     EXPECT_TRUE(askedRoom.empty());
 }
 
-TEST_F(BoundedStorageTest, SaysWhenTheHandlersCacheIsToBeMadeAnew) {
+TEST_F(BoundedStorageTest, ReportsWhenTheHandlersCacheIsToBeRebuilt) {
     for (int round = 0; round < 10; ++round) {
         EXPECT_EQ(gather(0, 17), 17);
         EXPECT_FALSE(guard.requestEnded()) << "the same values are kept once";

@@ -18,25 +18,25 @@ bool passes(const std::string& frame) {
 
 }  // namespace
 
-TEST(LocaleGuard, LetsOtherSettingsPass) {
+TEST(LocaleGuard, AcceptsAnyValueOfOtherSettings) {
     for (const auto* key : {"deviceName", "OrliaLocale", "orliaLocale ", ""}) {
         EXPECT_TRUE(isSafeForHandler(key, "{}")) << key;
     }
 }
 
-TEST(LocaleGuard, LetsArraysPassAndWhatIsNoJson) {
+TEST(LocaleGuard, AcceptsArraysAndTextsThatAreNotJson) {
     for (const auto* value : {"[]", R"(["en-US"])", " [1, null] ", "", "en-US", "[", R"(["en-US"] x)"}) {
         EXPECT_TRUE(isSafeForHandler("orliaLocale", value)) << value;
     }
 }
 
-TEST(LocaleGuard, KeepsOtherJsonAway) {
+TEST(LocaleGuard, RejectsOtherJson) {
     for (const auto* value : {"{}", R"("en-US")", "5", "null", "true", " {\"a\":[]} ", "1e5"}) {
         EXPECT_FALSE(isSafeForHandler("orliaLocale", value)) << value;
     }
 }
 
-TEST(LocaleGuard, SeesTheEndWhereTheHandlerDoes) {
+TEST(LocaleGuard, EndsAtANulAsTheHandlerDoes) {
     EXPECT_FALSE(isSafeForHandler("orliaLocale", std::string("{}\0[", 4)));
     EXPECT_TRUE(isSafeForHandler("orliaLocale", std::string("[]\0{}", 5)));
     EXPECT_TRUE(isSafeForHandler("orliaLocale", std::string("\0{}", 3)));

@@ -6,6 +6,7 @@
 #include "kit/support/FaultyDisk.h"
 #include "kit/support/LogRecording.h"
 #include "kit/support/StorageRecording.h"
+#include "kit/support/ValueRecording.h"
 #include "storage/Backup.h"
 #include "storage/LogOut.h"
 #include "storage/Recovery.h"
@@ -49,9 +50,7 @@ protected:
     struct Running {
         explicit Running(LogOutTest& test)
             : database(openOrRecover(test.file, test.recovery)),
-              storage(
-                  database, [&test](const std::string& key) { test.removed.push_back(key); }, test.recording,
-                  [this] { backup.reset(); }),
+              storage(database, test.removed, test.recording, [this] { backup.reset(); }),
               state(database, "simulation") {}
 
         std::string get(const std::string& key) {
@@ -83,7 +82,7 @@ protected:
         std::filesystem::copy(used->path(), folder->path());
         file = *folder / "settings.db";
         disk.watch(folder->path());
-        removed.clear();
+        removed->take();
         recovery = Recovery();
         log.take();
     }
@@ -161,7 +160,7 @@ protected:
     SettingsHostTests::FaultyDisk disk;
     std::unique_ptr<TestSupport::TemporaryDirectory> folder;
     std::string file;
-    Names removed;
+    std::shared_ptr<SettingsHostTests::ValueRecording> removed = std::make_shared<SettingsHostTests::ValueRecording>();
     Recovery recovery;
 
 private:
@@ -216,7 +215,7 @@ TEST_F(LogOutTest, LeavesNothingOfAnyValueInAnyFile) {
     expected.insert(expected.end(), {"settings.db", "settings.db-wal", "settings.db.backup.1"});
     std::sort(expected.begin(), expected.end());
     EXPECT_EQ(files(), expected);
-    EXPECT_EQ(removed, (Names{"SecretKey", "companionDevice", "deviceName", "orliaLocale.unusable"}));
+    EXPECT_EQ(removed->take(), (Names{"SecretKey", "companionDevice", "deviceName", "orliaLocale.unusable"}));
     EXPECT_EQ(running.state.load("locale"), "kept");
     EXPECT_EQ(log.take(), Names());
 }
@@ -291,7 +290,7 @@ TEST_F(LogOutTest, OneThatIsRefusedLeavesNoTransactionOpen) {
             "CREATE TRIGGER keep BEFORE DELETE ON settings BEGIN SELECT RAISE(ABORT, 'kept'); END");
         EXPECT_FALSE(running.storage.clearStorage());
         EXPECT_EQ(log.take(), Names{"3 settings-host:cannot clear the storage: database: kept"});
-        EXPECT_EQ(removed, Names());
+        EXPECT_EQ(removed->take(), Names());
         EXPECT_TRUE(running.storage.setValue("after", "it"));
     }
     Running running(*this);
@@ -321,7 +320,7 @@ TEST_F(LogOutTest, WhicheverCallFailsItIsDoneOrNothingIsLost) {
             const Names lines = log.take();
             if (!done) {
                 ++refused;
-                EXPECT_EQ(removed, Names()) << "nobody is told";
+                EXPECT_EQ(removed->take(), Names()) << "nobody is told";
                 ASSERT_EQ(lines.size(), 1U);
                 EXPECT_EQ(lines[0].rfind("3 settings-host:cannot clear the storage: ", 0), 0U) << lines[0];
                 expectAllIsThere(*running);
@@ -332,7 +331,7 @@ TEST_F(LogOutTest, WhicheverCallFailsItIsDoneOrNothingIsLost) {
                 EXPECT_EQ(files(), before);
                 continue;
             }
-            EXPECT_EQ(removed.size(), 4U);
+            EXPECT_EQ(removed->take().size(), 4U);
             ASSERT_LE(lines.size(), 1U);
             const bool isLate = !lines.empty() && lines[0].find("is not erased from the disk yet") != std::string::npos;
             late += isLate ? 1 : 0;

@@ -3,6 +3,7 @@
 #include "kit/support/FaultyDisk.h"
 #include "kit/support/LogRecording.h"
 #include "kit/support/StorageRecording.h"
+#include "kit/support/ValueRecording.h"
 #include "storage/Database.h"
 #include "storage/SqliteStorage.h"
 #include "support/Sanitizers.h"
@@ -26,8 +27,7 @@ public:
         bool cutInsideAChange = false;
         try {
             Database database(file);
-            SqliteStorage storage(
-                database, [](const std::string&) {}, recording);
+            SqliteStorage storage(database, values, recording);
             while (change(storage)) {
             }
             cutInsideAChange = true;
@@ -43,8 +43,7 @@ public:
     /// Everything that was answered is there, and at most the one change more that was under way.
     void expectNothingLost() {
         Database database(file);
-        SqliteStorage storage(
-            database, [](const std::string&) {}, recording);
+        SqliteStorage storage(database, values, recording);
         const Values found = read(storage);
         EXPECT_TRUE(found == answered || found == underWay)
             << "found " << summary(found) << ", answered " << summary(answered) << ", under way " << summary(underWay);
@@ -101,6 +100,7 @@ private:
     std::string file = folder / "settings.db";
     SettingsHostTests::LogRecording log;
     SettingsHostTests::StorageRecording recording;
+    std::shared_ptr<SettingsHostTests::ValueRecording> values = std::make_shared<SettingsHostTests::ValueRecording>();
     SettingsHostTests::FaultyDisk disk;
     Values answered;
     Values underWay;

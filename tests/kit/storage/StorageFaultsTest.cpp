@@ -3,6 +3,7 @@
 #include "kit/support/FaultyDisk.h"
 #include "kit/support/LogRecording.h"
 #include "kit/support/StorageRecording.h"
+#include "kit/support/ValueRecording.h"
 #include "storage/Database.h"
 #include "storage/SqliteStorage.h"
 #include "support/TemporaryDirectory.h"
@@ -29,8 +30,7 @@ protected:
 
     void expectStored(const Life& life) {
         Database database(life.file);
-        SqliteStorage storage(
-            database, [](const std::string&) {}, recording);
+        SqliteStorage storage(database, values, recording);
         for (const std::string key : {"a", "b", "c", "d", "large"}) {
             std::string value;
             storage.getValue(key, value);
@@ -48,8 +48,7 @@ protected:
         arm();
         try {
             Database database(life.file);
-            SqliteStorage storage(
-                database, [](const std::string&) {}, recording);
+            SqliteStorage storage(database, values, recording);
             life.opened = true;
             change(storage, life);
             faultHappened = disk.hasFailed();
@@ -77,8 +76,7 @@ protected:
         disk.work();
         {
             Database database(life.file);
-            SqliteStorage storage(
-                database, [](const std::string&) {}, recording);
+            SqliteStorage storage(database, values, recording);
             change(storage, life);
             calls = disk.calls();
         }
@@ -89,6 +87,7 @@ protected:
 
     SettingsHostTests::LogRecording log;
     SettingsHostTests::StorageRecording recording;
+    std::shared_ptr<SettingsHostTests::ValueRecording> values = std::make_shared<SettingsHostTests::ValueRecording>();
     SettingsHostTests::FaultyDisk disk;
     std::unique_ptr<TestSupport::TemporaryDirectory> folder;
     bool faultHappened = false;
@@ -98,8 +97,7 @@ private:
     void prepare(Life& life) {
         Database database(life.file);
         sqlite3_db_config(database.handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
-        SqliteStorage storage(
-            database, [](const std::string&) {}, recording);
+        SqliteStorage storage(database, values, recording);
         storage.setValue("a", "1");
         storage.setValue("b", "2");
         storage.setValue("large", std::string(60000, 'w'));
@@ -184,8 +182,7 @@ TEST_F(StorageFaultsTest, AFullDiskRefusesChangesUntilThereIsRoom) {
 TEST_F(StorageFaultsTest, AnErrorWhileReadingAnswersNothingAndChangesNothing) {
     const Life life = live([&] { disk.work(); });
     Database database(life.file);
-    SqliteStorage storage(
-        database, [](const std::string&) {}, recording);
+    SqliteStorage storage(database, values, recording);
     database.execute("PRAGMA shrink_memory");
     disk.failFrom(1);
     std::string value = "left over";

@@ -8,6 +8,7 @@
 #include "kit/support/FaultyDisk.h"
 #include "kit/support/LogRecording.h"
 #include "kit/support/StorageRecording.h"
+#include "kit/support/ValueRecording.h"
 #include "storage/SqliteStorage.h"
 #include "storage/TableStateStore.h"
 #include "support/TemporaryDirectory.h"
@@ -20,8 +21,7 @@ protected:
         storage.reset();
         database.reset();
         database = std::make_unique<Database>(file);
-        storage = std::make_unique<SqliteStorage>(
-            *database, [this](const std::string& key) { removed.push_back(key); }, recording);
+        storage = std::make_unique<SqliteStorage>(*database, removed, recording);
     }
 
     std::string read(const std::string& key) {
@@ -56,7 +56,7 @@ protected:
     SettingsHostTests::LogRecording log;
     TestSupport::TemporaryDirectory folder;
     std::string file = folder / "state/deep/settings.db";
-    std::vector<std::string> removed;
+    std::shared_ptr<SettingsHostTests::ValueRecording> removed = std::make_shared<SettingsHostTests::ValueRecording>();
     std::unique_ptr<Database> database;
     SettingsHostTests::StorageRecording recording;
     std::unique_ptr<SqliteStorage> storage;
@@ -286,7 +286,7 @@ TEST_F(StorageTest, EveryFailureOfTheDatabaseIsAnsweredAndLogged) {
     for (const auto& line : lines) {
         EXPECT_EQ(line.rfind("3 settings-host:cannot ", 0), 0U) << line;
     }
-    EXPECT_EQ(removed, std::vector<std::string>{});
+    EXPECT_EQ(removed->take(), std::vector<std::string>{});
 }
 
 TEST_F(StorageTest, ClearingTellsWhichKeysWereRemoved) {
@@ -295,7 +295,7 @@ TEST_F(StorageTest, ClearingTellsWhichKeysWereRemoved) {
     storage->setValue("a", "2");
     EXPECT_TRUE(storage->clearStorage());
     EXPECT_EQ(log.take(), std::vector<std::string>{});
-    EXPECT_EQ(removed, (std::vector<std::string>{"a", "b"}));
+    EXPECT_EQ(removed->take(), (std::vector<std::string>{"a", "b"}));
 }
 
 TEST_F(StorageTest, NobodyIsToldOfRemovedKeysWhenClearingFails) {
@@ -306,7 +306,7 @@ TEST_F(StorageTest, NobodyIsToldOfRemovedKeysWhenClearingFails) {
     pages.step();
     database->execute("PRAGMA max_page_count=" + pages.column(0));
     EXPECT_FALSE(storage->clearStorage());
-    EXPECT_EQ(removed, std::vector<std::string>{});
+    EXPECT_EQ(removed->take(), std::vector<std::string>{});
     EXPECT_EQ(read("b"), "1");
     EXPECT_EQ(log.take(),
               std::vector<std::string>{"3 settings-host:cannot clear the storage: database: database or disk is full"});

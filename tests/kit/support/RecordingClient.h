@@ -11,10 +11,12 @@ namespace SettingsHost {
 /// A client that keeps what it is sent.
 class RecordingClient : public Client {
 public:
-    explicit RecordingClient(Origin ownOrigin = Origin::SOCKET) : clientOrigin(ownOrigin) {}
+    explicit RecordingClient(Origin ownOrigin = Origin::SOCKET, ListenerKind ownKind = ListenerKind::UNIX_SOCKET)
+        : clientOrigin(ownOrigin), kind(ownKind) {}
     std::vector<std::shared_ptr<const std::string>> frames;
     void send(const std::shared_ptr<const std::string>& frame) override { frames.push_back(frame); }
     Origin origin() const override { return clientOrigin; }
+    ListenerKind listenerKind() const override { return kind; }
 
     std::vector<std::string> take() {
         std::vector<std::string> texts;
@@ -27,6 +29,7 @@ public:
 
 private:
     Origin clientOrigin;
+    ListenerKind kind;
 };
 
 }  // namespace SettingsHost

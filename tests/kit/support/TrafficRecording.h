@@ -8,14 +8,16 @@
 
 namespace SettingsHost {
 
-/// Keeps what it is told as lines, in order.
+/// Keeps the notifications as lines, in order.
 class TrafficRecording : public TrafficObserver {
 public:
-    void clientConnected(const Client& client) override { add(std::string("arrived ") + originName(client.origin())); }
-    void clientRefused(Origin origin) override { add(std::string("turned away ") + originName(origin)); }
-    void clientDisconnected(const Client& client, DisconnectReason departure) override {
-        add(std::string("left ") + originName(client.origin()) +
-            (departure == DisconnectReason::TOO_SLOW ? " TOO_SLOW" : " CLOSED"));
+    void clientConnected(const Client& client) override {
+        add(std::string("connected ") + originName(client.origin()));
+    }
+    void clientRefused(Origin origin) override { add(std::string("no room ") + originName(origin)); }
+    void clientDisconnected(const Client& client, DisconnectReason reason) override {
+        add(std::string("disconnected ") + originName(client.origin()) +
+            (reason == DisconnectReason::TOO_SLOW ? " TOO_SLOW" : " CLOSED"));
     }
     void frameReceived(const Client& /*client*/, const std::string& frame) override { add("received " + frame); }
     void frameSent(const Client* receiver, const std::string& frame) override {
@@ -23,7 +25,7 @@ public:
     }
     void frameRefused(const std::string& code) override { add("refused " + code); }
     void requestHandled(int type, RequestOutcome outcome) override {
-        static const char* const names[] = {"ANSWERED", "CHANGED", "SILENT", "KEPT_AWAY", "FAILED"};
+        static const char* const names[] = {"ANSWERED", "CHANGED", "SILENT", "REJECTED", "FAILED"};
         add("handled " + std::to_string(type) + " " + names[static_cast<int>(outcome)]);
     }
 

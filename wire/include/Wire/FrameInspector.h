@@ -7,7 +7,7 @@
 
 namespace Wire {
 
-/// Frames to this size are taken, on every listener.
+/// The largest frame that listeners accept.
 constexpr std::size_t maximumFrameSize = 65536;
 
 /// Why the transport itself refuses a frame.

@@ -7,14 +7,14 @@
 
 namespace Wire {
 
-/// Nesting that the host takes: the root counts as 1.
+/// The deepest nesting that the host accepts: the root counts as 1.
 constexpr std::size_t maximumNesting = 32;
 
-/// What a text is, found without building anything and at any depth of nesting.
+/// The kind of a JSON text, found without building a document and at any depth of nesting.
 struct JsonShape {
     enum class Root { OBJECT, ARRAY, OTHER };
 
-    /// Is it JSON in the handler's eyes: the same parser, up to the first NUL character?
+    /// Is it JSON for the handler: by the same parser, up to the first NUL character?
     bool valid = false;
     Root root = Root::OTHER;
     /// How many objects and arrays stand inside each other at the deepest place.
@@ -25,7 +25,7 @@ struct JsonShape {
 
 JsonShape shapeOf(const std::string& text);
 
-/// The same, and fills `document` in passing, unless the text is no JSON or nested deeper than `maximumNesting`.
+/// The same, and fills `document`, unless the text is no JSON or nested deeper than `maximumNesting`.
 JsonShape shapeOf(const std::string& text, rapidjson::Document& document);
 
 }  // namespace Wire

@@ -1,5 +1,6 @@
 #include <csignal>
 
+#include "kit/server/sockets/ListenerRecording.h"
 #include "server/loop/EventLoop.h"
 #include "server/sockets/UnixSocketListener.h"
 #include "support/LineClient.h"
@@ -17,12 +18,13 @@ protected:
     }
 
     EventLoop loop;
+    ListenerRecording clients;
     int signals = 0;
 };
 
 TEST_F(EventLoopTest, ASignalBeforeTheRunEndsIt) {
     TestSupport::TemporaryDirectory folder;
-    UnixSocketListener listener(loop, folder / "door.sock", Origin::SOCKET, ListenerEvents{});
+    UnixSocketListener listener(loop, folder / "door.sock", Origin::SOCKET, clients);
     ::raise(SIGUSR2);
     loop.run();
     EXPECT_EQ(signals, 1);
@@ -34,16 +36,14 @@ TEST_F(EventLoopTest, DrainingEndsAtOnceWhenNothingIsOpen) {
     EXPECT_EQ(givenUp, 1);
 }
 
-TEST_F(EventLoopTest, DrainingWaitsForAClientThatDoesNotReadNoLongerThanASecondSignal) {
+TEST_F(EventLoopTest, ASecondSignalEndsTheDrainOfAClientThatDoesNotRead) {
     TestSupport::TemporaryDirectory folder;
     const auto large = std::make_shared<const std::string>(900000, 'x');
-    UnixSocketListener listener(loop, folder / "door.sock", Origin::SOCKET,
-                                ListenerEvents{[](const auto&) {}, [](const auto&, DisconnectReason) {},
-                                               [&](const auto& client, const auto&) {
-                                                   client->send(large);
-                                                   loop.stop();
-                                               },
-                                               [](const auto&) {}, [](Origin) {}});
+    clients.onFrame = [&](const auto& client, const auto&) {
+        client->send(large);
+        loop.stop();
+    };
+    UnixSocketListener listener(loop, folder / "door.sock", Origin::SOCKET, clients);
     TestSupport::LineClient stuck(folder / "door.sock");
     stuck.sendLine("x");
     loop.run();
@@ -55,7 +55,7 @@ TEST_F(EventLoopTest, DrainingWaitsForAClientThatDoesNotReadNoLongerThanASecondS
     EXPECT_TRUE(stuck.closedByPeer());
 }
 
-TEST_F(EventLoopTest, DoesWhatWasPutOffSoonAndOnce) {
+TEST_F(EventLoopTest, RunsALaterActionOnce) {
     std::vector<std::string> done;
     loop.later([&] {
         done.push_back("first");
@@ -70,7 +70,7 @@ TEST_F(EventLoopTest, DoesWhatWasPutOffSoonAndOnce) {
     EXPECT_EQ(done, (std::vector<std::string>{"first", "second", "third"}));
 }
 
-TEST_F(EventLoopTest, AtTheEndDoesWhatWasLeftForItOnceNothingIsOpen) {
+TEST_F(EventLoopTest, RunsEndActionsWhenNothingIsOpen) {
     std::vector<std::string> done;
     loop.later([&] { done.push_back("later"); });
     loop.atEnd([&] {

@@ -32,7 +32,7 @@ TEST(HealthReportTest, IsDegradedWhileChangesDoNotReachTheDatabase) {
                             "\"keys\":0,\"failures\":2,\"lastFailure\":\"the disk is full\xEF\xBF\xBD\"}}");
 }
 
-TEST(HealthReportTest, SaysWhatTookThePlaceOfADamagedDatabase) {
+TEST(HealthReportTest, ReportsWhatReplacedADamagedDatabase) {
     StorageHealth storage;
     HealthReport restored("1.2.3", {Recovery::Source::BACKUP, "settings.db.damaged"});
     restored.setServing(true);

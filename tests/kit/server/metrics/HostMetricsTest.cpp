@@ -56,7 +56,7 @@ TEST_F(HostMetricsTest, CountsChangesBySettingAndKnownValue) {
             R"({setting="other",value="other"} 3)"}));
 }
 
-TEST_F(HostMetricsTest, EverySeriesOfChangesCanBe) {
+TEST_F(HostMetricsTest, EverySeriesOfChangesCanBeCounted) {
     std::istringstream text(metrics.text());
     std::map<std::string, std::set<std::string>> values;
     const std::regex series(R"re(settings_host_changes_total\{setting="(\w+)",value="(\w+)"\} 0)re");
@@ -129,7 +129,7 @@ TEST_F(HostMetricsTest, CountsRequestsByTypeAndOutcomeAndRefusalsByCode) {
               (std::vector<std::string>{R"({code="not-json"} 1)", R"({code="too-large"} 1)"}));
 }
 
-TEST_F(HostMetricsTest, KnowsWhoIsConnectedWhoWasTooSlowAndWhoWasTurnedAway) {
+TEST_F(HostMetricsTest, CountsConnectedSlowAndRefusedClients) {
     metrics.clientConnected(onSocket);
     metrics.clientConnected(onSocket);
     metrics.clientConnected(onPage);
@@ -164,22 +164,22 @@ TEST_F(HostMetricsTest, TimesTheStorage) {
                                         R"(le="1"} 2)"}));
 }
 
-TEST_F(HostMetricsTest, KnowsItsProcess) {
+TEST_F(HostMetricsTest, HoldsTheMetricsOfItsProcess) {
     EXPECT_EQ(lines("settings_host_build_info"), std::vector<std::string>{R"({version="1.2.3"} 1)"});
-    const auto figure = [&](const std::string& name) {
+    const auto metric = [&](const std::string& name) {
         const auto found = lines(name + " ");
         return found.empty() ? 0 : std::stod(found[0]);
     };
     const double now = static_cast<double>(::time(nullptr));
-    EXPECT_NEAR(figure("process_start_time_seconds"), now, 3600);
-    EXPECT_GT(figure("process_resident_memory_bytes"), 1e6);
-    EXPECT_GT(figure("process_virtual_memory_bytes"), figure("process_resident_memory_bytes"));
-    EXPECT_GE(figure("process_open_fds"), 3);
-    EXPECT_GE(figure("process_max_fds"), figure("process_open_fds"));
-    const double before = figure("process_cpu_seconds_total");
+    EXPECT_NEAR(metric("process_start_time_seconds"), now, 3600);
+    EXPECT_GT(metric("process_resident_memory_bytes"), 1e6);
+    EXPECT_GT(metric("process_virtual_memory_bytes"), metric("process_resident_memory_bytes"));
+    EXPECT_GE(metric("process_open_fds"), 3);
+    EXPECT_GE(metric("process_max_fds"), metric("process_open_fds"));
+    const double before = metric("process_cpu_seconds_total");
     for (volatile long spin = 0; spin < 100000000; spin = spin + 1) {
     }
-    EXPECT_GT(figure("process_cpu_seconds_total"), before);
+    EXPECT_GT(metric("process_cpu_seconds_total"), before);
 }
 
 }  // namespace SettingsHost

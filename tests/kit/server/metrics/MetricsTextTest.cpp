@@ -8,7 +8,7 @@ namespace SettingsHost {
 
 namespace {
 
-/// What stands in `text`, sorted: the library gives no order. Figures of the process and series at 0 are left out, and
+/// What stands in `text`, sorted: the library gives no order. Metrics of the process and series at 0 are left out, and
 /// the buckets of the histogram.
 std::vector<std::string> shown(const std::string& text) {
     std::istringstream stream(text);

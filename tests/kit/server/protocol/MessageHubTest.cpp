@@ -1,7 +1,10 @@
 #include <utility>
 
+#include "SettingsHandlerTesting/FakeStorage.h"
+#include "SettingsHandlerTesting/MockSettingsHandler.h"
 #include "Utils/Rapidjson.h"
 #include "handler/BoundedStorage.h"
+#include "handler/HandlerCache.h"
 #include "kit/support/LogRecording.h"
 #include "kit/support/RecordingClient.h"
 #include "kit/support/TrafficRecording.h"
@@ -28,8 +31,8 @@ std::string codeOf(const std::vector<std::string>& frames) {
 class MessageHubTest : public ::testing::Test {
 protected:
     MessageHubTest() {
-        hub.addClient(requester);
-        hub.addClient(other);
+        hub.connected(requester);
+        hub.connected(other);
         for (const int type : {7, 24}) {
             hub.registerMessageHandler(type, [this](const std::string& text) {
                 delivered.push_back(text);
@@ -57,7 +60,7 @@ protected:
 
 TEST_F(MessageHubTest, DeliversTheWholeTextToTheHandlerOfItsType) {
     const std::string text = R"( {"type":7, "extra": [1] } )";
-    hub.receive(requester, text);
+    hub.received(requester, text);
     EXPECT_EQ(delivered, std::vector<std::string>{text});
     EXPECT_TRUE(requester->take().empty());
 }
@@ -72,36 +75,35 @@ TEST_F(MessageHubTest, RefusesToTheSenderAloneAndStaysUsable) {
         {R"({"type":"7"})", "unknown-type"},
         {"{\"type\":7,\"a\":" + std::string(32, '[') + std::string(32, ']') + "}", "too-deep"}};
     for (const auto& [frame, code] : refusals) {
-        hub.receive(requester, frame);
+        hub.received(requester, frame);
         EXPECT_EQ(codeOf(requester->take()), code) << frame;
     }
-    hub.refuseTooLarge(*requester);
+    hub.oversized(requester);
     EXPECT_EQ(codeOf(requester->take()), "too-large");
     EXPECT_TRUE(other->take().empty());
     EXPECT_TRUE(delivered.empty());
-    hub.receive(requester, R"({"type":7})");
+    hub.received(requester, R"({"type":7})");
     EXPECT_EQ(delivered.size(), 1U);
 }
 
-TEST_F(MessageHubTest, KeepsUnusableLocalesAwayWithoutAnAnswer) {
-    hub.receive(requester, R"({"type":24,"timestamp":1,"payload":{"settingDBId":"orliaLocale","to":"{}"}})");
+TEST_F(MessageHubTest, RejectsUnusableLocalesWithoutAReply) {
+    hub.received(requester, R"({"type":24,"timestamp":1,"payload":{"settingDBId":"orliaLocale","to":"{}"}})");
     EXPECT_TRUE(delivered.empty());
     EXPECT_TRUE(requester->take().empty());
-    EXPECT_EQ(log.take(),
-              std::vector<std::string>{
-                  "3 settings-host:a locale value that is no array within the nesting limit was kept away"});
+    EXPECT_EQ(log.take(), std::vector<std::string>{
+                              "3 settings-host:rejected orliaLocale: must be a JSON array of at most 32 levels"});
     // The guard is for writes alone.
-    hub.receive(requester, R"({"type":7,"payload":{"settingDBId":"orliaLocale","to":"{}"}})");
+    hub.received(requester, R"({"type":7,"payload":{"settingDBId":"orliaLocale","to":"{}"}})");
     EXPECT_EQ(delivered.size(), 1U);
 }
 
-TEST_F(MessageHubTest, RepliesToTheAskerAlone) {
+TEST_F(MessageHubTest, RepliesToTheRequesterAlone) {
     onDelivery = [&] {
         rapidjson::Document payload(rapidjson::kObjectType);
         payload.AddMember("settings", rapidjson::Value(rapidjson::kObjectType), payload.GetAllocator());
         hub.sendResponse("m1", payload);
     };
-    hub.receive(requester, R"({"type":7})");
+    hub.received(requester, R"({"type":7})");
     EXPECT_EQ(requester->take(), std::vector<std::string>{R"({"type":7,"messageId":"m1","payload":{"settings":{}}})"});
     EXPECT_TRUE(other->take().empty());
 }
@@ -119,7 +121,7 @@ TEST_F(MessageHubTest, ALargeReplyForWhichThereIsNoRoomIsNotMade) {
     });
     const auto ask = [&](std::size_t size, char byte = 'v') {
         value = std::string(size, byte);
-        limited.receive(requester, R"({"type":7})");
+        limited.received(requester, R"({"type":7})");
         EXPECT_EQ(requester->frames.size(), 1U);
         return requester->take();
     };
@@ -136,10 +138,10 @@ TEST_F(MessageHubTest, ALargeReplyForWhichThereIsNoRoomIsNotMade) {
     EXPECT_EQ(codeOf(ask(100000)), "no refusal") << "it was read";
 }
 
-TEST_F(MessageHubTest, TheAskerOfMoreThanThereIsMemoryForIsToldSo) {
+TEST_F(MessageHubTest, ARequestForMoreThanThereIsMemoryForIsRefused) {
     traffic->take();
     onDelivery = [] { throw ReadLimitExceeded("too much"); };
-    hub.receive(requester, R"({"type":7})");
+    hub.received(requester, R"({"type":7})");
     const auto answer = requester->take();
     EXPECT_EQ(codeOf(answer), "busy");
     EXPECT_TRUE(other->take().empty());
@@ -148,31 +150,32 @@ TEST_F(MessageHubTest, TheAskerOfMoreThanThereIsMemoryForIsToldSo) {
                                                          "refused busy", "handled 7 ANSWERED"}));
 }
 
-TEST_F(MessageHubTest, KeepsNobodyWhoseRequestIsOver) {
-    hub.receive(requester, R"({"type":7})");
+TEST_F(MessageHubTest, KeepsNoClientWhoseRequestIsOver) {
+    hub.received(requester, R"({"type":7})");
     rapidjson::Document payload(rapidjson::kObjectType);
     hub.sendResponse("late", payload);
     EXPECT_TRUE(requester->take().empty());
     onDelivery = [] { throw std::runtime_error("collaborator"); };
-    hub.receive(requester, R"({"type":7})");
+    hub.received(requester, R"({"type":7})");
     hub.sendResponse("late", payload);
     EXPECT_TRUE(requester->take().empty());
     const std::weak_ptr<RecordingClient> gone = requester;
-    hub.removeClient(std::exchange(requester, nullptr), DisconnectReason::CLOSED);
+    hub.disconnected(std::exchange(requester, nullptr), DisconnectReason::CLOSED);
     EXPECT_TRUE(gone.expired());
 }
 
-TEST_F(MessageHubTest, TheLogIsToldASettingsNameOfBoundedLength) {
+TEST_F(MessageHubTest, TheRequestContextHoldsAKeyOfBoundedLength) {
     const auto context = std::make_shared<RequestContext>();
-    MessageHub told(traffic, context);
+    MessageHub logging(traffic, context);
     std::vector<std::string> names;
     const auto note = [&](const std::string&) {
         names.push_back(context->current() ? context->current()->setting : "?");
     };
-    told.registerMessageHandler(24, note);
-    told.registerMessageHandler(7, note);
+    logging.registerMessageHandler(24, note);
+    logging.registerMessageHandler(7, note);
     const auto handle = [&](int type, const std::string& key) {
-        told.receive(requester, "{\"type\":" + std::to_string(type) + R"(,"payload":{"settingDBId":")" + key + "\"}}");
+        logging.received(requester,
+                         "{\"type\":" + std::to_string(type) + R"(,"payload":{"settingDBId":")" + key + "\"}}");
     };
     handle(24, "deviceName");
     handle(24, std::string(256, 'k'));
@@ -185,20 +188,20 @@ TEST_F(MessageHubTest, TheLogIsToldASettingsNameOfBoundedLength) {
     EXPECT_FALSE(context->current());
 }
 
-TEST_F(MessageHubTest, EventsAreNumberedWhoeverIsThere) {
-    hub.removeClient(requester, DisconnectReason::CLOSED);
+TEST_F(MessageHubTest, EventsAreNumberedWhoeverIsConnected) {
+    hub.disconnected(requester, DisconnectReason::CLOSED);
     sendEvent("deviceName");
-    hub.removeClient(other, DisconnectReason::CLOSED);
+    hub.disconnected(other, DisconnectReason::CLOSED);
     sendEvent("deviceName");
     sendEvent("deviceName");
-    hub.addClient(requester);
+    hub.connected(requester);
     sendEvent("deviceName");
     ASSERT_EQ(requester->frames.size(), 1U);
     EXPECT_EQ(parsed(requester->take()[0])["sequence"].GetInt(), 4);
     EXPECT_EQ(parsed(other->take().at(0))["sequence"].GetInt(), 1);
 }
 
-TEST_F(MessageHubTest, AReplyThatNobodyAskedForGoesNowhere) {
+TEST_F(MessageHubTest, AReplyWithoutARequestIsNotSent) {
     rapidjson::Document payload(rapidjson::kObjectType);
     hub.sendResponse("m1", payload);
     EXPECT_TRUE(requester->take().empty());
@@ -212,7 +215,7 @@ TEST_F(MessageHubTest, EventsGoToEveryClientAsOneSharedFrame) {
         second = sendEvent("timezone");
     };
     const auto before = std::chrono::system_clock::now();
-    hub.receive(requester, R"({"type":24})");
+    hub.received(requester, R"({"type":24})");
     ASSERT_EQ(requester->frames.size(), 2U);
     EXPECT_EQ(requester->frames[0].get(), other->frames[0].get());
     const auto event = parsed(requester->take()[0]);
@@ -228,10 +231,10 @@ TEST_F(MessageHubTest, EventsGoToEveryClientAsOneSharedFrame) {
     EXPECT_EQ(parsed(other->take()[1])["sequence"].GetInt(), 2);
 }
 
-TEST_F(MessageHubTest, EventsTellWhoseDoingItWas) {
+TEST_F(MessageHubTest, EventsHoldTheOriginOfTheChange) {
     const auto page = std::make_shared<RecordingClient>(Origin::PAGE);
     onDelivery = [&] { sendEvent("deviceName"); };
-    hub.receive(page, R"({"type":24})");
+    hub.received(page, R"({"type":24})");
     hub.perform(Origin::DEVICE, onDelivery);
     const auto frames = other->take();
     EXPECT_STREQ(parsed(frames[0])["origin"].GetString(), "page");
@@ -246,23 +249,23 @@ TEST_F(MessageHubTest, ANoticeFollowsTheEventsForChangesWithoutOne) {
         hub.valueChanged("timezone");
         sendEvent("deviceName");
     };
-    hub.receive(requester, R"({"type":24})");
+    hub.received(requester, R"({"type":24})");
     const auto frames = other->take();
     ASSERT_EQ(frames.size(), 2U);
     EXPECT_EQ(parsed(frames[0])["type"].GetInt(), 25);
     EXPECT_EQ(frames[1], R"({"notice":{"reread":["captionsEnabled","timezone"]}})");
     // The next dispatch starts anew.
     onDelivery = [&] { hub.valueChanged("deviceName"); };
-    hub.receive(requester, R"({"type":24})");
+    hub.received(requester, R"({"type":24})");
     EXPECT_EQ(other->take(), std::vector<std::string>{R"({"notice":{"reread":["deviceName"]}})"});
 }
 
-TEST_F(MessageHubTest, NoNoticeWhenTheEventsSaidItAll) {
+TEST_F(MessageHubTest, NoNoticeWhenEveryChangeHadAnEvent) {
     onDelivery = [&] {
         hub.valueChanged("friendlyName");
         sendEvent("friendlyName");
     };
-    hub.receive(requester, R"({"type":24})");
+    hub.received(requester, R"({"type":24})");
     EXPECT_EQ(other->take().size(), 1U);
 }
 
@@ -271,11 +274,11 @@ TEST_F(MessageHubTest, AnExceptionOfADeliveryIsLoggedAndTheNextIsServed) {
         hub.valueChanged("timezone");
         throw std::runtime_error("collaborator");
     };
-    hub.receive(requester, R"({"type":24})");
+    hub.received(requester, R"({"type":24})");
     EXPECT_EQ(log.take(), std::vector<std::string>{"3 settings-host:a request of type 24 failed: collaborator"});
     EXPECT_EQ(other->take(), std::vector<std::string>{R"({"notice":{"reread":["timezone"]}})"});
     onDelivery = nullptr;
-    hub.receive(requester, R"({"type":24})");
+    hub.received(requester, R"({"type":24})");
     EXPECT_EQ(delivered.size(), 2U);
 }
 
@@ -286,48 +289,69 @@ TEST_F(MessageHubTest, FramesAreValidUtf8WhateverTheValues) {
                           payload.GetAllocator());
         hub.sendResponse("m\xff", payload);
     };
-    hub.receive(requester, R"({"type":7})");
+    hub.received(requester, R"({"type":7})");
     EXPECT_EQ(requester->take(),
               std::vector<std::string>{
                   "{\"type\":7,\"messageId\":\"m\xEF\xBF\xBD\",\"payload\":{\"v\":\"\xEF\xBF\xBD\\u0000x\"}}"});
 }
 
 TEST_F(MessageHubTest, AClientThatLeftIsSentNothing) {
-    hub.removeClient(other, DisconnectReason::CLOSED);
+    hub.disconnected(other, DisconnectReason::CLOSED);
     onDelivery = [&] { sendEvent("deviceName"); };
-    hub.receive(requester, R"({"type":24})");
+    hub.received(requester, R"({"type":24})");
     EXPECT_TRUE(other->take().empty());
     EXPECT_EQ(requester->take().size(), 1U);
 }
 
-TEST_F(MessageHubTest, TellsTheTrafficObserverEverythingInOrder) {
+TEST_F(MessageHubTest, NotifiesTheTrafficObserverInOrder) {
     onDelivery = [&] {
         hub.valueChanged("timezone");
         rapidjson::Document payload(rapidjson::kObjectType);
         hub.sendResponse("m1", payload);
     };
-    hub.receive(requester, R"({"type":7})");
-    hub.receive(requester, "x");
-    hub.receive(requester, R"({"type":24,"payload":{"settingDBId":"orliaLocale","to":"{}"}})");
-    hub.refuseTooLarge(*other);
-    hub.removeClient(other, DisconnectReason::TOO_SLOW);
+    hub.received(requester, R"({"type":7})");
+    hub.received(requester, "x");
+    hub.received(requester, R"({"type":24,"payload":{"settingDBId":"orliaLocale","to":"{}"}})");
+    hub.oversized(other);
+    hub.disconnected(other, DisconnectReason::TOO_SLOW);
     const std::string notJson = R"({"error":{"code":"not-json","message":"the frame is not JSON"}})";
     const std::string tooLargeText = *other->frames.back();
     EXPECT_EQ(traffic->take(),
-              (std::vector<std::string>{"arrived socket", "arrived socket", R"(received {"type":7})",
+              (std::vector<std::string>{"connected socket", "connected socket", R"(received {"type":7})",
                                         R"(sent to one {"type":7,"messageId":"m1","payload":{}})",
                                         R"(sent to all {"notice":{"reread":["timezone"]}})", "handled 7 ANSWERED",
                                         "received x", "sent to one " + notJson, "refused not-json",
                                         R"(received {"type":24,"payload":{"settingDBId":"orliaLocale","to":"{}"}})",
-                                        "handled 24 KEPT_AWAY", "sent to one " + tooLargeText, "refused too-large",
-                                        "left socket TOO_SLOW"}));
+                                        "handled 24 REJECTED", "sent to one " + tooLargeText, "refused too-large",
+                                        "disconnected socket TOO_SLOW"}));
 }
 
-TEST_F(MessageHubTest, TellsWhatBecameOfEachRequest) {
+TEST_F(MessageHubTest, RebuildsTheHandlersCacheAfterARequestThatMadeItTooLarge) {
+    SettingsHandlerTesting::Journal journal;
+    SettingsHandlerTesting::FakeStorage storage{journal};
+    BoundedStorage bounded(storage, std::make_shared<RequestContext>(), [](std::size_t) { return true; });
+    const auto handler = std::make_shared<::testing::NiceMock<SettingsHandlerTesting::MockSettingsHandler>>();
+    const auto cache = std::make_shared<HandlerCache>(bounded, handler);
+    hub.bound(cache);
+    onDelivery = [&] { bounded.setValue("k", std::string(BoundedStorage::maximumKept, 'v')); };
+    EXPECT_CALL(*handler, initializeSettings()).Times(0);
+    hub.received(requester, R"({"type":24})");
+    ::testing::Mock::VerifyAndClearExpectations(handler.get());
+    onDelivery = [&] { bounded.setValue("l", std::string(BoundedStorage::maximumKept, 'v')); };
+    EXPECT_CALL(*handler, initializeSettings()).WillOnce([&] {
+        hub.valueChanged("pttAlwaysOnEnabled");
+        throw std::runtime_error("collaborator");
+    });
+    hub.received(requester, R"({"type":24})");
+    EXPECT_EQ(log.take(), std::vector<std::string>{"3 settings-host:cannot rebuild the handler's cache: collaborator"});
+    EXPECT_EQ(other->take(), std::vector<std::string>{R"({"notice":{"reread":["pttAlwaysOnEnabled"]}})"});
+}
+
+TEST_F(MessageHubTest, ReportsTheOutcomeOfEachRequest) {
     traffic->take();
     const auto outcomeOf = [&](std::function<void()> action) {
         onDelivery = std::move(action);
-        hub.receive(requester, R"({"type":24})");
+        hub.received(requester, R"({"type":24})");
         return traffic->take().back();
     };
     EXPECT_EQ(outcomeOf([&] { sendEvent("deviceName"); }), "handled 24 CHANGED");

@@ -25,7 +25,7 @@ bool hasSomethingToDo(uv_loop_t* loop) {
 
 }  // namespace
 
-TEST(Acceptor, RestsWhileThereIsNotEvenTheSpareDescriptor) {
+TEST(Acceptor, PausesWhileThereIsNotEvenTheSpareDescriptor) {
     if (TestSupport::sanitizersNeedDescriptors) {
         GTEST_SKIP();
     }
@@ -40,7 +40,7 @@ TEST(Acceptor, RestsWhileThereIsNotEvenTheSpareDescriptor) {
             ::close(descriptor);
             ++taken;
         },
-        [](int) { ADD_FAILURE() << "nobody can be told anything"; });
+        [](int) { ADD_FAILURE() << "no connection can be refused"; });
     TestSupport::LineClient waits(file.path());
     rlimit before{};
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);

@@ -1,4 +1,5 @@
 #include "server/sockets/Backlog.h"
+#include "server/sockets/ListenerLimits.h"
 
 namespace SettingsHost {
 
@@ -26,7 +27,7 @@ protected:
     std::vector<std::string> dropped;
 };
 
-TEST_F(BacklogTest, TheOneWithMostWaitingGoesFirstAndNoMoreThanMust) {
+TEST_F(BacklogTest, TheClientWithTheLargestBacklogIsDroppedFirstAndNoMoreThanNecessary) {
     auto& little = client("little");
     auto& most = client("most");
     auto& much = client("much");
@@ -48,7 +49,7 @@ TEST_F(BacklogTest, TheOneWithMostWaitingGoesFirstAndNoMoreThanMust) {
     EXPECT_EQ(requester.unread(), 255000U);
 }
 
-TEST_F(BacklogTest, OfTwoWithAsMuchTheOneWhoCameFirstGoes) {
+TEST_F(BacklogTest, OfEqualBacklogsTheOlderClientIsDropped) {
     auto& first = client("first");
     auto& second = client("second");
     auto& third = client("third");
@@ -60,7 +61,7 @@ TEST_F(BacklogTest, OfTwoWithAsMuchTheOneWhoCameFirstGoes) {
     EXPECT_EQ(dropped, (std::vector<std::string>{"first", "third"}));
 }
 
-TEST_F(BacklogTest, SeveralGoAtOnceWhenOneIsNotEnough) {
+TEST_F(BacklogTest, SeveralAreDroppedWhenOneIsNotEnough) {
     auto& first = client("first");
     auto& second = client("second");
     // As long as one of them has it, it takes its memory.
@@ -94,24 +95,22 @@ TEST_F(BacklogTest, AFrameForManyCountsOnce) {
     EXPECT_EQ(backlog->size(), 0U);
 }
 
-TEST_F(BacklogTest, WhatWaitsIsCountedUntilItIsGone) {
+TEST_F(BacklogTest, FramesCountUntilTheyAreSent) {
     auto& reader = client("reader");
     for (int round = 0; round < 100; ++round) {
         reader.push(frameOf(400000));
         reader.push(frameOf(400000));
         EXPECT_EQ(reader.unread(), 800000U);
-        EXPECT_EQ(reader.unreadBehindFirst(), 400000U);
         EXPECT_FALSE(backlog->hasRoomFor(100000));
         reader.pop();
         EXPECT_TRUE(backlog->hasRoomFor(400000));
         reader.pop();
-        EXPECT_EQ(reader.unreadBehindFirst(), 0U);
         EXPECT_EQ(backlog->size(), 0U);
     }
     EXPECT_TRUE(dropped.empty());
 }
 
-TEST_F(BacklogTest, ShortFramesCountWithWhatKeepsThem) {
+TEST_F(BacklogTest, ShortFramesCountWithTheirOverhead) {
     auto& reader = client("reader");
     int count = 0;
     for (; dropped.empty(); ++count) {
@@ -120,7 +119,7 @@ TEST_F(BacklogTest, ShortFramesCountWithWhatKeepsThem) {
     EXPECT_LT(count, 10000);
 }
 
-TEST_F(BacklogTest, WhatClientsSentCountsToo) {
+TEST_F(BacklogTest, InputOfClientsCountsToo) {
     auto& half = client("half");
     auto& reader = client("reader");
     half.setInput(450000);
@@ -137,11 +136,56 @@ TEST_F(BacklogTest, WhatClientsSentCountsToo) {
     EXPECT_EQ(backlog->size(), 0U);
 }
 
-TEST_F(BacklogTest, HasRoomForWhatFitsWithWhatKeepsIt) {
+TEST_F(BacklogTest, HasRoomForWhatFitsWithItsOverhead) {
     EXPECT_EQ(Backlog::maximum, 32U * 1024U * 1024U);
     EXPECT_TRUE(backlog->hasRoomFor(896000));
     EXPECT_FALSE(backlog->hasRoomFor(896001)) << "a quarter more for gaps";
     EXPECT_FALSE(backlog->hasRoomFor(limit + 1));
+}
+
+/// One client for itself: the budget of all is not used up.
+class ClientBacklogTest : public BacklogTest {
+protected:
+    ClientBacklogTest() { backlog = std::make_shared<Backlog>(); }
+};
+
+TEST_F(ClientBacklogTest, AClientMayLetAMebibyteWaitBehindTheFrameThatIsOnItsWay) {
+    auto& reader = client("reader");
+    reader.push(frameOf(5 * maximumWaiting));
+    reader.push(frameOf(maximumWaiting));
+    reader.push(frameOf(1));
+    EXPECT_TRUE(dropped.empty());
+    EXPECT_EQ(reader.disconnectReason(), DisconnectReason::CLOSED);
+    reader.push(frameOf(1));
+    EXPECT_EQ(dropped, std::vector<std::string>{"reader"});
+    EXPECT_EQ(reader.disconnectReason(), DisconnectReason::TOO_SLOW);
+    EXPECT_TRUE(reader.empty());
+    EXPECT_EQ(backlog->size(), 0U);
+}
+
+TEST_F(ClientBacklogTest, AClientOverTheBudgetOfAllWasTooSlow) {
+    auto& reader = client("reader");
+    auto& other = client("other");
+    other.push(frameOf(1));
+    reader.push(frameOf(Backlog::maximum));
+    EXPECT_EQ(reader.disconnectReason(), DisconnectReason::TOO_SLOW);
+    EXPECT_EQ(other.disconnectReason(), DisconnectReason::CLOSED);
+}
+
+TEST_F(ClientBacklogTest, InputIsPausedWhileMoreThan64KiBAreUnreadAndResumedOnce) {
+    auto& reader = client("reader");
+    reader.push(frameOf(maximumUnread));
+    EXPECT_FALSE(reader.pauseInput());
+    EXPECT_FALSE(reader.resumeInput()) << "it was not paused";
+    reader.push(frameOf(1));
+    EXPECT_FALSE(reader.isInputPaused()) << "only when asked";
+    EXPECT_TRUE(reader.pauseInput());
+    EXPECT_TRUE(reader.isInputPaused());
+    EXPECT_FALSE(reader.resumeInput());
+    reader.pop();
+    EXPECT_TRUE(reader.resumeInput());
+    EXPECT_FALSE(reader.isInputPaused());
+    EXPECT_FALSE(reader.resumeInput());
 }
 
 }  // namespace SettingsHost

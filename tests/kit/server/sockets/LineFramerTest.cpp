@@ -35,7 +35,7 @@ TEST(LineFramer, IgnoresBlankLines) {
     EXPECT_EQ(framesOf(framer), Frames{"x"});
 }
 
-TEST(LineFramer, ALastLineWithoutItsEndIsNoFrame) {
+TEST(LineFramer, ALastLineWithoutItsEndIsIgnored) {
     LineFramer framer(10);
     append(framer, "unfinished");
     EXPECT_EQ(framesOf(framer), Frames{});
@@ -57,7 +57,7 @@ TEST(LineFramer, HasRoomForOneFrameOverTheLimitInAll) {
     EXPECT_EQ(framer.room(), 11U) << "the rest is skipped";
 }
 
-TEST(LineFramer, KeepsNoMemoryOfLargeFramesThatAreTaken) {
+TEST(LineFramer, FreesTheMemoryOfLargeFramesThatAreTaken) {
     LineFramer framer(65536);
     append(framer, std::string(65536, 'x'));
     EXPECT_GE(framer.memory(), 65536U);
@@ -92,7 +92,7 @@ TEST(LineFramer, ReportsALargeFrameOnceAndSkipsItsRest) {
     EXPECT_EQ(framesOf(framer), Frames{"next"});
 }
 
-TEST(LineFramer, DoesTheSameInWhateverPiecesTheBytesCome) {
+TEST(LineFramer, DoesNotDependOnTheChunksOfTheBytes) {
     const std::string stream = "one\n\n1234567890\nsix\r\n12345\n  \nlast";
     LineFramer whole(5);
     append(whole, stream);

@@ -11,22 +11,22 @@ class BudgetedUnixSocketListenerTest : public ListenerTest<UnixSocketListener> {
 protected:
     BudgetedUnixSocketListenerTest() {
         backlog = std::make_shared<Backlog>(400000);
-        ListenerEvents named = events();
-        named.left = [this, leave = named.left](const auto& client, DisconnectReason departure) {
-            departures += names[client] + (departure == DisconnectReason::TOO_SLOW ? " too slow, " : " closed, ");
-            leave(client, departure);
-        };
-        named.frame = [this](const auto& client, const auto& frame) {
-            if (names[client].empty()) {
-                names[client] = frame;
-                sendTo(client, "hello " + frame);
-            } else {
-                onFrame(client, frame);
-            }
-        };
-        serve(std::make_unique<UnixSocketListener>(loop, folder / "door.sock", Origin::DEVICE, std::move(named)));
+        serve(std::make_unique<UnixSocketListener>(loop, folder / "door.sock", Origin::DEVICE, *this, backlog));
     }
     ~BudgetedUnixSocketListenerTest() override { stop(); }
+
+    void disconnected(const std::shared_ptr<Client>& client, DisconnectReason reason) override {
+        departures += names[client] + (reason == DisconnectReason::TOO_SLOW ? " too slow, " : " closed, ");
+        ListenerRecording::disconnected(client, reason);
+    }
+    void received(const std::shared_ptr<Client>& client, const std::string& frame) override {
+        if (names[client].empty()) {
+            names[client] = frame;
+            sendTo(client, "hello " + frame);
+        } else {
+            ListenerRecording::received(client, frame);
+        }
+    }
 
     std::unique_ptr<TestSupport::LineClient> connect(const std::string& name) {
         auto client = std::make_unique<TestSupport::LineClient>(folder / "door.sock");
@@ -39,7 +39,7 @@ protected:
     std::string departures;
 };
 
-TEST_F(BudgetedUnixSocketListenerTest, ThoseWithMostWaitingAreDisconnectedFirstAndTheReaderMissesNothing) {
+TEST_F(BudgetedUnixSocketListenerTest, TheLargestBacklogsAreDisconnectedFirstAndTheReaderMissesNothing) {
     const std::map<std::string, std::size_t> sizes{{"much", 30000}, {"most", 40000}, {"little", 20000}, {"reader", 10}};
     const auto frameOf = [&](const std::string& name, int number) {
         return std::to_string(number) + std::string(sizes.at(name), name.back());
@@ -62,7 +62,7 @@ TEST_F(BudgetedUnixSocketListenerTest, ThoseWithMostWaitingAreDisconnectedFirstA
         reader->sendLine("go on");
         ASSERT_EQ(reader->receiveLine(), frameOf("reader", number));
     }
-    waitFor([&] { return left == 3; });
+    waitFor([&] { return disconnections == 3; });
     for (const auto& [name, client] : silent) {
         int expected = 0;
         while (const auto line = client->receiveLine()) {
@@ -78,7 +78,7 @@ TEST_F(BudgetedUnixSocketListenerTest, ThoseWithMostWaitingAreDisconnectedFirstA
     EXPECT_EQ(backlog->size(), 0U);
 }
 
-TEST_F(BudgetedUnixSocketListenerTest, WhatIsSentAndNotFinishedCountsToo) {
+TEST_F(BudgetedUnixSocketListenerTest, UnfinishedFramesOfClientsCountToo) {
     onFrame = [&](const auto& client, const auto&) { sendTo(client, "here"); };
     std::vector<std::unique_ptr<TestSupport::LineClient>> silent;
     for (int number = 0; number < 30; ++number) {
@@ -86,7 +86,7 @@ TEST_F(BudgetedUnixSocketListenerTest, WhatIsSentAndNotFinishedCountsToo) {
         silent.back()->send(std::string(60000, 'h'));
     }
     const auto reader = connect("reader");
-    waitFor([&] { return left >= 20; });
+    waitFor([&] { return disconnections >= 20; });
     reader->sendLine("x");
     EXPECT_EQ(reader->receiveLine(), "here");
     stop();

@@ -13,32 +13,31 @@
 #include <gtest/gtest.h>
 
 #include "server/loop/EventLoop.h"
-#include "server/sockets/ListenerEvents.h"
+#include "server/sockets/Backlog.h"
+#include "server/sockets/ClientListener.h"
+#include "server/sockets/ListenerLimits.h"
 #include "support/LineReader.h"
 #include "support/TemporaryDirectory.h"
 
 namespace SettingsHost {
 
-/// Owns listeners in a test: keeps their clients, counts, and by default answers each frame in angle brackets.
-/// Listeners call on the thread of their loop.
-class ListenerRecording {
+/// Observes listeners in a test: keeps their clients, counts, and by default answers each frame in angle brackets.
+/// Listeners notify it on the thread of their loop.
+class ListenerRecording : public ClientListener {
 public:
-    ListenerEvents events() {
-        return {[this](const auto& client) {
-                    clients.push_back(client);
-                    origins += std::string(originName(client->origin())) + " ";
-                    ++arrived;
-                },
-                [this](const auto& client, DisconnectReason departure) {
-                    clients.erase(std::find(clients.begin(), clients.end(), client));
-                    tooSlow += departure == DisconnectReason::TOO_SLOW ? 1 : 0;
-                    ++left;
-                },
-                [this](const auto& client, const auto& frame) { onFrame(client, frame); },
-                [](const auto& client) { sendTo(client, "TOO LARGE"); },
-                [this](Origin) { ++refusedConnections; },
-                backlog};
+    void connected(const std::shared_ptr<Client>& client) override {
+        clients.push_back(client);
+        origins += std::string(originName(client->origin())) + " ";
+        ++connections;
     }
+    void disconnected(const std::shared_ptr<Client>& client, DisconnectReason reason) override {
+        clients.erase(std::find(clients.begin(), clients.end(), client));
+        tooSlow += reason == DisconnectReason::TOO_SLOW ? 1 : 0;
+        ++disconnections;
+    }
+    void received(const std::shared_ptr<Client>& client, const std::string& frame) override { onFrame(client, frame); }
+    void oversized(const std::shared_ptr<Client>& client) override { sendTo(client, "TOO LARGE"); }
+    void refused(Origin /*origin*/) override { ++refusedConnections; }
 
     static void sendTo(const std::shared_ptr<Client>& client, const std::string& text) {
         client->send(std::make_shared<const std::string>(text));
@@ -52,22 +51,22 @@ public:
         EXPECT_TRUE(condition());
     }
 
-    /// Of all listeners that it owns.
+    /// Of all its listeners.
     std::shared_ptr<Backlog> backlog = std::make_shared<Backlog>();
     std::vector<std::shared_ptr<Client>> clients;
-    /// Of those who arrived, in order, each with a blank after it.
+    /// Of all clients that connected, in order, each with a blank after it.
     std::string origins;
     std::function<void(const std::shared_ptr<Client>&, const std::string&)> onFrame =
         [](const auto& client, const auto& frame) { sendTo(client, "<" + frame + ">"); };
-    std::atomic<int> arrived{0};
-    std::atomic<int> left{0};
+    std::atomic<int> connections{0};
+    std::atomic<int> disconnections{0};
     std::atomic<int> tooSlow{0};
     std::atomic<int> refusedConnections{0};
 };
 
 /// A listener on a loop in a thread of its own.
 template <typename Listener>
-class ListenerTest : public ::testing::Test, protected ListenerRecording {
+class ListenerTest : public ::testing::Test, public ListenerRecording {
 protected:
     ListenerTest() { std::signal(SIGPIPE, SIG_IGN); }
     ~ListenerTest() override { stop(); }

@@ -41,8 +41,8 @@ protected:
     std::string path = folder / "passed.sock";
 };
 
-TEST_F(PassedSocketTest, OfUnixSocketsOnlyListeningStreamsWithAPathAreTaken) {
-    const std::string noListener = "the passed socket is no listening Unix stream socket";
+TEST_F(PassedSocketTest, OfUnixSocketsOnlyListeningStreamsWithAPathAreAccepted) {
+    const std::string noListener = "the passed socket is not a listening Unix stream socket";
     EXPECT_EQ(refusalOfUnix(boundUnixSocket(folder / "datagrams", SOCK_DGRAM).get()), noListener);
     EXPECT_EQ(refusalOfUnix(boundUnixSocket(folder / "deaf", SOCK_STREAM).get()), noListener);
     EXPECT_EQ(refusalOfUnix(listeningTcpSocket("127.0.0.1").get()), noListener);
@@ -50,7 +50,7 @@ TEST_F(PassedSocketTest, OfUnixSocketsOnlyListeningStreamsWithAPathAreTaken) {
     EXPECT_EQ(refusalOfUnix(-1), noListener);
     const std::string abstractName = std::string(1, '\0') + "settings-host-test-" + std::to_string(::getpid());
     EXPECT_EQ(refusalOfUnix(listeningUnixSocket(abstractName).get()),
-              "the passed socket has no path, so that everybody could connect to it");
+              "the passed socket is abstract: abstract sockets have no access control");
     const auto good = listeningUnixSocket(path);
     ::fcntl(good.get(), F_SETFD, 0);
     EXPECT_EQ(checkPassedUnixSocket(good.get()), path);
@@ -58,8 +58,8 @@ TEST_F(PassedSocketTest, OfUnixSocketsOnlyListeningStreamsWithAPathAreTaken) {
     EXPECT_EQ(::fcntl(good.get(), F_GETFD), FD_CLOEXEC);
 }
 
-TEST_F(PassedSocketTest, OfTcpSocketsOnlyListenersAtLoopbackAddressesAreTaken) {
-    const std::string noListener = "the passed socket is no listening TCP socket";
+TEST_F(PassedSocketTest, OfTcpSocketsOnlyListenersAtLoopbackAddressesAreAccepted) {
+    const std::string noListener = "the passed socket is not a listening TCP socket";
     EXPECT_EQ(refusalOfLoopback(listeningUnixSocket(path).get()), noListener);
     EXPECT_EQ(refusalOfLoopback(TestSupport::PlainSocket(::socket(AF_INET, SOCK_STREAM, 0)).get()), noListener);
     EXPECT_EQ(refusalOfLoopback(TestSupport::PlainSocket(::socket(AF_INET, SOCK_DGRAM, 0)).get()), noListener);
@@ -86,7 +86,7 @@ TEST_F(PassedSocketTest, TheFileOfAPassedSocketStays) {
     EXPECT_THROW(TestSupport::LineClient{path}, std::runtime_error) << "the descriptor was not closed";
 }
 
-TEST_F(PassedSocketTest, ADoorKnowsTheAddressOfItsPassedSocket) {
+TEST_F(PassedSocketTest, AListenerKnowsTheAddressOfItsPassedSocket) {
     for (const std::string address : {"127.0.0.1", "::1"}) {
         const auto made = listeningTcpSocket(address);
         const TcpListener listener{Descriptor(::dup(made.get()))};

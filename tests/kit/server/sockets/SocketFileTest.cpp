@@ -50,7 +50,7 @@ TEST_F(SocketFileTest, ListensPrivatelyWhateverTheMask) {
     ::umask(before);
 }
 
-TEST_F(SocketFileTest, RemovesItsSocketWhenItGoes) {
+TEST_F(SocketFileTest, RemovesItsSocketWhenItIsDestroyed) {
     { const SocketFile file(path); }
     EXPECT_FALSE(std::filesystem::exists(path));
     EXPECT_TRUE(std::filesystem::exists(folder / "run"));
@@ -67,7 +67,7 @@ TEST_F(SocketFileTest, RemovesItsSocketOnce) {
     EXPECT_NO_THROW(TestSupport::LineClient{path});
 }
 
-TEST_F(SocketFileTest, LeavesASocketThatTookItsPlace) {
+TEST_F(SocketFileTest, LeavesASocketThatReplacedIt) {
     auto first = std::make_unique<SocketFile>(path);
     std::filesystem::rename(path, path + ".moved");
     const SocketFile second(path);
@@ -87,13 +87,13 @@ TEST_F(SocketFileTest, ReplacesAStaleSocket) {
     EXPECT_NO_THROW(TestSupport::LineClient{path});
 }
 
-TEST_F(SocketFileTest, RefusesBesideALiveHost) {
+TEST_F(SocketFileTest, RefusesBesideARunningHost) {
     const SocketFile live(path);
     expectRefused(path, "another host listens");
     EXPECT_NO_THROW(TestSupport::LineClient{path});
 }
 
-TEST_F(SocketFileTest, RefusesBesideALiveHostThatHasNoTimeForNewClients) {
+TEST_F(SocketFileTest, RefusesBesideARunningHostWhoseQueueIsFull) {
     std::filesystem::create_directories(folder / "run");
     const Descriptor busy(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     sockaddr_un address{};
@@ -115,7 +115,7 @@ TEST_F(SocketFileTest, RefusesBesideALiveHostThatHasNoTimeForNewClients) {
     EXPECT_NO_THROW(TestSupport::LineClient{path}) << "its socket is still the one at the path";
 }
 
-TEST_F(SocketFileTest, HostsThatStartAtOnceLookAtTheSocketOneAfterTheOther) {
+TEST_F(SocketFileTest, HostsThatStartAtOnceCheckTheSocketOneAfterTheOther) {
     std::filesystem::create_directories(folder / "run");
     const Descriptor lock(::open((folder / "run").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     ASSERT_EQ(::flock(lock.get(), LOCK_EX), 0);
@@ -149,7 +149,7 @@ TEST_F(SocketFileTest, HostsThatStartAtOnceLookAtTheSocketOneAfterTheOther) {
     EXPECT_TRUE(listens);
 }
 
-TEST_F(SocketFileTest, NeverRemovesWhatIsNoSocket) {
+TEST_F(SocketFileTest, NeverRemovesAFileThatIsNotASocket) {
     std::filesystem::create_directory(folder / "run");
     std::ofstream(path) << "precious";
     expectRefused(path, "is no socket");
@@ -160,7 +160,7 @@ TEST_F(SocketFileTest, NeverRemovesWhatIsNoSocket) {
     EXPECT_TRUE(std::filesystem::is_symlink(path));
 }
 
-TEST_F(SocketFileTest, RefusesAFolderThatOthersCouldTamperWith) {
+TEST_F(SocketFileTest, RefusesAFolderThatIsWritableByOthers) {
     std::filesystem::create_directory(folder / "run");
     for (const mode_t mode : {0770U, 0707U, 0722U, 0777U | S_ISVTX}) {
         ::chmod((folder / "run").c_str(), mode);
@@ -172,7 +172,7 @@ TEST_F(SocketFileTest, RefusesAFolderThatOthersCouldTamperWith) {
     EXPECT_EQ(modeOf(folder / "run"), 0755U);
 }
 
-TEST_F(SocketFileTest, RefusesAFolderThatIsALinkOrNoFolder) {
+TEST_F(SocketFileTest, RefusesAFolderThatIsALinkOrAFile) {
     std::filesystem::create_directory(folder / "real");
     std::filesystem::create_directory_symlink(folder / "real", folder / "run");
     expectRefused(path, "is a link or no folder");
@@ -193,7 +193,7 @@ TEST_F(SocketFileTest, RefusesAnotherUsersFolder) {
     expectRefused(path, "belongs to another user");
 }
 
-TEST_F(SocketFileTest, SaysThatAPathIsTooLong) {
+TEST_F(SocketFileTest, RefusesAPathThatIsTooLong) {
     expectRefused(folder / std::string(120, 'x') + "/s.sock", "longer than 107 bytes");
 }
 

@@ -45,7 +45,7 @@ protected:
     int refused = 0;
 };
 
-TEST_F(TcpListenerTest, ConnectionsThatCameBeforeTheStartWait) {
+TEST_F(TcpListenerTest, ConnectionsBeforeTheStartWait) {
     TcpListener listener("127.0.0.1", 0);
     TestSupport::TcpConnection early(listener.port());
     early.send("x");
@@ -80,7 +80,7 @@ TEST_F(TcpListenerTest, ConnectionsSendWithoutDelayAlsoThoseOfAPassedSocket) {
     }
 }
 
-TEST_F(TcpListenerTest, ConnectionsAreTakenInTheOrderInWhichTheySpeakAndManyAtATime) {
+TEST_F(TcpListenerTest, ConnectionsAreAcceptedInTheOrderInWhichTheySendAndManyAtATime) {
     TcpListener listener("127.0.0.1", 0);
     constexpr std::size_t evictions = 300;
     std::vector<std::unique_ptr<TestSupport::TcpConnection>> clients;
@@ -104,7 +104,7 @@ TEST_F(TcpListenerTest, ConnectionsAreTakenInTheOrderInWhichTheySpeakAndManyAtAT
     EXPECT_LT(turns, static_cast<int>(evictions));
 }
 
-TEST_F(TcpListenerTest, ATakenPortIsRefusedInWordsAndFreeAgainAfterTheClose) {
+TEST_F(TcpListenerTest, APortInUseIsRefusedWithAMessageAndFreeAfterTheClose) {
     std::uint16_t port = 0;
     {
         TcpListener listener("127.0.0.1", 0);
@@ -127,7 +127,7 @@ TEST_F(TcpListenerTest, ATakenPortIsRefusedInWordsAndFreeAgainAfterTheClose) {
     EXPECT_THROW(TcpListener("here", port), ListenerError);
 }
 
-TEST_F(TcpListenerTest, AtTheDescriptorLimitConnectionsAreTurnedAwayAndTheNextIsServed) {
+TEST_F(TcpListenerTest, AtTheDescriptorLimitConnectionsAreRefusedAndTheNextIsServed) {
     if (TestSupport::sanitizersNeedDescriptors) {
         GTEST_SKIP();
     }
@@ -154,7 +154,7 @@ TEST_F(TcpListenerTest, AtTheDescriptorLimitConnectionsAreTurnedAwayAndTheNextIs
     EXPECT_EQ(taken.size(), 1U);
 }
 
-TEST_F(TcpListenerTest, WhenNotEvenTheSpareDescriptorHelpsConnectionsWaitAndTheLoopSleeps) {
+TEST_F(TcpListenerTest, WithoutTheSpareDescriptorConnectionsWaitAndTheLoopSleeps) {
     if (TestSupport::sanitizersNeedDescriptors) {
         GTEST_SKIP();
     }

@@ -19,7 +19,7 @@ namespace SettingsHost {
 class UnixSocketListenerTest : public ListenerTest<UnixSocketListener> {
 protected:
     UnixSocketListenerTest() {
-        serve(std::make_unique<UnixSocketListener>(loop, folder / "door.sock", Origin::DEVICE, events()));
+        serve(std::make_unique<UnixSocketListener>(loop, folder / "door.sock", Origin::DEVICE, *this, backlog));
     }
 
     std::string socketPath() { return folder / "door.sock"; }
@@ -34,7 +34,7 @@ TEST_F(UnixSocketListenerTest, AnswersFramesInOrder) {
     EXPECT_EQ(client.receiveLine(), "<three>");
 }
 
-TEST_F(UnixSocketListenerTest, AClientThatStopsSendingGetsAllItsAnswers) {
+TEST_F(UnixSocketListenerTest, AClientThatStopsSendingGetsAllItsReplies) {
     TestSupport::LineClient client(socketPath());
     std::string frames;
     std::string answers;
@@ -45,11 +45,11 @@ TEST_F(UnixSocketListenerTest, AClientThatStopsSendingGetsAllItsAnswers) {
     client.send(frames + "unfinished");
     client.finishSending();
     EXPECT_EQ(client.receiveAll(), answers);
-    waitFor([&] { return left == 1; });
+    waitFor([&] { return disconnections == 1; });
     EXPECT_EQ(tooSlow, 0);
 }
 
-TEST_F(UnixSocketListenerTest, WhatAClientSentBeforeItLeftIsTaken) {
+TEST_F(UnixSocketListenerTest, FramesSentBeforeADisconnectAreHandled) {
     std::atomic<int> taken{0};
     // Set before the client comes, and the accept orders it before the first frame.
     onFrame = [&](const auto&, const auto&) { ++taken; };
@@ -62,7 +62,7 @@ TEST_F(UnixSocketListenerTest, WhatAClientSentBeforeItLeftIsTaken) {
         client.send(frames);
     }
     waitFor([&] { return taken == 5000; });
-    waitFor([&] { return left == 1; });
+    waitFor([&] { return disconnections == 1; });
 }
 
 TEST_F(UnixSocketListenerTest, AFrameOverTheLimitIsRefusedAndTheConnectionGoesOn) {
@@ -74,7 +74,7 @@ TEST_F(UnixSocketListenerTest, AFrameOverTheLimitIsRefusedAndTheConnectionGoesOn
     EXPECT_EQ(client.receiveLine(), "<next>");
 }
 
-TEST_F(UnixSocketListenerTest, AStormHoldsNobodyUp) {
+TEST_F(UnixSocketListenerTest, ABurstDoesNotDelayOtherClients) {
     std::atomic<int> stormFrames{0};
     std::atomic<bool> calmHasAsked{false};
     onFrame = [&](const auto& client, const auto& frame) {
@@ -104,7 +104,7 @@ TEST_F(UnixSocketListenerTest, AStormHoldsNobodyUp) {
     waitFor([&] { return stormFrames == 100000; });
 }
 
-TEST_F(UnixSocketListenerTest, ATurnOfFramesThatTakeLongIsOneFrame) {
+TEST_F(UnixSocketListenerTest, ATurnOfSlowFramesIsOneFrame) {
     std::atomic<int> stormFrames{0};
     std::atomic<bool> calmHasAsked{false};
     onFrame = [&](const auto& client, const auto& frame) {
@@ -119,11 +119,11 @@ TEST_F(UnixSocketListenerTest, ATurnOfFramesThatTakeLongIsOneFrame) {
     };
     TestSupport::LineClient calm(socketPath());
     TestSupport::LineClient storm(socketPath());
-    waitFor([&] { return arrived == 2; });
+    waitFor([&] { return connections == 2; });
     storm.send("a\nb\nc\nd\ne\nf\ng\nh\n");
     calm.sendLine("calm");
     calmHasAsked = true;
-    // Whoever comes first, the storm had no more than the frame it was at, and one turn after it.
+    // In either order, the burst had no more than its current frame and one turn after it.
     EXPECT_LE(std::stoi(calm.receiveLine().value_or("99")), 2);
     waitFor([&] { return stormFrames == 8; });
 }
@@ -142,17 +142,17 @@ TEST_F(UnixSocketListenerTest, AClientThatDoesNotReadIsDisconnectedWithoutAGap) 
             }
             ++sent;
         }
-        leftDuringSend = left.load();
+        leftDuringSend = disconnections.load();
         sendTo(asking, "sent");
     };
     TestSupport::LineClient slow(socketPath());
-    waitFor([&] { return arrived == 1; });
+    waitFor([&] { return connections == 1; });
     TestSupport::LineClient asking(socketPath());
     asking.sendLine("flood");
     EXPECT_EQ(asking.receiveLine(), "sent");
-    waitFor([&] { return left == 1; });
+    waitFor([&] { return disconnections == 1; });
     EXPECT_EQ(tooSlow, 1);
-    EXPECT_EQ(leftDuringSend, 0) << "only the loop tells";
+    EXPECT_EQ(leftDuringSend, 0) << "only the loop notifies";
     int expected = 0;
     while (const auto line = slow.receiveLine()) {
         ASSERT_EQ(*line, std::to_string(expected) + " " + *frame);
@@ -163,7 +163,7 @@ TEST_F(UnixSocketListenerTest, AClientThatDoesNotReadIsDisconnectedWithoutAGap) 
     EXPECT_GT(expected * 10000, 100000) << "it was given a chance";
 }
 
-TEST_F(UnixSocketListenerTest, AClientThatReadsMayBeSentMoreThanMayWaitAndOtherFramesMeanwhile) {
+TEST_F(UnixSocketListenerTest, AReadingClientMayBeSentAFrameOverTheLimitOfItsBacklogAndMoreFrames) {
     const std::string large(3 * maximumWaiting, 'l');
     onFrame = [&](const auto& client, const auto&) {
         sendTo(client, large);
@@ -180,7 +180,7 @@ TEST_F(UnixSocketListenerTest, AClientThatReadsMayBeSentMoreThanMayWaitAndOtherF
     EXPECT_EQ(tooSlow, 0);
 }
 
-TEST_F(UnixSocketListenerTest, NothingMoreIsReadFromAClientThatDoesNotReadThanFillsABuffer) {
+TEST_F(UnixSocketListenerTest, OfAClientThatDoesNotReadNoMoreThanABufferIsRead) {
     constexpr std::size_t tooMuch = 1024UL * 1024UL;
     constexpr int smallBuffer = 4096;
     const std::string answer(20000, 'a');
@@ -218,10 +218,10 @@ TEST_F(UnixSocketListenerTest, NothingMoreIsReadFromAClientThatDoesNotReadThanFi
     afterTurnsOfTheLoop(1000);
     sendWhatIsTaken();
     EXPECT_EQ(taken, before);
-    EXPECT_EQ(left, 0);
+    EXPECT_EQ(disconnections, 0);
 }
 
-TEST_F(UnixSocketListenerTest, AStormGetsNoMoreTurnsTheLongerItLasts) {
+TEST_F(UnixSocketListenerTest, ALongBurstGetsNoMoreTurnsThanAShortOne) {
     /// Frames that came between two moments at which the loop looks for something to read.
     class Rounds : public UvHandle<uv_prepare_t, Rounds> {
     public:
@@ -259,7 +259,7 @@ TEST_F(UnixSocketListenerTest, AStormGetsNoMoreTurnsTheLongerItLasts) {
     EXPECT_LE(mostAtOnce, 2 * UnixSocketListener::framesPerTurn);
 }
 
-TEST_F(UnixSocketListenerTest, FramesOfAllSizesComeWholeAndInOrderToAllWhoReadThemLate) {
+TEST_F(UnixSocketListenerTest, FramesOfAllSizesComeWholeAndInOrderToAllLateReaders) {
     std::vector<std::string> frames;
     for (int number = 0; number < 5; ++number) {
         for (const std::size_t size : {1UL, 30000UL, Wire::maximumFrameSize, Wire::maximumFrameSize + 1}) {
@@ -278,7 +278,7 @@ TEST_F(UnixSocketListenerTest, FramesOfAllSizesComeWholeAndInOrderToAllWhoReadTh
     for (int number = 0; number < 3; ++number) {
         readers.push_back(std::make_unique<TestSupport::LineClient>(socketPath()));
     }
-    waitFor([&] { return arrived == 3; });
+    waitFor([&] { return connections == 3; });
     readers.front()->sendLine("now");
     for (const auto& reader : readers) {
         for (const auto& frame : frames) {
@@ -287,7 +287,7 @@ TEST_F(UnixSocketListenerTest, FramesOfAllSizesComeWholeAndInOrderToAllWhoReadTh
     }
 }
 
-TEST_F(UnixSocketListenerTest, AClientMayAskMuchBeforeItReadsAnything) {
+TEST_F(UnixSocketListenerTest, AClientMaySendManyRequestsBeforeItReads) {
     const std::string answer(5000, 'a');
     onFrame = [&](const auto& client, const auto& frame) { sendTo(client, frame + answer); };
     TestSupport::LineClient client(socketPath());
@@ -304,7 +304,7 @@ TEST_F(UnixSocketListenerTest, AClientMayAskMuchBeforeItReadsAnything) {
     EXPECT_TRUE(client.closedByPeer());
 }
 
-TEST_F(UnixSocketListenerTest, WhatAClientAskedIsDoneEvenIfItLeavesWithoutReading) {
+TEST_F(UnixSocketListenerTest, RequestsAreHandledEvenIfTheClientDisconnectsWithoutReading) {
     std::atomic<int> taken{0};
     onFrame = [&](const auto& client, const auto&) {
         ++taken;
@@ -319,14 +319,14 @@ TEST_F(UnixSocketListenerTest, WhatAClientAskedIsDoneEvenIfItLeavesWithoutReadin
         client.send(frames);
     }
     waitFor([&] { return taken == 1000; });
-    waitFor([&] { return left == 1; });
+    waitFor([&] { return disconnections == 1; });
 }
 
-TEST_F(UnixSocketListenerTest, StoppingSendsWhatWaitsAndRemovesTheSocket) {
+TEST_F(UnixSocketListenerTest, StoppingDrainsClientsAndRemovesTheSocket) {
     onFrame = [&](const auto& client, const auto&) { sendTo(client, std::string(500000, 'x')); };
     TestSupport::LineClient client(socketPath());
     client.sendLine("x");
-    waitFor([&] { return arrived == 1; });
+    waitFor([&] { return connections == 1; });
     char byte = 0;
     ASSERT_EQ(::recv(client.descriptor(), &byte, 1, MSG_PEEK), 1);
     std::string rest;
@@ -347,13 +347,13 @@ TEST_F(UnixSocketListenerTest, StoppingDoesNotWaitForAClientThatDoesNotRead) {
     EXPECT_LT(client.receiveAll().size(), 900000U);
 }
 
-TEST_F(UnixSocketListenerTest, MoreClientsThanItTakesAreToldSoAndThereIsRoomAgainWhenOneLeaves) {
+TEST_F(UnixSocketListenerTest, ClientsOverTheLimitAreRefusedUntilOneDisconnects) {
     const std::string refusal =
         R"({"error":{"code":"too-many-clients","message":"the host has no room for one more client"}})"
         "\n";
-    std::vector<std::unique_ptr<TestSupport::LineClient>> inside;
+    std::vector<std::unique_ptr<TestSupport::LineClient>> connected;
     for (std::size_t number = 0; number < maximumClients; ++number) {
-        inside.push_back(std::make_unique<TestSupport::LineClient>(socketPath()));
+        connected.push_back(std::make_unique<TestSupport::LineClient>(socketPath()));
     }
     for (int number = 1; number <= 20; ++number) {
         TestSupport::LineClient outside(socketPath());
@@ -362,16 +362,16 @@ TEST_F(UnixSocketListenerTest, MoreClientsThanItTakesAreToldSoAndThereIsRoomAgai
         EXPECT_TRUE(outside.closedByPeer());
         EXPECT_EQ(refusedConnections, number);
     }
-    EXPECT_EQ(arrived, static_cast<int>(maximumClients));
-    for (const auto& client : inside) {
+    EXPECT_EQ(connections, static_cast<int>(maximumClients));
+    for (const auto& client : connected) {
         client->sendLine("x");
         EXPECT_EQ(client->receiveLine(), "<x>");
     }
-    inside.pop_back();
-    waitFor([&] { return left == 1; });
-    inside.push_back(std::make_unique<TestSupport::LineClient>(socketPath()));
-    inside.back()->sendLine("y");
-    EXPECT_EQ(inside.back()->receiveLine(), "<y>");
+    connected.pop_back();
+    waitFor([&] { return disconnections == 1; });
+    connected.push_back(std::make_unique<TestSupport::LineClient>(socketPath()));
+    connected.back()->sendLine("y");
+    EXPECT_EQ(connected.back()->receiveLine(), "<y>");
 }
 
 TEST_F(UnixSocketListenerTest, ManyClientsComeAndGo) {
@@ -385,7 +385,7 @@ TEST_F(UnixSocketListenerTest, ManyClientsComeAndGo) {
             EXPECT_EQ(many[static_cast<std::size_t>(number)]->receiveLine(), "<" + std::to_string(number) + ">");
         }
     }
-    waitFor([&] { return left == 300; });
+    waitFor([&] { return disconnections == 300; });
 }
 
 }  // namespace SettingsHost

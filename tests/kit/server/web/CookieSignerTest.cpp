@@ -36,7 +36,7 @@ TEST(CookieSignerTest, SignsTheTimeOfIssue) {
               "1700000000.39ed3598c145f88463b7ba0b3161ab6563208d7c9c28d57603f8e1e1a565fb93");
 }
 
-TEST(CookieSignerTest, ACookieIsWorthlessAfterThirtyDays) {
+TEST(CookieSignerTest, ACookieExpiresAfterThirtyDays) {
     const CookieSigner signer("secret");
     const std::string cookie = signer.issue(issued);
     EXPECT_TRUE(signer.isValid(cookie, issued));
@@ -70,7 +70,7 @@ TEST(CookieSignerTest, NothingElseIsValid) {
     EXPECT_FALSE(signer.isValid(changed, issued));
 }
 
-TEST(CookieSignerTest, SecretsAreComparedToTheirEndWhereverTheyDiffer) {
+TEST(CookieSignerTest, SecretsAreComparedInConstantTime) {
     compared.clear();
     EXPECT_TRUE(isSameSecret("0123456789", "0123456789"));
     EXPECT_FALSE(isSameSecret("x123456789", "0123456789"));
@@ -84,7 +84,7 @@ TEST(CookieSignerTest, SecretsAreComparedToTheirEndWhereverTheyDiffer) {
     EXPECT_EQ(compared, std::vector<std::uint32_t>{static_cast<std::uint32_t>(cookie.size())});
 }
 
-TEST(CookieSignerTest, TheKeyIsComparedLikeThat) {
+TEST(CookieSignerTest, TheKeyIsComparedInConstantTime) {
     const WebAccess access(parseWebAddress("127.0.0.1:8097"), "", "thekey", "secret");
     WebVisitor visitor;
     visitor.key = "xhekey";

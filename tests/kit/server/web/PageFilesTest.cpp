@@ -66,7 +66,7 @@ TEST_F(PageFilesTest, NothingElseCanBeNamed) {
     EXPECT_EQ(PageFiles().find("/"), nullptr);
 }
 
-TEST_F(PageFilesTest, SaysWhyAFolderIsUnusable) {
+TEST_F(PageFilesTest, ReportsWhyAFolderIsUnusable) {
     std::filesystem::resize_file(folder / "pages/assets/main-1.js", PageFiles::maximumSize + 1);
     EXPECT_EQ(failure(), "the pages' folder " + (folder / "pages") + " holds more than 16 MiB");
     std::filesystem::remove(folder / "pages/assets/main-1.js");

@@ -10,7 +10,7 @@ using TestSupport::HttpResponse;
 using TestSupport::TcpConnection;
 using TestSupport::WebSocket;
 
-/// Connections without key or cookie. The port is so patient that none of them goes because of the time.
+/// Connections without key or cookie. Its timeouts are so long that none of them expires.
 class UnauthenticatedConnectionsTest : public WebServerTest {
 protected:
     UnauthenticatedConnectionsTest() : WebServerTest(600) {}
@@ -34,7 +34,7 @@ protected:
         return evictions;
     }
 
-    /// Keeps the loop busy until `release`: what comes meanwhile waits for it. Whoever asks is let in.
+    /// Keeps the loop busy until `release`: what comes meanwhile waits for it. The request that does it shows the key.
     void hold() {
         onOpen = [this, busy = &isBusy, free = isFree.get_future().share()] {
             if (!wasBusy.exchange(true)) {
@@ -109,19 +109,19 @@ TEST_F(UnauthenticatedConnectionsTest, WhatTheOldestHasSentIsReadBeforeItMakesRo
     EXPECT_EQ(socket->receive(9), "\x81\x07<hello>");
 }
 
-TEST_F(UnauthenticatedConnectionsTest, WhoHasShownKeyOrCookieIsNoStranger) {
+TEST_F(UnauthenticatedConnectionsTest, AConnectionThatHasShownKeyOrCookieIsNotEvicted) {
     TcpConnection withKey(port);
     EXPECT_EQ(askHttp(withKey, "GET /?key=thekey HTTP/1.1\r\n" + host()).status, 200);
     TcpConnection withCookie(port);
     EXPECT_EQ(askHttp(withCookie, "GET /none HTTP/1.1\r\n" + host() + cookie() + "\r\n").status, 404);
-    TcpConnection figures(port);
-    EXPECT_EQ(askHttp(figures, "GET /open HTTP/1.1\r\n" + host()).status, 503);
+    TcpConnection endpoint(port);
+    EXPECT_EQ(askHttp(endpoint, "GET /open HTTP/1.1\r\n" + host()).status, 503);
     TcpConnection refused(port);
     EXPECT_EQ(askHttp(refused, "GET / HTTP/1.1\r\n" + host()).status, 403);
     WebSocket socket(port, "/settings?key=thekey", "settings.v1");
     const auto evictions = unauthenticated(3 * places);
     waitFor([&] { return refusedConnections == 2 + 2 * static_cast<int>(places); });
-    expectClosed(figures);
+    expectClosed(endpoint);
     expectClosed(refused);
     EXPECT_EQ(askHttp(withKey, "GET / HTTP/1.1\r\n" + host()).status, 403)
         << "it is there, though it shows nothing now";
@@ -130,24 +130,24 @@ TEST_F(UnauthenticatedConnectionsTest, WhoHasShownKeyOrCookieIsNoStranger) {
     EXPECT_EQ(socket.receiveText(), "<x>");
 }
 
-TEST_F(UnauthenticatedConnectionsTest, WhenAllPlacesAreTakenByThoseInsideTheNewOneIsClosed) {
-    std::vector<std::unique_ptr<WebSocket>> inside;
-    while (inside.size() < maximumClients) {
-        inside.push_back(std::make_unique<WebSocket>(port, "/settings?key=thekey", "settings.v1"));
-        ASSERT_EQ(inside.back()->status(), 101) << inside.size();
+TEST_F(UnauthenticatedConnectionsTest, ANewConnectionIsClosedWhenAllOthersAreAuthenticated) {
+    std::vector<std::unique_ptr<WebSocket>> sockets;
+    while (sockets.size() < maximumClients) {
+        sockets.push_back(std::make_unique<WebSocket>(port, "/settings?key=thekey", "settings.v1"));
+        ASSERT_EQ(sockets.back()->status(), 101) << sockets.size();
     }
     expectClosed(*unauthenticated());
     waitFor([&] { return refusedConnections == 1; });
-    inside.pop_back();
-    waitFor([&] { return left == 1; });
+    sockets.pop_back();
+    waitFor([&] { return disconnections == 1; });
     waitFor([&] { return httpGet(port, "/open").status == 503; });
-    for (const auto& socket : inside) {
+    for (const auto& socket : sockets) {
         socket->sendText("x");
         EXPECT_EQ(socket->receiveText(), "<x>");
     }
 }
 
-TEST_F(UnauthenticatedConnectionsTest, AStrangerThatDoesNotReadItsAnswersKeepsNoPlace) {
+TEST_F(UnauthenticatedConnectionsTest, AConnectionThatDoesNotReadItsAnswersIsEvicted) {
     std::vector<std::unique_ptr<TcpConnection>> deaf;
     // More answers than the kernel keeps for it.
     std::string requests;
@@ -164,7 +164,7 @@ TEST_F(UnauthenticatedConnectionsTest, AStrangerThatDoesNotReadItsAnswersKeepsNo
     EXPECT_EQ(httpGet(port, "/?key=thekey").status, 200);
 }
 
-TEST_F(UnauthenticatedConnectionsTest, OneLineOfTheLogTellsOfACrowd) {
+TEST_F(UnauthenticatedConnectionsTest, ManyEvictionsAreLoggedInOneLine) {
     const auto evictions = unauthenticated(10 * places);
     waitFor([&] { return refusedConnections == 9 * static_cast<int>(places); });
     stop();

@@ -41,7 +41,7 @@ protected:
     const std::string cookie = CookieSigner("thesecret").issue(now);
 };
 
-TEST_F(WebAccessTest, TakesItsOwnNamesOnly) {
+TEST_F(WebAccessTest, AllowsOnlyItsOwnHosts) {
     for (const auto* good : {"127.0.0.1:8097", "localhost:8097", "LocalHost:8097"}) {
         EXPECT_TRUE(access.isFromHere(visitor(good))) << good;
     }
@@ -52,7 +52,7 @@ TEST_F(WebAccessTest, TakesItsOwnNamesOnly) {
     EXPECT_FALSE(access.isFromHere(WebVisitor()));
 }
 
-TEST_F(WebAccessTest, TakesPagesOfItsOwnAndOfTheAllowedOriginOnly) {
+TEST_F(WebAccessTest, AllowsOnlyItsOwnOriginsAndTheAllowedOne) {
     for (const auto* good : {"http://127.0.0.1:8097", "http://localhost:8097", "http://localhost:5173"}) {
         EXPECT_TRUE(access.isFromHere(fromOrigin(good))) << good;
     }
@@ -82,7 +82,7 @@ TEST_F(WebAccessTest, KnowsTheNamesOfOtherAddresses) {
     EXPECT_TRUE(usual.isFromHere(visitor("localhost:80")));
 }
 
-TEST_F(WebAccessTest, AdmitsWhoeverHasTheKeyOrTheCookie) {
+TEST_F(WebAccessTest, AdmitsVisitorsWithKeyOrCookie) {
     EXPECT_TRUE(access.isAdmitted(withKey("thekey")));
     EXPECT_TRUE(access.isAdmitted(withCookies("settings-8097=" + cookie)));
     EXPECT_TRUE(access.isAdmitted(withCookies("a=b; settings-8097=" + cookie + "; c=d")));
@@ -106,7 +106,7 @@ TEST_F(WebAccessTest, GivesTheCookieForTheKeyAlone) {
     EXPECT_EQ(access.cookieFor(withCookies("settings-8097=" + cookie)), "") << "it is not renewed";
 }
 
-TEST_F(WebAccessTest, ACookieOpensForThirtyDaysAndAKeyForAsLongAsItIsTheKey) {
+TEST_F(WebAccessTest, ACookieIsValidForThirtyDaysAndAKeyUntilItIsReplaced) {
     const WebVisitor returning = withCookies("settings-8097=" + cookie);
     constexpr std::int64_t day = 24 * 60 * 60;
     now += 30 * day - 1;
@@ -117,7 +117,7 @@ TEST_F(WebAccessTest, ACookieOpensForThirtyDaysAndAKeyForAsLongAsItIsTheKey) {
     EXPECT_NE(access.cookieFor(withKey("thekey")).find(CookieSigner("thesecret").issue(now)), std::string::npos);
 }
 
-TEST_F(WebAccessTest, ANewKeyMakesTheOldOneAndItsCookiesWorthless) {
+TEST_F(WebAccessTest, ANewKeyInvalidatesTheOldOneAndItsCookies) {
     access.replace("newkey", "newsecret");
     EXPECT_FALSE(access.isAdmitted(withKey("thekey")));
     EXPECT_FALSE(access.isAdmitted(withCookies("settings-8097=" + cookie)));
@@ -126,7 +126,7 @@ TEST_F(WebAccessTest, ANewKeyMakesTheOldOneAndItsCookiesWorthless) {
     EXPECT_TRUE(access.isAdmitted(withCookies("settings-8097=" + CookieSigner("newsecret").issue(now))));
 }
 
-TEST(RandomHexTest, IsOfTheAskedLengthAndNeverTheSame) {
+TEST(RandomHexTest, HasTheRequestedLengthAndIsNeverTheSame) {
     std::set<std::string> seen;
     for (int round = 0; round < 100; ++round) {
         const std::string text = randomHex(16);

@@ -12,20 +12,20 @@ TEST(WebAddressTest, ReadsLoopbackAddresses) {
     EXPECT_EQ(parseWebAddress("[::1]:65535").text(), "[::1]:65535");
 }
 
-TEST(WebAddressTest, RefusesEverythingElseInWords) {
+TEST(WebAddressTest, RefusesEverythingElseWithAMessage) {
     const std::map<std::string, std::string> refusals{
-        {"0.0.0.0:8097", "'0.0.0.0' is no loopback address, such as 127.0.0.1"},
-        {"192.168.1.2:8097", "'192.168.1.2' is no loopback address, such as 127.0.0.1"},
-        {"[::]:8097", "'::' is no loopback address, such as 127.0.0.1"},
-        {"[::ffff:127.0.0.1]:1", "'::ffff:127.0.0.1' is no loopback address, such as 127.0.0.1"},
-        {"example:80", "'example' is no loopback address, such as 127.0.0.1"},
-        {":80", "'' is no loopback address, such as 127.0.0.1"},
+        {"0.0.0.0:8097", "'0.0.0.0' is not a loopback address, such as 127.0.0.1"},
+        {"192.168.1.2:8097", "'192.168.1.2' is not a loopback address, such as 127.0.0.1"},
+        {"[::]:8097", "'::' is not a loopback address, such as 127.0.0.1"},
+        {"[::ffff:127.0.0.1]:1", "'::ffff:127.0.0.1' is not a loopback address, such as 127.0.0.1"},
+        {"example:80", "'example' is not a loopback address, such as 127.0.0.1"},
+        {":80", "'' is not a loopback address, such as 127.0.0.1"},
         {"::1:80", "'::1' needs brackets, as in [::1]:8097"},
         {"127.0.0.1", "'127.0.0.1' lacks a port, as in 127.0.0.1:8097"},
-        {"127.0.0.1:", "'' is no port, which is a number from 0 to 65535"},
-        {"127.0.0.1:65536", "'65536' is no port, which is a number from 0 to 65535"},
-        {"127.0.0.1:-1", "'-1' is no port, which is a number from 0 to 65535"},
-        {"127.0.0.1:000080", "'000080' is no port, which is a number from 0 to 65535"},
+        {"127.0.0.1:", "'' is not a port, a number from 0 to 65535"},
+        {"127.0.0.1:65536", "'65536' is not a port, a number from 0 to 65535"},
+        {"127.0.0.1:-1", "'-1' is not a port, a number from 0 to 65535"},
+        {"127.0.0.1:000080", "'000080' is not a port, a number from 0 to 65535"},
     };
     for (const auto& [text, message] : refusals) {
         try {

@@ -7,43 +7,43 @@ class WebConnectionsTest : public ::testing::Test {
 protected:
     lws* connection(std::size_t number) { return reinterpret_cast<lws*>(&places.at(number)); }
 
-    void arrive(std::size_t count) {
+    void open(std::size_t count) {
         for (std::size_t number = 0; number < count; ++number) {
-            connections.arrived(connection(arrived++));
+            connections.opened(connection(opened++));
         }
     }
-    void arriveAsGuests(std::size_t count) {
+    void openAuthenticated(std::size_t count) {
         for (std::size_t number = 0; number < count; ++number) {
-            arrive(1);
-            connections.authenticate(connection(arrived - 1));
+            open(1);
+            connections.authenticate(connection(opened - 1));
         }
     }
 
     std::vector<char> places = std::vector<char>(300);
-    std::size_t arrived = 0;
+    std::size_t opened = 0;
     WebConnections connections;
 };
 
-TEST_F(WebConnectionsTest, HasRoomForThirtyTwoStrangers) {
-    arrive(31);
+TEST_F(WebConnectionsTest, HasRoomForThirtyTwoUnauthenticatedConnections) {
+    open(31);
     EXPECT_TRUE(connections.haveRoom());
-    arrive(1);
+    open(1);
     EXPECT_FALSE(connections.haveRoom());
     connections.authenticate(connection(5));
     EXPECT_TRUE(connections.haveRoom());
-    arrive(1);
+    open(1);
     EXPECT_FALSE(connections.haveRoom());
-    connections.left(connection(5));
-    EXPECT_FALSE(connections.haveRoom()) << "it was no stranger any more";
-    connections.left(connection(6));
+    connections.closed(connection(5));
+    EXPECT_FALSE(connections.haveRoom()) << "it was authenticated";
+    connections.closed(connection(6));
     EXPECT_TRUE(connections.haveRoom());
 }
 
-TEST_F(WebConnectionsTest, OfAHundredAndTwentyEightMayAllBeGuests) {
-    arriveAsGuests(100);
-    arrive(27);
+TEST_F(WebConnectionsTest, AllOfAHundredAndTwentyEightMayBeAuthenticated) {
+    openAuthenticated(100);
+    open(27);
     EXPECT_TRUE(connections.haveRoom());
-    arrive(1);
+    open(1);
     EXPECT_FALSE(connections.haveRoom());
     EXPECT_EQ(connections.oldestUnauthenticated(), connection(100));
     for (std::size_t number = 100; number < 128; ++number) {
@@ -53,23 +53,23 @@ TEST_F(WebConnectionsTest, OfAHundredAndTwentyEightMayAllBeGuests) {
     EXPECT_EQ(connections.oldestUnauthenticated(), nullptr);
 }
 
-TEST_F(WebConnectionsTest, KnowsTheOldestStranger) {
+TEST_F(WebConnectionsTest, KnowsTheOldestUnauthenticatedConnection) {
     EXPECT_EQ(connections.oldestUnauthenticated(), nullptr);
-    arrive(4);
+    open(4);
     connections.authenticate(connection(0));
     EXPECT_EQ(connections.oldestUnauthenticated(), connection(1));
-    connections.left(connection(1));
+    connections.closed(connection(1));
     EXPECT_EQ(connections.oldestUnauthenticated(), connection(2));
     EXPECT_FALSE(connections.isUnauthenticated(connection(0)));
     EXPECT_TRUE(connections.isUnauthenticated(connection(3)));
-    // Who is gone is not authenticate.
+    // A closed connection is not authenticated.
     connections.authenticate(connection(1));
     connections.forgetAuthentication([](lws*) { return false; });
     EXPECT_FALSE(connections.isUnauthenticated(connection(1)));
 }
 
-TEST_F(WebConnectionsTest, GuestsBecomeStrangersWhenWhatTheyShowedIsWorthless) {
-    arriveAsGuests(40);
+TEST_F(WebConnectionsTest, ForgettingAuthenticationKeepsOnlyTheGivenOnes) {
+    openAuthenticated(40);
     connections.forgetAuthentication([this](lws* authenticated) { return authenticated == connection(7); });
     EXPECT_FALSE(connections.haveRoom());
     EXPECT_FALSE(connections.isUnauthenticated(connection(7)));

@@ -32,7 +32,7 @@ protected:
                        }},
                       {"/long", [] { return plainAnswer(200, std::string(15000, 'x')); }}},
                      timeoutSeconds};
-        auto made = std::make_unique<WebServer>(loop, std::move(tcp), std::move(site), events(), events());
+        auto made = std::make_unique<WebServer>(loop, std::move(tcp), std::move(site), *this, *this, backlog);
         webServer = made.get();
         serve(std::move(made));
     }

@@ -13,7 +13,7 @@ using TestSupport::httpGet;
 using TestSupport::HttpResponse;
 using TestSupport::WebSocket;
 
-TEST_F(WebServerTest, PingsAfterFifteenSecondsUnlessToldOtherwise) {
+TEST_F(WebServerTest, PingsAfterFifteenSecondsByDefault) {
     const WebSite site{WebAccess({"127.0.0.1", port}, "", "k", "c"), PageFiles(), {}};
     EXPECT_EQ(site.timeoutSeconds, 15);
 }
@@ -34,13 +34,13 @@ TEST_F(WebServerTest, TheKeyOpensThePagesAndTheCookieOpensThemAgain) {
     EXPECT_EQ(httpGet(port, "/none", {cookie()}).status, 404);
 }
 
-TEST_F(WebServerTest, ANewKeyLocksOutWhoeverCameWithTheOldOne) {
+TEST_F(WebServerTest, ANewKeyClosesConnectionsThatCameWithTheOldOne) {
     WebSocket withKey(port, "/settings?key=thekey", "settings.v1");
     WebSocket withCookie(port, "/device", "device.v1", {cookie()});
     WebSocket deaf(port, "/settings?key=thekey", "settings.v1", {}, 4096);
-    waitFor([&] { return arrived == 3; });
+    waitFor([&] { return connections == 3; });
     WebSocket slow(port, "/settings?key=thekey", "settings.v1", {}, 4096);
-    waitFor([&] { return arrived == 4; });
+    waitFor([&] { return connections == 4; });
     const std::string old = cookie();
     int opened = 0;
     onOpen = [&] {
@@ -61,7 +61,7 @@ TEST_F(WebServerTest, ANewKeyLocksOutWhoeverCameWithTheOldOne) {
     EXPECT_EQ(withCookie.receive().value_or(WebSocket::Message()).closeStatus(), 4401);
     EXPECT_EQ(slow.receive().value_or(WebSocket::Message()).closeStatus(), 4401) << "after a part of its message";
     withKey.sendText("x");
-    waitFor([&] { return left == 4; });
+    waitFor([&] { return disconnections == 4; });
     EXPECT_EQ(tooSlow, 0);
     EXPECT_EQ(httpGet(port, "/?key=thekey").status, 403);
     EXPECT_EQ(httpGet(port, "/", {old}).status, 403);
@@ -93,7 +93,7 @@ TEST_F(WebServerTest, ForeignHostsAndOriginsGetNothing) {
         EXPECT_EQ(WebSocket(port, "/settings?key=thekey", "settings.v1", {header}).status(), 403) << header;
     }
     EXPECT_EQ(openAnswers, 0);
-    EXPECT_EQ(arrived, 0);
+    EXPECT_EQ(connections, 0);
     EXPECT_EQ(httpGet(port, "/open", {"Origin: http://localhost:5173"}).status, 503);
 }
 
@@ -153,7 +153,7 @@ TEST_F(WebServerTest, AWebSocketNeedsItsPathAndSubprotocol) {
     EXPECT_EQ(device.status(), 101);
     WebSocket choosing(port, "/device?key=thekey", "other, device.v1,settings.v1");
     EXPECT_EQ(choosing.answer().headers.at("sec-websocket-protocol"), "device.v1");
-    waitFor([&] { return arrived == 3; });
+    waitFor([&] { return connections == 3; });
     EXPECT_EQ(origins, "page device device ");
     EXPECT_EQ(WebSocket(port, "/settings", "settings.v1").status(), 403);
     EXPECT_EQ(WebSocket(port, "/settings?key=thekex", "settings.v1").status(), 403);
@@ -170,10 +170,10 @@ TEST_F(WebServerTest, AWebSocketNeedsItsPathAndSubprotocol) {
         WebSocket socket(port, path, protocol, {cookie()});
         EXPECT_EQ(socket.status(), 400) << path << " " << protocol;
     }
-    EXPECT_EQ(arrived, 3);
+    EXPECT_EQ(connections, 3);
 }
 
-TEST_F(WebServerTest, MessagesAreFramesHoweverTheyWereCut) {
+TEST_F(WebServerTest, MessagesAreFramesHoweverTheyWereFragmented) {
     WebSocket socket(port, "/settings?key=thekey", "settings.v1");
     socket.sendText("one");
     socket.sendFrame(1, "t", false);
@@ -209,19 +209,19 @@ TEST_F(WebServerTest, ABinaryMessageClosesWith1003) {
     EXPECT_EQ(socket.receive().value_or(WebSocket::Message()).closeStatus(), 1003);
 }
 
-TEST_F(WebServerTest, WhatComesAfterTheFarewellIsNoFrame) {
+TEST_F(WebServerTest, DataAfterACloseFrameIsIgnored) {
     std::atomic<int> frames{0};
     onFrame = [&](const auto&, const auto&) { ++frames; };
     WebSocket socket(port, "/settings?key=thekey", "settings.v1");
-    const std::string farewell = WebSocket::frameBytes(8, "\x03\xe8", true);
-    socket.sendRaw(WebSocket::frameBytes(1, "before", true) + farewell + WebSocket::frameBytes(1, "after", true) +
+    const std::string closeFrame = WebSocket::frameBytes(8, "\x03\xe8", true);
+    socket.sendRaw(WebSocket::frameBytes(1, "before", true) + closeFrame + WebSocket::frameBytes(1, "after", true) +
                    WebSocket::frameBytes(1, std::string(300, 'x'), true));
     EXPECT_EQ(socket.receive().value_or(WebSocket::Message()).closeStatus(), 1000);
-    waitFor([&] { return left == 1; });
+    waitFor([&] { return disconnections == 1; });
     EXPECT_EQ(frames, 1);
 }
 
-TEST_F(WebServerTest, AClientMayAskMuchBeforeItReadsAnything) {
+TEST_F(WebServerTest, AClientMaySendManyRequestsBeforeItReads) {
     const std::string answer(5000, 'a');
     onFrame = [&](const auto& client, const auto& frame) { sendTo(client, frame + answer); };
     WebSocket socket(port, "/settings?key=thekey", "settings.v1", {}, 4096);
@@ -234,10 +234,10 @@ TEST_F(WebServerTest, AClientMayAskMuchBeforeItReadsAnything) {
         ASSERT_EQ(socket.receiveText(), std::to_string(number) + answer);
     }
     writer.join();
-    EXPECT_EQ(left, 0);
+    EXPECT_EQ(disconnections, 0);
 }
 
-TEST_F(WebServerTest, AClientThatReadsSlowlyIsNotTakenForOneThatIsGone) {
+TEST_F(WebServerTest, AClientThatReadsSlowlyIsNotTimedOut) {
     const std::string answer(5000, 'a');
     onFrame = [&](const auto& client, const auto& frame) { sendTo(client, frame + answer); };
     WebSocket socket(port, "/settings?key=thekey", "settings.v1", {}, 4096);
@@ -270,11 +270,11 @@ TEST_F(WebServerTest, AClientThatDoesNotReadIsDroppedAfterAllThatItWasSent) {
         sendTo(asking, "sent");
     };
     WebSocket slow(port, "/settings?key=thekey", "settings.v1", {}, 4096);
-    waitFor([&] { return arrived == 1; });
+    waitFor([&] { return connections == 1; });
     WebSocket asking(port, "/settings?key=thekey", "settings.v1");
     asking.sendText("flood");
     EXPECT_EQ(asking.receiveText(), "sent");
-    waitFor([&] { return left == 1; });
+    waitFor([&] { return disconnections == 1; });
     EXPECT_EQ(tooSlow, 1);
     int expected = 0;
     while (const auto text = slow.receiveText()) {
@@ -289,17 +289,17 @@ TEST_F(WebServerTest, AClientThatAnswersNoPingIsDroppedAndOneThatDoesStays) {
     WebSocket silent(port, "/settings?key=thekey", "settings.v1");
     WebSocket answering(port, "/settings?key=thekey", "settings.v1");
     silent.answerPings = false;
-    std::thread patient([&] { EXPECT_EQ(answering.receiveText(), "<still here>"); });
+    std::thread reader([&] { EXPECT_EQ(answering.receiveText(), "<still here>"); });
     EXPECT_EQ(silent.receive().value_or(WebSocket::Message()).kind, 9);
     silent.receive();
     EXPECT_TRUE(silent.closedByPeer());
-    waitFor([&] { return left == 1; });
+    waitFor([&] { return disconnections == 1; });
     answering.sendText("still here");
-    patient.join();
-    EXPECT_EQ(left, 1);
+    reader.join();
+    EXPECT_EQ(disconnections, 1);
 }
 
-TEST_F(WebServerTest, WhoNeverFinishesARequestOrReadsItsAnswerIsDropped) {
+TEST_F(WebServerTest, AConnectionThatNeverFinishesARequestOrReadsItsAnswerIsDropped) {
     const std::size_t descriptors = TestSupport::openDescriptors(::getpid());
     TestSupport::TcpConnection half(port);
     half.send("GET /?key=thekey HTTP/1.1\r\n");
@@ -315,7 +315,7 @@ TEST_F(WebServerTest, WhoNeverFinishesARequestOrReadsItsAnswerIsDropped) {
     EXPECT_TRUE(deaf.closedByPeer());
 }
 
-TEST_F(WebServerTest, StoppingSendsWhatWaitsAndSaysThatTheHostGoes) {
+TEST_F(WebServerTest, StoppingDrainsClientsAndClosesWith1001) {
     onFrame = [&](const auto& client, const auto&) {
         sendTo(client, std::string(200000, 'x'));
         sendTo(client, "last");
@@ -328,11 +328,11 @@ TEST_F(WebServerTest, StoppingSendsWhatWaitsAndSaysThatTheHostGoes) {
     EXPECT_EQ(socket.receiveText(), "last");
     EXPECT_EQ(socket.receive().value_or(WebSocket::Message()).closeStatus(), 1001);
     EXPECT_EQ(idle.receive().value_or(WebSocket::Message()).closeStatus(), 1001);
-    EXPECT_EQ(left, 2);
+    EXPECT_EQ(disconnections, 2);
     EXPECT_THROW(TestSupport::TcpConnection again(port), std::runtime_error);
 }
 
-TEST_F(WebServerTest, StoppingDoesNotWaitForOneThatReadsNothing) {
+TEST_F(WebServerTest, StoppingDoesNotWaitForAClientThatDoesNotRead) {
     onFrame = [&](const auto& client, const auto&) { sendTo(client, std::string(1000000, 'x')); };
     WebSocket stuck(port, "/settings?key=thekey", "settings.v1", {}, 4096);
     stuck.sendText("x");
@@ -340,32 +340,32 @@ TEST_F(WebServerTest, StoppingDoesNotWaitForOneThatReadsNothing) {
     stuck.sendText("x");
     TestSupport::TcpConnection halfRequest(port);
     halfRequest.send("GET / HT");
-    waitFor([&] { return arrived == 1; });
+    waitFor([&] { return connections == 1; });
     stop();
-    EXPECT_EQ(left, 1);
+    EXPECT_EQ(disconnections, 1);
 }
 
-TEST_F(WebServerTest, MoreConnectionsThanItTakesAreClosedAndThoseInsideGoOn) {
-    std::vector<std::unique_ptr<WebSocket>> inside;
+TEST_F(WebServerTest, ConnectionsOverTheLimitAreClosedAndTheOthersGoOn) {
+    std::vector<std::unique_ptr<WebSocket>> sockets;
     for (std::size_t number = 0; number < maximumClients + 20; ++number) {
-        inside.push_back(std::make_unique<WebSocket>(port, "/settings?key=thekey", "settings.v1"));
-        if (inside.back()->status() != 101) {
-            inside.pop_back();
+        sockets.push_back(std::make_unique<WebSocket>(port, "/settings?key=thekey", "settings.v1"));
+        if (sockets.back()->status() != 101) {
+            sockets.pop_back();
         }
     }
-    EXPECT_EQ(inside.size(), maximumClients);
+    EXPECT_EQ(sockets.size(), maximumClients);
     waitFor([&] { return refusedConnections == 20; });
-    for (const auto& socket : inside) {
+    for (const auto& socket : sockets) {
         socket->sendText("x");
         EXPECT_EQ(socket->receiveText(), "<x>");
     }
-    inside.pop_back();
-    waitFor([&] { return left == 1; });
+    sockets.pop_back();
+    waitFor([&] { return disconnections == 1; });
     WebSocket next(port, "/settings?key=thekey", "settings.v1");
     EXPECT_EQ(next.status(), 101);
 }
 
-TEST_F(WebServerTest, GarbageHurtsNobody) {
+TEST_F(WebServerTest, GarbageDoesNotDisturbOtherClients) {
     WebSocket good(port, "/settings?key=thekey", "settings.v1");
     for (const std::string& bytes :
          std::vector<std::string>{std::string("\x00\x01\x02", 3), std::string("GET\r\n\r\n"), std::string(100000, 'a'),

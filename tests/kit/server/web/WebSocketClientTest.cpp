@@ -10,21 +10,22 @@ namespace SettingsHost {
 
 using TestSupport::WebSocket;
 
-/// Pages that are sent something while the web library rests. It is so patient that nothing wakes it by itself.
+/// Pages that are sent something while the web library sleeps. Its timeouts are so long that nothing wakes it by
+/// itself.
 class WebSocketClientTest : public WebServerTest {
 protected:
     explicit WebSocketClientTest(std::size_t mayWait = Backlog::maximum) : WebServerTest(600, mayWait) {}
     ~WebSocketClientTest() override { stop(); }
 
     /// Once a page has asked for it, has `action` done at every turn of the loop as long as the page is there; not at
-    /// the first ones, because the library rests only a turn after it was called.
+    /// the first ones, because the library sleeps only a turn after it was called.
     void afterRequest(std::function<void(const std::shared_ptr<Client>& page)> action) {
         onFrame = [this, todo = std::move(action)](const auto& page, const auto&) {
             constexpr auto soon = std::chrono::milliseconds(1);
             turns.emplace(loop, soon, soon, [this, todo, page] {
-                if (++turn > 2 && left == 0) {
+                if (++turn > 2 && disconnections == 0) {
                     todo(page);
-                    leftDuringSend += left;
+                    leftDuringSend += disconnections;
                 }
             });
         };
@@ -37,19 +38,19 @@ private:
     std::optional<RepeatingTimer> turns;
 };
 
-TEST_F(WebSocketClientTest, OneThatReadsNothingIsDroppedThoughNothingComesIn) {
+TEST_F(WebSocketClientTest, AClientThatDoesNotReadIsDroppedThoughNothingComesIn) {
     const auto event = std::make_shared<const std::string>(10000, 'x');
     // Few at a time: the kernel takes the first ones bit by bit, and each time the library is called.
     afterRequest([&](const auto& page) { page->send(event); });
     WebSocket page(port, "/settings?key=thekey", "settings.v1", {}, 4096);
     page.sendText("x");
-    waitFor([&] { return left == 1; });
+    waitFor([&] { return disconnections == 1; });
     stop();
     EXPECT_EQ(tooSlow, 1);
-    EXPECT_EQ(leftDuringSend, 0) << "only the loop tells";
+    EXPECT_EQ(leftDuringSend, 0) << "only the loop notifies";
 }
 
-TEST_F(WebSocketClientTest, OneThatBrokeOffIsNotTakenForOneThatReadsTooSlowly) {
+TEST_F(WebSocketClientTest, AClientThatResetTheConnectionWasNotTooSlow) {
     WebSocket page(port, "/settings?key=thekey", "settings.v1");
     bool brokenOff = false;
     afterRequest([&](const auto& client) {
@@ -59,13 +60,13 @@ TEST_F(WebSocketClientTest, OneThatBrokeOffIsNotTakenForOneThatReadsTooSlowly) {
         sendTo(client, "event");
     });
     page.sendText("x");
-    waitFor([&] { return left == 1; });
+    waitFor([&] { return disconnections == 1; });
     stop();
     EXPECT_EQ(tooSlow, 0);
-    EXPECT_EQ(leftDuringSend, 0) << "only the loop tells";
+    EXPECT_EQ(leftDuringSend, 0) << "only the loop notifies";
 }
 
-TEST_F(WebSocketClientTest, OneThatReadsMayBeSentMoreThanMayWaitAndOtherFramesMeanwhile) {
+TEST_F(WebSocketClientTest, AReadingClientMayBeSentAFrameOverTheLimitOfItsBacklogAndMoreFrames) {
     const std::string large(3 * maximumWaiting, 'l');
     onFrame = [&](const auto& page, const auto&) {
         sendTo(page, large);
@@ -87,7 +88,7 @@ TEST_F(WebSocketClientTest, FramesOfAllSizesComeWholeAndInOrder) {
     for (const std::size_t size : {0UL, 1UL, 16383UL, 16384UL, 16385UL, 32768UL, 65536UL, 65537UL, 300000UL}) {
         frames.emplace_back(size, static_cast<char>('a' + frames.size()));
     }
-    // Once while it is answered, and then when the library rests.
+    // Once while it is answered, and then when the library sleeps.
     const auto sendAll = [&](const auto& page) {
         for (const auto& frame : frames) {
             sendTo(page, frame);
@@ -113,7 +114,7 @@ protected:
     ~BudgetedWebSocketClientTest() override { stop(); }
 };
 
-TEST_F(BudgetedWebSocketClientTest, TheOneWithMostWaitingIsDisconnectedAndTheReaderMissesNothing) {
+TEST_F(BudgetedWebSocketClientTest, TheLargestBacklogIsDisconnectedAndTheReaderMissesNothing) {
     std::shared_ptr<Client> silent;
     std::shared_ptr<Client> reader;
     int round = 0;
@@ -129,7 +130,7 @@ TEST_F(BudgetedWebSocketClientTest, TheOneWithMostWaitingIsDisconnectedAndTheRea
     ASSERT_EQ(slow.receiveText(), "0");
     WebSocket fast(port, "/settings?key=thekey", "settings.v1");
     int rounds = 1;
-    for (; left == 0 && rounds < 1000; ++rounds) {
+    for (; disconnections == 0 && rounds < 1000; ++rounds) {
         fast.sendText("more");
         ASSERT_EQ(fast.receiveText(), std::to_string(rounds));
     }
@@ -141,17 +142,17 @@ TEST_F(BudgetedWebSocketClientTest, TheOneWithMostWaitingIsDisconnectedAndTheRea
     }
     EXPECT_TRUE(slow.closedByPeer());
     EXPECT_LT(static_cast<std::size_t>(rounds) * 20000U, maximumWaiting) << "for itself it might have had more";
-    EXPECT_EQ(left, 1) << "the one who reads";
+    EXPECT_EQ(disconnections, 1) << "the one who reads";
     stop();
 }
 
-TEST_F(BudgetedWebSocketClientTest, WhatIsSentAndNotFinishedCountsToo) {
+TEST_F(BudgetedWebSocketClientTest, UnfinishedMessagesOfClientsCountToo) {
     std::vector<std::unique_ptr<WebSocket>> silent;
     for (int number = 0; number < 20; ++number) {
         silent.push_back(std::make_unique<WebSocket>(port, "/settings?key=thekey", "settings.v1"));
         silent.back()->sendFrame(1, std::string(60000, 'h'), false);
     }
-    waitFor([&] { return left > 0; });
+    waitFor([&] { return disconnections > 0; });
     EXPECT_GT(tooSlow, 0);
     WebSocket reader(port, "/settings?key=thekey", "settings.v1");
     reader.sendText("x");

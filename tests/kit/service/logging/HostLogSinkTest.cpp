@@ -132,7 +132,7 @@ TEST_F(HostLogSinkTest, JsonLinesSayWhichRequestTheyAreAbout) {
     {
         const RequestContext::Scope outer(*context, {24, "deviceName"});
         const std::string line = lines(written(3, LogFormat::JSON, "x")).at(0);
-        EXPECT_NE(line.find(R"("Wire::requestType":24,"setting":"deviceName"})"), std::string::npos) << line;
+        EXPECT_NE(line.find(R"("requestType":24,"setting":"deviceName"})"), std::string::npos) << line;
         {
             const RequestContext::Scope inner(*context, {22, ""});
             EXPECT_EQ(membersOf(lines(written(3, LogFormat::JSON, "x")).at(0)), always + "requestType ");

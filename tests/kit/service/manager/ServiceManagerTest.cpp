@@ -2,8 +2,6 @@
 
 #include <unistd.h>
 
-#include "server/sockets/ListenerError.h"
-#include "server/sockets/PassedSockets.h"
 #include "service/manager/ServiceManager.h"
 #include "support/NotificationSocket.h"
 #include "support/TemporaryDirectory.h"
@@ -19,22 +17,12 @@ protected:
     ~ServiceManagerTest() override { clear(); }
 
     static void clear() {
-        for (const auto* name :
-             {"NOTIFY_SOCKET", "WATCHDOG_USEC", "WATCHDOG_PID", "LISTEN_PID", "LISTEN_FDS", "LISTEN_FDNAMES"}) {
+        for (const auto* name : {"NOTIFY_SOCKET", "WATCHDOG_USEC", "WATCHDOG_PID"}) {
             ::unsetenv(name);
         }
     }
 
     static void set(const char* name, const std::string& value) { ::setenv(name, value.c_str(), 1); }
-
-    static std::string errorOfPassedSockets() {
-        try {
-            const PassedSockets taken({"settings"});
-            return "";
-        } catch (const ListenerError& error) {
-            return error.what();
-        }
-    }
 
     const std::string thisProcess = std::to_string(::getpid());
     TestSupport::TemporaryDirectory folder;
@@ -80,48 +68,6 @@ TEST_F(ServiceManagerTest, WaitsForNothingWhenTheTimeMakesNoSense) {
         set("WATCHDOG_USEC", time);
         EXPECT_EQ(watchdogTimeout(), std::nullopt) << time;
     }
-}
-
-TEST_F(ServiceManagerTest, PassesNothingToAnotherProcess) {
-    set("LISTEN_PID", "1");
-    set("LISTEN_FDS", "1");
-    set("LISTEN_FDNAMES", "settings");
-    PassedSockets taken({"settings"});
-    EXPECT_FALSE(taken.take("settings"));
-    for (const auto* name : {"LISTEN_PID", "LISTEN_FDS", "LISTEN_FDNAMES"}) {
-        EXPECT_EQ(std::getenv(name), nullptr) << name << " is not for those that this process starts";
-    }
-}
-
-TEST_F(ServiceManagerTest, ThatNamesNoNumberOfSocketsPassesNone) {
-    set("LISTEN_PID", thisProcess);
-    set("LISTEN_FDNAMES", "settings");
-    PassedSockets taken({"settings"});
-    EXPECT_FALSE(taken.take("settings"));
-}
-
-TEST_F(ServiceManagerTest, ThatContradictsItselfEndsTheStart) {
-    const std::string start = "cannot take the passed sockets over: ";
-    set("LISTEN_PID", "me");
-    EXPECT_EQ(errorOfPassedSockets(), start + "LISTEN_PID is no number");
-    set("LISTEN_PID", thisProcess);
-    for (const auto* count : {"0", "2147483647", "4294967297"}) {
-        set("LISTEN_FDS", count);
-        EXPECT_EQ(errorOfPassedSockets(), start + "LISTEN_FDS makes no sense") << count;
-    }
-    set("LISTEN_FDS", "-1");
-    EXPECT_EQ(errorOfPassedSockets(), start + "LISTEN_FDS is no number");
-    set("LISTEN_FDS", "1");
-    for (const auto* names : {"settings:device", "settings:", ":settings", ":"}) {
-        set("LISTEN_FDNAMES", names);
-        EXPECT_EQ(errorOfPassedSockets(), start + "LISTEN_FDNAMES does not name each of them") << names;
-    }
-    set("LISTEN_FDS", "2");
-    set("LISTEN_FDNAMES", "");
-    EXPECT_EQ(errorOfPassedSockets(), start + "LISTEN_FDNAMES does not name each of them");
-    set("LISTEN_FDS", "1000000");
-    ::unsetenv("LISTEN_FDNAMES");
-    EXPECT_EQ(errorOfPassedSockets(), start + "Bad file descriptor");
 }
 
 }  // namespace SettingsHostTests

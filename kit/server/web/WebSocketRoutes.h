@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+#include "server/sockets/Client.h"
+
+namespace SettingsHost {
+
+/// Where a WebSocket is opened, with which subprotocol, and the origin of its clients.
+struct WebSocketRoute {
+    const char* path;
+    const char* protocol;
+    Origin origin;
+};
+
+constexpr WebSocketRoute settingsRoute{"/settings", "settings.v1", Origin::PAGE};
+constexpr WebSocketRoute deviceRoute{"/device", "device.v1", Origin::DEVICE};
+
+/// Is there a route of `path` whose subprotocol is the first known one of `offeredProtocols`? libwebsockets chooses
+/// that one.
+bool isWebSocketRoute(const std::string& path, const std::string& offeredProtocols);
+
+}  // namespace SettingsHost

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+namespace SettingsHost {
+
+/// Notified when the value of a setting changed at its owner.
+class ValueObserver {
+public:
+    ValueObserver() = default;
+    ValueObserver(const ValueObserver&) = delete;
+    ValueObserver& operator=(const ValueObserver&) = delete;
+    virtual ~ValueObserver() = default;
+
+    virtual void valueChanged(const std::string& settingDBId) = 0;
+};
+
+}  // namespace SettingsHost

@@ -1,0 +1,131 @@
+#include <filesystem>
+#include <fstream>
+
+#include <sys/stat.h>
+
+#include "kit/support/BackupFixture.h"
+
+namespace SettingsHost {
+
+using namespace std::chrono_literals;
+
+class BackupTest : public BackupFixture {};
+
+TEST_F(BackupTest, KeepsTwoGenerations) {
+    for (const std::string value : {"first", "second", "third"}) {
+        put("deviceName", value);
+        backUp();
+    }
+    EXPECT_EQ(valueIn(1, "deviceName"), "third");
+    EXPECT_EQ(valueIn(2, "deviceName"), "second");
+    EXPECT_EQ(files(), (std::vector<std::string>{"settings.db", "settings.db-wal", "settings.db.backup.1",
+                                                 "settings.db.backup.2"}));
+    struct stat status {};
+    EXPECT_EQ(::stat(Backup::nameOf(file, 1).c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0600U);
+}
+
+TEST_F(BackupTest, IsConsistentWhateverIsChangedMeanwhile) {
+    fill();
+    Backup backup(database);
+    ASSERT_TRUE(backup.step(2));
+    put("key0", "changed in a part that was copied");
+    put("key39", "changed in a part that was not");
+    put("added", "meanwhile");
+    while (backup.step(2)) {
+    }
+    EXPECT_EQ(valueIn(1, "key0"), "changed in a part that was copied");
+    EXPECT_EQ(valueIn(1, "key39"), "changed in a part that was not");
+    EXPECT_EQ(valueIn(1, "added"), "meanwhile");
+    EXPECT_EQ(valueIn(1, "key20"), std::string(5000, 'v'));
+}
+
+TEST_F(BackupTest, OneThatIsGivenUpLeavesTheOthers) {
+    put("deviceName", "kept");
+    backUp();
+    fill();
+    {
+        Backup backup(database);
+        ASSERT_TRUE(backup.step(2));
+    }
+    EXPECT_EQ(valueIn(1, "deviceName"), "kept");
+    EXPECT_EQ(files(), (std::vector<std::string>{"settings.db", "settings.db-wal", "settings.db.backup.1"}));
+}
+
+TEST_F(BackupTest, StartsAnewWhereALossOfPowerCutOneShort) {
+    std::ofstream(file + ".backup.new") << std::string(9000, 'x');
+    std::ofstream(file + ".backup.new-wal") << std::string(9000, 'x');
+    put("deviceName", "Den");
+    backUp();
+    EXPECT_EQ(valueIn(1, "deviceName"), "Den");
+    EXPECT_EQ(files(), (std::vector<std::string>{"settings.db", "settings.db-wal", "settings.db.backup.1"}));
+}
+
+TEST_F(BackupTest, IsDueOnceADay) {
+    EXPECT_TRUE(isBackupDue(file, 24h)) << "there is none";
+    backUp();
+    EXPECT_FALSE(isBackupDue(file, 24h));
+    makeOlder(1, 23h + 59min);
+    EXPECT_FALSE(isBackupDue(file, 24h));
+    makeOlder(1, 2min);
+    EXPECT_TRUE(isBackupDue(file, 24h));
+    makeOlder(1, -48h);
+    EXPECT_TRUE(isBackupDue(file, 24h)) << "it is from the future";
+}
+
+TEST_F(BackupTest, WhateverFailsOnTheWayTheOthersStay) {
+    put("deviceName", "older");
+    backUp();
+    put("deviceName", "newer");
+    backUp();
+    fill();
+    backUp();
+    disk.work();
+    backUp();
+    const long calls = disk.calls();
+    put("deviceName", "newest");
+    int failures = 0;
+    for (long call = 1; call <= calls; ++call) {
+        for (const bool full : {false, true}) {
+            if (full) {
+                disk.fillUpFrom(call);
+            } else {
+                disk.failOnce(call);
+            }
+            std::filesystem::copy_file(Backup::nameOf(file, 1), folder / "before");
+            try {
+                backUp();
+            } catch (const DatabaseError&) {
+                ++failures;
+                EXPECT_EQ(valueIn(folder / "before", "deviceName"), valueIn(1, "deviceName")) << call;
+            }
+            disk.work();
+            std::filesystem::remove(folder / "before");
+            for (int generation = 1; generation <= Backup::generations; ++generation) {
+                EXPECT_EQ(valueIn(generation, "key20"), std::string(5000, 'v')) << call;
+            }
+        }
+    }
+    EXPECT_GT(failures, calls / 2);
+    EXPECT_EQ(table.get("deviceName"), "newest");
+}
+
+TEST_F(BackupTest, ADamagedCopyDoesNotReplaceAGoodOne) {
+    put("deviceName", "good");
+    backUp();
+    fill();
+    // What flash that goes bad does: pages of the database are not what was written.
+    database.execute("PRAGMA wal_checkpoint(TRUNCATE)");
+    {
+        std::fstream bytes(file, std::ios::in | std::ios::out | std::ios::binary);
+        bytes.seekp(4096 * 5);
+        bytes << std::string(4096 * 10, '\xff');
+    }
+    database.execute("PRAGMA shrink_memory");
+    Backup backup(database);
+    EXPECT_THROW(while (backup.step(1000)){}, DatabaseError);
+    EXPECT_EQ(valueIn(1, "deviceName"), "good");
+    EXPECT_FALSE(std::filesystem::exists(Backup::nameOf(file, 2)));
+}
+
+}  // namespace SettingsHost

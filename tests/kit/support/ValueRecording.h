@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "storage/ValueObserver.h"
+
+namespace SettingsHostTests {
+
+/// Keeps the keys that it is notified of.
+class ValueRecording : public SettingsHost::ValueObserver {
+public:
+    void valueChanged(const std::string& settingDBId) override { keys.push_back(settingDBId); }
+
+    std::vector<std::string> take() { return std::exchange(keys, {}); }
+
+private:
+    std::vector<std::string> keys;
+};
+
+}  // namespace SettingsHostTests
