@@ -1,66 +1,43 @@
 #include "Wire/Requests.h"
 
-#include "Utils/Rapidjson.h"
+#include "Wire/ObjectWriter.h"
 
 namespace Wire {
 
 namespace {
 
-using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer>;
-
-void startRequest(JsonWriter& writer, MessageType type, const std::string& messageId) {
-    writer.StartObject();
-    writer.Key("type");
-    writer.Int(type);
-    writer.Key("messageId");
-    writer.String(messageId);
-}
-
-std::string finishRequest(JsonWriter& writer, const rapidjson::StringBuffer& buffer) {
-    writer.EndObject();
-    return {buffer.GetString(), buffer.GetSize()};
+void startRequest(ObjectWriter<>& writer, MessageType type, const std::string& messageId) {
+    writer.number("type", static_cast<int>(type));
+    writer.text("messageId", messageId);
 }
 
 }  // namespace
 
 std::string getSettingsRequest(const std::string& messageId, const std::vector<std::string>& keys) {
-    rapidjson::StringBuffer buffer;
-    JsonWriter writer(buffer);
+    ObjectWriter writer;
     startRequest(writer, GET_SETTINGS, messageId);
-    writer.Key("payload");
-    writer.StartObject();
-    writer.Key("settings");
-    writer.StartArray();
-    for (const auto& key : keys) {
-        writer.String(key);
-    }
-    writer.EndArray();
-    writer.EndObject();
-    return finishRequest(writer, buffer);
+    writer.beginObject("payload");
+    writer.texts("settings", keys);
+    writer.endObject();
+    return writer.finish();
 }
 
 std::string setSettingsRequest(const std::string& messageId, std::int64_t timestamp, const std::string& key,
                                const std::string& value) {
-    rapidjson::StringBuffer buffer;
-    JsonWriter writer(buffer);
+    ObjectWriter writer;
     startRequest(writer, SET_SETTINGS, messageId);
-    writer.Key("timestamp");
-    writer.Int64(timestamp);
-    writer.Key("payload");
-    writer.StartObject();
-    writer.Key("settingDBId");
-    writer.String(key);
-    writer.Key("to");
-    writer.String(value);
-    writer.EndObject();
-    return finishRequest(writer, buffer);
+    writer.number("timestamp", timestamp);
+    writer.beginObject("payload");
+    writer.text("settingDBId", key);
+    writer.text("to", value);
+    writer.endObject();
+    return writer.finish();
 }
 
 std::string bareRequest(MessageType type, const std::string& messageId) {
-    rapidjson::StringBuffer buffer;
-    JsonWriter writer(buffer);
+    ObjectWriter writer;
     startRequest(writer, type, messageId);
-    return finishRequest(writer, buffer);
+    return writer.finish();
 }
 
 }  // namespace Wire

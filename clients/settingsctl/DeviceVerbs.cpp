@@ -1,7 +1,7 @@
 #include <functional>
 
-#include "Json.h"
 #include "Verbs.h"
+#include "Wire/ObjectWriter.h"
 #include "connection/DeviceCommand.h"
 
 namespace SettingsCtl {
@@ -11,16 +11,11 @@ namespace {
 /// Sends `{"command": …}` with the members that `arguments` writes. Returns: the reply.
 Wire::HostFrame execute(
     const Context& context, const std::string& command,
-    const std::function<void(JsonWriter&)>& arguments = [](JsonWriter&) {}) {
-    rapidjson::StringBuffer buffer;
-    JsonWriter writer(buffer);
-    writer.StartObject();
-    writer.Key("command");
-    writer.String(command);
+    const std::function<void(Wire::ObjectWriter<>&)>& arguments = [](Wire::ObjectWriter<>&) {}) {
+    Wire::ObjectWriter writer;
+    writer.text("command", command);
     arguments(writer);
-    writer.EndObject();
-    return SettingsClient::executeDeviceCommand(context.deviceSockets, context.timeout,
-                                                {buffer.GetString(), buffer.GetSize()});
+    return SettingsClient::executeDeviceCommand(context.deviceSockets, context.timeout, writer.finish());
 }
 
 Failure notADeviceSocket() {
@@ -37,18 +32,12 @@ ExitStatus confirm(const Context& context, const Wire::HostFrame& reply) {
     return DONE;
 }
 
-void member(JsonWriter& writer, const char* name, const std::string& value) {
-    writer.Key(name);
-    writer.String(value);
-}
-
 }  // namespace
 
 ExitStatus page(const Context& context, bool newKey) {
-    const Wire::HostFrame reply = execute(context, "page", [newKey](JsonWriter& writer) {
+    const Wire::HostFrame reply = execute(context, "page", [newKey](auto& writer) {
         if (newKey) {
-            writer.Key("newKey");
-            writer.Bool(true);
+            writer.boolean("newKey", true);
         }
     });
     const auto members = reply.stringsAt({"page"});
@@ -66,31 +55,21 @@ ExitStatus deviceShow(const Context& context) {
 }
 
 ExitStatus deviceText(const Context& context, const std::string& command, const std::string& value) {
-    return confirm(context, execute(context, command, [&](JsonWriter& writer) { member(writer, "value", value); }));
+    return confirm(context, execute(context, command, [&](auto& writer) { writer.text("value", value); }));
 }
 
 ExitStatus deviceLocales(const Context& context, const std::vector<std::string>& locales) {
-    return confirm(context, execute(context, "locales", [&](JsonWriter& writer) {
-                       writer.Key("values");
-                       writer.StartArray();
-                       for (const auto& locale : locales) {
-                           writer.String(locale);
-                       }
-                       writer.EndArray();
-                   }));
+    return confirm(context, execute(context, "locales", [&](auto& writer) { writer.texts("values", locales); }));
 }
 
 ExitStatus switchDevice(const Context& context, const std::string& command, bool enabled) {
-    return confirm(context, execute(context, command, [&](JsonWriter& writer) {
-                       writer.Key("enabled");
-                       writer.Bool(enabled);
-                   }));
+    return confirm(context, execute(context, command, [&](auto& writer) { writer.boolean("enabled", enabled); }));
 }
 
 ExitStatus deviceSetting(const Context& context, const std::string& key, const std::string& value) {
-    const Wire::HostFrame reply = execute(context, "setting", [&](JsonWriter& writer) {
-        member(writer, "key", key);
-        member(writer, "value", value);
+    const Wire::HostFrame reply = execute(context, "setting", [&](auto& writer) {
+        writer.text("key", key);
+        writer.text("value", value);
     });
     if (!context.style.json && reply.booleanAt({"changed"}) == false) {
         printLine(context.style, escaped(key) + ": unchanged");

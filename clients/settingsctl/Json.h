@@ -1,9 +1,0 @@
-#pragma once
-
-#include "Utils/Rapidjson.h"
-
-namespace SettingsCtl {
-
-using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer>;
-
-}  // namespace SettingsCtl
