@@ -7,13 +7,13 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include "FakeHost.h"
+#include "clients/support/Peer.h"
 #include "connection/Connection.h"
 #include "connection/Errors.h"
-#include "support/LineClient.h"
+#include "support/TemporaryDirectory.h"
 
 using namespace SettingsClient;
-using namespace SettingsCtlTests;
+using namespace ClientTests;
 using namespace std::chrono_literals;
 
 namespace {
@@ -24,7 +24,7 @@ std::vector<SocketCandidate> at(const std::string& path) {
     return {{path, "", ""}};
 }
 
-class SettingsCtlConnection : public testing::Test {
+class ClientConnection : public testing::Test {
 protected:
     /// The message of the error that `action` throws.
     template <typename Error = ConnectionError, typename Action>
@@ -43,7 +43,7 @@ protected:
 
 }  // namespace
 
-TEST_F(SettingsCtlConnection, AssemblesALineSplitAnywhere) {
+TEST_F(ClientConnection, AssemblesALineSplitAnywhere) {
     const ListeningSocket listener(path);
     Connection connection(at(path), waitTimeout);
     const Peer host = listener.accept();
@@ -66,7 +66,7 @@ TEST_F(SettingsCtlConnection, AssemblesALineSplitAnywhere) {
     }
 }
 
-TEST_F(SettingsCtlConnection, ReceivesLinesUpToTheLimitInAnyPieces) {
+TEST_F(ClientConnection, ReceivesLinesUpToTheLimitInAnyPieces) {
     const ListeningSocket listener(path);
     Connection connection(at(path), waitTimeout);
     const Peer host = listener.accept();
@@ -83,7 +83,7 @@ TEST_F(SettingsCtlConnection, ReceivesLinesUpToTheLimitInAnyPieces) {
     sender.join();
 }
 
-TEST_F(SettingsCtlConnection, FailsForALineOverTheLimit) {
+TEST_F(ClientConnection, FailsForALineOverTheLimit) {
     const ListeningSocket listener(path);
     std::optional<Connection> connection(std::in_place, at(path), waitTimeout);
     const Peer host = listener.accept();
@@ -97,13 +97,13 @@ TEST_F(SettingsCtlConnection, FailsForALineOverTheLimit) {
     EXPECT_FALSE(whole) << "everything was received";
 }
 
-TEST_F(SettingsCtlConnection, FailsAtTheDeadline) {
+TEST_F(ClientConnection, FailsAtTheDeadline) {
     const ListeningSocket listener(path);
     Connection connection(at(path), 10ms);
     EXPECT_EQ(errorOf([&] { connection.receive(connection.deadline()); }), "the host at " + path + " does not reply");
 }
 
-TEST_F(SettingsCtlConnection, ReceivesLinesSentBeforeTheHostClosedAfterAFailedSend) {
+TEST_F(ClientConnection, ReceivesLinesSentBeforeTheHostClosedAfterAFailedSend) {
     const ListeningSocket listener(path);
     Connection connection(at(path), waitTimeout);
     Peer host = listener.accept();
@@ -115,7 +115,7 @@ TEST_F(SettingsCtlConnection, ReceivesLinesSentBeforeTheHostClosedAfterAFailedSe
               "the host at " + path + " closed the connection");
 }
 
-TEST_F(SettingsCtlConnection, ReportsThatTheHostClosed) {
+TEST_F(ClientConnection, ReportsThatTheHostClosed) {
     const ListeningSocket listener(path);
     Connection connection(at(path), waitTimeout);
     Peer host = listener.accept();
@@ -128,21 +128,21 @@ TEST_F(SettingsCtlConnection, ReportsThatTheHostClosed) {
     EXPECT_EQ(errorOf([&] { connection.receive(connection.deadline()); }), closed);
 }
 
-TEST_F(SettingsCtlConnection, FailsToSendWhenTheHostDoesNotRead) {
+TEST_F(ClientConnection, FailsToSendWhenTheHostDoesNotRead) {
     const ListeningSocket listener(path);
     Connection connection(at(path), 10ms);
     EXPECT_EQ(errorOf([&] { connection.send({std::string(4000000, 'a')}); }),
               "the host at " + path + " does not read requests");
 }
 
-TEST_F(SettingsCtlConnection, FailsToConnectWhenTheHostDoesNotAccept) {
+TEST_F(ClientConnection, FailsToConnectWhenTheHostDoesNotAccept) {
     const ListeningSocket listener(path, 0);
     const Connection waiting(at(path), 10ms);
     EXPECT_EQ(errorOf([&] { const Connection connection(at(path), 10ms); }),
               "cannot reach the host at " + path + ": Resource temporarily unavailable (is settings-host running?)");
 }
 
-TEST_F(SettingsCtlConnection, ReportsWhyNoHostCanBeReached) {
+TEST_F(ClientConnection, ReportsWhyNoHostCanBeReached) {
     const auto reach = [&] { const Connection connection(at(path), waitTimeout); };
     EXPECT_EQ(errorOf(reach),
               "cannot reach the host at " + path + ": No such file or directory (is settings-host running?)");
@@ -150,7 +150,7 @@ TEST_F(SettingsCtlConnection, ReportsWhyNoHostCanBeReached) {
     EXPECT_EQ(errorOf(reach), "cannot reach the host at " + path + ": Connection refused (is settings-host running?)");
 }
 
-TEST_F(SettingsCtlConnection, RejectsAPathThatASocketCannotHave) {
+TEST_F(ClientConnection, RejectsAPathThatASocketCannotHave) {
     const std::string longPath = "/" + std::string(sizeof(sockaddr_un::sun_path) - 1, 'a');
     EXPECT_EQ(errorOf<InvalidSocketPath>([&] { const Connection connection(at(longPath), waitTimeout); }),
               "the socket path is empty or too long: '" + longPath + "'");
@@ -161,7 +161,7 @@ TEST_F(SettingsCtlConnection, RejectsAPathThatASocketCannotHave) {
         "cannot reach the host at " + longPath.substr(1) + ": No such file or directory (is settings-host running?)");
 }
 
-TEST_F(SettingsCtlConnection, ReturnsNothingWhenAnotherDescriptorIsReadyFirst) {
+TEST_F(ClientConnection, ReturnsNothingWhenAnotherDescriptorIsReadyFirst) {
     const ListeningSocket listener(path);
     Connection connection(at(path), waitTimeout);
     const Peer host = listener.accept();
@@ -178,7 +178,7 @@ TEST_F(SettingsCtlConnection, ReturnsNothingWhenAnotherDescriptorIsReadyFirst) {
 namespace {
 
 /// The sockets of two hosts; each test opens those that it needs.
-class SettingsCtlHosts : public SettingsCtlConnection {
+class ClientHosts : public ClientConnection {
 protected:
     std::vector<SocketCandidate> candidates(const std::string& distrust = "") const {
         return {{folder / "own", folder / "own-companion", distrust},
@@ -201,7 +201,7 @@ protected:
 
 }  // namespace
 
-TEST_F(SettingsCtlHosts, TheFirstRunningOneIsUsed) {
+TEST_F(ClientHosts, TheFirstRunningOneIsUsed) {
     EXPECT_EQ(refusal(candidates()), own() + missing + other() + missing + hint);
     const ListeningSocket second(folder / "other");
     EXPECT_EQ(taken(candidates()), folder / "other");
@@ -209,7 +209,7 @@ TEST_F(SettingsCtlHosts, TheFirstRunningOneIsUsed) {
     EXPECT_EQ(taken(candidates()), folder / "own");
 }
 
-TEST_F(SettingsCtlHosts, ADeadOneIsSkipped) {
+TEST_F(ClientHosts, ADeadOneIsSkipped) {
     { const ListeningSocket dead(folder / "own"); }
     { const ListeningSocket dead(folder / "own-companion"); }
     EXPECT_EQ(refusal(candidates()), own() + "Connection refused" + other() + missing + hint);
@@ -217,13 +217,13 @@ TEST_F(SettingsCtlHosts, ADeadOneIsSkipped) {
     EXPECT_EQ(taken(candidates()), folder / "other");
 }
 
-TEST_F(SettingsCtlHosts, BothSocketsBelongToTheSameHost) {
+TEST_F(ClientHosts, BothSocketsBelongToTheSameHost) {
     const ListeningSocket companion(folder / "own-companion");
     const ListeningSocket second(folder / "other");
     EXPECT_EQ(refusal(candidates()), own() + missing + hint) << "the socket of the other host was used";
 }
 
-TEST_F(SettingsCtlHosts, OneThatDoesNotAcceptInTimeIsRunning) {
+TEST_F(ClientHosts, OneThatDoesNotAcceptInTimeIsRunning) {
     const ListeningSocket first(folder / "own", 0);
     const Connection waiting(at(folder / "own"), waitTimeout);
     const ListeningSocket second(folder / "other");
@@ -231,7 +231,7 @@ TEST_F(SettingsCtlHosts, OneThatDoesNotAcceptInTimeIsRunning) {
               own() + "Resource temporarily unavailable" + hint);
 }
 
-TEST_F(SettingsCtlHosts, AnUntrustedOneIsNotTried) {
+TEST_F(ClientHosts, AnUntrustedOneIsNotTried) {
     const ListeningSocket first(folder / "own");
     const ListeningSocket companion(folder / "own-companion");
     EXPECT_EQ(refusal(candidates("its folder belongs to another user")),
