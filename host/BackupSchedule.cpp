@@ -5,44 +5,44 @@
 
 namespace SettingsHost {
 
-BackupSchedule::BackupSchedule(EventLoop& eventLoop, Database& source, const BackupRhythm& chosenRhythm)
+BackupSchedule::BackupSchedule(EventLoop& eventLoop, Database& source, const BackupTimes& chosenTimes)
     : loop(eventLoop),
       database(source),
-      rhythm(chosenRhythm),
-      looks(loop, rhythm.firstLook, rhythm.look, [this] { lookAtAge(); }) {}
+      times(chosenTimes),
+      checkTimer(loop, times.firstCheck, times.checkInterval, [this] { check(); }) {}
 
-void BackupSchedule::lookAtAge() {
+void BackupSchedule::check() {
     if (backup || !database.isWritable()) {
         return;
     }
     finishLogOut(database);
-    if (!isBackupDue(database.file(), rhythm.maximumAge)) {
+    if (!isBackupDue(database.file(), times.maximumAge)) {
         return;
     }
     try {
         backup = std::make_unique<Backup>(database);
-        turns = std::make_unique<RepeatingTimer>(loop, std::chrono::milliseconds(0), std::chrono::milliseconds(1),
-                                                 [this] { copyOn(); });
+        copyTimer = std::make_unique<RepeatingTimer>(loop, std::chrono::milliseconds(0), std::chrono::milliseconds(1),
+                                                     [this] { copyPages(); });
     } catch (const DatabaseError& error) {
-        logHost(VessaLogger::ERROR, std::string("cannot begin a backup of the database: ") + error.what());
+        logHost(VessaLogger::ERROR, std::string("cannot start a database backup: ") + error.what());
     }
 }
 
-void BackupSchedule::copyOn() {
+void BackupSchedule::copyPages() {
     try {
-        if (backup->step(rhythm.pagesPerTurn)) {
+        if (backup->step(times.pagesPerTurn)) {
             return;
         }
-        logHost(VessaLogger::INFORMATION, "backed the database up");
+        logHost(VessaLogger::INFORMATION, "database backed up");
     } catch (const DatabaseError& error) {
-        logHost(VessaLogger::ERROR, std::string("cannot back the database up: ") + error.what());
+        logHost(VessaLogger::ERROR, std::string("database backup failed: ") + error.what());
     }
-    giveUp();
+    cancel();
 }
 
-void BackupSchedule::giveUp() {
+void BackupSchedule::cancel() {
     backup.reset();
-    turns.reset();
+    copyTimer.reset();
 }
 
 }  // namespace SettingsHost

@@ -97,7 +97,7 @@ Composition::Composition(const Options& options, PassedSockets sockets, const st
       hub(std::make_shared<MessageHub>(traffic, context, backlog)),
       metrics(std::make_shared<HostMetrics>(SETTINGS_HANDLER_VERSION)),
       database(openOrRecover(options.storageFile, recovery)),
-      storage(database, hub, *metrics, [this] { backups.giveUp(); }),
+      storage(database, hub, *metrics, [this] { backups.cancel(); }),
       boundedStorage(storage, context, [this](std::size_t bytes) { return backlog->hasRoomFor(bytes); }),
       state(database, "simulation"),
       webState(database, "web"),

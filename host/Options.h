@@ -9,27 +9,27 @@
 
 namespace SettingsHost {
 
-/// What the person who starts the host may choose.
+/// The command-line options of the host.
 struct Options {
     std::string storageFile;
     std::string socketPath;
     std::string deviceSocketPath;
-    LogChoices log;
-    /// Where pages are served; nowhere when empty.
+    LogOptions log;
+    /// The address of the web port; none with --no-web.
     std::optional<WebAddress> listen;
     /// The folder of the pages; empty when there are none.
     std::string pagesFolder;
-    /// One more origin whose pages may connect, unless empty.
+    /// One more origin whose pages may connect; empty for none.
     std::string allowedOrigin;
-    /// Give up what the host does not need, see sandbox/Sandbox.h.
+    /// Enter the sandbox before serving, see service/sandbox/Sandbox.h.
     bool sandbox = true;
-    /// Serve nobody, but remove what hosts keep, see Reset.h; without asking when `resetConfirmed`.
+    /// Remove the stored files instead of serving, see Reset.h; without confirmation if `resetConfirmed`.
     bool reset = false;
     bool resetConfirmed = false;
 };
 
-/// The command line was help, version or wrong: `text` was not printed yet, and is to be printed as `format` says when
-/// it tells what is wrong.
+/// The host is not to start: the command line asks for help or the version (status 0) or is wrong (2). `what()` is the
+/// text to print, for status 2 in the log's format.
 class CommandLineEnd : public std::runtime_error {
 public:
     CommandLineEnd(int exitStatus, const std::string& text, LogFormat wantedFormat = LogFormat::TEXT)
@@ -43,7 +43,7 @@ private:
     LogFormat format;
 };
 
-/// Reads the command line. Defaults follow XDG_STATE_HOME and XDG_RUNTIME_DIR.
+/// Parses the command line. Defaults depend on XDG_STATE_HOME, HOME and XDG_RUNTIME_DIR.
 /// Errors: `CommandLineEnd` with status 0 for help and version, 2 for wrong usage.
 Options parseOptions(int argumentCount, const char* const* arguments);
 

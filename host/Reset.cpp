@@ -1,5 +1,6 @@
 #include "Reset.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -9,53 +10,50 @@
 #include <unistd.h>
 
 #include "service/logging/LogFile.h"
-#include "storage/CompanionFiles.h"
 #include "storage/Database.h"
 #include "storage/DatabaseLock.h"
+#include "storage/FileNames.h"
 #include "storage/Files.h"
-#include "storage/LogOut.h"
 
 namespace SettingsHost {
 
 namespace {
 
-bool beginsLikeADatabase(const std::string& file) {
+bool startsLikeDatabase(const std::string& file) {
     const std::string head = "SQLite format 3";
     std::string found(head.size(), '\0');
     std::ifstream(file, std::ios::binary).read(found.data(), static_cast<std::streamsize>(found.size()));
     return found == head;
 }
 
-/// A damaged database and one of a newer version are what somebody may want to be rid of; a file that never was one has
-/// been named by mistake.
-void refuseWhatIsInUseOrNotOurs(const std::string& file) {
+/// A damaged database and one of a newer version may be removed. A file that never was a database was named by mistake.
+void refuseIfInUseOrForeign(const std::string& file) {
     try {
         const Database opened(file);
     } catch (const DamagedDatabase&) {
-        if (!beginsLikeADatabase(file) && companionFiles(file).empty()) {
+        if (!startsLikeDatabase(file) && companionFiles(file).empty()) {
             throw DatabaseError(file + " is not a database; it was left as it is");
         }
     } catch (const NewerDatabase&) {
     }
 }
 
-/// The database comes last: it holds off hosts that start meanwhile, and without it a backup would be restored.
+/// The database comes last: while it exists its lock keeps other hosts from starting, and no backup is restored in its
+/// place.
 std::vector<std::string> filesToRemove(const std::string& database, const std::string& log) {
     std::vector<std::string> candidates;
     if (!log.empty()) {
-        for (int number = LogFile::files - 1; number >= 0; --number) {
-            candidates.push_back(std::filesystem::absolute(log).string() +
-                                 (number == 0 ? "" : "." + std::to_string(number)));
-        }
+        candidates = LogFile::filesOf(std::filesystem::absolute(log).string());
+        std::reverse(candidates.begin(), candidates.end());
     }
     if (std::filesystem::exists(std::filesystem::path(database).parent_path())) {
         for (const auto& file : companionFiles(database)) {
             candidates.push_back(file);
         }
     }
-    candidates.push_back(logOutMarkerOf(database));
-    for (const std::string ending : {companions[0], companions[1], ""}) {
-        candidates.push_back(database + ending);
+    candidates.push_back(logOutMarkerName(database));
+    for (const auto& file : databaseFiles(database)) {
+        candidates.push_back(file);
     }
     std::vector<std::string> files;
     for (const auto& candidate : candidates) {
@@ -66,7 +64,7 @@ std::vector<std::string> filesToRemove(const std::string& database, const std::s
     return files;
 }
 
-bool isConfirmed() {
+bool askForConfirmation() {
     std::printf("Remove them? [y/N] ");
     std::fflush(stdout);
     std::string answer;
@@ -80,24 +78,24 @@ bool isConfirmed() {
 
 int reset(const Options& options) {
     if (!options.resetConfirmed && ::isatty(STDIN_FILENO) == 0) {
-        throw CommandLineEnd(2, "--reset asks before it removes anything, but there is no terminal: add --yes");
+        throw CommandLineEnd(2, "--reset asks for confirmation, but standard input is not a terminal: add --yes");
     }
     const std::string database = std::filesystem::absolute(options.storageFile).string();
     Descriptor lock;
     if (holdsData(database)) {
-        refuseWhatIsInUseOrNotOurs(database);
+        refuseIfInUseOrForeign(database);
         lock = lockForRemoval(database);
     }
     const auto files = filesToRemove(database, options.log.file);
     if (files.empty()) {
-        std::printf("There is nothing to remove.\n");
+        std::printf("Nothing to remove.\n");
         return 0;
     }
-    std::printf("%s\n", options.resetConfirmed ? "Removing:" : "To be removed for good:");
+    std::printf("%s\n", options.resetConfirmed ? "Removing:" : "These files will be removed:");
     for (const auto& file : files) {
         std::printf("  %s\n", file.c_str());
     }
-    if (!options.resetConfirmed && !isConfirmed()) {
+    if (!options.resetConfirmed && !askForConfirmation()) {
         std::fprintf(stderr, "settings-host: nothing was removed\n");
         return 1;
     }

@@ -24,49 +24,54 @@
 
 namespace {
 
-/// A standard stream that is closed would leave its number to a socket or a database file, which would then receive
-/// what is printed.
-void fillStandardStreams() {
-    int filled = 0;
+/// Opens /dev/null for each standard stream that is closed. Otherwise a socket or the database would get its number and
+/// receive what is printed.
+void openClosedStandardStreams() {
+    int opened = 0;
     do {
-        filled = ::open("/dev/null", O_RDWR);
-    } while (filled >= 0 && filled <= STDERR_FILENO);
-    if (filled >= 0) {
-        ::close(filled);
+        opened = ::open("/dev/null", O_RDWR);
+    } while (opened >= 0 && opened <= STDERR_FILENO);
+    if (opened >= 0) {
+        ::close(opened);
     }
 }
 
-/// What SIGHUP does: whoever turns log files over asks for a new one. Nothing without a log file.
-std::function<void()> reopening(const std::shared_ptr<SettingsHost::LogFile>& file) {
+/// What SIGHUP does with a log file: programs that rotate log files ask for a new one. Null without a log file.
+std::function<void()> reopenAction(const std::shared_ptr<SettingsHost::LogFile>& file) {
     if (!file) {
         return nullptr;
     }
     return [file] {
         if (file->reopen()) {
-            SettingsHost::logHost(VessaLogger::INFORMATION, "opened the log file again");
+            SettingsHost::logHost(VessaLogger::INFORMATION, "reopened the log file");
         } else {
-            SettingsHost::logHost(
-                VessaLogger::WARNING,
-                "the log file " + file->name() + " cannot be opened again, its lines are lost: " + file->failure());
+            SettingsHost::logHost(VessaLogger::WARNING, "cannot reopen the log file " + file->name() +
+                                                            ", its lines are lost: " + file->failure());
         }
     };
 }
 
+void sendLogTo(const SettingsHost::LogSink& sink) {
+    VessaLogger::setLogSink([sink](const VessaLogger::LogLine& line) {
+        sink({line.level, line.time, line.threadId, line.text});
+    });
+}
+
 void serve(const SettingsHost::Options& options, const std::shared_ptr<SettingsHost::LogFile>& logFile) {
-    // A reader of our output or a client that goes away must not end the host.
+    // A reader of our output or a client that disconnects must not end the host.
     std::signal(SIGPIPE, SIG_IGN);
-    // A write past a limit on file sizes fails, and is answered like one on a full disk.
+    // A write beyond the limit on file sizes fails like one on a full disk.
     std::signal(SIGXFSZ, SIG_IGN);
     std::set<std::string> listeners{"settings", "device"};
     if (options.listen) {
         listeners.insert("web");
     }
-    // First of all: what is opened before could be taken for a socket that was passed.
+    // Before anything is opened, which could be taken for a socket that was passed.
     SettingsHost::PassedSockets sockets(listeners);
     const auto context = std::make_shared<SettingsHost::RequestContext>();
-    VessaLogger::setLogSink(SettingsHost::makeHostLogSink(options.log, context, logFile));
+    sendLogTo(SettingsHost::makeHostLogSink(options.log, context, logFile));
     SettingsHost::notifyStarting("Opening the database");
-    SettingsHost::Composition host(options, std::move(sockets), context, reopening(logFile));
+    SettingsHost::Composition host(options, std::move(sockets), context, reopenAction(logFile));
     std::printf("%s\n", host.readyLine().c_str());
     std::fflush(stdout);
     host.run();
@@ -92,7 +97,7 @@ int serveOrReset(const SettingsHost::Options& options) {
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
-    fillStandardStreams();
+    openClosedStandardStreams();
     try {
         return serveOrReset(SettingsHost::parseOptions(argumentCount, arguments));
     } catch (const SettingsHost::CommandLineEnd& end) {

@@ -4,51 +4,13 @@
 #include <cstdio>
 #include <cstring>
 
+#include "Wire/ControlCharacters.h"
 #include "Wire/ObjectWriter.h"
 
 namespace SettingsCtl {
 
-namespace {
-
-std::string hexadecimal(const char* prefix, unsigned char byte) {
-    constexpr char digits[] = "0123456789abcdef";
-    return std::string(prefix) + digits[byte >> 4U] + digits[byte & 0xfU];
-}
-
-std::string escapeOf(unsigned char byte) {
-    switch (byte) {
-        case '\\':
-            return "\\\\";
-        case '\n':
-            return "\\n";
-        case '\r':
-            return "\\r";
-        case '\t':
-            return "\\t";
-        default:
-            return hexadecimal("\\x", byte);
-    }
-}
-
-}  // namespace
-
 std::string escaped(const std::string& text) {
-    std::string result;
-    result.reserve(text.size());
-    for (std::size_t index = 0; index < text.size(); ++index) {
-        const auto byte = static_cast<unsigned char>(text[index]);
-        const auto next = static_cast<unsigned char>(index + 1 < text.size() ? text[index + 1] : '\0');
-        if (byte < 0x20 || byte == 0x7f || byte == '\\') {
-            result += escapeOf(byte);
-        } else if (byte == 0xc2 && next >= 0x80 && next < 0xa0) {
-            // U+0080 to U+009F.
-            result += hexadecimal("\\u00", next);
-            ++index;
-        } else {
-            result += text[index];
-        }
-    }
-    return result;
+    return Wire::escapeControlCharacters(text, Wire::Backslash::DOUBLED);
 }
 
 std::string jsonObject(const std::map<std::string, std::string>& members) {

@@ -6,7 +6,7 @@
 
 namespace SettingsHost {
 
-/// An open descriptor that is closed with the object; -1 is none.
+/// Owns a file descriptor and closes it; -1 is none.
 class Descriptor {
 public:
     Descriptor() = default;
@@ -26,7 +26,7 @@ public:
     Descriptor& operator=(const Descriptor&) = delete;
 
     int get() const { return number; }
-    /// The caller's to close from now on.
+    /// The caller owns the descriptor from now on.
     int release() { return std::exchange(number, -1); }
 
 private:

@@ -4,6 +4,7 @@
 
 #include <sqlite3.h>
 
+#include "storage/FileNames.h"
 #include "storage/Files.h"
 
 namespace SettingsHost {
@@ -25,18 +26,14 @@ void Backup::Finisher::operator()(sqlite3_backup* begun) const {
     sqlite3_backup_finish(begun);
 }
 
-std::string Backup::nameOf(const std::string& databaseFile, int generation) {
-    return databaseFile + ".backup." + std::to_string(generation);
-}
-
-Backup::Backup(Database& source) : database(source), unfinished(source.file() + ".backup.new") {
+Backup::Backup(Database& source) : database(source), unfinished(unfinishedBackupName(source.file())) {
     removeFile(unfinished);
-    removeFile(unfinished + "-wal");
-    makeFile(unfinished);
+    removeFile(unfinished + walSuffix);
+    createFile(unfinished);
     sqlite3* opened = nullptr;
     const int result = sqlite3_open_v2(unfinished.c_str(), &opened, SQLITE_OPEN_READWRITE, nullptr);
     copy.reset(opened);
-    // Nobody reads a copy that is not finished, so it needs no journal.
+    // An unfinished copy is never read, so it needs no journal on the disk.
     if (result != SQLITE_OK || sqlite3_exec(opened, "PRAGMA locking_mode=EXCLUSIVE; PRAGMA journal_mode=MEMORY",
                                             nullptr, nullptr, nullptr) != SQLITE_OK) {
         fail(opened);
@@ -68,7 +65,7 @@ bool Backup::step(int pages) {
     return false;
 }
 
-/// A bad copy must not take the place of a good one.
+/// A damaged copy must not replace a good backup.
 void Backup::check() {
     std::string verdict;
     const auto read = [](void* out, int, char** columns, char**) {
@@ -84,16 +81,16 @@ void Backup::check() {
 }
 
 void Backup::rotate() {
-    const std::string newest = nameOf(database.file(), 1);
+    const std::string newest = backupName(database.file(), 1);
     if (holdsData(newest)) {
-        moveFile(newest, nameOf(database.file(), 2));
+        moveFile(newest, backupName(database.file(), 2));
     }
     moveFile(unfinished, newest);
 }
 
 bool isBackupDue(const std::string& databaseFile, std::chrono::seconds maximumAge) {
     std::error_code error;
-    const auto made = std::filesystem::last_write_time(Backup::nameOf(databaseFile, 1), error);
+    const auto made = std::filesystem::last_write_time(backupName(databaseFile, 1), error);
     const auto age = std::filesystem::file_time_type::clock::now() - made;
     return error || age > maximumAge || age < std::chrono::seconds(0);
 }

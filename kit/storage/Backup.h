@@ -9,25 +9,22 @@ struct sqlite3_backup;
 
 namespace SettingsHost {
 
-/// A consistent copy of the database in the making, a few pages at a time, while the database goes on being used.
+/// Copies the database a few pages at a time while it stays in use. The copy is consistent.
 ///
-/// A finished copy that proves to be in order becomes generation 1, `FILE.backup.1`; what was generation 1 becomes
-/// generation 2. Until then both stay as they are. So at every moment, also at a loss of power, there is a good backup
-/// once there has been one. The database outlives it.
+/// A finished copy that passes SQLite's check becomes generation 1, `FILE.backup.1`, and the former generation 1
+/// becomes generation 2. Both stay unchanged until then, so that once there is a good backup there always is one, also
+/// after a loss of power. The database outlives it.
 class Backup {
 public:
-    static constexpr int generations = 2;
-    static std::string nameOf(const std::string& databaseFile, int generation);
-
-    /// Begins a copy. Errors: `DatabaseError`, also in `step`.
+    /// Starts a copy. Errors: `DatabaseError`, also in `step`.
     explicit Backup(Database& database);
-    /// Removes a copy that is not finished.
+    /// Removes the copy unless it is finished.
     ~Backup();
 
     Backup(const Backup&) = delete;
     Backup& operator=(const Backup&) = delete;
 
-    /// Copies up to `pages` pages. Returns: false when the copy is complete and in its place.
+    /// Copies up to `pages` pages. Returns: false when the backup is finished.
     bool step(int pages);
 
 private:
@@ -44,8 +41,8 @@ private:
     std::unique_ptr<sqlite3_backup, Finisher> copying;
 };
 
-/// Is there no backup yet, or is the newest older than `maximumAge`? One from the future counts as too old: it was made
-/// while the clock was wrong.
+/// Is there no backup, or is the newest one older than `maximumAge`? A backup from the future counts as too old: the
+/// clock was wrong when it was made.
 bool isBackupDue(const std::string& databaseFile, std::chrono::seconds maximumAge);
 
 }  // namespace SettingsHost

@@ -6,13 +6,14 @@
 #include <sqlite3.h>
 
 #include "storage/DatabaseLock.h"
+#include "storage/FileNames.h"
 #include "storage/Files.h"
 
 namespace SettingsHost {
 
 namespace {
 
-/// Marks a file as ours in its header; the text "SetH".
+/// Identifies our files in their header; the text "SetH".
 constexpr int applicationId = 0x53657448;
 constexpr int schemaVersion = 1;
 
@@ -20,12 +21,12 @@ constexpr int schemaVersion = 1;
     throw DatabaseError(what + ": " + sqlite3_errmsg(connection));
 }
 
-/// An absolute path is never one of the names with a meaning of their own, such as ":memory:".
+/// SQLite gives names such as ":memory:" a special meaning, but never an absolute path.
 std::string absolutePath(const std::string& path) {
     return std::filesystem::absolute(path).string();
 }
 
-/// `path` as a URI that nothing in it can add parameters to.
+/// `path` as a URI; its characters are escaped so that none starts parameters.
 std::string uriOf(const std::string& path) {
     std::string uri = "file:";
     for (const char character : path) {
@@ -40,8 +41,7 @@ std::string uriOf(const std::string& path) {
     return uri;
 }
 
-/// The check reports a page that the disk does not give like one with nonsense in it. The disk may give it the next
-/// time.
+/// The check reports an unreadable page like a damaged one. The next attempt to read it may succeed.
 bool isReadError(const std::string& verdict) {
     const std::string codeName = "error code=";
     const auto place = verdict.find(codeName);
@@ -51,14 +51,14 @@ bool isReadError(const std::string& verdict) {
     return verdict.find("failed to get page") != std::string::npos;
 }
 
-/// SQLite would set room for 20 pages of each database aside, of which ours fills a few. Takes effect when nothing of
-/// SQLite was used before.
+/// By default SQLite preallocates 20 pages for each database; ours needs fewer. Has an effect only before SQLite is
+/// used.
 void keepPageCacheSmall() {
     static const int result = sqlite3_config(SQLITE_CONFIG_PAGECACHE, nullptr, 0, 0);
     static_cast<void>(result);
 }
 
-/// Closing a database usually moves its write-ahead log into it. A file that is about to be refused stays as it is.
+/// By default SQLite copies the write-ahead log into the database when it closes it. A refused file must not change.
 void moveLogOnClose(sqlite3* connection, bool move) {
     sqlite3_db_config(connection, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, move ? 0 : 1, nullptr);
 }
@@ -70,7 +70,7 @@ void ConnectionCloser::operator()(sqlite3* open) const {
 }
 
 Database::Database(const std::string& file)
-    : path(absolutePath(file)), writable(makeFile(path) == FileAccess::WRITABLE) {
+    : path(absolutePath(file)), writable(createFile(path) == FileAccess::WRITABLE) {
     connect();
     try {
         check();
@@ -85,7 +85,7 @@ Database::Database(const std::string& file)
             throw DatabaseError(path + " is in use by another process");
         }
         if (code == SQLITE_NOTADB || code == SQLITE_CORRUPT) {
-            throw DamagedDatabase(path + " is damaged or no database (" + error.what() + ")");
+            throw DamagedDatabase(path + " is damaged or not a database (" + error.what() + ")");
         }
         throw;
     }
@@ -98,9 +98,9 @@ void Database::connect() {
     const char* fileSystem = nullptr;
     if (!writable) {
         readingLock = lockForReading(path);
-        // Without a write-ahead log the file is all there is. With one it has to be read too, without taking locks,
-        // which need a file that can be written to.
-        const bool hasLog = holdsData(path + "-wal");
+        // SQLite's locks need a writable file: "immutable" does without them but ignores a write-ahead log, "unix-none"
+        // reads it.
+        const bool hasLog = holdsData(path + walSuffix);
         name = uriOf(path) + (hasLog ? "" : "?immutable=1");
         flags = SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_URI;
         fileSystem = hasLog ? "unix-none" : nullptr;
@@ -113,14 +113,14 @@ void Database::connect() {
         fail(opened, "cannot open " + path);
     }
     sqlite3_extended_result_codes(opened, 1);
-    // Long enough for somebody's backup, short enough for a person who waits for the message.
+    // Long enough for another process to finish a backup, short enough for a person who waits.
     sqlite3_busy_timeout(opened, 1000);
     moveLogOnClose(opened, false);
 }
 
 void Database::check() {
     execute("PRAGMA locking_mode=EXCLUSIVE");
-    // Nothing of what people stored is ever put into a folder for temporary files.
+    // Stored values must not get into temporary files.
     execute("PRAGMA temp_store=MEMORY");
     const int owner = pragma("application_id");
     const int version = pragma("user_version");
@@ -144,18 +144,18 @@ void Database::check() {
 }
 
 void Database::configure() {
-    // The change to a write-ahead log is itself done with a rollback journal. If its removal were not synced, the
-    // journal could be back after a loss of power and undo the whole database.
+    // SQLite switches to a write-ahead log with a rollback journal. EXTRA syncs the removal of the journal, which could
+    // otherwise be back after a loss of power and roll everything back.
     execute("PRAGMA synchronous=EXTRA");
     execute("PRAGMA journal_mode=WAL");
     execute("PRAGMA synchronous=FULL");
     execute("PRAGMA wal_autocheckpoint=64");
-    // Some build SQLite so that it overwrites what is deleted. A log-out writes the whole database anew, so that would
-    // only make changes of large values write more, and a log-out need as much room as there are values.
+    // On by default in some builds of SQLite. A log-out rewrites the whole database anyway; here it would only write
+    // more for each change of a large value, and need disk space for a log-out.
     execute("PRAGMA secure_delete=OFF");
-    // Takes the lock at once, so that a second host is told at its start and not at its first write.
+    // Takes the lock now, so that a second host fails at its start and not at its first write.
     execute("BEGIN IMMEDIATE");
-    // A file that is marked already is not written to, so that a full disk does not keep the host from starting.
+    // A marked file is not written to, so that the host starts on a full disk.
     if (pragma("application_id") != applicationId) {
         execute("PRAGMA application_id=" + std::to_string(applicationId) +
                 "; PRAGMA user_version=" + std::to_string(schemaVersion));

@@ -12,13 +12,13 @@ struct sqlite3_stmt;
 
 namespace SettingsHost {
 
-/// What the database could not do, in words for the log.
+/// An operation of the database failed; `what()` is for the log.
 class DatabaseError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// The file does not hold what a database holds.
+/// The file is damaged or not a database.
 class DamagedDatabase : public DatabaseError {
 public:
     using DatabaseError::DatabaseError;
@@ -35,24 +35,25 @@ struct ConnectionCloser {
 };
 using Connection = std::unique_ptr<sqlite3, ConnectionCloser>;
 
-/// The one connection to the host's database file, held exclusively: no other process reads or writes the file while it
-/// is open. A write that has returned survives a loss of power. One thread only.
+/// The one connection to the database file, with an exclusive lock: no other process reads or writes the file while it
+/// is open. A write survives a loss of power once it has returned. Threads: one.
 class Database {
 public:
-    /// Opens the file at `path`, making it (0600) and its missing folders (0700) if need be.
-    /// Errors: `DamagedDatabase`; `NewerDatabase`; `DatabaseError` when the file is in use, not ours, or cannot be
-    /// opened. The file and its write-ahead log are then left as they are.
+    /// Opens the file at `path`. Creates it (0600) and its folders (0700) if they are missing.
+    /// Errors: `DamagedDatabase`; `NewerDatabase`; `DatabaseError` when the file is in use, belongs to another program,
+    /// or cannot be opened. The file and its write-ahead log are unchanged then.
     explicit Database(const std::string& path);
 
     const std::string& file() const { return path; }
-    /// False on a file system that cannot be written to: everything can be read, every change fails.
+    /// False on a read-only file system: values can be read, every change fails.
     bool isWritable() const { return writable; }
 
     /// Runs one or more statements without results.
     void execute(const std::string& sql);
-    /// Undoes a transaction that is open; does nothing when there is none.
+    /// Rolls an open transaction back; does nothing without one.
     void rollBack();
-    /// Moves all of the log into the database and cuts it off. A loss of power may bring it back until the next change.
+    /// Copies the write-ahead log into the database and truncates it. Until the next change a loss of power may bring
+    /// it back.
     void emptyLog();
     sqlite3* handle() const { return connection.get(); }
 
@@ -68,20 +69,20 @@ private:
     Connection connection;
 };
 
-/// A prepared statement that is used again and again. The database outlives it.
+/// A prepared statement, used repeatedly. The database outlives it.
 class Statement {
 public:
     Statement(Database& database, const std::string& sql);
 
-    /// Binds `bytes` to the parameter `index`, counted from 1. They must stay unchanged until the next `reset`.
+    /// Binds `bytes` to the parameter `index`, counted from 1. `bytes` must stay valid and unchanged until `reset`.
     Statement& bind(int index, const std::string& bytes);
-    /// Goes to the next row. Returns: false at the end.
+    /// Advances to the next row. Returns: false at the end.
     bool step();
     /// The bytes of a column of the current row, counted from 0.
     std::string column(int index) const;
     int number(int index) const;
     void reset();
-    /// Steps to the end and resets, also when that fails. Returns: how many rows it changed.
+    /// Steps to the end and resets, also on an error. Returns: the number of rows that it changed.
     int run();
 
 private:

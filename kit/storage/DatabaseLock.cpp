@@ -13,8 +13,8 @@ namespace SettingsHost {
 
 namespace {
 
-// The bytes that SQLite locks are part of the format of its files. Whoever has a database open in one of the ways that
-// the host and its tools use holds a lock on some of them.
+// The bytes that SQLite locks, as documented for its file format. A process that has a database open holds a lock on
+// some of them.
 constexpr off_t firstLockByte = 0x40000000;
 constexpr off_t lockBytes = 512;
 

@@ -6,14 +6,14 @@
 
 namespace SettingsHost {
 
-// Locks of a database file that do not go through SQLite, for files that SQLite takes no lock of or cannot read. They
-// last as long as the descriptor is open. SQLite and a lock for removal do not go together in one process: the system
-// drops the lock as soon as any descriptor of the file is closed.
+// Locks of a database file without SQLite, for files that SQLite does not lock or cannot read. A lock is held until the
+// descriptor is closed. A process that holds a lock for removal must not open the file with SQLite: the system drops
+// the lock as soon as any descriptor of the file is closed.
 
-/// Says that the file is being read, where SQLite takes no lock, because the file system cannot be written to.
+/// A shared lock for a file on a read-only file system, where SQLite takes no lock. Errors: `DatabaseError`.
 Descriptor lockForReading(const std::string& file);
 
-/// Keeps everybody who uses SQLite away from the file. Errors: `DatabaseError` when somebody reads or writes it.
+/// An exclusive lock against every process that uses SQLite. Errors: `DatabaseError` when the file is in use.
 Descriptor lockForRemoval(const std::string& file);
 
 }  // namespace SettingsHost

@@ -34,32 +34,32 @@ bool canOpen(const std::string& file, int flags) {
 void sync(const std::string& path) {
     const Descriptor opened = openFile(path, O_RDONLY);
     if (opened.get() < 0 || ::fsync(opened.get()) != 0) {
-        fail("cannot make sure of " + path);
+        fail("fsync failed for " + path);
     }
 }
 
-/// Names of files live in their folder, which has to be written out like a file.
+/// The name of a file is stored in its folder, which is synced like a file.
 void syncFolderOf(const std::string& path) {
     sync(std::filesystem::path(path).parent_path().string());
 }
 
 }  // namespace
 
-void makeFolders(const std::string& folder) {
+void createFolders(const std::string& folder) {
     std::error_code unused;
     if (folder.empty() || std::filesystem::exists(folder, unused)) {
         return;
     }
-    makeFolders(std::filesystem::path(folder).parent_path().string());
+    createFolders(std::filesystem::path(folder).parent_path().string());
     if (::mkdir(folder.c_str(), 0700) == 0) {
         syncFolderOf(folder);
     } else if (errno != EEXIST) {
-        fail("cannot make the folder " + folder);
+        fail("cannot create the folder " + folder);
     }
 }
 
-FileAccess makeFile(const std::string& file) {
-    makeFolders(std::filesystem::path(file).parent_path().string());
+FileAccess createFile(const std::string& file) {
+    createFolders(std::filesystem::path(file).parent_path().string());
     if (canOpen(file, O_RDWR)) {
         return FileAccess::WRITABLE;
     }
@@ -98,7 +98,7 @@ void copyFile(const std::string& from, const std::string& to) {
     removeFile(to);
     std::error_code error;
     if (!canOpen(to, O_RDWR | O_CREAT | O_EXCL)) {
-        fail("cannot make " + to);
+        fail("cannot create " + to);
     }
     if (!std::filesystem::copy_file(from, to, std::filesystem::copy_options::overwrite_existing, error)) {
         fail("cannot copy " + from + " to " + to, error.value());

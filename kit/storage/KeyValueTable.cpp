@@ -4,13 +4,13 @@ namespace SettingsHost {
 
 namespace {
 
-/// Resets a statement that is read from when the reading is over, also by an exception.
-class Reading {
+/// Resets a statement at the end of the scope, also on an exception.
+class ResetOnExit {
 public:
-    explicit Reading(Statement& used) : statement(used) {}
-    ~Reading() { statement.reset(); }
-    Reading(const Reading&) = delete;
-    Reading& operator=(const Reading&) = delete;
+    explicit ResetOnExit(Statement& used) : statement(used) {}
+    ~ResetOnExit() { statement.reset(); }
+    ResetOnExit(const ResetOnExit&) = delete;
+    ResetOnExit& operator=(const ResetOnExit&) = delete;
 
 private:
     Statement& statement;
@@ -35,7 +35,7 @@ KeyValueTable::KeyValueTable(Database& database, const std::string& name)
       countStatement(database, "SELECT count(*) FROM " + name) {}
 
 std::optional<std::string> KeyValueTable::get(const std::string& key) {
-    const Reading reading(getStatement);
+    const ResetOnExit reset(getStatement);
     if (!getStatement.bind(1, key).step()) {
         return std::nullopt;
     }
@@ -59,7 +59,7 @@ void KeyValueTable::clear() {
 }
 
 std::vector<std::string> KeyValueTable::keys() {
-    const Reading reading(keysStatement);
+    const ResetOnExit reset(keysStatement);
     std::vector<std::string> keys;
     while (keysStatement.step()) {
         keys.push_back(keysStatement.column(0));
@@ -68,7 +68,7 @@ std::vector<std::string> KeyValueTable::keys() {
 }
 
 int KeyValueTable::count() {
-    const Reading reading(countStatement);
+    const ResetOnExit reset(countStatement);
     countStatement.step();
     return countStatement.number(0);
 }

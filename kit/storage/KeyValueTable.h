@@ -8,18 +8,18 @@
 
 namespace SettingsHost {
 
-/// A table of keys and values, any bytes. Errors: `DatabaseError`; what was there before is then still there.
+/// A table of keys and values of any bytes. Errors: `DatabaseError`; the table is unchanged then.
 /// The database outlives it.
 class KeyValueTable {
 public:
-    /// `name`: the table's name, a plain word; made when it is missing.
+    /// Creates the table `name`, an SQL identifier, if it is missing.
     KeyValueTable(Database& database, const std::string& name);
 
     std::optional<std::string> get(const std::string& key);
     void put(const std::string& key, const std::string& value);
-    /// Returns: false when there was no such key.
+    /// Returns: false when the key did not exist.
     bool remove(const std::string& key);
-    /// Gives the entry `from` the key `to`. Returns: false when there is no `from`. Error when there is a `to`.
+    /// Changes the key `from` to `to`. Returns: false when `from` does not exist. Error when `to` exists.
     bool rename(const std::string& from, const std::string& to);
     void clear();
     std::vector<std::string> keys();

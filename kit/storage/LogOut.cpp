@@ -6,15 +6,15 @@
 
 #include "service/logging/HostLog.h"
 #include "storage/Backup.h"
-#include "storage/CompanionFiles.h"
+#include "storage/FileNames.h"
 #include "storage/Files.h"
 
 namespace SettingsHost {
 
 namespace {
 
-/// Is there while something is to be erased; it holds nothing.
-constexpr const char* noteTable = "log_out";
+/// Exists, empty, while files are still to be erased.
+constexpr const char* markTable = "log_out";
 
 bool hasTable(Database& database, const std::string& name) {
     Statement statement(database, "SELECT count(*) FROM sqlite_schema WHERE name='" + name + "'");
@@ -29,33 +29,33 @@ bool hasSettings(Database& database) {
     return Statement(database, std::string("SELECT 1 FROM ") + settingsTable + " LIMIT 1").step();
 }
 
-bool isMarked(const Database& database) {
+bool hasMarkerFile(const Database& database) {
     std::error_code unused;
-    return std::filesystem::exists(logOutMarkerOf(database.file()), unused);
+    return std::filesystem::exists(logOutMarkerName(database.file()), unused);
 }
 
-/// With the marker alone the log-out took place if there is nothing stored: then the database was lost with the note
-/// in it. Else it was given up before the deletion.
+/// The marker file without the table means one of two things. Without settings the database was lost after the
+/// deletion; with settings the log-out failed before the deletion.
 bool isToBeErased(Database& database) {
-    return hasTable(database, noteTable) || (isMarked(database) && !hasSettings(database));
+    return hasTable(database, markTable) || (hasMarkerFile(database) && !hasSettings(database));
 }
 
-void makeNote(Database& database) {
-    database.execute(std::string("CREATE TABLE IF NOT EXISTS ") + noteTable + " (pending)");
+void createMark(Database& database) {
+    database.execute(std::string("CREATE TABLE IF NOT EXISTS ") + markTable + " (pending)");
 }
 
-void giveUp(Database& database) {
+void abortLogOut(Database& database) {
     try {
         database.rollBack();
-        if (!hasTable(database, noteTable)) {
-            removeFile(logOutMarkerOf(database.file()));
+        if (!hasTable(database, markTable)) {
+            removeFile(logOutMarkerName(database.file()));
         }
     } catch (const DatabaseError&) {
-        // The marker goes with the next look or start, which finds that nothing was deleted.
+        // The next call of finishLogOut finds that nothing was deleted, and removes the marker.
     }
 }
 
-/// Goes on when something fails, so that as much as possible is gone. The note and the marker go when all is.
+/// Continues after a failure, to erase as much as possible. Table and marker file are removed when all is erased.
 void erase(Database& database) {
     std::string failure;
     const auto attempt = [&failure](const std::function<void()>& step) {
@@ -65,23 +65,23 @@ void erase(Database& database) {
             failure = failure.empty() ? error.what() : failure;
         }
     };
-    attempt([&] { makeNote(database); });
+    attempt([&] { createMark(database); });
     std::vector<std::string> files;
     attempt([&] { files = companionFiles(database.file()); });
     for (const auto& file : files) {
         attempt([&] { removeFile(file); });
     }
     attempt([&] {
-        // Writes the whole database anew. Deleted and overwritten values are in no page of the new one.
+        // Rewrites the whole database without deleted and overwritten values.
         database.execute("VACUUM");
         database.emptyLog();
     });
     if (!failure.empty()) {
         throw DatabaseError(failure);
     }
-    // Syncs the log, too, so that what was cut off cannot come back.
-    database.execute(std::string("DROP TABLE ") + noteTable);
-    removeFile(logOutMarkerOf(database.file()));
+    // Syncs the write-ahead log, so that the truncated part cannot come back.
+    database.execute(std::string("DROP TABLE ") + markTable);
+    removeFile(logOutMarkerName(database.file()));
 }
 
 void backUp(Database& database) {
@@ -91,25 +91,21 @@ void backUp(Database& database) {
         while (backup.step(pages)) {
         }
     } catch (const DatabaseError& error) {
-        logHost(VessaLogger::ERROR, std::string("cannot back the database up: ") + error.what());
+        logHost(VessaLogger::ERROR, std::string("database backup failed: ") + error.what());
     }
 }
 
 }  // namespace
 
-std::string logOutMarkerOf(const std::string& databaseFile) {
-    return databaseFile + ".log-out";
-}
-
 void beginLogOut(Database& database, const std::function<void()>& removeValues) {
     try {
-        makeFile(logOutMarkerOf(database.file()));
+        createFile(logOutMarkerName(database.file()));
         database.execute("BEGIN IMMEDIATE");
         removeValues();
-        makeNote(database);
+        createMark(database);
         database.execute("COMMIT");
     } catch (const DatabaseError&) {
-        giveUp(database);
+        abortLogOut(database);
         throw;
     }
 }
@@ -120,14 +116,14 @@ void finishLogOut(Database& database) {
     }
     try {
         if (!isToBeErased(database)) {
-            removeFile(logOutMarkerOf(database.file()));
+            removeFile(logOutMarkerName(database.file()));
             return;
         }
         erase(database);
     } catch (const DatabaseError& error) {
         logHost(VessaLogger::ERROR,
-                std::string("what a log-out removed is not erased from the disk yet, which is tried "
-                            "again within an hour and at the next start: ") +
+                std::string("a log-out is incomplete: removed values are still on the disk (retried hourly and at the "
+                            "next start): ") +
                     error.what());
         return;
     }

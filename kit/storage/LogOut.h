@@ -7,27 +7,23 @@
 
 namespace SettingsHost {
 
-// A log-out leaves nothing behind: after it no file of the storage holds a byte of a value that was stored in the
-// table of settings. Rows that are deleted stay in free pages, in the log, in backups and in databases that were set
-// aside, so all of these are erased as well. Tables of others stay.
+// After a log-out no file of the storage holds a byte of a value from the table of settings. Deleted rows stay in free
+// pages, in the write-ahead log, in backups and in databases that were set aside, so these are erased as well. Other
+// tables stay.
 //
-// The deletion itself is one transaction, with a table in the database that says that the rest is to be erased. The
-// file FILE.log-out is there from before the deletion to the end, so that a database which is lost meanwhile does not
-// come back from a backup.
+// One transaction deletes the rows and creates a table which marks that files are still to be erased. In addition the
+// file FILE.log-out exists from before the deletion until everything is erased, so that no backup is restored if the
+// database is lost in between.
 
 /// The name of the table that a log-out clears.
 constexpr const char* settingsTable = "settings";
 
-/// The name of the file that is there while a log-out is under way.
-std::string logOutMarkerOf(const std::string& databaseFile);
-
-/// Runs `removeValues`, which removes what is in the table of settings, so that it takes place for good together with
-/// the note that the rest is to be erased. To be followed by `finishLogOut`.
-/// Errors: `DatabaseError`; then no log-out has taken place.
+/// Runs `removeValues`, which clears the table of settings, in one transaction with the mark. Call `finishLogOut` next.
+/// Errors: `DatabaseError`; nothing was deleted then.
 void beginLogOut(Database& database, const std::function<void()>& removeValues);
 
-/// Erases what a log-out left, and makes a backup without it. Does nothing when there was none. No backup is being made
-/// meanwhile. What cannot be erased now is logged at level 3 and erased by a later call, also after a restart.
+/// Erases what a log-out left behind, then makes a new backup. Does nothing without an unfinished log-out. No backup
+/// may be in progress. What cannot be erased is logged at level 3 and erased by a later call, also after a restart.
 void finishLogOut(Database& database);
 
 }  // namespace SettingsHost

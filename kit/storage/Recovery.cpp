@@ -1,10 +1,10 @@
 #include "storage/Recovery.h"
 
+#include <algorithm>
 #include <filesystem>
 
 #include "service/logging/HostLog.h"
-#include "storage/Backup.h"
-#include "storage/CompanionFiles.h"
+#include "storage/FileNames.h"
 #include "storage/Files.h"
 #include "storage/LogOut.h"
 
@@ -21,40 +21,37 @@ bool exists(const std::string& path) {
     return std::filesystem::exists(std::filesystem::symlink_status(path, unused));
 }
 
-bool isFree(const std::string& file) {
-    for (const auto* companion : companions) {
-        if (exists(file + companion)) {
-            return false;
-        }
-    }
-    return !exists(file);
+bool isFree(const std::string& name) {
+    const auto files = databaseFiles(name);
+    return std::none_of(files.begin(), files.end(), exists);
 }
 
-/// The database and what is beside it, under the first free name.
-/// Returns: that name, without the folder; empty when there was nothing to keep.
+/// Renames the database and SQLite's files beside it to the first free name.
+/// Returns: that name, without the folder; empty when there was no file.
 std::string setAside(const std::string& file) {
-    std::string newFile = file + ".damaged";
-    for (int number = 2; !isFree(newFile); ++number) {
-        newFile = file + ".damaged." + std::to_string(number);
+    int number = 1;
+    while (!isFree(damagedName(file, number))) {
+        ++number;
     }
+    const std::string newFile = damagedName(file, number);
     bool found = false;
-    for (const std::string ending : {"", companions[0], companions[1]}) {
-        if (exists(file + ending)) {
-            moveFile(file + ending, newFile + ending);
+    // The database first: a log without a database is set aside by the next start, too.
+    for (const std::string suffix : {"", walSuffix, journalSuffix}) {
+        if (exists(file + suffix)) {
+            moveFile(file + suffix, newFile + suffix);
             found = true;
         }
     }
     return found ? nameOf(newFile) : "";
 }
 
-/// Puts a copy of a backup at the place of the database, once the copy has proved to be in order.
+/// Replaces the database with a copy of a backup, after the copy was opened and checked.
 bool restore(const std::string& backup, const std::string& file) {
-    const std::string copy = file + ".restoring";
+    const std::string copy = unfinishedRestoreName(file);
     try {
-        for (const auto* companion : companions) {
-            // Of an attempt that a loss of power cut short.
-            removeFile(copy + companion);
-        }
+        // Left over from a restore that a loss of power interrupted.
+        removeFile(copy + walSuffix);
+        removeFile(copy + journalSuffix);
         copyFile(backup, copy);
         { const Database openedToCheck(copy); }
         moveFile(copy, file);
@@ -67,29 +64,30 @@ bool restore(const std::string& backup, const std::string& file) {
 }
 
 Recovery::Source restoreNewest(const std::string& file) {
-    for (int generation = 1; generation <= Backup::generations; ++generation) {
-        const std::string backup = Backup::nameOf(file, generation);
+    for (int generation = 1; generation <= backupGenerations; ++generation) {
+        const std::string backup = backupName(file, generation);
         if (holdsData(backup) && restore(backup, file)) {
             logHost(VessaLogger::ERROR,
                     "the database was restored from " + nameOf(backup) + "; changes made since that backup are lost");
             return Recovery::Source::BACKUP;
         }
     }
-    logHost(VessaLogger::ERROR, "there is no backup to restore the database from; all settings have their defaults");
+    logHost(VessaLogger::ERROR, "no usable backup; all settings have their defaults");
     return Recovery::Source::DEFAULTS;
 }
 
-/// A database that was never there leaves nothing behind.
+/// Did a database exist before?
 bool leftTraces(const std::string& file) {
-    return holdsData(Backup::nameOf(file, 1)) || holdsData(Backup::nameOf(file, 2)) || holdsData(file + "-wal");
+    return holdsData(backupName(file, 1)) || holdsData(backupName(file, 2)) || holdsData(file + walSuffix);
 }
 
-/// What is left of a database that was lost during a log-out, and its backups, may hold what the log-out removed.
-void beginAnewAfterLogOut(const std::string& file, Recovery& recovery) {
-    for (const std::string ending : {companions[0], companions[1], ""}) {
-        removeFile(file + ending);
+/// A database that was lost during a log-out and its backups may hold values that the log-out removed.
+void startEmptyAfterLogOut(const std::string& file, Recovery& recovery) {
+    for (const auto& name : databaseFiles(file)) {
+        removeFile(name);
     }
-    logHost(VessaLogger::ERROR, "a log-out was under way, so no backup is restored; all settings have their defaults");
+    logHost(VessaLogger::ERROR,
+            "a log-out was in progress, so no backup is restored; all settings have their defaults");
     recovery.source = Recovery::Source::DEFAULTS;
 }
 
@@ -101,15 +99,15 @@ Database openOrRestore(const std::string& file, Recovery& recovery) {
             logHost(VessaLogger::ERROR, damage.what());
         }
     } else {
-        logHost(VessaLogger::ERROR, file + " is missing or empty, but there was one");
+        logHost(VessaLogger::ERROR, file + " is missing or empty, although backups or a log of it exist");
     }
-    if (exists(logOutMarkerOf(file))) {
-        beginAnewAfterLogOut(file, recovery);
+    if (exists(logOutMarkerName(file))) {
+        startEmptyAfterLogOut(file, recovery);
         return Database(file);
     }
     recovery.setAside = setAside(file);
     if (!recovery.setAside.empty()) {
-        logHost(VessaLogger::ERROR, "what was found was kept as " + recovery.setAside);
+        logHost(VessaLogger::ERROR, "the old files were kept as " + recovery.setAside);
     }
     recovery.source = restoreNewest(file);
     return Database(file);

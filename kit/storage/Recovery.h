@@ -6,28 +6,28 @@
 
 namespace SettingsHost {
 
-/// What had to be done about the database at the start.
+/// What was done about the database at the start.
 struct Recovery {
     enum class Source {
-        /// The database was in order, or there was none yet.
+        /// The database was good, or there was none yet.
         NOT_NEEDED,
-        /// The newest backup that is in order took its place.
+        /// The newest good backup replaced it.
         BACKUP,
-        /// No backup could be used: everything begins anew.
+        /// No backup was usable: the database is empty.
         DEFAULTS,
     };
 
     Source source = Source::NOT_NEEDED;
-    /// The name, without the folder, under which the damaged file was kept; empty when there was none.
+    /// The name, without the folder, to which the damaged file was renamed; empty when there was none.
     std::string setAside;
 };
 
-/// Opens the database at `path`. A damaged one is kept as `path`.damaged (or .damaged.2, …), its write-ahead log as
-/// `path`.damaged-wal, and the newest backup in order takes its place, see Backup.h. The same happens when the file is
-/// missing or empty but left backups or a log, as after a repair of the file system. Logs at level 3 what was done and
-/// says so in `recovery`. A log-out that was cut short is finished first, see LogOut.h; a database that was lost
-/// during one is neither kept nor restored. A loss of power on the way is made up for by the next start.
-/// Errors: `DatabaseError` when nothing could be opened; nothing is lost then.
+/// Opens the database at `path`. A damaged one is renamed to `path`.damaged (or .damaged.2, …), its write-ahead log to
+/// `path`.damaged-wal, and replaced with the newest good backup, see Backup.h. The same happens when the file is
+/// missing or empty while backups or a log exist, as after a repair of the file system. What was done is logged at
+/// level 3 and returned in `recovery`. An interrupted log-out is finished, see LogOut.h; a database that was lost
+/// during a log-out is neither kept nor restored. After a loss of power the next start completes the recovery. Errors:
+/// `DatabaseError` when no database could be opened; nothing is lost then.
 Database openOrRecover(const std::string& path, Recovery& recovery);
 
 }  // namespace SettingsHost

@@ -11,7 +11,7 @@ namespace SettingsHost {
 
 namespace {
 
-/// A change that breaks a limit of ours. The database is well.
+/// A change exceeds a limit. The database itself works.
 class LimitError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -25,21 +25,21 @@ std::string shown(const std::string& key) {
 }  // namespace
 
 SqliteStorage::SqliteStorage(Database& openDatabase, std::shared_ptr<ValueObserver> observerOfValues,
-                             StorageObserver& storageObserver, std::function<void()> giveBackupUp)
+                             StorageObserver& storageObserver, std::function<void()> cancelBackup)
     : database(openDatabase),
       table(database, settingsTable),
       valueObserver(std::move(observerOfValues)),
-      stopBackup(std::move(giveBackupUp)),
+      stopBackup(std::move(cancelBackup)),
       observer(storageObserver) {
     if (!database.isWritable()) {
         lastHealth.writable = false;
-        lastHealth.lastFailure = "the file system cannot be written to";
-        logHost(VessaLogger::ERROR, "no change will be stored: " + lastHealth.lastFailure);
+        lastHealth.lastFailure = "the file system is read-only";
+        logHost(VessaLogger::ERROR, "changes cannot be stored: " + lastHealth.lastFailure);
     }
 }
 
-/// Runs `action`, and tells the observer, the health and, on failure, the log what came of it. `what` could not be
-/// done.
+/// Runs `action` and reports the result to observer and health, a failure also to the log. `what` describes the
+/// failure.
 bool SqliteStorage::attempt(StorageOperation operation, const std::function<std::string()>& what,
                             const std::function<void()>& action) {
     const auto start = std::chrono::steady_clock::now();
@@ -94,10 +94,10 @@ void SqliteStorage::put(const std::string& key, const std::string& value) {
     const std::size_t oldBytes = old ? key.size() + old->size() : 0;
     const std::size_t newBytes = key.size() + value.size();
     if (!old && usage->keys >= maximumKeys) {
-        throw LimitError("there are 1,000 keys already");
+        throw LimitError("the limit of 1,000 keys is reached");
     }
     if (newBytes > oldBytes && usage->bytes - oldBytes + newBytes > maximumBytes) {
-        throw LimitError("keys and values would take more than 1 MiB together");
+        throw LimitError("keys and values would exceed 1 MiB in total");
     }
     const Usage after{usage->keys + (old ? 0 : 1), usage->bytes - oldBytes + newBytes};
     usage.reset();

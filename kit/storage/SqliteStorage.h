@@ -12,11 +12,11 @@
 
 namespace SettingsHost {
 
-/// The persistent storage of settings. What `setValue` accepted survives a loss of power.
+/// The persistent storage of settings. A value that `setValue` accepted survives a loss of power.
 ///
-/// Limits: keys to 256 bytes, values to 64 KiB, 1,000 keys, keys and values together 1 MiB. What is stored beyond a
-/// limit already stays and may shrink. Every failure is answered with false (an empty value when reading) and logged at
-/// level 3 with its reason. One thread only; the database outlives it.
+/// Limits: 256 bytes per key, 64 KiB per value, 1,000 keys, 1 MiB for all keys and values. Values beyond a limit that
+/// are stored already stay and may shrink. A failed operation returns false (an empty value when reading) and logs the
+/// reason at level 3. Threads: one. The database outlives it.
 class SqliteStorage : public SDKWrapper::StorageManagerInterface {
 public:
     static constexpr std::size_t maximumKeyLength = 256;
@@ -25,18 +25,18 @@ public:
     static constexpr std::size_t maximumBytes = std::size_t{1024} * 1024;
 
     /// `valueObserver` is notified of each key that `clearStorage` removed. `storageObserver` outlives the storage.
-    /// `giveBackupUp`: stops a backup of the database that is being made, before what it copied is erased.
+    /// `cancelBackup`: stops a backup that is in progress, before its copy is erased.
     SqliteStorage(
         Database& database, std::shared_ptr<ValueObserver> valueObserver, StorageObserver& storageObserver,
-        std::function<void()> giveBackupUp = [] {});
+        std::function<void()> cancelBackup = [] {});
 
     void getValue(const std::string& key, std::string& value) override;
     bool setValue(const std::string& key, const std::string& value) override;
     bool removeValue(const std::string& key) override;
-    /// Leaves nothing of what was stored on the disk, see LogOut.h.
+    /// Erases the values from all files, see LogOut.h.
     bool clearStorage() override;
 
-    /// Moves the value of `key` to the first free one of `key`.unusable, `key`.unusable.2, …
+    /// Renames `key` to the first free one of `key`.unusable, `key`.unusable.2, …
     /// Returns: the new key; empty when that failed (logged).
     std::string setAside(const std::string& key);
 
@@ -60,8 +60,8 @@ private:
     std::function<void()> stopBackup;
     StorageObserver& observer;
     StorageHealth lastHealth;
-    /// What is stored. Counting looks at everything, so it waits for the first change, and is done anew after a change
-    /// of another kind or one that failed.
+    /// What is stored. Empty until the first `setValue` counts it, and after other changes and failures: counting reads
+    /// the whole table.
     std::optional<Usage> usage;
 };
 

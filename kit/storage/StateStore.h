@@ -5,7 +5,7 @@
 
 namespace SettingsHost {
 
-/// Where the simulated voice SDK and device keep their state over a restart.
+/// Persistent state that is not a setting, such as that of the simulation.
 class StateStore {
 public:
     StateStore() = default;
@@ -13,9 +13,9 @@ public:
     StateStore& operator=(const StateStore&) = delete;
     virtual ~StateStore() = default;
 
-    /// What was saved under `key`; nothing when nothing was, or it cannot be read.
+    /// The value of `key`; nothing when there is none or it cannot be read.
     virtual std::optional<std::string> load(const std::string& key) = 0;
-    /// Returns: false when it could not be saved (logged at level 3); what was saved before is then still there.
+    /// Returns: false when it could not be saved (logged at level 3); the old value stays then.
     virtual bool save(const std::string& key, const std::string& value) = 0;
 };
 

@@ -8,7 +8,7 @@ namespace SettingsHost {
 
 enum class StorageOperation { READ, WRITE, REMOVE, CLEAR };
 
-/// Told of each operation of the storage once it is over. It does not call back.
+/// Is notified after each operation of the storage. Must not call the storage.
 class StorageObserver {
 public:
     StorageObserver() = default;
@@ -19,14 +19,14 @@ public:
     virtual void storageOperation(StorageOperation operation, bool succeeded, std::chrono::nanoseconds duration) = 0;
 };
 
-/// How the storage fares.
+/// The health of the storage.
 struct StorageHealth {
-    /// Did the last change that was tried reach the database? What is refused for its size does not count.
+    /// Did the last attempted change reach the database? Changes beyond a limit do not count.
     bool writable = true;
-    /// Operations that failed since the start, and why the last one did; never a key or a value.
+    /// Failed operations since the start, and the reason of the last one, without keys or values.
     unsigned long failures = 0;
     std::string lastFailure;
-    /// How many keys are stored; 0 when they cannot be counted.
+    /// The number of stored keys; 0 when they cannot be counted.
     std::size_t keys = 0;
 };
 

@@ -20,7 +20,7 @@ bool TableStateStore::save(const std::string& key, const std::string& value) {
         table.put(key, value);
         return true;
     } catch (const DatabaseError& error) {
-        logHost(VessaLogger::ERROR, "cannot save the state of '" + key + "', the old one stays: " + error.what());
+        logHost(VessaLogger::ERROR, "cannot save the state of '" + key + "', the old state is kept: " + error.what());
         return false;
     }
 }

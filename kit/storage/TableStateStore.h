@@ -5,7 +5,7 @@
 
 namespace SettingsHost {
 
-/// State in a table of its own in the host's database. The database outlives it.
+/// State in a table of its own in the database. The database outlives it.
 class TableStateStore : public StateStore {
 public:
     TableStateStore(Database& database, const std::string& tableName);

@@ -6,7 +6,7 @@
 
 namespace Endurance {
 
-/// The host's figures at one moment.
+/// One measurement of the host.
 struct Sample {
     std::uint64_t requests = 0;
     double seconds = 0;
@@ -14,15 +14,15 @@ struct Sample {
     std::size_t descriptors = 0;
 };
 
-/// The samples of a run, of which the first quarter is the warm-up: caches, pools and the heap find their size.
+/// The samples of a run. The first quarter is the warm-up, in which caches and the heap grow.
 class MemoryCurve {
 public:
     void add(const Sample& sample) { samples.push_back(sample); }
     const std::vector<Sample>& all() const { return samples; }
 
-    /// By how much the most resident memory after the warm-up exceeds that at its end, in KiB.
+    /// How much the peak of resident memory after the warm-up exceeds that at its end, in KiB.
     std::size_t growth() const;
-    /// Had the host the same number of descriptors at its last sample as at the end of the warm-up?
+    /// Is the number of descriptors in the last sample the same as at the end of the warm-up?
     bool descriptorsAreSteady() const;
 
 private:

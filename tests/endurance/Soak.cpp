@@ -10,10 +10,10 @@
 #include <CLI/CLI.hpp>
 
 #include "MemoryCurve.h"
-#include "ProcessMemory.h"
 #include "SoakClient.h"
 #include "SoakDevice.h"
 #include "support/ChildProcess.h"
+#include "support/ProcessUsage.h"
 #include "support/TemporaryDirectory.h"
 
 namespace Endurance {
@@ -29,12 +29,12 @@ struct Plan {
 
 constexpr int clientCount = 4;
 constexpr std::uint64_t sampleCount = 20;
-/// In rounds; one round is a batch of each client and the device's commands.
+/// In rounds; a round is one batch of each client and the device commands.
 constexpr std::uint64_t reconnectEvery = 20;
 constexpr std::uint64_t logOutEvery = 2000;
 constexpr std::uint64_t firstLogOut = 20;
 
-/// Reads the host's log, so that it never waits for its reader, and counts it.
+/// Reads the host's log, so that the pipe never fills, and counts the lines.
 class LogReader {
 public:
     explicit LogReader(TestSupport::LineReader& errors)
@@ -50,13 +50,13 @@ public:
     LogReader(const LogReader&) = delete;
     LogReader& operator=(const LogReader&) = delete;
 
-    /// Waits until the host has closed its log.
+    /// Waits until the host closes its log.
     void finish() {
         if (thread.joinable()) {
             thread.join();
         }
     }
-    /// Once finished.
+    /// After `finish`.
     std::uint64_t lines() const { return count; }
     const std::string& lastLine() const { return last; }
 
@@ -70,7 +70,7 @@ class Soak {
 public:
     explicit Soak(const Plan& chosen) : plan(chosen) {}
 
-    /// Returns: was all well?
+    /// Returns: true when the run passed.
     bool run();
 
 private:
@@ -114,7 +114,7 @@ void Soak::start() {
     device = std::make_unique<SoakDevice>(deviceSocket);
 }
 
-/// At the start of a round, when nothing is under way.
+/// Called between rounds, when no batch is in progress.
 void Soak::comeAndGo() {
     if (round % reconnectEvery == 0) {
         clients[round / reconnectEvery % clients.size()].reconnect();
@@ -138,7 +138,8 @@ void Soak::sendRound() {
 }
 
 void Soak::sample() {
-    curve.add({sent, seconds(), residentKibibytes(host->pid()), openDescriptors(host->pid())});
+    curve.add(
+        {sent, seconds(), TestSupport::residentMemory(host->pid()) / 1024, TestSupport::openDescriptors(host->pid())});
     const Sample& taken = curve.all().back();
     std::printf("%9llu requests %7.1f s %7zu KiB %3zu descriptors\n", static_cast<unsigned long long>(taken.requests),
                 taken.seconds, taken.residentKibibytes, taken.descriptors);
@@ -151,7 +152,7 @@ void Soak::sendAll() {
     std::uint64_t nextSample = plan.requests / sampleCount;
     while (sent < plan.requests) {
         if (seconds() > plan.minutes * 60) {
-            throw std::runtime_error("the time is up");
+            throw std::runtime_error("timeout");
         }
         sendRound();
         if (sent >= nextSample) {
@@ -176,19 +177,19 @@ bool Soak::judge() const {
 bool Soak::run() {
     start();
     LogReader log(host->errors());
-    bool well = false;
+    bool passed = false;
     try {
         sendAll();
-        well = judge();
+        passed = judge();
     } catch (const std::exception& error) {
         std::printf("failed: %s\n", error.what());
     }
     clients.clear();
     device.reset();
-    // A host that still runs after a failure is stopped like any other.
-    auto status = well ? std::nullopt : host->wait(std::chrono::seconds(2));
+    // After a failure the host may still run.
+    auto status = passed ? std::nullopt : host->wait(std::chrono::seconds(2));
     if (status) {
-        std::printf("the host had ended before it was told to\n");
+        std::printf("the host ended before it was stopped\n");
     } else {
         host->sendSignal(SIGTERM);
         status = host->wait(std::chrono::minutes(1));
@@ -199,7 +200,7 @@ bool Soak::run() {
     log.finish();
     std::printf("the host ended with status %d after %llu lines of log; the last: %s\n", status.value_or(-1),
                 static_cast<unsigned long long>(log.lines()), log.lastLine().c_str());
-    return well && status == 0;
+    return passed && status == 0;
 }
 
 }  // namespace
@@ -208,13 +209,12 @@ bool Soak::run() {
 
 int main(int argumentCount, char** arguments) {
     Endurance::Plan plan;
-    CLI::App app(
-        "Sends a host so many requests and watches its memory. TMPDIR says where its database and sockets are.");
+    CLI::App app("Sends requests to a host and measures its memory. Its database and sockets are in TMPDIR.");
     app.option_defaults()->always_capture_default();
-    app.add_option("--requests", plan.requests, "How many");
-    app.add_option("--minutes", plan.minutes, "Gives up after so long");
-    app.add_option("--growth", plan.growthKibibytes, "By how many KiB the host may grow after the warm-up");
-    app.add_option("host", plan.host, "The host to start, with what has to stand in front of it")->required();
+    app.add_option("--requests", plan.requests, "Number of requests");
+    app.add_option("--minutes", plan.minutes, "Timeout in minutes");
+    app.add_option("--growth", plan.growthKibibytes, "Allowed growth of memory after the warm-up, in KiB");
+    app.add_option("host", plan.host, "Command that starts the host")->required();
     CLI11_PARSE(app, argumentCount, arguments);
     try {
         return Endurance::Soak(plan).run() ? 0 : 1;

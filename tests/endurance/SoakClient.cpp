@@ -56,7 +56,7 @@ void SoakClient::addChanges(const std::string& mark, std::uint64_t round) {
     add(R"({"type":19})");
 }
 
-/// What the transport refuses, what the handler drops with a line in the log, and what is kept away from it.
+/// Frames that the host refuses, requests that the handler drops with a log line, and values that are rejected.
 void SoakClient::addRefused(const std::string& mark) {
     add("no JSON " + mark);
     expected.emplace_back(R"({"error":{"code":"not-json")");
@@ -92,13 +92,13 @@ std::uint64_t SoakClient::sendBatch(std::uint64_t round) {
     addRefused(mark);
     addQuestions(mark, ownKey, ownValue);
     if (!connection->send(batch)) {
-        throw std::runtime_error("the host hung up on client " + name);
+        throw std::runtime_error("the host disconnected client " + name);
     }
     return batchSize;
 }
 
 std::uint64_t SoakClient::logOut() {
-    // It is not answered itself.
+    // A log-out has no reply.
     connection->sendLine(R"({"type":22})");
     connection->sendLine(R"({"type":18,"messageId":"done"})");
     expected.push_back(replyStart(18, "done"));
@@ -111,7 +111,8 @@ void SoakClient::checkEvent(const std::string& line) {
     const std::size_t place = line.find(member);
     const std::uint64_t sequence = place == std::string::npos ? 0 : std::stoull(line.substr(place + member.size()));
     if (sequence == 0 || (lastSequence != 0 && sequence != lastSequence + 1)) {
-        throw std::runtime_error("client " + name + " got, after event " + std::to_string(lastSequence) + ": " + line);
+        throw std::runtime_error("client " + name + " received, after event " + std::to_string(lastSequence) + ": " +
+                                 line);
     }
     lastSequence = sequence;
     ++eventCount;
@@ -122,7 +123,7 @@ void SoakClient::receiveAnswers() {
         const auto line = connection->receiveLine();
         if (!line) {
             throw std::runtime_error("client " + name +
-                                     (connection->closedByPeer() ? " was cut off" : " waited in vain") +
+                                     (connection->closedByPeer() ? " was disconnected" : " received nothing") +
                                      ", after event " + std::to_string(lastSequence) + ", before " + expected.front());
         }
         if (startsWith(*line, R"({"type":25,)")) {
@@ -130,7 +131,7 @@ void SoakClient::receiveAnswers() {
         } else if (startsWith(*line, expected.front())) {
             expected.pop_front();
         } else if (!startsWith(*line, R"({"notice":)")) {
-            throw std::runtime_error("client " + name + " got, instead of " + expected.front() + ": " + *line);
+            throw std::runtime_error("client " + name + " received, instead of " + expected.front() + ": " + *line);
         }
     }
 }

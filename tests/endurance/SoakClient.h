@@ -9,22 +9,22 @@
 
 namespace Endurance {
 
-/// A client of the settings socket that sends pipelined batches of everything a client may send, good and bad, and
-/// checks that each question gets its own answer, in order, and that no event is lost between them.
+/// A client of the settings socket that sends pipelined batches of all kinds of requests, valid and invalid, and checks
+/// that every reply arrives in order and no event is lost.
 class SoakClient {
 public:
-    /// Keys that this client alone writes, besides those that all share.
+    /// The number of keys that only this client writes.
     static constexpr std::uint64_t ownKeys = 50;
 
     SoakClient(std::string socketPath, int number);
 
-    /// Sends the batch `round`, in which every value is one that was not sent before. Returns: how many requests.
+    /// Sends the batch `round`, with values that were not sent before. Returns: the number of requests.
     std::uint64_t sendBatch(std::uint64_t round);
 
-    /// Reads until the batch is answered. Errors: throws `std::runtime_error` on a wrong, missing or late answer.
+    /// Reads all replies of the batch. Errors: `std::runtime_error` for a wrong, missing or late reply.
     void receiveAnswers();
 
-    /// Clears the settings of all clients, which may have nothing under way. Returns: how many requests that took.
+    /// Logs out; no client may have a batch in progress. Returns: the number of requests.
     std::uint64_t logOut();
 
     void reconnect();
@@ -44,9 +44,9 @@ private:
     std::unique_ptr<TestSupport::LineClient> connection;
     std::string batch;
     std::uint64_t batchSize = 0;
-    /// How the answers must begin that have not come yet.
+    /// The beginnings of the replies that are still expected.
     std::deque<std::string> expected;
-    /// 0: none seen on this connection.
+    /// 0: no event on this connection yet.
     std::uint64_t lastSequence = 0;
     std::uint64_t eventCount = 0;
 };

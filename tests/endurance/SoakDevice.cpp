@@ -7,7 +7,7 @@ namespace Endurance {
 
 namespace {
 
-/// How the answers to the commands below begin, in their order.
+/// The beginnings of the replies to the commands below, in order.
 const std::vector<std::string>& answerStarts() {
     static const std::string done = R"({"ok":true})";
     static const std::vector<std::string> starts{done,
@@ -36,7 +36,7 @@ std::uint64_t SoakDevice::sendCommands(std::uint64_t round) {
         R"({"command":"setting","key":"deviceName","value":"Den )" + mark + "\"}\n" + R"({"command":"show"})" + "\n" +
         R"({"command":"fly )" + mark + "\"}\n" + R"({"command":"setting","key":"orliaLocale","value":"{}"})" + "\n";
     if (!connection.send(commands)) {
-        throw std::runtime_error("the host hung up on the device's client");
+        throw std::runtime_error("the host disconnected the device's client");
     }
     return answerStarts().size();
 }
@@ -45,7 +45,8 @@ void SoakDevice::receiveAnswers() {
     for (const auto& start : answerStarts()) {
         const auto line = connection.receiveLine();
         if (!line || line->compare(0, start.size(), start) != 0) {
-            throw std::runtime_error("the device's client got, instead of " + start + ": " + line.value_or("nothing"));
+            throw std::runtime_error("the device's client received, instead of " + start + ": " +
+                                     line.value_or("nothing"));
         }
     }
 }

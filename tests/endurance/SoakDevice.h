@@ -7,15 +7,15 @@
 
 namespace Endurance {
 
-/// The person at the simulated television: changes at the device socket what clients change at theirs.
+/// Sends device commands that change the same settings as the clients.
 class SoakDevice {
 public:
     explicit SoakDevice(const std::string& socketPath) : connection(socketPath) {}
 
-    /// Sends the commands of `round`, all at once. Returns: how many.
+    /// Sends the commands of `round` at once. Returns: their number.
     std::uint64_t sendCommands(std::uint64_t round);
 
-    /// Errors: throws `std::runtime_error` on a wrong, missing or late answer.
+    /// Errors: `std::runtime_error` for a wrong, missing or late reply.
     void receiveAnswers();
 
 private:

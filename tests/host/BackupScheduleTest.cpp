@@ -24,7 +24,7 @@ protected:
         loop.run();
     }
 
-    bool exists(int generation) { return std::filesystem::exists(Backup::nameOf(file, generation)); }
+    bool exists(int generation) { return std::filesystem::exists(backupName(file, generation)); }
 
     EventLoop loop;
     MessageHub clients{std::make_shared<TrafficObservers>()};
@@ -41,8 +41,8 @@ TEST_F(BackupScheduleTest, MakesABackupOnceItIsDueAndNotBefore) {
     EXPECT_FALSE(exists(2)) << "the first is still fresh";
     makeOlder(1, 25h);
     serveUntil([&] { return exists(2); });
-    EXPECT_EQ(log.take(), (std::vector<std::string>{"1 settings-host:backed the database up",
-                                                    "1 settings-host:backed the database up"}));
+    EXPECT_EQ(log.take(),
+              (std::vector<std::string>{"1 settings-host:database backed up", "1 settings-host:database backed up"}));
 }
 
 TEST_F(BackupScheduleTest, SaysWhatGoesWrongAndTriesAgain) {
@@ -58,19 +58,19 @@ TEST_F(BackupScheduleTest, SaysWhatGoesWrongAndTriesAgain) {
         }
         return exists(1) && lines.size() == 2;
     });
-    EXPECT_EQ(lines, (std::vector<std::string>{"3 settings-host:cannot back the database up: database or disk is full",
-                                               "1 settings-host:backed the database up"}));
+    EXPECT_EQ(lines, (std::vector<std::string>{"3 settings-host:database backup failed: database or disk is full",
+                                               "1 settings-host:database backed up"}));
 }
 
 TEST_F(BackupScheduleTest, GivesUpWhenToldToAndBeginsAnewAtTheNextLook) {
     fill();
     BackupSchedule schedule(loop, database, {1ms, 5ms, 24h, 1});
     serveUntil([&] { return std::filesystem::exists(file + ".backup.new"); });
-    schedule.giveUp();
+    schedule.cancel();
     EXPECT_EQ(files(), (std::vector<std::string>{"settings.db", "settings.db-wal"}));
     serveUntil([&] { return exists(1); });
     EXPECT_EQ(valueIn(1, "key20"), std::string(5000, 'v'));
-    EXPECT_EQ(log.take(), std::vector<std::string>{"1 settings-host:backed the database up"});
+    EXPECT_EQ(log.take(), std::vector<std::string>{"1 settings-host:database backed up"});
 }
 
 TEST_F(BackupScheduleTest, ErasesAtALookWhatALogOutCouldNot) {
@@ -80,10 +80,10 @@ TEST_F(BackupScheduleTest, ErasesAtALookWhatALogOutCouldNot) {
     finishLogOut(database);
     disk.work();
     EXPECT_EQ(log.take().size(), 1U);
-    EXPECT_TRUE(std::filesystem::exists(logOutMarkerOf(file)));
+    EXPECT_TRUE(std::filesystem::exists(logOutMarkerName(file)));
     const BackupSchedule schedule(loop, database, {1ms, 5ms, 24h, 1});
     serveUntil([&] { return exists(1); });
-    EXPECT_FALSE(std::filesystem::exists(logOutMarkerOf(file)));
+    EXPECT_FALSE(std::filesystem::exists(logOutMarkerName(file)));
     EXPECT_EQ(log.take(), std::vector<std::string>{});
 }
 

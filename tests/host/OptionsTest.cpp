@@ -76,7 +76,7 @@ TEST_F(OptionsTest, EveryOptionIsTaken) {
     EXPECT_FALSE(options.listen);
 }
 
-TEST_F(OptionsTest, PagesAreServedUnlessForbidden) {
+TEST_F(OptionsTest, PagesAreServedByDefault) {
     EXPECT_EQ(parse({}).listen.value().text(), "127.0.0.1:8097");
     const Options options =
         parse({"--listen", "[::1]:9000", "--pages", "/pages", "--allow-origin", "http://localhost:5173"});
@@ -85,7 +85,7 @@ TEST_F(OptionsTest, PagesAreServedUnlessForbidden) {
     EXPECT_EQ(options.allowedOrigin, "http://localhost:5173");
 }
 
-TEST_F(OptionsTest, RefusesAddressesAndOriginsThatAreNone) {
+TEST_F(OptionsTest, RefusesInvalidAddressesAndOrigins) {
     EXPECT_EQ(statusOf({"--listen", "0.0.0.0:8097"}), 2);
     EXPECT_EQ(statusOf({"--listen", "127.0.0.1"}), 2);
     EXPECT_EQ(statusOf({"--listen", "127.0.0.1:1", "--no-web"}), 2);
@@ -108,7 +108,7 @@ TEST_F(OptionsTest, HelpAndVersionEndWithZeroAndWrongUsageWithTwo) {
     }
 }
 
-TEST_F(OptionsTest, YesAnswersTheQuestionOfAResetAndNothingElse) {
+TEST_F(OptionsTest, YesNeedsReset) {
     EXPECT_FALSE(parse({}).reset);
     EXPECT_TRUE(parse({"--reset"}).reset);
     EXPECT_FALSE(parse({"--reset"}).resetConfirmed);

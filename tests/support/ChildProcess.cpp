@@ -19,28 +19,28 @@ namespace {
 struct Pipe {
     Pipe() {
         if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
-            throw std::runtime_error("cannot make a pipe");
+            throw std::runtime_error("cannot create a pipe");
         }
     }
     std::array<int, 2> ends{-1, -1};
 };
 
-/// Puts the sockets at the places where the program looks for them, and says whom they are for.
+/// Moves the sockets to the descriptors where the program expects them, and sets the variables.
 void passSockets(std::vector<int> sockets) {
-    constexpr int firstPlace = 3;
+    constexpr int firstDescriptor = 3;
     if (sockets.empty()) {
         return;
     }
-    // Out of the way first, since one may stand at the place of another.
+    // First to free descriptors, since one may have the number of another.
     for (int& socket : sockets) {
-        socket = ::fcntl(socket, F_DUPFD_CLOEXEC, firstPlace + static_cast<int>(sockets.size()));
+        socket = ::fcntl(socket, F_DUPFD_CLOEXEC, firstDescriptor + static_cast<int>(sockets.size()));
     }
-    int place = firstPlace;
+    int descriptor = firstDescriptor;
     for (const int socket : sockets) {
-        if (::dup2(socket, place) < 0) {
-            ::close(place);
+        if (::dup2(socket, descriptor) < 0) {
+            ::close(descriptor);
         }
-        ++place;
+        ++descriptor;
     }
     ::setenv("LISTEN_FDS", std::to_string(sockets.size()).c_str(), 1);
     ::setenv("LISTEN_PID", std::to_string(::getpid()).c_str(), 1);
@@ -49,7 +49,7 @@ void passSockets(std::vector<int> sockets) {
 [[noreturn]] void becomeProgram(std::vector<char*>& arguments, const std::map<std::string, std::string>& environment,
                                 int output, int errors, const std::vector<int>& sockets) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    // A test that runs under nohup or in a shell's background does not hand down what it ignores itself.
+    // The test may run with ignored signals, under nohup or in a shell's background.
     for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE}) {
         ::signal(number, SIG_DFL);
     }
@@ -76,7 +76,7 @@ void closeOnce(int& descriptor) {
     }
 }
 
-/// Leaves the status to be waited for.
+/// Does not reap the process.
 bool hasEnded(pid_t process) {
     siginfo_t information{};
     return ::waitid(P_PID, static_cast<id_t>(process), &information, WEXITED | WNOHANG | WNOWAIT) == 0 &&
@@ -124,13 +124,13 @@ void ChildProcess::sendSignal(int number) const {
     if (!sanitizersHoldSignalsBack || number == SIGKILL) {
         return;
     }
-    // A round ends a wait that began before the signal was handed on. Rarely the runtime forgets a signal altogether.
-    constexpr int roundsUntilForgotten = 10;
+    // Each round ends a system call that started before the signal was delivered. Rarely the runtime loses a signal.
+    constexpr int roundsUntilResend = 10;
     for (int round = 1; round <= 50 && !hasEnded(process); ++round) {
         ::kill(process, SIGSTOP);
         ::kill(process, SIGCONT);
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
-        if (round % roundsUntilForgotten == 0) {
+        if (round % roundsUntilResend == 0) {
             ::kill(process, number);
         }
     }

@@ -15,10 +15,10 @@ namespace TestSupport {
 /// A program started by a test, its standard output and error readable as lines. Killed with the object.
 class ChildProcess {
 public:
-    /// Starts `arguments[0]`, looked up in PATH when it holds no slash, with the test's environment changed by
-    /// `environment` (an empty value removes the variable). Standard input is empty, and no signal that ends programs
-    /// is ignored. `sockets` are passed to the program as a service manager does it; the caller names them in
-    /// LISTEN_FDNAMES. The place of one that is not open (-1) stays empty.
+    /// Starts `arguments[0]`, looked up in PATH if it holds no slash, in the test's environment with the changes of
+    /// `environment` (an empty value removes the variable). Standard input is empty; signals have their default
+    /// actions. `sockets` are passed to the program as by a service manager; the caller names them in LISTEN_FDNAMES.
+    /// The descriptor of a socket -1 is not open.
     explicit ChildProcess(const std::vector<std::string>& arguments,
                           const std::map<std::string, std::string>& environment = {},
                           const std::vector<int>& sockets = {});
@@ -32,7 +32,7 @@ public:
 
     pid_t pid() const { return process; }
     void sendSignal(int number) const;
-    /// Closes the test's end of the program's standard output or error, so that the program writes into a broken pipe.
+    /// Closes the test's end of the program's standard output or error: the program writes to a broken pipe.
     void closeOutput();
     void closeErrors();
 
@@ -48,7 +48,7 @@ private:
     std::optional<int> status;
 };
 
-/// What a program that ran to its end left behind.
+/// The result of a program that has ended.
 struct Finished {
     int status;
     std::string output;

@@ -8,7 +8,7 @@
 
 namespace TestSupport {
 
-/// A client of a Unix socket that speaks lines.
+/// A client of a Unix socket that exchanges lines.
 class LineClient {
 public:
     /// Connects; throws when nobody listens.
@@ -27,7 +27,7 @@ public:
     std::string receiveAll(std::chrono::milliseconds deadline = waitTimeout);
     bool closedByPeer() const { return reader.atEnd(); }
 
-    /// Says that nothing more will be sent.
+    /// Closes the sending side.
     void finishSending();
     void close();
     int descriptor() const { return socket; }

@@ -18,7 +18,7 @@ namespace {
 
 void require(bool worked) {
     if (!worked) {
-        throw std::runtime_error(std::string("cannot make a socket: ") + std::strerror(errno));
+        throw std::runtime_error(std::string("cannot create a socket: ") + std::strerror(errno));
     }
 }
 
@@ -36,7 +36,7 @@ std::uint16_t PlainSocket::port() const {
     sockaddr_in6 address{};
     socklen_t size = sizeof(address);
     require(::getsockname(number, reinterpret_cast<sockaddr*>(&address), &size) == 0);
-    // The port stands at the same place in both versions.
+    // The port has the same offset in both versions.
     return ntohs(address.sin6_port);
 }
 

@@ -5,7 +5,7 @@
 
 namespace TestSupport {
 
-/// A socket that a test makes to pass it on. Closed with the object.
+/// A socket that a test creates, for example to pass it to a program. Closed with the object.
 class PlainSocket {
 public:
     explicit PlainSocket(int open) : number(open) {}

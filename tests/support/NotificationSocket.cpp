@@ -11,7 +11,7 @@ namespace TestSupport {
 
 namespace {
 
-/// What the kernel noted down beside the message; 0 when it noted nothing.
+/// The kernel's time stamp of the message; 0 without one.
 std::chrono::nanoseconds arrivalOf(msghdr& message) {
     for (cmsghdr* part = CMSG_FIRSTHDR(&message); part != nullptr; part = CMSG_NXTHDR(&message, part)) {
         if (part->cmsg_level == SOL_SOCKET && part->cmsg_type == SCM_TIMESTAMPNS) {
@@ -36,13 +36,13 @@ std::optional<std::string> NotificationSocket::receive(std::chrono::milliseconds
         return std::nullopt;
     }
     std::array<char, 65536> buffer{};
-    alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(timespec))> notes{};
+    alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(timespec))> control{};
     iovec place{buffer.data(), buffer.size()};
     msghdr message{};
     message.msg_iov = &place;
     message.msg_iovlen = 1;
-    message.msg_control = notes.data();
-    message.msg_controllen = notes.size();
+    message.msg_control = control.data();
+    message.msg_controllen = control.size();
     const ssize_t size = ::recvmsg(socket.get(), &message, 0);
     if (size < 0) {
         return std::nullopt;

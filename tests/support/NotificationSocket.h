@@ -9,7 +9,7 @@
 
 namespace TestSupport {
 
-/// A datagram socket at which a program under test says something, as to a service manager or a journal.
+/// A datagram socket that receives from a program under test, as a service manager or the journal does.
 class NotificationSocket {
 public:
     explicit NotificationSocket(const std::string& path);
@@ -17,7 +17,7 @@ public:
     /// The next datagram; nothing when none came in time.
     std::optional<std::string> receive(std::chrono::milliseconds deadline = waitTimeout);
 
-    /// When the last one arrived, whenever the test came to read it. Counted from the epoch.
+    /// The arrival time of the last one, independent of when the test read it, since the epoch.
     std::chrono::nanoseconds received() const { return arrival; }
 
 private:

@@ -14,13 +14,13 @@ std::string fileOf(pid_t process, const std::string& name) {
     return "/proc/" + std::to_string(process) + "/" + name;
 }
 
-/// The number behind the first `name` in a file of the process.
+/// The number after the first `name` in a file of the process.
 std::size_t numberIn(pid_t process, const std::string& file, const std::string& name) {
-    std::ifstream figures(fileOf(process, file));
-    for (std::string word; figures >> word;) {
+    std::ifstream fields(fileOf(process, file));
+    for (std::string word; fields >> word;) {
         if (word == name) {
             std::size_t number = 0;
-            figures >> number;
+            fields >> number;
             return number;
         }
     }

@@ -7,19 +7,19 @@
 
 namespace TestSupport {
 
-/// Where files are kept in memory, if there is such a folder: for tests in which waiting for a disk shows nothing.
+/// A folder in memory, if there is one: for tests that need not wait for a disk.
 inline std::filesystem::path memoryFolder() {
     const std::filesystem::path shared = "/dev/shm";
     return std::filesystem::is_directory(shared) ? shared : std::filesystem::temp_directory_path();
 }
 
-/// A fresh folder, mode 0700, that goes away with everything in it.
+/// A new folder, mode 0700, that is removed with its content.
 class TemporaryDirectory {
 public:
     explicit TemporaryDirectory(const std::filesystem::path& parent = std::filesystem::temp_directory_path()) {
         std::string name = (parent / "settings-test-XXXXXX").string();
         if (::mkdtemp(name.data()) == nullptr) {
-            throw std::runtime_error("cannot make a temporary folder");
+            throw std::runtime_error("cannot create a temporary folder");
         }
         folder = name;
     }

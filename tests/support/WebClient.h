@@ -12,10 +12,10 @@
 
 namespace TestSupport {
 
-/// A TCP connection to a loopback port that sends and receives what it is told, byte by byte.
+/// A TCP connection to a loopback port that sends and receives raw bytes.
 class TcpConnection {
 public:
-    /// Connects to 127.0.0.1; throws when nobody listens. `receiveBuffer` limits what the kernel takes for it, unless
+    /// Connects to 127.0.0.1; throws when nobody listens. `receiveBuffer` sets the size of the kernel's buffer unless
     /// 0.
     explicit TcpConnection(std::uint16_t port, int receiveBuffer = 0);
     ~TcpConnection();
@@ -32,7 +32,7 @@ public:
     /// Everything until the other side closes, or what came in time.
     std::string receiveAll(std::chrono::milliseconds deadline = waitTimeout);
     bool closedByPeer() const { return ended; }
-    /// Breaks off without a farewell: what the other side sends after that fails. Nothing else is to be done then.
+    /// Resets the connection: what the other side sends after that fails. The object must not be used any more.
     void reset();
 
 private:
@@ -50,7 +50,7 @@ struct HttpResponse {
     std::string body;
 };
 
-/// Sends `request`, a head without its last blank line, and reads one answer. Status 0: none came.
+/// Sends `request`, a head without its last blank line, and reads one response. Status 0: there was none.
 HttpResponse askHttp(TcpConnection& connection, const std::string& request, bool expectBody = true);
 
 /// GET of `target` over a connection of its own, with `headers` ("Name: value") besides Host, which is
@@ -69,7 +69,7 @@ public:
         int closeStatus() const;
     };
 
-    /// Asks for an upgrade; `status()` says how that ended.
+    /// Requests an upgrade; `status()` is the result.
     WebSocket(std::uint16_t port, const std::string& target, const std::string& protocol,
               const std::vector<std::string>& headers = {}, int receiveBuffer = 0);
 
@@ -84,9 +84,9 @@ public:
     static std::string frameBytes(int kind, const std::string& payload, bool final);
     bool sendRaw(const std::string& bytes) { return connection.send(bytes); }
 
-    /// The next message, pings answered on the way unless `answerPings` is false.
+    /// The next message. Replies to pings unless `answerPings` is false.
     std::optional<Message> receive(std::chrono::milliseconds deadline = waitTimeout);
-    /// The next text; nothing when something else or nothing came.
+    /// The next message if it is a text; nothing when it is not or there is none in time.
     std::optional<std::string> receiveText(std::chrono::milliseconds deadline = waitTimeout);
     bool closedByPeer() const { return connection.closedByPeer(); }
     void reset() { connection.reset(); }
@@ -102,7 +102,7 @@ private:
 
     TcpConnection connection;
     HttpResponse handshake;
-    /// What came of a message that is not whole yet.
+    /// The fragments received so far of an incomplete message.
     Message parts;
 };
 

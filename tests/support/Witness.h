@@ -5,7 +5,7 @@
 
 namespace TestSupport {
 
-/// Is shown every whole frame that a client of a test receives, before the test sees it.
+/// Is called with every whole frame that a client of a test receives, before the test receives it.
 using Witness = std::function<void(const std::string& frame)>;
 
 }  // namespace TestSupport

@@ -9,13 +9,13 @@
 
 namespace SystemTests {
 
-/// What a host finds when it starts: databases in all kinds of bad states.
+/// Hosts that start with a damaged, foreign or locked database.
 class HostDamagedStorage : public HostWeb {
 protected:
-    /// A database that holds `name`, closed in order.
+    /// Leaves a database with the device name `name`.
     void storeName(const std::string& name) {
         startWeb();
-        ask(setRequest("deviceName", "\"" + name + "\"") + "\n" + getRequest("[]"));
+        set("deviceName", "\"" + name + "\"");
         disconnect();
         stop();
     }
@@ -30,21 +30,9 @@ protected:
         const auto uptime = body.find("\"uptimeSeconds\"");
         return body.substr(0, body.find(',') + 1) + body.substr(body.find(',', uptime) + 1);
     }
-
-    void expectCannotStart(const std::string& message) {
-        const auto failing = launch();
-        const std::string output = failing->output().readAll();
-        const std::string errors = failing->errors().readAll();
-        EXPECT_EQ(failing->wait(), 1) << errors;
-        EXPECT_EQ(output, "");
-        EXPECT_TRUE(contains(errors, message)) << errors;
-    }
-
-    /// Runs SQL as somebody else would, without the settings of the host.
-    void change(const std::string& statements) { sql(statements); }
 };
 
-TEST_F(HostDamagedStorage, StartsOnDefaultsAndSaysSo) {
+TEST_F(HostDamagedStorage, StartsWithDefaultsAndReportsIt) {
     storeName("Den");
     damage(database());
     startWeb();
@@ -52,11 +40,11 @@ TEST_F(HostDamagedStorage, StartsOnDefaultsAndSaysSo) {
     EXPECT_EQ(health(),
               R"({"status":"recovered","storage":{"writable":true,"keys":0,"failures":0,"recoveredFrom":"defaults",)"
               R"("setAside":"settings.db.damaged"}})");
-    ask(setRequest("deviceName", "\"Kitchen\"") + "\n" + getRequest("[]"));
+    set("deviceName", "\"Kitchen\"");
     disconnect();
     const std::string log = stop();
-    EXPECT_TRUE(contains(log, "is damaged or no database")) << log;
-    EXPECT_TRUE(contains(log, "what was found was kept as settings.db.damaged")) << log;
+    EXPECT_TRUE(contains(log, "is damaged or not a database")) << log;
+    EXPECT_TRUE(contains(log, "the old files were kept as settings.db.damaged")) << log;
     EXPECT_TRUE(contains(log, "all settings have their defaults")) << log;
     EXPECT_EQ(std::filesystem::file_size(database() + ".damaged"), 10000U);
     startWeb();
@@ -69,15 +57,12 @@ TEST_F(HostDamagedStorage, IsRestoredFromTheBackupThatTheHostMade) {
         GTEST_SKIP() << "waits for seconds; other builds do";
     }
     startWeb();
-    ask(setRequest("deviceName", "\"Den\"") + "\n" + getRequest("[]"));
-    const auto until = std::chrono::steady_clock::now() + TestSupport::waitTimeout;
-    while (!std::filesystem::exists(backup()) && std::chrono::steady_clock::now() < until) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
+    set("deviceName", "\"Den\"");
+    waitFor([&] { return std::filesystem::exists(backup()); });
     kill();
     disconnect();
     damage(database());
-    // Without this the log alone would heal the file.
+    // Otherwise the log would repair the file.
     std::filesystem::remove(database() + "-wal");
     startWeb();
     EXPECT_EQ(get("deviceName"), "Den");
@@ -88,7 +73,7 @@ TEST_F(HostDamagedStorage, IsRestoredFromTheBackupThatTheHostMade) {
 
 TEST_F(HostDamagedStorage, DoesNotTouchTheDatabaseOfAnotherProgram) {
     std::filesystem::create_directory(folder / "state");
-    change("CREATE TABLE theirs (x); INSERT INTO theirs VALUES (1)");
+    sql("CREATE TABLE theirs (x); INSERT INTO theirs VALUES (1)");
     expectCannotStart("belongs to another program; it was left as it is");
     EXPECT_EQ(sql("SELECT x FROM theirs"), "1");
     EXPECT_FALSE(std::filesystem::exists(database() + ".damaged"));
@@ -96,15 +81,15 @@ TEST_F(HostDamagedStorage, DoesNotTouchTheDatabaseOfAnotherProgram) {
 
 TEST_F(HostDamagedStorage, DoesNotTouchTheDatabaseOfANewerVersion) {
     storeName("Den");
-    change("PRAGMA user_version=99");
+    sql("PRAGMA user_version=99");
     expectCannotStart("was written by a newer version; it was left as it is");
     EXPECT_EQ(sql("SELECT value FROM settings WHERE key='deviceName'"), "Den");
-    change("PRAGMA user_version=1");
+    sql("PRAGMA user_version=1");
     startWeb();
     EXPECT_EQ(get("deviceName"), "Den");
 }
 
-TEST_F(HostDamagedStorage, WaitsForAnotherProcessASecondAndNoLonger) {
+TEST_F(HostDamagedStorage, WaitsAtMostASecondForAnotherProcess) {
     storeName("Den");
     sqlite3* other = nullptr;
     ASSERT_EQ(sqlite3_open(database().c_str(), &other), SQLITE_OK);
@@ -117,7 +102,7 @@ TEST_F(HostDamagedStorage, WaitsForAnotherProcessASecondAndNoLonger) {
     environment["NOTIFY_SOCKET"] = folder / "notify";
     std::thread release([other, &notifications] {
         EXPECT_EQ(notifications.receive(), "STATUS=Opening the database");
-        // Part of the second, so that the host finds the database in use first.
+        // Less than the second that the host waits, so that it finds the database in use first.
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
         sqlite3_close(other);
     });

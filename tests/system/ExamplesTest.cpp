@@ -114,15 +114,15 @@ protected:
     }
 };
 
-TEST_F(Examples, OfTheProtocolShowWhatTheHostDoes) {
+TEST_F(Examples, OfTheProtocolMatchTheHost) {
     playAll("protocol.md", 11);
 }
 
-TEST_F(Examples, OfThePagesShowWhatTheHostDoes) {
+TEST_F(Examples, OfThePagesMatchTheHost) {
     playAll("pages.md", 4);
 }
 
-TEST_F(Examples, OfWhatIsRefusedAreRefusedOrDropped) {
+TEST_F(Examples, OfInvalidFramesAreRefusedOrDropped) {
     startWeb();
     std::map<std::string, Side> sides{{"socket", sideAt("socket")}, {"device", sideAt("device")}};
     for (const auto& refused : WireTests::refusedFrames()) {
@@ -136,7 +136,7 @@ TEST_F(Examples, OfWhatIsRefusedAreRefusedOrDropped) {
     }
 }
 
-TEST_F(Examples, AreUnderstoodAfterAChangeExactlyWhenTheirSchemaTakesThem) {
+TEST_F(Examples, AreAcceptedAfterAMutationExactlyWhenTheirSchemaAcceptsThem) {
     startWeb();
     std::map<std::string, Side> sides{{"socket", sideAt("socket")}, {"device", sideAt("device")}};
     int number = 0;

@@ -1,4 +1,3 @@
-#include <iostream>
 #include <set>
 #include <thread>
 
@@ -23,7 +22,7 @@ const std::string tooDeep = R"({"error":{"code":"too-deep","message":"the frame 
 const std::string notJson = R"({"error":{"code":"not-json","message":"the frame is not JSON"}})";
 const std::string tooLarge = R"({"error":{"code":"too-large","message":"the frame is larger than 64 KiB"}})";
 
-/// A JSON text of each kind that there is, the kinds of numbers apart.
+/// JSON values of each kind; numbers are several kinds.
 struct Value {
     std::string kind;
     std::string json;
@@ -48,14 +47,14 @@ const std::vector<Value> values{{"null", "null"},
                                 {"object", "{}"},
                                 {"object", R"({"a":1})"}};
 
-/// A frame with a hole where a value goes.
+/// A frame with a placeholder for a value.
 struct Field {
     std::string name;
     std::string before;
     std::string after;
-    /// Kinds of values that are right here.
-    std::set<std::string> rightKinds;
-    /// What the sender receives for all the others; nothing when empty.
+    /// The kinds of values that are valid here.
+    std::set<std::string> validKinds;
+    /// What the sender receives for all other values; nothing when empty.
     std::string answer;
 };
 
@@ -138,7 +137,7 @@ const std::vector<Field> commandFields{
 
 class HostileInput : public HostWeb {
 protected:
-    /// What the host sends to `sender` because of `frame`: everything up to the answer to a last question.
+    /// What the host sends to `sender` after `frame`, up to the reply to `question`.
     Lines answersTo(HostClient& sender, const std::string& frame, const std::string& question) {
         sender.sendLine(frame + "\n" + question);
         Lines answers;
@@ -159,11 +158,11 @@ protected:
         return answersTo(client(), frame, R"({"type":18,"messageId":"last"})");
     }
 
-    /// Plays each field with each value of a kind that is wrong in it.
+    /// Sends each field with each value of an invalid kind.
     void expectAnswers(const std::vector<Field>& fields, HostClient& sender, const std::string& question) {
         for (const auto& field : fields) {
             for (const auto& value : values) {
-                if (field.rightKinds.count(value.kind) == 0) {
+                if (field.validKinds.count(value.kind) == 0) {
                     const Lines expected = field.answer.empty() ? Lines{} : Lines{field.answer};
                     EXPECT_EQ(answersTo(sender, field.before + value.json + field.after, question), expected)
                         << field.name << ": " << value.json;
@@ -172,14 +171,14 @@ protected:
         }
     }
 
-    /// Everything that a client and the device can see of the settings.
+    /// All settings as a client and the device see them.
     std::string everything() {
         const auto reply = ask(getRequest("[]"));
         rapidjson::StringBuffer text;
         rapidjson::Writer<rapidjson::StringBuffer> writer(text);
         reply.Accept(writer);
         std::string shown = device(R"({"command":"show"})");
-        // Requests to open the settings application are no change of a setting.
+        // A request to open the settings application changes no setting.
         const std::string launched = R"("lastLaunchedApp":"voice-assistant-settings",)";
         const std::size_t place = shown.find(launched);
         if (place != std::string::npos) {
@@ -197,7 +196,7 @@ TEST_F(HostileInput, AValueOfAWrongTypeInAnyFieldOfARequestChangesNothing) {
     ASSERT_TRUE(watcher.receiveLine());
     expectAnswers(requestFields, client(), R"({"type":18,"messageId":"last"})");
     EXPECT_EQ(everything(), before);
-    EXPECT_EQ(answersTo(watcher, "", R"({"type":18,"messageId":"last"})"), Lines{}) << "somebody else heard of it";
+    EXPECT_EQ(answersTo(watcher, "", R"({"type":18,"messageId":"last"})"), Lines{}) << "another client was notified";
     stop();
     EXPECT_EQ(sql("SELECT count(*) FROM settings"), "0");
 }
@@ -208,7 +207,7 @@ TEST_F(HostileInput, AValueOfAWrongTypeInAnyFieldOfACommandChangesNothing) {
     HostClient person(deviceSocket());
     expectAnswers(commandFields, person, R"({"command":"show"})");
     EXPECT_EQ(everything(), before);
-    EXPECT_EQ(answersTo(""), Lines{}) << "a client heard of it";
+    EXPECT_EQ(answersTo(""), Lines{}) << "a client was notified";
     stop();
     EXPECT_EQ(sql("SELECT count(*) FROM settings"), "0");
     EXPECT_EQ(sql("SELECT count(*) FROM simulation"), "0");
@@ -227,17 +226,17 @@ TEST_F(HostileInput, TheMessageIdOfASetSettingsMayBeAnything) {
     }
 }
 
-TEST_F(HostileInput, BytesThatAreNoTextAreRefusedAtEveryPlaceOfAFrame) {
+TEST_F(HostileInput, NulAndInvalidUtf8AreRefusedAnywhereInAFrame) {
     startWeb({"--log-level", "3"});
     const std::string before = everything();
     const std::string frame = setRequest("deviceName", R"("Living room")");
-    // A NUL, a byte that never occurs, a lone continuation, an overlong form, half of a character, a surrogate.
-    const Lines intruders{std::string(1, '\0'), "\xff", "\x80", "\xc0\xaf", "\xe2\x82", "\xed\xa0\x80"};
+    // NUL, an invalid byte, a lone continuation byte, an overlong form, a truncated character, a surrogate.
+    const Lines invalidBytes{std::string(1, '\0'), "\xff", "\x80", "\xc0\xaf", "\xe2\x82", "\xed\xa0\x80"};
     for (std::size_t place = 0; place <= frame.size(); ++place) {
-        for (const auto& intruder : intruders) {
-            std::string spoiled = frame;
-            spoiled.insert(place, intruder);
-            const auto answers = answersTo(spoiled);
+        for (const auto& bytes : invalidBytes) {
+            std::string invalidFrame = frame;
+            invalidFrame.insert(place, bytes);
+            const auto answers = answersTo(invalidFrame);
             ASSERT_EQ(answers.size(), 1U) << place;
             EXPECT_STREQ(parsed(answers[0])["error"]["code"].GetString(), "not-json") << place;
         }
@@ -259,7 +258,7 @@ TEST_F(HostileInput, DepthIsRefusedHoweverDeep) {
     EXPECT_EQ(answersTo(nested(10000, R"({"a":)", "}")), Lines{tooDeep});
     EXPECT_EQ(answersTo(TestSupport::repeated("[", 65000)), Lines{notJson});
     EXPECT_EQ(answersTo(nested(100000, "[", "]")), Lines{tooLarge});
-    // In a value that is parsed again.
+    // In a value, which the handler parses again.
     const std::string text = TestSupport::repeated("[", 30000) + TestSupport::repeated("]", 30000);
     EXPECT_EQ(answersTo(setRequest("orliaLocale", "\"" + text + "\"")), Lines{});
     EXPECT_TRUE(
@@ -296,8 +295,7 @@ TEST_F(HostileInput, AnEndlessLineCostsNoMemoryAndOneRefusal) {
         HostClient endless(path);
         endless.sendLine("x");
         ASSERT_EQ(endless.receiveLine(), notJson);
-        const std::size_t before = TestSupport::residentMemory(host->pid());
-        TestSupport::forgetPeakMemory(host->pid());
+        startMeasuringMemory();
         const std::string piece(mebibyte, 'x');
         for (std::size_t number = 0; number < mebibytes; ++number) {
             ASSERT_TRUE(endless.send(piece));
@@ -305,11 +303,7 @@ TEST_F(HostileInput, AnEndlessLineCostsNoMemoryAndOneRefusal) {
         endless.sendLine("\nx");
         EXPECT_EQ(endless.receiveLine(), tooLarge);
         EXPECT_EQ(endless.receiveLine(), notJson);
-        if (!TestSupport::sanitized) {
-            const std::size_t peak = TestSupport::peakMemory(host->pid());
-            std::cout << "grew by " << (peak - before) / 1024 << " KiB\n";
-            EXPECT_LT(peak, before + endlessFrameGrowth);
-        }
+        expectGrowthBelow(endlessFrameGrowth);
         EXPECT_EQ(get("deviceName"), "TV");
     }
 }
@@ -317,9 +311,8 @@ TEST_F(HostileInput, AnEndlessLineCostsNoMemoryAndOneRefusal) {
 TEST_F(HostileInput, AnEndlessMessageClosesAWebSocketAndCostsNoMemory) {
     startWeb({"--log-level", "3"});
     EXPECT_EQ(get("deviceName"), "TV");
-    const std::size_t before = TestSupport::residentMemory(host->pid());
+    startMeasuringMemory();
     const std::size_t descriptors = TestSupport::openDescriptors(host->pid());
-    TestSupport::forgetPeakMemory(host->pid());
     const std::string piece(mebibyte, 'x');
     for (const bool inOneFrame : {true, false}) {
         const auto socket = page();
@@ -335,17 +328,9 @@ TEST_F(HostileInput, AnEndlessMessageClosesAWebSocketAndCostsNoMemory) {
         EXPECT_EQ(socket->receive().value_or(WireTests::HostWebSocket::Message()).closeStatus(), 1009);
         sender.join();
     }
-    if (!TestSupport::sanitized) {
-        const std::size_t peak = TestSupport::peakMemory(host->pid());
-        std::cout << "grew by " << (peak - before) / 1024 << " KiB\n";
-        EXPECT_LT(peak, before + endlessFrameGrowth);
-    }
+    expectGrowthBelow(endlessFrameGrowth);
     EXPECT_EQ(get("deviceName"), "TV");
-    const auto until = std::chrono::steady_clock::now() + TestSupport::waitTimeout;
-    while (TestSupport::openDescriptors(host->pid()) > descriptors && std::chrono::steady_clock::now() < until) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    EXPECT_LE(TestSupport::openDescriptors(host->pid()), descriptors);
+    waitFor([&] { return TestSupport::openDescriptors(host->pid()) <= descriptors; });
 }
 
 }  // namespace SystemTests

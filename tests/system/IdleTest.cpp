@@ -6,7 +6,7 @@
 
 namespace SystemTests {
 
-/// What a host takes of the machine while nobody wants anything from it.
+/// The resources of a host without requests.
 class Idle : public HostWeb {
 protected:
     void SetUp() override {
@@ -15,7 +15,7 @@ protected:
         }
     }
 
-    /// Makes changes, none like another, and waits until they are handled.
+    /// Sends a different value for each number and waits until all are handled.
     void write(int first, int last) {
         constexpr int atOnce = 500;
         for (int number = first; number < last;) {
@@ -35,9 +35,9 @@ TEST_F(Idle, IsNotWokenByItself) {
     const auto page = this->page();
     WireTests::HostClient person(deviceSocket());
     EXPECT_EQ(get("deviceName"), "TV");
-    // Shorter than the time until the first look at the backups, and until a page is pinged.
+    // Shorter than the time until the first check of the backups, and than the keepalive interval.
     constexpr std::chrono::milliseconds window(2000);
-    // The start may still be going on at first, and a look may fall into one window.
+    // The host may still be starting at first, and a check may fall into one window.
     constexpr int attempts = 4;
     long wakes = -1;
     for (int attempt = 0; attempt < attempts && wakes != 0; ++attempt) {
@@ -47,7 +47,7 @@ TEST_F(Idle, IsNotWokenByItself) {
         wakes = TestSupport::voluntarySwitches(host->pid()) - before;
     }
     EXPECT_EQ(wakes, 0);
-    EXPECT_EQ(get("deviceName"), "TV") << "it does not sleep for good";
+    EXPECT_EQ(get("deviceName"), "TV") << "the host still answers";
 }
 
 TEST_F(Idle, TakesLittleMemory) {
@@ -60,13 +60,7 @@ TEST_F(Idle, TakesLittleMemory) {
     RecordProperty("anonymousKibibytes", std::to_string(memory.anonymous / 1024));
 }
 
-/// With its database in memory, so that the disk does not make it long.
-class IdleInMemory : public Idle {
-protected:
-    std::string database() override { return memory / "settings.db"; }
-
-    TestSupport::TemporaryDirectory memory{TestSupport::memoryFolder()};
-};
+using IdleInMemory = InMemory<Idle>;
 
 TEST_F(IdleInMemory, KeepsNothingOfTheChangesItStored) {
     startWeb({"--log-level", "3"});

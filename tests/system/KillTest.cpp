@@ -11,13 +11,13 @@ namespace SystemTests {
 
 namespace {
 
-/// SETTINGS_TEST_KILLS makes it more, as a long run does.
+/// SETTINGS_TEST_KILLS sets another number.
 unsigned rounds() {
     const char* const wanted = std::getenv("SETTINGS_TEST_KILLS");
     return wanted != nullptr ? static_cast<unsigned>(std::atoi(wanted)) : TestSupport::sanitized ? 6 : 50;
 }
 
-/// Somebody who counts a setting up as fast as the host takes it, and remembers the newest value that was announced.
+/// Increments a setting as fast as the host accepts it, and remembers the newest value of an event.
 class Counter {
 public:
     Counter(const std::string& socket, std::string settingKey, long firstNumber)
@@ -26,13 +26,13 @@ public:
         reader = std::thread([this] { read(); });
     }
 
-    /// Until the host is gone and everything that it said was read.
+    /// Waits until the host has ended and everything that it sent was read.
     void finish() {
         writer.join();
         reader.join();
     }
 
-    /// Until something was announced.
+    /// Waits for the first event.
     void awaitFirst() {
         const auto until = std::chrono::steady_clock::now() + TestSupport::waitTimeout;
         while (announced < 0 && std::chrono::steady_clock::now() < until) {
@@ -88,7 +88,7 @@ TEST_F(HostKill, NoValueWhoseEventWasSeenIsLost) {
         for (const auto& key : keys) {
             counters.push_back(std::make_unique<Counter>(socket(), key, round * 1000000L));
         }
-        // Every fourth time at any moment from the start on, else while everybody writes.
+        // In one of four rounds at any time after the start, otherwise while all write.
         if (random() % 4 != 0) {
             for (const auto& counter : counters) {
                 counter->awaitFirst();

@@ -18,21 +18,22 @@ using WireTests::HostWebSocket;
 
 namespace {
 
-/// How much longer a client may wait for an answer while others misbehave.
+/// How much longer a client may wait for a reply while others misbehave.
 constexpr double allowedRatio = 10;
-/// A quiet host answers so fast that a single change of the scheduler's mind is many times that.
+/// An idle host replies so fast that one context switch takes several times as long.
 constexpr std::chrono::microseconds shortestQuiet{200};
 constexpr int roundTrips = 60;
-/// Another program may need the processors just then.
+/// Other programs may use the processors.
 constexpr int attempts = 10;
 
 }  // namespace
 
-/// Compares how long a client waits for its answers while all is quiet and while others misbehave, in one run.
-class Latency : public HostWeb {
+/// Compares the time of a round trip on an idle host and while others misbehave, in one run. The database is in memory,
+/// because waiting for the disk is not caused by clients.
+class Latency : public InMemory<HostWeb> {
 protected:
     using Duration = std::chrono::nanoseconds;
-    /// Misbehaves once; called again and again until it is enough.
+    /// Misbehaves once; called repeatedly.
     using Attack = std::function<void()>;
 
     void SetUp() override {
@@ -41,9 +42,6 @@ protected:
         }
         startWeb({"--log-level", "3"});
     }
-
-    /// The host waits for the disk with each change, and everybody with it. That is no matter of clients.
-    std::string database() override { return inMemory / "settings.db"; }
 
     Duration medianRoundTrip() {
         std::vector<Duration> times;
@@ -60,10 +58,10 @@ protected:
         double best = 0;
         for (int attempt = 0; attempt < attempts; ++attempt) {
             const Duration quiet = std::max<Duration>(medianRoundTrip(), shortestQuiet);
-            std::atomic<bool> enough{false};
+            std::atomic<bool> done{false};
             std::atomic<int> times{0};
             std::thread attacker([&] {
-                while (!enough) {
+                while (!done) {
                     attack();
                     ++times;
                 }
@@ -72,7 +70,7 @@ protected:
                 std::this_thread::yield();
             }
             const Duration attacked = medianRoundTrip();
-            enough = true;
+            done = true;
             attacker.join();
             const double ratio = static_cast<double>(attacked.count()) / static_cast<double>(quiet.count());
             std::cout << name << ": quiet " << quiet.count() / 1000 << " us, attacked " << attacked.count() / 1000
@@ -85,16 +83,13 @@ protected:
         EXPECT_LE(best, allowedRatio) << name;
     }
 
-    /// Sends `bytes` and reads what comes back, so that the host is never held up by a full connection.
+    /// Sends `bytes` and reads the replies, so that back-pressure never applies.
     static void sendAndRead(LineClient& client, const std::string& bytes, int answers) {
         client.send(bytes);
         for (int number = 0; number < answers; ++number) {
             ASSERT_TRUE(client.receiveLine());
         }
     }
-
-private:
-    TestSupport::TemporaryDirectory inMemory{TestSupport::memoryFolder()};
 };
 
 TEST_F(Latency, OfOthersHardlyGrowsUnderDeepJson) {
@@ -152,9 +147,9 @@ TEST_F(Latency, OfOthersHardlyGrowsUnderStorms) {
 TEST_F(Latency, OfOthersHardlyGrowsWhileConnectionsComeAndGo) {
     expectOthersAreServed("half frames", [&] { LineClient(socket()).send(R"({"type":7,"messa)"); });
     expectOthersAreServed("half upgrades", [&] { TcpConnection(port).send("GET /settings HTTP/1.1\r\nHo"); });
-    std::vector<std::unique_ptr<LineClient>> evictions;
+    std::vector<std::unique_ptr<LineClient>> connections;
     for (int number = 0; number < 127; ++number) {
-        evictions.push_back(std::make_unique<LineClient>(socket()));
+        connections.push_back(std::make_unique<LineClient>(socket()));
     }
     expectOthersAreServed("clients for whom there is no room", [&] { LineClient(socket()).receiveAll(); });
 }

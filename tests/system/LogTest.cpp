@@ -23,42 +23,33 @@ protected:
         return lines;
     }
 
-    static std::string content(const std::string& file) {
-        std::stringstream text;
-        text << std::ifstream(file).rdbuf();
-        return text.str();
-    }
-
-    /// Reads what the host says until a line holds `text`.
+    /// Reads the log until a line holds `text`.
     void awaitLine(const std::string& text) {
         for (;;) {
             const auto line = host->errors().readLine();
-            ASSERT_TRUE(line) << "it never said " << text;
+            ASSERT_TRUE(line) << "no line holds " << text;
             if (contains(*line, text)) {
                 return;
             }
         }
     }
-
-    /// Sends a request that has no answer, and waits until it was handled.
-    void request(const std::string& frame) { ask(frame + "\n" + getRequest("[]")); }
 };
 
-TEST_F(HostLog, GoesToAPrivateFileToo) {
+TEST_F(HostLog, IsAlsoWrittenToAPrivateFile) {
     start({"--log-level", "0", "--log-file", folder / "host.log"});
-    request(setRequest("deviceName", "\"Den\""));
+    set("deviceName", "\"Den\"");
     const Lines standardError = linesOf(stop());
     EXPECT_GT(standardError.size(), 10U);
-    EXPECT_EQ(linesOf(content(folder / "host.log")), standardError);
+    EXPECT_EQ(linesOf(TestSupport::contentOf(folder / "host.log")), standardError);
     EXPECT_EQ(std::filesystem::status(folder / "host.log").permissions(),
               std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 }
 
-TEST_F(HostLog, TurnsItsFileOverWhileTheHostServes) {
+TEST_F(HostLog, RotatesItsFileWhileTheHostServes) {
     start({"--log-level", "0", "--log-file", folder / "host.log"});
     const std::string large = "\"" + std::string(60000, 'x');
     for (int number = 0; number < 40; ++number) {
-        request(setRequest("deviceName", large + std::to_string(number) + "\"", number));
+        set("deviceName", large + std::to_string(number) + "\"", number);
     }
     stop();
     EXPECT_TRUE(std::filesystem::exists(folder / "host.log.2"));
@@ -68,12 +59,12 @@ TEST_F(HostLog, TurnsItsFileOverWhileTheHostServes) {
     }
 }
 
-TEST_F(HostLog, KeepsWhyAStartFailedInItsFile) {
+TEST_F(HostLog, HoldsTheReasonOfAFailedStart) {
     std::ofstream(folder / "run") << "no folder";
-    const auto failing = launch({"--log-file", folder / "host.log"});
-    const Lines shown = linesOf(failing->errors().readAll());
-    EXPECT_EQ(failing->wait(), 1);
-    const Lines kept = linesOf(content(folder / "host.log"));
+    const auto failed = runToEnd({"--log-file", folder / "host.log"});
+    EXPECT_EQ(failed.status, 1);
+    const Lines shown = linesOf(failed.errors);
+    const Lines kept = linesOf(TestSupport::contentOf(folder / "host.log"));
     ASSERT_EQ(shown.size(), 1U);
     ASSERT_EQ(kept.size(), 1U);
     const std::string reason = shown[0].substr(std::string("settings-host: ").size());
@@ -81,40 +72,39 @@ TEST_F(HostLog, KeepsWhyAStartFailedInItsFile) {
     EXPECT_EQ(kept[0].substr(kept[0].find("] ") + 2), "settings-host:" + reason);
 }
 
-TEST_F(HostLog, OpensItsFileAgainOnSighup) {
+TEST_F(HostLog, ReopensItsFileOnSighup) {
     const std::string file = folder / "host.log";
     start({"--log-level", "0", "--log-file", file});
-    request(setRequest("deviceName", "\"Den\""));
+    set("deviceName", "\"Den\"");
     std::filesystem::rename(file, folder / "moved.log");
-    const std::string before = content(folder / "moved.log");
+    const std::string before = TestSupport::contentOf(folder / "moved.log");
     host->sendSignal(SIGHUP);
-    ASSERT_NO_FATAL_FAILURE(awaitLine("settings-host:opened the log file again"));
-    request(setRequest("deviceName", "\"Attic\"", 2));
-    EXPECT_EQ(get("deviceName"), "Attic") << "it stopped";
+    ASSERT_NO_FATAL_FAILURE(awaitLine("settings-host:reopened the log file"));
+    set("deviceName", "\"Attic\"", 2);
+    EXPECT_EQ(get("deviceName"), "Attic") << "the host stopped";
     const Lines shown = linesOf(stop());
-    Lines kept = linesOf(content(file));
+    Lines kept = linesOf(TestSupport::contentOf(file));
     ASSERT_FALSE(kept.empty());
-    EXPECT_TRUE(contains(kept[0], "settings-host:opened the log file again")) << kept[0];
+    EXPECT_TRUE(contains(kept[0], "settings-host:reopened the log file")) << kept[0];
     kept.erase(kept.begin());
     EXPECT_EQ(kept, shown);
-    EXPECT_EQ(content(folder / "moved.log"), before) << "it went on in the old file";
+    EXPECT_EQ(TestSupport::contentOf(folder / "moved.log"), before) << "the host still wrote to the old file";
 }
 
-TEST_F(HostLog, GoesOnWithoutAFileThatCannotBeOpenedAgain) {
+TEST_F(HostLog, ContinuesWithoutAFileThatCannotBeReopened) {
     const std::string file = folder / "host.log";
     start({"--log-file", file});
     std::filesystem::remove(file);
     std::filesystem::create_directory(file);
     host->sendSignal(SIGHUP);
-    ASSERT_NO_FATAL_FAILURE(
-        awaitLine("settings-host:the log file " + file + " cannot be opened again, its lines are lost: "));
+    ASSERT_NO_FATAL_FAILURE(awaitLine("settings-host:cannot reopen the log file " + file + ", its lines are lost: "));
     EXPECT_EQ(get("deviceName"), "TV");
 }
 
-TEST_F(HostLog, SaysWhichRequestALineIsAbout) {
+TEST_F(HostLog, NamesTheRequestOfALine) {
     start({"--log-level", "0", "--log-format", "json"});
-    request(setRequest("orliaLocale", R"("{}")"));
-    request(setRequest("deviceName", "\"Den\""));
+    set("orliaLocale", R"("{}")");
+    set("deviceName", "\"Den\"");
     Lines about;
     for (const auto& line : linesOf(stop())) {
         const auto members = parsed(line);
@@ -130,18 +120,18 @@ TEST_F(HostLog, SaysWhichRequestALineIsAbout) {
     EXPECT_EQ(about, (Lines{"24 orliaLocale", "7 ", "24 deviceName", "7 "}));
 }
 
-TEST_F(HostLog, AReaderThatStopsDoesNotHoldTheHostUp) {
+TEST_F(HostLog, AReaderThatStopsDoesNotBlockTheHost) {
     start({"--log-level", "0"});
     const std::string large = "\"" + std::string(60000, 'x');
     for (int number = 0; number < 40; ++number) {
-        request(setRequest("deviceName", large + std::to_string(number) + "\"", number));
+        set("deviceName", large + std::to_string(number) + "\"", number);
     }
     EXPECT_EQ(get("deviceName").size(), 60002U);
-    EXPECT_TRUE(host->errors().readLine()) << "what had room is there";
-    // Takes what waits in the pipe; then there is room for what is logged from now on. Lines that come by themselves,
-    // such as that of a backup, may find room while this goes on.
+    EXPECT_TRUE(host->errors().readLine()) << "the first lines fit into the pipe";
+    // Empties the pipe, which then has room for new lines. Lines without a request, such as that of a backup, may be
+    // written meanwhile.
     const std::string waiting = host->errors().readAll(std::chrono::milliseconds(200));
-    request(setRequest("deviceName", "\"Den\"", 100));
+    set("deviceName", "\"Den\"", 100);
     const std::string rest = stop();
     EXPECT_TRUE(contains(waiting + rest, " log lines were lost"));
     const std::string last = linesOf(rest).back();
@@ -151,14 +141,14 @@ TEST_F(HostLog, AReaderThatStopsDoesNotHoldTheHostUp) {
 TEST_F(HostLog, AtLevelTwoAcceptedChangesAreNotLogged) {
     start({"--log-level", "2"});
     for (const auto* key : {"deviceName", "friendlyName", "companionDevice", "captionsFontSize"}) {
-        request(setRequest(key, R"("[\"x\"]")"));
+        set(key, R"("[\"x\"]")");
     }
     EXPECT_EQ(get("deviceName"), "[\"x\"]");
     const std::string log = stop();
     EXPECT_FALSE(contains(log, "[\"x\"]")) << log;
 }
 
-TEST_F(HostLog, TheHostsOwnLinesHoldNoNamesThatPeopleGave) {
+TEST_F(HostLog, LinesOfTheHostHoldNoUserValues) {
     const std::string marker = "Zanzibar";
     const std::string quoted = "\"" + marker;
     webArguments = {"--listen", "127.0.0.1:0"};
@@ -169,15 +159,15 @@ TEST_F(HostLog, TheHostsOwnLinesHoldNoNamesThatPeopleGave) {
     long timestamp = 1000;
     for (const std::string key : {"deviceName", "friendlyName", "companionDevice"}) {
         const auto value = [&](int number) { return quoted + std::to_string(number) + "\""; };
-        request(setRequest(key, value(1), ++timestamp));
-        request(setRequest(key, value(1), ++timestamp));
-        request(setRequest(key, value(2), 1));
-        request(setRequest(key, R"({"name":)" + value(1) + "}", ++timestamp));
-        request(R"({"type":24,"payload":{"settingDBId":")" + key + R"(","to":)" + value(3) + "}}");
-        request(setRequest(key, "\"" + std::string(70000, 'x') + marker + "\"", ++timestamp));
-        request(R"({"type":99,"payload":{"settingDBId":")" + key + R"(","to":)" + value(4) + "}}");
-        request(R"({"type":24,"payload":)" + value(5));
-        request(getRequest("[\"" + key + "\"]", marker));
+        set(key, value(1), ++timestamp);
+        set(key, value(1), ++timestamp);
+        set(key, value(2), 1);
+        set(key, R"({"name":)" + value(1) + "}", ++timestamp);
+        send(R"({"type":24,"payload":{"settingDBId":")" + key + R"(","to":)" + value(3) + "}}");
+        set(key, "\"" + std::string(70000, 'x') + marker + "\"", ++timestamp);
+        send(R"({"type":99,"payload":{"settingDBId":")" + key + R"(","to":)" + value(4) + "}}");
+        send(R"({"type":24,"payload":)" + value(5));
+        send(getRequest("[\"" + key + "\"]", marker));
         device(R"({"command":"setting","key":")" + key + R"(","value":)" + value(6) + "}");
         device(R"({"command":)" + value(7) + "}");
         // As on a full disk.
@@ -185,29 +175,29 @@ TEST_F(HostLog, TheHostsOwnLinesHoldNoNamesThatPeopleGave) {
         ASSERT_EQ(::prlimit(host->pid(), RLIMIT_FSIZE, nullptr, &unlimited), 0);
         const rlimit full{1, unlimited.rlim_max};
         ASSERT_EQ(::prlimit(host->pid(), RLIMIT_FSIZE, &full, nullptr), 0);
-        request(setRequest(key, value(8), ++timestamp));
+        set(key, value(8), ++timestamp);
         device(R"({"command":"setting","key":")" + key + R"(","value":)" + value(9) + "}");
         ASSERT_EQ(::prlimit(host->pid(), RLIMIT_FSIZE, &unlimited, nullptr), 0);
     }
-    request(setRequest("orliaLocale", R"("{\"name\":\")" + marker + R"(\"}")", ++timestamp));
+    set("orliaLocale", R"("{\"name\":\")" + marker + R"(\"}")", ++timestamp);
     device(R"({"command":"setting","key":"orliaLocale","value":"{\"name\":\")" + marker + R"(\"}"})");
     TestSupport::httpGet(port, "/" + marker);
     TestSupport::httpGet(port, "/?key=" + marker);
     WireTests::HostWebSocket(port, "/settings?key=" + marker, marker);
-    request(R"({"type":19})");
-    request(R"({"type":22})");
+    send(R"({"type":19})");
+    send(R"({"type":22})");
     disconnect();
     int own = 0;
-    bool markerSeen = false;
+    bool markerFound = false;
     for (const auto& line : linesOf(stop())) {
-        markerSeen = markerSeen || contains(line, marker);
+        markerFound = markerFound || contains(line, marker);
         if (contains(line, "] settings-host:")) {
             ++own;
             EXPECT_FALSE(contains(line, marker)) << line.substr(0, 300);
         }
     }
     EXPECT_GT(own, 5);
-    EXPECT_TRUE(markerSeen) << "the handler's own lines show values";
+    EXPECT_TRUE(markerFound) << "lines of the handler hold values";
 }
 
 }  // namespace SystemTests

@@ -19,20 +19,18 @@ using WireTests::HostWebSocket;
 namespace {
 
 constexpr std::size_t mebibyte = 1024UL * 1024UL;
-/// What the host promises whatever well-formed requests clients send, and whatever they send.
-constexpr std::size_t promised = 48 * mebibyte;
-constexpr std::size_t promisedToAnybody = 96 * mebibyte;
-/// Of each kind; the listeners have room for 128 each.
-constexpr int crowdSize = TestSupport::sanitized ? 20 : 100;
+/// Limits of the host for well-formed requests and for any input.
+constexpr std::size_t limitForRequests = 48 * mebibyte;
+constexpr std::size_t limitForAnyInput = 96 * mebibyte;
+/// Of each kind; a listener accepts 128.
+constexpr int clientCount = TestSupport::sanitized ? 20 : 100;
 constexpr int smallBuffer = 4096;
 
 }  // namespace
 
-/// Clients that ask for much and read nothing.
-class MemoryOfTheHost : public HostWeb {
+/// Clients that request much and read nothing.
+class MemoryOfTheHost : public InMemory<HostWeb> {
 protected:
-    std::string database() override { return inMemory / "settings.db"; }
-
     void serveDatabaseOfAnOlderVersion(int keys, std::size_t size) {
         startWeb({"--log-level", "3"});
         stop();
@@ -42,17 +40,17 @@ protected:
         startWeb({"--log-level", "3"});
     }
 
-    void expectPromiseKept(std::size_t promise) {
-        EXPECT_EQ(get("captionsFontSize"), "FONT_MEDIUM") << "it serves";
+    void expectPeakBelow(std::size_t limit) {
+        EXPECT_EQ(get("captionsFontSize"), "FONT_MEDIUM") << "the host does not serve";
         if (!TestSupport::sanitized) {
             const std::size_t peak = TestSupport::peakMemory(host->pid());
             std::cout << "at most " << peak / 1024 << " KiB\n";
-            EXPECT_LT(peak, promise);
+            EXPECT_LT(peak, limit);
         }
     }
 
-    /// Sends `bytes` again and again until the host takes no more of them, `atMost` bytes in all.
-    void sendWhatIsTaken(int descriptor, const std::string& bytes, std::size_t atMost) {
+    /// Sends `bytes` repeatedly until the host reads no more, at most `atMost` bytes.
+    void sendUntilBlocked(int descriptor, const std::string& bytes, std::size_t atMost) {
         std::size_t sent = 0;
         for (int refusals = 0; sent < atMost && refusals < 2;) {
             const std::size_t from = sent % bytes.size();
@@ -64,7 +62,7 @@ protected:
             } else if (errno != EAGAIN) {
                 return;
             } else {
-                // The host has looked at everybody once more when it answers.
+                // When it replies, the host has served every client once more.
                 EXPECT_TRUE(contains(device(R"({"command":"show"})"), "timezone"));
                 ++refusals;
             }
@@ -73,7 +71,7 @@ protected:
 
     HostClient& askingLine(const std::string& path, const std::string& requests, std::size_t atMost) {
         lines.push_back(std::make_unique<HostClient>(path));
-        sendWhatIsTaken(lines.back()->descriptor(), requests, atMost);
+        sendUntilBlocked(lines.back()->descriptor(), requests, atMost);
         return *lines.back();
     }
 
@@ -94,7 +92,6 @@ protected:
         return "[" + list + "]";
     }
 
-    TestSupport::TemporaryDirectory inMemory{TestSupport::memoryFolder()};
     std::vector<std::unique_ptr<HostClient>> lines;
     std::vector<std::unique_ptr<HostWebSocket>> pages;
 };
@@ -109,7 +106,7 @@ TEST_F(MemoryOfTheHost, IsBoundedWhenSeveralAskForAllThatAnOlderVersionStored) {
     for (const auto& asking : lines) {
         EXPECT_TRUE(contains(asking->receiveLine().value_or(""), R"({"error":{"code":"busy",)"));
     }
-    // In pieces everything can be read.
+    // A few keys at a time can be read.
     constexpr int keysAtOnce = 17;
     for (int from = 0; from < 900; from += keysAtOnce) {
         const int to = std::min(from + keysAtOnce, 900);
@@ -119,7 +116,7 @@ TEST_F(MemoryOfTheHost, IsBoundedWhenSeveralAskForAllThatAnOlderVersionStored) {
         EXPECT_EQ(settings[("k" + std::to_string(from)).c_str()].GetStringLength(), 60000U);
     }
     EXPECT_EQ(get("k1"), std::string(59999, '0') + "1");
-    expectPromiseKept(promised);
+    expectPeakBelow(limitForRequests);
 }
 
 TEST_F(MemoryOfTheHost, IsBoundedWhenEverybodyAsksForMuchAndReadsNothing) {
@@ -128,29 +125,28 @@ TEST_F(MemoryOfTheHost, IsBoundedWhenEverybodyAsksForMuchAndReadsNothing) {
     for (int number = 0; number < 10; ++number) {
         EXPECT_EQ(askingLine(deviceSocket(), trace + "\n", trace.size() + 1).receiveLine(), R"({"ok":true})");
     }
-    for (int number = 0; number < crowdSize; ++number) {
-        // As much as a reply may hold, and then many small ones.
+    for (int number = 0; number < clientCount; ++number) {
+        // Either the largest reply or many small ones.
         const std::string large = getRequest(names(number, number + 17)) + "\n";
         const std::string small = getRequest(names(number, number + 1)) + "\n";
         askingLine(socket(), number % 2 == 0 ? large : small, 20000);
         askingLine(deviceSocket(), R"({"command":"show"})" + std::string(2000, ' ') + "\n", 200000);
         askingPage(getRequest(names(number, number + 1)), 20);
     }
-    expectPromiseKept(promised);
-    // Those who read are served meanwhile, and get events without a gap. The storage is full, the voice SDK is not.
-    Lines events;
+    expectPeakBelow(limitForRequests);
+    // Clients that read receive events without a gap meanwhile. The storage is full, so the voice SDK holds the value.
     for (int number = 1; number <= 50; ++number) {
         const std::string value(static_cast<std::size_t>(number) * 100, 'v');
-        ask(setRequest("timezone", "\"" + value + "\"") + "\n" + getRequest(R"(["timezone"])"), &events);
-        ASSERT_EQ(events.size(), static_cast<std::size_t>(number));
-        EXPECT_EQ(parsed(events.back())["sequence"].GetInt(), number);
+        const Lines events = set("timezone", "\"" + value + "\"");
+        ASSERT_EQ(events.size(), 1U);
+        EXPECT_EQ(parsed(events.front())["sequence"].GetInt(), number);
     }
-    expectPromiseKept(promised);
+    expectPeakBelow(limitForRequests);
 }
 
 TEST_F(MemoryOfTheHost, IsBoundedWhenNobodyReadsEvents) {
     startWeb({"--log-level", "3"});
-    for (int number = 0; number < crowdSize; ++number) {
+    for (int number = 0; number < clientCount; ++number) {
         lines.push_back(std::make_unique<HostClient>(socket()));
         askingPage(R"({"type":18,"messageId":"m"})", 1);
     }
@@ -166,7 +162,7 @@ TEST_F(MemoryOfTheHost, IsBoundedWhenNobodyReadsEvents) {
     }
     ASSERT_EQ(events.size(), static_cast<std::size_t>(rounds * eventsAtOnce));
     EXPECT_EQ(parsed(events.back())["sequence"].GetInt(), rounds * eventsAtOnce);
-    expectPromiseKept(promised);
+    expectPeakBelow(limitForRequests);
 }
 
 TEST_F(MemoryOfTheHost, IsBoundedWhenRepliesGrowSixfoldInTheirFrames) {
@@ -177,14 +173,14 @@ TEST_F(MemoryOfTheHost, IsBoundedWhenRepliesGrowSixfoldInTheirFrames) {
     }
     constexpr int keys = 100;
     for (int number = 0; number < keys; ++number) {
-        ask(setRequest("k" + std::to_string(number), "\"" + control + "\"", number + 1) + "\n" + getRequest("[]"));
+        set("k" + std::to_string(number), "\"" + control + "\"", number + 1);
     }
     const std::string all = getRequest(names(0, keys)) + "\n";
-    for (int number = 0; number < crowdSize; ++number) {
+    for (int number = 0; number < clientCount; ++number) {
         askingLine(socket(), all, 3 * all.size());
         askingPage(getRequest(names(0, 1)), 20);
     }
-    expectPromiseKept(promised);
+    expectPeakBelow(limitForRequests);
 }
 
 TEST_F(MemoryOfTheHost, IsBoundedWhateverIsSent) {
@@ -195,31 +191,29 @@ TEST_F(MemoryOfTheHost, IsBoundedWhateverIsSent) {
     for (int number = 0; number < 1000; ++number) {
         noFrames += "x\n";
     }
-    for (int number = 0; number < crowdSize; ++number) {
+    for (int number = 0; number < clientCount; ++number) {
         const std::string& path = number % 2 == 0 ? socket() : deviceSocket();
         askingLine(path, half, half.size());
         askingLine(path, noFrames, 200000);
         askingPage("no JSON", 2000);
         pages.back()->sendFrame(1, number % 2 == 0 ? half : values, false);
     }
-    expectPromiseKept(promisedToAnybody);
+    expectPeakBelow(limitForAnyInput);
 }
 
-TEST_F(MemoryOfTheHost, GoesBackWhenThoseWhoCostItAreGone) {
+TEST_F(MemoryOfTheHost, IsReturnedWhenTheClientsDisconnect) {
     startWeb({"--log-level", "3"});
     EXPECT_EQ(get("captionsFontSize"), "FONT_MEDIUM");
     const std::size_t before = TestSupport::residentMemory(host->pid());
     const std::string large = getRequest("[]").append(60000, ' ') + "\n";
-    for (int number = 0; number < crowdSize; ++number) {
+    for (int number = 0; number < clientCount; ++number) {
         askingLine(socket(), large, large.size()).receiveLine();
         askingLine(deviceSocket(), std::string(65000, 'x'), 65000);
     }
     lines.clear();
-    const std::string figures = "settings_host_clients{door=\"device\"} 0\n";
-    const auto until = std::chrono::steady_clock::now() + TestSupport::waitTimeout;
-    while (!contains(TestSupport::httpGet(port, "/metrics").body, figures)) {
-        ASSERT_LT(std::chrono::steady_clock::now(), until);
-    }
+    waitFor([&] {
+        return contains(TestSupport::httpGet(port, "/metrics").body, "settings_host_clients{door=\"device\"} 0\n");
+    });
     if (!TestSupport::sanitized) {
         EXPECT_LT(TestSupport::residentMemory(host->pid()), before + 3 * mebibyte);
     }

@@ -23,7 +23,7 @@ protected:
         return TestSupport::run(command(moreArguments));
     }
 
-    /// At a terminal at which a person types `answer`. Returns: the exit status, and what was shown.
+    /// Runs it at a terminal with `answer` as input. Returns: exit status and output.
     std::pair<int, std::string> resetAtATerminal(const std::string& answer) {
         const Lines arguments = command();
         int terminal = -1;
@@ -46,10 +46,10 @@ protected:
         return {WEXITSTATUS(status), shown};
     }
 
-    /// Leaves what a host leaves that was used for long.
+    /// Leaves every file that hosts may leave.
     void use() {
         start({"--log-file", logFile()});
-        ask(setRequest("deviceName", "\"Den\"") + "\n" + getRequest("[]"));
+        set("deviceName", "\"Den\"");
         disconnect();
         stop();
         for (const auto* ending : {".backup.1", ".backup.2", ".backup.new", ".damaged", ".damaged-wal", ".damaged.2",
@@ -61,16 +61,9 @@ protected:
         std::ofstream(folder / "state/host.log.3") << "somebody's";
     }
 
-    Lines files() {
-        Lines names;
-        for (const auto& entry : std::filesystem::directory_iterator(folder / "state")) {
-            names.push_back(entry.path().filename().string());
-        }
-        std::sort(names.begin(), names.end());
-        return names;
-    }
+    Lines files() { return TestSupport::namesIn(folder / "state"); }
 
-    /// What is printed before the files are removed, in their order.
+    /// The list that is printed, in the order of removal.
     std::string list(const std::string& head) {
         std::string text = head + "\n";
         for (const auto* name :
@@ -84,16 +77,16 @@ protected:
 
     std::string logFile() { return folder / "state/host.log"; }
 
-    const Lines unauthenticated{"host.log.3", "settings.db.mine"};
+    const Lines foreignFiles{"host.log.3", "settings.db.mine"};
 };
 
-TEST_F(HostReset, RemovesEverythingAndTheNextHostBeginsAnew) {
+TEST_F(HostReset, RemovesAllFilesAndTheNextHostStartsWithDefaults) {
     use();
     const auto done = reset();
     EXPECT_EQ(done.status, 0);
     EXPECT_EQ(done.output, list("Removing:"));
     EXPECT_EQ(done.errors, "");
-    EXPECT_EQ(files(), unauthenticated);
+    EXPECT_EQ(files(), foreignFiles);
     start();
     EXPECT_EQ(get("deviceName"), "TV");
     disconnect();
@@ -101,7 +94,7 @@ TEST_F(HostReset, RemovesEverythingAndTheNextHostBeginsAnew) {
     EXPECT_FALSE(contains(log, "missing")) << log;
 }
 
-TEST_F(HostReset, RefusesBesideALiveHost) {
+TEST_F(HostReset, RefusesBesideARunningHost) {
     use();
     start();
     const Lines before = files();
@@ -113,7 +106,7 @@ TEST_F(HostReset, RefusesBesideALiveHost) {
     EXPECT_EQ(get("deviceName"), "Den");
 }
 
-TEST_F(HostReset, RefusesWhileSomebodyLooksIntoTheDatabase) {
+TEST_F(HostReset, RefusesWhileAnotherProcessReadsTheDatabase) {
     use();
     const Lines before = files();
     sqlite3* other = nullptr;
@@ -140,11 +133,11 @@ TEST_F(HostReset, RemovesADatabaseThatIsDamagedOrOfANewerVersion) {
     use();
     sql("PRAGMA user_version=99");
     EXPECT_EQ(reset().status, 0);
-    EXPECT_EQ(files(), unauthenticated);
+    EXPECT_EQ(files(), foreignFiles);
     std::ofstream(database()) << std::string(10000, 'x');
     std::ofstream(database() + ".backup.1") << "a copy";
     EXPECT_EQ(reset().status, 0);
-    EXPECT_EQ(files(), unauthenticated);
+    EXPECT_EQ(files(), foreignFiles);
 }
 
 TEST_F(HostReset, RefusesAFileThatNeverWasADatabase) {
@@ -156,21 +149,21 @@ TEST_F(HostReset, RefusesAFileThatNeverWasADatabase) {
     EXPECT_EQ(files(), Lines{"settings.db"});
 }
 
-TEST_F(HostReset, DoesNothingWhereThereIsNothing) {
+TEST_F(HostReset, DoesNothingWithoutFiles) {
     const auto done = reset();
     EXPECT_EQ(done.status, 0);
-    EXPECT_EQ(done.output, "There is nothing to remove.\n");
-    EXPECT_FALSE(std::filesystem::exists(folder / "state")) << "it makes nothing either";
+    EXPECT_EQ(done.output, "Nothing to remove.\n");
+    EXPECT_FALSE(std::filesystem::exists(folder / "state")) << "it was created";
 }
 
-TEST_F(HostReset, NeedsSomebodyToAsk) {
+TEST_F(HostReset, NeedsATerminalOrYes) {
     use();
     const Lines before = files();
     const auto refused = reset({});
     EXPECT_EQ(refused.status, 2);
     EXPECT_EQ(refused.output, "");
     EXPECT_EQ(refused.errors,
-              "settings-host: --reset asks before it removes anything, but there is no terminal: add --yes\n");
+              "settings-host: --reset asks for confirmation, but standard input is not a terminal: add --yes\n");
     EXPECT_EQ(files(), before);
 }
 
@@ -187,16 +180,16 @@ TEST_F(HostReset, AsksAtTheTerminal) {
     const auto [status, shown] = resetAtATerminal("y\n");
     EXPECT_EQ(status, 0);
     EXPECT_TRUE(contains(shown, "Remove them? [y/N] ")) << shown;
-    EXPECT_EQ(files(), unauthenticated);
+    EXPECT_EQ(files(), foreignFiles);
 }
 
-TEST_F(HostReset, LeavesWhatIsNoPlainFile) {
+TEST_F(HostReset, LeavesAnythingButRegularFiles) {
     use();
     std::filesystem::create_directories(logFile() + ".2/inside");
     std::filesystem::create_symlink(folder / "state/host.log.3", logFile() + ".link");
     EXPECT_EQ(reset().status, 0);
     EXPECT_EQ(files(), (Lines{"host.log.2", "host.log.3", "host.log.link", "settings.db.mine"}))
-        << "what is no plain file was not made by a host";
+        << "hosts create regular files only";
 }
 
 }  // namespace SystemTests

@@ -15,14 +15,14 @@ namespace SystemTests {
 
 using TestSupport::NotificationSocket;
 
-/// The host as a service manager runs it.
+/// The host under a service manager.
 class HostService : public HostTest {
 protected:
     HostService() : notifications(folder / "notify") { environment["NOTIFY_SOCKET"] = folder / "notify"; }
 
-    std::string next() { return notifications.receive().value_or("(nothing)"); }
+    std::string next() { return notifications.receive().value_or("(none)"); }
 
-    /// What comes until nothing came for a while.
+    /// The number of notifications that have arrived.
     int countWaiting() {
         int count = 0;
         while (notifications.receive(std::chrono::milliseconds(0))) {
@@ -31,7 +31,7 @@ protected:
         return count;
     }
 
-    /// Makes the sockets that a service manager would make, in the order of `names`.
+    /// Passes three sockets to the host, as a service manager does. `names`: LISTEN_FDNAMES.
     void pass(const std::string& names) {
         std::filesystem::create_directory(folder / "passed");
         made.push_back(TestSupport::listeningUnixSocket(folder / "passed/s"));
@@ -43,16 +43,16 @@ protected:
         environment["LISTEN_FDNAMES"] = names;
     }
 
+    /// Expects this message as the only output.
     void expectCannotStart(const std::string& message) {
-        const auto failing = launch();
-        const std::string errors = failing->errors().readAll();
-        EXPECT_EQ(errors, "settings-host: " + message + "\n");
-        EXPECT_EQ(failing->output().readAll(), "");
-        EXPECT_EQ(failing->wait(), 1);
-        EXPECT_FALSE(std::filesystem::exists(database())) << "it left everything alone";
+        const auto failed = runToEnd();
+        EXPECT_EQ(failed.errors, "settings-host: " + message + "\n");
+        EXPECT_EQ(failed.output, "");
+        EXPECT_EQ(failed.status, 1);
+        EXPECT_FALSE(std::filesystem::exists(database())) << "the database was created";
     }
 
-    /// What a unit says; one line for each time the name is there.
+    /// The values of `name` in a unit.
     static Lines unitLines(const std::string& unit, const std::string& name) {
         std::ifstream file(std::string(SYSTEMD_UNITS) + "/" + unit);
         Lines found;
@@ -64,7 +64,7 @@ protected:
         return found;
     }
 
-    /// Would a program that the host starts inherit its descriptor `number`?
+    /// Would a child process of the host inherit its descriptor `number`?
     bool isInherited(int number) {
         std::ifstream file("/proc/" + std::to_string(host->pid()) + "/fdinfo/" + std::to_string(number));
         unsigned long flags = 0;
@@ -78,7 +78,7 @@ protected:
     std::vector<TestSupport::PlainSocket> made;
 };
 
-TEST_F(HostService, TellsWhatItDoesInOrder) {
+TEST_F(HostService, NotifiesTheServiceManagerInOrder) {
     start();
     EXPECT_EQ(next(), "STATUS=Opening the database");
     EXPECT_EQ(next(), "READY=1\nSTATUS=Serving at " + socket());
@@ -87,7 +87,7 @@ TEST_F(HostService, TellsWhatItDoesInOrder) {
     host->sendSignal(SIGTERM);
     EXPECT_EQ(next(), "STOPPING=1\nSTATUS=Sending what clients wait for");
     EXPECT_EQ(host->wait(), 0);
-    EXPECT_EQ(countWaiting(), 0) << "it was not asked for signs of life";
+    EXPECT_EQ(countWaiting(), 0) << "there is no watchdog";
 }
 
 TEST_F(HostService, IsNotReadyWhenItCannotStart) {
@@ -107,7 +107,7 @@ TEST_F(HostService, TheStatusHoldsNoKey) {
     EXPECT_EQ(next(), "READY=1\nSTATUS=Serving at " + socket() + " and " + address);
 }
 
-TEST_F(HostService, ShowsSignsOfLifeAsLongAsItsLoopTurns) {
+TEST_F(HostService, NotifiesTheWatchdogWhileItsLoopRuns) {
     environment["WATCHDOG_USEC"] = "100000";
     start();
     EXPECT_EQ(next(), "STATUS=Opening the database");
@@ -116,7 +116,7 @@ TEST_F(HostService, ShowsSignsOfLifeAsLongAsItsLoopTurns) {
         EXPECT_EQ(next(), "WATCHDOG=1");
     }
     ::kill(host->pid(), SIGSTOP);
-    // What was sent before it stood still.
+    // Sent before it was stopped.
     while (notifications.receive(std::chrono::milliseconds(500))) {
     }
     EXPECT_FALSE(notifications.receive(std::chrono::seconds(1)));
@@ -130,7 +130,7 @@ TEST_F(HostService, ShowsSignsOfLifeAsLongAsItsLoopTurns) {
     EXPECT_TRUE(stopping);
 }
 
-TEST_F(HostService, ShowsASignOfLifeTwiceInEveryInterval) {
+TEST_F(HostService, NotifiesTheWatchdogTwicePerInterval) {
     constexpr std::chrono::seconds interval(4);
     environment["WATCHDOG_USEC"] = std::to_string(std::chrono::microseconds(interval).count());
     start();
@@ -143,11 +143,11 @@ TEST_F(HostService, ShowsASignOfLifeTwiceInEveryInterval) {
         longest = std::max(longest, notifications.received() - last);
         last = notifications.received();
     }
-    // The rest of the interval is for a machine that is busy.
+    // The rest of the interval is for a busy machine.
     EXPECT_LT(longest, interval * 3 / 4) << longest.count();
 }
 
-TEST_F(HostService, ShowsNoSignsOfLifeThatAreForAnotherProcess) {
+TEST_F(HostService, IgnoresTheWatchdogOfAnotherProcess) {
     environment["WATCHDOG_USEC"] = "100000";
     environment["WATCHDOG_PID"] = std::to_string(::getpid());
     start();
@@ -160,7 +160,7 @@ TEST_F(HostService, ServesAtTheSocketsThatWerePassed) {
     webArguments = {"--listen", "127.0.0.1:0"};
     pass("settings:device:web");
     const std::uint16_t port = made[2].port();
-    // Whoever came before the host is served too.
+    // A client that connects before the host starts is served, too.
     WireTests::HostClient early(folder / "passed/s", WireTests::Listener::SETTINGS);
     early.sendLine(getRequest(R"(["deviceName"])"));
     host = launch();
@@ -175,11 +175,11 @@ TEST_F(HostService, ServesAtTheSocketsThatWerePassed) {
     person.sendLine(R"({"command":"captions","enabled":true})");
     EXPECT_EQ(person.receiveLine(), R"({"ok":true})");
     EXPECT_EQ(WireTests::healthOf(port).status, 200);
-    EXPECT_FALSE(std::filesystem::exists(socket())) << "it made a socket of its own";
+    EXPECT_FALSE(std::filesystem::exists(socket())) << "the host created a socket";
     EXPECT_FALSE(std::filesystem::exists(deviceSocket()));
     stop();
-    EXPECT_TRUE(std::filesystem::exists(folder / "passed/s")) << "it removed what it did not make";
-    // The next host goes on where this one stopped.
+    EXPECT_TRUE(std::filesystem::exists(folder / "passed/s")) << "the host removed a passed socket";
+    // The next host serves at the same sockets.
     WireTests::HostClient between(folder / "passed/s", WireTests::Listener::SETTINGS);
     between.sendLine(getRequest(R"(["captionsEnabled"])"));
     host = launch();
@@ -195,7 +195,7 @@ TEST_F(HostService, MakesTheSocketsThatWereNotPassed) {
     EXPECT_FALSE(std::filesystem::exists(socket()));
 }
 
-TEST_F(HostService, RefusesSocketsThatFitNoDoor) {
+TEST_F(HostService, RefusesPassedSocketsWithoutAListener) {
     pass("settings:device:web");
     expectCannotStart("a socket named 'web' was passed, but there is no such listener");
     webArguments = {"--listen", "127.0.0.1:0"};
@@ -213,13 +213,13 @@ TEST_F(HostService, RefusesSocketsThatFitNoDoor) {
     expectCannotStart("the passed socket does not listen at a loopback address");
 }
 
-TEST_F(HostService, RefusesSocketsThatAreNotThere) {
+TEST_F(HostService, RefusesPassedSocketsThatAreNotOpen) {
     environment["LISTEN_FDNAMES"] = "settings";
     sockets = {-1};
     expectCannotStart("cannot take the passed sockets over: Bad file descriptor");
 }
 
-TEST_F(HostService, IsNeverGivenUpByItsUnits) {
+TEST_F(HostService, IsAlwaysRestartedByItsUnits) {
     const std::string service = "settings-host.service";
     EXPECT_EQ(unitLines(service, "StartLimitIntervalSec"), Lines{"0"});
     EXPECT_EQ(unitLines(service, "StartLimitBurst"), Lines{});

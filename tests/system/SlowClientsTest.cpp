@@ -1,7 +1,6 @@
 #include <array>
 #include <atomic>
 #include <functional>
-#include <iostream>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -18,19 +17,19 @@ using WireTests::HostWebSocket;
 namespace {
 
 constexpr int eventCount = TestSupport::sanitized ? 500 : 100000;
-/// Events in a row before everybody is waited for, so that only those who never read fall behind.
+/// After so many events the test waits for the clients that read, so that only the others fall behind.
 constexpr int eventsAtOnce = TestSupport::sanitized ? 50 : 100;
-/// Makes few events enough to get ahead of who does not read.
+/// So that few events exceed the limit of a client that does not read.
 const std::string padding(TestSupport::sanitized ? 3000 : 60, 'p');
 constexpr std::size_t mebibyte = 1024UL * 1024;
-/// What one client that does not read may cost: 1 MiB that waits for it, with what it takes to keep short frames.
+/// The memory that a client may take that does not read: a backlog of 1 MiB, with the overhead of short frames.
 constexpr std::size_t costOfAClient = 4 * mebibyte;
 
 std::string valueOf(int number) {
     return std::to_string(number) + padding;
 }
 
-/// Does `frame` tell of change number `number`, from the value before to the one after?
+/// Is `frame` the event of change `number`?
 bool isEvent(const std::string& frame, int number) {
     const auto event = parsed(frame);
     const std::string before = number == 1 ? "TV" : valueOf(number - 1);
@@ -40,13 +39,11 @@ bool isEvent(const std::string& frame, int number) {
 
 }  // namespace
 
-class SlowClients : public HostWeb {
+class SlowClients : public InMemory<HostWeb> {
 protected:
     void SetUp() override { startWeb({"--log-level", "3"}); }
 
-    std::string database() override { return inMemory / "settings.db"; }
-
-    /// Somebody who reads every event as it comes, in a thread of its own.
+    /// Reads every event as it arrives, in its own thread.
     class Watcher {
     public:
         explicit Watcher(std::function<std::optional<std::string>()> nextFrame)
@@ -55,7 +52,7 @@ protected:
         Watcher(const Watcher&) = delete;
         Watcher& operator=(const Watcher&) = delete;
 
-        /// The last event that came with all before it.
+        /// The last event of the sequence without a gap.
         int seen() const { return inOrder; }
 
     private:
@@ -75,7 +72,7 @@ protected:
         std::thread thread;
     };
 
-    /// How many events a client received, each in its place, before it was disconnected.
+    /// The number of events, without a gap, that a client received before it was disconnected.
     static int eventsBeforeTheEnd(const std::function<std::optional<std::string>()>& next) {
         int count = 0;
         while (const auto frame = next()) {
@@ -88,7 +85,7 @@ protected:
         return count;
     }
 
-    /// Changes the device name again and again, never far ahead of those who read.
+    /// Changes the device name repeatedly, never far ahead of the clients that read.
     void makeEvents(const std::array<std::unique_ptr<Watcher>, 2>& watchers) {
         for (int number = 1; number <= eventCount; number += eventsAtOnce) {
             std::string requests;
@@ -108,12 +105,9 @@ protected:
             }
         }
     }
-
-private:
-    TestSupport::TemporaryDirectory inMemory{TestSupport::memoryFolder()};
 };
 
-TEST_F(SlowClients, ThoseWhoNeverReadAreDisconnectedAndTheOthersMissNothing) {
+TEST_F(SlowClients, ClientsThatNeverReadAreDisconnectedAndTheOthersMissNothing) {
     EXPECT_EQ(get("deviceName"), "TV");
     const std::size_t descriptors = TestSupport::openDescriptors(host->pid());
     constexpr std::size_t slowCount = 5;
@@ -128,23 +122,18 @@ TEST_F(SlowClients, ThoseWhoNeverReadAreDisconnectedAndTheOthersMissNothing) {
     }
     HostClient line(socket());
     const auto pageThatReads = page();
-    // The answer to a question shows that the one who asked is known.
+    // A reply shows that the host has accepted the client.
     line.sendLine(R"({"type":18,"messageId":"m"})");
     ASSERT_TRUE(line.receiveLine());
     EXPECT_EQ(get("deviceName"), "TV");
-    const std::size_t memory = TestSupport::residentMemory(host->pid());
-    TestSupport::forgetPeakMemory(host->pid());
+    startMeasuringMemory();
     {
         const std::array<std::unique_ptr<Watcher>, 2> watchers{
             std::make_unique<Watcher>([&] { return line.receiveLine(); }),
             std::make_unique<Watcher>([&] { return pageThatReads->receiveText(); })};
         makeEvents(watchers);
     }
-    if (!TestSupport::sanitized) {
-        const std::size_t peak = TestSupport::peakMemory(host->pid());
-        std::cout << "grew by " << (peak - memory) / 1024 << " KiB\n";
-        EXPECT_LT(peak, memory + 2 * slowCount * costOfAClient);
-    }
+    expectGrowthBelow(2 * slowCount * costOfAClient);
     const std::string metrics = TestSupport::httpGet(port, "/metrics").body;
     EXPECT_TRUE(contains(metrics, "settings_host_slow_clients_disconnected_total{door=\"socket\"} 5\n"));
     EXPECT_TRUE(contains(metrics, "settings_host_slow_clients_disconnected_total{door=\"page\"} 5\n"));
@@ -156,7 +145,7 @@ TEST_F(SlowClients, ThoseWhoNeverReadAreDisconnectedAndTheOthersMissNothing) {
         EXPECT_LT(eventsBeforeTheEnd([&] { return slowPages[number]->receiveText(); }), eventCount);
         EXPECT_TRUE(slowPages[number]->closedByPeer());
     }
-    // Besides the test's own connection, the two who read are there.
+    // The two clients that read are still connected.
     EXPECT_LE(TestSupport::openDescriptors(host->pid()), descriptors + 2);
     EXPECT_EQ(get("deviceName"), valueOf(eventCount));
 }

@@ -1,22 +1,23 @@
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 
 #include "WebHostFixture.h"
 
 namespace SystemTests {
 
-/// Hosts on a small disk of their own, which can be filled and made read-only.
+/// Hosts on a small file system of their own, which can be filled and made read-only.
 class HostUnwritableStorage : public HostWeb {
 protected:
     void SetUp() override {
         std::filesystem::create_directory(folder / "state");
-        // The disk lives as long as this process, which nobody else sees it from.
+        // The mount namespace of this process, which ends with it.
         keeper = std::make_unique<TestSupport::ChildProcess>(
             Lines{"unshare", "--user", "--map-root-user", "--mount", "sh", "-c",
                   "mount -t tmpfs -o size=400k,mode=700 none '" + (folder / "state") +
                       "' && echo mounted && exec sleep 1000"});
         if (keeper->output().readLine() != "mounted") {
-            GTEST_SKIP() << "this machine lets nobody make a disk: " << keeper->errors().readAll();
+            GTEST_SKIP() << "this machine does not allow mounts: " << keeper->errors().readAll();
         }
     }
 
@@ -49,13 +50,6 @@ protected:
         ASSERT_EQ(mounted.status, 0) << mounted.errors;
     }
 
-    /// The frames that come before the answer to a question.
-    Lines set(const std::string& setting, const std::string& value) {
-        Lines events;
-        ask(setRequest(setting, "\"" + value + "\"") + "\n" + getRequest("[\"deviceName\"]"), &events);
-        return events;
-    }
-
     std::string health() { return WireTests::healthOf(port).body; }
 
     std::unique_ptr<TestSupport::ChildProcess> keeper;
@@ -63,21 +57,21 @@ protected:
 
 TEST_F(HostUnwritableStorage, AFullDiskRefusesWhatDoesNotFitAndKeepsTheRest) {
     startInside();
-    EXPECT_EQ(set("deviceName", "Den").size(), 1U);
+    EXPECT_EQ(set("deviceName", "\"Den\"").size(), 1U);
     fillDisk();
     const std::string large(50000, 'v');
-    EXPECT_EQ(set("companionDevice", large).size(), 0U) << "no event";
+    EXPECT_EQ(set("companionDevice", "\"" + large + "\"").size(), 0U) << "no event";
     EXPECT_EQ(get("deviceName"), "Den");
     EXPECT_TRUE(contains(health(), R"("status":"degraded")")) << health();
     EXPECT_TRUE(contains(health(), R"("lastFailure":"database: database or disk is full")")) << health();
     kill();
     disconnect();
     startInside();
-    EXPECT_EQ(get("deviceName"), "Den") << "a host starts on a full disk too";
-    EXPECT_EQ(get("companionDevice"), R"(["",""])") << "nothing of what was refused is there";
-    EXPECT_EQ(set("companionDevice", large).size(), 0U);
+    EXPECT_EQ(get("deviceName"), "Den") << "the host starts on a full disk, too";
+    EXPECT_EQ(get("companionDevice"), R"(["",""])") << "nothing of the refused value is stored";
+    EXPECT_EQ(set("companionDevice", "\"" + large + "\"").size(), 0U);
     makeRoom();
-    EXPECT_EQ(set("companionDevice", large).size(), 1U);
+    EXPECT_EQ(set("companionDevice", "\"" + large + "\"").size(), 1U);
     EXPECT_TRUE(contains(health(), R"("status":"ok")")) << health();
     disconnect();
     const std::string log = stop();
@@ -87,9 +81,9 @@ TEST_F(HostUnwritableStorage, AFullDiskRefusesWhatDoesNotFitAndKeepsTheRest) {
 
 TEST_F(HostUnwritableStorage, AReadOnlyDiskServesWhatIsStored) {
     startInside();
-    set("deviceName", "Den");
+    set("deviceName", "\"Den\"");
     device(R"({"command":"locale","value":"fr-FR"})");
-    // Killed, so that the last changes are in the log alone; later stopped, so that there is none.
+    // After a kill the last changes are only in the log; after a stop there is no log.
     kill();
     disconnect();
     for (const bool hasLog : {true, false}) {
@@ -99,13 +93,13 @@ TEST_F(HostUnwritableStorage, AReadOnlyDiskServesWhatIsStored) {
         startInside();
         EXPECT_EQ(get("deviceName"), "Den");
         EXPECT_EQ(get("orliaLocale"), R"(["fr-FR"])");
-        EXPECT_EQ(set("deviceName", "Kitchen").size(), 0U);
+        EXPECT_EQ(set("deviceName", "\"Kitchen\"").size(), 0U);
         EXPECT_EQ(get("deviceName"), "Den");
         EXPECT_TRUE(contains(device(R"({"command":"locale","value":"de-DE"})"), "not-written"));
         EXPECT_TRUE(contains(health(), R"("status":"degraded")")) << health();
         disconnect();
         const std::string log = stop();
-        EXPECT_TRUE(contains(log, "no change will be stored: the file system cannot be written to")) << log;
+        EXPECT_TRUE(contains(log, "changes cannot be stored: the file system is read-only")) << log;
         EXPECT_TRUE(contains(log, "cannot store 'deviceName': database: attempt to write a readonly database")) << log;
         remount("rw");
         startInside();
@@ -124,30 +118,31 @@ TEST_F(HostUnwritableStorage, AStoredLocaleThatCannotBeSetAsideStopsTheHostWithI
     ASSERT_EQ(stored.status, 0) << stored.errors;
     remount("ro");
     programPrefix = inside({});
-    const auto failing = launch();
-    EXPECT_EQ(failing->output().readAll(), "");
-    Lines said;
-    while (const auto line = failing->errors().readLine()) {
+    const auto failed = runToEnd();
+    EXPECT_EQ(failed.output, "");
+    EXPECT_EQ(failed.status, 1);
+    Lines lines;
+    std::istringstream errors(failed.errors);
+    for (std::string line; std::getline(errors, line);) {
         // Without time, level and thread.
-        said.push_back(line->substr(contains(*line, "] ") ? line->find("] ") + 2 : 0));
+        lines.push_back(line.substr(contains(line, "] ") ? line.find("] ") + 2 : 0));
     }
-    EXPECT_EQ(failing->wait(), 1);
-    EXPECT_EQ(said,
-              (Lines{"settings-host:no change will be stored: the file system cannot be written to",
+    EXPECT_EQ(lines,
+              (Lines{"settings-host:changes cannot be stored: the file system is read-only",
                      "settings-host:cannot set 'orliaLocale' aside: database: attempt to write a readonly database",
                      "settings-host: the stored value of 'orliaLocale' is unusable and could not be set aside"}));
 }
 
-TEST_F(HostUnwritableStorage, AHostThatOnlyReadsIsLiveToo) {
+TEST_F(HostUnwritableStorage, AResetRefusesBesideAHostOnAReadOnlyDisk) {
     startInside();
-    set("deviceName", "Den");
+    set("deviceName", "\"Den\"");
     for (const bool isKilled : {true, false}) {
         SCOPED_TRACE(isKilled ? "with a log" : "without a log");
         isKilled ? kill() : static_cast<void>(stop());
         disconnect();
         remount("ro");
         startInside();
-        // Now the files could be removed, while the host that was started before goes on reading them.
+        // The files could be removed now, but the host still reads them.
         remount("rw");
         const auto refused = TestSupport::run(inside({SETTINGS_HOST, "--storage", database(), "--reset", "--yes"}));
         EXPECT_EQ(refused.status, 1);
@@ -160,9 +155,9 @@ TEST_F(HostUnwritableStorage, AHostThatOnlyReadsIsLiveToo) {
     }
 }
 
-TEST_F(HostUnwritableStorage, AResetOnAReadOnlyDiskSaysSo) {
+TEST_F(HostUnwritableStorage, AResetOnAReadOnlyDiskFailsWithTheReason) {
     startInside();
-    set("deviceName", "Den");
+    set("deviceName", "\"Den\"");
     stop();
     disconnect();
     remount("ro");
@@ -176,10 +171,7 @@ TEST_F(HostUnwritableStorage, AResetOnAReadOnlyDiskSaysSo) {
 TEST_F(HostUnwritableStorage, AReadOnlyDiskWithoutADatabaseStopsTheHost) {
     remount("ro");
     programPrefix = inside({});
-    const auto failing = launch();
-    EXPECT_EQ(failing->output().readAll(), "");
-    EXPECT_TRUE(contains(failing->errors().readAll(), "Read-only file system"));
-    EXPECT_EQ(failing->wait(), 1);
+    expectCannotStart("Read-only file system");
 }
 
 }  // namespace SystemTests

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <string>
@@ -9,7 +10,7 @@
 
 namespace SystemTests {
 
-/// The host with its web port, pages included.
+/// A host with web port and pages.
 class HostWeb : public HostTest {
 protected:
     HostWeb() {
@@ -18,7 +19,7 @@ protected:
         webArguments = {"--listen", "127.0.0.1:0", "--pages", folder / "pages"};
     }
 
-    /// Starts the host; `at` is the port it must take, unless 0.
+    /// Starts the host at port `at`, or at any free port if 0.
     void startWeb(const Lines& moreArguments = {}, std::uint16_t at = 0) {
         webArguments[1] = "127.0.0.1:" + std::to_string(at);
         host = launch(moreArguments);
@@ -34,7 +35,7 @@ protected:
         EXPECT_GE(key.size(), 32U);
     }
 
-    /// A WebSocket that came with the key.
+    /// A WebSocket that is opened with the key.
     std::unique_ptr<WireTests::HostWebSocket> page(const std::string& path = "/settings",
                                                    const std::string& protocol = "settings.v1") {
         auto socket = std::make_unique<WireTests::HostWebSocket>(port, path + "?key=" + key, protocol);
@@ -42,7 +43,7 @@ protected:
         return socket;
     }
 
-    /// "NAME=VALUE" as a browser sends it back.
+    /// The cookie that the host sets, "NAME=VALUE".
     static std::string cookieOf(const TestSupport::HttpResponse& answer) {
         const auto header = answer.headers.find("set-cookie");
         return header == answer.headers.end() ? "(none)" : header->second.substr(0, header->second.find(';'));
@@ -50,7 +51,7 @@ protected:
 
     static rapidjson::Document next(WireTests::HostWebSocket& socket) {
         const auto text = socket.receiveText();
-        EXPECT_TRUE(text) << "nothing came";
+        EXPECT_TRUE(text) << "no frame";
         return parsed(text.value_or("{}"));
     }
 

@@ -1,5 +1,3 @@
-#include <thread>
-
 #include <sys/resource.h>
 
 #include "WebHostFixture.h"
@@ -24,7 +22,7 @@ TEST_F(HostWeb, ServesThePageAndTheSameMessagesAsTheSocket) {
     EXPECT_STREQ(event["payload"]["to"].GetString(), "Den");
     EXPECT_EQ(next(*socket)["messageId"], "g2");
     EXPECT_STREQ(parsed(client().receiveLine().value())["payload"]["to"].GetString(), "Den");
-    // The other way round, and from the device.
+    // Events of the socket, and of the device.
     client().sendLine(setRequest("deviceName", "\"Attic\"", 2));
     EXPECT_STREQ(next(*socket)["origin"].GetString(), "socket");
     device(R"({"command":"captions","enabled":true})");
@@ -52,7 +50,7 @@ TEST_F(HostWeb, TheDevicePageDrivesTheDeviceAndWatchesAllMessages) {
     EXPECT_STREQ(next(*devicePage)["trace"]["text"].GetString(), R"({"ok":true})");
 }
 
-TEST_F(HostWeb, OpensWithANewKeyAtEachStartButKnowsItsBrowsersAgain) {
+TEST_F(HostWeb, MakesANewKeyAtEachStartButAcceptsItsCookiesAgain) {
     startWeb();
     const auto first = httpGet(port, "/?key=" + key);
     const std::string cookie = cookieOf(first);
@@ -63,17 +61,17 @@ TEST_F(HostWeb, OpensWithANewKeyAtEachStartButKnowsItsBrowsersAgain) {
     EXPECT_EQ(httpGet(port, "/?key=" + oldKey).status, 403);
     EXPECT_EQ(httpGet(port, "/", {"Cookie: " + cookie}).status, 200);
     EXPECT_EQ(HostWebSocket(port, "/settings", "settings.v1", {"Cookie: " + cookie}).status(), 101);
-    // A secret that somebody emptied in the database lets nobody in.
+    // An empty secret in the database authenticates nobody.
     kill();
     sql("UPDATE web SET value = ''");
     startWeb({}, port);
     EXPECT_EQ(httpGet(port, "/", {"Cookie: " + cookie}).status, 403);
     EXPECT_EQ(httpGet(port, "/", {"Cookie: " + cookie.substr(0, cookie.find('=') + 1)}).status, 403);
-    // The cookie does not tell the key, nor the other way round.
+    // The cookie is not the key.
     EXPECT_EQ(httpGet(port, "/?key=" + cookie.substr(cookie.find('=') + 1)).status, 403);
 }
 
-TEST_F(HostWeb, TellsItsAddressAtTheDeviceSocket) {
+TEST_F(HostWeb, ReportsItsAddressOnTheDeviceSocket) {
     startWeb();
     const std::string address = "http://127.0.0.1:" + std::to_string(port) + "/?key=" + key;
     EXPECT_EQ(device(R"({"command":"page"})"), R"({"page":{"address":")" + address + R"("}})");
@@ -83,7 +81,7 @@ TEST_F(HostWeb, TellsItsAddressAtTheDeviceSocket) {
     EXPECT_TRUE(contains(device(R"({"command":"page"})"), "no-pages"));
 }
 
-TEST_F(HostWeb, ANewKeyLocksOutEveryBrowserThatCameWithTheOldOne) {
+TEST_F(HostWeb, ANewKeyRevokesTheOldKeyAndItsCookies) {
     startWeb();
     const std::string cookie = cookieOf(httpGet(port, "/?key=" + key));
     const auto withKey = page();
@@ -105,10 +103,10 @@ TEST_F(HostWeb, ANewKeyLocksOutEveryBrowserThatCameWithTheOldOne) {
     EXPECT_EQ(httpGet(port, "/", {"Cookie: " + newCookie}).status, 200);
 }
 
-TEST_F(HostWeb, ANewKeyThatCannotBeStoredIsRefusedAndTheOldOneHolds) {
+TEST_F(HostWeb, ANewKeyThatCannotBeStoredIsRefusedAndTheOldOneStaysValid) {
     startWeb();
     const std::string cookie = cookieOf(httpGet(port, "/?key=" + key));
-    const auto inside = page();
+    const auto openPage = page();
     const rlimit full{1, RLIM_INFINITY};
     ASSERT_EQ(::prlimit(host->pid(), RLIMIT_FSIZE, &full, nullptr), 0);
     EXPECT_EQ(device(R"({"command":"page","newKey":true})"),
@@ -116,27 +114,27 @@ TEST_F(HostWeb, ANewKeyThatCannotBeStoredIsRefusedAndTheOldOneHolds) {
               R"("the new key could not be stored: the old key and its cookies still hold"}})");
     EXPECT_EQ(httpGet(port, "/?key=" + key).status, 200);
     EXPECT_EQ(httpGet(port, "/", {"Cookie: " + cookie}).status, 200);
-    inside->sendText(getRequest(R"(["deviceName"])"));
-    EXPECT_TRUE(inside->receiveText());
+    openPage->sendText(getRequest(R"(["deviceName"])"));
+    EXPECT_TRUE(openPage->receiveText());
 }
 
-TEST_F(HostWeb, ThePagesDoNotLearnTheKey) {
+TEST_F(HostWeb, ThePagesCannotReadTheKey) {
     startWeb();
     const auto devicePage = page("/device", "device.v1");
     for (const auto* command : {R"({"command":"page"})", R"({"command":"page","newKey":true})"}) {
         devicePage->sendText(command);
         EXPECT_STREQ(next(*devicePage)["error"]["code"].GetString(), "not-here");
     }
-    EXPECT_EQ(httpGet(port, "/?key=" + key).status, 200) << "it is the old one";
+    EXPECT_EQ(httpGet(port, "/?key=" + key).status, 200) << "the key is unchanged";
 }
 
-TEST_F(HostWeb, ACookieThatAnOlderHostMadeOrABackupBringsBackIsWorthless) {
+TEST_F(HostWeb, CookiesOfOlderVersionsAndOfRestoredBackupsAreInvalid) {
     startWeb();
     const std::string cookie = cookieOf(httpGet(port, "/?key=" + key));
     stop();
     const std::string secret = sql("SELECT value FROM web WHERE key = 'cookieSecret'");
     EXPECT_EQ(secret.size(), 64U);
-    // What older software gave to browsers as it stood.
+    // Older versions sent the secret itself to browsers.
     const std::string old(64, 'a');
     sql("INSERT INTO web (key, value) VALUES ('browserSecret', '" + old + "')");
     startWeb({}, port);
@@ -145,7 +143,7 @@ TEST_F(HostWeb, ACookieThatAnOlderHostMadeOrABackupBringsBackIsWorthless) {
     EXPECT_EQ(httpGet(port, "/", {"Cookie: " + name + secret}).status, 403);
     EXPECT_EQ(httpGet(port, "/", {"Cookie: " + cookie}).status, 200);
     stop();
-    // The backup is of before a new key.
+    // A backup may hold a secret that was replaced since.
     std::filesystem::copy_file(database(), database() + ".backup.1");
     std::ofstream(database()) << "this is no database";
     startWeb({}, port);
@@ -168,7 +166,7 @@ TEST_F(HostWeb, WithoutPagesTheAddressSaysHowToGetThem) {
     EXPECT_EQ(page()->status(), 101);
 }
 
-TEST_F(HostWeb, SaysThatItIsHealthy) {
+TEST_F(HostWeb, ReportsItsHealth) {
     startWeb();
     const auto health = WireTests::healthOf(port);
     EXPECT_EQ(health.status, 200);
@@ -180,7 +178,7 @@ TEST_F(HostWeb, SaysThatItIsHealthy) {
     EXPECT_EQ(TestSupport::run({SETTINGS_HOST, "--version"}).output.substr(0, beginning.size()), beginning);
 }
 
-TEST_F(HostWeb, ServesFiguresWithoutNamesOfRooms) {
+TEST_F(HostWeb, ServesMetricsWithoutUserValues) {
     startWeb();
     const auto socket = page();
     socket->sendText(setRequest("deviceName", "\"Kitchen\""));
@@ -190,9 +188,9 @@ TEST_F(HostWeb, ServesFiguresWithoutNamesOfRooms) {
     client().sendLine(setRequest("captionsEnabled", "\"true\""));
     client().sendLine("x");
     EXPECT_TRUE(client().receiveLine());
-    const auto figures = httpGet(port, "/metrics");
-    EXPECT_EQ(figures.status, 200);
-    EXPECT_EQ(figures.headers.at("content-type"), "text/plain; version=0.0.4; charset=utf-8");
+    const auto metrics = httpGet(port, "/metrics");
+    EXPECT_EQ(metrics.status, 200);
+    EXPECT_EQ(metrics.headers.at("content-type"), "text/plain; version=0.0.4; charset=utf-8");
     for (const auto* line :
          {R"(settings_host_changes_total{setting="deviceName",value="other"} 1)",
           R"(settings_host_changes_total{setting="captionsFontSize",value="FONT_LARGE"} 1)",
@@ -200,24 +198,12 @@ TEST_F(HostWeb, ServesFiguresWithoutNamesOfRooms) {
           R"(settings_host_requests_total{outcome="silent",type="set_settings"} 1)",
           R"(settings_host_refusals_total{code="not-json"} 1)", R"(settings_host_clients{door="socket"} 1)",
           R"(settings_host_clients{door="page"} 1)", R"(settings_host_storage_failures_total{operation="write"} 0)"}) {
-        EXPECT_TRUE(contains(figures.body, std::string("\n") + line + "\n")) << line;
+        EXPECT_TRUE(contains(metrics.body, std::string("\n") + line + "\n")) << line;
     }
-    EXPECT_FALSE(contains(figures.body, "Kitchen"));
+    EXPECT_FALSE(contains(metrics.body, "Kitchen"));
 }
 
-TEST_F(HostWeb, SaysWhenChangesDoNotReachTheDatabase) {
-    startWeb();
-    const rlimit small{1, 1};
-    ASSERT_EQ(::prlimit(host->pid(), RLIMIT_FSIZE, &small, nullptr), 0);
-    ask(setRequest("deviceName", "\"Den\"") + "\n" + getRequest("[]"));
-    const auto report = parsed(WireTests::healthOf(port).body);
-    EXPECT_STREQ(report["status"].GetString(), "degraded");
-    EXPECT_FALSE(report["storage"]["writable"].GetBool());
-    EXPECT_EQ(report["storage"]["failures"].GetInt(), 1);
-    EXPECT_TRUE(report["storage"].HasMember("lastFailure"));
-}
-
-TEST_F(HostWeb, RefusesATakenPortAndPagesThatAreNone) {
+TEST_F(HostWeb, RefusesATakenPortAndAMissingPagesFolder) {
     startWeb();
     const auto expectCannotStart = [&](const Lines& web, const std::string& message, int status) {
         const auto end = TestSupport::run([&] {
@@ -232,13 +218,13 @@ TEST_F(HostWeb, RefusesATakenPortAndPagesThatAreNone) {
     };
     expectCannotStart({"--listen", "127.0.0.1:" + std::to_string(port)},
                       "cannot listen at 127.0.0.1 port " + std::to_string(port) + ": Address already in use", 1);
-    EXPECT_FALSE(std::filesystem::exists(folder / "other.db")) << "it left everything alone";
+    EXPECT_FALSE(std::filesystem::exists(folder / "other.db")) << "the database was created";
     expectCannotStart({"--listen", "127.0.0.1:0", "--pages", folder / "none"}, "cannot read the pages' folder", 1);
     expectCannotStart({"--listen", "0.0.0.0:0"}, "'0.0.0.0' is not a loopback address", 2);
     EXPECT_EQ(WireTests::healthOf(port).status, 200);
 }
 
-TEST_F(HostWeb, LetsThePagesOfOneMoreOriginIn) {
+TEST_F(HostWeb, AllowsOneMoreOrigin) {
     startWeb({"--allow-origin", "http://LocalHost:5173"});
     EXPECT_EQ(HostWebSocket(port, "/settings?key=" + key, "settings.v1", {"Origin: http://localhost:5173"}).status(),
               101);
@@ -257,32 +243,28 @@ TEST_F(HostWeb, StopsWithPagesOpen) {
     EXPECT_EQ(second->receive().value_or(HostWebSocket::Message()).closeStatus(), 1001);
 }
 
-TEST_F(HostWeb, AtTheDescriptorLimitThoseWhoAreInsideAreServed) {
+TEST_F(HostWeb, AtTheDescriptorLimitOpenWebSocketsAreServed) {
     if (TestSupport::sanitizersNeedDescriptors) {
         GTEST_SKIP();
     }
     startWeb();
-    const auto inside = page();
-    // Room for a few connections more, none of which is a WebSocket yet.
+    const auto openPage = page();
+    // Enough for a few more connections, none of which becomes a WebSocket.
     const rlimit tight{40, 40};
     ASSERT_EQ(::prlimit(host->pid(), RLIMIT_NOFILE, &tight, nullptr), 0);
-    std::vector<std::unique_ptr<TestSupport::TcpConnection>> evictions;
+    std::vector<std::unique_ptr<TestSupport::TcpConnection>> connections;
     for (int number = 0; number < 60; ++number) {
-        evictions.push_back(std::make_unique<TestSupport::TcpConnection>(port));
-        evictions.back()->send("GET ");
+        connections.push_back(std::make_unique<TestSupport::TcpConnection>(port));
+        connections.back()->send("GET ");
     }
-    EXPECT_EQ(evictions.back()->receiveAll(), "");
-    EXPECT_TRUE(evictions.back()->closedByPeer()) << "the host has descriptors left";
+    EXPECT_EQ(connections.back()->receiveAll(), "");
+    EXPECT_TRUE(connections.back()->closedByPeer()) << "the limit was not reached";
     for (long number = 0; number < 20; ++number) {
-        inside->sendText(setRequest("deviceName", "\"" + std::to_string(number) + "\"", number));
-        EXPECT_EQ(std::to_string(number), next(*inside)["payload"]["to"].GetString());
+        openPage->sendText(setRequest("deviceName", "\"" + std::to_string(number) + "\"", number));
+        EXPECT_EQ(std::to_string(number), next(*openPage)["payload"]["to"].GetString());
     }
-    evictions.clear();
-    const auto until = std::chrono::steady_clock::now() + TestSupport::waitTimeout;
-    while (WireTests::healthOf(port).status != 200 && std::chrono::steady_clock::now() < until) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
-    EXPECT_EQ(WireTests::healthOf(port).status, 200);
+    connections.clear();
+    waitFor([&] { return WireTests::healthOf(port).status == 200; });
 }
 
 TEST_F(HostWeb, IsHealthyAgainOnceAChangeReachesTheDisk) {
@@ -291,17 +273,19 @@ TEST_F(HostWeb, IsHealthyAgainOnceAChangeReachesTheDisk) {
     ASSERT_EQ(::prlimit(host->pid(), RLIMIT_FSIZE, nullptr, &unlimited), 0);
     const rlimit full{1, unlimited.rlim_max};
     ASSERT_EQ(::prlimit(host->pid(), RLIMIT_FSIZE, &full, nullptr), 0);
-    ask(setRequest("deviceName", "\"Nursery\"") + "\n" + getRequest(R"(["deviceName"])"));
+    set("deviceName", "\"Nursery\"");
     const auto degraded = WireTests::healthOf(port);
     EXPECT_EQ(degraded.status, 200);
     const auto report = parsed(degraded.body);
     EXPECT_STREQ(report["status"].GetString(), "degraded");
+    EXPECT_FALSE(report["storage"]["writable"].GetBool());
+    EXPECT_EQ(report["storage"]["failures"].GetInt(), 1);
     const std::string reason = report["storage"]["lastFailure"].GetString();
     EXPECT_FALSE(contains(degraded.body, "Nursery"));
     EXPECT_TRUE(
         contains(httpGet(port, "/metrics").body, "settings_host_storage_failures_total{operation=\"write\"} 1\n"));
     ASSERT_EQ(::prlimit(host->pid(), RLIMIT_FSIZE, &unlimited, nullptr), 0);
-    ask(setRequest("deviceName", "\"Den\"", 2) + "\n" + getRequest(R"(["deviceName"])"));
+    set("deviceName", "\"Den\"", 2);
     const std::string recovered = WireTests::healthOf(port).body;
     EXPECT_TRUE(contains(recovered, R"({"status":"ok")")) << recovered;
     EXPECT_TRUE(contains(recovered, R"("storage":{"writable":true,"keys":1,"failures":1,"lastFailure":")" + reason))

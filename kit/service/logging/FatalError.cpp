@@ -6,24 +6,24 @@
 #include <unistd.h>
 
 #include "VessaLogger/Log.h"
-#include "VessaLogger/LogSink.h"
+#include "Wire/ControlCharacters.h"
 #include "service/logging/Journal.h"
+#include "service/logging/LogLine.h"
 #include "service/logging/RequestContext.h"
 #include "service/logging/StandardErrorOutput.h"
 
 namespace SettingsHost {
 
 void reportFatalError(LogFormat format, LogFile* file, const std::string& reason) {
-    const VessaLogger::LogLine line{VessaLogger::ERROR, std::chrono::system_clock::now(),
-                                    VessaLogger::Log::instance().getThreadId(), "settings-host:" + reason,
-                                    VessaLogger::NATIVE_SERVICE};
+    const LogLine line{VessaLogger::ERROR, std::chrono::system_clock::now(), VessaLogger::Log::instance().getThreadId(),
+                       "settings-host:" + reason};
     const std::string logLine = LineFormat(format, std::make_shared<RequestContext>()).textOf(line);
     if (isStandardErrorTheJournal()) {
         Journal().send(journalEntry(line, std::nullopt));
     } else {
         StandardErrorOutput(STDERR_FILENO)
             .write(format == LogFormat::JSON ? logLine
-                                             : "settings-host: " + VessaLogger::escapeControlCharacters(reason) + "\n");
+                                             : "settings-host: " + Wire::escapeControlCharacters(reason) + "\n");
     }
     if (file != nullptr) {
         file->write(logLine);

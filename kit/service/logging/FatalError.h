@@ -7,10 +7,9 @@
 
 namespace SettingsHost {
 
-/// Says why the host ends, when it cannot start or cannot go on. On standard error that is "settings-host: " and
-/// `reason`; with LogFormat::JSON it is a log line of level 3, and so it is in the journal where standard error leads
-/// there, and in `file` unless that is null.
-/// The log need not be set up yet. Like the log it waits for nobody.
+/// Reports why the host ends: on standard error as "settings-host: " and `reason`; with LogFormat::JSON, in the journal
+/// (if standard error is connected to it) and in `file` (unless null) as a log line of level 3.
+/// Does not need the log to be set up, and never blocks.
 void reportFatalError(LogFormat format, LogFile* file, const std::string& reason);
 
 }  // namespace SettingsHost

@@ -6,7 +6,7 @@
 
 namespace SettingsHost {
 
-/// Emits a line of the host's own, "settings-host:" and `text`, through the application's shared logger. Threads: any.
+/// Logs "settings-host:" and `text` through the application's logger. Threads: any.
 void logHost(VessaLogger::LogLevel level, const std::string& text);
 
 }  // namespace SettingsHost

@@ -11,6 +11,8 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include "Wire/ControlCharacters.h"
+
 namespace SettingsHost {
 
 namespace {
@@ -28,7 +30,7 @@ const char* priorityOf(VessaLogger::LogLevel level) {
     }
 }
 
-/// A value with line ends is announced with its size, as 64 bits in little-endian order.
+/// A value with line ends is preceded by its size, 64 bits in little-endian order.
 void addField(std::string& entry, const std::string& name, const std::string& value) {
     entry += name;
     if (value.find('\n') == std::string::npos) {
@@ -51,9 +53,9 @@ bool isStandardErrorTheJournal() {
            std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino) == journal;
 }
 
-std::string journalEntry(const VessaLogger::LogLine& line, const std::optional<CurrentRequest>& request) {
+std::string journalEntry(const LogLine& line, const std::optional<CurrentRequest>& request) {
     std::string entry;
-    addField(entry, "MESSAGE", VessaLogger::escapeControlCharacters(line.text));
+    addField(entry, "MESSAGE", Wire::escapeControlCharacters(line.text));
     addField(entry, "PRIORITY", priorityOf(line.level));
     addField(entry, "SYSLOG_IDENTIFIER", "settings-host");
     if (request) {
@@ -67,9 +69,9 @@ std::string journalEntry(const VessaLogger::LogLine& line, const std::optional<C
 
 Journal::Journal(std::string socketPath)
     : path(std::move(socketPath)), descriptor(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
-    // Room for an entry about the longest frame.
-    const int room = 1024 * 1024;
-    ::setsockopt(descriptor, SOL_SOCKET, SO_SNDBUF, &room, sizeof(room));
+    // Large enough for an entry with the longest frame.
+    const int bufferSize = 1024 * 1024;
+    ::setsockopt(descriptor, SOL_SOCKET, SO_SNDBUF, &bufferSize, sizeof(bufferSize));
 }
 
 Journal::~Journal() {

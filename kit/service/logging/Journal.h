@@ -4,19 +4,19 @@
 #include <optional>
 #include <string>
 
-#include "VessaLogger/LogSink.h"
+#include "service/logging/LogLine.h"
 #include "service/logging/RequestContext.h"
 
 namespace SettingsHost {
 
-/// Does standard error lead to the system's journal? Then lines can go there with their parts kept apart.
+/// Is standard error connected to systemd's journal? Then entries with fields can be sent to it.
 bool isStandardErrorTheJournal();
 
-/// One entry in the journal's native protocol: MESSAGE, with control characters escaped, PRIORITY as in syslog,
-/// SYSLOG_IDENTIFIER, and while a request is in hand REQUEST_TYPE, and SETTING_KEY when it is about a setting.
-std::string journalEntry(const VessaLogger::LogLine& line, const std::optional<CurrentRequest>& request);
+/// An entry in the journal's native protocol: MESSAGE, with control characters escaped, PRIORITY as in syslog,
+/// SYSLOG_IDENTIFIER; while a request is handled REQUEST_TYPE, and SETTING_KEY if the request names a setting.
+std::string journalEntry(const LogLine& line, const std::optional<CurrentRequest>& request);
 
-/// A way to the journal that never waits for it.
+/// Sends entries to the journal; never blocks.
 class Journal {
 public:
     explicit Journal(std::string socketPath = "/run/systemd/journal/socket");
@@ -25,7 +25,7 @@ public:
     Journal(const Journal&) = delete;
     Journal& operator=(const Journal&) = delete;
 
-    /// Returns: false when the journal has no room now or is not there; the entry is lost.
+    /// Returns: false when the journal is full or does not run; the entry is lost.
     bool send(const std::string& entry);
 
 private:

@@ -7,13 +7,14 @@
 #include <ctime>
 #include <utility>
 
+#include "Wire/ControlCharacters.h"
 #include "Wire/ObjectWriter.h"
 
 namespace SettingsHost {
 
 namespace {
 
-/// As wide as "error", the longer one aside.
+/// Padded to the width of "error".
 const char* nameOf(VessaLogger::LogLevel level) {
     switch (level) {
         case VessaLogger::TRACE:
@@ -29,7 +30,7 @@ const char* nameOf(VessaLogger::LogLevel level) {
 
 /// Local time: 2026-01-31T12:34:56.789+01:00.
 std::string timeText(std::chrono::system_clock::time_point time) {
-    // Rounded down, also before 1970: a device whose clock nobody has set yet may be there.
+    // Rounded down, also before 1970, where a device may be whose clock is not set yet.
     const auto second = std::chrono::floor<std::chrono::seconds>(time);
     const std::time_t sinceEpoch = std::chrono::system_clock::to_time_t(second);
     const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(time - second).count();
@@ -44,7 +45,7 @@ std::string timeText(std::chrono::system_clock::time_point time) {
     return whole.data();
 }
 
-std::string jsonObject(const VessaLogger::LogLine& line, const std::optional<CurrentRequest>& request) {
+std::string jsonObject(const LogLine& line, const std::optional<CurrentRequest>& request) {
     Wire::ObjectWriter<> object;
     object.text("time", timeText(line.time));
     object.number("level", static_cast<int>(line.level));
@@ -64,12 +65,12 @@ std::string jsonObject(const VessaLogger::LogLine& line, const std::optional<Cur
 LineFormat::LineFormat(LogFormat wantedFormat, std::shared_ptr<const RequestContext> requestContext)
     : format(wantedFormat), context(std::move(requestContext)) {}
 
-std::string LineFormat::textOf(const VessaLogger::LogLine& line) const {
+std::string LineFormat::textOf(const LogLine& line) const {
     if (format == LogFormat::JSON) {
         return jsonObject(line, context->current()) + "\n";
     }
     return timeText(line.time) + " " + nameOf(line.level) + " [" + line.threadId + "] " +
-           VessaLogger::escapeControlCharacters(line.text) + "\n";
+           Wire::escapeControlCharacters(line.text) + "\n";
 }
 
 }  // namespace SettingsHost

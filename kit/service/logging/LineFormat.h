@@ -3,22 +3,22 @@
 #include <memory>
 #include <string>
 
-#include "VessaLogger/LogSink.h"
+#include "service/logging/LogLine.h"
 #include "service/logging/RequestContext.h"
 
 namespace SettingsHost {
 
 enum class LogFormat { TEXT, JSON };
 
-/// Makes text of log lines, the end of the line included.
-/// TEXT: time, level, thread and the text with control characters escaped. JSON: one object a line with "time",
-/// "level", "thread" and "text", valid for any bytes; while a request is in hand "requestType", and "setting" when it
-/// is about one.
+/// Formats log lines, including the line end.
+/// TEXT: time, level, thread, and the text with control characters escaped. JSON: one object per line with "time",
+/// "level", "thread" and "text", valid JSON for any bytes; while a request is handled "requestType", and "setting" if
+/// the request names one.
 class LineFormat {
 public:
     LineFormat(LogFormat format, std::shared_ptr<const RequestContext> context);
 
-    std::string textOf(const VessaLogger::LogLine& line) const;
+    std::string textOf(const LogLine& line) const;
 
 private:
     LogFormat format;

@@ -38,7 +38,7 @@ bool LogFile::open() {
     if (descriptor >= 0) {
         return true;
     }
-    // Does not wait for the reader of something that is no file.
+    // O_NONBLOCK: does not wait for the reader of a pipe.
     const int opened =
         ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, ownerOnly);
     if (opened < 0) {
@@ -58,7 +58,7 @@ bool LogFile::accept(int opened) {
         return fail(std::strerror(errno));
     }
     if (!S_ISREG(status.st_mode)) {
-        return fail("it is no plain file");
+        return fail("it is not a regular file");
     }
     if (status.st_nlink != 1) {
         return fail("it is a link");
@@ -66,7 +66,7 @@ bool LogFile::accept(int opened) {
     if (status.st_uid != ::geteuid()) {
         return fail("it belongs to another user");
     }
-    // One that somebody else made may be open to others.
+    // An existing file may be accessible to others.
     if ((status.st_mode & 07777) != ownerOnly && ::fchmod(opened, ownerOnly) != 0) {
         return fail(std::strerror(errno));
     }
@@ -74,13 +74,14 @@ bool LogFile::accept(int opened) {
     return true;
 }
 
-std::string LogFile::generation(int number) const {
-    return number == 0 ? path : path + "." + std::to_string(number);
+std::vector<std::string> LogFile::filesOf(const std::string& file) {
+    return {file, file + ".1", file + ".2"};
 }
 
 bool LogFile::rotate() {
-    for (int number = files - 1; number > 0; --number) {
-        if (std::rename(generation(number - 1).c_str(), generation(number).c_str()) != 0 && errno != ENOENT) {
+    const auto files = filesOf(path);
+    for (std::size_t older = files.size() - 1; older > 0; --older) {
+        if (std::rename(files[older - 1].c_str(), files[older].c_str()) != 0 && errno != ENOENT) {
             return fail(std::string("it is full and cannot be renamed: ") + std::strerror(errno));
         }
     }
@@ -101,7 +102,7 @@ bool LogFile::append(const std::string& line) {
         }
         if (count <= 0) {
             const std::string why = std::strerror(errno);
-            // Without this, the next line would go on in the middle of this one.
+            // Otherwise the next line would continue this one.
             const bool isWhole = ::ftruncate(descriptor, static_cast<off_t>(size)) == 0;
             return fail(isWhole ? why : why + ", in the middle of a line");
         }

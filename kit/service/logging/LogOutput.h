@@ -4,7 +4,7 @@
 
 namespace SettingsHost {
 
-/// Where lines of text go. Never waits for whoever reads them, and never throws because a line cannot be written.
+/// A destination of log lines. Never blocks, and never throws because a line cannot be written.
 class LogOutput {
 public:
     LogOutput() = default;
@@ -12,7 +12,7 @@ public:
     LogOutput(const LogOutput&) = delete;
     LogOutput& operator=(const LogOutput&) = delete;
 
-    /// Writes one line with its end. Returns: false when it was lost.
+    /// Writes one line; `line` includes the line end. Returns: false when it was lost.
     virtual bool write(const std::string& line) = 0;
 };
 

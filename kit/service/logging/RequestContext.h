@@ -9,14 +9,14 @@ namespace SettingsHost {
 /// A request that is being handled.
 struct CurrentRequest {
     int type = 0;
-    /// Which setting it is about; empty when it is about none.
+    /// The key that it names; empty when it names none.
     std::string setting;
 };
 
-/// Says which request is being handled to those who write log lines meanwhile. One thread only.
+/// The request that is being handled, for the log lines written meanwhile. Threads: one.
 class RequestContext {
 public:
-    /// The request is in hand while this lives.
+    /// Sets the request for the lifetime of the object.
     class Scope {
     public:
         Scope(RequestContext& requestContext, CurrentRequest request)

@@ -42,7 +42,7 @@ long StandardErrorOutput::writeSome(const char* text, std::size_t size) {
     }
     if (kind == Kind::SHARED_PIPE) {
         pollfd room{target, POLLOUT, 0};
-        // A pipe that has room has it for this much.
+        // A writable pipe takes PIPE_BUF bytes without blocking.
         return ::poll(&room, 1, 0) == 1 ? ::write(target, text, std::min<std::size_t>(size, PIPE_BUF)) : -1;
     }
     return ::write(target, text, size);

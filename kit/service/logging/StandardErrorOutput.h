@@ -7,25 +7,25 @@
 
 namespace SettingsHost {
 
-/// Writes lines to standard error. Lines for which a pipe or socket has no room are lost: whoever reads it may have
-/// stopped. A line of which only a part had room is finished before the next one. Files and terminals are waited for.
+/// Writes lines to standard error. A line is lost when a pipe or socket is full, as its reader may have stopped. A line
+/// that was written in part is completed before the next one. Writes to files and terminals block.
 class StandardErrorOutput : public LogOutput {
 public:
-    /// `descriptor` stays open as long as this lives. Others may share it, so its flags stay as they are.
+    /// `descriptor` outlives the object. Other processes may share it, so its flags are not changed.
     explicit StandardErrorOutput(int descriptor);
     ~StandardErrorOutput() override;
 
     bool write(const std::string& line) override;
 
 private:
-    enum class Kind { WAITED_FOR, SHARED_PIPE, OWN_PIPE, SOCKET };
+    enum class Kind { BLOCKING, SHARED_PIPE, OWN_PIPE, SOCKET };
 
     long writeSome(const char* text, std::size_t size);
-    /// Returns: how much of `text` there was room for.
+    /// Returns: how many bytes of `text` were written.
     std::size_t writeAsMuchAsPossible(const std::string& text);
 
     int target;
-    Kind kind = Kind::WAITED_FOR;
+    Kind kind = Kind::BLOCKING;
     std::string rest;
 };
 

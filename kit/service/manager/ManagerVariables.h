@@ -6,14 +6,13 @@
 
 namespace SettingsHost {
 
-/// What a service manager says to a program it starts, in variables of its environment.
+// Environment variables that a service manager sets for the program it starts.
 
-/// Nothing when there is no such variable.
+/// Nothing when the variable is not set.
 std::optional<std::string> managerVariable(const char* name);
-/// A number that is nothing but digits. Errors: `std::invalid_argument` for anything else, and for one that is too
-/// large.
+/// An unsigned decimal number. Errors: `std::invalid_argument` for anything else and for a number that is too large.
 std::optional<std::uint64_t> managerNumber(const char* name);
-/// Does the variable name this process? Variables are inherited, and meant for one alone.
+/// Is the variable the id of this process? Child processes inherit variables that are not meant for them.
 bool isMeantForThisProcess(const char* name);
 
 }  // namespace SettingsHost

@@ -15,20 +15,20 @@ namespace SettingsHost {
 
 namespace {
 
-/// A manager whose address cannot be reached changes nothing.
-void tell(const std::string& state) {
-    const auto place = managerVariable("NOTIFY_SOCKET");
+/// Does nothing when the address cannot be reached.
+void notify(const std::string& state) {
+    const auto path = managerVariable("NOTIFY_SOCKET");
     sockaddr_un address{};
-    if (!place || place->empty() || place->size() >= sizeof(address.sun_path)) {
+    if (!path || path->empty() || path->size() >= sizeof(address.sun_path)) {
         return;
     }
     address.sun_family = AF_UNIX;
-    std::copy(place->begin(), place->end(), address.sun_path);
+    std::copy(path->begin(), path->end(), address.sun_path);
     if (address.sun_path[0] == '@') {
-        // A name that is not in the file system. It begins with a NUL and ends with the address.
+        // An abstract socket: the name starts with NUL and is not terminated.
         address.sun_path[0] = '\0';
     }
-    const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + place->size());
+    const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + path->size());
     const Descriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     ::sendto(socket.get(), state.data(), state.size(), MSG_NOSIGNAL, reinterpret_cast<const sockaddr*>(&address), size);
 }
@@ -36,19 +36,19 @@ void tell(const std::string& state) {
 }  // namespace
 
 void notifyStarting(const std::string& status) {
-    tell("STATUS=" + status);
+    notify("STATUS=" + status);
 }
 
 void notifyReady(const std::string& status) {
-    tell("READY=1\nSTATUS=" + status);
+    notify("READY=1\nSTATUS=" + status);
 }
 
 void notifyStopping(const std::string& status) {
-    tell("STOPPING=1\nSTATUS=" + status);
+    notify("STOPPING=1\nSTATUS=" + status);
 }
 
 void notifyAlive() {
-    tell("WATCHDOG=1");
+    notify("WATCHDOG=1");
 }
 
 std::optional<std::chrono::milliseconds> watchdogTimeout() {

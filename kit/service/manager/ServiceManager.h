@@ -6,17 +6,17 @@
 
 namespace SettingsHost {
 
-/// What the host tells the service manager that started it. Without one nothing happens, and one that does not listen
-/// changes nothing. `status` is one line that every user of the machine may read.
+// Notifications to the service manager that started the program. Without one, or when it cannot be reached, they do
+// nothing. `status` is one line, which every user of the machine can read.
 
 void notifyStarting(const std::string& status);
-/// The listeners listen.
+/// All listeners are open.
 void notifyReady(const std::string& status);
 void notifyStopping(const std::string& status);
 void notifyAlive();
 
-/// How long the service manager waits for `notifyAlive` before it takes the host for hung; nothing when it does not
-/// wait.
+/// How long the service manager waits for `notifyAlive` before it considers the program hung; nothing without a
+/// watchdog.
 std::optional<std::chrono::milliseconds> watchdogTimeout();
 
 }  // namespace SettingsHost

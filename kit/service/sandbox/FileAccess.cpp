@@ -15,7 +15,7 @@ namespace SettingsHost {
 
 namespace {
 
-// Newer than the header that the oldest supported system has.
+// Missing from the headers of the oldest supported system.
 constexpr std::uint64_t moveBetweenFolders = 1ULL << 13U;
 constexpr std::uint64_t truncateFiles = 1ULL << 14U;
 
@@ -24,7 +24,7 @@ constexpr std::uint64_t removeFiles = LANDLOCK_ACCESS_FS_REMOVE_FILE;
 constexpr std::uint64_t changeFiles =
     readFiles | removeFiles | LANDLOCK_ACCESS_FS_WRITE_FILE | LANDLOCK_ACCESS_FS_MAKE_REG | truncateFiles;
 
-/// Everything that the kernel of this version can forbid.
+/// All rights that a kernel with this version of Landlock can restrict.
 std::uint64_t allRights(long version) {
     std::uint64_t rights = moveBetweenFolders - 1;
     if (version >= 2) {
@@ -36,15 +36,15 @@ std::uint64_t allRights(long version) {
     return rights;
 }
 
-/// What does not exist needs no permission.
+/// Returns true for a path that does not exist.
 bool permit(int ruleset, const std::string& path, std::uint64_t rights) {
-    const Descriptor place(::open(path.c_str(), O_PATH | O_CLOEXEC));
-    if (place.get() < 0) {
+    const Descriptor target(::open(path.c_str(), O_PATH | O_CLOEXEC));
+    if (target.get() < 0) {
         return true;
     }
     landlock_path_beneath_attr rule{};
     rule.allowed_access = rights;
-    rule.parent_fd = place.get();
+    rule.parent_fd = target.get();
     return ::syscall(SYS_landlock_add_rule, ruleset, LANDLOCK_RULE_PATH_BENEATH, &rule, 0) == 0;
 }
 
@@ -56,7 +56,7 @@ bool permitAll(int ruleset, const SandboxFolders& folders, std::uint64_t handled
     for (const auto& folder : folders.cleared) {
         permitted = permitted && permit(ruleset, folder, removeFiles);
     }
-    // Figures of this process. Those of others stay closed: they count as tracing, which a sandbox forbids.
+    // For the metrics of this process. Those of other processes are out of reach: a sandboxed process must not trace.
     permitted = permitted && permit(ruleset, "/proc", readFiles);
     permitted = permitted && permit(ruleset, "/usr/share/zoneinfo", readFiles);
     for (const auto* file : {"/etc/localtime", "/dev/null", "/dev/urandom"}) {

@@ -6,9 +6,8 @@
 
 namespace SettingsHost {
 
-/// From now on files can only be opened, made, renamed and removed where `folders` and docs/sandbox.md say. What is
-/// open stays open. Needs a process that can gain no new privileges. Returns: why that could not be had; empty when it
-/// is so.
+/// Restricts opening, creating, renaming and removing files to `folders` and the files in docs/sandbox.md. Open
+/// descriptors stay usable. Needs no_new_privs. Returns: the reason of a failure; empty on success.
 std::string limitFileAccess(const SandboxFolders& folders);
 
 }  // namespace SettingsHost

@@ -24,7 +24,7 @@ void report(const std::string& what, const std::string& reason) {
     }
 }
 
-std::string giveUpNewPrivileges() {
+std::string forbidNewPrivileges() {
     return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 ? "" : std::strerror(errno);
 }
 
@@ -35,8 +35,8 @@ bool isEmpty(const Capabilities& held) {
                        [](const auto& part) { return (part.effective | part.permitted) == 0; });
 }
 
-/// Under a service manager there is usually nothing to give up, and the call for it may be forbidden.
-std::string giveUpCapabilities() {
+/// Under a service manager there are usually none, and the call to drop them may be forbidden.
+std::string dropCapabilities() {
     __user_cap_header_struct header{};
     header.version = _LINUX_CAPABILITY_VERSION_3;
     Capabilities held{};
@@ -50,11 +50,11 @@ std::string giveUpCapabilities() {
 }  // namespace
 
 void enterSandbox(const SandboxFolders& folders) {
-    report("capabilities stay", giveUpCapabilities());
-    report("new privileges stay possible", giveUpNewPrivileges());
-    report("files stay within reach", limitFileAccess(folders));
-    // Last, because the others make calls that it forbids.
-    report("system calls stay unlimited", limitSystemCalls());
+    report("cannot drop capabilities", dropCapabilities());
+    report("cannot set no_new_privs", forbidNewPrivileges());
+    report("cannot restrict file access", limitFileAccess(folders));
+    // Last: it forbids system calls of the others.
+    report("cannot restrict system calls", limitSystemCalls());
 }
 
 }  // namespace SettingsHost

@@ -5,18 +5,18 @@
 
 namespace SettingsHost {
 
-/// What the host still needs of the file system once its listeners are open.
+/// The folders that the program needs after its start.
 struct SandboxFolders {
-    /// Where it makes, changes, renames and removes files.
+    /// Folders in which it creates, changes, renames and removes files.
     std::vector<std::string> changed;
-    /// Where it only removes files.
+    /// Folders in which it only removes files.
     std::vector<std::string> cleared;
 };
 
-/// Gives up for good what the host does not need: capabilities, new privileges, files outside `folders` (but for what
-/// docs/sandbox.md lists), and system calls outside SystemCalls.h. Whoever takes the host over through a frame can do
-/// no more than the host. What the kernel does not offer is logged at level 2 and left out. One thread only, before
-/// others are made.
+/// Drops permanently what the program does not need: capabilities, new privileges, files outside `folders` (except
+/// those that docs/sandbox.md lists), and system calls outside SystemCalls.h. An attacker who takes over the program is
+/// bound by the same limits. What the kernel does not support is logged at level 2 and skipped. Call it before other
+/// threads start.
 void enterSandbox(const SandboxFolders& folders);
 
 }  // namespace SettingsHost

@@ -20,13 +20,13 @@ int numberOf(const std::string& call) {
     return seccomp_syscall_resolve_name(call.c_str());
 }
 
-/// The first error of a series of rules.
+/// Adds rules and keeps the first error.
 class Rules {
 public:
     explicit Rules(void* limited) : filter(limited) {}
 
     void add(std::uint32_t action, const std::string& call) {
-        // A call that this kind of processor does not have needs no rule.
+        // Some calls do not exist on every processor.
         if (const int number = numberOf(call); number >= 0) {
             note(seccomp_rule_add(filter, action, number, 0));
         }
@@ -63,7 +63,7 @@ void addConditions(Rules& rules) {
     rules.allowIf("mmap", masked(2, PROT_EXEC, 0));
     rules.allowIf("mprotect", masked(2, PROT_EXEC, 0));
     rules.allowIf("socket", equal(0, AF_UNIX));
-    // How abort() ends the process.
+    // abort() uses it.
     rules.allowIf("tgkill", equal(0, static_cast<scmp_datum_t>(::getpid())));
     for (const unsigned long request : {static_cast<unsigned long>(FIONBIO), static_cast<unsigned long>(FIONREAD),
                                         static_cast<unsigned long>(TCGETS)}) {

@@ -5,15 +5,15 @@
 
 namespace SettingsHost {
 
-/// System calls that the host makes while it serves. docs/sandbox.md says for what.
+/// System calls that the program makes while it serves; docs/sandbox.md gives the reasons.
 const std::vector<std::string>& allowedCalls();
 
-/// System calls that no fault of ours makes but only somebody who took the host over: they end it at once.
+/// System calls that only an attacker would make: they end the process.
 const std::vector<std::string>& fatalCalls();
 
-/// From now on every call that is neither allowed nor fatal fails with EPERM. Among the allowed ones these fail too:
-/// memory that can be executed, sockets other than Unix ones, signals to other processes, requests to devices.
-/// Returns: why that could not be had; empty when it is so.
+/// Makes every call that is neither allowed nor fatal fail with EPERM; of the allowed ones also executable memory,
+/// sockets other than Unix sockets, signals to other processes, and most ioctl requests.
+/// Returns: the reason of a failure; empty on success.
 std::string limitSystemCalls();
 
 }  // namespace SettingsHost

@@ -21,7 +21,7 @@ TEST_F(BackupTest, KeepsTwoGenerations) {
     EXPECT_EQ(files(), (std::vector<std::string>{"settings.db", "settings.db-wal", "settings.db.backup.1",
                                                  "settings.db.backup.2"}));
     struct stat status {};
-    EXPECT_EQ(::stat(Backup::nameOf(file, 1).c_str(), &status), 0);
+    EXPECT_EQ(::stat(backupName(file, 1).c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777U, 0600U);
 }
 
@@ -92,7 +92,7 @@ TEST_F(BackupTest, WhateverFailsOnTheWayTheOthersStay) {
             } else {
                 disk.failOnce(call);
             }
-            std::filesystem::copy_file(Backup::nameOf(file, 1), folder / "before");
+            std::filesystem::copy_file(backupName(file, 1), folder / "before");
             try {
                 backUp();
             } catch (const DatabaseError&) {
@@ -101,7 +101,7 @@ TEST_F(BackupTest, WhateverFailsOnTheWayTheOthersStay) {
             }
             disk.work();
             std::filesystem::remove(folder / "before");
-            for (int generation = 1; generation <= Backup::generations; ++generation) {
+            for (int generation = 1; generation <= backupGenerations; ++generation) {
                 EXPECT_EQ(valueIn(generation, "key20"), std::string(5000, 'v')) << call;
             }
         }
@@ -125,7 +125,7 @@ TEST_F(BackupTest, ADamagedCopyDoesNotReplaceAGoodOne) {
     Backup backup(database);
     EXPECT_THROW(while (backup.step(1000)){}, DatabaseError);
     EXPECT_EQ(valueIn(1, "deviceName"), "good");
-    EXPECT_FALSE(std::filesystem::exists(Backup::nameOf(file, 2)));
+    EXPECT_FALSE(std::filesystem::exists(backupName(file, 2)));
 }
 
 }  // namespace SettingsHost

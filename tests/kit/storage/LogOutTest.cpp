@@ -8,10 +8,12 @@
 #include "kit/support/StorageRecording.h"
 #include "kit/support/ValueRecording.h"
 #include "storage/Backup.h"
+#include "storage/FileNames.h"
 #include "storage/LogOut.h"
 #include "storage/Recovery.h"
 #include "storage/SqliteStorage.h"
 #include "storage/TableStateStore.h"
+#include "support/Files.h"
 #include "support/Sanitizers.h"
 #include "support/TemporaryDirectory.h"
 
@@ -19,9 +21,10 @@ namespace SettingsHost {
 
 namespace {
 
+using TestSupport::contentOf;
 using Names = std::vector<std::string>;
 
-/// Whatever part of it is left somewhere, the word is in it.
+/// Every stored value consists of this word, so that any part of a value that is left can be found.
 const std::string word = "Secret";
 
 std::string secret(std::size_t length) {
@@ -36,17 +39,12 @@ void write(const std::string& file, const std::string& content) {
     std::ofstream(file, std::ios::binary) << content;
 }
 
-std::string contentOf(const std::string& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 }  // namespace
 
-/// A device that somebody used for a while: its database, and everything that can be beside it, hold what they entered.
+/// A used device: its database and all files that can be beside it hold values.
 class LogOutTest : public ::testing::Test {
 protected:
-    /// The host's storage while it runs.
+    /// The storage of a running host.
     struct Running {
         explicit Running(LogOutTest& test)
             : database(openOrRecover(test.file, test.recovery)),
@@ -62,7 +60,7 @@ protected:
         Database database;
         SqliteStorage storage;
         TableStateStore state;
-        /// One that is being made.
+        /// In progress, if any.
         std::unique_ptr<Backup> backup;
     };
 
@@ -76,7 +74,7 @@ protected:
         begin();
     }
 
-    /// A new device in this state.
+    /// Starts over with a copy of the used device.
     void begin() {
         folder = std::make_unique<TestSupport::TemporaryDirectory>(TestSupport::memoryFolder());
         std::filesystem::copy(used->path(), folder->path());
@@ -87,16 +85,9 @@ protected:
         log.take();
     }
 
-    Names files() const {
-        Names names;
-        for (const auto& entry : std::filesystem::directory_iterator(folder->path())) {
-            names.push_back(entry.path().filename().string());
-        }
-        std::sort(names.begin(), names.end());
-        return names;
-    }
+    Names files() const { return TestSupport::namesIn(folder->path()); }
 
-    /// Those that hold something of what was entered.
+    /// The files that hold parts of values.
     Names filesWithSecrets() const {
         Names names;
         for (const auto& name : files()) {
@@ -108,23 +99,23 @@ protected:
         return names;
     }
 
-    void expectAllIsThere(Running& running) const {
+    void expectAllStored(Running& running) const {
         EXPECT_EQ(running.get("deviceName"), word + "Room");
         EXPECT_TRUE(running.get("companionDevice") == secret(30000));
         EXPECT_TRUE(running.get(word + "Key") == secret(300));
         EXPECT_EQ(running.get("orliaLocale.unusable"), secret(20));
     }
 
-    void expectNothingIsThere(Running& running) const {
+    void expectAllErased(Running& running) const {
         EXPECT_EQ(running.storage.health().keys, 0U);
         EXPECT_EQ(filesWithSecrets(), Names());
-        EXPECT_FALSE(std::filesystem::exists(logOutMarkerOf(file)));
+        EXPECT_FALSE(std::filesystem::exists(logOutMarkerName(file)));
         EXPECT_EQ(running.database.file(), file);
     }
 
     bool holdsEveryBackup() const {
-        return contentOf(Backup::nameOf(file, 1)) == contentOf(*used / "settings.db.backup.1") &&
-               contentOf(Backup::nameOf(file, 2)) == contentOf(*used / "settings.db.backup.2");
+        return contentOf(backupName(file, 1)) == contentOf(*used / "settings.db.backup.1") &&
+               contentOf(backupName(file, 2)) == contentOf(*used / "settings.db.backup.2");
     }
 
     enum class Loss { NONE, DAMAGED, MISSING, MISSING_WITH_LOG };
@@ -141,7 +132,7 @@ protected:
         disk.watch(folder->path());
     }
 
-    /// How many calls a log-out makes, when nothing goes wrong.
+    /// The number of calls of a log-out without faults.
     long countCalls() {
         begin();
         Running running(*this);
@@ -152,7 +143,7 @@ protected:
         return calls;
     }
 
-    static const Names unauthenticated;
+    static const Names foreignFiles;
     static std::unique_ptr<TestSupport::TemporaryDirectory> used;
 
     SettingsHostTests::LogRecording log;
@@ -169,7 +160,7 @@ private:
         {
             Running running(*this);
             EXPECT_TRUE(running.state.save("locale", "kept"));
-            // Overwritten and removed values stay in free pages and in what is free of others.
+            // Overwritten and removed values stay in free pages and in free parts of other pages.
             for (std::size_t length = 10; length < 40000; length = length * 3 / 2) {
                 EXPECT_TRUE(running.storage.setValue("companionDevice", secret(length)));
                 EXPECT_TRUE(running.storage.setValue("key" + std::to_string(length), secret(length / 3)));
@@ -182,7 +173,7 @@ private:
             EXPECT_TRUE(running.storage.setValue(word + "Key", secret(300)));
             EXPECT_TRUE(running.storage.setValue("orliaLocale", secret(20)));
             EXPECT_EQ(running.storage.setAside("orliaLocale"), "orliaLocale.unusable");
-            for (int generation = 0; generation < Backup::generations; ++generation) {
+            for (int generation = 0; generation < backupGenerations; ++generation) {
                 Backup backup(running.database);
                 while (backup.step(100)) {
                 }
@@ -195,23 +186,23 @@ private:
                                  ".restoring-wal", ".backup.new-wal", ".backup.new-journal"}) {
             write(file + name, secret(3000));
         }
-        for (const auto& name : unauthenticated) {
-            write(*used / name, "somebody else's");
+        for (const auto& name : foreignFiles) {
+            write(*used / name, "foreign");
         }
     }
 };
 
-const Names LogOutTest::unauthenticated{"my-settings.db.damaged",  "settings.db.2",      "settings.db.backup",
-                                        "settings.db.backup.copy", "settings.db.damage", "settings.db.damaged.old"};
+const Names LogOutTest::foreignFiles{"my-settings.db.damaged",  "settings.db.2",      "settings.db.backup",
+                                     "settings.db.backup.copy", "settings.db.damage", "settings.db.damaged.old"};
 std::unique_ptr<TestSupport::TemporaryDirectory> LogOutTest::used;
 
 TEST_F(LogOutTest, LeavesNothingOfAnyValueInAnyFile) {
     Running running(*this);
-    EXPECT_EQ(filesWithSecrets().size(), 14U) << "the test shows something";
-    expectAllIsThere(running);
+    EXPECT_EQ(filesWithSecrets().size(), 14U) << "the files hold values before the log-out";
+    expectAllStored(running);
     EXPECT_TRUE(running.storage.clearStorage());
-    expectNothingIsThere(running);
-    Names expected = unauthenticated;
+    expectAllErased(running);
+    Names expected = foreignFiles;
     expected.insert(expected.end(), {"settings.db", "settings.db-wal", "settings.db.backup.1"});
     std::sort(expected.begin(), expected.end());
     EXPECT_EQ(files(), expected);
@@ -220,7 +211,7 @@ TEST_F(LogOutTest, LeavesNothingOfAnyValueInAnyFile) {
     EXPECT_EQ(log.take(), Names());
 }
 
-TEST_F(LogOutTest, IsForGoodAndSoIsWhatComesAfterIt) {
+TEST_F(LogOutTest, IsPermanentAndLaterValuesAreKept) {
     {
         Running running(*this);
         EXPECT_TRUE(running.storage.clearStorage());
@@ -233,12 +224,12 @@ TEST_F(LogOutTest, IsForGoodAndSoIsWhatComesAfterIt) {
     }
     std::filesystem::remove(file);
     Running running(*this);
-    expectNothingIsThere(running);
+    expectAllErased(running);
     EXPECT_EQ(recovery.source, Recovery::Source::BACKUP);
-    EXPECT_EQ(running.state.load("locale"), "kept") << "the new backup was made after the values had gone";
+    EXPECT_EQ(running.state.load("locale"), "kept") << "the new backup holds the other tables";
 }
 
-TEST_F(LogOutTest, NeedsLittleRoomHoweverMuchIsStored) {
+TEST_F(LogOutTest, NeedsLittleDiskSpaceHoweverMuchIsStored) {
     Running running(*this);
     for (int key = 0; key < 15; ++key) {
         ASSERT_TRUE(running.storage.setValue("key" + std::to_string(key), secret(60000)));
@@ -246,30 +237,30 @@ TEST_F(LogOutTest, NeedsLittleRoomHoweverMuchIsStored) {
     running.database.emptyLog();
     KeyValueTable table(running.database, settingsTable);
     beginLogOut(running.database, [&] { table.clear(); });
-    EXPECT_LT(std::filesystem::file_size(file + "-wal"), 20U * 4120U) << "people log out when the disk is full, too";
+    EXPECT_LT(std::filesystem::file_size(file + "-wal"), 20U * 4120U) << "a log-out must work on a full disk";
     finishLogOut(running.database);
-    expectNothingIsThere(running);
+    expectAllErased(running);
 }
 
-TEST_F(LogOutTest, ABackupThatIsBeingMadeIsGivenUp) {
+TEST_F(LogOutTest, ABackupInProgressIsCancelled) {
     Running running(*this);
     running.backup = std::make_unique<Backup>(running.database);
     EXPECT_TRUE(running.backup->step(8));
     EXPECT_TRUE(running.storage.clearStorage());
     EXPECT_EQ(running.backup, nullptr);
-    expectNothingIsThere(running);
+    expectAllErased(running);
 }
 
-TEST_F(LogOutTest, WhatCannotBeErasedAtOnceKeepsNothingElse) {
-    // Cannot be removed like a file.
+TEST_F(LogOutTest, AFileThatCannotBeErasedIsRetriedAndAllOthersAreErased) {
+    // A folder cannot be removed like a file.
     const std::string stubborn = file + ".damaged.3";
     std::filesystem::create_directories(stubborn + "/inside");
     Running running(*this);
     EXPECT_TRUE(running.storage.clearStorage());
     EXPECT_EQ(filesWithSecrets(), Names());
     const std::string line =
-        "3 settings-host:what a log-out removed is not erased from the disk yet, which is tried "
-        "again within an hour and at the next start: cannot remove " +
+        "3 settings-host:a log-out is incomplete: removed values are still on the disk (retried hourly and at the next "
+        "start): cannot remove " +
         stubborn + ": Is a directory";
     EXPECT_EQ(log.take(), Names{line});
     EXPECT_TRUE(running.storage.setValue("deviceName", "Den"));
@@ -278,12 +269,12 @@ TEST_F(LogOutTest, WhatCannotBeErasedAtOnceKeepsNothingElse) {
     std::filesystem::remove_all(stubborn);
     finishLogOut(running.database);
     EXPECT_EQ(log.take(), Names());
-    EXPECT_FALSE(std::filesystem::exists(logOutMarkerOf(file)));
+    EXPECT_FALSE(std::filesystem::exists(logOutMarkerName(file)));
     EXPECT_EQ(running.get("deviceName"), "Den");
     EXPECT_EQ(filesWithSecrets(), Names());
 }
 
-TEST_F(LogOutTest, OneThatIsRefusedLeavesNoTransactionOpen) {
+TEST_F(LogOutTest, AFailedLogOutLeavesNoTransactionOpen) {
     {
         Running running(*this);
         running.database.execute(
@@ -294,7 +285,7 @@ TEST_F(LogOutTest, OneThatIsRefusedLeavesNoTransactionOpen) {
         EXPECT_TRUE(running.storage.setValue("after", "it"));
     }
     Running running(*this);
-    expectAllIsThere(running);
+    expectAllStored(running);
     EXPECT_EQ(running.get("after"), "it");
     EXPECT_TRUE(holdsEveryBackup());
 }
@@ -320,20 +311,20 @@ TEST_F(LogOutTest, WhicheverCallFailsItIsDoneOrNothingIsLost) {
             const Names lines = log.take();
             if (!done) {
                 ++refused;
-                EXPECT_EQ(removed->take(), Names()) << "nobody is told";
+                EXPECT_EQ(removed->take(), Names()) << "no key is reported as removed";
                 ASSERT_EQ(lines.size(), 1U);
                 EXPECT_EQ(lines[0].rfind("3 settings-host:cannot clear the storage: ", 0), 0U) << lines[0];
-                expectAllIsThere(*running);
+                expectAllStored(*running);
                 EXPECT_TRUE(name == "from" || files() == before);
                 running.reset();
                 running = std::make_unique<Running>(*this);
-                expectAllIsThere(*running);
+                expectAllStored(*running);
                 EXPECT_EQ(files(), before);
                 continue;
             }
             EXPECT_EQ(removed->take().size(), 4U);
             ASSERT_LE(lines.size(), 1U);
-            const bool isLate = !lines.empty() && lines[0].find("is not erased from the disk yet") != std::string::npos;
+            const bool isLate = !lines.empty() && lines[0].find("a log-out is incomplete") != std::string::npos;
             late += isLate ? 1 : 0;
             EXPECT_EQ(isLate || filesWithSecrets().empty(), true);
             EXPECT_EQ(running->storage.health().keys, 0U);
@@ -346,7 +337,7 @@ TEST_F(LogOutTest, WhicheverCallFailsItIsDoneOrNothingIsLost) {
             }
             EXPECT_EQ(running->get("deviceName"), "new");
             EXPECT_TRUE(running->storage.removeValue("deviceName"));
-            expectNothingIsThere(*running);
+            expectAllErased(*running);
             EXPECT_EQ(log.take(), Names());
             ASSERT_FALSE(HasFailure());
         }
@@ -380,18 +371,18 @@ TEST_F(LogOutTest, WheneverThePowerIsCutItIsDoneOrNothingIsLost) {
                 try {
                     const Running running(*this);
                 } catch (const DatabaseError&) {
-                    // The power went during the start.
+                    // Power cut during the start.
                 }
                 disk.restorePower(random);
             }
             Running running(*this);
-            EXPECT_FALSE(std::filesystem::exists(logOutMarkerOf(file)));
+            EXPECT_FALSE(std::filesystem::exists(logOutMarkerName(file)));
             if (answered || running.get("deviceName").empty()) {
                 ++done;
-                expectNothingIsThere(running);
+                expectAllErased(running);
             } else {
                 ++undone;
-                expectAllIsThere(running);
+                expectAllStored(running);
                 EXPECT_TRUE(holdsEveryBackup());
             }
             ASSERT_FALSE(HasFailure());

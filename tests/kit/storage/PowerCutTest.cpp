@@ -15,14 +15,14 @@ namespace {
 
 using Values = std::map<std::string, std::string>;
 
-/// A device that is switched off at the wall again and again while somebody changes its settings.
+/// A device whose power is cut repeatedly while its settings are changed.
 class Device {
 public:
     explicit Device(unsigned seed) : random(seed) {}
 
-    /// Starts, lets changes through until the power goes, and switches it on again.
-    /// Returns: was there a change under way whose answer nobody saw?
-    bool live() {
+    /// Starts, changes settings until the power is cut, and restores the power.
+    /// Returns: true when the power was cut during a change.
+    bool run() {
         disk.cutPowerAt(1 + static_cast<long>(random() % (random() % 4 == 0 ? 400 : 60)));
         bool cutInsideAChange = false;
         try {
@@ -32,7 +32,7 @@ public:
             }
             cutInsideAChange = true;
         } catch (const DatabaseError&) {
-            // The power went during the start.
+            // Power cut during the start.
         }
         EXPECT_TRUE(disk.hasFailed());
         log.take();
@@ -40,36 +40,37 @@ public:
         return cutInsideAChange;
     }
 
-    /// Everything that was answered is there, and at most the one change more that was under way.
+    /// Expects every confirmed change, and at most the one change that was in progress.
     void expectNothingLost() {
         Database database(file);
         SqliteStorage storage(database, values, recording);
         const Values found = read(storage);
-        EXPECT_TRUE(found == answered || found == underWay)
-            << "found " << summary(found) << ", answered " << summary(answered) << ", under way " << summary(underWay);
-        answered = found;
-        underWay = found;
+        EXPECT_TRUE(found == confirmed || found == inProgress)
+            << "found " << summary(found) << ", confirmed " << summary(confirmed) << ", in progress "
+            << summary(inProgress);
+        confirmed = found;
+        inProgress = found;
     }
 
 private:
-    /// Returns: was it answered?
+    /// Returns: true when the change was confirmed.
     bool change(SqliteStorage& storage) {
         const std::string key = "key" + std::to_string(random() % 12);
         const unsigned kind = static_cast<unsigned>(random() % 20);
         bool done = false;
         if (kind == 0) {
-            underWay.clear();
+            inProgress.clear();
             done = storage.clearStorage();
         } else if (kind < 4) {
-            underWay.erase(key);
+            inProgress.erase(key);
             done = storage.removeValue(key);
         } else {
             const std::string value(random() % (kind < 8 ? 9000 : 60), static_cast<char>('a' + random() % 26));
-            underWay[key] = std::to_string(++counter) + value;
-            done = storage.setValue(key, underWay[key]);
+            inProgress[key] = std::to_string(++counter) + value;
+            done = storage.setValue(key, inProgress[key]);
         }
         if (done) {
-            answered = underWay;
+            confirmed = inProgress;
         }
         return done;
     }
@@ -102,8 +103,8 @@ private:
     SettingsHostTests::StorageRecording recording;
     std::shared_ptr<SettingsHostTests::ValueRecording> values = std::make_shared<SettingsHostTests::ValueRecording>();
     SettingsHostTests::FaultyDisk disk;
-    Values answered;
-    Values underWay;
+    Values confirmed;
+    Values inProgress;
     unsigned long counter = 0;
 };
 
@@ -117,7 +118,7 @@ TEST(PowerCutTest, NothingThatWasAnsweredIsLost) {
         Device device(seed);
         for (unsigned cut = 0; cut < cutsOfADevice; ++cut) {
             SCOPED_TRACE("device " + std::to_string(seed) + ", cut " + std::to_string(cut));
-            insideAChange += device.live() ? 1 : 0;
+            insideAChange += device.run() ? 1 : 0;
             ASSERT_NO_THROW(device.expectNothingLost());
             ASSERT_FALSE(::testing::Test::HasFailure());
         }

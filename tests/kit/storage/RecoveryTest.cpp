@@ -7,8 +7,10 @@
 #include "kit/support/FaultyDisk.h"
 #include "kit/support/LogRecording.h"
 #include "storage/Backup.h"
+#include "storage/FileNames.h"
 #include "storage/KeyValueTable.h"
 #include "storage/Recovery.h"
+#include "support/Files.h"
 #include "support/TemporaryDirectory.h"
 
 namespace SettingsHost {
@@ -17,8 +19,8 @@ class RecoveryTest : public ::testing::Test {
 protected:
     using Source = Recovery::Source;
 
-    /// Opens, stores `value` and, if wanted, backs up.
-    void live(const std::string& value, bool backUp) {
+    /// Opens the database, stores `value` and, if wanted, backs up.
+    void store(const std::string& value, bool backUp) {
         Database database(file);
         KeyValueTable(database, "settings").put("deviceName", value);
         if (backUp) {
@@ -28,7 +30,7 @@ protected:
         }
     }
 
-    /// Opens as the host does. Returns: the stored value.
+    /// Opens the database as the host does. Returns: the stored value.
     std::string open() {
         recovery = Recovery();
         Database database = openOrRecover(file, recovery);
@@ -37,14 +39,11 @@ protected:
 
     void damage(const std::string& path) { std::ofstream(path) << std::string(10000, 'x'); }
 
-    std::string content(const std::string& name) {
-        std::ifstream stream(folder / name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
+    std::string content(const std::string& name) { return TestSupport::contentOf(folder / name); }
 
     std::string line(const std::string& text) { return "3 settings-host:" + text; }
 
-    std::string damageLine() { return line(file + " is damaged or no database (database: file is not a database)"); }
+    std::string damageLine() { return line(file + " is damaged or not a database (database: file is not a database)"); }
 
     SettingsHostTests::LogRecording log;
     SettingsHostTests::FaultyDisk disk;
@@ -53,18 +52,18 @@ protected:
     Recovery recovery;
 };
 
-TEST_F(RecoveryTest, ADatabaseInOrderIsOpenedWithoutAWord) {
+TEST_F(RecoveryTest, AGoodDatabaseIsOpenedWithoutALogLine) {
     EXPECT_EQ(open(), "(none)");
-    live("Den", true);
+    store("Den", true);
     EXPECT_EQ(open(), "Den");
     EXPECT_EQ(recovery.source, Source::NOT_NEEDED);
     EXPECT_EQ(recovery.setAside, "");
     EXPECT_EQ(log.take(), std::vector<std::string>{});
 }
 
-TEST_F(RecoveryTest, ADamagedOneIsKeptAndRestored) {
-    live("backed up", true);
-    live("newer", false);
+TEST_F(RecoveryTest, ADamagedDatabaseIsKeptAndRestored) {
+    store("backed up", true);
+    store("newer", false);
     damage(file);
     EXPECT_EQ(open(), "backed up");
     EXPECT_EQ(recovery.source, Source::BACKUP);
@@ -72,38 +71,38 @@ TEST_F(RecoveryTest, ADamagedOneIsKeptAndRestored) {
     EXPECT_EQ(content("settings.db.damaged"), std::string(10000, 'x'));
     EXPECT_EQ(log.take(),
               (std::vector<std::string>{
-                  damageLine(), line("what was found was kept as settings.db.damaged"),
+                  damageLine(), line("the old files were kept as settings.db.damaged"),
                   line("the database was restored from settings.db.backup.1; changes made since that backup "
                        "are lost")}));
     EXPECT_EQ(open(), "backed up");
-    EXPECT_EQ(recovery.source, Source::NOT_NEEDED) << "the next start finds everything in order";
-    EXPECT_TRUE(std::filesystem::exists(Backup::nameOf(file, 1))) << "the backup stays";
+    EXPECT_EQ(recovery.source, Source::NOT_NEEDED) << "the next start needs no recovery";
+    EXPECT_TRUE(std::filesystem::exists(backupName(file, 1))) << "the backup stays";
 }
 
-TEST_F(RecoveryTest, WithoutABackupEverythingBeginsAnew) {
+TEST_F(RecoveryTest, WithoutABackupTheDatabaseStartsEmpty) {
     damage(file);
     EXPECT_EQ(open(), "(none)");
     EXPECT_EQ(recovery.source, Source::DEFAULTS);
     EXPECT_EQ(content("settings.db.damaged"), std::string(10000, 'x'));
     EXPECT_EQ(log.take(),
-              (std::vector<std::string>{damageLine(), line("what was found was kept as settings.db.damaged"),
-                                        line("there is no backup to restore the database from; all settings have their "
+              (std::vector<std::string>{damageLine(), line("the old files were kept as settings.db.damaged"),
+                                        line("no usable backup; all settings have their "
                                              "defaults")}));
 }
 
 TEST_F(RecoveryTest, TheSecondBackupServesWhenTheFirstIsDamagedToo) {
-    live("first", true);
-    live("second", true);
+    store("first", true);
+    store("second", true);
     damage(file);
-    damage(Backup::nameOf(file, 1));
+    damage(backupName(file, 1));
     EXPECT_EQ(open(), "first");
     const auto lines = log.take();
     ASSERT_EQ(lines.size(), 4U);
     EXPECT_EQ(lines[2], line("the backup settings.db.backup.1 cannot be used: " + file +
-                             ".restoring is damaged or no database (database: file is not a database)"));
+                             ".restoring is damaged or not a database (database: file is not a database)"));
     EXPECT_EQ(lines[3],
               line("the database was restored from settings.db.backup.2; changes made since that backup are lost"));
-    EXPECT_EQ(content("settings.db.backup.1"), std::string(10000, 'x')) << "it is no worse than before";
+    EXPECT_EQ(content("settings.db.backup.1"), std::string(10000, 'x')) << "the damaged backup is unchanged";
     EXPECT_FALSE(std::filesystem::exists(file + ".restoring"));
 }
 
@@ -141,29 +140,29 @@ TEST_F(RecoveryTest, TheLogIsKeptWithItsDatabase) {
 }
 
 TEST_F(RecoveryTest, AMissingOrEmptyDatabaseIsRestoredToo) {
-    live("backed up", true);
+    store("backed up", true);
     std::filesystem::remove(file);
     EXPECT_EQ(open(), "backed up");
     EXPECT_EQ(recovery.source, Source::BACKUP);
     EXPECT_EQ(recovery.setAside, "");
     EXPECT_EQ(log.take(),
               (std::vector<std::string>{
-                  line(file + " is missing or empty, but there was one"),
+                  line(file + " is missing or empty, although backups or a log of it exist"),
                   line("the database was restored from settings.db.backup.1; changes made since that backup "
                        "are lost")}));
     std::ofstream(file).close();
     EXPECT_EQ(open(), "backed up");
 }
 
-TEST_F(RecoveryTest, ALossOfPowerBetweenTheRenamesIsMadeUpFor) {
+TEST_F(RecoveryTest, ALossOfPowerBetweenTheRenamesIsRecoveredFrom) {
     std::ofstream(file + "-wal") << "the log of a database that was set aside";
     EXPECT_EQ(open(), "(none)");
     EXPECT_EQ(recovery.setAside, "settings.db.damaged");
     EXPECT_EQ(content("settings.db.damaged-wal"), "the log of a database that was set aside");
 }
 
-TEST_F(RecoveryTest, ALossOfPowerWhileRestoringIsMadeUpFor) {
-    live("backed up", true);
+TEST_F(RecoveryTest, ALossOfPowerDuringARestoreIsRecoveredFrom) {
+    store("backed up", true);
     std::filesystem::remove(file);
     std::ofstream(file + ".restoring") << std::string(10000, 'x');
     std::ofstream(file + ".restoring-wal") << std::string(10000, 'x');
@@ -182,9 +181,9 @@ TEST_F(RecoveryTest, ALogThatWasKeptIsNotOverwritten) {
     EXPECT_EQ(content("settings.db.damaged.2-wal"), "another log");
 }
 
-TEST_F(RecoveryTest, ALogOfAnEarlierRestorationIsNotReadIntoTheCopy) {
-    live("backed up", true);
-    std::filesystem::copy_file(Backup::nameOf(file, 1), folder / "copy.db");
+TEST_F(RecoveryTest, ALogOfAnEarlierRestoreIsNotReadIntoTheCopy) {
+    store("backed up", true);
+    std::filesystem::copy_file(backupName(file, 1), folder / "copy.db");
     {
         Database copy(folder / "copy.db");
         KeyValueTable(copy, "settings").put("deviceName", "of the log");
@@ -195,8 +194,8 @@ TEST_F(RecoveryTest, ALogOfAnEarlierRestorationIsNotReadIntoTheCopy) {
     EXPECT_FALSE(std::filesystem::exists(file + ".restoring-wal"));
 }
 
-TEST_F(RecoveryTest, WhatIsInOrderButNotOursIsRefusedAndLeft) {
-    live("backed up", true);
+TEST_F(RecoveryTest, ForeignAndNewerDatabasesAreRefusedAndLeftUnchanged) {
+    store("backed up", true);
     {
         Database database(file);
         database.execute("PRAGMA user_version=99");
@@ -239,14 +238,14 @@ TEST_F(RecoveryTest, EveryDamageOfARealDatabaseIsFoundOrHarmless) {
         EXPECT_EQ(recovery.source, Source::DEFAULTS) << size;
         log.take();
     }
-    EXPECT_EQ(found, static_cast<int>(good.size() / 4096)) << "no page is unused";
+    EXPECT_EQ(found, static_cast<int>(good.size() / 4096)) << "every page is in use";
 }
 
-/// The power goes while a damaged database is being restored, or soon after it.
+/// The power is cut while a damaged database is restored, or soon after.
 class RecoveryPowerCutTest : public RecoveryTest {
 protected:
     RecoveryPowerCutTest() {
-        live("backed up", true);
+        store("backed up", true);
         damage(file);
         std::filesystem::create_directory(folder / "template");
         for (const auto* name : {"settings.db", "settings.db.backup.1"}) {
@@ -264,7 +263,7 @@ protected:
     std::unique_ptr<TestSupport::TemporaryDirectory> device;
 };
 
-TEST_F(RecoveryPowerCutTest, AtAnyCallIsMadeUpForByTheNextStart) {
+TEST_F(RecoveryPowerCutTest, AtAnyCallTheNextStartCompletesTheRecovery) {
     begin();
     disk.work();
     EXPECT_EQ(open(), "backed up");
@@ -278,12 +277,12 @@ TEST_F(RecoveryPowerCutTest, AtAnyCallIsMadeUpForByTheNextStart) {
             try {
                 open();
             } catch (const DatabaseError&) {
-                // The power went during the start.
+                // Power cut during the start.
             }
             disk.restorePower(random);
             ASSERT_EQ(open(), "backed up");
             EXPECT_EQ(std::filesystem::file_size(file + ".damaged"), 10000U);
-            EXPECT_FALSE(std::filesystem::exists(file + ".damaged.2")) << "what was restored was not whole";
+            EXPECT_FALSE(std::filesystem::exists(file + ".damaged.2")) << "the restored database was incomplete";
         }
     }
     EXPECT_GT(calls, 20);

@@ -16,72 +16,72 @@ using Values = std::map<std::string, std::string>;
 
 }  // namespace
 
-/// Runs the same short life of a storage again and again, with a fault at another call each time.
+/// Repeats the same run of a storage with a fault at a different call each time.
 class StorageFaultsTest : public ::testing::Test {
 protected:
-    struct Life {
+    struct Run {
         std::string file;
         bool opened = false;
-        /// What must be there: every change that was answered with true, and none that was not.
+        /// The values to be found: of all changes that returned true and no others.
         Values expected;
         int refused = 0;
         std::vector<std::string> lines;
     };
 
-    void expectStored(const Life& life) {
-        Database database(life.file);
+    void expectStored(const Run& result) {
+        Database database(result.file);
         SqliteStorage storage(database, values, recording);
         for (const std::string key : {"a", "b", "c", "d", "large"}) {
             std::string value;
             storage.getValue(key, value);
-            const auto entry = life.expected.find(key);
-            EXPECT_TRUE(value == (entry == life.expected.end() ? "" : entry->second)) << key << " " << value.size();
+            const auto entry = result.expected.find(key);
+            EXPECT_TRUE(value == (entry == result.expected.end() ? "" : entry->second)) << key << " " << value.size();
         }
     }
 
-    /// With the fault that `arm` brings about.
-    Life live(const std::function<void()>& arm) {
+    /// `arm` sets the fault.
+    Run run(const std::function<void()>& arm) {
         folder = std::make_unique<TestSupport::TemporaryDirectory>();
-        Life life;
-        life.file = *folder / "settings.db";
-        prepare(life);
+        Run result;
+        result.file = *folder / "settings.db";
+        prepare(result);
         arm();
         try {
-            Database database(life.file);
+            Database database(result.file);
             SqliteStorage storage(database, values, recording);
-            life.opened = true;
-            change(storage, life);
+            result.opened = true;
+            change(storage, result);
             faultHappened = disk.hasFailed();
             disk.work();
-            // One fault does not spoil what comes after it.
+            // After the fault the storage works again.
             EXPECT_TRUE(storage.setValue("d", "after the fault"));
-            life.expected["d"] = "after the fault";
+            result.expected["d"] = "after the fault";
         } catch (const DamagedDatabase& error) {
             ADD_FAILURE() << "a good database would be set aside: " << error.what();
         } catch (const DatabaseError&) {
             faultHappened = disk.hasFailed();
             disk.work();
         }
-        life.lines = log.take();
-        return life;
+        result.lines = log.take();
+        return result;
     }
 
-    /// How many calls a life without faults makes.
+    /// The number of calls of a run without faults.
     long countCalls() {
         long calls = 0;
         folder = std::make_unique<TestSupport::TemporaryDirectory>();
-        Life life;
-        life.file = *folder / "settings.db";
-        prepare(life);
+        Run result;
+        result.file = *folder / "settings.db";
+        prepare(result);
         disk.work();
         {
-            Database database(life.file);
+            Database database(result.file);
             SqliteStorage storage(database, values, recording);
-            change(storage, life);
+            change(storage, result);
             calls = disk.calls();
         }
-        EXPECT_EQ(life.refused, 0);
-        expectStored(life);
+        EXPECT_EQ(result.refused, 0);
+        expectStored(result);
         return calls;
     }
 
@@ -93,39 +93,39 @@ protected:
     bool faultHappened = false;
 
 private:
-    /// An earlier run that was killed: its last changes are in the write-ahead log.
-    void prepare(Life& life) {
-        Database database(life.file);
+    /// An earlier process that was killed: its last changes are in the write-ahead log.
+    void prepare(Run& result) {
+        Database database(result.file);
         sqlite3_db_config(database.handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
         SqliteStorage storage(database, values, recording);
         storage.setValue("a", "1");
         storage.setValue("b", "2");
         storage.setValue("large", std::string(60000, 'w'));
-        life.expected = {{"a", "1"}, {"b", "2"}, {"large", std::string(60000, 'w')}};
+        result.expected = {{"a", "1"}, {"b", "2"}, {"large", std::string(60000, 'w')}};
     }
 
-    static void set(SqliteStorage& storage, Life& life, const std::string& key, const std::string& value) {
+    static void set(SqliteStorage& storage, Run& result, const std::string& key, const std::string& value) {
         if (storage.setValue(key, value)) {
-            life.expected[key] = value;
+            result.expected[key] = value;
         } else {
-            ++life.refused;
+            ++result.refused;
         }
     }
 
-    static void change(SqliteStorage& storage, Life& life) {
-        set(storage, life, "a", "changed");
-        set(storage, life, "c", "3");
+    static void change(SqliteStorage& storage, Run& result) {
+        set(storage, result, "a", "changed");
+        set(storage, result, "c", "3");
         if (storage.removeValue("b")) {
-            life.expected.erase("b");
+            result.expected.erase("b");
         } else {
-            ++life.refused;
+            ++result.refused;
         }
-        // Large enough for the log to be moved into the database on the way.
+        // Large enough for a checkpoint in between.
         for (const char filling : {'x', 'y', 'z'}) {
-            set(storage, life, "large", std::string(60000, filling) + "1");
-            set(storage, life, "large", std::string(60000, filling) + "2");
+            set(storage, result, "large", std::string(60000, filling) + "1");
+            set(storage, result, "large", std::string(60000, filling) + "2");
         }
-        set(storage, life, "c", "4");
+        set(storage, result, "c", "4");
     }
 };
 
@@ -135,16 +135,16 @@ TEST_F(StorageFaultsTest, AnErrorAtAnyCallLosesNothingThatWasAnswered) {
     int notOpened = 0;
     for (long call = 1; call <= calls; ++call) {
         SCOPED_TRACE("call " + std::to_string(call) + " of " + std::to_string(calls));
-        const Life life = live([&] { disk.failOnce(call); });
+        const Run result = run([&] { disk.failOnce(call); });
         EXPECT_TRUE(faultHappened);
-        EXPECT_EQ(life.lines.size(), static_cast<std::size_t>(life.refused)) << "each refusal is logged once";
-        for (const auto& line : life.lines) {
+        EXPECT_EQ(result.lines.size(), static_cast<std::size_t>(result.refused)) << "each refusal is logged once";
+        for (const auto& line : result.lines) {
             EXPECT_EQ(line.rfind("3 settings-host:cannot ", 0), 0U) << line;
         }
-        expectStored(life);
+        expectStored(result);
         ASSERT_FALSE(HasFailure());
-        refused += life.refused;
-        notOpened += life.opened ? 0 : 1;
+        refused += result.refused;
+        notOpened += result.opened ? 0 : 1;
     }
     EXPECT_GT(refused, 10);
     EXPECT_GT(notOpened, 10);
@@ -154,9 +154,9 @@ TEST_F(StorageFaultsTest, ADiskThatFailsForGoodLosesNothingThatWasAnswered) {
     const long calls = countCalls();
     for (long call = 1; call <= calls; call += 3) {
         SCOPED_TRACE("from call " + std::to_string(call) + " of " + std::to_string(calls));
-        const Life life = live([&] { disk.failFrom(call); });
+        const Run result = run([&] { disk.failFrom(call); });
         EXPECT_TRUE(faultHappened);
-        expectStored(life);
+        expectStored(result);
         ASSERT_FALSE(HasFailure());
     }
 }
@@ -166,22 +166,22 @@ TEST_F(StorageFaultsTest, AFullDiskRefusesChangesUntilThereIsRoom) {
     int refused = 0;
     for (long call = 1; call <= calls; ++call) {
         SCOPED_TRACE("full from call " + std::to_string(call) + " of " + std::to_string(calls));
-        const Life life = live([&] { disk.fillUpFrom(call); });
-        EXPECT_TRUE(life.opened) << "what is stored can be read";
-        for (const auto& line : life.lines) {
+        const Run result = run([&] { disk.fillUpFrom(call); });
+        EXPECT_TRUE(result.opened) << "what is stored can be read";
+        for (const auto& line : result.lines) {
             EXPECT_NE(line.find("database or disk is full"), std::string::npos) << line;
         }
-        EXPECT_EQ(life.lines.size(), static_cast<std::size_t>(life.refused));
-        expectStored(life);
+        EXPECT_EQ(result.lines.size(), static_cast<std::size_t>(result.refused));
+        expectStored(result);
         ASSERT_FALSE(HasFailure());
-        refused += life.refused;
+        refused += result.refused;
     }
     EXPECT_GT(refused, 10);
 }
 
 TEST_F(StorageFaultsTest, AnErrorWhileReadingAnswersNothingAndChangesNothing) {
-    const Life life = live([&] { disk.work(); });
-    Database database(life.file);
+    const Run result = run([&] { disk.work(); });
+    Database database(result.file);
     SqliteStorage storage(database, values, recording);
     database.execute("PRAGMA shrink_memory");
     disk.failFrom(1);

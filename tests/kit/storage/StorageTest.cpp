@@ -11,9 +11,12 @@
 #include "kit/support/ValueRecording.h"
 #include "storage/SqliteStorage.h"
 #include "storage/TableStateStore.h"
+#include "support/Files.h"
 #include "support/TemporaryDirectory.h"
 
 namespace SettingsHost {
+
+using TestSupport::modeOf;
 
 class StorageTest : public ::testing::Test {
 protected:
@@ -30,16 +33,10 @@ protected:
         return value;
     }
 
-    static mode_t modeOf(const std::string& path) {
-        struct stat status {};
-        EXPECT_EQ(::stat(path.c_str(), &status), 0) << path;
-        return status.st_mode & 0777U;
-    }
-
     void expectRefused(const std::string& part) {
         try {
             const Database refused(file);
-            FAIL() << "it was opened";
+            FAIL() << "the database was opened";
         } catch (const DatabaseError& error) {
             EXPECT_NE(std::string(error.what()).find(part), std::string::npos) << error.what();
         }
@@ -62,7 +59,7 @@ protected:
     std::unique_ptr<SqliteStorage> storage;
 };
 
-TEST_F(StorageTest, EveryNameIsTheNameOfAFile) {
+TEST_F(StorageTest, SpecialNamesOfSqliteAreFileNames) {
     const auto before = std::filesystem::current_path();
     std::filesystem::current_path(folder.path());
     for (const auto* name : {":memory:", "file:x?mode=memory", "plain.db"}) {
@@ -110,17 +107,17 @@ TEST_F(StorageTest, WritesWithFullDurability) {
     EXPECT_EQ(synchronous.number(0), 2);
 }
 
-TEST_F(StorageTest, HoldsTheFileForItself) {
+TEST_F(StorageTest, LocksTheFileExclusively) {
     open();
     expectRefused("in use by another process");
     storage->setValue("key", "value");
     EXPECT_EQ(read("key"), "value");
 }
 
-TEST_F(StorageTest, RefusesFilesThatAreNotOursAndLeavesThem) {
+TEST_F(StorageTest, RefusesForeignFilesAndLeavesThemUnchanged) {
     std::filesystem::create_directories(folder / "state/deep");
     std::ofstream(file) << std::string(5000, 'x');
-    expectRefused("damaged or no database");
+    expectRefused("damaged or not a database");
     EXPECT_EQ(std::filesystem::file_size(file), 5000U);
     std::filesystem::remove(file);
     sql("CREATE TABLE theirs (x); INSERT INTO theirs VALUES (1)");
@@ -148,12 +145,12 @@ TEST_F(StorageTest, RefusesADamagedFile) {
     expectRefused("damaged");
 }
 
-TEST_F(StorageTest, SaysWhyAFolderCannotBeMade) {
-    std::ofstream(folder / "state") << "a file where a folder should be";
+TEST_F(StorageTest, ReportsAFolderThatCannotBeCreated) {
+    std::ofstream(folder / "state") << "a file instead of a folder";
     expectRefused("cannot");
 }
 
-TEST_F(StorageTest, RefusesWhatIsOverTheLimitsAndSaysWhy) {
+TEST_F(StorageTest, RefusesWhatExceedsTheLimitsWithTheReason) {
     open();
     EXPECT_TRUE(storage->setValue(std::string(256, 'k'), "v"));
     EXPECT_TRUE(storage->setValue("k", std::string(65536, 'v')));
@@ -171,7 +168,7 @@ TEST_F(StorageTest, TakesAThousandKeysAndThenReplacesOnly) {
     open();
     database->execute("BEGIN");
     for (int time = 0; time < 1500; ++time) {
-        ASSERT_TRUE(storage->setValue("key0", std::to_string(time))) << "a value that is replaced takes no room";
+        ASSERT_TRUE(storage->setValue("key0", std::to_string(time))) << "replaced values do not count";
     }
     for (int key = 0; key < 1000; ++key) {
         ASSERT_TRUE(storage->setValue("key" + std::to_string(key), "v"));
@@ -179,7 +176,7 @@ TEST_F(StorageTest, TakesAThousandKeysAndThenReplacesOnly) {
     database->execute("COMMIT");
     EXPECT_FALSE(storage->setValue("one more", "v"));
     EXPECT_EQ(log.take(),
-              std::vector<std::string>{"3 settings-host:cannot store 'one more': there are 1,000 keys already"});
+              std::vector<std::string>{"3 settings-host:cannot store 'one more': the limit of 1,000 keys is reached"});
     EXPECT_TRUE(storage->setValue("key5", "new"));
     EXPECT_TRUE(storage->removeValue("key6"));
     EXPECT_TRUE(storage->setValue("one more", "v"));
@@ -194,7 +191,7 @@ TEST_F(StorageTest, TakesAMebibyteOfKeysAndValuesTogether) {
     EXPECT_EQ(log.take(), std::vector<std::string>{});
     EXPECT_FALSE(storage->setValue("x", ""));
     EXPECT_FALSE(storage->setValue("ke10", value + "v"));
-    const std::string reason = ": keys and values would take more than 1 MiB together";
+    const std::string reason = ": keys and values would exceed 1 MiB in total";
     EXPECT_EQ(log.take(), (std::vector<std::string>{"3 settings-host:cannot store 'x'" + reason,
                                                     "3 settings-host:cannot store 'ke10'" + reason}));
     EXPECT_TRUE(read("ke10") == value);
@@ -239,13 +236,12 @@ TEST_F(StorageTest, KeepsWhatWasStoredBeyondTheLimitsAndRefusesGrowthOnly) {
     EXPECT_EQ(read("key1100"), std::string(2000, 'v'));
     EXPECT_FALSE(storage->setValue("key1", std::string(2001, 'w')));
     EXPECT_FALSE(storage->setValue("new", ""));
-    EXPECT_EQ(log.take(),
-              (std::vector<std::string>{
-                  "3 settings-host:cannot store 'key1': keys and values would take more than 1 MiB together",
-                  "3 settings-host:cannot store 'new': there are 1,000 keys already"}));
+    EXPECT_EQ(log.take(), (std::vector<std::string>{
+                              "3 settings-host:cannot store 'key1': keys and values would exceed 1 MiB in total",
+                              "3 settings-host:cannot store 'new': the limit of 1,000 keys is reached"}));
     EXPECT_TRUE(storage->setValue("key1", std::string(2000, 'w')));
     EXPECT_TRUE(storage->setValue("key2", "short"));
-    EXPECT_EQ(storage->setAside("key3"), "key3.unusable") << "a start does not fail for it";
+    EXPECT_EQ(storage->setAside("key3"), "key3.unusable") << "renaming is no growth";
     EXPECT_EQ(read("key3.unusable"), std::string(2000, 'v'));
     EXPECT_TRUE(storage->removeValue("key4"));
     EXPECT_EQ(log.take(), std::vector<std::string>{});
@@ -289,7 +285,7 @@ TEST_F(StorageTest, EveryFailureOfTheDatabaseIsAnsweredAndLogged) {
     EXPECT_EQ(removed->take(), std::vector<std::string>{});
 }
 
-TEST_F(StorageTest, ClearingTellsWhichKeysWereRemoved) {
+TEST_F(StorageTest, ClearingReportsTheRemovedKeys) {
     open();
     storage->setValue("b", "1");
     storage->setValue("a", "2");
@@ -298,7 +294,7 @@ TEST_F(StorageTest, ClearingTellsWhichKeysWereRemoved) {
     EXPECT_EQ(removed->take(), (std::vector<std::string>{"a", "b"}));
 }
 
-TEST_F(StorageTest, NobodyIsToldOfRemovedKeysWhenClearingFails) {
+TEST_F(StorageTest, NoRemovedKeysAreReportedWhenClearingFails) {
     open();
     storage->setValue("b", "1");
     storage->setValue("a", "2");
@@ -336,9 +332,9 @@ TEST_F(StorageTest, TheLogStaysSmall) {
         ASSERT_TRUE(storage->setValue("key", std::to_string(number)));
         largest = std::max(largest, std::filesystem::file_size(file + "-wal"));
     }
-    // With the frames of the change that makes the log be moved.
+    // Including the frames of the change that causes the checkpoint.
     constexpr std::uintmax_t frame = 4096 + 24;
-    EXPECT_GT(largest, 60 * frame) << "it would be moved all the time";
+    EXPECT_GT(largest, 60 * frame) << "checkpoints are too frequent";
     EXPECT_LT(largest, 80 * frame);
 }
 
@@ -353,7 +349,7 @@ TEST_F(StorageTest, SetsAValueAsideUnderAFreeKey) {
     EXPECT_EQ(storage->setAside("absent"), "");
 }
 
-TEST_F(StorageTest, ReadsWhateverAHandPutThere) {
+TEST_F(StorageTest, ReadsValuesOfAnyType) {
     open();
     storage.reset();
     database.reset();
@@ -373,7 +369,7 @@ TEST_F(StorageTest, ClearingLeavesOtherTables) {
     EXPECT_EQ(state.load("key"), "kept");
 }
 
-TEST_F(StorageTest, TellsItsObserverEveryOperationAndItsHealth) {
+TEST_F(StorageTest, NotifiesItsObserverOfEveryOperationAndReportsItsHealth) {
     open();
     EXPECT_TRUE(storage->setValue("a", "1"));
     EXPECT_FALSE(storage->setValue(std::string(257, 'k'), "1"));

@@ -11,6 +11,7 @@
 #include "kit/support/FaultyDisk.h"
 #include "kit/support/LogRecording.h"
 #include "storage/Backup.h"
+#include "storage/FileNames.h"
 #include "storage/KeyValueTable.h"
 #include "support/TemporaryDirectory.h"
 
@@ -41,9 +42,7 @@ protected:
         return KeyValueTable(copy, "settings").get(key).value_or("(none)");
     }
 
-    std::string valueIn(int generation, const std::string& key) {
-        return valueIn(Backup::nameOf(file, generation), key);
-    }
+    std::string valueIn(int generation, const std::string& key) { return valueIn(backupName(file, generation), key); }
 
     std::vector<std::string> files() const {
         std::vector<std::string> names;
@@ -55,7 +54,7 @@ protected:
     }
 
     void makeOlder(int generation, std::chrono::seconds by) {
-        const std::string backup = Backup::nameOf(file, generation);
+        const std::string backup = backupName(file, generation);
         std::filesystem::last_write_time(backup, std::filesystem::last_write_time(backup) - by);
     }
 

@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <vector>
 
 #include <sqlite3.h>
+
+#include "support/Files.h"
 
 namespace SettingsHostTests {
 
@@ -27,18 +28,13 @@ void apply(const Change& change, std::string& content) {
     content.replace(change.offset, change.bytes.size(), change.bytes);
 }
 
-std::string contentOf(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 bool chance(std::mt19937& random, double probability) {
     return std::bernoulli_distribution(probability)(random);
 }
 
 }  // namespace
 
-/// What the disk has of a file for certain, and what it may have.
+/// The synced content of a file, and the changes that are not synced.
 struct FaultyDisk::TrackedFile {
     bool exists = false;
     std::string content;
@@ -55,7 +51,7 @@ struct FaultyDisk::TrackedFile {
     }
 
     void leave(const std::string& path, std::mt19937& random) {
-        // Some disks lose all, some nothing, most something.
+        // All, nothing or, most often, some of the changes survive.
         const double kept = std::discrete_distribution<int>({1, 2, 1})(random) / 2.0;
         std::vector<Change> survivors;
         for (const auto& change : pending) {
@@ -79,7 +75,7 @@ struct FaultyDisk::TrackedFile {
         }
     }
 
-    /// Disks write sectors; flash may stop anywhere.
+    /// Disks write whole sectors; flash may stop anywhere.
     static void tear(std::string& bytes, std::mt19937& random) {
         constexpr std::size_t sector = 512;
         const std::size_t unit = chance(random, 0.7) ? sector : 1;
@@ -91,7 +87,7 @@ struct FaultyDisk::TrackedFile {
 struct DiskCalls {
     using TrackedFile = FaultyDisk::TrackedFile;
 
-    /// SQLite provides the memory for this and, behind it, for the real file.
+    /// SQLite allocates this and, after it, the real file.
     struct OpenFile {
         sqlite3_file base;
         FaultyDisk* disk;
@@ -168,7 +164,7 @@ struct DiskCalls {
 
     static int fileControl(sqlite3_file* /*file*/, int /*operation*/, void* /*argument*/) { return SQLITE_NOTFOUND; }
     static int sectorSize(sqlite3_file* /*file*/) { return 512; }
-    /// No promise of any disk that SQLite could rely on.
+    /// No guarantees that SQLite could rely on.
     static int deviceCharacteristics(sqlite3_file* /*file*/) { return 0; }
 
     static int openFile(sqlite3_vfs* layer, const char* name, sqlite3_file* file, int flags, int* outFlags) {
@@ -229,7 +225,7 @@ const sqlite3_io_methods DiskCalls::methods = {1,
                                                nullptr};
 
 FaultyDisk::FaultyDisk() : layer(std::make_unique<sqlite3_vfs>()), real(sqlite3_vfs_find(nullptr)) {
-    // What is not about files, such as time and chance, is the real one's.
+    // Everything but files, such as time and random numbers, is passed to the real one.
     *layer = *real;
     layer->szOsFile = static_cast<int>(sizeof(DiskCalls::OpenFile)) + real->szOsFile;
     layer->zName = "faulty-disk";
@@ -253,9 +249,9 @@ FaultyDisk::TrackedFile& FaultyDisk::track(const std::string& path) {
         const bool isThere = std::filesystem::exists(path);
         if (!watches(path)) {
             tracked->exists = isThere;
-            tracked->content = contentOf(path);
+            tracked->content = TestSupport::contentOf(path);
         } else if (isThere) {
-            tracked->pending.push_back({false, 0, contentOf(path)});
+            tracked->pending.push_back({false, 0, TestSupport::contentOf(path)});
         }
     }
     return *tracked;
@@ -297,7 +293,7 @@ void FaultyDisk::sync(const std::string& path) {
     ++flushCount;
     if (path != watchedFolder) {
         TrackedFile& tracked = track(path);
-        tracked.pending = {{true, 0, ""}, {false, 0, contentOf(path)}};
+        tracked.pending = {{true, 0, ""}, {false, 0, TestSupport::contentOf(path)}};
         tracked.sync();
         return;
     }

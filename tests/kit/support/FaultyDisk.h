@@ -11,12 +11,12 @@ struct sqlite3_vfs;
 
 namespace SettingsHostTests {
 
-/// Between SQLite and the real files while it lives: counts the calls, and lets one fail, the disk be full, or the
-/// power go. It remembers what was not yet synced, so it knows what a real disk might have lost. Real syncs are left
-/// out. One at a time; databases are opened while it lives.
+/// A layer between SQLite and the real files that counts calls and simulates errors, a full disk and a loss of power.
+/// It records what is not synced yet, and therefore what a real disk might lose. It skips real syncs. One object at a
+/// time; databases are opened during its lifetime.
 ///
-/// In a folder that it watches it also stands between the host's own code and the files: what is made, renamed, removed
-/// and synced there counts as a call like those of SQLite.
+/// In a watched folder it also intercepts the calls of the code under test: creating, renaming, removing and syncing
+/// files count like calls of SQLite.
 class FaultyDisk {
 public:
     FaultyDisk();
@@ -25,28 +25,28 @@ public:
     FaultyDisk(const FaultyDisk&) = delete;
     FaultyDisk& operator=(const FaultyDisk&) = delete;
 
-    /// All that is in `folder` now is there for certain; what is made from now on is not, until it is synced.
+    /// The present content of `folder` counts as synced.
     void watch(const std::string& folder);
 
-    /// Calls since the last of the following five.
+    /// Calls since the last one of the following five functions.
     long calls() const { return callCount; }
-    /// How often the disk was made to keep what it has, since the object was made.
+    /// Syncs since the object was created.
     long flushes() const { return flushCount; }
     void work();
-    /// The call `number`, counted from 1, fails as it would at a bad block. Later ones work.
+    /// The call `number`, counted from 1, fails with an I/O error. Later ones work.
     void failOnce(long number);
     /// The call `number` and all after it fail.
     void failFrom(long number);
-    /// Writes fail for want of room from the call `number` on; everything else works.
+    /// From the call `number` on, writes fail because the disk is full; everything else works.
     void fillUpFrom(long number);
-    /// Nothing reaches the disk from the call `number` on; a write that is this call may reach it in part.
+    /// From the call `number` on nothing reaches the disk; if it is a write, a part of it may.
     void cutPowerAt(long number);
 
-    /// Did the fault take place?
+    /// Did the simulated fault occur?
     bool hasFailed() const { return failed; }
 
-    /// After a cut, when the database is closed: leaves the files as a disk might have them. What was synced is there.
-    /// Of the rest any part is, in any order, and one write in part.
+    /// After a cut, when the database is closed: leaves the files in a state that a real disk might have. All that was
+    /// synced is there, and of the rest any part, in any order, and a part of one write.
     void restorePower(std::mt19937& random);
 
 private:
@@ -56,7 +56,7 @@ private:
     enum class Mode { WORK, FAIL_ONCE, FAIL, FULL, CUT };
 
     void use(Mode mode, long number);
-    /// Counts a call. Returns: does it fail?
+    /// Counts a call. Returns: true when it is to fail.
     bool fails(bool needsRoom = false);
     TrackedFile& track(const std::string& path);
     void moveTracked(const std::string& from, const std::string& to);
@@ -71,7 +71,7 @@ private:
     sqlite3_vfs* real;
     std::map<std::string, std::unique_ptr<TrackedFile>> files;
     std::string watchedFolder;
-    /// Those that a loss of power may undo.
+    /// Not synced yet.
     std::vector<std::pair<std::string, std::string>> renames;
     Mode faultMode = Mode::WORK;
     long callCount = 0;

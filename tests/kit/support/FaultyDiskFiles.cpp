@@ -8,7 +8,7 @@
 
 #include "kit/support/FaultyDisk.h"
 
-// The linker puts these in the place of the functions of the C library wherever the host's own code calls them.
+// The linker (--wrap) redirects calls of the C library to these.
 extern "C" {
 int __real_fsync(int descriptor);
 int __real_open(const char* path, int flags, ...);

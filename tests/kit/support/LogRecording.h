@@ -8,7 +8,7 @@
 
 namespace SettingsHostTests {
 
-/// Collects the lines of the process while it lives, each as its level and text.
+/// Records the log lines of the process during its lifetime, each as level and text.
 class LogRecording {
 public:
     LogRecording() {

@@ -8,7 +8,7 @@
 
 namespace SettingsHostTests {
 
-/// A state store in memory that fails on request.
+/// A state store in memory that can fail on request.
 class MemoryState : public SettingsHost::StateStore {
 public:
     std::map<std::string, std::string> values;

@@ -8,7 +8,7 @@
 
 namespace SettingsHost {
 
-/// A client that keeps what it is sent.
+/// A client that records the frames sent to it.
 class RecordingClient : public Client {
 public:
     explicit RecordingClient(Origin ownOrigin = Origin::SOCKET, ListenerKind ownKind = ListenerKind::UNIX_SOCKET)

@@ -8,7 +8,7 @@
 
 namespace SettingsHostTests {
 
-/// Keeps the operations of a storage as words.
+/// Records the operations of a storage as text.
 class StorageRecording : public SettingsHost::StorageObserver {
 public:
     void storageOperation(SettingsHost::StorageOperation operation, bool succeeded,
@@ -20,7 +20,7 @@ public:
 
     std::vector<std::string> take() { return std::exchange(lines, {}); }
 
-    /// Did every operation take some time?
+    /// Did every operation have a positive duration?
     bool timed = true;
 
 private:

@@ -3,17 +3,17 @@
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
-#include <fstream>
 #include <regex>
-#include <sstream>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include "Utils/Rapidjson.h"
+#include "VessaLogger/LogSink.h"
 #include "service/logging/HostLog.h"
 #include "service/logging/HostLogSink.h"
+#include "support/Files.h"
 #include "support/TemporaryDirectory.h"
 
 namespace SettingsHost {
@@ -22,10 +22,16 @@ class HostLogSinkTest : public ::testing::Test {
 protected:
     ~HostLogSinkTest() override { VessaLogger::setLogSink({}); }
 
+    static void sendLogTo(const LogSink& sink) {
+        VessaLogger::setLogSink([sink](const VessaLogger::LogLine& line) {
+            sink({line.level, line.time, line.threadId, line.text});
+        });
+    }
+
     /// What logging `text` at each level writes to standard error.
     static std::string written(int minimumLevel, LogFormat format, const std::string& text) {
         ::testing::internal::CaptureStderr();
-        VessaLogger::setLogSink(makeHostLogSink({minimumLevel, format, ""}, context, nullptr));
+        sendLogTo(makeHostLogSink({minimumLevel, format, ""}, context, nullptr));
         for (const auto level :
              {VessaLogger::TRACE, VessaLogger::INFORMATION, VessaLogger::WARNING, VessaLogger::ERROR}) {
             logHost(level, text);
@@ -59,7 +65,7 @@ TEST_F(HostLogSinkTest, WritesTimeLevelThreadAndText) {
     }
 }
 
-TEST_F(HostLogSinkTest, TellsTheTimeOnAClockThatNobodyHasSet) {
+TEST_F(HostLogSinkTest, FormatsTimesBefore1970) {
     const auto timesOf = [](const std::string& zone) {
         ::setenv("TZ", zone.c_str(), 1);
         ::tzset();
@@ -67,9 +73,9 @@ TEST_F(HostLogSinkTest, TellsTheTimeOnAClockThatNobodyHasSet) {
         for (const int milliseconds : {-86400001, -1001, -1000, -500, -1, 0, 7, 1000}) {
             const LineFormat text(LogFormat::TEXT, context);
             const LineFormat json(LogFormat::JSON, context);
-            const VessaLogger::LogLine line{
-                VessaLogger::ERROR, std::chrono::system_clock::time_point(std::chrono::milliseconds(milliseconds)), "1",
-                "x", VessaLogger::NATIVE_SERVICE};
+            const LogLine line{VessaLogger::ERROR,
+                               std::chrono::system_clock::time_point(std::chrono::milliseconds(milliseconds)), "1",
+                               "x"};
             const std::string written = text.textOf(line);
             const std::string time = written.substr(0, written.find(' '));
             EXPECT_EQ(json.textOf(line), R"({"time":")" + time + R"(","level":3,"thread":"1","text":"x"})" + "\n");
@@ -95,7 +101,7 @@ TEST_F(HostLogSinkTest, LeavesOutLinesBelowTheLevel) {
     EXPECT_EQ(lines(written(3, LogFormat::JSON, "x")).size(), 1U);
 }
 
-TEST_F(HostLogSinkTest, KeepsALineALineWhateverItHolds) {
+TEST_F(HostLogSinkTest, WritesOneLineWhateverTheTextHolds) {
     const auto written = lines(HostLogSinkTest::written(3, LogFormat::TEXT, "a\nb\x1b[31m{} %v é"));
     ASSERT_EQ(written.size(), 1U);
     EXPECT_NE(written[0].find(R"(a\nb\x1b[31m{} %v é)"), std::string::npos) << written[0];
@@ -117,7 +123,7 @@ TEST_F(HostLogSinkTest, JsonLinesAreValidForAnyBytes) {
     }
 }
 
-TEST_F(HostLogSinkTest, JsonLinesSayWhichRequestTheyAreAbout) {
+TEST_F(HostLogSinkTest, JsonLinesNameTheRequest) {
     const auto membersOf = [](const std::string& line) {
         rapidjson::Document document;
         document.Parse(line.c_str());
@@ -143,14 +149,14 @@ TEST_F(HostLogSinkTest, JsonLinesSayWhichRequestTheyAreAbout) {
     EXPECT_EQ(membersOf(lines(written(3, LogFormat::JSON, "x")).at(0)), always);
 }
 
-TEST_F(HostLogSinkTest, NoLineIsWrittenBeforeTheLossOfOthersIsTold) {
+TEST_F(HostLogSinkTest, ReportsLostLinesBeforeTheNextLine) {
     std::array<int, 2> pipe{-1, -1};
     ASSERT_EQ(::pipe2(pipe.data(), O_CLOEXEC | O_NONBLOCK), 0);
     const int size = ::fcntl(pipe[1], F_SETPIPE_SZ, 4096);
     ASSERT_GT(size, 0);
     const int before = ::dup(STDERR_FILENO);
     ASSERT_EQ(::dup2(pipe[1], STDERR_FILENO), STDERR_FILENO);
-    VessaLogger::setLogSink(makeHostLogSink({1, LogFormat::TEXT, ""}, context, nullptr));
+    sendLogTo(makeHostLogSink({1, LogFormat::TEXT, ""}, context, nullptr));
     auto& log = VessaLogger::Log::instance();
     const auto emit = [&](const std::string& text) {
         log.emitLog(VessaLogger::INFORMATION, std::chrono::system_clock::now(), log.getThreadId(), text,
@@ -163,8 +169,8 @@ TEST_F(HostLogSinkTest, NoLineIsWrittenBeforeTheLossOfOthersIsTold) {
     };
     emit("a");
     const std::size_t shortLine = readAll().size();
-    // There is room for a short line, but neither for a long one nor for the one about the loss. The kernel takes all
-    // or nothing of so little.
+    // The pipe has room for a short line, but not for a long one or for the line about lost lines. The kernel writes
+    // such short lines completely or not at all.
     const std::size_t room = shortLine + 10;
     const std::string filling(static_cast<std::size_t>(size) - room, 'x');
     ASSERT_EQ(::write(pipe[1], filling.data(), filling.size()), static_cast<ssize_t>(filling.size()));
@@ -182,11 +188,11 @@ TEST_F(HostLogSinkTest, NoLineIsWrittenBeforeTheLossOfOthersIsTold) {
     EXPECT_NE(seen[1].find("] c"), std::string::npos) << seen[1];
 }
 
-TEST_F(HostLogSinkTest, ALogFileThatCannotBeWrittenIsComplainedAboutAndLinesStillGoToStandardError) {
+TEST_F(HostLogSinkTest, AnUnwritableLogFileIsReportedAndLinesStillGoToStandardError) {
     TestSupport::TemporaryDirectory folder;
     const std::string file = folder / "none/host.log";
     ::testing::internal::CaptureStderr();
-    VessaLogger::setLogSink(makeHostLogSink({1, LogFormat::TEXT, file}, context, std::make_shared<LogFile>(file)));
+    sendLogTo(makeHostLogSink({1, LogFormat::TEXT, file}, context, std::make_shared<LogFile>(file)));
     logHost(VessaLogger::INFORMATION, "a");
     const auto seen = lines(::testing::internal::GetCapturedStderr());
     ASSERT_EQ(seen.size(), 2U);
@@ -195,15 +201,12 @@ TEST_F(HostLogSinkTest, ALogFileThatCannotBeWrittenIsComplainedAboutAndLinesStil
               std::string::npos)
         << seen[0];
     EXPECT_NE(seen[1].find("settings-host:a"), std::string::npos);
-    // Once the folder is there, so are the lines, and the number of those that are not.
+    // After the folder is created the file holds the number of lost lines and the new line.
     std::filesystem::create_directory(folder / "none");
     ::testing::internal::CaptureStderr();
     logHost(VessaLogger::INFORMATION, "b");
     ::testing::internal::GetCapturedStderr();
-    std::ifstream written(file);
-    std::stringstream content;
-    content << written.rdbuf();
-    const auto kept = lines(content.str());
+    const auto kept = lines(TestSupport::contentOf(file));
     ASSERT_EQ(kept.size(), 2U);
     EXPECT_NE(kept[0].find("warning"), std::string::npos) << kept[0];
     EXPECT_NE(kept[0].find("settings-host:1 log line was lost"), std::string::npos) << kept[0];

@@ -15,8 +15,7 @@ protected:
     static std::string entry(VessaLogger::LogLevel level, const std::string& text,
                              const std::optional<CurrentRequest>& request = std::nullopt) {
         const std::string thread = "7";
-        return journalEntry({level, std::chrono::system_clock::now(), thread, text, VessaLogger::NATIVE_SERVICE},
-                            request);
+        return journalEntry({level, std::chrono::system_clock::now(), thread, text}, request);
     }
 
     TestSupport::TemporaryDirectory folder;
@@ -39,7 +38,7 @@ TEST_F(JournalTest, NoKeyOfAClientAddsAField) {
                   std::string("\x0c\0\0\0\0\0\0\0", 8) + "a\nPRIORITY=0\n");
 }
 
-TEST_F(JournalTest, EntriesArriveAsTheyAre) {
+TEST_F(JournalTest, EntriesArriveUnchanged) {
     TestSupport::NotificationSocket daemon(folder / "journal");
     Journal journal(folder / "journal");
     EXPECT_TRUE(journal.send("MESSAGE=a\n"));
@@ -48,7 +47,7 @@ TEST_F(JournalTest, EntriesArriveAsTheyAre) {
     EXPECT_EQ(daemon.receive(), "MESSAGE=b\n");
 }
 
-TEST_F(JournalTest, AJournalThatIsFullOrGoneIsNotWaitedFor) {
+TEST_F(JournalTest, AFullOrMissingJournalDoesNotBlock) {
     Journal journal(folder / "journal");
     EXPECT_FALSE(journal.send("MESSAGE=nobody is there\n"));
     {
@@ -75,7 +74,7 @@ TEST_F(JournalTest, TheEnvironmentSaysWhetherStandardErrorIsTheJournal) {
     ::unsetenv("JOURNAL_STREAM");
     EXPECT_FALSE(isStandardErrorTheJournal());
     ::setenv("JOURNAL_STREAM", "1:2", 1);
-    EXPECT_FALSE(isStandardErrorTheJournal()) << "it was the parent's";
+    EXPECT_FALSE(isStandardErrorTheJournal()) << "inherited from the parent process";
     ::setenv("JOURNAL_STREAM", (std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino)).c_str(), 1);
     EXPECT_TRUE(isStandardErrorTheJournal());
     ::unsetenv("JOURNAL_STREAM");

@@ -1,35 +1,22 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "service/logging/LogFile.h"
+#include "support/Files.h"
 #include "support/TemporaryDirectory.h"
 
 namespace SettingsHost {
 
+using TestSupport::contentOf;
+using TestSupport::modeOf;
+
 class LogFileTest : public ::testing::Test {
 protected:
-    static std::string content(const std::string& file) {
-        std::ifstream stream(file);
-        if (!stream) {
-            return "(none)";
-        }
-        std::stringstream text;
-        text << stream.rdbuf();
-        return text.str();
-    }
-
-    static mode_t modeOf(const std::string& file) {
-        struct stat status {};
-        EXPECT_EQ(::lstat(file.c_str(), &status), 0) << file;
-        return status.st_mode & 07777U;
-    }
-
     void expectRefused(const std::string& reason) {
         LogFile file(path);
         EXPECT_FALSE(file.write("secret\n"));
@@ -45,7 +32,7 @@ TEST_F(LogFileTest, AppendsToWhatIsThere) {
     EXPECT_TRUE(LogFile(path).write("a\n"));
     LogFile file(path);
     EXPECT_TRUE(file.write("b\n"));
-    EXPECT_EQ(content(path), "old\na\nb\n");
+    EXPECT_EQ(contentOf(path), "old\na\nb\n");
 }
 
 TEST_F(LogFileTest, IsPrivateWhateverTheMask) {
@@ -65,7 +52,7 @@ TEST_F(LogFileTest, IsPrivateWhateverTheMask) {
     std::ofstream(path) << "old\n";
     ::chmod(path.c_str(), 0644);
     EXPECT_TRUE(LogFile(path).write("a\n"));
-    EXPECT_EQ(modeOf(path), 0600U) << "it was left open to others";
+    EXPECT_EQ(modeOf(path), 0600U) << "others can still read it";
 }
 
 TEST_F(LogFileTest, KeepsThreeFilesOfWholeLinesWithinTheLimit) {
@@ -73,36 +60,36 @@ TEST_F(LogFileTest, KeepsThreeFilesOfWholeLinesWithinTheLimit) {
     for (const auto* line : {"a1234\n", "b12\n", "c1234\n", "d\n", "e\n", "f1234567890123\n", "g\n", "h12345678\n"}) {
         EXPECT_TRUE(file.write(line));
     }
-    EXPECT_EQ(content(path), "h12345678\n");
-    EXPECT_EQ(content(path + ".1"), "g\n");
-    EXPECT_EQ(content(path + ".2"), "f1234567890123\n");
-    EXPECT_EQ(content(path + ".3"), "(none)");
+    EXPECT_EQ(contentOf(path), "h12345678\n");
+    EXPECT_EQ(contentOf(path + ".1"), "g\n");
+    EXPECT_EQ(contentOf(path + ".2"), "f1234567890123\n");
+    EXPECT_FALSE(std::filesystem::exists(path + ".3"));
     EXPECT_EQ(LogFile::maximumSize, 1048576U);
 }
 
-TEST_F(LogFileTest, GoesOnInANewFileWhenItIsOpenedAgain) {
+TEST_F(LogFileTest, ContinuesInANewFileAfterReopening) {
     LogFile file(path, 10);
     EXPECT_TRUE(file.write("12345\n"));
     std::filesystem::rename(path, folder / "moved");
     EXPECT_TRUE(file.write("a\n"));
     EXPECT_TRUE(file.reopen());
-    EXPECT_EQ(content(path), "");
+    EXPECT_EQ(contentOf(path), "");
     EXPECT_EQ(modeOf(path), 0600U);
     EXPECT_TRUE(file.write("123456789\n"));
-    EXPECT_EQ(content(folder / "moved"), "12345\na\n");
-    EXPECT_EQ(content(path), "123456789\n") << "it counts from the start again";
-    EXPECT_EQ(content(path + ".1"), "(none)");
+    EXPECT_EQ(contentOf(folder / "moved"), "12345\na\n");
+    EXPECT_EQ(contentOf(path), "123456789\n") << "the size was not reset";
+    EXPECT_FALSE(std::filesystem::exists(path + ".1"));
     EXPECT_EQ(file.name(), path);
 }
 
-TEST_F(LogFileTest, CountsWhatWasThereBefore) {
+TEST_F(LogFileTest, CountsTheExistingSize) {
     std::ofstream(path) << "12345678\n";
     EXPECT_TRUE(LogFile(path, 10).write("a\n"));
-    EXPECT_EQ(content(path), "a\n");
-    EXPECT_EQ(content(path + ".1"), "12345678\n");
+    EXPECT_EQ(contentOf(path), "a\n");
+    EXPECT_EQ(contentOf(path + ".1"), "12345678\n");
 }
 
-TEST_F(LogFileTest, NeverWritesThroughALinkOrIntoSomethingElse) {
+TEST_F(LogFileTest, RefusesLinksAndAnythingButRegularFiles) {
     const std::string precious = folder / "precious";
     std::ofstream(precious) << "precious";
     std::filesystem::create_symlink(precious, path);
@@ -120,7 +107,7 @@ TEST_F(LogFileTest, NeverWritesThroughALinkOrIntoSomethingElse) {
     std::filesystem::remove(path);
     ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
     expectRefused("No such device or address");
-    EXPECT_EQ(content(precious), "precious");
+    EXPECT_EQ(contentOf(precious), "precious");
 }
 
 TEST_F(LogFileTest, RefusesAnotherUsersFile) {
@@ -130,29 +117,29 @@ TEST_F(LogFileTest, RefusesAnotherUsersFile) {
     std::ofstream(path) << "theirs";
     ASSERT_EQ(::chown(path.c_str(), 12345, 12345), 0);
     expectRefused("it belongs to another user");
-    EXPECT_EQ(content(path), "theirs");
+    EXPECT_EQ(contentOf(path), "theirs");
 }
 
-TEST_F(LogFileTest, LosesLinesWhileItCannotBeMadeAndGoesOnAfterwards) {
+TEST_F(LogFileTest, LosesLinesWhileItCannotBeCreatedAndContinuesAfterwards) {
     LogFile file(folder / "later/host.log");
     EXPECT_FALSE(file.write("a\n"));
     EXPECT_EQ(file.failure(), "No such file or directory");
     std::filesystem::create_directory(folder / "later");
     EXPECT_TRUE(file.write("b\n"));
-    EXPECT_EQ(content(folder / "later/host.log"), "b\n");
+    EXPECT_EQ(contentOf(folder / "later/host.log"), "b\n");
 }
 
-TEST_F(LogFileTest, LosesLinesWhileItCannotBeRenamedAndGoesOnAfterwards) {
+TEST_F(LogFileTest, LosesLinesWhileItCannotBeRotatedAndContinuesAfterwards) {
     LogFile file(path, 4);
     EXPECT_TRUE(file.write("abc\n"));
     std::filesystem::create_directories(path + ".1/full");
     std::ofstream(path + ".2") << "a file that no folder can replace";
     EXPECT_FALSE(file.write("def\n"));
-    EXPECT_EQ(content(path), "abc\n");
+    EXPECT_EQ(contentOf(path), "abc\n");
     std::filesystem::remove_all(path + ".1");
     EXPECT_TRUE(file.write("ghi\n"));
-    EXPECT_EQ(content(path), "ghi\n");
-    EXPECT_EQ(content(path + ".1"), "abc\n");
+    EXPECT_EQ(contentOf(path), "ghi\n");
+    EXPECT_EQ(contentOf(path + ".1"), "abc\n");
 }
 
 TEST_F(LogFileTest, KeepsNoHalfLinesWhenTheDiskIsFull) {
@@ -164,13 +151,13 @@ TEST_F(LogFileTest, KeepsNoHalfLinesWhenTheDiskIsFull) {
     const rlimit full{6, limit.rlim_max};
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &full), 0);
     EXPECT_FALSE(file.write("defghi\n"));
-    const std::string kept = content(path);
+    const std::string kept = contentOf(path);
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
     std::signal(SIGXFSZ, before);
     EXPECT_EQ(file.failure(), "File too large");
     EXPECT_EQ(kept, "abc\n");
     EXPECT_TRUE(file.write("jkl\n"));
-    EXPECT_EQ(content(path), "abc\njkl\n");
+    EXPECT_EQ(contentOf(path), "abc\njkl\n");
 }
 
 }  // namespace SettingsHost

@@ -1,13 +1,12 @@
 #include <array>
 #include <csignal>
-#include <fstream>
-#include <sstream>
 
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include "service/logging/StandardErrorOutput.h"
+#include "support/Files.h"
 #include "support/LineReader.h"
 #include "support/TemporaryDirectory.h"
 
@@ -29,7 +28,7 @@ protected:
         }
     }
 
-    /// Writes until a line is lost. Returns: how many were taken.
+    /// Writes until a line is lost. Returns: the number of lines written before.
     static int fill(LogOutput& output, const std::string& line) {
         int taken = 0;
         while (output.write(line) && taken < 1000000) {
@@ -39,7 +38,7 @@ protected:
         return taken;
     }
 
-    /// Fills the pipe or socket, reads it empty, and expects whole lines and then a new one.
+    /// Fills the pipe or socket, reads it empty, and expects whole lines followed by a new one.
     void expectOnlyWholeLinesAreLost() {
         StandardErrorOutput output(ends[1]);
         const std::string line(1000, 'x');
@@ -58,13 +57,13 @@ protected:
     std::array<int, 2> ends{-1, -1};
 };
 
-TEST_F(StandardErrorOutputTest, APipeWithoutRoomIsNotWaitedForAndLinesStayWhole) {
+TEST_F(StandardErrorOutputTest, AFullPipeDoesNotBlockAndLinesStayWhole) {
     openPipe();
     expectOnlyWholeLinesAreLost();
-    EXPECT_EQ(::fcntl(ends[1], F_GETFL) & O_NONBLOCK, 0) << "others who write to the same pipe would be surprised";
+    EXPECT_EQ(::fcntl(ends[1], F_GETFL) & O_NONBLOCK, 0) << "the flags are shared with other processes";
 }
 
-TEST_F(StandardErrorOutputTest, ASocketWithoutRoomIsNotWaitedForAndLinesStayWhole) {
+TEST_F(StandardErrorOutputTest, AFullSocketDoesNotBlockAndLinesStayWhole) {
     ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
     expectOnlyWholeLinesAreLost();
     EXPECT_EQ(::fcntl(ends[1], F_GETFL) & O_NONBLOCK, 0);
@@ -86,7 +85,7 @@ TEST_F(StandardErrorOutputTest, ALineLongerThanAPipeIsFinishedBeforeTheNext) {
     EXPECT_EQ(reader.readLine(), "next");
 }
 
-TEST_F(StandardErrorOutputTest, AReaderThatIsGoneCostsTheLinesOnly) {
+TEST_F(StandardErrorOutputTest, AClosedReaderLosesLinesOnly) {
     const auto before = std::signal(SIGPIPE, SIG_IGN);
     openPipe();
     StandardErrorOutput early(ends[1]);
@@ -105,9 +104,7 @@ TEST_F(StandardErrorOutputTest, AFileGetsEveryLine) {
     const std::string line = std::string(100000, 'x') + "\n";
     EXPECT_TRUE(output.write(line));
     EXPECT_TRUE(output.write("y\n"));
-    std::stringstream content;
-    content << std::ifstream(path).rdbuf();
-    EXPECT_EQ(content.str(), line + "y\n");
+    EXPECT_EQ(TestSupport::contentOf(path), line + "y\n");
     StandardErrorOutput nowhere(-1);
     EXPECT_FALSE(nowhere.write("lost\n"));
 }

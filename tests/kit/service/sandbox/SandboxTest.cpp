@@ -30,7 +30,7 @@ namespace {
 
 constexpr int succeeded = 0;
 
-/// What became of something that was tried: 0 or an error number.
+/// 0 or the error number of a call.
 int outcome(bool success) {
     return success ? succeeded : errno;
 }
@@ -41,7 +41,7 @@ bool isListed(const std::vector<std::string>& calls, const std::string& call) {
 
 }  // namespace
 
-/// Each act is tried in a process of its own, once it is inside the sandbox.
+/// Each test function runs in its own process inside the sandbox.
 class SandboxTest : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -54,7 +54,7 @@ protected:
         }
     }
 
-    /// Returns: the error number of `act`, 0 when it succeeded, or minus the signal that ended the process.
+    /// Returns: the result of `act`, an error number or 0, or minus the signal that ended the process.
     int inside(const std::function<int()>& act) {
         const pid_t child = ::fork();
         if (child == 0) {
@@ -73,7 +73,7 @@ protected:
     TestSupport::TemporaryDirectory folder;
 };
 
-TEST_F(SandboxTest, ItsOwnFilesStayWithinReach) {
+TEST_F(SandboxTest, ItsOwnFilesStayAccessible) {
     EXPECT_EQ(opening(folder / "changed/file", O_RDWR), succeeded);
     EXPECT_EQ(opening(folder / "changed/new", O_RDWR | O_CREAT), succeeded);
     EXPECT_EQ(inside([&] { return outcome(::truncate((folder / "changed/file").c_str(), 3) == 0); }), EPERM);
@@ -92,7 +92,7 @@ TEST_F(SandboxTest, ItsOwnFilesStayWithinReach) {
     EXPECT_EQ(opening("/dev/null", O_RDONLY), succeeded);
 }
 
-TEST_F(SandboxTest, OtherFilesAreOutOfReach) {
+TEST_F(SandboxTest, OtherFilesAreInaccessible) {
     EXPECT_EQ(opening(folder / "elsewhere/file", O_RDONLY), EACCES);
     EXPECT_EQ(opening(folder / "elsewhere/file", O_WRONLY), EACCES);
     EXPECT_EQ(opening(folder / "elsewhere/new", O_RDWR | O_CREAT), EACCES);
@@ -112,11 +112,11 @@ TEST_F(SandboxTest, OtherFilesAreOutOfReach) {
     EXPECT_EQ(inside([&] { return outcome(::symlink("/etc/passwd", (folder / "changed/link").c_str()) == 0); }), EPERM);
 }
 
-TEST_F(SandboxTest, WhatMayOnlyBeReadCannotBeCutShort) {
+TEST_F(SandboxTest, ReadOnlyFilesCannotBeTruncated) {
     if (::syscall(SYS_landlock_create_ruleset, nullptr, 0, LANDLOCK_CREATE_RULESET_VERSION) < 3) {
         GTEST_SKIP() << "this kernel cannot forbid it";
     }
-    // A file that the host may read, as /etc/localtime is, but harmless to cut. Reading is all that is asked for.
+    // Readable like /etc/localtime, but harmless to truncate. O_RDONLY alone asks for reading only.
     EXPECT_EQ(opening("/proc/self/comm", O_RDONLY), succeeded);
     EXPECT_EQ(opening("/proc/self/comm", O_RDONLY | O_TRUNC), EACCES);
     EXPECT_EQ(opening(folder / "elsewhere/file", O_RDONLY | O_TRUNC), EACCES);
@@ -125,7 +125,7 @@ TEST_F(SandboxTest, WhatMayOnlyBeReadCannotBeCutShort) {
     EXPECT_EQ(std::filesystem::file_size(folder / "changed/file"), 0U);
 }
 
-TEST_F(SandboxTest, WhoeverTakesTheHostOverIsEndedWhenHeReachesOut) {
+TEST_F(SandboxTest, CallsThatOnlyAnAttackerMakesEndTheProcess) {
     EXPECT_EQ(inside([] {
                   const char* const arguments[] = {"/bin/true", nullptr};
                   return outcome(::execv(arguments[0], const_cast<char**>(arguments)) == 0);  // NOLINT: execv wants it
@@ -138,9 +138,9 @@ TEST_F(SandboxTest, WhoeverTakesTheHostOverIsEndedWhenHeReachesOut) {
     }
 }
 
-TEST_F(SandboxTest, NothingElseIsPossible) {
+TEST_F(SandboxTest, AllOtherCallsFail) {
     EXPECT_EQ(inside([] { return outcome(::fork() >= 0); }), EPERM);
-    // Asked before: inside there is no way to ask, and -1 would be everybody.
+    // Called outside the sandbox; -1 would be all processes.
     const pid_t other = ::getpid();
     EXPECT_EQ(inside([other] { return outcome(::kill(other, 0) == 0); }), EPERM);
     EXPECT_EQ(inside([other] { return outcome(::syscall(SYS_tgkill, other, other, 0) == 0); }), EPERM);
@@ -173,7 +173,7 @@ TEST_F(SandboxTest, NothingElseIsPossible) {
     EXPECT_EQ(inside([] { return outcome(::setuid(0) == 0); }), EPERM);
 }
 
-TEST_F(SandboxTest, PrivilegesAreGoneAndStayGone) {
+TEST_F(SandboxTest, PrivilegesAreDroppedPermanently) {
     for (const std::string expected :
          {"CapPrm:\t0000000000000000", "CapEff:\t0000000000000000", "NoNewPrivs:\t1", "Seccomp:\t2"}) {
         const auto look = [&expected] {
@@ -193,12 +193,12 @@ TEST_F(SandboxTest, AbortStillEndsTheProcessAsItShould) {
     EXPECT_EQ(inside([]() -> int { std::abort(); }), -SIGABRT);
 }
 
-TEST_F(SandboxTest, TheListsContradictNothing) {
+TEST_F(SandboxTest, TheListsDoNotOverlap) {
     for (const auto& call : fatalCalls()) {
         EXPECT_FALSE(isListed(allowedCalls(), call)) << call;
     }
     for (const auto* conditional : {"mmap", "mprotect", "socket", "tgkill", "ioctl"}) {
-        EXPECT_FALSE(isListed(allowedCalls(), conditional)) << "its condition would mean nothing";
+        EXPECT_FALSE(isListed(allowedCalls(), conditional)) << "its condition would have no effect";
     }
 }
 
