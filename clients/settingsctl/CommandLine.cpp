@@ -12,7 +12,8 @@
 #include "Timeout.h"
 #include "Verbs.h"
 #include "Version.h"
-#include "Wire.h"
+#include "Wire/Utf8.h"
+#include "connection/Errors.h"
 
 namespace SettingsCtl {
 
@@ -21,7 +22,7 @@ namespace {
 /// What the command line asks for, filled while it is parsed.
 struct Invocation {
     Context context;
-    SocketOptions sockets;
+    SettingsClient::SocketOptions sockets;
     std::string timeout = "5";
     std::vector<std::string> keys;
     std::string key;
@@ -77,7 +78,7 @@ const char* runtimeFolder() {
 }
 
 std::string defaultSockets() {
-    const auto candidates = settingsSockets({}, runtimeFolder());
+    const auto candidates = SettingsClient::settingsSockets({}, runtimeFolder());
     return candidates.front().path + ", then " + candidates.back().path;
 }
 
@@ -187,7 +188,7 @@ void checkArguments(const CLI::App& app, const Invocation& invocation, const std
         std::any_of(arguments.begin(), arguments.end(), isInBrackets)) {
         throw Failure(WRONG_USAGE, "separate the arguments by spaces, without brackets");
     }
-    if (!std::all_of(arguments.begin(), arguments.end(), isValidUtf8)) {
+    if (!std::all_of(arguments.begin(), arguments.end(), Wire::isValidUtf8)) {
         throw Failure(WRONG_USAGE, "an argument is not valid UTF-8");
     }
 }
@@ -229,10 +230,16 @@ ExitStatus parseAndRun(int argumentCount, const char* const* arguments) {
         return endOfParsing(app, end);
     }
     checkArguments(app, invocation, words);
-    invocation.context.settingsSockets = settingsSockets(invocation.sockets, runtimeFolder());
-    invocation.context.deviceSockets = deviceSockets(invocation.sockets, runtimeFolder());
+    invocation.context.settingsSockets = SettingsClient::settingsSockets(invocation.sockets, runtimeFolder());
+    invocation.context.deviceSockets = SettingsClient::deviceSockets(invocation.sockets, runtimeFolder());
     invocation.context.timeout = timeoutFrom(invocation.timeout).value();
     return invocation.run();
+}
+
+/// Reports why the program ends.
+ExitStatus fail(ExitStatus status, const std::string& message) {
+    std::fprintf(stderr, "settingsctl: %s\n", escaped(message).c_str());
+    return status;
 }
 
 }  // namespace
@@ -241,8 +248,15 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     try {
         return parseAndRun(argumentCount, arguments);
     } catch (const Failure& failure) {
-        std::fprintf(stderr, "settingsctl: %s\n", escaped(failure.what()).c_str());
-        return failure.exitStatus();
+        return fail(failure.exitStatus(), failure.what());
+    } catch (const SettingsClient::InvalidSocketPath& error) {
+        return fail(WRONG_USAGE, error.what());
+    } catch (const SettingsClient::ConnectionError& error) {
+        return fail(UNREACHABLE, error.what());
+    } catch (const SettingsClient::RequestRefused& error) {
+        return fail(REFUSED, error.what());
+    } catch (const Wire::MalformedFrame& error) {
+        return fail(UNREACHABLE, std::string("unexpected response: not a settings-host (") + error.what() + ")");
     }
 }
 

@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <map>
 #include <set>
+#include <stdexcept>
 
 #include <CLI/CLI.hpp>
 
-#include "Session.h"
+#include "Verbs.h"
 #include "Wire/Catalogue.h"
+#include "Wire/Utf8.h"
 
 namespace SettingsCtl {
 
@@ -140,13 +142,14 @@ Completions choicesOf(const CLI::Option& argument) {
 }
 
 /// Empty without a host that replies quickly.
-std::string currentValue(const std::string& key, const SocketOptions& sockets, const char* runtimeFolder) {
+std::string currentValue(const std::string& key, const SettingsClient::SocketOptions& sockets,
+                         const char* runtimeFolder) {
     Context context;
-    context.settingsSockets = settingsSockets(sockets, runtimeFolder);
+    context.settingsSockets = SettingsClient::settingsSockets(sockets, runtimeFolder);
     context.timeout = std::chrono::seconds(1);
     try {
-        return isValidUtf8(key) ? Session(context).getSettings({key})[key] : "";
-    } catch (const Failure&) {
+        return Wire::isValidUtf8(key) ? context.openSession().getSettings({key})[key] : "";
+    } catch (const std::runtime_error&) {
         return "";
     }
 }
@@ -192,7 +195,7 @@ Completions argumentsFor(const CLI::App& parser, const CommandLine& line, const 
         return keys();
     }
     if (isNamed(argument, "VALUE") && index > 0 && isNamed(argumentAt(*line.verb, index - 1), "KEY")) {
-        SocketOptions sockets;
+        SettingsClient::SocketOptions sockets;
         const auto socket = line.options.find(parser.get_option("--socket"));
         if (socket != line.options.end()) {
             sockets.settings = socket->second;

@@ -1,36 +1,28 @@
 #include <functional>
 
-#include "Connection.h"
 #include "Verbs.h"
-#include "Wire.h"
+#include "Wire/ObjectWriter.h"
+#include "connection/DeviceCommand.h"
 
 namespace SettingsCtl {
 
 namespace {
 
 /// Sends `{"command": …}` with the members that `arguments` writes. Returns: the reply.
-Frame execute(
+Wire::HostFrame execute(
     const Context& context, const std::string& command,
-    const std::function<void(JsonWriter&)>& arguments = [](JsonWriter&) {}) {
-    rapidjson::StringBuffer buffer;
-    JsonWriter writer(buffer);
-    writer.StartObject();
-    writer.Key("command");
-    writer.String(command);
+    const std::function<void(Wire::ObjectWriter<>&)>& arguments = [](Wire::ObjectWriter<>&) {}) {
+    Wire::ObjectWriter writer;
+    writer.text("command", command);
     arguments(writer);
-    writer.EndObject();
-    Connection connection(context.deviceSockets, context.timeout);
-    connection.send(std::string(buffer.GetString(), buffer.GetSize()) + "\n");
-    Frame reply(connection.receive(connection.deadline()));
-    reply.throwIfRefusal();
-    return reply;
+    return SettingsClient::executeDeviceCommand(context.deviceSockets, context.timeout, writer.finish());
 }
 
 Failure notADeviceSocket() {
     return {UNREACHABLE, "unexpected response: not a device socket"};
 }
 
-ExitStatus confirm(const Context& context, const Frame& reply) {
+ExitStatus confirm(const Context& context, const Wire::HostFrame& reply) {
     if (reply.booleanAt({"ok"}) != true) {
         throw notADeviceSocket();
     }
@@ -40,18 +32,12 @@ ExitStatus confirm(const Context& context, const Frame& reply) {
     return DONE;
 }
 
-void member(JsonWriter& writer, const char* name, const std::string& value) {
-    writer.Key(name);
-    writer.String(value);
-}
-
 }  // namespace
 
 ExitStatus page(const Context& context, bool newKey) {
-    const Frame reply = execute(context, "page", [newKey](JsonWriter& writer) {
+    const Wire::HostFrame reply = execute(context, "page", [newKey](auto& writer) {
         if (newKey) {
-            writer.Key("newKey");
-            writer.Bool(true);
+            writer.boolean("newKey", true);
         }
     });
     const auto members = reply.stringsAt({"page"});
@@ -69,31 +55,21 @@ ExitStatus deviceShow(const Context& context) {
 }
 
 ExitStatus deviceText(const Context& context, const std::string& command, const std::string& value) {
-    return confirm(context, execute(context, command, [&](JsonWriter& writer) { member(writer, "value", value); }));
+    return confirm(context, execute(context, command, [&](auto& writer) { writer.text("value", value); }));
 }
 
 ExitStatus deviceLocales(const Context& context, const std::vector<std::string>& locales) {
-    return confirm(context, execute(context, "locales", [&](JsonWriter& writer) {
-                       writer.Key("values");
-                       writer.StartArray();
-                       for (const auto& locale : locales) {
-                           writer.String(locale);
-                       }
-                       writer.EndArray();
-                   }));
+    return confirm(context, execute(context, "locales", [&](auto& writer) { writer.texts("values", locales); }));
 }
 
 ExitStatus switchDevice(const Context& context, const std::string& command, bool enabled) {
-    return confirm(context, execute(context, command, [&](JsonWriter& writer) {
-                       writer.Key("enabled");
-                       writer.Bool(enabled);
-                   }));
+    return confirm(context, execute(context, command, [&](auto& writer) { writer.boolean("enabled", enabled); }));
 }
 
 ExitStatus deviceSetting(const Context& context, const std::string& key, const std::string& value) {
-    const Frame reply = execute(context, "setting", [&](JsonWriter& writer) {
-        member(writer, "key", key);
-        member(writer, "value", value);
+    const Wire::HostFrame reply = execute(context, "setting", [&](auto& writer) {
+        writer.text("key", key);
+        writer.text("value", value);
     });
     if (!context.style.json && reply.booleanAt({"changed"}) == false) {
         printLine(context.style, escaped(key) + ": unchanged");

@@ -11,7 +11,7 @@ enum ExitStatus : int {
     /// Refused by the handler or the host, no such value, or the result cannot be written.
     REFUSED = 1,
     WRONG_USAGE = 2,
-    /// The host cannot be reached, closed the connection, or does not reply.
+    /// The host cannot be reached, closed the connection, does not reply, or is not a settings-host.
     UNREACHABLE = 3,
 };
 

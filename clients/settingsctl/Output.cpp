@@ -4,8 +4,8 @@
 #include <cstdio>
 #include <cstring>
 
-#include "Json.h"
 #include "Wire/ControlCharacters.h"
+#include "Wire/ObjectWriter.h"
 
 namespace SettingsCtl {
 
@@ -14,20 +14,16 @@ std::string escaped(const std::string& text) {
 }
 
 std::string jsonObject(const std::map<std::string, std::string>& members) {
-    rapidjson::StringBuffer buffer;
-    JsonWriter writer(buffer);
-    writer.StartObject();
+    Wire::ObjectWriter writer;
     for (const auto& [name, value] : members) {
-        writer.String(name);
-        writer.String(value);
+        writer.text(name, value);
     }
-    writer.EndObject();
-    return {buffer.GetString(), buffer.GetSize()};
+    return writer.finish();
 }
 
 std::string jsonArray(const std::vector<std::string>& elements) {
     rapidjson::StringBuffer buffer;
-    JsonWriter writer(buffer);
+    rapidjson::Writer writer(buffer);
     writer.StartArray();
     for (const auto& element : elements) {
         writer.String(element);

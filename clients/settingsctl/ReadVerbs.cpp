@@ -1,14 +1,14 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "Session.h"
 #include "Verbs.h"
 #include "Wire/Catalogue.h"
+#include "Wire/Requests.h"
 
 namespace SettingsCtl {
 
 ExitStatus get(const Context& context, const std::vector<std::string>& keys) {
-    Session session(context);
+    auto session = context.openSession();
     const auto values = session.getSettings(keys);
     printValues(context.style, values);
     ExitStatus status = DONE;
@@ -38,12 +38,12 @@ ExitStatus list(const Context& context) {
 }
 
 ExitStatus selected(const Context& context) {
-    Session session(context);
+    auto session = context.openSession();
     const std::string messageId = session.newMessageId();
-    session.send(bareRequest(IS_SELECTED, messageId));
+    session.send({Wire::bareRequest(Wire::IS_ORLIA_SELECTED_VA, messageId)});
     const auto isSelected = session.receiveReply(messageId).booleanAt({"payload", "isOrliaSelectedAsVA"});
     if (!isSelected) {
-        throw malformedFrame();
+        throw Wire::MalformedFrame();
     }
     const std::string text = *isSelected ? "true" : "false";
     printLine(context.style, context.style.json ? "{\"isOrliaSelectedAsVA\":" + text + "}" : text);

@@ -6,19 +6,23 @@
 
 #include "Failure.h"
 #include "Output.h"
-#include "SocketCandidates.h"
+#include "connection/Session.h"
+#include "connection/SocketCandidates.h"
 
 namespace SettingsCtl {
 
 /// What all verbs need.
 struct Context {
-    std::vector<SocketCandidate> settingsSockets;
-    std::vector<SocketCandidate> deviceSockets;
+    std::vector<SettingsClient::SocketCandidate> settingsSockets;
+    std::vector<SettingsClient::SocketCandidate> deviceSockets;
     std::chrono::milliseconds timeout{};
     OutputStyle style;
+
+    SettingsClient::Session openSession() const { return {"settingsctl", settingsSockets, timeout}; }
 };
 
-/// One function per verb. Each prints its result and returns the exit status. Errors: `Failure`.
+/// One function per verb. Each prints its result and returns the exit status. Errors: `Failure`, and those of
+/// `SettingsClient`.
 
 ExitStatus get(const Context& context, const std::vector<std::string>& keys);
 ExitStatus list(const Context& context);
@@ -27,7 +31,7 @@ ExitStatus set(const Context& context, const std::string& key, const std::string
 ExitStatus openSettings(const Context& context);
 ExitStatus logOut(const Context& context);
 /// Returns after SIGINT or SIGTERM (DONE).
-/// Errors: `Failure` when standard output has no reader any more (REFUSED), or the host closes (UNREACHABLE).
+/// Errors: `Failure` when standard output has no reader any more (REFUSED), `ConnectionError` when the host closes.
 ExitStatus watch(const Context& context);
 
 /// Prints the address of the settings pages, including its key, which is replaced first if `newKey`.

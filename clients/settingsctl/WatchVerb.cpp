@@ -5,9 +5,9 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
-#include "Connection.h"
 #include "Verbs.h"
-#include "Wire.h"
+#include "Wire/Requests.h"
+#include "connection/Errors.h"
 
 namespace SettingsCtl {
 
@@ -38,7 +38,7 @@ private:
     int number;
 };
 
-void printFrame(const Context& context, const Frame& frame) {
+void printFrame(const Context& context, const Wire::HostFrame& frame) {
     const auto change = frame.change();
     const auto reread = frame.reread();
     if (!change && !reread) {
@@ -58,7 +58,7 @@ void printFrame(const Context& context, const Frame& frame) {
 }
 
 /// Scripts wait for this line before they make the changes that they watch.
-void printReady(const Context& context, const Connection& connection) {
+void printReady(const Context& context, const SettingsClient::Connection& connection) {
     if (!context.style.quiet) {
         std::fprintf(stderr, "settingsctl: watching %s\n", escaped(connection.socketPath()).c_str());
     }
@@ -75,18 +75,18 @@ void printReady(const Context& context, const Connection& connection) {
 
 ExitStatus watch(const Context& context) {
     const Interruption interruption;
-    Connection connection(context.settingsSockets, context.timeout);
+    SettingsClient::Connection connection(context.settingsSockets, context.timeout);
     // The reply means that the host serves this connection and sends it all later changes.
     const std::string query = "watch";
-    connection.send(bareRequest(IS_SELECTED, query));
-    Connection::Deadline deadline = connection.deadline();
+    connection.send({Wire::bareRequest(Wire::IS_ORLIA_SELECTED_VA, query)});
+    auto deadline = connection.deadline();
     std::vector<pollfd> ends{{interruption.descriptor(), POLLIN, 0}};
     if (!context.style.quiet) {
         ends.push_back({STDOUT_FILENO, 0, 0});
     }
     while (const auto line = connection.receive(deadline, ends)) {
-        const Frame frame(*line);
-        frame.throwIfRefusal();
+        const Wire::HostFrame frame(*line);
+        SettingsClient::throwIfRefusal(frame);
         if (frame.isReplyTo(query)) {
             deadline.reset();
             printReady(context, connection);

@@ -2,8 +2,8 @@
 #include <optional>
 
 #include "DeviceSwitch.h"
-#include "Session.h"
 #include "Verbs.h"
+#include "Wire/Requests.h"
 
 namespace SettingsCtl {
 
@@ -21,7 +21,7 @@ std::string likelyReason(const std::string& key) {
     return "the host did not accept it or has seen a newer request; see the host's log";
 }
 
-void printResult(const Context& context, const std::string& result, const Change& change) {
+void printResult(const Context& context, const std::string& result, const Wire::Change& change) {
     if (context.style.json) {
         printLine(context.style,
                   jsonObject({{"key", change.key}, {"from", change.from}, {"to", change.to}, {"result", result}}));
@@ -39,11 +39,11 @@ void warnOfOtherValue(const Context& context, const std::string& value) {
 }
 
 /// Sends a request that has no reply, then one that has: its reply means that the first request was served.
-ExitStatus sendAndWait(const Context& context, MessageType type) {
-    Session session(context);
+ExitStatus sendAndWait(const Context& context, Wire::MessageType type) {
+    auto session = context.openSession();
     const std::string request = session.newMessageId();
     const std::string query = session.newMessageId();
-    session.send(bareRequest(type, request) + bareRequest(IS_SELECTED, query));
+    session.send({Wire::bareRequest(type, request), Wire::bareRequest(Wire::IS_ORLIA_SELECTED_VA, query)});
     session.receiveReply(query);
     if (context.style.json) {
         printLine(context.style, "{\"ok\":true}");
@@ -54,14 +54,15 @@ ExitStatus sendAndWait(const Context& context, MessageType type) {
 }  // namespace
 
 ExitStatus set(const Context& context, const std::string& key, const std::string& value) {
-    Session session(context);
+    auto session = context.openSession();
     const std::string oldValue = session.getSettings({key})[key];
 
     const std::string request = session.newMessageId();
     const std::string query = session.newMessageId();
-    session.send(setSettingsRequest(request, session.newTimestamp(), key, value) + getSettingsRequest(query, {key}));
-    std::optional<Change> accepted;
-    auto settings = session.receiveSettings(query, [&](const Frame& frame) {
+    session.send({Wire::setSettingsRequest(request, session.newTimestamp(), key, value),
+                  Wire::getSettingsRequest(query, {key})});
+    std::optional<Wire::Change> accepted;
+    auto settings = session.receiveSettings(query, [&](const Wire::HostFrame& frame) {
         const auto change = frame.change();
         if (change && change->key == key && change->to == value) {
             accepted = change;
@@ -85,11 +86,11 @@ ExitStatus set(const Context& context, const std::string& key, const std::string
 }
 
 ExitStatus openSettings(const Context& context) {
-    return sendAndWait(context, OPEN_SETTINGS);
+    return sendAndWait(context, Wire::OPEN_VA_SETTINGS);
 }
 
 ExitStatus logOut(const Context& context) {
-    return sendAndWait(context, LOG_OUT);
+    return sendAndWait(context, Wire::LOG_OUT);
 }
 
 }  // namespace SettingsCtl

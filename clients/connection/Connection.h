@@ -7,12 +7,12 @@
 
 #include <poll.h>
 
-#include "SocketCandidates.h"
+#include "connection/SocketCandidates.h"
 
-namespace SettingsCtl {
+namespace SettingsClient {
 
-/// A connection to one of the host's sockets, which carries lines. Throws `Failure` (UNREACHABLE) when the host cannot
-/// be reached, closes the connection, does not reply in time or sends a line over the limit.
+/// A connection to one of the host's sockets, which carries frames, one per line. Throws `ConnectionError` when the
+/// host cannot be reached, closes the connection, does not reply in time or sends a line over the limit.
 class Connection {
 public:
     using Deadline = std::optional<std::chrono::steady_clock::time_point>;
@@ -23,6 +23,7 @@ public:
     /// Connects to the first host of `candidates` that is running: either of its sockets accepts a connection, or does
     /// not do so in time. So all verbs go to the same host. `timeout` bounds each attempt to connect, each `send` and,
     /// through `deadline`, each `receive`.
+    /// Errors: also `InvalidSocketPath`.
     Connection(const std::vector<SocketCandidate>& candidates, std::chrono::milliseconds timeout);
     ~Connection();
 
@@ -31,9 +32,9 @@ public:
 
     const std::string& socketPath() const { return path; }
 
-    /// Sends lines with their newlines. If the host has closed the connection, `receive` throws, after it has returned
-    /// the lines that the host sent before.
-    void send(const std::string& lines);
+    /// Sends frames, each as a line. If the host has closed the connection, `receive` throws, after it has returned the
+    /// lines that the host sent before.
+    void send(const std::vector<std::string>& frames);
     /// When to give up waiting for a reply to a request sent now.
     Deadline deadline() const { return std::chrono::steady_clock::now() + timeoutPerStep; }
     /// The next line without its newline. Waits without limit if there is no deadline.
@@ -53,4 +54,4 @@ private:
     std::size_t searched = 0;
 };
 
-}  // namespace SettingsCtl
+}  // namespace SettingsClient

@@ -1,14 +1,17 @@
-#include "Session.h"
+#include "connection/Session.h"
 
 #include <algorithm>
 #include <chrono>
 
 #include <unistd.h>
 
-namespace SettingsCtl {
+#include "Wire/Requests.h"
+#include "connection/Errors.h"
+
+namespace SettingsClient {
 
 std::string Session::newMessageId() {
-    return "settingsctl-" + std::to_string(::getpid()) + "-" + std::to_string(++lastMessageId);
+    return name + "-" + std::to_string(::getpid()) + "-" + std::to_string(++lastMessageId);
 }
 
 std::int64_t Session::newTimestamp() const {
@@ -17,11 +20,11 @@ std::int64_t Session::newTimestamp() const {
     return std::max(now, newestTimestamp);
 }
 
-Frame Session::receiveReply(const std::string& messageId, const FrameListener& onOtherFrame) {
+Wire::HostFrame Session::receiveReply(const std::string& messageId, const FrameListener& onOtherFrame) {
     const auto deadline = connection.deadline();
     for (;;) {
-        Frame frame(connection.receive(deadline));
-        frame.throwIfRefusal();
+        Wire::HostFrame frame(connection.receive(deadline));
+        throwIfRefusal(frame);
         if (frame.isReplyTo(messageId)) {
             return frame;
         }
@@ -39,8 +42,8 @@ std::map<std::string, std::string> Session::receiveSettings(const std::string& m
 
 std::map<std::string, std::string> Session::getSettings(const std::vector<std::string>& keys) {
     const std::string messageId = newMessageId();
-    send(getSettingsRequest(messageId, keys));
+    send({Wire::getSettingsRequest(messageId, keys)});
     return receiveSettings(messageId);
 }
 
-}  // namespace SettingsCtl
+}  // namespace SettingsClient

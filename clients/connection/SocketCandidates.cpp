@@ -1,4 +1,4 @@
-#include "SocketCandidates.h"
+#include "connection/SocketCandidates.h"
 
 #include <filesystem>
 #include <utility>
@@ -6,7 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace SettingsCtl {
+namespace SettingsClient {
 
 namespace {
 
@@ -61,4 +61,4 @@ std::string distrustOf(const std::string& folder) {
     return (status.st_mode & (S_IWGRP | S_IWOTH)) != 0 ? "its folder is writable by others" : "";
 }
 
-}  // namespace SettingsCtl
+}  // namespace SettingsClient

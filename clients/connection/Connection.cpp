@@ -1,4 +1,4 @@
-#include "Connection.h"
+#include "connection/Connection.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -9,20 +9,20 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include "Failure.h"
+#include "connection/Errors.h"
 
-namespace SettingsCtl {
+namespace SettingsClient {
 
 namespace {
 
 constexpr std::size_t readSize = 65536;
 
-/// Throws `Failure` (WRONG_USAGE) for a path that a socket cannot have.
+/// Throws `InvalidSocketPath`.
 sockaddr_un addressOf(const std::string& path) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     if (path.empty() || path.size() >= sizeof(address.sun_path)) {
-        throw Failure(WRONG_USAGE, "the socket path is empty or too long: '" + path + "'");
+        throw InvalidSocketPath("the socket path is empty or too long: '" + path + "'");
     }
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
     return address;
@@ -74,7 +74,7 @@ Connection::Connection(const std::vector<SocketCandidate>& candidates, std::chro
             break;
         }
     }
-    throw Failure(UNREACHABLE, reasons + " (is settings-host running?)");
+    throw ConnectionError(reasons + " (is settings-host running?)");
 }
 
 Connection::~Connection() {
@@ -82,10 +82,14 @@ Connection::~Connection() {
 }
 
 void Connection::fail(const std::string& what) const {
-    throw Failure(UNREACHABLE, "the host at " + path + " " + what);
+    throw ConnectionError("the host at " + path + " " + what);
 }
 
-void Connection::send(const std::string& lines) {
+void Connection::send(const std::vector<std::string>& frames) {
+    std::string lines;
+    for (const auto& frame : frames) {
+        lines += frame + "\n";
+    }
     std::size_t sent = 0;
     while (sent < lines.size()) {
         const ssize_t count = ::send(socket, lines.data() + sent, lines.size() - sent, MSG_NOSIGNAL);
@@ -156,4 +160,4 @@ std::string Connection::receive(Deadline deadline) {
     return receive(deadline, {}).value();
 }
 
-}  // namespace SettingsCtl
+}  // namespace SettingsClient

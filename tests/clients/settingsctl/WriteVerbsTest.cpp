@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "FakeHost.h"
-#include "Json.h"
+#include "Utils/Rapidjson.h"
 #include "Wire/Catalogue.h"
 
 using namespace SettingsCtlTests;

@@ -4,30 +4,32 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "Connection.h"
-#include "Verbs.h"
-#include "Wire.h"
+#include "Wire/HostFrame.h"
+#include "connection/Connection.h"
 
-namespace SettingsCtl {
+namespace SettingsClient {
 
-/// A connection to the host's settings socket, with message ids and time stamps of its own.
+/// A connection to the host's settings socket, with message ids and time stamps of its own. Errors of all that sends or
+/// receives: as `Connection` and `throwIfRefusal`.
 class Session {
 public:
-    using FrameListener = std::function<void(const Frame&)>;
+    using FrameListener = std::function<void(const Wire::HostFrame&)>;
 
-    explicit Session(const Context& context) : connection(context.settingsSockets, context.timeout) {}
+    /// The message ids start with `clientName`.
+    Session(std::string clientName, const std::vector<SocketCandidate>& candidates, std::chrono::milliseconds timeout)
+        : name(std::move(clientName)), connection(candidates, timeout) {}
 
     std::string newMessageId();
     /// The greater of now and the newest time stamp among the events received, so that the host does not see the
     /// request as older than one before it.
     std::int64_t newTimestamp() const;
 
-    void send(const std::string& lines) { connection.send(lines); }
+    void send(const std::vector<std::string>& frames) { connection.send(frames); }
     /// Waits for the reply to `messageId`. Frames before it go to `onOtherFrame`.
-    /// Errors: `Failure` when the host sends a refusal, or does not reply in time.
-    Frame receiveReply(const std::string& messageId, const FrameListener& onOtherFrame = {});
+    Wire::HostFrame receiveReply(const std::string& messageId, const FrameListener& onOtherFrame = {});
     /// Waits for the values in the reply to `messageId`.
     std::map<std::string, std::string> receiveSettings(const std::string& messageId,
                                                        const FrameListener& onOtherFrame = {});
@@ -35,9 +37,10 @@ public:
     std::map<std::string, std::string> getSettings(const std::vector<std::string>& keys);
 
 private:
+    std::string name;
     Connection connection;
     int lastMessageId = 0;
     std::int64_t newestTimestamp = 0;
 };
 
-}  // namespace SettingsCtl
+}  // namespace SettingsClient

@@ -3,23 +3,14 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "Failure.h"
-#include "Json.h"
+#include "Utils/Rapidjson.h"
+#include "Wire/FrameInspector.h"
 
-namespace SettingsCtl {
-
-/// Message types of the wire.
-enum MessageType : int {
-    GET_SETTINGS = 7,
-    IS_SELECTED = 18,
-    OPEN_SETTINGS = 19,
-    LOG_OUT = 22,
-    SET_SETTINGS = 24,
-    SETTING_CHANGED = 25,
-};
+namespace Wire {
 
 /// A setting has a new value.
 struct Change {
@@ -28,14 +19,17 @@ struct Change {
     std::string to;
 };
 
-/// A frame lacks a member, or has one of the wrong type.
-Failure malformedFrame();
-
-/// A frame that the host sent.
-class Frame {
+/// A frame is not a JSON object, lacks a member, or has one of the wrong type; `what()` says which in a few words.
+class MalformedFrame : public std::runtime_error {
 public:
-    /// Errors: `Failure` (UNREACHABLE) when the text is not a JSON object.
-    explicit Frame(std::string received);
+    explicit MalformedFrame(const std::string& fault = "malformed frame") : std::runtime_error(fault) {}
+};
+
+/// A frame that a host sent: a reply, an event, a notice or a refusal.
+class HostFrame {
+public:
+    /// Errors: `MalformedFrame` when the text is not a JSON object in valid UTF-8.
+    explicit HostFrame(std::string received);
 
     const std::string& text() const { return line; }
     bool isReplyTo(const std::string& messageId) const;
@@ -46,10 +40,11 @@ public:
     std::optional<Change> change() const;
     /// The keys that a notice asks to reread; nothing when the frame is not a notice.
     std::optional<std::vector<std::string>> reread() const;
-    /// Throws `Failure` when the frame is a refusal: of a request (REFUSED), or of one more client (UNREACHABLE).
-    void throwIfRefusal() const;
+    /// What a refusal says; nothing when the frame is not a refusal. A missing code or message is empty.
+    /// Errors: as `stringsAt`.
+    std::optional<Refusal> refusal() const;
     /// The members of the object at a path of member names, in the order of their keys.
-    /// Errors: `Failure` (UNREACHABLE) when there is no object, or one of its members is not a string.
+    /// Errors: `MalformedFrame` when there is no object, or one of its members is not a string.
     std::map<std::string, std::string> stringsAt(const std::vector<const char*>& path) const;
     /// The boolean at a path of member names.
     std::optional<bool> booleanAt(const std::vector<const char*>& path) const;
@@ -62,13 +57,4 @@ private:
     rapidjson::Document document;
 };
 
-bool isValidUtf8(const std::string& text);
-
-/// Requests, each as a line with its newline.
-std::string getSettingsRequest(const std::string& messageId, const std::vector<std::string>& keys);
-std::string setSettingsRequest(const std::string& messageId, std::int64_t timestamp, const std::string& key,
-                               const std::string& value);
-/// A request without a payload.
-std::string bareRequest(MessageType type, const std::string& messageId);
-
-}  // namespace SettingsCtl
+}  // namespace Wire

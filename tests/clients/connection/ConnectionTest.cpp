@@ -7,13 +7,13 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include "Connection.h"
-#include "Failure.h"
-#include "FakeHost.h"
-#include "support/LineClient.h"
+#include "clients/support/Peer.h"
+#include "connection/Connection.h"
+#include "connection/Errors.h"
+#include "support/TemporaryDirectory.h"
 
-using namespace SettingsCtl;
-using namespace SettingsCtlTests;
+using namespace SettingsClient;
+using namespace ClientTests;
 using namespace std::chrono_literals;
 
 namespace {
@@ -24,16 +24,15 @@ std::vector<SocketCandidate> at(const std::string& path) {
     return {{path, "", ""}};
 }
 
-class SettingsCtlConnection : public testing::Test {
+class ClientConnection : public testing::Test {
 protected:
-    /// The message of the `Failure` that `action` throws.
-    template <typename Action>
-    static std::string failureOf(ExitStatus status, const Action& action) {
+    /// The message of the error that `action` throws.
+    template <typename Error = ConnectionError, typename Action>
+    static std::string errorOf(const Action& action) {
         try {
             action();
-        } catch (const Failure& failure) {
-            EXPECT_EQ(failure.exitStatus(), status);
-            return failure.what();
+        } catch (const Error& error) {
+            return error.what();
         }
         return "nothing was thrown";
     }
@@ -44,7 +43,7 @@ protected:
 
 }  // namespace
 
-TEST_F(SettingsCtlConnection, AssemblesALineSplitAnywhere) {
+TEST_F(ClientConnection, AssemblesALineSplitAnywhere) {
     const ListeningSocket listener(path);
     Connection connection(at(path), waitTimeout);
     const Peer host = listener.accept();
@@ -56,7 +55,7 @@ TEST_F(SettingsCtlConnection, AssemblesALineSplitAnywhere) {
                 for (;;) {
                     lines.push_back(connection.receive(std::chrono::steady_clock::now()));
                 }
-            } catch (const Failure&) {
+            } catch (const ConnectionError&) {
             }
         };
         host.send(text.substr(0, split));
@@ -67,7 +66,7 @@ TEST_F(SettingsCtlConnection, AssemblesALineSplitAnywhere) {
     }
 }
 
-TEST_F(SettingsCtlConnection, ReceivesLinesUpToTheLimitInAnyPieces) {
+TEST_F(ClientConnection, ReceivesLinesUpToTheLimitInAnyPieces) {
     const ListeningSocket listener(path);
     Connection connection(at(path), waitTimeout);
     const Peer host = listener.accept();
@@ -84,40 +83,39 @@ TEST_F(SettingsCtlConnection, ReceivesLinesUpToTheLimitInAnyPieces) {
     sender.join();
 }
 
-TEST_F(SettingsCtlConnection, FailsForALineOverTheLimit) {
+TEST_F(ClientConnection, FailsForALineOverTheLimit) {
     const ListeningSocket listener(path);
     std::optional<Connection> connection(std::in_place, at(path), waitTimeout);
     const Peer host = listener.accept();
     bool whole = true;
     // Read in many pieces, each of them below the limit.
     std::thread sender([&] { whole = host.send(std::string(8 * Connection::maximumLineSize, 'a')); });
-    EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection->receive(connection->deadline()); }),
+    EXPECT_EQ(errorOf([&] { connection->receive(connection->deadline()); }),
               "the host at " + path + " sent a line longer than 1 MiB");
     connection.reset();
     sender.join();
     EXPECT_FALSE(whole) << "everything was received";
 }
 
-TEST_F(SettingsCtlConnection, FailsAtTheDeadline) {
+TEST_F(ClientConnection, FailsAtTheDeadline) {
     const ListeningSocket listener(path);
     Connection connection(at(path), 10ms);
-    EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.receive(connection.deadline()); }),
-              "the host at " + path + " does not reply");
+    EXPECT_EQ(errorOf([&] { connection.receive(connection.deadline()); }), "the host at " + path + " does not reply");
 }
 
-TEST_F(SettingsCtlConnection, ReceivesLinesSentBeforeTheHostClosedAfterAFailedSend) {
+TEST_F(ClientConnection, ReceivesLinesSentBeforeTheHostClosedAfterAFailedSend) {
     const ListeningSocket listener(path);
     Connection connection(at(path), waitTimeout);
     Peer host = listener.accept();
     host.send("last line\n");
     host.close();
-    connection.send("x\n");
+    connection.send({"x"});
     EXPECT_EQ(connection.receive(connection.deadline()), "last line");
-    EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.receive(connection.deadline()); }),
+    EXPECT_EQ(errorOf([&] { connection.receive(connection.deadline()); }),
               "the host at " + path + " closed the connection");
 }
 
-TEST_F(SettingsCtlConnection, ReportsThatTheHostClosed) {
+TEST_F(ClientConnection, ReportsThatTheHostClosed) {
     const ListeningSocket listener(path);
     Connection connection(at(path), waitTimeout);
     Peer host = listener.accept();
@@ -125,46 +123,45 @@ TEST_F(SettingsCtlConnection, ReportsThatTheHostClosed) {
     host.close();
     EXPECT_EQ(connection.receive(connection.deadline()), "whole");
     const std::string closed = "the host at " + path + " closed the connection";
-    EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.receive(connection.deadline()); }), closed);
-    connection.send("x\n");
-    EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.receive(connection.deadline()); }), closed);
+    EXPECT_EQ(errorOf([&] { connection.receive(connection.deadline()); }), closed);
+    connection.send({"x"});
+    EXPECT_EQ(errorOf([&] { connection.receive(connection.deadline()); }), closed);
 }
 
-TEST_F(SettingsCtlConnection, FailsToSendWhenTheHostDoesNotRead) {
+TEST_F(ClientConnection, FailsToSendWhenTheHostDoesNotRead) {
     const ListeningSocket listener(path);
     Connection connection(at(path), 10ms);
-    EXPECT_EQ(failureOf(UNREACHABLE, [&] { connection.send(std::string(4000000, 'a')); }),
+    EXPECT_EQ(errorOf([&] { connection.send({std::string(4000000, 'a')}); }),
               "the host at " + path + " does not read requests");
 }
 
-TEST_F(SettingsCtlConnection, FailsToConnectWhenTheHostDoesNotAccept) {
+TEST_F(ClientConnection, FailsToConnectWhenTheHostDoesNotAccept) {
     const ListeningSocket listener(path, 0);
     const Connection waiting(at(path), 10ms);
-    EXPECT_EQ(failureOf(UNREACHABLE, [&] { const Connection connection(at(path), 10ms); }),
+    EXPECT_EQ(errorOf([&] { const Connection connection(at(path), 10ms); }),
               "cannot reach the host at " + path + ": Resource temporarily unavailable (is settings-host running?)");
 }
 
-TEST_F(SettingsCtlConnection, ReportsWhyNoHostCanBeReached) {
+TEST_F(ClientConnection, ReportsWhyNoHostCanBeReached) {
     const auto reach = [&] { const Connection connection(at(path), waitTimeout); };
-    EXPECT_EQ(failureOf(UNREACHABLE, reach),
+    EXPECT_EQ(errorOf(reach),
               "cannot reach the host at " + path + ": No such file or directory (is settings-host running?)");
     std::ofstream(path) << "a file";
-    EXPECT_EQ(failureOf(UNREACHABLE, reach),
-              "cannot reach the host at " + path + ": Connection refused (is settings-host running?)");
+    EXPECT_EQ(errorOf(reach), "cannot reach the host at " + path + ": Connection refused (is settings-host running?)");
 }
 
-TEST_F(SettingsCtlConnection, RejectsAPathThatASocketCannotHave) {
+TEST_F(ClientConnection, RejectsAPathThatASocketCannotHave) {
     const std::string longPath = "/" + std::string(sizeof(sockaddr_un::sun_path) - 1, 'a');
-    EXPECT_EQ(failureOf(WRONG_USAGE, [&] { const Connection connection(at(longPath), waitTimeout); }),
+    EXPECT_EQ(errorOf<InvalidSocketPath>([&] { const Connection connection(at(longPath), waitTimeout); }),
               "the socket path is empty or too long: '" + longPath + "'");
-    EXPECT_EQ(failureOf(WRONG_USAGE, [&] { const Connection connection(at(""), waitTimeout); }),
+    EXPECT_EQ(errorOf<InvalidSocketPath>([&] { const Connection connection(at(""), waitTimeout); }),
               "the socket path is empty or too long: ''");
     EXPECT_EQ(
-        failureOf(UNREACHABLE, [&] { const Connection connection(at(longPath.substr(1)), waitTimeout); }),
+        errorOf([&] { const Connection connection(at(longPath.substr(1)), waitTimeout); }),
         "cannot reach the host at " + longPath.substr(1) + ": No such file or directory (is settings-host running?)");
 }
 
-TEST_F(SettingsCtlConnection, ReturnsNothingWhenAnotherDescriptorIsReadyFirst) {
+TEST_F(ClientConnection, ReturnsNothingWhenAnotherDescriptorIsReadyFirst) {
     const ListeningSocket listener(path);
     Connection connection(at(path), waitTimeout);
     const Peer host = listener.accept();
@@ -181,7 +178,7 @@ TEST_F(SettingsCtlConnection, ReturnsNothingWhenAnotherDescriptorIsReadyFirst) {
 namespace {
 
 /// The sockets of two hosts; each test opens those that it needs.
-class SettingsCtlHosts : public SettingsCtlConnection {
+class ClientHosts : public ClientConnection {
 protected:
     std::vector<SocketCandidate> candidates(const std::string& distrust = "") const {
         return {{folder / "own", folder / "own-companion", distrust},
@@ -193,7 +190,7 @@ protected:
     }
     /// Why none is used.
     std::string refusal(const std::vector<SocketCandidate>& from) const {
-        return failureOf(UNREACHABLE, [&] { taken(from); });
+        return errorOf([&] { taken(from); });
     }
     std::string own() const { return "cannot reach the host at " + (folder / "own") + ": "; }
     std::string other() const { return ", nor at " + (folder / "other") + ": "; }
@@ -204,7 +201,7 @@ protected:
 
 }  // namespace
 
-TEST_F(SettingsCtlHosts, TheFirstRunningOneIsUsed) {
+TEST_F(ClientHosts, TheFirstRunningOneIsUsed) {
     EXPECT_EQ(refusal(candidates()), own() + missing + other() + missing + hint);
     const ListeningSocket second(folder / "other");
     EXPECT_EQ(taken(candidates()), folder / "other");
@@ -212,7 +209,7 @@ TEST_F(SettingsCtlHosts, TheFirstRunningOneIsUsed) {
     EXPECT_EQ(taken(candidates()), folder / "own");
 }
 
-TEST_F(SettingsCtlHosts, ADeadOneIsSkipped) {
+TEST_F(ClientHosts, ADeadOneIsSkipped) {
     { const ListeningSocket dead(folder / "own"); }
     { const ListeningSocket dead(folder / "own-companion"); }
     EXPECT_EQ(refusal(candidates()), own() + "Connection refused" + other() + missing + hint);
@@ -220,21 +217,21 @@ TEST_F(SettingsCtlHosts, ADeadOneIsSkipped) {
     EXPECT_EQ(taken(candidates()), folder / "other");
 }
 
-TEST_F(SettingsCtlHosts, BothSocketsBelongToTheSameHost) {
+TEST_F(ClientHosts, BothSocketsBelongToTheSameHost) {
     const ListeningSocket companion(folder / "own-companion");
     const ListeningSocket second(folder / "other");
     EXPECT_EQ(refusal(candidates()), own() + missing + hint) << "the socket of the other host was used";
 }
 
-TEST_F(SettingsCtlHosts, OneThatDoesNotAcceptInTimeIsRunning) {
+TEST_F(ClientHosts, OneThatDoesNotAcceptInTimeIsRunning) {
     const ListeningSocket first(folder / "own", 0);
     const Connection waiting(at(folder / "own"), waitTimeout);
     const ListeningSocket second(folder / "other");
-    EXPECT_EQ(failureOf(UNREACHABLE, [&] { const Connection connection(candidates(), 10ms); }),
+    EXPECT_EQ(errorOf([&] { const Connection connection(candidates(), 10ms); }),
               own() + "Resource temporarily unavailable" + hint);
 }
 
-TEST_F(SettingsCtlHosts, AnUntrustedOneIsNotTried) {
+TEST_F(ClientHosts, AnUntrustedOneIsNotTried) {
     const ListeningSocket first(folder / "own");
     const ListeningSocket companion(folder / "own-companion");
     EXPECT_EQ(refusal(candidates("its folder belongs to another user")),

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace SettingsCtl {
+namespace SettingsClient {
 
 /// A socket on which a host may listen.
 struct SocketCandidate {
@@ -32,4 +32,4 @@ std::vector<SocketCandidate> deviceSockets(const SocketOptions& options, const c
 /// missing.
 std::string distrustOf(const std::string& folder);
 
-}  // namespace SettingsCtl
+}  // namespace SettingsClient
