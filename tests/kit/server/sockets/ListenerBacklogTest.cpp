@@ -13,7 +13,6 @@ protected:
         backlog = std::make_shared<Backlog>(400000);
         serve(std::make_unique<UnixSocketListener>(loop, folder / "door.sock", Origin::DEVICE, *this, backlog));
     }
-    ~BudgetedUnixSocketListenerTest() override { stop(); }
 
     void disconnected(const std::shared_ptr<Client>& client, DisconnectReason reason) override {
         departures += names[client] + (reason == DisconnectReason::TOO_SLOW ? " too slow, " : " closed, ");

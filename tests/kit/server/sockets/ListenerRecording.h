@@ -69,7 +69,9 @@ template <typename Listener>
 class ListenerTest : public ::testing::Test, public ListenerRecording {
 protected:
     ListenerTest() { std::signal(SIGPIPE, SIG_IGN); }
-    ~ListenerTest() override { stop(); }
+
+    /// Not left to the destructor: the loop's thread calls this object's virtual operations.
+    void TearDown() override { stop(); }
 
     void serve(std::unique_ptr<Listener> listenerToServe) {
         listener = std::move(listenerToServe);

@@ -37,8 +37,6 @@ protected:
         serve(std::move(made));
     }
 
-    ~WebServerTest() override { stop(); }
-
     std::string host() const { return "Host: 127.0.0.1:" + std::to_string(port) + "\r\n"; }
     std::string cookie() const {
         return "Cookie: settings-" + std::to_string(port) + "=" + CookieSigner("thesecret").issue(secondsSinceEpoch());

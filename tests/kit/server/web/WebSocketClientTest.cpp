@@ -15,7 +15,6 @@ using TestSupport::WebSocket;
 class WebSocketClientTest : public WebServerTest {
 protected:
     explicit WebSocketClientTest(std::size_t mayWait = Backlog::maximum) : WebServerTest(600, mayWait) {}
-    ~WebSocketClientTest() override { stop(); }
 
     /// Once a page has asked for it, has `action` done at every turn of the loop as long as the page is there; not at
     /// the first ones, because the library sleeps only a turn after it was called.
@@ -111,7 +110,6 @@ TEST_F(WebSocketClientTest, FramesOfAllSizesComeWholeAndInOrder) {
 class BudgetedWebSocketClientTest : public WebSocketClientTest {
 protected:
     BudgetedWebSocketClientTest() : WebSocketClientTest(400000) {}
-    ~BudgetedWebSocketClientTest() override { stop(); }
 };
 
 TEST_F(BudgetedWebSocketClientTest, TheLargestBacklogIsDisconnectedAndTheReaderMissesNothing) {
