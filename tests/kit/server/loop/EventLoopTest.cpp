@@ -58,12 +58,12 @@ TEST_F(EventLoopTest, ASecondSignalEndsTheDrainOfAClientThatDoesNotRead) {
 TEST_F(EventLoopTest, RunsALaterActionOnce) {
     std::vector<std::string> done;
     loop.later([&] {
-        done.push_back("first");
+        done.emplace_back("first");
         loop.later([&] {
-            done.push_back("third");
+            done.emplace_back("third");
             loop.stop();
         });
-        done.push_back("second");
+        done.emplace_back("second");
     });
     EXPECT_EQ(done, std::vector<std::string>{});
     loop.run();
@@ -72,16 +72,16 @@ TEST_F(EventLoopTest, RunsALaterActionOnce) {
 
 TEST_F(EventLoopTest, RunsEndActionsWhenNothingIsOpen) {
     std::vector<std::string> done;
-    loop.later([&] { done.push_back("later"); });
+    loop.later([&] { done.emplace_back("later"); });
     loop.atEnd([&] {
-        done.push_back("end");
-        loop.later([&] { done.push_back("after the end"); });
+        done.emplace_back("end");
+        loop.later([&] { done.emplace_back("after the end"); });
     });
     loop.drain(3600000, [] {});
     EXPECT_EQ(done, (std::vector<std::string>{"later", "end", "after the end"}));
     {
         EventLoop other;
-        other.atEnd([&] { done.push_back("destroyed"); });
+        other.atEnd([&] { done.emplace_back("destroyed"); });
     }
     EXPECT_EQ(done.back(), "destroyed");
 }
