@@ -1,6 +1,6 @@
 #include "BackupSchedule.h"
 
-#include "service/logging/HostLog.h"
+#include "SettingsHandlerKit/Logging.h"
 #include "storage/LogOut.h"
 
 namespace SettingsHost {
@@ -25,7 +25,8 @@ void BackupSchedule::check() {
         copyTimer = std::make_unique<SettingsHandlerKit::RepeatingTimer>(
             loop, std::chrono::milliseconds(0), std::chrono::milliseconds(1), [this] { copyPages(); });
     } catch (const SettingsHandlerKit::DatabaseError& error) {
-        SettingsHandlerKit::logHost(VessaLogger::ERROR, std::string("cannot start a database backup: ") + error.what());
+        SettingsHandlerKit::writeLog(VessaLogger::ERROR,
+                                     std::string("cannot start a database backup: ") + error.what());
     }
 }
 
@@ -34,9 +35,9 @@ void BackupSchedule::copyPages() {
         if (backup->step(times.pagesPerTurn)) {
             return;
         }
-        SettingsHandlerKit::logHost(VessaLogger::INFORMATION, "database backed up");
+        SettingsHandlerKit::writeLog(VessaLogger::INFORMATION, "database backed up");
     } catch (const SettingsHandlerKit::DatabaseError& error) {
-        SettingsHandlerKit::logHost(VessaLogger::ERROR, std::string("database backup failed: ") + error.what());
+        SettingsHandlerKit::writeLog(VessaLogger::ERROR, std::string("database backup failed: ") + error.what());
     }
     cancel();
 }

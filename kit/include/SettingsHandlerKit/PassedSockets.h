@@ -5,7 +5,7 @@
 #include <set>
 #include <string>
 
-#include "service/Descriptor.h"
+#include "SettingsHandlerKit/Descriptor.h"
 
 namespace SettingsHandlerKit {
 

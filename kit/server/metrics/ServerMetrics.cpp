@@ -1,4 +1,4 @@
-#include "server/metrics/HostMetrics.h"
+#include "server/metrics/ServerMetrics.h"
 
 #include <algorithm>
 #include <array>
@@ -83,7 +83,7 @@ private:
 };
 
 /// All series, made at the start: what clients send is counted in one of them or as "other".
-struct HostMetrics::Families {
+struct ServerMetrics::Families {
     using Counter = prometheus::Counter;
     using Gauge = prometheus::Gauge;
     using Histogram = prometheus::Histogram;
@@ -186,19 +186,19 @@ struct HostMetrics::Families {
     Gauge* startSeconds = nullptr;
 };
 
-HostMetrics::HostMetrics(const std::string& version) : families(std::make_unique<Families>(version)) {}
+ServerMetrics::ServerMetrics(const std::string& version) : families(std::make_unique<Families>(version)) {}
 
-HostMetrics::~HostMetrics() = default;
+ServerMetrics::~ServerMetrics() = default;
 
-std::string HostMetrics::text() {
+std::string ServerMetrics::text() {
     families->updateProcess();
     return prometheus::TextSerializer().Serialize(families->registry.Collect());
 }
 
-void HostMetrics::recordEvent(const std::string& /*group*/, const std::string& /*source*/,
-                              const std::unordered_map<std::string, std::string>& /*attributes*/) {}
+void ServerMetrics::recordEvent(const std::string& /*group*/, const std::string& /*source*/,
+                                const std::unordered_map<std::string, std::string>& /*attributes*/) {}
 
-void HostMetrics::recordCounter(const std::string& name, int /*first*/, int /*second*/, double /*third*/) {
+void ServerMetrics::recordCounter(const std::string& name, int /*first*/, int /*second*/, double /*third*/) {
     // No key of the catalogue holds the separator, so the key ends at the first one.
     const std::size_t end = std::min(name.find('_'), name.size());
     const auto setting = families->changes.find(name.substr(0, end));
@@ -206,34 +206,34 @@ void HostMetrics::recordCounter(const std::string& name, int /*first*/, int /*se
     values.at(name.substr(std::min(end + 1, name.size()))).Increment();
 }
 
-void HostMetrics::clientConnected(const Client& client) {
+void ServerMetrics::clientConnected(const Client& client) {
     families->clients.at(client.origin())->Increment();
 }
 
-void HostMetrics::clientRefused(Origin origin) {
+void ServerMetrics::clientRefused(Origin origin) {
     families->refused.at(origin)->Increment();
 }
 
-void HostMetrics::clientDisconnected(const Client& client, DisconnectReason reason) {
+void ServerMetrics::clientDisconnected(const Client& client, DisconnectReason reason) {
     families->clients.at(client.origin())->Decrement();
     if (reason == DisconnectReason::TOO_SLOW) {
         families->slowClients.at(client.origin())->Increment();
     }
 }
 
-void HostMetrics::frameReceived(const Client& /*client*/, const std::string& /*frame*/) {}
+void ServerMetrics::frameReceived(const Client& /*client*/, const std::string& /*frame*/) {}
 
-void HostMetrics::frameSent(const Client* /*receiver*/, const std::string& /*frame*/) {}
+void ServerMetrics::frameSent(const Client* /*receiver*/, const std::string& /*frame*/) {}
 
-void HostMetrics::frameRefused(const std::string& code) {
+void ServerMetrics::frameRefused(const std::string& code) {
     families->refusals.at(code).Increment();
 }
 
-void HostMetrics::requestHandled(int type, RequestOutcome outcome) {
+void ServerMetrics::requestHandled(int type, RequestOutcome outcome) {
     families->requests.at(typeName(type)).at(outcomeNames.at(static_cast<std::size_t>(outcome))).Increment();
 }
 
-void HostMetrics::storageOperation(StorageOperation operation, bool succeeded, std::chrono::nanoseconds duration) {
+void ServerMetrics::storageOperation(StorageOperation operation, bool succeeded, std::chrono::nanoseconds duration) {
     const auto index = static_cast<std::size_t>(operation);
     if (!succeeded) {
         families->storageFailures.at(index)->Increment();

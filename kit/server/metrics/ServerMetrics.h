@@ -14,10 +14,10 @@ namespace SettingsHandlerKit {
 /// Bounded and private: every label value comes from a fixed list, everything else is counted as "other". So the number
 /// of series does not depend on what clients send, and names of rooms and phones never leave through metrics. One
 /// thread only.
-class HostMetrics : public Metrics::MetricsDelegateInterface, public TrafficObserver, public StorageObserver {
+class ServerMetrics : public Metrics::MetricsDelegateInterface, public TrafficObserver, public StorageObserver {
 public:
-    explicit HostMetrics(const std::string& version);
-    ~HostMetrics() override;
+    explicit ServerMetrics(const std::string& version);
+    ~ServerMetrics() override;
 
     /// All metrics as text, with those of the process as they are now.
     std::string text();

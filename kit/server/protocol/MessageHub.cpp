@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "CommunicationHandler/MessageType.h"
+#include "SettingsHandlerKit/Logging.h"
 #include "Utils/RapidjsonUtil.h"
 #include "Wire/FrameInspector.h"
 #include "Wire/Frames.h"
@@ -12,7 +13,6 @@
 #include "handler/BoundedStorage.h"
 #include "handler/HandlerCache.h"
 #include "handler/LocaleGuard.h"
-#include "service/logging/HostLog.h"
 
 namespace SettingsHandlerKit {
 
@@ -86,7 +86,7 @@ void MessageHub::handle(const std::shared_ptr<Client>& client, const std::string
     }
     const RequestContext::Scope current(*context, {*type, settingNamedIn(*type, request)});
     if (*type == CommunicationHandler::SET_SETTINGS && !isRequestSafeForHandler(request)) {
-        logHost(VessaLogger::ERROR, "rejected orliaLocale: must be a JSON array of at most 32 levels");
+        writeLog(VessaLogger::ERROR, "rejected orliaLocale: must be a JSON array of at most 32 levels");
         traffic->requestHandled(*type, RequestOutcome::REJECTED);
         return;
     }
@@ -103,7 +103,7 @@ void MessageHub::deliver(const std::shared_ptr<Client>& client, int type, const 
         refuse(*client, busy());
         outcome = RequestOutcome::ANSWERED;
     } catch (const std::exception& error) {
-        logHost(VessaLogger::ERROR, "a request of type " + std::to_string(type) + " failed: " + error.what());
+        writeLog(VessaLogger::ERROR, "a request of type " + std::to_string(type) + " failed: " + error.what());
         outcome = RequestOutcome::FAILED;
     }
     traffic->requestHandled(type, outcome);
@@ -118,7 +118,7 @@ void MessageHub::boundCache() {
     try {
         perform(Origin::DEVICE, [&] { cache->rebuild(); });
     } catch (const std::exception& error) {
-        logHost(VessaLogger::ERROR, std::string("cannot rebuild the handler's cache: ") + error.what());
+        writeLog(VessaLogger::ERROR, std::string("cannot rebuild the handler's cache: ") + error.what());
     }
 }
 

@@ -8,10 +8,10 @@
 #include <unordered_set>
 
 #include "CommunicationHandler/CommunicationHandlerInterface.h"
+#include "SettingsHandlerKit/Logging.h"
 #include "server/protocol/TrafficObserver.h"
 #include "server/sockets/Backlog.h"
 #include "server/sockets/ClientListener.h"
-#include "service/logging/RequestContext.h"
 #include "storage/ValueObserver.h"
 
 namespace Wire {

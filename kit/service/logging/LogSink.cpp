@@ -1,12 +1,12 @@
-#include "service/logging/HostLogSink.h"
-
 #include <functional>
 #include <utility>
 #include <vector>
 
 #include <unistd.h>
 
+#include "SettingsHandlerKit/Logging.h"
 #include "service/logging/Journal.h"
+#include "service/logging/LineFormat.h"
 #include "service/logging/StandardErrorOutput.h"
 
 namespace SettingsHandlerKit {
@@ -62,8 +62,8 @@ void reportUnwritable(const LogFile& file, Destination& destination) {
 
 }  // namespace
 
-LogSink makeHostLogSink(const LogOptions& options, const std::shared_ptr<const RequestContext>& context,
-                        const std::shared_ptr<LogFile>& file) {
+LogSink makeLogSink(const LogOptions& options, const std::shared_ptr<const RequestContext>& context,
+                    const std::shared_ptr<LogFile>& file) {
     const auto format = std::make_shared<LineFormat>(options.format, context);
     const auto destinations = std::make_shared<std::vector<Destination>>();
     destinations->push_back(isStandardErrorTheJournal()

@@ -1,4 +1,4 @@
-#include "server/sockets/PassedSockets.h"
+#include "SettingsHandlerKit/PassedSockets.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -9,7 +9,7 @@
 
 #include <fcntl.h>
 
-#include "server/sockets/ListenerError.h"
+#include "SettingsHandlerKit/ListenerError.h"
 #include "service/manager/ManagerVariables.h"
 
 namespace SettingsHandlerKit {

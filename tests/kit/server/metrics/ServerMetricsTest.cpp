@@ -7,11 +7,11 @@
 #include <malloc.h>
 
 #include "kit/support/RecordingClient.h"
-#include "server/metrics/HostMetrics.h"
+#include "server/metrics/ServerMetrics.h"
 
 namespace SettingsHandlerKit {
 
-class HostMetricsTest : public ::testing::Test {
+class ServerMetricsTest : public ::testing::Test {
 protected:
     /// The lines of `family` in the text whose value is not 0, without the family's name.
     std::vector<std::string> lines(const std::string& family) {
@@ -31,13 +31,13 @@ protected:
         return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
     }
 
-    HostMetrics metrics{"1.2.3"};
+    ServerMetrics metrics{"1.2.3"};
     RecordingClient onSocket{Origin::SOCKET};
     RecordingClient onPage{Origin::PAGE};
     RecordingClient onDevice{Origin::DEVICE};
 };
 
-TEST_F(HostMetricsTest, CountsChangesBySettingAndKnownValue) {
+TEST_F(ServerMetricsTest, CountsChangesBySettingAndKnownValue) {
     for (const auto* name :
          {"deviceName_Living room", "deviceName_under_scored", "deviceName_true", "friendlyName_", "friendlyName_error",
           "handsFreeEnabled_true", "handsFreeEnabled_TRUE", "captionsFontSize_FONT_LARGE", "captionsFontSize_FONT_X",
@@ -56,7 +56,7 @@ TEST_F(HostMetricsTest, CountsChangesBySettingAndKnownValue) {
             R"({setting="other",value="other"} 3)"}));
 }
 
-TEST_F(HostMetricsTest, EverySeriesOfChangesCanBeCounted) {
+TEST_F(ServerMetricsTest, EverySeriesOfChangesCanBeCounted) {
     std::istringstream text(metrics.text());
     std::map<std::string, std::set<std::string>> values;
     const std::regex series(R"re(settings_host_changes_total\{setting="(\w+)",value="(\w+)"\} 0)re");
@@ -89,7 +89,7 @@ TEST_F(HostMetricsTest, EverySeriesOfChangesCanBeCounted) {
                   {"other", anyText}}));
 }
 
-TEST_F(HostMetricsTest, AFloodOfDistinctNamesAddsNoSeriesAndNoMemory) {
+TEST_F(ServerMetricsTest, AFloodOfDistinctNamesAddsNoSeriesAndNoMemory) {
     metrics.recordCounter("warm_up", 0, 1, 1.0);
     const std::size_t before = seriesCount();
     const auto heapBefore = ::mallinfo2().uordblks;
@@ -108,7 +108,7 @@ TEST_F(HostMetricsTest, AFloodOfDistinctNamesAddsNoSeriesAndNoMemory) {
     EXPECT_EQ(lines("settings_host_refusals_total"), std::vector<std::string>{R"({code="other"} 100000)"});
 }
 
-TEST_F(HostMetricsTest, CountsRequestsByTypeAndOutcomeAndRefusalsByCode) {
+TEST_F(ServerMetricsTest, CountsRequestsByTypeAndOutcomeAndRefusalsByCode) {
     metrics.requestHandled(7, RequestOutcome::ANSWERED);
     metrics.requestHandled(24, RequestOutcome::CHANGED);
     metrics.requestHandled(24, RequestOutcome::CHANGED);
@@ -129,7 +129,7 @@ TEST_F(HostMetricsTest, CountsRequestsByTypeAndOutcomeAndRefusalsByCode) {
               (std::vector<std::string>{R"({code="not-json"} 1)", R"({code="too-large"} 1)"}));
 }
 
-TEST_F(HostMetricsTest, CountsConnectedSlowAndRefusedClients) {
+TEST_F(ServerMetricsTest, CountsConnectedSlowAndRefusedClients) {
     metrics.clientConnected(onSocket);
     metrics.clientConnected(onSocket);
     metrics.clientConnected(onPage);
@@ -148,7 +148,7 @@ TEST_F(HostMetricsTest, CountsConnectedSlowAndRefusedClients) {
               (std::vector<std::string>{R"({door="device"} 1)", R"({door="socket"} 2)"}));
 }
 
-TEST_F(HostMetricsTest, TimesTheStorage) {
+TEST_F(ServerMetricsTest, TimesTheStorage) {
     using std::chrono::microseconds;
     metrics.storageOperation(StorageOperation::WRITE, true, microseconds(200));
     metrics.storageOperation(StorageOperation::WRITE, false, microseconds(20000));
@@ -164,7 +164,7 @@ TEST_F(HostMetricsTest, TimesTheStorage) {
                                         R"(le="1"} 2)"}));
 }
 
-TEST_F(HostMetricsTest, HoldsTheMetricsOfItsProcess) {
+TEST_F(ServerMetricsTest, HoldsTheMetricsOfItsProcess) {
     EXPECT_EQ(lines("settings_host_build_info"), std::vector<std::string>{R"({version="1.2.3"} 1)"});
     const auto metric = [&](const std::string& name) {
         const auto found = lines(name + " ");

@@ -9,18 +9,18 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "SettingsHandlerKit/Logging.h"
 #include "Utils/Rapidjson.h"
 #include "VessaLogger/LogSink.h"
-#include "service/logging/HostLog.h"
-#include "service/logging/HostLogSink.h"
+#include "service/logging/LineFormat.h"
 #include "support/Files.h"
 #include "support/TemporaryDirectory.h"
 
 namespace SettingsHandlerKit {
 
-class HostLogSinkTest : public ::testing::Test {
+class LogSinkTest : public ::testing::Test {
 protected:
-    ~HostLogSinkTest() override { VessaLogger::setLogSink({}); }
+    ~LogSinkTest() override { VessaLogger::setLogSink({}); }
 
     static void sendLogTo(const LogSink& sink) {
         VessaLogger::setLogSink([sink](const VessaLogger::LogLine& line) {
@@ -31,10 +31,10 @@ protected:
     /// What logging `text` at each level writes to standard error.
     static std::string written(int minimumLevel, LogFormat format, const std::string& text) {
         ::testing::internal::CaptureStderr();
-        sendLogTo(makeHostLogSink({minimumLevel, format, ""}, context, nullptr));
+        sendLogTo(makeLogSink({minimumLevel, format, ""}, context, nullptr));
         for (const auto level :
              {VessaLogger::TRACE, VessaLogger::INFORMATION, VessaLogger::WARNING, VessaLogger::ERROR}) {
-            logHost(level, text);
+            writeLog(level, text);
         }
         return ::testing::internal::GetCapturedStderr();
     }
@@ -53,8 +53,8 @@ protected:
     }
 };
 
-TEST_F(HostLogSinkTest, WritesTimeLevelThreadAndText) {
-    const auto written = lines(HostLogSinkTest::written(0, LogFormat::TEXT, "hello"));
+TEST_F(LogSinkTest, WritesTimeLevelThreadAndText) {
+    const auto written = lines(LogSinkTest::written(0, LogFormat::TEXT, "hello"));
     ASSERT_EQ(written.size(), 4U);
     const std::string begin = R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}[+-]\d\d:\d\d )";
     const std::vector<std::string> levels{"trace", "info ", "warning", "error"};
@@ -65,7 +65,7 @@ TEST_F(HostLogSinkTest, WritesTimeLevelThreadAndText) {
     }
 }
 
-TEST_F(HostLogSinkTest, FormatsTimesBefore1970) {
+TEST_F(LogSinkTest, FormatsTimesBefore1970) {
     const auto timesOf = [](const std::string& zone) {
         ::setenv("TZ", zone.c_str(), 1);
         ::tzset();
@@ -96,20 +96,20 @@ TEST_F(HostLogSinkTest, FormatsTimesBefore1970) {
               "1969-12-31T20:30:00.007-03:30\n1969-12-31T20:30:01.000-03:30\n");
 }
 
-TEST_F(HostLogSinkTest, LeavesOutLinesBelowTheLevel) {
+TEST_F(LogSinkTest, LeavesOutLinesBelowTheLevel) {
     EXPECT_EQ(lines(written(2, LogFormat::TEXT, "x")).size(), 2U);
     EXPECT_EQ(lines(written(3, LogFormat::JSON, "x")).size(), 1U);
 }
 
-TEST_F(HostLogSinkTest, WritesOneLineWhateverTheTextHolds) {
-    const auto written = lines(HostLogSinkTest::written(3, LogFormat::TEXT, "a\nb\x1b[31m{} %v é"));
+TEST_F(LogSinkTest, WritesOneLineWhateverTheTextHolds) {
+    const auto written = lines(LogSinkTest::written(3, LogFormat::TEXT, "a\nb\x1b[31m{} %v é"));
     ASSERT_EQ(written.size(), 1U);
     EXPECT_NE(written[0].find(R"(a\nb\x1b[31m{} %v é)"), std::string::npos) << written[0];
 }
 
-TEST_F(HostLogSinkTest, JsonLinesAreValidForAnyBytes) {
+TEST_F(LogSinkTest, JsonLinesAreValidForAnyBytes) {
     const std::string text("quote \" NUL \0 bad \xff {} %v\n", 26);
-    const auto written = lines(HostLogSinkTest::written(0, LogFormat::JSON, text));
+    const auto written = lines(LogSinkTest::written(0, LogFormat::JSON, text));
     ASSERT_EQ(written.size(), 4U);
     for (int level = 0; level < 4; ++level) {
         rapidjson::Document line;
@@ -123,7 +123,7 @@ TEST_F(HostLogSinkTest, JsonLinesAreValidForAnyBytes) {
     }
 }
 
-TEST_F(HostLogSinkTest, JsonLinesNameTheRequest) {
+TEST_F(LogSinkTest, JsonLinesNameTheRequest) {
     const auto membersOf = [](const std::string& line) {
         rapidjson::Document document;
         document.Parse(line.c_str());
@@ -149,14 +149,14 @@ TEST_F(HostLogSinkTest, JsonLinesNameTheRequest) {
     EXPECT_EQ(membersOf(lines(written(3, LogFormat::JSON, "x")).at(0)), always);
 }
 
-TEST_F(HostLogSinkTest, ReportsLostLinesBeforeTheNextLine) {
+TEST_F(LogSinkTest, ReportsLostLinesBeforeTheNextLine) {
     std::array<int, 2> pipe{-1, -1};
     ASSERT_EQ(::pipe2(pipe.data(), O_CLOEXEC | O_NONBLOCK), 0);
     const int size = ::fcntl(pipe[1], F_SETPIPE_SZ, 4096);
     ASSERT_GT(size, 0);
     const int before = ::dup(STDERR_FILENO);
     ASSERT_EQ(::dup2(pipe[1], STDERR_FILENO), STDERR_FILENO);
-    sendLogTo(makeHostLogSink({1, LogFormat::TEXT, ""}, context, nullptr));
+    sendLogTo(makeLogSink({1, LogFormat::TEXT, ""}, context, nullptr));
     auto& log = VessaLogger::Log::instance();
     const auto emit = [&](const std::string& text) {
         log.emitLog(VessaLogger::INFORMATION, std::chrono::system_clock::now(), log.getThreadId(), text,
@@ -188,12 +188,12 @@ TEST_F(HostLogSinkTest, ReportsLostLinesBeforeTheNextLine) {
     EXPECT_NE(seen[1].find("] c"), std::string::npos) << seen[1];
 }
 
-TEST_F(HostLogSinkTest, AnUnwritableLogFileIsReportedAndLinesStillGoToStandardError) {
+TEST_F(LogSinkTest, AnUnwritableLogFileIsReportedAndLinesStillGoToStandardError) {
     TestSupport::TemporaryDirectory folder;
     const std::string file = folder / "none/host.log";
     ::testing::internal::CaptureStderr();
-    sendLogTo(makeHostLogSink({1, LogFormat::TEXT, file}, context, std::make_shared<LogFile>(file)));
-    logHost(VessaLogger::INFORMATION, "a");
+    sendLogTo(makeLogSink({1, LogFormat::TEXT, file}, context, std::make_shared<LogFile>(file)));
+    writeLog(VessaLogger::INFORMATION, "a");
     const auto seen = lines(::testing::internal::GetCapturedStderr());
     ASSERT_EQ(seen.size(), 2U);
     EXPECT_NE(seen[0].find("settings-host:the log file " + file +
@@ -204,7 +204,7 @@ TEST_F(HostLogSinkTest, AnUnwritableLogFileIsReportedAndLinesStillGoToStandardEr
     // After the folder is created the file holds the number of lost lines and the new line.
     std::filesystem::create_directory(folder / "none");
     ::testing::internal::CaptureStderr();
-    logHost(VessaLogger::INFORMATION, "b");
+    writeLog(VessaLogger::INFORMATION, "b");
     ::testing::internal::GetCapturedStderr();
     const auto kept = lines(TestSupport::contentOf(file));
     ASSERT_EQ(kept.size(), 2U);

@@ -2,8 +2,8 @@
 
 #include <unistd.h>
 
-#include "server/sockets/ListenerError.h"
-#include "server/sockets/PassedSockets.h"
+#include "SettingsHandlerKit/ListenerError.h"
+#include "SettingsHandlerKit/PassedSockets.h"
 
 namespace SettingsHandlerKit {
 
