@@ -29,7 +29,7 @@
 #include "simulation/SimulatedSdkBridge.h"
 #include "storage/Database.h"
 #include "storage/Recovery.h"
-#include "storage/SqliteStorage.h"
+#include "storage/StorageParts.h"
 #include "storage/TableStateStore.h"
 
 namespace SettingsHost {

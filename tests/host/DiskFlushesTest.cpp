@@ -9,7 +9,7 @@
 #include "simulation/SimulatedDevice.h"
 #include "simulation/SimulatedSdkBridge.h"
 #include "storage/Database.h"
-#include "storage/SqliteStorage.h"
+#include "storage/StorageParts.h"
 #include "storage/TableStateStore.h"
 #include "support/TemporaryDirectory.h"
 

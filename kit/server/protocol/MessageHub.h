@@ -9,10 +9,10 @@
 
 #include "CommunicationHandler/CommunicationHandlerInterface.h"
 #include "SettingsHandlerKit/Logging.h"
+#include "SettingsHandlerKit/ValueObserver.h"
 #include "server/protocol/TrafficObserver.h"
 #include "server/sockets/Backlog.h"
 #include "server/sockets/ClientListener.h"
-#include "storage/ValueObserver.h"
 
 namespace Wire {
 struct Refusal;

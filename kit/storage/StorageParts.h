@@ -6,9 +6,9 @@
 #include <string>
 
 #include "SDKWrapper/StorageManagerInterface.h"
+#include "SettingsHandlerKit/StorageObserver.h"
+#include "SettingsHandlerKit/ValueObserver.h"
 #include "storage/KeyValueTable.h"
-#include "storage/StorageObserver.h"
-#include "storage/ValueObserver.h"
 
 namespace SettingsHandlerKit {
 

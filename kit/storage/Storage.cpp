@@ -1,11 +1,10 @@
-#include "storage/SqliteStorage.h"
-
 #include <stdexcept>
 #include <utility>
 #include <vector>
 
 #include "service/logging/HostLog.h"
 #include "storage/LogOut.h"
+#include "storage/StorageParts.h"
 
 namespace SettingsHandlerKit {
 
