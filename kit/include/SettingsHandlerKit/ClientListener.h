@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "server/sockets/Client.h"
+#include "SettingsHandlerKit/Client.h"
 
 namespace SettingsHandlerKit {
 

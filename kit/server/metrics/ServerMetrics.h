@@ -5,7 +5,7 @@
 
 #include "Metrics/MetricsDelegateInterface.h"
 #include "SettingsHandlerKit/StorageObserver.h"
-#include "server/protocol/TrafficObserver.h"
+#include "SettingsHandlerKit/TrafficObserver.h"
 
 namespace SettingsHandlerKit {
 

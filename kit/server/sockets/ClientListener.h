@@ -1,0 +1,3 @@
+#pragma once
+
+#include "SettingsHandlerKit/ClientListener.h"
