@@ -18,10 +18,7 @@ namespace SettingsHandlerKit {
 
 namespace {
 
-std::int64_t millisecondsSinceEpoch() {
-    using namespace std::chrono;
-    return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
-}
+using Utils::RapidjsonUtil::tryGetStringMember;
 
 Wire::Refusal busy() {
     return {"busy", "too much waits for clients that do not read; ask again later, or for fewer settings"};
@@ -38,11 +35,17 @@ std::string settingNamedIn(int type, const rapidjson::Value& request) {
 }  // namespace
 
 MessageHub::MessageHub(std::shared_ptr<TrafficObserver> trafficObserver, std::shared_ptr<RequestContext> requestContext,
-                       std::shared_ptr<const Backlog> backlogOfClients)
+                       std::shared_ptr<const Backlog> backlogOfClients, Environment itsEnvironment)
     : traffic(std::move(trafficObserver)),
       context(std::move(requestContext)),
       backlog(std::move(backlogOfClients)),
-      messageIdPrefix("host-" + std::to_string(millisecondsSinceEpoch()) + "-") {}
+      environment(std::move(itsEnvironment)),
+      messageIdPrefix("host-" + std::to_string(now()) + "-") {}
+
+std::int64_t MessageHub::now() const {
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(environment.now().time_since_epoch()).count();
+}
 
 void MessageHub::connected(const std::shared_ptr<Client>& client) {
     clients.insert(client);
@@ -68,8 +71,11 @@ void MessageHub::refuse(Client& client, const Wire::Refusal& reason) {
 }
 
 void MessageHub::received(const std::shared_ptr<Client>& client, const std::string& frame) {
+    receiving = true;
     handle(client, frame);
     boundCache();
+    receiving = false;
+    tellObservers();
 }
 
 void MessageHub::handle(const std::shared_ptr<Client>& client, const std::string& frame) {
@@ -123,18 +129,38 @@ void MessageHub::boundCache() {
 }
 
 void MessageHub::perform(Origin origin, const std::function<void()>& action) {
-    currentOrigin = origin;
+    const Origin before = std::exchange(currentOrigin, origin);
+    ++performing;
     try {
         action();
     } catch (...) {
-        sendNotice();
+        performed(before);
         throw;
     }
-    sendNotice();
+    performed(before);
+}
+
+void MessageHub::performed(Origin originBefore) {
+    currentOrigin = originBefore;
+    if (--performing == 0) {
+        sendNotice();
+        tellObservers();
+    }
+}
+
+/// Not while a request is handled: an observer that makes one of its own must not reply to this client.
+void MessageHub::tellObservers() {
+    if (!receiving && performing == 0) {
+        settingObservers.deliver();
+    }
 }
 
 void MessageHub::valueChanged(const std::string& settingDBId) {
     changedKeys.insert(settingDBId);
+    if (performing == 0) {
+        sendNotice();
+        tellObservers();
+    }
 }
 
 void MessageHub::sendNotice() {
@@ -144,10 +170,17 @@ void MessageHub::sendNotice() {
         keys.erase(announced);
     }
     announcedKeys.clear();
-    if (keys.empty() || clients.empty()) {
+    if (keys.empty()) {
         return;
     }
-    sendToAll(Wire::noticeFrame(keys));
+    if (!clients.empty()) {
+        sendToAll(Wire::noticeFrame(keys));
+    }
+    if (!settingObservers.empty()) {
+        for (const auto& key : keys) {
+            settingObservers.tell({key, std::nullopt});
+        }
+    }
 }
 
 void MessageHub::sendToAll(std::string frame) {
@@ -168,12 +201,20 @@ std::string MessageHub::sendMessage(int messageType, rapidjson::Document& payloa
     ++sequence;
     outcome = RequestOutcome::CHANGED;
     std::string messageId = messageIdPrefix + std::to_string(sequence);
-    std::string settingDBId;
-    if (Utils::RapidjsonUtil::tryGetStringMember(payload, "settingDBId", settingDBId)) {
-        announcedKeys.insert(settingDBId);
+    ObservedSetting told;
+    if (tryGetStringMember(payload, "settingDBId", told.settingDBId) && performing != 0) {
+        announcedKeys.insert(told.settingDBId);
     }
-    sendToAll(Wire::eventFrame({messageType, messageId, millisecondsSinceEpoch(), sequence, originName(currentOrigin)},
-                               payload));
+    sendToAll(Wire::eventFrame({messageType, messageId, now(), sequence, originName(currentOrigin)}, payload));
+    if (!settingObservers.empty()) {
+        auto& event = told.event.emplace();
+        tryGetStringMember(payload, "from", event.from);
+        tryGetStringMember(payload, "to", event.to);
+        event.sequence = sequence;
+        event.origin = currentOrigin;
+        settingObservers.tell(std::move(told));
+        tellObservers();
+    }
     return messageId;
 }
 
