@@ -12,6 +12,8 @@ namespace SettingsHandlerKit {
 /// The listening sockets that a service manager opened and passed to this process, by their names.
 class PassedSockets {
 public:
+    /// None.
+    PassedSockets() = default;
     /// Takes the passed sockets; to be called before anything else is opened. Without a service manager there are none.
     /// Errors: `ListenerError` when a socket's name is none of `expected`, two have the same name, one is not open, or
     /// names and number do not match.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -10,6 +11,19 @@
 #include "SettingsHandlerKit/PassedSockets.h"
 
 namespace SettingsHandlerKit {
+
+/// When the age of the backups is checked, and how many pages are copied in one turn of the event loop, so that clients
+/// are served meanwhile.
+struct BackupTimes {
+    /// Soon after the start, since many devices run for an hour a day; not at once, since people wait for the start.
+    std::chrono::milliseconds firstCheck = std::chrono::seconds(5);
+    /// Between two checks.
+    std::chrono::milliseconds checkInterval = std::chrono::hours(1);
+    /// A backup is made when the newest one is older.
+    std::chrono::seconds maximumAge = std::chrono::hours(24);
+    /// 64 KiB with pages of the usual size.
+    int pagesPerTurn = 16;
+};
 
 /// What a server serves, and where.
 struct ServerOptions {
@@ -26,6 +40,8 @@ struct ServerOptions {
     std::string version;
     /// Sockets from the service manager. The server takes "settings" and "web", and endpoints those of their names.
     PassedSockets sockets;
+    /// When the watched storage is backed up.
+    BackupTimes backups;
     /// Holds the request that is being handled, for log lines.
     std::shared_ptr<RequestContext> context = std::make_shared<RequestContext>();
     /// Clock and randomness.

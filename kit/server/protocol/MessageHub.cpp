@@ -5,14 +5,12 @@
 #include <utility>
 
 #include "CommunicationHandler/MessageType.h"
+#include "SettingsHandlerKit/CheckedSettingsHandler.h"
 #include "SettingsHandlerKit/Logging.h"
 #include "Utils/RapidjsonUtil.h"
 #include "Wire/FrameInspector.h"
 #include "Wire/Frames.h"
 #include "Wire/Utf8.h"
-#include "handler/BoundedStorage.h"
-#include "handler/HandlerCache.h"
-#include "handler/LocaleGuard.h"
 
 namespace SettingsHandlerKit {
 
@@ -73,7 +71,6 @@ void MessageHub::refuse(Client& client, const Wire::Refusal& reason) {
 void MessageHub::received(const std::shared_ptr<Client>& client, const std::string& frame) {
     receiving = true;
     handle(client, frame);
-    boundCache();
     receiving = false;
     tellObservers();
 }
@@ -91,11 +88,6 @@ void MessageHub::handle(const std::shared_ptr<Client>& client, const std::string
         return;
     }
     const RequestContext::Scope current(*context, {*type, settingNamedIn(*type, request)});
-    if (*type == CommunicationHandler::SET_SETTINGS && !isRequestSafeForHandler(request)) {
-        writeLog(VessaLogger::ERROR, "rejected orliaLocale: must be a JSON array of at most 32 levels");
-        traffic->requestHandled(*type, RequestOutcome::REJECTED);
-        return;
-    }
     deliver(client, *type, frame);
 }
 
@@ -105,9 +97,7 @@ void MessageHub::deliver(const std::shared_ptr<Client>& client, int type, const 
     outcome = RequestOutcome::SILENT;
     try {
         perform(client->origin(), [&] { handlers.at(type)(frame); });
-    } catch (const ReadLimitExceeded&) {
-        refuse(*client, busy());
-        outcome = RequestOutcome::ANSWERED;
+        seeOutcome(client);
     } catch (const std::exception& error) {
         writeLog(VessaLogger::ERROR, "a request of type " + std::to_string(type) + " failed: " + error.what());
         outcome = RequestOutcome::FAILED;
@@ -116,15 +106,18 @@ void MessageHub::deliver(const std::shared_ptr<Client>& client, int type, const 
     requester.reset();
 }
 
-void MessageHub::boundCache() {
-    const auto cache = handlerCache.lock();
-    if (!cache || !cache->requestEnded()) {
+/// Of the request that the handler has just handled.
+void MessageHub::seeOutcome(const std::shared_ptr<Client>& client) {
+    const auto handler = checkedHandler.lock();
+    if (!handler || outcome != RequestOutcome::SILENT) {
         return;
     }
-    try {
-        perform(Origin::DEVICE, [&] { cache->rebuild(); });
-    } catch (const std::exception& error) {
-        writeLog(VessaLogger::ERROR, std::string("cannot rebuild the handler's cache: ") + error.what());
+    const Outcome result = handler->outcome();
+    if (result.rejected) {
+        outcome = RequestOutcome::REJECTED;
+    } else if (result.reason == Outcome::Reason::BUSY) {
+        refuse(*client, busy());
+        outcome = RequestOutcome::ANSWERED;
     }
 }
 

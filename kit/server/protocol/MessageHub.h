@@ -23,7 +23,7 @@ struct Refusal;
 
 namespace SettingsHandlerKit {
 
-class HandlerCache;
+class CheckedSettingsHandler;
 
 /// The message transport behind the settings listeners: delivers requests to the handler registered for their type,
 /// replies to the requester, events and notices to every client. It knows clients, not sockets. One thread only.
@@ -42,13 +42,14 @@ public:
                         std::shared_ptr<const Backlog> backlog = std::make_shared<Backlog>(),
                         Environment environment = {});
 
-    /// From now on `cache` is kept within its limit after each request, as long as it lives.
-    void bound(std::weak_ptr<HandlerCache> cache) { handlerCache = std::move(cache); }
+    /// From now on a request that `handler` rejects is reported as such, and one that it refuses for want of memory
+    /// gets the refusal `busy`.
+    void watch(std::weak_ptr<const CheckedSettingsHandler> handler) { checkedHandler = std::move(handler); }
 
     void connected(const std::shared_ptr<Client>& client) override;
     void disconnected(const std::shared_ptr<Client>& client, DisconnectReason reason) override;
-    /// Takes one frame of `client`: refuses it, rejects it (logged at level 3) or delivers it to the handler. An
-    /// exception of the handler is logged at level 3.
+    /// Takes one frame of `client`: refuses it or delivers it to the handler. An exception of the handler is logged at
+    /// level 3.
     void received(const std::shared_ptr<Client>& client, const std::string& frame) override;
     void oversized(const std::shared_ptr<Client>& client) override;
     void refused(Origin origin) override;
@@ -71,7 +72,7 @@ public:
 private:
     void handle(const std::shared_ptr<Client>& client, const std::string& frame);
     void deliver(const std::shared_ptr<Client>& client, int type, const std::string& frame);
-    void boundCache();
+    void seeOutcome(const std::shared_ptr<Client>& client);
     void performed(Origin originBefore);
     void sendNotice();
     void tellObservers();
@@ -88,7 +89,7 @@ private:
     std::unordered_set<std::shared_ptr<Client>> clients;
     std::string messageIdPrefix;
     unsigned long sequence = 0;
-    std::weak_ptr<HandlerCache> handlerCache;
+    std::weak_ptr<const CheckedSettingsHandler> checkedHandler;
 
     SettingObservers settingObservers;
 
