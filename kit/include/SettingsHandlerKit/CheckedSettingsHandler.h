@@ -95,7 +95,6 @@ private:
     struct Parts;
 
     explicit CheckedSettingsHandler(const std::shared_ptr<Parts>& madeParts);
-    void setUnusableLocaleAside();
 
     std::shared_ptr<Parts> parts;
 };
