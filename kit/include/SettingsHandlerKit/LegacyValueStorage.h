@@ -4,7 +4,9 @@
 
 namespace SettingsHandlerKit {
 
-/// A storage that can set a value aside which the handler must not see, such as one of older software.
+/// A storage that can rename a key: implemented beside `SDKWrapper::StorageManagerInterface`, it lets
+/// `CheckedSettingsHandler` keep an unusable value of older software in one step, also when the storage is full. For
+/// other storages the handler copies the value first, then removes it.
 class LegacyValueStorage {
 public:
     LegacyValueStorage() = default;
@@ -12,8 +14,9 @@ public:
     LegacyValueStorage& operator=(const LegacyValueStorage&) = delete;
     virtual ~LegacyValueStorage() = default;
 
-    /// Renames `key` to the first free one of `key`.unusable, `key`.unusable.2, …
-    /// - Returns: the new key; empty when that failed.
+    /// Renames `key` to the first free one of `key`.unusable, `key`.unusable.2, …, all at once: after a loss of power
+    /// the value has the old key or the new one. Not refused because of a limit of the storage.
+    /// - Returns: the new key; empty when that failed, nothing was changed then.
     virtual std::string setAside(const std::string& key) = 0;
 };
 
