@@ -111,6 +111,9 @@ TEST_F(Outcomes, UnknownKeysShareOneTimeStamp) {
     world->setSetting("another", "2");
     set(change("another", "3"), 99);
     EXPECT_EQ(outcome(), refusedFor(Reason::STALE, "another", 100)) << "a direct setSetting records none";
+    set(change("timezone", "Europe/Rome"), -5);
+    set(change("timezone", "Europe/Paris"), -6);
+    EXPECT_EQ(outcome(), refusedFor(Reason::STALE, "timezone", -5));
 }
 
 TEST_F(Outcomes, ARefusedEntitlementStatusIsNotStoredAlthoughTheHandlerIsSilent) {
