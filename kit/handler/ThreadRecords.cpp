@@ -14,10 +14,12 @@ ThreadRecords::Scope::~Scope() {
     records.leave(record, operation.outer);
 }
 
-bool ThreadRecords::Scope::isWriteOfRequest() const {
-    const Operation* outer = operation.outer;
-    return operation.type == Operation::write && outer != nullptr &&
-           outer->type == CommunicationHandler::SET_SETTINGS && outer->outer == nullptr;
+/// Returns: the SetSettings request that called this write; null when the write was called in another way.
+Operation* ThreadRecords::Scope::requestOfWrite() const {
+    Operation* outer = operation.outer;
+    const bool isOfRequest = operation.type == Operation::write && outer != nullptr &&
+                             outer->type == CommunicationHandler::SET_SETTINGS && outer->outer == nullptr;
+    return isOfRequest ? outer : nullptr;
 }
 
 /// Returns: the record of the calling thread if it is the latest, which has an operation in progress; otherwise null.

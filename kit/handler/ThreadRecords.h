@@ -54,20 +54,20 @@ public:
         /// another one, which does not count.
         template <typename Conclusion>
         void conclude(const Conclusion& setOutcome) {
-            const bool isOfRequest = isWriteOfRequest();
-            if (operation.outer == nullptr || isOfRequest) {
+            Operation* request = requestOfWrite();
+            if (operation.outer == nullptr || request != nullptr) {
                 setOutcome(record.outcome);
             }
             operation.concluded = true;
-            if (isOfRequest) {
-                operation.outer->concluded = true;
+            if (request != nullptr) {
+                request->concluded = true;
             }
         }
 
         Operation operation;
 
     private:
-        bool isWriteOfRequest() const;
+        Operation* requestOfWrite() const;
 
         ThreadRecords& records;
         Record& record;
