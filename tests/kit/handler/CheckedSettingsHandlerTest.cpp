@@ -261,6 +261,11 @@ TEST_F(Memory, AReplyWithoutRoomIsNotMade) {
     EXPECT_EQ(handler->outcome(), refusedFor(Reason::BUSY)) << "a direct call";
 }
 
+TEST_F(Memory, AKeyThatIsNamedOftenCountsOnce) {
+    const std::string reply = world.transport->request(7, settingsPayload(std::vector<std::string>(1000, "k1")));
+    EXPECT_EQ(reply, R"({"settings":{"k1":")" + std::string(large, 'v') + "\"}}");
+}
+
 TEST_F(Memory, TheCacheIsRebuiltAfterTheRequestThatMadeItTooLarge) {
     EXPECT_TRUE(ask(0, 17));
     EXPECT_TRUE(ask(0, 17));
