@@ -359,6 +359,38 @@ TEST_F(StorageTest, ClearingLeavesOtherTables) {
     EXPECT_EQ(state->load("key"), "kept");
 }
 
+TEST_F(StorageTest, StateHasATableOfItsOwn) {
+    open();
+    const auto first = storage->state("first");
+    const auto second = storage->state("second_2");
+    EXPECT_TRUE(first->save("key", "1"));
+    EXPECT_EQ(second->load("key"), std::nullopt);
+    EXPECT_EQ(read("key"), "");
+    EXPECT_EQ(storage->health().keys, 0U);
+    for (const std::string name :
+         {"settings", "Settings", "log_out", "sqlite_master", "", "2", "a b", "a;", "\u00e4"}) {
+        EXPECT_THROW(storage->state(name), std::invalid_argument) << name;
+    }
+}
+
+TEST_F(StorageTest, NotifiesEveryObserver) {
+    open();
+    const auto another = std::make_shared<SettingsHostTests::StorageRecording>();
+    const auto anotherOfValues = std::make_shared<SettingsHostTests::ValueRecording>();
+    storage->observe(another);
+    storage->observeValues(anotherOfValues);
+    EXPECT_TRUE(storage->setValue("a", "1"));
+    EXPECT_TRUE(storage->clearStorage());
+    EXPECT_EQ(another->take(), (std::vector<std::string>{"write", "clear"}));
+    EXPECT_EQ(recording->take(), (std::vector<std::string>{"write", "clear"}));
+    EXPECT_EQ(anotherOfValues->take(), std::vector<std::string>{"a"});
+    EXPECT_EQ(removed->take(), std::vector<std::string>{"a"});
+}
+
+TEST_F(StorageTest, NeedsADisk) {
+    EXPECT_THROW(Storage(file, nullptr), std::invalid_argument);
+}
+
 TEST_F(StorageTest, NotifiesItsObserverOfEveryOperationAndReportsItsHealth) {
     open();
     EXPECT_TRUE(storage->setValue("a", "1"));
