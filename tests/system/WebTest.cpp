@@ -145,7 +145,7 @@ TEST_F(HostWeb, CookiesOfOlderVersionsAndOfRestoredBackupsAreInvalid) {
     stop();
     // A backup may hold a secret that was replaced since.
     std::filesystem::copy_file(database(), database() + ".backup.1");
-    std::ofstream(database()) << "this is no database";
+    std::ofstream(database()) << "this is not a database";
     startWeb({}, port);
     EXPECT_EQ(httpGet(port, "/", {"Cookie: " + cookie}).status, 403);
 }

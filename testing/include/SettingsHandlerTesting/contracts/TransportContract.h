@@ -185,7 +185,7 @@ TYPED_TEST_P(TransportContract, DropsWhatNobodyRegisteredFor) {
     }
     EXPECT_TRUE(this->delivered.empty()) << "a request went to a handler of another type";
     this->maker.send(0, CommunicationHandler::GET_SETTINGS, this->request(CommunicationHandler::GET_SETTINGS));
-    EXPECT_EQ(this->delivered.size(), 1U) << "the transport must go on after an unknown type";
+    EXPECT_EQ(this->delivered.size(), 1U) << "the transport must keep working after an unknown type";
 }
 
 /// The handler gives the transport only the message id, which other clients may use too.
