@@ -15,7 +15,7 @@
 namespace {
 
 using namespace SettingsHandlerFuzz;
-using namespace SettingsHost;
+using namespace SettingsHandlerKit;
 
 class IgnoringStorageObserver : public StorageObserver {
 public:

@@ -23,7 +23,7 @@
 namespace {
 
 using namespace SettingsHandlerFuzz;
-using SettingsHost::LineFramer;
+using SettingsHandlerKit::LineFramer;
 
 struct Chunks {
     /// 0: everything at once.
@@ -184,9 +184,9 @@ private:
     std::shared_ptr<SettingsHandlerTesting::FakeDeviceInfo> device =
         std::make_shared<SettingsHandlerTesting::FakeDeviceInfo>(journal);
     std::shared_ptr<TrafficLines> traffic = std::make_shared<TrafficLines>();
-    std::shared_ptr<SettingsHost::MessageHub> hub = std::make_shared<SettingsHost::MessageHub>(traffic);
-    std::shared_ptr<FrameCollector> requester = std::make_shared<FrameCollector>(SettingsHost::Origin::SOCKET);
-    std::shared_ptr<FrameCollector> other = std::make_shared<FrameCollector>(SettingsHost::Origin::PAGE);
+    std::shared_ptr<SettingsHandlerKit::MessageHub> hub = std::make_shared<SettingsHandlerKit::MessageHub>(traffic);
+    std::shared_ptr<FrameCollector> requester = std::make_shared<FrameCollector>(SettingsHandlerKit::Origin::SOCKET);
+    std::shared_ptr<FrameCollector> other = std::make_shared<FrameCollector>(SettingsHandlerKit::Origin::PAGE);
     std::shared_ptr<SettingsHandler::SettingsHandler> handler = SettingsHandler::SettingsHandler::create(
         hub, storage, std::make_shared<SettingsHandlerTesting::FakeMetrics>(journal), sdk,
         std::make_shared<SettingsHandlerTesting::FakeAppLaunch>(journal), device);

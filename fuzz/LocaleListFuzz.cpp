@@ -33,8 +33,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     const Envelope json(value);
     const bool mayPass = !json.isJson() || (json.isArray() && json.nesting() <= Wire::maximumNesting);
-    check(SettingsHost::isSafeForHandler(key, value) == mayPass, "the guard accepts what the handler can handle");
-    check(SettingsHost::isSafeForHandler("deviceName", value), "the guard checks orliaLocale only");
+    check(SettingsHandlerKit::isSafeForHandler(key, value) == mayPass, "the guard accepts what the handler can handle");
+    check(SettingsHandlerKit::isSafeForHandler("deviceName", value), "the guard checks orliaLocale only");
     const std::string request = R"({"payload":{"settingDBId":"orliaLocale","to":)" + stringText(value) + "}}";
     check(mayBeGiven(request) == mayPass, "the guard sees the value inside a request");
     if (!mayPass) {

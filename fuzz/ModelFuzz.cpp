@@ -105,7 +105,7 @@ private:
     void setSetting() {
         const std::string name = key();
         const std::string wanted = value();
-        if (SettingsHost::isSafeForHandler(name, wanted)) {
+        if (SettingsHandlerKit::isSafeForHandler(name, wanted)) {
             check(world.handler->setSetting(name, wanted) == world.model.setSetting(name, wanted),
                   "the result of setSetting");
         }
@@ -162,7 +162,8 @@ private:
     /// As the host does, sets an unusable stored locale aside first.
     void migrate() {
         const auto stored = world.storage.values.find("orliaLocale");
-        if (stored != world.storage.values.end() && !SettingsHost::isSafeForHandler(stored->first, stored->second)) {
+        if (stored != world.storage.values.end() &&
+            !SettingsHandlerKit::isSafeForHandler(stored->first, stored->second)) {
             world.model.around.stored.erase(stored->first);
             world.storage.values.erase(stored);
         }
@@ -239,7 +240,7 @@ private:
     void notifySystemSetting() {
         const std::string name = key();
         const std::string reported = value();
-        if (SettingsHost::isSafeForHandler(name, reported)) {
+        if (SettingsHandlerKit::isSafeForHandler(name, reported)) {
             world.handler->notifySystemSettingChanged(name, reported);
             world.model.notifySystemSettingChanged(name, reported);
         }

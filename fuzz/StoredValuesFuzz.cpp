@@ -14,7 +14,7 @@
 namespace {
 
 using namespace SettingsHandlerFuzz;
-using namespace SettingsHost;
+using namespace SettingsHandlerKit;
 
 using Values = std::map<std::string, std::string>;
 

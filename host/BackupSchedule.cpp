@@ -5,7 +5,8 @@
 
 namespace SettingsHost {
 
-BackupSchedule::BackupSchedule(EventLoop& eventLoop, Database& source, const BackupTimes& chosenTimes)
+BackupSchedule::BackupSchedule(SettingsHandlerKit::EventLoop& eventLoop, SettingsHandlerKit::Database& source,
+                               const BackupTimes& chosenTimes)
     : loop(eventLoop),
       database(source),
       times(chosenTimes),
@@ -15,16 +16,16 @@ void BackupSchedule::check() {
     if (backup || !database.isWritable()) {
         return;
     }
-    finishLogOut(database);
-    if (!isBackupDue(database.file(), times.maximumAge)) {
+    SettingsHandlerKit::finishLogOut(database);
+    if (!SettingsHandlerKit::isBackupDue(database.file(), times.maximumAge)) {
         return;
     }
     try {
-        backup = std::make_unique<Backup>(database);
-        copyTimer = std::make_unique<RepeatingTimer>(loop, std::chrono::milliseconds(0), std::chrono::milliseconds(1),
-                                                     [this] { copyPages(); });
-    } catch (const DatabaseError& error) {
-        logHost(VessaLogger::ERROR, std::string("cannot start a database backup: ") + error.what());
+        backup = std::make_unique<SettingsHandlerKit::Backup>(database);
+        copyTimer = std::make_unique<SettingsHandlerKit::RepeatingTimer>(
+            loop, std::chrono::milliseconds(0), std::chrono::milliseconds(1), [this] { copyPages(); });
+    } catch (const SettingsHandlerKit::DatabaseError& error) {
+        SettingsHandlerKit::logHost(VessaLogger::ERROR, std::string("cannot start a database backup: ") + error.what());
     }
 }
 
@@ -33,9 +34,9 @@ void BackupSchedule::copyPages() {
         if (backup->step(times.pagesPerTurn)) {
             return;
         }
-        logHost(VessaLogger::INFORMATION, "database backed up");
-    } catch (const DatabaseError& error) {
-        logHost(VessaLogger::ERROR, std::string("database backup failed: ") + error.what());
+        SettingsHandlerKit::logHost(VessaLogger::INFORMATION, "database backed up");
+    } catch (const SettingsHandlerKit::DatabaseError& error) {
+        SettingsHandlerKit::logHost(VessaLogger::ERROR, std::string("database backup failed: ") + error.what());
     }
     cancel();
 }

@@ -24,7 +24,8 @@ struct BackupTimes {
 /// storage/LogOut.h. The event loop and the database outlive it.
 class BackupSchedule {
 public:
-    BackupSchedule(EventLoop& loop, Database& database, const BackupTimes& times = {});
+    BackupSchedule(SettingsHandlerKit::EventLoop& loop, SettingsHandlerKit::Database& database,
+                   const BackupTimes& times = {});
 
     BackupSchedule(const BackupSchedule&) = delete;
     BackupSchedule& operator=(const BackupSchedule&) = delete;
@@ -36,12 +37,12 @@ private:
     void check();
     void copyPages();
 
-    EventLoop& loop;
-    Database& database;
+    SettingsHandlerKit::EventLoop& loop;
+    SettingsHandlerKit::Database& database;
     BackupTimes times;
-    std::unique_ptr<Backup> backup;
-    std::unique_ptr<RepeatingTimer> copyTimer;
-    RepeatingTimer checkTimer;
+    std::unique_ptr<SettingsHandlerKit::Backup> backup;
+    std::unique_ptr<SettingsHandlerKit::RepeatingTimer> copyTimer;
+    SettingsHandlerKit::RepeatingTimer checkTimer;
 };
 
 }  // namespace SettingsHost

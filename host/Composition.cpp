@@ -28,8 +28,8 @@ constexpr int largeAllocation = 64 * 1024;
 constexpr std::size_t keyBytes = 16;
 constexpr std::size_t secretBytes = 32;
 
-HttpAnswer metricsAnswer(const std::string& text) {
-    HttpAnswer answer = plainAnswer(200, text);
+SettingsHandlerKit::HttpAnswer metricsAnswer(const std::string& text) {
+    SettingsHandlerKit::HttpAnswer answer = SettingsHandlerKit::plainAnswer(200, text);
     answer.contentType = "text/plain; version=0.0.4; charset=utf-8";
     return answer;
 }
@@ -39,15 +39,16 @@ constexpr const char* secretName = "cookieSecret";
 
 /// The secret stays the same over restarts, so that an open page goes on when the host is back. Not after a recovery: a
 /// backup may hold a secret that was replaced since.
-std::string cookieSecret(StateStore& state, Recovery::Source database) {
+std::string cookieSecret(SettingsHandlerKit::StateStore& state, SettingsHandlerKit::Recovery::Source database) {
     const auto kept = state.load(secretName);
-    if (database == Recovery::Source::NOT_NEEDED && kept && kept->size() == 2 * secretBytes) {
+    if (database == SettingsHandlerKit::Recovery::Source::NOT_NEEDED && kept && kept->size() == 2 * secretBytes) {
         return *kept;
     }
-    std::string made = randomHex(secretBytes);
+    std::string made = SettingsHandlerKit::randomHex(secretBytes);
     if (!state.save(secretName, made)) {
-        logHost(VessaLogger::WARNING,
-                "cannot store the secret of the cookies: open pages will need a new address after a restart");
+        SettingsHandlerKit::logHost(
+            VessaLogger::WARNING,
+            "cannot store the secret of the cookies: open pages will need a new address after a restart");
     }
     return made;
 }
@@ -62,41 +63,45 @@ std::vector<int> stopSignals(bool hangUpStops) {
     return signals;
 }
 
-std::unique_ptr<TcpListener> openWebListener(const Options& options, PassedSockets& sockets) {
+std::unique_ptr<SettingsHandlerKit::TcpListener> openWebListener(const Options& options,
+                                                                 SettingsHandlerKit::PassedSockets& sockets) {
     if (!options.listen) {
         return nullptr;
     }
     if (auto passed = sockets.take("web")) {
-        return std::make_unique<TcpListener>(std::move(*passed));
+        return std::make_unique<SettingsHandlerKit::TcpListener>(std::move(*passed));
     }
-    return std::make_unique<TcpListener>(options.listen->address, options.listen->port);
+    return std::make_unique<SettingsHandlerKit::TcpListener>(options.listen->address, options.listen->port);
 }
 
-PageFiles pagesIn(const Options& options) {
-    return options.listen && !options.pagesFolder.empty() ? PageFiles(options.pagesFolder) : PageFiles();
+SettingsHandlerKit::PageFiles pagesIn(const Options& options) {
+    return options.listen && !options.pagesFolder.empty() ? SettingsHandlerKit::PageFiles(options.pagesFolder)
+                                                          : SettingsHandlerKit::PageFiles();
 }
 
-std::unique_ptr<SocketFile> openSocket(const std::string& name, const std::string& path, PassedSockets& sockets) {
+std::unique_ptr<SettingsHandlerKit::SocketFile> openSocket(const std::string& name, const std::string& path,
+                                                           SettingsHandlerKit::PassedSockets& sockets) {
     if (auto passed = sockets.take(name)) {
-        return std::make_unique<SocketFile>(std::move(*passed));
+        return std::make_unique<SettingsHandlerKit::SocketFile>(std::move(*passed));
     }
-    return std::make_unique<SocketFile>(path);
+    return std::make_unique<SettingsHandlerKit::SocketFile>(path);
 }
 
 }  // namespace
 
-Composition::Composition(const Options& options, PassedSockets sockets, const std::shared_ptr<RequestContext>& context,
+Composition::Composition(const Options& options, SettingsHandlerKit::PassedSockets sockets,
+                         const std::shared_ptr<SettingsHandlerKit::RequestContext>& context,
                          const std::function<void()>& onHangUp)
     : webListener(openWebListener(options, sockets)),
       pages(pagesIn(options)),
       settingsSocket(openSocket("settings", options.socketPath, sockets)),
       deviceSocket(openSocket("device", options.deviceSocketPath, sockets)),
-      traffic(std::make_shared<TrafficObservers>()),
+      traffic(std::make_shared<SettingsHandlerKit::TrafficObservers>()),
       trace(std::make_shared<MessageTrace>()),
-      backlog(std::make_shared<Backlog>()),
-      hub(std::make_shared<MessageHub>(traffic, context, backlog)),
-      metrics(std::make_shared<HostMetrics>(SETTINGS_HANDLER_VERSION)),
-      database(openOrRecover(options.storageFile, recovery)),
+      backlog(std::make_shared<SettingsHandlerKit::Backlog>()),
+      hub(std::make_shared<SettingsHandlerKit::MessageHub>(traffic, context, backlog)),
+      metrics(std::make_shared<SettingsHandlerKit::HostMetrics>(SETTINGS_HANDLER_VERSION)),
+      database(SettingsHandlerKit::openOrRecover(options.storageFile, recovery)),
       storage(database, hub, *metrics, [this] { backups.cancel(); }),
       boundedStorage(storage, context, [this](std::size_t bytes) { return backlog->hasRoomFor(bytes); }),
       state(database, "simulation"),
@@ -113,10 +118,10 @@ Composition::Composition(const Options& options, PassedSockets sockets, const st
     if (onHangUp) {
         loop.onSignals({SIGHUP}, onHangUp);
     }
-    hub->perform(Origin::DEVICE, [this] { startHandler(); });
+    hub->perform(SettingsHandlerKit::Origin::DEVICE, [this] { startHandler(); });
     openListeners(options);
     if (options.sandbox) {
-        enterSandbox(foldersInUse(options.log.file));
+        SettingsHandlerKit::enterSandbox(foldersInUse(options.log.file));
     }
 }
 
@@ -125,7 +130,7 @@ Composition::~Composition() = default;
 void Composition::startHandler() {
     setUnusableLocaleAside();
     handler = SettingsHandler::SettingsHandler::create(hub, boundedStorage, metrics, sdkBridge, appLaunch, device);
-    handlerCache = std::make_shared<HandlerCache>(boundedStorage, handler);
+    handlerCache = std::make_shared<SettingsHandlerKit::HandlerCache>(boundedStorage, handler);
     hub->bound(handlerCache);
     handler->initializeSettings();
     handler->migrateExistingDeviceSettings();
@@ -141,23 +146,25 @@ void Composition::setUnusableLocaleAside() {
     const std::string key = SettingsHandler::settingNameFromType(SettingsHandler::ORLIA_LOCALE);
     std::string value;
     storage.getValue(key, value);
-    if (isSafeForHandler(key, value)) {
+    if (SettingsHandlerKit::isSafeForHandler(key, value)) {
         return;
     }
     const std::string newKey = storage.setAside(key);
     if (newKey.empty()) {
-        throw DatabaseError("the stored value of '" + key + "' is unusable and could not be set aside");
+        throw SettingsHandlerKit::DatabaseError("the stored value of '" + key +
+                                                "' is unusable and could not be set aside");
     }
-    logHost(VessaLogger::ERROR,
-            "rejected stored " + key + ": must be a JSON array of at most 32 levels; moved to '" + newKey + "'");
+    SettingsHandlerKit::logHost(
+        VessaLogger::ERROR,
+        "rejected stored " + key + ": must be a JSON array of at most 32 levels; moved to '" + newKey + "'");
 }
 
-SandboxFolders Composition::foldersInUse(const std::string& logFile) const {
+SettingsHandlerKit::SandboxFolders Composition::foldersInUse(const std::string& logFile) const {
     const auto folderOf = [](const std::string& file) {
         return std::filesystem::absolute(file).parent_path().string();
     };
-    SandboxFolders folders{{folderOf(database.file())},
-                           {folderOf(settingsListener->path()), folderOf(deviceListener->path())}};
+    SettingsHandlerKit::SandboxFolders folders{{folderOf(database.file())},
+                                               {folderOf(settingsListener->path()), folderOf(deviceListener->path())}};
     if (!logFile.empty()) {
         folders.changed.push_back(folderOf(logFile));
     }
@@ -167,16 +174,16 @@ SandboxFolders Composition::foldersInUse(const std::string& logFile) const {
 void Composition::openListeners(const Options& options) {
     if (options.listen) {
         webAddress = {webListener->address(), webListener->port()};
-        webKey = randomHex(keyBytes);
+        webKey = SettingsHandlerKit::randomHex(keyBytes);
     }
     const auto counts = [this] { return HandlerCounts{hub->eventsSent(), storage.health().failures}; };
     console = std::make_unique<DeviceConsole>(
         DeviceCommands(device, sdkBridge, appLaunch, counts), hub, traffic, trace,
         PageAddress{[this] { return pageAddress(); }, [this] { return renewPageAddress(); }});
-    settingsListener =
-        std::make_unique<UnixSocketListener>(loop, std::move(settingsSocket), Origin::SOCKET, *hub, backlog);
-    deviceListener =
-        std::make_unique<UnixSocketListener>(loop, std::move(deviceSocket), Origin::DEVICE, *console, backlog);
+    settingsListener = std::make_unique<SettingsHandlerKit::UnixSocketListener>(
+        loop, std::move(settingsSocket), SettingsHandlerKit::Origin::SOCKET, *hub, backlog);
+    deviceListener = std::make_unique<SettingsHandlerKit::UnixSocketListener>(
+        loop, std::move(deviceSocket), SettingsHandlerKit::Origin::DEVICE, *console, backlog);
     if (options.listen) {
         openWebServer(options);
     }
@@ -184,11 +191,13 @@ void Composition::openListeners(const Options& options) {
 }
 
 void Composition::openWebServer(const Options& options) {
-    WebSite site{WebAccess(*webAddress, options.allowedOrigin, webKey, cookieSecret(webState, recovery.source)),
-                 std::move(pages),
-                 {{"/healthz", [this] { return health.answer(storage.health()); }},
-                  {"/metrics", [this] { return metricsAnswer(metrics->text()); }}}};
-    webServer = std::make_unique<WebServer>(loop, std::move(webListener), std::move(site), *hub, *console, backlog);
+    SettingsHandlerKit::WebSite site{SettingsHandlerKit::WebAccess(*webAddress, options.allowedOrigin, webKey,
+                                                                   cookieSecret(webState, recovery.source)),
+                                     std::move(pages),
+                                     {{"/healthz", [this] { return health.answer(storage.health()); }},
+                                      {"/metrics", [this] { return metricsAnswer(metrics->text()); }}}};
+    webServer = std::make_unique<SettingsHandlerKit::WebServer>(loop, std::move(webListener), std::move(site), *hub,
+                                                                *console, backlog);
 }
 
 std::string Composition::pageAddress() const {
@@ -197,14 +206,14 @@ std::string Composition::pageAddress() const {
 
 /// Stored first: a secret that was replaced must not be valid again after the next start.
 std::optional<std::string> Composition::renewPageAddress() {
-    const std::string key = randomHex(keyBytes);
-    const std::string secret = randomHex(secretBytes);
+    const std::string key = SettingsHandlerKit::randomHex(keyBytes);
+    const std::string secret = SettingsHandlerKit::randomHex(secretBytes);
     if (!webState.save(secretName, secret)) {
         return std::nullopt;
     }
     webKey = key;
     webServer->replaceKey(key, secret);
-    logHost(VessaLogger::INFORMATION, "the pages have a new key");
+    SettingsHandlerKit::logHost(VessaLogger::INFORMATION, "the pages have a new key");
     return pageAddress();
 }
 
@@ -218,20 +227,21 @@ std::string Composition::status() const {
 }
 
 void Composition::run() {
-    notifyReady(status());
-    std::optional<RepeatingTimer> heartbeat;
-    if (const auto waitTimeout = watchdogTimeout()) {
+    SettingsHandlerKit::notifyReady(status());
+    std::optional<SettingsHandlerKit::RepeatingTimer> heartbeat;
+    if (const auto waitTimeout = SettingsHandlerKit::watchdogTimeout()) {
         constexpr auto shortest = std::chrono::milliseconds(1);
-        heartbeat.emplace(loop, std::chrono::milliseconds(0), std::max(shortest, *waitTimeout / 2), notifyAlive);
+        heartbeat.emplace(loop, std::chrono::milliseconds(0), std::max(shortest, *waitTimeout / 2),
+                          SettingsHandlerKit::notifyAlive);
     }
     // Gives memory that only the start needed back to the system, and later every large allocation at once: otherwise
     // the C library keeps more and more of them after the first ones.
     ::malloc_trim(0);
     ::mallopt(M_MMAP_THRESHOLD, largeAllocation);
     loop.run();
-    notifyStopping("Sending what clients wait for");
+    SettingsHandlerKit::notifyStopping("Sending what clients wait for");
     health.setServing(false);
-    logHost(VessaLogger::INFORMATION, "stopping");
+    SettingsHandlerKit::logHost(VessaLogger::INFORMATION, "stopping");
     settingsListener->close();
     deviceListener->close();
     if (webServer) {

@@ -44,7 +44,8 @@ public:
     /// ignored. Errors: `DatabaseError`, `ListenerError`, `std::runtime_error` for pages that cannot be read.
     /// Listeners use `sockets` instead of what the options say: `settings`, `device` and `web`. `context` holds the
     /// request that is being handled.
-    Composition(const Options& options, PassedSockets sockets, const std::shared_ptr<RequestContext>& context,
+    Composition(const Options& options, SettingsHandlerKit::PassedSockets sockets,
+                const std::shared_ptr<SettingsHandlerKit::RequestContext>& context,
                 const std::function<void()>& onHangUp);
     ~Composition();
 
@@ -61,41 +62,41 @@ private:
     void setUnusableLocaleAside();
     void openListeners(const Options& options);
     void openWebServer(const Options& options);
-    SandboxFolders foldersInUse(const std::string& logFile) const;
+    SettingsHandlerKit::SandboxFolders foldersInUse(const std::string& logFile) const;
     std::string pageAddress() const;
     std::optional<std::string> renewPageAddress();
     std::string status() const;
 
     // Members go in reverse order: listeners before the handler, the handler before its storage.
-    EventLoop loop;
+    SettingsHandlerKit::EventLoop loop;
     /// Opened first, so that a host that cannot have the port changes nothing.
-    std::unique_ptr<TcpListener> webListener;
-    PageFiles pages;
-    std::unique_ptr<SocketFile> settingsSocket;
-    std::unique_ptr<SocketFile> deviceSocket;
-    std::optional<WebAddress> webAddress;
+    std::unique_ptr<SettingsHandlerKit::TcpListener> webListener;
+    SettingsHandlerKit::PageFiles pages;
+    std::unique_ptr<SettingsHandlerKit::SocketFile> settingsSocket;
+    std::unique_ptr<SettingsHandlerKit::SocketFile> deviceSocket;
+    std::optional<SettingsHandlerKit::WebAddress> webAddress;
     std::string webKey;
-    std::shared_ptr<TrafficObservers> traffic;
+    std::shared_ptr<SettingsHandlerKit::TrafficObservers> traffic;
     std::shared_ptr<MessageTrace> trace;
-    std::shared_ptr<Backlog> backlog;
-    std::shared_ptr<MessageHub> hub;
-    std::shared_ptr<HostMetrics> metrics;
-    Recovery recovery;
-    Database database;
-    SqliteStorage storage;
-    BoundedStorage boundedStorage;
-    TableStateStore state;
-    TableStateStore webState;
+    std::shared_ptr<SettingsHandlerKit::Backlog> backlog;
+    std::shared_ptr<SettingsHandlerKit::MessageHub> hub;
+    std::shared_ptr<SettingsHandlerKit::HostMetrics> metrics;
+    SettingsHandlerKit::Recovery recovery;
+    SettingsHandlerKit::Database database;
+    SettingsHandlerKit::SqliteStorage storage;
+    SettingsHandlerKit::BoundedStorage boundedStorage;
+    SettingsHandlerKit::TableStateStore state;
+    SettingsHandlerKit::TableStateStore webState;
     std::shared_ptr<SimulatedDevice> device;
     std::shared_ptr<SimulatedSdkBridge> sdkBridge;
     std::shared_ptr<SimulatedAppLaunch> appLaunch;
     std::shared_ptr<SettingsHandler::SettingsHandler> handler;
-    std::shared_ptr<HandlerCache> handlerCache;
+    std::shared_ptr<SettingsHandlerKit::HandlerCache> handlerCache;
     std::unique_ptr<DeviceConsole> console;
-    std::unique_ptr<UnixSocketListener> settingsListener;
-    std::unique_ptr<UnixSocketListener> deviceListener;
-    std::unique_ptr<WebServer> webServer;
-    HealthReport health;
+    std::unique_ptr<SettingsHandlerKit::UnixSocketListener> settingsListener;
+    std::unique_ptr<SettingsHandlerKit::UnixSocketListener> deviceListener;
+    std::unique_ptr<SettingsHandlerKit::WebServer> webServer;
+    SettingsHandlerKit::HealthReport health;
     BackupSchedule backups;
 };
 

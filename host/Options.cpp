@@ -44,12 +44,12 @@ std::string refuseInvalidPath(const std::string& path) {
 }
 
 std::string refuseInvalidOrigin(const std::string& text) {
-    return isOrigin(text) ? "" : "'" + text + "' is not an origin such as http://localhost:5173";
+    return SettingsHandlerKit::isOrigin(text) ? "" : "'" + text + "' is not an origin such as http://localhost:5173";
 }
 
 std::string refuseInvalidAddress(const std::string& text) {
     try {
-        parseWebAddress(text);
+        SettingsHandlerKit::parseWebAddress(text);
         return "";
     } catch (const std::invalid_argument& error) {
         return error.what();
@@ -125,7 +125,7 @@ public:
         options.log.format = logFormat();
         options.sandbox = !noSandbox;
         if (!noWeb) {
-            options.listen = parseWebAddress(listen);
+            options.listen = SettingsHandlerKit::parseWebAddress(listen);
         }
         refuseUnusablePaths(options);
         return options;
@@ -178,9 +178,10 @@ private:
     }
 
     /// Known as soon as the option was read, even if another one is wrong.
-    LogFormat logFormat() const {
+    SettingsHandlerKit::LogFormat logFormat() const {
         const auto& given = formatOption->results();
-        return !given.empty() && given.back() == "json" ? LogFormat::JSON : LogFormat::TEXT;
+        return !given.empty() && given.back() == "json" ? SettingsHandlerKit::LogFormat::JSON
+                                                        : SettingsHandlerKit::LogFormat::TEXT;
     }
 
     Options options;

@@ -14,9 +14,9 @@ struct Options {
     std::string storageFile;
     std::string socketPath;
     std::string deviceSocketPath;
-    LogOptions log;
+    SettingsHandlerKit::LogOptions log;
     /// The address of the web port; none with --no-web.
-    std::optional<WebAddress> listen;
+    std::optional<SettingsHandlerKit::WebAddress> listen;
     /// The folder of the pages; empty when there are none.
     std::string pagesFolder;
     /// One more origin whose pages may connect; empty for none.
@@ -32,15 +32,16 @@ struct Options {
 /// text to print, for status 2 in the log's format.
 class CommandLineEnd : public std::runtime_error {
 public:
-    CommandLineEnd(int exitStatus, const std::string& text, LogFormat wantedFormat = LogFormat::TEXT)
+    CommandLineEnd(int exitStatus, const std::string& text,
+                   SettingsHandlerKit::LogFormat wantedFormat = SettingsHandlerKit::LogFormat::TEXT)
         : std::runtime_error(text), status(exitStatus), format(wantedFormat) {}
 
     int exitStatus() const { return status; }
-    LogFormat logFormat() const { return format; }
+    SettingsHandlerKit::LogFormat logFormat() const { return format; }
 
 private:
     int status;
-    LogFormat format;
+    SettingsHandlerKit::LogFormat format;
 };
 
 /// Parses the command line. Defaults depend on XDG_STATE_HOME, HOME and XDG_RUNTIME_DIR.

@@ -29,12 +29,12 @@ bool startsLikeDatabase(const std::string& file) {
 /// A damaged database and one of a newer version may be removed. A file that never was a database was named by mistake.
 void refuseIfInUseOrForeign(const std::string& file) {
     try {
-        const Database opened(file);
-    } catch (const DamagedDatabase&) {
-        if (!startsLikeDatabase(file) && companionFiles(file).empty()) {
-            throw DatabaseError(file + " is not a database; it was left as it is");
+        const SettingsHandlerKit::Database opened(file);
+    } catch (const SettingsHandlerKit::DamagedDatabase&) {
+        if (!startsLikeDatabase(file) && SettingsHandlerKit::companionFiles(file).empty()) {
+            throw SettingsHandlerKit::DatabaseError(file + " is not a database; it was left as it is");
         }
-    } catch (const NewerDatabase&) {
+    } catch (const SettingsHandlerKit::NewerDatabase&) {
     }
 }
 
@@ -43,16 +43,16 @@ void refuseIfInUseOrForeign(const std::string& file) {
 std::vector<std::string> filesToRemove(const std::string& database, const std::string& log) {
     std::vector<std::string> candidates;
     if (!log.empty()) {
-        candidates = LogFile::filesOf(std::filesystem::absolute(log).string());
+        candidates = SettingsHandlerKit::LogFile::filesOf(std::filesystem::absolute(log).string());
         std::reverse(candidates.begin(), candidates.end());
     }
     if (std::filesystem::exists(std::filesystem::path(database).parent_path())) {
-        for (const auto& file : companionFiles(database)) {
+        for (const auto& file : SettingsHandlerKit::companionFiles(database)) {
             candidates.push_back(file);
         }
     }
-    candidates.push_back(logOutMarkerName(database));
-    for (const auto& file : databaseFiles(database)) {
+    candidates.push_back(SettingsHandlerKit::logOutMarkerName(database));
+    for (const auto& file : SettingsHandlerKit::databaseFiles(database)) {
         candidates.push_back(file);
     }
     std::vector<std::string> files;
@@ -81,10 +81,10 @@ int reset(const Options& options) {
         throw CommandLineEnd(2, "--reset asks for confirmation, but standard input is not a terminal: add --yes");
     }
     const std::string database = std::filesystem::absolute(options.storageFile).string();
-    Descriptor lock;
-    if (holdsData(database)) {
+    SettingsHandlerKit::Descriptor lock;
+    if (SettingsHandlerKit::holdsData(database)) {
         refuseIfInUseOrForeign(database);
-        lock = lockForRemoval(database);
+        lock = SettingsHandlerKit::lockForRemoval(database);
     }
     const auto files = filesToRemove(database, options.log.file);
     if (files.empty()) {
@@ -100,7 +100,7 @@ int reset(const Options& options) {
         return 1;
     }
     for (const auto& file : files) {
-        removeFile(file);
+        SettingsHandlerKit::removeFile(file);
     }
     return 0;
 }

@@ -37,27 +37,27 @@ void openClosedStandardStreams() {
 }
 
 /// What SIGHUP does with a log file: programs that rotate log files ask for a new one. Null without a log file.
-std::function<void()> reopenAction(const std::shared_ptr<SettingsHost::LogFile>& file) {
+std::function<void()> reopenAction(const std::shared_ptr<SettingsHandlerKit::LogFile>& file) {
     if (!file) {
         return nullptr;
     }
     return [file] {
         if (file->reopen()) {
-            SettingsHost::logHost(VessaLogger::INFORMATION, "reopened the log file");
+            SettingsHandlerKit::logHost(VessaLogger::INFORMATION, "reopened the log file");
         } else {
-            SettingsHost::logHost(VessaLogger::WARNING, "cannot reopen the log file " + file->name() +
-                                                            ", its lines are lost: " + file->failure());
+            SettingsHandlerKit::logHost(VessaLogger::WARNING, "cannot reopen the log file " + file->name() +
+                                                                  ", its lines are lost: " + file->failure());
         }
     };
 }
 
-void sendLogTo(const SettingsHost::LogSink& sink) {
+void sendLogTo(const SettingsHandlerKit::LogSink& sink) {
     VessaLogger::setLogSink([sink](const VessaLogger::LogLine& line) {
         sink({line.level, line.time, line.threadId, line.text});
     });
 }
 
-void serve(const SettingsHost::Options& options, const std::shared_ptr<SettingsHost::LogFile>& logFile) {
+void serve(const SettingsHost::Options& options, const std::shared_ptr<SettingsHandlerKit::LogFile>& logFile) {
     // A reader of our output or a client that disconnects must not end the host.
     std::signal(SIGPIPE, SIG_IGN);
     // A write beyond the limit on file sizes fails like one on a full disk.
@@ -67,10 +67,10 @@ void serve(const SettingsHost::Options& options, const std::shared_ptr<SettingsH
         listeners.insert("web");
     }
     // Before anything is opened, which could be taken for a socket that was passed.
-    SettingsHost::PassedSockets sockets(listeners);
-    const auto context = std::make_shared<SettingsHost::RequestContext>();
-    sendLogTo(SettingsHost::makeHostLogSink(options.log, context, logFile));
-    SettingsHost::notifyStarting("Opening the database");
+    SettingsHandlerKit::PassedSockets sockets(listeners);
+    const auto context = std::make_shared<SettingsHandlerKit::RequestContext>();
+    sendLogTo(SettingsHandlerKit::makeHostLogSink(options.log, context, logFile));
+    SettingsHandlerKit::notifyStarting("Opening the database");
     SettingsHost::Composition host(options, std::move(sockets), context, reopenAction(logFile));
     std::printf("%s\n", host.readyLine().c_str());
     std::fflush(stdout);
@@ -79,7 +79,7 @@ void serve(const SettingsHost::Options& options, const std::shared_ptr<SettingsH
 
 int serveOrReset(const SettingsHost::Options& options) {
     const bool writesLog = !options.reset && !options.log.file.empty();
-    const auto logFile = writesLog ? std::make_shared<SettingsHost::LogFile>(options.log.file) : nullptr;
+    const auto logFile = writesLog ? std::make_shared<SettingsHandlerKit::LogFile>(options.log.file) : nullptr;
     try {
         if (options.reset) {
             return SettingsHost::reset(options);
@@ -89,7 +89,7 @@ int serveOrReset(const SettingsHost::Options& options) {
     } catch (const SettingsHost::CommandLineEnd&) {
         throw;
     } catch (const std::exception& error) {
-        SettingsHost::reportFatalError(options.log.format, logFile.get(), error.what());
+        SettingsHandlerKit::reportFatalError(options.log.format, logFile.get(), error.what());
         return 1;
     }
 }
@@ -104,7 +104,7 @@ int main(int argumentCount, char** arguments) {
         if (end.exitStatus() == 0) {
             std::fputs(end.what(), stdout);
         } else {
-            SettingsHost::reportFatalError(end.logFormat(), nullptr, end.what());
+            SettingsHandlerKit::reportFatalError(end.logFormat(), nullptr, end.what());
         }
         return end.exitStatus();
     }

@@ -8,10 +8,10 @@ namespace SettingsHandlerFuzz {
 bool mayBeGiven(const std::string& text) {
     rapidjson::Document request;
     if (!Wire::inspectFrame(text, request)) {
-        return SettingsHost::isRequestSafeForHandler(request);
+        return SettingsHandlerKit::isRequestSafeForHandler(request);
     }
     request.Parse<Utils::jsonParseFlags>(text.c_str());
-    return request.HasParseError() || SettingsHost::isRequestSafeForHandler(request);
+    return request.HasParseError() || SettingsHandlerKit::isRequestSafeForHandler(request);
 }
 
 }  // namespace SettingsHandlerFuzz

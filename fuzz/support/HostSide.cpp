@@ -30,11 +30,11 @@ std::vector<std::string> FrameCollector::take() {
     return std::exchange(frames, {});
 }
 
-void TrafficLines::frameReceived(const SettingsHost::Client& /*client*/, const std::string& frame) {
+void TrafficLines::frameReceived(const SettingsHandlerKit::Client& /*client*/, const std::string& frame) {
     lines.push_back("received " + frame);
 }
 
-void TrafficLines::frameSent(const SettingsHost::Client* receiver, const std::string& frame) {
+void TrafficLines::frameSent(const SettingsHandlerKit::Client* receiver, const std::string& frame) {
     lines.push_back((receiver == nullptr ? "sent to all " : "sent to one ") + frame);
 }
 
@@ -42,7 +42,7 @@ void TrafficLines::frameRefused(const std::string& code) {
     lines.push_back("refused " + code);
 }
 
-void TrafficLines::requestHandled(int type, SettingsHost::RequestOutcome outcome) {
+void TrafficLines::requestHandled(int type, SettingsHandlerKit::RequestOutcome outcome) {
     static const char* const names[] = {"ANSWERED", "CHANGED", "SILENT", "REJECTED", "FAILED"};
     lines.push_back("handled " + std::to_string(type) + " " + names[static_cast<int>(outcome)]);
 }

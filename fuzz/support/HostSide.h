@@ -19,32 +19,34 @@ public:
 };
 
 /// A client that keeps the frames it gets. Each must be one JSON object on one line, in valid UTF-8.
-class FrameCollector : public SettingsHost::Client {
+class FrameCollector : public SettingsHandlerKit::Client {
 public:
-    explicit FrameCollector(SettingsHost::Origin ownOrigin) : clientOrigin(ownOrigin) {}
+    explicit FrameCollector(SettingsHandlerKit::Origin ownOrigin) : clientOrigin(ownOrigin) {}
 
     void send(const std::shared_ptr<const std::string>& frame) override;
-    SettingsHost::Origin origin() const override { return clientOrigin; }
-    SettingsHost::ListenerKind listenerKind() const override { return SettingsHost::ListenerKind::UNIX_SOCKET; }
+    SettingsHandlerKit::Origin origin() const override { return clientOrigin; }
+    SettingsHandlerKit::ListenerKind listenerKind() const override {
+        return SettingsHandlerKit::ListenerKind::UNIX_SOCKET;
+    }
 
     std::vector<std::string> take();
 
 private:
-    SettingsHost::Origin clientOrigin;
+    SettingsHandlerKit::Origin clientOrigin;
     std::vector<std::string> frames;
 };
 
 /// Records the notifications of frames and requests.
-class TrafficLines : public SettingsHost::TrafficObserver {
+class TrafficLines : public SettingsHandlerKit::TrafficObserver {
 public:
-    void clientConnected(const SettingsHost::Client& /*client*/) override {}
-    void clientDisconnected(const SettingsHost::Client& /*client*/,
-                            SettingsHost::DisconnectReason /*reason*/) override {}
-    void clientRefused(SettingsHost::Origin /*origin*/) override {}
-    void frameReceived(const SettingsHost::Client& client, const std::string& frame) override;
-    void frameSent(const SettingsHost::Client* receiver, const std::string& frame) override;
+    void clientConnected(const SettingsHandlerKit::Client& /*client*/) override {}
+    void clientDisconnected(const SettingsHandlerKit::Client& /*client*/,
+                            SettingsHandlerKit::DisconnectReason /*reason*/) override {}
+    void clientRefused(SettingsHandlerKit::Origin /*origin*/) override {}
+    void frameReceived(const SettingsHandlerKit::Client& client, const std::string& frame) override;
+    void frameSent(const SettingsHandlerKit::Client* receiver, const std::string& frame) override;
     void frameRefused(const std::string& code) override;
-    void requestHandled(int type, SettingsHost::RequestOutcome outcome) override;
+    void requestHandled(int type, SettingsHandlerKit::RequestOutcome outcome) override;
 
     std::vector<std::string> take();
 

@@ -129,8 +129,9 @@ std::string DeviceCommands::changeSetting(const Arguments& arguments) {
     if (!key || !value) {
         return badArgument(R"("key" and "value" must be strings)");
     }
-    if (!isSafeForHandler(*key, *value)) {
-        logHost(VessaLogger::ERROR, "rejected " + *key + " from the device: must be a JSON array of at most 32 levels");
+    if (!SettingsHandlerKit::isSafeForHandler(*key, *value)) {
+        SettingsHandlerKit::logHost(VessaLogger::ERROR,
+                                    "rejected " + *key + " from the device: must be a JSON array of at most 32 levels");
         return Wire::refusalFrame("not-passed-on", "the value is no array of locales within the nesting limit");
     }
     const HandlerCounts before = counts();

@@ -20,8 +20,8 @@ bool isTraced(const std::string& command) {
 
 }  // namespace
 
-DeviceConsole::DeviceConsole(DeviceCommands deviceCommands, std::shared_ptr<MessageHub> messageHub,
-                             std::shared_ptr<TrafficObserver> trafficObserver,
+DeviceConsole::DeviceConsole(DeviceCommands deviceCommands, std::shared_ptr<SettingsHandlerKit::MessageHub> messageHub,
+                             std::shared_ptr<SettingsHandlerKit::TrafficObserver> trafficObserver,
                              std::shared_ptr<MessageTrace> messageTrace, PageAddress addressOfPages)
     : commands(std::move(deviceCommands)),
       hub(std::move(messageHub)),
@@ -29,16 +29,17 @@ DeviceConsole::DeviceConsole(DeviceCommands deviceCommands, std::shared_ptr<Mess
       trace(std::move(messageTrace)),
       pageAddress(std::move(addressOfPages)) {}
 
-void DeviceConsole::connected(const std::shared_ptr<Client>& client) {
+void DeviceConsole::connected(const std::shared_ptr<SettingsHandlerKit::Client>& client) {
     traffic->clientConnected(*client);
 }
 
-void DeviceConsole::disconnected(const std::shared_ptr<Client>& client, DisconnectReason reason) {
+void DeviceConsole::disconnected(const std::shared_ptr<SettingsHandlerKit::Client>& client,
+                                 SettingsHandlerKit::DisconnectReason reason) {
     trace->unwatch(client);
     traffic->clientDisconnected(*client, reason);
 }
 
-void DeviceConsole::received(const std::shared_ptr<Client>& client, const std::string& frame) {
+void DeviceConsole::received(const std::shared_ptr<SettingsHandlerKit::Client>& client, const std::string& frame) {
     rapidjson::Document request;
     if (const auto refusal = Wire::inspectFrame(frame, request)) {
         traffic->frameReceived(*client, frame);
@@ -57,25 +58,25 @@ void DeviceConsole::received(const std::shared_ptr<Client>& client, const std::s
     }
 }
 
-void DeviceConsole::oversized(const std::shared_ptr<Client>& client) {
+void DeviceConsole::oversized(const std::shared_ptr<SettingsHandlerKit::Client>& client) {
     refuse(*client, Wire::tooLarge());
 }
 
-void DeviceConsole::refused(Origin origin) {
+void DeviceConsole::refused(SettingsHandlerKit::Origin origin) {
     traffic->clientRefused(origin);
 }
 
-void DeviceConsole::refuse(Client& client, const Wire::Refusal& refusal) {
+void DeviceConsole::refuse(SettingsHandlerKit::Client& client, const Wire::Refusal& refusal) {
     const auto frame = std::make_shared<const std::string>(Wire::refusalFrame(refusal.code, refusal.message));
     client.send(frame);
     traffic->frameSent(&client, *frame);
     traffic->frameRefused(refusal.code);
 }
 
-std::string DeviceConsole::replyTo(const std::shared_ptr<Client>& client, const std::string& command,
-                                   const rapidjson::Value& request) {
+std::string DeviceConsole::replyTo(const std::shared_ptr<SettingsHandlerKit::Client>& client,
+                                   const std::string& command, const rapidjson::Value& request) {
     if (command == "page") {
-        return client->listenerKind() == ListenerKind::UNIX_SOCKET
+        return client->listenerKind() == SettingsHandlerKit::ListenerKind::UNIX_SOCKET
                    ? orFailure([&] { return showPage(request); })
                    : Wire::refusalFrame("not-here", "only the device socket answers this");
     }
@@ -101,7 +102,8 @@ std::string DeviceConsole::showPage(const rapidjson::Value& request) {
                                         "the new key could not be stored: the old key and its cookies still hold");
 }
 
-std::string DeviceConsole::switchTrace(const std::shared_ptr<Client>& client, const rapidjson::Value& request) {
+std::string DeviceConsole::switchTrace(const std::shared_ptr<SettingsHandlerKit::Client>& client,
+                                       const rapidjson::Value& request) {
     const auto enabled = request.FindMember("enabled");
     if (enabled == request.MemberEnd() || !enabled->value.IsBool()) {
         return Wire::refusalFrame("bad-argument", R"("enabled" must be true or false)");
@@ -117,7 +119,7 @@ std::string DeviceConsole::switchTrace(const std::shared_ptr<Client>& client, co
 std::string DeviceConsole::execute(const rapidjson::Value& request) {
     return orFailure([&] {
         std::string reply;
-        hub->perform(Origin::DEVICE, [&] { reply = commands.execute(request); });
+        hub->perform(SettingsHandlerKit::Origin::DEVICE, [&] { reply = commands.execute(request); });
         return reply;
     });
 }
@@ -126,7 +128,7 @@ std::string DeviceConsole::orFailure(const std::function<std::string()>& action)
     try {
         return action();
     } catch (const std::exception& error) {
-        logHost(VessaLogger::ERROR, std::string("a device command failed: ") + error.what());
+        SettingsHandlerKit::logHost(VessaLogger::ERROR, std::string("a device command failed: ") + error.what());
         return Wire::refusalFrame("failed", "the host could not carry it out; its log says why");
     }
 }

@@ -27,30 +27,32 @@ struct PageAddress {
 ///
 /// `page` is answered on the Unix socket alone, and is not traced: a page whose cookie will expire must not get the key
 /// for a new one.
-class DeviceConsole : public ClientListener {
+class DeviceConsole : public SettingsHandlerKit::ClientListener {
 public:
     /// Events and notices go out through `hub`.
-    DeviceConsole(DeviceCommands commands, std::shared_ptr<MessageHub> hub, std::shared_ptr<TrafficObserver> traffic,
-                  std::shared_ptr<MessageTrace> trace, PageAddress pageAddress);
+    DeviceConsole(DeviceCommands commands, std::shared_ptr<SettingsHandlerKit::MessageHub> hub,
+                  std::shared_ptr<SettingsHandlerKit::TrafficObserver> traffic, std::shared_ptr<MessageTrace> trace,
+                  PageAddress pageAddress);
 
-    void connected(const std::shared_ptr<Client>& client) override;
-    void disconnected(const std::shared_ptr<Client>& client, DisconnectReason reason) override;
-    void received(const std::shared_ptr<Client>& client, const std::string& frame) override;
-    void oversized(const std::shared_ptr<Client>& client) override;
-    void refused(Origin origin) override;
+    void connected(const std::shared_ptr<SettingsHandlerKit::Client>& client) override;
+    void disconnected(const std::shared_ptr<SettingsHandlerKit::Client>& client,
+                      SettingsHandlerKit::DisconnectReason reason) override;
+    void received(const std::shared_ptr<SettingsHandlerKit::Client>& client, const std::string& frame) override;
+    void oversized(const std::shared_ptr<SettingsHandlerKit::Client>& client) override;
+    void refused(SettingsHandlerKit::Origin origin) override;
 
 private:
-    std::string replyTo(const std::shared_ptr<Client>& client, const std::string& command,
+    std::string replyTo(const std::shared_ptr<SettingsHandlerKit::Client>& client, const std::string& command,
                         const rapidjson::Value& request);
-    std::string switchTrace(const std::shared_ptr<Client>& client, const rapidjson::Value& request);
+    std::string switchTrace(const std::shared_ptr<SettingsHandlerKit::Client>& client, const rapidjson::Value& request);
     std::string showPage(const rapidjson::Value& request);
     std::string execute(const rapidjson::Value& request);
     static std::string orFailure(const std::function<std::string()>& action);
-    void refuse(Client& client, const Wire::Refusal& refusal);
+    void refuse(SettingsHandlerKit::Client& client, const Wire::Refusal& refusal);
 
     DeviceCommands commands;
-    std::shared_ptr<MessageHub> hub;
-    std::shared_ptr<TrafficObserver> traffic;
+    std::shared_ptr<SettingsHandlerKit::MessageHub> hub;
+    std::shared_ptr<SettingsHandlerKit::TrafficObserver> traffic;
     std::shared_ptr<MessageTrace> trace;
     PageAddress pageAddress;
 };

@@ -17,29 +17,30 @@ std::int64_t millisecondsSinceEpoch() {
 
 }  // namespace
 
-void MessageTrace::clientConnected(const Client& client) {
+void MessageTrace::clientConnected(const SettingsHandlerKit::Client& client) {
     numbers[&client] = ++lastNumber;
 }
 
-void MessageTrace::clientRefused(Origin /*origin*/) {}
+void MessageTrace::clientRefused(SettingsHandlerKit::Origin /*origin*/) {}
 
-void MessageTrace::clientDisconnected(const Client& client, DisconnectReason /*reason*/) {
+void MessageTrace::clientDisconnected(const SettingsHandlerKit::Client& client,
+                                      SettingsHandlerKit::DisconnectReason /*reason*/) {
     numbers.erase(&client);
 }
 
-void MessageTrace::frameReceived(const Client& client, const std::string& frame) {
+void MessageTrace::frameReceived(const SettingsHandlerKit::Client& client, const std::string& frame) {
     send("in", &client, frame);
 }
 
-void MessageTrace::frameSent(const Client* receiver, const std::string& frame) {
+void MessageTrace::frameSent(const SettingsHandlerKit::Client* receiver, const std::string& frame) {
     send("out", receiver, frame);
 }
 
 void MessageTrace::frameRefused(const std::string& /*code*/) {}
 
-void MessageTrace::requestHandled(int /*type*/, RequestOutcome /*outcome*/) {}
+void MessageTrace::requestHandled(int /*type*/, SettingsHandlerKit::RequestOutcome /*outcome*/) {}
 
-void MessageTrace::send(const char* direction, const Client* client, const std::string& text) {
+void MessageTrace::send(const char* direction, const SettingsHandlerKit::Client* client, const std::string& text) {
     if (watchers.empty()) {
         return;
     }
@@ -49,7 +50,7 @@ void MessageTrace::send(const char* direction, const Client* client, const std::
     trace.beginObject("trace");
     trace.number("timestamp", millisecondsSinceEpoch());
     trace.text("direction", direction);
-    trace.text("door", client == nullptr ? "all" : originName(client->origin()));
+    trace.text("door", client == nullptr ? "all" : SettingsHandlerKit::originName(client->origin()));
     const auto number = numbers.find(client);
     if (number == numbers.end()) {
         trace.null("client");

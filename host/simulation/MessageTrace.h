@@ -12,25 +12,26 @@ namespace SettingsHost {
 /// Copies all frames to the device clients that asked for it, each in a frame of its own:
 /// `{"trace":{"timestamp":…,"direction":"in","door":"page","client":2,"text":"…"}}`. Costs next to nothing while no
 /// client watches. One thread only.
-class MessageTrace : public TrafficObserver {
+class MessageTrace : public SettingsHandlerKit::TrafficObserver {
 public:
-    void watch(const std::shared_ptr<Client>& watcher) { watchers.insert(watcher); }
-    void unwatch(const std::shared_ptr<Client>& watcher) { watchers.erase(watcher); }
+    void watch(const std::shared_ptr<SettingsHandlerKit::Client>& watcher) { watchers.insert(watcher); }
+    void unwatch(const std::shared_ptr<SettingsHandlerKit::Client>& watcher) { watchers.erase(watcher); }
 
-    void clientConnected(const Client& client) override;
-    void clientRefused(Origin origin) override;
-    void clientDisconnected(const Client& client, DisconnectReason reason) override;
-    void frameReceived(const Client& client, const std::string& frame) override;
-    void frameSent(const Client* receiver, const std::string& frame) override;
+    void clientConnected(const SettingsHandlerKit::Client& client) override;
+    void clientRefused(SettingsHandlerKit::Origin origin) override;
+    void clientDisconnected(const SettingsHandlerKit::Client& client,
+                            SettingsHandlerKit::DisconnectReason reason) override;
+    void frameReceived(const SettingsHandlerKit::Client& client, const std::string& frame) override;
+    void frameSent(const SettingsHandlerKit::Client* receiver, const std::string& frame) override;
     void frameRefused(const std::string& code) override;
-    void requestHandled(int type, RequestOutcome outcome) override;
+    void requestHandled(int type, SettingsHandlerKit::RequestOutcome outcome) override;
 
 private:
-    void send(const char* direction, const Client* client, const std::string& text);
+    void send(const char* direction, const SettingsHandlerKit::Client* client, const std::string& text);
 
-    std::unordered_set<std::shared_ptr<Client>> watchers;
+    std::unordered_set<std::shared_ptr<SettingsHandlerKit::Client>> watchers;
     /// Connected clients, numbered in the order in which they connected.
-    std::unordered_map<const Client*, unsigned long> numbers;
+    std::unordered_map<const SettingsHandlerKit::Client*, unsigned long> numbers;
     unsigned long lastNumber = 0;
 };
 

@@ -7,7 +7,8 @@
 namespace SettingsHost {
 
 bool SimulatedAppLaunch::launchApp(std::string appName, std::string argument) {
-    logHost(VessaLogger::INFORMATION, "launching the application '" + appName + "' with '" + argument + "'");
+    SettingsHandlerKit::logHost(VessaLogger::INFORMATION,
+                                "launching the application '" + appName + "' with '" + argument + "'");
     lastAppName = std::move(appName);
     return true;
 }

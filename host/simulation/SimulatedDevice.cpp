@@ -25,7 +25,8 @@ constexpr const char* off = "off";
 
 }  // namespace
 
-SimulatedDevice::SimulatedDevice(StateStore& store, std::shared_ptr<ValueObserver> observerOfValues)
+SimulatedDevice::SimulatedDevice(SettingsHandlerKit::StateStore& store,
+                                 std::shared_ptr<SettingsHandlerKit::ValueObserver> observerOfValues)
     : state(store), valueObserver(std::move(observerOfValues)) {
     for (const auto& names : modeNames) {
         modes[names.deviceInfoKey] = state.load(names.deviceInfoKey) == on ? on : off;

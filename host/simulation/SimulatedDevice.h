@@ -20,7 +20,8 @@ public:
     enum class Mode { HANDS_FREE, ALWAYS_ON_VOICE, ALWAYS_ON_PTT };
 
     /// `valueObserver` is notified of each mode that really changed.
-    SimulatedDevice(StateStore& store, std::shared_ptr<ValueObserver> valueObserver);
+    SimulatedDevice(SettingsHandlerKit::StateStore& store,
+                    std::shared_ptr<SettingsHandlerKit::ValueObserver> valueObserver);
 
     std::map<std::string, std::string> getDeviceInfo() override;
 
@@ -40,8 +41,8 @@ public:
     bool switchHandsfree(bool enabled);
 
 private:
-    StateStore& state;
-    std::shared_ptr<ValueObserver> valueObserver;
+    SettingsHandlerKit::StateStore& state;
+    std::shared_ptr<SettingsHandlerKit::ValueObserver> valueObserver;
     std::map<std::string, std::string> modes;
     std::weak_ptr<DeviceAbstractionLayer::DeviceInfoObserverInterface> deviceInfoObserver;
     std::weak_ptr<DeviceAbstractionLayer::HandsfreeStateObserverInterface> handsfreeStateObserver;

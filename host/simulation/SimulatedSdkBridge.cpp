@@ -34,9 +34,10 @@ std::vector<std::string> stringsOf(const std::string& text) {
 
 }  // namespace
 
-SimulatedSdkBridge::SimulatedSdkBridge(StateStore& store, SDKWrapper::StorageManagerInterface& storageManager,
+SimulatedSdkBridge::SimulatedSdkBridge(SettingsHandlerKit::StateStore& store,
+                                       SDKWrapper::StorageManagerInterface& storageManager,
                                        std::shared_ptr<SimulatedDevice> simulatedDevice,
-                                       std::shared_ptr<ValueObserver> observerOfValues)
+                                       std::shared_ptr<SettingsHandlerKit::ValueObserver> observerOfValues)
     : state(store),
       storage(storageManager),
       device(std::move(simulatedDevice)),

@@ -20,8 +20,9 @@ namespace SettingsHost {
 class SimulatedSdkBridge : public teskVessa::SDKBridgeInterface {
 public:
     /// `valueObserver` is notified of each value that really changed.
-    SimulatedSdkBridge(StateStore& store, SDKWrapper::StorageManagerInterface& storageManager,
-                       std::shared_ptr<SimulatedDevice> simulatedDevice, std::shared_ptr<ValueObserver> valueObserver);
+    SimulatedSdkBridge(SettingsHandlerKit::StateStore& store, SDKWrapper::StorageManagerInterface& storageManager,
+                       std::shared_ptr<SimulatedDevice> simulatedDevice,
+                       std::shared_ptr<SettingsHandlerKit::ValueObserver> valueObserver);
 
     void setHandsFreeEnabled(bool enabled) override;
     /// Refuses all keys but the three that the handler hands over.
@@ -41,10 +42,10 @@ private:
     bool applyFriendlyName(const std::string& name);
     bool save(const std::string& settingDBId, std::string& current, const std::string& value);
 
-    StateStore& state;
+    SettingsHandlerKit::StateStore& state;
     SDKWrapper::StorageManagerInterface& storage;
     std::shared_ptr<SimulatedDevice> device;
-    std::shared_ptr<ValueObserver> valueObserver;
+    std::shared_ptr<SettingsHandlerKit::ValueObserver> valueObserver;
     std::string localesText;
     std::string currentTimezone;
     std::string captionsEnabled;

@@ -4,7 +4,7 @@
 
 #include "CommunicationHandler/MessageType.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -90,4 +90,4 @@ bool BoundedStorage::requestEnded() {
     return tooMuch;
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -10,7 +10,7 @@
 #include "SDKWrapper/StorageManagerInterface.h"
 #include "service/logging/RequestContext.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// A GetSettings request asks for more than the host has memory for. Thrown through the handler, which has changed
 /// nothing.
@@ -65,4 +65,4 @@ private:
     unsigned long request = 1;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

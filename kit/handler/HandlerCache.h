@@ -6,7 +6,7 @@
 #include "SettingsHandler/SettingsHandlerInterface.h"
 #include "handler/BoundedStorage.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Bounds the handler's cache: when it keeps more than `BoundedStorage::maximumKept` after a request, it is to be
 /// rebuilt. One thread only; the storage outlives it.
@@ -26,4 +26,4 @@ private:
     std::shared_ptr<SettingsHandler::SettingsHandlerInterface> handler;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

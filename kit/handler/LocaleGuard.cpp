@@ -4,7 +4,7 @@
 #include "Utils/RapidjsonUtil.h"
 #include "Wire/JsonShape.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 bool isSafeForHandler(const std::string& settingDBId, const std::string& value) {
     if (SettingsHandler::settingTypeFromName(settingDBId) != SettingsHandler::ORLIA_LOCALE) {
@@ -26,4 +26,4 @@ bool isRequestSafeForHandler(const rapidjson::Value& request) {
            !tryGetStringMember(payload->value, "to", value) || isSafeForHandler(settingDBId, value);
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -4,7 +4,7 @@
 
 #include "Utils/Rapidjson.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Rejects locale values that would end the process inside the handler: JSON that is not an array, and arrays nested
 /// deeper than `Wire::maximumNesting`. A text that is not JSON passes, because the handler refuses it. The check sees
@@ -16,4 +16,4 @@ bool isSafeForHandler(const std::string& settingDBId, const std::string& value);
 /// May a SetSettings request be delivered? `request` was parsed as the handler parses it.
 bool isRequestSafeForHandler(const rapidjson::Value& request);
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

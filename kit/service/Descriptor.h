@@ -4,7 +4,7 @@
 
 #include <unistd.h>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Owns a file descriptor and closes it; -1 is none.
 class Descriptor {
@@ -33,4 +33,4 @@ private:
     int number = -1;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -7,7 +7,7 @@
 #include "storage/FileNames.h"
 #include "storage/Files.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -95,4 +95,4 @@ bool isBackupDue(const std::string& databaseFile, std::chrono::seconds maximumAg
     return error || age > maximumAge || age < std::chrono::seconds(0);
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

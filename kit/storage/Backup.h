@@ -7,7 +7,7 @@
 
 struct sqlite3_backup;
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Copies the database a few pages at a time while it stays in use. The copy is consistent.
 ///
@@ -45,4 +45,4 @@ private:
 /// clock was wrong when it was made.
 bool isBackupDue(const std::string& databaseFile, std::chrono::seconds maximumAge);
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

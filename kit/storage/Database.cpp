@@ -9,7 +9,7 @@
 #include "storage/FileNames.h"
 #include "storage/Files.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -242,4 +242,4 @@ int Statement::run() {
     return sqlite3_changes(database.handle());
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

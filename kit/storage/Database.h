@@ -10,7 +10,7 @@
 struct sqlite3;
 struct sqlite3_stmt;
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// An operation of the database failed; `what()` is for the log.
 class DatabaseError : public std::runtime_error {
@@ -94,4 +94,4 @@ private:
     std::unique_ptr<sqlite3_stmt, Finalizer> statement;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

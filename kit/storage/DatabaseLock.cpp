@@ -9,7 +9,7 @@
 
 #include "storage/Database.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -44,4 +44,4 @@ Descriptor lockForRemoval(const std::string& file) {
     return opened;
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

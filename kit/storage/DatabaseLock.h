@@ -4,7 +4,7 @@
 
 #include "service/Descriptor.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 // Locks of a database file without SQLite, for files that SQLite does not lock or cannot read. A lock is held until the
 // descriptor is closed. A process that holds a lock for removal must not open the file with SQLite: the system drops
@@ -16,4 +16,4 @@ Descriptor lockForReading(const std::string& file);
 /// An exclusive lock against every process that uses SQLite. Errors: `DatabaseError` when the file is in use.
 Descriptor lockForRemoval(const std::string& file);
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -7,7 +7,7 @@
 
 #include "storage/Database.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -93,4 +93,4 @@ std::vector<std::string> companionFiles(const std::string& database) {
     return files;
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 // The names of the files that the storage keeps beside a database.
 
@@ -31,4 +31,4 @@ std::vector<std::string> databaseFiles(const std::string& database);
 /// Errors: `DatabaseError`.
 std::vector<std::string> companionFiles(const std::string& database);
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -13,7 +13,7 @@
 #include "service/Descriptor.h"
 #include "storage/Database.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -107,4 +107,4 @@ void copyFile(const std::string& from, const std::string& to) {
     syncFolderOf(to);
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 // Operations on files and folders of the storage. Each is synced: its effect survives a loss of power. Errors:
 // `DatabaseError`.
@@ -28,4 +28,4 @@ void removeFile(const std::string& file);
 /// Copies `from` to `to` (0600); replaces a file of that name.
 void copyFile(const std::string& from, const std::string& to);
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

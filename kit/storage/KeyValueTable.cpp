@@ -1,6 +1,6 @@
 #include "storage/KeyValueTable.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -73,4 +73,4 @@ int KeyValueTable::count() {
     return countStatement.number(0);
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -6,7 +6,7 @@
 
 #include "storage/Database.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// A table of keys and values of any bytes. Errors: `DatabaseError`; the table is unchanged then.
 /// The database outlives it.
@@ -35,4 +35,4 @@ private:
     Statement countStatement;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -9,7 +9,7 @@
 #include "storage/FileNames.h"
 #include "storage/Files.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -130,4 +130,4 @@ void finishLogOut(Database& database) {
     backUp(database);
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

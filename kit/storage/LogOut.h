@@ -5,7 +5,7 @@
 
 #include "storage/Database.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 // After a log-out no file of the storage holds a byte of a value from the table of settings. Deleted rows stay in free
 // pages, in the write-ahead log, in backups and in databases that were set aside, so these are erased as well. Other
@@ -26,4 +26,4 @@ void beginLogOut(Database& database, const std::function<void()>& removeValues);
 /// may be in progress. What cannot be erased is logged at level 3 and erased by a later call, also after a restart.
 void finishLogOut(Database& database);
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -8,7 +8,7 @@
 #include "storage/Files.h"
 #include "storage/LogOut.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -121,4 +121,4 @@ Database openOrRecover(const std::string& path, Recovery& recovery) {
     return database;
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

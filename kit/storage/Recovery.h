@@ -4,7 +4,7 @@
 
 #include "storage/Database.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// What was done about the database at the start.
 struct Recovery {
@@ -30,4 +30,4 @@ struct Recovery {
 /// `DatabaseError` when no database could be opened; nothing is lost then.
 Database openOrRecover(const std::string& path, Recovery& recovery);
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

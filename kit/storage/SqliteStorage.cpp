@@ -7,7 +7,7 @@
 #include "service/logging/HostLog.h"
 #include "storage/LogOut.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -166,4 +166,4 @@ StorageHealth SqliteStorage::health() {
     return now;
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -10,7 +10,7 @@
 #include "storage/StorageObserver.h"
 #include "storage/ValueObserver.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// The persistent storage of settings. A value that `setValue` accepted survives a loss of power.
 ///
@@ -65,4 +65,4 @@ private:
     std::optional<Usage> usage;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

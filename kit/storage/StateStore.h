@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Persistent state that is not a setting, such as that of the simulation.
 class StateStore {
@@ -19,4 +19,4 @@ public:
     virtual bool save(const std::string& key, const std::string& value) = 0;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

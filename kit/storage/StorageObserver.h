@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 enum class StorageOperation { READ, WRITE, REMOVE, CLEAR };
 
@@ -30,4 +30,4 @@ struct StorageHealth {
     std::size_t keys = 0;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -2,7 +2,7 @@
 
 #include "service/logging/HostLog.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 TableStateStore::TableStateStore(Database& database, const std::string& tableName) : table(database, tableName) {}
 
@@ -25,4 +25,4 @@ bool TableStateStore::save(const std::string& key, const std::string& value) {
     }
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -3,7 +3,7 @@
 #include "storage/KeyValueTable.h"
 #include "storage/StateStore.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// State in a table of its own in the database. The database outlives it.
 class TableStateStore : public StateStore {
@@ -17,4 +17,4 @@ private:
     KeyValueTable table;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Notified when the value of a setting changed at its owner.
 class ValueObserver {
@@ -15,4 +15,4 @@ public:
     virtual void valueChanged(const std::string& settingDBId) = 0;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

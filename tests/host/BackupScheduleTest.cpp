@@ -10,6 +10,8 @@
 
 namespace SettingsHost {
 
+using namespace SettingsHandlerKit;
+
 using namespace std::chrono_literals;
 
 class BackupScheduleTest : public BackupFixture {

@@ -29,16 +29,16 @@ struct SqliteStorageMaker {
     TestSupport::TemporaryDirectory folder;
     SettingsHostTests::StorageRecording recording;
     std::shared_ptr<SettingsHostTests::ValueRecording> values = std::make_shared<SettingsHostTests::ValueRecording>();
-    std::unique_ptr<SettingsHost::Database> database;
-    std::unique_ptr<SettingsHost::SqliteStorage> sqliteStorage;
+    std::unique_ptr<SettingsHandlerKit::Database> database;
+    std::unique_ptr<SettingsHandlerKit::SqliteStorage> sqliteStorage;
 
     SqliteStorageMaker() { reopen(); }
     SDKWrapper::StorageManagerInterface& storage() { return *sqliteStorage; }
     void reopen() {
         sqliteStorage.reset();
         database.reset();
-        database = std::make_unique<SettingsHost::Database>(folder / "settings.db");
-        sqliteStorage = std::make_unique<SettingsHost::SqliteStorage>(*database, values, recording);
+        database = std::make_unique<SettingsHandlerKit::Database>(folder / "settings.db");
+        sqliteStorage = std::make_unique<SettingsHandlerKit::SqliteStorage>(*database, values, recording);
     }
     void failWrites(bool fail) { fail ? disk.fillUpFrom(1) : disk.work(); }
 };
@@ -79,9 +79,10 @@ INSTANTIATE_TYPED_TEST_SUITE_P(SimulatedSdkBridge, SdkBridgeContract, SimulatedS
 
 struct MessageHubMaker {
     SettingsHostTests::LogRecording log;
-    SettingsHost::MessageHub hub{std::make_shared<SettingsHost::TrafficRecording>()};
-    std::array<std::shared_ptr<SettingsHost::RecordingClient>, 2> clients{
-        std::make_shared<SettingsHost::RecordingClient>(), std::make_shared<SettingsHost::RecordingClient>()};
+    SettingsHandlerKit::MessageHub hub{std::make_shared<SettingsHandlerKit::TrafficRecording>()};
+    std::array<std::shared_ptr<SettingsHandlerKit::RecordingClient>, 2> clients{
+        std::make_shared<SettingsHandlerKit::RecordingClient>(),
+        std::make_shared<SettingsHandlerKit::RecordingClient>()};
 
     MessageHubMaker() {
         for (const auto& client : clients) {
@@ -105,7 +106,7 @@ struct MessageHubMaker {
     }
 
 private:
-    const std::shared_ptr<SettingsHost::RecordingClient>& of(int client) const {
+    const std::shared_ptr<SettingsHandlerKit::RecordingClient>& of(int client) const {
         return clients.at(static_cast<std::size_t>(client));
     }
 };

@@ -15,6 +15,8 @@
 
 namespace SettingsHost {
 
+using namespace SettingsHandlerKit;
+
 namespace {
 
 /// All of the host from its transport to its disk, without listeners. The disk is opened first, and closed last.

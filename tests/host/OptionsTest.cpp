@@ -4,6 +4,8 @@
 
 namespace SettingsHost {
 
+using namespace SettingsHandlerKit;
+
 class OptionsTest : public ::testing::Test {
 protected:
     OptionsTest() {

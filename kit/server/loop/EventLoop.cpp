@@ -8,7 +8,7 @@
 
 #include "server/loop/UvHandle.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 class EventLoop::SignalWatch {
 public:
@@ -106,4 +106,4 @@ void EventLoop::end() {
     uv_run(loop.get(), UV_RUN_DEFAULT);
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

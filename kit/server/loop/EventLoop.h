@@ -7,7 +7,7 @@
 
 struct uv_loop_s;
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// The event loop. It wakes only when there is something to do. One thread only.
 class EventLoop {
@@ -46,4 +46,4 @@ private:
     std::vector<std::function<void()>> endActions;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -6,7 +6,7 @@
 
 #include "server/loop/UvHandle.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 class RepeatingTimer::Handle : public UvHandle<uv_timer_t, Handle> {
 public:
@@ -35,4 +35,4 @@ RepeatingTimer::~RepeatingTimer() {
     handle->closeHandle();
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -6,7 +6,7 @@
 
 #include "server/loop/EventLoop.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Calls an action repeatedly, from the event loop. The timer does not keep the loop running. The event loop
 /// outlives it, and runs once more afterwards.
@@ -24,4 +24,4 @@ private:
     std::shared_ptr<Handle> handle;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -5,7 +5,7 @@
 
 #include <uv.h>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// A libuv handle as a member of an object that lives, shared, until libuv has let go of the handle.
 ///
@@ -61,4 +61,4 @@ private:
     std::shared_ptr<Owner> owner;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

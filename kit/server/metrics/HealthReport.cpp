@@ -4,7 +4,7 @@
 
 #include "Wire/ObjectWriter.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -53,4 +53,4 @@ HttpAnswer HealthReport::answer(const StorageHealth& storage) const {
     return answer;
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

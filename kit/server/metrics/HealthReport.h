@@ -7,7 +7,7 @@
 #include "storage/Recovery.h"
 #include "storage/StorageObserver.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// The answer of `/healthz`:
 /// `{"status":"ok","version":"1.2.3","uptimeSeconds":12,"storage":{"writable":true,"keys":3,"failures":0}}`, with
@@ -33,4 +33,4 @@ private:
     bool serving = false;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -17,7 +17,7 @@
 #include "Wire/Catalogue.h"
 #include "server/metrics/ProcessUsage.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -241,4 +241,4 @@ void HostMetrics::storageOperation(StorageOperation operation, bool succeeded, s
     families->storageSeconds.at(index)->Observe(std::chrono::duration<double>(duration).count());
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -7,7 +7,7 @@
 #include "server/protocol/TrafficObserver.h"
 #include "storage/StorageObserver.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// The metrics of the host in the Prometheus text format.
 ///
@@ -44,4 +44,4 @@ private:
     std::unique_ptr<Families> families;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -11,7 +11,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -66,4 +66,4 @@ ProcessUsage readProcessUsage() {
     return usage;
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

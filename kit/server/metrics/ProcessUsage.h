@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// What the kernel reports about this process; a number that cannot be read is 0.
 struct ProcessUsage {
@@ -17,4 +17,4 @@ struct ProcessUsage {
 
 ProcessUsage readProcessUsage();
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

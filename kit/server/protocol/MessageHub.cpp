@@ -14,7 +14,7 @@
 #include "handler/LocaleGuard.h"
 #include "service/logging/HostLog.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -199,4 +199,4 @@ void MessageHub::registerMessageHandler(int messageType, std::function<void(cons
     handlers[messageType] = std::move(handler);
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -18,7 +18,7 @@ namespace Wire {
 struct Refusal;
 }
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 class HandlerCache;
 
@@ -87,4 +87,4 @@ private:
     std::set<std::string> announcedKeys;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -4,7 +4,7 @@
 
 #include "server/sockets/Client.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// The result of a request, as far as it can be seen from outside the handler.
 enum class RequestOutcome {
@@ -39,4 +39,4 @@ public:
     virtual void requestHandled(int type, RequestOutcome outcome) = 0;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -6,7 +6,7 @@
 
 #include "server/protocol/TrafficObserver.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Passes every notification on to each of its observers, in the order in which they were added.
 class TrafficObservers : public TrafficObserver {
@@ -53,4 +53,4 @@ private:
     std::vector<std::shared_ptr<TrafficObserver>> observers;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -8,7 +8,7 @@
 
 #include "server/loop/UvHandle.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -109,4 +109,4 @@ void Acceptor::close() {
     spare = Descriptor();
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -7,7 +7,7 @@
 #include "server/loop/EventLoop.h"
 #include "service/Descriptor.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Accepts the connections of a listening socket. One thread only. The event loop outlives it, and runs once more after
 /// `close`.
@@ -52,4 +52,4 @@ private:
     std::shared_ptr<Pause> pause;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -7,7 +7,7 @@
 
 #include "server/sockets/ListenerLimits.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -130,4 +130,4 @@ void ClientBacklog::overflow() {
     clear();
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

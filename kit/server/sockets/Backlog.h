@@ -10,7 +10,7 @@
 
 #include "server/sockets/Client.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 class ClientBacklog;
 
@@ -107,4 +107,4 @@ private:
     DisconnectReason reason = DisconnectReason::CLOSED;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

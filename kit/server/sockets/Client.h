@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Who asked for what is being done; events carry it as their "origin".
 enum class Origin { SOCKET, PAGE, DEVICE };
@@ -43,4 +43,4 @@ public:
     virtual ListenerKind listenerKind() const = 0;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -5,7 +5,7 @@
 
 #include "server/sockets/Client.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Notified by listeners of their clients and the clients' frames, always from the event loop and never from inside
 /// `Client::send`. A client is mentioned from `connected` to `disconnected`.
@@ -25,4 +25,4 @@ public:
     virtual void refused(Origin origin) = 0;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

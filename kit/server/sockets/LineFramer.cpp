@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -68,4 +68,4 @@ void LineFramer::compact() {
     }
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Cuts a stream of bytes into frames, one a line. Blank lines and a last line without its end are ignored. A frame
 /// over the limit is reported once, as soon as the limit is exceeded; the rest of its line is skipped.
@@ -40,4 +40,4 @@ private:
     bool skipping = false;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Why a listener cannot be opened, as a message for the person who starts the host.
 class ListenerError : public std::runtime_error {
@@ -10,4 +10,4 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

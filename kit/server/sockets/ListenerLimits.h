@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Limits that hold for a client at any listener.
 ///
@@ -21,4 +21,4 @@ constexpr int kernelBuffer = 64 * 1024;
 /// listeners, with the host's own files, need fewer descriptors than the 1,024 that a process usually may have.
 constexpr std::size_t maximumClients = 128;
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -11,7 +11,7 @@
 
 #include "server/sockets/ListenerError.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -78,4 +78,4 @@ void checkPassedLoopbackSocket(int descriptor) {
     adopt(descriptor);
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

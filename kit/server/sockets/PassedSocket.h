@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Checks a listening socket that another process opened, and makes it non-blocking and close-on-exec.
 
@@ -13,4 +13,4 @@ std::string checkPassedUnixSocket(int descriptor);
 /// Errors: `ListenerError` unless it is a TCP socket that listens at a loopback address.
 void checkPassedLoopbackSocket(int descriptor);
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -12,7 +12,7 @@
 #include "server/sockets/ListenerError.h"
 #include "service/manager/ManagerVariables.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -117,4 +117,4 @@ std::optional<Descriptor> PassedSockets::take(const std::string& name) {
     return taken;
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

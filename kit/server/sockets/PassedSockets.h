@@ -7,7 +7,7 @@
 
 #include "service/Descriptor.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// The listening sockets that a service manager opened and passed to this process, by their names.
 class PassedSockets {
@@ -24,4 +24,4 @@ private:
     std::map<std::string, Descriptor> sockets;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -10,7 +10,7 @@
 #include "Wire/FrameInspector.h"
 #include "server/sockets/UnixSocketListener.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -234,4 +234,4 @@ void SocketClient::closed() {
     }
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -9,7 +9,7 @@
 #include "server/sockets/Client.h"
 #include "server/sockets/LineFramer.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 class UnixSocketListener;
 
@@ -64,4 +64,4 @@ private:
     bool outputEnded = false;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -14,7 +14,7 @@
 
 #include "server/sockets/PassedSocket.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -143,4 +143,4 @@ int SocketFile::takeDescriptor() {
     return descriptor.release();
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

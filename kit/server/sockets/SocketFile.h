@@ -8,7 +8,7 @@
 #include "server/sockets/ListenerError.h"
 #include "service/Descriptor.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// A path to listen at, or a listening socket that another process opened.
 using SocketPlace = std::variant<std::string, Descriptor>;
@@ -43,4 +43,4 @@ private:
     bool removed = false;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

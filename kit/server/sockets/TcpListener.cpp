@@ -15,7 +15,7 @@
 #include "server/sockets/ListenerError.h"
 #include "server/sockets/PassedSocket.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -111,4 +111,4 @@ void TcpListener::close() {
     acceptor->close();
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

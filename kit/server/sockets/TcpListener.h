@@ -7,7 +7,7 @@
 #include "server/sockets/Acceptor.h"
 #include "service/Descriptor.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// A listening TCP socket whose connections send without delay (TCP_NODELAY). It is for protocols in which the client
 /// sends first: the kernel holds back a connection that sends nothing for a second (TCP_DEFER_ACCEPT). One thread only.
@@ -36,4 +36,4 @@ private:
     std::optional<Acceptor> acceptor;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

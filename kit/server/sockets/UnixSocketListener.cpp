@@ -11,7 +11,7 @@
 #include "server/sockets/ListenerLimits.h"
 #include "server/sockets/SocketClient.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Runs once a round of the event loop while clients have frames left.
 class UnixSocketListener::Turns : public UvHandle<uv_idle_t, Turns> {
@@ -140,4 +140,4 @@ void UnixSocketListener::closeNow() {
     }
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

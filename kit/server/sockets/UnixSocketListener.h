@@ -13,7 +13,7 @@
 #include "server/sockets/ClientListener.h"
 #include "server/sockets/SocketFile.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 class SocketClient;
 
@@ -88,4 +88,4 @@ private:
     bool closing = false;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -11,7 +11,7 @@
 
 #include "server/web/Hexadecimal.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -55,4 +55,4 @@ bool CookieSigner::isValid(const std::string& value, std::int64_t now) const {
     return -tolerance.count() <= age && age < lifetime.count();
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

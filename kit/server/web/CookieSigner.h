@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Compares in constant time.
 bool isSameSecret(const std::string& left, const std::string& right);
@@ -30,4 +30,4 @@ private:
     std::string secret;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 EvictionReport::EvictionReport(EventLoop& eventLoop, Report reportCount, std::chrono::milliseconds time)
     : loop(eventLoop), report(std::move(reportCount)), interval(time) {}
@@ -23,4 +23,4 @@ void EvictionReport::intervalEnded() {
     report(std::exchange(unreported, 0));
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -7,7 +7,7 @@
 
 #include "server/loop/RepeatingTimer.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Reports how many unauthenticated connections were closed to make room: the first at once, those of each `interval`
 /// after it together at its end, as long as there are any. So a flood of connections does not flood the log.
@@ -30,4 +30,4 @@ private:
     std::optional<RepeatingTimer> timer;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

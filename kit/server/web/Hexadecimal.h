@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// `size` bytes in lower-case hexadecimal.
 inline std::string hexadecimal(const unsigned char* bytes, std::size_t size) {
@@ -16,4 +16,4 @@ inline std::string hexadecimal(const unsigned char* bytes, std::size_t size) {
     return text;
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

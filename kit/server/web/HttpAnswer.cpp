@@ -6,7 +6,7 @@
 
 #include <libwebsockets.h>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -79,4 +79,4 @@ bool HttpExchange::proceed() {
     return lws_write(connection, buffer.data() + LWS_PRE, count, kind) >= static_cast<int>(count);
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

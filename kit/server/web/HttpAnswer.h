@@ -5,7 +5,7 @@
 
 struct lws;
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// The answer to an HTTP request.
 struct HttpAnswer {
@@ -42,4 +42,4 @@ private:
     std::size_t sent = 0;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

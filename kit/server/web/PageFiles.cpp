@@ -5,7 +5,7 @@
 #include <iterator>
 #include <stdexcept>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -80,4 +80,4 @@ const PageFile* PageFiles::find(const std::string& path) const {
     return file == files.end() ? nullptr : &file->second;
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// A file of the pages.
 struct PageFile {
@@ -33,4 +33,4 @@ private:
     std::map<std::string, PageFile> files;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

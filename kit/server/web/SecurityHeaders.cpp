@@ -6,7 +6,7 @@
 
 #include <libwebsockets.h>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 const lws_protocol_vhost_options* securityHeaders() {
     static const std::array<std::pair<const char*, const char*>, 5> headers{{
@@ -46,4 +46,4 @@ bool addSecurityHeaders(lws* connection, void* headOfAnswer) {
     return true;
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

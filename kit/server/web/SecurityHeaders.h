@@ -3,7 +3,7 @@
 struct lws;
 struct lws_protocol_vhost_options;
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Headers of every answer, the library's own refusals included.
 const lws_protocol_vhost_options* securityHeaders();
@@ -12,4 +12,4 @@ const lws_protocol_vhost_options* securityHeaders();
 /// when there is no room.
 bool addSecurityHeaders(lws* connection, void* headOfAnswer);
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -12,7 +12,7 @@
 
 #include "server/web/Hexadecimal.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -111,4 +111,4 @@ void WebAccess::replace(std::string key, std::string secret) {
     signer = CookieSigner(std::move(secret));
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -9,7 +9,7 @@
 #include "server/web/CookieSigner.h"
 #include "server/web/WebAddress.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// `bytes` random bytes from the kernel, in lower-case hexadecimal.
 /// Errors: `std::system_error`.
@@ -60,4 +60,4 @@ private:
 /// Is `text` an origin as browsers write it: scheme, "://", host and at most a port?
 bool isOrigin(const std::string& text);
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

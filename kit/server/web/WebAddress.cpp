@@ -5,7 +5,7 @@
 
 #include <arpa/inet.h>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -55,4 +55,4 @@ WebAddress parseWebAddress(const std::string& text) {
     return {address, parsePort(text.substr(colon + 1))};
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// A loopback address and port at which pages are served.
 struct WebAddress {
@@ -19,4 +19,4 @@ struct WebAddress {
 /// Errors: `std::invalid_argument` as a message for a person, also when the address is not a loopback address.
 WebAddress parseWebAddress(const std::string& text);
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 void WebConnections::authenticate(lws* connection) {
     const auto found = std::find(unauthenticated.begin(), unauthenticated.end(), connection);
@@ -22,4 +22,4 @@ bool WebConnections::isUnauthenticated(lws* connection) const {
     return std::find(unauthenticated.begin(), unauthenticated.end(), connection) != unauthenticated.end();
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -8,7 +8,7 @@
 
 struct lws;
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// The connections at the web port. One that has shown neither key nor cookie is unauthenticated. Few of those are
 /// kept, so that they cannot use up the places of others.
@@ -49,4 +49,4 @@ private:
     std::unordered_set<lws*> authenticated;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -5,7 +5,7 @@
 
 #include <libwebsockets.h>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -55,4 +55,4 @@ std::string offeredProtocols(lws* connection) {
     return header(connection, WSI_TOKEN_PROTOCOL).value_or("");
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

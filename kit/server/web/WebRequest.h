@@ -6,7 +6,7 @@
 
 struct lws;
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Headers longer than this in all are refused.
 constexpr std::size_t longestWebRequest = 4096;
@@ -22,4 +22,4 @@ bool isHead(lws* connection);
 std::string requestedPath(lws* connection);
 std::string offeredProtocols(lws* connection);
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -18,7 +18,7 @@
 #include "server/web/WebSocketRoutes.h"
 #include "service/logging/HostLog.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -370,4 +370,4 @@ void WebServer::replaceKey(const std::string& key, const std::string& secret) {
     }
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

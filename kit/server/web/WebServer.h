@@ -18,7 +18,7 @@ struct lws_context;
 struct lws_vhost;
 struct lws_retry_bo;
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 class WebSocketClient;
 
@@ -90,4 +90,4 @@ private:
     std::shared_ptr<Self> self = std::make_shared<Self>(Self{this});
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -2,7 +2,7 @@
 
 #include <libwebsockets.h>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 HttpAnswer WebSite::answer(const WebVisitor& visitor, bool isAdmitted, const std::string& path, bool isRead) const {
     const auto endpoint = endpoints.find(path);
@@ -29,4 +29,4 @@ HttpAnswer WebSite::answer(const WebVisitor& visitor, bool isAdmitted, const std
     return answer;
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -9,7 +9,7 @@
 #include "server/web/PageFiles.h"
 #include "server/web/WebAccess.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// What the web port serves, and to whom.
 struct WebSite {
@@ -26,4 +26,4 @@ struct WebSite {
     HttpAnswer answer(const WebVisitor& visitor, bool isAdmitted, const std::string& path, bool isRead) const;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

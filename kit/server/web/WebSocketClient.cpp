@@ -8,7 +8,7 @@
 
 #include "Wire/FrameInspector.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -185,4 +185,4 @@ void WebSocketClient::closed() {
     clientListener.disconnected(shared_from_this(), backlog.disconnectReason());
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -9,7 +9,7 @@
 
 struct lws;
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// One WebSocket connection. Its server calls the operations below for what libwebsockets reports; those that return a
 /// bool return false when the connection is to be closed now.
@@ -61,4 +61,4 @@ private:
     bool gone = false;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

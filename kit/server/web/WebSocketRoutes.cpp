@@ -4,7 +4,7 @@
 #include <array>
 #include <sstream>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -30,4 +30,4 @@ bool isWebSocketRoute(const std::string& path, const std::string& offeredProtoco
                        [&](const auto& route) { return path == route.path && protocol == route.protocol; });
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -4,7 +4,7 @@
 
 #include "server/sockets/Client.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Where a WebSocket is opened, with which subprotocol, and the origin of its clients.
 struct WebSocketRoute {
@@ -20,4 +20,4 @@ constexpr WebSocketRoute deviceRoute{"/device", "device.v1", Origin::DEVICE};
 /// that one.
 bool isWebSocketRoute(const std::string& path, const std::string& offeredProtocols);
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

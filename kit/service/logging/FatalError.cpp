@@ -12,7 +12,7 @@
 #include "service/logging/RequestContext.h"
 #include "service/logging/StandardErrorOutput.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 void reportFatalError(LogFormat format, LogFile* file, const std::string& reason) {
     const LogLine line{VessaLogger::ERROR, std::chrono::system_clock::now(), VessaLogger::Log::instance().getThreadId(),
@@ -30,4 +30,4 @@ void reportFatalError(LogFormat format, LogFile* file, const std::string& reason
     }
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

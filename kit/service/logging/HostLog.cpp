@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 void logHost(VessaLogger::LogLevel level, const std::string& text) {
     auto& log = VessaLogger::Log::instance();
@@ -10,4 +10,4 @@ void logHost(VessaLogger::LogLevel level, const std::string& text) {
                 VessaLogger::NATIVE_SERVICE);
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

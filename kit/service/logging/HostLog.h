@@ -4,9 +4,9 @@
 
 #include "VessaLogger/Log.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Logs "settings-host:" and `text` through the application's logger. Threads: any.
 void logHost(VessaLogger::LogLevel level, const std::string& text);
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

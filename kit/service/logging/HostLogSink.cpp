@@ -9,7 +9,7 @@
 #include "service/logging/Journal.h"
 #include "service/logging/StandardErrorOutput.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -85,4 +85,4 @@ LogSink makeHostLogSink(const LogOptions& options, const std::shared_ptr<const R
     };
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -8,7 +8,7 @@
 #include "service/logging/LogLine.h"
 #include "service/logging/RequestContext.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// The options of the log.
 struct LogOptions {
@@ -25,4 +25,4 @@ struct LogOptions {
 LogSink makeHostLogSink(const LogOptions& options, const std::shared_ptr<const RequestContext>& context,
                         const std::shared_ptr<LogFile>& file);
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

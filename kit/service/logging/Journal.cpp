@@ -13,7 +13,7 @@
 
 #include "Wire/ControlCharacters.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -86,4 +86,4 @@ bool Journal::send(const std::string& entry) {
                     reinterpret_cast<const sockaddr*>(&address), sizeof(address)) >= 0;
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -7,7 +7,7 @@
 #include "service/logging/LogLine.h"
 #include "service/logging/RequestContext.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Is standard error connected to systemd's journal? Then entries with fields can be sent to it.
 bool isStandardErrorTheJournal();
@@ -33,4 +33,4 @@ private:
     int descriptor;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -10,7 +10,7 @@
 #include "Wire/ControlCharacters.h"
 #include "Wire/ObjectWriter.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -73,4 +73,4 @@ std::string LineFormat::textOf(const LogLine& line) const {
            Wire::escapeControlCharacters(line.text) + "\n";
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

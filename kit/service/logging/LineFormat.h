@@ -6,7 +6,7 @@
 #include "service/logging/LogLine.h"
 #include "service/logging/RequestContext.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 enum class LogFormat { TEXT, JSON };
 
@@ -25,4 +25,4 @@ private:
     std::shared_ptr<const RequestContext> context;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

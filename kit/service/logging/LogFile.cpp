@@ -9,7 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -120,4 +120,4 @@ bool LogFile::write(const std::string& line) {
     return (!isFull || rotate()) && append(line);
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

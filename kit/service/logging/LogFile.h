@@ -5,7 +5,7 @@
 
 #include "service/logging/LogOutput.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// A log file with mode 0600 from its creation, whatever the umask. Before it exceeds the limit it is rotated: FILE
 /// becomes FILE.1, FILE.1 becomes FILE.2. Links, files of other users and anything but regular files are refused. A
@@ -43,4 +43,4 @@ private:
     std::string reason;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -6,7 +6,7 @@
 
 #include "VessaLogger/Log.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// One line of the log, as the application's logger emits it. The references are valid during the call only.
 struct LogLine {
@@ -21,4 +21,4 @@ struct LogLine {
 /// Takes one line at a time, on the thread that logs. Must not log itself.
 using LogSink = std::function<void(const LogLine&)>;
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

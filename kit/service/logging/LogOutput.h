@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// A destination of log lines. Never blocks, and never throws because a line cannot be written.
 class LogOutput {
@@ -16,4 +16,4 @@ public:
     virtual bool write(const std::string& line) = 0;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

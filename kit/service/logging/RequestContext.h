@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// A request that is being handled.
 struct CurrentRequest {
@@ -36,4 +36,4 @@ private:
     std::optional<CurrentRequest> request;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

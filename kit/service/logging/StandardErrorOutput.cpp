@@ -10,7 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 StandardErrorOutput::StandardErrorOutput(int descriptor) : target(descriptor) {
     struct stat status {};
@@ -73,4 +73,4 @@ bool StandardErrorOutput::write(const std::string& line) {
     return written > 0;
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -5,7 +5,7 @@
 
 #include "service/logging/LogOutput.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Writes lines to standard error. A line is lost when a pipe or socket is full, as its reader may have stopped. A line
 /// that was written in part is completed before the next one. Writes to files and terminals block.
@@ -29,4 +29,4 @@ private:
     std::string rest;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

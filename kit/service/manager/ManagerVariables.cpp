@@ -6,7 +6,7 @@
 
 #include <unistd.h>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 std::optional<std::string> managerVariable(const char* name) {
     const char* const value = std::getenv(name);
@@ -31,4 +31,4 @@ bool isMeantForThisProcess(const char* name) {
     return managerNumber(name) == static_cast<std::uint64_t>(::getpid());
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

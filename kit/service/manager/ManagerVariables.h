@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 // Environment variables that a service manager sets for the program it starts.
 
@@ -15,4 +15,4 @@ std::optional<std::uint64_t> managerNumber(const char* name);
 /// Is the variable the id of this process? Child processes inherit variables that are not meant for them.
 bool isMeantForThisProcess(const char* name);
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

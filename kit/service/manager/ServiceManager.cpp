@@ -11,7 +11,7 @@
 #include "service/Descriptor.h"
 #include "service/manager/ManagerVariables.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -65,4 +65,4 @@ std::optional<std::chrono::milliseconds> watchdogTimeout() {
     }
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

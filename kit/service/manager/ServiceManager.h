@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 // Notifications to the service manager that started the program. Without one, or when it cannot be reached, they do
 // nothing. `status` is one line, which every user of the machine can read.
@@ -19,4 +19,4 @@ void notifyAlive();
 /// watchdog.
 std::optional<std::chrono::milliseconds> watchdogTimeout();
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

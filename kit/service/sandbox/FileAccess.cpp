@@ -11,7 +11,7 @@
 
 #include "service/Descriptor.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -83,4 +83,4 @@ std::string limitFileAccess(const SandboxFolders& folders) {
     return "";
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

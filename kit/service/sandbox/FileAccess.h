@@ -4,10 +4,10 @@
 
 #include "service/sandbox/Sandbox.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Restricts opening, creating, renaming and removing files to `folders` and the files in docs/sandbox.md. Open
 /// descriptors stay usable. Needs no_new_privs. Returns: the reason of a failure; empty on success.
 std::string limitFileAccess(const SandboxFolders& folders);
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

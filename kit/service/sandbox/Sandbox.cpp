@@ -14,7 +14,7 @@
 #include "service/sandbox/FileAccess.h"
 #include "service/sandbox/SystemCalls.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -57,4 +57,4 @@ void enterSandbox(const SandboxFolders& folders) {
     report("cannot restrict system calls", limitSystemCalls());
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

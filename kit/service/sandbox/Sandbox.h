@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// The folders that the program needs after its start.
 struct SandboxFolders {
@@ -19,4 +19,4 @@ struct SandboxFolders {
 /// threads start.
 void enterSandbox(const SandboxFolders& folders);
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

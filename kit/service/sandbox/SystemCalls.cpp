@@ -10,7 +10,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -118,4 +118,4 @@ std::string limitSystemCalls() {
     return error == 0 ? "" : std::strerror(-error);
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

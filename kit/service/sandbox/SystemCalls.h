@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// System calls that the program makes while it serves; docs/sandbox.md gives the reasons.
 const std::vector<std::string>& allowedCalls();
@@ -16,4 +16,4 @@ const std::vector<std::string>& fatalCalls();
 /// Returns: the reason of a failure; empty on success.
 std::string limitSystemCalls();
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

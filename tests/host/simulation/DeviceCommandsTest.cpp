@@ -7,6 +7,8 @@
 
 namespace SettingsHost {
 
+using namespace SettingsHandlerKit;
+
 namespace {
 
 /// Does with notifications what the handler does, as far as these commands show it.

@@ -9,6 +9,8 @@
 
 namespace SettingsHost {
 
+using namespace SettingsHandlerKit;
+
 class DeviceConsoleTest : public ::testing::Test {
 protected:
     DeviceConsoleTest() {

@@ -7,6 +7,8 @@
 
 namespace SettingsHost {
 
+using namespace SettingsHandlerKit;
+
 class Simulation : public ::testing::Test {
 protected:
     Simulation() { restart(); }

@@ -1,7 +1,7 @@
 #include "SettingsHandlerTesting/FakeStorage.h"
 #include "handler/BoundedStorage.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 class BoundedStorageTest : public ::testing::Test {
 protected:
@@ -115,4 +115,4 @@ TEST_F(BoundedStorageTest, PassesOnWhatTheStorageSays) {
     EXPECT_EQ(read("none"), "");
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -1,7 +1,7 @@
 #include "Wire/FrameInspector.h"
 #include "handler/LocaleGuard.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -71,4 +71,4 @@ TEST(LocaleGuard, ReadsRequestsAsTheHandlerDoes) {
     EXPECT_TRUE(isRequestSafeForHandler(rapidjson::Value(rapidjson::kArrayType)));
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

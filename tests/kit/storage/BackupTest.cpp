@@ -5,7 +5,7 @@
 
 #include "kit/support/BackupFixture.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 using namespace std::chrono_literals;
 
@@ -128,4 +128,4 @@ TEST_F(BackupTest, ADamagedCopyDoesNotReplaceAGoodOne) {
     EXPECT_FALSE(std::filesystem::exists(backupName(file, 2)));
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -17,7 +17,7 @@
 #include "support/Sanitizers.h"
 #include "support/TemporaryDirectory.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -392,4 +392,4 @@ TEST_F(LogOutTest, WheneverThePowerIsCutItIsDoneOrNothingIsLost) {
     EXPECT_GT(undone, 0);
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

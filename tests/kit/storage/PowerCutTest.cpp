@@ -9,7 +9,7 @@
 #include "support/Sanitizers.h"
 #include "support/TemporaryDirectory.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -128,4 +128,4 @@ TEST(PowerCutTest, NothingThatWasAnsweredIsLost) {
     RecordProperty("cutsInsideAChange", std::to_string(insideAChange));
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

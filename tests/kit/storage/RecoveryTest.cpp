@@ -13,7 +13,7 @@
 #include "support/Files.h"
 #include "support/TemporaryDirectory.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 class RecoveryTest : public ::testing::Test {
 protected:
@@ -304,4 +304,4 @@ TEST_F(RecoveryPowerCutTest, LaterLosesNoChangeThatWasAnswered) {
     }
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -8,7 +8,7 @@
 #include "storage/SqliteStorage.h"
 #include "support/TemporaryDirectory.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -196,4 +196,4 @@ TEST_F(StorageFaultsTest, AnErrorWhileReadingAnswersNothingAndChangesNothing) {
     EXPECT_EQ(value.size(), 60001U);
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

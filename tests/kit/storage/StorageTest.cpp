@@ -14,7 +14,7 @@
 #include "support/Files.h"
 #include "support/TemporaryDirectory.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 using TestSupport::modeOf;
 
@@ -389,4 +389,4 @@ TEST_F(StorageTest, NotifiesItsObserverOfEveryOperationAndReportsItsHealth) {
     EXPECT_TRUE(recording.timed);
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -15,7 +15,7 @@
 #include "storage/KeyValueTable.h"
 #include "support/TemporaryDirectory.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// A database that can be backed up, on a disk that can fail.
 class BackupFixture : public ::testing::Test {
@@ -66,4 +66,4 @@ protected:
     KeyValueTable table{database, "settings"};
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -9,7 +9,7 @@
 namespace SettingsHostTests {
 
 /// A state store in memory that can fail on request.
-class MemoryState : public SettingsHost::StateStore {
+class MemoryState : public SettingsHandlerKit::StateStore {
 public:
     std::map<std::string, std::string> values;
     bool refuses = false;

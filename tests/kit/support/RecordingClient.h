@@ -6,7 +6,7 @@
 
 #include "server/sockets/Client.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// A client that records the frames sent to it.
 class RecordingClient : public Client {
@@ -32,4 +32,4 @@ private:
     ListenerKind kind;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

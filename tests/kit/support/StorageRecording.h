@@ -9,9 +9,9 @@
 namespace SettingsHostTests {
 
 /// Records the operations of a storage as text.
-class StorageRecording : public SettingsHost::StorageObserver {
+class StorageRecording : public SettingsHandlerKit::StorageObserver {
 public:
-    void storageOperation(SettingsHost::StorageOperation operation, bool succeeded,
+    void storageOperation(SettingsHandlerKit::StorageOperation operation, bool succeeded,
                           std::chrono::nanoseconds duration) override {
         static const char* const names[] = {"read", "write", "remove", "clear"};
         lines.push_back(std::string(names[static_cast<int>(operation)]) + (succeeded ? "" : " failed"));

@@ -6,7 +6,7 @@
 
 #include "server/protocol/TrafficObserver.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Keeps the notifications as lines, in order.
 class TrafficRecording : public TrafficObserver {
@@ -37,4 +37,4 @@ private:
     std::vector<std::string> lines;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

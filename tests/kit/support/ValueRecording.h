@@ -9,7 +9,7 @@
 namespace SettingsHostTests {
 
 /// Keeps the keys that it is notified of.
-class ValueRecording : public SettingsHost::ValueObserver {
+class ValueRecording : public SettingsHandlerKit::ValueObserver {
 public:
     void valueChanged(const std::string& settingDBId) override { keys.push_back(settingDBId); }
 

@@ -6,7 +6,7 @@
 #include "support/LineClient.h"
 #include "support/TemporaryDirectory.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 class EventLoopTest : public ::testing::Test {
 protected:
@@ -86,4 +86,4 @@ TEST_F(EventLoopTest, RunsEndActionsWhenNothingIsOpen) {
     EXPECT_EQ(done.back(), "destroyed");
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

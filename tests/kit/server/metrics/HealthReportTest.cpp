@@ -1,6 +1,6 @@
 #include "server/metrics/HealthReport.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 TEST(HealthReportTest, AnswersOnlyWhileTheHostServes) {
     HealthReport report("1.2.3", {});
@@ -48,4 +48,4 @@ TEST(HealthReportTest, ReportsWhatReplacedADamagedDatabase) {
               R"("failures":0,"recoveredFrom":"defaults"}})");
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

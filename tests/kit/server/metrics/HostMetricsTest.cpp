@@ -9,7 +9,7 @@
 #include "kit/support/RecordingClient.h"
 #include "server/metrics/HostMetrics.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 class HostMetricsTest : public ::testing::Test {
 protected:
@@ -182,4 +182,4 @@ TEST_F(HostMetricsTest, HoldsTheMetricsOfItsProcess) {
     EXPECT_GT(metric("process_cpu_seconds_total"), before);
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -4,7 +4,7 @@
 #include "kit/support/RecordingClient.h"
 #include "server/metrics/HostMetrics.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -97,4 +97,4 @@ TEST(MetricsTextTest, ShowsEverySeriesFromTheStart) {
     EXPECT_EQ(series("settings_host_storage_seconds_bucket"), 4 * 10);
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

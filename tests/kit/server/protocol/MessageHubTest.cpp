@@ -10,7 +10,7 @@
 #include "kit/support/TrafficRecording.h"
 #include "server/protocol/MessageHub.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -360,4 +360,4 @@ TEST_F(MessageHubTest, ReportsTheOutcomeOfEachRequest) {
     EXPECT_EQ(outcomeOf([] {}), "handled 24 SILENT");
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -13,7 +13,7 @@
 #include "support/Sanitizers.h"
 #include "support/TemporaryDirectory.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -58,4 +58,4 @@ TEST(Acceptor, PausesWhileThereIsNotEvenTheSpareDescriptor) {
     file.remove();
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -1,7 +1,7 @@
 #include "server/sockets/Backlog.h"
 #include "server/sockets/ListenerLimits.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -188,4 +188,4 @@ TEST_F(ClientBacklogTest, InputIsPausedWhileMoreThan64KiBAreUnreadAndResumedOnce
     EXPECT_FALSE(reader.resumeInput());
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -1,6 +1,6 @@
 #include "server/sockets/LineFramer.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -111,4 +111,4 @@ TEST(LineFramer, DoesNotDependOnTheChunksOfTheBytes) {
     }
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -4,7 +4,7 @@
 #include "server/sockets/UnixSocketListener.h"
 #include "support/LineClient.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// A listener whose clients may let little wait together. They say their names first.
 class BudgetedUnixSocketListenerTest : public ListenerTest<UnixSocketListener> {
@@ -93,4 +93,4 @@ TEST_F(BudgetedUnixSocketListenerTest, UnfinishedFramesOfClientsCountToo) {
     EXPECT_LT(tooSlow, 30);
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -19,7 +19,7 @@
 #include "support/LineReader.h"
 #include "support/TemporaryDirectory.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Observes listeners in a test: keeps their clients, counts, and by default answers each frame in angle brackets.
 /// Listeners notify it on the thread of their loop.
@@ -103,4 +103,4 @@ private:
     std::thread thread;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

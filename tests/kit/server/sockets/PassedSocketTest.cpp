@@ -13,7 +13,7 @@
 #include "support/TemporaryDirectory.h"
 #include "support/WebClient.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 using TestSupport::boundUnixSocket;
 using TestSupport::listeningTcpSocket;
@@ -96,4 +96,4 @@ TEST_F(PassedSocketTest, AListenerKnowsTheAddressOfItsPassedSocket) {
     EXPECT_THROW(TcpListener{Descriptor(::dup(listeningTcpSocket("0.0.0.0").get()))}, ListenerError);
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

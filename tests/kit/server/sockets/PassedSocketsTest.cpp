@@ -5,7 +5,7 @@
 #include "server/sockets/ListenerError.h"
 #include "server/sockets/PassedSockets.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// The variables with which a service manager passes sockets, in this process.
 class PassedSocketsTest : public ::testing::Test {
@@ -75,4 +75,4 @@ TEST_F(PassedSocketsTest, RefusesVariablesThatContradictEachOther) {
     EXPECT_EQ(errorOfTaking(), start + "Bad file descriptor");
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -15,7 +15,7 @@
 #include "support/LineClient.h"
 #include "support/TemporaryDirectory.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 class SocketFileTest : public ::testing::Test {
 protected:
@@ -197,4 +197,4 @@ TEST_F(SocketFileTest, RefusesAPathThatIsTooLong) {
     expectRefused(folder / std::string(120, 'x') + "/s.sock", "longer than 107 bytes");
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

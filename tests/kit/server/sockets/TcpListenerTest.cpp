@@ -17,7 +17,7 @@
 #include "support/Sanitizers.h"
 #include "support/WebClient.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 class TcpListenerTest : public ::testing::Test {
 protected:
@@ -180,4 +180,4 @@ TEST_F(TcpListenerTest, WithoutTheSpareDescriptorConnectionsWaitAndTheLoopSleeps
     EXPECT_EQ(taken.size(), 1U) << "it was served when there was room again";
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

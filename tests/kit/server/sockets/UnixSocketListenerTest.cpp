@@ -13,7 +13,7 @@
 #include "support/Sanitizers.h"
 #include "support/TemporaryDirectory.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// A listener that answers each frame, on a loop in a thread of its own.
 class UnixSocketListenerTest : public ListenerTest<UnixSocketListener> {
@@ -388,4 +388,4 @@ TEST_F(UnixSocketListenerTest, ManyClientsComeAndGo) {
     waitFor([&] { return disconnections == 300; });
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -21,7 +21,7 @@ extern "C" int lws_timingsafe_bcmp(const void* left, const void* right, std::uin
     return original(left, right, size);
 }
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -93,4 +93,4 @@ TEST(CookieSignerTest, TheKeyIsComparedInConstantTime) {
     EXPECT_EQ(compared, std::vector<std::uint32_t>{6});
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -4,7 +4,7 @@
 #include "server/sockets/TcpListener.h"
 #include "server/web/EvictionReport.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Counts evictions on a loop, whose timers end in their order however slow the machine is.
 class EvictionReportTest : public ::testing::Test {
@@ -61,4 +61,4 @@ TEST_F(EvictionReportTest, AfterAQuietIntervalTheNextIsReportedAtOnceAgain) {
     EXPECT_EQ(reported, (std::vector<std::size_t>{1, 1, 1}));
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -7,7 +7,7 @@
 #include "server/web/PageFiles.h"
 #include "support/TemporaryDirectory.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 class PageFilesTest : public ::testing::Test {
 protected:
@@ -77,4 +77,4 @@ TEST_F(PageFilesTest, ReportsWhyAFolderIsUnusable) {
     EXPECT_EQ(failure(), "cannot read the pages' folder " + (folder / "pages") + ": No such file or directory");
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -3,7 +3,7 @@
 #include "kit/server/web/WebServerFixture.h"
 #include "kit/support/LogRecording.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 using TestSupport::httpGet;
 using TestSupport::HttpResponse;
@@ -179,4 +179,4 @@ TEST_F(UnauthenticatedConnectionsTest, ManyEvictionsAreLoggedInOneLine) {
                   "2 settings-host:web: connections without key or cookie closed to make room for others: 1"});
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -2,7 +2,7 @@
 
 #include "server/web/WebAccess.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -147,4 +147,4 @@ TEST(OriginTest, IsSchemeHostAndPort) {
     }
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -2,7 +2,7 @@
 
 #include "server/web/WebAddress.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 TEST(WebAddressTest, ReadsLoopbackAddresses) {
     EXPECT_EQ(parseWebAddress("127.0.0.1:8097").text(), "127.0.0.1:8097");
@@ -37,4 +37,4 @@ TEST(WebAddressTest, RefusesEverythingElseWithAMessage) {
     }
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

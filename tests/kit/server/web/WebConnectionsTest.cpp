@@ -1,6 +1,6 @@
 #include "server/web/WebConnections.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// Connections are known by their addresses alone.
 class WebConnectionsTest : public ::testing::Test {
@@ -80,4 +80,4 @@ TEST_F(WebConnectionsTest, ForgettingAuthenticationKeepsOnlyTheGivenOnes) {
     EXPECT_EQ(unauthenticated, 39U);
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -9,7 +9,7 @@
 #include "server/web/WebServer.h"
 #include "support/WebClient.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 /// A web port with two pages, on a loop in a thread of its own. Its WebSockets answer each frame in angle brackets.
 class WebServerTest : public ListenerTest<WebServer> {
@@ -50,4 +50,4 @@ protected:
     WebServer* webServer = nullptr;
 };
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -7,7 +7,7 @@
 #include "kit/server/web/WebServerFixture.h"
 #include "support/ProcessUsage.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 using TestSupport::httpGet;
 using TestSupport::HttpResponse;
@@ -382,4 +382,4 @@ TEST_F(WebServerTest, GarbageDoesNotDisturbOtherClients) {
     EXPECT_EQ(good.receiveText(), "<x>");
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

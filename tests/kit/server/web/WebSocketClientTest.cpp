@@ -6,7 +6,7 @@
 #include "kit/server/web/WebServerFixture.h"
 #include "server/loop/RepeatingTimer.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 using TestSupport::WebSocket;
 
@@ -157,4 +157,4 @@ TEST_F(BudgetedWebSocketClientTest, UnfinishedMessagesOfClientsCountToo) {
     EXPECT_EQ(reader.receiveText(), "<x>");
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -16,7 +16,7 @@
 #include "support/Files.h"
 #include "support/TemporaryDirectory.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 class HostLogSinkTest : public ::testing::Test {
 protected:
@@ -213,4 +213,4 @@ TEST_F(HostLogSinkTest, AnUnwritableLogFileIsReportedAndLinesStillGoToStandardEr
     EXPECT_NE(kept[1].find("settings-host:b"), std::string::npos);
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -8,7 +8,7 @@
 #include "support/NotificationSocket.h"
 #include "support/TemporaryDirectory.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 class JournalTest : public ::testing::Test {
 protected:
@@ -80,4 +80,4 @@ TEST_F(JournalTest, TheEnvironmentSaysWhetherStandardErrorIsTheJournal) {
     ::unsetenv("JOURNAL_STREAM");
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -10,7 +10,7 @@
 #include "support/Files.h"
 #include "support/TemporaryDirectory.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 using TestSupport::contentOf;
 using TestSupport::modeOf;
@@ -160,4 +160,4 @@ TEST_F(LogFileTest, KeepsNoHalfLinesWhenTheDiskIsFull) {
     EXPECT_EQ(contentOf(path), "abc\njkl\n");
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -10,7 +10,7 @@
 #include "support/LineReader.h"
 #include "support/TemporaryDirectory.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 class StandardErrorOutputTest : public ::testing::Test {
 protected:
@@ -109,4 +109,4 @@ TEST_F(StandardErrorOutputTest, AFileGetsEveryLine) {
     EXPECT_FALSE(nowhere.write("lost\n"));
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

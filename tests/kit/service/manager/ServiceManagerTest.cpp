@@ -8,7 +8,7 @@
 
 namespace SettingsHostTests {
 
-using namespace SettingsHost;
+using namespace SettingsHandlerKit;
 
 /// Sets the environment of a service manager in this process.
 class ServiceManagerTest : public ::testing::Test {

@@ -24,7 +24,7 @@
 #include "support/Sanitizers.h"
 #include "support/TemporaryDirectory.h"
 
-namespace SettingsHost {
+namespace SettingsHandlerKit {
 
 namespace {
 
@@ -202,4 +202,4 @@ TEST_F(SandboxTest, TheListsDoNotOverlap) {
     }
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit
