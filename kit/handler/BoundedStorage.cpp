@@ -52,7 +52,7 @@ void BoundedStorage::getValue(const std::string& key, std::string& value) {
     gatheredBytes += value.size();
     // The values are gathered and copied once before they become a frame.
     if (gatheredBytes > maximumReply || (gatheredBytes > smallReply && !hasRoomFor(2 * gatheredBytes))) {
-        throw ReadLimitExceeded("more is asked for than there is memory for");
+        throw ReadLimitExceeded("the values exceed the memory for reading");
     }
 }
 

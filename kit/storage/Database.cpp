@@ -127,10 +127,10 @@ void Database::check() {
     Statement tables(*this, "SELECT count(*) FROM sqlite_schema");
     tables.step();
     if (owner != applicationId && (owner != 0 || version != 0 || tables.number(0) != 0)) {
-        throw DatabaseError(path + " belongs to another program; it was left as it is");
+        throw DatabaseError(path + " belongs to another program; left unchanged");
     }
     if (version > schemaVersion) {
-        throw NewerDatabase(path + " was written by a newer version; it was left as it is");
+        throw NewerDatabase(path + " was written by a newer version; left unchanged");
     }
     Statement quickCheck(*this, "PRAGMA quick_check(1)");
     quickCheck.step();

@@ -28,7 +28,7 @@ constexpr std::size_t unauthenticatedConnections = 32;
 constexpr std::size_t idleConnectionCost = 64UL * 1024;
 
 const std::string noRoom =
-    R"({"error":{"code":"too-many-clients","message":"the host has no room for one more client"}})";
+    R"({"error":{"code":"too-many-clients","message":"the host has reached its limit of clients"}})";
 const std::string notJson = R"({"error":{"code":"not-json","message":"the frame is not JSON"}})";
 
 }  // namespace

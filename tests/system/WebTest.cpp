@@ -111,7 +111,7 @@ TEST_F(HostWeb, ANewKeyThatCannotBeStoredIsRefusedAndTheOldOneStaysValid) {
     ASSERT_EQ(::prlimit(host->pid(), RLIMIT_FSIZE, &full, nullptr), 0);
     EXPECT_EQ(device(R"({"command":"page","newKey":true})"),
               R"({"error":{"code":"not-written","message":)"
-              R"("the new key could not be stored: the old key and its cookies still hold"}})");
+              R"("the new key could not be stored: the old key and its cookies stay valid"}})");
     EXPECT_EQ(httpGet(port, "/?key=" + key).status, 200);
     EXPECT_EQ(httpGet(port, "/", {"Cookie: " + cookie}).status, 200);
     openPage->sendText(getRequest(R"(["deviceName"])"));

@@ -122,7 +122,7 @@ struct HostMetrics::Families {
     }
 
     void addTraffic() {
-        auto& requestFamily = counter("settings_host_requests_total", "Requests that reached the handler's door.");
+        auto& requestFamily = counter("settings_host_requests_total", "Requests that reached the handler.");
         for (const int type : {7, 18, 19, 22, 24, 0}) {
             for (const auto* outcome : outcomeNames) {
                 requests[typeName(type)].add(outcome,

@@ -24,7 +24,7 @@ std::int64_t millisecondsSinceEpoch() {
 }
 
 Wire::Refusal busy() {
-    return {"busy", "too much waits for clients that do not read; ask again later, or for fewer settings"};
+    return {"busy", "too much data is queued for clients that do not read; try again later or request fewer settings"};
 }
 
 /// Cut to the length of a key that can be stored, so that no client fills the log.

@@ -47,7 +47,7 @@ TEST(MetricsTextTest, DescribesEachFamilyOnceAndGivesItsSeries) {
             "# HELP settings_host_clients Clients that are connected.",
             "# HELP settings_host_clients_turned_away_total Clients refused because there was no room.",
             "# HELP settings_host_refusals_total Frames that the transport refused.",
-            "# HELP settings_host_requests_total Requests that reached the handler's door.",
+            "# HELP settings_host_requests_total Requests that reached the handler.",
             "# HELP settings_host_slow_clients_disconnected_total Clients disconnected because they did not read.",
             "# HELP settings_host_storage_failures_total Operations of the storage that failed.",
             "# HELP settings_host_storage_seconds How long operations of the storage took.",

@@ -349,7 +349,7 @@ TEST_F(UnixSocketListenerTest, StoppingDoesNotWaitForAClientThatDoesNotRead) {
 
 TEST_F(UnixSocketListenerTest, ClientsOverTheLimitAreRefusedUntilOneDisconnects) {
     const std::string refusal =
-        R"({"error":{"code":"too-many-clients","message":"the host has no room for one more client"}})"
+        R"({"error":{"code":"too-many-clients","message":"the host has reached its limit of clients"}})"
         "\n";
     std::vector<std::unique_ptr<TestSupport::LineClient>> connected;
     for (std::size_t number = 0; number < maximumClients; ++number) {
