@@ -113,7 +113,7 @@ void Database::connect() {
         fail(opened, "cannot open " + path);
     }
     sqlite3_extended_result_codes(opened, 1);
-    // Long enough for another process to finish a backup, short enough for a person who waits.
+    // Long enough for another process to finish a backup, short enough for a user who waits for a reply.
     sqlite3_busy_timeout(opened, 1000);
     moveLogOnClose(opened, false);
 }

@@ -165,7 +165,7 @@ TEST_F(DeviceCommandsTest, ReportsWhyTheHandlerDidNotChangeASetting) {
     EXPECT_EQ(observer->notified.size(), 6U);
 }
 
-TEST_F(DeviceCommandsTest, AnAcceptedSettingIsDoneWhateverTheStorageSays) {
+TEST_F(DeviceCommandsTest, AnAcceptedSettingIsDoneEvenIfTheStorageFails) {
     observer->storageFails = true;
     EXPECT_EQ(execute(R"({"command":"setting","key":"friendlyName","value":"Den"})"), ok);
 }

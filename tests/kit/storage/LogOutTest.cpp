@@ -290,7 +290,7 @@ TEST_F(LogOutTest, AFailedLogOutLeavesNoTransactionOpen) {
     EXPECT_TRUE(holdsEveryBackup());
 }
 
-TEST_F(LogOutTest, WhicheverCallFailsItIsDoneOrNothingIsLost) {
+TEST_F(LogOutTest, IsCompleteOrLosesNothingWhicheverCallFails) {
     using Fault = void (SettingsHostTests::FaultyDisk::*)(long);
     const std::vector<std::pair<std::string, Fault>> faults{{"once", &SettingsHostTests::FaultyDisk::failOnce},
                                                             {"from", &SettingsHostTests::FaultyDisk::failFrom},
@@ -346,7 +346,7 @@ TEST_F(LogOutTest, WhicheverCallFailsItIsDoneOrNothingIsLost) {
     EXPECT_GT(late, 0);
 }
 
-TEST_F(LogOutTest, WheneverThePowerIsCutItIsDoneOrNothingIsLost) {
+TEST_F(LogOutTest, IsCompleteOrLosesNothingWheneverThePowerIsCut) {
     const long calls = countCalls();
     int done = 0;
     int undone = 0;

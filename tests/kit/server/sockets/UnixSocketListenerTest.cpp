@@ -19,10 +19,10 @@ namespace SettingsHandlerKit {
 class UnixSocketListenerTest : public ListenerTest<UnixSocketListener> {
 protected:
     UnixSocketListenerTest() {
-        serve(std::make_unique<UnixSocketListener>(loop, folder / "door.sock", Origin::DEVICE, *this, backlog));
+        serve(std::make_unique<UnixSocketListener>(loop, folder / "listener.sock", Origin::DEVICE, *this, backlog));
     }
 
-    std::string socketPath() { return folder / "door.sock"; }
+    std::string socketPath() { return folder / "listener.sock"; }
 };
 
 TEST_F(UnixSocketListenerTest, AnswersFramesInOrder) {
@@ -65,7 +65,7 @@ TEST_F(UnixSocketListenerTest, FramesSentBeforeADisconnectAreHandled) {
     waitFor([&] { return disconnections == 1; });
 }
 
-TEST_F(UnixSocketListenerTest, AFrameOverTheLimitIsRefusedAndTheConnectionGoesOn) {
+TEST_F(UnixSocketListenerTest, AFrameOverTheLimitIsRefusedAndTheConnectionStaysOpen) {
     TestSupport::LineClient client(socketPath());
     const std::string exact(Wire::maximumFrameSize, 'x');
     client.send(exact + "\n" + exact + "y\nnext\n");
