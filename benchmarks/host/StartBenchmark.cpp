@@ -17,8 +17,9 @@ namespace {
 constexpr double goalMilliseconds = 15;
 
 double startMilliseconds(const TestSupport::TemporaryDirectory& folder, const std::vector<std::string>& web) {
-    std::vector<std::string> command{SETTINGS_HOST,           "--storage",       folder / "settings.db", "--socket",
-                                     folder / "settings.sock", "--device-socket", folder / "device.sock"};
+    std::vector<std::string> command{
+        SETTINGS_HOST,     "--storage",           folder / "settings.db", "--socket", folder / "settings.sock",
+        "--device-socket", folder / "device.sock"};
     command.insert(command.end(), web.begin(), web.end());
     const auto begin = std::chrono::steady_clock::now();
     TestSupport::ChildProcess host(command);
