@@ -14,9 +14,9 @@ using Words = std::vector<std::string>;
 class SettingsCtlInItsOwnNamespace : public testing::Test {
 protected:
     void SetUp() override {
-        keeper.emplace(Words{"unshare", "--user", "--map-root-user", "--mount", "sh", "-c",
-                             "mount -t tmpfs none /run && mkdir -p /run/settings-host /run/own && echo mounted && "
-                             "exec sleep 1000"});
+        const std::string script =
+            "mount -t tmpfs none /run && mkdir -p /run/settings-host /run/own && echo mounted && exec sleep 1000";
+        keeper.emplace(Words{"unshare", "--user", "--map-root-user", "--mount", "sh", "-c", script});
         if (keeper->output().readLine() != "mounted") {
             GTEST_SKIP() << "cannot mount in a user namespace: " << keeper->errors().readAll();
         }

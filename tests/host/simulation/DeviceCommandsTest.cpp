@@ -33,7 +33,7 @@ public:
         counts.events += acceptsSettings ? 1 : 0;
         counts.storageFailures += storageFails ? 1 : 0;
     }
-    void notifyHandsfreeStateChanged(bool enabled) override { notified.push_back(enabled ? "on" : "off"); }
+    void notifyHandsfreeStateChanged(bool enabled) override { notified.emplace_back(enabled ? "on" : "off"); }
 
 private:
     SimulatedSdkBridge& sdk;
@@ -153,7 +153,7 @@ TEST_F(DeviceCommandsTest, ReportsWhyTheHandlerDidNotChangeASetting) {
         R"(\"doNotDisturb\""}})");
     const std::string wrongForm =
         R"({"error":{"code":"wrong-form","message":"nothing changed: the value must be a JSON array with at least one locale"}})";
-    for (const auto* value : {"fr-FR", "[]", "[\\\"\\\"]"}) {
+    for (const auto* value : {"fr-FR", "[]", R"([\"\"])"}) {
         EXPECT_EQ(execute(R"({"command":"setting","key":"orliaLocale","value":")" + std::string(value) + "\"}"),
                   wrongForm)
             << value;
