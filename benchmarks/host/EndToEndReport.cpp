@@ -98,7 +98,7 @@ void addCrowds(Results& results, const std::vector<Round>& rounds, const Effort&
         const auto ofFloor = costOfOneMore(rounds, floor, effort);
         results.add(Figure{"host/" + way + "/processor time of an event for one client more", "us", ofHost});
         results.add(Figure{floor + "/processor time of a frame for one client more", "us", ofFloor});
-        // Only the socket's was promised: at the other listener a message has a header of its own.
+        // Only the socket's was promised: at the other listener a message has its own header.
         results.add(Ratio{"host/" + way + "/processor time of an event for one client more",
                           listener == Listener::UNIX_SOCKET ? "one bare send of the same frame to one socket"
                                                             : "one bare send of the same frame to one TCP connection",

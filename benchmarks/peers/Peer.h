@@ -7,7 +7,7 @@
 
 namespace Benchmarks {
 
-/// Changes the setting of a peer; lives in a process of its own.
+/// Changes the setting of a peer; lives in its own process.
 class Setter {
 public:
     Setter() = default;

@@ -12,7 +12,7 @@
 #include "ThreadSafeCollaborators.h"
 #include "Wire/Catalogue.h"
 
-// A program of its own, because it replaces the allocation functions of the whole program: those of C, which C++ and
+// A separate program, because it replaces the allocation functions of the whole program: those of C, which C++ and
 // the JSON library call.
 
 extern "C" {

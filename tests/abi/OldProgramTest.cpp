@@ -118,7 +118,7 @@ TEST_F(OldProgram, IsCalledByTheTransportsRequestsAndFindsItsOwnNamesInThem) {
         {"apply handsFreeAlwaysOnEnabled=false", "apply pttAlwaysOnEnabled=false", "hands-free false", "clear"});
 }
 
-/// Refuses every request, and has members of its own after those of the base class.
+/// Refuses every request, and has its own members after those of the base class.
 class OldDerivedHandler : public Handler {
 public:
     using Handler::getSDKSetting;

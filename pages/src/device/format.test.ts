@@ -19,7 +19,7 @@ describe('visible', () => {
 });
 
 describe('pretty', () => {
-    test('puts every member and element on a line of its own', () => {
+    test('puts every member and element on its own line', () => {
         expect(pretty('{"type":7,"payload":{"settings":["a","b"]}}')).toBe(
             [
                 '{',

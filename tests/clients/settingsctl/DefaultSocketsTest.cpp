@@ -10,7 +10,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-/// A mount namespace with a /run of its own, in which the test takes the role of the system's host.
+/// A mount namespace with its own /run, in which the test takes the role of the system's host.
 class SettingsCtlInItsOwnNamespace : public testing::Test {
 protected:
     void SetUp() override {

@@ -15,7 +15,7 @@
 
 namespace SettingsHandlerKit {
 
-/// A listener that answers each frame, on a loop in a thread of its own.
+/// A listener that answers each frame, on a loop in its own thread.
 class UnixSocketListenerTest : public ListenerTest<UnixSocketListener> {
 protected:
     UnixSocketListenerTest() {
