@@ -104,7 +104,7 @@ TEST_F(FormatTest, AFileOfANewerVersionIsRefusedAndNothingIsChanged) {
         const Storage storage(database);
         ADD_FAILURE() << "it was opened";
     } catch (const NewerDatabase& error) {
-        EXPECT_EQ(error.what(), database + " was written by a newer version; it was left as it is");
+        EXPECT_EQ(error.what(), database + " was written by a newer version; left unchanged");
     }
     EXPECT_TRUE(before.first == TestSupport::contentOf(database));
     EXPECT_TRUE(before.second == TestSupport::contentOf(database + "-wal"));
