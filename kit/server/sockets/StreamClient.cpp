@@ -18,7 +18,7 @@ constexpr std::size_t worthKeeping = 4096;
 
 }  // namespace
 
-StreamClient::StreamClient(std::shared_ptr<ByteStream> itsStream, std::unique_ptr<Framing> itsFraming, Place itsPlace)
+StreamClient::StreamClient(std::shared_ptr<ByteStream> itsStream, std::shared_ptr<Framing> itsFraming, Place itsPlace)
     : stream(std::move(itsStream)),
       framing(std::move(itsFraming)),
       place(std::move(itsPlace)),

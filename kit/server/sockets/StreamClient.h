@@ -28,7 +28,7 @@ public:
         std::function<void(StreamClient&)> remove;
     };
 
-    StreamClient(std::shared_ptr<ByteStream> stream, std::unique_ptr<Framing> framing, Place place);
+    StreamClient(std::shared_ptr<ByteStream> stream, std::shared_ptr<Framing> framing, Place place);
     ~StreamClient() override;
 
     void send(const std::shared_ptr<const std::string>& frame) override;
@@ -51,6 +51,7 @@ protected:
     void written(bool isSent) override;
     void closed() override { place.remove(*this); }
 
+    void writeOn();
     /// Forgets what is not sent yet, then finishes.
     void finishWithoutBacklog();
     /// Everything is sent.
@@ -67,9 +68,8 @@ private:
     void takeLater(const std::shared_ptr<StreamClient>& self);
     void handle(const std::shared_ptr<StreamClient>& self, const Framing::Frame& frame);
     void fillOutput();
-    void writeOn();
 
-    const std::unique_ptr<Framing> framing;
+    const std::shared_ptr<Framing> framing;
     Place place;
     ClientBacklog backlog;
     /// The bytes that are written next; what a client gets in one turn is one write.

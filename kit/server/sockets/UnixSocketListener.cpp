@@ -51,7 +51,7 @@ void UnixSocketListener::accept(int descriptor) {
         return;
     }
     auto client = std::make_shared<StreamClient>(
-        stream, std::make_unique<LineFramer>(Wire::maximumFrameSize),
+        stream, std::make_shared<LineFramer>(Wire::maximumFrameSize),
         StreamClient::Place{clientListener, turns, backlog, origin, ListenerKind::UNIX_SOCKET,
                             [this](StreamClient& gone) { remove(gone); }});
     clients.emplace(client.get(), client);
