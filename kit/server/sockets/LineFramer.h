@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "server/sockets/Framing.h"
 
@@ -21,7 +22,8 @@ public:
     std::size_t memory() const override { return size() == 0 ? 0 : buffer.capacity(); }
     std::size_t size() const override { return buffer.size() - start; }
     std::optional<Frame> next() override;
-    void clear() override { *this = LineFramer(limit); }
+    /// An assignment would keep the memory.
+    void clear() override { std::exchange(*this, LineFramer(limit)); }
     void encode(const std::string& frame, std::size_t from, std::size_t size, std::string& output) override;
 
 private:

@@ -99,7 +99,7 @@ void StreamClient::written(bool isSent) {
     if (backlog.resumeInput(framing->controlMemory())) {
         takeLater(self);
     }
-    backlog.setInput(stream->isOpen() ? framing->memory() : 0);
+    countInput();
 }
 
 void StreamClient::received(const char* bytes, std::size_t size) {
@@ -125,7 +125,14 @@ void StreamClient::takeTurn() {
     if (backlog.resumeInput(framing->controlMemory())) {
         takeLater(self);
     }
-    backlog.setInput(stream->isOpen() ? framing->memory() : 0);
+    countInput();
+}
+
+void StreamClient::countInput() {
+    if (!stream->isOpen()) {
+        framing->clear();
+    }
+    backlog.setInput(framing->memory());
 }
 
 void StreamClient::takeFrames(const std::shared_ptr<StreamClient>& self) {
@@ -191,9 +198,9 @@ void StreamClient::finishWithoutBacklog() {
 
 void StreamClient::drop() {
     stream->close();
-    backlog.clear();
-    output.clear();
+    std::exchange(output, {});
     framing->clear();
+    backlog.clear();
 }
 
 }  // namespace SettingsHandlerKit

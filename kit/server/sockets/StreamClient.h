@@ -67,6 +67,7 @@ private:
     void takeFrames(const std::shared_ptr<StreamClient>& self);
     void takeLater(const std::shared_ptr<StreamClient>& self);
     void handle(const std::shared_ptr<StreamClient>& self, const Framing::Frame& frame);
+    void countInput();
     void fillOutput();
 
     const std::shared_ptr<Framing> framing;

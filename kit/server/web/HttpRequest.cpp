@@ -1,5 +1,7 @@
 #include "server/web/HttpRequest.h"
 
+#include <cstdint>
+#include <limits>
 #include <optional>
 
 #include <boost/beast/http/empty_body.hpp>
@@ -95,6 +97,8 @@ HttpRequest readHttpRequest(const std::string& bytes) {
     HttpRequest request;
     Parser parser;
     parser.header_limit(longestWebRequest);
+    // It is not read.
+    parser.body_limit(std::numeric_limits<std::uint64_t>::max());
     boost::system::error_code error;
     request.size = parser.put(boost::asio::buffer(bytes), error);
     if (error == http::error::need_more && bytes.size() <= longestWebRequest) {

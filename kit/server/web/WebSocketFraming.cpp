@@ -7,6 +7,8 @@
 
 #include <wslay/wslay.h>
 
+#include "Wire/Utf8.h"
+
 namespace SettingsHandlerKit {
 
 namespace {
@@ -70,6 +72,9 @@ struct WebSocketFraming::Callbacks {
                             void* user) {
         WebSocketFraming& self = of(user);
         self.isMessageComplete = arrived->opcode == WSLAY_TEXT_FRAME && !self.hasEnded();
+        // The library checks the reason of a Close frame only when all of it came at once.
+        self.isReasonInvalid = arrived->opcode == WSLAY_CONNECTION_CLOSE && arrived->msg_length > 2 &&
+                               !Wire::isValidUtf8({reinterpret_cast<const char*>(arrived->msg) + 2, arrived->msg_length - 2});
     }
 };
 
@@ -123,10 +128,11 @@ std::size_t WebSocketFraming::memory() const {
 
 std::optional<Framing::Frame> WebSocketFraming::next() {
     while (size() > 0 && !hasEnded() && !isMessageComplete) {
-        if (wslay_event_recv(context.get()) != 0) {
-            // The library closes without a status when it cannot read a header. Nobody gets that Close frame.
+        // The library closes without a status when it cannot read a header.
+        if (const bool isMalformed = wslay_event_recv(context.get()) != 0; isMalformed || isReasonInvalid) {
+            // Nobody gets the library's own Close frame.
             makeContext();
-            close(WSLAY_CODE_PROTOCOL_ERROR, "");
+            close(isMalformed ? WSLAY_CODE_PROTOCOL_ERROR : WSLAY_CODE_INVALID_FRAME_PAYLOAD_DATA, "");
         }
     }
     if (size() == 0) {
@@ -148,6 +154,9 @@ void WebSocketFraming::frameBegins(unsigned char kind, std::uint64_t size) {
     isPartOfMessage = !wslay_is_ctrl_frame(kind);
     if (kind == WSLAY_BINARY_FRAME) {
         close(WSLAY_CODE_UNSUPPORTED_DATA, "text frames only");
+    } else if (kind == WSLAY_CONNECTION_CLOSE && size == 1) {
+        // Half a status, which the library takes for none.
+        close(WSLAY_CODE_PROTOCOL_ERROR, "");
     } else if (isPartOfMessage && size > limit - message.size()) {
         close(WSLAY_CODE_MESSAGE_TOO_BIG, "a frame over 64 KiB");
     }

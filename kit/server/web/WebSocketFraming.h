@@ -64,6 +64,7 @@ private:
     std::string message;
     bool isPartOfMessage = false;
     bool isMessageComplete = false;
+    bool isReasonInvalid = false;
     /// Where the library writes to.
     std::string* sink = nullptr;
     std::uint16_t lastStatus = 0;
