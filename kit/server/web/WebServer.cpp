@@ -26,6 +26,7 @@ WebServer::WebServer(EventLoop& eventLoop, std::unique_ptr<TcpListener> itsListe
       deviceClients(deviceListener),
       backlog(std::move(backlogOfAll)),
       turns(loop),
+      webSocketWriter(std::make_shared<WebSocketWriter>()),
       evictions(loop, [](std::size_t count) {
           logHost(VessaLogger::WARNING,
                   "web: connections without key or cookie closed to make room for others: " + std::to_string(count));
@@ -113,7 +114,7 @@ void WebServer::upgrade(HttpConnection& connection, const HttpRequest& request) 
                               ListenerKind::WEB,
                               [this, key = stream.get()](StreamClient& /*gone*/) { remove(key); }};
     const auto client = std::make_shared<WebSocketClient>(
-        loop, stream, std::make_shared<WebSocketFraming>(Wire::maximumFrameSize, connection.takeInput()),
+        loop, stream, std::make_shared<WebSocketFraming>(Wire::maximumFrameSize, webSocketWriter, connection.takeInput()),
         std::move(place), std::chrono::seconds(site.timeoutSeconds));
     clients.emplace(stream.get(), client);
     visitors.erase(stream.get());

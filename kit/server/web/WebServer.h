@@ -18,6 +18,7 @@ namespace SettingsHandlerKit {
 
 class StreamClient;
 class WebSocketClient;
+class WebSocketWriter;
 
 /// The web port: pages, health and metrics by HTTP, and two WebSockets with one frame a text message.
 ///
@@ -65,6 +66,7 @@ private:
     ClientListener& deviceClients;
     std::shared_ptr<Backlog> backlog;
     Turns turns;
+    std::shared_ptr<WebSocketWriter> webSocketWriter;
     /// By their streams.
     std::unordered_map<const ByteStream*, std::shared_ptr<HttpConnection>> visitors;
     std::unordered_map<const ByteStream*, std::shared_ptr<WebSocketClient>> clients;

@@ -22,7 +22,37 @@ const std::uint8_t* bytesOf(const std::string& text) {
     return reinterpret_cast<const std::uint8_t*>(text.data());
 }
 
+/// `sink` points to where an object has the text to write to.
+ssize_t appendTo(const std::uint8_t* data, std::size_t size, void* sink) {
+    (*static_cast<std::string**>(sink))->append(reinterpret_cast<const char*>(data), size);
+    return static_cast<ssize_t>(size);
+}
+
 }  // namespace
+
+WebSocketWriter::WebSocketWriter() {
+    const wslay_frame_callbacks callbacks{
+        [](const std::uint8_t* data, std::size_t size, int, void* text) { return appendTo(data, size, text); }, nullptr,
+        nullptr};
+    if (wslay_frame_context_init(&context, &callbacks, &sink) != 0) {
+        throw std::bad_alloc();
+    }
+}
+
+WebSocketWriter::~WebSocketWriter() {
+    wslay_frame_context_free(context);
+}
+
+void WebSocketWriter::write(const std::string& message, std::size_t from, std::size_t size, std::string& output) {
+    wslay_frame_iocb part{};
+    part.fin = from + size == message.size() ? 1 : 0;
+    part.opcode = from == 0 ? WSLAY_TEXT_FRAME : WSLAY_CONTINUATION_FRAME;
+    part.payload_length = size;
+    part.data = bytesOf(message) + from;
+    part.data_length = size;
+    sink = &output;
+    wslay_frame_send(context, &part);
+}
 
 /// The callbacks of the library.
 struct WebSocketFraming::Callbacks {
@@ -45,14 +75,9 @@ struct WebSocketFraming::Callbacks {
         return static_cast<ssize_t>(count);
     }
 
-    static ssize_t send(wslay_event_context_ptr /*context*/, const std::uint8_t* data, std::size_t size, int flags,
+    static ssize_t send(wslay_event_context_ptr /*context*/, const std::uint8_t* data, std::size_t size, int /*flags*/,
                         void* user) {
-        return write(data, size, flags, user);
-    }
-
-    static ssize_t write(const std::uint8_t* data, std::size_t size, int /*flags*/, void* user) {
-        of(user).sink->append(reinterpret_cast<const char*>(data), size);
-        return static_cast<ssize_t>(size);
+        return appendTo(data, size, &of(user).sink);
     }
 
     static void frameBegins(wslay_event_context_ptr /*context*/, const wslay_event_on_frame_recv_start_arg* frame,
@@ -82,22 +107,11 @@ void WebSocketFraming::Free::operator()(wslay_event_context* context) const {
     wslay_event_context_free(context);
 }
 
-void WebSocketFraming::Free::operator()(wslay_frame_context* context) const {
-    wslay_frame_context_free(context);
-}
-
-WebSocketFraming::WebSocketFraming(std::size_t limitOfMessages, std::string firstInput)
-    : limit(limitOfMessages), input(std::move(firstInput)) {
+WebSocketFraming::WebSocketFraming(std::size_t limitOfMessages, std::shared_ptr<WebSocketWriter> itsWriter,
+                                   std::string firstInput)
+    : limit(limitOfMessages), writer(std::move(itsWriter)), input(std::move(firstInput)) {
     makeContext();
-    const wslay_frame_callbacks callbacks{Callbacks::write, nullptr, nullptr};
-    wslay_frame_context* made = nullptr;
-    if (wslay_frame_context_init(&made, &callbacks, this) != 0) {
-        throw std::bad_alloc();
-    }
-    writer.reset(made);
 }
-
-WebSocketFraming::~WebSocketFraming() = default;
 
 void WebSocketFraming::makeContext() {
     const wslay_event_callbacks callbacks{Callbacks::give,     Callbacks::send, nullptr,
@@ -170,17 +184,6 @@ void WebSocketFraming::clear() {
     std::exchange(input, {});
     taken = 0;
     std::exchange(message, {});
-}
-
-void WebSocketFraming::encode(const std::string& frame, std::size_t from, std::size_t size, std::string& output) {
-    wslay_frame_iocb part{};
-    part.fin = from + size == frame.size() ? 1 : 0;
-    part.opcode = from == 0 ? WSLAY_TEXT_FRAME : WSLAY_CONTINUATION_FRAME;
-    part.payload_length = size;
-    part.data = bytesOf(frame) + from;
-    part.data_length = size;
-    sink = &output;
-    wslay_frame_send(writer.get(), &part);
 }
 
 void WebSocketFraming::encodeControl(std::string& output) {

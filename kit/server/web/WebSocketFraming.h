@@ -13,14 +13,30 @@ struct wslay_frame_context;
 
 namespace SettingsHandlerKit {
 
+/// Writes messages as frames of WebSockets, for all clients of a server: so they need no memory of their own for it.
+class WebSocketWriter {
+public:
+    WebSocketWriter();
+    ~WebSocketWriter();
+
+    WebSocketWriter(const WebSocketWriter&) = delete;
+    WebSocketWriter& operator=(const WebSocketWriter&) = delete;
+
+    /// Adds `size` bytes of a text message from `from` on to `output`.
+    void write(const std::string& message, std::size_t from, std::size_t size, std::string& output);
+
+private:
+    wslay_frame_context* context = nullptr;
+    std::string* sink = nullptr;
+};
+
 /// The server's end of a WebSocket: text messages are frames. It answers pings, and what a client may not send with a
 /// Close frame that says why: 1002 a violation of the protocol, such as a frame without a mask; 1003 a binary message;
 /// 1007 a text that is not UTF-8; 1009 a message over `limit`.
 class WebSocketFraming : public Framing {
 public:
     /// `input` came after the request for the WebSocket.
-    WebSocketFraming(std::size_t limit, std::string input);
-    ~WebSocketFraming() override;
+    WebSocketFraming(std::size_t limit, std::shared_ptr<WebSocketWriter> writer, std::string input);
 
     void append(const char* bytes, std::size_t size) override;
     std::size_t room() const override;
@@ -30,7 +46,9 @@ public:
     bool hasEnded() const override;
     void clear() override;
 
-    void encode(const std::string& frame, std::size_t from, std::size_t size, std::string& output) override;
+    void encode(const std::string& frame, std::size_t from, std::size_t size, std::string& output) override {
+        writer->write(frame, from, size, output);
+    }
     void encodeControl(std::string& output) override;
     std::size_t controlMemory() const override;
     void encodeEnd(std::string& output) override;
@@ -45,7 +63,6 @@ private:
     struct Callbacks;
     struct Free {
         void operator()(wslay_event_context* context) const;
-        void operator()(wslay_frame_context* context) const;
     };
 
     void makeContext();
@@ -54,8 +71,7 @@ private:
     std::size_t limit;
     /// Reads all frames and writes those of the protocol.
     std::unique_ptr<wslay_event_context, Free> context;
-    /// Writes the others, from the memory that all clients share.
-    std::unique_ptr<wslay_frame_context, Free> writer;
+    std::shared_ptr<WebSocketWriter> writer;
     std::string input;
     /// How much of the input the library has.
     std::size_t taken = 0;
@@ -65,7 +81,7 @@ private:
     bool isPartOfMessage = false;
     bool isMessageComplete = false;
     bool isReasonInvalid = false;
-    /// Where the library writes to.
+    /// Where the library writes the protocol's frames to.
     std::string* sink = nullptr;
     std::uint16_t lastStatus = 0;
     std::string lastReason;

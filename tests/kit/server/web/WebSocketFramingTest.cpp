@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <memory>
+#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -33,7 +36,7 @@ std::string taken(WebSocketFraming& framing) {
 }
 
 std::string takenAtOnce(const std::string& bytes) {
-    WebSocketFraming framing(limit, bytes);
+    WebSocketFraming framing(limit, std::make_shared<WebSocketWriter>(), bytes);
     return taken(framing);
 }
 
@@ -53,7 +56,7 @@ TEST(WebSocketFramingTest, TheResultDoesNotDependOnHowTheBytesCome) {
                                  closed(1000);
     EXPECT_EQ(takenAtOnce(bytes), expected);
     for (std::size_t size = 1; size < bytes.size(); size = size < 40 ? size + 1 : size * 2) {
-        WebSocketFraming framing(limit, "");
+        WebSocketFraming framing(limit, std::make_shared<WebSocketWriter>(), "");
         std::string all;
         for (std::size_t start = 0; start < bytes.size(); start += size) {
             framing.append(bytes.data() + start, std::min(size, bytes.size() - start));
@@ -65,7 +68,7 @@ TEST(WebSocketFramingTest, TheResultDoesNotDependOnHowTheBytesCome) {
 }
 
 TEST(WebSocketFramingTest, AMessageWaitsUntilTheOneBeforeItIsHandled) {
-    WebSocketFraming framing(limit, frame(1, "one") + frame(1, "two") + frame(9, "p"));
+    WebSocketFraming framing(limit, std::make_shared<WebSocketWriter>(), frame(1, "one") + frame(1, "two") + frame(9, "p"));
     EXPECT_EQ(framing.next()->text, "one");
     EXPECT_EQ(framing.size(), frame(1, "two").size() + frame(9, "p").size());
     EXPECT_EQ(framing.next()->text, "two");
@@ -131,7 +134,7 @@ TEST(WebSocketFramingTest, OnlyTextsInUtf8UpToTheLimitAreTaken) {
 }
 
 TEST(WebSocketFramingTest, AMessageOfManyFragmentsTakesNoMoreMemoryThanItsText) {
-    WebSocketFraming framing(100000, frame(1, "x", false));
+    WebSocketFraming framing(100000, std::make_shared<WebSocketWriter>(), frame(1, "x", false));
     EXPECT_FALSE(framing.next());
     for (int number = 0; number < 50000; ++number) {
         const std::string part = frame(0, "x", false);
@@ -145,7 +148,7 @@ TEST(WebSocketFramingTest, AMessageOfManyFragmentsTakesNoMoreMemoryThanItsText) 
 }
 
 TEST(WebSocketFramingTest, FramesAreSentInParts) {
-    WebSocketFraming framing(limit, "");
+    WebSocketFraming framing(limit, std::make_shared<WebSocketWriter>(), "");
     std::string output;
     framing.encode("", 0, 0, output);
     framing.encode("abc", 0, 1, output);
