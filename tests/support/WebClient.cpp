@@ -73,6 +73,10 @@ bool TcpConnection::send(const std::string& bytes) {
     return sendAll(socket, bytes);
 }
 
+void TcpConnection::finishSending() {
+    ::shutdown(socket, SHUT_WR);
+}
+
 bool TcpConnection::fill(std::chrono::steady_clock::time_point until) {
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(until - std::chrono::steady_clock::now());
     pollfd waiting{socket, POLLIN, 0};

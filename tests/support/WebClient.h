@@ -25,6 +25,8 @@ public:
 
     /// Sends all of `bytes`. Returns: false when the other side is gone.
     bool send(const std::string& bytes);
+    /// The other side sees the end of the input, and may go on sending.
+    void finishSending();
     /// Exactly `count` bytes; nothing when the other side closed before or they did not come in time.
     std::optional<std::string> receive(std::size_t count, std::chrono::milliseconds deadline = waitTimeout);
     /// Up to and with `end`.

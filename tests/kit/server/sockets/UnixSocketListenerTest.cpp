@@ -99,7 +99,7 @@ TEST_F(UnixSocketListenerTest, ABurstDoesNotDelayOtherClients) {
     calmHasAsked = true;
     const auto answer = calm.receiveLine();
     ASSERT_TRUE(answer);
-    EXPECT_LE(std::stoul(*answer), 3 * UnixSocketListener::framesPerTurn);
+    EXPECT_LE(std::stoul(*answer), 3 * framesPerTurn);
     sender.join();
     waitFor([&] { return stormFrames == 100000; });
 }
@@ -114,7 +114,7 @@ TEST_F(UnixSocketListenerTest, ATurnOfSlowFramesIsOneFrame) {
         }
         // The first goes on until the calm client's frame waits, too.
         waitFor([&] { return calmHasAsked.load(); });
-        std::this_thread::sleep_for(2 * UnixSocketListener::longestTurn);
+        std::this_thread::sleep_for(2 * longestTurn);
         ++stormFrames;
     };
     TestSupport::LineClient calm(socketPath());
@@ -256,7 +256,7 @@ TEST_F(UnixSocketListenerTest, ALongBurstGetsNoMoreTurnsThanAShortOne) {
     waitFor([&] { return taken == stormFrames; });
     stop();
     // One turn for what was read, one for what was left of it.
-    EXPECT_LE(mostAtOnce, 2 * UnixSocketListener::framesPerTurn);
+    EXPECT_LE(mostAtOnce, 2 * framesPerTurn);
 }
 
 TEST_F(UnixSocketListenerTest, FramesOfAllSizesComeWholeAndInOrderToAllLateReaders) {
