@@ -8,7 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "service/Descriptor.h"
+#include "SettingsHandlerKit/Descriptor.h"
 
 namespace SettingsHandlerKit {
 

@@ -3,10 +3,10 @@
 #include <memory>
 #include <string>
 
+#include "SettingsHandlerKit/Descriptor.h"
 #include "server/loop/EventLoop.h"
 #include "server/loop/UvHandle.h"
 #include "server/sockets/ByteStream.h"
-#include "service/Descriptor.h"
 
 namespace SettingsHandlerKit {
 

@@ -5,11 +5,11 @@
 #include <memory>
 #include <string>
 
+#include "SettingsHandlerKit/Client.h"
+#include "SettingsHandlerKit/ClientListener.h"
 #include "server/loop/Turns.h"
 #include "server/sockets/Backlog.h"
 #include "server/sockets/ByteStream.h"
-#include "server/sockets/Client.h"
-#include "server/sockets/ClientListener.h"
 #include "server/sockets/Framing.h"
 
 namespace SettingsHandlerKit {

@@ -12,7 +12,7 @@
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 
-#include "server/sockets/ListenerError.h"
+#include "SettingsHandlerKit/ListenerError.h"
 #include "server/sockets/PassedSocket.h"
 
 namespace SettingsHandlerKit {

@@ -4,11 +4,11 @@
 #include <string>
 #include <unordered_map>
 
+#include "SettingsHandlerKit/ClientListener.h"
 #include "server/loop/EventLoop.h"
 #include "server/loop/Turns.h"
 #include "server/sockets/Acceptor.h"
 #include "server/sockets/Backlog.h"
-#include "server/sockets/ClientListener.h"
 #include "server/sockets/SocketFile.h"
 
 namespace SettingsHandlerKit {

@@ -6,13 +6,13 @@
 
 #include <sys/socket.h>
 
+#include "SettingsHandlerKit/Logging.h"
 #include "Wire/FrameInspector.h"
 #include "server/sockets/ListenerLimits.h"
 #include "server/sockets/SocketStream.h"
 #include "server/web/WebSocketClient.h"
 #include "server/web/WebSocketHandshake.h"
 #include "server/web/WebSocketRoutes.h"
-#include "service/logging/HostLog.h"
 
 namespace SettingsHandlerKit {
 
@@ -28,8 +28,8 @@ WebServer::WebServer(EventLoop& eventLoop, std::unique_ptr<TcpListener> itsListe
       turns(loop),
       webSocketWriter(std::make_shared<WebSocketWriter>()),
       evictions(loop, [](std::size_t count) {
-          logHost(VessaLogger::WARNING,
-                  "web: connections without key or cookie closed to make room for others: " + std::to_string(count));
+          writeLog(VessaLogger::WARNING,
+                   "web: connections without key or cookie closed to make room for others: " + std::to_string(count));
       }) {
     listener->start(
         loop, [this](int descriptor) { adopt(descriptor); },
@@ -107,14 +107,12 @@ HttpAnswer WebServer::openWebSocket(HttpConnection& connection, const HttpReques
 void WebServer::upgrade(HttpConnection& connection, const HttpRequest& request) {
     const Origin origin = webSocketRoute(request.path, request.webSocketProtocols)->origin;
     const auto& stream = connection.byteStream();
-    StreamClient::Place place{origin == settingsRoute.origin ? settingsClients : deviceClients,
-                              turns,
-                              backlog,
-                              origin,
-                              ListenerKind::WEB,
-                              [this, key = stream.get()](StreamClient& /*gone*/) { remove(key); }};
+    StreamClient::Place place{
+        origin == settingsRoute.origin ? settingsClients : deviceClients,   turns, backlog, origin, ListenerKind::WEB,
+        [this, key = stream.get()](StreamClient& /*gone*/) { remove(key); }};
     const auto client = std::make_shared<WebSocketClient>(
-        loop, stream, std::make_shared<WebSocketFraming>(Wire::maximumFrameSize, webSocketWriter, connection.takeInput()),
+        loop, stream,
+        std::make_shared<WebSocketFraming>(Wire::maximumFrameSize, webSocketWriter, connection.takeInput()),
         std::move(place), std::chrono::seconds(site.timeoutSeconds));
     clients.emplace(stream.get(), client);
     visitors.erase(stream.get());

@@ -4,10 +4,10 @@
 #include <string>
 #include <unordered_map>
 
+#include "SettingsHandlerKit/ClientListener.h"
 #include "server/loop/EventLoop.h"
 #include "server/loop/Turns.h"
 #include "server/sockets/Backlog.h"
-#include "server/sockets/ClientListener.h"
 #include "server/sockets/TcpListener.h"
 #include "server/web/EvictionReport.h"
 #include "server/web/HttpConnection.h"

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "server/sockets/Client.h"
+#include "SettingsHandlerKit/Client.h"
 
 namespace SettingsHandlerKit {
 
