@@ -87,7 +87,6 @@ TEST_F(BackupScheduleTest, ErasesAtItsNextCheckWhatALogOutCouldNot) {
 }
 
 TEST_F(BackupScheduleTest, MayOutliveItsStorageDuringABackup) {
-    fill();
     auto other = std::make_unique<SettingsHostTests::OpenStorage>(folder / "other/settings.db", disk);
     other->setValue("key", std::string(60000, 'v'));
     const BackupSchedule schedule(loop, *other, {1ms, 1h, 24h, 1});
