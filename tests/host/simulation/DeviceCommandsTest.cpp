@@ -89,6 +89,7 @@ TEST_F(DeviceCommandsTest, EachCommandReachesItsOwner) {
     EXPECT_TRUE(sdk->isDoNotDisturbEnabled());
     EXPECT_EQ(execute(R"({"command":"handsfree","enabled":true})"), ok);
     EXPECT_EQ(device->getDeviceInfo().at("currentHandsFreeStatus"), "on");
+    observer->outcome.kind = Outcome::Kind::CHANGED;
     EXPECT_EQ(execute(R"({"command":"setting","key":"deviceName","value":"a\u0000b"})"), ok);
     EXPECT_EQ(observer->notified, (std::vector<std::string>{"on", std::string("deviceName=a\0b", 14)}));
 }
