@@ -9,25 +9,25 @@
 
 namespace SettingsHandlerKit {
 
+/// A change for which the handler sent an event to the clients.
+struct SettingEvent {
+    /// The value before.
+    std::string from;
+    /// The value now.
+    std::string to;
+    /// The number of the event in this run: 1, 2, 3 …
+    unsigned long sequence = 0;
+    /// Who asked for the change.
+    Origin origin = Origin::DEVICE;
+};
+
 /// What an observer of settings is told.
 struct ObservedSetting {
-    /// A change for which the handler sent an event to the clients.
-    struct Event {
-        /// The value before.
-        std::string from;
-        /// The value now.
-        std::string to;
-        /// The number of the event in this run: 1, 2, 3 …
-        unsigned long sequence = 0;
-        /// Who asked for the change.
-        Origin origin = Origin::DEVICE;
-    };
-
     /// The key.
     std::string settingDBId;
     /// Nothing for a notice: the value changed at its owner, the voice SDK or the device, without an event. Read it
     /// again.
-    std::optional<Event> event;
+    std::optional<SettingEvent> event;
 };
 
 /// Is called for each event and each notice.
