@@ -3,10 +3,10 @@
 #include <exception>
 #include <utility>
 
+#include "SettingsHandlerKit/Logging.h"
 #include "Utils/RapidjsonUtil.h"
 #include "Wire/FrameInspector.h"
 #include "Wire/Frames.h"
-#include "service/logging/HostLog.h"
 
 namespace SettingsHost {
 
@@ -20,11 +20,10 @@ bool isTraced(const std::string& command) {
 
 }  // namespace
 
-DeviceConsole::DeviceConsole(DeviceCommands deviceCommands, std::shared_ptr<SettingsHandlerKit::MessageHub> messageHub,
+DeviceConsole::DeviceConsole(Perform performAction,
                              std::shared_ptr<SettingsHandlerKit::TrafficObserver> trafficObserver,
                              std::shared_ptr<MessageTrace> messageTrace, PageAddress addressOfPages)
-    : commands(std::move(deviceCommands)),
-      hub(std::move(messageHub)),
+    : perform(std::move(performAction)),
       traffic(std::move(trafficObserver)),
       trace(std::move(messageTrace)),
       pageAddress(std::move(addressOfPages)) {}
@@ -119,7 +118,7 @@ std::string DeviceConsole::switchTrace(const std::shared_ptr<SettingsHandlerKit:
 std::string DeviceConsole::execute(const rapidjson::Value& request) {
     return orFailure([&] {
         std::string reply;
-        hub->perform(SettingsHandlerKit::Origin::DEVICE, [&] { reply = commands.execute(request); });
+        perform([&] { reply = commands->execute(request); });
         return reply;
     });
 }
@@ -128,7 +127,7 @@ std::string DeviceConsole::orFailure(const std::function<std::string()>& action)
     try {
         return action();
     } catch (const std::exception& error) {
-        SettingsHandlerKit::logHost(VessaLogger::ERROR, std::string("a device command failed: ") + error.what());
+        SettingsHandlerKit::writeLog(VessaLogger::ERROR, std::string("a device command failed: ") + error.what());
         return Wire::refusalFrame("failed", "the host could not carry it out; its log says why");
     }
 }

@@ -7,7 +7,7 @@
 
 #include "SDKWrapper/StorageManagerInterface.h"
 #include "handler/StorageBounds.h"
-#include "service/logging/RequestContext.h"
+#include "SettingsHandlerKit/Logging.h"
 
 namespace SettingsHandlerKit {
 

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "CommunicationHandler/MessageType.h"
+#include "SettingsHandlerKit/Logging.h"
 #include "VessaLogger/Log.h"
 #include "handler/CheckedCollaborators.h"
 #include "handler/LegacyLocale.h"
@@ -15,7 +16,6 @@
 #include "handler/SetRequest.h"
 #include "handler/StorageBounds.h"
 #include "handler/ThreadRecords.h"
-#include "service/logging/HostLog.h"
 
 namespace SettingsHandlerKit {
 
@@ -86,7 +86,7 @@ void CheckedSettingsHandler::Parts::handle(int type, const std::string& text,
         passOn(scope, text, pass);
     } catch (const ReadLimitExceeded&) {
         scope.conclude([](Outcome& outcome) { outcome = busyOutcome(); });
-        logHost(VessaLogger::WARNING, "GetSettings got no reply: more was asked for than there is memory for");
+        writeLog(VessaLogger::WARNING, "GetSettings got no reply: more was asked for than there is memory for");
     } catch (...) {
         if (!scope.operation.concluded) {
             scope.conclude([&](Outcome& outcome) {
@@ -105,7 +105,7 @@ void CheckedSettingsHandler::Parts::passOn(ThreadRecords::Scope& scope, const st
     if (scope.operation.type == CommunicationHandler::SET_SETTINGS &&
         !isRequestTextSafeForHandler(text, transport.payloadKey)) {
         scope.conclude([&](Outcome& outcome) { outcome = outcomeOfRejection(text, {transport, newest}); });
-        logHost(VessaLogger::ERROR, std::string("rejected orliaLocale: ") + mustBeArray);
+        writeLog(VessaLogger::ERROR, std::string("rejected orliaLocale: ") + mustBeArray);
         return;
     }
     pass(text);
@@ -125,7 +125,7 @@ void CheckedSettingsHandler::Parts::boundCache() {
     try {
         handler->initializeSettings();
     } catch (const std::exception& error) {
-        logHost(VessaLogger::ERROR, std::string("cannot rebuild the handler's cache: ") + error.what());
+        writeLog(VessaLogger::ERROR, std::string("cannot rebuild the handler's cache: ") + error.what());
     }
 }
 
@@ -170,7 +170,7 @@ bool CheckedSettingsHandler::setSetting(const std::string& name, const std::stri
     ThreadRecords::Scope scope(parts->records, Operation::write);
     if (!isSafeForHandler(name, value)) {
         scope.conclude([&](Outcome& outcome) { outcome = outcomeOfRejection(name); });
-        logHost(VessaLogger::ERROR, "rejected " + name + ": " + mustBeArray);
+        writeLog(VessaLogger::ERROR, "rejected " + name + ": " + mustBeArray);
         return false;
     }
     try {
@@ -198,7 +198,7 @@ void CheckedSettingsHandler::notifySystemSettingChanged(std::string name, std::s
     }
     ThreadRecords::Scope scope(parts->records, Operation::write);
     scope.conclude([&](Outcome& outcome) { outcome = outcomeOfRejection(name); });
-    logHost(VessaLogger::ERROR, "rejected " + name + " from the device: " + mustBeArray);
+    writeLog(VessaLogger::ERROR, "rejected " + name + " from the device: " + mustBeArray);
 }
 
 void CheckedSettingsHandler::migrateExistingDeviceSettings() {

@@ -5,8 +5,8 @@
 
 #include "SettingsHandler/SettingsNames.h"
 #include "SettingsHandlerKit/LegacyValueStorage.h"
+#include "SettingsHandlerKit/Logging.h"
 #include "handler/LocaleGuard.h"
-#include "service/logging/HostLog.h"
 
 namespace SettingsHandlerKit {
 
@@ -45,8 +45,8 @@ void setUnusableLocaleAside(SDKWrapper::StorageManagerInterface& storage) {
     if (newKey.empty()) {
         throw std::runtime_error("the stored value of '" + key + "' is unusable and could not be set aside");
     }
-    logHost(VessaLogger::ERROR,
-            "rejected stored " + key + ": must be a JSON array of at most 32 levels; moved to '" + newKey + "'");
+    writeLog(VessaLogger::ERROR,
+             "rejected stored " + key + ": must be a JSON array of at most 32 levels; moved to '" + newKey + "'");
 }
 
 }  // namespace SettingsHandlerKit
