@@ -18,7 +18,7 @@ namespace SettingsHandlerKit {
 /// A connection that speaks HTTP/1.1. It answers requests one after the other, one a turn of the event loop, and closes
 /// after a request with a body, which it does not read. The other side has limited time to send a request, to read its
 /// answer, and between two of them.
-class HttpConnection : private ByteStream::User, public std::enable_shared_from_this<HttpConnection> {
+class HttpConnection final : private ByteStream::User, public std::enable_shared_from_this<HttpConnection> {
 public:
     /// Answers the requests; it outlives the connections.
     class Server {

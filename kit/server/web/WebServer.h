@@ -30,7 +30,7 @@ class WebSocketWriter;
 /// the oldest of those is closed, after what it has sent was read; when there is none, the new connection is closed.
 ///
 /// One thread only. The event loop outlives it, and runs once more after `closeNow`.
-class WebServer : private HttpConnection::Server {
+class WebServer final : private HttpConnection::Server {
 public:
     /// The WebSockets at `/settings` are clients of `settingsClients`, those at `/device` of `deviceClients`; both
     /// outlive the server. What waits for clients counts in `backlog`. Errors: `ListenerError`.
