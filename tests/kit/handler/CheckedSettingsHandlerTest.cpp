@@ -8,6 +8,28 @@ namespace {
 
 using namespace SettingsHandlerTesting;
 
+template <typename World>
+void useRequests(World& world, bool refused) {
+    world.storage.refusesWrites = refused;
+    world.storage.refusesClearing = refused;
+    world.sdkBridge->refusesSettings = refused;
+    for (const auto& [key, type] : SettingsHandler::stringToSettingsNamesTypeMapping) {
+        world.transport->request(24, changePayload(key, R"(["es-ES"])"));
+        world.transport->request(24, changePayload(key, R"(["es-ES"])"));
+        world->setSetting(key, "direct");
+        world.transport->deliver(24, requestText(*world.transport, 24, "m", 0, changePayload(key, "stale")));
+        world.deviceLayer.changeSystemSetting(key, "device");
+    }
+    world.transport->request(7, settingsPayload());
+    world.transport->request(7, settingsPayload({"unknown", "timezone", "never"}));
+    world.transport->request(18);
+    world.transport->request(19);
+    for (const auto& [key, value] : world->getCurrentSettingsMap()) {
+        world.journal.add(std::string(key).append(" = ").append(value));
+    }
+    world.transport->request(22);
+}
+
 /// Uses everything that the handler offers. Returns: what happened around it.
 template <typename Handler>
 Entries useEverything() {
@@ -23,24 +45,7 @@ Entries useEverything() {
     world.storage.put("unknown", std::string(100, 'v'));
     world->migrateExistingDeviceSettings();
     for (const bool refused : {true, false}) {
-        world.storage.refusesWrites = refused;
-        world.storage.refusesClearing = refused;
-        world.sdkBridge->refusesSettings = refused;
-        for (const auto& [key, type] : SettingsHandler::stringToSettingsNamesTypeMapping) {
-            world.transport->request(24, changePayload(key, R"(["es-ES"])"));
-            world.transport->request(24, changePayload(key, R"(["es-ES"])"));
-            world->setSetting(key, "direct");
-            world.transport->deliver(24, requestText(*world.transport, 24, "m", 0, changePayload(key, "stale")));
-            world.deviceLayer.changeSystemSetting(key, "device");
-        }
-        world.transport->request(7, settingsPayload());
-        world.transport->request(7, settingsPayload({"unknown", "timezone", "never"}));
-        world.transport->request(18);
-        world.transport->request(19);
-        for (const auto& [key, value] : world->getCurrentSettingsMap()) {
-            world.journal.add(key + " = " + value);
-        }
-        world.transport->request(22);
+        useRequests(world, refused);
     }
     for (const int type : {7, 18, 24}) {
         world.transport->deliver(type, "{");
@@ -141,6 +146,7 @@ TEST(CheckedSettingsHandlerTest, EachThreadHasItsOwnOutcome) {
     BasicTestHandler<CheckedSettingsHandler> world;
     constexpr int threads = 8;
     std::vector<std::future<void>> running;
+    running.reserve(threads);
     for (int number = 0; number < threads; ++number) {
         running.push_back(std::async(std::launch::async, [&world, number] {
             const std::string key = "key" + std::to_string(number);
@@ -167,6 +173,7 @@ TEST(CheckedSettingsHandlerTest, KeepsTheOutcomesOfTheLastThreadsOnly) {
         const auto ended = end.get_future().share();
         std::vector<std::promise<void>> done(static_cast<std::size_t>(count));
         std::vector<std::thread> running;
+        running.reserve(done.size());
         for (auto& its : done) {
             running.emplace_back([&] {
                 world->setSetting("captionsEnabled", "true");

@@ -191,7 +191,7 @@ TEST_F(Outcomes, AfterAnExceptionOfACollaborator) {
         {22, "", "storage.getValue", Outcome()},
     };
     for (const auto& [type, text, at, expected] : cases) {
-        SCOPED_TRACE(text + " at " + at);
+        SCOPED_TRACE(std::string(text).append(" at ").append(at));
         world->setSetting("companionDevice", at + text);
         world.journal.at(at, [] { throw Thrown(); });
         EXPECT_THROW(world.transport->deliver(type, text), Thrown);
