@@ -202,8 +202,12 @@ void CheckedSettingsHandler::notifySystemSettingChanged(std::string name, std::s
 }
 
 void CheckedSettingsHandler::migrateExistingDeviceSettings() {
-    setUnusableLocaleAside(parts->realStorage);
+    setUnusableValuesAside();
     SettingsHandler::migrateExistingDeviceSettings();
+}
+
+void CheckedSettingsHandler::setUnusableValuesAside() {
+    setUnusableLocaleAside(parts->realStorage);
 }
 
 void CheckedSettingsHandler::handleGetSettingsRequest(const std::string& message) {

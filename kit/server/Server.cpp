@@ -40,6 +40,7 @@ std::shared_ptr<CheckedSettingsHandler> Server::createHandler(
         handler = CheckedSettingsHandler::create(parts->hub, storage, parts->metrics, std::move(bridge),
                                                  std::move(launcher), std::move(info), handlerOptions());
         watch(handler);
+        handler->setUnusableValuesAside();
         handler->initializeSettings();
         handler->migrateExistingDeviceSettings();
     });

@@ -75,11 +75,14 @@ public:
     bool isRequestValid(std::string& settingDBId, long timestamp) override;
     /// Rejects what would end the process, without a call of `setSetting`.
     void notifySystemSettingChanged(std::string name, std::string value) override;
-    /// First sets a stored locale that would end the process aside, under the first free key of "orliaLocale.unusable",
-    /// "orliaLocale.unusable.2", …, which is logged at level 3; then as the handler's.
+    /// First `setUnusableValuesAside`, then as the handler's.
+    void migrateExistingDeviceSettings() override;
+    /// Sets a stored locale that would end the process aside, under the first free key of "orliaLocale.unusable",
+    /// "orliaLocale.unusable.2", …, which is logged at level 3. A service that calls it before `initializeSettings`
+    /// does not start far when it fails.
     /// - Errors: `std::runtime_error` when it could not be set aside. It is still stored then, and the next call tries
     ///   again.
-    void migrateExistingDeviceSettings() override;
+    void setUnusableValuesAside();
 
     /// As the handler's, and checked and counted for `outcome` like a delivered request.
     ///

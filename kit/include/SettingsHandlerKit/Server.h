@@ -53,8 +53,8 @@ public:
     /// Errors: `ListenerError`; `std::invalid_argument` for a name that cannot be used.
     void addEndpoint(const Endpoint& endpoint, ClientListener& listener);
 
-    /// Makes the handler of this server, then initialises and migrates it. See `watch` for what the server does with
-    /// `storage`. The handler shares the collaborators; the storage stays the caller's.
+    /// Makes the handler of this server, sets unusable stored values aside, initialises and migrates it. See `watch`
+    /// for what the server does with `storage`. The handler shares the collaborators; the storage stays the caller's.
     /// - Returns: never null. The caller keeps it while the server serves.
     /// - Errors: `std::invalid_argument` that names a null collaborator; `std::runtime_error` when an unusable stored
     ///   value could not be set aside.
