@@ -14,9 +14,9 @@ using TestSupport::WebSocket;
 class UnauthenticatedConnectionsTest : public WebServerTest {
 protected:
     UnauthenticatedConnectionsTest() : WebServerTest(600) {}
-    ~UnauthenticatedConnectionsTest() override {
+    void TearDown() override {
         release();
-        stop();
+        WebServerTest::TearDown();
     }
 
     /// One that has begun a request, and so is not left with the kernel.
