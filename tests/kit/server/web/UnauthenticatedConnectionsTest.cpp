@@ -6,7 +6,6 @@
 namespace SettingsHandlerKit {
 
 using TestSupport::httpGet;
-using TestSupport::HttpResponse;
 using TestSupport::TcpConnection;
 using TestSupport::WebSocket;
 
