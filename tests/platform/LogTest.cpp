@@ -54,6 +54,7 @@ TEST_F(LogTest, CallsTheSinkForOneLineAtATime) {
         --inside;
     });
     std::vector<std::thread> threads;
+    threads.reserve(8);
     for (int thread = 0; thread < 8; ++thread) {
         threads.emplace_back([] {
             for (int round = 0; round < 500; ++round) {

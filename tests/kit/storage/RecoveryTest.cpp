@@ -125,7 +125,7 @@ TEST_F(RecoveryTest, TheLogIsKeptWithItsDatabase) {
             table.put("key" + std::to_string(number), std::string(700, 'v'));
         }
         database.execute("PRAGMA wal_checkpoint(TRUNCATE)");
-        bad = content("settings.db").replace(4096, 5 * 4096, 5 * 4096, 'x');
+        bad = content("settings.db").replace(4096, 5UL * 4096, 5UL * 4096, 'x');
         table.put("key59", "only in the log");
         std::filesystem::copy_file(file + "-wal", folder / "log");
     }
