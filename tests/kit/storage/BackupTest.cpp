@@ -153,8 +153,8 @@ TEST_F(BackupTest, ADamagedCopyDoesNotReplaceAGoodOne) {
     database.execute("PRAGMA wal_checkpoint(TRUNCATE)");
     {
         std::fstream bytes(file, std::ios::in | std::ios::out | std::ios::binary);
-        bytes.seekp(4096 * 5);
-        bytes << std::string(4096 * 10, '\xff');
+        bytes.seekp(std::streamoff{4096} * 5);
+        bytes << std::string(std::size_t{4096} * 10, '\xff');
     }
     database.execute("PRAGMA shrink_memory");
     Backup backup(database);
