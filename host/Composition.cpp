@@ -240,7 +240,7 @@ void Composition::run() {
     ::malloc_trim(0);
     ::mallopt(M_MMAP_THRESHOLD, largeAllocation);
     loop.run();
-    SettingsHandlerKit::notifyStopping("Sending what clients wait for");
+    SettingsHandlerKit::notifyStopping("Draining connections");
     health.setServing(false);
     SettingsHandlerKit::logHost(VessaLogger::INFORMATION, "stopping");
     settingsListener->close();
