@@ -133,8 +133,8 @@ TEST_F(StorageTest, RefusesADamagedFile) {
     storage.reset();
     {
         std::fstream bytes(file, std::ios::in | std::ios::out | std::ios::binary);
-        bytes.seekp(4096 * 3);
-        bytes << std::string(4096 * 3, '\xff');
+        bytes.seekp(std::streamoff{4096} * 3);
+        bytes << std::string(4096UL * 3, '\xff');
     }
     expectRefused("damaged");
 }
