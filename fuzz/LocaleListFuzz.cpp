@@ -52,7 +52,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     check(changed == hasEntry(entries, {"observer3.orliaLocale("}), "what is a change reaches the observers");
     check(!hasEntry(entries, {"storage."}), "the locales are not stored");
     if (changed) {
-        check(!write(world, arrayText(world.sdk->locales)), "the voice SDK's own list is no change");
+        check(!write(world, arrayText(world.sdk->locales)), "writing the voice SDK's own list changes nothing");
     }
     world.expectSameCache("writing the locales");
     return 0;

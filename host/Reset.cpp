@@ -32,7 +32,7 @@ void refuseIfInUseOrForeign(const std::string& file) {
         const SettingsHandlerKit::Database opened(file);
     } catch (const SettingsHandlerKit::DamagedDatabase&) {
         if (!startsLikeDatabase(file) && SettingsHandlerKit::companionFiles(file).empty()) {
-            throw SettingsHandlerKit::DatabaseError(file + " is not a database; it was left as it is");
+            throw SettingsHandlerKit::DatabaseError(file + " is not a database; left unchanged");
         }
     } catch (const SettingsHandlerKit::NewerDatabase&) {
     }

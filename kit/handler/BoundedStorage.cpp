@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "CommunicationHandler/MessageType.h"
+#include "Wire/MessageType.h"
 
 namespace SettingsHandlerKit {
 
@@ -36,7 +36,7 @@ void BoundedStorage::forget(const std::string& key) {
 }
 
 bool BoundedStorage::isGathering() const {
-    return context->current() && context->current()->type == CommunicationHandler::GET_SETTINGS;
+    return context->current() && context->current()->type == Wire::GET_SETTINGS;
 }
 
 void BoundedStorage::getValue(const std::string& key, std::string& value) {
@@ -52,7 +52,7 @@ void BoundedStorage::getValue(const std::string& key, std::string& value) {
     gatheredBytes += value.size();
     // The values are gathered and copied once before they become a frame.
     if (gatheredBytes > maximumReply || (gatheredBytes > smallReply && !hasRoomFor(2 * gatheredBytes))) {
-        throw ReadLimitExceeded("more is asked for than there is memory for");
+        throw ReadLimitExceeded("the values exceed the memory for reading");
     }
 }
 

@@ -31,7 +31,7 @@ protected:
     EventLoop loop;
     MessageHub clients{std::make_shared<TrafficObservers>()};
     /// Without something to serve the loop would end.
-    UnixSocketListener listener{loop, folder / "door.sock", Origin::SOCKET, clients};
+    UnixSocketListener listener{loop, folder / "listener.sock", Origin::SOCKET, clients};
 };
 
 TEST_F(BackupScheduleTest, MakesABackupOnceItIsDueAndNotBefore) {
@@ -47,7 +47,7 @@ TEST_F(BackupScheduleTest, MakesABackupOnceItIsDueAndNotBefore) {
               (std::vector<std::string>{"1 settings-host:database backed up", "1 settings-host:database backed up"}));
 }
 
-TEST_F(BackupScheduleTest, SaysWhatGoesWrongAndTriesAgain) {
+TEST_F(BackupScheduleTest, ReportsFailuresAndRetries) {
     fill();
     disk.fillUpFrom(1);
     const BackupSchedule schedule(loop, database, {1ms, 2ms, 24h, 8});
@@ -64,7 +64,7 @@ TEST_F(BackupScheduleTest, SaysWhatGoesWrongAndTriesAgain) {
                                                "1 settings-host:database backed up"}));
 }
 
-TEST_F(BackupScheduleTest, GivesUpWhenToldToAndBeginsAnewAtTheNextLook) {
+TEST_F(BackupScheduleTest, StopsOnRequestAndRestartsAtTheNextCheck) {
     fill();
     BackupSchedule schedule(loop, database, {1ms, 5ms, 24h, 1});
     serveUntil([&] { return std::filesystem::exists(file + ".backup.new"); });
@@ -75,7 +75,7 @@ TEST_F(BackupScheduleTest, GivesUpWhenToldToAndBeginsAnewAtTheNextLook) {
     EXPECT_EQ(log.take(), std::vector<std::string>{"1 settings-host:database backed up"});
 }
 
-TEST_F(BackupScheduleTest, ErasesAtALookWhatALogOutCouldNot) {
+TEST_F(BackupScheduleTest, ErasesAtItsNextCheckWhatALogOutCouldNot) {
     put("deviceName", "Den");
     beginLogOut(database, [this] { table.clear(); });
     disk.fillUpFrom(1);

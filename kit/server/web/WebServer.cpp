@@ -85,7 +85,7 @@ private:
                 server->connections.closed(connection);
                 return 0;
             case LWS_CALLBACK_FILTER_PROTOCOL_CONNECTION:
-                // WebSockets have protocols of their own.
+                // WebSockets have their own protocols.
                 return -1;
             default:
                 return lws_callback_http_dummy(connection, reason, user, in, size);

@@ -23,7 +23,7 @@ HttpAnswer WebSite::answer(const WebVisitor& visitor, bool isAdmitted, const std
     } else if (pages.isEmpty() && (path == "/" || path == "/device")) {
         answer = howToGetPages();
     } else {
-        return plainAnswer(HTTP_STATUS_NOT_FOUND, "There is no such page.");
+        return plainAnswer(HTTP_STATUS_NOT_FOUND, "Page not found.");
     }
     answer.cookie = access.cookieFor(visitor);
     return answer;

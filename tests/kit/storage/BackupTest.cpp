@@ -64,7 +64,7 @@ TEST_F(BackupTest, OneThatIsGivenUpLeavesTheOthers) {
     EXPECT_EQ(files(), (std::vector<std::string>{"settings.db", "settings.db-wal", "settings.db.backup.1"}));
 }
 
-TEST_F(BackupTest, StartsAnewWhereALossOfPowerCutOneShort) {
+TEST_F(BackupTest, StartsAgainAfterALossOfPowerInterruptedOne) {
     std::ofstream(file + ".backup.new") << std::string(9000, 'x');
     std::ofstream(file + ".backup.new-wal") << std::string(9000, 'x');
     put("deviceName", "Den");
@@ -85,7 +85,7 @@ TEST_F(BackupTest, IsDueOnceADay) {
     EXPECT_TRUE(isBackupDue(file, 24h)) << "it is from the future";
 }
 
-TEST_F(BackupTest, WhateverFailsOnTheWayTheOthersStay) {
+TEST_F(BackupTest, AFailureAtAnyCallKeepsTheOthers) {
     put("deviceName", "older");
     backUp();
     put("deviceName", "newer");

@@ -242,7 +242,7 @@ TEST_F(StorageTest, KeepsWhatWasStoredBeyondTheLimitsAndRefusesGrowthOnly) {
                               "3 settings-host:cannot store 'new': the limit of 1,000 keys is reached"}));
     EXPECT_TRUE(storage->setValue("key1", std::string(2000, 'w')));
     EXPECT_TRUE(storage->setValue("key2", "short"));
-    EXPECT_EQ(storage->setAside("key3"), "key3.unusable") << "renaming is no growth";
+    EXPECT_EQ(storage->setAside("key3"), "key3.unusable") << "renaming adds no bytes";
     EXPECT_EQ(read("key3.unusable"), std::string(2000, 'v'));
     EXPECT_TRUE(storage->removeValue("key4"));
     EXPECT_EQ(log.take(), std::vector<std::string>{});
