@@ -107,6 +107,13 @@ TEST_F(StorageTest, WritesWithFullDurability) {
     EXPECT_EQ(synchronous.number(0), 2);
 }
 
+TEST_F(StorageTest, KeepsTemporaryFilesInMemory) {
+    open();
+    Statement temporary(*database, "PRAGMA temp_store");
+    temporary.step();
+    EXPECT_EQ(temporary.number(0), 2);
+}
+
 TEST_F(StorageTest, LocksTheFileExclusively) {
     open();
     expectRefused("in use by another process");
