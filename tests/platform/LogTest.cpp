@@ -11,7 +11,7 @@ namespace VessaLogger {
 
 class LogTest : public ::testing::Test {
 protected:
-    ~LogTest() override { setLogSink({}); }
+    void TearDown() override { setLogSink({}); }
 
     static void emit(const std::string& text, LogLevel level = INFORMATION) {
         Log::instance().emitLog(level, std::chrono::system_clock::now(), "thread", text, NATIVE_SERVICE);

@@ -1,8 +1,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include "SettingsHandlerKit/DatabaseError.h"
 #include "kit/support/FaultyDisk.h"
-#include "storage/Database.h"
 #include "storage/Files.h"
 #include "support/TemporaryDirectory.h"
 
@@ -12,7 +12,7 @@ namespace {
 
 /// Runs `action` in a new folder, which holds the file "old", with a fault at each call in turn. Each fault must be
 /// reported. Returns: the number of calls that `action` makes.
-long callsThatAreReported(const std::function<void(const TestSupport::TemporaryDirectory&)>& action) {
+long callsThatAreReported(const std::function<void(Disk&, const TestSupport::TemporaryDirectory&)>& action) {
     SettingsHostTests::FaultyDisk disk;
     for (long call = 1;; ++call) {
         const TestSupport::TemporaryDirectory folder;
@@ -21,7 +21,7 @@ long callsThatAreReported(const std::function<void(const TestSupport::TemporaryD
         disk.failOnce(call);
         bool reported = false;
         try {
-            action(folder);
+            action(disk, folder);
         } catch (const DatabaseError&) {
             reported = true;
         }
@@ -35,16 +35,18 @@ long callsThatAreReported(const std::function<void(const TestSupport::TemporaryD
 }  // namespace
 
 TEST(Files, EveryOperationIsSyncedAndItsFailureReported) {
-    EXPECT_EQ(callsThatAreReported([](const auto& folder) { createFolders(folder / "new"); }), 1)
+    EXPECT_EQ(callsThatAreReported([](auto& disk, const auto& folder) { createFolders(disk, folder / "new"); }), 1)
         << "sync the parent folder";
-    EXPECT_EQ(callsThatAreReported([](const auto& folder) { createFile(folder / "new"); }), 2)
+    EXPECT_EQ(callsThatAreReported([](auto& disk, const auto& folder) { createFile(disk, folder / "new"); }), 2)
         << "create, sync the folder";
-    EXPECT_EQ(callsThatAreReported([](const auto& folder) { moveFile(folder / "old", folder / "new"); }), 2)
+    EXPECT_EQ(
+        callsThatAreReported([](auto& disk, const auto& folder) { moveFile(disk, folder / "old", folder / "new"); }), 2)
         << "rename, sync the folder";
-    EXPECT_EQ(callsThatAreReported([](const auto& folder) { removeFile(folder / "old"); }), 2)
+    EXPECT_EQ(callsThatAreReported([](auto& disk, const auto& folder) { removeFile(disk, folder / "old"); }), 2)
         << "remove, sync the folder";
-    EXPECT_EQ(callsThatAreReported([](const auto& folder) { copyFile(folder / "old", folder / "new"); }), 4)
-        << "remove what is there, create, sync the file, sync the folder";
+    EXPECT_EQ(
+        callsThatAreReported([](auto& disk, const auto& folder) { copyFile(disk, folder / "old", folder / "new"); }), 5)
+        << "remove what is there, create, fill, sync the file, sync the folder";
 }
 
 TEST(Files, TellWhatCouldNotBeSynced) {
@@ -53,7 +55,7 @@ TEST(Files, TellWhatCouldNotBeSynced) {
     disk.watch(folder.path());
     disk.failOnce(2);
     try {
-        createFile(folder / "new");
+        createFile(disk, folder / "new");
         FAIL() << "nothing was reported";
     } catch (const DatabaseError& error) {
         EXPECT_EQ(error.what(), "fsync failed for " + folder.path().string() + ": Input/output error");
