@@ -65,8 +65,8 @@ TEST(HostFrames, ReportAChange) {
 }
 
 TEST(HostFrames, ReportNoChangeWhenTheyAreOfAnotherType) {
-    for (const std::string text :
-         {"{}", R"({"type":7,"payload":{}})", R"({"type":"25"})", R"({"type":25.5})", R"({"notice":{"reread":[]}})"}) {
+    for (const std::string text : {"{}", R"({"type":7,"timestamp":1,"payload":{}})", R"({"type":"25"})",
+                                   R"({"type":25.5})", R"({"notice":{"reread":[]}})"}) {
         EXPECT_FALSE(HostFrame(text).change()) << text;
         EXPECT_FALSE(HostFrame(text).timestamp()) << text;
     }
