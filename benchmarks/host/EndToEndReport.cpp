@@ -1,6 +1,6 @@
 #include "host/EndToEndReport.h"
 
-#include <algorithm>
+#include <utility>
 
 namespace Benchmarks {
 
@@ -48,13 +48,8 @@ void addDistribution(Results& results, const std::vector<Round>& rounds, const s
         const auto& latencies = round.at(name).latencies;
         all.insert(all.end(), latencies.begin(), latencies.end());
     }
-    std::sort(all.begin(), all.end());
     const auto [plot, curve] = plotAndName(name);
-    Distribution distribution{plot, curve, {}};
-    for (const double percent : {0.0, 10.0, 25.0, 50.0, 75.0, 90.0, 95.0, 99.0, 99.9, 100.0}) {
-        distribution.percentiles.emplace_back(percent, percentile(all, percent));
-    }
-    results.add(distribution);
+    results.add(Distribution(plot, curve, std::move(all)));
 }
 
 std::string crowdName(const std::string& kind, std::size_t clients) {

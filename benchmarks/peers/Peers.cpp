@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <map>
@@ -81,16 +80,6 @@ void Race::run() {
     }
 }
 
-Distribution distributionOf(const Contender& contender, const std::string& plot) {
-    std::vector<double> sorted = contender.latencies();
-    std::sort(sorted.begin(), sorted.end());
-    Distribution distribution{plot, contender.name(), {}};
-    for (const double percent : {1.0, 5.0, 10.0, 25.0, 50.0, 75.0, 90.0, 95.0, 98.0, 99.0, 99.5, 99.9}) {
-        distribution.percentiles.emplace_back(percent, percentile(sorted, percent));
-    }
-    return distribution;
-}
-
 Results Race::results() const {
     struct Comparison {
         const char* ours;
@@ -119,7 +108,8 @@ Results Race::results() const {
     for (const auto& contender : contenders) {
         byName[contender->name()] = contender.get();
         results.add(Figure{"peers/" + contender->name() + "/change" + where, "us", contender->medians()});
-        results.add(distributionOf(*contender, "Time of a change, ours and others" + where));
+        results.add(
+            Distribution("Time of a change, ours and others" + where, contender->name(), contender->latencies()));
     }
     for (const auto& [ours, other, inWords, bar] : comparisons) {
         if (byName.count(other) != 0) {

@@ -9,7 +9,6 @@ namespace Utils::RapidjsonUtil {
 class RapidjsonUtilTest : public ::testing::Test {
 protected:
     rapidjson::Document& parse(const std::string& json) {
-        document = rapidjson::Document();
         document.Parse<jsonParseFlags>(json.c_str());
         EXPECT_FALSE(document.HasParseError()) << json;
         return document;

@@ -295,14 +295,14 @@ TEST_F(HostileConnections, FramesSentByteByByteDelayNobody) {
 TEST_F(HostileConnections, HalfFramesInEveryConnectionAreBounded) {
     constexpr std::size_t halfFrame = 65000;
     // One buffer to read, one to keep, which grows in steps.
-    constexpr std::size_t costOfOne = 4 * 65536;
+    constexpr std::size_t costOfOne = 4UL * 65536;
     std::vector<std::unique_ptr<HostClient>> lines;
     std::vector<std::unique_ptr<HostWebSocket>> pages;
     for (std::size_t number = 0; number < 100; ++number) {
         lines.push_back(std::make_unique<HostClient>(socket()));
-        lines.back()->send("{\"type\":24,\"x\":\"" + std::string(halfFrame, 'x'));
+        lines.back()->send(R"({"type":24,"x":")" + std::string(halfFrame, 'x'));
         pages.push_back(page());
-        pages.back()->sendFrame(1, "{\"type\":24,\"x\":\"" + std::string(halfFrame, 'x'), false);
+        pages.back()->sendFrame(1, R"({"type":24,"x":")" + std::string(halfFrame, 'x'), false);
     }
     EXPECT_EQ(get("deviceName"), "TV");
     expectGrowthBelow(200 * costOfOne);

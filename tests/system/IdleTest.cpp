@@ -69,7 +69,7 @@ TEST_F(IdleInMemory, KeepsNothingOfTheChangesItStored) {
     write(1000, 10000);
     TestSupport::httpGet(port, "/metrics");
     const auto after = TestSupport::memoryOf(host->pid()).anonymous;
-    EXPECT_LE(after, before + 256U * 1024U);
+    EXPECT_LE(after, before + 256UL * 1024UL);
     RecordProperty("grownKibibytes", std::to_string((static_cast<long>(after) - static_cast<long>(before)) / 1024));
 }
 

@@ -14,7 +14,6 @@ namespace SystemTests {
 
 using TestSupport::LineClient;
 using TestSupport::TcpConnection;
-using WireTests::HostWebSocket;
 
 namespace {
 
@@ -148,6 +147,7 @@ TEST_F(Latency, OfOthersHardlyGrowsWhileConnectionsComeAndGo) {
     expectOthersAreServed("half frames", [&] { LineClient(socket()).send(R"({"type":7,"messa)"); });
     expectOthersAreServed("half upgrades", [&] { TcpConnection(port).send("GET /settings HTTP/1.1\r\nHo"); });
     std::vector<std::unique_ptr<LineClient>> connections;
+    connections.reserve(127);
     for (int number = 0; number < 127; ++number) {
         connections.push_back(std::make_unique<LineClient>(socket()));
     }

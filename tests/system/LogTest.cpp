@@ -178,7 +178,7 @@ TEST_F(HostLog, LinesOfTheHostHoldNoUserValues) {
     webArguments = {"--listen", "127.0.0.1:0"};
     host = launch({"--log-level", "0"});
     const std::string ready = host->output().readLine().value();
-    const auto port = static_cast<std::uint16_t>(std::stoi(ready.substr(ready.find(":", 14) + 1)));
+    const auto port = static_cast<std::uint16_t>(std::stoi(ready.substr(ready.find(':', 14) + 1)));
     device(R"({"command":"trace","enabled":true})");
     long timestamp = 1000;
     for (const std::string key : {"deviceName", "friendlyName", "companionDevice"}) {
@@ -188,7 +188,7 @@ TEST_F(HostLog, LinesOfTheHostHoldNoUserValues) {
     device(R"({"command":"setting","key":"orliaLocale","value":"{\"name\":\")" + marker + R"(\"}"})");
     TestSupport::httpGet(port, "/" + marker);
     TestSupport::httpGet(port, "/?key=" + marker);
-    WireTests::HostWebSocket(port, "/settings?key=" + marker, marker);
+    const WireTests::HostWebSocket refused(port, "/settings?key=" + marker, marker);
     send(R"({"type":19})");
     send(R"({"type":22})");
     disconnect();

@@ -25,6 +25,18 @@ TEST_F(BackupTest, KeepsTwoGenerations) {
     EXPECT_EQ(status.st_mode & 0777U, 0600U);
 }
 
+TEST_F(BackupTest, AnEmptyFileDoesNotReplaceAnOlderBackup) {
+    for (const std::string value : {"first", "second"}) {
+        put("deviceName", value);
+        storage.backupNow();
+    }
+    std::filesystem::resize_file(backupName(file, 1), 0);
+    put("deviceName", "third");
+    storage.backupNow();
+    EXPECT_EQ(valueIn(1, "deviceName"), "third");
+    EXPECT_EQ(valueIn(2, "deviceName"), "first");
+}
+
 TEST_F(BackupTest, IsMadeWhileTheStorageIsUsed) {
     fill();
     EXPECT_EQ(storage.backupNow(), backupName(file, 1));
@@ -153,8 +165,8 @@ TEST_F(BackupTest, ADamagedCopyDoesNotReplaceAGoodOne) {
     database.execute("PRAGMA wal_checkpoint(TRUNCATE)");
     {
         std::fstream bytes(file, std::ios::in | std::ios::out | std::ios::binary);
-        bytes.seekp(4096 * 5);
-        bytes << std::string(4096 * 10, '\xff');
+        bytes.seekp(std::streamoff{4096} * 5);
+        bytes << std::string(std::size_t{4096} * 10, '\xff');
     }
     database.execute("PRAGMA shrink_memory");
     Backup backup(database);

@@ -54,7 +54,7 @@ private:
     /// Returns: true when the change was confirmed.
     bool change(Storage& storage) {
         const std::string key = "key" + std::to_string(random() % 12);
-        const unsigned kind = static_cast<unsigned>(random() % 20);
+        const auto kind = static_cast<unsigned>(random() % 20);
         bool done = false;
         if (kind == 0) {
             inProgress.clear();

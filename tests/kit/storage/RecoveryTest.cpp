@@ -103,7 +103,10 @@ TEST_F(RecoveryTest, TheSecondBackupServesWhenTheFirstIsDamagedToo) {
     EXPECT_EQ(lines[3],
               line("the database was restored from settings.db.backup.2; changes made since that backup are lost"));
     EXPECT_EQ(content("settings.db.backup.1"), std::string(10000, 'x')) << "the damaged backup is unchanged";
-    EXPECT_FALSE(std::filesystem::exists(file + ".restoring"));
+    damage(file);
+    damage(backupName(file, 2));
+    EXPECT_EQ(open(), "(none)");
+    EXPECT_FALSE(std::filesystem::exists(file + ".restoring")) << "the copy of a damaged backup";
 }
 
 TEST_F(RecoveryTest, NothingThatWasKeptIsOverwritten) {
@@ -125,7 +128,7 @@ TEST_F(RecoveryTest, TheLogIsKeptWithItsDatabase) {
             table.put("key" + std::to_string(number), std::string(700, 'v'));
         }
         database.execute("PRAGMA wal_checkpoint(TRUNCATE)");
-        bad = content("settings.db").replace(4096, 5 * 4096, 5 * 4096, 'x');
+        bad = content("settings.db").replace(4096, 5UL * 4096, 5UL * 4096, 'x');
         table.put("key59", "only in the log");
         std::filesystem::copy_file(file + "-wal", folder / "log");
     }
@@ -192,6 +195,24 @@ TEST_F(RecoveryTest, ALogOfAnEarlierRestoreIsNotReadIntoTheCopy) {
     std::filesystem::remove(file);
     EXPECT_EQ(open(), "backed up");
     EXPECT_FALSE(std::filesystem::exists(file + ".restoring-wal"));
+}
+
+TEST_F(RecoveryTest, AJournalOfAnEarlierRestoreIsNotRolledBackIntoTheCopy) {
+    store("backed up", true);
+    std::filesystem::copy_file(backupName(file, 1), folder / "copy.db");
+    {
+        Database copy(folder / "copy.db", disk);
+        KeyValueTable table(copy, "settings");
+        table.put("deviceName", "of the journal");
+        // Without syncs the journal is valid at once.
+        copy.execute("PRAGMA journal_mode=DELETE; PRAGMA synchronous=OFF; BEGIN");
+        table.put("deviceName", "never committed");
+        std::filesystem::copy_file(folder / "copy.db-journal", file + ".restoring-journal");
+        copy.execute("ROLLBACK");
+    }
+    std::filesystem::remove(file);
+    EXPECT_EQ(open(), "backed up");
+    EXPECT_FALSE(std::filesystem::exists(file + ".restoring-journal"));
 }
 
 TEST_F(RecoveryTest, ForeignAndNewerDatabasesAreRefusedAndLeftUnchanged) {

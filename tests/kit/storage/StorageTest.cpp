@@ -103,6 +103,13 @@ TEST_F(StorageTest, WritesWithFullDurability) {
     EXPECT_EQ(synchronous.number(0), 2);
 }
 
+TEST_F(StorageTest, KeepsTemporaryFilesInMemory) {
+    open();
+    Statement temporary(storage->database(), "PRAGMA temp_store");
+    temporary.step();
+    EXPECT_EQ(temporary.number(0), 2);
+}
+
 TEST_F(StorageTest, LocksTheFileExclusively) {
     open();
     expectRefused("in use by another process");
@@ -133,8 +140,8 @@ TEST_F(StorageTest, RefusesADamagedFile) {
     storage.reset();
     {
         std::fstream bytes(file, std::ios::in | std::ios::out | std::ios::binary);
-        bytes.seekp(4096 * 3);
-        bytes << std::string(4096 * 3, '\xff');
+        bytes.seekp(std::streamoff{4096} * 3);
+        bytes << std::string(4096UL * 3, '\xff');
     }
     expectRefused("damaged");
 }
@@ -155,6 +162,7 @@ TEST_F(StorageTest, RefusesWhatExceedsTheLimitsWithTheReason) {
               (std::vector<std::string>{
                   "3 settings-host:cannot store '" + std::string(64, 'k') + "…': the key is longer than 256 bytes",
                   "3 settings-host:cannot store 'k': the value is longer than 64 KiB"}));
+    EXPECT_TRUE(storage->health().writable) << "the database works";
     EXPECT_EQ(read("k"), std::string(65536, 'v')) << "the old value is still there";
 }
 
@@ -251,14 +259,19 @@ TEST_F(StorageTest, AFullDiskIsAnsweredWithFalseAndLosesNothing) {
     const std::string big(60000, 'v');
     EXPECT_FALSE(storage->setValue("key", big));
     EXPECT_EQ(read("key"), "old");
+    EXPECT_FALSE(storage->health().writable);
     const auto lines = log.take();
     ASSERT_EQ(lines.size(), 1U);
     EXPECT_EQ(lines[0], "3 settings-host:cannot store 'key': database: database or disk is full");
     EXPECT_FALSE(state->save("key", big));
     EXPECT_EQ(state->load("key"), "old");
     EXPECT_EQ(log.take().size(), 1U);
+    for (int number = 0; number < 20; ++number) {
+        EXPECT_FALSE(storage->setValue("key" + std::to_string(number), big));
+    }
     storage->database().execute("PRAGMA max_page_count=100000");
-    EXPECT_TRUE(storage->setValue("key", big));
+    EXPECT_TRUE(storage->setValue("key", big)) << "what was not stored does not count";
+    EXPECT_TRUE(storage->health().writable);
 }
 
 TEST_F(StorageTest, EveryFailureOfTheDatabaseIsAnsweredAndLogged) {

@@ -162,7 +162,7 @@ TEST_F(ServerMetricsTest, HoldsTheMetricsOfItsProcess) {
         const auto found = lines(name + " ");
         return found.empty() ? 0 : std::stod(found[0]);
     };
-    const double now = static_cast<double>(::time(nullptr));
+    const auto now = static_cast<double>(::time(nullptr));
     EXPECT_NEAR(metric("process_start_time_seconds"), now, 3600);
     EXPECT_GT(metric("process_resident_memory_bytes"), 1e6);
     EXPECT_GT(metric("process_virtual_memory_bytes"), metric("process_resident_memory_bytes"));

@@ -71,7 +71,7 @@ TEST_F(MessageHubTest, RefusesToTheSenderAloneAndStaysUsable) {
         {"{}", "unknown-type"},
         {R"({"type":25})", "unknown-type"},
         {R"({"type":"7"})", "unknown-type"},
-        {"{\"type\":7,\"a\":" + std::string(32, '[') + std::string(32, ']') + "}", "too-deep"}};
+        {R"({"type":7,"a":)" + std::string(32, '[') + std::string(32, ']') + "}", "too-deep"}};
     for (const auto& [frame, code] : refusals) {
         hub.received(requester, frame);
         EXPECT_EQ(codeOf(requester->take()), code) << frame;

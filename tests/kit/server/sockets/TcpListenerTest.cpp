@@ -34,7 +34,7 @@ protected:
             [this](int /*descriptor*/) { ++refused; });
     }
 
-    ~TcpListenerTest() override {
+    void TearDown() override {
         for (const int descriptor : taken) {
             ::close(descriptor);
         }

@@ -275,6 +275,7 @@ TEST_F(UnixSocketListenerTest, FramesOfAllSizesComeWholeAndInOrderToAllLateReade
         }
     };
     std::vector<std::unique_ptr<TestSupport::LineClient>> readers;
+    readers.reserve(3);
     for (int number = 0; number < 3; ++number) {
         readers.push_back(std::make_unique<TestSupport::LineClient>(socketPath()));
     }

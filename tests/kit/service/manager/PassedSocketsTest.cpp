@@ -11,7 +11,7 @@ namespace SettingsHandlerKit {
 class PassedSocketsTest : public ::testing::Test {
 protected:
     PassedSocketsTest() { clear(); }
-    ~PassedSocketsTest() override { clear(); }
+    void TearDown() override { clear(); }
 
     static void clear() {
         for (const auto* name : {"LISTEN_PID", "LISTEN_FDS", "LISTEN_FDNAMES"}) {
