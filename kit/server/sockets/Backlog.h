@@ -79,8 +79,8 @@ public:
     void setInput(std::size_t bytes);
     void clear();
 
-    /// Returns: true when more than `maximumUnread` waits, with `more` bytes that are not in the backlog; the client's next
-    /// frames wait then.
+    /// Returns: true when more than `maximumUnread` waits, with `more` bytes that are not in the backlog; the client's
+    /// next frames wait then.
     bool pauseInput(std::size_t more = 0);
     bool isInputPaused() const { return inputPaused; }
     /// Returns: true, once, when the client has read enough since its frames wait.

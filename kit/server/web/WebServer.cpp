@@ -107,14 +107,12 @@ HttpAnswer WebServer::openWebSocket(HttpConnection& connection, const HttpReques
 void WebServer::upgrade(HttpConnection& connection, const HttpRequest& request) {
     const Origin origin = webSocketRoute(request.path, request.webSocketProtocols)->origin;
     const auto& stream = connection.byteStream();
-    StreamClient::Place place{origin == settingsRoute.origin ? settingsClients : deviceClients,
-                              turns,
-                              backlog,
-                              origin,
-                              ListenerKind::WEB,
-                              [this, key = stream.get()](StreamClient& /*gone*/) { remove(key); }};
+    StreamClient::Place place{
+        origin == settingsRoute.origin ? settingsClients : deviceClients,   turns, backlog, origin, ListenerKind::WEB,
+        [this, key = stream.get()](StreamClient& /*gone*/) { remove(key); }};
     const auto client = std::make_shared<WebSocketClient>(
-        loop, stream, std::make_shared<WebSocketFraming>(Wire::maximumFrameSize, webSocketWriter, connection.takeInput()),
+        loop, stream,
+        std::make_shared<WebSocketFraming>(Wire::maximumFrameSize, webSocketWriter, connection.takeInput()),
         std::move(place), std::chrono::seconds(site.timeoutSeconds));
     clients.emplace(stream.get(), client);
     visitors.erase(stream.get());

@@ -26,7 +26,7 @@ namespace SettingsHandlerKit {
 namespace {
 
 constexpr std::int64_t issued = 1700000000;
-constexpr std::int64_t day = 24 * 60 * 60;
+constexpr std::int64_t day = std::int64_t{24} * 60 * 60;
 
 }  // namespace
 
