@@ -3,9 +3,9 @@
 #include <chrono>
 #include <memory>
 
+#include "SettingsHandlerKit/Storage.h"
 #include "server/loop/EventLoop.h"
 #include "server/loop/RepeatingTimer.h"
-#include "storage/Backup.h"
 
 namespace SettingsHost {
 
@@ -19,28 +19,24 @@ struct BackupTimes {
     int pagesPerTurn = 16;
 };
 
-/// Backs the database up once a day, a few pages per turn of the event loop, so that clients are served meanwhile. A
-/// failure is logged at level 3 and retried at the next check, which also finishes an incomplete log-out, see
-/// storage/LogOut.h. The event loop and the database outlive it.
+/// Backs the storage up once a day, a few pages per turn of the event loop, so that clients are served meanwhile. A
+/// failure is retried at the next check, which also finishes an incomplete log-out. Event loop and storage outlive it.
 class BackupSchedule {
 public:
-    BackupSchedule(SettingsHandlerKit::EventLoop& loop, SettingsHandlerKit::Database& database,
+    BackupSchedule(SettingsHandlerKit::EventLoop& loop, SettingsHandlerKit::Storage& storage,
                    const BackupTimes& times = {});
+    ~BackupSchedule();
 
     BackupSchedule(const BackupSchedule&) = delete;
     BackupSchedule& operator=(const BackupSchedule&) = delete;
-
-    /// Stops a backup in progress and removes its copy. The next check starts a new one.
-    void cancel();
 
 private:
     void check();
     void copyPages();
 
     SettingsHandlerKit::EventLoop& loop;
-    SettingsHandlerKit::Database& database;
+    SettingsHandlerKit::Storage& storage;
     BackupTimes times;
-    std::unique_ptr<SettingsHandlerKit::Backup> backup;
     std::unique_ptr<SettingsHandlerKit::RepeatingTimer> copyTimer;
     SettingsHandlerKit::RepeatingTimer checkTimer;
 };

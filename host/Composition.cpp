@@ -101,16 +101,17 @@ Composition::Composition(const Options& options, SettingsHandlerKit::PassedSocke
       backlog(std::make_shared<SettingsHandlerKit::Backlog>()),
       hub(std::make_shared<SettingsHandlerKit::MessageHub>(traffic, context, backlog)),
       metrics(std::make_shared<SettingsHandlerKit::HostMetrics>(SETTINGS_HANDLER_VERSION)),
-      database(SettingsHandlerKit::openOrRecover(options.storageFile, recovery)),
-      storage(database, hub, *metrics, [this] { backups.cancel(); }),
+      storage(options.storageFile),
       boundedStorage(storage, context, [this](std::size_t bytes) { return backlog->hasRoomFor(bytes); }),
-      state(database, "simulation"),
-      webState(database, "web"),
-      device(std::make_shared<SimulatedDevice>(state, hub)),
-      sdkBridge(std::make_shared<SimulatedSdkBridge>(state, storage, device, hub)),
+      state(storage.state("simulation")),
+      webState(storage.state("web")),
+      device(std::make_shared<SimulatedDevice>(*state, hub)),
+      sdkBridge(std::make_shared<SimulatedSdkBridge>(*state, storage, device, hub)),
       appLaunch(std::make_shared<SimulatedAppLaunch>()),
-      health(SETTINGS_HANDLER_VERSION, recovery),
-      backups(loop, database) {
+      health(SETTINGS_HANDLER_VERSION, storage.recovery()),
+      backups(loop, storage) {
+    storage.observe(metrics);
+    storage.observeValues(hub);
     traffic->add(metrics);
     traffic->add(trace);
     // From here on signals wait for the loop, so that even one during the start ends in a clean stop.
@@ -163,7 +164,7 @@ SettingsHandlerKit::SandboxFolders Composition::foldersInUse(const std::string& 
     const auto folderOf = [](const std::string& file) {
         return std::filesystem::absolute(file).parent_path().string();
     };
-    SettingsHandlerKit::SandboxFolders folders{{folderOf(database.file())},
+    SettingsHandlerKit::SandboxFolders folders{{folderOf(storage.file())},
                                                {folderOf(settingsListener->path()), folderOf(deviceListener->path())}};
     if (!logFile.empty()) {
         folders.changed.push_back(folderOf(logFile));
@@ -192,7 +193,7 @@ void Composition::openListeners(const Options& options) {
 
 void Composition::openWebServer(const Options& options) {
     SettingsHandlerKit::WebSite site{SettingsHandlerKit::WebAccess(*webAddress, options.allowedOrigin, webKey,
-                                                                   cookieSecret(webState, recovery.source)),
+                                                                   cookieSecret(*webState, storage.recovery().source)),
                                      std::move(pages),
                                      {{"/healthz", [this] { return health.answer(storage.health()); }},
                                       {"/metrics", [this] { return metricsAnswer(metrics->text()); }}}};
@@ -208,7 +209,7 @@ std::string Composition::pageAddress() const {
 std::optional<std::string> Composition::renewPageAddress() {
     const std::string key = SettingsHandlerKit::randomHex(keyBytes);
     const std::string secret = SettingsHandlerKit::randomHex(secretBytes);
-    if (!webState.save(secretName, secret)) {
+    if (!webState->save(secretName, secret)) {
         return std::nullopt;
     }
     webKey = key;
@@ -239,7 +240,7 @@ void Composition::run() {
     ::malloc_trim(0);
     ::mallopt(M_MMAP_THRESHOLD, largeAllocation);
     loop.run();
-    SettingsHandlerKit::notifyStopping("Sending what clients wait for");
+    SettingsHandlerKit::notifyStopping("Draining connections");
     health.setServing(false);
     SettingsHandlerKit::logHost(VessaLogger::INFORMATION, "stopping");
     settingsListener->close();

@@ -8,6 +8,7 @@
 #include "BackupSchedule.h"
 #include "Options.h"
 #include "SettingsHandler/SettingsHandler.h"
+#include "SettingsHandlerKit/Storage.h"
 #include "handler/BoundedStorage.h"
 #include "handler/HandlerCache.h"
 #include "server/loop/EventLoop.h"
@@ -27,10 +28,6 @@
 #include "simulation/SimulatedAppLaunch.h"
 #include "simulation/SimulatedDevice.h"
 #include "simulation/SimulatedSdkBridge.h"
-#include "storage/Database.h"
-#include "storage/Recovery.h"
-#include "storage/SqliteStorage.h"
-#include "storage/TableStateStore.h"
 
 namespace SettingsHost {
 
@@ -81,12 +78,10 @@ private:
     std::shared_ptr<SettingsHandlerKit::Backlog> backlog;
     std::shared_ptr<SettingsHandlerKit::MessageHub> hub;
     std::shared_ptr<SettingsHandlerKit::HostMetrics> metrics;
-    SettingsHandlerKit::Recovery recovery;
-    SettingsHandlerKit::Database database;
-    SettingsHandlerKit::SqliteStorage storage;
+    SettingsHandlerKit::Storage storage;
     SettingsHandlerKit::BoundedStorage boundedStorage;
-    SettingsHandlerKit::TableStateStore state;
-    SettingsHandlerKit::TableStateStore webState;
+    std::unique_ptr<SettingsHandlerKit::StateStore> state;
+    std::unique_ptr<SettingsHandlerKit::StateStore> webState;
     std::shared_ptr<SimulatedDevice> device;
     std::shared_ptr<SimulatedSdkBridge> sdkBridge;
     std::shared_ptr<SimulatedAppLaunch> appLaunch;

@@ -1,6 +1,6 @@
 #include "host/EndToEndReport.h"
 
-#include <algorithm>
+#include <utility>
 
 namespace Benchmarks {
 
@@ -29,7 +29,7 @@ double processorTime(const Seen& seen) {
 std::pair<std::string, std::string> plotAndName(const std::string& name) {
     std::string curve = name;
     std::string plot = "set until event";
-    for (const char* kind : {"/set until event", "/get all until reply", "/set then ask until reply"}) {
+    for (const char* kind : {"/set until event", "/get all until reply"}) {
         const std::size_t place = curve.find(kind);
         if (place != std::string::npos) {
             plot = kind + 1;
@@ -48,13 +48,8 @@ void addDistribution(Results& results, const std::vector<Round>& rounds, const s
         const auto& latencies = round.at(name).latencies;
         all.insert(all.end(), latencies.begin(), latencies.end());
     }
-    std::sort(all.begin(), all.end());
     const auto [plot, curve] = plotAndName(name);
-    Distribution distribution{plot, curve, {}};
-    for (const double percent : {0.0, 10.0, 25.0, 50.0, 75.0, 90.0, 95.0, 99.0, 99.9, 100.0}) {
-        distribution.percentiles.emplace_back(percent, percentile(all, percent));
-    }
-    results.add(distribution);
+    results.add(Distribution(plot, curve, std::move(all)));
 }
 
 std::string crowdName(const std::string& kind, std::size_t clients) {
@@ -98,7 +93,7 @@ void addCrowds(Results& results, const std::vector<Round>& rounds, const Effort&
         const auto ofFloor = costOfOneMore(rounds, floor, effort);
         results.add(Figure{"host/" + way + "/processor time of an event for one client more", "us", ofHost});
         results.add(Figure{floor + "/processor time of a frame for one client more", "us", ofFloor});
-        // Only the socket's was promised: at the other listener a message has a header of its own.
+        // Only the socket's was promised: at the other listener a message has its own header.
         results.add(Ratio{"host/" + way + "/processor time of an event for one client more",
                           listener == Listener::UNIX_SOCKET ? "one bare send of the same frame to one socket"
                                                             : "one bare send of the same frame to one TCP connection",
@@ -121,11 +116,6 @@ void addEchoRatios(Results& results, const std::vector<Round>& rounds) {
             results.add(Ratio{host, "echo through Boost.Beast with one upsert of SQLite",
                               quotients(each(rounds, host, medianLatency), each(rounds, echo, medianLatency)),
                               promised ? 1.5 : 0});
-            results.add(Ratio{"host" + kind + "/set then ask until reply",
-                              "echo through Boost.Beast with one upsert of SQLite for each of two frames",
-                              quotients(each(rounds, "host" + kind + "/set then ask until reply", medianLatency),
-                                        each(rounds, echo + "/set then ask until reply", medianLatency)),
-                              listener == Listener::WEB_SOCKET ? 2.0 : 0.0});
             results.add(Ratio{host + ", processor time", "echo through Boost.Beast with one upsert of SQLite",
                               quotients(each(rounds, host, processorTime), each(rounds, echo, processorTime)), 0});
         }

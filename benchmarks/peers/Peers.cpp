@@ -1,7 +1,4 @@
-#include <algorithm>
 #include <cstdio>
-#include <cstdlib>
-#include <exception>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -9,15 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "Arguments.h"
 #include "Contender.h"
-#include "DconfPeer.h"
-#include "HostPeer.h"
-#include "IniFilePeer.h"
-#include "PropertyPeers.h"
-#include "RelayPeer.h"
+#include "Peer.h"
 #include "host/client/Server.h"
-#include "support/Results.h"
+#include "support/Arguments.h"
 
 namespace Benchmarks {
 
@@ -51,24 +43,24 @@ void Race::gather() {
     constexpr int many = 60;
     // A disk is slow.
     constexpr int few = 15;
-    using Safety = IniFilePeer::Safety;
-    using Log = HostPeer::Log;
-    add("host, memory", std::make_unique<HostPeer>(memory, Log::AS_USUAL), many);
-    add("host, memory, errors logged", std::make_unique<HostPeer>(memory, Log::ERRORS_ONLY), many);
-    add("relay, nothing stored", std::make_unique<RelayPeer>(), many);
-    add("dconf, memory", std::make_unique<DconfPeer>(memory), many);
-    add("sd-bus, nothing stored", std::make_unique<BusPropertyPeer>(), many);
+    constexpr int usualLog = 1;
+    constexpr int errorsOnly = 3;
+    add("host, memory", hostPeer(memory, usualLog), many);
+    add("host, memory, errors logged", hostPeer(memory, errorsOnly), many);
+    add("relay, nothing stored", relayPeer(), many);
+    add("dconf, memory", dconfPeer(memory), many);
+    add("sd-bus, nothing stored", busPropertyPeer(), many);
     addHostnamed(memory, many);
-    add("QSettings, memory", std::make_unique<IniFilePeer>(memory, Safety::AS_IT_IS), many);
-    add("host, disk", std::make_unique<HostPeer>(disk, Log::AS_USUAL), few);
-    add("dconf, disk", std::make_unique<DconfPeer>(disk), few);
-    add("QSettings, disk", std::make_unique<IniFilePeer>(disk, Safety::AS_IT_IS), few);
-    add("QSettings, disk, fsync", std::make_unique<IniFilePeer>(disk, Safety::SYNCHRONISED), few);
+    add("QSettings, memory", iniFilePeer(memory, false), many);
+    add("host, disk", hostPeer(disk, usualLog), few);
+    add("dconf, disk", dconfPeer(disk), few);
+    add("QSettings, disk", iniFilePeer(disk, false), few);
+    add("QSettings, disk, fsync", iniFilePeer(disk, true), few);
 }
 
 void Race::addHostnamed(const std::filesystem::path& parent, int changes) {
     try {
-        add("hostnamed, memory", std::make_unique<HostnamedPeer>(parent), changes);
+        add("hostnamed, memory", hostnamedPeer(parent), changes);
     } catch (const std::runtime_error& error) {
         std::fprintf(stderr, "hostnamed: not measured: %s\n", error.what());
     }
@@ -86,16 +78,6 @@ void Race::run() {
             contender->endRound();
         }
     }
-}
-
-Distribution distributionOf(const Contender& contender, const std::string& plot) {
-    std::vector<double> sorted = contender.latencies();
-    std::sort(sorted.begin(), sorted.end());
-    Distribution distribution{plot, contender.name(), {}};
-    for (const double percent : {1.0, 5.0, 10.0, 25.0, 50.0, 75.0, 90.0, 95.0, 98.0, 99.0, 99.5, 99.9}) {
-        distribution.percentiles.emplace_back(percent, percentile(sorted, percent));
-    }
-    return distribution;
 }
 
 Results Race::results() const {
@@ -126,7 +108,8 @@ Results Race::results() const {
     for (const auto& contender : contenders) {
         byName[contender->name()] = contender.get();
         results.add(Figure{"peers/" + contender->name() + "/change" + where, "us", contender->medians()});
-        results.add(distributionOf(*contender, "Time of a change, ours and others" + where));
+        results.add(
+            Distribution("Time of a change, ours and others" + where, contender->name(), contender->latencies()));
     }
     for (const auto& [ours, other, inWords, bar] : comparisons) {
         if (byName.count(other) != 0) {
@@ -137,23 +120,20 @@ Results Race::results() const {
     return results;
 }
 
+Results measure(const Arguments& arguments) {
+    if (arguments.oneProcessor) {
+        stayOnOneProcessor();
+    }
+    Race race(arguments);
+    race.gather();
+    race.run();
+    return race.results();
+}
+
 }  // namespace
 
 }  // namespace Benchmarks
 
-int main(int argumentCount, char** arguments) {
-    try {
-        const Benchmarks::Arguments chosen = Benchmarks::parseArguments(argumentCount, arguments);
-        if (chosen.oneProcessor) {
-            Benchmarks::stayOnOneProcessor();
-        }
-        Benchmarks::Race race(chosen);
-        race.gather();
-        race.run();
-        race.results().print();
-        return EXIT_SUCCESS;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s\n", error.what());
-        return EXIT_FAILURE;
-    }
+int main(int count, char** texts) {
+    return Benchmarks::measureAndPrint(count, texts, Benchmarks::measure);
 }

@@ -1,6 +1,7 @@
 #include "support/Results.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 #include "Utils/Rapidjson.h"
@@ -52,7 +53,21 @@ void writeList(Writer& writer, const char* name, const std::vector<Item>& items,
     writer.EndArray();
 }
 
+/// The value below which `percent` of the sorted values lie.
+double percentile(const std::vector<double>& sortedValues, double percent) {
+    const double place = percent / 100 * static_cast<double>(sortedValues.size() - 1);
+    return sortedValues[static_cast<std::size_t>(std::lround(place))];
+}
+
 }  // namespace
+
+Distribution::Distribution(std::string itsPlot, std::string itsName, std::vector<double> latencies)
+    : plot(std::move(itsPlot)), name(std::move(itsName)) {
+    std::sort(latencies.begin(), latencies.end());
+    for (const double percent : {0.0, 1.0, 5.0, 10.0, 25.0, 50.0, 75.0, 90.0, 95.0, 98.0, 99.0, 99.5, 99.9}) {
+        percentiles.emplace_back(percent, percentile(latencies, percent));
+    }
+}
 
 std::string Results::text() const {
     rapidjson::StringBuffer buffer;
@@ -94,14 +109,6 @@ double median(std::vector<double> values) {
     std::sort(values.begin(), values.end());
     const std::size_t middle = values.size() / 2;
     return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
-}
-
-double percentile(const std::vector<double>& sortedValues, double percent) {
-    if (sortedValues.empty()) {
-        return 0;
-    }
-    const double place = percent / 100 * static_cast<double>(sortedValues.size() - 1);
-    return sortedValues[static_cast<std::size_t>(place + 0.5)];
 }
 
 std::vector<double> quotients(const std::vector<double>& values, const std::vector<double>& others) {

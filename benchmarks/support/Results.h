@@ -35,8 +35,10 @@ struct Series {
     std::vector<std::pair<double, double>> points;
 };
 
-/// Latencies as values in microseconds at percentiles from 0 to 100. Distributions of one `plot` are drawn together.
+/// Latencies as values in microseconds at percentiles. Distributions of one `plot` are drawn together.
 struct Distribution {
+    Distribution(std::string itsPlot, std::string itsName, std::vector<double> latencies);
+
     std::string plot;
     std::string name;
     std::vector<std::pair<double, double>> percentiles;
@@ -65,9 +67,6 @@ private:
 
 /// The middle one of `values`, or the mean of the middle two; 0 when there is none.
 double median(std::vector<double> values);
-
-/// The value below which `percent` of the sorted `values` lie.
-double percentile(const std::vector<double>& sortedValues, double percent);
 
 /// `values[i] / others[i]` for each round.
 std::vector<double> quotients(const std::vector<double>& values, const std::vector<double>& others);

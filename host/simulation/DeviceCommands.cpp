@@ -132,7 +132,7 @@ std::string DeviceCommands::changeSetting(const Arguments& arguments) {
     if (!SettingsHandlerKit::isSafeForHandler(*key, *value)) {
         SettingsHandlerKit::logHost(VessaLogger::ERROR,
                                     "rejected " + *key + " from the device: must be a JSON array of at most 32 levels");
-        return Wire::refusalFrame("not-passed-on", "the value is no array of locales within the nesting limit");
+        return Wire::refusalFrame("not-passed-on", "the value must be a JSON array of at most 32 levels");
     }
     const HandlerCounts before = counts();
     device->changeSystemSetting(*key, *value);
@@ -147,8 +147,8 @@ std::string DeviceCommands::changeSetting(const Arguments& arguments) {
 std::string DeviceCommands::whyNothingChanged(const std::string& key, const std::string& value, bool storageFailed) {
     const auto setting = SettingsHandler::settingTypeFromName(key);
     const auto readOnly = [&](const std::string& command) {
-        return Wire::refusalFrame("read-only", "nothing changed: '" + key + "' is set with the command \"" + command +
-                                                   "\" only, whatever the device reports");
+        return Wire::refusalFrame("read-only",
+                                  "nothing changed: '" + key + "' is set only with the command \"" + command + "\"");
     };
     if (setting == SettingsHandler::CAPTIONS_ENABLED) {
         return readOnly("captions");
@@ -157,12 +157,12 @@ std::string DeviceCommands::whyNothingChanged(const std::string& key, const std:
         return readOnly("doNotDisturb");
     }
     if (storageFailed) {
-        return Wire::refusalFrame("not-stored",
-                                  "nothing changed: the storage did not take the value; the host's log says why");
+        return Wire::refusalFrame("not-stored", "nothing changed: the storage refused the value; see the host's log");
     }
     if (setting == SettingsHandler::ORLIA_LOCALE &&
         value != Utils::RapidjsonUtil::stringifyVector(sdkBridge->getLocales())) {
-        return Wire::refusalFrame("wrong-form", "nothing changed: the value is no JSON array with at least one locale");
+        return Wire::refusalFrame("wrong-form",
+                                  "nothing changed: the value must be a JSON array with at least one locale");
     }
     return R"({"ok":true,"changed":false})";
 }

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <utility>
 
 #include <sqlite3.h>
 
@@ -69,8 +70,10 @@ void ConnectionCloser::operator()(sqlite3* open) const {
     sqlite3_close_v2(open);
 }
 
-Database::Database(const std::string& file)
-    : path(absolutePath(file)), writable(createFile(path) == FileAccess::WRITABLE) {
+Database::Database(const std::string& file, std::shared_ptr<Disk> disk)
+    : usedDisk(std::move(disk)),
+      path(absolutePath(file)),
+      writable(createFile(*usedDisk, path) == FileAccess::WRITABLE) {
     connect();
     try {
         check();
@@ -95,7 +98,7 @@ Database::Database(const std::string& file)
 void Database::connect() {
     std::string name = path;
     int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
-    const char* fileSystem = nullptr;
+    std::string layer = usedDisk->databaseLayer();
     if (!writable) {
         readingLock = lockForReading(path);
         // SQLite's locks need a writable file: "immutable" does without them but ignores a write-ahead log, "unix-none"
@@ -103,17 +106,17 @@ void Database::connect() {
         const bool hasLog = holdsData(path + walSuffix);
         name = uriOf(path) + (hasLog ? "" : "?immutable=1");
         flags = SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_URI;
-        fileSystem = hasLog ? "unix-none" : nullptr;
+        layer = hasLog ? "unix-none" : layer;
     }
     keepPageCacheSmall();
     sqlite3* opened = nullptr;
-    const int result = sqlite3_open_v2(name.c_str(), &opened, flags, fileSystem);
+    const int result = sqlite3_open_v2(name.c_str(), &opened, flags, layer.empty() ? nullptr : layer.c_str());
     connection.reset(opened);
     if (result != SQLITE_OK) {
         fail(opened, "cannot open " + path);
     }
     sqlite3_extended_result_codes(opened, 1);
-    // Long enough for another process to finish a backup, short enough for a person who waits.
+    // Long enough for another process to finish a backup, short enough for a user who waits for a reply.
     sqlite3_busy_timeout(opened, 1000);
     moveLogOnClose(opened, false);
 }
@@ -127,10 +130,10 @@ void Database::check() {
     Statement tables(*this, "SELECT count(*) FROM sqlite_schema");
     tables.step();
     if (owner != applicationId && (owner != 0 || version != 0 || tables.number(0) != 0)) {
-        throw DatabaseError(path + " belongs to another program; it was left as it is");
+        throw DatabaseError(path + " belongs to another program; left unchanged");
     }
     if (version > schemaVersion) {
-        throw NewerDatabase(path + " was written by a newer version; it was left as it is");
+        throw NewerDatabase(path + " was written by a newer version; left unchanged");
     }
     Statement quickCheck(*this, "PRAGMA quick_check(1)");
     quickCheck.step();

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "SettingsHandlerKit/StateStore.h"
 #include "storage/KeyValueTable.h"
-#include "storage/StateStore.h"
 
 namespace SettingsHandlerKit {
 
-/// State in a table of its own in the database. The database outlives it.
+/// State in its own table in the database. The database outlives it.
 class TableStateStore : public StateStore {
 public:
     TableStateStore(Database& database, const std::string& tableName);

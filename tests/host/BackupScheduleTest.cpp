@@ -6,7 +6,6 @@
 #include "server/protocol/TrafficObservers.h"
 #include "server/sockets/UnixSocketListener.h"
 #include "storage/LogOut.h"
-#include "storage/Recovery.h"
 
 namespace SettingsHost {
 
@@ -31,12 +30,12 @@ protected:
     EventLoop loop;
     MessageHub clients{std::make_shared<TrafficObservers>()};
     /// Without something to serve the loop would end.
-    UnixSocketListener listener{loop, folder / "door.sock", Origin::SOCKET, clients};
+    UnixSocketListener listener{loop, folder / "listener.sock", Origin::SOCKET, clients};
 };
 
 TEST_F(BackupScheduleTest, MakesABackupOnceItIsDueAndNotBefore) {
     fill();
-    const BackupSchedule schedule(loop, database, {1ms, 5ms, 24h, 8});
+    const BackupSchedule schedule(loop, storage, {1ms, 5ms, 24h, 8});
     int turns = 0;
     serveUntil([&] { return exists(1) && ++turns == 30; });
     EXPECT_EQ(valueIn(1, "key20"), std::string(5000, 'v'));
@@ -47,16 +46,16 @@ TEST_F(BackupScheduleTest, MakesABackupOnceItIsDueAndNotBefore) {
               (std::vector<std::string>{"1 settings-host:database backed up", "1 settings-host:database backed up"}));
 }
 
-TEST_F(BackupScheduleTest, SaysWhatGoesWrongAndTriesAgain) {
+TEST_F(BackupScheduleTest, ReportsFailuresAndRetries) {
     fill();
-    disk.fillUpFrom(1);
-    const BackupSchedule schedule(loop, database, {1ms, 2ms, 24h, 8});
+    disk->fillUpFrom(1);
+    const BackupSchedule schedule(loop, storage, {1ms, 2ms, 24h, 8});
     std::vector<std::string> lines;
     serveUntil([&] {
         for (const auto& line : log.take()) {
             lines.push_back(line);
             // From the second time on there is room.
-            disk.work();
+            disk->work();
         }
         return exists(1) && lines.size() == 2;
     });
@@ -64,26 +63,26 @@ TEST_F(BackupScheduleTest, SaysWhatGoesWrongAndTriesAgain) {
                                                "1 settings-host:database backed up"}));
 }
 
-TEST_F(BackupScheduleTest, GivesUpWhenToldToAndBeginsAnewAtTheNextLook) {
+TEST_F(BackupScheduleTest, StopsOnRequestAndRestartsAtTheNextCheck) {
     fill();
-    BackupSchedule schedule(loop, database, {1ms, 5ms, 24h, 1});
+    const BackupSchedule schedule(loop, storage, {1ms, 5ms, 24h, 1});
     serveUntil([&] { return std::filesystem::exists(file + ".backup.new"); });
-    schedule.cancel();
+    storage.cancelBackup();
     EXPECT_EQ(files(), (std::vector<std::string>{"settings.db", "settings.db-wal"}));
     serveUntil([&] { return exists(1); });
     EXPECT_EQ(valueIn(1, "key20"), std::string(5000, 'v'));
     EXPECT_EQ(log.take(), std::vector<std::string>{"1 settings-host:database backed up"});
 }
 
-TEST_F(BackupScheduleTest, ErasesAtALookWhatALogOutCouldNot) {
+TEST_F(BackupScheduleTest, ErasesAtItsNextCheckWhatALogOutCouldNot) {
     put("deviceName", "Den");
     beginLogOut(database, [this] { table.clear(); });
-    disk.fillUpFrom(1);
+    disk->fillUpFrom(1);
     finishLogOut(database);
-    disk.work();
+    disk->work();
     EXPECT_EQ(log.take().size(), 1U);
     EXPECT_TRUE(std::filesystem::exists(logOutMarkerName(file)));
-    const BackupSchedule schedule(loop, database, {1ms, 5ms, 24h, 1});
+    const BackupSchedule schedule(loop, storage, {1ms, 5ms, 24h, 1});
     serveUntil([&] { return exists(1); });
     EXPECT_FALSE(std::filesystem::exists(logOutMarkerName(file)));
     EXPECT_EQ(log.take(), std::vector<std::string>{});
@@ -92,7 +91,7 @@ TEST_F(BackupScheduleTest, ErasesAtALookWhatALogOutCouldNot) {
 TEST_F(BackupScheduleTest, GivesUpWhenTheHostStops) {
     fill();
     {
-        const BackupSchedule schedule(loop, database, {1ms, 1ms, 24h, 1});
+        const BackupSchedule schedule(loop, storage, {1ms, 1ms, 24h, 1});
         serveUntil([&] { return std::filesystem::exists(file + ".backup.new"); });
     }
     EXPECT_EQ(files(), (std::vector<std::string>{"settings.db", "settings.db-wal"}));

@@ -4,45 +4,19 @@
 #include "SettingsHandlerTesting/JsonText.h"
 #include "SettingsHandlerTesting/contracts/DeviceInfoContract.h"
 #include "SettingsHandlerTesting/contracts/SdkBridgeContract.h"
-#include "SettingsHandlerTesting/contracts/StorageContract.h"
 #include "SettingsHandlerTesting/contracts/TransportContract.h"
-#include "kit/support/FaultyDisk.h"
 #include "kit/support/LogRecording.h"
 #include "kit/support/MemoryState.h"
 #include "kit/support/RecordingClient.h"
-#include "kit/support/StorageRecording.h"
 #include "kit/support/TrafficRecording.h"
 #include "kit/support/ValueRecording.h"
 #include "server/protocol/MessageHub.h"
 #include "simulation/SimulatedDevice.h"
 #include "simulation/SimulatedSdkBridge.h"
-#include "storage/SqliteStorage.h"
-#include "support/TemporaryDirectory.h"
 
 /// The host's own collaborators keep the contracts that every implementer can run. They belong to the host's one
 /// thread, so none offers itself to others.
 namespace SettingsHandlerTesting {
-
-struct SqliteStorageMaker {
-    SettingsHostTests::LogRecording log;
-    SettingsHostTests::FaultyDisk disk;
-    TestSupport::TemporaryDirectory folder;
-    SettingsHostTests::StorageRecording recording;
-    std::shared_ptr<SettingsHostTests::ValueRecording> values = std::make_shared<SettingsHostTests::ValueRecording>();
-    std::unique_ptr<SettingsHandlerKit::Database> database;
-    std::unique_ptr<SettingsHandlerKit::SqliteStorage> sqliteStorage;
-
-    SqliteStorageMaker() { reopen(); }
-    SDKWrapper::StorageManagerInterface& storage() { return *sqliteStorage; }
-    void reopen() {
-        sqliteStorage.reset();
-        database.reset();
-        database = std::make_unique<SettingsHandlerKit::Database>(folder / "settings.db");
-        sqliteStorage = std::make_unique<SettingsHandlerKit::SqliteStorage>(*database, values, recording);
-    }
-    void failWrites(bool fail) { fail ? disk.fillUpFrom(1) : disk.work(); }
-};
-INSTANTIATE_TYPED_TEST_SUITE_P(SqliteStorage, StorageContract, SqliteStorageMaker, NumberedNames);
 
 struct SimulatedDeviceMaker {
     SettingsHostTests::MemoryState state;

@@ -1,4 +1,5 @@
 #include "SettingsHandler/SettingsHandler.h"
+#include "SettingsHandlerKit/Storage.h"
 #include "kit/support/FaultyDisk.h"
 #include "kit/support/LogRecording.h"
 #include "kit/support/RecordingClient.h"
@@ -8,9 +9,6 @@
 #include "simulation/SimulatedAppLaunch.h"
 #include "simulation/SimulatedDevice.h"
 #include "simulation/SimulatedSdkBridge.h"
-#include "storage/Database.h"
-#include "storage/SqliteStorage.h"
-#include "storage/TableStateStore.h"
 #include "support/TemporaryDirectory.h"
 
 namespace SettingsHost {
@@ -23,14 +21,13 @@ namespace {
 struct Host {
     SettingsHostTests::LogRecording log;
     TestSupport::TemporaryDirectory folder;
-    SettingsHostTests::FaultyDisk disk;
+    std::shared_ptr<SettingsHostTests::FaultyDisk> disk = std::make_shared<SettingsHostTests::FaultyDisk>();
     std::shared_ptr<HostMetrics> metrics = std::make_shared<HostMetrics>("1");
     std::shared_ptr<MessageHub> hub = std::make_shared<MessageHub>(std::make_shared<TrafficRecording>());
-    Database database{folder / "settings.db"};
-    SqliteStorage storage{database, hub, *metrics};
-    TableStateStore state{database, "simulation"};
-    std::shared_ptr<SimulatedDevice> device = std::make_shared<SimulatedDevice>(state, hub);
-    std::shared_ptr<SimulatedSdkBridge> sdk = std::make_shared<SimulatedSdkBridge>(state, storage, device, hub);
+    Storage storage{folder / "settings.db", disk};
+    std::unique_ptr<StateStore> state = storage.state("simulation");
+    std::shared_ptr<SimulatedDevice> device = std::make_shared<SimulatedDevice>(*state, hub);
+    std::shared_ptr<SimulatedSdkBridge> sdk = std::make_shared<SimulatedSdkBridge>(*state, storage, device, hub);
     std::shared_ptr<SettingsHandler::SettingsHandler> handler = SettingsHandler::SettingsHandler::create(
         hub, storage, metrics, sdk, std::make_shared<SimulatedAppLaunch>(), device);
     std::shared_ptr<RecordingClient> client = std::make_shared<RecordingClient>();
@@ -54,9 +51,9 @@ protected:
     }
 
     long flushesOf(const std::string& frame) {
-        const long before = host.disk.flushes();
+        const long before = host.disk->flushes();
         host.hub->received(host.client, frame);
-        return host.disk.flushes() - before;
+        return host.disk->flushes() - before;
     }
 
     Host host;
@@ -98,7 +95,7 @@ TEST_F(DiskFlushes, AreFewMoreAtACheckpoint) {
     EXPECT_LE(static_cast<double>(flushes) / changes, 1.1);
 }
 
-TEST_F(DiskFlushes, AreNoneForAnythingElse) {
+TEST_F(DiskFlushes, DoNotHappenOtherwise) {
     const std::vector<std::string> requests{
         // unchanged
         setRequest("deviceName", "Attic"), setRequest("timezone", "America/Vancouver"),

@@ -18,7 +18,7 @@ protected:
         set("XDG_RUNTIME_DIR", "");
     }
 
-    ~OptionsTest() override {
+    void TearDown() override {
         for (const auto& [name, value] : before) {
             set(name, value);
         }

@@ -11,7 +11,7 @@ namespace VessaLogger {
 
 class LogTest : public ::testing::Test {
 protected:
-    ~LogTest() override { setLogSink({}); }
+    void TearDown() override { setLogSink({}); }
 
     static void emit(const std::string& text, LogLevel level = INFORMATION) {
         Log::instance().emitLog(level, std::chrono::system_clock::now(), "thread", text, NATIVE_SERVICE);
@@ -54,6 +54,7 @@ TEST_F(LogTest, CallsTheSinkForOneLineAtATime) {
         --inside;
     });
     std::vector<std::thread> threads;
+    threads.reserve(8);
     for (int thread = 0; thread < 8; ++thread) {
         threads.emplace_back([] {
             for (int round = 0; round < 500; ++round) {

@@ -9,7 +9,6 @@ namespace Utils::RapidjsonUtil {
 class RapidjsonUtilTest : public ::testing::Test {
 protected:
     rapidjson::Document& parse(const std::string& json) {
-        document = rapidjson::Document();
         document.Parse<jsonParseFlags>(json.c_str());
         EXPECT_FALSE(document.HasParseError()) << json;
         return document;
@@ -72,7 +71,7 @@ TEST_F(RapidjsonUtilTest, MissingOrOtherTypesAnswerFalseAndLeaveTheOutput) {
     EXPECT_EQ(number, 77);
 }
 
-TEST_F(RapidjsonUtilTest, WhatIsNoObjectHasNoMembers) {
+TEST_F(RapidjsonUtilTest, AValueThatIsNotAnObjectHasNoMembers) {
     for (const auto* json : {"[]", "[{\"m\":1}]", "5", "\"m\"", "null", "true"}) {
         parse(json);
         EXPECT_FALSE(tryGetObjectMember(document, "m", value)) << json;

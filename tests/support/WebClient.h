@@ -55,7 +55,7 @@ struct HttpResponse {
 /// Sends `request`, a head without its last blank line, and reads one response. Status 0: there was none.
 HttpResponse askHttp(TcpConnection& connection, const std::string& request, bool expectBody = true);
 
-/// GET of `target` over a connection of its own, with `headers` ("Name: value") besides Host, which is
+/// GET of `target` over its own connection, with `headers` ("Name: value") besides Host, which is
 /// "127.0.0.1:PORT" unless given.
 HttpResponse httpGet(std::uint16_t port, const std::string& target, const std::vector<std::string>& headers = {});
 

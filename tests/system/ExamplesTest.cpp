@@ -9,7 +9,6 @@ using WireTests::comparable;
 using WireTests::Example;
 using WireTests::HostClient;
 using WireTests::HostWebSocket;
-using WireTests::Step;
 
 namespace SystemTests {
 

@@ -48,8 +48,9 @@ private:
         for (;;) {
             ++sent;
             const std::string number = std::to_string(sent);
-            if (!connection.sendLine(R"({"type":24,"messageId":"k","timestamp":)" + number +
-                                     R"(,"payload":{"settingDBId":")" + key + R"(","to":")" + number + "\"}}")) {
+            std::string request = R"({"type":24,"messageId":"k","timestamp":)";
+            request.append(number).append(R"(,"payload":{"settingDBId":")").append(key).append(R"(","to":")");
+            if (!connection.sendLine(request.append(number).append("\"}}"))) {
                 return;
             }
         }
@@ -85,6 +86,7 @@ TEST_F(HostKill, NoValueWhoseEventWasSeenIsLost) {
         start({"--log-level", "3"});
         ASSERT_FALSE(HasFatalFailure());
         std::vector<std::unique_ptr<Counter>> counters;
+        counters.reserve(keys.size());
         for (const auto& key : keys) {
             counters.push_back(std::make_unique<Counter>(socket(), key, round * 1000000L));
         }

@@ -14,7 +14,6 @@ namespace SystemTests {
 
 using TestSupport::LineClient;
 using TestSupport::TcpConnection;
-using WireTests::HostWebSocket;
 
 namespace {
 
@@ -131,7 +130,7 @@ TEST_F(Latency, OfOthersHardlyGrowsUnderStorms) {
     expectOthersAreServed("questions without a pause", [&] {
         sendAndRead(hostile, TestSupport::repeated(getRequest(R"(["timezone"])") + "\n", 100), 100);
     });
-    expectOthersAreServed("frames that are no JSON",
+    expectOthersAreServed("frames that are not JSON",
                           [&] { sendAndRead(hostile, TestSupport::repeated("\xff\n", 100), 100); });
     expectOthersAreServed("frames of a single byte at a time", [&] {
         for (const char byte : getRequest(R"(["timezone"])") + "\n") {
@@ -148,10 +147,11 @@ TEST_F(Latency, OfOthersHardlyGrowsWhileConnectionsComeAndGo) {
     expectOthersAreServed("half frames", [&] { LineClient(socket()).send(R"({"type":7,"messa)"); });
     expectOthersAreServed("half upgrades", [&] { TcpConnection(port).send("GET /settings HTTP/1.1\r\nHo"); });
     std::vector<std::unique_ptr<LineClient>> connections;
+    connections.reserve(127);
     for (int number = 0; number < 127; ++number) {
         connections.push_back(std::make_unique<LineClient>(socket()));
     }
-    expectOthersAreServed("clients for whom there is no room", [&] { LineClient(socket()).receiveAll(); });
+    expectOthersAreServed("clients over the limit", [&] { LineClient(socket()).receiveAll(); });
 }
 
 TEST_F(Latency, OfOthersHardlyGrowsWhileSomebodyDoesNotRead) {

@@ -82,6 +82,7 @@ TEST_F(HostListeners, AtTheDescriptorLimitConnectedClientsAreServed) {
     ASSERT_TRUE(host->output().readLine());
     EXPECT_EQ(get("deviceName"), "TV");
     std::vector<std::unique_ptr<WireTests::HostClient>> connections;
+    connections.reserve(100);
     for (int number = 0; number < 100; ++number) {
         connections.push_back(std::make_unique<WireTests::HostClient>(socket()));
     }

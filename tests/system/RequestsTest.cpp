@@ -53,7 +53,7 @@ TEST_F(HostRequests, RefusesInvalidFramesAndTheConnectionStaysUsable) {
         {"[]", "not-an-object"},
         {R"({"type":1})", "unknown-type"},
         {R"({"messageId":"m"})", "unknown-type"},
-        {"{\"type\":7,\"x\":" + std::string(32, '[') + std::string(32, ']') + "}", "too-deep"},
+        {R"({"type":7,"x":)" + std::string(32, '[') + std::string(32, ']') + "}", "too-deep"},
         {std::string(65537, 'x'), "too-large"},
         {std::string(3000000, '['), "too-large"}};
     for (const auto& [frame, code] : refusals) {

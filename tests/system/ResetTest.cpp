@@ -23,8 +23,9 @@ protected:
         return TestSupport::run(command(moreArguments));
     }
 
-    /// Runs it at a terminal with `answer` as input. Returns: exit status and output.
-    std::pair<int, std::string> resetAtATerminal(const std::string& answer) {
+    /// Runs it at a terminal with `answer` as input, after `whileAsked`. Returns: exit status and output.
+    std::pair<int, std::string> resetAtATerminal(
+        const std::string& answer, const std::function<void()>& whileAsked = [] {}) {
         const Lines arguments = command();
         int terminal = -1;
         const pid_t process = ::forkpty(&terminal, nullptr, nullptr, nullptr);
@@ -33,12 +34,17 @@ protected:
                     arguments[3].c_str(), arguments[4].c_str(), arguments[5].c_str(), nullptr);
             ::_exit(127);
         }
-        EXPECT_EQ(::write(terminal, answer.data(), answer.size()), static_cast<ssize_t>(answer.size()));
         std::string shown;
+        bool asked = false;
         char bytes[1000];
         for (ssize_t size = 1; size > 0;) {
             size = ::read(terminal, bytes, sizeof bytes);
             shown.append(bytes, static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+            if (!asked && contains(shown, "[y/N] ")) {
+                asked = true;
+                whileAsked();
+                EXPECT_EQ(::write(terminal, answer.data(), answer.size()), static_cast<ssize_t>(answer.size()));
+            }
         }
         int status = 0;
         ::waitpid(process, &status, 0);
@@ -125,7 +131,7 @@ TEST_F(HostReset, RefusesTheDatabaseOfAnotherProgram) {
     sql("CREATE TABLE theirs (x); INSERT INTO theirs VALUES (1)");
     const auto refused = reset();
     EXPECT_EQ(refused.status, 1);
-    EXPECT_EQ(refused.errors, "settings-host: " + database() + " belongs to another program; it was left as it is\n");
+    EXPECT_EQ(refused.errors, "settings-host: " + database() + " belongs to another program; left unchanged\n");
     EXPECT_EQ(sql("SELECT x FROM theirs"), "1");
 }
 
@@ -145,7 +151,7 @@ TEST_F(HostReset, RefusesAFileThatNeverWasADatabase) {
     std::ofstream(database()) << "somebody's notes";
     const auto refused = reset();
     EXPECT_EQ(refused.status, 1);
-    EXPECT_EQ(refused.errors, "settings-host: " + database() + " is not a database; it was left as it is\n");
+    EXPECT_EQ(refused.errors, "settings-host: " + database() + " is not a database; left unchanged\n");
     EXPECT_EQ(files(), Lines{"settings.db"});
 }
 
@@ -180,6 +186,14 @@ TEST_F(HostReset, AsksAtTheTerminal) {
     const auto [status, shown] = resetAtATerminal("y\n");
     EXPECT_EQ(status, 0);
     EXPECT_TRUE(contains(shown, "Remove them? [y/N] ")) << shown;
+    EXPECT_EQ(files(), foreignFiles);
+}
+
+TEST_F(HostReset, NoHostStartsWhileItAsks) {
+    use();
+    const auto [status, shown] =
+        resetAtATerminal("y\n", [this] { expectCannotStart(database() + " is in use by another process"); });
+    EXPECT_EQ(status, 0) << shown;
     EXPECT_EQ(files(), foreignFiles);
 }
 

@@ -85,7 +85,7 @@ TEST_F(HostService, NotifiesTheServiceManagerInOrder) {
     EXPECT_EQ(get("deviceName"), "TV");
     disconnect();
     host->sendSignal(SIGTERM);
-    EXPECT_EQ(next(), "STOPPING=1\nSTATUS=Sending what clients wait for");
+    EXPECT_EQ(next(), "STOPPING=1\nSTATUS=Draining connections");
     EXPECT_EQ(host->wait(), 0);
     EXPECT_EQ(countWaiting(), 0) << "there is no watchdog";
 }
@@ -125,7 +125,7 @@ TEST_F(HostService, NotifiesTheWatchdogWhileItsLoopRuns) {
     stop();
     bool stopping = false;
     while (const auto notice = notifications.receive(std::chrono::milliseconds(0))) {
-        stopping = stopping || *notice == "STOPPING=1\nSTATUS=Sending what clients wait for";
+        stopping = stopping || *notice == "STOPPING=1\nSTATUS=Draining connections";
     }
     EXPECT_TRUE(stopping);
 }

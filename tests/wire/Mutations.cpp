@@ -20,6 +20,7 @@ bool isSameType(const rapidjson::Value& one, const rapidjson::Value& other) {
 void addMutations(const rapidjson::Document& frame, const std::string& place, std::vector<Mutation>& found) {
     rapidjson::Document changed;
     const auto add = [&](const std::string& fault) { found.push_back({compact(changed), fault}); };
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): the document deletes its allocator
     changed.CopyFrom(frame, changed.GetAllocator());
     rapidjson::Pointer(place + "/unknown").Set(changed, 1);
     add(place + "/unknown was added");
@@ -34,7 +35,7 @@ void addMutations(const rapidjson::Document& frame, const std::string& place, st
             if (!isSameType(other, member.value)) {
                 changed.CopyFrom(frame, changed.GetAllocator());
                 pointer.Set(changed, other);
-                add(here + " became " + text);
+                add(std::string(here).append(" became ").append(text));
             }
         }
         if (member.value.IsObject()) {

@@ -4,8 +4,8 @@
 #include <string>
 
 #include "Metrics/MetricsDelegateInterface.h"
+#include "SettingsHandlerKit/StorageObserver.h"
 #include "server/protocol/TrafficObserver.h"
-#include "storage/StorageObserver.h"
 
 namespace SettingsHandlerKit {
 

@@ -4,10 +4,11 @@
 #include <exception>
 #include <utility>
 
-#include "CommunicationHandler/MessageType.h"
 #include "Utils/RapidjsonUtil.h"
 #include "Wire/FrameInspector.h"
 #include "Wire/Frames.h"
+#include "Wire/MessageType.h"
+#include "Wire/RefusalCode.h"
 #include "Wire/Utf8.h"
 #include "handler/BoundedStorage.h"
 #include "handler/HandlerCache.h"
@@ -24,15 +25,14 @@ std::int64_t millisecondsSinceEpoch() {
 }
 
 Wire::Refusal busy() {
-    return {"busy", "too much waits for clients that do not read; ask again later, or for fewer settings"};
+    return {Wire::RefusalCode::busy,
+            "too much data is queued for clients that do not read; try again later or request fewer settings"};
 }
 
 /// Cut to the length of a key that can be stored, so that no client fills the log.
 std::string settingNamedIn(int type, const rapidjson::Value& request) {
     constexpr std::size_t longestKey = 256;
-    return type == CommunicationHandler::SET_SETTINGS
-               ? Wire::withValidUtf8(Wire::requestedSetting(request).substr(0, longestKey))
-               : "";
+    return type == Wire::SET_SETTINGS ? Wire::withValidUtf8(Wire::requestedSetting(request).substr(0, longestKey)) : "";
 }
 
 }  // namespace
@@ -81,11 +81,12 @@ void MessageHub::handle(const std::shared_ptr<Client>& client, const std::string
     }
     const auto type = Wire::requestType(request);
     if (!type || handlers.count(*type) == 0) {
-        refuse(*client, {"unknown-type", R"("type" must be one of the request types 7, 18, 19, 22, 24)"});
+        refuse(*client,
+               {Wire::RefusalCode::unknownType, R"("type" must be one of the request types 7, 18, 19, 22, 24)"});
         return;
     }
     const RequestContext::Scope current(*context, {*type, settingNamedIn(*type, request)});
-    if (*type == CommunicationHandler::SET_SETTINGS && !isRequestSafeForHandler(request)) {
+    if (*type == Wire::SET_SETTINGS && !isRequestSafeForHandler(request)) {
         logHost(VessaLogger::ERROR, "rejected orliaLocale: must be a JSON array of at most 32 levels");
         traffic->requestHandled(*type, RequestOutcome::REJECTED);
         return;

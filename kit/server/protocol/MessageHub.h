@@ -8,11 +8,11 @@
 #include <unordered_set>
 
 #include "CommunicationHandler/CommunicationHandlerInterface.h"
+#include "SettingsHandlerKit/ValueObserver.h"
 #include "server/protocol/TrafficObserver.h"
 #include "server/sockets/Backlog.h"
 #include "server/sockets/ClientListener.h"
 #include "service/logging/RequestContext.h"
-#include "storage/ValueObserver.h"
 
 namespace Wire {
 struct Refusal;

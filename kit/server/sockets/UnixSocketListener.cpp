@@ -6,6 +6,7 @@
 
 #include "Wire/FrameInspector.h"
 #include "Wire/Frames.h"
+#include "Wire/RefusalCode.h"
 #include "server/sockets/LineFramer.h"
 #include "server/sockets/ListenerLimits.h"
 #include "server/sockets/SocketStream.h"
@@ -60,7 +61,7 @@ void UnixSocketListener::accept(int descriptor) {
 
 void UnixSocketListener::refuse(int descriptor) {
     static const std::string refusal =
-        Wire::refusalFrame("too-many-clients", "the host has no room for one more client") + "\n";
+        Wire::refusalFrame(Wire::RefusalCode::tooManyClients, "the host has reached its limit of clients") + "\n";
     // Nothing was sent on this connection yet, so the kernel takes all of it.
     ::send(descriptor, refusal.data(), refusal.size(), MSG_NOSIGNAL);
     clientListener.refused(origin);

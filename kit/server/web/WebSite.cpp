@@ -22,7 +22,7 @@ HttpAnswer WebSite::answer(const WebVisitor& visitor, bool isAdmitted, const std
     } else if (pages.isEmpty() && (path == "/" || path == "/device")) {
         answer = howToGetPages();
     } else {
-        return plainAnswer(404, "There is no such page.");
+        return plainAnswer(404, "Page not found.");
     }
     if (const std::string cookie = access.cookieFor(visitor); !cookie.empty()) {
         answer.headers = "set-cookie: " + cookie + "\r\n";

@@ -12,7 +12,7 @@ namespace SettingsHandlerKit {
 /// line is written completely or not at all: one that does not fit on the disk is lost.
 class LogFile : public LogOutput {
 public:
-    static constexpr std::size_t maximumSize = 1024U * 1024U;
+    static constexpr std::size_t maximumSize = 1024UL * 1024UL;
     /// The names of all files of the log `file`, the newest first: FILE, FILE.1, FILE.2. They need not exist.
     static std::vector<std::string> filesOf(const std::string& file);
 

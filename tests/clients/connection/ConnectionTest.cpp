@@ -1,4 +1,7 @@
+#include <atomic>
+#include <csignal>
 #include <fstream>
+#include <future>
 #include <optional>
 #include <thread>
 
@@ -133,6 +136,30 @@ TEST_F(ClientConnection, FailsToSendWhenTheHostDoesNotRead) {
     Connection connection(at(path), 10ms);
     EXPECT_EQ(errorOf([&] { connection.send({std::string(4000000, 'a')}); }),
               "the host at " + path + " does not read requests");
+}
+
+TEST_F(ClientConnection, ContinuesToSendAfterASignal) {
+    static std::atomic<int> interruptions{0};
+    struct sigaction counting {};
+    counting.sa_handler = [](int) { ++interruptions; };
+    struct sigaction before {};
+    ::sigaction(SIGUSR1, &counting, &before);
+    const ListeningSocket listener(path);
+    std::optional<Connection> connection(std::in_place, at(path), waitTimeout);
+    Peer host = listener.accept();
+    auto received = std::async(std::launch::async, [&host, sender = ::pthread_self()] {
+        // After the first ones the socket is full and nothing is read, so a signal interrupts a send that waits.
+        while (interruptions < 100) {
+            ::pthread_kill(sender, SIGUSR1);
+            std::this_thread::yield();
+        }
+        return host.receiveLine();
+    });
+    const std::string frame(1000000, 'a');
+    EXPECT_EQ(errorOf([&] { connection->send({frame}); }), "nothing was thrown");
+    connection.reset();
+    EXPECT_TRUE(received.get() == frame);
+    ::sigaction(SIGUSR1, &before, nullptr);
 }
 
 TEST_F(ClientConnection, FailsToConnectWhenTheHostDoesNotAccept) {

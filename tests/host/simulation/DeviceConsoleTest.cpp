@@ -143,7 +143,7 @@ TEST_F(DeviceConsoleTest, MakesANewKeyOnRequestAndReportsWhenItCannot) {
     renewed.reset();
     EXPECT_EQ(
         answerTo(R"({"command":"page","newKey":true})"),
-        R"({"error":{"code":"not-written","message":"the new key could not be stored: the old key and its cookies still hold"}})");
+        R"({"error":{"code":"not-written","message":"the new key could not be stored: the old key and its cookies stay valid"}})");
 }
 
 TEST_F(DeviceConsoleTest, TheKeyOfThePagesIsShownOnTheUnixSocketOnly) {
@@ -153,7 +153,7 @@ TEST_F(DeviceConsoleTest, TheKeyOfThePagesIsShownOnTheUnixSocketOnly) {
         console.received(pageOfDevice, frame);
         EXPECT_EQ(pageOfDevice->take(),
                   std::vector<std::string>{
-                      R"({"error":{"code":"not-here","message":"only the device socket answers this"}})"});
+                      R"({"error":{"code":"not-here","message":"only available at the device socket"}})"});
         answerTo(frame);
     }
     EXPECT_EQ(traced(), std::vector<std::string>{}) << "a page that watches is not sent it";

@@ -141,7 +141,7 @@ public:
         notified.push_back("setting " + name + " " + value);
     }
     void notifyHandsfreeStateChanged(bool enabled) override {
-        notified.push_back(enabled ? "handsfree on" : "handsfree off");
+        notified.emplace_back(enabled ? "handsfree on" : "handsfree off");
     }
 };
 

@@ -93,8 +93,32 @@ TEST_F(BoundedStorageTest, ReportsWhenTheHandlersCacheIsToBeRebuilt) {
     EXPECT_EQ(read("k2"), "short");
     EXPECT_TRUE(guard.setValue("k31", std::string(large, 'w')));
     EXPECT_FALSE(guard.requestEnded()) << "nor what was found to be short";
+    storage.refusesWrites = true;
+    EXPECT_FALSE(guard.setValue("k32", std::string(large, 'w')));
+    EXPECT_FALSE(guard.requestEnded()) << "nor what was not stored";
+    storage.refusesWrites = false;
     EXPECT_TRUE(guard.setValue("k32", std::string(large, 'w')));
     EXPECT_TRUE(guard.requestEnded()) << "what is set is kept too";
+}
+
+TEST_F(BoundedStorageTest, TheLimitsThemselvesAreAllowed) {
+    constexpr std::size_t part = 65536;
+    for (int number = 0; number < 40; ++number) {
+        storage.setValue("k" + std::to_string(number), std::string(part, 'v'));
+    }
+    storage.setValue("one more", std::string(65, 'v'));
+    const RequestContext::Scope request(*context, {7, ""});
+    const auto gatherBytes = [&](std::size_t bytes) {
+        for (std::size_t number = 0; number < bytes / part; ++number) {
+            EXPECT_EQ(read("k" + std::to_string(number)).size(), part);
+        }
+    };
+    gatherBytes(BoundedStorage::maximumKept);
+    EXPECT_FALSE(guard.requestEnded());
+    read("one more");
+    EXPECT_TRUE(guard.requestEnded());
+    gatherBytes(BoundedStorage::maximumReply);
+    EXPECT_THROW(read("one more"), ReadLimitExceeded);
 }
 
 TEST_F(BoundedStorageTest, ALogOutEmptiesTheCache) {
@@ -102,12 +126,14 @@ TEST_F(BoundedStorageTest, ALogOutEmptiesTheCache) {
     EXPECT_FALSE(guard.requestEnded());
     EXPECT_TRUE(guard.clearStorage());
     EXPECT_EQ(read("k1"), "");
-    storage.setValue("k30", std::string(large, 'v'));
-    EXPECT_EQ(gather(30, 31), 1);
+    for (const std::string key : {"k30", "k31", "k32"}) {
+        storage.setValue(key, std::string(large, 'v'));
+    }
+    EXPECT_EQ(gather(30, 33), 3);
     EXPECT_FALSE(guard.requestEnded());
 }
 
-TEST_F(BoundedStorageTest, PassesOnWhatTheStorageSays) {
+TEST_F(BoundedStorageTest, ReturnsTheResultsOfTheStorage) {
     EXPECT_TRUE(guard.setValue("new", "value"));
     EXPECT_EQ(read("new"), "value");
     EXPECT_TRUE(guard.removeValue("new"));

@@ -5,14 +5,10 @@
 
 #include "kit/support/FaultyDisk.h"
 #include "kit/support/LogRecording.h"
-#include "kit/support/StorageRecording.h"
+#include "kit/support/OpenStorage.h"
 #include "kit/support/ValueRecording.h"
-#include "storage/Backup.h"
 #include "storage/FileNames.h"
 #include "storage/LogOut.h"
-#include "storage/Recovery.h"
-#include "storage/SqliteStorage.h"
-#include "storage/TableStateStore.h"
 #include "support/Files.h"
 #include "support/Sanitizers.h"
 #include "support/TemporaryDirectory.h"
@@ -47,21 +43,15 @@ protected:
     /// The storage of a running host.
     struct Running {
         explicit Running(LogOutTest& test)
-            : database(openOrRecover(test.file, test.recovery)),
-              storage(database, test.removed, test.recording, [this] { backup.reset(); }),
-              state(database, "simulation") {}
-
-        std::string get(const std::string& key) {
-            std::string value;
-            storage.getValue(key, value);
-            return value;
+            : storage(test.file, test.disk), database(storage.database()), state(storage.state("simulation")) {
+            storage.observeValues(test.removed);
         }
 
-        Database database;
-        SqliteStorage storage;
-        TableStateStore state;
-        /// In progress, if any.
-        std::unique_ptr<Backup> backup;
+        std::string get(const std::string& key) { return storage.get(key); }
+
+        SettingsHostTests::OpenStorage storage;
+        Database& database;
+        std::unique_ptr<StateStore> state;
     };
 
     static void SetUpTestSuite() { used = std::make_unique<TestSupport::TemporaryDirectory>(); }
@@ -79,9 +69,8 @@ protected:
         folder = std::make_unique<TestSupport::TemporaryDirectory>(TestSupport::memoryFolder());
         std::filesystem::copy(used->path(), folder->path());
         file = *folder / "settings.db";
-        disk.watch(folder->path());
+        disk->watch(folder->path());
         removed->take();
-        recovery = Recovery();
         log.take();
     }
 
@@ -113,6 +102,42 @@ protected:
         EXPECT_EQ(running.database.file(), file);
     }
 
+    /// Expects that a refused log-out said so and changed no value, now and after a restart, which restores `before`.
+    void expectNothingLost(std::unique_ptr<Running> running, const Names& before) {
+        EXPECT_EQ(removed->take(), Names()) << "no key is reported as removed";
+        const Names lines = log.take();
+        ASSERT_EQ(lines.size(), 1U);
+        EXPECT_EQ(lines[0].rfind("3 settings-host:cannot clear the storage: ", 0), 0U) << lines[0];
+        expectAllStored(*running);
+        running.reset();
+        running = std::make_unique<Running>(*this);
+        expectAllStored(*running);
+        EXPECT_EQ(files(), before);
+    }
+
+    /// Expects that an accepted log-out is complete after a retry or a restart, and keeps a value stored in between.
+    /// Returns: whether it was reported as incomplete at first.
+    bool expectCompletion(std::unique_ptr<Running> running, bool isRetried) {
+        EXPECT_EQ(removed->take().size(), 4U);
+        const Names lines = log.take();
+        EXPECT_LE(lines.size(), 1U);
+        const bool isLate = !lines.empty() && lines[0].find("a log-out is incomplete") != std::string::npos;
+        EXPECT_TRUE(isLate || filesWithSecrets().empty());
+        EXPECT_EQ(running->storage.health().keys, 0U);
+        EXPECT_TRUE(running->storage.setValue("deviceName", "new"));
+        if (isRetried) {
+            finishLogOut(running->database);
+        } else {
+            running.reset();
+            running = std::make_unique<Running>(*this);
+        }
+        EXPECT_EQ(running->get("deviceName"), "new");
+        EXPECT_TRUE(running->storage.removeValue("deviceName"));
+        expectAllErased(*running);
+        EXPECT_EQ(log.take(), Names());
+        return isLate;
+    }
+
     bool holdsEveryBackup() const {
         return contentOf(backupName(file, 1)) == contentOf(*used / "settings.db.backup.1") &&
                contentOf(backupName(file, 2)) == contentOf(*used / "settings.db.backup.2");
@@ -129,16 +154,38 @@ protected:
         if (kind == Loss::MISSING) {
             std::filesystem::remove(file + "-wal");
         }
-        disk.watch(folder->path());
+        disk->watch(folder->path());
+    }
+
+    /// Returns: whether the log-out was answered.
+    bool logOutWithPowerCutAt(long call, std::mt19937& random) {
+        bool answered = false;
+        {
+            Running running(*this);
+            disk->cutPowerAt(call);
+            answered = running.storage.clearStorage();
+        }
+        disk->restorePower(random);
+        return answered;
+    }
+
+    void startWithPowerCutAt(long call, std::mt19937& random) {
+        disk->cutPowerAt(call);
+        try {
+            const Running running(*this);
+        } catch (const DatabaseError&) {
+            // Expected: the start fails.
+        }
+        disk->restorePower(random);
     }
 
     /// The number of calls of a log-out without faults.
     long countCalls() {
         begin();
         Running running(*this);
-        disk.work();
+        disk->work();
         EXPECT_TRUE(running.storage.clearStorage());
-        const long calls = disk.calls();
+        const long calls = disk->calls();
         EXPECT_GT(calls, 50);
         return calls;
     }
@@ -147,19 +194,17 @@ protected:
     static std::unique_ptr<TestSupport::TemporaryDirectory> used;
 
     SettingsHostTests::LogRecording log;
-    SettingsHostTests::StorageRecording recording;
-    SettingsHostTests::FaultyDisk disk;
+    std::shared_ptr<SettingsHostTests::FaultyDisk> disk = std::make_shared<SettingsHostTests::FaultyDisk>();
     std::unique_ptr<TestSupport::TemporaryDirectory> folder;
     std::string file;
     std::shared_ptr<SettingsHostTests::ValueRecording> removed = std::make_shared<SettingsHostTests::ValueRecording>();
-    Recovery recovery;
 
 private:
     void use() {
         file = *used / "settings.db";
         {
             Running running(*this);
-            EXPECT_TRUE(running.state.save("locale", "kept"));
+            EXPECT_TRUE(running.state->save("locale", "kept"));
             // Overwritten and removed values stay in free pages and in free parts of other pages.
             for (std::size_t length = 10; length < 40000; length = length * 3 / 2) {
                 EXPECT_TRUE(running.storage.setValue("companionDevice", secret(length)));
@@ -174,9 +219,7 @@ private:
             EXPECT_TRUE(running.storage.setValue("orliaLocale", secret(20)));
             EXPECT_EQ(running.storage.setAside("orliaLocale"), "orliaLocale.unusable");
             for (int generation = 0; generation < backupGenerations; ++generation) {
-                Backup backup(running.database);
-                while (backup.step(100)) {
-                }
+                running.storage.backupNow();
             }
             std::filesystem::copy_file(file + "-wal", *used / "settings.db.damaged.12-wal");
         }
@@ -207,7 +250,7 @@ TEST_F(LogOutTest, LeavesNothingOfAnyValueInAnyFile) {
     std::sort(expected.begin(), expected.end());
     EXPECT_EQ(files(), expected);
     EXPECT_EQ(removed->take(), (Names{"SecretKey", "companionDevice", "deviceName", "orliaLocale.unusable"}));
-    EXPECT_EQ(running.state.load("locale"), "kept");
+    EXPECT_EQ(running.state->load("locale"), "kept");
     EXPECT_EQ(log.take(), Names());
 }
 
@@ -225,8 +268,8 @@ TEST_F(LogOutTest, IsPermanentAndLaterValuesAreKept) {
     std::filesystem::remove(file);
     Running running(*this);
     expectAllErased(running);
-    EXPECT_EQ(recovery.source, Recovery::Source::BACKUP);
-    EXPECT_EQ(running.state.load("locale"), "kept") << "the new backup holds the other tables";
+    EXPECT_EQ(running.storage.recovery().source, Recovery::Source::BACKUP);
+    EXPECT_EQ(running.state->load("locale"), "kept") << "the new backup holds the other tables";
 }
 
 TEST_F(LogOutTest, NeedsLittleDiskSpaceHoweverMuchIsStored) {
@@ -244,10 +287,10 @@ TEST_F(LogOutTest, NeedsLittleDiskSpaceHoweverMuchIsStored) {
 
 TEST_F(LogOutTest, ABackupInProgressIsCancelled) {
     Running running(*this);
-    running.backup = std::make_unique<Backup>(running.database);
-    EXPECT_TRUE(running.backup->step(8));
+    EXPECT_TRUE(running.storage.beginBackup(std::chrono::seconds(-1)));
+    EXPECT_TRUE(running.storage.continueBackup(8));
     EXPECT_TRUE(running.storage.clearStorage());
-    EXPECT_EQ(running.backup, nullptr);
+    EXPECT_FALSE(running.storage.continueBackup(8));
     expectAllErased(running);
 }
 
@@ -290,7 +333,7 @@ TEST_F(LogOutTest, AFailedLogOutLeavesNoTransactionOpen) {
     EXPECT_TRUE(holdsEveryBackup());
 }
 
-TEST_F(LogOutTest, WhicheverCallFailsItIsDoneOrNothingIsLost) {
+TEST_F(LogOutTest, IsCompleteOrLosesNothingWhicheverCallFails) {
     using Fault = void (SettingsHostTests::FaultyDisk::*)(long);
     const std::vector<std::pair<std::string, Fault>> faults{{"once", &SettingsHostTests::FaultyDisk::failOnce},
                                                             {"from", &SettingsHostTests::FaultyDisk::failFrom},
@@ -304,41 +347,17 @@ TEST_F(LogOutTest, WhicheverCallFailsItIsDoneOrNothingIsLost) {
             begin();
             auto running = std::make_unique<Running>(*this);
             const Names before = files();
-            (disk.*fault)(call);
+            (*disk.*fault)(call);
             const bool done = running->storage.clearStorage();
-            EXPECT_TRUE(disk.hasFailed() || name == "full");
-            disk.work();
-            const Names lines = log.take();
-            if (!done) {
-                ++refused;
-                EXPECT_EQ(removed->take(), Names()) << "no key is reported as removed";
-                ASSERT_EQ(lines.size(), 1U);
-                EXPECT_EQ(lines[0].rfind("3 settings-host:cannot clear the storage: ", 0), 0U) << lines[0];
-                expectAllStored(*running);
-                EXPECT_TRUE(name == "from" || files() == before);
-                running.reset();
-                running = std::make_unique<Running>(*this);
-                expectAllStored(*running);
-                EXPECT_EQ(files(), before);
-                continue;
-            }
-            EXPECT_EQ(removed->take().size(), 4U);
-            ASSERT_LE(lines.size(), 1U);
-            const bool isLate = !lines.empty() && lines[0].find("a log-out is incomplete") != std::string::npos;
-            late += isLate ? 1 : 0;
-            EXPECT_EQ(isLate || filesWithSecrets().empty(), true);
-            EXPECT_EQ(running->storage.health().keys, 0U);
-            EXPECT_TRUE(running->storage.setValue("deviceName", "new"));
-            if (call % 2 == 0) {
-                finishLogOut(running->database);
+            EXPECT_TRUE(disk->hasFailed() || name == "full");
+            disk->work();
+            if (done) {
+                late += expectCompletion(std::move(running), call % 2 == 0) ? 1 : 0;
             } else {
-                running.reset();
-                running = std::make_unique<Running>(*this);
+                ++refused;
+                EXPECT_TRUE(name == "from" || files() == before);
+                expectNothingLost(std::move(running), before);
             }
-            EXPECT_EQ(running->get("deviceName"), "new");
-            EXPECT_TRUE(running->storage.removeValue("deviceName"));
-            expectAllErased(*running);
-            EXPECT_EQ(log.take(), Names());
             ASSERT_FALSE(HasFailure());
         }
     }
@@ -346,7 +365,7 @@ TEST_F(LogOutTest, WhicheverCallFailsItIsDoneOrNothingIsLost) {
     EXPECT_GT(late, 0);
 }
 
-TEST_F(LogOutTest, WheneverThePowerIsCutItIsDoneOrNothingIsLost) {
+TEST_F(LogOutTest, IsCompleteOrLosesNothingWheneverThePowerIsCut) {
     const long calls = countCalls();
     int done = 0;
     int undone = 0;
@@ -358,22 +377,10 @@ TEST_F(LogOutTest, WheneverThePowerIsCutItIsDoneOrNothingIsLost) {
                          std::to_string(kind) + (isCutAgain ? ", cut again" : ""));
             std::mt19937 random(static_cast<unsigned>(call) * 4 + kind);
             begin();
-            bool answered = false;
-            {
-                Running running(*this);
-                disk.cutPowerAt(call);
-                answered = running.storage.clearStorage();
-            }
-            disk.restorePower(random);
+            const bool answered = logOutWithPowerCutAt(call, random);
             lose(loss);
             if (isCutAgain) {
-                disk.cutPowerAt(1 + static_cast<long>(random() % 150));
-                try {
-                    const Running running(*this);
-                } catch (const DatabaseError&) {
-                    // Power cut during the start.
-                }
-                disk.restorePower(random);
+                startWithPowerCutAt(1 + static_cast<long>(random() % 150), random);
             }
             Running running(*this);
             EXPECT_FALSE(std::filesystem::exists(logOutMarkerName(file)));

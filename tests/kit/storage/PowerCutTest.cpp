@@ -1,11 +1,10 @@
+#include <filesystem>
+#include <map>
 #include <random>
 
+#include "SettingsHandlerKit/Storage.h"
 #include "kit/support/FaultyDisk.h"
 #include "kit/support/LogRecording.h"
-#include "kit/support/StorageRecording.h"
-#include "kit/support/ValueRecording.h"
-#include "storage/Database.h"
-#include "storage/SqliteStorage.h"
 #include "support/Sanitizers.h"
 #include "support/TemporaryDirectory.h"
 
@@ -18,32 +17,31 @@ using Values = std::map<std::string, std::string>;
 /// A device whose power is cut repeatedly while its settings are changed.
 class Device {
 public:
-    explicit Device(unsigned seed) : random(seed) {}
+    explicit Device(unsigned seed) : random(seed) { disk->watch(folder.path()); }
 
     /// Starts, changes settings until the power is cut, and restores the power.
     /// Returns: true when the power was cut during a change.
     bool run() {
-        disk.cutPowerAt(1 + static_cast<long>(random() % (random() % 4 == 0 ? 400 : 60)));
+        disk->cutPowerAt(1 + static_cast<long>(random() % (random() % 4 == 0 ? 400 : 60)));
         bool cutInsideAChange = false;
         try {
-            Database database(file);
-            SqliteStorage storage(database, values, recording);
+            Storage storage(file, disk);
             while (change(storage)) {
             }
             cutInsideAChange = true;
         } catch (const DatabaseError&) {
             // Power cut during the start.
         }
-        EXPECT_TRUE(disk.hasFailed());
+        EXPECT_TRUE(disk->hasFailed());
         log.take();
-        disk.restorePower(random);
+        disk->restorePower(random);
         return cutInsideAChange;
     }
 
     /// Expects every confirmed change, and at most the one change that was in progress.
     void expectNothingLost() {
-        Database database(file);
-        SqliteStorage storage(database, values, recording);
+        Storage storage(file, disk);
+        EXPECT_EQ(storage.recovery().source, Recovery::Source::NOT_NEEDED) << "a sound database was taken for damaged";
         const Values found = read(storage);
         EXPECT_TRUE(found == confirmed || found == inProgress)
             << "found " << summary(found) << ", confirmed " << summary(confirmed) << ", in progress "
@@ -54,9 +52,9 @@ public:
 
 private:
     /// Returns: true when the change was confirmed.
-    bool change(SqliteStorage& storage) {
+    bool change(Storage& storage) {
         const std::string key = "key" + std::to_string(random() % 12);
-        const unsigned kind = static_cast<unsigned>(random() % 20);
+        const auto kind = static_cast<unsigned>(random() % 20);
         bool done = false;
         if (kind == 0) {
             inProgress.clear();
@@ -83,7 +81,7 @@ private:
         return text;
     }
 
-    static Values read(SqliteStorage& storage) {
+    static Values read(Storage& storage) {
         Values values;
         for (int number = 0; number < 12; ++number) {
             const std::string key = "key" + std::to_string(number);
@@ -97,16 +95,25 @@ private:
     }
 
     std::mt19937 random;
-    TestSupport::TemporaryDirectory folder;
+    TestSupport::TemporaryDirectory folder{TestSupport::memoryFolder()};
     std::string file = folder / "settings.db";
     SettingsHostTests::LogRecording log;
-    SettingsHostTests::StorageRecording recording;
-    std::shared_ptr<SettingsHostTests::ValueRecording> values = std::make_shared<SettingsHostTests::ValueRecording>();
-    SettingsHostTests::FaultyDisk disk;
+    std::shared_ptr<SettingsHostTests::FaultyDisk> disk = std::make_shared<SettingsHostTests::FaultyDisk>();
     Values confirmed;
     Values inProgress;
     unsigned long counter = 0;
 };
+
+/// The value of "deviceName" in a backup.
+std::string valueIn(const std::string& backup) {
+    const TestSupport::TemporaryDirectory folder(TestSupport::memoryFolder());
+    std::filesystem::copy_file(backup, folder / "settings.db");
+    Storage storage(folder / "settings.db");
+    EXPECT_EQ(storage.recovery().source, Recovery::Source::NOT_NEEDED) << "the backup is damaged";
+    std::string value;
+    storage.getValue("deviceName", value);
+    return value;
+}
 
 }  // namespace
 
@@ -126,6 +133,47 @@ TEST(PowerCutTest, NothingThatWasAnsweredIsLost) {
     EXPECT_GT(insideAChange, cuts / 4) << "most cuts came during the start";
     RecordProperty("cuts", std::to_string(cuts));
     RecordProperty("cutsInsideAChange", std::to_string(insideAChange));
+}
+
+TEST(PowerCutTest, ABackupIsCompleteOrTheFormerOneIsThere) {
+    long calls = 1;
+    for (long call = 1; call <= calls + 1; ++call) {
+        SCOPED_TRACE("call " + std::to_string(call) + " of " + std::to_string(calls));
+        const SettingsHostTests::LogRecording log;
+        const TestSupport::TemporaryDirectory folder(TestSupport::memoryFolder());
+        const std::string file = folder / "settings.db";
+        const auto disk = std::make_shared<SettingsHostTests::FaultyDisk>();
+        disk->watch(folder.path());
+        bool returned = false;
+        {
+            Storage storage(file, disk);
+            EXPECT_TRUE(storage.setValue("deviceName", "first"));
+            storage.backupNow();
+            EXPECT_TRUE(storage.setValue("deviceName", "second"));
+            if (call == 1) {
+                disk->work();
+                storage.backupNow();
+                calls = disk->calls();
+                continue;
+            }
+            disk->cutPowerAt(call - 1);
+            try {
+                storage.backupNow();
+                returned = true;
+                disk->cutPowerAt(1);
+            } catch (const DatabaseError&) {
+                // Power cut during the backup.
+            }
+        }
+        std::mt19937 random(static_cast<unsigned>(call));
+        disk->restorePower(random);
+        const std::string newest = file + ".backup.1";
+        const std::string found = valueIn(std::filesystem::exists(newest) ? newest : file + ".backup.2");
+        EXPECT_TRUE(found == "second" || (found == "first" && !returned)) << found;
+        EXPECT_TRUE(!returned || std::filesystem::exists(newest));
+        ASSERT_FALSE(::testing::Test::HasFailure());
+    }
+    EXPECT_GT(calls, 20);
 }
 
 }  // namespace SettingsHandlerKit

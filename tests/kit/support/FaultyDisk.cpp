@@ -188,7 +188,7 @@ struct DiskCalls {
         if (disk.fails()) {
             return SQLITE_IOERR_DELETE;
         }
-        disk.remove(name);
+        disk.trackRemoval(name);
         if (syncFolder != 0) {
             ++disk.flushCount;
             disk.track(name) = TrackedFile();
@@ -234,12 +234,15 @@ FaultyDisk::FaultyDisk() : layer(std::make_unique<sqlite3_vfs>()), real(sqlite3_
     layer->xOpen = DiskCalls::openFile;
     layer->xDelete = DiskCalls::removeFile;
     layer->xAccess = DiskCalls::access;
-    sqlite3_vfs_register(layer.get(), 1);
+    sqlite3_vfs_register(layer.get(), 0);
 }
 
 FaultyDisk::~FaultyDisk() {
     sqlite3_vfs_unregister(layer.get());
-    sqlite3_vfs_register(real, 1);
+}
+
+std::string FaultyDisk::databaseLayer() const {
+    return layer->zName;
 }
 
 FaultyDisk::TrackedFile& FaultyDisk::track(const std::string& path) {
@@ -269,27 +272,21 @@ void FaultyDisk::watch(const std::string& folder) {
     }
 }
 
-void FaultyDisk::create(const std::string& path) {
+void FaultyDisk::trackCreation(const std::string& path) {
     track(path).pending.push_back({false, 0, ""});
 }
 
-void FaultyDisk::remove(const std::string& path) {
+void FaultyDisk::trackRemoval(const std::string& path) {
     TrackedFile& tracked = track(path);
     tracked.pending.push_back({true, 0, ""});
     tracked.mayBeGone = true;
-}
-
-void FaultyDisk::rename(const std::string& from, const std::string& to) {
-    track(from);
-    track(to);
-    renames.emplace_back(from, to);
 }
 
 void FaultyDisk::moveTracked(const std::string& from, const std::string& to) {
     track(to) = std::exchange(track(from), TrackedFile());
 }
 
-void FaultyDisk::sync(const std::string& path) {
+void FaultyDisk::trackSync(const std::string& path) {
     ++flushCount;
     if (path != watchedFolder) {
         TrackedFile& tracked = track(path);

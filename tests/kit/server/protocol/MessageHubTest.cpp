@@ -73,7 +73,7 @@ TEST_F(MessageHubTest, RefusesToTheSenderAloneAndStaysUsable) {
         {"{}", "unknown-type"},
         {R"({"type":25})", "unknown-type"},
         {R"({"type":"7"})", "unknown-type"},
-        {"{\"type\":7,\"a\":" + std::string(32, '[') + std::string(32, ']') + "}", "too-deep"}};
+        {R"({"type":7,"a":)" + std::string(32, '[') + std::string(32, ']') + "}", "too-deep"}};
     for (const auto& [frame, code] : refusals) {
         hub.received(requester, frame);
         EXPECT_EQ(codeOf(requester->take()), code) << frame;
@@ -108,7 +108,7 @@ TEST_F(MessageHubTest, RepliesToTheRequesterAlone) {
     EXPECT_TRUE(other->take().empty());
 }
 
-TEST_F(MessageHubTest, ALargeReplyForWhichThereIsNoRoomIsNotMade) {
+TEST_F(MessageHubTest, ALargeReplyIsNotMadeWhenTheBacklogIsFull) {
     constexpr std::size_t limit = 500000;
     const auto backlog = std::make_shared<Backlog>(limit);
     ClientBacklog unread(backlog, [] { ADD_FAILURE() << "dropped"; });
@@ -188,7 +188,7 @@ TEST_F(MessageHubTest, TheRequestContextHoldsAKeyOfBoundedLength) {
     EXPECT_FALSE(context->current());
 }
 
-TEST_F(MessageHubTest, EventsAreNumberedWhoeverIsConnected) {
+TEST_F(MessageHubTest, EventsAreNumberedEvenWithoutClients) {
     hub.disconnected(requester, DisconnectReason::CLOSED);
     sendEvent("deviceName");
     hub.disconnected(other, DisconnectReason::CLOSED);

@@ -15,14 +15,14 @@
 
 namespace SettingsHandlerKit {
 
-/// A listener that answers each frame, on a loop in a thread of its own.
+/// A listener that answers each frame, on a loop in its own thread.
 class UnixSocketListenerTest : public ListenerTest<UnixSocketListener> {
 protected:
     UnixSocketListenerTest() {
-        serve(std::make_unique<UnixSocketListener>(loop, folder / "door.sock", Origin::DEVICE, *this, backlog));
+        serve(std::make_unique<UnixSocketListener>(loop, folder / "listener.sock", Origin::DEVICE, *this, backlog));
     }
 
-    std::string socketPath() { return folder / "door.sock"; }
+    std::string socketPath() { return folder / "listener.sock"; }
 };
 
 TEST_F(UnixSocketListenerTest, AnswersFramesInOrder) {
@@ -65,7 +65,7 @@ TEST_F(UnixSocketListenerTest, FramesSentBeforeADisconnectAreHandled) {
     waitFor([&] { return disconnections == 1; });
 }
 
-TEST_F(UnixSocketListenerTest, AFrameOverTheLimitIsRefusedAndTheConnectionGoesOn) {
+TEST_F(UnixSocketListenerTest, AFrameOverTheLimitIsRefusedAndTheConnectionStaysOpen) {
     TestSupport::LineClient client(socketPath());
     const std::string exact(Wire::maximumFrameSize, 'x');
     client.send(exact + "\n" + exact + "y\nnext\n");
@@ -275,6 +275,7 @@ TEST_F(UnixSocketListenerTest, FramesOfAllSizesComeWholeAndInOrderToAllLateReade
         }
     };
     std::vector<std::unique_ptr<TestSupport::LineClient>> readers;
+    readers.reserve(3);
     for (int number = 0; number < 3; ++number) {
         readers.push_back(std::make_unique<TestSupport::LineClient>(socketPath()));
     }
@@ -349,7 +350,7 @@ TEST_F(UnixSocketListenerTest, StoppingDoesNotWaitForAClientThatDoesNotRead) {
 
 TEST_F(UnixSocketListenerTest, ClientsOverTheLimitAreRefusedUntilOneDisconnects) {
     const std::string refusal =
-        R"({"error":{"code":"too-many-clients","message":"the host has no room for one more client"}})"
+        R"({"error":{"code":"too-many-clients","message":"the host has reached its limit of clients"}})"
         "\n";
     std::vector<std::unique_ptr<TestSupport::LineClient>> connected;
     for (std::size_t number = 0; number < maximumClients; ++number) {

@@ -6,7 +6,6 @@
 namespace SettingsHandlerKit {
 
 using TestSupport::httpGet;
-using TestSupport::HttpResponse;
 using TestSupport::TcpConnection;
 using TestSupport::WebSocket;
 
@@ -14,9 +13,9 @@ using TestSupport::WebSocket;
 class UnauthenticatedConnectionsTest : public WebServerTest {
 protected:
     UnauthenticatedConnectionsTest() : WebServerTest(600) {}
-    ~UnauthenticatedConnectionsTest() override {
+    void TearDown() override {
         release();
-        stop();
+        WebServerTest::TearDown();
     }
 
     /// One that has begun a request, and so is not left with the kernel.

@@ -108,7 +108,7 @@ TEST_F(WebAccessTest, GivesTheCookieForTheKeyAlone) {
 
 TEST_F(WebAccessTest, ACookieIsValidForThirtyDaysAndAKeyUntilItIsReplaced) {
     const WebVisitor returning = withCookies("settings-8097=" + cookie);
-    constexpr std::int64_t day = 24 * 60 * 60;
+    constexpr std::int64_t day = std::int64_t{24} * 60 * 60;
     now += 30 * day - 1;
     EXPECT_TRUE(access.isAdmitted(returning));
     ++now;

@@ -20,7 +20,7 @@ namespace SettingsHandlerKit {
 
 class HostLogSinkTest : public ::testing::Test {
 protected:
-    ~HostLogSinkTest() override { VessaLogger::setLogSink({}); }
+    void TearDown() override { VessaLogger::setLogSink({}); }
 
     static void sendLogTo(const LogSink& sink) {
         VessaLogger::setLogSink([sink](const VessaLogger::LogLine& line) {

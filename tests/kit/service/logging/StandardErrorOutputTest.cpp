@@ -14,7 +14,7 @@ namespace SettingsHandlerKit {
 
 class StandardErrorOutputTest : public ::testing::Test {
 protected:
-    ~StandardErrorOutputTest() override {
+    void TearDown() override {
         closeReader();
         ::close(ends[1]);
     }

@@ -14,7 +14,7 @@ using namespace SettingsHandlerKit;
 class ServiceManagerTest : public ::testing::Test {
 protected:
     ServiceManagerTest() { clear(); }
-    ~ServiceManagerTest() override { clear(); }
+    void TearDown() override { clear(); }
 
     static void clear() {
         for (const auto* name : {"NOTIFY_SOCKET", "WATCHDOG_USEC", "WATCHDOG_PID"}) {

@@ -30,8 +30,8 @@ afterAll(async () => {
     await host.stop();
 });
 
-function median(figures: readonly number[]): number {
-    const ordered = [...figures].sort((one, other) => one - other);
+function median(values: readonly number[]): number {
+    const ordered = [...values].sort((one, other) => one - other);
     return ordered[Math.floor(ordered.length / 2)] ?? 0;
 }
 
@@ -72,13 +72,13 @@ async function load(slowness: number): Promise<Load> {
     await session.send('Emulation.setCPUThrottlingRate', { rate: slowness });
     await page.goto(host.page('/'));
     await page.waitForFunction(() => 'usableAfter' in window);
-    const figures = await page.evaluate(() => ({
+    const measured = await page.evaluate(() => ({
         firstPaint: performance.getEntriesByName('first-contentful-paint')[0]?.startTime ?? 0,
         usable: (window as unknown as Record<string, number>)['usableAfter'] ?? 0,
     }));
     await page.locator('[data-row="deviceName"] button').focus();
     await page.close();
-    return figures;
+    return measured;
 }
 
 test.each([
@@ -87,9 +87,9 @@ test.each([
 ] as const)(
     'the time to the first usable paint%s',
     async (where, slowness) => {
-        const figures: Load[] = [];
+        const measured: Load[] = [];
         for (let number = 0; number < loads; number += 1) {
-            figures.push(await load(slowness));
+            measured.push(await load(slowness));
         }
         const say = (name: string, found: readonly number[]) =>
             times.push(
@@ -97,11 +97,11 @@ test.each([
             );
         say(
             'first paint',
-            figures.map(({ firstPaint }) => firstPaint),
+            measured.map(({ firstPaint }) => firstPaint),
         );
         say(
             'first usable paint',
-            figures.map(({ usable }) => usable),
+            measured.map(({ usable }) => usable),
         );
     },
     300_000,
@@ -204,7 +204,7 @@ test('the document shows them', () => {
         ...memories,
     ].join('\n');
     const text = readFileSync(document, 'utf8');
-    const [start, end] = ['<!-- measurements: npm run document-figures -->\n', '\n<!-- end of measurements -->'];
+    const [start, end] = ['<!-- measurements: npm run document-measured -->\n', '\n<!-- end of measurements -->'];
     expect(text).toContain(start);
     const [before = '', rest = ''] = text.split(start);
     const after = rest.slice(rest.indexOf(end));

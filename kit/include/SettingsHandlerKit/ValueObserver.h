@@ -12,6 +12,7 @@ public:
     ValueObserver& operator=(const ValueObserver&) = delete;
     virtual ~ValueObserver() = default;
 
+    /// `settingDBId`: the key; read the new value from its owner.
     virtual void valueChanged(const std::string& settingDBId) = 0;
 };
 

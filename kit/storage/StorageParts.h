@@ -1,0 +1,47 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "SettingsHandlerKit/Storage.h"
+#include "storage/Backup.h"
+#include "storage/KeyValueTable.h"
+
+namespace SettingsHandlerKit {
+
+/// The inside of a storage.
+struct Storage::Parts {
+    struct Usage {
+        int keys;
+        std::size_t bytes;
+    };
+
+    Parts(const std::string& path, const std::shared_ptr<Disk>& disk);
+
+    /// Runs `action` and reports the result to observers and health, a failure also to the log. `what` describes the
+    /// failure.
+    bool attempt(StorageOperation operation, const std::function<std::string()>& what,
+                 const std::function<void()>& action);
+    void put(const std::string& key, const std::string& value);
+
+    Recovery recovery;
+    Database database;
+    KeyValueTable table;
+    /// In progress, if any.
+    std::unique_ptr<Backup> backup;
+    std::vector<std::shared_ptr<StorageObserver>> observers;
+    std::vector<std::shared_ptr<ValueObserver>> valueObservers;
+    StorageHealth health;
+    /// What is stored. Empty until the first `put` counts it, and after other changes and failures: counting reads the
+    /// whole table.
+    std::optional<Usage> usage;
+
+private:
+    void refuse(const std::string& what, const std::string& why);
+    Usage count();
+};
+
+}  // namespace SettingsHandlerKit
