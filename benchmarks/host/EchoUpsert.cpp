@@ -1,24 +1,33 @@
 #include <array>
-#include <csignal>
 #include <cstdio>
-#include <cstring>
-#include <deque>
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <unordered_map>
+#include <utility>
 
-#include <libwebsockets.h>
+#include <boost/asio/buffers_iterator.hpp>
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/local/stream_protocol.hpp>
+#include <boost/asio/write.hpp>
+#include <boost/beast/core/flat_buffer.hpp>
+#include <boost/beast/http/parser.hpp>
+#include <boost/beast/http/read.hpp>
+#include <boost/beast/http/string_body.hpp>
+#include <boost/beast/websocket.hpp>
 #include <sqlite3.h>
 
-/// The floor under the host: libwebsockets takes a frame at a Unix socket (raw) or a WebSocket, SQLite stores it as the
-/// value of one key as durably as the host does, and the frame goes back.
+/// The floor under the host: Boost.Asio takes a frame at a Unix socket (raw), Boost.Beast at a WebSocket; SQLite stores
+/// it as the value of one key as durably as the host does, and the frame goes back.
 namespace {
+
+namespace asio = boost::asio;
+namespace beast = boost::beast;
+using boost::system::error_code;
 
 struct Closer {
     void operator()(sqlite3* open) const { sqlite3_close(open); }
     void operator()(sqlite3_stmt* prepared) const { sqlite3_finalize(prepared); }
-    void operator()(lws_context* made) const { lws_context_destroy(made); }
 };
 
 /// One table of keys and values.
@@ -60,106 +69,125 @@ private:
     std::unique_ptr<sqlite3_stmt, Closer> upsert;
 };
 
-class EchoServer {
+class SocketEcho : public std::enable_shared_from_this<SocketEcho> {
 public:
-    EchoServer(const std::string& socketPath, const std::string& databaseFile) : table(databaseFile) {
-        lws_set_log_level(LLL_ERR, nullptr);
-        lws_context_creation_info info{};
-        info.options = LWS_SERVER_OPTION_EXPLICIT_VHOSTS;
-        info.port = CONTEXT_PORT_NO_LISTEN;
-        info.user = this;
-        context.reset(lws_create_context(&info));
-        listenAtSocket(socketPath);
-        listenAtPort();
-    }
+    SocketEcho(asio::local::stream_protocol::socket connected, Table& tableToFill)
+        : socket(std::move(connected)), table(tableToFill) {}
 
-    int port() const { return lws_get_vhost_listen_port(webHost); }
-
-    void run() {
-        while (lws_service(context.get(), 0) >= 0) {
-        }
+    void read() {
+        socket.async_read_some(asio::buffer(bytes), [self = shared_from_this()](error_code error, std::size_t size) {
+            if (!error) {
+                self->echo(size);
+            }
+        });
     }
 
 private:
-    void listenAtSocket(const std::string& path) {
-        static const std::array<lws_protocols, 2> protocols{
-            {{"echo-raw", called, 0, 0, 0, nullptr, 0}, {nullptr, nullptr, 0, 0, 0, nullptr, 0}}};
-        lws_context_creation_info info{};
-        info.options = LWS_SERVER_OPTION_UNIX_SOCK | LWS_SERVER_OPTION_ADOPT_APPLY_LISTEN_ACCEPT_CONFIG;
-        info.vhost_name = "socket";
-        info.iface = path.c_str();
-        info.protocols = protocols.data();
-        info.listen_accept_role = "raw-skt";
-        info.listen_accept_protocol = "echo-raw";
-        if (context == nullptr || lws_create_vhost(context.get(), &info) == nullptr) {
-            throw std::runtime_error("cannot listen at " + path);
-        }
+    void echo(std::size_t size) {
+        table.put({bytes.data(), size});
+        asio::async_write(socket, asio::buffer(bytes.data(), size),
+                          [self = shared_from_this()](error_code error, std::size_t /*size*/) {
+                              if (!error) {
+                                  self->read();
+                              }
+                          });
     }
 
-    void listenAtPort() {
-        static const std::array<lws_protocols, 2> protocols{
-            {{"echo", called, 0, 0, 0, nullptr, 0}, {nullptr, nullptr, 0, 0, 0, nullptr, 0}}};
-        lws_context_creation_info info{};
-        info.vhost_name = "web";
-        info.iface = "127.0.0.1";
-        info.protocols = protocols.data();
-        webHost = lws_create_vhost(context.get(), &info);
-        if (webHost == nullptr) {
-            throw std::runtime_error("cannot listen at a port");
-        }
+    asio::local::stream_protocol::socket socket;
+    Table& table;
+    std::array<char, 65536> bytes{};
+};
+
+class WebSocketEcho : public std::enable_shared_from_this<WebSocketEcho> {
+public:
+    WebSocketEcho(asio::ip::tcp::socket connected, Table& tableToFill)
+        : stream(std::move(connected)), table(tableToFill) {}
+
+    void open() {
+        stream.next_layer().set_option(asio::ip::tcp::no_delay(true));
+        beast::http::async_read(stream.next_layer(), bytes, request,
+                                [self = shared_from_this()](error_code error, std::size_t /*size*/) {
+                                    if (!error) {
+                                        self->accept();
+                                    }
+                                });
     }
 
-    static int called(lws* connection, lws_callback_reasons reason, void* /*user*/, void* in, std::size_t size) {
-        auto& server = *static_cast<EchoServer*>(lws_context_user(lws_get_context(connection)));
-        switch (reason) {
-            case LWS_CALLBACK_RAW_RX:
-            case LWS_CALLBACK_RECEIVE:
-                return server.received(connection, {static_cast<const char*>(in), size});
-            case LWS_CALLBACK_RAW_WRITEABLE:
-                return server.writable(connection, LWS_WRITE_RAW);
-            case LWS_CALLBACK_SERVER_WRITEABLE:
-                return server.writable(connection, LWS_WRITE_TEXT);
-            case LWS_CALLBACK_RAW_CLOSE:
-            case LWS_CALLBACK_CLOSED:
-                server.waiting.erase(connection);
-                return 0;
-            default:
-                return 0;
-        }
+private:
+    void accept() {
+        stream.set_option(beast::websocket::stream_base::decorator([this](beast::websocket::response_type& answer) {
+            answer.set(beast::http::field::sec_websocket_protocol, request[beast::http::field::sec_websocket_protocol]);
+        }));
+        stream.async_accept(request, [self = shared_from_this()](error_code error) {
+            if (!error) {
+                self->read();
+            }
+        });
     }
 
-    int received(lws* connection, const std::string& frame) {
-        try {
-            table.put(frame);
-        } catch (const std::exception& error) {
-            std::fprintf(stderr, "%s\n", error.what());
-            return -1;
-        }
-        waiting[connection].push_back(frame);
-        lws_callback_on_writable(connection);
-        return 0;
+    void read() {
+        stream.async_read(bytes, [self = shared_from_this()](error_code error, std::size_t /*size*/) {
+            if (!error) {
+                self->echo();
+            }
+        });
     }
 
-    int writable(lws* connection, lws_write_protocol kind) {
-        auto& frames = waiting[connection];
-        if (frames.empty()) {
-            return 0;
-        }
-        std::string bytes(LWS_PRE, '\0');
-        bytes += frames.front();
-        frames.pop_front();
-        if (!frames.empty()) {
-            lws_callback_on_writable(connection);
-        }
-        const std::size_t size = bytes.size() - LWS_PRE;
-        auto* const start = reinterpret_cast<unsigned char*>(bytes.data()) + LWS_PRE;
-        return lws_write(connection, start, size, kind) == static_cast<int>(size) ? 0 : -1;
+    void echo() {
+        const auto frame = bytes.data();
+        table.put({static_cast<const char*>(frame.data()), frame.size()});
+        stream.text(true);
+        stream.async_write(frame, [self = shared_from_this()](error_code error, std::size_t size) {
+            self->bytes.consume(size);
+            if (!error) {
+                self->read();
+            }
+        });
+    }
+
+    beast::websocket::stream<asio::ip::tcp::socket> stream;
+    Table& table;
+    beast::flat_buffer bytes;
+    beast::http::request<beast::http::string_body> request;
+};
+
+class EchoServer {
+public:
+    EchoServer(const std::string& socketPath, const std::string& databaseFile)
+        : table(databaseFile),
+          sockets(context, socketPath),
+          webSockets(context, {asio::ip::address_v4::loopback(), 0}) {
+        acceptSocket();
+        acceptWebSocket();
+    }
+
+    int port() const { return webSockets.local_endpoint().port(); }
+    void run() { context.run(); }
+
+private:
+    void acceptSocket() {
+        sockets.async_accept([this](error_code error, asio::local::stream_protocol::socket socket) {
+            if (!error) {
+                std::make_shared<SocketEcho>(std::move(socket), table)->read();
+            }
+            acceptSocket();
+        });
+    }
+
+    void acceptWebSocket() {
+        webSockets.async_accept([this](error_code error, asio::ip::tcp::socket socket) {
+            if (!error) {
+                std::make_shared<WebSocketEcho>(std::move(socket), table)->open();
+            }
+            acceptWebSocket();
+        });
     }
 
     Table table;
-    std::unique_ptr<lws_context, Closer> context;
-    lws_vhost* webHost = nullptr;
-    std::unordered_map<lws*, std::deque<std::string>> waiting;
+    /// With one thread no locks are needed.
+    asio::io_context context{1};
+    asio::local::stream_protocol::acceptor sockets;
+    asio::ip::tcp::acceptor webSockets;
 };
 
 }  // namespace

@@ -103,8 +103,7 @@ void addCrowds(Results& results, const std::vector<Round>& rounds, const Effort&
 
 void addEchoRatios(Results& results, const std::vector<Round>& rounds) {
     // Measured with the log that a shipped host writes; all others with errors only, because the echo has no log.
-    results.add(Ratio{"host with log/unix/memory/set until event",
-                      "echo through libwebsockets with one upsert of SQLite",
+    results.add(Ratio{"host with log/unix/memory/set until event", "echo through Boost.Beast with one upsert of SQLite",
                       quotients(each(rounds, "host with log/unix/memory/set until event", medianLatency),
                                 each(rounds, "echo and upsert/unix/memory", medianLatency)),
                       0});
@@ -114,10 +113,10 @@ void addEchoRatios(Results& results, const std::vector<Round>& rounds) {
             const std::string host = "host" + kind + "/set until event";
             const std::string echo = "echo and upsert" + kind;
             const bool promised = listener == Listener::UNIX_SOCKET && storage == Storage::MEMORY;
-            results.add(Ratio{host, "echo through libwebsockets with one upsert of SQLite",
+            results.add(Ratio{host, "echo through Boost.Beast with one upsert of SQLite",
                               quotients(each(rounds, host, medianLatency), each(rounds, echo, medianLatency)),
                               promised ? 1.5 : 0});
-            results.add(Ratio{host + ", processor time", "echo through libwebsockets with one upsert of SQLite",
+            results.add(Ratio{host + ", processor time", "echo through Boost.Beast with one upsert of SQLite",
                               quotients(each(rounds, host, processorTime), each(rounds, echo, processorTime)), 0});
         }
     }

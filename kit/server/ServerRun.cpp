@@ -101,7 +101,7 @@ void Server::Parts::turn() {
 void Server::Parts::beginStop() {
     phase = Phase::DRAINING;
     if (isManaged) {
-        notifyStopping("Sending what clients wait for");
+        notifyStopping("Draining connections");
     }
     health.setServing(false);
     writeLog(VessaLogger::INFORMATION, "stopping");

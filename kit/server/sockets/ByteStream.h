@@ -11,6 +11,7 @@ public:
     /// Whoever uses the stream. Called from the event loop, never from inside a call of the stream except `readNow`.
     class User {
     public:
+        virtual ~User() = default;
         /// How many bytes it takes at a time; more than 0 while the stream is read.
         virtual std::size_t room() const = 0;
         virtual void received(const char* bytes, std::size_t size) = 0;
@@ -20,9 +21,6 @@ public:
         virtual void written(bool isSent) = 0;
         /// The stream is closed. Nothing is called after this.
         virtual void closed() = 0;
-
-    protected:
-        ~User() = default;
     };
 
     ByteStream() = default;

@@ -14,9 +14,9 @@ namespace SettingsHandlerKit {
 constexpr std::size_t maximumUnread = 64UL * 1024UL;
 constexpr std::size_t maximumWaiting = 1024UL * 1024UL;
 
-/// So many frames of a client are taken in one turn of the event loop, so that its burst does not delay the others. A turn
-/// also ends with the frame in which it becomes as long as `longestTurn`: some frames take a hundred times as long as
-/// others.
+/// So many frames of a client are taken in one turn of the event loop, so that its burst does not delay the others. A
+/// turn also ends with the frame in which it becomes as long as `longestTurn`: some frames take a hundred times as long
+/// as others.
 constexpr std::size_t framesPerTurn = 16;
 constexpr std::chrono::microseconds longestTurn{300};
 

@@ -20,8 +20,7 @@ constexpr char separator = '.';
 }  // namespace
 
 bool isSameSecret(const std::string& left, const std::string& right) {
-    return left.size() == right.size() &&
-           CRYPTO_memcmp(left.data(), right.data(), left.size()) == 0;
+    return left.size() == right.size() && CRYPTO_memcmp(left.data(), right.data(), left.size()) == 0;
 }
 
 CookieSigner::CookieSigner(std::string secretToSignWith) : secret(std::move(secretToSignWith)) {

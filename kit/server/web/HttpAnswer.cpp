@@ -28,15 +28,16 @@ the sources, then start the host with <code>settings-host --pages pages/dist</co
 
 std::string headOf(const HttpAnswer& answer, bool closes) {
     const auto reason = boost::beast::http::obsolete_reason(static_cast<boost::beast::http::status>(answer.status));
-    std::string head = "HTTP/1.1 " + std::to_string(answer.status) + " " + reason.to_string() +
-                       "\r\n"
-                       "content-security-policy: default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; "
-                       "connect-src 'self'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'\r\n"
-                       "x-content-type-options: nosniff\r\n"
-                       "referrer-policy: no-referrer\r\n"
-                       "cross-origin-resource-policy: same-origin\r\n"
-                       "cache-control: no-store\r\n"
-                       "server: settings-host\r\n";
+    std::string head =
+        "HTTP/1.1 " + std::to_string(answer.status) + " " + reason.to_string() +
+        "\r\n"
+        "content-security-policy: default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; "
+        "connect-src 'self'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'\r\n"
+        "x-content-type-options: nosniff\r\n"
+        "referrer-policy: no-referrer\r\n"
+        "cross-origin-resource-policy: same-origin\r\n"
+        "cache-control: no-store\r\n"
+        "server: settings-host\r\n";
     if (answer.body) {
         head += "content-type: " + answer.contentType + "\r\n";
         head += "content-length: " + std::to_string(answer.body->size()) + "\r\n";

@@ -14,11 +14,9 @@ constexpr std::size_t largestWrite = 16384;
 
 HttpConnection::HttpConnection(EventLoop& loop, Turns& turnsOfLoop, std::shared_ptr<ByteStream> itsStream,
                                std::chrono::milliseconds time, Server& itsServer)
-    : stream(std::move(itsStream)),
-      turns(turnsOfLoop),
-      server(itsServer),
-      timeout(time),
-      deadline(loop, [this] { close(); }) {
+    : stream(std::move(itsStream)), turns(turnsOfLoop), server(itsServer), timeout(time), deadline(loop, [this] {
+          close();
+      }) {
     stream->setUser(this);
 }
 

@@ -23,18 +23,16 @@ public:
     /// Answers the requests; it outlives the connections.
     class Server {
     public:
+        virtual ~Server() = default;
         virtual HttpAnswer answer(HttpConnection& connection, const HttpRequest& request) = 0;
         /// An answer with status 101 is written: the connection belongs to the server now.
         virtual void upgrade(HttpConnection& connection, const HttpRequest& request) = 0;
         virtual void remove(HttpConnection& connection) = 0;
-
-    protected:
-        ~Server() = default;
     };
 
     HttpConnection(EventLoop& loop, Turns& turns, std::shared_ptr<ByteStream> stream, std::chrono::milliseconds timeout,
                    Server& server);
-    ~HttpConnection();
+    ~HttpConnection() override;
 
     void start();
     /// Answers what came already, as far as the other side reads the answers.

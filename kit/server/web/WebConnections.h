@@ -28,7 +28,9 @@ public:
                unauthenticated.size() + authenticated.size() < maximumClients;
     }
     /// Null when there is none.
-    const ByteStream* oldestUnauthenticated() const { return unauthenticated.empty() ? nullptr : unauthenticated.front(); }
+    const ByteStream* oldestUnauthenticated() const {
+        return unauthenticated.empty() ? nullptr : unauthenticated.front();
+    }
 
     /// All except `staying` are unauthenticated from now on.
     template <typename Staying>

@@ -36,7 +36,7 @@ public:
     /// outlive the server. What waits for clients counts in `backlog`. Errors: `ListenerError`.
     WebServer(EventLoop& loop, std::unique_ptr<TcpListener> listener, WebSite site, ClientListener& settingsClients,
               ClientListener& deviceClients, std::shared_ptr<Backlog> backlog);
-    ~WebServer();
+    ~WebServer() override;
 
     WebServer(const WebServer&) = delete;
     WebServer& operator=(const WebServer&) = delete;

@@ -8,8 +8,7 @@ HttpAnswer WebSite::answer(const WebVisitor& visitor, bool isAdmitted, const std
         return endpoint->second();
     }
     if (!isAdmitted) {
-        return plainAnswer(403,
-                           "The key is missing or old. \"settingsctl page\" prints the address.");
+        return plainAnswer(403, "The key is missing or old. \"settingsctl page\" prints the address.");
     }
     if (!isRead) {
         HttpAnswer refusal = plainAnswer(405, "Pages are read-only.");

@@ -19,8 +19,8 @@ public:
 
     /// Closes with 1001 when its backlog is sent.
     void stop();
-    /// Closes with 4401, because key or cookie are no longer valid: at once, or, when bytes are on their way, after they
-    /// are read, within two seconds.
+    /// Closes with 4401, because key or cookie are no longer valid: at once, or, when bytes are on their way, after
+    /// they are read, within two seconds.
     void revoke();
 
 private:

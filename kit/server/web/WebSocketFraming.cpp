@@ -7,8 +7,6 @@
 
 #include <wslay/wslay.h>
 
-#include "Wire/Utf8.h"
-
 namespace SettingsHandlerKit {
 
 namespace {
@@ -58,20 +56,18 @@ void WebSocketWriter::write(const std::string& message, std::size_t from, std::s
 struct WebSocketFraming::Callbacks {
     static WebSocketFraming& of(void* self) { return *static_cast<WebSocketFraming*>(self); }
 
-    /// Gives the library the bytes of one message, and not those behind it: they wait until it is handled. So a header
-    /// is given byte by byte, because only the library knows where it ends.
     static ssize_t give(wslay_event_context_ptr context, std::uint8_t* buffer, std::size_t size, int /*flags*/,
                         void* user) {
         WebSocketFraming& self = of(user);
-        if (self.isMessageComplete || self.size() == 0) {
+        const std::size_t count = std::min(size, self.sizeToGive());
+        if (count == 0) {
             wslay_event_set_error(context, WSLAY_ERR_WOULDBLOCK);
             return -1;
         }
-        const std::uint64_t wanted = std::max<std::uint64_t>(self.restOfFrame, 1);
-        const std::size_t count = std::min({size, self.size(), static_cast<std::size_t>(wanted)});
         std::copy_n(self.input.begin() + static_cast<std::ptrdiff_t>(self.taken), count, buffer);
         self.taken += count;
         self.restOfFrame -= std::min<std::uint64_t>(self.restOfFrame, count);
+        self.isBetweenFrames = false;
         return static_cast<ssize_t>(count);
     }
 
@@ -93,13 +89,12 @@ struct WebSocketFraming::Callbacks {
         }
     }
 
+    static void frameEnded(wslay_event_context_ptr /*context*/, void* user) { of(user).isBetweenFrames = true; }
+
     static void messageCame(wslay_event_context_ptr /*context*/, const wslay_event_on_msg_recv_arg* arrived,
                             void* user) {
         WebSocketFraming& self = of(user);
         self.isMessageComplete = arrived->opcode == WSLAY_TEXT_FRAME && !self.hasEnded();
-        // The library checks the reason of a Close frame only when all of it came at once.
-        self.isReasonInvalid = arrived->opcode == WSLAY_CONNECTION_CLOSE && arrived->msg_length > 2 &&
-                               !Wire::isValidUtf8({reinterpret_cast<const char*>(arrived->msg) + 2, arrived->msg_length - 2});
     }
 };
 
@@ -114,8 +109,8 @@ WebSocketFraming::WebSocketFraming(std::size_t limitOfMessages, std::shared_ptr<
 }
 
 void WebSocketFraming::makeContext() {
-    const wslay_event_callbacks callbacks{Callbacks::give,     Callbacks::send, nullptr,
-                                          Callbacks::frameBegins, Callbacks::partCame, nullptr,
+    const wslay_event_callbacks callbacks{Callbacks::give,        Callbacks::send,     nullptr,
+                                          Callbacks::frameBegins, Callbacks::partCame, Callbacks::frameEnded,
                                           Callbacks::messageCame};
     wslay_event_context* made = nullptr;
     if (wslay_event_context_server_init(&made, &callbacks, this) != 0) {
@@ -140,13 +135,35 @@ std::size_t WebSocketFraming::memory() const {
     return (size() == 0 ? 0 : input.capacity()) + (message.empty() ? 0 : message.capacity());
 }
 
+/// The library gets the bytes of one message, and not those behind it: they wait until it is handled. So a header is
+/// given byte by byte, because only the library knows where it ends. A Close frame is given whole: only then does the
+/// library check its reason.
+std::size_t WebSocketFraming::sizeToGive() const {
+    if (isMessageComplete || size() == 0) {
+        return 0;
+    }
+    if (restOfFrame > 0) {
+        return static_cast<std::size_t>(std::min<std::uint64_t>(restOfFrame, size()));
+    }
+    const auto byteAt = [this](std::size_t place) { return static_cast<unsigned char>(input[taken + place]); };
+    if (!isBetweenFrames || (byteAt(0) & 0x0FU) != WSLAY_CONNECTION_CLOSE) {
+        return 1;
+    }
+    if (size() < 2) {
+        return 0;
+    }
+    constexpr std::size_t longestControl = 125;
+    const std::size_t content = byteAt(1) & 0x7FU;
+    const std::size_t whole = 2 + ((byteAt(1) & 0x80U) != 0 ? 4U : 0U) + content;
+    return content > longestControl ? 1 : size() < whole ? 0 : whole;
+}
+
 std::optional<Framing::Frame> WebSocketFraming::next() {
-    while (size() > 0 && !hasEnded() && !isMessageComplete) {
-        // The library closes without a status when it cannot read a header.
-        if (const bool isMalformed = wslay_event_recv(context.get()) != 0; isMalformed || isReasonInvalid) {
-            // Nobody gets the library's own Close frame.
+    while (sizeToGive() > 0 && !hasEnded()) {
+        if (wslay_event_recv(context.get()) != 0) {
+            // The library closes without a status when it cannot read a header. Nobody gets that Close frame.
             makeContext();
-            close(isMalformed ? WSLAY_CODE_PROTOCOL_ERROR : WSLAY_CODE_INVALID_FRAME_PAYLOAD_DATA, "");
+            close(WSLAY_CODE_PROTOCOL_ERROR, "");
         }
     }
     if (size() == 0) {
@@ -163,9 +180,9 @@ std::optional<Framing::Frame> WebSocketFraming::next() {
 }
 
 void WebSocketFraming::frameBegins(unsigned char kind, std::uint64_t size) {
-    // The library has the first byte of the content already.
-    restOfFrame = size - std::min<std::uint64_t>(size, 1);
     isPartOfMessage = !wslay_is_ctrl_frame(kind);
+    // The library has the first byte of the content already, or all of a Close frame.
+    restOfFrame = kind != WSLAY_CONNECTION_CLOSE && size > 0 ? size - 1 : 0;
     if (kind == WSLAY_BINARY_FRAME) {
         close(WSLAY_CODE_UNSUPPORTED_DATA, "text frames only");
     } else if (kind == WSLAY_CONNECTION_CLOSE && size == 1) {

@@ -66,6 +66,7 @@ private:
     };
 
     void makeContext();
+    std::size_t sizeToGive() const;
     void frameBegins(unsigned char kind, std::uint64_t size);
 
     std::size_t limit;
@@ -80,7 +81,7 @@ private:
     std::string message;
     bool isPartOfMessage = false;
     bool isMessageComplete = false;
-    bool isReasonInvalid = false;
+    bool isBetweenFrames = true;
     /// Where the library writes the protocol's frames to.
     std::string* sink = nullptr;
     std::uint16_t lastStatus = 0;

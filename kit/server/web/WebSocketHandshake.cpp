@@ -23,7 +23,7 @@ std::string acceptValue(const std::string& key) {
     if (EVP_Digest(text.data(), text.size(), digest.data(), &size, EVP_sha1(), nullptr) != 1) {
         throw std::runtime_error("cannot accept a WebSocket");
     }
-    std::array<unsigned char, 2 * EVP_MAX_MD_SIZE> encoded{};
+    std::array<unsigned char, 2UL * EVP_MAX_MD_SIZE> encoded{};
     const int length = EVP_EncodeBlock(encoded.data(), digest.data(), static_cast<int>(size));
     return {encoded.begin(), encoded.begin() + length};
 }
@@ -41,8 +41,9 @@ HttpAnswer webSocketHandshake(const HttpRequest& request, const std::string& pro
     }
     HttpAnswer answer;
     answer.status = 101;
-    answer.headers = "connection: Upgrade\r\nupgrade: websocket\r\nsec-websocket-accept: " +
-                     acceptValue(request.webSocketKey) + "\r\nsec-websocket-protocol: " + protocol + "\r\n";
+    answer.headers =
+        "connection: Upgrade\r\nupgrade: websocket\r\nsec-websocket-accept: " + acceptValue(request.webSocketKey) +
+        "\r\nsec-websocket-protocol: " + protocol + "\r\n";
     return answer;
 }
 

@@ -68,7 +68,7 @@ TEST_F(ServerTest, TheServiceManagerIsToldOfARun) {
     server.run();
     ::unsetenv("NOTIFY_SOCKET");
     EXPECT_EQ(manager.receive(), "READY=1\nSTATUS=Serving at " + server.socketPath());
-    EXPECT_EQ(manager.receive(), "STOPPING=1\nSTATUS=Sending what clients wait for");
+    EXPECT_EQ(manager.receive(), "STOPPING=1\nSTATUS=Draining connections");
 }
 
 TEST_F(ServerTest, ServesOnSomebodysOwnLoop) {

@@ -72,7 +72,8 @@ TEST_F(HttpConnectionTest, ABodyIsNeverTakenForARequest) {
          {length, std::string("Transfer-Encoding: chunked\r\n"), length + "Transfer-Encoding: chunked\r\n"}) {
         EXPECT_EQ(countOf(answersTo(request(headers) + hidden), "HTTP/1.1 "), 1U) << headers;
     }
-    EXPECT_EQ(countOf(answersTo("POST /?key=thekey HTTP/1.1\r\n" + host() + length + "\r\n" + hidden), "HTTP/1.1 "), 1U);
+    EXPECT_EQ(countOf(answersTo("POST /?key=thekey HTTP/1.1\r\n" + host() + length + "\r\n" + hidden), "HTTP/1.1 "),
+              1U);
     EXPECT_EQ(openAnswers, 0);
 }
 

@@ -75,8 +75,9 @@ TEST(HttpRequestTest, WhatTwoReadersCouldReadDifferentlyIsRefused) {
 }
 
 TEST(HttpRequestTest, NothingIsReadAfterABody) {
-    for (const auto* headers : {"Content-Length: 5\r\n", "Transfer-Encoding: chunked\r\n", "Transfer-Encoding: gzip\r\n",
-                                "Content-Length: 5\r\nContent-Length: 5\r\n", "Content-Length: 18446744073709551615\r\n"}) {
+    for (const auto* headers :
+         {"Content-Length: 5\r\n", "Transfer-Encoding: chunked\r\n", "Transfer-Encoding: gzip\r\n",
+          "Content-Length: 5\r\nContent-Length: 5\r\n", "Content-Length: 18446744073709551615\r\n"}) {
         EXPECT_EQ(get("/", headers).state, State::COMPLETE) << headers;
         EXPECT_FALSE(get("/", headers).keepsConnection) << headers;
     }

@@ -70,7 +70,8 @@ TEST_F(WebConnectionsTest, KnowsTheOldestUnauthenticatedConnection) {
 
 TEST_F(WebConnectionsTest, ForgettingAuthenticationKeepsOnlyTheGivenOnes) {
     openAuthenticated(40);
-    connections.forgetAuthentication([this](const ByteStream* authenticated) { return authenticated == connection(7); });
+    connections.forgetAuthentication(
+        [this](const ByteStream* authenticated) { return authenticated == connection(7); });
     EXPECT_FALSE(connections.haveRoom());
     EXPECT_FALSE(connections.isUnauthenticated(connection(7)));
     std::size_t unauthenticated = 0;

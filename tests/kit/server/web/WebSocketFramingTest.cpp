@@ -52,8 +52,8 @@ TEST(WebSocketFramingTest, TheResultDoesNotDependOnHowTheBytesCome) {
                               frame(0, "o") + frame(10, "") + frame(1, "") + frame(1, std::string(limit, 'l')) +
                               frame(1, "\xC3\xA9", false) + frame(0, "\xE2\x82", false) + frame(0, "\xAC") +
                               frame(8, "\x03\xe8") + frame(1, "ignored");
-    const std::string expected = "<one>\x8a\x04ping<two><><" + std::string(limit, 'l') + "><\xC3\xA9\xE2\x82\xAC>" +
-                                 closed(1000);
+    const std::string expected =
+        "<one>\x8a\x04ping<two><><" + std::string(limit, 'l') + "><\xC3\xA9\xE2\x82\xAC>" + closed(1000);
     EXPECT_EQ(takenAtOnce(bytes), expected);
     for (std::size_t size = 1; size < bytes.size(); size = size < 40 ? size + 1 : size * 2) {
         WebSocketFraming framing(limit, std::make_shared<WebSocketWriter>(), "");
@@ -68,7 +68,8 @@ TEST(WebSocketFramingTest, TheResultDoesNotDependOnHowTheBytesCome) {
 }
 
 TEST(WebSocketFramingTest, AMessageWaitsUntilTheOneBeforeItIsHandled) {
-    WebSocketFraming framing(limit, std::make_shared<WebSocketWriter>(), frame(1, "one") + frame(1, "two") + frame(9, "p"));
+    WebSocketFraming framing(limit, std::make_shared<WebSocketWriter>(),
+                             frame(1, "one") + frame(1, "two") + frame(9, "p"));
     EXPECT_EQ(framing.next()->text, "one");
     EXPECT_EQ(framing.size(), frame(1, "two").size() + frame(9, "p").size());
     EXPECT_EQ(framing.next()->text, "two");
@@ -86,6 +87,8 @@ TEST(WebSocketFramingTest, AViolationOfTheProtocolClosesWith1002) {
                                         "\x81\x7e\x01\x2c" + std::string(300, 'x'),
                                         frame(9, std::string(126, 'x')),
                                         frame(9, "x", false),
+                                        frame(8, std::string(126, 'x')),
+                                        "\xff\xff\xff\xff",
                                         frame(8, "\x03"),
                                         frame(0, "x"),
                                         frame(1, "a", false) + frame(1, "b"),
@@ -114,6 +117,7 @@ TEST(WebSocketFramingTest, ACloseFrameIsAnsweredWithItsStatusIfThatIsValid) {
     for (const int status : {0, 999, 1004, 1005, 1006, 1015, 1016, 2999, 5000, 65535}) {
         EXPECT_EQ(answer(status, ""), closed(1002)) << status;
     }
+    EXPECT_EQ(answer(1000, "\xC3\xA9"), closed(1000, "\xC3\xA9"));
     EXPECT_EQ(answer(1000, "\xff"), closed(1007));
     EXPECT_EQ(takenAtOnce(frame(8, "")), std::string("\x88\x00", 2));
 }
@@ -127,7 +131,8 @@ TEST(WebSocketFramingTest, OnlyTextsInUtf8UpToTheLimitAreTaken) {
     const std::string tooLarge = closed(1009, "a frame over 64 KiB");
     EXPECT_EQ(takenAtOnce(frame(1, std::string(limit + 1, 'x'))), tooLarge);
     EXPECT_EQ(takenAtOnce(frame(1, std::string(limit, 'x'), false) + frame(0, "y")), tooLarge);
-    EXPECT_EQ(takenAtOnce(frame(1, std::string(limit, 'x'), false) + frame(0, "")), "<" + std::string(limit, 'x') + ">");
+    EXPECT_EQ(takenAtOnce(frame(1, std::string(limit, 'x'), false) + frame(0, "")),
+              "<" + std::string(limit, 'x') + ">");
     // It is refused by its header.
     EXPECT_EQ(takenAtOnce(frame(1, std::string(70000, 'x')).substr(0, 15)), tooLarge);
     EXPECT_EQ(takenAtOnce("\x81\xff\x7f" + std::string(7, '\xff') + "mask" + "x"), tooLarge);
