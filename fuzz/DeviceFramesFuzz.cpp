@@ -19,6 +19,7 @@
 namespace {
 
 using namespace SettingsHandlerFuzz;
+using namespace SettingsHost;
 using namespace SettingsHandlerKit;
 
 using Facts = std::map<std::string, std::string>;

@@ -15,6 +15,7 @@
 namespace {
 
 using namespace SettingsHandlerFuzz;
+using namespace SettingsHost;
 using namespace SettingsHandlerKit;
 
 using Values = std::map<std::string, std::string>;
@@ -148,7 +149,7 @@ Entries linesOfStart(const FastFolder& folder) {
     options.deviceSocketPath = folder / "device.sock";
     // A sandbox would apply to all later runs and to the fuzzer.
     options.sandbox = false;
-    const Composition host(options, PassedSockets({}), std::make_shared<RequestContext>(), nullptr);
+    const Composition host(options, PassedSockets(), std::make_shared<RequestContext>(), nullptr);
     return journal.take();
 }
 
