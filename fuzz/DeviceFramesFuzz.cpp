@@ -11,6 +11,7 @@
 #include "SettingsHandlerTesting/FakeStorage.h"
 #include "kit/support/MemoryState.h"
 #include "model/Json.h"
+#include "server/protocol/MessageHub.h"
 #include "server/protocol/TrafficObservers.h"
 #include "simulation/DeviceConsole.h"
 #include "support/Check.h"
