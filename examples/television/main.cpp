@@ -1,0 +1,26 @@
+#include <csignal>
+#include <exception>
+#include <iostream>
+
+#include "SettingsHandlerKit/Process.h"
+#include "Television.h"
+
+int main(int argumentCount, char** arguments) {
+    if (argumentCount != 3) {
+        std::cerr << "usage: television FOLDER PAGES" << std::endl;
+        return 2;
+    }
+    SettingsHandlerKit::openClosedStandardStreams();
+    SettingsHandlerKit::ignoreSignalsOfWrites();
+    try {
+        Television television(arguments[1], arguments[2]);
+        // Stands for the button.
+        television.server.onSignals({SIGUSR1}, [&] { television.pressHandsFree(); });
+        std::cout << "ready: " << television.server.start() << std::endl;
+        television.server.run();
+        return 0;
+    } catch (const std::exception& error) {
+        std::cerr << "television: " << error.what() << std::endl;
+        return 1;
+    }
+}
