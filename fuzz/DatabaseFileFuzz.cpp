@@ -7,7 +7,7 @@
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include "VessaLogger/LogSink.h"
-#include "storage/SqliteStorage.h"
+#include "storage/StorageParts.h"
 #include "storage/TableStateStore.h"
 #include "support/Check.h"
 #include "support/FastFolder.h"

@@ -10,9 +10,9 @@
 #include <malloc.h>
 
 #include "SettingsHandler/SettingsNames.h"
+#include "SettingsHandlerKit/Logging.h"
+#include "SettingsHandlerKit/ServiceManager.h"
 #include "handler/LocaleGuard.h"
-#include "service/logging/HostLog.h"
-#include "service/manager/ServiceManager.h"
 #include "simulation/LoggingObservers.h"
 
 namespace SettingsHost {
@@ -46,7 +46,7 @@ std::string cookieSecret(SettingsHandlerKit::StateStore& state, SettingsHandlerK
     }
     std::string made = SettingsHandlerKit::randomHex(secretBytes);
     if (!state.save(secretName, made)) {
-        SettingsHandlerKit::logHost(
+        SettingsHandlerKit::writeLog(
             VessaLogger::WARNING,
             "cannot store the secret of the cookies: open pages will need a new address after a restart");
     }
@@ -100,7 +100,7 @@ Composition::Composition(const Options& options, SettingsHandlerKit::PassedSocke
       trace(std::make_shared<MessageTrace>()),
       backlog(std::make_shared<SettingsHandlerKit::Backlog>()),
       hub(std::make_shared<SettingsHandlerKit::MessageHub>(traffic, context, backlog)),
-      metrics(std::make_shared<SettingsHandlerKit::HostMetrics>(SETTINGS_HANDLER_VERSION)),
+      metrics(std::make_shared<SettingsHandlerKit::ServerMetrics>(SETTINGS_HANDLER_VERSION)),
       database(SettingsHandlerKit::openOrRecover(options.storageFile, recovery)),
       storage(database, hub, *metrics, [this] { backups.cancel(); }),
       boundedStorage(storage, context, [this](std::size_t bytes) { return backlog->hasRoomFor(bytes); }),
@@ -154,7 +154,7 @@ void Composition::setUnusableLocaleAside() {
         throw SettingsHandlerKit::DatabaseError("the stored value of '" + key +
                                                 "' is unusable and could not be set aside");
     }
-    SettingsHandlerKit::logHost(
+    SettingsHandlerKit::writeLog(
         VessaLogger::ERROR,
         "rejected stored " + key + ": must be a JSON array of at most 32 levels; moved to '" + newKey + "'");
 }
@@ -213,7 +213,7 @@ std::optional<std::string> Composition::renewPageAddress() {
     }
     webKey = key;
     webServer->replaceKey(key, secret);
-    SettingsHandlerKit::logHost(VessaLogger::INFORMATION, "the pages have a new key");
+    SettingsHandlerKit::writeLog(VessaLogger::INFORMATION, "the pages have a new key");
     return pageAddress();
 }
 
@@ -241,7 +241,7 @@ void Composition::run() {
     loop.run();
     SettingsHandlerKit::notifyStopping("Sending what clients wait for");
     health.setServing(false);
-    SettingsHandlerKit::logHost(VessaLogger::INFORMATION, "stopping");
+    SettingsHandlerKit::writeLog(VessaLogger::INFORMATION, "stopping");
     settingsListener->close();
     deviceListener->close();
     if (webServer) {

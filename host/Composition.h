@@ -8,20 +8,20 @@
 #include "BackupSchedule.h"
 #include "Options.h"
 #include "SettingsHandler/SettingsHandler.h"
+#include "SettingsHandlerKit/PassedSockets.h"
+#include "SettingsHandlerKit/Sandbox.h"
 #include "handler/BoundedStorage.h"
 #include "handler/HandlerCache.h"
 #include "server/loop/EventLoop.h"
 #include "server/metrics/HealthReport.h"
-#include "server/metrics/HostMetrics.h"
+#include "server/metrics/ServerMetrics.h"
 #include "server/protocol/MessageHub.h"
 #include "server/protocol/TrafficObservers.h"
 #include "server/sockets/Backlog.h"
-#include "server/sockets/PassedSockets.h"
 #include "server/sockets/SocketFile.h"
 #include "server/sockets/UnixSocketListener.h"
 #include "server/web/PageFiles.h"
 #include "server/web/WebServer.h"
-#include "service/sandbox/Sandbox.h"
 #include "simulation/DeviceConsole.h"
 #include "simulation/MessageTrace.h"
 #include "simulation/SimulatedAppLaunch.h"
@@ -29,7 +29,7 @@
 #include "simulation/SimulatedSdkBridge.h"
 #include "storage/Database.h"
 #include "storage/Recovery.h"
-#include "storage/SqliteStorage.h"
+#include "storage/StorageParts.h"
 #include "storage/TableStateStore.h"
 
 namespace SettingsHost {
@@ -80,7 +80,7 @@ private:
     std::shared_ptr<MessageTrace> trace;
     std::shared_ptr<SettingsHandlerKit::Backlog> backlog;
     std::shared_ptr<SettingsHandlerKit::MessageHub> hub;
-    std::shared_ptr<SettingsHandlerKit::HostMetrics> metrics;
+    std::shared_ptr<SettingsHandlerKit::ServerMetrics> metrics;
     SettingsHandlerKit::Recovery recovery;
     SettingsHandlerKit::Database database;
     SettingsHandlerKit::SqliteStorage storage;

@@ -4,8 +4,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "SettingsHandlerKit/Logging.h"
 #include "server/web/WebAddress.h"
-#include "service/logging/HostLogSink.h"
 
 namespace SettingsHost {
 

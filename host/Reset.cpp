@@ -9,7 +9,7 @@
 
 #include <unistd.h>
 
-#include "service/logging/LogFile.h"
+#include "SettingsHandlerKit/Logging.h"
 #include "storage/Database.h"
 #include "storage/DatabaseLock.h"
 #include "storage/FileNames.h"

@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
+#include "SettingsHandlerKit/Client.h"
+#include "SettingsHandlerKit/TrafficObserver.h"
 #include "SettingsHandlerTesting/Journal.h"
-#include "server/protocol/TrafficObserver.h"
-#include "server/sockets/Client.h"
 
 namespace SettingsHandlerFuzz {
 

@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "SettingsHandler/SettingsNames.h"
+#include "SettingsHandlerKit/Logging.h"
 #include "Utils/RapidjsonUtil.h"
 #include "Wire/Frames.h"
 #include "handler/LocaleGuard.h"
-#include "service/logging/HostLog.h"
 
 namespace SettingsHost {
 
@@ -130,8 +130,8 @@ std::string DeviceCommands::changeSetting(const Arguments& arguments) {
         return badArgument(R"("key" and "value" must be strings)");
     }
     if (!SettingsHandlerKit::isSafeForHandler(*key, *value)) {
-        SettingsHandlerKit::logHost(VessaLogger::ERROR,
-                                    "rejected " + *key + " from the device: must be a JSON array of at most 32 levels");
+        SettingsHandlerKit::writeLog(
+            VessaLogger::ERROR, "rejected " + *key + " from the device: must be a JSON array of at most 32 levels");
         return Wire::refusalFrame("not-passed-on", "the value is no array of locales within the nesting limit");
     }
     const HandlerCounts before = counts();

@@ -3,10 +3,10 @@
 #include <exception>
 #include <utility>
 
+#include "SettingsHandlerKit/Logging.h"
 #include "Utils/RapidjsonUtil.h"
 #include "Wire/FrameInspector.h"
 #include "Wire/Frames.h"
-#include "service/logging/HostLog.h"
 
 namespace SettingsHost {
 
@@ -128,7 +128,7 @@ std::string DeviceConsole::orFailure(const std::function<std::string()>& action)
     try {
         return action();
     } catch (const std::exception& error) {
-        SettingsHandlerKit::logHost(VessaLogger::ERROR, std::string("a device command failed: ") + error.what());
+        SettingsHandlerKit::writeLog(VessaLogger::ERROR, std::string("a device command failed: ") + error.what());
         return Wire::refusalFrame("failed", "the host could not carry it out; its log says why");
     }
 }

@@ -5,9 +5,9 @@
 #include <optional>
 #include <string>
 
+#include "SettingsHandlerKit/ClientListener.h"
 #include "Utils/Rapidjson.h"
 #include "server/protocol/MessageHub.h"
-#include "server/sockets/ClientListener.h"
 #include "simulation/DeviceCommands.h"
 #include "simulation/MessageTrace.h"
 

@@ -5,7 +5,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
-#include "server/protocol/TrafficObserver.h"
+#include "SettingsHandlerKit/TrafficObserver.h"
 
 namespace SettingsHost {
 

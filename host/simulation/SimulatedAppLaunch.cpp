@@ -2,13 +2,13 @@
 
 #include <utility>
 
-#include "service/logging/HostLog.h"
+#include "SettingsHandlerKit/Logging.h"
 
 namespace SettingsHost {
 
 bool SimulatedAppLaunch::launchApp(std::string appName, std::string argument) {
-    SettingsHandlerKit::logHost(VessaLogger::INFORMATION,
-                                "launching the application '" + appName + "' with '" + argument + "'");
+    SettingsHandlerKit::writeLog(VessaLogger::INFORMATION,
+                                 "launching the application '" + appName + "' with '" + argument + "'");
     lastAppName = std::move(appName);
     return true;
 }

@@ -8,8 +8,8 @@
 #include "DeviceAbstractionLayer/DeviceInfoObserverInterface.h"
 #include "DeviceAbstractionLayer/HandsfreeStateObserverInterface.h"
 #include "DeviceAbstractionLayer/OrliaDeviceInfoInterface.h"
-#include "storage/StateStore.h"
-#include "storage/ValueObserver.h"
+#include "SettingsHandlerKit/StateStore.h"
+#include "SettingsHandlerKit/ValueObserver.h"
 
 namespace SettingsHost {
 

@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "SDKWrapper/StorageManagerInterface.h"
+#include "SettingsHandlerKit/StateStore.h"
+#include "SettingsHandlerKit/ValueObserver.h"
 #include "simulation/SimulatedDevice.h"
-#include "storage/StateStore.h"
-#include "storage/ValueObserver.h"
 #include "teskVessa/SDKBridgeInterface.h"
 
 namespace SettingsHost {

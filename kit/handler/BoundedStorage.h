@@ -3,21 +3,13 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
-#include <stdexcept>
 #include <string>
-#include <unordered_map>
 
 #include "SDKWrapper/StorageManagerInterface.h"
-#include "service/logging/RequestContext.h"
+#include "handler/StorageBounds.h"
+#include "SettingsHandlerKit/Logging.h"
 
 namespace SettingsHandlerKit {
-
-/// A GetSettings request asks for more than the host has memory for. Thrown through the handler, which has changed
-/// nothing.
-class ReadLimitExceeded : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
 
 /// The storage as the handler sees it, with bounded memory. The handler gathers all values of a GetSettings before it
 /// replies, and its cache keeps every value of an unknown key that it has read. Databases of older versions may hold
@@ -25,10 +17,8 @@ public:
 /// storage outlives it.
 class BoundedStorage : public SDKWrapper::StorageManagerInterface {
 public:
-    /// Values for one reply: twice as much as may be stored.
-    static constexpr std::size_t maximumReply = 2UL * 1024UL * 1024UL;
-    /// Values in the handler's cache: as much as may be stored.
-    static constexpr std::size_t maximumKept = 1024UL * 1024UL;
+    static constexpr std::size_t maximumReply = StorageBounds::maximumReply;
+    static constexpr std::size_t maximumKept = StorageBounds::maximumKept;
 
     /// `context` holds the request that is being handled. `hasRoomFor`: does the host have as many bytes to spare?
     BoundedStorage(SDKWrapper::StorageManagerInterface& storage, std::shared_ptr<const RequestContext> context,
@@ -45,24 +35,9 @@ public:
     bool requestEnded();
 
 private:
-    struct Kept {
-        std::size_t size = 0;
-        /// The last request that read it.
-        unsigned long request = 0;
-    };
-
-    Kept& keep(const std::string& key, std::size_t size);
-    void forget(const std::string& key);
-    bool isGathering() const;
-
     SDKWrapper::StorageManagerInterface& storage;
     std::shared_ptr<const RequestContext> context;
-    std::function<bool(std::size_t)> hasRoomFor;
-    /// The values that the handler's cache keeps, without small ones.
-    std::unordered_map<std::string, Kept> kept;
-    std::size_t keptBytes = 0;
-    std::size_t gatheredBytes = 0;
-    unsigned long request = 1;
+    StorageBounds bounds;
 };
 
 }  // namespace SettingsHandlerKit

@@ -13,7 +13,11 @@ namespace SettingsHandlerKit {
 /// May `value` be written to the setting `settingDBId`? True for every setting but the assistant locale.
 bool isSafeForHandler(const std::string& settingDBId, const std::string& value);
 
-/// May a SetSettings request be delivered? `request` was parsed as the handler parses it.
-bool isRequestSafeForHandler(const rapidjson::Value& request);
+/// May a SetSettings request be delivered? `request` was parsed as the handler parses it. `payloadKey`: the name of the
+/// envelope's member with the payload.
+bool isRequestSafeForHandler(const rapidjson::Value& request, const std::string& payloadKey = "payload");
+
+/// The same for the text of a request, as it comes.
+bool isRequestTextSafeForHandler(const std::string& text, const std::string& payloadKey);
 
 }  // namespace SettingsHandlerKit

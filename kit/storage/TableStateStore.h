@@ -1,7 +1,7 @@
 #pragma once
 
+#include "SettingsHandlerKit/StateStore.h"
 #include "storage/KeyValueTable.h"
-#include "storage/StateStore.h"
 
 namespace SettingsHandlerKit {
 

@@ -16,7 +16,7 @@
 #include "server/protocol/MessageHub.h"
 #include "simulation/SimulatedDevice.h"
 #include "simulation/SimulatedSdkBridge.h"
-#include "storage/SqliteStorage.h"
+#include "storage/StorageParts.h"
 #include "support/TemporaryDirectory.h"
 
 /// The host's own collaborators keep the contracts that every implementer can run. They belong to the host's one

@@ -3,13 +3,13 @@
 #include "kit/support/LogRecording.h"
 #include "kit/support/RecordingClient.h"
 #include "kit/support/TrafficRecording.h"
-#include "server/metrics/HostMetrics.h"
+#include "server/metrics/ServerMetrics.h"
 #include "server/protocol/MessageHub.h"
 #include "simulation/SimulatedAppLaunch.h"
 #include "simulation/SimulatedDevice.h"
 #include "simulation/SimulatedSdkBridge.h"
 #include "storage/Database.h"
-#include "storage/SqliteStorage.h"
+#include "storage/StorageParts.h"
 #include "storage/TableStateStore.h"
 #include "support/TemporaryDirectory.h"
 
@@ -24,7 +24,7 @@ struct Host {
     SettingsHostTests::LogRecording log;
     TestSupport::TemporaryDirectory folder;
     SettingsHostTests::FaultyDisk disk;
-    std::shared_ptr<HostMetrics> metrics = std::make_shared<HostMetrics>("1");
+    std::shared_ptr<ServerMetrics> metrics = std::make_shared<ServerMetrics>("1");
     std::shared_ptr<MessageHub> hub = std::make_shared<MessageHub>(std::make_shared<TrafficRecording>());
     Database database{folder / "settings.db"};
     SqliteStorage storage{database, hub, *metrics};

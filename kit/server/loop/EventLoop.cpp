@@ -1,5 +1,6 @@
 #include "server/loop/EventLoop.h"
 
+#include <mutex>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -28,13 +29,63 @@ private:
     std::function<void()> action;
 };
 
-EventLoop::EventLoop() : loop(std::make_unique<uv_loop_t>()) {
-    if (const int error = uv_loop_init(loop.get()); error != 0) {
+class EventLoop::Posts : public UvHandle<uv_async_t, Posts> {
+public:
+    static int init(uv_loop_t* loop, uv_async_t* handle) {
+        return uv_async_init(loop, handle, [](uv_async_t* arrived) { ownerOf(arrived).runAll(); });
+    }
+
+    void add(std::function<void()> action) {
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            actions.push_back(std::move(action));
+        }
+        uv_async_send(get());
+    }
+
+private:
+    void runAll() {
+        std::vector<std::function<void()>> due;
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            due.swap(actions);
+        }
+        for (const auto& action : due) {
+            action();
+        }
+    }
+
+    std::mutex mutex;
+    std::vector<std::function<void()>> actions;
+};
+
+class EventLoop::DrainTimer : public UvHandle<uv_timer_t, DrainTimer> {
+public:
+    explicit DrainTimer(std::function<void()> whatToDo) : giveUp(std::move(whatToDo)) {}
+
+    void start(unsigned milliseconds) {
+        uv_timer_start(
+            get(), [](uv_timer_t* expired) { ownerOf(expired).giveUp(); }, milliseconds, 0);
+        uv_unref(generic());
+    }
+
+    const std::function<void()> giveUp;
+};
+
+EventLoop::EventLoop() : loop(std::make_unique<uv_loop_t>()), posts(std::make_shared<Posts>()) {
+    int error = uv_loop_init(loop.get());
+    if (error == 0) {
+        error = Posts::init(loop.get(), posts->get());
+    }
+    if (error != 0) {
         throw std::runtime_error(std::string("cannot make an event loop: ") + uv_strerror(error));
     }
+    posts->opened(posts);
+    uv_unref(posts->generic());
 }
 
 EventLoop::~EventLoop() {
+    posts->closeHandle();
     for (const auto& watch : signalWatches) {
         uv_close(watch->asHandle(), nullptr);
     }
@@ -85,16 +136,42 @@ void EventLoop::later(std::function<void()> action) {
     task->start();
 }
 
+void EventLoop::post(std::function<void()> action) {
+    posts->add(std::move(action));
+}
+
+bool EventLoop::turn() {
+    return uv_run(loop.get(), UV_RUN_NOWAIT) != 0;
+}
+
+int EventLoop::fileDescriptor() const {
+    return uv_backend_fd(loop.get());
+}
+
+std::optional<std::chrono::milliseconds> EventLoop::timeout() {
+    // Timers count from the time of the last turn. What was opened since then is not watched yet: the timeout is 0.
+    uv_update_time(loop.get());
+    const int milliseconds = uv_backend_timeout(loop.get());
+    return milliseconds < 0 ? std::nullopt : std::optional(std::chrono::milliseconds(milliseconds));
+}
+
 void EventLoop::drain(unsigned milliseconds, std::function<void()> giveUp) {
-    uv_timer_t timer;
-    uv_timer_init(loop.get(), &timer);
-    timer.data = &giveUp;
-    uv_timer_start(
-        &timer, [](uv_timer_t* expired) { (*static_cast<std::function<void()>*>(expired->data))(); }, milliseconds, 0);
-    uv_unref(reinterpret_cast<uv_handle_t*>(&timer));
+    beginDrain(milliseconds, std::move(giveUp));
     uv_run(loop.get(), UV_RUN_DEFAULT);
-    giveUp();
-    uv_close(reinterpret_cast<uv_handle_t*>(&timer), nullptr);
+    endDrain();
+}
+
+void EventLoop::beginDrain(unsigned milliseconds, std::function<void()> giveUp) {
+    drainTimer = std::make_shared<DrainTimer>(std::move(giveUp));
+    uv_timer_init(loop.get(), drainTimer->get());
+    drainTimer->opened(drainTimer);
+    drainTimer->start(milliseconds);
+}
+
+void EventLoop::endDrain() {
+    drainTimer->giveUp();
+    drainTimer->closeHandle();
+    drainTimer.reset();
     end();
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -9,7 +11,7 @@ struct uv_loop_s;
 
 namespace SettingsHandlerKit {
 
-/// The event loop. It wakes only when there is something to do. One thread only.
+/// The event loop. It wakes only when there is something to do. One thread only, except for `post`.
 class EventLoop {
 public:
     EventLoop();
@@ -28,9 +30,23 @@ public:
     /// Serves until nothing is open any more, at most for `milliseconds` or until `stop`. Calls `giveUp`, which closes
     /// what is still open, at least once.
     void drain(unsigned milliseconds, std::function<void()> giveUp);
+    /// The two ends of `drain`, for a loop that is not run but turned: call `endDrain` when `turn` returns false.
+    void beginDrain(unsigned milliseconds, std::function<void()> giveUp);
+    void endDrain();
+
+    /// Does what is due without waiting. Returns: false when nothing is open any more.
+    bool turn();
+    /// Becomes readable when there is something for `turn` to do.
+    int fileDescriptor() const;
+    /// How long `turn` need not be called while the descriptor is not readable; nothing: as long as that. Depends on
+    /// everything that was done with the loop meanwhile.
+    std::optional<std::chrono::milliseconds> timeout();
 
     /// Calls `action` once, soon, from the loop.
     void later(std::function<void()> action);
+    /// The same from any thread, while the loop exists. Actions run in the order in which they were posted, while
+    /// something is open; they do not keep the loop running.
+    void post(std::function<void()> action);
 
     /// Calls `action` when nothing is open any more: at the end of a drain, or of the loop.
     void atEnd(std::function<void()> action) { endActions.push_back(std::move(action)); }
@@ -39,9 +55,13 @@ public:
 
 private:
     class SignalWatch;
+    class DrainTimer;
+    class Posts;
     void end();
 
     std::unique_ptr<uv_loop_s> loop;
+    std::shared_ptr<Posts> posts;
+    std::shared_ptr<DrainTimer> drainTimer;
     std::vector<std::unique_ptr<SignalWatch>> signalWatches;
     std::vector<std::function<void()>> endActions;
 };

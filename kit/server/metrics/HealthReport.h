@@ -3,9 +3,9 @@
 #include <chrono>
 #include <string>
 
+#include "SettingsHandlerKit/StorageObserver.h"
 #include "server/web/HttpAnswer.h"
 #include "storage/Recovery.h"
-#include "storage/StorageObserver.h"
 
 namespace SettingsHandlerKit {
 

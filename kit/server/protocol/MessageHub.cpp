@@ -5,23 +5,18 @@
 #include <utility>
 
 #include "CommunicationHandler/MessageType.h"
+#include "SettingsHandlerKit/CheckedSettingsHandler.h"
+#include "SettingsHandlerKit/Logging.h"
 #include "Utils/RapidjsonUtil.h"
 #include "Wire/FrameInspector.h"
 #include "Wire/Frames.h"
 #include "Wire/Utf8.h"
-#include "handler/BoundedStorage.h"
-#include "handler/HandlerCache.h"
-#include "handler/LocaleGuard.h"
-#include "service/logging/HostLog.h"
 
 namespace SettingsHandlerKit {
 
 namespace {
 
-std::int64_t millisecondsSinceEpoch() {
-    using namespace std::chrono;
-    return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
-}
+using Utils::RapidjsonUtil::tryGetStringMember;
 
 Wire::Refusal busy() {
     return {"busy", "too much waits for clients that do not read; ask again later, or for fewer settings"};
@@ -38,11 +33,17 @@ std::string settingNamedIn(int type, const rapidjson::Value& request) {
 }  // namespace
 
 MessageHub::MessageHub(std::shared_ptr<TrafficObserver> trafficObserver, std::shared_ptr<RequestContext> requestContext,
-                       std::shared_ptr<const Backlog> backlogOfClients)
+                       std::shared_ptr<const Backlog> backlogOfClients, Environment itsEnvironment)
     : traffic(std::move(trafficObserver)),
       context(std::move(requestContext)),
       backlog(std::move(backlogOfClients)),
-      messageIdPrefix("host-" + std::to_string(millisecondsSinceEpoch()) + "-") {}
+      environment(std::move(itsEnvironment)),
+      messageIdPrefix("host-" + std::to_string(now()) + "-") {}
+
+std::int64_t MessageHub::now() const {
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(environment.now().time_since_epoch()).count();
+}
 
 void MessageHub::connected(const std::shared_ptr<Client>& client) {
     clients.insert(client);
@@ -68,8 +69,10 @@ void MessageHub::refuse(Client& client, const Wire::Refusal& reason) {
 }
 
 void MessageHub::received(const std::shared_ptr<Client>& client, const std::string& frame) {
+    receiving = true;
     handle(client, frame);
-    boundCache();
+    receiving = false;
+    tellObservers();
 }
 
 void MessageHub::handle(const std::shared_ptr<Client>& client, const std::string& frame) {
@@ -85,11 +88,6 @@ void MessageHub::handle(const std::shared_ptr<Client>& client, const std::string
         return;
     }
     const RequestContext::Scope current(*context, {*type, settingNamedIn(*type, request)});
-    if (*type == CommunicationHandler::SET_SETTINGS && !isRequestSafeForHandler(request)) {
-        logHost(VessaLogger::ERROR, "rejected orliaLocale: must be a JSON array of at most 32 levels");
-        traffic->requestHandled(*type, RequestOutcome::REJECTED);
-        return;
-    }
     deliver(client, *type, frame);
 }
 
@@ -99,42 +97,63 @@ void MessageHub::deliver(const std::shared_ptr<Client>& client, int type, const 
     outcome = RequestOutcome::SILENT;
     try {
         perform(client->origin(), [&] { handlers.at(type)(frame); });
-    } catch (const ReadLimitExceeded&) {
-        refuse(*client, busy());
-        outcome = RequestOutcome::ANSWERED;
+        seeOutcome(client);
     } catch (const std::exception& error) {
-        logHost(VessaLogger::ERROR, "a request of type " + std::to_string(type) + " failed: " + error.what());
+        writeLog(VessaLogger::ERROR, "a request of type " + std::to_string(type) + " failed: " + error.what());
         outcome = RequestOutcome::FAILED;
     }
     traffic->requestHandled(type, outcome);
     requester.reset();
 }
 
-void MessageHub::boundCache() {
-    const auto cache = handlerCache.lock();
-    if (!cache || !cache->requestEnded()) {
+/// Of the request that the handler has just handled.
+void MessageHub::seeOutcome(const std::shared_ptr<Client>& client) {
+    const auto handler = checkedHandler.lock();
+    if (!handler || outcome != RequestOutcome::SILENT) {
         return;
     }
-    try {
-        perform(Origin::DEVICE, [&] { cache->rebuild(); });
-    } catch (const std::exception& error) {
-        logHost(VessaLogger::ERROR, std::string("cannot rebuild the handler's cache: ") + error.what());
+    const Outcome result = handler->outcome();
+    if (result.rejected) {
+        outcome = RequestOutcome::REJECTED;
+    } else if (result.reason == Outcome::Reason::BUSY) {
+        refuse(*client, busy());
+        outcome = RequestOutcome::ANSWERED;
     }
 }
 
 void MessageHub::perform(Origin origin, const std::function<void()>& action) {
-    currentOrigin = origin;
+    const Origin before = std::exchange(currentOrigin, origin);
+    ++performing;
     try {
         action();
     } catch (...) {
-        sendNotice();
+        performed(before);
         throw;
     }
-    sendNotice();
+    performed(before);
+}
+
+void MessageHub::performed(Origin originBefore) {
+    currentOrigin = originBefore;
+    if (--performing == 0) {
+        sendNotice();
+        tellObservers();
+    }
+}
+
+/// Not while a request is handled: an observer that makes one of its own must not reply to this client.
+void MessageHub::tellObservers() {
+    if (!receiving && performing == 0) {
+        settingObservers.deliver();
+    }
 }
 
 void MessageHub::valueChanged(const std::string& settingDBId) {
     changedKeys.insert(settingDBId);
+    if (performing == 0) {
+        sendNotice();
+        tellObservers();
+    }
 }
 
 void MessageHub::sendNotice() {
@@ -144,10 +163,17 @@ void MessageHub::sendNotice() {
         keys.erase(announced);
     }
     announcedKeys.clear();
-    if (keys.empty() || clients.empty()) {
+    if (keys.empty()) {
         return;
     }
-    sendToAll(Wire::noticeFrame(keys));
+    if (!clients.empty()) {
+        sendToAll(Wire::noticeFrame(keys));
+    }
+    if (!settingObservers.empty()) {
+        for (const auto& key : keys) {
+            settingObservers.tell({key, std::nullopt});
+        }
+    }
 }
 
 void MessageHub::sendToAll(std::string frame) {
@@ -168,12 +194,20 @@ std::string MessageHub::sendMessage(int messageType, rapidjson::Document& payloa
     ++sequence;
     outcome = RequestOutcome::CHANGED;
     std::string messageId = messageIdPrefix + std::to_string(sequence);
-    std::string settingDBId;
-    if (Utils::RapidjsonUtil::tryGetStringMember(payload, "settingDBId", settingDBId)) {
-        announcedKeys.insert(settingDBId);
+    ObservedSetting told;
+    if (tryGetStringMember(payload, "settingDBId", told.settingDBId) && performing != 0) {
+        announcedKeys.insert(told.settingDBId);
     }
-    sendToAll(Wire::eventFrame({messageType, messageId, millisecondsSinceEpoch(), sequence, originName(currentOrigin)},
-                               payload));
+    sendToAll(Wire::eventFrame({messageType, messageId, now(), sequence, originName(currentOrigin)}, payload));
+    if (!settingObservers.empty()) {
+        auto& event = told.event.emplace();
+        tryGetStringMember(payload, "from", event.from);
+        tryGetStringMember(payload, "to", event.to);
+        event.sequence = sequence;
+        event.origin = currentOrigin;
+        settingObservers.tell(std::move(told));
+        tellObservers();
+    }
     return messageId;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -8,11 +9,13 @@
 #include <unordered_set>
 
 #include "CommunicationHandler/CommunicationHandlerInterface.h"
-#include "server/protocol/TrafficObserver.h"
+#include "SettingsHandlerKit/ClientListener.h"
+#include "SettingsHandlerKit/Environment.h"
+#include "SettingsHandlerKit/Logging.h"
+#include "SettingsHandlerKit/TrafficObserver.h"
+#include "SettingsHandlerKit/ValueObserver.h"
+#include "server/protocol/SettingObservers.h"
 #include "server/sockets/Backlog.h"
-#include "server/sockets/ClientListener.h"
-#include "service/logging/RequestContext.h"
-#include "storage/ValueObserver.h"
 
 namespace Wire {
 struct Refusal;
@@ -20,13 +23,14 @@ struct Refusal;
 
 namespace SettingsHandlerKit {
 
-class HandlerCache;
+class CheckedSettingsHandler;
 
 /// The message transport behind the settings listeners: delivers requests to the handler registered for their type,
 /// replies to the requester, events and notices to every client. It knows clients, not sockets. One thread only.
 ///
-/// Everything that may change settings runs inside `received` or `perform`. When that is over, the keys that were
-/// reported to `valueChanged` and for which the handler sent no event go to every client as one notice.
+/// What changes settings runs inside `received` or `perform`. When that is over, the keys that were reported to
+/// `valueChanged` and for which the handler sent no event go to every client as one notice; then the observers in this
+/// process are called. A change outside of both is the device's, and announced at once.
 class MessageHub : public CommunicationHandler::CommunicationHandlerInterface,
                    public ClientListener,
                    public ValueObserver {
@@ -35,21 +39,26 @@ public:
     /// room is not made; the requester gets the refusal `busy`.
     explicit MessageHub(std::shared_ptr<TrafficObserver> traffic,
                         std::shared_ptr<RequestContext> context = std::make_shared<RequestContext>(),
-                        std::shared_ptr<const Backlog> backlog = std::make_shared<Backlog>());
+                        std::shared_ptr<const Backlog> backlog = std::make_shared<Backlog>(),
+                        Environment environment = {});
 
-    /// From now on `cache` is kept within its limit after each request, as long as it lives.
-    void bound(std::weak_ptr<HandlerCache> cache) { handlerCache = std::move(cache); }
+    /// From now on a request that `handler` rejects is reported as such, and one that it refuses for want of memory
+    /// gets the refusal `busy`.
+    void watch(std::weak_ptr<const CheckedSettingsHandler> handler) { checkedHandler = std::move(handler); }
 
     void connected(const std::shared_ptr<Client>& client) override;
     void disconnected(const std::shared_ptr<Client>& client, DisconnectReason reason) override;
-    /// Takes one frame of `client`: refuses it, rejects it (logged at level 3) or delivers it to the handler. An
-    /// exception of the handler is logged at level 3.
+    /// Takes one frame of `client`: refuses it or delivers it to the handler. An exception of the handler is logged at
+    /// level 3.
     void received(const std::shared_ptr<Client>& client, const std::string& frame) override;
     void oversized(const std::shared_ptr<Client>& client) override;
     void refused(Origin origin) override;
 
-    /// Runs `action` with events of `origin`.
+    /// Runs `action` with events of `origin`. May be nested: the outermost announces.
     void perform(Origin origin, const std::function<void()>& action);
+
+    /// The observers in this process.
+    SettingObservers& observers() { return settingObservers; }
 
     void valueChanged(const std::string& settingDBId) override;
 
@@ -63,8 +72,11 @@ public:
 private:
     void handle(const std::shared_ptr<Client>& client, const std::string& frame);
     void deliver(const std::shared_ptr<Client>& client, int type, const std::string& frame);
-    void boundCache();
+    void seeOutcome(const std::shared_ptr<Client>& client);
+    void performed(Origin originBefore);
     void sendNotice();
+    void tellObservers();
+    std::int64_t now() const;
     void sendToAll(std::string frame);
     void sendTo(Client& client, std::string frame);
     void refuse(Client& client, const Wire::Refusal& reason);
@@ -72,13 +84,18 @@ private:
     std::shared_ptr<TrafficObserver> traffic;
     std::shared_ptr<RequestContext> context;
     std::shared_ptr<const Backlog> backlog;
+    Environment environment;
     std::map<int, std::function<void(const std::string&)>> handlers;
     std::unordered_set<std::shared_ptr<Client>> clients;
     std::string messageIdPrefix;
     unsigned long sequence = 0;
-    std::weak_ptr<HandlerCache> handlerCache;
+    std::weak_ptr<const CheckedSettingsHandler> checkedHandler;
+
+    SettingObservers settingObservers;
 
     // The request or action that is being handled.
+    bool receiving = false;
+    unsigned performing = 0;
     Origin currentOrigin = Origin::DEVICE;
     std::shared_ptr<Client> requester;
     int currentType = 0;

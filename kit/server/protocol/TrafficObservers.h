@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "server/protocol/TrafficObserver.h"
+#include "SettingsHandlerKit/TrafficObserver.h"
 
 namespace SettingsHandlerKit {
 

@@ -1,15 +1,13 @@
-#include "service/logging/FatalError.h"
-
 #include <chrono>
 #include <memory>
 
 #include <unistd.h>
 
+#include "SettingsHandlerKit/Logging.h"
 #include "VessaLogger/Log.h"
 #include "Wire/ControlCharacters.h"
 #include "service/logging/Journal.h"
-#include "service/logging/LogLine.h"
-#include "service/logging/RequestContext.h"
+#include "service/logging/LineFormat.h"
 #include "service/logging/StandardErrorOutput.h"
 
 namespace SettingsHandlerKit {

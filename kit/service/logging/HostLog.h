@@ -1,12 +1,11 @@
 #pragma once
 
-#include <string>
-
-#include "VessaLogger/Log.h"
+#include "SettingsHandlerKit/Logging.h"
 
 namespace SettingsHandlerKit {
 
-/// Logs "settings-host:" and `text` through the application's logger. Threads: any.
-void logHost(VessaLogger::LogLevel level, const std::string& text);
+inline void logHost(VessaLogger::LogLevel level, const std::string& text) {
+    writeLog(level, text);
+}
 
 }  // namespace SettingsHandlerKit

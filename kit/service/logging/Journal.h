@@ -4,8 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "service/logging/LogLine.h"
-#include "service/logging/RequestContext.h"
+#include "SettingsHandlerKit/Logging.h"
 
 namespace SettingsHandlerKit {
 

@@ -1,5 +1,3 @@
-#include "service/logging/LogFile.h"
-
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -8,6 +6,8 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include "SettingsHandlerKit/Logging.h"
 
 namespace SettingsHandlerKit {
 
@@ -118,6 +118,15 @@ bool LogFile::write(const std::string& line) {
     }
     const bool isFull = size > 0 && size + line.size() > limit;
     return (!isFull || rotate()) && append(line);
+}
+
+void reopenLogFile(LogFile& file) {
+    if (file.reopen()) {
+        writeLog(VessaLogger::INFORMATION, "reopened the log file");
+    } else {
+        writeLog(VessaLogger::WARNING,
+                 "cannot reopen the log file " + file.name() + ", its lines are lost: " + file.failure());
+    }
 }
 
 }  // namespace SettingsHandlerKit

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string>
 
-#include "service/logging/LogOutput.h"
+#include "SettingsHandlerKit/Logging.h"
 
 namespace SettingsHandlerKit {
 

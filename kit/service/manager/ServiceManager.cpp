@@ -1,4 +1,4 @@
-#include "service/manager/ServiceManager.h"
+#include "SettingsHandlerKit/ServiceManager.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -8,7 +8,7 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
-#include "service/Descriptor.h"
+#include "SettingsHandlerKit/Descriptor.h"
 #include "service/manager/ManagerVariables.h"
 
 namespace SettingsHandlerKit {

@@ -9,7 +9,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include "service/Descriptor.h"
+#include "SettingsHandlerKit/Descriptor.h"
 
 namespace SettingsHandlerKit {
 

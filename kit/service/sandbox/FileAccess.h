@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "service/sandbox/Sandbox.h"
+#include "SettingsHandlerKit/Sandbox.h"
 
 namespace SettingsHandlerKit {
 

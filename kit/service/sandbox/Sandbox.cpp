@@ -1,4 +1,4 @@
-#include "service/sandbox/Sandbox.h"
+#include "SettingsHandlerKit/Sandbox.h"
 
 #include <algorithm>
 #include <array>
@@ -10,7 +10,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include "service/logging/HostLog.h"
+#include "SettingsHandlerKit/Logging.h"
 #include "service/sandbox/FileAccess.h"
 #include "service/sandbox/SystemCalls.h"
 
@@ -20,7 +20,7 @@ namespace {
 
 void report(const std::string& what, const std::string& reason) {
     if (!reason.empty()) {
-        logHost(VessaLogger::WARNING, "the sandbox is incomplete: " + what + ": " + reason);
+        writeLog(VessaLogger::WARNING, "the sandbox is incomplete: " + what + ": " + reason);
     }
 }
 

@@ -11,7 +11,7 @@
 #include "storage/FileNames.h"
 #include "storage/LogOut.h"
 #include "storage/Recovery.h"
-#include "storage/SqliteStorage.h"
+#include "storage/StorageParts.h"
 #include "storage/TableStateStore.h"
 #include "support/Files.h"
 #include "support/Sanitizers.h"

@@ -5,7 +5,7 @@
 #include "kit/support/StorageRecording.h"
 #include "kit/support/ValueRecording.h"
 #include "storage/Database.h"
-#include "storage/SqliteStorage.h"
+#include "storage/StorageParts.h"
 #include "support/Sanitizers.h"
 #include "support/TemporaryDirectory.h"
 

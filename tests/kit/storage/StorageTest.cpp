@@ -9,7 +9,7 @@
 #include "kit/support/LogRecording.h"
 #include "kit/support/StorageRecording.h"
 #include "kit/support/ValueRecording.h"
-#include "storage/SqliteStorage.h"
+#include "storage/StorageParts.h"
 #include "storage/TableStateStore.h"
 #include "support/Files.h"
 #include "support/TemporaryDirectory.h"

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "storage/StateStore.h"
+#include "SettingsHandlerKit/StateStore.h"
 
 namespace SettingsHostTests {
 

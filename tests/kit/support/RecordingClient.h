@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "server/sockets/Client.h"
+#include "SettingsHandlerKit/Client.h"
 
 namespace SettingsHandlerKit {
 

@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "storage/StorageObserver.h"
+#include "SettingsHandlerKit/StorageObserver.h"
 
 namespace SettingsHostTests {
 

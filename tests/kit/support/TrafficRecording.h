@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "server/protocol/TrafficObserver.h"
+#include "SettingsHandlerKit/TrafficObserver.h"
 
 namespace SettingsHandlerKit {
 

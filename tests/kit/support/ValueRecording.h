@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "storage/ValueObserver.h"
+#include "SettingsHandlerKit/ValueObserver.h"
 
 namespace SettingsHostTests {
 

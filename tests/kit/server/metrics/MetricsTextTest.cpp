@@ -2,7 +2,7 @@
 #include <sstream>
 
 #include "kit/support/RecordingClient.h"
-#include "server/metrics/HostMetrics.h"
+#include "server/metrics/ServerMetrics.h"
 
 namespace SettingsHandlerKit {
 
@@ -26,7 +26,7 @@ std::vector<std::string> shown(const std::string& text) {
 }  // namespace
 
 TEST(MetricsTextTest, DescribesEachFamilyOnceAndGivesItsSeries) {
-    HostMetrics metrics("1.2.3");
+    ServerMetrics metrics("1.2.3");
     RecordingClient onPage{Origin::PAGE};
     metrics.recordCounter("deviceName_Nursery", 0, 1, 1.0);
     metrics.clientConnected(onPage);
@@ -78,7 +78,7 @@ TEST(MetricsTextTest, DescribesEachFamilyOnceAndGivesItsSeries) {
 }
 
 TEST(MetricsTextTest, ShowsEverySeriesFromTheStart) {
-    const std::string text = HostMetrics("1.2.3").text();
+    const std::string text = ServerMetrics("1.2.3").text();
     const auto series = [&](const std::string& family) {
         std::istringstream stream(text);
         int count = 0;

@@ -12,9 +12,9 @@
 
 #include <gtest/gtest.h>
 
+#include "SettingsHandlerKit/ClientListener.h"
 #include "server/loop/EventLoop.h"
 #include "server/sockets/Backlog.h"
-#include "server/sockets/ClientListener.h"
 #include "server/sockets/ListenerLimits.h"
 #include "support/LineReader.h"
 #include "support/TemporaryDirectory.h"

@@ -4,7 +4,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include "server/sockets/ListenerError.h"
+#include "SettingsHandlerKit/ListenerError.h"
 #include "server/sockets/PassedSocket.h"
 #include "server/sockets/SocketFile.h"
 #include "server/sockets/TcpListener.h"

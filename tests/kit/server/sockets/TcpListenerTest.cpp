@@ -10,8 +10,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "SettingsHandlerKit/ListenerError.h"
 #include "server/loop/RepeatingTimer.h"
-#include "server/sockets/ListenerError.h"
 #include "server/sockets/TcpListener.h"
 #include "support/ListeningSocket.h"
 #include "support/Sanitizers.h"

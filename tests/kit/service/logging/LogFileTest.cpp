@@ -6,7 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "service/logging/LogFile.h"
+#include "SettingsHandlerKit/Logging.h"
 #include "support/Files.h"
 #include "support/TemporaryDirectory.h"
 

@@ -2,7 +2,7 @@
 
 #include <unistd.h>
 
-#include "service/manager/ServiceManager.h"
+#include "SettingsHandlerKit/ServiceManager.h"
 #include "support/NotificationSocket.h"
 #include "support/TemporaryDirectory.h"
 

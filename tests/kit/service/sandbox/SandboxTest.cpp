@@ -19,7 +19,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "service/sandbox/Sandbox.h"
+#include "SettingsHandlerKit/Sandbox.h"
 #include "service/sandbox/SystemCalls.h"
 #include "support/Sanitizers.h"
 #include "support/TemporaryDirectory.h"

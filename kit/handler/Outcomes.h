@@ -1,0 +1,42 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "CommunicationHandler/CommunicationHandlerInterface.h"
+#include "SettingsHandler/SettingsNames.h"
+#include "SettingsHandlerKit/Outcome.h"
+#include "handler/ThreadRecords.h"
+
+/// \file
+/// What an operation that has ended led to.
+namespace SettingsHandlerKit {
+
+/// The newest accepted time stamp of each setting.
+using NewestTimestamps = std::map<SettingsHandler::SettingsNamesType, long>;
+
+/// What a request is judged by.
+struct RequestSurroundings {
+    /// Has the names of the envelope's members.
+    const CommunicationHandler::CommunicationHandlerInterface& transport;
+    const NewestTimestamps& newest;
+};
+
+/// Sets the outcome of a `setSetting` that returned `changed`. Reuses the memory of the one before.
+void setWriteOutcome(Outcome& outcome, const Operation& write, bool changed, const std::string& settingDBId,
+                     const std::string& value);
+/// Of a `setSetting` that an exception left.
+Outcome outcomeOfFailure(const Operation& write, const std::string& settingDBId);
+/// Of a `setSetting` that would have ended the process.
+Outcome outcomeOfRejection(const std::string& settingDBId);
+
+/// Of a request that called no `setSetting`.
+Outcome outcomeOfRequest(const Operation& request, const std::string& text, const RequestSurroundings& around);
+/// Of a request that an exception left.
+Outcome outcomeOfFailure(const Operation& request, const std::string& text, const RequestSurroundings& around);
+/// Of a SetSettings request that would have ended the process.
+Outcome outcomeOfRejection(const std::string& text, const RequestSurroundings& around);
+/// Of a GetSettings request beyond its memory.
+Outcome busyOutcome();
+
+}  // namespace SettingsHandlerKit

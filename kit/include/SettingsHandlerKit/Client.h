@@ -1,0 +1,46 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+namespace SettingsHandlerKit {
+
+/// Who asked for what is being done; events carry it as their "origin".
+enum class Origin { SOCKET, PAGE, DEVICE };
+
+/// As it stands on the wire: "socket", "page" or "device".
+constexpr const char* originName(Origin origin) {
+    switch (origin) {
+        case Origin::SOCKET:
+            return "socket";
+        case Origin::PAGE:
+            return "page";
+        default:
+            return "device";
+    }
+}
+
+/// The kind of the listener that a client is connected at.
+enum class ListenerKind { UNIX_SOCKET, WEB };
+
+/// Why a client is gone.
+enum class DisconnectReason { CLOSED, TOO_SLOW };
+
+/// A program that is connected at one of the listeners.
+class Client {
+public:
+    Client() = default;
+    Client(const Client&) = delete;
+    Client& operator=(const Client&) = delete;
+    virtual ~Client() = default;
+
+    /// Writes `frame`, which is shared with the other clients that it goes to, at once or queues it. Never calls a
+    /// `ClientListener`: a client that is gone, or that lets too much wait and is disconnected for it, is reported
+    /// later, from the event loop. So all clients can be sent to in a loop over them.
+    virtual void send(const std::shared_ptr<const std::string>& frame) = 0;
+
+    virtual Origin origin() const = 0;
+    virtual ListenerKind listenerKind() const = 0;
+};
+
+}  // namespace SettingsHandlerKit

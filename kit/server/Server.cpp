@@ -1,0 +1,146 @@
+#include "SettingsHandlerKit/Server.h"
+
+#include <algorithm>
+#include <exception>
+#include <filesystem>
+#include <stdexcept>
+#include <utility>
+
+#include "SettingsHandlerKit/Logging.h"
+#include "server/ServerParts.h"
+
+namespace SettingsHandlerKit {
+
+Server::Server(ServerOptions options) : parts(std::make_unique<Parts>(std::move(options))) {}
+
+Server::~Server() {
+    if (parts->thread.joinable()) {
+        stop();
+        join();
+    }
+}
+
+void Server::addEndpoint(const Endpoint& endpoint, ClientListener& listener) {
+    const auto& taken = parts->endpoints;
+    if (endpoint.name.empty() || endpoint.name == "web" ||
+        endpoint.name.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789-") != std::string::npos ||
+        std::any_of(taken.begin(), taken.end(), [&](const auto& other) { return other.name == endpoint.name; })) {
+        throw std::invalid_argument("an endpoint cannot be named '" + endpoint.name + "'");
+    }
+    parts->addEndpoint(endpoint.name, endpoint.socketPath, endpoint.origin, listener);
+}
+
+std::shared_ptr<CheckedSettingsHandler> Server::createHandler(
+    Storage& storage, std::shared_ptr<teskVessa::SDKBridgeInterface> bridge,
+    std::shared_ptr<DeviceAbstractionLayer::AppLaunch> launcher,
+    std::shared_ptr<DeviceAbstractionLayer::OrliaDeviceInfoInterface> info) {
+    watch(storage);
+    std::shared_ptr<CheckedSettingsHandler> handler;
+    perform([&] {
+        handler = CheckedSettingsHandler::create(parts->hub, storage, parts->metrics, std::move(bridge),
+                                                 std::move(launcher), std::move(info), handlerOptions());
+        watch(handler);
+        handler->initializeSettings();
+        handler->migrateExistingDeviceSettings();
+    });
+    return handler;
+}
+
+std::shared_ptr<CommunicationHandler::CommunicationHandlerInterface> Server::transport() const {
+    return parts->hub;
+}
+
+std::shared_ptr<Metrics::MetricsDelegateInterface> Server::metrics() const {
+    return parts->metrics;
+}
+
+std::shared_ptr<ValueObserver> Server::valueObserver() const {
+    return parts->hub;
+}
+
+std::shared_ptr<TrafficObserver> Server::traffic() const {
+    return parts->traffic;
+}
+
+void Server::addTrafficObserver(std::shared_ptr<TrafficObserver> observer) {
+    parts->traffic->add(std::move(observer));
+}
+
+CheckedSettingsHandler::Options Server::handlerOptions() const {
+    return {[backlog = parts->backlog](std::size_t bytes) { return backlog->hasRoomFor(bytes); }};
+}
+
+void Server::watch(Storage& storage) {
+    parts->storage = &storage;
+    parts->health = HealthReport(parts->options.version, storage.recovery());
+    storage.observe(parts->metrics);
+    storage.observeValues(parts->hub);
+    parts->backups.emplace(parts->loop, storage, parts->options.backups);
+}
+
+void Server::watch(const std::shared_ptr<CheckedSettingsHandler>& handler) {
+    parts->hub->watch(handler);
+}
+
+std::string Server::start() {
+    parts->openListeners();
+    return parts->startText();
+}
+
+SandboxFolders Server::foldersInUse() const {
+    const auto folderOf = [](const std::string& file) {
+        return std::filesystem::absolute(file).parent_path().string();
+    };
+    SandboxFolders folders;
+    if (parts->storage != nullptr) {
+        folders.changed.push_back(folderOf(parts->storage->file()));
+    }
+    for (const auto& endpoint : parts->endpoints) {
+        folders.cleared.push_back(folderOf(endpoint.path));
+    }
+    return folders;
+}
+
+void Server::post(std::function<void()> action) {
+    parts->loop.post([this, posted = std::move(action)] {
+        try {
+            perform(posted);
+        } catch (const std::exception& error) {
+            writeLog(VessaLogger::ERROR, std::string("a posted action failed: ") + error.what());
+        }
+    });
+}
+
+void Server::perform(const std::function<void()>& action) {
+    parts->hub->perform(Origin::DEVICE, action);
+}
+
+Observation Server::observe(const std::string& key, SettingObserver observer) {
+    return parts->hub->observers().add(key, std::move(observer));
+}
+
+Observation Server::observeAll(SettingObserver observer) {
+    return parts->hub->observers().add(std::nullopt, std::move(observer));
+}
+
+unsigned long Server::eventsSent() const {
+    return parts->hub->eventsSent();
+}
+
+std::string Server::socketPath() const {
+    return parts->endpoints.front().path;
+}
+
+std::string Server::pageAddress() const {
+    return parts->pageAddress();
+}
+
+std::string Server::metricsText() const {
+    return parts->metrics->text();
+}
+
+std::string Server::healthText() const {
+    return *parts->healthAnswer().body;
+}
+
+}  // namespace SettingsHandlerKit

@@ -1,0 +1,195 @@
+#include "server/ServerParts.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+#include "SettingsHandlerKit/Logging.h"
+#include "Wire/Frames.h"
+#include "server/web/Hexadecimal.h"
+#include "server/web/WebAccess.h"
+#include "server/web/WebAddress.h"
+#include "server/web/WebSite.h"
+
+namespace SettingsHandlerKit {
+
+namespace {
+
+constexpr std::size_t keyBytes = 16;
+constexpr std::size_t secretBytes = 32;
+
+/// The name of the secret that signs cookies. Not "browserSecret": older software gave that one to browsers.
+constexpr const char* secretName = "cookieSecret";
+/// Where it is stored.
+constexpr const char* webTable = "web";
+
+/// The one whose WebSocket the web server knows.
+constexpr const char* deviceEndpoint = "device";
+
+std::unique_ptr<TcpListener> openWebListener(ServerOptions& options) {
+    if (!options.listen) {
+        return nullptr;
+    }
+    if (auto passed = options.sockets.take("web")) {
+        return std::make_unique<TcpListener>(std::move(*passed));
+    }
+    const WebAddress address = parseWebAddress(*options.listen);
+    return std::make_unique<TcpListener>(address.address, address.port);
+}
+
+PageFiles pagesIn(const ServerOptions& options) {
+    return options.listen && !options.pagesFolder.empty() ? PageFiles(options.pagesFolder) : PageFiles();
+}
+
+std::unique_ptr<SocketFile> openSocket(const std::string& name, const std::string& path, PassedSockets& sockets) {
+    if (auto passed = sockets.take(name)) {
+        return std::make_unique<SocketFile>(std::move(*passed));
+    }
+    return std::make_unique<SocketFile>(path);
+}
+
+HttpAnswer metricsAnswer(const std::string& text) {
+    HttpAnswer answer = plainAnswer(200, text);
+    answer.contentType = "text/plain; version=0.0.4; charset=utf-8";
+    return answer;
+}
+
+ServerOptions checked(ServerOptions options) {
+    if (!options.allowedOrigin.empty()) {
+        checkAllowedOrigin(options.allowedOrigin);
+    }
+    if (options.version.empty()) {
+        options.version = SETTINGS_HANDLER_VERSION;
+    }
+    return options;
+}
+
+}  // namespace
+
+void checkListenAddress(const std::string& text) {
+    parseWebAddress(text);
+}
+
+void checkAllowedOrigin(const std::string& text) {
+    if (!isOrigin(text)) {
+        throw std::invalid_argument("'" + text + "' is not an origin such as http://localhost:5173");
+    }
+}
+
+void NobodyListens::connected(const std::shared_ptr<Client>& /*client*/) {}
+
+void NobodyListens::disconnected(const std::shared_ptr<Client>& /*client*/, DisconnectReason /*reason*/) {}
+
+void NobodyListens::received(const std::shared_ptr<Client>& client, const std::string& /*frame*/) {
+    client->send(std::make_shared<const std::string>(Wire::refusalFrame("not-here", "nothing is served here")));
+}
+
+void NobodyListens::oversized(const std::shared_ptr<Client>& client) {
+    received(client, "");
+}
+
+void NobodyListens::refused(Origin /*origin*/) {}
+
+Server::Parts::Parts(ServerOptions chosenOptions)
+    : options(checked(std::move(chosenOptions))),
+      webListener(openWebListener(options)),
+      pages(pagesIn(options)),
+      traffic(std::make_shared<TrafficObservers>()),
+      backlog(std::make_shared<Backlog>()),
+      hub(std::make_shared<MessageHub>(traffic, options.context, backlog, options.environment)),
+      metrics(std::make_shared<ServerMetrics>(options.version)),
+      health(options.version, {}) {
+    traffic->add(metrics);
+    addEndpoint("settings", options.socketPath, Origin::SOCKET, *hub);
+}
+
+void Server::Parts::addEndpoint(const std::string& name, const std::string& path, Origin origin,
+                                ClientListener& clients) {
+    auto socket = openSocket(name, path, options.sockets);
+    const std::string opened = socket->path();
+    endpoints.push_back({name, origin, clients, opened, std::move(socket), nullptr});
+}
+
+void Server::Parts::openListeners() {
+    for (auto& endpoint : endpoints) {
+        endpoint.listener = std::make_unique<UnixSocketListener>(loop, std::move(endpoint.socket), endpoint.origin,
+                                                                 endpoint.clients, backlog);
+    }
+    if (webListener) {
+        openWebServer();
+    }
+    health.setServing(true);
+    phase = Phase::SERVING;
+}
+
+void Server::Parts::openWebServer() {
+    webAddress = {webListener->address(), webListener->port()};
+    webKey = randomHex(keyBytes);
+    const auto seconds = [now = options.environment.now] {
+        return std::chrono::duration_cast<std::chrono::seconds>(now().time_since_epoch()).count();
+    };
+    WebSite site{WebAccess(*webAddress, options.allowedOrigin, webKey, cookieSecret(), seconds),
+                 std::move(pages),
+                 {{"/healthz", [this] { return healthAnswer(); }},
+                  {"/metrics", [this] { return metricsAnswer(metrics->text()); }}}};
+    webServer =
+        std::make_unique<WebServer>(loop, std::move(webListener), std::move(site), *hub, deviceClients(), backlog);
+}
+
+ClientListener& Server::Parts::deviceClients() {
+    const auto device = std::find_if(endpoints.begin(), endpoints.end(),
+                                     [](const auto& endpoint) { return endpoint.name == deviceEndpoint; });
+    return device == endpoints.end() ? nobody : device->clients;
+}
+
+/// The secret stays the same over restarts, so that an open page goes on when the service is back. Not after a
+/// recovery: a backup may hold a secret that was replaced since.
+std::string Server::Parts::cookieSecret() {
+    if (storage == nullptr) {
+        return randomHex(secretBytes);
+    }
+    const auto state = storage->state(webTable);
+    const auto kept = state->load(secretName);
+    if (storage->recovery().source == Recovery::Source::NOT_NEEDED && kept && kept->size() == 2 * secretBytes) {
+        return *kept;
+    }
+    std::string made = randomHex(secretBytes);
+    if (!state->save(secretName, made)) {
+        writeLog(VessaLogger::WARNING,
+                 "cannot store the secret of the cookies: open pages will need a new address after a restart");
+    }
+    return made;
+}
+
+std::string Server::Parts::randomHex(std::size_t bytes) const {
+    const std::string random = options.environment.random(bytes);
+    return hexadecimal(reinterpret_cast<const unsigned char*>(random.data()), random.size());
+}
+
+std::string Server::Parts::pageAddress() const {
+    return webAddress ? "http://" + webAddress->text() + "/?key=" + webKey : "";
+}
+
+std::string Server::Parts::startText() const {
+    return (webAddress ? pageAddress() + " " : "") + "socket: " + endpoints.front().path;
+}
+
+HttpAnswer Server::Parts::healthAnswer() {
+    return health.answer(storage != nullptr ? storage->health() : StorageHealth{});
+}
+
+/// Stored first: a secret that was replaced must not be valid again after the next start.
+std::optional<std::string> Server::renewPageKey() {
+    const std::string key = parts->randomHex(keyBytes);
+    const std::string secret = parts->randomHex(secretBytes);
+    if (!parts->webServer ||
+        (parts->storage != nullptr && !parts->storage->state(webTable)->save(secretName, secret))) {
+        return std::nullopt;
+    }
+    parts->webKey = key;
+    parts->webServer->replaceKey(key, secret);
+    writeLog(VessaLogger::INFORMATION, "the pages have a new key");
+    return pageAddress();
+}
+
+}  // namespace SettingsHandlerKit

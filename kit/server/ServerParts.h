@@ -1,0 +1,102 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "SettingsHandlerKit/Server.h"
+#include "server/BackupSchedule.h"
+#include "server/loop/EventLoop.h"
+#include "server/loop/RepeatingTimer.h"
+#include "server/metrics/HealthReport.h"
+#include "server/metrics/ServerMetrics.h"
+#include "server/protocol/MessageHub.h"
+#include "server/protocol/TrafficObservers.h"
+#include "server/sockets/Backlog.h"
+#include "server/sockets/SocketFile.h"
+#include "server/sockets/TcpListener.h"
+#include "server/sockets/UnixSocketListener.h"
+#include "server/web/PageFiles.h"
+#include "server/web/WebServer.h"
+
+namespace SettingsHandlerKit {
+
+/// Answers the clients of a WebSocket that no endpoint serves.
+class NobodyListens : public ClientListener {
+public:
+    void connected(const std::shared_ptr<Client>& client) override;
+    void disconnected(const std::shared_ptr<Client>& client, DisconnectReason reason) override;
+    void received(const std::shared_ptr<Client>& client, const std::string& frame) override;
+    void oversized(const std::shared_ptr<Client>& client) override;
+    void refused(Origin origin) override;
+};
+
+/// A Unix socket and who is told of its clients.
+struct OpenEndpoint {
+    std::string name;
+    Origin origin;
+    ClientListener& clients;
+    std::string path;
+    /// Until it is opened.
+    std::unique_ptr<SocketFile> socket;
+    std::unique_ptr<UnixSocketListener> listener;
+};
+
+struct Server::Parts {
+    /// Of a server's life. CREATED until `start`.
+    enum class Phase { CREATED, SERVING, DRAINING, ENDED };
+
+    explicit Parts(ServerOptions chosenOptions);
+
+    void addEndpoint(const std::string& name, const std::string& path, Origin origin, ClientListener& clients);
+    void openListeners();
+    void openWebServer();
+    ClientListener& deviceClients();
+    std::string cookieSecret();
+    std::string randomHex(std::size_t bytes) const;
+    std::string pageAddress() const;
+    std::string startText() const;
+    HttpAnswer healthAnswer();
+
+    void tellServiceManager();
+    void requestStop();
+    /// Until `stop`, and then until the clients are gone.
+    void serve();
+    void turn();
+    void beginStop();
+    void closeNow();
+
+    // Members go in reverse order: listeners first, the loop last.
+    ServerOptions options;
+    EventLoop loop;
+    /// Opened first, so that a service that cannot have the port changes nothing.
+    std::unique_ptr<TcpListener> webListener;
+    PageFiles pages;
+    std::optional<WebAddress> webAddress;
+    std::string webKey;
+    std::shared_ptr<TrafficObservers> traffic;
+    std::shared_ptr<Backlog> backlog;
+    std::shared_ptr<MessageHub> hub;
+    std::shared_ptr<ServerMetrics> metrics;
+    HealthReport health;
+    /// Null without a watched one. Gone when the server has stopped.
+    Storage* storage = nullptr;
+    NobodyListens nobody;
+    /// The first is that of the settings.
+    std::vector<OpenEndpoint> endpoints;
+    std::unique_ptr<WebServer> webServer;
+    std::optional<BackupSchedule> backups;
+    /// Of a watchdog of the service manager.
+    std::optional<RepeatingTimer> heartbeat;
+    /// Is the service manager told when the server stops?
+    bool isManaged = false;
+    bool stopRequested = false;
+    std::atomic<Phase> phase{Phase::CREATED};
+    std::thread thread;
+};
+
+}  // namespace SettingsHandlerKit
