@@ -38,8 +38,7 @@ public:
 private:
     static SettingsHandlerKit::ServerOptions optionsFor(const std::string& folder, const std::string& pages) {
         SettingsHandlerKit::ServerOptions options;
-        options.name = "television";
-        options.version = "1.0";
+        options.version = "television 1.0";
         options.socketPath = folder + "/settings.sock";
         options.listen = "127.0.0.1:0";
         options.pagesFolder = pages;

@@ -1,4 +1,3 @@
-#include <csignal>
 #include <exception>
 #include <iostream>
 
@@ -14,8 +13,8 @@ int main(int argumentCount, char** arguments) {
     SettingsHandlerKit::ignoreSignalsOfWrites();
     try {
         Television television(arguments[1], arguments[2]);
-        // Stands for the button.
-        television.server.onSignals({SIGUSR1}, [&] { television.pressHandsFree(); });
+        // SIGINT and SIGTERM stop the service; SIGHUP stands for the button.
+        television.server.handleSignals([&] { television.pressHandsFree(); });
         std::cout << "ready: " << television.server.start() << std::endl;
         television.server.run();
         return 0;
