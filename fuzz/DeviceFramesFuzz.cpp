@@ -6,7 +6,7 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include "SettingsHandler/SettingsHandler.h"
+#include "SettingsHandlerKit/CheckedSettingsHandler.h"
 #include "SettingsHandlerTesting/FakeMetrics.h"
 #include "SettingsHandlerTesting/FakeStorage.h"
 #include "kit/support/MemoryState.h"
@@ -29,6 +29,7 @@ public:
         traffic->add(trace);
         hub->connected(page);
         console.connected(client);
+        console.obey(DeviceCommands(device, sdk, app, [this] { return handler->outcome(); }));
         hub->perform(Origin::DEVICE, [this] { handler->initializeSettings(); });
         device->subscribe(handler, handler);
         page->take();
@@ -167,7 +168,7 @@ private:
 
     const std::set<std::string> codes{"not-json",     "too-deep",      "not-an-object", "unknown-command",
                                       "bad-argument", "not-passed-on", "not-written",   "too-large",
-                                      "read-only",    "wrong-form"};
+                                      "read-only",    "wrong-form",    "not-stored"};
     LogToJournal log{journal};
     std::shared_ptr<TrafficObservers> traffic = std::make_shared<TrafficObservers>();
     std::shared_ptr<MessageTrace> trace = std::make_shared<MessageTrace>();
@@ -175,13 +176,9 @@ private:
     std::shared_ptr<SimulatedDevice> device = std::make_shared<SimulatedDevice>(state, hub);
     std::shared_ptr<SimulatedSdkBridge> sdk = std::make_shared<SimulatedSdkBridge>(state, storage, device, hub);
     std::shared_ptr<SimulatedAppLaunch> app = std::make_shared<SimulatedAppLaunch>();
-    std::shared_ptr<SettingsHandler::SettingsHandler> handler = SettingsHandler::SettingsHandler::create(
+    std::shared_ptr<CheckedSettingsHandler> handler = CheckedSettingsHandler::create(
         hub, storage, std::make_shared<SettingsHandlerTesting::FakeMetrics>(journal), sdk, app, device);
-    DeviceConsole console{DeviceCommands(device, sdk, app,
-                                         [this] {
-                                             return HandlerCounts{hub->eventsSent(), 0};
-                                         }),
-                          hub, traffic, trace,
+    DeviceConsole console{[this](const auto& action) { hub->perform(Origin::DEVICE, action); }, traffic, trace,
                           PageAddress{[] { return std::string("http://page"); },
                                       [] { return std::optional<std::string>("http://page"); }}};
     std::shared_ptr<FrameCollector> client = std::make_shared<FrameCollector>(Origin::DEVICE);

@@ -6,7 +6,7 @@
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include "DeviceAbstractionLayer/AppNameToStringMapping.h"
-#include "SettingsHandler/SettingsHandler.h"
+#include "SettingsHandlerKit/CheckedSettingsHandler.h"
 #include "SettingsHandlerTesting/FakeDevice.h"
 #include "SettingsHandlerTesting/FakeMetrics.h"
 #include "SettingsHandlerTesting/FakeSdkBridge.h"
@@ -78,6 +78,7 @@ public:
         SettingsHandlerFuzz::surround(storage, *sdk, *device, around);
         hub->connected(requester);
         hub->connected(other);
+        hub->watch(handler);
         handler->initializeSettings();
         model.initializeSettings();
         journal.take();
@@ -187,9 +188,10 @@ private:
     std::shared_ptr<SettingsHandlerKit::MessageHub> hub = std::make_shared<SettingsHandlerKit::MessageHub>(traffic);
     std::shared_ptr<FrameCollector> requester = std::make_shared<FrameCollector>(SettingsHandlerKit::Origin::SOCKET);
     std::shared_ptr<FrameCollector> other = std::make_shared<FrameCollector>(SettingsHandlerKit::Origin::PAGE);
-    std::shared_ptr<SettingsHandler::SettingsHandler> handler = SettingsHandler::SettingsHandler::create(
-        hub, storage, std::make_shared<SettingsHandlerTesting::FakeMetrics>(journal), sdk,
-        std::make_shared<SettingsHandlerTesting::FakeAppLaunch>(journal), device);
+    std::shared_ptr<SettingsHandlerKit::CheckedSettingsHandler> handler =
+        SettingsHandlerKit::CheckedSettingsHandler::create(
+            hub, storage, std::make_shared<SettingsHandlerTesting::FakeMetrics>(journal), sdk,
+            std::make_shared<SettingsHandlerTesting::FakeAppLaunch>(journal), device);
     ReferenceModel model;
     long sequence = 0;
 };

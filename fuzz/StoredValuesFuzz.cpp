@@ -125,14 +125,14 @@ Entries expectedLines(ReferenceModel& model, const std::string& aside) {
             }
         }
     };
+    lines.emplace_back("log 0 SettingsHandler:Initialized Settings Handler");
+    model.initializeSettings();
+    take();
     if (!aside.empty()) {
         lines.push_back(
             "log 3 settings-host:rejected stored orliaLocale: must be a JSON array of at most 32 levels; moved to '" +
             aside + "'");
     }
-    lines.emplace_back("log 0 SettingsHandler:Initialized Settings Handler");
-    model.initializeSettings();
-    take();
     model.migrateExistingDeviceSettings();
     take();
     return lines;

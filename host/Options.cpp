@@ -8,8 +8,8 @@
 #include <CLI/CLI.hpp>
 #include <unistd.h>
 
+#include "SettingsHandlerKit/ServerOptions.h"
 #include "Version.h"
-#include "server/web/WebAccess.h"
 
 namespace SettingsHost {
 
@@ -43,13 +43,11 @@ std::string refuseInvalidPath(const std::string& path) {
     return path[0] == '-' ? "'" + path + "' looks like an option; for a path of that name use ./" + path : "";
 }
 
-std::string refuseInvalidOrigin(const std::string& text) {
-    return SettingsHandlerKit::isOrigin(text) ? "" : "'" + text + "' is not an origin such as http://localhost:5173";
-}
-
-std::string refuseInvalidAddress(const std::string& text) {
+/// What `check` says against an argument.
+template <void (*check)(const std::string&)>
+std::string refuseInvalid(const std::string& text) {
     try {
-        SettingsHandlerKit::parseWebAddress(text);
+        check(text);
         return "";
     } catch (const std::invalid_argument& error) {
         return error.what();
@@ -125,7 +123,7 @@ public:
         options.log.format = logFormat();
         options.sandbox = !noSandbox;
         if (!noWeb) {
-            options.listen = SettingsHandlerKit::parseWebAddress(listen);
+            options.listen = listen;
         }
         refuseUnusablePaths(options);
         return options;
@@ -146,13 +144,13 @@ private:
         CLI::Option* const listenOption =
             app.add_option("--listen", listen, "Loopback address and port for settings pages; port 0 picks a free one")
                 ->type_name("ADDRESS:PORT")
-                ->check(refuseInvalidAddress);
+                ->check(refuseInvalid<SettingsHandlerKit::checkListenAddress>);
         app.add_flag("--no-web", noWeb, "Do not open the web port")->excludes(listenOption);
         addPath("--pages", options.pagesFolder, "Folder of the settings pages")->type_name("DIR");
         app.add_option("--allow-origin", options.allowedOrigin,
                        "Allow pages of one more origin to connect, such as a development server")
             ->type_name("URL")
-            ->check(refuseInvalidOrigin);
+            ->check(refuseInvalid<SettingsHandlerKit::checkAllowedOrigin>);
     }
 
     void addLog() {

@@ -5,7 +5,6 @@
 #include <string>
 
 #include "SettingsHandlerKit/Logging.h"
-#include "server/web/WebAddress.h"
 
 namespace SettingsHost {
 
@@ -16,12 +15,12 @@ struct Options {
     std::string deviceSocketPath;
     SettingsHandlerKit::LogOptions log;
     /// The address of the web port; none with --no-web.
-    std::optional<SettingsHandlerKit::WebAddress> listen;
+    std::optional<std::string> listen;
     /// The folder of the pages; empty when there are none.
     std::string pagesFolder;
     /// One more origin whose pages may connect; empty for none.
     std::string allowedOrigin;
-    /// Enter the sandbox before serving, see service/sandbox/Sandbox.h.
+    /// Enter the sandbox before serving, see Sandbox.h.
     bool sandbox = true;
     /// Remove the stored files instead of serving, see Reset.h; without confirmation if `resetConfirmed`.
     bool reset = false;

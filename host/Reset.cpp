@@ -3,65 +3,46 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include <unistd.h>
 
 #include "SettingsHandlerKit/Logging.h"
-#include "storage/Database.h"
-#include "storage/DatabaseLock.h"
-#include "storage/FileNames.h"
-#include "storage/Files.h"
+#include "SettingsHandlerKit/StorageFiles.h"
 
 namespace SettingsHost {
 
 namespace {
 
-bool startsLikeDatabase(const std::string& file) {
-    const std::string head = "SQLite format 3";
-    std::string found(head.size(), '\0');
-    std::ifstream(file, std::ios::binary).read(found.data(), static_cast<std::streamsize>(found.size()));
-    return found == head;
-}
-
-/// A damaged database and one of a newer version may be removed. A file that never was a database was named by mistake.
-void refuseIfInUseOrForeign(const std::string& file) {
-    try {
-        const SettingsHandlerKit::Database opened(file);
-    } catch (const SettingsHandlerKit::DamagedDatabase&) {
-        if (!startsLikeDatabase(file) && SettingsHandlerKit::companionFiles(file).empty()) {
-            throw SettingsHandlerKit::DatabaseError(file + " is not a database; it was left as it is");
-        }
-    } catch (const SettingsHandlerKit::NewerDatabase&) {
-    }
-}
-
-/// The database comes last: while it exists its lock keeps other hosts from starting, and no backup is restored in its
-/// place.
-std::vector<std::string> filesToRemove(const std::string& database, const std::string& log) {
-    std::vector<std::string> candidates;
-    if (!log.empty()) {
-        candidates = SettingsHandlerKit::LogFile::filesOf(std::filesystem::absolute(log).string());
-        std::reverse(candidates.begin(), candidates.end());
-    }
-    if (std::filesystem::exists(std::filesystem::path(database).parent_path())) {
-        for (const auto& file : SettingsHandlerKit::companionFiles(database)) {
-            candidates.push_back(file);
-        }
-    }
-    candidates.push_back(SettingsHandlerKit::logOutMarkerName(database));
-    for (const auto& file : SettingsHandlerKit::databaseFiles(database)) {
-        candidates.push_back(file);
-    }
+std::vector<std::string> logFilesOf(const Options& options) {
     std::vector<std::string> files;
-    for (const auto& candidate : candidates) {
-        if (std::filesystem::is_regular_file(std::filesystem::symlink_status(candidate))) {
-            files.push_back(candidate);
+    if (options.log.file.empty()) {
+        return files;
+    }
+    for (const auto& file :
+         SettingsHandlerKit::LogFile::filesOf(std::filesystem::absolute(options.log.file).string())) {
+        if (std::filesystem::is_regular_file(std::filesystem::symlink_status(file))) {
+            files.push_back(file);
         }
     }
+    std::reverse(files.begin(), files.end());
     return files;
+}
+
+/// A reset that was reported as done survives a loss of power.
+void removeDurably(const std::vector<std::string>& files) {
+    SettingsHandlerKit::Disk disk;
+    for (const auto& file : files) {
+        std::error_code error = disk.removeFile(file);
+        if (!error) {
+            error = disk.sync(std::filesystem::path(file).parent_path().string());
+        }
+        if (error) {
+            throw std::runtime_error("cannot remove " + file + ": " + error.message());
+        }
+    }
 }
 
 bool askForConfirmation() {
@@ -80,13 +61,10 @@ int reset(const Options& options) {
     if (!options.resetConfirmed && ::isatty(STDIN_FILENO) == 0) {
         throw CommandLineEnd(2, "--reset asks for confirmation, but standard input is not a terminal: add --yes");
     }
-    const std::string database = std::filesystem::absolute(options.storageFile).string();
-    SettingsHandlerKit::Descriptor lock;
-    if (SettingsHandlerKit::holdsData(database)) {
-        refuseIfInUseOrForeign(database);
-        lock = SettingsHandlerKit::lockForRemoval(database);
-    }
-    const auto files = filesToRemove(database, options.log.file);
+    SettingsHandlerKit::StorageFiles storage(options.storageFile);
+    const auto logFiles = logFilesOf(options);
+    auto files = logFiles;
+    files.insert(files.end(), storage.files().begin(), storage.files().end());
     if (files.empty()) {
         std::printf("Nothing to remove.\n");
         return 0;
@@ -99,9 +77,8 @@ int reset(const Options& options) {
         std::fprintf(stderr, "settings-host: nothing was removed\n");
         return 1;
     }
-    for (const auto& file : files) {
-        SettingsHandlerKit::removeFile(file);
-    }
+    removeDurably(logFiles);
+    storage.remove();
     return 0;
 }
 

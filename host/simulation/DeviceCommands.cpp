@@ -9,7 +9,6 @@
 #include "SettingsHandlerKit/Logging.h"
 #include "Utils/RapidjsonUtil.h"
 #include "Wire/Frames.h"
-#include "handler/LocaleGuard.h"
 
 namespace SettingsHost {
 
@@ -68,6 +67,31 @@ std::string badArgument(const std::string& message) {
     return Wire::refusalFrame("bad-argument", message);
 }
 
+/// The reply to a setting that the device reported.
+std::string replyTo(const SettingsHandlerKit::Outcome& outcome, const std::string& key) {
+    using SettingsHandlerKit::Outcome;
+    if (outcome.rejected) {
+        return Wire::refusalFrame("not-passed-on", "the value is no array of locales within the nesting limit");
+    }
+    if (outcome.kind == Outcome::Kind::CHANGED) {
+        return done();
+    }
+    switch (outcome.reason) {
+        case Outcome::Reason::READ_ONLY:
+            return Wire::refusalFrame("read-only", "nothing changed: '" + key + "' is set with the command \"" +
+                                                       (key == "captionsEnabled" ? "captions" : "doNotDisturb") +
+                                                       "\" only, whatever the device reports");
+        case Outcome::Reason::NOT_STORED:
+            return Wire::refusalFrame("not-stored",
+                                      "nothing changed: the storage did not take the value; the host's log says why");
+        case Outcome::Reason::WRONG_FORM:
+            return Wire::refusalFrame("wrong-form",
+                                      "nothing changed: the value is no JSON array with at least one locale");
+        default:
+            return R"({"ok":true,"changed":false})";
+    }
+}
+
 std::string notOnOrOff() {
     return badArgument(R"("enabled" must be true or false)");
 }
@@ -77,11 +101,11 @@ std::string notOnOrOff() {
 DeviceCommands::DeviceCommands(std::shared_ptr<SimulatedDevice> simulatedDevice,
                                std::shared_ptr<SimulatedSdkBridge> simulatedSdkBridge,
                                std::shared_ptr<SimulatedAppLaunch> simulatedAppLaunch,
-                               std::function<HandlerCounts()> handlerCounts)
+                               std::function<SettingsHandlerKit::Outcome()> handlerOutcome)
     : device(std::move(simulatedDevice)),
       sdkBridge(std::move(simulatedSdkBridge)),
       appLaunch(std::move(simulatedAppLaunch)),
-      counts(std::move(handlerCounts)) {}
+      outcome(std::move(handlerOutcome)) {}
 
 std::string DeviceCommands::show(const Arguments& /*arguments*/) {
     std::map<std::string, std::string> facts = device->getDeviceInfo();
@@ -129,42 +153,8 @@ std::string DeviceCommands::changeSetting(const Arguments& arguments) {
     if (!key || !value) {
         return badArgument(R"("key" and "value" must be strings)");
     }
-    if (!SettingsHandlerKit::isSafeForHandler(*key, *value)) {
-        SettingsHandlerKit::writeLog(
-            VessaLogger::ERROR, "rejected " + *key + " from the device: must be a JSON array of at most 32 levels");
-        return Wire::refusalFrame("not-passed-on", "the value is no array of locales within the nesting limit");
-    }
-    const HandlerCounts before = counts();
     device->changeSystemSetting(*key, *value);
-    const HandlerCounts after = counts();
-    return after.events > before.events
-               ? done()
-               : whyNothingChanged(*key, *value, after.storageFailures > before.storageFailures);
-}
-
-/// The reply to a setting for which the handler sent no event. The handler gives no reason, so it is found from the key
-/// and the value: ARCHITECTURE.md says where each setting lives.
-std::string DeviceCommands::whyNothingChanged(const std::string& key, const std::string& value, bool storageFailed) {
-    const auto setting = SettingsHandler::settingTypeFromName(key);
-    const auto readOnly = [&](const std::string& command) {
-        return Wire::refusalFrame("read-only", "nothing changed: '" + key + "' is set with the command \"" + command +
-                                                   "\" only, whatever the device reports");
-    };
-    if (setting == SettingsHandler::CAPTIONS_ENABLED) {
-        return readOnly("captions");
-    }
-    if (setting == SettingsHandler::DO_NOT_DISTURB_ENABLED) {
-        return readOnly("doNotDisturb");
-    }
-    if (storageFailed) {
-        return Wire::refusalFrame("not-stored",
-                                  "nothing changed: the storage did not take the value; the host's log says why");
-    }
-    if (setting == SettingsHandler::ORLIA_LOCALE &&
-        value != Utils::RapidjsonUtil::stringifyVector(sdkBridge->getLocales())) {
-        return Wire::refusalFrame("wrong-form", "nothing changed: the value is no JSON array with at least one locale");
-    }
-    return R"({"ok":true,"changed":false})";
+    return replyTo(outcome(), *key);
 }
 
 std::string DeviceCommands::switchHandsfree(const Arguments& arguments) {

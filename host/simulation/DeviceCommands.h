@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "SettingsHandlerKit/Outcome.h"
 #include "Utils/Rapidjson.h"
 #include "simulation/SimulatedAppLaunch.h"
 #include "simulation/SimulatedDevice.h"
@@ -11,19 +12,13 @@
 
 namespace SettingsHost {
 
-/// What the handler did so far. Its notifications have no result, so a command compares these before and after.
-struct HandlerCounts {
-    /// One for each accepted value.
-    unsigned long events = 0;
-    /// Failed accesses to the storage.
-    unsigned long storageFailures = 0;
-};
-
 /// The device commands, see docs/protocol.md.
 class DeviceCommands {
 public:
+    /// `handlerOutcome`: of what the handler did last. Its notifications have no result.
     DeviceCommands(std::shared_ptr<SimulatedDevice> device, std::shared_ptr<SimulatedSdkBridge> sdkBridge,
-                   std::shared_ptr<SimulatedAppLaunch> appLaunch, std::function<HandlerCounts()> handlerCounts);
+                   std::shared_ptr<SimulatedAppLaunch> appLaunch,
+                   std::function<SettingsHandlerKit::Outcome()> handlerOutcome);
 
     /// Executes `request`, an object with the member "command" and the command's arguments.
     /// Returns: the reply, one JSON object without a line end: `{"ok":true}`, `{"ok":true,"changed":false}`,
@@ -38,7 +33,6 @@ private:
     std::string changeLocales(const Arguments& arguments);
     std::string changeTimezone(const Arguments& arguments);
     std::string changeSetting(const Arguments& arguments);
-    std::string whyNothingChanged(const std::string& key, const std::string& value, bool storageFailed);
     std::string switchHandsfree(const Arguments& arguments);
     std::string switchCaptions(const Arguments& arguments);
     std::string switchDoNotDisturb(const Arguments& arguments);
@@ -46,7 +40,7 @@ private:
     std::shared_ptr<SimulatedDevice> device;
     std::shared_ptr<SimulatedSdkBridge> sdkBridge;
     std::shared_ptr<SimulatedAppLaunch> appLaunch;
-    std::function<HandlerCounts()> counts;
+    std::function<SettingsHandlerKit::Outcome()> outcome;
 };
 
 }  // namespace SettingsHost

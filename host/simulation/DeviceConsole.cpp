@@ -20,11 +20,10 @@ bool isTraced(const std::string& command) {
 
 }  // namespace
 
-DeviceConsole::DeviceConsole(DeviceCommands deviceCommands, std::shared_ptr<SettingsHandlerKit::MessageHub> messageHub,
+DeviceConsole::DeviceConsole(Perform performAction,
                              std::shared_ptr<SettingsHandlerKit::TrafficObserver> trafficObserver,
                              std::shared_ptr<MessageTrace> messageTrace, PageAddress addressOfPages)
-    : commands(std::move(deviceCommands)),
-      hub(std::move(messageHub)),
+    : perform(std::move(performAction)),
       traffic(std::move(trafficObserver)),
       trace(std::move(messageTrace)),
       pageAddress(std::move(addressOfPages)) {}
@@ -119,7 +118,7 @@ std::string DeviceConsole::switchTrace(const std::shared_ptr<SettingsHandlerKit:
 std::string DeviceConsole::execute(const rapidjson::Value& request) {
     return orFailure([&] {
         std::string reply;
-        hub->perform(SettingsHandlerKit::Origin::DEVICE, [&] { reply = commands.execute(request); });
+        perform([&] { reply = commands->execute(request); });
         return reply;
     });
 }

@@ -4,10 +4,10 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "SettingsHandlerKit/ClientListener.h"
 #include "Utils/Rapidjson.h"
-#include "server/protocol/MessageHub.h"
 #include "simulation/DeviceCommands.h"
 #include "simulation/MessageTrace.h"
 
@@ -29,10 +29,14 @@ struct PageAddress {
 /// for a new one.
 class DeviceConsole : public SettingsHandlerKit::ClientListener {
 public:
-    /// Events and notices go out through `hub`.
-    DeviceConsole(DeviceCommands commands, std::shared_ptr<SettingsHandlerKit::MessageHub> hub,
-                  std::shared_ptr<SettingsHandlerKit::TrafficObserver> traffic, std::shared_ptr<MessageTrace> trace,
-                  PageAddress pageAddress);
+    /// Runs an action with events of the device.
+    using Perform = std::function<void(const std::function<void()>&)>;
+
+    DeviceConsole(Perform perform, std::shared_ptr<SettingsHandlerKit::TrafficObserver> traffic,
+                  std::shared_ptr<MessageTrace> trace, PageAddress pageAddress);
+
+    /// What executes the commands for the device; to be called before the first one comes.
+    void obey(DeviceCommands deviceCommands) { commands.emplace(std::move(deviceCommands)); }
 
     void connected(const std::shared_ptr<SettingsHandlerKit::Client>& client) override;
     void disconnected(const std::shared_ptr<SettingsHandlerKit::Client>& client,
@@ -50,8 +54,8 @@ private:
     static std::string orFailure(const std::function<std::string()>& action);
     void refuse(SettingsHandlerKit::Client& client, const Wire::Refusal& refusal);
 
-    DeviceCommands commands;
-    std::shared_ptr<SettingsHandlerKit::MessageHub> hub;
+    std::optional<DeviceCommands> commands;
+    Perform perform;
     std::shared_ptr<SettingsHandlerKit::TrafficObserver> traffic;
     std::shared_ptr<MessageTrace> trace;
     PageAddress pageAddress;

@@ -15,11 +15,6 @@ namespace {
     throw DatabaseError(sqlite3_errmsg(connection));
 }
 
-void removeQuietly(const std::string& file) {
-    std::error_code unused;
-    std::filesystem::remove(file, unused);
-}
-
 }  // namespace
 
 void Backup::Finisher::operator()(sqlite3_backup* begun) const {
@@ -27,11 +22,14 @@ void Backup::Finisher::operator()(sqlite3_backup* begun) const {
 }
 
 Backup::Backup(Database& source) : database(source), unfinished(unfinishedBackupName(source.file())) {
-    removeFile(unfinished);
-    removeFile(unfinished + walSuffix);
-    createFile(unfinished);
+    Disk& disk = database.disk();
+    removeFile(disk, unfinished);
+    removeFile(disk, unfinished + walSuffix);
+    createFile(disk, unfinished);
+    const std::string layer = disk.databaseLayer();
     sqlite3* opened = nullptr;
-    const int result = sqlite3_open_v2(unfinished.c_str(), &opened, SQLITE_OPEN_READWRITE, nullptr);
+    const int result =
+        sqlite3_open_v2(unfinished.c_str(), &opened, SQLITE_OPEN_READWRITE, layer.empty() ? nullptr : layer.c_str());
     copy.reset(opened);
     // An unfinished copy is never read, so it needs no journal on the disk.
     if (result != SQLITE_OK || sqlite3_exec(opened, "PRAGMA locking_mode=EXCLUSIVE; PRAGMA journal_mode=MEMORY",
@@ -47,7 +45,7 @@ Backup::Backup(Database& source) : database(source), unfinished(unfinishedBackup
 Backup::~Backup() {
     copying.reset();
     copy.reset();
-    removeQuietly(unfinished);
+    database.disk().removeFile(unfinished);
 }
 
 bool Backup::step(int pages) {
@@ -83,9 +81,16 @@ void Backup::check() {
 void Backup::rotate() {
     const std::string newest = backupName(database.file(), 1);
     if (holdsData(newest)) {
-        moveFile(newest, backupName(database.file(), 2));
+        moveFile(database.disk(), newest, backupName(database.file(), 2));
     }
-    moveFile(unfinished, newest);
+    moveFile(database.disk(), unfinished, newest);
+}
+
+void backUp(Database& database) {
+    constexpr int pages = 1000;
+    Backup backup(database);
+    while (backup.step(pages)) {
+    }
 }
 
 bool isBackupDue(const std::string& databaseFile, std::chrono::seconds maximumAge) {

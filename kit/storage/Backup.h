@@ -41,6 +41,9 @@ private:
     std::unique_ptr<sqlite3_backup, Finisher> copying;
 };
 
+/// Makes a whole backup. No other one is in progress. Errors: `DatabaseError`.
+void backUp(Database& database);
+
 /// Is there no backup, or is the newest one older than `maximumAge`? A backup from the future counts as too old: the
 /// clock was wrong when it was made.
 bool isBackupDue(const std::string& databaseFile, std::chrono::seconds maximumAge);

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <utility>
 
 #include <sqlite3.h>
 
@@ -69,8 +70,10 @@ void ConnectionCloser::operator()(sqlite3* open) const {
     sqlite3_close_v2(open);
 }
 
-Database::Database(const std::string& file)
-    : path(absolutePath(file)), writable(createFile(path) == FileAccess::WRITABLE) {
+Database::Database(const std::string& file, std::shared_ptr<Disk> disk)
+    : usedDisk(std::move(disk)),
+      path(absolutePath(file)),
+      writable(createFile(*usedDisk, path) == FileAccess::WRITABLE) {
     connect();
     try {
         check();
@@ -95,7 +98,7 @@ Database::Database(const std::string& file)
 void Database::connect() {
     std::string name = path;
     int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
-    const char* fileSystem = nullptr;
+    std::string layer = usedDisk->databaseLayer();
     if (!writable) {
         readingLock = lockForReading(path);
         // SQLite's locks need a writable file: "immutable" does without them but ignores a write-ahead log, "unix-none"
@@ -103,11 +106,11 @@ void Database::connect() {
         const bool hasLog = holdsData(path + walSuffix);
         name = uriOf(path) + (hasLog ? "" : "?immutable=1");
         flags = SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_URI;
-        fileSystem = hasLog ? "unix-none" : nullptr;
+        layer = hasLog ? "unix-none" : layer;
     }
     keepPageCacheSmall();
     sqlite3* opened = nullptr;
-    const int result = sqlite3_open_v2(name.c_str(), &opened, flags, fileSystem);
+    const int result = sqlite3_open_v2(name.c_str(), &opened, flags, layer.empty() ? nullptr : layer.c_str());
     connection.reset(opened);
     if (result != SQLITE_OK) {
         fail(opened, "cannot open " + path);

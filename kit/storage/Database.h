@@ -2,33 +2,16 @@
 
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
 
+#include "SettingsHandlerKit/DatabaseError.h"
+#include "SettingsHandlerKit/Disk.h"
 #include "service/Descriptor.h"
 
 struct sqlite3;
 struct sqlite3_stmt;
 
 namespace SettingsHandlerKit {
-
-/// An operation of the database failed; `what()` is for the log.
-class DatabaseError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
-
-/// The file is damaged or not a database.
-class DamagedDatabase : public DatabaseError {
-public:
-    using DatabaseError::DatabaseError;
-};
-
-/// The file was written by a newer version.
-class NewerDatabase : public DatabaseError {
-public:
-    using DatabaseError::DatabaseError;
-};
 
 struct ConnectionCloser {
     void operator()(sqlite3* open) const;
@@ -42,9 +25,11 @@ public:
     /// Opens the file at `path`. Creates it (0600) and its folders (0700) if they are missing.
     /// Errors: `DamagedDatabase`; `NewerDatabase`; `DatabaseError` when the file is in use, belongs to another program,
     /// or cannot be opened. The file and its write-ahead log are unchanged then.
-    explicit Database(const std::string& path);
+    Database(const std::string& path, std::shared_ptr<Disk> disk);
 
     const std::string& file() const { return path; }
+    /// The disk that the file is on.
+    Disk& disk() const { return *usedDisk; }
     /// False on a read-only file system: values can be read, every change fails.
     bool isWritable() const { return writable; }
 
@@ -63,6 +48,7 @@ private:
     void configure();
     int pragma(const std::string& name);
 
+    std::shared_ptr<Disk> usedDisk;
     std::string path;
     bool writable;
     Descriptor readingLock;

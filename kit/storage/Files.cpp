@@ -1,75 +1,64 @@
 #include "storage/Files.h"
 
 #include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <filesystem>
-#include <system_error>
 
 #include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
+#include "SettingsHandlerKit/DatabaseError.h"
 #include "service/Descriptor.h"
-#include "storage/Database.h"
 
 namespace SettingsHandlerKit {
 
 namespace {
 
-constexpr mode_t ownerOnly = 0600;
-
-[[noreturn]] void fail(const std::string& what, int reason = errno) {
-    throw DatabaseError(what + ": " + std::strerror(reason));
-}
-
-Descriptor openFile(const std::string& file, int flags) {
-    return Descriptor(::open(file.c_str(), flags | O_CLOEXEC, ownerOnly));
-}
-
-bool canOpen(const std::string& file, int flags) {
-    return openFile(file, flags).get() >= 0;
-}
-
-void sync(const std::string& path) {
-    const Descriptor opened = openFile(path, O_RDONLY);
-    if (opened.get() < 0 || ::fsync(opened.get()) != 0) {
-        fail("fsync failed for " + path);
+void failIf(const std::error_code& error, const std::string& what) {
+    if (error) {
+        throw DatabaseError(what + ": " + error.message());
     }
 }
 
+std::error_code openingError(const std::string& file, int flags) {
+    const Descriptor opened(::open(file.c_str(), flags | O_CLOEXEC));
+    return opened.get() < 0 ? std::error_code(errno, std::generic_category()) : std::error_code();
+}
+
+void sync(Disk& disk, const std::string& path) {
+    failIf(disk.sync(path), "fsync failed for " + path);
+}
+
 /// The name of a file is stored in its folder, which is synced like a file.
-void syncFolderOf(const std::string& path) {
-    sync(std::filesystem::path(path).parent_path().string());
+void syncFolderOf(Disk& disk, const std::string& path) {
+    sync(disk, std::filesystem::path(path).parent_path().string());
 }
 
 }  // namespace
 
-void createFolders(const std::string& folder) {
+void createFolders(Disk& disk, const std::string& folder) {
     std::error_code unused;
     if (folder.empty() || std::filesystem::exists(folder, unused)) {
         return;
     }
-    createFolders(std::filesystem::path(folder).parent_path().string());
-    if (::mkdir(folder.c_str(), 0700) == 0) {
-        syncFolderOf(folder);
-    } else if (errno != EEXIST) {
-        fail("cannot create the folder " + folder);
+    createFolders(disk, std::filesystem::path(folder).parent_path().string());
+    const std::error_code error = disk.createFolder(folder);
+    if (error != std::errc::file_exists) {
+        failIf(error, "cannot create the folder " + folder);
+        syncFolderOf(disk, folder);
     }
 }
 
-FileAccess createFile(const std::string& file) {
-    createFolders(std::filesystem::path(file).parent_path().string());
-    if (canOpen(file, O_RDWR)) {
+FileAccess createFile(Disk& disk, const std::string& file) {
+    createFolders(disk, std::filesystem::path(file).parent_path().string());
+    const std::error_code error = openingError(file, O_RDWR);
+    if (!error) {
         return FileAccess::WRITABLE;
     }
-    if (errno == EROFS && canOpen(file, O_RDONLY)) {
+    if (error == std::errc::read_only_file_system && !openingError(file, O_RDONLY)) {
         return FileAccess::READ_ONLY;
     }
-    if (errno != ENOENT || !canOpen(file, O_RDWR | O_CREAT)) {
-        fail("cannot open " + file);
-    }
-    syncFolderOf(file);
+    const bool missing = error == std::errc::no_such_file_or_directory;
+    failIf(missing ? disk.createFile(file) : error, "cannot open " + file);
+    syncFolderOf(disk, file);
     return FileAccess::WRITABLE;
 }
 
@@ -79,32 +68,24 @@ bool holdsData(const std::string& file) {
     return !error && size > 0;
 }
 
-void moveFile(const std::string& from, const std::string& to) {
-    if (std::rename(from.c_str(), to.c_str()) != 0) {
-        fail("cannot rename " + from + " to " + to);
-    }
-    syncFolderOf(to);
+void moveFile(Disk& disk, const std::string& from, const std::string& to) {
+    failIf(disk.renameFile(from, to), "cannot rename " + from + " to " + to);
+    syncFolderOf(disk, to);
 }
 
-void removeFile(const std::string& file) {
-    if (::unlink(file.c_str()) == 0) {
-        syncFolderOf(file);
-    } else if (errno != ENOENT) {
-        fail("cannot remove " + file);
+void removeFile(Disk& disk, const std::string& file) {
+    const std::error_code error = disk.removeFile(file);
+    if (error != std::errc::no_such_file_or_directory) {
+        failIf(error, "cannot remove " + file);
+        syncFolderOf(disk, file);
     }
 }
 
-void copyFile(const std::string& from, const std::string& to) {
-    removeFile(to);
-    std::error_code error;
-    if (!canOpen(to, O_RDWR | O_CREAT | O_EXCL)) {
-        fail("cannot create " + to);
-    }
-    if (!std::filesystem::copy_file(from, to, std::filesystem::copy_options::overwrite_existing, error)) {
-        fail("cannot copy " + from + " to " + to, error.value());
-    }
-    sync(to);
-    syncFolderOf(to);
+void copyFile(Disk& disk, const std::string& from, const std::string& to) {
+    removeFile(disk, to);
+    failIf(disk.copyFile(from, to), "cannot copy " + from + " to " + to);
+    sync(disk, to);
+    syncFolderOf(disk, to);
 }
 
 }  // namespace SettingsHandlerKit

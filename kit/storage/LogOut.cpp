@@ -13,9 +13,6 @@ namespace SettingsHandlerKit {
 
 namespace {
 
-/// Exists, empty, while files are still to be erased.
-constexpr const char* markTable = "log_out";
-
 bool hasTable(Database& database, const std::string& name) {
     Statement statement(database, "SELECT count(*) FROM sqlite_schema WHERE name='" + name + "'");
     statement.step();
@@ -37,18 +34,18 @@ bool hasMarkerFile(const Database& database) {
 /// The marker file without the table means one of two things. Without settings the database was lost after the
 /// deletion; with settings the log-out failed before the deletion.
 bool isToBeErased(Database& database) {
-    return hasTable(database, markTable) || (hasMarkerFile(database) && !hasSettings(database));
+    return hasTable(database, logOutTable) || (hasMarkerFile(database) && !hasSettings(database));
 }
 
 void createMark(Database& database) {
-    database.execute(std::string("CREATE TABLE IF NOT EXISTS ") + markTable + " (pending)");
+    database.execute(std::string("CREATE TABLE IF NOT EXISTS ") + logOutTable + " (pending)");
 }
 
 void abortLogOut(Database& database) {
     try {
         database.rollBack();
-        if (!hasTable(database, markTable)) {
-            removeFile(logOutMarkerName(database.file()));
+        if (!hasTable(database, logOutTable)) {
+            removeFile(database.disk(), logOutMarkerName(database.file()));
         }
     } catch (const DatabaseError&) {
         // The next call of finishLogOut finds that nothing was deleted, and removes the marker.
@@ -69,7 +66,7 @@ void erase(Database& database) {
     std::vector<std::string> files;
     attempt([&] { files = companionFiles(database.file()); });
     for (const auto& file : files) {
-        attempt([&] { removeFile(file); });
+        attempt([&] { removeFile(database.disk(), file); });
     }
     attempt([&] {
         // Rewrites the whole database without deleted and overwritten values.
@@ -80,26 +77,15 @@ void erase(Database& database) {
         throw DatabaseError(failure);
     }
     // Syncs the write-ahead log, so that the truncated part cannot come back.
-    database.execute(std::string("DROP TABLE ") + markTable);
-    removeFile(logOutMarkerName(database.file()));
-}
-
-void backUp(Database& database) {
-    try {
-        constexpr int pages = 1000;
-        Backup backup(database);
-        while (backup.step(pages)) {
-        }
-    } catch (const DatabaseError& error) {
-        logHost(VessaLogger::ERROR, std::string("database backup failed: ") + error.what());
-    }
+    database.execute(std::string("DROP TABLE ") + logOutTable);
+    removeFile(database.disk(), logOutMarkerName(database.file()));
 }
 
 }  // namespace
 
 void beginLogOut(Database& database, const std::function<void()>& removeValues) {
     try {
-        createFile(logOutMarkerName(database.file()));
+        createFile(database.disk(), logOutMarkerName(database.file()));
         database.execute("BEGIN IMMEDIATE");
         removeValues();
         createMark(database);
@@ -116,7 +102,7 @@ void finishLogOut(Database& database) {
     }
     try {
         if (!isToBeErased(database)) {
-            removeFile(logOutMarkerName(database.file()));
+            removeFile(database.disk(), logOutMarkerName(database.file()));
             return;
         }
         erase(database);
@@ -127,7 +113,11 @@ void finishLogOut(Database& database) {
                     error.what());
         return;
     }
-    backUp(database);
+    try {
+        backUp(database);
+    } catch (const DatabaseError& error) {
+        logHost(VessaLogger::ERROR, std::string("database backup failed: ") + error.what());
+    }
 }
 
 }  // namespace SettingsHandlerKit

@@ -17,6 +17,8 @@ namespace SettingsHandlerKit {
 
 /// The name of the table that a log-out clears.
 constexpr const char* settingsTable = "settings";
+/// The name of the table that exists, empty, while files are still to be erased.
+constexpr const char* logOutTable = "log_out";
 
 /// Runs `removeValues`, which clears the table of settings, in one transaction with the mark. Call `finishLogOut` next.
 /// Errors: `DatabaseError`; nothing was deleted then.

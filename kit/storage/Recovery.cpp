@@ -28,7 +28,7 @@ bool isFree(const std::string& name) {
 
 /// Renames the database and SQLite's files beside it to the first free name.
 /// Returns: that name, without the folder; empty when there was no file.
-std::string setAside(const std::string& file) {
+std::string setAside(Disk& disk, const std::string& file) {
     int number = 1;
     while (!isFree(damagedName(file, number))) {
         ++number;
@@ -38,7 +38,7 @@ std::string setAside(const std::string& file) {
     // The database first: a log without a database is set aside by the next start, too.
     for (const std::string suffix : {"", walSuffix, journalSuffix}) {
         if (exists(file + suffix)) {
-            moveFile(file + suffix, newFile + suffix);
+            moveFile(disk, file + suffix, newFile + suffix);
             found = true;
         }
     }
@@ -46,27 +46,27 @@ std::string setAside(const std::string& file) {
 }
 
 /// Replaces the database with a copy of a backup, after the copy was opened and checked.
-bool restore(const std::string& backup, const std::string& file) {
+bool restore(const std::string& backup, const std::string& file, const std::shared_ptr<Disk>& disk) {
     const std::string copy = unfinishedRestoreName(file);
     try {
         // Left over from a restore that a loss of power interrupted.
-        removeFile(copy + walSuffix);
-        removeFile(copy + journalSuffix);
-        copyFile(backup, copy);
-        { const Database openedToCheck(copy); }
-        moveFile(copy, file);
+        removeFile(*disk, copy + walSuffix);
+        removeFile(*disk, copy + journalSuffix);
+        copyFile(*disk, backup, copy);
+        { const Database openedToCheck(copy, disk); }
+        moveFile(*disk, copy, file);
         return true;
     } catch (const DatabaseError& error) {
         logHost(VessaLogger::ERROR, "the backup " + nameOf(backup) + " cannot be used: " + error.what());
-        removeFile(copy);
+        removeFile(*disk, copy);
         return false;
     }
 }
 
-Recovery::Source restoreNewest(const std::string& file) {
+Recovery::Source restoreNewest(const std::string& file, const std::shared_ptr<Disk>& disk) {
     for (int generation = 1; generation <= backupGenerations; ++generation) {
         const std::string backup = backupName(file, generation);
-        if (holdsData(backup) && restore(backup, file)) {
+        if (holdsData(backup) && restore(backup, file, disk)) {
             logHost(VessaLogger::ERROR,
                     "the database was restored from " + nameOf(backup) + "; changes made since that backup are lost");
             return Recovery::Source::BACKUP;
@@ -82,19 +82,19 @@ bool leftTraces(const std::string& file) {
 }
 
 /// A database that was lost during a log-out and its backups may hold values that the log-out removed.
-void startEmptyAfterLogOut(const std::string& file, Recovery& recovery) {
+void startEmptyAfterLogOut(Disk& disk, const std::string& file, Recovery& recovery) {
     for (const auto& name : databaseFiles(file)) {
-        removeFile(name);
+        removeFile(disk, name);
     }
     logHost(VessaLogger::ERROR,
             "a log-out was in progress, so no backup is restored; all settings have their defaults");
     recovery.source = Recovery::Source::DEFAULTS;
 }
 
-Database openOrRestore(const std::string& file, Recovery& recovery) {
+Database openOrRestore(const std::string& file, const std::shared_ptr<Disk>& disk, Recovery& recovery) {
     if (holdsData(file) || !leftTraces(file)) {
         try {
-            return Database(file);
+            return Database(file, disk);
         } catch (const DamagedDatabase& damage) {
             logHost(VessaLogger::ERROR, damage.what());
         }
@@ -102,21 +102,21 @@ Database openOrRestore(const std::string& file, Recovery& recovery) {
         logHost(VessaLogger::ERROR, file + " is missing or empty, although backups or a log of it exist");
     }
     if (exists(logOutMarkerName(file))) {
-        startEmptyAfterLogOut(file, recovery);
-        return Database(file);
+        startEmptyAfterLogOut(*disk, file, recovery);
+        return Database(file, disk);
     }
-    recovery.setAside = setAside(file);
+    recovery.setAside = setAside(*disk, file);
     if (!recovery.setAside.empty()) {
         logHost(VessaLogger::ERROR, "the old files were kept as " + recovery.setAside);
     }
-    recovery.source = restoreNewest(file);
-    return Database(file);
+    recovery.source = restoreNewest(file, disk);
+    return Database(file, disk);
 }
 
 }  // namespace
 
-Database openOrRecover(const std::string& path, Recovery& recovery) {
-    Database database = openOrRestore(std::filesystem::absolute(path).string(), recovery);
+Database openOrRecover(const std::string& path, const std::shared_ptr<Disk>& disk, Recovery& recovery) {
+    Database database = openOrRestore(std::filesystem::absolute(path).string(), disk, recovery);
     finishLogOut(database);
     return database;
 }

@@ -1,26 +1,12 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
+#include "SettingsHandlerKit/StorageObserver.h"
 #include "storage/Database.h"
 
 namespace SettingsHandlerKit {
-
-/// What was done about the database at the start.
-struct Recovery {
-    enum class Source {
-        /// The database was good, or there was none yet.
-        NOT_NEEDED,
-        /// The newest good backup replaced it.
-        BACKUP,
-        /// No backup was usable: the database is empty.
-        DEFAULTS,
-    };
-
-    Source source = Source::NOT_NEEDED;
-    /// The name, without the folder, to which the damaged file was renamed; empty when there was none.
-    std::string setAside;
-};
 
 /// Opens the database at `path`. A damaged one is renamed to `path`.damaged (or .damaged.2, …), its write-ahead log to
 /// `path`.damaged-wal, and replaced with the newest good backup, see Backup.h. The same happens when the file is
@@ -28,6 +14,6 @@ struct Recovery {
 /// level 3 and returned in `recovery`. An interrupted log-out is finished, see LogOut.h; a database that was lost
 /// during a log-out is neither kept nor restored. After a loss of power the next start completes the recovery. Errors:
 /// `DatabaseError` when no database could be opened; nothing is lost then.
-Database openOrRecover(const std::string& path, Recovery& recovery);
+Database openOrRecover(const std::string& path, const std::shared_ptr<Disk>& disk, Recovery& recovery);
 
 }  // namespace SettingsHandlerKit

@@ -1,14 +1,22 @@
+#include "SettingsHandlerKit/Storage.h"
+
 #include <stdexcept>
 #include <utility>
 #include <vector>
 
 #include "service/logging/HostLog.h"
+#include "storage/FileNames.h"
 #include "storage/LogOut.h"
+#include "storage/Recovery.h"
 #include "storage/StorageParts.h"
+#include "storage/TableStateStore.h"
 
 namespace SettingsHandlerKit {
 
 namespace {
+
+constexpr const char* readOnlyReason = "the file system is read-only";
+constexpr const char* backedUp = "database backed up";
 
 /// A change exceeds a limit. The database itself works.
 class LimitError : public std::runtime_error {
@@ -21,71 +29,52 @@ std::string shown(const std::string& key) {
     return "'" + (key.size() > enough ? key.substr(0, enough) + "…" : key) + "'";
 }
 
+const std::shared_ptr<Disk>& checked(const std::shared_ptr<Disk>& disk) {
+    if (!disk) {
+        throw std::invalid_argument("Storage: no disk was given");
+    }
+    return disk;
+}
+
 }  // namespace
 
-SqliteStorage::SqliteStorage(Database& openDatabase, std::shared_ptr<ValueObserver> observerOfValues,
-                             StorageObserver& storageObserver, std::function<void()> cancelBackup)
-    : database(openDatabase),
-      table(database, settingsTable),
-      valueObserver(std::move(observerOfValues)),
-      stopBackup(std::move(cancelBackup)),
-      observer(storageObserver) {
+Storage::Parts::Parts(const std::string& path, const std::shared_ptr<Disk>& disk)
+    : database(openOrRecover(path, checked(disk), recovery)), table(database, settingsTable) {
     if (!database.isWritable()) {
-        lastHealth.writable = false;
-        lastHealth.lastFailure = "the file system is read-only";
-        logHost(VessaLogger::ERROR, "changes cannot be stored: " + lastHealth.lastFailure);
+        health.writable = false;
+        health.lastFailure = readOnlyReason;
+        logHost(VessaLogger::ERROR, "changes cannot be stored: " + health.lastFailure);
     }
 }
 
-/// Runs `action` and reports the result to observer and health, a failure also to the log. `what` describes the
-/// failure.
-bool SqliteStorage::attempt(StorageOperation operation, const std::function<std::string()>& what,
-                            const std::function<void()>& action) {
+bool Storage::Parts::attempt(StorageOperation operation, const std::function<std::string()>& what,
+                             const std::function<void()>& action) {
     const auto start = std::chrono::steady_clock::now();
     bool succeeded = false;
     try {
         action();
         succeeded = true;
-        lastHealth.writable = lastHealth.writable || operation != StorageOperation::READ;
+        health.writable = health.writable || operation != StorageOperation::READ;
     } catch (const LimitError& error) {
         refuse(what(), error.what());
     } catch (const DatabaseError& error) {
         refuse(what(), error.what());
-        lastHealth.writable = lastHealth.writable && operation == StorageOperation::READ;
+        health.writable = health.writable && operation == StorageOperation::READ;
     }
-    observer.storageOperation(operation, succeeded, std::chrono::steady_clock::now() - start);
+    const auto duration = std::chrono::steady_clock::now() - start;
+    for (const auto& observer : observers) {
+        observer->storageOperation(operation, succeeded, duration);
+    }
     return succeeded;
 }
 
-bool SqliteStorage::refuse(const std::string& what, const std::string& why) {
-    ++lastHealth.failures;
-    lastHealth.lastFailure = why;
+void Storage::Parts::refuse(const std::string& what, const std::string& why) {
+    ++health.failures;
+    health.lastFailure = why;
     logHost(VessaLogger::ERROR, what + ": " + why);
-    return false;
 }
 
-void SqliteStorage::getValue(const std::string& key, std::string& value) {
-    value.clear();
-    attempt(
-        StorageOperation::READ, [&] { return "cannot read " + shown(key); },
-        [&] { value = table.get(key).value_or(""); });
-}
-
-bool SqliteStorage::setValue(const std::string& key, const std::string& value) {
-    return attempt(
-        StorageOperation::WRITE, [&] { return "cannot store " + shown(key); },
-        [&] {
-            if (key.size() > maximumKeyLength) {
-                throw LimitError("the key is longer than 256 bytes");
-            }
-            if (value.size() > maximumValueLength) {
-                throw LimitError("the value is longer than 64 KiB");
-            }
-            put(key, value);
-        });
-}
-
-void SqliteStorage::put(const std::string& key, const std::string& value) {
+void Storage::Parts::put(const std::string& key, const std::string& value) {
     if (!usage) {
         usage = count();
     }
@@ -104,65 +93,162 @@ void SqliteStorage::put(const std::string& key, const std::string& value) {
     usage = after;
 }
 
-SqliteStorage::Usage SqliteStorage::count() {
+Storage::Parts::Usage Storage::Parts::count() {
     const std::string bytes = "length(CAST(key AS BLOB)) + length(CAST(value AS BLOB))";
     Statement statement(database, "SELECT count(*), coalesce(sum(" + bytes + "), 0) FROM " + settingsTable);
     statement.step();
     return {statement.number(0), static_cast<std::size_t>(statement.number(1))};
 }
 
-bool SqliteStorage::removeValue(const std::string& key) {
-    return attempt(
-        StorageOperation::REMOVE, [&] { return "cannot remove " + shown(key); },
+Storage::Storage(const std::string& path, std::shared_ptr<Disk> disk) : parts(std::make_unique<Parts>(path, disk)) {}
+
+Storage::~Storage() = default;
+
+void Storage::observe(std::shared_ptr<StorageObserver> observer) {
+    parts->observers.push_back(std::move(observer));
+}
+
+void Storage::observeValues(std::shared_ptr<ValueObserver> observer) {
+    parts->valueObservers.push_back(std::move(observer));
+}
+
+void Storage::getValue(const std::string& key, std::string& value) {
+    value.clear();
+    parts->attempt(
+        StorageOperation::READ, [&] { return "cannot read " + shown(key); },
+        [&] { value = parts->table.get(key).value_or(""); });
+}
+
+bool Storage::setValue(const std::string& key, const std::string& value) {
+    return parts->attempt(
+        StorageOperation::WRITE, [&] { return "cannot store " + shown(key); },
         [&] {
-            usage.reset();
-            table.remove(key);
+            if (key.size() > maximumKeyLength) {
+                throw LimitError("the key is longer than 256 bytes");
+            }
+            if (value.size() > maximumValueLength) {
+                throw LimitError("the value is longer than 64 KiB");
+            }
+            parts->put(key, value);
         });
 }
 
-bool SqliteStorage::clearStorage() {
+bool Storage::removeValue(const std::string& key) {
+    return parts->attempt(
+        StorageOperation::REMOVE, [&] { return "cannot remove " + shown(key); },
+        [&] {
+            parts->usage.reset();
+            parts->table.remove(key);
+        });
+}
+
+bool Storage::clearStorage() {
     std::vector<std::string> removed;
-    const bool cleared = attempt(
+    const bool cleared = parts->attempt(
         StorageOperation::CLEAR, [] { return "cannot clear the storage"; },
         [&] {
-            usage.reset();
-            removed = table.keys();
-            beginLogOut(database, [this] { table.clear(); });
+            parts->usage.reset();
+            removed = parts->table.keys();
+            beginLogOut(parts->database, [this] { parts->table.clear(); });
         });
     if (cleared) {
-        stopBackup();
-        finishLogOut(database);
+        cancelBackup();
+        finishLogOut(parts->database);
         for (const auto& key : removed) {
-            valueObserver->valueChanged(key);
+            for (const auto& observer : parts->valueObservers) {
+                observer->valueChanged(key);
+            }
         }
     }
     return cleared;
 }
 
-std::string SqliteStorage::setAside(const std::string& key) {
+std::string Storage::setAside(const std::string& key) {
     std::string newKey = key + ".unusable";
-    const bool done = attempt(
+    const bool done = parts->attempt(
         StorageOperation::WRITE, [&] { return "cannot set " + shown(key) + " aside"; },
         [&] {
-            for (int number = 2; table.get(newKey); ++number) {
+            for (int number = 2; parts->table.get(newKey); ++number) {
                 newKey = key + ".unusable." + std::to_string(number);
             }
-            usage.reset();
-            if (!table.rename(key, newKey)) {
+            parts->usage.reset();
+            if (!parts->table.rename(key, newKey)) {
                 newKey.clear();
             }
         });
     return done ? newKey : "";
 }
 
-StorageHealth SqliteStorage::health() {
-    StorageHealth now = lastHealth;
+std::unique_ptr<StateStore> Storage::state(const std::string& table) {
+    return std::make_unique<TableStateStore>(parts->database, table);
+}
+
+StorageHealth Storage::health() {
+    StorageHealth now = parts->health;
     try {
-        now.keys = static_cast<std::size_t>(table.count());
+        now.keys = static_cast<std::size_t>(parts->table.count());
     } catch (const DatabaseError&) {
         now.keys = 0;
     }
     return now;
+}
+
+const Recovery& Storage::recovery() const {
+    return parts->recovery;
+}
+
+std::string Storage::file() const {
+    return parts->database.file();
+}
+
+std::string Storage::backupNow() {
+    if (!parts->database.isWritable()) {
+        throw DatabaseError(readOnlyReason);
+    }
+    cancelBackup();
+    finishLogOut(parts->database);
+    backUp(parts->database);
+    logHost(VessaLogger::INFORMATION, backedUp);
+    return backupName(file(), 1);
+}
+
+bool Storage::beginBackup(std::chrono::seconds maximumAge) {
+    if (parts->backup) {
+        return true;
+    }
+    if (!parts->database.isWritable()) {
+        return false;
+    }
+    finishLogOut(parts->database);
+    if (!isBackupDue(file(), maximumAge)) {
+        return false;
+    }
+    try {
+        parts->backup = std::make_unique<Backup>(parts->database);
+    } catch (const DatabaseError& error) {
+        logHost(VessaLogger::ERROR, std::string("cannot start a database backup: ") + error.what());
+    }
+    return parts->backup != nullptr;
+}
+
+bool Storage::continueBackup(int pages) {
+    if (!parts->backup) {
+        return false;
+    }
+    try {
+        if (parts->backup->step(pages)) {
+            return true;
+        }
+        logHost(VessaLogger::INFORMATION, backedUp);
+    } catch (const DatabaseError& error) {
+        logHost(VessaLogger::ERROR, std::string("database backup failed: ") + error.what());
+    }
+    cancelBackup();
+    return false;
+}
+
+void Storage::cancelBackup() {
+    parts->backup.reset();
 }
 
 }  // namespace SettingsHandlerKit

@@ -1,10 +1,35 @@
 #include "storage/TableStateStore.h"
 
+#include <algorithm>
+#include <cctype>
+#include <stdexcept>
+
 #include "service/logging/HostLog.h"
+#include "storage/LogOut.h"
 
 namespace SettingsHandlerKit {
 
-TableStateStore::TableStateStore(Database& database, const std::string& tableName) : table(database, tableName) {}
+namespace {
+
+/// SQL does not distinguish upper and lower case; names that begin with "sqlite_" belong to SQLite.
+bool isNameOfState(std::string name) {
+    std::transform(name.begin(), name.end(), name.begin(), [](unsigned char letter) { return std::tolower(letter); });
+    return name.find_first_not_of("abcdefghijklmnopqrstuvwxyz_0123456789") == std::string::npos && !name.empty() &&
+           std::isdigit(static_cast<unsigned char>(name[0])) == 0 && name != settingsTable && name != logOutTable &&
+           name.rfind("sqlite_", 0) != 0;
+}
+
+const std::string& checked(const std::string& tableName) {
+    if (!isNameOfState(tableName)) {
+        throw std::invalid_argument("'" + tableName + "' cannot be the name of a table of state");
+    }
+    return tableName;
+}
+
+}  // namespace
+
+TableStateStore::TableStateStore(Database& database, const std::string& tableName)
+    : table(database, checked(tableName)) {}
 
 std::optional<std::string> TableStateStore::load(const std::string& key) {
     try {

@@ -1,5 +1,6 @@
 #include <array>
 
+#include "SettingsHandlerKit/Storage.h"
 #include "SettingsHandlerTesting/FakeStorage.h"
 #include "SettingsHandlerTesting/JsonText.h"
 #include "SettingsHandlerTesting/contracts/DeviceInfoContract.h"
@@ -10,39 +11,32 @@
 #include "kit/support/LogRecording.h"
 #include "kit/support/MemoryState.h"
 #include "kit/support/RecordingClient.h"
-#include "kit/support/StorageRecording.h"
 #include "kit/support/TrafficRecording.h"
 #include "kit/support/ValueRecording.h"
 #include "server/protocol/MessageHub.h"
 #include "simulation/SimulatedDevice.h"
 #include "simulation/SimulatedSdkBridge.h"
-#include "storage/StorageParts.h"
 #include "support/TemporaryDirectory.h"
 
 /// The host's own collaborators keep the contracts that every implementer can run. They belong to the host's one
 /// thread, so none offers itself to others.
 namespace SettingsHandlerTesting {
 
-struct SqliteStorageMaker {
+struct StorageMaker {
     SettingsHostTests::LogRecording log;
-    SettingsHostTests::FaultyDisk disk;
+    std::shared_ptr<SettingsHostTests::FaultyDisk> disk = std::make_shared<SettingsHostTests::FaultyDisk>();
     TestSupport::TemporaryDirectory folder;
-    SettingsHostTests::StorageRecording recording;
-    std::shared_ptr<SettingsHostTests::ValueRecording> values = std::make_shared<SettingsHostTests::ValueRecording>();
-    std::unique_ptr<SettingsHandlerKit::Database> database;
-    std::unique_ptr<SettingsHandlerKit::SqliteStorage> sqliteStorage;
+    std::unique_ptr<SettingsHandlerKit::Storage> opened;
 
-    SqliteStorageMaker() { reopen(); }
-    SDKWrapper::StorageManagerInterface& storage() { return *sqliteStorage; }
+    StorageMaker() { reopen(); }
+    SDKWrapper::StorageManagerInterface& storage() { return *opened; }
     void reopen() {
-        sqliteStorage.reset();
-        database.reset();
-        database = std::make_unique<SettingsHandlerKit::Database>(folder / "settings.db");
-        sqliteStorage = std::make_unique<SettingsHandlerKit::SqliteStorage>(*database, values, recording);
+        opened.reset();
+        opened = std::make_unique<SettingsHandlerKit::Storage>(folder / "settings.db", disk);
     }
-    void failWrites(bool fail) { fail ? disk.fillUpFrom(1) : disk.work(); }
+    void failWrites(bool fail) { fail ? disk->fillUpFrom(1) : disk->work(); }
 };
-INSTANTIATE_TYPED_TEST_SUITE_P(SqliteStorage, StorageContract, SqliteStorageMaker, NumberedNames);
+INSTANTIATE_TYPED_TEST_SUITE_P(Storage, StorageContract, StorageMaker, NumberedNames);
 
 struct SimulatedDeviceMaker {
     SettingsHostTests::MemoryState state;

@@ -1,4 +1,5 @@
-#include "SettingsHandler/SettingsHandler.h"
+#include "SettingsHandlerKit/CheckedSettingsHandler.h"
+#include "SettingsHandlerKit/Storage.h"
 #include "kit/support/FaultyDisk.h"
 #include "kit/support/LogRecording.h"
 #include "kit/support/RecordingClient.h"
@@ -8,9 +9,6 @@
 #include "simulation/SimulatedAppLaunch.h"
 #include "simulation/SimulatedDevice.h"
 #include "simulation/SimulatedSdkBridge.h"
-#include "storage/Database.h"
-#include "storage/StorageParts.h"
-#include "storage/TableStateStore.h"
 #include "support/TemporaryDirectory.h"
 
 namespace SettingsHost {
@@ -23,16 +21,15 @@ namespace {
 struct Host {
     SettingsHostTests::LogRecording log;
     TestSupport::TemporaryDirectory folder;
-    SettingsHostTests::FaultyDisk disk;
+    std::shared_ptr<SettingsHostTests::FaultyDisk> disk = std::make_shared<SettingsHostTests::FaultyDisk>();
     std::shared_ptr<ServerMetrics> metrics = std::make_shared<ServerMetrics>("1");
     std::shared_ptr<MessageHub> hub = std::make_shared<MessageHub>(std::make_shared<TrafficRecording>());
-    Database database{folder / "settings.db"};
-    SqliteStorage storage{database, hub, *metrics};
-    TableStateStore state{database, "simulation"};
-    std::shared_ptr<SimulatedDevice> device = std::make_shared<SimulatedDevice>(state, hub);
-    std::shared_ptr<SimulatedSdkBridge> sdk = std::make_shared<SimulatedSdkBridge>(state, storage, device, hub);
-    std::shared_ptr<SettingsHandler::SettingsHandler> handler = SettingsHandler::SettingsHandler::create(
-        hub, storage, metrics, sdk, std::make_shared<SimulatedAppLaunch>(), device);
+    Storage storage{folder / "settings.db", disk};
+    std::unique_ptr<StateStore> state = storage.state("simulation");
+    std::shared_ptr<SimulatedDevice> device = std::make_shared<SimulatedDevice>(*state, hub);
+    std::shared_ptr<SimulatedSdkBridge> sdk = std::make_shared<SimulatedSdkBridge>(*state, storage, device, hub);
+    std::shared_ptr<CheckedSettingsHandler> handler =
+        CheckedSettingsHandler::create(hub, storage, metrics, sdk, std::make_shared<SimulatedAppLaunch>(), device);
     std::shared_ptr<RecordingClient> client = std::make_shared<RecordingClient>();
 };
 
@@ -47,6 +44,7 @@ std::string setRequest(const std::string& key, const std::string& value, int tim
 class DiskFlushes : public ::testing::Test {
 protected:
     DiskFlushes() {
+        host.hub->watch(host.handler);
         host.handler->initializeSettings();
         host.hub->connected(host.client);
         // The first change of all also writes how the log of changes begins.
@@ -54,9 +52,9 @@ protected:
     }
 
     long flushesOf(const std::string& frame) {
-        const long before = host.disk.flushes();
+        const long before = host.disk->flushes();
         host.hub->received(host.client, frame);
-        return host.disk.flushes() - before;
+        return host.disk->flushes() - before;
     }
 
     Host host;

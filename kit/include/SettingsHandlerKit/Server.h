@@ -49,7 +49,7 @@ public:
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
-    /// Opens the socket of one more endpoint, before `start`. `listener` outlives the server.
+    /// Opens the socket of one more endpoint, before `start`. `listener` stays the caller's, as the storage does.
     /// Errors: `ListenerError`; `std::invalid_argument` for a name that cannot be used.
     void addEndpoint(const Endpoint& endpoint, ClientListener& listener);
 

@@ -5,7 +5,6 @@
 
 #include "SettingsHandlerKit/StorageObserver.h"
 #include "server/web/HttpAnswer.h"
-#include "storage/Recovery.h"
 
 namespace SettingsHandlerKit {
 

@@ -17,6 +17,7 @@ protected:
         traffic->add(trace);
         traffic->add(recording);
         hub->connected(page);
+        console.obey(DeviceCommands(device, sdk, std::make_shared<SimulatedAppLaunch>(), [this] { return outcome; }));
         console.connected(client);
         console.connected(watcher);
         recording->take();
@@ -60,13 +61,12 @@ protected:
     std::shared_ptr<MessageHub> hub = std::make_shared<MessageHub>(traffic);
     std::shared_ptr<SimulatedDevice> device = std::make_shared<SimulatedDevice>(state, hub);
     std::shared_ptr<SimulatedSdkBridge> sdk = std::make_shared<SimulatedSdkBridge>(state, storage, device, hub);
-    DeviceCommands commands{device, sdk, std::make_shared<SimulatedAppLaunch>(), [this] {
-                                return HandlerCounts{hub->eventsSent(), 0};
-                            }};
+    /// Of the handler.
+    Outcome outcome;
     std::string address = "http://127.0.0.1:1/?key=k";
     std::optional<std::string> renewed = "http://127.0.0.1:1/?key=new";
     int renewals = 0;
-    DeviceConsole console{commands, hub, traffic, trace,
+    DeviceConsole console{[this](const auto& action) { hub->perform(Origin::DEVICE, action); }, traffic, trace,
                           PageAddress{[this] { return address; },
                                       [this] {
                                           ++renewals;
@@ -101,7 +101,7 @@ TEST_F(DeviceConsoleTest, RefusesInvalidFramesAndStaysUsable) {
 
 TEST_F(DeviceConsoleTest, ASettingThatTheHandlerAcceptsIsDone) {
     struct Handler : DeviceAbstractionLayer::DeviceInfoObserverInterface {
-        explicit Handler(MessageHub& messageHub) : hub(messageHub) {}
+        explicit Handler(DeviceConsoleTest& itsTest) : test(itsTest) {}
         void notifyLocaleChange(std::string) override {}
         void notifyLocaleChange(std::vector<std::string>) override {}
         void notifyTimezoneChange(std::string) override {}
@@ -112,12 +112,13 @@ TEST_F(DeviceConsoleTest, ASettingThatTheHandlerAcceptsIsDone) {
         void notifySystemSettingChanged(std::string, std::string value) override {
             rapidjson::Document payload(rapidjson::kObjectType);
             if (value == "new") {
-                hub.sendMessage(25, payload);
+                test.hub->sendMessage(25, payload);
             }
+            test.outcome.kind = value == "new" ? Outcome::Kind::CHANGED : Outcome::Kind::UNCHANGED;
         }
-        MessageHub& hub;
+        DeviceConsoleTest& test;
     };
-    const auto handler = std::make_shared<Handler>(*hub);
+    const auto handler = std::make_shared<Handler>(*this);
     device->subscribe(handler, {});
     EXPECT_EQ(answerTo(R"({"command":"setting","key":"k","value":"new"})"), R"({"ok":true})");
     EXPECT_EQ(answerTo(R"({"command":"setting","key":"k","value":"old"})"), R"({"ok":true,"changed":false})");

@@ -14,7 +14,7 @@ class BackupTest : public BackupFixture {};
 TEST_F(BackupTest, KeepsTwoGenerations) {
     for (const std::string value : {"first", "second", "third"}) {
         put("deviceName", value);
-        backUp();
+        backUp(database);
     }
     EXPECT_EQ(valueIn(1, "deviceName"), "third");
     EXPECT_EQ(valueIn(2, "deviceName"), "second");
@@ -42,7 +42,7 @@ TEST_F(BackupTest, IsConsistentWhateverIsChangedMeanwhile) {
 
 TEST_F(BackupTest, OneThatIsGivenUpLeavesTheOthers) {
     put("deviceName", "kept");
-    backUp();
+    backUp(database);
     fill();
     {
         Backup backup(database);
@@ -56,14 +56,14 @@ TEST_F(BackupTest, StartsAnewWhereALossOfPowerCutOneShort) {
     std::ofstream(file + ".backup.new") << std::string(9000, 'x');
     std::ofstream(file + ".backup.new-wal") << std::string(9000, 'x');
     put("deviceName", "Den");
-    backUp();
+    backUp(database);
     EXPECT_EQ(valueIn(1, "deviceName"), "Den");
     EXPECT_EQ(files(), (std::vector<std::string>{"settings.db", "settings.db-wal", "settings.db.backup.1"}));
 }
 
 TEST_F(BackupTest, IsDueOnceADay) {
     EXPECT_TRUE(isBackupDue(file, 24h)) << "there is none";
-    backUp();
+    backUp(database);
     EXPECT_FALSE(isBackupDue(file, 24h));
     makeOlder(1, 23h + 59min);
     EXPECT_FALSE(isBackupDue(file, 24h));
@@ -75,31 +75,31 @@ TEST_F(BackupTest, IsDueOnceADay) {
 
 TEST_F(BackupTest, WhateverFailsOnTheWayTheOthersStay) {
     put("deviceName", "older");
-    backUp();
+    backUp(database);
     put("deviceName", "newer");
-    backUp();
+    backUp(database);
     fill();
-    backUp();
-    disk.work();
-    backUp();
-    const long calls = disk.calls();
+    backUp(database);
+    disk->work();
+    backUp(database);
+    const long calls = disk->calls();
     put("deviceName", "newest");
     int failures = 0;
     for (long call = 1; call <= calls; ++call) {
         for (const bool full : {false, true}) {
             if (full) {
-                disk.fillUpFrom(call);
+                disk->fillUpFrom(call);
             } else {
-                disk.failOnce(call);
+                disk->failOnce(call);
             }
             std::filesystem::copy_file(backupName(file, 1), folder / "before");
             try {
-                backUp();
+                backUp(database);
             } catch (const DatabaseError&) {
                 ++failures;
                 EXPECT_EQ(valueIn(folder / "before", "deviceName"), valueIn(1, "deviceName")) << call;
             }
-            disk.work();
+            disk->work();
             std::filesystem::remove(folder / "before");
             for (int generation = 1; generation <= backupGenerations; ++generation) {
                 EXPECT_EQ(valueIn(generation, "key20"), std::string(5000, 'v')) << call;
@@ -112,7 +112,7 @@ TEST_F(BackupTest, WhateverFailsOnTheWayTheOthersStay) {
 
 TEST_F(BackupTest, ADamagedCopyDoesNotReplaceAGoodOne) {
     put("deviceName", "good");
-    backUp();
+    backUp(database);
     fill();
     // What flash that goes bad does: pages of the database are not what was written.
     database.execute("PRAGMA wal_checkpoint(TRUNCATE)");

@@ -5,14 +5,10 @@
 
 #include "kit/support/FaultyDisk.h"
 #include "kit/support/LogRecording.h"
-#include "kit/support/StorageRecording.h"
+#include "kit/support/OpenStorage.h"
 #include "kit/support/ValueRecording.h"
-#include "storage/Backup.h"
 #include "storage/FileNames.h"
 #include "storage/LogOut.h"
-#include "storage/Recovery.h"
-#include "storage/StorageParts.h"
-#include "storage/TableStateStore.h"
 #include "support/Files.h"
 #include "support/Sanitizers.h"
 #include "support/TemporaryDirectory.h"
@@ -47,21 +43,15 @@ protected:
     /// The storage of a running host.
     struct Running {
         explicit Running(LogOutTest& test)
-            : database(openOrRecover(test.file, test.recovery)),
-              storage(database, test.removed, test.recording, [this] { backup.reset(); }),
-              state(database, "simulation") {}
-
-        std::string get(const std::string& key) {
-            std::string value;
-            storage.getValue(key, value);
-            return value;
+            : storage(test.file, test.disk), database(storage.database()), state(storage.state("simulation")) {
+            storage.observeValues(test.removed);
         }
 
-        Database database;
-        SqliteStorage storage;
-        TableStateStore state;
-        /// In progress, if any.
-        std::unique_ptr<Backup> backup;
+        std::string get(const std::string& key) { return storage.get(key); }
+
+        SettingsHostTests::OpenStorage storage;
+        Database& database;
+        std::unique_ptr<StateStore> state;
     };
 
     static void SetUpTestSuite() { used = std::make_unique<TestSupport::TemporaryDirectory>(); }
@@ -79,9 +69,8 @@ protected:
         folder = std::make_unique<TestSupport::TemporaryDirectory>(TestSupport::memoryFolder());
         std::filesystem::copy(used->path(), folder->path());
         file = *folder / "settings.db";
-        disk.watch(folder->path());
+        disk->watch(folder->path());
         removed->take();
-        recovery = Recovery();
         log.take();
     }
 
@@ -129,16 +118,16 @@ protected:
         if (kind == Loss::MISSING) {
             std::filesystem::remove(file + "-wal");
         }
-        disk.watch(folder->path());
+        disk->watch(folder->path());
     }
 
     /// The number of calls of a log-out without faults.
     long countCalls() {
         begin();
         Running running(*this);
-        disk.work();
+        disk->work();
         EXPECT_TRUE(running.storage.clearStorage());
-        const long calls = disk.calls();
+        const long calls = disk->calls();
         EXPECT_GT(calls, 50);
         return calls;
     }
@@ -147,19 +136,17 @@ protected:
     static std::unique_ptr<TestSupport::TemporaryDirectory> used;
 
     SettingsHostTests::LogRecording log;
-    SettingsHostTests::StorageRecording recording;
-    SettingsHostTests::FaultyDisk disk;
+    std::shared_ptr<SettingsHostTests::FaultyDisk> disk = std::make_shared<SettingsHostTests::FaultyDisk>();
     std::unique_ptr<TestSupport::TemporaryDirectory> folder;
     std::string file;
     std::shared_ptr<SettingsHostTests::ValueRecording> removed = std::make_shared<SettingsHostTests::ValueRecording>();
-    Recovery recovery;
 
 private:
     void use() {
         file = *used / "settings.db";
         {
             Running running(*this);
-            EXPECT_TRUE(running.state.save("locale", "kept"));
+            EXPECT_TRUE(running.state->save("locale", "kept"));
             // Overwritten and removed values stay in free pages and in free parts of other pages.
             for (std::size_t length = 10; length < 40000; length = length * 3 / 2) {
                 EXPECT_TRUE(running.storage.setValue("companionDevice", secret(length)));
@@ -174,9 +161,7 @@ private:
             EXPECT_TRUE(running.storage.setValue("orliaLocale", secret(20)));
             EXPECT_EQ(running.storage.setAside("orliaLocale"), "orliaLocale.unusable");
             for (int generation = 0; generation < backupGenerations; ++generation) {
-                Backup backup(running.database);
-                while (backup.step(100)) {
-                }
+                running.storage.backupNow();
             }
             std::filesystem::copy_file(file + "-wal", *used / "settings.db.damaged.12-wal");
         }
@@ -207,7 +192,7 @@ TEST_F(LogOutTest, LeavesNothingOfAnyValueInAnyFile) {
     std::sort(expected.begin(), expected.end());
     EXPECT_EQ(files(), expected);
     EXPECT_EQ(removed->take(), (Names{"SecretKey", "companionDevice", "deviceName", "orliaLocale.unusable"}));
-    EXPECT_EQ(running.state.load("locale"), "kept");
+    EXPECT_EQ(running.state->load("locale"), "kept");
     EXPECT_EQ(log.take(), Names());
 }
 
@@ -225,8 +210,8 @@ TEST_F(LogOutTest, IsPermanentAndLaterValuesAreKept) {
     std::filesystem::remove(file);
     Running running(*this);
     expectAllErased(running);
-    EXPECT_EQ(recovery.source, Recovery::Source::BACKUP);
-    EXPECT_EQ(running.state.load("locale"), "kept") << "the new backup holds the other tables";
+    EXPECT_EQ(running.storage.recovery().source, Recovery::Source::BACKUP);
+    EXPECT_EQ(running.state->load("locale"), "kept") << "the new backup holds the other tables";
 }
 
 TEST_F(LogOutTest, NeedsLittleDiskSpaceHoweverMuchIsStored) {
@@ -244,10 +229,10 @@ TEST_F(LogOutTest, NeedsLittleDiskSpaceHoweverMuchIsStored) {
 
 TEST_F(LogOutTest, ABackupInProgressIsCancelled) {
     Running running(*this);
-    running.backup = std::make_unique<Backup>(running.database);
-    EXPECT_TRUE(running.backup->step(8));
+    EXPECT_TRUE(running.storage.beginBackup(std::chrono::seconds(-1)));
+    EXPECT_TRUE(running.storage.continueBackup(8));
     EXPECT_TRUE(running.storage.clearStorage());
-    EXPECT_EQ(running.backup, nullptr);
+    EXPECT_FALSE(running.storage.continueBackup(8));
     expectAllErased(running);
 }
 
@@ -304,10 +289,10 @@ TEST_F(LogOutTest, WhicheverCallFailsItIsDoneOrNothingIsLost) {
             begin();
             auto running = std::make_unique<Running>(*this);
             const Names before = files();
-            (disk.*fault)(call);
+            (*disk.*fault)(call);
             const bool done = running->storage.clearStorage();
-            EXPECT_TRUE(disk.hasFailed() || name == "full");
-            disk.work();
+            EXPECT_TRUE(disk->hasFailed() || name == "full");
+            disk->work();
             const Names lines = log.take();
             if (!done) {
                 ++refused;
@@ -361,19 +346,19 @@ TEST_F(LogOutTest, WheneverThePowerIsCutItIsDoneOrNothingIsLost) {
             bool answered = false;
             {
                 Running running(*this);
-                disk.cutPowerAt(call);
+                disk->cutPowerAt(call);
                 answered = running.storage.clearStorage();
             }
-            disk.restorePower(random);
+            disk->restorePower(random);
             lose(loss);
             if (isCutAgain) {
-                disk.cutPowerAt(1 + static_cast<long>(random() % 150));
+                disk->cutPowerAt(1 + static_cast<long>(random() % 150));
                 try {
                     const Running running(*this);
                 } catch (const DatabaseError&) {
                     // Power cut during the start.
                 }
-                disk.restorePower(random);
+                disk->restorePower(random);
             }
             Running running(*this);
             EXPECT_FALSE(std::filesystem::exists(logOutMarkerName(file)));

@@ -1,11 +1,9 @@
+#include <map>
 #include <random>
 
+#include "SettingsHandlerKit/Storage.h"
 #include "kit/support/FaultyDisk.h"
 #include "kit/support/LogRecording.h"
-#include "kit/support/StorageRecording.h"
-#include "kit/support/ValueRecording.h"
-#include "storage/Database.h"
-#include "storage/StorageParts.h"
 #include "support/Sanitizers.h"
 #include "support/TemporaryDirectory.h"
 
@@ -18,32 +16,31 @@ using Values = std::map<std::string, std::string>;
 /// A device whose power is cut repeatedly while its settings are changed.
 class Device {
 public:
-    explicit Device(unsigned seed) : random(seed) {}
+    explicit Device(unsigned seed) : random(seed) { disk->watch(folder.path()); }
 
     /// Starts, changes settings until the power is cut, and restores the power.
     /// Returns: true when the power was cut during a change.
     bool run() {
-        disk.cutPowerAt(1 + static_cast<long>(random() % (random() % 4 == 0 ? 400 : 60)));
+        disk->cutPowerAt(1 + static_cast<long>(random() % (random() % 4 == 0 ? 400 : 60)));
         bool cutInsideAChange = false;
         try {
-            Database database(file);
-            SqliteStorage storage(database, values, recording);
+            Storage storage(file, disk);
             while (change(storage)) {
             }
             cutInsideAChange = true;
         } catch (const DatabaseError&) {
             // Power cut during the start.
         }
-        EXPECT_TRUE(disk.hasFailed());
+        EXPECT_TRUE(disk->hasFailed());
         log.take();
-        disk.restorePower(random);
+        disk->restorePower(random);
         return cutInsideAChange;
     }
 
     /// Expects every confirmed change, and at most the one change that was in progress.
     void expectNothingLost() {
-        Database database(file);
-        SqliteStorage storage(database, values, recording);
+        Storage storage(file, disk);
+        EXPECT_EQ(storage.recovery().source, Recovery::Source::NOT_NEEDED) << "a sound database was taken for damaged";
         const Values found = read(storage);
         EXPECT_TRUE(found == confirmed || found == inProgress)
             << "found " << summary(found) << ", confirmed " << summary(confirmed) << ", in progress "
@@ -54,7 +51,7 @@ public:
 
 private:
     /// Returns: true when the change was confirmed.
-    bool change(SqliteStorage& storage) {
+    bool change(Storage& storage) {
         const std::string key = "key" + std::to_string(random() % 12);
         const unsigned kind = static_cast<unsigned>(random() % 20);
         bool done = false;
@@ -83,7 +80,7 @@ private:
         return text;
     }
 
-    static Values read(SqliteStorage& storage) {
+    static Values read(Storage& storage) {
         Values values;
         for (int number = 0; number < 12; ++number) {
             const std::string key = "key" + std::to_string(number);
@@ -97,12 +94,10 @@ private:
     }
 
     std::mt19937 random;
-    TestSupport::TemporaryDirectory folder;
+    TestSupport::TemporaryDirectory folder{TestSupport::memoryFolder()};
     std::string file = folder / "settings.db";
     SettingsHostTests::LogRecording log;
-    SettingsHostTests::StorageRecording recording;
-    std::shared_ptr<SettingsHostTests::ValueRecording> values = std::make_shared<SettingsHostTests::ValueRecording>();
-    SettingsHostTests::FaultyDisk disk;
+    std::shared_ptr<SettingsHostTests::FaultyDisk> disk = std::make_shared<SettingsHostTests::FaultyDisk>();
     Values confirmed;
     Values inProgress;
     unsigned long counter = 0;

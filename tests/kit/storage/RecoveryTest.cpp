@@ -21,7 +21,7 @@ protected:
 
     /// Opens the database, stores `value` and, if wanted, backs up.
     void store(const std::string& value, bool backUp) {
-        Database database(file);
+        Database database(file, disk);
         KeyValueTable(database, "settings").put("deviceName", value);
         if (backUp) {
             Backup backup(database);
@@ -33,7 +33,7 @@ protected:
     /// Opens the database as the host does. Returns: the stored value.
     std::string open() {
         recovery = Recovery();
-        Database database = openOrRecover(file, recovery);
+        Database database = openOrRecover(file, disk, recovery);
         return KeyValueTable(database, "settings").get("deviceName").value_or("(none)");
     }
 
@@ -46,7 +46,7 @@ protected:
     std::string damageLine() { return line(file + " is damaged or not a database (database: file is not a database)"); }
 
     SettingsHostTests::LogRecording log;
-    SettingsHostTests::FaultyDisk disk;
+    std::shared_ptr<SettingsHostTests::FaultyDisk> disk = std::make_shared<SettingsHostTests::FaultyDisk>();
     TestSupport::TemporaryDirectory folder;
     std::string file = folder / "settings.db";
     Recovery recovery;
@@ -119,7 +119,7 @@ TEST_F(RecoveryTest, NothingThatWasKeptIsOverwritten) {
 TEST_F(RecoveryTest, TheLogIsKeptWithItsDatabase) {
     std::string bad;
     {
-        Database database(file);
+        Database database(file, disk);
         KeyValueTable table(database, "settings");
         for (int number = 0; number < 60; ++number) {
             table.put("key" + std::to_string(number), std::string(700, 'v'));
@@ -185,7 +185,7 @@ TEST_F(RecoveryTest, ALogOfAnEarlierRestoreIsNotReadIntoTheCopy) {
     store("backed up", true);
     std::filesystem::copy_file(backupName(file, 1), folder / "copy.db");
     {
-        Database copy(folder / "copy.db");
+        Database copy(folder / "copy.db", disk);
         KeyValueTable(copy, "settings").put("deviceName", "of the log");
         std::filesystem::copy_file(folder / "copy.db-wal", file + ".restoring-wal");
     }
@@ -197,7 +197,7 @@ TEST_F(RecoveryTest, ALogOfAnEarlierRestoreIsNotReadIntoTheCopy) {
 TEST_F(RecoveryTest, ForeignAndNewerDatabasesAreRefusedAndLeftUnchanged) {
     store("backed up", true);
     {
-        Database database(file);
+        Database database(file, disk);
         database.execute("PRAGMA user_version=99");
     }
     const std::string newer = content("settings.db");
@@ -216,7 +216,7 @@ TEST_F(RecoveryTest, ForeignAndNewerDatabasesAreRefusedAndLeftUnchanged) {
 
 TEST_F(RecoveryTest, EveryDamageOfARealDatabaseIsFoundOrHarmless) {
     {
-        Database database(file);
+        Database database(file, disk);
         KeyValueTable table(database, "settings");
         for (int number = 0; number < 60; ++number) {
             table.put("key" + std::to_string(number), std::string(700, 'v'));
@@ -257,7 +257,7 @@ protected:
         device = std::make_unique<TestSupport::TemporaryDirectory>(TestSupport::memoryFolder());
         std::filesystem::copy(folder / "template", device->path());
         file = *device / "settings.db";
-        disk.watch(device->path());
+        disk->watch(device->path());
     }
 
     std::unique_ptr<TestSupport::TemporaryDirectory> device;
@@ -265,21 +265,21 @@ protected:
 
 TEST_F(RecoveryPowerCutTest, AtAnyCallTheNextStartCompletesTheRecovery) {
     begin();
-    disk.work();
+    disk->work();
     EXPECT_EQ(open(), "backed up");
-    const long calls = disk.calls();
+    const long calls = disk->calls();
     for (long call = 1; call <= calls; ++call) {
         for (unsigned seed = 0; seed < 3; ++seed) {
             SCOPED_TRACE("call " + std::to_string(call) + " of " + std::to_string(calls) + ", " + std::to_string(seed));
             std::mt19937 random(static_cast<unsigned>(call) * 3 + seed);
             begin();
-            disk.cutPowerAt(call);
+            disk->cutPowerAt(call);
             try {
                 open();
             } catch (const DatabaseError&) {
                 // Power cut during the start.
             }
-            disk.restorePower(random);
+            disk->restorePower(random);
             ASSERT_EQ(open(), "backed up");
             EXPECT_EQ(std::filesystem::file_size(file + ".damaged"), 10000U);
             EXPECT_FALSE(std::filesystem::exists(file + ".damaged.2")) << "the restored database was incomplete";
@@ -295,11 +295,11 @@ TEST_F(RecoveryPowerCutTest, LaterLosesNoChangeThatWasAnswered) {
         begin();
         {
             Recovery ignored;
-            Database database = openOrRecover(file, ignored);
+            Database database = openOrRecover(file, disk, ignored);
             KeyValueTable(database, "settings").put("deviceName", "answered");
-            disk.cutPowerAt(1);
+            disk->cutPowerAt(1);
         }
-        disk.restorePower(random);
+        disk->restorePower(random);
         EXPECT_EQ(open(), "answered");
     }
 }

@@ -1,11 +1,10 @@
+#include <map>
+
 #include <sqlite3.h>
 
 #include "kit/support/FaultyDisk.h"
 #include "kit/support/LogRecording.h"
-#include "kit/support/StorageRecording.h"
-#include "kit/support/ValueRecording.h"
-#include "storage/Database.h"
-#include "storage/StorageParts.h"
+#include "kit/support/OpenStorage.h"
 #include "support/TemporaryDirectory.h"
 
 namespace SettingsHandlerKit {
@@ -29,8 +28,7 @@ protected:
     };
 
     void expectStored(const Run& result) {
-        Database database(result.file);
-        SqliteStorage storage(database, values, recording);
+        Storage storage(result.file, disk);
         for (const std::string key : {"a", "b", "c", "d", "large"}) {
             std::string value;
             storage.getValue(key, value);
@@ -47,20 +45,18 @@ protected:
         prepare(result);
         arm();
         try {
-            Database database(result.file);
-            SqliteStorage storage(database, values, recording);
+            Storage storage(result.file, disk);
             result.opened = true;
+            EXPECT_EQ(storage.recovery().source, Recovery::Source::NOT_NEEDED) << "a good database was set aside";
             change(storage, result);
-            faultHappened = disk.hasFailed();
-            disk.work();
+            faultHappened = disk->hasFailed();
+            disk->work();
             // After the fault the storage works again.
             EXPECT_TRUE(storage.setValue("d", "after the fault"));
             result.expected["d"] = "after the fault";
-        } catch (const DamagedDatabase& error) {
-            ADD_FAILURE() << "a good database would be set aside: " << error.what();
         } catch (const DatabaseError&) {
-            faultHappened = disk.hasFailed();
-            disk.work();
+            faultHappened = disk->hasFailed();
+            disk->work();
         }
         result.lines = log.take();
         return result;
@@ -73,12 +69,11 @@ protected:
         Run result;
         result.file = *folder / "settings.db";
         prepare(result);
-        disk.work();
+        disk->work();
         {
-            Database database(result.file);
-            SqliteStorage storage(database, values, recording);
+            Storage storage(result.file, disk);
             change(storage, result);
-            calls = disk.calls();
+            calls = disk->calls();
         }
         EXPECT_EQ(result.refused, 0);
         expectStored(result);
@@ -86,25 +81,22 @@ protected:
     }
 
     SettingsHostTests::LogRecording log;
-    SettingsHostTests::StorageRecording recording;
-    std::shared_ptr<SettingsHostTests::ValueRecording> values = std::make_shared<SettingsHostTests::ValueRecording>();
-    SettingsHostTests::FaultyDisk disk;
+    std::shared_ptr<SettingsHostTests::FaultyDisk> disk = std::make_shared<SettingsHostTests::FaultyDisk>();
     std::unique_ptr<TestSupport::TemporaryDirectory> folder;
     bool faultHappened = false;
 
 private:
     /// An earlier process that was killed: its last changes are in the write-ahead log.
     void prepare(Run& result) {
-        Database database(result.file);
-        sqlite3_db_config(database.handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
-        SqliteStorage storage(database, values, recording);
+        SettingsHostTests::OpenStorage storage(result.file, disk);
+        sqlite3_db_config(storage.database().handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
         storage.setValue("a", "1");
         storage.setValue("b", "2");
         storage.setValue("large", std::string(60000, 'w'));
         result.expected = {{"a", "1"}, {"b", "2"}, {"large", std::string(60000, 'w')}};
     }
 
-    static void set(SqliteStorage& storage, Run& result, const std::string& key, const std::string& value) {
+    static void set(Storage& storage, Run& result, const std::string& key, const std::string& value) {
         if (storage.setValue(key, value)) {
             result.expected[key] = value;
         } else {
@@ -112,7 +104,7 @@ private:
         }
     }
 
-    static void change(SqliteStorage& storage, Run& result) {
+    static void change(Storage& storage, Run& result) {
         set(storage, result, "a", "changed");
         set(storage, result, "c", "3");
         if (storage.removeValue("b")) {
@@ -135,7 +127,7 @@ TEST_F(StorageFaultsTest, AnErrorAtAnyCallLosesNothingThatWasAnswered) {
     int notOpened = 0;
     for (long call = 1; call <= calls; ++call) {
         SCOPED_TRACE("call " + std::to_string(call) + " of " + std::to_string(calls));
-        const Run result = run([&] { disk.failOnce(call); });
+        const Run result = run([&] { disk->failOnce(call); });
         EXPECT_TRUE(faultHappened);
         EXPECT_EQ(result.lines.size(), static_cast<std::size_t>(result.refused)) << "each refusal is logged once";
         for (const auto& line : result.lines) {
@@ -154,7 +146,7 @@ TEST_F(StorageFaultsTest, ADiskThatFailsForGoodLosesNothingThatWasAnswered) {
     const long calls = countCalls();
     for (long call = 1; call <= calls; call += 3) {
         SCOPED_TRACE("from call " + std::to_string(call) + " of " + std::to_string(calls));
-        const Run result = run([&] { disk.failFrom(call); });
+        const Run result = run([&] { disk->failFrom(call); });
         EXPECT_TRUE(faultHappened);
         expectStored(result);
         ASSERT_FALSE(HasFailure());
@@ -166,7 +158,7 @@ TEST_F(StorageFaultsTest, AFullDiskRefusesChangesUntilThereIsRoom) {
     int refused = 0;
     for (long call = 1; call <= calls; ++call) {
         SCOPED_TRACE("full from call " + std::to_string(call) + " of " + std::to_string(calls));
-        const Run result = run([&] { disk.fillUpFrom(call); });
+        const Run result = run([&] { disk->fillUpFrom(call); });
         EXPECT_TRUE(result.opened) << "what is stored can be read";
         for (const auto& line : result.lines) {
             EXPECT_NE(line.find("database or disk is full"), std::string::npos) << line;
@@ -180,18 +172,17 @@ TEST_F(StorageFaultsTest, AFullDiskRefusesChangesUntilThereIsRoom) {
 }
 
 TEST_F(StorageFaultsTest, AnErrorWhileReadingAnswersNothingAndChangesNothing) {
-    const Run result = run([&] { disk.work(); });
-    Database database(result.file);
-    SqliteStorage storage(database, values, recording);
-    database.execute("PRAGMA shrink_memory");
-    disk.failFrom(1);
+    const Run result = run([&] { disk->work(); });
+    SettingsHostTests::OpenStorage storage(result.file, disk);
+    storage.database().execute("PRAGMA shrink_memory");
+    disk->failFrom(1);
     std::string value = "left over";
     storage.getValue("large", value);
     EXPECT_EQ(value, "");
-    EXPECT_TRUE(disk.hasFailed());
+    EXPECT_TRUE(disk->hasFailed());
     EXPECT_EQ(log.take(), std::vector<std::string>{"3 settings-host:cannot read 'large': database: disk I/O error"});
     EXPECT_TRUE(storage.health().writable) << "reading says nothing about writing";
-    disk.work();
+    disk->work();
     storage.getValue("large", value);
     EXPECT_EQ(value.size(), 60001U);
 }

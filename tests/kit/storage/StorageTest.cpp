@@ -7,10 +7,9 @@
 
 #include "kit/support/FaultyDisk.h"
 #include "kit/support/LogRecording.h"
+#include "kit/support/OpenStorage.h"
 #include "kit/support/StorageRecording.h"
 #include "kit/support/ValueRecording.h"
-#include "storage/StorageParts.h"
-#include "storage/TableStateStore.h"
 #include "support/Files.h"
 #include "support/TemporaryDirectory.h"
 
@@ -22,20 +21,16 @@ class StorageTest : public ::testing::Test {
 protected:
     void open() {
         storage.reset();
-        database.reset();
-        database = std::make_unique<Database>(file);
-        storage = std::make_unique<SqliteStorage>(*database, removed, recording);
+        storage = std::make_unique<SettingsHostTests::OpenStorage>(file, disk);
+        storage->observe(recording);
+        storage->observeValues(removed);
     }
 
-    std::string read(const std::string& key) {
-        std::string value = "left over";
-        storage->getValue(key, value);
-        return value;
-    }
+    std::string read(const std::string& key) { return storage->get(key); }
 
     void expectRefused(const std::string& part) {
         try {
-            const Database refused(file);
+            const Database refused(file, disk);
             FAIL() << "the database was opened";
         } catch (const DatabaseError& error) {
             EXPECT_NE(std::string(error.what()).find(part), std::string::npos) << error.what();
@@ -54,9 +49,10 @@ protected:
     TestSupport::TemporaryDirectory folder;
     std::string file = folder / "state/deep/settings.db";
     std::shared_ptr<SettingsHostTests::ValueRecording> removed = std::make_shared<SettingsHostTests::ValueRecording>();
-    std::unique_ptr<Database> database;
-    SettingsHostTests::StorageRecording recording;
-    std::unique_ptr<SqliteStorage> storage;
+    std::shared_ptr<SettingsHostTests::FaultyDisk> disk = std::make_shared<SettingsHostTests::FaultyDisk>();
+    std::shared_ptr<SettingsHostTests::StorageRecording> recording =
+        std::make_shared<SettingsHostTests::StorageRecording>();
+    std::unique_ptr<SettingsHostTests::OpenStorage> storage;
 };
 
 TEST_F(StorageTest, SpecialNamesOfSqliteAreFileNames) {
@@ -99,10 +95,10 @@ TEST_F(StorageTest, LeavesTheModeOfWhatItDidNotMake) {
 
 TEST_F(StorageTest, WritesWithFullDurability) {
     open();
-    Statement journal(*database, "PRAGMA journal_mode");
+    Statement journal(storage->database(), "PRAGMA journal_mode");
     journal.step();
     EXPECT_EQ(journal.column(0), "wal");
-    Statement synchronous(*database, "PRAGMA synchronous");
+    Statement synchronous(storage->database(), "PRAGMA synchronous");
     synchronous.step();
     EXPECT_EQ(synchronous.number(0), 2);
 }
@@ -124,9 +120,8 @@ TEST_F(StorageTest, RefusesForeignFilesAndLeavesThemUnchanged) {
     expectRefused("belongs to another program");
     std::filesystem::remove(file);
     open();
-    database->execute("PRAGMA user_version=99");
+    storage->database().execute("PRAGMA user_version=99");
     storage.reset();
-    database.reset();
     expectRefused("newer version");
 }
 
@@ -136,7 +131,6 @@ TEST_F(StorageTest, RefusesADamagedFile) {
         storage->setValue("key" + std::to_string(key), std::string(500, 'v'));
     }
     storage.reset();
-    database.reset();
     {
         std::fstream bytes(file, std::ios::in | std::ios::out | std::ios::binary);
         bytes.seekp(4096 * 3);
@@ -166,14 +160,14 @@ TEST_F(StorageTest, RefusesWhatExceedsTheLimitsWithTheReason) {
 
 TEST_F(StorageTest, TakesAThousandKeysAndThenReplacesOnly) {
     open();
-    database->execute("BEGIN");
+    storage->database().execute("BEGIN");
     for (int time = 0; time < 1500; ++time) {
         ASSERT_TRUE(storage->setValue("key0", std::to_string(time))) << "replaced values do not count";
     }
     for (int key = 0; key < 1000; ++key) {
         ASSERT_TRUE(storage->setValue("key" + std::to_string(key), "v"));
     }
-    database->execute("COMMIT");
+    storage->database().execute("COMMIT");
     EXPECT_FALSE(storage->setValue("one more", "v"));
     EXPECT_EQ(log.take(),
               std::vector<std::string>{"3 settings-host:cannot store 'one more': the limit of 1,000 keys is reached"});
@@ -229,7 +223,6 @@ TEST_F(StorageTest, CountsBytesAndNotCharacters) {
 TEST_F(StorageTest, KeepsWhatWasStoredBeyondTheLimitsAndRefusesGrowthOnly) {
     open();
     storage.reset();
-    database.reset();
     sql("WITH RECURSIVE numbers(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM numbers WHERE n < 1100) "
         "INSERT INTO settings SELECT 'key' || n, printf('%.*c', 2000, 'v') FROM numbers");
     open();
@@ -250,26 +243,27 @@ TEST_F(StorageTest, KeepsWhatWasStoredBeyondTheLimitsAndRefusesGrowthOnly) {
 TEST_F(StorageTest, AFullDiskIsAnsweredWithFalseAndLosesNothing) {
     open();
     EXPECT_TRUE(storage->setValue("key", "old"));
-    Statement pages(*database, "PRAGMA page_count");
+    const auto state = storage->state("simulation");
+    EXPECT_TRUE(state->save("key", "old"));
+    Statement pages(storage->database(), "PRAGMA page_count");
     pages.step();
-    database->execute("PRAGMA max_page_count=" + pages.column(0));
+    storage->database().execute("PRAGMA max_page_count=" + pages.column(0));
     const std::string big(60000, 'v');
     EXPECT_FALSE(storage->setValue("key", big));
     EXPECT_EQ(read("key"), "old");
     const auto lines = log.take();
     ASSERT_EQ(lines.size(), 1U);
     EXPECT_EQ(lines[0], "3 settings-host:cannot store 'key': database: database or disk is full");
-    TableStateStore state(*database, "settings");
-    EXPECT_FALSE(state.save("key", big));
-    EXPECT_EQ(state.load("key"), "old");
+    EXPECT_FALSE(state->save("key", big));
+    EXPECT_EQ(state->load("key"), "old");
     EXPECT_EQ(log.take().size(), 1U);
-    database->execute("PRAGMA max_page_count=100000");
+    storage->database().execute("PRAGMA max_page_count=100000");
     EXPECT_TRUE(storage->setValue("key", big));
 }
 
 TEST_F(StorageTest, EveryFailureOfTheDatabaseIsAnsweredAndLogged) {
     open();
-    database->execute("DROP TABLE settings");
+    storage->database().execute("DROP TABLE settings");
     std::string value = "left over";
     storage->getValue("key", value);
     EXPECT_EQ(value, "");
@@ -298,9 +292,9 @@ TEST_F(StorageTest, NoRemovedKeysAreReportedWhenClearingFails) {
     open();
     storage->setValue("b", "1");
     storage->setValue("a", "2");
-    Statement pages(*database, "PRAGMA page_count");
+    Statement pages(storage->database(), "PRAGMA page_count");
     pages.step();
-    database->execute("PRAGMA max_page_count=" + pages.column(0));
+    storage->database().execute("PRAGMA max_page_count=" + pages.column(0));
     EXPECT_FALSE(storage->clearStorage());
     EXPECT_EQ(removed->take(), std::vector<std::string>{});
     EXPECT_EQ(read("b"), "1");
@@ -309,20 +303,17 @@ TEST_F(StorageTest, NoRemovedKeysAreReportedWhenClearingFails) {
 }
 
 TEST_F(StorageTest, SyncsEveryChangeBeforeItIsAnswered) {
-    const SettingsHostTests::FaultyDisk disk;
     open();
     const auto flushesOf = [&](const std::function<bool()>& change) {
-        const long before = disk.flushes();
+        const long before = disk->flushes();
         EXPECT_TRUE(change());
-        return disk.flushes() - before;
+        return disk->flushes() - before;
     };
     EXPECT_EQ(flushesOf([&] { return storage->setValue("a", "1"); }), 1);
     EXPECT_EQ(flushesOf([&] { return storage->setValue("a", "2"); }), 1);
     EXPECT_EQ(flushesOf([&] { return storage->setValue("b", "3"); }), 1);
     EXPECT_EQ(flushesOf([&] { return storage->removeValue("a"); }), 1);
     EXPECT_EQ(flushesOf([&] { return !storage->setAside("b").empty(); }), 1);
-    storage.reset();
-    database.reset();
 }
 
 TEST_F(StorageTest, TheLogStaysSmall) {
@@ -352,7 +343,6 @@ TEST_F(StorageTest, SetsAValueAsideUnderAFreeKey) {
 TEST_F(StorageTest, ReadsValuesOfAnyType) {
     open();
     storage.reset();
-    database.reset();
     sql("INSERT INTO settings VALUES ('number', 5), ('blob', x'00ff00')");
     open();
     EXPECT_EQ(read("number"), "5");
@@ -361,12 +351,12 @@ TEST_F(StorageTest, ReadsValuesOfAnyType) {
 
 TEST_F(StorageTest, ClearingLeavesOtherTables) {
     open();
-    TableStateStore state(*database, "simulation");
-    EXPECT_TRUE(state.save("key", "kept"));
-    EXPECT_EQ(state.load("absent"), std::nullopt);
+    const auto state = storage->state("simulation");
+    EXPECT_TRUE(state->save("key", "kept"));
+    EXPECT_EQ(state->load("absent"), std::nullopt);
     storage->setValue("key", "gone");
     storage->clearStorage();
-    EXPECT_EQ(state.load("key"), "kept");
+    EXPECT_EQ(state->load("key"), "kept");
 }
 
 TEST_F(StorageTest, NotifiesItsObserverOfEveryOperationAndReportsItsHealth) {
@@ -377,7 +367,7 @@ TEST_F(StorageTest, NotifiesItsObserverOfEveryOperationAndReportsItsHealth) {
     EXPECT_TRUE(storage->removeValue("a"));
     EXPECT_TRUE(storage->setValue("b", "2"));
     storage->setAside("b");
-    EXPECT_EQ(recording.take(),
+    EXPECT_EQ(recording->take(),
               (std::vector<std::string>{"write", "write failed", "read", "remove", "write", "write"}));
     const StorageHealth health = storage->health();
     EXPECT_TRUE(health.writable) << "a value that is refused for its size says nothing about the database";
@@ -385,8 +375,8 @@ TEST_F(StorageTest, NotifiesItsObserverOfEveryOperationAndReportsItsHealth) {
     EXPECT_EQ(health.lastFailure, "the key is longer than 256 bytes");
     EXPECT_EQ(health.keys, 1U);
     EXPECT_TRUE(storage->clearStorage());
-    EXPECT_EQ(recording.take(), std::vector<std::string>{"clear"});
-    EXPECT_TRUE(recording.timed);
+    EXPECT_EQ(recording->take(), std::vector<std::string>{"clear"});
+    EXPECT_TRUE(recording->timed);
 }
 
 }  // namespace SettingsHandlerKit

@@ -10,6 +10,7 @@
 
 #include "kit/support/FaultyDisk.h"
 #include "kit/support/LogRecording.h"
+#include "kit/support/OpenStorage.h"
 #include "storage/Backup.h"
 #include "storage/FileNames.h"
 #include "storage/KeyValueTable.h"
@@ -29,16 +30,10 @@ protected:
         }
     }
 
-    void backUp() {
-        Backup backup(database);
-        while (backup.step(8)) {
-        }
-    }
-
     std::string valueIn(const std::string& backup, const std::string& key) {
         const std::string opened = folder / "opened.db";
         std::filesystem::copy_file(backup, opened, std::filesystem::copy_options::overwrite_existing);
-        Database copy(opened);
+        Database copy(opened, disk);
         return KeyValueTable(copy, "settings").get(key).value_or("(none)");
     }
 
@@ -59,10 +54,11 @@ protected:
     }
 
     SettingsHostTests::LogRecording log;
-    SettingsHostTests::FaultyDisk disk;
+    std::shared_ptr<SettingsHostTests::FaultyDisk> disk = std::make_shared<SettingsHostTests::FaultyDisk>();
     TestSupport::TemporaryDirectory folder;
     std::string file = folder / "state/settings.db";
-    Database database{file};
+    SettingsHostTests::OpenStorage storage{file, disk};
+    Database& database = storage.database();
     KeyValueTable table{database, "settings"};
 };
 

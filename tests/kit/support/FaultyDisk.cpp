@@ -188,7 +188,7 @@ struct DiskCalls {
         if (disk.fails()) {
             return SQLITE_IOERR_DELETE;
         }
-        disk.remove(name);
+        disk.trackRemoval(name);
         if (syncFolder != 0) {
             ++disk.flushCount;
             disk.track(name) = TrackedFile();
@@ -234,12 +234,78 @@ FaultyDisk::FaultyDisk() : layer(std::make_unique<sqlite3_vfs>()), real(sqlite3_
     layer->xOpen = DiskCalls::openFile;
     layer->xDelete = DiskCalls::removeFile;
     layer->xAccess = DiskCalls::access;
-    sqlite3_vfs_register(layer.get(), 1);
+    sqlite3_vfs_register(layer.get(), 0);
 }
 
 FaultyDisk::~FaultyDisk() {
     sqlite3_vfs_unregister(layer.get());
-    sqlite3_vfs_register(real, 1);
+}
+
+std::string FaultyDisk::databaseLayer() const {
+    return layer->zName;
+}
+
+std::error_code FaultyDisk::fault() const {
+    return std::make_error_code(faultMode == Mode::FULL ? std::errc::no_space_on_device : std::errc::io_error);
+}
+
+std::error_code FaultyDisk::createFile(const std::string& file) {
+    if (watches(file)) {
+        if (fails(true)) {
+            return fault();
+        }
+        trackCreation(file);
+    }
+    return Disk::createFile(file);
+}
+
+std::error_code FaultyDisk::copyFile(const std::string& from, const std::string& to) {
+    if (watches(to)) {
+        if (fails(true)) {
+            return fault();
+        }
+        trackCreation(to);
+        if (fails(true)) {
+            Disk::createFile(to);
+            return fault();
+        }
+    }
+    return Disk::copyFile(from, to);
+}
+
+std::error_code FaultyDisk::renameFile(const std::string& from, const std::string& to) {
+    if (watches(from)) {
+        if (fails()) {
+            return fault();
+        }
+        track(from);
+        track(to);
+        renames.emplace_back(from, to);
+    }
+    return Disk::renameFile(from, to);
+}
+
+std::error_code FaultyDisk::removeFile(const std::string& file) {
+    if (watches(file)) {
+        if (fails()) {
+            return fault();
+        }
+        if (std::filesystem::is_regular_file(file)) {
+            trackRemoval(file);
+        }
+    }
+    return Disk::removeFile(file);
+}
+
+std::error_code FaultyDisk::sync(const std::string& path) {
+    if (!watches(path) && path != watchedFolder) {
+        return Disk::sync(path);
+    }
+    if (fails()) {
+        return fault();
+    }
+    trackSync(path);
+    return {};
 }
 
 FaultyDisk::TrackedFile& FaultyDisk::track(const std::string& path) {
@@ -269,27 +335,21 @@ void FaultyDisk::watch(const std::string& folder) {
     }
 }
 
-void FaultyDisk::create(const std::string& path) {
+void FaultyDisk::trackCreation(const std::string& path) {
     track(path).pending.push_back({false, 0, ""});
 }
 
-void FaultyDisk::remove(const std::string& path) {
+void FaultyDisk::trackRemoval(const std::string& path) {
     TrackedFile& tracked = track(path);
     tracked.pending.push_back({true, 0, ""});
     tracked.mayBeGone = true;
-}
-
-void FaultyDisk::rename(const std::string& from, const std::string& to) {
-    track(from);
-    track(to);
-    renames.emplace_back(from, to);
 }
 
 void FaultyDisk::moveTracked(const std::string& from, const std::string& to) {
     track(to) = std::exchange(track(from), TrackedFile());
 }
 
-void FaultyDisk::sync(const std::string& path) {
+void FaultyDisk::trackSync(const std::string& path) {
     ++flushCount;
     if (path != watchedFolder) {
         TrackedFile& tracked = track(path);

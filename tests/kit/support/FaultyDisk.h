@@ -7,23 +7,28 @@
 #include <utility>
 #include <vector>
 
+#include "SettingsHandlerKit/Disk.h"
+
 struct sqlite3_vfs;
 
 namespace SettingsHostTests {
 
-/// A layer between SQLite and the real files that counts calls and simulates errors, a full disk and a loss of power.
-/// It records what is not synced yet, and therefore what a real disk might lose. It skips real syncs. One object at a
-/// time; databases are opened during its lifetime.
+/// A disk that counts calls and simulates errors, a full disk and a loss of power. It records what is not synced yet,
+/// and therefore what a real disk might lose. It skips real syncs. One object at a time.
 ///
-/// In a watched folder it also intercepts the calls of the code under test: creating, renaming, removing and syncing
-/// files count like calls of SQLite.
-class FaultyDisk {
+/// Calls of SQLite are always intercepted. In a watched folder creating, copying, renaming, removing and syncing files
+/// count like calls of SQLite.
+class FaultyDisk : public SettingsHandlerKit::Disk {
 public:
     FaultyDisk();
-    ~FaultyDisk();
+    ~FaultyDisk() override;
 
-    FaultyDisk(const FaultyDisk&) = delete;
-    FaultyDisk& operator=(const FaultyDisk&) = delete;
+    std::error_code createFile(const std::string& file) override;
+    std::error_code copyFile(const std::string& from, const std::string& to) override;
+    std::error_code renameFile(const std::string& from, const std::string& to) override;
+    std::error_code removeFile(const std::string& file) override;
+    std::error_code sync(const std::string& path) override;
+    std::string databaseLayer() const override;
 
     /// The present content of `folder` counts as synced.
     void watch(const std::string& folder);
@@ -51,21 +56,20 @@ public:
 
 private:
     friend struct DiskCalls;
-    friend struct FileCalls;
     struct TrackedFile;
     enum class Mode { WORK, FAIL_ONCE, FAIL, FULL, CUT };
 
     void use(Mode mode, long number);
     /// Counts a call. Returns: true when it is to fail.
     bool fails(bool needsRoom = false);
+    std::error_code fault() const;
     TrackedFile& track(const std::string& path);
     void moveTracked(const std::string& from, const std::string& to);
     bool watches(const std::string& path) const;
-    void create(const std::string& path);
-    void remove(const std::string& path);
-    void rename(const std::string& from, const std::string& to);
+    void trackCreation(const std::string& path);
+    void trackRemoval(const std::string& path);
     /// Of a file or of the watched folder.
-    void sync(const std::string& path);
+    void trackSync(const std::string& path);
 
     std::unique_ptr<sqlite3_vfs> layer;
     sqlite3_vfs* real;

@@ -1,16 +1,13 @@
 #include <filesystem>
 
-#include "BackupSchedule.h"
 #include "kit/support/BackupFixture.h"
+#include "server/BackupSchedule.h"
 #include "server/protocol/MessageHub.h"
 #include "server/protocol/TrafficObservers.h"
 #include "server/sockets/UnixSocketListener.h"
 #include "storage/LogOut.h"
-#include "storage/Recovery.h"
 
-namespace SettingsHost {
-
-using namespace SettingsHandlerKit;
+namespace SettingsHandlerKit {
 
 using namespace std::chrono_literals;
 
@@ -36,7 +33,7 @@ protected:
 
 TEST_F(BackupScheduleTest, MakesABackupOnceItIsDueAndNotBefore) {
     fill();
-    const BackupSchedule schedule(loop, database, {1ms, 5ms, 24h, 8});
+    const BackupSchedule schedule(loop, storage, {1ms, 5ms, 24h, 8});
     int turns = 0;
     serveUntil([&] { return exists(1) && ++turns == 30; });
     EXPECT_EQ(valueIn(1, "key20"), std::string(5000, 'v'));
@@ -49,14 +46,14 @@ TEST_F(BackupScheduleTest, MakesABackupOnceItIsDueAndNotBefore) {
 
 TEST_F(BackupScheduleTest, SaysWhatGoesWrongAndTriesAgain) {
     fill();
-    disk.fillUpFrom(1);
-    const BackupSchedule schedule(loop, database, {1ms, 2ms, 24h, 8});
+    disk->fillUpFrom(1);
+    const BackupSchedule schedule(loop, storage, {1ms, 2ms, 24h, 8});
     std::vector<std::string> lines;
     serveUntil([&] {
         for (const auto& line : log.take()) {
             lines.push_back(line);
             // From the second time on there is room.
-            disk.work();
+            disk->work();
         }
         return exists(1) && lines.size() == 2;
     });
@@ -66,9 +63,9 @@ TEST_F(BackupScheduleTest, SaysWhatGoesWrongAndTriesAgain) {
 
 TEST_F(BackupScheduleTest, GivesUpWhenToldToAndBeginsAnewAtTheNextLook) {
     fill();
-    BackupSchedule schedule(loop, database, {1ms, 5ms, 24h, 1});
+    const BackupSchedule schedule(loop, storage, {1ms, 5ms, 24h, 1});
     serveUntil([&] { return std::filesystem::exists(file + ".backup.new"); });
-    schedule.cancel();
+    storage.cancelBackup();
     EXPECT_EQ(files(), (std::vector<std::string>{"settings.db", "settings.db-wal"}));
     serveUntil([&] { return exists(1); });
     EXPECT_EQ(valueIn(1, "key20"), std::string(5000, 'v'));
@@ -78,12 +75,12 @@ TEST_F(BackupScheduleTest, GivesUpWhenToldToAndBeginsAnewAtTheNextLook) {
 TEST_F(BackupScheduleTest, ErasesAtALookWhatALogOutCouldNot) {
     put("deviceName", "Den");
     beginLogOut(database, [this] { table.clear(); });
-    disk.fillUpFrom(1);
+    disk->fillUpFrom(1);
     finishLogOut(database);
-    disk.work();
+    disk->work();
     EXPECT_EQ(log.take().size(), 1U);
     EXPECT_TRUE(std::filesystem::exists(logOutMarkerName(file)));
-    const BackupSchedule schedule(loop, database, {1ms, 5ms, 24h, 1});
+    const BackupSchedule schedule(loop, storage, {1ms, 5ms, 24h, 1});
     serveUntil([&] { return exists(1); });
     EXPECT_FALSE(std::filesystem::exists(logOutMarkerName(file)));
     EXPECT_EQ(log.take(), std::vector<std::string>{});
@@ -92,10 +89,10 @@ TEST_F(BackupScheduleTest, ErasesAtALookWhatALogOutCouldNot) {
 TEST_F(BackupScheduleTest, GivesUpWhenTheHostStops) {
     fill();
     {
-        const BackupSchedule schedule(loop, database, {1ms, 1ms, 24h, 1});
+        const BackupSchedule schedule(loop, storage, {1ms, 1ms, 24h, 1});
         serveUntil([&] { return std::filesystem::exists(file + ".backup.new"); });
     }
     EXPECT_EQ(files(), (std::vector<std::string>{"settings.db", "settings.db-wal"}));
 }
 
-}  // namespace SettingsHost
+}  // namespace SettingsHandlerKit

@@ -1,0 +1,65 @@
+#include "SettingsHandlerKit/Disk.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "service/Descriptor.h"
+
+namespace SettingsHandlerKit {
+
+namespace {
+
+constexpr mode_t ownerOnly = 0600;
+
+std::error_code errorIf(bool failed) {
+    return failed ? std::error_code(errno, std::generic_category()) : std::error_code();
+}
+
+Descriptor openFile(const std::string& file, int flags) {
+    return Descriptor(::open(file.c_str(), flags | O_CLOEXEC, ownerOnly));
+}
+
+}  // namespace
+
+Disk::~Disk() = default;
+
+std::error_code Disk::createFolder(const std::string& folder) {
+    return errorIf(::mkdir(folder.c_str(), 0700) != 0);
+}
+
+std::error_code Disk::createFile(const std::string& file) {
+    return errorIf(openFile(file, O_RDWR | O_CREAT).get() < 0);
+}
+
+std::error_code Disk::copyFile(const std::string& from, const std::string& to) {
+    if (openFile(to, O_RDWR | O_CREAT | O_EXCL).get() < 0) {
+        return errorIf(true);
+    }
+    std::error_code error;
+    std::filesystem::copy_file(from, to, std::filesystem::copy_options::overwrite_existing, error);
+    return {error.value(), std::generic_category()};
+}
+
+std::error_code Disk::renameFile(const std::string& from, const std::string& to) {
+    return errorIf(std::rename(from.c_str(), to.c_str()) != 0);
+}
+
+std::error_code Disk::removeFile(const std::string& file) {
+    return errorIf(::unlink(file.c_str()) != 0);
+}
+
+std::error_code Disk::sync(const std::string& path) {
+    const Descriptor opened = openFile(path, O_RDONLY);
+    return errorIf(opened.get() < 0 || ::fsync(opened.get()) != 0);
+}
+
+std::string Disk::databaseLayer() const {
+    return "";
+}
+
+}  // namespace SettingsHandlerKit
