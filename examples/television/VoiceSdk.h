@@ -28,7 +28,7 @@ public:
         const bool isVoice = settingDBId == "handsFreeAlwaysOnEnabled";
         return device->setMode(isVoice ? "currentAlwaysOnVoiceMode" : "currentAlwaysOnPTTMode", value == "true");
     }
-    void setTimezone(std::string timezone) override { save("timezone", timezone); }
+    void setTimezone(std::string newTimezone) override { save("timezone", newTimezone); }
     std::string getTimezone() override { return state.load("timezone").value_or("Europe/Paris"); }
     void setLocales(std::vector<std::string> locales) override {
         save("orliaLocale", Utils::RapidjsonUtil::stringifyVector(locales));
