@@ -11,6 +11,10 @@
 #include "simulation/DeviceCommands.h"
 #include "simulation/MessageTrace.h"
 
+namespace Wire {
+struct Refusal;
+}
+
 namespace SettingsHost {
 
 /// The address of the settings pages, with their key.
