@@ -27,9 +27,8 @@ install(TARGETS SettingsHandler SettingsHandlerVessaLogger SettingsHandlerUtils 
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development
   INCLUDES DESTINATION ${header_folder})
 install(EXPORT SettingsHandlerTargets NAMESPACE SettingsHandler:: DESTINATION ${package_folder} COMPONENT development)
-get_property(kit_modules GLOBAL PROPERTY SETTINGS_HANDLER_KIT_MODULES)
-list(TRANSFORM kit_modules REPLACE "(.+)" "\"\\1\"")
-list(JOIN kit_modules " " kit_modules)
+get_property(kit_libraries GLOBAL PROPERTY SETTINGS_HANDLER_KIT_LIBRARIES)
+list(JOIN kit_libraries " " kit_libraries)
 configure_package_config_file(cmake/SettingsHandlerConfig.cmake.in ${PROJECT_BINARY_DIR}/SettingsHandlerConfig.cmake
   INSTALL_DESTINATION ${package_folder} NO_SET_AND_CHECK_MACRO NO_CHECK_REQUIRED_COMPONENTS_MACRO)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/SettingsHandlerConfigVersion.cmake COMPATIBILITY SameMajorVersion)
@@ -76,8 +75,11 @@ if(SETTINGS_HANDLER_KIT)
       ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT kit
       INCLUDES DESTINATION ${header_folder})
     list(JOIN requires ", " requires)
+    get_target_property(libraries ${target} SETTINGS_HANDLER_LIBRARIES)
+    list(TRANSFORM libraries PREPEND -l)
+    list(JOIN libraries " " libraries)
     settings_handler_install_pkg_config(kit ${target}
-      DESCRIPTION "Component for services around SettingsHandler: ${archive}" REQUIRES "${requires}" LIBS -l${target})
+      DESCRIPTION "Component for services around SettingsHandler: ${archive}" REQUIRES "${requires}" LIBS "-l${target} ${libraries}")
   endforeach()
   install(EXPORT SettingsHandlerKitTargets NAMESPACE SettingsHandler:: DESTINATION ${package_folder} COMPONENT kit)
 endif()
