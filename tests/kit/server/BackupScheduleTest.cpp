@@ -86,13 +86,15 @@ TEST_F(BackupScheduleTest, ErasesAtALookWhatALogOutCouldNot) {
     EXPECT_EQ(log.take(), std::vector<std::string>{});
 }
 
-TEST_F(BackupScheduleTest, GivesUpWhenTheHostStops) {
+TEST_F(BackupScheduleTest, MayOutliveItsStorageDuringABackup) {
     fill();
-    {
-        const BackupSchedule schedule(loop, storage, {1ms, 1ms, 24h, 1});
-        serveUntil([&] { return std::filesystem::exists(file + ".backup.new"); });
-    }
-    EXPECT_EQ(files(), (std::vector<std::string>{"settings.db", "settings.db-wal"}));
+    auto other = std::make_unique<SettingsHostTests::OpenStorage>(folder / "other/settings.db", disk);
+    other->setValue("key", std::string(60000, 'v'));
+    const BackupSchedule schedule(loop, *other, {1ms, 1h, 24h, 1});
+    const std::string unfinished = folder / "other/settings.db.backup.new";
+    serveUntil([&] { return std::filesystem::exists(unfinished); });
+    other.reset();
+    EXPECT_FALSE(std::filesystem::exists(unfinished));
 }
 
 }  // namespace SettingsHandlerKit

@@ -1,7 +1,11 @@
 #include <csignal>
+#include <thread>
+
+#include <poll.h>
 
 #include "kit/server/sockets/ListenerRecording.h"
 #include "server/loop/EventLoop.h"
+#include "server/loop/RepeatingTimer.h"
 #include "server/sockets/UnixSocketListener.h"
 #include "support/LineClient.h"
 #include "support/TemporaryDirectory.h"
@@ -68,6 +72,47 @@ TEST_F(EventLoopTest, RunsALaterActionOnce) {
     EXPECT_EQ(done, std::vector<std::string>{});
     loop.run();
     EXPECT_EQ(done, (std::vector<std::string>{"first", "second", "third"}));
+}
+
+TEST_F(EventLoopTest, RunsPostedActionsInTheirOrderWhateverTheThread) {
+    TestSupport::TemporaryDirectory folder;
+    const UnixSocketListener listener(loop, folder / "door.sock", Origin::SOCKET, clients);
+    std::vector<std::string> done;
+    std::thread([&] {
+        loop.post([&] {
+            done.emplace_back("first");
+            loop.post([&] {
+                done.emplace_back("third");
+                loop.stop();
+            });
+        });
+        loop.post([&] { done.emplace_back("second"); });
+    }).join();
+    EXPECT_TRUE(done.empty());
+    loop.run();
+    EXPECT_EQ(done, (std::vector<std::string>{"first", "second", "third"}));
+}
+
+TEST_F(EventLoopTest, IsTurnedBySomebodyElse) {
+    TestSupport::TemporaryDirectory folder;
+    EXPECT_FALSE(loop.turn()) << "nothing is open";
+    const UnixSocketListener listener(loop, folder / "door.sock", Origin::SOCKET, clients);
+    EXPECT_EQ(loop.timeout(), std::chrono::milliseconds(0)) << "the new socket is not watched yet";
+    EXPECT_TRUE(loop.turn());
+    EXPECT_EQ(loop.timeout(), std::nullopt);
+    const auto isReadable = [&] {
+        pollfd watched{loop.fileDescriptor(), POLLIN, 0};
+        return ::poll(&watched, 1, 0) == 1;
+    };
+    EXPECT_FALSE(isReadable());
+    bool isDone = false;
+    loop.post([&] { isDone = true; });
+    EXPECT_TRUE(isReadable());
+    loop.turn();
+    EXPECT_TRUE(isDone);
+    EXPECT_FALSE(isReadable());
+    const RepeatingTimer timer(loop, std::chrono::hours(1), std::chrono::hours(1), [] {});
+    EXPECT_GT(loop.timeout(), std::chrono::minutes(59));
 }
 
 TEST_F(EventLoopTest, RunsEndActionsWhenNothingIsOpen) {

@@ -1,0 +1,304 @@
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+
+#include "kit/server/ServerFixture.h"
+#include "kit/server/sockets/ListenerRecording.h"
+#include "support/NotificationSocket.h"
+#include "support/WebClient.h"
+
+namespace SettingsHandlerKit {
+
+using namespace std::chrono_literals;
+
+class ServerTest : public ServerFixture {
+protected:
+    static std::uint16_t portOf(const Server& server) {
+        const std::string address = server.pageAddress();
+        return static_cast<std::uint16_t>(std::stoi(address.substr(std::string("http://127.0.0.1:").size())));
+    }
+
+    static std::string errorOf(const std::function<void()>& action) {
+        try {
+            action();
+            return "no error";
+        } catch (const std::exception& error) {
+            return error.what();
+        }
+    }
+};
+
+TEST_F(ServerTest, ServesOnTheThreadThatRunsIt) {
+    Server server(options());
+    Storage storage(database());
+    const auto handler = handlerOf(server, storage);
+    EXPECT_FALSE(server.isRunning());
+    EXPECT_EQ(server.start(), "socket: " + server.socketPath());
+    EXPECT_EQ(server.socketPath(), folder / "run/settings.sock");
+    EXPECT_TRUE(server.isRunning());
+    TestSupport::LineClient client(server.socketPath());
+    client.sendLine(setRequest("deviceName", "Den"));
+    client.sendLine(R"({"type":7,"messageId":"m","payload":{"settings":["deviceName"]}})");
+    const auto stopping = server.observe("deviceName", [&](const ObservedSetting&) { server.stop(); });
+    log.take();
+    server.run();
+    EXPECT_FALSE(server.isRunning());
+    EXPECT_EQ(client.receiveLine(), firstEvent("deviceName", "TV", "Den"));
+    EXPECT_EQ(client.receiveLine(), R"({"type":7,"messageId":"m","payload":{"settings":{"deviceName":"Den"}}})");
+    EXPECT_EQ(client.receiveLine(), std::nullopt);
+    EXPECT_EQ(log.take().back(), "1 settings-host:stopping");
+    EXPECT_FALSE(std::filesystem::exists(server.socketPath()));
+    EXPECT_EQ(server.eventsSent(), 1U);
+}
+
+TEST_F(ServerTest, AStopBeforeTheRunEndsIt) {
+    Server server(options());
+    server.start();
+    server.stop();
+    server.run();
+    EXPECT_FALSE(server.isRunning());
+}
+
+TEST_F(ServerTest, TheServiceManagerIsToldOfARun) {
+    TestSupport::NotificationSocket manager(folder / "notify");
+    ::setenv("NOTIFY_SOCKET", (folder / "notify").c_str(), 1);
+    Server server(options());
+    server.start();
+    server.stop();
+    server.run();
+    ::unsetenv("NOTIFY_SOCKET");
+    EXPECT_EQ(manager.receive(), "READY=1\nSTATUS=Serving at " + server.socketPath());
+    EXPECT_EQ(manager.receive(), "STOPPING=1\nSTATUS=Sending what clients wait for");
+}
+
+TEST_F(ServerTest, ServesOnSomebodysOwnLoop) {
+    Server server(options());
+    Storage storage(database());
+    const auto handler = handlerOf(server, storage);
+    server.start();
+    TestSupport::LineClient client(server.socketPath());
+    client.sendLine(setRequest("deviceName", "Den"));
+    std::optional<std::string> line;
+    serveUntil(server, [&] { return (line = client.receiveLine(0ms)).has_value(); });
+    EXPECT_EQ(line, firstEvent("deviceName", "TV", "Den"));
+    server.stop();
+    serveUntil(server, [&] { return !server.isRunning(); });
+    EXPECT_EQ(client.receiveLine(), std::nullopt);
+    EXPECT_TRUE(client.closedByPeer());
+    EXPECT_EQ(server.timeout(), std::nullopt);
+    server.process();
+}
+
+TEST_F(ServerTest, SendsOnSomebodysOwnLoopWhatWasQueuedBetweenItsTurns) {
+    Server server(options());
+    Storage storage(database());
+    const auto handler = handlerOf(server, storage);
+    server.start();
+    TestSupport::LineClient client(server.socketPath());
+    client.sendLine(R"({"type":18,"messageId":"m"})");
+    serveUntil(server, [&] { return client.receiveLine(0ms).has_value(); });
+    serveUntil(server, [&] { return server.timeout() != 0ms; });
+    constexpr std::size_t events = 20;
+    server.perform([&] {
+        for (std::size_t number = 0; number < events; ++number) {
+            handler->setSetting("captionsStyles", std::to_string(number) + std::string(30000, 'x'));
+        }
+    });
+    // More than the kernel takes: the rest waits until the client reads.
+    EXPECT_EQ(server.timeout(), 0ms);
+    std::size_t received = 0;
+    serveUntil(server, [&] {
+        while (client.receiveLine(0ms)) {
+            ++received;
+        }
+        return received == events;
+    });
+}
+
+TEST_F(ServerTest, ASecondStopEndsTheGracePeriodOfAClientThatDoesNotRead) {
+    Server server(options());
+    Storage storage(database());
+    const auto handler = handlerOf(server, storage);
+    server.start();
+    const TestSupport::LineClient stuck(server.socketPath());
+    serveUntil(server, [&] {
+        return server.metricsText().find("settings_host_clients{door=\"socket\"} 1") != std::string::npos;
+    });
+    server.perform([&] {
+        for (int number = 0; number < 20; ++number) {
+            handler->setSetting("captionsStyles", std::to_string(number) + std::string(30000, 'x'));
+        }
+    });
+    server.stop();
+    server.process();
+    EXPECT_TRUE(server.isRunning()) << "the client may still read";
+    server.stop();
+    serveUntil(server, [&] { return !server.isRunning(); });
+}
+
+TEST_F(ServerTest, BacksTheStorageUp) {
+    ServerOptions chosen = options();
+    chosen.backups.firstCheck = 1ms;
+    Server server(std::move(chosen));
+    Storage storage(database());
+    const auto handler = handlerOf(server, storage);
+    handler->setSetting("deviceName", "Den");
+    server.start();
+    log.take();
+    serveUntil(server, [&] { return std::filesystem::exists(database() + ".backup.1"); });
+    EXPECT_EQ(log.take(), std::vector<std::string>{"1 settings-host:database backed up"});
+}
+
+TEST_F(ServerTest, MayBeLeftAloneAtAnyTime) {
+    const Server onlyMade(options());
+    ServerOptions other = options();
+    other.socketPath = folder / "run/other.sock";
+    other.listen = "127.0.0.1:0";
+    other.backups.firstCheck = 0ms;
+    Server started(std::move(other));
+    auto observation = started.observeAll([](const ObservedSetting&) {});
+    {
+        Storage storage(database());
+        const auto handler = handlerOf(started, storage);
+        started.start();
+        started.process();
+        started.post([] { FAIL() << "after the end"; });
+    }
+    observation = Observation();
+}
+
+TEST_F(ServerTest, PagesKeysAndCookiesAreMadeOfTheClockAndRandomnessThatWereGiven) {
+    ServerOptions chosen = options();
+    std::filesystem::create_directories(folder / "pages");
+    std::ofstream(folder / "pages/index.html") << "the page";
+    chosen.pagesFolder = folder / "pages";
+    chosen.listen = "127.0.0.1:0";
+    Server server(std::move(chosen));
+    EXPECT_EQ(server.pageAddress(), "");
+    Storage storage(database());
+    const auto handler = handlerOf(server, storage);
+    const std::string text = server.start();
+    const std::string port = std::to_string(portOf(server));
+    const std::string key(16, '\x5a');
+    std::string hexadecimalKey;
+    for (int number = 0; number < 16; ++number) {
+        hexadecimalKey += "5a";
+    }
+    EXPECT_EQ(server.pageAddress(), "http://127.0.0.1:" + port + "/?key=" + hexadecimalKey);
+    EXPECT_EQ(text, server.pageAddress() + " socket: " + server.socketPath());
+    TestSupport::HttpResponse page;
+    server.startThread();
+    page = TestSupport::httpGet(portOf(server), "/?key=" + hexadecimalKey);
+    EXPECT_EQ(page.body, "the page");
+    EXPECT_EQ(page.headers["set-cookie"].rfind("settings-" + port + "=1700000000.", 0), 0U)
+        << page.headers["set-cookie"];
+    const auto health = TestSupport::httpGet(portOf(server), "/healthz");
+    EXPECT_EQ(health.body.rfind(R"({"status":"ok","version":"1.2.3")", 0), 0U) << health.body;
+    TestSupport::WebSocket unserved(portOf(server), "/device?key=" + hexadecimalKey, "device.v1");
+    unserved.sendText("{}");
+    const auto refusal = unserved.receive();
+    EXPECT_EQ(refusal ? refusal->payload : "nothing",
+              R"({"error":{"code":"not-here","message":"nothing is served here"}})");
+    server.stop();
+    server.join();
+}
+
+TEST_F(ServerTest, ANewPageKeyIsStoredFirst) {
+    ServerOptions chosen = options();
+    chosen.listen = "127.0.0.1:0";
+    char next = 'a';
+    chosen.environment.random = [&](std::size_t count) { return std::string(count, next++); };
+    Server server(std::move(chosen));
+    EXPECT_EQ(server.renewPageKey(), std::nullopt) << "not served yet";
+    Storage storage(database());
+    const auto handler = handlerOf(server, storage);
+    server.start();
+    const std::string before = server.pageAddress();
+    log.take();
+    const auto renewed = server.renewPageKey();
+    ASSERT_TRUE(renewed);
+    EXPECT_NE(*renewed, before);
+    EXPECT_EQ(*renewed, server.pageAddress());
+    EXPECT_EQ(log.take(), std::vector<std::string>{"1 settings-host:the pages have a new key"});
+    // "a" to "d" are of the key and secret that were not made, and of those of the start; "f" is the second secret.
+    std::string secret;
+    for (int number = 0; number < 32; ++number) {
+        secret += "66";
+    }
+    EXPECT_EQ(storage.state("web")->load("cookieSecret"), secret);
+}
+
+TEST_F(ServerTest, AnEndpointHasFramesOfItsOwn) {
+    Server server(options());
+    ListenerRecording clients;
+    server.addEndpoint({"device", folder / "run/device.sock", Origin::DEVICE}, clients);
+    for (const auto* name : {"", "settings", "web", "device", "Device", "a/b"}) {
+        EXPECT_EQ(errorOf([&] {
+                      server.addEndpoint({name, folder / "run/x.sock", Origin::DEVICE}, clients);
+                  }),
+                  "an endpoint cannot be named '" + std::string(name) + "'");
+    }
+    Storage storage(database());
+    server.watch(storage);
+    server.start();
+    std::string received;
+    clients.onFrame = [&](const auto& client, const std::string& frame) {
+        received = frame;
+        client->send(std::make_shared<const std::string>("own reply"));
+    };
+    TestSupport::LineClient client(folder / "run/device.sock");
+    client.sendLine("own request");
+    std::optional<std::string> line;
+    serveUntil(server, [&] { return (line = client.receiveLine(0ms)).has_value(); });
+    EXPECT_EQ(received, "own request");
+    EXPECT_EQ(line, "own reply");
+    const auto folders = server.foldersInUse();
+    EXPECT_EQ(folders.changed, std::vector<std::string>{folder / "state"});
+    EXPECT_EQ(folders.cleared, (std::vector<std::string>{folder / "run", folder / "run"}));
+    client.close();
+    server.stop();
+    serveUntil(server, [&] { return !server.isRunning(); });
+}
+
+TEST_F(ServerTest, ReportsWhatCannotBeServedBeforeAnythingIsChanged) {
+    const auto errorWith = [&](const std::function<void(ServerOptions&)>& change) {
+        return errorOf([&] {
+            ServerOptions chosen = options();
+            change(chosen);
+            const Server server(std::move(chosen));
+        });
+    };
+    EXPECT_NE(errorWith([](ServerOptions& chosen) { chosen.listen = "10.0.0.1:80"; }).find("10.0.0.1"),
+              std::string::npos);
+    EXPECT_EQ(errorWith([](ServerOptions& chosen) { chosen.allowedOrigin = "x"; }),
+              "'x' is not an origin such as http://localhost:5173");
+    EXPECT_NE(errorWith([&](ServerOptions& chosen) {
+                  chosen.listen = "127.0.0.1:0";
+                  chosen.pagesFolder = folder / "none";
+              }).find("cannot read the pages' folder"),
+              std::string::npos);
+    EXPECT_FALSE(std::filesystem::exists(folder / "run"));
+    const Server first(options());
+    EXPECT_NE(errorWith([](ServerOptions&) {}).find("another host listens at"), std::string::npos);
+}
+
+TEST_F(ServerTest, HealthAndMetricsAreThoseOfTheWatchedStorage) {
+    Server server(options());
+    EXPECT_EQ(server.healthText().rfind(R"({"status":"not-serving","version":"1.2.3",)", 0), 0U) << server.healthText();
+    Storage storage(database());
+    const auto handler = handlerOf(server, storage);
+    server.start();
+    handler->setSetting("deviceName", "Den");
+    EXPECT_NE(server.healthText().find(R"("storage":{"writable":true,"keys":1,"failures":0})"), std::string::npos)
+        << server.healthText();
+    EXPECT_NE(server.metricsText().find("settings_host_storage_seconds_count{operation=\"write\"} 1"),
+              std::string::npos);
+}
+
+TEST_F(ServerTest, CreatesNoHandlerWithoutItsCollaborators) {
+    Server server(options());
+    Storage storage(database());
+    EXPECT_THROW(server.createHandler(storage, nullptr, launcher, device), std::invalid_argument);
+}
+
+}  // namespace SettingsHandlerKit
