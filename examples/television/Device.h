@@ -19,7 +19,7 @@ public:
 
     std::map<std::string, std::string> getDeviceInfo() override { return modes; }
 
-    /// The voice SDK switches a mode. The handler is not notified: it may be the one who asked.
+    /// The voice SDK switches a mode. Notifies no observer: the caller may be the handler.
     bool setMode(const std::string& mode, bool on) {
         if (!state.save(mode, on ? "on" : "off")) {
             return false;

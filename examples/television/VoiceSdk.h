@@ -12,8 +12,8 @@
 #include "Utils/RapidjsonUtil.h"
 #include "teskVessa/SDKBridgeInterface.h"
 
-/// Stands for the bridge to a voice SDK, which owns locales and time zone. What it is told comes back where the handler
-/// reads it, also after a restart.
+/// In place of the bridge to a voice SDK, which owns locales and time zone. Keeps what it is given where the handler
+/// reads it, also over a restart.
 class VoiceSdk : public teskVessa::SDKBridgeInterface {
 public:
     VoiceSdk(SettingsHandlerKit::StateStore& theState, SDKWrapper::StorageManagerInterface& theStorage,

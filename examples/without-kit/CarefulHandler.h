@@ -18,7 +18,7 @@ public:
         return timestamp <= limit && SettingsHandler::isRequestValid(settingDBId, timestamp);
     }
 
-    /// Refuses locales that are JSON but no array. What is no JSON at all the handler refuses itself.
+    /// Refuses locales that are JSON but not an array. The handler itself refuses what is not JSON.
     bool setSetting(const std::string& name, const std::string& value) override {
         if (name == "orliaLocale") {
             rapidjson::Document locales;

@@ -9,7 +9,7 @@
 #include "Metrics/MetricsDelegateInterface.h"
 #include "VessaNativeCommon/FriendlyNameObserverInterface.h"
 
-/// Counts the changes of each setting. What stands behind the first underscore is the value, and nobody's business.
+/// Counts the changes of each setting. Leaves out the value, which follows the first underscore and may be private.
 class ChangeCounts : public Metrics::MetricsDelegateInterface {
 public:
     void recordEvent(const std::string&, const std::string&,

@@ -9,7 +9,7 @@
 #include "DeviceAbstractionLayer/HandsfreeStateObserverInterface.h"
 #include "DeviceAbstractionLayer/OrliaDeviceInfoInterface.h"
 
-/// What the device knows of itself, and whom it tells of changes.
+/// The device's information about itself, and its observers.
 class Device : public DeviceAbstractionLayer::OrliaDeviceInfoInterface {
 public:
     std::map<std::string, std::string> getDeviceInfo() override {
@@ -17,7 +17,7 @@ public:
         return modes;
     }
 
-    /// The voice SDK switched a mode. Nobody is told: the handler may be the one who asked, with its mutex held.
+    /// The voice SDK switched a mode. Notifies no observer: the caller may be the handler, which holds its mutex.
     void setMode(const std::string& mode, bool on) {
         const std::lock_guard<std::mutex> lock(mutex);
         modes[mode] = on ? "on" : "off";

@@ -10,7 +10,7 @@
 #include "SDKWrapper/StorageManagerInterface.h"
 #include "teskVessa/SDKBridgeInterface.h"
 
-/// Stands for the bridge to a voice SDK. What it is told comes back where the handler reads it.
+/// In place of the bridge to a voice SDK. Keeps what it is given where the handler reads it.
 class VoiceSdk : public teskVessa::SDKBridgeInterface {
 public:
     VoiceSdk(std::shared_ptr<Device> theDevice, SDKWrapper::StorageManagerInterface& theStorage)
