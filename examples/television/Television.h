@@ -48,7 +48,7 @@ private:
     SettingsHandlerKit::Storage storage;
     std::unique_ptr<SettingsHandlerKit::StateStore> state = storage.state("television");
     std::shared_ptr<Device> device = std::make_shared<Device>(*state);
-    std::shared_ptr<SettingsHandlerKit::CheckedSettingsHandler> handler = server.createHandler(
-        storage, std::make_shared<VoiceSdk>(*state, storage, device, server.valueObserver()),
-        std::make_shared<Launcher>(), device);
+    std::shared_ptr<SettingsHandlerKit::CheckedSettingsHandler> handler =
+        server.createHandler(storage, std::make_shared<VoiceSdk>(*state, storage, device, server.valueObserver()),
+                             std::make_shared<Launcher>(), device);
 };
