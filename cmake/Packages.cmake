@@ -65,9 +65,8 @@ pages, logging and a sandbox. A service adds its voice SDK and its device.")
 
 set(CPACK_DEBIAN_HOST_PACKAGE_NAME settings-host)
 set(CPACK_DEBIAN_HOST_PACKAGE_SECTION utils)
-# libwebsockets opens its part for libuv when it runs, which dpkg-shlibdeps cannot see.
 string(CONCAT CPACK_DEBIAN_HOST_PACKAGE_DEPENDS
-  "${CPACK_DEBIAN_LIBRARY_PACKAGE_NAME} (>= ${PROJECT_VERSION}), libwebsockets-evlib-uv, "
+  "${CPACK_DEBIAN_LIBRARY_PACKAGE_NAME} (>= ${PROJECT_VERSION}), "
   "systemd-standalone-sysusers | systemd-sysusers, systemd-standalone-tmpfiles | systemd-tmpfiles")
 set(CPACK_DEBIAN_HOST_PACKAGE_RECOMMENDS settingsctl)
 set(CPACK_DEBIAN_HOST_PACKAGE_CONTROL_EXTRA

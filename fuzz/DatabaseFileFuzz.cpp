@@ -1,4 +1,5 @@
-// Any bytes as the database file: it is opened, or refused with a reason and kept; an opened one works like any other.
+// Any bytes as the database file: it is opened, set aside or refused with a reason, and kept; the storage then works
+// like any other.
 
 #include <algorithm>
 #include <fstream>
@@ -6,9 +7,8 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
+#include "SettingsHandlerKit/Storage.h"
 #include "VessaLogger/LogSink.h"
-#include "storage/StorageParts.h"
-#include "storage/TableStateStore.h"
 #include "support/Check.h"
 #include "support/FastFolder.h"
 
@@ -16,17 +16,6 @@ namespace {
 
 using namespace SettingsHandlerFuzz;
 using namespace SettingsHandlerKit;
-
-class IgnoringStorageObserver : public StorageObserver {
-public:
-    void storageOperation(StorageOperation /*operation*/, bool /*succeeded*/,
-                          std::chrono::nanoseconds /*duration*/) override {}
-};
-
-class IgnoringValueObserver : public ValueObserver {
-public:
-    void valueChanged(const std::string& /*settingDBId*/) override {}
-};
 
 std::string contentOf(const std::filesystem::path& file) {
     std::ifstream stream(file, std::ios::binary);
@@ -40,10 +29,8 @@ bool isKept(const FastFolder& folder, const std::string& bytes) {
 }
 
 /// Whatever the tables contain, the storage works, and what it reports as written can be read.
-void use(Database& database) {
-    IgnoringStorageObserver observer;
-    SqliteStorage storage(database, std::make_shared<IgnoringValueObserver>(), observer);
-    TableStateStore state(database, "simulation");
+void use(Storage& storage) {
+    const auto state = storage.state("simulation");
     std::string value = "left over";
     storage.getValue("deviceName", value);
     check(value != "left over", "a read sets its output");
@@ -53,9 +40,9 @@ void use(Database& database) {
             check(value == wanted, "what was written can be read");
         }
     }
-    state.load("orliaLocale");
-    if (state.save("orliaLocale", "[]")) {
-        check(state.load("orliaLocale") == "[]", "what was saved can be loaded");
+    state->load("orliaLocale");
+    if (state->save("orliaLocale", "[]")) {
+        check(state->load("orliaLocale") == "[]", "what was saved can be loaded");
     }
     storage.setAside("orliaLocale");
     storage.removeValue("timezone");
@@ -80,15 +67,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string file = folder / "database";
     std::ofstream(file, std::ios::binary) << bytes;
     try {
-        Database database(file);
+        Storage storage(file);
         // SQLite takes a file of a single byte for an empty one.
         const bool isDatabase = bytes.size() <= 1 || bytes.rfind("SQLite format 3", 0) == 0;
         check(isDatabase || isKept(folder, bytes), "a file that is not a database is not overwritten");
-        use(database);
+        use(storage);
     } catch (const DatabaseError& error) {
         const std::string reason = error.what();
         check(!reason.empty(), "a refusal has a reason");
-        check(reason.find("left as it") == std::string::npos || isKept(folder, bytes), "a refused file is kept");
+        check(reason.find("left unchanged") == std::string::npos || isKept(folder, bytes), "a refused file is kept");
     }
     return 0;
 }

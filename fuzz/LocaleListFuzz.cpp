@@ -3,6 +3,7 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
+#include "SettingsHandlerKit/SettingDescriptions.h"
 #include "Wire/JsonShape.h"
 #include "handler/LocaleGuard.h"
 #include "model/Json.h"
@@ -38,6 +39,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string request = R"({"payload":{"settingDBId":"orliaLocale","to":)" + stringText(value) + "}}";
     check(mayBeGiven(request) == mayPass, "the guard sees the value inside a request");
     if (!mayPass) {
+        check(!world.handler->setSetting(key, value), "the result of a rejected setSetting");
+        world.expectRejection("rejected orliaLocale: must be a JSON array of at most 32 levels");
         return 0;
     }
 
@@ -46,13 +49,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         world.model.addLocaleObserver(number);
     }
     const bool changed = write(world, value);
+    const auto locales = SettingsHandlerKit::asLocales(value);
+    check((world.handler->outcome().reason == SettingsHandlerKit::Outcome::Reason::WRONG_FORM) == !locales,
+          "the outcome tells a list of locales from other texts");
+    check(!changed || locales == world.sdk->locales, "the typed view has the locales that were set");
     const auto& entries = world.lastEntries();
     check(changed == hasEntry(entries, {"sdk.setLocales("}), "what is a change reaches the voice SDK");
     check(changed == hasEntry(entries, {"transport.sendMessage(25"}), "what is a change is reported");
     check(changed == hasEntry(entries, {"observer3.orliaLocale("}), "what is a change reaches the observers");
     check(!hasEntry(entries, {"storage."}), "the locales are not stored");
     if (changed) {
-        check(!write(world, arrayText(world.sdk->locales)), "the voice SDK's own list is no change");
+        check(!write(world, arrayText(world.sdk->locales)), "writing the voice SDK's own list changes nothing");
     }
     world.expectSameCache("writing the locales");
     return 0;

@@ -44,6 +44,8 @@ const std::vector<std::string> values{"true",
                                       "on",
                                       "%s%n"};
 
+const std::string rejection = "rejected orliaLocale: must be a JSON array of at most 32 levels";
+
 /// Draws operations from the input and runs them on both.
 class Sequence {
 public:
@@ -56,6 +58,12 @@ public:
             const auto& [name, operation] = operations()[index];
             (this->*operation)();
             world.expectSame(name);
+            if (writes) {
+                const bool event = hasEntry(world.lastEntries(), {"transport.sendMessage(25"});
+                check((world.handler->outcome().kind == SettingsHandlerKit::Outcome::Kind::CHANGED) == event,
+                      "the outcome is changed when an event was sent");
+                writes = false;
+            }
         }
         world.expectSameCache("all operations");
     }
@@ -105,17 +113,22 @@ private:
     void setSetting() {
         const std::string name = key();
         const std::string wanted = value();
-        if (SettingsHandlerKit::isSafeForHandler(name, wanted)) {
-            check(world.handler->setSetting(name, wanted) == world.model.setSetting(name, wanted),
-                  "the result of setSetting");
+        if (!SettingsHandlerKit::isSafeForHandler(name, wanted)) {
+            check(!world.handler->setSetting(name, wanted), "the result of a rejected setSetting");
+            return world.expectRejection(rejection);
         }
+        check(world.handler->setSetting(name, wanted) == world.model.setSetting(name, wanted),
+              "the result of setSetting");
+        writes = true;
     }
 
     void request(int type, const std::string& text) {
-        if (type != 24 || mayBeGiven(text)) {
-            world.transport->deliver(type, text);
-            world.model.request(type, text);
+        world.transport->deliver(type, text);
+        if (type == 24 && !mayBeGiven(text)) {
+            return world.expectRejection(rejection);
         }
+        world.model.request(type, text);
+        writes = type == 24;
     }
 
     void setRequest() {
@@ -159,7 +172,7 @@ private:
         world.model.initializeSettings();
     }
 
-    /// As the host does, sets an unusable stored locale aside first.
+    /// Sets an unusable stored locale aside first, as the checked handler does, which reads it once more.
     void migrate() {
         const auto stored = world.storage.values.find("orliaLocale");
         if (stored != world.storage.values.end() &&
@@ -167,7 +180,7 @@ private:
             world.model.around.stored.erase(stored->first);
             world.storage.values.erase(stored);
         }
-        world.handler->migrateExistingDeviceSettings();
+        world.handler->SettingsHandler::migrateExistingDeviceSettings();
         world.model.migrateExistingDeviceSettings();
     }
 
@@ -240,10 +253,13 @@ private:
     void notifySystemSetting() {
         const std::string name = key();
         const std::string reported = value();
-        if (SettingsHandlerKit::isSafeForHandler(name, reported)) {
-            world.handler->notifySystemSettingChanged(name, reported);
-            world.model.notifySystemSettingChanged(name, reported);
+        world.handler->notifySystemSettingChanged(name, reported);
+        if (!SettingsHandlerKit::isSafeForHandler(name, reported)) {
+            return world.expectRejection(
+                "rejected orliaLocale from the device: must be a JSON array of at most 32 levels");
         }
+        world.model.notifySystemSettingChanged(name, reported);
+        writes = true;
     }
 
     void surround() {
@@ -267,6 +283,8 @@ private:
 
     FuzzedDataProvider input;
     HandlerWorld world;
+    /// The operation was a write, which has an outcome.
+    bool writes = false;
 };
 
 }  // namespace

@@ -43,6 +43,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const bool initialised = input.ConsumeBool();
     const std::string text = input.ConsumeRemainingBytesAsString();
     if (type == 24 && !mayBeGiven(text)) {
+        world.transport->deliver(type, text);
+        world.expectRejection("rejected orliaLocale: must be a JSON array of at most 32 levels");
         return 0;
     }
     if (initialised) {

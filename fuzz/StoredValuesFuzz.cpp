@@ -5,6 +5,7 @@
 
 #include "Composition.h"
 #include "model/Json.h"
+#include "storage/KeyValueTable.h"
 #include "support/Check.h"
 #include "support/FastFolder.h"
 #include "support/HostSide.h"
@@ -160,7 +161,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Values settings = valuesFrom(input);
     const Values simulation = valuesFrom(input);
     {
-        Database database(folder / "database");
+        Database database(folder / "database", std::make_shared<Disk>());
         plant(database, "settings", settings);
         plant(database, "simulation", simulation);
     }
@@ -180,7 +181,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (model.around.timezone != timezoneBefore) {
         expectedSimulation["timezone"] = model.around.timezone;
     }
-    Database database(folder / "database");
+    Database database(folder / "database", std::make_shared<Disk>());
     checkSame(contentOf(database, "settings"), linesOf(model.around.stored), "what is stored after the start");
     checkSame(contentOf(database, "simulation"), linesOf(expectedSimulation), "what the device saved at the start");
     return 0;

@@ -1,6 +1,7 @@
 #include "Wire/FrameInspector.h"
 
 #include "Wire/JsonShape.h"
+#include "Wire/RefusalCode.h"
 
 namespace Wire {
 
@@ -8,19 +9,19 @@ namespace {
 
 std::optional<Refusal> refusalOf(const std::string& frame, const JsonShape& shape) {
     if (frame.find('\0') != std::string::npos) {
-        return Refusal{"not-json", "the frame holds a NUL character"};
+        return Refusal{RefusalCode::notJson, "the frame holds a NUL character"};
     }
     if (!shape.valid) {
-        return Refusal{"not-json", "the frame is not JSON"};
+        return Refusal{RefusalCode::notJson, "the frame is not JSON"};
     }
     if (!shape.wellFormed) {
-        return Refusal{"not-json", "the frame holds bytes or escapes that are not valid UTF-8"};
+        return Refusal{RefusalCode::notJson, "the frame holds bytes or escapes that are not valid UTF-8"};
     }
     if (shape.nesting > maximumNesting) {
-        return Refusal{"too-deep", "the frame is nested deeper than 32 levels"};
+        return Refusal{RefusalCode::tooDeep, "the frame is nested deeper than 32 levels"};
     }
     if (shape.root != JsonShape::Root::OBJECT) {
-        return Refusal{"not-an-object", "the frame is JSON but not an object"};
+        return Refusal{RefusalCode::notAnObject, "the frame is JSON but not an object"};
     }
     return std::nullopt;
 }
@@ -28,7 +29,7 @@ std::optional<Refusal> refusalOf(const std::string& frame, const JsonShape& shap
 }  // namespace
 
 Refusal tooLarge() {
-    return {"too-large", "the frame is larger than 64 KiB"};
+    return {RefusalCode::tooLarge, "the frame is larger than 64 KiB"};
 }
 
 std::optional<Refusal> inspectFrame(const std::string& frame) {

@@ -13,7 +13,7 @@ struct NullOutput {
     void Put(char /*unused*/) {}
 };
 
-/// Length in bytes of the character that `text` starts with; 0 when that is no character.
+/// Length in bytes of the character that `text` starts with; 0 when it does not start with one.
 std::size_t characterLength(std::string_view text) {
     rapidjson::MemoryStream input(text.data(), text.size());
     NullOutput output;

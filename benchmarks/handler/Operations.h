@@ -6,7 +6,7 @@
 
 namespace Benchmarks {
 
-/// One operation of the handler, with surroundings of its own, used for so long that every map and buffer has its size.
+/// One operation of the handler, with its own surroundings, used for so long that every map and buffer has its size.
 struct Operation {
     /// Parts divided by slashes, what it is first: "set/stored/changed".
     std::string name;

@@ -1,6 +1,6 @@
-#include <cstdlib>
 #include <iostream>
 #include <map>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -8,7 +8,7 @@
 
 #include "Operations.h"
 #include "VessaLogger/LogSink.h"
-#include "support/Results.h"
+#include "support/Arguments.h"
 
 // Times every operation of the handler. Usage:
 // benchmark-operations [--rounds N] and the options of Google Benchmark. The usual report goes to standard error, the
@@ -70,37 +70,31 @@ Benchmarks::Results resultsOf(Collector& collector) {
     return results;
 }
 
-/// Takes `--rounds N` out of the arguments.
-int takeRounds(int& argc, char** argv) {
-    int rounds = 9;
-    int kept = 1;
-    for (int number = 1; number < argc; ++number) {
-        if (std::string(argv[number]) == "--rounds" && number + 1 < argc) {
-            rounds = std::atoi(argv[++number]);
-        } else {
-            argv[kept++] = argv[number];
-        }
-    }
-    argc = kept;
-    return rounds;
-}
-
-}  // namespace
-
-int main(int argc, char** argv) {
+Benchmarks::Results measure(const Benchmarks::Arguments& arguments) {
     VessaLogger::setLogSink([](const VessaLogger::LogLine&) {});
-    const int rounds = takeRounds(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
-        return 2;
+    std::vector<std::string> options{"benchmark-operations"};
+    options.insert(options.end(), arguments.others.begin(), arguments.others.end());
+    std::vector<char*> texts;
+    for (auto& option : options) {
+        texts.push_back(option.data());
+    }
+    int count = static_cast<int>(texts.size());
+    benchmark::Initialize(&count, texts.data());
+    if (benchmark::ReportUnrecognizedArguments(count, texts.data())) {
+        throw std::invalid_argument("unknown option");
     }
     for (const auto& operation : Benchmarks::operations(100000)) {
         add(operation.name, operation.run);
     }
     Collector collector;
-    for (int round = 0; round < rounds; ++round) {
+    for (int round = 0; round < arguments.rounds; ++round) {
         benchmark::RunSpecifiedBenchmarks(&collector);
     }
-    resultsOf(collector).print();
-    return 0;
+    return resultsOf(collector);
+}
+
+}  // namespace
+
+int main(int count, char** texts) {
+    return Benchmarks::measureAndPrint(count, texts, measure);
 }

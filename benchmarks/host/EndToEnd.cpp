@@ -1,10 +1,8 @@
 #include <cstdio>
-#include <cstdlib>
-#include <exception>
-#include <string>
 #include <vector>
 
 #include "host/EndToEndReport.h"
+#include "support/Arguments.h"
 
 /// How long the running host takes to answer, and how much of a processor, against the floors that it stands on.
 namespace {
@@ -20,7 +18,6 @@ Round oneRound(const Effort& effort) {
         }
         measureWithLog(round, listener, effort);
     }
-    measureFullHouse(round, effort);
     return round;
 }
 
@@ -33,38 +30,19 @@ Effort quickEffort() {
     return effort;
 }
 
-int measure(int count, const Effort& effort) {
+Results measure(const Arguments& arguments) {
+    const Effort effort = arguments.quick ? quickEffort() : Effort();
+    stayOnOneProcessor();
     std::vector<Round> rounds;
-    for (int number = 1; number <= count; ++number) {
-        std::fprintf(stderr, "round %d of %d\n", number, count);
+    for (int number = 1; number <= arguments.rounds; ++number) {
+        std::fprintf(stderr, "round %d of %d\n", number, arguments.rounds);
         rounds.push_back(oneRound(effort));
     }
-    report(rounds, effort).print();
-    return 0;
+    return report(rounds, effort);
 }
 
 }  // namespace
 
-int main(int argumentCount, char** arguments) {
-    int rounds = 9;
-    Effort effort;
-    for (int place = 1; place < argumentCount; ++place) {
-        const std::string argument = arguments[place];
-        if (argument == "--quick") {
-            rounds = 1;
-            effort = quickEffort();
-        } else if (argument == "--rounds" && place + 1 < argumentCount) {
-            rounds = std::atoi(arguments[++place]);
-        } else {
-            std::fprintf(stderr, "usage: benchmark-end-to-end [--rounds N] [--quick]\n");
-            return 2;
-        }
-    }
-    stayOnOneProcessor();
-    try {
-        return measure(rounds, effort);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "benchmark-end-to-end: %s\n", error.what());
-        return 1;
-    }
+int main(int count, char** texts) {
+    return measureAndPrint(count, texts, measure);
 }

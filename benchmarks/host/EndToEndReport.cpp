@@ -29,7 +29,7 @@ double processorTime(const Seen& seen) {
 std::pair<std::string, std::string> plotAndName(const std::string& name) {
     std::string curve = name;
     std::string plot = "set until event";
-    for (const char* kind : {"/set until event", "/get all until reply", "/set then ask until reply"}) {
+    for (const char* kind : {"/set until event", "/get all until reply"}) {
         const std::size_t place = curve.find(kind);
         if (place != std::string::npos) {
             plot = kind + 1;
@@ -98,7 +98,7 @@ void addCrowds(Results& results, const std::vector<Round>& rounds, const Effort&
         const auto ofFloor = costOfOneMore(rounds, floor, effort);
         results.add(Figure{"host/" + way + "/processor time of an event for one client more", "us", ofHost});
         results.add(Figure{floor + "/processor time of a frame for one client more", "us", ofFloor});
-        // Only the socket's was promised: at the other listener a message has a header of its own.
+        // Only the socket's was promised: at the other listener a message has its own header.
         results.add(Ratio{"host/" + way + "/processor time of an event for one client more",
                           listener == Listener::UNIX_SOCKET ? "one bare send of the same frame to one socket"
                                                             : "one bare send of the same frame to one TCP connection",
@@ -122,11 +122,6 @@ void addEchoRatios(Results& results, const std::vector<Round>& rounds) {
             results.add(Ratio{host, "echo through libwebsockets with one upsert of SQLite",
                               quotients(each(rounds, host, medianLatency), each(rounds, echo, medianLatency)),
                               promised ? 1.5 : 0});
-            results.add(Ratio{"host" + kind + "/set then ask until reply",
-                              "echo through libwebsockets with one upsert of SQLite for each of two frames",
-                              quotients(each(rounds, "host" + kind + "/set then ask until reply", medianLatency),
-                                        each(rounds, echo + "/set then ask until reply", medianLatency)),
-                              listener == Listener::WEB_SOCKET ? 2.0 : 0.0});
             results.add(Ratio{host + ", processor time", "echo through libwebsockets with one upsert of SQLite",
                               quotients(each(rounds, host, processorTime), each(rounds, echo, processorTime)), 0});
         }

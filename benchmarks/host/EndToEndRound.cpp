@@ -1,7 +1,5 @@
 #include "host/EndToEndRound.h"
 
-#include <chrono>
-
 #include "host/EndToEndServers.h"
 
 namespace Benchmarks {
@@ -10,7 +8,6 @@ namespace {
 
 constexpr const char* change = "/set until event";
 constexpr const char* read = "/get all until reply";
-constexpr const char* setThenAsk = "/set then ask until reply";
 /// Servers that are compared take turns so often, since a busy machine is slower for a while.
 constexpr int turns = 8;
 constexpr int warmUp = 10;
@@ -44,12 +41,8 @@ const char* nameOf(Storage storage) {
 
 Audience::Audience(Server& itsServer, Listener listener, std::size_t count) : server(itsServer) {
     while (clients.size() < count) {
-        admit(listener);
+        clients.push_back(server.connect(listener));
     }
-}
-
-void Audience::admit(Listener listener) {
-    clients.push_back(server.connect(listener));
 }
 
 void Audience::measure(Seen& seen, int count, const std::function<std::string()>& nextRequest,
@@ -81,27 +74,6 @@ void Audience::measureReads(Seen& seen, int count) {
         seen, count, [] { return std::string(getAllRequest); }, [] { return std::string(getAllReply); });
 }
 
-void Audience::measureSetThenAsk(Seen& seen, int count) {
-    FrameConnection& requester = *clients.front();
-    const std::string question =
-        requester.bytesOf(R"({"type":7,"messageId":"g","payload":{"settings":["deviceName"]}})");
-    double before = 0;
-    for (int number = -warmUp; number < count; ++number) {
-        if (number == 0) {
-            before = server.processorMicroseconds();
-        }
-        const std::string bytes = requester.bytesOf(changes.next()) + question;
-        const auto start = std::chrono::steady_clock::now();
-        exchange(requester, bytes, changes.wanted());
-        requester.receive();
-        const std::chrono::duration<double, std::micro> took = std::chrono::steady_clock::now() - start;
-        if (number >= 0) {
-            seen.latencies.push_back(took.count());
-        }
-    }
-    seen.processorTime += server.processorMicroseconds() - before;
-}
-
 void compareWithEcho(Round& round, Storage storage, Listener listener, const Effort& effort) {
     HostServer host(storage);
     EchoServer echo(storage);
@@ -111,15 +83,11 @@ void compareWithEcho(Round& round, Storage storage, Listener listener, const Eff
     Seen& changed = round["host" + kind + change];
     Seen& wasRead = round["host" + kind + read];
     Seen& echoed = round["echo and upsert" + kind];
-    Seen& conversed = round["host" + kind + setThenAsk];
-    Seen& echoedTwice = round["echo and upsert" + kind + setThenAsk];
     const int count = storage == Storage::DISK ? effort.exchangesWithDisk : effort.exchanges;
     for (int turn = 0; turn < turns; ++turn) {
         authenticated.measureChanges(changed, count / turns);
         echoGuests.measureChanges(echoed, count / turns);
         authenticated.measureReads(wasRead, effort.exchanges / turns);
-        authenticated.measureSetThenAsk(conversed, count / turns);
-        echoGuests.measureSetThenAsk(echoedTwice, count / turns);
     }
 }
 
@@ -142,17 +110,6 @@ void measureCrowds(Round& round, Storage storage, Listener listener, const Effor
             measureFloorCrowd(round, listener, clients, effort);
         }
     }
-}
-
-void measureFullHouse(Round& round, const Effort& effort) {
-    HostServer host(Storage::MEMORY);
-    const std::size_t atEachListener = effort.crowds.back();
-    Audience audience(host, Listener::UNIX_SOCKET, atEachListener);
-    for (std::size_t client = 0; client < atEachListener; ++client) {
-        audience.admit(Listener::WEB_SOCKET);
-    }
-    audience.measureChanges(round[std::string("host/both/memory") + change + withClients(2 * atEachListener)],
-                            effort.exchangesWithCrowd);
 }
 
 }  // namespace Benchmarks

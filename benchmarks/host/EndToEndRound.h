@@ -37,16 +37,11 @@ class Audience {
 public:
     Audience(Server& itsServer, Listener listener, std::size_t clients);
 
-    /// Connects one more.
-    void admit(Listener listener);
-
     /// Lets the first client do `count` exchanges and adds what was seen to `seen`.
     void measure(Seen& seen, int count, const std::function<std::string()>& nextRequest,
                  const std::function<std::string()>& wanted);
     void measureChanges(Seen& seen, int count);
     void measureReads(Seen& seen, int count);
-    /// A change and a question in the same breath, until both are answered.
-    void measureSetThenAsk(Seen& seen, int count);
 
 private:
     Server& server;
@@ -63,7 +58,5 @@ void compareWithEcho(Round& round, Storage storage, Listener listener, const Eff
 void measureWithLog(Round& round, Listener listener, const Effort& effort);
 /// The host with more and more clients, and the floor with as many.
 void measureCrowds(Round& round, Storage storage, Listener listener, const Effort& effort);
-/// The host with clients at both listeners, as many as they take.
-void measureFullHouse(Round& round, const Effort& effort);
 
 }  // namespace Benchmarks

@@ -2,7 +2,9 @@
 #include <utility>
 
 #include "BusConnection.h"
-#include "PropertyPeers.h"
+#include "PrivateBus.h"
+#include "Worker.h"
+#include "support/TemporaryDirectory.h"
 
 namespace Benchmarks {
 
@@ -63,22 +65,28 @@ private:
     Bus bus;
 };
 
+class BusPropertyPeer : public Peer {
+public:
+    BusPropertyPeer() {
+        char ready = 0;
+        receiveMessage(service.descriptor(), &ready, sizeof(ready));
+    }
+
+    std::unique_ptr<Setter> connect() const override {
+        return std::make_unique<PropertySetter>(connectToBus(bus.address()));
+    }
+    void observe(const Report& report) const override { observeProperty(bus.address(), place, report); }
+
+private:
+    TestSupport::TemporaryDirectory folder{TestSupport::memoryFolder()};
+    PrivateBus bus{folder.path(), {}, {}};
+    Worker service{[this](int socket) { serve(bus.address(), socket); }};
+};
+
 }  // namespace
 
-BusPropertyPeer::BusPropertyPeer()
-    : folder(TestSupport::memoryFolder()),
-      bus(folder.path(), {}, {}),
-      service([this](int socket) { serve(bus.address(), socket); }) {
-    char ready = 0;
-    receiveMessage(service.descriptor(), &ready, sizeof(ready));
-}
-
-std::unique_ptr<Setter> BusPropertyPeer::connect() const {
-    return std::make_unique<PropertySetter>(connectToBus(bus.address()));
-}
-
-void BusPropertyPeer::observe(const Report& report) const {
-    observeProperty(bus.address(), place, report);
+std::unique_ptr<Peer> busPropertyPeer() {
+    return std::make_unique<BusPropertyPeer>();
 }
 
 }  // namespace Benchmarks

@@ -1,11 +1,13 @@
-#include "DconfPeer.h"
-
 #include <cstdlib>
+#include <map>
 #include <stdexcept>
 
 #include <gio/gio.h>
 
+#include "Peer.h"
+#include "PrivateBus.h"
 #include "Schema.h"
+#include "support/TemporaryDirectory.h"
 
 namespace Benchmarks {
 
@@ -42,46 +44,58 @@ void reportChange(GSettings* settings, const char* key, const Report* report) {
     report->seen(time, value.get());
 }
 
+class DconfPeer : public Peer {
+public:
+    explicit DconfPeer(const std::filesystem::path& parent)
+        : folder(parent), bus(folder.path(), {{"ca.desrt.dconf", "/usr/libexec/dconf-service"}}, environment()) {
+        compileSchema(folder.path());
+    }
+
+    std::unique_ptr<Setter> connect() const override {
+        takeEnvironment();
+        return std::make_unique<DconfSetter>();
+    }
+
+    void observe(const Report& report) const override {
+        takeEnvironment();
+        const Settings settings = openSettings();
+        Report own = report;
+        g_signal_connect(settings.get(), "changed", G_CALLBACK(reportChange), &own);
+        // GSettings notifies of a key only once it has been read.
+        g_free(g_settings_get_string(settings.get(), schemaKey));
+        report.ready();
+        for (;;) {
+            g_main_context_iteration(nullptr, TRUE);
+        }
+    }
+
+private:
+    std::map<std::string, std::string> environment() const {
+        return {{"XDG_CONFIG_HOME", folder / "config"},
+                {"XDG_RUNTIME_DIR", runtimeFolder.path().string()},
+                {"GSETTINGS_SCHEMA_DIR", folder.path().string()},
+                {"GSETTINGS_BACKEND", "dconf"},
+                {"DCONF_PROFILE", ""}};
+    }
+
+    /// For the processes that use the peer.
+    void takeEnvironment() const {
+        for (const auto& [name, value] : environment()) {
+            value.empty() ? ::unsetenv(name.c_str()) : ::setenv(name.c_str(), value.c_str(), 1);
+        }
+        ::setenv("DBUS_SESSION_BUS_ADDRESS", bus.address().c_str(), 1);
+    }
+
+    TestSupport::TemporaryDirectory folder;
+    /// The service tells its clients by a file in memory that the database is a new one.
+    TestSupport::TemporaryDirectory runtimeFolder{TestSupport::memoryFolder()};
+    PrivateBus bus;
+};
+
 }  // namespace
 
-DconfPeer::DconfPeer(const std::filesystem::path& parent)
-    : folder(parent),
-      runtimeFolder(TestSupport::memoryFolder()),
-      bus(folder.path(), {{"ca.desrt.dconf", "/usr/libexec/dconf-service"}}, environment()) {
-    compileSchema(folder.path());
-}
-
-std::map<std::string, std::string> DconfPeer::environment() const {
-    return {{"XDG_CONFIG_HOME", folder / "config"},
-            {"XDG_RUNTIME_DIR", runtimeFolder.path().string()},
-            {"GSETTINGS_SCHEMA_DIR", folder.path().string()},
-            {"GSETTINGS_BACKEND", "dconf"},
-            {"DCONF_PROFILE", ""}};
-}
-
-void DconfPeer::takeEnvironment() const {
-    for (const auto& [name, value] : environment()) {
-        value.empty() ? ::unsetenv(name.c_str()) : ::setenv(name.c_str(), value.c_str(), 1);
-    }
-    ::setenv("DBUS_SESSION_BUS_ADDRESS", bus.address().c_str(), 1);
-}
-
-std::unique_ptr<Setter> DconfPeer::connect() const {
-    takeEnvironment();
-    return std::make_unique<DconfSetter>();
-}
-
-void DconfPeer::observe(const Report& report) const {
-    takeEnvironment();
-    const Settings settings = openSettings();
-    Report own = report;
-    g_signal_connect(settings.get(), "changed", G_CALLBACK(reportChange), &own);
-    // GSettings tells of a key only once it has been read.
-    g_free(g_settings_get_string(settings.get(), schemaKey));
-    report.ready();
-    for (;;) {
-        g_main_context_iteration(nullptr, TRUE);
-    }
+std::unique_ptr<Peer> dconfPeer(const std::filesystem::path& parent) {
+    return std::make_unique<DconfPeer>(parent);
 }
 
 }  // namespace Benchmarks

@@ -1,9 +1,10 @@
-#include "HostPeer.h"
-
 #include <stdexcept>
 
+#include "Peer.h"
 #include "SocketLines.h"
+#include "support/ChildProcess.h"
 #include "support/LineClient.h"
+#include "support/TemporaryDirectory.h"
 #include "support/Texts.h"
 
 namespace Benchmarks {
@@ -29,31 +30,40 @@ std::string newValueOf(const std::string& event) {
     return event.substr(start, event.find('"', start) - start);
 }
 
+class HostPeer : public Peer {
+public:
+    HostPeer(const std::filesystem::path& parent, int logLevel)
+        : folder(parent),
+          // Its log goes to a file, so that nobody has to read it meanwhile.
+          host({"/bin/sh", "-c", R"(log=$1; shift; exec "$@" 2> "$log")", "sh", folder / "log", SETTINGS_HOST,
+                "--storage", folder / "settings.db", "--socket", folder / "settings.sock", "--device-socket",
+                folder / "device.sock", "--no-web", "--log-level", std::to_string(logLevel)}) {
+        if (!host.output().readLine()) {
+            throw std::runtime_error("the host did not start");
+        }
+    }
+
+    std::unique_ptr<Setter> connect() const override { return std::make_unique<HostSetter>(folder / "settings.sock"); }
+
+    void observe(const Report& report) const override {
+        const TestSupport::LineClient client(folder / "settings.sock");
+        SocketLines events(client.descriptor());
+        report.ready();
+        for (;;) {
+            const std::string value = newValueOf(events.next());
+            report.seen(std::chrono::steady_clock::now(), value);
+        }
+    }
+
+private:
+    TestSupport::TemporaryDirectory folder;
+    TestSupport::ChildProcess host;
+};
+
 }  // namespace
 
-HostPeer::HostPeer(const std::filesystem::path& parent, Log log)
-    : folder(parent),
-      // Its log goes to a file, so that nobody has to read it meanwhile.
-      host({"/bin/sh", "-c", R"(log=$1; shift; exec "$@" 2> "$log")", "sh", folder / "log", SETTINGS_HOST, "--storage",
-            folder / "settings.db", "--socket", folder / "settings.sock", "--device-socket", folder / "device.sock",
-            "--no-web", "--log-level", log == Log::AS_USUAL ? "1" : "3"}) {
-    if (!host.output().readLine()) {
-        throw std::runtime_error("the host did not start");
-    }
-}
-
-std::unique_ptr<Setter> HostPeer::connect() const {
-    return std::make_unique<HostSetter>(folder / "settings.sock");
-}
-
-void HostPeer::observe(const Report& report) const {
-    const TestSupport::LineClient client(folder / "settings.sock");
-    SocketLines events(client.descriptor());
-    report.ready();
-    for (;;) {
-        const std::string value = newValueOf(events.next());
-        report.seen(std::chrono::steady_clock::now(), value);
-    }
+std::unique_ptr<Peer> hostPeer(const std::filesystem::path& parent, int logLevel) {
+    return std::make_unique<HostPeer>(parent, logLevel);
 }
 
 }  // namespace Benchmarks

@@ -1,5 +1,4 @@
 #include <csignal>
-#include <filesystem>
 #include <fstream>
 #include <stdexcept>
 #include <string>
@@ -8,7 +7,8 @@
 #include <unistd.h>
 
 #include "BusConnection.h"
-#include "PropertyPeers.h"
+#include "PrivateBus.h"
+#include "support/TemporaryDirectory.h"
 
 namespace Benchmarks {
 
@@ -50,32 +50,40 @@ std::string commandIn(const TestSupport::TemporaryDirectory& folder) {
     return "/usr/bin/unshare --mount --uts /bin/sh " + script;
 }
 
+class HostnamedPeer : public Peer {
+public:
+    explicit HostnamedPeer(const std::filesystem::path& parent)
+        : folder(parent),
+          bus(folder.path(), {{place.service, commandIn(folder)}},
+              {{"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=" + (folder / "bus")}}) {
+        NameSetter(connectToBus(bus.address())).set("Living room");
+    }
+
+    /// The service would otherwise run for half a minute.
+    ~HostnamedPeer() override {
+        pid_t service = 0;
+        std::ifstream(folder / "pid") >> service;
+        std::error_code gone;
+        const auto running = std::filesystem::read_symlink("/proc/" + std::to_string(service) + "/exe", gone);
+        if (running.filename() == std::filesystem::path(program).filename()) {
+            ::kill(service, SIGTERM);
+        }
+    }
+
+    std::unique_ptr<Setter> connect() const override {
+        return std::make_unique<NameSetter>(connectToBus(bus.address()));
+    }
+    void observe(const Report& report) const override { observeProperty(bus.address(), place, report); }
+
+private:
+    TestSupport::TemporaryDirectory folder;
+    PrivateBus bus;
+};
+
 }  // namespace
 
-HostnamedPeer::HostnamedPeer(const std::filesystem::path& parent)
-    : folder(parent),
-      bus(folder.path(), {{place.service, commandIn(folder)}},
-          {{"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=" + (folder / "bus")}}) {
-    NameSetter(connectToBus(bus.address())).set("Living room");
-}
-
-/// Left alone it would go on for half a minute.
-HostnamedPeer::~HostnamedPeer() {
-    pid_t service = 0;
-    std::ifstream(folder / "pid") >> service;
-    std::error_code gone;
-    const auto running = std::filesystem::read_symlink("/proc/" + std::to_string(service) + "/exe", gone);
-    if (running.filename() == std::filesystem::path(program).filename()) {
-        ::kill(service, SIGTERM);
-    }
-}
-
-std::unique_ptr<Setter> HostnamedPeer::connect() const {
-    return std::make_unique<NameSetter>(connectToBus(bus.address()));
-}
-
-void HostnamedPeer::observe(const Report& report) const {
-    observeProperty(bus.address(), place, report);
+std::unique_ptr<Peer> hostnamedPeer(const std::filesystem::path& parent) {
+    return std::make_unique<HostnamedPeer>(parent);
 }
 
 }  // namespace Benchmarks

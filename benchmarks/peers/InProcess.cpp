@@ -1,8 +1,6 @@
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <ctime>
-#include <exception>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -12,13 +10,12 @@
 #include <gio/gio.h>
 #include <gio/gsettingsbackend.h>
 
-#include "Arguments.h"
 #include "CommunicationHandler/MessageType.h"
 #include "Schema.h"
 #include "SettingsHandler/SettingsHandler.h"
 #include "VessaLogger/LogSink.h"
+#include "support/Arguments.h"
 #include "support/QuietCollaborators.h"
-#include "support/Results.h"
 #include "support/TemporaryDirectory.h"
 #include "support/Texts.h"
 
@@ -155,12 +152,6 @@ Results measure(const Arguments& arguments) {
 
 }  // namespace Benchmarks
 
-int main(int argumentCount, char** arguments) {
-    try {
-        Benchmarks::measure(Benchmarks::parseArguments(argumentCount, arguments)).print();
-        return EXIT_SUCCESS;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s\n", error.what());
-        return EXIT_FAILURE;
-    }
+int main(int count, char** texts) {
+    return Benchmarks::measureAndPrint(count, texts, Benchmarks::measure);
 }

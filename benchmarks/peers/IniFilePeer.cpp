@@ -1,31 +1,32 @@
-#include "IniFilePeer.h"
-
 #include <QSettings>
 #include <stdexcept>
 
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "Peer.h"
+#include "support/TemporaryDirectory.h"
+
 namespace Benchmarks {
 
 namespace {
 
-void synchronise(const std::string& path) {
+void sync(const std::string& path) {
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     const bool done = descriptor >= 0 && ::fsync(descriptor) == 0;
     ::close(descriptor);
     if (!done) {
-        throw std::runtime_error(path + " was not made safe");
+        throw std::runtime_error(path + " was not flushed");
     }
 }
 
 class IniFileSetter : public Setter {
 public:
-    IniFileSetter(const TestSupport::TemporaryDirectory& folder, IniFilePeer::Safety chosen)
+    IniFileSetter(const TestSupport::TemporaryDirectory& folder, bool synced)
         : directory(folder.path().string()),
           file(folder / "settings.ini"),
           settings(QString::fromStdString(file), QSettings::IniFormat),
-          safety(chosen) {}
+          isSynced(synced) {}
 
     void set(const std::string& value) override {
         settings.setValue(QStringLiteral("deviceName"), QString::fromStdString(value));
@@ -33,9 +34,9 @@ public:
         if (settings.status() != QSettings::NoError) {
             throw std::runtime_error(file + " was not written");
         }
-        if (safety == IniFilePeer::Safety::SYNCHRONISED) {
-            synchronise(file);
-            synchronise(directory);
+        if (isSynced) {
+            sync(file);
+            sync(directory);
         }
     }
 
@@ -43,13 +44,26 @@ private:
     std::string directory;
     std::string file;
     QSettings settings;
-    IniFilePeer::Safety safety;
+    bool isSynced;
+};
+
+class IniFilePeer : public Peer {
+public:
+    IniFilePeer(const std::filesystem::path& parent, bool synced) : folder(parent), isSynced(synced) {}
+
+    std::unique_ptr<Setter> connect() const override { return std::make_unique<IniFileSetter>(folder, isSynced); }
+    bool tellsOthers() const override { return false; }
+    void observe(const Report& /*report*/) const override {}
+
+private:
+    TestSupport::TemporaryDirectory folder;
+    bool isSynced;
 };
 
 }  // namespace
 
-std::unique_ptr<Setter> IniFilePeer::connect() const {
-    return std::make_unique<IniFileSetter>(folder, safety);
+std::unique_ptr<Peer> iniFilePeer(const std::filesystem::path& parent, bool isSynced) {
+    return std::make_unique<IniFilePeer>(parent, isSynced);
 }
 
 }  // namespace Benchmarks

@@ -1,12 +1,13 @@
 #pragma once
 
 #include <chrono>
+#include <filesystem>
 #include <memory>
 #include <string>
 
 namespace Benchmarks {
 
-/// Changes the setting of a peer; lives in a process of its own.
+/// Changes the setting of a peer; lives in its own process.
 class Setter {
 public:
     Setter() = default;
@@ -50,5 +51,22 @@ public:
     /// Called in the process that is to see changes, and never returns.
     virtual void observe(const Report& report) const = 0;
 };
+
+// The peers. Each keeps its files in a fresh folder inside `parent`. Errors: `std::runtime_error`.
+
+/// Our host over its Unix socket, as shipped. Log lines of `logLevel` and more are written.
+std::unique_ptr<Peer> hostPeer(const std::filesystem::path& parent, int logLevel);
+/// GSettings with the dconf service, on its own session bus.
+std::unique_ptr<Peer> dconfPeer(const std::filesystem::path& parent);
+/// A writable property of a service written with sd-bus, on its own message bus. It stores nothing.
+std::unique_ptr<Peer> busPropertyPeer();
+/// systemd-hostnamed, which stores the machine's pretty name in /etc, with its own message bus and /etc. Needs root.
+std::unique_ptr<Peer> hostnamedPeer(const std::filesystem::path& parent);
+/// QSettings with a file of the INI format. It notifies nobody. `isSynced`: file and folder are flushed after each
+/// change.
+std::unique_ptr<Peer> iniFilePeer(const std::filesystem::path& parent, bool isSynced);
+/// A process that copies lines from one Unix socket to another and stores nothing: the least that a change costs which
+/// goes from one process through a second one to a third.
+std::unique_ptr<Peer> relayPeer();
 
 }  // namespace Benchmarks

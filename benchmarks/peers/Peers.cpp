@@ -1,7 +1,5 @@
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
-#include <exception>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -9,15 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "Arguments.h"
 #include "Contender.h"
-#include "DconfPeer.h"
-#include "HostPeer.h"
-#include "IniFilePeer.h"
-#include "PropertyPeers.h"
-#include "RelayPeer.h"
+#include "Peer.h"
 #include "host/client/Server.h"
-#include "support/Results.h"
+#include "support/Arguments.h"
 
 namespace Benchmarks {
 
@@ -51,24 +44,24 @@ void Race::gather() {
     constexpr int many = 60;
     // A disk is slow.
     constexpr int few = 15;
-    using Safety = IniFilePeer::Safety;
-    using Log = HostPeer::Log;
-    add("host, memory", std::make_unique<HostPeer>(memory, Log::AS_USUAL), many);
-    add("host, memory, errors logged", std::make_unique<HostPeer>(memory, Log::ERRORS_ONLY), many);
-    add("relay, nothing stored", std::make_unique<RelayPeer>(), many);
-    add("dconf, memory", std::make_unique<DconfPeer>(memory), many);
-    add("sd-bus, nothing stored", std::make_unique<BusPropertyPeer>(), many);
+    constexpr int usualLog = 1;
+    constexpr int errorsOnly = 3;
+    add("host, memory", hostPeer(memory, usualLog), many);
+    add("host, memory, errors logged", hostPeer(memory, errorsOnly), many);
+    add("relay, nothing stored", relayPeer(), many);
+    add("dconf, memory", dconfPeer(memory), many);
+    add("sd-bus, nothing stored", busPropertyPeer(), many);
     addHostnamed(memory, many);
-    add("QSettings, memory", std::make_unique<IniFilePeer>(memory, Safety::AS_IT_IS), many);
-    add("host, disk", std::make_unique<HostPeer>(disk, Log::AS_USUAL), few);
-    add("dconf, disk", std::make_unique<DconfPeer>(disk), few);
-    add("QSettings, disk", std::make_unique<IniFilePeer>(disk, Safety::AS_IT_IS), few);
-    add("QSettings, disk, fsync", std::make_unique<IniFilePeer>(disk, Safety::SYNCHRONISED), few);
+    add("QSettings, memory", iniFilePeer(memory, false), many);
+    add("host, disk", hostPeer(disk, usualLog), few);
+    add("dconf, disk", dconfPeer(disk), few);
+    add("QSettings, disk", iniFilePeer(disk, false), few);
+    add("QSettings, disk, fsync", iniFilePeer(disk, true), few);
 }
 
 void Race::addHostnamed(const std::filesystem::path& parent, int changes) {
     try {
-        add("hostnamed, memory", std::make_unique<HostnamedPeer>(parent), changes);
+        add("hostnamed, memory", hostnamedPeer(parent), changes);
     } catch (const std::runtime_error& error) {
         std::fprintf(stderr, "hostnamed: not measured: %s\n", error.what());
     }
@@ -137,23 +130,20 @@ Results Race::results() const {
     return results;
 }
 
+Results measure(const Arguments& arguments) {
+    if (arguments.oneProcessor) {
+        stayOnOneProcessor();
+    }
+    Race race(arguments);
+    race.gather();
+    race.run();
+    return race.results();
+}
+
 }  // namespace
 
 }  // namespace Benchmarks
 
-int main(int argumentCount, char** arguments) {
-    try {
-        const Benchmarks::Arguments chosen = Benchmarks::parseArguments(argumentCount, arguments);
-        if (chosen.oneProcessor) {
-            Benchmarks::stayOnOneProcessor();
-        }
-        Benchmarks::Race race(chosen);
-        race.gather();
-        race.run();
-        race.results().print();
-        return EXIT_SUCCESS;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s\n", error.what());
-        return EXIT_FAILURE;
-    }
+int main(int count, char** texts) {
+    return Benchmarks::measureAndPrint(count, texts, Benchmarks::measure);
 }

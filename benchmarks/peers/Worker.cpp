@@ -45,8 +45,8 @@ Worker::Worker(const std::function<void(int)>& work) {
     }
     ::close(ends[1]);
     socket = ends[0];
-    const timeval patience{60, 0};
-    ::setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof(patience));
+    const timeval waitTimeout{60, 0};
+    ::setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &waitTimeout, sizeof(waitTimeout));
 }
 
 Worker::~Worker() {

@@ -1,6 +1,7 @@
 #include "support/Results.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 #include "Utils/Rapidjson.h"
@@ -101,7 +102,7 @@ double percentile(const std::vector<double>& sortedValues, double percent) {
         return 0;
     }
     const double place = percent / 100 * static_cast<double>(sortedValues.size() - 1);
-    return sortedValues[static_cast<std::size_t>(place + 0.5)];
+    return sortedValues[static_cast<std::size_t>(std::lround(place))];
 }
 
 std::vector<double> quotients(const std::vector<double>& values, const std::vector<double>& others) {

@@ -1,5 +1,7 @@
 #include "connection/Errors.h"
 
+#include "Wire/RefusalCode.h"
+
 namespace SettingsClient {
 
 void throwIfRefusal(const Wire::HostFrame& frame) {
@@ -7,7 +9,7 @@ void throwIfRefusal(const Wire::HostFrame& frame) {
     if (!refusal) {
         return;
     }
-    if (refusal->code == "too-many-clients") {
+    if (refusal->code == Wire::RefusalCode::tooManyClients) {
         throw ConnectionError("the host has reached its limit of clients; try again later");
     }
     throw RequestRefused("the host refused the request: " + refusal->message + " (" + refusal->code + ")");

@@ -12,7 +12,7 @@
 
 namespace SettingsClient {
 
-/// A connection to the host's settings socket, with message ids and time stamps of its own. Errors of all that sends or
+/// A connection to the host's settings socket, with its own message ids and time stamps. Errors of all that sends or
 /// receives: as `Connection` and `throwIfRefusal`.
 class Session {
 public:

@@ -41,7 +41,7 @@ TEST(Journal, HasEverythingThatAChangeDoes) {
                        "metrics.recordEvent(app_events, AUTO, interaction_name=deviceName_Den)"}));
 
     EXPECT_FALSE(handler->setSetting("deviceName", "Den"));
-    EXPECT_EQ(handler.journal.take(), Entries{}) << "the same value again is no change";
+    EXPECT_EQ(handler.journal.take(), Entries{}) << "writing the same value again changes nothing";
 }
 
 TEST(Requests, ChangeAndRead) {

@@ -20,7 +20,7 @@ std::vector<std::string> linesOf(const std::map<std::string, std::string>& value
 }  // namespace
 
 HandlerWorld::HandlerWorld(const Surroundings& around) : model(keysInTableOrder()) {
-    handler = SettingsHandler::SettingsHandler::create(
+    handler = SettingsHandlerKit::CheckedSettingsHandler::create(
         transport, storage, std::make_shared<SettingsHandlerTesting::FakeMetrics>(journal), sdk,
         std::make_shared<SettingsHandlerTesting::FakeAppLaunch>(journal), device);
     journal.take();
@@ -56,6 +56,11 @@ void HandlerWorld::expectSame(const std::string& after) {
     checkSame(linesOf(storage.values), linesOf(model.around.stored), "the stored values after " + after);
     checkSame(sdk->locales, model.around.locales, "the locales after " + after);
     check(sdk->timezone == model.around.timezone, "the time zone after " + after);
+}
+
+void HandlerWorld::expectRejection(const std::string& line) {
+    checkSame(journal.take(), {"log 3 settings-host:" + line}, "the journal of a rejection");
+    check(handler->outcome().rejected, "the outcome of a rejection");
 }
 
 void HandlerWorld::expectSameCache(const std::string& after) {

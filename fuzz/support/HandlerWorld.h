@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "SettingsHandler/SettingsHandler.h"
+#include "SettingsHandlerKit/CheckedSettingsHandler.h"
 #include "SettingsHandlerTesting/FakeDevice.h"
 #include "SettingsHandlerTesting/FakeMetrics.h"
 #include "SettingsHandlerTesting/FakeObservers.h"
@@ -18,7 +18,8 @@
 
 namespace SettingsHandlerFuzz {
 
-/// A handler with fakes that share one journal, and the model that must predict it.
+/// A checked handler with fakes that share one journal, and the model that must predict it: the checks must change
+/// nothing but what would end the process.
 class HandlerWorld {
 public:
     static constexpr int observerCount = 4;
@@ -31,6 +32,8 @@ public:
 
     /// Checks that the journals and the stored values are equal; empties the journals.
     void expectSame(const std::string& after);
+    /// Checks that all that happened was that the handler rejected a value, with this log line; empties the journal.
+    void expectRejection(const std::string& line);
     /// Checks that the caches are equal too. Reads what `getCurrentSettingsMap` reads.
     void expectSameCache(const std::string& after);
 
@@ -46,7 +49,7 @@ public:
         std::make_shared<SettingsHandlerTesting::FakeSdkBridge>(journal);
     std::shared_ptr<SettingsHandlerTesting::FakeDeviceInfo> device =
         std::make_shared<SettingsHandlerTesting::FakeDeviceInfo>(journal);
-    std::shared_ptr<SettingsHandler::SettingsHandler> handler;
+    std::shared_ptr<SettingsHandlerKit::CheckedSettingsHandler> handler;
     ReferenceModel model;
 
     std::vector<std::shared_ptr<SettingsHandlerTesting::FakeLocaleObserver>> localeObservers;

@@ -71,22 +71,21 @@ std::string badArgument(const std::string& message) {
 std::string replyTo(const SettingsHandlerKit::Outcome& outcome, const std::string& key) {
     using SettingsHandlerKit::Outcome;
     if (outcome.rejected) {
-        return Wire::refusalFrame("not-passed-on", "the value is no array of locales within the nesting limit");
+        return Wire::refusalFrame("not-passed-on", "the value must be a JSON array of at most 32 levels");
     }
     if (outcome.kind == Outcome::Kind::CHANGED) {
         return done();
     }
     switch (outcome.reason) {
         case Outcome::Reason::READ_ONLY:
-            return Wire::refusalFrame("read-only", "nothing changed: '" + key + "' is set with the command \"" +
-                                                       (key == "captionsEnabled" ? "captions" : "doNotDisturb") +
-                                                       "\" only, whatever the device reports");
+            return Wire::refusalFrame("read-only", "nothing changed: '" + key + "' is set only with the command \"" +
+                                                       (key == "captionsEnabled" ? "captions" : "doNotDisturb") + "\"");
         case Outcome::Reason::NOT_STORED:
             return Wire::refusalFrame("not-stored",
-                                      "nothing changed: the storage did not take the value; the host's log says why");
+                                      "nothing changed: the storage refused the value; see the host's log");
         case Outcome::Reason::WRONG_FORM:
             return Wire::refusalFrame("wrong-form",
-                                      "nothing changed: the value is no JSON array with at least one locale");
+                                      "nothing changed: the value must be a JSON array with at least one locale");
         default:
             return R"({"ok":true,"changed":false})";
     }

@@ -77,7 +77,7 @@ std::string DeviceConsole::replyTo(const std::shared_ptr<SettingsHandlerKit::Cli
     if (command == "page") {
         return client->listenerKind() == SettingsHandlerKit::ListenerKind::UNIX_SOCKET
                    ? orFailure([&] { return showPage(request); })
-                   : Wire::refusalFrame("not-here", "only the device socket answers this");
+                   : Wire::refusalFrame("not-here", "only available at the device socket");
     }
     return command == "trace" ? switchTrace(client, request) : execute(request);
 }
@@ -98,7 +98,7 @@ std::string DeviceConsole::showPage(const rapidjson::Value& request) {
     const auto renewed = pageAddress.renewed();
     return renewed ? Wire::objectFrame("page", {{"address", *renewed}})
                    : Wire::refusalFrame("not-written",
-                                        "the new key could not be stored: the old key and its cookies still hold");
+                                        "the new key could not be stored: the old key and its cookies stay valid");
 }
 
 std::string DeviceConsole::switchTrace(const std::shared_ptr<SettingsHandlerKit::Client>& client,
@@ -128,7 +128,7 @@ std::string DeviceConsole::orFailure(const std::function<std::string()>& action)
         return action();
     } catch (const std::exception& error) {
         SettingsHandlerKit::writeLog(VessaLogger::ERROR, std::string("a device command failed: ") + error.what());
-        return Wire::refusalFrame("failed", "the host could not carry it out; its log says why");
+        return Wire::refusalFrame("failed", "internal error; see the host's log");
     }
 }
 

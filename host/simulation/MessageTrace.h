@@ -9,7 +9,7 @@
 
 namespace SettingsHost {
 
-/// Copies all frames to the device clients that asked for it, each in a frame of its own:
+/// Copies all frames to the device clients that asked for it, each in its own frame:
 /// `{"trace":{"timestamp":…,"direction":"in","door":"page","client":2,"text":"…"}}`. Costs next to nothing while no
 /// client watches. One thread only.
 class MessageTrace : public SettingsHandlerKit::TrafficObserver {

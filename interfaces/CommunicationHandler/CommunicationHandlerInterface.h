@@ -11,7 +11,7 @@ namespace CommunicationHandler {
 /// The message transport between clients, such as settings pages, and the handler.
 ///
 /// The library registers its request handlers once, in the constructor of the handler. It sends replies and events on
-/// the thread that delivered the request or made the change, without a lock of its own. It reads the names of the
+/// the thread that delivered the request or made the change, without holding a lock. It reads the names of the
 /// envelope's members for each request.
 ///
 /// The implementer delivers requests one at a time, stops delivering before the handler is destroyed, and chooses the

@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <exception>
-#include <map>
 #include <stdexcept>
 #include <utility>
 
@@ -12,6 +11,7 @@
 #include "handler/CheckedCollaborators.h"
 #include "handler/LegacyLocale.h"
 #include "handler/LocaleGuard.h"
+#include "handler/NewestTimestamps.h"
 #include "handler/Outcomes.h"
 #include "handler/SetRequest.h"
 #include "handler/StorageBounds.h"
@@ -72,7 +72,7 @@ struct CheckedSettingsHandler::Parts {
     CheckedSdkBridge bridge;
     std::shared_ptr<DeviceAbstractionLayer::AppLaunch> launcher;
     std::shared_ptr<DeviceAbstractionLayer::OrliaDeviceInfoInterface> info;
-    /// Newest accepted request per setting, as in the base class. Used on the transport's thread only.
+    /// As in the base class. Used on the transport's thread only.
     NewestTimestamps newest;
     /// Set before the first request comes.
     CheckedSettingsHandler* handler = nullptr;
@@ -186,7 +186,7 @@ bool CheckedSettingsHandler::setSetting(const std::string& name, const std::stri
 bool CheckedSettingsHandler::isRequestValid(std::string& settingDBId, long timestamp) {
     const bool valid = SettingsHandler::isRequestValid(settingDBId, timestamp);
     if (valid) {
-        parts->newest[::SettingsHandler::settingTypeFromName(settingDBId)] = timestamp;
+        parts->newest.record(settingDBId, timestamp);
     }
     return valid;
 }

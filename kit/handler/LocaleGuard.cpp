@@ -1,12 +1,15 @@
 #include "handler/LocaleGuard.h"
 
+#include <string_view>
+
 #include "Utils/RapidjsonUtil.h"
 #include "Wire/JsonShape.h"
 
 namespace SettingsHandlerKit {
 
 bool isSafeForHandler(const std::string& settingDBId, const std::string& value) {
-    if (settingDBId != "orliaLocale") {
+    constexpr std::string_view locale = "orliaLocale";
+    if (settingDBId != locale) {
         return true;
     }
     const Wire::JsonShape shape = Wire::shapeOf(value);

@@ -1,5 +1,7 @@
 #include "handler/Outcomes.h"
 
+#include <utility>
+
 #include "CommunicationHandler/MessageType.h"
 #include "SettingsHandlerKit/SettingDescriptions.h"
 #include "handler/SetRequest.h"
@@ -53,12 +55,12 @@ Outcome outcomeOfSetRequest(const std::string& text, const RequestSurroundings& 
     if (!request.missing.empty()) {
         return refusal(Reason::INCOMPLETE, request.missing, request.settingDBId);
     }
-    const auto newest = around.newest.find(SettingsHandler::settingTypeFromName(request.settingDBId));
-    if (newest != around.newest.end() && newest->second > request.timestamp) {
-        Outcome outcome = refusal(
-            Reason::STALE, "a request with the newer time stamp " + std::to_string(newest->second) + " was accepted",
-            request.settingDBId);
-        outcome.newest = newest->second;
+    const auto newest = around.newest.find(request.settingDBId);
+    if (newest && *newest > request.timestamp) {
+        Outcome outcome =
+            refusal(Reason::STALE, "a request with the newer time stamp " + std::to_string(*newest) + " was accepted",
+                    request.settingDBId);
+        outcome.newest = *newest;
         return outcome;
     }
     other.settingDBId = request.settingDBId;

@@ -1,19 +1,15 @@
 #pragma once
 
-#include <map>
 #include <string>
 
 #include "CommunicationHandler/CommunicationHandlerInterface.h"
-#include "SettingsHandler/SettingsNames.h"
 #include "SettingsHandlerKit/Outcome.h"
+#include "handler/NewestTimestamps.h"
 #include "handler/ThreadRecords.h"
 
 /// \file
 /// What an operation that has ended led to.
 namespace SettingsHandlerKit {
-
-/// The newest accepted time stamp of each setting.
-using NewestTimestamps = std::map<SettingsHandler::SettingsNamesType, long>;
 
 /// What a request is judged by.
 struct RequestSurroundings {

@@ -41,8 +41,9 @@ void StorageBounds::forgetAll() {
 /// Returns: the bytes that are gathered for the reply with this value.
 std::size_t StorageBounds::gather(const std::string& key, std::size_t size, bool gathering) {
     const std::lock_guard<std::mutex> lock(mutex);
+    Kept& value = keep(key, size);
     // A key that is requested twice is in the reply once.
-    if (std::exchange(keep(key, size).request, request) == request || !gathering) {
+    if (!gathering || std::exchange(value.request, request) == request) {
         return 0;
     }
     return gatheredBytes += size;

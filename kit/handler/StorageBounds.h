@@ -45,7 +45,7 @@ public:
 private:
     struct Kept {
         std::size_t size = 0;
-        /// The last request that read it.
+        /// The last request that gathered it.
         unsigned long request = 0;
     };
 

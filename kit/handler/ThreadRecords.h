@@ -29,17 +29,17 @@ struct Operation {
     bool concluded = false;
 };
 
-/// Knows for each thread the operations in progress and the outcome of the one that ended last.
+/// Knows for each thread the operations in progress and the outcome of the one that ended last. Threads: any.
 class ThreadRecords {
     struct Record {
-        std::thread::id thread;
+        std::atomic<std::thread::id> thread;
         /// Changed by its thread only.
         std::atomic<Operation*> innermost{nullptr};
         Outcome outcome;
     };
 
 public:
-    /// How many threads that have no operation in progress are kept.
+    /// How many threads are kept besides those with an operation in progress.
     static constexpr std::size_t maximumIdle = 16;
 
     /// Makes an operation the innermost of the calling thread, for the lifetime of the object.
@@ -54,21 +54,22 @@ public:
         /// another one, which does not count.
         template <typename Conclusion>
         void conclude(const Conclusion& setOutcome) {
-            const bool isOfRequest = isWriteOfRequest();
-            if (operation.outer == nullptr || isOfRequest) {
+            Operation* request = requestOfWrite();
+            if (operation.outer == nullptr || request != nullptr) {
                 setOutcome(record.outcome);
             }
             operation.concluded = true;
-            if (isOfRequest) {
-                operation.outer->concluded = true;
+            if (request != nullptr) {
+                request->concluded = true;
             }
         }
 
         Operation operation;
 
     private:
-        bool isWriteOfRequest() const;
+        Operation* requestOfWrite() const;
 
+        ThreadRecords& records;
         Record& record;
     };
 
@@ -78,12 +79,17 @@ public:
     Outcome outcome();
 
 private:
+    Record* busy() const;
     Record* find();
+    Record& findOrMake();
     Record& enter(Operation& operation);
+    void leave(Record& record, Operation* outer);
 
     std::mutex mutex;
-    /// The one that was used last comes first.
+    /// The one that was used last comes first. One that is idle may become that of another thread; none is ever freed.
     std::list<Record> records;
+    /// Of the thread that began an operation last, null when that has ended: saves it the mutex meanwhile.
+    std::atomic<Record*> latest{nullptr};
 };
 
 }  // namespace SettingsHandlerKit

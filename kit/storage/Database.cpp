@@ -116,7 +116,7 @@ void Database::connect() {
         fail(opened, "cannot open " + path);
     }
     sqlite3_extended_result_codes(opened, 1);
-    // Long enough for another process to finish a backup, short enough for a person who waits.
+    // Long enough for another process to finish a backup, short enough for a user who waits for a reply.
     sqlite3_busy_timeout(opened, 1000);
     moveLogOnClose(opened, false);
 }
@@ -130,10 +130,10 @@ void Database::check() {
     Statement tables(*this, "SELECT count(*) FROM sqlite_schema");
     tables.step();
     if (owner != applicationId && (owner != 0 || version != 0 || tables.number(0) != 0)) {
-        throw DatabaseError(path + " belongs to another program; it was left as it is");
+        throw DatabaseError(path + " belongs to another program; left unchanged");
     }
     if (version > schemaVersion) {
-        throw NewerDatabase(path + " was written by a newer version; it was left as it is");
+        throw NewerDatabase(path + " was written by a newer version; left unchanged");
     }
     Statement quickCheck(*this, "PRAGMA quick_check(1)");
     quickCheck.step();

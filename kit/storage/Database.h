@@ -5,8 +5,8 @@
 #include <string>
 
 #include "SettingsHandlerKit/DatabaseError.h"
+#include "SettingsHandlerKit/Descriptor.h"
 #include "SettingsHandlerKit/Disk.h"
-#include "service/Descriptor.h"
 
 struct sqlite3;
 struct sqlite3_stmt;

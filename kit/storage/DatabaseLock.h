@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "service/Descriptor.h"
+#include "SettingsHandlerKit/Descriptor.h"
 
 namespace SettingsHandlerKit {
 

@@ -2,13 +2,13 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <filesystem>
 
 #include <fcntl.h>
+#include <sys/sendfile.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "service/Descriptor.h"
+#include "SettingsHandlerKit/Descriptor.h"
 
 namespace SettingsHandlerKit {
 
@@ -17,7 +17,7 @@ namespace {
 constexpr mode_t ownerOnly = 0600;
 
 std::error_code errorIf(bool failed) {
-    return failed ? std::error_code(errno, std::generic_category()) : std::error_code();
+    return {failed ? errno : 0, std::generic_category()};
 }
 
 Descriptor openFile(const std::string& file, int flags) {
@@ -37,12 +37,17 @@ std::error_code Disk::createFile(const std::string& file) {
 }
 
 std::error_code Disk::copyFile(const std::string& from, const std::string& to) {
-    if (openFile(to, O_RDWR | O_CREAT | O_EXCL).get() < 0) {
+    const Descriptor source = openFile(from, O_RDONLY);
+    const Descriptor copy = source.get() < 0 ? Descriptor() : openFile(to, O_WRONLY | O_CREAT | O_EXCL);
+    if (copy.get() < 0) {
         return errorIf(true);
     }
-    std::error_code error;
-    std::filesystem::copy_file(from, to, std::filesystem::copy_options::overwrite_existing, error);
-    return {error.value(), std::generic_category()};
+    constexpr std::size_t atOnce = std::size_t{1024} * 1024;
+    ssize_t copied = 0;
+    do {
+        copied = ::sendfile(copy.get(), source.get(), nullptr, atOnce);
+    } while (copied > 0);
+    return errorIf(copied < 0);
 }
 
 std::error_code Disk::renameFile(const std::string& from, const std::string& to) {

@@ -6,7 +6,7 @@
 #include <fcntl.h>
 
 #include "SettingsHandlerKit/DatabaseError.h"
-#include "service/Descriptor.h"
+#include "SettingsHandlerKit/Descriptor.h"
 
 namespace SettingsHandlerKit {
 

@@ -4,7 +4,7 @@
 #include <system_error>
 #include <vector>
 
-#include "service/logging/HostLog.h"
+#include "SettingsHandlerKit/Logging.h"
 #include "storage/Backup.h"
 #include "storage/FileNames.h"
 #include "storage/Files.h"
@@ -107,16 +107,16 @@ void finishLogOut(Database& database) {
         }
         erase(database);
     } catch (const DatabaseError& error) {
-        logHost(VessaLogger::ERROR,
-                std::string("a log-out is incomplete: removed values are still on the disk (retried hourly and at the "
-                            "next start): ") +
-                    error.what());
+        writeLog(VessaLogger::ERROR,
+                 std::string("a log-out is incomplete: removed values are still on the disk (retried hourly and at the "
+                             "next start): ") +
+                     error.what());
         return;
     }
     try {
         backUp(database);
     } catch (const DatabaseError& error) {
-        logHost(VessaLogger::ERROR, std::string("database backup failed: ") + error.what());
+        writeLog(VessaLogger::ERROR, std::string("database backup failed: ") + error.what());
     }
 }
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "service/logging/HostLog.h"
+#include "SettingsHandlerKit/Logging.h"
 #include "storage/FileNames.h"
 #include "storage/Files.h"
 #include "storage/LogOut.h"
@@ -57,7 +57,7 @@ bool restore(const std::string& backup, const std::string& file, const std::shar
         moveFile(*disk, copy, file);
         return true;
     } catch (const DatabaseError& error) {
-        logHost(VessaLogger::ERROR, "the backup " + nameOf(backup) + " cannot be used: " + error.what());
+        writeLog(VessaLogger::ERROR, "the backup " + nameOf(backup) + " cannot be used: " + error.what());
         removeFile(*disk, copy);
         return false;
     }
@@ -67,12 +67,12 @@ Recovery::Source restoreNewest(const std::string& file, const std::shared_ptr<Di
     for (int generation = 1; generation <= backupGenerations; ++generation) {
         const std::string backup = backupName(file, generation);
         if (holdsData(backup) && restore(backup, file, disk)) {
-            logHost(VessaLogger::ERROR,
-                    "the database was restored from " + nameOf(backup) + "; changes made since that backup are lost");
+            writeLog(VessaLogger::ERROR,
+                     "the database was restored from " + nameOf(backup) + "; changes made since that backup are lost");
             return Recovery::Source::BACKUP;
         }
     }
-    logHost(VessaLogger::ERROR, "no usable backup; all settings have their defaults");
+    writeLog(VessaLogger::ERROR, "no usable backup; all settings have their defaults");
     return Recovery::Source::DEFAULTS;
 }
 
@@ -86,8 +86,8 @@ void startEmptyAfterLogOut(Disk& disk, const std::string& file, Recovery& recove
     for (const auto& name : databaseFiles(file)) {
         removeFile(disk, name);
     }
-    logHost(VessaLogger::ERROR,
-            "a log-out was in progress, so no backup is restored; all settings have their defaults");
+    writeLog(VessaLogger::ERROR,
+             "a log-out was in progress, so no backup is restored; all settings have their defaults");
     recovery.source = Recovery::Source::DEFAULTS;
 }
 
@@ -96,10 +96,10 @@ Database openOrRestore(const std::string& file, const std::shared_ptr<Disk>& dis
         try {
             return Database(file, disk);
         } catch (const DamagedDatabase& damage) {
-            logHost(VessaLogger::ERROR, damage.what());
+            writeLog(VessaLogger::ERROR, damage.what());
         }
     } else {
-        logHost(VessaLogger::ERROR, file + " is missing or empty, although backups or a log of it exist");
+        writeLog(VessaLogger::ERROR, file + " is missing or empty, although backups or a log of it exist");
     }
     if (exists(logOutMarkerName(file))) {
         startEmptyAfterLogOut(*disk, file, recovery);
@@ -107,7 +107,7 @@ Database openOrRestore(const std::string& file, const std::shared_ptr<Disk>& dis
     }
     recovery.setAside = setAside(*disk, file);
     if (!recovery.setAside.empty()) {
-        logHost(VessaLogger::ERROR, "the old files were kept as " + recovery.setAside);
+        writeLog(VessaLogger::ERROR, "the old files were kept as " + recovery.setAside);
     }
     recovery.source = restoreNewest(file, disk);
     return Database(file, disk);

@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "service/logging/HostLog.h"
+#include "SettingsHandlerKit/Logging.h"
 #include "storage/FileNames.h"
 #include "storage/LogOut.h"
 #include "storage/Recovery.h"
@@ -43,7 +43,7 @@ Storage::Parts::Parts(const std::string& path, const std::shared_ptr<Disk>& disk
     if (!database.isWritable()) {
         health.writable = false;
         health.lastFailure = readOnlyReason;
-        logHost(VessaLogger::ERROR, "changes cannot be stored: " + health.lastFailure);
+        writeLog(VessaLogger::ERROR, "changes cannot be stored: " + health.lastFailure);
     }
 }
 
@@ -71,7 +71,7 @@ bool Storage::Parts::attempt(StorageOperation operation, const std::function<std
 void Storage::Parts::refuse(const std::string& what, const std::string& why) {
     ++health.failures;
     health.lastFailure = why;
-    logHost(VessaLogger::ERROR, what + ": " + why);
+    writeLog(VessaLogger::ERROR, what + ": " + why);
 }
 
 void Storage::Parts::put(const std::string& key, const std::string& value) {
@@ -208,7 +208,7 @@ std::string Storage::backupNow() {
     cancelBackup();
     finishLogOut(parts->database);
     backUp(parts->database);
-    logHost(VessaLogger::INFORMATION, backedUp);
+    writeLog(VessaLogger::INFORMATION, backedUp);
     return backupName(file(), 1);
 }
 
@@ -226,7 +226,7 @@ bool Storage::beginBackup(std::chrono::seconds maximumAge) {
     try {
         parts->backup = std::make_unique<Backup>(parts->database);
     } catch (const DatabaseError& error) {
-        logHost(VessaLogger::ERROR, std::string("cannot start a database backup: ") + error.what());
+        writeLog(VessaLogger::ERROR, std::string("cannot start a database backup: ") + error.what());
     }
     return parts->backup != nullptr;
 }
@@ -239,9 +239,9 @@ bool Storage::continueBackup(int pages) {
         if (parts->backup->step(pages)) {
             return true;
         }
-        logHost(VessaLogger::INFORMATION, backedUp);
+        writeLog(VessaLogger::INFORMATION, backedUp);
     } catch (const DatabaseError& error) {
-        logHost(VessaLogger::ERROR, std::string("database backup failed: ") + error.what());
+        writeLog(VessaLogger::ERROR, std::string("database backup failed: ") + error.what());
     }
     cancelBackup();
     return false;

@@ -25,7 +25,7 @@ void refuseIfInUseOrForeign(const std::string& file, const std::shared_ptr<Disk>
         const Database opened(file, disk);
     } catch (const DamagedDatabase&) {
         if (!startsLikeDatabase(file) && companionFiles(file).empty()) {
-            throw DatabaseError(file + " is not a database; it was left as it is");
+            throw DatabaseError(file + " is not a database; left unchanged");
         }
     } catch (const NewerDatabase&) {
     }

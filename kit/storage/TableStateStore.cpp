@@ -4,7 +4,7 @@
 #include <cctype>
 #include <stdexcept>
 
-#include "service/logging/HostLog.h"
+#include "SettingsHandlerKit/Logging.h"
 #include "storage/LogOut.h"
 
 namespace SettingsHandlerKit {
@@ -35,7 +35,7 @@ std::optional<std::string> TableStateStore::load(const std::string& key) {
     try {
         return table.get(key);
     } catch (const DatabaseError& error) {
-        logHost(VessaLogger::ERROR, "cannot read the state of '" + key + "': " + error.what());
+        writeLog(VessaLogger::ERROR, "cannot read the state of '" + key + "': " + error.what());
         return std::nullopt;
     }
 }
@@ -45,7 +45,7 @@ bool TableStateStore::save(const std::string& key, const std::string& value) {
         table.put(key, value);
         return true;
     } catch (const DatabaseError& error) {
-        logHost(VessaLogger::ERROR, "cannot save the state of '" + key + "', the old state is kept: " + error.what());
+        writeLog(VessaLogger::ERROR, "cannot save the state of '" + key + "', the old state is kept: " + error.what());
         return false;
     }
 }

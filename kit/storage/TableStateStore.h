@@ -5,7 +5,7 @@
 
 namespace SettingsHandlerKit {
 
-/// State in a table of its own in the database. The database outlives it.
+/// State in its own table in the database. The database outlives it.
 class TableStateStore : public StateStore {
 public:
     TableStateStore(Database& database, const std::string& tableName);

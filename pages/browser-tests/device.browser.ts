@@ -184,7 +184,7 @@ test('the error of a command is shown', async () => {
         await page.getByLabel('Setting', { exact: true }).fill('orliaLocale');
         await page.getByLabel('Value', { exact: true }).fill('{}');
         await page.getByRole('button', { name: 'Report setting' }).click();
-        await expectReport(page, '✗ not-passed-on: the value is no array of locales within the nesting limit');
+        await expectReport(page, '✗ not-passed-on: the value must be a JSON array of at most 32 levels');
     });
 });
 

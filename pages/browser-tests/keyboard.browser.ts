@@ -8,6 +8,7 @@ import {
     expectStatus,
     expectValue,
     focus,
+    goDownTo,
     goToMenu,
     press,
     row,
@@ -140,8 +141,8 @@ test('Language and region by keys: locales are added, moved and removed, and a t
         await expect.poll(() => host.value('orliaLocale')).toBe('["en-US","de-DE"]');
 
         await goToMenu(page, 'language');
-        await press(page, 'ArrowRight', 'ArrowDown', 'ArrowDown', 'ArrowDown');
-        await expectFocus(page, 'timezone');
+        await press(page, 'ArrowRight');
+        await goDownTo(page, 'timezone');
         await press(page, 'Enter');
         await page.getByRole('dialog').waitFor();
         await page.keyboard.type('tokyo');
@@ -155,8 +156,7 @@ test('Language and region by keys: locales are added, moved and removed, and a t
 test('Escape leaves the search in a dialog, and the focus returns', async () => {
     await visitSettings(host, async (page) => {
         await enterSection(page, 'language');
-        await press(page, 'ArrowDown', 'ArrowDown', 'ArrowDown', 'ArrowDown');
-        await expectFocus(page, 'timezone');
+        await goDownTo(page, 'timezone');
         await press(page, 'Enter');
         await page.getByRole('dialog').waitFor();
         await page.keyboard.type('zzz');

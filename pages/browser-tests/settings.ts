@@ -97,6 +97,15 @@ export async function enterSection(page: Page, section: SectionId, forward = 'Ar
     await page.locator('main :focus').waitFor();
 }
 
+/** Moves the focus down the rows of a section until it is on this one. */
+export async function goDownTo(page: Page, name: string): Promise<void> {
+    const rows = await page.locator('main [data-row]').count();
+    for (let steps = 0; steps < rows && (await focus(page)).row !== name; ++steps) {
+        await press(page, 'ArrowDown');
+    }
+    await expectFocus(page, name);
+}
+
 /** Replaces the text of the focused field. */
 export async function typeOver(page: Page, text: string): Promise<void> {
     await page.keyboard.press('Control+A');

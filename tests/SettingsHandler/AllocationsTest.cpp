@@ -12,7 +12,7 @@
 #include "ThreadSafeCollaborators.h"
 #include "Wire/Catalogue.h"
 
-// A program of its own, because it replaces the allocation functions of the whole program: those of C, which C++ and
+// A separate program, because it replaces the allocation functions of the whole program: those of C, which C++ and
 // the JSON library call.
 
 extern "C" {
@@ -162,7 +162,7 @@ TEST_F(Allocations, OfChangesAreFreed) {
 TEST_F(Allocations, OfRefusedRequestsAreFreed) {
     handler.handleSetSettingRequest(setRequest("deviceName", "the value it has already, and so no change"));
     expectSteady("unchanged", setRequest("deviceName", "the value it has already, and so no change"));
-    expectSteady("not JSON", std::string("this is no JSON at all"));
+    expectSteady("not JSON", std::string("this is not JSON at all"));
     expectSteady("no object", std::string("[1,2,3]"));
     expectSteady("no time stamp", std::string(R"({"payload":{"settingDBId":"deviceName","to":"x"}})"));
     expectSteady("too old", std::string(R"({"timestamp":0,"payload":{"settingDBId":"deviceName","to":"x"}})"));
@@ -171,7 +171,7 @@ TEST_F(Allocations, OfRefusedRequestsAreFreed) {
     expectSteady("no value", std::string(R"({"timestamp":1,"payload":{"settingDBId":"deviceName"}})"));
     expectSteady("the device's alone", setRequest("captionsEnabled", "true"));
     expectSteady("no locales", setRequest("orliaLocale", "[]"));
-    expectSteady("locales that are no JSON", setRequest("orliaLocale", "fr-FR"));
+    expectSteady("locales that are not JSON", setRequest("orliaLocale", "fr-FR"));
 }
 
 TEST_F(Allocations, OfReadRequestsAreFreed) {

@@ -22,7 +22,7 @@ TEST_F(AssistantRequests, AQueryWithoutUsableMessageIdIsLoggedAndNotAnswered) {
     }
 }
 
-TEST_F(AssistantRequests, OpensTheSettingsApplicationWhateverTheText) {
+TEST_F(AssistantRequests, OpensTheSettingsApplicationForAnyText) {
     for (const auto* text : {"", "{", "{}"}) {
         handler->handleOpenVASettingsRequest(text);
         expectJournal(Entries{"app.launchApp(settings-app, )"});

@@ -9,7 +9,7 @@ protected:
     }
 };
 
-TEST_F(BadInput, ARootThatIsNoObjectHasNoMembers) {
+TEST_F(BadInput, ARootThatIsNotAnObjectHasNoMembers) {
     for (const auto* text : {"[]", "[1,2]", "1", "1.5", R"("messageId")", "null", "true", " [ {} ] "}) {
         EXPECT_FALSE(handler->handleSetSettingRequest(text)) << text;
         handler->handleGetSettingsRequest(text);

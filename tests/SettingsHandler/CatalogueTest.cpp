@@ -82,7 +82,7 @@ TEST(Catalogue, TheEnumerationIsThirtyTwoBitsWide) {
     EXPECT_EQ(static_cast<int>(INVALID_SETTING), 0);
 }
 
-TEST(Catalogue, UnknownNamesAndNumbersAreNoSettings) {
+TEST(Catalogue, UnknownNamesAndNumbersAreNotSettings) {
     for (const auto* name : {"OrliaLocale", "", "locale", "deviceName ", "devicename"}) {
         EXPECT_EQ(settingTypeFromName(name), INVALID_SETTING) << name;
     }

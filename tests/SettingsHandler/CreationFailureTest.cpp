@@ -9,7 +9,7 @@
 #include "SettingsHandlerTesting/Mocks.h"
 #include "SettingsHandlerTesting/platform/PlatformDoubles.h"
 
-// A program of its own, because it replaces the allocation functions of the whole program.
+// A separate program, because it replaces the allocation functions of the whole program.
 
 namespace {
 

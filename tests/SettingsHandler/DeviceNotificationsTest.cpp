@@ -11,7 +11,7 @@ TEST_F(DeviceNotifications, ASingleLocaleReplacesTheList) {
                            "sdk.getLocales()", "sdk.setLocales(fr-FR)"}));
 }
 
-TEST_F(DeviceNotifications, ThePrimaryLocaleAgainIsNoChange) {
+TEST_F(DeviceNotifications, TheSamePrimaryLocaleChangesNothing) {
     sdk->locales = {"en-US", "es-US"};
     handler->notifyLocaleChange(std::string("en-US"));
     expectJournal((Entries{

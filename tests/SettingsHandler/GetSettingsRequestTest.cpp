@@ -30,7 +30,7 @@ TEST_F(GetSettingsRequest, RepliesWithTheValuesOrderedByKey) {
         R"(transport.sendResponse(m1, {"settings":{"captionsEnabled":"false","timezone":"America/Vancouver"}}))"}));
 }
 
-TEST_F(GetSettingsRequest, RefusesWhatIsNoJson) {
+TEST_F(GetSettingsRequest, RefusesATextThatIsNotJson) {
     expectRefused("{", "Payload was not parsed successfully");
     expectRefused("", "Payload was not parsed successfully");
 }
@@ -54,7 +54,7 @@ TEST_F(GetSettingsRequest, RefusesAMissingOrWrongList) {
     expectRefused(R"({"messageId":"m","payload":{"settings":"deviceName"}})", reason);
 }
 
-TEST_F(GetSettingsRequest, SkipsElementsThatAreNoStrings) {
+TEST_F(GetSettingsRequest, SkipsElementsThatAreNotStrings) {
     EXPECT_EQ(replyTo(R"([5,null,"deviceName",["x"],{}])"),
               R"(transport.sendResponse(m, {"settings":{"deviceName":"TV"}}))");
 }

@@ -37,7 +37,7 @@ TEST_F(Migration, SetsAStoredTimezoneAndRemovesIt) {
     EXPECT_TRUE(storage.values.empty());
 }
 
-TEST_F(Migration, KeepsARefusedLocaleAndGoesOn) {
+TEST_F(Migration, KeepsARefusedLocaleAndContinues) {
     storage.values = {{"orliaLocale", "[]"}, {"timezone", "Europe/Paris"}};
     handler->migrateExistingDeviceSettings();
     const auto entries = journal.take();

@@ -37,7 +37,7 @@ TEST_F(Observers, AddingAndRemovingNeitherLogsNorNotifies) {
 
 TEST_F(Observers, TheSameObjectIsHeldOnce) {
     const auto observer = friendly();
-    // Another shared pointer to the same object, with a count of its own.
+    // Another shared pointer to the same object, with its own count.
     const std::shared_ptr<VessaNativeCommon::FriendlyNameObserverInterface> second(observer.get(), [](auto*) {});
     handler->addFriendlyNameObserver(observer);
     handler->addFriendlyNameObserver(observer);

@@ -49,7 +49,8 @@ TEST(ParserLanguage, BuildsTheSameDocuments) {
 TEST(ParserLanguage, BuildsTheSameDocumentsOfAnySize) {
     for (const std::size_t size : {100U, 250U, 260U, 900U, 1000U, 1100U, 4000U, 4200U, 70000U}) {
         const std::string longText(size, 'x');
-        const std::string text = R"({"a":")" + longText + R"(","b":[[["ä)" + longText + R"(",1]]],"c":{}})";
+        std::string text = R"({"a":")";
+        text.append(longText).append(R"(","b":[[["ä)").append(longText).append(R"(",1]]],"c":{}})");
         rapidjson::Document theirs;
         theirs.Parse(text.c_str());
         SettingsHandler::ParsedText ours;

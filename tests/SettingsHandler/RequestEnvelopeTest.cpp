@@ -13,7 +13,7 @@ protected:
     }
 };
 
-TEST_F(RequestOrdering, TheFirstRequestIsAcceptedWhateverItsTime) {
+TEST_F(RequestOrdering, TheFirstRequestIsAcceptedAtAnyTime) {
     EXPECT_TRUE(valid("deviceName", -5));
     EXPECT_TRUE(valid("timezone", LONG_MIN));
     EXPECT_TRUE(valid("friendlyName", LONG_MAX));
@@ -34,7 +34,7 @@ TEST_F(RequestOrdering, ARefusalLeavesTheRecordAsItIs) {
     EXPECT_TRUE(valid("captionsEnabled", 100));
 }
 
-TEST_F(RequestOrdering, EachSettingHasARecordOfItsOwn) {
+TEST_F(RequestOrdering, EachSettingHasItsOwnRecord) {
     EXPECT_TRUE(valid("captionsEnabled", 100));
     EXPECT_TRUE(valid("deviceName", 5));
     EXPECT_FALSE(valid("deviceName", 4));

@@ -40,7 +40,7 @@ TEST_F(SetSettingsRequest, ReturnsTheResultOfTheWrite) {
     EXPECT_FALSE(handler->handleSetSettingRequest(text)) << "unchanged";
 }
 
-TEST_F(SetSettingsRequest, RefusesWhatIsNoJson) {
+TEST_F(SetSettingsRequest, RefusesATextThatIsNotJson) {
     for (const auto* text : {"", "{", "{} x", "{'a':1}", "{\"a\":1,}", "nonsense"}) {
         expectRefused(text, "Payload was not parsed successfully");
     }

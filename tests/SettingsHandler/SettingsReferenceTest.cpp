@@ -165,7 +165,7 @@ protected:
     }
 };
 
-TEST_F(SettingsReference, SaysWhereEverySettingIsReadWrittenAndTold) {
+TEST_F(SettingsReference, DescribesWhereEverySettingIsReadWrittenAndAnnounced) {
     std::map<std::string, Route> routes;
     for (const auto& row : tableWith("written to")) {
         ASSERT_EQ(row.size(), 6U);

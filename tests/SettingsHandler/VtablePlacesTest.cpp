@@ -138,7 +138,7 @@ long placesOf() {
     return placeOf(&Extended::next);
 }
 
-TEST(VtablePlaces, DestructorsStandLastAndNothingFollows) {
+TEST(VtablePlaces, DestructorsAreLast) {
     EXPECT_EQ(placesOf<InfoObserver>(), 8 + 2);
     EXPECT_EQ(placesOf<DeviceAbstractionLayer::HandsfreeStateObserverInterface>(), 1 + 2);
     EXPECT_EQ(placesOf<CommunicationHandler::CommunicationHandlerInterface>(), 7 + 2);

@@ -14,7 +14,7 @@ TEST_F(SettingsWriting, PassesLocalesToTheSdkAndReportsTheChange) {
                           "metricsCache.setOrliaLocale(fr-FR)"});
 }
 
-TEST_F(SettingsWriting, RefusesALocaleTextThatIsNoJson) {
+TEST_F(SettingsWriting, RefusesALocaleTextThatIsNotJson) {
     for (const auto* text : {"", "  ", R"(["en-US")", "en-US", R"(["en-US"],)", R"(["en-US"] x)", "[\"en-US\",]",
                              "['en-US']", "// c\n[\"en-US\"]", "[NaN]"}) {
         EXPECT_FALSE(handler->setSetting("orliaLocale", text)) << text;
@@ -31,7 +31,7 @@ TEST_F(SettingsWriting, RefusesAnArrayWithoutALocale) {
     }
 }
 
-TEST_F(SettingsWriting, SkipsElementsThatAreNoLocalesAndReportsTheUnchangedText) {
+TEST_F(SettingsWriting, SkipsElementsThatAreNotLocalesAndReportsTheUnchangedText) {
     const auto observer = std::make_shared<SettingsHandlerTesting::FakeLocaleObserver>(journal);
     handler->addOrliaLocaleObserver(observer);
     const std::string text = R"(["en-US", 5, "", "fr-FR", ["x"], null, "fr-FR"])";
@@ -43,7 +43,7 @@ TEST_F(SettingsWriting, SkipsElementsThatAreNoLocalesAndReportsTheUnchangedText)
                 "metricsCache.setOrliaLocale(en-US)", "observer.orliaLocale(en-US)"});
 }
 
-TEST_F(SettingsWriting, TheSameLocaleTextIsNoChange) {
+TEST_F(SettingsWriting, TheSameLocaleTextChangesNothing) {
     sdk->locales = {"en-US", "es-US"};
     const std::string text = R"(["en-US","es-US"])";
     EXPECT_FALSE(handler->setSetting("orliaLocale", text));
@@ -92,7 +92,7 @@ TEST_F(SettingsWriting, AcceptsAnyTextAsATimezone) {
     }
 }
 
-TEST_F(SettingsWriting, TheSameTimezoneIsNoChange) {
+TEST_F(SettingsWriting, TheSameTimezoneChangesNothing) {
     EXPECT_FALSE(handler->setSetting("timezone", "America/Vancouver"));
     expectJournal(writeOf("timezone") +
                   Entries{"sdk.getTimezone()",
@@ -124,7 +124,7 @@ TEST_F(SettingsWriting, StoresTheEntitlementStatusThenNotifiesObserversThenSends
     EXPECT_EQ(cached("tovanEntitlementStatus"), "active");
 }
 
-TEST_F(SettingsWriting, TheSameEntitlementStatusIsNoChange) {
+TEST_F(SettingsWriting, TheSameEntitlementStatusChangesNothing) {
     cache("tovanEntitlementStatus", "active");
     EXPECT_FALSE(handler->setSetting("tovanEntitlementStatus", "active"));
     expectJournal(

@@ -8,7 +8,7 @@
 #include "Version1.h"
 
 /// Collaborators as they were compiled against version 1.0. Each records its calls. The library must never call a
-/// reserved operation: other implementers may have operations of their own there.
+/// reserved operation: other implementers may have their own operations there.
 namespace AbiTests {
 
 using Calls = std::vector<std::string>;

@@ -36,7 +36,7 @@ protected:
 
 /// The calls that report each change: the event, then the metrics.
 Calls change(const std::string& key, const std::string& from, const std::string& to) {
-    return {"send 25 {\"settingDBId\":\"" + key + "\",\"from\":\"" + from + "\",\"to\":\"" + to + "\"}",
+    return {R"(send 25 {"settingDBId":")" + key + R"(","from":")" + from + R"(","to":")" + to + "\"}",
             "count " + key + "_" + to + " 0 1 1.000000", "event app_events AUTO with 1"};
 }
 
@@ -118,7 +118,7 @@ TEST_F(OldProgram, IsCalledByTheTransportsRequestsAndFindsItsOwnNamesInThem) {
         {"apply handsFreeAlwaysOnEnabled=false", "apply pttAlwaysOnEnabled=false", "hands-free false", "clear"});
 }
 
-/// Refuses every request, and has members of its own after those of the base class.
+/// Refuses every request, and has its own members after those of the base class.
 class OldDerivedHandler : public Handler {
 public:
     using Handler::getSDKSetting;
@@ -149,13 +149,15 @@ TEST_F(OldProgram, FindsThatAHandlerFillsItsOldSizeAndNoMore) {
         alignas(Handler) unsigned char handler[sizeof(Handler)];
         unsigned char behind[64];
     } room;
-    for (auto& byte : room.behind)
+    for (auto& byte : room.behind) {
         byte = 0xa5;
+    }
     auto* const handler = new (room.handler) Handler(transport, storage, metrics, bridge, launcher, info);
     handler->initializeSettings();
     handler->~Handler();
-    for (const auto byte : room.behind)
+    for (const auto byte : room.behind) {
         EXPECT_EQ(byte, 0xa5);
+    }
 }
 
 TEST_F(OldProgram, FindsTheTablesAndTheLookUps) {

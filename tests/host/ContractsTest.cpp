@@ -1,13 +1,10 @@
 #include <array>
 
-#include "SettingsHandlerKit/Storage.h"
 #include "SettingsHandlerTesting/FakeStorage.h"
 #include "SettingsHandlerTesting/JsonText.h"
 #include "SettingsHandlerTesting/contracts/DeviceInfoContract.h"
 #include "SettingsHandlerTesting/contracts/SdkBridgeContract.h"
-#include "SettingsHandlerTesting/contracts/StorageContract.h"
 #include "SettingsHandlerTesting/contracts/TransportContract.h"
-#include "kit/support/FaultyDisk.h"
 #include "kit/support/LogRecording.h"
 #include "kit/support/MemoryState.h"
 #include "kit/support/RecordingClient.h"
@@ -16,27 +13,10 @@
 #include "server/protocol/MessageHub.h"
 #include "simulation/SimulatedDevice.h"
 #include "simulation/SimulatedSdkBridge.h"
-#include "support/TemporaryDirectory.h"
 
 /// The host's own collaborators keep the contracts that every implementer can run. They belong to the host's one
 /// thread, so none offers itself to others.
 namespace SettingsHandlerTesting {
-
-struct StorageMaker {
-    SettingsHostTests::LogRecording log;
-    std::shared_ptr<SettingsHostTests::FaultyDisk> disk = std::make_shared<SettingsHostTests::FaultyDisk>();
-    TestSupport::TemporaryDirectory folder;
-    std::unique_ptr<SettingsHandlerKit::Storage> opened;
-
-    StorageMaker() { reopen(); }
-    SDKWrapper::StorageManagerInterface& storage() { return *opened; }
-    void reopen() {
-        opened.reset();
-        opened = std::make_unique<SettingsHandlerKit::Storage>(folder / "settings.db", disk);
-    }
-    void failWrites(bool fail) { fail ? disk->fillUpFrom(1) : disk->work(); }
-};
-INSTANTIATE_TYPED_TEST_SUITE_P(Storage, StorageContract, StorageMaker, NumberedNames);
 
 struct SimulatedDeviceMaker {
     SettingsHostTests::MemoryState state;

@@ -96,7 +96,7 @@ TEST_F(DiskFlushes, AreFewMoreAtACheckpoint) {
     EXPECT_LE(static_cast<double>(flushes) / changes, 1.1);
 }
 
-TEST_F(DiskFlushes, AreNoneForAnythingElse) {
+TEST_F(DiskFlushes, DoNotHappenOtherwise) {
     const std::vector<std::string> requests{
         // unchanged
         setRequest("deviceName", "Attic"), setRequest("timezone", "America/Vancouver"),

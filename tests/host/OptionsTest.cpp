@@ -18,7 +18,7 @@ protected:
         set("XDG_RUNTIME_DIR", "");
     }
 
-    ~OptionsTest() override {
+    void TearDown() override {
         for (const auto& [name, value] : before) {
             set(name, value);
         }
@@ -79,10 +79,10 @@ TEST_F(OptionsTest, EveryOptionIsTaken) {
 }
 
 TEST_F(OptionsTest, PagesAreServedByDefault) {
-    EXPECT_EQ(parse({}).listen.value().text(), "127.0.0.1:8097");
+    EXPECT_EQ(parse({}).listen.value(), "127.0.0.1:8097");
     const Options options =
         parse({"--listen", "[::1]:9000", "--pages", "/pages", "--allow-origin", "http://localhost:5173"});
-    EXPECT_EQ(options.listen.value().text(), "[::1]:9000");
+    EXPECT_EQ(options.listen.value(), "[::1]:9000");
     EXPECT_EQ(options.pagesFolder, "/pages");
     EXPECT_EQ(options.allowedOrigin, "http://localhost:5173");
 }

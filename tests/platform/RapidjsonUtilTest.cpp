@@ -72,7 +72,7 @@ TEST_F(RapidjsonUtilTest, MissingOrOtherTypesAnswerFalseAndLeaveTheOutput) {
     EXPECT_EQ(number, 77);
 }
 
-TEST_F(RapidjsonUtilTest, WhatIsNoObjectHasNoMembers) {
+TEST_F(RapidjsonUtilTest, AValueThatIsNotAnObjectHasNoMembers) {
     for (const auto* json : {"[]", "[{\"m\":1}]", "5", "\"m\"", "null", "true"}) {
         parse(json);
         EXPECT_FALSE(tryGetObjectMember(document, "m", value)) << json;

@@ -3,40 +3,20 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <cerrno>
-#include <cstring>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "support/ConnectedSocket.h"
 #include "support/SendAll.h"
 
 namespace TestSupport {
 
 namespace {
-
-int connectTo(std::uint16_t port, int receiveBuffer) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (receiveBuffer > 0) {
-        ::setsockopt(socket, SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof(receiveBuffer));
-    }
-    if (::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {  // NOLINT
-        const std::string reason = std::strerror(errno);
-        ::close(socket);
-        throw std::runtime_error("cannot connect to port " + std::to_string(port) + ": " + reason);
-    }
-    return socket;
-}
 
 std::string lowerCase(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(),
@@ -75,7 +55,7 @@ std::uint64_t numberFrom(const std::string& bigEndianBytes) {
 
 }  // namespace
 
-TcpConnection::TcpConnection(std::uint16_t port, int receiveBuffer) : socket(connectTo(port, receiveBuffer)) {}
+TcpConnection::TcpConnection(std::uint16_t port, int receiveBuffer) : socket(connectedTcpSocket(port, receiveBuffer)) {}
 
 TcpConnection::~TcpConnection() {
     if (socket >= 0) {
@@ -91,6 +71,10 @@ void TcpConnection::reset() {
 
 bool TcpConnection::send(const std::string& bytes) {
     return sendAll(socket, bytes);
+}
+
+void TcpConnection::finishSending() {
+    ::shutdown(socket, SHUT_WR);
 }
 
 bool TcpConnection::fill(std::chrono::steady_clock::time_point until) {

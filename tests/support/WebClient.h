@@ -25,6 +25,8 @@ public:
 
     /// Sends all of `bytes`. Returns: false when the other side is gone.
     bool send(const std::string& bytes);
+    /// The other side sees the end of the input, and may go on sending.
+    void finishSending();
     /// Exactly `count` bytes; nothing when the other side closed before or they did not come in time.
     std::optional<std::string> receive(std::size_t count, std::chrono::milliseconds deadline = waitTimeout);
     /// Up to and with `end`.
@@ -53,7 +55,7 @@ struct HttpResponse {
 /// Sends `request`, a head without its last blank line, and reads one response. Status 0: there was none.
 HttpResponse askHttp(TcpConnection& connection, const std::string& request, bool expectBody = true);
 
-/// GET of `target` over a connection of its own, with `headers` ("Name: value") besides Host, which is
+/// GET of `target` over its own connection, with `headers` ("Name: value") besides Host, which is
 /// "127.0.0.1:PORT" unless given.
 HttpResponse httpGet(std::uint16_t port, const std::string& target, const std::vector<std::string>& headers = {});
 

@@ -74,7 +74,7 @@ TEST_F(HostDamagedStorage, IsRestoredFromTheBackupThatTheHostMade) {
 TEST_F(HostDamagedStorage, DoesNotTouchTheDatabaseOfAnotherProgram) {
     std::filesystem::create_directory(folder / "state");
     sql("CREATE TABLE theirs (x); INSERT INTO theirs VALUES (1)");
-    expectCannotStart("belongs to another program; it was left as it is");
+    expectCannotStart("belongs to another program; left unchanged");
     EXPECT_EQ(sql("SELECT x FROM theirs"), "1");
     EXPECT_FALSE(std::filesystem::exists(database() + ".damaged"));
 }
@@ -82,7 +82,7 @@ TEST_F(HostDamagedStorage, DoesNotTouchTheDatabaseOfAnotherProgram) {
 TEST_F(HostDamagedStorage, DoesNotTouchTheDatabaseOfANewerVersion) {
     storeName("Den");
     sql("PRAGMA user_version=99");
-    expectCannotStart("was written by a newer version; it was left as it is");
+    expectCannotStart("was written by a newer version; left unchanged");
     EXPECT_EQ(sql("SELECT value FROM settings WHERE key='deviceName'"), "Den");
     sql("PRAGMA user_version=1");
     startWeb();

@@ -131,7 +131,7 @@ TEST_F(Latency, OfOthersHardlyGrowsUnderStorms) {
     expectOthersAreServed("questions without a pause", [&] {
         sendAndRead(hostile, TestSupport::repeated(getRequest(R"(["timezone"])") + "\n", 100), 100);
     });
-    expectOthersAreServed("frames that are no JSON",
+    expectOthersAreServed("frames that are not JSON",
                           [&] { sendAndRead(hostile, TestSupport::repeated("\xff\n", 100), 100); });
     expectOthersAreServed("frames of a single byte at a time", [&] {
         for (const char byte : getRequest(R"(["timezone"])") + "\n") {
@@ -151,7 +151,7 @@ TEST_F(Latency, OfOthersHardlyGrowsWhileConnectionsComeAndGo) {
     for (int number = 0; number < 127; ++number) {
         connections.push_back(std::make_unique<LineClient>(socket()));
     }
-    expectOthersAreServed("clients for whom there is no room", [&] { LineClient(socket()).receiveAll(); });
+    expectOthersAreServed("clients over the limit", [&] { LineClient(socket()).receiveAll(); });
 }
 
 TEST_F(Latency, OfOthersHardlyGrowsWhileSomebodyDoesNotRead) {

@@ -95,7 +95,7 @@ TEST_F(HostLifecycle, ReportsWrongArguments) {
     expectCannotStart("9", 2, {"--log-level", "9"});
     std::ofstream(folder / "file") << "x";
     expectCannotStart("cannot", 1, {"--storage", folder / "file/settings.db"});
-    expectCannotStart("is a link or no folder", 1, {"--socket", folder / "file/s.sock"});
+    expectCannotStart("is a link or not a folder", 1, {"--socket", folder / "file/s.sock"});
     expectCannotStart("longer than 107 bytes", 1, {"--socket", folder / (std::string(120, 'x') + "/s.sock")});
 }
 
@@ -105,7 +105,7 @@ TEST_F(HostLifecycle, AFailedStartReportsItsReasonAndNothingElse) {
     const std::string file = folder / "file";
     std::ofstream(file) << "x";
     const std::string inFile = folder / "file/s.sock";
-    const std::string noFolder = file + " is a link or no folder; the host's sockets need a folder of their own";
+    const std::string noFolder = file + " is a link or not a folder; the host's sockets need their own folder";
     const Lines otherPlaces{"--socket", folder / "b/s", "--device-socket", folder / "b/d"};
     webArguments = {"--listen", "127.0.0.1:0", "--pages", folder / "none"};
     const std::string noPages = "cannot read the pages' folder " + (folder / "none") + ": No such file or directory";

@@ -33,6 +33,31 @@ protected:
             }
         }
     }
+
+    /// Sends values with `marker` for the setting `key` wherever a frame can hold one: valid, refused and rejected
+    /// ones.
+    void sendEverywhere(const std::string& key, const std::string& marker, long& timestamp) {
+        const auto value = [&](int number) { return "\"" + marker + std::to_string(number) + "\""; };
+        set(key, value(1), ++timestamp);
+        set(key, value(1), ++timestamp);
+        set(key, value(2), 1);
+        set(key, R"({"name":)" + value(1) + "}", ++timestamp);
+        send(R"({"type":24,"payload":{"settingDBId":")" + key + R"(","to":)" + value(3) + "}}");
+        set(key, "\"" + std::string(70000, 'x') + marker + "\"", ++timestamp);
+        send(R"({"type":99,"payload":{"settingDBId":")" + key + R"(","to":)" + value(4) + "}}");
+        send(R"({"type":24,"payload":)" + value(5));
+        send(getRequest("[\"" + key + "\"]", marker));
+        device(R"({"command":"setting","key":")" + key + R"(","value":)" + value(6) + "}");
+        device(R"({"command":)" + value(7) + "}");
+        // As on a full disk.
+        rlimit unlimited{};
+        ASSERT_EQ(::prlimit(host->pid(), RLIMIT_FSIZE, nullptr, &unlimited), 0);
+        const rlimit full{1, unlimited.rlim_max};
+        ASSERT_EQ(::prlimit(host->pid(), RLIMIT_FSIZE, &full, nullptr), 0);
+        set(key, value(8), ++timestamp);
+        device(R"({"command":"setting","key":")" + key + R"(","value":)" + value(9) + "}");
+        ASSERT_EQ(::prlimit(host->pid(), RLIMIT_FSIZE, &unlimited, nullptr), 0);
+    }
 };
 
 TEST_F(HostLog, IsAlsoWrittenToAPrivateFile) {
@@ -150,7 +175,6 @@ TEST_F(HostLog, AtLevelTwoAcceptedChangesAreNotLogged) {
 
 TEST_F(HostLog, LinesOfTheHostHoldNoUserValues) {
     const std::string marker = "Zanzibar";
-    const std::string quoted = "\"" + marker;
     webArguments = {"--listen", "127.0.0.1:0"};
     host = launch({"--log-level", "0"});
     const std::string ready = host->output().readLine().value();
@@ -158,26 +182,7 @@ TEST_F(HostLog, LinesOfTheHostHoldNoUserValues) {
     device(R"({"command":"trace","enabled":true})");
     long timestamp = 1000;
     for (const std::string key : {"deviceName", "friendlyName", "companionDevice"}) {
-        const auto value = [&](int number) { return quoted + std::to_string(number) + "\""; };
-        set(key, value(1), ++timestamp);
-        set(key, value(1), ++timestamp);
-        set(key, value(2), 1);
-        set(key, R"({"name":)" + value(1) + "}", ++timestamp);
-        send(R"({"type":24,"payload":{"settingDBId":")" + key + R"(","to":)" + value(3) + "}}");
-        set(key, "\"" + std::string(70000, 'x') + marker + "\"", ++timestamp);
-        send(R"({"type":99,"payload":{"settingDBId":")" + key + R"(","to":)" + value(4) + "}}");
-        send(R"({"type":24,"payload":)" + value(5));
-        send(getRequest("[\"" + key + "\"]", marker));
-        device(R"({"command":"setting","key":")" + key + R"(","value":)" + value(6) + "}");
-        device(R"({"command":)" + value(7) + "}");
-        // As on a full disk.
-        rlimit unlimited{};
-        ASSERT_EQ(::prlimit(host->pid(), RLIMIT_FSIZE, nullptr, &unlimited), 0);
-        const rlimit full{1, unlimited.rlim_max};
-        ASSERT_EQ(::prlimit(host->pid(), RLIMIT_FSIZE, &full, nullptr), 0);
-        set(key, value(8), ++timestamp);
-        device(R"({"command":"setting","key":")" + key + R"(","value":)" + value(9) + "}");
-        ASSERT_EQ(::prlimit(host->pid(), RLIMIT_FSIZE, &unlimited, nullptr), 0);
+        sendEverywhere(key, marker, timestamp);
     }
     set("orliaLocale", R"("{\"name\":\")" + marker + R"(\"}")", ++timestamp);
     device(R"({"command":"setting","key":"orliaLocale","value":"{\"name\":\")" + marker + R"(\"}"})");

@@ -125,7 +125,7 @@ TEST_F(HostReset, RefusesTheDatabaseOfAnotherProgram) {
     sql("CREATE TABLE theirs (x); INSERT INTO theirs VALUES (1)");
     const auto refused = reset();
     EXPECT_EQ(refused.status, 1);
-    EXPECT_EQ(refused.errors, "settings-host: " + database() + " belongs to another program; it was left as it is\n");
+    EXPECT_EQ(refused.errors, "settings-host: " + database() + " belongs to another program; left unchanged\n");
     EXPECT_EQ(sql("SELECT x FROM theirs"), "1");
 }
 
@@ -145,7 +145,7 @@ TEST_F(HostReset, RefusesAFileThatNeverWasADatabase) {
     std::ofstream(database()) << "somebody's notes";
     const auto refused = reset();
     EXPECT_EQ(refused.status, 1);
-    EXPECT_EQ(refused.errors, "settings-host: " + database() + " is not a database; it was left as it is\n");
+    EXPECT_EQ(refused.errors, "settings-host: " + database() + " is not a database; left unchanged\n");
     EXPECT_EQ(files(), Lines{"settings.db"});
 }
 

@@ -111,7 +111,7 @@ TEST_F(HostWeb, ANewKeyThatCannotBeStoredIsRefusedAndTheOldOneStaysValid) {
     ASSERT_EQ(::prlimit(host->pid(), RLIMIT_FSIZE, &full, nullptr), 0);
     EXPECT_EQ(device(R"({"command":"page","newKey":true})"),
               R"({"error":{"code":"not-written","message":)"
-              R"("the new key could not be stored: the old key and its cookies still hold"}})");
+              R"("the new key could not be stored: the old key and its cookies stay valid"}})");
     EXPECT_EQ(httpGet(port, "/?key=" + key).status, 200);
     EXPECT_EQ(httpGet(port, "/", {"Cookie: " + cookie}).status, 200);
     openPage->sendText(getRequest(R"(["deviceName"])"));
@@ -145,7 +145,7 @@ TEST_F(HostWeb, CookiesOfOlderVersionsAndOfRestoredBackupsAreInvalid) {
     stop();
     // A backup may hold a secret that was replaced since.
     std::filesystem::copy_file(database(), database() + ".backup.1");
-    std::ofstream(database()) << "this is no database";
+    std::ofstream(database()) << "this is not a database";
     startWeb({}, port);
     EXPECT_EQ(httpGet(port, "/", {"Cookie: " + cookie}).status, 403);
 }

@@ -12,7 +12,7 @@ struct FoundFault {
     std::set<std::string> foundBy;
 };
 
-/// All faults; the first is none.
+/// All faults; the first is "no fault".
 const std::vector<FoundFault>& faults();
 
 }  // namespace SettingsHandlerTests

@@ -29,7 +29,7 @@ TestSupport::HttpResponse healthOf(std::uint16_t port) {
     return response;
 }
 
-Listener serverBehind(const std::string& address) {
+Listener listenerOf(const std::string& address) {
     const std::string path = address.substr(0, address.find('?'));
     return std::filesystem::path(path).filename().string().find("device") == std::string::npos ? Listener::SETTINGS
                                                                                                : Listener::DEVICE;
@@ -40,7 +40,7 @@ HostClient::HostClient(const std::string& path, Listener listener) : LineClient(
 HostWebSocket::HostWebSocket(std::uint16_t port, const std::string& target, const std::string& protocol,
                              const std::vector<std::string>& headers, int receiveBuffer)
     : WebSocket(port, target, protocol, headers, receiveBuffer) {
-    witness = schemasOf(serverBehind(target));
+    witness = schemasOf(listenerOf(target));
 }
 
 }  // namespace WireTests

@@ -14,7 +14,7 @@ namespace WireTests {
 void expectValid(Listener listener, const std::string& frame);
 
 /// The listener of a socket's path or a WebSocket's target. The last part of the device's contains "device".
-Listener serverBehind(const std::string& address);
+Listener listenerOf(const std::string& address);
 
 /// GET /healthz. The response must be valid under its schema.
 TestSupport::HttpResponse healthOf(std::uint16_t port);
@@ -22,7 +22,7 @@ TestSupport::HttpResponse healthOf(std::uint16_t port);
 /// A client of a host's Unix socket. Every received frame must be valid under the schemas.
 class HostClient : public TestSupport::LineClient {
 public:
-    explicit HostClient(const std::string& path) : HostClient(path, serverBehind(path)) {}
+    explicit HostClient(const std::string& path) : HostClient(path, listenerOf(path)) {}
     HostClient(const std::string& path, Listener listener);
 };
 

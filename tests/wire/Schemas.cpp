@@ -66,7 +66,7 @@ public:
         if (!schema) {
             const rapidjson::Document text = parsed(contentOf(folder + "/" + name + ".json"));
             if (!text.IsObject()) {
-                throw std::runtime_error("the schema " + name + " is no JSON object");
+                throw std::runtime_error("the schema " + name + " is not a JSON object");
             }
             schema = std::make_unique<Schema>(text, *this);
         }

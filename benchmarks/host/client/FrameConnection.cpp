@@ -1,16 +1,17 @@
 #include "host/client/FrameConnection.h"
 
-#include <cerrno>
 #include <cstring>
 #include <stdexcept>
 
-#include <arpa/inet.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <sys/time.h>
-#include <sys/un.h>
 #include <unistd.h>
+
+#include "support/ConnectedSocket.h"
+#include "support/SendAll.h"
+#include "support/WebClient.h"
 
 namespace Benchmarks {
 
@@ -18,33 +19,8 @@ namespace {
 
 constexpr std::size_t bufferSize = 128UL * 1024UL;
 
-template <typename Address>
-int connectedSocket(const Address& address, int family, const std::string& shown) {
-    const int socket = ::socket(family, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
-        const std::string reason = std::strerror(errno);
-        ::close(socket);
-        throw std::runtime_error("cannot connect to " + shown + ": " + reason);
-    }
-    return socket;
-}
-
-int connectedUnixSocket(const std::string& path) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof(address.sun_path)) {
-        throw std::runtime_error("the socket path is too long: " + path);
-    }
-    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
-    return connectedSocket(address, AF_UNIX, path);
-}
-
-int connectedTcpSocket(std::uint16_t port) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    const int socket = connectedSocket(address, AF_INET, "port " + std::to_string(port));
+int noDelaySocket(std::uint16_t port) {
+    const int socket = TestSupport::connectedTcpSocket(port);
     const int on = 1;
     ::setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
     return socket;
@@ -66,7 +42,7 @@ protected:
 class WebSocketConnection : public FrameConnection {
 public:
     WebSocketConnection(std::uint16_t port, const std::string& target, const std::string& protocol)
-        : FrameConnection(connectedTcpSocket(port)) {
+        : FrameConnection(noDelaySocket(port)) {
         send("GET " + target + " HTTP/1.1\r\nHost: 127.0.0.1:" + std::to_string(port) +
              "\r\nConnection: Upgrade\r\nUpgrade: websocket\r\nSec-WebSocket-Version: 13\r\n"
              "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\nSec-WebSocket-Protocol: " +
@@ -77,7 +53,9 @@ public:
         }
     }
 
-    std::string bytesOf(std::string_view frame) const override { return masked(text, frame); }
+    std::string bytesOf(std::string_view frame) const override {
+        return TestSupport::WebSocket::frameBytes(text, std::string(frame), true);
+    }
 
 protected:
     Taken take(std::string_view bytes) override {
@@ -101,31 +79,17 @@ protected:
         }
         const std::string_view payload = bytes.substr(head, size);
         if ((static_cast<unsigned char>(bytes[0]) & 0x0FU) == ping) {
-            send(masked(pong, payload));
+            send(TestSupport::WebSocket::frameBytes(pong, std::string(payload), true));
             return {{}, head + size};
         }
         return {payload, head + size};
     }
 
 private:
-    static constexpr unsigned text = 1;
+    static constexpr int text = 1;
     static constexpr unsigned ping = 9;
-    static constexpr unsigned pong = 10;
+    static constexpr int pong = 10;
     static constexpr std::size_t mediumMark = 126;
-
-    static std::string masked(unsigned kind, std::string_view payload) {
-        constexpr unsigned last = 0x80;
-        std::string bytes(1, static_cast<char>(last | kind));
-        if (payload.size() < mediumMark) {
-            bytes += static_cast<char>(last | payload.size());
-        } else {
-            bytes += static_cast<char>(last | mediumMark);
-            bytes += static_cast<char>(payload.size() / 256);
-            bytes += static_cast<char>(payload.size() % 256);
-        }
-        // A mask of zeros leaves the payload as it is.
-        return bytes.append(4, '\0').append(payload);
-    }
 };
 
 }  // namespace
@@ -140,13 +104,8 @@ FrameConnection::~FrameConnection() {
 }
 
 void FrameConnection::send(const std::string& bytes) {
-    std::size_t sent = 0;
-    while (sent < bytes.size()) {
-        const ssize_t count = ::send(socket, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
-        if (count <= 0) {
-            throw std::runtime_error("the server is gone");
-        }
-        sent += static_cast<std::size_t>(count);
+    if (!TestSupport::sendAll(socket, bytes)) {
+        throw std::runtime_error("the server is gone");
     }
 }
 
@@ -201,11 +160,11 @@ std::string FrameConnection::receiveUntil(std::string_view mark) {
 }
 
 std::unique_ptr<FrameConnection> connectToSocket(const std::string& path) {
-    return std::make_unique<LineConnection>(connectedUnixSocket(path));
+    return std::make_unique<LineConnection>(TestSupport::connectedUnixSocket(path));
 }
 
 std::unique_ptr<FrameConnection> connectToPort(std::uint16_t port) {
-    return std::make_unique<LineConnection>(connectedTcpSocket(port));
+    return std::make_unique<LineConnection>(noDelaySocket(port));
 }
 
 std::unique_ptr<FrameConnection> connectToWebSocket(std::uint16_t port, const std::string& target,

@@ -22,7 +22,7 @@ enum class Storage { DISK, MEMORY };
 /// time and the other not, as the scheduler likes.
 void stayOnOneProcessor();
 
-/// A server in a process of its own, with folders of its own, that goes away with the object. Its log goes to
+/// A server in its own process, with its own folders, that goes away with the object. Its log goes to
 /// /dev/null.
 class Server {
 public:

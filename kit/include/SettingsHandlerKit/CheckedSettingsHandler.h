@@ -27,6 +27,7 @@ namespace SettingsHandlerKit {
 /// Threads: as for the handler.
 class CheckedSettingsHandler : public SettingsHandler::SettingsHandler {
 public:
+    /// What is not a collaborator.
     struct Options {
         /// Called before a GetSettings request gathers more than 64 KiB: may so many bytes be gathered for one reply?
         /// Without it, as many as the handler allows. Threads: those of requests.
@@ -80,16 +81,20 @@ public:
     ///   again.
     void migrateExistingDeviceSettings() override;
 
-    /// As the handler's, and checked like delivered requests. They hide the operations of the same names: through a
-    /// reference to the base class `setSetting` rejects a value only when its time stamp was recorded, and `outcome`
-    /// knows only of the `setSetting`.
-    /// @{
+    /// As the handler's, and checked and counted for `outcome` like a delivered request.
+    ///
+    /// This operation and the four below hide those of the base class. Called through a reference to the base class,
+    /// they are checked only where `setSetting` is called: a request's time stamp is recorded before its value is
+    /// rejected.
     void handleGetSettingsRequest(const std::string& message);
+    /// Like `handleGetSettingsRequest`. Returns: false for a rejected request too.
     bool handleSetSettingRequest(const std::string& message);
+    /// Like `handleGetSettingsRequest`.
     void handleIsOrliaSelectedVARequest(const std::string& message);
+    /// Like `handleGetSettingsRequest`.
     void handleOpenVASettingsRequest(const std::string& message);
+    /// Like `handleGetSettingsRequest`.
     void handleLogOutRequest();
-    /// @}
 
 private:
     struct Parts;

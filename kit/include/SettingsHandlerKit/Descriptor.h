@@ -6,7 +6,7 @@
 
 namespace SettingsHandlerKit {
 
-/// Owns a file descriptor and closes it; -1 is none.
+/// Owns a file descriptor and closes it; -1 means none.
 class Descriptor {
 public:
     Descriptor() = default;

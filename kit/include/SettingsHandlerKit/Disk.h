@@ -26,6 +26,7 @@ public:
     virtual std::error_code copyFile(const std::string& from, const std::string& to);
     /// Renames a file within its folder; replaces a file of the new name.
     virtual std::error_code renameFile(const std::string& from, const std::string& to);
+    /// Removes a file.
     virtual std::error_code removeFile(const std::string& file);
     /// Returns when the content of a file, or the names in a folder, survive a loss of power.
     virtual std::error_code sync(const std::string& path);

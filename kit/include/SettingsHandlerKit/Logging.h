@@ -88,7 +88,7 @@ public:
 class LogFile : public LogOutput {
 public:
     /// The usual limit, in bytes.
-    static constexpr std::size_t maximumSize = 1024U * 1024U;
+    static constexpr std::size_t maximumSize = 1024UL * 1024UL;
     /// The names of all files of the log `file`, the newest first: FILE, FILE.1, FILE.2. They need not exist.
     static std::vector<std::string> filesOf(const std::string& file);
 

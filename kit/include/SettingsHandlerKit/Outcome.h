@@ -6,6 +6,7 @@ namespace SettingsHandlerKit {
 
 /// What a request, a log-out or a `setSetting` led to. The library itself gives no reasons: it logs them.
 struct Outcome {
+    /// What happened.
     enum class Kind {
         /// A reply was sent (GetSettings, IsOrliaSelectedVA), the settings application was launched, or the storage was
         /// cleared (log-out).
@@ -37,7 +38,9 @@ struct Outcome {
         BUSY,
     };
 
+    /// What happened.
     Kind kind = Kind::DONE;
+    /// Why, when it is `REFUSED`.
     Reason reason = Reason::NONE;
     /// The setting, whenever it was given as a string; otherwise empty.
     std::string settingDBId;

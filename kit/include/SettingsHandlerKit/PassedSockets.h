@@ -15,7 +15,7 @@ public:
     /// None.
     PassedSockets() = default;
     /// Takes the passed sockets; to be called before anything else is opened. Without a service manager there are none.
-    /// Errors: `ListenerError` when a socket's name is none of `expected`, two have the same name, one is not open, or
+    /// Errors: `ListenerError` when a socket's name is not in `expected`, two have the same name, one is not open, or
     /// names and number do not match.
     explicit PassedSockets(const std::set<std::string>& expected);
 

@@ -20,24 +20,32 @@ enum class SettingOwner { STORAGE, VOICE_SDK, DEVICE };
 /// Who may set a setting. For requests, one that only the device sets is read-only.
 enum class SetBy { ANYONE, DEVICE };
 
+/// Who may see the value of a setting.
 enum class Privacy {
     /// Names of people, rooms and phones, account state: keep it out of metrics, bridges and support files.
     PERSONAL,
+    /// Anything else.
     PREFERENCE,
 };
 
 /// One setting of the catalogue.
 struct SettingDescription {
+    /// Its name in requests, events, storage and log lines.
     std::string key;
+    /// Its number.
     SettingsHandler::SettingsNamesType type = SettingsHandler::INVALID_SETTING;
+    /// What kind of text its values are.
     SettingKind kind = SettingKind::TEXT;
     /// The known values: "true" and "false" of a switch, those of a choice; none for other kinds. The handler accepts
     /// other texts too.
     std::vector<std::string> values;
     /// Used when no value is stored. Absent for a setting without a default.
     std::optional<std::string> defaultValue;
+    /// Where its value lives.
     SettingOwner owner = SettingOwner::STORAGE;
+    /// Who may set it.
     SetBy setBy = SetBy::ANYONE;
+    /// Who may see its value.
     Privacy privacy = Privacy::PREFERENCE;
     /// One sentence for users.
     std::string description;

@@ -13,8 +13,9 @@
 #include <prometheus/registry.h>
 #include <prometheus/text_serializer.h>
 
-#include "CommunicationHandler/MessageType.h"
 #include "Wire/Catalogue.h"
+#include "Wire/MessageType.h"
+#include "Wire/RefusalCode.h"
 #include "server/metrics/ProcessUsage.h"
 
 namespace SettingsHandlerKit {
@@ -47,21 +48,24 @@ Names valueNames(const Wire::SettingDescription& setting) {
 
 const char* typeName(int type) {
     switch (type) {
-        case CommunicationHandler::GET_SETTINGS:
+        case Wire::GET_SETTINGS:
             return "get_settings";
-        case CommunicationHandler::IS_ORLIA_SELECTED_VA:
+        case Wire::IS_ORLIA_SELECTED_VA:
             return "is_selected";
-        case CommunicationHandler::OPEN_VA_SETTINGS:
+        case Wire::OPEN_VA_SETTINGS:
             return "open_settings";
-        case CommunicationHandler::LOG_OUT:
+        case Wire::LOG_OUT:
             return "log_out";
-        case CommunicationHandler::SET_SETTINGS:
+        case Wire::SET_SETTINGS:
             return "set_settings";
         default:
             return "other";
     }
 }
 
+/// 0 for all that the handler does not register.
+const std::array<int, 6> requestTypes{Wire::GET_SETTINGS, Wire::IS_ORLIA_SELECTED_VA, Wire::OPEN_VA_SETTINGS,
+                                      Wire::LOG_OUT,      Wire::SET_SETTINGS,         0};
 const std::array<const char*, 5> outcomeNames{"answered", "changed", "silent", "kept_away", "failed"};
 const std::array<const char*, 4> operationNames{"read", "write", "remove", "clear"};
 
@@ -122,16 +126,17 @@ struct ServerMetrics::Families {
     }
 
     void addTraffic() {
-        auto& requestFamily = counter("settings_host_requests_total", "Requests that reached the handler's door.");
-        for (const int type : {7, 18, 19, 22, 24, 0}) {
+        auto& requestFamily = counter("settings_host_requests_total", "Requests that reached the handler.");
+        for (const int type : requestTypes) {
             for (const auto* outcome : outcomeNames) {
                 requests[typeName(type)].add(outcome,
                                              requestFamily.Add({{"type", typeName(type)}, {"outcome", outcome}}));
             }
         }
         auto& refusalFamily = counter("settings_host_refusals_total", "Frames that the transport refused.");
-        for (const auto& code :
-             Names{"not-json", "not-an-object", "unknown-type", "too-large", "too-deep", "busy", other}) {
+        namespace RefusalCode = Wire::RefusalCode;
+        for (const auto& code : Names{RefusalCode::notJson, RefusalCode::notAnObject, RefusalCode::unknownType,
+                                      RefusalCode::tooLarge, RefusalCode::tooDeep, RefusalCode::busy, other}) {
             refusals.add(code, refusalFamily.Add({{"code", code}}));
         }
         auto& clientFamily = gauge("settings_host_clients", "Clients that are connected.");

@@ -4,12 +4,13 @@
 #include <exception>
 #include <utility>
 
-#include "CommunicationHandler/MessageType.h"
 #include "SettingsHandlerKit/CheckedSettingsHandler.h"
 #include "SettingsHandlerKit/Logging.h"
 #include "Utils/RapidjsonUtil.h"
 #include "Wire/FrameInspector.h"
 #include "Wire/Frames.h"
+#include "Wire/MessageType.h"
+#include "Wire/RefusalCode.h"
 #include "Wire/Utf8.h"
 
 namespace SettingsHandlerKit {
@@ -19,15 +20,14 @@ namespace {
 using Utils::RapidjsonUtil::tryGetStringMember;
 
 Wire::Refusal busy() {
-    return {"busy", "too much waits for clients that do not read; ask again later, or for fewer settings"};
+    return {Wire::RefusalCode::busy,
+            "too much data is queued for clients that do not read; try again later or request fewer settings"};
 }
 
 /// Cut to the length of a key that can be stored, so that no client fills the log.
 std::string settingNamedIn(int type, const rapidjson::Value& request) {
     constexpr std::size_t longestKey = 256;
-    return type == CommunicationHandler::SET_SETTINGS
-               ? Wire::withValidUtf8(Wire::requestedSetting(request).substr(0, longestKey))
-               : "";
+    return type == Wire::SET_SETTINGS ? Wire::withValidUtf8(Wire::requestedSetting(request).substr(0, longestKey)) : "";
 }
 
 }  // namespace
@@ -84,7 +84,8 @@ void MessageHub::handle(const std::shared_ptr<Client>& client, const std::string
     }
     const auto type = Wire::requestType(request);
     if (!type || handlers.count(*type) == 0) {
-        refuse(*client, {"unknown-type", R"("type" must be one of the request types 7, 18, 19, 22, 24)"});
+        refuse(*client,
+               {Wire::RefusalCode::unknownType, R"("type" must be one of the request types 7, 18, 19, 22, 24)"});
         return;
     }
     const RequestContext::Scope current(*context, {*type, settingNamedIn(*type, request)});

@@ -4,8 +4,8 @@
 #include <functional>
 #include <memory>
 
+#include "SettingsHandlerKit/Descriptor.h"
 #include "server/loop/EventLoop.h"
-#include "service/Descriptor.h"
 
 namespace SettingsHandlerKit {
 

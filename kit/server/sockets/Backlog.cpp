@@ -22,7 +22,7 @@ constexpr std::size_t worthGivingBack = 4UL * worthGivingBackAtRest;
 
 }  // namespace
 
-/// A quarter more, for the fragmentation of the heap and for what the web library and the database keep besides.
+/// A quarter more, for the fragmentation of the heap and for what the database keeps besides.
 std::size_t Backlog::costOf(std::size_t bytes) {
     return bytes + bytes / 4;
 }
@@ -115,13 +115,13 @@ void ClientBacklog::clear() {
     setInput(0);
 }
 
-bool ClientBacklog::pauseInput() {
-    inputPaused = unreadBytes > maximumUnread;
+bool ClientBacklog::pauseInput(std::size_t more) {
+    inputPaused = unreadBytes + more > maximumUnread;
     return inputPaused;
 }
 
-bool ClientBacklog::resumeInput() {
-    return inputPaused && !pauseInput();
+bool ClientBacklog::resumeInput(std::size_t more) {
+    return inputPaused && !pauseInput(more);
 }
 
 void ClientBacklog::overflow() {

@@ -8,7 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "server/sockets/Client.h"
+#include "SettingsHandlerKit/Client.h"
 
 namespace SettingsHandlerKit {
 
@@ -79,11 +79,12 @@ public:
     void setInput(std::size_t bytes);
     void clear();
 
-    /// Returns: true when more than `maximumUnread` waits; the client's next frames wait then.
-    bool pauseInput();
+    /// Returns: true when more than `maximumUnread` waits, with `more` bytes that are not in the backlog; the client's
+    /// next frames wait then.
+    bool pauseInput(std::size_t more = 0);
     bool isInputPaused() const { return inputPaused; }
     /// Returns: true, once, when the client has read enough since its frames wait.
-    bool resumeInput();
+    bool resumeInput(std::size_t more = 0);
 
     /// The connection is to be closed when everything that waits is sent; nothing is added from now on.
     void finish() { finishing = true; }

@@ -57,6 +57,13 @@ bool LineFramer::skipToLineEnd() {
     return found;
 }
 
+void LineFramer::encode(const std::string& frame, std::size_t from, std::size_t size, std::string& output) {
+    output.append(frame, from, size);
+    if (from + size == frame.size()) {
+        output += '\n';
+    }
+}
+
 void LineFramer::compact() {
     constexpr std::size_t worthKeeping = 4096;
     buffer.erase(0, start);

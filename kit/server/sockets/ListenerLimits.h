@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 
 namespace SettingsHandlerKit {
@@ -12,6 +13,12 @@ namespace SettingsHandlerKit {
 ///   more is to be sent to it. For all clients together, see `Backlog`.
 constexpr std::size_t maximumUnread = 64UL * 1024UL;
 constexpr std::size_t maximumWaiting = 1024UL * 1024UL;
+
+/// So many frames of a client are taken in one turn of the event loop, so that its burst does not delay the others. A turn
+/// also ends with the frame in which it becomes as long as `longestTurn`: some frames take a hundred times as long as
+/// others.
+constexpr std::size_t framesPerTurn = 16;
+constexpr std::chrono::microseconds longestTurn{300};
 
 /// What is asked of the kernel to keep for each client that does not read, in bytes. It takes twice as much, and that
 /// counts as the host's memory, too.

@@ -9,7 +9,7 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
-#include "server/sockets/ListenerError.h"
+#include "SettingsHandlerKit/ListenerError.h"
 
 namespace SettingsHandlerKit {
 

@@ -40,7 +40,7 @@ int openRuntimeFolder(const std::filesystem::path& folder) {
     if (opened.get() < 0) {
         if (errno == ELOOP || errno == ENOTDIR) {
             throw ListenerError(folder.string() +
-                                " is a link or no folder; the host's sockets need a folder of their own");
+                                " is a link or not a folder; the host's sockets need their own folder");
         }
         fail("cannot open the folder " + folder.string());
     }
@@ -79,7 +79,7 @@ void removeStaleSocket(const std::string& path, const sockaddr_un& address) {
         return;
     }
     if (!S_ISSOCK(status.st_mode)) {
-        throw ListenerError(path + " exists and is no socket; it was left as it is");
+        throw ListenerError(path + " exists and is not a socket; left unchanged");
     }
     const Descriptor probe(::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
     if (::connect(probe.get(), generic(address), sizeof(address)) == 0 || errno != ECONNREFUSED) {

@@ -5,8 +5,8 @@
 
 #include <sys/types.h>
 
-#include "server/sockets/ListenerError.h"
-#include "service/Descriptor.h"
+#include "SettingsHandlerKit/Descriptor.h"
+#include "SettingsHandlerKit/ListenerError.h"
 
 namespace SettingsHandlerKit {
 

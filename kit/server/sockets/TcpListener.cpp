@@ -12,7 +12,7 @@
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 
-#include "server/sockets/ListenerError.h"
+#include "SettingsHandlerKit/ListenerError.h"
 #include "server/sockets/PassedSocket.h"
 
 namespace SettingsHandlerKit {
@@ -21,7 +21,7 @@ namespace {
 
 /// A turn accepts enough that a burst of connections does not fill the kernel's queue, and ends early enough for the
 /// clients that are connected already.
-constexpr std::chrono::microseconds longestTurn{300};
+constexpr std::chrono::microseconds longestTurnOfAccepting{300};
 
 struct Endpoint {
     sockaddr_storage storage{};
@@ -100,7 +100,7 @@ void TcpListener::acceptFrom(Descriptor listening) {
     boundAddress = host.data();
     boundPort = static_cast<std::uint16_t>(std::stoul(service.data()));
     tune(listening.get());
-    acceptor.emplace(std::move(listening), longestTurn);
+    acceptor.emplace(std::move(listening), longestTurnOfAccepting);
 }
 
 void TcpListener::start(EventLoop& loop, Acceptor::OnConnection taker, Acceptor::OnRefused refuser) {

@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "SettingsHandlerKit/Descriptor.h"
 #include "server/sockets/Acceptor.h"
-#include "service/Descriptor.h"
 
 namespace SettingsHandlerKit {
 

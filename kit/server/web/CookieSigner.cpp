@@ -4,7 +4,6 @@
 #include <stdexcept>
 #include <utility>
 
-#include <libwebsockets.h>
 #include <openssl/crypto.h>
 #include <openssl/evp.h>
 #include <openssl/hmac.h>
@@ -22,7 +21,7 @@ constexpr char separator = '.';
 
 bool isSameSecret(const std::string& left, const std::string& right) {
     return left.size() == right.size() &&
-           lws_timingsafe_bcmp(left.data(), right.data(), static_cast<std::uint32_t>(left.size())) == 0;
+           CRYPTO_memcmp(left.data(), right.data(), left.size()) == 0;
 }
 
 CookieSigner::CookieSigner(std::string secretToSignWith) : secret(std::move(secretToSignWith)) {

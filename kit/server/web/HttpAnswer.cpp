@@ -1,25 +1,10 @@
 #include "server/web/HttpAnswer.h"
 
-#include <algorithm>
-#include <utility>
-#include <vector>
+#include <ostream>
 
-#include <libwebsockets.h>
+#include <boost/beast/http/status.hpp>
 
 namespace SettingsHandlerKit {
-
-namespace {
-
-constexpr std::size_t headSize = 2048;
-constexpr std::size_t pieceSize = 16384;
-
-bool addHeader(lws* connection, const char* name, const std::string& value, unsigned char** place, unsigned char* end) {
-    return lws_add_http_header_by_name(connection, reinterpret_cast<const unsigned char*>(name),
-                                       reinterpret_cast<const unsigned char*>(value.data()),
-                                       static_cast<int>(value.size()), place, end) == 0;
-}
-
-}  // namespace
 
 HttpAnswer plainAnswer(unsigned status, const std::string& text) {
     HttpAnswer answer;
@@ -29,7 +14,7 @@ HttpAnswer plainAnswer(unsigned status, const std::string& text) {
 }
 
 HttpAnswer howToGetPages() {
-    HttpAnswer answer = plainAnswer(HTTP_STATUS_OK, R"(<!DOCTYPE html>
+    HttpAnswer answer = plainAnswer(200, R"(<!DOCTYPE html>
 <html lang="en">
 <meta charset="utf-8">
 <title>No settings pages</title>
@@ -41,42 +26,25 @@ the sources, then start the host with <code>settings-host --pages pages/dist</co
     return answer;
 }
 
-HttpExchange::HttpExchange(lws* connectionOfRequest, HttpAnswer answerToSend, bool withBody)
-    : connection(connectionOfRequest), answer(std::move(answerToSend)), body(withBody) {}
-
-bool HttpExchange::begin() {
-    const std::size_t count = std::min(pieceSize, size());
-    std::vector<unsigned char> buffer(LWS_PRE + headSize + count);
-    unsigned char* const start = buffer.data() + LWS_PRE;
-    unsigned char* const end = start + headSize;
-    unsigned char* place = start;
-    if (lws_add_http_common_headers(connection, answer.status, answer.contentType.c_str(), answer.body->size(), &place,
-                                    end) != 0) {
-        return false;
+std::string headOf(const HttpAnswer& answer, bool closes) {
+    const auto reason = boost::beast::http::obsolete_reason(static_cast<boost::beast::http::status>(answer.status));
+    std::string head = "HTTP/1.1 " + std::to_string(answer.status) + " " + reason.to_string() +
+                       "\r\n"
+                       "content-security-policy: default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; "
+                       "connect-src 'self'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'\r\n"
+                       "x-content-type-options: nosniff\r\n"
+                       "referrer-policy: no-referrer\r\n"
+                       "cross-origin-resource-policy: same-origin\r\n"
+                       "cache-control: no-store\r\n"
+                       "server: settings-host\r\n";
+    if (answer.body) {
+        head += "content-type: " + answer.contentType + "\r\n";
+        head += "content-length: " + std::to_string(answer.body->size()) + "\r\n";
     }
-    if (!answer.cookie.empty() && !addHeader(connection, "set-cookie:", answer.cookie, &place, end)) {
-        return false;
+    if (closes) {
+        head += "connection: close\r\n";
     }
-    if (answer.status == HTTP_STATUS_METHOD_NOT_ALLOWED && !addHeader(connection, "allow:", "GET, HEAD", &place, end)) {
-        return false;
-    }
-    if (lws_finalize_http_header(connection, &place, end) != 0) {
-        return false;
-    }
-    // With one write, so that a short answer is one packet.
-    std::copy_n(answer.body->data(), count, place);
-    sent = count;
-    const int whole = static_cast<int>(place - start) + static_cast<int>(count);
-    return lws_write(connection, start, static_cast<std::size_t>(whole), LWS_WRITE_HTTP_HEADERS) >= whole;
-}
-
-bool HttpExchange::proceed() {
-    const std::size_t count = std::min(pieceSize, size() - sent);
-    std::vector<unsigned char> buffer(LWS_PRE + count);
-    std::copy_n(answer.body->data() + sent, count, buffer.data() + LWS_PRE);
-    sent += count;
-    const auto kind = isDone() ? LWS_WRITE_HTTP_FINAL : LWS_WRITE_HTTP;
-    return lws_write(connection, buffer.data() + LWS_PRE, count, kind) >= static_cast<int>(count);
+    return head + answer.headers + "\r\n";
 }
 
 }  // namespace SettingsHandlerKit

@@ -3,17 +3,16 @@
 #include <memory>
 #include <string>
 
-struct lws;
-
 namespace SettingsHandlerKit {
 
 /// The answer to an HTTP request.
 struct HttpAnswer {
     unsigned status = 200;
     std::string contentType = "text/plain; charset=utf-8";
+    /// Null: an answer without a body, such as 101.
     std::shared_ptr<const std::string> body;
-    /// The value of the Set-Cookie header, unless empty.
-    std::string cookie;
+    /// More header lines, each with its line end.
+    std::string headers;
 };
 
 /// An answer in plain text.
@@ -22,24 +21,8 @@ HttpAnswer plainAnswer(unsigned status, const std::string& text);
 /// The page that is served when the settings pages are not installed.
 HttpAnswer howToGetPages();
 
-/// An answer on its way to one connection, a piece at a time.
-class HttpExchange {
-public:
-    HttpExchange(lws* connection, HttpAnswer answer, bool withBody);
-
-    /// Sends the head with the first piece of the body. Returns: false when the connection is lost.
-    bool begin();
-    /// Sends the next piece of the body when the connection takes it. Returns: false when the connection is lost.
-    bool proceed();
-    bool isDone() const { return sent == size(); }
-
-private:
-    std::size_t size() const { return body ? answer.body->size() : 0; }
-
-    lws* connection;
-    HttpAnswer answer;
-    bool body;
-    std::size_t sent = 0;
-};
+/// Status line and headers of `answer`, the security headers of every answer among them. `closes`: the connection is
+/// closed after it.
+std::string headOf(const HttpAnswer& answer, bool closes);
 
 }  // namespace SettingsHandlerKit

@@ -4,7 +4,7 @@
 
 namespace SettingsHandlerKit {
 
-void WebConnections::authenticate(lws* connection) {
+void WebConnections::authenticate(const ByteStream* connection) {
     const auto found = std::find(unauthenticated.begin(), unauthenticated.end(), connection);
     if (found != unauthenticated.end()) {
         unauthenticated.erase(found);
@@ -12,13 +12,13 @@ void WebConnections::authenticate(lws* connection) {
     }
 }
 
-void WebConnections::closed(lws* connection) {
+void WebConnections::closed(const ByteStream* connection) {
     unauthenticated.erase(std::remove(unauthenticated.begin(), unauthenticated.end(), connection),
                           unauthenticated.end());
     authenticated.erase(connection);
 }
 
-bool WebConnections::isUnauthenticated(lws* connection) const {
+bool WebConnections::isUnauthenticated(const ByteStream* connection) const {
     return std::find(unauthenticated.begin(), unauthenticated.end(), connection) != unauthenticated.end();
 }
 

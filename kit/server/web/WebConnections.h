@@ -6,9 +6,9 @@
 
 #include "server/sockets/ListenerLimits.h"
 
-struct lws;
-
 namespace SettingsHandlerKit {
+
+class ByteStream;
 
 /// The connections at the web port. One that has shown neither key nor cookie is unauthenticated. Few of those are
 /// kept, so that they cannot use up the places of others.
@@ -16,19 +16,19 @@ class WebConnections {
 public:
     static constexpr std::size_t maximumUnauthenticated = 32;
 
-    void opened(lws* connection) { unauthenticated.push_back(connection); }
+    void opened(const ByteStream* connection) { unauthenticated.push_back(connection); }
     /// The connection has shown key or cookie.
-    void authenticate(lws* connection);
-    void closed(lws* connection);
+    void authenticate(const ByteStream* connection);
+    void closed(const ByteStream* connection);
 
-    bool isUnauthenticated(lws* connection) const;
+    bool isUnauthenticated(const ByteStream* connection) const;
     /// Is there room for one more unauthenticated connection?
     bool haveRoom() const {
         return unauthenticated.size() < maximumUnauthenticated &&
                unauthenticated.size() + authenticated.size() < maximumClients;
     }
     /// Null when there is none.
-    lws* oldestUnauthenticated() const { return unauthenticated.empty() ? nullptr : unauthenticated.front(); }
+    const ByteStream* oldestUnauthenticated() const { return unauthenticated.empty() ? nullptr : unauthenticated.front(); }
 
     /// All except `staying` are unauthenticated from now on.
     template <typename Staying>
@@ -45,8 +45,8 @@ public:
 
 private:
     /// The oldest first. So few that a linear search costs nothing.
-    std::vector<lws*> unauthenticated;
-    std::unordered_set<lws*> authenticated;
+    std::vector<const ByteStream*> unauthenticated;
+    std::unordered_set<const ByteStream*> authenticated;
 };
 
 }  // namespace SettingsHandlerKit

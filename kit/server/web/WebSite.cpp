@@ -1,7 +1,5 @@
 #include "server/web/WebSite.h"
 
-#include <libwebsockets.h>
-
 namespace SettingsHandlerKit {
 
 HttpAnswer WebSite::answer(const WebVisitor& visitor, bool isAdmitted, const std::string& path, bool isRead) const {
@@ -10,11 +8,13 @@ HttpAnswer WebSite::answer(const WebVisitor& visitor, bool isAdmitted, const std
         return endpoint->second();
     }
     if (!isAdmitted) {
-        return plainAnswer(HTTP_STATUS_FORBIDDEN,
+        return plainAnswer(403,
                            "The key is missing or old. \"settingsctl page\" prints the address.");
     }
     if (!isRead) {
-        return plainAnswer(HTTP_STATUS_METHOD_NOT_ALLOWED, "Pages are read-only.");
+        HttpAnswer refusal = plainAnswer(405, "Pages are read-only.");
+        refusal.headers = "allow: GET, HEAD\r\n";
+        return refusal;
     }
     HttpAnswer answer;
     if (const PageFile* const file = pages.find(path); file != nullptr) {
@@ -23,9 +23,11 @@ HttpAnswer WebSite::answer(const WebVisitor& visitor, bool isAdmitted, const std
     } else if (pages.isEmpty() && (path == "/" || path == "/device")) {
         answer = howToGetPages();
     } else {
-        return plainAnswer(HTTP_STATUS_NOT_FOUND, "There is no such page.");
+        return plainAnswer(404, "Page not found.");
     }
-    answer.cookie = access.cookieFor(visitor);
+    if (const std::string cookie = access.cookieFor(visitor); !cookie.empty()) {
+        answer.headers = "set-cookie: " + cookie + "\r\n";
+    }
     return answer;
 }
 

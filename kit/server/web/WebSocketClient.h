@@ -1,64 +1,44 @@
 #pragma once
 
-#include <cstddef>
+#include <chrono>
 #include <memory>
-#include <string>
 
-#include "server/sockets/Backlog.h"
-#include "server/sockets/ClientListener.h"
-
-struct lws;
+#include "server/loop/Deadline.h"
+#include "server/sockets/StreamClient.h"
+#include "server/web/WebSocketFraming.h"
 
 namespace SettingsHandlerKit {
 
-/// One WebSocket connection. Its server calls the operations below for what libwebsockets reports; those that return a
-/// bool return false when the connection is to be closed now.
-class WebSocketClient : public Client, public std::enable_shared_from_this<WebSocketClient> {
+/// A client at a WebSocket. One from which nothing comes for `timeout` is pinged, and dropped when nothing comes for as
+/// long again.
+class WebSocketClient : public StreamClient {
 public:
-    /// `clientListener` outlives it. What waits for the client counts in `backlog`.
-    WebSocketClient(lws* connection, Origin origin, ClientListener& clientListener, std::shared_ptr<Backlog> backlog);
+    /// The WebSocket is open.
+    WebSocketClient(EventLoop& loop, std::shared_ptr<ByteStream> stream, std::shared_ptr<WebSocketFraming> framing,
+                    Place place, std::chrono::milliseconds timeout);
 
-    void send(const std::shared_ptr<const std::string>& frame) override;
-    Origin origin() const override { return clientOrigin; }
-    ListenerKind listenerKind() const override { return ListenerKind::WEB; }
-
-    void opened();
-    /// A part of a message came in.
-    bool received(const char* bytes, std::size_t size);
-    /// The connection takes more.
-    bool writable();
-    /// The moment to close has come.
-    bool timerExpired();
-    void closed();
-
-    /// The other side sent a close frame: data after it is ignored.
-    void peerCloses() { gone = true; }
-
-    /// Closes when its backlog is sent.
-    void finish();
-    /// Closes with 4401, because key or cookie are no longer valid: at once, or, when a frame was sent in part, after
-    /// the rest of it is read, within two seconds.
+    /// Closes with 1001 when its backlog is sent.
+    void stop();
+    /// Closes with 4401, because key or cookie are no longer valid: at once, or, when bytes are on their way, after they
+    /// are read, within two seconds.
     void revoke();
 
 private:
-    bool close(unsigned short status, const char* reason);
-    bool mayWriteAtOnce(const std::string& frame) const;
-    bool writePart(std::size_t size);
-    bool writeTurn();
-    bool write(const std::string& frame, std::size_t from, std::size_t size);
-    void drop();
+    void received(const char* bytes, std::size_t size) override;
+    void inputEnded() override;
+    void written(bool isSent) override;
+    void outputFinished() override;
+    void expired();
+    void heard();
 
-    lws* connection;
-    Origin clientOrigin;
-    ClientListener& clientListener;
-    std::string message;
-    ClientBacklog backlog;
-    /// How much of the backlog's first frame is on its way.
-    std::size_t written = 0;
-    /// Is one of its frames being handled?
-    bool handling = false;
+    const std::shared_ptr<WebSocketFraming> framing;
+    const std::chrono::milliseconds timeout;
+    Deadline deadline;
+    std::chrono::steady_clock::time_point lastHeard = std::chrono::steady_clock::now();
+    bool pinged = false;
     bool revoked = false;
-    bool gone = false;
+    /// The output is ended; what comes is ignored until the client ends it too.
+    bool ending = false;
 };
 
 }  // namespace SettingsHandlerKit

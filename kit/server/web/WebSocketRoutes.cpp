@@ -24,10 +24,12 @@ std::string chosenProtocol(const std::string& offered) {
 
 }  // namespace
 
-bool isWebSocketRoute(const std::string& path, const std::string& offeredProtocols) {
+const WebSocketRoute* webSocketRoute(const std::string& path, const std::string& offeredProtocols) {
     const std::string protocol = chosenProtocol(offeredProtocols);
-    return std::any_of(routes.begin(), routes.end(),
-                       [&](const auto& route) { return path == route.path && protocol == route.protocol; });
+    const auto* const route = std::find_if(routes.begin(), routes.end(), [&](const auto& candidate) {
+        return path == candidate.path && protocol == candidate.protocol;
+    });
+    return route == routes.end() ? nullptr : route;
 }
 
 }  // namespace SettingsHandlerKit

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "server/sockets/Client.h"
+#include "SettingsHandlerKit/Client.h"
 
 namespace SettingsHandlerKit {
 
@@ -16,8 +16,7 @@ struct WebSocketRoute {
 constexpr WebSocketRoute settingsRoute{"/settings", "settings.v1", Origin::PAGE};
 constexpr WebSocketRoute deviceRoute{"/device", "device.v1", Origin::DEVICE};
 
-/// Is there a route of `path` whose subprotocol is the first known one of `offeredProtocols`? libwebsockets chooses
-/// that one.
-bool isWebSocketRoute(const std::string& path, const std::string& offeredProtocols);
+/// The route of `path`, if its subprotocol is the first known one of `offeredProtocols`; null when there is none.
+const WebSocketRoute* webSocketRoute(const std::string& path, const std::string& offeredProtocols);
 
 }  // namespace SettingsHandlerKit

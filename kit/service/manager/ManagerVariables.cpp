@@ -22,7 +22,7 @@ std::optional<std::uint64_t> managerNumber(const char* name) {
     const char* const end = text->data() + text->size();
     const auto parsed = std::from_chars(text->data(), end, number);
     if (parsed.ec != std::errc() || parsed.ptr != end) {
-        throw std::invalid_argument(std::string(name) + " is no number");
+        throw std::invalid_argument(std::string(name) + " is not a number");
     }
     return number;
 }

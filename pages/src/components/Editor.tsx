@@ -1,8 +1,9 @@
 import type { JSX, RefObject } from 'preact';
-import { useEffect, useLayoutEffect, useRef } from 'preact/hooks';
+import { useLayoutEffect, useRef } from 'preact/hooks';
 
 import type { SettingKey } from '../settings/catalogue';
-import { nameOfSetting, wordsFor } from '../settings/format';
+import { nameOfSetting } from '../settings/format';
+import { Conflict } from './Conflict';
 import { usePage } from './context';
 import { Field } from './Field';
 import type { RowProps } from './RowProps';
@@ -15,26 +16,12 @@ interface Props extends RowProps {
     readonly onCancel: () => void;
 }
 
+/** The form in place of a row: its fields, a choice after a conflict, and buttons. */
 export function Editor({ setting, parts, takesFocus, onSave, onUnchanged, onCancel }: Props): JSX.Element {
-    const { store, language } = usePage();
-    const name = nameOfSetting(setting, language);
+    const { language } = usePage();
     const { texts, edit, isConflict, isUnchanged, keepTexts, useValue } = useEditedTexts(setting, parts);
-    const first = useRef<HTMLInputElement>(null);
+    const first = useFirstField(takesFocus);
     const keep = useRef<HTMLButtonElement>(null);
-    useLayoutEffect(() => {
-        if (takesFocus) {
-            first.current?.focus();
-            first.current?.select();
-        }
-    }, [takesFocus]);
-    useEffect(
-        () => () => {
-            if (!store.drafts.has(setting)) {
-                store.closeEditor(setting);
-            }
-        },
-        [store, setting],
-    );
     const submit = () => {
         if (isConflict) {
             keep.current?.focus();
@@ -48,19 +35,55 @@ export function Editor({ setting, parts, takesFocus, onSave, onUnchanged, onCanc
         how();
         first.current?.focus();
     };
+    const name = nameOfSetting(setting, language);
     return (
         <form
             class="editor"
             aria-label={language.t('edit', { name })}
-            onSubmit={(event) => {
-                event.preventDefault();
-                submit();
-            }}
-            onReset={(event) => {
-                event.preventDefault();
-                onCancel();
-            }}
+            onSubmit={insteadOfDefault(submit)}
+            onReset={insteadOfDefault(onCancel)}
         >
+            <Fields setting={setting} parts={parts} texts={texts} first={first} onEdit={edit} />
+            <div role="alert">
+                {isConflict && (
+                    <Conflict setting={setting} keep={keep} onKeep={resolve(keepTexts)} onUse={resolve(useValue)} />
+                )}
+            </div>
+            <Buttons setting={setting} />
+        </form>
+    );
+}
+
+/** The first field. It gets the focus, with its text selected, when `takesFocus`. */
+function useFirstField(takesFocus: boolean): RefObject<HTMLInputElement> {
+    const first = useRef<HTMLInputElement>(null);
+    useLayoutEffect(() => {
+        if (takesFocus) {
+            first.current?.focus();
+            first.current?.select();
+        }
+    }, [takesFocus]);
+    return first;
+}
+
+function insteadOfDefault(action: () => void): (event: Event) => void {
+    return (event) => {
+        event.preventDefault();
+        action();
+    };
+}
+
+interface FieldsProps extends RowProps {
+    readonly texts: readonly string[];
+    readonly first: RefObject<HTMLInputElement>;
+    readonly onEdit: (index: number, text: string) => void;
+}
+
+function Fields({ setting, parts, texts, first, onEdit }: FieldsProps): JSX.Element {
+    const { language } = usePage();
+    const name = nameOfSetting(setting, language);
+    return (
+        <>
             {texts.map((text, index) => (
                 <Field
                     key={index}
@@ -69,45 +92,23 @@ export function Editor({ setting, parts, takesFocus, onSave, onUnchanged, onCanc
                     label={parts === undefined || texts.length === 1 ? name : `${name}: ${parts[index]}`}
                     text={text}
                     onEdit={(edited) => {
-                        edit(index, edited);
+                        onEdit(index, edited);
                     }}
                 />
             ))}
-            <div role="alert">
-                {isConflict && (
-                    <Conflict setting={setting} keep={keep} onKeep={resolve(keepTexts)} onUse={resolve(useValue)} />
-                )}
-            </div>
-            <div class="buttons" data-row={`${setting}-buttons`}>
-                <button type="submit" class="button primary">
-                    {language.t('save')}
-                </button>
-                <button type="reset" class="button">
-                    {language.t('cancel')}
-                </button>
-            </div>
-        </form>
+        </>
     );
 }
 
-interface ConflictProps {
-    readonly setting: SettingKey;
-    readonly keep: RefObject<HTMLButtonElement>;
-    readonly onKeep: () => void;
-    readonly onUse: () => void;
-}
-
-/** Shows the value that was set during the edit, and lets the person decide. */
-function Conflict({ setting, keep, onKeep, onUse }: ConflictProps): JSX.Element {
-    const { state, language } = usePage();
+function Buttons({ setting }: { readonly setting: SettingKey }): JSX.Element {
+    const { language } = usePage();
     return (
-        <div class="conflict" data-row={`${setting}-conflict`}>
-            <p>{language.t('conflict', { value: wordsFor(setting, state.values?.[setting] ?? '', language) })}</p>
-            <button type="button" class="button" ref={keep} onClick={onKeep}>
-                {language.t('conflict.keep')}
+        <div class="buttons" data-row={`${setting}-buttons`}>
+            <button type="submit" class="button primary">
+                {language.t('save')}
             </button>
-            <button type="button" class="button" onClick={onUse}>
-                {language.t('conflict.use')}
+            <button type="reset" class="button">
+                {language.t('cancel')}
             </button>
         </div>
     );

@@ -1,4 +1,4 @@
-import { useLayoutEffect, useState } from 'preact/hooks';
+import { useEffect, useLayoutEffect, useState } from 'preact/hooks';
 
 import type { SettingKey } from '../settings/catalogue';
 import { isBlank } from '../settings/format';
@@ -36,6 +36,14 @@ export function useEditedTexts(setting: SettingKey, parts: readonly string[] | u
             store.drafts.set(setting, { parts: texts, known });
         }
     }, [store, setting, texts, known, isTouched]);
+    useEffect(
+        () => () => {
+            if (!store.drafts.has(setting)) {
+                store.closeEditor(setting);
+            }
+        },
+        [store, setting],
+    );
     return {
         texts,
         edit: (edited, text) => {

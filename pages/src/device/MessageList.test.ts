@@ -36,7 +36,7 @@ test('Home and End go to the ends', () => {
     expect([choose('Home', 2), choose('End', null)]).toEqual([1, 3]);
 });
 
-test('Escape clears the choice, and is left to the page when there is none', () => {
+test('Escape clears the choice; without a choice the page handles it', () => {
     expect([choose('Escape', 2), choose('Escape', null)]).toEqual([null, undefined]);
 });
 

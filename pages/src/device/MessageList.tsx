@@ -1,4 +1,4 @@
-import type { JSX } from 'preact';
+import type { JSX, RefObject } from 'preact';
 import { useEffect, useRef } from 'preact/hooks';
 
 import { summary, timeOfDay } from './format';
@@ -13,17 +13,8 @@ interface Props {
 
 /** One line per message, oldest first. Follows the newest message until one is chosen; Escape follows again. */
 export function MessageList({ messages, chosen, onChoose }: Props): JSX.Element {
-    const list = useRef<HTMLUListElement>(null);
-    const newest = messages.at(-1)?.serial;
     const active = messages.find(({ serial }) => serial === chosen?.serial);
-
-    useEffect(() => {
-        if (list.current !== null) {
-            const { lastElementChild } = list.current;
-            showLine(list.current, active === undefined ? lastElementChild : document.getElementById(lineId(active)));
-        }
-    }, [active, newest]);
-
+    const list = useScrolledList(active, messages.at(-1));
     const onKeyDown = (event: KeyboardEvent) => {
         const next = nextChoice(event.key, messages, chosen);
         if (next !== undefined) {
@@ -56,6 +47,18 @@ export function MessageList({ messages, chosen, onChoose }: Props): JSX.Element 
             ))}
         </ul>
     );
+}
+
+/** A list that scrolls to its active line, or else to its newest. */
+function useScrolledList(active: Message | undefined, newest: Message | undefined): RefObject<HTMLUListElement> {
+    const list = useRef<HTMLUListElement>(null);
+    useEffect(() => {
+        if (list.current !== null) {
+            const { lastElementChild } = list.current;
+            showLine(list.current, active === undefined ? lastElementChild : document.getElementById(lineId(active)));
+        }
+    }, [active, newest?.serial]);
+    return list;
 }
 
 interface LineProps {

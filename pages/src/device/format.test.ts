@@ -19,7 +19,7 @@ describe('visible', () => {
 });
 
 describe('pretty', () => {
-    test('puts every member and element on a line of its own', () => {
+    test('puts every member and element on its own line', () => {
         expect(pretty('{"type":7,"payload":{"settings":["a","b"]}}')).toBe(
             [
                 '{',
@@ -49,7 +49,7 @@ describe('pretty', () => {
         expect(pretty('["{a:[b],\\"c\\\\"]')).toBe('[\n  "{a:[b],\\"c\\\\"\n]');
     });
 
-    test('shows what is no JSON as it is, with nothing hidden', () => {
+    test('shows text that is not JSON unchanged, with nothing hidden', () => {
         expect(pretty('{"a":1')).toBe('{"a":1');
         expect(pretty('hel\u202elo')).toBe('hel\\u202elo');
         expect(pretty('"\u202e"')).toBe('"\\u202e"');
@@ -71,7 +71,7 @@ describe('summary', () => {
     });
 });
 
-test('the time of day is to the millisecond, and a time that is none is a dash', () => {
+test('the time of day has milliseconds; an invalid time is a dash', () => {
     expect(timeOfDay(new Date(2024, 0, 2, 3, 4, 5, 6).getTime())).toBe('03:04:05.006');
     expect(timeOfDay(Number.POSITIVE_INFINITY)).toBe('–');
 });

@@ -77,7 +77,7 @@ describe('arrows', () => {
         ]);
     });
 
-    it('lead to every line of a row, and there to what stands above or below', () => {
+    it('lead to every line of a row, and from it to the rows above and below', () => {
         zone.innerHTML = `
             <div data-row="sizes"><button id="s" data-at="0 0 400">s</button></div>
             <div data-row="colours">

@@ -24,7 +24,7 @@ export function isSetting(key: string): key is SettingKey {
     return Object.hasOwn(catalogue, key);
 }
 
-/** The value that an empty text stands for. */
+/** The value that an empty text means. */
 export function defaultOf(key: SettingKey): string {
     return catalogue[key].default ?? '';
 }

@@ -10,7 +10,7 @@ export function isBlank(text: string): boolean {
     return text.trim() === '';
 }
 
-/** At most a line of `text`, without disruptive characters; a blank text stands in quotation marks. */
+/** At most a line of `text`, without disruptive characters; a blank text is put in quotation marks. */
 export function shortened(text: string): string {
     // By code points: half of a surrogate pair would be shown as a broken character.
     const characters = Array.from(text);

@@ -20,7 +20,7 @@ namespace SettingsHandlerTesting {
 ///
 /// Threads: the observers are called on the calling thread. Subscribe before other threads use the layer.
 ///
-/// Differences from a real one: it has no thread of its own, keeps no state but the hands-free switch, and repeats a
+/// Differences from a real one: it has no thread, keeps no state but the hands-free switch, and repeats a
 /// notification as often as a test asks. It does not keep its observers alive; it skips those that are destroyed.
 class FakeDeviceLayer {
 public:

@@ -29,7 +29,8 @@ namespace SettingsHandlerTesting {
 ///         around.used.sdkBridge = myBridge;
 ///     });
 ///
-/// `BasicTestHandler<MyHandler>` does the same for a derived handler.
+/// `BasicTestHandler<MyHandler>` does the same for a derived handler, such as
+/// `SettingsHandlerKit::CheckedSettingsHandler`.
 ///
 /// Threads: those of the fakes and the handler; construct and destroy it on one thread.
 ///

@@ -53,7 +53,7 @@ TEST_P(SettingsCtlWithABrokenHost, ReportsAConnectionClosedAtOnce) {
 TEST_P(SettingsCtlWithABrokenHost, ReportsTooManyClients) {
     auto program = start();
     Peer client = accept();
-    client.sendLine(R"({"error":{"code":"too-many-clients","message":"the host has no room for one more client"}})");
+    client.sendLine(R"({"error":{"code":"too-many-clients","message":"the host has reached its limit of clients"}})");
     client.close();
     expectEnd(program, 3, "", "settingsctl: the host has reached its limit of clients; try again later\n");
 }

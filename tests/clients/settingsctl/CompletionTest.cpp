@@ -164,7 +164,8 @@ protected:
         auto variables = GetParam().environment;
         variables["COMPLETIONS"] = COMPLETION_FOLDER;
         variables["XDG_RUNTIME_DIR"] = runtimeFolder;
-        variables["PATH"] = PROGRAM_FOLDER ":" + std::string(std::getenv("PATH"));
+        const char* const path = std::getenv("PATH");
+        variables["PATH"] = PROGRAM_FOLDER ":" + std::string(path == nullptr ? "" : path);
         variables["TERM"] = "dumb";
         return variables;
     }
@@ -228,7 +229,7 @@ TEST_P(SettingsCtlCompletion, AsksTheHostOfTheCommandLine) {
 TEST_P(SettingsCtlCompletion, CompletesTheSocketsPath) {
     const std::string folder = host.runtimeFolder() + "/settings-host/";
     for (const std::string option : {"--socket ", "--socket=", "get --device-socket="}) {
-        const Words words = completed("settingsctl " + option + folder + "sett");
+        const Words words = completed(std::string("settingsctl ").append(option).append(folder).append("sett"));
         ASSERT_EQ(words.size(), 1U) << option;
         EXPECT_EQ(words.front().substr(words.front().rfind('/') + 1), "settings.sock") << option;
     }

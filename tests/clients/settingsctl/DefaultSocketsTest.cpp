@@ -10,13 +10,13 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-/// A mount namespace with a /run of its own, in which the test takes the role of the system's host.
+/// A mount namespace with its own /run, in which the test takes the role of the system's host.
 class SettingsCtlInItsOwnNamespace : public testing::Test {
 protected:
     void SetUp() override {
-        keeper.emplace(Words{"unshare", "--user", "--map-root-user", "--mount", "sh", "-c",
-                             "mount -t tmpfs none /run && mkdir -p /run/settings-host /run/own && echo mounted && "
-                             "exec sleep 1000"});
+        const std::string script =
+            "mount -t tmpfs none /run && mkdir -p /run/settings-host /run/own && echo mounted && exec sleep 1000";
+        keeper.emplace(Words{"unshare", "--user", "--map-root-user", "--mount", "sh", "-c", script});
         if (keeper->output().readLine() != "mounted") {
             GTEST_SKIP() << "cannot mount in a user namespace: " << keeper->errors().readAll();
         }

@@ -16,7 +16,7 @@ void RunningHost::start() {
                                        "--log-level",         "3"};
     if (TestSupport::sanitized) {
         // The runtime of such a build needs more of the system than the host.
-        arguments.push_back("--no-sandbox");
+        arguments.emplace_back("--no-sandbox");
     }
     process.emplace(arguments, std::map<std::string, std::string>{{"XDG_RUNTIME_DIR", runtimeFolder()}});
     const auto line = process->output().readLine();

@@ -21,7 +21,7 @@ struct Output {
 
 /// The program, started by a shell with standard streams as `redirection` says.
 Words command(const Words& arguments, const std::string& redirection) {
-    Words words{"sh", "-c", "exec \"$0\" \"$@\" " + redirection, SETTINGSCTL_PROGRAM};
+    Words words{"sh", "-c", R"(exec "$0" "$@" )" + redirection, SETTINGSCTL_PROGRAM};
     words.insert(words.end(), arguments.begin(), arguments.end());
     return words;
 }

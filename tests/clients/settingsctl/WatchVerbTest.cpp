@@ -128,7 +128,7 @@ TEST_F(SettingsCtlWatch, FailsWhenItsOutputIsAClosedPipe) {
 }
 
 TEST_F(SettingsCtlWatch, FailsInAPipelineWhoseReaderEnds) {
-    TestSupport::ChildProcess program({"bash", "-c", "set -o pipefail; \"$0\" --socket \"$1\" watch | head -n 1",
+    TestSupport::ChildProcess program({"bash", "-c", R"(set -o pipefail; "$0" --socket "$1" watch | head -n 1)",
                                        SETTINGSCTL_PROGRAM, host.settingsPath()});
     Peer client = host.accept();
     client.sendLine(reply);

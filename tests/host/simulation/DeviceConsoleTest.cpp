@@ -101,7 +101,7 @@ TEST_F(DeviceConsoleTest, RefusesInvalidFramesAndStaysUsable) {
 
 TEST_F(DeviceConsoleTest, ASettingThatTheHandlerAcceptsIsDone) {
     struct Handler : DeviceAbstractionLayer::DeviceInfoObserverInterface {
-        explicit Handler(DeviceConsoleTest& itsTest) : test(itsTest) {}
+        Handler(MessageHub& messageHub, Outcome& outcomeToSet) : hub(messageHub), outcome(outcomeToSet) {}
         void notifyLocaleChange(std::string) override {}
         void notifyLocaleChange(std::vector<std::string>) override {}
         void notifyTimezoneChange(std::string) override {}
@@ -112,13 +112,14 @@ TEST_F(DeviceConsoleTest, ASettingThatTheHandlerAcceptsIsDone) {
         void notifySystemSettingChanged(std::string, std::string value) override {
             rapidjson::Document payload(rapidjson::kObjectType);
             if (value == "new") {
-                test.hub->sendMessage(25, payload);
+                hub.sendMessage(25, payload);
             }
-            test.outcome.kind = value == "new" ? Outcome::Kind::CHANGED : Outcome::Kind::UNCHANGED;
+            outcome.kind = value == "new" ? Outcome::Kind::CHANGED : Outcome::Kind::UNCHANGED;
         }
-        DeviceConsoleTest& test;
+        MessageHub& hub;
+        Outcome& outcome;
     };
-    const auto handler = std::make_shared<Handler>(*this);
+    const auto handler = std::make_shared<Handler>(*hub, outcome);
     device->subscribe(handler, {});
     EXPECT_EQ(answerTo(R"({"command":"setting","key":"k","value":"new"})"), R"({"ok":true})");
     EXPECT_EQ(answerTo(R"({"command":"setting","key":"k","value":"old"})"), R"({"ok":true,"changed":false})");
@@ -144,7 +145,7 @@ TEST_F(DeviceConsoleTest, MakesANewKeyOnRequestAndReportsWhenItCannot) {
     renewed.reset();
     EXPECT_EQ(
         answerTo(R"({"command":"page","newKey":true})"),
-        R"({"error":{"code":"not-written","message":"the new key could not be stored: the old key and its cookies still hold"}})");
+        R"({"error":{"code":"not-written","message":"the new key could not be stored: the old key and its cookies stay valid"}})");
 }
 
 TEST_F(DeviceConsoleTest, TheKeyOfThePagesIsShownOnTheUnixSocketOnly) {
@@ -154,7 +155,7 @@ TEST_F(DeviceConsoleTest, TheKeyOfThePagesIsShownOnTheUnixSocketOnly) {
         console.received(pageOfDevice, frame);
         EXPECT_EQ(pageOfDevice->take(),
                   std::vector<std::string>{
-                      R"({"error":{"code":"not-here","message":"only the device socket answers this"}})"});
+                      R"({"error":{"code":"not-here","message":"only available at the device socket"}})"});
         answerTo(frame);
     }
     EXPECT_EQ(traced(), std::vector<std::string>{}) << "a page that watches is not sent it";

@@ -107,7 +107,7 @@ TEST_F(BoundedStorageTest, ALogOutEmptiesTheCache) {
     EXPECT_FALSE(guard.requestEnded());
 }
 
-TEST_F(BoundedStorageTest, PassesOnWhatTheStorageSays) {
+TEST_F(BoundedStorageTest, ReturnsTheResultsOfTheStorage) {
     EXPECT_TRUE(guard.setValue("new", "value"));
     EXPECT_EQ(read("new"), "value");
     EXPECT_TRUE(guard.removeValue("new"));

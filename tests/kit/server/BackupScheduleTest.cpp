@@ -28,7 +28,7 @@ protected:
     EventLoop loop;
     MessageHub clients{std::make_shared<TrafficObservers>()};
     /// Without something to serve the loop would end.
-    UnixSocketListener listener{loop, folder / "door.sock", Origin::SOCKET, clients};
+    UnixSocketListener listener{loop, folder / "listener.sock", Origin::SOCKET, clients};
 };
 
 TEST_F(BackupScheduleTest, MakesABackupOnceItIsDueAndNotBefore) {
@@ -44,7 +44,7 @@ TEST_F(BackupScheduleTest, MakesABackupOnceItIsDueAndNotBefore) {
               (std::vector<std::string>{"1 settings-host:database backed up", "1 settings-host:database backed up"}));
 }
 
-TEST_F(BackupScheduleTest, SaysWhatGoesWrongAndTriesAgain) {
+TEST_F(BackupScheduleTest, ReportsFailuresAndRetries) {
     fill();
     disk->fillUpFrom(1);
     const BackupSchedule schedule(loop, storage, {1ms, 2ms, 24h, 8});
@@ -61,7 +61,7 @@ TEST_F(BackupScheduleTest, SaysWhatGoesWrongAndTriesAgain) {
                                                "1 settings-host:database backed up"}));
 }
 
-TEST_F(BackupScheduleTest, GivesUpWhenToldToAndBeginsAnewAtTheNextLook) {
+TEST_F(BackupScheduleTest, StopsOnRequestAndRestartsAtTheNextCheck) {
     fill();
     const BackupSchedule schedule(loop, storage, {1ms, 5ms, 24h, 1});
     serveUntil([&] { return std::filesystem::exists(file + ".backup.new"); });
@@ -72,7 +72,7 @@ TEST_F(BackupScheduleTest, GivesUpWhenToldToAndBeginsAnewAtTheNextLook) {
     EXPECT_EQ(log.take(), std::vector<std::string>{"1 settings-host:database backed up"});
 }
 
-TEST_F(BackupScheduleTest, ErasesAtALookWhatALogOutCouldNot) {
+TEST_F(BackupScheduleTest, ErasesAtItsNextCheckWhatALogOutCouldNot) {
     put("deviceName", "Den");
     beginLogOut(database, [this] { table.clear(); });
     disk->fillUpFrom(1);
@@ -87,7 +87,6 @@ TEST_F(BackupScheduleTest, ErasesAtALookWhatALogOutCouldNot) {
 }
 
 TEST_F(BackupScheduleTest, MayOutliveItsStorageDuringABackup) {
-    fill();
     auto other = std::make_unique<SettingsHostTests::OpenStorage>(folder / "other/settings.db", disk);
     other->setValue("key", std::string(60000, 'v'));
     const BackupSchedule schedule(loop, *other, {1ms, 1h, 24h, 1});

@@ -57,7 +57,7 @@ TEST_F(ServerThreadsTest, EveryCallOfTheHandlerIsOnTheServersThread) {
     ASSERT_TRUE(event);
     EXPECT_EQ(noting->caller.load(), own);
     // What the device does, from any thread.
-    server.post([&] { handler->notifyTimezoneChange("America/Lima"); });
+    server.post([&] { handler->notifySystemSettingChanged("timezone", "America/Lima"); });
     const auto fromDevice = client.receiveLine();
     ASSERT_TRUE(fromDevice);
     EXPECT_NE(fromDevice->find(R"("sequence":2,"origin":"device")"), std::string::npos) << *fromDevice;

@@ -25,6 +25,41 @@ TEST_F(BackupTest, KeepsTwoGenerations) {
     EXPECT_EQ(status.st_mode & 0777U, 0600U);
 }
 
+TEST_F(BackupTest, IsMadeWhileTheStorageIsUsed) {
+    fill();
+    EXPECT_EQ(storage.backupNow(), backupName(file, 1));
+    put("deviceName", "after the backup");
+    EXPECT_EQ(valueIn(1, "key20"), std::string(5000, 'v'));
+    EXPECT_EQ(valueIn(1, "deviceName"), "(none)");
+    EXPECT_EQ(storage.backupNow(), backupName(file, 1));
+    EXPECT_EQ(valueIn(1, "deviceName"), "after the backup");
+    EXPECT_EQ(valueIn(2, "deviceName"), "(none)");
+    EXPECT_EQ(log.take(), (std::vector<std::string>(2, "1 settings-host:database backed up")));
+}
+
+TEST_F(BackupTest, OfNowReplacesTheOneInProgress) {
+    fill();
+    EXPECT_TRUE(storage.beginBackup(24h));
+    EXPECT_TRUE(storage.continueBackup(2));
+    storage.backupNow();
+    EXPECT_FALSE(storage.continueBackup(2)) << "it was cancelled";
+    EXPECT_FALSE(storage.beginBackup(24h)) << "the new one is fresh";
+    EXPECT_EQ(valueIn(1, "key20"), std::string(5000, 'v'));
+    EXPECT_EQ(files(), (std::vector<std::string>{"settings.db", "settings.db-wal", "settings.db.backup.1"}));
+}
+
+TEST_F(BackupTest, OfNowThrowsWhatFailedAndLeavesTheOthers) {
+    put("deviceName", "kept");
+    storage.backupNow();
+    fill();
+    disk->fillUpFrom(1);
+    EXPECT_THROW(storage.backupNow(), DatabaseError);
+    disk->work();
+    EXPECT_EQ(valueIn(1, "key20"), "(none)");
+    EXPECT_EQ(valueIn(1, "deviceName"), "kept");
+    EXPECT_TRUE(storage.health().writable) << "says nothing about changes";
+}
+
 TEST_F(BackupTest, IsConsistentWhateverIsChangedMeanwhile) {
     fill();
     Backup backup(database);
@@ -52,7 +87,7 @@ TEST_F(BackupTest, OneThatIsGivenUpLeavesTheOthers) {
     EXPECT_EQ(files(), (std::vector<std::string>{"settings.db", "settings.db-wal", "settings.db.backup.1"}));
 }
 
-TEST_F(BackupTest, StartsAnewWhereALossOfPowerCutOneShort) {
+TEST_F(BackupTest, StartsAgainAfterALossOfPowerInterruptedOne) {
     std::ofstream(file + ".backup.new") << std::string(9000, 'x');
     std::ofstream(file + ".backup.new-wal") << std::string(9000, 'x');
     put("deviceName", "Den");
@@ -73,7 +108,7 @@ TEST_F(BackupTest, IsDueOnceADay) {
     EXPECT_TRUE(isBackupDue(file, 24h)) << "it is from the future";
 }
 
-TEST_F(BackupTest, WhateverFailsOnTheWayTheOthersStay) {
+TEST_F(BackupTest, AFailureAtAnyCallKeepsTheOthers) {
     put("deviceName", "older");
     backUp(database);
     put("deviceName", "newer");

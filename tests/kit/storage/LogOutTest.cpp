@@ -102,6 +102,42 @@ protected:
         EXPECT_EQ(running.database.file(), file);
     }
 
+    /// Expects that a refused log-out said so and changed no value, now and after a restart, which restores `before`.
+    void expectNothingLost(std::unique_ptr<Running> running, const Names& before) {
+        EXPECT_EQ(removed->take(), Names()) << "no key is reported as removed";
+        const Names lines = log.take();
+        ASSERT_EQ(lines.size(), 1U);
+        EXPECT_EQ(lines[0].rfind("3 settings-host:cannot clear the storage: ", 0), 0U) << lines[0];
+        expectAllStored(*running);
+        running.reset();
+        running = std::make_unique<Running>(*this);
+        expectAllStored(*running);
+        EXPECT_EQ(files(), before);
+    }
+
+    /// Expects that an accepted log-out is complete after a retry or a restart, and keeps a value stored in between.
+    /// Returns: whether it was reported as incomplete at first.
+    bool expectCompletion(std::unique_ptr<Running> running, bool isRetried) {
+        EXPECT_EQ(removed->take().size(), 4U);
+        const Names lines = log.take();
+        EXPECT_LE(lines.size(), 1U);
+        const bool isLate = !lines.empty() && lines[0].find("a log-out is incomplete") != std::string::npos;
+        EXPECT_TRUE(isLate || filesWithSecrets().empty());
+        EXPECT_EQ(running->storage.health().keys, 0U);
+        EXPECT_TRUE(running->storage.setValue("deviceName", "new"));
+        if (isRetried) {
+            finishLogOut(running->database);
+        } else {
+            running.reset();
+            running = std::make_unique<Running>(*this);
+        }
+        EXPECT_EQ(running->get("deviceName"), "new");
+        EXPECT_TRUE(running->storage.removeValue("deviceName"));
+        expectAllErased(*running);
+        EXPECT_EQ(log.take(), Names());
+        return isLate;
+    }
+
     bool holdsEveryBackup() const {
         return contentOf(backupName(file, 1)) == contentOf(*used / "settings.db.backup.1") &&
                contentOf(backupName(file, 2)) == contentOf(*used / "settings.db.backup.2");
@@ -119,6 +155,28 @@ protected:
             std::filesystem::remove(file + "-wal");
         }
         disk->watch(folder->path());
+    }
+
+    /// Returns: whether the log-out was answered.
+    bool logOutWithPowerCutAt(long call, std::mt19937& random) {
+        bool answered = false;
+        {
+            Running running(*this);
+            disk->cutPowerAt(call);
+            answered = running.storage.clearStorage();
+        }
+        disk->restorePower(random);
+        return answered;
+    }
+
+    void startWithPowerCutAt(long call, std::mt19937& random) {
+        disk->cutPowerAt(call);
+        try {
+            const Running running(*this);
+        } catch (const DatabaseError&) {
+            // Expected: the start fails.
+        }
+        disk->restorePower(random);
     }
 
     /// The number of calls of a log-out without faults.
@@ -275,7 +333,7 @@ TEST_F(LogOutTest, AFailedLogOutLeavesNoTransactionOpen) {
     EXPECT_TRUE(holdsEveryBackup());
 }
 
-TEST_F(LogOutTest, WhicheverCallFailsItIsDoneOrNothingIsLost) {
+TEST_F(LogOutTest, IsCompleteOrLosesNothingWhicheverCallFails) {
     using Fault = void (SettingsHostTests::FaultyDisk::*)(long);
     const std::vector<std::pair<std::string, Fault>> faults{{"once", &SettingsHostTests::FaultyDisk::failOnce},
                                                             {"from", &SettingsHostTests::FaultyDisk::failFrom},
@@ -293,37 +351,13 @@ TEST_F(LogOutTest, WhicheverCallFailsItIsDoneOrNothingIsLost) {
             const bool done = running->storage.clearStorage();
             EXPECT_TRUE(disk->hasFailed() || name == "full");
             disk->work();
-            const Names lines = log.take();
-            if (!done) {
-                ++refused;
-                EXPECT_EQ(removed->take(), Names()) << "no key is reported as removed";
-                ASSERT_EQ(lines.size(), 1U);
-                EXPECT_EQ(lines[0].rfind("3 settings-host:cannot clear the storage: ", 0), 0U) << lines[0];
-                expectAllStored(*running);
-                EXPECT_TRUE(name == "from" || files() == before);
-                running.reset();
-                running = std::make_unique<Running>(*this);
-                expectAllStored(*running);
-                EXPECT_EQ(files(), before);
-                continue;
-            }
-            EXPECT_EQ(removed->take().size(), 4U);
-            ASSERT_LE(lines.size(), 1U);
-            const bool isLate = !lines.empty() && lines[0].find("a log-out is incomplete") != std::string::npos;
-            late += isLate ? 1 : 0;
-            EXPECT_EQ(isLate || filesWithSecrets().empty(), true);
-            EXPECT_EQ(running->storage.health().keys, 0U);
-            EXPECT_TRUE(running->storage.setValue("deviceName", "new"));
-            if (call % 2 == 0) {
-                finishLogOut(running->database);
+            if (done) {
+                late += expectCompletion(std::move(running), call % 2 == 0) ? 1 : 0;
             } else {
-                running.reset();
-                running = std::make_unique<Running>(*this);
+                ++refused;
+                EXPECT_TRUE(name == "from" || files() == before);
+                expectNothingLost(std::move(running), before);
             }
-            EXPECT_EQ(running->get("deviceName"), "new");
-            EXPECT_TRUE(running->storage.removeValue("deviceName"));
-            expectAllErased(*running);
-            EXPECT_EQ(log.take(), Names());
             ASSERT_FALSE(HasFailure());
         }
     }
@@ -331,7 +365,7 @@ TEST_F(LogOutTest, WhicheverCallFailsItIsDoneOrNothingIsLost) {
     EXPECT_GT(late, 0);
 }
 
-TEST_F(LogOutTest, WheneverThePowerIsCutItIsDoneOrNothingIsLost) {
+TEST_F(LogOutTest, IsCompleteOrLosesNothingWheneverThePowerIsCut) {
     const long calls = countCalls();
     int done = 0;
     int undone = 0;
@@ -343,22 +377,10 @@ TEST_F(LogOutTest, WheneverThePowerIsCutItIsDoneOrNothingIsLost) {
                          std::to_string(kind) + (isCutAgain ? ", cut again" : ""));
             std::mt19937 random(static_cast<unsigned>(call) * 4 + kind);
             begin();
-            bool answered = false;
-            {
-                Running running(*this);
-                disk->cutPowerAt(call);
-                answered = running.storage.clearStorage();
-            }
-            disk->restorePower(random);
+            const bool answered = logOutWithPowerCutAt(call, random);
             lose(loss);
             if (isCutAgain) {
-                disk->cutPowerAt(1 + static_cast<long>(random() % 150));
-                try {
-                    const Running running(*this);
-                } catch (const DatabaseError&) {
-                    // Power cut during the start.
-                }
-                disk->restorePower(random);
+                startWithPowerCutAt(1 + static_cast<long>(random() % 150), random);
             }
             Running running(*this);
             EXPECT_FALSE(std::filesystem::exists(logOutMarkerName(file)));

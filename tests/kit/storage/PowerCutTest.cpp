@@ -1,3 +1,4 @@
+#include <filesystem>
 #include <map>
 #include <random>
 
@@ -103,6 +104,17 @@ private:
     unsigned long counter = 0;
 };
 
+/// The value of "deviceName" in a backup.
+std::string valueIn(const std::string& backup) {
+    const TestSupport::TemporaryDirectory folder(TestSupport::memoryFolder());
+    std::filesystem::copy_file(backup, folder / "settings.db");
+    Storage storage(folder / "settings.db");
+    EXPECT_EQ(storage.recovery().source, Recovery::Source::NOT_NEEDED) << "the backup is damaged";
+    std::string value;
+    storage.getValue("deviceName", value);
+    return value;
+}
+
 }  // namespace
 
 TEST(PowerCutTest, NothingThatWasAnsweredIsLost) {
@@ -121,6 +133,47 @@ TEST(PowerCutTest, NothingThatWasAnsweredIsLost) {
     EXPECT_GT(insideAChange, cuts / 4) << "most cuts came during the start";
     RecordProperty("cuts", std::to_string(cuts));
     RecordProperty("cutsInsideAChange", std::to_string(insideAChange));
+}
+
+TEST(PowerCutTest, ABackupIsCompleteOrTheFormerOneIsThere) {
+    long calls = 1;
+    for (long call = 1; call <= calls + 1; ++call) {
+        SCOPED_TRACE("call " + std::to_string(call) + " of " + std::to_string(calls));
+        const SettingsHostTests::LogRecording log;
+        const TestSupport::TemporaryDirectory folder(TestSupport::memoryFolder());
+        const std::string file = folder / "settings.db";
+        const auto disk = std::make_shared<SettingsHostTests::FaultyDisk>();
+        disk->watch(folder.path());
+        bool returned = false;
+        {
+            Storage storage(file, disk);
+            EXPECT_TRUE(storage.setValue("deviceName", "first"));
+            storage.backupNow();
+            EXPECT_TRUE(storage.setValue("deviceName", "second"));
+            if (call == 1) {
+                disk->work();
+                storage.backupNow();
+                calls = disk->calls();
+                continue;
+            }
+            disk->cutPowerAt(call - 1);
+            try {
+                storage.backupNow();
+                returned = true;
+                disk->cutPowerAt(1);
+            } catch (const DatabaseError&) {
+                // Power cut during the backup.
+            }
+        }
+        std::mt19937 random(static_cast<unsigned>(call));
+        disk->restorePower(random);
+        const std::string newest = file + ".backup.1";
+        const std::string found = valueIn(std::filesystem::exists(newest) ? newest : file + ".backup.2");
+        EXPECT_TRUE(found == "second" || (found == "first" && !returned)) << found;
+        EXPECT_TRUE(!returned || std::filesystem::exists(newest));
+        ASSERT_FALSE(::testing::Test::HasFailure());
+    }
+    EXPECT_GT(calls, 20);
 }
 
 }  // namespace SettingsHandlerKit

@@ -234,7 +234,7 @@ TEST_F(StorageTest, KeepsWhatWasStoredBeyondTheLimitsAndRefusesGrowthOnly) {
                               "3 settings-host:cannot store 'new': the limit of 1,000 keys is reached"}));
     EXPECT_TRUE(storage->setValue("key1", std::string(2000, 'w')));
     EXPECT_TRUE(storage->setValue("key2", "short"));
-    EXPECT_EQ(storage->setAside("key3"), "key3.unusable") << "renaming is no growth";
+    EXPECT_EQ(storage->setAside("key3"), "key3.unusable") << "renaming adds no bytes";
     EXPECT_EQ(read("key3.unusable"), std::string(2000, 'v'));
     EXPECT_TRUE(storage->removeValue("key4"));
     EXPECT_EQ(log.take(), std::vector<std::string>{});
@@ -357,6 +357,38 @@ TEST_F(StorageTest, ClearingLeavesOtherTables) {
     storage->setValue("key", "gone");
     storage->clearStorage();
     EXPECT_EQ(state->load("key"), "kept");
+}
+
+TEST_F(StorageTest, StateHasATableOfItsOwn) {
+    open();
+    const auto first = storage->state("first");
+    const auto second = storage->state("second_2");
+    EXPECT_TRUE(first->save("key", "1"));
+    EXPECT_EQ(second->load("key"), std::nullopt);
+    EXPECT_EQ(read("key"), "");
+    EXPECT_EQ(storage->health().keys, 0U);
+    for (const std::string name :
+         {"settings", "Settings", "log_out", "sqlite_master", "", "2", "a b", "a;", "\u00e4"}) {
+        EXPECT_THROW(storage->state(name), std::invalid_argument) << name;
+    }
+}
+
+TEST_F(StorageTest, NotifiesEveryObserver) {
+    open();
+    const auto another = std::make_shared<SettingsHostTests::StorageRecording>();
+    const auto anotherOfValues = std::make_shared<SettingsHostTests::ValueRecording>();
+    storage->observe(another);
+    storage->observeValues(anotherOfValues);
+    EXPECT_TRUE(storage->setValue("a", "1"));
+    EXPECT_TRUE(storage->clearStorage());
+    EXPECT_EQ(another->take(), (std::vector<std::string>{"write", "clear"}));
+    EXPECT_EQ(recording->take(), (std::vector<std::string>{"write", "clear"}));
+    EXPECT_EQ(anotherOfValues->take(), std::vector<std::string>{"a"});
+    EXPECT_EQ(removed->take(), std::vector<std::string>{"a"});
+}
+
+TEST_F(StorageTest, NeedsADisk) {
+    EXPECT_THROW(Storage(file, nullptr), std::invalid_argument);
 }
 
 TEST_F(StorageTest, NotifiesItsObserverOfEveryOperationAndReportsItsHealth) {

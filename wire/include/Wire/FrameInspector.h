@@ -20,7 +20,7 @@ struct Refusal {
 Refusal tooLarge();
 
 /// Refuses what is not one JSON object within the nesting limit, all of it valid UTF-8 (escapes resolved) and without a
-/// raw NUL: codes "not-json", "not-an-object", "too-deep".
+/// raw NUL: codes `notJson`, `notAnObject`, `tooDeep`.
 std::optional<Refusal> inspectFrame(const std::string& frame);
 
 /// The same; `request` becomes what an accepted frame holds, so that it is parsed once.

@@ -10,7 +10,7 @@
 
 namespace Wire {
 
-/// Frames of the wire, as compact JSON text without a line end. Bytes that are no UTF-8 come out as U+FFFD.
+/// Frames of the wire, as compact JSON text without a line end. Bytes that are not UTF-8 become U+FFFD.
 
 /// `{"error":{"code":…,"message":…}}`
 std::string refusalFrame(const std::string& code, const std::string& message);

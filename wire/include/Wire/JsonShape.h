@@ -17,7 +17,7 @@ struct JsonShape {
     /// Is it JSON for the handler: by the same parser, up to the first NUL character?
     bool valid = false;
     Root root = Root::OTHER;
-    /// How many objects and arrays stand inside each other at the deepest place.
+    /// The depth of nesting of objects and arrays.
     std::size_t nesting = 0;
     /// Are all names and string values well-formed UTF-8 once their escapes are resolved?
     bool wellFormed = true;
@@ -25,7 +25,7 @@ struct JsonShape {
 
 JsonShape shapeOf(const std::string& text);
 
-/// The same, and fills `document`, unless the text is no JSON or nested deeper than `maximumNesting`.
+/// The same, and fills `document`, unless the text is not JSON or is nested deeper than `maximumNesting`.
 JsonShape shapeOf(const std::string& text, rapidjson::Document& document);
 
 }  // namespace Wire

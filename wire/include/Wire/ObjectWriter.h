@@ -11,7 +11,7 @@
 
 namespace Wire {
 
-/// Names and strings come out as valid UTF-8: U+FFFD in place of each byte that belongs to no character.
+/// Names and strings become valid UTF-8: each byte that is not part of a character becomes U+FFFD.
 template <typename Output>
 class Utf8Writer : public rapidjson::Writer<Output> {
 public:

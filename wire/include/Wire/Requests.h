@@ -8,7 +8,7 @@
 
 namespace Wire {
 
-/// Requests, as compact JSON text without a line end. Bytes that are not UTF-8 come out as U+FFFD.
+/// Requests, as compact JSON text without a line end. Bytes that are not UTF-8 become U+FFFD.
 
 std::string getSettingsRequest(const std::string& messageId, const std::vector<std::string>& keys);
 

@@ -8,7 +8,7 @@ namespace Wire {
 /// Is `text` well-formed UTF-8 (no surrogates, no overlong forms)?
 bool isValidUtf8(std::string_view text);
 
-/// `text` with U+FFFD in place of each byte that belongs to no character.
+/// `text` with U+FFFD in place of each byte that is not part of a character.
 std::string withValidUtf8(std::string_view text);
 
 }  // namespace Wire

@@ -153,7 +153,7 @@ TYPED_TEST_P(SdkBridgeContract, AnUnknownSettingDoesNoHarm) {
     const std::string before = this->everything();
     for (const std::string key : {"unknown", "", "timezone", "captionsEnabled"}) {
         EXPECT_NO_THROW(this->bridge().applySetting(key, "true")) << "an exception leaves the handler's operation";
-        EXPECT_EQ(this->everything(), before) << "'" << key << "' is none of the three settings";
+        EXPECT_EQ(this->everything(), before) << "'" << key << "' is not one of the three settings";
     }
 }
 

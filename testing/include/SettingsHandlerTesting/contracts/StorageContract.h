@@ -88,7 +88,7 @@ TYPED_TEST_P(StorageContract, KeepsAnyBytes) {
 
 /// Comparisons are exact: a value that is read back in another form would be reported as a change.
 TYPED_TEST_P(StorageContract, KeepsValuesInTheFormInWhichTheyCame) {
-    for (const std::string value : {"007", "1e3", "true", "NULL", " Den ", "[\"\", \"\"]", "'; --",
+    for (const std::string value : {"007", "1e3", "true", "NULL", " Den ", R"(["", ""])", "'; --",
                                     "K\xc3\xbc"
                                     "che",
                                     "Ku\xcc\x88"

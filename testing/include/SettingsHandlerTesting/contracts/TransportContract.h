@@ -185,7 +185,7 @@ TYPED_TEST_P(TransportContract, DropsWhatNobodyRegisteredFor) {
     }
     EXPECT_TRUE(this->delivered.empty()) << "a request went to a handler of another type";
     this->maker.send(0, CommunicationHandler::GET_SETTINGS, this->request(CommunicationHandler::GET_SETTINGS));
-    EXPECT_EQ(this->delivered.size(), 1U) << "the transport must go on after an unknown type";
+    EXPECT_EQ(this->delivered.size(), 1U) << "the transport must keep working after an unknown type";
 }
 
 /// The handler gives the transport only the message id, which other clients may use too.
@@ -245,7 +245,7 @@ TYPED_TEST_P(TransportContract, SendsAnyText) {
     using namespace std::string_literals;
     std::string value;
     this->keep(CommunicationHandler::GET_SETTINGS, [&] { this->reply("m1", value); });
-    for (const std::string& text : {""s, "\"quoted\" \\ {\"a\":1}"s, "line\nline\r\ttab"s, "a\0b"s,
+    for (const std::string& text : {""s, R"("quoted" \ {"a":1})"s, "line\nline\r\ttab"s, "a\0b"s,
                                     "K\xc3\xbc\xf0\x9f\x93\xba"s, std::string(40000, 'x')}) {
         value = text;
         this->maker.send(0, CommunicationHandler::GET_SETTINGS, this->request(CommunicationHandler::GET_SETTINGS));
@@ -259,7 +259,7 @@ TYPED_TEST_P(TransportContract, SendsAnyText) {
 TYPED_TEST_P(TransportContract, RepliesWithAnyMessageId) {
     std::string messageId;
     this->keep(CommunicationHandler::GET_SETTINGS, [&] { this->reply(messageId, "x"); });
-    for (const std::string id : {"", "a \"b\" \\", "K\xc3\xbc", "0"}) {
+    for (const std::string id : {"", R"(a "b" \)", "K\xc3\xbc", "0"}) {
         messageId = id;
         this->maker.send(0, CommunicationHandler::GET_SETTINGS,
                          this->request(CommunicationHandler::GET_SETTINGS, messageId));

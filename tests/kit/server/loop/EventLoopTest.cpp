@@ -28,7 +28,7 @@ protected:
 
 TEST_F(EventLoopTest, ASignalBeforeTheRunEndsIt) {
     TestSupport::TemporaryDirectory folder;
-    UnixSocketListener listener(loop, folder / "door.sock", Origin::SOCKET, clients);
+    UnixSocketListener listener(loop, folder / "listener.sock", Origin::SOCKET, clients);
     ::raise(SIGUSR2);
     loop.run();
     EXPECT_EQ(signals, 1);
@@ -47,8 +47,8 @@ TEST_F(EventLoopTest, ASecondSignalEndsTheDrainOfAClientThatDoesNotRead) {
         client->send(large);
         loop.stop();
     };
-    UnixSocketListener listener(loop, folder / "door.sock", Origin::SOCKET, clients);
-    TestSupport::LineClient stuck(folder / "door.sock");
+    UnixSocketListener listener(loop, folder / "listener.sock", Origin::SOCKET, clients);
+    TestSupport::LineClient stuck(folder / "listener.sock");
     stuck.sendLine("x");
     loop.run();
     listener.close();

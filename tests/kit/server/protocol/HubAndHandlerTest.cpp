@@ -42,7 +42,8 @@ TEST_F(HubAndHandlerTest, ARejectedRequestIsReportedAndGetsNoReply) {
                               "3 settings-host:rejected orliaLocale: must be a JSON array of at most 32 levels"});
     EXPECT_EQ(traffic->take(), (std::vector<std::string>{"received " + frame, "handled 24 REJECTED"}));
     // The guard is for writes alone.
-    hub->received(client, R"({"type":7,"messageId":"m","payload":{"settings":[],"settingDBId":"orliaLocale","to":"{}"}})");
+    hub->received(client,
+                  R"({"type":7,"messageId":"m","payload":{"settings":[],"settingDBId":"orliaLocale","to":"{}"}})");
     EXPECT_EQ(traffic->take().back(), "handled 7 ANSWERED");
 }
 
@@ -54,8 +55,8 @@ TEST_F(HubAndHandlerTest, ARequestForMoreThanThereIsMemoryForIsRefused) {
     const auto answer = client->take();
     ASSERT_EQ(answer.size(), 1U);
     EXPECT_EQ(answer[0],
-              R"({"error":{"code":"busy","message":"too much waits for clients that do not read; ask again later, or )"
-              R"(for fewer settings"}})");
+              R"({"error":{"code":"busy","message":"too much data is queued for clients that do not read; try again )"
+              R"(later or request fewer settings"}})");
     EXPECT_EQ(traffic->take(), (std::vector<std::string>{"received " + frame, "sent to one " + answer[0],
                                                          "refused busy", "handled 7 ANSWERED"}));
     // The next request is judged by its own outcome.

@@ -95,7 +95,7 @@ TEST_F(MessageHubTest, RepliesToTheRequesterAlone) {
     EXPECT_TRUE(other->take().empty());
 }
 
-TEST_F(MessageHubTest, ALargeReplyForWhichThereIsNoRoomIsNotMade) {
+TEST_F(MessageHubTest, ALargeReplyIsNotMadeWhenTheBacklogIsFull) {
     constexpr std::size_t limit = 500000;
     const auto backlog = std::make_shared<Backlog>(limit);
     ClientBacklog unread(backlog, [] { ADD_FAILURE() << "dropped"; });
@@ -163,7 +163,7 @@ TEST_F(MessageHubTest, TheRequestContextHoldsAKeyOfBoundedLength) {
     EXPECT_FALSE(context->current());
 }
 
-TEST_F(MessageHubTest, EventsAreNumberedWhoeverIsConnected) {
+TEST_F(MessageHubTest, EventsAreNumberedEvenWithoutClients) {
     hub.disconnected(requester, DisconnectReason::CLOSED);
     sendEvent("deviceName");
     hub.disconnected(other, DisconnectReason::CLOSED);

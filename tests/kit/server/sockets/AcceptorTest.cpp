@@ -30,7 +30,7 @@ TEST(Acceptor, PausesWhileThereIsNotEvenTheSpareDescriptor) {
         GTEST_SKIP();
     }
     TestSupport::TemporaryDirectory folder;
-    SocketFile file(folder / "run/door.sock");
+    SocketFile file(folder / "run/listener.sock");
     EventLoop loop;
     Acceptor acceptor{Descriptor(file.takeDescriptor())};
     int taken = 0;

@@ -11,7 +11,7 @@ class BudgetedUnixSocketListenerTest : public ListenerTest<UnixSocketListener> {
 protected:
     BudgetedUnixSocketListenerTest() {
         backlog = std::make_shared<Backlog>(400000);
-        serve(std::make_unique<UnixSocketListener>(loop, folder / "door.sock", Origin::DEVICE, *this, backlog));
+        serve(std::make_unique<UnixSocketListener>(loop, folder / "listener.sock", Origin::DEVICE, *this, backlog));
     }
 
     void disconnected(const std::shared_ptr<Client>& client, DisconnectReason reason) override {
@@ -28,7 +28,7 @@ protected:
     }
 
     std::unique_ptr<TestSupport::LineClient> connect(const std::string& name) {
-        auto client = std::make_unique<TestSupport::LineClient>(folder / "door.sock");
+        auto client = std::make_unique<TestSupport::LineClient>(folder / "listener.sock");
         client->sendLine(name);
         EXPECT_EQ(client->receiveLine(), "hello " + name);
         return client;

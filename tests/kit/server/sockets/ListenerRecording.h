@@ -64,7 +64,7 @@ public:
     std::atomic<int> refusedConnections{0};
 };
 
-/// A listener on a loop in a thread of its own.
+/// A listener on a loop in its own thread.
 template <typename Listener>
 class ListenerTest : public ::testing::Test, public ListenerRecording {
 protected:

@@ -152,11 +152,11 @@ TEST_F(SocketFileTest, HostsThatStartAtOnceCheckTheSocketOneAfterTheOther) {
 TEST_F(SocketFileTest, NeverRemovesAFileThatIsNotASocket) {
     std::filesystem::create_directory(folder / "run");
     std::ofstream(path) << "precious";
-    expectRefused(path, "is no socket");
+    expectRefused(path, "is not a socket");
     EXPECT_EQ(std::filesystem::file_size(path), 8U);
     std::filesystem::remove(path);
     std::filesystem::create_symlink(folder / "elsewhere", path);
-    expectRefused(path, "is no socket");
+    expectRefused(path, "is not a socket");
     EXPECT_TRUE(std::filesystem::is_symlink(path));
 }
 
@@ -175,13 +175,13 @@ TEST_F(SocketFileTest, RefusesAFolderThatIsWritableByOthers) {
 TEST_F(SocketFileTest, RefusesAFolderThatIsALinkOrAFile) {
     std::filesystem::create_directory(folder / "real");
     std::filesystem::create_directory_symlink(folder / "real", folder / "run");
-    expectRefused(path, "is a link or no folder");
+    expectRefused(path, "is a link or not a folder");
     std::filesystem::remove(folder / "run");
     std::ofstream(folder / "run") << "a file";
-    expectRefused(path, "is a link or no folder");
+    expectRefused(path, "is a link or not a folder");
     std::filesystem::remove(folder / "run");
     std::filesystem::create_symlink(folder / "nowhere", folder / "run");
-    expectRefused(path, "is a link or no folder");
+    expectRefused(path, "is a link or not a folder");
 }
 
 TEST_F(SocketFileTest, RefusesAnotherUsersFolder) {

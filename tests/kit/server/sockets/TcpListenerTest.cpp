@@ -111,7 +111,7 @@ TEST_F(TcpListenerTest, APortInUseIsRefusedWithAMessageAndFreeAfterTheClose) {
         port = listener.port();
         try {
             TcpListener second("127.0.0.1", port);
-            ADD_FAILURE() << "two doors at one port";
+            ADD_FAILURE() << "two listeners at one port";
         } catch (const ListenerError& error) {
             EXPECT_EQ(error.what(),
                       "cannot listen at 127.0.0.1 port " + std::to_string(port) + ": Address already in use");

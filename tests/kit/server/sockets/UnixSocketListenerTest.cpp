@@ -15,14 +15,14 @@
 
 namespace SettingsHandlerKit {
 
-/// A listener that answers each frame, on a loop in a thread of its own.
+/// A listener that answers each frame, on a loop in its own thread.
 class UnixSocketListenerTest : public ListenerTest<UnixSocketListener> {
 protected:
     UnixSocketListenerTest() {
-        serve(std::make_unique<UnixSocketListener>(loop, folder / "door.sock", Origin::DEVICE, *this, backlog));
+        serve(std::make_unique<UnixSocketListener>(loop, folder / "listener.sock", Origin::DEVICE, *this, backlog));
     }
 
-    std::string socketPath() { return folder / "door.sock"; }
+    std::string socketPath() { return folder / "listener.sock"; }
 };
 
 TEST_F(UnixSocketListenerTest, AnswersFramesInOrder) {
@@ -65,7 +65,7 @@ TEST_F(UnixSocketListenerTest, FramesSentBeforeADisconnectAreHandled) {
     waitFor([&] { return disconnections == 1; });
 }
 
-TEST_F(UnixSocketListenerTest, AFrameOverTheLimitIsRefusedAndTheConnectionGoesOn) {
+TEST_F(UnixSocketListenerTest, AFrameOverTheLimitIsRefusedAndTheConnectionStaysOpen) {
     TestSupport::LineClient client(socketPath());
     const std::string exact(Wire::maximumFrameSize, 'x');
     client.send(exact + "\n" + exact + "y\nnext\n");
@@ -99,7 +99,7 @@ TEST_F(UnixSocketListenerTest, ABurstDoesNotDelayOtherClients) {
     calmHasAsked = true;
     const auto answer = calm.receiveLine();
     ASSERT_TRUE(answer);
-    EXPECT_LE(std::stoul(*answer), 3 * UnixSocketListener::framesPerTurn);
+    EXPECT_LE(std::stoul(*answer), 3 * framesPerTurn);
     sender.join();
     waitFor([&] { return stormFrames == 100000; });
 }
@@ -114,7 +114,7 @@ TEST_F(UnixSocketListenerTest, ATurnOfSlowFramesIsOneFrame) {
         }
         // The first goes on until the calm client's frame waits, too.
         waitFor([&] { return calmHasAsked.load(); });
-        std::this_thread::sleep_for(2 * UnixSocketListener::longestTurn);
+        std::this_thread::sleep_for(2 * longestTurn);
         ++stormFrames;
     };
     TestSupport::LineClient calm(socketPath());
@@ -256,7 +256,7 @@ TEST_F(UnixSocketListenerTest, ALongBurstGetsNoMoreTurnsThanAShortOne) {
     waitFor([&] { return taken == stormFrames; });
     stop();
     // One turn for what was read, one for what was left of it.
-    EXPECT_LE(mostAtOnce, 2 * UnixSocketListener::framesPerTurn);
+    EXPECT_LE(mostAtOnce, 2 * framesPerTurn);
 }
 
 TEST_F(UnixSocketListenerTest, FramesOfAllSizesComeWholeAndInOrderToAllLateReaders) {
@@ -349,7 +349,7 @@ TEST_F(UnixSocketListenerTest, StoppingDoesNotWaitForAClientThatDoesNotRead) {
 
 TEST_F(UnixSocketListenerTest, ClientsOverTheLimitAreRefusedUntilOneDisconnects) {
     const std::string refusal =
-        R"({"error":{"code":"too-many-clients","message":"the host has no room for one more client"}})"
+        R"({"error":{"code":"too-many-clients","message":"the host has reached its limit of clients"}})"
         "\n";
     std::vector<std::unique_ptr<TestSupport::LineClient>> connected;
     for (std::size_t number = 0; number < maximumClients; ++number) {

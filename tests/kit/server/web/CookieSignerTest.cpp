@@ -9,15 +9,15 @@
 namespace {
 
 /// How many bytes each call compared.
-std::vector<std::uint32_t> compared;
+std::vector<std::size_t> compared;
 
 }  // namespace
 
-/// Takes the place of the web library's comparison, which does not stop at the first difference, and notes each call.
-extern "C" int lws_timingsafe_bcmp(const void* left, const void* right, std::uint32_t size) {
+/// Takes the place of libcrypto's comparison, which does not stop at the first difference, and notes each call.
+extern "C" int CRYPTO_memcmp(const void* left, const void* right, std::size_t size) {
     compared.push_back(size);
-    using Comparison = int (*)(const void*, const void*, std::uint32_t);
-    static const auto original = reinterpret_cast<Comparison>(::dlsym(RTLD_NEXT, "lws_timingsafe_bcmp"));
+    using Comparison = int (*)(const void*, const void*, std::size_t);
+    static const auto original = reinterpret_cast<Comparison>(::dlsym(RTLD_NEXT, "CRYPTO_memcmp"));
     return original(left, right, size);
 }
 
@@ -76,12 +76,12 @@ TEST(CookieSignerTest, SecretsAreComparedInConstantTime) {
     EXPECT_FALSE(isSameSecret("x123456789", "0123456789"));
     EXPECT_FALSE(isSameSecret("012345678x", "0123456789"));
     EXPECT_FALSE(isSameSecret("012345678", "0123456789"));
-    EXPECT_EQ(compared, (std::vector<std::uint32_t>{10, 10, 10}));
+    EXPECT_EQ(compared, (std::vector<std::size_t>{10, 10, 10}));
     compared.clear();
     const CookieSigner signer("secret");
     const std::string cookie = signer.issue(issued);
     EXPECT_FALSE(signer.isValid("2" + cookie.substr(1), issued));
-    EXPECT_EQ(compared, std::vector<std::uint32_t>{static_cast<std::uint32_t>(cookie.size())});
+    EXPECT_EQ(compared, std::vector<std::size_t>{cookie.size()});
 }
 
 TEST(CookieSignerTest, TheKeyIsComparedInConstantTime) {
@@ -90,7 +90,7 @@ TEST(CookieSignerTest, TheKeyIsComparedInConstantTime) {
     visitor.key = "xhekey";
     compared.clear();
     EXPECT_FALSE(access.isAdmitted(visitor));
-    EXPECT_EQ(compared, std::vector<std::uint32_t>{6});
+    EXPECT_EQ(compared, std::vector<std::size_t>{6});
 }
 
 }  // namespace SettingsHandlerKit

@@ -5,7 +5,7 @@ namespace SettingsHandlerKit {
 /// Connections are known by their addresses alone.
 class WebConnectionsTest : public ::testing::Test {
 protected:
-    lws* connection(std::size_t number) { return reinterpret_cast<lws*>(&places.at(number)); }
+    const ByteStream* connection(std::size_t number) { return reinterpret_cast<const ByteStream*>(&places.at(number)); }
 
     void open(std::size_t count) {
         for (std::size_t number = 0; number < count; ++number) {
@@ -64,13 +64,13 @@ TEST_F(WebConnectionsTest, KnowsTheOldestUnauthenticatedConnection) {
     EXPECT_TRUE(connections.isUnauthenticated(connection(3)));
     // A closed connection is not authenticated.
     connections.authenticate(connection(1));
-    connections.forgetAuthentication([](lws*) { return false; });
+    connections.forgetAuthentication([](const ByteStream*) { return false; });
     EXPECT_FALSE(connections.isUnauthenticated(connection(1)));
 }
 
 TEST_F(WebConnectionsTest, ForgettingAuthenticationKeepsOnlyTheGivenOnes) {
     openAuthenticated(40);
-    connections.forgetAuthentication([this](lws* authenticated) { return authenticated == connection(7); });
+    connections.forgetAuthentication([this](const ByteStream* authenticated) { return authenticated == connection(7); });
     EXPECT_FALSE(connections.haveRoom());
     EXPECT_FALSE(connections.isUnauthenticated(connection(7)));
     std::size_t unauthenticated = 0;

@@ -11,7 +11,7 @@
 
 namespace SettingsHandlerKit {
 
-/// A web port with two pages, on a loop in a thread of its own. Its WebSockets answer each frame in angle brackets.
+/// A web port with two pages, on a loop in its own thread. Its WebSockets answer each frame in angle brackets.
 class WebServerTest : public ListenerTest<WebServer> {
 protected:
     explicit WebServerTest(std::uint16_t timeoutSeconds = 1, std::size_t mayWait = Backlog::maximum) {

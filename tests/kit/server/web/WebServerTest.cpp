@@ -209,6 +209,31 @@ TEST_F(WebServerTest, ABinaryMessageClosesWith1003) {
     EXPECT_EQ(socket.receive().value_or(WebSocket::Message()).closeStatus(), 1003);
 }
 
+TEST_F(WebServerTest, AFrameWithoutAMaskClosesWith1002) {
+    std::atomic<int> frames{0};
+    onFrame = [&](const auto&, const auto&) { ++frames; };
+    for (const auto* bytes : {"\x81\x01x", "\x89\x01x", "\x88\x02\x03\xe8"}) {
+        WebSocket socket(port, "/settings?key=thekey", "settings.v1");
+        socket.sendRaw(bytes);
+        EXPECT_EQ(socket.receive().value_or(WebSocket::Message()).closeStatus(), 1002);
+        EXPECT_FALSE(socket.receive());
+        EXPECT_TRUE(socket.closedByPeer());
+    }
+    waitFor([&] { return disconnections == 3; });
+    EXPECT_EQ(frames, 0);
+}
+
+TEST_F(WebServerTest, AViolationOfTheProtocolClosesWith1002AndInvalidUtf8With1007) {
+    for (const auto& [kind, payload, status] :
+         {std::tuple(3, std::string("x"), 1002), std::tuple(11, std::string("x"), 1002),
+          std::tuple(9, std::string(126, 'x'), 1002), std::tuple(0, std::string("x"), 1002),
+          std::tuple(8, std::string("\x03\xe7"), 1002), std::tuple(1, std::string("\xff"), 1007)}) {
+        WebSocket socket(port, "/settings?key=thekey", "settings.v1");
+        socket.sendFrame(kind, payload, true);
+        EXPECT_EQ(socket.receive().value_or(WebSocket::Message()).closeStatus(), status) << kind;
+    }
+}
+
 TEST_F(WebServerTest, DataAfterACloseFrameIsIgnored) {
     std::atomic<int> frames{0};
     onFrame = [&](const auto&, const auto&) { ++frames; };

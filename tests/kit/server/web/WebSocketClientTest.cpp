@@ -10,8 +10,7 @@ namespace SettingsHandlerKit {
 
 using TestSupport::WebSocket;
 
-/// Pages that are sent something while the web library sleeps. Its timeouts are so long that nothing wakes it by
-/// itself.
+/// Pages that are sent something while nothing comes in. Timeouts are so long that nothing wakes the loop by itself.
 class WebSocketClientTest : public WebServerTest {
 protected:
     explicit WebSocketClientTest(std::size_t mayWait = Backlog::maximum) : WebServerTest(600, mayWait) {}

@@ -54,14 +54,14 @@ TEST_F(PassedSocketsTest, TakesNothingWithoutANumberOfSockets) {
 TEST_F(PassedSocketsTest, RefusesVariablesThatContradictEachOther) {
     const std::string start = "cannot take the passed sockets over: ";
     set("LISTEN_PID", "me");
-    EXPECT_EQ(errorOfTaking(), start + "LISTEN_PID is no number");
+    EXPECT_EQ(errorOfTaking(), start + "LISTEN_PID is not a number");
     set("LISTEN_PID", thisProcess);
     for (const auto* count : {"0", "2147483647", "4294967297"}) {
         set("LISTEN_FDS", count);
         EXPECT_EQ(errorOfTaking(), start + "LISTEN_FDS is out of range") << count;
     }
     set("LISTEN_FDS", "-1");
-    EXPECT_EQ(errorOfTaking(), start + "LISTEN_FDS is no number");
+    EXPECT_EQ(errorOfTaking(), start + "LISTEN_FDS is not a number");
     set("LISTEN_FDS", "1");
     for (const auto* names : {"settings:device", "settings:", ":settings", ":"}) {
         set("LISTEN_FDNAMES", names);

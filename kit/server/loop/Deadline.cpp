@@ -1,0 +1,37 @@
+#include "server/loop/Deadline.h"
+
+#include <utility>
+
+#include "server/loop/UvHandle.h"
+
+namespace SettingsHandlerKit {
+
+class Deadline::Handle : public UvHandle<uv_timer_t, Handle> {
+public:
+    explicit Handle(std::function<void()> whatToDo) : action(std::move(whatToDo)) {}
+
+    void start(std::chrono::milliseconds time) {
+        uv_timer_start(
+            get(), [](uv_timer_t* timer) { ownerOf(timer).action(); }, static_cast<std::uint64_t>(time.count()), 0);
+        uv_unref(generic());
+    }
+
+private:
+    std::function<void()> action;
+};
+
+Deadline::Deadline(EventLoop& loop, std::function<void()> action)
+    : handle(std::make_shared<Handle>(std::move(action))) {
+    uv_timer_init(loop.handle(), handle->get());
+    handle->opened(handle);
+}
+
+Deadline::~Deadline() {
+    handle->closeHandle();
+}
+
+void Deadline::set(std::chrono::milliseconds time) {
+    handle->start(time);
+}
+
+}  // namespace SettingsHandlerKit

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "server/loop/Deadline.h"
+#include "server/loop/Turns.h"
+#include "server/sockets/ByteStream.h"
+#include "server/web/HttpAnswer.h"
+#include "server/web/HttpRequest.h"
+
+namespace SettingsHandlerKit {
+
+/// A connection that speaks HTTP/1.1. It answers requests one after the other, one a turn of the event loop, and closes
+/// after a request with a body, which it does not read. The other side has limited time to send a request, to read its
+/// answer, and between two of them.
+class HttpConnection : private ByteStream::User, public std::enable_shared_from_this<HttpConnection> {
+public:
+    /// Answers the requests; it outlives the connections.
+    class Server {
+    public:
+        virtual HttpAnswer answer(HttpConnection& connection, const HttpRequest& request) = 0;
+        /// An answer with status 101 is written: the connection belongs to the server now.
+        virtual void upgrade(HttpConnection& connection, const HttpRequest& request) = 0;
+        virtual void remove(HttpConnection& connection) = 0;
+
+    protected:
+        ~Server() = default;
+    };
+
+    HttpConnection(EventLoop& loop, Turns& turns, std::shared_ptr<ByteStream> stream, std::chrono::milliseconds timeout,
+                   Server& server);
+    ~HttpConnection();
+
+    void start();
+    /// Answers what came already, as far as the other side reads the answers.
+    void answerWhatCame();
+    /// Closes when the answer that is on its way is sent.
+    void finish();
+    void close() { stream->close(); }
+
+    const std::shared_ptr<ByteStream>& byteStream() const { return stream; }
+    /// What came after the last request.
+    std::string takeInput() { return std::move(input); }
+
+private:
+    std::size_t room() const override { return longestWebRequest + 1 - std::min(input.size(), longestWebRequest); }
+    void received(const char* bytes, std::size_t size) override;
+    void inputEnded() override;
+    void written(bool isSent) override;
+    void closed() override { server.remove(*this); }
+
+    /// Returns: whether there was a request.
+    bool takeRequest();
+    void beginAnswer(HttpAnswer answerToSend, bool withBody, bool closes);
+    void writeOn();
+    void answered();
+
+    const std::shared_ptr<ByteStream> stream;
+    Turns& turns;
+    Server& server;
+    const std::chrono::milliseconds timeout;
+    Deadline deadline;
+    /// At most the longest request, and one byte more.
+    std::string input;
+    bool inputOver = false;
+    /// Head and body of the answer that is on its way.
+    std::string output;
+    std::shared_ptr<const std::string> body;
+    std::size_t sentOfBody = 0;
+    bool answering = false;
+    bool closesAfterAnswer = false;
+    /// The output is ended; what comes is ignored until the other side ends it too.
+    bool ending = false;
+    bool upgraded = false;
+};
+
+}  // namespace SettingsHandlerKit

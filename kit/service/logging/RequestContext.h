@@ -1,3 +1,0 @@
-#pragma once
-
-#include "SettingsHandlerKit/Logging.h"

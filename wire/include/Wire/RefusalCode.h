@@ -1,0 +1,14 @@
+#pragma once
+
+/// The codes of refusals at the settings listeners.
+namespace Wire::RefusalCode {
+
+constexpr const char* notJson = "not-json";
+constexpr const char* notAnObject = "not-an-object";
+constexpr const char* tooDeep = "too-deep";
+constexpr const char* tooLarge = "too-large";
+constexpr const char* unknownType = "unknown-type";
+constexpr const char* busy = "busy";
+constexpr const char* tooManyClients = "too-many-clients";
+
+}  // namespace Wire::RefusalCode
