@@ -55,7 +55,7 @@ set(CPACK_DEBIAN_KIT_PACKAGE_SECTION libdevel)
 # The last ones are what the archives are linked with, see kit/CMakeLists.txt; no header of theirs is needed.
 string(CONCAT CPACK_DEBIAN_KIT_PACKAGE_DEPENDS
   "${CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME} (= ${this_version}), "
-  "libseccomp-dev, libsqlite3-dev, libssl-dev, libuv1-dev, libwebsockets-dev, prometheus-cpp-dev")
+  "libseccomp-dev, libsqlite3-dev, libssl-dev, libuv1-dev, libwslay-dev, prometheus-cpp-dev")
 set(CPACK_DEBIAN_KIT_PACKAGE_SUGGESTS "settingsctl, settings-host")
 set(CPACK_DEBIAN_KIT_DESCRIPTION "settings of a voice assistant - components for services
 Static libraries for a service around the library that owns a voice
