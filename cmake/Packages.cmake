@@ -1,4 +1,4 @@
-# The four Debian packages. scripts/make-packages makes them; packaging/debian/Stage.cmake adds what only they have.
+# The Debian packages. scripts/make-packages makes them; packaging/debian/Stage.cmake adds what only they have.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME settings-handler)
 # Otherwise the first line of every package's description.
@@ -7,7 +7,7 @@ set(CPACK_PACKAGE_VENDOR "Settings handler developers")
 set(CPACK_PACKAGE_CONTACT "Settings handler developers <settings-handler@example.org>")
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
-set(CPACK_COMPONENTS_ALL library development host settingsctl)
+set(CPACK_COMPONENTS_ALL library development kit host settingsctl)
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_STRIP_FILES ON)
 # Installed with the true prefix below a folder, as every other packager does it.
@@ -49,6 +49,19 @@ everything that it works with, for CMake and for pkg-config.
 
 For tests there are doubles of all that the library works with; they need
 GoogleMock.")
+
+set(CPACK_DEBIAN_KIT_PACKAGE_NAME libsettingshandlerkit-dev)
+set(CPACK_DEBIAN_KIT_PACKAGE_SECTION libdevel)
+# The last ones are what the archives are linked with, see kit/CMakeLists.txt; no header of theirs is needed.
+string(CONCAT CPACK_DEBIAN_KIT_PACKAGE_DEPENDS
+  "${CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME} (= ${this_version}), "
+  "libseccomp-dev, libsqlite3-dev, libssl-dev, libuv1-dev, libwslay-dev, prometheus-cpp-dev")
+set(CPACK_DEBIAN_KIT_PACKAGE_SUGGESTS "settingsctl, settings-host")
+set(CPACK_DEBIAN_KIT_DESCRIPTION "settings of a voice assistant - components for services
+Static libraries for a service around the library that owns a voice
+assistant's settings: a handler that no request can end, an SQLite storage
+with recovery and backups, a server for Unix sockets, WebSocket and settings
+pages, logging and a sandbox. A service adds its voice SDK and its device.")
 
 set(CPACK_DEBIAN_HOST_PACKAGE_NAME settings-host)
 set(CPACK_DEBIAN_HOST_PACKAGE_SECTION utils)

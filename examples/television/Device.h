@@ -2,51 +2,46 @@
 
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 
-#include "DeviceAbstractionLayer/DeviceInfoObserverInterface.h"
-#include "DeviceAbstractionLayer/HandsfreeStateObserverInterface.h"
 #include "DeviceAbstractionLayer/OrliaDeviceInfoInterface.h"
+#include "SettingsHandler/SettingsHandlerInterface.h"
+#include "SettingsHandlerKit/StateStore.h"
 
-/// The device's information about itself, and its observers.
+/// The television itself: three modes that survive a restart, and a hands-free button.
 class Device : public DeviceAbstractionLayer::OrliaDeviceInfoInterface {
 public:
-    std::map<std::string, std::string> getDeviceInfo() override {
-        const std::lock_guard<std::mutex> lock(mutex);
-        return modes;
-    }
-
-    /// The voice SDK switched a mode. Notifies no observer: the caller may be the handler, which holds its mutex.
-    void setMode(const std::string& mode, bool on) {
-        const std::lock_guard<std::mutex> lock(mutex);
-        modes[mode] = on ? "on" : "off";
-    }
-
-    /// Weak, because the handler shares the device: two that share each other are never destroyed.
-    template <typename Handler>
-    void subscribe(const std::shared_ptr<Handler>& handler) {
-        deviceObserver = handler;
-        handsfreeObserver = handler;
-    }
-
-    /// Somebody changed the device's locale.
-    void changeLocale(const std::string& locale) {
-        if (const auto observer = deviceObserver.lock()) {
-            observer->notifyLocaleChange(locale);
+    explicit Device(SettingsHandlerKit::StateStore& theState) : state(theState) {
+        for (const char* mode : {"currentHandsFreeStatus", "currentAlwaysOnVoiceMode", "currentAlwaysOnPTTMode"}) {
+            modes[mode] = state.load(mode).value_or("off");
         }
     }
-    /// Somebody used the hands-free switch.
-    void switchHandsfree(bool on) {
-        setMode("currentHandsFreeStatus", on);
-        if (const auto observer = handsfreeObserver.lock()) {
-            observer->notifyHandsfreeStateChanged(on);
+
+    std::map<std::string, std::string> getDeviceInfo() override { return modes; }
+
+    /// The voice SDK switches a mode. Notifies no observer: the caller may be the handler.
+    bool setMode(const std::string& mode, bool on) {
+        if (!state.save(mode, on ? "on" : "off")) {
+            return false;
+        }
+        modes[mode] = on ? "on" : "off";
+        return true;
+    }
+
+    /// Weak, because the handler shares the device.
+    void subscribe(const std::shared_ptr<SettingsHandler::SettingsHandlerInterface>& handler) { observer = handler; }
+
+    /// Somebody pressed the hands-free button.
+    void toggleHandsFree() {
+        const bool on = modes["currentHandsFreeStatus"] == "off";
+        const auto handler = observer.lock();
+        if (setMode("currentHandsFreeStatus", on) && handler) {
+            handler->notifyHandsfreeStateChanged(on);
         }
     }
 
 private:
-    std::mutex mutex;
+    SettingsHandlerKit::StateStore& state;
     std::map<std::string, std::string> modes;
-    std::weak_ptr<DeviceAbstractionLayer::DeviceInfoObserverInterface> deviceObserver;
-    std::weak_ptr<DeviceAbstractionLayer::HandsfreeStateObserverInterface> handsfreeObserver;
+    std::weak_ptr<SettingsHandler::SettingsHandlerInterface> observer;
 };

@@ -1,20 +1,24 @@
 #pragma once
 
 #include <memory>
-#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "Device.h"
 #include "SDKWrapper/StorageManagerInterface.h"
+#include "SettingsHandlerKit/SettingDescriptions.h"
+#include "SettingsHandlerKit/ValueObserver.h"
+#include "Utils/RapidjsonUtil.h"
 #include "teskVessa/SDKBridgeInterface.h"
 
-/// In place of the bridge to a voice SDK. Keeps what it is given where the handler reads it.
+/// In place of the bridge to a voice SDK, which owns locales and time zone. Keeps what it is given where the handler
+/// reads it, also over a restart.
 class VoiceSdk : public teskVessa::SDKBridgeInterface {
 public:
-    VoiceSdk(std::shared_ptr<Device> theDevice, SDKWrapper::StorageManagerInterface& theStorage)
-        : device(std::move(theDevice)), storage(theStorage) {}
+    VoiceSdk(SettingsHandlerKit::StateStore& theState, SDKWrapper::StorageManagerInterface& theStorage,
+             std::shared_ptr<Device> theDevice, std::shared_ptr<SettingsHandlerKit::ValueObserver> theObserver)
+        : state(theState), storage(theStorage), device(std::move(theDevice)), observer(std::move(theObserver)) {}
 
     void setHandsFreeEnabled(bool enabled) override { device->setMode("currentHandsFreeStatus", enabled); }
     bool applySetting(std::string settingDBId, std::string value) override {
@@ -22,32 +26,30 @@ public:
             return storage.setValue(settingDBId, value);
         }
         const bool isVoice = settingDBId == "handsFreeAlwaysOnEnabled";
-        device->setMode(isVoice ? "currentAlwaysOnVoiceMode" : "currentAlwaysOnPTTMode", value == "true");
-        return true;
+        return device->setMode(isVoice ? "currentAlwaysOnVoiceMode" : "currentAlwaysOnPTTMode", value == "true");
     }
-    void setTimezone(std::string newTimezone) override {
-        const std::lock_guard<std::mutex> lock(mutex);
-        timezone = std::move(newTimezone);
-    }
-    std::string getTimezone() override {
-        const std::lock_guard<std::mutex> lock(mutex);
-        return timezone;
-    }
-    void setLocales(std::vector<std::string> newLocales) override {
-        const std::lock_guard<std::mutex> lock(mutex);
-        locales = std::move(newLocales);
+    void setTimezone(std::string newTimezone) override { save("timezone", newTimezone); }
+    std::string getTimezone() override { return state.load("timezone").value_or("Europe/Paris"); }
+    void setLocales(std::vector<std::string> locales) override {
+        save("orliaLocale", Utils::RapidjsonUtil::stringifyVector(locales));
     }
     std::vector<std::string> getLocales() override {
-        const std::lock_guard<std::mutex> lock(mutex);
-        return locales;
+        const auto locales = SettingsHandlerKit::asLocales(state.load("orliaLocale").value_or(""));
+        return locales.value_or(std::vector<std::string>{"fr-FR"});
     }
     bool isCaptionsEnabled() override { return false; }
     bool isDoNotDisturbEnabled() override { return false; }
 
 private:
-    std::shared_ptr<Device> device;
+    /// Clients are told to read the value again, unless the handler sends them an event.
+    void save(const std::string& key, const std::string& value) {
+        if (state.save(key, value)) {
+            observer->valueChanged(key);
+        }
+    }
+
+    SettingsHandlerKit::StateStore& state;
     SDKWrapper::StorageManagerInterface& storage;
-    std::mutex mutex;
-    std::string timezone = "Europe/Paris";
-    std::vector<std::string> locales{"fr-FR", "en-US"};
+    std::shared_ptr<Device> device;
+    std::shared_ptr<SettingsHandlerKit::ValueObserver> observer;
 };

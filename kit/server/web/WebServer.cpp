@@ -1,6 +1,7 @@
 #include "server/web/WebServer.h"
 
 #include <chrono>
+#include <exception>
 #include <string>
 #include <utility>
 
@@ -77,7 +78,18 @@ void WebServer::makeRoom() {
     }
 }
 
+/// No exception may pass through the event loop.
 HttpAnswer WebServer::answer(HttpConnection& connection, const HttpRequest& request) {
+    try {
+        return answerTo(connection, request);
+    } catch (const std::exception& error) {
+        logHost(VessaLogger::ERROR, std::string("web: closed a connection: ") + error.what());
+        connection.close();
+        return plainAnswer(500, "");
+    }
+}
+
+HttpAnswer WebServer::answerTo(HttpConnection& connection, const HttpRequest& request) {
     if (request.asksForWebSocket) {
         return openWebSocket(connection, request);
     }

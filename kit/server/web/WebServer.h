@@ -54,6 +54,7 @@ private:
     void adopt(int descriptor);
     void makeRoom();
     HttpAnswer answer(HttpConnection& connection, const HttpRequest& request) override;
+    HttpAnswer answerTo(HttpConnection& connection, const HttpRequest& request);
     HttpAnswer openWebSocket(HttpConnection& connection, const HttpRequest& request);
     void upgrade(HttpConnection& connection, const HttpRequest& request) override;
     void remove(HttpConnection& connection) override;

@@ -1,3 +1,5 @@
+#include <stdexcept>
+
 #include "kit/server/web/WebServerFixture.h"
 
 namespace SettingsHandlerKit {
@@ -102,6 +104,16 @@ TEST_F(HttpConnectionTest, ARequestForAWebSocketMustBeComplete) {
     EXPECT_EQ(statusOf(version + "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ=x\r\n"), 400);
     WebSocket open(port, "/settings?key=thekey", "settings.v1");
     EXPECT_EQ(open.answer().headers.at("sec-websocket-accept"), "s3pPLMBiTxaQ9kYGzzhZRbK+xOo=");
+}
+
+TEST_F(HttpConnectionTest, AnAnswerThatFailsClosesTheConnectionAlone) {
+    onOpen = [] { throw std::runtime_error("no answer"); };
+    TcpConnection failing(port);
+    TcpConnection other(port);
+    failing.send("GET /open HTTP/1.1\r\n" + host() + "\r\n");
+    EXPECT_EQ(failing.receiveAll(), "");
+    EXPECT_TRUE(failing.closedByPeer());
+    EXPECT_EQ(askHttp(other, "GET /?key=thekey HTTP/1.1\r\n" + host()).status, 200);
 }
 
 TEST_F(HttpConnectionTest, StoppingClosesIdleConnections) {
