@@ -39,7 +39,9 @@ public:
     /// later, from the event loop. So all clients can be sent to in a loop over them.
     virtual void send(const std::shared_ptr<const std::string>& frame) = 0;
 
+    /// The origin of what it asks for.
     virtual Origin origin() const = 0;
+    /// Where it is connected.
     virtual ListenerKind listenerKind() const = 0;
 };
 

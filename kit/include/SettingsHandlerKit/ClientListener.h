@@ -16,8 +16,11 @@ public:
     ClientListener& operator=(const ClientListener&) = delete;
     virtual ~ClientListener() = default;
 
+    /// A client has connected.
     virtual void connected(const std::shared_ptr<Client>& client) = 0;
+    /// A client is gone; it is sent nothing more.
     virtual void disconnected(const std::shared_ptr<Client>& client, DisconnectReason reason) = 0;
+    /// A frame of a client came in, complete and within the limit.
     virtual void received(const std::shared_ptr<Client>& client, const std::string& frame) = 0;
     /// A frame over the limit came in. Only from listeners that can skip the rest of it.
     virtual void oversized(const std::shared_ptr<Client>& client) = 0;

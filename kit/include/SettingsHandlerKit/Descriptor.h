@@ -10,6 +10,7 @@ namespace SettingsHandlerKit {
 class Descriptor {
 public:
     Descriptor() = default;
+    /// Owns `open` from now on.
     explicit Descriptor(int open) : number(open) {}
     ~Descriptor() {
         if (number >= 0) {
@@ -17,7 +18,9 @@ public:
         }
     }
 
+    /// Takes the descriptor over.
     Descriptor(Descriptor&& other) noexcept : number(other.release()) {}
+    /// Takes the descriptor over; `other` closes the former one.
     Descriptor& operator=(Descriptor&& other) noexcept {
         std::swap(number, other.number);
         return *this;
@@ -25,6 +28,7 @@ public:
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
 
+    /// The number; -1 for none.
     int get() const { return number; }
     /// The caller owns the descriptor from now on.
     int release() { return std::exchange(number, -1); }

@@ -42,6 +42,7 @@ public:
     /// Observes nothing.
     Observation() = default;
     ~Observation();
+    /// Takes the subscription over.
     Observation(Observation&& other) noexcept = default;
     /// Ends the subscription that this object held before.
     Observation& operator=(Observation&& other) noexcept;

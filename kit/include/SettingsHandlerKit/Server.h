@@ -65,6 +65,7 @@ public:
 
     /// @name The parts, for those who compose a service themselves
     /// @{
+
     /// The handler's transport.
     std::shared_ptr<CommunicationHandler::CommunicationHandlerInterface> transport() const;
     /// The handler's metrics, which `/metrics` serves.
@@ -106,6 +107,8 @@ public:
     /// Watch the descriptor for reading, wait no longer than the timeout, then call `process`; repeat while `isRunning`
     /// is true. Ask for the timeout just before each wait: operations of the server may have changed it.
     /// @{
+
+    /// Becomes readable when there is something for `process` to do.
     int fileDescriptor() const;
     /// How long `process` need not be called while the descriptor is not readable; nothing: as long as that.
     std::optional<std::chrono::milliseconds> timeout() const;
