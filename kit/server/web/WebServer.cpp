@@ -83,7 +83,7 @@ HttpAnswer WebServer::answer(HttpConnection& connection, const HttpRequest& requ
     try {
         return answerTo(connection, request);
     } catch (const std::exception& error) {
-        logHost(VessaLogger::ERROR, std::string("web: closed a connection: ") + error.what());
+        writeLog(VessaLogger::ERROR, std::string("web: closed a connection: ") + error.what());
         connection.close();
         return plainAnswer(500, "");
     }
