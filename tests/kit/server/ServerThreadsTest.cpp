@@ -85,6 +85,7 @@ TEST_F(ServerThreadsTest, ManyThreadsPostObserveAndStop) {
     constexpr int changesEach = 25;
     std::atomic<int> told{0};
     std::vector<std::thread> posting;
+    posting.reserve(threads);
     for (int thread = 0; thread < threads; ++thread) {
         posting.emplace_back([&, thread] {
             const std::string name = "key of thread " + std::to_string(thread);
