@@ -1,11 +1,9 @@
 #include "server/ServerParts.h"
 
-#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
 #include "SettingsHandlerKit/Logging.h"
-#include "Wire/Frames.h"
 #include "server/web/Hexadecimal.h"
 #include "server/web/WebAccess.h"
 #include "server/web/WebAddress.h"
@@ -22,9 +20,6 @@ constexpr std::size_t secretBytes = 32;
 constexpr const char* secretName = "cookieSecret";
 /// Where it is stored.
 constexpr const char* webTable = "web";
-
-/// The one whose WebSocket the web server knows.
-constexpr const char* deviceEndpoint = "device";
 
 std::unique_ptr<TcpListener> openWebListener(ServerOptions& options) {
     if (!options.listen) {
@@ -76,20 +71,6 @@ void checkAllowedOrigin(const std::string& text) {
     }
 }
 
-void NobodyListens::connected(const std::shared_ptr<Client>& /*client*/) {}
-
-void NobodyListens::disconnected(const std::shared_ptr<Client>& /*client*/, DisconnectReason /*reason*/) {}
-
-void NobodyListens::received(const std::shared_ptr<Client>& client, const std::string& /*frame*/) {
-    client->send(std::make_shared<const std::string>(Wire::refusalFrame("not-here", "nothing is served here")));
-}
-
-void NobodyListens::oversized(const std::shared_ptr<Client>& client) {
-    received(client, "");
-}
-
-void NobodyListens::refused(Origin /*origin*/) {}
-
 Server::Parts::Parts(ServerOptions chosenOptions)
     : options(checked(std::move(chosenOptions))),
       webListener(openWebListener(options)),
@@ -132,14 +113,13 @@ void Server::Parts::openWebServer() {
                  std::move(pages),
                  {{"/healthz", [this] { return healthAnswer(); }},
                   {"/metrics", [this] { return metricsAnswer(metrics->text()); }}}};
-    webServer =
-        std::make_unique<WebServer>(loop, std::move(webListener), std::move(site), *hub, deviceClients(), backlog);
-}
-
-ClientListener& Server::Parts::deviceClients() {
-    const auto device = std::find_if(endpoints.begin(), endpoints.end(),
-                                     [](const auto& endpoint) { return endpoint.name == deviceEndpoint; });
-    return device == endpoints.end() ? nobody : device->clients;
+    std::vector<WebSocketRoute> routes;
+    for (const auto& endpoint : endpoints) {
+        // Whoever speaks as a native client at the Unix socket is a page here.
+        const Origin origin = endpoint.origin == Origin::SOCKET ? Origin::PAGE : endpoint.origin;
+        routes.push_back({"/" + endpoint.name, endpoint.name + ".v1", origin, endpoint.clients});
+    }
+    webServer = std::make_unique<WebServer>(loop, std::move(webListener), std::move(site), std::move(routes), backlog);
 }
 
 /// The secret stays the same over restarts, so that an open page goes on when the service is back. Not after a

@@ -25,16 +25,6 @@
 
 namespace SettingsHandlerKit {
 
-/// Answers the clients of a WebSocket that no endpoint serves.
-class NobodyListens : public ClientListener {
-public:
-    void connected(const std::shared_ptr<Client>& client) override;
-    void disconnected(const std::shared_ptr<Client>& client, DisconnectReason reason) override;
-    void received(const std::shared_ptr<Client>& client, const std::string& frame) override;
-    void oversized(const std::shared_ptr<Client>& client) override;
-    void refused(Origin origin) override;
-};
-
 /// A Unix socket and who is told of its clients.
 struct OpenEndpoint {
     std::string name;
@@ -55,7 +45,6 @@ struct Server::Parts {
     void addEndpoint(const std::string& name, const std::string& path, Origin origin, ClientListener& clients);
     void openListeners();
     void openWebServer();
-    ClientListener& deviceClients();
     std::string cookieSecret();
     std::string randomHex(std::size_t bytes) const;
     std::string pageAddress() const;
@@ -85,7 +74,6 @@ struct Server::Parts {
     HealthReport health;
     /// Null without a watched one. Gone when the server has stopped.
     Storage* storage = nullptr;
-    NobodyListens nobody;
     /// The first is that of the settings.
     std::vector<OpenEndpoint> endpoints;
     std::unique_ptr<WebServer> webServer;

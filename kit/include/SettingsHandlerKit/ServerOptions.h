@@ -51,11 +51,11 @@ struct ServerOptions {
 /// One more place where clients connect, with frames of its own: a Unix socket and, with a web port, a WebSocket at
 /// "/NAME" with the subprotocol "NAME.v1". Limits, backlog and access are those of the settings.
 struct Endpoint {
-    /// Lower-case letters, digits and "-". The WebSocket exists for "device" alone.
+    /// Lower-case letters, digits and "-".
     std::string name;
     /// The path of the Unix socket. Not used when the passed sockets have one named `name`.
     std::string socketPath;
-    /// The origin of its clients.
+    /// The origin of its clients; of those of the WebSocket PAGE instead of SOCKET.
     Origin origin = Origin::DEVICE;
 };
 

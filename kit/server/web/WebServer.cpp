@@ -13,18 +13,16 @@
 #include "server/sockets/SocketStream.h"
 #include "server/web/WebSocketClient.h"
 #include "server/web/WebSocketHandshake.h"
-#include "server/web/WebSocketRoutes.h"
 
 namespace SettingsHandlerKit {
 
 WebServer::WebServer(EventLoop& eventLoop, std::unique_ptr<TcpListener> itsListener, WebSite itsSite,
-                     ClientListener& settingsListener, ClientListener& deviceListener,
-                     std::shared_ptr<Backlog> backlogOfAll)
+                     std::vector<WebSocketRoute> itsRoutes, std::shared_ptr<Backlog> backlogOfAll)
     : loop(eventLoop),
       listener(std::move(itsListener)),
       site(std::move(itsSite)),
-      settingsClients(settingsListener),
-      deviceClients(deviceListener),
+      mainRoute(itsRoutes.front()),
+      routes(std::move(itsRoutes)),
       backlog(std::move(backlogOfAll)),
       turns(loop),
       webSocketWriter(std::make_shared<WebSocketWriter>()),
@@ -33,8 +31,7 @@ WebServer::WebServer(EventLoop& eventLoop, std::unique_ptr<TcpListener> itsListe
                    "web: connections without key or cookie closed to make room for others: " + std::to_string(count));
       }) {
     listener->start(
-        loop, [this](int descriptor) { adopt(descriptor); },
-        [this](int /*descriptor*/) { settingsClients.refused(Origin::PAGE); });
+        loop, [this](int descriptor) { adopt(descriptor); }, [this](int /*descriptor*/) { refuseConnection(); });
 }
 
 WebServer::~WebServer() {
@@ -51,7 +48,7 @@ void WebServer::adopt(int descriptor) {
     makeRoom();
     auto stream = connections.haveRoom() ? SocketStream::open(loop, std::move(socket)) : nullptr;
     if (!stream) {
-        settingsClients.refused(Origin::PAGE);
+        refuseConnection();
         return;
     }
     connections.opened(stream.get());
@@ -72,7 +69,7 @@ void WebServer::makeRoom() {
         if (connections.isUnauthenticated(oldest)) {
             connections.closed(oldest);
             visitor->close();
-            settingsClients.refused(Origin::PAGE);
+            refuseConnection();
             evictions.connectionEvicted();
         }
     }
@@ -108,20 +105,24 @@ HttpAnswer WebServer::openWebSocket(HttpConnection& connection, const HttpReques
         return plainAnswer(403, "The key is missing or old, or Host or Origin is not allowed.");
     }
     connections.authenticate(connection.byteStream().get());
-    const WebSocketRoute* const route = webSocketRoute(request.path, request.webSocketProtocols);
+    const WebSocketRoute* const route = routes.find(request.path, request.webSocketProtocols);
     if (route == nullptr) {
-        return plainAnswer(400,
-                           "WebSockets are at /settings with subprotocol settings.v1 and at /device with device.v1.");
+        return plainAnswer(400, routes.help());
     }
     return webSocketHandshake(request, route->protocol);
 }
 
 void WebServer::upgrade(HttpConnection& connection, const HttpRequest& request) {
-    const Origin origin = webSocketRoute(request.path, request.webSocketProtocols)->origin;
+    const WebSocketRoute& route = *routes.find(request.path, request.webSocketProtocols);
+    ClientListener& clientListener = route.clients;
     const auto& stream = connection.byteStream();
     StreamClient::Place place{
-        origin == settingsRoute.origin ? settingsClients : deviceClients,   turns, backlog, origin, ListenerKind::WEB,
-        [this, key = stream.get()](StreamClient& /*gone*/) { remove(key); }};
+        clientListener,
+        turns,
+        backlog,
+        route.origin,
+        ListenerKind::WEB,
+        [this, key = stream.get(), &clientListener](StreamClient& /*gone*/) { remove(key, clientListener); }};
     const auto client = std::make_shared<WebSocketClient>(
         loop, stream,
         std::make_shared<WebSocketFraming>(Wire::maximumFrameSize, webSocketWriter, connection.takeInput()),
@@ -137,13 +138,16 @@ void WebServer::remove(HttpConnection& connection) {
     visitors.erase(stream);
 }
 
-void WebServer::remove(const ByteStream* stream) {
+void WebServer::remove(const ByteStream* stream, ClientListener& clientListener) {
     const auto entry = clients.find(stream);
     const std::shared_ptr<WebSocketClient> client = entry->second;
     clients.erase(entry);
     connections.closed(stream);
-    (client->origin() == settingsRoute.origin ? settingsClients : deviceClients)
-        .disconnected(client, client->disconnectReason());
+    clientListener.disconnected(client, client->disconnectReason());
+}
+
+void WebServer::refuseConnection() {
+    mainRoute.clients.get().refused(mainRoute.origin);
 }
 
 void WebServer::close() {

@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "SettingsHandlerKit/ClientListener.h"
 #include "server/loop/EventLoop.h"
@@ -13,6 +14,7 @@
 #include "server/web/HttpConnection.h"
 #include "server/web/WebConnections.h"
 #include "server/web/WebSite.h"
+#include "server/web/WebSocketRoutes.h"
 
 namespace SettingsHandlerKit {
 
@@ -20,10 +22,7 @@ class StreamClient;
 class WebSocketClient;
 class WebSocketWriter;
 
-/// The web port: pages, health and metrics by HTTP, and two WebSockets with one frame a text message.
-///
-/// - `/settings`, subprotocol `settings.v1`: what the settings socket speaks, for clients of origin PAGE.
-/// - `/device`, subprotocol `device.v1`: what the device socket speaks, for clients of origin DEVICE.
+/// The web port: pages, health and metrics by HTTP, and WebSockets with one frame a text message.
 ///
 /// The limits of ListenerLimits.h hold. Of connections of any kind `maximumClients` are served at a time, of them
 /// `WebConnections::maximumUnauthenticated` that have shown neither key nor cookie. To make room for a new connection
@@ -32,10 +31,10 @@ class WebSocketWriter;
 /// One thread only. The event loop outlives it, and runs once more after `closeNow`.
 class WebServer final : private HttpConnection::Server {
 public:
-    /// The WebSockets at `/settings` are clients of `settingsClients`, those at `/device` of `deviceClients`; both
-    /// outlive the server. What waits for clients counts in `backlog`. Errors: `ListenerError`.
-    WebServer(EventLoop& loop, std::unique_ptr<TcpListener> listener, WebSite site, ClientListener& settingsClients,
-              ClientListener& deviceClients, std::shared_ptr<Backlog> backlog);
+    /// The listeners of `routes` outlive the server; that of the first one is notified of refused connections. What
+    /// waits for clients counts in `backlog`. Errors: `ListenerError`.
+    WebServer(EventLoop& loop, std::unique_ptr<TcpListener> listener, WebSite site, std::vector<WebSocketRoute> routes,
+              std::shared_ptr<Backlog> backlog);
     ~WebServer() override;
 
     WebServer(const WebServer&) = delete;
@@ -58,13 +57,14 @@ private:
     HttpAnswer openWebSocket(HttpConnection& connection, const HttpRequest& request);
     void upgrade(HttpConnection& connection, const HttpRequest& request) override;
     void remove(HttpConnection& connection) override;
-    void remove(const ByteStream* stream);
+    void remove(const ByteStream* stream, ClientListener& clientListener);
+    void refuseConnection();
 
     EventLoop& loop;
     std::unique_ptr<TcpListener> listener;
     WebSite site;
-    ClientListener& settingsClients;
-    ClientListener& deviceClients;
+    WebSocketRoute mainRoute;
+    WebSocketRoutes routes;
     std::shared_ptr<Backlog> backlog;
     Turns turns;
     std::shared_ptr<WebSocketWriter> webSocketWriter;

@@ -1,35 +1,37 @@
 #include "server/web/WebSocketRoutes.h"
 
 #include <algorithm>
-#include <array>
 #include <sstream>
 
 namespace SettingsHandlerKit {
 
-namespace {
-
-constexpr std::array<WebSocketRoute, 2> routes{settingsRoute, deviceRoute};
-
-/// The first known one of the offered subprotocols; empty when there is none.
-std::string chosenProtocol(const std::string& offered) {
-    std::istringstream list(offered);
-    for (std::string name; std::getline(list, name, ',');) {
-        name.erase(0, std::min(name.find_first_not_of(' '), name.size()));
-        if (std::any_of(routes.begin(), routes.end(), [&](const auto& route) { return name == route.protocol; })) {
-            return name;
-        }
-    }
-    return "";
+bool WebSocketRoutes::hasProtocol(const std::string& name) const {
+    return std::any_of(routes.begin(), routes.end(), [&](const auto& route) { return name == route.protocol; });
 }
 
-}  // namespace
-
-const WebSocketRoute* webSocketRoute(const std::string& path, const std::string& offeredProtocols) {
-    const std::string protocol = chosenProtocol(offeredProtocols);
-    const auto* const route = std::find_if(routes.begin(), routes.end(), [&](const auto& candidate) {
+const WebSocketRoute* WebSocketRoutes::find(const std::string& path, const std::string& offeredProtocols) const {
+    std::istringstream offered(offeredProtocols);
+    std::string protocol;
+    do {
+        if (!std::getline(offered, protocol, ',')) {
+            return nullptr;
+        }
+        protocol.erase(0, std::min(protocol.find_first_not_of(' '), protocol.size()));
+    } while (!hasProtocol(protocol));
+    const auto route = std::find_if(routes.begin(), routes.end(), [&](const auto& candidate) {
         return path == candidate.path && protocol == candidate.protocol;
     });
-    return route == routes.end() ? nullptr : route;
+    return route == routes.end() ? nullptr : &*route;
+}
+
+std::string WebSocketRoutes::help() const {
+    std::string text = "WebSockets are";
+    const char* separator = " at ";
+    for (const auto& route : routes) {
+        text += separator + route.path + " with subprotocol " + route.protocol;
+        separator = " and at ";
+    }
+    return text + ".";
 }
 
 }  // namespace SettingsHandlerKit

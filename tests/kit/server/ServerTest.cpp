@@ -195,11 +195,6 @@ TEST_F(ServerTest, PagesKeysAndCookiesAreMadeOfTheClockAndRandomnessThatWereGive
         << page.headers["set-cookie"];
     const auto health = TestSupport::httpGet(portOf(server), "/healthz");
     EXPECT_EQ(health.body.rfind(R"({"status":"ok","version":"1.2.3")", 0), 0U) << health.body;
-    TestSupport::WebSocket unserved(portOf(server), "/device?key=" + hexadecimalKey, "device.v1");
-    unserved.sendText("{}");
-    const auto refusal = unserved.receive();
-    EXPECT_EQ(refusal ? refusal->payload : "nothing",
-              R"({"error":{"code":"not-here","message":"nothing is served here"}})");
     server.stop();
     server.join();
 }
@@ -227,6 +222,36 @@ TEST_F(ServerTest, ANewPageKeyIsStoredFirst) {
         secret += "66";
     }
     EXPECT_EQ(storage.state("web")->load("cookieSecret"), secret);
+}
+
+TEST_F(ServerTest, AnEndpointHasAWebSocketAtItsName) {
+    ServerOptions chosen = options();
+    chosen.listen = "127.0.0.1:0";
+    chosen.environment.random = [](std::size_t count) { return std::string(count, 'k'); };
+    const std::string key = "?key=6b6b6b6b6b6b6b6b6b6b6b6b6b6b6b6b";
+    ListenerRecording clients;
+    std::string received;
+    clients.onFrame = [&](const auto& client, const std::string& frame) {
+        received = std::string(originName(client->origin())) + " " + frame;
+        client->send(std::make_shared<const std::string>("own reply"));
+    };
+    Server server(std::move(chosen));
+    server.addEndpoint({"remote", folder / "run/remote.sock", Origin::SOCKET}, clients);
+    server.start();
+    server.startThread();
+    TestSupport::WebSocket client(portOf(server), "/remote" + key, "remote.v1");
+    client.sendText("own request");
+    const auto reply = client.receive();
+    EXPECT_EQ(reply ? reply->payload : "nothing", "own reply");
+    EXPECT_EQ(received, "page own request");
+    const auto refusal =
+        TestSupport::httpGet(portOf(server), "/device" + key,
+                             {"Connection: Upgrade", "Upgrade: websocket", "Sec-WebSocket-Version: 13",
+                              "Sec-WebSocket-Key: AAAAAAAAAAAAAAAAAAAAAA==", "Sec-WebSocket-Protocol: device.v1"});
+    EXPECT_EQ(refusal.body,
+              "WebSockets are at /settings with subprotocol settings.v1 and at /remote with subprotocol remote.v1.\n");
+    server.stop();
+    server.join();
 }
 
 TEST_F(ServerTest, AnEndpointHasFramesOfItsOwn) {

@@ -32,7 +32,9 @@ protected:
                        }},
                       {"/long", [] { return plainAnswer(200, std::string(15000, 'x')); }}},
                      timeoutSeconds};
-        auto made = std::make_unique<WebServer>(loop, std::move(tcp), std::move(site), *this, *this, backlog);
+        std::vector<WebSocketRoute> routes{{"/settings", "settings.v1", Origin::PAGE, *this},
+                                           {"/device", "device.v1", Origin::DEVICE, *this}};
+        auto made = std::make_unique<WebServer>(loop, std::move(tcp), std::move(site), std::move(routes), backlog);
         webServer = made.get();
         serve(std::move(made));
     }
