@@ -9,7 +9,7 @@
 #include "SettingsHandlerKit/CheckedSettingsHandler.h"
 #include "SettingsHandlerTesting/FakeMetrics.h"
 #include "SettingsHandlerTesting/FakeStorage.h"
-#include "kit/support/MemoryState.h"
+#include "SettingsHandlerTesting/kit/FakeStateStore.h"
 #include "model/Json.h"
 #include "server/protocol/MessageHub.h"
 #include "server/protocol/TrafficObservers.h"
@@ -38,7 +38,8 @@ public:
         journal.take();
     }
 
-    SettingsHostTests::MemoryState state;
+    SettingsHandlerTesting::Journal journal;
+    SettingsHandlerTesting::FakeStateStore state{journal};
     SettingsHandlerTesting::Journal journal;
     SettingsHandlerTesting::FakeStorage storage{journal};
 
@@ -201,10 +202,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (std::string line; std::getline(lines, line);) {
         ++count;
         if (count == firstFailure) {
-            world.state.refuses = true;
+            world.state.refusesWrites = true;
             world.storage.refusesWrites = storageFails;
         } else if (failures > 0 && count == firstFailure + failures) {
-            world.state.refuses = false;
+            world.state.refusesWrites = false;
             world.storage.refusesWrites = false;
         }
         world.receive(line);

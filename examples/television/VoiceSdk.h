@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <utility>
@@ -31,7 +32,10 @@ public:
     void setTimezone(std::string newTimezone) override { save("timezone", newTimezone); }
     std::string getTimezone() override { return state.load("timezone").value_or("Europe/Paris"); }
     void setLocales(std::vector<std::string> locales) override {
-        save("orliaLocale", Utils::RapidjsonUtil::stringifyVector(locales));
+        // All of a list or none of it.
+        if (std::find(locales.begin(), locales.end(), "") == locales.end()) {
+            save("orliaLocale", Utils::RapidjsonUtil::stringifyVector(locales));
+        }
     }
     std::vector<std::string> getLocales() override {
         const auto locales = SettingsHandlerKit::asLocales(state.load("orliaLocale").value_or(""));

@@ -5,11 +5,11 @@
 #include "SettingsHandlerTesting/contracts/DeviceInfoContract.h"
 #include "SettingsHandlerTesting/contracts/SdkBridgeContract.h"
 #include "SettingsHandlerTesting/contracts/TransportContract.h"
+#include "SettingsHandlerTesting/kit/FakeClient.h"
+#include "SettingsHandlerTesting/kit/FakeStateStore.h"
+#include "SettingsHandlerTesting/kit/FakeValueObserver.h"
 #include "kit/support/LogRecording.h"
-#include "kit/support/MemoryState.h"
-#include "kit/support/RecordingClient.h"
 #include "kit/support/TrafficRecording.h"
-#include "kit/support/ValueRecording.h"
 #include "server/protocol/MessageHub.h"
 #include "simulation/SimulatedDevice.h"
 #include "simulation/SimulatedSdkBridge.h"
@@ -19,8 +19,9 @@
 namespace SettingsHandlerTesting {
 
 struct SimulatedDeviceMaker {
-    SettingsHostTests::MemoryState state;
-    SettingsHost::SimulatedDevice device{state, std::make_shared<SettingsHostTests::ValueRecording>()};
+    Journal journal;
+    FakeStateStore state{journal};
+    SettingsHost::SimulatedDevice device{state, std::make_shared<FakeValueObserver>(journal)};
 
     DeviceAbstractionLayer::OrliaDeviceInfoInterface& deviceInfo() { return device; }
     void switchMode(const std::string& mode, bool on) {
@@ -36,14 +37,14 @@ INSTANTIATE_TYPED_TEST_SUITE_P(SimulatedDevice, DeviceInfoContract, SimulatedDev
 struct SimulatedSdkBridgeMaker {
     Journal journal;
     FakeStorage fakeStorage{journal};
-    SettingsHostTests::MemoryState state;
-    std::shared_ptr<SettingsHostTests::ValueRecording> values = std::make_shared<SettingsHostTests::ValueRecording>();
+    FakeStateStore state{journal};
+    std::shared_ptr<FakeValueObserver> values = std::make_shared<FakeValueObserver>(journal);
     std::shared_ptr<SettingsHost::SimulatedDevice> device =
         std::make_shared<SettingsHost::SimulatedDevice>(state, values);
     SettingsHost::SimulatedSdkBridge sdk{state, fakeStorage, device, values};
 
     teskVessa::SDKBridgeInterface& bridge() { return sdk; }
-    void refuseWrites(bool refuse) { state.refuses = fakeStorage.refusesWrites = refuse; }
+    void refuseWrites(bool refuse) { state.refusesWrites = fakeStorage.refusesWrites = refuse; }
     void switchCaptions(bool on) { EXPECT_TRUE(sdk.setCaptionsEnabled(on)); }
     void switchDoNotDisturb(bool on) { EXPECT_TRUE(sdk.setDoNotDisturbEnabled(on)); }
     DeviceAbstractionLayer::OrliaDeviceInfoInterface& deviceInfo() { return *device; }
@@ -54,9 +55,7 @@ INSTANTIATE_TYPED_TEST_SUITE_P(SimulatedSdkBridge, SdkBridgeContract, SimulatedS
 struct MessageHubMaker {
     SettingsHostTests::LogRecording log;
     SettingsHandlerKit::MessageHub hub{std::make_shared<SettingsHandlerKit::TrafficRecording>()};
-    std::array<std::shared_ptr<SettingsHandlerKit::RecordingClient>, 2> clients{
-        std::make_shared<SettingsHandlerKit::RecordingClient>(),
-        std::make_shared<SettingsHandlerKit::RecordingClient>()};
+    std::array<std::shared_ptr<FakeClient>, 2> clients{std::make_shared<FakeClient>(), std::make_shared<FakeClient>()};
 
     MessageHubMaker() {
         for (const auto& client : clients) {
@@ -80,9 +79,7 @@ struct MessageHubMaker {
     }
 
 private:
-    const std::shared_ptr<SettingsHandlerKit::RecordingClient>& of(int client) const {
-        return clients.at(static_cast<std::size_t>(client));
-    }
+    const std::shared_ptr<FakeClient>& of(int client) const { return clients.at(static_cast<std::size_t>(client)); }
 };
 INSTANTIATE_TYPED_TEST_SUITE_P(MessageHub, TransportContract, MessageHubMaker, NumberedNames);
 

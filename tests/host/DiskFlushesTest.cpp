@@ -1,8 +1,8 @@
 #include "SettingsHandlerKit/CheckedSettingsHandler.h"
 #include "SettingsHandlerKit/Storage.h"
+#include "SettingsHandlerTesting/kit/FakeClient.h"
 #include "kit/support/FaultyDisk.h"
 #include "kit/support/LogRecording.h"
-#include "kit/support/RecordingClient.h"
 #include "kit/support/TrafficRecording.h"
 #include "server/metrics/ServerMetrics.h"
 #include "server/protocol/MessageHub.h"
@@ -30,7 +30,7 @@ struct Host {
     std::shared_ptr<SimulatedSdkBridge> sdk = std::make_shared<SimulatedSdkBridge>(*state, storage, device, hub);
     std::shared_ptr<CheckedSettingsHandler> handler =
         CheckedSettingsHandler::create(hub, storage, metrics, sdk, std::make_shared<SimulatedAppLaunch>(), device);
-    std::shared_ptr<RecordingClient> client = std::make_shared<RecordingClient>();
+    std::shared_ptr<SettingsHandlerTesting::FakeClient> client = std::make_shared<SettingsHandlerTesting::FakeClient>();
 };
 
 std::string setRequest(const std::string& key, const std::string& value, int timestamp = 2) {

@@ -1,8 +1,8 @@
 #include "SettingsHandlerTesting/FakeStorage.h"
+#include "SettingsHandlerTesting/kit/FakeStateStore.h"
+#include "SettingsHandlerTesting/kit/FakeValueObserver.h"
 #include "Utils/Rapidjson.h"
 #include "kit/support/LogRecording.h"
-#include "kit/support/MemoryState.h"
-#include "kit/support/ValueRecording.h"
 #include "simulation/DeviceCommands.h"
 
 namespace SettingsHost {
@@ -58,8 +58,9 @@ protected:
     SettingsHostTests::LogRecording log;
     SettingsHandlerTesting::Journal journal;
     SettingsHandlerTesting::FakeStorage storage{journal};
-    SettingsHostTests::MemoryState state;
-    std::shared_ptr<SettingsHostTests::ValueRecording> values = std::make_shared<SettingsHostTests::ValueRecording>();
+    SettingsHandlerTesting::FakeStateStore state{journal};
+    std::shared_ptr<SettingsHandlerTesting::FakeValueObserver> values =
+        std::make_shared<SettingsHandlerTesting::FakeValueObserver>(journal);
     std::shared_ptr<SimulatedDevice> device = std::make_shared<SimulatedDevice>(state, values);
     std::shared_ptr<SimulatedSdkBridge> sdk = std::make_shared<SimulatedSdkBridge>(state, storage, device, values);
     std::shared_ptr<SimulatedAppLaunch> launcher = std::make_shared<SimulatedAppLaunch>();
@@ -154,7 +155,7 @@ TEST_F(DeviceCommandsTest, ReportsWhatTheHandlerDidWithASetting) {
 }
 
 TEST_F(DeviceCommandsTest, ReportsWhenTheStateCouldNotBeSaved) {
-    state.refuses = true;
+    state.refusesWrites = true;
     for (const auto* frame :
          {R"({"command":"locale","value":"fr-FR"})", R"({"command":"locales","values":["a"]})",
           R"({"command":"timezone","value":"x"})", R"({"command":"handsfree","enabled":true})",

@@ -1,8 +1,8 @@
 #include "SettingsHandlerTesting/FakeStorage.h"
+#include "SettingsHandlerTesting/kit/FakeClient.h"
+#include "SettingsHandlerTesting/kit/FakeStateStore.h"
 #include "Utils/Rapidjson.h"
 #include "kit/support/LogRecording.h"
-#include "kit/support/MemoryState.h"
-#include "kit/support/RecordingClient.h"
 #include "kit/support/TrafficRecording.h"
 #include "server/protocol/TrafficObservers.h"
 #include "simulation/DeviceConsole.h"
@@ -54,7 +54,7 @@ protected:
     SettingsHostTests::LogRecording log;
     SettingsHandlerTesting::Journal journal;
     SettingsHandlerTesting::FakeStorage storage{journal};
-    SettingsHostTests::MemoryState state;
+    SettingsHandlerTesting::FakeStateStore state{journal};
     std::shared_ptr<TrafficObservers> traffic = std::make_shared<TrafficObservers>();
     std::shared_ptr<MessageTrace> trace = std::make_shared<MessageTrace>();
     std::shared_ptr<TrafficRecording> recording = std::make_shared<TrafficRecording>();
@@ -72,9 +72,12 @@ protected:
                                           ++renewals;
                                           return renewed;
                                       }}};
-    std::shared_ptr<RecordingClient> page = std::make_shared<RecordingClient>(Origin::PAGE);
-    std::shared_ptr<RecordingClient> client = std::make_shared<RecordingClient>(Origin::DEVICE);
-    std::shared_ptr<RecordingClient> watcher = std::make_shared<RecordingClient>(Origin::DEVICE);
+    std::shared_ptr<SettingsHandlerTesting::FakeClient> page =
+        std::make_shared<SettingsHandlerTesting::FakeClient>(Origin::PAGE);
+    std::shared_ptr<SettingsHandlerTesting::FakeClient> client =
+        std::make_shared<SettingsHandlerTesting::FakeClient>(Origin::DEVICE);
+    std::shared_ptr<SettingsHandlerTesting::FakeClient> watcher =
+        std::make_shared<SettingsHandlerTesting::FakeClient>(Origin::DEVICE);
 };
 
 const std::string captionsOn = R"({"command":"captions","enabled":true})";
@@ -149,7 +152,7 @@ TEST_F(DeviceConsoleTest, MakesANewKeyOnRequestAndReportsWhenItCannot) {
 }
 
 TEST_F(DeviceConsoleTest, TheKeyOfThePagesIsShownOnTheUnixSocketOnly) {
-    const auto pageOfDevice = std::make_shared<RecordingClient>(Origin::DEVICE, ListenerKind::WEB);
+    const auto pageOfDevice = std::make_shared<SettingsHandlerTesting::FakeClient>(Origin::DEVICE, ListenerKind::WEB);
     watch(true);
     for (const auto* frame : {R"({"command":"page"})", R"({"command":"page","newKey":true})"}) {
         console.received(pageOfDevice, frame);
@@ -163,7 +166,7 @@ TEST_F(DeviceConsoleTest, TheKeyOfThePagesIsShownOnTheUnixSocketOnly) {
 }
 
 TEST_F(DeviceConsoleTest, AFailureIsAnswered) {
-    state.refuses = true;
+    state.refusesWrites = true;
     EXPECT_NE(answerTo(captionsOn).find("not-written"), std::string::npos);
 }
 

@@ -1,7 +1,7 @@
 #include "SettingsHandlerTesting/FakeStorage.h"
+#include "SettingsHandlerTesting/kit/FakeStateStore.h"
+#include "SettingsHandlerTesting/kit/FakeValueObserver.h"
 #include "kit/support/LogRecording.h"
-#include "kit/support/MemoryState.h"
-#include "kit/support/ValueRecording.h"
 #include "simulation/SimulatedAppLaunch.h"
 #include "simulation/SimulatedSdkBridge.h"
 
@@ -23,8 +23,9 @@ protected:
 
     SettingsHandlerTesting::Journal journal;
     SettingsHandlerTesting::FakeStorage storage{journal};
-    SettingsHostTests::MemoryState state;
-    std::shared_ptr<SettingsHostTests::ValueRecording> changes = std::make_shared<SettingsHostTests::ValueRecording>();
+    SettingsHandlerTesting::FakeStateStore state{journal};
+    std::shared_ptr<SettingsHandlerTesting::FakeValueObserver> changes =
+        std::make_shared<SettingsHandlerTesting::FakeValueObserver>(journal);
     std::shared_ptr<SimulatedDevice> device;
     std::shared_ptr<SimulatedSdkBridge> sdk;
 };
@@ -101,7 +102,7 @@ TEST_F(Simulation, RefusesOtherSettings) {
 }
 
 TEST_F(Simulation, WhatCannotBeSavedKeepsItsOldValue) {
-    state.refuses = true;
+    state.refusesWrites = true;
     sdk->setLocales({"fr-FR"});
     sdk->setTimezone("Europe/Paris");
     EXPECT_FALSE(sdk->setCaptionsEnabled(true));
@@ -165,7 +166,7 @@ TEST_F(Simulation, TheDeviceNotifiesItsObserversWhileTheyLive) {
 TEST_F(Simulation, AnUnsavedSwitchNotifiesNoObserver) {
     const auto observer = std::make_shared<RecordingObserver>();
     device->subscribe(observer, observer);
-    state.refuses = true;
+    state.refusesWrites = true;
     EXPECT_FALSE(device->switchHandsfree(true));
     EXPECT_EQ(observer->notified, Keys{});
 }

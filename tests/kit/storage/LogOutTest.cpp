@@ -3,10 +3,10 @@
 #include <fstream>
 #include <random>
 
+#include "SettingsHandlerTesting/kit/FakeValueObserver.h"
 #include "kit/support/FaultyDisk.h"
 #include "kit/support/LogRecording.h"
 #include "kit/support/OpenStorage.h"
-#include "kit/support/ValueRecording.h"
 #include "storage/FileNames.h"
 #include "storage/LogOut.h"
 #include "support/Files.h"
@@ -197,7 +197,9 @@ protected:
     std::shared_ptr<SettingsHostTests::FaultyDisk> disk = std::make_shared<SettingsHostTests::FaultyDisk>();
     std::unique_ptr<TestSupport::TemporaryDirectory> folder;
     std::string file;
-    std::shared_ptr<SettingsHostTests::ValueRecording> removed = std::make_shared<SettingsHostTests::ValueRecording>();
+    SettingsHandlerTesting::Journal journal;
+    std::shared_ptr<SettingsHandlerTesting::FakeValueObserver> removed =
+        std::make_shared<SettingsHandlerTesting::FakeValueObserver>(journal);
 
 private:
     void use() {

@@ -5,11 +5,11 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
 
+#include "SettingsHandlerTesting/kit/FakeValueObserver.h"
 #include "kit/support/FaultyDisk.h"
 #include "kit/support/LogRecording.h"
 #include "kit/support/OpenStorage.h"
 #include "kit/support/StorageRecording.h"
-#include "kit/support/ValueRecording.h"
 #include "support/Files.h"
 #include "support/TemporaryDirectory.h"
 
@@ -48,7 +48,9 @@ protected:
     SettingsHostTests::LogRecording log;
     TestSupport::TemporaryDirectory folder;
     std::string file = folder / "state/deep/settings.db";
-    std::shared_ptr<SettingsHostTests::ValueRecording> removed = std::make_shared<SettingsHostTests::ValueRecording>();
+    SettingsHandlerTesting::Journal journal;
+    std::shared_ptr<SettingsHandlerTesting::FakeValueObserver> removed =
+        std::make_shared<SettingsHandlerTesting::FakeValueObserver>(journal);
     std::shared_ptr<SettingsHostTests::FaultyDisk> disk = std::make_shared<SettingsHostTests::FaultyDisk>();
     std::shared_ptr<SettingsHostTests::StorageRecording> recording =
         std::make_shared<SettingsHostTests::StorageRecording>();
@@ -389,7 +391,7 @@ TEST_F(StorageTest, StateHasATableOfItsOwn) {
 TEST_F(StorageTest, NotifiesEveryObserver) {
     open();
     const auto another = std::make_shared<SettingsHostTests::StorageRecording>();
-    const auto anotherOfValues = std::make_shared<SettingsHostTests::ValueRecording>();
+    const auto anotherOfValues = std::make_shared<SettingsHandlerTesting::FakeValueObserver>(journal);
     storage->observe(another);
     storage->observeValues(anotherOfValues);
     EXPECT_TRUE(storage->setValue("a", "1"));

@@ -2,7 +2,7 @@
 #include <functional>
 #include <sstream>
 
-#include "kit/support/RecordingClient.h"
+#include "SettingsHandlerTesting/kit/FakeClient.h"
 #include "server/metrics/ServerMetrics.h"
 
 namespace SettingsHandlerKit {
@@ -75,7 +75,7 @@ TEST(MetricsTextTest, DescribesEachFamilyOnce) {
 
 TEST(MetricsTextTest, GivesItsSeries) {
     ServerMetrics metrics("1.2.3");
-    RecordingClient onPage{Origin::PAGE};
+    SettingsHandlerTesting::FakeClient onPage{Origin::PAGE};
     metrics.recordCounter("deviceName_Nursery", 0, 1, 1.0);
     metrics.clientConnected(onPage);
     metrics.frameRefused("not-json");

@@ -6,8 +6,8 @@
 
 #include <malloc.h>
 
+#include "SettingsHandlerTesting/kit/FakeClient.h"
 #include "Wire/Catalogue.h"
-#include "kit/support/RecordingClient.h"
 #include "server/metrics/ServerMetrics.h"
 
 namespace SettingsHandlerKit {
@@ -33,9 +33,9 @@ protected:
     }
 
     ServerMetrics metrics{"1.2.3"};
-    RecordingClient onSocket{Origin::SOCKET};
-    RecordingClient onPage{Origin::PAGE};
-    RecordingClient onDevice{Origin::DEVICE};
+    SettingsHandlerTesting::FakeClient onSocket{Origin::SOCKET};
+    SettingsHandlerTesting::FakeClient onPage{Origin::PAGE};
+    SettingsHandlerTesting::FakeClient onDevice{Origin::DEVICE};
 };
 
 TEST_F(ServerMetricsTest, CountsChangesBySettingAndKnownValue) {

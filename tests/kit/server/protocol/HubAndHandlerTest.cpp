@@ -3,8 +3,8 @@
 #include "SettingsHandlerTesting/FakeMetrics.h"
 #include "SettingsHandlerTesting/FakeSdkBridge.h"
 #include "SettingsHandlerTesting/FakeStorage.h"
+#include "SettingsHandlerTesting/kit/FakeClient.h"
 #include "kit/support/LogRecording.h"
-#include "kit/support/RecordingClient.h"
 #include "kit/support/TrafficRecording.h"
 #include "server/protocol/MessageHub.h"
 
@@ -30,7 +30,7 @@ protected:
                                        std::make_shared<SettingsHandlerTesting::FakeAppLaunch>(journal),
                                        std::make_shared<SettingsHandlerTesting::FakeDeviceInfo>(journal),
                                        {[](std::size_t bytes) { return bytes < 100000; }});
-    std::shared_ptr<RecordingClient> client = std::make_shared<RecordingClient>();
+    std::shared_ptr<SettingsHandlerTesting::FakeClient> client = std::make_shared<SettingsHandlerTesting::FakeClient>();
 };
 
 TEST_F(HubAndHandlerTest, ARejectedRequestIsReportedAndGetsNoReply) {

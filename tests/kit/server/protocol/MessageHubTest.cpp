@@ -1,8 +1,8 @@
 #include <utility>
 
+#include "SettingsHandlerTesting/kit/FakeClient.h"
 #include "Utils/Rapidjson.h"
 #include "kit/support/LogRecording.h"
-#include "kit/support/RecordingClient.h"
 #include "kit/support/TrafficRecording.h"
 #include "server/protocol/MessageHub.h"
 
@@ -50,8 +50,9 @@ protected:
     std::chrono::system_clock::time_point time{std::chrono::milliseconds(1700000000000)};
     MessageHub hub{traffic, std::make_shared<RequestContext>(), std::make_shared<Backlog>(),
                    Environment{[this] { return time; }, randomBytes}};
-    std::shared_ptr<RecordingClient> requester = std::make_shared<RecordingClient>();
-    std::shared_ptr<RecordingClient> other = std::make_shared<RecordingClient>();
+    std::shared_ptr<SettingsHandlerTesting::FakeClient> requester =
+        std::make_shared<SettingsHandlerTesting::FakeClient>();
+    std::shared_ptr<SettingsHandlerTesting::FakeClient> other = std::make_shared<SettingsHandlerTesting::FakeClient>();
     std::vector<std::string> delivered;
     std::function<void()> onDelivery;
 };
@@ -134,7 +135,7 @@ TEST_F(MessageHubTest, KeepsNoClientWhoseRequestIsOver) {
     hub.received(requester, R"({"type":7})");
     hub.sendResponse("late", payload);
     EXPECT_TRUE(requester->take().empty());
-    const std::weak_ptr<RecordingClient> gone = requester;
+    const std::weak_ptr<SettingsHandlerTesting::FakeClient> gone = requester;
     hub.disconnected(std::exchange(requester, nullptr), DisconnectReason::CLOSED);
     EXPECT_TRUE(gone.expired());
 }
@@ -201,7 +202,7 @@ TEST_F(MessageHubTest, EventsGoToEveryClientAsOneSharedFrame) {
 }
 
 TEST_F(MessageHubTest, EventsHoldTheOriginOfTheChange) {
-    const auto page = std::make_shared<RecordingClient>(Origin::PAGE);
+    const auto page = std::make_shared<SettingsHandlerTesting::FakeClient>(Origin::PAGE);
     onDelivery = [&] { sendEvent("deviceName"); };
     hub.received(page, R"({"type":24})");
     hub.perform(Origin::DEVICE, onDelivery);

@@ -4,9 +4,9 @@
 #include <stdexcept>
 #include <thread>
 
+#include "SettingsHandlerTesting/kit/FakeClient.h"
 #include "Utils/Rapidjson.h"
 #include "kit/support/LogRecording.h"
-#include "kit/support/RecordingClient.h"
 #include "kit/support/TrafficRecording.h"
 #include "server/protocol/MessageHub.h"
 
@@ -28,7 +28,7 @@ protected:
         hub.sendMessage(25, payload);
     }
 
-    void request(std::function<void()> action, const std::shared_ptr<RecordingClient>& requester) {
+    void request(std::function<void()> action, const std::shared_ptr<SettingsHandlerTesting::FakeClient>& requester) {
         onRequest = std::move(action);
         hub.received(requester, R"({"type":24})");
     }
@@ -49,7 +49,7 @@ protected:
 
     SettingsHostTests::LogRecording log;
     MessageHub hub{std::make_shared<TrafficRecording>()};
-    std::shared_ptr<RecordingClient> client = std::make_shared<RecordingClient>();
+    std::shared_ptr<SettingsHandlerTesting::FakeClient> client = std::make_shared<SettingsHandlerTesting::FakeClient>();
     std::function<void()> onRequest;
     std::vector<std::string> told;
 };
@@ -69,7 +69,7 @@ TEST_F(SettingObserversTest, AreToldOfEachEventAndNoticeAfterTheClients) {
                                                  "all: timezone '' -> 'Europe/Paris' 2 socket, frames 3",
                                                  "one: timezone '' -> 'Europe/Paris' 2 socket, frames 3",
                                                  "all: captionsEnabled notice, frames 3"}));
-    const auto page = std::make_shared<RecordingClient>(Origin::PAGE);
+    const auto page = std::make_shared<SettingsHandlerTesting::FakeClient>(Origin::PAGE);
     request([&] { sendEvent("deviceName", "Den", "Attic"); }, page);
     hub.perform(Origin::DEVICE, [&] {
         sendEvent("deviceName", "Attic", "TV");
@@ -92,7 +92,7 @@ TEST_F(SettingObserversTest, AreToldWithoutAnyClient) {
 }
 
 TEST_F(SettingObserversTest, AreToldAtOnceOfWhatHappensOutsideOfRequestsAndActions) {
-    const auto page = std::make_shared<RecordingClient>(Origin::PAGE);
+    const auto page = std::make_shared<SettingsHandlerTesting::FakeClient>(Origin::PAGE);
     request([] {}, page);
     const auto all = hub.observers().add(std::nullopt, recorder("all"));
     sendEvent("deviceName", "TV", "Den");

@@ -1,4 +1,4 @@
-#include "kit/support/RecordingClient.h"
+#include "SettingsHandlerTesting/kit/FakeClient.h"
 #include "kit/support/TrafficRecording.h"
 #include "server/protocol/TrafficObservers.h"
 
@@ -10,7 +10,7 @@ TEST(TrafficObservers, PassEveryNotificationOnToEachObserver) {
     TrafficObservers observers;
     observers.add(first);
     observers.add(second);
-    const RecordingClient client;
+    const SettingsHandlerTesting::FakeClient client;
     observers.clientConnected(client);
     observers.clientRefused(Origin::PAGE);
     observers.frameReceived(client, "{}");

@@ -17,14 +17,15 @@ protected:
         }
     }
 
-    void runUntil(const std::function<bool()>& condition) {
-        constexpr auto often = std::chrono::milliseconds(1);
-        const RepeatingTimer look(loop, often, often, [&] {
-            if (condition()) {
+    /// Ends with the turn of the loop in which the report comes, so that no further interval can end before.
+    void runUntilReported(std::size_t count) {
+        onReport = [this, count] {
+            if (reported.size() == count) {
                 loop.stop();
             }
-        });
+        };
         loop.run();
+        onReport = [] {};
     }
 
     EvictionReportTest() {
@@ -35,7 +36,13 @@ protected:
     EventLoop loop;
     TcpListener keepsLoopRunning{"127.0.0.1", 0};
     std::vector<std::size_t> reported;
-    EvictionReport report{loop, [this](std::size_t count) { reported.push_back(count); }, interval};
+    std::function<void()> onReport = [] {};
+    EvictionReport report{loop,
+                          [this](std::size_t count) {
+                              reported.push_back(count);
+                              onReport();
+                          },
+                          interval};
 };
 
 TEST_F(EvictionReportTest, ReportsTheFirstAtOnceAndTheOthersTogetherAtTheEndOfTheInterval) {
@@ -43,21 +50,23 @@ TEST_F(EvictionReportTest, ReportsTheFirstAtOnceAndTheOthersTogetherAtTheEndOfTh
     EXPECT_EQ(reported, std::vector<std::size_t>{1});
     evict(4999);
     EXPECT_EQ(reported, std::vector<std::size_t>{1});
-    runUntil([&] { return reported.size() == 2; });
+    runUntilReported(2);
     evict(3);
-    runUntil([&] { return reported.size() == 3; });
+    runUntilReported(3);
     EXPECT_EQ(reported, (std::vector<std::size_t>{1, 4999, 3}));
 }
 
 TEST_F(EvictionReportTest, AfterAQuietIntervalTheNextIsReportedAtOnceAgain) {
     evict(1);
-    bool later = false;
-    RepeatingTimer behind(loop, interval, interval, [&] { later = true; });
-    runUntil([&] { return later; });
+    {
+        // Its interval ends behind that of the report, in the same turn.
+        const RepeatingTimer behind(loop, interval, interval, [&] { loop.stop(); });
+        loop.run();
+    }
     EXPECT_EQ(reported, std::vector<std::size_t>{1});
     evict(2);
     EXPECT_EQ(reported, (std::vector<std::size_t>{1, 1}));
-    runUntil([&] { return reported.size() == 3; });
+    runUntilReported(3);
     EXPECT_EQ(reported, (std::vector<std::size_t>{1, 1, 1}));
 }
 
