@@ -24,8 +24,8 @@ struct TelevisionMaker {
     SDKWrapper::StorageManagerInterface& storage() { return fakeStorage; }
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(ExampleVoiceSdk, SdkBridgeContract, TelevisionMaker);
-INSTANTIATE_TYPED_TEST_SUITE_P(ExampleDevice, DeviceInfoContract, TelevisionMaker);
+INSTANTIATE_TYPED_TEST_SUITE_P(ExampleVoiceSdk, SdkBridgeContract, TelevisionMaker, NumberedNames);
+INSTANTIATE_TYPED_TEST_SUITE_P(ExampleDevice, DeviceInfoContract, TelevisionMaker, NumberedNames);
 
 TEST(ExampleVoiceSdk, ReportsWhatTheSdkTookAndNothingElse) {
     TelevisionMaker television;
