@@ -40,7 +40,6 @@ public:
 
     SettingsHandlerTesting::Journal journal;
     SettingsHandlerTesting::FakeStateStore state{journal};
-    SettingsHandlerTesting::Journal journal;
     SettingsHandlerTesting::FakeStorage storage{journal};
 
     void receive(const std::string& frame) {
