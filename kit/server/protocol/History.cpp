@@ -37,25 +37,22 @@ std::size_t History::costOf(const Entry& entry) {
     return cost;
 }
 
-void History::addEvent(unsigned long sequence, const std::string& settingDBId, SharedFrame frame) {
-    newestSequence = sequence;
-    add({sequence, {settingDBId}, std::move(frame)});
-}
-
-void History::addNotice(const std::set<std::string>& keys) {
-    // After `clear`, nobody resumes from before the next event.
-    if (newestSequence >= completeAfter) {
-        add({newestSequence, {keys.begin(), keys.end()}, nullptr});
-    }
-}
-
 std::size_t History::size() const {
     return bytes + queueOverhead;
 }
 
-void History::add(Entry entry) {
-    bytes += costOf(entry);
-    entries.push_back(std::move(entry));
+void History::add(Announcement announcement) {
+    const bool isEvent = announcement.sequence != 0;
+    if (isEvent) {
+        newestSequence = announcement.sequence;
+    } else if (newestSequence < completeAfter) {
+        // After `clear`, nobody resumes from before the next event.
+        return;
+    }
+    // The frame of a notice is not sent again.
+    entries.push_back(
+        {newestSequence, std::move(announcement.keys), isEvent ? std::move(announcement.frame) : nullptr});
+    bytes += costOf(entries.back());
     while (entries.size() > maximumEntries || (!entries.empty() && size() > maximumBytes)) {
         forgetOldest();
     }

@@ -13,6 +13,15 @@ namespace SettingsHandlerKit {
 /// A frame that clients and the history share.
 using SharedFrame = std::shared_ptr<const std::string>;
 
+/// An event or a notice, as it is sent to all clients.
+struct Announcement {
+    SharedFrame frame;
+    /// The key of an event, the keys of a notice.
+    std::vector<std::string> keys;
+    /// The number of an event; 0 for a notice.
+    unsigned long sequence = 0;
+};
+
 /// The newest events and notices of this run, in memory alone. One thread only.
 ///
 /// A notice belongs to the event before it: whoever has seen that event may not have seen the notice.
@@ -31,10 +40,8 @@ public:
         std::set<std::string> reread;
     };
 
-    /// Adds the event after the newest, which has this number.
-    void addEvent(unsigned long sequence, const std::string& settingDBId, SharedFrame frame);
-    /// Adds a notice for these keys.
-    void addNotice(const std::set<std::string>& keys);
+    /// The number of an event is the one after the newest.
+    void add(Announcement announcement);
     /// Forgets everything. A client that has seen all until now cannot resume either.
     void clear();
 
@@ -59,7 +66,6 @@ private:
     };
 
     static std::size_t costOf(const Entry& entry);
-    void add(Entry entry);
     void forgetOldest();
 
     std::deque<Entry> entries;

@@ -49,27 +49,25 @@ struct Load {
     std::size_t keySize;
     /// Of each notice that follows each event; 0 for no notices.
     std::size_t keysOfNotice;
-    int count;
+    unsigned long count;
 };
 
 class HistoryMemory : public ::testing::TestWithParam<Load> {};
 
 TEST_P(HistoryMemory, TakesNoMoreThanTheLimit) {
     const Load& load = GetParam();
-    std::set<std::string> keys;
+    std::vector<std::string> keys;
     for (std::size_t number = 0; number < load.keysOfNotice; ++number) {
-        keys.insert(std::string(load.keySize, 'k') + std::to_string(number));
+        keys.push_back(std::string(load.keySize, 'k') + std::to_string(number));
     }
     const std::string key(load.keySize, 'k');
     const std::size_t before = bytesInUse;
     History history;
     std::size_t most = 0;
-    for (int sequence = 1; sequence <= load.count; ++sequence) {
-        // As a frame that is made elsewhere, which nobody else keeps.
-        history.addEvent(static_cast<unsigned long>(sequence), key,
-                         std::make_shared<const std::string>(load.frameSize, 'x'));
+    for (unsigned long sequence = 1; sequence <= load.count; ++sequence) {
+        history.add({std::make_shared<const std::string>(load.frameSize, 'x'), {key}, sequence});
         if (!keys.empty()) {
-            history.addNotice(keys);
+            history.add({std::make_shared<const std::string>("notice"), keys});
         }
         const std::size_t taken = bytesInUse - before;
         EXPECT_LE(taken, history.size());

@@ -25,7 +25,11 @@ protected:
         if (text.empty()) {
             text = std::to_string(sequence);
         }
-        history.addEvent(sequence, key, std::make_shared<const std::string>(std::move(text)));
+        history.add({std::make_shared<const std::string>(std::move(text)), {key}, sequence});
+    }
+
+    void notice(std::vector<std::string> keys) {
+        history.add({std::make_shared<const std::string>("notice"), std::move(keys)});
     }
 
     /// What a client missed that has seen the event `sequence`: "1 2 reread: a b" or "missed".
@@ -72,7 +76,7 @@ TEST_F(HistoryTest, KnowsTheEventsAfterEachOther) {
 
 TEST_F(HistoryTest, SharesTheFrames) {
     const auto frame = std::make_shared<const std::string>("frame");
-    history.addEvent(1, "deviceName", frame);
+    history.add({frame, {"deviceName"}, 1});
     EXPECT_EQ(history.since(0)->events.front(), frame);
     EXPECT_EQ(history.events(1, std::nullopt).front(), frame);
     history.clear();
@@ -80,10 +84,10 @@ TEST_F(HistoryTest, SharesTheFrames) {
 }
 
 TEST_F(HistoryTest, ANoticeIsMissedByWhoHasSeenTheEventBeforeIt) {
-    history.addNotice({"timezone"});
+    notice({"timezone"});
     event(1);
-    history.addNotice({"captionsEnabled", "orliaLocale"});
-    history.addNotice({"captionsEnabled", "doNotDisturbEnabled"});
+    notice({"captionsEnabled", "orliaLocale"});
+    notice({"captionsEnabled", "doNotDisturbEnabled"});
     event(2);
     EXPECT_EQ(since(0), "1 2 reread: captionsEnabled doNotDisturbEnabled orliaLocale timezone");
     EXPECT_EQ(since(1), "2 reread: captionsEnabled doNotDisturbEnabled orliaLocale");
@@ -93,7 +97,7 @@ TEST_F(HistoryTest, ANoticeIsMissedByWhoHasSeenTheEventBeforeIt) {
 TEST_F(HistoryTest, GivesTheNewestEventsOldestFirst) {
     event(1, "deviceName");
     event(2, "timezone");
-    history.addNotice({"deviceName"});
+    notice({"deviceName"});
     event(3, "deviceName");
     event(4, "deviceName");
     EXPECT_EQ(newest(2), (Texts{"3", "4"}));
@@ -108,7 +112,7 @@ TEST_F(HistoryTest, ForgetsTheOldestOfMoreThan1024EventsAndNotices) {
     for (unsigned long sequence = 1; sequence <= 1023; ++sequence) {
         event(sequence);
     }
-    history.addNotice({"timezone"});
+    notice({"timezone"});
     EXPECT_EQ(since(0).substr(0, 4), "1 2 ");
     event(1024);
     EXPECT_EQ(since(0), "missed");
@@ -118,12 +122,12 @@ TEST_F(HistoryTest, ForgetsTheOldestOfMoreThan1024EventsAndNotices) {
 }
 
 TEST_F(HistoryTest, WhoMayHaveMissedAForgottenNoticeMissed) {
-    history.addNotice({"timezone"});
+    notice({"timezone"});
     for (unsigned long sequence = 1; sequence <= 1023; ++sequence) {
         event(sequence);
     }
     EXPECT_EQ(since(0).substr(0, 4), "1 2 ");
-    history.addNotice({"captionsEnabled"});
+    notice({"captionsEnabled"});
     EXPECT_EQ(since(0), "missed") << "the notice before event 1 is forgotten";
     EXPECT_EQ(since(1).substr(0, 4), "2 3 ");
     EXPECT_EQ(since(1022), "1023 reread: captionsEnabled");
@@ -174,10 +178,10 @@ TEST_F(HistoryTest, KeepsNoNoticeAfterAClearingUntilTheNextEvent) {
     const std::size_t empty = history.size();
     event(1);
     history.clear();
-    history.addNotice({"a key that somebody chose"});
+    notice({"a key that somebody chose"});
     EXPECT_EQ(history.size(), empty);
     event(2);
-    history.addNotice({"timezone"});
+    notice({"timezone"});
     EXPECT_EQ(since(2), "reread: timezone");
 }
 
