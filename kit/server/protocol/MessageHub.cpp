@@ -12,6 +12,7 @@
 #include "Wire/MessageType.h"
 #include "Wire/RefusalCode.h"
 #include "Wire/Utf8.h"
+#include "server/Hexadecimal.h"
 
 namespace SettingsHandlerKit {
 
@@ -24,6 +25,9 @@ using SharedFrame = Clients::Frame;
 SharedFrame shared(std::string frame) {
     return std::make_shared<const std::string>(std::move(frame));
 }
+
+/// Of the name of a run.
+constexpr std::size_t runBytes = 16;
 
 /// Cut to the length of a key that can be stored, so that no client fills the log.
 std::string settingNamedIn(int type, const rapidjson::Value& request) {
@@ -39,6 +43,7 @@ MessageHub::MessageHub(std::shared_ptr<TrafficObserver> trafficObserver, std::sh
       context(std::move(requestContext)),
       environment(std::move(itsEnvironment)),
       clients(traffic, std::move(backlogOfClients)),
+      queries(clients, history, hexadecimal(environment.random(runBytes))),
       messageIdPrefix("host-" + std::to_string(now()) + "-") {}
 
 std::int64_t MessageHub::now() const {

@@ -42,7 +42,15 @@ public:
 
     /// From now on a request that `handler` rejects is reported as such, and one that it refuses for want of memory
     /// gets the refusal `busy`.
-    void watch(std::weak_ptr<const CheckedSettingsHandler> handler) { checkedHandler = std::move(handler); }
+    void watch(std::weak_ptr<const CheckedSettingsHandler> handler) {
+        checkedHandler = handler;
+        queries.watch(std::move(handler));
+    }
+    /// See `Queries`. It outlives the clients.
+    void administer(Administration& administration) { queries.administer(administration); }
+
+    /// Empties the history, as a log-out does.
+    void forgetHistory() { history.clear(); }
 
     void connected(const std::shared_ptr<Client>& client) override;
     void disconnected(const std::shared_ptr<Client>& client, DisconnectReason reason) override;
@@ -84,7 +92,7 @@ private:
     Environment environment;
     Clients clients;
     History history;
-    Queries queries{clients, history};
+    Queries queries;
     std::map<int, std::function<void(const std::string&)>> handlers;
     std::string messageIdPrefix;
     unsigned long sequence = 0;
