@@ -19,8 +19,6 @@ namespace {
 
 using Utils::RapidjsonUtil::tryGetStringMember;
 
-using SharedFrame = Clients::Frame;
-
 SharedFrame shared(std::string frame) {
     return std::make_shared<const std::string>(std::move(frame));
 }
@@ -185,7 +183,7 @@ void MessageHub::sendNotice() {
     if (keys.empty()) {
         return;
     }
-    announce({shared(Wire::noticeFrame(keys)), keys, 0});
+    announce({shared(Wire::noticeFrame(keys)), {keys.begin(), keys.end()}, 0});
     if (!settingObservers.empty()) {
         for (const auto& key : keys) {
             settingObservers.tell({key, std::nullopt});
