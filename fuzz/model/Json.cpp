@@ -113,6 +113,12 @@ std::optional<long> Envelope::integer(const std::string& name) const {
     return member != nullptr && member->IsInt64() ? std::optional(long{member->GetInt64()}) : std::nullopt;
 }
 
+std::optional<unsigned long> Envelope::number(const std::string& name) const {
+    const Value* const member = memberOf(tree->root, name);
+    return member != nullptr && member->IsUint64() ? std::optional(static_cast<unsigned long>(member->GetUint64()))
+                                                   : std::nullopt;
+}
+
 bool Envelope::hasObject(const std::string& name) const {
     const Value* const member = memberOf(tree->root, name);
     return member != nullptr && member->IsObject();

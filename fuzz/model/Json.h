@@ -37,6 +37,8 @@ public:
     bool has(const std::string& name) const;
     std::optional<std::string> text(const std::string& name) const;
     std::optional<long> integer(const std::string& name) const;
+    /// The member `name`, when it is an integer of 0 or more.
+    std::optional<unsigned long> number(const std::string& name) const;
     /// Whether the member `name` is an object.
     bool hasObject(const std::string& name) const;
     /// Whether the member `name` is true.

@@ -67,6 +67,9 @@ public:
     /// Of a SetSettings request that does not reach the handler, because its value would end the process.
     Answer answerToRejected(const std::string& text) const;
 
+    /// By key; unknown keys share the empty key.
+    const std::map<std::string, long>& timestamps() const { return newestTimestamps; }
+
     void notifyLocaleChange(const std::string& locale);
     void notifyLocalesChange(const std::vector<std::string>& locales);
     void notifyTimezoneChange(const std::string& timezone);
