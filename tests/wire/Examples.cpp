@@ -122,6 +122,10 @@ std::string comparable(const std::string& frame) {
     if (document.HasMember("trace") && document["trace"].IsObject()) {
         blankTrace(document["trace"], document);
     }
+    if (auto* const code = rapidjson::Pointer("/error/code").Get(document); code != nullptr && *code == "not-stored") {
+        // It names a file.
+        blankAt(document, "/error/message");
+    }
     for (const auto* const path : {"/page/address", "/hello/run", "/backup/file", "/status/health/version",
                                    "/status/health/uptimeSeconds", "/status/versions/host", "/status/disk/free",
                                    "/status/disk/total", "/status/now"}) {
