@@ -108,14 +108,14 @@ void WireModel::request(const std::string& text, const std::optional<std::size_t
     if (!isRequestType(type, {7, 18, 19, 22, 24})) {
         return refuse("unknown-type");
     }
-    const bool hasOwnName = host.clientAtUnixSocket && json.has("client");
-    if (hasOwnName && !isName(json.text("client"))) {
-        return refuse("bad-request", index);
-    }
     const bool asks = json.isTrue("answer") && *type != 7 && *type != 18;
     const auto messageId = json.text("messageId");
     if (asks && !messageId) {
         return refuse("no-message-id", index);
+    }
+    const bool hasOwnName = host.clientAtUnixSocket && json.has("client");
+    if (hasOwnName && !isName(json.text("client"))) {
+        return refuse("bad-request", index);
     }
     const Answer given = deliver(static_cast<int>(*type), text, hasOwnName ? *json.text("client") : clientName);
     if (asks) {
@@ -171,10 +171,12 @@ void WireModel::answer(long type, const std::string& messageId, const Answer& gi
     if (type == 24 && given.key) {
         payload += R"(,"settingDBId":)" + stringText(*given.key);
         const auto values = handler.getSettings({*given.key});
-        for (const auto& entry : handler.take()) {
-            reaction.journal.push_back(entry);
-        }
         const auto value = values.find(*given.key);
+        const Entries reading = handler.take();
+        // What was just stored need not be read again.
+        if (given.outcome != "changed" || value == values.end() || !given.stored) {
+            reaction.journal.insert(reaction.journal.end(), reading.begin(), reading.end());
+        }
         payload += value == values.end() ? "" : R"(,"value":)" + stringText(value->second);
     }
     if (given.outcome == "changed" && !given.applied) {
