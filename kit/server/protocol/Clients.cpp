@@ -15,14 +15,14 @@ std::string Clients::nameOf(const std::shared_ptr<Client>& client) const {
     return found == names.end() ? "" : found->second;
 }
 
-void Clients::sendToAll(const Frame& frame) {
+void Clients::sendToAll(const SharedFrame& frame) {
     for (const auto& entry : names) {
         entry.first->send(frame);
     }
     traffic->frameSent(nullptr, *frame);
 }
 
-void Clients::sendTo(const std::shared_ptr<Client>& client, const Frame& frame) {
+void Clients::sendTo(const std::shared_ptr<Client>& client, const SharedFrame& frame) {
     client->send(frame);
     traffic->frameSent(client.get(), *frame);
 }

@@ -9,6 +9,7 @@
 #include "SettingsHandlerKit/Client.h"
 #include "SettingsHandlerKit/TrafficObserver.h"
 #include "Wire/FrameInspector.h"
+#include "server/protocol/History.h"
 #include "server/sockets/Backlog.h"
 
 namespace SettingsHandlerKit {
@@ -17,8 +18,6 @@ namespace SettingsHandlerKit {
 /// only.
 class Clients {
 public:
-    using Frame = std::shared_ptr<const std::string>;
-
     Clients(std::shared_ptr<TrafficObserver> trafficObserver, std::shared_ptr<const Backlog> backlogOfClients);
 
     void add(const std::shared_ptr<Client>& client) { names[client]; }
@@ -30,8 +29,8 @@ public:
     /// Returns: empty when the client has none.
     std::string nameOf(const std::shared_ptr<Client>& client) const;
 
-    void sendToAll(const Frame& frame);
-    void sendTo(const std::shared_ptr<Client>& client, const Frame& frame);
+    void sendToAll(const SharedFrame& frame);
+    void sendTo(const std::shared_ptr<Client>& client, const SharedFrame& frame);
     void refuse(const std::shared_ptr<Client>& client, const Wire::Refusal& reason);
     /// Is there room for a large frame? If not, the refusal is `tooMuchQueued()`.
     bool hasRoomFor(std::size_t bytes) const { return backlog->hasRoomFor(bytes); }

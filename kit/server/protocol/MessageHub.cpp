@@ -20,8 +20,6 @@ namespace {
 
 using Utils::RapidjsonUtil::tryGetStringMember;
 
-using SharedFrame = Clients::Frame;
-
 SharedFrame shared(std::string frame) {
     return std::make_shared<const std::string>(std::move(frame));
 }
