@@ -10,7 +10,6 @@
 
 #include "SettingsHandlerKit/CheckedSettingsHandler.h"
 #include "SettingsHandlerKit/Logging.h"
-#include "Wire/ClientName.h"
 #include "Wire/FrameInspector.h"
 #include "Wire/QueryFrames.h"
 #include "Wire/RefusalCode.h"
@@ -24,6 +23,7 @@ namespace RefusalCode = Wire::RefusalCode;
 /// A query is refused, and nothing is done.
 class QueryRefused : public std::exception {
 public:
+    explicit QueryRefused(Wire::Refusal refusal) : reason(std::move(refusal)) {}
     QueryRefused(const char* code, std::string message) : reason{code, std::move(message)} {}
 
     const Wire::Refusal& refusal() const { return reason; }
@@ -124,7 +124,7 @@ std::optional<ResumePoint> resumePointIn(const Members& hello) {
 std::optional<std::string> clientNameIn(const Members& hello) {
     auto name = hello.text("client");
     if (name && !Wire::isClientName(*name)) {
-        throw badRequest("client", "1 to 64 characters, none a control character");
+        throw badRequest("client", "1 to 64 characters, none of them a control character");
     }
     return name;
 }
@@ -182,14 +182,13 @@ void Queries::reply(const Query& query, std::string frame) {
     clients.sendTo(query.client, std::make_shared<const std::string>(std::move(frame)));
 }
 
-/// Small replies always go.
 void Queries::checkRoomFor(const std::vector<SharedFrame>& frames, std::size_t overheadOfEach) const {
     std::size_t bytes = 0;
     for (const auto& frame : frames) {
         bytes += frame->size() + overheadOfEach;
     }
-    if (bytes > Wire::maximumFrameSize && !clients.hasRoomFor(bytes)) {
-        throw QueryRefused(RefusalCode::busy, "too much data is queued for clients that do not read; try again later");
+    if (!clients.hasRoomFor(bytes)) {
+        throw QueryRefused(Clients::tooMuchQueued());
     }
 }
 

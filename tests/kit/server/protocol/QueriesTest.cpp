@@ -253,11 +253,11 @@ TEST_F(QueriesTest, MalformedQueriesAreRefusedAndNothingIsDone) {
         {R"({"messageId":"m","status":1})", R"("status" must be an object)"},
         {R"({"messageId":"m","hello":{"client":1}})", R"("client" must be a string)"},
         {R"({"messageId":"m","hello":{"client":""}})",
-         R"("client" must be 1 to 64 characters, none a control character)"},
+         R"("client" must be 1 to 64 characters, none of them a control character)"},
         {R"({"messageId":"m","hello":{"client":"a\n"}})",
-         R"("client" must be 1 to 64 characters, none a control character)"},
+         R"("client" must be 1 to 64 characters, none of them a control character)"},
         {R"({"messageId":"m","hello":{"client":")" + longName + "\"}}",
-         R"("client" must be 1 to 64 characters, none a control character)"},
+         R"("client" must be 1 to 64 characters, none of them a control character)"},
         {R"({"messageId":"m","hello":{"resume":"r"}})", R"("resume" must be an object)"},
         {R"({"messageId":"m","hello":{"resume":{}}})", R"("run" must be a string)"},
         {R"({"messageId":"m","hello":{"resume":{"sequence":1}}})", R"("run" must be a string)"},
@@ -362,7 +362,7 @@ TEST_F(QueriesTest, ManyEventsAreNotSentWhenTheBacklogIsFull) {
     const std::string value(50000, 'x');
     const std::string first = event("deviceName", value);
     const std::string second = event("deviceName", value);
-    const Frames busy{refusal("busy", "too much data is queued for clients that do not read; try again later")};
+    const Frames busy{refusal("busy", Clients::tooMuchQueued().message)};
     ClientBacklog unread(backlog, [] { ADD_FAILURE() << "dropped"; });
     EXPECT_EQ(resume(0), (Frames{first, second, complete(2)}));
     EXPECT_EQ(history(), historyReply(first + "," + second));
