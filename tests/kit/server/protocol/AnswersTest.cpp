@@ -4,23 +4,7 @@
 
 namespace SettingsHandlerKit {
 
-namespace {
-
-/// The answer to a SetSettings request with the message id "m".
-std::string answer(const std::string& payload) {
-    return R"(asker {"type":24,"messageId":"m","payload":{)" + payload + "}}";
-}
-
-std::string refusal(const std::string& code, const std::string& message) {
-    return R"(asker {"error":{"code":")" + code + R"(","message":")" + message + R"("}})";
-}
-
-}  // namespace
-
-class AnswersTest : public HubFixture {
-protected:
-    static constexpr const char* noMessageId = R"(\"answer\" needs a \"messageId\" that is a string)";
-};
+using AnswersTest = HubFixture;
 
 TEST_F(AnswersTest, AChangeIsAnsweredAfterItsEvent) {
     const std::string frame = set("deviceName", "Den");
@@ -255,10 +239,7 @@ TEST_F(AnswersTest, ALargeAnswerIsNotMadeWhenTheBacklogIsFull) {
     EXPECT_EQ(handled(set("legacy", "v", R"("messageId":"m","answer":true,)", 1)).back(),
               answer(R"("outcome":"changed","settingDBId":"legacy","value":"v")"));
     storage.values["legacy"] = std::string(250000, 'v');
-    EXPECT_EQ(handled(set("legacy", "w", R"("messageId":"m","answer":true,)", 0)),
-              Lines{refusal("busy",
-                            "too much data is queued for clients that do not read; try again later or request "
-                            "fewer settings")});
+    EXPECT_EQ(handled(set("legacy", "w", R"("messageId":"m","answer":true,)", 0)), Lines{refusal("busy", noRoom)});
     storage.values["legacy"] = std::string(100000, 'v');
     EXPECT_GT(handled(set("legacy", "w", R"("messageId":"m","answer":true,)", 0)).at(0).size(), 100000U);
 }

@@ -2,7 +2,9 @@
 
 #include <chrono>
 #include <functional>
+#include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
@@ -127,6 +129,24 @@ protected:
                R"(","timestamp":1700000000000,"sequence":)" + std::to_string(sequence) + "," + cause +
                R"(,"payload":{"settingDBId":")" + key + R"(","from":")" + from + R"(","to":")" + to + R"("}})";
     }
+
+    /// The answer to a SetSettings request of the asker.
+    static std::string answer(const std::string& payload, const std::string& messageId = "m") {
+        return R"(asker {"type":24,"messageId":")" + messageId + R"(","payload":{)" + payload + "}}";
+    }
+
+    /// A refusal to the asker; `index` is that of a request in a batch.
+    static std::string refusal(const std::string& code, const std::string& message,
+                               std::optional<int> index = std::nullopt) {
+        return R"(asker {"error":{"code":")" + code + R"(","message":")" + message + "\"" +
+               (index ? ",\"index\":" + std::to_string(*index) : "") + "}}";
+    }
+
+    static constexpr const char* noMessageId = R"(\"answer\" needs a \"messageId\" that is a string)";
+    static constexpr const char* badClient =
+        R"(\"client\" must be 1 to 64 characters, none of them a control character)";
+    static constexpr const char* noRoom =
+        "too much data is queued for clients that do not read; try again later or request fewer settings";
 
     /// An observer in the process that records what it is told.
     SettingObserver recorder() {
