@@ -172,12 +172,30 @@ int Database::pragma(const std::string& name) {
 }
 
 void Database::execute(const std::string& sql) {
+    requireTransaction();
     if (sqlite3_exec(connection.get(), sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
         fail(connection.get(), "database");
     }
 }
 
+void Database::begin() {
+    inTransaction = true;
+    sqlite3_exec(handle(), "BEGIN", nullptr, nullptr, nullptr);
+}
+
+void Database::commit() {
+    execute("COMMIT");
+    inTransaction = false;
+}
+
+void Database::requireTransaction() const {
+    if (inTransaction && sqlite3_get_autocommit(handle()) != 0) {
+        throw DatabaseError("the transaction was rolled back after an earlier failure");
+    }
+}
+
 void Database::rollBack() {
+    inTransaction = false;
     if (sqlite3_get_autocommit(handle()) == 0) {
         execute("ROLLBACK");
     }
@@ -235,6 +253,7 @@ void Statement::reset() {
 
 int Statement::run() {
     try {
+        database.requireTransaction();
         while (step()) {
         }
     } catch (...) {
