@@ -151,11 +151,10 @@ TEST_F(TransactionTest, ThatCannotBeBegunRefusesEveryChange) {
     EXPECT_THROW(storage->state("another"), DatabaseError);
     EXPECT_FALSE(storage->commitTransaction());
     const std::string why = ": the transaction was rolled back after an earlier failure";
-    EXPECT_EQ(log.take(),
-              (Lines{"3 settings-host:cannot store 'a'" + why, "3 settings-host:cannot remove 'a'" + why,
-                     "3 settings-host:cannot set 'a' aside" + why,
-                     "3 settings-host:cannot save the state of 'a', the old state is kept" + why,
-                     "3 settings-host:cannot commit a transaction" + why}));
+    EXPECT_EQ(log.take(), (Lines{"3 settings-host:cannot store 'a'" + why, "3 settings-host:cannot remove 'a'" + why,
+                                 "3 settings-host:cannot set 'a' aside" + why,
+                                 "3 settings-host:cannot save the state of 'a', the old state is kept" + why,
+                                 "3 settings-host:cannot commit a transaction" + why}));
     EXPECT_TRUE(storage->setValue("a", "1"));
 }
 
