@@ -76,11 +76,17 @@ void Server::watch(Storage& storage) {
     parts->health = HealthReport(parts->options.version, storage.recovery());
     storage.observe(parts->metrics);
     storage.observeValues(parts->hub);
+    parts->transactions->watch(storage);
     parts->backups.emplace(parts->loop, storage, parts->options.backups);
 }
 
 void Server::watch(const std::shared_ptr<CheckedSettingsHandler>& handler) {
     parts->hub->watch(handler);
+    parts->transactions->watch(handler);
+}
+
+void Server::onRollBack(std::function<void()> action) {
+    parts->transactions->onRollBack(std::move(action));
 }
 
 std::string Server::start() {

@@ -78,6 +78,8 @@ Server::Parts::Parts(ServerOptions chosenOptions)
       traffic(std::make_shared<TrafficObservers>()),
       backlog(std::make_shared<Backlog>()),
       hub(std::make_shared<MessageHub>(traffic, options.context, backlog, options.environment)),
+      transactions(std::make_shared<StoredTransactions>(
+          *hub, [this](std::function<void()> action) { loop.later(std::move(action)); })),
       metrics(std::make_shared<ServerMetrics>(options.version)),
       health(options.version, {}) {
     traffic->add(metrics);

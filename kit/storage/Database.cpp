@@ -135,14 +135,26 @@ void Database::check() {
     if (version > schemaVersion) {
         throw NewerDatabase(path + " was written by a newer version; left unchanged");
     }
+    const std::string found = verdict();
+    if (isReadError(found)) {
+        throw DatabaseError(path + " cannot be read (" + found + ")");
+    }
+    if (found != "ok") {
+        throw DamagedDatabase(path + " is damaged (" + found + ")");
+    }
+}
+
+std::string Database::verdict() {
     Statement quickCheck(*this, "PRAGMA quick_check(1)");
     quickCheck.step();
-    const std::string verdict = quickCheck.column(0);
-    if (isReadError(verdict)) {
-        throw DatabaseError(path + " cannot be read (" + verdict + ")");
-    }
-    if (verdict != "ok") {
-        throw DamagedDatabase(path + " is damaged (" + verdict + ")");
+    return quickCheck.column(0);
+}
+
+bool Database::isReadable() {
+    try {
+        return !isReadError(verdict());
+    } catch (const DatabaseError&) {
+        return false;
     }
 }
 

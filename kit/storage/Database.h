@@ -33,6 +33,8 @@ public:
     /// False on a read-only file system: values can be read, every change fails.
     bool isWritable() const { return writable; }
 
+    /// Can every page be read? Damaged ones count as read.
+    bool isReadable();
     /// Runs one or more statements without results. Errors: `DatabaseError`, also those of `requireTransaction`.
     void execute(const std::string& sql);
 
@@ -56,6 +58,8 @@ public:
 private:
     void connect();
     void check();
+    /// Of SQLite's check. Reads every page.
+    std::string verdict();
     void configure();
     int pragma(const std::string& name);
 

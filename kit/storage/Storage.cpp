@@ -250,6 +250,10 @@ StorageHealth Storage::health() {
     return now;
 }
 
+bool Storage::isReadable() {
+    return parts->database.isReadable();
+}
+
 const Recovery& Storage::recovery() const {
     return parts->recovery;
 }

@@ -85,6 +85,12 @@ public:
     void watch(const std::shared_ptr<CheckedSettingsHandler>& handler);
     /// @}
 
+    /// Calls `action` when the changes of a batch could not be stored and all were rolled back, before the handler
+    /// reads all values again (`CheckedSettingsHandler::startOver`): read again what you keep in memory of a
+    /// `StateStore` of the watched storage. What a voice SDK or a device keeps elsewhere is not rolled back; clients
+    /// are told to read it again. An exception of `action` is logged at level 3.
+    void onRollBack(std::function<void()> action);
+
     /// Serves from now on: opens the listeners. Requests are handled by `run`, `startThread` or `process`.
     /// - Returns: what a person needs: "http://127.0.0.1:8097/?key=… socket: PATH", without a web port "socket: PATH".
     /// - Errors: `ListenerError`.

@@ -88,6 +88,8 @@ public:
 
     /// The health, with the number of keys as it is now.
     StorageHealth health();
+    /// Can the whole database be read? Reads it, which takes some milliseconds.
+    bool isReadable();
     /// What was done about the database at the start.
     const Recovery& recovery() const;
     /// The absolute path of the database.
