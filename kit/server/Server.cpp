@@ -18,6 +18,8 @@ Server::~Server() {
         stop();
         join();
     }
+    // A handler may keep the hub.
+    parts->hub->use(nullptr);
 }
 
 void Server::addEndpoint(const Endpoint& endpoint, ClientListener& listener) {
@@ -77,6 +79,7 @@ void Server::watch(Storage& storage) {
     storage.observe(parts->metrics);
     storage.observeValues(parts->hub);
     parts->transactions->watch(storage);
+    parts->hub->use(parts->transactions);
     parts->backups.emplace(parts->loop, storage, parts->options.backups);
 }
 
