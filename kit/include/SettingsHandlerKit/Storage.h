@@ -71,7 +71,8 @@ public:
     /// is committed. After some failures of the disk all is rolled back at once; then every further change is refused.
     ///
     /// Until the end `clearStorage` and `backupNow` fail, and a backup in progress pauses. Observers of operations are
-    /// notified of the changes at the end, with its result.
+    /// notified of the changes at the end, with its result. `Server` makes one of each batch, so others end before a
+    /// request is handled.
     /// - Errors: `std::logic_error` when a transaction is in progress.
     void beginTransaction();
     /// Ends the transaction with its changes.
