@@ -3,15 +3,24 @@
 #include <utility>
 
 #include "Wire/FrameInspector.h"
+#include "server/Hexadecimal.h"
 
 namespace SettingsHandlerKit {
 
+namespace {
+
+/// Of the name of a run.
+constexpr std::size_t runBytes = 16;
+
+}  // namespace
+
 MessageHub::MessageHub(std::shared_ptr<TrafficObserver> trafficObserver, std::shared_ptr<RequestContext> requestContext,
-                       std::shared_ptr<const Backlog> backlogOfClients, Environment environment)
+                       std::shared_ptr<const Backlog> backlogOfClients, const Environment& environment)
     : traffic(std::move(trafficObserver)),
       clients(traffic, std::move(backlogOfClients)),
-      announcements(clients, history, std::move(environment)),
-      requests(clients, announcements, traffic, std::move(requestContext)) {}
+      announcements(clients, history, environment),
+      requests(clients, announcements, traffic, std::move(requestContext)),
+      queries(clients, history, hexadecimal(environment.random(runBytes))) {}
 
 void MessageHub::connected(const std::shared_ptr<Client>& client) {
     clients.add(client);

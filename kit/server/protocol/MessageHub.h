@@ -33,13 +33,21 @@ public:
     explicit MessageHub(std::shared_ptr<TrafficObserver> traffic,
                         std::shared_ptr<RequestContext> context = std::make_shared<RequestContext>(),
                         std::shared_ptr<const Backlog> backlog = std::make_shared<Backlog>(),
-                        Environment environment = {});
+                        const Environment& environment = {});
 
     /// From now on requests are answered with the outcomes of `handler`; one that it rejects is reported as such, and
     /// one that it refuses for want of memory gets the refusal `busy`.
-    void watch(std::weak_ptr<CheckedSettingsHandler> handler) { requests.watch(std::move(handler)); }
+    void watch(std::weak_ptr<CheckedSettingsHandler> handler) {
+        queries.watch(handler);
+        requests.watch(std::move(handler));
+    }
     /// From now on the changes of a batch are stored together.
     void use(std::shared_ptr<Transactions> transactions) { batches.use(std::move(transactions)); }
+
+    /// From now on page, backup and status are answered; `administration` outlives the clients.
+    void administer(Administration& administration) { queries.administer(administration); }
+    /// Empties the history, as a log-out does.
+    void forgetHistory() { history.clear(); }
 
     void connected(const std::shared_ptr<Client>& client) override;
     void disconnected(const std::shared_ptr<Client>& client, DisconnectReason reason) override;
@@ -73,7 +81,7 @@ private:
     Announcements announcements;
     Requests requests;
     Batches batches{clients, announcements, requests};
-    Queries queries{clients, history};
+    Queries queries;
 };
 
 }  // namespace SettingsHandlerKit
