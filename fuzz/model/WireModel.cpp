@@ -136,7 +136,8 @@ Answer WireModel::deliver(int type, const std::string& text, const std::string& 
     const std::string handled = "handled " + std::to_string(type) + " ";
     const Envelope json(text);
     if (type == 24 && isRejected(json)) {
-        reaction.journal.push_back("log 3 " + host.name + ":rejected orliaLocale: must be a JSON array of at most 32 levels");
+        reaction.journal.push_back("log 3 " + host.name +
+                                   ":rejected orliaLocale: must be a JSON array of at most 32 levels");
         reaction.reports.push_back(handled + "REJECTED");
         return handler.answerToRejected(text);
     }
@@ -278,16 +279,16 @@ void WireModel::hello(const std::string& messageId, const Envelope& members) {
         (resumes && (!resume.isObject() || !resume.text("run") || !since))) {
         return refuse("bad-request");
     }
-    const bool missed =
-        resumes && (resume.text("run") != run || *since > static_cast<unsigned long>(known.sequence) ||
-                    *since < static_cast<unsigned long>(known.since));
+    const bool missed = resumes && (resume.text("run") != run || *since > static_cast<unsigned long>(known.sequence) ||
+                                    *since < static_cast<unsigned long>(known.since));
     std::string more = missed ? R"(,"missed":true)" : "";
     if (resumes && !missed) {
         more = resend(static_cast<long>(*since));
     }
     clientName = members.text("client").value_or(clientName);
     reply(messageId, "hello",
-          R"({"version":"1.1.0","run":")" + std::string(run) + R"(","sequence":)" + std::to_string(known.sequence) + more + "}");
+          R"({"version":"1.1.0","run":")" + std::string(run) + R"(","sequence":)" + std::to_string(known.sequence) +
+              more + "}");
 }
 
 /// Returns: what the reply says of it.
@@ -335,7 +336,8 @@ void WireModel::administer(const std::string& name, const std::string& messageId
         for (const auto& [key, timestamp] : handler.timestamps()) {
             newest += (newest.empty() ? "" : ",") + stringText(key) + ":" + std::to_string(timestamp);
         }
-        reply(messageId, name, R"({"health":{},"versions":{"host":"1","wire":"1.1.0"},"newest":{)" + newest + R"(},"now":1})");
+        reply(messageId, name,
+              R"({"health":{},"versions":{"host":"1","wire":"1.1.0"},"newest":{)" + newest + R"(},"now":1})");
     } else if (name == "backup") {
         if (handler.around.refusesWrites) {
             reaction.journal.push_back("log 3 " + host.name + ":database backup failed: full");

@@ -15,8 +15,8 @@ class Envelope;
 /// An independent, simple implementation of the wire, for one client that sends; the other clients get the events.
 /// It tells what each frame leads to, and shares no code with the product.
 ///
-/// Frames are entries: "event 3 phone {…}", "notice ["a"]", "reply 7 m1 {…}", "answer 24 m1 {…}" without the message for people,
-/// "refusal bad-request 2", "query {…}" with the whole text.
+/// Frames are entries: "event 3 phone {…}", "notice ["a"]", "reply 7 m1 {…}", "answer 24 m1 {…}" without the message
+/// for people, "refusal bad-request 2", "query {…}" with the whole text.
 class WireModel {
 public:
     using Entries = std::vector<std::string>;
