@@ -5,7 +5,10 @@
 namespace Wire {
 
 std::string answerFrame(const Answer& answer) {
-    ObjectWriter<> frame;
+    constexpr std::size_t namesAndNumbers = 192;
+    const std::size_t texts = answer.messageId.size() + answer.message.size() + answer.settingDBId.value_or("").size() +
+                              answer.value.value_or("").size();
+    ObjectWriter frame(StringOutput(namesAndNumbers + texts));
     frame.number("type", answer.type);
     frame.text("messageId", answer.messageId);
     frame.beginObject("payload");
@@ -14,10 +17,10 @@ std::string answerFrame(const Answer& answer) {
         frame.text("reason", answer.reason);
         frame.text("message", answer.message);
     }
-    if (answer.settingDBId != nullptr) {
+    if (answer.settingDBId) {
         frame.text("settingDBId", *answer.settingDBId);
     }
-    if (answer.value != nullptr) {
+    if (answer.value) {
         frame.text("value", *answer.value);
     }
     if (!answer.applied) {

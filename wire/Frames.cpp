@@ -8,27 +8,13 @@ namespace Wire {
 
 namespace {
 
-/// Writes into a string of its size.
-class StringOutput {
-public:
-    using Ch = char;
-
-    explicit StringOutput(std::size_t size) { text.reserve(size); }
-
-    void Put(char byte) { text.push_back(byte); }
-    void Flush() {}
-    std::string finish() { return std::move(text); }
-
-private:
-    std::string text;
-};
-
 /// Counts what is written.
 class SizeOutput {
 public:
     using Ch = char;
 
     void Put(char /*byte*/) { ++size; }
+    void Append(std::string_view more) { size += more.size(); }
     void Flush() {}
     std::size_t finish() const { return size; }
 
