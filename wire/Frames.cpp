@@ -8,6 +8,22 @@ namespace Wire {
 
 namespace {
 
+/// Writes into a string of its size.
+class StringOutput {
+public:
+    using Ch = char;
+
+    explicit StringOutput(std::size_t size) { text.reserve(size); }
+
+    void Put(char byte) { text.push_back(byte); }
+    void Append(std::string_view more) { text.append(more); }
+    void Flush() {}
+    std::string finish() { return std::move(text); }
+
+private:
+    std::string text;
+};
+
 /// Counts what is written.
 class SizeOutput {
 public:

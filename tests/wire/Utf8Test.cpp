@@ -54,13 +54,13 @@ TEST(Frames, AreCompactAndValidForAnyBytes) {
 }
 
 TEST(Frames, AnAnswerHasTheMembersThatApplyInTheirOrder) {
-    EXPECT_EQ(answerFrame({22, "l", AnswerOutcome::done}),
+    EXPECT_EQ(answerFrame({22, "l", AnswerOutcome::done, "", "", {}, {}, true, {}}),
               R"({"type":22,"messageId":"l","payload":{"outcome":"done"}})");
     EXPECT_EQ(
         answerFrame({24, "\"\xff", AnswerOutcome::refused, AnswerReason::stale, "a\nb", "k\\", "\x01", false, -7}),
         "{\"type\":24,\"messageId\":\"\\\"\xEF\xBF\xBD\",\"payload\":{\"outcome\":\"refused\",\"reason\":\"stale\","
         "\"message\":\"a\\nb\",\"settingDBId\":\"k\\\\\",\"value\":\"\\u0001\",\"applied\":false,\"newest\":-7}}");
-    EXPECT_EQ(answerFrame({24, "", AnswerOutcome::changed, "", "", "", ""}),
+    EXPECT_EQ(answerFrame({24, "", AnswerOutcome::changed, "", "", "", "", true, {}}),
               R"({"type":24,"messageId":"","payload":{"outcome":"changed","settingDBId":"","value":""}})");
 }
 

@@ -58,22 +58,6 @@ public:
     const bool isPlain;
 };
 
-/// Writes into a string of about this size.
-class StringOutput {
-public:
-    using Ch = char;
-
-    explicit StringOutput(std::size_t size) { text.reserve(size); }
-
-    void Put(char byte) { text.push_back(byte); }
-    void Append(std::string_view more) { text.append(more); }
-    void Flush() {}
-    std::string finish() { return std::move(text); }
-
-private:
-    std::string text;
-};
-
 /// Writes one JSON object member by member, as compact text without a line end, in valid UTF-8 whatever it is given.
 template <typename Output = rapidjson::StringBuffer>
 class ObjectWriter {
