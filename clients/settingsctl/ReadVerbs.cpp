@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "Keys.h"
 #include "Verbs.h"
 #include "Wire/Catalogue.h"
 #include "Wire/Requests.h"
@@ -8,6 +9,7 @@
 namespace SettingsCtl {
 
 ExitStatus get(const Context& context, const std::vector<std::string>& keys) {
+    refuseUnknownKeys(context, keys);
     auto session = context.openSession();
     const auto values = session.getSettings(keys);
     printValues(context.style, values);

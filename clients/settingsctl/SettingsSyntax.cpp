@@ -9,7 +9,7 @@ void addSettingsVerbs(CLI::App& app, Invocation& invocation) {
     CLI::App* const getVerb = addVerb(
         app, invocation, "get", "Print settings as key=value lines; all settings if no KEY is given",
         {"get", "get deviceName timezone", "get --value deviceName"}, [&] { return get(context, invocation.keys); });
-    addTexts(*getVerb, "KEY", invocation.keys, "Setting keys");
+    addKeys(*getVerb, invocation);
     CLI::App* const setVerb = addVerb(app, invocation, "set", "Set KEY to VALUE and print the result",
                                       {R"(set deviceName "Living room")", R"(set orliaLocale '["fr-FR","en-US"]')",
                                        "set deviceName -- --odd--", "set --json timezone Europe/Paris"},

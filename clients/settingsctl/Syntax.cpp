@@ -27,8 +27,22 @@ CLI::Option* addText(CLI::App& verb, const std::string& name, std::string& text,
     return verb.add_option(name, text, description)->type_name("")->required();
 }
 
+void addAnyKey(CLI::App& verb, Invocation& invocation) {
+    verb.add_flag("--any-key", invocation.context.anyKey, "Accept keys that the catalogue of settings does not have");
+}
+
+CLI::Option* addKey(CLI::App& verb, Invocation& invocation) {
+    addAnyKey(verb, invocation);
+    return addText(verb, "KEY", invocation.key, "Setting key");
+}
+
+CLI::Option* addKeys(CLI::App& verb, Invocation& invocation) {
+    addAnyKey(verb, invocation);
+    return addTexts(verb, "KEY", invocation.keys, "Setting keys");
+}
+
 void addKeyAndValue(CLI::App& verb, Invocation& invocation) {
-    addText(verb, "KEY", invocation.key, "Setting key");
+    addKey(verb, invocation);
     addText(verb, "VALUE", invocation.value, "New value");
 }
 

@@ -34,6 +34,11 @@ CLI::App* addVerb(CLI::App& app, Invocation& invocation, const std::string& name
 CLI::Option* addTexts(CLI::App& verb, const std::string& name, std::vector<std::string>& texts,
                       const std::string& description);
 CLI::Option* addText(CLI::App& verb, const std::string& name, std::string& text, const std::string& description);
+/// The option `--any-key`, for a verb that takes a key.
+void addAnyKey(CLI::App& verb, Invocation& invocation);
+/// The argument KEY, or any number of them, with `--any-key`.
+CLI::Option* addKey(CLI::App& verb, Invocation& invocation);
+CLI::Option* addKeys(CLI::App& verb, Invocation& invocation);
 void addKeyAndValue(CLI::App& verb, Invocation& invocation);
 
 void addSettingsVerbs(CLI::App& app, Invocation& invocation);
