@@ -1,4 +1,4 @@
-#include "connection/Errors.h"
+#include "SettingsClient/Errors.h"
 
 #include "Wire/RefusalCode.h"
 

@@ -1,4 +1,4 @@
-#include "connection/SocketCandidates.h"
+#include "SettingsClient/SocketCandidates.h"
 
 #include <filesystem>
 #include <utility>

@@ -9,11 +9,11 @@
 
 #include "Completion.h"
 #include "DeviceSwitch.h"
+#include "SettingsClient/Errors.h"
 #include "Timeout.h"
 #include "Verbs.h"
 #include "Version.h"
 #include "Wire/Utf8.h"
-#include "connection/Errors.h"
 
 namespace SettingsCtl {
 
