@@ -5,8 +5,8 @@
 
 #include <unistd.h>
 
-#include "SettingsClient/Errors.h"
 #include "Wire/Requests.h"
+#include "connection/Refusals.h"
 
 namespace SettingsClient {
 

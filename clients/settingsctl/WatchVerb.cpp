@@ -5,9 +5,9 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
-#include "SettingsClient/Errors.h"
 #include "Verbs.h"
 #include "Wire/Requests.h"
+#include "connection/Refusals.h"
 
 namespace SettingsCtl {
 

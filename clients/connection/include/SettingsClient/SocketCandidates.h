@@ -8,25 +8,30 @@ namespace SettingsClient {
 
 /// A socket on which a host may listen.
 struct SocketCandidate {
+    /// Where it is.
     std::string path;
     /// The other socket of the same host; empty when it is unknown.
-    std::string companion;
+    std::string companion = {};
     /// Why no connection is attempted; empty when one is.
-    std::string distrust;
+    std::string distrust = {};
 };
 
-/// The sockets that the command line names.
+/// The sockets that somebody names; nothing: the default ones.
 struct SocketOptions {
-    std::optional<std::string> settings;
-    std::optional<std::string> device;
+    /// The settings socket.
+    std::optional<std::string> settings = std::nullopt;
+    /// The socket of the simulated device.
+    std::optional<std::string> device = std::nullopt;
 };
 
-/// The settings sockets and the device sockets to try, in this order. Without options these are the sockets of the
-/// user's own host, then of the system's host. As with the host's options of the same names, the device socket is in
-/// the folder of the given settings socket, unless it is given too. `runtimeFolder` is the value of XDG_RUNTIME_DIR,
-/// null when it is unset.
+/// The settings sockets to try, in this order: the one that `options` names, or those of the user's own host and of the
+/// system's. `runtimeFolder` is the value of XDG_RUNTIME_DIR, null when it is unset.
 std::vector<SocketCandidate> settingsSockets(const SocketOptions& options, const char* runtimeFolder);
+/// The device sockets to try. As with the host's options of the same names, the device socket is in the folder of the
+/// settings socket that `options` names, unless it is named, too.
 std::vector<SocketCandidate> deviceSockets(const SocketOptions& options, const char* runtimeFolder);
+/// The settings sockets to try when nobody names any, as the environment says.
+std::vector<SocketCandidate> defaultSettingsSockets();
 
 /// Why a folder in a place where every user can create one is not trusted; empty when it is this user's own, or
 /// missing.
