@@ -9,7 +9,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include "connection/Errors.h"
+#include "SettingsClient/Errors.h"
 
 namespace SettingsClient {
 

@@ -7,7 +7,7 @@
 
 #include <poll.h>
 
-#include "connection/SocketCandidates.h"
+#include "SettingsClient/SocketCandidates.h"
 
 namespace SettingsClient {
 

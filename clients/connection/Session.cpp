@@ -6,7 +6,7 @@
 #include <unistd.h>
 
 #include "Wire/Requests.h"
-#include "connection/Errors.h"
+#include "connection/Refusals.h"
 
 namespace SettingsClient {
 

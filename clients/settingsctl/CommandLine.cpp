@@ -7,11 +7,11 @@
 #include <CLI/CLI.hpp>
 
 #include "Completion.h"
+#include "SettingsClient/Errors.h"
 #include "Syntax.h"
 #include "Timeout.h"
 #include "Version.h"
 #include "Wire/Utf8.h"
-#include "connection/Errors.h"
 
 namespace SettingsCtl {
 

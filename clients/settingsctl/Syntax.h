@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "SettingsClient/SocketCandidates.h"
 #include "Verbs.h"
-#include "connection/SocketCandidates.h"
 
 namespace CLI {
 class App;

@@ -6,8 +6,8 @@
 
 #include "Failure.h"
 #include "Output.h"
+#include "SettingsClient/SocketCandidates.h"
 #include "connection/Session.h"
-#include "connection/SocketCandidates.h"
 
 namespace SettingsCtl {
 

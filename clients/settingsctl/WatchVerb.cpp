@@ -7,7 +7,7 @@
 
 #include "Verbs.h"
 #include "Wire/Requests.h"
-#include "connection/Errors.h"
+#include "connection/Refusals.h"
 
 namespace SettingsCtl {
 

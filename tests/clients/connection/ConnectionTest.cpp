@@ -10,9 +10,9 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include "SettingsClient/Errors.h"
 #include "clients/support/Peer.h"
 #include "connection/Connection.h"
-#include "connection/Errors.h"
 #include "support/TemporaryDirectory.h"
 
 using namespace SettingsClient;
