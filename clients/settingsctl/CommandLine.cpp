@@ -119,6 +119,7 @@ ExitStatus parseAndRun(int argumentCount, const char* const* arguments) {
         return endOfParsing(app, end);
     }
     checkArguments(app, invocation, words);
+    invocation.context.style.colours = wantsColours();
     invocation.context.settingsSockets = SettingsClient::settingsSockets(invocation.sockets, runtimeFolder());
     invocation.context.deviceSockets = SettingsClient::deviceSockets(invocation.sockets, runtimeFolder());
     invocation.context.timeout = timeoutFrom(invocation.timeout).value();
@@ -127,7 +128,7 @@ ExitStatus parseAndRun(int argumentCount, const char* const* arguments) {
 
 /// Reports why the program ends.
 ExitStatus fail(ExitStatus status, const std::string& message) {
-    std::fprintf(stderr, "settingsctl: %s\n", escaped(message).c_str());
+    printError(message);
     return status;
 }
 

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cstdio>
 
 #include "Keys.h"
 #include "Verbs.h"
@@ -16,7 +15,7 @@ ExitStatus get(const Context& context, const std::vector<std::string>& keys) {
     ExitStatus status = DONE;
     for (const auto& key : keys) {
         if (values.count(key) == 0) {
-            std::fprintf(stderr, "settingsctl: '%s' has no value\n", escaped(key).c_str());
+            printError("'" + key + "' has no value");
             status = REFUSED;
         }
     }
