@@ -1,11 +1,13 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "Failure.h"
 #include "Output.h"
+#include "SettingsClient/Client.h"
 #include "SettingsClient/SocketCandidates.h"
 #include "connection/Session.h"
 
@@ -20,6 +22,7 @@ struct Context {
     /// Accept keys that the catalogue does not have.
     bool anyKey = false;
 
+    SettingsClient::Options clientOptions() const { return {"settingsctl", settingsSockets, timeout}; }
     SettingsClient::Session openSession() const { return {"settingsctl", settingsSockets, timeout}; }
 };
 
@@ -36,8 +39,23 @@ ExitStatus logOut(const Context& context);
 /// Errors: `Failure` when standard output has no reader any more (REFUSED), `ConnectionError` when the host closes.
 ExitStatus watch(const Context& context);
 
+ExitStatus reset(const Context& context, const std::string& key);
+
+/// Of all settings without a key.
+ExitStatus history(const Context& context, const std::optional<std::string>& key);
+ExitStatus explain(const Context& context, const std::optional<std::string>& key);
+ExitStatus undo(const Context& context, const std::string& key);
+
+/// Prints what `load` takes.
+ExitStatus dump(const Context& context);
+/// Sets what the file says, "-" for standard input; only prints what would change if `dryRun`.
+ExitStatus load(const Context& context, const std::string& file, bool dryRun);
+
 /// Prints the address of the settings pages, including its key, which is replaced first if `newKey`.
 ExitStatus page(const Context& context, bool newKey);
+ExitStatus backUp(const Context& context);
+/// Returns: REFUSED when something is wrong, also without a host.
+ExitStatus doctor(const Context& context);
 
 /// Device commands.
 ExitStatus deviceShow(const Context& context);
