@@ -164,7 +164,7 @@ ExitStatus load(const Context& context, const std::string& file, bool dryRun) {
     }
     SettingsClient::Client client(context.clientOptions());
     const ExitStatus status = dryRun ? printPrediction(context, client, wanted.assignments)
-                                     : printResults(context, wanted.assignments, client.set(wanted.assignments));
+                                     : printResults(context, wanted.assignments, client.setAll(wanted.assignments));
     return wanted.hasFaults ? REFUSED : status;
 }
 
