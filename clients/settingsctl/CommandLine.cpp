@@ -2,35 +2,20 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <functional>
 #include <sstream>
 
 #include <CLI/CLI.hpp>
 
 #include "Completion.h"
-#include "DeviceSwitch.h"
 #include "SettingsClient/Errors.h"
+#include "Syntax.h"
 #include "Timeout.h"
-#include "Verbs.h"
 #include "Version.h"
 #include "Wire/Utf8.h"
 
 namespace SettingsCtl {
 
 namespace {
-
-/// What the command line asks for, filled while it is parsed.
-struct Invocation {
-    Context context;
-    SettingsClient::SocketOptions sockets;
-    std::string timeout = "5";
-    std::vector<std::string> keys;
-    std::string key;
-    std::string value;
-    std::string onOff;
-    bool newKey = false;
-    std::function<ExitStatus()> run;
-};
 
 constexpr const char* rootFooter = R"(Examples:
   settingsctl get
@@ -41,33 +26,6 @@ constexpr const char* rootFooter = R"(Examples:
 'settingsctl VERB --help' shows a verb's arguments and examples.
 Exit status: 0 done, 1 refused, no such value or the result cannot be written, 2 wrong usage, 3 the host cannot be
 reached.)";
-
-/// `examples` are command lines without the program's name.
-CLI::App* addVerb(CLI::App& app, Invocation& invocation, const std::string& name, const std::string& description,
-                  const std::vector<std::string>& examples, std::function<ExitStatus()> action) {
-    CLI::App* const verb = app.add_subcommand(name, description);
-    std::string footer = "Examples:\n";
-    for (const auto& example : examples) {
-        footer += "  settingsctl " + example + "\n";
-    }
-    verb->footer(footer + "\n'settingsctl --help' lists the options of all verbs, such as --json.");
-    verb->callback([&invocation, action = std::move(action)] { invocation.run = action; });
-    return verb;
-}
-
-CLI::Option* addTexts(CLI::App& verb, const std::string& name, std::vector<std::string>& texts,
-                      const std::string& description) {
-    return verb.add_option(name, texts, description)->type_name("");
-}
-
-CLI::Option* addText(CLI::App& verb, const std::string& name, std::string& text, const std::string& description) {
-    return verb.add_option(name, text, description)->type_name("")->required();
-}
-
-void addKeyAndValue(CLI::App& verb, Invocation& invocation) {
-    addText(verb, "KEY", invocation.key, "Setting key");
-    addText(verb, "VALUE", invocation.value, "New value");
-}
 
 std::string validTimeout(const std::string& seconds) {
     return timeoutFrom(seconds) ? "" : "'" + seconds + "' is not a number of seconds from 0.001 to 86400";
@@ -97,75 +55,6 @@ void addOptions(CLI::App& app, Invocation& invocation) {
         ->check(validTimeout)
         ->capture_default_str();
     app.set_version_flag("--version", versionText(), "Print version and commit, and exit");
-}
-
-void addSettingsVerbs(CLI::App& app, Invocation& invocation) {
-    const Context& context = invocation.context;
-    CLI::App* const getVerb = addVerb(
-        app, invocation, "get", "Print settings as key=value lines; all settings if no KEY is given",
-        {"get", "get deviceName timezone", "get --value deviceName"}, [&] { return get(context, invocation.keys); });
-    addTexts(*getVerb, "KEY", invocation.keys, "Setting keys");
-    CLI::App* const setVerb = addVerb(app, invocation, "set", "Set KEY to VALUE and print the result",
-                                      {R"(set deviceName "Living room")", R"(set orliaLocale '["fr-FR","en-US"]')",
-                                       "set deviceName -- --odd--", "set --json timezone Europe/Paris"},
-                                      [&] { return set(context, invocation.key, invocation.value); });
-    addKeyAndValue(*setVerb, invocation);
-    addVerb(app, invocation, "watch", "Print changes until interrupted", {"watch", "watch --json"},
-            [&] { return watch(context); });
-    addVerb(app, invocation, "list", "Print the keys of all settings, one per line", {"list", "list --json"},
-            [&] { return list(context); });
-    addVerb(app, invocation, "selected", "Print whether this assistant is the selected one", {"selected"},
-            [&] { return selected(context); });
-    CLI::App* const pageVerb =
-        addVerb(app, invocation, "page", "Print the address of the settings pages, including its key",
-                {"page", "page --new-key"}, [&] { return page(context, invocation.newKey); });
-    pageVerb->add_flag("--new-key", invocation.newKey, "Replace the key first; browsers with the old key lose access");
-    addVerb(app, invocation, "open-settings", "Open the assistant's settings application on the device",
-            {"open-settings"}, [&] { return openSettings(context); });
-    addVerb(app, invocation, "logout", "Log the user out: clear the stored settings, switch the always-on modes off",
-            {"logout"}, [&] { return logOut(context); });
-}
-
-void addDeviceText(CLI::App& device, Invocation& invocation, const std::string& name, const std::string& what,
-                   const std::string& example) {
-    CLI::App* const verb =
-        addVerb(device, invocation, name, "Set the device's " + what, {"device " + name + " " + example},
-                [&invocation, name] { return deviceText(invocation.context, name, invocation.value); });
-    addText(*verb, "VALUE", invocation.value, "For example " + example);
-}
-
-void addSwitch(CLI::App& device, Invocation& invocation, const DeviceSwitch& deviceSwitch) {
-    CLI::App* const verb =
-        addVerb(device, invocation, deviceSwitch.verb, "Switch the device's " + deviceSwitch.verb + " on or off",
-                {"device " + deviceSwitch.verb + " on"}, [&invocation, command = deviceSwitch.command] {
-                    return switchDevice(invocation.context, command, invocation.onOff == "on");
-                });
-    addText(*verb, "STATE", invocation.onOff, "on or off")->check(CLI::IsMember({"on", "off"}));
-}
-
-void addDeviceVerbs(CLI::App& app, Invocation& invocation) {
-    const Context& context = invocation.context;
-    CLI::App* const device = app.add_subcommand("device", "Control the simulated device");
-    device->require_subcommand(0, 1);
-    device->footer("Examples:\n  settingsctl device show\n  settingsctl device locale --help");
-    addVerb(*device, invocation, "show", "Print the state of the simulated device and voice SDK",
-            {"device show", "device show --json"}, [&] { return deviceShow(context); });
-    addDeviceText(*device, invocation, "locale", "locale", "fr-FR");
-    CLI::App* const locales =
-        addVerb(*device, invocation, "locales", "Set the device's locales, the primary one first",
-                {"device locales fr-FR en-US"}, [&] { return deviceLocales(context, invocation.keys); });
-    addTexts(*locales, "LOCALE", invocation.keys, "Locales, for example fr-FR")->required();
-    addDeviceText(*device, invocation, "timezone", "time zone", "Europe/Paris");
-    addSwitch(*device, invocation, {"handsfree", "handsfree"});
-    for (const auto& setting : Wire::catalogue()) {
-        if (const auto deviceSwitch = deviceSwitchOf(setting)) {
-            addSwitch(*device, invocation, *deviceSwitch);
-        }
-    }
-    CLI::App* const setting = addVerb(*device, invocation, "setting", "Make the device report VALUE as its setting KEY",
-                                      {"device setting deviceName Den"},
-                                      [&] { return deviceSetting(context, invocation.key, invocation.value); });
-    addKeyAndValue(*setting, invocation);
 }
 
 bool isInBrackets(const std::string& text) {
@@ -230,6 +119,7 @@ ExitStatus parseAndRun(int argumentCount, const char* const* arguments) {
         return endOfParsing(app, end);
     }
     checkArguments(app, invocation, words);
+    invocation.context.style.colours = wantsColours();
     invocation.context.settingsSockets = SettingsClient::settingsSockets(invocation.sockets, runtimeFolder());
     invocation.context.deviceSockets = SettingsClient::deviceSockets(invocation.sockets, runtimeFolder());
     invocation.context.timeout = timeoutFrom(invocation.timeout).value();
@@ -238,7 +128,7 @@ ExitStatus parseAndRun(int argumentCount, const char* const* arguments) {
 
 /// Reports why the program ends.
 ExitStatus fail(ExitStatus status, const std::string& message) {
-    std::fprintf(stderr, "settingsctl: %s\n", escaped(message).c_str());
+    printError(message);
     return status;
 }
 

@@ -1,5 +1,6 @@
 #include <functional>
 
+#include "Keys.h"
 #include "Verbs.h"
 #include "Wire/ObjectWriter.h"
 #include "connection/DeviceCommand.h"
@@ -67,6 +68,7 @@ ExitStatus switchDevice(const Context& context, const std::string& command, bool
 }
 
 ExitStatus deviceSetting(const Context& context, const std::string& key, const std::string& value) {
+    refuseUnknownKeys(context, {key});
     const Wire::HostFrame reply = execute(context, "setting", [&](auto& writer) {
         writer.text("key", key);
         writer.text("value", value);

@@ -1,6 +1,6 @@
 #include <algorithm>
-#include <cstdio>
 
+#include "Keys.h"
 #include "Verbs.h"
 #include "Wire/Catalogue.h"
 #include "Wire/Requests.h"
@@ -8,13 +8,14 @@
 namespace SettingsCtl {
 
 ExitStatus get(const Context& context, const std::vector<std::string>& keys) {
+    refuseUnknownKeys(context, keys);
     auto session = context.openSession();
     const auto values = session.getSettings(keys);
     printValues(context.style, values);
     ExitStatus status = DONE;
     for (const auto& key : keys) {
         if (values.count(key) == 0) {
-            std::fprintf(stderr, "settingsctl: '%s' has no value\n", escaped(key).c_str());
+            printError("'" + key + "' has no value");
             status = REFUSED;
         }
     }

@@ -17,6 +17,8 @@ struct Context {
     std::vector<SettingsClient::SocketCandidate> deviceSockets;
     std::chrono::milliseconds timeout{};
     OutputStyle style;
+    /// Accept keys that the catalogue does not have.
+    bool anyKey = false;
 
     SettingsClient::Session openSession() const { return {"settingsctl", settingsSockets, timeout}; }
 };

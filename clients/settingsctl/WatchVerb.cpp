@@ -47,7 +47,7 @@ void printFrame(const Context& context, const Wire::HostFrame& frame) {
     if (context.style.json) {
         printLine(context.style, frame.text());
     } else if (change) {
-        printLine(context.style, changeLine(change->key, change->from, change->to));
+        printLine(context.style, changeLine(context.style, change->key, change->from, change->to));
     } else {
         std::string line = "reread:";
         for (const auto& key : *reread) {

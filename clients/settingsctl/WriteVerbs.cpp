@@ -26,7 +26,7 @@ void printResult(const Context& context, const std::string& result, const Wire::
         printLine(context.style,
                   jsonObject({{"key", change.key}, {"from", change.from}, {"to", change.to}, {"result", result}}));
     } else if (result == "changed") {
-        printLine(context.style, changeLine(change.key, change.from, change.to));
+        printLine(context.style, changeLine(context.style, change.key, change.from, change.to));
     } else if (result == "unchanged") {
         printLine(context.style, escaped(change.key) + ": unchanged");
     }
