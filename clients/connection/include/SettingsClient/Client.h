@@ -17,6 +17,8 @@
 
 namespace SettingsClient {
 
+class Session;
+
 /// How a `Client` connects.
 struct Options {
     /// Events of changes that this client asks for carry this name: 1 to 64 characters, no control characters. Message
@@ -128,8 +130,7 @@ public:
 
     /// Becomes readable when there is something for `process` to do.
     int fileDescriptor() const;
-    /// Calls the observers, and connects when it is time; waits for nothing. Errors: those of observers;
-    /// `InvalidSocketPath`.
+    /// Calls the observers, and connects when it is time; waits for nothing. Errors: those of observers.
     void process();
     /// @}
 
@@ -139,8 +140,7 @@ public:
     void stop();
 
 private:
-    class State;
-    const std::unique_ptr<State> state;
+    const std::unique_ptr<Session> session;
 };
 
 }  // namespace SettingsClient
