@@ -4,7 +4,7 @@
 namespace SettingsCtl {
 
 ExitStatus page(const Context& context, bool newKey) {
-    SettingsClient::Client client(context.clientOptions());
+    SettingsClient::Client client = context.client();
     const auto address = client.pageAddress(newKey);
     if (!address) {
         throw Failure(REFUSED, "the host serves no pages");
@@ -15,7 +15,7 @@ ExitStatus page(const Context& context, bool newKey) {
 }
 
 ExitStatus backUp(const Context& context) {
-    SettingsClient::Client client(context.clientOptions());
+    SettingsClient::Client client = context.client();
     const std::string file = client.backUp();
     printLine(context.style, context.style.json ? "{\"backup\":" + jsonObject({{"file", file}}) + "}" : escaped(file));
     return DONE;

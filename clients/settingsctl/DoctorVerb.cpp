@@ -32,7 +32,7 @@ void append(Findings& findings, const Findings& more) {
 /// Errors: `InvalidSocketPath`.
 Findings checkHost(const Context& context, std::string& path) {
     Findings findings;
-    SettingsClient::Client client(context.clientOptions());
+    SettingsClient::Client client = context.client();
     try {
         client.connect();
         path = client.socketPath();

@@ -133,7 +133,7 @@ ExitStatus explain(const Context& context, const std::optional<std::string>& key
     if (key) {
         refuseUnknownKeys(context, {*key});
     }
-    SettingsClient::Client client(context.clientOptions());
+    SettingsClient::Client client = context.client();
     const auto settings = settingsOf(client, key);
     const auto values = client.get(key ? std::vector{*key} : std::vector<std::string>());
     std::map<std::string, SettingsClient::Event> lastChanges;

@@ -144,7 +144,7 @@ ExitStatus printPrediction(const Context& context, SettingsClient::Client& clien
 }  // namespace
 
 ExitStatus dump(const Context& context) {
-    SettingsClient::Client client(context.clientOptions());
+    SettingsClient::Client client = context.client();
     auto values = client.get();
     std::string lines;
     for (const auto& [key, value] : values) {
@@ -162,7 +162,7 @@ ExitStatus load(const Context& context, const std::string& file, bool dryRun) {
     if (wanted.assignments.empty()) {
         return wanted.hasFaults ? REFUSED : DONE;
     }
-    SettingsClient::Client client(context.clientOptions());
+    SettingsClient::Client client = context.client();
     const ExitStatus status = dryRun ? printPrediction(context, client, wanted.assignments)
                                      : printResults(context, wanted.assignments, client.setAll(wanted.assignments));
     return wanted.hasFaults ? REFUSED : status;

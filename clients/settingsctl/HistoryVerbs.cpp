@@ -25,7 +25,7 @@ ExitStatus history(const Context& context, const std::optional<std::string>& key
     if (key) {
         refuseUnknownKeys(context, {*key});
     }
-    SettingsClient::Client client(context.clientOptions());
+    SettingsClient::Client client = context.client();
     for (const auto& event : client.history(key.value_or(""))) {
         const std::string change = changeLine(context.style, event.key, event.from, event.to);
         if (context.style.json) {
@@ -42,7 +42,7 @@ ExitStatus history(const Context& context, const std::optional<std::string>& key
 
 ExitStatus undo(const Context& context, const std::string& key) {
     refuseUnknownKeys(context, {key});
-    SettingsClient::Client client(context.clientOptions());
+    SettingsClient::Client client = context.client();
     const auto events = client.history(key, 1);
     if (events.empty()) {
         throw Failure(REFUSED, "'" + key + "' cannot be undone: " + noChangeKnown);
@@ -56,7 +56,7 @@ ExitStatus reset(const Context& context, const std::string& key) {
     if (setting == nullptr || !setting->defaultValue) {
         throw Failure(REFUSED, "'" + key + "' has no default");
     }
-    SettingsClient::Client client(context.clientOptions());
+    SettingsClient::Client client = context.client();
     return setTo(context, client, key, *setting->defaultValue);
 }
 
