@@ -23,6 +23,9 @@ struct Invocation {
     std::string key;
     std::string value;
     std::string onOff;
+    std::vector<std::string> keysAndValues;
+    bool force = false;
+    bool reconnect = true;
     bool newKey = false;
     std::function<ExitStatus()> run;
 };
