@@ -7,6 +7,7 @@
 
 #include "DeviceAbstractionLayer/AppNameToStringMapping.h"
 #include "SettingsHandlerKit/CheckedSettingsHandler.h"
+#include "SettingsHandlerKit/Logging.h"
 #include "SettingsHandlerTesting/FakeDevice.h"
 #include "SettingsHandlerTesting/FakeMetrics.h"
 #include "SettingsHandlerTesting/FakeSdkBridge.h"
@@ -105,7 +106,8 @@ public:
             checkSame(lines, {"handled 24 REJECTED"}, "the report of a frame that is rejected");
             expectNothingSent();
             checkSame(journal.take(),
-                      {"log 3 settings-host:rejected orliaLocale: must be a JSON array of at most 32 levels"},
+                      {"log 3 " + SettingsHandlerKit::programName() +
+                       ":rejected orliaLocale: must be a JSON array of at most 32 levels"},
                       "a frame that is rejected");
         } else {
             expectDelivery(static_cast<int>(*type), frame, lines);

@@ -129,6 +129,20 @@ std::optional<std::int64_t> HostFrame::integerAt(const std::vector<const char*>&
     return value == nullptr || !value->IsInt64() ? std::nullopt : std::optional(value->GetInt64());
 }
 
+std::map<std::string, std::int64_t> HostFrame::integersAt(const std::vector<const char*>& path) const {
+    std::map<std::string, std::int64_t> integers;
+    const rapidjson::Value* const object = at(path);
+    if (object == nullptr || !object->IsObject()) {
+        return integers;
+    }
+    for (const auto& entry : object->GetObject()) {
+        if (entry.value.IsInt64()) {
+            integers[stringOf(entry.name)] = entry.value.GetInt64();
+        }
+    }
+    return integers;
+}
+
 std::optional<std::string> HostFrame::textAt(const std::vector<const char*>& path) const {
     const rapidjson::Value* const value = at(path);
     return value == nullptr || !value->IsString() ? std::nullopt : std::optional(stringOf(*value));

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <set>
 #include <sstream>
 
 #include <CLI/CLI.hpp>
@@ -22,6 +23,9 @@ constexpr const char* rootFooter = R"(Examples:
   settingsctl get
   settingsctl set deviceName "Living room"
   settingsctl watch --json
+  settingsctl explain timezone
+  settingsctl undo deviceName
+  settingsctl doctor
   settingsctl device locale fr-FR
 
 'settingsctl VERB --help' shows a verb's arguments and examples.
@@ -49,7 +53,8 @@ void addOptions(CLI::App& app, Invocation& invocation) {
                    "Socket of the simulated device; default: device.sock next to the host's socket")
         ->type_name("PATH");
     CLI::Option* const json = app.add_flag("--json", context.style.json, "Print results as JSON");
-    app.add_flag("--value", context.style.bareValues, "Print values without keys (get, device show)")->excludes(json);
+    app.add_flag("--value", context.style.bareValues, "Print values without keys; of changes the new values")
+        ->excludes(json);
     app.add_flag("--quiet", context.style.quiet, "Print no results, only set the exit status");
     app.add_option("--timeout", invocation.timeout, "How long to wait for a reply")
         ->type_name("SECONDS")
@@ -62,20 +67,33 @@ bool isInBrackets(const std::string& text) {
     return text.size() > 1 && text.front() == '[' && text.back() == ']';
 }
 
+/// The verb that was parsed, such as "get" or "device show".
+std::string verbOf(const CLI::App& app) {
+    std::string name;
+    for (auto verbs = app.get_subcommands(); !verbs.empty(); verbs = verbs.front()->get_subcommands()) {
+        name += (name.empty() ? "" : " ") + verbs.front()->get_name();
+    }
+    return name;
+}
+
+/// Are the results of the verb values, or changes of values?
+bool printsValues(const std::string& verb) {
+    static const std::set<std::string> verbs{"get",   "set",     "reset",    "undo", "load",  "device show",
+                                             "watch", "history", "selected", "page", "backup"};
+    return verbs.count(verb) > 0;
+}
+
 /// What the parser cannot check itself. Throws `Failure` (WRONG_USAGE).
 void checkArguments(const CLI::App& app, const Invocation& invocation, const std::vector<std::string>& arguments) {
     if (!invocation.run) {
         throw Failure(WRONG_USAGE, "VERB is required, for example 'settingsctl get'; see settingsctl --help");
     }
-    const auto deviceVerbIs = [&](const char* name) {
-        return app.got_subcommand("device") && app.get_subcommand("device")->got_subcommand(name);
-    };
-    if (invocation.context.style.bareValues && !app.got_subcommand("get") && !deviceVerbIs("show")) {
-        throw Failure(WRONG_USAGE, "--value works only with get and device show");
+    const std::string verb = verbOf(app);
+    if (invocation.context.style.bareValues && !printsValues(verb)) {
+        throw Failure(WRONG_USAGE, "--value does not work with " + verb);
     }
     // The parser splits such a word where a verb takes several.
-    if ((app.got_subcommand("get") || deviceVerbIs("locales")) &&
-        std::any_of(arguments.begin(), arguments.end(), isInBrackets)) {
+    if ((verb == "get" || verb == "device locales") && std::any_of(arguments.begin(), arguments.end(), isInBrackets)) {
         throw Failure(WRONG_USAGE, "separate the arguments by spaces, without brackets");
     }
     if (!std::all_of(arguments.begin(), arguments.end(), Wire::isValidUtf8)) {

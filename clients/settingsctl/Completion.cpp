@@ -195,6 +195,9 @@ Completions argumentsFor(const CLI::App& parser, const CommandLine& line, const 
     if (isNamed(argument, "KEY")) {
         return keys();
     }
+    if (isNamed(argument, "FILE")) {
+        return {"files"};
+    }
     if (isNamed(argument, "VALUE") && index > 0 && isNamed(argumentAt(*line.verb, index - 1), "KEY")) {
         SettingsClient::SocketOptions sockets;
         const auto socket = line.options.find(parser.get_option("--socket"));

@@ -35,21 +35,6 @@ ExitStatus confirm(const Context& context, const Wire::HostFrame& reply) {
 
 }  // namespace
 
-ExitStatus page(const Context& context, bool newKey) {
-    const Wire::HostFrame reply = execute(context, "page", [newKey](auto& writer) {
-        if (newKey) {
-            writer.boolean("newKey", true);
-        }
-    });
-    const auto members = reply.stringsAt({"page"});
-    const auto address = members.find("address");
-    if (address == members.end()) {
-        throw notADeviceSocket();
-    }
-    printLine(context.style, context.style.json ? reply.text() : escaped(address->second));
-    return DONE;
-}
-
 ExitStatus deviceShow(const Context& context) {
     printValues(context.style, execute(context, "show").stringsAt({"device"}));
     return DONE;

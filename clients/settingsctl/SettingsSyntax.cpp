@@ -1,6 +1,3 @@
-#include <memory>
-#include <utility>
-
 #include <CLI/CLI.hpp>
 
 #include "Syntax.h"
@@ -9,48 +6,12 @@ namespace SettingsCtl {
 
 namespace {
 
-/// What one batch takes.
-constexpr int maximumPairs = 64;
-
-/// The help of `set`, which shows the further pairs as one.
-class SetHelp : public CLI::Formatter {
-public:
-    std::string make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const override {
-        std::string help = Formatter::make_help(app, std::move(name), mode);
-        const std::size_t further = help.find(" []");
-        help.replace(further, help.find('\n', further) - further, " [KEY VALUE]...");
-        // Their group has no name, and a blank line all the same.
-        return help.erase(help.find("\n\n\n"), 1);
-    }
-};
-
-/// Each word is an argument of its own: of an argument with several words the parser would take brackets and commas for
-/// a list.
-void addPairs(CLI::App& verb, Invocation& invocation) {
-    const auto take = [&](const std::string& word) { invocation.keysAndValues.push_back(word); };
-    for (int pair = 1; pair <= maximumPairs; ++pair) {
-        const std::string number = pair == 1 ? "" : std::to_string(pair);
-        for (const auto& [name, description] : {std::pair("KEY", "Setting key"), std::pair("VALUE", "New value")}) {
-            CLI::Option* const word = verb.add_option_function<std::string>(name + number, take, description);
-            word->type_name("")->required(pair == 1);
-            if (pair > 1) {
-                word->group("");
-            }
-        }
-    }
-    verb.formatter(std::make_shared<SetHelp>());
-}
-
-void addSetVerb(CLI::App& app, Invocation& invocation) {
+void addGet(CLI::App& app, Invocation& invocation) {
     CLI::App* const verb =
-        addVerb(app, invocation, "set", "Set KEY to VALUE and print the result; several pairs are stored together",
-                {R"(set deviceName "Living room")", R"(set orliaLocale '["fr-FR","en-US"]')",
-                 "set captionsStyles STYLE_WHITE_ON_BLACK captionsFontSize FONT_LARGE", "set deviceName -- --odd--",
-                 "set --json timezone Europe/Paris"},
-                [&] { return set(invocation.context, invocation.keysAndValues, invocation.force); });
-    addPairs(*verb, invocation);
-    verb->add_flag("--force", invocation.force, "Set it even if the host has seen a request with a newer time stamp");
-    addAnyKey(*verb, invocation);
+        addVerb(app, invocation, "get", "Print settings as key=value lines; all settings if no KEY is given",
+                {"get", "get deviceName timezone", "get --value deviceName"},
+                [&] { return get(invocation.context, invocation.keys); });
+    addKeys(*verb, invocation);
 }
 
 void addWatchVerb(CLI::App& app, Invocation& invocation) {
@@ -60,28 +21,80 @@ void addWatchVerb(CLI::App& app, Invocation& invocation) {
     verb->add_flag("!--no-reconnect", invocation.reconnect, "End with status 3 when the host closes the connection");
 }
 
-}  // namespace
+/// Verbs that change the setting KEY.
+void addKeyVerbs(CLI::App& app, Invocation& invocation) {
+    CLI::App* const resetVerb =
+        addVerb(app, invocation, "reset", "Set KEY to its default and print the result", {"reset captionsFontSize"},
+                [&] { return reset(invocation.context, invocation.key); });
+    addKey(*resetVerb, invocation);
+    CLI::App* const undoVerb =
+        addVerb(app, invocation, "undo", "Set KEY back to its value before the newest change; twice is a redo",
+                {"undo deviceName"}, [&] { return undo(invocation.context, invocation.key); });
+    addKey(*undoVerb, invocation);
+}
 
-void addSettingsVerbs(CLI::App& app, Invocation& invocation) {
+/// Verbs that tell of the setting KEY, or of all settings.
+void addTellingVerbs(CLI::App& app, Invocation& invocation) {
+    CLI::App* const historyVerb =
+        addVerb(app, invocation, "history", "Print the changes that the host remembers, the oldest first",
+                {"history", "history deviceName", "history --json timezone"},
+                [&] { return history(invocation.context, invocation.optionalKey); });
+    addOptionalKey(*historyVerb, invocation);
+    CLI::App* const explainVerb =
+        addVerb(app, invocation, "explain", "Print what a setting is, its value, and who changed it last",
+                {"explain deviceName", "explain", "explain --json deviceName"},
+                [&] { return explain(invocation.context, invocation.optionalKey); });
+    addOptionalKey(*explainVerb, invocation);
+}
+
+void addFileVerbs(CLI::App& app, Invocation& invocation) {
+    addVerb(app, invocation, "dump", "Print the settings that anyone may set as a JSON object, for load",
+            {"dump > settings.json", "dump --json"}, [&] { return dump(invocation.context); });
+    CLI::App* const loadVerb =
+        addVerb(app, invocation, "load", "Set what FILE says, a JSON object of keys and values; - for standard input",
+                {"load settings.json", "load --dry-run settings.json", "load - < settings.json"},
+                [&] { return load(invocation.context, invocation.file, invocation.dryRun); });
+    addAnyKey(*loadVerb, invocation);
+    loadVerb->add_flag("--dry-run", invocation.dryRun, "Only print what would change");
+    addText(*loadVerb, "FILE", invocation.file, "File with a JSON object");
+}
+
+void addRequestVerbs(CLI::App& app, Invocation& invocation) {
     const Context& context = invocation.context;
-    CLI::App* const getVerb = addVerb(
-        app, invocation, "get", "Print settings as key=value lines; all settings if no KEY is given",
-        {"get", "get deviceName timezone", "get --value deviceName"}, [&] { return get(context, invocation.keys); });
-    addKeys(*getVerb, invocation);
-    addSetVerb(app, invocation);
-    addWatchVerb(app, invocation);
-    addVerb(app, invocation, "list", "Print the keys of all settings, one per line", {"list", "list --json"},
-            [&] { return list(context); });
     addVerb(app, invocation, "selected", "Print whether this assistant is the selected one", {"selected"},
             [&] { return selected(context); });
-    CLI::App* const pageVerb =
-        addVerb(app, invocation, "page", "Print the address of the settings pages, including its key",
-                {"page", "page --new-key"}, [&] { return page(context, invocation.newKey); });
-    pageVerb->add_flag("--new-key", invocation.newKey, "Replace the key first; browsers with the old key lose access");
     addVerb(app, invocation, "open-settings", "Open the assistant's settings application on the device",
             {"open-settings"}, [&] { return openSettings(context); });
     addVerb(app, invocation, "logout", "Log the user out: clear the stored settings, switch the always-on modes off",
             {"logout"}, [&] { return logOut(context); });
+}
+
+void addAdministrationVerbs(CLI::App& app, Invocation& invocation) {
+    const Context& context = invocation.context;
+    CLI::App* const pageVerb =
+        addVerb(app, invocation, "page", "Print the address of the settings pages, including its key",
+                {"page", "page --new-key"}, [&] { return page(context, invocation.newKey); });
+    pageVerb->add_flag("--new-key", invocation.newKey, "Replace the key first; browsers with the old key lose access");
+    addVerb(app, invocation, "backup", "Back the host's database up and print the name of the file", {"backup"},
+            [&] { return backUp(context); });
+    addVerb(app, invocation, "doctor", "Check the host, its sockets, storage, disk and clock, and print what to do",
+            {"doctor", "doctor --quiet || settingsctl doctor"}, [&] { return doctor(context); });
+}
+
+}  // namespace
+
+void addSettingsVerbs(CLI::App& app, Invocation& invocation) {
+    const Context& context = invocation.context;
+    addGet(app, invocation);
+    addSetVerb(app, invocation);
+    addKeyVerbs(app, invocation);
+    addWatchVerb(app, invocation);
+    addTellingVerbs(app, invocation);
+    addVerb(app, invocation, "list", "Print the keys of all settings, one per line", {"list", "list --json"},
+            [&] { return list(context); });
+    addFileVerbs(app, invocation);
+    addRequestVerbs(app, invocation);
+    addAdministrationVerbs(app, invocation);
 }
 
 }  // namespace SettingsCtl

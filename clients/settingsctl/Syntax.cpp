@@ -31,14 +31,19 @@ void addAnyKey(CLI::App& verb, Invocation& invocation) {
     verb.add_flag("--any-key", invocation.context.anyKey, "Accept keys that the catalogue of settings does not have");
 }
 
-CLI::Option* addKey(CLI::App& verb, Invocation& invocation) {
+void addKey(CLI::App& verb, Invocation& invocation) {
     addAnyKey(verb, invocation);
-    return addText(verb, "KEY", invocation.key, "Setting key");
+    addText(verb, "KEY", invocation.key, "Setting key");
 }
 
-CLI::Option* addKeys(CLI::App& verb, Invocation& invocation) {
+void addOptionalKey(CLI::App& verb, Invocation& invocation) {
     addAnyKey(verb, invocation);
-    return addTexts(verb, "KEY", invocation.keys, "Setting keys");
+    verb.add_option("KEY", invocation.optionalKey, "Setting key")->type_name("");
+}
+
+void addKeys(CLI::App& verb, Invocation& invocation) {
+    addAnyKey(verb, invocation);
+    addTexts(verb, "KEY", invocation.keys, "Setting keys");
 }
 
 void addKeyAndValue(CLI::App& verb, Invocation& invocation) {

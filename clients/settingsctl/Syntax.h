@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,7 +27,10 @@ struct Invocation {
     std::vector<std::string> keysAndValues;
     bool force = false;
     bool reconnect = true;
+    std::optional<std::string> optionalKey;
+    std::string file;
     bool newKey = false;
+    bool dryRun = false;
     std::function<ExitStatus()> run;
 };
 
@@ -39,11 +43,13 @@ CLI::Option* addTexts(CLI::App& verb, const std::string& name, std::vector<std::
 CLI::Option* addText(CLI::App& verb, const std::string& name, std::string& text, const std::string& description);
 /// The option `--any-key`, for a verb that takes a key.
 void addAnyKey(CLI::App& verb, Invocation& invocation);
-/// The argument KEY, or any number of them, with `--any-key`.
-CLI::Option* addKey(CLI::App& verb, Invocation& invocation);
-CLI::Option* addKeys(CLI::App& verb, Invocation& invocation);
+/// The argument KEY, none or one, or any number of them, with `--any-key`.
+void addKey(CLI::App& verb, Invocation& invocation);
+void addOptionalKey(CLI::App& verb, Invocation& invocation);
+void addKeys(CLI::App& verb, Invocation& invocation);
 void addKeyAndValue(CLI::App& verb, Invocation& invocation);
 
+void addSetVerb(CLI::App& app, Invocation& invocation);
 void addSettingsVerbs(CLI::App& app, Invocation& invocation);
 void addDeviceVerbs(CLI::App& app, Invocation& invocation);
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -38,8 +39,23 @@ ExitStatus logOut(const Context& context);
 /// (UNREACHABLE).
 ExitStatus watch(const Context& context, bool reconnect);
 
+ExitStatus reset(const Context& context, const std::string& key);
+
+/// Of all settings without a key.
+ExitStatus history(const Context& context, const std::optional<std::string>& key);
+ExitStatus explain(const Context& context, const std::optional<std::string>& key);
+ExitStatus undo(const Context& context, const std::string& key);
+
+/// Prints what `load` takes.
+ExitStatus dump(const Context& context);
+/// Sets what the file says, "-" for standard input; only prints what would change if `dryRun`.
+ExitStatus load(const Context& context, const std::string& file, bool dryRun);
+
 /// Prints the address of the settings pages, including its key, which is replaced first if `newKey`.
 ExitStatus page(const Context& context, bool newKey);
+ExitStatus backUp(const Context& context);
+/// Returns: REFUSED when something is wrong, also without a host.
+ExitStatus doctor(const Context& context);
 
 /// Device commands.
 ExitStatus deviceShow(const Context& context);

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "SettingsHandlerKit/Logging.h"
-#include "server/web/Hexadecimal.h"
+#include "server/Hexadecimal.h"
 #include "server/web/WebAccess.h"
 #include "server/web/WebAddress.h"
 #include "server/web/WebSite.h"

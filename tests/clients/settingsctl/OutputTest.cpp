@@ -33,8 +33,8 @@ TEST(SettingsCtlOutput, KeepsEverythingElse) {
 }
 
 TEST(SettingsCtlOutput, WritesAChangeAsOneLine) {
-    EXPECT_EQ(changeLine("deviceName", "TV", "Den"), "deviceName: 'TV' -> 'Den'");
-    EXPECT_EQ(changeLine("k\n", "\x1b", ""), "k\\n: '\\x1b' -> ''");
+    EXPECT_EQ(changeLine({}, "deviceName", "TV", "Den"), "deviceName: 'TV' -> 'Den'");
+    EXPECT_EQ(changeLine({}, "k\n", "\x1b", ""), "k\\n: '\\x1b' -> ''");
 }
 
 TEST(SettingsCtlOutput, WritesJsonInTheOrderOfItsKeys) {

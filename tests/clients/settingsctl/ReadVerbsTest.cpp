@@ -38,7 +38,7 @@ TEST(SettingsCtlGet, RequestsTheGivenKeysUnchanged) {
 
 TEST(SettingsCtlGet, AcceptsKeysNamedLikeVerbs) {
     const FakeHost host;
-    auto program = host.start({"get", "list", "", "{}"});
+    auto program = host.start({"get", "--any-key", "list", "", "{}"});
     replyToGet(host, program, R"(["list","","{}"])", R"({"list":"1","":"2","{}":"3"})");
     expectEnd(program, 0, "=2\nlist=1\n{}=3\n", "");
 }
@@ -66,14 +66,14 @@ TEST(SettingsCtlGet, PrintsNothingWhenQuiet) {
 
 TEST(SettingsCtlGet, FailsForAKeyWithoutAValueAfterPrintingTheOthers) {
     const FakeHost host;
-    auto program = host.start({"get", "a\n", "deviceName", "b"});
+    auto program = host.start({"get", "--any-key", "a\n", "deviceName", "b"});
     replyToGet(host, program, R"(["a\n","deviceName","b"])", R"({"deviceName":"TV"})");
     expectEnd(program, 1, "deviceName=TV\n", "settingsctl: 'a\\n' has no value\nsettingsctl: 'b' has no value\n");
 }
 
 TEST(SettingsCtlGet, FailsForAKeyWithoutAValueInJson) {
     const FakeHost host;
-    auto program = host.start({"get", "--json", "b"});
+    auto program = host.start({"get", "--any-key", "--json", "b"});
     replyToGet(host, program, R"(["b"])", "{}");
     expectEnd(program, 1, "{}\n", "settingsctl: 'b' has no value\n");
 }

@@ -119,9 +119,9 @@ TEST(SettingsCtlClosedStreams, AreNotTakenForTheConnection) {
         EXPECT_EQ(program.wait(), status) << closed;
     }
     const FakeHost host;
-    TestSupport::ChildProcess program(command({"--socket", host.settingsPath(), "get", "noSuchKey"}, "<&- >&- 2>&-"));
+    TestSupport::ChildProcess program(command({"--socket", host.settingsPath(), "get", "timezone"}, "<&- >&- 2>&-"));
     Peer client = host.accept();
-    EXPECT_EQ(client.receiveLine(), getRequest(program, 1, R"(["noSuchKey"])"));
+    EXPECT_EQ(client.receiveLine(), getRequest(program, 1, R"(["timezone"])"));
     client.sendLine(getReply(program, 1, "{}"));
     EXPECT_TRUE(client.clientCloses()) << "a reason reaches the host";
     EXPECT_EQ(program.wait(), 1);
@@ -145,7 +145,7 @@ TEST(SettingsCtlClosedStreams, KeepTheExitStatusWithoutStandardError) {
         };
         EXPECT_EQ(run({"get", "deviceName"}).output, "deviceName=TV\n");
         EXPECT_EQ(run({"get", "deviceName"}).status, 0);
-        EXPECT_EQ(run({"get", "noSuchKey"}).status, 1);
+        EXPECT_EQ(run({"get", "tovanEntitlementStatus"}).status, 1);
         EXPECT_EQ(run({"put"}).status, 2);
         EXPECT_EQ(run({"get", "--socket", "/nowhere"}).status, 3);
     }

@@ -50,6 +50,8 @@ public:
     std::optional<bool> booleanAt(const std::vector<const char*>& path) const;
     /// The integer at a path of member names.
     std::optional<std::int64_t> integerAt(const std::vector<const char*>& path) const;
+    /// The members of the object at a path of member names that are integers; none when there is no object.
+    std::map<std::string, std::int64_t> integersAt(const std::vector<const char*>& path) const;
     /// The string at a path of member names.
     std::optional<std::string> textAt(const std::vector<const char*>& path) const;
     /// The object at a path of member names, as compact JSON text.
