@@ -130,7 +130,7 @@ Answer conclusionOf(const Asked& asked, const std::map<std::string, std::string>
     if (asked.change) {
         answer.outcome = Outcome::CHANGED;
         answer.from = asked.change->from;
-    } else {
+    } else if (!asked.key.empty()) {
         answer.outcome = answer.value == asked.value ? Outcome::UNCHANGED : Outcome::REFUSED;
     }
     return answer;

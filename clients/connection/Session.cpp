@@ -196,6 +196,7 @@ void Session::queue(EventOrder::Told told) {
 }
 
 void Session::process() {
+    const TimerSetter setter{*this};
     try {
         guard([this] {
             const auto now = std::chrono::steady_clock::now();
@@ -209,6 +210,8 @@ void Session::process() {
                 }
             }
         });
+    } catch (const InvalidSocketPath&) {
+        throw;
     } catch (const std::runtime_error&) {
         // Observers are told, and the next attempt follows.
     }
@@ -216,7 +219,6 @@ void Session::process() {
 }
 
 void Session::tell() {
-    const TimerSetter setter{*this};
     while (!notifications.empty()) {
         const Notification next = std::move(notifications.front());
         notifications.pop_front();

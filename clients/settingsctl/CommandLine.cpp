@@ -12,6 +12,7 @@
 #include "Syntax.h"
 #include "Timeout.h"
 #include "Version.h"
+#include "Wire/HostFrame.h"
 #include "Wire/Utf8.h"
 
 namespace SettingsCtl {
@@ -163,6 +164,10 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
         return fail(UNREACHABLE, error.what());
     } catch (const SettingsClient::RequestRefused& error) {
         return fail(REFUSED, error.what());
+    } catch (const SettingsClient::NotSupported& error) {
+        return fail(REFUSED, error.what());
+    } catch (const SettingsClient::UnexpectedResponse& error) {
+        return fail(UNREACHABLE, error.what());
     } catch (const Wire::MalformedFrame& error) {
         return fail(UNREACHABLE, std::string("unexpected response: not a settings-host (") + error.what() + ")");
     }

@@ -124,8 +124,9 @@ const CLI::Option* argumentAt(const CLI::App& verb, std::size_t index) {
     return nullptr;
 }
 
+/// Further ones have a number after the name.
 bool isNamed(const CLI::Option* argument, const char* name) {
-    return argument != nullptr && argument->get_single_name() == name;
+    return argument != nullptr && argument->get_single_name().rfind(name, 0) == 0;
 }
 
 /// Those that the parser checks an argument against, which it describes as "{on,off}".
@@ -148,7 +149,7 @@ std::string currentValue(const std::string& key, const SettingsClient::SocketOpt
     context.settingsSockets = SettingsClient::settingsSockets(sockets, runtimeFolder);
     context.timeout = std::chrono::seconds(1);
     try {
-        return Wire::isValidUtf8(key) ? context.openSession().getSettings({key})[key] : "";
+        return Wire::isValidUtf8(key) ? context.client().get({key})[key] : "";
     } catch (const std::runtime_error&) {
         return "";
     }

@@ -54,4 +54,17 @@ void refuseUnknownKeys(const Context& context, const std::vector<std::string>& k
     }
 }
 
+void warnOfUnlistedChoice(const Context& context, const std::string& key, const std::string& value) {
+    const auto* const setting = Wire::findSetting(key);
+    if (setting == nullptr || setting->kind != Wire::SettingKind::CHOICE ||
+        std::find(setting->values.begin(), setting->values.end(), value) != setting->values.end()) {
+        return;
+    }
+    std::string listed;
+    for (const auto& choice : setting->values) {
+        listed += (listed.empty() ? "" : ", ") + choice;
+    }
+    printWarning(context.style, "'" + value + "' is not a listed value of '" + key + "': " + listed);
+}
+
 }  // namespace SettingsCtl

@@ -19,4 +19,7 @@ std::optional<std::string> unknownKey(const Context& context, const std::string&
 /// Errors: `Failure` (WRONG_USAGE) for the first of `keys` that is unknown.
 void refuseUnknownKeys(const Context& context, const std::vector<std::string>& keys);
 
+/// Warns of a value that the catalogue does not list for a choice. It is accepted all the same.
+void warnOfUnlistedChoice(const Context& context, const std::string& key, const std::string& value);
+
 }  // namespace SettingsCtl

@@ -14,12 +14,11 @@ void addGet(CLI::App& app, Invocation& invocation) {
     addKeys(*verb, invocation);
 }
 
-void addSet(CLI::App& app, Invocation& invocation) {
-    CLI::App* const verb = addVerb(app, invocation, "set", "Set KEY to VALUE and print the result",
-                                   {R"(set deviceName "Living room")", R"(set orliaLocale '["fr-FR","en-US"]')",
-                                    "set deviceName -- --odd--", "set --json timezone Europe/Paris"},
-                                   [&] { return set(invocation.context, invocation.key, invocation.value); });
-    addKeyAndValue(*verb, invocation);
+void addWatchVerb(CLI::App& app, Invocation& invocation) {
+    CLI::App* const verb = addVerb(app, invocation, "watch", "Print changes until interrupted",
+                                   {"watch", "watch --json", "watch --no-reconnect"},
+                                   [&] { return watch(invocation.context, invocation.reconnect); });
+    verb->add_flag("!--no-reconnect", invocation.reconnect, "End with status 3 when the host closes the connection");
 }
 
 /// Verbs that change the setting KEY.
@@ -87,10 +86,9 @@ void addAdministrationVerbs(CLI::App& app, Invocation& invocation) {
 void addSettingsVerbs(CLI::App& app, Invocation& invocation) {
     const Context& context = invocation.context;
     addGet(app, invocation);
-    addSet(app, invocation);
+    addSetVerb(app, invocation);
     addKeyVerbs(app, invocation);
-    addVerb(app, invocation, "watch", "Print changes until interrupted", {"watch", "watch --json"},
-            [&] { return watch(context); });
+    addWatchVerb(app, invocation);
     addTellingVerbs(app, invocation);
     addVerb(app, invocation, "list", "Print the keys of all settings, one per line", {"list", "list --json"},
             [&] { return list(context); });

@@ -24,6 +24,9 @@ struct Invocation {
     std::string key;
     std::string value;
     std::string onOff;
+    std::vector<std::string> keysAndValues;
+    bool force = false;
+    bool reconnect = true;
     std::optional<std::string> optionalKey;
     std::string file;
     bool newKey = false;
@@ -46,6 +49,7 @@ void addOptionalKey(CLI::App& verb, Invocation& invocation);
 void addKeys(CLI::App& verb, Invocation& invocation);
 void addKeyAndValue(CLI::App& verb, Invocation& invocation);
 
+void addSetVerb(CLI::App& app, Invocation& invocation);
 void addSettingsVerbs(CLI::App& app, Invocation& invocation);
 void addDeviceVerbs(CLI::App& app, Invocation& invocation);
 

@@ -8,8 +8,6 @@
 #include "Failure.h"
 #include "Output.h"
 #include "SettingsClient/Client.h"
-#include "SettingsClient/SocketCandidates.h"
-#include "connection/Session.h"
 
 namespace SettingsCtl {
 
@@ -22,8 +20,8 @@ struct Context {
     /// Accept keys that the catalogue does not have.
     bool anyKey = false;
 
-    SettingsClient::Options clientOptions() const { return {"settingsctl", settingsSockets, timeout}; }
-    SettingsClient::Session openSession() const { return {"settingsctl", settingsSockets, timeout}; }
+    /// A client of the host, which connects with its first request.
+    SettingsClient::Client client() const { return SettingsClient::Client({"settingsctl", settingsSockets, timeout}); }
 };
 
 /// One function per verb. Each prints its result and returns the exit status. Errors: `Failure`, and those of
@@ -32,12 +30,14 @@ struct Context {
 ExitStatus get(const Context& context, const std::vector<std::string>& keys);
 ExitStatus list(const Context& context);
 ExitStatus selected(const Context& context);
-ExitStatus set(const Context& context, const std::string& key, const std::string& value);
+/// Sets KEY VALUE pairs at once. `force`: also where the host has seen a newer time stamp.
+ExitStatus set(const Context& context, const std::vector<std::string>& keysAndValues, bool force);
 ExitStatus openSettings(const Context& context);
 ExitStatus logOut(const Context& context);
-/// Returns after SIGINT or SIGTERM (DONE).
-/// Errors: `Failure` when standard output has no reader any more (REFUSED), `ConnectionError` when the host closes.
-ExitStatus watch(const Context& context);
+/// Returns after SIGINT or SIGTERM (DONE). When the connection is lost, connects again if `reconnect`.
+/// Errors: `Failure` when standard output has no reader any more (REFUSED), and when the connection is lost
+/// (UNREACHABLE).
+ExitStatus watch(const Context& context, bool reconnect);
 
 ExitStatus reset(const Context& context, const std::string& key);
 

@@ -130,7 +130,8 @@ public:
 
     /// Becomes readable when there is something for `process` to do.
     int fileDescriptor() const;
-    /// Calls the observers, and connects when it is time; waits for nothing. Errors: those of observers.
+    /// Calls the observers, and connects when it is time; waits for nothing. Errors: those of observers;
+    /// `InvalidSocketPath`.
     void process();
     /// @}
 
