@@ -239,7 +239,8 @@ TEST_F(ClientRequests, SendMoreThanABatchTakesAsSeveral) {
 
 TEST_F(ClientRequests, ReturnTheRefusalOfABatchForEachOfItsRequests) {
     auto answers = start([this] { return client.setAll({{"a", "1"}, {"b", "2"}}); });
-    const Peer host = serve();
+    Peer host = serve();
+    host.receiveLine();
     host.sendLine(refusal("too-large"));
     host.sendLine(selected(3));
     EXPECT_EQ(brief(answers.get()), (Lines{"a refused too-large: no", "b refused too-large: no"}));
