@@ -31,6 +31,15 @@ std::string bareRequest(int type, const ChildProcess& program, int number) {
     return R"({"type":)" + std::to_string(type) + R"(,"messageId":")" + messageId(program, number) + R"("})";
 }
 
+std::string query(const ChildProcess& program, int number, const std::string& name, const std::string& body) {
+    return R"({"messageId":")" + messageId(program, number) + R"(",")" + name + "\":" + body + "}";
+}
+
+void greet(Peer& client, const ChildProcess& program, int number) {
+    EXPECT_EQ(client.receiveLine(), query(program, number, "hello", R"({"client":"settingsctl"})"));
+    client.sendLine(query(program, number, "hello", R"({"version":"1.1.0","run":"run","sequence":0})"));
+}
+
 std::string getReply(const ChildProcess& program, int number, const std::string& settings) {
     return R"({"type":7,"messageId":")" + messageId(program, number) + R"(","payload":{"settings":)" + settings + "}}";
 }

@@ -40,6 +40,13 @@ std::string messageId(const TestSupport::ChildProcess& program, int number);
 std::string getRequest(const TestSupport::ChildProcess& program, int number, const std::string& keys);
 std::string bareRequest(int type, const TestSupport::ChildProcess& program, int number);
 
+/// `{"messageId":…,NAME:BODY}`: a frame without type of the program, or the host's reply to it.
+std::string query(const TestSupport::ChildProcess& program, int number, const std::string& name,
+                  const std::string& body = "{}");
+
+/// Takes the program's hello, its frame of that number, and replies as a host of wire 1.1.
+void greet(Peer& client, const TestSupport::ChildProcess& program, int number = 1);
+
 /// Frames as a host sends them.
 std::string getReply(const TestSupport::ChildProcess& program, int number, const std::string& settings);
 std::string event(const std::string& key, const std::string& from, const std::string& to,
