@@ -151,7 +151,7 @@ std::map<std::string, std::string> valuesOf(Session& session, const std::vector<
 }
 
 /// Sends `frame`, which has these requests, and adds what came of them to `answers`.
-void send(Session& session, const std::string& frame, std::vector<Asked> requests, std::vector<Answer>& answers) {
+void send(Session& session, const std::string& frame, std::vector<Asked>& requests, std::vector<Answer>& answers) {
     std::vector<std::string> frames{frame};
     std::string fence;
     if (!session.answers()) {
@@ -168,6 +168,13 @@ void send(Session& session, const std::string& frame, std::vector<Asked> request
     for (const auto& asked : requests) {
         answers.push_back(asked.answer ? *asked.answer : conclusionOf(asked, values));
     }
+}
+
+Answer sendAlone(Session& session, const Asked& asked) {
+    std::vector<Asked> requests{asked};
+    std::vector<Answer> answers;
+    send(session, asked.frame, requests, answers);
+    return answers.front();
 }
 
 Asked askedFor(Session& session, const Assignment& assignment) {
@@ -191,11 +198,7 @@ std::string batchOf(const std::vector<Asked>& requests) {
 }  // namespace
 
 Answer setOne(Session& session, const Assignment& assignment) {
-    std::vector<Answer> answers;
-    Asked asked = askedFor(session, assignment);
-    const std::string frame = asked.frame;
-    send(session, frame, {std::move(asked)}, answers);
-    return answers.front();
+    return sendAlone(session, askedFor(session, assignment));
 }
 
 std::vector<Answer> setInBatches(Session& session, const std::vector<Assignment>& assignments) {
@@ -206,7 +209,8 @@ std::vector<Answer> setInBatches(Session& session, const std::vector<Assignment>
     for (const auto& assignment : assignments) {
         Asked next = askedFor(session, assignment);
         if (!batch.empty() && (batch.size() == maximumBatch || size + next.frame.size() + 1 > Wire::maximumFrameSize)) {
-            send(session, batchOf(batch), std::exchange(batch, {}), answers);
+            send(session, batchOf(batch), batch, answers);
+            batch.clear();
             size = Wire::batchFrame({}).size();
         }
         size += next.frame.size() + 1;
@@ -221,10 +225,8 @@ std::vector<Answer> setInBatches(Session& session, const std::vector<Assignment>
 Answer request(Session& session, Wire::MessageType type) {
     Asked asked;
     asked.messageId = session.newMessageId();
-    const std::string frame = Wire::bareRequest(type, asked.messageId, Wire::Answered::YES);
-    std::vector<Answer> answers;
-    send(session, frame, {std::move(asked)}, answers);
-    return answers.front();
+    asked.frame = Wire::bareRequest(type, asked.messageId, Wire::Answered::YES);
+    return sendAlone(session, asked);
 }
 
 }  // namespace SettingsClient

@@ -28,7 +28,10 @@ void call(const std::function<void(Arguments...)>& observer, Arguments... argume
 
 }  // namespace
 
-Session::Session(Options chosen) : options(std::move(chosen)), interval(shortestInterval) {
+Session::Session(Options chosen)
+    : options(std::move(chosen)),
+      helloId(options.name + "-" + std::to_string(::getpid()) + "-hello"),
+      interval(shortestInterval) {
     setTimer();
 }
 
@@ -57,8 +60,8 @@ void Session::guard(const Action& action) {
 }
 
 void Session::connect() {
-    if (!connection || isGreeting()) {
-        exchange({}, [this](const Wire::HostFrame&) { return !isGreeting(); });
+    if (!connection || isGreeting) {
+        exchange({}, [this](const Wire::HostFrame&) { return !isGreeting; });
     }
 }
 
@@ -110,7 +113,7 @@ void Session::open(Connection::WhenBusy whenBusy) {
 }
 
 void Session::sendHello(const std::optional<Wire::LastEvent>& resume) {
-    helloId = newMessageId();
+    isGreeting = true;
     helloResumes = resume.has_value();
     helloDeadline = connection->deadline();
     connection->send({Wire::helloFrame(helloId, options.name, resume)});
@@ -118,7 +121,7 @@ void Session::sendHello(const std::optional<Wire::LastEvent>& resume) {
 
 void Session::lose(const std::string& reason) {
     connection.reset();
-    helloId.clear();
+    isGreeting = false;
     nextAttempt = std::chrono::steady_clock::now() + interval;
     interval = std::min(2 * interval, longestInterval);
     if (!hasToldLoss && observers.disconnected) {
@@ -133,10 +136,10 @@ bool Session::take(const Wire::HostFrame& frame) {
         queue(order.takeEvent(eventOf(frame)));
     } else if (auto keys = frame.reread()) {
         queue(order.takeNotice(frame, std::move(*keys)));
-    } else if (isGreeting() && frame.isReplyTo(helloId)) {
+    } else if (isGreeting && frame.isReplyTo(helloId)) {
         takeHello(frame);
         return true;
-    } else if (isGreeting() && frame.refusal()) {
+    } else if (isGreeting && frame.refusal()) {
         takeHelloRefusal(frame);
         return true;
     }
@@ -175,7 +178,7 @@ void Session::takeHelloRefusal(const Wire::HostFrame& refusal) {
 
 void Session::endGreeting(std::string hostVersion, EventOrder::Told told) {
     version = std::move(hostVersion);
-    helloId.clear();
+    isGreeting = false;
     interval = shortestInterval;
     hasToldLoss = false;
     queue(std::move(told));
@@ -205,7 +208,7 @@ void Session::process() {
             } else if (connection) {
                 connection->readAvailable();
                 takeLines();
-                if (isGreeting() && now >= helloDeadline) {
+                if (isGreeting && now >= helloDeadline) {
                     connection->failForMissingReply();
                 }
             }
@@ -244,7 +247,7 @@ void Session::setTimer() const {
     } else if (!connection) {
         wakeUp.setTime(nextAttempt);
     } else {
-        wakeUp.setTime(isGreeting() ? std::optional(helloDeadline) : std::nullopt);
+        wakeUp.setTime(isGreeting ? std::optional(helloDeadline) : std::nullopt);
     }
 }
 

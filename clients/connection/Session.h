@@ -76,7 +76,6 @@ private:
 
     void open(Connection::WhenBusy whenBusy);
     void sendHello(const std::optional<Wire::LastEvent>& resume);
-    bool isGreeting() const { return !helloId.empty(); }
     /// Ends the connection, and the next attempt waits longer.
     void lose(const std::string& reason);
     /// Calls `action`; what it throws ends the connection.
@@ -102,7 +101,8 @@ private:
     std::int64_t newestTimestamp = 0;
     bool hasAnswered = false;
 
-    /// The message id of a hello without answer; empty when there is none.
+    /// A hello has no answer yet.
+    bool isGreeting = false;
     std::string helloId;
     bool helloResumes = false;
     Connection::Deadline helloDeadline;
