@@ -17,9 +17,9 @@ TestSupport::Finished run(const Words& arguments, const std::string& name, const
     auto program = host.start(arguments);
     Peer client = host.accept();
     greet(client, program);
-    EXPECT_EQ(client.receiveLine(), queryFrame(program, 2, name, request));
+    EXPECT_EQ(client.receiveLine(), queryFrame(program, 1, name, request));
     client.sendLine(reply.empty() ? R"({"error":{"code":"not-stored","message":"the disk is full"}})"
-                                  : queryFrame(program, 2, name, reply));
+                                  : queryFrame(program, 1, name, reply));
     EXPECT_TRUE(client.clientCloses());
     return finish(program);
 }
@@ -94,10 +94,10 @@ protected:
         auto program = host.start(options);
         Peer client = host.accept();
         greet(client, program);
-        EXPECT_EQ(client.receiveLine(), queryFrame(program, 2, "status"));
-        client.sendLine(queryFrame(program, 2, "status", status));
-        EXPECT_EQ(client.receiveLine(), queryFrame(program, 3, "page"));
-        client.sendLine(queryFrame(program, 3, "page", pages));
+        EXPECT_EQ(client.receiveLine(), queryFrame(program, 1, "status"));
+        client.sendLine(queryFrame(program, 1, "status", status));
+        EXPECT_EQ(client.receiveLine(), queryFrame(program, 2, "page"));
+        client.sendLine(queryFrame(program, 2, "page", pages));
         EXPECT_TRUE(client.clientCloses());
         return finish(program);
     }

@@ -35,19 +35,20 @@ std::string queryFrame(const ChildProcess& program, int number, const std::strin
     return R"({"messageId":")" + messageId(program, number) + R"(",")" + name + "\":" + body + "}";
 }
 
-void greet(Peer& client, const ChildProcess& program, int number) {
-    EXPECT_EQ(client.receiveLine(), queryFrame(program, number, "hello", R"({"client":"settingsctl"})"));
-    client.sendLine(queryFrame(program, number, "hello", R"({"version":"1.1.0","run":"run","sequence":0})"));
+void greet(Peer& client, const ChildProcess& program) {
+    const std::string start = R"({"messageId":"settingsctl-)" + std::to_string(program.pid()) + R"(-hello","hello":)";
+    EXPECT_EQ(client.receiveLine(), start + R"({"client":"settingsctl"}})");
+    client.sendLine(start + R"({"version":"1.1.0","run":"run","sequence":0}})");
 }
 
 std::string changeAnswer(const ChildProcess& program, int number, const std::string& payload) {
     return R"({"type":24,"messageId":")" + messageId(program, number) + R"(","payload":)" + payload + "}";
 }
 
-void replyToFence(Peer& client, const ChildProcess& program, int number) {
-    EXPECT_EQ(client.receiveLine(), bareRequest(18, program, number));
-    client.sendLine(R"({"type":18,"messageId":")" + messageId(program, number) +
-                    R"(","payload":{"isOrliaSelectedAsVA":true}})");
+void replyToFence(Peer& client) {
+    const std::string request = client.receiveLine();
+    EXPECT_EQ(request.rfind(R"({"type":18,"messageId":)", 0), 0U) << request;
+    client.sendLine(request.substr(0, request.size() - 1) + R"(,"payload":{"isOrliaSelectedAsVA":true}})");
 }
 
 std::string getReply(const ChildProcess& program, int number, const std::string& settings) {

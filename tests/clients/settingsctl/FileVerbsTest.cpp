@@ -31,37 +31,36 @@ protected:
     const FakeHost host;
 };
 
-/// The requests of a batch: "KEY=VALUE" each.
-Words pairsOf(const std::string& batch) {
-    rapidjson::Document frame;
-    frame.Parse(batch.c_str());
+/// The requests of a batch.
+struct Batch {
+    /// "KEY=VALUE" each.
     Words pairs;
-    for (const auto& request : frame["batch"].GetArray()) {
+    Words messageIds;
+};
+
+Batch parse(const std::string& frame) {
+    rapidjson::Document document;
+    document.Parse(frame.c_str());
+    Batch batch;
+    for (const auto& request : document["batch"].GetArray()) {
         EXPECT_EQ(request["type"].GetInt(), 24);
         EXPECT_TRUE(request["answer"].GetBool());
-        pairs.push_back(std::string(request["payload"]["settingDBId"].GetString()) + "=" +
-                        request["payload"]["to"].GetString());
+        batch.pairs.push_back(std::string(request["payload"]["settingDBId"].GetString()) + "=" +
+                              request["payload"]["to"].GetString());
+        batch.messageIds.emplace_back(request["messageId"].GetString());
     }
-    return pairs;
+    return batch;
 }
 
-/// Answers all requests of a batch, the first of which is the frame of that number: the value was the same already.
-/// Returns: the number of the next frame.
-int replyUnchanged(const Peer& client, const TestSupport::ChildProcess& program, int first, const Words& pairs) {
-    for (const auto& pair : pairs) {
+/// Answers all requests: the value was the same already.
+void replyUnchanged(const Peer& client, const Batch& batch) {
+    for (std::size_t index = 0; index < batch.pairs.size(); ++index) {
+        const std::string& pair = batch.pairs[index];
         const std::size_t equals = pair.find('=');
-        client.sendLine(changeAnswer(program, first++,
-                                     R"({"outcome":"unchanged","settingDBId":")" + pair.substr(0, equals) +
-                                         R"(","value":")" + pair.substr(equals + 1) + "\"}"));
+        client.sendLine(R"({"type":24,"messageId":")" + batch.messageIds[index] +
+                        R"(","payload":{"outcome":"unchanged","settingDBId":")" + pair.substr(0, equals) +
+                        R"(","value":")" + pair.substr(equals + 1) + "\"}}");
     }
-    return first;
-}
-
-/// The same for the first batch.
-int replyUnchanged(Peer& client, const TestSupport::ChildProcess& program, const Words& pairs) {
-    const int fence = replyUnchanged(client, program, 2, pairs);
-    replyToFence(client, program, fence);
-    return fence + 1;
 }
 
 constexpr const char* notTheDevice =
@@ -77,15 +76,14 @@ TEST_F(SettingsCtlLoad, SendsOneBatchAndPrintsTheResultOfEachKey) {
     auto program = start(R"({"timezone":"Europe/Paris","deviceName":"Den","friendlyName":"TV"})");
     Peer client = host.accept();
     greet(client, program);
-    const Words pairs{"deviceName=Den", "friendlyName=TV", "timezone=Europe/Paris"};
-    EXPECT_EQ(pairsOf(client.receiveLine()), pairs);
+    EXPECT_EQ(parse(client.receiveLine()).pairs, (Words{"deviceName=Den", "friendlyName=TV", "timezone=Europe/Paris"}));
     client.sendLine(event("deviceName", "TV", "Den"));
-    client.sendLine(changeAnswer(program, 2, R"({"outcome":"changed","settingDBId":"deviceName","value":"Den"})"));
-    client.sendLine(changeAnswer(program, 3, R"({"outcome":"unchanged","settingDBId":"friendlyName","value":"TV"})"));
-    client.sendLine(changeAnswer(program, 4,
+    client.sendLine(changeAnswer(program, 1, R"({"outcome":"changed","settingDBId":"deviceName","value":"Den"})"));
+    client.sendLine(changeAnswer(program, 2, R"({"outcome":"unchanged","settingDBId":"friendlyName","value":"TV"})"));
+    client.sendLine(changeAnswer(program, 3,
                                  R"({"outcome":"refused","reason":"not-stored","message":"the disk is full",)"
                                  R"("settingDBId":"timezone","value":"UTC"})"));
-    replyToFence(client, program, 5);
+    replyToFence(client);
     EXPECT_TRUE(client.clientCloses());
     expectEnd(program, 1, "deviceName: 'TV' -> 'Den'\nfriendlyName: unchanged\n",
               "settingsctl: 'timezone' was refused: the disk is full; see the host's log\n");
@@ -95,9 +93,10 @@ TEST_F(SettingsCtlLoad, ReportsWhatItCannotSendAndDoesTheRest) {
     auto program = start(R"({"DeviceName":"Den","handsFreeEnabled":true,"timezone":null,"deviceName":"Den"})");
     Peer client = host.accept();
     greet(client, program);
-    const Words pairs{"deviceName=Den"};
-    EXPECT_EQ(pairsOf(client.receiveLine()), pairs);
-    replyUnchanged(client, program, pairs);
+    const Batch batch = parse(client.receiveLine());
+    EXPECT_EQ(batch.pairs, Words{"deviceName=Den"});
+    replyUnchanged(client, batch);
+    replyToFence(client);
     expectEnd(program, 1, "deviceName: unchanged\n",
               "settingsctl: unknown key 'DeviceName'; did you mean 'deviceName'? --any-key accepts any key\n"
               "settingsctl: 'handsFreeEnabled' was refused: its value must be a string\n"
@@ -108,9 +107,10 @@ TEST_F(SettingsCtlLoad, AcceptsAnyKeyWhenTold) {
     auto program = start(R"({"ownKey":"own value"})", {"--any-key"});
     Peer client = host.accept();
     greet(client, program);
-    const Words pairs{"ownKey=own value"};
-    EXPECT_EQ(pairsOf(client.receiveLine()), pairs);
-    replyUnchanged(client, program, pairs);
+    const Batch batch = parse(client.receiveLine());
+    EXPECT_EQ(batch.pairs, Words{"ownKey=own value"});
+    replyUnchanged(client, batch);
+    replyToFence(client);
     expectEnd(program, 0, "ownKey: unchanged\n", "");
 }
 
@@ -118,7 +118,8 @@ TEST_F(SettingsCtlLoad, WarnsOfAValueThatIsNotListed) {
     auto program = start(R"({"captionsFontSize":"FONT_HUGE"})");
     Peer client = host.accept();
     greet(client, program);
-    replyUnchanged(client, program, pairsOf(client.receiveLine()));
+    replyUnchanged(client, parse(client.receiveLine()));
+    replyToFence(client);
     const TestSupport::Finished end = finish(program);
     EXPECT_EQ(end.output, "captionsFontSize: unchanged\n");
     EXPECT_EQ(end.errors.rfind("settingsctl: 'FONT_HUGE' is not a listed value of 'captionsFontSize': FONT_SMALL, ", 0),
@@ -138,13 +139,13 @@ TEST_F(SettingsCtlLoad, SendsSeveralBatchesOfMoreThan64Settings) {
     auto program = start(text + "}", {"--any-key"});
     Peer client = host.accept();
     greet(client, program);
-    const Words first = pairsOf(client.receiveLine());
-    EXPECT_EQ(first.size(), 64U);
-    int number = replyUnchanged(client, program, first);
-    for (const std::size_t size : {64U, 2U}) {
-        const Words pairs = pairsOf(client.receiveLine());
-        EXPECT_EQ(pairs.size(), size);
-        number = replyUnchanged(client, program, number, pairs);
+    for (const std::size_t size : {64U, 64U, 2U}) {
+        const Batch batch = parse(client.receiveLine());
+        EXPECT_EQ(batch.pairs.size(), size);
+        replyUnchanged(client, batch);
+        if (batch.pairs.front() == "key100=v") {
+            replyToFence(client);
+        }
     }
     expectEnd(program, 0, lines, "");
 }
@@ -154,10 +155,16 @@ TEST_F(SettingsCtlLoad, SendsSeveralBatchesOfMoreThanAFrame) {
     auto program = start(R"({"deviceName":")" + large + R"(","friendlyName":")" + large + "\"}");
     Peer client = host.accept();
     greet(client, program);
-    const int number = replyUnchanged(client, program, pairsOf(client.receiveLine()));
-    const std::string second = client.receiveLine();
-    EXPECT_LE(second.size(), 65536U);
-    replyUnchanged(client, program, number, pairsOf(second));
+    for (const std::string key : {"deviceName", "friendlyName"}) {
+        const std::string frame = client.receiveLine();
+        EXPECT_LE(frame.size(), 65536U);
+        const Batch batch = parse(frame);
+        EXPECT_EQ(batch.pairs, Words{key + "=" + large});
+        replyUnchanged(client, batch);
+        if (key == "deviceName") {
+            replyToFence(client);
+        }
+    }
     expectEnd(program, 0, "deviceName: unchanged\nfriendlyName: unchanged\n", "");
 }
 
@@ -165,14 +172,14 @@ TEST_F(SettingsCtlLoad, TakesTheLastOfMembersWithOneName) {
     auto program = start(R"({"deviceName":"Den","deviceName":"Attic"})");
     Peer client = host.accept();
     greet(client, program);
-    EXPECT_EQ(pairsOf(client.receiveLine()), Words{"deviceName=Attic"});
+    EXPECT_EQ(parse(client.receiveLine()).pairs, Words{"deviceName=Attic"});
 }
 
 TEST_F(SettingsCtlLoad, PrintsWhatWouldChangeOnly) {
     auto program = start(R"({"deviceName":"Den","friendlyName":"TV","captionsEnabled":"true","orliaLocale":"en-US"})",
                          {"--dry-run"});
     Peer client = host.accept();
-    greet(client, program, 2);
+    greet(client, program);
     EXPECT_EQ(client.receiveLine(),
               getRequest(program, 1, R"(["captionsEnabled","deviceName","friendlyName","orliaLocale"])"));
     client.sendLine(getReply(program, 1, R"({"deviceName":"TV","friendlyName":"TV","captionsEnabled":"true"})"));
@@ -185,14 +192,14 @@ TEST_F(SettingsCtlLoad, PrintsTheResultsAsJson) {
         const bool dryRun = options.size() > 1;
         auto program = start(R"({"deviceName":"Den"})", options);
         Peer client = host.accept();
-        greet(client, program, dryRun ? 2 : 1);
+        greet(client, program);
         client.receiveLine();
         client.sendLine(event("deviceName", "TV", "Den"));
         client.sendLine(
             dryRun ? getReply(program, 1, R"({"deviceName":"TV"})")
-                   : changeAnswer(program, 2, R"({"outcome":"changed","settingDBId":"deviceName","value":"Den"})"));
+                   : changeAnswer(program, 1, R"({"outcome":"changed","settingDBId":"deviceName","value":"Den"})"));
         if (!dryRun) {
-            replyToFence(client, program, 3);
+            replyToFence(client);
         }
         expectEnd(program, 0, "{\"from\":\"TV\",\"key\":\"deviceName\",\"result\":\"changed\",\"to\":\"Den\"}\n", "");
     }
@@ -233,7 +240,7 @@ TEST_F(SettingsCtlLoad, ReadsStandardInput) {
         {"sh", "-c", "exec " SETTINGSCTL_PROGRAM " --socket \"$0\" load - < \"$1\"", host.settingsPath(), file});
     Peer client = host.accept();
     greet(client, program);
-    EXPECT_EQ(pairsOf(client.receiveLine()), Words{"deviceName=Den"});
+    EXPECT_EQ(parse(client.receiveLine()).pairs, Words{"deviceName=Den"});
 }
 
 TEST(SettingsCtlDump, PrintsTheSettingsThatAnyoneMaySet) {
@@ -253,7 +260,7 @@ TEST(SettingsCtlDump, PrintsTheSettingsThatAnyoneMaySet) {
         const FakeHost host;
         auto program = host.start(arguments);
         Peer client = host.accept();
-        greet(client, program, 2);
+        greet(client, program);
         EXPECT_EQ(client.receiveLine(), getRequest(program, 1, "[]"));
         client.sendLine(getReply(program, 1, settings));
         EXPECT_TRUE(client.clientCloses());
@@ -265,7 +272,7 @@ TEST(SettingsCtlDump, PrintsAnEmptyObjectWithoutValues) {
     const FakeHost host;
     auto program = host.start({"dump"});
     Peer client = host.accept();
-    greet(client, program, 2);
+    greet(client, program);
     client.receiveLine();
     client.sendLine(getReply(program, 1, "{}"));
     expectEnd(program, 0, "{}\n", "");

@@ -32,8 +32,8 @@ TestSupport::Finished runHistory(std::vector<std::string> arguments, const std::
     auto program = host.start(std::move(arguments));
     Peer client = host.accept();
     greet(client, program);
-    EXPECT_EQ(client.receiveLine(), queryFrame(program, 2, "history", asked));
-    client.sendLine(eventsReply(program, 2, bySomebody + "," + byName + "," + byTheDevice));
+    EXPECT_EQ(client.receiveLine(), queryFrame(program, 1, "history", asked));
+    client.sendLine(eventsReply(program, 1, bySomebody + "," + byName + "," + byTheDevice));
     EXPECT_TRUE(client.clientCloses());
     return finish(program);
 }
@@ -41,8 +41,8 @@ TestSupport::Finished runHistory(std::vector<std::string> arguments, const std::
 /// Answers `undo` until it has sent its change. Returns: that request.
 std::string replyToUndo(Peer& client, const TestSupport::ChildProcess& program, const std::string& events) {
     greet(client, program);
-    EXPECT_EQ(client.receiveLine(), queryFrame(program, 2, "history", R"({"settingDBId":"deviceName","limit":1})"));
-    client.sendLine(eventsReply(program, 2, events));
+    EXPECT_EQ(client.receiveLine(), queryFrame(program, 1, "history", R"({"settingDBId":"deviceName","limit":1})"));
+    client.sendLine(eventsReply(program, 1, events));
     return events.empty() ? "" : client.receiveLine();
 }
 
@@ -113,10 +113,10 @@ TEST(SettingsCtlUndo, SetsTheValueBeforeTheNewestChange) {
     auto program = host.start({"undo", "deviceName"});
     Peer client = host.accept();
     const std::string request = replyToUndo(client, program, bySomebody);
-    EXPECT_EQ(withoutTimestamp(request), setRequest(program, 3, "deviceName", "TV"));
+    EXPECT_EQ(withoutTimestamp(request), setRequest(program, 2, "deviceName", "TV"));
     client.sendLine(event("deviceName", "Den", "TV"));
-    client.sendLine(changeAnswer(program, 3, R"({"outcome":"changed","settingDBId":"deviceName","value":"TV"})"));
-    replyToFence(client, program, 4);
+    client.sendLine(changeAnswer(program, 2, R"({"outcome":"changed","settingDBId":"deviceName","value":"TV"})"));
+    replyToFence(client);
     EXPECT_TRUE(client.clientCloses());
     expectEnd(program, 0, "deviceName: 'Den' -> 'TV'\n", "");
 }
@@ -137,10 +137,10 @@ TEST(SettingsCtlUndo, ReportsARefusal) {
     auto program = host.start({"undo", "deviceName", "--json"});
     Peer client = host.accept();
     replyToUndo(client, program, bySomebody);
-    client.sendLine(changeAnswer(program, 3,
+    client.sendLine(changeAnswer(program, 2,
                                  R"({"outcome":"refused","reason":"not-stored","message":"the disk is full",)"
                                  R"("settingDBId":"deviceName","value":"Den"})"));
-    replyToFence(client, program, 4);
+    replyToFence(client);
     expectEnd(program, 1,
               R"({"from":"Den","key":"deviceName","reason":"not-stored","result":"refused","to":"TV"})"
               "\n",
@@ -151,11 +151,11 @@ TEST(SettingsCtlReset, SetsTheDefault) {
     const FakeHost host;
     auto program = host.start({"reset", "captionsFontSize"});
     Peer client = host.accept();
-    greet(client, program, 3);
+    greet(client, program);
     EXPECT_EQ(withoutTimestamp(client.receiveLine()), setRequest(program, 1, "captionsFontSize", "FONT_MEDIUM"));
     client.sendLine(
         changeAnswer(program, 1, R"({"outcome":"unchanged","settingDBId":"captionsFontSize","value":"FONT_MEDIUM"})"));
-    replyToFence(client, program, 2);
+    replyToFence(client);
     EXPECT_TRUE(client.clientCloses());
     expectEnd(program, 0, "captionsFontSize: unchanged\n", "");
 }
