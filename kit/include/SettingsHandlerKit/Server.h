@@ -82,7 +82,7 @@ public:
     /// Options for a handler: GetSettings gathers no more than there is memory for.
     CheckedSettingsHandler::Options handlerOptions() const;
     /// Observes `storage` from now on: its health, metrics and removed values; backs it up once a day; keeps the secret
-    /// of the cookies in it.
+    /// of the cookies in it; empties the history of events when it is cleared.
     void watch(Storage& storage);
     /// From now on a request that `handler` rejects, or refuses for want of memory, is reported as such.
     void watch(const std::shared_ptr<CheckedSettingsHandler>& handler);

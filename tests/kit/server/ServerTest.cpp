@@ -235,10 +235,11 @@ TEST_F(ServerTest, ANewPageKeyIsStoredFirst) {
     EXPECT_NE(*renewed, before);
     EXPECT_EQ(*renewed, server.pageAddress());
     EXPECT_EQ(log.take(), std::vector<std::string>{"1 settings-host:the pages have a new key"});
-    // "a" to "d" are of the key and secret that were not made, and of those of the start; "f" is the second secret.
+    // "a" names the run; "b" to "e" are of the key and secret that were not made, and of those of the start; "g" is the
+    // second secret.
     std::string secret;
     for (int number = 0; number < 32; ++number) {
-        secret += "66";
+        secret += "67";
     }
     EXPECT_EQ(storage.state("web")->load("cookieSecret"), secret);
 }
