@@ -30,7 +30,7 @@ void call(const std::function<void(Arguments...)>& observer, Arguments... argume
 
 Session::Session(Options chosen)
     : options(std::move(chosen)),
-      helloId(newMessageId()),
+      helloId(options.name + "-" + std::to_string(::getpid()) + "-hello"),
       interval(shortestInterval) {
     setTimer();
 }

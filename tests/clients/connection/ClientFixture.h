@@ -31,7 +31,7 @@ protected:
     }
     /// The message id of request `number`, counted from 1; 0 is hello.
     static std::string id(int number) {
-        return "kitchen-" + std::to_string(::getpid()) + "-" + std::to_string(number + 1);
+        return "kitchen-" + std::to_string(::getpid()) + "-" + (number == 0 ? "hello" : std::to_string(number));
     }
     /// What the client sends on a new connection.
     static std::string hello(const std::string& resume = "") {
