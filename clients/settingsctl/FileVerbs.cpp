@@ -83,10 +83,12 @@ Wanted readFile(const Context& context, const std::string& file) {
             printError(*fault);
             wanted.hasFaults = true;
         } else {
+            // Of members with the same name the last one counts.
             values[key] = std::string(member.value.GetString(), member.value.GetStringLength());
         }
     }
     for (const auto& [key, value] : values) {
+        warnOfUnlistedChoice(context, key, value);
         wanted.assignments.push_back({key, value});
     }
     return wanted;
@@ -144,16 +146,17 @@ ExitStatus printPrediction(const Context& context, SettingsClient::Client& clien
 }  // namespace
 
 ExitStatus dump(const Context& context) {
-    SettingsClient::Client client = context.client();
-    auto values = client.get();
+    std::map<std::string, std::string> values;
     std::string lines;
-    for (const auto& [key, value] : values) {
+    for (const auto& [key, value] : context.client().get()) {
         const auto* const setting = Wire::findSetting(key);
         if (setting != nullptr && !setting->setByDeviceOnly) {
+            values[key] = value;
             lines += (lines.empty() ? "{\n  " : ",\n  ") + jsonString(key) + ": " + jsonString(value);
         }
     }
-    printLine(context.style, lines.empty() ? "{}" : lines + "\n}");
+    // A setting a line, for people and for tools that compare lines.
+    printLine(context.style, context.style.json || values.empty() ? jsonObject(values) : lines + "\n}");
     return DONE;
 }
 

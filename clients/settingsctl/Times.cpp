@@ -9,11 +9,8 @@ std::string localTime(std::int64_t milliseconds) {
     const auto seconds = static_cast<std::time_t>(milliseconds / 1000);
     std::tm parts{};
     std::array<char, 64> text{};
-    if (::localtime_r(&seconds, &parts) == nullptr ||
-        std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &parts) == 0) {
-        return std::to_string(milliseconds);
-    }
-    return text.data();
+    ::localtime_r(&seconds, &parts);
+    return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &parts)};
 }
 
 }  // namespace SettingsCtl

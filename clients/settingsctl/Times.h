@@ -5,8 +5,7 @@
 
 namespace SettingsCtl {
 
-/// Milliseconds since the epoch as "2026-11-22 10:17:49" in the user's time zone; the number itself where no calendar
-/// has the date.
+/// Milliseconds since the epoch as "2026-11-22 10:17:49" in the user's time zone.
 std::string localTime(std::int64_t milliseconds);
 
 }  // namespace SettingsCtl

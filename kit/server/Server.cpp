@@ -59,6 +59,10 @@ std::shared_ptr<ValueObserver> Server::valueObserver() const {
     return parts->hub;
 }
 
+std::shared_ptr<ClientListener> Server::clients() const {
+    return parts->hub;
+}
+
 std::shared_ptr<TrafficObserver> Server::traffic() const {
     return parts->traffic;
 }

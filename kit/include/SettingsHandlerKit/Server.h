@@ -72,6 +72,9 @@ public:
     std::shared_ptr<Metrics::MetricsDelegateInterface> metrics() const;
     /// To be told of values that change at their owner without a call of the handler: clients get a notice.
     std::shared_ptr<ValueObserver> valueObserver() const;
+    /// For connections that are not sockets, in tests or over a bus: told of clients and their frames, it serves them
+    /// like those of the Unix socket. Threads: the server's.
+    std::shared_ptr<ClientListener> clients() const;
     /// For an endpoint's listener: tell it of connections, frames and refusals, and they are counted.
     std::shared_ptr<TrafficObserver> traffic() const;
     /// Adds an observer of the traffic of all clients.

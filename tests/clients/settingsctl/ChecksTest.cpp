@@ -1,4 +1,5 @@
 #include <filesystem>
+#include <fstream>
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -6,7 +7,10 @@
 #include "Checks.h"
 #include "support/TemporaryDirectory.h"
 
-using namespace SettingsCtl;
+using SettingsCtl::checkPages;
+using SettingsCtl::checkSocket;
+using SettingsCtl::checkStatus;
+using SettingsCtl::Findings;
 
 namespace {
 
@@ -39,9 +43,8 @@ protected:
 
     Lines linesFor(mode_t socketMode, mode_t folderMode) {
         std::filesystem::create_directory(host);
-        const int file = ::open(path.c_str(), O_CREAT | O_CLOEXEC, 0600);
-        ::fchmod(file, socketMode);
-        ::close(file);
+        std::ofstream(path).close();
+        ::chmod(path.c_str(), socketMode);
         ::chmod(host.c_str(), folderMode);
         return linesOf(checkSocket("socket", path));
     }
@@ -126,7 +129,7 @@ TEST(SettingsCtlCheckOfTheStatus, ReportsAClockBehindATimeStamp) {
               "19:33:21, so later changes of it are refused: set the clock, or use 'settingsctl set --force'");
     EXPECT_EQ(lineFor(R"({"":9223372036854775807})"),
               "wrong clock: it shows 2025-12-17 19:33:20, but a setting that the catalogue does not have was set with "
-              "the time stamp of 9223372036854775807, so later changes of it are refused: set the clock, or use "
+              "the time stamp of 292278994-08-17 07:12:55, so later changes of it are refused: set the clock, or use "
               "'settingsctl set --force'");
     EXPECT_EQ(linesOf(status(R"("now":5000)")).at(1), "wrong clock: it shows 1970-01-01 00:00:05: set it");
 }

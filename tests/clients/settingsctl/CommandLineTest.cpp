@@ -42,7 +42,7 @@ const std::vector<Misuse> misuses{
     {{"\x1b[31m"}, "The following argument was not expected: \\x1b[31m; see settingsctl --help"},
     {{"set"}, "KEY is required; see settingsctl --help"},
     {{"set", "k"}, "VALUE is required; see settingsctl --help"},
-    {{"set", "k", "v", "w"}, "The following argument was not expected: w; see settingsctl --help"},
+    {{"set", "k", "v", "w"}, "'w' has no VALUE"},
     {{"set", "k", "--v"}, "VALUE is required; see settingsctl --help"},
     {{"list", "k"}, "The following argument was not expected: k; see settingsctl --help"},
     {{"device", "locale"}, "VALUE is required; see settingsctl --help"},

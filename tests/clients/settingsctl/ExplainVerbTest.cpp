@@ -26,21 +26,21 @@ TestSupport::Finished runExplain(const std::string& key, std::vector<std::string
     auto program = host.start(options);
     Peer client = host.accept();
     greet(client, program);
-    EXPECT_EQ(client.receiveLine(), query(program, 2, "catalogue"));
-    client.sendLine(query(program, 2, "catalogue",
-                          std::string(R"({"settings":[)") + deviceName + "," + captions + "," + fontSize + "]}"));
-    EXPECT_EQ(client.receiveLine(), getRequest(program, 3, key.empty() ? "[]" : "[\"" + key + "\"]"));
+    EXPECT_EQ(client.receiveLine(), queryFrame(program, 1, "catalogue"));
+    client.sendLine(queryFrame(program, 1, "catalogue",
+                               std::string(R"({"settings":[)") + deviceName + "," + captions + "," + fontSize + "]}"));
+    EXPECT_EQ(client.receiveLine(), getRequest(program, 2, key.empty() ? "[]" : "[\"" + key + "\"]"));
     client.sendLine(
-        getReply(program, 3, key == "ownKey" ? "{}" : R"({"deviceName":"A\ttic","captionsEnabled":"false"})"));
+        getReply(program, 2, key == "ownKey" ? "{}" : R"({"deviceName":"A\ttic","captionsEnabled":"false"})"));
     EXPECT_EQ(client.receiveLine(),
-              query(program, 4, "history", key.empty() ? "{}" : R"({"settingDBId":")" + key + "\"}"));
+              queryFrame(program, 3, "history", key.empty() ? "{}" : R"({"settingDBId":")" + key + "\"}"));
     const std::string changes =
         R"({"type":25,"messageId":"1","timestamp":1766000000000,"sequence":1,"origin":"page",)"
         R"("payload":{"settingDBId":"deviceName","from":"TV","to":"Den"}},)"
         R"({"type":25,"messageId":"2","timestamp":1766000001000,"sequence":2,"origin":"socket",)"
         R"("client":"kitchen-remote","payload":{"settingDBId":"deviceName","from":"Den","to":"A\ttic"}})";
     const bool isChanged = key.empty() || key == "deviceName";
-    client.sendLine(query(program, 4, "history", R"({"events":[)" + (isChanged ? changes : "") + "]}"));
+    client.sendLine(queryFrame(program, 3, "history", R"({"events":[)" + (isChanged ? changes : "") + "]}"));
     EXPECT_TRUE(client.clientCloses());
     return finish(program);
 }

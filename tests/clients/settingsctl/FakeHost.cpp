@@ -31,13 +31,24 @@ std::string bareRequest(int type, const ChildProcess& program, int number) {
     return R"({"type":)" + std::to_string(type) + R"(,"messageId":")" + messageId(program, number) + R"("})";
 }
 
-std::string query(const ChildProcess& program, int number, const std::string& name, const std::string& body) {
+std::string queryFrame(const ChildProcess& program, int number, const std::string& name, const std::string& body) {
     return R"({"messageId":")" + messageId(program, number) + R"(",")" + name + "\":" + body + "}";
 }
 
-void greet(Peer& client, const ChildProcess& program, int number) {
-    EXPECT_EQ(client.receiveLine(), query(program, number, "hello", R"({"client":"settingsctl"})"));
-    client.sendLine(query(program, number, "hello", R"({"version":"1.1.0","run":"run","sequence":0})"));
+void greet(Peer& client, const ChildProcess& program) {
+    const std::string start = R"({"messageId":"settingsctl-)" + std::to_string(program.pid()) + R"(-hello","hello":)";
+    EXPECT_EQ(client.receiveLine(), start + R"({"client":"settingsctl"}})");
+    client.sendLine(start + R"({"version":"1.1.0","run":"run","sequence":0}})");
+}
+
+std::string changeAnswer(const ChildProcess& program, int number, const std::string& payload) {
+    return R"({"type":24,"messageId":")" + messageId(program, number) + R"(","payload":)" + payload + "}";
+}
+
+void replyToFence(Peer& client) {
+    const std::string request = client.receiveLine();
+    EXPECT_EQ(request.rfind(R"({"type":18,"messageId":)", 0), 0U) << request;
+    client.sendLine(request.substr(0, request.size() - 1) + R"(,"payload":{"isOrliaSelectedAsVA":true}})");
 }
 
 std::string getReply(const ChildProcess& program, int number, const std::string& settings) {

@@ -41,11 +41,18 @@ std::string getRequest(const TestSupport::ChildProcess& program, int number, con
 std::string bareRequest(int type, const TestSupport::ChildProcess& program, int number);
 
 /// `{"messageId":…,NAME:BODY}`: a frame without type of the program, or the host's reply to it.
-std::string query(const TestSupport::ChildProcess& program, int number, const std::string& name,
+std::string queryFrame(const TestSupport::ChildProcess& program, int number, const std::string& name,
                   const std::string& body = "{}");
 
-/// Takes the program's hello, its frame of that number, and replies as a host of wire 1.1.
-void greet(Peer& client, const TestSupport::ChildProcess& program, int number = 1);
+/// Takes the program's hello, and replies as a host of wire 1.1.
+void greet(Peer& client, const TestSupport::ChildProcess& program);
+
+/// The host's answer to the program's SetSettings request of that number.
+std::string changeAnswer(const TestSupport::ChildProcess& program, int number, const std::string& payload);
+
+/// Takes the request that follows the first change, and replies: a host that gives no answers has then served the
+/// change.
+void replyToFence(Peer& client);
 
 /// Frames as a host sends them.
 std::string getReply(const TestSupport::ChildProcess& program, int number, const std::string& settings);

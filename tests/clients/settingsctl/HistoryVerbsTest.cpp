@@ -22,7 +22,7 @@ const std::string byName = pastEvent(2, "Den", "At\\u001btic", "page", "kitchen-
 const std::string byTheDevice = pastEvent(3, "At\\u001btic", "TV", "device");
 
 std::string eventsReply(const TestSupport::ChildProcess& program, int number, const std::string& events) {
-    return query(program, number, "history", R"({"events":[)" + events + "]}");
+    return queryFrame(program, number, "history", R"({"events":[)" + events + "]}");
 }
 
 /// Runs the program against a host with three events. `asked`: the body of the request.
@@ -32,8 +32,8 @@ TestSupport::Finished runHistory(std::vector<std::string> arguments, const std::
     auto program = host.start(std::move(arguments));
     Peer client = host.accept();
     greet(client, program);
-    EXPECT_EQ(client.receiveLine(), query(program, 2, "history", asked));
-    client.sendLine(eventsReply(program, 2, bySomebody + "," + byName + "," + byTheDevice));
+    EXPECT_EQ(client.receiveLine(), queryFrame(program, 1, "history", asked));
+    client.sendLine(eventsReply(program, 1, bySomebody + "," + byName + "," + byTheDevice));
     EXPECT_TRUE(client.clientCloses());
     return finish(program);
 }
@@ -41,25 +41,22 @@ TestSupport::Finished runHistory(std::vector<std::string> arguments, const std::
 /// Answers `undo` until it has sent its change. Returns: that request.
 std::string replyToUndo(Peer& client, const TestSupport::ChildProcess& program, const std::string& events) {
     greet(client, program);
-    EXPECT_EQ(client.receiveLine(), query(program, 2, "history", R"({"settingDBId":"deviceName","limit":1})"));
-    client.sendLine(eventsReply(program, 2, events));
+    EXPECT_EQ(client.receiveLine(), queryFrame(program, 1, "history", R"({"settingDBId":"deviceName","limit":1})"));
+    client.sendLine(eventsReply(program, 1, events));
     return events.empty() ? "" : client.receiveLine();
 }
 
 /// The request without its time stamp.
 std::string withoutTimestamp(const std::string& request) {
     const std::size_t begin = request.find("\"timestamp\"");
-    return begin == std::string::npos ? request : request.substr(0, begin) + request.substr(request.find(',', begin) + 1);
+    return begin == std::string::npos ? request
+                                      : request.substr(0, begin) + request.substr(request.find(',', begin) + 1);
 }
 
 std::string setRequest(const TestSupport::ChildProcess& program, int number, const std::string& key,
                        const std::string& value) {
     return R"({"type":24,"messageId":")" + messageId(program, number) +
            R"(","answer":true,"payload":{"settingDBId":")" + key + R"(","to":")" + value + R"("}})";
-}
-
-std::string answer(const TestSupport::ChildProcess& program, int number, const std::string& payload) {
-    return R"({"type":24,"messageId":")" + messageId(program, number) + R"(","payload":)" + payload + "}";
 }
 
 class SettingsCtlHistory : public testing::Test {
@@ -116,9 +113,10 @@ TEST(SettingsCtlUndo, SetsTheValueBeforeTheNewestChange) {
     auto program = host.start({"undo", "deviceName"});
     Peer client = host.accept();
     const std::string request = replyToUndo(client, program, bySomebody);
-    EXPECT_EQ(withoutTimestamp(request), setRequest(program, 3, "deviceName", "TV"));
+    EXPECT_EQ(withoutTimestamp(request), setRequest(program, 2, "deviceName", "TV"));
     client.sendLine(event("deviceName", "Den", "TV"));
-    client.sendLine(answer(program, 3, R"({"outcome":"changed","settingDBId":"deviceName","value":"TV"})"));
+    client.sendLine(changeAnswer(program, 2, R"({"outcome":"changed","settingDBId":"deviceName","value":"TV"})"));
+    replyToFence(client);
     EXPECT_TRUE(client.clientCloses());
     expectEnd(program, 0, "deviceName: 'Den' -> 'TV'\n", "");
 }
@@ -139,9 +137,10 @@ TEST(SettingsCtlUndo, ReportsARefusal) {
     auto program = host.start({"undo", "deviceName", "--json"});
     Peer client = host.accept();
     replyToUndo(client, program, bySomebody);
-    client.sendLine(answer(program, 3,
-                           R"({"outcome":"refused","reason":"not-stored","message":"the disk is full",)"
-                           R"("settingDBId":"deviceName","value":"Den"})"));
+    client.sendLine(changeAnswer(program, 2,
+                                 R"({"outcome":"refused","reason":"not-stored","message":"the disk is full",)"
+                                 R"("settingDBId":"deviceName","value":"Den"})"));
+    replyToFence(client);
     expectEnd(program, 1,
               R"({"from":"Den","key":"deviceName","reason":"not-stored","result":"refused","to":"TV"})"
               "\n",
@@ -153,9 +152,10 @@ TEST(SettingsCtlReset, SetsTheDefault) {
     auto program = host.start({"reset", "captionsFontSize"});
     Peer client = host.accept();
     greet(client, program);
-    EXPECT_EQ(withoutTimestamp(client.receiveLine()), setRequest(program, 2, "captionsFontSize", "FONT_MEDIUM"));
+    EXPECT_EQ(withoutTimestamp(client.receiveLine()), setRequest(program, 1, "captionsFontSize", "FONT_MEDIUM"));
     client.sendLine(
-        answer(program, 2, R"({"outcome":"unchanged","settingDBId":"captionsFontSize","value":"FONT_MEDIUM"})"));
+        changeAnswer(program, 1, R"({"outcome":"unchanged","settingDBId":"captionsFontSize","value":"FONT_MEDIUM"})"));
+    replyToFence(client);
     EXPECT_TRUE(client.clientCloses());
     expectEnd(program, 0, "captionsFontSize: unchanged\n", "");
 }

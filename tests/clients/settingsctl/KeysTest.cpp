@@ -4,7 +4,7 @@
 #include "Keys.h"
 #include "Wire/Catalogue.h"
 
-using namespace SettingsCtl;
+using SettingsCtl::nearestKey;
 
 TEST(SettingsCtlNearestKey, IsAKeyItself) {
     for (const auto& setting : Wire::catalogue()) {

@@ -151,7 +151,7 @@ TEST(SettingsCtlGet, PrintsDifferentValuesDifferently) {
 
 namespace {
 
-TestSupport::Finished list(std::vector<std::string> options) {
+TestSupport::Finished runList(std::vector<std::string> options) {
     options.insert(options.begin(), {SETTINGSCTL_PROGRAM, "list"});
     return TestSupport::run(options, {{"XDG_RUNTIME_DIR", "/nowhere"}});
 }
@@ -169,18 +169,18 @@ TEST(SettingsCtlList, PrintsTheKeysOfAllSettingsInOrderWithoutAHost) {
         lines += key + "\n";
         json += (json.empty() ? "[\"" : ",\"") + key + "\"";
     }
-    const auto text = list({});
+    const auto text = runList({});
     EXPECT_EQ(text.output, lines);
     EXPECT_EQ(text.output.rfind("captionsEnabled\ncaptionsFontSize\n", 0), 0U) << text.output;
     EXPECT_EQ(text.errors, "");
     EXPECT_EQ(text.status, 0);
-    const auto array = list({"--json"});
+    const auto array = runList({"--json"});
     EXPECT_EQ(array.output, json + "]\n");
     EXPECT_EQ(array.status, 0);
 }
 
 TEST(SettingsCtlList, PrintsNothingWhenQuiet) {
-    const auto end = list({"--quiet"});
+    const auto end = runList({"--quiet"});
     EXPECT_EQ(end.output + end.errors, "");
     EXPECT_EQ(end.status, 0);
 }
