@@ -103,7 +103,8 @@ private:
 
     /// A hello has no answer yet.
     bool isGreeting = false;
-    std::string helloId;
+    /// The same on each connection.
+    const std::string helloId;
     bool helloResumes = false;
     Connection::Deadline helloDeadline;
     std::string version;

@@ -17,6 +17,7 @@
 
 namespace ClientTests {
 
+using Lines = std::vector<std::string>;
 using TestSupport::waitTimeout;
 
 /// A client, and the socket of a host whose role the test takes.
@@ -28,25 +29,28 @@ protected:
                R"(,"origin":"socket")" + members + R"(,"payload":{"settingDBId":")" + key + R"(","from":")" + from +
                R"(","to":")" + to + R"("}})";
     }
-    static std::string id(const std::string& number) { return "kitchen-" + std::to_string(::getpid()) + "-" + number; }
+    /// The message id of request `number`, counted from 1; 0 is hello.
+    static std::string id(int number) {
+        return "kitchen-" + std::to_string(::getpid()) + "-" + (number == 0 ? "hello" : std::to_string(number));
+    }
     /// What the client sends on a new connection.
     static std::string hello(const std::string& resume = "") {
-        return R"({"messageId":")" + id("hello") + R"(","hello":{"client":"kitchen")" + resume + "}}";
+        return R"({"messageId":")" + id(0) + R"(","hello":{"client":"kitchen")" + resume + "}}";
     }
     static std::string resume(const std::string& run, int sequence) {
         return R"(,"resume":{"run":")" + run + R"(","sequence":)" + std::to_string(sequence) + "}";
     }
     static std::string helloAnswer(const std::string& run, int sequence, const std::string& members = "") {
-        return R"({"messageId":")" + id("hello") + R"(","hello":{"version":"1.1.0","run":")" + run +
-               R"(","sequence":)" + std::to_string(sequence) + members + "}}";
+        return R"({"messageId":")" + id(0) + R"(","hello":{"version":"1.1.0","run":")" + run + R"(","sequence":)" +
+               std::to_string(sequence) + members + "}}";
     }
     static std::string refusal(const std::string& code, const std::string& members = "") {
         return R"({"error":{"code":")" + code + R"(","message":"no")" + members + "}}";
     }
     /// What the host answers to request `number`, of `type`.
     static std::string reply(int type, int number, const std::string& payload) {
-        return R"({"type":)" + std::to_string(type) + R"(,"messageId":")" + id(std::to_string(number)) +
-               R"(","payload":)" + payload + "}";
+        return R"({"type":)" + std::to_string(type) + R"(,"messageId":")" + id(number) + R"(","payload":)" + payload +
+               "}";
     }
 
     SettingsClient::Options options() const { return {"kitchen", {{path}}, waitTimeout}; }
@@ -80,7 +84,7 @@ protected:
         }
     }
     /// Processes until the observers were told so much since the last time. Returns: what.
-    std::vector<std::string> told(std::size_t count) {
+    Lines told(std::size_t count) {
         processUntil([&] { return record.size() >= count; });
         return std::exchange(record, {});
     }
@@ -112,7 +116,7 @@ protected:
     std::optional<ListeningSocket> listener{std::in_place, path};
     std::optional<SettingsClient::Client> owned{std::in_place, options()};
     SettingsClient::Client& client = *owned;
-    std::vector<std::string> record;
+    Lines record;
 };
 
 }  // namespace ClientTests
