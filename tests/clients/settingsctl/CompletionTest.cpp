@@ -67,7 +67,7 @@ TEST(SettingsCtlComplete, PrintsVerbsWithTheDescriptionsOfTheHelp) {
     EXPECT_EQ(completions({""}), verbs);
     EXPECT_EQ(completions({}), verbs);
     EXPECT_EQ(completions({"--json", "device", ""}), deviceVerbs);
-    EXPECT_NE(printed({""}).find("\nset\tSet KEY to VALUE and print the result\n"), std::string::npos);
+    EXPECT_NE(printed({""}).find("\nreset\tSet KEY to its default and print the result\n"), std::string::npos);
 }
 
 TEST(SettingsCtlComplete, IsHidden) {
@@ -144,6 +144,7 @@ TEST(SettingsCtlComplete, ConnectsToTheHostForACurrentValueOnly) {
     }
     auto program = host.start({"complete", "--socket", host.settingsPath(), "set", "k", ""});
     Peer client = host.accept();
+    greet(client, program);
     EXPECT_EQ(client.receiveLine(), getRequest(program, 1, R"(["k"])"));
     client.sendLine(getReply(program, 1, R"({"k":"current value"})"));
     expectEnd(program, 0, "current value\t\n", "");
@@ -227,6 +228,7 @@ TEST_P(SettingsCtlCompletion, CompletesKeys) {
     EXPECT_EQ(completed("settingsctl get "), keys());
     EXPECT_EQ(completed("settingsctl get timezone captions"), keys("captions"));
     EXPECT_EQ(completed("settingsctl set --json "), keys());
+    EXPECT_EQ(completed("settingsctl set deviceName Den f"), Words{"friendlyName"});
     EXPECT_EQ(completed("settingsctl device setting f"), Words{"friendlyName"});
 }
 
@@ -281,7 +283,7 @@ TEST_P(SettingsCtlCompletion, NeedsNoHostForFixedWords) {
 
 TEST_P(SettingsCtlCompletion, CompletesNothingWhereNoArgumentIsExpected) {
     for (const std::string typed :
-         {"watch ", "set deviceName Den ", "device show ", "device captions on ", "--timeout "}) {
+         {"watch ", "undo deviceName ", "device show ", "device captions on ", "--timeout "}) {
         EXPECT_EQ(completed("settingsctl " + typed), Words{}) << typed;
     }
 }

@@ -13,6 +13,7 @@ namespace {
 void replyToGet(const FakeHost& host, const TestSupport::ChildProcess& program, const std::string& keys,
                 const std::string& settings) {
     Peer client = host.accept();
+    greet(client, program);
     EXPECT_EQ(client.receiveLine(), getRequest(program, 1, keys));
     client.sendLine(getReply(program, 1, settings));
     EXPECT_TRUE(client.clientCloses());
@@ -191,6 +192,7 @@ protected:
         const FakeHost host;
         auto program = host.start(std::move(arguments));
         Peer client = host.accept();
+        greet(client, program);
         EXPECT_EQ(client.receiveLine(), bareRequest(18, program, 1));
         client.sendLine(R"({"type":18,"messageId":")" + messageId(program, 1) +
                         R"(","payload":{"isOrliaSelectedAsVA":)" + (GetParam() ? "true" : "false") + "}}");
