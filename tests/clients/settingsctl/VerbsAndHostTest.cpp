@@ -20,7 +20,8 @@ class SettingsCtlVerbsAndHost : public testing::Test {
 protected:
     TestSupport::Finished run(const Words& arguments) const { return host.run(arguments); }
 
-    void expectRun(const Words& arguments, int status, const std::string& output, const std::string& errors = "") const {
+    void expectRun(const Words& arguments, int status, const std::string& output,
+                   const std::string& errors = "") const {
         const TestSupport::Finished end = run(arguments);
         EXPECT_EQ(end.output, output);
         EXPECT_EQ(end.errors, errors);
@@ -67,9 +68,9 @@ TEST_F(SettingsCtlVerbsAndHost, TellTheHistoryUpToALogOut) {
     run({"set", "deviceName", "Den"});
     run({"device", "setting", "friendlyName", "Attic"});
     run({"reset", "deviceName"});
-    EXPECT_EQ(changes(), (Words{"deviceName: 'TV' -> 'Den' (settingsctl, socket)",
-                                "friendlyName: 'TV' -> 'Attic' (device)",
-                                "deviceName: 'Den' -> 'TV' (settingsctl, socket)"}));
+    EXPECT_EQ(changes(),
+              (Words{"deviceName: 'TV' -> 'Den' (settingsctl, socket)", "friendlyName: 'TV' -> 'Attic' (device)",
+                     "deviceName: 'Den' -> 'TV' (settingsctl, socket)"}));
     EXPECT_EQ(changes({"friendlyName"}), Words{"friendlyName: 'TV' -> 'Attic' (device)"});
     run({"logout"});
     EXPECT_EQ(changes({"deviceName"}), Words{});
@@ -94,7 +95,8 @@ TEST_F(SettingsCtlVerbsAndHost, ResetToTheDefault) {
 TEST_F(SettingsCtlVerbsAndHost, ExplainEverySetting) {
     run({"set", "deviceName", "Den"});
     const std::string text = run({"explain", "deviceName"}).output;
-    EXPECT_EQ(text.rfind("deviceName: Name that the television uses for itself.\n  value    'Den'\n  changed  2", 0), 0U)
+    EXPECT_EQ(text.rfind("deviceName: Name that the television uses for itself.\n  value    'Den'\n  changed  2", 0),
+              0U)
         << text;
     EXPECT_NE(text.find(" from 'TV' (settingsctl, socket)\n  default  'TV'\n"), std::string::npos) << text;
     const std::string all = run({"explain"}).output;
@@ -110,9 +112,10 @@ TEST_F(SettingsCtlVerbsAndHost, LoadWhatWasDumped) {
     const std::string file = write(dumped);
     run({"reset", "deviceName"});
     run({"set", "orliaLocale", R"(["de-DE"])", "timezone", "UTC"});
-    const std::string lines = "deviceName: 'TV' -> 'a\\n\\x1b\"\\\\Küche'\n"
-                              "orliaLocale: '[\"de-DE\"]' -> '[\"fr-FR\",\"en-US\"]'\n"
-                              "timezone: 'UTC' -> 'America/Vancouver'\n";
+    const std::string lines =
+        "deviceName: 'TV' -> 'a\\n\\x1b\"\\\\Küche'\n"
+        "orliaLocale: '[\"de-DE\"]' -> '[\"fr-FR\",\"en-US\"]'\n"
+        "timezone: 'UTC' -> 'America/Vancouver'\n";
     expectRun({"load", "--dry-run", file}, 0, lines);
     EXPECT_EQ(run({"get", "--value", "timezone"}).output, "UTC\n") << "a dry run sets nothing";
     const TestSupport::Finished loaded = run({"load", file});
@@ -166,7 +169,8 @@ TEST_F(SettingsCtlVerbsAndHost, FindWhatIsWrong) {
     EXPECT_EQ(check("clock").rfind("ok    clock: it shows 20", 0), 0U);
 
     ::chmod(host.socketPath().c_str(), 0666);
-    EXPECT_EQ(check("socket").rfind("wrong socket: " + host.socketPath() + " has mode 0666, so every user can ", 0), 0U);
+    EXPECT_EQ(check("socket").rfind("wrong socket: " + host.socketPath() + " has mode 0666, so every user can ", 0),
+              0U);
     WireTests::HostClient client(host.socketPath());
     client.sendLine(R"({"type":24,"timestamp":9000000000000,"payload":{"settingDBId":"deviceName","to":"Den"}})");
     ASSERT_TRUE(client.receiveLine());
