@@ -42,7 +42,7 @@ std::string bareRequest(int type, const TestSupport::ChildProcess& program, int 
 
 /// `{"messageId":…,NAME:BODY}`: a frame without type of the program, or the host's reply to it.
 std::string queryFrame(const TestSupport::ChildProcess& program, int number, const std::string& name,
-                  const std::string& body = "{}");
+                       const std::string& body = "{}");
 
 /// Takes the program's hello, and replies as a host of wire 1.1.
 void greet(Peer& client, const TestSupport::ChildProcess& program);
