@@ -81,10 +81,10 @@ TEST_P(SettingsCtlWithABrokenHost, ReportsAResponseThatIsNotAJsonObject) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Verb, SettingsCtlWithABrokenHost,
-                         testing::Values(Verb{"Get", {"get"}}, Verb{"Set", {"set", "k", "v"}}, Verb{"Watch", {"watch"}},
-                                         Verb{"Selected", {"selected"}}, Verb{"OpenSettings", {"open-settings"}},
-                                         Verb{"LogOut", {"logout"}}, Verb{"Page", {"page"}, true},
-                                         Verb{"DeviceShow", {"device", "show"}, true},
+                         testing::Values(Verb{"Get", {"get"}}, Verb{"Set", {"set", "deviceName", "v"}},
+                                         Verb{"Watch", {"watch"}}, Verb{"Selected", {"selected"}},
+                                         Verb{"OpenSettings", {"open-settings"}}, Verb{"LogOut", {"logout"}},
+                                         Verb{"Page", {"page"}}, Verb{"DeviceShow", {"device", "show"}, true},
                                          Verb{"DeviceLocale", {"device", "locale", "fr-FR"}, true}),
                          [](const auto& suite) { return std::string(suite.param.name); });
 

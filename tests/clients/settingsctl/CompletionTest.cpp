@@ -144,6 +144,7 @@ TEST(SettingsCtlComplete, ConnectsToTheHostForACurrentValueOnly) {
     }
     auto program = host.start({"complete", "--socket", host.settingsPath(), "set", "k", ""});
     Peer client = host.accept();
+    greet(client, program);
     EXPECT_EQ(client.receiveLine(), getRequest(program, 1, R"(["k"])"));
     client.sendLine(getReply(program, 1, R"({"k":"current value"})"));
     expectEnd(program, 0, "current value\t\n", "");

@@ -13,6 +13,7 @@ namespace {
 void replyToGet(const FakeHost& host, const TestSupport::ChildProcess& program, const std::string& keys,
                 const std::string& settings) {
     Peer client = host.accept();
+    greet(client, program);
     EXPECT_EQ(client.receiveLine(), getRequest(program, 1, keys));
     client.sendLine(getReply(program, 1, settings));
     EXPECT_TRUE(client.clientCloses());
@@ -129,6 +130,7 @@ TEST(SettingsCtlGet, ReportsARefusal) {
     const FakeHost host;
     auto program = host.start({"get"});
     Peer client = host.accept();
+    greet(client, program);
     client.receiveLine();
     client.sendLine(R"({"error":{"code":"too-large","message":"larger than\n64 KiB"}})");
     expectEnd(program, 1, "", "settingsctl: the host refused the request: larger than\\n64 KiB (too-large)\n");
@@ -191,6 +193,7 @@ protected:
         const FakeHost host;
         auto program = host.start(std::move(arguments));
         Peer client = host.accept();
+        greet(client, program);
         EXPECT_EQ(client.receiveLine(), bareRequest(18, program, 1));
         client.sendLine(R"({"type":18,"messageId":")" + messageId(program, 1) +
                         R"(","payload":{"isOrliaSelectedAsVA":)" + (GetParam() ? "true" : "false") + "}}");
