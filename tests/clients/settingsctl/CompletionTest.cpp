@@ -67,7 +67,8 @@ TEST(SettingsCtlComplete, PrintsVerbsWithTheDescriptionsOfTheHelp) {
     EXPECT_EQ(completions({""}), verbs);
     EXPECT_EQ(completions({}), verbs);
     EXPECT_EQ(completions({"--json", "device", ""}), deviceVerbs);
-    EXPECT_NE(printed({""}).find("\nset\tSet KEY to VALUE and print the result\n"), std::string::npos);
+    EXPECT_NE(printed({""}).find("\nset\tSet KEY to VALUE and print the result; several pairs are stored together\n"),
+              std::string::npos);
 }
 
 TEST(SettingsCtlComplete, IsHidden) {
@@ -280,9 +281,13 @@ TEST_P(SettingsCtlCompletion, NeedsNoHostForFixedWords) {
     EXPECT_EQ(completedWithoutHost("settingsctl set pttAlwaysOnEnabled "), (Words{"true", "false"}));
 }
 
+TEST_P(SettingsCtlCompletion, CompletesFurtherPairs) {
+    EXPECT_EQ(completed("settingsctl set deviceName Den captionsSt"), Words{"captionsStyles"});
+    EXPECT_EQ(completed("settingsctl set deviceName Den pttAlwaysOnEnabled "), (Words{"true", "false"}));
+}
+
 TEST_P(SettingsCtlCompletion, CompletesNothingWhereNoArgumentIsExpected) {
-    for (const std::string typed :
-         {"watch ", "set deviceName Den ", "device show ", "device captions on ", "--timeout "}) {
+    for (const std::string typed : {"watch ", "device show ", "device captions on ", "--timeout "}) {
         EXPECT_EQ(completed("settingsctl " + typed), Words{}) << typed;
     }
 }
