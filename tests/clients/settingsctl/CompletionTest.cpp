@@ -67,8 +67,7 @@ TEST(SettingsCtlComplete, PrintsVerbsWithTheDescriptionsOfTheHelp) {
     EXPECT_EQ(completions({""}), verbs);
     EXPECT_EQ(completions({}), verbs);
     EXPECT_EQ(completions({"--json", "device", ""}), deviceVerbs);
-    EXPECT_NE(printed({""}).find("\nset\tSet KEY to VALUE and print the result; several pairs are stored together\n"),
-              std::string::npos);
+    EXPECT_NE(printed({""}).find("\nreset\tSet KEY to its default and print the result\n"), std::string::npos);
 }
 
 TEST(SettingsCtlComplete, IsHidden) {
@@ -229,6 +228,7 @@ TEST_P(SettingsCtlCompletion, CompletesKeys) {
     EXPECT_EQ(completed("settingsctl get "), keys());
     EXPECT_EQ(completed("settingsctl get timezone captions"), keys("captions"));
     EXPECT_EQ(completed("settingsctl set --json "), keys());
+    EXPECT_EQ(completed("settingsctl set deviceName Den f"), Words{"friendlyName"});
     EXPECT_EQ(completed("settingsctl device setting f"), Words{"friendlyName"});
 }
 
@@ -287,7 +287,8 @@ TEST_P(SettingsCtlCompletion, CompletesFurtherPairs) {
 }
 
 TEST_P(SettingsCtlCompletion, CompletesNothingWhereNoArgumentIsExpected) {
-    for (const std::string typed : {"watch ", "device show ", "device captions on ", "--timeout "}) {
+    for (const std::string typed :
+         {"watch ", "undo deviceName ", "device show ", "device captions on ", "--timeout "}) {
         EXPECT_EQ(completed("settingsctl " + typed), Words{}) << typed;
     }
 }

@@ -57,7 +57,7 @@ constexpr const char* aboutDeviceName =
 constexpr const char* aboutCaptions =
     "captionsEnabled: Captions on or off.\n"
     "  value    'false'\n"
-    "  changed  unknown: the host remembers no change since its start or the last log-out\n"
+    "  changed  unknown: the host remembers no change of it\n"
     "  default  none\n"
     "  values   true, false\n"
     "  owner    voice SDK\n"
@@ -66,7 +66,7 @@ constexpr const char* aboutCaptions =
 constexpr const char* aboutFontSize =
     "captionsFontSize: Text size of captions.\n"
     "  value    none\n"
-    "  changed  unknown: the host remembers no change since its start or the last log-out\n"
+    "  changed  unknown: the host remembers no change of it\n"
     "  default  none\n"
     "  values   FONT_SMALL, FONT_LARGE\n"
     "  owner    storage\n"
@@ -99,7 +99,7 @@ TEST_F(SettingsCtlExplain, PrintsWhatIsKnownOfAnotherKey) {
     EXPECT_EQ(runExplain("ownKey", {"--any-key"}).output,
               "ownKey: Not in the catalogue.\n"
               "  value    none\n"
-              "  changed  unknown: the host remembers no change since its start or the last log-out\n");
+              "  changed  unknown: the host remembers no change of it\n");
 }
 
 TEST_F(SettingsCtlExplain, PrintsOneObjectPerSettingAsJson) {

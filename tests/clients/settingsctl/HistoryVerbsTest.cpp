@@ -127,9 +127,7 @@ TEST(SettingsCtlUndo, ReportsThatNoChangeIsKnown) {
     Peer client = host.accept();
     replyToUndo(client, program, "");
     EXPECT_TRUE(client.clientCloses()) << "nothing is set";
-    expectEnd(program, 1, "",
-              "settingsctl: 'deviceName' cannot be undone: the host remembers no change since its start or the last "
-              "log-out\n");
+    expectEnd(program, 1, "", "settingsctl: 'deviceName' cannot be undone: the host remembers no change of it\n");
 }
 
 TEST(SettingsCtlUndo, ReportsARefusal) {
