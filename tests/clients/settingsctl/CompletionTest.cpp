@@ -281,6 +281,11 @@ TEST_P(SettingsCtlCompletion, NeedsNoHostForFixedWords) {
     EXPECT_EQ(completedWithoutHost("settingsctl set pttAlwaysOnEnabled "), (Words{"true", "false"}));
 }
 
+TEST_P(SettingsCtlCompletion, CompletesFurtherPairs) {
+    EXPECT_EQ(completed("settingsctl set deviceName Den captionsSt"), Words{"captionsStyles"});
+    EXPECT_EQ(completed("settingsctl set deviceName Den pttAlwaysOnEnabled "), (Words{"true", "false"}));
+}
+
 TEST_P(SettingsCtlCompletion, CompletesNothingWhereNoArgumentIsExpected) {
     for (const std::string typed :
          {"watch ", "undo deviceName ", "device show ", "device captions on ", "--timeout "}) {

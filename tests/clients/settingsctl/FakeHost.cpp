@@ -41,6 +41,12 @@ void greet(Peer& client, const ChildProcess& program) {
     client.sendLine(start + R"({"version":"1.1.0","run":"run","sequence":0}})");
 }
 
+std::string setRequest(const ChildProcess& program, int number, const std::string& timestamp, const std::string& key,
+                       const std::string& value) {
+    return R"({"type":24,"messageId":")" + messageId(program, number) + R"(","timestamp":)" + timestamp +
+           R"(,"answer":true,"payload":{"settingDBId":")" + key + R"(","to":")" + value + R"("}})";
+}
+
 std::string changeAnswer(const ChildProcess& program, int number, const std::string& payload) {
     return R"({"type":24,"messageId":")" + messageId(program, number) + R"(","payload":)" + payload + "}";
 }
@@ -55,11 +61,14 @@ std::string getReply(const ChildProcess& program, int number, const std::string&
     return R"({"type":7,"messageId":")" + messageId(program, number) + R"(","payload":{"settings":)" + settings + "}}";
 }
 
-std::string event(const std::string& key, const std::string& from, const std::string& to,
-                  const std::string& timestamp) {
-    return R"({"type":25,"messageId":"host-1","timestamp":)" + timestamp +
-           R"(,"sequence":1,"origin":"socket","payload":{"settingDBId":")" + key + R"(","from":")" + from +
-           R"(","to":")" + to + R"("}})";
+std::string event(const std::string& key, const std::string& from, const std::string& to, int sequence) {
+    return R"({"type":25,"messageId":"host-1","timestamp":1700000000000,"sequence":)" + std::to_string(sequence) +
+           R"(,"origin":"socket","payload":{"settingDBId":")" + key + R"(","from":")" + from + R"(","to":")" + to +
+           R"("}})";
+}
+
+std::string refusal(const std::string& code, const std::string& message) {
+    return R"({"error":{"code":")" + code + R"(","message":")" + message + R"("}})";
 }
 
 void expectEnd(ChildProcess& program, int status, const std::string& output, const std::string& errors) {

@@ -130,6 +130,7 @@ TEST(SettingsCtlGet, ReportsARefusal) {
     const FakeHost host;
     auto program = host.start({"get"});
     Peer client = host.accept();
+    greet(client, program);
     client.receiveLine();
     client.sendLine(R"({"error":{"code":"too-large","message":"larger than\n64 KiB"}})");
     expectEnd(program, 1, "", "settingsctl: the host refused the request: larger than\\n64 KiB (too-large)\n");
