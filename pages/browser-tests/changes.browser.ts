@@ -3,7 +3,7 @@ import { connect } from 'node:net';
 import type { Page } from 'playwright-core';
 import { expect, test } from 'vitest';
 
-import { replyTimeout } from '../src/wire/session';
+import { replyTimeout } from '../../clients/javascript/src/client';
 import { hostOfEachTest } from './host';
 import {
     enterSection,

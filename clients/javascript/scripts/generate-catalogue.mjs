@@ -1,10 +1,10 @@
-// Writes what the pages need of SettingsHandler/catalogue.json as a module whose types are the keys and values themselves;
+// Writes what clients need of SettingsHandler/catalogue.json as a module whose types are the keys and values themselves;
 // TypeScript takes those of a JSON file for any text. Configurations import it, so that the module is there and up to date.
 import { existsSync, readFileSync, renameSync, writeFileSync } from 'node:fs';
 import { fileURLToPath } from 'node:url';
 
-const source = fileURLToPath(new URL('../../SettingsHandler/catalogue.json', import.meta.url));
-const target = fileURLToPath(new URL('../src/settings/catalogue.generated.ts', import.meta.url));
+const source = fileURLToPath(new URL('../../../SettingsHandler/catalogue.json', import.meta.url));
+const target = fileURLToPath(new URL('../src/catalogue.generated.ts', import.meta.url));
 
 const used = ({ kind, values, default: value, owner, setBy }) => ({ kind, values, default: value, owner, setBy });
 const { settings } = JSON.parse(readFileSync(source, 'utf8'));

@@ -1,128 +1,294 @@
+import { isSetting, type SettingKey, type ValueOf } from './catalogue.js';
+import { Connection, type Environment } from './connection.js';
 import {
-    getFrame,
-    isTooLong,
+    eventsOf,
+    keysIn,
+    number,
+    outcomeOf,
     parseFrame,
-    plainFrame,
-    setFrame,
+    refused,
     valuesOf,
     type ChangeEvent,
+    type EventFrame,
+    type Members,
+    type Outcome,
+    type Refusal,
     type Reply,
     type Values,
-} from './frames';
-import { messageType } from './messageTypes';
+} from './frames.js';
+import { messageType } from './messageTypes.js';
 
-/** Why a new value was refused. */
-export type Reason = 'read-only' | 'wrong-form' | 'too-long' | 'not-applied' | 'overwritten' | 'no-reply';
+/** `unauthorized`: the key is missing or old. `unsupported`: the host is older than version 1.1. */
+export type Status = 'connecting' | 'online' | 'lost' | 'unauthorized' | 'unsupported';
 
-/** The result of a change, and the value afterwards as far as it is known. */
-export type Outcome =
-    | { readonly result: 'accepted' | 'unchanged'; readonly value: string }
-    | { readonly result: 'refused'; readonly reason: Reason; readonly value: string | null };
-
-export interface SessionObserver {
-    /** Another client changed a value, or it changed at its owner. */
-    readonly changed: (change: ChangeEvent) => void;
-    /** A notice: these values may have changed. */
-    readonly reread: (keys: readonly string[]) => void;
-    /** Events were missed: any value may have changed. */
-    readonly missed: () => void;
-    /** A reply did not come in time: the connection may be dead. */
-    readonly timedOut?: () => void;
+/** A change of a setting that this client did not make. */
+export interface Change {
+    readonly key: SettingKey;
+    /** The value now; undefined when there is none. */
+    readonly value: string | undefined;
+    /**
+     * Null when the value may have changed at its owner, without an event. An event may come twice: at once with the value that
+     * it announced, then with that which the host reports, when it is another one.
+     */
+    readonly event: ChangeEvent | null;
 }
 
-/** How the host treats new values of a setting. */
-export interface SettingRules {
-    /** The device alone changes it. */
-    readonly isReadOnly: boolean;
-    /** The host announces a new value before its owner has applied it, so that the event alone does not mean success. */
-    readonly mayRevertAfterEvent: boolean;
-    readonly isWellFormed: (value: string) => boolean;
+export interface Observer {
+    readonly status?: (status: Status) => void;
+    /** Every value: once connected, and after a reconnection that could not be without a gap. */
+    readonly loaded?: (values: Values) => void;
+    readonly changed?: (change: Change) => void;
+}
+
+export interface Options extends Observer {
+    /** The name of this client, which others see beside its changes: 1 to 64 characters without control characters. */
+    readonly name?: string;
+    /** The address that `settingsctl page` prints; by default that of the page. */
+    readonly address?: string;
 }
 
 /** How long a reply may take, in milliseconds. */
 export const replyTimeout = 5_000;
+/** How long keys to read again are collected, in milliseconds, so that many changes cause one request. */
+export const readDelay = 50;
+/** The limits of the host. */
+const maxFrameSize = 65_536;
+const maxBatch = 64;
 
-interface Write {
-    readonly key: string;
-    readonly to: string;
-    /** The newest event of the setting since the request: the wanted value, or another one. */
-    seen: 'nothing' | 'wanted' | 'other';
-    /** Another event came after the one with the wanted value. */
-    followed: boolean;
-}
+/** A new value of a setting. */
+export type NewValue = { readonly [Key in SettingKey]: { readonly key: Key; readonly to: ValueOf<Key> } }[SettingKey];
 
 interface PendingRequest {
-    readonly resolve: (reply: Reply | null) => void;
+    readonly done: (reply: Reply | Refusal | null) => void;
     readonly timer: ReturnType<typeof setTimeout>;
 }
 
 /**
- * Requests and replies over one connection, and the outcome of each change. Owns no socket: its owner reports when the
- * connection opens and closes, and hands over each frame.
+ * The settings of a host. It reconnects by itself and goes on without a gap. A request while there is no connection, or one
+ * without a reply in time, resolves with null or `no-reply`; no request rejects.
  */
-export class Session {
+export class Client {
+    private readonly connection: Connection;
+    private status: Status = 'connecting';
+    /** Requests without a reply, in the order of their frames. */
     private readonly pending = new Map<string, PendingRequest>();
-    private readonly writes = new Set<Write>();
+    /** Changes of this client whose events have not come. */
+    private readonly writes = new Set<{ readonly key: string; readonly to: string }>();
+    /** Keys to read, and the event that is the reason. */
+    private readonly unread = new Map<SettingKey, ChangeEvent | null>();
+    private readTimer: ReturnType<typeof setTimeout> | undefined;
     private lastId = 0;
     private newestTimestamp = 0;
-    private lastSequence: number | null = null;
+    /** The run of the host of which every event up to `sequence` is known; null when every value must be read. */
+    private run: string | null = null;
+    private sequence = 0;
+    /** Whether the host has answered who it is, so that the next event follows `sequence`. */
+    private isGreeted = false;
 
     constructor(
-        private readonly send: (frame: string) => boolean,
-        private readonly observer: SessionObserver,
-        private readonly rulesOf: (key: string) => SettingRules,
-        private readonly now: () => number = Date.now,
-    ) {}
-
-    opened(): void {
-        this.lastSequence = null;
-    }
-
-    closed(): void {
-        for (const id of [...this.pending.keys()]) {
-            this.finish(id, null);
+        private readonly options: Options,
+        environment?: Environment,
+    ) {
+        if (options.name !== undefined && !/^\P{Cc}{1,64}$/u.test(options.name)) {
+            throw new RangeError('a client name has 1 to 64 characters, no control characters');
         }
+        const observer = {
+            opened: () => {
+                this.greet();
+            },
+            received: (text: string) => {
+                this.received(text);
+            },
+            closed: () => {
+                this.closed();
+            },
+            unauthorized: () => {
+                this.setStatus('unauthorized');
+            },
+        };
+        const address = options.address ?? location.href;
+        this.connection = new Connection(address, '/settings', 'settings.v1', observer, environment);
+        this.connection.start();
     }
 
-    /** The values of `keys`, or of every setting when empty; null when no reply came. */
-    async read(keys: readonly string[] = []): Promise<Values | null> {
-        const reply = await this.request((id) => getFrame(id, keys));
-        return reply === null ? null : valuesOf(reply);
+    /** Ends the connection for good. */
+    close(): void {
+        this.connection.stop();
     }
 
-    /** Whether this assistant is the selected one; null when no reply came. */
+    /** Connects at once instead of after the delay, when the connection is lost. */
+    retryNow(): void {
+        this.connection.retryNow();
+    }
+
+    /** The values of `keys`, or of every setting when there are none. */
+    async read(keys: readonly SettingKey[] = []): Promise<Values | null> {
+        const reply = await this.request({ type: messageType.getSettings, payload: { settings: keys } });
+        return reply && valuesOf(reply);
+    }
+
+    async set<Key extends SettingKey>(key: Key, to: ValueOf<Key>): Promise<Outcome> {
+        const [outcome] = await this.write([{ key, to }], (requests) => requests[0]);
+        return outcome ?? refused('unknown');
+    }
+
+    /** Up to 64 changes with nobody in between. Each has its own outcome; when the storage fails, it takes none. */
+    batch(changes: readonly NewValue[]): Promise<Outcome[]> {
+        return this.write(changes, (batch) => ({ batch }));
+    }
+
+    /** The newest events of the host's run, of one setting or all, oldest first. `limit`: 1 to 1,024. */
+    async history(limit?: number, key?: SettingKey): Promise<ChangeEvent[] | null> {
+        const reply = await this.request({ history: { settingDBId: key, limit } });
+        return reply && eventsOf(reply);
+    }
+
+    /** Whether this assistant is the selected one. */
     async isSelected(): Promise<boolean | null> {
-        const reply = await this.request((id) => plainFrame(messageType.isSelected, id));
-        return reply === null ? null : reply.payload['isOrliaSelectedAsVA'] === true;
+        const reply = await this.request({ type: messageType.isSelected });
+        return reply && reply.body['isOrliaSelectedAsVA'] === true;
     }
 
-    /** Returns: false when there is no connection. */
-    openSettings(): boolean {
-        return this.send(plainFrame(messageType.openSettings, this.nextId()));
+    /** Opens the assistant's settings on the device. Resolves with whether that was done. */
+    openSettings(): Promise<boolean | null> {
+        return this.act(messageType.openSettings);
     }
 
-    logOut(): boolean {
-        return this.send(plainFrame(messageType.logOut, this.nextId()));
+    /** Erases the stored settings. Resolves with whether that was done. */
+    logOut(): Promise<boolean | null> {
+        return this.act(messageType.logOut);
     }
 
-    /**
-     * Requests a new value and determines the outcome. The handler sends an event for a change and nothing otherwise, so the
-     * value is read afterwards.
-     */
-    async set(key: string, to: string): Promise<Outcome> {
-        const request = setFrame(this.nextId(), this.nextTimestamp(), key, to);
-        if (isTooLong(request)) {
-            return { result: 'refused', reason: 'too-long', value: null };
+    private async act(type: number): Promise<boolean | null> {
+        const reply = await this.request({ type, answer: true });
+        return reply && reply.body['outcome'] === 'done';
+    }
+
+    private async write(
+        changes: readonly { readonly key: SettingKey; readonly to: string }[],
+        wrap: (requests: readonly Members[]) => Members | undefined,
+    ): Promise<Outcome[]> {
+        const timestamp = this.nextTimestamp();
+        const requests = changes.map(({ key, to }) => ({
+            type: messageType.setSettings,
+            messageId: this.nextId(),
+            timestamp,
+            answer: true,
+            payload: { settingDBId: key, to },
+        }));
+        const frame = JSON.stringify(wrap(requests));
+        if (requests.length === 0 || requests.length > maxBatch || new TextEncoder().encode(frame).length > maxFrameSize) {
+            return changes.map(() => refused('too-long'));
         }
-        const write: Write = { key, to, seen: 'nothing', followed: false };
-        this.writes.add(write);
-        const sent = this.send(request);
-        const values = sent ? await this.read([key]) : null;
-        this.writes.delete(write);
-        return this.outcomeOf(write, values);
+        const ids = requests.map(({ messageId }) => messageId);
+        const writes = changes.map((change) => ({ ...change }));
+        writes.forEach((write) => this.writes.add(write));
+        const replies = await Promise.all(this.exchange(frame, ids));
+        const outcomes = replies.map((reply, index) => this.outcomeOf(reply, changes[index]?.key));
+        writes.forEach((write) => this.writes.delete(write));
+        return outcomes;
     }
 
-    received(text: string): void {
+    private outcomeOf(reply: Reply | null, key: SettingKey | undefined): Outcome {
+        if (reply !== null) {
+            // After `stale` the next attempt is newer.
+            this.newestTimestamp = Math.max(this.newestTimestamp, number(reply.body['newest']));
+            return outcomeOf(reply);
+        }
+        if (key !== undefined) {
+            this.unread.set(key, null);
+        }
+        return refused('no-reply');
+    }
+
+    private async request(members: Members): Promise<Reply | null> {
+        const messageId = this.nextId();
+        return this.exchange(JSON.stringify({ ...members, messageId }), [messageId])[0] ?? null;
+    }
+
+    /** Sends a frame that is replied to by these ids. Null when no reply came, or a refusal. */
+    private exchange(frame: string, ids: readonly string[]): Promise<Reply | null>[] {
+        const replies = ids.map(
+            (id) =>
+                new Promise<Reply | null>((resolve) => {
+                    this.expect(id, (reply) => {
+                        resolve(reply?.kind === 'reply' ? reply : null);
+                    });
+                }),
+        );
+        if (!this.isSupported() || !this.connection.send(frame)) {
+            ids.forEach((id) => {
+                this.finish(id, null);
+            });
+        }
+        return replies;
+    }
+
+    private isSupported(): boolean {
+        return this.status !== 'unsupported';
+    }
+
+    private expect(id: string, done: PendingRequest['done']): void {
+        const timer = setTimeout(() => {
+            this.finish(id, null);
+            // The connection may be dead.
+            this.connection.renew();
+        }, replyTimeout);
+        this.pending.set(id, { done, timer });
+    }
+
+    private finish(id: string | undefined, reply: Reply | Refusal | null): void {
+        const request = this.pending.get(id ?? '');
+        if (id !== undefined && request !== undefined) {
+            this.pending.delete(id);
+            clearTimeout(request.timer);
+            request.done(reply);
+        }
+    }
+
+    /** Tells the host who this is, and how far it knows its events. */
+    private greet(): void {
+        this.isGreeted = false;
+        const { run, sequence } = this;
+        const hello = { client: this.options.name, resume: run === null ? undefined : { run, sequence } };
+        const messageId = this.nextId();
+        this.expect(messageId, (reply) => {
+            if (reply?.kind === 'reply') {
+                this.greeted(reply.body, run !== null);
+            } else if (reply?.code === 'unknown-type') {
+                this.setStatus('unsupported');
+            } else if (reply !== null) {
+                // Too much to resume.
+                this.run = null;
+                this.connection.renew();
+            }
+        });
+        this.connection.send(JSON.stringify({ messageId, hello }));
+    }
+
+    private greeted({ run, sequence, missed, reread }: Members, hasResumed: boolean): void {
+        this.isGreeted = true;
+        this.sequence = number(sequence);
+        if (hasResumed && missed === false) {
+            this.setStatus('online');
+            this.scheduleRead(keysIn(reread), null);
+        } else {
+            this.run = null;
+            void this.load(String(run));
+        }
+    }
+
+    private async load(run: string): Promise<void> {
+        this.unread.clear();
+        const values = await this.read();
+        if (values !== null) {
+            this.run = run;
+            this.options.loaded?.(values);
+            this.setStatus('online');
+        }
+    }
+
+    private received(text: string): void {
         const frame = parseFrame(text);
         switch (frame?.kind) {
             case 'reply':
@@ -132,81 +298,79 @@ export class Session {
                 this.handleEvent(frame);
                 break;
             case 'notice':
-                this.observer.reread(frame.keys);
+                this.scheduleRead(frame.keys, null);
                 break;
-            default:
-                // A refusal of a frame: the read after it returns the value.
+            case 'refusal':
+                // The host replies in the order of the requests.
+                this.finish(this.pending.keys().next().value, frame);
                 break;
         }
     }
 
-    private outcomeOf({ key, to, seen, followed }: Write, values: Values | null): Outcome {
-        if (values === null) {
-            return { result: 'refused', reason: 'no-reply', value: null };
-        }
-        const value = values[key] ?? '';
-        const rules = this.rulesOf(key);
-        if (seen === 'wanted') {
-            if (rules.mayRevertAfterEvent && !followed && value !== to) {
-                return { result: 'refused', reason: 'not-applied', value };
+    private handleEvent({ kind: _kind, sequence, key, ...members }: EventFrame): void {
+        this.newestTimestamp = Math.max(this.newestTimestamp, members.timestamp);
+        if (sequence !== this.sequence + 1) {
+            // Until the host has answered, all events since `sequence` are still to come, in order.
+            if (this.isGreeted && sequence > this.sequence) {
+                this.greet();
             }
-            return { result: 'accepted', value };
+            return;
         }
-        if (value === to) {
-            return { result: 'unchanged', value };
-        }
-        if (rules.isReadOnly) {
-            return { result: 'refused', reason: 'read-only', value };
-        }
-        if (!rules.isWellFormed(to)) {
-            return { result: 'refused', reason: 'wrong-form', value };
-        }
-        return { result: 'refused', reason: seen === 'other' ? 'overwritten' : 'not-applied', value };
-    }
-
-    private handleEvent(event: ChangeEvent): void {
-        this.newestTimestamp = Math.max(this.newestTimestamp, event.timestamp);
-        const missed = this.lastSequence !== null && event.sequence !== this.lastSequence + 1;
-        this.lastSequence = event.sequence;
-        let own = false;
+        this.sequence = sequence;
         for (const write of this.writes) {
-            if (write.key !== event.key) {
-                continue;
-            }
-            if (write.seen === 'wanted') {
-                write.followed = true;
-            } else {
-                write.seen = event.to === write.to ? 'wanted' : 'other';
-                own ||= write.seen === 'wanted' && event.origin === 'page';
+            const isOwn = members.origin === 'page' && members.client === (this.options.name ?? null);
+            if (isOwn && write.key === key && write.to === members.to) {
+                this.writes.delete(write);
+                return;
             }
         }
-        if (missed) {
-            this.observer.missed();
-        } else if (!own) {
-            this.observer.changed(event);
+        if (isSetting(key)) {
+            const event = { key, ...members };
+            this.options.changed?.({ key, value: event.to, event });
+            // The event carries the requested text; the host may report another value.
+            this.scheduleRead([key], event);
         }
     }
 
-    private request(frameFor: (id: string) => string): Promise<Reply | null> {
-        const id = this.nextId();
-        return new Promise((resolve) => {
-            const timer = setTimeout(() => {
-                this.finish(id, null);
-                this.observer.timedOut?.();
-            }, replyTimeout);
-            this.pending.set(id, { resolve, timer });
-            if (!this.send(frameFor(id))) {
-                this.finish(id, null);
-            }
-        });
+    private scheduleRead(keys: readonly SettingKey[], event: ChangeEvent | null): void {
+        for (const key of keys) {
+            this.unread.set(key, event);
+        }
+        if (this.unread.size > 0) {
+            this.readTimer ??= setTimeout(() => {
+                this.readTimer = undefined;
+                void this.readUnread();
+            }, readDelay);
+        }
     }
 
-    private finish(id: string, reply: Reply | null): void {
-        const request = this.pending.get(id);
-        if (request !== undefined) {
-            this.pending.delete(id);
-            clearTimeout(request.timer);
-            request.resolve(reply);
+    private async readUnread(): Promise<void> {
+        const wanted = new Map(this.unread);
+        this.unread.clear();
+        const values = await this.read([...wanted.keys()]);
+        for (const [key, event] of wanted) {
+            if (values === null) {
+                // For the next connection.
+                this.unread.set(key, this.unread.has(key) ? null : event);
+            } else if (event === null || event.to !== values[key]) {
+                this.options.changed?.({ key, value: values[key], event });
+            }
+        }
+    }
+
+    private closed(): void {
+        for (const id of [...this.pending.keys()]) {
+            this.finish(id, null);
+        }
+        if (this.status !== 'unauthorized') {
+            this.setStatus('lost');
+        }
+    }
+
+    private setStatus(status: Status): void {
+        if (this.status !== status) {
+            this.status = status;
+            this.options.status?.(status);
         }
     }
 
@@ -215,9 +379,14 @@ export class Session {
         return `page-${this.lastId}`;
     }
 
-    /** The handler drops requests that are older than the newest one it saw, whichever clock is right. */
+    /** The host refuses requests that are older than the newest one that it saw, whichever clock is right. */
     private nextTimestamp(): number {
-        this.newestTimestamp = Math.max(this.newestTimestamp, this.now());
+        this.newestTimestamp = Math.max(this.newestTimestamp, Date.now());
         return this.newestTimestamp;
     }
+}
+
+/** Connects to a host, and tells the observer in `options` what happens. `environment` replaces the browser's in tests. */
+export function connect(options: Options = {}, environment?: Environment): Client {
+    return new Client(options, environment);
 }

@@ -1,55 +1,101 @@
-import { messageType } from './messageTypes';
+import { isSetting, type SettingKey } from './catalogue.js';
+import { messageType } from './messageTypes.js';
 
-/** The largest frame that the host accepts, in bytes. */
-const maxFrameSize = 65_536;
+/** Values by key. A setting without a value is absent. */
+export type Values = Readonly<Partial<Record<SettingKey, string>>>;
 
-export type Values = Readonly<Record<string, string>>;
-export type Origin = 'socket' | 'page' | 'device';
-
+/** A change that the host announced. */
 export interface ChangeEvent {
-    readonly kind: 'event';
-    readonly key: string;
+    readonly key: SettingKey;
     readonly from: string;
     readonly to: string;
-    readonly origin: Origin;
-    readonly sequence: number;
+    /** Who caused it: a program, a page or the device; null when this version does not know the word. */
+    readonly origin: 'socket' | 'page' | 'device' | null;
+    /** The name of the client that caused it; null when it has none. */
+    readonly client: string | null;
+    /** Milliseconds since the epoch. */
     readonly timestamp: number;
+}
+
+const reasons = ['incomplete', 'stale', 'read-only', 'wrong-form', 'not-stored'] as const;
+
+/**
+ * Why a change was refused. Of the host: a member is missing, somebody else set it with a newer time stamp, only the device
+ * sets it, it is no list of locales, it could not be stored, a reason of a later version. Of this client: over 64 KiB or 64
+ * changes in one request, so that nothing was sent; no reply came, so that the change may have been made.
+ */
+export type Reason = (typeof reasons)[number] | 'unknown' | 'too-long' | 'no-reply';
+
+/** What a change led to, and the value now, where it is known and there is one. */
+export type Outcome =
+    | {
+          readonly outcome: 'changed' | 'unchanged';
+          readonly value: string | undefined;
+          /** False: the voice SDK refused the value although the change was announced. */
+          readonly applied: boolean;
+      }
+    | {
+          readonly outcome: 'refused';
+          readonly reason: Reason;
+          /** The words of the host, in English. */
+          readonly message: string;
+          readonly value: string | undefined;
+      };
+
+export type Members = Readonly<Record<string, unknown>>;
+
+export interface EventFrame extends Omit<ChangeEvent, 'key'> {
+    readonly kind: 'event';
+    readonly key: string;
+    readonly sequence: number;
 }
 export interface Reply {
     readonly kind: 'reply';
-    readonly type: number;
     readonly messageId: string;
-    readonly payload: Readonly<Record<string, unknown>>;
-}
-export interface Notice {
-    readonly kind: 'notice';
-    readonly keys: readonly string[];
+    readonly body: Members;
 }
 export interface Refusal {
     readonly kind: 'refusal';
     readonly code: string;
 }
-export type Frame = ChangeEvent | Reply | Notice | Refusal;
-
-type Members = Readonly<Record<string, unknown>>;
+export type Frame = EventFrame | Reply | Refusal | { readonly kind: 'notice'; readonly keys: readonly SettingKey[] };
 
 function members(value: unknown): Members {
     return typeof value === 'object' && value !== null ? (value as Members) : {};
 }
 
-function text(value: unknown): string {
-    return typeof value === 'string' ? value : '';
+function textOr<Other>(value: unknown, other: Other): string | Other {
+    return typeof value === 'string' ? value : other;
 }
 
-function number(value: unknown): number {
-    return typeof value === 'number' ? value : 0;
+export function number(value: unknown): number {
+    return Number.isSafeInteger(value) ? (value as number) : 0;
 }
 
-function originOf(value: unknown): Origin {
-    return value === 'page' || value === 'device' ? value : 'socket';
+function oneOf<Word>(words: readonly Word[], value: unknown): Word | undefined {
+    return words.find((word) => word === value);
 }
 
-/** A frame of the host; null when it is not one that the pages know. */
+/** The keys in a list that the catalogue has. */
+export function keysIn(list: unknown): SettingKey[] {
+    return Array.isArray(list) ? list.filter(isSetting) : [];
+}
+
+function eventOf(frame: Members): EventFrame {
+    const { settingDBId, from, to } = members(frame['payload']);
+    return {
+        kind: 'event',
+        key: textOr(settingDBId, ''),
+        from: textOr(from, ''),
+        to: textOr(to, ''),
+        origin: oneOf(['socket', 'page', 'device'], frame['origin']) ?? null,
+        client: textOr(frame['client'], null),
+        timestamp: number(frame['timestamp']),
+        sequence: number(frame['sequence']),
+    };
+}
+
+/** A frame of the host; null when it is not one that this version knows. */
 export function parseFrame(received: string): Frame | null {
     let frame: Members;
     try {
@@ -57,49 +103,47 @@ export function parseFrame(received: string): Frame | null {
     } catch {
         return null;
     }
-    const payload = members(frame['payload']);
-    if (frame['type'] === messageType.settingChanged) {
-        return {
-            kind: 'event',
-            key: text(payload['settingDBId']),
-            from: text(payload['from']),
-            to: text(payload['to']),
-            origin: originOf(frame['origin']),
-            sequence: number(frame['sequence']),
-            timestamp: number(frame['timestamp']),
-        };
+    const { type, messageId, notice, error } = frame;
+    if (type === messageType.settingChanged) {
+        return eventOf(frame);
     }
-    if ('notice' in frame) {
-        const keys = members(frame['notice'])['reread'];
-        return { kind: 'notice', keys: Array.isArray(keys) ? keys.map(text).filter((key) => key !== '') : [] };
+    if (notice !== undefined) {
+        return { kind: 'notice', keys: keysIn(members(notice)['reread']) };
     }
-    if ('error' in frame) {
-        return { kind: 'refusal', code: text(members(frame['error'])['code']) };
+    if (error !== undefined) {
+        return { kind: 'refusal', code: textOr(members(error)['code'], '') };
     }
-    if (typeof frame['type'] === 'number') {
-        return { kind: 'reply', type: frame['type'], messageId: text(frame['messageId']), payload };
+    if (typeof messageId === 'string') {
+        return { kind: 'reply', messageId, body: members(frame['payload'] ?? frame['hello'] ?? frame['history']) };
     }
     return null;
 }
 
-/** The settings of a reply that have a text as their value. */
-export function valuesOf(reply: Reply): Values {
-    const settings = Object.entries(members(reply.payload['settings']));
-    return Object.fromEntries(settings.filter((entry): entry is [string, string] => typeof entry[1] === 'string'));
+/** The events in the reply to a request for the history. */
+export function eventsOf({ body: { events } }: Reply): ChangeEvent[] {
+    const frames = Array.isArray(events) ? events.map((event) => eventOf(members(event))) : [];
+    return frames.flatMap(({ kind: _kind, sequence: _sequence, key, ...event }) =>
+        isSetting(key) ? [{ key, ...event }] : [],
+    );
 }
 
-export function getFrame(messageId: string, settings: readonly string[]): string {
-    return JSON.stringify({ type: messageType.getSettings, messageId, payload: { settings } });
+/** The values in a reply that are texts. */
+export function valuesOf({ body }: Reply): Values {
+    const settings = Object.entries(members(body['settings']));
+    return Object.fromEntries(settings.filter(([, value]) => typeof value === 'string'));
 }
 
-export function setFrame(messageId: string, timestamp: number, settingDBId: string, to: string): string {
-    return JSON.stringify({ type: messageType.setSettings, messageId, timestamp, payload: { settingDBId, to } });
+export function outcomeOf({ body }: Reply): Outcome {
+    const outcome = oneOf(['changed', 'unchanged'] as const, body['outcome']);
+    const value = textOr(body['value'], undefined);
+    if (outcome !== undefined) {
+        return { outcome, value, applied: body['applied'] !== false };
+    }
+    const reason = oneOf(reasons, body['reason']) ?? 'unknown';
+    return { outcome: 'refused', reason, message: textOr(body['message'], ''), value };
 }
 
-export function plainFrame(type: number, messageId: string): string {
-    return JSON.stringify({ type, messageId });
-}
-
-export function isTooLong(frame: string): boolean {
-    return new TextEncoder().encode(frame).length > maxFrameSize;
+/** An outcome that the host did not tell. */
+export function refused(reason: Reason): Outcome {
+    return { outcome: 'refused', reason, message: '', value: undefined };
 }
