@@ -4,6 +4,7 @@
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include "Composition.h"
+#include "SettingsHandlerKit/Logging.h"
 #include "model/Json.h"
 #include "storage/KeyValueTable.h"
 #include "support/Check.h"
@@ -129,9 +130,9 @@ Entries expectedLines(ReferenceModel& model, const std::string& aside) {
     };
     lines.emplace_back("log 0 SettingsHandler:Initialized Settings Handler");
     if (!aside.empty()) {
-        lines.push_back(
-            "log 3 settings-host:rejected stored orliaLocale: must be a JSON array of at most 32 levels; moved to '" +
-            aside + "'");
+        lines.push_back("log 3 " + SettingsHandlerKit::programName() +
+                        ":rejected stored orliaLocale: must be a JSON array of at most 32 levels; moved to '" + aside +
+                        "'");
     }
     model.initializeSettings();
     take();

@@ -87,11 +87,21 @@ std::optional<std::vector<std::string>> HostFrame::reread() const {
 }
 
 std::optional<Refusal> HostFrame::refusal() const {
-    if (at({"error"}) == nullptr) {
+    const auto* const error = at({"error"});
+    if (error == nullptr) {
         return std::nullopt;
     }
-    auto error = stringsAt({"error"});
-    return Refusal{error["code"], error["message"]};
+    if (!error->IsObject()) {
+        throw MalformedFrame();
+    }
+    const auto text = [error](const char* name) {
+        const auto* const value = member(*error, name);
+        if (value != nullptr && !value->IsString()) {
+            throw MalformedFrame();
+        }
+        return value == nullptr ? "" : stringOf(*value);
+    };
+    return Refusal{text("code"), text("message")};
 }
 
 std::map<std::string, std::string> HostFrame::stringsAt(const std::vector<const char*>& path) const {

@@ -1,5 +1,6 @@
 #include "support/HandlerWorld.h"
 
+#include "SettingsHandlerKit/Logging.h"
 #include "support/Check.h"
 #include "support/Surround.h"
 #include "support/TableOrder.h"
@@ -59,7 +60,8 @@ void HandlerWorld::expectSame(const std::string& after) {
 }
 
 void HandlerWorld::expectRejection(const std::string& line) {
-    checkSame(journal.take(), {"log 3 settings-host:" + line}, "the journal of a rejection");
+    checkSame(journal.take(), {"log 3 " + SettingsHandlerKit::programName() + ":" + line},
+              "the journal of a rejection");
     check(handler->outcome().rejected, "the outcome of a rejection");
 }
 

@@ -166,6 +166,10 @@ Outcome CheckedSettingsHandler::outcome() const {
     return parts->records.outcome();
 }
 
+std::map<std::string, long> CheckedSettingsHandler::newestTimestamps() const {
+    return parts->newest.all();
+}
+
 bool CheckedSettingsHandler::setSetting(const std::string& name, const std::string& value) {
     ThreadRecords::Scope scope(parts->records, Operation::write);
     if (!isSafeForHandler(name, value)) {

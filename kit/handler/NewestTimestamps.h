@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -12,13 +13,14 @@ class NewestTimestamps {
 public:
     void record(const std::string& settingDBId, long timestamp);
     std::optional<long> find(const std::string& settingDBId) const;
+    /// By key; unknown ones have the empty key.
+    std::map<std::string, long> all() const { return {timestamps.begin(), timestamps.end()}; }
 
 private:
     static constexpr std::size_t none = static_cast<std::size_t>(-1);
 
     std::size_t indexOf(const std::string& settingDBId) const;
 
-    /// By key; unknown ones have the empty key.
     std::vector<std::pair<std::string, long>> timestamps;
 };
 

@@ -59,6 +59,10 @@ std::shared_ptr<ValueObserver> Server::valueObserver() const {
     return parts->hub;
 }
 
+std::shared_ptr<ClientListener> Server::clients() const {
+    return parts->hub;
+}
+
 std::shared_ptr<TrafficObserver> Server::traffic() const {
     return parts->traffic;
 }
@@ -72,11 +76,7 @@ CheckedSettingsHandler::Options Server::handlerOptions() const {
 }
 
 void Server::watch(Storage& storage) {
-    parts->storage = &storage;
-    parts->health = HealthReport(parts->options.version, storage.recovery());
-    storage.observe(parts->metrics);
-    storage.observeValues(parts->hub);
-    parts->backups.emplace(parts->loop, storage, parts->options.backups);
+    parts->watch(storage);
 }
 
 void Server::watch(const std::shared_ptr<CheckedSettingsHandler>& handler) {
@@ -134,6 +134,10 @@ std::string Server::socketPath() const {
 
 std::string Server::pageAddress() const {
     return parts->pageAddress();
+}
+
+std::optional<std::string> Server::renewPageKey() {
+    return parts->renewPageKey();
 }
 
 std::string Server::metricsText() const {

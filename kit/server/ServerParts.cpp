@@ -1,10 +1,12 @@
 #include "server/ServerParts.h"
 
+#include <filesystem>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 
 #include "SettingsHandlerKit/Logging.h"
-#include "server/web/Hexadecimal.h"
+#include "server/Hexadecimal.h"
 #include "server/web/WebAccess.h"
 #include "server/web/WebAddress.h"
 #include "server/web/WebSite.h"
@@ -42,6 +44,31 @@ std::unique_ptr<SocketFile> openSocket(const std::string& name, const std::strin
     }
     return std::make_unique<SocketFile>(path);
 }
+
+/// Nothing when the system does not say.
+std::optional<Wire::StatusReply::Disk> diskOf(const std::string& file) {
+    std::error_code failure;
+    const auto space = std::filesystem::space(std::filesystem::path(file).parent_path(), failure);
+    if (failure) {
+        return std::nullopt;
+    }
+    return Wire::StatusReply::Disk{space.available, space.capacity};
+}
+
+/// After a log-out, however it was asked for, nobody learns what happened before it.
+class HistoryEraser : public StorageObserver {
+public:
+    explicit HistoryEraser(std::shared_ptr<MessageHub> hubWithHistory) : hub(std::move(hubWithHistory)) {}
+
+    void storageOperation(StorageOperation operation, bool succeeded, std::chrono::nanoseconds /*duration*/) override {
+        if (operation == StorageOperation::CLEAR && succeeded) {
+            hub->forgetHistory();
+        }
+    }
+
+private:
+    std::shared_ptr<MessageHub> hub;
+};
 
 HttpAnswer metricsAnswer(const std::string& text) {
     HttpAnswer answer = plainAnswer(200, text);
@@ -81,7 +108,17 @@ Server::Parts::Parts(ServerOptions chosenOptions)
       metrics(std::make_shared<ServerMetrics>(options.version)),
       health(options.version, {}) {
     traffic->add(metrics);
+    hub->administer(*this);
     addEndpoint("settings", options.socketPath, Origin::SOCKET, *hub);
+}
+
+void Server::Parts::watch(Storage& watched) {
+    storage = &watched;
+    health = HealthReport(options.version, storage->recovery());
+    storage->observe(metrics);
+    storage->observe(std::make_shared<HistoryEraser>(hub));
+    storage->observeValues(hub);
+    backups.emplace(loop, *storage, options.backups);
 }
 
 void Server::Parts::addEndpoint(const std::string& name, const std::string& path, Origin origin,
@@ -142,8 +179,7 @@ std::string Server::Parts::cookieSecret() {
 }
 
 std::string Server::Parts::randomHex(std::size_t bytes) const {
-    const std::string random = options.environment.random(bytes);
-    return hexadecimal(reinterpret_cast<const unsigned char*>(random.data()), random.size());
+    return hexadecimal(options.environment.random(bytes));
 }
 
 std::string Server::Parts::pageAddress() const {
@@ -159,17 +195,35 @@ HttpAnswer Server::Parts::healthAnswer() {
 }
 
 /// Stored first: a secret that was replaced must not be valid again after the next start.
-std::optional<std::string> Server::renewPageKey() {
-    const std::string key = parts->randomHex(keyBytes);
-    const std::string secret = parts->randomHex(secretBytes);
-    if (!parts->webServer ||
-        (parts->storage != nullptr && !parts->storage->state(webTable)->save(secretName, secret))) {
+std::optional<std::string> Server::Parts::renewPageKey() {
+    const std::string key = randomHex(keyBytes);
+    const std::string secret = randomHex(secretBytes);
+    if (!webServer || (storage != nullptr && !storage->state(webTable)->save(secretName, secret))) {
         return std::nullopt;
     }
-    parts->webKey = key;
-    parts->webServer->replaceKey(key, secret);
+    webKey = key;
+    webServer->replaceKey(key, secret);
     writeLog(VessaLogger::INFORMATION, "the pages have a new key");
     return pageAddress();
+}
+
+std::string Server::Parts::backUp() {
+    if (storage == nullptr) {
+        throw DatabaseError("there is no storage");
+    }
+    return storage->backupNow();
+}
+
+Wire::StatusReply Server::Parts::status() {
+    using namespace std::chrono;
+    Wire::StatusReply told;
+    told.health = *healthAnswer().body;
+    told.hostVersion = options.version;
+    if (storage != nullptr) {
+        told.disk = diskOf(storage->file());
+    }
+    told.now = duration_cast<milliseconds>(options.environment.now().time_since_epoch()).count();
+    return told;
 }
 
 }  // namespace SettingsHandlerKit

@@ -14,6 +14,7 @@
 #include "server/loop/RepeatingTimer.h"
 #include "server/metrics/HealthReport.h"
 #include "server/metrics/ServerMetrics.h"
+#include "server/protocol/Administration.h"
 #include "server/protocol/MessageHub.h"
 #include "server/protocol/TrafficObservers.h"
 #include "server/sockets/Backlog.h"
@@ -36,7 +37,7 @@ struct OpenEndpoint {
     std::unique_ptr<UnixSocketListener> listener;
 };
 
-struct Server::Parts {
+struct Server::Parts : Administration {
     /// Of a server's life. CREATED until `start`.
     enum class Phase { CREATED, SERVING, DRAINING, ENDED };
 
@@ -47,7 +48,11 @@ struct Server::Parts {
     void openWebServer();
     std::string cookieSecret();
     std::string randomHex(std::size_t bytes) const;
-    std::string pageAddress() const;
+    void watch(Storage& watched);
+    std::string pageAddress() const override;
+    std::optional<std::string> renewPageKey() override;
+    std::string backUp() override;
+    Wire::StatusReply status() override;
     std::string startText() const;
     HttpAnswer healthAnswer();
 

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 
@@ -67,6 +68,11 @@ public:
     /// cleared before it; otherwise `REFUSED`, with `NOT_STORED` for a write or a log-out.
     /// - Threads: any. The outcomes of the 16 threads that used the handler last are kept.
     Outcome outcome() const;
+
+    /// Returns: the newest accepted time stamp of each setting that has one, by key. All unknown keys share one, whose
+    /// key is empty.
+    /// - Threads: those of requests.
+    std::map<std::string, long> newestTimestamps() const;
 
     /// Rejects what would end the process: returns false.
     bool setSetting(const std::string& name, const std::string& value) override;

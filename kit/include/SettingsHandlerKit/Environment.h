@@ -14,7 +14,7 @@ std::string randomBytes(std::size_t count);
 struct Environment {
     /// The time in time stamps of events and of cookies.
     std::function<std::chrono::system_clock::time_point()> now = std::chrono::system_clock::now;
-    /// As many random bytes as it is asked for: keys of the pages and secrets that sign cookies.
+    /// As many random bytes as it is asked for: the name of the run, keys of the pages and secrets that sign cookies.
     std::function<std::string(std::size_t)> random = randomBytes;
 };
 

@@ -13,8 +13,11 @@
 
 namespace SettingsHandlerKit {
 
-/// Logs "settings-host:" and `text` through the application's logger, as everything in the kit does: the prefix tells
-/// its lines from those of the library. Threads: any.
+/// The name under which the program was started, without folders: what its log lines begin with. Threads: any.
+std::string programName();
+
+/// Logs the program's name, ":" and `text` through the application's logger, as everything in the kit does: the prefix
+/// tells its lines from those of the library. Threads: any.
 void writeLog(VessaLogger::LogLevel level, const std::string& text);
 
 /// One line of the log, as the application's logger emits it. The references are valid during the call only.
@@ -141,9 +144,9 @@ struct LogOptions {
 LogSink makeLogSink(const LogOptions& options, const std::shared_ptr<const RequestContext>& context,
                     const std::shared_ptr<LogFile>& file);
 
-/// Reports why the program ends: on standard error as "settings-host: " and `reason`; with LogFormat::JSON, in the
-/// journal (if standard error is connected to it) and in `file` (unless null) as a log line of level 3. Does not need
-/// the log to be set up, and never blocks.
+/// Reports why the program ends: on standard error as the program's name, ": " and `reason`; with LogFormat::JSON, in
+/// the journal (if standard error is connected to it) and in `file` (unless null) as a log line of level 3. Does not
+/// need the log to be set up, and never blocks.
 void reportFatalError(LogFormat format, LogFile* file, const std::string& reason);
 
 }  // namespace SettingsHandlerKit

@@ -72,6 +72,9 @@ public:
     std::shared_ptr<Metrics::MetricsDelegateInterface> metrics() const;
     /// To be told of values that change at their owner without a call of the handler: clients get a notice.
     std::shared_ptr<ValueObserver> valueObserver() const;
+    /// For connections that are not sockets, in tests or over a bus: told of clients and their frames, it serves them
+    /// like those of the Unix socket. Threads: the server's.
+    std::shared_ptr<ClientListener> clients() const;
     /// For an endpoint's listener: tell it of connections, frames and refusals, and they are counted.
     std::shared_ptr<TrafficObserver> traffic() const;
     /// Adds an observer of the traffic of all clients.
@@ -79,7 +82,7 @@ public:
     /// Options for a handler: GetSettings gathers no more than there is memory for.
     CheckedSettingsHandler::Options handlerOptions() const;
     /// Observes `storage` from now on: its health, metrics and removed values; backs it up once a day; keeps the secret
-    /// of the cookies in it.
+    /// of the cookies in it; empties the history of events when it is cleared.
     void watch(Storage& storage);
     /// From now on a request that `handler` rejects, or refuses for want of memory, is reported as such.
     void watch(const std::shared_ptr<CheckedSettingsHandler>& handler);

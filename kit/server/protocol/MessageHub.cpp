@@ -12,6 +12,7 @@
 #include "Wire/MessageType.h"
 #include "Wire/RefusalCode.h"
 #include "Wire/Utf8.h"
+#include "server/Hexadecimal.h"
 
 namespace SettingsHandlerKit {
 
@@ -19,10 +20,14 @@ namespace {
 
 using Utils::RapidjsonUtil::tryGetStringMember;
 
-Wire::Refusal busy() {
-    return {Wire::RefusalCode::busy,
-            "too much data is queued for clients that do not read; try again later or request fewer settings"};
+using SharedFrame = Clients::Frame;
+
+SharedFrame shared(std::string frame) {
+    return std::make_shared<const std::string>(std::move(frame));
 }
+
+/// Of the name of a run.
+constexpr std::size_t runBytes = 16;
 
 /// Cut to the length of a key that can be stored, so that no client fills the log.
 std::string settingNamedIn(int type, const rapidjson::Value& request) {
@@ -36,8 +41,9 @@ MessageHub::MessageHub(std::shared_ptr<TrafficObserver> trafficObserver, std::sh
                        std::shared_ptr<const Backlog> backlogOfClients, Environment itsEnvironment)
     : traffic(std::move(trafficObserver)),
       context(std::move(requestContext)),
-      backlog(std::move(backlogOfClients)),
       environment(std::move(itsEnvironment)),
+      clients(traffic, std::move(backlogOfClients)),
+      queries(clients, history, hexadecimal(environment.random(runBytes))),
       messageIdPrefix("host-" + std::to_string(now()) + "-") {}
 
 std::int64_t MessageHub::now() const {
@@ -46,26 +52,21 @@ std::int64_t MessageHub::now() const {
 }
 
 void MessageHub::connected(const std::shared_ptr<Client>& client) {
-    clients.insert(client);
+    clients.add(client);
     traffic->clientConnected(*client);
 }
 
 void MessageHub::disconnected(const std::shared_ptr<Client>& client, DisconnectReason reason) {
-    clients.erase(client);
+    clients.remove(client);
     traffic->clientDisconnected(*client, reason);
 }
 
 void MessageHub::oversized(const std::shared_ptr<Client>& client) {
-    refuse(*client, Wire::tooLarge());
+    clients.refuse(client, Wire::tooLarge());
 }
 
 void MessageHub::refused(Origin origin) {
     traffic->clientRefused(origin);
-}
-
-void MessageHub::refuse(Client& client, const Wire::Refusal& reason) {
-    sendTo(client, Wire::refusalFrame(reason.code, reason.message));
-    traffic->frameRefused(reason.code);
 }
 
 void MessageHub::received(const std::shared_ptr<Client>& client, const std::string& frame) {
@@ -79,23 +80,45 @@ void MessageHub::handle(const std::shared_ptr<Client>& client, const std::string
     traffic->frameReceived(*client, frame);
     rapidjson::Document request;
     if (const auto reason = Wire::inspectFrame(frame, request)) {
-        refuse(*client, *reason);
+        clients.refuse(client, *reason);
         return;
     }
+    if (!request.HasMember("type")) {
+        if (request.HasMember("batch")) {
+            handleBatch(client, request);
+            return;
+        }
+        if (queries.handles(request)) {
+            queries.handle(client, request);
+            return;
+        }
+    }
+    handleRequest(client, request, frame);
+}
+
+void MessageHub::handleRequest(const std::shared_ptr<Client>& client, const rapidjson::Value& request,
+                               const std::string& text) {
     const auto type = Wire::requestType(request);
     if (!type || handlers.count(*type) == 0) {
-        refuse(*client,
-               {Wire::RefusalCode::unknownType, R"("type" must be one of the request types 7, 18, 19, 22, 24)"});
+        clients.refuse(
+            client, {Wire::RefusalCode::unknownType, R"("type" must be one of the request types 7, 18, 19, 22, 24)"});
         return;
     }
     const RequestContext::Scope current(*context, {*type, settingNamedIn(*type, request)});
-    deliver(client, *type, frame);
+    deliver(client, *type, text);
+}
+
+void MessageHub::handleBatch(const std::shared_ptr<Client>& client, const rapidjson::Document& /*frame*/) {
+    clients.refuse(client, {Wire::RefusalCode::badBatch, "batches are not handled yet"});
 }
 
 void MessageHub::deliver(const std::shared_ptr<Client>& client, int type, const std::string& frame) {
     requester = client;
     currentType = type;
     outcome = RequestOutcome::SILENT;
+    if (type == Wire::LOG_OUT) {
+        history.clear();
+    }
     try {
         perform(client->origin(), [&] { handlers.at(type)(frame); });
         seeOutcome(client);
@@ -117,7 +140,7 @@ void MessageHub::seeOutcome(const std::shared_ptr<Client>& client) {
     if (result.rejected) {
         outcome = RequestOutcome::REJECTED;
     } else if (result.reason == Outcome::Reason::BUSY) {
-        refuse(*client, busy());
+        clients.refuse(client, Clients::tooMuchQueued());
         outcome = RequestOutcome::ANSWERED;
     }
 }
@@ -167,9 +190,7 @@ void MessageHub::sendNotice() {
     if (keys.empty()) {
         return;
     }
-    if (!clients.empty()) {
-        sendToAll(Wire::noticeFrame(keys));
-    }
+    announce({shared(Wire::noticeFrame(keys)), {keys.begin(), keys.end()}, 0});
     if (!settingObservers.empty()) {
         for (const auto& key : keys) {
             settingObservers.tell({key, std::nullopt});
@@ -177,18 +198,13 @@ void MessageHub::sendNotice() {
     }
 }
 
-void MessageHub::sendToAll(std::string frame) {
-    const auto shared = std::make_shared<const std::string>(std::move(frame));
-    for (const auto& client : clients) {
-        client->send(shared);
+/// Each event and each notice.
+void MessageHub::announce(Announcement announcement) {
+    const bool isNotice = announcement.sequence == 0;
+    if (!isNotice || !clients.empty()) {
+        clients.sendToAll(announcement.frame);
     }
-    traffic->frameSent(nullptr, *shared);
-}
-
-void MessageHub::sendTo(Client& client, std::string frame) {
-    const auto shared = std::make_shared<const std::string>(std::move(frame));
-    client.send(shared);
-    traffic->frameSent(&client, *shared);
+    history.add(std::move(announcement));
 }
 
 std::string MessageHub::sendMessage(int messageType, rapidjson::Document& payload) {
@@ -199,7 +215,9 @@ std::string MessageHub::sendMessage(int messageType, rapidjson::Document& payloa
     if (tryGetStringMember(payload, "settingDBId", told.settingDBId) && performing != 0) {
         announcedKeys.insert(told.settingDBId);
     }
-    sendToAll(Wire::eventFrame({messageType, messageId, now(), sequence, originName(currentOrigin)}, payload));
+    announce({shared(Wire::eventFrame({messageType, messageId, now(), sequence, originName(currentOrigin)}, payload)),
+              {told.settingDBId},
+              sequence});
     if (!settingObservers.empty()) {
         auto& event = told.event.emplace();
         tryGetStringMember(payload, "from", event.from);
@@ -219,15 +237,15 @@ void MessageHub::sendResponse(const std::string& messageId, rapidjson::Document&
     outcome = RequestOutcome::ANSWERED;
     const Wire::Reply reply{currentType, messageId, payload};
     if (payload.GetAllocator().Size() <= Wire::maximumFrameSize) {
-        sendTo(*requester, Wire::replyFrame(reply));
+        clients.sendTo(requester, shared(Wire::replyFrame(reply)));
         return;
     }
     const std::size_t size = Wire::replyFrameSize(reply);
-    if (!backlog->hasRoomFor(size)) {
-        refuse(*requester, busy());
+    if (!clients.hasRoomFor(size)) {
+        clients.refuse(requester, Clients::tooMuchQueued());
         return;
     }
-    sendTo(*requester, Wire::replyFrame(reply, size));
+    clients.sendTo(requester, shared(Wire::replyFrame(reply, size)));
 }
 
 void MessageHub::registerMessageHandler(int messageType, std::function<void(const std::string&)> handler) {

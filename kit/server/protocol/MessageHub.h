@@ -6,7 +6,6 @@
 #include <memory>
 #include <set>
 #include <string>
-#include <unordered_set>
 
 #include "CommunicationHandler/CommunicationHandlerInterface.h"
 #include "SettingsHandlerKit/ClientListener.h"
@@ -14,12 +13,11 @@
 #include "SettingsHandlerKit/Logging.h"
 #include "SettingsHandlerKit/TrafficObserver.h"
 #include "SettingsHandlerKit/ValueObserver.h"
+#include "server/protocol/Clients.h"
+#include "server/protocol/History.h"
+#include "server/protocol/Queries.h"
 #include "server/protocol/SettingObservers.h"
 #include "server/sockets/Backlog.h"
-
-namespace Wire {
-struct Refusal;
-}
 
 namespace SettingsHandlerKit {
 
@@ -44,7 +42,15 @@ public:
 
     /// From now on a request that `handler` rejects is reported as such, and one that it refuses for want of memory
     /// gets the refusal `busy`.
-    void watch(std::weak_ptr<const CheckedSettingsHandler> handler) { checkedHandler = std::move(handler); }
+    void watch(std::weak_ptr<const CheckedSettingsHandler> handler) {
+        checkedHandler = handler;
+        queries.watch(std::move(handler));
+    }
+    /// See `Queries`. It outlives the clients.
+    void administer(Administration& administration) { queries.administer(administration); }
+
+    /// Empties the history, as a log-out does.
+    void forgetHistory() { history.clear(); }
 
     void connected(const std::shared_ptr<Client>& client) override;
     void disconnected(const std::shared_ptr<Client>& client, DisconnectReason reason) override;
@@ -71,22 +77,23 @@ public:
 
 private:
     void handle(const std::shared_ptr<Client>& client, const std::string& frame);
+    void handleRequest(const std::shared_ptr<Client>& client, const rapidjson::Value& request, const std::string& text);
+    void handleBatch(const std::shared_ptr<Client>& client, const rapidjson::Document& frame);
     void deliver(const std::shared_ptr<Client>& client, int type, const std::string& frame);
     void seeOutcome(const std::shared_ptr<Client>& client);
     void performed(Origin originBefore);
     void sendNotice();
     void tellObservers();
     std::int64_t now() const;
-    void sendToAll(std::string frame);
-    void sendTo(Client& client, std::string frame);
-    void refuse(Client& client, const Wire::Refusal& reason);
+    void announce(Announcement announcement);
 
     std::shared_ptr<TrafficObserver> traffic;
     std::shared_ptr<RequestContext> context;
-    std::shared_ptr<const Backlog> backlog;
     Environment environment;
+    Clients clients;
+    History history;
+    Queries queries;
     std::map<int, std::function<void(const std::string&)>> handlers;
-    std::unordered_set<std::shared_ptr<Client>> clients;
     std::string messageIdPrefix;
     unsigned long sequence = 0;
     std::weak_ptr<const CheckedSettingsHandler> checkedHandler;

@@ -11,9 +11,6 @@ namespace SettingsHandlerKit {
 
 namespace {
 
-/// Memory of a frame besides its text: the string and its reference count, their headers in the heap, and its entry in
-/// the map of waiting frames.
-constexpr std::size_t frameOverhead = 192;
 /// An entry in the queue of one client.
 constexpr std::size_t placeOverhead = sizeof(std::shared_ptr<const std::string>);
 /// After so many bytes were released, free memory of the heap goes back to the system: the first when nothing waits.

@@ -22,6 +22,9 @@ class ClientBacklog;
 class Backlog {
 public:
     static constexpr std::size_t maximum = 32UL * 1024UL * 1024UL;
+    /// Memory of a frame besides its text: the string and its reference count, their headers in the heap, and its entry
+    /// in the map of waiting frames.
+    static constexpr std::size_t frameOverhead = 192;
 
     explicit Backlog(std::size_t limitInBytes = maximum) : limit(limitInBytes) {}
 

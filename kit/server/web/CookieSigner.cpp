@@ -8,7 +8,7 @@
 #include <openssl/evp.h>
 #include <openssl/hmac.h>
 
-#include "server/web/Hexadecimal.h"
+#include "server/Hexadecimal.h"
 
 namespace SettingsHandlerKit {
 

@@ -4,6 +4,8 @@
 
 #include <boost/beast/http/status.hpp>
 
+#include "SettingsHandlerKit/Logging.h"
+
 namespace SettingsHandlerKit {
 
 HttpAnswer plainAnswer(unsigned status, const std::string& text) {
@@ -37,7 +39,8 @@ std::string headOf(const HttpAnswer& answer, bool closes) {
         "referrer-policy: no-referrer\r\n"
         "cross-origin-resource-policy: same-origin\r\n"
         "cache-control: no-store\r\n"
-        "server: settings-host\r\n";
+        "server: " +
+        programName() + "\r\n";
     if (answer.body) {
         head += "content-type: " + answer.contentType + "\r\n";
         head += "content-length: " + std::to_string(answer.body->size()) + "\r\n";

@@ -10,7 +10,7 @@
 
 #include <sys/random.h>
 
-#include "server/web/Hexadecimal.h"
+#include "server/Hexadecimal.h"
 
 namespace SettingsHandlerKit {
 

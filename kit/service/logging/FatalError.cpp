@@ -14,14 +14,14 @@ namespace SettingsHandlerKit {
 
 void reportFatalError(LogFormat format, LogFile* file, const std::string& reason) {
     const LogLine line{VessaLogger::ERROR, std::chrono::system_clock::now(), VessaLogger::Log::instance().getThreadId(),
-                       "settings-host:" + reason};
+                       programName() + ":" + reason};
     const std::string logLine = LineFormat(format, std::make_shared<RequestContext>()).textOf(line);
     if (isStandardErrorTheJournal()) {
         Journal().send(journalEntry(line, std::nullopt));
     } else {
         StandardErrorOutput(STDERR_FILENO)
             .write(format == LogFormat::JSON ? logLine
-                                             : "settings-host: " + Wire::escapeControlCharacters(reason) + "\n");
+                                             : programName() + ": " + Wire::escapeControlCharacters(reason) + "\n");
     }
     if (file != nullptr) {
         file->write(logLine);

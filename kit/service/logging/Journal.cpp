@@ -57,7 +57,7 @@ std::string journalEntry(const LogLine& line, const std::optional<CurrentRequest
     std::string entry;
     addField(entry, "MESSAGE", Wire::escapeControlCharacters(line.text));
     addField(entry, "PRIORITY", priorityOf(line.level));
-    addField(entry, "SYSLOG_IDENTIFIER", "settings-host");
+    addField(entry, "SYSLOG_IDENTIFIER", programName());
     if (request) {
         addField(entry, "REQUEST_TYPE", std::to_string(request->type));
     }

@@ -33,7 +33,7 @@ public:
 private:
     bool reportLoss(const LogLine& next) const {
         const std::string text =
-            "settings-host:" + (lost == 1 ? "1 log line was" : std::to_string(lost) + " log lines were") + " lost";
+            programName() + ":" + (lost == 1 ? "1 log line was" : std::to_string(lost) + " log lines were") + " lost";
         return write({VessaLogger::WARNING, next.time, next.threadId, text});
     }
 
@@ -55,7 +55,7 @@ Destination journalDestination(std::shared_ptr<const RequestContext> context) {
 
 void reportUnwritable(const LogFile& file, Destination& destination) {
     const std::string text =
-        "settings-host:the log file " + file.name() + " cannot be written to, its lines are lost: " + file.failure();
+        programName() + ":the log file " + file.name() + " cannot be written to, its lines are lost: " + file.failure();
     const std::string threadId = VessaLogger::Log::instance().getThreadId();
     destination.take({VessaLogger::WARNING, std::chrono::system_clock::now(), threadId, text});
 }

@@ -2,6 +2,7 @@
 #include <fstream>
 #include <stdexcept>
 
+#include "SettingsHandlerTesting/kit/FakeClient.h"
 #include "kit/server/ServerFixture.h"
 #include "kit/server/sockets/ListenerRecording.h"
 #include "support/NotificationSocket.h"
@@ -49,6 +50,24 @@ TEST_F(ServerTest, ServesOnTheThreadThatRunsIt) {
     EXPECT_EQ(log.take().back(), "1 settings-host:stopping");
     EXPECT_FALSE(std::filesystem::exists(server.socketPath()));
     EXPECT_EQ(server.eventsSent(), 1U);
+}
+
+TEST_F(ServerTest, ServesClientsWithoutASocket) {
+    Server server(options());
+    Storage storage(database());
+    const auto handler = handlerOf(server, storage);
+    const auto client = std::make_shared<SettingsHandlerTesting::FakeClient>();
+    const auto other = std::make_shared<SettingsHandlerTesting::FakeClient>();
+    server.clients()->connected(client);
+    server.clients()->connected(other);
+    server.clients()->received(client, setRequest("deviceName", "Den"));
+    EXPECT_EQ(client->take(), std::vector<std::string>{firstEvent("deviceName", "TV", "Den")});
+    server.clients()->disconnected(client, DisconnectReason::CLOSED);
+    server.clients()->received(other, R"({"type":7,"messageId":"m","payload":{"settings":["deviceName"]}})");
+    EXPECT_EQ(client->take(), std::vector<std::string>());
+    EXPECT_EQ(other->take(),
+              (std::vector<std::string>{firstEvent("deviceName", "TV", "Den"),
+                                        R"({"type":7,"messageId":"m","payload":{"settings":{"deviceName":"Den"}}})"}));
 }
 
 TEST_F(ServerTest, AStopBeforeTheRunEndsIt) {
@@ -216,10 +235,11 @@ TEST_F(ServerTest, ANewPageKeyIsStoredFirst) {
     EXPECT_NE(*renewed, before);
     EXPECT_EQ(*renewed, server.pageAddress());
     EXPECT_EQ(log.take(), std::vector<std::string>{"1 settings-host:the pages have a new key"});
-    // "a" to "d" are of the key and secret that were not made, and of those of the start; "f" is the second secret.
+    // "a" names the run; "b" to "e" are of the key and secret that were not made, and of those of the start; "g" is the
+    // second secret.
     std::string secret;
     for (int number = 0; number < 32; ++number) {
-        secret += "66";
+        secret += "67";
     }
     EXPECT_EQ(storage.state("web")->load("cookieSecret"), secret);
 }

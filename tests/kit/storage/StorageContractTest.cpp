@@ -1,5 +1,6 @@
 #include "SettingsHandlerKit/Storage.h"
 #include "SettingsHandlerTesting/contracts/StorageContract.h"
+#include "SettingsHandlerTesting/kit/contracts/LegacyValueStorageContract.h"
 #include "kit/support/FaultyDisk.h"
 #include "kit/support/LogRecording.h"
 #include "support/TemporaryDirectory.h"
@@ -23,5 +24,6 @@ struct StorageMaker {
     void failWrites(bool fail) { fail ? disk->fillUpFrom(1) : disk->work(); }
 };
 INSTANTIATE_TYPED_TEST_SUITE_P(Storage, StorageContract, StorageMaker, NumberedNames);
+INSTANTIATE_TYPED_TEST_SUITE_P(Storage, LegacyValueStorageContract, StorageMaker, NumberedNames);
 
 }  // namespace SettingsHandlerTesting

@@ -41,7 +41,7 @@ public:
     /// The keys that a notice asks to reread; nothing when the frame is not a notice.
     std::optional<std::vector<std::string>> reread() const;
     /// What a refusal says; nothing when the frame is not a refusal. A missing code or message is empty.
-    /// Errors: as `stringsAt`.
+    /// Errors: `MalformedFrame` when one is not a string.
     std::optional<Refusal> refusal() const;
     /// The members of the object at a path of member names, in the order of their keys.
     /// Errors: `MalformedFrame` when there is no object, or one of its members is not a string.

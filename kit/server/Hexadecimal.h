@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 namespace SettingsHandlerKit {
 
@@ -14,6 +15,10 @@ inline std::string hexadecimal(const unsigned char* bytes, std::size_t size) {
         text += digits[bytes[place] & 15U];
     }
     return text;
+}
+
+inline std::string hexadecimal(std::string_view bytes) {
+    return hexadecimal(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
 }
 
 }  // namespace SettingsHandlerKit

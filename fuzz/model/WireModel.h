@@ -1,0 +1,83 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "model/ReferenceModel.h"
+
+namespace SettingsHandlerFuzz {
+
+class Envelope;
+
+/// An independent, simple implementation of the wire, for one client that sends; the other clients get the events.
+/// It tells what each frame leads to, and shares no code with the product.
+///
+/// Frames are entries: "event 3 phone {…}", "reply 7 m1 {…}", "answer 24 m1 {…}" without the message for people,
+/// "refusal bad-request 2", "query {…}" with the whole text.
+class WireModel {
+public:
+    using Entries = std::vector<std::string>;
+
+    /// What a frame leads to.
+    struct Reaction {
+        /// Frames for the client.
+        Entries frames;
+        /// How many of the first ones are old events, for this client alone.
+        std::size_t resent = 0;
+        Entries journal;
+        /// Codes of refusals, and requests with their outcomes, as they are reported.
+        Entries reports;
+    };
+
+    static constexpr const char* pageAddress = "http://127.0.0.1:8097/?key=x";
+    /// 16 bytes of 0.
+    static constexpr const char* run = "00000000000000000000000000000000";
+
+    struct Host {
+        /// Otherwise it is at the web port.
+        bool clientAtUnixSocket;
+        /// What its log lines begin with.
+        std::string name;
+    };
+
+    WireModel(const Surroundings& around, Host itsHost, std::vector<std::string> keysInTableOrder);
+
+    Reaction receive(const std::string& frame);
+    Reaction refuseTooLarge();
+
+    /// The event that the host sent last, as it sent it.
+    void sent(const std::string& event);
+
+private:
+    struct Event {
+        long sequence;
+        std::string key;
+        std::string entry;
+        std::string text;
+    };
+
+    void refuse(const std::string& code, const std::optional<std::size_t>& index = std::nullopt);
+    void request(const std::string& text, const std::optional<std::size_t>& index);
+    Answer deliver(int type, const std::string& text, const std::string& name);
+    void announce(const std::string& payload, const std::string& name);
+    void answer(long type, const std::string& messageId, const Answer& given);
+    void batch(const Envelope& frame);
+    void query(const Envelope& frame);
+    void hello(const std::string& messageId, const Envelope& members);
+    void findEvents(const std::string& messageId, const Envelope& members);
+    void administer(const std::string& name, const std::string& messageId, const Envelope& members);
+    void reply(const std::string& messageId, const std::string& name, const std::string& text);
+
+    ReferenceModel handler;
+    Host host;
+    std::string clientName;
+    long sequence = 0;
+    std::vector<Event> history;
+    /// Everything is known to whom has this event.
+    long knownAfter = 0;
+    Reaction reaction;
+};
+
+}  // namespace SettingsHandlerFuzz
