@@ -9,7 +9,9 @@ export type ChoiceValue = Extract<Entry, { readonly kind: 'choice' }>['values'][
 
 /** What a setting may be set to, as far as the catalogue says it. */
 export type ValueOf<Key extends SettingKey> = Key extends SettingKey
-    ? (typeof generated)[Key] extends { readonly values: readonly (infer Value)[] }
+    ? (typeof generated)[Key] extends {
+          readonly values: readonly (infer Value)[];
+      }
         ? Value
         : (typeof generated)[Key]['kind'] extends 'switch'
           ? 'true' | 'false'

@@ -56,7 +56,12 @@ const maxFrameSize = 65_536;
 const maxBatch = 64;
 
 /** A new value of a setting. */
-export type NewValue = { readonly [Key in SettingKey]: { readonly key: Key; readonly to: ValueOf<Key> } }[SettingKey];
+export type NewValue = {
+    readonly [Key in SettingKey]: {
+        readonly key: Key;
+        readonly to: ValueOf<Key>;
+    };
+}[SettingKey];
 
 interface PendingRequest {
     readonly done: (reply: Reply | Refusal | null) => void;
@@ -73,7 +78,10 @@ export class Client {
     /** Requests without a reply, in the order of their frames. */
     private readonly pending = new Map<string, PendingRequest>();
     /** Changes of this client whose events have not come. */
-    private readonly writes = new Set<{ readonly key: string; readonly to: string }>();
+    private readonly writes = new Set<{
+        readonly key: string;
+        readonly to: string;
+    }>();
     /** Keys to read, and the event that is the reason. */
     private readonly unread = new Map<SettingKey, ChangeEvent | null>();
     private readTimer: ReturnType<typeof setTimeout> | undefined;
@@ -123,7 +131,10 @@ export class Client {
 
     /** The values of `keys`, or of every setting when there are none. */
     async read(keys: readonly SettingKey[] = []): Promise<Values | null> {
-        const reply = await this.request({ type: messageType.getSettings, payload: { settings: keys } });
+        const reply = await this.request({
+            type: messageType.getSettings,
+            payload: { settings: keys },
+        });
         return reply && valuesOf(reply);
     }
 
@@ -139,7 +150,9 @@ export class Client {
 
     /** The newest events of the host's run, of one setting or all, oldest first. `limit`: 1 to 1,024. */
     async history(limit?: number, key?: SettingKey): Promise<ChangeEvent[] | null> {
-        const reply = await this.request({ history: { settingDBId: key, limit } });
+        const reply = await this.request({
+            history: { settingDBId: key, limit },
+        });
         return reply && eventsOf(reply);
     }
 
@@ -177,7 +190,11 @@ export class Client {
             payload: { settingDBId: key, to },
         }));
         const frame = JSON.stringify(wrap(requests));
-        if (requests.length === 0 || requests.length > maxBatch || new TextEncoder().encode(frame).length > maxFrameSize) {
+        if (
+            requests.length === 0 ||
+            requests.length > maxBatch ||
+            new TextEncoder().encode(frame).length > maxFrameSize
+        ) {
             return changes.map(() => refused('too-long'));
         }
         const ids = requests.map(({ messageId }) => messageId);
@@ -250,7 +267,10 @@ export class Client {
     private greet(): void {
         this.isGreeted = false;
         const { run, sequence } = this;
-        const hello = { client: this.options.name, resume: run === null ? undefined : { run, sequence } };
+        const hello = {
+            client: this.options.name,
+            resume: run === null ? undefined : { run, sequence },
+        };
         const messageId = this.nextId();
         this.expect(messageId, (reply) => {
             if (reply?.kind === 'reply') {

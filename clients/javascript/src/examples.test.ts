@@ -1,28 +1,40 @@
 // @vitest-environment node
-import { expect, test } from 'vitest';
+import { expect, test, vi } from 'vitest';
 
-import { rulesOf } from '../settings/rules';
-import { examples, everyStep, type Step } from './examples.fixture';
-import { parseFrame } from './frames';
-import { Session, type Outcome } from './session';
+import { connect } from './client.js';
+import { examples, everyStep } from './examples.fixture.js';
+import { FakeBrowser } from './fakeBrowser.fixture.js';
+import { eventsOf, outcomeOf, parseFrame } from './frames.js';
 
 const kinds: Readonly<Record<string, string>> = {
     'get-settings-reply': 'reply',
     'is-orlia-selected-va-reply': 'reply',
+    'set-settings-answer': 'reply',
+    'open-va-settings-answer': 'reply',
+    'log-out-answer': 'reply',
+    'hello-reply': 'reply',
+    'history-reply': 'reply',
     'setting-changed-event': 'event',
     notice: 'notice',
     refusal: 'refusal',
 };
 
-/** Without the frames that the pages do not ask for. */
-const received = everyStep.filter(
-    (step) => step.at !== 'device' && step.received !== undefined && (step.schema ?? '') in kinds,
-);
+/** What the host sends to a client like this one. */
+const received = everyStep.filter(({ at, received, schema }) => at !== 'device' && received && (schema ?? '') in kinds);
 
-test('the host’s frames in the examples are understood', () => {
-    expect(received.length).toBeGreaterThan(20);
-    for (const step of received) {
-        expect(parseFrame(JSON.stringify(step.received))?.kind, step.schema).toBe(kinds[step.schema ?? '']);
+/** The frames of a schema, as this client understands them. */
+function framesOf(schema: string) {
+    const frames = received.filter((step) => step.schema === schema).map((step) => step.received ?? {});
+    expect(frames.length, schema).toBeGreaterThan(0);
+    return frames.map((frame) => ({
+        frame,
+        parsed: parseFrame(JSON.stringify(frame)),
+    }));
+}
+
+test.each(Object.entries(kinds))('frames of the kind %s in the examples are understood', (schema, kind) => {
+    for (const { parsed } of framesOf(schema)) {
+        expect(parsed?.kind).toBe(kind);
     }
 });
 
@@ -34,51 +46,74 @@ test('an event of the examples is parsed completely', () => {
         from: 'TV',
         to: 'Living room',
         origin: 'socket',
+        client: null,
         sequence: 1,
         timestamp: 1795243863837,
     });
 });
 
-test('a session follows the examples of the pages', async () => {
-    const sent: unknown[] = [];
-    const log: string[] = [];
-    const session = new Session(
-        (frame) => sent.push(JSON.parse(frame)) > 0,
-        {
-            changed: ({ key, to }) => log.push(`${key}=${to}`),
-            reread: (keys) => log.push(`reread ${keys.join()}`),
-            missed: () => log.push('missed'),
-            timedOut: () => log.push('timed out'),
-        },
-        rulesOf,
-        () => 1_700_000_000_000,
-    );
-    session.opened();
-
-    /** Plays an example: runs `act` where the example has its requests, and passes on the received frames. Returns: the result of `act`. */
-    async function play<Result>(name: string, act: () => Promise<Result>): Promise<Result> {
-        const steps = (examples.get(name) ?? []).filter(({ at }) => at === 'page');
-        const requests = steps.filter((step) => step.sent !== undefined);
-        const receive = (step: Step): void => {
-            session.received(JSON.stringify(step.received));
-        };
-        const first = steps.findIndex((step) => step.sent !== undefined);
-        steps.slice(0, first).forEach(receive);
-        sent.length = 0;
-        const result = act();
-        expect(sent, name).toEqual(requests.map((step) => step.sent));
-        steps
-            .slice(first)
-            .filter((step) => step.received !== undefined)
-            .forEach(receive);
-        return result;
+test('every outcome and reason of the examples is understood', () => {
+    const reasons = new Set<unknown>();
+    for (const { frame, parsed } of framesOf('set-settings-answer')) {
+        const { settingDBId: _key, newest: _newest, ...told } = frame['payload'] as Record<string, unknown>;
+        reasons.add(told['reason']);
+        expect(parsed?.kind === 'reply' && outcomeOf(parsed)).toMatchObject(told);
     }
+    expect(reasons.size).toBe(6);
+});
 
-    const accepted: Outcome = { result: 'accepted', value: 'Living room' };
-    const refused: Outcome = { result: 'refused', reason: 'read-only', value: 'false' };
-    expect(await play('page-reads', () => session.read())).toMatchObject({ deviceName: 'TV', friendlyName: 'TV' });
-    expect(await play('page-sets', () => session.set('deviceName', 'Living room'))).toEqual(accepted);
-    expect(await play('page-is-refused', () => session.set('captionsEnabled', 'true'))).toEqual(refused);
-    expect(await play('page-rereads', () => session.read(['captionsEnabled']))).toEqual({ captionsEnabled: 'true' });
-    expect(log).toEqual(['reread captionsEnabled']);
+test('the history of the examples is understood', () => {
+    for (const { frame, parsed } of framesOf('history-reply')) {
+        const { events } = frame['history'] as {
+            readonly events: readonly { readonly payload: { to: string } }[];
+        };
+        expect(parsed?.kind === 'reply' && eventsOf(parsed).map(({ to }) => to)).toEqual(
+            events.map(({ payload }) => payload.to),
+        );
+    }
+});
+
+test('a client resumes as in the example', async () => {
+    vi.useFakeTimers();
+    const log: string[] = [];
+    const browser = new FakeBrowser();
+    const client = connect(
+        {
+            address: 'http://tv/',
+            status: (status) => log.push(status),
+            changed: ({ key, value }) => log.push(`${key}=${value ?? ''}`),
+        },
+        browser,
+    );
+    const example = (examples.get('resume') ?? []).filter(({ at, schema }) => at === 'socket' && schema !== 'notice');
+    const { run, sequence } = (
+        example[0]?.sent?.['hello'] as {
+            resume: { run: string; sequence: number };
+        }
+    ).resume;
+    const sent = () =>
+        JSON.parse(browser.socket.sent.at(-1) ?? '{}') as {
+            messageId: string;
+            hello: unknown;
+        };
+    browser.socket.open();
+    browser.socket.receive({
+        messageId: sent().messageId,
+        hello: { run, sequence },
+    });
+    browser.socket.receive({
+        messageId: sent().messageId,
+        payload: { settings: {} },
+    });
+    await vi.advanceTimersByTimeAsync(0);
+    browser.socket.close();
+    client.retryNow();
+    browser.socket.open();
+    expect(sent().hello).toEqual(example[0]?.sent?.['hello']);
+    for (const step of example.slice(1, 3)) {
+        const { messageId } = sent();
+        browser.socket.receive(step.schema === 'hello-reply' ? { ...step.received, messageId } : (step.received ?? {}));
+    }
+    expect(log).toEqual(['online', 'lost', 'captionsFontSize=FONT_MEDIUM', 'online']);
+    vi.useRealTimers();
 });

@@ -31,7 +31,9 @@ export class FakeSocket {
     }
 
     receive(frame: unknown): void {
-        this.onmessage?.({ data: typeof frame === 'string' ? frame : JSON.stringify(frame) });
+        this.onmessage?.({
+            data: typeof frame === 'string' ? frame : JSON.stringify(frame),
+        });
     }
 }
 

@@ -61,7 +61,9 @@ class FakeHost {
 
     private take({ type, messageId, hello, payload }: Sent): void {
         const { settings = [], settingDBId = '', to = '' } = payload ?? {};
-        this.requests.push(type === 24 ? `set ${settingDBId}` : type === 7 ? `get ${settings.join()}` : `${type ?? 'hello'}`);
+        this.requests.push(
+            type === 24 ? `set ${settingDBId}` : type === 7 ? `get ${settings.join()}` : `${type ?? 'hello'}`,
+        );
         if (this.silent) {
             return;
         }

@@ -116,7 +116,9 @@ export class Store {
         if (reason !== null) {
             this.setStatus(key, { kind: 'refused', reason });
         } else {
-            this.setStatus(key, { kind: isDefault ? 'default' : outcome.outcome === 'changed' ? 'accepted' : 'unchanged' });
+            this.setStatus(key, {
+                kind: isDefault ? 'default' : outcome.outcome === 'changed' ? 'accepted' : 'unchanged',
+            });
         }
     }
 
