@@ -1,7 +1,11 @@
 #include "Wire/FrameInspector.h"
 
+#include <algorithm>
+
+#include "Wire/ControlCharacters.h"
 #include "Wire/JsonShape.h"
 #include "Wire/RefusalCode.h"
+#include "Wire/Utf8.h"
 
 namespace Wire {
 
@@ -48,16 +52,24 @@ std::optional<int> requestType(const rapidjson::Value& request) {
     return type->value.GetInt();
 }
 
-std::string requestedSetting(const rapidjson::Value& request) {
+std::optional<std::string> requestedSetting(const rapidjson::Value& request) {
     const auto payload = request.FindMember("payload");
     if (payload == request.MemberEnd() || !payload->value.IsObject()) {
-        return "";
+        return std::nullopt;
     }
     const auto setting = payload->value.FindMember("settingDBId");
     if (setting == payload->value.MemberEnd() || !setting->value.IsString()) {
-        return "";
+        return std::nullopt;
     }
-    return {setting->value.GetString(), setting->value.GetStringLength()};
+    return std::string(setting->value.GetString(), setting->value.GetStringLength());
+}
+
+bool isClientName(std::string_view name) {
+    constexpr std::ptrdiff_t longest = 64;
+    // Bytes that continue a character start with the bits 10.
+    const auto characters = std::count_if(
+        name.begin(), name.end(), [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; });
+    return characters >= 1 && characters <= longest && isValidUtf8(name) && escapeControlCharacters(name) == name;
 }
 
 }  // namespace Wire

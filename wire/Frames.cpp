@@ -46,8 +46,16 @@ auto write(const Reply& reply, ObjectWriter<Output> frame) {
 
 }  // namespace
 
-std::string refusalFrame(const std::string& code, const std::string& message) {
-    return objectFrame("error", {{"code", code}, {"message", message}});
+std::string refusalFrame(const std::string& code, const std::string& message, std::optional<std::size_t> index) {
+    ObjectWriter<> frame;
+    frame.beginObject("error");
+    frame.text("code", code);
+    frame.text("message", message);
+    if (index) {
+        frame.number("index", *index);
+    }
+    frame.endObject();
+    return frame.finish();
 }
 
 std::string objectFrame(const std::string& name, const std::map<std::string, std::string>& members) {
@@ -75,6 +83,9 @@ std::string eventFrame(const Event& event, const rapidjson::Value& payload) {
     frame.number("timestamp", event.timestamp);
     frame.number("sequence", event.sequence);
     frame.text("origin", event.origin);
+    if (!event.client.empty()) {
+        frame.text("client", event.client);
+    }
     frame.json("payload", payload);
     return frame.finish();
 }

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "Wire/ClientName.h"
+#include "Wire/FrameInspector.h"
 
 TEST(ClientName, HasOneTo64Characters) {
     EXPECT_FALSE(Wire::isClientName(""));

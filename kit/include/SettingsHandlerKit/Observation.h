@@ -19,6 +19,8 @@ struct SettingEvent {
     unsigned long sequence = 0;
     /// Who asked for the change.
     Origin origin = Origin::DEVICE;
+    /// The name of the client that asked for it; empty when it has none, and for changes of the device.
+    std::string client;
 };
 
 /// What an observer of settings is told.

@@ -135,8 +135,10 @@ struct ServerMetrics::Families {
         }
         auto& refusalFamily = counter("settings_host_refusals_total", "Frames that the transport refused.");
         namespace RefusalCode = Wire::RefusalCode;
-        for (const auto& code : Names{RefusalCode::notJson, RefusalCode::notAnObject, RefusalCode::unknownType,
-                                      RefusalCode::tooLarge, RefusalCode::tooDeep, RefusalCode::busy, other}) {
+        for (const auto& code :
+             Names{RefusalCode::notJson, RefusalCode::notAnObject, RefusalCode::unknownType, RefusalCode::tooLarge,
+                   RefusalCode::tooDeep, RefusalCode::busy, RefusalCode::noMessageId, RefusalCode::badBatch,
+                   RefusalCode::badRequest, RefusalCode::notHere, RefusalCode::notStored, other}) {
             refusals.add(code, refusalFamily.Add({{"code", code}}));
         }
         auto& clientFamily = gauge("settings_host_clients", "Clients that are connected.");

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -9,16 +10,15 @@
 #include "SettingsHandlerKit/Client.h"
 #include "SettingsHandlerKit/TrafficObserver.h"
 #include "Wire/FrameInspector.h"
+#include "server/protocol/History.h"
 #include "server/sockets/Backlog.h"
 
 namespace SettingsHandlerKit {
 
-/// The connected clients, their names and the frames to them, which are reported to the `TrafficObserver`. One thread
-/// only.
+/// The connected clients, their names and the frames to them, each of which is reported to the `TrafficObserver` when
+/// it is sent. One thread only.
 class Clients {
 public:
-    using Frame = std::shared_ptr<const std::string>;
-
     Clients(std::shared_ptr<TrafficObserver> trafficObserver, std::shared_ptr<const Backlog> backlogOfClients);
 
     void add(const std::shared_ptr<Client>& client) { names[client]; }
@@ -30,17 +30,38 @@ public:
     /// Returns: empty when the client has none.
     std::string nameOf(const std::shared_ptr<Client>& client) const;
 
-    void sendToAll(const Frame& frame);
-    void sendTo(const std::shared_ptr<Client>& client, const Frame& frame);
-    void refuse(const std::shared_ptr<Client>& client, const Wire::Refusal& reason);
-    /// Is there room for a large frame? If not, the refusal is `tooMuchQueued()`.
-    bool hasRoomFor(std::size_t bytes) const { return backlog->hasRoomFor(bytes); }
+    void sendToAll(const SharedFrame& frame);
+    void sendTo(const std::shared_ptr<Client>& client, const SharedFrame& frame);
+    /// Sends a refusal; `index` is that of a request in a batch.
+    void refuse(const std::shared_ptr<Client>& client, const Wire::Refusal& reason,
+                std::optional<std::size_t> index = std::nullopt);
+
+    /// May a reply of this size be sent? Up to `maximumFrameSize` always, unless frames are held: what a batch leads to
+    /// must not make its client too slow. If not, the refusal is `tooMuchQueued()`.
+    bool hasRoomFor(std::size_t bytes) const;
     static Wire::Refusal tooMuchQueued();
 
+    /// From now on frames are held, until they are sent in their order or dropped.
+    void hold();
+    void sendHeld();
+    void dropHeld();
+
 private:
+    struct Held {
+        /// Null for all.
+        std::shared_ptr<Client> receiver;
+        SharedFrame frame;
+        /// Of a refusal.
+        std::string code;
+    };
+
+    void send(const Held& message);
+
     std::shared_ptr<TrafficObserver> traffic;
     std::shared_ptr<const Backlog> backlog;
     std::unordered_map<std::shared_ptr<Client>, std::string> names;
+    std::optional<std::vector<Held>> held;
+    std::size_t heldBytes = 0;
 };
 
 }  // namespace SettingsHandlerKit

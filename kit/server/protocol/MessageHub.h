@@ -1,10 +1,7 @@
 #pragma once
 
-#include <cstdint>
 #include <functional>
-#include <map>
 #include <memory>
-#include <set>
 #include <string>
 
 #include "CommunicationHandler/CommunicationHandlerInterface.h"
@@ -13,49 +10,49 @@
 #include "SettingsHandlerKit/Logging.h"
 #include "SettingsHandlerKit/TrafficObserver.h"
 #include "SettingsHandlerKit/ValueObserver.h"
+#include "server/protocol/Announcements.h"
+#include "server/protocol/Batches.h"
 #include "server/protocol/Clients.h"
 #include "server/protocol/History.h"
 #include "server/protocol/Queries.h"
+#include "server/protocol/Requests.h"
 #include "server/protocol/SettingObservers.h"
+#include "server/protocol/Transactions.h"
 #include "server/sockets/Backlog.h"
 
 namespace SettingsHandlerKit {
 
-class CheckedSettingsHandler;
-
-/// The message transport behind the settings listeners: delivers requests to the handler registered for their type,
-/// replies to the requester, events and notices to every client. It knows clients, not sockets. One thread only.
-///
-/// What changes settings runs inside `received` or `perform`. When that is over, the keys that were reported to
-/// `valueChanged` and for which the handler sent no event go to every client as one notice; then the observers in this
-/// process are called. A change outside of both is the device's, and announced at once.
+/// The message transport behind the settings listeners: takes the clients' frames, delivers requests to the handler
+/// registered for their type, sends replies to the requester, events and notices to every client. It knows clients, not
+/// sockets. One thread only.
 class MessageHub : public CommunicationHandler::CommunicationHandlerInterface,
                    public ClientListener,
                    public ValueObserver {
 public:
-    /// `context` holds the request that is being handled. A reply over `maximumFrameSize` for which `backlog` has no
-    /// room is not made; the requester gets the refusal `busy`.
+    /// `context` holds the request that is being handled. `backlog` has room for large replies or not.
     explicit MessageHub(std::shared_ptr<TrafficObserver> traffic,
                         std::shared_ptr<RequestContext> context = std::make_shared<RequestContext>(),
                         std::shared_ptr<const Backlog> backlog = std::make_shared<Backlog>(),
-                        Environment environment = {});
+                        const Environment& environment = {});
 
-    /// From now on a request that `handler` rejects is reported as such, and one that it refuses for want of memory
-    /// gets the refusal `busy`.
-    void watch(std::weak_ptr<const CheckedSettingsHandler> handler) {
-        checkedHandler = handler;
-        queries.watch(std::move(handler));
+    /// From now on requests are answered with the outcomes of `handler`; one that it rejects is reported as such, and
+    /// one that it refuses for want of memory gets the refusal `busy`.
+    void watch(std::weak_ptr<CheckedSettingsHandler> handler) {
+        queries.watch(handler);
+        requests.watch(std::move(handler));
     }
-    /// See `Queries`. It outlives the clients.
-    void administer(Administration& administration) { queries.administer(administration); }
+    /// From now on the changes of a batch are stored together.
+    void use(std::shared_ptr<Transactions> transactions) { batches.use(std::move(transactions)); }
 
+    /// From now on page, backup and status are answered; `administration` outlives the clients.
+    void administer(Administration& administration) { queries.administer(administration); }
     /// Empties the history, as a log-out does.
     void forgetHistory() { history.clear(); }
 
     void connected(const std::shared_ptr<Client>& client) override;
     void disconnected(const std::shared_ptr<Client>& client, DisconnectReason reason) override;
-    /// Takes one frame of `client`: refuses it or delivers it to the handler. An exception of the handler is logged at
-    /// level 3.
+    /// Takes one frame of `client`: refuses it, or handles it as a request, a batch or a query. An exception of the
+    /// handler is logged at level 3.
     void received(const std::shared_ptr<Client>& client, const std::string& frame) override;
     void oversized(const std::shared_ptr<Client>& client) override;
     void refused(Origin origin) override;
@@ -64,12 +61,12 @@ public:
     void perform(Origin origin, const std::function<void()>& action);
 
     /// The observers in this process.
-    SettingObservers& observers() { return settingObservers; }
+    SettingObservers& observers() { return announcements.observers(); }
 
     void valueChanged(const std::string& settingDBId) override;
 
     /// How many events the handler has sent. It sends one for each value that it accepts.
-    unsigned long eventsSent() const { return sequence; }
+    unsigned long eventsSent() const { return announcements.newest(); }
 
     std::string sendMessage(int messageType, rapidjson::Document& payload) override;
     void sendResponse(const std::string& messageId, rapidjson::Document& payload) override;
@@ -77,38 +74,14 @@ public:
 
 private:
     void handle(const std::shared_ptr<Client>& client, const std::string& frame);
-    void handleRequest(const std::shared_ptr<Client>& client, const rapidjson::Value& request, const std::string& text);
-    void handleBatch(const std::shared_ptr<Client>& client, const rapidjson::Document& frame);
-    void deliver(const std::shared_ptr<Client>& client, int type, const std::string& frame);
-    void seeOutcome(const std::shared_ptr<Client>& client);
-    void performed(Origin originBefore);
-    void sendNotice();
-    void tellObservers();
-    std::int64_t now() const;
-    void announce(Announcement announcement);
 
     std::shared_ptr<TrafficObserver> traffic;
-    std::shared_ptr<RequestContext> context;
-    Environment environment;
-    Clients clients;
     History history;
+    Clients clients;
+    Announcements announcements;
+    Requests requests;
+    Batches batches{clients, announcements, requests};
     Queries queries;
-    std::map<int, std::function<void(const std::string&)>> handlers;
-    std::string messageIdPrefix;
-    unsigned long sequence = 0;
-    std::weak_ptr<const CheckedSettingsHandler> checkedHandler;
-
-    SettingObservers settingObservers;
-
-    // The request or action that is being handled.
-    bool receiving = false;
-    unsigned performing = 0;
-    Origin currentOrigin = Origin::DEVICE;
-    std::shared_ptr<Client> requester;
-    int currentType = 0;
-    RequestOutcome outcome = RequestOutcome::SILENT;
-    std::set<std::string> changedKeys;
-    std::set<std::string> announcedKeys;
 };
 
 }  // namespace SettingsHandlerKit

@@ -3,12 +3,13 @@
 #include <algorithm>
 #include <cstdint>
 #include <exception>
+#include <limits>
+#include <map>
 #include <optional>
 #include <utility>
 
 #include "SettingsHandlerKit/CheckedSettingsHandler.h"
 #include "SettingsHandlerKit/Logging.h"
-#include "Wire/ClientName.h"
 #include "Wire/FrameInspector.h"
 #include "Wire/QueryFrames.h"
 #include "Wire/RefusalCode.h"
@@ -22,6 +23,7 @@ namespace RefusalCode = Wire::RefusalCode;
 /// A query is refused, and nothing is done.
 class QueryRefused : public std::exception {
 public:
+    explicit QueryRefused(Wire::Refusal refusal) : reason(std::move(refusal)) {}
     QueryRefused(const char* code, std::string message) : reason{code, std::move(message)} {}
 
     const Wire::Refusal& refusal() const { return reason; }
@@ -66,13 +68,15 @@ public:
         return value->GetBool();
     }
 
-    std::optional<std::uint64_t> number(const char* name) const {
+    /// `rule`: for people.
+    std::optional<std::uint64_t> number(const char* name, std::uint64_t least, std::uint64_t most,
+                                        const char* rule) const {
         const auto* const value = find(name);
         if (value == nullptr) {
             return std::nullopt;
         }
-        if (!value->IsUint64()) {
-            throw badRequest(name, "an integer of 0 or more");
+        if (!value->IsUint64() || value->GetUint64() < least || value->GetUint64() > most) {
+            throw badRequest(name, rule);
         }
         return value->GetUint64();
     }
@@ -111,14 +115,16 @@ std::optional<ResumePoint> resumePointIn(const Members& hello) {
     if (!resume) {
         return std::nullopt;
     }
+    constexpr const char* rule = "an integer of 0 or more";
+    constexpr auto most = std::numeric_limits<std::uint64_t>::max();
     return ResumePoint{required(resume->text("run"), "run", "a string"),
-                       required(resume->number("sequence"), "sequence", "an integer of 0 or more")};
+                       required(resume->number("sequence", 0, most, rule), "sequence", rule)};
 }
 
 std::optional<std::string> clientNameIn(const Members& hello) {
     auto name = hello.text("client");
     if (name && !Wire::isClientName(*name)) {
-        throw badRequest("client", "1 to 64 characters without control characters");
+        throw badRequest("client", "1 to 64 characters, none of them a control character");
     }
     return name;
 }
@@ -176,14 +182,13 @@ void Queries::reply(const Query& query, std::string frame) {
     clients.sendTo(query.client, std::make_shared<const std::string>(std::move(frame)));
 }
 
-/// Small replies always go.
 void Queries::checkRoomFor(const std::vector<SharedFrame>& frames, std::size_t overheadOfEach) const {
     std::size_t bytes = 0;
     for (const auto& frame : frames) {
         bytes += frame->size() + overheadOfEach;
     }
-    if (bytes > Wire::maximumFrameSize && !clients.hasRoomFor(bytes)) {
-        throw QueryRefused(RefusalCode::busy, "too much data is queued for clients that do not read; try again later");
+    if (!clients.hasRoomFor(bytes)) {
+        throw QueryRefused(Clients::tooMuchQueued());
     }
 }
 
@@ -212,10 +217,8 @@ void Queries::hello(const Query& query) {
 
 void Queries::findEvents(const Query& query) {
     const auto settingDBId = query.members.text("settingDBId");
-    const auto limit = query.members.number("limit");
-    if (limit && (*limit == 0 || *limit > History::maximumEntries)) {
-        throw badRequest("limit", "an integer from 1 to 1,024");
-    }
+    static_assert(History::maximumEntries == 1024);
+    const auto limit = query.members.number("limit", 1, History::maximumEntries, "an integer from 1 to 1,024");
     const auto events = history.events(limit.value_or(History::maximumEntries), settingDBId);
     checkRoomFor(events, 1);
     reply(query, Wire::historyFrame(query.messageId, events));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <deque>
 #include <memory>
 #include <mutex>
@@ -21,6 +22,12 @@ public:
     /// Is nobody subscribed? Then nothing needs to be told.
     bool empty() const;
     void tell(ObservedSetting what);
+    /// How much they have been told that waits.
+    std::size_t waitingCount() const { return waiting.size(); }
+    /// Only the first `count` of it still hold.
+    void forgetAfter(std::size_t count) {
+        waiting.erase(waiting.begin() + static_cast<std::ptrdiff_t>(count), waiting.end());
+    }
     /// Calls the observers with everything that waits, also with what is told meanwhile. An exception of an observer is
     /// logged at level 3, and the others are called. From inside an observer it does nothing.
     void deliver();

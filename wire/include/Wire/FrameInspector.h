@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "Utils/Rapidjson.h"
 
@@ -29,7 +30,10 @@ std::optional<Refusal> inspectFrame(const std::string& frame, rapidjson::Documen
 /// The type of a request, which is an object: the first member "type" if it is a 32-bit integer.
 std::optional<int> requestType(const rapidjson::Value& request);
 
-/// The setting that a SetSettings request is about; empty when it does not say.
-std::string requestedSetting(const rapidjson::Value& request);
+/// The setting that a SetSettings request is about; nothing when it does not say.
+std::optional<std::string> requestedSetting(const rapidjson::Value& request);
+
+/// May a client have this name: 1 to 64 characters, no control character among them?
+bool isClientName(std::string_view name);
 
 }  // namespace Wire

@@ -3,8 +3,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 
 #include "Utils/Rapidjson.h"
 
@@ -12,8 +14,9 @@ namespace Wire {
 
 /// Frames of the wire, as compact JSON text without a line end. Bytes that are not UTF-8 become U+FFFD.
 
-/// `{"error":{"code":…,"message":…}}`
-std::string refusalFrame(const std::string& code, const std::string& message);
+/// `{"error":{"code":…,"message":…}}`, with `"index":…` after them for a request of a batch, counted from 0.
+std::string refusalFrame(const std::string& code, const std::string& message,
+                         std::optional<std::size_t> index = std::nullopt);
 
 /// `{NAME:{…}}` with `members` in their order.
 std::string objectFrame(const std::string& name, const std::map<std::string, std::string>& members);
@@ -29,9 +32,12 @@ struct Event {
     std::int64_t timestamp;
     unsigned long sequence;
     const char* origin;
+    /// The name of the client that caused it; empty when it has none.
+    std::string_view client = {};
 };
 
-/// `{"type":…,"messageId":…,"timestamp":…,"sequence":…,"origin":…,"payload":…}`
+/// `{"type":…,"messageId":…,"timestamp":…,"sequence":…,"origin":…,"client":…,"payload":…}`, without `client` when that
+/// is empty.
 std::string eventFrame(const Event& event, const rapidjson::Value& payload);
 
 /// The parts of a reply, which outlive it.
