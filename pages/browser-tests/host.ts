@@ -23,6 +23,9 @@ export class Host {
 
     private folder = '';
 
+    /** `pages` is the folder that it serves. */
+    constructor(private readonly pages = builtPages) {}
+
     async start(): Promise<void> {
         this.folder = await mkdtemp(join(tmpdir(), 'settings-pages-'));
         this.address = new URL('http://127.0.0.1:0/');
@@ -39,7 +42,7 @@ export class Host {
         const child = spawn(
             settingsHost,
             [
-                ...['--storage', this.database(), ...this.sockets(), '--pages', builtPages],
+                ...['--storage', this.database(), ...this.sockets(), '--pages', this.pages],
                 ...['--listen', this.address.host, '--log-level', '2'],
             ],
             { stdio: ['ignore', 'pipe', 'pipe'] },
@@ -132,8 +135,8 @@ export class Host {
 }
 
 /** A host for all tests of a file. */
-export function hostOfFile(prepare?: (host: Host) => Promise<unknown>): Host {
-    const host = new Host();
+export function hostOfFile(prepare?: (host: Host) => Promise<unknown>, pages = builtPages): Host {
+    const host = new Host(pages);
     beforeAll(async () => {
         await host.start();
         await prepare?.(host);

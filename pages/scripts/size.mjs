@@ -22,4 +22,8 @@ function weigh(name, files, limit) {
 }
 
 weigh('the pages', filesIn(process.env.PAGES ?? 'dist'), 40 * 1024);
-weigh('settings-client', filesIn(client).filter((file) => file.endsWith('.js')), 4 * 1024);
+weigh(
+    'settings-client',
+    filesIn(client).filter((file) => file.endsWith('.js')),
+    4 * 1024,
+);
