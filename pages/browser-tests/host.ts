@@ -1,6 +1,7 @@
 import { execFile, spawn, type ChildProcess } from 'node:child_process';
 import { once } from 'node:events';
 import { mkdtemp, rm } from 'node:fs/promises';
+import { connect } from 'node:net';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import { createInterface } from 'node:readline';
@@ -83,6 +84,19 @@ export class Host {
     /** The socket for clients of the settings. */
     socket(): string {
         return join(this.folder, 'settings.sock');
+    }
+
+    /** Sends frames as a client of the Unix socket, and waits until the host has handled them. */
+    send(...frames: readonly object[]): Promise<void> {
+        return new Promise((resolve, reject) => {
+            const client = connect(this.socket());
+            client.on('error', reject);
+            client.end(frames.map((frame) => `${JSON.stringify(frame)}\n`).join(''));
+            client.resume();
+            client.on('close', () => {
+                resolve();
+            });
+        });
     }
 
     /** Starts it again with a new database: open pages are no longer authorized. */
