@@ -13,7 +13,7 @@ function withPayload(payload: object): Wire {
 
 /** Replaces members of the host's answer to a request of this type. */
 function withAnswer(type: number, answer: object): Wire {
-    const isAnswer = (frame: Frame) => frame['type'] === type && 'outcome' in (frame['payload'] ?? {});
+    const isAnswer = (frame: Frame) => frame['type'] === type && Object.hasOwn(frame['payload'] ?? {}, 'outcome');
     return { toPage: (frame) => (isAnswer(frame) ? { ...frame, payload: answer } : frame) };
 }
 
