@@ -84,7 +84,8 @@ public:
     /// Observes `storage` from now on: its health, metrics and removed values; backs it up once a day; keeps the secret
     /// of the cookies in it; empties the history of events when it is cleared.
     void watch(Storage& storage);
-    /// From now on a request that `handler` rejects, or refuses for want of memory, is reported as such.
+    /// From now on requests that ask for an answer get one, with the outcome of `handler`; a request that it rejects,
+    /// or refuses for want of memory, is reported as such. Without a watched handler `"answer"` is ignored.
     void watch(const std::shared_ptr<CheckedSettingsHandler>& handler);
     /// @}
 

@@ -12,7 +12,7 @@ enum class RequestOutcome {
     ANSWERED,
     /// An event was sent.
     CHANGED,
-    /// Neither: nothing to send, or refused by the handler.
+    /// Neither: nothing to send, or refused by the handler. An answer may have been sent.
     SILENT,
     /// Not given to the handler, because it would end the process.
     REJECTED,

@@ -72,7 +72,7 @@ void Clients::sendHeld() {
 }
 
 void Clients::dropHeld() {
-    held.reset();
+    held->clear();
     heldBytes = 0;
 }
 

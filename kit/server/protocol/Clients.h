@@ -41,10 +41,12 @@ public:
     bool hasRoomFor(std::size_t bytes) const;
     static Wire::Refusal tooMuchQueued();
 
-    /// From now on frames are held, until they are sent in their order or dropped.
+    /// From now on frames are held, until `sendHeld`.
     void hold();
-    void sendHeld();
+    /// Forgets those that are held so far.
     void dropHeld();
+    /// Sends them in their order, and holds none from now on.
+    void sendHeld();
 
 private:
     struct Held {

@@ -35,6 +35,13 @@ std::string forLog(const std::optional<std::string>& settingDBId) {
     return settingDBId ? Wire::withValidUtf8(settingDBId->substr(0, longestKey)) : "";
 }
 
+/// Does the handler write it to the storage itself? The friendly name is stored, but by the voice SDK.
+bool isWrittenToStorage(const std::string& settingDBId) {
+    const SettingDescription* const setting = describeSetting(settingDBId);
+    return setting == nullptr ||
+           (setting->owner == SettingOwner::STORAGE && setting->type != SettingsHandler::FRIENDLY_NAME);
+}
+
 std::string_view outcomeName(int type, Outcome::Kind kind) {
     if (kind == Outcome::Kind::REFUSED) {
         return Wire::AnswerOutcome::refused;
@@ -185,9 +192,7 @@ void Requests::answer(CheckedSettingsHandler& handler, std::string_view messageI
 
 /// Returns: what GetSettings reports now for the setting of the request; nothing when it has no value.
 std::optional<std::string> Requests::currentValue(CheckedSettingsHandler& handler) const {
-    const SettingDescription* const setting = describeSetting(*current.key);
-    const bool isStored = setting == nullptr || setting->owner == SettingOwner::STORAGE;
-    if (isStored && current.written && !current.written->empty()) {
+    if (current.written && !current.written->empty() && isWrittenToStorage(*current.key)) {
         return current.written;
     }
     try {

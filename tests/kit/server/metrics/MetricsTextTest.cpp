@@ -105,7 +105,7 @@ TEST(MetricsTextTest, ShowsEverySeriesFromTheStart) {
         return count;
     };
     EXPECT_EQ(series("settings_host_requests_total"), 6 * 5);
-    EXPECT_EQ(series("settings_host_refusals_total"), 12U);
+    EXPECT_EQ(series("settings_host_refusals_total"), 12);
     EXPECT_EQ(series("settings_host_clients"), 3);
     EXPECT_EQ(series("settings_host_clients_turned_away_total"), 3);
     EXPECT_EQ(series("settings_host_slow_clients_disconnected_total"), 3);
