@@ -182,6 +182,7 @@ bool ReferenceModel::store(const std::string& key, const std::string& value) {
         refuse("not-stored");
     } else {
         around.stored[key] = value;
+        lastAnswer.stored = !value.empty();
     }
     return !around.refusesWrites;
 }
@@ -346,13 +347,13 @@ void ReferenceModel::refuse(const std::string& reason) {
 std::optional<long> ReferenceModel::newerThan(const std::string& key, long timestamp) const {
     const auto newest = newestTimestamps.find(isKnown(key) ? key : "");
     return newest != newestTimestamps.end() && newest->second > timestamp ? std::optional(newest->second)
-                                                                           : std::nullopt;
+                                                                          : std::nullopt;
 }
 
 Answer ReferenceModel::answerToRejected(const std::string& text) const {
     const Envelope envelope(text);
     const auto timestamp = envelope.integer("timestamp");
-    Answer answer{"refused", "incomplete", envelope.payloadText("settingDBId"), true, std::nullopt};
+    Answer answer{"refused", "incomplete", envelope.payloadText("settingDBId"), true, false, std::nullopt};
     if (timestamp && answer.key && envelope.payloadText("to")) {
         answer.newest = newerThan(*answer.key, *timestamp);
         answer.reason = answer.newest ? "stale" : "wrong-form";

@@ -32,6 +32,8 @@ struct Answer {
     std::string reason;
     std::optional<std::string> key;
     bool applied = true;
+    /// Did the storage take a value that is not empty?
+    bool stored = false;
     /// Of a stale request.
     std::optional<long> newest;
 };

@@ -122,9 +122,13 @@ std::string comparable(const std::string& frame) {
     if (document.HasMember("trace") && document["trace"].IsObject()) {
         blankTrace(document["trace"], document);
     }
-    for (const auto* const path : {"/page/address", "/hello/run", "/backup/file", "/status/health/version",
-                                   "/status/health/uptimeSeconds", "/status/versions/host", "/status/disk/free",
-                                   "/status/disk/total", "/status/now"}) {
+    if (auto* const code = rapidjson::Pointer("/error/code").Get(document); code != nullptr && *code == "not-stored") {
+        // It names a file.
+        blankAt(document, "/error/message");
+    }
+    for (const auto* const path :
+         {"/page/address", "/hello/run", "/backup/file", "/status/health/version", "/status/health/uptimeSeconds",
+          "/status/versions/host", "/status/disk/free", "/status/disk/total", "/status/now"}) {
         blankAt(document, path);
     }
     return compact(document);

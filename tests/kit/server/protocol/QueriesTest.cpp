@@ -138,6 +138,29 @@ TEST_F(QueriesTest, HelloTellsVersionRunAndSequence) {
     EXPECT_EQ(ask(R"({"messageId":"","hello":{"client":"kitchen-remote"}})").at(0).substr(0, 15), R"({"messageId":"")");
 }
 
+TEST_F(QueriesTest, HelloNamesTheConnectionUntilTheNextName) {
+    hub.registerMessageHandler(24, [&](const std::string&) {
+        rapidjson::Document payload(rapidjson::kObjectType);
+        hub.sendMessage(25, payload);
+    });
+    const auto nameOfTheNextEvent = [&] {
+        hub.received(client, R"({"type":24})");
+        other->take();
+        rapidjson::Document sent;
+        sent.Parse(client->take().at(0).c_str());
+        return std::string(sent.HasMember("client") ? sent["client"].GetString() : "(none)");
+    };
+    EXPECT_EQ(nameOfTheNextEvent(), "(none)");
+    ask(R"({"messageId":"h1","hello":{"client":"kitchen-remote"}})");
+    EXPECT_EQ(nameOfTheNextEvent(), "kitchen-remote");
+    ask(R"({"messageId":"h1","hello":{}})");
+    EXPECT_EQ(nameOfTheNextEvent(), "kitchen-remote");
+    ask(R"({"messageId":"h1","hello":{"client":"b","resume":{}}})");
+    EXPECT_EQ(nameOfTheNextEvent(), "kitchen-remote") << "nothing is done when it is refused";
+    ask(R"({"messageId":"h1","hello":{"client":"c","resume":{"run":"","sequence":0}}})");
+    EXPECT_EQ(nameOfTheNextEvent(), "c");
+}
+
 TEST_F(QueriesTest, ResumingSendsTheEventsAfterThatOneAndThenTheReply) {
     const std::string first = event("deviceName", "a");
     const std::string second = event("timezone", "b");
