@@ -183,6 +183,7 @@ describe('a connection', () => {
 
     it('reads every value when it missed events, or could not read them before', async () => {
         await goOnline(3);
+        receive({ notice: { reread: ['captionsEnabled'] } });
         await reconnect();
         event(1, 'deviceName', 'Den');
         greet({ run: 'other', sequence: 1, missed: true });
@@ -191,7 +192,8 @@ describe('a connection', () => {
         expect(newest().hello).toEqual({ client: 'test page' });
         greet({ run: 'other', sequence: 1 });
         reply({ settings: { deviceName: 'Den' } });
-        await settle();
+        await vi.advanceTimersByTimeAsync(readDelay);
+        expect(sent(2)).toEqual([]);
         expect(log.filter((line) => line !== 'lost')).toEqual(['loaded {"deviceName":"Den"}', 'online']);
         await reconnect();
         expect(newest().hello).toEqual({
@@ -248,6 +250,7 @@ describe('a connection', () => {
     it('reports that it is unauthorized until it is connected again', async () => {
         await goOnline();
         browser.status = 403;
+        await reconnect();
         await reconnect();
         browser.status = 0;
         greet({ sequence: 0, missed: false, reread: [] });
@@ -325,18 +328,20 @@ describe('a new value', () => {
     });
 
     it.each([
-        ['program', { origin: 'socket' }],
-        ['page', { origin: 'page', client: 'another page' }],
-    ])('is reported when another %s sets the same at the same moment', async (_who, others) => {
+        ['a program of that name', 'Den', { origin: 'socket', client: 'test page' }],
+        ['another page', 'Den', { origin: 'page', client: 'another page' }],
+        ['a page of that name', 'Hall', { origin: 'page', client: 'test page' }],
+    ])('does not hide a change that %s makes at the same moment', async (_who, to, others) => {
         const outcome = client.set('deviceName', 'Den');
-        event(1, 'deviceName', 'Den', others);
-        answer({ outcome: 'unchanged', value: 'Den' });
-        expect((await outcome).outcome).toBe('unchanged');
-        event(2, 'deviceName', 'Den', {
-            origin: 'page',
-            client: 'test page',
-        });
-        expect(log.length).toBe(2);
+        event(1, 'deviceName', to, others);
+        event(2, 'deviceName', 'Den', { origin: 'page', client: 'test page' });
+        answer({ outcome: 'changed', value: 'Den' });
+        expect((await outcome).outcome).toBe('changed');
+        event(3, 'deviceName', 'Den', { origin: 'page', client: 'test page' });
+        expect(log).toEqual([
+            `deviceName=${to} by ${others.origin} ${others.client}`,
+            'deviceName=Den by page test page',
+        ]);
     });
 
     it('has a time stamp that is never older than what is known', async () => {
