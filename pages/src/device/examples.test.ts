@@ -1,7 +1,7 @@
 // @vitest-environment node
 import { expect, test } from 'vitest';
 
-import { everyStep, examples } from '../wire/examples.fixture';
+import { everyStep, examples } from '../../../clients/javascript/src/examples.fixture';
 import type { Command } from './commands';
 import { kindOf, traceOf } from './messages';
 import { DeviceSession } from './session';

@@ -1,36 +1,21 @@
 import { afterEach, beforeEach, describe, expect, it, vi } from 'vitest';
 
-import { connectTimeout, Connection, retryDelay } from './connection';
+import { connectTimeout, Connection, retryDelay, type ConnectionObserver } from './connection.js';
+import { FakeBrowser, type FakeSocket } from './fakeBrowser.fixture.js';
 
-class FakeSocket {
-    readyState = 0;
-    sent: string[] = [];
-    onopen: (() => void) | null = null;
-    onmessage: ((event: { data: string }) => void) | null = null;
-    onclose: (() => void) | null = null;
+const address = 'http://127.0.0.1:8097/?key=secret';
 
-    send(text: string): void {
-        this.sent.push(text);
-    }
-    close(): void {
-        this.readyState = 3;
-        this.onclose?.();
-    }
-    open(): void {
-        this.readyState = 1;
-        this.onopen?.();
-    }
-}
-
-let sockets: FakeSocket[];
+let browser: FakeBrowser;
+let sockets: readonly FakeSocket[];
 let log: string[];
-let status: number;
 
 function makeConnection(): Connection {
     const note = (line: string) => () => {
         log.push(line);
     };
+    browser.onconnect = (socket) => log.push(`open ${socket.address} ${socket.protocol}`);
     return new Connection(
+        address,
         '/settings',
         'settings.v1',
         {
@@ -39,24 +24,17 @@ function makeConnection(): Connection {
             unauthorized: note('unauthorized'),
             received: (text) => log.push(text),
         },
-        {
-            open: (address, protocol) => {
-                log.push(`open ${new URL(address).pathname} ${protocol}`);
-                const socket = new FakeSocket();
-                sockets.push(socket);
-                return socket as unknown as WebSocket;
-            },
-            statusOfPage: () => Promise.resolve(status),
-            random: () => 0.5,
-        },
+        browser,
     );
 }
 
+const opening = 'open ws://127.0.0.1:8097/settings?key=secret settings.v1';
+
 beforeEach(() => {
     vi.useFakeTimers();
-    sockets = [];
+    browser = new FakeBrowser();
+    ({ sockets } = browser);
     log = [];
-    status = 0;
 });
 
 afterEach(() => {
@@ -70,8 +48,8 @@ describe('a connection', () => {
         expect(connection.send('early')).toBe(false);
         sockets[0]?.open();
         expect(connection.send('hello')).toBe(true);
-        sockets[0]?.onmessage?.({ data: 'text' });
-        expect(log).toEqual(['open /settings settings.v1', 'opened', 'text']);
+        sockets[0]?.receive('text');
+        expect(log).toEqual([opening, 'opened', 'text']);
         expect(sockets[0]?.sent).toEqual(['hello']);
     });
 
@@ -118,7 +96,7 @@ describe('a connection', () => {
         vi.advanceTimersByTime(250);
         sockets[0]?.open();
         sockets[1]?.open();
-        expect(log).toEqual(['open /settings settings.v1', 'closed', 'open /settings settings.v1', 'opened']);
+        expect(log).toEqual([opening, 'closed', opening, 'opened']);
     });
 
     it('is replaced on request, and later frames of the old one are dropped', () => {
@@ -126,12 +104,12 @@ describe('a connection', () => {
         connection.start();
         sockets[0]?.open();
         connection.renew();
-        sockets[0]?.onmessage?.({ data: 'late' });
+        sockets[0]?.receive('late');
         expect(connection.send('too early')).toBe(false);
         vi.advanceTimersByTime(250);
         sockets[1]?.open();
-        sockets[1]?.onmessage?.({ data: 'new' });
-        expect(log.slice(1)).toEqual(['opened', 'closed', 'open /settings settings.v1', 'opened', 'new']);
+        sockets[1]?.receive('new');
+        expect(log.slice(1)).toEqual(['opened', 'closed', opening, 'opened', 'new']);
         expect(sockets[0]?.readyState).toBe(3);
     });
 
@@ -144,14 +122,19 @@ describe('a connection', () => {
         expect(sockets.length).toBe(1);
     });
 
+    it('is encrypted where the address of the host is', () => {
+        new Connection('https://tv.example/', '/device', 'device.v1', {} as ConnectionObserver, browser).start();
+        expect(browser.socket.address).toBe('wss://tv.example/device');
+    });
+
     it('reports that the page is unauthorized', async () => {
         const connection = makeConnection();
         connection.start();
-        status = 200;
+        browser.status = 200;
         sockets[0]?.close();
         await vi.advanceTimersByTimeAsync(0);
         expect(log).not.toContain('unauthorized');
-        status = 403;
+        browser.status = 403;
         connection.retryNow();
         sockets[1]?.close();
         await vi.advanceTimersByTimeAsync(0);

@@ -1,19 +1,17 @@
-import { webSocketAddress } from './address';
-
 export interface ConnectionObserver {
     readonly opened: () => void;
     readonly received: (text: string) => void;
     /** The connection was lost or could not be made; the next attempt follows automatically. */
     readonly closed: () => void;
-    /** The host refuses this page: it needs a new address with a valid key. */
-    readonly unauthorized?: () => void;
+    /** The host refuses this address: its key is missing or old. */
+    readonly unauthorized: () => void;
 }
 
-/** What a connection uses of the browser; tests pass a fake. */
+/** What a connection uses of the browser. */
 export interface Environment {
     readonly open: (address: string, protocol: string) => WebSocket;
-    /** The status of an HTTP request for this page; 0 when the host cannot be reached. */
-    readonly statusOfPage: () => Promise<number>;
+    /** The status of an HTTP request; 0 when the host cannot be reached. */
+    readonly statusOf: (address: string) => Promise<number>;
     readonly random: () => number;
 }
 
@@ -33,9 +31,9 @@ export function retryDelay(attempt: number, random: number): number {
 
 const browser: Environment = {
     open: (address, protocol) => new WebSocket(address, protocol),
-    statusOfPage: () =>
-        fetch(location.pathname, { cache: 'no-store' }).then(
-            (response) => response.status,
+    statusOf: (address) =>
+        fetch(address, { cache: 'no-store' }).then(
+            ({ status }) => status,
             () => 0,
         ),
     random: Math.random,
@@ -45,10 +43,12 @@ const browser: Environment = {
 export class Connection {
     private socket: WebSocket | null = null;
     private attempt = 0;
-    private timer: ReturnType<typeof setTimeout> | null = null;
-    private stopped = true;
+    private timer: ReturnType<typeof setTimeout> | undefined;
+    private stopped = false;
 
+    /** `address` is that of the host for a browser, with the key unless a cookie has it. Call `start` next. */
     constructor(
+        private readonly address: string,
         private readonly path: string,
         private readonly protocol: string,
         private readonly observer: ConnectionObserver,
@@ -56,13 +56,12 @@ export class Connection {
     ) {}
 
     start(): void {
-        this.stopped = false;
         this.connect();
     }
 
     stop(): void {
         this.stopped = true;
-        this.cancelTimer();
+        clearTimeout(this.timer);
         this.socket?.close();
     }
 
@@ -91,14 +90,15 @@ export class Connection {
     }
 
     private connect(): void {
-        this.cancelTimer();
-        const socket = this.environment.open(webSocketAddress(this.path), this.protocol);
+        clearTimeout(this.timer);
+        const { origin, search } = new URL(this.address);
+        const socket = this.environment.open(origin.replace('http', 'ws') + this.path + search, this.protocol);
         this.socket = socket;
         this.timer = setTimeout(() => {
             this.abandon(socket);
         }, connectTimeout);
         socket.onopen = () => {
-            this.cancelTimer();
+            clearTimeout(this.timer);
             this.attempt = 0;
             this.observer.opened();
         };
@@ -122,7 +122,7 @@ export class Connection {
         if (this.socket !== socket) {
             return;
         }
-        this.cancelTimer();
+        clearTimeout(this.timer);
         this.socket = null;
         this.observer.closed();
         if (this.stopped) {
@@ -135,19 +135,10 @@ export class Connection {
             },
             retryDelay(this.attempt, this.environment.random()),
         );
-        void this.checkAuthorization();
-    }
-
-    private async checkAuthorization(): Promise<void> {
-        if (this.observer.unauthorized !== undefined && (await this.environment.statusOfPage()) === forbidden) {
-            this.observer.unauthorized();
-        }
-    }
-
-    private cancelTimer(): void {
-        if (this.timer !== null) {
-            clearTimeout(this.timer);
-            this.timer = null;
-        }
+        void this.environment.statusOf(this.address).then((status) => {
+            if (status === forbidden) {
+                this.observer.unauthorized();
+            }
+        });
     }
 }
