@@ -73,9 +73,10 @@ extern "C" int LLVMFuzzerInitialize(int* /*argumentCount*/, char*** /*arguments*
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     FuzzedDataProvider input(data, size);
     constexpr std::size_t limits[] = {65536, 200, 40, 1};
-    const auto choice = input.ConsumeIntegralInRange<std::size_t>(0, 7);
+    const auto choice = input.ConsumeIntegralInRange<std::size_t>(0, 15);
     const std::size_t limit = limits[choice % 4];
-    const ListenerKind listener = choice < 4 ? ListenerKind::UNIX_SOCKET : ListenerKind::WEB;
+    const ListenerKind listener = choice / 4 % 2 == 0 ? ListenerKind::UNIX_SOCKET : ListenerKind::WEB;
+    const bool storesBatches = choice < 8;
     const std::uint8_t surroundings = input.ConsumeIntegral<std::uint8_t>();
     const Chunks random{input.ConsumeIntegralInRange<std::size_t>(2, 300), input.ConsumeIntegral<std::uint8_t>()};
     const std::string bytes = input.ConsumeRemainingBytesAsString();
@@ -85,7 +86,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     checkSame(framed(bytes, limit, {1, 0}), frames, "the frames of single bytes");
     checkSame(framed(bytes, limit, random), frames, "the frames of random chunks");
 
-    HubWorld world(surroundingsFrom(surroundings), listener);
+    HubWorld world(surroundingsFrom(surroundings), listener, storesBatches);
     for (const auto& frame : frames) {
         if (frame == tooLarge) {
             world.refuseTooLarge();

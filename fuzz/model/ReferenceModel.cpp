@@ -347,7 +347,7 @@ void ReferenceModel::refuse(const std::string& reason) {
 std::optional<long> ReferenceModel::newerThan(const std::string& key, long timestamp) const {
     const auto newest = newestTimestamps.find(isKnown(key) ? key : "");
     return newest != newestTimestamps.end() && newest->second > timestamp ? std::optional(newest->second)
-                                                                           : std::nullopt;
+                                                                          : std::nullopt;
 }
 
 Answer ReferenceModel::answerToRejected(const std::string& text) const {

@@ -1,6 +1,7 @@
 #include "model/WireModel.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "model/Json.h"
@@ -9,18 +10,6 @@
 namespace SettingsHandlerFuzz {
 
 namespace {
-
-/// The code with which the host refuses a frame that is not an object within the limits.
-std::string refusalOfText(const std::string& frame) {
-    const Envelope json(frame);
-    if (frame.find('\0') != std::string::npos || !json.isJson() || !json.isWellFormed()) {
-        return "not-json";
-    }
-    if (json.nesting() > 32) {
-        return "too-deep";
-    }
-    return json.isObject() ? "" : "not-an-object";
-}
 
 /// 1 to 64 characters, none of them a control character.
 bool isName(const std::optional<std::string>& name) {
@@ -50,6 +39,10 @@ bool isRequestType(const std::optional<long>& type, const std::vector<long>& typ
     return type && std::find(types.begin(), types.end(), *type) != types.end();
 }
 
+bool isRefusal(const std::string& report) {
+    return report.rfind("refused ", 0) == 0;
+}
+
 bool isBatch(const std::optional<std::vector<std::string>>& requests) {
     return requests && !requests->empty() && requests->size() <= 64 &&
            std::all_of(requests->begin(), requests->end(), [](const std::string& text) {
@@ -60,6 +53,17 @@ bool isBatch(const std::optional<std::vector<std::string>>& requests) {
 
 }  // namespace
 
+std::string refusalOf(const std::string& frame) {
+    const Envelope json(frame);
+    if (frame.find('\0') != std::string::npos || !json.isJson() || !json.isWellFormed()) {
+        return "not-json";
+    }
+    if (json.nesting() > 32) {
+        return "too-deep";
+    }
+    return json.isObject() ? "" : "not-an-object";
+}
+
 WireModel::WireModel(const Surroundings& around, Host itsHost, std::vector<std::string> keysInTableOrder)
     : handler(std::move(keysInTableOrder)), host(std::move(itsHost)) {
     handler.around = around;
@@ -69,8 +73,8 @@ WireModel::WireModel(const Surroundings& around, Host itsHost, std::vector<std::
 
 void WireModel::sent(const std::string& event) {
     const auto unknown =
-        std::find_if(history.begin(), history.end(), [](const Event& each) { return each.text.empty(); });
-    if (unknown != history.end()) {
+        std::find_if(known.events.begin(), known.events.end(), [](const Event& each) { return each.text.empty(); });
+    if (unknown != known.events.end()) {
         unknown->text = event;
     }
 }
@@ -82,7 +86,7 @@ WireModel::Reaction WireModel::refuseTooLarge() {
 
 WireModel::Reaction WireModel::receive(const std::string& frame) {
     const Envelope json(frame);
-    const std::string code = refusalOfText(frame);
+    const std::string code = refusalOf(frame);
     if (!code.empty()) {
         refuse(code);
     } else if (json.has("type")) {
@@ -102,7 +106,7 @@ void WireModel::refuse(const std::string& code, const std::optional<std::size_t>
 
 // Requests
 
-void WireModel::request(const std::string& text, const std::optional<std::size_t>& index) {
+void WireModel::request(const std::string& text, const std::optional<std::size_t>& index, bool isRolledBack) {
     const Envelope json(text);
     const auto type = json.integer("type");
     if (!isRequestType(type, {7, 18, 19, 22, 24})) {
@@ -117,7 +121,10 @@ void WireModel::request(const std::string& text, const std::optional<std::size_t
     if (hasOwnName && !isName(json.text("client"))) {
         return refuse("bad-request", index);
     }
-    const Answer given = deliver(static_cast<int>(*type), text, hasOwnName ? *json.text("client") : clientName);
+    Answer given{"refused", "not-stored", json.payloadText("settingDBId"), true, false, std::nullopt};
+    if (!isRolledBack || *type != 24) {
+        given = deliver(static_cast<int>(*type), text, hasOwnName ? *json.text("client") : clientName);
+    }
     if (asks) {
         answer(*type, *messageId, given);
     }
@@ -128,13 +135,13 @@ Answer WireModel::deliver(int type, const std::string& text, const std::string& 
     const std::string handled = "handled " + std::to_string(type) + " ";
     const Envelope json(text);
     if (type == 24 && isRejected(json)) {
-        reaction.journal.push_back("log 3 " + host.name + ":rejected orliaLocale: must be a JSON array of at most 32 levels");
+        reaction.journal.push_back("log 3 " + host.name +
+                                   ":rejected orliaLocale: must be a JSON array of at most 32 levels");
         reaction.reports.push_back(handled + "REJECTED");
         return handler.answerToRejected(text);
     }
     if (type == 22) {
-        history.clear();
-        knownAfter = sequence + 1;
+        known = {known.sequence, {}, {}, known.sequence + 1};
     }
     handler.request(type, text);
     std::string outcome = "SILENT";
@@ -158,9 +165,9 @@ Answer WireModel::deliver(int type, const std::string& text, const std::string& 
 }
 
 void WireModel::announce(const std::string& payload, const std::string& name) {
-    const std::string entry = "event " + std::to_string(++sequence) + " " + name + " " + payload;
+    const std::string entry = "event " + std::to_string(++known.sequence) + " " + name + " " + payload;
     reaction.frames.push_back(entry);
-    history.push_back({sequence, *Envelope(payload).text("settingDBId"), entry, ""});
+    known.events.push_back({known.sequence, *Envelope(payload).text("settingDBId"), entry, ""});
 }
 
 void WireModel::answer(long type, const std::string& messageId, const Answer& given) {
@@ -193,8 +200,41 @@ void WireModel::batch(const Envelope& frame) {
     if (!isBatch(requests)) {
         return refuse("bad-batch");
     }
+    const Known before = known;
+    const Surroundings around = handler.around;
     for (std::size_t index = 0; index < requests->size(); ++index) {
         request((*requests)[index], index);
+    }
+    if (!host.storesBatches) {
+        known = before;
+        rollBack(*requests, around);
+    }
+}
+
+/// The owners have what they had before the batch.
+void WireModel::rollBack(const std::vector<std::string>& requests, const Surroundings& before) {
+    reaction.frames.clear();
+    const Entries first = std::exchange(reaction.reports, {});
+    handler.around = before;
+    handler.initializeSettings();
+    const Entries initialization = handler.take();
+    reaction.journal.insert(reaction.journal.end(), initialization.begin(), initialization.end());
+    std::set<std::string> keys;
+    for (std::size_t index = 0; index < requests.size(); ++index) {
+        request(requests[index], index, true);
+        const Envelope json(requests[index]);
+        const auto key = json.payloadText("settingDBId");
+        if (json.integer("type") == 24 && key) {
+            keys.insert(*key);
+        }
+    }
+    // Each request is reported once, and each refusal.
+    const Entries second = std::exchange(reaction.reports, {});
+    std::remove_copy_if(first.begin(), first.end(), std::back_inserter(reaction.reports), isRefusal);
+    std::copy_if(second.begin(), second.end(), std::back_inserter(reaction.reports), isRefusal);
+    if (!keys.empty()) {
+        known.notices.emplace_back(known.sequence, keys);
+        reaction.frames.push_back("notice " + arrayText({keys.begin(), keys.end()}));
     }
 }
 
@@ -238,21 +278,33 @@ void WireModel::hello(const std::string& messageId, const Envelope& members) {
         (resumes && (!resume.isObject() || !resume.text("run") || !since))) {
         return refuse("bad-request");
     }
-    std::string more;
-    if (resumes) {
-        const bool missed = resume.text("run") != run || *since > static_cast<unsigned long>(sequence) ||
-                            *since < static_cast<unsigned long>(knownAfter);
-        for (const auto& event : history) {
-            if (!missed && event.sequence > static_cast<long>(*since)) {
-                reaction.frames.push_back(event.entry);
-                ++reaction.resent;
-            }
-        }
-        more = missed ? R"(,"missed":true)" : R"(,"missed":false,"reread":[])";
+    const bool missed = resumes && (resume.text("run") != run || *since > static_cast<unsigned long>(known.sequence) ||
+                                    *since < static_cast<unsigned long>(known.since));
+    std::string more = missed ? R"(,"missed":true)" : "";
+    if (resumes && !missed) {
+        more = resend(static_cast<long>(*since));
     }
     clientName = members.text("client").value_or(clientName);
     reply(messageId, "hello",
-          R"({"version":"1.1.0","run":")" + std::string(run) + R"(","sequence":)" + std::to_string(sequence) + more + "}");
+          R"({"version":"1.1.0","run":")" + std::string(run) + R"(","sequence":)" + std::to_string(known.sequence) +
+              more + "}");
+}
+
+/// Returns: what the reply says of it.
+std::string WireModel::resend(long since) {
+    for (const auto& event : known.events) {
+        if (event.sequence > since) {
+            reaction.frames.push_back(event.entry);
+            ++reaction.resent;
+        }
+    }
+    std::set<std::string> reread;
+    for (const auto& [sequence, keys] : known.notices) {
+        if (sequence >= since) {
+            reread.insert(keys.begin(), keys.end());
+        }
+    }
+    return R"(,"missed":false,"reread":)" + arrayText({reread.begin(), reread.end()});
 }
 
 void WireModel::findEvents(const std::string& messageId, const Envelope& members) {
@@ -262,7 +314,7 @@ void WireModel::findEvents(const std::string& messageId, const Envelope& members
         return refuse("bad-request");
     }
     std::vector<std::string> texts;
-    for (const auto& event : history) {
+    for (const auto& event : known.events) {
         if (!key || event.key == *key) {
             texts.push_back(event.text);
         }
@@ -283,7 +335,8 @@ void WireModel::administer(const std::string& name, const std::string& messageId
         for (const auto& [key, timestamp] : handler.timestamps()) {
             newest += (newest.empty() ? "" : ",") + stringText(key) + ":" + std::to_string(timestamp);
         }
-        reply(messageId, name, R"({"health":{},"versions":{"host":"1","wire":"1.1.0"},"newest":{)" + newest + R"(},"now":1})");
+        reply(messageId, name,
+              R"({"health":{},"versions":{"host":"1","wire":"1.1.0"},"newest":{)" + newest + R"(},"now":1})");
     } else if (name == "backup") {
         if (handler.around.refusesWrites) {
             reaction.journal.push_back("log 3 " + host.name + ":database backup failed: full");

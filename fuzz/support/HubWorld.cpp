@@ -1,5 +1,7 @@
 #include "support/HubWorld.h"
 
+#include <algorithm>
+#include <iterator>
 #include <stdexcept>
 
 #include "SettingsHandlerKit/Logging.h"
@@ -16,8 +18,10 @@ using SettingsHandlerKit::Environment;
 using SettingsHandlerKit::ListenerKind;
 using SettingsHandlerKit::Origin;
 
-bool isEvent(const std::string& frame) {
-    return Envelope(frame).integer("type") == 25;
+/// Is it an event or a notice?
+bool isForAll(const std::string& frame) {
+    const Envelope json(frame);
+    return json.integer("type") == 25 || json.has("notice");
 }
 
 std::string entryOfEvent(const Envelope& frame, const std::string& origin) {
@@ -55,6 +59,9 @@ std::string entryOf(const std::string& text, const std::string& origin) {
         return "refusal " + error.text("code").value_or("(none)") + (error.has("index") ? " " : "") +
                error.compact("index");
     }
+    if (frame.has("notice")) {
+        return "notice " + Envelope(frame.compact("notice")).compact("reread");
+    }
     if (frame.has("catalogue")) {
         const auto settings = Envelope(frame.compact("catalogue")).elements("settings");
         check(settings && settings->size() == keysInTableOrder().size(), "the catalogue has every setting");
@@ -67,6 +74,13 @@ std::string entryOf(const std::string& text, const std::string& origin) {
         return "reply " + type + " " + messageId + ", " + frame.compact("payload");
     }
     return type.empty() ? "query " + text : entryOfAnswer(type, messageId, frame.compact("payload"));
+}
+
+Entries startingWith(const std::string& beginning, const Entries& lines) {
+    Entries found;
+    std::copy_if(lines.begin(), lines.end(), std::back_inserter(found),
+                 [&](const std::string& line) { return line.rfind(beginning, 0) == 0; });
+    return found;
 }
 
 /// Random bytes are 0.
@@ -97,8 +111,22 @@ Wire::StatusReply FakeAdministration::status() {
     return told;
 }
 
-HubWorld::HubWorld(const Surroundings& around, ListenerKind listenerOfRequester)
-    : hub(std::make_shared<SettingsHandlerKit::MessageHub>(
+void FakeTransactions::begin() {
+    before.stored = storage.values;
+    before.locales = sdk->locales;
+    before.timezone = sdk->timezone;
+}
+
+void FakeTransactions::restore(const std::set<std::string>& /*changed*/) {
+    storage.values = before.stored;
+    sdk->locales = before.locales;
+    sdk->timezone = before.timezone;
+    handler.lock()->initializeSettings();
+}
+
+HubWorld::HubWorld(const Surroundings& around, ListenerKind listenerOfRequester, bool storesBatches)
+    : transactions(std::make_shared<FakeTransactions>(storesBatches, storage, sdk)),
+      hub(std::make_shared<SettingsHandlerKit::MessageHub>(
           traffic, std::make_shared<SettingsHandlerKit::RequestContext>(),
           std::make_shared<SettingsHandlerKit::Backlog>(), predictable())),
       requester(std::make_shared<FrameCollector>(Origin::SOCKET, listenerOfRequester)),
@@ -106,13 +134,16 @@ HubWorld::HubWorld(const Surroundings& around, ListenerKind listenerOfRequester)
       handler(SettingsHandlerKit::CheckedSettingsHandler::create(
           hub, storage, std::make_shared<SettingsHandlerTesting::FakeMetrics>(journal), sdk,
           std::make_shared<SettingsHandlerTesting::FakeAppLaunch>(journal), device)),
-      model(around, {listenerOfRequester == ListenerKind::UNIX_SOCKET, SettingsHandlerKit::programName()},
+      model(around,
+            {listenerOfRequester == ListenerKind::UNIX_SOCKET, SettingsHandlerKit::programName(), storesBatches},
             keysInTableOrder()) {
     surround(storage, *sdk, *device, around);
     hub->connected(requester);
     hub->connected(other);
     hub->watch(handler);
     hub->administer(administration);
+    hub->use(transactions);
+    transactions->handler = handler;
     handler->initializeSettings();
     journal.take();
 }
@@ -134,13 +165,13 @@ void HubWorld::expect(const WireModel::Reaction& expected, const Entries& lines)
     checkSame(journal.take(), expected.journal, "the journal of a frame");
     const Entries frames = requester->take();
     Entries entries;
-    Entries events;
+    Entries forAll;
     Entries sent;
     for (const auto& text : frames) {
         entries.push_back(entryOf(text, "socket"));
-        const bool isNew = isEvent(text) && entries.size() > expected.resent;
+        const bool isNew = isForAll(text) && entries.size() > expected.resent;
         if (isNew) {
-            events.push_back(text);
+            forAll.push_back(text);
         }
         // The key of the pages is not told to those who observe the traffic.
         if (!Envelope(text).has("page")) {
@@ -148,16 +179,15 @@ void HubWorld::expect(const WireModel::Reaction& expected, const Entries& lines)
         }
     }
     checkSame(entries, expected.frames, "the frames for the client");
-    checkSame(other->take(), events, "other clients get the events only");
-    Entries reportedFrames;
-    Entries reports;
-    for (const auto& line : lines) {
-        (line.rfind("sent ", 0) == 0 ? reportedFrames : reports).push_back(line);
+    checkSame(other->take(), forAll, "other clients get the events and notices only");
+    checkSame(startingWith("sent ", lines), sent, "the report of frames");
+    for (const std::string kind : {"handled ", "refused "}) {
+        checkSame(startingWith(kind, lines), startingWith(kind, expected.reports), "the report of what was " + kind);
     }
-    checkSame(reportedFrames, sent, "the report of frames");
-    checkSame(reports, expected.reports, "the report of requests and refusals");
-    for (const auto& event : events) {
-        model.sent(event);
+    for (const auto& text : forAll) {
+        if (!Envelope(text).has("notice")) {
+            model.sent(text);
+        }
     }
 }
 

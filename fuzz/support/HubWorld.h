@@ -2,7 +2,9 @@
 
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "SettingsHandlerKit/CheckedSettingsHandler.h"
@@ -13,6 +15,7 @@
 #include "model/WireModel.h"
 #include "server/protocol/Administration.h"
 #include "server/protocol/MessageHub.h"
+#include "server/protocol/Transactions.h"
 #include "support/HostSide.h"
 
 namespace SettingsHandlerFuzz {
@@ -31,10 +34,31 @@ private:
     const SettingsHandlerTesting::FakeStorage& storage;
 };
 
+/// Rolls the owners back when a batch is not stored. It is the fakes' state, not time stamps, that it restores.
+class FakeTransactions : public SettingsHandlerKit::Transactions {
+public:
+    FakeTransactions(bool storesAll, SettingsHandlerTesting::FakeStorage& itsStorage,
+                     std::shared_ptr<SettingsHandlerTesting::FakeSdkBridge> itsSdk)
+        : stores(storesAll), storage(itsStorage), sdk(std::move(itsSdk)) {}
+
+    void begin() override;
+    bool commit() override { return stores; }
+    void restore(const std::set<std::string>& changed) override;
+
+    /// Set before the first batch.
+    std::weak_ptr<SettingsHandlerKit::CheckedSettingsHandler> handler;
+
+private:
+    const bool stores;
+    SettingsHandlerTesting::FakeStorage& storage;
+    std::shared_ptr<SettingsHandlerTesting::FakeSdkBridge> sdk;
+    Surroundings before;
+};
+
 /// The hub as the handler's transport, with two clients, beside the model.
 class HubWorld {
 public:
-    HubWorld(const Surroundings& around, SettingsHandlerKit::ListenerKind listenerOfRequester);
+    HubWorld(const Surroundings& around, SettingsHandlerKit::ListenerKind listenerOfRequester, bool storesBatches);
 
     /// The requester sends a frame that is too large.
     void refuseTooLarge();
@@ -53,6 +77,7 @@ private:
         std::make_shared<SettingsHandlerTesting::FakeDeviceInfo>(journal);
     std::shared_ptr<TrafficLines> traffic = std::make_shared<TrafficLines>();
     FakeAdministration administration{storage};
+    std::shared_ptr<FakeTransactions> transactions;
     std::shared_ptr<SettingsHandlerKit::MessageHub> hub;
     std::shared_ptr<FrameCollector> requester;
     std::shared_ptr<FrameCollector> other;

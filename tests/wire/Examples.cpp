@@ -126,9 +126,9 @@ std::string comparable(const std::string& frame) {
         // It names a file.
         blankAt(document, "/error/message");
     }
-    for (const auto* const path : {"/page/address", "/hello/run", "/backup/file", "/status/health/version",
-                                   "/status/health/uptimeSeconds", "/status/versions/host", "/status/disk/free",
-                                   "/status/disk/total", "/status/now"}) {
+    for (const auto* const path :
+         {"/page/address", "/hello/run", "/backup/file", "/status/health/version", "/status/health/uptimeSeconds",
+          "/status/versions/host", "/status/disk/free", "/status/disk/total", "/status/now"}) {
         blankAt(document, path);
     }
     return compact(document);

@@ -82,9 +82,9 @@ TEST(Schemas, RefuseRequestsThatTheHandlerDrops) {
                 continue;
             }
             ++seen;
-            for (const std::string name : {"get-settings-request", "is-orlia-selected-va-request", "log-out-request",
-                                           "open-va-settings-request", "set-settings-request", "batch-request",
-                                           "hello-request", "device-command"}) {
+            for (const std::string name :
+                 {"get-settings-request", "is-orlia-selected-va-request", "log-out-request", "open-va-settings-request",
+                  "set-settings-request", "batch-request", "hello-request", "device-command"}) {
                 EXPECT_TRUE(schemas().faultOf(name, step.frame)) << step.frame << " is no " << name;
             }
         }

@@ -42,6 +42,12 @@ bool isWrittenToStorage(const std::string& settingDBId) {
            (setting->owner == SettingOwner::STORAGE && setting->type != SettingsHandler::FRIENDLY_NAME);
 }
 
+/// Returns: the value that a request has written to the storage; nothing when GetSettings may report another one.
+std::optional<std::string_view> storedValueIn(const rapidjson::Value& request, const std::string& settingDBId) {
+    const auto value = textOf(*memberOf(*memberOf(request, "payload"), "to"));
+    return !value.empty() && isWrittenToStorage(settingDBId) ? std::optional<std::string_view>(value) : std::nullopt;
+}
+
 std::string_view outcomeName(int type, Outcome::Kind kind) {
     if (kind == Outcome::Kind::REFUSED) {
         return Wire::AnswerOutcome::refused;
@@ -113,7 +119,8 @@ void Requests::handle(const Request& request, Delivery delivery) {
     }
     const auto setting = *type == Wire::SET_SETTINGS ? Wire::requestedSetting(request.members) : std::nullopt;
     const RequestContext::Scope scope(*context, {*type, forLog(setting)});
-    current = Current{request.client, *type, request.index, RequestOutcome::SILENT, std::nullopt, std::nullopt};
+    current =
+        Current{request.client, *type, request.index, RequestOutcome::SILENT, std::nullopt, announcements.newest()};
     if (handler) {
         current.key = setting;
     }
@@ -122,7 +129,7 @@ void Requests::handle(const Request& request, Delivery delivery) {
         deliver(request, *clientName);
     }
     if (handler) {
-        answer(*handler, textOf(*messageId), isDelivered ? handler->outcome() : notStoredOutcome());
+        answer(*handler, request.members, isDelivered ? handler->outcome() : notStoredOutcome());
     }
     if (delivery == Delivery::NORMAL) {
         traffic->requestHandled(*type, current.outcome);
@@ -171,18 +178,27 @@ void Requests::seeOutcome() {
     }
 }
 
-void Requests::answer(CheckedSettingsHandler& handler, std::string_view messageId, const Outcome& outcome) {
-    const auto value = current.key ? currentValue(handler) : std::nullopt;
+void Requests::answer(CheckedSettingsHandler& handler, const rapidjson::Value& request, const Outcome& outcome) {
     Wire::Answer answer;
     answer.type = current.type;
-    answer.messageId = messageId;
+    answer.messageId = textOf(*memberOf(request, "messageId"));
     answer.outcome = outcomeName(current.type, outcome.kind);
     if (outcome.kind == Outcome::Kind::REFUSED) {
         answer.reason = reasonName(outcome.reason);
         answer.message = outcome.message;
     }
-    answer.settingDBId = current.key ? &*current.key : nullptr;
-    answer.value = value ? &*value : nullptr;
+    std::optional<std::string> value;
+    if (current.key) {
+        answer.settingDBId = *current.key;
+        // No other event: it still has the value that was written just now.
+        answer.value = outcome.kind == Outcome::Kind::CHANGED && announcements.newest() == current.eventBefore + 1
+                           ? storedValueIn(request, *current.key)
+                           : std::nullopt;
+        if (!answer.value) {
+            value = currentValue(handler);
+            answer.value = value;
+        }
+    }
     answer.applied = outcome.applied;
     if (outcome.reason == Outcome::Reason::STALE) {
         answer.newest = outcome.newest;
@@ -192,9 +208,6 @@ void Requests::answer(CheckedSettingsHandler& handler, std::string_view messageI
 
 /// Returns: what GetSettings reports now for the setting of the request; nothing when it has no value.
 std::optional<std::string> Requests::currentValue(CheckedSettingsHandler& handler) const {
-    if (current.written && !current.written->empty() && isWrittenToStorage(*current.key)) {
-        return current.written;
-    }
     try {
         const auto values = handler.getSettings({*current.key});
         const auto found = values.find(*current.key);
@@ -230,18 +243,6 @@ void Requests::send(std::string frame) {
         return;
     }
     clients.sendTo(current.requester, std::make_shared<const std::string>(std::move(frame)));
-}
-
-void Requests::eventSent(const rapidjson::Value& payload) {
-    current.outcome = RequestOutcome::CHANGED;
-    if (!current.key) {
-        return;
-    }
-    const auto* const key = memberOf(payload, "settingDBId");
-    const auto* const value = memberOf(payload, "to");
-    if (key != nullptr && key->IsString() && textOf(*key) == *current.key && value != nullptr && value->IsString()) {
-        current.written = std::string(textOf(*value));
-    }
 }
 
 }  // namespace SettingsHandlerKit

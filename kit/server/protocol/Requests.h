@@ -56,7 +56,7 @@ public:
     /// room is not made; the requester gets the refusal `busy`.
     void reply(const std::string& messageId, rapidjson::Document& payload);
     /// The handler sends an event.
-    void eventSent(const rapidjson::Value& payload);
+    void eventSent() { current.outcome = RequestOutcome::CHANGED; }
 
 private:
     /// The request that is being handled.
@@ -67,14 +67,14 @@ private:
         RequestOutcome outcome = RequestOutcome::SILENT;
         /// The setting of a request that asked for an answer.
         std::optional<std::string> key;
-        /// The value in its newest event.
-        std::optional<std::string> written;
+        /// The number of the newest event before it.
+        unsigned long eventBefore = 0;
     };
 
     std::optional<std::string> nameFor(const Request& request) const;
     void deliver(const Request& request, const std::string& clientName);
     void seeOutcome();
-    void answer(CheckedSettingsHandler& handler, std::string_view messageId, const Outcome& outcome);
+    void answer(CheckedSettingsHandler& handler, const rapidjson::Value& request, const Outcome& outcome);
     std::optional<std::string> currentValue(CheckedSettingsHandler& handler) const;
     void send(std::string frame);
 
