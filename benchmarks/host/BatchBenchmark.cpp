@@ -91,6 +91,7 @@ Results measure(const Arguments& arguments) {
     const int repetitions = arguments.quick ? 1 : 10;
     const auto medianOf = [&](int changes, bool asBatch) {
         std::vector<double> times;
+        times.reserve(static_cast<std::size_t>(repetitions));
         for (int repetition = 0; repetition < repetitions; ++repetition) {
             times.push_back(service.milliseconds(changes, asBatch));
         }

@@ -50,6 +50,7 @@ TEST_F(DiskFlushes, AreOneForEachAcceptedChange) {
 
 TEST_F(DiskFlushes, AreOneForABatch) {
     std::vector<std::string> requests;
+    requests.reserve(changes.size());
     for (const auto& [key, value] : changes) {
         requests.push_back(setRequest(key, value));
     }

@@ -82,6 +82,17 @@ class HostKill : public HostTest {
 protected:
     /// One counter for each of `keysOfCounters`.
     void killWhileTheyCount(const std::vector<Lines>& keysOfCounters, unsigned kills);
+    /// All keys of the counter together, below `limit`.
+    void expectKept(const Counter& counter, long limit) {
+        const long kept = number(counter.keys.front());
+        for (const auto& key : counter.keys) {
+            EXPECT_EQ(number(key), kept) << key;
+        }
+        if (counter.announced >= 0) {
+            EXPECT_GE(kept, counter.announced.load()) << counter.keys.front();
+            EXPECT_LT(kept, limit);
+        }
+    }
     /// 0 while the setting has its first value.
     long number(const std::string& key) { return std::atol(get(key).c_str()); }
 };
@@ -113,15 +124,8 @@ void HostKill::killWhileTheyCount(const std::vector<Lines>& keysOfCounters, unsi
         }
         start({"--log-level", "3"});
         for (const auto& counter : counters) {
-            const long kept = number(counter->keys.front());
-            for (const auto& key : counter->keys) {
-                EXPECT_EQ(number(key), kept) << key;
-            }
-            if (counter->announced >= 0) {
-                ++announced;
-                EXPECT_GE(kept, counter->announced.load()) << counter->keys.front();
-                EXPECT_LT(kept, (round + 1) * 1000000L);
-            }
+            expectKept(*counter, (round + 1) * 1000000L);
+            announced += counter->announced >= 0 ? 1 : 0;
         }
         disconnect();
         const std::string log = stop();
