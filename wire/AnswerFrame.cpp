@@ -11,7 +11,9 @@ namespace {
 void add(std::string& frame, std::string_view beginning, std::string_view text) {
     frame.append(beginning);
     if (isPlainAscii(text)) {
-        frame.append(1, '"').append(text).append(1, '"');
+        frame.push_back('"');
+        frame.append(text);
+        frame.push_back('"');
         return;
     }
     rapidjson::StringBuffer buffer;

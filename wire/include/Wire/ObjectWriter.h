@@ -51,11 +51,11 @@ public:
 class MemberName {
 public:
     template <std::size_t Size>
-    MemberName(const char (&literal)[Size]) : text(literal, Size - 1), isPlain(true) {}
+    MemberName(const char (&literal)[Size]) : text(literal, Size - 1) {}
     MemberName(const std::string& anyText) : text(anyText), isPlain(false) {}
 
     const std::string_view text;
-    const bool isPlain;
+    const bool isPlain = true;
 };
 
 /// Writes one JSON object member by member, as compact text without a line end, in valid UTF-8 whatever it is given.
