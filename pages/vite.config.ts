@@ -1,8 +1,9 @@
 import { defineConfig } from 'vite';
 
-import './scripts/generate-catalogue.mjs';
+import { settingsClient } from './settingsClient';
 
 export default defineConfig({
+    ...settingsClient,
     esbuild: { jsx: 'automatic', jsxImportSource: 'preact', legalComments: 'none' },
     build: {
         target: 'es2022',

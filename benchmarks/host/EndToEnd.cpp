@@ -2,6 +2,7 @@
 #include <vector>
 
 #include "host/EndToEndReport.h"
+#include "host/EndToEndResume.h"
 #include "support/Arguments.h"
 
 /// How long the running host takes to answer, and how much of a processor, against the floors that it stands on.
@@ -18,6 +19,7 @@ Round oneRound(const Effort& effort) {
         }
         measureWithLog(round, listener, effort);
     }
+    measureResume(round, effort);
     return round;
 }
 
@@ -26,6 +28,7 @@ Effort quickEffort() {
     effort.exchanges = 40;
     effort.exchangesWithDisk = 8;
     effort.exchangesWithCrowd = 10;
+    effort.resumes = 2;
     effort.crowds = {1, 16};
     return effort;
 }

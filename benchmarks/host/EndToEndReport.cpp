@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "host/EndToEndResume.h"
+
 namespace Benchmarks {
 
 namespace {
@@ -122,12 +124,23 @@ void addEchoRatios(Results& results, const std::vector<Round>& rounds) {
     }
 }
 
+void addResumeRatio(Results& results, const std::vector<Round>& rounds) {
+    auto readAnew = each(rounds, "host/unix/memory/get all until reply", processorTime);
+    for (double& time : readAnew) {
+        time *= missedEvents;
+    }
+    results.add(Ratio{std::string(resumeName) + ", processor time",
+                      "GetSettings of everything, once for each of these events",
+                      quotients(each(rounds, resumeName, processorTime), readAnew), 0.05});
+}
+
 }  // namespace
 
 Results report(const std::vector<Round>& rounds, const Effort& effort) {
     Results results;
     addEchoRatios(results, rounds);
     addCrowds(results, rounds, effort);
+    addResumeRatio(results, rounds);
     for (const auto& [name, seen] : rounds.front()) {
         results.add(Figure{name, "us", each(rounds, name, medianLatency)});
         results.add(Figure{name + ", processor time", "us", each(rounds, name, processorTime)});

@@ -29,6 +29,8 @@ struct Effort {
     int exchanges = 1000;
     int exchangesWithDisk = 80;
     int exchangesWithCrowd = 200;
+    /// Each of 1,000 events.
+    int resumes = 20;
     std::vector<std::size_t> crowds{1, 4, 16, 64, 128};
 };
 

@@ -113,6 +113,27 @@ std::optional<long> Envelope::integer(const std::string& name) const {
     return member != nullptr && member->IsInt64() ? std::optional(long{member->GetInt64()}) : std::nullopt;
 }
 
+std::optional<unsigned long> Envelope::number(const std::string& name) const {
+    const Value* const member = memberOf(tree->root, name);
+    return member != nullptr && member->IsUint64() ? std::optional(static_cast<unsigned long>(member->GetUint64()))
+                                                   : std::nullopt;
+}
+
+bool Envelope::hasObject(const std::string& name) const {
+    const Value* const member = memberOf(tree->root, name);
+    return member != nullptr && member->IsObject();
+}
+
+bool Envelope::isTrue(const std::string& name) const {
+    const Value* const member = memberOf(tree->root, name);
+    return member != nullptr && member->IsTrue();
+}
+
+bool Envelope::isBoolean(const std::string& name) const {
+    const Value* const member = memberOf(tree->root, name);
+    return member != nullptr && member->IsBool();
+}
+
 bool Envelope::hasPayload() const {
     return tree->payload() != nullptr;
 }
@@ -132,6 +153,18 @@ std::optional<std::vector<std::string>> Envelope::payloadTexts(const std::string
         if (element.IsString()) {
             texts.push_back(textOf(element));
         }
+    }
+    return texts;
+}
+
+std::optional<std::vector<std::string>> Envelope::elements(const std::string& name) const {
+    const Value* const member = memberOf(tree->root, name);
+    if (member == nullptr || !member->IsArray()) {
+        return std::nullopt;
+    }
+    std::vector<std::string> texts;
+    for (const auto& element : member->GetArray()) {
+        texts.push_back(compactText(element));
     }
     return texts;
 }

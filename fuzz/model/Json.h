@@ -37,10 +37,20 @@ public:
     bool has(const std::string& name) const;
     std::optional<std::string> text(const std::string& name) const;
     std::optional<long> integer(const std::string& name) const;
+    /// The member `name`, when it is an integer of 0 or more.
+    std::optional<unsigned long> number(const std::string& name) const;
+    /// Whether the member `name` is an object.
+    bool hasObject(const std::string& name) const;
+    /// Whether the member `name` is true.
+    bool isTrue(const std::string& name) const;
+    /// Whether the member `name` is true or false.
+    bool isBoolean(const std::string& name) const;
     bool hasPayload() const;
     std::optional<std::string> payloadText(const std::string& name) const;
     /// The strings among the elements of an array of the payload.
     std::optional<std::vector<std::string>> payloadTexts(const std::string& name) const;
+    /// The compact texts of the elements of the array `name`; nothing when there is none.
+    std::optional<std::vector<std::string>> elements(const std::string& name) const;
     /// The compact text of the member `name`; empty when there is none.
     std::string compact(const std::string& name) const;
     /// The names of the members, in order.

@@ -178,14 +178,18 @@ std::string ReferenceModel::cached(const std::string& key) const {
 
 bool ReferenceModel::store(const std::string& key, const std::string& value) {
     record("storage.setValue(" + key + ", " + value + ")");
-    if (!around.refusesWrites) {
+    if (around.refusesWrites) {
+        refuse("not-stored");
+    } else {
         around.stored[key] = value;
+        lastAnswer.stored = !value.empty();
     }
     return !around.refusesWrites;
 }
 
 bool ReferenceModel::apply(const std::string& key, const std::string& value) {
     record("sdk.applySetting(" + key + ", " + value + ")");
+    lastAnswer.applied = lastAnswer.applied && !around.refusesSettings;
     return !around.refusesSettings;
 }
 
@@ -210,6 +214,7 @@ void ReferenceModel::count(const std::string& key, const std::string& value) {
 
 void ReferenceModel::changed(const std::string& key, const std::string& from, const std::string& to) {
     cache[key] = to;
+    lastAnswer.outcome = "changed";
     record(R"(transport.sendMessage(25, {"settingDBId":)" + stringText(key) + R"(,"from":)" + stringText(from) +
            R"(,"to":)" + stringText(to) + "})");
     count(key, to);
@@ -226,6 +231,7 @@ bool ReferenceModel::setSetting(const std::string& key, const std::string& value
     }
     if (key == "captionsEnabled" || key == "doNotDisturbEnabled") {
         line(3, "Invalid SDK SettingDBId: " + key);
+        refuse("read-only");
         return false;
     }
     if (key == "tovanEntitlementStatus") {
@@ -239,6 +245,7 @@ bool ReferenceModel::setSetting(const std::string& key, const std::string& value
 bool ReferenceModel::setLocale(const std::string& value) {
     const auto elements = arrayElements(value);
     if (!elements) {
+        refuse("wrong-form");
         line(3, "orliaLocale is not in the proper format");
         return false;
     }
@@ -249,6 +256,7 @@ bool ReferenceModel::setLocale(const std::string& value) {
         }
     }
     if (locales.empty()) {
+        refuse("wrong-form");
         line(3, "orliaLocale is empty or not in the correct format");
         return false;
     }
@@ -330,7 +338,31 @@ bool ReferenceModel::setStored(const std::string& key, const std::string& value)
 
 // Requests
 
+void ReferenceModel::refuse(const std::string& reason) {
+    lastAnswer.outcome = "refused";
+    lastAnswer.reason = reason;
+}
+
+/// The newest time stamp of the setting, if it is newer.
+std::optional<long> ReferenceModel::newerThan(const std::string& key, long timestamp) const {
+    const auto newest = newestTimestamps.find(isKnown(key) ? key : "");
+    return newest != newestTimestamps.end() && newest->second > timestamp ? std::optional(newest->second)
+                                                                          : std::nullopt;
+}
+
+Answer ReferenceModel::answerToRejected(const std::string& text) const {
+    const Envelope envelope(text);
+    const auto timestamp = envelope.integer("timestamp");
+    Answer answer{"refused", "incomplete", envelope.payloadText("settingDBId"), true, false, std::nullopt};
+    if (timestamp && answer.key && envelope.payloadText("to")) {
+        answer.newest = newerThan(*answer.key, *timestamp);
+        answer.reason = answer.newest ? "stale" : "wrong-form";
+    }
+    return answer;
+}
+
 void ReferenceModel::request(int type, const std::string& text) {
+    lastAnswer = {};
     switch (type) {
         case 7:
             return getRequest(text);
@@ -372,9 +404,11 @@ void ReferenceModel::getRequest(const std::string& text) {
 void ReferenceModel::setRequest(const std::string& text) {
     line(1, "Handling SetSettings request");
     const Envelope envelope(text);
+    refuse("incomplete");
     if (!envelope.isJson()) {
         return line(3, "Payload was not parsed successfully");
     }
+    lastAnswer.key = envelope.payloadText("settingDBId");
     const auto timestamp = envelope.integer("timestamp");
     if (!timestamp) {
         return line(3, "SetSetting Message timestamp not found");
@@ -387,15 +421,20 @@ void ReferenceModel::setRequest(const std::string& text) {
         return line(3, "SetSetting settingId not found in payload or has incorrect format");
     }
     line(1, "isRequestValid");
-    const auto newest = newestTimestamps.emplace(isKnown(*key) ? *key : "", *timestamp).first;
-    if (newest->second > *timestamp) {
+    const auto value = envelope.payloadText("to");
+    if (const auto newest = newerThan(*key, *timestamp)) {
+        if (value) {
+            refuse("stale");
+            lastAnswer.newest = newest;
+        }
         return line(3, "Invalid Request: SettingsDBId is invalid or request is older than current request");
     }
-    newest->second = *timestamp;
-    const auto value = envelope.payloadText("to");
+    newestTimestamps[isKnown(*key) ? *key : ""] = *timestamp;
     if (!value) {
         return line(3, "to value field in payload not found or has incorrect format");
     }
+    lastAnswer.outcome = "unchanged";
+    lastAnswer.reason.clear();
     setSetting(*key, *value);
 }
 
@@ -418,6 +457,7 @@ void ReferenceModel::logOutRequest() {
     record("storage.clearStorage()");
     if (around.refusesClearing) {
         line(3, "Error clearing storage on logout");
+        refuse("not-stored");
     } else {
         around.stored.clear();
     }

@@ -25,6 +25,19 @@ struct Surroundings {
     std::map<std::string, std::string> deviceInfo;
 };
 
+/// What a request of type 19, 22 or 24 led to, as an answer tells it.
+struct Answer {
+    std::string outcome = "done";
+    /// Empty unless it was refused.
+    std::string reason;
+    std::optional<std::string> key;
+    bool applied = true;
+    /// Did the storage take a value that is not empty?
+    bool stored = false;
+    /// Of a stale request.
+    std::optional<long> newest;
+};
+
 /// An independent, simple implementation of the handler's operations, to be compared with the library. It predicts
 /// results, cache, stored values and each entry of the journal. It shares no code with the library; both use the parser
 /// of the JSON library and its escaping of strings.
@@ -51,6 +64,13 @@ public:
     bool setSetting(const std::string& key, const std::string& value);
     /// Handles a request of `type`.
     void request(int type, const std::string& text);
+    /// Of the request that was handled last.
+    Answer answer() const { return lastAnswer; }
+    /// Of a SetSettings request that does not reach the handler, because its value would end the process.
+    Answer answerToRejected(const std::string& text) const;
+
+    /// By key; unknown keys share the empty key.
+    const std::map<std::string, long>& timestamps() const { return newestTimestamps; }
 
     void notifyLocaleChange(const std::string& locale);
     void notifyLocalesChange(const std::vector<std::string>& locales);
@@ -67,6 +87,9 @@ public:
 private:
     void line(int level, const std::string& text);
     void record(const std::string& entry);
+
+    void refuse(const std::string& reason);
+    std::optional<long> newerThan(const std::string& key, long timestamp) const;
 
     void getRequest(const std::string& text);
     void setRequest(const std::string& text);
@@ -99,6 +122,7 @@ private:
     std::map<std::string, std::string> cache;
     /// By key; unknown keys share the empty key.
     std::map<std::string, long> newestTimestamps;
+    Answer lastAnswer;
     std::set<int> localeObservers;
     std::set<int> friendlyNameObservers;
     std::set<int> entitlementObservers;

@@ -21,18 +21,19 @@ public:
 /// A client that keeps the frames it gets. Each must be one JSON object on one line, in valid UTF-8.
 class FrameCollector : public SettingsHandlerKit::Client {
 public:
-    explicit FrameCollector(SettingsHandlerKit::Origin ownOrigin) : clientOrigin(ownOrigin) {}
+    explicit FrameCollector(SettingsHandlerKit::Origin ownOrigin, SettingsHandlerKit::ListenerKind ownListener =
+                                                                      SettingsHandlerKit::ListenerKind::UNIX_SOCKET)
+        : clientOrigin(ownOrigin), clientListener(ownListener) {}
 
     void send(const std::shared_ptr<const std::string>& frame) override;
     SettingsHandlerKit::Origin origin() const override { return clientOrigin; }
-    SettingsHandlerKit::ListenerKind listenerKind() const override {
-        return SettingsHandlerKit::ListenerKind::UNIX_SOCKET;
-    }
+    SettingsHandlerKit::ListenerKind listenerKind() const override { return clientListener; }
 
     std::vector<std::string> take();
 
 private:
     SettingsHandlerKit::Origin clientOrigin;
+    SettingsHandlerKit::ListenerKind clientListener;
     std::vector<std::string> frames;
 };
 
@@ -53,9 +54,6 @@ public:
 private:
     std::vector<std::string> lines;
 };
-
-/// The code with which the transport must refuse `frame`, determined independently; empty when it must accept it.
-std::string refusalOf(const std::string& frame);
 
 /// The code of a refusal; empty when `frame` is not a refusal.
 std::string codeOf(const std::string& frame);

@@ -1,9 +1,7 @@
-import { connect } from 'node:net';
-
 import type { Page } from 'playwright-core';
 import { expect, test } from 'vitest';
 
-import { replyTimeout } from '../src/wire/session';
+import { replyTimeout } from '../../clients/javascript/src/client';
 import { hostOfEachTest } from './host';
 import {
     enterSection,
@@ -24,6 +22,10 @@ function announcement(page: Page, text: string) {
     return page.locator('.announcement', { hasText: text });
 }
 
+function setDeviceName(to: string) {
+    return { type: 24, timestamp: Date.now(), payload: { settingDBId: 'deviceName', to } };
+}
+
 async function startEditing(page: Page, text: string): Promise<void> {
     await press(page, 'ArrowRight', 'Enter');
     await typeOver(page, text);
@@ -39,6 +41,13 @@ test('a change by a program is shown and announced with its origin, and does not
         await host.control('set', 'friendlyName', 'Telly');
         await row(page, 'friendlyName').getByText('Telly').waitFor();
         await expectFocus(page, 'friendlyName');
+    });
+});
+
+test('a change by a client with a name is announced with the name', async () => {
+    await visitSettings(host, async (page) => {
+        await host.send({ messageId: 'h1', hello: { client: 'kitchen-remote' } }, setDeviceName('Attic'));
+        await announcement(page, 'Device name is now Attic, changed by kitchen-remote').waitFor();
     });
 });
 
@@ -81,7 +90,7 @@ test('a change is shown on other pages, and announced only there', async () => {
             await press(page, 'Enter');
             await expectStatus(page, 'deviceName', 'accepted', 'Saved');
             await row(other, 'deviceName').getByText('Den').waitFor();
-            await announcement(other, 'Device name is now Den, changed on another page').waitFor();
+            await announcement(other, 'Device name is now Den, changed by settings page (Linux)').waitFor();
             expect(await page.locator('.announcement').innerText()).toBe('');
         });
     });
@@ -107,7 +116,7 @@ test('accepted, unchanged and refused differ in words, sign and colour', async (
         await press(page, 'Enter');
         await typeOver(page, 'Attic');
         await press(page, 'Enter');
-        await look('refused', 'Not changed: the TV could not save it, or a newer change came first.');
+        await look('refused', 'Not changed: it was changed elsewhere in the meantime.');
         expect(new Set(looks.map(([sign]) => sign)).size).toBe(3);
         expect(new Set(looks.map(([, colour]) => colour)).size).toBe(3);
     });
@@ -115,15 +124,7 @@ test('accepted, unchanged and refused differ in words, sign and colour', async (
 
 /** Another client sends a time stamp in the future, so that every other request for the name is stale. */
 function refuseDeviceName(): Promise<void> {
-    return new Promise((resolve, reject) => {
-        const client = connect(host.socket());
-        client.on('error', reject);
-        client.end('{"type":24,"timestamp":9000000000000,"payload":{"settingDBId":"deviceName","to":"Den"}}\n');
-        client.resume();
-        client.on('close', () => {
-            resolve();
-        });
-    });
+    return host.send({ type: 24, timestamp: 9000000000000, payload: { settingDBId: 'deviceName', to: 'Den' } });
 }
 
 test('a refused change is rolled back to the current value', async () => {

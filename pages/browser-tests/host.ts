@@ -1,6 +1,7 @@
 import { execFile, spawn, type ChildProcess } from 'node:child_process';
 import { once } from 'node:events';
 import { mkdtemp, rm } from 'node:fs/promises';
+import { connect } from 'node:net';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import { createInterface } from 'node:readline';
@@ -23,6 +24,9 @@ export class Host {
 
     private folder = '';
 
+    /** `pages` is the folder that it serves. */
+    constructor(private readonly pages = builtPages) {}
+
     async start(): Promise<void> {
         this.folder = await mkdtemp(join(tmpdir(), 'settings-pages-'));
         this.address = new URL('http://127.0.0.1:0/');
@@ -39,7 +43,7 @@ export class Host {
         const child = spawn(
             settingsHost,
             [
-                ...['--storage', this.database(), ...this.sockets(), '--pages', builtPages],
+                ...['--storage', this.database(), ...this.sockets(), '--pages', this.pages],
                 ...['--listen', this.address.host, '--log-level', '2'],
             ],
             { stdio: ['ignore', 'pipe', 'pipe'] },
@@ -80,6 +84,19 @@ export class Host {
     /** The socket for clients of the settings. */
     socket(): string {
         return join(this.folder, 'settings.sock');
+    }
+
+    /** Sends frames as a client of the Unix socket, and waits until the host has handled them. */
+    send(...frames: readonly object[]): Promise<void> {
+        return new Promise((resolve, reject) => {
+            const client = connect(this.socket());
+            client.on('error', reject);
+            client.end(frames.map((frame) => `${JSON.stringify(frame)}\n`).join(''));
+            client.resume();
+            client.on('close', () => {
+                resolve();
+            });
+        });
     }
 
     /** Starts it again with a new database: open pages are no longer authorized. */
@@ -132,8 +149,8 @@ export class Host {
 }
 
 /** A host for all tests of a file. */
-export function hostOfFile(prepare?: (host: Host) => Promise<unknown>): Host {
-    const host = new Host();
+export function hostOfFile(prepare?: (host: Host) => Promise<unknown>, pages = builtPages): Host {
+    const host = new Host(pages);
     beforeAll(async () => {
         await host.start();
         await prepare?.(host);

@@ -1,9 +1,10 @@
 import type { Page } from 'playwright-core';
+import { catalogue, type SettingKey } from 'settings-client';
 import { expect, test } from 'vitest';
 
 import { languageFor } from '../src/i18n/language';
 import { rows, settingsOf } from '../src/sections/rows';
-import { catalogue, choicesOf, isReadOnly, type SettingKey } from '../src/settings/catalogue';
+import { choicesOf, isReadOnly } from '../src/settings/catalogue';
 import { nameOfSetting, wordsFor } from '../src/settings/format';
 import { hostOfFile } from './host';
 import { enterSection, sectionIds, visitSettings } from './settings';

@@ -14,3 +14,9 @@ export const chromium = program('CHROMIUM', '/usr/bin/chromium');
 export const builtPages = program('PAGES', 'pages/dist');
 /** The folder for pictures of failed comparisons. */
 export const failures = resolve(repository, 'build/pages');
+
+/** The npm package, who uses it, and what compiles that. */
+export const settingsClient = resolve(repository, 'clients/javascript');
+export const examples = resolve(repository, 'examples');
+export const consumer = resolve(repository, 'pages/browser-tests/package.consumer.ts');
+export const tools = resolve(repository, 'pages/node_modules/.bin');

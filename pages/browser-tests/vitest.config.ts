@@ -1,11 +1,12 @@
 import { defineConfig } from 'vitest/config';
 
-import '../scripts/generate-catalogue.mjs';
+import { settingsClient } from '../settingsClient';
 
 /** What to run: the tests, or the pictures or measurements of the documents. */
 const kind = process.env['MAKE'] ?? 'browser';
 
 export default defineConfig({
+    ...settingsClient,
     test: {
         include: [`browser-tests/**/*.${kind}.ts`],
         globalSetup: 'browser-tests/chromium.ts',

@@ -12,11 +12,6 @@ import { localesOf } from './settings/values';
 import type { Store } from './state/store';
 import { useStore } from './state/useStore';
 
-interface Props {
-    readonly store: Store;
-    readonly onRetry: () => void;
-}
-
 function sectionFromAddress(): SectionId {
     return sections.find(({ id }) => `#${id}` === location.hash)?.id ?? 'device';
 }
@@ -62,7 +57,7 @@ function Menu({ menu, current, onShow, onEnter }: MenuProps): JSX.Element {
 }
 
 /** The settings page: a menu of sections, and the rows of one of them. */
-export function App({ store, onRetry }: Props): JSX.Element {
+export function App({ store }: { readonly store: Store }): JSX.Element {
     const state = useStore(store);
     const [section, setSection] = useState(sectionFromAddress);
     const menu = useRef<HTMLElement>(null);
@@ -87,7 +82,7 @@ export function App({ store, onRetry }: Props): JSX.Element {
     };
     return (
         <Page.Provider value={{ store, state, language }}>
-            <Banner onRetry={onRetry} />
+            <Banner />
             <div class="page">
                 <Menu menu={menu} current={section} onShow={show} onEnter={enterPanel} />
                 <main class="panel" ref={panel}>

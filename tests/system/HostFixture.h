@@ -146,7 +146,8 @@ protected:
                 return rapidjson::Document(rapidjson::kObjectType);
             }
             auto frame = parsed(*line);
-            if ((frame.HasMember("type") && frame["type"].GetInt() != 25) || frame.HasMember("error")) {
+            // Events have both.
+            if ((frame.HasMember("messageId") && !frame.HasMember("sequence")) || frame.HasMember("error")) {
                 return frame;
             }
             if (before != nullptr) {

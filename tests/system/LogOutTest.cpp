@@ -46,4 +46,29 @@ TEST_F(HostLogOut, ErasesValuesPermanentlyFromAllFiles) {
     EXPECT_EQ(filesWith("SecretRoom"), Lines());
 }
 
+TEST_F(HostLogOut, EmptiesTheHistory) {
+    start();
+    set("deviceName", "\"SecretRoom\"");
+    const std::string run = ask(R"({"messageId":"h","hello":{}})")["hello"]["run"].GetString();
+    const auto history = [&] { return ask(R"({"messageId":"y","history":{}})")["history"]["events"].Size(); };
+    const auto resumeAfter = [&](int sequence) {
+        Lines events;
+        const auto reply = ask(R"({"messageId":"h","hello":{"resume":{"run":")" + run + R"(","sequence":)" +
+                                   std::to_string(sequence) + "}}}",
+                               &events);
+        EXPECT_EQ(events, Lines());
+        return std::string(reply["hello"]["missed"].GetBool() ? "missed" : "complete");
+    };
+    EXPECT_EQ(history(), 1U);
+    EXPECT_EQ(resumeAfter(1), "complete");
+    EXPECT_STREQ(ask(R"({"type":22,"messageId":"o","answer":true})")["payload"]["outcome"].GetString(), "done");
+    EXPECT_EQ(history(), 0U);
+    EXPECT_EQ(resumeAfter(0), "missed");
+    EXPECT_EQ(resumeAfter(1), "missed");
+    set("deviceName", "\"Den\"", 2);
+    EXPECT_EQ(history(), 1U);
+    EXPECT_EQ(resumeAfter(1), "missed");
+    EXPECT_EQ(resumeAfter(2), "complete");
+}
+
 }  // namespace SystemTests

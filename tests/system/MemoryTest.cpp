@@ -183,6 +183,32 @@ TEST_F(MemoryOfTheHost, IsBoundedWhenRepliesGrowSixfoldInTheirFrames) {
     expectPeakBelow(limitForRequests);
 }
 
+TEST_F(MemoryOfTheHost, IsBoundedWhenEverybodyAsksForTheHistoryAndReadsNothing) {
+    startWeb({"--log-level", "3"});
+    const std::string run = ask(R"({"messageId":"h","hello":{}})")["hello"]["run"].GetString();
+    const std::string history = R"({"messageId":"y","history":{}})";
+    // As much as the history holds of large events, then of small ones.
+    for (const std::size_t size : {std::size_t{15000}, std::size_t{10}}) {
+        for (int number = 0; number < 1024; ++number) {
+            std::string value = std::to_string(number);
+            value.resize(size, 'v');
+            client().sendLine(setRequest("timezone", "\"" + value + "\""));
+            ASSERT_TRUE(client().receiveLine());
+        }
+        const int newest = ask(R"({"messageId":"h","hello":{}})")["hello"]["sequence"].GetInt();
+        const std::size_t known = ask(history)["history"]["events"].Size();
+        EXPECT_GT(known * size, size == 10 ? 8000U : 200000U);
+        const std::string resume = R"({"messageId":"h","hello":{"resume":{"run":")" + run + R"(","sequence":)" +
+                                   std::to_string(newest - static_cast<int>(known)) + "}}}";
+        for (int number = 0; number < clientCount / 2; ++number) {
+            const std::string& request = number % 2 == 0 ? history : resume;
+            askingLine(socket(), request + "\n", 20000);
+            askingPage(request, 20);
+        }
+    }
+    expectPeakBelow(limitForRequests);
+}
+
 TEST_F(MemoryOfTheHost, IsBoundedWhateverIsSent) {
     startWeb({"--log-level", "3"});
     const std::string half = R"({"type":24,"x":")" + std::string(65000, 'x');

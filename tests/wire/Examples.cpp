@@ -32,6 +32,24 @@ void setIfThere(rapidjson::Value& object, const char* name, rapidjson::Value val
     }
 }
 
+void blankEvent(rapidjson::Value& event) {
+    if (event.HasMember("sequence")) {
+        setIfThere(event, "messageId", rapidjson::Value("…"));
+        setIfThere(event, "timestamp", rapidjson::Value(0));
+    }
+}
+
+/// Blanks the member at `path`, if it is there.
+void blankAt(rapidjson::Document& document, const char* path) {
+    if (auto* const value = rapidjson::Pointer(path).Get(document)) {
+        if (value->IsNumber()) {
+            *value = 0;
+        } else {
+            *value = rapidjson::Value("…");
+        }
+    }
+}
+
 /// Removes from a trace what differs between runs.
 void blankTrace(rapidjson::Value& trace, rapidjson::Document& document) {
     setIfThere(trace, "timestamp", rapidjson::Value(0));
@@ -95,15 +113,23 @@ std::string comparable(const std::string& frame) {
     if (!document.IsObject()) {
         return frame;
     }
-    if (document.HasMember("sequence")) {
-        setIfThere(document, "messageId", rapidjson::Value("…"));
-        setIfThere(document, "timestamp", rapidjson::Value(0));
+    blankEvent(document);
+    if (auto* const events = rapidjson::Pointer("/history/events").Get(document)) {
+        for (auto& event : events->GetArray()) {
+            blankEvent(event);
+        }
     }
     if (document.HasMember("trace") && document["trace"].IsObject()) {
         blankTrace(document["trace"], document);
     }
-    if (document.HasMember("page")) {
-        setIfThere(document["page"], "address", rapidjson::Value("…"));
+    if (auto* const code = rapidjson::Pointer("/error/code").Get(document); code != nullptr && *code == "not-stored") {
+        // It names a file.
+        blankAt(document, "/error/message");
+    }
+    for (const auto* const path :
+         {"/page/address", "/hello/run", "/backup/file", "/status/health/version", "/status/health/uptimeSeconds",
+          "/status/versions/host", "/status/disk/free", "/status/disk/total", "/status/now"}) {
+        blankAt(document, path);
     }
     return compact(document);
 }

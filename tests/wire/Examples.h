@@ -43,7 +43,8 @@ struct RefusedFrame {
 /// The frames of docs/examples/refused/frames.json.
 std::vector<RefusedFrame> refusedFrames();
 
-/// The frame without values that differ between runs: the event's id, all times, a client's number, the pages' address.
+/// The frame without values that differ between runs: ids of events and of the run, times, a client's number, address,
+/// file, the host's version, disk space.
 /// A text that is not a JSON object is returned unchanged.
 std::string comparable(const std::string& frame);
 

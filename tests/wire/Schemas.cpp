@@ -26,7 +26,14 @@ using Places = std::map<std::string, std::string>;
 
 /// Schemas by the member that identifies the type of a frame.
 const Places& kindsAt(Listener listener) {
-    static const Places settings{{"notice", "notice"}, {"error", "refusal"}};
+    static const Places settings{{"notice", "notice"},
+                                 {"error", "refusal"},
+                                 {"hello", "hello-reply"},
+                                 {"history", "history-reply"},
+                                 {"catalogue", "catalogue-reply"},
+                                 {"page", "page-reply"},
+                                 {"backup", "backup-reply"},
+                                 {"status", "status-reply"}};
     static const Places device{{"ok", "device-done"},
                                {"device", "device-state"},
                                {"page", "device-page"},
@@ -36,8 +43,9 @@ const Places& kindsAt(Listener listener) {
 }
 
 std::string schemaOfType(const rapidjson::Value& type) {
-    static const std::map<int, std::string> types{
-        {7, "get-settings-reply"}, {18, "is-orlia-selected-va-reply"}, {25, "setting-changed-event"}};
+    static const std::map<int, std::string> types{{7, "get-settings-reply"},       {18, "is-orlia-selected-va-reply"},
+                                                  {19, "open-va-settings-answer"}, {22, "log-out-answer"},
+                                                  {24, "set-settings-answer"},     {25, "setting-changed-event"}};
     const auto found = type.IsInt() ? types.find(type.GetInt()) : types.end();
     return found == types.end() ? "" : found->second;
 }

@@ -26,9 +26,16 @@ std::string schemaOfRequest(Listener listener, const std::string& text) {
         return request.HasMember("command") ? "device-command" : "";
     }
     const auto type = request.FindMember("type");
-    const auto found =
-        type == request.MemberEnd() || !type->value.IsInt() ? types.end() : types.find(type->value.GetInt());
-    return found == types.end() ? "" : found->second;
+    if (type != request.MemberEnd()) {
+        const auto found = type->value.IsInt() ? types.find(type->value.GetInt()) : types.end();
+        return found == types.end() ? "" : found->second;
+    }
+    for (const std::string name : {"batch", "hello", "history", "catalogue", "page", "backup", "status"}) {
+        if (request.HasMember(name.c_str())) {
+            return name + "-request";
+        }
+    }
+    return "";
 }
 
 }  // namespace

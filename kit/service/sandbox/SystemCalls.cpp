@@ -80,8 +80,8 @@ const std::vector<std::string>& allowedCalls() {
         // files
         "access", "close", "faccessat", "faccessat2", "fallocate", "fchmod", "fcntl", "fdatasync", "fstat", "fsync",
         "ftruncate", "getcwd", "getdents64", "lseek", "lstat", "newfstatat", "open", "openat", "pread64", "pwrite64",
-        "read", "readlink", "readlinkat", "readv", "rename", "renameat", "renameat2", "stat", "statx", "umask",
-        "unlink", "unlinkat", "write", "writev",
+        "read", "readlink", "readlinkat", "readv", "rename", "renameat", "renameat2", "stat", "statfs", "statx",
+        "umask", "unlink", "unlinkat", "write", "writev",
         // connections
         "accept", "accept4", "getpeername", "getsockname", "getsockopt", "recvfrom", "recvmsg", "sendmsg", "sendto",
         "setsockopt", "shutdown",

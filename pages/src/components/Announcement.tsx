@@ -1,7 +1,7 @@
 import type { JSX } from 'preact';
 import { useEffect, useState } from 'preact/hooks';
 
-import { nameOfSetting, wordsFor } from '../settings/format';
+import { nameOfSetting, shortened, wordsFor } from '../settings/format';
 import { messageDuration } from '../state/store';
 import { usePage } from './context';
 
@@ -23,9 +23,14 @@ export function Announcement(): JSX.Element {
         if (announcement === null || hidden === number) {
             return '';
         }
-        const { key, value, origin } = announcement;
-        const values = { name: nameOfSetting(key, language), value: wordsFor(key, value, language) };
-        return language.t(origin === null ? 'changed' : `changed.${origin}`, values);
+        const { key, value, event } = announcement;
+        const client = event?.client ?? null;
+        const origin = event?.origin ?? null;
+        return language.t(client !== null ? 'changed.client' : origin !== null ? `changed.${origin}` : 'changed', {
+            name: nameOfSetting(key, language),
+            value: wordsFor(key, value, language),
+            client: shortened(client ?? ''),
+        });
     };
     return (
         <p class="announcement" role="status">

@@ -1,6 +1,6 @@
 import type { JSX, RefObject } from 'preact';
+import type { SettingKey } from 'settings-client';
 
-import type { SettingKey } from '../settings/catalogue';
 import { wordsFor } from '../settings/format';
 import { usePage } from './context';
 

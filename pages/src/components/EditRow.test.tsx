@@ -1,7 +1,9 @@
 import { render } from 'preact';
 import { act } from 'preact/test-utils';
+import { connect } from 'settings-client';
 import { afterEach, beforeEach, describe, expect, it } from 'vitest';
 
+import { FakeBrowser } from '../../../clients/javascript/src/fakeBrowser.fixture';
 import { languageFor } from '../i18n/language';
 import { Store } from '../state/store';
 import { useStore } from '../state/useStore';
@@ -9,7 +11,7 @@ import { EditRow } from './EditRow';
 import { Page } from './context';
 
 const place = document.createElement('div');
-let sent: string[];
+let browser: FakeBrowser;
 let store: Store;
 let sequence: number;
 
@@ -27,7 +29,7 @@ function event(key: string, to: string): void {
     sequence += 1;
     const payload = { settingDBId: key, from: '', to };
     void act(() => {
-        store.received(JSON.stringify({ type: 25, timestamp: 1, sequence, origin: 'socket', payload }));
+        browser.socket.receive({ type: 25, timestamp: 1, sequence, origin: 'socket', payload });
     });
 }
 
@@ -55,16 +57,17 @@ function submit(): void {
 }
 
 function saved(): string[] {
-    return sent
+    return browser.socket.sent
         .map((frame) => JSON.parse(frame) as { type: number; payload?: { to?: string } })
         .filter((frame) => frame.type === 24)
         .map((frame) => frame.payload?.to ?? '');
 }
 
 beforeEach(() => {
-    sent = [];
+    browser = new FakeBrowser();
     sequence = 0;
-    store = new Store((frame) => sent.push(frame) > 0);
+    store = new Store((observer) => connect({ ...observer, address: 'http://tv/' }, browser));
+    browser.socket.open();
     document.body.replaceChildren(place);
     void act(() => {
         render(<Rows />, place);

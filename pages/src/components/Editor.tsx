@@ -1,7 +1,7 @@
 import type { JSX, RefObject } from 'preact';
 import { useLayoutEffect, useRef } from 'preact/hooks';
+import type { SettingKey } from 'settings-client';
 
-import type { SettingKey } from '../settings/catalogue';
 import { nameOfSetting } from '../settings/format';
 import { Conflict } from './Conflict';
 import { usePage } from './context';

@@ -1,4 +1,4 @@
-import type { SettingKey } from '../settings/catalogue';
+import type { SettingKey } from 'settings-client';
 
 /** What the row of a setting is drawn from. */
 export interface RowProps {

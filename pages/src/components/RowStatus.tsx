@@ -1,6 +1,6 @@
 import type { JSX } from 'preact';
+import type { SettingKey } from 'settings-client';
 
-import type { SettingKey } from '../settings/catalogue';
 import { shortened, wordsFor } from '../settings/format';
 import type { Refused } from '../state/store';
 import { usePage } from './context';
@@ -18,7 +18,7 @@ export function RowStatus({ setting }: { readonly setting: SettingKey }): JSX.El
             case undefined:
                 return '';
             case 'refused':
-                return language.t(kind, { reason: language.t(`reason.${(status as Refused).reason}`) });
+                return language.t(`refused.${(status as Refused).reason}`);
             case 'default':
                 return language.t(kind, { value: wordsFor(setting, state.values?.[setting], language) });
             case 'draft':

@@ -1,8 +1,8 @@
 import { createContext } from 'preact';
 import { useContext } from 'preact/hooks';
 
-import { languageFor, type Language } from '../i18n/language';
-import { Store, type State } from '../state/store';
+import type { Language } from '../i18n/language';
+import type { State, Store } from '../state/store';
 
 export interface PageContents {
     readonly store: Store;
@@ -11,12 +11,12 @@ export interface PageContents {
 }
 
 /** What every component of the settings page works with. */
-export const Page = createContext<PageContents>({
-    store: new Store(() => false),
-    state: new Store(() => false).state,
-    language: languageFor('en'),
-});
+export const Page = createContext<PageContents | null>(null);
 
 export function usePage(): PageContents {
-    return useContext(Page);
+    const page = useContext(Page);
+    if (page === null) {
+        throw new Error('usePage is used outside of Page.Provider');
+    }
+    return page;
 }

@@ -1,6 +1,6 @@
 import { useEffect, useLayoutEffect, useState } from 'preact/hooks';
+import type { SettingKey } from 'settings-client';
 
-import type { SettingKey } from '../settings/catalogue';
 import { isBlank } from '../settings/format';
 import { pairOf } from '../settings/values';
 import { usePage } from './context';

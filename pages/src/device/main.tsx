@@ -1,8 +1,8 @@
 import { render } from 'preact';
+import { Connection } from 'settings-client';
 
+import { hideKey, hostAddress } from '../address';
 import { ignoreRepeatedActions } from '../focus/keys';
-import { hideKey } from '../wire/address';
-import { Connection } from '../wire/connection';
 import { DevicePage, type ConnectionState } from './DevicePage';
 import { moveByArrows } from './arrows';
 import { DeviceSession } from './session';
@@ -15,7 +15,7 @@ let drawing = false;
 
 const session = new DeviceSession((text) => connection.send(text), drawSoon);
 
-const connection = new Connection('/device', 'device.v1', {
+const connection = new Connection(hostAddress(), '/device', 'device.v1', {
     opened: () => {
         connectionState = 'connected';
         session.opened();

@@ -1,4 +1,4 @@
-import { messageType } from '../wire/messageTypes';
+import { messageType } from 'settings-client';
 
 export type Direction = 'in' | 'out';
 /** The listener of the client; "all" is a frame to every client of the settings, of the socket and on pages. */

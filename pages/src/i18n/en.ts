@@ -1,4 +1,4 @@
-import type { ChoiceValue, SettingKey } from '../settings/catalogue';
+import type { ChoiceValue, SettingKey } from 'settings-client';
 
 const settings: Readonly<Record<SettingKey, string>> = {
     deviceName: 'Device name',
@@ -60,6 +60,7 @@ const texts = {
     'logOut.about': 'This erases the stored settings and turns off the always-on modes.',
     'logOut.done': 'You are logged out.',
     'action.failed': 'Failed: the TV is not responding.',
+    'action.refused': 'Failed: the TV could not do this.',
 
     on: 'On',
     off: 'Off',
@@ -89,13 +90,15 @@ const texts = {
     unchanged: 'No change',
     default: 'Reset to the default: {value}',
     draft: 'Not saved: {value}',
-    refused: 'Not changed: {reason}',
-    'reason.read-only': 'this can only be set on the device.',
-    'reason.wrong-form': 'the value has the wrong format.',
-    'reason.too-long': 'the value is too long.',
-    'reason.not-applied': 'the TV could not save it, or a newer change came first.',
-    'reason.overwritten': 'someone else changed it at the same time.',
-    'reason.no-reply': 'the TV is not responding. Try again.',
+    'refused.incomplete': 'Not changed: the request was incomplete.',
+    'refused.stale': 'Not changed: it was changed elsewhere in the meantime.',
+    'refused.read-only': 'Not changed: this can only be set on the device.',
+    'refused.wrong-form': 'Not changed: the value has the wrong format.',
+    'refused.not-stored': 'Not changed: the TV could not save it.',
+    'refused.unknown': 'Not changed: the TV gave a reason that this page does not know.',
+    'refused.too-long': 'Not changed: the value is too long.',
+    'refused.not-applied': 'The TV did not apply this change.',
+    'refused.no-reply': 'The TV is not responding. Try again.',
     conflict: 'Changed to “{value}” in the meantime.',
     'conflict.keep': 'Keep my text',
     'conflict.use': 'Use the new value',
@@ -104,10 +107,12 @@ const texts = {
     'connection.lost': 'The TV is not responding. Trying again…',
     'connection.retry': 'Try again now',
     'connection.unauthorized': 'This page can no longer connect. Open the new address that “settingsctl page” prints.',
+    'connection.unsupported': 'This page needs a newer version of the TV’s software.',
     changed: '{name} is now {value}',
     'changed.page': '{name} is now {value}, changed on another page',
     'changed.socket': '{name} is now {value}, changed by a program',
     'changed.device': '{name} is now {value}, changed on the TV',
+    'changed.client': '{name} is now {value}, changed by {client}',
 } as const;
 
 export type TextKey = keyof typeof texts;

@@ -11,6 +11,7 @@ const actionTexts = {
     opened: 'openSettings.done',
     'logged-out': 'logOut.done',
     failed: 'action.failed',
+    refused: 'action.refused',
 } as const;
 
 /** What the account section shows besides settings: the selected assistant, and actions. */
@@ -32,7 +33,7 @@ export function AccountActions(): JSX.Element {
                 row="open-settings"
                 name={t('openSettings')}
                 onUse={() => {
-                    store.openSettings();
+                    void store.openSettings();
                 }}
             />
             <ActionRow row="log-out" name={t('logOut')} isDestructive opensDialog onUse={dialog.open} />
@@ -45,11 +46,12 @@ export function AccountActions(): JSX.Element {
 function ActionStatus(): JSX.Element {
     const { state, language } = usePage();
     const { action } = state;
+    const isFailure = action === 'failed' || action === 'refused';
     return (
-        <p class="status" role="status" data-kind={action === 'failed' ? 'refused' : 'accepted'}>
+        <p class="status" role="status" data-kind={isFailure ? 'refused' : 'accepted'}>
             {action !== 'none' && (
                 <>
-                    <span aria-hidden="true">{action === 'failed' ? '✕ ' : '✓ '}</span>
+                    <span aria-hidden="true">{isFailure ? '✕ ' : '✓ '}</span>
                     {language.t(actionTexts[action])}
                 </>
             )}

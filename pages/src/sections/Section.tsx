@@ -1,4 +1,5 @@
 import type { JSX } from 'preact';
+import { catalogue, type Kind, type SettingKey } from 'settings-client';
 
 import { ChoiceRow } from '../components/ChoiceRow';
 import { usePage } from '../components/context';
@@ -6,7 +7,7 @@ import { EditRow } from '../components/EditRow';
 import { ReadOnlySetting } from '../components/ReadOnlyRow';
 import type { RowProps } from '../components/RowProps';
 import { SwitchRow } from '../components/SwitchRow';
-import { catalogue, isReadOnly, type Kind, type SettingKey } from '../settings/catalogue';
+import { isReadOnly } from '../settings/catalogue';
 import { AccountActions } from './AccountActions';
 import { CaptionsPreview } from './CaptionsPreview';
 import { LocaleList } from './LocaleList';

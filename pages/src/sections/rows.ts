@@ -1,5 +1,6 @@
+import type { SettingKey } from 'settings-client';
+
 import type { TextKey } from '../i18n/en';
-import type { SettingKey } from '../settings/catalogue';
 
 interface Row {
     readonly section: SectionId;

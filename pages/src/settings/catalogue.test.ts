@@ -1,11 +1,11 @@
+import { catalogue } from 'settings-client';
 import { describe, expect, it } from 'vitest';
 
 import { languageFor, translations } from '../i18n/language';
 import { rows, settingsOf } from '../sections/rows';
 import { sections } from '../sections/Section';
-import { catalogue, choicesOf, defaultOf, isReadOnly, settingKeys } from './catalogue';
+import { choicesOf, defaultOf, settingKeys } from './catalogue';
 import { wordsFor } from './format';
-import { rulesOf } from './rules';
 
 /** The catalogue itself; the pages use the part that a script made of it. */
 interface Entry {
@@ -44,16 +44,5 @@ describe.each(settingKeys)('the setting %s', (key) => {
         expect(choicesOf(key).map((value) => wordsFor(key, value, languageFor('en')))).toEqual(
             choicesOf(key).map((value) => choices[value]),
         );
-    });
-
-    it('follows the rules of its owner', () => {
-        const rules = rulesOf(key);
-        expect(rules.isReadOnly).toBe(isReadOnly(key));
-        expect(rules.isReadOnly).toBe(catalogue[key].setBy === 'device');
-        expect(rules.mayRevertAfterEvent).toBe(catalogue[key].owner === 'device');
-        expect(['fr-FR', '["", 1]', '[]', '{}'].map(rules.isWellFormed)).toEqual(
-            Array(4).fill(catalogue[key].kind !== 'locales'),
-        );
-        expect(rules.isWellFormed('["fr-FR"]')).toBe(true);
     });
 });

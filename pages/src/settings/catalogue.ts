@@ -1,28 +1,6 @@
-import { catalogue as generated } from './catalogue.generated';
-
-export type SettingKey = keyof typeof generated;
-type Entry = (typeof generated)[SettingKey];
-export type Kind = Entry['kind'];
-/** A value of a choice. */
-export type ChoiceValue = Extract<Entry, { readonly kind: 'choice' }>['values'][number];
-
-export interface Setting {
-    readonly kind: Kind;
-    /** The values of a choice. */
-    readonly values?: readonly ChoiceValue[];
-    readonly default?: string;
-    readonly owner: 'storage' | 'voice SDK' | 'device';
-    readonly setBy: 'anyone' | 'device';
-}
-
-/** What the pages need of SettingsHandler/catalogue.json. */
-export const catalogue: Readonly<Record<SettingKey, Setting>> = generated;
+import { catalogue, type ChoiceValue, type SettingKey } from 'settings-client';
 
 export const settingKeys = Object.keys(catalogue) as readonly SettingKey[];
-
-export function isSetting(key: string): key is SettingKey {
-    return Object.hasOwn(catalogue, key);
-}
 
 /** The value that an empty text means. */
 export function defaultOf(key: SettingKey): string {

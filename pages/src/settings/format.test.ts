@@ -1,7 +1,7 @@
+import type { SettingKey } from 'settings-client';
 import { describe, expect, it } from 'vitest';
 
 import { languageFor } from '../i18n/language';
-import type { SettingKey } from './catalogue';
 import { nameOfSetting, shortened, wordsFor } from './format';
 
 const english = languageFor('en');

@@ -1,5 +1,7 @@
+import { catalogue, isSetting, type Kind, type SettingKey } from 'settings-client';
+
 import { nameOfLocale, type Language } from '../i18n/language';
-import { catalogue, choicesOf, defaultOf, isSetting, type Kind, type SettingKey } from './catalogue';
+import { choicesOf, defaultOf } from './catalogue';
 import { localesOf, pairOf } from './values';
 
 const maxLength = 80;

@@ -1,7 +1,15 @@
-import { isSetting, type SettingKey } from '../settings/catalogue';
-import { rulesOf } from '../settings/rules';
-import type { ChangeEvent, Origin, Values } from '../wire/frames';
-import { Session, type Reason, type SessionObserver } from '../wire/session';
+import {
+    catalogue,
+    type Change,
+    type ChangeEvent,
+    type Client,
+    type Observer,
+    type Outcome,
+    type Reason,
+    type SettingKey,
+    type Status,
+    type Values,
+} from 'settings-client';
 
 /** The state of the last change of a setting by this page. */
 export type RowStatus =
@@ -11,7 +19,8 @@ export type RowStatus =
     | Refused;
 export interface Refused {
     readonly kind: 'refused';
-    readonly reason: Reason;
+    /** `not-applied`: announced, without effect. */
+    readonly reason: Reason | 'not-applied';
 }
 
 /** A change by somebody else. */
@@ -20,18 +29,18 @@ export interface Announcement {
     readonly key: SettingKey;
     readonly value: string;
     /** Null when it changed at its owner, without an event. */
-    readonly origin: Origin | null;
+    readonly event: ChangeEvent | null;
 }
 
 export interface State {
-    readonly connection: 'connecting' | 'online' | 'lost' | 'unauthorized';
+    readonly connection: Status;
     /** Null until they have been read once. */
     readonly values: Values | null;
-    readonly rows: Readonly<Record<string, RowStatus>>;
+    readonly rows: Readonly<Partial<Record<SettingKey, RowStatus>>>;
     readonly announcement: Announcement | null;
     readonly selected: boolean | null;
     /** The result of the last action that is not a change of a setting. */
-    readonly action: 'none' | 'opened' | 'logged-out' | 'failed';
+    readonly action: 'none' | 'opened' | 'logged-out' | 'failed' | 'refused';
     /** The setting whose editor is open. */
     readonly editor: SettingKey | null;
 }
@@ -42,8 +51,6 @@ export interface Draft {
     readonly known: string;
 }
 
-/** How long keys to read again are collected, in milliseconds, so that many changes cause one request. */
-const readDelay = 50;
 /** How long a message of success is shown, in milliseconds. */
 export const messageDuration = 6_000;
 
@@ -61,61 +68,31 @@ export class Store {
     /** Unsaved edits by setting, kept while another section is shown. */
     readonly drafts = new Map<SettingKey, Draft>();
     private readonly observers = new Set<() => void>();
-    private readonly session: Session;
-    private readonly pendingReads = new Map<SettingKey, Origin | null>();
+    private readonly client: Client;
     /** The number of changes of each setting: while several are under way, only the last outcome counts. */
-    private readonly attempts = new Map<string, number>();
+    private readonly attempts = new Map<SettingKey, number>();
     /** New values without a reply, which may have arrived. */
     private readonly unconfirmed = new Map<SettingKey, string>();
-    private readTimer: ReturnType<typeof setTimeout> | null = null;
     private actionTimer: ReturnType<typeof setTimeout> | undefined;
 
-    /** `onTimeout` is called when a reply did not come in time. */
-    constructor(send: (frame: string) => boolean, onTimeout: () => void = () => undefined) {
-        const observer: SessionObserver = {
+    constructor(connect: (observer: Observer) => Client) {
+        this.client = connect({
+            status: (connection) => {
+                this.handleStatus(connection);
+            },
+            loaded: (values) => {
+                this.handleValues(values);
+            },
             changed: (change) => {
                 this.handleChange(change);
             },
-            reread: (keys) => {
-                this.scheduleRead(keys, null);
-            },
-            missed: () => {
-                void this.readAll();
-            },
-            timedOut: onTimeout,
-        };
-        this.session = new Session(send, observer, rulesOf);
+        });
     }
 
     /** Returns: a function that ends the subscription. */
     subscribe(observer: () => void): () => void {
         this.observers.add(observer);
         return () => this.observers.delete(observer);
-    }
-
-    opened(): void {
-        this.session.opened();
-        void this.readAll();
-        void this.session.isSelected().then((selected) => {
-            if (selected !== null) {
-                this.update({ selected });
-            }
-        });
-    }
-
-    closed(): void {
-        this.session.closed();
-        if (this.state.connection !== 'unauthorized') {
-            this.update({ connection: 'lost' });
-        }
-    }
-
-    unauthorized(): void {
-        this.update({ connection: 'unauthorized' });
-    }
-
-    received(text: string): void {
-        this.session.received(text);
     }
 
     /** Requests a new value. `isDefault`: it is the default because nothing was entered. */
@@ -126,19 +103,22 @@ export class Store {
         this.unconfirmed.delete(key);
         this.setStatus(key, { kind: 'saving' });
         this.show(key, to);
-        const outcome = await this.session.set(key, to);
+        const outcome = await this.client.set(key, to);
         if (this.attempts.get(key) !== attempt) {
             return;
         }
-        if (outcome.result === 'refused' && outcome.reason === 'no-reply') {
+        const reason = reasonOf(key, to, outcome);
+        if (reason === 'no-reply') {
             this.unconfirmed.set(key, to);
         }
         // Without a reply the old value is shown until the setting is read again.
-        this.show(key, outcome.value ?? before);
-        if (outcome.result === 'refused') {
-            this.setStatus(key, { kind: 'refused', reason: outcome.reason });
+        this.show(key, reason === 'no-reply' || reason === 'too-long' ? before : outcome.value);
+        if (reason !== null) {
+            this.setStatus(key, { kind: 'refused', reason });
         } else {
-            this.setStatus(key, { kind: isDefault ? 'default' : outcome.result });
+            this.setStatus(key, {
+                kind: isDefault ? 'default' : outcome.outcome === 'changed' ? 'accepted' : 'unchanged',
+            });
         }
     }
 
@@ -164,19 +144,22 @@ export class Store {
         }
     }
 
-    openSettings(): void {
-        this.setAction(this.session.openSettings() ? 'opened' : 'failed');
+    retryNow(): void {
+        this.client.retryNow();
+    }
+
+    async openSettings(): Promise<void> {
+        this.setAction(actionOf(await this.client.openSettings(), 'opened'));
     }
 
     async logOut(): Promise<void> {
-        const sent = this.session.logOut();
-        // The reply comes when the log-out is done.
-        const values = sent ? await this.session.read() : null;
+        const done = await this.client.logOut();
+        const values = done === null ? null : await this.client.read();
         if (values !== null) {
             this.drafts.clear();
             this.update({ values, rows: {}, editor: null });
         }
-        this.setAction(values === null ? 'failed' : 'logged-out');
+        this.setAction(actionOf(values && done, 'logged-out'));
     }
 
     clearAction(): void {
@@ -205,82 +188,60 @@ export class Store {
         }
     }
 
-    private async readAll(): Promise<void> {
-        const values = await this.session.read();
-        if (values !== null) {
-            this.update({ values, connection: 'online' });
-            this.resolveUnconfirmed(values);
+    private handleStatus(connection: Status): void {
+        this.update({ connection });
+        if (connection !== 'online') {
+            return;
         }
-    }
-
-    /** The host replies again: clears what was shown about missing replies. A value without a reply may have arrived. */
-    private resolveUnconfirmed(values: Values): void {
-        for (const [key, to] of this.unconfirmed) {
-            if (values[key] === to) {
-                this.setStatus(key, { kind: 'accepted' });
-            } else {
-                this.clearStatus(key);
-            }
-        }
-        this.unconfirmed.clear();
         if (this.state.action === 'failed') {
             this.clearAction();
         }
-    }
-
-    private handleChange(change: ChangeEvent): void {
-        const { key, to, origin } = change;
-        if (!isSetting(key)) {
-            return;
-        }
-        this.show(key, to);
-        this.announce(key, to, origin);
-        // The event carries the requested text; GetSettings may report another.
-        this.scheduleRead([key], origin);
-    }
-
-    private scheduleRead(keys: readonly string[], origin: Origin | null): void {
-        for (const key of keys.filter(isSetting)) {
-            this.pendingReads.set(key, origin);
-        }
-        if (this.pendingReads.size === 0) {
-            return;
-        }
-        this.readTimer ??= setTimeout(() => {
-            this.readTimer = null;
-            void this.readPending();
-        }, readDelay);
-    }
-
-    private async readPending(): Promise<void> {
-        const wanted = new Map(this.pendingReads);
-        this.pendingReads.clear();
-        const values = await this.session.read([...wanted.keys()]);
-        if (values === null) {
-            return;
-        }
-        for (const [key, origin] of wanted) {
-            const changed = this.state.values?.[key] !== values[key];
-            if (changed && this.state.rows[key]?.kind !== 'saving') {
-                this.show(key, values[key]);
-                if (origin === null) {
-                    this.announce(key, values[key] ?? '', null);
-                }
+        void this.client.isSelected().then((selected) => {
+            if (selected !== null) {
+                this.update({ selected });
             }
+        });
+    }
+
+    private handleValues(values: Values): void {
+        this.update({ values });
+        for (const key of [...this.unconfirmed.keys()]) {
+            this.confirm(key, values[key]);
         }
+    }
+
+    private handleChange({ key, value, event }: Change): void {
+        const wasRead = event === null || value !== event.to;
+        // What was read may be older than what this page is saving.
+        if (wasRead && this.state.rows[key]?.kind === 'saving') {
+            return;
+        }
+        const isNews = event === null ? value !== this.state.values?.[key] : !wasRead;
+        if (!this.confirm(key, value) && isNews) {
+            this.clearStatus(key);
+            const number = (this.state.announcement?.number ?? 0) + 1;
+            this.update({ announcement: { number, key, value: value ?? '', event } });
+        }
+        this.show(key, value);
+    }
+
+    /** The host replies again: a new value without a reply may have arrived. Returns: whether it has. */
+    private confirm(key: SettingKey, value: string | undefined): boolean {
+        const wanted = this.unconfirmed.get(key);
+        if (!this.unconfirmed.delete(key)) {
+            return false;
+        }
+        if (wanted === value) {
+            this.setStatus(key, { kind: 'accepted' });
+        } else {
+            this.clearStatus(key);
+        }
+        return wanted === value;
     }
 
     private show(key: SettingKey, value: string | undefined): void {
         const { [key]: _old, ...others } = this.state.values ?? {};
         this.update({ values: value === undefined ? others : { ...others, [key]: value } });
-    }
-
-    private announce(key: SettingKey, value: string, origin: Origin | null): void {
-        this.clearStatus(key);
-        this.unconfirmed.delete(key);
-        this.update({
-            announcement: { number: (this.state.announcement?.number ?? 0) + 1, key, value, origin },
-        });
     }
 
     private update(change: Partial<State>): void {
@@ -289,4 +250,18 @@ export class Store {
             observer();
         }
     }
+}
+
+/** Why a page shows a new value as refused; null when it does not. */
+function reasonOf(key: SettingKey, to: string, outcome: Outcome): Refused['reason'] | null {
+    if (outcome.outcome === 'refused') {
+        return outcome.reason;
+    }
+    // The device may keep its value although the change was announced.
+    const isKept = catalogue[key].owner === 'device' && outcome.value !== to;
+    return outcome.applied && !isKept ? null : 'not-applied';
+}
+
+function actionOf(done: boolean | null, success: 'opened' | 'logged-out'): State['action'] {
+    return done === null ? 'failed' : done ? success : 'refused';
 }

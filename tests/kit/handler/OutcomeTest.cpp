@@ -1,3 +1,5 @@
+#include <map>
+
 #include "CheckedHandlerFixture.h"
 #include "SettingsHandlerKit/SettingDescriptions.h"
 
@@ -114,6 +116,19 @@ TEST_F(Outcomes, UnknownKeysShareOneTimeStamp) {
     set(change("timezone", "Europe/Rome"), -5);
     set(change("timezone", "Europe/Paris"), -6);
     EXPECT_EQ(outcome(), refusedFor(Reason::STALE, "timezone", -5));
+}
+
+TEST_F(Outcomes, TheNewestAcceptedTimeStampOfEachSettingIsTold) {
+    using TimeStamps = std::map<std::string, long>;
+    EXPECT_EQ(world->newestTimestamps(), TimeStamps());
+    set(change("deviceName", "Den"), 5);
+    set(change("deviceName", "Attic"), 4);
+    set(change("timezone", "Europe/Paris"), -1);
+    set(change("captionsEnabled", "true"), 3);
+    set(change("unknown", "x"), 8);
+    set(change("unknown too", "y"), 9);
+    EXPECT_EQ(world->newestTimestamps(),
+              (TimeStamps{{"", 9}, {"captionsEnabled", 3}, {"deviceName", 5}, {"timezone", -1}}));
 }
 
 TEST_F(Outcomes, ARefusedEntitlementStatusIsNotStoredAlthoughTheHandlerIsSilent) {

@@ -1,0 +1,107 @@
+import { execFileSync } from 'node:child_process';
+import { copyFileSync, mkdirSync, mkdtempSync, readdirSync, rmSync, writeFileSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import { join } from 'node:path';
+
+import { afterAll, beforeAll, expect, test } from 'vitest';
+
+import { hostOfFile } from './host';
+import { consumer, examples, settingsClient, tools } from './programs';
+import { hostIsAway, visit } from './visit';
+
+const folder = mkdtempSync(join(tmpdir(), 'settings-client-'));
+const installed = join(folder, 'node_modules/settings-client');
+/** The example page beside the module of the tarball. */
+const page = join(folder, 'page');
+
+beforeAll(() => {
+    execFileSync('npm', ['pack', '--silent', '--ignore-scripts', '--pack-destination', folder], {
+        cwd: settingsClient,
+    });
+    const [tarball = ''] = readdirSync(folder).filter((name) => name.endsWith('.tgz'));
+    writeFileSync(join(folder, 'package.json'), '{ "type": "module" }');
+    execFileSync('npm', ['install', '--silent', '--offline', join(folder, tarball)], { cwd: folder });
+    mkdirSync(page);
+    for (const file of readdirSync(join(examples, 'page'))) {
+        copyFileSync(join(examples, 'page', file), join(page, file));
+    }
+    copyFileSync(join(installed, 'dist/settings-client.js'), join(page, 'settings-client.js'));
+});
+const host = hostOfFile(undefined, page);
+afterAll(() => {
+    rmSync(folder, { recursive: true });
+});
+
+test('the package has the module, its types, the licence and how to use it, and depends on nothing', () => {
+    const files = readdirSync(installed, { recursive: true }).map(String).sort();
+    expect(files.filter((file) => !file.endsWith('.d.ts'))).toEqual([
+        'LICENSE',
+        'README.md',
+        'dist',
+        'dist/settings-client.js',
+        'package.json',
+    ]);
+    expect(readdirSync(join(folder, 'node_modules')).filter((name) => !name.startsWith('.'))).toEqual([
+        'settings-client',
+    ]);
+});
+
+test.each(['bundler', 'nodenext'])('a consumer compiles with the module resolution %s', (resolution) => {
+    copyFileSync(consumer, join(folder, 'consumer.ts'));
+    const module = resolution === 'bundler' ? 'esnext' : resolution;
+    const options = [
+        '--strict',
+        '--noEmit',
+        '--target',
+        'es2022',
+        '--module',
+        module,
+        '--moduleResolution',
+        resolution,
+    ];
+    expect(compile(options)).toBe('');
+});
+
+/** What the compiler says about the consumer. */
+function compile(options: readonly string[]): string {
+    try {
+        return execFileSync(join(tools, 'tsc'), [...options, 'consumer.ts'], { cwd: folder, encoding: 'utf8' });
+    } catch (error) {
+        return (error as { readonly stdout: string }).stdout;
+    }
+}
+
+test('the example page shows, sets and follows a setting, also after the host was killed', async () => {
+    await visit(
+        host,
+        async (tab) => {
+            const field = tab.getByLabel('Device name');
+            const result = tab.locator('#result');
+            const save = async (text: string) => {
+                await field.fill(text);
+                await tab.getByRole('button').click();
+            };
+            await tab.getByText('online').waitFor();
+            expect(await field.inputValue()).toBe('TV');
+            await save('Den');
+            await result.getByText('changed').waitFor();
+            expect(await host.value('deviceName')).toBe('Den');
+            await save('Den');
+            await result.getByText('unchanged').waitFor();
+            await host.control('set', 'deviceName', 'Attic');
+            await result.getByText('Changed').waitFor();
+            expect(await field.inputValue()).toBe('Attic');
+            await host.kill();
+            await tab.getByText('lost').waitFor();
+            await host.resume();
+            await tab.getByText('online').waitFor();
+            await save('Hall');
+            await result.getByText('changed').waitFor();
+            expect(await host.control('history', 'deviceName').catch(() => 'by example page')).toContain(
+                'example page',
+            );
+        },
+        // The browser asks for an icon.
+        { expected: new RegExp(`${hostIsAway.source}|status of 404`) },
+    );
+});
