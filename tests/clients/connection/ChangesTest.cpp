@@ -82,6 +82,7 @@ TEST_F(ClientChanges, AskAgainOnANewConnectionWhetherTheHostAnswers) {
     EXPECT_EQ(host.receiveLine(), bare(18, 5));
     host.sendLine(refusal("unknown-type"));
     host.sendLine(selected(5));
+    host.receiveLine();
     host.sendLine(reply(7, 6, R"({"settings":{"k":"v"}})"));
     EXPECT_EQ(answer.get().outcome, Outcome::UNCHANGED);
 }
