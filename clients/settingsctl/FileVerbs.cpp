@@ -1,10 +1,11 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
+#include <fstream>
+#include <iostream>
+#include <iterator>
 #include <map>
-#include <memory>
 
 #include "Keys.h"
 #include "Results.h"
@@ -21,24 +22,21 @@ namespace {
 using SettingsClient::Answer;
 using SettingsClient::Assignment;
 
-struct FileCloser {
-    void operator()(std::FILE* file) const {
-        if (file != stdin) {
-            std::fclose(file);
-        }
-    }
-};
-
 /// Errors: `Failure` (WRONG_USAGE).
 std::string contentsOf(const std::string& file) {
-    const std::unique_ptr<std::FILE, FileCloser> stream(file == "-" ? stdin : std::fopen(file.c_str(), "re"));
+    std::ifstream opened;
+    errno = 0;
+    if (file != "-") {
+        opened.open(file);
+    }
+    std::istream& stream = file == "-" ? std::cin : opened;
     std::string text;
     std::array<char, 65536> bytes{};
-    for (std::size_t count = 1; stream && count > 0;) {
-        count = std::fread(bytes.data(), 1, bytes.size(), stream.get());
-        text.append(bytes.data(), count);
-    }
-    if (!stream || std::ferror(stream.get()) != 0) {
+    do {
+        stream.read(bytes.data(), bytes.size());
+        text.append(bytes.data(), static_cast<std::size_t>(stream.gcount()));
+    } while (stream);
+    if (!stream.eof()) {
         throw Failure(WRONG_USAGE, "cannot read '" + file + "': " + std::strerror(errno));
     }
     return text;
@@ -122,9 +120,8 @@ Answer predicted(const Assignment& assignment, const std::map<std::string, std::
 
 std::vector<std::string> keysOf(const std::vector<Assignment>& assignments) {
     std::vector<std::string> keys;
-    for (const auto& assignment : assignments) {
-        keys.push_back(assignment.key);
-    }
+    std::transform(assignments.begin(), assignments.end(), std::back_inserter(keys),
+                   [](const auto& assignment) { return assignment.key; });
     return keys;
 }
 

@@ -1,6 +1,5 @@
-#include <array>
+#include <algorithm>
 #include <cstdint>
-#include <cstdio>
 
 #include "Checks.h"
 #include "Times.h"
@@ -43,8 +42,8 @@ Finding checkStorage(const Wire::HostFrame& status, const std::string& health) {
         const auto keys = status.integerAt({"health", "storage", "keys"});
         const auto failures = status.integerAt({"health", "storage", "failures"}).value_or(0);
         return {"storage", true,
-                std::to_string(keys.value_or(0)) + " stored values, " + std::to_string(failures) +
-                    " failures since the start" + because};
+                "values stored: " + std::to_string(keys.value_or(0)) +
+                    ", operations failed since the start: " + std::to_string(failures) + because};
     }
     if (health == "degraded") {
         return {"storage", false,
@@ -76,15 +75,17 @@ Finding checkClock(const Wire::HostFrame& status, std::int64_t now) {
     if (now < earliestNow) {
         return {"clock", false, found + ": set it"};
     }
-    for (const auto& [key, newest] : status.integersAt({"newest"})) {
-        if (newest > now) {
-            const std::string what = key.empty() ? "a setting that the catalogue does not have" : "'" + key + "'";
-            return {"clock", false,
-                    found + ", but " + what + " was set with the time stamp of " + localTime(newest) +
-                        ", so later changes of it are refused: set the clock, or use 'settingsctl set --force'"};
-        }
+    const auto newest = status.integersAt({"newest"});
+    const auto ahead =
+        std::find_if(newest.begin(), newest.end(), [now](const auto& entry) { return entry.second > now; });
+    if (ahead == newest.end()) {
+        return {"clock", true, found};
     }
-    return {"clock", true, found};
+    const std::string what =
+        ahead->first.empty() ? "a setting that the catalogue does not have" : "'" + ahead->first + "'";
+    return {"clock", false,
+            found + ", but " + what + " was set with the time stamp of " + localTime(ahead->second) +
+                ", so later changes of it are refused: set the clock, or use 'settingsctl set --force'"};
 }
 
 }  // namespace

@@ -40,6 +40,9 @@ void printChange(const Context& context, const SettingsClient::Event& event) {
 }
 
 void printReread(const Context& context, const SettingsClient::Reread& reread) {
+    if (context.style.bareValues) {
+        return;
+    }
     std::string keys;
     for (const auto& key : reread.keys) {
         keys += (keys.empty() ? "" : ", ") + key;

@@ -119,7 +119,7 @@ TEST_F(SettingsCtlDoctor, FindsNothingWrong) {
                   "\n"
                   "ok    versions: host " SETTINGS_HANDLER_VERSION
                   ", wire 1.1.0\n"
-                  "ok    storage: 3 stored values, 0 failures since the start\n"
+                  "ok    storage: values stored: 3, operations failed since the start: 0\n"
                   "ok    disk: 100 MiB of 200 MiB free\n"
                   "ok    clock: it shows 2025-12-17 19:33:20\n"
                   "ok    pages: http://127.0.0.1:8097/\n" +

@@ -88,8 +88,8 @@ TEST(SettingsCtlCheckOfTheStatus, FindsNothingWrong) {
                              R"("disk":{"free":16777216,"total":33554432},"newest":{"timezone":1766000000000},)"
                              R"("now":1766000000000)")),
               (Lines{"ok versions: host " SETTINGS_HANDLER_VERSION ", wire 1.1.0",
-                     "ok storage: 3 stored values, 0 failures since the start", "ok disk: 16 MiB of 32 MiB free",
-                     "ok clock: it shows 2025-12-17 19:33:20"}));
+                     "ok storage: values stored: 3, operations failed since the start: 0",
+                     "ok disk: 16 MiB of 32 MiB free", "ok clock: it shows 2025-12-17 19:33:20"}));
 }
 
 TEST(SettingsCtlCheckOfTheStatus, ReportsVersionsThatDiffer) {
@@ -111,7 +111,7 @@ TEST(SettingsCtlCheckOfTheStatus, ReportsTheStorageThatFails) {
               "the disk, then restart the host");
     EXPECT_EQ(lineFor(R"({"status":"not-serving"})"), "wrong storage: the host says 'not-serving': see its log");
     EXPECT_EQ(lineFor(R"({"status":"ok","storage":{"keys":3,"failures":2,"lastFailure":"disk full"}})"),
-              "ok storage: 3 stored values, 2 failures since the start (disk full)");
+              "ok storage: values stored: 3, operations failed since the start: 2 (disk full)");
 }
 
 TEST(SettingsCtlCheckOfTheStatus, ReportsADiskThatIsNearlyFull) {

@@ -22,8 +22,8 @@ TEST(SettingsCtlNearestKey, NeedsTheFewestLettersInsertedRemovedOrReplaced) {
 }
 
 TEST(SettingsCtlNearestKey, IgnoresTheCaseOfLetters) {
-    EXPECT_EQ(nearestKey("TIMEZONE"), "timezone");
-    EXPECT_EQ(nearestKey("ORLIALOCALE"), "orliaLocale");
+    EXPECT_EQ(nearestKey("FRIENDLY"), "friendlyName");
+    EXPECT_EQ(nearestKey("PTT_ALWAYS_ON_ENABLED"), "pttAlwaysOnEnabled");
 }
 
 TEST(SettingsCtlNearestKey, IsThereForEveryText) {

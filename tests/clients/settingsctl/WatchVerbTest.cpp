@@ -54,6 +54,15 @@ TEST_F(SettingsCtlWatch, PrintsTheKeysOfANotice) {
     expectLine(program, "reread: captionsEnabled");
 }
 
+TEST_F(SettingsCtlWatch, PrintsNewValuesAlone) {
+    auto program = host.start({"watch", "--value"});
+    Peer client = host.accept();
+    greet(client, program);
+    client.sendLine(R"({"notice":{"reread":["captionsEnabled"]}})");
+    client.sendLine(event("deviceName", "TV", "Living room"));
+    expectLine(program, "Living room");
+}
+
 TEST_F(SettingsCtlWatch, PrintsFramesUnchangedAsJson) {
     auto program = host.start({"watch", "--json"});
     Peer client = host.accept();
