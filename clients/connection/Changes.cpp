@@ -194,6 +194,7 @@ Asked askedFor(Session& session, const Assignment& assignment) {
 
 std::string batchOf(const std::vector<Asked>& requests) {
     std::vector<std::string> frames;
+    frames.reserve(requests.size());
     for (const auto& asked : requests) {
         frames.push_back(asked.frame);
     }
