@@ -65,6 +65,17 @@ if(TARGET SettingsHandlerTesting)
     LIBS -lSettingsHandlerTestingPlatform)
 endif()
 
+# The client library. It needs neither the library nor its headers.
+if(SETTINGS_HANDLER_CLIENT)
+  settings_handler_install_headers(development clients/connection/include/)
+  install(TARGETS SettingsHandlerClient EXPORT SettingsHandlerClientTargets
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
+    INCLUDES DESTINATION ${header_folder})
+  install(EXPORT SettingsHandlerClientTargets NAMESPACE SettingsHandler:: DESTINATION ${package_folder} COMPONENT development)
+  settings_handler_install_pkg_config(development SettingsHandlerClient
+    DESCRIPTION "Client of a host of SettingsHandler" LIBS -lSettingsHandlerClient)
+endif()
+
 # The kit. Each archive names what it needs, so that nobody has to ask for what static libraries need.
 if(SETTINGS_HANDLER_KIT)
   settings_handler_install_headers(kit kit/include/)

@@ -11,6 +11,7 @@
 #include "SettingsHandlerTesting/FakeStorage.h"
 #include "SettingsHandlerTesting/kit/FakeStateStore.h"
 #include "model/Json.h"
+#include "model/WireModel.h"
 #include "server/protocol/MessageHub.h"
 #include "server/protocol/TrafficObservers.h"
 #include "simulation/DeviceConsole.h"

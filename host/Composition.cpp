@@ -51,6 +51,10 @@ void Composition::startHandler() {
     appLaunch = std::make_shared<SimulatedAppLaunch>();
     handler = server.createHandler(*storage, sdkBridge, appLaunch, device);
     device->subscribe(handler, handler);
+    server.onRollBack([this] {
+        device->readState();
+        sdkBridge->readState();
+    });
     handler->addOrliaLocaleObserver(std::make_shared<LoggingLocaleObserver>());
     handler->addFriendlyNameObserver(std::make_shared<LoggingFriendlyNameObserver>());
     handler->addEntitlementStatusObserver(std::make_shared<LoggingEntitlementObserver>());

@@ -52,16 +52,19 @@ std::optional<int> requestType(const rapidjson::Value& request) {
     return type->value.GetInt();
 }
 
-std::optional<std::string> requestedSetting(const rapidjson::Value& request) {
+RequestedChange requestedChange(const rapidjson::Value& request) {
     const auto payload = request.FindMember("payload");
     if (payload == request.MemberEnd() || !payload->value.IsObject()) {
-        return std::nullopt;
+        return {};
     }
-    const auto setting = payload->value.FindMember("settingDBId");
-    if (setting == payload->value.MemberEnd() || !setting->value.IsString()) {
-        return std::nullopt;
-    }
-    return std::string(setting->value.GetString(), setting->value.GetStringLength());
+    const auto text = [&](const char* name) -> std::optional<std::string_view> {
+        const auto member = payload->value.FindMember(name);
+        if (member == payload->value.MemberEnd() || !member->value.IsString()) {
+            return std::nullopt;
+        }
+        return std::string_view(member->value.GetString(), member->value.GetStringLength());
+    };
+    return {text("settingDBId"), text("to")};
 }
 
 bool isClientName(std::string_view name) {

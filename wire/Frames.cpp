@@ -16,6 +16,7 @@ public:
     explicit StringOutput(std::size_t size) { text.reserve(size); }
 
     void Put(char byte) { text.push_back(byte); }
+    void Append(std::string_view more) { text.append(more); }
     void Flush() {}
     std::string finish() { return std::move(text); }
 
@@ -29,6 +30,7 @@ public:
     using Ch = char;
 
     void Put(char /*byte*/) { ++size; }
+    void Append(std::string_view more) { size += more.size(); }
     void Flush() {}
     std::size_t finish() const { return size; }
 

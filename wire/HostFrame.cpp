@@ -14,6 +14,13 @@ std::string stringOf(const rapidjson::Value& value) {
     return {value.GetString(), value.GetStringLength()};
 }
 
+std::string textOf(const rapidjson::Value& value) {
+    rapidjson::StringBuffer buffer;
+    rapidjson::Writer writer(buffer);
+    value.Accept(writer);
+    return {buffer.GetString(), buffer.GetSize()};
+}
+
 const rapidjson::Value* member(const rapidjson::Value& object, const char* name) {
     if (!object.IsObject()) {
         return nullptr;
@@ -73,17 +80,7 @@ std::optional<Change> HostFrame::change() const {
 }
 
 std::optional<std::vector<std::string>> HostFrame::reread() const {
-    const auto* const keys = at({"notice", "reread"});
-    if (keys == nullptr || !keys->IsArray()) {
-        return std::nullopt;
-    }
-    std::vector<std::string> result;
-    for (const auto& key : keys->GetArray()) {
-        if (key.IsString()) {
-            result.push_back(stringOf(key));
-        }
-    }
-    return result;
+    return textsAt({"notice", "reread"});
 }
 
 std::optional<Refusal> HostFrame::refusal() const {
@@ -94,12 +91,12 @@ std::optional<Refusal> HostFrame::refusal() const {
     if (!error->IsObject()) {
         throw MalformedFrame();
     }
-    const auto text = [error](const char* name) {
-        const auto* const value = member(*error, name);
-        if (value != nullptr && !value->IsString()) {
+    const auto text = [this](const char* name) {
+        const auto value = textAt({"error", name});
+        if (!value && at({"error", name}) != nullptr) {
             throw MalformedFrame();
         }
-        return value == nullptr ? "" : stringOf(*value);
+        return value.value_or("");
     };
     return Refusal{text("code"), text("message")};
 }
@@ -125,6 +122,67 @@ std::optional<bool> HostFrame::booleanAt(const std::vector<const char*>& path) c
         return std::nullopt;
     }
     return value->GetBool();
+}
+
+std::optional<std::int64_t> HostFrame::integerAt(const std::vector<const char*>& path) const {
+    const rapidjson::Value* const value = at(path);
+    return value == nullptr || !value->IsInt64() ? std::nullopt : std::optional(value->GetInt64());
+}
+
+std::map<std::string, std::int64_t> HostFrame::integersAt(const std::vector<const char*>& path) const {
+    std::map<std::string, std::int64_t> integers;
+    const rapidjson::Value* const object = at(path);
+    if (object == nullptr || !object->IsObject()) {
+        return integers;
+    }
+    for (const auto& entry : object->GetObject()) {
+        if (entry.value.IsInt64()) {
+            integers[stringOf(entry.name)] = entry.value.GetInt64();
+        }
+    }
+    return integers;
+}
+
+std::optional<std::string> HostFrame::textAt(const std::vector<const char*>& path) const {
+    const rapidjson::Value* const value = at(path);
+    return value == nullptr || !value->IsString() ? std::nullopt : std::optional(stringOf(*value));
+}
+
+std::string HostFrame::objectAt(const std::vector<const char*>& path) const {
+    const rapidjson::Value* const value = at(path);
+    if (value == nullptr || !value->IsObject()) {
+        throw MalformedFrame();
+    }
+    return textOf(*value);
+}
+
+std::vector<std::string> HostFrame::objectsAt(const std::vector<const char*>& path) const {
+    const rapidjson::Value* const value = at(path);
+    if (value == nullptr || !value->IsArray()) {
+        throw MalformedFrame();
+    }
+    std::vector<std::string> objects;
+    for (const auto& element : value->GetArray()) {
+        if (!element.IsObject()) {
+            throw MalformedFrame();
+        }
+        objects.push_back(textOf(element));
+    }
+    return objects;
+}
+
+std::optional<std::vector<std::string>> HostFrame::textsAt(const std::vector<const char*>& path) const {
+    const rapidjson::Value* const value = at(path);
+    if (value == nullptr || !value->IsArray()) {
+        return std::nullopt;
+    }
+    std::vector<std::string> texts;
+    for (const auto& element : value->GetArray()) {
+        if (element.IsString()) {
+            texts.push_back(stringOf(element));
+        }
+    }
+    return texts;
 }
 
 }  // namespace Wire

@@ -11,6 +11,23 @@ void startRequest(ObjectWriter<>& writer, MessageType type, const std::string& m
     writer.text("messageId", messageId);
 }
 
+void askForAnswer(ObjectWriter<>& writer, Answered answered) {
+    if (answered == Answered::YES) {
+        writer.boolean("answer", true);
+    }
+}
+
+/// Writes the members of the query's object with `write`.
+template <typename Write>
+std::string query(const std::string& messageId, const std::string& name, const Write& write) {
+    ObjectWriter writer;
+    writer.text("messageId", messageId);
+    writer.beginObject(name);
+    write(writer);
+    writer.endObject();
+    return writer.finish();
+}
+
 }  // namespace
 
 std::string getSettingsRequest(const std::string& messageId, const std::vector<std::string>& keys) {
@@ -23,10 +40,11 @@ std::string getSettingsRequest(const std::string& messageId, const std::vector<s
 }
 
 std::string setSettingsRequest(const std::string& messageId, std::int64_t timestamp, const std::string& key,
-                               const std::string& value) {
+                               const std::string& value, Answered answered) {
     ObjectWriter writer;
     startRequest(writer, SET_SETTINGS, messageId);
     writer.number("timestamp", timestamp);
+    askForAnswer(writer, answered);
     writer.beginObject("payload");
     writer.text("settingDBId", key);
     writer.text("to", value);
@@ -34,10 +52,53 @@ std::string setSettingsRequest(const std::string& messageId, std::int64_t timest
     return writer.finish();
 }
 
-std::string bareRequest(MessageType type, const std::string& messageId) {
+std::string bareRequest(MessageType type, const std::string& messageId, Answered answered) {
     ObjectWriter writer;
     startRequest(writer, type, messageId);
+    askForAnswer(writer, answered);
     return writer.finish();
+}
+
+std::string batchFrame(const std::vector<std::string>& requests) {
+    std::string frame = R"({"batch":[)";
+    const char* separator = "";
+    for (const auto& request : requests) {
+        frame += separator + request;
+        separator = ",";
+    }
+    return frame + "]}";
+}
+
+std::string helloFrame(const std::string& messageId, const std::string& client,
+                       const std::optional<LastEvent>& resume) {
+    return query(messageId, "hello", [&](auto& writer) {
+        writer.text("client", client);
+        if (resume) {
+            writer.beginObject("resume");
+            writer.text("run", resume->run);
+            writer.number("sequence", resume->sequence);
+            writer.endObject();
+        }
+    });
+}
+
+std::string historyFrame(const std::string& messageId, const std::string& key, const std::optional<int>& limit) {
+    return query(messageId, "history", [&](auto& writer) {
+        if (!key.empty()) {
+            writer.text("settingDBId", key);
+        }
+        if (limit) {
+            writer.number("limit", *limit);
+        }
+    });
+}
+
+std::string queryFrame(const std::string& messageId, const std::string& name) {
+    return query(messageId, name, [](auto& /*writer*/) {});
+}
+
+std::string newPageKeyFrame(const std::string& messageId) {
+    return query(messageId, "page", [](auto& writer) { writer.boolean("newKey", true); });
 }
 
 }  // namespace Wire

@@ -1,5 +1,6 @@
 #include "Wire/Utf8.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
@@ -49,7 +50,31 @@ std::size_t validLength(std::string_view text) {
     }
 }
 
+/// Are all eight bytes of `word` ASCII that JSON writes as it is?
+bool hasPlainBytes(std::uint64_t word) {
+    constexpr std::uint64_t each = 0x0101010101010101U;
+    constexpr std::uint64_t highBits = 0x80U * each;
+    // Sets the high bit of each byte below `limit`; where there is one, also some of bytes that are not.
+    const auto below = [](std::uint64_t bytes, std::uint64_t limit) { return (bytes - limit * each) & ~bytes; };
+    const std::uint64_t special =
+        word | below(word, 0x20) | below(word ^ ('"' * each), 1) | below(word ^ ('\\' * each), 1);
+    return (special & highBits) == 0;
+}
+
 }  // namespace
+
+bool isPlainAscii(std::string_view text) {
+    std::uint64_t word = 0;
+    for (; text.size() >= sizeof(word); text.remove_prefix(sizeof(word))) {
+        std::memcpy(&word, text.data(), sizeof(word));
+        if (!hasPlainBytes(word)) {
+            return false;
+        }
+    }
+    word = 0x2020202020202020U;
+    std::memcpy(&word, text.data(), text.size());
+    return hasPlainBytes(word);
+}
 
 bool isValidUtf8(std::string_view text) {
     return validLength(text) == text.size();

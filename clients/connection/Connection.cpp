@@ -5,11 +5,12 @@
 #include <cstring>
 #include <utility>
 
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
 
-#include "connection/Errors.h"
+#include "SettingsClient/Errors.h"
 
 namespace SettingsClient {
 
@@ -28,15 +29,21 @@ sockaddr_un addressOf(const std::string& path) {
     return address;
 }
 
-/// Returns: the socket; -1 and `errno` when the connection is not accepted.
-int connectTo(const std::string& path, std::chrono::milliseconds timeout) {
-    const sockaddr_un address = addressOf(path);
-    const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    // Also bounds connect() to a host whose queue of new connections is full.
+/// Bounds connect(), also to a host whose queue of new connections is full, and send().
+void limitWaits(int socket, std::chrono::milliseconds timeout) {
+    // For the kernel 0 is no limit.
+    timeout = std::max(timeout, std::chrono::milliseconds(1));
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(timeout);
     const timeval limit{seconds.count(),
                         std::chrono::duration_cast<std::chrono::microseconds>(timeout - seconds).count()};
     ::setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof(limit));
+}
+
+/// Returns: the socket; -1 and `errno` when the connection is not accepted.
+int connectTo(const std::string& path, std::chrono::milliseconds timeout) {
+    const sockaddr_un address = addressOf(path);
+    const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    limitWaits(socket, timeout);
     if (::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0) {
         return socket;
     }
@@ -56,21 +63,24 @@ bool accepts(const std::string& path, std::chrono::milliseconds timeout) {
 
 }  // namespace
 
-Connection::Connection(const std::vector<SocketCandidate>& candidates, std::chrono::milliseconds timeout)
+Connection::Connection(const std::vector<SocketCandidate>& candidates, std::chrono::milliseconds timeout,
+                       WhenBusy whenBusy)
     : timeoutPerStep(timeout) {
+    const auto patience = whenBusy == WhenBusy::WAIT ? timeout : std::chrono::milliseconds(0);
     // Growing would leave the smaller buffers in memory; reserved pages cost nothing until they are used.
     pending.reserve(maximumLineSize);
     std::string reasons;
     for (const auto& candidate : candidates) {
         path = candidate.path;
-        socket = candidate.distrust.empty() ? connectTo(path, timeout) : -1;
+        socket = candidate.distrust.empty() ? connectTo(path, patience) : -1;
         const int error = errno;
         if (socket >= 0) {
+            limitWaits(socket, timeout);
             return;
         }
         reasons += (reasons.empty() ? "cannot reach the host at " : ", nor at ") + path + ": " +
                    (candidate.distrust.empty() ? std::strerror(error) : candidate.distrust);
-        if (candidate.distrust.empty() && (error == EAGAIN || accepts(candidate.companion, timeout))) {
+        if (candidate.distrust.empty() && (error == EAGAIN || accepts(candidate.companion, patience))) {
             break;
         }
     }
@@ -105,59 +115,62 @@ void Connection::send(const std::vector<std::string>& frames) {
     }
 }
 
-bool Connection::waitForBytes(Deadline deadline, const std::vector<pollfd>& others) {
-    std::vector<pollfd> wanted = others;
-    wanted.push_back({socket, POLLIN, 0});
+void Connection::failForMissingReply() const {
+    fail("does not reply");
+}
+
+void Connection::waitForBytes(Deadline deadline) const {
+    pollfd wanted{socket, POLLIN, 0};
     for (;;) {
-        int milliseconds = -1;
-        if (deadline) {
-            const auto left =
-                std::chrono::ceil<std::chrono::milliseconds>(*deadline - std::chrono::steady_clock::now());
-            milliseconds = static_cast<int>(std::max<std::chrono::milliseconds::rep>(left.count(), 0));
-        }
-        const int ready = ::poll(wanted.data(), wanted.size(), milliseconds);
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        const int ready =
+            ::poll(&wanted, 1, static_cast<int>(std::max<std::chrono::milliseconds::rep>(left.count(), 0)));
         if (ready == 0) {
-            fail("does not reply");
+            failForMissingReply();
         }
         if (ready > 0) {
-            return std::all_of(wanted.begin(), wanted.end() - 1,
-                               [](const pollfd& other) { return other.revents == 0; });
+            return;
         }
     }
 }
 
-void Connection::receiveBytes() {
+void Connection::receiveBytes(int flags) {
     const std::size_t before = pending.size();
     if (before == maximumLineSize) {
         fail("sent a line longer than 1 MiB");
     }
     pending.resize(std::min(before + readSize, maximumLineSize));
-    const ssize_t count = ::recv(socket, pending.data() + before, pending.size() - before, 0);
+    const ssize_t count = ::recv(socket, pending.data() + before, pending.size() - before, flags);
     pending.resize(before + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-    if (count == 0 || (count < 0 && errno != EINTR)) {
+    if (count == 0 || (count < 0 && errno != EINTR && errno != EAGAIN && errno != EWOULDBLOCK)) {
         fail("closed the connection");
     }
 }
 
-std::optional<std::string> Connection::receive(Deadline deadline, const std::vector<pollfd>& others) {
-    for (;;) {
-        const std::size_t end = pending.find('\n', searched);
-        if (end != std::string::npos) {
-            std::string line = pending.substr(0, end);
-            pending.erase(0, end + 1);
-            searched = 0;
-            return line;
-        }
+void Connection::readAvailable() {
+    receiveBytes(MSG_DONTWAIT);
+}
+
+std::optional<std::string> Connection::takeLine() {
+    const std::size_t end = pending.find('\n', searched);
+    if (end == std::string::npos) {
         searched = pending.size();
-        if (!waitForBytes(deadline, others)) {
-            return std::nullopt;
-        }
-        receiveBytes();
+        return std::nullopt;
     }
+    std::string line = pending.substr(0, end);
+    pending.erase(0, end + 1);
+    searched = 0;
+    return line;
 }
 
 std::string Connection::receive(Deadline deadline) {
-    return receive(deadline, {}).value();
+    for (;;) {
+        if (auto line = takeLine()) {
+            return std::move(*line);
+        }
+        waitForBytes(deadline);
+        receiveBytes(0);
+    }
 }
 
 }  // namespace SettingsClient

@@ -5,9 +5,7 @@
 #include <string>
 #include <vector>
 
-#include <poll.h>
-
-#include "connection/SocketCandidates.h"
+#include "SettingsClient/SocketCandidates.h"
 
 namespace SettingsClient {
 
@@ -15,36 +13,46 @@ namespace SettingsClient {
 /// host cannot be reached, closes the connection, does not reply in time or sends a line over the limit.
 class Connection {
 public:
-    using Deadline = std::optional<std::chrono::steady_clock::time_point>;
+    using Deadline = std::chrono::steady_clock::time_point;
 
     /// Including the newline. More than a host needs for all settings of the catalogue at their maximum size.
     static constexpr std::size_t maximumLineSize = 1024UL * 1024;
+
+    /// What to do when a host has too many clients waiting to be accepted.
+    enum class WhenBusy { WAIT, GIVE_UP };
 
     /// Connects to the first host of `candidates` that is running: either of its sockets accepts a connection, or does
     /// not do so in time. So all verbs go to the same host. `timeout` bounds each attempt to connect, each `send` and,
     /// through `deadline`, each `receive`.
     /// Errors: also `InvalidSocketPath`.
-    Connection(const std::vector<SocketCandidate>& candidates, std::chrono::milliseconds timeout);
+    Connection(const std::vector<SocketCandidate>& candidates, std::chrono::milliseconds timeout,
+               WhenBusy whenBusy = WhenBusy::WAIT);
     ~Connection();
 
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
     const std::string& socketPath() const { return path; }
+    /// Becomes readable when the host sends something or closes the connection.
+    int descriptor() const { return socket; }
 
     /// Sends frames, each as a line. If the host has closed the connection, `receive` throws, after it has returned the
     /// lines that the host sent before.
     void send(const std::vector<std::string>& frames);
     /// When to give up waiting for a reply to a request sent now.
     Deadline deadline() const { return std::chrono::steady_clock::now() + timeoutPerStep; }
-    /// The next line without its newline. Waits without limit if there is no deadline.
+    /// Waits for the next line; returns it without its newline.
     std::string receive(Deadline deadline);
-    /// The next line, or nothing when one of the other descriptors is ready first.
-    std::optional<std::string> receive(Deadline deadline, const std::vector<pollfd>& others);
+    /// The next of the lines that were read from the socket already.
+    std::optional<std::string> takeLine();
+    /// Reads what has arrived, up to a limit; waits for nothing.
+    void readAvailable();
+    /// Throws what `receive` throws at its deadline.
+    [[noreturn]] void failForMissingReply() const;
 
 private:
-    bool waitForBytes(Deadline deadline, const std::vector<pollfd>& others);
-    void receiveBytes();
+    void waitForBytes(Deadline deadline) const;
+    void receiveBytes(int flags);
     [[noreturn]] void fail(const std::string& what) const;
 
     std::string path;

@@ -1,7 +1,7 @@
 #include "connection/DeviceCommand.h"
 
 #include "connection/Connection.h"
-#include "connection/Errors.h"
+#include "connection/Refusals.h"
 
 namespace SettingsClient {
 

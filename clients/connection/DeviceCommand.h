@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "SettingsClient/SocketCandidates.h"
 #include "Wire/HostFrame.h"
-#include "connection/SocketCandidates.h"
 
 namespace SettingsClient {
 

@@ -1,5 +1,6 @@
-#include "connection/SocketCandidates.h"
+#include "SettingsClient/SocketCandidates.h"
 
+#include <cstdlib>
 #include <filesystem>
 #include <utility>
 
@@ -45,6 +46,10 @@ std::vector<SocketCandidate> deviceSockets(const SocketOptions& options, const c
         std::swap(candidate.path, candidate.companion);
     }
     return candidates;
+}
+
+std::vector<SocketCandidate> defaultSettingsSockets() {
+    return settingsSockets({}, std::getenv("XDG_RUNTIME_DIR"));
 }
 
 std::string distrustOf(const std::string& folder) {

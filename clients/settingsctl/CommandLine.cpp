@@ -2,72 +2,35 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <functional>
+#include <set>
 #include <sstream>
 
 #include <CLI/CLI.hpp>
 
 #include "Completion.h"
-#include "DeviceSwitch.h"
+#include "SettingsClient/Errors.h"
+#include "Syntax.h"
 #include "Timeout.h"
-#include "Verbs.h"
 #include "Version.h"
+#include "Wire/HostFrame.h"
 #include "Wire/Utf8.h"
-#include "connection/Errors.h"
 
 namespace SettingsCtl {
 
 namespace {
 
-/// What the command line asks for, filled while it is parsed.
-struct Invocation {
-    Context context;
-    SettingsClient::SocketOptions sockets;
-    std::string timeout = "5";
-    std::vector<std::string> keys;
-    std::string key;
-    std::string value;
-    std::string onOff;
-    bool newKey = false;
-    std::function<ExitStatus()> run;
-};
-
 constexpr const char* rootFooter = R"(Examples:
   settingsctl get
   settingsctl set deviceName "Living room"
   settingsctl watch --json
+  settingsctl explain timezone
+  settingsctl undo deviceName
+  settingsctl doctor
   settingsctl device locale fr-FR
 
 'settingsctl VERB --help' shows a verb's arguments and examples.
 Exit status: 0 done, 1 refused, no such value or the result cannot be written, 2 wrong usage, 3 the host cannot be
 reached.)";
-
-/// `examples` are command lines without the program's name.
-CLI::App* addVerb(CLI::App& app, Invocation& invocation, const std::string& name, const std::string& description,
-                  const std::vector<std::string>& examples, std::function<ExitStatus()> action) {
-    CLI::App* const verb = app.add_subcommand(name, description);
-    std::string footer = "Examples:\n";
-    for (const auto& example : examples) {
-        footer += "  settingsctl " + example + "\n";
-    }
-    verb->footer(footer + "\n'settingsctl --help' lists the options of all verbs, such as --json.");
-    verb->callback([&invocation, action = std::move(action)] { invocation.run = action; });
-    return verb;
-}
-
-CLI::Option* addTexts(CLI::App& verb, const std::string& name, std::vector<std::string>& texts,
-                      const std::string& description) {
-    return verb.add_option(name, texts, description)->type_name("");
-}
-
-CLI::Option* addText(CLI::App& verb, const std::string& name, std::string& text, const std::string& description) {
-    return verb.add_option(name, text, description)->type_name("")->required();
-}
-
-void addKeyAndValue(CLI::App& verb, Invocation& invocation) {
-    addText(verb, "KEY", invocation.key, "Setting key");
-    addText(verb, "VALUE", invocation.value, "New value");
-}
 
 std::string validTimeout(const std::string& seconds) {
     return timeoutFrom(seconds) ? "" : "'" + seconds + "' is not a number of seconds from 0.001 to 86400";
@@ -90,7 +53,8 @@ void addOptions(CLI::App& app, Invocation& invocation) {
                    "Socket of the simulated device; default: device.sock next to the host's socket")
         ->type_name("PATH");
     CLI::Option* const json = app.add_flag("--json", context.style.json, "Print results as JSON");
-    app.add_flag("--value", context.style.bareValues, "Print values without keys (get, device show)")->excludes(json);
+    app.add_flag("--value", context.style.bareValues, "Print values without keys; of changes the new values")
+        ->excludes(json);
     app.add_flag("--quiet", context.style.quiet, "Print no results, only set the exit status");
     app.add_option("--timeout", invocation.timeout, "How long to wait for a reply")
         ->type_name("SECONDS")
@@ -99,77 +63,24 @@ void addOptions(CLI::App& app, Invocation& invocation) {
     app.set_version_flag("--version", versionText(), "Print version and commit, and exit");
 }
 
-void addSettingsVerbs(CLI::App& app, Invocation& invocation) {
-    const Context& context = invocation.context;
-    CLI::App* const getVerb = addVerb(
-        app, invocation, "get", "Print settings as key=value lines; all settings if no KEY is given",
-        {"get", "get deviceName timezone", "get --value deviceName"}, [&] { return get(context, invocation.keys); });
-    addTexts(*getVerb, "KEY", invocation.keys, "Setting keys");
-    CLI::App* const setVerb = addVerb(app, invocation, "set", "Set KEY to VALUE and print the result",
-                                      {R"(set deviceName "Living room")", R"(set orliaLocale '["fr-FR","en-US"]')",
-                                       "set deviceName -- --odd--", "set --json timezone Europe/Paris"},
-                                      [&] { return set(context, invocation.key, invocation.value); });
-    addKeyAndValue(*setVerb, invocation);
-    addVerb(app, invocation, "watch", "Print changes until interrupted", {"watch", "watch --json"},
-            [&] { return watch(context); });
-    addVerb(app, invocation, "list", "Print the keys of all settings, one per line", {"list", "list --json"},
-            [&] { return list(context); });
-    addVerb(app, invocation, "selected", "Print whether this assistant is the selected one", {"selected"},
-            [&] { return selected(context); });
-    CLI::App* const pageVerb =
-        addVerb(app, invocation, "page", "Print the address of the settings pages, including its key",
-                {"page", "page --new-key"}, [&] { return page(context, invocation.newKey); });
-    pageVerb->add_flag("--new-key", invocation.newKey, "Replace the key first; browsers with the old key lose access");
-    addVerb(app, invocation, "open-settings", "Open the assistant's settings application on the device",
-            {"open-settings"}, [&] { return openSettings(context); });
-    addVerb(app, invocation, "logout", "Log the user out: clear the stored settings, switch the always-on modes off",
-            {"logout"}, [&] { return logOut(context); });
-}
-
-void addDeviceText(CLI::App& device, Invocation& invocation, const std::string& name, const std::string& what,
-                   const std::string& example) {
-    CLI::App* const verb =
-        addVerb(device, invocation, name, "Set the device's " + what, {"device " + name + " " + example},
-                [&invocation, name] { return deviceText(invocation.context, name, invocation.value); });
-    addText(*verb, "VALUE", invocation.value, "For example " + example);
-}
-
-void addSwitch(CLI::App& device, Invocation& invocation, const DeviceSwitch& deviceSwitch) {
-    CLI::App* const verb =
-        addVerb(device, invocation, deviceSwitch.verb, "Switch the device's " + deviceSwitch.verb + " on or off",
-                {"device " + deviceSwitch.verb + " on"}, [&invocation, command = deviceSwitch.command] {
-                    return switchDevice(invocation.context, command, invocation.onOff == "on");
-                });
-    addText(*verb, "STATE", invocation.onOff, "on or off")->check(CLI::IsMember({"on", "off"}));
-}
-
-void addDeviceVerbs(CLI::App& app, Invocation& invocation) {
-    const Context& context = invocation.context;
-    CLI::App* const device = app.add_subcommand("device", "Control the simulated device");
-    device->require_subcommand(0, 1);
-    device->footer("Examples:\n  settingsctl device show\n  settingsctl device locale --help");
-    addVerb(*device, invocation, "show", "Print the state of the simulated device and voice SDK",
-            {"device show", "device show --json"}, [&] { return deviceShow(context); });
-    addDeviceText(*device, invocation, "locale", "locale", "fr-FR");
-    CLI::App* const locales =
-        addVerb(*device, invocation, "locales", "Set the device's locales, the primary one first",
-                {"device locales fr-FR en-US"}, [&] { return deviceLocales(context, invocation.keys); });
-    addTexts(*locales, "LOCALE", invocation.keys, "Locales, for example fr-FR")->required();
-    addDeviceText(*device, invocation, "timezone", "time zone", "Europe/Paris");
-    addSwitch(*device, invocation, {"handsfree", "handsfree"});
-    for (const auto& setting : Wire::catalogue()) {
-        if (const auto deviceSwitch = deviceSwitchOf(setting)) {
-            addSwitch(*device, invocation, *deviceSwitch);
-        }
-    }
-    CLI::App* const setting = addVerb(*device, invocation, "setting", "Make the device report VALUE as its setting KEY",
-                                      {"device setting deviceName Den"},
-                                      [&] { return deviceSetting(context, invocation.key, invocation.value); });
-    addKeyAndValue(*setting, invocation);
-}
-
 bool isInBrackets(const std::string& text) {
     return text.size() > 1 && text.front() == '[' && text.back() == ']';
+}
+
+/// The verb that was parsed, such as "get" or "device show".
+std::string verbOf(const CLI::App& app) {
+    std::string name;
+    for (auto verbs = app.get_subcommands(); !verbs.empty(); verbs = verbs.front()->get_subcommands()) {
+        name += (name.empty() ? "" : " ") + verbs.front()->get_name();
+    }
+    return name;
+}
+
+/// Are the results of the verb values, or changes of values?
+bool printsValues(const std::string& verb) {
+    static const std::set<std::string> verbs{"get",   "set",     "reset",    "undo", "load",  "device show",
+                                             "watch", "history", "selected", "page", "backup"};
+    return verbs.count(verb) > 0;
 }
 
 /// What the parser cannot check itself. Throws `Failure` (WRONG_USAGE).
@@ -177,15 +88,12 @@ void checkArguments(const CLI::App& app, const Invocation& invocation, const std
     if (!invocation.run) {
         throw Failure(WRONG_USAGE, "VERB is required, for example 'settingsctl get'; see settingsctl --help");
     }
-    const auto deviceVerbIs = [&](const char* name) {
-        return app.got_subcommand("device") && app.get_subcommand("device")->got_subcommand(name);
-    };
-    if (invocation.context.style.bareValues && !app.got_subcommand("get") && !deviceVerbIs("show")) {
-        throw Failure(WRONG_USAGE, "--value works only with get and device show");
+    const std::string verb = verbOf(app);
+    if (invocation.context.style.bareValues && !printsValues(verb)) {
+        throw Failure(WRONG_USAGE, "--value does not work with " + verb);
     }
     // The parser splits such a word where a verb takes several.
-    if ((app.got_subcommand("get") || deviceVerbIs("locales")) &&
-        std::any_of(arguments.begin(), arguments.end(), isInBrackets)) {
+    if ((verb == "get" || verb == "device locales") && std::any_of(arguments.begin(), arguments.end(), isInBrackets)) {
         throw Failure(WRONG_USAGE, "separate the arguments by spaces, without brackets");
     }
     if (!std::all_of(arguments.begin(), arguments.end(), Wire::isValidUtf8)) {
@@ -230,6 +138,7 @@ ExitStatus parseAndRun(int argumentCount, const char* const* arguments) {
         return endOfParsing(app, end);
     }
     checkArguments(app, invocation, words);
+    invocation.context.style.colours = wantsColours();
     invocation.context.settingsSockets = SettingsClient::settingsSockets(invocation.sockets, runtimeFolder());
     invocation.context.deviceSockets = SettingsClient::deviceSockets(invocation.sockets, runtimeFolder());
     invocation.context.timeout = timeoutFrom(invocation.timeout).value();
@@ -238,7 +147,7 @@ ExitStatus parseAndRun(int argumentCount, const char* const* arguments) {
 
 /// Reports why the program ends.
 ExitStatus fail(ExitStatus status, const std::string& message) {
-    std::fprintf(stderr, "settingsctl: %s\n", escaped(message).c_str());
+    printError(message);
     return status;
 }
 
@@ -255,6 +164,10 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
         return fail(UNREACHABLE, error.what());
     } catch (const SettingsClient::RequestRefused& error) {
         return fail(REFUSED, error.what());
+    } catch (const SettingsClient::NotSupported& error) {
+        return fail(REFUSED, error.what());
+    } catch (const SettingsClient::UnexpectedResponse& error) {
+        return fail(UNREACHABLE, error.what());
     } catch (const Wire::MalformedFrame& error) {
         return fail(UNREACHABLE, std::string("unexpected response: not a settings-host (") + error.what() + ")");
     }

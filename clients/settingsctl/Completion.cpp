@@ -124,8 +124,9 @@ const CLI::Option* argumentAt(const CLI::App& verb, std::size_t index) {
     return nullptr;
 }
 
+/// Further ones have a number after the name.
 bool isNamed(const CLI::Option* argument, const char* name) {
-    return argument != nullptr && argument->get_single_name() == name;
+    return argument != nullptr && argument->get_single_name().rfind(name, 0) == 0;
 }
 
 /// Those that the parser checks an argument against, which it describes as "{on,off}".
@@ -148,7 +149,7 @@ std::string currentValue(const std::string& key, const SettingsClient::SocketOpt
     context.settingsSockets = SettingsClient::settingsSockets(sockets, runtimeFolder);
     context.timeout = std::chrono::seconds(1);
     try {
-        return Wire::isValidUtf8(key) ? context.openSession().getSettings({key})[key] : "";
+        return Wire::isValidUtf8(key) ? context.client().get({key})[key] : "";
     } catch (const std::runtime_error&) {
         return "";
     }
@@ -193,6 +194,9 @@ Completions argumentsFor(const CLI::App& parser, const CommandLine& line, const 
     }
     if (isNamed(argument, "KEY")) {
         return keys();
+    }
+    if (isNamed(argument, "FILE")) {
+        return {"files"};
     }
     if (isNamed(argument, "VALUE") && index > 0 && isNamed(argumentAt(*line.verb, index - 1), "KEY")) {
         SettingsClient::SocketOptions sockets;

@@ -1,5 +1,6 @@
 #include <functional>
 
+#include "Keys.h"
 #include "Verbs.h"
 #include "Wire/ObjectWriter.h"
 #include "connection/DeviceCommand.h"
@@ -34,21 +35,6 @@ ExitStatus confirm(const Context& context, const Wire::HostFrame& reply) {
 
 }  // namespace
 
-ExitStatus page(const Context& context, bool newKey) {
-    const Wire::HostFrame reply = execute(context, "page", [newKey](auto& writer) {
-        if (newKey) {
-            writer.boolean("newKey", true);
-        }
-    });
-    const auto members = reply.stringsAt({"page"});
-    const auto address = members.find("address");
-    if (address == members.end()) {
-        throw notADeviceSocket();
-    }
-    printLine(context.style, context.style.json ? reply.text() : escaped(address->second));
-    return DONE;
-}
-
 ExitStatus deviceShow(const Context& context) {
     printValues(context.style, execute(context, "show").stringsAt({"device"}));
     return DONE;
@@ -67,6 +53,7 @@ ExitStatus switchDevice(const Context& context, const std::string& command, bool
 }
 
 ExitStatus deviceSetting(const Context& context, const std::string& key, const std::string& value) {
+    refuseUnknownKeys(context, {key});
     const Wire::HostFrame reply = execute(context, "setting", [&](auto& writer) {
         writer.text("key", key);
         writer.text("value", value);

@@ -2,7 +2,11 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <string_view>
+
+#include <unistd.h>
 
 #include "Wire/ControlCharacters.h"
 #include "Wire/ObjectWriter.h"
@@ -11,6 +15,21 @@ namespace SettingsCtl {
 
 std::string escaped(const std::string& text) {
     return Wire::escapeControlCharacters(text, Wire::Backslash::DOUBLED);
+}
+
+bool wantsColours() {
+    const char* const refused = std::getenv("NO_COLOR");
+    const char* const terminal = std::getenv("TERM");
+    return ::isatty(STDOUT_FILENO) == 1 && (refused == nullptr || *refused == '\0') && terminal != nullptr &&
+           std::string_view(terminal) != "dumb";
+}
+
+std::string coloured(const OutputStyle& style, Colour colour, const std::string& shown) {
+    if (!style.colours) {
+        return shown;
+    }
+    static constexpr const char* starts[] = {"\x1b[1m", "\x1b[2m", "\x1b[31m", "\x1b[32m"};
+    return starts[static_cast<std::size_t>(colour)] + shown + "\x1b[0m";
 }
 
 std::string jsonObject(const std::map<std::string, std::string>& members) {
@@ -29,6 +48,12 @@ std::string jsonArray(const std::vector<std::string>& elements) {
         writer.String(element);
     }
     writer.EndArray();
+    return {buffer.GetString(), buffer.GetSize()};
+}
+
+std::string jsonString(const std::string& text) {
+    rapidjson::StringBuffer buffer;
+    rapidjson::Writer(buffer).String(text);
     return {buffer.GetString(), buffer.GetSize()};
 }
 
@@ -55,12 +80,28 @@ void printValues(const OutputStyle& style, const std::map<std::string, std::stri
     }
     for (const auto& [key, value] : values) {
         const std::string shown = escaped(value);
-        printLine(style, style.bareValues ? shown : escaped(key) + "=" + shown);
+        printLine(style, style.bareValues ? shown : coloured(style, Colour::BOLD, escaped(key)) + "=" + shown);
     }
 }
 
-std::string changeLine(const std::string& key, const std::string& from, const std::string& to) {
-    return escaped(key + ": '" + from + "' -> '" + to + "'");
+std::string changeLine(const OutputStyle& style, const std::string& key, const std::string& from,
+                       const std::string& to) {
+    if (style.bareValues) {
+        return escaped(to);
+    }
+    const auto quoted = [](const std::string& value) { return "'" + escaped(value) + "'"; };
+    return coloured(style, Colour::BOLD, escaped(key)) + ": " + coloured(style, Colour::RED, quoted(from)) + " -> " +
+           coloured(style, Colour::GREEN, quoted(to));
+}
+
+void printError(const std::string& message) {
+    std::fprintf(stderr, "settingsctl: %s\n", escaped(message).c_str());
+}
+
+void printWarning(const OutputStyle& style, const std::string& message) {
+    if (!style.quiet) {
+        printError(message);
+    }
 }
 
 }  // namespace SettingsCtl

@@ -1,20 +1,19 @@
 #include <algorithm>
-#include <cstdio>
 
+#include "Keys.h"
 #include "Verbs.h"
 #include "Wire/Catalogue.h"
-#include "Wire/Requests.h"
 
 namespace SettingsCtl {
 
 ExitStatus get(const Context& context, const std::vector<std::string>& keys) {
-    auto session = context.openSession();
-    const auto values = session.getSettings(keys);
+    refuseUnknownKeys(context, keys);
+    const auto values = context.client().get(keys);
     printValues(context.style, values);
     ExitStatus status = DONE;
     for (const auto& key : keys) {
         if (values.count(key) == 0) {
-            std::fprintf(stderr, "settingsctl: '%s' has no value\n", escaped(key).c_str());
+            printError("'" + key + "' has no value");
             status = REFUSED;
         }
     }
@@ -38,14 +37,7 @@ ExitStatus list(const Context& context) {
 }
 
 ExitStatus selected(const Context& context) {
-    auto session = context.openSession();
-    const std::string messageId = session.newMessageId();
-    session.send({Wire::bareRequest(Wire::IS_ORLIA_SELECTED_VA, messageId)});
-    const auto isSelected = session.receiveReply(messageId).booleanAt({"payload", "isOrliaSelectedAsVA"});
-    if (!isSelected) {
-        throw Wire::MalformedFrame();
-    }
-    const std::string text = *isSelected ? "true" : "false";
+    const std::string text = context.client().isSelected() ? "true" : "false";
     printLine(context.style, context.style.json ? "{\"isOrliaSelectedAsVA\":" + text + "}" : text);
     return DONE;
 }

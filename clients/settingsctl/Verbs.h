@@ -1,13 +1,13 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "Failure.h"
 #include "Output.h"
-#include "connection/Session.h"
-#include "connection/SocketCandidates.h"
+#include "SettingsClient/Client.h"
 
 namespace SettingsCtl {
 
@@ -17,8 +17,11 @@ struct Context {
     std::vector<SettingsClient::SocketCandidate> deviceSockets;
     std::chrono::milliseconds timeout{};
     OutputStyle style;
+    /// Accept keys that the catalogue does not have.
+    bool anyKey = false;
 
-    SettingsClient::Session openSession() const { return {"settingsctl", settingsSockets, timeout}; }
+    /// A client of the host, which connects with its first request.
+    SettingsClient::Client client() const { return SettingsClient::Client({"settingsctl", settingsSockets, timeout}); }
 };
 
 /// One function per verb. Each prints its result and returns the exit status. Errors: `Failure`, and those of
@@ -27,15 +30,32 @@ struct Context {
 ExitStatus get(const Context& context, const std::vector<std::string>& keys);
 ExitStatus list(const Context& context);
 ExitStatus selected(const Context& context);
-ExitStatus set(const Context& context, const std::string& key, const std::string& value);
+/// Sets KEY VALUE pairs at once. `force`: also where the host has seen a newer time stamp.
+ExitStatus set(const Context& context, const std::vector<std::string>& keysAndValues, bool force);
 ExitStatus openSettings(const Context& context);
 ExitStatus logOut(const Context& context);
-/// Returns after SIGINT or SIGTERM (DONE).
-/// Errors: `Failure` when standard output has no reader any more (REFUSED), `ConnectionError` when the host closes.
-ExitStatus watch(const Context& context);
+/// Returns after SIGINT or SIGTERM (DONE). When the connection is lost, connects again if `reconnect`.
+/// Errors: `Failure` when standard output has no reader any more (REFUSED), and when the connection is lost
+/// (UNREACHABLE).
+ExitStatus watch(const Context& context, bool reconnect);
+
+ExitStatus reset(const Context& context, const std::string& key);
+
+/// Of all settings without a key.
+ExitStatus history(const Context& context, const std::optional<std::string>& key);
+ExitStatus explain(const Context& context, const std::optional<std::string>& key);
+ExitStatus undo(const Context& context, const std::string& key);
+
+/// Prints what `load` takes.
+ExitStatus dump(const Context& context);
+/// Sets what the file says, "-" for standard input; only prints what would change if `dryRun`.
+ExitStatus load(const Context& context, const std::string& file, bool dryRun);
 
 /// Prints the address of the settings pages, including its key, which is replaced first if `newKey`.
 ExitStatus page(const Context& context, bool newKey);
+ExitStatus backUp(const Context& context);
+/// Returns: REFUSED when something is wrong, also without a host.
+ExitStatus doctor(const Context& context);
 
 /// Device commands.
 ExitStatus deviceShow(const Context& context);

@@ -1,13 +1,13 @@
 #include <cerrno>
 #include <csignal>
-#include <cstdio>
+#include <string>
+#include <vector>
 
+#include <poll.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
 #include "Verbs.h"
-#include "Wire/Requests.h"
-#include "connection/Errors.h"
 
 namespace SettingsCtl {
 
@@ -29,74 +29,71 @@ public:
     Interruption& operator=(const Interruption&) = delete;
 
     int descriptor() const { return number; }
-    bool happened() const {
-        pollfd wanted{number, POLLIN, 0};
-        return ::poll(&wanted, 1, 0) == 1;
-    }
 
 private:
     int number;
 };
 
-void printFrame(const Context& context, const Wire::HostFrame& frame) {
-    const auto change = frame.change();
-    const auto reread = frame.reread();
-    if (!change && !reread) {
-        return;
-    }
-    if (context.style.json) {
-        printLine(context.style, frame.text());
-    } else if (change) {
-        printLine(context.style, changeLine(change->key, change->from, change->to));
-    } else {
-        std::string line = "reread:";
-        for (const auto& key : *reread) {
-            line += (line.back() == ':' ? " " : ", ") + key;
-        }
-        printLine(context.style, escaped(line));
-    }
+void printChange(const Context& context, const SettingsClient::Event& event) {
+    printLine(context.style,
+              context.style.json ? event.frame : changeLine(context.style, event.key, event.from, event.to));
 }
 
-/// Scripts wait for this line before they make the changes that they watch.
-void printReady(const Context& context, const SettingsClient::Connection& connection) {
-    if (!context.style.quiet) {
-        std::fprintf(stderr, "settingsctl: watching %s\n", escaped(connection.socketPath()).c_str());
+void printReread(const Context& context, const SettingsClient::Reread& reread) {
+    if (context.style.bareValues) {
+        return;
     }
+    std::string keys;
+    for (const auto& key : reread.keys) {
+        keys += (keys.empty() ? "" : ", ") + key;
+    }
+    printLine(context.style,
+              context.style.json ? reread.frame : "reread: " + (reread.missed ? "all settings" : escaped(keys)));
 }
 
 /// Reports why standard output cannot be written: it is closed, or a pipe without a reader.
-[[noreturn]] void failForOutput() {
-    pollfd output{STDOUT_FILENO, 0, 0};
-    ::poll(&output, 1, 0);
+[[noreturn]] void failForOutput(const pollfd& output) {
     throw unwritableOutput((output.revents & POLLNVAL) != 0 ? EBADF : EPIPE);
+}
+
+/// Prints until interrupted.
+void serve(const Context& context, SettingsClient::Client& client) {
+    const Interruption interruption;
+    std::vector<pollfd> wanted{{client.fileDescriptor(), POLLIN, 0}, {interruption.descriptor(), POLLIN, 0}};
+    if (!context.style.quiet) {
+        wanted.push_back({STDOUT_FILENO, 0, 0});
+    }
+    for (;;) {
+        ::poll(wanted.data(), wanted.size(), -1);
+        if (wanted[1].revents != 0) {
+            return;
+        }
+        if (!context.style.quiet && wanted[2].revents != 0) {
+            failForOutput(wanted[2]);
+        }
+        client.process();
+    }
 }
 
 }  // namespace
 
-ExitStatus watch(const Context& context) {
-    const Interruption interruption;
-    SettingsClient::Connection connection(context.settingsSockets, context.timeout);
-    // The reply means that the host serves this connection and sends it all later changes.
-    const std::string query = "watch";
-    connection.send({Wire::bareRequest(Wire::IS_ORLIA_SELECTED_VA, query)});
-    auto deadline = connection.deadline();
-    std::vector<pollfd> ends{{interruption.descriptor(), POLLIN, 0}};
-    if (!context.style.quiet) {
-        ends.push_back({STDOUT_FILENO, 0, 0});
-    }
-    while (const auto line = connection.receive(deadline, ends)) {
-        const Wire::HostFrame frame(*line);
-        SettingsClient::throwIfRefusal(frame);
-        if (frame.isReplyTo(query)) {
-            deadline.reset();
-            printReady(context, connection);
-        } else {
-            printFrame(context, frame);
+ExitStatus watch(const Context& context, bool reconnect) {
+    auto client = context.client();
+    client.onEvent([&](const auto& event) { printChange(context, event); });
+    client.onReread([&](const auto& reread) { printReread(context, reread); });
+    bool wasConnected = false;
+    client.onConnected([&] {
+        wasConnected = true;
+        // Scripts wait for this line before they make the changes that they watch.
+        printWarning(context.style, "watching " + client.socketPath());
+    });
+    client.onDisconnected([&](const std::string& reason) {
+        if (!wasConnected || !reconnect) {
+            throw Failure(UNREACHABLE, reason);
         }
-    }
-    if (!interruption.happened()) {
-        failForOutput();
-    }
+        printWarning(context.style, reason + "; connecting again");
+    });
+    serve(context, client);
     return DONE;
 }
 

@@ -1,50 +1,62 @@
-#include <cstdio>
-#include <optional>
+#include <algorithm>
+#include <limits>
 
-#include "DeviceSwitch.h"
+#include "Keys.h"
+#include "Results.h"
 #include "Verbs.h"
-#include "Wire/Requests.h"
+#include "Wire/Catalogue.h"
 
 namespace SettingsCtl {
 
 namespace {
 
-/// Why the host refused to change the setting, as far as the catalogue tells: the host sends no reason.
-std::string likelyReason(const std::string& key) {
-    const auto* const setting = Wire::findSetting(key);
-    if (const auto deviceSwitch = setting == nullptr ? std::nullopt : deviceSwitchOf(*setting)) {
-        return "only the device can change it: use 'settingsctl device " + deviceSwitch->verb + " on|off'";
+using SettingsClient::Answer;
+using SettingsClient::Assignment;
+
+std::vector<Assignment> assignmentsOf(const std::vector<std::string>& keysAndValues) {
+    if (keysAndValues.size() % 2 != 0) {
+        throw Failure(WRONG_USAGE, "'" + keysAndValues.back() + "' has no VALUE");
     }
-    if (setting != nullptr && setting->kind == Wire::SettingKind::LOCALES) {
-        return "it must be a JSON array with at least one locale, for example [\"en-US\"]";
+    std::vector<Assignment> assignments;
+    for (std::size_t index = 0; index < keysAndValues.size(); index += 2) {
+        assignments.push_back({keysAndValues[index], keysAndValues[index + 1]});
     }
-    return "the host did not accept it or has seen a newer request; see the host's log";
+    return assignments;
 }
 
-void printResult(const Context& context, const std::string& result, const Wire::Change& change) {
-    if (context.style.json) {
-        printLine(context.style,
-                  jsonObject({{"key", change.key}, {"from", change.from}, {"to", change.to}, {"result", result}}));
-    } else if (result == "changed") {
-        printLine(context.style, changeLine(change.key, change.from, change.to));
-    } else if (result == "unchanged") {
-        printLine(context.style, escaped(change.key) + ": unchanged");
+std::vector<Answer> send(SettingsClient::Client& client, const std::vector<Assignment>& assignments) {
+    if (assignments.size() == 1) {
+        const Assignment& only = assignments.front();
+        return {client.set(only.key, only.value, only.timestamp)};
+    }
+    return client.setAll(assignments);
+}
+
+/// Sends what is stale once more, with newer time stamps than the host has seen.
+void overrule(SettingsClient::Client& client, const std::vector<Assignment>& assignments,
+              std::vector<Answer>& answers) {
+    std::vector<std::size_t> indexes;
+    std::vector<Assignment> newer;
+    for (std::size_t index = 0; index < assignments.size(); ++index) {
+        if (const auto newest = answers.at(index).newest) {
+            indexes.push_back(index);
+            newer.push_back(assignments[index]);
+            newer.back().timestamp = *newest < std::numeric_limits<std::int64_t>::max() ? *newest + 1 : *newest;
+        }
+    }
+    if (!newer.empty()) {
+        auto further = send(client, newer);
+        for (std::size_t index = 0; index < indexes.size(); ++index) {
+            answers[indexes[index]] = std::move(further.at(index));
+        }
     }
 }
 
-void warnOfOtherValue(const Context& context, const std::string& value) {
-    if (!context.style.quiet) {
-        std::fprintf(stderr, "settingsctl: accepted, but read back as '%s'\n", escaped(value).c_str());
+ExitStatus printDone(const Context& context, const Answer& answer) {
+    if (!answer.accepted()) {
+        printError("refused: " + answer.message);
+        return REFUSED;
     }
-}
-
-/// Sends a request that has no reply, then one that has: its reply means that the first request was served.
-ExitStatus sendAndWait(const Context& context, Wire::MessageType type) {
-    auto session = context.openSession();
-    const std::string request = session.newMessageId();
-    const std::string query = session.newMessageId();
-    session.send({Wire::bareRequest(type, request), Wire::bareRequest(Wire::IS_ORLIA_SELECTED_VA, query)});
-    session.receiveReply(query);
     if (context.style.json) {
         printLine(context.style, "{\"ok\":true}");
     }
@@ -53,44 +65,28 @@ ExitStatus sendAndWait(const Context& context, Wire::MessageType type) {
 
 }  // namespace
 
-ExitStatus set(const Context& context, const std::string& key, const std::string& value) {
-    auto session = context.openSession();
-    const std::string oldValue = session.getSettings({key})[key];
-
-    const std::string request = session.newMessageId();
-    const std::string query = session.newMessageId();
-    session.send({Wire::setSettingsRequest(request, session.newTimestamp(), key, value),
-                  Wire::getSettingsRequest(query, {key})});
-    std::optional<Wire::Change> accepted;
-    auto settings = session.receiveSettings(query, [&](const Wire::HostFrame& frame) {
-        const auto change = frame.change();
-        if (change && change->key == key && change->to == value) {
-            accepted = change;
-        }
-    });
-    const std::string& newValue = settings[key];
-
-    if (accepted) {
-        printResult(context, "changed", *accepted);
-        if (newValue != value) {
-            warnOfOtherValue(context, newValue);
-        }
-        return DONE;
+ExitStatus set(const Context& context, const std::vector<std::string>& keysAndValues, bool force) {
+    const auto assignments = assignmentsOf(keysAndValues);
+    for (const auto& assignment : assignments) {
+        refuseUnknownKeys(context, {assignment.key});
     }
-    if (newValue == value) {
-        printResult(context, "unchanged", {key, value, value});
-        return DONE;
+    for (const auto& assignment : assignments) {
+        warnOfUnlistedChoice(context, assignment.key, assignment.value);
     }
-    printResult(context, "refused", {key, oldValue, value});
-    throw Failure(REFUSED, "'" + key + "' was refused: " + likelyReason(key));
+    auto client = context.client();
+    auto answers = send(client, assignments);
+    if (force) {
+        overrule(client, assignments, answers);
+    }
+    return printResults(context, assignments, answers);
 }
 
 ExitStatus openSettings(const Context& context) {
-    return sendAndWait(context, Wire::OPEN_VA_SETTINGS);
+    return printDone(context, context.client().openSettings());
 }
 
 ExitStatus logOut(const Context& context) {
-    return sendAndWait(context, Wire::LOG_OUT);
+    return printDone(context, context.client().logOut());
 }
 
 }  // namespace SettingsCtl

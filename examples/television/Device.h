@@ -11,7 +11,9 @@
 /// The television itself: three modes that survive a restart, and a hands-free button.
 class Device : public DeviceAbstractionLayer::OrliaDeviceInfoInterface {
 public:
-    explicit Device(SettingsHandlerKit::StateStore& theState) : state(theState) {
+    explicit Device(SettingsHandlerKit::StateStore& theState) : state(theState) { readState(); }
+
+    void readState() {
         for (const char* mode : {"currentHandsFreeStatus", "currentAlwaysOnVoiceMode", "currentAlwaysOnPTTMode"}) {
             modes[mode] = state.load(mode).value_or("off");
         }

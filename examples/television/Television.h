@@ -26,6 +26,7 @@ public:
     Television(const std::string& folder, const std::string& pages)
         : server(optionsFor(folder, pages)), storage(folder + "/settings.db") {
         device->subscribe(handler);
+        server.onRollBack([this] { device->readState(); });
     }
 
     /// What somebody does at the device: clients are told that it was the device.

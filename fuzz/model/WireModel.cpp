@@ -11,18 +11,6 @@ namespace SettingsHandlerFuzz {
 
 namespace {
 
-/// The code with which the host refuses a frame that is not an object within the limits.
-std::string refusalOfText(const std::string& frame) {
-    const Envelope json(frame);
-    if (frame.find('\0') != std::string::npos || !json.isJson() || !json.isWellFormed()) {
-        return "not-json";
-    }
-    if (json.nesting() > 32) {
-        return "too-deep";
-    }
-    return json.isObject() ? "" : "not-an-object";
-}
-
 /// 1 to 64 characters, none of them a control character.
 bool isName(const std::optional<std::string>& name) {
     if (!name) {
@@ -65,6 +53,17 @@ bool isBatch(const std::optional<std::vector<std::string>>& requests) {
 
 }  // namespace
 
+std::string refusalOf(const std::string& frame) {
+    const Envelope json(frame);
+    if (frame.find('\0') != std::string::npos || !json.isJson() || !json.isWellFormed()) {
+        return "not-json";
+    }
+    if (json.nesting() > 32) {
+        return "too-deep";
+    }
+    return json.isObject() ? "" : "not-an-object";
+}
+
 WireModel::WireModel(const Surroundings& around, Host itsHost, std::vector<std::string> keysInTableOrder)
     : handler(std::move(keysInTableOrder)), host(std::move(itsHost)) {
     handler.around = around;
@@ -87,7 +86,7 @@ WireModel::Reaction WireModel::refuseTooLarge() {
 
 WireModel::Reaction WireModel::receive(const std::string& frame) {
     const Envelope json(frame);
-    const std::string code = refusalOfText(frame);
+    const std::string code = refusalOf(frame);
     if (!code.empty()) {
         refuse(code);
     } else if (json.has("type")) {

@@ -12,6 +12,9 @@ namespace SettingsHandlerFuzz {
 
 class Envelope;
 
+/// The code with which a host refuses a text that is not an object within the limits; empty for one that is.
+std::string refusalOf(const std::string& frame);
+
 /// An independent, simple implementation of the wire, for one client that sends; the other clients get the events.
 /// It tells what each frame leads to, and shares no code with the product.
 ///

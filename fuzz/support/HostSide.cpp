@@ -51,17 +51,6 @@ std::vector<std::string> TrafficLines::take() {
     return std::exchange(lines, {});
 }
 
-std::string refusalOf(const std::string& frame) {
-    const Envelope json(frame);
-    if (frame.find('\0') != std::string::npos || !json.isJson() || !json.isWellFormed()) {
-        return "not-json";
-    }
-    if (json.nesting() > 32) {
-        return "too-deep";
-    }
-    return json.isObject() ? "" : "not-an-object";
-}
-
 std::string codeOf(const std::string& frame) {
     const Envelope json(frame);
     return json.has("error") ? Envelope(json.compact("error")).text("code").value_or("") : "";

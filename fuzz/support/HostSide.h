@@ -55,9 +55,6 @@ private:
     std::vector<std::string> lines;
 };
 
-/// The code with which the transport must refuse `frame`, determined independently; empty when it must accept it.
-std::string refusalOf(const std::string& frame);
-
 /// The code of a refusal; empty when `frame` is not a refusal.
 std::string codeOf(const std::string& frame);
 

@@ -28,6 +28,10 @@ constexpr const char* off = "off";
 SimulatedDevice::SimulatedDevice(SettingsHandlerKit::StateStore& store,
                                  std::shared_ptr<SettingsHandlerKit::ValueObserver> observerOfValues)
     : state(store), valueObserver(std::move(observerOfValues)) {
+    readState();
+}
+
+void SimulatedDevice::readState() {
     for (const auto& names : modeNames) {
         modes[names.deviceInfoKey] = state.load(names.deviceInfoKey) == on ? on : off;
     }

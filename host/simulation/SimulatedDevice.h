@@ -23,6 +23,9 @@ public:
     SimulatedDevice(SettingsHandlerKit::StateStore& store,
                     std::shared_ptr<SettingsHandlerKit::ValueObserver> valueObserver);
 
+    /// Reads the state from the store, also when it was rolled back. Notifies nobody.
+    void readState();
+
     std::map<std::string, std::string> getDeviceInfo() override;
 
     /// Switches a mode. Returns: false when the new state could not be saved; the old one then stays.

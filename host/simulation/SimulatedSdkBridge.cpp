@@ -41,11 +41,16 @@ SimulatedSdkBridge::SimulatedSdkBridge(SettingsHandlerKit::StateStore& store,
     : state(store),
       storage(storageManager),
       device(std::move(simulatedDevice)),
-      valueObserver(std::move(observerOfValues)),
-      localesText(state.load(keyOf(SettingsHandler::ORLIA_LOCALE)).value_or(R"(["en-US"])")),
-      currentTimezone(state.load(keyOf(SettingsHandler::TIMEZONE)).value_or("America/Vancouver")),
-      captionsEnabled(state.load(keyOf(SettingsHandler::CAPTIONS_ENABLED)).value_or("false")),
-      doNotDisturbEnabled(state.load(keyOf(SettingsHandler::DO_NOT_DISTURB_ENABLED)).value_or("false")) {}
+      valueObserver(std::move(observerOfValues)) {
+    readState();
+}
+
+void SimulatedSdkBridge::readState() {
+    localesText = state.load(keyOf(SettingsHandler::ORLIA_LOCALE)).value_or(R"(["en-US"])");
+    currentTimezone = state.load(keyOf(SettingsHandler::TIMEZONE)).value_or("America/Vancouver");
+    captionsEnabled = state.load(keyOf(SettingsHandler::CAPTIONS_ENABLED)).value_or("false");
+    doNotDisturbEnabled = state.load(keyOf(SettingsHandler::DO_NOT_DISTURB_ENABLED)).value_or("false");
+}
 
 void SimulatedSdkBridge::setHandsFreeEnabled(bool enabled) {
     device->setMode(SimulatedDevice::Mode::HANDS_FREE, enabled);

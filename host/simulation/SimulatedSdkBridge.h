@@ -24,6 +24,9 @@ public:
                        std::shared_ptr<SimulatedDevice> simulatedDevice,
                        std::shared_ptr<SettingsHandlerKit::ValueObserver> valueObserver);
 
+    /// Reads the state from the store, also when it was rolled back. Notifies nobody.
+    void readState();
+
     void setHandsFreeEnabled(bool enabled) override;
     /// Refuses all keys but the three that the handler hands over.
     bool applySetting(std::string settingDBId, std::string value) override;

@@ -1,11 +1,13 @@
 #include "SettingsHandlerKit/CheckedSettingsHandler.h"
 
+#include <algorithm>
 #include <chrono>
 #include <exception>
 #include <stdexcept>
 #include <utility>
 
 #include "CommunicationHandler/MessageType.h"
+#include "SettingsHandler/SettingsNames.h"
 #include "SettingsHandlerKit/Logging.h"
 #include "VessaLogger/Log.h"
 #include "handler/CheckedCollaborators.h"
@@ -72,7 +74,7 @@ struct CheckedSettingsHandler::Parts {
     CheckedSdkBridge bridge;
     std::shared_ptr<DeviceAbstractionLayer::AppLaunch> launcher;
     std::shared_ptr<DeviceAbstractionLayer::OrliaDeviceInfoInterface> info;
-    /// As in the base class. Used on the transport's thread only.
+    /// As in the base class, but forgotten by `startOver`. Used on the transport's thread only.
     NewestTimestamps newest;
     /// Set before the first request comes.
     CheckedSettingsHandler* handler = nullptr;
@@ -188,7 +190,12 @@ bool CheckedSettingsHandler::setSetting(const std::string& name, const std::stri
 }
 
 bool CheckedSettingsHandler::isRequestValid(std::string& settingDBId, long timestamp) {
-    const bool valid = SettingsHandler::isRequestValid(settingDBId, timestamp);
+    bool valid = SettingsHandler::isRequestValid(settingDBId, timestamp);
+    if (!valid) {
+        // The base class knows time stamps that were forgotten.
+        const auto newest = parts->newest.find(settingDBId);
+        valid = !newest || *newest <= timestamp;
+    }
     if (valid) {
         parts->newest.record(settingDBId, timestamp);
     }
@@ -212,6 +219,37 @@ void CheckedSettingsHandler::migrateExistingDeviceSettings() {
 
 void CheckedSettingsHandler::setUnusableValuesAside() {
     setUnusableLocaleAside(parts->realStorage);
+}
+
+void CheckedSettingsHandler::startOver(const std::set<std::string>& changed) {
+    const ThreadRecords::Scope scope(parts->records, Operation::rebuild);
+    parts->newest = NewestTimestamps();
+    parts->bounds.wasCleared();
+    initializeSettings();
+    for (const auto& settingDBId : changed) {
+        tellObservers(settingDBId);
+    }
+    migrateExistingDeviceSettings();
+}
+
+void CheckedSettingsHandler::tellObservers(const std::string& settingDBId) {
+    const auto current = [&] { return getSettings({settingDBId})[settingDBId]; };
+    switch (::SettingsHandler::settingTypeFromName(settingDBId)) {
+        case ::SettingsHandler::ORLIA_LOCALE: {
+            auto locales = parts->bridge.getLocales();
+            locales.resize(std::max<std::size_t>(locales.size(), 1));
+            onOrliaLocaleChange(std::move(locales));
+            break;
+        }
+        case ::SettingsHandler::FRIENDLY_NAME:
+            onFriendlyNameChanged(current());
+            break;
+        case ::SettingsHandler::TOVAN_ENTITLEMENT_STATUS:
+            onEntitlementStatusChanged(current());
+            break;
+        default:
+            break;
+    }
 }
 
 void CheckedSettingsHandler::handleGetSettingsRequest(const std::string& message) {

@@ -2,9 +2,8 @@
 
 #include <algorithm>
 
-#include "Utils/Rapidjson.h"
 #include "Wire/Catalogue.h"
-#include "Wire/JsonShape.h"
+#include "Wire/Locales.h"
 
 namespace SettingsHandlerKit {
 
@@ -84,18 +83,7 @@ std::optional<bool> asSwitch(const std::string& text) {
 }
 
 std::optional<std::vector<std::string>> asLocales(const std::string& text) {
-    rapidjson::Document list;
-    const Wire::JsonShape shape = Wire::shapeOf(text, list);
-    if (!shape.valid || shape.root != Wire::JsonShape::Root::ARRAY || shape.nesting > Wire::maximumNesting) {
-        return std::nullopt;
-    }
-    std::vector<std::string> locales;
-    for (const auto& element : list.GetArray()) {
-        if (element.IsString() && element.GetStringLength() > 0) {
-            locales.emplace_back(element.GetString(), element.GetStringLength());
-        }
-    }
-    return locales.empty() ? std::nullopt : std::optional<std::vector<std::string>>(std::move(locales));
+    return Wire::localesIn(text);
 }
 
 }  // namespace SettingsHandlerKit

@@ -18,6 +18,8 @@ Server::~Server() {
         stop();
         join();
     }
+    // A handler may keep the hub.
+    parts->hub->use(nullptr);
 }
 
 void Server::addEndpoint(const Endpoint& endpoint, ClientListener& listener) {
@@ -81,6 +83,11 @@ void Server::watch(Storage& storage) {
 
 void Server::watch(const std::shared_ptr<CheckedSettingsHandler>& handler) {
     parts->hub->watch(handler);
+    parts->transactions->watch(handler);
+}
+
+void Server::onRollBack(std::function<void()> action) {
+    parts->transactions->onRollBack(std::move(action));
 }
 
 std::string Server::start() {

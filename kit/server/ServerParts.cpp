@@ -105,6 +105,8 @@ Server::Parts::Parts(ServerOptions chosenOptions)
       traffic(std::make_shared<TrafficObservers>()),
       backlog(std::make_shared<Backlog>()),
       hub(std::make_shared<MessageHub>(traffic, options.context, backlog, options.environment)),
+      transactions(std::make_shared<StoredTransactions>(
+          *hub, [this](std::function<void()> action) { loop.later(std::move(action)); })),
       metrics(std::make_shared<ServerMetrics>(options.version)),
       health(options.version, {}) {
     traffic->add(metrics);
@@ -118,6 +120,8 @@ void Server::Parts::watch(Storage& watched) {
     storage->observe(metrics);
     storage->observe(std::make_shared<HistoryEraser>(hub));
     storage->observeValues(hub);
+    transactions->watch(*storage);
+    hub->use(transactions);
     backups.emplace(loop, *storage, options.backups);
 }
 

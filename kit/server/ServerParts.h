@@ -10,6 +10,7 @@
 
 #include "SettingsHandlerKit/Server.h"
 #include "server/BackupSchedule.h"
+#include "server/StoredTransactions.h"
 #include "server/loop/EventLoop.h"
 #include "server/loop/RepeatingTimer.h"
 #include "server/metrics/HealthReport.h"
@@ -75,6 +76,7 @@ struct Server::Parts : Administration {
     std::shared_ptr<TrafficObservers> traffic;
     std::shared_ptr<Backlog> backlog;
     std::shared_ptr<MessageHub> hub;
+    std::shared_ptr<StoredTransactions> transactions;
     std::shared_ptr<ServerMetrics> metrics;
     HealthReport health;
     /// Null without a watched one. Gone when the server has stopped.

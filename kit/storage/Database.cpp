@@ -135,14 +135,26 @@ void Database::check() {
     if (version > schemaVersion) {
         throw NewerDatabase(path + " was written by a newer version; left unchanged");
     }
+    const std::string found = verdict();
+    if (isReadError(found)) {
+        throw DatabaseError(path + " cannot be read (" + found + ")");
+    }
+    if (found != "ok") {
+        throw DamagedDatabase(path + " is damaged (" + found + ")");
+    }
+}
+
+std::string Database::verdict() {
     Statement quickCheck(*this, "PRAGMA quick_check(1)");
     quickCheck.step();
-    const std::string verdict = quickCheck.column(0);
-    if (isReadError(verdict)) {
-        throw DatabaseError(path + " cannot be read (" + verdict + ")");
-    }
-    if (verdict != "ok") {
-        throw DamagedDatabase(path + " is damaged (" + verdict + ")");
+    return quickCheck.column(0);
+}
+
+bool Database::isReadable() {
+    try {
+        return !isReadError(verdict());
+    } catch (const DatabaseError&) {
+        return false;
     }
 }
 
@@ -172,12 +184,30 @@ int Database::pragma(const std::string& name) {
 }
 
 void Database::execute(const std::string& sql) {
+    requireTransaction();
     if (sqlite3_exec(connection.get(), sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
         fail(connection.get(), "database");
     }
 }
 
+void Database::begin() {
+    inTransaction = true;
+    sqlite3_exec(handle(), "BEGIN", nullptr, nullptr, nullptr);
+}
+
+void Database::commit() {
+    execute("COMMIT");
+    inTransaction = false;
+}
+
+void Database::requireTransaction() const {
+    if (inTransaction && sqlite3_get_autocommit(handle()) != 0) {
+        throw DatabaseError("the transaction was rolled back after an earlier failure");
+    }
+}
+
 void Database::rollBack() {
+    inTransaction = false;
     if (sqlite3_get_autocommit(handle()) == 0) {
         execute("ROLLBACK");
     }
@@ -235,6 +265,7 @@ void Statement::reset() {
 
 int Statement::run() {
     try {
+        database.requireTransaction();
         while (step()) {
         }
     } catch (...) {

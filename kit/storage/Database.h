@@ -33,10 +33,23 @@ public:
     /// False on a read-only file system: values can be read, every change fails.
     bool isWritable() const { return writable; }
 
-    /// Runs one or more statements without results.
+    /// Can every page be read? Damaged ones count as read.
+    bool isReadable();
+    /// Runs one or more statements without results. Errors: `DatabaseError`, also those of `requireTransaction`.
     void execute(const std::string& sql);
-    /// Rolls an open transaction back; does nothing without one.
+
+    /// Begins a transaction of several changes. One that cannot be begun counts as rolled back.
+    void begin();
+    /// Makes all changes of the transaction durable. Errors: `DatabaseError`; call `rollBack` then.
+    void commit();
+    /// Ends an open transaction without its changes; does nothing without one.
     void rollBack();
+    /// True from `begin` until `commit` has succeeded or `rollBack` was called.
+    bool isInTransaction() const { return inTransaction; }
+    /// SQLite rolls a transaction back by itself after some errors; what follows would be committed at once.
+    /// Errors: `DatabaseError` when this has happened.
+    void requireTransaction() const;
+
     /// Copies the write-ahead log into the database and truncates it. Until the next change a loss of power may bring
     /// it back.
     void emptyLog();
@@ -45,12 +58,15 @@ public:
 private:
     void connect();
     void check();
+    /// Of SQLite's check. Reads every page.
+    std::string verdict();
     void configure();
     int pragma(const std::string& name);
 
     std::shared_ptr<Disk> usedDisk;
     std::string path;
     bool writable;
+    bool inTransaction = false;
     Descriptor readingLock;
     Connection connection;
 };
@@ -68,7 +84,7 @@ public:
     std::string column(int index) const;
     int number(int index) const;
     void reset();
-    /// Steps to the end and resets, also on an error. Returns: the number of rows that it changed.
+    /// Makes a change: steps to the end and resets, also on an error. Returns: the number of rows that it changed.
     int run();
 
 private:

@@ -16,10 +16,11 @@ namespace SettingsHandlerKit {
 namespace {
 
 constexpr const char* readOnlyReason = "the file system is read-only";
+constexpr const char* inTransactionReason = "a transaction is in progress";
 constexpr const char* backedUp = "database backed up";
 
-/// A change exceeds a limit. The database itself works.
-class LimitError : public std::runtime_error {
+/// A change exceeds a limit, or is not possible now. The database itself works.
+class RefusedChange : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
@@ -54,18 +55,43 @@ bool Storage::Parts::attempt(StorageOperation operation, const std::function<std
     try {
         action();
         succeeded = true;
-        health.writable = health.writable || operation != StorageOperation::READ;
-    } catch (const LimitError& error) {
+        health.writable = health.writable || (operation != StorageOperation::READ && !database.isInTransaction());
+    } catch (const RefusedChange& error) {
         refuse(what(), error.what());
     } catch (const DatabaseError& error) {
         refuse(what(), error.what());
         health.writable = health.writable && operation == StorageOperation::READ;
     }
     const auto duration = std::chrono::steady_clock::now() - start;
+    if (succeeded && operation != StorageOperation::READ && database.isInTransaction()) {
+        changes.push_back({operation, duration});
+    } else {
+        report(operation, succeeded, duration);
+    }
+    return succeeded;
+}
+
+void Storage::Parts::report(StorageOperation operation, bool succeeded, std::chrono::nanoseconds duration) {
     for (const auto& observer : observers) {
         observer->storageOperation(operation, succeeded, duration);
     }
-    return succeeded;
+}
+
+void Storage::Parts::transactionEnded(bool succeeded, std::chrono::nanoseconds duration) {
+    std::vector<Change> ended;
+    ended.swap(changes);
+    if (!succeeded) {
+        usage.reset();
+        health.failures += ended.size();
+    }
+    if (ended.empty()) {
+        return;
+    }
+    health.writable = health.writable || succeeded;
+    ended.back().duration += duration;
+    for (const auto& change : ended) {
+        report(change.operation, succeeded, change.duration);
+    }
 }
 
 void Storage::Parts::refuse(const std::string& what, const std::string& why) {
@@ -82,10 +108,10 @@ void Storage::Parts::put(const std::string& key, const std::string& value) {
     const std::size_t oldBytes = old ? key.size() + old->size() : 0;
     const std::size_t newBytes = key.size() + value.size();
     if (!old && usage->keys >= maximumKeys) {
-        throw LimitError("the limit of 1,000 keys is reached");
+        throw RefusedChange("the limit of 1,000 keys is reached");
     }
     if (newBytes > oldBytes && usage->bytes - oldBytes + newBytes > maximumBytes) {
-        throw LimitError("keys and values would exceed 1 MiB in total");
+        throw RefusedChange("keys and values would exceed 1 MiB in total");
     }
     const Usage after{usage->keys + (old ? 0 : 1), usage->bytes - oldBytes + newBytes};
     usage.reset();
@@ -124,10 +150,10 @@ bool Storage::setValue(const std::string& key, const std::string& value) {
         StorageOperation::WRITE, [&] { return "cannot store " + shown(key); },
         [&] {
             if (key.size() > maximumKeyLength) {
-                throw LimitError("the key is longer than 256 bytes");
+                throw RefusedChange("the key is longer than 256 bytes");
             }
             if (value.size() > maximumValueLength) {
-                throw LimitError("the value is longer than 64 KiB");
+                throw RefusedChange("the value is longer than 64 KiB");
             }
             parts->put(key, value);
         });
@@ -147,6 +173,9 @@ bool Storage::clearStorage() {
     const bool cleared = parts->attempt(
         StorageOperation::CLEAR, [] { return "cannot clear the storage"; },
         [&] {
+            if (parts->database.isInTransaction()) {
+                throw RefusedChange(inTransactionReason);
+            }
             parts->usage.reset();
             removed = parts->table.keys();
             beginLogOut(parts->database, [this] { parts->table.clear(); });
@@ -179,6 +208,34 @@ std::string Storage::setAside(const std::string& key) {
     return done ? newKey : "";
 }
 
+void Storage::beginTransaction() {
+    if (parts->database.isInTransaction()) {
+        throw std::logic_error(inTransactionReason);
+    }
+    parts->database.begin();
+}
+
+bool Storage::commitTransaction() {
+    const auto start = std::chrono::steady_clock::now();
+    bool committed = false;
+    try {
+        parts->database.commit();
+        committed = true;
+    } catch (const DatabaseError& error) {
+        parts->database.rollBack();
+        parts->health.writable = false;
+        parts->health.lastFailure = error.what();
+        writeLog(VessaLogger::ERROR, std::string("cannot commit a transaction: ") + error.what());
+    }
+    parts->transactionEnded(committed, std::chrono::steady_clock::now() - start);
+    return committed;
+}
+
+void Storage::rollBackTransaction() {
+    parts->database.rollBack();
+    parts->transactionEnded(false, {});
+}
+
 std::unique_ptr<StateStore> Storage::state(const std::string& table) {
     return std::make_unique<TableStateStore>(parts->database, table);
 }
@@ -193,6 +250,10 @@ StorageHealth Storage::health() {
     return now;
 }
 
+bool Storage::isReadable() {
+    return parts->database.isReadable();
+}
+
 const Recovery& Storage::recovery() const {
     return parts->recovery;
 }
@@ -205,6 +266,9 @@ std::string Storage::backupNow() {
     if (!parts->database.isWritable()) {
         throw DatabaseError(readOnlyReason);
     }
+    if (parts->database.isInTransaction()) {
+        throw DatabaseError(inTransactionReason);
+    }
     cancelBackup();
     finishLogOut(parts->database);
     backUp(parts->database);
@@ -213,8 +277,8 @@ std::string Storage::backupNow() {
 }
 
 bool Storage::beginBackup(std::chrono::seconds maximumAge) {
-    if (parts->backup) {
-        return true;
+    if (parts->backup || parts->database.isInTransaction()) {
+        return parts->backup != nullptr;
     }
     if (!parts->database.isWritable()) {
         return false;
@@ -232,8 +296,8 @@ bool Storage::beginBackup(std::chrono::seconds maximumAge) {
 }
 
 bool Storage::continueBackup(int pages) {
-    if (!parts->backup) {
-        return false;
+    if (!parts->backup || parts->database.isInTransaction()) {
+        return parts->backup != nullptr;
     }
     try {
         if (parts->backup->step(pages)) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -18,6 +19,11 @@ struct Storage::Parts {
         int keys;
         std::size_t bytes;
     };
+    /// A change of the transaction in progress.
+    struct Change {
+        StorageOperation operation;
+        std::chrono::nanoseconds duration;
+    };
 
     Parts(const std::string& path, const std::shared_ptr<Disk>& disk);
 
@@ -26,6 +32,8 @@ struct Storage::Parts {
     bool attempt(StorageOperation operation, const std::function<std::string()>& what,
                  const std::function<void()>& action);
     void put(const std::string& key, const std::string& value);
+    /// Reports the result of the transaction that has ended, which took `duration` to end.
+    void transactionEnded(bool succeeded, std::chrono::nanoseconds duration);
 
     Recovery recovery;
     Database database;
@@ -38,9 +46,12 @@ struct Storage::Parts {
     /// What is stored. Empty until the first `put` counts it, and after other changes and failures: counting reads the
     /// whole table.
     std::optional<Usage> usage;
+    /// Those that succeeded so far. They are reported when the transaction has ended.
+    std::vector<Change> changes;
 
 private:
     void refuse(const std::string& what, const std::string& why);
+    void report(StorageOperation operation, bool succeeded, std::chrono::nanoseconds duration);
     Usage count();
 };
 

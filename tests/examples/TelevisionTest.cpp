@@ -27,6 +27,14 @@ struct TelevisionMaker {
 INSTANTIATE_TYPED_TEST_SUITE_P(ExampleVoiceSdk, SdkBridgeContract, TelevisionMaker, NumberedNames);
 INSTANTIATE_TYPED_TEST_SUITE_P(ExampleDevice, DeviceInfoContract, TelevisionMaker, NumberedNames);
 
+TEST(ExampleDevice, ReadsItsStateAgain) {
+    TelevisionMaker television;
+    EXPECT_TRUE(television.device->setMode("currentHandsFreeStatus", true));
+    television.state.values["currentHandsFreeStatus"] = "off";
+    television.device->readState();
+    EXPECT_EQ(television.device->getDeviceInfo()["currentHandsFreeStatus"], "off");
+}
+
 TEST(ExampleVoiceSdk, ReportsWhatTheSdkTookAndNothingElse) {
     TelevisionMaker television;
     television.journal.take();

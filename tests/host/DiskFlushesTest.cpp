@@ -1,42 +1,20 @@
-#include "SettingsHandlerKit/CheckedSettingsHandler.h"
-#include "SettingsHandlerKit/Storage.h"
-#include "SettingsHandlerTesting/kit/FakeClient.h"
-#include "kit/support/FaultyDisk.h"
-#include "kit/support/LogRecording.h"
-#include "kit/support/TrafficRecording.h"
-#include "server/metrics/ServerMetrics.h"
-#include "server/protocol/MessageHub.h"
-#include "simulation/SimulatedAppLaunch.h"
-#include "simulation/SimulatedDevice.h"
-#include "simulation/SimulatedSdkBridge.h"
-#include "support/TemporaryDirectory.h"
+#include "WholeHost.h"
 
 namespace SettingsHost {
 
-using namespace SettingsHandlerKit;
-
 namespace {
 
-/// All of the host from its transport to its disk, without listeners. The disk is opened first, and closed last.
-struct Host {
-    SettingsHostTests::LogRecording log;
-    TestSupport::TemporaryDirectory folder;
-    std::shared_ptr<SettingsHostTests::FaultyDisk> disk = std::make_shared<SettingsHostTests::FaultyDisk>();
-    std::shared_ptr<ServerMetrics> metrics = std::make_shared<ServerMetrics>("1");
-    std::shared_ptr<MessageHub> hub = std::make_shared<MessageHub>(std::make_shared<TrafficRecording>());
-    Storage storage{folder / "settings.db", disk};
-    std::unique_ptr<StateStore> state = storage.state("simulation");
-    std::shared_ptr<SimulatedDevice> device = std::make_shared<SimulatedDevice>(*state, hub);
-    std::shared_ptr<SimulatedSdkBridge> sdk = std::make_shared<SimulatedSdkBridge>(*state, storage, device, hub);
-    std::shared_ptr<CheckedSettingsHandler> handler =
-        CheckedSettingsHandler::create(hub, storage, metrics, sdk, std::make_shared<SimulatedAppLaunch>(), device);
-    std::shared_ptr<SettingsHandlerTesting::FakeClient> client = std::make_shared<SettingsHandlerTesting::FakeClient>();
-};
-
-std::string setRequest(const std::string& key, const std::string& value, int timestamp = 2) {
-    return R"({"type":24,"timestamp":)" + std::to_string(timestamp) + R"(,"payload":{"settingDBId":")" + key +
-           R"(","to":")" + value + "\"}}";
-}
+const std::vector<std::pair<std::string, std::string>> changes{{"deviceName", "Den"},
+                                                               {"companionDevice", "Phone"},
+                                                               {"friendlyName", "Wohnzimmer"},
+                                                               {"tovanEntitlementStatus", "active"},
+                                                               {"orliaLocale", R"([\"fr-FR\"])"},
+                                                               {"timezone", "Europe/Paris"},
+                                                               {"handsFreeEnabled", "true"},
+                                                               {"handsFreeAlwaysOnEnabled", "true"},
+                                                               {"pttAlwaysOnEnabled", "true"},
+                                                               {"captionsStyles", std::string(3000, 'x')},
+                                                               {"a key of its own", "value"}};
 
 }  // namespace
 
@@ -44,9 +22,6 @@ std::string setRequest(const std::string& key, const std::string& value, int tim
 class DiskFlushes : public ::testing::Test {
 protected:
     DiskFlushes() {
-        host.hub->watch(host.handler);
-        host.handler->initializeSettings();
-        host.hub->connected(host.client);
         // The first change of all also writes how the log of changes begins.
         flushesOf(setRequest("deviceName", "Attic"));
     }
@@ -57,29 +32,36 @@ protected:
         return host.disk->flushes() - before;
     }
 
-    Host host;
+    SettingsHostTests::LogRecording log;
+    TestSupport::TemporaryDirectory folder;
+    WholeHost host{folder / "settings.db", std::make_shared<SettingsHostTests::FaultyDisk>()};
 };
 
 TEST_F(DiskFlushes, AreOneForEachAcceptedChange) {
     using Flushes = std::vector<std::pair<std::string, long>>;
     Flushes flushes;
     Flushes expected;
-    const std::vector<std::pair<std::string, std::string>> changes{{"deviceName", "Den"},
-                                                                   {"companionDevice", "Phone"},
-                                                                   {"friendlyName", "Wohnzimmer"},
-                                                                   {"tovanEntitlementStatus", "active"},
-                                                                   {"orliaLocale", R"([\"fr-FR\"])"},
-                                                                   {"timezone", "Europe/Paris"},
-                                                                   {"handsFreeEnabled", "true"},
-                                                                   {"handsFreeAlwaysOnEnabled", "true"},
-                                                                   {"pttAlwaysOnEnabled", "true"},
-                                                                   {"captionsStyles", std::string(3000, 'x')},
-                                                                   {"a key of its own", "value"}};
     for (const auto& [key, value] : changes) {
         flushes.emplace_back(key, flushesOf(setRequest(key, value)));
         expected.emplace_back(key, 1);
     }
     EXPECT_EQ(flushes, expected);
+}
+
+TEST_F(DiskFlushes, AreOneForABatch) {
+    std::vector<std::string> requests;
+    requests.reserve(changes.size());
+    for (const auto& [key, value] : changes) {
+        requests.push_back(setRequest(key, value));
+    }
+    for (int number = 0; requests.size() < 15; ++number) {
+        requests.push_back(setRequest("key " + std::to_string(number), "value"));
+    }
+    host.client->take();
+    EXPECT_EQ(flushesOf(batchOf(requests)), 1);
+    EXPECT_EQ(host.client->take().size(), 15U);
+    EXPECT_EQ(flushesOf(batchOf(requests)), 0) << "nothing changes";
+    EXPECT_EQ(flushesOf(batchOf({R"({"type":7,"messageId":"g","payload":{"settings":[]}})"})), 0);
 }
 
 TEST_F(DiskFlushes, AreFewMoreAtACheckpoint) {

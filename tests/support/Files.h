@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -14,7 +14,9 @@ namespace TestSupport {
 /// The bytes of a file; empty when it cannot be read.
 inline std::string contentOf(const std::filesystem::path& file) {
     std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
+    std::ostringstream content;
+    content << stream.rdbuf();
+    return content.str();
 }
 
 /// The permission bits of a file or folder; 0 when it does not exist. Links are not followed.

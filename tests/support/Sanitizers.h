@@ -18,7 +18,7 @@ constexpr bool sanitizersHoldSignalsBack = false;
 constexpr bool sanitized = sanitizersNeedDescriptors || sanitizersHoldSignalsBack;
 
 /// Programs of this build are as large and as fast as release builds.
-#if defined(__OPTIMIZE__)
+#if defined(NDEBUG)
 constexpr bool asShipped = !sanitized;
 #else
 constexpr bool asShipped = false;

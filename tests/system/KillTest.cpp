@@ -17,11 +17,12 @@ unsigned rounds() {
     return wanted != nullptr ? static_cast<unsigned>(std::atoi(wanted)) : TestSupport::sanitized ? 6 : 50;
 }
 
-/// Increments a setting as fast as the host accepts it, and remembers the newest value of an event.
+/// Increments settings together as fast as the host accepts it, and remembers the newest value of an event.
 class Counter {
 public:
-    Counter(const std::string& socket, std::string settingKey, long firstNumber)
-        : key(std::move(settingKey)), connection(socket), sent(firstNumber) {
+    /// Several keys: with batches.
+    Counter(const std::string& socket, Lines settingKeys, long firstNumber)
+        : keys(std::move(settingKeys)), connection(socket), sent(firstNumber) {
         writer = std::thread([this] { write(); });
         reader = std::thread([this] { read(); });
     }
@@ -40,7 +41,7 @@ public:
         }
     }
 
-    std::string key;
+    Lines keys;
     std::atomic<long> announced{-1};
 
 private:
@@ -48,9 +49,13 @@ private:
         for (;;) {
             ++sent;
             const std::string number = std::to_string(sent);
-            std::string request = R"({"type":24,"messageId":"k","timestamp":)";
-            request.append(number).append(R"(,"payload":{"settingDBId":")").append(key).append(R"(","to":")");
-            if (!connection.sendLine(request.append(number).append("\"}}"))) {
+            std::string requests;
+            for (const auto& key : keys) {
+                requests.append(requests.empty() ? "" : ",").append(R"({"type":24,"messageId":"k","timestamp":)");
+                requests.append(number).append(R"(,"payload":{"settingDBId":")").append(key).append(R"(","to":")");
+                requests.append(number).append("\"}}");
+            }
+            if (!connection.sendLine(keys.size() == 1 ? requests : R"({"batch":[)" + requests + "]}")) {
                 return;
             }
         }
@@ -59,7 +64,7 @@ private:
     void read() {
         while (const auto line = connection.receiveLine()) {
             const auto frame = parsed(*line);
-            if (frame.HasMember("payload") && frame["payload"]["settingDBId"].GetString() == key) {
+            if (frame.HasMember("payload") && frame["payload"]["settingDBId"].GetString() == keys.back()) {
                 announced = std::atol(frame["payload"]["to"].GetString());
             }
         }
@@ -73,22 +78,38 @@ private:
 
 }  // namespace
 
-class HostKill : public HostTest {};
+class HostKill : public HostTest {
+protected:
+    /// One counter for each of `keysOfCounters`.
+    void killWhileTheyCount(const std::vector<Lines>& keysOfCounters, unsigned kills);
+    /// All keys of the counter together, below `limit`.
+    void expectKept(const Counter& counter, long limit) {
+        const long kept = number(counter.keys.front());
+        for (const auto& key : counter.keys) {
+            EXPECT_EQ(number(key), kept) << key;
+        }
+        if (counter.announced >= 0) {
+            EXPECT_GE(kept, counter.announced.load()) << counter.keys.front();
+            EXPECT_LT(kept, limit);
+        }
+    }
+    /// 0 while the setting has its first value.
+    long number(const std::string& key) { return std::atol(get(key).c_str()); }
+};
 
-TEST_F(HostKill, NoValueWhoseEventWasSeenIsLost) {
-    const std::vector<std::string> keys{"deviceName", "companionDevice", "captionsFontSize"};
+void HostKill::killWhileTheyCount(const std::vector<Lines>& keysOfCounters, unsigned kills) {
     const unsigned seed = std::random_device()();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
     long announced = 0;
-    for (unsigned round = 0; round < rounds(); ++round) {
+    for (unsigned round = 0; round < kills; ++round) {
         SCOPED_TRACE("round " + std::to_string(round));
         start({"--log-level", "3"});
         ASSERT_FALSE(HasFatalFailure());
         std::vector<std::unique_ptr<Counter>> counters;
-        counters.reserve(keys.size());
-        for (const auto& key : keys) {
-            counters.push_back(std::make_unique<Counter>(socket(), key, round * 1000000L));
+        counters.reserve(keysOfCounters.size());
+        for (const auto& keys : keysOfCounters) {
+            counters.push_back(std::make_unique<Counter>(socket(), keys, round * 1000000L));
         }
         // In one of four rounds at any time after the start, otherwise while all write.
         if (random() % 4 != 0) {
@@ -103,20 +124,25 @@ TEST_F(HostKill, NoValueWhoseEventWasSeenIsLost) {
         }
         start({"--log-level", "3"});
         for (const auto& counter : counters) {
-            if (counter->announced >= 0) {
-                ++announced;
-                const long kept = std::atol(get(counter->key).c_str());
-                EXPECT_GE(kept, counter->announced.load()) << counter->key;
-                EXPECT_LT(kept, (round + 1) * 1000000L);
-            }
+            expectKept(*counter, (round + 1) * 1000000L);
+            announced += counter->announced >= 0 ? 1 : 0;
         }
         disconnect();
         const std::string log = stop();
         EXPECT_FALSE(contains(log, "settings-host:")) << "the database was not in order: " << log;
         ASSERT_FALSE(HasFailure());
     }
-    EXPECT_GT(announced, static_cast<long>(rounds())) << "hardly anything was announced before the kills";
-    RecordProperty("rounds", static_cast<int>(rounds()));
+    EXPECT_GT(announced, static_cast<long>(kills)) << "hardly anything was announced before the kills";
+    RecordProperty("rounds", static_cast<int>(kills));
+}
+
+TEST_F(HostKill, NoValueWhoseEventWasSeenIsLost) {
+    killWhileTheyCount({{"deviceName"}, {"companionDevice"}, {"captionsFontSize"}}, rounds());
+}
+
+TEST_F(HostKill, NoBatchIsStoredInPart) {
+    killWhileTheyCount({{"deviceName", "timezone", "friendlyName", "a key of its own"}, {"companionDevice"}},
+                       rounds() / 3);
 }
 
 }  // namespace SystemTests

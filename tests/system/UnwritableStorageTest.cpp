@@ -79,6 +79,26 @@ TEST_F(HostUnwritableStorage, AFullDiskRefusesWhatDoesNotFitAndKeepsTheRest) {
         << log;
 }
 
+TEST_F(HostUnwritableStorage, AFullDiskUndoesABatchThatDoesNotFit) {
+    startInside();
+    set("timezone", R"("Europe/Paris")");
+    fillDisk();
+    const std::string large(50000, 'v');
+    const std::string batch = R"({"batch":[)" + setRequest("timezone", R"("Europe/Rome")") + "," +
+                              setRequest("handsFreeEnabled", R"("true")") + "," +
+                              setRequest("companionDevice", "\"" + large + "\"") + "]}";
+    EXPECT_EQ(send(batch), Lines{R"({"notice":{"reread":["companionDevice","handsFreeEnabled","timezone"]}})"});
+    EXPECT_EQ(get("timezone"), "Europe/Paris");
+    EXPECT_EQ(get("handsFreeEnabled"), "false");
+    EXPECT_TRUE(contains(health(), R"("status":"degraded")")) << health();
+    makeRoom();
+    EXPECT_EQ(send(batch).size(), 3U) << "the events";
+    EXPECT_EQ(get("timezone"), "Europe/Rome");
+    EXPECT_TRUE(contains(health(), R"("status":"ok")")) << health();
+    disconnect();
+    stop();
+}
+
 TEST_F(HostUnwritableStorage, AReadOnlyDiskServesWhatIsStored) {
     startInside();
     set("deviceName", "\"Den\"");

@@ -112,6 +112,14 @@ TEST(HostFrames, HoldStringsInTheOrderOfTheirKeys) {
     EXPECT_EQ(faultOf([] { HostFrame(R"({"payload":{"a":1}})").stringsAt({"payload"}); }), malformed);
 }
 
+TEST(HostFrames, HoldIntegers) {
+    using Integers = std::map<std::string, std::int64_t>;
+    const HostFrame frame(R"({"newest":{"b":9223372036854775807,"a":-1,"text":"1","real":1.5},"list":[1]})");
+    EXPECT_EQ(frame.integersAt({"newest"}), (Integers{{"a", -1}, {"b", 9223372036854775807}}));
+    EXPECT_EQ(frame.integersAt({"list"}), Integers{});
+    EXPECT_EQ(frame.integersAt({"missing"}), Integers{});
+}
+
 TEST(HostFrames, HoldBooleans) {
     const HostFrame frame(R"({"payload":{"yes":true,"no":false,"text":"true"}})");
     EXPECT_EQ(frame.booleanAt({"payload", "yes"}), true);

@@ -1,3 +1,4 @@
+#include "Wire/AnswerFrame.h"
 #include "Wire/Frames.h"
 #include "Wire/Utf8.h"
 
@@ -29,10 +30,38 @@ TEST(Utf8, ReplacesInvalidBytesAndKeepsTheRest) {
     EXPECT_EQ(withValidUtf8("\xe4\xb8"), "\xEF\xBF\xBD\xEF\xBF\xBD");
 }
 
+TEST(Utf8, PlainAsciiIsWhatJsonWritesAsItIs) {
+    for (std::size_t size = 0; size <= 17; ++size) {
+        EXPECT_TRUE(isPlainAscii(std::string(size, ' ')));
+        EXPECT_TRUE(isPlainAscii(std::string(size, '\x7f')));
+        for (std::size_t place = 0; place < size; ++place) {
+            for (int byte = 0; byte < 256; ++byte) {
+                for (const char around : {'a', '!', '#', '[', ']', ' ', '\x7f'}) {
+                    std::string text(size, around);
+                    text[place] = static_cast<char>(byte);
+                    const bool isPlain = byte >= 0x20 && byte < 0x80 && byte != '"' && byte != '\\';
+                    ASSERT_EQ(isPlainAscii(text), isPlain) << size << " " << place << " " << byte;
+                }
+            }
+        }
+    }
+}
+
 TEST(Frames, AreCompactAndValidForAnyBytes) {
     EXPECT_EQ(refusalFrame("code", "say \"no\""), R"({"error":{"code":"code","message":"say \"no\""}})");
     EXPECT_EQ(objectFrame("device", {{"b", "\xff"}, {"a", std::string("\0", 1)}}),
               "{\"device\":{\"a\":\"\\u0000\",\"b\":\"\xEF\xBF\xBD\"}}");
+}
+
+TEST(Frames, AnAnswerHasTheMembersThatApplyInTheirOrder) {
+    EXPECT_EQ(answerFrame({22, "l", AnswerOutcome::done, "", "", {}, {}, true, {}}),
+              R"({"type":22,"messageId":"l","payload":{"outcome":"done"}})");
+    EXPECT_EQ(
+        answerFrame({24, "\"\xff", AnswerOutcome::refused, AnswerReason::stale, "a\nb", "k\\", "\x01", false, -7}),
+        "{\"type\":24,\"messageId\":\"\\\"\xEF\xBF\xBD\",\"payload\":{\"outcome\":\"refused\",\"reason\":\"stale\","
+        "\"message\":\"a\\nb\",\"settingDBId\":\"k\\\\\",\"value\":\"\\u0001\",\"applied\":false,\"newest\":-7}}");
+    EXPECT_EQ(answerFrame({24, "", AnswerOutcome::changed, "", "", "", "", true, {}}),
+              R"({"type":24,"messageId":"","payload":{"outcome":"changed","settingDBId":"","value":""}})");
 }
 
 }  // namespace Wire

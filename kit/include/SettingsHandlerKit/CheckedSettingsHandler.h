@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 
 #include "SettingsHandler/SettingsHandler.h"
@@ -76,8 +77,8 @@ public:
 
     /// Rejects what would end the process: returns false.
     bool setSetting(const std::string& name, const std::string& value) override;
-    /// As the handler's. A derived class that has its own rule calls this one for time stamps that it accepts, so that
-    /// the outcome can tell `newest`.
+    /// As the handler's, and `startOver` forgets the time stamps before. A derived class that has its own rule calls
+    /// this one for time stamps that it accepts, so that the outcome can tell `newest`.
     bool isRequestValid(std::string& settingDBId, long timestamp) override;
     /// Rejects what would end the process, without a call of `setSetting`.
     void notifySystemSettingChanged(std::string name, std::string value) override;
@@ -89,6 +90,13 @@ public:
     /// - Errors: `std::runtime_error` when it could not be set aside. It is still stored then, and the next call tries
     ///   again.
     void setUnusableValuesAside();
+
+    /// Begins anew, as after a restart, because owners have taken changes back: forgets the time stamps of requests,
+    /// calls `initializeSettings`, tells the observers of each setting in `changed` its value (of a locale list without
+    /// locales: ""), then calls `migrateExistingDeviceSettings`. Not while a request is handled. `outcome` stays.
+    /// - Errors: exceptions of these operations.
+    /// - Threads: that of requests.
+    void startOver(const std::set<std::string>& changed);
 
     /// As the handler's, and checked and counted for `outcome` like a delivered request.
     ///
@@ -109,6 +117,7 @@ private:
     struct Parts;
 
     explicit CheckedSettingsHandler(const std::shared_ptr<Parts>& madeParts);
+    void tellObservers(const std::string& settingDBId);
 
     std::shared_ptr<Parts> parts;
 };

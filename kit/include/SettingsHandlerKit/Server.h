@@ -82,12 +82,18 @@ public:
     /// Options for a handler: GetSettings gathers no more than there is memory for.
     CheckedSettingsHandler::Options handlerOptions() const;
     /// Observes `storage` from now on: its health, metrics and removed values; backs it up once a day; keeps the secret
-    /// of the cookies in it; empties the history of events when it is cleared.
+    /// of the cookies in it; empties the history of events when it is cleared; makes each batch a transaction of it.
     void watch(Storage& storage);
     /// From now on requests that ask for an answer get one, with the outcome of `handler`; a request that it rejects,
     /// or refuses for want of memory, is reported as such. Without a watched handler `"answer"` is ignored.
     void watch(const std::shared_ptr<CheckedSettingsHandler>& handler);
     /// @}
+
+    /// Calls `action` when the changes of a batch could not be stored and all were rolled back, before the handler
+    /// reads all values again (`CheckedSettingsHandler::startOver`): read again what you keep in memory of a
+    /// `StateStore` of the watched storage. What a voice SDK or a device keeps elsewhere is not rolled back; clients
+    /// are told to read it again. An exception of `action` is logged at level 3.
+    void onRollBack(std::function<void()> action);
 
     /// Serves from now on: opens the listeners. Requests are handled by `run`, `startThread` or `process`.
     /// - Returns: what a person needs: "http://127.0.0.1:8097/?key=… socket: PATH", without a web port "socket: PATH".

@@ -66,6 +66,22 @@ public:
     /// See `LegacyValueStorage`. Allowed beyond the limits.
     std::string setAside(const std::string& key) override;
 
+    /// Begins a transaction: all changes until its end reach the disk with one flush, or none. Those of state stores of
+    /// this storage are part of it. Each change returns as ever, but survives a loss of power only when the transaction
+    /// is committed. After some failures of the disk all is rolled back at once; then every further change is refused.
+    ///
+    /// Until the end `clearStorage` and `backupNow` fail, and a backup in progress pauses. Observers of operations are
+    /// notified of the changes at the end, with its result. `Server` makes one of each batch, so others end before a
+    /// request is handled.
+    /// - Errors: `std::logic_error` when a transaction is in progress.
+    void beginTransaction();
+    /// Ends the transaction with its changes.
+    /// - Returns: true when they survive a loss of power. False: all was rolled back, and the reason is logged at level
+    ///   3. What was read in the transaction, or kept of its changes, is to be read again.
+    bool commitTransaction();
+    /// Ends the transaction without its changes; does nothing without one.
+    void rollBackTransaction();
+
     /// State of its own in the table `table`, which is created if it is missing. The storage outlives it.
     /// - `table`: letters, digits and "_", no digit first; no name of the storage's own tables.
     /// - Errors: `std::invalid_argument` for another name; `DatabaseError`.
@@ -73,6 +89,8 @@ public:
 
     /// The health, with the number of keys as it is now.
     StorageHealth health();
+    /// Can the whole database be read? Reads it, which takes some milliseconds.
+    bool isReadable();
     /// What was done about the database at the start.
     const Recovery& recovery() const;
     /// The absolute path of the database.

@@ -17,7 +17,8 @@ public:
     StorageObserver& operator=(const StorageObserver&) = delete;
     virtual ~StorageObserver() = default;
 
-    /// `succeeded`: false also for a change beyond a limit.
+    /// `succeeded`: false also for a change beyond a limit. The changes of a transaction are reported when it has
+    /// ended, with its result; the last one's duration includes that of the end.
     virtual void storageOperation(StorageOperation operation, bool succeeded, std::chrono::nanoseconds duration) = 0;
 };
 

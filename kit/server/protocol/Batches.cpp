@@ -29,10 +29,10 @@ std::string compactText(const rapidjson::Value& value) {
 bool Batches::isBatch(const rapidjson::Value& batch) const {
     return batch.IsArray() && batch.Size() >= 1 && batch.Size() <= mostRequests &&
            std::all_of(batch.Begin(), batch.End(), [this](const rapidjson::Value& element) {
-               const auto type = element.IsObject() ? Wire::requestType(element) : std::nullopt;
+               const int type = element.IsObject() ? Wire::requestType(element).value_or(0) : 0;
                return (type == Wire::GET_SETTINGS || type == Wire::IS_ORLIA_SELECTED_VA ||
                        type == Wire::SET_SETTINGS) &&
-                      requests.hasHandler(*type);
+                      requests.hasHandler(type);
            });
 }
 
@@ -74,10 +74,9 @@ void Batches::undo(const std::shared_ptr<Client>& client, const Elements& elemen
     const auto changed = announcements.rollBackBatch();
     std::set<std::string> keys;
     for (const auto& element : elements) {
-        const auto key = Wire::requestType(element.first) == Wire::SET_SETTINGS ? Wire::requestedSetting(element.first)
-                                                                                : std::nullopt;
-        if (key) {
-            keys.insert(*key);
+        const auto key = Wire::requestedChange(element.first).settingDBId;
+        if (key && Wire::requestType(element.first) == Wire::SET_SETTINGS) {
+            keys.emplace(*key);
         }
     }
     announcements.perform({}, [&] {

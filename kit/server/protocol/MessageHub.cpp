@@ -76,7 +76,7 @@ void MessageHub::valueChanged(const std::string& settingDBId) {
 }
 
 std::string MessageHub::sendMessage(int messageType, rapidjson::Document& payload) {
-    requests.eventSent(payload);
+    requests.eventSent();
     return announcements.sendEvent(messageType, payload);
 }
 

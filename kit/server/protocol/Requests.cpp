@@ -30,13 +30,13 @@ bool asksForAnswer(int type, const rapidjson::Value& request) {
 }
 
 /// Cut to the length of a key that can be stored, so that no client fills the log.
-std::string forLog(const std::optional<std::string>& settingDBId) {
+std::string forLog(std::optional<std::string_view> settingDBId) {
     constexpr std::size_t longestKey = 256;
     return settingDBId ? Wire::withValidUtf8(settingDBId->substr(0, longestKey)) : "";
 }
 
 /// Does the handler write it to the storage itself? The friendly name is stored, but by the voice SDK.
-bool isWrittenToStorage(const std::string& settingDBId) {
+bool isWrittenToStorage(std::string_view settingDBId) {
     const SettingDescription* const setting = describeSetting(settingDBId);
     return setting == nullptr ||
            (setting->owner == SettingOwner::STORAGE && setting->type != SettingsHandler::FRIENDLY_NAME);
@@ -95,39 +95,52 @@ void Requests::handle(const Request& request, Delivery delivery) {
                                         R"("type" must be one of the request types 7, 18, 19, 22, 24)"});
         return;
     }
-    const auto handler = asksForAnswer(*type, request.members) ? checkedHandler.lock() : nullptr;
-    const auto* const messageId = memberOf(request.members, "messageId");
-    if (handler && (messageId == nullptr || !messageId->IsString())) {
-        clients.refuse(request.client,
-                       {Wire::RefusalCode::noMessageId, R"("answer" needs a "messageId" that is a string)"},
-                       request.index);
-        return;
-    }
-    const auto clientName = nameFor(request);
-    if (!clientName) {
-        clients.refuse(
-            request.client,
-            {Wire::RefusalCode::badRequest, R"("client" must be 1 to 64 characters, none of them a control character)"},
-            request.index);
-        return;
-    }
-    const auto setting = *type == Wire::SET_SETTINGS ? Wire::requestedSetting(request.members) : std::nullopt;
-    const RequestContext::Scope scope(*context, {*type, forLog(setting)});
-    current = Current{request.client, *type, request.index, RequestOutcome::SILENT, std::nullopt, std::nullopt};
-    if (handler) {
-        current.key = setting;
-    }
-    const bool isDelivered = delivery == Delivery::NORMAL || *type != Wire::SET_SETTINGS;
-    if (isDelivered) {
-        deliver(request, *clientName);
-    }
-    if (handler) {
-        answer(*handler, textOf(*messageId), isDelivered ? handler->outcome() : notStoredOutcome());
-    }
-    if (delivery == Delivery::NORMAL) {
-        traffic->requestHandled(*type, current.outcome);
+    current = {};
+    current.requester = request.client;
+    current.type = *type;
+    current.index = request.index;
+    current.eventBefore = announcements.newest();
+    const auto answering = asksForAnswer(*type, request.members) ? checkedHandler.lock() : nullptr;
+    if (const auto clientName = checkedName(request, answering != nullptr)) {
+        handle(request, *clientName, answering.get(), delivery);
     }
     current.requester.reset();
+}
+
+void Requests::handle(const Request& request, const std::string& clientName, CheckedSettingsHandler* answering,
+                      Delivery delivery) {
+    if (current.type == Wire::SET_SETTINGS) {
+        current.change = Wire::requestedChange(request.members);
+    }
+    const RequestContext::Scope scope(*context, {current.type, forLog(current.change.settingDBId)});
+    const bool isDelivered = delivery == Delivery::NORMAL || current.type != Wire::SET_SETTINGS;
+    if (isDelivered) {
+        deliver(request, clientName);
+    }
+    if (answering != nullptr) {
+        answer(*answering, isDelivered ? answering->outcome() : notStoredOutcome());
+    }
+    if (delivery == Delivery::NORMAL) {
+        traffic->requestHandled(current.type, current.outcome);
+    }
+}
+
+/// Refuses a request that asks for an answer without a message id, or has the name of a client that is not allowed.
+/// Returns: the name of the client that it is from.
+std::optional<std::string> Requests::checkedName(const Request& request, bool isAnswered) {
+    const auto* const messageId = isAnswered ? memberOf(request.members, "messageId") : nullptr;
+    if (messageId != nullptr && messageId->IsString()) {
+        current.messageId = textOf(*messageId);
+    } else if (isAnswered) {
+        refuse({Wire::RefusalCode::noMessageId, R"("answer" needs a "messageId" that is a string)"});
+        return std::nullopt;
+    }
+    auto name = nameFor(request);
+    if (!name) {
+        refuse({Wire::RefusalCode::badRequest,
+                R"("client" must be 1 to 64 characters, none of them a control character)"});
+    }
+    return name;
 }
 
 /// Returns: the name of the client that the request is from; nothing when it gives one that is not allowed.
@@ -166,23 +179,28 @@ void Requests::seeOutcome() {
     if (result.rejected) {
         current.outcome = RequestOutcome::REJECTED;
     } else if (result.reason == Outcome::Reason::BUSY) {
-        clients.refuse(current.requester, Clients::tooMuchQueued(), current.index);
+        refuse(Clients::tooMuchQueued());
         current.outcome = RequestOutcome::ANSWERED;
     }
 }
 
-void Requests::answer(CheckedSettingsHandler& handler, std::string_view messageId, const Outcome& outcome) {
-    const auto value = current.key ? currentValue(handler) : std::nullopt;
+void Requests::answer(CheckedSettingsHandler& handler, const Outcome& outcome) {
     Wire::Answer answer;
     answer.type = current.type;
-    answer.messageId = messageId;
+    answer.messageId = current.messageId;
     answer.outcome = outcomeName(current.type, outcome.kind);
     if (outcome.kind == Outcome::Kind::REFUSED) {
         answer.reason = reasonName(outcome.reason);
         answer.message = outcome.message;
     }
-    answer.settingDBId = current.key ? &*current.key : nullptr;
-    answer.value = value ? &*value : nullptr;
+    answer.settingDBId = current.change.settingDBId;
+    std::optional<std::string> value;
+    if (outcome.kind == Outcome::Kind::CHANGED && hasWrittenValue()) {
+        answer.value = current.change.to;
+    } else if (answer.settingDBId) {
+        value = currentValue(handler, std::string(*answer.settingDBId));
+        answer.value = value;
+    }
     answer.applied = outcome.applied;
     if (outcome.reason == Outcome::Reason::STALE) {
         answer.newest = outcome.newest;
@@ -190,19 +208,27 @@ void Requests::answer(CheckedSettingsHandler& handler, std::string_view messageI
     send(Wire::answerFrame(answer));
 }
 
-/// Returns: what GetSettings reports now for the setting of the request; nothing when it has no value.
-std::optional<std::string> Requests::currentValue(CheckedSettingsHandler& handler) const {
-    if (current.written && !current.written->empty() && isWrittenToStorage(*current.key)) {
-        return current.written;
-    }
+/// Does GetSettings report the value that the request has written? Nothing else was written meanwhile, and it is stored
+/// as it is; an empty one reads as the default.
+bool Requests::hasWrittenValue() const {
+    return announcements.newest() == current.eventBefore + 1 && current.change.to && !current.change.to->empty() &&
+           isWrittenToStorage(*current.change.settingDBId);
+}
+
+/// Returns: what GetSettings reports now; nothing when there is no value.
+std::optional<std::string> Requests::currentValue(CheckedSettingsHandler& handler, const std::string& settingDBId) {
     try {
-        const auto values = handler.getSettings({*current.key});
-        const auto found = values.find(*current.key);
+        const auto values = handler.getSettings({settingDBId});
+        const auto found = values.find(settingDBId);
         return found == values.end() ? std::nullopt : std::optional<std::string>(found->second);
     } catch (const std::exception& error) {
         writeLog(VessaLogger::ERROR, std::string("cannot read a value for an answer: ") + error.what());
         return std::nullopt;
     }
+}
+
+void Requests::refuse(const Wire::Refusal& reason) {
+    clients.refuse(current.requester, reason, current.index);
 }
 
 void Requests::reply(const std::string& messageId, rapidjson::Document& payload) {
@@ -217,7 +243,7 @@ void Requests::reply(const std::string& messageId, rapidjson::Document& payload)
     }
     const std::size_t size = Wire::replyFrameSize(reply);
     if (!clients.hasRoomFor(size)) {
-        clients.refuse(current.requester, Clients::tooMuchQueued(), current.index);
+        refuse(Clients::tooMuchQueued());
         return;
     }
     clients.sendTo(current.requester, std::make_shared<const std::string>(Wire::replyFrame(reply, size)));
@@ -226,22 +252,10 @@ void Requests::reply(const std::string& messageId, rapidjson::Document& payload)
 /// To the requester, if there is room.
 void Requests::send(std::string frame) {
     if (!clients.hasRoomFor(frame.size())) {
-        clients.refuse(current.requester, Clients::tooMuchQueued(), current.index);
+        refuse(Clients::tooMuchQueued());
         return;
     }
     clients.sendTo(current.requester, std::make_shared<const std::string>(std::move(frame)));
-}
-
-void Requests::eventSent(const rapidjson::Value& payload) {
-    current.outcome = RequestOutcome::CHANGED;
-    if (!current.key) {
-        return;
-    }
-    const auto* const key = memberOf(payload, "settingDBId");
-    const auto* const value = memberOf(payload, "to");
-    if (key != nullptr && key->IsString() && textOf(*key) == *current.key && value != nullptr && value->IsString()) {
-        current.written = std::string(textOf(*value));
-    }
 }
 
 }  // namespace SettingsHandlerKit

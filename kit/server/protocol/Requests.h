@@ -13,6 +13,7 @@
 #include "SettingsHandlerKit/Logging.h"
 #include "SettingsHandlerKit/TrafficObserver.h"
 #include "Utils/Rapidjson.h"
+#include "Wire/FrameInspector.h"
 #include "server/protocol/Announcements.h"
 #include "server/protocol/Clients.h"
 
@@ -56,7 +57,7 @@ public:
     /// room is not made; the requester gets the refusal `busy`.
     void reply(const std::string& messageId, rapidjson::Document& payload);
     /// The handler sends an event.
-    void eventSent(const rapidjson::Value& payload);
+    void eventSent() { current.outcome = RequestOutcome::CHANGED; }
 
 private:
     /// The request that is being handled.
@@ -65,17 +66,24 @@ private:
         int type = 0;
         std::optional<std::size_t> index;
         RequestOutcome outcome = RequestOutcome::SILENT;
-        /// The setting of a request that asked for an answer.
-        std::optional<std::string> key;
-        /// The value in its newest event.
-        std::optional<std::string> written;
+        /// Of a request that asks for an answer.
+        std::string_view messageId;
+        /// Of a SetSettings request.
+        Wire::RequestedChange change;
+        /// The number of the newest event before it.
+        unsigned long eventBefore = 0;
     };
 
+    void handle(const Request& request, const std::string& clientName, CheckedSettingsHandler* answering,
+                Delivery delivery);
+    std::optional<std::string> checkedName(const Request& request, bool isAnswered);
     std::optional<std::string> nameFor(const Request& request) const;
     void deliver(const Request& request, const std::string& clientName);
     void seeOutcome();
-    void answer(CheckedSettingsHandler& handler, std::string_view messageId, const Outcome& outcome);
-    std::optional<std::string> currentValue(CheckedSettingsHandler& handler) const;
+    void answer(CheckedSettingsHandler& handler, const Outcome& outcome);
+    bool hasWrittenValue() const;
+    static std::optional<std::string> currentValue(CheckedSettingsHandler& handler, const std::string& settingDBId);
+    void refuse(const Wire::Refusal& reason);
     void send(std::string frame);
 
     Clients& clients;

@@ -10,9 +10,9 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include "SettingsClient/Errors.h"
 #include "clients/support/Peer.h"
 #include "connection/Connection.h"
-#include "connection/Errors.h"
 #include "support/TemporaryDirectory.h"
 
 using namespace SettingsClient;
@@ -21,7 +21,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr std::chrono::milliseconds waitTimeout = 20s;
+using TestSupport::waitTimeout;
 
 std::vector<SocketCandidate> at(const std::string& path) {
     return {{path, "", ""}};
@@ -188,18 +188,26 @@ TEST_F(ClientConnection, RejectsAPathThatASocketCannotHave) {
         "cannot reach the host at " + longPath.substr(1) + ": No such file or directory (is settings-host running?)");
 }
 
-TEST_F(ClientConnection, ReturnsNothingWhenAnotherDescriptorIsReadyFirst) {
+TEST_F(ClientConnection, ReadsWhatHasArrivedWithoutWaiting) {
     const ListeningSocket listener(path);
     Connection connection(at(path), waitTimeout);
-    const Peer host = listener.accept();
-    int ends[2];
-    ASSERT_EQ(::pipe(ends), 0);
-    host.sendLine("line");
-    EXPECT_EQ(connection.receive(connection.deadline(), {{ends[0], POLLIN, 0}}), "line");
-    ASSERT_EQ(::write(ends[1], "x", 1), 1);
-    EXPECT_EQ(connection.receive(connection.deadline(), {{ends[0], POLLIN, 0}}), std::nullopt);
-    ::close(ends[0]);
-    ::close(ends[1]);
+    Peer host = listener.accept();
+    connection.readAvailable();
+    EXPECT_EQ(connection.takeLine(), std::nullopt);
+    host.send("one\ntwo\nhalf");
+    connection.readAvailable();
+    EXPECT_EQ(connection.takeLine(), "one");
+    EXPECT_EQ(connection.takeLine(), "two");
+    EXPECT_EQ(connection.takeLine(), std::nullopt);
+    host.close();
+    EXPECT_EQ(errorOf([&] { connection.readAvailable(); }), "the host at " + path + " closed the connection");
+}
+
+TEST_F(ClientConnection, MayGiveUpAtOnceWhenTheHostDoesNotAccept) {
+    const ListeningSocket listener(path, 0);
+    const Connection waiting(at(path), waitTimeout);
+    EXPECT_EQ(errorOf([&] { const Connection connection(at(path), 24h, Connection::WhenBusy::GIVE_UP); }),
+              "cannot reach the host at " + path + ": Resource temporarily unavailable (is settings-host running?)");
 }
 
 namespace {

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "connection/SocketCandidates.h"
+#include "SettingsClient/SocketCandidates.h"
 #include "support/TemporaryDirectory.h"
 
 using namespace SettingsClient;

@@ -81,9 +81,12 @@ TEST_P(SettingsCtlWithABrokenHost, ReportsAResponseThatIsNotAJsonObject) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Verb, SettingsCtlWithABrokenHost,
-                         testing::Values(Verb{"Get", {"get"}}, Verb{"Set", {"set", "k", "v"}}, Verb{"Watch", {"watch"}},
-                                         Verb{"Selected", {"selected"}}, Verb{"OpenSettings", {"open-settings"}},
-                                         Verb{"LogOut", {"logout"}}, Verb{"Page", {"page"}, true},
+                         testing::Values(Verb{"Get", {"get"}}, Verb{"Set", {"set", "--any-key", "k", "v"}},
+                                         Verb{"Watch", {"watch"}}, Verb{"Selected", {"selected"}},
+                                         Verb{"OpenSettings", {"open-settings"}}, Verb{"LogOut", {"logout"}},
+                                         Verb{"Page", {"page"}}, Verb{"Backup", {"backup"}}, Verb{"Dump", {"dump"}},
+                                         Verb{"History", {"history"}}, Verb{"Undo", {"undo", "deviceName"}},
+                                         Verb{"Reset", {"reset", "deviceName"}}, Verb{"Explain", {"explain"}},
                                          Verb{"DeviceShow", {"device", "show"}, true},
                                          Verb{"DeviceLocale", {"device", "locale", "fr-FR"}, true}),
                          [](const auto& suite) { return std::string(suite.param.name); });

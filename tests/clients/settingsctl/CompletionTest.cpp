@@ -17,7 +17,8 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-const Words verbs{"get", "set", "watch", "list", "selected", "page", "open-settings", "logout", "device"};
+const Words verbs{"get",  "set",      "reset",         "undo",   "watch", "history", "explain", "list",  "dump",
+                  "load", "selected", "open-settings", "logout", "page",  "backup",  "doctor",  "device"};
 const Words deviceVerbs{"show", "locale", "locales", "timezone", "handsfree", "captions", "do-not-disturb", "setting"};
 
 /// The keys of the catalogue that begin with `prefix`.
@@ -66,7 +67,7 @@ TEST(SettingsCtlComplete, PrintsVerbsWithTheDescriptionsOfTheHelp) {
     EXPECT_EQ(completions({""}), verbs);
     EXPECT_EQ(completions({}), verbs);
     EXPECT_EQ(completions({"--json", "device", ""}), deviceVerbs);
-    EXPECT_NE(printed({""}).find("\nset\tSet KEY to VALUE and print the result\n"), std::string::npos);
+    EXPECT_NE(printed({""}).find("\nreset\tSet KEY to its default and print the result\n"), std::string::npos);
 }
 
 TEST(SettingsCtlComplete, IsHidden) {
@@ -77,7 +78,10 @@ TEST(SettingsCtlComplete, IsHidden) {
 
 TEST(SettingsCtlComplete, PrintsTheKeysOfTheCatalogueWithTheirDescriptions) {
     EXPECT_EQ(completions({"get", "deviceName", ""}), keys());
-    EXPECT_EQ(completions({"set", "--", ""}), keys());
+    for (const std::string verb : {"set", "reset", "undo", "history", "explain"}) {
+        EXPECT_EQ(completions({verb, "--", ""}), keys()) << verb;
+    }
+    EXPECT_EQ(completions({"history", "deviceName", ""}), Words{});
     EXPECT_EQ(completions({"device", "setting", ""}), keys());
     EXPECT_NE(printed({"get", ""}).find("\ncaptionsFontSize\tText size of captions.\n"), std::string::npos);
 }
@@ -99,7 +103,9 @@ TEST(SettingsCtlComplete, PrintsTheOptionsThatMayStillBeGiven) {
     EXPECT_EQ(completions({"page", "--"}), (Words{"--help", "--new-key", "--socket", "--device-socket", "--json",
                                                   "--value", "--quiet", "--timeout", "--version"}));
     EXPECT_EQ(completions({"--value", "--socket=x", "get", "--timeout", "1", "-"}),
-              (Words{"--help", "--device-socket", "--quiet", "--version"}));
+              (Words{"--help", "--any-key", "--device-socket", "--quiet", "--version"}));
+    EXPECT_EQ(completions({"load", "--"}), (Words{"--help", "--any-key", "--dry-run", "--socket", "--device-socket",
+                                                  "--json", "--value", "--quiet", "--timeout", "--version"}));
     EXPECT_EQ(completions({"get", "--", "--"}), keys());
 }
 
@@ -114,6 +120,12 @@ TEST(SettingsCtlComplete, LeavesTheNamesOfSocketsToTheShell) {
     for (const Words& words : {Words{"--timeout", ""}, {"--timeout=1"}, {"--no-such-option=1"}}) {
         EXPECT_EQ(printed(words), "") << testing::PrintToString(words);
     }
+}
+
+TEST(SettingsCtlComplete, LeavesTheNamesOfFilesToTheShell) {
+    EXPECT_EQ(printed({"load", ""}), "files\n");
+    EXPECT_EQ(printed({"load", "--dry-run", "/r"}), "files\n");
+    EXPECT_EQ(printed({"load", "settings.json", ""}), "");
 }
 
 TEST(SettingsCtlComplete, ConnectsToTheHostForACurrentValueOnly) {
@@ -132,6 +144,7 @@ TEST(SettingsCtlComplete, ConnectsToTheHostForACurrentValueOnly) {
     }
     auto program = host.start({"complete", "--socket", host.settingsPath(), "set", "k", ""});
     Peer client = host.accept();
+    greet(client, program);
     EXPECT_EQ(client.receiveLine(), getRequest(program, 1, R"(["k"])"));
     client.sendLine(getReply(program, 1, R"({"k":"current value"})"));
     expectEnd(program, 0, "current value\t\n", "");
@@ -215,6 +228,7 @@ TEST_P(SettingsCtlCompletion, CompletesKeys) {
     EXPECT_EQ(completed("settingsctl get "), keys());
     EXPECT_EQ(completed("settingsctl get timezone captions"), keys("captions"));
     EXPECT_EQ(completed("settingsctl set --json "), keys());
+    EXPECT_EQ(completed("settingsctl set deviceName Den f"), Words{"friendlyName"});
     EXPECT_EQ(completed("settingsctl device setting f"), Words{"friendlyName"});
 }
 
@@ -267,9 +281,14 @@ TEST_P(SettingsCtlCompletion, NeedsNoHostForFixedWords) {
     EXPECT_EQ(completedWithoutHost("settingsctl set pttAlwaysOnEnabled "), (Words{"true", "false"}));
 }
 
+TEST_P(SettingsCtlCompletion, CompletesFurtherPairs) {
+    EXPECT_EQ(completed("settingsctl set deviceName Den captionsSt"), Words{"captionsStyles"});
+    EXPECT_EQ(completed("settingsctl set deviceName Den pttAlwaysOnEnabled "), (Words{"true", "false"}));
+}
+
 TEST_P(SettingsCtlCompletion, CompletesNothingWhereNoArgumentIsExpected) {
     for (const std::string typed :
-         {"watch ", "set deviceName Den ", "device show ", "device captions on ", "--timeout "}) {
+         {"watch ", "undo deviceName ", "device show ", "device captions on ", "--timeout "}) {
         EXPECT_EQ(completed("settingsctl " + typed), Words{}) << typed;
     }
 }

@@ -50,7 +50,7 @@ TEST_F(SettingsCtlInItsOwnNamespace, UsesTheSystemsHostWhenTheUserHasNone) {
     {
         auto program = start({"watch"});
         Peer client = settingsSocket.accept();
-        client.sendLine(R"({"type":18,"messageId":"watch","payload":{"isOrliaSelectedAsVA":true}})");
+        greet(client, program);
         EXPECT_EQ(program.errors().readLine(), "settingsctl: watching /run/settings-host/settings.sock");
     }
     auto program = start({"device", "show"});

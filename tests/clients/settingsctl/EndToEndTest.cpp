@@ -6,6 +6,7 @@
 
 #include "RunningHost.h"
 #include "Wire/Catalogue.h"
+#include "clients/support/Peer.h"
 #include "wire/HostClients.h"
 
 using namespace SettingsCtlTests;
@@ -92,13 +93,14 @@ TEST_F(SettingsCtlAndHost, KeepValuesWhenTheHostIsKilled) {
     expectRun({"set", "orliaLocale", R"(["fr-FR","en-US"])"}, 0,
               "orliaLocale: '[\"en-US\"]' -> '[\"fr-FR\",\"en-US\"]'\n");
     expectRun({"set", "handsFreeEnabled", "true"}, 0, "handsFreeEnabled: 'false' -> 'true'\n");
-    expectRun({"set", "ownKey", "own value"}, 0, "ownKey: '' -> 'own value'\n");
+    expectRun({"set", "--any-key", "ownKey", "own value"}, 0, "ownKey: '' -> 'own value'\n");
     host.killAndRestart();
-    expectRun({"get", "deviceName", "friendlyName", "timezone", "orliaLocale", "handsFreeEnabled", "ownKey"}, 0,
-              "deviceName=Living room\nfriendlyName=Den\nhandsFreeEnabled=true\n"
-              "orliaLocale=[\"fr-FR\",\"en-US\"]\nownKey=own value\ntimezone=Europe/Paris\n");
+    expectRun(
+        {"get", "--any-key", "deviceName", "friendlyName", "timezone", "orliaLocale", "handsFreeEnabled", "ownKey"}, 0,
+        "deviceName=Living room\nfriendlyName=Den\nhandsFreeEnabled=true\n"
+        "orliaLocale=[\"fr-FR\",\"en-US\"]\nownKey=own value\ntimezone=Europe/Paris\n");
     expectRun({"set", "deviceName", "Living room"}, 0, "deviceName: unchanged\n");
-    expectRun({"set", "ownKey", "own value"}, 0, "ownKey: unchanged\n");
+    expectRun({"set", "--any-key", "ownKey", "own value"}, 0, "ownKey: unchanged\n");
 }
 
 TEST_F(SettingsCtlAndHost, KeepEveryByteOfAValue) {
@@ -110,7 +112,7 @@ TEST_F(SettingsCtlAndHost, KeepEveryByteOfAValue) {
         EXPECT_EQ(host.run({"set", "--", "deviceName", value}).output, "deviceName: unchanged\n") << value;
     }
     expectRun({"set", "deviceName", std::string(70000, 'v')}, 1, "",
-              "settingsctl: the host refused the request: the frame is larger than 64 KiB (too-large)\n");
+              "settingsctl: 'deviceName' was refused: the frame is larger than 64 KiB\n");
     expectRun({"get", "deviceName"}, 0, "deviceName= \n");
 }
 
@@ -122,20 +124,31 @@ TEST_F(SettingsCtlAndHost, ReportWhyAValueIsRefused) {
         expectRun({"set", "orliaLocale", value}, 1, "", locale);
     }
     expectRun({"get", "--value", "orliaLocale"}, 0, "[\"en-US\"]\n");
-    expectRun({"set", "captionsEnabled", "true"}, 1, "",
-              "settingsctl: 'captionsEnabled' was refused: only the device can change it: use 'settingsctl device "
-              "captions on|off'\n");
-    expectRun({"set", "captionsEnabled", "false"}, 0, "captionsEnabled: unchanged\n");
+    for (const std::string value : {"true", "false"}) {
+        expectRun({"set", "captionsEnabled", value}, 1, "",
+                  "settingsctl: 'captionsEnabled' was refused: only the device can change it: use 'settingsctl device "
+                  "captions on|off'\n");
+    }
 }
 
-TEST_F(SettingsCtlAndHost, RefuseARequestOlderThanTheNewest) {
+TEST_F(SettingsCtlAndHost, OverruleANewerTimeStampIfForced) {
     WireTests::HostClient client(host.socketPath());
     client.sendLine(
         R"({"type":24,"timestamp":9000000000000000,"payload":{"settingDBId":"deviceName","to":"from the future"}})");
     ASSERT_TRUE(client.receiveLine());
     expectRun({"set", "deviceName", "Den"}, 1, "",
-              "settingsctl: 'deviceName' was refused: the host did not accept it or has seen a newer request; see the "
-              "host's log\n");
+              "settingsctl: 'deviceName' was refused: the host has seen a request with a newer time stamp; "
+              "'settingsctl set --force' sets it all the same\n");
+    expectRun({"set", "--force", "deviceName", "Den", "friendlyName", "Den"}, 0,
+              "deviceName: 'from the future' -> 'Den'\nfriendlyName: 'TV' -> 'Den'\n");
+}
+
+TEST_F(SettingsCtlAndHost, SetSeveralPairsAndReportEach) {
+    expectRun({"set", "deviceName", "Den", "orliaLocale", "x", "deviceName", "Attic", "friendlyName", "TV"}, 1,
+              "deviceName: 'TV' -> 'Den'\ndeviceName: 'Den' -> 'Attic'\nfriendlyName: unchanged\n",
+              "settingsctl: 'orliaLocale' was refused: it must be a JSON array with at least one locale, for example "
+              "[\"en-US\"]\n");
+    expectRun({"get", "deviceName"}, 0, "deviceName=Attic\n");
 }
 
 TEST_F(SettingsCtlAndHost, WatchChangesByClientsAndTheDevice) {
@@ -163,22 +176,66 @@ TEST_F(SettingsCtlAndHost, WatchEventsAsJson) {
     const auto hasMembers = [](const std::string& line, const std::string& middle) {
         return line.rfind(R"({"type":25,"messageId":")", 0) == 0 && line.find(middle) != std::string::npos;
     };
-    EXPECT_PRED2(hasMembers, watch.output().readLine().value_or(""),
-                 R"("sequence":1,"origin":"socket","payload":{"settingDBId":"deviceName","from":"TV","to":"Den"}})");
+    EXPECT_PRED2(
+        hasMembers, watch.output().readLine().value_or(""),
+        R"("sequence":1,"origin":"socket","client":"settingsctl","payload":{"settingDBId":"deviceName","from":"TV","to":"Den"}})");
     EXPECT_PRED2(
         hasMembers, watch.output().readLine().value_or(""),
         R"("sequence":2,"origin":"device","payload":{"settingDBId":"handsFreeEnabled","from":"false","to":"true"}})");
 }
 
-TEST_F(SettingsCtlAndHost, EndTheWatchWhenTheHostStops) {
-    auto watch = host.start({"watch"});
+TEST_F(SettingsCtlAndHost, EndTheWatchWhenTheHostStopsIfAskedTo) {
+    auto watch = host.start({"watch", "--no-reconnect"});
     expectWatching(watch);
     EXPECT_EQ(host.stop(), 0);
     EXPECT_EQ(watch.wait(), 3);
     EXPECT_EQ(watch.errors().readAll(), "settingsctl: the host at " + host.socketPath() + " closed the connection\n");
-    expectRun({"--socket", host.socketPath(), "get"}, 3, "",
-              "settingsctl: cannot reach the host at " + host.socketPath() +
-                  ": No such file or directory (is settings-host running?)\n");
+    for (const std::string verb : {"get", "watch"}) {
+        expectRun({"--socket", host.socketPath(), verb}, 3, "",
+                  "settingsctl: cannot reach the host at " + host.socketPath() +
+                      ": No such file or directory (is settings-host running?)\n");
+    }
+}
+
+TEST_F(SettingsCtlAndHost, WatchOverARestartOfTheHost) {
+    auto watch = host.start({"watch"});
+    expectWatching(watch);
+    host.run({"set", "deviceName", "Den"});
+    host.killAndRestart();
+    EXPECT_EQ(watch.output().readLine(), "deviceName: 'TV' -> 'Den'");
+    EXPECT_EQ(watch.errors().readLine(),
+              "settingsctl: the host at " + host.socketPath() + " closed the connection; connecting again");
+    EXPECT_EQ(watch.output().readLine(), "reread: all settings");
+    expectWatching(watch);
+    host.run({"set", "deviceName", "Attic"});
+    EXPECT_EQ(watch.output().readLine(), "deviceName: 'Den' -> 'Attic'");
+}
+
+TEST_F(SettingsCtlAndHost, WatchWithoutAGapWhileTheConnectionIsLost) {
+    // A relay between the program and the host, which the test interrupts.
+    const ClientTests::ListeningSocket relay(host.runtimeFolder() + "/relay.sock");
+    auto watch = host.start({"--socket", host.runtimeFolder() + "/relay.sock", "watch"});
+    const auto relayHello = [&](ClientTests::Peer& program, std::size_t frames) {
+        auto connection = std::make_unique<WireTests::HostClient>(host.socketPath());
+        connection->sendLine(program.receiveLine());
+        for (std::size_t frame = 0; frame < frames; ++frame) {
+            program.sendLine(connection->receiveLine().value_or("nothing"));
+        }
+        return connection;
+    };
+    auto first = relay.accept();
+    const auto before = relayHello(first, 1);
+    EXPECT_EQ(watch.errors().readLine(), "settingsctl: watching " + host.runtimeFolder() + "/relay.sock");
+    first.close();
+    host.run({"set", "deviceName", "Den"});
+    host.run({"device", "captions", "on"});
+    host.run({"set", "deviceName", "Attic"});
+    auto second = relay.accept();
+    const auto after = relayHello(second, 3);
+    for (const std::string line :
+         {"deviceName: 'TV' -> 'Den'", "deviceName: 'Den' -> 'Attic'", "reread: captionsEnabled"}) {
+        EXPECT_EQ(watch.output().readLine(), line);
+    }
 }
 
 TEST_F(SettingsCtlAndHost, ClearTheUsersValuesOnLogOut) {
@@ -237,12 +294,12 @@ TEST_F(SettingsCtlAndHost, ReportWhyTheDeviceChangedNothing) {
         {"device", "setting", "orliaLocale", "fr-FR"}, 1, "",
         "settingsctl: the host refused the request: nothing changed: the value must be a JSON array with at least one "
         "locale (wrong-form)\n");
-    expectRun({"device", "setting", std::string(300, 'k'), "v"}, 1, "",
+    expectRun({"device", "setting", "--any-key", std::string(300, 'k'), "v"}, 1, "",
               "settingsctl: the host refused the request: nothing changed: the storage refused the value; see the "
               "host's log (not-stored)\n");
     for (const std::string key : {"deviceName", "friendlyName", "ownKey", "tovanEntitlementStatus", "timezone"}) {
-        expectRun({"device", "setting", key, "Den"}, 0, "");
-        expectRun({"device", "setting", key, "Den"}, 0, key + ": unchanged\n");
+        expectRun({"device", "setting", "--any-key", key, "Den"}, 0, "");
+        expectRun({"device", "setting", "--any-key", key, "Den"}, 0, key + ": unchanged\n");
     }
     expectRun({"device", "setting", "orliaLocale", "[\"en-US\"]"}, 0, "orliaLocale: unchanged\n");
     expectRun({"device", "setting", "orliaLocale", "[ \"en-US\"]"}, 0, "");

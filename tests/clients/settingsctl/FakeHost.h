@@ -40,10 +40,28 @@ std::string messageId(const TestSupport::ChildProcess& program, int number);
 std::string getRequest(const TestSupport::ChildProcess& program, int number, const std::string& keys);
 std::string bareRequest(int type, const TestSupport::ChildProcess& program, int number);
 
+/// `{"messageId":…,NAME:BODY}`: a frame without type of the program, or the host's reply to it.
+std::string queryFrame(const TestSupport::ChildProcess& program, int number, const std::string& name,
+                       const std::string& body = "{}");
+
+/// Takes the program's hello, and replies as a host of wire 1.1.
+void greet(Peer& client, const TestSupport::ChildProcess& program);
+
+/// The program's SetSettings request of that number.
+std::string setRequest(const TestSupport::ChildProcess& program, int number, const std::string& timestamp,
+                       const std::string& key, const std::string& value);
+
+/// The host's answer to the program's SetSettings request of that number.
+std::string changeAnswer(const TestSupport::ChildProcess& program, int number, const std::string& payload);
+
+/// Takes the request that follows the first change, and replies: a host that gives no answers has then served the
+/// change.
+void replyToFence(Peer& client);
+
 /// Frames as a host sends them.
 std::string getReply(const TestSupport::ChildProcess& program, int number, const std::string& settings);
-std::string event(const std::string& key, const std::string& from, const std::string& to,
-                  const std::string& timestamp = "1700000000000");
+std::string event(const std::string& key, const std::string& from, const std::string& to, int sequence = 1);
+std::string refusal(const std::string& code, const std::string& message);
 
 /// Expects that a program ends like this.
 void expectEnd(TestSupport::ChildProcess& program, int status, const std::string& output, const std::string& errors);

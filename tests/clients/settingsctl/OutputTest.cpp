@@ -33,8 +33,11 @@ TEST(SettingsCtlOutput, KeepsEverythingElse) {
 }
 
 TEST(SettingsCtlOutput, WritesAChangeAsOneLine) {
-    EXPECT_EQ(changeLine("deviceName", "TV", "Den"), "deviceName: 'TV' -> 'Den'");
-    EXPECT_EQ(changeLine("k\n", "\x1b", ""), "k\\n: '\\x1b' -> ''");
+    EXPECT_EQ(changeLine({}, "deviceName", "TV", "Den"), "deviceName: 'TV' -> 'Den'");
+    EXPECT_EQ(changeLine({}, "k\n", "\x1b", ""), "k\\n: '\\x1b' -> ''");
+    OutputStyle bare;
+    bare.bareValues = true;
+    EXPECT_EQ(changeLine(bare, "deviceName", "TV", "D\ten"), "D\\ten");
 }
 
 TEST(SettingsCtlOutput, WritesJsonInTheOrderOfItsKeys) {

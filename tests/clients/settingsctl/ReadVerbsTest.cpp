@@ -13,6 +13,7 @@ namespace {
 void replyToGet(const FakeHost& host, const TestSupport::ChildProcess& program, const std::string& keys,
                 const std::string& settings) {
     Peer client = host.accept();
+    greet(client, program);
     EXPECT_EQ(client.receiveLine(), getRequest(program, 1, keys));
     client.sendLine(getReply(program, 1, settings));
     EXPECT_TRUE(client.clientCloses());
@@ -38,7 +39,7 @@ TEST(SettingsCtlGet, RequestsTheGivenKeysUnchanged) {
 
 TEST(SettingsCtlGet, AcceptsKeysNamedLikeVerbs) {
     const FakeHost host;
-    auto program = host.start({"get", "list", "", "{}"});
+    auto program = host.start({"get", "--any-key", "list", "", "{}"});
     replyToGet(host, program, R"(["list","","{}"])", R"({"list":"1","":"2","{}":"3"})");
     expectEnd(program, 0, "=2\nlist=1\n{}=3\n", "");
 }
@@ -66,14 +67,14 @@ TEST(SettingsCtlGet, PrintsNothingWhenQuiet) {
 
 TEST(SettingsCtlGet, FailsForAKeyWithoutAValueAfterPrintingTheOthers) {
     const FakeHost host;
-    auto program = host.start({"get", "a\n", "deviceName", "b"});
+    auto program = host.start({"get", "--any-key", "a\n", "deviceName", "b"});
     replyToGet(host, program, R"(["a\n","deviceName","b"])", R"({"deviceName":"TV"})");
     expectEnd(program, 1, "deviceName=TV\n", "settingsctl: 'a\\n' has no value\nsettingsctl: 'b' has no value\n");
 }
 
 TEST(SettingsCtlGet, FailsForAKeyWithoutAValueInJson) {
     const FakeHost host;
-    auto program = host.start({"get", "--json", "b"});
+    auto program = host.start({"get", "--any-key", "--json", "b"});
     replyToGet(host, program, R"(["b"])", "{}");
     expectEnd(program, 1, "{}\n", "settingsctl: 'b' has no value\n");
 }
@@ -129,6 +130,7 @@ TEST(SettingsCtlGet, ReportsARefusal) {
     const FakeHost host;
     auto program = host.start({"get"});
     Peer client = host.accept();
+    greet(client, program);
     client.receiveLine();
     client.sendLine(R"({"error":{"code":"too-large","message":"larger than\n64 KiB"}})");
     expectEnd(program, 1, "", "settingsctl: the host refused the request: larger than\\n64 KiB (too-large)\n");
@@ -151,7 +153,7 @@ TEST(SettingsCtlGet, PrintsDifferentValuesDifferently) {
 
 namespace {
 
-TestSupport::Finished list(std::vector<std::string> options) {
+TestSupport::Finished runList(std::vector<std::string> options) {
     options.insert(options.begin(), {SETTINGSCTL_PROGRAM, "list"});
     return TestSupport::run(options, {{"XDG_RUNTIME_DIR", "/nowhere"}});
 }
@@ -169,18 +171,18 @@ TEST(SettingsCtlList, PrintsTheKeysOfAllSettingsInOrderWithoutAHost) {
         lines += key + "\n";
         json += (json.empty() ? "[\"" : ",\"") + key + "\"";
     }
-    const auto text = list({});
+    const auto text = runList({});
     EXPECT_EQ(text.output, lines);
     EXPECT_EQ(text.output.rfind("captionsEnabled\ncaptionsFontSize\n", 0), 0U) << text.output;
     EXPECT_EQ(text.errors, "");
     EXPECT_EQ(text.status, 0);
-    const auto array = list({"--json"});
+    const auto array = runList({"--json"});
     EXPECT_EQ(array.output, json + "]\n");
     EXPECT_EQ(array.status, 0);
 }
 
 TEST(SettingsCtlList, PrintsNothingWhenQuiet) {
-    const auto end = list({"--quiet"});
+    const auto end = runList({"--quiet"});
     EXPECT_EQ(end.output + end.errors, "");
     EXPECT_EQ(end.status, 0);
 }
@@ -191,6 +193,7 @@ protected:
         const FakeHost host;
         auto program = host.start(std::move(arguments));
         Peer client = host.accept();
+        greet(client, program);
         EXPECT_EQ(client.receiveLine(), bareRequest(18, program, 1));
         client.sendLine(R"({"type":18,"messageId":")" + messageId(program, 1) +
                         R"(","payload":{"isOrliaSelectedAsVA":)" + (GetParam() ? "true" : "false") + "}}");

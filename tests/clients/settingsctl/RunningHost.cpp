@@ -2,18 +2,19 @@
 
 #include <csignal>
 #include <stdexcept>
+#include <utility>
 
 #include "support/Sanitizers.h"
 
 namespace SettingsCtlTests {
 
-RunningHost::RunningHost() {
+RunningHost::RunningHost(std::vector<std::string> webOptions) : web(std::move(webOptions)) {
     start();
 }
 
 void RunningHost::start() {
-    std::vector<std::string> arguments{SETTINGS_HOST_PROGRAM, "--storage", folder / "settings.db", "--no-web",
-                                       "--log-level",         "3"};
+    std::vector<std::string> arguments{SETTINGS_HOST_PROGRAM, "--storage", storagePath(), "--log-level", "3"};
+    arguments.insert(arguments.end(), web.begin(), web.end());
     if (TestSupport::sanitized) {
         // The runtime of such a build needs more of the system than the host.
         arguments.emplace_back("--no-sandbox");

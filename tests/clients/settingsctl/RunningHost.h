@@ -15,7 +15,7 @@ namespace SettingsCtlTests {
 class RunningHost {
 public:
     /// Returns when the host is ready; throws when it fails to start.
-    RunningHost();
+    explicit RunningHost(std::vector<std::string> webOptions = {"--no-web"});
 
     /// Runs settingsctl to its end.
     TestSupport::Finished run(std::vector<std::string> arguments) const;
@@ -29,10 +29,12 @@ public:
     std::string runtimeFolder() const { return folder.path().string(); }
     std::string socketPath() const { return folder / "settings-host/settings.sock"; }
     std::string devicePath() const { return folder / "settings-host/device.sock"; }
+    std::string storagePath() const { return folder / "settings.db"; }
 
 private:
     void start();
 
+    const std::vector<std::string> web;
     TestSupport::TemporaryDirectory folder;
     std::optional<TestSupport::ChildProcess> process;
     std::optional<WireTests::TracedHost> traffic;

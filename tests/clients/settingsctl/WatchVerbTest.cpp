@@ -8,9 +8,6 @@ using namespace SettingsCtlTests;
 
 namespace {
 
-constexpr const char* query = R"({"type":18,"messageId":"watch"})";
-constexpr const char* reply = R"({"type":18,"messageId":"watch","payload":{"isOrliaSelectedAsVA":true}})";
-
 /// A watching program and the host that serves it.
 class SettingsCtlWatch : public testing::Test {
 protected:
@@ -19,6 +16,11 @@ protected:
     /// The test reads what the program prints while it runs.
     static void expectLine(TestSupport::ChildProcess& program, const std::string& line) {
         EXPECT_EQ(program.output().readLine(), line);
+    }
+
+    /// A hello of the program, or the host's answer to it.
+    static std::string helloFrame(const TestSupport::ChildProcess& program, const std::string& body) {
+        return R"({"messageId":"settingsctl-)" + std::to_string(program.pid()) + R"(-hello","hello":)" + body + "}";
     }
 
     static void expectInterruption(TestSupport::ChildProcess& program, int signal) {
@@ -34,12 +36,11 @@ protected:
 TEST_F(SettingsCtlWatch, PrintsEachChangeAtOnce) {
     auto program = host.start({"watch"});
     Peer client = host.accept();
-    EXPECT_EQ(client.receiveLine(), query);
-    client.sendLine(reply);
+    greet(client, program);
     EXPECT_EQ(program.errors().readLine(), readyLine());
     client.sendLine(event("deviceName", "TV", "Living room"));
     expectLine(program, "deviceName: 'TV' -> 'Living room'");
-    client.sendLine(event("deviceName", "Living room", "a\\u001b\xc2\x9b"));
+    client.sendLine(event("deviceName", "Living room", "a\\u001b\xc2\x9b", 2));
     expectLine(program, "deviceName: 'Living room' -> 'a\\x1b\\u009b'");
     expectInterruption(program, SIGINT);
 }
@@ -51,6 +52,15 @@ TEST_F(SettingsCtlWatch, PrintsTheKeysOfANotice) {
     expectLine(program, "reread: captionsEnabled, time\\x07zone");
     client.sendLine(R"({"notice":{"reread":["captionsEnabled"]}})");
     expectLine(program, "reread: captionsEnabled");
+}
+
+TEST_F(SettingsCtlWatch, PrintsNewValuesAlone) {
+    auto program = host.start({"watch", "--value"});
+    Peer client = host.accept();
+    greet(client, program);
+    client.sendLine(R"({"notice":{"reread":["captionsEnabled"]}})");
+    client.sendLine(event("deviceName", "TV", "Living room"));
+    expectLine(program, "Living room");
 }
 
 TEST_F(SettingsCtlWatch, PrintsFramesUnchangedAsJson) {
@@ -71,7 +81,7 @@ TEST_F(SettingsCtlWatch, PrintsEventsBeforeTheFirstReply) {
     Peer client = host.accept();
     client.sendLine(event("k", "a", "b"));
     expectLine(program, "k: 'a' -> 'b'");
-    client.sendLine(reply);
+    greet(client, program);
     EXPECT_EQ(program.errors().readLine(), readyLine());
 }
 
@@ -85,10 +95,9 @@ TEST_F(SettingsCtlWatch, SkipsOtherFrames) {
 }
 
 TEST_F(SettingsCtlWatch, PrintsNothingWhenQuiet) {
-    auto program = host.start({"watch", "--quiet"});
+    auto program = host.start({"watch", "--quiet", "--no-reconnect"});
     Peer client = host.accept();
-    client.receiveLine();
-    client.sendLine(reply);
+    greet(client, program);
     client.sendLine(event("k", "a", "b"));
     client.close();
     expectEnd(program, 3, "", "settingsctl: the host at " + host.settingsPath() + " closed the connection\n");
@@ -98,7 +107,7 @@ TEST_F(SettingsCtlWatch, EndsWithStatus0OnSigintAndSigterm) {
     for (const int signal : {SIGINT, SIGTERM}) {
         auto program = host.start({"watch"});
         Peer client = host.accept();
-        client.sendLine(reply);
+        greet(client, program);
         EXPECT_EQ(program.errors().readLine(), readyLine());
         expectInterruption(program, signal);
     }
@@ -115,13 +124,13 @@ TEST_F(SettingsCtlWatch, FailsWhenItsOutputIsAClosedPipe) {
     for (const bool withChange : {false, true}) {
         auto program = host.start({"watch"});
         Peer client = host.accept();
-        client.sendLine(reply);
+        greet(client, program);
         EXPECT_EQ(program.errors().readLine(), readyLine());
         program.closeOutput();
         if (withChange) {
             client.sendLine(event("k", "a", "b"));
         }
-        EXPECT_TRUE(client.receiveLine() == query && client.clientCloses());
+        EXPECT_TRUE(client.clientCloses());
         EXPECT_EQ(program.errors().readAll(), "settingsctl: cannot write to standard output: Broken pipe\n");
         EXPECT_EQ(program.wait(), 1);
     }
@@ -131,19 +140,20 @@ TEST_F(SettingsCtlWatch, FailsInAPipelineWhoseReaderEnds) {
     TestSupport::ChildProcess program({"bash", "-c", R"(set -o pipefail; "$0" --socket "$1" watch | head -n 1)",
                                        SETTINGSCTL_PROGRAM, host.settingsPath()});
     Peer client = host.accept();
-    client.sendLine(reply);
+    // The process is the shell's.
+    const std::string hello = client.receiveLine();
+    client.sendLine(hello.substr(0, hello.find("{\"client\"")) + R"({"version":"1.1.0","run":"run","sequence":0}})");
     EXPECT_EQ(program.errors().readLine(), readyLine());
     client.sendLine(event("k", "a", "b"));
-    EXPECT_TRUE(client.receiveLine() == query && client.clientCloses());
+    EXPECT_TRUE(client.clientCloses());
     expectEnd(program, 1, "k: 'a' -> 'b'\n", "settingsctl: cannot write to standard output: Broken pipe\n");
 }
 
 TEST_F(SettingsCtlWatch, NeedsNoOutputWhenQuiet) {
-    auto program = host.start({"watch", "--quiet"});
+    auto program = host.start({"watch", "--quiet", "--no-reconnect"});
     Peer client = host.accept();
     program.closeOutput();
-    EXPECT_EQ(client.receiveLine(), query);
-    client.sendLine(reply);
+    greet(client, program);
     client.sendLine(event("k", "a", "b"));
     client.close();
     EXPECT_EQ(program.errors().readAll(),
@@ -151,13 +161,63 @@ TEST_F(SettingsCtlWatch, NeedsNoOutputWhenQuiet) {
     EXPECT_EQ(program.wait(), 3);
 }
 
-TEST_F(SettingsCtlWatch, ReportsThatTheHostClosed) {
+TEST_F(SettingsCtlWatch, ConnectsAgainAndGoesOnWithoutAGap) {
+    auto program = host.start({"watch"});
+    Peer client = host.accept();
+    greet(client, program);
+    EXPECT_EQ(program.errors().readLine(), readyLine());
+    client.sendLine(event("k", "a", "b"));
+    expectLine(program, "k: 'a' -> 'b'");
+    client.close();
+    EXPECT_EQ(program.errors().readLine(),
+              "settingsctl: the host at " + host.settingsPath() + " closed the connection; connecting again");
+    Peer second = host.accept();
+    EXPECT_EQ(second.receiveLine(),
+              helloFrame(program, R"({"client":"settingsctl","resume":{"run":"run","sequence":1}})"));
+    second.sendLine(event("k", "b", "c", 2));
+    second.sendLine(
+        helloFrame(program, R"({"version":"1.1.0","run":"run","sequence":2,"missed":false,"reread":["timezone"]})"));
+    second.sendLine(event("k", "c", "d", 3));
+    expectLine(program, "k: 'b' -> 'c'");
+    expectLine(program, "reread: timezone");
+    expectLine(program, "k: 'c' -> 'd'");
+    EXPECT_EQ(program.errors().readLine(), readyLine());
+    expectInterruption(program, SIGINT);
+}
+
+TEST_F(SettingsCtlWatch, SaysWhenChangesWereMissed) {
+    for (const bool json : {false, true}) {
+        auto program =
+            host.start(json ? std::vector<std::string>{"watch", "--json"} : std::vector<std::string>{"watch"});
+        Peer client = host.accept();
+        greet(client, program);
+        EXPECT_EQ(program.errors().readLine(), readyLine());
+        client.close();
+        Peer second = host.accept();
+        second.receiveLine();
+        const std::string missed =
+            helloFrame(program, R"({"version":"1.1.0","run":"another","sequence":0,"missed":true})");
+        second.sendLine(missed);
+        expectLine(program, json ? missed : "reread: all settings");
+    }
+}
+
+TEST_F(SettingsCtlWatch, ConnectsToAHostOfVersion1) {
     auto program = host.start({"watch"});
     Peer client = host.accept();
     client.receiveLine();
-    client.sendLine(reply);
+    client.sendLine(refusal("unknown-type", "no such type"));
+    EXPECT_EQ(program.errors().readLine(), readyLine());
     client.sendLine(event("k", "a", "b"));
-    client.send(event("k", "b", "c"));
+    expectLine(program, "k: 'a' -> 'b'");
+}
+
+TEST_F(SettingsCtlWatch, EndsWithTheConnectionIfAskedTo) {
+    auto program = host.start({"watch", "--no-reconnect"});
+    Peer client = host.accept();
+    greet(client, program);
+    client.sendLine(event("k", "a", "b"));
+    client.send(event("k", "b", "c", 2));
     client.close();
     expectEnd(program, 3, "k: 'a' -> 'b'\n",
               readyLine() + "\nsettingsctl: the host at " + host.settingsPath() + " closed the connection\n");
@@ -174,7 +234,7 @@ TEST_F(SettingsCtlWatch, WaitsWithoutLimitAfterTheFirstReply) {
     for (const int milliseconds : {50, 500, 5000}) {
         auto program = host.start({"watch", "--timeout", std::to_string(milliseconds / 1000.0)});
         Peer client = host.accept();
-        client.sendLine(reply);
+        greet(client, program);
         if (program.errors().readLine() == readyLine()) {
             EXPECT_EQ(program.wait(std::chrono::milliseconds(3 * milliseconds)), std::nullopt);
             client.sendLine(event("k", "a", "b"));
@@ -183,11 +243,4 @@ TEST_F(SettingsCtlWatch, WaitsWithoutLimitAfterTheFirstReply) {
         }
     }
     FAIL() << "no reply came within the timeout";
-}
-
-TEST_F(SettingsCtlWatch, ReportsARefusal) {
-    auto program = host.start({"watch"});
-    Peer client = host.accept();
-    client.sendLine(R"({"error":{"code":"unknown-type","message":"no such type"}})");
-    expectEnd(program, 1, "", "settingsctl: the host refused the request: no such type (unknown-type)\n");
 }

@@ -4,7 +4,6 @@
 
 #include "FakeHost.h"
 #include "Utils/Rapidjson.h"
-#include "Wire/Catalogue.h"
 
 using namespace SettingsCtlTests;
 
@@ -21,124 +20,104 @@ std::int64_t timestampOf(const std::string& request) {
     return document["timestamp"].GetInt64();
 }
 
-/// What the host sends: both replies, and frames before them.
-struct HostScript {
-    std::string oldSettings = "{}";
-    std::vector<std::string> framesBefore;
-    std::vector<std::string> framesBetween;
-    std::string newSettings = "{}";
-};
+constexpr const char* changed = R"({"outcome":"changed","settingDBId":"deviceName","value":"Den"})";
 
-struct Outcome {
-    TestSupport::Finished end;
+/// Runs `set deviceName Den`, or with other arguments, against a host that sends `events` and answers with `payload`.
+struct SetRun {
+    explicit SetRun(const std::string& payload, const std::vector<std::string>& events = {},
+                    std::vector<std::string> arguments = {"set", "deviceName", "Den"}) {
+        const FakeHost host;
+        auto program = host.start(std::move(arguments));
+        Peer client = host.accept();
+        greet(client, program);
+        request = client.receiveLine();
+        for (const auto& frame : events) {
+            client.sendLine(frame);
+        }
+        client.sendLine(changeAnswer(program, 1, payload));
+        replyToFence(client);
+        EXPECT_TRUE(client.clientCloses());
+        end = finish(program);
+    }
+    void expectEnd(int status, const std::string& output, const std::string& errors) const {
+        EXPECT_EQ(end.output, output);
+        EXPECT_EQ(end.errors, errors);
+        EXPECT_EQ(end.status, status);
+    }
+
     std::string request;
+    TestSupport::Finished end;
 };
 
-/// Runs `set deviceName Den`, or with other arguments, against a host that sends `script`.
-Outcome runSet(const HostScript& script, std::vector<std::string> arguments = {"set", "deviceName", "Den"}) {
-    const FakeHost host;
-    auto program = host.start(std::move(arguments));
-    Peer client = host.accept();
-    const std::string query = client.receiveLine();
-    const std::string keys = query.substr(query.find('['), query.find(']') + 1 - query.find('['));
-    EXPECT_EQ(query, getRequest(program, 1, keys));
-    for (const auto& frame : script.framesBefore) {
-        client.sendLine(frame);
-    }
-    client.sendLine(getReply(program, 1, script.oldSettings));
-    std::string request = client.receiveLine();
-    EXPECT_EQ(client.receiveLine(), getRequest(program, 3, keys));
-    for (const auto& frame : script.framesBetween) {
-        client.sendLine(frame);
-    }
-    client.sendLine(getReply(program, 3, script.newSettings));
-    EXPECT_TRUE(client.clientCloses());
-    return {finish(program), std::move(request)};
-}
-
-void expectEnd(const Outcome& outcome, int status, const std::string& output, const std::string& errors) {
-    EXPECT_EQ(outcome.end.output, output);
-    EXPECT_EQ(outcome.end.errors, errors);
-    EXPECT_EQ(outcome.end.status, status);
+std::string refusedFor(const std::string& reason, const std::string& members = "") {
+    return R"({"outcome":"refused","reason":")" + reason + R"(","message":"the host's words","settingDBId":"k")" +
+           members + "}";
 }
 
 }  // namespace
 
-TEST(SettingsCtlSet, ReadsSetsAndReadsAgainOnOneConnection) {
+TEST(SettingsCtlSet, AsksForAnAnswer) {
     const FakeHost host;
+    const std::int64_t before = millisecondsSinceEpoch();
     auto program = host.start({"set", "deviceName", "Den"});
     Peer client = host.accept();
-    EXPECT_EQ(client.receiveLine(), getRequest(program, 1, R"(["deviceName"])"));
-    const std::int64_t before = millisecondsSinceEpoch();
-    client.sendLine(getReply(program, 1, R"({"deviceName":"TV"})"));
+    greet(client, program);
     const std::string request = client.receiveLine();
     const std::int64_t timestamp = timestampOf(request);
     EXPECT_GE(timestamp, before);
     EXPECT_LE(timestamp, millisecondsSinceEpoch());
-    EXPECT_EQ(request, R"({"type":24,"messageId":")" + messageId(program, 2) + R"(","timestamp":)" +
-                           std::to_string(timestamp) + R"(,"payload":{"settingDBId":"deviceName","to":"Den"}})");
-    EXPECT_EQ(client.receiveLine(), getRequest(program, 3, R"(["deviceName"])"));
+    EXPECT_EQ(request, setRequest(program, 1, std::to_string(timestamp), "deviceName", "Den"));
     client.sendLine(event("deviceName", "TV", "Den"));
-    client.sendLine(getReply(program, 3, R"({"deviceName":"Den"})"));
+    client.sendLine(changeAnswer(program, 1, changed));
+    replyToFence(client);
     EXPECT_TRUE(client.clientCloses());
-    SettingsCtlTests::expectEnd(program, 0, "deviceName: 'TV' -> 'Den'\n", "");
+    expectEnd(program, 0, "deviceName: 'TV' -> 'Den'\n", "");
 }
 
-TEST(SettingsCtlSet, PrintsTheChangeOfTheEvent) {
-    const Outcome outcome = runSet(
-        {R"({"deviceName":"old"})", {}, {event("deviceName", "the event has it", "Den")}, R"({"deviceName":"Den"})"});
-    expectEnd(outcome, 0, "deviceName: 'the event has it' -> 'Den'\n", "");
-}
-
-TEST(SettingsCtlSet, PrintsUnchangedWithoutAnEventForTheSameValue) {
-    expectEnd(runSet({R"({"deviceName":"Den"})", {}, {}, R"({"deviceName":"Den"})"}), 0, "deviceName: unchanged\n", "");
-}
-
-TEST(SettingsCtlSet, ReportsARefusalWithoutAnEventForAnotherValue) {
-    expectEnd(runSet({R"({"deviceName":"TV"})", {}, {}, R"({"deviceName":"TV"})"}), 1, "",
-              "settingsctl: 'deviceName' was refused: the host did not accept it or has seen a newer request; see the "
-              "host's log\n");
-}
-
-TEST(SettingsCtlSet, AcceptsOnlyAnEventOfItsKeyAndValueAfterItsRequest) {
-    const std::string mine = event("deviceName", "TV", "Den");
-    const HostScript script{R"({"deviceName":"TV"})",
-                            {mine},
-                            {event("friendlyName", "TV", "Den"), event("deviceName", "TV", "Attic"),
-                             R"({"notice":{"reread":["deviceName"]}})"},
-                            R"({"deviceName":"Attic"})"};
-    EXPECT_EQ(runSet(script).end.status, 1);
-}
-
-TEST(SettingsCtlSet, SucceedsWhenAnotherClientSetsTheValueAgain) {
-    const HostScript script{R"({"deviceName":"TV"})",
-                            {},
-                            {event("deviceName", "TV", "Den"), event("deviceName", "Den", "Attic")},
-                            R"({"deviceName":"Attic"})"};
-    expectEnd(runSet(script), 0, "deviceName: 'TV' -> 'Den'\n", "settingsctl: accepted, but read back as 'Attic'\n");
+TEST(SettingsCtlSet, PrintsUnchanged) {
+    SetRun(R"({"outcome":"unchanged","settingDBId":"deviceName","value":"Den"})")
+        .expectEnd(0, "deviceName: unchanged\n", "");
 }
 
 TEST(SettingsCtlSet, WarnsWhenTheOwnerStoresAnotherValue) {
-    const HostScript script{R"({"handsFreeEnabled":"false"})",
-                            {},
-                            {event("handsFreeEnabled", "false", "TRUE")},
-                            R"({"handsFreeEnabled":"false"})"};
-    expectEnd(runSet(script, {"set", "handsFreeEnabled", "TRUE"}), 0, "handsFreeEnabled: 'false' -> 'TRUE'\n",
-              "settingsctl: accepted, but read back as 'false'\n");
+    SetRun(R"({"outcome":"changed","settingDBId":"handsFreeEnabled","value":"false"})",
+           {event("handsFreeEnabled", "false", "TRUE")}, {"set", "handsFreeEnabled", "TRUE"})
+        .expectEnd(0, "handsFreeEnabled: 'false' -> 'TRUE'\n", "settingsctl: accepted, but read back as 'false'\n");
 }
 
-TEST(SettingsCtlSet, IsNeverOlderThanTheNewestEvent) {
-    const std::string future = "4102444800000";
-    const HostScript script{
-        R"({"deviceName":"TV"})", {event("timezone", "a", "b", future)}, {}, R"({"deviceName":"Den"})"};
-    EXPECT_EQ(timestampOf(runSet(script).request), 4102444800000);
+TEST(SettingsCtlSet, WarnsOfAValueThatTheCatalogueDoesNotList) {
+    SetRun(R"({"outcome":"changed","settingDBId":"captionsFontSize","value":"HUGE"})",
+           {event("captionsFontSize", "FONT_SMALL", "HUGE")}, {"set", "captionsFontSize", "HUGE"})
+        .expectEnd(0, "captionsFontSize: 'FONT_SMALL' -> 'HUGE'\n",
+                   "settingsctl: 'HUGE' is not a listed value of 'captionsFontSize': FONT_SMALL, FONT_MEDIUM, "
+                   "FONT_LARGE, FONT_EXTRA_LARGE\n");
+    SetRun(R"({"outcome":"unchanged","value":"FONT_LARGE"})", {}, {"set", "captionsFontSize", "FONT_LARGE"})
+        .expectEnd(0, "captionsFontSize: unchanged\n", "");
+}
+
+TEST(SettingsCtlSet, ReportsTheReasonOfARefusal) {
+    const auto errorsFor = [](const std::string& key, const std::string& payload) {
+        const SetRun run(payload, {}, {"set", key, "v"});
+        EXPECT_EQ(run.end.status, 1);
+        EXPECT_EQ(run.end.output, "");
+        return run.end.errors;
+    };
+    const std::string refused = "settingsctl: 'deviceName' was refused: ";
+    EXPECT_EQ(errorsFor("deviceName", refusedFor("incomplete")), refused + "the host's words\n");
+    EXPECT_EQ(errorsFor("deviceName", refusedFor("not-stored")), refused + "the host's words; see the host's log\n");
+    EXPECT_EQ(errorsFor("deviceName", refusedFor("stale", R"(,"newest":9)")),
+              refused +
+                  "the host has seen a request with a newer time stamp; 'settingsctl set --force' sets it all "
+                  "the same\n");
+    EXPECT_EQ(errorsFor("orliaLocale", refusedFor("wrong-form")),
+              "settingsctl: 'orliaLocale' was refused: it must be a JSON array with at least one locale, for example "
+              "[\"en-US\"]\n");
+    EXPECT_EQ(errorsFor("deviceName", refusedFor("later")), refused + "the host's words\n");
 }
 
 TEST(SettingsCtlSet, NamesTheVerbOfTheDeviceForASettingThatOnlyTheDeviceSets) {
     const auto errorsFor = [](const std::string& key) {
-        const Outcome outcome = runSet({}, {"set", key, "no such value"});
-        EXPECT_EQ(outcome.end.status, 1) << key;
-        return outcome.end.errors;
+        return SetRun(refusedFor("read-only"), {}, {"set", key, "v"}).end.errors;
     };
     EXPECT_EQ(errorsFor("captionsEnabled"),
               "settingsctl: 'captionsEnabled' was refused: only the device can change it: use 'settingsctl device "
@@ -146,17 +125,123 @@ TEST(SettingsCtlSet, NamesTheVerbOfTheDeviceForASettingThatOnlyTheDeviceSets) {
     EXPECT_EQ(errorsFor("doNotDisturbEnabled"),
               "settingsctl: 'doNotDisturbEnabled' was refused: only the device can change it: use 'settingsctl device "
               "do-not-disturb on|off'\n");
-    for (const auto& setting : Wire::catalogue()) {
-        const bool namesTheDevice = errorsFor(setting.key).find("'settingsctl device ") != std::string::npos;
-        EXPECT_EQ(namesTheDevice, setting.setByDeviceOnly) << setting.key;
+}
+
+TEST(SettingsCtlSet, WithForceSetsAStaleValueOnceMoreWithANewerTimeStamp) {
+    for (const auto& [newest, newer] :
+         {std::pair("9000000000000000", "9000000000000001"), std::pair("9223372036854775807", "9223372036854775807")}) {
+        const FakeHost host;
+        auto program = host.start({"set", "--force", "deviceName", "Den"});
+        Peer client = host.accept();
+        greet(client, program);
+        client.receiveLine();
+        client.sendLine(changeAnswer(program, 1, refusedFor("stale", std::string(R"(,"newest":)") + newest)));
+        replyToFence(client);
+        EXPECT_EQ(client.receiveLine(), setRequest(program, 3, newer, "deviceName", "Den"));
+        client.sendLine(event("deviceName", "TV", "Den"));
+        client.sendLine(changeAnswer(program, 3, changed));
+        expectEnd(program, 0, "deviceName: 'TV' -> 'Den'\n", "");
     }
 }
 
-TEST(SettingsCtlSet, NamesTheFormOfALocale) {
-    const std::string settings = R"({"orliaLocale":"[\"en-US\"]"})";
-    expectEnd(runSet({settings, {}, {}, settings}, {"set", "orliaLocale", "fr-FR"}), 1, "",
-              "settingsctl: 'orliaLocale' was refused: it must be a JSON array with at least one locale, for example "
-              "[\"en-US\"]\n");
+TEST(SettingsCtlSet, WithForceSendsNothingMoreThatIsNotStale) {
+    const SetRun run(refusedFor("not-stored"), {}, {"set", "--force", "deviceName", "Den"});
+    EXPECT_EQ(run.end.status, 1);
+}
+
+TEST(SettingsCtlSet, SendsSeveralPairsAsOneBatch) {
+    const FakeHost host;
+    auto program = host.start({"set", "deviceName", "Den", "captionsEnabled", "true", "friendlyName", "[a,b]"});
+    Peer client = host.accept();
+    greet(client, program);
+    const std::string batch = client.receiveLine();
+    const std::size_t first = std::string(R"({"batch":[)").size();
+    const std::string time = std::to_string(timestampOf(batch.substr(first, batch.find("}},{") + 2 - first)));
+    EXPECT_EQ(batch, R"({"batch":[)" + setRequest(program, 1, time, "deviceName", "Den") + "," +
+                         setRequest(program, 2, time, "captionsEnabled", "true") + "," +
+                         setRequest(program, 3, time, "friendlyName", "[a,b]") + "]}");
+    client.sendLine(event("deviceName", "TV", "Den"));
+    client.sendLine(changeAnswer(program, 1, changed));
+    client.sendLine(changeAnswer(program, 2, refusedFor("read-only")));
+    client.sendLine(changeAnswer(program, 3, R"({"outcome":"unchanged","value":"[a,b]"})"));
+    replyToFence(client);
+    expectEnd(program, 1, "deviceName: 'TV' -> 'Den'\nfriendlyName: unchanged\n",
+              "settingsctl: 'captionsEnabled' was refused: only the device can change it: use 'settingsctl device "
+              "captions on|off'\n");
+}
+
+TEST(SettingsCtlSet, WithForceSendsWhatIsStaleOfABatchOnceMore) {
+    const FakeHost host;
+    auto program = host.start({"set", "--force", "deviceName", "Den", "friendlyName", "A", "timezone", "B"});
+    Peer client = host.accept();
+    greet(client, program);
+    client.receiveLine();
+    client.sendLine(changeAnswer(program, 1, R"({"outcome":"unchanged","value":"Den"})"));
+    client.sendLine(changeAnswer(program, 2, refusedFor("stale", R"(,"newest":8)")));
+    client.sendLine(changeAnswer(program, 3, refusedFor("stale", R"(,"newest":9)")));
+    replyToFence(client);
+    EXPECT_EQ(client.receiveLine(), R"({"batch":[)" + setRequest(program, 5, "9", "friendlyName", "A") + "," +
+                                        setRequest(program, 6, "10", "timezone", "B") + "]}");
+    client.sendLine(event("friendlyName", "x", "A"));
+    client.sendLine(changeAnswer(program, 5, R"({"outcome":"changed","value":"A"})"));
+    client.sendLine(changeAnswer(program, 6, R"({"outcome":"unchanged","value":"B"})"));
+    expectEnd(program, 0, "deviceName: unchanged\nfriendlyName: 'x' -> 'A'\ntimezone: unchanged\n", "");
+}
+
+TEST(SettingsCtlSet, NeedsAValueForEachKey) {
+    const FakeHost host;
+    auto program = host.start({"set", "deviceName", "Den", "friendlyName"});
+    expectEnd(program, 2, "", "settingsctl: 'friendlyName' has no VALUE\n");
+}
+
+TEST(SettingsCtlSet, TakesAsManyPairsAsABatch) {
+    const FakeHost host;
+    std::vector<std::string> arguments{"set"};
+    for (int pair = 0; pair < 64; ++pair) {
+        arguments.insert(arguments.end(), {"deviceName", "Den"});
+    }
+    auto program = host.start(arguments);
+    Peer client = host.accept();
+    greet(client, program);
+    const std::string batch = client.receiveLine();
+    EXPECT_NE(batch.find(messageId(program, 64)), std::string::npos);
+    client.sendLine(refusal("busy", "no room"));
+    replyToFence(client);
+    EXPECT_EQ(finish(program).status, 1);
+    arguments.insert(arguments.end(), {"deviceName", "Den"});
+    auto tooMany = host.start(arguments);
+    EXPECT_EQ(finish(tooMany).status, 2);
+}
+
+TEST(SettingsCtlSet, RefusesAnUnknownKeyBeforeItConnects) {
+    const FakeHost host;
+    auto program = host.start({"set", "deviceName", "Den", "devicename", "Den"});
+    expectEnd(program, 2, "",
+              "settingsctl: unknown key 'devicename'; did you mean 'deviceName'? --any-key accepts any key\n");
+}
+
+TEST(SettingsCtlSet, WorksWithAHostOfVersion1) {
+    const FakeHost host;
+    auto program = host.start({"set", "deviceName", "Den"});
+    Peer client = host.accept();
+    client.receiveLine();
+    client.sendLine(refusal("unknown-type", "no such type"));
+    client.receiveLine();
+    client.sendLine(event("deviceName", "TV", "Den"));
+    replyToFence(client);
+    EXPECT_EQ(client.receiveLine(), getRequest(program, 3, R"(["deviceName"])"));
+    client.sendLine(getReply(program, 3, R"({"deviceName":"Den"})"));
+    expectEnd(program, 0, "deviceName: 'TV' -> 'Den'\n", "");
+}
+
+TEST(SettingsCtlSet, ReportsThatAHostOfVersion1HasNoBatches) {
+    const FakeHost host;
+    auto program = host.start({"set", "deviceName", "Den", "friendlyName", "Den"});
+    Peer client = host.accept();
+    client.receiveLine();
+    client.sendLine(refusal("unknown-type", "no such type"));
+    expectEnd(program, 1, "",
+              "settingsctl: the host at " + host.settingsPath() + " is of version 1.0 and has no batches\n");
 }
 
 TEST(SettingsCtlSet, SendsAnyValueUnchanged) {
@@ -173,54 +258,52 @@ TEST(SettingsCtlSet, SendsAnyValueUnchanged) {
                                                            "K\xc3\xbc"
                                                            "che"},
                                                           {std::string(120000, 'v'), std::string(120000, 'v')}};
-    for (const auto& [value, json] : values) {
-        const Outcome outcome = runSet({"{}", {}, {}, R"({"k":")" + json + "\"}"}, {"set", "k", value});
-        EXPECT_EQ(outcome.request.substr(outcome.request.find("\"payload\"")),
+    const auto expectSent = [](const SetRun& run, const std::string& json) {
+        EXPECT_EQ(run.request.substr(run.request.find("\"payload\"")),
                   R"("payload":{"settingDBId":"k","to":")" + json + "\"}}");
-        EXPECT_EQ(outcome.end.output, "k: unchanged\n");
+        EXPECT_EQ(run.end.output, "k: unchanged\n");
+    };
+    const std::string unchanged = R"({"outcome":"unchanged"})";
+    for (const auto& [value, json] : values) {
+        expectSent(SetRun(unchanged, {}, {"set", "--any-key", "k", value}), json);
     }
-    const Outcome option = runSet({}, {"set", "k", "--", "--json"});
-    EXPECT_EQ(option.request.substr(option.request.find("\"payload\"")),
-              R"("payload":{"settingDBId":"k","to":"--json"}})");
+    expectSent(SetRun(unchanged, {}, {"set", "--any-key", "k", "--", "--json"}), "--json");
 }
 
 TEST(SettingsCtlSet, EscapesControlCharactersInText) {
-    const HostScript script{"{}", {}, {event("k", "\\u001b[31m", "a\\nb")}, R"({"k":"\u009b"})"};
-    expectEnd(runSet(script, {"set", "k", "a\nb"}), 0, "k: '\\x1b[31m' -> 'a\\nb'\n",
-              "settingsctl: accepted, but read back as '\\u009b'\n");
+    SetRun(R"({"outcome":"changed","value":"\u009b"})", {event("k", "\\u001b[31m", "a\\nb")},
+           {"set", "--any-key", "k", "a\nb"})
+        .expectEnd(0, "k: '\\x1b[31m' -> 'a\\nb'\n", "settingsctl: accepted, but read back as '\\u009b'\n");
 }
 
 TEST(SettingsCtlSet, PrintsTheResultAsJson) {
     const std::vector<std::string> arguments{"set", "--json", "deviceName", "Den"};
-    const std::string old = R"({"deviceName":"TV"})";
-    const std::string wanted = R"({"deviceName":"Den"})";
-    expectEnd(runSet({old, {}, {event("deviceName", "TV", "Den")}, wanted}, arguments), 0,
-              "{\"from\":\"TV\",\"key\":\"deviceName\",\"result\":\"changed\",\"to\":\"Den\"}\n", "");
-    expectEnd(runSet({wanted, {}, {}, wanted}, arguments), 0,
-              "{\"from\":\"Den\",\"key\":\"deviceName\",\"result\":\"unchanged\",\"to\":\"Den\"}\n", "");
-    expectEnd(runSet({old, {}, {}, old}, arguments), 1,
-              "{\"from\":\"TV\",\"key\":\"deviceName\",\"result\":\"refused\",\"to\":\"Den\"}\n",
-              "settingsctl: 'deviceName' was refused: the host did not accept it or has seen a newer request; see the "
-              "host's log\n");
+    SetRun(changed, {event("deviceName", "TV", "Den")}, arguments)
+        .expectEnd(0, "{\"from\":\"TV\",\"key\":\"deviceName\",\"result\":\"changed\",\"to\":\"Den\"}\n", "");
+    SetRun(R"({"outcome":"unchanged"})", {}, arguments)
+        .expectEnd(0, "{\"from\":\"Den\",\"key\":\"deviceName\",\"result\":\"unchanged\",\"to\":\"Den\"}\n", "");
+    SetRun(refusedFor("incomplete", R"(,"value":"TV")"), {}, arguments)
+        .expectEnd(1,
+                   "{\"from\":\"TV\",\"key\":\"deviceName\",\"reason\":\"incomplete\",\"result\":\"refused\",\"to\":"
+                   "\"Den\"}\n",
+                   "settingsctl: 'deviceName' was refused: the host's words\n");
 }
 
 TEST(SettingsCtlSet, PrintsNoResultWhenQuiet) {
-    const std::vector<std::string> arguments{"set", "--quiet", "deviceName", "Den"};
-    expectEnd(runSet({"{}", {}, {event("deviceName", "TV", "Den")}, R"({"deviceName":"other"})"}, arguments), 0, "",
-              "");
+    SetRun(R"({"outcome":"changed","value":"other"})", {event("deviceName", "TV", "Den")},
+           {"set", "--quiet", "deviceName", "Den"})
+        .expectEnd(0, "", "");
 }
 
 TEST(SettingsCtlSet, ReportsARefusalFrame) {
     const FakeHost host;
     auto program = host.start({"set", "deviceName", "Den"});
     Peer client = host.accept();
+    greet(client, program);
     client.receiveLine();
-    client.sendLine(getReply(program, 1, "{}"));
-    client.receiveLine();
-    client.receiveLine();
-    client.sendLine(R"({"error":{"code":"too-large","message":"the frame is larger than 64 KiB"}})");
-    SettingsCtlTests::expectEnd(
-        program, 1, "", "settingsctl: the host refused the request: the frame is larger than 64 KiB (too-large)\n");
+    client.sendLine(refusal("too-large", "the frame is larger than 64 KiB"));
+    replyToFence(client);
+    expectEnd(program, 1, "", "settingsctl: 'deviceName' was refused: the frame is larger than 64 KiB\n");
 }
 
 /// The message types of the requests that have no reply.
@@ -232,33 +315,40 @@ protected:
     static std::string verb() { return GetParam() == openSettings ? "open-settings" : "logout"; }
 };
 
-TEST_P(SettingsCtlRequest, IsServedWhenTheNextRequestHasItsReply) {
+TEST_P(SettingsCtlRequest, AsksForAnAnswer) {
     const FakeHost host;
     auto program = host.start({verb()});
     Peer client = host.accept();
-    EXPECT_EQ(client.receiveLine(), bareRequest(GetParam(), program, 1));
-    EXPECT_EQ(client.receiveLine(), bareRequest(18, program, 2));
+    greet(client, program);
+    const std::string type = R"({"type":)" + std::to_string(GetParam());
+    EXPECT_EQ(client.receiveLine(), type + R"(,"messageId":")" + messageId(program, 1) + R"(","answer":true})");
     client.sendLine(R"({"notice":{"reread":["deviceName"]}})");
-    client.sendLine(R"({"type":18,"messageId":")" + messageId(program, 2) + R"(","payload":{}})");
+    client.sendLine(type + R"(,"messageId":")" + messageId(program, 1) + R"(","payload":{"outcome":"done"}})");
+    replyToFence(client);
     EXPECT_TRUE(client.clientCloses());
-    SettingsCtlTests::expectEnd(program, 0, "", "");
+    expectEnd(program, 0, "", "");
 }
 
-TEST_P(SettingsCtlRequest, PrintsJsonWhenServed) {
+TEST_P(SettingsCtlRequest, IsServedWithoutAnAnswerWhenTheNextRequestHasItsReply) {
     const FakeHost host;
     auto program = host.start({verb(), "--json"});
     Peer client = host.accept();
-    client.sendLine(R"({"type":18,"messageId":")" + messageId(program, 2) + R"(","payload":{}})");
-    SettingsCtlTests::expectEnd(program, 0, "{\"ok\":true}\n", "");
+    greet(client, program);
+    client.receiveLine();
+    replyToFence(client);
+    expectEnd(program, 0, "{\"ok\":true}\n", "");
 }
 
 TEST_P(SettingsCtlRequest, MayBeRefused) {
     const FakeHost host;
     auto program = host.start({verb()});
     Peer client = host.accept();
-    client.sendLine(R"({"error":{"code":"unknown-type","message":"no such type"}})");
-    SettingsCtlTests::expectEnd(program, 1, "",
-                                "settingsctl: the host refused the request: no such type (unknown-type)\n");
+    greet(client, program);
+    client.receiveLine();
+    client.sendLine(R"({"type":)" + std::to_string(GetParam()) + R"(,"messageId":")" + messageId(program, 1) +
+                    R"(","payload":{"outcome":"refused","reason":"not-stored","message":"the disk"}})");
+    replyToFence(client);
+    expectEnd(program, 1, "", "settingsctl: refused: the disk\n");
 }
 
 INSTANTIATE_TEST_SUITE_P(Verb, SettingsCtlRequest, testing::Values(openSettings, logOut), [](const auto& suite) {

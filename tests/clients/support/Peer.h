@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 #include "support/LineReader.h"
 
@@ -12,6 +13,8 @@ public:
     explicit Peer(int acceptedSocket) : socket(acceptedSocket), reader(acceptedSocket) {}
     ~Peer() { close(); }
 
+    Peer(Peer&& other) noexcept : socket(std::exchange(other.socket, -1)), reader(std::move(other.reader)) {}
+    Peer& operator=(Peer&&) = delete;
     Peer(const Peer&) = delete;
     Peer& operator=(const Peer&) = delete;
 
@@ -42,6 +45,8 @@ public:
 
     /// The next client; throws when none connects.
     Peer accept() const;
+    /// Is readable when a client has connected.
+    int descriptor() const { return socket; }
 
 private:
     int socket;

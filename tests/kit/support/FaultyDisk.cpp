@@ -135,7 +135,11 @@ struct DiskCalls {
         if (open(file).disk->fails()) {
             return SQLITE_IOERR_FSYNC;
         }
-        ++open(file).disk->flushCount;
+        FaultyDisk& disk = *open(file).disk;
+        if (disk.flushAction) {
+            disk.flushAction();
+        }
+        ++disk.flushCount;
         open(file).tracked->sync();
         return SQLITE_OK;
     }

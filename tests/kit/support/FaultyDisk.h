@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <random>
@@ -37,6 +38,8 @@ public:
     long calls() const { return callCount; }
     /// Syncs since the object was created.
     long flushes() const { return flushCount; }
+    /// Called at the start of each sync by SQLite that does not fail.
+    void onFlush(std::function<void()> action) { flushAction = std::move(action); }
     void work();
     /// The call `number`, counted from 1, fails with an I/O error. Later ones work.
     void failOnce(long number);
@@ -78,6 +81,7 @@ private:
     /// Not synced yet.
     std::vector<std::pair<std::string, std::string>> renames;
     Mode faultMode = Mode::WORK;
+    std::function<void()> flushAction;
     long callCount = 0;
     long flushCount = 0;
     long faultyCall = 0;

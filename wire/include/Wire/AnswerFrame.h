@@ -37,10 +37,8 @@ struct Answer {
     std::string_view reason;
     /// For people; empty unless it was refused.
     std::string_view message;
-    /// Null when the request named none.
-    const std::string* settingDBId = nullptr;
-    /// Null when there is none.
-    const std::string* value = nullptr;
+    std::optional<std::string_view> settingDBId;
+    std::optional<std::string_view> value;
     /// False: the voice SDK refused the value, and the event was sent all the same.
     bool applied = true;
     /// The newest accepted time stamp, of a request that is stale.

@@ -30,8 +30,14 @@ std::optional<Refusal> inspectFrame(const std::string& frame, rapidjson::Documen
 /// The type of a request, which is an object: the first member "type" if it is a 32-bit integer.
 std::optional<int> requestType(const rapidjson::Value& request);
 
-/// The setting that a SetSettings request is about; nothing when it does not say.
-std::optional<std::string> requestedSetting(const rapidjson::Value& request);
+/// What a SetSettings request asks for, as far as it says: absent is what is missing or has the wrong type.
+struct RequestedChange {
+    std::optional<std::string_view> settingDBId;
+    std::optional<std::string_view> to;
+};
+
+/// The texts are those of `request`.
+RequestedChange requestedChange(const rapidjson::Value& request);
 
 /// May a client have this name: 1 to 64 characters, no control character among them?
 bool isClientName(std::string_view name);

@@ -41,13 +41,27 @@ public:
     /// The keys that a notice asks to reread; nothing when the frame is not a notice.
     std::optional<std::vector<std::string>> reread() const;
     /// What a refusal says; nothing when the frame is not a refusal. A missing code or message is empty.
-    /// Errors: `MalformedFrame` when one is not a string.
+    /// Errors: `MalformedFrame` when one of them is not a string.
     std::optional<Refusal> refusal() const;
     /// The members of the object at a path of member names, in the order of their keys.
     /// Errors: `MalformedFrame` when there is no object, or one of its members is not a string.
     std::map<std::string, std::string> stringsAt(const std::vector<const char*>& path) const;
     /// The boolean at a path of member names.
     std::optional<bool> booleanAt(const std::vector<const char*>& path) const;
+    /// The integer at a path of member names.
+    std::optional<std::int64_t> integerAt(const std::vector<const char*>& path) const;
+    /// The members of the object at a path of member names that are integers; none when there is no object.
+    std::map<std::string, std::int64_t> integersAt(const std::vector<const char*>& path) const;
+    /// The string at a path of member names.
+    std::optional<std::string> textAt(const std::vector<const char*>& path) const;
+    /// The object at a path of member names, as compact JSON text.
+    /// Errors: `MalformedFrame` when there is none.
+    std::string objectAt(const std::vector<const char*>& path) const;
+    /// The array of objects at a path of member names, each as compact JSON text.
+    /// Errors: `MalformedFrame` when there is none.
+    std::vector<std::string> objectsAt(const std::vector<const char*>& path) const;
+    /// The strings of the array at a path of member names; nothing when there is none.
+    std::optional<std::vector<std::string>> textsAt(const std::vector<const char*>& path) const;
 
 private:
     const rapidjson::Value* at(const std::vector<const char*>& path) const;

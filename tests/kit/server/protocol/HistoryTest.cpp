@@ -163,7 +163,7 @@ TEST_F(HistoryTest, NobodyResumesFromBeforeAClearing) {
     history.clear();
     EXPECT_EQ(newest(1024), Texts());
     EXPECT_EQ(history.newest(), 2U) << "sequences go on";
-    for (const unsigned long sequence : {0, 1, 2, 3}) {
+    for (const unsigned long sequence : {0UL, 1UL, 2UL, 3UL}) {
         EXPECT_EQ(since(sequence), "missed") << sequence;
     }
     event(3);

@@ -5,6 +5,7 @@
 #include "Utils/Rapidjson.h"
 #include "Wire/Catalogue.h"
 #include "Wire/FrameInspector.h"
+#include "kit/server/protocol/HubFixture.h"
 #include "kit/support/LogRecording.h"
 #include "kit/support/TrafficRecording.h"
 #include "server/protocol/MessageHub.h"
@@ -408,6 +409,29 @@ TEST_F(QueriesTest, ManySmallEventsCountWithTheirPlaceInTheBacklog) {
     unread.push(std::make_shared<const std::string>(250000, 'x'));
     EXPECT_EQ(resume(0).size(), 1U);
     EXPECT_EQ(history().at(0).substr(0, 30), R"({"messageId":"y1","history":{")");
+}
+
+using QueriesAfterBatches = HubFixture;
+
+TEST_F(QueriesAfterBatches, ABatchThatIsNotStoredLeavesItsNoticeAlone) {
+    hub->use(transactions);
+    const auto batch = [](const std::string& value) {
+        return R"({"batch":[)" + silentSet("deviceName", value) + "," + silentSet("timezone", value) + "]}";
+    };
+    handled(batch("Den"));
+    transactions->fails = true;
+    handled(batch("Attic"));
+    const std::string events = event(1, "deviceName", "TV", "Den").substr(4) + "," +
+                               event(2, "timezone", "America/Vancouver", "Den").substr(4);
+    EXPECT_EQ(handled(R"({"messageId":"y","history":{}})"),
+              Lines{R"(asker {"messageId":"y","history":{"events":[)" + events + "]}}"});
+    const std::string hello = handled(R"({"messageId":"h","hello":{}})").at(0);
+    const std::string start = R"(asker {"messageId":"h","hello":{"version":"1.1.0","run":")";
+    const std::string ownRun = hello.substr(start.size(), run.size());
+    EXPECT_EQ(hello, start + ownRun + R"(","sequence":2}})");
+    EXPECT_EQ(handled(R"({"messageId":"h","hello":{"resume":{"run":")" + ownRun + R"(","sequence":1}}})"),
+              (Lines{"asker" + event(2, "timezone", "America/Vancouver", "Den").substr(3),
+                     start + ownRun + R"(","sequence":2,"missed":false,"reread":["deviceName","timezone"]}})"}));
 }
 
 }  // namespace SettingsHandlerKit

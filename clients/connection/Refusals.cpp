@@ -1,8 +1,16 @@
-#include "connection/Errors.h"
+#include "connection/Refusals.h"
 
+#include <utility>
+
+#include "SettingsClient/Errors.h"
 #include "Wire/RefusalCode.h"
 
 namespace SettingsClient {
+
+RequestRefused::RequestRefused(std::string code, std::string message)
+    : std::runtime_error("the host refused the request: " + message + " (" + code + ")"),
+      refusalCode(std::move(code)),
+      refusalMessage(std::move(message)) {}
 
 void throwIfRefusal(const Wire::HostFrame& frame) {
     const auto refusal = frame.refusal();
@@ -12,7 +20,7 @@ void throwIfRefusal(const Wire::HostFrame& frame) {
     if (refusal->code == Wire::RefusalCode::tooManyClients) {
         throw ConnectionError("the host has reached its limit of clients; try again later");
     }
-    throw RequestRefused("the host refused the request: " + refusal->message + " (" + refusal->code + ")");
+    throw RequestRefused(refusal->code, refusal->message);
 }
 
 }  // namespace SettingsClient

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+
+#include "SettingsClient/Notification.h"
+
+namespace SettingsCtl {
+
+/// Where a change came from, for people: "socket", or "kitchen-remote, socket" when the client has a name.
+std::string originOf(const SettingsClient::Event& event);
+
+/// The host keeps its history in memory alone.
+constexpr const char* noChangeKnown = "the host remembers no change of it";
+
+}  // namespace SettingsCtl
