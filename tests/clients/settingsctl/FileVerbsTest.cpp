@@ -229,7 +229,8 @@ TEST_F(SettingsCtlLoad, ReportsAFileThatCannotBeRead) {
          {std::pair<std::string, std::string>{folder / "none", "No such file or directory"},
           {folderName, "Is a directory"}}) {
         const TestSupport::Finished end = TestSupport::run({SETTINGSCTL_PROGRAM, "load", file});
-        EXPECT_EQ(end.errors, "settingsctl: cannot read '" + file + "': " + reason + "\n");
+        EXPECT_EQ(end.errors,
+                  std::string("settingsctl: cannot read '").append(file).append("': ").append(reason).append("\n"));
         EXPECT_EQ(end.status, 2);
     }
 }
