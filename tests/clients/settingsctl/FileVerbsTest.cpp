@@ -237,8 +237,8 @@ TEST_F(SettingsCtlLoad, ReportsAFileThatCannotBeRead) {
 
 TEST_F(SettingsCtlLoad, ReadsStandardInput) {
     const std::string file = write(R"({"deviceName":"Den"})");
-    TestSupport::ChildProcess program(
-        {"sh", "-c", "exec " SETTINGSCTL_PROGRAM " --socket \"$0\" load - < \"$1\"", host.settingsPath(), file});
+    const std::string command = std::string("exec ") + SETTINGSCTL_PROGRAM + R"( --socket "$0" load - < "$1")";
+    TestSupport::ChildProcess program({"sh", "-c", command, host.settingsPath(), file});
     Peer client = host.accept();
     greet(client, program);
     EXPECT_EQ(parse(client.receiveLine()).pairs, Words{"deviceName=Den"});
