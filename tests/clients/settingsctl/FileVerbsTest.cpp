@@ -133,7 +133,7 @@ TEST_F(SettingsCtlLoad, SendsSeveralBatchesOfMoreThan64Settings) {
     std::string lines;
     for (int number = 100; number < 230; ++number) {
         const std::string key = "key" + std::to_string(number);
-        text.append(text.size() > 1 ? "," : "").append("\"").append(key).append("\":\"v\"");
+        text.append(text.size() > 1 ? "," : "").append("\"").append(key).append(R"(":"v")");
         lines.append(key).append(": unchanged\n");
     }
     auto program = start(text + "}", {"--any-key"});
@@ -159,7 +159,7 @@ TEST_F(SettingsCtlLoad, SendsSeveralBatchesOfMoreThanAFrame) {
         const std::string frame = client.receiveLine();
         EXPECT_LE(frame.size(), 65536U);
         const Batch batch = parse(frame);
-        EXPECT_EQ(batch.pairs, Words{key + "=" + large});
+        EXPECT_EQ(batch.pairs, Words{std::string(key).append("=").append(large)});
         replyUnchanged(client, batch);
         if (key == "deviceName") {
             replyToFence(client);

@@ -12,7 +12,7 @@ namespace {
 std::string pastEvent(int sequence, const std::string& from, const std::string& to, const std::string& origin,
                       const std::string& client = "") {
     return R"({"type":25,"messageId":"host-)" + std::to_string(sequence) + R"(","timestamp":)" +
-           std::to_string(1766000000000 + 1000 * sequence) + R"(,"sequence":)" + std::to_string(sequence) +
+           std::to_string(1766000000000 + 1000L * sequence) + R"(,"sequence":)" + std::to_string(sequence) +
            R"(,"origin":")" + origin + "\"" + (client.empty() ? "" : R"(,"client":")" + client + "\"") +
            R"(,"payload":{"settingDBId":"deviceName","from":")" + from + R"(","to":")" + to + R"("}})";
 }
