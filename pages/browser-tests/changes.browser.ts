@@ -37,7 +37,7 @@ test('a change by a program is shown and announced with its origin, and does not
         await press(page, 'ArrowDown');
         await host.control('set', 'deviceName', 'Attic');
         await row(page, 'deviceName').getByText('Attic').waitFor();
-        await announcement(page, 'Device name is now Attic, changed by a program').waitFor();
+        await announcement(page, 'Device name is now Attic, changed by settingsctl').waitFor();
         await host.control('set', 'friendlyName', 'Telly');
         await row(page, 'friendlyName').getByText('Telly').waitFor();
         await expectFocus(page, 'friendlyName');

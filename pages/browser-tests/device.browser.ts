@@ -231,20 +231,21 @@ test('frames of every listener are listed in order, and the newest or the chosen
         await line(page, '{"ok":true}').waitFor();
         const texts = (await lines(page).allInnerTexts()).map((text) => text.replace(/\s+/g, ' '));
         expect(texts.map((text) => / (→ in|← out) .*?(?= \{)/.exec(text)?.[0].replace(/\d+/, 'N').trim())).toEqual([
-            '→ in socket N GetSettings',
-            '← out socket N GetSettings',
+            '→ in socket N other',
+            '← out socket N other',
             '→ in socket N SetSettings',
             '← out all event',
-            '→ in socket N GetSettings',
-            '← out socket N GetSettings',
+            '← out socket N SetSettings',
+            '→ in socket N IsOrliaSelectedVA',
+            '← out socket N IsOrliaSelectedVA',
             '→ in device N command',
             '← out device N reply',
         ]);
         await page.getByRole('listbox', { name: 'Messages' }).focus();
         await page.keyboard.press('Home');
-        await page.getByRole('option', { selected: true }).filter({ hasText: 'GetSettings' }).waitFor();
+        await page.getByRole('option', { selected: true }).filter({ hasText: 'hello' }).waitFor();
         const detail = page.getByRole('region', { name: 'The message in full' });
-        await line(page, 'SetSettings').click();
+        await line(page, 'SetSettings').first().click();
         await expect
             .poll(() => detail.innerText())
             .toMatch(/^\{\n {2}"type": 24,\n[^]*"settingDBId": "deviceName",\n[^]*\n\}$/);
@@ -264,7 +265,7 @@ test('the list is filtered by text, direction, listener and type', async () => {
             ...new Set(await lines(page).evaluateAll((all) => all.map((one) => one.dataset['kind']))),
         ];
         await page.getByLabel('Text').fill('PORCH');
-        await expect.poll(async () => (await kinds()).sort()).toEqual(['GetSettings', 'SetSettings', 'event']);
+        await expect.poll(async () => (await kinds()).sort()).toEqual(['SetSettings', 'event']);
         await page.getByLabel('Type').selectOption('event');
         await expect.poll(kinds).toEqual(['event']);
         await page.getByLabel('Type').selectOption('all');

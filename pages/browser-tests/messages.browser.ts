@@ -91,7 +91,7 @@ test('a blank name from another client is visible, and an empty one is announced
         await host.control('set', 'deviceName', '   ');
         await expectValue(page, 'deviceName', '“   ”');
         await host.control('set', 'deviceName', '');
-        await page.locator('.announcement', { hasText: 'Device name is now TV, changed by a program' }).waitFor();
+        await page.locator('.announcement', { hasText: 'Device name is now TV, changed by settingsctl' }).waitFor();
         await expectValue(page, 'deviceName', 'TV');
     });
 });
@@ -104,11 +104,11 @@ test('a change of a key that the catalogue does not have is not announced', asyn
             }).observe(element, { childList: true, characterData: true, subtree: true });
         });
         await host.control('set', 'deviceName', 'Den');
-        await host.control('set', 'myOwnKey', 'secret');
+        await host.control('set', '--any-key', 'myOwnKey', 'secret');
         await host.control('set', 'friendlyName', 'Telly');
         await page.locator('.announcement', { hasText: 'Telly' }).waitFor();
         expect(await page.locator('body').getAttribute('data-told')).toBe(
-            'Device name is now Den, changed by a program; Friendly name is now Telly, changed by a program; ',
+            'Device name is now Den, changed by settingsctl; Friendly name is now Telly, changed by settingsctl; ',
         );
     });
 });
