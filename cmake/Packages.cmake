@@ -48,7 +48,7 @@ The headers of the library that owns a voice assistant's settings and of
 everything that it works with, for CMake and for pkg-config.
 
 For tests there are doubles of all that the library works with; they need
-GoogleMock.")
+GoogleMock. Programs that talk to a service have a client library.")
 
 set(CPACK_DEBIAN_KIT_PACKAGE_NAME libsettingshandlerkit-dev)
 set(CPACK_DEBIAN_KIT_PACKAGE_SECTION libdevel)

@@ -69,7 +69,9 @@ public:
         if (const auto change = frame.change()) {
             takeChange(*change);
         } else if (const auto refusal = frame.refusal()) {
-            takeRefusal(*refusal, frame.integerAt({"error", "index"}));
+            if (!takeRefusal(*refusal, frame.integerAt({"error", "index"}))) {
+                return true;
+            }
         } else if (!fenceId.empty() && frame.isReplyTo(fenceId)) {
             return true;
         } else {
@@ -91,13 +93,16 @@ private:
         }
     }
 
-    /// A refusal without index is that of the whole frame.
-    void takeRefusal(const Wire::Refusal& refusal, const std::optional<std::int64_t>& index) {
+    /// A refusal without index is that of the whole frame. Returns: false when it can be that of the fence alone.
+    bool takeRefusal(const Wire::Refusal& refusal, const std::optional<std::int64_t>& index) {
+        bool isTaken = false;
         for (std::size_t number = 0; number < requests.size(); ++number) {
             if (!requests[number].answer && (!index || static_cast<std::int64_t>(number) == *index)) {
                 requests[number].answer = refusalOf(refusal, requests[number].key);
+                isTaken = true;
             }
         }
+        return isTaken;
     }
 
     void takeAnswer(const Wire::HostFrame& frame) {
@@ -189,6 +194,7 @@ Asked askedFor(Session& session, const Assignment& assignment) {
 
 std::string batchOf(const std::vector<Asked>& requests) {
     std::vector<std::string> frames;
+    frames.reserve(requests.size());
     for (const auto& asked : requests) {
         frames.push_back(asked.frame);
     }

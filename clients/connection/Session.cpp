@@ -107,7 +107,6 @@ void Session::open(Connection::WhenBusy whenBusy) {
     connection.emplace(options.sockets, options.timeout, whenBusy);
     path = connection->socketPath();
     wakeUp.watch(connection->descriptor());
-    hasAnswered = false;
     version.clear();
     sendHello(order.beginConnection());
 }
@@ -122,6 +121,8 @@ void Session::sendHello(const std::optional<Wire::LastEvent>& resume) {
 void Session::lose(const std::string& reason) {
     connection.reset();
     isGreeting = false;
+    // The next host may be another one.
+    hasAnswered = false;
     nextAttempt = std::chrono::steady_clock::now() + interval;
     interval = std::min(2 * interval, longestInterval);
     if (!hasToldLoss && observers.disconnected) {

@@ -22,7 +22,7 @@ struct Explanation {
     std::optional<SettingsClient::Event> lastChange;
 };
 
-std::string quoted(const std::optional<std::string>& text) {
+std::string inQuotes(const std::optional<std::string>& text) {
     return text ? "'" + escaped(*text) + "'" : "none";
 }
 
@@ -57,7 +57,7 @@ std::string lastChangeOf(const Explanation& explanation) {
         return std::string("unknown: ") + noChangeKnown;
     }
     const auto& event = *explanation.lastChange;
-    return localTime(event.timestamp) + " from " + quoted(event.from) + " (" + originOf(event) + ")";
+    return localTime(event.timestamp) + " from " + inQuotes(event.from) + " (" + originOf(event) + ")";
 }
 
 void printText(const Context& context, const Explanation& explanation) {
@@ -68,12 +68,12 @@ void printText(const Context& context, const Explanation& explanation) {
     printLine(context.style,
               coloured(context.style, Colour::BOLD, escaped(setting.key)) + ": " +
                   (setting.description.empty() ? "Not in the catalogue." : escaped(setting.description)));
-    print("value    ", quoted(explanation.value));
+    print("value    ", inQuotes(explanation.value));
     print("changed  ", lastChangeOf(explanation));
     if (setting.kind.empty()) {
         return;
     }
-    print("default  ", quoted(setting.defaultValue));
+    print("default  ", inQuotes(setting.defaultValue));
     print("values   ", valuesOf(setting));
     print("owner    ", escaped(setting.owner));
     print("set by   ", whoMaySet(setting));

@@ -168,3 +168,25 @@ TEST(HostFrames, AreUnderstoodInAllExamples) {
     }
     EXPECT_GE(seen, 20);
 }
+
+TEST(HostFrames, GiveMembersByTheirPath) {
+    const HostFrame frame(R"({"a":{"i":5,"t":"x","l":["y",1,"z"],"o":{"b": 1},"os":[{},{"c": 2}]}})");
+    EXPECT_EQ(frame.integerAt({"a", "i"}), 5);
+    EXPECT_EQ(frame.integerAt({"a", "t"}), std::nullopt);
+    EXPECT_EQ(frame.textAt({"a", "t"}), "x");
+    EXPECT_EQ(frame.textAt({"a", "i"}), std::nullopt);
+    EXPECT_EQ(frame.textsAt({"a", "l"}), (std::vector<std::string>{"y", "z"}));
+    EXPECT_EQ(frame.textsAt({"a", "t"}), std::nullopt);
+    EXPECT_EQ(frame.objectAt({"a", "o"}), R"({"b":1})");
+    EXPECT_EQ(frame.objectsAt({"a", "os"}), (std::vector<std::string>{"{}", R"({"c":2})"}));
+    EXPECT_EQ(faultOf([&] { frame.objectAt({"a", "os"}); }), malformed);
+    EXPECT_EQ(faultOf([&] { frame.objectsAt({"a", "o"}); }), malformed);
+    EXPECT_EQ(faultOf([&] { frame.objectsAt({"a", "l"}); }), malformed);
+}
+
+TEST(HostFrames, ReportARefusalOfOneRequestOfSeveral) {
+    const HostFrame frame(R"({"error":{"code":"busy","message":"no","index":2}})");
+    EXPECT_EQ(frame.refusal()->code, "busy");
+    EXPECT_EQ(frame.integerAt({"error", "index"}), 2);
+    EXPECT_EQ(faultOf([] { HostFrame(R"({"error":{"code":1}})").refusal(); }), malformed);
+}

@@ -40,6 +40,27 @@ TEST(Requests, HaveNoPayloadForTheOtherTypes) {
     EXPECT_EQ(bareRequest(LOG_OUT, "m3"), "{\"type\":22,\"messageId\":\"m3\"}");
 }
 
+TEST(Requests, MayAskForAnAnswer) {
+    EXPECT_EQ(setSettingsRequest("m1", 5, "k", "v", Answered::YES),
+              R"({"type":24,"messageId":"m1","timestamp":5,"answer":true,"payload":{"settingDBId":"k","to":"v"}})");
+    EXPECT_EQ(bareRequest(LOG_OUT, "m2", Answered::YES), R"({"type":22,"messageId":"m2","answer":true})");
+}
+
+TEST(Requests, MakeABatch) {
+    EXPECT_EQ(batchFrame({}), R"({"batch":[]})");
+    EXPECT_EQ(batchFrame({"{\"a\":1}", "{}"}), R"({"batch":[{"a":1},{}]})");
+}
+
+TEST(Requests, AskWithoutAType) {
+    EXPECT_EQ(helloFrame("h1", "remote", std::nullopt), R"({"messageId":"h1","hello":{"client":"remote"}})");
+    EXPECT_EQ(helloFrame("h1", "remote", LastEvent{"r", 17}),
+              R"({"messageId":"h1","hello":{"client":"remote","resume":{"run":"r","sequence":17}}})");
+    EXPECT_EQ(historyFrame("y1", "", std::nullopt), R"({"messageId":"y1","history":{}})");
+    EXPECT_EQ(historyFrame("y1", "k", 20), R"({"messageId":"y1","history":{"settingDBId":"k","limit":20}})");
+    EXPECT_EQ(queryFrame("c1", "catalogue"), R"({"messageId":"c1","catalogue":{}})");
+    EXPECT_EQ(newPageKeyFrame("a1"), R"({"messageId":"a1","page":{"newKey":true}})");
+}
+
 TEST(Requests, AreThoseOfTheExamples) {
     EXPECT_EQ(getSettingsRequest("m1", {"timezone", "captionsEnabled", "noSuchKey"}), frameOf("get-settings", 0));
     EXPECT_EQ(getSettingsRequest("m2", {}), frameOf("get-settings", 2));

@@ -131,10 +131,7 @@ export class Client {
 
     /** The values of `keys`, or of every setting when there are none. */
     async read(keys: readonly SettingKey[] = []): Promise<Values | null> {
-        const reply = await this.request({
-            type: messageType.getSettings,
-            payload: { settings: keys },
-        });
+        const reply = await this.request({ type: messageType.getSettings, payload: { settings: keys } });
         return reply && valuesOf(reply);
     }
 
@@ -150,9 +147,7 @@ export class Client {
 
     /** The newest events of the host's run, of one setting or all, oldest first. `limit`: 1 to 1,024. */
     async history(limit?: number, key?: SettingKey): Promise<ChangeEvent[] | null> {
-        const reply = await this.request({
-            history: { settingDBId: key, limit },
-        });
+        const reply = await this.request({ history: { settingDBId: key, limit } });
         return reply && eventsOf(reply);
     }
 
@@ -267,10 +262,7 @@ export class Client {
     private greet(): void {
         this.isGreeted = false;
         const { run, sequence } = this;
-        const hello = {
-            client: this.options.name,
-            resume: run === null ? undefined : { run, sequence },
-        };
+        const hello = { client: this.options.name, resume: run === null ? undefined : { run, sequence } };
         const messageId = this.nextId();
         this.expect(messageId, (reply) => {
             if (reply?.kind === 'reply') {

@@ -13,10 +13,7 @@ interface Example {
     readonly steps: readonly Step[];
 }
 
-const files = import.meta.glob<Example>('../../../docs/examples/*.json', {
-    eager: true,
-    import: 'default',
-});
+const files = import.meta.glob<Example>('../../../docs/examples/*.json', { eager: true, import: 'default' });
 
 /** The examples of the documents by name; tests of the host play them against a host. */
 export const examples: ReadonlyMap<string, readonly Step[]> = new Map(

@@ -26,10 +26,7 @@ const received = everyStep.filter(({ at, received, schema }) => at !== 'device' 
 function framesOf(schema: string) {
     const frames = received.filter((step) => step.schema === schema).map((step) => step.received ?? {});
     expect(frames.length, schema).toBeGreaterThan(0);
-    return frames.map((frame) => ({
-        frame,
-        parsed: parseFrame(JSON.stringify(frame)),
-    }));
+    return frames.map((frame) => ({ frame, parsed: parseFrame(JSON.stringify(frame)) }));
 }
 
 test.each(Object.entries(kinds))('frames of the kind %s in the examples are understood', (schema, kind) => {
@@ -97,14 +94,8 @@ test('a client resumes as in the example', async () => {
             hello: unknown;
         };
     browser.socket.open();
-    browser.socket.receive({
-        messageId: sent().messageId,
-        hello: { run, sequence },
-    });
-    browser.socket.receive({
-        messageId: sent().messageId,
-        payload: { settings: {} },
-    });
+    browser.socket.receive({ messageId: sent().messageId, hello: { run, sequence } });
+    browser.socket.receive({ messageId: sent().messageId, payload: { settings: {} } });
     await vi.advanceTimersByTimeAsync(0);
     browser.socket.close();
     client.retryNow();

@@ -31,9 +31,7 @@ export class FakeSocket {
     }
 
     receive(frame: unknown): void {
-        this.onmessage?.({
-            data: typeof frame === 'string' ? frame : JSON.stringify(frame),
-        });
+        this.onmessage?.({ data: typeof frame === 'string' ? frame : JSON.stringify(frame) });
     }
 }
 

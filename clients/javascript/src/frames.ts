@@ -114,11 +114,7 @@ export function parseFrame(received: string): Frame | null {
         return { kind: 'refusal', code: textOr(members(error)['code'], '') };
     }
     if (typeof messageId === 'string') {
-        return {
-            kind: 'reply',
-            messageId,
-            body: members(frame['payload'] ?? frame['hello'] ?? frame['history']),
-        };
+        return { kind: 'reply', messageId, body: members(frame['payload'] ?? frame['hello'] ?? frame['history']) };
     }
     return null;
 }
@@ -144,12 +140,7 @@ export function outcomeOf({ body }: Reply): Outcome {
         return { outcome, value, applied: body['applied'] !== false };
     }
     const reason = oneOf(reasons, body['reason']) ?? 'unknown';
-    return {
-        outcome: 'refused',
-        reason,
-        message: textOr(body['message'], ''),
-        value,
-    };
+    return { outcome: 'refused', reason, message: textOr(body['message'], ''), value };
 }
 
 /** An outcome that the host did not tell. */

@@ -159,7 +159,7 @@ export class Store {
             this.drafts.clear();
             this.update({ values, rows: {}, editor: null });
         }
-        this.setAction(actionOf(values && done, 'logged-out'));
+        this.setAction(actionOf(done, 'logged-out'));
     }
 
     clearAction(): void {

@@ -70,6 +70,35 @@ TEST_F(ClientChanges, AskForAnAnswerAndNoticeOnceThatTheHostGivesOne) {
     EXPECT_TRUE(host.clientCloses());
 }
 
+TEST_F(ClientChanges, AskAgainOnANewConnectionWhetherTheHostAnswers) {
+    EXPECT_EQ(answerTo(R"({"outcome":"unchanged"})").outcome, Outcome::UNCHANGED);
+    auto answer = start([this] {
+        errorOf<ConnectionError>([this] { client.get(); });
+        return client.set("k", "v", 5);
+    });
+    Peer host = listener->accept();
+    host.receiveLine();
+    EXPECT_EQ(host.receiveLine(), setRequest(4, "k", "v", "5"));
+    EXPECT_EQ(host.receiveLine(), bare(18, 5));
+    host.sendLine(refusal("unknown-type"));
+    host.sendLine(selected(5));
+    host.receiveLine();
+    host.sendLine(reply(7, 6, R"({"settings":{"k":"v"}})"));
+    EXPECT_EQ(answer.get().outcome, Outcome::UNCHANGED);
+}
+
+TEST_F(ClientChanges, AreNotTakenForRefusedWhenTheRequestAfterThemIs) {
+    auto answers = start([this] { return std::vector<Answer>{client.set("k", "v", 5), client.set("k", "w", 6)}; });
+    Peer host = serve();
+    host.receiveLine();
+    host.receiveLine();
+    host.sendLine(reply(24, 1, R"({"outcome":"unchanged"})"));
+    host.sendLine(refusal("busy"));
+    host.receiveLine();
+    host.sendLine(reply(24, 3, R"({"outcome":"unchanged"})"));
+    EXPECT_EQ(brief(answers.get()), Lines(2, "k unchanged"));
+}
+
 TEST_F(ClientChanges, ReturnTheAnswer) {
     EXPECT_EQ(brief(answerTo(R"({"outcome":"unchanged","settingDBId":"k","value":"v"})")), "k unchanged now v");
 }

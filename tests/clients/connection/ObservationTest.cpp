@@ -296,6 +296,17 @@ TEST_F(ClientObservation, TellsWhatCameDuringARequestAfterIt) {
     EXPECT_EQ(told(2), (Lines{"b: 0 -> 1 1", "b: 1 -> 2 2"}));
 }
 
+TEST_F(ClientObservation, TellsWhatCameTogetherWithAReply) {
+    Peer host = greet();
+    auto values = std::async(std::launch::async, [&] { return client.get({"a"}); });
+    host.receiveLine();
+    host.sendLine(reply(7, 1, R"({"settings":{}})") + "\n" + event(1, "b", "0", "1"));
+    values.get();
+    pollfd wanted{client.fileDescriptor(), POLLIN, 0};
+    ASSERT_EQ(::poll(&wanted, 1, 20000), 1);
+    EXPECT_EQ(told(1), Lines{"b: 0 -> 1 1"});
+}
+
 TEST_F(ClientObservation, RunsUntilItIsStopped) {
     const Peer host = greet();
     client.onEvent([this](const auto& /*event*/) { client.stop(); });

@@ -224,6 +224,9 @@ TEST_F(BatchesTest, ThatCannotBeStoredLeaveNothingBehind) {
     EXPECT_EQ(Lines(seen.begin(), seen.begin() + 8),
               (Lines{"received " + frame, "handled 7 ANSWERED", "handled 24 CHANGED", "handled 24 CHANGED",
                      "handled 7 ANSWERED", "handled 18 ANSWERED", "handled 24 SILENT", "handled 24 SILENT"}))
+        << "as they were handled";
+    EXPECT_EQ(std::count_if(seen.begin(), seen.end(), [](const auto& line) { return line.rfind("handled", 0) == 0; }),
+              7)
         << "each is counted once";
     EXPECT_EQ(std::count(seen.begin(), seen.end(), "refused no-message-id"), 1);
     EXPECT_EQ(events(), before) << "the notice is no event";
