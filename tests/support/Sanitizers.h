@@ -2,14 +2,17 @@
 
 namespace TestSupport {
 
-#if defined(__has_feature)
+#ifdef PROGRAMS_HAVE_SANITIZER_address
 /// The runtime of this build opens descriptors to look at objects, and ends the program when there are none.
-constexpr bool sanitizersNeedDescriptors = __has_feature(address_sanitizer);
-/// The runtime of this build delivers a signal at the program's next system call, which may block for long, or loses
-/// it.
-constexpr bool sanitizersHoldSignalsBack = __has_feature(thread_sanitizer);
+constexpr bool sanitizersNeedDescriptors = true;
 #else
 constexpr bool sanitizersNeedDescriptors = false;
+#endif
+#ifdef PROGRAMS_HAVE_SANITIZER_thread
+/// The runtime of this build delivers a signal at the program's next system call, which may block for long, or loses
+/// it.
+constexpr bool sanitizersHoldSignalsBack = true;
+#else
 constexpr bool sanitizersHoldSignalsBack = false;
 #endif
 
