@@ -270,7 +270,7 @@ TEST_F(ClientObservation, LetsObserversSendRequests) {
     Peer host = greet();
     client.onReread([this](const auto& reread) {
         for (const auto& [key, value] : client.get(reread.keys)) {
-            record.push_back(key + "=" + value);
+            record.push_back(std::string(key).append("=").append(value));
         }
     });
     host.sendLine(R"({"notice":{"reread":["a"]}})");
