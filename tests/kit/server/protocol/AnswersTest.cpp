@@ -103,12 +103,13 @@ TEST_F(AnswersTest, EveryReason) {
     for (const auto* const key : {"deviceName", "tovanEntitlementStatus"}) {
         const std::string name(key);
         const std::string value = name == "deviceName" ? R"(,"value":"TV")" : "";
-        EXPECT_EQ(
-            handled(set(name, "Den")),
-            (Lines{"storage.setValue(" + name + ", Den)",
-                   answer(R"("outcome":"refused","reason":"not-stored","message":"the value could not be stored",)"
-                          R"("settingDBId":")" +
-                          name + "\"" + value)}));
+        EXPECT_EQ(handled(set(name, "Den")),
+                  (Lines{"storage.setValue(" + name + ", Den)",
+                         answer(std::string(R"("outcome":"refused","reason":"not-stored",)"
+                                            R"("message":"the value could not be stored","settingDBId":")")
+                                    .append(name)
+                                    .append("\"")
+                                    .append(value))}));
     }
 }
 

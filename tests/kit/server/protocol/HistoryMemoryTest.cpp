@@ -21,7 +21,7 @@ std::size_t sizeOf(void* block) {
 }  // namespace
 
 void* operator new(std::size_t size) {
-    void* const block = std::malloc(size);  // NOLINT(cppcoreguidelines-no-malloc)
+    void* const block = std::malloc(size);  // NOLINT(cppcoreguidelines-no-malloc,cppcoreguidelines-owning-memory)
     if (block == nullptr) {
         throw std::bad_alloc();
     }
@@ -32,7 +32,7 @@ void* operator new(std::size_t size) {
 void operator delete(void* block) noexcept {
     if (block != nullptr) {
         bytesInUse -= sizeOf(block);
-        std::free(block);  // NOLINT(cppcoreguidelines-no-malloc)
+        std::free(block);  // NOLINT(cppcoreguidelines-no-malloc,cppcoreguidelines-owning-memory)
     }
 }
 

@@ -75,7 +75,7 @@ protected:
         payload.AddMember("settingDBId", rapidjson::Value(key, allocator), allocator);
         payload.AddMember("to", rapidjson::Value(to, allocator), allocator);
         hub.sendMessage(25, payload);
-        const std::string sent = *other->frames.back();
+        std::string sent = *other->frames.back();
         client->frames.clear();
         other->frames.clear();
         return sent;
