@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <new>
+#include <ostream>
 
 #include <gtest/gtest.h>
 #include <malloc.h>
@@ -51,6 +52,11 @@ struct Load {
     std::size_t keysOfNotice;
     unsigned long count;
 };
+
+/// For GoogleTest, which would show the bytes.
+void PrintTo(const Load& load, std::ostream* output) {
+    *output << load.name;
+}
 
 class HistoryMemory : public ::testing::TestWithParam<Load> {};
 
