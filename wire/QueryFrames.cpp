@@ -51,7 +51,7 @@ std::string historyFrame(const std::string& messageId, const std::vector<std::sh
 
 std::string catalogueFrame(const std::string& messageId) {
     rapidjson::Document document;
-    document.Parse(catalogueText().data(), catalogueText().size());
+    document.Parse<Utils::jsonParseFlags>(catalogueText().data(), catalogueText().size());
     ObjectWriter<> frame;
     frame.text("messageId", messageId);
     frame.beginObject("catalogue");
@@ -74,7 +74,7 @@ std::string queryReplyFrame(const std::string& messageId, const std::string& nam
 
 std::string statusFrame(const std::string& messageId, const StatusReply& status) {
     rapidjson::Document health;
-    health.Parse(status.health.data(), status.health.size());
+    health.Parse<Utils::jsonParseFlags>(status.health.data(), status.health.size());
     ObjectWriter<> frame;
     frame.text("messageId", messageId);
     frame.beginObject("status");
