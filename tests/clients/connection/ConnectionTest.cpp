@@ -10,6 +10,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include "ErrorOf.h"
 #include "SettingsClient/Errors.h"
 #include "clients/support/Peer.h"
 #include "connection/Connection.h"
@@ -29,17 +30,6 @@ std::vector<SocketCandidate> at(const std::string& path) {
 
 class ClientConnection : public testing::Test {
 protected:
-    /// The message of the error that `action` throws.
-    template <typename Error = ConnectionError, typename Action>
-    static std::string errorOf(const Action& action) {
-        try {
-            action();
-        } catch (const Error& error) {
-            return error.what();
-        }
-        return "nothing was thrown";
-    }
-
     TestSupport::TemporaryDirectory folder;
     std::string path = folder / "host.sock";
 };

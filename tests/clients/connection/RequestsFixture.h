@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "ClientFixture.h"
+#include "ErrorOf.h"
 
 namespace ClientTests {
 
@@ -35,15 +36,6 @@ protected:
     static std::string selected(int number) { return reply(18, number, R"({"isOrliaSelectedAsVA":true})"); }
     static std::string query(int number, const std::string& text) {
         return R"({"messageId":")" + id(number) + R"(",)" + text + "}";
-    }
-    template <typename Error, typename Action>
-    static std::string errorOf(const Action& action) {
-        try {
-            action();
-        } catch (const Error& error) {
-            return error.what();
-        }
-        return "nothing was thrown";
     }
 };
 
