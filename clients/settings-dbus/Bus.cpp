@@ -1,0 +1,106 @@
+#include "Bus.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+
+#include "Object.h"
+
+namespace SettingsDbus {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::milliseconds shortestInterval{100};
+constexpr std::chrono::milliseconds longestInterval{5000};
+/// Messages in one turn.
+constexpr int maximumMessages = 64;
+
+}  // namespace
+
+BusError::BusError(const std::string& what, int result) : std::runtime_error(what + ": " + std::strerror(-result)) {}
+
+int check(const char* what, int result) {
+    return result < 0 ? throw BusError(what, result) : result;
+}
+
+Bus::Bus(bool isSession, std::vector<Object*> served, const SettingsBridge::Log& programLog)
+    : session(isSession), objects(std::move(served)), log(programLog), interval(shortestInterval) {
+    connect();
+    takeName();
+}
+
+void Bus::connect() {
+    sd_bus* opened = nullptr;
+    check("the bus cannot be reached", session ? sd_bus_open_user(&opened) : sd_bus_open_system(&opened));
+    bus.reset(opened);
+    for (Object* const object : objects) {
+        object->addTo(opened);
+    }
+    const char* name = nullptr;
+    check("the bus cannot be reached", sd_bus_get_unique_name(opened, &name));
+}
+
+void Bus::takeName() {
+    const int result = sd_bus_request_name(bus.get(), serviceName, 0);
+    if (result == -EEXIST) {
+        throw BusError(std::string("another program has the name ") + serviceName, result);
+    }
+    if (result < 0) {
+        throw BusError(std::string("the bus does not give the name ") + serviceName, result);
+    }
+}
+
+Bus::Wanted Bus::wanted() const {
+    if (!bus) {
+        return {-1, 0, nextAttempt};
+    }
+    Wanted wanted{sd_bus_get_fd(bus.get()), static_cast<short>(std::max(sd_bus_get_events(bus.get()), 0)),
+                  std::nullopt};
+    std::uint64_t time = UINT64_MAX;
+    if (sd_bus_get_timeout(bus.get(), &time) >= 0 && time != UINT64_MAX) {
+        // The clock of both is CLOCK_MONOTONIC.
+        wanted.time = Time(std::chrono::microseconds(time));
+    }
+    return wanted;
+}
+
+bool Bus::process() {
+    if (!bus) {
+        if (Clock::now() < nextAttempt) {
+            return false;
+        }
+        try {
+            connect();
+        } catch (const BusError&) {
+            lose(0);
+            return false;
+        }
+        takeName();
+        interval = shortestInterval;
+        log.write(SettingsBridge::LogLevel::INFORMATION, "connected to the bus again");
+        return true;
+    }
+    int result = 1;
+    for (int count = 0; result > 0 && count < maximumMessages; ++count) {
+        result = sd_bus_process(bus.get(), nullptr);
+    }
+    if (result < 0) {
+        lose(result);
+    }
+    return false;
+}
+
+void Bus::lose(int result) {
+    bus.reset();
+    if (result < 0) {
+        log.write(SettingsBridge::LogLevel::WARNING,
+                  std::string("the connection to the bus was lost: ") + std::strerror(-result));
+    }
+    nextAttempt = Clock::now() + interval;
+    interval = std::min(2 * interval, longestInterval);
+}
+
+}  // namespace SettingsDbus
