@@ -1,4 +1,4 @@
-#include "StatusFile.h"
+#include "bridge/StatusFile.h"
 
 #include <cstdlib>
 #include <utility>
