@@ -29,7 +29,6 @@ int check(const char* what, int result) {
 Bus::Bus(bool isSession, std::vector<Object*> served, const SettingsBridge::Log& programLog)
     : session(isSession), objects(std::move(served)), log(programLog), interval(shortestInterval) {
     connect();
-    takeName();
 }
 
 void Bus::connect() {
@@ -39,18 +38,9 @@ void Bus::connect() {
     for (Object* const object : objects) {
         object->addTo(opened);
     }
-    const char* name = nullptr;
-    check("the bus cannot be reached", sd_bus_get_unique_name(opened, &name));
-}
-
-void Bus::takeName() {
-    const int result = sd_bus_request_name(bus.get(), serviceName, 0);
-    if (result == -EEXIST) {
-        throw BusError(std::string("another program has the name ") + serviceName, result);
-    }
-    if (result < 0) {
-        throw BusError(std::string("the bus does not give the name ") + serviceName, result);
-    }
+    check((std::string("the bus does not give the name ") + serviceName).c_str(),
+          sd_bus_request_name(opened, serviceName, 0));
+    interval = shortestInterval;
 }
 
 Bus::Wanted Bus::wanted() const {
@@ -69,36 +59,33 @@ Bus::Wanted Bus::wanted() const {
 
 bool Bus::process() {
     if (!bus) {
-        if (Clock::now() < nextAttempt) {
-            return false;
-        }
-        try {
-            connect();
-        } catch (const BusError&) {
-            lose(0);
-            return false;
-        }
-        takeName();
-        interval = shortestInterval;
-        log.write(SettingsBridge::LogLevel::INFORMATION, "connected to the bus again");
-        return true;
+        return Clock::now() >= nextAttempt && connectAgain();
     }
     int result = 1;
     for (int count = 0; result > 0 && count < maximumMessages; ++count) {
         result = sd_bus_process(bus.get(), nullptr);
     }
     if (result < 0) {
-        lose(result);
+        log.write(SettingsBridge::LogLevel::WARNING,
+                  std::string("the connection to the bus was lost: ") + std::strerror(-result));
+        waitToConnect();
     }
     return false;
 }
 
-void Bus::lose(int result) {
-    bus.reset();
-    if (result < 0) {
-        log.write(SettingsBridge::LogLevel::WARNING,
-                  std::string("the connection to the bus was lost: ") + std::strerror(-result));
+bool Bus::connectAgain() {
+    try {
+        connect();
+        log.write(SettingsBridge::LogLevel::INFORMATION, "connected to the bus again");
+        return true;
+    } catch (const BusError&) {
+        waitToConnect();
+        return false;
     }
+}
+
+void Bus::waitToConnect() {
+    bus.reset();
     nextAttempt = Clock::now() + interval;
     interval = std::min(2 * interval, longestInterval);
 }

@@ -28,13 +28,13 @@ public:
     sd_bus* connection() const { return bus.get(); }
     Wanted wanted() const;
     /// Takes a bounded number of messages, or connects again when it is time.
-    /// Returns: whether the connection is a new one. Errors: `BusError` when the bus does not give the name again.
+    /// Returns: whether the connection is a new one.
     bool process();
 
 private:
     void connect();
-    void takeName();
-    void lose(int result);
+    bool connectAgain();
+    void waitToConnect();
 
     const bool session;
     const std::vector<Object*> objects;

@@ -6,11 +6,6 @@ namespace SettingsDbus {
 
 namespace {
 
-std::string senderOf(const Call& call) {
-    const char* const sender = sd_bus_message_get_sender(call.message.get());
-    return sender == nullptr ? "" : sender;
-}
-
 std::size_t sizeOf(const Call& call) {
     std::size_t size = 0;
     for (const auto& [key, value] : call.assignments) {
@@ -20,6 +15,11 @@ std::size_t sizeOf(const Call& call) {
 }
 
 }  // namespace
+
+std::string senderOf(const Call& call) {
+    const char* const sender = sd_bus_message_get_sender(call.message.get());
+    return sender == nullptr ? "" : sender;
+}
 
 void CallQueue::add(Call call) {
     const std::size_t added = sizeOf(call);

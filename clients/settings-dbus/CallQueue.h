@@ -25,6 +25,9 @@ struct Call {
     std::vector<std::pair<std::string, std::string>> assignments;
 };
 
+/// The caller's unique name.
+std::string senderOf(const Call& call);
+
 /// Calls in turn: those of one caller in their order, and after one of each caller one of the next. So a caller that
 /// sends many delays itself.
 class CallQueue {

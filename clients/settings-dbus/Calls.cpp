@@ -1,8 +1,11 @@
 #include "Calls.h"
 
-#include <map>
+#include <cstdint>
+#include <optional>
 
+#include "Wire/FrameInspector.h"
 #include "Wire/RefusalCode.h"
+#include "Wire/Utf8.h"
 
 namespace SettingsDbus {
 
@@ -10,6 +13,19 @@ namespace {
 
 using SettingsClient::Answer;
 using SettingsClient::Client;
+
+constexpr std::size_t maximumCallers = 256;
+
+/// Empty when the bus does not tell it.
+std::string programOf(sd_bus* bus, const std::string& uniqueName) {
+    sd_bus_creds* found = nullptr;
+    constexpr std::uint64_t wanted = SD_BUS_CREDS_PID | SD_BUS_CREDS_COMM | SD_BUS_CREDS_AUGMENT;
+    const char* program = nullptr;
+    const bool isKnown = sd_bus_get_name_creds(bus, uniqueName.c_str(), wanted, &found) >= 0 &&
+                         sd_bus_creds_get_comm(found, &program) >= 0;
+    const std::unique_ptr<sd_bus_creds, decltype(&sd_bus_creds_unref)> credentials(found, &sd_bus_creds_unref);
+    return isKnown ? program : "";
+}
 
 /// The error for a reason of an answer or the code of a refusal.
 const char* errorFor(const std::string& reason) {
@@ -79,43 +95,50 @@ void execute(Client& host, const Call& call, sd_bus_message* reply) {
 
 }  // namespace
 
+/// The caller's unique name and, where the bus gives it, its program: ":1.42 busctl".
+const std::string& Calls::callerOf(const Call& call) {
+    const std::string uniqueName = senderOf(call);
+    const auto known = callers.find(uniqueName);
+    if (known != callers.end()) {
+        return known->second;
+    }
+    if (callers.size() >= maximumCallers) {
+        callers.clear();
+    }
+    const std::string program = programOf(sd_bus_message_get_bus(call.message.get()), uniqueName);
+    const std::string name = uniqueName + " " + program;
+    const bool isUsable = !program.empty() && Wire::isValidUtf8(name) && Wire::isClientName(name);
+    return callers.emplace(uniqueName, isUsable ? name : uniqueName).first->second;
+}
+
 Message Calls::replyTo(const Call& call) {
     sd_bus_message* reply = nullptr;
     check("the reply", sd_bus_message_new_method_return(call.message.get(), &reply));
     Message owned(reply, &sd_bus_message_unref);
     Client& host = settings.host();
-    host.actFor(callers.nameOf(call.message.get()));
+    host.actFor(callerOf(call));
     execute(host, call, reply);
     return owned;
 }
 
 void Calls::carryOut(const Call& call) {
     Message reply(nullptr, &sd_bus_message_unref);
-    std::string name;
-    std::string text;
+    std::optional<CallError> failure;
     try {
         reply = replyTo(call);
     } catch (const CallError& error) {
-        name = error.name;
-        text = error.what();
+        failure.emplace(error);
     } catch (const SettingsClient::RequestRefused& refusal) {
-        name = errorFor(refusal.code());
-        text = refusal.message();
-    } catch (const SettingsClient::NotSupported& error) {
-        name = ErrorName::notSupported;
-        text = error.what();
-    } catch (const BusError& error) {
-        name = ErrorName::failed;
-        text = error.what();
+        failure.emplace(errorFor(refusal.code()), refusal.message());
     } catch (const std::runtime_error& error) {
-        name = ErrorName::unavailable;
-        text = error.what();
+        failure.emplace(ErrorName::unavailable, error.what());
     }
+    // Signals before the answer: whoever has it can rely on what it knows.
     settings.tellChanges();
-    if (reply) {
-        sd_bus_send(nullptr, reply.get(), nullptr);
+    if (failure) {
+        sd_bus_reply_method_errorf(call.message.get(), failure->name.c_str(), "%s", failure->what());
     } else {
-        sd_bus_reply_method_errorf(call.message.get(), name.c_str(), "%s", text.c_str());
+        sd_bus_send(nullptr, reply.get(), nullptr);
     }
 }
 

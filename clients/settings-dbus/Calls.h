@@ -1,7 +1,9 @@
 #pragma once
 
+#include <map>
+#include <string>
+
 #include "CallQueue.h"
-#include "Callers.h"
 #include "Settings.h"
 
 namespace SettingsDbus {
@@ -17,9 +19,11 @@ public:
 
 private:
     Message replyTo(const Call& call);
+    const std::string& callerOf(const Call& call);
 
     Settings& settings;
-    Callers callers;
+    /// The names under which the host knows callers, by unique name.
+    std::map<std::string, std::string> callers;
 };
 
 }  // namespace SettingsDbus

@@ -41,7 +41,6 @@ constexpr const char* unavailable = "org.settingshandler.Error.Unavailable";
 constexpr const char* failed = SD_BUS_ERROR_FAILED;
 constexpr const char* invalidArguments = SD_BUS_ERROR_INVALID_ARGS;
 constexpr const char* limitsExceeded = SD_BUS_ERROR_LIMITS_EXCEEDED;
-constexpr const char* notSupported = SD_BUS_ERROR_NOT_SUPPORTED;
 constexpr const char* unknownProperty = SD_BUS_ERROR_UNKNOWN_PROPERTY;
 
 }  // namespace ErrorName

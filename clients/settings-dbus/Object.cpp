@@ -1,6 +1,7 @@
 #include "Object.h"
 
 #include <cstring>
+#include <set>
 
 #include "Values.h"
 
@@ -20,7 +21,7 @@ int withErrors(sd_bus_error* error, const Action& action) {
     } catch (const CallError& fault) {
         return sd_bus_error_set(error, fault.name.c_str(), fault.what());
     } catch (const std::exception& fault) {
-        return sd_bus_error_set(error, ErrorName::failed, fault.what());
+        return sd_bus_error_set(error, ErrorName::unavailable, fault.what());
     }
 }
 
@@ -90,44 +91,35 @@ const Wire::SettingDescription& Object::requireProperty(const char* property) co
     return *found->second;
 }
 
-void Object::requireValues() const {
-    if (!settings.areKnown()) {
-        throw CallError(ErrorName::unavailable, "the host was not reached yet");
-    }
-}
-
-void Object::announce(sd_bus* bus, const Change& change) const {
-    const auto* const setting = settingOf(change.key);
-    if (setting == nullptr) {
+void Object::announce(sd_bus* bus, const SettingsClient::Event& event, bool isFirst) const {
+    if (settingOf(event.key) == nullptr) {
         return;
     }
-    sd_bus_emit_properties_changed(bus, objectPath.c_str(), serviceName, propertyOf(change.key).c_str(), nullptr);
-    if (change.from) {
-        sd_bus_emit_signal(bus, objectPath.c_str(), serviceName, "Changed", "ssstss", change.key.c_str(),
-                           change.from->c_str(), change.to.c_str(), change.sequence, change.origin.c_str(),
-                           change.client.c_str());
+    sd_bus_emit_properties_changed(bus, objectPath.c_str(), serviceName, propertyOf(event.key).c_str(), nullptr);
+    if (!isFirst) {
+        sd_bus_emit_signal(bus, objectPath.c_str(), serviceName, "Changed", "ssstss", event.key.c_str(),
+                           event.from.c_str(), event.to.c_str(), event.sequence, event.origin.c_str(),
+                           event.client.c_str());
     }
 }
 
 int Object::appendProperty(const char* property, sd_bus_message* reply) const {
-    requireValues();
     const auto& setting = requireProperty(property);
-    return append(reply, setting.kind, settings.value(setting.key));
+    const auto value = settings.all().find(setting.key);
+    return append(reply, setting.kind, value == settings.all().end() ? "" : value->second);
 }
 
 int Object::replyToGet(sd_bus_message* call) const {
-    requireValues();
-    std::map<std::string, std::string> wanted;
-    const auto keys = readStrings(call);
-    for (const auto& key : keys) {
-        wanted.emplace(requireKey(key).key, "");
+    std::set<std::string> keys;
+    for (const auto& key : readStrings(call)) {
+        keys.insert(requireKey(key).key);
     }
     sd_bus_message* created = nullptr;
     check("the reply", sd_bus_message_new_method_return(call, &created));
     const Message reply(created, &sd_bus_message_unref);
     check("the reply", sd_bus_message_open_container(created, 'a', "{ss}"));
     for (const auto& [key, value] : settings.all()) {
-        if (!value.empty() && settingOf(key) != nullptr && (keys.empty() || wanted.count(key) > 0)) {
+        if (settingOf(key) != nullptr && (keys.empty() || keys.count(key) > 0)) {
             check("the reply", sd_bus_message_append(created, "{ss}", key.c_str(), value.c_str()));
         }
     }
@@ -159,11 +151,6 @@ Call Object::parse(sd_bus_message* message) const {
     return call;
 }
 
-int Object::enqueue(sd_bus_message* call) {
-    queue.add(parse(call));
-    return 1;
-}
-
 int Object::takeAny(sd_bus_message* call, void* object, sd_bus_error* error) {
     // sd-bus would answer a writer of a property before the host did. All else, and what is wrong, is its own.
     const bool isWriting = sd_bus_message_is_method_call(call, propertiesInterface, "Set") > 0 &&
@@ -181,7 +168,11 @@ int Object::takeGet(sd_bus_message* call, void* object, sd_bus_error* error) {
 }
 
 int Object::takeCall(sd_bus_message* call, void* object, sd_bus_error* error) {
-    return withErrors(error, [&] { return static_cast<Object*>(object)->enqueue(call); });
+    return withErrors(error, [&] {
+        auto* const called = static_cast<Object*>(object);
+        called->queue.add(called->parse(call));
+        return 1;
+    });
 }
 
 int Object::getProperty(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* property,

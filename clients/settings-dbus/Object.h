@@ -27,20 +27,17 @@ public:
     const std::string& path() const { return objectPath; }
     /// Adds it to `bus`, which must not outlive it. Errors: `BusError`.
     void addTo(sd_bus* bus);
-    /// Sends the signals of a change; nothing when the setting is not one of its own.
-    void announce(sd_bus* bus, const Change& change) const;
+    /// Sends the signals of a change, as `Settings::Observer` has it; nothing when the setting is not one of its own.
+    void announce(sd_bus* bus, const SettingsClient::Event& event, bool isFirst) const;
 
 private:
     const Wire::SettingDescription* settingOf(const std::string& key) const;
     /// Errors: `CallError`.
     const Wire::SettingDescription& requireKey(const std::string& key) const;
     const Wire::SettingDescription& requireProperty(const char* property) const;
-    void requireValues() const;
 
     int appendProperty(const char* property, sd_bus_message* reply) const;
     int replyToGet(sd_bus_message* call) const;
-    /// Takes a call whose arguments are of the right types.
-    int enqueue(sd_bus_message* call);
     Call parse(sd_bus_message* call) const;
 
     /// For sd-bus.

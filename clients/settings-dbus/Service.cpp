@@ -6,6 +6,7 @@
 #include "Object.h"
 #include "Settings.h"
 #include "bridge/ServiceManager.h"
+#include "bridge/StatusFile.h"
 
 namespace SettingsDbus {
 
@@ -15,10 +16,11 @@ namespace {
 class BusSource : public SettingsBridge::Source {
 public:
     BusSource(const Options& options, SettingsClient::Client& host, const SettingsBridge::Log& log)
-        : settings(host, log, [this](const auto& change) { announce(change); }),
+        : settings(host, log, [this](const auto& event, bool isFirst) { announce(event, isFirst); }),
           bus(options.session, {&preferences, &personal}, log) {}
 
     Wanted wanted() override {
+        reportState();
         Wanted wanted = bus.wanted();
         if (!queue.empty()) {
             wanted.time = Time();
@@ -39,10 +41,21 @@ public:
     }
 
 private:
-    void announce(const Change& change) const {
+    void reportState() {
+        const std::string state = bus.connection() == nullptr ? "the bus cannot be reached"
+                                  : !settings.isServed()      ? "the host cannot be reached"
+                                                              : "connected to host and bus";
+        if (state != reported) {
+            reported = state;
+            SettingsBridge::notifyStatus(state);
+            status.write(bus.connection() != nullptr && settings.isServed(), state);
+        }
+    }
+
+    void announce(const SettingsClient::Event& event, bool isFirst) const {
         if (bus.connection() != nullptr) {
-            preferences.announce(bus.connection(), change);
-            personal.announce(bus.connection(), change);
+            preferences.announce(bus.connection(), event, isFirst);
+            personal.announce(bus.connection(), event, isFirst);
         }
     }
 
@@ -52,6 +65,8 @@ private:
     Object preferences{Object::Privacy::PREFERENCE, settings, queue};
     Object personal{Object::Privacy::PERSONAL, settings, queue};
     Bus bus;
+    const SettingsBridge::StatusFile status{"settings-dbus", SETTINGS_HANDLER_VERSION};
+    std::string reported;
 };
 
 }  // namespace

@@ -5,13 +5,12 @@
 #include <utility>
 
 #include "Wire/Catalogue.h"
-#include "bridge/ServiceManager.h"
 
 namespace SettingsDbus {
 
 namespace {
 
-using SettingsClient::Event;
+using Event = SettingsClient::Event;
 
 /// The newest event of each setting, in their order.
 std::vector<Event> newestOf(const std::vector<Event>& events) {
@@ -26,23 +25,9 @@ std::vector<Event> newestOf(const std::vector<Event>& events) {
     return newest;
 }
 
-/// What the host remembers; nothing of an older host.
-std::vector<Event> historyOf(SettingsClient::Client& client) {
-    try {
-        return client.history();
-    } catch (const SettingsClient::NotSupported&) {
-        return {};
-    }
-}
-
-Change changeOf(const Event& event) {
-    return {event.key, event.from, event.to, event.sequence, event.origin, event.client};
-}
-
 }  // namespace
 
-Settings::Settings(SettingsClient::Client& host, const SettingsBridge::Log& programLog,
-                   std::function<void(const Change&)> changeObserver)
+Settings::Settings(SettingsClient::Client& host, const SettingsBridge::Log& programLog, Observer changeObserver)
     : client(host), log(programLog), observer(std::move(changeObserver)) {
     client.onEvent([this](const auto& event) { take(event); });
     client.onReread([this](const auto& reread) { takeReread(reread); });
@@ -50,13 +35,12 @@ Settings::Settings(SettingsClient::Client& host, const SettingsBridge::Log& prog
     client.onDisconnected([this](const auto& reason) { takeLoss(reason); });
 }
 
-std::string Settings::value(const std::string& key) const {
-    const auto found = values.find(key);
-    return found == values.end() ? "" : found->second;
+const std::map<std::string, std::string>& Settings::all() const {
+    return known ? values : throw SettingsClient::ConnectionError(lossReason);
 }
 
 SettingsClient::Client& Settings::host() {
-    if (!isConnected || !client.isConnected()) {
+    if (!isServed()) {
         throw SettingsClient::ConnectionError(lossReason);
     }
     return client;
@@ -76,7 +60,7 @@ void Settings::take(const Event& event) {
     }
     lastSequence = std::max(lastSequence, event.sequence);
     values[event.key] = event.to;
-    observer(changeOf(event));
+    observer(event, false);
 }
 
 void Settings::takeReread(const SettingsClient::Reread& reread) {
@@ -89,9 +73,7 @@ void Settings::takeReread(const SettingsClient::Reread& reread) {
 
 void Settings::takeConnection() {
     isConnected = true;
-    const std::string status = "connected to " + client.socketPath();
-    log.write(SettingsBridge::LogLevel::INFORMATION, status);
-    SettingsBridge::notifyStatus(status);
+    log.write(SettingsBridge::LogLevel::INFORMATION, "connected to " + client.socketPath());
     if (mustRefresh) {
         refresh();
     }
@@ -101,7 +83,6 @@ void Settings::takeLoss(const std::string& reason) {
     isConnected = false;
     lossReason = reason;
     log.write(SettingsBridge::LogLevel::WARNING, reason);
-    SettingsBridge::notifyStatus(reason);
 }
 
 void Settings::refresh() {
@@ -116,45 +97,51 @@ void Settings::refresh() {
 
 void Settings::readAll() {
     // In this order the values are not older than the events.
-    const auto newest = newestOf(historyOf(client));
+    const auto newest = newestOf(client.history());
     const auto now = client.get();
+    const bool isFirst = !std::exchange(known, true);
     std::set<std::string> told;
     for (const auto& event : newest) {
         if (event.sequence > lastSequence) {
+            lastSequence = event.sequence;
             told.insert(event.key);
-            const auto value = now.find(event.key);
-            values[event.key] = value == now.end() ? "" : value->second;
-            observer(changeOf(event));
+            adopt(event.key, now);
+            observer(event, false);
         }
     }
-    if (!newest.empty()) {
-        lastSequence = std::max(lastSequence, newest.back().sequence);
-    }
     for (const auto& setting : Wire::catalogue()) {
-        const auto value = now.find(setting.key);
-        adopt(setting.key, value == now.end() ? "" : value->second, told.count(setting.key) > 0);
+        const auto change = adopt(setting.key, now);
+        if (told.count(setting.key) == 0 && (isFirst || change.from != change.to)) {
+            observer(change, isFirst);
+        }
     }
-    known = true;
 }
 
 void Settings::readAgain(const std::vector<std::string>& keys) {
     try {
         const auto now = client.get(keys);
         for (const auto& key : keys) {
-            const auto value = now.find(key);
-            adopt(key, value == now.end() ? "" : value->second, false);
+            const auto change = adopt(key, now);
+            if (change.from != change.to) {
+                observer(change, false);
+            }
         }
     } catch (const std::runtime_error&) {
         mustRefresh = true;
     }
 }
 
-void Settings::adopt(const std::string& key, const std::string& to, bool isTold) {
-    const std::string from = value(key);
-    values[key] = to;
-    if (!isTold && (from != to || !known)) {
-        observer({key, known ? std::optional(from) : std::nullopt, to, 0, "", ""});
+Settings::Event Settings::adopt(const std::string& key, const std::map<std::string, std::string>& now) {
+    Event change;
+    change.key = key;
+    change.from = std::exchange(values[key], "");
+    const auto found = now.find(key);
+    if (found == now.end()) {
+        values.erase(key);
+    } else {
+        change.to = values[key] = found->second;
     }
+    return change;
 }
 
 }  // namespace SettingsDbus

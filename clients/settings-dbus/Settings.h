@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <functional>
 #include <map>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,18 +11,6 @@
 
 namespace SettingsDbus {
 
-/// A setting has a new value.
-struct Change {
-    std::string key;
-    /// Nothing: it is not known, since all values were read for the first time.
-    std::optional<std::string> from;
-    std::string to;
-    /// That of the event; 0 when the value was read after it had changed without one, or while nobody listened.
-    std::uint64_t sequence = 0;
-    std::string origin;
-    std::string client;
-};
-
 /// The values of the host's settings, kept up to date.
 ///
 /// **What is told.** Every event once and in order, as long as there is one connection to one run of the host. After
@@ -31,17 +18,20 @@ struct Change {
 /// differs without one.
 class Settings {
 public:
-    /// Calls `observer` for each change, within `process` of the client and `repeat`.
-    Settings(SettingsClient::Client& host, const SettingsBridge::Log& log,
-             std::function<void(const Change&)> changeObserver);
+    using Event = SettingsClient::Event;
+    /// `event.sequence` is 0 for a value that was read after it had changed without an event. `isFirst`: the value
+    /// before is not known, since all values were read for the first time.
+    using Observer = std::function<void(const Event& event, bool isFirst)>;
 
-    /// Were the values read? From then on they are known, also while the host is away.
-    bool areKnown() const { return known; }
-    /// The value; empty when there is none.
-    std::string value(const std::string& key) const;
-    /// By key, without those that have none.
-    const std::map<std::string, std::string>& all() const { return values; }
+    /// `changeObserver` is called within `process` of the client, `tellChanges` and `repeat`.
+    Settings(SettingsClient::Client& host, const SettingsBridge::Log& log, Observer changeObserver);
 
+    /// By key, without those that have none. Known as soon as the host was reached once, also while it is away.
+    /// Errors: `ConnectionError` before.
+    const std::map<std::string, std::string>& all() const;
+
+    /// Is there a connection to the host?
+    bool isServed() const { return isConnected && client.isConnected(); }
     /// For requests. Errors: `ConnectionError` while there is no connection to the host; nothing is waited for.
     SettingsClient::Client& host();
 
@@ -51,19 +41,19 @@ public:
     void repeat();
 
 private:
-    void take(const SettingsClient::Event& event);
+    void take(const Event& event);
     void takeReread(const SettingsClient::Reread& reread);
     void takeConnection();
     void takeLoss(const std::string& reason);
-    /// Reads everything. A lost connection makes up for it later.
     void refresh();
     void readAll();
     void readAgain(const std::vector<std::string>& keys);
-    void adopt(const std::string& key, const std::string& to, bool isTold);
+    /// Takes the value of `now` over. Returns: the difference.
+    Event adopt(const std::string& key, const std::map<std::string, std::string>& now);
 
     SettingsClient::Client& client;
     const SettingsBridge::Log& log;
-    const std::function<void(const Change&)> observer;
+    const Observer observer;
     std::map<std::string, std::string> values;
     bool known = false;
     bool isConnected = false;
