@@ -14,6 +14,7 @@
 #include "bridge/Log.h"
 #include "bridge/Loop.h"
 #include "bridge/ServiceManager.h"
+#include "bridge/StatusFile.h"
 #include "mosquitto/MosquittoBroker.h"
 
 namespace SettingsMqtt {
@@ -38,8 +39,9 @@ private:
 /// What is done before each wait.
 class Upkeep : public SettingsBridge::Source {
 public:
-    Upkeep(Bridge& served, const SettingsClient::Client& host, const MosquittoBroker& connection)
-        : bridge(served), client(host), broker(connection) {}
+    Upkeep(Bridge& served, const SettingsClient::Client& host, const MosquittoBroker& connection,
+           const std::string& version)
+        : bridge(served), client(host), broker(connection), file("settings-mqtt", version) {}
 
     Wanted wanted() override {
         bridge.save();
@@ -48,6 +50,7 @@ public:
                                     : "Waiting for the host";
         if (std::exchange(status, now) != now) {
             SettingsBridge::notifyStatus(now);
+            file.write(client.isConnected() && broker.isConnected(), now);
         }
         return {};
     }
@@ -58,6 +61,7 @@ private:
     const SettingsClient::Client& client;
     const MosquittoBroker& broker;
     std::string status;
+    SettingsBridge::StatusFile file;
 };
 
 /// The client connects again by itself and then calls `onConnected`; other errors than a lost connection end the
@@ -102,7 +106,7 @@ void run(Options options) {
                                                  std::make_shared<VersionFile>(options.stateFolder, write));
     observe(client, bridge, *broker, log);
     SettingsBridge::HostSource host(client);
-    Upkeep upkeep(*bridge, client, *broker);
+    Upkeep upkeep(*bridge, client, *broker, options.bridge.version);
     SettingsBridge::Loop loop;
     loop.add(upkeep);
     loop.add(host);
