@@ -45,9 +45,9 @@ void Versions::valueIs(const std::string& key, const std::optional<std::string>&
     // The first value of this run tells what changed while no bridge ran; a device without records has nothing to lose.
     const std::uint64_t before = known != fingerprints.end() ? known->second : record.fingerprint;
     fingerprints[key] = fingerprint;
-    if (byBridge) {
+    if (byBridge || before == 0) {
         record.fingerprint = fingerprint;
-    } else if (!isAgreed && before != 0 && before != fingerprint) {
+    } else if (!isAgreed && before != fingerprint) {
         changed.insert(key);
     }
 }

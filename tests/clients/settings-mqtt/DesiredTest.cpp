@@ -129,6 +129,17 @@ TEST_F(DesiredTest, AChangeWhileTheBridgeDidNotRunCounts) {
     EXPECT_TRUE(host->requests.empty());
 }
 
+TEST_F(DesiredTest, AChangeCountsAfterARunThatEndedBeforeTheBrokerHadEverything) {
+    bridge->hostConnected();
+    bridge->brokerConnected();
+    bridge->save();
+    host->values["size"] = "large";
+    start();
+    connect();
+    find(wish("small", 1));
+    EXPECT_TRUE(host->requests.empty());
+}
+
 TEST_F(DesiredTest, AChangeWithoutConnectionCountsAfterARestart) {
     connect();
     bridge->brokerLost();

@@ -15,6 +15,7 @@ protected:
 
     const std::shared_ptr<FakeBroker> broker = std::make_shared<FakeBroker>();
     SettingsMqtt::Outbox outbox{broker};
+    int acknowledged = 0;
 };
 
 TEST_F(OutboxTest, WaitsForAConnection) {
@@ -51,12 +52,21 @@ TEST_F(OutboxTest, SendsTheNewestOfASlotAndOfARetainedTopic) {
     EXPECT_EQ(broker->lines, (Lines{"event 2", "event 3", "*state 2"}));
 }
 
-TEST_F(OutboxTest, DropsTheOldestOfTooManyWithoutSlot) {
-    for (std::size_t number = 0; number <= SettingsMqtt::Outbox::maximumWaiting; ++number) {
-        outbox.add({"a", std::to_string(number)});
+TEST_F(OutboxTest, DropsTheOldestOfTooManyBytesWithoutSlot) {
+    const std::string half(SettingsMqtt::Outbox::maximumWaiting / 2, 'x');
+    for (int round = 0; round < 2; ++round) {
+        broker->lines.clear();
+        outbox.add({"event", half}, "event of a");
+        for (const std::string topic : {"a", "b", "c"}) {
+            outbox.add({topic, half});
+        }
+        outbox.connected({});
+        EXPECT_EQ(broker->lines, (Lines{"event " + half, "b " + half, "c " + half}));
+        while (!outbox.isEmpty()) {
+            outbox.acknowledged(++acknowledged);
+        }
+        outbox.lost();
     }
-    outbox.connected({});
-    EXPECT_EQ(broker->lines.front(), "a 1");
 }
 
 TEST_F(OutboxTest, SendsAgainWhatWasNotAcknowledgedExceptRetainedMessages) {
