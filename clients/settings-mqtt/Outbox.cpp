@@ -7,6 +7,9 @@
 namespace SettingsMqtt {
 
 void Outbox::add(Message message, const std::string& slot) {
+    if (message.retained && !isConnected) {
+        return;
+    }
     const std::string place = message.retained ? message.topic : slot;
     enqueue({std::move(message), place});
     send();

@@ -1,0 +1,247 @@
+#include "BridgeFixture.h"
+
+namespace SettingsMqttTest {
+
+namespace {
+
+std::string wish(const std::string& value, int version) {
+    return R"({"value":")" + value + R"(","version":)" + std::to_string(version) + "}";
+}
+
+std::string outcome(const std::string& rest) {
+    return R"(settings/tv/outcome {"key":"size","outcome":)" + rest + "}";
+}
+
+}  // namespace
+
+/// The rule of docs/mqtt.md, "Desired values".
+class DesiredTest : public BridgeTest {
+protected:
+    DesiredTest() {
+        options.groups = {"lobby"};
+        start();
+    }
+
+    /// What the broker delivers for a wish that it kept.
+    void find(const std::string& payload) { receive("settings/tv/desired/size", payload, true); }
+
+    const std::string changedSince =
+        R"("refused","reason":"changed-since","message":"the setting was changed at the device meanwhile","version":)";
+};
+
+TEST_F(DesiredTest, AppliesAVersionOnce) {
+    connect();
+    find(wish("large", 1));
+    EXPECT_EQ(published(), (Lines{outcome(R"("changed","value":"large","version":1)")}));
+    change("size", "small");
+    published();
+    bridge->brokerLost();
+    connectBroker();
+    find(wish("large", 1));
+    EXPECT_EQ(host->requests, (Lines{"size=large"}));
+    EXPECT_TRUE(published().empty());
+}
+
+TEST_F(DesiredTest, RemembersVersionsOverARestart) {
+    connect();
+    find(wish("large", 1));
+    bridge->save();
+    change("size", "small");
+    bridge->save();
+    start();
+    connect();
+    find(wish("large", 1));
+    EXPECT_EQ(host->requests, (Lines{"size=large"}));
+    find(wish("large", 2));
+    EXPECT_EQ(host->requests, (Lines{"size=large", "size=large"}));
+}
+
+TEST_F(DesiredTest, ComparesVersionsOfAKeyOverAllTopics) {
+    connect();
+    receive("settings/group/lobby/desired/size", wish("large", 5), true);
+    receive("settings/tv/desired/size", wish("small", 4));
+    EXPECT_EQ(host->requests, (Lines{"size=large"}));
+    EXPECT_EQ(published(), (Lines{outcome(R"("changed","value":"large","version":5)"),
+                                  outcome(R"("refused","reason":"old-version",)"
+                                          R"("message":"this version, or a newer one, came before","version":4)")}));
+}
+
+TEST_F(DesiredTest, TakesTheNewestWishAfterATimeWithoutConnection) {
+    connect();
+    bridge->brokerLost();
+    connectBroker();
+    find(wish("large", 1));
+    EXPECT_EQ(host->requests, (Lines{"size=large"}));
+}
+
+TEST_F(DesiredTest, NeverOverwritesAChangeThatWasMadeWithoutConnection) {
+    connect();
+    bridge->brokerLost();
+    change("size", "large");
+    connectBroker();
+    find(wish("small", 1));
+    EXPECT_TRUE(host->requests.empty());
+    EXPECT_EQ(published(), (Lines{outcome(changedSince + "1")}));
+    // The same version is done with; the next one comes after the change.
+    find(wish("small", 1));
+    receive("settings/tv/desired/size", wish("small", 2));
+    EXPECT_EQ(host->requests, (Lines{"size=small"}));
+}
+
+TEST_F(DesiredTest, AppliesAWishThatIsPublishedAfterTheChange) {
+    connect();
+    bridge->brokerLost();
+    change("size", "large");
+    connectBroker();
+    receive("settings/tv/desired/size", wish("small", 1));
+    EXPECT_EQ(host->requests, (Lines{"size=small"}));
+}
+
+TEST_F(DesiredTest, AChangeCountsForOneConnectionOnly) {
+    connect();
+    bridge->brokerLost();
+    change("size", "large");
+    connectBroker();
+    bridge->brokerLost();
+    connectBroker();
+    find(wish("small", 1));
+    EXPECT_EQ(host->requests, (Lines{"size=small"}));
+}
+
+TEST_F(DesiredTest, AChangeStillCountsWhenTheConnectionWasLostBeforeTheBrokerHadEverything) {
+    connect();
+    bridge->brokerLost();
+    change("size", "large");
+    bridge->brokerConnected();
+    bridge->brokerLost();
+    connectBroker();
+    find(wish("small", 1));
+    EXPECT_TRUE(host->requests.empty());
+}
+
+TEST_F(DesiredTest, AChangeWhileTheBridgeDidNotRunCounts) {
+    connect();
+    bridge->save();
+    host->values["size"] = "large";
+    start();
+    connect();
+    find(wish("small", 1));
+    EXPECT_TRUE(host->requests.empty());
+}
+
+TEST_F(DesiredTest, AChangeWithoutConnectionCountsAfterARestart) {
+    connect();
+    bridge->brokerLost();
+    change("size", "large");
+    change("size", "small");
+    bridge->save();
+    start();
+    connect();
+    find(wish("large", 1));
+    EXPECT_TRUE(host->requests.empty());
+}
+
+TEST_F(DesiredTest, AChangeThatTheBrokerKnowsDoesNotCountAfterAPowerCut) {
+    connect();
+    change("size", "large");
+    bridge->save();
+    start();
+    connect();
+    find(wish("small", 1));
+    EXPECT_EQ(host->requests, (Lines{"size=small"}));
+}
+
+TEST_F(DesiredTest, AChangeByTheBridgeDoesNotCount) {
+    connect();
+    bridge->brokerLost();
+    bridge->brokerConnected();
+    find(wish("large", 1));
+    SettingsClient::Event own;
+    own.key = "size";
+    own.to = "large";
+    own.client = "settings-mqtt";
+    bridge->changed(own);
+    bridge->save();
+    start();
+    connect();
+    find(wish("small", 2));
+    EXPECT_EQ(host->requests, (Lines{"size=large", "size=small"}));
+}
+
+TEST_F(DesiredTest, ANewDeviceTakesTheWish) {
+    host->values["size"] = "medium";
+    connect();
+    find(wish("large", 1));
+    EXPECT_EQ(host->requests, (Lines{"size=large"}));
+}
+
+TEST_F(DesiredTest, AWishWaitsForTheHost) {
+    connect();
+    bridge->hostLost();
+    find(wish("large", 1));
+    receive("settings/group/lobby/desired/size", wish("huge", 3), true);
+    find(wish("small", 2));
+    EXPECT_TRUE(host->requests.empty());
+    bridge->hostConnected();
+    EXPECT_EQ(host->requests, (Lines{"size=huge"}));
+}
+
+TEST_F(DesiredTest, AWishWaitsWhenTheHostGoesMeanwhile) {
+    connect();
+    host->isGone = true;
+    find(wish("large", 1));
+    EXPECT_EQ(published(), (Lines{"*settings/tv/availability offline"}));
+    host->isGone = false;
+    bridge->hostConnected();
+    EXPECT_EQ(host->requests, (Lines{"size=large", "size=large"}));
+    EXPECT_EQ(host->values["size"], "large");
+}
+
+TEST_F(DesiredTest, IsTriedAgainWhenItWasNotStored) {
+    connect();
+    host->answers = {SettingsMqtt::refusal("not-stored", "no")};
+    find(wish("large", 1));
+    find(wish("large", 1));
+    EXPECT_EQ(host->requests, (Lines{"size=large", "size=large"}));
+    find(wish("large", 1));
+    EXPECT_EQ(host->requests.size(), 2U);
+}
+
+TEST_F(DesiredTest, IsTriedOnceWhenItIsRefused) {
+    connect();
+    host->answers = {SettingsMqtt::refusal("read-only", "no")};
+    find(wish("large", 1));
+    find(wish("large", 1));
+    EXPECT_EQ(host->requests, (Lines{"size=large"}));
+}
+
+TEST_F(DesiredTest, RefusesWhatIsNoWish) {
+    connect();
+    for (const std::string version :
+         {"", R"(,"version":0)", R"(,"version":"1")", R"(,"version":1.5)", R"(,"version":9007199254740992)"}) {
+        find(R"({"value":"large")" + version + "}");
+        EXPECT_EQ(published(), (Lines{outcome(R"("refused","reason":"bad-payload","message":)"
+                                              R"("\"version\" is not an integer from 1 to 9007199254740991")")}));
+    }
+    find("large");
+    EXPECT_EQ(published(),
+              (Lines{outcome(R"("refused","reason":"bad-payload","message":"the payload is not a JSON object")")}));
+    receive("settings/tv/desired/name", wish("Ada's", 1));
+    EXPECT_EQ(published().size(), 1U);
+    EXPECT_TRUE(host->requests.empty());
+}
+
+TEST_F(DesiredTest, StoresOnceForEverythingAndOnlyWhatIsNew) {
+    connect();
+    bridge->save();
+    EXPECT_EQ(store->times, 1);
+    bridge->save();
+    EXPECT_EQ(store->times, 1);
+    find(wish("large", 1));
+    change("size", "large", "settings-mqtt");
+    bridge->save();
+    EXPECT_EQ(store->times, 2);
+    EXPECT_EQ(store->records["size"].version, 1);
+}
+
+}  // namespace SettingsMqttTest
