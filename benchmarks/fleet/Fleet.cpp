@@ -40,7 +40,7 @@ std::string lineOf(TestSupport::ChildProcess& process) {
 
 }  // namespace
 
-Fleet::Fleet(std::size_t count, int port, int keepalive) {
+Fleet::Fleet(std::size_t count, const TelevisionOptions& options) {
     const std::size_t most = mostInOneProcess();
     const std::size_t processes = (count + most - 1) / most;
     for (std::size_t number = 0; number < processes; ++number) {
@@ -50,8 +50,12 @@ Fleet::Fleet(std::size_t count, int port, int keepalive) {
         }
         const std::size_t first = count * number / processes;
         const std::size_t next = count * (number + 1) / processes;
-        const std::vector<std::string> arguments{FLEET_TELEVISIONS, std::to_string(port), std::to_string(first),
-                                                 std::to_string(next - first), std::to_string(keepalive)};
+        const std::vector<std::string> arguments{FLEET_TELEVISIONS,
+                                                 std::to_string(first),
+                                                 std::to_string(next - first),
+                                                 std::to_string(options.port),
+                                                 std::to_string(options.keepalive),
+                                                 std::to_string(options.firstPause.count())};
         parts.push_back({ends[0], first,
                          std::make_unique<TestSupport::ChildProcess>(arguments, std::map<std::string, std::string>(),
                                                                      std::vector<int>{ends[1]})});

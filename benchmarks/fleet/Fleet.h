@@ -4,18 +4,31 @@
 #include <memory>
 #include <vector>
 
+#include "fleet/Television.h"
 #include "support/ChildProcess.h"
 
 namespace Benchmarks {
 
+/// Bridges of televisions at one broker.
+class Bridges {
+public:
+    virtual ~Bridges() = default;
+    /// Somebody changes `changedKey` at a television to the time now, in nanoseconds of the steady clock.
+    virtual void change(std::size_t television) = 0;
+    /// Of all processes that hold bridges.
+    virtual double processorMicroseconds() const = 0;
+    /// Their memory that is backed by no file, in bytes.
+    virtual double memory() const = 0;
+};
+
 /// Simulated televisions in processes of their own.
-class Fleet {
+class Fleet : public Bridges {
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// Makes `count` televisions for the broker at `port`; they do not connect yet.
-    Fleet(std::size_t count, int port, int keepalive = 60);
-    ~Fleet();
+    /// Makes `count` televisions; they do not connect yet.
+    Fleet(std::size_t count, const TelevisionOptions& options);
+    ~Fleet() override;
     Fleet(const Fleet&) = delete;
     Fleet& operator=(const Fleet&) = delete;
 
@@ -24,12 +37,9 @@ public:
     /// Waits until all have connected once more, and the broker has taken everything that they had to say.
     /// Returns: when that was. Errors: `std::runtime_error`.
     Clock::time_point waitUntilPublished();
-    /// Somebody changes a setting at a television.
-    void change(std::size_t television);
-    /// Of all processes.
-    double processorMicroseconds() const;
-    /// Memory of their own, in bytes.
-    double memory() const;
+    void change(std::size_t television) override;
+    double processorMicroseconds() const override;
+    double memory() const override;
 
 private:
     struct Part {

@@ -60,21 +60,27 @@ FleetEffort quickEffort() {
 Results measure(const Arguments& arguments) {
     ::mosquitto_lib_init();
     FleetEffort effort = arguments.quick ? quickEffort() : FleetEffort();
-    if (!arguments.others.empty()) { effort.sizes = {std::stoul(arguments.others[0])}; effort.idleSeconds = 1; }
+    if (!arguments.others.empty()) {
+        effort.sizes = {std::stoul(arguments.others[0])};
+        effort.idleSeconds = 1;
+    }
     std::map<std::size_t, Rounds> sizes;
     Rounds idle;
+    Rounds program;
     for (int number = 1; number <= arguments.rounds; ++number) {
         for (const std::size_t size : effort.sizes) {
             std::fprintf(stderr, "round %d of %d, %zu televisions\n", number, arguments.rounds, size);
             addTo(sizes[size], measureFleet(size, effort));
         }
         addTo(idle, measureIdleFleet(effort));
+        addTo(program, measureProgram(effort));
     }
     Results results;
     for (const auto& [size, rounds] : sizes) {
         report(results, withCommas(size), rounds);
     }
     report(results, withCommas(effort.idleTelevisions), idle);
+    report(results, "settings-mqtt", program);
     for (const char* const name :
          {FleetNames::connectedAgain, FleetNames::command, FleetNames::slowChange, FleetNames::change}) {
         addCurve(results, "A fleet, times", "ms", name, sizes);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <random>
 #include <stdexcept>
 #include <thread>
@@ -9,6 +10,7 @@
 #include "fleet/BrokerProcess.h"
 #include "fleet/Fleet.h"
 #include "fleet/Names.h"
+#include "fleet/Program.h"
 #include "fleet/Spectator.h"
 #include "support/Results.h"
 
@@ -19,6 +21,11 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using SettingsMqtt::Message;
 
+/// A broker's queue of connections that wait to be accepted is short.
+std::chrono::milliseconds firstPauseOf(std::size_t televisions) {
+    return std::chrono::milliseconds(std::max<std::int64_t>(1000, 4 * static_cast<std::int64_t>(televisions)));
+}
+
 double milliseconds(Clock::duration time) {
     return std::chrono::duration<double, std::milli>(time).count();
 }
@@ -26,86 +33,73 @@ double milliseconds(Clock::duration time) {
 /// Processor time of both sides since it was made, for one of many.
 class Work {
 public:
-    Work(const Fleet& itsFleet, const BrokerProcess& itsBroker) : fleet(itsFleet), broker(itsBroker) {}
+    Work(const Bridges& itsBridges, const BrokerProcess& itsBroker) : bridges(itsBridges), broker(itsBroker) {}
 
     void addTo(FleetRound& round, const std::string& what, double many) const {
-        round[what + ", processor time of the bridge, µs"] = (fleet.processorMicroseconds() - fleetBefore) / many;
+        round[what + ", processor time of the bridge, µs"] = (bridges.processorMicroseconds() - bridgesBefore) / many;
         round[what + ", processor time of the broker, µs"] =
             (processorMicrosecondsOf(broker.pid()) - brokerBefore) / many;
     }
 
 private:
-    const Fleet& fleet;
+    const Bridges& bridges;
     const BrokerProcess& broker;
-    const double fleetBefore = fleet.processorMicroseconds();
+    const double bridgesBefore = bridges.processorMicroseconds();
     const double brokerBefore = processorMicrosecondsOf(broker.pid());
 };
 
-std::string topicOf(const std::string& whose, const std::string& rest) {
-    return "settings/" + whose + "/" + rest;
-}
-
-class Measurement {
+/// Changes and commands of connected bridges.
+class Use {
 public:
-    Measurement(std::size_t itsSize, const FleetEffort& itsEffort) : size(itsSize), effort(itsEffort) {}
+    Use(Bridges& itsBridges, std::size_t itsSize, const BrokerProcess& itsBroker)
+        : bridges(itsBridges), size(itsSize), broker(itsBroker), spectator(broker.port(), topics()) {}
 
-    FleetRound all() {
-        const double empty = memoryOf(broker.pid());
-        connect();
-        Spectator spectator(broker.port(), {topicOf("+", std::string("state/") + changedKey), topicOf("+", "outcome")});
-        measureChanges(spectator);
-        for (int number = 0; number < effort.commands; ++number) {
-            measureCommand(spectator, "style " + std::to_string(number));
-        }
-        round[FleetNames::command] = median(commands);
-        round[FleetNames::brokerMemory] = (memoryOf(broker.pid()) - empty) / 1024 / count();
-        round[FleetNames::bridgeMemory] = (fleet.memory() - Fleet(0, broker.port()).memory()) / 1024 / count();
-        return round;
-    }
-
-    void connectAgain(FleetRound& result) {
-        const double before = fleet.processorMicroseconds();
-        broker.killAndRestart();
-        const auto start = Clock::now();
-        result[FleetNames::connectedAgain] = milliseconds(fleet.waitUntilPublished() - start);
-        (void)before;
-    }
-
-private:
-    double count() const { return static_cast<double>(size); }
-
-    void connect() {
-        const Work work(fleet, broker);
-        const auto start = Clock::now();
-        fleet.connect();
-        round[FleetNames::connected] = milliseconds(fleet.waitUntilPublished() - start);
-        work.addTo(round, "connection and publication of all values", count());
-    }
-
-    void measureChanges(Spectator& spectator) {
+    void measureChanges(FleetRound& round, int count) {
+        std::mt19937_64 random{size};
         std::vector<double> latencies;
-        const Work work(fleet, broker);
-        for (int number = 0; number < effort.changes; ++number) {
-            const std::size_t television = std::uniform_int_distribution<std::size_t>(0, size - 1)(random);
-            const std::string topic = topicOf(televisionName(television), std::string("state/") + changedKey);
-            fleet.change(television);
-            spectator.receive([&](const Message& message) {
-                if (message.topic != topic) {
-                    return false;
-                }
-                const Clock::time_point changed{Clock::duration(std::stoll(message.payload))};
-                latencies.push_back(milliseconds(Clock::now() - changed));
-                return true;
-            });
+        const Work work(bridges, broker);
+        for (int number = 0; number < count; ++number) {
+            latencies.push_back(changeOne(std::uniform_int_distribution<std::size_t>(0, size - 1)(random)));
         }
-        work.addTo(round, "change", effort.changes);
+        work.addTo(round, "change", count);
         std::sort(latencies.begin(), latencies.end());
         round[FleetNames::change] = median(latencies);
         round[FleetNames::slowChange] = latencies[latencies.size() * 99 / 100];
     }
 
-    void measureCommand(Spectator& spectator, const std::string& value) {
-        const Work work(fleet, broker);
+    void measureCommands(FleetRound& round, int count) {
+        std::vector<double> times;
+        const Work work(bridges, broker);
+        for (int number = 0; number < count; ++number) {
+            times.push_back(command("style " + std::to_string(number)));
+        }
+        work.addTo(round, "command and answer", static_cast<double>(size) * count);
+        round[FleetNames::command] = median(times);
+    }
+
+private:
+    static std::string topicOf(const std::string& whose, const std::string& rest) {
+        return "settings/" + whose + "/" + rest;
+    }
+    static std::vector<std::string> topics() {
+        return {topicOf("+", std::string("state/") + changedKey), topicOf("+", "outcome")};
+    }
+
+    double changeOne(std::size_t television) {
+        const std::string topic = topicOf(televisionName(television), std::string("state/") + changedKey);
+        bridges.change(television);
+        double latency = 0;
+        spectator.receive([&](const Message& message) {
+            if (message.topic == topic) {
+                const Clock::time_point changed{Clock::duration(std::stoll(message.payload))};
+                latency = milliseconds(Clock::now() - changed);
+            }
+            return message.topic == topic;
+        });
+        return latency;
+    }
+
+    double command(const std::string& value) {
         const auto start = Clock::now();
         spectator.publish(
             {topicOf(std::string("group/") + groupName, std::string("set/") + commandedKey), value, false});
@@ -119,25 +113,40 @@ private:
             }
             return answers == size;
         });
-        commands.push_back(milliseconds(Clock::now() - start));
-        work.addTo(round, "command and answer", count());
+        return milliseconds(Clock::now() - start);
     }
 
+    Bridges& bridges;
     const std::size_t size;
-    const FleetEffort& effort;
-    BrokerProcess broker;
-    Fleet fleet{size, broker.port()};
-    FleetRound round;
-    std::vector<double> commands;
-    std::mt19937_64 random{size};
+    const BrokerProcess& broker;
+    Spectator spectator;
 };
 
 }  // namespace
 
 FleetRound measureFleet(std::size_t size, const FleetEffort& effort) {
-    Measurement measurement(size, effort);
-    FleetRound round = measurement.all();
-    measurement.connectAgain(round);
+    FleetRound round;
+    const auto count = static_cast<double>(size);
+    BrokerProcess broker;
+    const double emptyBroker = memoryOf(broker.pid());
+    const TelevisionOptions options{broker.port(), 60, firstPauseOf(size)};
+    const double emptyProcess = Fleet(0, options).memory();
+    Fleet fleet(size, options);
+    const Work work(fleet, broker);
+    const auto start = Clock::now();
+    fleet.connect();
+    round[FleetNames::connected] = milliseconds(fleet.waitUntilPublished() - start);
+    work.addTo(round, "connection and publication of all values", count);
+    {
+        Use use(fleet, size, broker);
+        use.measureChanges(round, effort.changes);
+        use.measureCommands(round, effort.commands);
+    }
+    round[FleetNames::brokerMemory] = (memoryOf(broker.pid()) - emptyBroker) / 1024 / count;
+    round[FleetNames::bridgeMemory] = (fleet.memory() - emptyProcess) / 1024 / count;
+    broker.killAndRestart();
+    const auto restart = Clock::now();
+    round[FleetNames::connectedAgain] = milliseconds(fleet.waitUntilPublished() - restart);
     return round;
 }
 
@@ -145,13 +154,28 @@ FleetRound measureIdleFleet(const FleetEffort& effort) {
     // The least that libmosquitto takes.
     constexpr int keepalive = 5;
     const BrokerProcess broker;
-    Fleet fleet(effort.idleTelevisions, broker.port(), keepalive);
+    Fleet fleet(effort.idleTelevisions, {broker.port(), keepalive, firstPauseOf(effort.idleTelevisions)});
     fleet.connect();
     fleet.waitUntilPublished();
     FleetRound round;
     const Work work(fleet, broker);
     std::this_thread::sleep_for(std::chrono::seconds(effort.idleSeconds));
     work.addTo(round, "keepalive", static_cast<double>(effort.idleTelevisions) * effort.idleSeconds / keepalive);
+    return round;
+}
+
+FleetRound measureProgram(const FleetEffort& effort) {
+    const BrokerProcess broker;
+    Program program(broker.port());
+    FleetRound round;
+    {
+        Spectator spectator(broker.port(), {"settings/+/availability"});
+        spectator.receive([](const Message& message) { return message.payload == "online"; });
+    }
+    Use use(program, 1, broker);
+    use.measureChanges(round, effort.changes);
+    use.measureCommands(round, effort.changes);
+    round[FleetNames::bridgeMemory] = program.memory() / 1024;
     return round;
 }
 

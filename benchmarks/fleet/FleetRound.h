@@ -26,12 +26,15 @@ FleetRound measureFleet(std::size_t size, const FleetEffort& effort);
 /// What a television takes that nobody uses.
 FleetRound measureIdleFleet(const FleetEffort& effort);
 
+/// What the program settings-mqtt takes with a settings-host, in the same words.
+FleetRound measureProgram(const FleetEffort& effort);
+
 namespace FleetNames {
 
 constexpr const char* change = "change until a subscriber has it, median, ms";
 constexpr const char* slowChange = "change until a subscriber has it, 99 %, ms";
 constexpr const char* command = "group command until all have answered, ms";
-constexpr const char* connected = "all connect for the first time, until all is published, ms";
+constexpr const char* connected = "all connect at the same moment, until all is published, ms";
 constexpr const char* connectedAgain = "broker killed and started again, until all is published, ms";
 constexpr const char* bridgeMemory = "memory of a television in the bridge, KiB";
 constexpr const char* brokerMemory = "memory of a television in the broker, KiB";

@@ -9,13 +9,14 @@ namespace Benchmarks {
 
 namespace {
 
-SettingsMqtt::MosquittoOptions connectionOptions(std::size_t number, int port, int keepalive) {
+SettingsMqtt::MosquittoOptions connectionOptions(std::size_t number, const TelevisionOptions& chosen) {
     SettingsMqtt::MosquittoOptions options;
     options.address = "127.0.0.1";
-    options.port = port;
+    options.port = chosen.port;
     options.clientId = "settings-" + televisionName(number);
     options.lastWill = SettingsMqtt::Bridge::lastWill(televisionName(number));
-    options.keepalive = keepalive;
+    options.keepalive = chosen.keepalive;
+    options.firstPause = chosen.firstPause;
     options.seed = number;
     return options;
 }
@@ -53,8 +54,8 @@ void CountedBroker::acknowledged(int number) {
     listener->acknowledged(number);
 }
 
-Television::Television(std::size_t number, int port, int keepalive)
-    : mosquitto(std::make_shared<SettingsMqtt::MosquittoBroker>(connectionOptions(number, port, keepalive))),
+Television::Television(std::size_t number, const TelevisionOptions& options)
+    : mosquitto(std::make_shared<SettingsMqtt::MosquittoBroker>(connectionOptions(number, options))),
       counted(std::make_shared<CountedBroker>(mosquitto)),
       bridge(bridgeOptions(number), counted, host, std::make_shared<ForgetfulStore>()) {
     counted->setListener(&bridge);

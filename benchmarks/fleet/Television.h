@@ -1,6 +1,7 @@
 #pragma once
 
-#include <cstdint>
+#include <chrono>
+#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -45,16 +46,22 @@ private:
     int taken = 0;
 };
 
+struct TelevisionOptions {
+    int port = 0;
+    /// In seconds.
+    int keepalive = 60;
+    std::chrono::milliseconds firstPause{1000};
+};
+
 /// The real bridge between a simulated host and a real broker.
 class Television {
 public:
-    Television(std::size_t number, int port, int keepalive);
+    Television(std::size_t number, const TelevisionOptions& options);
 
     /// To be watched and processed by a loop.
     SettingsBridge::Source& connection() { return *mosquitto; }
     /// Publishes what happened at its host.
     void tellBridge();
-    /// Changes a setting to the time now, in nanoseconds of the steady clock.
     void change();
     /// Has the broker got everything on a connection later than that number?
     bool hasPublished(int connectionsBefore) const {

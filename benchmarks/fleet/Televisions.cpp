@@ -15,9 +15,9 @@
 
 #include "fleet/Television.h"
 
-/// Many televisions in one process and one loop. Usage: fleet-televisions PORT FIRST COUNT KEEPALIVE. Commands come as
-/// lines at descriptor 3: "connect", and "change NUMBER". Lines of the output: "made", and "published TIME" whenever
-/// all televisions have connected once more and the broker has taken everything.
+/// Many televisions in one process and one loop. Usage: fleet-televisions FIRST COUNT PORT KEEPALIVE PAUSE (see
+/// `TelevisionOptions`). Commands come as lines at descriptor 3: "connect", and "change NUMBER". Lines of the output:
+/// "made", and "published TIME" whenever all have connected once more and the broker has taken everything.
 namespace {
 
 using Benchmarks::Television;
@@ -35,7 +35,7 @@ void check(bool isFine, const char* what) {
 
 class Televisions {
 public:
-    Televisions(int port, std::size_t firstNumber, std::size_t count, int keepalive);
+    Televisions(std::size_t firstNumber, std::size_t count, const Benchmarks::TelevisionOptions& options);
 
     /// Until there are no commands any more.
     void run();
@@ -70,10 +70,10 @@ private:
     std::string pending;
 };
 
-Televisions::Televisions(int port, std::size_t firstNumber, std::size_t count, int keepalive)
+Televisions::Televisions(std::size_t firstNumber, std::size_t count, const Benchmarks::TelevisionOptions& options)
     : first(firstNumber), places(count) {
     for (std::size_t index = 0; index < count; ++index) {
-        places[index].television = std::make_unique<Television>(first + index, port, keepalive);
+        places[index].television = std::make_unique<Television>(first + index, options);
     }
     epoll_event event{EPOLLIN, {}};
     event.data.u64 = commandsIndex;
@@ -194,12 +194,14 @@ void Televisions::report() {
 }  // namespace
 
 int main(int count, char** texts) {
-    if (count != 5) {
+    if (count != 6) {
         return 2;
     }
     ::mosquitto_lib_init();
     try {
-        Televisions(std::stoi(texts[1]), std::stoul(texts[2]), std::stoul(texts[3]), std::stoi(texts[4])).run();
+        const Benchmarks::TelevisionOptions options{std::stoi(texts[3]), std::stoi(texts[4]),
+                                                    std::chrono::milliseconds(std::stol(texts[5]))};
+        Televisions(std::stoul(texts[1]), std::stoul(texts[2]), options).run();
     } catch (const std::exception& error) {
         std::fprintf(stderr, "fleet-televisions: %s\n", error.what());
         return 1;
