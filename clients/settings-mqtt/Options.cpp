@@ -98,6 +98,10 @@ void readCredentials(const std::string& path, MosquittoOptions& broker) {
     std::getline(file, broker.password);
 }
 
+std::chrono::milliseconds milliseconds(double seconds) {
+    return std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
+}
+
 class CommandLine {
 public:
     CommandLine() : app(description, "settings-mqtt") {
@@ -128,7 +132,8 @@ public:
         options.bridge.version = SETTINGS_HANDLER_VERSION;
         options.broker.clientId = "settings-" + options.bridge.id;
         options.broker.lastWill = Bridge::lastWill(options.bridge.id);
-        options.broker.longestPause = std::chrono::milliseconds(static_cast<std::int64_t>(longestPause * 1000));
+        options.broker.firstPause = milliseconds(firstPause);
+        options.broker.longestPause = milliseconds(longestPause);
         options.broker.seed = std::random_device()();
         return options;
     }
@@ -147,6 +152,9 @@ private:
         app.add_option("--keepalive", broker.keepalive,
                        "Seconds without a message after which the connection is checked")
             ->check(CLI::Range(5, 3600));
+        app.add_option("--first-pause", firstPause,
+                       "Longest first pause in seconds before connecting again; more for many devices")
+            ->check(CLI::Range(0.1, 86400.0));
         app.add_option("--longest-pause", longestPause, "Longest pause in seconds between attempts to connect")
             ->check(CLI::Range(0.1, 86400.0));
     }
@@ -179,6 +187,7 @@ private:
     std::string id;
     std::string credentials;
     std::vector<std::string> included;
+    double firstPause = 1;
     double longestPause = 120;
     CLI::App app;
 };

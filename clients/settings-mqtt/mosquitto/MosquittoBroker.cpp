@@ -89,7 +89,9 @@ struct MosquittoBroker::Callbacks {
 };
 
 MosquittoBroker::MosquittoBroker(MosquittoOptions chosen)
-    : options(std::move(chosen)), pauses(options.longestPause, options.seed), connection(nullptr, mosquitto_destroy) {}
+    : options(std::move(chosen)),
+      pauses(options.firstPause, options.longestPause, options.seed),
+      connection(nullptr, mosquitto_destroy) {}
 
 MosquittoBroker::~MosquittoBroker() = default;
 

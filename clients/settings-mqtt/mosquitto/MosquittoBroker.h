@@ -24,6 +24,7 @@ struct MosquittoOptions {
     Message lastWill;
     /// In seconds.
     int keepalive = 60;
+    Pauses::Milliseconds firstPause{1000};
     Pauses::Milliseconds longestPause{120000};
     std::uint64_t seed = 0;
     /// Files; TLS is used when there is a CA.

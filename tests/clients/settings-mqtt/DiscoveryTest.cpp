@@ -68,17 +68,17 @@ TEST_F(BridgeTest, PublishesDiscoveryBeforeTheStateAndRemovesWhatItDoesNotOffer)
 
 TEST(Pauses, GrowAreRandomAndBeginAgainAfterALongConnection) {
     using Milliseconds = SettingsMqtt::Pauses::Milliseconds;
-    SettingsMqtt::Pauses pauses(Milliseconds(10000), 1);
-    SettingsMqtt::Pauses others(Milliseconds(10000), 2);
+    SettingsMqtt::Pauses pauses(Milliseconds(1500), Milliseconds(10000), 1);
+    SettingsMqtt::Pauses others(Milliseconds(1500), Milliseconds(10000), 2);
     bool areDifferent = false;
-    for (const int upTo : {1000, 2000, 4000, 8000, 10000, 10000}) {
+    for (const int upTo : {1500, 3000, 6000, 10000, 10000}) {
         const auto pause = pauses.next(Milliseconds(59999));
         EXPECT_GE(pause.count(), upTo / 2);
         EXPECT_LE(pause.count(), upTo);
         areDifferent = areDifferent || pause != others.next(Milliseconds(0));
     }
     EXPECT_TRUE(areDifferent);
-    EXPECT_LE(pauses.next(Milliseconds(60000)).count(), 1000);
+    EXPECT_LE(pauses.next(Milliseconds(60000)).count(), 1500);
 }
 
 TEST(Topics, NamesAreSafeInTopics) {
