@@ -1,6 +1,8 @@
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -36,6 +38,9 @@ private:
     SettingsClient::Client& client;
 };
 
+/// Each time takes two flushes of the disk.
+constexpr std::chrono::seconds savingPause{10};
+
 /// What is done before each wait.
 class Upkeep : public SettingsBridge::Source {
 public:
@@ -44,7 +49,12 @@ public:
         : bridge(served), client(host), broker(connection), file("settings-mqtt", version) {}
 
     Wanted wanted() override {
-        bridge.save();
+        const auto unsaved = bridge.unsaved();
+        if (unsaved == Versions::Unsaved::VERSIONS) {
+            process(0);
+        } else if (unsaved == Versions::Unsaved::VALUES && !saving) {
+            saving = std::chrono::steady_clock::now() + savingPause;
+        }
         const std::string now = client.isConnected()
                                     ? broker.isConnected() ? "Connected to host and broker" : "Waiting for the broker"
                                     : "Waiting for the host";
@@ -52,14 +62,18 @@ public:
             SettingsBridge::notifyStatus(now);
             file.write(client.isConnected() && broker.isConnected(), now);
         }
-        return {};
+        return {-1, 0, saving};
     }
-    void process(short /*events*/) override {}
+    void process(short /*events*/) override {
+        bridge.save();
+        saving.reset();
+    }
 
 private:
     Bridge& bridge;
     const SettingsClient::Client& client;
     const MosquittoBroker& broker;
+    std::optional<Time> saving;
     std::string status;
     SettingsBridge::StatusFile file;
 };

@@ -242,17 +242,24 @@ TEST_F(DesiredTest, RefusesWhatIsNoWish) {
     EXPECT_TRUE(host->requests.empty());
 }
 
-TEST_F(DesiredTest, StoresOnceForEverythingAndOnlyWhatIsNew) {
+TEST_F(DesiredTest, StoresVersionsAtOnceValuesLaterAndNothingTwice) {
+    using Unsaved = SettingsMqtt::Versions::Unsaved;
     connect();
+    EXPECT_EQ(bridge->unsaved(), Unsaved::VALUES);
     bridge->save();
-    EXPECT_EQ(store->times, 1);
-    bridge->save();
-    EXPECT_EQ(store->times, 1);
+    EXPECT_EQ(bridge->unsaved(), Unsaved::NOTHING);
     find(wish("large", 1));
     change("size", "large", "settings-mqtt");
+    EXPECT_EQ(bridge->unsaved(), Unsaved::VERSIONS);
+    bridge->save();
+    EXPECT_EQ(store->records["size"].version, 1);
+    change("size", "large");
+    EXPECT_EQ(bridge->unsaved(), Unsaved::NOTHING);
+    change("size", "small");
+    change("size", "large");
+    EXPECT_EQ(bridge->unsaved(), Unsaved::VALUES);
     bridge->save();
     EXPECT_EQ(store->times, 2);
-    EXPECT_EQ(store->records["size"].version, 1);
 }
 
 }  // namespace SettingsMqttTest

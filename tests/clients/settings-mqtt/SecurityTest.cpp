@@ -158,9 +158,10 @@ TEST_F(MqttCommandLine, ReadsItsOptionsFromAFile) {
                                      << "\"\nid=\"tv\"\ngroup=[\"lobby\",\"bar\"]\nhome-assistant=true\n";
     TestSupport::ChildProcess bridge({SETTINGS_MQTT_PROGRAM, "--socket", host.socketPath(), "--state", folder / "state",
                                       "--config", folder / "config"});
-    Subscriber subscriber(broker.port(), {"settings/tv/outcome", "settings/tv/availability", "homeassistant/switch/#"});
-    subscriber.await("homeassistant/switch/settings-tv/");
+    Subscriber subscriber(broker.port(), {"settings/tv/outcome", "settings/tv/availability"});
     subscriber.await("settings/tv/availability online");
+    const std::string discovery = "homeassistant/switch/settings-tv/handsFreeEnabled/config";
+    EXPECT_EQ(Subscriber(broker.port(), {discovery}).next().rfind(discovery + " {", 0), 0U);
     publish(broker.port(), "settings/group/bar/set/timezone", "Asia/Tokyo");
     subscriber.await(R"(settings/tv/outcome {"key":"timezone","outcome":"changed")");
 }
