@@ -1,9 +1,7 @@
 #include "Bus.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdint>
-#include <cstring>
 
 #include "Object.h"
 
@@ -19,12 +17,6 @@ constexpr std::chrono::milliseconds longestInterval{5000};
 constexpr int maximumMessages = 64;
 
 }  // namespace
-
-BusError::BusError(const std::string& what, int result) : std::runtime_error(what + ": " + std::strerror(-result)) {}
-
-int check(const char* what, int result) {
-    return result < 0 ? throw BusError(what, result) : result;
-}
 
 Bus::Bus(bool isSession, std::vector<Object*> served, const SettingsBridge::Log& programLog)
     : session(isSession), objects(std::move(served)), log(programLog), interval(shortestInterval) {

@@ -1,10 +1,7 @@
 #pragma once
 
 #include <chrono>
-#include <functional>
 #include <memory>
-#include <optional>
-#include <string>
 #include <vector>
 
 #include "Message.h"

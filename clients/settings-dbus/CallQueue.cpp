@@ -24,13 +24,13 @@ std::string senderOf(const Call& call) {
 void CallQueue::add(Call call) {
     const std::size_t added = sizeOf(call);
     if (added > Wire::maximumFrameSize) {
-        throw CallError(ErrorName::invalidArguments,
+        throw CallError(SD_BUS_ERROR_INVALID_ARGS,
                         "keys and values have more than " + std::to_string(Wire::maximumFrameSize) + " bytes");
     }
     const std::string caller = senderOf(call);
     const auto earlier = waiting.find(caller);
     if (size + added > maximumSize || (earlier != waiting.end() && earlier->second.size() >= maximumPerCaller)) {
-        throw CallError(ErrorName::limitsExceeded, "too many calls wait; call again when they are answered");
+        throw CallError(SD_BUS_ERROR_LIMITS_EXCEEDED, "too many calls wait; call again when they are answered");
     }
     size += added;
     waiting[caller].push_back(std::move(call));
@@ -49,11 +49,6 @@ Call CallQueue::next() {
     }
     size -= sizeOf(call);
     return call;
-}
-
-void CallQueue::clear() {
-    waiting.clear();
-    size = 0;
 }
 
 }  // namespace SettingsDbus

@@ -11,14 +11,10 @@
 
 namespace SettingsDbus {
 
-class Object;
-
 /// A call that changes something and waits for its turn.
 struct Call {
     /// The call itself.
     Message message;
-    /// The object that is called.
-    const Object* object;
     /// The method: "Set", "SetMany", "LogOut", "OpenSettings" or "Undo". The writing of a property is "Set", too.
     std::string method;
     /// Keys and values; Undo has a key alone.
@@ -42,8 +38,6 @@ public:
     bool empty() const { return waiting.empty(); }
     /// The next call. Call only unless it is empty.
     Call next();
-    /// Forgets all calls.
-    void clear();
 
 private:
     /// By the caller's unique name.

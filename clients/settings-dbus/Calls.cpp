@@ -35,10 +35,10 @@ const char* errorFor(const std::string& reason) {
         {SettingsClient::Reason::wrongForm, ErrorName::wrongForm},
         {SettingsClient::Reason::notStored, ErrorName::notStored},
         {Wire::RefusalCode::busy, ErrorName::unavailable},
-        {Wire::RefusalCode::tooLarge, ErrorName::invalidArguments},
+        {Wire::RefusalCode::tooLarge, SD_BUS_ERROR_INVALID_ARGS},
     };
     const auto found = errors.find(reason);
-    return found == errors.end() ? ErrorName::failed : found->second;
+    return found == errors.end() ? SD_BUS_ERROR_FAILED : found->second;
 }
 
 void requireAcceptance(const Answer& answer) {
@@ -57,7 +57,7 @@ std::string outcomeOf(const Answer& answer) {
 void undo(Client& host, const std::string& key) {
     const auto events = host.history(key, 1);
     if (events.empty()) {
-        throw CallError(ErrorName::failed, "no change of '" + key + "' is known");
+        throw CallError(SD_BUS_ERROR_FAILED, "no change of '" + key + "' is known");
     }
     requireAcceptance(host.set(key, events.back().from));
 }

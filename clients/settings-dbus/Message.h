@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstring>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -17,11 +18,13 @@ inline Message referTo(sd_bus_message* message) {
 /// A function of sd-bus failed, or the bus refused something.
 class BusError : public std::runtime_error {
 public:
-    BusError(const std::string& what, int result);
+    BusError(const std::string& what, int result) : std::runtime_error(what + ": " + std::strerror(-result)) {}
 };
 
 /// Throws `BusError` when `result` is an error of sd-bus. Returns: `result`.
-int check(const char* what, int result);
+inline int check(const char* what, int result) {
+    return result < 0 ? throw BusError(what, result) : result;
+}
 
 /// A call is answered with an error of this name and text.
 class CallError : public std::runtime_error {
@@ -38,10 +41,6 @@ constexpr const char* stale = "org.settingshandler.Error.Stale";
 constexpr const char* wrongForm = "org.settingshandler.Error.WrongForm";
 constexpr const char* notStored = "org.settingshandler.Error.NotStored";
 constexpr const char* unavailable = "org.settingshandler.Error.Unavailable";
-constexpr const char* failed = SD_BUS_ERROR_FAILED;
-constexpr const char* invalidArguments = SD_BUS_ERROR_INVALID_ARGS;
-constexpr const char* limitsExceeded = SD_BUS_ERROR_LIMITS_EXCEEDED;
-constexpr const char* unknownProperty = SD_BUS_ERROR_UNKNOWN_PROPERTY;
 
 }  // namespace ErrorName
 

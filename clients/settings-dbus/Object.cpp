@@ -78,7 +78,7 @@ const Wire::SettingDescription* Object::settingOf(const std::string& key) const 
 const Wire::SettingDescription& Object::requireKey(const std::string& key) const {
     const auto* const setting = settingOf(key);
     if (setting == nullptr) {
-        throw CallError(ErrorName::invalidArguments, objectPath + " has no setting '" + key + "'");
+        throw CallError(SD_BUS_ERROR_INVALID_ARGS, objectPath + " has no setting '" + key + "'");
     }
     return *setting;
 }
@@ -86,7 +86,7 @@ const Wire::SettingDescription& Object::requireKey(const std::string& key) const
 const Wire::SettingDescription& Object::requireProperty(const char* property) const {
     const auto found = properties.find(property);
     if (found == properties.end()) {
-        throw CallError(ErrorName::unknownProperty, objectPath + " has no property '" + property + "'");
+        throw CallError(SD_BUS_ERROR_UNKNOWN_PROPERTY, objectPath + " has no property '" + property + "'");
     }
     return *found->second;
 }
@@ -128,7 +128,7 @@ int Object::replyToGet(sd_bus_message* call) const {
 }
 
 Call Object::parse(sd_bus_message* message) const {
-    Call call{referTo(message), this, sd_bus_message_get_member(message), {}};
+    Call call{referTo(message), sd_bus_message_get_member(message), {}};
     const bool isProperty = sd_bus_message_is_method_call(message, propertiesInterface, "Set") > 0;
     const char* first = nullptr;
     const char* second = nullptr;
@@ -183,7 +183,7 @@ int Object::getProperty(sd_bus* /*bus*/, const char* /*path*/, const char* /*int
 int Object::setProperty(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
                         sd_bus_message* /*value*/, void* /*object*/, sd_bus_error* error) {
     // `takeAny` comes first.
-    return sd_bus_error_set(error, ErrorName::failed, "not queued");
+    return sd_bus_error_set(error, SD_BUS_ERROR_FAILED, "not queued");
 }
 
 }  // namespace SettingsDbus

@@ -33,7 +33,7 @@ public:
             settings.repeat();
         }
         if (bus.connection() == nullptr) {
-            queue.clear();
+            queue = CallQueue();
             calls.forgetCallers();
         } else if (!queue.empty()) {
             calls.carryOut(queue.next());

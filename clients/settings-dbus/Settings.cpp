@@ -73,10 +73,10 @@ void Settings::takeReread(const SettingsClient::Reread& reread) {
 
 void Settings::takeConnection() {
     isConnected = true;
-    log.write(SettingsBridge::LogLevel::INFORMATION, "connected to " + client.socketPath());
     if (mustRefresh) {
         refresh();
     }
+    log.write(SettingsBridge::LogLevel::INFORMATION, "connected to " + client.socketPath());
 }
 
 void Settings::takeLoss(const std::string& reason) {

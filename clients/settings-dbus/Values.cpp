@@ -88,7 +88,7 @@ int append(sd_bus_message* message, Wire::SettingKind kind, const std::string& t
 std::string readVariant(sd_bus_message* message, const Wire::SettingDescription& setting) {
     const char* const signature = signatureOf(setting.kind);
     if (sd_bus_message_enter_container(message, 'v', signature) <= 0) {
-        throw CallError(ErrorName::invalidArguments,
+        throw CallError(SD_BUS_ERROR_INVALID_ARGS,
                         propertyOf(setting.key) + " has values of the type '" + signature + "'");
     }
     std::string value = readValue(message, setting.kind);
