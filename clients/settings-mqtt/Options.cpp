@@ -141,8 +141,8 @@ public:
 private:
     void addBroker() {
         MosquittoOptions& broker = options.broker;
-        app.add_option("--broker", address, "Address of the broker; without port 1883, with --ca 8883")
-            ->type_name("HOST[:PORT]")
+        app.add_option("--broker", address, "Address of the broker; the port is 1883, or 8883 with --ca, unless given")
+            ->type_name("HOST:PORT")
             ->check([](const std::string& text) { return text.empty() ? "the address is empty" : ""; });
         app.add_option("--protocol", broker.protocol, "Version of MQTT")->check(CLI::IsMember({"5", "3.1.1"}));
         addFile("--ca", broker.ca, "Use TLS; certificates (PEM) of the authorities that the broker's must come from");
