@@ -96,6 +96,9 @@ void readCredentials(const std::string& path, MosquittoOptions& broker) {
     std::ifstream file(path);
     std::getline(file, broker.user);
     std::getline(file, broker.password);
+    if (broker.user.empty()) {
+        throw std::runtime_error("--credentials: " + path + " has no user in its first line");
+    }
 }
 
 std::chrono::milliseconds milliseconds(double seconds) {
