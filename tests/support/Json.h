@@ -1,0 +1,18 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "Utils/Rapidjson.h"
+
+namespace TestSupport {
+
+inline rapidjson::Document parsed(const std::string& text) {
+    rapidjson::Document document;
+    document.Parse(text.c_str());
+    EXPECT_FALSE(document.HasParseError()) << text;
+    return document;
+}
+
+}  // namespace TestSupport
