@@ -62,7 +62,8 @@ public:
     void received(const Message& message) override;
     void acknowledged(int number) override;
 
-    /// To be called when there is nothing else to do: stores which versions were applied.
+    /// What is to be stored, at once or later; see `Versions`.
+    Versions::Unsaved unsaved() const { return versions.unsaved(); }
     void save() { versions.save(); }
     /// Says that the device goes; the caller then closes the connection.
     void stop();

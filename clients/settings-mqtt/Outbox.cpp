@@ -7,22 +7,35 @@
 namespace SettingsMqtt {
 
 void Outbox::add(Message message, const std::string& slot) {
+    if (message.retained && !isConnected) {
+        return;
+    }
     const std::string place = message.retained ? message.topic : slot;
     enqueue({std::move(message), place});
     send();
 }
 
 void Outbox::enqueue(Entry entry) {
-    const auto isSame = [&](const Entry& other) { return other.slot == entry.slot; };
-    const auto same = std::find_if(waiting.begin(), waiting.end(), isSame);
-    if (!entry.slot.empty()) {
-        if (same != waiting.end()) {
-            waiting.erase(same);
-        }
-    } else if (std::count_if(waiting.begin(), waiting.end(), isSame) == static_cast<std::ptrdiff_t>(maximumWaiting)) {
+    const auto next = [&] {
+        return std::find_if(waiting.begin(), waiting.end(),
+                            [&](const Entry& other) { return other.slot == entry.slot; });
+    };
+    const auto same = entry.slot.empty() ? waiting.end() : next();
+    if (same != waiting.end()) {
         waiting.erase(same);
     }
+    bytesWithoutSlot += bytesOf(entry);
+    while (bytesWithoutSlot > maximumWaiting && next() != waiting.end()) {
+        take(next());
+    }
     waiting.push_back(std::move(entry));
+}
+
+Outbox::Entry Outbox::take(std::deque<Entry>::iterator place) {
+    Entry entry = std::move(*place);
+    waiting.erase(place);
+    bytesWithoutSlot -= bytesOf(entry);
+    return entry;
 }
 
 void Outbox::forget(const std::string& slot) {
@@ -50,6 +63,7 @@ void Outbox::connected(std::vector<Message> first) {
 void Outbox::lost() {
     isConnected = false;
     const auto later = std::exchange(waiting, {});
+    bytesWithoutSlot = 0;
     const auto keep = [this](const Entry& entry) {
         if (!entry.message.retained) {
             enqueue(entry);
@@ -72,8 +86,7 @@ void Outbox::acknowledged(int number) {
 
 void Outbox::send() {
     while (isConnected && sent.size() < window && !waiting.empty()) {
-        Entry entry = std::move(waiting.front());
-        waiting.pop_front();
+        Entry entry = take(waiting.begin());
         const int number = broker->publish(entry.message);
         sent.emplace_back(number, std::move(entry));
     }

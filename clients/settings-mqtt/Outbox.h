@@ -17,8 +17,8 @@ class Outbox {
 public:
     /// Messages that a broker may leave unacknowledged before others wait.
     static constexpr std::size_t window = 20;
-    /// Waiting messages without a slot; beyond, the oldest is dropped.
-    static constexpr std::size_t maximumWaiting = 64;
+    /// Bytes of waiting payloads without a slot; beyond, the oldest is dropped.
+    static constexpr std::size_t maximumWaiting = 1048576;
 
     explicit Outbox(std::shared_ptr<Broker> connection) : broker(std::move(connection)) {}
 
@@ -41,12 +41,15 @@ private:
         std::string slot;
     };
 
+    static std::size_t bytesOf(const Entry& entry) { return entry.slot.empty() ? entry.message.payload.size() : 0; }
     void enqueue(Entry entry);
+    Entry take(std::deque<Entry>::iterator place);
     void send();
 
     std::shared_ptr<Broker> broker;
     bool isConnected = false;
     std::deque<Entry> waiting;
+    std::size_t bytesWithoutSlot = 0;
     /// In the order of sending.
     std::deque<std::pair<int, Entry>> sent;
 };

@@ -65,7 +65,9 @@ const char* wordOf(SettingsClient::Outcome outcome) {
 Command parseSet(const std::string& payload) {
     checkBytes(payload);
     if (payload.front() != '{') {
-        return {payload};
+        Command command;
+        command.value = payload;
+        return command;
     }
     rapidjson::Document object;
     return parseObject(payload, object);

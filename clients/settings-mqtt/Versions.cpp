@@ -1,5 +1,6 @@
 #include "Versions.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace SettingsMqtt {
@@ -36,6 +37,7 @@ Versions::Verdict Versions::judge(const std::string& key, std::int64_t version, 
 
 void Versions::settle(const std::string& key, std::int64_t version) {
     records[key].version = version;
+    unsavedPart = Unsaved::VERSIONS;
 }
 
 void Versions::valueIs(const std::string& key, const std::optional<std::string>& value, bool byBridge) {
@@ -45,15 +47,25 @@ void Versions::valueIs(const std::string& key, const std::optional<std::string>&
     // The first value of this run tells what changed while no bridge ran; a device without records has nothing to lose.
     const std::uint64_t before = known != fingerprints.end() ? known->second : record.fingerprint;
     fingerprints[key] = fingerprint;
-    if (byBridge) {
+    if (before != fingerprint) {
+        valuesAreNew();
+    }
+    if (byBridge || before == 0) {
         record.fingerprint = fingerprint;
-    } else if (!isAgreed && before != 0 && before != fingerprint) {
+    } else if (!isAgreed && before != fingerprint) {
         changed.insert(key);
     }
 }
 
 void Versions::agreed() {
-    isAgreed = true;
+    if (!isAgreed) {
+        isAgreed = true;
+        valuesAreNew();
+    }
+}
+
+void Versions::valuesAreNew() {
+    unsavedPart = std::max(unsavedPart, Unsaved::VALUES);
 }
 
 void Versions::parted() {
@@ -78,6 +90,7 @@ VersionRecords Versions::snapshot() const {
 
 void Versions::save() {
     auto current = snapshot();
+    unsavedPart = Unsaved::NOTHING;
     if (current != stored) {
         store->store(current);
         stored = std::move(current);

@@ -55,11 +55,15 @@ public:
     /// The connection to the broker is lost.
     void parted();
 
-    /// Stores what is new; once for everything since the last call.
+    /// What `save` would store. Without the last changes of values, which can wait, the bridge is only more careful
+    /// after a power cut; a version must not be applied twice.
+    enum class Unsaved { NOTHING, VALUES, VERSIONS };
+    Unsaved unsaved() const { return unsavedPart; }
     void save();
 
 private:
     VersionRecords snapshot() const;
+    void valuesAreNew();
 
     std::shared_ptr<VersionStore> store;
     VersionRecords records;
@@ -69,6 +73,7 @@ private:
     std::map<std::string, std::uint64_t> fingerprints;
     std::set<std::string> changed;
     bool isAgreed = false;
+    Unsaved unsavedPart = Unsaved::NOTHING;
 };
 
 }  // namespace SettingsMqtt
