@@ -1,17 +1,21 @@
 #include "Composition.h"
 
+#include <chrono>
 #include <filesystem>
+#include <thread>
 #include <utility>
 
 #include "SettingsHandlerKit/Sandbox.h"
 #include "simulation/LoggingObservers.h"
+#include "simulation/SdkWithFaults.h"
 
 namespace SettingsHost {
 
 namespace {
 
 SettingsHandlerKit::ServerOptions serverOptions(const Options& options, SettingsHandlerKit::PassedSockets sockets,
-                                                const std::shared_ptr<SettingsHandlerKit::RequestContext>& context) {
+                                                const std::shared_ptr<SettingsHandlerKit::RequestContext>& context,
+                                                const std::shared_ptr<const Faults>& faults) {
     SettingsHandlerKit::ServerOptions chosen;
     chosen.socketPath = options.socketPath;
     chosen.listen = options.listen;
@@ -19,7 +23,13 @@ SettingsHandlerKit::ServerOptions serverOptions(const Options& options, Settings
     chosen.allowedOrigin = options.allowedOrigin;
     chosen.sockets = std::move(sockets);
     chosen.context = context;
+    chosen.environment.now = [faults] { return std::chrono::system_clock::now() + faults->timeOf(Fault::CLOCK_JUMP); };
     return chosen;
+}
+
+/// As a slow disk and a slow voice SDK do.
+void block(std::chrono::milliseconds time) {
+    std::this_thread::sleep_for(time);
 }
 
 }  // namespace
@@ -27,7 +37,7 @@ SettingsHandlerKit::ServerOptions serverOptions(const Options& options, Settings
 Composition::Composition(const Options& options, SettingsHandlerKit::PassedSockets sockets,
                          const std::shared_ptr<SettingsHandlerKit::RequestContext>& context,
                          const std::function<void()>& onHangUp)
-    : server(serverOptions(options, std::move(sockets), context)),
+    : server(serverOptions(options, std::move(sockets), context, faults)),
       trace(std::make_shared<MessageTrace>()),
       console([this](const auto& action) { server.perform(action); }, server.traffic(), trace,
               PageAddress{[this] { return server.pageAddress(); }, [this] { return server.renewPageKey(); }}) {
@@ -49,7 +59,8 @@ void Composition::startHandler() {
     device = std::make_shared<SimulatedDevice>(*state, values);
     sdkBridge = std::make_shared<SimulatedSdkBridge>(*state, *storage, device, values);
     appLaunch = std::make_shared<SimulatedAppLaunch>();
-    handler = server.createHandler(*storage, sdkBridge, appLaunch, device);
+    handler =
+        server.createHandler(*storage, std::make_shared<SdkWithFaults>(sdkBridge, faults, block), appLaunch, device);
     device->subscribe(handler, handler);
     server.onRollBack([this] {
         device->readState();
@@ -58,7 +69,10 @@ void Composition::startHandler() {
     handler->addOrliaLocaleObserver(std::make_shared<LoggingLocaleObserver>());
     handler->addFriendlyNameObserver(std::make_shared<LoggingFriendlyNameObserver>());
     handler->addEntitlementStatusObserver(std::make_shared<LoggingEntitlementObserver>());
-    console.obey(DeviceCommands(device, sdkBridge, appLaunch, [this] { return handler->outcome(); }));
+    faults->define(Fault::SDK_CHANGES, [this](const std::string& key) { return sdkBridge->changeByItself(key); });
+    faults->define(Fault::RESTART, [](const std::string&) { return false; });
+    console.obey(DeviceCommands(
+        device, sdkBridge, appLaunch, [this] { return handler->outcome(); }, faults));
 }
 
 void Composition::enterSandbox(const std::string& logFile) {

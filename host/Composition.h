@@ -10,6 +10,7 @@
 #include "SettingsHandlerKit/StateStore.h"
 #include "SettingsHandlerKit/Storage.h"
 #include "simulation/DeviceConsole.h"
+#include "simulation/Faults.h"
 #include "simulation/MessageTrace.h"
 #include "simulation/SimulatedAppLaunch.h"
 #include "simulation/SimulatedDevice.h"
@@ -43,6 +44,7 @@ private:
     void startHandler();
     void enterSandbox(const std::string& logFile);
 
+    const std::shared_ptr<Faults> faults = std::make_shared<Faults>();
     SettingsHandlerKit::Server server;
     std::shared_ptr<MessageTrace> trace;
     DeviceConsole console;

@@ -9,6 +9,7 @@
 #include "SettingsHandlerKit/Logging.h"
 #include "Utils/RapidjsonUtil.h"
 #include "Wire/Frames.h"
+#include "simulation/FaultCommands.h"
 
 namespace SettingsHost {
 
@@ -100,11 +101,13 @@ std::string notOnOrOff() {
 DeviceCommands::DeviceCommands(std::shared_ptr<SimulatedDevice> simulatedDevice,
                                std::shared_ptr<SimulatedSdkBridge> simulatedSdkBridge,
                                std::shared_ptr<SimulatedAppLaunch> simulatedAppLaunch,
-                               std::function<SettingsHandlerKit::Outcome()> handlerOutcome)
+                               std::function<SettingsHandlerKit::Outcome()> handlerOutcome,
+                               std::shared_ptr<Faults> faultsOfHost)
     : device(std::move(simulatedDevice)),
       sdkBridge(std::move(simulatedSdkBridge)),
       appLaunch(std::move(simulatedAppLaunch)),
-      outcome(std::move(handlerOutcome)) {}
+      outcome(std::move(handlerOutcome)),
+      faults(std::move(faultsOfHost)) {}
 
 std::string DeviceCommands::show(const Arguments& /*arguments*/) {
     std::map<std::string, std::string> facts = device->getDeviceInfo();
@@ -183,7 +186,14 @@ std::string DeviceCommands::execute(const rapidjson::Value& request) {
         {"doNotDisturb", &DeviceCommands::switchDoNotDisturb},
     };
     const Arguments arguments(request);
-    const auto command = commands.find(arguments.text("command").value_or(""));
+    const std::string name = arguments.text("command").value_or("");
+    if (name == "faults") {
+        return faultsFrame(*faults);
+    }
+    if (name == "fault") {
+        return switchFault(*faults, request);
+    }
+    const auto command = commands.find(name);
     if (command == commands.end()) {
         return Wire::refusalFrame("unknown-command",
                                   R"("command" must be one of the device's commands, for example "show")");

@@ -6,6 +6,7 @@
 
 #include "SettingsHandlerKit/Outcome.h"
 #include "Utils/Rapidjson.h"
+#include "simulation/Faults.h"
 #include "simulation/SimulatedAppLaunch.h"
 #include "simulation/SimulatedDevice.h"
 #include "simulation/SimulatedSdkBridge.h"
@@ -18,11 +19,11 @@ public:
     /// `handlerOutcome`: of what the handler did last. Its notifications have no result.
     DeviceCommands(std::shared_ptr<SimulatedDevice> device, std::shared_ptr<SimulatedSdkBridge> sdkBridge,
                    std::shared_ptr<SimulatedAppLaunch> appLaunch,
-                   std::function<SettingsHandlerKit::Outcome()> handlerOutcome);
+                   std::function<SettingsHandlerKit::Outcome()> handlerOutcome, std::shared_ptr<Faults> faults);
 
     /// Executes `request`, an object with the member "command" and the command's arguments.
     /// Returns: the reply, one JSON object without a line end: `{"ok":true}`, `{"ok":true,"changed":false}`,
-    /// `{"device":{…}}` or `{"error":{…}}`.
+    /// `{"device":{…}}`, `{"faults":[…]}` or `{"error":{…}}`.
     std::string execute(const rapidjson::Value& request);
 
 private:
@@ -41,6 +42,7 @@ private:
     std::shared_ptr<SimulatedSdkBridge> sdkBridge;
     std::shared_ptr<SimulatedAppLaunch> appLaunch;
     std::function<SettingsHandlerKit::Outcome()> outcome;
+    std::shared_ptr<Faults> faults;
 };
 
 }  // namespace SettingsHost

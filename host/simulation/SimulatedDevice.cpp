@@ -1,5 +1,7 @@
 #include "simulation/SimulatedDevice.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "SettingsHandler/SettingsNames.h"
@@ -55,6 +57,12 @@ bool SimulatedDevice::setMode(Mode mode, bool enabled) {
         valueObserver->valueChanged(SettingsHandler::settingNameFromType(names.setting));
     }
     return true;
+}
+
+bool SimulatedDevice::isOn(Mode mode) const {
+    return std::any_of(std::begin(modeNames), std::end(modeNames), [&](const ModeNames& names) {
+        return names.mode == mode && modes.at(names.deviceInfoKey) == on;
+    });
 }
 
 void SimulatedDevice::subscribe(

@@ -30,6 +30,7 @@ public:
 
     /// Switches a mode. Returns: false when the new state could not be saved; the old one then stays.
     bool setMode(Mode mode, bool enabled);
+    bool isOn(Mode mode) const;
 
     /// From now on the observers are notified of what happens at the device. They are not kept alive.
     void subscribe(std::weak_ptr<DeviceAbstractionLayer::DeviceInfoObserverInterface> infoObserver,

@@ -36,6 +36,7 @@ const Places& kindsAt(Listener listener) {
                                  {"status", "status-reply"}};
     static const Places device{{"ok", "device-done"},
                                {"device", "device-state"},
+                               {"faults", "device-faults"},
                                {"page", "device-page"},
                                {"trace", "device-trace"},
                                {"error", "device-refusal"}};
