@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "SettingsHandlerKit/Sandbox.h"
+#include "simulation/DiskWithFaults.h"
 #include "simulation/LoggingObservers.h"
 #include "simulation/SdkWithFaults.h"
 
@@ -43,7 +44,7 @@ Composition::Composition(const Options& options, SettingsHandlerKit::PassedSocke
               PageAddress{[this] { return server.pageAddress(); }, [this] { return server.renewPageKey(); }}) {
     server.addTrafficObserver(trace);
     server.addEndpoint({"device", options.deviceSocketPath, SettingsHandlerKit::Origin::DEVICE}, console);
-    storage = std::make_unique<SettingsHandlerKit::Storage>(options.storageFile);
+    storage = std::make_unique<SettingsHandlerKit::Storage>(options.storageFile, makeDiskWithFaults(faults, block));
     // From here on signals wait for the loop, so that even one during the start ends in a clean stop.
     server.handleSignals(onHangUp);
     startHandler();
