@@ -56,10 +56,10 @@ public:
 
     void measureChanges(FleetRound& round, int count) {
         std::mt19937_64 random{size};
-        std::vector<double> latencies;
+        std::vector<double> latencies(static_cast<std::size_t>(count));
         const Work work(bridges, broker);
-        for (int number = 0; number < count; ++number) {
-            latencies.push_back(changeOne(std::uniform_int_distribution<std::size_t>(0, size - 1)(random)));
+        for (double& latency : latencies) {
+            latency = changeOne(std::uniform_int_distribution<std::size_t>(0, size - 1)(random));
         }
         work.addTo(round, "change", count);
         std::sort(latencies.begin(), latencies.end());
@@ -68,10 +68,10 @@ public:
     }
 
     void measureCommands(FleetRound& round, int count) {
-        std::vector<double> times;
+        std::vector<double> times(static_cast<std::size_t>(count));
         const Work work(bridges, broker);
-        for (int number = 0; number < count; ++number) {
-            times.push_back(command("style " + std::to_string(number)));
+        for (double& time : times) {
+            time = command("style " + std::to_string(&time - times.data()));
         }
         work.addTo(round, "command and answer", static_cast<double>(size) * count);
         round[FleetNames::command] = median(times);
