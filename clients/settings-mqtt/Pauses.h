@@ -5,8 +5,8 @@
 
 namespace SettingsMqtt {
 
-/// The pauses between attempts to connect: each up to twice as long as the one before, from `first` up to `longest`, and
-/// random, the longest of them twice the shortest, so that many devices do not come back at the same moment.
+/// The pauses between attempts to connect: each up to twice as long as the one before, from `first` up to `longest`,
+/// and random, the longest of them twice the shortest, so that many devices do not come back at the same moment.
 class Pauses {
 public:
     using Milliseconds = std::chrono::milliseconds;

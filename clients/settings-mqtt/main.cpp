@@ -7,8 +7,6 @@
 #include <utility>
 #include <vector>
 
-#include <mosquitto.h>
-
 #include "Bridge.h"
 #include "Options.h"
 #include "SettingsClient/Client.h"
@@ -113,7 +111,6 @@ void run(Options options) {
     };
     options.bridge.log = write;
     options.broker.log = write;
-    mosquitto_lib_init();
     SettingsClient::Client client({options.bridge.client, SettingsBridge::socketsOf(options.common)});
     const auto broker = std::make_shared<MosquittoBroker>(options.broker);
     const auto bridge = std::make_shared<Bridge>(options.bridge, broker, std::make_shared<ClientHost>(client),

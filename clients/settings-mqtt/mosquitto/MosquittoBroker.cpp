@@ -91,9 +91,14 @@ struct MosquittoBroker::Callbacks {
 MosquittoBroker::MosquittoBroker(MosquittoOptions chosen)
     : options(std::move(chosen)),
       pauses(options.firstPause, options.longestPause, options.seed),
-      connection(nullptr, mosquitto_destroy) {}
+      connection(nullptr, mosquitto_destroy) {
+    mosquitto_lib_init();
+}
 
-MosquittoBroker::~MosquittoBroker() = default;
+MosquittoBroker::~MosquittoBroker() {
+    connection.reset();
+    mosquitto_lib_cleanup();
+}
 
 void MosquittoBroker::subscribe(const std::vector<std::string>& topics) {
     std::vector<char*> filters;

@@ -37,7 +37,7 @@ struct MosquittoOptions {
     std::function<void(int level, const std::string& text)> log = [](int, const std::string&) {};
 };
 
-/// A connection by libmosquitto, for which `mosquitto_lib_init` comes first. It connects again by itself, after pauses.
+/// A connection by libmosquitto. It connects again by itself, after pauses.
 class MosquittoBroker : public Broker, public SettingsBridge::Source {
 public:
     explicit MosquittoBroker(MosquittoOptions chosen);

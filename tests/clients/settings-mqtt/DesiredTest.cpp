@@ -4,7 +4,7 @@ namespace SettingsMqttTest {
 
 namespace {
 
-std::string wish(const std::string& value, int version) {
+std::string desired(const std::string& value, int version) {
     return R"({"value":")" + value + R"(","version":)" + std::to_string(version) + "}";
 }
 
@@ -22,7 +22,7 @@ protected:
         start();
     }
 
-    /// What the broker delivers for a wish that it kept.
+    /// What the broker delivers when it kept a desired value.
     void find(const std::string& payload) { receive("settings/tv/desired/size", payload, true); }
 
     const std::string changedSince =
@@ -31,46 +31,46 @@ protected:
 
 TEST_F(DesiredTest, AppliesAVersionOnce) {
     connect();
-    find(wish("large", 1));
+    find(desired("large", 1));
     EXPECT_EQ(published(), (Lines{outcome(R"("changed","value":"large","version":1)")}));
     change("size", "small");
     published();
     bridge->brokerLost();
     connectBroker();
-    find(wish("large", 1));
+    find(desired("large", 1));
     EXPECT_EQ(host->requests, (Lines{"size=large"}));
     EXPECT_TRUE(published().empty());
 }
 
 TEST_F(DesiredTest, RemembersVersionsOverARestart) {
     connect();
-    find(wish("large", 1));
+    find(desired("large", 1));
     bridge->save();
     change("size", "small");
     bridge->save();
     start();
     connect();
-    find(wish("large", 1));
+    find(desired("large", 1));
     EXPECT_EQ(host->requests, (Lines{"size=large"}));
-    find(wish("large", 2));
+    find(desired("large", 2));
     EXPECT_EQ(host->requests, (Lines{"size=large", "size=large"}));
 }
 
 TEST_F(DesiredTest, ComparesVersionsOfAKeyOverAllTopics) {
     connect();
-    receive("settings/group/lobby/desired/size", wish("large", 5), true);
-    receive("settings/tv/desired/size", wish("small", 4));
+    receive("settings/group/lobby/desired/size", desired("large", 5), true);
+    receive("settings/tv/desired/size", desired("small", 4));
     EXPECT_EQ(host->requests, (Lines{"size=large"}));
     EXPECT_EQ(published(), (Lines{outcome(R"("changed","value":"large","version":5)"),
                                   outcome(R"("refused","reason":"old-version",)"
                                           R"("message":"this version, or a newer one, came before","version":4)")}));
 }
 
-TEST_F(DesiredTest, TakesTheNewestWishAfterATimeWithoutConnection) {
+TEST_F(DesiredTest, TakesTheNewestValueAfterATimeWithoutConnection) {
     connect();
     bridge->brokerLost();
     connectBroker();
-    find(wish("large", 1));
+    find(desired("large", 1));
     EXPECT_EQ(host->requests, (Lines{"size=large"}));
 }
 
@@ -79,21 +79,21 @@ TEST_F(DesiredTest, NeverOverwritesAChangeThatWasMadeWithoutConnection) {
     bridge->brokerLost();
     change("size", "large");
     connectBroker();
-    find(wish("small", 1));
+    find(desired("small", 1));
     EXPECT_TRUE(host->requests.empty());
     EXPECT_EQ(published(), (Lines{outcome(changedSince + "1")}));
     // The same version is done with; the next one comes after the change.
-    find(wish("small", 1));
-    receive("settings/tv/desired/size", wish("small", 2));
+    find(desired("small", 1));
+    receive("settings/tv/desired/size", desired("small", 2));
     EXPECT_EQ(host->requests, (Lines{"size=small"}));
 }
 
-TEST_F(DesiredTest, AppliesAWishThatIsPublishedAfterTheChange) {
+TEST_F(DesiredTest, AppliesAValueThatIsPublishedAfterTheChange) {
     connect();
     bridge->brokerLost();
     change("size", "large");
     connectBroker();
-    receive("settings/tv/desired/size", wish("small", 1));
+    receive("settings/tv/desired/size", desired("small", 1));
     EXPECT_EQ(host->requests, (Lines{"size=small"}));
 }
 
@@ -104,7 +104,7 @@ TEST_F(DesiredTest, AChangeCountsForOneConnectionOnly) {
     connectBroker();
     bridge->brokerLost();
     connectBroker();
-    find(wish("small", 1));
+    find(desired("small", 1));
     EXPECT_EQ(host->requests, (Lines{"size=small"}));
 }
 
@@ -115,7 +115,7 @@ TEST_F(DesiredTest, AChangeStillCountsWhenTheConnectionWasLostBeforeTheBrokerHad
     bridge->brokerConnected();
     bridge->brokerLost();
     connectBroker();
-    find(wish("small", 1));
+    find(desired("small", 1));
     EXPECT_TRUE(host->requests.empty());
 }
 
@@ -125,7 +125,7 @@ TEST_F(DesiredTest, AChangeWhileTheBridgeDidNotRunCounts) {
     host->values["size"] = "large";
     start();
     connect();
-    find(wish("small", 1));
+    find(desired("small", 1));
     EXPECT_TRUE(host->requests.empty());
 }
 
@@ -136,7 +136,7 @@ TEST_F(DesiredTest, AChangeCountsAfterARunThatEndedBeforeTheBrokerHadEverything)
     host->values["size"] = "large";
     start();
     connect();
-    find(wish("small", 1));
+    find(desired("small", 1));
     EXPECT_TRUE(host->requests.empty());
 }
 
@@ -148,7 +148,7 @@ TEST_F(DesiredTest, AChangeWithoutConnectionCountsAfterARestart) {
     bridge->save();
     start();
     connect();
-    find(wish("large", 1));
+    find(desired("large", 1));
     EXPECT_TRUE(host->requests.empty());
 }
 
@@ -158,7 +158,7 @@ TEST_F(DesiredTest, AChangeThatTheBrokerKnowsDoesNotCountAfterAPowerCut) {
     bridge->save();
     start();
     connect();
-    find(wish("small", 1));
+    find(desired("small", 1));
     EXPECT_EQ(host->requests, (Lines{"size=small"}));
 }
 
@@ -166,7 +166,7 @@ TEST_F(DesiredTest, AChangeByTheBridgeDoesNotCount) {
     connect();
     bridge->brokerLost();
     bridge->brokerConnected();
-    find(wish("large", 1));
+    find(desired("large", 1));
     SettingsClient::Event own;
     own.key = "size";
     own.to = "large";
@@ -175,32 +175,32 @@ TEST_F(DesiredTest, AChangeByTheBridgeDoesNotCount) {
     bridge->save();
     start();
     connect();
-    find(wish("small", 2));
+    find(desired("small", 2));
     EXPECT_EQ(host->requests, (Lines{"size=large", "size=small"}));
 }
 
-TEST_F(DesiredTest, ANewDeviceTakesTheWish) {
+TEST_F(DesiredTest, ANewDeviceTakesTheValue) {
     host->values["size"] = "medium";
     connect();
-    find(wish("large", 1));
+    find(desired("large", 1));
     EXPECT_EQ(host->requests, (Lines{"size=large"}));
 }
 
-TEST_F(DesiredTest, AWishWaitsForTheHost) {
+TEST_F(DesiredTest, AValueWaitsForTheHost) {
     connect();
     bridge->hostLost();
-    find(wish("large", 1));
-    receive("settings/group/lobby/desired/size", wish("huge", 3), true);
-    find(wish("small", 2));
+    find(desired("large", 1));
+    receive("settings/group/lobby/desired/size", desired("huge", 3), true);
+    find(desired("small", 2));
     EXPECT_TRUE(host->requests.empty());
     bridge->hostConnected();
     EXPECT_EQ(host->requests, (Lines{"size=huge"}));
 }
 
-TEST_F(DesiredTest, AWishWaitsWhenTheHostGoesMeanwhile) {
+TEST_F(DesiredTest, AValueWaitsWhenTheHostGoesMeanwhile) {
     connect();
     host->isGone = true;
-    find(wish("large", 1));
+    find(desired("large", 1));
     EXPECT_EQ(published(), (Lines{"*settings/tv/availability offline"}));
     host->isGone = false;
     bridge->hostConnected();
@@ -211,22 +211,22 @@ TEST_F(DesiredTest, AWishWaitsWhenTheHostGoesMeanwhile) {
 TEST_F(DesiredTest, IsTriedAgainWhenItWasNotStored) {
     connect();
     host->answers = {SettingsMqtt::refusal("not-stored", "no")};
-    find(wish("large", 1));
-    find(wish("large", 1));
+    find(desired("large", 1));
+    find(desired("large", 1));
     EXPECT_EQ(host->requests, (Lines{"size=large", "size=large"}));
-    find(wish("large", 1));
+    find(desired("large", 1));
     EXPECT_EQ(host->requests.size(), 2U);
 }
 
 TEST_F(DesiredTest, IsTriedOnceWhenItIsRefused) {
     connect();
     host->answers = {SettingsMqtt::refusal("read-only", "no")};
-    find(wish("large", 1));
-    find(wish("large", 1));
+    find(desired("large", 1));
+    find(desired("large", 1));
     EXPECT_EQ(host->requests, (Lines{"size=large"}));
 }
 
-TEST_F(DesiredTest, RefusesWhatIsNoWish) {
+TEST_F(DesiredTest, RefusesWhatIsNoDesiredValue) {
     connect();
     for (const std::string version :
          {"", R"(,"version":0)", R"(,"version":"1")", R"(,"version":1.5)", R"(,"version":9007199254740992)"}) {
@@ -237,7 +237,7 @@ TEST_F(DesiredTest, RefusesWhatIsNoWish) {
     find("large");
     EXPECT_EQ(published(),
               (Lines{outcome(R"("refused","reason":"bad-payload","message":"the payload is not a JSON object")")}));
-    receive("settings/tv/desired/name", wish("Ada's", 1));
+    receive("settings/tv/desired/name", desired("Ada's", 1));
     EXPECT_EQ(published().size(), 1U);
     EXPECT_TRUE(host->requests.empty());
 }
@@ -248,7 +248,7 @@ TEST_F(DesiredTest, StoresVersionsAtOnceValuesLaterAndNothingTwice) {
     EXPECT_EQ(bridge->unsaved(), Unsaved::VALUES);
     bridge->save();
     EXPECT_EQ(bridge->unsaved(), Unsaved::NOTHING);
-    find(wish("large", 1));
+    find(desired("large", 1));
     change("size", "large", "settings-mqtt");
     EXPECT_EQ(bridge->unsaved(), Unsaved::VERSIONS);
     bridge->save();
