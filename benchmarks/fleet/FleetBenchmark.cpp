@@ -41,11 +41,30 @@ void report(Results& results, const std::string& column, const Rounds& rounds) {
     }
 }
 
-void addCurve(Results& results, const std::string& plot, const std::string& unit, const char* name,
-              const std::map<std::size_t, Rounds>& sizes) {
-    Series curve{plot, std::string(name).substr(0, std::string(name).rfind(',')), "televisions", unit, {}};
+struct Curve {
+    const char* plot;
+    const char* title;
+    /// One of `FleetNames`.
+    const char* name;
+    const char* unit;
+};
+
+constexpr Curve curves[] = {
+    {"A fleet, times", "all at once", FleetNames::connected, "ms"},
+    {"A fleet, times", "broker restarted", FleetNames::connectedAgain, "ms"},
+    {"A fleet, times", "group command", FleetNames::command, "ms"},
+    {"A fleet, times", "change, 99 %", FleetNames::slowChange, "ms"},
+    {"A fleet, times", "change, median", FleetNames::change, "ms"},
+    {"A fleet, memory", "one in the bridge", FleetNames::bridgeMemory, "KiB"},
+    {"A fleet, memory", "one in the broker", FleetNames::brokerMemory, "KiB"},
+};
+
+void addCurve(Results& results, const Curve& wanted, const std::map<std::size_t, Rounds>& sizes) {
+    Series curve{wanted.plot, wanted.title, "televisions", wanted.unit, {}};
     for (const auto& [size, rounds] : sizes) {
-        curve.points.emplace_back(size, median(rounds.at(name)));
+        if (rounds.count(wanted.name) > 0) {
+            curve.points.emplace_back(size, median(rounds.at(wanted.name)));
+        }
     }
     results.add(curve);
 }
@@ -88,12 +107,8 @@ Results measure(const Arguments& arguments) {
     }
     report(results, withCommas(effort.idleTelevisions), idle);
     report(results, "settings-mqtt", program);
-    for (const char* const name :
-         {FleetNames::connectedAgain, FleetNames::command, FleetNames::slowChange, FleetNames::change}) {
-        addCurve(results, "A fleet, times", "ms", name, sizes);
-    }
-    for (const char* const name : {FleetNames::bridgeMemory, FleetNames::brokerMemory}) {
-        addCurve(results, "A fleet, memory", "KiB", name, sizes);
+    for (const auto& curve : curves) {
+        addCurve(results, curve, sizes);
     }
     return results;
 }
