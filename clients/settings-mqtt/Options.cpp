@@ -47,13 +47,13 @@ std::string folderFrom(const char* variable) {
 
 /// Empty when the environment names no folder.
 std::string defaultStateFolder() {
-    const std::string service = folderFrom("STATE_DIRECTORY");
     const std::string state = folderFrom("XDG_STATE_HOME");
     const std::string home = folderFrom("HOME");
-    if (!service.empty()) {
+    std::string service = folderFrom("STATE_DIRECTORY");
+    if (!service.empty() || (state.empty() && home.empty())) {
         return service;
     }
-    return !state.empty() ? state + "/settings-mqtt" : home.empty() ? "" : home + "/.local/state/settings-mqtt";
+    return (state.empty() ? home + "/.local/state" : state) + "/settings-mqtt";
 }
 
 std::string refuseTopicName(const std::string& name) {

@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
-#include <stdexcept>
 #include <system_error>
 #include <utility>
 
@@ -20,32 +19,22 @@ namespace {
 /// The first line; then a line for each key: key, version, fingerprint, whether it was changed.
 constexpr const char* title = "settings-mqtt 1";
 
-void check(bool isDone, const std::string& what) {
-    if (!isDone) {
-        throw std::system_error(errno, std::generic_category(), what);
-    }
+bool isFlushed(const std::string& path) {
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    const bool isDone = descriptor >= 0 && ::fsync(descriptor) == 0;
+    ::close(descriptor);
+    return isDone;
 }
-
-/// Closes the descriptor also when something fails.
-class Descriptor {
-public:
-    Descriptor(const std::string& path, int flags) : number(::open(path.c_str(), flags | O_CLOEXEC, 0600)) {
-        check(number >= 0, "cannot open " + path);
-    }
-    ~Descriptor() { ::close(number); }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    const int number;
-};
 
 }  // namespace
 
-VersionFile::VersionFile(const std::string& folder, Log logger) : path(folder + "/versions"), log(std::move(logger)) {
-    const auto parent = std::filesystem::path(path).parent_path().parent_path();
+VersionFile::VersionFile(const std::string& stateFolder, Log logger)
+    : folder(stateFolder), path(folder + "/versions"), log(std::move(logger)) {
     std::error_code ignored;
-    std::filesystem::create_directories(parent, ignored);
-    check(::mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST, "cannot create " + folder);
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path().parent_path(), ignored);
+    if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
+        throw std::system_error(errno, std::generic_category(), "cannot create " + folder);
+    }
 }
 
 VersionRecords VersionFile::load() {
@@ -71,30 +60,16 @@ VersionRecords VersionFile::load() {
 }
 
 void VersionFile::store(const VersionRecords& records) {
-    try {
-        write(records);
-    } catch (const std::system_error& error) {
-        log(3, std::string("applied versions are not stored: ") + error.what());
-    }
-}
-
-void VersionFile::write(const VersionRecords& records) const {
-    std::ostringstream content;
-    content << title << '\n';
-    for (const auto& [key, record] : records) {
-        content << key << ' ' << record.version << ' ' << record.fingerprint << ' ' << record.changedAway << '\n';
-    }
-    const std::string text = content.str();
     const std::string replacement = path + ".new";
-    {
-        const Descriptor file(replacement, O_WRONLY | O_CREAT | O_TRUNC);
-        check(::write(file.number, text.data(), text.size()) == static_cast<ssize_t>(text.size()),
-              "cannot write " + replacement);
-        check(::fsync(file.number) == 0, "fsync failed for " + replacement);
+    std::ofstream file(replacement);
+    file << title << '\n';
+    for (const auto& [key, record] : records) {
+        file << key << ' ' << record.version << ' ' << record.fingerprint << ' ' << record.changedAway << '\n';
     }
-    check(std::rename(replacement.c_str(), path.c_str()) == 0, "cannot replace " + path);
-    const Descriptor folder(std::filesystem::path(path).parent_path(), O_RDONLY | O_DIRECTORY);
-    check(::fsync(folder.number) == 0, "fsync failed for the folder of " + path);
+    file.close();
+    if (!file || !isFlushed(replacement) || std::rename(replacement.c_str(), path.c_str()) != 0 || !isFlushed(folder)) {
+        log(3, "applied versions are not stored in " + path + ": " + std::generic_category().message(errno));
+    }
 }
 
 }  // namespace SettingsMqtt

@@ -13,15 +13,14 @@ public:
     using Log = std::function<void(int level, const std::string& text)>;
 
     /// Creates the folder if it is missing, for its user alone. Errors: `std::runtime_error`.
-    VersionFile(const std::string& folder, Log log);
+    VersionFile(const std::string& stateFolder, Log logger);
 
     /// Nothing from a file that is none of these.
     VersionRecords load() override;
     void store(const VersionRecords& records) override;
 
 private:
-    void write(const VersionRecords& records) const;
-
+    const std::string folder;
     const std::string path;
     const Log log;
 };

@@ -101,11 +101,9 @@ MosquittoBroker::~MosquittoBroker() {
 }
 
 void MosquittoBroker::subscribe(const std::vector<std::string>& topics) {
-    std::vector<char*> filters;
-    for (const auto& topic : topics) {
-        // libmosquitto reads them only.
-        filters.push_back(const_cast<char*>(topic.c_str()));
-    }
+    std::vector<std::string> copies = topics;
+    std::vector<char*> filters(copies.size());
+    std::transform(copies.begin(), copies.end(), filters.begin(), [](std::string& topic) { return topic.data(); });
     mosquitto_subscribe_multiple(connection.get(), nullptr, static_cast<int>(filters.size()), filters.data(), 1, 0,
                                  nullptr);
 }

@@ -128,7 +128,7 @@ TEST_F(MqttProgram, ADeviceThatWasOffTakesTheNewestDesiredValueOnce) {
     publish(broker.port(), "settings/tv/set/captionsStyles", "STYLE_BLACK_ON_WHITE");
     EXPECT_EQ(subscriber.next().rfind(R"(settings/tv/outcome {"key":"captionsStyles")", 0), 0U);
     EXPECT_EQ(get("captionsFontSize"), "FONT_MEDIUM\n");
-    EXPECT_EQ(TestSupport::modeOf(bridge.stateFile()), 0600U);
+    EXPECT_EQ(TestSupport::modeOf(bridge.stateFolder()), 0700U);
 }
 
 TEST_F(MqttProgram, ADesiredValueDoesNotOverwriteAChangeThatWasMadeMeanwhile) {

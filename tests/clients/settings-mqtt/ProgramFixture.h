@@ -59,7 +59,7 @@ public:
     }
     bool isRunning() const { return ::kill(process->pid(), 0) == 0; }
 
-    std::string stateFile() const { return folder / "state/versions"; }
+    std::string stateFolder() const { return folder / "state"; }
 
 private:
     TestSupport::TemporaryDirectory folder;
