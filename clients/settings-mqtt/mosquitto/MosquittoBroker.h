@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "Broker.h"
-#include "Pauses.h"
 #include "bridge/Loop.h"
+#include "mosquitto/Pauses.h"
 
 struct mosquitto;
 

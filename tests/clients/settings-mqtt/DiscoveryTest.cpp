@@ -1,6 +1,6 @@
 #include "BridgeFixture.h"
 #include "Discovery.h"
-#include "Pauses.h"
+#include "mosquitto/Pauses.h"
 
 namespace SettingsMqttTest {
 

@@ -1,4 +1,4 @@
-#include "Pauses.h"
+#include "mosquitto/Pauses.h"
 
 #include <algorithm>
 
