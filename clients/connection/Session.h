@@ -54,6 +54,8 @@ public:
     bool answers() const { return hasAnswered; }
     void noteAnswer() { hasAnswered = true; }
 
+    /// Whose requests are sent; empty: the client's own.
+    std::string caller;
     Observers observers;
     int descriptor() const { return wakeUp.descriptor(); }
     /// Does what is due: receives, connects, calls observers.
