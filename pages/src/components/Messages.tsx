@@ -1,40 +1,47 @@
 import type { JSX } from 'preact';
-import { useEffect, useState } from 'preact/hooks';
+import { useLayoutEffect, useRef } from 'preact/hooks';
+import { catalogue } from 'settings-client';
 
+import type { Language } from '../i18n/language';
 import { nameOfSetting, shortened, wordsFor } from '../settings/format';
-import { messageDuration } from '../state/store';
+import type { Message } from '../state/messages';
 import { usePage } from './context';
+import { showAgain } from './Modal';
 
-/** Announces changes by others. */
-export function Announcement(): JSX.Element {
+function wordsOf(message: Message, language: Language): string {
+    if (message.kind === 'text') {
+        return language.t(message.text, message.values);
+    }
+    const { key, value, event } = message;
+    const { kind } = catalogue[key];
+    const isSwitch = kind === 'switch' && (value === 'true' || value === 'false');
+    const change = isSwitch ? (value === 'true' ? 'turnedOn' : 'turnedOff') : 'setTo';
+    // A value that changes at its owner without an event is the device's.
+    const who =
+        event === null
+            ? language.t('by.device')
+            : shortened(event.client ?? language.t(`by.${event.origin ?? 'unknown'}`));
+    return language.t(change, {
+        name: nameOfSetting(key, language),
+        value: wordsFor(key, value, language),
+        who,
+    });
+}
+
+/** The messages of the page, one after the other, in a corner where no row is. */
+export function Messages(): JSX.Element {
     const { state, language } = usePage();
-    const { announcement } = state;
-    const [hidden, setHidden] = useState(0);
-    const number = announcement?.number ?? 0;
-    useEffect(() => {
-        const timer = setTimeout(() => {
-            setHidden(number);
-        }, messageDuration);
-        return () => {
-            clearTimeout(timer);
-        };
-    }, [number]);
-    const words = () => {
-        if (announcement === null || hidden === number) {
-            return '';
+    const [message] = state.messages;
+    const place = useRef<HTMLParagraphElement>(null);
+    // In front of an open panel, too: what was shown last is in front.
+    useLayoutEffect(() => {
+        if (place.current !== null) {
+            showAgain(place.current);
         }
-        const { key, value, event } = announcement;
-        const client = event?.client ?? null;
-        const origin = event?.origin ?? null;
-        return language.t(client !== null ? 'changed.client' : origin !== null ? `changed.${origin}` : 'changed', {
-            name: nameOfSetting(key, language),
-            value: wordsFor(key, value, language),
-            client: shortened(client ?? ''),
-        });
-    };
+    }, [message?.number]);
     return (
-        <p class="announcement" role="status">
-            {words()}
+        <p class="message" role="status" popover="manual" ref={place}>
+            {message !== undefined && wordsOf(message, language)}
         </p>
     );
 }
