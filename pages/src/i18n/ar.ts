@@ -108,7 +108,6 @@ export const ar: Translation = {
         'connection.unauthorized':
             'لم يعد بإمكان هذه الصفحة الاتصال. افتح العنوان الجديد الذي يعرضه الأمر «settingsctl page».',
         'connection.unsupported': 'تحتاج هذه الصفحة إلى إصدار أحدث من برنامج التلفاز.',
-        'by.here': 'هذه الصفحة',
         'by.page': 'صفحة أخرى',
         'by.socket': 'برنامج',
         'by.device': 'التلفزيون',

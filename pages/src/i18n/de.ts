@@ -108,7 +108,6 @@ export const de: Translation = {
         'connection.unauthorized':
             'Diese Seite kann sich nicht mehr verbinden. Öffnen Sie die neue Adresse, die „settingsctl page“ ausgibt.',
         'connection.unsupported': 'Diese Seite braucht eine neuere Version der Software des Fernsehers.',
-        'by.here': 'dieser Seite',
         'by.page': 'einer anderen Seite',
         'by.socket': 'einem Programm',
         'by.device': 'dem Fernseher',

@@ -109,7 +109,6 @@ const texts = {
     'connection.retry': 'Try again now',
     'connection.unauthorized': 'This page can no longer connect. Open the new address that “settingsctl page” prints.',
     'connection.unsupported': 'This page needs a newer version of the TV’s software.',
-    'by.here': 'this page',
     'by.page': 'another page',
     'by.socket': 'a program',
     'by.device': 'the TV',

@@ -108,7 +108,6 @@ export const es: Translation = {
         'connection.unauthorized':
             'Esta página ya no puede conectarse. Abra la nueva dirección que muestra «settingsctl page».',
         'connection.unsupported': 'Esta página necesita una versión más reciente del software del televisor.',
-        'by.here': 'esta página',
         'by.page': 'otra página',
         'by.socket': 'un programa',
         'by.device': 'el televisor',

@@ -108,7 +108,6 @@ export const fr: Translation = {
         'connection.unauthorized':
             'Cette page ne peut plus se connecter. Ouvrez la nouvelle adresse qu’affiche « settingsctl page ».',
         'connection.unsupported': 'Cette page nécessite une version plus récente du logiciel du téléviseur.',
-        'by.here': 'cette page',
         'by.page': 'une autre page',
         'by.socket': 'un programme',
         'by.device': 'le téléviseur',

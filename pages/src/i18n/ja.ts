@@ -108,7 +108,6 @@ export const ja: Translation = {
         'connection.unauthorized':
             'このページは接続できなくなりました。「settingsctl page」が表示する新しいアドレスを開いてください。',
         'connection.unsupported': 'このページには、テレビの新しいバージョンのソフトウェアが必要です。',
-        'by.here': 'このページ',
         'by.page': '別のページ',
         'by.socket': 'プログラム',
         'by.device': 'テレビ',

@@ -11,7 +11,7 @@ import {
 } from 'settings-client';
 
 import type { TextKey } from '../i18n/en';
-import { lastChangesLimit, lastChangesOf, ownChange, type LastChanges } from './lastChanges';
+import { lastChangesLimit, lastChangesOf, type LastChanges } from './lastChanges';
 import { messageDuration, MessageQueue, type Message } from './messages';
 
 /** The state of the last change of a setting by this page. */
@@ -116,7 +116,6 @@ export class Store {
         if (reason !== null) {
             this.setStatus(key, { kind: 'refused', reason, to });
         } else {
-            this.noteOwnChange(key, outcome);
             this.setStatus(key, {
                 kind: isDefault ? 'default' : outcome.outcome === 'changed' ? 'accepted' : 'unchanged',
             });
@@ -170,13 +169,6 @@ export class Store {
 
     clearAction(): void {
         this.setAction('none');
-    }
-
-    /** The host does not send the events of a page's own changes. */
-    private noteOwnChange(key: SettingKey, outcome: Outcome): void {
-        if (outcome.outcome === 'changed') {
-            this.update({ lastChanges: { ...this.state.lastChanges, [key]: ownChange() } });
-        }
     }
 
     private setAction(action: State['action']): void {
