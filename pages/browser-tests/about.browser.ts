@@ -2,7 +2,17 @@ import { expect, test } from 'vitest';
 
 import { expectAccessible } from './accessibility';
 import { hostOfFile } from './host';
-import { enterSection, expectFocus, expectStatus, expectValue, goDownTo, press, row, typeOver, visitSettings } from './settings';
+import {
+    enterSection,
+    expectFocus,
+    expectStatus,
+    expectValue,
+    goDownTo,
+    press,
+    row,
+    typeOver,
+    visitSettings,
+} from './settings';
 
 const host = hostOfFile();
 
@@ -21,7 +31,12 @@ test('About says how the host is, the versions, and the address without its key'
 });
 
 test('About says in words what is wrong', async () => {
-    const health = { status: 'recovered', version: '1.2.3', storage: { recoveredFrom: 'backup' }, faults: ['storage-full'] };
+    const health = {
+        status: 'recovered',
+        version: '1.2.3',
+        storage: { recoveredFrom: 'backup' },
+        faults: ['storage-full'],
+    };
     await visitSettings(
         host,
         async (page) => {

@@ -43,7 +43,7 @@ test('repeated Enter undoes nothing', async () => {
     await visitSettings(host, async (page) => {
         await enterSection(page, 'changes');
         await press(page, 'Escape');
-        await press(page, 'Enter', 'Enter', 'Enter', 'Enter');
+        await press(page, 'Enter', 'Enter', 'Enter');
         await expectFocus(page, 'change-1');
         expect(await host.value('deviceName')).toBe('Den');
     });

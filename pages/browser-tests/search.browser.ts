@@ -59,7 +59,9 @@ test('the search keys lead to the search from anywhere, and Back leads out of it
         await press(page, 'ArrowDown', 'ArrowDown', 'ArrowDown', 'Enter');
         await page.getByRole('dialog').waitFor();
         await page.evaluate(() =>
-            document.activeElement?.dispatchEvent(new KeyboardEvent('keydown', { key: 'BrowserSearch', bubbles: true })),
+            document.activeElement?.dispatchEvent(
+                new KeyboardEvent('keydown', { key: 'BrowserSearch', bubbles: true }),
+            ),
         );
         await expectFocus(page, 'search-field');
         expect(await page.getByRole('dialog').count()).toBe(0);

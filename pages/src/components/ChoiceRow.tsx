@@ -6,6 +6,7 @@ import { usePage } from './context';
 import { Explanation } from './Explanation';
 import { Panel } from './Panel';
 import { RadioList } from './RadioList';
+import { ResetTool } from './ResetTool';
 import { Row } from './Row';
 import type { RowProps } from './RowProps';
 import { RowStatus } from './RowStatus';
@@ -35,6 +36,7 @@ export function ChoiceRow(props: RowProps): JSX.Element {
             explanation={explanation}
             onUse={panel.open}
         >
+            <ResetTool setting={setting} />
             <RowStatus setting={setting} />
             {panel.isOpen && (
                 <Panel title={name} explanation={explanation} onClose={panel.close}>

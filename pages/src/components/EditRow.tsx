@@ -6,6 +6,7 @@ import { isBlank, nameOfSetting, wordsFor } from '../settings/format';
 import { usePage } from './context';
 import { Editor } from './Editor';
 import { Explanation } from './Explanation';
+import { ResetTool } from './ResetTool';
 import { Row } from './Row';
 import type { RowProps } from './RowProps';
 import { RowStatus } from './RowStatus';
@@ -72,6 +73,7 @@ function ValueButton({ button, onUse, ...props }: ButtonProps): JSX.Element {
             explanation={<Explanation {...props} />}
             onUse={onUse}
         >
+            <ResetTool setting={setting} />
             <RowStatus setting={setting} />
         </Row>
     );

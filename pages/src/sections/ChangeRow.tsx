@@ -2,14 +2,13 @@ import type { JSX } from 'preact';
 import type { ChangeEvent } from 'settings-client';
 
 import { usePage } from '../components/context';
-import { lastChangeWords } from '../components/Explanation';
-import { Panel } from '../components/Panel';
 import { Row } from '../components/Row';
 import { RowStatus } from '../components/RowStatus';
 import { useDialog } from '../components/useDialog';
-import { isReadOnly } from '../settings/catalogue';
+import type { Language } from '../i18n/language';
+import { changedBy } from '../settings/changedBy';
 import { nameOfSetting, wordsFor } from '../settings/format';
-import { rows } from './rows';
+import { UndoPanel } from './UndoPanel';
 
 interface Props {
     readonly change: ChangeEvent;
@@ -18,33 +17,31 @@ interface Props {
     readonly onUndo: () => void;
 }
 
+/** The values of a change in words. */
+export function valuesOf({ key, from, to }: ChangeEvent, language: Language): string {
+    return language.t('change.values', { from: wordsFor(key, from, language), to: wordsFor(key, to, language) });
+}
+
 /** A change: of what, from what to what, by whom and when. Enter offers to undo it. */
 export function ChangeRow({ change, showsStatus, onUndo }: Props): JSX.Element {
     const { language } = usePage();
-    const { key, from, to } = change;
     const panel = useDialog();
-    const values = language.t('change.values', {
-        from: wordsFor(key, from, language),
-        to: wordsFor(key, to, language),
-    });
-    const who = whoAndWhen(change, language);
     return (
         <Row
             kind="opens"
             row={`change-${change.sequence}`}
-            name={nameOfSetting(key, language)}
-            value={values}
-            explanation={<p>{who}</p>}
+            name={nameOfSetting(change.key, language)}
+            value={
+                <>
+                    {valuesOf(change, language)}
+                    <span class="change">{changedBy(change, language)}</span>
+                </>
+            }
             opensDialog
             onUse={panel.open}
         >
-            {showsStatus && <RowStatus setting={key} />}
-            {panel.isOpen && (
-                <UndoPanel change={change} onClose={panel.close} onUndo={onUndo}>
-                    <p>{values}</p>
-                    <p>{who}</p>
-                </UndoPanel>
-            )}
+            {showsStatus && <RowStatus setting={change.key} />}
+            {panel.isOpen && <UndoPanel change={change} onClose={panel.close} onUndo={onUndo} />}
         </Row>
     );
 }

@@ -15,7 +15,7 @@ export function RecentChanges(): JSX.Element {
     const [undone, setUndone] = useState<number | null>(null);
     useEffect(() => {
         // Another client may have logged out, of which no event tells.
-        void store.reloadHistory();
+        void store.reloadChanges();
     }, [store]);
     const changes = state.changes?.slice(0, shownChanges) ?? [];
     if (changes.length === 0) {

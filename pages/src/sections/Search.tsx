@@ -19,9 +19,11 @@ export function Search(): JSX.Element {
     const results = found(entries, typed);
     return (
         <div
-            onKeyDown={({ key, target, currentTarget }) => {
-                if (key === 'Enter' && target instanceof HTMLInputElement) {
-                    focusOn(currentTarget.querySelector('button') ?? undefined);
+            onKeyDown={(event) => {
+                if (event.key === 'Enter' && event.target instanceof HTMLInputElement) {
+                    // Otherwise the result would be used at once.
+                    event.preventDefault();
+                    focusOn(event.currentTarget.querySelector('button') ?? undefined);
                 }
             }}
         >

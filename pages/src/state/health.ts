@@ -15,7 +15,7 @@ export function useHealth(connection: Status): Health | null {
     const [health, setHealth] = useState<Health | null>(null);
     useEffect(() => {
         let isWanted = true;
-        fetch('/healthz')
+        void fetch('/healthz')
             .then((reply) => reply.json() as Promise<Health>)
             .catch(() => null)
             .then((found) => {
