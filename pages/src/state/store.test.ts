@@ -289,8 +289,9 @@ describe('the store', () => {
         const second = store.set('timezone', 'Europe/Paris');
         await first;
         await second;
-        expect(shown).toEqual(['UTC', 'Asia/Tokyo', 'Asia/Tokyo', 'Europe/Paris', 'Europe/Paris', 'Europe/Paris']);
-        expect(kinds).toEqual(['saving', 'saving', 'saving', 'saving', 'saving', 'accepted']);
+        const changesOf = (seen: typeof shown) => seen.filter((one, index) => one !== seen[index - 1]);
+        expect(changesOf(shown)).toEqual(['UTC', 'Asia/Tokyo', 'Europe/Paris']);
+        expect(changesOf(kinds)).toEqual(['saving', 'accepted']);
     });
 
     it('does not let an older value replace one that is being saved', async () => {
