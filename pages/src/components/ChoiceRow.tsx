@@ -33,10 +33,10 @@ export function ChoiceRow(props: RowProps): JSX.Element {
             name={name}
             value={wordsFor(setting, value, language)}
             opensDialog
+            tools={<ResetTool setting={setting} />}
             explanation={explanation}
             onUse={panel.open}
         >
-            <ResetTool setting={setting} />
             <RowStatus setting={setting} />
             {panel.isOpen && (
                 <Panel title={name} explanation={explanation} onClose={panel.close}>

@@ -70,10 +70,10 @@ function ValueButton({ button, onUse, ...props }: ButtonProps): JSX.Element {
             name={nameOfSetting(setting, language)}
             value={wordsFor(setting, state.values?.[setting], language)}
             button={button}
+            tools={<ResetTool setting={setting} />}
             explanation={<Explanation {...props} />}
             onUse={onUse}
         >
-            <ResetTool setting={setting} />
             <RowStatus setting={setting} />
         </Row>
     );
