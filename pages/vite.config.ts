@@ -1,9 +1,11 @@
 import { defineConfig } from 'vite';
 
 import { settingsClient } from './settingsClient';
+import { translationsAsLists } from './translationsAsLists';
 
 export default defineConfig({
     ...settingsClient,
+    plugins: [translationsAsLists],
     esbuild: { jsx: 'automatic', jsxImportSource: 'preact', legalComments: 'none' },
     build: {
         target: 'es2022',
