@@ -3,7 +3,8 @@ import { defineConfig } from 'vite';
 import { settingsClient } from './settingsClient';
 import { translationsAsLists } from './translationsAsLists';
 
-export default defineConfig({
+/** `--mode gallery` adds the page of all components, which is no part of the product. */
+export default defineConfig(({ mode }) => ({
     ...settingsClient,
     plugins: [translationsAsLists],
     esbuild: { jsx: 'automatic', jsxImportSource: 'preact', legalComments: 'none' },
@@ -12,6 +13,6 @@ export default defineConfig({
         // The host serves from memory and refuses inline scripts and styles.
         assetsInlineLimit: 0,
         modulePreload: { polyfill: false },
-        rollupOptions: { input: ['index.html', 'device.html'] },
+        rollupOptions: { input: ['index.html', 'device.html', ...(mode === 'gallery' ? ['gallery.html'] : [])] },
     },
-});
+}));
