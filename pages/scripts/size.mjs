@@ -21,7 +21,18 @@ function weigh(name, files, limit) {
     }
 }
 
-weigh('the pages', filesIn(process.env.PAGES ?? 'dist'), 40 * 1024);
+const pages = filesIn(process.env.PAGES ?? 'dist');
+const timezones = pages.filter((file) => file.includes('/timezones/'));
+weigh(
+    'the pages',
+    pages.filter((file) => !timezones.includes(file)),
+    40 * 1024,
+);
+// What is loaded when the panel opens: the zones, and the names of their cities in one language.
+const zones = timezones.find((file) => file.includes('/zones-'));
+for (const names of timezones.filter((file) => file.includes('/cities-'))) {
+    weigh('time zones in a language', [zones, names], 12 * 1024);
+}
 weigh(
     'settings-client',
     filesIn(client).filter((file) => file.endsWith('.js')),
