@@ -204,7 +204,7 @@ test('the document shows them', () => {
         ...memories,
     ].join('\n');
     const text = readFileSync(document, 'utf8');
-    const [start, end] = ['<!-- measurements: npm run document-measured -->\n', '\n<!-- end of measurements -->'];
+    const [start, end] = ['<!-- measurements: npm run document-measurements -->\n', '\n<!-- end of measurements -->'];
     expect(text).toContain(start);
     const [before = '', rest = ''] = text.split(start);
     const after = rest.slice(rest.indexOf(end));

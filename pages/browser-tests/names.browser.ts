@@ -48,15 +48,15 @@ const english = languageFor('en');
 
 /** What a screen reader reads for the row of a setting. */
 function linesOf(setting: SettingKey, value: string | undefined): string[] {
-    const { about: key, isShownOnly } = rows[setting];
+    const { isShownOnly } = rows[setting];
     const [name, words] = [nameOfSetting(setting, english), wordsFor(setting, value, english)];
-    const about = key === undefined ? '' : ` (${english.t(key)})`;
+    const about = ` (${english.about[setting]})`;
     const onOrOff = (isOn: boolean) => (isOn ? ', on' : ', off');
     if (isReadOnly(setting)) {
-        return [`group ${name}: ${words}. Set on the device.${key === undefined ? '' : ` ${english.t(key)}`}`];
+        return [`group ${name}: ${words}. Set on the device. ${english.about[setting]}`];
     }
     if (isShownOnly) {
-        return [`group ${name}: ${words}`];
+        return [`group ${name}: ${words}. ${english.about[setting]}`];
     }
     switch (catalogue[setting].kind) {
         case 'switch':

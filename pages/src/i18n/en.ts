@@ -10,12 +10,32 @@ const settings: Readonly<Record<SettingKey, string>> = {
     doNotDisturbEnabled: 'Do not disturb',
     handsFreeEnabled: 'Hands-free',
     handsFreeAlwaysOnEnabled: 'Always on by voice',
-    handsFreeAlwaysOnDiscovered: 'Introduction to “Always on by voice” seen',
+    handsFreeAlwaysOnDiscovered: 'Introduction to “Always on by voice”',
     pttAlwaysOnEnabled: 'Always on by push-to-talk',
-    pttAlwaysOnDiscovered: 'Introduction to “Always on by push-to-talk” seen',
+    pttAlwaysOnDiscovered: 'Introduction to “Always on by push-to-talk”',
     friendlyName: 'Friendly name',
     tovanEntitlementStatus: 'Entitlement',
     timezone: 'Time zone',
+};
+
+/** What each setting is. */
+const about: Readonly<Record<SettingKey, string>> = {
+    deviceName: 'The name that this TV uses for itself. Other devices show it in their lists.',
+    companionDevice: 'The phone or tablet paired with this TV.',
+    orliaLocale: 'The assistant prefers the first language and falls back to the others.',
+    captionsEnabled: 'Shows what is said as text on the screen.',
+    captionsFontSize: 'How large captions are.',
+    captionsStyles: 'The colours of captions and of what is behind them.',
+    doNotDisturbEnabled: 'While this is on, the assistant stays silent unless you speak to it.',
+    handsFreeEnabled: 'Talk to the assistant without the remote control.',
+    handsFreeAlwaysOnEnabled: 'The wake word works even when the screen is off.',
+    handsFreeAlwaysOnDiscovered: 'The TV introduces this mode once. You can see the introduction again.',
+    pttAlwaysOnEnabled: 'The microphone button works even when the screen is off.',
+    pttAlwaysOnDiscovered: 'The TV introduces this mode once. You can see the introduction again.',
+    friendlyName: 'What you call this TV when you talk to the assistant. The device name may be another one.',
+    tovanEntitlementStatus:
+        'What your account may use on this TV. The assistant’s service reports it; you cannot change it here.',
+    timezone: 'Where this TV is, for clocks and appointments.',
 };
 
 const choices: Readonly<Record<ChoiceValue, string>> = {
@@ -39,17 +59,17 @@ const texts = {
     'section.voice': 'Voice',
     'section.doNotDisturb': 'Do not disturb',
     'section.account': 'Account',
+    'section.search': 'Search',
+    'section.changes': 'Recent changes',
+    'section.about': 'About',
 
-    'friendlyName.about': 'What you call this TV when you talk to the assistant.',
-    'companionDevice.about': 'The phone or tablet paired with this TV.',
     'companionDevice.first': 'Name',
     'companionDevice.second': 'Kind',
-    'orliaLocale.about': 'The assistant prefers the first language and falls back to the others.',
-    'handsFreeEnabled.about': 'Talk to the assistant without the remote control.',
-    'handsFreeAlwaysOnEnabled.about': 'The wake word works even when the screen is off.',
-    'pttAlwaysOnEnabled.about': 'The microphone button works even when the screen is off.',
-    'discovered.about': 'Turn this off to see the introduction again.',
-    'doNotDisturbEnabled.about': 'While this is on, the assistant stays silent unless you speak to it.',
+    'handsFreeAlwaysOnEnabled.off': 'Hands-free is off, so the assistant does not listen for the wake word.',
+    'pttAlwaysOnEnabled.off': 'Hands-free is off, so the microphone button is the only way to talk to the assistant.',
+    'introduction.again': 'Show the introduction again',
+    'introduction.seen': 'Seen',
+    'introduction.unseen': 'Not seen yet',
     selected: 'Selected assistant',
     'selected.yes': 'This is the selected assistant',
     'selected.no': 'Another assistant is selected',
@@ -57,7 +77,10 @@ const texts = {
     'openSettings.done': 'Opened on the TV.',
     logOut: 'Log out',
     'logOut.question': 'Log out of this TV?',
-    'logOut.about': 'This erases the stored settings and turns off the always-on modes.',
+    'logOut.erases':
+        'Erased for good: the names of this TV, the paired device, size and colours of captions, the entitlement, which introductions you have seen, the recent changes and all backups.',
+    'logOut.turnsOff': 'Turned off: hands-free and both always-on modes.',
+    'logOut.keeps': 'Kept: languages, time zone, and whether captions and do not disturb are on.',
     'logOut.done': 'You are logged out.',
     'action.failed': 'Failed: the TV is not responding.',
     'action.refused': 'Failed: the TV could not do this.',
@@ -81,21 +104,49 @@ const texts = {
     'locale.down': 'Move {name} down',
     'locale.remove': 'Remove {name}',
     'locale.last': 'At least one language is required.',
+    'locale.untranslated': 'These pages are not translated into {name}, so they are in English.',
     search: 'Search',
     found: '{count} found',
     nothingFound: 'No results',
+
+    reset: 'Reset to {value}',
+    'reset.about': 'The default is {value}.',
+
+    'changes.none': 'Nothing was changed since the TV was started or somebody logged out.',
+    'change.values': 'From “{from}” to “{to}”',
+    'by.client': 'by {client}',
+    'by.page': 'on a settings page',
+    'by.socket': 'by a program',
+    'by.device': 'on the TV',
+    undo: 'Undo',
+    'undo.about': 'Undo: set {name} back to {value}',
+    'undo.done': 'Undone',
+    'undo.none': 'You cannot undo this here.',
+
+    'about.host': 'Settings service',
+    'about.wire': 'Connection',
+    'about.pages': 'These pages',
+    'about.version': 'Version {version}',
+    'about.address': 'Address',
+    'about.health': 'Condition',
+    'about.faults': 'Simulated faults',
+    'health.ok': 'Everything works',
+    'health.degraded': 'Changes cannot be saved at the moment',
+    'health.backup': 'The stored settings were damaged. A backup replaced them.',
+    'health.defaults': 'The stored settings were lost. The TV started with the defaults.',
+    'health.not-serving': 'The settings service is not ready',
 
     saving: 'Saving…',
     accepted: 'Saved',
     unchanged: 'No change',
     default: 'Reset to the default: {value}',
     draft: 'Not saved: {value}',
-    'refused.incomplete': 'Not changed: the request was incomplete.',
+    'refused.incomplete': 'Not changed: the TV did not understand this page. Reload it and try again.',
     'refused.stale': 'Not changed: it was changed elsewhere in the meantime.',
     'refused.read-only': 'Not changed: this can only be set on the device.',
-    'refused.wrong-form': 'Not changed: the value has the wrong format.',
+    'refused.wrong-form': 'Not changed: the TV does not accept this value.',
     'refused.not-stored': 'Not changed: the TV could not save it.',
-    'refused.unknown': 'Not changed: the TV gave a reason that this page does not know.',
+    'refused.unknown': 'Not changed: the TV did not say why in a way that this page understands.',
     'refused.too-long': 'Not changed: the value is too long.',
     'refused.not-applied': 'The TV did not apply this change.',
     'refused.no-reply': 'The TV is not responding. Try again.',
@@ -107,7 +158,8 @@ const texts = {
     loading: 'Loading settings…',
     'connection.lost': 'The TV is not responding. Trying again…',
     'connection.retry': 'Try again now',
-    'connection.unauthorized': 'This page can no longer connect. Open the new address that “settingsctl page” prints.',
+    'connection.unauthorized':
+        'This page may no longer connect. Open the settings on the TV again, or the new address that “settingsctl page” prints.',
     'connection.unsupported': 'This page needs a newer version of the TV’s software.',
     'by.here': 'this page',
     'by.page': 'another page',
@@ -125,8 +177,9 @@ export type TextKey = keyof typeof texts;
 /** What the pages say in one language. */
 export interface Translation {
     readonly settings: Readonly<Record<SettingKey, string>>;
+    readonly about: Readonly<Record<SettingKey, string>>;
     readonly choices: Readonly<Record<ChoiceValue, string>>;
     readonly texts: Readonly<Record<TextKey, string>>;
 }
 
-export const en: Translation = { settings, choices, texts };
+export const en: Translation = { settings, about, choices, texts };

@@ -24,10 +24,10 @@ const rowOfKind: Readonly<Record<Kind, (props: RowProps) => JSX.Element>> = {
 };
 
 function SettingRow({ setting }: { readonly setting: SettingKey }): JSX.Element {
-    const { t } = usePage().language;
-    const { about, parts, isShownOnly = false } = rows[setting];
+    const { t, about } = usePage().language;
+    const { parts, isShownOnly = false } = rows[setting];
     const Row = isShownOnly || isReadOnly(setting) ? ReadOnlySetting : rowOfKind[catalogue[setting].kind];
-    return <Row setting={setting} about={about && t(about)} parts={parts?.map((part) => t(part))} />;
+    return <Row setting={setting} about={about[setting]} parts={parts?.map((part) => t(part))} />;
 }
 
 interface SectionEntry {

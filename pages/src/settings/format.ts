@@ -1,7 +1,7 @@
 import { catalogue, isSetting, type Kind, type SettingKey } from 'settings-client';
 
 import { nameOfLocale, type Language } from '../i18n/language';
-import { choicesOf, defaultOf } from './catalogue';
+import { choicesOf, defaultOf, isIntroduction } from './catalogue';
 import { localesOf, pairOf } from './values';
 
 const maxLength = 80;
@@ -39,7 +39,11 @@ const formats: Readonly<Record<Kind, Format>> = {
     switch: (value, { t }, key) => {
         // Anything can be stored; what the device or the voice SDK reports is on or off.
         const isOther = catalogue[key].owner === 'storage' && !['true', 'false', ''].includes(value);
-        return isOther ? shortened(value) : t(value === 'true' ? 'on' : 'off');
+        const isOn = value === 'true';
+        const words = isIntroduction(key)
+            ? t(isOn ? 'introduction.seen' : 'introduction.unseen')
+            : t(isOn ? 'on' : 'off');
+        return isOther ? shortened(value) : words;
     },
     locales: (value, { code }) => {
         const names = localesOf(value).map((locale) => nameOfLocale(locale, code));
