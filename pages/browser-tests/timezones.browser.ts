@@ -16,7 +16,7 @@ async function openTimeZones(page: Page, forward = 'ArrowRight'): Promise<void> 
     await enterSection(page, 'language', forward);
     await goDownTo(page, 'timezone');
     await press(page, 'Enter');
-    await page.getByRole('dialog').locator('[aria-pressed="true"]').waitFor();
+    await page.getByRole('dialog').getByRole('textbox').waitFor();
 }
 
 async function expectZone(zone: string): Promise<void> {
@@ -32,11 +32,11 @@ test('a region, then a city: the arrows and the letters lead to it, and each cit
     await host.control('set', 'timezone', 'America/Vancouver');
     await visitSettings(host, async (page) => {
         const files: string[] = [];
-        page.on('request', (request) => files.push(new URL(request.url()).pathname.replace(/-[^-]*$/, '')));
+        page.on('request', (request) => files.push(new URL(request.url()).pathname.replace(/-[^/]*$/, '')));
         await enterSection(page, 'language');
-        expect(files.filter((file) => file.includes('/timezones/'))).toEqual([]);
+        expect(files.filter((file) => file.startsWith('/timezones/'))).toEqual([]);
         await openTimeZones(page);
-        expect(files.sort()).toEqual(['/timezones/cities-en', '/timezones/zones']);
+        expect(files.filter((file) => file.startsWith('/timezones/'))).toEqual(['/timezones/en']);
         // The present zone comes first and has the focus.
         await expectFocus(page, 'America/Vancouver');
         expect(await row(page, 'America/Vancouver').getByRole('button').getAttribute('aria-pressed')).toBe('true');
@@ -44,15 +44,14 @@ test('a region, then a city: the arrows and the letters lead to it, and each cit
         await expectAccessible(page, 'the regions');
 
         await press(page, 'ArrowDown', 'ArrowDown', 'ArrowDown', 'ArrowDown');
-        await expectFocus(page, '142');
-        expect((await focus(page)).name).toBe('Asia');
+        await expectFocus(page, 'Asia');
         await press(page, 'Enter');
         await expectFocus(page, 'Asia/Aden');
         await expectAccessible(page, 'the cities of Asia');
         await press(page, 'ArrowRight', 'ArrowDown', 'ArrowDown', 'ArrowDown', 'ArrowDown');
         expect((await focus(page)).name).toBe('K');
-        await press(page, 'ArrowLeft', 'ArrowDown');
-        await press(page, 'ArrowDown', 'ArrowDown', 'ArrowDown', 'ArrowDown', 'ArrowDown', 'ArrowDown');
+        await press(page, 'ArrowLeft');
+        await press(page, ...Array<string>(6).fill('ArrowDown'));
         expect((await focus(page)).name).toContain('Kolkata');
         await press(page, 'Enter');
         await expectStatus(page, 'timezone', 'accepted', 'Saved');
@@ -114,12 +113,12 @@ test('Back leads from the cities to the regions, then out of the panel', async (
         await press(page, 'ArrowDown', 'Enter');
         await expectFocus(page, 'Africa/Abidjan');
         await press(page, 'Escape');
-        await expectFocus(page, '002');
+        await expectFocus(page, 'Africa');
         await press(page, 'ArrowDown', 'Enter');
         // The region of the present zone opens on it.
         await expectFocus(page, 'America/Vancouver');
         await press(page, 'ArrowRight', 'ArrowLeft', 'ArrowLeft');
-        await expectFocus(page, '003');
+        await expectFocus(page, 'North America');
         await press(page, 'Escape');
         await page.getByRole('dialog').waitFor({ state: 'detached' });
         await expectFocus(page, 'timezone');
@@ -139,7 +138,7 @@ test('in Arabic and in Japanese the cities have their names, and the arrows the 
         expect((await focus(page)).row).toMatch(/^letter /);
         await expectAccessible(page, 'the cities of Africa in Arabic');
         await press(page, 'ArrowRight', 'ArrowRight');
-        await expectFocus(page, '002');
+        await expectFocus(page, 'أفريقيا');
         await press(page, 'Escape');
         await page.setViewportSize(phone);
         await host.setLocales('ja-JP');

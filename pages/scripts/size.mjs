@@ -28,10 +28,9 @@ weigh(
     pages.filter((file) => !timezones.includes(file)),
     40 * 1024,
 );
-// What is loaded when the panel opens: the zones, and the names of their cities in one language.
-const zones = timezones.find((file) => file.includes('/zones-'));
-for (const names of timezones.filter((file) => file.includes('/cities-'))) {
-    weigh('time zones in a language', [zones, names], 12 * 1024);
+// The panel of time zones loads the one of its language.
+for (const file of timezones.filter((name) => name.endsWith('.json'))) {
+    weigh('time zones in a language', [file], 12 * 1024);
 }
 weigh(
     'settings-client',

@@ -9,8 +9,14 @@ import { nameOfLocale } from '../i18n/language';
 import { offeredLocales } from './locales';
 import type { Locales } from './useLocales';
 
+interface Props {
+    readonly list: Locales;
+    readonly tools: ComponentChildren;
+    readonly explanation: ComponentChildren;
+}
+
 /** The row below the languages that adds one. */
-export function AddLocale({ list, children }: { readonly list: Locales; readonly children: ComponentChildren }): JSX.Element {
+export function AddLocale({ list, tools, explanation }: Props): JSX.Element {
     const { t, code } = usePage().language;
     const picker = useDialog();
     const options = useMemo(
@@ -21,8 +27,16 @@ export function AddLocale({ list, children }: { readonly list: Locales; readonly
         [code],
     );
     return (
-        <Row kind="opens" row="add" icon="add" name={t('locale.add')} opensDialog onUse={picker.open}>
-            {children}
+        <Row
+            kind="opens"
+            row="add"
+            icon="add"
+            name={t('locale.add')}
+            opensDialog
+            tools={tools}
+            explanation={explanation}
+            onUse={picker.open}
+        >
             {picker.isOpen && (
                 <Picker
                     title={t('locale.add')}

@@ -1,5 +1,5 @@
-import type { JSX } from 'preact';
-import { useEffect, useRef } from 'preact/hooks';
+import type { ComponentChildren, JSX } from 'preact';
+import { useLayoutEffect, useRef } from 'preact/hooks';
 
 import { usePage } from '../components/context';
 import { Row } from '../components/Row';
@@ -16,16 +16,19 @@ interface Props {
     readonly index: number;
     readonly list: Locales;
     readonly hasUndo: boolean;
+    readonly explanation: ComponentChildren;
 }
 
 /** One language of the assistant. Enter opens its menu, or drops it when it was picked up. */
-export function LocaleRow({ row, locale, index, list, hasUndo }: Props): JSX.Element {
+export function LocaleRow({ row, locale, index, list, hasUndo, explanation }: Props): JSX.Element {
     const { t, code } = usePage().language;
     const menu = useDialog();
     const item = useRef<HTMLLIElement>(null);
     const name = shortened(nameOfLocale(locale, code));
     const isPickedUp = list.pickedUp?.row === row;
     usePutBack(item, isPickedUp, list);
+    const undo = hasUndo ? <UndoButton onUndo={list.undo} /> : undefined;
+    const tools = isPickedUp ? <CarryButtons list={list} /> : undo;
     return (
         <li ref={item} data-picked-up={isPickedUp || undefined} onCancel={list.putBack}>
             <Row
@@ -35,10 +38,10 @@ export function LocaleRow({ row, locale, index, list, hasUndo }: Props): JSX.Ele
                 name={name}
                 value={index === 0 ? t('locale.primary') : undefined}
                 opensDialog={!isPickedUp}
+                explanation={explanation}
+                tools={tools}
                 onUse={isPickedUp ? list.drop : menu.open}
             >
-                {isPickedUp && <CarryButtons list={list} />}
-                {hasUndo && !isPickedUp && <UndoButton onUndo={list.undo} />}
                 {menu.isOpen && <LocaleMenu name={name} index={index} list={list} onClose={menu.close} />}
             </Row>
         </li>
@@ -47,7 +50,8 @@ export function LocaleRow({ row, locale, index, list, hasUndo }: Props): JSX.Ele
 
 /** The row keeps the focus while it is carried; where the focus goes elsewhere, it is put back. */
 function usePutBack(item: { readonly current: HTMLLIElement | null }, isPickedUp: boolean, list: Locales): void {
-    useEffect(() => {
+    // Before the next key: a row that was moved in the page has lost the focus.
+    useLayoutEffect(() => {
         if (!isPickedUp) {
             return undefined;
         }
@@ -68,7 +72,7 @@ function usePutBack(item: { readonly current: HTMLLIElement | null }, isPickedUp
 function CarryButtons({ list }: { readonly list: Locales }): JSX.Element {
     const { t } = usePage().language;
     return (
-        <span class="tools">
+        <>
             {([-1, 1] as const).map((by) => (
                 <button
                     key={by}
@@ -83,17 +87,15 @@ function CarryButtons({ list }: { readonly list: Locales }): JSX.Element {
                     <Icon name={by < 0 ? 'up' : 'down'} />
                 </button>
             ))}
-        </span>
+        </>
     );
 }
 
 export function UndoButton({ onUndo }: { readonly onUndo: () => void }): JSX.Element {
     const { t } = usePage().language;
     return (
-        <span class="tools">
-            <button type="button" class="tool" data-tool="undo" onClick={onUndo}>
-                <Icon name="undo" /> {t('undo')}
-            </button>
-        </span>
+        <button type="button" class="tool undo" data-tool="undo" onClick={onUndo}>
+            <Icon name="undo" /> {t('undo')}
+        </button>
     );
 }

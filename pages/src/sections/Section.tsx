@@ -4,12 +4,13 @@ import { catalogue, type Kind, type SettingKey } from 'settings-client';
 import { ChoiceRow } from '../components/ChoiceRow';
 import { usePage } from '../components/context';
 import { EditRow } from '../components/EditRow';
+import { OnTvRow } from '../components/OnTvRow';
 import { ReadOnlySetting } from '../components/ReadOnlyRow';
 import type { RowProps } from '../components/RowProps';
 import { SwitchRow } from '../components/SwitchRow';
 import { isReadOnly } from '../settings/catalogue';
 import { AccountActions } from './AccountActions';
-import { CaptionsPreview } from './CaptionsPreview';
+import { CaptionsPreview, CaptionsRow } from './CaptionsPreview';
 import { LocaleList } from './LocaleList';
 import { rows, settingsOf, type SectionId } from './rows';
 import { TimeZoneRow } from './TimeZoneRow';
@@ -23,10 +24,24 @@ const rowOfKind: Readonly<Record<Kind, (props: RowProps) => JSX.Element>> = {
     timezone: TimeZoneRow,
 };
 
+/** The rows of settings that look like no other. */
+const rowOfSetting: Readonly<Partial<Record<SettingKey, (props: RowProps) => JSX.Element>>> = {
+    captionsFontSize: CaptionsRow,
+    captionsStyles: CaptionsRow,
+};
+
+function rowFor(setting: SettingKey): (props: RowProps) => JSX.Element {
+    if (isReadOnly(setting)) {
+        return OnTvRow;
+    }
+    const usual = rowOfSetting[setting] ?? rowOfKind[catalogue[setting].kind];
+    return rows[setting].isShownOnly === true ? ReadOnlySetting : usual;
+}
+
 function SettingRow({ setting }: { readonly setting: SettingKey }): JSX.Element {
     const { t, about } = usePage().language;
-    const { parts, isShownOnly = false } = rows[setting];
-    const Row = isShownOnly || isReadOnly(setting) ? ReadOnlySetting : rowOfKind[catalogue[setting].kind];
+    const { parts } = rows[setting];
+    const Row = rowFor(setting);
     return <Row setting={setting} about={about[setting]} parts={parts?.map((part) => t(part))} />;
 }
 
@@ -42,7 +57,6 @@ export const sections: readonly SectionEntry[] = [
     { id: 'language' },
     { id: 'captions', More: CaptionsPreview },
     { id: 'voice' },
-    { id: 'doNotDisturb' },
     { id: 'account', More: AccountActions },
 ];
 

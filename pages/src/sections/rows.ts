@@ -10,7 +10,7 @@ interface Row {
     readonly isShownOnly?: true;
 }
 
-export type SectionId = 'device' | 'language' | 'captions' | 'voice' | 'doNotDisturb' | 'account';
+export type SectionId = 'device' | 'language' | 'captions' | 'voice' | 'account';
 
 /** Where each setting is shown; the rows of a section have this order. The kind of the setting decides what its row looks like. */
 export const rows: Readonly<Record<SettingKey, Row>> = {
@@ -30,7 +30,7 @@ export const rows: Readonly<Record<SettingKey, Row>> = {
     handsFreeAlwaysOnDiscovered: { section: 'voice' },
     pttAlwaysOnEnabled: { section: 'voice' },
     pttAlwaysOnDiscovered: { section: 'voice' },
-    doNotDisturbEnabled: { section: 'doNotDisturb' },
+    doNotDisturbEnabled: { section: 'voice' },
     tovanEntitlementStatus: { section: 'account', isShownOnly: true },
 };
 

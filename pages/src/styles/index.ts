@@ -7,3 +7,4 @@ import './messages.css';
 import './languages.css';
 import './captions.css';
 import './picker.css';
+import './timezones.css';

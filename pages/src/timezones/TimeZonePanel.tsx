@@ -1,18 +1,15 @@
 import type { JSX } from 'preact';
-import { useLayoutEffect, useMemo, useRef, useState } from 'preact/hooks';
+import { useLayoutEffect, useRef, useState } from 'preact/hooks';
 
 import { usePage } from '../components/context';
 import { Panel } from '../components/Panel';
 import { CityStep } from './CityStep';
 import { FirstStep } from './FirstStep';
-import { letterGroups, sortedByCity } from './letters';
-import { groupSize } from './moves';
-import { nameOfTerritory } from './names';
 import { useMinute } from './times';
 import { useArrows } from './useArrows';
-import { useZones } from './useZones';
+import { useRegions } from './useZones';
 import type { Choice } from './ZoneOption';
-import { identifierOf, isNamed, regionCodes, type Zone } from './zones';
+import { identifierOf, isNamed, type Region } from './zones';
 
 interface Props {
     readonly title: string;
@@ -25,8 +22,8 @@ interface Props {
 /** The time zones: region first, then city. */
 export function TimeZonePanel({ title, value, onChoose, onClose }: Props): JSX.Element {
     const { code } = usePage().language;
-    const [region, setRegion] = useState<string | null>(null);
-    const { zones, hasFailed, tryAgain } = useZones(code);
+    const [region, setRegion] = useState<Region | null>(null);
+    const { regions, hasFailed, tryAgain } = useRegions(code);
     const choice: Choice = {
         value,
         now: useMinute(),
@@ -39,79 +36,78 @@ export function TimeZonePanel({ title, value, onChoose, onClose }: Props): JSX.E
         setRegion(null);
     };
     return (
-        <Panel
-            title={region === null ? title : `${title}: ${nameOfTerritory(region, code)}`}
-            onClose={region === null ? onClose : leave}
-        >
-            {zones === null ? (
+        <Panel title={region === null ? title : `${title}: ${region.name}`} onClose={region === null ? onClose : leave}>
+            {regions === null ? (
                 <Waiting hasFailed={hasFailed} onTryAgain={tryAgain} />
             ) : (
-                <Steps zones={zones} region={region} choice={choice} onOpen={setRegion} onLeave={leave} />
+                <Steps regions={regions} region={region} choice={choice} onOpen={setRegion} onLeave={leave} />
             )}
         </Panel>
     );
 }
 
-function Waiting({
-    hasFailed,
-    onTryAgain,
-}: {
+interface WaitingProps {
     readonly hasFailed: boolean;
     readonly onTryAgain: () => void;
-}): JSX.Element {
+}
+
+function Waiting({ hasFailed, onTryAgain }: WaitingProps): JSX.Element {
     const { t } = usePage().language;
+    const button = useRef<HTMLButtonElement>(null);
+    useLayoutEffect(() => {
+        button.current?.focus();
+    }, [hasFailed]);
     return (
-        <>
+        <div data-row="retry">
             <p class="about" role="status">
                 {t(hasFailed ? 'timezone.failed' : 'loading')}
             </p>
-            <div class="buttons" data-row="retry">
-                <button type="button" class="button" hidden={!hasFailed} onClick={onTryAgain}>
-                    {t('connection.retry')}
+            {hasFailed && (
+                <button ref={button} type="button" class="button" onClick={onTryAgain}>
+                    {t('tryAgain')}
                 </button>
-            </div>
-        </>
+            )}
+        </div>
     );
 }
 
 interface StepsProps {
-    readonly zones: readonly Zone[];
-    readonly region: string | null;
+    readonly regions: readonly Region[];
+    /** The one whose cities are shown. */
+    readonly region: Region | null;
     readonly choice: Choice;
-    readonly onOpen: (region: string) => void;
+    readonly onOpen: (region: Region) => void;
     readonly onLeave: () => void;
 }
 
-function Steps({ zones, region, choice, onOpen, onLeave }: StepsProps): JSX.Element {
-    const { code, direction } = usePage().language;
-    const cities = useMemo(
-        () =>
-            sortedByCity(
-                zones.filter((zone) => zone.region === region),
-                code,
-            ),
-        [zones, region, code],
-    );
-    const letters = useMemo(() => letterGroups(cities, groupSize), [cities]);
-    const { panel, focusAt, handleKey } = useArrows(letters, direction, onLeave);
-    const opened = useRef<string | null>(null);
+function Steps({ regions, region, choice, onOpen, onLeave }: StepsProps): JSX.Element {
+    const { direction } = usePage().language;
+    const [typed, setTyped] = useState('');
+    const opened = useRef<Region | null>(null);
+    const { panel, focusAt, handleKey } = useArrows(region?.letters ?? [], direction, onLeave, (text) => {
+        onLeave();
+        setTyped(typed + text);
+    });
     useLayoutEffect(() => {
-        const present = zones.find((zone) => isNamed(zone, choice.value));
-        if (region === null) {
-            // Below the search and the present zone.
-            const before = regionCodes.findIndex((one) => one === opened.current);
-            focusAt('rows', before < 0 ? 1 : before + (choice.value ? 2 : 1));
+        if (region !== null) {
+            const present = region.zones.findIndex((zone) => isNamed(zone, choice.value));
+            focusAt('cities', Math.max(0, present));
         } else {
-            focusAt('cities', Math.max(0, present === undefined ? 0 : cities.indexOf(present)));
+            // Below the search, and the present zone if there is one.
+            const first = choice.value ? 2 : 1;
+            const before = opened.current === null ? 1 : first + regions.indexOf(opened.current);
+            focusAt('rows', typed === '' ? before : 0);
         }
         opened.current = region;
     }, [region]);
     return (
-        <div class="steps" ref={panel} onKeyDown={handleKey}>
+        <div ref={panel} onKeyDown={handleKey}>
             {region === null ? (
                 <FirstStep
-                    zones={zones}
+                    regions={regions}
                     choice={choice}
+                    typed={typed}
+                    onType={setTyped}
                     onOpen={onOpen}
                     focusAt={(index) => {
                         focusAt('rows', index);
@@ -119,9 +115,7 @@ function Steps({ zones, region, choice, onOpen, onLeave }: StepsProps): JSX.Elem
                 />
             ) : (
                 <CityStep
-                    region={nameOfTerritory(region, code)}
-                    cities={cities}
-                    letters={letters}
+                    region={region}
                     choice={choice}
                     focusAt={(index) => {
                         focusAt('cities', index);

@@ -1,36 +1,20 @@
-import { zonesFrom, type Zone, type ZoneEntry } from './zones';
+import type { Region } from './zones';
 
-/** The addresses of the generated files, by their names. */
+/** The addresses of the generated files. */
 const addresses = import.meta.glob<string>('./generated/*.json', { eager: true, query: '?url', import: 'default' });
 
-const files = new Map<string, Promise<unknown>>();
-const loaded = new Map<string, readonly Zone[]>();
+const loaded = new Map<string, readonly Region[]>();
 
-async function fetchFile(name: string): Promise<unknown> {
-    const answer = await fetch(addresses[`./generated/${name}.json`] ?? '');
-    if (!answer.ok) {
-        throw new Error(`${name}: ${answer.status}`);
-    }
-    return answer.json();
+/** The regions and their time zones, by their names in a language of the pages. */
+export async function loadRegions(code: string): Promise<readonly Region[]> {
+    const regions =
+        loaded.get(code) ??
+        ((await (await fetch(addresses[`./generated/${code}.json`] ?? '')).json()) as readonly Region[]);
+    loaded.set(code, regions);
+    return regions;
 }
 
-/** A file is loaded once; after a failure it is tried again the next time. */
-function file(name: string): Promise<unknown> {
-    const loading = files.get(name) ?? fetchFile(name);
-    files.set(name, loading);
-    loading.catch(() => files.delete(name));
-    return loading;
-}
-
-/** The time zones with the names of their cities in a language of the pages. */
-export async function loadZones(code: string): Promise<readonly Zone[]> {
-    const [entries, cities] = await Promise.all([file('zones'), file(`cities-${code}`)]);
-    const zones = loaded.get(code) ?? zonesFrom(entries as ZoneEntry[], cities as string[]);
-    loaded.set(code, zones);
-    return zones;
-}
-
-/** The zones in a language if they have been loaded. */
-export function loadedZones(code: string): readonly Zone[] | undefined {
-    return loaded.get(code);
+/** The regions in a language if they have been loaded. */
+export function loadedRegions(code: string): readonly Region[] {
+    return loaded.get(code) ?? [];
 }

@@ -1,8 +1,5 @@
 import type { Direction } from '../focus/navigation';
-import type { LetterGroup } from './letters';
-
-/** How many cities share a letter of the list at most, unless they begin with the same. */
-export const groupSize = 10;
+import type { Letter } from './zones';
 
 /** Where the focus is in the panel. */
 export type Place =
@@ -17,7 +14,7 @@ export type Place =
 export interface Columns {
     readonly rows: number;
     readonly cities: number;
-    readonly letters: readonly LetterGroup[];
+    readonly letters: readonly Letter[];
 }
 
 function step(index: number, direction: Direction, count: number): number {
@@ -35,8 +32,8 @@ export function moved(place: Place, direction: Direction, { rows, cities, letter
             if (!isSideways) {
                 return { ...place, index: step(place.index, direction, cities) };
             }
-            const group = letters.findIndex(({ start, count }) => place.index >= start && place.index < start + count);
-            return direction === 'back' ? null : { column: 'letters', index: group, city: place.index };
+            const letter = letters.filter(({ start }) => start <= place.index).length - 1;
+            return direction === 'back' ? null : { column: 'letters', index: letter, city: place.index };
         }
         case 'letters': {
             if (isSideways) {

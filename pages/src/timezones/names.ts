@@ -1,5 +1,5 @@
-import { loadedZones } from './load';
-import { isNamed } from './zones';
+import { loadedRegions } from './load';
+import { isNamed, zonesOf } from './zones';
 
 /** The browser's own name of a zone, such as "Pacific Time"; null when it does not know the zone. */
 function nameInBrowser(id: string, code: string): string | null {
@@ -15,13 +15,13 @@ function nameInBrowser(id: string, code: string): string | null {
 
 /** The name of a zone: its city once the cities have been loaded; null for what is no time zone. */
 export function nameOfZone(id: string, code: string): string | null {
-    return loadedZones(code)?.find((zone) => isNamed(zone, id))?.city ?? nameInBrowser(id, code);
+    return zonesOf(loadedRegions(code)).find((zone) => isNamed(zone, id))?.city ?? nameInBrowser(id, code);
 }
 
 /** Cached: creating one is slow, and lists look up many names. */
 const territories = new Map<string, Intl.DisplayNames>();
 
-/** The name of a country or region in a language, from the browser's own data; empty for none. */
+/** The name of a country in a language, from the browser's own data; empty for none. */
 export function nameOfTerritory(territory: string, code: string): string {
     const names = territories.get(code) ?? new Intl.DisplayNames([code], { type: 'region' });
     territories.set(code, names);

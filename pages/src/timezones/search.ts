@@ -1,83 +1,76 @@
-import { wordsOf } from './words';
-import type { Zone } from './zones';
+import { plain } from '../settings/plain';
+import { zonesOf, type Region, type Zone } from './zones';
 
-/** The zones in one language. All languages have the same zones in the same order. */
-export interface ZonesInLanguage {
+/** The names in a language. */
+export interface Names {
     readonly code: string;
-    readonly zones: readonly Zone[];
+    readonly regions: readonly Region[];
 }
 
 interface Field {
-    readonly words: readonly string[];
+    readonly text: string;
     /** Lower is better: cities, then countries, then identifiers; the page's language before the others. */
     readonly rank: number;
 }
 
-interface Entry {
+export interface Entry {
     readonly zone: Zone;
     readonly fields: readonly Field[];
 }
 
-export type SearchIndex = readonly Entry[];
-
-const noMatch = Infinity;
 /** A text that is typed whole is found before those that begin with it. */
 const prefixRank = 4;
 const identifierRank = 9;
 
-function countryNamesIn(code: string): (country: string) => string[] {
-    const styles = (['long', 'short'] as const).map(
+/** The names of a zone in a language: the city, the country in full, its abbreviation, its code. */
+function namesIn({ code, regions }: Names): (zone: Zone) => readonly string[] {
+    const cities = new Map(zonesOf(regions).map(({ id, city }) => [id, city]));
+    const countries = (['long', 'short'] as const).map(
         (style) => new Intl.DisplayNames([code], { type: 'region', style, fallback: 'none' }),
     );
-    return (country) => (country === '' ? [] : [country, ...styles.map((names) => names.of(country) ?? '')]);
+    return ({ id, country }) => [
+        cities.get(id) ?? '',
+        ...(country === '' ? [] : [country, ...countries.map((names) => names.of(country) ?? '')]),
+    ];
 }
 
-/** What is searched: the page's language first. */
-export function indexOf([own, ...others]: readonly ZonesInLanguage[]): SearchIndex {
-    const languages = [own, ...others].filter((language) => language !== undefined);
-    const countries = languages.map(({ code }) => countryNamesIn(code));
-    return (own?.zones ?? []).map((zone, index) => {
-        const fields = new Map<string, number>();
-        const add = (text: string, rank: number) => {
-            const known = wordsOf(text).join(' ');
-            if (known !== '') {
-                fields.set(known, Math.min(rank, fields.get(known) ?? noMatch));
-            }
-        };
-        languages.forEach(({ zones }, language) => {
-            const foreign = Math.sign(language);
-            add(zones[index]?.city ?? '', foreign);
-            countries[language]?.(zone.country).forEach((name) => {
-                add(name, 2 + foreign);
-            });
-        });
-        [zone.id, ...zone.others].forEach((id) => {
-            add(id, identifierRank);
-        });
-        return { zone, fields: [...fields].map(([text, rank]) => ({ words: text.split(' '), rank })) };
-    });
+/** What is searched; the page's language is the first. */
+export function indexOf(languages: readonly Names[]): readonly Entry[] {
+    const names = languages.map(namesIn);
+    return zonesOf(languages[0]?.regions ?? []).map((zone) => ({
+        zone,
+        fields: [
+            ...names.flatMap((of, language) =>
+                of(zone).map((name, part) => ({
+                    text: plain(name),
+                    rank: 2 * Math.min(part, 1) + Math.min(language, 1),
+                })),
+            ),
+            ...[zone.id, ...zone.others].map((id) => ({ text: plain(id), rank: identifierRank })),
+        ],
+    }));
 }
 
-/** How well a zone matches: each typed word begins a word of it. */
-function rankOf({ fields }: Entry, typed: readonly string[]): number {
-    const phrase = typed.join(' ');
-    const whole = fields.filter(({ words }) => words.join(' ') === phrase).map(({ rank }) => rank);
-    const parts = typed.map((part) => {
-        const ranks = fields.filter(({ words }) => words.some((word) => word.startsWith(part))).map(({ rank }) => rank);
-        return Math.min(noMatch, ...ranks) + prefixRank;
-    });
-    return Math.min(noMatch, ...whole, Math.max(...parts));
+/** How well a zone matches what was typed, if each word of that begins a word of the zone. */
+function rankOf({ fields }: Entry, typed: string): number {
+    const best = (isFound: (text: string) => boolean) =>
+        Math.min(Infinity, ...fields.filter(({ text }) => isFound(text)).map(({ rank }) => rank));
+    const words = typed.split(' ').map((word) => best((text) => ` ${text}`.includes(` ${word}`)) + prefixRank);
+    return Math.min(
+        best((text) => text === typed),
+        Math.max(...words),
+    );
 }
 
 /** The zones that match what was typed, the best first; of equal ones in the order of `index`. */
-export function search(index: SearchIndex, text: string): readonly Zone[] {
-    const typed = wordsOf(text);
-    if (typed.length === 0) {
-        return [];
-    }
+export function search(index: readonly Entry[], text: string): readonly Zone[] {
+    const typed = plain(text);
     return index
-        .map((entry) => ({ zone: entry.zone, rank: rankOf(entry, typed) }))
-        .filter(({ rank }) => rank !== noMatch)
-        .sort((one, other) => one.rank - other.rank)
+        .map((entry) => ({ zone: entry.zone, rank: typed === '' ? Infinity : rankOf(entry, typed) }))
+        .filter(({ rank }) => rank !== Infinity)
+        .sort(
+            (one, other) =>
+                one.rank - other.rank || Number(other.zone.isMain === true) - Number(one.zone.isMain === true),
+        )
         .map(({ zone }) => zone);
 }

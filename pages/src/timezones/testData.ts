@@ -1,11 +1,8 @@
-import { zonesFrom, type Zone, type ZoneEntry } from './zones';
+import type { Region } from './zones';
 
 const generated = import.meta.glob('./generated/*.json', { eager: true, import: 'default' });
 
-/** The zones as the panel has them in a language. */
-export function zonesIn(code: string): readonly Zone[] {
-    return zonesFrom(
-        generated['./generated/zones.json'] as ZoneEntry[],
-        generated[`./generated/cities-${code}.json`] as string[],
-    );
+/** The regions as the panel has them in a language. */
+export function regionsIn(code: string): readonly Region[] {
+    return generated[`./generated/${code}.json`] as readonly Region[];
 }

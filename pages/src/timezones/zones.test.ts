@@ -1,11 +1,11 @@
 import { describe, expect, it } from 'vitest';
 
 import { translations } from '../i18n/language';
-import { letterGroups, sortedByCity } from './letters';
-import { zonesIn } from './testData';
-import { identifierOf, isNamed, regionCodes, type Zone } from './zones';
+import { regionsIn } from './testData';
+import { identifierOf, isNamed, zonesOf, type Zone } from './zones';
 
-const zones = zonesIn('en');
+const regions = regionsIn('en');
+const zones = zonesOf(regions);
 
 function zoneOf(name: string): Zone {
     const found = zones.filter((zone) => isNamed(zone, name));
@@ -41,52 +41,38 @@ describe('a time zone', () => {
         expect(identifierOf(zoneOf('Europe/Kyiv'), undefined, () => false)).toBe('Europe/Kyiv');
     });
 
-    it('has a city, a country and a region; UTC has a name alone', () => {
-        for (const { id, city, country, region } of zones) {
+    it('has a city and a country; UTC has a name alone', () => {
+        for (const { id, city, country } of zones) {
             expect(city, id).not.toBe('');
             expect(country === '', id).toBe(id === 'Etc/UTC');
-            expect(region === '' || regionCodes.some((code) => code === region), id).toBe(true);
-            expect(region === '', id).toBe(id === 'Etc/UTC');
         }
+        expect(regions.at(-1)?.zones.map(({ id }) => id)).toEqual(['Etc/UTC']);
     });
 
     it('is in the region in which people look for it', () => {
-        const regionOf = (name: string) => zoneOf(name).region;
-        expect(regionOf('Atlantic/Reykjavik')).toBe('150');
-        expect(regionOf('Pacific/Honolulu')).toBe('003');
-        expect(regionOf('Asia/Vladivostok')).toBe('142');
-        expect(regionOf('Indian/Mauritius')).toBe('002');
-        expect(regionOf('America/Sao_Paulo')).toBe('005');
+        const regionOf = (name: string) => regions.find((region) => region.zones.includes(zoneOf(name)))?.name;
+        expect(regionOf('Atlantic/Reykjavik')).toBe('Europe');
+        expect(regionOf('Pacific/Honolulu')).toBe('North America');
+        expect(regionOf('Asia/Vladivostok')).toBe('Asia');
+        expect(regionOf('Indian/Mauritius')).toBe('Africa');
+        expect(regionOf('America/Sao_Paulo')).toBe('South America');
     });
 });
 
 describe.each(Object.keys(translations))('the list of a region in %s', (code) => {
-    it('has a name of its own for each city', () => {
-        const names = zonesIn(code).map(({ city, region, country }) => `${region} ${country} ${city}`);
-        expect(new Set(names).size).toBe(names.length);
-    });
-
-    it('is covered by its letters', () => {
-        for (const region of regionCodes) {
-            const cities = sortedByCity(
-                zonesIn(code).filter((zone) => zone.region === region),
-                code,
-            );
-            let next = 0;
-            for (const { start, count } of letterGroups(cities, 10)) {
-                expect(start).toBe(next);
-                next += count;
-            }
-            expect(next).toBe(cities.length);
+    it('has a name of its own for each city, in the order of the language', () => {
+        const { compare } = new Intl.Collator(code);
+        for (const { zones } of regionsIn(code)) {
+            const names = zones.map(({ city, country }) => `${city} ${country}`);
+            expect(new Set(names).size).toBe(names.length);
+            const cities = zones.map(({ city }) => city);
+            expect([...cities].sort(compare)).toEqual(cities);
         }
     });
 });
 
 describe('the letters of a list', () => {
-    const labelsIn = (code: string) => {
-        const asia = zonesIn(code).filter(({ region }) => region === '142');
-        return letterGroups(sortedByCity(asia, code), 10).map(({ label }) => label);
-    };
+    const labelsIn = (code: string) => regionsIn(code)[3]?.letters.map(({ label }) => label);
 
     it('share a row when few cities begin with them', () => {
         expect(labelsIn('en')).toEqual(['A', 'B–C', 'D–H', 'I–J', 'K', 'M–N', 'O–R', 'S', 'T–U', 'V–Y']);
