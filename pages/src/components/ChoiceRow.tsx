@@ -7,6 +7,7 @@ import { usePage } from './context';
 import { Explanation } from './Explanation';
 import { Panel } from './Panel';
 import { RadioList } from './RadioList';
+import { ResetTool } from './ResetTool';
 import { Row } from './Row';
 import type { RowProps } from './RowProps';
 import { RowStatus } from './RowStatus';
@@ -41,6 +42,7 @@ export function ChoiceRow({ draw = (words) => words, preview, ...props }: Props)
             name={name}
             value={draw(wordsFor(setting, value, language), value)}
             opensDialog
+            tools={<ResetTool setting={setting} />}
             explanation={explanation}
             onUse={panel.open}
         >

@@ -37,6 +37,8 @@ export class RemoteControl {
     private section = '';
     private writing: Writing = 'ltr';
     private readonly positions = new Map<string, Position>();
+    /** The section to enter once it is drawn. */
+    private goal: string | null = null;
     private zone: 'menu' | 'list' = 'menu';
 
     constructor(private readonly zones: Zones) {}
@@ -47,6 +49,10 @@ export class RemoteControl {
         this.writing = writing;
         if (history.state === null) {
             history.replaceState(menuEntry, '');
+        }
+        if (this.goal === section) {
+            this.goal = null;
+            this.enterList();
         }
     }
 
@@ -60,6 +66,16 @@ export class RemoteControl {
             document.removeEventListener('keydown', this.handleKey);
             window.removeEventListener('popstate', this.handleHistory);
         };
+    }
+
+    /** Enters a section at a row, at once or when it is drawn. */
+    enterAt(section: string, row: string): void {
+        this.positions.set(section, { row, rowNumber: 0, column: 0, tool: undefined });
+        if (section === this.section) {
+            this.enterList();
+        } else {
+            this.goal = section;
+        }
     }
 
     enterList(focusPosition = enterPosition): void {

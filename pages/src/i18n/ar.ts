@@ -126,7 +126,6 @@ export const ar: Translation = {
 
         'changes.none': 'لم يتغير شيء منذ تشغيل التلفاز أو تسجيل الخروج.',
         'change.values': 'من «{from}» إلى «{to}»',
-        'by.client': 'بواسطة {client}',
         undo: 'تراجع',
         'undo.about': 'تراجع: إعادة {name} إلى {value}',
         'undo.done': 'تم التراجع',
@@ -170,12 +169,11 @@ export const ar: Translation = {
         'connection.unauthorized':
             'لم يعد مسموحًا لهذه الصفحة بالاتصال. افتح الإعدادات على التلفاز من جديد، أو العنوان الجديد الذي يعرضه الأمر «settingsctl page».',
         'connection.unsupported': 'تحتاج هذه الصفحة إلى إصدار أحدث من برنامج التلفاز.',
-        'by.here': 'هذه الصفحة',
         'by.page': 'صفحة أخرى',
         'by.socket': 'برنامج',
         'by.device': 'التلفزيون',
         'by.unknown': 'جهة غير معروفة',
-        lastChange: 'آخر تغيير بواسطة {who}، {when}',
+        changedBy: 'تغيير بواسطة {who}، {when}',
         turnedOn: '{name}: تم التشغيل بواسطة {who}',
         turnedOff: '{name}: تم الإيقاف بواسطة {who}',
         setTo: '{name}: {value}، تم التغيير بواسطة {who}',

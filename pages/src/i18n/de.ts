@@ -131,7 +131,6 @@ export const de: Translation = {
 
         'changes.none': 'Seit dem Start des Fernsehers oder der letzten Abmeldung wurde nichts geändert.',
         'change.values': 'Von „{from}“ zu „{to}“',
-        'by.client': 'von {client}',
         undo: 'Rückgängig',
         'undo.about': 'Rückgängig: {name} wieder auf {value} setzen',
         'undo.done': 'Rückgängig gemacht',
@@ -177,12 +176,11 @@ export const de: Translation = {
         'connection.unauthorized':
             'Diese Seite darf sich nicht mehr verbinden. Öffnen Sie die Einstellungen am Fernseher erneut oder die neue Adresse, die „settingsctl page“ ausgibt.',
         'connection.unsupported': 'Diese Seite braucht eine neuere Version der Software des Fernsehers.',
-        'by.here': 'dieser Seite',
         'by.page': 'einer anderen Seite',
         'by.socket': 'einem Programm',
         'by.device': 'dem Fernseher',
         'by.unknown': 'jemandem',
-        lastChange: 'Zuletzt geändert von {who}, {when}',
+        changedBy: 'Geändert von {who}, {when}',
         turnedOn: '{name} wurde von {who} eingeschaltet',
         turnedOff: '{name} wurde von {who} ausgeschaltet',
         setTo: '{name} wurde von {who} geändert: {value}',

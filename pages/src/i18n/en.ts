@@ -130,7 +130,6 @@ const texts = {
 
     'changes.none': 'Nothing was changed since the TV was started or somebody logged out.',
     'change.values': 'From “{from}” to “{to}”',
-    'by.client': 'by {client}',
     undo: 'Undo',
     'undo.about': 'Undo: set {name} back to {value}',
     'undo.done': 'Undone',
@@ -174,12 +173,11 @@ const texts = {
     'connection.unauthorized':
         'This page may no longer connect. Open the settings on the TV again, or the new address that “settingsctl page” prints.',
     'connection.unsupported': 'This page needs a newer version of the TV’s software.',
-    'by.here': 'this page',
     'by.page': 'another page',
     'by.socket': 'a program',
     'by.device': 'the TV',
     'by.unknown': 'somebody',
-    lastChange: 'Last changed by {who}, {when}',
+    changedBy: 'Changed by {who}, {when}',
     turnedOn: '{name} turned on by {who}',
     turnedOff: '{name} turned off by {who}',
     setTo: '{name} set to {value} by {who}',

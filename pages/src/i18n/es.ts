@@ -130,7 +130,6 @@ export const es: Translation = {
 
         'changes.none': 'No se ha cambiado nada desde que se encendió el televisor o se cerró la sesión.',
         'change.values': 'De «{from}» a «{to}»',
-        'by.client': 'por {client}',
         undo: 'Deshacer',
         'undo.about': 'Deshacer: {name} vuelve a {value}',
         'undo.done': 'Deshecho',
@@ -175,12 +174,11 @@ export const es: Translation = {
         'connection.unauthorized':
             'Esta página ya no puede conectarse. Abra otra vez los ajustes en el televisor, o la nueva dirección que muestra «settingsctl page».',
         'connection.unsupported': 'Esta página necesita una versión más reciente del software del televisor.',
-        'by.here': 'esta página',
         'by.page': 'otra página',
         'by.socket': 'un programa',
         'by.device': 'el televisor',
         'by.unknown': 'alguien',
-        lastChange: 'Último cambio: {who}, {when}',
+        changedBy: 'Cambio: {who}, {when}',
         turnedOn: '{name}: se activó desde {who}',
         turnedOff: '{name}: se desactivó desde {who}',
         setTo: '{name}: {value}, cambio hecho desde {who}',

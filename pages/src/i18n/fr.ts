@@ -130,7 +130,6 @@ export const fr: Translation = {
 
         'changes.none': 'Rien n’a été modifié depuis le démarrage du téléviseur ou la dernière déconnexion.',
         'change.values': 'De « {from} » à « {to} »',
-        'by.client': 'par {client}',
         undo: 'Annuler la modification',
         'undo.about': 'Annuler la modification : {name} redevient {value}',
         'undo.done': 'Modification annulée',
@@ -175,12 +174,11 @@ export const fr: Translation = {
         'connection.unauthorized':
             'Cette page ne peut plus se connecter. Rouvrez les paramètres sur le téléviseur, ou la nouvelle adresse qu’affiche « settingsctl page ».',
         'connection.unsupported': 'Cette page nécessite une version plus récente du logiciel du téléviseur.',
-        'by.here': 'cette page',
         'by.page': 'une autre page',
         'by.socket': 'un programme',
         'by.device': 'le téléviseur',
         'by.unknown': 'quelqu’un',
-        lastChange: 'Dernière modification par {who}, {when}',
+        changedBy: 'Modification par {who}, {when}',
         turnedOn: '{name} : activation par {who}',
         turnedOff: '{name} : désactivation par {who}',
         setTo: '{name} : {value}, choix fait par {who}',

@@ -126,7 +126,6 @@ export const ja: Translation = {
 
         'changes.none': 'テレビの起動後、またはログアウト後の変更はありません。',
         'change.values': '「{from}」から「{to}」へ',
-        'by.client': '{client}が変更',
         undo: '元に戻す',
         'undo.about': '元に戻す：{name}を{value}に',
         'undo.done': '元に戻しました',
@@ -171,12 +170,11 @@ export const ja: Translation = {
         'connection.unauthorized':
             'このページは接続できなくなりました。テレビで設定を開き直すか、「settingsctl page」が表示する新しいアドレスを開いてください。',
         'connection.unsupported': 'このページには、テレビの新しいバージョンのソフトウェアが必要です。',
-        'by.here': 'このページ',
         'by.page': '別のページ',
         'by.socket': 'プログラム',
         'by.device': 'テレビ',
         'by.unknown': '不明',
-        lastChange: '最終変更：{who}、{when}',
+        changedBy: '変更：{who}、{when}',
         turnedOn: '{who}が「{name}」をオンにしました',
         turnedOff: '{who}が「{name}」をオフにしました',
         setTo: '{who}が「{name}」を「{value}」に変更しました',

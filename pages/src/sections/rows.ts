@@ -8,9 +8,12 @@ interface Row {
     readonly parts?: readonly [TextKey, TextKey];
     /** Shown only, though a client may set it. */
     readonly isShownOnly?: true;
+    /** Said while hands-free is off. */
+    readonly withoutHandsFree?: TextKey;
 }
 
-export type SectionId = 'device' | 'language' | 'captions' | 'voice' | 'account';
+export type SectionId =
+    'device' | 'language' | 'captions' | 'voice' | 'account' | 'search' | 'changes' | 'about';
 
 /** Where each setting is shown; the rows of a section have this order. The kind of the setting decides what its row looks like. */
 export const rows: Readonly<Record<SettingKey, Row>> = {
@@ -26,9 +29,9 @@ export const rows: Readonly<Record<SettingKey, Row>> = {
     captionsFontSize: { section: 'captions' },
     captionsStyles: { section: 'captions' },
     handsFreeEnabled: { section: 'voice' },
-    handsFreeAlwaysOnEnabled: { section: 'voice' },
+    handsFreeAlwaysOnEnabled: { section: 'voice', withoutHandsFree: 'handsFreeAlwaysOnEnabled.off' },
     handsFreeAlwaysOnDiscovered: { section: 'voice' },
-    pttAlwaysOnEnabled: { section: 'voice' },
+    pttAlwaysOnEnabled: { section: 'voice', withoutHandsFree: 'pttAlwaysOnEnabled.off' },
     pttAlwaysOnDiscovered: { section: 'voice' },
     doNotDisturbEnabled: { section: 'voice' },
     tovanEntitlementStatus: { section: 'account', isShownOnly: true },

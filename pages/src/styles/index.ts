@@ -2,6 +2,7 @@ import './tokens.css';
 import './base.css';
 import './layout.css';
 import './rows.css';
+import './order.css';
 import './panels.css';
 import './messages.css';
 import './languages.css';
