@@ -13,7 +13,8 @@ const timeZoneLicence: Plugin = {
     },
 };
 
-export default defineConfig({
+/** `--mode gallery` adds the page of all components, which is no part of the product. */
+export default defineConfig(({ mode }) => ({
     ...settingsClient,
     plugins: [timeZoneLicence],
     esbuild: { jsx: 'automatic', jsxImportSource: 'preact', legalComments: 'none' },
@@ -23,11 +24,11 @@ export default defineConfig({
         assetsInlineLimit: 0,
         modulePreload: { polyfill: false },
         rollupOptions: {
-            input: ['index.html', 'device.html'],
+            input: ['index.html', 'device.html', ...(mode === 'gallery' ? ['gallery.html'] : [])],
             output: {
                 assetFileNames: ({ originalFileNames: [name] }) =>
                     `${name?.includes('/timezones/') === true ? 'timezones' : 'assets'}/[name]-[hash][extname]`,
             },
         },
     },
-});
+}));
