@@ -2,6 +2,7 @@ import { readFileSync } from 'node:fs';
 import { fileURLToPath } from 'node:url';
 
 import '../clients/javascript/scripts/generate-catalogue.mjs';
+import './scripts/generate-timezones.mjs';
 
 const packageFile = new URL('../clients/javascript/package.json', import.meta.url);
 const { version } = JSON.parse(readFileSync(packageFile, 'utf8')) as { readonly version: string };

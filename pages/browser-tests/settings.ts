@@ -11,7 +11,6 @@ export const sectionIds = [
     'language',
     'captions',
     'voice',
-    'doNotDisturb',
     'account',
     'changes',
     'about',

@@ -18,8 +18,8 @@ export function Explanation({ setting, about, children }: Props): JSX.Element {
     return (
         <>
             {about !== undefined && <p>{about}</p>}
-            {children}
             {isReadOnly(setting) && <p>{t('setOnDevice')}</p>}
+            {children}
             <LastChange setting={setting} />
         </>
     );

@@ -118,12 +118,12 @@ export class RemoteControl {
         }
     }
 
-    /** Closes an open dialog or editor, or goes to the menu. Returns: false when the focus is in the menu already. */
+    /** Closes an open dialog or editor, puts back what was picked up, or goes to the menu. Returns: false when the focus is in the menu already. */
     private stepBack(): boolean {
-        const dialog = openDialog();
+        const open = openDialog() ?? document.querySelector('[data-picked-up]');
         const editor = document.activeElement?.closest('form');
-        if (dialog !== null) {
-            dialog.dispatchEvent(new Event('cancel', { cancelable: true }));
+        if (open !== null) {
+            open.dispatchEvent(new Event('cancel', { cancelable: true }));
         } else if (editor instanceof HTMLFormElement) {
             editor.reset();
         } else if (this.zone === 'list') {

@@ -4,6 +4,7 @@ import { catalogue, type Kind, type SettingKey } from 'settings-client';
 import { ChoiceRow } from '../components/ChoiceRow';
 import { usePage } from '../components/context';
 import { EditRow } from '../components/EditRow';
+import { OnTvRow } from '../components/OnTvRow';
 import { IntroductionRow } from '../components/IntroductionRow';
 import { ReadOnlySetting } from '../components/ReadOnlyRow';
 import type { RowProps } from '../components/RowProps';
@@ -11,7 +12,7 @@ import { SwitchRow } from '../components/SwitchRow';
 import { isIntroduction, isReadOnly } from '../settings/catalogue';
 import { About } from './About';
 import { AccountActions } from './AccountActions';
-import { CaptionsPreview } from './CaptionsPreview';
+import { CaptionsPreview, CaptionsRow } from './CaptionsPreview';
 import { LocaleList } from './LocaleList';
 import { RecentChanges } from './RecentChanges';
 import { rows, settingsOf, type SectionId } from './rows';
@@ -27,12 +28,19 @@ const rowOfKind: Readonly<Record<Kind, (props: RowProps) => JSX.Element>> = {
     timezone: TimeZoneRow,
 };
 
+/** The rows of settings that look like no other. */
+const rowOfSetting: Readonly<Partial<Record<SettingKey, (props: RowProps) => JSX.Element>>> = {
+    captionsFontSize: CaptionsRow,
+    captionsStyles: CaptionsRow,
+};
+
 /** The row for a setting; the kind decides, but for those that the page does not set, or sets in one way only. */
 function rowFor(setting: SettingKey): (props: RowProps) => JSX.Element {
-    if (rows[setting].isShownOnly === true || isReadOnly(setting)) {
-        return ReadOnlySetting;
+    if (isReadOnly(setting)) {
+        return OnTvRow;
     }
-    return isIntroduction(setting) ? IntroductionRow : rowOfKind[catalogue[setting].kind];
+    const usual = isIntroduction(setting) ? IntroductionRow : rowOfKind[catalogue[setting].kind];
+    return rows[setting].isShownOnly === true ? ReadOnlySetting : (rowOfSetting[setting] ?? usual);
 }
 
 function SettingRow({ setting }: { readonly setting: SettingKey }): JSX.Element {
@@ -63,7 +71,6 @@ export const sections: readonly SectionEntry[] = [
     { id: 'language' },
     { id: 'captions', More: CaptionsPreview },
     { id: 'voice' },
-    { id: 'doNotDisturb' },
     { id: 'account', More: AccountActions },
     { id: 'changes', More: RecentChanges },
     { id: 'about', More: About },

@@ -13,7 +13,7 @@ interface Row {
 }
 
 export type SectionId =
-    'device' | 'language' | 'captions' | 'voice' | 'doNotDisturb' | 'account' | 'search' | 'changes' | 'about';
+    'device' | 'language' | 'captions' | 'voice' | 'account' | 'search' | 'changes' | 'about';
 
 /** Where each setting is shown; the rows of a section have this order. The kind of the setting decides what its row looks like. */
 export const rows: Readonly<Record<SettingKey, Row>> = {
@@ -33,7 +33,7 @@ export const rows: Readonly<Record<SettingKey, Row>> = {
     handsFreeAlwaysOnDiscovered: { section: 'voice' },
     pttAlwaysOnEnabled: { section: 'voice', withoutHandsFree: 'pttAlwaysOnEnabled.off' },
     pttAlwaysOnDiscovered: { section: 'voice' },
-    doNotDisturbEnabled: { section: 'doNotDisturb' },
+    doNotDisturbEnabled: { section: 'voice' },
     tovanEntitlementStatus: { section: 'account', isShownOnly: true },
 };
 

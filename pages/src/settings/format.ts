@@ -1,6 +1,7 @@
 import { catalogue, isSetting, type Kind, type SettingKey } from 'settings-client';
 
 import { nameOfLocale, type Language } from '../i18n/language';
+import { nameOfZone } from '../timezones/names';
 import { choicesOf, defaultOf, isIntroduction } from './catalogue';
 import { localesOf, pairOf } from './values';
 
@@ -31,7 +32,7 @@ const formatText: Format = (value, { t }) => shortened(value) || t('notSet');
 
 const formats: Readonly<Record<Kind, Format>> = {
     text: formatText,
-    timezone: formatText,
+    timezone: (value, language, key) => nameOfZone(value, language.code) ?? formatText(value, language, key),
     choice: (value, language, key) => {
         const known = choicesOf(key).find((choice) => choice === value);
         return known === undefined ? formatText(value, language, key) : language.choices[known];

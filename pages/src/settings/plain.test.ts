@@ -9,6 +9,8 @@ test.each([
     ['“Hands-free”', 'hands free'],
     ['ｔＶ１', 'tv1'],
     ['أهلاً', 'اهلا'],
+    ['とうきょう', 'トウキョウ'],
+    ['القاهرة', 'قاهره'],
     ['…', ''],
 ])('the search compares %s as %s', (text, compared) => {
     expect(plain(text)).toBe(compared);

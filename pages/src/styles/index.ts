@@ -8,3 +8,4 @@ import './messages.css';
 import './languages.css';
 import './captions.css';
 import './picker.css';
+import './timezones.css';
