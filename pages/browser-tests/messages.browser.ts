@@ -155,7 +155,7 @@ test('the message of a log-out is cleared with the section', async () => {
         await enterSection(page, 'account');
         await press(page, 'ArrowDown', 'ArrowDown', 'ArrowDown', 'Enter', 'ArrowRight', 'Enter');
         await page.getByText('You are logged out.').waitFor();
-        await enterSection(page, 'doNotDisturb');
+        await enterSection(page, 'voice');
         await enterSection(page, 'account');
         expect(await page.getByText('You are logged out.').count()).toBe(0);
     });

@@ -5,6 +5,7 @@ import { Banner } from './components/Banner';
 import { Page } from './components/context';
 import { Menu } from './components/Menu';
 import { Messages } from './components/Messages';
+import { useSearchKey } from './focus/useSearchKey';
 import { useRemoteControl } from './focus/useRemoteControl';
 import { languageFor } from './i18n/language';
 import type { SectionId } from './sections/rows';
@@ -32,7 +33,7 @@ export function App({ store }: { readonly store: Store }): JSX.Element {
         document.documentElement.dir = direction;
         document.title = `${t(`section.${section}`)} · ${t('title')}`;
     }, [code, direction, section, t]);
-    const enterList = useRemoteControl({ menu, list }, section, direction);
+    const { enterList, enterAt } = useRemoteControl({ menu, list }, section, direction);
 
     const show = (id: SectionId) => {
         setSection(id);
@@ -41,8 +42,15 @@ export function App({ store }: { readonly store: Store }): JSX.Element {
             history.replaceState(history.state, '', `#${id}`);
         }
     };
+    const goTo = (id: SectionId, row: string) => {
+        enterAt(id, row);
+        show(id);
+    };
+    useSearchKey(() => {
+        goTo('search', 'search-field');
+    });
     return (
-        <Page.Provider value={{ store, state, language }}>
+        <Page.Provider value={{ store, state, language, goTo }}>
             <Banner />
             <div class="page">
                 <Menu menu={menu} current={section} onShow={show} onEnter={enterList} />

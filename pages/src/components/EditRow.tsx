@@ -6,6 +6,7 @@ import { isBlank, nameOfSetting, wordsFor } from '../settings/format';
 import { usePage } from './context';
 import { Editor } from './Editor';
 import { Explanation } from './Explanation';
+import { ResetTool } from './ResetTool';
 import { Row } from './Row';
 import type { RowProps } from './RowProps';
 import { RowStatus } from './RowStatus';
@@ -69,6 +70,7 @@ function ValueButton({ button, onUse, ...props }: ButtonProps): JSX.Element {
             name={nameOfSetting(setting, language)}
             value={wordsFor(setting, state.values?.[setting], language)}
             button={button}
+            tools={<ResetTool setting={setting} />}
             explanation={<Explanation {...props} />}
             onUse={onUse}
         >

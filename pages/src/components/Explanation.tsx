@@ -2,8 +2,8 @@ import type { ComponentChildren, JSX } from 'preact';
 import type { SettingKey } from 'settings-client';
 
 import { isReadOnly } from '../settings/catalogue';
-import { shortened } from '../settings/format';
-import { timeAgo } from '../i18n/timeAgo';
+import { changedBy } from '../settings/changedBy';
+import { lastChangeOf } from '../state/history';
 import { usePage } from './context';
 import type { RowProps } from './RowProps';
 
@@ -18,8 +18,8 @@ export function Explanation({ setting, about, children }: Props): JSX.Element {
     return (
         <>
             {about !== undefined && <p>{about}</p>}
-            {children}
             {isReadOnly(setting) && <p>{t('setOnDevice')}</p>}
+            {children}
             <LastChange setting={setting} />
         </>
     );
@@ -27,11 +27,6 @@ export function Explanation({ setting, about, children }: Props): JSX.Element {
 
 function LastChange({ setting }: { readonly setting: SettingKey }): JSX.Element | null {
     const { state, language } = usePage();
-    const change = state.lastChanges[setting];
-    if (change === undefined) {
-        return null;
-    }
-    const who = change.client !== null ? shortened(change.client) : language.t(`by.${change.origin ?? 'unknown'}`);
-    const when = timeAgo(change.timestamp, language.code);
-    return <p>{language.t('lastChange', { who, when })}</p>;
+    const change = lastChangeOf(state.changes, setting);
+    return change === undefined ? null : <p>{changedBy(change, language)}</p>;
 }

@@ -3,7 +3,9 @@ import { useLayoutEffect, useRef } from 'preact/hooks';
 import { catalogue } from 'settings-client';
 
 import type { Language } from '../i18n/language';
-import { nameOfSetting, shortened, wordsFor } from '../settings/format';
+import { isIntroduction } from '../settings/catalogue';
+import { whoOf } from '../settings/changedBy';
+import { nameOfSetting, wordsFor } from '../settings/format';
 import type { Message } from '../state/messages';
 import { usePage } from './context';
 import { showAgain } from './Modal';
@@ -14,13 +16,10 @@ function wordsOf(message: Message, language: Language): string {
     }
     const { key, value, event } = message;
     const { kind } = catalogue[key];
-    const isSwitch = kind === 'switch' && (value === 'true' || value === 'false');
+    const isSwitch = kind === 'switch' && !isIntroduction(key) && (value === 'true' || value === 'false');
     const change = isSwitch ? (value === 'true' ? 'turnedOn' : 'turnedOff') : 'setTo';
     // A value that changes at its owner without an event is the device's.
-    const who =
-        event === null
-            ? language.t('by.device')
-            : shortened(event.client ?? language.t(`by.${event.origin ?? 'unknown'}`));
+    const who = event === null ? language.t('by.device') : whoOf(event, language);
     return language.t(change, {
         name: nameOfSetting(key, language),
         value: wordsFor(key, value, language),

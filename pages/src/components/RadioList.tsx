@@ -4,7 +4,7 @@ import { Icon } from '../icons';
 
 export interface RadioOption {
     readonly value: string;
-    readonly words: string;
+    readonly words: ComponentChildren;
     /** A second line. */
     readonly about?: ComponentChildren;
 }
@@ -14,10 +14,11 @@ interface Props {
     readonly options: readonly RadioOption[];
     readonly chosen: string | undefined;
     readonly onChoose: (value: string) => void;
+    readonly onFocus?: (value: string) => void;
 }
 
 /** Choices below each other, one of them chosen. */
-export function RadioList({ label, options, chosen, onChoose }: Props): JSX.Element {
+export function RadioList({ label, options, chosen, onChoose, onFocus }: Props): JSX.Element {
     return (
         <div role="radiogroup" aria-label={label}>
             {options.map(({ value, words, about }) => (
@@ -27,6 +28,7 @@ export function RadioList({ label, options, chosen, onChoose }: Props): JSX.Elem
                         class="control"
                         role="radio"
                         aria-checked={value === chosen}
+                        onFocus={() => onFocus?.(value)}
                         onClick={() => {
                             onChoose(value);
                         }}

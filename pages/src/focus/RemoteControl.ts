@@ -5,6 +5,7 @@ import {
     directionOf,
     enterPosition,
     focusFirst,
+    focusRow,
     moveFocus,
     positionOf,
     restoreFocus,
@@ -37,6 +38,8 @@ export class RemoteControl {
     private section = '';
     private writing: Writing = 'ltr';
     private readonly positions = new Map<string, Position>();
+    /** The row to focus once its section is drawn. */
+    private goal: { readonly section: string; readonly row: string } | null = null;
     private zone: 'menu' | 'list' = 'menu';
 
     constructor(private readonly zones: Zones) {}
@@ -47,6 +50,12 @@ export class RemoteControl {
         this.writing = writing;
         if (history.state === null) {
             history.replaceState(menuEntry, '');
+        }
+        if (this.goal?.section === section && this.list !== null) {
+            if (!focusRow(this.list, this.goal.row)) {
+                focusFirst(this.list);
+            }
+            this.goal = null;
         }
     }
 
@@ -60,6 +69,12 @@ export class RemoteControl {
             document.removeEventListener('keydown', this.handleKey);
             window.removeEventListener('popstate', this.handleHistory);
         };
+    }
+
+    /** Focuses a row, with the next rendering when it is one of another section. */
+    enterAt(section: string, row: string): void {
+        this.goal = { section, row };
+        this.update(this.section, this.writing);
     }
 
     enterList(focusPosition = enterPosition): void {
@@ -103,12 +118,12 @@ export class RemoteControl {
         }
     }
 
-    /** Closes an open dialog or editor, or goes to the menu. Returns: false when the focus is in the menu already. */
+    /** Closes an open dialog or editor, puts back what was picked up, or goes to the menu. Returns: false when the focus is in the menu already. */
     private stepBack(): boolean {
-        const dialog = openDialog();
+        const open = openDialog() ?? document.querySelector('[data-picked-up]');
         const editor = document.activeElement?.closest('form');
-        if (dialog !== null) {
-            dialog.dispatchEvent(new Event('cancel', { cancelable: true }));
+        if (open !== null) {
+            open.dispatchEvent(new Event('cancel', { cancelable: true }));
         } else if (editor instanceof HTMLFormElement) {
             editor.reset();
         } else if (this.zone === 'list') {

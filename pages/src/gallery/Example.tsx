@@ -40,7 +40,9 @@ export function Example({ title, state = {}, draft, children }: Props): JSX.Elem
     return (
         <figure>
             <figcaption>{title}</figcaption>
-            <Page.Provider value={{ store, state: store.state, language: languageFor('en') }}>{children}</Page.Provider>
+            <Page.Provider value={{ store, state: store.state, language: languageFor('en'), goTo: () => undefined }}>
+                {children}
+            </Page.Provider>
         </figure>
     );
 }

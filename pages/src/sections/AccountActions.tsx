@@ -66,7 +66,9 @@ function LogOutDialog({ onClose }: { readonly onClose: () => void }): JSX.Elemen
     const { t } = language;
     return (
         <Dialog title={t('logOut.question')} onClose={onClose}>
-            <p>{t('logOut.about')}</p>
+            {(['erases', 'turnsOff', 'keeps'] as const).map((part) => (
+                <p key={part}>{t(`logOut.${part}`)}</p>
+            ))}
             <div class="buttons" data-row="answer">
                 <button type="button" class="button primary" onClick={onClose}>
                     {t('cancel')}

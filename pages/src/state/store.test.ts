@@ -9,6 +9,7 @@ interface Sent {
     readonly type?: number;
     readonly messageId: string;
     readonly hello?: { readonly resume?: object };
+    readonly history?: object;
     readonly payload?: { readonly settings?: string[]; readonly settingDBId?: string; readonly to?: string };
 }
 
@@ -20,6 +21,7 @@ class FakeHost {
     silent = false;
     sequence = 0;
     requests: string[] = [];
+    events: object[] = [];
     private readonly browser = new FakeBrowser();
     readonly store: Store;
 
@@ -53,14 +55,22 @@ class FakeHost {
         this.sequence += 1;
         const payload = { settingDBId: key, from: this.values[key] ?? '', to };
         this.values[key] = to;
-        this.say({ type: 25, timestamp: 1, sequence: this.sequence, ...others, payload });
+        const event = { type: 25, timestamp: 1, sequence: this.sequence, ...others, payload };
+        this.events.push(event);
+        this.say(event);
     }
 
     say(frame: object): void {
         this.browser.socket.receive(frame);
     }
 
-    private take({ type, messageId, hello, payload }: Sent): void {
+    private take({ type, messageId, hello, history, payload }: Sent): void {
+        if (history !== undefined) {
+            queueMicrotask(() => {
+                this.say({ messageId, history: { events: this.events } });
+            });
+            return;
+        }
         const { settings = [], settingDBId = '', to = '' } = payload ?? {};
         this.requests.push(
             type === 24 ? `set ${settingDBId}` : type === 7 ? `get ${settings.join()}` : `${type ?? 'hello'}`,
@@ -95,6 +105,7 @@ class FakeHost {
         } else {
             if (type === 22) {
                 this.values = { deviceName: 'TV' };
+                this.events = [];
             }
             reply({ outcome: 'done', ...this.answers.get(`${type ?? ''}`) });
         }
@@ -216,6 +227,22 @@ describe('the store', () => {
         expect(store.state).toMatchObject({ connection: 'online', rows: {}, action: 'none' });
     });
 
+    it('has the recent changes, by whomever, until somebody logs out', async () => {
+        const changes = () => store.state.changes?.map(({ key, to }) => `${key} ${to}`);
+        expect(changes()).toEqual([]);
+        host.event('timezone', 'Asia/Tokyo');
+        await store.set('deviceName', 'Den');
+        expect(changes()).toEqual(['deviceName Den', 'timezone Asia/Tokyo']);
+        host.events = [];
+        host.say({ notice: { reread: ['deviceName'] } });
+        await vi.advanceTimersByTimeAsync(50);
+        expect(changes()).toEqual([]);
+        await store.set('deviceName', 'Attic');
+        store.searched = 'attic';
+        await store.logOut();
+        expect([changes(), store.searched]).toEqual([[], '']);
+    });
+
     it('clears messages of success after a while, but not refusals', async () => {
         const kinds = () => Object.entries(store.state.rows).map(([key, { kind }]) => `${key} ${kind}`);
         host.answers.set('captionsEnabled', { outcome: 'refused', reason: 'read-only' });
@@ -262,8 +289,9 @@ describe('the store', () => {
         const second = store.set('timezone', 'Europe/Paris');
         await first;
         await second;
-        expect(shown).toEqual(['UTC', 'Asia/Tokyo', 'Asia/Tokyo', 'Europe/Paris', 'Europe/Paris', 'Europe/Paris']);
-        expect(kinds).toEqual(['saving', 'saving', 'saving', 'saving', 'saving', 'accepted']);
+        const changesOf = (seen: typeof shown) => seen.filter((one, index) => one !== seen[index - 1]);
+        expect(changesOf(shown)).toEqual(['UTC', 'Asia/Tokyo', 'Europe/Paris']);
+        expect(changesOf(kinds)).toEqual(['saving', 'accepted']);
     });
 
     it('does not let an older value replace one that is being saved', async () => {

@@ -11,7 +11,7 @@ import {
 } from 'settings-client';
 
 import type { TextKey } from '../i18n/en';
-import { lastChangesLimit, lastChangesOf, type LastChanges } from './lastChanges';
+import { History, type Changes } from './history';
 import { messageDuration, MessageQueue, type Message } from './messages';
 
 /** The state of the last change of a setting by this page. */
@@ -35,8 +35,7 @@ export interface State {
     readonly rows: Readonly<Partial<Record<SettingKey, RowStatus>>>;
     /** The first is shown, the others wait. */
     readonly messages: readonly Message[];
-    /** Who changed a setting last, as far as the host still knows. */
-    readonly lastChanges: LastChanges;
+    readonly changes: Changes;
     readonly selected: boolean | null;
     /** The result of the last action that is not a change of a setting. */
     readonly action: 'none' | 'opened' | 'logged-out' | 'failed' | 'refused';
@@ -57,19 +56,27 @@ export class Store {
         values: null,
         rows: {},
         messages: [],
-        lastChanges: {},
+        changes: null,
         selected: null,
         action: 'none',
         editor: null,
     };
     /** Unsaved edits by setting, kept while another section is shown. */
     readonly drafts = new Map<SettingKey, Draft>();
+    /** What was typed into the search. */
+    searched = '';
     private readonly observers = new Set<() => void>();
     private readonly client: Client;
     /** The number of changes of each setting: while several are under way, only the last outcome counts. */
     private readonly attempts = new Map<SettingKey, number>();
     /** New values without a reply, which may have arrived. */
     private readonly unconfirmed = new Map<SettingKey, string>();
+    private readonly history = new History(
+        (limit) => this.client.history(limit),
+        (changes) => {
+            this.update({ changes });
+        },
+    );
     private readonly messages = new MessageQueue((messages) => {
         this.update({ messages });
     });
@@ -82,6 +89,9 @@ export class Store {
             },
             loaded: (values) => {
                 this.handleValues(values);
+            },
+            event: (event) => {
+                this.history.add(event);
             },
             changed: (change) => {
                 this.handleChange(change);
@@ -149,6 +159,16 @@ export class Store {
         this.messages.add({ kind: 'text', text, ...(values && { values }) });
     }
 
+    /** Reads the recent changes again. */
+    reloadChanges(): Promise<void> {
+        return this.history.reload();
+    }
+
+    /** The version of the wire; null until the host has said it. */
+    get wireVersion(): string | null {
+        return this.client.version;
+    }
+
     retryNow(): void {
         this.client.retryNow();
     }
@@ -162,8 +182,10 @@ export class Store {
         const values = done === null ? null : await this.client.read();
         if (values !== null) {
             this.drafts.clear();
+            this.searched = '';
             this.update({ values, rows: {}, editor: null });
         }
+        await this.reloadChanges();
         this.setAction(actionOf(done, 'logged-out'));
     }
 
@@ -210,24 +232,21 @@ export class Store {
 
     private handleValues(values: Values): void {
         this.update({ values });
-        void this.client.history(lastChangesLimit).then((events) => {
-            if (events !== null) {
-                this.update({ lastChanges: lastChangesOf(events) });
-            }
-        });
+        void this.reloadChanges();
         for (const key of [...this.unconfirmed.keys()]) {
             this.confirm(key, values[key]);
         }
     }
 
     private handleChange({ key, value, event }: Change): void {
+        if (event === null) {
+            // Somebody may have logged out.
+            void this.reloadChanges();
+        }
         const wasRead = event === null || value !== event.to;
         // What was read may be older than what this page is saving.
         if (wasRead && this.state.rows[key]?.kind === 'saving') {
             return;
-        }
-        if (event !== null) {
-            this.update({ lastChanges: { ...this.state.lastChanges, [key]: event } });
         }
         const isNews = event === null ? value !== this.state.values?.[key] : !wasRead;
         if (!this.confirm(key, value) && isNews) {
