@@ -7,7 +7,8 @@ import { DevicePage, type ConnectionState } from './DevicePage';
 import { moveByArrows } from './arrows';
 import { DeviceSession } from './session';
 
-import '../theme.css';
+import '../styles/tokens.css';
+import '../styles/base.css';
 import './device.css';
 
 let connectionState: ConnectionState = 'connecting';
