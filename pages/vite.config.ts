@@ -3,6 +3,7 @@ import { readFileSync } from 'node:fs';
 import { defineConfig, type Plugin } from 'vite';
 
 import { settingsClient } from './settingsClient';
+import { translationsAsLists } from './translationsAsLists';
 
 /** The licence of the data about time zones goes where the files with them are. */
 const timeZoneLicence: Plugin = {
@@ -16,7 +17,7 @@ const timeZoneLicence: Plugin = {
 /** `--mode gallery` adds the page of all components, which is no part of the product. */
 export default defineConfig(({ mode }) => ({
     ...settingsClient,
-    plugins: [timeZoneLicence],
+    plugins: [timeZoneLicence, translationsAsLists],
     esbuild: { jsx: 'automatic', jsxImportSource: 'preact', legalComments: 'none' },
     build: {
         target: 'es2022',

@@ -41,7 +41,7 @@ test('About says in words what is wrong', async () => {
         host,
         async (page) => {
             await enterSection(page, 'about');
-            await expectValue(page, 'health', 'The stored settings were damaged. A backup replaced them.');
+            await expectValue(page, 'health', 'Restored from a backup');
             await expectValue(page, 'faults', 'storage-full');
         },
         { prepare: (page) => page.route('**/healthz', (route) => route.fulfill({ json: health })) },

@@ -33,7 +33,7 @@ async function spoken(page: Page): Promise<string[]> {
             const checked = properties?.find((property) => property.name === 'checked')?.value.value as unknown;
             const state = checked === undefined ? '' : checked === 'true' ? ', on' : ', off';
             // Who changed it last is not the same in every run.
-            const text = String(description?.value ?? '').replace(/ ?Last changed by .*/, '');
+            const text = String(description?.value ?? '').replace(/ ?Changed by .*/, '');
             const line = `${String(role?.value)} ${String(name?.value ?? '')}${state}${text === '' ? '' : ` (${text})`}`;
             return [nodeId, { role: String(role?.value), line: line.trim(), children: childIds }];
         }),

@@ -70,7 +70,7 @@ test('what only the service reports has no undo; after a log-out nothing is show
         expect(await page.getByRole('button', { name: 'Undo' }).count()).toBe(0);
         await press(page, 'Escape');
         await host.control('logout');
-        await page.getByText('Nothing was changed since').first().waitFor();
+        await page.getByText('No recent changes').first().waitFor();
         await expectFocus(page, 'no-changes');
     });
 });

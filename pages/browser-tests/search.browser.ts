@@ -53,7 +53,8 @@ test('the search keys lead to the search from anywhere, and Back leads out of it
         await expectFocus(page, 'search');
         // The unsaved text waits in its row.
         await enterSection(page, 'device');
-        await row(page, 'deviceName').getByText('Den').waitFor();
+        await expect.poll(() => row(page, 'deviceName').getByRole('textbox').inputValue()).toBe('Den');
+        await press(page, 'Escape');
 
         await enterSection(page, 'account');
         await press(page, 'ArrowDown', 'ArrowDown', 'ArrowDown', 'Enter');

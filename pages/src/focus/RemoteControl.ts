@@ -5,6 +5,7 @@ import {
     directionOf,
     enterPosition,
     focusFirst,
+    focusRow,
     moveFocus,
     positionOf,
     restoreFocus,
@@ -37,8 +38,8 @@ export class RemoteControl {
     private section = '';
     private writing: Writing = 'ltr';
     private readonly positions = new Map<string, Position>();
-    /** The section to enter once it is drawn. */
-    private goal: string | null = null;
+    /** The row to focus once its section is drawn. */
+    private goal: { readonly section: string; readonly row: string } | null = null;
     private zone: 'menu' | 'list' = 'menu';
 
     constructor(private readonly zones: Zones) {}
@@ -50,9 +51,11 @@ export class RemoteControl {
         if (history.state === null) {
             history.replaceState(menuEntry, '');
         }
-        if (this.goal === section) {
+        if (this.goal?.section === section && this.list !== null) {
+            if (!focusRow(this.list, this.goal.row)) {
+                focusFirst(this.list);
+            }
             this.goal = null;
-            this.enterList();
         }
     }
 
@@ -68,14 +71,10 @@ export class RemoteControl {
         };
     }
 
-    /** Enters a section at a row, at once or when it is drawn. */
+    /** Focuses a row, with the next rendering when it is one of another section. */
     enterAt(section: string, row: string): void {
-        this.positions.set(section, { row, rowNumber: 0, column: 0, tool: undefined });
-        if (section === this.section) {
-            this.enterList();
-        } else {
-            this.goal = section;
-        }
+        this.goal = { section, row };
+        this.update(this.section, this.writing);
     }
 
     enterList(focusPosition = enterPosition): void {

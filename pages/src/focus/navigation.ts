@@ -163,6 +163,11 @@ export function restoreFocus(zone: Element, position: Position | null): boolean 
     return taken === undefined ? focusFirst(zone) : focusOn(taken);
 }
 
+/** Focuses the first control of a row, whatever it does. Returns: false when there is no such row. */
+export function focusRow(zone: Element, name: string): boolean {
+    return focusOn(controlsOf(zone).find((item) => rowOf(item)?.dataset['row'] === name));
+}
+
 /** Focuses a position when its section is entered again, but never a tool. */
 export function enterPosition(zone: Element, position: Position | null): boolean {
     return restoreFocus(zone, position?.tool === undefined ? position : { ...position, column: 0, tool: undefined });

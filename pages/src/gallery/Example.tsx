@@ -5,8 +5,11 @@ import { Page } from '../components/context';
 import { languageFor } from '../i18n/language';
 import { Store, type Draft, type State } from '../state/store';
 
-/** Never answers: an example stays in its state. */
-const client = new Proxy({}, { get: () => () => new Promise(() => undefined) }) as Client;
+/** A client that never answers: an example stays in its state. */
+function connect(): Client {
+    const never = () => new Promise(() => undefined);
+    return new Proxy(Object.create(null) as Client, { get: () => never });
+}
 
 const values = {
     deviceName: 'Living room',
@@ -29,7 +32,7 @@ interface Props {
 
 /** A component in one state, as the settings page shows it. */
 export function Example({ title, state = {}, draft, children }: Props): JSX.Element {
-    const store = new Store(() => client);
+    const store = new Store(connect);
     store.state = { ...store.state, connection: 'online', values, ...state };
     if (draft !== undefined) {
         store.drafts.set('deviceName', draft);
@@ -37,7 +40,9 @@ export function Example({ title, state = {}, draft, children }: Props): JSX.Elem
     return (
         <figure>
             <figcaption>{title}</figcaption>
-            <Page.Provider value={{ store, state: store.state, language: languageFor('en') }}>{children}</Page.Provider>
+            <Page.Provider value={{ store, state: store.state, language: languageFor('en'), goTo: () => undefined }}>
+                {children}
+            </Page.Provider>
         </figure>
     );
 }

@@ -3,19 +3,26 @@ import type { JSX } from 'preact';
 import { Banner } from '../components/Banner';
 import { EditRow } from '../components/EditRow';
 import { Explanation } from '../components/Explanation';
+import { IntroductionRow } from '../components/IntroductionRow';
 import { Messages } from '../components/Messages';
 import { RadioList } from '../components/RadioList';
 import { Icon, iconNames } from '../icons';
+import { ChangeRow } from '../sections/ChangeRow';
 import { Example } from './Example';
 
 const nothing = () => undefined;
-const event = { key: 'deviceName', from: 'TV', to: 'Den', origin: 'page', client: 'phone', timestamp: 0 } as const;
+const event = { key: 'deviceName', from: 'TV', to: 'Den', origin: 'page', client: 'phone', timestamp: 0, sequence: 1 } as const;
 const sizes = ['Small', 'Medium', 'Large'].map((words) => ({ value: words, words }));
 
 /** Everything that is no row. */
 export function OtherExamples(): JSX.Element {
     return (
         <>
+            <Example title="a change, an introduction that was seen" state={{ values: { handsFreeAlwaysOnDiscovered: 'true' } }}>
+                <ChangeRow change={event} showsStatus={false} onUndo={nothing} />
+                <IntroductionRow setting="handsFreeAlwaysOnDiscovered" />
+                <IntroductionRow setting="pttAlwaysOnDiscovered" />
+            </Example>
             <Example title="an editor" state={{ editor: 'companionDevice' }}>
                 <EditRow setting="companionDevice" parts={['Name', 'Kind']} />
             </Example>

@@ -122,12 +122,10 @@ export const ar: Translation = {
         nothingFound: 'لا توجد نتائج',
 
         reset: 'إعادة الضبط إلى {value}',
-        'reset.about': 'القيمة الافتراضية: {value}.',
 
-        'changes.none': 'لم يتغير شيء منذ تشغيل التلفاز أو تسجيل الخروج.',
+        'changes.none': 'لا توجد تغييرات حديثة',
         'change.values': 'من «{from}» إلى «{to}»',
         undo: 'تراجع',
-        'undo.about': 'تراجع: إعادة {name} إلى {value}',
         'undo.done': 'تم التراجع',
         'undo.none': 'لا يمكن التراجع عن هذا هنا.',
 
@@ -139,10 +137,10 @@ export const ar: Translation = {
         'about.health': 'الحالة',
         'about.faults': 'أعطال محاكاة',
         'health.ok': 'كل شيء يعمل',
-        'health.degraded': 'لا يمكن حفظ التغييرات حاليًا',
-        'health.backup': 'كانت الإعدادات المحفوظة تالفة، وحلّت محلها نسخة احتياطية.',
-        'health.defaults': 'فُقدت الإعدادات المحفوظة، وبدأ التلفاز بالقيم الافتراضية.',
-        'health.not-serving': 'خدمة الإعدادات غير جاهزة',
+        'health.degraded': 'لا يمكن حفظ التغييرات',
+        'health.backup': 'تمت الاستعادة من نسخة احتياطية',
+        'health.defaults': 'فُقدت الإعدادات، وتُستخدم القيم الافتراضية',
+        'health.not-serving': 'غير جاهزة',
 
         saving: 'جارٍ الحفظ…',
         accepted: 'تم الحفظ',

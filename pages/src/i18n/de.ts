@@ -127,12 +127,10 @@ export const de: Translation = {
         nothingFound: 'Keine Treffer',
 
         reset: 'Auf {value} zurücksetzen',
-        'reset.about': 'Standardwert: {value}.',
 
-        'changes.none': 'Seit dem Start des Fernsehers oder der letzten Abmeldung wurde nichts geändert.',
+        'changes.none': 'Keine letzten Änderungen',
         'change.values': 'Von „{from}“ zu „{to}“',
         undo: 'Rückgängig',
-        'undo.about': 'Rückgängig: {name} wieder auf {value} setzen',
         'undo.done': 'Rückgängig gemacht',
         'undo.none': 'Das lässt sich hier nicht rückgängig machen.',
 
@@ -144,11 +142,10 @@ export const de: Translation = {
         'about.health': 'Zustand',
         'about.faults': 'Simulierte Fehler',
         'health.ok': 'Alles funktioniert',
-        'health.degraded': 'Änderungen lassen sich zurzeit nicht speichern',
-        'health.backup': 'Die gespeicherten Einstellungen waren beschädigt. Eine Sicherung hat sie ersetzt.',
-        'health.defaults':
-            'Die gespeicherten Einstellungen gingen verloren. Der Fernseher startete mit den Standardwerten.',
-        'health.not-serving': 'Der Einstellungsdienst ist nicht bereit',
+        'health.degraded': 'Änderungen lassen sich nicht speichern',
+        'health.backup': 'Aus einer Sicherung wiederhergestellt',
+        'health.defaults': 'Einstellungen gingen verloren; es gelten Standardwerte',
+        'health.not-serving': 'Nicht bereit',
 
         saving: 'Wird gespeichert …',
         accepted: 'Gespeichert',

@@ -126,12 +126,10 @@ const texts = {
     nothingFound: 'No results',
 
     reset: 'Reset to {value}',
-    'reset.about': 'The default is {value}.',
 
-    'changes.none': 'Nothing was changed since the TV was started or somebody logged out.',
+    'changes.none': 'No recent changes',
     'change.values': 'From “{from}” to “{to}”',
     undo: 'Undo',
-    'undo.about': 'Undo: set {name} back to {value}',
     'undo.done': 'Undone',
     'undo.none': 'You cannot undo this here.',
 
@@ -143,10 +141,10 @@ const texts = {
     'about.health': 'Condition',
     'about.faults': 'Simulated faults',
     'health.ok': 'Everything works',
-    'health.degraded': 'Changes cannot be saved at the moment',
-    'health.backup': 'The stored settings were damaged. A backup replaced them.',
-    'health.defaults': 'The stored settings were lost. The TV started with the defaults.',
-    'health.not-serving': 'The settings service is not ready',
+    'health.degraded': 'Changes cannot be saved',
+    'health.backup': 'Restored from a backup',
+    'health.defaults': 'Settings were lost; defaults are used',
+    'health.not-serving': 'Not ready',
 
     saving: 'Saving…',
     accepted: 'Saved',

@@ -126,12 +126,10 @@ export const es: Translation = {
         nothingFound: 'Sin resultados',
 
         reset: 'Restablecer {value}',
-        'reset.about': 'Valor predeterminado: {value}.',
 
-        'changes.none': 'No se ha cambiado nada desde que se encendió el televisor o se cerró la sesión.',
+        'changes.none': 'No hay cambios recientes',
         'change.values': 'De «{from}» a «{to}»',
         undo: 'Deshacer',
-        'undo.about': 'Deshacer: {name} vuelve a {value}',
         'undo.done': 'Deshecho',
         'undo.none': 'Esto no se puede deshacer aquí.',
 
@@ -143,10 +141,10 @@ export const es: Translation = {
         'about.health': 'Estado',
         'about.faults': 'Fallos simulados',
         'health.ok': 'Todo funciona',
-        'health.degraded': 'Por ahora no se pueden guardar los cambios',
-        'health.backup': 'Los ajustes guardados estaban dañados. Una copia de seguridad los reemplazó.',
-        'health.defaults': 'Los ajustes guardados se perdieron. El televisor arrancó con los valores predeterminados.',
-        'health.not-serving': 'El servicio de ajustes no está listo',
+        'health.degraded': 'No se pueden guardar los cambios',
+        'health.backup': 'Restaurado desde una copia de seguridad',
+        'health.defaults': 'Ajustes perdidos; se usan los predeterminados',
+        'health.not-serving': 'No está listo',
 
         saving: 'Guardando…',
         accepted: 'Guardado',

@@ -126,12 +126,10 @@ export const fr: Translation = {
         nothingFound: 'Aucun résultat',
 
         reset: 'Rétablir {value}',
-        'reset.about': 'Valeur par défaut : {value}.',
 
-        'changes.none': 'Rien n’a été modifié depuis le démarrage du téléviseur ou la dernière déconnexion.',
+        'changes.none': 'Aucune modification récente',
         'change.values': 'De « {from} » à « {to} »',
         undo: 'Annuler la modification',
-        'undo.about': 'Annuler la modification : {name} redevient {value}',
         'undo.done': 'Modification annulée',
         'undo.none': 'Cette modification ne s’annule pas ici.',
 
@@ -143,11 +141,10 @@ export const fr: Translation = {
         'about.health': 'État',
         'about.faults': 'Pannes simulées',
         'health.ok': 'Tout fonctionne',
-        'health.degraded': 'Les modifications ne peuvent pas être enregistrées pour le moment',
-        'health.backup': 'Les paramètres enregistrés étaient endommagés. Une sauvegarde les a remplacés.',
-        'health.defaults':
-            'Les paramètres enregistrés ont été perdus. Le téléviseur a démarré avec les valeurs par défaut.',
-        'health.not-serving': 'Le service de paramètres n’est pas prêt',
+        'health.degraded': 'Les modifications ne peuvent pas être enregistrées',
+        'health.backup': 'Restauré à partir d’une sauvegarde',
+        'health.defaults': 'Paramètres perdus ; valeurs par défaut utilisées',
+        'health.not-serving': 'Pas prêt',
 
         saving: 'Enregistrement…',
         accepted: 'Enregistré',

@@ -122,12 +122,10 @@ export const ja: Translation = {
         nothingFound: '見つかりません',
 
         reset: '{value}に戻す',
-        'reset.about': '初期値：{value}',
 
-        'changes.none': 'テレビの起動後、またはログアウト後の変更はありません。',
+        'changes.none': '最近の変更はありません',
         'change.values': '「{from}」から「{to}」へ',
         undo: '元に戻す',
-        'undo.about': '元に戻す：{name}を{value}に',
         'undo.done': '元に戻しました',
         'undo.none': 'ここでは元に戻せません。',
 
@@ -139,10 +137,10 @@ export const ja: Translation = {
         'about.health': '状態',
         'about.faults': '模擬障害',
         'health.ok': '正常に動作しています',
-        'health.degraded': '現在、変更を保存できません',
-        'health.backup': '保存された設定が壊れていたため、バックアップから復元しました。',
-        'health.defaults': '保存された設定が失われたため、初期値で起動しました。',
-        'health.not-serving': '設定サービスの準備ができていません',
+        'health.degraded': '変更を保存できません',
+        'health.backup': 'バックアップから復元しました',
+        'health.defaults': '設定が失われ、初期値で動作しています',
+        'health.not-serving': '準備ができていません',
 
         saving: '保存中…',
         accepted: '保存しました',

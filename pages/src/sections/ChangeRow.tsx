@@ -8,7 +8,7 @@ import { useDialog } from '../components/useDialog';
 import type { Language } from '../i18n/language';
 import { changedBy } from '../settings/changedBy';
 import { nameOfSetting, wordsFor } from '../settings/format';
-import { UndoPanel } from './UndoPanel';
+import { UndoDialog } from './UndoDialog';
 
 interface Props {
     readonly change: ChangeEvent;
@@ -25,7 +25,7 @@ export function valuesOf({ key, from, to }: ChangeEvent, language: Language): st
 /** A change: of what, from what to what, by whom and when. Enter offers to undo it. */
 export function ChangeRow({ change, showsStatus, onUndo }: Props): JSX.Element {
     const { language } = usePage();
-    const panel = useDialog();
+    const dialog = useDialog();
     return (
         <Row
             kind="opens"
@@ -38,10 +38,10 @@ export function ChangeRow({ change, showsStatus, onUndo }: Props): JSX.Element {
                 </>
             }
             opensDialog
-            onUse={panel.open}
+            onUse={dialog.open}
         >
             {showsStatus && <RowStatus setting={change.key} />}
-            {panel.isOpen && <UndoPanel change={change} onClose={panel.close} onUndo={onUndo} />}
+            {dialog.isOpen && <UndoDialog change={change} onClose={dialog.close} onUndo={onUndo} />}
         </Row>
     );
 }

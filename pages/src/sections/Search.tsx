@@ -19,6 +19,7 @@ export function Search(): JSX.Element {
     const results = found(entries, typed);
     return (
         <div
+            class="search"
             onKeyDown={(event) => {
                 if (event.key === 'Enter' && event.target instanceof HTMLInputElement) {
                     // Otherwise the result would be used at once.

@@ -2,10 +2,10 @@ import type { JSX } from 'preact';
 import type { ChangeEvent } from 'settings-client';
 
 import { usePage } from '../components/context';
-import { Panel } from '../components/Panel';
+import { Dialog } from '../components/Dialog';
 import { isReadOnly } from '../settings/catalogue';
 import { changedBy } from '../settings/changedBy';
-import { nameOfSetting, wordsFor } from '../settings/format';
+import { nameOfSetting } from '../settings/format';
 import { valuesOf } from './ChangeRow';
 import { rows } from './rows';
 
@@ -16,7 +16,7 @@ interface Props {
 }
 
 /** Shows a change, and undoes it. The focus is on the button that does nothing. */
-export function UndoPanel({ change, onClose, onUndo }: Props): JSX.Element {
+export function UndoDialog({ change, onClose, onUndo }: Props): JSX.Element {
     const { state, language } = usePage();
     const { t } = language;
     const { key, from } = change;
@@ -24,12 +24,10 @@ export function UndoPanel({ change, onClose, onUndo }: Props): JSX.Element {
     const isFixed = isReadOnly(key) || rows[key].isShownOnly === true;
     const isUndone = state.values?.[key] === from;
     return (
-        <Panel title={name} onClose={onClose}>
-            <div class="about">
-                <p>{valuesOf(change, language)}</p>
-                <p>{changedBy(change, language)}</p>
-                {isFixed ? <p>{t('undo.none')}</p> : isUndone && <p>{t('undo.done')}</p>}
-            </div>
+        <Dialog title={name} onClose={onClose}>
+            <p>{valuesOf(change, language)}</p>
+            <p>{changedBy(change, language)}</p>
+            {isFixed ? <p>{t('undo.none')}</p> : isUndone && <p>{t('undo.done')}</p>}
             <div class="buttons" data-row="undo">
                 <button type="button" class="button" onClick={onClose}>
                     {t('close')}
@@ -39,7 +37,6 @@ export function UndoPanel({ change, onClose, onUndo }: Props): JSX.Element {
                         type="button"
                         class="button primary"
                         data-tool="undo"
-                        aria-label={t('undo.about', { name, value: wordsFor(key, from, language) })}
                         onClick={() => {
                             onClose();
                             onUndo();
@@ -49,6 +46,6 @@ export function UndoPanel({ change, onClose, onUndo }: Props): JSX.Element {
                     </button>
                 )}
             </div>
-        </Panel>
+        </Dialog>
     );
 }
