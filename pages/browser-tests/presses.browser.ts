@@ -74,12 +74,13 @@ const tasks: readonly Task[] = [
     },
     {
         name: 'choose a captions size',
-        presses: 6,
+        presses: 7,
         act: async (person) => {
             await person.pressUntil('Down', 'captions');
             await person.press('Right');
             await person.pressUntil('Down', 'captionsFontSize');
-            await person.pressUntil('Right', /Large/);
+            await person.press('Enter');
+            await person.pressUntil('Down', 'FONT_LARGE');
             await person.press('Enter');
             await person.sees('Saved');
         },
@@ -98,22 +99,25 @@ const tasks: readonly Task[] = [
     },
     {
         name: 'make the second language primary',
-        presses: 5,
+        presses: 6,
         prepare: (host) => host.setLocales('en-US', 'en-GB'),
         act: async (person) => {
             await person.press('Down', 'Right');
             await person.pressUntil('Down', 'en-GB');
-            await person.pressUntil('Right', /up$/);
+            await person.press('Enter');
+            await person.pressUntil('Down', 'primary');
             await person.press('Enter');
             await person.sees('Saved');
         },
     },
     {
         name: 'choose a time zone far away',
-        presses: 388,
+        presses: 15,
         act: async (person) => {
             await person.press('Down', 'Right');
             await person.pressUntil('Down', 'timezone');
+            await person.press('Enter');
+            await person.pressUntil('Down', 'Oceania');
             await person.press('Enter');
             await person.pressUntil('Down', 'Pacific/Auckland');
             await person.press('Enter');
@@ -122,16 +126,18 @@ const tasks: readonly Task[] = [
     },
     {
         name: 'find where do-not-disturb is set',
-        presses: 4,
+        presses: 5,
         act: async (person) => {
-            await person.pressUntil('Down', 'doNotDisturb');
-            await person.sees('Set on the device.');
+            await person.pressUntil('Down', 'voice');
+            await person.press('Right');
+            await person.pressUntil('Down', 'doNotDisturbEnabled');
+            await person.sees('The TV itself changes this.');
         },
     },
     { name: 'undo the last change', presses: Infinity },
     {
         name: 'log out',
-        presses: 12,
+        presses: 11,
         act: async (person) => {
             await person.pressUntil('Down', 'account');
             await person.press('Right');
