@@ -1,14 +1,18 @@
 import type { JSX } from 'preact';
 
-import type { Filter } from './filter';
-import { directions, listeners, frameKinds } from './messages';
+import { settingKeys } from '../settings/catalogue';
+import { groups, type Filter } from './filter';
+import { visible } from './format';
+import { frameKinds } from './kinds';
 
 interface Props {
     readonly filter: Filter;
+    /** The clients of the messages. */
+    readonly clients: readonly string[];
     readonly onChange: (filter: Filter) => void;
 }
 
-export function FilterBar({ filter, onChange }: Props): JSX.Element {
+export function FilterBar({ filter, clients, onChange }: Props): JSX.Element {
     return (
         <div class="device-filter" data-row="filter" role="search">
             <label>
@@ -24,27 +28,27 @@ export function FilterBar({ filter, onChange }: Props): JSX.Element {
                 />
             </label>
             <Choice
-                label="Direction"
-                choices={directions}
-                chosen={filter.direction}
-                onChoose={(direction) => {
-                    onChange({ ...filter, direction });
-                }}
-            />
-            <Choice
-                label="Listener"
-                choices={listeners}
-                chosen={filter.listener}
-                onChoose={(listener) => {
-                    onChange({ ...filter, listener });
+                label="Key"
+                choices={settingKeys}
+                chosen={filter.setting}
+                onChoose={(setting) => {
+                    onChange({ ...filter, setting });
                 }}
             />
             <Choice
                 label="Type"
                 choices={frameKinds}
-                chosen={filter.kind}
-                onChoose={(kind) => {
-                    onChange({ ...filter, kind });
+                chosen={filter.type}
+                onChoose={(type) => {
+                    onChange({ ...filter, type });
+                }}
+            />
+            <Choice
+                label="Client"
+                choices={[...groups, ...clients]}
+                chosen={filter.client}
+                onChoose={(client) => {
+                    onChange({ ...filter, client });
                 }}
             />
         </div>
@@ -58,7 +62,9 @@ interface ChoiceProps<Value extends string> {
     readonly onChoose: (value: Value | null) => void;
 }
 
+/** One of the choices, or all. What was chosen stays a choice when no message has it. */
 function Choice<Value extends string>({ label, choices, chosen, onChoose }: ChoiceProps<Value>): JSX.Element {
+    const all = [...new Set(chosen === null ? choices : [...choices, chosen])];
     return (
         <label>
             <span>{label}</span>
@@ -66,13 +72,13 @@ function Choice<Value extends string>({ label, choices, chosen, onChoose }: Choi
                 value={chosen ?? ''}
                 onChange={(event) => {
                     const { value } = event.currentTarget;
-                    onChoose(choices.find((choice) => choice === value) ?? null);
+                    onChoose(all.find((choice) => choice === value) ?? null);
                 }}
             >
                 <option value="">all</option>
-                {choices.map((choice) => (
+                {all.map((choice) => (
                     <option key={choice} value={choice}>
-                        {choice}
+                        {visible(choice)}
                     </option>
                 ))}
             </select>

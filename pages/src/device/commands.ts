@@ -38,6 +38,11 @@ export interface FieldEntry {
     readonly choices?: readonly string[];
 }
 
+/** The texts of the fields of a form. */
+export function textsOf(form: HTMLFormElement): readonly string[] {
+    return [...form.querySelectorAll<HTMLInputElement>('input, select')].map(({ value }) => value.trim());
+}
+
 /** A form of the page, and the command that it sends. */
 export interface FormEntry {
     /** The text of the button, and its object, for screen readers. */
@@ -70,7 +75,7 @@ export const forms: readonly FormEntry[] = [
         submit: 'Report',
         of: 'setting',
         fields: [
-            { label: 'Setting', hint: 'deviceName', choices: reportedKeys },
+            { label: 'System setting', hint: 'deviceName', choices: reportedKeys },
             { label: 'Value', hint: 'Den' },
         ],
         commandOf: ([key = '', value = '']) => ({ command: 'setting', key, value }),
