@@ -1,7 +1,7 @@
 import { chromium, type Browser, type BrowserContext, type Page } from 'playwright-core';
 import { expect, inject } from 'vitest';
 
-import { messageDuration } from '../src/state/store';
+import { messageDuration } from '../src/state/messages';
 import type { Host } from './host';
 
 export const wide = { width: 1920, height: 1080 };

@@ -7,7 +7,8 @@ import { DevicePage } from './DevicePage';
 import { moveByArrows } from './arrows';
 import { DeviceStore } from './store';
 
-import '../theme.css';
+import '../styles/tokens.css';
+import '../styles/base.css';
 import './device.css';
 
 let drawing = false;

@@ -1,5 +1,5 @@
 /**
- * Moves the focus by arrow keys to the control that is drawn in that direction. A zone (the menu, the panel of a section, an
+ * Moves the focus by arrow keys to the control that is drawn in that direction. A zone (the menu, the list of a section, an
  * open dialog) contains rows, marked with `data-row`; a row contains controls, in one or more lines. Up and down change the
  * line, forward and back (left or right, by the writing direction) the control within it. Nothing wraps around. A control that
  * reorders or destroys something is marked with `data-tool`: only arrows lead to it.
@@ -83,6 +83,12 @@ export function focusOn(item: HTMLElement | undefined): boolean {
 export function focusFirst(zone: Element): boolean {
     const items = rowsOf(zone).flat();
     return focusOn(items.find(isNeutral) ?? items[0]);
+}
+
+/** Focuses the chosen one of several choices, else the first control. */
+export function focusChosen(zone: Element): boolean {
+    const chosen = controlsOf(zone).find(isChosen);
+    return chosen === undefined ? focusFirst(zone) : focusOn(chosen);
 }
 
 /** Returns: false when there is no control in that direction. */

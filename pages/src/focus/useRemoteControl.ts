@@ -2,7 +2,7 @@ import { useLayoutEffect, useState } from 'preact/hooks';
 
 import { RemoteControl, type Writing, type Zones } from './RemoteControl';
 
-/** Makes the page usable with a remote control. Returns: a function that moves the focus into the panel. */
+/** Makes the page usable with a remote control. Returns: a function that moves the focus into the list. */
 export function useRemoteControl(zones: Zones, section: string, writing: Writing): () => void {
     const [control] = useState(() => new RemoteControl(zones));
     useLayoutEffect(() => control.start(), [control]);
@@ -12,6 +12,6 @@ export function useRemoteControl(zones: Zones, section: string, writing: Writing
         control.recoverFocus();
     });
     return () => {
-        control.enterPanel();
+        control.enterList();
     };
 }

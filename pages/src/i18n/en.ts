@@ -99,6 +99,7 @@ const texts = {
     'refused.too-long': 'Not changed: the value is too long.',
     'refused.not-applied': 'The TV did not apply this change.',
     'refused.no-reply': 'The TV is not responding. Try again.',
+    tryAgain: 'Try again',
     conflict: 'Changed to “{value}” in the meantime.',
     'conflict.keep': 'Keep my text',
     'conflict.use': 'Use the new value',
@@ -108,11 +109,14 @@ const texts = {
     'connection.retry': 'Try again now',
     'connection.unauthorized': 'This page can no longer connect. Open the new address that “settingsctl page” prints.',
     'connection.unsupported': 'This page needs a newer version of the TV’s software.',
-    changed: '{name} is now {value}',
-    'changed.page': '{name} is now {value}, changed on another page',
-    'changed.socket': '{name} is now {value}, changed by a program',
-    'changed.device': '{name} is now {value}, changed on the TV',
-    'changed.client': '{name} is now {value}, changed by {client}',
+    'by.page': 'another page',
+    'by.socket': 'a program',
+    'by.device': 'the TV',
+    'by.unknown': 'somebody',
+    lastChange: 'Last changed by {who}, {when}',
+    turnedOn: '{name} turned on by {who}',
+    turnedOff: '{name} turned off by {who}',
+    setTo: '{name} set to {value} by {who}',
 } as const;
 
 export type TextKey = keyof typeof texts;

@@ -47,7 +47,7 @@ describe('the language of the pages', () => {
 
     it('fills in placeholders without interpreting the values', () => {
         const { t } = languageFor('en-US');
-        expect(t('changed', { name: '$& {value}', value: '<b>' })).toBe('$& {value} is now <b>');
+        expect(t('setTo', { name: '$& {value}', value: '<b>', who: 'x' })).toBe('$& {value} set to <b> by x');
         expect(t('edit')).toBe('Change {name}');
     });
 });

@@ -7,6 +7,7 @@ import { Picker } from '../components/Picker';
 import type { RowProps } from '../components/RowProps';
 import { RowStatus } from '../components/RowStatus';
 import { useDialog } from '../components/useDialog';
+import { Icon } from '../icons';
 import { nameOfLocale } from '../i18n/language';
 import { nameOfSetting, shortened } from '../settings/format';
 import { localesOf } from '../settings/values';
@@ -50,9 +51,9 @@ function LocaleItem({ row, locales, index, set }: ItemProps): JSX.Element {
     const name = shortened(nameOfLocale(locales[index] ?? '', code));
     const isPrimary = index === 0;
     const tools = [
-        { tool: 'up', sign: '▲', isDisabled: isPrimary, change: movedUp },
-        { tool: 'down', sign: '▼', isDisabled: index === locales.length - 1, change: movedDown },
-        { tool: 'remove', sign: '✕', isDisabled: locales.length === 1, change: without },
+        { tool: 'up', icon: 'up', isDisabled: isPrimary, change: movedUp },
+        { tool: 'down', icon: 'down', isDisabled: index === locales.length - 1, change: movedDown },
+        { tool: 'remove', icon: 'remove', isDisabled: locales.length === 1, change: without },
     ] as const;
     return (
         <li class="locale" data-row={row}>
@@ -66,7 +67,7 @@ function LocaleItem({ row, locales, index, set }: ItemProps): JSX.Element {
                 {isPrimary && <span class="badge">{t('locale.primary')}</span>}
             </span>
             <span class="tools">
-                {tools.map(({ tool, sign, isDisabled, change }) => (
+                {tools.map(({ tool, icon, isDisabled, change }) => (
                     <button
                         key={tool}
                         type="button"
@@ -78,7 +79,7 @@ function LocaleItem({ row, locales, index, set }: ItemProps): JSX.Element {
                             set(change(locales, index));
                         }}
                     >
-                        {sign}
+                        <Icon name={icon} />
                     </button>
                 ))}
             </span>
@@ -98,7 +99,7 @@ function AddLocale({ locales, set }: Pick<ItemProps, 'locales' | 'set'>): JSX.El
     );
     return (
         <>
-            <ActionRow row="add" name={t('locale.add')} sign="＋" opensDialog onUse={dialog.open} />
+            <ActionRow row="add" name={t('locale.add')} icon="add" opensDialog onUse={dialog.open} />
             {dialog.isOpen && (
                 <Picker
                     title={t('locale.add')}

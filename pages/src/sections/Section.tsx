@@ -32,19 +32,18 @@ function SettingRow({ setting }: { readonly setting: SettingKey }): JSX.Element 
 
 interface SectionEntry {
     readonly id: SectionId;
-    readonly sign: string;
     /** What the section shows below the rows of its settings. */
     readonly More?: () => JSX.Element;
 }
 
 /** The sections in the order of the menu. */
 export const sections: readonly SectionEntry[] = [
-    { id: 'device', sign: '▣' },
-    { id: 'language', sign: '文' },
-    { id: 'captions', sign: '▤', More: CaptionsPreview },
-    { id: 'voice', sign: '◉' },
-    { id: 'doNotDisturb', sign: '☾' },
-    { id: 'account', sign: '◍', More: AccountActions },
+    { id: 'device' },
+    { id: 'language' },
+    { id: 'captions', More: CaptionsPreview },
+    { id: 'voice' },
+    { id: 'doNotDisturb' },
+    { id: 'account', More: AccountActions },
 ];
 
 export function Section({ id }: { readonly id: SectionId }): JSX.Element {

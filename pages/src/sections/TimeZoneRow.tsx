@@ -2,7 +2,9 @@ import type { JSX } from 'preact';
 import { useMemo } from 'preact/hooks';
 
 import { usePage } from '../components/context';
+import { Explanation } from '../components/Explanation';
 import { Picker, type Option } from '../components/Picker';
+import { Row } from '../components/Row';
 import type { RowProps } from '../components/RowProps';
 import { RowStatus } from '../components/RowStatus';
 import { useDialog } from '../components/useDialog';
@@ -20,19 +22,24 @@ function zoneOptions(code: string): readonly Option[] {
     }));
 }
 
-export function TimeZoneRow({ setting }: RowProps): JSX.Element {
+export function TimeZoneRow(props: RowProps): JSX.Element {
     const { store, state, language } = usePage();
     const { code } = language;
+    const { setting } = props;
     const dialog = useDialog();
     const options = useMemo(() => (dialog.isOpen ? zoneOptions(code) : []), [dialog.isOpen, code]);
     const name = nameOfSetting(setting, language);
     const value = state.values?.[setting];
     return (
-        <div class="row" data-row={setting}>
-            <button type="button" class="control" aria-haspopup="dialog" onClick={dialog.open}>
-                <span class="name">{name}</span>
-                <bdi class="value">{wordsFor(setting, value, language)}</bdi>
-            </button>
+        <Row
+            kind="opens"
+            row={setting}
+            name={name}
+            value={wordsFor(setting, value, language)}
+            opensDialog
+            explanation={<Explanation {...props} />}
+            onUse={dialog.open}
+        >
             <RowStatus setting={setting} />
             {dialog.isOpen && (
                 <Picker
@@ -46,6 +53,6 @@ export function TimeZoneRow({ setting }: RowProps): JSX.Element {
                     }}
                 />
             )}
-        </div>
+        </Row>
     );
 }

@@ -2,7 +2,8 @@ import { connect } from 'settings-client';
 import { afterEach, beforeEach, describe, expect, it, vi } from 'vitest';
 
 import { FakeBrowser } from '../../../clients/javascript/src/fakeBrowser.fixture';
-import { messageDuration, Store } from './store';
+import { messageDuration } from './messages';
+import { Store } from './store';
 
 interface Sent {
     readonly type?: number;
@@ -132,7 +133,7 @@ describe('the store', () => {
         expect(store.state.rows['deviceName']).toEqual({ kind: 'saving' });
         await done;
         expect(store.state.rows['deviceName']).toEqual({ kind: 'accepted' });
-        expect(store.state.announcement).toBeNull();
+        expect(store.state.messages).toEqual([]);
         expect(host.requests).toEqual(['set deviceName']);
     });
 
@@ -149,7 +150,7 @@ describe('the store', () => {
             host.answers.set('deviceName', { outcome: 'refused', reason, value: 'Attic' });
             await store.set('deviceName', 'Den');
             expect(store.state.values?.['deviceName']).toBe('Attic');
-            expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason });
+            expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason, to: 'Den' });
         },
     );
 
@@ -160,15 +161,15 @@ describe('the store', () => {
         await store.set('handsFreeEnabled', 'true');
         expect(store.state.values).toMatchObject({ friendlyName: 'TV', handsFreeEnabled: 'false' });
         expect(store.state.rows).toEqual({
-            friendlyName: { kind: 'refused', reason: 'not-applied' },
-            handsFreeEnabled: { kind: 'refused', reason: 'not-applied' },
+            friendlyName: { kind: 'refused', reason: 'not-applied', to: 'Telly' },
+            handsFreeEnabled: { kind: 'refused', reason: 'not-applied', to: 'true' },
         });
     });
 
     it('takes a value back that is too long', async () => {
         await store.set('deviceName', 'x'.repeat(70_000));
         expect(store.state.values?.['deviceName']).toBe('TV');
-        expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason: 'too-long' });
+        expect(store.state.rows['deviceName']).toMatchObject({ kind: 'refused', reason: 'too-long' });
     });
 
     it('shows that a value was unchanged', async () => {
@@ -183,7 +184,7 @@ describe('the store', () => {
         await done;
         expect(store.state.connection).toBe('lost');
         expect(store.state.values?.['deviceName']).toBe('TV');
-        expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason: 'no-reply' });
+        expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason: 'no-reply', to: 'Den' });
     });
 
     it('shows that a value without a reply was saved, once it is read back', async () => {
@@ -191,7 +192,7 @@ describe('the store', () => {
         const done = store.set('deviceName', 'Den');
         host.close();
         await done;
-        expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason: 'no-reply' });
+        expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason: 'no-reply', to: 'Den' });
         host.silent = false;
         host.values['deviceName'] = 'Den';
         await host.reconnect();
@@ -199,7 +200,7 @@ describe('the store', () => {
         expect(host.requests).toEqual(['hello', '18', 'get deviceName']);
         expect(store.state.values?.['deviceName']).toBe('Den');
         expect(store.state.rows['deviceName']).toEqual({ kind: 'accepted' });
-        expect(store.state.announcement).toBeNull();
+        expect(store.state.messages).toEqual([]);
     });
 
     it('clears messages about missing replies once the host replies', async () => {
@@ -207,7 +208,7 @@ describe('the store', () => {
         await store.set('deviceName', 'Den');
         await store.openSettings();
         expect(store.state).toMatchObject({
-            rows: { deviceName: { kind: 'refused', reason: 'no-reply' } },
+            rows: { deviceName: { kind: 'refused', reason: 'no-reply', to: 'Den' } },
             action: 'failed',
         });
         await host.reconnect();
@@ -247,7 +248,7 @@ describe('the store', () => {
         host.values['deviceName'] = 'Den';
         await vi.advanceTimersByTimeAsync(50);
         expect(store.state.rows).toEqual({});
-        expect(store.state.announcement).toMatchObject({ value: 'Attic' });
+        expect(store.state.messages).toMatchObject([{ value: 'Attic' }]);
     });
 
     it('keeps showing the last of several new values while the earlier ones are confirmed', async () => {
@@ -273,25 +274,22 @@ describe('the store', () => {
         await vi.advanceTimersByTimeAsync(50);
         expect(host.requests).toEqual(['set deviceName', 'get deviceName']);
         expect(store.state.values?.['deviceName']).toBe('Den');
-        expect(store.state.announcement).toBeNull();
+        expect(store.state.messages).toEqual([]);
         await vi.advanceTimersByTimeAsync(5_000);
         expect(store.state.values?.['deviceName']).toBe('TV');
     });
 
     it('announces changes by others, and reads them back', async () => {
         host.event('deviceName', '', { origin: 'page', client: 'phone' });
-        expect(store.state.announcement).toMatchObject({
-            number: 1,
-            key: 'deviceName',
-            value: '',
-            event: { origin: 'page', client: 'phone' },
-        });
+        expect(store.state.messages).toMatchObject([
+            { key: 'deviceName', value: '', event: { origin: 'page', client: 'phone' } },
+        ]);
         host.values['deviceName'] = 'TV';
         await vi.advanceTimersByTimeAsync(50);
         expect(store.state.values?.['deviceName']).toBe('TV');
-        expect(store.state.announcement?.number).toBe(1);
+        expect(store.state.messages.length).toBe(1);
         host.event('timezone', 'Europe/Paris', { origin: 'device' });
-        expect(store.state.announcement).toMatchObject({ number: 2, key: 'timezone', event: { client: null } });
+        expect(store.state.messages[1]).toMatchObject({ key: 'timezone', event: { client: null } });
     });
 
     it('announces a setting of a notice if its value is different', async () => {
@@ -299,7 +297,7 @@ describe('the store', () => {
         host.say({ notice: { reread: ['captionsEnabled', 'timezone'] } });
         await vi.advanceTimersByTimeAsync(50);
         expect(store.state.values?.['captionsEnabled']).toBe('true');
-        expect(store.state.announcement).toEqual({ number: 1, key: 'captionsEnabled', value: 'true', event: null });
+        expect(store.state.messages).toMatchObject([{ key: 'captionsEnabled', value: 'true', event: null }]);
     });
 
     it('clears the status of a row when somebody else changes it', async () => {
@@ -317,7 +315,7 @@ describe('the store', () => {
         expect(host.requests).toEqual(['hello', '18']);
         host.event('deviceName', 'Den', { origin: 'socket', client: 'settingsctl' });
         expect(store.state.values?.['deviceName']).toBe('Den');
-        expect(store.state.announcement).toMatchObject({ value: 'Den', event: { client: 'settingsctl' } });
+        expect(store.state.messages).toMatchObject([{ value: 'Den', event: { client: 'settingsctl' } }]);
     });
 
     it('shows the remaining values after a log-out', async () => {

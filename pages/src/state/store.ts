@@ -1,7 +1,6 @@
 import {
     catalogue,
     type Change,
-    type ChangeEvent,
     type Client,
     type Observer,
     type Outcome,
@@ -11,6 +10,10 @@ import {
     type Values,
 } from 'settings-client';
 
+import type { TextKey } from '../i18n/en';
+import { lastChangesLimit, lastChangesOf, type LastChanges } from './lastChanges';
+import { messageDuration, MessageQueue, type Message } from './messages';
+
 /** The state of the last change of a setting by this page. */
 export type RowStatus =
     | { readonly kind: 'saving' }
@@ -19,17 +22,10 @@ export type RowStatus =
     | Refused;
 export interface Refused {
     readonly kind: 'refused';
+    /** The value that was refused. */
+    readonly to: string;
     /** `not-applied`: announced, without effect. */
     readonly reason: Reason | 'not-applied';
-}
-
-/** A change by somebody else. */
-export interface Announcement {
-    readonly number: number;
-    readonly key: SettingKey;
-    readonly value: string;
-    /** Null when it changed at its owner, without an event. */
-    readonly event: ChangeEvent | null;
 }
 
 export interface State {
@@ -37,7 +33,10 @@ export interface State {
     /** Null until they have been read once. */
     readonly values: Values | null;
     readonly rows: Readonly<Partial<Record<SettingKey, RowStatus>>>;
-    readonly announcement: Announcement | null;
+    /** The first is shown, the others wait. */
+    readonly messages: readonly Message[];
+    /** Who changed a setting last, as far as the host still knows. */
+    readonly lastChanges: LastChanges;
     readonly selected: boolean | null;
     /** The result of the last action that is not a change of a setting. */
     readonly action: 'none' | 'opened' | 'logged-out' | 'failed' | 'refused';
@@ -51,16 +50,14 @@ export interface Draft {
     readonly known: string;
 }
 
-/** How long a message of success is shown, in milliseconds. */
-export const messageDuration = 6_000;
-
 /** The settings as the page knows them. A change is shown at once and taken back when the host refuses it. */
 export class Store {
     state: State = {
         connection: 'connecting',
         values: null,
         rows: {},
-        announcement: null,
+        messages: [],
+        lastChanges: {},
         selected: null,
         action: 'none',
         editor: null,
@@ -73,6 +70,9 @@ export class Store {
     private readonly attempts = new Map<SettingKey, number>();
     /** New values without a reply, which may have arrived. */
     private readonly unconfirmed = new Map<SettingKey, string>();
+    private readonly messages = new MessageQueue((messages) => {
+        this.update({ messages });
+    });
     private actionTimer: ReturnType<typeof setTimeout> | undefined;
 
     constructor(connect: (observer: Observer) => Client) {
@@ -114,7 +114,7 @@ export class Store {
         // Without a reply the old value is shown until the setting is read again.
         this.show(key, reason === 'no-reply' || reason === 'too-long' ? before : outcome.value);
         if (reason !== null) {
-            this.setStatus(key, { kind: 'refused', reason });
+            this.setStatus(key, { kind: 'refused', reason, to });
         } else {
             this.setStatus(key, {
                 kind: isDefault ? 'default' : outcome.outcome === 'changed' ? 'accepted' : 'unchanged',
@@ -142,6 +142,11 @@ export class Store {
             const { [key]: _gone, ...rows } = this.state.rows;
             this.update({ rows });
         }
+    }
+
+    /** Shows a text in the queue of messages. */
+    say(text: TextKey, values?: Readonly<Record<string, string>>): void {
+        this.messages.add({ kind: 'text', text, ...(values && { values }) });
     }
 
     retryNow(): void {
@@ -205,6 +210,11 @@ export class Store {
 
     private handleValues(values: Values): void {
         this.update({ values });
+        void this.client.history(lastChangesLimit).then((events) => {
+            if (events !== null) {
+                this.update({ lastChanges: lastChangesOf(events) });
+            }
+        });
         for (const key of [...this.unconfirmed.keys()]) {
             this.confirm(key, values[key]);
         }
@@ -216,11 +226,13 @@ export class Store {
         if (wasRead && this.state.rows[key]?.kind === 'saving') {
             return;
         }
+        if (event !== null) {
+            this.update({ lastChanges: { ...this.state.lastChanges, [key]: event } });
+        }
         const isNews = event === null ? value !== this.state.values?.[key] : !wasRead;
         if (!this.confirm(key, value) && isNews) {
             this.clearStatus(key);
-            const number = (this.state.announcement?.number ?? 0) + 1;
-            this.update({ announcement: { number, key, value: value ?? '', event } });
+            this.messages.add({ kind: 'change', key, value: value ?? '', event });
         }
         this.show(key, value);
     }
