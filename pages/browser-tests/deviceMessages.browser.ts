@@ -1,407 +1,194 @@
-import type { Page } from 'playwright-core';
 import { expect, test } from 'vitest';
 
-import { expectAccessible } from './accessibility';
-import { expectArrowsLead } from './arrows';
+import { visitDevice, type Developer } from './device';
 import { hostOfFile } from './host';
-import { expectNoSidewaysScroll, hostIsAway, phone, small, visit, wide, type VisitOptions } from './visit';
+import { small } from './visit';
 
 const host = hostOfFile();
 
-async function visitDevice(use: (page: Page) => Promise<void>, options: VisitOptions = {}): Promise<void> {
-    await visit(
+test('messages are listed in words, answers beside their requests; Enter shows the frames, Back closes them', async () => {
+    await visitDevice(host, async (developer) => {
+        await host.control('set', 'deviceName', 'Cellar');
+        await host.settingsctl('set', 'captionsEnabled', 'true');
+        await host.send(
+            { type: 24, timestamp: 9000000000000, payload: { settingDBId: 'friendlyName', to: 'Telly' } },
+            { messageId: 'c', catalogue: {} },
+            {
+                batch: [
+                    { type: 18, messageId: 'b' },
+                    { type: 7, messageId: 'r', payload: { settings: ['deviceName'] } },
+                ],
+            },
+        );
+        await host.control('device', 'captions', 'on');
+        await developer.seesMessage('captions on');
+        await developer.seesMessage('Read again: captionsEnabled');
+        expect(await developer.reads()).toEqual([
+            'settingsctl | hello client settingsctl | version 1.1.0, sequence 0',
+            'settingsctl | Set deviceName to Cellar | changed: Cellar',
+            'settingsctl | deviceName: TV → Cellar, by settingsctl',
+            'settingsctl | IsOrliaSelectedVA | isOrliaSelectedAsVA true',
+            'settingsctl | hello client settingsctl | version 1.1.0, sequence 1',
+            'settingsctl | Set captionsEnabled to true | refused, read-only: only the device changes this setting',
+            'settingsctl | IsOrliaSelectedVA | isOrliaSelectedAsVA true',
+            'socket-N | Set friendlyName to Telly | asks for no answer',
+            'all | friendlyName: TV → Telly, by socket',
+            'socket-N | catalogue | settings 15',
+            'socket-N | Batch: IsOrliaSelectedVA; Read deviceName | isOrliaSelectedAsVA true; deviceName Cellar',
+            'all | Read again: captionsEnabled',
+            'device-N | captions on | done',
+        ]);
+
+        await developer.list().focus();
+        await developer.press('Home', 'Down', 'Enter');
+        await expect
+            .poll(() => developer.frame('Request').innerText())
+            .toMatch(/^\{\n {2}"type": 24,\n[^]*"settingDBId": "deviceName",\n[^]*\n\}$/);
+        expect(await developer.frame('Answer').innerText()).toContain('"outcome": "changed"');
+        await developer.sees(/^SetSettings from settingsctl, .*answered after \d+ ms$/);
+        await developer.press('Down');
+        await expect.poll(() => developer.frame('Frame').innerText()).toContain('"from": "TV"');
+        await developer.press('Enter');
+        await developer.expectFocus('Frame');
+        await developer.press('GoBack');
+        await developer.expectFocus('Messages');
+        expect(await developer.frame('Frame').count()).toBe(0);
+        await developer.press('Escape');
+        expect(await developer.page.getByRole('option', { selected: true }).count()).toBe(0);
+    });
+});
+
+test('an answer that never came says so', async () => {
+    await visitDevice(
         host,
-        async (page) => {
-            await page.getByText('● Connected').waitFor();
-            await use(page);
-        },
-        { path: '/device', ...options },
-    );
-}
-
-function lines(page: Page) {
-    return page.getByRole('listbox', { name: 'Messages' }).getByRole('option');
-}
-
-function line(page: Page, text: string | RegExp) {
-    return lines(page).filter({ hasText: text });
-}
-
-/** Presses Tab until `name` has the focus. */
-async function tabTo(page: Page, name: string): Promise<void> {
-    for (let presses = 0; presses < 40; presses += 1) {
-        await page.keyboard.press('Tab');
-        const focused = await page.evaluate(() => {
-            const element = document.activeElement;
-            const label = element instanceof HTMLInputElement ? element.labels?.[0]?.innerText : element?.textContent;
-            return element?.getAttribute('aria-label') ?? label ?? '';
-        });
-        if (focused.startsWith(name)) {
-            return;
-        }
-    }
-    expect.fail(`${name} is not reached by Tab`);
-}
-
-async function expectReport(page: Page, report: string): Promise<void> {
-    await page.locator('.device-result', { hasText: report }).waitFor();
-}
-
-async function expectFact(page: Page, fact: string, value: string): Promise<void> {
-    await page.locator('.device-state > div', { hasText: fact }).getByText(value, { exact: true }).waitFor();
-}
-
-test('every command works by keys alone and is shown in the state', async () => {
-    await visitDevice(async (page) => {
-        for (const [label, fact, on, off] of [
-            ['Hands-free', 'currentHandsFreeStatus', 'on', 'off'],
-            ['Captions', 'captionsEnabled', 'true', 'false'],
-            ['Do-not-disturb', 'doNotDisturbEnabled', 'true', 'false'],
-        ] as const) {
-            await tabTo(page, label);
-            await page.keyboard.press('Enter');
-            await expectFact(page, fact, on);
-            await page.keyboard.press('Space');
-            await expectFact(page, fact, off);
-        }
-        for (const [label, typed, fact, value] of [
-            ['Locale', 'fr-FR', 'locales', '["fr-FR"]'],
-            ['Locales', 'ja-JP, de-DE', 'locales', '["ja-JP","de-DE"]'],
-            ['Time zone', 'Asia/Tokyo', 'timezone', 'Asia/Tokyo'],
-        ] as const) {
-            await tabTo(page, label);
-            await page.keyboard.type(typed);
-            await page.keyboard.press('Enter');
-            await expectFact(page, fact, value);
-        }
-        await tabTo(page, 'Setting');
-        await page.keyboard.type('deviceName');
-        await page.keyboard.press('Tab');
-        await page.keyboard.type('Den');
-        await page.keyboard.press('Enter');
-        await expectReport(page, '✓ Done: {"command":"setting","key":"deviceName","value":"Den"}');
-    });
-    expect(await host.control('get', 'deviceName', 'orliaLocale', 'timezone')).toBe(
-        'deviceName=Den\norliaLocale=["ja-JP","de-DE"]\ntimezone=Asia/Tokyo\n',
-    );
-});
-
-test.each([
-    ['a wide screen', wide],
-    ['a small screen', small],
-    ['a phone', phone],
-])('on %s every arrow leads to what is drawn there, and arrows reach every control', async (name, viewport) => {
-    await visitDevice(
-        async (page) => {
-            const zones = ['header', '.device-side', '.device-messages'];
-            await page.keyboard.press('ArrowDown');
-            await page.locator('[data-row="switches"] :focus').waitFor();
-            await expectArrowsLead(page, name, { zones, from: zones });
-        },
-        { viewport },
-    );
-});
-
-test('arrows move within a text, the list and a message before they leave it; Enter opens a choice', async () => {
-    await visitDevice(
-        async (page) => {
-            const focused = () =>
-                page.evaluate(() => document.activeElement?.closest<HTMLElement>('[data-row]')?.dataset['row']);
-            await page.getByLabel('Value', { exact: true }).fill('ab');
-            await page.keyboard.press('ArrowLeft');
-            await page.keyboard.press('ArrowLeft');
-            expect(await page.evaluate(() => document.activeElement?.getAttribute('placeholder'))).toBe('Den');
-            await page.keyboard.press('ArrowLeft');
-            expect(await page.evaluate(() => document.activeElement?.getAttribute('placeholder'))).toBe('deviceName');
-
-            await host.control('device', 'setting', 'deviceName', Array.from({ length: 200 }, String).join(' '));
-            await lines(page).nth(2).waitFor();
-            await expect.poll(() => lines(page).count()).toBe(3);
-            const list = page.getByRole('listbox', { name: 'Messages' });
-            await list.focus();
-            const chosen: (string | null)[] = [];
-            for (const key of ['ArrowUp', 'ArrowUp', 'ArrowUp', 'ArrowUp']) {
-                await page.keyboard.press(key);
-                chosen.push(`${await focused()} ${await list.getAttribute('aria-activedescendant')}`);
-            }
-            expect(chosen.map((line) => line?.replace(/message-/, ''))).toEqual([
-                'list 3',
-                'list 2',
-                'list 1',
-                'tools 1',
-            ]);
-            await list.focus();
-            await line(page, '"command"').click();
-            await page.keyboard.press('End');
-            await page.keyboard.press('ArrowUp');
-            await page.keyboard.press('ArrowUp');
-            await page.keyboard.press('ArrowDown');
-            await page.keyboard.press('ArrowDown');
-            await page.keyboard.press('ArrowDown');
-            expect(await focused()).toBe('detail');
-            await page.keyboard.press('ArrowUp');
-            expect(await focused()).toBe('list');
-
-            const type = page.getByLabel('Type');
-            await type.focus();
-            await page.keyboard.press('Enter');
-            await expect.poll(() => type.evaluate((choice) => choice.matches(':open'))).toBe(true);
-            await page.keyboard.press('ArrowDown');
-            await page.keyboard.press('Enter');
-            await expect.poll(() => type.inputValue()).not.toBe('');
-            expect(await focused()).toBe('filter');
-        },
-        { viewport: wide },
-    );
-});
-
-test('a held Enter acts once', async () => {
-    await visitDevice(async (page) => {
-        await page.getByRole('switch', { name: 'Captions' }).focus();
-        for (let times = 0; times < 8; times += 1) {
-            await page.keyboard.down('Enter');
-        }
-        await page.keyboard.up('Enter');
-        await expectReport(page, '"captions"');
-        await host.control('device', 'do-not-disturb', 'on');
-        await line(page, '"doNotDisturb"').waitFor();
-        expect(await line(page, '"captions"').count()).toBe(1);
-    });
-    await host.control('device', 'captions', 'off');
-    await host.control('device', 'do-not-disturb', 'off');
-});
-
-test('the error of a command is shown', async () => {
-    await visitDevice(async (page) => {
-        await host.control('device', 'timezone', 'Asia/Tokyo');
-        await page.getByRole('button', { name: 'Change time zone' }).click();
-        await expectReport(page, '✗ bad-argument: "value" must be a time zone');
-        await expectFact(page, 'timezone', 'Asia/Tokyo');
-        await page.getByRole('button', { name: 'Change locale', exact: true }).click();
-        await expectReport(page, '✗ bad-argument: "value" must be a locale');
-        await page.getByRole('button', { name: 'Change locales' }).click();
-        await expectReport(page, '✗ bad-argument: "values" must be an array of locales');
-        await page.getByLabel('Setting', { exact: true }).fill('orliaLocale');
-        await page.getByLabel('Value', { exact: true }).fill('{}');
-        await page.getByRole('button', { name: 'Report setting' }).click();
-        await expectReport(page, '✗ not-passed-on: the value must be a JSON array of at most 32 levels');
-    });
-});
-
-test('the result of a report is shown: done, no change, or an error', async () => {
-    const answers = [
-        '{"ok":true}',
-        '{"ok":true,"changed":false}',
-        '{"error":{"code":"read-only","message":"nothing changed"}}',
-    ];
-    await visitDevice(
-        async (page) => {
-            await page.getByLabel('Setting', { exact: true }).fill('captionsEnabled');
-            for (const report of ['✓ Done: {', '= No change: {', '✗ read-only: nothing changed']) {
-                await page.getByRole('button', { name: 'Report setting' }).click();
-                await expectReport(page, report);
-            }
+        async (developer) => {
+            await expect
+                .poll(() => developer.reads())
+                .toEqual(
+                    [
+                        'socket-N | IsOrliaSelectedVA | no answer came',
+                        'socket-N | Log out | done',
+                        'socket-N | Open | no answer yet',
+                    ].map((line) => line.replace('Log out', 'LogOut').replace('Open', 'OpenVASettings')),
+                );
         },
         {
             prepare: (page) =>
                 page.routeWebSocket(/device/, (socket) => {
                     socket.onMessage((message) => {
-                        const isReport = message.toString().includes('"setting"');
-                        socket.send((isReport ? answers.shift() : null) ?? '{"ok":true}');
+                        if (!message.toString().includes('"trace"')) {
+                            socket.send('{"device":{}}');
+                            return;
+                        }
+                        for (const [direction, text] of [
+                            ['in', '{"type":18,"messageId":"1"}'],
+                            ['in', '{"type":22,"messageId":"2","answer":true}'],
+                            ['out', '{"type":22,"messageId":"2","payload":{"outcome":"done"}}'],
+                            ['in', '{"type":19,"messageId":"3","answer":true}'],
+                        ] as const) {
+                            socket.send(
+                                JSON.stringify({ trace: { timestamp: 1, direction, door: 'socket', client: 1, text } }),
+                            );
+                        }
                     });
                 }),
         },
     );
 });
 
-test('changes by others are shown', async () => {
-    await visitDevice(async (page) => {
-        await expectFact(page, 'timezone', 'Asia/Tokyo');
-        await host.control('device', 'timezone', 'Europe/Rome');
-        await page.locator('.device-state').getByText('Europe/Rome').waitFor();
-        await host.control('set', 'timezone', 'Europe/Oslo');
-        await page.locator('.device-state').getByText('Europe/Oslo').waitFor();
-    });
-});
-
-test('frames of every listener are listed in order, and the newest or the chosen one is shown in full', async () => {
-    await visitDevice(async (page) => {
-        await host.control('set', 'deviceName', 'Cellar');
-        await host.control('device', 'captions', 'on');
-        await line(page, '{"ok":true}').waitFor();
-        const texts = (await lines(page).allInnerTexts()).map((text) => text.replace(/\s+/g, ' '));
-        expect(texts.map((text) => / (→ in|← out) .*?(?= \{)/.exec(text)?.[0].replace(/\d+/, 'N').trim())).toEqual([
-            '→ in socket N other',
-            '← out socket N other',
-            '→ in socket N SetSettings',
-            '← out all event',
-            '← out socket N SetSettings',
-            '→ in socket N IsOrliaSelectedVA',
-            '← out socket N IsOrliaSelectedVA',
-            '→ in device N command',
-            '← out device N reply',
-        ]);
-        await page.getByRole('listbox', { name: 'Messages' }).focus();
-        await page.keyboard.press('Home');
-        await page.getByRole('option', { selected: true }).filter({ hasText: 'hello' }).waitFor();
-        const detail = page.getByRole('region', { name: 'The message in full' });
-        await line(page, 'SetSettings').first().click();
-        await expect
-            .poll(() => detail.innerText())
-            .toMatch(/^\{\n {2}"type": 24,\n[^]*"settingDBId": "deviceName",\n[^]*\n\}$/);
-        await page.keyboard.press('Escape');
-        await detail.getByText('"ok"').waitFor();
-    });
-});
-
-test('the list is filtered by text, direction, listener and type', async () => {
-    await visitDevice(async (page) => {
+test('filters work together, stay in the address, and survive a reload and sharing', async () => {
+    const keyless = (developer: Developer) => new URL(developer.page.url()).hash;
+    await visitDevice(host, async (developer) => {
+        const { page } = developer;
         await host.control('device', 'captions', 'off');
         await host.control('set', 'deviceName', 'Porch');
-        await line(page, /← out.*Porch/)
-            .last()
-            .waitFor();
-        const kinds = async () => [
-            ...new Set(await lines(page).evaluateAll((all) => all.map((one) => one.dataset['kind']))),
-        ];
+        await developer.seesMessage('by settingsctl');
         await page.getByLabel('Text').fill('PORCH');
-        await expect.poll(async () => (await kinds()).sort()).toEqual(['SetSettings', 'event']);
+        await expect.poll(() => developer.lines().count()).toBe(2);
+        await page.getByLabel('Key').selectOption('deviceName');
         await page.getByLabel('Type').selectOption('event');
-        await expect.poll(kinds).toEqual(['event']);
-        await page.getByLabel('Type').selectOption('all');
-        await page.getByLabel('Text').fill('');
-        await page.getByLabel('Listener').selectOption('device');
-        await expect.poll(kinds).toEqual(['command', 'reply']);
-        await page.getByLabel('Direction').selectOption('in');
-        await expect.poll(kinds).toEqual(['command']);
-        await page.getByLabel('Text').fill('nowhere');
-        await page.getByText('No messages').waitFor();
+        await page.getByLabel('Client').selectOption('settingsctl');
+        await expect
+            .poll(() => developer.reads())
+            .toEqual(['settingsctl | deviceName: Cellar → Porch, by settingsctl']);
+        expect(keyless(developer)).toBe('#text=PORCH&setting=deviceName&type=event&client=settingsctl');
+
+        await page.reload();
+        await page.getByText('● Connected').waitFor();
+        expect(await page.getByLabel('Client').inputValue()).toBe('settingsctl');
+        expect(await page.getByLabel('Text').inputValue()).toBe('PORCH');
+        await developer.sees('No messages');
+        await host.control('set', 'friendlyName', 'Porch');
+        await host.control('set', 'deviceName', 'New porch');
+        await expect
+            .poll(() => developer.reads())
+            .toEqual(['settingsctl | deviceName: Porch → New porch, by settingsctl']);
+
+        await page.evaluate(() => {
+            location.hash = '#client=device';
+        });
+        await host.control('device', 'captions', 'on');
+        await expect.poll(() => developer.reads()).toEqual(['device-N | captions on | done']);
+        await page.getByLabel('Client').selectOption('all');
+        await expect.poll(() => keyless(developer)).toBe('');
     });
 });
 
 test('a pause counts new messages and shows them afterwards; clearing empties the list', async () => {
-    await visitDevice(async (page) => {
+    await visitDevice(host, async (developer) => {
         await host.control('device', 'captions', 'off');
-        await line(page, '"enabled":false').waitFor();
-        const pause = page.getByRole('button', { name: 'Pause' });
-        await pause.click();
+        await developer.seesMessage('captions off');
+        await developer.uses('Pause');
         await host.control('device', 'setting', 'deviceName', 'while paused');
-        await page.getByText(/^Paused: [1-9]\d* new$/).waitFor();
-        expect(await line(page, 'while paused').count()).toBe(0);
-        await pause.click();
-        await line(page, 'while paused').first().waitFor();
-        await page.getByRole('button', { name: 'Clear' }).click();
-        await page.getByText('0 of 0').waitFor();
-        expect(await lines(page).count()).toBe(0);
+        await developer.sees(/^Paused: [1-9]\d* new$/);
+        expect(await developer.lines('while paused').count()).toBe(0);
+        await developer.uses('Pause');
+        await developer.seesMessage('while paused');
+        await developer.uses('Clear');
+        await developer.sees('0 of 0');
+        expect(await developer.lines().count()).toBe(0);
     });
 });
 
-test('only the newest 200 messages are kept', async () => {
-    await visitDevice(async (page) => {
-        await page.evaluate(
-            () =>
-                new Promise((resolve, reject) => {
-                    const socket = new WebSocket(`ws://${location.host}/settings`, 'settings.v1');
-                    let answers = 0;
-                    socket.onerror = reject;
-                    socket.onmessage = () => {
-                        answers += 1;
-                        if (answers === 150) {
-                            socket.close();
-                            resolve(null);
-                        }
-                    };
-                    socket.onopen = () => {
-                        for (let number = 1; number <= 150; number += 1) {
-                            socket.send(`{"type":18,"messageId":"${number}"}`);
-                        }
-                    };
-                }),
-        );
-        await page.getByText('200 of 200').waitFor();
-        await line(page, /← out.*"messageId":"150"/).waitFor();
-        expect(await line(page, '"messageId":"50"').count()).toBe(0);
-        expect(await line(page, '"messageId":"51"').count()).toBe(2);
-    });
-});
-
-test('a message and the list are copied as they were', async () => {
-    await visit(
+test('the newest 200 messages are kept, and fill a screen of 720 lines', async () => {
+    await visitDevice(
         host,
-        async (page, context) => {
-            await context.grantPermissions(['clipboard-read', 'clipboard-write']);
-            await page.getByText('● Connected').waitFor();
-            await host.control('device', 'captions', 'on');
-            await line(page, '{"ok":true}').waitFor();
-            await line(page, '"captions"').click();
-            await page.getByRole('button', { name: 'Copy message' }).click();
-            await page.getByText('Copied the message.').waitFor();
-            expect(await page.evaluate(() => navigator.clipboard.readText())).toBe(
-                '{"command":"captions","enabled":true}',
-            );
-            await page.getByRole('button', { name: 'Copy list' }).click();
-            await page.getByText(/^Copied \d+ messages\.$/).waitFor();
-            const lines = (await page.evaluate(() => navigator.clipboard.readText())).trimEnd().split('\n');
-            expect(lines[0]).toMatch(/^\d\d:\d\d:\d\d\.\d{3} in device \d+ \{"command":"captions","enabled":true\}$/);
+        async (developer) => {
+            await host.send(...Array.from({ length: 150 }, (_, index) => ({ type: 18, messageId: `m${index + 1}` })));
+            await developer.sees('200 of 200');
+            await expect.poll(() => developer.lines().count()).toBe(100);
+            const box = await developer.list().boundingBox();
+            expect(box?.height).toBeGreaterThan(480);
+            expect((box?.y ?? 0) + (box?.height ?? 0)).toBeGreaterThan(680);
+            await developer.list().focus();
+            await developer.press('Home', 'Enter');
+            await expect.poll(() => developer.frame('Request').innerText()).toContain('"m51"');
+            expect(await developer.frame('Answer').innerText()).toContain('"m51"');
         },
-        { path: '/device' },
+        { viewport: small },
     );
 });
 
-test('hostile text is shown as text', async () => {
-    await visitDevice(async (page) => {
-        await host.control('device', 'setting', 'deviceName', '<img src=x onerror=alert(1)>\u202e');
-        await line(page, '<img src=x onerror=alert(1)>\\u202e').first().waitFor();
-        await host.control('device', 'timezone', '<b>\u202enowhere\u0007');
-        await page.locator('.device-state').getByText('<b>\\u202enowhere\\u0007').waitFor();
-        expect(await page.locator('.device img, .device b').count()).toBe(0);
-        expect(await page.evaluate(() => document.body.innerText.includes('\u202e'))).toBe(false);
+test('frames are copied as they were, and what the filter shows as a scenario', async () => {
+    await visitDevice(host, async (developer) => {
+        await host.control('set', 'deviceName', 'Copied');
+        await host.control('device', 'captions', 'on');
+        await developer.lines('captions on').click();
+        await developer.uses('Copy frame');
+        await developer.sees('Copied the frame.');
+        expect(await developer.copied()).toBe('{"command":"captions","enabled":true}\n{"ok":true}');
+        await developer.page.getByLabel('Key').selectOption('deviceName');
+        await developer.uses('Copy as scenario, with personal values');
+        await developer.sees('Copied 3 messages.');
+        const [title, ...steps] = (await developer.copied())
+            .trimEnd()
+            .split('\n')
+            .map((line) => JSON.parse(line) as Record<string, unknown>);
+        expect(title).toMatchObject({ scenario: 1 });
+        expect(steps).toMatchObject([
+            { time: 0, at: expect.stringMatching(/^socket-\d+$/) as string, sent: { type: 24 } },
+            { at: 'all', received: { type: 25, payload: { to: 'Copied' } } },
+            { at: steps[0]?.['at'], received: { type: 24, payload: { outcome: 'changed' } } },
+        ]);
     });
-});
-
-test('after the host was killed the page reconnects, reads the state again and keeps the list', async () => {
-    await visitDevice(
-        async (page) => {
-            await host.control('device', 'timezone', 'Europe/Madrid');
-            await expectFact(page, 'timezone', 'Europe/Madrid');
-            await host.kill();
-            await page.getByText('○ Disconnected').waitFor();
-            await page.getByRole('switch', { name: 'Captions' }).click();
-            await expectReport(page, '✗ no-connection');
-            await host.resume();
-            await host.control('device', 'timezone', 'Europe/Lisbon');
-            await page.getByText('● Connected').waitFor();
-            await expectFact(page, 'timezone', 'Europe/Lisbon');
-            await line(page, 'Europe/Madrid').first().waitFor();
-            await page.getByRole('switch', { name: 'Captions' }).click();
-            await expectReport(page, '✓ Done');
-        },
-        { expected: hostIsAway },
-    );
-});
-
-test('a page that is no longer authorized says how to get a new address', async () => {
-    await visitDevice(
-        async (page) => {
-            await host.resumeAsNew();
-            await page.getByText('Not authorized').waitFor();
-            await expectAccessible(page, 'the device page that is locked out');
-        },
-        { expected: hostIsAway },
-    );
-});
-
-test('axe-core finds nothing on the page, wide and narrow, empty and with messages, and nothing scrolls sideways', async () => {
-    for (const viewport of [undefined, phone]) {
-        await visitDevice(async (page) => {
-            await expectAccessible(page, 'the empty device page');
-            await host.control('device', 'setting', 'deviceName', 'x'.repeat(5_000));
-            await line(page, '"setting"').first().click();
-            await page.getByRole('button', { name: 'Pause' }).click();
-            await page.getByRole('button', { name: 'Change locale', exact: true }).click();
-            await expectReport(page, '✗');
-            await expectAccessible(page, 'the device page with messages');
-            await expectNoSidewaysScroll(page);
-        }, viewport && { viewport });
-    }
 });
