@@ -6,6 +6,8 @@
 #include <utility>
 
 #include "SettingsHandlerKit/Sandbox.h"
+#include "simulation/ClientsWithFaults.h"
+#include "simulation/DiskWithFaults.h"
 #include "simulation/LoggingObservers.h"
 #include "simulation/SdkWithFaults.h"
 
@@ -15,7 +17,8 @@ namespace {
 
 SettingsHandlerKit::ServerOptions serverOptions(const Options& options, SettingsHandlerKit::PassedSockets sockets,
                                                 const std::shared_ptr<SettingsHandlerKit::RequestContext>& context,
-                                                const std::shared_ptr<const Faults>& faults) {
+                                                const std::shared_ptr<Faults>& faults,
+                                                const ClientsWithFaults::Later& later) {
     SettingsHandlerKit::ServerOptions chosen;
     chosen.socketPath = options.socketPath;
     chosen.listen = options.listen;
@@ -24,6 +27,9 @@ SettingsHandlerKit::ServerOptions serverOptions(const Options& options, Settings
     chosen.sockets = std::move(sockets);
     chosen.context = context;
     chosen.environment.now = [faults] { return std::chrono::system_clock::now() + faults->timeOf(Fault::CLOCK_JUMP); };
+    chosen.between = [faults, later](std::shared_ptr<SettingsHandlerKit::ClientListener> server) {
+        return std::make_shared<ClientsWithFaults>(std::move(server), faults, later);
+    };
     return chosen;
 }
 
@@ -37,19 +43,20 @@ void block(std::chrono::milliseconds time) {
 Composition::Composition(const Options& options, SettingsHandlerKit::PassedSockets sockets,
                          const std::shared_ptr<SettingsHandlerKit::RequestContext>& context,
                          const std::function<void()>& onHangUp)
-    : server(serverOptions(options, std::move(sockets), context, faults)),
+    : server(serverOptions(options, std::move(sockets), context, faults,
+                           [this](auto delay, auto action) { server.postLater(delay, std::move(action)); })),
       trace(std::make_shared<MessageTrace>()),
       console([this](const auto& action) { server.perform(action); }, server.traffic(), trace,
               PageAddress{[this] { return server.pageAddress(); }, [this] { return server.renewPageKey(); }}) {
     server.addTrafficObserver(trace);
     server.addEndpoint({"device", options.deviceSocketPath, SettingsHandlerKit::Origin::DEVICE}, console);
-    storage = std::make_unique<SettingsHandlerKit::Storage>(options.storageFile);
+    storage = std::make_unique<SettingsHandlerKit::Storage>(options.storageFile, makeDiskWithFaults(faults, block));
     // From here on signals wait for the loop, so that even one during the start ends in a clean stop.
     server.handleSignals(onHangUp);
     startHandler();
     ready = "ready: " + server.start();
     if (options.sandbox) {
-        enterSandbox(options.log.file);
+        enterSandbox(options.log.file, options.pagesFolder);
     }
 }
 
@@ -69,16 +76,36 @@ void Composition::startHandler() {
     handler->addOrliaLocaleObserver(std::make_shared<LoggingLocaleObserver>());
     handler->addFriendlyNameObserver(std::make_shared<LoggingFriendlyNameObserver>());
     handler->addEntitlementStatusObserver(std::make_shared<LoggingEntitlementObserver>());
-    faults->define(Fault::SDK_CHANGES, [this](const std::string& key) { return sdkBridge->changeByItself(key); });
-    faults->define(Fault::RESTART, [](const std::string&) { return false; });
+    defineFaults();
     console.obey(DeviceCommands(
         device, sdkBridge, appLaunch, [this] { return handler->outcome(); }, faults));
 }
 
-void Composition::enterSandbox(const std::string& logFile) {
+void Composition::defineFaults() {
+    server.addToHealth("faults", [this] { return faults->namesOn(); });
+    faults->define(Fault::SDK_CHANGES, [this](const std::string& key) { return sdkBridge->changeByItself(key); });
+    faults->define(Fault::RESTART, [this](const std::string& /*value*/) {
+        // The second of two restarts at once has nothing left to do.
+        if (!next) {
+            next = NextRun{server.handOver(), std::make_unique<HeldSignals>()};
+        }
+        return true;
+    });
+}
+
+std::optional<NextRun> Composition::run() {
+    server.run();
+    return std::move(next);
+}
+
+void Composition::enterSandbox(const std::string& logFile, const std::string& pagesFolder) {
     SettingsHandlerKit::SandboxFolders folders = server.foldersInUse();
     if (!logFile.empty()) {
         folders.changed.push_back(std::filesystem::absolute(logFile).parent_path().string());
+    }
+    if (!pagesFolder.empty()) {
+        // For the fault "restart": a host reads its pages when it starts.
+        folders.read.push_back(std::filesystem::absolute(pagesFolder).string());
     }
     SettingsHandlerKit::enterSandbox(folders);
 }

@@ -2,8 +2,10 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
+#include "HeldSignals.h"
 #include "Options.h"
 #include "SettingsHandlerKit/CheckedSettingsHandler.h"
 #include "SettingsHandlerKit/Server.h"
@@ -17,6 +19,13 @@
 #include "simulation/SimulatedSdkBridge.h"
 
 namespace SettingsHost {
+
+/// What a host leaves for the one after it, when it is to start again.
+struct NextRun {
+    SettingsHandlerKit::PassedSockets sockets;
+    /// Until the next host handles them.
+    std::unique_ptr<HeldSignals> signals;
+};
 
 /// The whole host: the kit's server, storage and handler with a simulated voice SDK and device. The only place that
 /// names concrete types. Everything runs on the thread that made it.
@@ -37,12 +46,14 @@ public:
 
     /// The line for the person who started the host, now that all listeners are open.
     const std::string& readyLine() const { return ready; }
-    /// Serves until one of the signals, then closes the listeners and drains the clients.
-    void run() { server.run(); }
+    /// Serves until one of the signals or the fault "restart", then closes the listeners and drains the clients.
+    /// Returns: what the next one needs, after a restart.
+    std::optional<NextRun> run();
 
 private:
     void startHandler();
-    void enterSandbox(const std::string& logFile);
+    void defineFaults();
+    void enterSandbox(const std::string& logFile, const std::string& pagesFolder);
 
     const std::shared_ptr<Faults> faults = std::make_shared<Faults>();
     SettingsHandlerKit::Server server;
@@ -55,6 +66,7 @@ private:
     std::shared_ptr<SimulatedAppLaunch> appLaunch;
     std::shared_ptr<SettingsHandlerKit::CheckedSettingsHandler> handler;
     std::string ready;
+    std::optional<NextRun> next;
 };
 
 }  // namespace SettingsHost
