@@ -44,14 +44,17 @@ test('arrows move within a text, the list and a frame before they leave it; Ente
             const chosen = async () => (await developer.list().getAttribute('aria-activedescendant')) ?? '';
             await developer.list().focus();
             await developer.press('Up');
+            await expect.poll(chosen).not.toBe('');
             const newest = await chosen();
             await developer.press('Up');
-            expect(await chosen()).not.toBe(newest);
+            await expect.poll(chosen).not.toBe(newest);
             await developer.press('Up');
-            await developer.expectFocus('Client');
+            await developer.expectFocus('Text');
 
             await developer.list().focus();
-            await developer.press('Home', 'Enter', 'Enter');
+            await developer.press('Home', 'Enter');
+            await developer.frame('Answer').waitFor();
+            await developer.press('Enter');
             await developer.expectFocus('Request');
             await developer.press('Right');
             await developer.expectFocus('Answer');

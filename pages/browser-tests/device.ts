@@ -82,7 +82,7 @@ export class Developer {
     focus(): Promise<string> {
         return this.page.evaluate(() => {
             const element = document.activeElement;
-            const label = element instanceof HTMLInputElement ? element.labels?.[0]?.innerText : element?.textContent;
+            const label = (element as HTMLInputElement | null)?.labels?.[0]?.innerText ?? element?.textContent;
             return element?.getAttribute('aria-label') ?? label ?? '';
         });
     }

@@ -3,17 +3,30 @@ import { useEffect, useRef } from 'preact/hooks';
 
 import type { Exchange } from './exchanges';
 import { lineId, MessageLine } from './MessageLine';
-import { keyAction, type Choice } from './listKeys';
+import { keyAction } from './listKeys';
+import type { DeviceStore } from './store';
 
-interface Props extends Choice {
-    readonly onShow: (part: Partial<Choice>) => void;
+interface Props {
+    readonly exchanges: readonly Exchange[];
+    readonly store: DeviceStore;
 }
 
 /** One line per exchange, oldest first. Follows the newest until one is chosen. */
-export function MessageList({ onShow, ...choice }: Props): JSX.Element {
-    const { exchanges, chosen } = choice;
+export function MessageList({ exchanges, store }: Props): JSX.Element {
+    const { chosen, showsFrame } = store.view;
     const active = exchanges.find(({ first }) => first.serial === chosen?.first.serial);
-    const list = useScrolledList(active, exchanges.at(-1), choice.showsFrame);
+    const list = useScrolledList(active, exchanges.at(-1), showsFrame);
+    // Keys may come faster than the page is drawn: the choice is that of now.
+    const onKeyDown = (event: KeyboardEvent) => {
+        const action = keyAction(event.key, exchanges, store.view);
+        if (action !== null) {
+            event.preventDefault();
+            event.stopPropagation();
+            store.show(action);
+        } else if (event.key === 'Enter') {
+            document.querySelector<HTMLElement>('.device-frames pre')?.focus();
+        }
+    };
     return (
         <ul
             ref={list}
@@ -23,18 +36,7 @@ export function MessageList({ onShow, ...choice }: Props): JSX.Element {
             tabIndex={0}
             aria-label="Messages, oldest first; Enter shows the frames"
             aria-activedescendant={active && lineId(active)}
-            onKeyDown={(event) => {
-                if (event.key === 'Enter' && choice.showsFrame) {
-                    event.stopPropagation();
-                    document.querySelector<HTMLElement>('.device-frames pre')?.focus();
-                }
-                const action = keyAction(event.key, choice);
-                if (action !== null) {
-                    event.preventDefault();
-                    event.stopPropagation();
-                    onShow(action);
-                }
-            }}
+            onKeyDown={onKeyDown}
         >
             {exchanges.map((exchange) => (
                 <MessageLine
@@ -42,7 +44,7 @@ export function MessageList({ onShow, ...choice }: Props): JSX.Element {
                     exchange={exchange}
                     selected={exchange === active}
                     onClick={() => {
-                        onShow({ chosen: exchange, showsFrame: exchange !== active || !choice.showsFrame });
+                        store.show({ chosen: exchange, showsFrame: exchange !== active || !showsFrame });
                     }}
                 />
             ))}

@@ -27,14 +27,7 @@ export function MessagePanel({ store }: { readonly store: DeviceStore }): JSX.El
                     store.filter(changed);
                 }}
             />
-            <MessageList
-                exchanges={shown}
-                chosen={chosen}
-                showsFrame={showsFrame}
-                onShow={(part) => {
-                    store.show(part);
-                }}
-            />
+            <MessageList exchanges={shown} store={store} />
             {showsFrame && chosen !== null && <FramePane exchange={chosen} store={store} />}
         </section>
     );

@@ -2,14 +2,17 @@ import { isBack } from '../focus/keys';
 import type { Exchange } from './exchanges';
 
 export interface Choice {
-    readonly exchanges: readonly Exchange[];
     /** Null while the list follows the newest. */
     readonly chosen: Exchange | null;
     readonly showsFrame: boolean;
 }
 
 /** What a key of the list changes; null when the list does not use the key, as an arrow that leaves it. */
-export function keyAction(key: string, { exchanges, chosen, showsFrame }: Choice): Partial<Choice> | null {
+export function keyAction(
+    key: string,
+    exchanges: readonly Exchange[],
+    { chosen, showsFrame }: Choice,
+): Partial<Choice> | null {
     const last = exchanges.length - 1;
     const index = exchanges.findIndex(({ first }) => first.serial === chosen?.first.serial);
     const choose = (place: number) => {
@@ -30,7 +33,7 @@ export function keyAction(key: string, { exchanges, chosen, showsFrame }: Choice
             return choose(last);
         case 'Enter': {
             const shown = exchanges[index < 0 ? last : index];
-            return shown === undefined ? null : { chosen: shown, showsFrame: true };
+            return shown === undefined || showsFrame ? null : { chosen: shown, showsFrame: true };
         }
         default:
             return null;
