@@ -13,6 +13,11 @@ interface Props {
 }
 
 export function FilterBar({ filter, clients, onChange }: Props): JSX.Element {
+    const choices = [
+        ['Key', 'setting', settingKeys],
+        ['Type', 'type', frameKinds],
+        ['Client', 'client', [...groups, ...clients]],
+    ] as const;
     return (
         <div class="device-filter" data-row="filter" role="search">
             <label>
@@ -27,58 +32,43 @@ export function FilterBar({ filter, clients, onChange }: Props): JSX.Element {
                     }}
                 />
             </label>
-            <Choice
-                label="Key"
-                choices={settingKeys}
-                chosen={filter.setting}
-                onChoose={(setting) => {
-                    onChange({ ...filter, setting });
-                }}
-            />
-            <Choice
-                label="Type"
-                choices={frameKinds}
-                chosen={filter.type}
-                onChoose={(type) => {
-                    onChange({ ...filter, type });
-                }}
-            />
-            <Choice
-                label="Client"
-                choices={[...groups, ...clients]}
-                chosen={filter.client}
-                onChoose={(client) => {
-                    onChange({ ...filter, client });
-                }}
-            />
+            {choices.map(([label, part, values]) => (
+                <Choice
+                    key={part}
+                    label={label}
+                    values={values}
+                    chosen={filter[part]}
+                    onChoose={(value) => {
+                        onChange({ ...filter, [part]: value });
+                    }}
+                />
+            ))}
         </div>
     );
 }
 
-interface ChoiceProps<Value extends string> {
+interface ChoiceProps {
     readonly label: string;
-    readonly choices: readonly Value[];
-    readonly chosen: Value | null;
-    readonly onChoose: (value: Value | null) => void;
+    readonly values: readonly string[];
+    readonly chosen: string | null;
+    readonly onChoose: (value: string | null) => void;
 }
 
-/** One of the choices, or all. What was chosen stays a choice when no message has it. */
-function Choice<Value extends string>({ label, choices, chosen, onChoose }: ChoiceProps<Value>): JSX.Element {
-    const all = [...new Set(chosen === null ? choices : [...choices, chosen])];
+/** One of the values, or all. What was chosen stays a choice when no message has it. */
+function Choice({ label, values, chosen, onChoose }: ChoiceProps): JSX.Element {
     return (
         <label>
             <span>{label}</span>
             <select
                 value={chosen ?? ''}
                 onChange={(event) => {
-                    const { value } = event.currentTarget;
-                    onChoose(all.find((choice) => choice === value) ?? null);
+                    onChoose(event.currentTarget.value || null);
                 }}
             >
                 <option value="">all</option>
-                {all.map((choice) => (
-                    <option key={choice} value={choice}>
-                        {visible(choice)}
+                {[...new Set([...values, ...(chosen === null ? [] : [chosen])])].map((value) => (
+                    <option key={value} value={value}>
+                        {visible(value)}
                     </option>
                 ))}
             </select>
