@@ -166,7 +166,7 @@ async function changeOften(): Promise<string> {
 const kilobytes = (bytes: number) => `${Math.round(bytes / 1024).toLocaleString('en')} KiB`;
 
 test.each([
-    ['settings', '/', '.announcement'],
+    ['settings', '/', '.message'],
     ['simulated TV', '/device', '.device-list'],
 ] as const)(
     'the memory of %s',

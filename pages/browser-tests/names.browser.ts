@@ -4,7 +4,7 @@ import { expect, test } from 'vitest';
 
 import { languageFor } from '../src/i18n/language';
 import { rows, settingsOf } from '../src/sections/rows';
-import { choicesOf, isReadOnly } from '../src/settings/catalogue';
+import { isReadOnly } from '../src/settings/catalogue';
 import { nameOfSetting, wordsFor } from '../src/settings/format';
 import { hostOfFile } from './host';
 import { enterSection, sectionIds, visitSettings } from './settings';
@@ -32,7 +32,8 @@ async function spoken(page: Page): Promise<string[]> {
         nodes.map(({ nodeId, role, name, description, properties, childIds = [] }) => {
             const checked = properties?.find((property) => property.name === 'checked')?.value.value as unknown;
             const state = checked === undefined ? '' : checked === 'true' ? ', on' : ', off';
-            const text = String(description?.value ?? '');
+            // Who changed it last is not the same in every run.
+            const text = String(description?.value ?? '').replace(/ ?Last changed by .*/, '');
             const line = `${String(role?.value)} ${String(name?.value ?? '')}${state}${text === '' ? '' : ` (${text})`}`;
             return [nodeId, { role: String(role?.value), line: line.trim(), children: childIds }];
         }),
@@ -53,20 +54,17 @@ function linesOf(setting: SettingKey, value: string | undefined): string[] {
     const about = key === undefined ? '' : ` (${english.t(key)})`;
     const onOrOff = (isOn: boolean) => (isOn ? ', on' : ', off');
     if (isReadOnly(setting)) {
-        return [`group ${name}: ${words}. Set on the device.${key === undefined ? '' : ` ${english.t(key)}`}`];
+        const reason = english.t('setOnDevice');
+        return [`button ${name} ${words} (${key === undefined ? reason : `${english.t(key)} ${reason}`})`];
     }
     if (isShownOnly) {
-        return [`group ${name}: ${words}`];
+        return [`button ${name} ${words}`];
     }
     switch (catalogue[setting].kind) {
         case 'switch':
             return [`switch ${name}${onOrOff(value === 'true')}${about}`, 'status'];
         case 'choice':
-            return [
-                `radiogroup ${name}`,
-                ...choicesOf(setting).map((choice) => `radio ${english.choices[choice]}${onOrOff(choice === value)}`),
-                'status',
-            ];
+            return [`button ${name} ${words}`, 'status'];
         case 'locales':
             return [
                 `group ${name}`,
@@ -92,7 +90,7 @@ const menu = [
     ),
 ];
 const accountActions = [
-    'group Selected assistant: This is the selected assistant',
+    'button Selected assistant This is the selected assistant',
     'button Open the assistant’s settings',
     'button Log out',
     'status',

@@ -131,14 +131,14 @@ test('after a lost connection a page has the changes of the meantime, and reads 
             sent.length = 0;
             meanwhile = () => host.send({ messageId: 'h', hello: { client: 'kitchen-remote' } }, change);
             await cut();
-            await page.getByText('Device name is now Attic, changed by kitchen-remote').waitFor();
+            await page.getByText('Device name set to Attic by kitchen-remote').waitFor();
             await expectValue(page, 'deviceName', 'Attic');
             await expect.poll(() => sent.some(({ type }) => type === 7)).toBe(true);
             await enterSection(page, 'captions');
             meanwhile = () => host.control('device', 'captions', 'on');
             await cut();
             await expectValue(page, 'captionsEnabled', 'On');
-            await page.getByText('Captions is now On').waitFor();
+            await page.getByText('Captions turned on by the TV').waitFor();
         },
         {
             prepare: async (page) => {

@@ -61,6 +61,7 @@ test.each(['mouse', 'touch'] as const)('%s alone changes a setting of every kind
             await use(row(page, 'handsFreeEnabled').getByRole('switch'));
             await expectStatus(page, 'handsFreeEnabled', 'accepted', 'Saved');
             await goTo('captions');
+            await use(row(page, 'captionsStyles').getByRole('button'));
             await use(page.getByRole('radio', { name: 'Yellow on blue' }));
             await expectStatus(page, 'captionsStyles', 'accepted', 'Saved');
             await goTo('device');

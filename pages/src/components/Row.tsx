@@ -55,7 +55,7 @@ export function Row(props: Props): JSX.Element {
             </button>
             {tools !== undefined && <div class="tools">{tools}</div>}
             {explanation !== undefined && (
-                <div class="explanation">
+                <div class="explanation" aria-hidden="true">
                     <h3>{name}</h3>
                     <div id={id}>{explanation}</div>
                 </div>

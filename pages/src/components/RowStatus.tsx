@@ -21,6 +21,7 @@ export function RowStatus({ setting }: { readonly setting: SettingKey }): JSX.El
     const draft = store.drafts.get(setting);
     const status = state.rows[setting];
     const kind = status?.kind ?? (draft === undefined ? undefined : 'draft');
+    const isBrief = kind !== 'refused' && kind !== 'draft' && kind !== 'default';
     const words = () => {
         switch (kind) {
             case undefined:
@@ -37,7 +38,7 @@ export function RowStatus({ setting }: { readonly setting: SettingKey }): JSX.El
     };
     return (
         <>
-            <p class="status" role="status" data-kind={kind}>
+            <p class={isBrief ? 'status brief' : 'status'} role="status" data-kind={kind}>
                 {kind !== undefined && <Icon name={icons[kind]} />}
                 {words()}
             </p>
