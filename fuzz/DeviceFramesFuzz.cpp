@@ -15,6 +15,7 @@
 #include "server/protocol/MessageHub.h"
 #include "server/protocol/TrafficObservers.h"
 #include "simulation/DeviceConsole.h"
+#include "simulation/World.h"
 #include "support/Check.h"
 #include "support/HostSide.h"
 
@@ -35,7 +36,8 @@ public:
         faults->define(Fault::SDK_CHANGES, [this](const std::string& key) { return sdk->changeByItself(key); });
         faults->define(Fault::RESTART, [](const std::string& /*value*/) { return true; });
         console.obey(DeviceCommands(
-            device, sdk, app, [this] { return handler->outcome(); }, faults));
+            device, sdk, app, [this] { return handler->outcome(); }, faults,
+            [this](bool withValues) { return worldFrame(currentWorld(storage, *sdk, *device, *faults), withValues); }));
         hub->perform(Origin::DEVICE, [this] { handler->initializeSettings(); });
         device->subscribe(handler, handler);
         page->take();
@@ -158,6 +160,10 @@ private:
         }
         if (name == "page") {
             check(Envelope(answer.compact("page")).text("address") == "http://page", "the address of the page");
+            return;
+        }
+        if (name == "save") {
+            check(answer.names() == Entries{"leftOut", "world"}, "the world");
             return;
         }
         if (name == "faults") {

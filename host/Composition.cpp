@@ -43,7 +43,8 @@ void block(std::chrono::milliseconds time) {
 Composition::Composition(const Options& options, SettingsHandlerKit::PassedSockets sockets,
                          const std::shared_ptr<SettingsHandlerKit::RequestContext>& context,
                          const std::function<void()>& onHangUp)
-    : server(serverOptions(options, std::move(sockets), context, faults,
+    : world(options.worldFile.empty() ? std::nullopt : std::optional<World>(worldIn(options.worldFile))),
+      server(serverOptions(options, std::move(sockets), context, faults,
                            [this](auto delay, auto action) { server.postLater(delay, std::move(action)); })),
       trace(std::make_shared<MessageTrace>()),
       console([this](const auto& action) { server.perform(action); }, server.traffic(), trace,
@@ -58,11 +59,19 @@ Composition::Composition(const Options& options, SettingsHandlerKit::PassedSocke
     if (options.sandbox) {
         enterSandbox(options.log.file, options.pagesFolder);
     }
+    if (world) {
+        for (const auto& [fault, value] : world->faults) {
+            faults->switchOn(fault, value);
+        }
+    }
 }
 
 void Composition::startHandler() {
     const auto values = server.valueObserver();
     state = storage->state("simulation");
+    if (world) {
+        storeWorld(*world, *storage, *state);
+    }
     device = std::make_shared<SimulatedDevice>(*state, values);
     sdkBridge = std::make_shared<SimulatedSdkBridge>(*state, *storage, device, values);
     appLaunch = std::make_shared<SimulatedAppLaunch>();
@@ -78,7 +87,10 @@ void Composition::startHandler() {
     handler->addEntitlementStatusObserver(std::make_shared<LoggingEntitlementObserver>());
     defineFaults();
     console.obey(DeviceCommands(
-        device, sdkBridge, appLaunch, [this] { return handler->outcome(); }, faults));
+        device, sdkBridge, appLaunch, [this] { return handler->outcome(); }, faults,
+        [this](bool withValues) {
+            return worldFrame(currentWorld(*storage, *sdkBridge, *device, *faults), withValues);
+        }));
 }
 
 void Composition::defineFaults() {

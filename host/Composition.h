@@ -17,6 +17,7 @@
 #include "simulation/SimulatedAppLaunch.h"
 #include "simulation/SimulatedDevice.h"
 #include "simulation/SimulatedSdkBridge.h"
+#include "simulation/World.h"
 
 namespace SettingsHost {
 
@@ -34,7 +35,8 @@ public:
     /// Opens port, pages, sockets and database, makes and starts the handler, then opens the listeners and enters the
     /// sandbox. What can fail comes first, so that a host that cannot start logs the reason and little else.
     /// Handles SIGINT and SIGTERM, and SIGHUP: with `onHangUp` it calls that, otherwise it stops the host unless it is
-    /// ignored. Errors: `DatabaseError`, `ListenerError`, `std::runtime_error` for pages that cannot be read.
+    /// ignored. Errors: `DatabaseError`, `ListenerError`, `WorldError`, `std::runtime_error` for pages that
+    /// cannot be read, or a world that cannot be stored.
     /// Listeners use `sockets` instead of what the options say: `settings`, `device` and `web`. `context` holds the
     /// request that is being handled.
     Composition(const Options& options, SettingsHandlerKit::PassedSockets sockets,
@@ -55,6 +57,8 @@ private:
     void defineFaults();
     void enterSandbox(const std::string& logFile, const std::string& pagesFolder);
 
+    /// Nothing without one to start with.
+    const std::optional<World> world;
     const std::shared_ptr<Faults> faults = std::make_shared<Faults>();
     SettingsHandlerKit::Server server;
     std::shared_ptr<MessageTrace> trace;

@@ -43,8 +43,9 @@ void serve(SettingsHost::Options options, const std::shared_ptr<SettingsHandlerK
         std::printf("%s\n", host.readyLine().c_str());
         std::fflush(stdout);
         next = host.run();
-        // The process stays in the sandbox.
+        // The process stays in the sandbox, and the world is stored.
         options.sandbox = false;
+        options.worldFile.clear();
     }
 }
 

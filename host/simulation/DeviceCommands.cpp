@@ -26,6 +26,8 @@ public:
         return value;
     }
 
+    bool has(const std::string& name) const { return request.HasMember(name); }
+
     std::optional<bool> boolean(const std::string& name) const {
         const auto member = request.FindMember(name);
         if (member == request.MemberEnd() || !member->value.IsBool()) {
@@ -102,12 +104,13 @@ DeviceCommands::DeviceCommands(std::shared_ptr<SimulatedDevice> simulatedDevice,
                                std::shared_ptr<SimulatedSdkBridge> simulatedSdkBridge,
                                std::shared_ptr<SimulatedAppLaunch> simulatedAppLaunch,
                                std::function<SettingsHandlerKit::Outcome()> handlerOutcome,
-                               std::shared_ptr<Faults> faultsOfHost)
+                               std::shared_ptr<Faults> faultsOfHost, SaveWorld worldFrameOfHost)
     : device(std::move(simulatedDevice)),
       sdkBridge(std::move(simulatedSdkBridge)),
       appLaunch(std::move(simulatedAppLaunch)),
       outcome(std::move(handlerOutcome)),
-      faults(std::move(faultsOfHost)) {}
+      faults(std::move(faultsOfHost)),
+      saveWorld(std::move(worldFrameOfHost)) {}
 
 std::string DeviceCommands::show(const Arguments& /*arguments*/) {
     std::map<std::string, std::string> facts = device->getDeviceInfo();
@@ -174,6 +177,12 @@ std::string DeviceCommands::switchDoNotDisturb(const Arguments& arguments) {
     return enabled ? written(sdkBridge->setDoNotDisturbEnabled(*enabled)) : notOnOrOff();
 }
 
+std::string DeviceCommands::save(const Arguments& arguments) {
+    const auto withValues = arguments.boolean("withValues");
+    return arguments.has("withValues") && !withValues ? badArgument(R"("withValues" must be true or false)")
+                                                      : saveWorld(withValues.value_or(false));
+}
+
 std::string DeviceCommands::execute(const rapidjson::Value& request) {
     static const std::map<std::string, std::string (DeviceCommands::*)(const Arguments&)> commands{
         {"show", &DeviceCommands::show},
@@ -184,6 +193,7 @@ std::string DeviceCommands::execute(const rapidjson::Value& request) {
         {"handsfree", &DeviceCommands::switchHandsfree},
         {"captions", &DeviceCommands::switchCaptions},
         {"doNotDisturb", &DeviceCommands::switchDoNotDisturb},
+        {"save", &DeviceCommands::save},
     };
     const Arguments arguments(request);
     const std::string name = arguments.text("command").value_or("");

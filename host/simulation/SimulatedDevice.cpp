@@ -4,8 +4,6 @@
 #include <iterator>
 #include <utility>
 
-#include "SettingsHandler/SettingsNames.h"
-
 namespace SettingsHost {
 
 namespace {
@@ -63,6 +61,20 @@ bool SimulatedDevice::isOn(Mode mode) const {
     return std::any_of(std::begin(modeNames), std::end(modeNames), [&](const ModeNames& names) {
         return names.mode == mode && modes.at(names.deviceInfoKey) == on;
     });
+}
+
+std::optional<bool> SimulatedDevice::isOn(SettingsHandler::SettingsNamesType setting) const {
+    const auto key = stateKeyOf(setting);
+    return key ? std::optional<bool>(modes.at(*key) == on) : std::nullopt;
+}
+
+std::optional<std::string> SimulatedDevice::stateKeyOf(SettingsHandler::SettingsNamesType setting) {
+    for (const auto& names : modeNames) {
+        if (names.setting == setting) {
+            return names.deviceInfoKey;
+        }
+    }
+    return std::nullopt;
 }
 
 void SimulatedDevice::subscribe(

@@ -194,7 +194,7 @@ TEST_F(Examples, AreAcceptedAfterAMutationExactlyWhenTheirSchemaAcceptsThem) {
     int number = 0;
     for (const std::string name :
          {"get-settings", "set-settings", "answers", "assistant", "batch", "resume", "history", "catalogue",
-          "administration", "device-commands", "device-switches", "device-faults"}) {
+          "administration", "device-commands", "device-switches", "device-faults", "device-save"}) {
         for (const auto& step : WireTests::exampleNamed(name).steps) {
             // Requests without any answer have no fault but of their type; nor have those that set the same value
             // again.

@@ -37,6 +37,7 @@ const Places& kindsAt(Listener listener) {
     static const Places device{{"ok", "device-done"},
                                {"device", "device-state"},
                                {"faults", "device-faults"},
+                               {"world", "device-world"},
                                {"page", "device-page"},
                                {"trace", "device-trace"},
                                {"error", "device-refusal"}};

@@ -18,8 +18,8 @@ protected:
         traffic->add(recording);
         hub->connected(page);
         console.obey(DeviceCommands(
-            device, sdk, std::make_shared<SimulatedAppLaunch>(), [this] { return outcome; },
-            std::make_shared<Faults>()));
+            device, sdk, std::make_shared<SimulatedAppLaunch>(), [this] { return outcome; }, std::make_shared<Faults>(),
+            [](bool) { return std::string("{}"); }));
         console.connected(client);
         console.connected(watcher);
         recording->take();
