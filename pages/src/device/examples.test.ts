@@ -8,8 +8,8 @@ import { traceOf } from './messages';
 import { outcomeOf } from './session';
 
 /** Replies that the host does not trace, and the commands that it does not. */
-const untracedReplies = /^device-(trace|page|faults|state)$/;
-const untracedCommands = ['show', 'page', 'trace', 'faults'];
+const untracedReplies = /^device-(trace|page|faults|state|world)$/;
+const untracedCommands = ['show', 'page', 'trace', 'faults', 'save'];
 
 const traced = everyStep.filter(isTraced);
 
