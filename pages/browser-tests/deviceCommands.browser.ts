@@ -33,9 +33,9 @@ test('a developer gives every command by keys alone and sees what it did', async
         await developer.press('Tab');
         await developer.types('Den');
         await developer.press('Enter');
-        await developer.seesResult('✓ Done: setting deviceName Den');
+        await developer.seesResult('setting deviceName Den: done');
         await developer.press('Enter');
-        await developer.seesResult('= No change: setting deviceName Den');
+        await developer.seesResult('setting deviceName Den: unchanged');
     });
     expect(await host.control('get', 'deviceName', 'orliaLocale', 'timezone')).toBe(
         'deviceName=Den\norliaLocale=["ja-JP","de-DE"]\ntimezone=Asia/Tokyo\n',
@@ -68,13 +68,13 @@ test('a refused command says why', async () => {
             ['Change locales', '"values" must be an array of locales'],
         ] as const) {
             await developer.uses(button);
-            await developer.seesResult(`✗ bad-argument: ${reason}`);
+            await developer.seesResult(`refused, bad-argument: ${reason}`);
         }
         await developer.seesState('timezone', 'Asia/Tokyo');
         await developer.page.getByLabel('System setting').fill('orliaLocale');
         await developer.page.getByLabel('Value', { exact: true }).fill('{}');
         await developer.uses('Report setting');
-        await developer.seesResult('✗ not-passed-on: the value must be a JSON array of at most 32 levels');
+        await developer.seesResult('refused, not-passed-on: the value must be a JSON array of at most 32 levels');
     });
 });
 

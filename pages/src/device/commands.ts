@@ -5,11 +5,6 @@ export interface Command {
     readonly [argument: string]: unknown;
 }
 
-/** The result of a command. */
-export type Outcome =
-    | { readonly ok: true; /** False when the value was the same. */ readonly changed?: false }
-    | { readonly ok: false; readonly code: string; readonly message: string };
-
 /** A switch of the simulated device: its command, and the member of the device state that shows it. */
 export interface DeviceSwitch {
     readonly command: string;

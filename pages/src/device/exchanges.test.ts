@@ -87,10 +87,10 @@ test('a batch has an answer for each request that asks for one', () => {
 });
 
 test('a request that asks for no answer says so', () => {
-    expect(paired([messageOf({ type: 24 }), messageOf({ type: 22 }), messageOf({ type: 7, messageId: 'm' })])).toEqual([
+    expect(paired([messageOf({ type: 24 }), messageOf({ type: 22 }), messageOf({ batch: [{ type: 24 }] })])).toEqual([
         'Set undefined to undefined | asks for no answer',
         'LogOut | asks for no answer',
-        'Read every setting | asks for no answer',
+        'Batch: Set undefined to undefined | asks for no answer',
     ]);
 });
 

@@ -17,32 +17,20 @@ export interface Facts {
     readonly name: string | null;
 }
 
-const inBatch: readonly FrameKind[] = ['GetSettings', 'IsOrliaSelectedVA', 'SetSettings'];
+const mayBeSilent: readonly FrameKind[] = ['OpenVASettings', 'LogOut', 'SetSettings'];
 
-/** How many answers the host will send; a frame that it does not understand gets a refusal. */
+/** How many answers the host will send; also what it does not understand gets one, a refusal. */
 function asksOf(frame: Frame): number {
-    const { messageId, payload, answer } = frame;
-    switch (kindOf(frame)) {
-        case 'GetSettings':
-            return messageId !== undefined && payload !== undefined ? 1 : 0;
-        case 'IsOrliaSelectedVA':
-            return messageId !== undefined ? 1 : 0;
-        case 'OpenVASettings':
-        case 'LogOut':
-        case 'SetSettings':
-            return answer === true ? 1 : 0;
-        case 'batch': {
-            const asks = listOf(frame, 'batch').map((item) =>
-                isRecord(item) && inBatch.includes(kindOf(item)) ? asksOf(item) : null,
-            );
-            // Of a refused batch there is one.
-            return asks.length === 0 || asks.includes(null)
-                ? 1
-                : asks.reduce<number>((sum, count) => sum + (count ?? 0), 0);
-        }
-        default:
-            return 1;
-    }
+    const kind = kindOf(frame);
+    return kind === 'batch'
+        ? requestsOf(frame).reduce((sum, request) => sum + asksOf(request), 0)
+        : mayBeSilent.includes(kind) && frame['answer'] !== true
+          ? 0
+          : 1;
+}
+
+function requestsOf(batch: Frame): readonly Frame[] {
+    return listOf(batch, 'batch').filter(isRecord);
 }
 
 export function factsOf({ text, direction, listener }: Pick<Trace, 'text' | 'direction' | 'listener'>): Facts {
@@ -53,10 +41,7 @@ export function factsOf({ text, direction, listener }: Pick<Trace, 'text' | 'dir
     return {
         kind,
         words: summary(kind === 'other' ? text : wordsOf(frame, direction)),
-        ids:
-            kind === 'event'
-                ? []
-                : [frame, ...listOf(frame, 'batch').filter(isRecord)].map(({ messageId }) => messageId),
+        ids: kind === 'event' ? [] : [frame, ...requestsOf(frame)].map(({ messageId }) => messageId),
         asks: isRequest ? asksOf(frame) : 0,
         refused: kind === 'refusal' || part(frame, 'payload')['outcome'] === 'refused',
         name: typeof name === 'string' ? name : null,

@@ -46,7 +46,10 @@ export class MessageLog {
         const facts = factsOf(trace);
         const name = facts.name ?? this.names.get(connectionOf(trace)) ?? null;
         if (facts.kind === 'hello' && trace.direction === 'in' && facts.name !== null) {
-            this.remember(connectionOf(trace), facts.name);
+            this.names.set(connectionOf(trace), facts.name);
+        }
+        if (this.names.size > maxNames) {
+            this.names.delete([...this.names.keys()][0] ?? '');
         }
         const message = { ...trace, ...facts, name, serial: this.total, arrived: this.now(), link: this.link };
         this.kept = [...this.kept, message].slice(-this.capacity);
@@ -82,12 +85,5 @@ export class MessageLog {
             time: this.pause?.time ?? this.now(),
             link: this.pause?.link ?? this.link,
         };
-    }
-
-    private remember(connection: string, name: string): void {
-        this.names.set(connection, name);
-        if (this.names.size > maxNames) {
-            this.names.delete(this.names.keys().next().value ?? '');
-        }
     }
 }

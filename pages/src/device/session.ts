@@ -1,4 +1,4 @@
-import type { Command, Outcome } from './commands';
+import type { Command } from './commands';
 import { parseObject, traceOf, type Frame, type Trace } from './messages';
 
 type ReplyHandler = (reply: Frame) => void;
@@ -53,16 +53,4 @@ export class DeviceSession {
             this.traced(trace);
         }
     }
-}
-
-export function outcomeOf(reply: Frame): Outcome {
-    if (reply['ok'] === true) {
-        return reply['changed'] === false ? { ok: true, changed: false } : { ok: true };
-    }
-    const { code, message } = (reply['error'] ?? {}) as Frame;
-    return {
-        ok: false,
-        code: typeof code === 'string' ? code : 'unknown-reply',
-        message: typeof message === 'string' ? message : 'the host sent an unknown reply',
-    };
 }

@@ -70,9 +70,16 @@ test('the result of a command is shown, and state and faults are requested', () 
     open();
     store.run({ command: 'timezone', value: 'Europe/Rome' });
     receive({ ok: true }, { device: { timezone: 'Europe/Rome' } });
-    expect(store.view.result).toMatchObject({ command: { command: 'timezone' }, outcome: { ok: true } });
+    expect(store.view.result).toEqual({ words: 'timezone Europe/Rome: done', refused: false });
     expect(store.view.state).toEqual({ timezone: 'Europe/Rome' });
     expect(sent.slice(1)).toEqual(refresh);
+});
+
+test('a reply of an unknown form is shown as refused', () => {
+    open();
+    store.run({ command: 'captions', enabled: true });
+    receive({ surprise: 1 });
+    expect(store.view.result?.refused).toBe(true);
 });
 
 test('the state is requested once after a burst of traces', () => {
@@ -90,9 +97,9 @@ test('a lost connection fails commands and keeps messages, state and faults', ()
     receiveTrace('kept');
     store.run({ command: 'captions', enabled: true });
     store.closed();
-    expect(store.view.result?.outcome).toMatchObject({ code: 'no-reply' });
+    expect(store.view.result).toMatchObject({ words: expect.stringContaining('no-reply') as string, refused: true });
     store.run({ command: 'captions', enabled: true });
-    expect(store.view.result?.outcome).toMatchObject({ code: 'no-connection' });
+    expect(store.view.result?.words).toBe('captions on: refused, no-connection: the host cannot be reached');
     vi.advanceTimersByTime(refreshDelay * 10);
     expect(sent).toHaveLength(1);
     expect(listed()).toEqual(['kept']);

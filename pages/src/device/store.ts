@@ -1,17 +1,19 @@
-import type { Command, Outcome } from './commands';
+import type { Command } from './commands';
 import { answerTime, type Exchange } from './exchanges';
 import { faultsOf, type Fault } from './faults';
+import { summary } from './format';
 import { filterOf, fragmentOf, type Filter } from './filter';
 import { MessageLog, type LogView } from './messageLog';
 import { isRecord, type Trace } from './messages';
-import { DeviceSession, outcomeOf } from './session';
+import { DeviceSession } from './session';
+import { sayRequest, wordsOf } from './words';
 
 export type DeviceState = Readonly<Record<string, string>>;
 export type ConnectionState = 'connecting' | 'connected' | 'lost' | 'unauthorized';
 
 export interface Result {
-    readonly command: Command;
-    readonly outcome: Outcome;
+    readonly words: string;
+    readonly refused: boolean;
 }
 
 /** Everything that the page shows but the messages. */
@@ -21,7 +23,7 @@ export interface View {
     readonly state: DeviceState | null;
     /** Empty with a host that has none. */
     readonly faults: readonly Fault[];
-    /** The last command that a person gave. */
+    /** What came of the last command that a person gave. */
     readonly result: Result | null;
     readonly filter: Filter;
     /** Null while the list follows the newest. */
@@ -115,7 +117,8 @@ export class DeviceStore {
 
     run(command: Command): void {
         this.session.request(command, (reply) => {
-            this.show({ result: { command, outcome: outcomeOf(reply) } });
+            const words = summary(`${sayRequest(command)}: ${wordsOf(reply, 'out')}`);
+            this.show({ result: { words, refused: !('ok' in reply) } });
             this.refresh();
         });
     }
