@@ -34,6 +34,7 @@ const paths = {
 } as const;
 
 export type IconName = keyof typeof paths;
+export const iconNames = Object.keys(paths) as readonly IconName[];
 
 interface Props {
     readonly name: IconName;
