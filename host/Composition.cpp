@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <stdexcept>
 #include <thread>
 #include <utility>
 
@@ -89,7 +90,12 @@ void Composition::startHandler() {
     console.obey(DeviceCommands(
         device, sdkBridge, appLaunch, [this] { return handler->outcome(); }, faults,
         [this](bool withValues) {
-            return worldFrame(currentWorld(*storage, *sdkBridge, *device, *faults), withValues);
+            const auto failures = storage->health().failures;
+            const World present = currentWorld(*storage, *sdkBridge, *device, *faults);
+            if (storage->health().failures != failures) {
+                throw std::runtime_error("a value of the world could not be read");
+            }
+            return worldFrame(present, withValues);
         }));
 }
 

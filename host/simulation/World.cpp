@@ -1,9 +1,9 @@
 #include "simulation/World.h"
 
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <set>
 
 #include "SettingsHandlerKit/SettingDescriptions.h"
@@ -183,8 +183,13 @@ World worldOf(const std::string& text) {
 World worldIn(const std::string& file) {
     errno = 0;
     std::ifstream stream(file, std::ios::binary);
-    const std::string text{std::istreambuf_iterator<char>(stream), {}};
-    if (!stream) {
+    std::string text;
+    std::array<char, 65536> bytes{};
+    do {
+        stream.read(bytes.data(), bytes.size());
+        text.append(bytes.data(), static_cast<std::size_t>(stream.gcount()));
+    } while (stream);
+    if (!stream.eof()) {
         throw WorldError(file + ": " + std::strerror(errno));
     }
     try {
