@@ -162,6 +162,11 @@ test('the newest 200 messages are kept, and fill a screen of 720 lines', async (
             await developer.press('Home', 'Enter');
             await expect.poll(() => developer.frame('Request').innerText()).toContain('"m51"');
             expect(await developer.frame('Answer').innerText()).toContain('"m51"');
+            await host.control('get');
+            await developer.lines('Read every setting').click();
+            await expect.poll(() => developer.frame('Answer').innerText()).toContain('captionsEnabled');
+            const frame = await developer.frame('Answer').boundingBox();
+            expect((frame?.y ?? 0) + (frame?.height ?? 0)).toBeLessThanOrEqual(small.height);
         },
         { viewport: small },
     );

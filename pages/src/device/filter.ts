@@ -53,6 +53,6 @@ export function filterExchanges(exchanges: readonly Exchange[], filter: Filter):
         (setting === null || message.text.includes(JSON.stringify(setting))) &&
         (type ?? message.kind) === message.kind &&
         (client === null || isOf(message, client)) &&
-        `${message.words}\n${message.text}`.toLowerCase().includes(text);
+        (text === '' || `${message.words}\n${message.text}`.toLowerCase().includes(text));
     return exchanges.filter(({ first, answers }) => matches(first) || answers.some(matches));
 }

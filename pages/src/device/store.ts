@@ -48,7 +48,7 @@ export class DeviceStore {
     constructor(
         send: (text: string) => void,
         private readonly changed: () => void,
-        private readonly address: Pick<Location, 'hash' | 'pathname'> = location,
+        private readonly address: Pick<Location, 'hash' | 'pathname' | 'search'> = location,
     ) {
         this.session = new DeviceSession(send, (trace) => {
             this.traced(trace);
@@ -80,7 +80,7 @@ export class DeviceStore {
 
     /** Keeps the filter in the address, so that a reload and a shared address have it. */
     filter(filter: Filter): void {
-        history.replaceState(null, '', this.address.pathname + fragmentOf(filter));
+        history.replaceState(null, '', this.address.pathname + this.address.search + fragmentOf(filter));
         this.show({ filter });
     }
 
