@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <thread>
 
+#include <pwd.h>
 #include <unistd.h>
 
 #include "support/ConnectedSocket.h"
@@ -26,13 +27,15 @@ bool accepts(int port) {
 }  // namespace
 
 BrokerProcess::BrokerProcess() : number(TestSupport::listeningTcpSocket("127.0.0.1").port()) {
-    // A subscriber of all televisions has as many messages waiting as there are televisions.
-    std::ofstream(folder / "mosquitto.conf") << "listener " << number << " 127.0.0.1\n"
-                                             << "allow_anonymous true\n"
-                                                "persistence false\n"
-                                                "log_dest none\n"
-                                                "max_queued_messages 0\n"
-                                                "set_tcp_nodelay true\n";
+    // As another user it would outlive this process. A subscriber of all televisions has as many messages waiting as
+    // there are televisions.
+    std::ofstream(folder / "mosquitto.conf")
+        << "user " << ::getpwuid(::geteuid())->pw_name << "\nlistener " << number << " 127.0.0.1\n"
+        << "allow_anonymous true\n"
+           "persistence false\n"
+           "log_dest none\n"
+           "max_queued_messages 0\n"
+           "set_tcp_nodelay true\n";
     start();
 }
 

@@ -16,7 +16,8 @@ namespace Benchmarks {
 
 namespace {
 
-constexpr std::chrono::seconds patience{300};
+/// Connections that a broker did not accept are tried again after up to a minute.
+constexpr std::chrono::seconds patience{200};
 /// libmosquitto has a connection and a pair of sockets.
 constexpr std::size_t descriptorsOfOne = 3;
 constexpr std::size_t otherDescriptors = 50;

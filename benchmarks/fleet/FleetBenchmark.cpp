@@ -10,7 +10,8 @@
 #include "support/Arguments.h"
 #include "support/Results.h"
 
-/// How a broker with many televisions behaves, and what one of them takes in bridge and broker.
+/// How a broker with many televisions behaves, and what one of them takes in bridge and broker. An argument is a number
+/// of televisions to measure in place of the usual ones.
 namespace {
 
 using namespace Benchmarks;
@@ -34,17 +35,43 @@ std::string withCommas(std::size_t number) {
 
 void report(Results& results, const std::string& column, const Rounds& rounds) {
     for (const auto& [name, values] : rounds) {
-        results.add(Figure{"fleet/" + name + "/" + column, "", values});
+        std::string path = "fleet/";
+        path.append(name).append("/").append(column);
+        results.add(Figure{path, "", values});
     }
 }
 
-void addCurve(Results& results, const std::string& plot, const std::string& unit, const char* name,
-              const std::map<std::size_t, Rounds>& sizes) {
-    Series curve{plot, std::string(name).substr(0, std::string(name).rfind(',')), "televisions", unit, {}};
+struct Curve {
+    const char* plot;
+    const char* title;
+    /// One of `FleetNames`.
+    const char* name;
+    const char* unit;
+};
+
+constexpr Curve curves[] = {
+    {"A fleet, times", "all at once", FleetNames::connected, "ms"},
+    {"A fleet, times", "broker restarted", FleetNames::connectedAgain, "ms"},
+    {"A fleet, times", "group command", FleetNames::command, "ms"},
+    {"A fleet, times", "change, 99 %", FleetNames::slowChange, "ms"},
+    {"A fleet, times", "change, median", FleetNames::change, "ms"},
+    {"A fleet, memory", "one in the bridge", FleetNames::bridgeMemory, "KiB"},
+    {"A fleet, memory", "one in the broker", FleetNames::brokerMemory, "KiB"},
+};
+
+void addCurve(Results& results, const Curve& wanted, const std::map<std::size_t, Rounds>& sizes) {
+    Series curve{wanted.plot, wanted.title, "televisions", wanted.unit, {}};
     for (const auto& [size, rounds] : sizes) {
-        curve.points.emplace_back(size, median(rounds.at(name)));
+        if (rounds.count(wanted.name) > 0) {
+            curve.points.emplace_back(size, median(rounds.at(wanted.name)));
+        }
     }
     results.add(curve);
+}
+
+/// A large fleet takes minutes.
+int roundsOf(std::size_t size, const Arguments& arguments) {
+    return size > 3000 ? 1 : std::min(arguments.rounds, 3);
 }
 
 FleetEffort quickEffort() {
@@ -61,32 +88,27 @@ Results measure(const Arguments& arguments) {
     ::mosquitto_lib_init();
     FleetEffort effort = arguments.quick ? quickEffort() : FleetEffort();
     if (!arguments.others.empty()) {
-        effort.sizes = {std::stoul(arguments.others[0])};
-        effort.idleSeconds = 1;
+        effort.sizes = {std::stoul(arguments.others.front())};
     }
     std::map<std::size_t, Rounds> sizes;
     Rounds idle;
     Rounds program;
-    for (int number = 1; number <= arguments.rounds; ++number) {
-        for (const std::size_t size : effort.sizes) {
-            std::fprintf(stderr, "round %d of %d, %zu televisions\n", number, arguments.rounds, size);
+    for (const std::size_t size : effort.sizes) {
+        for (int number = 1; number <= roundsOf(size, arguments); ++number) {
+            std::fprintf(stderr, "%zu televisions, round %d\n", size, number);
             addTo(sizes[size], measureFleet(size, effort));
         }
-        addTo(idle, measureIdleFleet(effort));
-        addTo(program, measureProgram(effort));
     }
+    addTo(idle, measureIdleFleet(effort));
+    addTo(program, measureProgram(effort));
     Results results;
     for (const auto& [size, rounds] : sizes) {
         report(results, withCommas(size), rounds);
     }
     report(results, withCommas(effort.idleTelevisions), idle);
     report(results, "settings-mqtt", program);
-    for (const char* const name :
-         {FleetNames::connectedAgain, FleetNames::command, FleetNames::slowChange, FleetNames::change}) {
-        addCurve(results, "A fleet, times", "ms", name, sizes);
-    }
-    for (const char* const name : {FleetNames::bridgeMemory, FleetNames::brokerMemory}) {
-        addCurve(results, "A fleet, memory", "KiB", name, sizes);
+    for (const auto& curve : curves) {
+        addCurve(results, curve, sizes);
     }
     return results;
 }
