@@ -114,6 +114,13 @@ the system bus, as properties and signals. Members of the group settings-host
 change settings, everybody reads those that are not personal.")
   set(CPACK_DEBIAN_DBUS_PACKAGE_DEPENDS "${CPACK_DEBIAN_DBUS_PACKAGE_DEPENDS}, dbus")
 endif()
+if(TARGET settings-mqtt)
+  package_bridge(mqtt settings-mqtt "settings of a voice assistant - on MQTT
+Publishes the settings of settings-host, or of another service with its wire,
+at an MQTT broker, and carries out commands for one device, for groups and for
+all. Operators of many devices and Home Assistant use it. Personal settings
+are not offered unless asked for.")
+endif()
 
 # Packages that are built with the library will depend on this version of it, or a newer one.
 set(shlibs "")

@@ -64,13 +64,13 @@ Findings checkSockets(const Context& context, const std::string& path) {
     return findings;
 }
 
+std::string orEmpty(const char* text) {
+    return text == nullptr ? "" : text;
+}
+
 Findings checkBridges() {
-    const auto valueOf = [](const char* variable) {
-        const char* const value = std::getenv(variable);
-        return std::string(value == nullptr ? "" : value);
-    };
-    BridgePlaces places{valueOf("PATH"), {"/run"}};
-    const std::string own = valueOf("XDG_RUNTIME_DIR");
+    BridgePlaces places{orEmpty(std::getenv("PATH")), {"/run"}};
+    const std::string own = orEmpty(std::getenv("XDG_RUNTIME_DIR"));
     if (!own.empty()) {
         places.runtimeFolders.insert(places.runtimeFolders.begin(), own);
     }

@@ -89,16 +89,21 @@ struct MosquittoBroker::Callbacks {
 };
 
 MosquittoBroker::MosquittoBroker(MosquittoOptions chosen)
-    : options(std::move(chosen)), pauses(options.longestPause, options.seed), connection(nullptr, mosquitto_destroy) {}
+    : options(std::move(chosen)),
+      pauses(options.firstPause, options.longestPause, options.seed),
+      connection(nullptr, mosquitto_destroy) {
+    mosquitto_lib_init();
+}
 
-MosquittoBroker::~MosquittoBroker() = default;
+MosquittoBroker::~MosquittoBroker() {
+    connection.reset();
+    mosquitto_lib_cleanup();
+}
 
 void MosquittoBroker::subscribe(const std::vector<std::string>& topics) {
-    std::vector<char*> filters;
-    for (const auto& topic : topics) {
-        // libmosquitto reads them only.
-        filters.push_back(const_cast<char*>(topic.c_str()));
-    }
+    std::vector<std::string> copies = topics;
+    std::vector<char*> filters(copies.size());
+    std::transform(copies.begin(), copies.end(), filters.begin(), [](std::string& topic) { return topic.data(); });
     mosquitto_subscribe_multiple(connection.get(), nullptr, static_cast<int>(filters.size()), filters.data(), 1, 0,
                                  nullptr);
 }

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "Broker.h"
-#include "Pauses.h"
 #include "bridge/Loop.h"
+#include "mosquitto/Pauses.h"
 
 struct mosquitto;
 
@@ -24,6 +24,7 @@ struct MosquittoOptions {
     Message lastWill;
     /// In seconds.
     int keepalive = 60;
+    Pauses::Milliseconds firstPause{1000};
     Pauses::Milliseconds longestPause{120000};
     std::uint64_t seed = 0;
     /// Files; TLS is used when there is a CA.
@@ -36,7 +37,7 @@ struct MosquittoOptions {
     std::function<void(int level, const std::string& text)> log = [](int, const std::string&) {};
 };
 
-/// A connection by libmosquitto, for which `mosquitto_lib_init` comes first. It connects again by itself, after pauses.
+/// A connection by libmosquitto. It connects again by itself, after pauses.
 class MosquittoBroker : public Broker, public SettingsBridge::Source {
 public:
     explicit MosquittoBroker(MosquittoOptions chosen);
