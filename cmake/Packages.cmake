@@ -99,6 +99,8 @@ macro(package_bridge component name)
   set(CPACK_DEBIAN_${upper}_PACKAGE_DEPENDS "systemd-standalone-sysusers | systemd-sysusers")
   set(CPACK_DEBIAN_${upper}_PACKAGE_SUGGESTS "settings-host, settingsctl")
   set(CPACK_DEBIAN_${upper}_PACKAGE_CONTROL_EXTRA "")
+  # Arguments of a macro are no variables, which the scripts need.
+  set(bridge ${name})
   foreach(script postinst prerm postrm)
     configure_file(packaging/debian/bridge/${script}.in debian/${name}/${script} @ONLY)
     list(APPEND CPACK_DEBIAN_${upper}_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/debian/${name}/${script})

@@ -72,7 +72,7 @@ private:
 
     /// Whatever happens, the next thing to do is done in time.
     struct TimerSetter {
-        const Session& session;
+        Session& session;
         ~TimerSetter();
     };
 
@@ -93,7 +93,7 @@ private:
 
     void queue(EventOrder::Told told);
     void tell();
-    void setTimer() const;
+    void setTimer();
 
     Options options;
     WakeUp wakeUp;

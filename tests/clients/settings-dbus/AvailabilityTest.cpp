@@ -58,7 +58,9 @@ TEST_F(DbusAvailability, EveryChangeIsReportedInOrderWithoutAGap) {
                   "org.freedesktop.DBus.Properties.PropertiesChanged ('org.settingshandler.Settings1', "
                   "{'Timezone': <'zone " +
                       text + "'>}, @as [])");
-        ASSERT_EQ(changes(1).front(), "timezone=zone " + text + " " + text);
+        std::string change = "timezone=zone ";
+        change += text + " " + text;
+        ASSERT_EQ(changes(1).front(), change);
     }
     EXPECT_EQ(get("Timezone"), "s \"zone 1000\"");
 }

@@ -32,7 +32,7 @@ void FakeHost::accept() {
 
 std::string FakeHost::nextChange() {
     for (;;) {
-        const std::string frame = peer->receiveLine();
+        std::string frame = peer->receiveLine();
         if (!reply(frame)) {
             return frame;
         }

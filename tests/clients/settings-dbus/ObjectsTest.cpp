@@ -33,7 +33,7 @@ Words exampleFor(const Wire::SettingDescription& setting) {
         case Wire::SettingKind::LOCALES:
             return {"as", "2", "\"fr-FR\"", "\"de-DE\""};
         case Wire::SettingKind::LIST:
-            return {"as", "2", "\"a \\\" phone\"", "\"\""};
+            return {"as", "2", R"("a \" phone")", R"("")"};
         case Wire::SettingKind::CHOICE:
             return {"s", '"' + setting.values.back() + '"'};
         case Wire::SettingKind::TIMEZONE:
@@ -82,9 +82,9 @@ TEST_F(DbusObjects, HaveAPropertyForEachSettingOfTheCatalogue) {
             std::string name, type, signature;
             words >> name >> type >> signature;
             if (type == "property") {
-                found.insert(name + " property " + signature + " " +
-                             line.substr(line.find("emits-change"))
-                                 .substr(0, line.find("writable") == std::string::npos ? 12 : 21));
+                std::string property = name;
+                property += " property " + signature + " emits-change";
+                found.insert(line.find(" writable") == std::string::npos ? property : property + " writable");
             }
         }
         EXPECT_EQ(found, expected) << object;

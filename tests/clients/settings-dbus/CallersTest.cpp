@@ -11,7 +11,7 @@ namespace {
 
 using Bus = std::unique_ptr<sd_bus, decltype(&sd_bus_unref)>;
 
-class DbusFlood : public Fixture {
+class DbusCallers : public Fixture {
 protected:
     void SetUp() override {
         startBus();
@@ -35,8 +35,20 @@ protected:
                                  "timezone", value.c_str());
     }
 
+    /// Returns when the bus has passed on what was sent.
+    static void finishSending(const Bus& bus) {
+        sd_bus_call_method(bus.get(), "org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId", nullptr, nullptr,
+                           "");
+    }
+
     std::optional<FakeHost> fake;
 };
+
+int note(sd_bus_message* message, void* notes, sd_bus_error* /*error*/) {
+    const char* const signal = sd_bus_message_get_member(message);
+    static_cast<Words*>(notes)->emplace_back(signal == nullptr ? "answer" : signal);
+    return 0;
+}
 
 int countErrors(sd_bus_message* reply, void* errors, sd_bus_error* /*error*/) {
     const sd_bus_error* const error = sd_bus_message_get_error(reply);
@@ -46,7 +58,41 @@ int countErrors(sd_bus_message* reply, void* errors, sd_bus_error* /*error*/) {
 
 }  // namespace
 
-TEST_F(DbusFlood, OfOneCallerLeavesTheOthersServed) {
+TEST_F(DbusCallers, HaveTheirTurns) {
+    Words ignored;
+    const Bus first = connect();
+    const Bus second = connect();
+    send(first, "held", note, &ignored);
+    finishSending(first);
+    const std::string held = fake->nextChange();
+    for (int number = 0; number < 10; ++number) {
+        send(first, "first", note, &ignored);
+    }
+    finishSending(first);
+    send(second, "second", note, &ignored);
+    finishSending(second);
+    fake->answer(held, R"("outcome":"unchanged")");
+    EXPECT_NE(fake->nextChange().find("second"), std::string::npos);
+}
+
+TEST_F(DbusCallers, HaveTheSignalsBeforeTheAnswer) {
+    Words notes;
+    const Bus bus = connect();
+    sd_bus_match_signal(bus.get(), nullptr, busName, mainObject, nullptr, nullptr, note, &notes);
+    send(bus, "Asia/Tokyo", note, &notes);
+    finishSending(bus);
+    const std::string change = fake->nextChange();
+    fake->sendLine(R"({"type":25,"messageId":"h","timestamp":1,"sequence":1,"origin":"socket","payload":{)"
+                   R"("settingDBId":"timezone","from":"","to":"Asia/Tokyo"}})");
+    fake->answer(change, R"("outcome":"changed")");
+    while (notes.size() < 3 && sd_bus_wait(bus.get(), UINT64_MAX) >= 0) {
+        while (sd_bus_process(bus.get(), nullptr) > 0) {
+        }
+    }
+    EXPECT_EQ(notes, (Words{"PropertiesChanged", "Changed", "answer"}));
+}
+
+TEST_F(DbusCallers, ThatFloodTheBridgeLeaveTheOthersServed) {
     constexpr int calls = 500;
     std::map<std::string, int> results;
     const Bus flooding = connect();
