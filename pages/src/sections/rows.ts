@@ -29,11 +29,11 @@ export const rows: Readonly<Record<SettingKey, Row>> = {
     captionsFontSize: { section: 'captions' },
     captionsStyles: { section: 'captions' },
     handsFreeEnabled: { section: 'voice' },
+    doNotDisturbEnabled: { section: 'voice' },
     handsFreeAlwaysOnEnabled: { section: 'voice', withoutHandsFree: 'handsFreeAlwaysOnEnabled.off' },
     handsFreeAlwaysOnDiscovered: { section: 'voice' },
     pttAlwaysOnEnabled: { section: 'voice', withoutHandsFree: 'pttAlwaysOnEnabled.off' },
     pttAlwaysOnDiscovered: { section: 'voice' },
-    doNotDisturbEnabled: { section: 'voice' },
     tovanEntitlementStatus: { section: 'account', isShownOnly: true },
 };
 
