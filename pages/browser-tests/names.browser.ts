@@ -54,7 +54,8 @@ function linesOf(setting: SettingKey, value: string | undefined): string[] {
     const about = ` (${english.about[setting]})`;
     const onOrOff = (isOn: boolean) => (isOn ? ', on' : ', off');
     if (isReadOnly(setting)) {
-        return [`button ${name} ${words} (${english.about[setting]} ${english.t('setOnDevice')})`];
+        const how = english.t(setting === 'captionsEnabled' ? 'onTv.captionsEnabled' : 'onTv.doNotDisturbEnabled');
+        return [`button ${name} ${words} (${english.about[setting]} ${english.t('setOnDevice')} ${how})`];
     }
     if (isShownOnly) {
         return [`button ${name} ${words}${about}`];
@@ -71,14 +72,11 @@ function linesOf(setting: SettingKey, value: string | undefined): string[] {
             return [
                 `group ${name}`,
                 `heading ${name}`,
-                'group American English, Primary',
-                'button Move American English down',
-                'button Remove American English',
-                'group French (France)',
-                'button Move French (France) up',
-                'button Remove French (France)',
+                `button American English Primary${about}`,
+                `button French (France)${about}`,
+                `button Add a language${about}`,
                 'status',
-                'button Add a language',
+                'status',
             ];
         default:
             return [`button ${name} ${words}${about}`, 'status'];
@@ -94,6 +92,8 @@ const accountActions = [
 ];
 
 test('every control has its name, state and description, and live regions are in the page from the start', async () => {
+    // Its name is the same in each version of the browser's data.
+    await host.control('set', 'timezone', 'Asia/Tokyo');
     const values = JSON.parse(await host.control('--json', 'get')) as Record<string, string>;
     await visitSettings(host, async (page) => {
         for (const section of sectionIds.filter((id) => settingsOf(id).length > 0)) {
@@ -102,7 +102,10 @@ test('every control has its name, state and description, and live regions are in
             const heading = `heading ${english.t(`section.${section}`)}`;
             await enterSection(page, section);
             await expect
-                .poll(() => spoken(page), { message: section })
+                // Who changed a setting last is told with the time, which goes on.
+                .poll(async () => (await spoken(page)).map((line) => line.replace(/ Changed by .*\)$/, ')')), {
+                    message: section,
+                })
                 .toEqual(['alert', ...menu, heading, ...settings, ...more, 'status']);
             await expect.poll(() => page.title()).toBe(`${await page.locator('main h2').innerText()} · Settings`);
         }

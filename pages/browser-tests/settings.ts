@@ -5,16 +5,7 @@ import type { SectionId } from '../src/sections/rows';
 import type { Host } from './host';
 import { visit, type VisitOptions } from './visit';
 
-export const sectionIds = [
-    'search',
-    'device',
-    'language',
-    'captions',
-    'voice',
-    'account',
-    'changes',
-    'about',
-] as const;
+export const sectionIds = ['search', 'device', 'language', 'captions', 'voice', 'account', 'changes', 'about'] as const;
 
 /** A language of the pages, and a locale of the assistant that selects it. */
 export const languages = [

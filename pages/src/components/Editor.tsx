@@ -4,6 +4,7 @@ import { useLayoutEffect, useRef } from 'preact/hooks';
 import { nameOfSetting } from '../settings/format';
 import { Conflict } from './Conflict';
 import { usePage } from './context';
+import { Explanation } from './Explanation';
 import { Buttons, Fields } from './Fields';
 import type { RowProps } from './RowProps';
 import { useEditedTexts } from './useEditedTexts';
@@ -16,7 +17,7 @@ interface Props extends RowProps {
 }
 
 /** The form in place of a row: its fields, a choice after a conflict, and buttons. */
-export function Editor({ setting, parts, takesFocus, onSave, onUnchanged, onCancel }: Props): JSX.Element {
+export function Editor({ setting, about, parts, takesFocus, onSave, onUnchanged, onCancel }: Props): JSX.Element {
     const { language } = usePage();
     const { texts, edit, isConflict, isUnchanged, keepTexts, useValue } = useEditedTexts(setting, parts);
     const first = useFirstField(takesFocus);
@@ -49,6 +50,12 @@ export function Editor({ setting, parts, takesFocus, onSave, onUnchanged, onCanc
                 )}
             </div>
             <Buttons setting={setting} />
+            <div class="explanation" aria-hidden="true">
+                <h3>{name}</h3>
+                <div>
+                    <Explanation setting={setting} about={about} />
+                </div>
+            </div>
         </form>
     );
 }

@@ -13,7 +13,7 @@ interface Props {
     readonly onClose: () => void;
 }
 
-/** What a person can do with one language. */
+/** What a person can do with one language. First what repeated Enter takes back itself. */
 export function LocaleMenu({ name, index, list, onClose }: Props): JSX.Element {
     const { t } = usePage().language;
     const { locales, change, pickUp } = list;
@@ -25,16 +25,6 @@ export function LocaleMenu({ name, index, list, onClose }: Props): JSX.Element {
     return (
         <Dialog title={name} onClose={onClose}>
             {isAlone && <p class="about">{t('locale.last')}</p>}
-            {index > 0 && (
-                <ActionRow
-                    row="primary"
-                    icon="up"
-                    name={t('locale.makePrimary')}
-                    onUse={closing(() => {
-                        change(movedTo(locales, index, 0));
-                    })}
-                />
-            )}
             {!isAlone && (
                 <>
                     <ActionRow
@@ -45,6 +35,16 @@ export function LocaleMenu({ name, index, list, onClose }: Props): JSX.Element {
                             pickUp(index);
                         })}
                     />
+                    {index > 0 && (
+                        <ActionRow
+                            row="primary"
+                            icon="up"
+                            name={t('locale.makePrimary')}
+                            onUse={closing(() => {
+                                change(movedTo(locales, index, 0));
+                            })}
+                        />
+                    )}
                     <ActionRow
                         row="remove"
                         icon="remove"

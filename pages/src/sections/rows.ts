@@ -12,8 +12,7 @@ interface Row {
     readonly withoutHandsFree?: TextKey;
 }
 
-export type SectionId =
-    'device' | 'language' | 'captions' | 'voice' | 'account' | 'search' | 'changes' | 'about';
+export type SectionId = 'device' | 'language' | 'captions' | 'voice' | 'account' | 'search' | 'changes' | 'about';
 
 /** Where each setting is shown; the rows of a section have this order. The kind of the setting decides what its row looks like. */
 export const rows: Readonly<Record<SettingKey, Row>> = {
