@@ -1,5 +1,5 @@
-# What `cmake --install` puts where, in five components: library, development, kit, host, settingsctl. Everything lies below the
-# prefix, and nothing but the units of systemd holds its name, so that an installed tree can be moved.
+# What `cmake --install` puts where, by component: library, development, kit, host, settingsctl, and each bridge. Everything lies below the
+# prefix, and nothing but the units of systemd and the activation file of D-Bus holds its name, so that an installed tree can be moved.
 include(CMakePackageConfigHelpers)
 
 set(header_folder ${CMAKE_INSTALL_INCLUDEDIR}/settings-handler-${PROJECT_VERSION_MAJOR})

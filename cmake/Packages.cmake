@@ -88,6 +88,40 @@ Reads, sets and watches the settings of a voice assistant at the sockets of
 settings-host, and drives its simulated device. Keys and known values are
 completed in bash and zsh.")
 
+# The package of a bridge. Variables of packages must be set where this file is, hence a macro.
+set(bridge_packages "")
+macro(package_bridge component name)
+  list(APPEND CPACK_COMPONENTS_ALL ${component})
+  string(APPEND bridge_packages " ${component}=${name}")
+  string(TOUPPER ${component} upper)
+  set(CPACK_DEBIAN_${upper}_PACKAGE_NAME ${name})
+  set(CPACK_DEBIAN_${upper}_PACKAGE_SECTION utils)
+  set(CPACK_DEBIAN_${upper}_PACKAGE_DEPENDS "systemd-standalone-sysusers | systemd-sysusers")
+  set(CPACK_DEBIAN_${upper}_PACKAGE_SUGGESTS "settings-host, settingsctl")
+  set(CPACK_DEBIAN_${upper}_PACKAGE_CONTROL_EXTRA "")
+  # Arguments of a macro are no variables, which the scripts need.
+  set(bridge ${name})
+  foreach(script postinst prerm postrm)
+    configure_file(packaging/debian/bridge/${script}.in debian/${name}/${script} @ONLY)
+    list(APPEND CPACK_DEBIAN_${upper}_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/debian/${name}/${script})
+  endforeach()
+  set(CPACK_DEBIAN_${upper}_DESCRIPTION "${ARGN}")
+endmacro()
+if(TARGET settings-dbus)
+  package_bridge(dbus settings-dbus "settings of a voice assistant - on D-Bus
+Serves the settings of settings-host, or of another service with its wire, on
+the system bus, as properties and signals. Members of the group settings-host
+change settings, everybody reads those that are not personal.")
+  set(CPACK_DEBIAN_DBUS_PACKAGE_DEPENDS "${CPACK_DEBIAN_DBUS_PACKAGE_DEPENDS}, dbus")
+endif()
+if(TARGET settings-mqtt)
+  package_bridge(mqtt settings-mqtt "settings of a voice assistant - on MQTT
+Publishes the settings of settings-host, or of another service with its wire,
+at an MQTT broker, and carries out commands for one device, for groups and for
+all. Operators of many devices and Home Assistant use it. Personal settings
+are not offered unless asked for.")
+endif()
+
 # Packages that are built with the library will depend on this version of it, or a newer one.
 set(shlibs "")
 foreach(library SettingsHandler SettingsHandlerVessaLogger SettingsHandlerUtils SettingsHandlerMetrics SettingsHandlerDeviceAbstractionLayer)

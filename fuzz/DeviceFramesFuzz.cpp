@@ -15,6 +15,7 @@
 #include "server/protocol/MessageHub.h"
 #include "server/protocol/TrafficObservers.h"
 #include "simulation/DeviceConsole.h"
+#include "simulation/World.h"
 #include "support/Check.h"
 #include "support/HostSide.h"
 
@@ -32,7 +33,11 @@ public:
         traffic->add(trace);
         hub->connected(page);
         console.connected(client);
-        console.obey(DeviceCommands(device, sdk, app, [this] { return handler->outcome(); }));
+        faults->define(Fault::SDK_CHANGES, [this](const std::string& key) { return sdk->changeByItself(key); });
+        faults->define(Fault::RESTART, [](const std::string& /*value*/) { return true; });
+        console.obey(DeviceCommands(
+            device, sdk, app, [this] { return handler->outcome(); }, faults,
+            [this](bool withValues) { return worldFrame(currentWorld(storage, *sdk, *device, *faults), withValues); }));
         hub->perform(Origin::DEVICE, [this] { handler->initializeSettings(); });
         device->subscribe(handler, handler);
         page->take();
@@ -63,7 +68,8 @@ public:
         expectAnnounced(before, after, announced);
         expectDurable(after);
         if (Envelope(answer).has("changed")) {
-            check(Envelope(frame).text("command") == "setting", "a setting alone may be unchanged");
+            const auto command = Envelope(frame).text("command");
+            check(command == "setting" || command == "fault", "a setting or a fault alone may be unchanged");
             check(answer == R"({"ok":true,"changed":false})", "an answer to a setting that is unchanged");
             check(before == after && stored == storage.values, "unchanged is unchanged");
             check(announced.events.empty() && announced.notices.empty(), "no event or notice for an unchanged value");
@@ -156,6 +162,14 @@ private:
             check(Envelope(answer.compact("page")).text("address") == "http://page", "the address of the page");
             return;
         }
+        if (name == "save") {
+            check(answer.names() == Entries{"leftOut", "world"}, "the world");
+            return;
+        }
+        if (name == "faults") {
+            check(answer.names() == Entries{"faults"}, "the faults");
+            return;
+        }
         check(answer.names() == Entries{"ok"}, "the reply to any other command is ok");
         if (name == "locale") {
             const std::string locale = command.text("value").value();
@@ -178,6 +192,7 @@ private:
     std::shared_ptr<MessageHub> hub = std::make_shared<MessageHub>(traffic);
     std::shared_ptr<SimulatedDevice> device = std::make_shared<SimulatedDevice>(state, hub);
     std::shared_ptr<SimulatedSdkBridge> sdk = std::make_shared<SimulatedSdkBridge>(state, storage, device, hub);
+    std::shared_ptr<Faults> faults = std::make_shared<Faults>();
     std::shared_ptr<SimulatedAppLaunch> app = std::make_shared<SimulatedAppLaunch>();
     std::shared_ptr<CheckedSettingsHandler> handler = CheckedSettingsHandler::create(
         hub, storage, std::make_shared<SettingsHandlerTesting::FakeMetrics>(journal), sdk, app, device);

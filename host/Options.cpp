@@ -164,10 +164,15 @@ private:
     }
 
     void addProcess() {
+        CLI::Option* const worldOption =
+            addPath("--world", options.worldFile,
+                    "Start with the state in FILE (settings, device, faults); the database must be new")
+                ->type_name("FILE");
         app.add_flag("--no-sandbox", noSandbox, "Disable the sandbox (for debugging)");
         CLI::Option* const resetOption =
             app.add_flag("--reset", options.reset,
-                         "Remove the database, its backups and the log files after confirmation, then exit");
+                         "Remove the database, its backups and the log files after confirmation, then exit")
+                ->excludes(worldOption);
         app.add_flag("--yes", options.resetConfirmed, "Do not ask for confirmation (with --reset)")->needs(resetOption);
     }
 

@@ -20,6 +20,8 @@ struct Options {
     std::string pagesFolder;
     /// One more origin whose pages may connect; empty for none.
     std::string allowedOrigin;
+    /// The file of the state to start with, see World.h; empty for none.
+    std::string worldFile;
     /// Enter the sandbox before serving, see Sandbox.h.
     bool sandbox = true;
     /// Remove the stored files instead of serving, see Reset.h; without confirmation if `resetConfirmed`.

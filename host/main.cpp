@@ -2,6 +2,7 @@
 #include <exception>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
@@ -23,23 +24,29 @@ void sendLogTo(const SettingsHandlerKit::LogSink& sink) {
     });
 }
 
-void serve(const SettingsHost::Options& options, const std::shared_ptr<SettingsHandlerKit::LogFile>& logFile) {
+void serve(SettingsHost::Options options, const std::shared_ptr<SettingsHandlerKit::LogFile>& logFile) {
     SettingsHandlerKit::ignoreSignalsOfWrites();
     std::set<std::string> listeners{"settings", "device"};
     if (options.listen) {
         listeners.insert("web");
     }
     // Before anything is opened, which could be taken for a socket that was passed.
-    SettingsHandlerKit::PassedSockets sockets(listeners);
+    std::optional<SettingsHost::NextRun> next(SettingsHost::NextRun{SettingsHandlerKit::PassedSockets(listeners), {}});
     const auto context = std::make_shared<SettingsHandlerKit::RequestContext>();
     sendLogTo(SettingsHandlerKit::makeLogSink(options.log, context, logFile));
-    SettingsHandlerKit::notifyStarting("Opening the database");
-    SettingsHost::Composition host(
-        options, std::move(sockets), context,
-        logFile ? [logFile] { SettingsHandlerKit::reopenLogFile(*logFile); } : std::function<void()>());
-    std::printf("%s\n", host.readyLine().c_str());
-    std::fflush(stdout);
-    host.run();
+    const auto onHangUp =
+        logFile ? [logFile] { SettingsHandlerKit::reopenLogFile(*logFile); } : std::function<void()>();
+    while (next) {
+        SettingsHandlerKit::notifyStarting("Opening the database");
+        SettingsHost::Composition host(options, std::move(next->sockets), context, onHangUp);
+        next->signals.reset();
+        std::printf("%s\n", host.readyLine().c_str());
+        std::fflush(stdout);
+        next = host.run();
+        // The process stays in the sandbox, and the world is stored.
+        options.sandbox = false;
+        options.worldFile.clear();
+    }
 }
 
 int serveOrReset(const SettingsHost::Options& options) {

@@ -11,9 +11,12 @@ void startRequest(ObjectWriter<>& writer, MessageType type, const std::string& m
     writer.text("messageId", messageId);
 }
 
-void askForAnswer(ObjectWriter<>& writer, Answered answered) {
+void writeOptions(ObjectWriter<>& writer, Answered answered, const std::string& client) {
     if (answered == Answered::YES) {
         writer.boolean("answer", true);
+    }
+    if (!client.empty()) {
+        writer.text("client", client);
     }
 }
 
@@ -40,11 +43,11 @@ std::string getSettingsRequest(const std::string& messageId, const std::vector<s
 }
 
 std::string setSettingsRequest(const std::string& messageId, std::int64_t timestamp, const std::string& key,
-                               const std::string& value, Answered answered) {
+                               const std::string& value, Answered answered, const std::string& client) {
     ObjectWriter writer;
     startRequest(writer, SET_SETTINGS, messageId);
     writer.number("timestamp", timestamp);
-    askForAnswer(writer, answered);
+    writeOptions(writer, answered, client);
     writer.beginObject("payload");
     writer.text("settingDBId", key);
     writer.text("to", value);
@@ -52,10 +55,10 @@ std::string setSettingsRequest(const std::string& messageId, std::int64_t timest
     return writer.finish();
 }
 
-std::string bareRequest(MessageType type, const std::string& messageId, Answered answered) {
+std::string bareRequest(MessageType type, const std::string& messageId, Answered answered, const std::string& client) {
     ObjectWriter writer;
     startRequest(writer, type, messageId);
-    askForAnswer(writer, answered);
+    writeOptions(writer, answered, client);
     return writer.finish();
 }
 

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 namespace Benchmarks {
 
@@ -40,7 +41,26 @@ int reportChange(sd_bus_message* message, void* data, sd_bus_error* /*error*/) {
     return 0;
 }
 
+class PropertySetter : public Setter {
+public:
+    PropertySetter(Bus connected, const PropertyPlace& chosen) : bus(std::move(connected)), place(chosen) {}
+
+    void set(const std::string& value) override {
+        check(sd_bus_set_property(bus.get(), place.service, place.object, place.interface, place.name, nullptr, "s",
+                                  value.c_str()),
+              "setting of the property");
+    }
+
+private:
+    Bus bus;
+    const PropertyPlace& place;
+};
+
 }  // namespace
+
+std::unique_ptr<Setter> propertySetter(const std::string& address, const PropertyPlace& place) {
+    return std::make_unique<PropertySetter>(connectToBus(address), place);
+}
 
 void check(int result, const char* what) {
     if (result < 0) {

@@ -25,6 +25,9 @@ Bus connectToBus(const std::string& address);
 /// Throws `std::runtime_error` with `what` when `result` is an error of sd-bus.
 void check(int result, const char* what);
 
+/// Sets a text property with `Properties.Set`.
+std::unique_ptr<Setter> propertySetter(const std::string& address, const PropertyPlace& place);
+
 /// Reports each change of a text property that its service tells, for ever.
 void observeProperty(const std::string& address, const PropertyPlace& place, const Report& report);
 

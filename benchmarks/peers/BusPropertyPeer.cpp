@@ -1,5 +1,4 @@
 #include <string>
-#include <utility>
 
 #include "BusConnection.h"
 #include "PrivateBus.h"
@@ -51,20 +50,6 @@ void serve(const std::string& address, int socket) {
     }
 }
 
-class PropertySetter : public Setter {
-public:
-    explicit PropertySetter(Bus connected) : bus(std::move(connected)) {}
-
-    void set(const std::string& value) override {
-        check(sd_bus_set_property(bus.get(), place.service, place.object, place.interface, place.name, nullptr, "s",
-                                  value.c_str()),
-              "setting of the property");
-    }
-
-private:
-    Bus bus;
-};
-
 class BusPropertyPeer : public Peer {
 public:
     BusPropertyPeer() {
@@ -72,9 +57,7 @@ public:
         receiveMessage(service.descriptor(), &ready, sizeof(ready));
     }
 
-    std::unique_ptr<Setter> connect() const override {
-        return std::make_unique<PropertySetter>(connectToBus(bus.address()));
-    }
+    std::unique_ptr<Setter> connect() const override { return propertySetter(bus.address(), place); }
     void observe(const Report& report) const override { observeProperty(bus.address(), place, report); }
 
 private:

@@ -1,10 +1,10 @@
 #include <stdexcept>
 
+#include "HostCommand.h"
 #include "Peer.h"
 #include "SocketLines.h"
 #include "support/ChildProcess.h"
 #include "support/LineClient.h"
-#include "support/TemporaryDirectory.h"
 #include "support/Texts.h"
 
 namespace Benchmarks {
@@ -32,12 +32,7 @@ std::string newValueOf(const std::string& event) {
 
 class HostPeer : public Peer {
 public:
-    HostPeer(const std::filesystem::path& parent, int logLevel)
-        : folder(parent),
-          // Its log goes to a file, so that nobody has to read it meanwhile.
-          host({"/bin/sh", "-c", R"(log=$1; shift; exec "$@" 2> "$log")", "sh", folder / "log", SETTINGS_HOST,
-                "--storage", folder / "settings.db", "--socket", folder / "settings.sock", "--device-socket",
-                folder / "device.sock", "--no-web", "--log-level", std::to_string(logLevel)}) {
+    HostPeer(const std::filesystem::path& parent, int logLevel) : folder(parent), host(hostCommand(folder, logLevel)) {
         if (!host.output().readLine()) {
             throw std::runtime_error("the host did not start");
         }

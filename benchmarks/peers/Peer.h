@@ -56,6 +56,8 @@ public:
 
 /// Our host over its Unix socket, as shipped. Log lines of `logLevel` and more are written.
 std::unique_ptr<Peer> hostPeer(const std::filesystem::path& parent, int logLevel);
+/// The bridge to D-Bus and our host behind it, on their own message bus.
+std::unique_ptr<Peer> bridgePeer(const std::filesystem::path& parent);
 /// GSettings with the dconf service, on its own session bus.
 std::unique_ptr<Peer> dconfPeer(const std::filesystem::path& parent);
 /// A writable property of a service written with sd-bus, on its own message bus. It stores nothing.

@@ -24,6 +24,8 @@ public:
     explicit Race(const Arguments& chosen) : arguments(chosen) {}
 
     void gather();
+    /// The bridge to D-Bus in place of the host, and those that it could replace.
+    void gatherOnBus();
     void run();
     Results results() const;
 
@@ -56,6 +58,18 @@ void Race::gather() {
     add("dconf, disk", dconfPeer(disk), few);
     add("QSettings, disk", iniFilePeer(disk, false), few);
     add("QSettings, disk, fsync", iniFilePeer(disk, true), few);
+}
+
+void Race::gatherOnBus() {
+    const std::filesystem::path memory = TestSupport::memoryFolder();
+    const std::filesystem::path disk = std::filesystem::temp_directory_path();
+    constexpr int many = 60;
+    constexpr int few = 15;
+    add("settings-dbus, memory", bridgePeer(memory), many);
+    addHostnamed(memory, many);
+    add("dconf, memory", dconfPeer(memory), many);
+    add("settings-dbus, disk", bridgePeer(disk), few);
+    add("dconf, disk", dconfPeer(disk), few);
 }
 
 void Race::addHostnamed(const std::filesystem::path& parent, int changes) {
@@ -101,6 +115,9 @@ Results Race::results() const {
         {"host, disk", "dconf, disk", "GSettings with dconf, on the disk", none},
         {"host, disk", "QSettings, disk", "QSettings, on the disk, nobody told", none},
         {"host, disk", "QSettings, disk, fsync", "QSettings, on the disk with fsync, nobody told", none},
+        {"settings-dbus, memory", "hostnamed, memory", "systemd-hostnamed, in memory", 0.8},
+        {"settings-dbus, memory", "dconf, memory", "GSettings with dconf, in memory", none},
+        {"settings-dbus, disk", "dconf, disk", "GSettings with dconf, on the disk", 0.35},
     };
     const std::string where = arguments.oneProcessor ? ", one processor" : "";
     std::map<std::string, const Contender*> byName;
@@ -112,7 +129,7 @@ Results Race::results() const {
             Distribution("Time of a change, ours and others" + where, contender->name(), contender->latencies()));
     }
     for (const auto& [ours, other, inWords, bar] : comparisons) {
-        if (byName.count(other) != 0) {
+        if (byName.count(ours) != 0 && byName.count(other) != 0) {
             results.add(Ratio{"peers/" + std::string(ours) + " over " + other + where, inWords,
                               quotients(byName.at(ours)->medians(), byName.at(other)->medians()), bar});
         }
@@ -125,7 +142,7 @@ Results measure(const Arguments& arguments) {
         stayOnOneProcessor();
     }
     Race race(arguments);
-    race.gather();
+    arguments.others == std::vector<std::string>{"--bus"} ? race.gatherOnBus() : race.gather();
     race.run();
     return race.results();
 }

@@ -188,7 +188,7 @@ Asked askedFor(Session& session, const Assignment& assignment) {
     asked.key = assignment.key;
     asked.value = assignment.value;
     asked.frame = Wire::setSettingsRequest(asked.messageId, assignment.timestamp.value_or(session.newTimestamp()),
-                                           assignment.key, assignment.value, Wire::Answered::YES);
+                                           assignment.key, assignment.value, Wire::Answered::YES, session.caller);
     return asked;
 }
 
@@ -231,7 +231,7 @@ std::vector<Answer> setInBatches(Session& session, const std::vector<Assignment>
 Answer request(Session& session, Wire::MessageType type) {
     Asked asked;
     asked.messageId = session.newMessageId();
-    asked.frame = Wire::bareRequest(type, asked.messageId, Wire::Answered::YES);
+    asked.frame = Wire::bareRequest(type, asked.messageId, Wire::Answered::YES, session.caller);
     return sendAlone(session, asked);
 }
 

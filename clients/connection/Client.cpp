@@ -104,6 +104,10 @@ std::vector<Event> Client::history(const std::string& key, std::optional<int> li
     });
 }
 
+void Client::actFor(const std::string& name) {
+    session->caller = name;
+}
+
 std::vector<Setting> Client::catalogue() {
     session->requireAnswers("catalogue");
     const std::string id = session->newMessageId();

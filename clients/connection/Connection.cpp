@@ -16,8 +16,6 @@ namespace SettingsClient {
 
 namespace {
 
-constexpr std::size_t readSize = 65536;
-
 /// Throws `InvalidSocketPath`.
 sockaddr_un addressOf(const std::string& path) {
     sockaddr_un address{};
@@ -139,9 +137,8 @@ void Connection::receiveBytes(int flags) {
     if (before == maximumLineSize) {
         fail("sent a line longer than 1 MiB");
     }
-    pending.resize(std::min(before + readSize, maximumLineSize));
-    const ssize_t count = ::recv(socket, pending.data() + before, pending.size() - before, flags);
-    pending.resize(before + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    const ssize_t count = ::recv(socket, buffer.data(), std::min(buffer.size(), maximumLineSize - before), flags);
+    pending.append(buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
     if (count == 0 || (count < 0 && errno != EINTR && errno != EAGAIN && errno != EWOULDBLOCK)) {
         fail("closed the connection");
     }

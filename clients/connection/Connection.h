@@ -58,6 +58,7 @@ private:
     std::string path;
     std::chrono::milliseconds timeoutPerStep;
     int socket = -1;
+    std::vector<char> buffer = std::vector<char>(65536);
     std::string pending;
     std::size_t searched = 0;
 };

@@ -242,7 +242,7 @@ Session::TimerSetter::~TimerSetter() {
     session.setTimer();
 }
 
-void Session::setTimer() const {
+void Session::setTimer() {
     if (!notifications.empty()) {
         wakeUp.setTime(std::chrono::steady_clock::now());
     } else if (!connection) {

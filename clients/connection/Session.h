@@ -54,6 +54,8 @@ public:
     bool answers() const { return hasAnswered; }
     void noteAnswer() { hasAnswered = true; }
 
+    /// Whose requests are sent; empty: the client's own.
+    std::string caller;
     Observers observers;
     int descriptor() const { return wakeUp.descriptor(); }
     /// Does what is due: receives, connects, calls observers.
@@ -70,7 +72,7 @@ private:
 
     /// Whatever happens, the next thing to do is done in time.
     struct TimerSetter {
-        const Session& session;
+        Session& session;
         ~TimerSetter();
     };
 
@@ -91,7 +93,7 @@ private:
 
     void queue(EventOrder::Told told);
     void tell();
-    void setTimer() const;
+    void setTimer();
 
     Options options;
     WakeUp wakeUp;

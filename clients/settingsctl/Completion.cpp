@@ -1,6 +1,7 @@
 #include "Completion.h"
 
 #include <algorithm>
+#include <chrono>
 #include <map>
 #include <set>
 #include <stdexcept>
@@ -9,7 +10,9 @@
 
 #include "Verbs.h"
 #include "Wire/Catalogue.h"
+#include "Wire/HostFrame.h"
 #include "Wire/Utf8.h"
+#include "connection/DeviceCommand.h"
 
 namespace SettingsCtl {
 
@@ -178,6 +181,56 @@ Completions keys() {
     return completions;
 }
 
+/// The faults that the host has, each as a frame; none without a host that replies quickly.
+std::vector<Wire::HostFrame> faultsOf(const SettingsClient::SocketOptions& sockets, const char* runtimeFolder) {
+    std::vector<Wire::HostFrame> faults;
+    try {
+        const auto reply = SettingsClient::executeDeviceCommand(SettingsClient::deviceSockets(sockets, runtimeFolder),
+                                                                std::chrono::seconds(1), R"({"command":"faults"})");
+        for (const auto& fault : reply.objectsAt({"faults"})) {
+            faults.emplace_back(fault);
+        }
+    } catch (const std::runtime_error&) {
+        faults.clear();
+    }
+    return faults;
+}
+
+Completions namesOf(const std::vector<Wire::HostFrame>& faults) {
+    Completions completions;
+    for (const auto& fault : faults) {
+        completions.push_back(
+            completion(fault.textAt({"name"}).value_or(""), fault.textAt({"description"}).value_or("")));
+    }
+    return completions;
+}
+
+/// Those of the fault `name`, and "off".
+Completions valuesOfFault(const std::string& name, const std::vector<Wire::HostFrame>& faults) {
+    Completions completions;
+    for (const auto& fault : faults) {
+        if (fault.textAt({"name"}) == name) {
+            for (const auto& key : fault.textsAt({"settings"}).value_or(Words{})) {
+                completions.push_back(completion(key));
+            }
+        }
+    }
+    completions.push_back(completion("off"));
+    return completions;
+}
+
+/// The sockets that the line names.
+SettingsClient::SocketOptions socketsOf(const CLI::App& parser, const CommandLine& line) {
+    SettingsClient::SocketOptions sockets;
+    for (const auto& [name, place] : {std::pair{"--socket", &sockets.settings}, {"--device-socket", &sockets.device}}) {
+        const auto socket = line.options.find(parser.get_option(name));
+        if (socket != line.options.end()) {
+            *place = socket->second;
+        }
+    }
+    return sockets;
+}
+
 Completions verbsOf(const CLI::App& app) {
     Completions completions;
     for (const CLI::App* const verb : app.get_subcommands({})) {
@@ -195,16 +248,19 @@ Completions argumentsFor(const CLI::App& parser, const CommandLine& line, const 
     if (isNamed(argument, "KEY")) {
         return keys();
     }
+    if (isNamed(argument, "NAME")) {
+        return namesOf(faultsOf(socketsOf(parser, line), runtimeFolder));
+    }
     if (isNamed(argument, "FILE")) {
         return {"files"};
     }
-    if (isNamed(argument, "VALUE") && index > 0 && isNamed(argumentAt(*line.verb, index - 1), "KEY")) {
-        SettingsClient::SocketOptions sockets;
-        const auto socket = line.options.find(parser.get_option("--socket"));
-        if (socket != line.options.end()) {
-            sockets.settings = socket->second;
-        }
-        return valuesOf(line.arguments.back(), currentValue(line.arguments.back(), sockets, runtimeFolder));
+    const CLI::Option* const previous = index > 0 ? argumentAt(*line.verb, index - 1) : nullptr;
+    if (isNamed(argument, "VALUE") && isNamed(previous, "KEY")) {
+        const std::string& key = line.arguments.back();
+        return valuesOf(key, currentValue(key, socketsOf(parser, line), runtimeFolder));
+    }
+    if (isNamed(argument, "VALUE") && isNamed(previous, "NAME")) {
+        return valuesOfFault(line.arguments.back(), faultsOf(socketsOf(parser, line), runtimeFolder));
     }
     return choicesOf(*argument);
 }

@@ -25,6 +25,27 @@ void addSwitch(CLI::App& device, Invocation& invocation, const DeviceSwitch& dev
     addText(*verb, "STATE", invocation.onOff, "on or off")->check(CLI::IsMember({"on", "off"}));
 }
 
+void addFaults(CLI::App& device, Invocation& invocation) {
+    const Context& context = invocation.context;
+    addVerb(device, invocation, "faults", "Print what can go wrong on request, and what of it does",
+            {"device faults", "device faults --json"}, [&] { return deviceFaults(context); });
+    CLI::App* const fault =
+        addVerb(device, invocation, "fault", "Make something go wrong from now on, until VALUE is off",
+                {"device fault storage-slow 2000", "device fault storage-slow off", "device fault restart"},
+                [&] { return deviceFault(context, invocation.value, invocation.optionalValue); });
+    addText(*fault, "NAME", invocation.value, "Name of the fault");
+    fault->add_option("VALUE", invocation.optionalValue, "Milliseconds, a setting key or off")->type_name("");
+}
+
+void addSave(CLI::App& device, Invocation& invocation) {
+    CLI::App* const save = addVerb(
+        device, invocation, "save", "Write the state of settings, device and faults to FILE, for settings-host --world",
+        {"device save world.json", "device save --with-values -"},
+        [&] { return deviceSave(invocation.context, invocation.file, invocation.withValues); });
+    addText(*save, "FILE", invocation.file, "File, replaced if it exists; - for standard output");
+    save->add_flag("--with-values", invocation.withValues, "Also save personal values, such as names");
+}
+
 }  // namespace
 
 void addDeviceVerbs(CLI::App& app, Invocation& invocation) {
@@ -50,6 +71,8 @@ void addDeviceVerbs(CLI::App& app, Invocation& invocation) {
                                       {"device setting deviceName Den"},
                                       [&] { return deviceSetting(context, invocation.key, invocation.value); });
     addKeyAndValue(*setting, invocation);
+    addFaults(*device, invocation);
+    addSave(*device, invocation);
 }
 
 }  // namespace SettingsCtl

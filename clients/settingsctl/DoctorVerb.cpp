@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 
 #include "Checks.h"
@@ -63,6 +64,19 @@ Findings checkSockets(const Context& context, const std::string& path) {
     return findings;
 }
 
+std::string orEmpty(const char* text) {
+    return text == nullptr ? "" : text;
+}
+
+Findings checkBridges() {
+    BridgePlaces places{orEmpty(std::getenv("PATH")), {"/run"}};
+    const std::string own = orEmpty(std::getenv("XDG_RUNTIME_DIR"));
+    if (!own.empty()) {
+        places.runtimeFolders.insert(places.runtimeFolders.begin(), own);
+    }
+    return {checkBridge("settings-dbus", places), checkBridge("settings-mqtt", places)};
+}
+
 }  // namespace
 
 ExitStatus doctor(const Context& context) {
@@ -70,6 +84,7 @@ ExitStatus doctor(const Context& context) {
     std::string path = context.settingsSockets.front().path;
     Findings findings = checkHost(context, path);
     append(findings, checkSockets(context, path));
+    append(findings, checkBridges());
     for (const auto& finding : findings) {
         print(context.style, finding);
     }

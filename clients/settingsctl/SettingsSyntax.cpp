@@ -77,7 +77,7 @@ void addAdministrationVerbs(CLI::App& app, Invocation& invocation) {
     pageVerb->add_flag("--new-key", invocation.newKey, "Replace the key first; browsers with the old key lose access");
     addVerb(app, invocation, "backup", "Back the host's database up and print the name of the file", {"backup"},
             [&] { return backUp(context); });
-    addVerb(app, invocation, "doctor", "Check the host, its sockets, storage, disk and clock, and print what to do",
+    addVerb(app, invocation, "doctor", "Check host, sockets, storage, disk, clock and bridges, and print what to do",
             {"doctor", "doctor --quiet || settingsctl doctor"}, [&] { return doctor(context); });
 }
 

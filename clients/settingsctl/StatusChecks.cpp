@@ -18,13 +18,6 @@ constexpr std::int64_t enoughSpace = 16 * mebibyte;
 /// 2024-01-01. A clock that shows less was never set.
 constexpr std::int64_t earliestNow = 1704067200000;
 
-/// "1.1.0" of "settingsctl 1.1.0 (commit …)".
-std::string ownVersion() {
-    const std::string text = versionText();
-    const std::size_t begin = text.find(' ') + 1;
-    return text.substr(begin, text.find(' ', begin) - begin);
-}
-
 Finding checkVersions(const std::string& host, const std::string& wire) {
     const std::string found = "host " + host + ", wire " + wire;
     if (host == ownVersion() && wire == Wire::version) {
@@ -89,6 +82,13 @@ Finding checkClock(const Wire::HostFrame& status, std::int64_t now) {
 }
 
 }  // namespace
+
+std::string ownVersion() {
+    // "settingsctl 1.1.0 (commit …)".
+    const std::string text = versionText();
+    const std::size_t begin = text.find(' ') + 1;
+    return text.substr(begin, text.find(' ', begin) - begin);
+}
 
 Findings checkStatus(const std::string& status) {
     const Wire::HostFrame object(status);

@@ -31,6 +31,8 @@ struct Invocation {
     std::string file;
     bool newKey = false;
     bool dryRun = false;
+    std::optional<std::string> optionalValue;
+    bool withValues = false;
     std::function<ExitStatus()> run;
 };
 

@@ -63,5 +63,10 @@ ExitStatus deviceText(const Context& context, const std::string& command, const 
 ExitStatus deviceLocales(const Context& context, const std::vector<std::string>& locales);
 ExitStatus switchDevice(const Context& context, const std::string& command, bool enabled);
 ExitStatus deviceSetting(const Context& context, const std::string& key, const std::string& value);
+ExitStatus deviceFaults(const Context& context);
+/// Switches a fault off with the value "off", otherwise on.
+ExitStatus deviceFault(const Context& context, const std::string& name, const std::optional<std::string>& value);
+/// Writes what `settings-host --world` takes; "-" for standard output.
+ExitStatus deviceSave(const Context& context, const std::string& file, bool withValues);
 
 }  // namespace SettingsCtl

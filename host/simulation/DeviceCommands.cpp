@@ -9,6 +9,7 @@
 #include "SettingsHandlerKit/Logging.h"
 #include "Utils/RapidjsonUtil.h"
 #include "Wire/Frames.h"
+#include "simulation/FaultCommands.h"
 
 namespace SettingsHost {
 
@@ -24,6 +25,8 @@ public:
         }
         return value;
     }
+
+    bool has(const std::string& name) const { return request.HasMember(name); }
 
     std::optional<bool> boolean(const std::string& name) const {
         const auto member = request.FindMember(name);
@@ -100,11 +103,14 @@ std::string notOnOrOff() {
 DeviceCommands::DeviceCommands(std::shared_ptr<SimulatedDevice> simulatedDevice,
                                std::shared_ptr<SimulatedSdkBridge> simulatedSdkBridge,
                                std::shared_ptr<SimulatedAppLaunch> simulatedAppLaunch,
-                               std::function<SettingsHandlerKit::Outcome()> handlerOutcome)
+                               std::function<SettingsHandlerKit::Outcome()> handlerOutcome,
+                               std::shared_ptr<Faults> faultsOfHost, SaveWorld worldFrameOfHost)
     : device(std::move(simulatedDevice)),
       sdkBridge(std::move(simulatedSdkBridge)),
       appLaunch(std::move(simulatedAppLaunch)),
-      outcome(std::move(handlerOutcome)) {}
+      outcome(std::move(handlerOutcome)),
+      faults(std::move(faultsOfHost)),
+      saveWorld(std::move(worldFrameOfHost)) {}
 
 std::string DeviceCommands::show(const Arguments& /*arguments*/) {
     std::map<std::string, std::string> facts = device->getDeviceInfo();
@@ -171,6 +177,12 @@ std::string DeviceCommands::switchDoNotDisturb(const Arguments& arguments) {
     return enabled ? written(sdkBridge->setDoNotDisturbEnabled(*enabled)) : notOnOrOff();
 }
 
+std::string DeviceCommands::save(const Arguments& arguments) {
+    const auto withValues = arguments.boolean("withValues");
+    return arguments.has("withValues") && !withValues ? badArgument(R"("withValues" must be true or false)")
+                                                      : saveWorld(withValues.value_or(false));
+}
+
 std::string DeviceCommands::execute(const rapidjson::Value& request) {
     static const std::map<std::string, std::string (DeviceCommands::*)(const Arguments&)> commands{
         {"show", &DeviceCommands::show},
@@ -181,9 +193,17 @@ std::string DeviceCommands::execute(const rapidjson::Value& request) {
         {"handsfree", &DeviceCommands::switchHandsfree},
         {"captions", &DeviceCommands::switchCaptions},
         {"doNotDisturb", &DeviceCommands::switchDoNotDisturb},
+        {"save", &DeviceCommands::save},
     };
     const Arguments arguments(request);
-    const auto command = commands.find(arguments.text("command").value_or(""));
+    const std::string name = arguments.text("command").value_or("");
+    if (name == "faults") {
+        return faultsFrame(*faults);
+    }
+    if (name == "fault") {
+        return switchFault(*faults, request);
+    }
+    const auto command = commands.find(name);
     if (command == commands.end()) {
         return Wire::refusalFrame("unknown-command",
                                   R"("command" must be one of the device's commands, for example "show")");

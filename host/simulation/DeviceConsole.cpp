@@ -12,10 +12,10 @@ namespace SettingsHost {
 
 namespace {
 
-/// Pages that watch ask for the state after every frame; tracing those requests would make them ask again, without end.
-/// The key of the pages is not for them.
+/// Pages that watch ask for state and faults after every frame; tracing those requests would make them ask again,
+/// without end. The key of the pages is not for them, and a saved world is long.
 bool isTraced(const std::string& command) {
-    return command != "show" && command != "trace" && command != "page";
+    return command != "show" && command != "faults" && command != "trace" && command != "page" && command != "save";
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
 #include "simulation/SimulatedDevice.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
-
-#include "SettingsHandler/SettingsNames.h"
 
 namespace SettingsHost {
 
@@ -55,6 +55,26 @@ bool SimulatedDevice::setMode(Mode mode, bool enabled) {
         valueObserver->valueChanged(SettingsHandler::settingNameFromType(names.setting));
     }
     return true;
+}
+
+bool SimulatedDevice::isOn(Mode mode) const {
+    return std::any_of(std::begin(modeNames), std::end(modeNames), [&](const ModeNames& names) {
+        return names.mode == mode && modes.at(names.deviceInfoKey) == on;
+    });
+}
+
+std::optional<bool> SimulatedDevice::isOn(SettingsHandler::SettingsNamesType setting) const {
+    const auto key = stateKeyOf(setting);
+    return key ? std::optional<bool>(modes.at(*key) == on) : std::nullopt;
+}
+
+std::optional<std::string> SimulatedDevice::stateKeyOf(SettingsHandler::SettingsNamesType setting) {
+    for (const auto& names : modeNames) {
+        if (names.setting == setting) {
+            return names.deviceInfoKey;
+        }
+    }
+    return std::nullopt;
 }
 
 void SimulatedDevice::subscribe(

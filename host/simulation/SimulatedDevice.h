@@ -2,12 +2,14 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "DeviceAbstractionLayer/DeviceInfoObserverInterface.h"
 #include "DeviceAbstractionLayer/HandsfreeStateObserverInterface.h"
 #include "DeviceAbstractionLayer/OrliaDeviceInfoInterface.h"
+#include "SettingsHandler/SettingsNames.h"
 #include "SettingsHandlerKit/StateStore.h"
 #include "SettingsHandlerKit/ValueObserver.h"
 
@@ -30,6 +32,11 @@ public:
 
     /// Switches a mode. Returns: false when the new state could not be saved; the old one then stays.
     bool setMode(Mode mode, bool enabled);
+    bool isOn(Mode mode) const;
+    /// Is the mode of this setting on? Nothing for a setting that is no mode.
+    std::optional<bool> isOn(SettingsHandler::SettingsNamesType setting) const;
+    /// Where the store has the mode of this setting, as "on" or "off".
+    static std::optional<std::string> stateKeyOf(SettingsHandler::SettingsNamesType setting);
 
     /// From now on the observers are notified of what happens at the device. They are not kept alive.
     void subscribe(std::weak_ptr<DeviceAbstractionLayer::DeviceInfoObserverInterface> infoObserver,

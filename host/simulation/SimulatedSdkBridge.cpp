@@ -115,6 +115,37 @@ bool SimulatedSdkBridge::setDoNotDisturbEnabled(bool enabled) {
     return save(keyOf(SettingsHandler::DO_NOT_DISTURB_ENABLED), doNotDisturbEnabled, booleanText(enabled));
 }
 
+bool SimulatedSdkBridge::changeByItself(const std::string& settingDBId) {
+    using Mode = SimulatedDevice::Mode;
+    const auto otherThan = [](const std::string& current, const char* one, const char* another) {
+        return std::string(current == one ? another : one);
+    };
+    const auto toggle = [this](Mode mode) { return device->setMode(mode, !device->isOn(mode)); };
+    switch (SettingsHandler::settingTypeFromName(settingDBId)) {
+        case SettingsHandler::ORLIA_LOCALE:
+            return save(settingDBId, localesText, otherThan(localesText, R"(["fr-FR"])", R"(["en-US"])"));
+        case SettingsHandler::TIMEZONE:
+            return save(settingDBId, currentTimezone, otherThan(currentTimezone, "Europe/Paris", "America/Vancouver"));
+        case SettingsHandler::CAPTIONS_ENABLED:
+            return setCaptionsEnabled(!isCaptionsEnabled());
+        case SettingsHandler::DO_NOT_DISTURB_ENABLED:
+            return setDoNotDisturbEnabled(!isDoNotDisturbEnabled());
+        case SettingsHandler::HANDS_FREE_ENABLED:
+            return toggle(Mode::HANDS_FREE);
+        case SettingsHandler::HANDS_FREE_ALWAYS_ON_ENABLED:
+            return toggle(Mode::ALWAYS_ON_VOICE);
+        case SettingsHandler::PTT_ALWAYS_ON_ENABLED:
+            return toggle(Mode::ALWAYS_ON_PTT);
+        case SettingsHandler::FRIENDLY_NAME: {
+            std::string current;
+            storage.getValue(settingDBId, current);
+            return applyFriendlyName(otherThan(current, "Voice SDK", "TV"));
+        }
+        default:
+            return false;
+    }
+}
+
 bool SimulatedSdkBridge::save(const std::string& settingDBId, std::string& current, const std::string& value) {
     if (current == value) {
         return true;

@@ -41,6 +41,9 @@ public:
     bool setCaptionsEnabled(bool enabled);
     bool setDoNotDisturbEnabled(bool enabled);
 
+    /// Gives a setting that it sets another value, without being asked. Returns: false when it could not be saved.
+    bool changeByItself(const std::string& settingDBId);
+
 private:
     bool applyFriendlyName(const std::string& name);
     bool save(const std::string& settingDBId, std::string& current, const std::string& value);

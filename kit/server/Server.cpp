@@ -1,7 +1,6 @@
 #include "SettingsHandlerKit/Server.h"
 
 #include <algorithm>
-#include <exception>
 #include <filesystem>
 #include <stdexcept>
 #include <utility>
@@ -62,7 +61,7 @@ std::shared_ptr<ValueObserver> Server::valueObserver() const {
 }
 
 std::shared_ptr<ClientListener> Server::clients() const {
-    return parts->hub;
+    return parts->settingsClients;
 }
 
 std::shared_ptr<TrafficObserver> Server::traffic() const {
@@ -110,13 +109,11 @@ SandboxFolders Server::foldersInUse() const {
 }
 
 void Server::post(std::function<void()> action) {
-    parts->loop.post([this, posted = std::move(action)] {
-        try {
-            perform(posted);
-        } catch (const std::exception& error) {
-            writeLog(VessaLogger::ERROR, std::string("a posted action failed: ") + error.what());
-        }
-    });
+    parts->loop.post([this, posted = std::move(action)] { parts->performPosted(posted); });
+}
+
+void Server::postLater(std::chrono::milliseconds delay, std::function<void()> action) {
+    parts->delays.add(delay, [this, posted = std::move(action)] { parts->performPosted(posted); });
 }
 
 void Server::perform(const std::function<void()>& action) {
@@ -149,6 +146,10 @@ std::optional<std::string> Server::renewPageKey() {
 
 std::string Server::metricsText() const {
     return parts->metrics->text();
+}
+
+void Server::addToHealth(const std::string& name, std::function<std::vector<std::string>()> texts) {
+    parts->healthTexts[name] = std::move(texts);
 }
 
 std::string Server::healthText() const {

@@ -1,5 +1,6 @@
 #include "server/ServerParts.h"
 
+#include <exception>
 #include <filesystem>
 #include <stdexcept>
 #include <system_error>
@@ -39,8 +40,9 @@ PageFiles pagesIn(const ServerOptions& options) {
 }
 
 std::unique_ptr<SocketFile> openSocket(const std::string& name, const std::string& path, PassedSockets& sockets) {
+    const bool isOwn = sockets.isOwn(name);
     if (auto passed = sockets.take(name)) {
-        return std::make_unique<SocketFile>(std::move(*passed));
+        return std::make_unique<SocketFile>(std::move(*passed), isOwn);
     }
     return std::make_unique<SocketFile>(path);
 }
@@ -100,18 +102,20 @@ void checkAllowedOrigin(const std::string& text) {
 
 Server::Parts::Parts(ServerOptions chosenOptions)
     : options(checked(std::move(chosenOptions))),
+      delays(loop),
       webListener(openWebListener(options)),
       pages(pagesIn(options)),
       traffic(std::make_shared<TrafficObservers>()),
       backlog(std::make_shared<Backlog>()),
       hub(std::make_shared<MessageHub>(traffic, options.context, backlog, options.environment)),
+      settingsClients(options.between ? options.between(hub) : hub),
       transactions(std::make_shared<StoredTransactions>(
           *hub, [this](std::function<void()> action) { loop.later(std::move(action)); })),
       metrics(std::make_shared<ServerMetrics>(options.version)),
       health(options.version, {}) {
     traffic->add(metrics);
     hub->administer(*this);
-    addEndpoint("settings", options.socketPath, Origin::SOCKET, *hub);
+    addEndpoint("settings", options.socketPath, Origin::SOCKET, *settingsClients);
 }
 
 void Server::Parts::watch(Storage& watched) {
@@ -194,8 +198,16 @@ std::string Server::Parts::startText() const {
     return (webAddress ? pageAddress() + " " : "") + "socket: " + endpoints.front().path;
 }
 
+void Server::Parts::performPosted(const std::function<void()>& action) {
+    try {
+        hub->perform(Origin::DEVICE, action);
+    } catch (const std::exception& error) {
+        writeLog(VessaLogger::ERROR, std::string("a posted action failed: ") + error.what());
+    }
+}
+
 HttpAnswer Server::Parts::healthAnswer() {
-    return health.answer(storage != nullptr ? storage->health() : StorageHealth{});
+    return health.answer(storage != nullptr ? storage->health() : StorageHealth{}, healthTexts);
 }
 
 /// Stored first: a secret that was replaced must not be valid again after the next start.

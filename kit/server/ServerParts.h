@@ -11,6 +11,7 @@
 #include "SettingsHandlerKit/Server.h"
 #include "server/BackupSchedule.h"
 #include "server/StoredTransactions.h"
+#include "server/loop/Delays.h"
 #include "server/loop/EventLoop.h"
 #include "server/loop/RepeatingTimer.h"
 #include "server/metrics/HealthReport.h"
@@ -57,8 +58,10 @@ struct Server::Parts : Administration {
     std::string startText() const;
     HttpAnswer healthAnswer();
 
+    void performPosted(const std::function<void()>& action);
     void tellServiceManager();
     void requestStop();
+    PassedSockets handOver();
     /// Until `stop`, and then until the clients are gone.
     void serve();
     void turn();
@@ -68,6 +71,7 @@ struct Server::Parts : Administration {
     // Members go in reverse order: listeners first, the loop last.
     ServerOptions options;
     EventLoop loop;
+    Delays delays;
     /// Opened first, so that a service that cannot have the port changes nothing.
     std::unique_ptr<TcpListener> webListener;
     PageFiles pages;
@@ -76,9 +80,12 @@ struct Server::Parts : Administration {
     std::shared_ptr<TrafficObservers> traffic;
     std::shared_ptr<Backlog> backlog;
     std::shared_ptr<MessageHub> hub;
+    /// Who is told of the clients of the settings: the hub, or what is between.
+    std::shared_ptr<ClientListener> settingsClients;
     std::shared_ptr<StoredTransactions> transactions;
     std::shared_ptr<ServerMetrics> metrics;
     HealthReport health;
+    HealthTexts healthTexts;
     /// Null without a watched one. Gone when the server has stopped.
     Storage* storage = nullptr;
     /// The first is that of the settings.
@@ -89,6 +96,8 @@ struct Server::Parts : Administration {
     std::optional<RepeatingTimer> heartbeat;
     /// Is the service manager told when the server stops?
     bool isManaged = false;
+    /// Does another server of this process take over?
+    bool isHandedOver = false;
     bool stopRequested = false;
     std::atomic<Phase> phase{Phase::CREATED};
     std::thread thread;

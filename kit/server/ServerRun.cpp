@@ -71,6 +71,28 @@ void Server::stop() {
     parts->loop.post([this] { parts->requestStop(); });
 }
 
+PassedSockets Server::handOver() {
+    return parts->handOver();
+}
+
+PassedSockets Server::Parts::handOver() {
+    PassedSockets sockets;
+    if (phase != Phase::SERVING) {
+        return sockets;
+    }
+    for (const auto& endpoint : endpoints) {
+        bool isOwn = false;
+        Descriptor socket = endpoint.listener->handOver(isOwn);
+        sockets.add(endpoint.name, std::move(socket), isOwn);
+    }
+    if (webServer) {
+        sockets.add("web", webServer->handOver(), false);
+    }
+    isHandedOver = true;
+    loop.post([this] { requestStop(); });
+    return sockets;
+}
+
 /// From the loop.
 void Server::Parts::requestStop() {
     stopRequested = true;
@@ -101,7 +123,7 @@ void Server::Parts::turn() {
 void Server::Parts::beginStop() {
     phase = Phase::DRAINING;
     if (isManaged) {
-        notifyStopping("Draining connections");
+        (isHandedOver ? notifyReloading : notifyStopping)("Draining connections");
     }
     health.setServing(false);
     writeLog(VessaLogger::INFORMATION, "stopping");

@@ -6,8 +6,9 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parent.parent.parent
 
 # What reads a variable of the environment, and the files that wrap `getenv` for it.
-READERS = r"(?:getenv|folderFrom|managerVariable|managerNumber|isMeantForThisProcess)"
-WRAPPERS = {"host/Options.cpp", "kit/service/manager/ManagerVariables.cpp"}
+READERS = r"(?:getenv|folderFrom|managerVariable|managerNumber|isMeantForThisProcess|variable)"
+WRAPPERS = {"host/Options.cpp", "kit/service/manager/ManagerVariables.cpp", "clients/bridge/ServiceManager.cpp",
+            "clients/settings-mqtt/Options.cpp"}
 
 
 def help_of(*words):

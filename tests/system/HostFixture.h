@@ -15,6 +15,7 @@
 #include "Utils/Rapidjson.h"
 #include "support/ChildProcess.h"
 #include "support/Files.h"
+#include "support/Json.h"
 #include "support/ProcessUsage.h"
 #include "support/Sanitizers.h"
 #include "support/TemporaryDirectory.h"
@@ -24,12 +25,7 @@ namespace SystemTests {
 
 using Lines = std::vector<std::string>;
 
-inline rapidjson::Document parsed(const std::string& line) {
-    rapidjson::Document document;
-    document.Parse(line.c_str());
-    EXPECT_FALSE(document.HasParseError()) << line;
-    return document;
-}
+using TestSupport::parsed;
 
 /// Each test has its own host in its own folder.
 class HostTest : public ::testing::Test {

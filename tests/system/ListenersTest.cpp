@@ -48,7 +48,8 @@ TEST_F(HostListeners, AFloodFromOneClientDelaysNobody) {
     ASSERT_EQ(get("deviceName"), "TV");
     WireTests::HostClient flood(socket());
     std::string frames;
-    for (int number = 0; number < 20000; ++number) {
+    constexpr std::size_t requests = TestSupport::sanitized ? 4000 : 20000;
+    for (std::size_t number = 0; number < requests; ++number) {
         frames += R"({"type":18,"messageId":"m"})"
                   "\n";
     }
@@ -67,7 +68,7 @@ TEST_F(HostListeners, AFloodFromOneClientDelaysNobody) {
     }
     sender.join();
     reader.join();
-    EXPECT_EQ(answered, 20000U);
+    EXPECT_EQ(answered, requests);
 }
 
 TEST_F(HostListeners, AtTheDescriptorLimitConnectedClientsAreServed) {

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <iostream>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include <sys/socket.h>
@@ -97,8 +98,9 @@ protected:
 };
 
 TEST_F(MemoryOfTheHost, IsBoundedWhenSeveralAskForAllThatAnOlderVersionStored) {
-    serveDatabaseOfAnOlderVersion(900, 60000);
-    const std::string all = getRequest(names(0, 900));
+    constexpr int keys = TestSupport::sanitized ? 170 : 900;
+    serveDatabaseOfAnOlderVersion(keys, 60000);
+    const std::string all = getRequest(names(0, keys));
     for (int number = 0; number < 8; ++number) {
         const auto& asking = lines.emplace_back(std::make_unique<HostClient>(socket()));
         asking->sendLine(all);
@@ -108,8 +110,8 @@ TEST_F(MemoryOfTheHost, IsBoundedWhenSeveralAskForAllThatAnOlderVersionStored) {
     }
     // A few keys at a time can be read.
     constexpr int keysAtOnce = 17;
-    for (int from = 0; from < 900; from += keysAtOnce) {
-        const int to = std::min(from + keysAtOnce, 900);
+    for (int from = 0; from < keys; from += keysAtOnce) {
+        const int to = std::min(from + keysAtOnce, keys);
         const auto reply = ask(getRequest(names(from, to)));
         const auto& settings = reply["payload"]["settings"];
         ASSERT_EQ(settings.MemberCount(), static_cast<unsigned>(to - from)) << from;
@@ -171,7 +173,7 @@ TEST_F(MemoryOfTheHost, IsBoundedWhenRepliesGrowSixfoldInTheirFrames) {
     for (int number = 0; number < 10000; ++number) {
         control += "\\u0001";
     }
-    constexpr int keys = 100;
+    constexpr int keys = TestSupport::sanitized ? 20 : 100;
     for (int number = 0; number < keys; ++number) {
         set("k" + std::to_string(number), "\"" + control + "\"", number + 1);
     }
@@ -188,8 +190,8 @@ TEST_F(MemoryOfTheHost, IsBoundedWhenEverybodyAsksForTheHistoryAndReadsNothing) 
     const std::string run = ask(R"({"messageId":"h","hello":{}})")["hello"]["run"].GetString();
     const std::string history = R"({"messageId":"y","history":{}})";
     // As much as the history holds of large events, then of small ones.
-    for (const std::size_t size : {std::size_t{15000}, std::size_t{10}}) {
-        for (int number = 0; number < 1024; ++number) {
+    for (const auto& [size, events] : {std::pair(std::size_t{15000}, 64), std::pair(std::size_t{10}, 1024)}) {
+        for (int number = 0; number < events; ++number) {
             std::string value = std::to_string(number);
             value.resize(size, 'v');
             client().sendLine(setRequest("timezone", "\"" + value + "\""));

@@ -34,10 +34,8 @@ const Places& kindsAt(Listener listener) {
                                  {"page", "page-reply"},
                                  {"backup", "backup-reply"},
                                  {"status", "status-reply"}};
-    static const Places device{{"ok", "device-done"},
-                               {"device", "device-state"},
-                               {"page", "device-page"},
-                               {"trace", "device-trace"},
+    static const Places device{{"ok", "device-done"},      {"device", "device-state"}, {"faults", "device-faults"},
+                               {"world", "device-world"},  {"page", "device-page"},    {"trace", "device-trace"},
                                {"error", "device-refusal"}};
     return listener == Listener::SETTINGS ? settings : device;
 }

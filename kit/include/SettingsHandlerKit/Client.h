@@ -43,6 +43,10 @@ public:
     virtual Origin origin() const = 0;
     /// Where it is connected.
     virtual ListenerKind listenerKind() const = 0;
+
+    /// Closes the connection at once; what waits is not sent. Like `send`, it never calls a `ClientListener`. Does
+    /// nothing where only the other side can close.
+    virtual void close() {}
 };
 
 }  // namespace SettingsHandlerKit

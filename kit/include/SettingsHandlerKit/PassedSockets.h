@@ -9,7 +9,8 @@
 
 namespace SettingsHandlerKit {
 
-/// The listening sockets that a service manager opened and passed to this process, by their names.
+/// The listening sockets that a service manager opened and passed to this process, or an earlier server of the process
+/// (`Server::handOver`), by their names.
 class PassedSockets {
 public:
     /// None.
@@ -19,11 +20,16 @@ public:
     /// names and number do not match.
     explicit PassedSockets(const std::set<std::string>& expected);
 
+    /// Adds one. `isOwn`: an earlier server made its file, so the one that takes it removes the file at its end.
+    void add(const std::string& name, Descriptor socket, bool isOwn);
+    /// Is the file of that socket the server's to remove?
+    bool isOwn(const std::string& name) const { return own.count(name) > 0; }
     /// The socket of that name, once.
     std::optional<Descriptor> take(const std::string& name);
 
 private:
     std::map<std::string, Descriptor> sockets;
+    std::set<std::string> own;
 };
 
 }  // namespace SettingsHandlerKit

@@ -11,6 +11,8 @@ struct SandboxFolders {
     std::vector<std::string> changed;
     /// Folders in which it only removes files.
     std::vector<std::string> cleared;
+    /// Folders whose files it only reads.
+    std::vector<std::string> read;
 };
 
 /// Drops permanently what the program does not need: capabilities, new privileges, files outside `folders` (except

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "CommunicationHandler/CommunicationHandlerInterface.h"
 #include "DeviceAbstractionLayer/AppLaunch.h"
@@ -129,10 +130,17 @@ public:
     bool isRunning() const;
     /// Ends serving soon; a second call ends the grace period. Threads: any.
     void stop();
+    /// Ends serving soon, so that another server of this process takes over. The sockets stay open: clients that
+    /// connect meanwhile wait for it. The service manager is told that the service is ready again soon, not that it
+    /// stops.
+    /// - Returns: the sockets, for the `ServerOptions` of the other server; none when it does not serve.
+    PassedSockets handOver();
 
     /// Runs `action` soon on the server's thread, as `perform` does; an exception is logged at level 3. Actions run in
     /// the order in which they were posted; none runs after the server has stopped. Threads: any.
     void post(std::function<void()> action);
+    /// The same when `delay` is over. Threads: the server's.
+    void postLater(std::chrono::milliseconds delay, std::function<void()> action);
     /// Runs `action` now. What it changes is the device's doing: events have the origin "device", and clients get a
     /// notice of values that changed without an event.
     void perform(const std::function<void()>& action);
@@ -158,6 +166,8 @@ public:
     std::string metricsText() const;
     /// What `/healthz` serves.
     std::string healthText() const;
+    /// From now on `/healthz` has the member `name` with what `texts` returns, unless that is empty.
+    void addToHealth(const std::string& name, std::function<std::vector<std::string>()> texts);
 
 private:
     struct Parts;

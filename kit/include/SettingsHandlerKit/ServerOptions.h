@@ -1,11 +1,13 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 
 #include "SettingsHandlerKit/Client.h"
+#include "SettingsHandlerKit/ClientListener.h"
 #include "SettingsHandlerKit/Environment.h"
 #include "SettingsHandlerKit/Logging.h"
 #include "SettingsHandlerKit/PassedSockets.h"
@@ -46,6 +48,9 @@ struct ServerOptions {
     std::shared_ptr<RequestContext> context = std::make_shared<RequestContext>();
     /// Clock and randomness.
     Environment environment;
+    /// Puts something between the connections of the settings and the server, such as a delay: returns who is told of
+    /// clients and their frames instead of `server`, and passes on what it wants. Nothing for nothing between.
+    std::function<std::shared_ptr<ClientListener>(std::shared_ptr<ClientListener> server)> between;
 };
 
 /// One more place where clients connect, with frames of its own: a Unix socket and, with a web port, a WebSocket at

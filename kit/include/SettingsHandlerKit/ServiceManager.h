@@ -12,6 +12,8 @@ namespace SettingsHandlerKit {
 void notifyStarting(const std::string& status);
 /// All listeners are open.
 void notifyReady(const std::string& status);
+/// Not ready for a moment, until `notifyReady`.
+void notifyReloading(const std::string& status);
 void notifyStopping(const std::string& status);
 void notifyAlive();
 

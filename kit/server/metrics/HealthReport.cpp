@@ -26,7 +26,7 @@ const char* HealthReport::status(const StorageHealth& storage) const {
     return recovery.source == Recovery::Source::NOT_NEEDED ? "ok" : "recovered";
 }
 
-HttpAnswer HealthReport::answer(const StorageHealth& storage) const {
+HttpAnswer HealthReport::answer(const StorageHealth& storage, const HealthTexts& more) const {
     const auto uptime = std::chrono::steady_clock::now() - started;
     Wire::ObjectWriter<> report;
     report.text("status", status(storage));
@@ -46,6 +46,11 @@ HttpAnswer HealthReport::answer(const StorageHealth& storage) const {
         report.text("setAside", recovery.setAside);
     }
     report.endObject();
+    for (const auto& [name, textsOf] : more) {
+        if (const auto texts = textsOf(); !texts.empty()) {
+            report.texts(name, texts);
+        }
+    }
     HttpAnswer answer;
     answer.status = serving ? ok : serviceUnavailable;
     answer.contentType = "application/json";

@@ -1,12 +1,18 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
+#include <map>
 #include <string>
+#include <vector>
 
 #include "SettingsHandlerKit/StorageObserver.h"
 #include "server/web/HttpAnswer.h"
 
 namespace SettingsHandlerKit {
+
+/// More members of the answer; those without texts are left out.
+using HealthTexts = std::map<std::string, std::function<std::vector<std::string>()>>;
 
 /// The answer of `/healthz`:
 /// `{"status":"ok","version":"1.2.3","uptimeSeconds":12,"storage":{"writable":true,"keys":3,"failures":0}}`, with
@@ -21,7 +27,7 @@ public:
     void setServing(bool isServing) { serving = isServing; }
 
     /// 200 while the host serves, else 503.
-    HttpAnswer answer(const StorageHealth& storage) const;
+    HttpAnswer answer(const StorageHealth& storage, const HealthTexts& more = {}) const;
 
 private:
     const char* status(const StorageHealth& storage) const;

@@ -100,6 +100,10 @@ void Acceptor::pauseAccepting() {
     pause->start();
 }
 
+Descriptor Acceptor::duplicate() const {
+    return Descriptor(::fcntl(listening.get(), F_DUPFD_CLOEXEC, 0));
+}
+
 void Acceptor::close() {
     if (watch) {
         watch->closeHandle();

@@ -34,6 +34,8 @@ public:
 
     void start(EventLoop& loop, OnConnection connected, OnRefused refused);
     void close();
+    /// The socket once more. It still listens when this one is closed.
+    Descriptor duplicate() const;
 
 private:
     class Watch;

@@ -92,11 +92,14 @@ void removeStaleSocket(const std::string& path, const sockaddr_un& address) {
 
 }  // namespace
 
-SocketFile::SocketFile(SocketPlace place) {
+SocketFile::SocketFile(SocketPlace place, bool isOwn) {
     if (auto* const passed = std::get_if<Descriptor>(&place)) {
         socketPath = checkPassedUnixSocket(passed->get());
         descriptor = std::move(*passed);
-        removed = true;
+        removed = !isOwn;
+        if (isOwn) {
+            remember();
+        }
         return;
     }
     socketPath = std::filesystem::absolute(std::get<std::string>(place)).string();
@@ -118,13 +121,20 @@ void SocketFile::bindAndListen() {
     if (bound != 0) {
         fail("cannot make the socket " + socketPath);
     }
+    remember();
+    if (::listen(socket.get(), SOMAXCONN) != 0) {
+        fail("cannot listen at " + socketPath);
+    }
+    descriptor = std::move(socket);
+}
+
+void SocketFile::remember() {
     struct stat status {};
-    if (::lstat(socketPath.c_str(), &status) != 0 || ::listen(socket.get(), SOMAXCONN) != 0) {
+    if (::lstat(socketPath.c_str(), &status) != 0) {
         fail("cannot listen at " + socketPath);
     }
     device = status.st_dev;
     inode = status.st_ino;
-    descriptor = std::move(socket);
 }
 
 SocketFile::~SocketFile() {
@@ -137,6 +147,10 @@ void SocketFile::remove() {
         ::unlink(socketPath.c_str());
     }
     removed = true;
+}
+
+bool SocketFile::leave() {
+    return !std::exchange(removed, true);
 }
 
 int SocketFile::takeDescriptor() {

@@ -15,11 +15,12 @@ using SocketPlace = std::variant<std::string, Descriptor>;
 
 /// A listening Unix socket with its file, created with mode 0600. Its folder is made (0700) when it is missing, and
 /// must be a real folder of this user that is not writable by others. A stale socket is replaced; the socket of a
-/// running host and files that are not sockets are left unchanged. The file of a passed socket is never removed.
+/// running host and files that are not sockets are left unchanged. The file of a passed socket is removed only if it
+/// is `isOwn`: an earlier listener of this process made it.
 class SocketFile {
 public:
     /// Errors: `ListenerError`.
-    explicit SocketFile(SocketPlace place);
+    explicit SocketFile(SocketPlace place, bool isOwn = false);
     /// Removes the file, see `remove`.
     ~SocketFile();
 
@@ -32,9 +33,12 @@ public:
     /// Removes the file, if it is still the one that was made. To be called before the descriptor is closed: after
     /// that, another host may put a file there with the same inode. Repeated calls do nothing.
     void remove();
+    /// Leaves the file to the next listener. Returns: whether it was this one's to remove.
+    bool leave();
 
 private:
     void bindAndListen();
+    void remember();
 
     std::string socketPath;
     Descriptor descriptor;

@@ -34,6 +34,7 @@ public:
     void send(const std::shared_ptr<const std::string>& frame) override;
     Origin origin() const override { return place.origin; }
     ListenerKind listenerKind() const override { return place.kind; }
+    void close() override { drop(); }
     DisconnectReason disconnectReason() const { return backlog.disconnectReason(); }
 
     /// Reads from now on, and takes the frames that are there already.

@@ -27,6 +27,8 @@ public:
     /// From now on passes connections to `taker`, and those for which there is no descriptor to `refuser`.
     void start(EventLoop& loop, Acceptor::OnConnection taker, Acceptor::OnRefused refuser);
     void close();
+    /// The socket once more. It still listens when this one is closed.
+    Descriptor duplicate() const { return acceptor->duplicate(); }
 
 private:
     void acceptFrom(Descriptor listening);

@@ -42,6 +42,9 @@ public:
 
     /// Takes no more clients and frames, and closes each connection when its backlog is sent.
     void close();
+    /// The socket and its file for another listener: it still listens when this one is closed. `isOwn` becomes whether
+    /// the other one is to remove the file at its end.
+    Descriptor handOver(bool& isOwn);
     /// Closes the remaining connections at once.
     void closeNow();
 

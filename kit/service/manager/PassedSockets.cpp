@@ -107,6 +107,13 @@ PassedSockets::PassedSockets(const std::set<std::string>& expected) {
     }
 }
 
+void PassedSockets::add(const std::string& name, Descriptor socket, bool isOwn) {
+    sockets[name] = std::move(socket);
+    if (isOwn) {
+        own.insert(name);
+    }
+}
+
 std::optional<Descriptor> PassedSockets::take(const std::string& name) {
     const auto entry = sockets.find(name);
     if (entry == sockets.end()) {

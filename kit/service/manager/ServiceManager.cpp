@@ -43,6 +43,12 @@ void notifyReady(const std::string& status) {
     notify("READY=1\nSTATUS=" + status);
 }
 
+void notifyReloading(const std::string& status) {
+    using namespace std::chrono;
+    const auto now = duration_cast<microseconds>(steady_clock::now().time_since_epoch());
+    notify("RELOADING=1\nMONOTONIC_USEC=" + std::to_string(now.count()) + "\nSTATUS=" + status);
+}
+
 void notifyStopping(const std::string& status) {
     notify("STOPPING=1\nSTATUS=" + status);
 }

@@ -56,6 +56,9 @@ bool permitAll(int ruleset, const SandboxFolders& folders, std::uint64_t handled
     for (const auto& folder : folders.cleared) {
         permitted = permitted && permit(ruleset, folder, removeFiles);
     }
+    for (const auto& folder : folders.read) {
+        permitted = permitted && permit(ruleset, folder, readFiles);
+    }
     // For the metrics of this process. Those of other processes are out of reach: a sandboxed process must not trace.
     permitted = permitted && permit(ruleset, "/proc", readFiles);
     permitted = permitted && permit(ruleset, "/usr/share/zoneinfo", readFiles);

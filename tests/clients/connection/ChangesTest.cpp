@@ -70,6 +70,28 @@ TEST_F(ClientChanges, AskForAnAnswerAndNoticeOnceThatTheHostGivesOne) {
     EXPECT_TRUE(host.clientCloses());
 }
 
+TEST_F(ClientChanges, CarryTheNameOfTheClientThatTheyAreFor) {
+    auto done = start([this] {
+        client.actFor(":1.42 player");
+        client.set("k", "v", 5);
+        client.logOut();
+        client.actFor("");
+        client.openSettings();
+    });
+    Peer host = serve();
+    std::string request = setRequest(1, "k", "v", "5");
+    request.insert(request.find(R"(,"payload")"), R"(,"client":":1.42 player")");
+    EXPECT_EQ(host.receiveLine(), request);
+    EXPECT_EQ(host.receiveLine(), bare(18, 2));
+    host.sendLine(reply(24, 1, R"({"outcome":"unchanged"})"));
+    host.sendLine(selected(2));
+    EXPECT_EQ(host.receiveLine(), bare(22, 3, R"(,"answer":true,"client":":1.42 player")"));
+    host.sendLine(reply(22, 3, R"({"outcome":"done"})"));
+    EXPECT_EQ(host.receiveLine(), bare(19, 4, R"(,"answer":true)"));
+    host.sendLine(reply(19, 4, R"({"outcome":"done"})"));
+    done.get();
+}
+
 TEST_F(ClientChanges, AskAgainOnANewConnectionWhetherTheHostAnswers) {
     EXPECT_EQ(answerTo(R"({"outcome":"unchanged"})").outcome, Outcome::UNCHANGED);
     auto answer = start([this] {

@@ -104,9 +104,11 @@ protected:
 
     std::string socketLines() const {
         return "ok    socket: " + host.settingsPath() + " has mode 0600\nok    folder: " + folder() +
-               " has mode 0700\nok    device socket: " + host.devicePath() + " has mode 0600\n";
+               " has mode 0700\nok    device socket: " + host.devicePath() + " has mode 0600\n" + bridgeLines;
     }
 
+    static constexpr const char* bridgeLines =
+        "ok    settings-dbus: not installed\nok    settings-mqtt: not installed\n";
     static constexpr const char* withPages = R"({"address":"http://127.0.0.1:8097/?key=k"})";
     const FakeHost host;
 };
@@ -148,7 +150,7 @@ TEST_F(SettingsCtlDoctor, SaysWhatToDoAndExitsWithOne) {
             host.settingsPath() + " has mode 0666, so every user can connect: run 'chmod o= " + host.settingsPath() +
             "'\nwrong folder: " + folder() + " has mode 0777, so others can replace the socket: run 'chmod go-w " +
             folder() + "'\nwrong device socket: " + host.devicePath() +
-            " has mode 0606, so every user can connect: run 'chmod o= " + host.devicePath() + "'\n");
+            " has mode 0606, so every user can connect: run 'chmod o= " + host.devicePath() + "'\n" + bridgeLines);
 }
 
 TEST_F(SettingsCtlDoctor, PrintsOneObjectPerLineAsJson) {
@@ -179,7 +181,7 @@ TEST_F(SettingsCtlDoctor, ExitsWithOneWithoutAHost) {
               "wrong host: cannot reach the host at " + missing +
                   ": No such file or directory (is settings-host running?): start it, or name its socket with "
                   "--socket\nok    device socket: " +
-                  host.devicePath() + " has mode 0600\n");
+                  host.devicePath() + " has mode 0600\n" + bridgeLines);
 }
 
 TEST_F(SettingsCtlDoctor, ReportsAnotherProgram) {

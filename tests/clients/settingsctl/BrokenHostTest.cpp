@@ -88,6 +88,7 @@ INSTANTIATE_TEST_SUITE_P(Verb, SettingsCtlWithABrokenHost,
                                          Verb{"History", {"history"}}, Verb{"Undo", {"undo", "deviceName"}},
                                          Verb{"Reset", {"reset", "deviceName"}}, Verb{"Explain", {"explain"}},
                                          Verb{"DeviceShow", {"device", "show"}, true},
+                                         Verb{"DeviceFaults", {"device", "faults"}, true},
                                          Verb{"DeviceLocale", {"device", "locale", "fr-FR"}, true}),
                          [](const auto& suite) { return std::string(suite.param.name); });
 

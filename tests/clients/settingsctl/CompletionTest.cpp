@@ -19,7 +19,8 @@ using Words = std::vector<std::string>;
 
 const Words verbs{"get",  "set",      "reset",         "undo",   "watch", "history", "explain", "list",  "dump",
                   "load", "selected", "open-settings", "logout", "page",  "backup",  "doctor",  "device"};
-const Words deviceVerbs{"show", "locale", "locales", "timezone", "handsfree", "captions", "do-not-disturb", "setting"};
+const Words deviceVerbs{"show",           "locale",  "locales", "timezone", "handsfree", "captions",
+                        "do-not-disturb", "setting", "faults",  "fault",    "save"};
 
 /// The keys of the catalogue that begin with `prefix`.
 Words keys(const std::string& prefix = "") {
@@ -284,6 +285,16 @@ TEST_P(SettingsCtlCompletion, NeedsNoHostForFixedWords) {
 TEST_P(SettingsCtlCompletion, CompletesFurtherPairs) {
     EXPECT_EQ(completed("settingsctl set deviceName Den captionsSt"), Words{"captionsStyles"});
     EXPECT_EQ(completed("settingsctl set deviceName Den pttAlwaysOnEnabled "), (Words{"true", "false"}));
+}
+
+TEST_P(SettingsCtlCompletion, CompletesTheFaultsOfTheHost) {
+    EXPECT_EQ(completed("settingsctl device fault storage-"),
+              (Words{"storage-full", "storage-slow", "storage-failing"}));
+    EXPECT_EQ(completed("settingsctl device fault sdk-refuses time"), Words{"timezone"});
+    EXPECT_EQ(completed("settingsctl device fault storage-slow "), Words{"off"});
+    if (!systemHasAHost()) {
+        EXPECT_EQ(completedWithoutHost("settingsctl device fault s"), Words{});
+    }
 }
 
 TEST_P(SettingsCtlCompletion, CompletesNothingWhereNoArgumentIsExpected) {

@@ -1,6 +1,10 @@
+#include <fstream>
+
 #include <gtest/gtest.h>
 
 #include "FakeHost.h"
+#include "support/Files.h"
+#include "support/TemporaryDirectory.h"
 
 using namespace SettingsCtlTests;
 
@@ -74,6 +78,16 @@ INSTANTIATE_TEST_SUITE_P(
         Command{"Setting",
                 {"setting", "--any-key", "k", "[\"a\",\"b\"]"},
                 R"({"command":"setting","key":"k","value":"[\"a\",\"b\"]"})"},
+        Command{"Fault", {"fault", "storage-full"}, R"({"command":"fault","name":"storage-full","enabled":true})"},
+        Command{"FaultOff",
+                {"fault", "storage-full", "off"},
+                R"({"command":"fault","name":"storage-full","enabled":false})"},
+        Command{"FaultWithTime",
+                {"fault", "clock-jump", "--", "-5"},
+                R"({"command":"fault","name":"clock-jump","enabled":true,"value":-5})"},
+        Command{"FaultWithSetting",
+                {"fault", "sdk-refuses", "timezone"},
+                R"({"command":"fault","name":"sdk-refuses","enabled":true,"value":"timezone"})"},
         Command{"EmptySetting", {"setting", "--any-key", "k", ""}, R"({"command":"setting","key":"k","value":""})"}),
     [](const auto& suite) { return std::string(suite.param.name); });
 
@@ -131,5 +145,99 @@ TEST(SettingsCtlDeviceShow, ReportsAMalformedReply) {
         auto program = host.start({"device", "show"});
         replyTo(host, R"({"command":"show"})", frame);
         expectEnd(program, 3, "", "settingsctl: unexpected response: not a settings-host (malformed frame)\n");
+    }
+}
+
+TEST(SettingsCtlDeviceFault, PrintsUnchangedForOneThatWasSo) {
+    const FakeHost host;
+    auto program = host.start({"device", "fault", "storage-full", "off"});
+    replyTo(host, R"({"command":"fault","name":"storage-full","enabled":false})", R"({"ok":true,"changed":false})");
+    expectEnd(program, 0, "storage-full: unchanged\n", "");
+}
+
+TEST(SettingsCtlDeviceFaults, PrintsALineForEach) {
+    const std::string reply =
+        R"({"faults":[{"name":"a\u001b","on":true,"kind":"switch","description":"One."},)"
+        R"({"name":"slow","on":true,"value":20,"kind":"milliseconds","description":"Two."},)"
+        R"({"name":"refuses","on":true,"value":"timezone","kind":"setting","description":"Three."},)"
+        R"({"name":"off","on":false,"kind":"switch","description":"Four."},)"
+        R"({"name":"now","on":false,"kind":"action","once":true,"description":"Five."}]})";
+    const std::vector<std::pair<std::vector<std::string>, std::string>> runs{
+        {{"device", "faults"},
+         "a\\x1b            on           One.\n"
+         "slow             20           Two.\n"
+         "refuses          timezone     Three.\n"
+         "off              off          Four.\n"
+         "now              once         Five.\n"},
+        {{"device", "faults", "--json"}, reply + "\n"},
+        {{"device", "faults", "--quiet"}, ""}};
+    for (const auto& [arguments, output] : runs) {
+        const FakeHost host;
+        auto program = host.start(arguments);
+        replyTo(host, R"({"command":"faults"})", reply);
+        expectEnd(program, 0, output, "");
+    }
+}
+
+TEST(SettingsCtlDeviceFaults, ReportsAMalformedReply) {
+    const FakeHost host;
+    auto program = host.start({"device", "faults"});
+    replyTo(host, R"({"command":"faults"})", R"({"ok":true})");
+    expectEnd(program, 3, "", "settingsctl: unexpected response: not a settings-host (malformed frame)\n");
+}
+
+namespace {
+
+const std::string saved = R"({"world":{"world":1,"settings":{"a\"":"\u00e9\n"},"sdk":{},"faults":{"b":5,"c":true}},)";
+const std::string savedText = R"({
+    "world": 1,
+    "settings": {
+        "a\"": "é\n"
+    },
+    "sdk": {},
+    "faults": {
+        "b": 5,
+        "c": true
+    }
+})"
+                              "\n";
+
+}  // namespace
+
+TEST(SettingsCtlDeviceSave, WritesAMemberALine) {
+    const TestSupport::TemporaryDirectory folder;
+    const std::string file = folder / "world.json";
+    std::ofstream(file) << "something longer than the world, which is replaced: " << std::string(1000, 'x');
+    const FakeHost host;
+    auto program = host.start({"device", "save", "--with-values", file});
+    replyTo(host, R"({"command":"save","withValues":true})", saved + R"("leftOut":[]})");
+    expectEnd(program, 0, "", "");
+    EXPECT_EQ(TestSupport::contentOf(file), savedText);
+}
+
+TEST(SettingsCtlDeviceSave, SaysWhatIsLeftOut) {
+    const FakeHost host;
+    auto program = host.start({"device", "save", "-"});
+    replyTo(host, R"({"command":"save","withValues":false})", saved + R"("leftOut":["deviceName","friendlyName"]})");
+    expectEnd(program, 0, savedText,
+              "settingsctl: personal values are left out: deviceName, friendlyName; --with-values saves them, too\n");
+}
+
+TEST(SettingsCtlDeviceSave, MakesAFileForTheUserAlone) {
+    const TestSupport::TemporaryDirectory folder;
+    const FakeHost host;
+    auto program = host.start({"device", "save", folder / "world.json"});
+    replyTo(host, R"({"command":"save","withValues":false})", saved + R"("leftOut":[]})");
+    expectEnd(program, 0, "", "");
+    EXPECT_EQ(TestSupport::modeOf(folder / "world.json"), 0600U);
+}
+
+TEST(SettingsCtlDeviceSave, ReportsAFileThatCannotBeWritten) {
+    for (const auto& [file, reason] :
+         {std::pair{"/nowhere/w.json", "No such file or directory"}, {"/dev/full", "No space left on device"}}) {
+        const FakeHost host;
+        auto program = host.start({"device", "save", file});
+        replyTo(host, R"({"command":"save","withValues":false})", saved + R"("leftOut":[]})");
+        expectEnd(program, 1, "", "settingsctl: cannot write '" + std::string(file) + "': " + reason + "\n");
     }
 }

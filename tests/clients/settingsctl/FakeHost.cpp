@@ -10,7 +10,8 @@ FakeHost::FakeHost() : settings(settingsPath()), device(devicePath()) {}
 
 ChildProcess FakeHost::start(std::vector<std::string> arguments) const {
     arguments.insert(arguments.begin(), SETTINGSCTL_PROGRAM);
-    return ChildProcess(arguments, {{"XDG_RUNTIME_DIR", folder.path().string()}});
+    const std::string own = folder.path().string();
+    return ChildProcess(arguments, {{"XDG_RUNTIME_DIR", own}, {"PATH", own}});
 }
 
 TestSupport::Finished finish(ChildProcess& program) {

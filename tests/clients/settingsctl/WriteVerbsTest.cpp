@@ -307,12 +307,12 @@ TEST(SettingsCtlSet, ReportsARefusalFrame) {
 }
 
 /// The message types of the requests that have no reply.
-constexpr int openSettings = 19;
-constexpr int logOut = 22;
+constexpr int openSettingsRequest = 19;
+constexpr int logOutRequest = 22;
 
 class SettingsCtlRequest : public testing::TestWithParam<int> {
 protected:
-    static std::string verb() { return GetParam() == openSettings ? "open-settings" : "logout"; }
+    static std::string verb() { return GetParam() == openSettingsRequest ? "open-settings" : "logout"; }
 };
 
 TEST_P(SettingsCtlRequest, AsksForAnAnswer) {
@@ -351,6 +351,7 @@ TEST_P(SettingsCtlRequest, MayBeRefused) {
     expectEnd(program, 1, "", "settingsctl: refused: the disk\n");
 }
 
-INSTANTIATE_TEST_SUITE_P(Verb, SettingsCtlRequest, testing::Values(openSettings, logOut), [](const auto& suite) {
-    return std::string(suite.param == openSettings ? "OpenSettings" : "LogOut");
-});
+INSTANTIATE_TEST_SUITE_P(Verb, SettingsCtlRequest, testing::Values(openSettingsRequest, logOutRequest),
+                         [](const auto& suite) {
+                             return std::string(suite.param == openSettingsRequest ? "OpenSettings" : "LogOut");
+                         });

@@ -65,7 +65,10 @@ protected:
     std::shared_ptr<SimulatedSdkBridge> sdk = std::make_shared<SimulatedSdkBridge>(state, storage, device, values);
     std::shared_ptr<SimulatedAppLaunch> launcher = std::make_shared<SimulatedAppLaunch>();
     std::shared_ptr<Follower> observer = std::make_shared<Follower>(*sdk);
-    DeviceCommands commands{device, sdk, launcher, [this] { return observer->outcome; }};
+    std::shared_ptr<Faults> faults = std::make_shared<Faults>();
+    DeviceCommands commands{device,   sdk,
+                            launcher, [this] { return observer->outcome; },
+                            faults,   [](bool withValues) { return std::string(withValues ? "all" : "some"); }};
 };
 
 TEST_F(DeviceCommandsTest, ShowPrintsTheWholeState) {

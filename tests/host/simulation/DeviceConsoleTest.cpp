@@ -17,7 +17,9 @@ protected:
         traffic->add(trace);
         traffic->add(recording);
         hub->connected(page);
-        console.obey(DeviceCommands(device, sdk, std::make_shared<SimulatedAppLaunch>(), [this] { return outcome; }));
+        console.obey(DeviceCommands(
+            device, sdk, std::make_shared<SimulatedAppLaunch>(), [this] { return outcome; }, std::make_shared<Faults>(),
+            [](bool) { return std::string("{}"); }));
         console.connected(client);
         console.connected(watcher);
         recording->take();

@@ -1,19 +1,14 @@
 #include <filesystem>
 
-#include "Utils/Rapidjson.h"
 #include "kit/server/ServerFixture.h"
 #include "kit/support/FaultyDisk.h"
+#include "support/Json.h"
 
 namespace SettingsHandlerKit {
 
 namespace {
 
-rapidjson::Document parsed(const std::string& text) {
-    rapidjson::Document document;
-    document.Parse(text.c_str());
-    EXPECT_FALSE(document.HasParseError()) << text;
-    return document;
-}
+using TestSupport::parsed;
 
 }  // namespace
 

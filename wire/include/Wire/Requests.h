@@ -16,11 +16,14 @@ std::string getSettingsRequest(const std::string& messageId, const std::vector<s
 /// Is the host asked to say what came of a request?
 enum class Answered { NO, YES };
 
+/// `client` is the name for this request alone; empty: that of the connection.
 std::string setSettingsRequest(const std::string& messageId, std::int64_t timestamp, const std::string& key,
-                               const std::string& value, Answered answered = Answered::NO);
+                               const std::string& value, Answered answered = Answered::NO,
+                               const std::string& client = "");
 
-/// A request without a payload.
-std::string bareRequest(MessageType type, const std::string& messageId, Answered answered = Answered::NO);
+/// A request without a payload. `client`: as above.
+std::string bareRequest(MessageType type, const std::string& messageId, Answered answered = Answered::NO,
+                        const std::string& client = "");
 
 /// Several requests as one frame.
 std::string batchFrame(const std::vector<std::string>& requests);

@@ -91,6 +91,9 @@ public:
     /// empty, the oldest first. It forgets them at a log-out and when it ends.
     /// - Errors: also `NotSupported`.
     std::vector<Event> history(const std::string& key = "", std::optional<int> limit = std::nullopt);
+    /// From now on events of changes that are asked for carry this name in place of `Options::name`, for a client that
+    /// passes the requests of others on. Same limits; empty: its own name again.
+    void actFor(const std::string& name);
     /// All settings that the host has. Errors: also `NotSupported`.
     std::vector<Setting> catalogue();
     /// @}

@@ -15,7 +15,7 @@ std::string batchOf(const std::vector<std::string>& requests) {
     return R"({"batch":[)" + elements + "]}";
 }
 
-std::string get(const std::string& messageId, const std::string& keys = R"("deviceName")") {
+std::string getSettings(const std::string& messageId, const std::string& keys = R"("deviceName")") {
     return R"({"type":7,"messageId":")" + messageId + R"(","payload":{"settings":[)" + keys + "]}}";
 }
 
@@ -46,12 +46,12 @@ protected:
 };
 
 TEST_F(BatchesTest, AreStoredBeforeAnyFrameThatTellsOfThem) {
-    const std::string frame =
-        batchOf({answered("deviceName", "Den"), get("g1"), silentSet("timezone", "UTC"),
-                 R"({"type":18,"messageId":"s"})", answered("deviceName", "Den", "m4"),
-                 set("deviceName", "Attic", R"("answer":true,)"), silentSet("captionsEnabled", "true"),
-                 answered("deviceName", "Attic", "m7", 4), set("deviceName", "Attic", R"("client":"\n",)"),
-                 set("deviceName", "Attic", R"("client":"remote",)"), get("g10", R"("deviceName","timezone")")});
+    const std::string frame = batchOf(
+        {answered("deviceName", "Den"), getSettings("g1"), silentSet("timezone", "UTC"),
+         R"({"type":18,"messageId":"s"})", answered("deviceName", "Den", "m4"),
+         set("deviceName", "Attic", R"("answer":true,)"), silentSet("captionsEnabled", "true"),
+         answered("deviceName", "Attic", "m7", 4), set("deviceName", "Attic", R"("client":"\n",)"),
+         set("deviceName", "Attic", R"("client":"remote",)"), getSettings("g10", R"("deviceName","timezone")")});
     const auto lines = handled(frame);
     EXPECT_EQ(lines, (Lines{"begin", "storage.setValue(deviceName, Den)", "sdk.setTimezone(UTC)",
                             "storage.setValue(deviceName, Attic)", "commit", event(1, "deviceName", "TV", "Den"),
@@ -131,7 +131,7 @@ TEST_F(BatchesTest, ANoticeComesAfterTheRequestThatCausedIt) {
     journal.at("storage.setValue(deviceName", [&] { hub->valueChanged("captionsEnabled"); });
     journal.at("sdk.setTimezone", [&] { hub->valueChanged("timezone"); });
     const auto watching = hub->observers().add(std::nullopt, recorder());
-    EXPECT_EQ(handled(batchOf({silentSet("deviceName", "Den"), silentSet("timezone", "UTC"), get("g")})),
+    EXPECT_EQ(handled(batchOf({silentSet("deviceName", "Den"), silentSet("timezone", "UTC"), getSettings("g")})),
               (Lines{"begin", "storage.setValue(deviceName, Den)", "sdk.setTimezone(UTC)", "commit",
                      event(1, "deviceName", "TV", "Den"), R"(all {"notice":{"reread":["captionsEnabled"]}})",
                      event(2, "timezone", "America/Vancouver", "UTC"), values("g", R"("deviceName":"Den")"),
@@ -159,7 +159,7 @@ TEST_F(BatchesTest, AnExceptionOfTheHandlerEndsItsRequestAlone) {
 
 TEST_F(BatchesTest, WithoutTransactionsTheRequestsAreHandledOneAfterTheOther) {
     hub->use(nullptr);
-    EXPECT_EQ(handled(batchOf({answered("deviceName", "Den"), get("g")})),
+    EXPECT_EQ(handled(batchOf({answered("deviceName", "Den"), getSettings("g")})),
               (Lines{"storage.setValue(deviceName, Den)", event(1, "deviceName", "TV", "Den"),
                      answer(R"("outcome":"changed","settingDBId":"deviceName","value":"Den")"),
                      values("g", R"("deviceName":"Den")")}));
@@ -168,9 +168,10 @@ TEST_F(BatchesTest, WithoutTransactionsTheRequestsAreHandledOneAfterTheOther) {
 TEST_F(BatchesTest, RepliesThatWouldMakeTheirClientTooSlowAreNotMade) {
     storage.values["large"] = std::string(400000, 'v');
     storage.values["small"] = std::string(60000, 'v');
-    const auto lines = handled(batchOf({get("g0", R"("large")"), get("g1", R"("large")"), get("g2", R"("large")"),
-                                        get("g3", R"("small")"), set("small", "x", R"("messageId":"m","answer":true,)"),
-                                        get("g5", R"("large")"), get("g6"), get("g7", R"("large")")}));
+    const auto lines = handled(
+        batchOf({getSettings("g0", R"("large")"), getSettings("g1", R"("large")"), getSettings("g2", R"("large")"),
+                 getSettings("g3", R"("small")"), set("small", "x", R"("messageId":"m","answer":true,)"),
+                 getSettings("g5", R"("large")"), getSettings("g6"), getSettings("g7", R"("large")")}));
     Lines heads;
     for (const auto& line : lines) {
         heads.push_back(line.substr(0, 32));
@@ -183,7 +184,7 @@ TEST_F(BatchesTest, RepliesThatWouldMakeTheirClientTooSlowAreNotMade) {
     EXPECT_EQ(lines.at(5), refusal("busy", noRoom, 2));
     EXPECT_EQ(lines.back(), refusal("busy", noRoom, 7));
     // Nothing is left of it.
-    EXPECT_EQ(handled(get("g", R"("large")")).at(0).substr(0, 31), R"(asker {"type":7,"messageId":"g")");
+    EXPECT_EQ(handled(getSettings("g", R"("large")")).at(0).substr(0, 31), R"(asker {"type":7,"messageId":"g")");
 }
 
 TEST_F(BatchesTest, ThatCannotBeStoredLeaveNothingBehind) {
@@ -195,8 +196,8 @@ TEST_F(BatchesTest, ThatCannotBeStoredLeaveNothingBehind) {
     transactions->fails = true;
     transactions->onRestore = [this] { handler->initializeSettings(); };
     const std::string frame =
-        batchOf({get("g0"), answered("deviceName", "Den", "m1"), silentSet("companionDevice", "Phone"), get("g3"),
-                 set("captionsStyles", "x", R"("answer":true,)"), R"({"type":18,"messageId":"s5"})",
+        batchOf({getSettings("g0"), answered("deviceName", "Den", "m1"), silentSet("companionDevice", "Phone"),
+                 getSettings("g3"), set("captionsStyles", "x", R"("answer":true,)"), R"({"type":18,"messageId":"s5"})",
                  answered("deviceName", "TV", "m6", 4), set("deviceName", "Attic", R"("client":7,)"),
                  R"({"type":24,"messageId":"m8","answer":true,"timestamp":1,"payload":{"settingDBId":7,"to":"x"}})"});
     traffic->take();
@@ -245,7 +246,7 @@ TEST_F(BatchesTest, ThatCannotBeStoredTellWhatHappensMeanwhile) {
         hub->valueChanged("captionsEnabled");
     };
     const auto watching = hub->observers().add(std::nullopt, recorder());
-    EXPECT_EQ(handled(batchOf({silentSet("timezone", "Europe/Rome"), get("g", R"("timezone")")})),
+    EXPECT_EQ(handled(batchOf({silentSet("timezone", "Europe/Rome"), getSettings("g", R"("timezone")")})),
               (Lines{"begin", "sdk.setTimezone(Europe/Rome)", "commit", "restore timezone", "sdk.setTimezone(UTC)",
                      event(1, "timezone", "Europe/Rome", "UTC", R"("origin":"device")"),
                      values("g", R"("timezone":"UTC")"), R"(all {"notice":{"reread":["captionsEnabled","timezone"]}})",
@@ -255,7 +256,8 @@ TEST_F(BatchesTest, ThatCannotBeStoredTellWhatHappensMeanwhile) {
 
 TEST_F(BatchesTest, OfQuestionsAloneNeedNoNotice) {
     transactions->fails = true;
-    EXPECT_EQ(handled(batchOf({get("g")})), (Lines{"begin", "commit", "restore", values("g", R"("deviceName":"TV")")}));
+    EXPECT_EQ(handled(batchOf({getSettings("g")})),
+              (Lines{"begin", "commit", "restore", values("g", R"("deviceName":"TV")")}));
 }
 
 TEST_F(BatchesTest, AnswerAlsoWhenTheSettingsCannotBeRestored) {
@@ -274,7 +276,7 @@ TEST_F(BatchesTest, AnswerAlsoWhenTheSettingsCannotBeRestored) {
 TEST_F(BatchesTest, ARequestOfAnObserverComesAfterTheBatch) {
     const auto chained = hub->observers().add(
         "deviceName", [&](const ObservedSetting& /*what*/) { handler->setSetting("timezone", "UTC"); });
-    EXPECT_EQ(handled(batchOf({silentSet("deviceName", "Den"), get("g", R"("timezone")")})),
+    EXPECT_EQ(handled(batchOf({silentSet("deviceName", "Den"), getSettings("g", R"("timezone")")})),
               (Lines{"begin", "storage.setValue(deviceName, Den)", "commit", event(1, "deviceName", "TV", "Den"),
                      values("g", R"("timezone":"America/Vancouver")"), "sdk.setTimezone(UTC)",
                      event(2, "timezone", "America/Vancouver", "UTC", R"("origin":"device")")}));

@@ -5,17 +5,13 @@
 #include "kit/support/LogRecording.h"
 #include "kit/support/TrafficRecording.h"
 #include "server/protocol/MessageHub.h"
+#include "support/Json.h"
 
 namespace SettingsHandlerKit {
 
 namespace {
 
-rapidjson::Document parsed(const std::string& text) {
-    rapidjson::Document document;
-    document.Parse(text.c_str());
-    EXPECT_FALSE(document.HasParseError()) << text;
-    return document;
-}
+using TestSupport::parsed;
 
 std::string codeOf(const std::vector<std::string>& frames) {
     return frames.size() == 1 && parsed(frames[0]).HasMember("error") ? parsed(frames[0])["error"]["code"].GetString()

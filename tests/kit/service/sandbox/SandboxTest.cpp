@@ -10,6 +10,8 @@
 #include <gtest/gtest.h>
 #include <linux/landlock.h>
 #include <netinet/in.h>
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
 #include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <sys/ptrace.h>
@@ -48,7 +50,7 @@ protected:
         if (TestSupport::sanitized) {
             GTEST_SKIP() << "the runtime of this build needs more of the system than the host";
         }
-        for (const auto* name : {"changed", "cleared", "elsewhere"}) {
+        for (const auto* name : {"changed", "cleared", "read", "elsewhere"}) {
             std::filesystem::create_directory(folder / name);
             std::ofstream(folder / (std::string(name) + "/file")) << "content";
         }
@@ -58,7 +60,7 @@ protected:
     int inside(const std::function<int()>& act) {
         const pid_t child = ::fork();
         if (child == 0) {
-            enterSandbox({{folder / "changed"}, {folder / "cleared"}});
+            enterSandbox({{folder / "changed"}, {folder / "cleared"}, {folder / "read"}});
             ::_exit(act());
         }
         int status = 0;
@@ -88,6 +90,7 @@ TEST_F(SandboxTest, ItsOwnFilesStayAccessible) {
               succeeded);
     EXPECT_EQ(inside([&] { return outcome(::unlink((folder / "changed/moved").c_str()) == 0); }), succeeded);
     EXPECT_EQ(inside([&] { return outcome(::unlink((folder / "cleared/file").c_str()) == 0); }), succeeded);
+    EXPECT_EQ(opening(folder / "read/file", O_RDONLY), succeeded);
     EXPECT_EQ(opening("/proc/self/statm", O_RDONLY), succeeded);
     EXPECT_EQ(opening("/dev/null", O_RDONLY), succeeded);
 }
@@ -96,6 +99,9 @@ TEST_F(SandboxTest, OtherFilesAreInaccessible) {
     EXPECT_EQ(opening(folder / "elsewhere/file", O_RDONLY), EACCES);
     EXPECT_EQ(opening(folder / "elsewhere/file", O_WRONLY), EACCES);
     EXPECT_EQ(opening(folder / "elsewhere/new", O_RDWR | O_CREAT), EACCES);
+    EXPECT_EQ(opening(folder / "read/file", O_WRONLY), EACCES);
+    EXPECT_EQ(opening(folder / "read/new", O_RDWR | O_CREAT), EACCES);
+    EXPECT_EQ(inside([&] { return outcome(::unlink((folder / "read/file").c_str()) == 0); }), EACCES);
     EXPECT_EQ(opening(folder / "cleared/file", O_RDONLY), EACCES);
     EXPECT_EQ(opening(folder / "cleared/new", O_RDWR | O_CREAT), EACCES);
     EXPECT_EQ(opening("/etc/passwd", O_RDONLY), EACCES);
@@ -136,6 +142,16 @@ TEST_F(SandboxTest, CallsThatOnlyAnAttackerMakesEndTheProcess) {
                              SYS_setns, SYS_userfaultfd}) {
         EXPECT_EQ(inside([call] { return outcome(::syscall(call, 0, 0, 0, 0, 0, 0) == 0); }), -SIGSYS) << call;
     }
+}
+
+TEST_F(SandboxTest, AnotherEventLoopCanBeMade) {
+    EXPECT_EQ(inside([] { return outcome(::epoll_create1(EPOLL_CLOEXEC) >= 0); }), succeeded);
+    EXPECT_EQ(inside([] { return outcome(::eventfd(0, EFD_CLOEXEC) >= 0); }), succeeded);
+    EXPECT_EQ(inside([] {
+                  int ends[2];
+                  return outcome(::pipe2(ends, O_CLOEXEC) == 0);
+              }),
+              succeeded);
 }
 
 TEST_F(SandboxTest, AllOtherCallsFail) {

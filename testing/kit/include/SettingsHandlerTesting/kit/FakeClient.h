@@ -21,6 +21,7 @@ public:
     void send(const std::shared_ptr<const std::string>& frame) override { frames.push_back(frame); }
     SettingsHandlerKit::Origin origin() const override { return clientOrigin; }
     SettingsHandlerKit::ListenerKind listenerKind() const override { return kind; }
+    void close() override { isClosed = true; }
 
     /// Removes and returns the texts of the frames so far.
     std::vector<std::string> take() {
@@ -33,6 +34,8 @@ public:
 
     /// The frames so far. Those that go to several clients are shared by them.
     std::vector<std::shared_ptr<const std::string>> frames;
+
+    bool isClosed = false;
 
 private:
     SettingsHandlerKit::Origin clientOrigin;

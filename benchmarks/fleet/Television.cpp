@@ -1,0 +1,77 @@
+#include "fleet/Television.h"
+
+#include <chrono>
+#include <utility>
+
+#include "fleet/Names.h"
+
+namespace Benchmarks {
+
+namespace {
+
+SettingsMqtt::MosquittoOptions connectionOptions(std::size_t number, const TelevisionOptions& chosen) {
+    SettingsMqtt::MosquittoOptions options;
+    options.address = "127.0.0.1";
+    options.port = chosen.port;
+    options.clientId = "settings-" + televisionName(number);
+    options.lastWill = SettingsMqtt::Bridge::lastWill(televisionName(number));
+    options.keepalive = chosen.keepalive;
+    options.firstPause = chosen.firstPause;
+    options.seed = number;
+    return options;
+}
+
+SettingsMqtt::BridgeOptions bridgeOptions(std::size_t number) {
+    SettingsMqtt::BridgeOptions options;
+    options.id = televisionName(number);
+    options.groups = {groupName};
+    options.version = "1";
+    return options;
+}
+
+}  // namespace
+
+int CountedBroker::publish(const SettingsMqtt::Message& message) {
+    ++published;
+    return connection->publish(message);
+}
+
+void CountedBroker::brokerConnected() {
+    ++connected;
+    isConnected = true;
+    published = 0;
+    taken = 0;
+    listener->brokerConnected();
+}
+
+void CountedBroker::brokerLost() {
+    isConnected = false;
+    listener->brokerLost();
+}
+
+void CountedBroker::acknowledged(int number) {
+    ++taken;
+    listener->acknowledged(number);
+}
+
+Television::Television(std::size_t number, const TelevisionOptions& options)
+    : mosquitto(std::make_shared<SettingsMqtt::MosquittoBroker>(connectionOptions(number, options))),
+      counted(std::make_shared<CountedBroker>(mosquitto)),
+      bridge(bridgeOptions(number), counted, host, std::make_shared<ForgetfulStore>()) {
+    counted->setListener(&bridge);
+    bridge.hostConnected();
+    mosquitto->listen(counted);
+}
+
+void Television::tellBridge() {
+    for (const auto& event : host->takeEvents()) {
+        bridge.changed(event);
+    }
+}
+
+void Television::change() {
+    host->change(changedKey, std::to_string(std::chrono::steady_clock::now().time_since_epoch().count()));
+    tellBridge();
+}
+
+}  // namespace Benchmarks

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include "Bridge.h"
+#include "fleet/SimulatedHost.h"
+#include "mosquitto/MosquittoBroker.h"
+
+namespace Benchmarks {
+
+/// Keeps nothing beyond the process.
+class ForgetfulStore : public SettingsMqtt::VersionStore {
+public:
+    SettingsMqtt::VersionRecords load() override { return {}; }
+    void store(const SettingsMqtt::VersionRecords& /*records*/) override {}
+};
+
+/// Knows whether the broker has everything.
+class CountedBroker : public SettingsMqtt::Broker, public SettingsMqtt::BrokerListener {
+public:
+    explicit CountedBroker(std::shared_ptr<SettingsMqtt::MosquittoBroker> itsConnection)
+        : connection(std::move(itsConnection)) {}
+
+    void setListener(SettingsMqtt::BrokerListener* who) { listener = who; }
+    /// Connections until now.
+    int connections() const { return connected; }
+    bool hasEverything() const { return isConnected && published > 0 && published == taken; }
+
+    void subscribe(const std::vector<std::string>& topics) override { connection->subscribe(topics); }
+    int publish(const SettingsMqtt::Message& message) override;
+    void brokerConnected() override;
+    void brokerLost() override;
+    void received(const SettingsMqtt::Message& message) override { listener->received(message); }
+    void acknowledged(int number) override;
+
+private:
+    const std::shared_ptr<SettingsMqtt::MosquittoBroker> connection;
+    SettingsMqtt::BrokerListener* listener = nullptr;
+    bool isConnected = false;
+    int connected = 0;
+    /// On this connection.
+    int published = 0;
+    int taken = 0;
+};
+
+struct TelevisionOptions {
+    int port = 0;
+    /// In seconds.
+    int keepalive = 60;
+    std::chrono::milliseconds firstPause{1000};
+};
+
+/// The real bridge between a simulated host and a real broker.
+class Television {
+public:
+    Television(std::size_t number, const TelevisionOptions& options);
+
+    /// To be watched and processed by a loop.
+    SettingsBridge::Source& connection() { return *mosquitto; }
+    /// Publishes what happened at its host.
+    void tellBridge();
+    void change();
+    /// Has the broker got everything on a connection later than that number?
+    bool hasPublished(int connectionsBefore) const {
+        return counted->connections() > connectionsBefore && counted->hasEverything();
+    }
+    int connections() const { return counted->connections(); }
+
+private:
+    std::shared_ptr<SimulatedHost> host = std::make_shared<SimulatedHost>();
+    std::shared_ptr<SettingsMqtt::MosquittoBroker> mosquitto;
+    std::shared_ptr<CountedBroker> counted;
+    SettingsMqtt::Bridge bridge;
+};
+
+}  // namespace Benchmarks

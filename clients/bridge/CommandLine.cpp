@@ -1,0 +1,87 @@
+#include "bridge/CommandLine.h"
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "Wire/ControlCharacters.h"
+
+namespace SettingsBridge {
+
+namespace {
+
+const char* runtimeFolder() {
+    return std::getenv("XDG_RUNTIME_DIR");
+}
+
+std::string defaultSockets() {
+    const auto candidates = SettingsClient::settingsSockets({}, runtimeFolder());
+    return candidates.front().path + ", then " + candidates.back().path;
+}
+
+/// Otherwise a connection would get the number of a standard stream, and would receive what is printed.
+void openClosedStandardStreams() {
+    int opened = 0;
+    do {
+        opened = ::open("/dev/null", O_RDWR);
+    } while (opened >= 0 && opened <= STDERR_FILENO);
+    if (opened >= 0) {
+        ::close(opened);
+    }
+}
+
+int report(const std::string& name, int status, const char* reason) {
+    std::fprintf(stderr, "%s: %s\n", name.c_str(), Wire::escapeControlCharacters(reason).c_str());
+    return status;
+}
+
+}  // namespace
+
+void addOptions(CLI::App& app, Options& options, const std::string& version) {
+    app.option_defaults()->always_capture_default();
+    app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+    app.add_option("--socket", options.sockets.settings, "Socket of the host; default: " + defaultSockets())
+        ->type_name("PATH");
+    app.add_option("--log-level", options.logLevel, "Lowest level to log: 0 traces, 1 routine, 2 warnings, 3 errors")
+        ->check(CLI::Range(0, 3));
+    app.set_version_flag("--version", version, "Print version and commit, and exit");
+}
+
+void parse(CLI::App& app, int argumentCount, const char* const* arguments) {
+    try {
+        app.parse(argumentCount, arguments);
+    } catch (const CLI::CallForHelp&) {
+        throw CommandLineEnd(0, app.help());
+    } catch (const CLI::CallForVersion& version) {
+        throw CommandLineEnd(0, std::string(version.what()) + "\n");
+    } catch (const CLI::ParseError& error) {
+        throw CommandLineEnd(2, error.what());
+    }
+}
+
+std::vector<SettingsClient::SocketCandidate> socketsOf(const Options& options) {
+    return SettingsClient::settingsSockets(options.sockets, runtimeFolder());
+}
+
+int runProgram(const std::string& name, const std::function<void()>& program) {
+    openClosedStandardStreams();
+    std::signal(SIGPIPE, SIG_IGN);
+    try {
+        program();
+        return 0;
+    } catch (const CommandLineEnd& end) {
+        if (end.exitStatus() != 0) {
+            return report(name, end.exitStatus(), end.what());
+        }
+        std::fputs(end.what(), stdout);
+        return 0;
+    } catch (const std::exception& error) {
+        return report(name, 1, error.what());
+    }
+}
+
+}  // namespace SettingsBridge

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <vector>
+
+#include "SettingsClient/Client.h"
+
+namespace SettingsBridge {
+
+/// What a loop waits for.
+class Source {
+public:
+    using Time = std::chrono::steady_clock::time_point;
+
+    struct Wanted {
+        /// -1: none.
+        int descriptor = -1;
+        /// As in poll(2).
+        short events = 0;
+        /// When to call `process` in any case; a past time: at once.
+        std::optional<Time> time = std::nullopt;
+    };
+
+    Source() = default;
+    virtual ~Source() = default;
+    Source(const Source&) = delete;
+    Source& operator=(const Source&) = delete;
+
+    /// Is asked before each wait.
+    virtual Wanted wanted() = 0;
+    /// Something that was wanted is there: `events` of the descriptor, as poll(2) returns them, or the time (0). Does a
+    /// bounded amount of work.
+    virtual void process(short events) = 0;
+};
+
+/// The connection to the host. The client connects again by itself.
+class HostSource : public Source {
+public:
+    explicit HostSource(SettingsClient::Client& settingsClient) : client(settingsClient) {}
+
+    Wanted wanted() override;
+    void process(short events) override { (void)events, client.process(); }
+
+private:
+    SettingsClient::Client& client;
+};
+
+/// Waits for several sources in turn, on one thread, until SIGINT, SIGTERM or `stop`. Keeps the watchdog of the service
+/// manager content.
+class Loop {
+public:
+    /// From now on SIGINT and SIGTERM do not end the process. Errors: `std::system_error`.
+    Loop();
+    ~Loop();
+    Loop(const Loop&) = delete;
+    Loop& operator=(const Loop&) = delete;
+
+    /// `source` must live as long as the loop runs.
+    void add(Source& source) { sources.push_back(&source); }
+    /// Errors: those of sources.
+    void run();
+    /// Ends `run` soon.
+    void stop() { isStopped = true; }
+
+private:
+    void turn();
+
+    std::vector<Source*> sources;
+    int signals;
+    bool isStopped = false;
+    std::optional<std::chrono::microseconds> aliveInterval;
+    Source::Time nextAlive = std::chrono::steady_clock::now();
+};
+
+}  // namespace SettingsBridge

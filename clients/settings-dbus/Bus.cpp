@@ -1,0 +1,85 @@
+#include "Bus.h"
+
+#include <algorithm>
+#include <cstdint>
+
+#include "Object.h"
+
+namespace SettingsDbus {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::milliseconds shortestInterval{100};
+constexpr std::chrono::milliseconds longestInterval{5000};
+/// Messages in one turn.
+constexpr int maximumMessages = 64;
+
+}  // namespace
+
+Bus::Bus(bool isSession, std::vector<Object*> served, const SettingsBridge::Log& programLog)
+    : session(isSession), objects(std::move(served)), log(programLog), interval(shortestInterval) {
+    connect();
+}
+
+void Bus::connect() {
+    sd_bus* opened = nullptr;
+    check("the bus cannot be reached", session ? sd_bus_open_user(&opened) : sd_bus_open_system(&opened));
+    bus.reset(opened);
+    for (Object* const object : objects) {
+        object->addTo(opened);
+    }
+    check((std::string("the bus does not give the name ") + serviceName).c_str(),
+          sd_bus_request_name(opened, serviceName, 0));
+    interval = shortestInterval;
+}
+
+Bus::Wanted Bus::wanted() const {
+    if (!bus) {
+        return {-1, 0, nextAttempt};
+    }
+    Wanted wanted{sd_bus_get_fd(bus.get()), static_cast<short>(std::max(sd_bus_get_events(bus.get()), 0)),
+                  std::nullopt};
+    std::uint64_t time = UINT64_MAX;
+    if (sd_bus_get_timeout(bus.get(), &time) >= 0 && time != UINT64_MAX) {
+        // The clock of both is CLOCK_MONOTONIC.
+        wanted.time = Time(std::chrono::microseconds(time));
+    }
+    return wanted;
+}
+
+bool Bus::process() {
+    if (!bus) {
+        return Clock::now() >= nextAttempt && connectAgain();
+    }
+    int result = 1;
+    for (int count = 0; result > 0 && count < maximumMessages; ++count) {
+        result = sd_bus_process(bus.get(), nullptr);
+    }
+    if (result < 0) {
+        log.write(SettingsBridge::LogLevel::WARNING,
+                  std::string("the connection to the bus was lost: ") + std::strerror(-result));
+        waitToConnect();
+    }
+    return false;
+}
+
+bool Bus::connectAgain() {
+    try {
+        connect();
+        log.write(SettingsBridge::LogLevel::INFORMATION, "connected to the bus again");
+        return true;
+    } catch (const BusError&) {
+        waitToConnect();
+        return false;
+    }
+}
+
+void Bus::waitToConnect() {
+    bus.reset();
+    nextAttempt = Clock::now() + interval;
+    interval = std::min(2 * interval, longestInterval);
+}
+
+}  // namespace SettingsDbus

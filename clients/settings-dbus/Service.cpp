@@ -1,0 +1,87 @@
+#include "Service.h"
+
+#include "Bus.h"
+#include "CallQueue.h"
+#include "Calls.h"
+#include "Object.h"
+#include "Settings.h"
+#include "bridge/ServiceManager.h"
+#include "bridge/StatusFile.h"
+
+namespace SettingsDbus {
+
+namespace {
+
+/// The bus's side of the program: objects, and one call that is carried out per turn of the loop.
+class BusSource : public SettingsBridge::Source {
+public:
+    BusSource(const Options& options, SettingsClient::Client& host, const SettingsBridge::Log& log)
+        : settings(host, log, [this](const auto& event, bool isFirst) { announce(event, isFirst); }),
+          bus(options.session, {&preferences, &personal}, log) {}
+
+    Wanted wanted() override {
+        reportState();
+        Wanted wanted = bus.wanted();
+        if (!queue.empty()) {
+            wanted.time = Time();
+        }
+        return wanted;
+    }
+
+    void process(short /*events*/) override {
+        if (bus.process()) {
+            settings.repeat();
+        }
+        if (bus.connection() == nullptr) {
+            queue = CallQueue();
+            calls.forgetCallers();
+        } else if (!queue.empty()) {
+            calls.carryOut(queue.next());
+        }
+    }
+
+private:
+    void reportState() {
+        const std::string state = bus.connection() == nullptr ? "the bus cannot be reached"
+                                  : !settings.isServed()      ? "the host cannot be reached"
+                                                              : "connected to host and bus";
+        if (state != reported) {
+            reported = state;
+            SettingsBridge::notifyStatus(state);
+            status.write(bus.connection() != nullptr && settings.isServed(), state);
+        }
+    }
+
+    void announce(const SettingsClient::Event& event, bool isFirst) const {
+        if (bus.connection() != nullptr) {
+            preferences.announce(bus.connection(), event, isFirst);
+            personal.announce(bus.connection(), event, isFirst);
+        }
+    }
+
+    Settings settings;
+    CallQueue queue;
+    Calls calls{settings};
+    Object preferences{Object::Privacy::PREFERENCE, settings, queue};
+    Object personal{Object::Privacy::PERSONAL, settings, queue};
+    Bus bus;
+    const SettingsBridge::StatusFile status{"settings-dbus", SETTINGS_HANDLER_VERSION};
+    std::string reported;
+};
+
+}  // namespace
+
+void serve(const Options& options) {
+    const SettingsBridge::Log log(options.logLevel);
+    SettingsBridge::Loop loop;
+    SettingsClient::Client client({"settings-dbus", SettingsBridge::socketsOf(options)});
+    BusSource bus(options, client, log);
+    SettingsBridge::HostSource host(client);
+    loop.add(bus);
+    loop.add(host);
+    SettingsBridge::notifyReady("serving on the bus");
+    loop.run();
+    SettingsBridge::notifyStopping();
+}
+
+}  // namespace SettingsDbus

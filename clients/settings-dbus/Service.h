@@ -1,0 +1,16 @@
+#pragma once
+
+#include "bridge/CommandLine.h"
+
+namespace SettingsDbus {
+
+/// The command-line options.
+struct Options : SettingsBridge::Options {
+    /// Serve on the session bus in place of the system bus.
+    bool session = false;
+};
+
+/// Serves until SIGINT or SIGTERM. Errors: `BusError` when the bus cannot be reached or does not give the name.
+void serve(const Options& options);
+
+}  // namespace SettingsDbus

@@ -1,0 +1,8 @@
+#pragma once
+
+namespace SettingsDbus {
+
+/// What `--version` prints: the program, its version, and the commit that it was built from.
+const char* versionText();
+
+}  // namespace SettingsDbus

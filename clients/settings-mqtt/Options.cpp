@@ -1,0 +1,201 @@
+#include "Options.h"
+
+#include <array>
+#include <cstdlib>
+#include <fstream>
+#include <random>
+#include <stdexcept>
+
+#include <sys/stat.h>
+#include <systemd/sd-id128.h>
+#include <unistd.h>
+
+#include "Version.h"
+
+namespace SettingsMqtt {
+
+namespace {
+
+using SettingsBridge::CommandLineEnd;
+
+constexpr const char* description =
+    "Connect the settings of a voice assistant to an MQTT broker: values, changes, commands for one device or many.";
+
+constexpr const char* examples = R"(
+Examples:
+  settings-mqtt --broker broker.local --home-assistant
+  settings-mqtt --broker broker.example.org:8883 --ca ca.pem --credentials credentials --group lobby
+  settings-mqtt --config /etc/settings-mqtt/settings-mqtt.conf
+
+Exit status: 0 stopped by SIGINT or SIGTERM, 1 start failed or the host is unusable, 2 wrong usage.)";
+
+/// Made from the machine id, which cannot be found out from it. Errors: `std::runtime_error` on a machine without one.
+std::string idOfMachine() {
+    constexpr sd_id128_t application = SD_ID128_MAKE(ad, 75, 4e, 8b, fa, b2, 45, 79, ae, b2, af, c6, 51, 26, a6, 49);
+    sd_id128_t id{};
+    if (sd_id128_get_machine_app_specific(application, &id) < 0) {
+        throw std::runtime_error("this machine has no id in /etc/machine-id: give --id");
+    }
+    std::array<char, SD_ID128_STRING_MAX> text{};
+    return sd_id128_to_string(id, text.data());
+}
+
+std::string folderFrom(const char* variable) {
+    const char* const value = std::getenv(variable);
+    return value != nullptr && value[0] == '/' ? value : "";
+}
+
+/// Empty when the environment names no folder.
+std::string defaultStateFolder() {
+    const std::string state = folderFrom("XDG_STATE_HOME");
+    const std::string home = folderFrom("HOME");
+    std::string service = folderFrom("STATE_DIRECTORY");
+    if (!service.empty() || (state.empty() && home.empty())) {
+        return service;
+    }
+    return (state.empty() ? home + "/.local/state" : state) + "/settings-mqtt";
+}
+
+std::string refuseTopicName(const std::string& name) {
+    return isTopicName(name) ? "" : "'" + name + "' is not a name of 1 to 64 letters, digits, '.', '_' and '-'";
+}
+
+std::string refuseId(const std::string& name) {
+    return name == "all" || name == "group" ? "'" + name + "' names several devices" : refuseTopicName(name);
+}
+
+/// HOST, HOST:PORT, [ADDRESS] or [ADDRESS]:PORT. Errors: `CommandLineEnd`.
+void readAddress(const std::string& text, MosquittoOptions& broker) {
+    const auto end = text.front() == '[' ? text.find(']') : text.find(':');
+    const bool isBracketed = text.front() == '[' && end != std::string::npos;
+    broker.address = isBracketed ? text.substr(1, end - 1) : text.substr(0, end);
+    broker.port = broker.ca.empty() ? 1883 : 8883;
+    const std::string rest = end == std::string::npos ? "" : text.substr(isBracketed ? end + 1 : end);
+    if (!rest.empty()) {
+        const std::string digits = rest.substr(1);
+        const bool isNumber =
+            !digits.empty() && digits.size() <= 5 && digits.find_first_not_of("0123456789") == std::string::npos;
+        broker.port = rest.front() == ':' && isNumber ? std::stoi(digits) : 0;
+    }
+    if (broker.address.empty() || broker.port < 1 || broker.port > 65535) {
+        throw CommandLineEnd(2, "--broker: '" + text + "' is not HOST or HOST:PORT");
+    }
+}
+
+/// User and password, a line each. Errors: `std::runtime_error` for a file that others can read or change.
+void readCredentials(const std::string& path, MosquittoOptions& broker) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        throw std::runtime_error("--credentials: cannot read " + path);
+    }
+    // Its group may read it: then the service's group is meant.
+    if ((status.st_mode & 0027U) != 0 || (status.st_uid != 0 && status.st_uid != ::geteuid())) {
+        throw std::runtime_error("--credentials: " + path +
+                                 " must belong to root or this user, and others must not read it (mode 0600 or 0640)");
+    }
+    std::ifstream file(path);
+    std::getline(file, broker.user);
+    std::getline(file, broker.password);
+}
+
+std::chrono::milliseconds milliseconds(double seconds) {
+    return std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
+}
+
+class CommandLine {
+public:
+    CommandLine() : app(description, "settings-mqtt") {
+        app.footer(examples);
+        SettingsBridge::addOptions(app, options.common, versionText());
+        addBroker();
+        addDevice();
+        app.set_config("--config", "", "Read options from FILE, lines such as group=[\"lobby\"]")->type_name("FILE");
+    }
+
+    Options parse(int argumentCount, const char* const* arguments) {
+        SettingsBridge::parse(app, argumentCount, arguments);
+        readAddress(address, options.broker);
+        if (options.broker.ca.empty() && !options.broker.certificate.empty()) {
+            throw CommandLineEnd(2, "--certificate requires --ca");
+        }
+        if (options.broker.certificate.empty() != options.broker.key.empty()) {
+            throw CommandLineEnd(2, "--certificate and --key require each other");
+        }
+        if (options.stateFolder.empty()) {
+            throw CommandLineEnd(2, "--state is required: neither XDG_STATE_HOME nor HOME names a folder");
+        }
+        if (!credentials.empty()) {
+            readCredentials(credentials, options.broker);
+        }
+        options.bridge.included.insert(included.begin(), included.end());
+        options.bridge.id = id.empty() ? idOfMachine() : id;
+        options.bridge.version = SETTINGS_HANDLER_VERSION;
+        options.broker.clientId = "settings-" + options.bridge.id;
+        options.broker.lastWill = Bridge::lastWill(options.bridge.id);
+        options.broker.firstPause = milliseconds(firstPause);
+        options.broker.longestPause = milliseconds(longestPause);
+        options.broker.seed = std::random_device()();
+        return options;
+    }
+
+private:
+    void addBroker() {
+        MosquittoOptions& broker = options.broker;
+        app.add_option("--broker", address, "Address of the broker; the port is 1883, or 8883 with --ca, unless given")
+            ->type_name("HOST:PORT")
+            ->check([](const std::string& text) { return text.empty() ? "the address is empty" : ""; });
+        app.add_option("--protocol", broker.protocol, "Version of MQTT")->check(CLI::IsMember({"5", "3.1.1"}));
+        addFile("--ca", broker.ca, "Use TLS; certificates (PEM) of the authorities that the broker's must come from");
+        addFile("--certificate", broker.certificate, "Certificate (PEM) that identifies this device");
+        addFile("--key", broker.key, "Key (PEM) of --certificate");
+        addFile("--credentials", credentials, "User and password, a line each; not readable by others");
+        app.add_option("--keepalive", broker.keepalive,
+                       "Seconds without a message after which the connection is checked")
+            ->check(CLI::Range(5, 3600));
+        app.add_option("--first-pause", firstPause,
+                       "Longest first pause in seconds before connecting again; more for many devices")
+            ->check(CLI::Range(0.1, 86400.0));
+        app.add_option("--longest-pause", longestPause, "Longest pause in seconds between attempts to connect")
+            ->check(CLI::Range(0.1, 86400.0));
+    }
+
+    void addDevice() {
+        options.stateFolder = defaultStateFolder();
+        app.add_option("--id", id, "Name of this device in topics; default: made from the machine id")->check(refuseId);
+        addMany("--group", options.bridge.groups, "NAME", "Take commands for this group; may be repeated")
+            ->check(refuseTopicName);
+        addMany("--include", included, "KEY", "Offer a personal setting, too; may be repeated");
+        app.add_flag("--home-assistant", options.bridge.homeAssistant, "Publish discovery messages for Home Assistant");
+        app.add_option("--state", options.stateFolder, "Folder of the versions of desired values that were applied")
+            ->type_name("FOLDER");
+    }
+
+    CLI::Option* addMany(const std::string& name, std::vector<std::string>& values, const std::string& type,
+                         const std::string& help) {
+        return app.add_option(name, values, help)
+            ->type_name(type)
+            ->allow_extra_args(false)
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    }
+
+    void addFile(const std::string& name, std::string& path, const std::string& help) {
+        app.add_option(name, path, help)->type_name("FILE");
+    }
+
+    Options options;
+    std::string address = "localhost";
+    std::string id;
+    std::string credentials;
+    std::vector<std::string> included;
+    double firstPause = 1;
+    double longestPause = 120;
+    CLI::App app;
+};
+
+}  // namespace
+
+Options parseOptions(int argumentCount, const char* const* arguments) {
+    return CommandLine().parse(argumentCount, arguments);
+}
+
+}  // namespace SettingsMqtt

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+#include "Bridge.h"
+#include "bridge/CommandLine.h"
+#include "mosquitto/MosquittoBroker.h"
+
+namespace SettingsMqtt {
+
+struct Options {
+    SettingsBridge::Options common;
+    BridgeOptions bridge;
+    MosquittoOptions broker;
+    std::string stateFolder;
+};
+
+/// Errors: `SettingsBridge::CommandLineEnd`.
+Options parseOptions(int argumentCount, const char* const* arguments);
+
+}  // namespace SettingsMqtt

@@ -1,0 +1,192 @@
+#include "simulation/Faults.h"
+
+#include <algorithm>
+
+#include "SettingsHandlerKit/Logging.h"
+#include "SettingsHandlerKit/SettingDescriptions.h"
+
+namespace SettingsHost {
+
+namespace {
+
+using SettingsHandlerKit::SetBy;
+using SettingsHandlerKit::SettingOwner;
+
+/// The settings that the voice SDK sets; it hands the friendly name to the storage, and switches to the device.
+std::vector<std::string> settingsOfSdk(bool withThoseOfTheDevice) {
+    std::vector<std::string> keys;
+    for (const auto& setting : SettingsHandlerKit::settingDescriptions()) {
+        const bool isSdks = setting.owner != SettingOwner::STORAGE || setting.type == SettingsHandler::FRIENDLY_NAME;
+        if (isSdks && (withThoseOfTheDevice || setting.setBy == SetBy::ANYONE)) {
+            keys.push_back(setting.key);
+        }
+    }
+    return keys;
+}
+
+constexpr std::int64_t minute = 60'000;
+/// Some 47 years: time stamps stay positive, and what the clock can express.
+constexpr std::int64_t longestJump = 1'500'000'000'000;
+
+FaultDescription switchNamed(Fault fault, const char* name, const char* description) {
+    return {fault, name, FaultKind::SWITCH, false, 0, 0, 0, {}, description};
+}
+
+FaultDescription delayNamed(Fault fault, const char* name, std::int64_t defaultTime, const char* description) {
+    return {fault, name, FaultKind::MILLISECONDS, false, 1, minute, defaultTime, {}, description};
+}
+
+std::vector<FaultDescription> makeFaults() {
+    return {
+        switchNamed(Fault::STORAGE_FULL, "storage-full", "Writes to the disk fail: there is no room."),
+        delayNamed(Fault::STORAGE_SLOW, "storage-slow", 500, "Each flush to the disk takes so much longer."),
+        switchNamed(Fault::STORAGE_FAILING, "storage-failing", "Reads and writes of the disk fail."),
+        {Fault::SDK_REFUSES, "sdk-refuses", FaultKind::SETTING, false, 0, 0, 0, settingsOfSdk(false),
+         "The voice SDK does not take values of the setting."},
+        delayNamed(Fault::SDK_SLOW, "sdk-slow", 500, "Each call of the voice SDK takes so much longer."),
+        {Fault::SDK_CHANGES, "sdk-changes", FaultKind::SETTING, true, 0, 0, 0, settingsOfSdk(true),
+         "The voice SDK changes the setting by itself, once."},
+        delayNamed(Fault::REPLIES_LATE, "replies-late", 2000,
+                   "Replies, events and notices come so much later, in their order."),
+        switchNamed(Fault::EVENTS_DROPPED, "events-dropped",
+                    "Each new event cuts the connections instead of being sent."),
+        {Fault::CLOCK_JUMP,
+         "clock-jump",
+         FaultKind::MILLISECONDS,
+         false,
+         -longestJump,
+         longestJump,
+         60 * minute,
+         {},
+         "The host's clock is fast by so much; behind, if negative."},
+        {Fault::RESTART, "restart", FaultKind::ACTION, true, 0, 0, 0, {}, "The host stops and starts again, now."},
+    };
+}
+
+std::string textOf(const FaultValue& value) {
+    if (const auto* const number = std::get_if<std::int64_t>(&value)) {
+        return " " + std::to_string(*number);
+    }
+    const auto* const key = std::get_if<std::string>(&value);
+    return key != nullptr ? " " + *key : "";
+}
+
+FaultValue orDefault(const FaultDescription& fault, const FaultValue& value) {
+    if (!std::holds_alternative<std::monostate>(value)) {
+        return value;
+    }
+    switch (fault.kind) {
+        case FaultKind::MILLISECONDS:
+            return fault.defaultTime;
+        case FaultKind::SETTING:
+            return fault.settings.front();
+        default:
+            return {};
+    }
+}
+
+}  // namespace
+
+const char* kindName(FaultKind kind) {
+    switch (kind) {
+        case FaultKind::SWITCH:
+            return "switch";
+        case FaultKind::MILLISECONDS:
+            return "milliseconds";
+        case FaultKind::SETTING:
+            return "setting";
+        default:
+            return "action";
+    }
+}
+
+const std::vector<FaultDescription>& allFaults() {
+    static const std::vector<FaultDescription> faults = makeFaults();
+    return faults;
+}
+
+const FaultDescription* findFault(std::string_view name) {
+    const auto& faults = allFaults();
+    const auto found =
+        std::find_if(faults.begin(), faults.end(), [&](const auto& fault) { return fault.name == name; });
+    return found == faults.end() ? nullptr : &*found;
+}
+
+const FaultDescription& describe(Fault fault) {
+    return allFaults().at(static_cast<std::size_t>(fault));
+}
+
+std::chrono::milliseconds Faults::timeOf(Fault fault) const {
+    const auto found = values.find(fault);
+    return std::chrono::milliseconds(found == values.end() ? 0 : std::get<std::int64_t>(found->second));
+}
+
+bool Faults::concerns(Fault fault, const std::string& key) const {
+    const auto found = values.find(fault);
+    return found != values.end() && found->second == FaultValue(key);
+}
+
+std::vector<std::string> Faults::namesOn() const {
+    std::vector<std::string> names;
+    for (const auto& entry : values) {
+        names.emplace_back(describe(entry.first).name);
+    }
+    return names;
+}
+
+std::string Faults::problemWith(const FaultDescription& fault, const FaultValue& value) {
+    if (std::holds_alternative<std::monostate>(value)) {
+        return "";
+    }
+    const std::string must = std::string("the value of ") + fault.name + " must be ";
+    if (fault.kind == FaultKind::MILLISECONDS) {
+        const auto* const time = std::get_if<std::int64_t>(&value);
+        return time != nullptr && *time >= fault.minimum && *time <= fault.maximum
+                   ? ""
+                   : must + "a number of milliseconds from " + std::to_string(fault.minimum) + " to " +
+                         std::to_string(fault.maximum);
+    }
+    if (fault.kind == FaultKind::SETTING) {
+        const auto* const key = std::get_if<std::string>(&value);
+        const auto& keys = fault.settings;
+        std::string list;
+        for (const auto& allowed : keys) {
+            list += (list.empty() ? "" : ", ") + allowed;
+        }
+        return key != nullptr && std::find(keys.begin(), keys.end(), *key) != keys.end() ? "" : must + "one of " + list;
+    }
+    return std::string(fault.name) + " has no value";
+}
+
+Faults::Result Faults::switchOn(Fault fault, const FaultValue& value) {
+    const FaultDescription& described = describe(fault);
+    const FaultValue wanted = orDefault(described, value);
+    if (described.once) {
+        changed(std::string("fault: ") + described.name + textOf(wanted));
+        const auto* const key = std::get_if<std::string>(&wanted);
+        return actions.at(fault)(key == nullptr ? "" : *key) ? Result::CHANGED : Result::FAILED;
+    }
+    if (const auto found = values.find(fault); found != values.end() && found->second == wanted) {
+        return Result::UNCHANGED;
+    }
+    values[fault] = wanted;
+    changed(std::string("fault on: ") + described.name + textOf(wanted));
+    return Result::CHANGED;
+}
+
+Faults::Result Faults::switchOff(Fault fault) {
+    if (values.erase(fault) == 0) {
+        return Result::UNCHANGED;
+    }
+    changed(std::string("fault off: ") + describe(fault).name);
+    return Result::CHANGED;
+}
+
+void Faults::changed(const std::string& line) {
+    SettingsHandlerKit::writeLog(VessaLogger::WARNING, line);
+    for (const auto& observer : observers) {
+        observer();
+    }
+}
+
+}  // namespace SettingsHost

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "clients/support/Peer.h"
+
+namespace SettingsDbusTests {
+
+/// The host's end of the bridge's connection. The test decides what happens to changes; all else is answered as by a
+/// host whose settings have no values.
+class FakeHost {
+public:
+    explicit FakeHost(const std::string& path) : listener(path) {}
+
+    /// Takes the connection and answers what the bridge asks at first.
+    void accept();
+    /// The next frame that asks for a change.
+    std::string nextChange();
+    /// Answers the change `frame`: `members` are those of the payload. After the first one the bridge also wants to
+    /// know whether the host answers at all.
+    void answer(const std::string& frame, const std::string& members);
+    void sendLine(const std::string& line) { peer->sendLine(line); }
+    void close() { peer.reset(); }
+
+private:
+    /// Returns: whether it was no change.
+    bool reply(const std::string& frame);
+
+    ClientTests::ListeningSocket listener;
+    std::optional<ClientTests::Peer> peer;
+    bool hasAnswered = false;
+};
+
+}  // namespace SettingsDbusTests

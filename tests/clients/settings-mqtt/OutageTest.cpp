@@ -1,0 +1,138 @@
+#include <cstring>
+#include <fstream>
+
+#include <net/if.h>
+#include <sched.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "ProgramFixture.h"
+#include "support/ListeningSocket.h"
+
+namespace SettingsMqttTest {
+
+namespace {
+
+/// The rest of this process, and what it starts, has a network of its own.
+void enterNetwork() {
+    const uid_t user = ::geteuid();
+    const gid_t group = ::getegid();
+    if (::unshare(user == 0 ? CLONE_NEWNET : CLONE_NEWUSER | CLONE_NEWNET) != 0) {
+        throw std::runtime_error(std::string("unshare: ") + std::strerror(errno));
+    }
+    if (user != 0) {
+        std::ofstream("/proc/self/setgroups") << "deny";
+        std::ofstream("/proc/self/uid_map") << user << ' ' << user << " 1";
+        std::ofstream("/proc/self/gid_map") << group << ' ' << group << " 1";
+    }
+}
+
+void setNetwork(bool isUp) {
+    const int socket = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    ifreq request{};
+    std::strcpy(request.ifr_name, "lo");
+    const bool isRead = ::ioctl(socket, SIOCGIFFLAGS, &request) == 0;
+    request.ifr_flags = static_cast<short>(isUp ? request.ifr_flags | IFF_UP : request.ifr_flags & ~IFF_UP);
+    const bool isDone = isRead && ::ioctl(socket, SIOCSIFFLAGS, &request) == 0;
+    ::close(socket);
+    if (!isDone) {
+        throw std::runtime_error("the network of the test cannot be switched");
+    }
+}
+
+}  // namespace
+
+TEST_F(MqttProgram, ComesBackAfterTheBrokerWasKilled) {
+    RunningBridge bridge(host, broker.address());
+    bridge.awaitLog("connected to the broker");
+    broker.kill();
+    bridge.awaitLog("the broker is lost");
+    set("captionsFontSize", "FONT_LARGE");
+    set("captionsFontSize", "FONT_SMALL");
+    broker.start();
+    Subscriber subscriber(broker.port(), {"settings/tv/#"});
+    // Its memory is empty, so all of this is new: first all states, then the newest event.
+    const auto messages = subscriber.until("settings/tv/event");
+    EXPECT_NE(std::find(messages.begin(), messages.end(), "settings/tv/state/captionsFontSize FONT_SMALL"),
+              messages.end());
+    EXPECT_NE(std::find(messages.begin(), messages.end(), "settings/tv/state/timezone America/Vancouver"),
+              messages.end());
+    EXPECT_NE(std::find(messages.begin(), messages.end(), "settings/tv/availability online"), messages.end());
+    EXPECT_NE(messages.back().find(R"("from":"FONT_LARGE","to":"FONT_SMALL","sequence":2)"), std::string::npos);
+}
+
+TEST(MqttNetwork, LosesNoChangeWhileTheNetworkIsCut) {
+    enterNetwork();
+    setNetwork(true);
+    SettingsCtlTests::RunningHost host;
+    RunningBroker broker;
+    RunningBridge bridge(host, broker.address());
+    bridge.awaitLog("connected to the broker");
+    setNetwork(false);
+    ASSERT_EQ(host.run({"set", "captionsFontSize", "FONT_LARGE"}).status, 0);
+    bridge.awaitLog("the broker is lost");
+    ASSERT_EQ(host.run({"set", "captionsStyles", "STYLE_BLACK_ON_WHITE"}).status, 0);
+    setNetwork(true);
+    Subscriber subscriber(broker.port(), {"settings/tv/event", "settings/tv/state/#"});
+    auto messages = subscriber.until(R"(settings/tv/event {"key":"captionsStyles")");
+    EXPECT_NE(std::find(messages.begin(), messages.end(), "settings/tv/state/captionsFontSize FONT_LARGE"),
+              messages.end());
+    EXPECT_NE(std::find_if(messages.begin(), messages.end(),
+                           [](const std::string& message) {
+                               return message.rfind(R"(settings/tv/event {"key":"captionsFontSize")", 0) == 0;
+                           }),
+              messages.end());
+}
+
+TEST_F(MqttProgram, TheBrokerSaysWhenTheBridgeWasKilled) {
+    RunningBridge bridge(host, broker.address());
+    Subscriber subscriber(broker.port(), {"settings/tv/availability"});
+    subscriber.await("settings/tv/availability online");
+    bridge.kill();
+    EXPECT_EQ(subscriber.next(), "settings/tv/availability offline");
+    bridge.start();
+    EXPECT_EQ(subscriber.next(), "settings/tv/availability online");
+}
+
+TEST_F(MqttProgram, SaysWhenTheHostIsGoneAndIsRightAfterItsRestart) {
+    RunningBridge bridge(host, broker.address());
+    Subscriber subscriber(broker.port(), {"settings/tv/availability", "settings/tv/state/captionsFontSize"});
+    subscriber.await("settings/tv/availability online");
+    host.killAndRestart();
+    EXPECT_EQ(subscriber.next(), "settings/tv/availability offline");
+    EXPECT_EQ(subscriber.next(), "settings/tv/availability online");
+    set("captionsFontSize", "FONT_LARGE");
+    EXPECT_EQ(subscriber.next(), "settings/tv/state/captionsFontSize FONT_LARGE");
+}
+
+TEST_F(MqttProgram, OutlivesAPeerThatIsNoBroker) {
+    const auto listener = TestSupport::listeningTcpSocket("127.0.0.1");
+    RunningBridge bridge(host, "127.0.0.1:" + std::to_string(listener.port()));
+    for (const std::string& nonsense : std::vector<std::string>{
+             std::string("HTTP/1.1 400\r\n\r\n"), std::string("\x20\xff\xff\xff\xff\xff", 6),
+             // Accepted, then a message of a topic that is none.
+             std::string("\x20\x03\x00\x00\x00\x32\x0b\x00\x03\x61\x2b\xff\x00\x01\x00\x78\x78\x78", 18)}) {
+        const int peer = ::accept(listener.get(), nullptr, nullptr);
+        ASSERT_GE(peer, 0);
+        EXPECT_EQ(::send(peer, nonsense.data(), nonsense.size(), MSG_NOSIGNAL), static_cast<ssize_t>(nonsense.size()));
+        ::shutdown(peer, SHUT_WR);
+        bridge.awaitLog("next attempt");
+        ::close(peer);
+    }
+    EXPECT_EQ(bridge.stop(), 0);
+}
+
+TEST_F(MqttProgram, ACommandIsNotStaleAfterOneOfAClientWhoseClockIsAhead) {
+    RunningBridge bridge(host, broker.address());
+    Subscriber subscriber(broker.port(), {"settings/tv/outcome", "settings/tv/availability"});
+    subscriber.await("settings/tv/availability online");
+    TestSupport::LineClient client(host.socketPath());
+    client.sendLine(
+        R"({"type":24,"messageId":"m","answer":true,"timestamp":4000000000000,"payload":{"settingDBId":"timezone","to":"Asia/Tokyo"}})");
+    ASSERT_TRUE(client.receiveLine());
+    publish(broker.port(), "settings/tv/set/timezone", "Europe/Paris");
+    EXPECT_EQ(subscriber.next(), outcome(R"("key":"timezone","outcome":"changed","value":"Europe/Paris")"));
+}
+
+}  // namespace SettingsMqttTest
