@@ -19,25 +19,21 @@ export const de: Translation = {
         timezone: 'Zeitzone',
     },
     about: {
-        deviceName: 'Der Name, den sich dieser Fernseher selbst gibt. Andere Geräte zeigen ihn in ihren Listen.',
+        deviceName: 'Der Name dieses Fernsehers in den Listen anderer Geräte.',
         companionDevice: 'Das Telefon oder Tablet, das mit diesem Fernseher verbunden ist.',
-        orliaLocale: 'Der Assistent bevorzugt die erste Sprache und weicht auf die anderen aus.',
-        captionsEnabled: 'Zeigt Gesprochenes als Text auf dem Bildschirm.',
-        captionsFontSize: 'Wie groß Untertitel sind.',
-        captionsStyles: 'Die Farben der Untertitel und ihres Hintergrunds.',
-        doNotDisturbEnabled: 'Solange dies an ist, schweigt der Assistent, außer Sie sprechen ihn an.',
+        orliaLocale: 'Der Assistent bevorzugt die erste.',
+        captionsEnabled: 'Gesprochenes als Text auf dem Bildschirm.',
+        captionsFontSize: 'Die Größe der Untertitel.',
+        captionsStyles: 'Die Farben der Untertitel.',
+        doNotDisturbEnabled: 'Der Assistent spricht nur, wenn Sie ihn ansprechen.',
         handsFreeEnabled: 'Sprechen Sie ohne Fernbedienung mit dem Assistenten.',
         handsFreeAlwaysOnEnabled: 'Das Aktivierungswort wirkt auch bei ausgeschaltetem Bildschirm.',
-        handsFreeAlwaysOnDiscovered:
-            'Der Fernseher stellt diesen Modus einmal vor. Sie können die Einführung noch einmal ansehen.',
+        handsFreeAlwaysOnDiscovered: 'Der Fernseher zeigt sie einmal.',
         pttAlwaysOnEnabled: 'Die Mikrofontaste wirkt auch bei ausgeschaltetem Bildschirm.',
-        pttAlwaysOnDiscovered:
-            'Der Fernseher stellt diesen Modus einmal vor. Sie können die Einführung noch einmal ansehen.',
-        friendlyName:
-            'So nennen Sie diesen Fernseher, wenn Sie mit dem Assistenten sprechen. Der Gerätename darf ein anderer sein.',
-        tovanEntitlementStatus:
-            'Was Ihr Konto auf diesem Fernseher nutzen darf. Der Dienst des Assistenten meldet es; hier lässt es sich nicht ändern.',
-        timezone: 'Wo dieser Fernseher steht, für Uhren und Termine.',
+        pttAlwaysOnDiscovered: 'Der Fernseher zeigt sie einmal.',
+        friendlyName: 'So nennen Sie diesen Fernseher, wenn Sie mit dem Assistenten sprechen.',
+        tovanEntitlementStatus: 'Was Ihr Konto nutzen darf; der Dienst des Assistenten meldet es.',
+        timezone: 'Für Uhren und Termine.',
     },
     choices: {
         FONT_SMALL: 'Klein',
@@ -63,10 +59,7 @@ export const de: Translation = {
 
         'companionDevice.first': 'Name',
         'companionDevice.second': 'Art',
-        'handsFreeAlwaysOnEnabled.off':
-            'Freisprechen ist aus, deshalb achtet der Assistent nicht auf das Aktivierungswort.',
-        'pttAlwaysOnEnabled.off':
-            'Freisprechen ist aus, deshalb erreichen Sie den Assistenten nur mit der Mikrofontaste.',
+        'handsFree.off': 'Freisprechen ist aus: Nutzen Sie die Mikrofontaste.',
         'introduction.again': 'Einführung noch einmal zeigen',
         'introduction.seen': 'Gesehen',
         'introduction.unseen': 'Noch nicht gesehen',
@@ -78,9 +71,9 @@ export const de: Translation = {
         logOut: 'Abmelden',
         'logOut.question': 'Von diesem Fernseher abmelden?',
         'logOut.erases':
-            'Endgültig gelöscht werden: die Namen dieses Fernsehers, das Begleitgerät, Größe und Farben der Untertitel, die Berechtigung, welche Einführungen Sie gesehen haben, die letzten Änderungen und alle Sicherungen.',
-        'logOut.turnsOff': 'Ausgeschaltet werden: Freisprechen und beide Immer-bereit-Modi.',
-        'logOut.keeps': 'Es bleiben: Sprachen, Zeitzone und ob Untertitel und „Nicht stören“ an sind.',
+            'Endgültig gelöscht: beide Namen dieses Fernsehers, Begleitgerät, Aussehen der Untertitel, Berechtigung, gesehene Einführungen, letzte Änderungen und Sicherungen.',
+        'logOut.turnsOff': 'Ausgeschaltet: Freisprechen und beide Immer-bereit-Modi.',
+        'logOut.keeps': 'Unverändert: Sprachen, Zeitzone, Untertitel und „Nicht stören“.',
         'logOut.done': 'Sie sind abgemeldet.',
         'action.failed': 'Fehlgeschlagen: Der Fernseher antwortet nicht.',
         'action.refused': 'Fehlgeschlagen: Der Fernseher konnte das nicht ausführen.',
@@ -117,8 +110,7 @@ export const de: Translation = {
             'Öffnen Sie mit der Taste Menü oder Einstellungen das Menü des Fernsehers und suchen Sie „Nicht stören“.',
         'onTv.now': 'Jetzt: {value}',
         'onTv.changed': 'Geändert: {value}',
-        'locale.untranslated': 'Diese Seiten gibt es nicht auf {name}, deshalb sind sie auf Englisch.',
-        search: 'Suchen',
+        'locale.untranslated': 'Diese Seiten sind auf Englisch: Es gibt keine Übersetzung ({name}).',
         found: '{count} gefunden',
         nothingFound: 'Keine Treffer',
 
@@ -140,7 +132,7 @@ export const de: Translation = {
         'health.ok': 'Alles funktioniert',
         'health.degraded': 'Änderungen lassen sich nicht speichern',
         'health.backup': 'Aus einer Sicherung wiederhergestellt',
-        'health.defaults': 'Einstellungen gingen verloren; es gelten Standardwerte',
+        'health.defaults': 'Auf Standardwerte zurückgesetzt',
         'health.not-serving': 'Nicht bereit',
 
         saving: 'Wird gespeichert …',
@@ -148,13 +140,12 @@ export const de: Translation = {
         unchanged: 'Keine Änderung',
         default: 'Auf Standardwert zurückgesetzt: {value}',
         draft: 'Nicht gespeichert: {value}',
-        'refused.incomplete':
-            'Nicht geändert: Der Fernseher hat diese Seite nicht verstanden. Laden Sie sie neu und versuchen Sie es noch einmal.',
+        'refused.incomplete': 'Nicht geändert: Laden Sie diese Seite neu und versuchen Sie es noch einmal.',
         'refused.stale': 'Nicht geändert: Der Wert wurde inzwischen anderswo geändert.',
         'refused.read-only': 'Nicht geändert: Das lässt sich nur am Gerät einstellen.',
         'refused.wrong-form': 'Nicht geändert: Der Fernseher nimmt diesen Wert nicht an.',
         'refused.not-stored': 'Nicht geändert: Der Fernseher konnte ihn nicht speichern.',
-        'refused.unknown': 'Nicht geändert: Der Fernseher nannte keinen Grund, den diese Seite versteht.',
+        'refused.unknown': 'Nicht geändert: Der Grund ist unbekannt.',
         'refused.too-long': 'Nicht geändert: Der Wert ist zu lang.',
         'refused.not-applied': 'Der Fernseher hat diese Änderung nicht übernommen.',
         'refused.no-reply': 'Der Fernseher antwortet nicht. Versuchen Sie es noch einmal.',
@@ -167,8 +158,8 @@ export const de: Translation = {
         'connection.lost': 'Der Fernseher antwortet nicht. Neuer Versuch …',
         'connection.retry': 'Jetzt erneut versuchen',
         'connection.unauthorized':
-            'Diese Seite darf sich nicht mehr verbinden. Öffnen Sie die Einstellungen am Fernseher erneut oder die neue Adresse, die „settingsctl page“ ausgibt.',
-        'connection.unsupported': 'Diese Seite braucht eine neuere Version der Software des Fernsehers.',
+            'Diese Seite darf sich nicht mehr verbinden. „settingsctl page“ gibt die neue Adresse aus.',
+        'connection.unsupported': 'Die Software des Fernsehers ist zu alt für diese Seite.',
         'by.page': 'einer anderen Seite',
         'by.socket': 'einem Programm',
         'by.device': 'dem Fernseher',
