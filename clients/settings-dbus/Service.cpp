@@ -53,8 +53,8 @@ private:
                                                               : "connected to host and bus";
         if (state != reported) {
             reported = state;
-            SettingsBridge::notifyStatus(state);
             status.write(bus.connection() != nullptr && settings.isServed(), state);
+            SettingsBridge::notifyStatus(state);
         }
     }
 

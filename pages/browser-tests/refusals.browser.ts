@@ -32,7 +32,7 @@ const refusals: readonly (readonly [string, string, string, Wire, readonly objec
     ['not-stored', 'Not changed: the TV could not save it.', 'TV', {}, filling],
     [
         'incomplete',
-        'Not changed: the TV did not understand this page. Reload it and try again.',
+        'Not changed: reload this page and try again.',
         'TV',
         withPayload({ settingDBId: 'deviceName' }),
         [],
@@ -53,7 +53,7 @@ const refusals: readonly (readonly [string, string, string, Wire, readonly objec
     ],
     [
         'of a later version',
-        'Not changed: the TV did not say why in a way that this page understands.',
+        'Not changed: the reason is unknown.',
         'TV',
         withAnswer(24, { outcome: 'refused', reason: 'too-loud', message: '', value: 'TV' }),
         [],
@@ -113,7 +113,7 @@ test('a host of version 1.0 is told, and the values stay', async () => {
             await expectValue(page, 'deviceName', 'Den');
             isOld = true;
             await cut();
-            await page.getByRole('alert').getByText('This page needs a newer version of the TV’s software.').waitFor();
+            await page.getByRole('alert').getByText('The TV’s software is too old for this page.').waitFor();
             await expectValue(page, 'deviceName', 'Den');
         },
         {

@@ -42,7 +42,7 @@ export function Picker({ title, options, chosen, onChoose, onClose }: Props): JS
     );
     return (
         <Dialog title={title} onClose={onClose}>
-            <Field row="search" label={language.t('search')} text={typed} onEdit={setTyped} />
+            <Field row="search" label={language.t('section.search')} text={typed} onEdit={setTyped} />
             <p class="about" role="status">
                 {found.length === 0 ? language.t('nothingFound') : language.t('found', { count: `${found.length}` })}
             </p>

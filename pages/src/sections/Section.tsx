@@ -46,13 +46,13 @@ function rowFor(setting: SettingKey): (props: RowProps) => JSX.Element {
 function SettingRow({ setting }: { readonly setting: SettingKey }): JSX.Element {
     const { state, language } = usePage();
     const { t, about } = language;
-    const { parts, withoutHandsFree } = rows[setting];
-    const hint = state.values?.['handsFreeEnabled'] === 'true' ? undefined : withoutHandsFree;
+    const { parts, needsHandsFree } = rows[setting];
+    const isWithout = needsHandsFree === true && state.values?.['handsFreeEnabled'] !== 'true';
     const Row = rowFor(setting);
     return (
         <Row
             setting={setting}
-            about={hint === undefined ? about[setting] : `${about[setting]} ${t(hint)}`}
+            about={isWithout ? `${about[setting]} ${t('handsFree.off')}` : about[setting]}
             parts={parts?.map((part) => t(part))}
         />
     );
