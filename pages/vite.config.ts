@@ -1,15 +1,35 @@
-import { defineConfig } from 'vite';
+import { readFileSync } from 'node:fs';
+
+import { defineConfig, type Plugin } from 'vite';
 
 import { settingsClient } from './settingsClient';
+import { translationsAsLists } from './translationsAsLists';
 
-export default defineConfig({
+/** The licence of the data about time zones goes where the files with them are. */
+const timeZoneLicence: Plugin = {
+    name: 'time zone licence',
+    generateBundle() {
+        const source = readFileSync('node_modules/cldr-core/LICENSE');
+        this.emitFile({ type: 'asset', fileName: 'timezones/LICENSE.txt', source });
+    },
+};
+
+/** `--mode gallery` adds the page of all components, which is no part of the product. */
+export default defineConfig(({ mode }) => ({
     ...settingsClient,
+    plugins: [timeZoneLicence, translationsAsLists],
     esbuild: { jsx: 'automatic', jsxImportSource: 'preact', legalComments: 'none' },
     build: {
         target: 'es2022',
         // The host serves from memory and refuses inline scripts and styles.
         assetsInlineLimit: 0,
         modulePreload: { polyfill: false },
-        rollupOptions: { input: ['index.html', 'device.html'] },
+        rollupOptions: {
+            input: ['index.html', 'device.html', ...(mode === 'gallery' ? ['gallery.html'] : [])],
+            output: {
+                assetFileNames: ({ originalFileNames: [name] }) =>
+                    `${name?.includes('/timezones/') === true ? 'timezones' : 'assets'}/[name]-[hash][extname]`,
+            },
+        },
     },
-});
+}));

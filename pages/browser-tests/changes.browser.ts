@@ -19,7 +19,7 @@ import { hostIsAway } from './visit';
 const host = hostOfEachTest();
 
 function announcement(page: Page, text: string) {
-    return page.locator('.announcement', { hasText: text });
+    return page.locator('.message', { hasText: text });
 }
 
 function setDeviceName(to: string) {
@@ -37,7 +37,7 @@ test('a change by a program is shown and announced with its origin, and does not
         await press(page, 'ArrowDown');
         await host.control('set', 'deviceName', 'Attic');
         await row(page, 'deviceName').getByText('Attic').waitFor();
-        await announcement(page, 'Device name is now Attic, changed by settingsctl').waitFor();
+        await announcement(page, 'Device name set to Attic by settingsctl').waitFor();
         await host.control('set', 'friendlyName', 'Telly');
         await row(page, 'friendlyName').getByText('Telly').waitFor();
         await expectFocus(page, 'friendlyName');
@@ -47,7 +47,7 @@ test('a change by a program is shown and announced with its origin, and does not
 test('a change by a client with a name is announced with the name', async () => {
     await visitSettings(host, async (page) => {
         await host.send({ messageId: 'h1', hello: { client: 'kitchen-remote' } }, setDeviceName('Attic'));
-        await announcement(page, 'Device name is now Attic, changed by kitchen-remote').waitFor();
+        await announcement(page, 'Device name set to Attic by kitchen-remote').waitFor();
     });
 });
 
@@ -56,13 +56,13 @@ test('changes at the TV are shown and announced', async () => {
         await enterSection(page, 'captions');
         await host.control('device', 'captions', 'on');
         await page.locator('main').getByText('On', { exact: true }).waitFor();
-        await announcement(page, 'Captions is now On').waitFor();
+        await announcement(page, 'Captions turned on by the TV').waitFor();
         await host.control('device', 'do-not-disturb', 'on');
-        await announcement(page, 'Do not disturb is now On').waitFor();
+        await announcement(page, 'Do not disturb turned on by the TV').waitFor();
         await enterSection(page, 'voice');
         await host.control('device', 'handsfree', 'on');
         await page.getByRole('switch', { name: 'Hands-free', checked: true }).waitFor();
-        await announcement(page, 'Hands-free is now On, changed on the TV').waitFor();
+        await announcement(page, 'Hands-free turned on by the TV').waitFor();
         await expectFocus(page, 'handsFreeEnabled');
     });
 });
@@ -90,20 +90,20 @@ test('a change is shown on other pages, and announced only there', async () => {
             await press(page, 'Enter');
             await expectStatus(page, 'deviceName', 'accepted', 'Saved');
             await row(other, 'deviceName').getByText('Den').waitFor();
-            await announcement(other, 'Device name is now Den, changed by settings page (Linux)').waitFor();
-            expect(await page.locator('.announcement').innerText()).toBe('');
+            await announcement(other, 'Device name set to Den by settings page (Linux)').waitFor();
+            expect(await page.locator('.message').innerText()).toBe('');
         });
     });
 });
 
 test('accepted, unchanged and refused differ in words, sign and colour', async () => {
     await visitSettings(host, async (page) => {
-        const looks: string[][] = [];
+        const looks: (string | null)[][] = [];
         const look = async (kind: string, words: string) => {
             await expectStatus(page, 'deviceName', kind, words);
             const status = row(page, 'deviceName').locator('.status');
             looks.push([
-                (await status.innerText()).slice(0, 1),
+                await status.locator('.icon').getAttribute('data-icon'),
                 await status.evaluate((text) => getComputedStyle(text).color),
             ]);
         };

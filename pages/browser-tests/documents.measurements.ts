@@ -12,6 +12,7 @@ import { wide } from './visit';
 
 const document = fileURLToPath(new URL('../../docs/pages.md', import.meta.url));
 const loads = Number(process.env['LOADS'] ?? 21);
+const walks = Number(process.env['WALKS'] ?? 9);
 const events = Number(process.env['EVENTS'] ?? 10_000);
 const atOnce = 100;
 
@@ -33,6 +34,11 @@ afterAll(async () => {
 function median(values: readonly number[]): number {
     const ordered = [...values].sort((one, other) => one - other);
     return ordered[Math.floor(ordered.length / 2)] ?? 0;
+}
+
+/** Median, least and most of times in milliseconds, as cells of a table. */
+function figures(found: readonly number[]): string {
+    return [median(found), Math.min(...found), Math.max(...found)].map((time) => `${time.toFixed(0)} ms`).join(' | ');
 }
 
 function openPage(): Promise<Page> {
@@ -91,10 +97,7 @@ test.each([
         for (let number = 0; number < loads; number += 1) {
             measured.push(await load(slowness));
         }
-        const say = (name: string, found: readonly number[]) =>
-            times.push(
-                `| ${name}${where} | ${[median(found), Math.min(...found), Math.max(...found)].map((time) => `${time.toFixed(0)} ms`).join(' | ')} |`,
-            );
+        const say = (name: string, found: readonly number[]) => times.push(`| ${name}${where} | ${figures(found)} |`);
         say(
             'first paint',
             measured.map(({ firstPaint }) => firstPaint),
@@ -103,6 +106,54 @@ test.each([
             'first usable paint',
             measured.map(({ usable }) => usable),
         );
+    },
+    300_000,
+);
+
+interface TraceEvent {
+    readonly name: string;
+    readonly ph: string;
+    readonly pid: number;
+    readonly tid: number;
+    readonly tdur?: number;
+    readonly args?: { readonly name?: string };
+}
+
+/** The longest task of the page's main thread in a trace: its processor time, in milliseconds. */
+function longestTask(trace: Buffer): number {
+    const { traceEvents } = JSON.parse(trace.toString()) as { traceEvents: TraceEvent[] };
+    const mains = traceEvents.filter(({ args }) => args?.name === 'CrRendererMain');
+    const tasks = traceEvents.filter(
+        ({ name, ph, pid, tid }) =>
+            ph === 'X' && name.endsWith('RunTask') && mains.some((main) => main.pid === pid && main.tid === tid),
+    );
+    return Math.max(...tasks.map(({ tdur = 0 }) => tdur / 1_000));
+}
+
+test.each([
+    ['moves through a list', 'voice', ['ArrowDown', 'ArrowDown', 'ArrowDown', 'ArrowUp']],
+    ['moves through the menu', '', ['ArrowDown', 'ArrowDown', 'ArrowDown', 'ArrowUp']],
+] as const)(
+    'the longest task while the focus %s, on a processor six times as slow',
+    async (what, section, keys) => {
+        const found: number[] = [];
+        for (let number = 0; number < walks; number += 1) {
+            const page = await openPage();
+            await page.goto(`${host.page('/')}#${section}`);
+            await page.locator('main [data-row] .value').first().waitFor();
+            if (section !== '') {
+                await page.locator('main [data-row] button').first().focus();
+            }
+            const session = await page.context().newCDPSession(page);
+            await session.send('Emulation.setCPUThrottlingRate', { rate: 6 });
+            await browser.startTracing(page, { categories: ['toplevel', 'disabled-by-default-devtools.timeline'] });
+            for (const key of keys) {
+                await page.keyboard.press(key);
+            }
+            found.push(longestTask(await browser.stopTracing()));
+            await page.close();
+        }
+        times.push(`| longest task while the focus ${what}, on a processor six times as slow | ${figures(found)} |`);
     },
     300_000,
 );
@@ -166,7 +217,7 @@ async function changeOften(): Promise<string> {
 const kilobytes = (bytes: number) => `${Math.round(bytes / 1024).toLocaleString('en')} KiB`;
 
 test.each([
-    ['settings', '/', '.announcement'],
+    ['settings', '/', '.message'],
     ['simulated TV', '/device', '.device-list'],
 ] as const)(
     'the memory of %s',
@@ -195,7 +246,7 @@ test('the document shows them', () => {
     const table = [
         `Chromium ${version} without a window, 1920×1080, ${loads} loads with nothing kept from one to the next.`,
         '',
-        '| from the start of the navigation | median | least | most |',
+        '| time | median | least | most |',
         '|---|---|---|---|',
         ...times,
         '',
@@ -204,7 +255,7 @@ test('the document shows them', () => {
         ...memories,
     ].join('\n');
     const text = readFileSync(document, 'utf8');
-    const [start, end] = ['<!-- measurements: npm run document-measured -->\n', '\n<!-- end of measurements -->'];
+    const [start, end] = ['<!-- measurements: npm run document-measurements -->\n', '\n<!-- end of measurements -->'];
     expect(text).toContain(start);
     const [before = '', rest = ''] = text.split(start);
     const after = rest.slice(rest.indexOf(end));

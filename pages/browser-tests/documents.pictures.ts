@@ -69,8 +69,8 @@ test('the simulated TV', async () => {
             await page.getByText('● Connected').waitFor();
             await host.control('device', 'captions', 'on');
             await host.control('set', 'deviceName', 'Attic');
-            const event = page.getByRole('listbox').getByRole('option').filter({ hasText: 'event' });
-            await event.click();
+            await page.getByRole('listbox').getByRole('option').filter({ hasText: 'changed: Attic' }).click();
+            await page.getByRole('region', { name: 'Answer' }).waitFor();
             await take(page, 'device');
         },
         { path: '/device', viewport: wide },

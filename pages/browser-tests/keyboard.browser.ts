@@ -3,6 +3,7 @@ import { expect, test } from 'vitest';
 import { expectArrowsLead } from './arrows';
 import { hostOfFile } from './host';
 import {
+    choose,
     enterSection,
     expectFocus,
     expectStatus,
@@ -126,19 +127,12 @@ test('Language and region by keys: locales are added, moved and removed, and a t
 
         await press(page, 'ArrowUp');
         await expectFocus(page, 'de-AT');
-        expect((await focus(page)).name).toBe('Austrian German');
-        await press(page, 'ArrowRight');
-        expect((await focus(page)).name).toBe('Move Austrian German up');
-        await press(page, 'Enter');
+        await press(page, 'Enter', 'Enter', 'ArrowUp', 'Enter');
         await expect.poll(() => host.value('orliaLocale')).toBe('["en-US","de-AT","de-DE"]');
-        expect((await focus(page)).name).toBe('Move Austrian German up');
-        await press(page, 'ArrowRight', 'Enter');
-        await expect.poll(() => host.value('orliaLocale')).toBe('["en-US","de-DE","de-AT"]');
-        expect((await focus(page)).name).toBe('Austrian German');
-        await press(page, 'ArrowRight', 'ArrowRight');
-        expect((await focus(page)).name).toBe('Remove Austrian German');
-        await press(page, 'Enter');
+        await expectFocus(page, 'de-AT');
+        await press(page, 'Enter', 'ArrowDown', 'ArrowDown', 'Enter');
         await expect.poll(() => host.value('orliaLocale')).toBe('["en-US","de-DE"]');
+        await expectFocus(page, 'de-DE');
 
         await goToMenu(page, 'language');
         await press(page, 'ArrowRight');
@@ -175,18 +169,14 @@ test('Captions by keys: size and style change, and the preview with them', async
         const preview = page.getByText('Captions will look like this.');
         const height = () => preview.evaluate((text) => parseFloat(getComputedStyle(text).fontSize));
         const before = await height();
-        await press(page, 'ArrowRight', 'ArrowRight', 'ArrowRight', 'Enter');
+        await choose(page, 2);
+        await expectFocus(page, 'captionsFontSize');
         await expectStatus(page, 'captionsFontSize', 'accepted', 'Saved');
         expect(await host.value('captionsFontSize')).toBe('FONT_EXTRA_LARGE');
         expect(await height()).toBeGreaterThan(before);
         await press(page, 'ArrowDown');
         await expectFocus(page, 'captionsStyles');
-        // It is drawn in the next line, where Right does not lead.
-        await press(page, 'ArrowRight', 'ArrowRight', 'ArrowRight');
-        expect((await focus(page)).name).toContain('Yellow on black');
-        await press(page, 'ArrowDown');
-        expect((await focus(page)).name).toContain('Yellow on blue');
-        await press(page, 'Enter');
+        await choose(page, 3);
         await expectStatus(page, 'captionsStyles', 'accepted', 'Saved');
         expect(await host.value('captionsStyles')).toBe('STYLE_YELLOW_ON_BLUE');
         expect(await preview.evaluate((text) => getComputedStyle(text).backgroundColor)).toBe('rgb(0, 0, 255)');
@@ -258,13 +248,6 @@ test('in Arabic the page is mirrored, and so are the arrows', async () => {
         await expectFocus(page, 'deviceName');
         await press(page, 'ArrowRight');
         await expectFocus(page, 'device');
-        await enterSection(page, 'captions', 'ArrowLeft');
-        await press(page, 'ArrowDown');
-        const first = (await focus(page)).name;
-        await press(page, 'ArrowLeft');
-        expect((await focus(page)).name).not.toBe(first);
-        await press(page, 'ArrowRight');
-        expect((await focus(page)).name).toBe(first);
     });
     await host.control('device', 'locale', 'en-US');
 });

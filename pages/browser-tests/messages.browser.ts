@@ -91,14 +91,14 @@ test('a blank name from another client is visible, and an empty one is announced
         await host.control('set', 'deviceName', '   ');
         await expectValue(page, 'deviceName', '“   ”');
         await host.control('set', 'deviceName', '');
-        await page.locator('.announcement', { hasText: 'Device name is now TV, changed by settingsctl' }).waitFor();
+        await page.locator('.message', { hasText: 'Device name set to TV by settingsctl' }).waitFor();
         await expectValue(page, 'deviceName', 'TV');
     });
 });
 
 test('a change of a key that the catalogue does not have is not announced', async () => {
     await visitSettings(host, async (page) => {
-        await page.locator('.announcement').evaluate((element) => {
+        await page.locator('.message').evaluate((element) => {
             new MutationObserver(() => {
                 document.body.dataset['told'] = `${document.body.dataset['told'] ?? ''}${element.textContent}; `;
             }).observe(element, { childList: true, characterData: true, subtree: true });
@@ -106,9 +106,9 @@ test('a change of a key that the catalogue does not have is not announced', asyn
         await host.control('set', 'deviceName', 'Den');
         await host.control('set', '--any-key', 'myOwnKey', 'secret');
         await host.control('set', 'friendlyName', 'Telly');
-        await page.locator('.announcement', { hasText: 'Telly' }).waitFor();
+        await page.locator('.message', { hasText: 'Telly' }).waitFor();
         expect(await page.locator('body').getAttribute('data-told')).toBe(
-            'Device name is now Den, changed by settingsctl; Friendly name is now Telly, changed by settingsctl; ',
+            'Device name set to Den by settingsctl; Friendly name set to Telly by settingsctl; ',
         );
     });
 });
@@ -155,7 +155,7 @@ test('the message of a log-out is cleared with the section', async () => {
         await enterSection(page, 'account');
         await press(page, 'ArrowDown', 'ArrowDown', 'ArrowDown', 'Enter', 'ArrowRight', 'Enter');
         await page.getByText('You are logged out.').waitFor();
-        await enterSection(page, 'doNotDisturb');
+        await enterSection(page, 'voice');
         await enterSection(page, 'account');
         expect(await page.getByText('You are logged out.').count()).toBe(0);
     });

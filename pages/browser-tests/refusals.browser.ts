@@ -30,7 +30,13 @@ const filling = Array.from({ length: 17 }, (_, number) => ({
 const refusals: readonly (readonly [string, string, string, Wire, readonly object[]])[] = [
     ['stale', 'Not changed: it was changed elsewhere in the meantime.', 'TV', {}, [taken]],
     ['not-stored', 'Not changed: the TV could not save it.', 'TV', {}, filling],
-    ['incomplete', 'Not changed: the request was incomplete.', 'TV', withPayload({ settingDBId: 'deviceName' }), []],
+    [
+        'incomplete',
+        'Not changed: the TV did not understand this page. Reload it and try again.',
+        'TV',
+        withPayload({ settingDBId: 'deviceName' }),
+        [],
+    ],
     [
         'read-only',
         'Not changed: this can only be set on the device.',
@@ -40,14 +46,14 @@ const refusals: readonly (readonly [string, string, string, Wire, readonly objec
     ],
     [
         'wrong-form',
-        'Not changed: the value has the wrong format.',
+        'Not changed: the TV does not accept this value.',
         '["en-US"]',
         withPayload({ settingDBId: 'orliaLocale', to: 'en-US' }),
         [],
     ],
     [
         'of a later version',
-        'Not changed: the TV gave a reason that this page does not know.',
+        'Not changed: the TV did not say why in a way that this page understands.',
         'TV',
         withAnswer(24, { outcome: 'refused', reason: 'too-loud', message: '', value: 'TV' }),
         [],
@@ -131,14 +137,14 @@ test('after a lost connection a page has the changes of the meantime, and reads 
             sent.length = 0;
             meanwhile = () => host.send({ messageId: 'h', hello: { client: 'kitchen-remote' } }, change);
             await cut();
-            await page.getByText('Device name is now Attic, changed by kitchen-remote').waitFor();
+            await page.getByText('Device name set to Attic by kitchen-remote').waitFor();
             await expectValue(page, 'deviceName', 'Attic');
             await expect.poll(() => sent.some(({ type }) => type === 7)).toBe(true);
             await enterSection(page, 'captions');
             meanwhile = () => host.control('device', 'captions', 'on');
             await cut();
             await expectValue(page, 'captionsEnabled', 'On');
-            await page.getByText('Captions is now On').waitFor();
+            await page.getByText('Captions turned on by the TV').waitFor();
         },
         {
             prepare: async (page) => {

@@ -47,68 +47,30 @@ async function hold(page: Page, key: string, repeats = 17): Promise<void> {
     await Promise.all([...downs, page.keyboard.up(key)]);
 }
 
-/** Moves forward in the row until the control of that name has the focus. */
-async function goForwardTo(page: Page, name: RegExp): Promise<void> {
-    for (let steps = 0; steps < 5 && !name.test((await focus(page)).name); steps += 1) {
-        await press(page, 'ArrowRight');
-    }
-    expect((await focus(page)).name).toMatch(name);
-}
-
 test('repeated Enter on a section of the menu reorders and destroys nothing', async () => {
     await host.setLocales(...three);
     await visitSettings(host, async (page) => {
         const values = await asked(page);
         await goToMenu(page, 'language');
+        await press(page, 'Enter', 'Enter');
+        await expectFocus(page, 'move');
+        // Picks a language up, drops it where it was, opens its menu again.
         await press(page, 'Enter', 'Enter', 'Enter');
-        await expectFocus(page, 'en-US');
-        expect((await focus(page)).name).toBe('American English, Primary');
-        await press(page, 'ArrowDown');
-        await goForwardTo(page, /^Remove /);
-        await goToMenu(page, 'language');
-        await press(page, 'Enter', 'Enter', 'Enter');
-        expect((await focus(page)).name).toBe('French (France)');
+        await expectFocus(page, 'move');
+        await press(page, 'Escape', 'Escape');
         await enterSection(page, 'account');
         await press(page, 'ArrowDown', 'ArrowDown', 'ArrowDown');
         await expectFocus(page, 'log-out');
         await goToMenu(page, 'account');
         await press(page, 'Enter', 'Enter');
-        expect(await page.getByRole('dialog').count()).toBe(0);
-        expect((await focus(page)).name).toContain('Entitlement');
+        // The second Enter explains what is only shown.
+        await page.getByRole('dialog', { name: 'Entitlement' }).waitFor();
         expect(values).toEqual([]);
     });
     await expectLocales(...three);
 });
 
-test('repeated Enter moves a language to the top, or to the end, and then does nothing', async () => {
-    await host.setLocales(...three);
-    await visitSettings(host, async (page) => {
-        const values = await asked(page);
-        await enterSection(page, 'language');
-        await press(page, 'ArrowDown', 'ArrowDown');
-        await goForwardTo(page, /up$/);
-        const seen: string[] = [];
-        for (let times = 0; times < 5; times += 1) {
-            await press(page, 'Enter');
-            const { row: locale, name } = await focus(page);
-            seen.push(`${locale}: ${name}`);
-        }
-        expect(seen).toEqual([
-            'de-DE: Move German (Germany) up',
-            // Now the page is in German, and cannot move it further up.
-            ...Array<string>(4).fill('de-DE: Deutsch (Deutschland), Erste Wahl'),
-        ]);
-        await expectLocales('de-DE', 'en-US', 'fr-FR');
-        await expect.poll(() => values.length).toBe(2);
-        await goForwardTo(page, /^.* nach unten$/);
-        await press(page, 'Enter', 'Enter', 'Enter', 'Enter');
-        await expectLocales('en-US', 'fr-FR', 'de-DE');
-        expect(await focus(page)).toEqual({ row: 'de-DE', name: 'German (Germany)' });
-        await expect.poll(() => values.length).toBe(4);
-    });
-});
-
-test('a held Enter acts once: a switch, a removal, a move, a section of the menu, an editor', async () => {
+test('a held Enter acts once: a switch, a removal, a section of the menu, an editor', async () => {
     await host.setLocales(...three);
     await visitSettings(host, async (page) => {
         const values = await asked(page);
@@ -118,17 +80,12 @@ test('a held Enter acts once: a switch, a removal, a move, a section of the menu
         await expect.poll(() => values).toEqual(['true']);
 
         await enterSection(page, 'language');
-        await press(page, 'ArrowDown', 'ArrowDown');
-        await goForwardTo(page, /^Remove /);
+        await press(page, 'ArrowDown', 'ArrowDown', 'Enter', 'ArrowDown', 'ArrowDown');
+        await expectFocus(page, 'remove');
         await hold(page, 'Enter');
         await expectLocales('en-US', 'fr-FR');
-        expect(await focus(page)).toEqual({ row: 'add', name: '＋ Add a language' });
-        await press(page, 'ArrowUp');
-        await goForwardTo(page, /up$/);
-        await hold(page, 'Enter');
-        await expectLocales('fr-FR', 'en-US');
-        expect(await focus(page)).toEqual({ row: 'fr-FR', name: 'français (France), Principale' });
-        await expect.poll(() => values.length).toBe(3);
+        await expectFocus(page, 'add');
+        await expect.poll(() => values.length).toBe(2);
 
         await goToMenu(page, 'device');
         await hold(page, 'Enter');
@@ -140,7 +97,7 @@ test('a held Enter acts once: a switch, a removal, a move, a section of the menu
         await hold(page, 'Enter');
         await expect.poll(() => host.value('deviceName')).toBe('Den');
         expect(await page.locator('form').count()).toBe(0);
-        await expect.poll(() => values.length).toBe(4);
+        await expect.poll(() => values.length).toBe(3);
         await press(page, 'Enter');
         await hold(page, 'Escape');
         await expectFocus(page, 'deviceName');
@@ -166,14 +123,7 @@ test('very fast keys on a slow processor leave each section its own focus', asyn
             await enterSection(page, section);
             places.push((await focus(page)).row);
         }
-        expect(places).toEqual([
-            'deviceName',
-            'fr-FR',
-            'captionsStyles',
-            'handsFreeEnabled',
-            'doNotDisturbEnabled',
-            'open-settings',
-        ]);
+        expect(places).toEqual(['deviceName', 'fr-FR', 'captionsStyles', 'handsFreeEnabled', 'open-settings']);
     });
 });
 
@@ -256,20 +206,4 @@ test('held arrows repeat', async () => {
         await hold(page, 'ArrowDown', sectionIds.length);
         await expectFocus(page, 'account');
     });
-});
-
-test('after a removal the focus is on the name of the next language', async () => {
-    await host.setLocales(...three);
-    await visitSettings(
-        host,
-        async (page) => {
-            await enterSection(page, 'language');
-            await press(page, 'ArrowDown');
-            await goForwardTo(page, /^Remove /);
-            await press(page, 'Enter');
-            await expectLocales('en-US', 'de-DE');
-            expect(await focus(page)).toEqual({ row: 'de-DE', name: 'German (Germany)' });
-        },
-        { viewport: wide },
-    );
 });

@@ -115,7 +115,7 @@ test('results of changes, a conflicting edit and a lost connection look as store
             await typeOver(page, 'Mine');
             await host.control('set', 'friendlyName', 'Theirs');
             await page.locator('.conflict').waitFor();
-            await page.locator('.announcement', { hasText: 'Theirs' }).waitFor();
+            await page.locator('.message', { hasText: 'Theirs' }).waitFor();
             await expectLooksAsStored(page, 'conflict-1280x720');
             await press(page, 'Escape');
             await host.control('set', 'deviceName', 'Living room');
@@ -124,7 +124,7 @@ test('results of changes, a conflicting edit and a lost connection look as store
             await host.kill();
             await page.getByRole('alert').getByRole('button').waitFor();
             // It disappears at any time.
-            await page.locator('.announcement').evaluate((element: HTMLElement) => {
+            await page.locator('.message').evaluate((element: HTMLElement) => {
                 element.hidden = true;
             });
             await expectLooksAsStored(page, 'lost-1280x720');

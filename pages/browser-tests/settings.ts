@@ -5,7 +5,7 @@ import type { SectionId } from '../src/sections/rows';
 import type { Host } from './host';
 import { visit, type VisitOptions } from './visit';
 
-export const sectionIds = ['device', 'language', 'captions', 'voice', 'doNotDisturb', 'account'] as const;
+export const sectionIds = ['search', 'device', 'language', 'captions', 'voice', 'account', 'changes', 'about'] as const;
 
 /** A language of the pages, and a locale of the assistant that selects it. */
 export const languages = [
@@ -56,7 +56,7 @@ export async function focus(page: Page): Promise<{ readonly row: string; readonl
         const element = document.activeElement;
         return {
             row: element?.closest<HTMLElement>('[data-row]')?.dataset['row'] ?? '',
-            name: element?.getAttribute('aria-label') ?? element?.textContent ?? '',
+            name: (element?.getAttribute('aria-label') ?? element?.textContent ?? '').trim(),
         };
     });
 }
@@ -92,7 +92,7 @@ export async function goToMenu(page: Page, section: SectionId): Promise<void> {
 /** Moves the focus into a section, by keys only. */
 export async function enterSection(page: Page, section: SectionId, forward = 'ArrowRight'): Promise<void> {
     await goToMenu(page, section);
-    const isNarrow = (page.viewportSize()?.width ?? 0) < 700;
+    const isNarrow = (page.viewportSize()?.width ?? 0) < 900;
     await press(page, isNarrow ? 'Enter' : forward);
     await page.locator('main :focus').waitFor();
 }
@@ -104,6 +104,14 @@ export async function goDownTo(page: Page, name: string): Promise<void> {
         await press(page, 'ArrowDown');
     }
     await expectFocus(page, name);
+}
+
+/** Opens the panel of the focused row and chooses the option that is `steps` below the chosen one. */
+export async function choose(page: Page, steps: number): Promise<void> {
+    await press(page, 'Enter');
+    await page.getByRole('dialog').waitFor();
+    await press(page, ...Array<string>(steps).fill('ArrowDown'), 'Enter');
+    await page.getByRole('dialog').waitFor({ state: 'detached' });
 }
 
 /** Replaces the text of the focused field. */

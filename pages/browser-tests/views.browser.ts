@@ -61,6 +61,7 @@ test.each(['mouse', 'touch'] as const)('%s alone changes a setting of every kind
             await use(row(page, 'handsFreeEnabled').getByRole('switch'));
             await expectStatus(page, 'handsFreeEnabled', 'accepted', 'Saved');
             await goTo('captions');
+            await use(row(page, 'captionsStyles').getByRole('button'));
             await use(page.getByRole('radio', { name: 'Yellow on blue' }));
             await expectStatus(page, 'captionsStyles', 'accepted', 'Saved');
             await goTo('device');
@@ -71,9 +72,11 @@ test.each(['mouse', 'touch'] as const)('%s alone changes a setting of every kind
             await goTo('language');
             await use(row(page, 'add').getByRole('button'));
             await use(page.getByRole('dialog').getByText('Italian (Italy)'));
-            await use(page.getByRole('button', { name: 'Move Italian (Italy) up' }));
+            await use(row(page, 'it-IT').getByRole('button'));
+            await use(page.getByRole('button', { name: 'Make primary' }));
             await expect.poll(() => host.control('--value', 'get', 'orliaLocale')).toBe('["it-IT","en-US"]\n');
-            await use(page.getByRole('button', { name: 'Remove Italian (Italy)' }));
+            await use(row(page, 'it-IT').getByRole('button').first());
+            await use(page.getByRole('button', { name: 'Remove' }));
             await row(page, 'it-IT').waitFor({ state: 'detached' });
             await expect.poll(() => host.control('--value', 'get', 'orliaLocale')).toBe('["en-US"]\n');
         },
@@ -175,6 +178,7 @@ test.each([
         await enterSection(page, 'language');
         await row(page, 'timezone').getByRole('button').focus();
         await press(page, 'Enter');
+        await page.getByRole('dialog').getByRole('textbox').waitFor();
         await page.keyboard.type('Vancouver');
         await page.getByText('1 found').waitFor();
         await readAll(page.getByRole('dialog').getByRole('button'));
@@ -283,13 +287,13 @@ test('unexpected locales are shown as they are, and the page is in English', asy
             for (const [name, locales] of hostileLocales) {
                 await host.control('set', 'orliaLocale', locales);
                 const count = (JSON.parse(locales) as string[]).length;
-                await expect.poll(() => page.locator('.locale').count(), { message: name }).toBe(count);
+                await expect.poll(() => page.locator('.locales > li').count(), { message: name }).toBe(count);
                 expect(await page.locator('html').getAttribute('lang'), name).toBe('en');
                 await expectNoSidewaysScroll(page);
             }
             await page.reload();
-            await page.locator('.locale').first().waitFor();
-            expect(await page.locator('.locale').count()).toBe(5);
+            await page.locator('.locales > li').first().waitFor();
+            expect(await page.locator('.locales > li').count()).toBe(5);
         },
         { viewport: phone },
     );

@@ -1,7 +1,7 @@
 import { chromium, type Browser, type BrowserContext, type Page } from 'playwright-core';
 import { expect, inject } from 'vitest';
 
-import { messageDuration } from '../src/state/store';
+import { leastMessageDuration, messageDuration } from '../src/state/messages';
 import type { Host } from './host';
 
 export const wide = { width: 1920, height: 1080 };
@@ -17,7 +17,7 @@ export interface VisitOptions {
     readonly hasTouch?: boolean;
     /** Console messages that the test causes on purpose. */
     readonly expected?: RegExp;
-    /** Whether messages of success stay, so that a slow machine sees them, too. */
+    /** Whether messages of success stay until the next, so that a slow machine sees them, too. */
     readonly messagesStay?: boolean;
     /** What to do before the page is opened. */
     readonly prepare?: (page: Page) => Promise<unknown>;
@@ -70,11 +70,14 @@ async function makeTab(hasTouch: boolean, messagesStay: boolean): Promise<Tab> {
         });
     });
     if (messagesStay) {
-        await context.addInitScript((duration) => {
-            const start = window.setTimeout.bind(window);
-            window.setTimeout = ((act: () => void, delay?: number) =>
-                delay === duration ? 0 : start(act, delay)) as typeof setTimeout;
-        }, messageDuration);
+        await context.addInitScript(
+            ([most, least]) => {
+                const start = window.setTimeout.bind(window);
+                window.setTimeout = ((act: () => void, delay?: number) =>
+                    delay === most ? 0 : start(act, delay === least ? 0 : delay)) as typeof setTimeout;
+            },
+            [messageDuration, leastMessageDuration] as const,
+        );
     }
     const page = await context.newPage();
     page.setDefaultTimeout(60_000);

@@ -4,9 +4,8 @@ import { connect } from 'settings-client';
 import { hideKey, hostAddress, pageName } from './address';
 import { App } from './App';
 import { ignoreRepeatedActions } from './focus/keys';
-import './page.css';
 import { Store } from './state/store';
-import './theme.css';
+import './styles';
 
 hideKey();
 ignoreRepeatedActions();

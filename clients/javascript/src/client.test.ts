@@ -2,7 +2,7 @@ import { afterEach, beforeEach, describe, expect, it, vi } from 'vitest';
 
 import { connect, readDelay, replyTimeout, type Client } from './client.js';
 import { FakeBrowser } from './fakeBrowser.fixture.js';
-import type { Outcome } from './frames.js';
+import type { ChangeEvent, Outcome } from './frames.js';
 
 const clock = 1_700_000_000_000;
 const run = '00112233445566778899aabbccddeeff';
@@ -18,18 +18,21 @@ interface Sent {
 
 let browser: FakeBrowser;
 let log: string[];
+let events: ChangeEvent[];
 let client: Client;
 
 beforeEach(() => {
     vi.useFakeTimers({ now: clock });
     browser = new FakeBrowser();
     log = [];
+    events = [];
     client = connect(
         {
             name: 'test page',
             address: 'http://tv/?key=k',
             status: (status) => log.push(status),
             loaded: (values) => log.push(`loaded ${JSON.stringify(values)}`),
+            event: (event) => events.push(event),
             changed: ({ key, value, event }) =>
                 log.push(`${key}=${value ?? 'nothing'} by ${event?.origin ?? 'nobody'} ${event?.client ?? ''}`.trim()),
         },
@@ -102,6 +105,13 @@ describe('a connection', () => {
         await settle();
         event(42, 'deviceName', 'Den');
         expect(log).toEqual(['loaded {"deviceName":"TV"}', 'online', 'deviceName=Den by socket']);
+    });
+
+    it('knows the version of the wire once the host has said it', () => {
+        expect(client.version).toBeNull();
+        browser.socket.open();
+        greet({ sequence: 0 });
+        expect(client.version).toBe('1.1.0');
     });
 
     it('needs no name, and refuses one that the host would refuse', () => {
@@ -425,6 +435,19 @@ describe('a change by others', () => {
         expect(log.slice(2)).toEqual(['deviceName=TV by socket']);
     });
 
+    it('is told to those who keep a list of changes, as are changes of this client, each once and in order', async () => {
+        void client.set('deviceName', 'Den');
+        event(1, 'timezone', 'UTC');
+        event(2, 'deviceName', 'Den', { origin: 'page', client: 'test page' });
+        event(3, 'xUnknown', 'text');
+        event(3, 'timezone', 'UTC');
+        await settle();
+        expect(events).toEqual([
+            { key: 'timezone', from: 'old', to: 'UTC', origin: 'socket', client: null, timestamp: clock, sequence: 1 },
+            { ...events[1], key: 'deviceName', origin: 'page', client: 'test page', sequence: 2 },
+        ]);
+    });
+
     it('is read once after a notice, with those that follow', async () => {
         receive({ notice: { reread: ['captionsEnabled', 'timezone'] } });
         for (let number = 1; number <= 100; number += 1) {
@@ -512,7 +535,7 @@ describe('a request', () => {
             history: { events: [{ ...frame, payload }, { payload: { settingDBId: 'xUnknown' } }, 5] },
         });
         expect(await events).toEqual([
-            { key: 'deviceName', from: 'TV', to: 'Den', origin: 'page', client: 'phone', timestamp: clock },
+            { key: 'deviceName', from: 'TV', to: 'Den', origin: 'page', client: 'phone', timestamp: clock, sequence: 4 },
         ]);
         void client.history();
         expect(sent(1)).toEqual([{ messageId: 'page-4', history: {} }]);

@@ -38,6 +38,8 @@ export interface Observer {
     /** Every value: once connected, and after a reconnection that could not be without a gap. */
     readonly loaded?: (values: Values) => void;
     readonly changed?: (change: Change) => void;
+    /** Every event, of changes by this client, too: each once and in order, unless `loaded` says that some were missed. */
+    readonly event?: (event: ChangeEvent) => void;
 }
 
 export interface Options extends Observer {
@@ -73,6 +75,8 @@ interface PendingRequest {
  * without a reply in time, resolves with null or `no-reply`; no request rejects.
  */
 export class Client {
+    /** The version of the wire that the host speaks; null until it has said so. */
+    version: string | null = null;
     private readonly connection: Connection;
     private status: Status = 'connecting';
     /** Requests without a reply, in the order of their frames. */
@@ -278,7 +282,8 @@ export class Client {
         this.connection.send(JSON.stringify({ messageId, hello }));
     }
 
-    private greeted({ run, sequence, missed, reread }: Members, hasResumed: boolean): void {
+    private greeted({ version, run, sequence, missed, reread }: Members, hasResumed: boolean): void {
+        this.version = String(version);
         this.isGreeted = true;
         this.sequence = number(sequence);
         if (hasResumed && missed === false) {
@@ -319,7 +324,8 @@ export class Client {
         }
     }
 
-    private handleEvent({ kind: _kind, sequence, key, ...members }: EventFrame): void {
+    private handleEvent({ kind: _kind, key, ...members }: EventFrame): void {
+        const { sequence } = members;
         this.newestTimestamp = Math.max(this.newestTimestamp, members.timestamp);
         if (sequence !== this.sequence + 1) {
             // Until the host has answered, all events since `sequence` are still to come, in order.
@@ -329,6 +335,10 @@ export class Client {
             return;
         }
         this.sequence = sequence;
+        const event = isSetting(key) ? { key, ...members } : null;
+        if (event !== null) {
+            this.options.event?.(event);
+        }
         for (const write of this.writes) {
             const isOwn = members.origin === 'page' && members.client === (this.options.name ?? null);
             if (isOwn && write.key === key && write.to === members.to) {
@@ -336,11 +346,10 @@ export class Client {
                 return;
             }
         }
-        if (isSetting(key)) {
-            const event = { key, ...members };
-            this.options.changed?.({ key, value: event.to, event });
+        if (event !== null) {
+            this.options.changed?.({ key: event.key, value: event.to, event });
             // The event carries the requested text; the host may report another value.
-            this.scheduleRead([key], event);
+            this.scheduleRead([event.key], event);
         }
     }
 

@@ -15,6 +15,8 @@ export interface ChangeEvent {
     readonly client: string | null;
     /** Milliseconds since the epoch. */
     readonly timestamp: number;
+    /** 1, 2, 3 … in one run of the host. */
+    readonly sequence: number;
 }
 
 const reasons = ['incomplete', 'stale', 'read-only', 'wrong-form', 'not-stored'] as const;
@@ -47,7 +49,6 @@ export type Members = Readonly<Record<string, unknown>>;
 export interface EventFrame extends Omit<ChangeEvent, 'key'> {
     readonly kind: 'event';
     readonly key: string;
-    readonly sequence: number;
 }
 export interface Reply {
     readonly kind: 'reply';
@@ -122,7 +123,7 @@ export function parseFrame(received: string): Frame | null {
 /** The events in the reply to a request for the history. */
 export function eventsOf({ body: { events } }: Reply): ChangeEvent[] {
     const frames = Array.isArray(events) ? events.map((event) => eventOf(members(event))) : [];
-    return frames.flatMap(({ kind: _kind, sequence: _sequence, key, ...event }) =>
+    return frames.flatMap(({ kind: _kind, key, ...event }) =>
         isSetting(key) ? [{ key, ...event }] : [],
     );
 }

@@ -18,7 +18,7 @@ let sequence: number;
 function Rows() {
     const state = useStore(store);
     return (
-        <Page.Provider value={{ store, state, language: languageFor('en') }}>
+        <Page.Provider value={{ store, state, language: languageFor('en'), goTo: () => undefined }}>
             <EditRow setting="deviceName" />
             <EditRow setting="companionDevice" parts={['Name', 'Kind']} />
         </Page.Provider>

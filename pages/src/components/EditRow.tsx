@@ -5,6 +5,9 @@ import { defaultOf } from '../settings/catalogue';
 import { isBlank, nameOfSetting, wordsFor } from '../settings/format';
 import { usePage } from './context';
 import { Editor } from './Editor';
+import { Explanation } from './Explanation';
+import { ResetTool } from './ResetTool';
+import { Row } from './Row';
 import type { RowProps } from './RowProps';
 import { RowStatus } from './RowStatus';
 import { joined } from './useEditedTexts';
@@ -57,26 +60,21 @@ interface ButtonProps extends RowProps {
     readonly onUse: () => void;
 }
 
-function ValueButton({ setting, about, button, onUse }: ButtonProps): JSX.Element {
+function ValueButton({ button, onUse, ...props }: ButtonProps): JSX.Element {
     const { state, language } = usePage();
+    const { setting } = props;
     return (
-        <div class="row" data-row={setting}>
-            <button
-                ref={button}
-                type="button"
-                class="control"
-                aria-describedby={about === undefined ? undefined : `about-${setting}`}
-                onClick={onUse}
-            >
-                <span class="name">{nameOfSetting(setting, language)}</span>
-                <bdi class="value">{wordsFor(setting, state.values?.[setting], language)}</bdi>
-                {about !== undefined && (
-                    <span class="about" id={`about-${setting}`} aria-hidden="true">
-                        {about}
-                    </span>
-                )}
-            </button>
+        <Row
+            kind="opens"
+            row={setting}
+            name={nameOfSetting(setting, language)}
+            value={wordsFor(setting, state.values?.[setting], language)}
+            button={button}
+            tools={<ResetTool setting={setting} />}
+            explanation={<Explanation {...props} />}
+            onUse={onUse}
+        >
             <RowStatus setting={setting} />
-        </div>
+        </Row>
     );
 }

@@ -1,11 +1,11 @@
 import type { JSX, RefObject } from 'preact';
 import { useLayoutEffect, useRef } from 'preact/hooks';
-import type { SettingKey } from 'settings-client';
 
 import { nameOfSetting } from '../settings/format';
 import { Conflict } from './Conflict';
 import { usePage } from './context';
-import { Field } from './Field';
+import { Explanation } from './Explanation';
+import { Buttons, Fields } from './Fields';
 import type { RowProps } from './RowProps';
 import { useEditedTexts } from './useEditedTexts';
 
@@ -17,7 +17,7 @@ interface Props extends RowProps {
 }
 
 /** The form in place of a row: its fields, a choice after a conflict, and buttons. */
-export function Editor({ setting, parts, takesFocus, onSave, onUnchanged, onCancel }: Props): JSX.Element {
+export function Editor({ setting, about, parts, takesFocus, onSave, onUnchanged, onCancel }: Props): JSX.Element {
     const { language } = usePage();
     const { texts, edit, isConflict, isUnchanged, keepTexts, useValue } = useEditedTexts(setting, parts);
     const first = useFirstField(takesFocus);
@@ -50,6 +50,12 @@ export function Editor({ setting, parts, takesFocus, onSave, onUnchanged, onCanc
                 )}
             </div>
             <Buttons setting={setting} />
+            <div class="explanation" aria-hidden="true">
+                <h3>{name}</h3>
+                <div>
+                    <Explanation setting={setting} about={about} />
+                </div>
+            </div>
         </form>
     );
 }
@@ -71,45 +77,4 @@ function insteadOfDefault(action: () => void): (event: Event) => void {
         event.preventDefault();
         action();
     };
-}
-
-interface FieldsProps extends RowProps {
-    readonly texts: readonly string[];
-    readonly first: RefObject<HTMLInputElement>;
-    readonly onEdit: (index: number, text: string) => void;
-}
-
-function Fields({ setting, parts, texts, first, onEdit }: FieldsProps): JSX.Element {
-    const { language } = usePage();
-    const name = nameOfSetting(setting, language);
-    return (
-        <>
-            {texts.map((text, index) => (
-                <Field
-                    key={index}
-                    input={index === 0 ? first : null}
-                    row={index === 0 ? setting : `${setting}-${index}`}
-                    label={parts === undefined || texts.length === 1 ? name : `${name}: ${parts[index]}`}
-                    text={text}
-                    onEdit={(edited) => {
-                        onEdit(index, edited);
-                    }}
-                />
-            ))}
-        </>
-    );
-}
-
-function Buttons({ setting }: { readonly setting: SettingKey }): JSX.Element {
-    const { language } = usePage();
-    return (
-        <div class="buttons" data-row={`${setting}-buttons`}>
-            <button type="submit" class="button primary">
-                {language.t('save')}
-            </button>
-            <button type="reset" class="button">
-                {language.t('cancel')}
-            </button>
-        </div>
-    );
 }

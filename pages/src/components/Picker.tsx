@@ -1,6 +1,7 @@
 import type { JSX } from 'preact';
 import { useMemo, useState } from 'preact/hooks';
 
+import { Icon } from '../icons';
 import { usePage } from './context';
 import { Dialog } from './Dialog';
 import { Field } from './Field';
@@ -56,7 +57,7 @@ export function Picker({ title, options, chosen, onChoose, onClose }: Props): JS
                                 onChoose(value);
                             }}
                         >
-                            {value === chosen && <span aria-hidden="true">✓ </span>}
+                            {value === chosen && <Icon name="done" />}
                             <bdi>{words}</bdi>
                         </button>
                     </li>

@@ -1,11 +1,19 @@
 import type { JSX } from 'preact';
 import type { SettingKey } from 'settings-client';
 
+import { Icon, type IconName } from '../icons';
 import { shortened, wordsFor } from '../settings/format';
-import type { Refused } from '../state/store';
+import type { RowStatus as Status } from '../state/store';
 import { usePage } from './context';
 
-const signs = { saving: '…', accepted: '✓', default: '✓', unchanged: '=', refused: '✕', draft: '✎' } as const;
+const icons = {
+    saving: 'waiting',
+    accepted: 'done',
+    default: 'done',
+    unchanged: 'same',
+    refused: 'failed',
+    draft: 'edit',
+} as const satisfies Record<string, IconName>;
 
 /** The result of the last change of a setting. Always in the page, so that screen readers announce its changes. */
 export function RowStatus({ setting }: { readonly setting: SettingKey }): JSX.Element {
@@ -13,12 +21,13 @@ export function RowStatus({ setting }: { readonly setting: SettingKey }): JSX.El
     const draft = store.drafts.get(setting);
     const status = state.rows[setting];
     const kind = status?.kind ?? (draft === undefined ? undefined : 'draft');
+    const isBrief = kind !== 'refused' && kind !== 'draft' && kind !== 'default';
     const words = () => {
         switch (kind) {
             case undefined:
                 return '';
             case 'refused':
-                return language.t(`refused.${(status as Refused).reason}`);
+                return status?.kind === kind ? language.t(`refused.${status.reason}`) : '';
             case 'default':
                 return language.t(kind, { value: wordsFor(setting, state.values?.[setting], language) });
             case 'draft':
@@ -28,9 +37,38 @@ export function RowStatus({ setting }: { readonly setting: SettingKey }): JSX.El
         }
     };
     return (
-        <p class="status" role="status" data-kind={kind}>
-            {kind !== undefined && <span aria-hidden="true">{signs[kind]} </span>}
-            {words()}
-        </p>
+        <>
+            <p class={isBrief ? 'status brief' : 'status'} role="status" data-kind={kind}>
+                {kind !== undefined && <Icon name={icons[kind]} />}
+                {words()}
+            </p>
+            <TryAgain setting={setting} status={status} />
+        </>
+    );
+}
+
+interface TryAgainProps {
+    readonly setting: SettingKey;
+    readonly status: Status | undefined;
+}
+
+/** Offers a change again that may succeed the next time. */
+function TryAgain({ setting, status }: TryAgainProps): JSX.Element | null {
+    const { store, language } = usePage();
+    if (status?.kind !== 'refused' || status.reason === 'read-only' || status.reason === 'too-long') {
+        return null;
+    }
+    return (
+        <div class="buttons">
+            <button
+                type="button"
+                class="button"
+                onClick={() => {
+                    void store.set(setting, status.to);
+                }}
+            >
+                {language.t('tryAgain')}
+            </button>
+        </div>
     );
 }

@@ -1,55 +1,38 @@
 import type { JSX } from 'preact';
 
 import { CommandPanel } from './CommandPanel';
+import type { Command } from './commands';
+import { FaultPanel } from './FaultPanel';
+import { Header } from './Header';
 import { MessagePanel } from './MessagePanel';
-import type { DeviceSession } from './session';
+import { ResultLine } from './ResultLine';
 import { StatePanel } from './StatePanel';
-
-export type ConnectionState = 'connecting' | 'connected' | 'lost' | 'unauthorized';
-
-const connectionTexts: Readonly<Record<ConnectionState, string>> = {
-    connecting: '○ Connecting',
-    connected: '● Connected',
-    lost: '○ Disconnected, trying again',
-    unauthorized: '○ Not authorized: open the new address that "settingsctl page" prints',
-};
+import type { DeviceStore } from './store';
 
 interface Props {
-    readonly session: DeviceSession;
-    readonly connection: ConnectionState;
+    readonly store: DeviceStore;
     readonly onRetry: () => void;
 }
 
 /** The page of the simulated TV, for developers of pages. */
-export function DevicePage({ session, connection, onRetry }: Props): JSX.Element {
+export function DevicePage({ store, onRetry }: Props): JSX.Element {
+    const { connection, faults, state, result } = store.view;
+    const run = (command: Command) => {
+        store.run(command);
+    };
     return (
         <div class="device">
-            <header data-zone>
-                <h1>Simulated TV</h1>
-                <p class="device-mark">Simulation only: no real device is changed</p>
-                <p role="status" class="device-connection" data-state={connection}>
-                    {connectionTexts[connection]}
-                </p>
-                {connection === 'lost' && (
-                    <button type="button" data-row="retry" onClick={onRetry}>
-                        Try again now
-                    </button>
-                )}
-            </header>
+            <Header connection={connection} faults={faults} onRetry={onRetry} />
             <main>
                 <div class="device-side" data-zone>
-                    <CommandPanel state={session.deviceState} run={(command) => session.run(command)} />
-                    <StatePanel state={session.deviceState} />
+                    <div class="device-panels">
+                        <CommandPanel state={state} run={run} />
+                        <StatePanel state={state} />
+                        <FaultPanel faults={faults} run={run} />
+                    </div>
+                    <ResultLine result={result} />
                 </div>
-                <MessagePanel
-                    view={session.view()}
-                    onPause={(paused) => {
-                        session.pause(paused);
-                    }}
-                    onClear={() => {
-                        session.clear();
-                    }}
-                />
+                <MessagePanel store={store} />
             </main>
         </div>
     );

@@ -1,14 +1,23 @@
 import type { JSX } from 'preact';
 
-import type { Filter } from './filter';
-import { directions, listeners, frameKinds } from './messages';
+import { settingKeys } from '../settings/catalogue';
+import { groups, type Filter } from './filter';
+import { visible } from './format';
+import { frameKinds } from './kinds';
 
 interface Props {
     readonly filter: Filter;
+    /** The clients of the messages. */
+    readonly clients: readonly string[];
     readonly onChange: (filter: Filter) => void;
 }
 
-export function FilterBar({ filter, onChange }: Props): JSX.Element {
+export function FilterBar({ filter, clients, onChange }: Props): JSX.Element {
+    const choices = [
+        ['Key', 'setting', settingKeys],
+        ['Type', 'type', frameKinds],
+        ['Client', 'client', [...groups, ...clients]],
+    ] as const;
     return (
         <div class="device-filter" data-row="filter" role="search">
             <label>
@@ -23,56 +32,43 @@ export function FilterBar({ filter, onChange }: Props): JSX.Element {
                     }}
                 />
             </label>
-            <Choice
-                label="Direction"
-                choices={directions}
-                chosen={filter.direction}
-                onChoose={(direction) => {
-                    onChange({ ...filter, direction });
-                }}
-            />
-            <Choice
-                label="Listener"
-                choices={listeners}
-                chosen={filter.listener}
-                onChoose={(listener) => {
-                    onChange({ ...filter, listener });
-                }}
-            />
-            <Choice
-                label="Type"
-                choices={frameKinds}
-                chosen={filter.kind}
-                onChoose={(kind) => {
-                    onChange({ ...filter, kind });
-                }}
-            />
+            {choices.map(([label, part, values]) => (
+                <Choice
+                    key={part}
+                    label={label}
+                    values={values}
+                    chosen={filter[part]}
+                    onChoose={(value) => {
+                        onChange({ ...filter, [part]: value });
+                    }}
+                />
+            ))}
         </div>
     );
 }
 
-interface ChoiceProps<Value extends string> {
+interface ChoiceProps {
     readonly label: string;
-    readonly choices: readonly Value[];
-    readonly chosen: Value | null;
-    readonly onChoose: (value: Value | null) => void;
+    readonly values: readonly string[];
+    readonly chosen: string | null;
+    readonly onChoose: (value: string | null) => void;
 }
 
-function Choice<Value extends string>({ label, choices, chosen, onChoose }: ChoiceProps<Value>): JSX.Element {
+/** One of the values, or all. What was chosen stays a choice when no message has it. */
+function Choice({ label, values, chosen, onChoose }: ChoiceProps): JSX.Element {
     return (
         <label>
             <span>{label}</span>
             <select
                 value={chosen ?? ''}
                 onChange={(event) => {
-                    const { value } = event.currentTarget;
-                    onChoose(choices.find((choice) => choice === value) ?? null);
+                    onChoose(event.currentTarget.value || null);
                 }}
             >
                 <option value="">all</option>
-                {choices.map((choice) => (
-                    <option key={choice} value={choice}>
-                        {choice}
+                {[...new Set([...values, ...(chosen === null ? [] : [chosen])])].map((value) => (
+                    <option key={value} value={value}>
+                        {visible(value)}
                     </option>
                 ))}
             </select>

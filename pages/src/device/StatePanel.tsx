@@ -1,7 +1,7 @@
 import type { JSX } from 'preact';
 
 import { visible } from './format';
-import type { DeviceState } from './session';
+import type { DeviceState } from './store';
 
 /** The current state of the simulated device and its voice SDK. */
 export function StatePanel({ state }: { readonly state: DeviceState | null }): JSX.Element {

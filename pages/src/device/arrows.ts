@@ -17,23 +17,19 @@ function needsArrow(active: Element | null, direction: Direction): boolean {
 
 /** The distance from `from` to `to` in the direction; negative when it is not there. */
 function distance(from: DOMRect, to: DOMRect, direction: Direction): number {
-    switch (direction) {
-        case 'up':
-            return from.top - to.bottom;
-        case 'down':
-            return to.top - from.bottom;
-        case 'back':
-            return from.left - to.right;
-        case 'forward':
-            return to.left - from.right;
-    }
+    return {
+        up: from.top - to.bottom,
+        down: to.top - from.bottom,
+        back: from.left - to.right,
+        forward: to.left - from.right,
+    }[direction];
 }
 
 /** The distance across the direction; 0 when they overlap. */
 function offset(from: DOMRect, to: DOMRect, direction: Direction): number {
-    const [before, after] =
+    const across =
         direction === 'up' || direction === 'down' ? (['back', 'forward'] as const) : (['up', 'down'] as const);
-    return Math.max(0, distance(from, to, before), distance(from, to, after));
+    return Math.max(0, ...across.map((side) => distance(from, to, side)));
 }
 
 /** Moves the focus to the nearest control of another zone in the direction. */

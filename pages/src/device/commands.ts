@@ -5,11 +5,6 @@ export interface Command {
     readonly [argument: string]: unknown;
 }
 
-/** The result of a command. */
-export type Outcome =
-    | { readonly ok: true; /** False when the value was the same. */ readonly changed?: false }
-    | { readonly ok: false; readonly code: string; readonly message: string };
-
 /** A switch of the simulated device: its command, and the member of the device state that shows it. */
 export interface DeviceSwitch {
     readonly command: string;
@@ -36,6 +31,11 @@ export interface FieldEntry {
     readonly label: string;
     readonly hint: string;
     readonly choices?: readonly string[];
+}
+
+/** The texts of the fields of a form. */
+export function textsOf(form: HTMLFormElement): readonly string[] {
+    return [...form.querySelectorAll<HTMLInputElement>('input, select')].map(({ value }) => value.trim());
 }
 
 /** A form of the page, and the command that it sends. */
@@ -70,7 +70,7 @@ export const forms: readonly FormEntry[] = [
         submit: 'Report',
         of: 'setting',
         fields: [
-            { label: 'Setting', hint: 'deviceName', choices: reportedKeys },
+            { label: 'System setting', hint: 'deviceName', choices: reportedKeys },
             { label: 'Value', hint: 'Den' },
         ],
         commandOf: ([key = '', value = '']) => ({ command: 'setting', key, value }),

@@ -1,57 +1,79 @@
 import { expect, test } from 'vitest';
 
-import { everything, filterMessages, type Filter } from './filter';
-import type { Message } from './messages';
+import { exchangesOf } from './exchanges';
+import { filterExchanges, filterOf, fragmentOf, type Filter } from './filter';
+import { messageOf, sentByHost } from './message.fixture';
 
-const messages: readonly Message[] = [
-    {
-        serial: 1,
-        timestamp: 1,
-        direction: 'in',
-        listener: 'page',
-        client: 1,
-        kind: 'SetSettings',
-        text: 'deviceName Attic',
-    },
-    {
-        serial: 2,
-        timestamp: 2,
-        direction: 'out',
-        listener: 'all',
-        client: null,
-        kind: 'event',
-        text: 'deviceName Attic',
-    },
-    { serial: 3, timestamp: 3, direction: 'in', listener: 'socket', client: 2, kind: 'GetSettings', text: 'timezone' },
-    { serial: 4, timestamp: 4, direction: 'in', listener: 'device', client: 3, kind: 'command', text: 'captions' },
+const everything = filterOf('');
+const all = { listener: 'all', client: null } as const;
+const payload = { settingDBId: 'deviceName', from: 'Den', to: 'Attic' };
+
+const exchanges = exchangesOf({
+    messages: [
+        messageOf({ type: 24, messageId: 'm', answer: true, payload }, { listener: 'page', name: 'a page' }),
+        sentByHost({ type: 25, origin: 'page', client: 'a page', payload }, all),
+        sentByHost({ type: 24, messageId: 'm', payload: { outcome: 'changed' } }, { listener: 'page', name: 'a page' }),
+        messageOf({ type: 7, messageId: 'n', payload: { settings: ['timezone'] } }, { client: 2 }),
+        messageOf({ command: 'captions', enabled: true }, { listener: 'device', client: 3 }),
+        sentByHost({ notice: { reread: ['captionsEnabled'] } }, all),
+    ],
+    time: 0,
+    link: 1,
+});
+const words = [
+    'Set deviceName to Attic',
+    'deviceName: Den → Attic, by a page',
+    'Read timezone',
+    'captions on',
+    'Read again: captionsEnabled',
 ];
 
-function serials(filter: Partial<Filter>): number[] {
-    return filterMessages(messages, { ...everything, ...filter }).map(({ serial }) => serial);
+/** Which of `words` match. */
+function matching(filter: Partial<Filter>): number[] {
+    return filterExchanges(exchanges, { ...everything, ...filter }).map(({ first }) => words.indexOf(first.words));
 }
 
 test('an empty filter matches everything, in order', () => {
-    expect(serials({})).toEqual([1, 2, 3, 4]);
+    expect(matching({})).toEqual([0, 1, 2, 3, 4]);
 });
 
-test('each part of the filter works alone', () => {
-    expect(serials({ text: 'ATTIC' })).toEqual([1, 2]);
-    expect(serials({ direction: 'in' })).toEqual([1, 3, 4]);
-    expect(serials({ kind: 'command' })).toEqual([4]);
+test('the text is found in words and frames, in any case, and is not a pattern', () => {
+    expect(matching({ text: 'READ AGAIN' })).toEqual([4]);
+    expect(matching({ text: '"reread"' })).toEqual([4]);
+    expect(matching({ text: '.' })).toEqual([]);
 });
 
-test('a frame to all matches every listener but the device', () => {
-    expect(serials({ listener: 'page' })).toEqual([1, 2]);
-    expect(serials({ listener: 'socket' })).toEqual([2, 3]);
-    expect(serials({ listener: 'device' })).toEqual([4]);
-    expect(serials({ listener: 'all' })).toEqual([2]);
+test('a setting is found in requests, answers, events and notices, by its whole name', () => {
+    expect(matching({ setting: 'deviceName' })).toEqual([0, 1]);
+    expect(matching({ setting: 'timezone' })).toEqual([2]);
+    expect(matching({ setting: 'captionsEnabled' })).toEqual([4]);
+    expect(matching({ setting: 'device' })).toEqual([]);
+});
+
+test('a type is that of the request or of an answer', () => {
+    expect(matching({ type: 'SetSettings' })).toEqual([0]);
+    expect(matching({ type: 'event' })).toEqual([1]);
+});
+
+test('a client is found by its name or its connection, with the events that it caused', () => {
+    expect(matching({ client: 'a page' })).toEqual([0, 1]);
+    expect(matching({ client: 'socket-2' })).toEqual([2]);
+});
+
+test('a frame to all is found under every listener but the device', () => {
+    expect(matching({ client: 'page' })).toEqual([0, 1, 4]);
+    expect(matching({ client: 'socket' })).toEqual([1, 2, 4]);
+    expect(matching({ client: 'device' })).toEqual([3]);
 });
 
 test('the parts work together', () => {
-    expect(serials({ text: 'name', direction: 'out', listener: 'socket', kind: 'event' })).toEqual([2]);
-    expect(serials({ text: 'name', direction: 'out', listener: 'device' })).toEqual([]);
+    expect(matching({ text: 'attic', setting: 'deviceName', type: 'event', client: 'a page' })).toEqual([1]);
 });
 
-test('the text is not a pattern', () => {
-    expect(serials({ text: '.' })).toEqual([]);
+test('the address keeps the filter', () => {
+    const filter: Filter = { text: 'a & b=#', setting: 'deviceName', type: 'event', client: 'settings page (Android)' };
+    expect(filterOf(fragmentOf(filter))).toEqual(filter);
+    expect(fragmentOf({ ...everything, type: 'batch' })).toBe('#type=batch');
+    expect(fragmentOf(everything)).toBe('');
+    expect(filterOf('#type=nonsense&more=1')).toEqual(everything);
 });

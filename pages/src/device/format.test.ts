@@ -1,7 +1,6 @@
 import { describe, expect, test } from 'vitest';
 
-import { asText, pretty, summary, timeOfDay, visible } from './format';
-import type { Message } from './messages';
+import { pretty, summary, timeOfDay, visible } from './format';
 
 describe('visible', () => {
     test('shows controls, direction marks, invisible characters and broken pairs as escapes', () => {
@@ -74,20 +73,4 @@ describe('summary', () => {
 test('the time of day has milliseconds; an invalid time is a dash', () => {
     expect(timeOfDay(new Date(2024, 0, 2, 3, 4, 5, 6).getTime())).toBe('03:04:05.006');
     expect(timeOfDay(Number.POSITIVE_INFINITY)).toBe('–');
-});
-
-test('the clipboard gets one line per message with the frame as it was', () => {
-    const time = new Date(2024, 0, 2, 3, 4, 5, 6).getTime();
-    const message: Message = {
-        serial: 1,
-        timestamp: time,
-        direction: 'in',
-        listener: 'page',
-        client: 4,
-        kind: 'other',
-        text: '{"a":"\u202e"}',
-    };
-    expect(asText([message, { ...message, direction: 'out', listener: 'all', client: null }])).toBe(
-        '03:04:05.006 in page 4 {"a":"\u202e"}\n03:04:05.006 out all {"a":"\u202e"}\n',
-    );
 });

@@ -1,5 +1,3 @@
-import type { Message } from './messages';
-
 /** Control characters, direction marks, other invisible characters, line separators and halves of surrogate pairs. */
 const invisible = /[\p{Cc}\p{Cf}\p{Cs}\p{Zl}\p{Zp}]/gu;
 const jsonTokens = /"(?:[^"\\]|\\.)*"|[{}[\],:]|[^\s{}[\],:"]+/g;
@@ -54,23 +52,12 @@ export function summary(text: string, length = 160): string {
     return text.length > length || line.length > length ? line.slice(0, length - 1) + '…' : line;
 }
 
+const clock = new Intl.DateTimeFormat('en-GB', { timeStyle: 'medium' });
+
 /** The local time of day, with milliseconds. */
 export function timeOfDay(timestamp: number): string {
     const time = new Date(timestamp);
-    if (Number.isNaN(time.getTime())) {
-        return '–';
-    }
-    const two = (value: number) => String(value).padStart(2, '0');
-    const milliseconds = String(time.getMilliseconds()).padStart(3, '0');
-    return `${two(time.getHours())}:${two(time.getMinutes())}:${two(time.getSeconds())}.${milliseconds}`;
-}
-
-/** One line per message, for the clipboard: time, direction, listener, client, and the frame as it was. */
-export function asText(messages: readonly Message[]): string {
-    return messages
-        .map(
-            ({ timestamp, direction, listener, client, text }) =>
-                `${timeOfDay(timestamp)} ${direction} ${listener}${client === null ? '' : ` ${client}`} ${text}\n`,
-        )
-        .join('');
+    return Number.isNaN(time.getTime())
+        ? '–'
+        : `${clock.format(time)}.${String(time.getMilliseconds()).padStart(3, '0')}`;
 }

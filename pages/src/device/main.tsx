@@ -3,35 +3,30 @@ import { Connection } from 'settings-client';
 
 import { hideKey, hostAddress } from '../address';
 import { ignoreRepeatedActions } from '../focus/keys';
-import { DevicePage, type ConnectionState } from './DevicePage';
+import { DevicePage } from './DevicePage';
 import { moveByArrows } from './arrows';
-import { DeviceSession } from './session';
+import { DeviceStore } from './store';
 
-import '../theme.css';
+import '../styles/tokens.css';
+import '../styles/base.css';
 import './device.css';
 
-let connectionState: ConnectionState = 'connecting';
 let drawing = false;
 
-const session = new DeviceSession((text) => connection.send(text), drawSoon);
+const store = new DeviceStore((text) => connection.send(text), drawSoon);
 
 const connection = new Connection(hostAddress(), '/device', 'device.v1', {
     opened: () => {
-        connectionState = 'connected';
-        session.opened();
-        drawSoon();
+        store.opened();
     },
     received: (text) => {
-        session.received(text);
+        store.session.received(text);
     },
     closed: () => {
-        connectionState = 'lost';
-        session.closed();
-        drawSoon();
+        store.closed();
     },
     unauthorized: () => {
-        connectionState = 'unauthorized';
-        drawSoon();
+        store.show({ connection: 'unauthorized' });
     },
 });
 
@@ -49,8 +44,7 @@ function draw(): void {
     if (root !== null) {
         render(
             <DevicePage
-                session={session}
-                connection={connectionState}
+                store={store}
                 onRetry={() => {
                     connection.retryNow();
                 }}
@@ -67,4 +61,7 @@ draw();
 connection.start();
 addEventListener('online', () => {
     connection.retryNow();
+});
+addEventListener('hashchange', () => {
+    store.readAddress();
 });

@@ -27,10 +27,65 @@ test('the newest 200 messages are kept, oldest first, each with its number', () 
     );
 });
 
-test('a message has its kind', () => {
+test('what a message says is read when it comes', () => {
+    const log = new MessageLog(200, () => 7);
+    log.connected();
+    log.add(trace('{"type":24,"messageId":"m","answer":true,"payload":{"settingDBId":"a","to":"1"}}'));
+    expect(log.view().messages[0]).toMatchObject({
+        serial: 1,
+        kind: 'SetSettings',
+        words: 'Set a to 1',
+        asks: 1,
+        refused: false,
+        name: null,
+        arrived: 7,
+        link: 1,
+    });
+});
+
+test('the words of a message have a limit', () => {
     const log = new MessageLog();
-    log.add(trace('{"type":24}'));
-    expect(log.view().messages[0]).toEqual({ ...trace('{"type":24}'), serial: 1, kind: 'SetSettings' });
+    log.add(trace(JSON.stringify({ type: 24, payload: { to: 'x'.repeat(60_000) } })));
+    expect(log.view().messages[0]?.words).toHaveLength(160);
+});
+
+test('a client has the name of its hello; at the socket a request may have its own', () => {
+    const log = new MessageLog();
+    const names = () => log.view().messages.map(({ name }) => name);
+    log.add(trace('{"messageId":"h","hello":{"client":"bridge"}}'));
+    log.add(trace('{"type":18,"messageId":"m"}'));
+    log.add({ ...trace('{"type":18,"messageId":"m"}'), direction: 'out' });
+    log.add(trace('{"type":24,"client":"phone"}'));
+    log.add({ ...trace('{"type":24,"client":"phone"}'), listener: 'page' });
+    expect(names()).toEqual(['bridge', 'bridge', 'bridge', 'phone', null]);
+    log.connected();
+    log.add(trace('{"type":18,"messageId":"m"}'));
+    expect(names().at(-1)).toBeNull();
+});
+
+test('an event has the name of who caused it, and none without', () => {
+    const log = new MessageLog();
+    const event = (client: object) =>
+        ({ ...trace(JSON.stringify({ type: 25, ...client })), direction: 'out' }) as const;
+    log.add({ ...event({ client: 'remote' }), listener: 'all', client: null });
+    log.add({ ...event({}), listener: 'all', client: null });
+    expect(log.view().messages.map(({ name }) => name)).toEqual(['remote', null]);
+});
+
+test('the names of the last 512 connections are remembered', () => {
+    const log = new MessageLog();
+    for (let client = 1; client <= 513; client += 1) {
+        log.add({ ...trace(`{"hello":{"client":"c${client}"}}`), client });
+    }
+    for (const client of [1, 2]) {
+        log.add({ ...trace('{}'), client });
+    }
+    expect(
+        log
+            .view()
+            .messages.slice(-2)
+            .map(({ name }) => name),
+    ).toEqual([null, 'c2']);
 });
 
 test('a pause freezes the view and counts new messages, which are shown afterwards', () => {
@@ -63,7 +118,7 @@ test('clearing removes shown and held back messages, and keeps the pause', () =>
     log.setPaused(true);
     fill(log, 3, 4);
     log.clear();
-    expect(log.view()).toEqual({ messages: [], paused: true, waiting: 0, lost: 0 });
+    expect(log.view()).toMatchObject({ messages: [], paused: true, waiting: 0, lost: 0 });
     log.setPaused(false);
     expect(texts(log)).toEqual([]);
     fill(log, 5, 5);
@@ -76,4 +131,16 @@ test('a view does not change', () => {
     const { messages } = log.view();
     fill(log, 2, 5);
     expect(messages.map(({ text }) => text)).toEqual(['1']);
+});
+
+test('a pause also stops the time, so that an answer is not missed that came meanwhile', () => {
+    let now = 10;
+    const log = new MessageLog(3, () => now);
+    log.connected();
+    log.setPaused(true);
+    now = 20;
+    log.connected();
+    expect(log.view()).toMatchObject({ time: 10, link: 1 });
+    log.setPaused(false);
+    expect(log.view()).toMatchObject({ time: 20, link: 2 });
 });

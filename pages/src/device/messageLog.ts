@@ -1,4 +1,14 @@
-import { kindOf, type Message, type Trace } from './messages';
+import { factsOf, type Facts } from './facts';
+import { connectionOf, type Trace } from './messages';
+
+export interface Message extends Trace, Facts {
+    /** Counts up from 1. */
+    readonly serial: number;
+    /** When it came, in milliseconds by the clock of the browser. */
+    readonly arrived: number;
+    /** Which connection of this page to the host it came by: the host counts its clients from 1 in each run. */
+    readonly link: number;
+}
 
 /** The part of the log that is shown. */
 export interface LogView {
@@ -8,7 +18,13 @@ export interface LogView {
     readonly waiting: number;
     /** The number of those that the log no longer holds. */
     readonly lost: number;
+    /** The time and the connection of this page to the host that are shown. */
+    readonly time: number;
+    readonly link: number;
 }
+
+/** How many connections' names are remembered. */
+const maxNames = 512;
 
 /**
  * The newest `capacity` messages, oldest first. While paused the view does not change; the log does.
@@ -16,19 +32,38 @@ export interface LogView {
 export class MessageLog {
     private kept: readonly Message[] = [];
     private total = 0;
-    private pause: { readonly messages: readonly Message[]; readonly total: number } | null = null;
+    private link = 0;
+    private names = new Map<string, string>();
+    private pause: (Pick<LogView, 'messages' | 'time' | 'link'> & { readonly total: number }) | null = null;
 
-    constructor(readonly capacity = 200) {}
+    constructor(
+        readonly capacity = 200,
+        private readonly now: () => number = Date.now,
+    ) {}
 
     add(trace: Trace): void {
         this.total += 1;
-        const message: Message = { ...trace, serial: this.total, kind: kindOf(trace.text) };
+        const facts = factsOf(trace);
+        const name = facts.name ?? this.names.get(connectionOf(trace)) ?? null;
+        if (facts.kind === 'hello' && trace.direction === 'in' && facts.name !== null) {
+            this.names.set(connectionOf(trace), facts.name);
+        }
+        if (this.names.size > maxNames) {
+            this.names.delete([...this.names.keys()][0] ?? '');
+        }
+        const message = { ...trace, ...facts, name, serial: this.total, arrived: this.now(), link: this.link };
         this.kept = [...this.kept, message].slice(-this.capacity);
+    }
+
+    /** A new connection of this page to the host: answers to what was sent before will not come. */
+    connected(): void {
+        this.link += 1;
+        this.names.clear();
     }
 
     setPaused(paused: boolean): void {
         if (paused !== (this.pause !== null)) {
-            this.pause = paused ? { messages: this.kept, total: this.total } : null;
+            this.pause = paused ? { messages: this.kept, time: this.now(), link: this.link, total: this.total } : null;
         }
     }
 
@@ -36,7 +71,7 @@ export class MessageLog {
     clear(): void {
         this.kept = [];
         if (this.pause !== null) {
-            this.pause = { messages: [], total: this.total };
+            this.pause = { ...this.pause, messages: [], total: this.total };
         }
     }
 
@@ -47,6 +82,8 @@ export class MessageLog {
             paused: this.pause !== null,
             waiting,
             lost: Math.max(0, waiting - this.capacity),
+            time: this.pause?.time ?? this.now(),
+            link: this.pause?.link ?? this.link,
         };
     }
 }

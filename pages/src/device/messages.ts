@@ -1,67 +1,29 @@
-import { messageType } from 'settings-client';
-
 export type Direction = 'in' | 'out';
 /** The listener of the client; "all" is a frame to every client of the settings, of the socket and on pages. */
 export type Listener = 'socket' | 'page' | 'device' | 'all';
+export type Frame = Readonly<Record<string, unknown>>;
 
-export const directions: readonly Direction[] = ['in', 'out'];
-export const listeners: readonly Listener[] = ['socket', 'page', 'device', 'all'];
-
-/** The kind of a frame, as its text alone shows it. */
-export type FrameKind =
-    | 'GetSettings'
-    | 'IsOrliaSelectedVA'
-    | 'OpenVASettings'
-    | 'LogOut'
-    | 'SetSettings'
-    | 'event'
-    | 'notice'
-    | 'error'
-    | 'command'
-    | 'reply'
-    | 'other';
-
-const kindsByType: ReadonlyMap<unknown, FrameKind> = new Map<unknown, FrameKind>([
-    [messageType.getSettings, 'GetSettings'],
-    [messageType.isSelected, 'IsOrliaSelectedVA'],
-    [messageType.openSettings, 'OpenVASettings'],
-    [messageType.logOut, 'LogOut'],
-    [messageType.setSettings, 'SetSettings'],
-    [messageType.settingChanged, 'event'],
-]);
-
-export const frameKinds: readonly FrameKind[] = [
-    ...kindsByType.values(),
-    'notice',
-    'error',
-    'command',
-    'reply',
-    'other',
-];
+const directions: readonly Direction[] = ['in', 'out'];
+const listeners: readonly Listener[] = ['socket', 'page', 'device', 'all'];
 
 /** A frame that passed through the host. */
-export interface Message {
-    /** Counts up from 1. */
-    readonly serial: number;
-    /** Milliseconds since the epoch. */
+export interface Trace {
+    /** Milliseconds since the epoch, by the clock of the host. */
     readonly timestamp: number;
     /** As the host sees it: "in" was sent by a client. */
     readonly direction: Direction;
     readonly listener: Listener;
     /** Null when the frame went to every client. */
     readonly client: number | null;
-    readonly kind: FrameKind;
     readonly text: string;
 }
 
-export type Trace = Omit<Message, 'serial' | 'kind'>;
-
-function isRecord(value: unknown): value is Record<string, unknown> {
+export function isRecord(value: unknown): value is Frame {
     return typeof value === 'object' && value !== null && !Array.isArray(value);
 }
 
 /** The JSON object in `text`, or null. */
-export function parseObject(text: string): Record<string, unknown> | null {
+export function parseObject(text: string): Frame | null {
     try {
         const value: unknown = JSON.parse(text);
         return isRecord(value) ? value : null;
@@ -70,22 +32,8 @@ export function parseObject(text: string): Record<string, unknown> | null {
     }
 }
 
-export function kindOf(text: string): FrameKind {
-    const frame = parseObject(text);
-    if (frame === null) {
-        return 'other';
-    }
-    if ('notice' in frame || 'error' in frame || 'command' in frame) {
-        return 'notice' in frame ? 'notice' : 'error' in frame ? 'error' : 'command';
-    }
-    if ('ok' in frame || 'device' in frame) {
-        return 'reply';
-    }
-    return kindsByType.get(frame['type']) ?? 'other';
-}
-
 /** The trace in `frame`; null when it is another frame or lacks a member. */
-export function traceOf(frame: Record<string, unknown>): Trace | null {
+export function traceOf(frame: Frame): Trace | null {
     const trace = frame['trace'];
     if (!isRecord(trace)) {
         return null;
@@ -97,4 +45,9 @@ export function traceOf(frame: Record<string, unknown>): Trace | null {
         return null;
     }
     return { timestamp, direction, listener, client: typeof client === 'number' ? client : null, text };
+}
+
+/** The connection that a frame passed, such as "socket-7"; "all" for a frame to every client. */
+export function connectionOf({ listener, client }: Pick<Trace, 'listener' | 'client'>): string {
+    return client === null ? listener : `${listener}-${client}`;
 }

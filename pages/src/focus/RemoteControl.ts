@@ -5,6 +5,7 @@ import {
     directionOf,
     enterPosition,
     focusFirst,
+    focusRow,
     moveFocus,
     positionOf,
     restoreFocus,
@@ -14,7 +15,7 @@ import {
 
 export interface Zones {
     readonly menu: RefObject<HTMLElement>;
-    readonly panel: RefObject<HTMLElement>;
+    readonly list: RefObject<HTMLElement>;
 }
 export type Writing = 'ltr' | 'rtl';
 
@@ -37,7 +38,9 @@ export class RemoteControl {
     private section = '';
     private writing: Writing = 'ltr';
     private readonly positions = new Map<string, Position>();
-    private zone: 'menu' | 'panel' = 'menu';
+    /** The row to focus once its section is drawn. */
+    private goal: { readonly section: string; readonly row: string } | null = null;
+    private zone: 'menu' | 'list' = 'menu';
 
     constructor(private readonly zones: Zones) {}
 
@@ -47,6 +50,12 @@ export class RemoteControl {
         this.writing = writing;
         if (history.state === null) {
             history.replaceState(menuEntry, '');
+        }
+        if (this.goal?.section === section && this.list !== null) {
+            if (!focusRow(this.list, this.goal.row)) {
+                focusFirst(this.list);
+            }
+            this.goal = null;
         }
     }
 
@@ -62,9 +71,15 @@ export class RemoteControl {
         };
     }
 
-    enterPanel(focusPosition = enterPosition): void {
-        if (this.panel !== null) {
-            focusPosition(this.panel, this.positions.get(this.section) ?? null);
+    /** Focuses a row, with the next rendering when it is one of another section. */
+    enterAt(section: string, row: string): void {
+        this.goal = { section, row };
+        this.update(this.section, this.writing);
+    }
+
+    enterList(focusPosition = enterPosition): void {
+        if (this.list !== null) {
+            focusPosition(this.list, this.positions.get(this.section) ?? null);
         }
     }
 
@@ -87,8 +102,8 @@ export class RemoteControl {
         return this.zones.menu.current;
     }
 
-    private get panel(): HTMLElement | null {
-        return this.zones.panel.current;
+    private get list(): HTMLElement | null {
+        return this.zones.list.current;
     }
 
     private enterMenu(): void {
@@ -99,19 +114,19 @@ export class RemoteControl {
         if (this.zone === 'menu') {
             this.enterMenu();
         } else {
-            this.enterPanel(restoreFocus);
+            this.enterList(restoreFocus);
         }
     }
 
-    /** Closes an open dialog or editor, or goes to the menu. Returns: false when the focus is in the menu already. */
+    /** Closes an open dialog or editor, puts back what was picked up, or goes to the menu. Returns: false when the focus is in the menu already. */
     private stepBack(): boolean {
-        const dialog = openDialog();
+        const open = openDialog() ?? document.querySelector('[data-picked-up]');
         const editor = document.activeElement?.closest('form');
-        if (dialog !== null) {
-            dialog.dispatchEvent(new Event('cancel', { cancelable: true }));
+        if (open !== null) {
+            open.dispatchEvent(new Event('cancel', { cancelable: true }));
         } else if (editor instanceof HTMLFormElement) {
             editor.reset();
-        } else if (this.zone === 'panel') {
+        } else if (this.zone === 'list') {
             this.enterMenu();
         } else {
             return false;
@@ -119,13 +134,13 @@ export class RemoteControl {
         return true;
     }
 
-    /** Leaves the zone at its end. The panel is beside the menu, or below it on a narrow screen. */
+    /** Leaves the zone at its end. The list is beside the menu, or below it on a narrow screen. */
     private leaveZone(direction: Direction, banner: HTMLElement | null): void {
-        const [upper, lower] = [this.menu?.getBoundingClientRect(), this.panel?.getBoundingClientRect()];
+        const [upper, lower] = [this.menu?.getBoundingClientRect(), this.list?.getBoundingClientRect()];
         const isBelow = upper !== undefined && lower !== undefined && upper.bottom <= lower.top;
         if (this.zone === 'menu' && direction === (isBelow ? 'down' : 'forward')) {
-            this.enterPanel();
-        } else if (this.zone === 'panel' && direction === (isBelow ? 'up' : 'back')) {
+            this.enterList();
+        } else if (this.zone === 'list' && direction === (isBelow ? 'up' : 'back')) {
             this.enterMenu();
         } else if (direction === 'up') {
             banner?.focus();
@@ -134,10 +149,10 @@ export class RemoteControl {
 
     private readonly handleFocus = ({ target }: FocusEvent): void => {
         const item = target as HTMLElement;
-        if (this.panel?.contains(item) === true && openDialog() === null) {
-            this.zone = 'panel';
+        if (this.list?.contains(item) === true && openDialog() === null) {
+            this.zone = 'list';
             pushInsideEntry();
-            const position = positionOf(this.panel, item);
+            const position = positionOf(this.list, item);
             if (position !== null) {
                 this.positions.set(this.section, position);
             }
@@ -166,7 +181,7 @@ export class RemoteControl {
     private move(direction: Direction, event: KeyboardEvent): void {
         const { activeElement } = document;
         const dialog = openDialog();
-        const zone = dialog ?? (this.zone === 'menu' ? this.menu : this.panel);
+        const zone = dialog ?? (this.zone === 'menu' ? this.menu : this.list);
         if (zone === null) {
             return;
         }
@@ -189,10 +204,10 @@ export class RemoteControl {
             return;
         }
         if (state === insideEntry) {
-            this.enterPanel();
+            this.enterList();
         } else if (!this.stepBack()) {
             history.back();
-        } else if (this.zone === 'panel') {
+        } else if (this.zone === 'list') {
             pushInsideEntry();
         }
     };

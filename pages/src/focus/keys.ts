@@ -5,6 +5,11 @@ export function isBack(key: string): boolean {
     return backKeys.has(key);
 }
 
+/** Whether it is the search key of a remote control or a keyboard. */
+export function isSearch(key: string): boolean {
+    return key === 'BrowserSearch' || key === 'F3';
+}
+
 /** Whether a key press is left to the page: not handled yet, not part of text input, no shortcut of the browser. */
 export function isForPage(event: KeyboardEvent): boolean {
     return !(event.defaultPrevented || event.isComposing || event.ctrlKey || event.altKey || event.metaKey);

@@ -4,6 +4,7 @@ import {
     directionOf,
     enterPosition,
     focusFirst,
+    focusRow,
     moveFocus,
     positionOf,
     restoreFocus,
@@ -160,6 +161,13 @@ describe('a position', () => {
         zone.querySelector('[data-row="a"]')?.setAttribute('data-row', 'other');
         restoreFocus(zone, position);
         expect(document.activeElement?.id).toBe('name');
+    });
+
+    it('of a row can be given by name, also where it does harm, and not where there is none', () => {
+        zone.innerHTML = tools;
+        expect([focusRow(zone, 'b'), document.activeElement?.id]).toEqual([true, 'out']);
+        expect([focusRow(zone, 'a'), document.activeElement?.id]).toEqual([true, 'name']);
+        expect(focusRow(zone, 'none')).toBe(false);
     });
 
     it('that would do harm at once is not entered', () => {

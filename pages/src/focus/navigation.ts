@@ -1,5 +1,5 @@
 /**
- * Moves the focus by arrow keys to the control that is drawn in that direction. A zone (the menu, the panel of a section, an
+ * Moves the focus by arrow keys to the control that is drawn in that direction. A zone (the menu, the list of a section, an
  * open dialog) contains rows, marked with `data-row`; a row contains controls, in one or more lines. Up and down change the
  * line, forward and back (left or right, by the writing direction) the control within it. Nothing wraps around. A control that
  * reorders or destroys something is marked with `data-tool`: only arrows lead to it.
@@ -85,6 +85,12 @@ export function focusFirst(zone: Element): boolean {
     return focusOn(items.find(isNeutral) ?? items[0]);
 }
 
+/** Focuses the chosen one of several choices, else the first control. */
+export function focusChosen(zone: Element): boolean {
+    const chosen = controlsOf(zone).find(isChosen);
+    return chosen === undefined ? focusFirst(zone) : focusOn(chosen);
+}
+
 /** Returns: false when there is no control in that direction. */
 export function moveFocus(zone: Element, active: Element | null, direction: Direction): boolean {
     const lines = linesOf(zone);
@@ -155,6 +161,11 @@ export function restoreFocus(zone: Element, position: Position | null): boolean 
             : named?.find((candidate) => candidate.dataset['tool'] === position.tool);
     const taken = item !== undefined && item.dataset['tool'] === position.tool ? item : row.find(isNeutral);
     return taken === undefined ? focusFirst(zone) : focusOn(taken);
+}
+
+/** Focuses the first control of a row, whatever it does. Returns: false when there is no such row. */
+export function focusRow(zone: Element, name: string): boolean {
+    return focusOn(controlsOf(zone).find((item) => rowOf(item)?.dataset['row'] === name));
 }
 
 /** Focuses a position when its section is entered again, but never a tool. */

@@ -7,22 +7,30 @@ import { ja } from './ja';
 
 export const translations: Readonly<Record<string, Translation>> = { en, fr, es, de, ja, ar };
 
-export interface Language extends Pick<Translation, 'settings' | 'choices'> {
+export interface Language extends Pick<Translation, 'settings' | 'about' | 'choices'> {
     readonly code: string;
     readonly direction: 'ltr' | 'rtl';
     /** The text of `key` with its placeholders filled in. */
     readonly t: (key: TextKey, values?: Readonly<Record<string, string>>) => string;
 }
 
+function codeOf(locale: string): string {
+    return locale.split(/[-_]/)[0]?.toLowerCase() ?? '';
+}
+
+export function isTranslated(locale: string): boolean {
+    return Object.hasOwn(translations, codeOf(locale));
+}
+
 /** The language of the pages for a primary assistant locale such as "fr-CA"; English when there is no translation. */
-export function languageFor(locale: string | undefined): Language {
-    const wanted = (locale ?? '').split(/[-_]/)[0]?.toLowerCase() ?? '';
-    const code = Object.hasOwn(translations, wanted) ? wanted : 'en';
-    const { settings, choices, texts } = translations[code] ?? en;
+export function languageFor(locale = ''): Language {
+    const code = isTranslated(locale) ? codeOf(locale) : 'en';
+    const { settings, about, choices, texts } = translations[code] ?? en;
     return {
         code,
         direction: code === 'ar' ? 'rtl' : 'ltr',
         settings,
+        about,
         choices,
         t: (key, values = {}) =>
             texts[key].replace(/\{(\w+)\}/g, (placeholder, name: string) => values[name] ?? placeholder),

@@ -6,6 +6,7 @@ import { usePage } from '../components/context';
 import { Dialog } from '../components/Dialog';
 import { ReadOnlyRow } from '../components/ReadOnlyRow';
 import { useDialog } from '../components/useDialog';
+import { Icon } from '../icons';
 
 const actionTexts = {
     opened: 'openSettings.done',
@@ -31,12 +32,13 @@ export function AccountActions(): JSX.Element {
             <ReadOnlyRow row="selected" name={t('selected')} value={selected} />
             <ActionRow
                 row="open-settings"
+                icon="external"
                 name={t('openSettings')}
                 onUse={() => {
                     void store.openSettings();
                 }}
             />
-            <ActionRow row="log-out" name={t('logOut')} isDestructive opensDialog onUse={dialog.open} />
+            <ActionRow row="log-out" icon="exit" name={t('logOut')} isDestructive opensDialog onUse={dialog.open} />
             <ActionStatus />
             {dialog.isOpen && <LogOutDialog onClose={dialog.close} />}
         </>
@@ -51,7 +53,7 @@ function ActionStatus(): JSX.Element {
         <p class="status" role="status" data-kind={isFailure ? 'refused' : 'accepted'}>
             {action !== 'none' && (
                 <>
-                    <span aria-hidden="true">{isFailure ? '✕ ' : '✓ '}</span>
+                    <Icon name={isFailure ? 'failed' : 'done'} />
                     {language.t(actionTexts[action])}
                 </>
             )}
@@ -64,7 +66,9 @@ function LogOutDialog({ onClose }: { readonly onClose: () => void }): JSX.Elemen
     const { t } = language;
     return (
         <Dialog title={t('logOut.question')} onClose={onClose}>
-            <p>{t('logOut.about')}</p>
+            {(['erases', 'turnsOff', 'keeps'] as const).map((part) => (
+                <p key={part}>{t(`logOut.${part}`)}</p>
+            ))}
             <div class="buttons" data-row="answer">
                 <button type="button" class="button primary" onClick={onClose}>
                     {t('cancel')}

@@ -1,115 +1,98 @@
 import type { JSX } from 'preact';
-import { useMemo } from 'preact/hooks';
+import { useState } from 'preact/hooks';
 
-import { ActionRow } from '../components/ActionRow';
 import { usePage } from '../components/context';
-import { Picker } from '../components/Picker';
+import { Explanation } from '../components/Explanation';
 import type { RowProps } from '../components/RowProps';
 import { RowStatus } from '../components/RowStatus';
-import { useDialog } from '../components/useDialog';
-import { nameOfLocale } from '../i18n/language';
+import { isTranslated, nameOfLocale } from '../i18n/language';
 import { nameOfSetting, shortened } from '../settings/format';
 import { localesOf } from '../settings/values';
-import { movedDown, movedUp, offeredLocales, without } from './locales';
+import { AddLocale } from './AddLocale';
+import { LanguageQuestion } from './LanguageQuestion';
+import { rowNames } from './locales';
+import { LocaleRow, UndoButton } from './LocaleRow';
+import { useLocales, type Locales } from './useLocales';
 
-type SetLocales = (locales: readonly string[]) => void;
+function rowOf(target: EventTarget | null): string | undefined {
+    return target instanceof Element ? target.closest<HTMLElement>('[data-row]')?.dataset['row'] : undefined;
+}
 
-/** The assistant's locales, the primary one first. */
-export function LocaleList({ setting, about }: RowProps): JSX.Element {
-    const { store, state, language } = usePage();
-    const name = nameOfSetting(setting, language);
-    const locales = localesOf(state.values?.[setting]);
-    const set: SetLocales = (list) => void store.set(setting, JSON.stringify(list));
+/** The assistant's languages, the primary one first. */
+export function LocaleList(props: RowProps): JSX.Element {
+    const { language } = usePage();
+    const list = useLocales(props.setting);
+    const [focused, setFocused] = useState<string | undefined>();
+    const name = nameOfSetting(props.setting, language);
+    const explanation = <Explanation {...props} />;
+    const undo = list.canUndo && focused === 'add' ? <UndoButton onUndo={list.undo} /> : undefined;
+    const { locales, rows } = list.pickedUp ?? { locales: list.locales, rows: rowNames(list.locales) };
     return (
-        <div role="group" aria-label={name}>
+        <div
+            role="group"
+            aria-label={name}
+            onFocusIn={({ target }) => {
+                setFocused(rowOf(target));
+            }}
+            onKeyDown={(event) => {
+                carryByArrow(event, list);
+            }}
+        >
             <h3>{name}</h3>
-            <p class="about">{about}</p>
             <ol class="locales">
-                {locales.map((locale, index) => {
-                    // Unique, though a locale may be there twice.
-                    const row = locales.indexOf(locale) === index ? locale : `${locale} ${index}`;
-                    return <LocaleItem key={row} row={row} locales={locales} index={index} set={set} />;
-                })}
+                {rows.map((row, index) => (
+                    <LocaleRow
+                        key={row}
+                        row={row}
+                        locale={locales[index] ?? ''}
+                        index={index}
+                        list={list}
+                        hasUndo={list.canUndo && focused === row}
+                        explanation={explanation}
+                    />
+                ))}
             </ol>
-            {locales.length === 1 && <p class="about">{language.t('locale.last')}</p>}
-            <RowStatus setting={setting} />
-            <AddLocale locales={locales} set={set} />
+            <AddLocale list={list} tools={undo} explanation={explanation} />
+            <RowStatus setting={props.setting} />
+            <Hint list={list} />
+            {list.question !== null && (
+                <LanguageQuestion locale={localesOf(list.question)[0] ?? ''} onAnswer={list.answer} />
+            )}
         </div>
     );
 }
 
-interface ItemProps {
-    readonly row: string;
-    readonly locales: readonly string[];
-    readonly index: number;
-    readonly set: SetLocales;
+/** A language that was picked up moves with up and down; other arrows do nothing. */
+function carryByArrow(event: KeyboardEvent, { pickedUp, carry }: Locales): void {
+    if (pickedUp !== null && event.key.startsWith('Arrow')) {
+        event.preventDefault();
+        if (event.key === 'ArrowUp' || event.key === 'ArrowDown') {
+            carry(event.key === 'ArrowUp' ? -1 : 1);
+        }
+    }
 }
 
-function LocaleItem({ row, locales, index, set }: ItemProps): JSX.Element {
+/** Says what the keys do now. */
+function Hint({ list }: { readonly list: Locales }): JSX.Element {
     const { t, code } = usePage().language;
-    const name = shortened(nameOfLocale(locales[index] ?? '', code));
-    const isPrimary = index === 0;
-    const tools = [
-        { tool: 'up', sign: '▲', isDisabled: isPrimary, change: movedUp },
-        { tool: 'down', sign: '▼', isDisabled: index === locales.length - 1, change: movedDown },
-        { tool: 'remove', sign: '✕', isDisabled: locales.length === 1, change: without },
-    ] as const;
+    const primary = list.locales[0];
+    const nameOf = (locale = '') => shortened(nameOfLocale(locale, code));
+    const words = () => {
+        if (list.pickedUp !== null) {
+            const { locales, index } = list.pickedUp;
+            const values = { name: nameOf(locales[index]), position: `${index + 1}`, count: `${locales.length}` };
+            return `${t('locale.position', values)} ${t('locale.carry')}`;
+        }
+        if (list.canUndo) {
+            return t('locale.undo');
+        }
+        return primary === undefined || isTranslated(primary)
+            ? ''
+            : t('locale.untranslated', { name: nameOf(primary) });
+    };
     return (
-        <li class="locale" data-row={row}>
-            <span
-                class="name"
-                tabIndex={0}
-                role="group"
-                aria-label={isPrimary ? `${name}, ${t('locale.primary')}` : name}
-            >
-                <bdi>{name}</bdi>
-                {isPrimary && <span class="badge">{t('locale.primary')}</span>}
-            </span>
-            <span class="tools">
-                {tools.map(({ tool, sign, isDisabled, change }) => (
-                    <button
-                        key={tool}
-                        type="button"
-                        class="tool"
-                        data-tool={tool}
-                        aria-label={t(`locale.${tool}`, { name })}
-                        disabled={isDisabled}
-                        onClick={() => {
-                            set(change(locales, index));
-                        }}
-                    >
-                        {sign}
-                    </button>
-                ))}
-            </span>
-        </li>
-    );
-}
-
-function AddLocale({ locales, set }: Pick<ItemProps, 'locales' | 'set'>): JSX.Element {
-    const { t, code } = usePage().language;
-    const dialog = useDialog();
-    const options = useMemo(
-        () =>
-            offeredLocales
-                .map((value) => ({ value, words: nameOfLocale(value, code) }))
-                .sort((left, right) => left.words.localeCompare(right.words, code)),
-        [code],
-    );
-    return (
-        <>
-            <ActionRow row="add" name={t('locale.add')} sign="＋" opensDialog onUse={dialog.open} />
-            {dialog.isOpen && (
-                <Picker
-                    title={t('locale.add')}
-                    options={options.filter(({ value }) => !locales.includes(value))}
-                    onClose={dialog.close}
-                    onChoose={(locale) => {
-                        dialog.close();
-                        set([...locales, locale]);
-                    }}
-                />
-            )}
-        </>
+        <p class="about" role="status">
+            {words()}
+        </p>
     );
 }

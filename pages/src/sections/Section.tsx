@@ -4,14 +4,19 @@ import { catalogue, type Kind, type SettingKey } from 'settings-client';
 import { ChoiceRow } from '../components/ChoiceRow';
 import { usePage } from '../components/context';
 import { EditRow } from '../components/EditRow';
+import { OnTvRow } from '../components/OnTvRow';
+import { IntroductionRow } from '../components/IntroductionRow';
 import { ReadOnlySetting } from '../components/ReadOnlyRow';
 import type { RowProps } from '../components/RowProps';
 import { SwitchRow } from '../components/SwitchRow';
-import { isReadOnly } from '../settings/catalogue';
+import { isIntroduction, isReadOnly } from '../settings/catalogue';
+import { About } from './About';
 import { AccountActions } from './AccountActions';
-import { CaptionsPreview } from './CaptionsPreview';
+import { CaptionsPreview, CaptionsRow } from './CaptionsPreview';
 import { LocaleList } from './LocaleList';
+import { RecentChanges } from './RecentChanges';
 import { rows, settingsOf, type SectionId } from './rows';
+import { Search } from './Search';
 import { TimeZoneRow } from './TimeZoneRow';
 
 const rowOfKind: Readonly<Record<Kind, (props: RowProps) => JSX.Element>> = {
@@ -23,28 +28,52 @@ const rowOfKind: Readonly<Record<Kind, (props: RowProps) => JSX.Element>> = {
     timezone: TimeZoneRow,
 };
 
+/** The rows of settings that look like no other. */
+const rowOfSetting: Readonly<Partial<Record<SettingKey, (props: RowProps) => JSX.Element>>> = {
+    captionsFontSize: CaptionsRow,
+    captionsStyles: CaptionsRow,
+};
+
+/** The row for a setting; the kind decides, but for those that the page does not set, or sets in one way only. */
+function rowFor(setting: SettingKey): (props: RowProps) => JSX.Element {
+    if (isReadOnly(setting)) {
+        return OnTvRow;
+    }
+    const usual = isIntroduction(setting) ? IntroductionRow : rowOfKind[catalogue[setting].kind];
+    return rows[setting].isShownOnly === true ? ReadOnlySetting : (rowOfSetting[setting] ?? usual);
+}
+
 function SettingRow({ setting }: { readonly setting: SettingKey }): JSX.Element {
-    const { t } = usePage().language;
-    const { about, parts, isShownOnly = false } = rows[setting];
-    const Row = isShownOnly || isReadOnly(setting) ? ReadOnlySetting : rowOfKind[catalogue[setting].kind];
-    return <Row setting={setting} about={about && t(about)} parts={parts?.map((part) => t(part))} />;
+    const { state, language } = usePage();
+    const { t, about } = language;
+    const { parts, withoutHandsFree } = rows[setting];
+    const hint = state.values?.['handsFreeEnabled'] === 'true' ? undefined : withoutHandsFree;
+    const Row = rowFor(setting);
+    return (
+        <Row
+            setting={setting}
+            about={hint === undefined ? about[setting] : `${about[setting]} ${t(hint)}`}
+            parts={parts?.map((part) => t(part))}
+        />
+    );
 }
 
 interface SectionEntry {
     readonly id: SectionId;
-    readonly sign: string;
     /** What the section shows below the rows of its settings. */
     readonly More?: () => JSX.Element;
 }
 
 /** The sections in the order of the menu. */
 export const sections: readonly SectionEntry[] = [
-    { id: 'device', sign: '▣' },
-    { id: 'language', sign: '文' },
-    { id: 'captions', sign: '▤', More: CaptionsPreview },
-    { id: 'voice', sign: '◉' },
-    { id: 'doNotDisturb', sign: '☾' },
-    { id: 'account', sign: '◍', More: AccountActions },
+    { id: 'search', More: Search },
+    { id: 'device' },
+    { id: 'language' },
+    { id: 'captions', More: CaptionsPreview },
+    { id: 'voice' },
+    { id: 'account', More: AccountActions },
+    { id: 'changes', More: RecentChanges },
+    { id: 'about', More: About },
 ];
 
 export function Section({ id }: { readonly id: SectionId }): JSX.Element {

@@ -4,35 +4,35 @@ import type { TextKey } from '../i18n/en';
 
 interface Row {
     readonly section: SectionId;
-    readonly about?: TextKey;
     /** The names of the parts of a pair. */
     readonly parts?: readonly [TextKey, TextKey];
     /** Shown only, though a client may set it. */
     readonly isShownOnly?: true;
+    /** Said while hands-free is off. */
+    readonly withoutHandsFree?: TextKey;
 }
 
-export type SectionId = 'device' | 'language' | 'captions' | 'voice' | 'doNotDisturb' | 'account';
+export type SectionId = 'device' | 'language' | 'captions' | 'voice' | 'account' | 'search' | 'changes' | 'about';
 
 /** Where each setting is shown; the rows of a section have this order. The kind of the setting decides what its row looks like. */
 export const rows: Readonly<Record<SettingKey, Row>> = {
     deviceName: { section: 'device' },
-    friendlyName: { section: 'device', about: 'friendlyName.about' },
+    friendlyName: { section: 'device' },
     companionDevice: {
         section: 'device',
-        about: 'companionDevice.about',
         parts: ['companionDevice.first', 'companionDevice.second'],
     },
-    orliaLocale: { section: 'language', about: 'orliaLocale.about' },
+    orliaLocale: { section: 'language' },
     timezone: { section: 'language' },
     captionsEnabled: { section: 'captions' },
     captionsFontSize: { section: 'captions' },
     captionsStyles: { section: 'captions' },
-    handsFreeEnabled: { section: 'voice', about: 'handsFreeEnabled.about' },
-    handsFreeAlwaysOnEnabled: { section: 'voice', about: 'handsFreeAlwaysOnEnabled.about' },
-    handsFreeAlwaysOnDiscovered: { section: 'voice', about: 'discovered.about' },
-    pttAlwaysOnEnabled: { section: 'voice', about: 'pttAlwaysOnEnabled.about' },
-    pttAlwaysOnDiscovered: { section: 'voice', about: 'discovered.about' },
-    doNotDisturbEnabled: { section: 'doNotDisturb', about: 'doNotDisturbEnabled.about' },
+    handsFreeEnabled: { section: 'voice' },
+    doNotDisturbEnabled: { section: 'voice' },
+    handsFreeAlwaysOnEnabled: { section: 'voice', withoutHandsFree: 'handsFreeAlwaysOnEnabled.off' },
+    handsFreeAlwaysOnDiscovered: { section: 'voice' },
+    pttAlwaysOnEnabled: { section: 'voice', withoutHandsFree: 'pttAlwaysOnEnabled.off' },
+    pttAlwaysOnDiscovered: { section: 'voice' },
     tovanEntitlementStatus: { section: 'account', isShownOnly: true },
 };
 

@@ -15,3 +15,8 @@ export function choicesOf(key: SettingKey): readonly ChoiceValue[] {
 export function isReadOnly(key: SettingKey): boolean {
     return catalogue[key].setBy === 'device';
 }
+
+/** Whether it says that a person has seen the introduction to a mode. */
+export function isIntroduction(key: SettingKey): boolean {
+    return key === 'handsFreeAlwaysOnDiscovered' || key === 'pttAlwaysOnDiscovered';
+}

@@ -1,7 +1,8 @@
 import { catalogue, isSetting, type Kind, type SettingKey } from 'settings-client';
 
 import { nameOfLocale, type Language } from '../i18n/language';
-import { choicesOf, defaultOf } from './catalogue';
+import { nameOfZone } from '../timezones/names';
+import { choicesOf, defaultOf, isIntroduction } from './catalogue';
 import { localesOf, pairOf } from './values';
 
 const maxLength = 80;
@@ -31,7 +32,7 @@ const formatText: Format = (value, { t }) => shortened(value) || t('notSet');
 
 const formats: Readonly<Record<Kind, Format>> = {
     text: formatText,
-    timezone: formatText,
+    timezone: (value, language, key) => nameOfZone(value, language.code) ?? formatText(value, language, key),
     choice: (value, language, key) => {
         const known = choicesOf(key).find((choice) => choice === value);
         return known === undefined ? formatText(value, language, key) : language.choices[known];
@@ -39,7 +40,11 @@ const formats: Readonly<Record<Kind, Format>> = {
     switch: (value, { t }, key) => {
         // Anything can be stored; what the device or the voice SDK reports is on or off.
         const isOther = catalogue[key].owner === 'storage' && !['true', 'false', ''].includes(value);
-        return isOther ? shortened(value) : t(value === 'true' ? 'on' : 'off');
+        const isOn = value === 'true';
+        const words = isIntroduction(key)
+            ? t(isOn ? 'introduction.seen' : 'introduction.unseen')
+            : t(isOn ? 'on' : 'off');
+        return isOther ? shortened(value) : words;
     },
     locales: (value, { code }) => {
         const names = localesOf(value).map((locale) => nameOfLocale(locale, code));

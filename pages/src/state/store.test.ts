@@ -2,12 +2,14 @@ import { connect } from 'settings-client';
 import { afterEach, beforeEach, describe, expect, it, vi } from 'vitest';
 
 import { FakeBrowser } from '../../../clients/javascript/src/fakeBrowser.fixture';
-import { messageDuration, Store } from './store';
+import { messageDuration } from './messages';
+import { Store } from './store';
 
 interface Sent {
     readonly type?: number;
     readonly messageId: string;
     readonly hello?: { readonly resume?: object };
+    readonly history?: object;
     readonly payload?: { readonly settings?: string[]; readonly settingDBId?: string; readonly to?: string };
 }
 
@@ -19,6 +21,7 @@ class FakeHost {
     silent = false;
     sequence = 0;
     requests: string[] = [];
+    events: object[] = [];
     private readonly browser = new FakeBrowser();
     readonly store: Store;
 
@@ -52,14 +55,22 @@ class FakeHost {
         this.sequence += 1;
         const payload = { settingDBId: key, from: this.values[key] ?? '', to };
         this.values[key] = to;
-        this.say({ type: 25, timestamp: 1, sequence: this.sequence, ...others, payload });
+        const event = { type: 25, timestamp: 1, sequence: this.sequence, ...others, payload };
+        this.events.push(event);
+        this.say(event);
     }
 
     say(frame: object): void {
         this.browser.socket.receive(frame);
     }
 
-    private take({ type, messageId, hello, payload }: Sent): void {
+    private take({ type, messageId, hello, history, payload }: Sent): void {
+        if (history !== undefined) {
+            queueMicrotask(() => {
+                this.say({ messageId, history: { events: this.events } });
+            });
+            return;
+        }
         const { settings = [], settingDBId = '', to = '' } = payload ?? {};
         this.requests.push(
             type === 24 ? `set ${settingDBId}` : type === 7 ? `get ${settings.join()}` : `${type ?? 'hello'}`,
@@ -94,6 +105,7 @@ class FakeHost {
         } else {
             if (type === 22) {
                 this.values = { deviceName: 'TV' };
+                this.events = [];
             }
             reply({ outcome: 'done', ...this.answers.get(`${type ?? ''}`) });
         }
@@ -132,7 +144,7 @@ describe('the store', () => {
         expect(store.state.rows['deviceName']).toEqual({ kind: 'saving' });
         await done;
         expect(store.state.rows['deviceName']).toEqual({ kind: 'accepted' });
-        expect(store.state.announcement).toBeNull();
+        expect(store.state.messages).toEqual([]);
         expect(host.requests).toEqual(['set deviceName']);
     });
 
@@ -149,7 +161,7 @@ describe('the store', () => {
             host.answers.set('deviceName', { outcome: 'refused', reason, value: 'Attic' });
             await store.set('deviceName', 'Den');
             expect(store.state.values?.['deviceName']).toBe('Attic');
-            expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason });
+            expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason, to: 'Den' });
         },
     );
 
@@ -160,15 +172,15 @@ describe('the store', () => {
         await store.set('handsFreeEnabled', 'true');
         expect(store.state.values).toMatchObject({ friendlyName: 'TV', handsFreeEnabled: 'false' });
         expect(store.state.rows).toEqual({
-            friendlyName: { kind: 'refused', reason: 'not-applied' },
-            handsFreeEnabled: { kind: 'refused', reason: 'not-applied' },
+            friendlyName: { kind: 'refused', reason: 'not-applied', to: 'Telly' },
+            handsFreeEnabled: { kind: 'refused', reason: 'not-applied', to: 'true' },
         });
     });
 
     it('takes a value back that is too long', async () => {
         await store.set('deviceName', 'x'.repeat(70_000));
         expect(store.state.values?.['deviceName']).toBe('TV');
-        expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason: 'too-long' });
+        expect(store.state.rows['deviceName']).toMatchObject({ kind: 'refused', reason: 'too-long' });
     });
 
     it('shows that a value was unchanged', async () => {
@@ -183,7 +195,7 @@ describe('the store', () => {
         await done;
         expect(store.state.connection).toBe('lost');
         expect(store.state.values?.['deviceName']).toBe('TV');
-        expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason: 'no-reply' });
+        expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason: 'no-reply', to: 'Den' });
     });
 
     it('shows that a value without a reply was saved, once it is read back', async () => {
@@ -191,7 +203,7 @@ describe('the store', () => {
         const done = store.set('deviceName', 'Den');
         host.close();
         await done;
-        expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason: 'no-reply' });
+        expect(store.state.rows['deviceName']).toEqual({ kind: 'refused', reason: 'no-reply', to: 'Den' });
         host.silent = false;
         host.values['deviceName'] = 'Den';
         await host.reconnect();
@@ -199,7 +211,7 @@ describe('the store', () => {
         expect(host.requests).toEqual(['hello', '18', 'get deviceName']);
         expect(store.state.values?.['deviceName']).toBe('Den');
         expect(store.state.rows['deviceName']).toEqual({ kind: 'accepted' });
-        expect(store.state.announcement).toBeNull();
+        expect(store.state.messages).toEqual([]);
     });
 
     it('clears messages about missing replies once the host replies', async () => {
@@ -207,12 +219,28 @@ describe('the store', () => {
         await store.set('deviceName', 'Den');
         await store.openSettings();
         expect(store.state).toMatchObject({
-            rows: { deviceName: { kind: 'refused', reason: 'no-reply' } },
+            rows: { deviceName: { kind: 'refused', reason: 'no-reply', to: 'Den' } },
             action: 'failed',
         });
         await host.reconnect();
         await vi.advanceTimersByTimeAsync(50);
         expect(store.state).toMatchObject({ connection: 'online', rows: {}, action: 'none' });
+    });
+
+    it('has the recent changes, by whomever, until somebody logs out', async () => {
+        const changes = () => store.state.changes?.map(({ key, to }) => `${key} ${to}`);
+        expect(changes()).toEqual([]);
+        host.event('timezone', 'Asia/Tokyo');
+        await store.set('deviceName', 'Den');
+        expect(changes()).toEqual(['deviceName Den', 'timezone Asia/Tokyo']);
+        host.events = [];
+        host.say({ notice: { reread: ['deviceName'] } });
+        await vi.advanceTimersByTimeAsync(50);
+        expect(changes()).toEqual([]);
+        await store.set('deviceName', 'Attic');
+        store.searched = 'attic';
+        await store.logOut();
+        expect([changes(), store.searched]).toEqual([[], '']);
     });
 
     it('clears messages of success after a while, but not refusals', async () => {
@@ -247,7 +275,7 @@ describe('the store', () => {
         host.values['deviceName'] = 'Den';
         await vi.advanceTimersByTimeAsync(50);
         expect(store.state.rows).toEqual({});
-        expect(store.state.announcement).toMatchObject({ value: 'Attic' });
+        expect(store.state.messages).toMatchObject([{ value: 'Attic' }]);
     });
 
     it('keeps showing the last of several new values while the earlier ones are confirmed', async () => {
@@ -261,8 +289,9 @@ describe('the store', () => {
         const second = store.set('timezone', 'Europe/Paris');
         await first;
         await second;
-        expect(shown).toEqual(['UTC', 'Asia/Tokyo', 'Asia/Tokyo', 'Europe/Paris', 'Europe/Paris', 'Europe/Paris']);
-        expect(kinds).toEqual(['saving', 'saving', 'saving', 'saving', 'saving', 'accepted']);
+        const changesOf = (seen: typeof shown) => seen.filter((one, index) => one !== seen[index - 1]);
+        expect(changesOf(shown)).toEqual(['UTC', 'Asia/Tokyo', 'Europe/Paris']);
+        expect(changesOf(kinds)).toEqual(['saving', 'accepted']);
     });
 
     it('does not let an older value replace one that is being saved', async () => {
@@ -273,25 +302,22 @@ describe('the store', () => {
         await vi.advanceTimersByTimeAsync(50);
         expect(host.requests).toEqual(['set deviceName', 'get deviceName']);
         expect(store.state.values?.['deviceName']).toBe('Den');
-        expect(store.state.announcement).toBeNull();
+        expect(store.state.messages).toEqual([]);
         await vi.advanceTimersByTimeAsync(5_000);
         expect(store.state.values?.['deviceName']).toBe('TV');
     });
 
     it('announces changes by others, and reads them back', async () => {
         host.event('deviceName', '', { origin: 'page', client: 'phone' });
-        expect(store.state.announcement).toMatchObject({
-            number: 1,
-            key: 'deviceName',
-            value: '',
-            event: { origin: 'page', client: 'phone' },
-        });
+        expect(store.state.messages).toMatchObject([
+            { key: 'deviceName', value: '', event: { origin: 'page', client: 'phone' } },
+        ]);
         host.values['deviceName'] = 'TV';
         await vi.advanceTimersByTimeAsync(50);
         expect(store.state.values?.['deviceName']).toBe('TV');
-        expect(store.state.announcement?.number).toBe(1);
+        expect(store.state.messages.length).toBe(1);
         host.event('timezone', 'Europe/Paris', { origin: 'device' });
-        expect(store.state.announcement).toMatchObject({ number: 2, key: 'timezone', event: { client: null } });
+        expect(store.state.messages[1]).toMatchObject({ key: 'timezone', event: { client: null } });
     });
 
     it('announces a setting of a notice if its value is different', async () => {
@@ -299,7 +325,7 @@ describe('the store', () => {
         host.say({ notice: { reread: ['captionsEnabled', 'timezone'] } });
         await vi.advanceTimersByTimeAsync(50);
         expect(store.state.values?.['captionsEnabled']).toBe('true');
-        expect(store.state.announcement).toEqual({ number: 1, key: 'captionsEnabled', value: 'true', event: null });
+        expect(store.state.messages).toMatchObject([{ key: 'captionsEnabled', value: 'true', event: null }]);
     });
 
     it('clears the status of a row when somebody else changes it', async () => {
@@ -317,7 +343,7 @@ describe('the store', () => {
         expect(host.requests).toEqual(['hello', '18']);
         host.event('deviceName', 'Den', { origin: 'socket', client: 'settingsctl' });
         expect(store.state.values?.['deviceName']).toBe('Den');
-        expect(store.state.announcement).toMatchObject({ value: 'Den', event: { client: 'settingsctl' } });
+        expect(store.state.messages).toMatchObject([{ value: 'Den', event: { client: 'settingsctl' } }]);
     });
 
     it('shows the remaining values after a log-out', async () => {

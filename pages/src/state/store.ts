@@ -1,7 +1,6 @@
 import {
     catalogue,
     type Change,
-    type ChangeEvent,
     type Client,
     type Observer,
     type Outcome,
@@ -11,6 +10,10 @@ import {
     type Values,
 } from 'settings-client';
 
+import type { TextKey } from '../i18n/en';
+import { History, type Changes } from './history';
+import { messageDuration, MessageQueue, type Message } from './messages';
+
 /** The state of the last change of a setting by this page. */
 export type RowStatus =
     | { readonly kind: 'saving' }
@@ -19,17 +22,10 @@ export type RowStatus =
     | Refused;
 export interface Refused {
     readonly kind: 'refused';
+    /** The value that was refused. */
+    readonly to: string;
     /** `not-applied`: announced, without effect. */
     readonly reason: Reason | 'not-applied';
-}
-
-/** A change by somebody else. */
-export interface Announcement {
-    readonly number: number;
-    readonly key: SettingKey;
-    readonly value: string;
-    /** Null when it changed at its owner, without an event. */
-    readonly event: ChangeEvent | null;
 }
 
 export interface State {
@@ -37,7 +33,9 @@ export interface State {
     /** Null until they have been read once. */
     readonly values: Values | null;
     readonly rows: Readonly<Partial<Record<SettingKey, RowStatus>>>;
-    readonly announcement: Announcement | null;
+    /** The first is shown, the others wait. */
+    readonly messages: readonly Message[];
+    readonly changes: Changes;
     readonly selected: boolean | null;
     /** The result of the last action that is not a change of a setting. */
     readonly action: 'none' | 'opened' | 'logged-out' | 'failed' | 'refused';
@@ -51,28 +49,37 @@ export interface Draft {
     readonly known: string;
 }
 
-/** How long a message of success is shown, in milliseconds. */
-export const messageDuration = 6_000;
-
 /** The settings as the page knows them. A change is shown at once and taken back when the host refuses it. */
 export class Store {
     state: State = {
         connection: 'connecting',
         values: null,
         rows: {},
-        announcement: null,
+        messages: [],
+        changes: null,
         selected: null,
         action: 'none',
         editor: null,
     };
     /** Unsaved edits by setting, kept while another section is shown. */
     readonly drafts = new Map<SettingKey, Draft>();
+    /** What was typed into the search. */
+    searched = '';
     private readonly observers = new Set<() => void>();
     private readonly client: Client;
     /** The number of changes of each setting: while several are under way, only the last outcome counts. */
     private readonly attempts = new Map<SettingKey, number>();
     /** New values without a reply, which may have arrived. */
     private readonly unconfirmed = new Map<SettingKey, string>();
+    private readonly history = new History(
+        (limit) => this.client.history(limit),
+        (changes) => {
+            this.update({ changes });
+        },
+    );
+    private readonly messages = new MessageQueue((messages) => {
+        this.update({ messages });
+    });
     private actionTimer: ReturnType<typeof setTimeout> | undefined;
 
     constructor(connect: (observer: Observer) => Client) {
@@ -82,6 +89,9 @@ export class Store {
             },
             loaded: (values) => {
                 this.handleValues(values);
+            },
+            event: (event) => {
+                this.history.add(event);
             },
             changed: (change) => {
                 this.handleChange(change);
@@ -114,7 +124,7 @@ export class Store {
         // Without a reply the old value is shown until the setting is read again.
         this.show(key, reason === 'no-reply' || reason === 'too-long' ? before : outcome.value);
         if (reason !== null) {
-            this.setStatus(key, { kind: 'refused', reason });
+            this.setStatus(key, { kind: 'refused', reason, to });
         } else {
             this.setStatus(key, {
                 kind: isDefault ? 'default' : outcome.outcome === 'changed' ? 'accepted' : 'unchanged',
@@ -144,6 +154,21 @@ export class Store {
         }
     }
 
+    /** Shows a text in the queue of messages. */
+    say(text: TextKey, values?: Readonly<Record<string, string>>): void {
+        this.messages.add({ kind: 'text', text, ...(values && { values }) });
+    }
+
+    /** Reads the recent changes again. */
+    reloadChanges(): Promise<void> {
+        return this.history.reload();
+    }
+
+    /** The version of the wire; null until the host has said it. */
+    get wireVersion(): string | null {
+        return this.client.version;
+    }
+
     retryNow(): void {
         this.client.retryNow();
     }
@@ -157,8 +182,10 @@ export class Store {
         const values = done === null ? null : await this.client.read();
         if (values !== null) {
             this.drafts.clear();
+            this.searched = '';
             this.update({ values, rows: {}, editor: null });
         }
+        await this.reloadChanges();
         this.setAction(actionOf(done, 'logged-out'));
     }
 
@@ -205,12 +232,17 @@ export class Store {
 
     private handleValues(values: Values): void {
         this.update({ values });
+        void this.reloadChanges();
         for (const key of [...this.unconfirmed.keys()]) {
             this.confirm(key, values[key]);
         }
     }
 
     private handleChange({ key, value, event }: Change): void {
+        if (event === null) {
+            // Somebody may have logged out.
+            void this.reloadChanges();
+        }
         const wasRead = event === null || value !== event.to;
         // What was read may be older than what this page is saving.
         if (wasRead && this.state.rows[key]?.kind === 'saving') {
@@ -219,8 +251,7 @@ export class Store {
         const isNews = event === null ? value !== this.state.values?.[key] : !wasRead;
         if (!this.confirm(key, value) && isNews) {
             this.clearStatus(key);
-            const number = (this.state.announcement?.number ?? 0) + 1;
-            this.update({ announcement: { number, key, value: value ?? '', event } });
+            this.messages.add({ kind: 'change', key, value: value ?? '', event });
         }
         this.show(key, value);
     }

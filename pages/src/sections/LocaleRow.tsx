@@ -1,0 +1,101 @@
+import type { ComponentChildren, JSX } from 'preact';
+import { useLayoutEffect, useRef } from 'preact/hooks';
+
+import { usePage } from '../components/context';
+import { Row } from '../components/Row';
+import { useDialog } from '../components/useDialog';
+import { Icon } from '../icons';
+import { nameOfLocale } from '../i18n/language';
+import { shortened } from '../settings/format';
+import { LocaleMenu } from './LocaleMenu';
+import type { Locales } from './useLocales';
+
+interface Props {
+    readonly row: string;
+    readonly locale: string;
+    readonly index: number;
+    readonly list: Locales;
+    readonly hasUndo: boolean;
+    readonly explanation: ComponentChildren;
+}
+
+/** One language of the assistant. Enter opens its menu, or drops it when it was picked up. */
+export function LocaleRow({ row, locale, index, list, hasUndo, explanation }: Props): JSX.Element {
+    const { t, code } = usePage().language;
+    const menu = useDialog();
+    const item = useRef<HTMLLIElement>(null);
+    const name = shortened(nameOfLocale(locale, code));
+    const isPickedUp = list.pickedUp?.row === row;
+    usePutBack(item, isPickedUp, list);
+    const undo = hasUndo ? <UndoButton onUndo={list.undo} /> : undefined;
+    const tools = isPickedUp ? <CarryButtons list={list} /> : undo;
+    return (
+        <li ref={item} data-picked-up={isPickedUp || undefined} onCancel={list.putBack}>
+            <Row
+                kind="opens"
+                row={row}
+                icon={isPickedUp ? 'move' : 'language'}
+                name={name}
+                value={index === 0 ? t('locale.primary') : undefined}
+                opensDialog={!isPickedUp}
+                explanation={explanation}
+                tools={tools}
+                onUse={isPickedUp ? list.drop : menu.open}
+            >
+                {menu.isOpen && <LocaleMenu name={name} index={index} list={list} onClose={menu.close} />}
+            </Row>
+        </li>
+    );
+}
+
+/** The row keeps the focus while it is carried; where the focus goes elsewhere, it is put back. */
+function usePutBack(item: { readonly current: HTMLLIElement | null }, isPickedUp: boolean, list: Locales): void {
+    // Before the next key: a row that was moved in the page has lost the focus.
+    useLayoutEffect(() => {
+        if (!isPickedUp) {
+            return undefined;
+        }
+        const handleFocus = ({ target }: FocusEvent) => {
+            if (target instanceof Node && item.current?.contains(target) === false) {
+                list.putBack();
+            }
+        };
+        item.current?.querySelector('button')?.focus();
+        document.addEventListener('focusin', handleFocus);
+        return () => {
+            document.removeEventListener('focusin', handleFocus);
+        };
+    });
+}
+
+/** For mouse and touch. */
+function CarryButtons({ list }: { readonly list: Locales }): JSX.Element {
+    const { t } = usePage().language;
+    return (
+        <>
+            {([-1, 1] as const).map((by) => (
+                <button
+                    key={by}
+                    type="button"
+                    class="tool"
+                    tabIndex={-1}
+                    aria-label={t(by < 0 ? 'locale.up' : 'locale.down')}
+                    onClick={() => {
+                        list.carry(by);
+                    }}
+                >
+                    <Icon name={by < 0 ? 'up' : 'down'} />
+                </button>
+            ))}
+        </>
+    );
+}
+
+export function UndoButton({ onUndo }: { readonly onUndo: () => void }): JSX.Element {
+    const { t } = usePage().language;
+    return (
+        <button type="button" class="tool undo" data-tool="undo" onClick={onUndo}>
+            <Icon name="undo" /> {t('undo')}
+        </button>
+    );
+}

@@ -1,0 +1,63 @@
+import { afterEach, beforeEach, describe, expect, it, vi } from 'vitest';
+
+import { leastMessageDuration, messageDuration, MessageQueue, type Message } from './messages';
+
+let shown: string[];
+let queue: MessageQueue;
+
+function nameOf(message: Message | undefined): string {
+    return message === undefined ? '' : message.kind === 'change' ? message.value : message.text;
+}
+
+function change(key: 'deviceName' | 'timezone', value: string): void {
+    queue.add({ kind: 'change', key, value, event: null });
+}
+
+/** What is shown, once after each of these times. */
+function after(...durations: readonly number[]): string[] {
+    return durations.map((duration) => {
+        vi.advanceTimersByTime(duration);
+        return shown.at(-1) ?? '';
+    });
+}
+
+beforeEach(() => {
+    vi.useFakeTimers();
+    shown = [];
+    queue = new MessageQueue(([message]) => shown.push(nameOf(message)));
+});
+
+afterEach(() => {
+    vi.useRealTimers();
+});
+
+describe('the queue of messages', () => {
+    it('shows a message for a while, then none', () => {
+        queue.add({ kind: 'text', text: 'title' });
+        expect(after(messageDuration - 1, 1)).toEqual(['title', '']);
+    });
+
+    it('shows each of several messages long enough, in their order', () => {
+        change('deviceName', 'Den');
+        change('timezone', 'UTC');
+        queue.add({ kind: 'text', text: 'title' });
+        const { length } = shown;
+        expect(after(leastMessageDuration - 1, 1, leastMessageDuration - 1, 1)).toEqual(['Den', 'UTC', 'UTC', 'title']);
+        expect(after(messageDuration - 1, 1)).toEqual(['title', '']);
+        expect(length).toBe(3);
+    });
+
+    it('gives way at once when the shown message was there long enough', () => {
+        change('deviceName', 'Den');
+        expect(after(leastMessageDuration)).toEqual(['Den']);
+        change('timezone', 'UTC');
+        expect(after(0, leastMessageDuration, leastMessageDuration)).toEqual(['UTC', 'UTC', '']);
+    });
+
+    it('tells the last of several changes of a setting that wait', () => {
+        ['Den', 'Attic', 'Cellar', 'Loft'].forEach((name) => {
+            change('deviceName', name);
+        });
+        expect(after(0, leastMessageDuration, messageDuration)).toEqual(['Den', 'Loft', '']);
+    });
+});

@@ -1,0 +1,11 @@
+import './tokens.css';
+import './base.css';
+import './layout.css';
+import './rows.css';
+import './order.css';
+import './panels.css';
+import './messages.css';
+import './languages.css';
+import './captions.css';
+import './picker.css';
+import './timezones.css';
