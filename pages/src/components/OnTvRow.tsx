@@ -40,7 +40,6 @@ export function OnTvRow(props: RowProps): JSX.Element {
             {panel.isOpen && (
                 <Panel title={name} explanation={<Explanation {...props} />} onClose={panel.close}>
                     {step !== undefined && <p class="step">{language.t(step)}</p>}
-                    <p class="about">{language.t('onTv.shown')}</p>
                     <Now value={value} />
                     <div class="buttons" data-row="close">
                         <button type="button" class="button" onClick={panel.close}>

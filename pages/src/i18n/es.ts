@@ -99,19 +99,16 @@ export const es: Translation = {
         'locale.last': 'Se necesita al menos un idioma.',
         'locale.makePrimary': 'Hacer principal',
         'locale.move': 'Mover',
-        'locale.position': '{name}: {position} de {count}.',
-        'locale.carry': 'Arriba y Abajo lo mueven, OK lo suelta, Atrás lo devuelve a su sitio.',
+        'locale.carry':
+            '{name}: {position} de {count}. Arriba y Abajo lo mueven, OK lo suelta, Atrás lo devuelve a su sitio.',
         'locale.undo': 'Puede deshacer este cambio durante diez segundos.',
         'locale.question': '¿Mostrar estas páginas en {language}?',
         'locale.change': 'Cambiar',
         'timezone.search': 'Ciudad o país',
-        'timezone.letters': 'Primeras letras',
-        'timezone.failed': 'No se han podido cargar las ciudades.',
         'onTv.captionsEnabled':
-            'Pulse el botón de subtítulos del mando del televisor; suele llamarse CC, SUB o Subtitle. Si no lo hay, abra el menú del televisor con el botón Menú o Ajustes y busque los subtítulos en Accesibilidad.',
+            'Pulse el botón de subtítulos del mando (suele ser CC, SUB o Subtitle) o búsquelos en el menú del televisor.',
         'onTv.doNotDisturbEnabled':
-            'Abra el menú del televisor con el botón Menú o Ajustes de su mando y busque No molestar, a menudo en Sonido o Notificaciones.',
-        'onTv.shown': 'Esta página muestra el cambio en cuanto lo haga.',
+            'Abra el menú del televisor con el botón Menú o Ajustes de su mando y busque No molestar.',
         'onTv.now': 'Ahora: {value}',
         'onTv.changed': 'Cambiado: {value}',
         'locale.untranslated': 'Estas páginas están en inglés: no hay traducción ({name}).',

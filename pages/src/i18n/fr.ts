@@ -99,19 +99,16 @@ export const fr: Translation = {
         'locale.last': 'Au moins une langue est requise.',
         'locale.makePrimary': 'Définir comme principale',
         'locale.move': 'Déplacer',
-        'locale.position': '{name} : {position} sur {count}.',
-        'locale.carry': 'Haut et Bas la déplacent, OK la dépose, Retour la remet à sa place.',
+        'locale.carry':
+            '{name} : {position} sur {count}. Haut et Bas la déplacent, OK la dépose, Retour la remet à sa place.',
         'locale.undo': 'Vous pouvez annuler ce changement pendant dix secondes.',
         'locale.question': 'Afficher ces pages en {language} ?',
         'locale.change': 'Changer',
         'timezone.search': 'Ville ou pays',
-        'timezone.letters': 'Premières lettres',
-        'timezone.failed': 'Impossible de charger les villes.',
         'onTv.captionsEnabled':
-            'Appuyez sur la touche des sous-titres de la télécommande du téléviseur, souvent marquée CC, SUB ou Subtitle. S’il n’y en a pas, ouvrez le menu du téléviseur avec la touche Menu ou Paramètres et cherchez les sous-titres dans Accessibilité.',
+            'Appuyez sur la touche des sous-titres de la télécommande (souvent CC, SUB ou Subtitle), ou cherchez-les dans le menu du téléviseur.',
         'onTv.doNotDisturbEnabled':
-            'Ouvrez le menu du téléviseur avec la touche Menu ou Paramètres de sa télécommande et cherchez Ne pas déranger, souvent sous Son ou Notifications.',
-        'onTv.shown': 'Cette page affiche le changement dès que vous l’avez fait.',
+            'Ouvrez le menu du téléviseur avec la touche Menu ou Paramètres de sa télécommande et cherchez Ne pas déranger.',
         'onTv.now': 'Actuellement : {value}',
         'onTv.changed': 'Modifié : {value}',
         'locale.untranslated': 'Ces pages sont en anglais : il n’y a pas de traduction ({name}).',
