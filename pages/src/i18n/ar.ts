@@ -109,8 +109,6 @@ export const ar: Translation = {
             'اضغط زر الترجمة في جهاز التحكم (غالبًا CC أو SUB أو Subtitle)، أو ابحث عنها في قائمة التلفزيون.',
         'onTv.doNotDisturbEnabled':
             'افتح قائمة التلفزيون بزر القائمة أو الإعدادات في جهاز التحكم، وابحث عن «عدم الإزعاج».',
-        'onTv.now': 'الآن: {value}',
-        'onTv.changed': 'تغيّر إلى: {value}',
         'locale.untranslated': 'هذه الصفحات بالإنجليزية: لا توجد ترجمة ({name}).',
         found: 'عدد النتائج: {count}',
         nothingFound: 'لا توجد نتائج',

@@ -108,8 +108,6 @@ export const de: Translation = {
             'Drücken Sie auf der Fernbedienung die Taste für Untertitel (oft CC, SUB oder Subtitle), oder suchen Sie im Menü des Fernsehers nach Untertiteln.',
         'onTv.doNotDisturbEnabled':
             'Öffnen Sie mit der Taste Menü oder Einstellungen das Menü des Fernsehers und suchen Sie „Nicht stören“.',
-        'onTv.now': 'Jetzt: {value}',
-        'onTv.changed': 'Geändert: {value}',
         'locale.untranslated': 'Diese Seiten sind auf Englisch: Es gibt keine Übersetzung ({name}).',
         found: '{count} gefunden',
         nothingFound: 'Keine Treffer',

@@ -112,8 +112,6 @@ const texts = {
         'Press the captions button on the TV’s remote (often CC, SUB or Subtitle), or look for captions in the TV’s own menu.',
     'onTv.doNotDisturbEnabled':
         'Open the TV’s own menu with the Menu or Settings button of its remote, and look for Do not disturb.',
-    'onTv.now': 'Now: {value}',
-    'onTv.changed': 'Changed: {value}',
     'locale.untranslated': 'These pages are in English: there is no translation into {name}.',
     found: '{count} found',
     nothingFound: 'No results',

@@ -109,8 +109,6 @@ export const es: Translation = {
             'Pulse el botón de subtítulos del mando (suele ser CC, SUB o Subtitle) o búsquelos en el menú del televisor.',
         'onTv.doNotDisturbEnabled':
             'Abra el menú del televisor con el botón Menú o Ajustes de su mando y busque No molestar.',
-        'onTv.now': 'Ahora: {value}',
-        'onTv.changed': 'Cambiado: {value}',
         'locale.untranslated': 'Estas páginas están en inglés: no hay traducción ({name}).',
         found: 'Resultados: {count}',
         nothingFound: 'Sin resultados',

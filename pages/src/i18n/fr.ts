@@ -109,8 +109,6 @@ export const fr: Translation = {
             'Appuyez sur la touche des sous-titres de la télécommande (souvent CC, SUB ou Subtitle), ou cherchez-les dans le menu du téléviseur.',
         'onTv.doNotDisturbEnabled':
             'Ouvrez le menu du téléviseur avec la touche Menu ou Paramètres de sa télécommande et cherchez Ne pas déranger.',
-        'onTv.now': 'Actuellement : {value}',
-        'onTv.changed': 'Modifié : {value}',
         'locale.untranslated': 'Ces pages sont en anglais : il n’y a pas de traduction ({name}).',
         found: 'Résultats : {count}',
         nothingFound: 'Aucun résultat',

@@ -108,8 +108,6 @@ export const ja: Translation = {
             'リモコンの字幕ボタン（「字幕」「CC」「SUB」など）を押すか、テレビのメニューで字幕を探してください。',
         'onTv.doNotDisturbEnabled':
             'リモコンの「メニュー」または「設定」ボタンでテレビのメニューを開き、「おやすみモード」を探してください。',
-        'onTv.now': '現在：{value}',
-        'onTv.changed': '変更されました：{value}',
         'locale.untranslated': '{name}の翻訳がないため、英語で表示しています。',
         found: '{count}件',
         nothingFound: '見つかりません',
