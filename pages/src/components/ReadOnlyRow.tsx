@@ -1,5 +1,7 @@
 import type { ComponentChildren, JSX } from 'preact';
+import type { SettingKey } from 'settings-client';
 
+import type { TextKey } from '../i18n/en';
 import { nameOfSetting, wordsFor } from '../settings/format';
 import { usePage } from './context';
 import { Explanation } from './Explanation';
@@ -28,10 +30,10 @@ export function ReadOnlyRow({ children, ...props }: Props): JSX.Element {
             {children}
             {panel.isOpen && (
                 <Panel title={name} onClose={panel.close}>
-                    <div class="about">
-                        <p>{value}</p>
-                        {explanation}
-                    </div>
+                    <div class="about">{explanation}</div>
+                    <p class="now" role="status">
+                        {value}
+                    </p>
                     <div class="buttons" data-row="close">
                         <button type="button" class="button" onClick={panel.close}>
                             {t('close')}
@@ -43,16 +45,23 @@ export function ReadOnlyRow({ children, ...props }: Props): JSX.Element {
     );
 }
 
-/** A setting that this page does not change. */
+/** What a viewer does to change a setting on the TV. */
+const steps: Readonly<Partial<Record<SettingKey, TextKey>>> = {
+    captionsEnabled: 'onTv.captionsEnabled',
+    doNotDisturbEnabled: 'onTv.doNotDisturbEnabled',
+};
+
+/** A setting that this page does not change. Enter says how it is changed, and shows the change when it comes. */
 export function ReadOnlySetting(props: RowProps): JSX.Element {
     const { state, language } = usePage();
     const { setting } = props;
+    const step = steps[setting];
     return (
         <ReadOnlyRow
             row={setting}
             name={nameOfSetting(setting, language)}
             value={wordsFor(setting, state.values?.[setting], language)}
-            explanation={<Explanation {...props} />}
+            explanation={<Explanation {...props}>{step !== undefined && <p>{language.t(step)}</p>}</Explanation>}
         />
     );
 }
