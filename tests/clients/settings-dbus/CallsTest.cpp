@@ -30,7 +30,7 @@ protected:
         fake.emplace(socketPath());
         bridge.emplace(Words{SETTINGS_DBUS_PROGRAM}, environment());
         fake->accept();
-        waitForLog("connected to");
+        waitForLog("serving");
     }
     /// Calls while the host answers the change with `members`.
     std::string errorFor(const std::string& members, const Words& arguments) {
@@ -142,7 +142,7 @@ TEST_F(DbusErrors, SayThatTheHostIsNotThere) {
 TEST_F(DbusCalls, AreUnavailableBeforeAHostWasReached) {
     startBus();
     bridge.emplace(Words{SETTINGS_DBUS_PROGRAM}, environment());
-    waitForLog("warning");
+    waitForLog("serving");
     const std::string begin = "org.settingshandler.Error.Unavailable: cannot reach";
     EXPECT_EQ(errorOf({method("Set"), "timezone", "x"}).substr(0, 39), begin.substr(0, 39));
     EXPECT_EQ(errorOf({method("Get"), "@as []"}).substr(0, 39), begin.substr(0, 39));

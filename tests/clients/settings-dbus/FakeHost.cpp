@@ -24,8 +24,8 @@ std::string withId(const std::string& frame, const std::string& members) {
 
 void FakeHost::accept() {
     peer.emplace(listener.accept());
-    // Hello, history and all values.
-    for (int count = 0; count < 3; ++count) {
+    // Hello, then history and all values, again when the bus is there.
+    for (int count = 0; count < 5; ++count) {
         reply(peer->receiveLine());
     }
 }
