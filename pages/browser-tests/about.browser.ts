@@ -83,7 +83,7 @@ test('the always-on modes say that hands-free is off, as long as it is', async (
     await visitSettings(host, async (page) => {
         await enterSection(page, 'voice');
         await goDownTo(page, 'handsFreeAlwaysOnEnabled');
-        const hint = page.getByText('Hands-free is off, so the assistant does not listen').first();
+        const hint = page.getByText('Hands-free is off: use the microphone').first();
         await hint.waitFor();
         await host.control('device', 'handsfree', 'on');
         await hint.waitFor({ state: 'detached' });

@@ -62,10 +62,11 @@ test.each([
             await press(page, 'Enter');
             const panel = page.getByRole('dialog');
             await panel.getByText(how).waitFor();
-            await panel.getByText('Now: Off').waitFor();
+            const now = panel.getByRole('status');
+            await now.getByText('Off').waitFor();
             await expectAccessible(page, `how ${key} is changed`);
             await host.control('device', command, 'on');
-            await panel.getByText('Changed: On').waitFor();
+            await now.getByText('On').waitFor();
             await press(page, 'Escape');
             await expectFocus(page, key);
             await row(page, key).locator('.value').getByText('On').waitFor();

@@ -1,7 +1,7 @@
 import type { Locator, Page } from 'playwright-core';
 
 import type { SectionId } from '../src/sections/rows';
-import { enterSection, expectFocus, goDownTo, press } from './settings';
+import { enterSection, expectFocus, focus, goDownTo, press, typeOver } from './settings';
 
 const keys = {
     Up: 'ArrowUp',
@@ -14,10 +14,27 @@ const keys = {
 
 /** Somebody with a remote control in front of a page. */
 export class Person {
+    /** How often a key was pressed. */
+    presses = 0;
+
     constructor(readonly page: Page) {}
 
     async press(...names: readonly (keyof typeof keys)[]): Promise<void> {
+        this.presses += names.length;
         await press(this.page, ...names.map((name) => keys[name]));
+    }
+
+    /** Presses one key until the focus is on this row. */
+    async pressUntil(name: keyof typeof keys, row: string): Promise<void> {
+        for (let steps = 0; steps < 500 && (await focus(this.page)).row !== row; steps += 1) {
+            await this.press(name);
+        }
+        await this.isAt(row);
+    }
+
+    /** Replaces the text of the focused field; letters are not counted, because they are up to the keyboard of the TV. */
+    async type(text: string): Promise<void> {
+        await typeOver(this.page, text);
     }
 
     /** Waits until these words are on the screen. */

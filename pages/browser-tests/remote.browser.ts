@@ -13,7 +13,6 @@ import {
     sectionIds,
     visitSettings,
 } from './settings';
-import { wide } from './visit';
 
 /** Fast, repeated and held keys of a remote control. */
 

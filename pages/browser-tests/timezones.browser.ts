@@ -183,7 +183,7 @@ test('cities that could not be loaded are loaded on request', async () => {
             await enterSection(page, 'language');
             await goDownTo(page, 'timezone');
             await press(page, 'Enter');
-            await page.getByText('The cities could not be loaded.').waitFor();
+            await page.getByText('The TV is not responding. Try again.').waitFor();
             await page.unroute('**/timezones/**');
             await press(page, 'Enter');
             await expectFocus(page, 'America/Vancouver');

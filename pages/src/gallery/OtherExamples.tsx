@@ -11,14 +11,25 @@ import { ChangeRow } from '../sections/ChangeRow';
 import { Example } from './Example';
 
 const nothing = () => undefined;
-const event = { key: 'deviceName', from: 'TV', to: 'Den', origin: 'page', client: 'phone', timestamp: 0, sequence: 1 } as const;
+const event = {
+    key: 'deviceName',
+    from: 'TV',
+    to: 'Den',
+    origin: 'page',
+    client: 'phone',
+    timestamp: 0,
+    sequence: 1,
+} as const;
 const sizes = ['Small', 'Medium', 'Large'].map((words) => ({ value: words, words }));
 
 /** Everything that is no row. */
 export function OtherExamples(): JSX.Element {
     return (
         <>
-            <Example title="a change, an introduction that was seen" state={{ values: { handsFreeAlwaysOnDiscovered: 'true' } }}>
+            <Example
+                title="a change, an introduction that was seen"
+                state={{ values: { handsFreeAlwaysOnDiscovered: 'true' } }}
+            >
                 <ChangeRow change={event} showsStatus={false} onUndo={nothing} />
                 <IntroductionRow setting="handsFreeAlwaysOnDiscovered" />
                 <IntroductionRow setting="pttAlwaysOnDiscovered" />

@@ -81,7 +81,7 @@ function Hint({ list }: { readonly list: Locales }): JSX.Element {
         if (list.pickedUp !== null) {
             const { locales, index } = list.pickedUp;
             const values = { name: nameOf(locales[index]), position: `${index + 1}`, count: `${locales.length}` };
-            return `${t('locale.position', values)} ${t('locale.carry')}`;
+            return t('locale.carry', values);
         }
         if (list.canUndo) {
             return t('locale.undo');

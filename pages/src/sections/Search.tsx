@@ -30,7 +30,7 @@ export function Search(): JSX.Element {
         >
             <Field
                 row="search-field"
-                label={t('search')}
+                label={t('section.search')}
                 text={typed}
                 onEdit={(text) => {
                     store.searched = text;

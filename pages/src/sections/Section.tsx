@@ -4,7 +4,6 @@ import { catalogue, type Kind, type SettingKey } from 'settings-client';
 import { ChoiceRow } from '../components/ChoiceRow';
 import { usePage } from '../components/context';
 import { EditRow } from '../components/EditRow';
-import { OnTvRow } from '../components/OnTvRow';
 import { IntroductionRow } from '../components/IntroductionRow';
 import { ReadOnlySetting } from '../components/ReadOnlyRow';
 import type { RowProps } from '../components/RowProps';
@@ -36,23 +35,23 @@ const rowOfSetting: Readonly<Partial<Record<SettingKey, (props: RowProps) => JSX
 
 /** The row for a setting; the kind decides, but for those that the page does not set, or sets in one way only. */
 function rowFor(setting: SettingKey): (props: RowProps) => JSX.Element {
-    if (isReadOnly(setting)) {
-        return OnTvRow;
+    if (rows[setting].isShownOnly === true || isReadOnly(setting)) {
+        return ReadOnlySetting;
     }
     const usual = isIntroduction(setting) ? IntroductionRow : rowOfKind[catalogue[setting].kind];
-    return rows[setting].isShownOnly === true ? ReadOnlySetting : (rowOfSetting[setting] ?? usual);
+    return rowOfSetting[setting] ?? usual;
 }
 
 function SettingRow({ setting }: { readonly setting: SettingKey }): JSX.Element {
     const { state, language } = usePage();
     const { t, about } = language;
-    const { parts, withoutHandsFree } = rows[setting];
-    const hint = state.values?.['handsFreeEnabled'] === 'true' ? undefined : withoutHandsFree;
+    const { parts, needsHandsFree } = rows[setting];
+    const isWithout = needsHandsFree === true && state.values?.['handsFreeEnabled'] !== 'true';
     const Row = rowFor(setting);
     return (
         <Row
             setting={setting}
-            about={hint === undefined ? about[setting] : `${about[setting]} ${t(hint)}`}
+            about={isWithout ? `${about[setting]} ${t('handsFree.off')}` : about[setting]}
             parts={parts?.map((part) => t(part))}
         />
     );

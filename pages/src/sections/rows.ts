@@ -8,8 +8,8 @@ interface Row {
     readonly parts?: readonly [TextKey, TextKey];
     /** Shown only, though a client may set it. */
     readonly isShownOnly?: true;
-    /** Said while hands-free is off. */
-    readonly withoutHandsFree?: TextKey;
+    /** Whether hands-free changes what it means. */
+    readonly needsHandsFree?: true;
 }
 
 export type SectionId = 'device' | 'language' | 'captions' | 'voice' | 'account' | 'search' | 'changes' | 'about';
@@ -29,9 +29,9 @@ export const rows: Readonly<Record<SettingKey, Row>> = {
     captionsStyles: { section: 'captions' },
     handsFreeEnabled: { section: 'voice' },
     doNotDisturbEnabled: { section: 'voice' },
-    handsFreeAlwaysOnEnabled: { section: 'voice', withoutHandsFree: 'handsFreeAlwaysOnEnabled.off' },
+    handsFreeAlwaysOnEnabled: { section: 'voice', needsHandsFree: true },
     handsFreeAlwaysOnDiscovered: { section: 'voice' },
-    pttAlwaysOnEnabled: { section: 'voice', withoutHandsFree: 'pttAlwaysOnEnabled.off' },
+    pttAlwaysOnEnabled: { section: 'voice', needsHandsFree: true },
     pttAlwaysOnDiscovered: { section: 'voice' },
     tovanEntitlementStatus: { section: 'account', isShownOnly: true },
 };

@@ -7,5 +7,4 @@ import './panels.css';
 import './messages.css';
 import './languages.css';
 import './captions.css';
-import './picker.css';
 import './timezones.css';

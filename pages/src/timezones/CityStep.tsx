@@ -1,6 +1,5 @@
 import type { JSX } from 'preact';
 
-import { usePage } from '../components/context';
 import { ZoneOption, type Choice } from './ZoneOption';
 import type { Region } from './zones';
 
@@ -13,7 +12,6 @@ interface Props {
 
 /** The cities of a region, and beside them the letters with which they begin. */
 export function CityStep({ region: { name, zones, letters }, choice, focusAt }: Props): JSX.Element {
-    const { t } = usePage().language;
     return (
         <div class="cities">
             <div data-column="cities" role="group" aria-label={name}>
@@ -21,7 +19,7 @@ export function CityStep({ region: { name, zones, letters }, choice, focusAt }: 
                     <ZoneOption key={zone.id} zone={zone} choice={choice} />
                 ))}
             </div>
-            <div class="letters" data-column="letters" role="group" aria-label={t('timezone.letters')}>
+            <div class="letters" data-column="letters">
                 {letters.map(({ label, start }) => (
                     <button
                         key={label}

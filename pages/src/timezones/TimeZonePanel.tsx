@@ -60,7 +60,7 @@ function Waiting({ hasFailed, onTryAgain }: WaitingProps): JSX.Element {
     return (
         <div data-row="retry">
             <p class="about" role="status">
-                {t(hasFailed ? 'timezone.failed' : 'loading')}
+                {t(hasFailed ? 'refused.no-reply' : 'loading')}
             </p>
             {hasFailed && (
                 <button ref={button} type="button" class="button" onClick={onTryAgain}>

@@ -15,33 +15,6 @@ export function localTime(zone: string, code: string, now: number): string {
     }
 }
 
-/** How long the work for times may hold up the next key, in milliseconds. */
-const slice = 8;
-const waiting = new Set<() => void>();
-
-function workSlice(): void {
-    const start = performance.now();
-    for (const task of waiting) {
-        waiting.delete(task);
-        task();
-        if (performance.now() - start > slice) {
-            break;
-        }
-    }
-    if (waiting.size > 0) {
-        setTimeout(workSlice);
-    }
-}
-
-/** Runs a task soon, in slices. Returns: a function that cancels it. */
-function runSoon(task: () => void): () => void {
-    if (waiting.size === 0) {
-        setTimeout(workSlice);
-    }
-    waiting.add(task);
-    return () => waiting.delete(task);
-}
-
 const minute = 60_000;
 
 /** The beginning of the present minute, in milliseconds since the epoch. */
@@ -61,15 +34,19 @@ export function useMinute(): number {
     return now - (now % minute);
 }
 
-/** The local time in a zone; empty until it is its turn, because the times of a hundred zones take long to make. */
+/**
+ * The local time in a zone; empty until it is its turn. Each zone has a timer of its own, because the times of a hundred zones
+ * together would keep the next key waiting.
+ */
 export function useLocalTime(zone: string, code: string, now: number): string {
     const [time, setTime] = useState('');
-    useEffect(
-        () =>
-            runSoon(() => {
-                setTime(localTime(zone, code, now));
-            }),
-        [zone, code, now],
-    );
+    useEffect(() => {
+        const timer = setTimeout(() => {
+            setTime(localTime(zone, code, now));
+        });
+        return () => {
+            clearTimeout(timer);
+        };
+    }, [zone, code, now]);
     return time;
 }
