@@ -4,8 +4,6 @@
 #include <string>
 #include <vector>
 
-#include <mosquitto.h>
-
 #include "fleet/FleetRound.h"
 #include "support/Arguments.h"
 #include "support/Results.h"
@@ -85,7 +83,6 @@ FleetEffort quickEffort() {
 }
 
 Results measure(const Arguments& arguments) {
-    ::mosquitto_lib_init();
     FleetEffort effort = arguments.quick ? quickEffort() : FleetEffort();
     if (!arguments.others.empty()) {
         effort.sizes = {std::stoul(arguments.others.front())};

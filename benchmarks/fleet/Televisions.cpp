@@ -9,7 +9,6 @@
 #include <utility>
 #include <vector>
 
-#include <mosquitto.h>
 #include <sys/epoll.h>
 #include <unistd.h>
 
@@ -197,7 +196,6 @@ int main(int count, char** texts) {
     if (count != 6) {
         return 2;
     }
-    ::mosquitto_lib_init();
     try {
         const Benchmarks::TelevisionOptions options{std::stoi(texts[3]), std::stoi(texts[4]),
                                                     std::chrono::milliseconds(std::stol(texts[5]))};
@@ -206,6 +204,5 @@ int main(int count, char** texts) {
         std::fprintf(stderr, "fleet-televisions: %s\n", error.what());
         return 1;
     }
-    ::mosquitto_lib_cleanup();
     return 0;
 }

@@ -21,8 +21,8 @@ public:
         }
         bridge.emplace(std::vector<std::string>{SETTINGS_DBUS, "--socket", folder / "settings.sock"},
                        std::map<std::string, std::string>{{"DBUS_SYSTEM_BUS_ADDRESS", bus.address()}});
-        // It logs that it has connected.
-        if (!bridge->errors().readLine()) {
+        // It logs that it has connected to the host, and then that it serves.
+        if (!bridge->errors().readLine() || !bridge->errors().readLine()) {
             throw std::runtime_error("the bridge did not start");
         }
     }

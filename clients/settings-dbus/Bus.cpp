@@ -11,17 +11,14 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::milliseconds shortestInterval{100};
-constexpr std::chrono::milliseconds longestInterval{5000};
+constexpr std::chrono::milliseconds attemptInterval{200};
 /// Messages in one turn.
 constexpr int maximumMessages = 64;
 
 }  // namespace
 
 Bus::Bus(bool isSession, std::vector<Object*> served, const SettingsBridge::Log& programLog)
-    : session(isSession), objects(std::move(served)), log(programLog), interval(shortestInterval) {
-    connect();
-}
+    : session(isSession), objects(std::move(served)), log(programLog) {}
 
 void Bus::connect() {
     sd_bus* opened = nullptr;
@@ -32,26 +29,25 @@ void Bus::connect() {
     }
     check((std::string("the bus does not give the name ") + serviceName).c_str(),
           sd_bus_request_name(opened, serviceName, 0));
-    interval = shortestInterval;
 }
 
-Bus::Wanted Bus::wanted() const {
+SettingsBridge::Source::Wanted Bus::wanted() const {
     if (!bus) {
         return {-1, 0, nextAttempt};
     }
-    Wanted wanted{sd_bus_get_fd(bus.get()), static_cast<short>(std::max(sd_bus_get_events(bus.get()), 0)),
-                  std::nullopt};
+    SettingsBridge::Source::Wanted wanted{sd_bus_get_fd(bus.get()),
+                                          static_cast<short>(std::max(sd_bus_get_events(bus.get()), 0)), std::nullopt};
     std::uint64_t time = UINT64_MAX;
     if (sd_bus_get_timeout(bus.get(), &time) >= 0 && time != UINT64_MAX) {
         // The clock of both is CLOCK_MONOTONIC.
-        wanted.time = Time(std::chrono::microseconds(time));
+        wanted.time = Clock::time_point(std::chrono::microseconds(time));
     }
     return wanted;
 }
 
 bool Bus::process() {
     if (!bus) {
-        return Clock::now() >= nextAttempt && connectAgain();
+        return connectAgain();
     }
     int result = 1;
     for (int count = 0; result > 0 && count < maximumMessages; ++count) {
@@ -78,8 +74,7 @@ bool Bus::connectAgain() {
 
 void Bus::waitToConnect() {
     bus.reset();
-    nextAttempt = Clock::now() + interval;
-    interval = std::min(2 * interval, longestInterval);
+    nextAttempt = Clock::now() + attemptInterval;
 }
 
 }  // namespace SettingsDbus

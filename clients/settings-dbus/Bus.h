@@ -1,7 +1,6 @@
 #pragma once
 
 #include <chrono>
-#include <memory>
 #include <vector>
 
 #include "Message.h"
@@ -15,21 +14,18 @@ class Object;
 /// The connection to the bus, which is made again when it was lost.
 class Bus {
 public:
-    using Time = SettingsBridge::Source::Time;
-    using Wanted = SettingsBridge::Source::Wanted;
-
-    /// Connects, and takes the name of the service. Errors: `BusError`.
     Bus(bool isSession, std::vector<Object*> objects, const SettingsBridge::Log& log);
 
+    /// Connects, and takes the name of the service. Errors: `BusError`.
+    void connect();
     /// Null while there is no connection.
     sd_bus* connection() const { return bus.get(); }
-    Wanted wanted() const;
+    SettingsBridge::Source::Wanted wanted() const;
     /// Takes a bounded number of messages, or connects again when it is time.
     /// Returns: whether the connection is a new one.
     bool process();
 
 private:
-    void connect();
     bool connectAgain();
     void waitToConnect();
 
@@ -37,8 +33,7 @@ private:
     const std::vector<Object*> objects;
     const SettingsBridge::Log& log;
     std::unique_ptr<sd_bus, decltype(&sd_bus_flush_close_unref)> bus{nullptr, &sd_bus_flush_close_unref};
-    std::chrono::milliseconds interval;
-    Time nextAttempt;
+    SettingsBridge::Source::Time nextAttempt;
 };
 
 }  // namespace SettingsDbus

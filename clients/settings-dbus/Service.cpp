@@ -19,6 +19,12 @@ public:
         : settings(host, log, [this](const auto& event, bool isFirst) { announce(event, isFirst); }),
           bus(options.session, {&preferences, &personal}, log) {}
 
+    void start() {
+        settings.tellChanges();
+        bus.connect();
+        settings.repeat();
+    }
+
     Wanted wanted() override {
         reportState();
         Wanted wanted = bus.wanted();
@@ -47,8 +53,8 @@ private:
                                                               : "connected to host and bus";
         if (state != reported) {
             reported = state;
-            SettingsBridge::notifyStatus(state);
             status.write(bus.connection() != nullptr && settings.isServed(), state);
+            SettingsBridge::notifyStatus(state);
         }
     }
 
@@ -76,9 +82,17 @@ void serve(const Options& options) {
     SettingsBridge::Loop loop;
     SettingsClient::Client client({"settings-dbus", SettingsBridge::socketsOf(options)});
     BusSource bus(options, client, log);
+    try {
+        // The values come first, so that a call that starts the program has them.
+        client.connect();
+    } catch (const std::runtime_error&) {
+        // The loop tries again.
+    }
+    bus.start();
     SettingsBridge::HostSource host(client);
     loop.add(bus);
     loop.add(host);
+    log.write(SettingsBridge::LogLevel::INFORMATION, "serving on the bus");
     SettingsBridge::notifyReady("serving on the bus");
     loop.run();
     SettingsBridge::notifyStopping();

@@ -31,7 +31,8 @@ Exit status: 0 stopped by SIGINT or SIGTERM, 1 start failed or the host is unusa
 
 /// Made from the machine id, which cannot be found out from it. Errors: `std::runtime_error` on a machine without one.
 std::string idOfMachine() {
-    constexpr sd_id128_t application = SD_ID128_MAKE(ad, 75, 4e, 8b, fa, b2, 45, 79, ae, b2, af, c6, 51, 26, a6, 49);
+    constexpr sd_id128_t application{
+        {0xad, 0x75, 0x4e, 0x8b, 0xfa, 0xb2, 0x45, 0x79, 0xae, 0xb2, 0xaf, 0xc6, 0x51, 0x26, 0xa6, 0x49}};
     sd_id128_t id{};
     if (sd_id128_get_machine_app_specific(application, &id) < 0) {
         throw std::runtime_error("this machine has no id in /etc/machine-id: give --id");
@@ -96,6 +97,9 @@ void readCredentials(const std::string& path, MosquittoOptions& broker) {
     std::ifstream file(path);
     std::getline(file, broker.user);
     std::getline(file, broker.password);
+    if (broker.user.empty()) {
+        throw std::runtime_error("--credentials: " + path + " has no user in its first line");
+    }
 }
 
 std::chrono::milliseconds milliseconds(double seconds) {

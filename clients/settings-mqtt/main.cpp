@@ -54,11 +54,11 @@ public:
             saving = std::chrono::steady_clock::now() + savingPause;
         }
         const std::string now = client.isConnected()
-                                    ? broker.isConnected() ? "Connected to host and broker" : "Waiting for the broker"
-                                    : "Waiting for the host";
+                                    ? broker.isConnected() ? "connected to host and broker" : "waiting for the broker"
+                                    : "waiting for the host";
         if (std::exchange(status, now) != now) {
-            SettingsBridge::notifyStatus(now);
             file.write(client.isConnected() && broker.isConnected(), now);
+            SettingsBridge::notifyStatus(now);
         }
         return {-1, 0, saving};
     }
@@ -123,7 +123,7 @@ void run(Options options) {
     loop.add(host);
     loop.add(*broker);
     log.write(SettingsBridge::LogLevel::INFORMATION, "this device is settings/" + options.bridge.id);
-    SettingsBridge::notifyReady("Waiting for the host");
+    SettingsBridge::notifyReady("waiting for the host");
     loop.run();
     SettingsBridge::notifyStopping();
     bridge->stop();

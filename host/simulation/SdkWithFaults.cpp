@@ -6,21 +6,13 @@
 
 namespace SettingsHost {
 
-namespace {
-
-std::string keyOf(SettingsHandler::SettingsNamesType type) {
-    return SettingsHandler::settingNameFromType(type);
-}
-
-}  // namespace
-
 SdkWithFaults::SdkWithFaults(std::shared_ptr<teskVessa::SDKBridgeInterface> otherBridge,
                              std::shared_ptr<const Faults> faultsOfHost,
                              std::function<void(std::chrono::milliseconds)> blockingSleep)
     : bridge(std::move(otherBridge)), faults(std::move(faultsOfHost)), sleep(std::move(blockingSleep)) {}
 
 void SdkWithFaults::setHandsFreeEnabled(bool enabled) {
-    if (!refuses(keyOf(SettingsHandler::HANDS_FREE_ENABLED))) {
+    if (!refuses(settingNameFromType(SettingsHandler::HANDS_FREE_ENABLED))) {
         called().setHandsFreeEnabled(enabled);
     }
 }
@@ -30,7 +22,7 @@ bool SdkWithFaults::applySetting(std::string settingDBId, std::string value) {
 }
 
 void SdkWithFaults::setTimezone(std::string timezone) {
-    if (!refuses(keyOf(SettingsHandler::TIMEZONE))) {
+    if (!refuses(settingNameFromType(SettingsHandler::TIMEZONE))) {
         called().setTimezone(std::move(timezone));
     }
 }
@@ -40,7 +32,7 @@ std::string SdkWithFaults::getTimezone() {
 }
 
 void SdkWithFaults::setLocales(std::vector<std::string> locales) {
-    if (!refuses(keyOf(SettingsHandler::ORLIA_LOCALE))) {
+    if (!refuses(settingNameFromType(SettingsHandler::ORLIA_LOCALE))) {
         called().setLocales(std::move(locales));
     }
 }

@@ -9,10 +9,6 @@ namespace SettingsHost {
 
 namespace {
 
-std::string keyOf(SettingsHandler::SettingsNamesType type) {
-    return SettingsHandler::settingNameFromType(type);
-}
-
 std::string booleanText(bool value) {
     return value ? "true" : "false";
 }
@@ -46,10 +42,10 @@ SimulatedSdkBridge::SimulatedSdkBridge(SettingsHandlerKit::StateStore& store,
 }
 
 void SimulatedSdkBridge::readState() {
-    localesText = state.load(keyOf(SettingsHandler::ORLIA_LOCALE)).value_or(R"(["en-US"])");
-    currentTimezone = state.load(keyOf(SettingsHandler::TIMEZONE)).value_or("America/Vancouver");
-    captionsEnabled = state.load(keyOf(SettingsHandler::CAPTIONS_ENABLED)).value_or("false");
-    doNotDisturbEnabled = state.load(keyOf(SettingsHandler::DO_NOT_DISTURB_ENABLED)).value_or("false");
+    localesText = state.load(settingNameFromType(SettingsHandler::ORLIA_LOCALE)).value_or(R"(["en-US"])");
+    currentTimezone = state.load(settingNameFromType(SettingsHandler::TIMEZONE)).value_or("America/Vancouver");
+    captionsEnabled = state.load(settingNameFromType(SettingsHandler::CAPTIONS_ENABLED)).value_or("false");
+    doNotDisturbEnabled = state.load(settingNameFromType(SettingsHandler::DO_NOT_DISTURB_ENABLED)).value_or("false");
 }
 
 void SimulatedSdkBridge::setHandsFreeEnabled(bool enabled) {
@@ -70,7 +66,7 @@ bool SimulatedSdkBridge::applySetting(std::string settingDBId, std::string value
 }
 
 bool SimulatedSdkBridge::applyFriendlyName(const std::string& name) {
-    const std::string key = keyOf(SettingsHandler::FRIENDLY_NAME);
+    const std::string key = settingNameFromType(SettingsHandler::FRIENDLY_NAME);
     std::string current;
     storage.getValue(key, current);
     if (current == name) {
@@ -84,7 +80,7 @@ bool SimulatedSdkBridge::applyFriendlyName(const std::string& name) {
 }
 
 void SimulatedSdkBridge::setTimezone(std::string timezone) {
-    save(keyOf(SettingsHandler::TIMEZONE), currentTimezone, timezone);
+    save(settingNameFromType(SettingsHandler::TIMEZONE), currentTimezone, timezone);
 }
 
 std::string SimulatedSdkBridge::getTimezone() {
@@ -92,7 +88,8 @@ std::string SimulatedSdkBridge::getTimezone() {
 }
 
 void SimulatedSdkBridge::setLocales(std::vector<std::string> locales) {
-    save(keyOf(SettingsHandler::ORLIA_LOCALE), localesText, Utils::RapidjsonUtil::stringifyVector(locales));
+    save(settingNameFromType(SettingsHandler::ORLIA_LOCALE), localesText,
+         Utils::RapidjsonUtil::stringifyVector(locales));
 }
 
 std::vector<std::string> SimulatedSdkBridge::getLocales() {
@@ -108,11 +105,12 @@ bool SimulatedSdkBridge::isDoNotDisturbEnabled() {
 }
 
 bool SimulatedSdkBridge::setCaptionsEnabled(bool enabled) {
-    return save(keyOf(SettingsHandler::CAPTIONS_ENABLED), captionsEnabled, booleanText(enabled));
+    return save(settingNameFromType(SettingsHandler::CAPTIONS_ENABLED), captionsEnabled, booleanText(enabled));
 }
 
 bool SimulatedSdkBridge::setDoNotDisturbEnabled(bool enabled) {
-    return save(keyOf(SettingsHandler::DO_NOT_DISTURB_ENABLED), doNotDisturbEnabled, booleanText(enabled));
+    return save(settingNameFromType(SettingsHandler::DO_NOT_DISTURB_ENABLED), doNotDisturbEnabled,
+                booleanText(enabled));
 }
 
 bool SimulatedSdkBridge::changeByItself(const std::string& settingDBId) {

@@ -64,6 +64,11 @@ void Bridge::readCatalogue() {
         const std::string key = setting.key;
         settings.emplace(key, std::move(setting));
     }
+    for (const auto& key : options.included) {
+        if (settings.count(key) == 0) {
+            options.log(2, "--include: the host has no setting " + key);
+        }
+    }
 }
 
 void Bridge::hostConnected() {

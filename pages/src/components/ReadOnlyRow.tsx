@@ -14,16 +14,20 @@ interface Props {
     /** The name of the row in `data-row`. */
     readonly row: string;
     readonly name: string;
-    readonly value: string;
+    readonly value: ComponentChildren;
+    readonly tools?: ComponentChildren;
     readonly explanation?: ComponentChildren;
+    readonly children?: ComponentChildren;
 }
 
 /** A value that the page only shows. It takes the focus all the same, and Enter explains it. */
-export function ReadOnlyRow({ row, name, value, explanation }: Props): JSX.Element {
+export function ReadOnlyRow({ children, ...props }: Props): JSX.Element {
     const { t } = usePage().language;
+    const { name, value, explanation } = props;
     const panel = useDialog();
     return (
-        <Row kind="shows" row={row} name={name} value={value} explanation={explanation} opensDialog onUse={panel.open}>
+        <Row kind="shows" {...props} opensDialog onUse={panel.open}>
+            {children}
             {panel.isOpen && (
                 <Panel title={name} onClose={panel.close}>
                     <div class="about">{explanation}</div>

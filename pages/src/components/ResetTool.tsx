@@ -1,9 +1,9 @@
 import type { JSX } from 'preact';
 import { catalogue, type SettingKey } from 'settings-client';
 
-import { Icon } from '../icons';
 import { wordsFor } from '../settings/format';
 import { usePage } from './context';
+import { Tool } from './Tool';
 
 /** Sets the default of a setting. It is there as long as the setting has another value. */
 export function ResetTool({ setting }: { readonly setting: SettingKey }): JSX.Element | null {
@@ -14,16 +14,12 @@ export function ResetTool({ setting }: { readonly setting: SettingKey }): JSX.El
         return null;
     }
     return (
-        <button
-            type="button"
-            class="tool"
-            data-tool="reset"
-            onClick={() => {
+        <Tool
+            tool="reset"
+            words={language.t('reset', { value: wordsFor(setting, initial, language) })}
+            onUse={() => {
                 void store.set(setting, initial, true);
             }}
-        >
-            <Icon name="undo" />
-            {language.t('reset', { value: wordsFor(setting, initial, language) })}
-        </button>
+        />
     );
 }

@@ -1,6 +1,6 @@
 import type { JSX } from 'preact';
 
-import { deviceSwitches, forms, textsOf, type Command, type FormEntry } from './commands';
+import { commandOf, deviceSwitches, forms, textsOf, type Command, type FormEntry } from './commands';
 import { Field } from './Field';
 import { SwitchButton } from './SwitchButton';
 import type { DeviceState } from './store';
@@ -39,14 +39,14 @@ export function CommandPanel({ state, run }: Props): JSX.Element {
 
 /** A row of fields with its button. The fields keep their text, so that a command is easily repeated. */
 function CommandForm({ form, run }: Pick<Props, 'run'> & { readonly form: FormEntry }): JSX.Element {
-    const { submit, of, fields, commandOf } = form;
+    const { submit, of, fields } = form;
     return (
         <form
             class="device-form"
             data-row={of}
             onSubmit={(event) => {
                 event.preventDefault();
-                run(commandOf(textsOf(event.currentTarget)));
+                run(commandOf(form, textsOf(event.currentTarget)));
             }}
         >
             {fields.map((field) => (

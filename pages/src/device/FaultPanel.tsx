@@ -37,24 +37,25 @@ function FaultForm({ fault, run }: Pick<Props, 'run'> & { readonly fault: Fault 
                 run(faultCommand(fault, textsOf(event.currentTarget)[0] ?? ''));
             }}
         >
-            {fault.takesValue && <FaultValue fault={fault} label={`Value of ${name}`} />}
+            <FaultValue fault={fault} label={`Value of ${name}`} />
             {fault.once ? <button type="submit">{name}</button> : <SwitchButton label={name} checked={fault.on} />}
             <p>{visible(fault.description)}</p>
         </form>
     );
 }
 
-function FaultValue({ fault, label }: { readonly fault: Fault; readonly label: string }): JSX.Element {
-    const { value, settings } = fault;
-    return settings.length === 0 ? (
-        <input type="text" aria-label={label} placeholder={`${value} ms`} autocomplete="off" />
-    ) : (
-        <select aria-label={label}>
-            {settings.map((key) => (
-                <option key={key} selected={key === value}>
-                    {key}
-                </option>
-            ))}
-        </select>
-    );
+function FaultValue({ fault, label }: { readonly fault: Fault; readonly label: string }): JSX.Element | null {
+    const { kind, value = fault.default, settings } = fault;
+    if (settings) {
+        return (
+            <select aria-label={label}>
+                {settings.map((key) => (
+                    <option key={key} selected={key === value}>
+                        {key}
+                    </option>
+                ))}
+            </select>
+        );
+    }
+    return kind === 'milliseconds' ? <input aria-label={label} placeholder={`${value} ms`} autocomplete="off" /> : null;
 }

@@ -4,7 +4,7 @@ import type { FieldEntry } from './commands';
 
 /** A text with its label, and values that are offered while typing. */
 export function Field({ label, hint, choices }: FieldEntry): JSX.Element {
-    const list = choices && `choices-${label.replace(/\W/g, '-')}`;
+    const list = choices && label.replaceAll(' ', '-');
     return (
         <label>
             <span>{label}</span>

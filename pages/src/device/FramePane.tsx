@@ -8,9 +8,6 @@ import { pretty, timeOfDay, visible } from './format';
 import type { Message } from './messageLog';
 import type { DeviceStore } from './store';
 
-/** How many characters of a frame are shown; the clipboard gets all of it. */
-const maxShown = 20_000;
-
 interface Props {
     readonly exchange: Exchange;
     readonly store: DeviceStore;
@@ -58,11 +55,9 @@ export function FramePane({ exchange: { first, answers, missing }, store }: Prop
 }
 
 function Frames({ label, messages }: { readonly label: string; readonly messages: readonly Message[] }): JSX.Element {
-    const whole = messages.map(({ text }) => pretty(text)).join('\n');
     return (
         <pre tabIndex={0} role="region" aria-label={label}>
-            {whole.slice(0, maxShown)}
-            {whole.length > maxShown && `\n… ${whole.length - maxShown} more characters; copy the frame to see all`}
+            {messages.map(({ text }) => pretty(text)).join('\n')}
         </pre>
     );
 }

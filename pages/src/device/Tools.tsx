@@ -45,15 +45,8 @@ export function Tools({ store, log, shown }: Props): JSX.Element {
             <p>
                 {messages.length} of {log.messages.length}
             </p>
-            <p role="status">{pauseText(log)}</p>
+            <p role="status">{log.paused && `Paused: ${log.waiting} new`}</p>
             <p role="status">{store.view.copied}</p>
         </div>
     );
-}
-
-function pauseText({ paused, waiting, lost }: LogView): string {
-    if (!paused) {
-        return '';
-    }
-    return `Paused: ${waiting} new` + (lost === 0 ? '' : `, ${lost} of them dropped`);
 }

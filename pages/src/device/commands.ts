@@ -22,57 +22,65 @@ export const deviceSwitches: readonly DeviceSwitch[] = [
 /** The keys that a device reports as system settings, offered while typing; any other key may be typed too. */
 export const reportedKeys: readonly string[] = settingKeys.filter((key) => !isReadOnly(key)).sort();
 
-/** The locales in `text`, separated by commas or blanks. */
-export function localesIn(text: string): readonly string[] {
-    return text.split(/[\s,]+/).filter((locale) => locale !== '');
-}
-
 export interface FieldEntry {
+    /** The member of the command that it becomes. */
+    readonly member: 'key' | 'value' | 'values';
     readonly label: string;
     readonly hint: string;
     readonly choices?: readonly string[];
+}
+
+/** A form of the page, and the command that it sends. */
+export interface FormEntry {
+    readonly command: string;
+    /** The text of the button, and its object, for screen readers. */
+    readonly submit: string;
+    readonly of: string;
+    readonly fields: readonly FieldEntry[];
+}
+
+export const forms: readonly FormEntry[] = [
+    {
+        command: 'locale',
+        submit: 'Change',
+        of: 'locale',
+        fields: [{ member: 'value', label: 'Locale', hint: 'fr-FR' }],
+    },
+    {
+        command: 'locales',
+        submit: 'Change',
+        of: 'locales',
+        fields: [{ member: 'values', label: 'Locales, primary first', hint: 'fr-FR, en-US' }],
+    },
+    {
+        command: 'timezone',
+        submit: 'Change',
+        of: 'time zone',
+        fields: [
+            { member: 'value', label: 'Time zone', hint: 'Europe/Paris', choices: Intl.supportedValuesOf('timeZone') },
+        ],
+    },
+    {
+        command: 'setting',
+        submit: 'Report',
+        of: 'setting',
+        fields: [
+            { member: 'key', label: 'System setting', hint: 'deviceName', choices: reportedKeys },
+            { member: 'value', label: 'Value', hint: 'Den' },
+        ],
+    },
+];
+
+/** The command of a form; values may be separated by commas or blanks. */
+export function commandOf({ command, fields }: FormEntry, texts: readonly string[]): Command {
+    const members = fields.map(({ member }, index) => {
+        const text = texts[index] ?? '';
+        return [member, member === 'values' ? (text.match(/[^\s,]+/g) ?? []) : text] as const;
+    });
+    return { command, ...Object.fromEntries(members) };
 }
 
 /** The texts of the fields of a form. */
 export function textsOf(form: HTMLFormElement): readonly string[] {
     return [...form.querySelectorAll<HTMLInputElement>('input, select')].map(({ value }) => value.trim());
 }
-
-/** A form of the page, and the command that it sends. */
-export interface FormEntry {
-    /** The text of the button, and its object, for screen readers. */
-    readonly submit: string;
-    readonly of: string;
-    readonly fields: readonly FieldEntry[];
-    readonly commandOf: (values: readonly string[]) => Command;
-}
-
-export const forms: readonly FormEntry[] = [
-    {
-        submit: 'Change',
-        of: 'locale',
-        fields: [{ label: 'Locale', hint: 'fr-FR' }],
-        commandOf: ([value = '']) => ({ command: 'locale', value: value.trim() }),
-    },
-    {
-        submit: 'Change',
-        of: 'locales',
-        fields: [{ label: 'Locales, primary first', hint: 'fr-FR, en-US' }],
-        commandOf: ([text = '']) => ({ command: 'locales', values: localesIn(text) }),
-    },
-    {
-        submit: 'Change',
-        of: 'time zone',
-        fields: [{ label: 'Time zone', hint: 'Europe/Paris', choices: Intl.supportedValuesOf('timeZone') }],
-        commandOf: ([value = '']) => ({ command: 'timezone', value: value.trim() }),
-    },
-    {
-        submit: 'Report',
-        of: 'setting',
-        fields: [
-            { label: 'System setting', hint: 'deviceName', choices: reportedKeys },
-            { label: 'Value', hint: 'Den' },
-        ],
-        commandOf: ([key = '', value = '']) => ({ command: 'setting', key, value }),
-    },
-];

@@ -21,7 +21,7 @@ export const answerTime = 5_000;
 /** A refusal and a reply of the device name no request: they answer the oldest one. */
 function isAnswer(message: Message, request: Message): boolean {
     return (
-        message.kind === 'refusal' ||
+        message.kind === 'error' ||
         message.listener === 'device' ||
         message.ids.some((id) => id !== undefined && request.ids.includes(id))
     );
@@ -29,7 +29,7 @@ function isAnswer(message: Message, request: Message): boolean {
 
 /** Whether the last answer completes them; a refusal of a whole batch has no index. */
 function isWhole({ first, answers }: Pending, last: Message): boolean {
-    return answers.length >= first.asks || (last.kind === 'refusal' && !last.text.includes('"index":'));
+    return answers.length >= first.asks || (last.kind === 'error' && !last.text.includes('"index":'));
 }
 
 /** Adds an answer to its request. The host answers in order, so requests before it get none. Returns: false without a request. */

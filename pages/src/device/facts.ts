@@ -43,7 +43,7 @@ export function factsOf({ text, direction, listener }: Pick<Trace, 'text' | 'dir
         words: summary(kind === 'other' ? text : wordsOf(frame, direction)),
         ids: kind === 'event' ? [] : [frame, ...requestsOf(frame)].map(({ messageId }) => messageId),
         asks: isRequest ? asksOf(frame) : 0,
-        refused: kind === 'refusal' || part(frame, 'payload')['outcome'] === 'refused',
+        refused: kind === 'error' || part(frame, 'payload')['outcome'] === 'refused',
         name: typeof name === 'string' ? name : null,
     };
 }

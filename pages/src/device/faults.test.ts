@@ -39,9 +39,6 @@ test('another value replaces that of a fault that is on; the same value switches
     expect(commandOf('sdk-slow', '', on)).toMatchObject({ enabled: false });
 });
 
-test('a host that does not know the command has no faults; an unknown kind is a switch', () => {
+test('a host that does not know the command has no faults', () => {
     expect(faultsOf({ error: { code: 'unknown-command', message: 'no' } })).toEqual([]);
-    expect(faultsOf({ faults: [{ name: 'new', kind: 'colour', description: 'd', on: true }] })).toEqual([
-        { name: 'new', description: 'd', on: true, once: false, takesValue: false, value: '', settings: [] },
-    ]);
 });

@@ -56,8 +56,5 @@ const clock = new Intl.DateTimeFormat('en-GB', { timeStyle: 'medium' });
 
 /** The local time of day, with milliseconds. */
 export function timeOfDay(timestamp: number): string {
-    const time = new Date(timestamp);
-    return Number.isNaN(time.getTime())
-        ? '–'
-        : `${clock.format(time)}.${String(time.getMilliseconds()).padStart(3, '0')}`;
+    return `${clock.format(timestamp)}.${String(timestamp % 1000).padStart(3, '0')}`;
 }

@@ -16,14 +16,12 @@ export interface LogView {
     readonly paused: boolean;
     /** The number of messages since the pause began. */
     readonly waiting: number;
-    /** The number of those that the log no longer holds. */
-    readonly lost: number;
     /** The time and the connection of this page to the host that are shown. */
     readonly time: number;
     readonly link: number;
 }
 
-/** How many connections' names are remembered. */
+/** How many connections' names are remembered; then all are forgotten. */
 const maxNames = 512;
 
 /**
@@ -49,7 +47,7 @@ export class MessageLog {
             this.names.set(connectionOf(trace), facts.name);
         }
         if (this.names.size > maxNames) {
-            this.names.delete([...this.names.keys()][0] ?? '');
+            this.names.clear();
         }
         const message = { ...trace, ...facts, name, serial: this.total, arrived: this.now(), link: this.link };
         this.kept = [...this.kept, message].slice(-this.capacity);
@@ -76,12 +74,10 @@ export class MessageLog {
     }
 
     view(): LogView {
-        const waiting = this.pause === null ? 0 : this.total - this.pause.total;
         return {
             messages: this.pause?.messages ?? this.kept,
             paused: this.pause !== null,
-            waiting,
-            lost: Math.max(0, waiting - this.capacity),
+            waiting: this.pause === null ? 0 : this.total - this.pause.total,
             time: this.pause?.time ?? this.now(),
             link: this.pause?.link ?? this.link,
         };

@@ -3,9 +3,6 @@ export type Direction = 'in' | 'out';
 export type Listener = 'socket' | 'page' | 'device' | 'all';
 export type Frame = Readonly<Record<string, unknown>>;
 
-const directions: readonly Direction[] = ['in', 'out'];
-const listeners: readonly Listener[] = ['socket', 'page', 'device', 'all'];
-
 /** A frame that passed through the host. */
 export interface Trace {
     /** Milliseconds since the epoch, by the clock of the host. */
@@ -32,19 +29,13 @@ export function parseObject(text: string): Frame | null {
     }
 }
 
-/** The trace in `frame`; null when it is another frame or lacks a member. */
-export function traceOf(frame: Frame): Trace | null {
-    const trace = frame['trace'];
+/** The trace in `frame`; null when it is another frame. */
+export function traceOf({ trace }: Frame): Trace | null {
     if (!isRecord(trace)) {
         return null;
     }
-    const { timestamp, text, client } = trace;
-    const direction = directions.find((known) => known === trace['direction']);
-    const listener = listeners.find((known) => known === trace['door']);
-    if (typeof timestamp !== 'number' || typeof text !== 'string' || !direction || !listener) {
-        return null;
-    }
-    return { timestamp, direction, listener, client: typeof client === 'number' ? client : null, text };
+    const { door, ...members } = trace;
+    return { ...members, listener: door } as unknown as Trace;
 }
 
 /** The connection that a frame passed, such as "socket-7"; "all" for a frame to every client. */

@@ -1,6 +1,5 @@
 import { beforeEach, expect, test } from 'vitest';
 
-import { localesIn } from './commands';
 import type { Frame, Trace } from './messages';
 import { DeviceSession } from './session';
 
@@ -33,12 +32,6 @@ test('commands get their replies in order, with traces between them', () => {
     expect(traces).toHaveLength(2);
 });
 
-test('a malformed trace is neither passed on nor taken for a reply', () => {
-    session.request({ command: 'fly' }, note);
-    session.received('{"trace":{"direction":"sideways"}}');
-    expect([traces, replies]).toEqual([[], []]);
-});
-
 test('a lost connection fails pending commands and later ones', () => {
     session.request({ command: 'fly' }, note);
     session.closed();
@@ -57,9 +50,4 @@ test('after a reconnect a reply belongs to the new command', () => {
     session.request({ command: 'fly' }, note);
     session.received('{"ok":true}');
     expect(replies).toEqual(['{"ok":true}']);
-});
-
-test('locales may be separated by commas and blanks', () => {
-    expect(localesIn(' fr-FR, en-US\nde-DE ,')).toEqual(['fr-FR', 'en-US', 'de-DE']);
-    expect(localesIn(' ')).toEqual([]);
 });

@@ -44,12 +44,10 @@ export class DeviceSession {
 
     received(text: string): void {
         const frame = parseObject(text) ?? {};
-        if (!('trace' in frame)) {
-            this.pending.shift()?.(frame);
-            return;
-        }
         const trace = traceOf(frame);
-        if (trace !== null) {
+        if (trace === null) {
+            this.pending.shift()?.(frame);
+        } else {
             this.traced(trace);
         }
     }

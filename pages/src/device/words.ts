@@ -43,7 +43,7 @@ const answers: typeof requests = {
     event: ({ client, origin }, { settingDBId, from, to }) =>
         `${say(settingDBId)}: ${say(from)} → ${say(to)}, by ${say(client ?? origin)}`,
     notice: (frame) => `Read again: ${say(part(frame, 'notice')['reread'])}`,
-    refusal: (frame) => {
+    error: (frame) => {
         const { code, message, index } = part(frame, 'error');
         return `refused, ${say(code)}: ${say(message)}` + (index === undefined ? '' : `, index ${say(index)}`);
     },
@@ -51,7 +51,7 @@ const answers: typeof requests = {
         const { run, ...others } = part(frame, 'hello');
         return say(others);
     },
-    reply: ({ changed }) => (changed === false ? 'unchanged' : 'done'),
+    ok: ({ changed }) => (changed === false ? 'unchanged' : 'done'),
 };
 
 /** What a frame says, in words. */

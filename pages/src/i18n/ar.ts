@@ -118,8 +118,6 @@ export const ar: Translation = {
         'changes.none': 'لا توجد تغييرات حديثة',
         'change.values': 'من «{from}» إلى «{to}»',
         undo: 'تراجع',
-        'undo.done': 'تم التراجع',
-        'undo.none': 'لا يمكن التراجع عن هذا هنا.',
 
         'about.host': 'خدمة الإعدادات',
         'about.wire': 'الاتصال',

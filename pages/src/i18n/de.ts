@@ -117,8 +117,6 @@ export const de: Translation = {
         'changes.none': 'Keine letzten Änderungen',
         'change.values': 'Von „{from}“ zu „{to}“',
         undo: 'Rückgängig',
-        'undo.done': 'Rückgängig gemacht',
-        'undo.none': 'Das lässt sich hier nicht rückgängig machen.',
 
         'about.host': 'Einstellungsdienst',
         'about.wire': 'Verbindung',

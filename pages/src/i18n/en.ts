@@ -121,8 +121,6 @@ const texts = {
     'changes.none': 'No recent changes',
     'change.values': 'From “{from}” to “{to}”',
     undo: 'Undo',
-    'undo.done': 'Undone',
-    'undo.none': 'You cannot undo this here.',
 
     'about.host': 'Settings service',
     'about.wire': 'Connection',

@@ -118,8 +118,6 @@ export const es: Translation = {
         'changes.none': 'No hay cambios recientes',
         'change.values': 'De «{from}» a «{to}»',
         undo: 'Deshacer',
-        'undo.done': 'Deshecho',
-        'undo.none': 'Esto no se puede deshacer aquí.',
 
         'about.host': 'Servicio de ajustes',
         'about.wire': 'Conexión',

@@ -118,8 +118,6 @@ export const fr: Translation = {
         'changes.none': 'Aucune modification récente',
         'change.values': 'De « {from} » à « {to} »',
         undo: 'Annuler la modification',
-        'undo.done': 'Modification annulée',
-        'undo.none': 'Cette modification ne s’annule pas ici.',
 
         'about.host': 'Service de paramètres',
         'about.wire': 'Connexion',

@@ -117,8 +117,6 @@ export const ja: Translation = {
         'changes.none': '最近の変更はありません',
         'change.values': '「{from}」から「{to}」へ',
         undo: '元に戻す',
-        'undo.done': '元に戻しました',
-        'undo.none': 'ここでは元に戻せません。',
 
         'about.host': '設定サービス',
         'about.wire': '接続',

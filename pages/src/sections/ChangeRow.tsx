@@ -2,13 +2,13 @@ import type { JSX } from 'preact';
 import type { ChangeEvent } from 'settings-client';
 
 import { usePage } from '../components/context';
-import { Row } from '../components/Row';
+import { ReadOnlyRow } from '../components/ReadOnlyRow';
 import { RowStatus } from '../components/RowStatus';
-import { useDialog } from '../components/useDialog';
-import type { Language } from '../i18n/language';
+import { Tool } from '../components/Tool';
+import { isReadOnly } from '../settings/catalogue';
 import { changedBy } from '../settings/changedBy';
 import { nameOfSetting, wordsFor } from '../settings/format';
-import { UndoDialog } from './UndoDialog';
+import { rows } from './rows';
 
 interface Props {
     readonly change: ChangeEvent;
@@ -17,31 +17,26 @@ interface Props {
     readonly onUndo: () => void;
 }
 
-/** The values of a change in words. */
-export function valuesOf({ key, from, to }: ChangeEvent, language: Language): string {
-    return language.t('change.values', { from: wordsFor(key, from, language), to: wordsFor(key, to, language) });
-}
-
-/** A change: of what, from what to what, by whom and when. Enter offers to undo it. */
+/** A change: of what, from what to what, by whom and when. It can be undone while the setting has another value. */
 export function ChangeRow({ change, showsStatus, onUndo }: Props): JSX.Element {
-    const { language } = usePage();
-    const dialog = useDialog();
+    const { state, language } = usePage();
+    const { t } = language;
+    const { key, from, to, sequence } = change;
+    const isSetHere = !isReadOnly(key) && rows[key].isShownOnly !== true;
+    const words = (value: string) => wordsFor(key, value, language);
     return (
-        <Row
-            kind="opens"
-            row={`change-${change.sequence}`}
-            name={nameOfSetting(change.key, language)}
+        <ReadOnlyRow
+            row={`change-${sequence}`}
+            name={nameOfSetting(key, language)}
             value={
                 <>
-                    {valuesOf(change, language)}
+                    {t('change.values', { from: words(from), to: words(to) })}
                     <span class="change">{changedBy(change, language)}</span>
                 </>
             }
-            opensDialog
-            onUse={dialog.open}
+            tools={isSetHere && state.values?.[key] !== from && <Tool tool="undo" words={t('undo')} onUse={onUndo} />}
         >
-            {showsStatus && <RowStatus setting={change.key} />}
-            {dialog.isOpen && <UndoDialog change={change} onClose={dialog.close} onUndo={onUndo} />}
-        </Row>
+            {showsStatus && <RowStatus setting={key} />}
+        </ReadOnlyRow>
     );
 }

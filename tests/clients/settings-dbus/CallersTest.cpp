@@ -1,4 +1,5 @@
 #include <memory>
+#include <numeric>
 
 #include <systemd/sd-bus.h>
 
@@ -19,7 +20,7 @@ protected:
         fake.emplace(socketPath());
         bridge.emplace(Words{SETTINGS_DBUS_PROGRAM}, environment());
         fake->accept();
-        waitForLog("connected to");
+        waitForLog("serving");
     }
     Bus connect() const {
         sd_bus* opened = nullptr;
@@ -120,11 +121,15 @@ TEST_F(DbusCallers, ThatFloodTheBridgeLeaveTheOthersServed) {
         sd_bus_process(other.get(), nullptr);
     }
     EXPECT_EQ(ownResults, (std::map<std::string, int>{{"done", 1}}));
-    while (results["done"] + results["org.freedesktop.DBus.Error.LimitsExceeded"] < calls) {
-        if (sd_bus_process(flooding.get(), nullptr) == 0 && sd_bus_wait(flooding.get(), 1000) == 0) {
-            fake->answer(fake->nextChange(), R"("outcome":"unchanged")");
+    // What still waits ends with the host.
+    fake.reset();
+    const auto answered = [&] {
+        return std::accumulate(results.begin(), results.end(), 0,
+                               [](int sum, const auto& entry) { return sum + entry.second; });
+    };
+    while (answered() < calls && sd_bus_wait(flooding.get(), UINT64_MAX) >= 0) {
+        while (sd_bus_process(flooding.get(), nullptr) > 0) {
         }
     }
     EXPECT_GT(results["org.freedesktop.DBus.Error.LimitsExceeded"], calls / 2);
-    EXPECT_GE(results["done"], 16);
 }

@@ -30,7 +30,7 @@ protected:
         fake.emplace(socketPath());
         bridge.emplace(Words{SETTINGS_DBUS_PROGRAM}, environment());
         fake->accept();
-        waitForLog("connected to");
+        waitForLog("serving");
     }
     /// Calls while the host answers the change with `members`.
     std::string errorFor(const std::string& members, const Words& arguments) {
@@ -139,10 +139,22 @@ TEST_F(DbusErrors, SayThatTheHostIsNotThere) {
     EXPECT_EQ(get("Timezone"), "s \"\"");
 }
 
+TEST_F(DbusCalls, FindTheValuesAsSoonAsTheNameIsThere) {
+    startBus();
+    std::filesystem::create_directory(folder / "settings-host");
+    FakeHost fake(socketPath());
+    bridge.emplace(Words{SETTINGS_DBUS_PROGRAM}, environment());
+    const std::string hello = fake.acceptHello();
+    EXPECT_NE(get("Timezone").find("not provided by any"), std::string::npos) << get("Timezone");
+    fake.greet(hello);
+    waitForLog("serving");
+    EXPECT_EQ(get("Timezone"), "s \"\"");
+}
+
 TEST_F(DbusCalls, AreUnavailableBeforeAHostWasReached) {
     startBus();
     bridge.emplace(Words{SETTINGS_DBUS_PROGRAM}, environment());
-    waitForLog("warning");
+    waitForLog("serving");
     const std::string begin = "org.settingshandler.Error.Unavailable: cannot reach";
     EXPECT_EQ(errorOf({method("Set"), "timezone", "x"}).substr(0, 39), begin.substr(0, 39));
     EXPECT_EQ(errorOf({method("Get"), "@as []"}).substr(0, 39), begin.substr(0, 39));

@@ -93,7 +93,7 @@ void Fixture::startHost(const std::string& runtimeFolder) {
 
 void Fixture::startBridge() {
     bridge.emplace(Words{SETTINGS_DBUS_PROGRAM}, environment());
-    waitForLog("connected to");
+    waitForLog("serving");
 }
 
 void Fixture::startAll() {

@@ -33,12 +33,13 @@ TEST_F(DbusOptions, ThatAreWrongEndTheProgramWithStatus2) {
 TEST_F(DbusOptions, NoBusOrNoNameEndsTheProgramWithStatus1) {
     const auto without = run({});
     EXPECT_EQ(without.status, 1);
-    EXPECT_EQ(without.errors, "settings-dbus: the bus cannot be reached: No such file or directory\n");
+    EXPECT_NE(without.errors.find("\nsettings-dbus: the bus cannot be reached: No such file or directory\n"),
+              std::string::npos);
     startAll();
     const auto second = run({});
     EXPECT_EQ(second.status, 1);
-    EXPECT_EQ(second.errors,
-              "settings-dbus: the bus does not give the name org.settingshandler.Settings1: File exists\n");
+    EXPECT_NE(second.errors.find("the bus does not give the name org.settingshandler.Settings1: File exists\n"),
+              std::string::npos);
 }
 
 TEST_F(DbusOptions, SelectTheSessionBusAndTheSocketOfTheHost) {
@@ -48,6 +49,7 @@ TEST_F(DbusOptions, SelectTheSessionBusAndTheSocketOfTheHost) {
                    std::map<std::string, std::string>{{"DBUS_SESSION_BUS_ADDRESS", "unix:path=" + busPath()},
                                                       {"XDG_RUNTIME_DIR", ""}});
     waitForLog("connected to " + socketPath());
+    waitForLog("serving");
     EXPECT_EQ(get("Timezone"), "s \"America/Vancouver\"");
 }
 

@@ -78,8 +78,8 @@ TEST_F(DbusPolicy, OnlyTheBridgesUserHasTheName) {
     bus.reset();
     startBus(otherGroup(), "daemon");
     const auto refused = TestSupport::run({SETTINGS_DBUS_PROGRAM}, environment());
-    EXPECT_EQ(refused.errors,
-              "settings-dbus: the bus does not give the name org.settingshandler.Settings1: Permission denied\n");
+    EXPECT_NE(refused.errors.find("the bus does not give the name org.settingshandler.Settings1: Permission denied\n"),
+              std::string::npos);
     EXPECT_EQ(refused.status, 1);
 }
 

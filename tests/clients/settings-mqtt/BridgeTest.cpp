@@ -60,6 +60,15 @@ TEST_F(BridgeTest, OffersAPersonalSettingThatIsIncluded) {
     EXPECT_EQ(published().front(), "*settings/tv/state/name Kitchen");
 }
 
+TEST_F(BridgeTest, SaysWhenAnIncludedSettingIsNone) {
+    Lines log;
+    options.included = {"name", "nmae"};
+    options.log = [&](int, const std::string& text) { log.push_back(text); };
+    start();
+    connect();
+    EXPECT_EQ(log, (Lines{"--include: the host has no setting nmae"}));
+}
+
 TEST_F(BridgeTest, LeavesNothingOfAPersonalSettingAfterALogOut) {
     options.included = {"name"};
     start();

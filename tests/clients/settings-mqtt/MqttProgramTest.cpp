@@ -3,6 +3,7 @@
 
 #include "ProgramFixture.h"
 #include "support/Files.h"
+#include "support/NotificationSocket.h"
 
 namespace SettingsMqttTest {
 
@@ -221,6 +222,33 @@ TEST_F(MqttProgram, AppearsInHomeAssistantWithEachSettingThatIsNotPersonal) {
                   top + "switch/settings-tv/handsFreeAlwaysOnEnabled", top + "switch/settings-tv/handsFreeEnabled",
                   top + "switch/settings-tv/pttAlwaysOnDiscovered", top + "switch/settings-tv/pttAlwaysOnEnabled",
                   top + "text/settings-tv/orliaLocale", top + "text/settings-tv/timezone"}));
+}
+
+TEST_F(MqttProgram, TellsTheServiceManagerAndTheDoctorHowItIs) {
+    const TestSupport::TemporaryDirectory folder;
+    TestSupport::NotificationSocket manager(folder / "notify");
+    const auto awaitStatus = [&](const std::string& status) {
+        for (std::optional<std::string> told; (told = manager.receive()) != "STATUS=" + status;) {
+            ASSERT_TRUE(told) << status;
+        }
+    };
+    const auto doctor = [this] {
+        const std::string output = host.run({"doctor"}).output;
+        const std::size_t place = output.rfind("settings-mqtt: ");
+        return place == std::string::npos ? output : output.substr(place - 6);
+    };
+    ::setenv("NOTIFY_SOCKET", (folder / "notify").c_str(), 1);
+    ::setenv("XDG_RUNTIME_DIR", host.runtimeFolder().c_str(), 1);
+    RunningBridge bridge(host, broker.address());
+    ::unsetenv("NOTIFY_SOCKET");
+    ::unsetenv("XDG_RUNTIME_DIR");
+    awaitStatus("connected to host and broker");
+    EXPECT_EQ(doctor(), "ok    settings-mqtt: connected to host and broker\n");
+    broker.kill();
+    awaitStatus("waiting for the broker");
+    EXPECT_EQ(doctor(), "wrong settings-mqtt: waiting for the broker: see its log\n");
+    bridge.kill();
+    EXPECT_EQ(doctor(), "wrong settings-mqtt: it crashed: see its log, and start it\n");
 }
 
 }  // namespace SettingsMqttTest

@@ -50,8 +50,11 @@ TEST_F(MqttProgram, ComesBackAfterTheBrokerWasKilled) {
     bridge.awaitLog("the broker is lost");
     set("captionsFontSize", "FONT_LARGE");
     set("captionsFontSize", "FONT_SMALL");
+    // It waits until the subscriber is there.
+    bridge.sendSignal(SIGSTOP);
     broker.start();
     Subscriber subscriber(broker.port(), {"settings/tv/#"});
+    bridge.sendSignal(SIGCONT);
     // Its memory is empty, so all of this is new: first all states, then the newest event.
     const auto messages = subscriber.until("settings/tv/event");
     EXPECT_NE(std::find(messages.begin(), messages.end(), "settings/tv/state/captionsFontSize FONT_SMALL"),
@@ -73,8 +76,10 @@ TEST(MqttNetwork, LosesNoChangeWhileTheNetworkIsCut) {
     ASSERT_EQ(host.run({"set", "captionsFontSize", "FONT_LARGE"}).status, 0);
     bridge.awaitLog("the broker is lost");
     ASSERT_EQ(host.run({"set", "captionsStyles", "STYLE_BLACK_ON_WHITE"}).status, 0);
+    bridge.sendSignal(SIGSTOP);
     setNetwork(true);
     Subscriber subscriber(broker.port(), {"settings/tv/event", "settings/tv/state/#"});
+    bridge.sendSignal(SIGCONT);
     auto messages = subscriber.until(R"(settings/tv/event {"key":"captionsStyles")");
     EXPECT_NE(std::find(messages.begin(), messages.end(), "settings/tv/state/captionsFontSize FONT_LARGE"),
               messages.end());

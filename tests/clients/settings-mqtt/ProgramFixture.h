@@ -42,6 +42,7 @@ public:
         process->sendSignal(SIGKILL);
         process->wait();
     }
+    void sendSignal(int number) const { process->sendSignal(number); }
     std::optional<int> stop() {
         process->sendSignal(SIGTERM);
         return process->wait();

@@ -148,6 +148,9 @@ TEST_F(MqttCommandLine, RefusesCredentialsThatOthersCanRead) {
         EXPECT_NE(finished.errors.find("must belong to root or this user"), std::string::npos) << finished.errors;
     }
     EXPECT_EQ(run({"--credentials", folder / "missing"}).status, 1);
+    ::chmod(file.c_str(), 0600);
+    std::ofstream(file) << "\npassword\n";
+    EXPECT_NE(run({"--credentials", file}).errors.find("has no user"), std::string::npos);
     EXPECT_EQ(run({"--credentials", "/dev/null"}).status, 1);
 }
 
