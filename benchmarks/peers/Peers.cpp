@@ -18,6 +18,11 @@ namespace {
 /// In each round everybody has several short turns, so that a busy moment of the machine hits all of them.
 constexpr int turnsInRound = 10;
 
+/// Is the bridge to D-Bus compared, in place of the host?
+bool isOnBus(const Arguments& arguments) {
+    return arguments.others == std::vector<std::string>{"--bus"};
+}
+
 /// Our host and its peers, each changing its setting in turn.
 class Race {
 public:
@@ -125,8 +130,9 @@ Results Race::results() const {
     for (const auto& contender : contenders) {
         byName[contender->name()] = contender.get();
         results.add(Figure{"peers/" + contender->name() + "/change" + where, "us", contender->medians()});
-        results.add(
-            Distribution("Time of a change, ours and others" + where, contender->name(), contender->latencies()));
+        results.add(Distribution(
+            (isOnBus(arguments) ? "Time of a change on D-Bus" : "Time of a change, ours and others") + where,
+            contender->name(), contender->latencies()));
     }
     for (const auto& [ours, other, inWords, bar] : comparisons) {
         if (byName.count(ours) != 0 && byName.count(other) != 0) {
@@ -142,7 +148,7 @@ Results measure(const Arguments& arguments) {
         stayOnOneProcessor();
     }
     Race race(arguments);
-    arguments.others == std::vector<std::string>{"--bus"} ? race.gatherOnBus() : race.gather();
+    isOnBus(arguments) ? race.gatherOnBus() : race.gather();
     race.run();
     return race.results();
 }

@@ -9,6 +9,7 @@
 #include "SettingsHandlerKit/Logging.h"
 #include "Utils/RapidjsonUtil.h"
 #include "Wire/Frames.h"
+#include "simulation/CommandRefusals.h"
 #include "simulation/FaultCommands.h"
 
 namespace SettingsHost {
@@ -63,11 +64,7 @@ std::string done() {
 }
 
 std::string written(bool success) {
-    return success ? done() : Wire::refusalFrame("not-written", "the simulated device could not save it");
-}
-
-std::string badArgument(const std::string& message) {
-    return Wire::refusalFrame("bad-argument", message);
+    return success ? done() : notWritten();
 }
 
 /// The reply to a setting that the device reported.

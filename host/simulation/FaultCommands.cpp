@@ -3,18 +3,14 @@
 #include <utility>
 
 #include "Utils/RapidjsonUtil.h"
-#include "Wire/Frames.h"
 #include "Wire/ObjectWriter.h"
+#include "simulation/CommandRefusals.h"
 
 namespace SettingsHost {
 
 namespace {
 
 using Memory = rapidjson::Document::AllocatorType;
-
-std::string badArgument(const std::string& message) {
-    return Wire::refusalFrame("bad-argument", message);
-}
 
 rapidjson::Value textIn(Memory& memory, std::string_view text) {
     return {text.data(), static_cast<rapidjson::SizeType>(text.size()), memory};
@@ -55,7 +51,7 @@ std::string replyTo(Faults::Result result) {
         case Faults::Result::UNCHANGED:
             return R"({"ok":true,"changed":false})";
         default:
-            return Wire::refusalFrame("not-written", "the simulated device could not save it");
+            return notWritten();
     }
 }
 

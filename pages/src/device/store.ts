@@ -48,7 +48,6 @@ export class DeviceStore {
     constructor(
         send: (text: string) => void,
         private readonly changed: () => void,
-        private readonly address: Pick<Location, 'hash' | 'pathname' | 'search'> = location,
     ) {
         this.session = new DeviceSession(send, (trace) => {
             this.traced(trace);
@@ -58,7 +57,7 @@ export class DeviceStore {
             state: null,
             faults: [],
             result: null,
-            filter: filterOf(address.hash),
+            filter: filterOf(location.hash),
             chosen: null,
             showsFrame: false,
             copied: '',
@@ -80,13 +79,13 @@ export class DeviceStore {
 
     /** Keeps the filter in the address, so that a reload and a shared address have it. */
     filter(filter: Filter): void {
-        history.replaceState(null, '', this.address.pathname + this.address.search + fragmentOf(filter));
+        history.replaceState(null, '', location.pathname + location.search + fragmentOf(filter));
         this.show({ filter });
     }
 
     /** Takes the filter of an address that was typed or pasted. */
     readAddress(): void {
-        this.show({ filter: filterOf(this.address.hash) });
+        this.show({ filter: filterOf(location.hash) });
     }
 
     pause(paused: boolean): void {

@@ -59,7 +59,9 @@ TEST_F(DbusAvailability, EveryChangeIsReportedInOrderWithoutAGap) {
                   "{'Timezone': <'zone " +
                       text + "'>}, @as [])");
         std::string change = "timezone=zone ";
-        change += text + " " + text;
+        change += text;
+        change += " ";
+        change += text;
         ASSERT_EQ(changes(1).front(), change);
     }
     EXPECT_EQ(get("Timezone"), "s \"zone 1000\"");

@@ -139,6 +139,18 @@ TEST_F(DbusErrors, SayThatTheHostIsNotThere) {
     EXPECT_EQ(get("Timezone"), "s \"\"");
 }
 
+TEST_F(DbusCalls, FindTheValuesAsSoonAsTheNameIsThere) {
+    startBus();
+    std::filesystem::create_directory(folder / "settings-host");
+    FakeHost fake(socketPath());
+    bridge.emplace(Words{SETTINGS_DBUS_PROGRAM}, environment());
+    const std::string hello = fake.acceptHello();
+    EXPECT_NE(get("Timezone").find("not provided by any"), std::string::npos) << get("Timezone");
+    fake.greet(hello);
+    waitForLog("serving");
+    EXPECT_EQ(get("Timezone"), "s \"\"");
+}
+
 TEST_F(DbusCalls, AreUnavailableBeforeAHostWasReached) {
     startBus();
     bridge.emplace(Words{SETTINGS_DBUS_PROGRAM}, environment());

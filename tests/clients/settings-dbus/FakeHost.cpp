@@ -22,10 +22,15 @@ std::string withId(const std::string& frame, const std::string& members) {
 
 }  // namespace
 
-void FakeHost::accept() {
+std::string FakeHost::acceptHello() {
     peer.emplace(listener.accept());
-    // Hello, then history and all values, again when the bus is there.
-    for (int count = 0; count < 5; ++count) {
+    return peer->receiveLine();
+}
+
+void FakeHost::greet(const std::string& hello) {
+    reply(hello);
+    // History and all values, again when the bus is there.
+    for (int count = 0; count < 4; ++count) {
         reply(peer->receiveLine());
     }
 }

@@ -14,7 +14,11 @@ public:
     explicit FakeHost(const std::string& path) : listener(path) {}
 
     /// Takes the connection and answers what the bridge asks at first.
-    void accept();
+    void accept() { greet(acceptHello()); }
+    /// Takes the connection. Returns: its hello, for which the bridge waits.
+    std::string acceptHello();
+    /// Answers the hello, and what the bridge asks then.
+    void greet(const std::string& hello);
     /// The next frame that asks for a change.
     std::string nextChange();
     /// Answers the change `frame`: `members` are those of the payload. After the first one the bridge also wants to
