@@ -137,7 +137,9 @@ export class RemoteControl {
     /** Leaves the zone at its end. The list is beside the menu, or below it on a narrow screen. */
     private leaveZone(direction: Direction, banner: HTMLElement | null): void {
         const [upper, lower] = [this.menu?.getBoundingClientRect(), this.list?.getBoundingClientRect()];
-        const isBelow = upper !== undefined && lower !== undefined && upper.bottom <= lower.top;
+        // Not by height: a long list may be scrolled below the menu.
+        const isBelow =
+            upper !== undefined && lower !== undefined && upper.left < lower.right && lower.left < upper.right;
         if (this.zone === 'menu' && direction === (isBelow ? 'down' : 'forward')) {
             this.enterList();
         } else if (this.zone === 'list' && direction === (isBelow ? 'up' : 'back')) {
