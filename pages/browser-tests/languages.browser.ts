@@ -40,6 +40,7 @@ test.each(languages)(
                 await enterSection(page, section, forward);
                 await expectAccessible(page, `${section} in ${code}`);
             }
+            await enterSection(page, 'account', forward);
             await checkDialog(page, 'log-out', `the log-out in ${code}`);
             await enterSection(page, 'language', forward);
             await checkDialog(page, 'add', `adding a language in ${code}`);
