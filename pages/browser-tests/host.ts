@@ -34,7 +34,7 @@ export class Host {
     }
 
     /** The address of a page, with the key. */
-    page(path: '/' | '/device'): string {
+    page(path: '/' | '/device' | '/gallery.html'): string {
         return new URL(path + this.address.search, this.address).href;
     }
 

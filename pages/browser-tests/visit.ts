@@ -12,7 +12,7 @@ export const phone = { width: 360, height: 740 };
 export const hostIsAway = /WebSocket connection to .* failed|net::ERR_|Failed to fetch|status of 403/;
 
 export interface VisitOptions {
-    readonly path?: '/' | '/device';
+    readonly path?: '/' | '/device' | '/gallery.html';
     readonly viewport?: { readonly width: number; readonly height: number };
     readonly hasTouch?: boolean;
     /** Console messages that the test causes on purpose. */

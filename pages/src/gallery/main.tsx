@@ -10,6 +10,7 @@ const place = document.getElementById('app');
 if (place !== null) {
     render(
         <>
+            <h1>Components</h1>
             <RowExamples />
             <OtherExamples />
         </>,
