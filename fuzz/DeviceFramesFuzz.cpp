@@ -163,7 +163,7 @@ private:
             return;
         }
         if (name == "save") {
-            check(answer.names() == Entries{"leftOut", "world"}, "the world");
+            check(answer.names() == Entries{"world", "leftOut"}, "the world");
             return;
         }
         if (name == "faults") {

@@ -28,8 +28,8 @@ bool isFlushed(const std::string& path) {
 
 }  // namespace
 
-VersionFile::VersionFile(const std::string& stateFolder, Log logger)
-    : folder(stateFolder), path(folder + "/versions"), log(std::move(logger)) {
+VersionFile::VersionFile(std::string stateFolder, Log logger)
+    : folder(std::move(stateFolder)), path(folder + "/versions"), log(std::move(logger)) {
     std::error_code ignored;
     std::filesystem::create_directories(std::filesystem::path(path).parent_path().parent_path(), ignored);
     if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {

@@ -13,7 +13,7 @@ public:
     using Log = std::function<void(int level, const std::string& text)>;
 
     /// Creates the folder if it is missing, for its user alone. Errors: `std::runtime_error`.
-    VersionFile(const std::string& stateFolder, Log logger);
+    VersionFile(std::string stateFolder, Log logger);
 
     /// Nothing from a file that is none of these.
     VersionRecords load() override;

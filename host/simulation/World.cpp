@@ -53,7 +53,8 @@ void forEachMember(const std::string& path, const rapidjson::Value& object, cons
     std::set<std::string> seen;
     for (const auto& member : object.GetObject()) {
         const std::string name = textOf(member.name);
-        const std::string place = path + "/" + name;
+        std::string place = path;
+        place.append("/").append(name);
         if (!seen.insert(name).second) {
             fail(place, "is there twice");
         }

@@ -56,13 +56,14 @@ test('the explanation says who changed the focused setting last, and why it cann
     await visitSettings(host, async (page) => {
         const person = new Person(page);
         await person.goesInto('device');
-        await person.sees(/^Last changed by settingsctl, /);
+        await person.sees(/^Changed by settingsctl, /);
         await person.press('Down');
-        await person.doesNotSee(/^Last changed by settingsctl, /);
+        await person.doesNotSee(/^Changed by settingsctl, /);
         await host.control('set', 'friendlyName', 'Big screen');
-        await person.sees(/^Last changed by settingsctl, /);
+        await person.sees(/^Changed by settingsctl, /);
         await person.goesInto('captions');
-        await person.sees('Set on the device.');
+        await person.isAt('captionsEnabled');
+        await person.sees('Press the captions button on the TV’s remote');
     });
 });
 
@@ -118,6 +119,7 @@ test.each([
             await enterSection(page, section);
             await expectAccessible(page, `${section}, ${name}`);
         }
+        await person.goesInto('account');
         await person.goesDownTo('log-out');
         await person.press('Enter');
         await expectAccessible(page, `the log-out, ${name}`);

@@ -158,7 +158,10 @@ test('a primary language without a translation of the pages is told so, without 
     });
     await visitSettings(host, async (page) => {
         await enterSection(page, 'language');
-        await page.getByText(/in English/).filter({ hasText: 'Italian' }).waitFor();
+        await page
+            .getByText(/in English/)
+            .filter({ hasText: 'Italian' })
+            .waitFor();
     });
 });
 

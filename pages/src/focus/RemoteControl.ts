@@ -136,10 +136,9 @@ export class RemoteControl {
 
     /** Leaves the zone at its end. The list is beside the menu, or below it on a narrow screen. */
     private leaveZone(direction: Direction, banner: HTMLElement | null): void {
-        const [upper, lower] = [this.menu?.getBoundingClientRect(), this.list?.getBoundingClientRect()];
-        // Not by height: a long list may be scrolled below the menu.
-        const isBelow =
-            upper !== undefined && lower !== undefined && upper.left < lower.right && lower.left < upper.right;
+        const [menu, list] = [this.menu?.getBoundingClientRect(), this.list?.getBoundingClientRect()];
+        // Not by their heights: the menu stays at the top while the list scrolls beneath it.
+        const isBelow = menu !== undefined && list !== undefined && menu.left < list.right && list.left < menu.right;
         if (this.zone === 'menu' && direction === (isBelow ? 'down' : 'forward')) {
             this.enterList();
         } else if (this.zone === 'list' && direction === (isBelow ? 'up' : 'back')) {

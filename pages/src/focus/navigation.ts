@@ -42,6 +42,10 @@ function linesOf(zone: Element): Drawn[][] {
     const lines: Drawn[][] = [];
     for (const item of rowsOf(zone).flat()) {
         const drawn = { item, row: rowOf(item), box: item.getBoundingClientRect() };
+        // A tool that is there only while its row is used.
+        if (drawn.box.width === 0) {
+            continue;
+        }
         const line = lines.at(-1);
         const before = line?.at(-1);
         if (before !== undefined && isBeside(before, drawn)) {

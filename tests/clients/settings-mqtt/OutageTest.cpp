@@ -102,7 +102,7 @@ TEST_F(MqttProgram, TheBrokerSaysWhenTheBridgeWasKilled) {
 
 TEST_F(MqttProgram, SaysWhenTheHostIsGoneAndIsRightAfterItsRestart) {
     RunningBridge bridge(host, broker.address());
-    Subscriber subscriber(broker.port(), {"settings/tv/availability", "settings/tv/state/captionsFontSize"});
+    Subscriber subscriber(broker.port(), {"settings/tv/state/captionsFontSize", "settings/tv/availability"});
     subscriber.await("settings/tv/availability online");
     host.killAndRestart();
     EXPECT_EQ(subscriber.next(), "settings/tv/availability offline");
