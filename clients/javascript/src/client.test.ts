@@ -535,7 +535,15 @@ describe('a request', () => {
             history: { events: [{ ...frame, payload }, { payload: { settingDBId: 'xUnknown' } }, 5] },
         });
         expect(await events).toEqual([
-            { key: 'deviceName', from: 'TV', to: 'Den', origin: 'page', client: 'phone', timestamp: clock, sequence: 4 },
+            {
+                key: 'deviceName',
+                from: 'TV',
+                to: 'Den',
+                origin: 'page',
+                client: 'phone',
+                timestamp: clock,
+                sequence: 4,
+            },
         ]);
         void client.history();
         expect(sent(1)).toEqual([{ messageId: 'page-4', history: {} }]);

@@ -123,9 +123,7 @@ export function parseFrame(received: string): Frame | null {
 /** The events in the reply to a request for the history. */
 export function eventsOf({ body: { events } }: Reply): ChangeEvent[] {
     const frames = Array.isArray(events) ? events.map((event) => eventOf(members(event))) : [];
-    return frames.flatMap(({ kind: _kind, key, ...event }) =>
-        isSetting(key) ? [{ key, ...event }] : [],
-    );
+    return frames.flatMap(({ kind: _kind, key, ...event }) => (isSetting(key) ? [{ key, ...event }] : []));
 }
 
 /** The values in a reply that are texts. */

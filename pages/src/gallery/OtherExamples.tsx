@@ -17,7 +17,7 @@ const event = {
     to: 'Den',
     origin: 'page',
     client: 'phone',
-    timestamp: 0,
+    timestamp: Date.now(),
     sequence: 1,
 } as const;
 const sizes = ['Small', 'Medium', 'Large'].map((words) => ({ value: words, words }));
