@@ -106,6 +106,47 @@ test.each(['Asia/Calcutta', 'Asia/Kolkata'])('a TV on %s is in Kolkata, and stay
     });
 });
 
+/** Opens the panel and presses keys; only then its request for the cities is answered. */
+async function pressWhileCitiesLoad(page: Page, keys: readonly string[]): Promise<void> {
+    let answer: () => void = () => undefined;
+    const isOver = new Promise<void>((resolve) => {
+        answer = resolve;
+    });
+    await page.route('**/timezones/**', async (route) => {
+        await isOver;
+        await route.continue();
+    });
+    await enterSection(page, 'language');
+    await goDownTo(page, 'timezone');
+    await press(page, 'Enter');
+    await page.getByRole('dialog').getByText('Loading').waitFor();
+    await press(page, ...keys);
+    answer();
+}
+
+test.each([
+    ['what is typed, and the arrows and Enter after it', 'Asia/Tokyo', ['ArrowDown', ...'tokyo', 'ArrowDown', 'Enter']],
+    [
+        'arrows and Enter, through a region to its city',
+        'Africa/Accra',
+        ['ArrowDown', 'Enter', 'ArrowDown', 'ArrowDown', 'ArrowUp', 'Enter'],
+    ],
+    ['an Enter too many, which keeps the zone', 'America/Vancouver', ['Enter']],
+])('while the cities are loaded nothing is lost: %s', async (_name, zone, keys) => {
+    await host.control('set', 'timezone', 'America/Vancouver');
+    await visitSettings(
+        host,
+        async (page) => {
+            await pressWhileCitiesLoad(page, keys);
+            await page.getByRole('dialog').waitFor({ state: 'detached' });
+            await expectFocus(page, 'timezone');
+            await expectZone(zone);
+        },
+        // A tab of its own, which has not kept the file, and whose requests may wait.
+        { prepare: () => Promise.resolve() },
+    );
+});
+
 test('Back leads from the cities to the regions, then out of the panel', async () => {
     await host.control('set', 'timezone', 'America/Vancouver');
     await visitSettings(host, async (page) => {

@@ -25,7 +25,7 @@ export function Modal({ class: name, title, onClose, children }: Props): JSX.Ele
         element?.showModal();
         // Messages stay in front: of the top layer, what was shown last is.
         document.querySelectorAll<HTMLElement>(':popover-open').forEach(showAgain);
-        if (element !== null) {
+        if (element !== null && document.activeElement?.matches('[autofocus]') !== true) {
             focusChosen(element);
         }
         return () => {

@@ -1,16 +1,17 @@
 import type { JSX } from 'preact';
+import { useLayoutEffect, useRef } from 'preact/hooks';
 
 import { usePage } from '../components/context';
 import { Field } from '../components/Field';
 import { Row } from '../components/Row';
 import { shortened } from '../settings/format';
 import { nameOfZone } from './names';
-import { useSearch } from './useZones';
+import { useSearch, type Loading } from './useZones';
 import { ZoneOption, type Choice } from './ZoneOption';
 import { isNamed, zonesOf, type Region } from './zones';
 
 interface Props {
-    readonly regions: readonly Region[];
+    readonly loading: Loading;
     readonly choice: Choice;
     readonly typed: string;
     readonly onType: (text: string) => void;
@@ -19,11 +20,14 @@ interface Props {
     readonly focusAt: (index: number) => void;
 }
 
+const none: readonly Region[] = [];
+
 /** The search, the present zone and the regions; or what the search finds. */
 export function FirstStep({ focusAt, onType, ...props }: Props): JSX.Element {
-    const { regions, choice, typed } = props;
+    const { loading, choice, typed } = props;
+    const { regions } = loading;
     const { t, code } = usePage().language;
-    const found = useSearch(typed, regions, code);
+    const found = useSearch(typed, regions ?? none, code);
     return (
         <div data-column="rows">
             <form
@@ -34,11 +38,16 @@ export function FirstStep({ focusAt, onType, ...props }: Props): JSX.Element {
             >
                 <Field row="search" label={t('timezone.search')} text={typed} onEdit={onType} />
             </form>
-            <p class="about" role="status">
-                {typed !== '' && (found.length === 0 ? t('nothingFound') : t('found', { count: `${found.length}` }))}
-            </p>
-            {typed === '' ? (
-                <Regions {...props} />
+            {regions === null ? (
+                <Waiting {...loading} />
+            ) : (
+                <p class="about" role="status">
+                    {typed !== '' &&
+                        (found.length === 0 ? t('nothingFound') : t('found', { count: `${found.length}` }))}
+                </p>
+            )}
+            {regions !== null && typed === '' ? (
+                <Regions {...props} regions={regions} />
             ) : (
                 found.map((zone) => <ZoneOption key={zone.id} zone={zone} choice={choice} />)
             )}
@@ -46,7 +55,33 @@ export function FirstStep({ focusAt, onType, ...props }: Props): JSX.Element {
     );
 }
 
-function Regions({ regions, choice, onOpen }: Pick<Props, 'regions' | 'choice' | 'onOpen'>): JSX.Element {
+function Waiting({ hasFailed, tryAgain }: Loading): JSX.Element {
+    const { t } = usePage().language;
+    const status = useRef<HTMLParagraphElement>(null);
+    const button = useRef<HTMLButtonElement>(null);
+    useLayoutEffect(() => {
+        (button.current ?? status.current)?.focus();
+    }, [hasFailed]);
+    return (
+        <div data-row="retry">
+            {/* Has the focus first, because the search would open the keyboard of a phone. */}
+            <p ref={status} class="about" role="status" tabIndex={-1} autofocus>
+                {t(hasFailed ? 'refused.no-reply' : 'loading')}
+            </p>
+            {hasFailed && (
+                <button ref={button} type="button" class="button" onClick={tryAgain}>
+                    {t('tryAgain')}
+                </button>
+            )}
+        </div>
+    );
+}
+
+interface RegionsProps extends Pick<Props, 'choice' | 'onOpen'> {
+    readonly regions: readonly Region[];
+}
+
+function Regions({ regions, choice, onOpen }: RegionsProps): JSX.Element {
     const { code } = usePage().language;
     const { value = '', onKeep } = choice;
     const present = zonesOf(regions).find((zone) => isNamed(zone, value));

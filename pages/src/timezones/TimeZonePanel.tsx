@@ -7,7 +7,8 @@ import { CityStep } from './CityStep';
 import { FirstStep } from './FirstStep';
 import { useMinute } from './times';
 import { useArrows } from './useArrows';
-import { useRegions } from './useZones';
+import { useEarlyKeys } from './useEarlyKeys';
+import { useRegions, type Loading } from './useZones';
 import type { Choice } from './ZoneOption';
 import { identifierOf, isNamed, type Region } from './zones';
 
@@ -23,7 +24,7 @@ interface Props {
 export function TimeZonePanel({ title, value, onChoose, onClose }: Props): JSX.Element {
     const { code } = usePage().language;
     const [region, setRegion] = useState<Region | null>(null);
-    const { regions, hasFailed, tryAgain } = useRegions(code);
+    const loading = useRegions(code);
     const choice: Choice = {
         value,
         now: useMinute(),
@@ -37,42 +38,13 @@ export function TimeZonePanel({ title, value, onChoose, onClose }: Props): JSX.E
     };
     return (
         <Panel title={region === null ? title : `${title}: ${region.name}`} onClose={region === null ? onClose : leave}>
-            {regions === null ? (
-                <Waiting hasFailed={hasFailed} onTryAgain={tryAgain} />
-            ) : (
-                <Steps regions={regions} region={region} choice={choice} onOpen={setRegion} onLeave={leave} />
-            )}
+            <Steps loading={loading} region={region} choice={choice} onOpen={setRegion} onLeave={leave} />
         </Panel>
     );
 }
 
-interface WaitingProps {
-    readonly hasFailed: boolean;
-    readonly onTryAgain: () => void;
-}
-
-function Waiting({ hasFailed, onTryAgain }: WaitingProps): JSX.Element {
-    const { t } = usePage().language;
-    const button = useRef<HTMLButtonElement>(null);
-    useLayoutEffect(() => {
-        button.current?.focus();
-    }, [hasFailed]);
-    return (
-        <div data-row="retry">
-            <p class="about" role="status">
-                {t(hasFailed ? 'refused.no-reply' : 'loading')}
-            </p>
-            {hasFailed && (
-                <button ref={button} type="button" class="button" onClick={onTryAgain}>
-                    {t('tryAgain')}
-                </button>
-            )}
-        </div>
-    );
-}
-
 interface StepsProps {
-    readonly regions: readonly Region[];
+    readonly loading: Loading;
     /** The one whose cities are shown. */
     readonly region: Region | null;
     readonly choice: Choice;
@@ -80,15 +52,19 @@ interface StepsProps {
     readonly onLeave: () => void;
 }
 
-function Steps({ regions, region, choice, onOpen, onLeave }: StepsProps): JSX.Element {
+function Steps({ loading, region, choice, onOpen, onLeave }: StepsProps): JSX.Element {
     const { direction } = usePage().language;
     const [typed, setTyped] = useState('');
     const opened = useRef<Region | null>(null);
-    const { panel, focusAt, handleKey } = useArrows(region?.letters ?? [], direction, onLeave, (text) => {
+    const { regions } = loading;
+    const { panel, focusAt, handleKey, use } = useArrows(region?.letters ?? [], direction, onLeave, (text) => {
         onLeave();
         setTyped(typed + text);
     });
     useLayoutEffect(() => {
+        if (regions === null) {
+            return;
+        }
         if (region !== null) {
             const present = region.zones.findIndex((zone) => isNamed(zone, choice.value));
             focusAt('cities', Math.max(0, present));
@@ -99,15 +75,28 @@ function Steps({ regions, region, choice, onOpen, onLeave }: StepsProps): JSX.El
             focusAt('rows', typed === '' ? before : 0);
         }
         opened.current = region;
-    }, [region]);
+    }, [region, regions === null]);
+    // After the effect above: they start from where it leads.
+    const earlyKeys = useEarlyKeys(loading, direction, use);
     return (
-        <div ref={panel} onKeyDown={handleKey}>
+        <div
+            ref={panel}
+            onKeyDown={(event) => {
+                if (!earlyKeys.keep(event)) {
+                    handleKey(event);
+                }
+            }}
+        >
             {region === null ? (
                 <FirstStep
-                    regions={regions}
+                    loading={loading}
                     choice={choice}
                     typed={typed}
-                    onType={setTyped}
+                    onType={(text) => {
+                        // What is typed leads into the search from anywhere.
+                        earlyKeys.forget();
+                        setTyped(text);
+                    }}
                     onOpen={onOpen}
                     focusAt={(index) => {
                         focusAt('rows', index);

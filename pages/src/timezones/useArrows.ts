@@ -25,11 +25,22 @@ function placeOfFocus(panel: Element, city: number): Place | null {
     return null;
 }
 
+/** A key that acts on the control that has the focus. */
+export type Key = Direction | 'enter';
+
+/** Null for the keys that edit a text. */
+export function keyOf({ key, target }: KeyboardEvent, writing: 'ltr' | 'rtl'): Key | null {
+    const isCaret = /Left|Right/.test(key) && target instanceof HTMLInputElement;
+    return key === 'Enter' ? 'enter' : isCaret ? null : directionOf(key, writing);
+}
+
 export interface Arrows {
     readonly panel: RefObject<HTMLDivElement>;
     /** Returns: false when there is no such control. */
     readonly focusAt: (column: Place['column'], index: number) => boolean;
     readonly handleKey: (event: KeyboardEvent) => void;
+    /** Does what a key would have done that was pressed too early. */
+    readonly use: (key: Key) => void;
 }
 
 /** A letter or digit that is typed outside of the search. */
@@ -68,20 +79,33 @@ export function useArrows(
             follow(next);
         }
     };
+    const present = () => panel.current && placeOfFocus(panel.current, city.current);
+    const use = (key: Key) => {
+        const { activeElement } = document;
+        const place = present();
+        if (key !== 'enter') {
+            if (place !== null) {
+                move(place, key);
+            }
+        } else if (activeElement instanceof HTMLInputElement) {
+            focusAt('rows', 1);
+        } else if (activeElement instanceof HTMLElement) {
+            activeElement.click();
+        }
+    };
     const handleKey = (event: KeyboardEvent) => {
-        const direction = directionOf(event.key, writing);
-        const isCaret = /Left|Right/.test(event.key) && event.target instanceof HTMLInputElement;
-        const place = panel.current && placeOfFocus(panel.current, city.current);
+        const key = keyOf(event, writing);
+        const place = present();
         if (!isForPage(event)) {
             return;
         }
-        if (direction !== null && place !== null && !isCaret) {
+        if (key !== null && key !== 'enter' && place !== null) {
             event.preventDefault();
-            move(place, direction);
+            move(place, key);
         } else if (isTyped(event) && !focusAt('rows', 0)) {
             event.preventDefault();
             search(event.key);
         }
     };
-    return { panel, focusAt, handleKey };
+    return { panel, focusAt, handleKey, use };
 }
