@@ -9,6 +9,7 @@ import {
     expectStatus,
     expectValue,
     focus,
+    goDownTo,
     press,
     row,
     typeOver,
@@ -70,7 +71,7 @@ test('changes at the TV are shown and announced', async () => {
 test('the language of the page follows the primary locale, and the focus stays', async () => {
     await visitSettings(host, async (page) => {
         await enterSection(page, 'voice');
-        await press(page, 'ArrowDown');
+        await goDownTo(page, 'handsFreeAlwaysOnEnabled');
         for (const [locale, title] of [
             ['fr-CA', 'Voix'],
             ['ja-JP', '音声'],

@@ -7,6 +7,7 @@ import {
     expectFocus,
     expectValue,
     focus,
+    goDownTo,
     goToMenu,
     press,
     row,
@@ -106,9 +107,11 @@ test('a held Enter acts once: a switch, a removal, a section of the menu, an edi
 test('very fast keys on a slow processor leave each section its own focus', async () => {
     await host.setLocales(...three);
     await visitSettings(host, async (page) => {
+        const visited = sectionIds.slice(sectionIds.indexOf('device'));
         const session = await page.context().newCDPSession(page);
         await session.send('Emulation.setCPUThrottlingRate', { rate: 20 });
-        const keys = sectionIds.flatMap((_section, number) => [
+        // The menu opens on the first of them.
+        const keys = visited.flatMap((_section, number) => [
             'ArrowRight',
             ...Array<string>(number % 3).fill('ArrowDown'),
             'ArrowLeft',
@@ -116,13 +119,21 @@ test('very fast keys on a slow processor leave each section its own focus', asyn
         ]);
         await Promise.all(keys.map((key) => page.keyboard.press(key)));
         await session.send('Emulation.setCPUThrottlingRate', { rate: 1 });
-        await expectFocus(page, 'account');
+        await expectFocus(page, 'about');
         const places: string[] = [];
-        for (const section of sectionIds) {
+        for (const section of visited) {
             await enterSection(page, section);
             places.push((await focus(page)).row);
         }
-        expect(places).toEqual(['deviceName', 'fr-FR', 'captionsStyles', 'handsFreeEnabled', 'open-settings']);
+        expect(places).toEqual([
+            'deviceName',
+            'fr-FR',
+            'captionsStyles',
+            'handsFreeEnabled',
+            'selected',
+            'change-1',
+            'health',
+        ]);
     });
 });
 
@@ -169,7 +180,7 @@ test('the browser’s own Back closes what is open, leads to the menu, and only 
                 history.back();
             });
         await enterSection(page, 'voice');
-        await press(page, 'ArrowDown');
+        await goDownTo(page, 'handsFreeAlwaysOnEnabled');
         await goBack();
         await expectFocus(page, 'voice');
         expect(new URL(page.url()).hash).toBe('#voice');
@@ -203,6 +214,6 @@ test('the browser’s own Back closes what is open, leads to the menu, and only 
 test('held arrows repeat', async () => {
     await visitSettings(host, async (page) => {
         await hold(page, 'ArrowDown', sectionIds.length);
-        await expectFocus(page, 'account');
+        await expectFocus(page, 'about');
     });
 });
