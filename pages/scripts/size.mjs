@@ -23,11 +23,14 @@ function weigh(name, files, limit) {
 
 const pages = filesIn(process.env.PAGES ?? 'dist');
 const timezones = pages.filter((file) => file.includes('/timezones/'));
+const device = pages.filter((file) => /\/device[.-]/.test(file));
 weigh(
-    'the pages',
-    pages.filter((file) => !timezones.includes(file)),
+    'the settings pages',
+    pages.filter((file) => !timezones.includes(file) && !device.includes(file)),
     48 * 1024,
 );
+// For developers, and only with the reference host.
+weigh('what the simulated TV has besides', device, 10 * 1024);
 // The panel of time zones loads the one of its language.
 for (const file of timezones.filter((name) => name.endsWith('.json'))) {
     weigh('time zones in a language', [file], 12 * 1024);

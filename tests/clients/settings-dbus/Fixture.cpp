@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "support/Files.h"
 #include "support/Sanitizers.h"
 
 namespace SettingsDbusTests {
@@ -69,12 +70,16 @@ std::string Fixture::ownUser() {
 void Fixture::startBus(const std::string& group, const std::string& user) {
     std::ofstream(folder / "policy.conf") << policyFor(group, user);
     std::ofstream(folder / "bus.conf") << "<busconfig><type>system</type><listen>unix:path=" << busPath()
-                                       << "</listen><auth>EXTERNAL</auth>" << systemPolicy << "<include>"
-                                       << (folder / "policy.conf") << "</include></busconfig>";
-    bus.emplace(Words{"dbus-daemon", "--config-file=" + (folder / "bus.conf"), "--nofork", "--nopidfile", "--nosyslog",
-                      "--print-address"});
+                                       << "</listen><auth>EXTERNAL</auth>"
+                                       // So that it is the bridge that a flood reaches.
+                                       << R"(<limit name="max_replies_per_connection">1000</limit>)" << systemPolicy
+                                       << "<include>" << (folder / "policy.conf") << "</include></busconfig>";
+    // It logs each message that it refuses, and would wait for a reader of its standard error.
+    const std::string log = folder / "bus.log";
+    bus.emplace(Words{"sh", "-c", "exec \"$@\" 2> \"$0\"", log, "dbus-daemon", "--config-file=" + (folder / "bus.conf"),
+                      "--nofork", "--nopidfile", "--nosyslog", "--print-address"});
     if (!bus->output().readLine()) {
-        throw std::runtime_error("the message bus did not start: " + bus->errors().readAll());
+        throw std::runtime_error("the message bus did not start: " + TestSupport::contentOf(log));
     }
 }
 

@@ -35,6 +35,7 @@ public:
     /// The frames so far. Those that go to several clients are shared by them.
     std::vector<std::shared_ptr<const std::string>> frames;
 
+    /// Has `close` been called?
     bool isClosed = false;
 
 private:
