@@ -76,7 +76,7 @@ void Fixture::startBus(const std::string& group, const std::string& user) {
                                        << "<include>" << (folder / "policy.conf") << "</include></busconfig>";
     // It logs each message that it refuses, and would wait for a reader of its standard error.
     const std::string log = folder / "bus.log";
-    bus.emplace(Words{"sh", "-c", "exec \"$@\" 2> \"$0\"", log, "dbus-daemon", "--config-file=" + (folder / "bus.conf"),
+    bus.emplace(Words{"sh", "-c", R"(exec "$@" 2> "$0")", log, "dbus-daemon", "--config-file=" + (folder / "bus.conf"),
                       "--nofork", "--nopidfile", "--nosyslog", "--print-address"});
     if (!bus->output().readLine()) {
         throw std::runtime_error("the message bus did not start: " + TestSupport::contentOf(log));
