@@ -67,7 +67,7 @@ TEST_F(MqttProgram, LeavesNoPersonalValueAtTheBrokerAfterALogOut) {
     subscriber.await("settings/tv/availability online");
     publish(broker.port(), "settings/tv/set/deviceName", "Ada's room");
     set("tovanEntitlementStatus", "ENTITLED");
-    subscriber.await("settings/tv/event {\"key\":\"tovanEntitlementStatus\"");
+    subscriber.await(R"(settings/tv/event {"key":"tovanEntitlementStatus")");
     EXPECT_EQ(kept({"settings/tv/state/deviceName"}), "settings/tv/state/deviceName Ada's room");
     ASSERT_EQ(host.run({"logout"}).status, 0);
     subscriber.await("settings/tv/state/tovanEntitlementStatus (null)");
@@ -168,8 +168,9 @@ TEST_F(MqttProgram, AnswersManyCommandsInTheirOrder) {
                                              broker.port() + " -t settings/tv/set/timezone"});
     for (int number = 1; number <= count; ++number) {
         const std::string text = std::to_string(number);
-        ASSERT_EQ(subscriber.next(), outcome(R"("key":"timezone","outcome":"changed","value":"zone-)" + text +
-                                             R"(","id":")" + text + "\""));
+        std::string members = R"("key":"timezone","outcome":"changed","value":"zone-)";
+        members.append(text).append(R"(","id":")").append(text).append(R"(")");
+        ASSERT_EQ(subscriber.next(), outcome(members));
     }
 }
 

@@ -4,6 +4,7 @@
 #include "Utils/Rapidjson.h"
 #include "kit/support/LogRecording.h"
 #include "kit/support/TrafficRecording.h"
+#include "server/protocol/MessageHub.h"
 #include "server/protocol/TrafficObservers.h"
 #include "simulation/DeviceConsole.h"
 
