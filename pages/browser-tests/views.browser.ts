@@ -75,10 +75,16 @@ test.each(['mouse', 'touch'] as const)('%s alone changes a setting of every kind
             await use(page.getByRole('radio', { name: 'Yellow on blue' }));
             await expectStatus(page, 'captionsStyles', 'accepted', 'Saved');
             await goTo('device');
-            await use(row(page, 'deviceName').getByRole('button'));
-            await typeOver(page, `By ${pointer}`);
-            await use(page.getByRole('button', { name: 'Save' }));
-            await expectStatus(page, 'deviceName', 'accepted', 'Saved');
+            for (const name of ['For a moment', `By ${pointer}`]) {
+                await use(row(page, 'deviceName').getByText('Device name').first());
+                await typeOver(page, name);
+                await use(page.getByRole('button', { name: 'Save' }));
+                await expectStatus(page, 'deviceName', 'accepted', 'Saved');
+                if (name === 'For a moment') {
+                    await use(row(page, 'deviceName').getByRole('button', { name: 'Reset' }));
+                    await expectStatus(page, 'deviceName', 'default', 'TV');
+                }
+            }
             await goTo('language');
             await use(row(page, 'add').getByRole('button'));
             await use(page.getByRole('dialog').getByText('Italian (Italy)'));

@@ -9,7 +9,6 @@
 
 namespace SettingsHost {
 
-using SettingsHandlerKit::ValueObserver;
 
 class SdkWithFaultsTest : public ::testing::Test {
 protected:
