@@ -28,5 +28,5 @@ export function Explanation({ setting, about, children }: Props): JSX.Element {
 function LastChange({ setting }: { readonly setting: SettingKey }): JSX.Element | null {
     const { state, language } = usePage();
     const change = lastChangeOf(state.changes, setting);
-    return change === undefined ? null : <p>{changedBy(change, language)}</p>;
+    return change === undefined ? null : <p class="change">{changedBy(change, language)}</p>;
 }
