@@ -80,6 +80,12 @@ test.each(['mouse', 'touch'] as const)('%s alone changes a setting of every kind
                 await typeOver(page, name);
                 await use(page.getByRole('button', { name: 'Save' }));
                 await expectStatus(page, 'deviceName', 'accepted', 'Saved');
+                const control = await row(page, 'deviceName').locator('.control').boundingBox();
+                const status = await row(page, 'deviceName').locator('.status').boundingBox();
+                expect(status?.x, 'the message is in the control').toBeGreaterThan(control?.x ?? 0);
+                expect((status?.x ?? 0) + (status?.width ?? 0), 'the message covers no tool').toBeLessThan(
+                    (control?.x ?? 0) + (control?.width ?? 0),
+                );
                 if (name === 'For a moment') {
                     await use(row(page, 'deviceName').getByRole('button', { name: 'Reset' }));
                     await expectStatus(page, 'deviceName', 'default', 'TV');
