@@ -27,7 +27,9 @@ test('the settings', async () => {
             await enterSection(page, 'language');
             await take(page, 'settings');
             await enterSection(page, 'captions');
-            await press(page, 'ArrowDown', 'ArrowRight', 'Enter');
+            await press(page, 'ArrowDown', 'Enter');
+            await page.getByRole('dialog').waitFor();
+            await press(page, 'ArrowDown', 'Enter');
             await expectStatus(page, 'captionsFontSize', 'accepted', 'Saved');
             await take(page, 'settings-captions');
         },
