@@ -9,7 +9,6 @@
 
 namespace SettingsHost {
 
-
 class SdkWithFaultsTest : public ::testing::Test {
 protected:
     using Keys = std::vector<std::string>;
