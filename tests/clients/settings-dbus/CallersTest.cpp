@@ -3,7 +3,6 @@
 
 #include <systemd/sd-bus.h>
 
-#include "FakeHost.h"
 #include "Fixture.h"
 
 using namespace SettingsDbusTests;
@@ -15,12 +14,8 @@ using Bus = std::unique_ptr<sd_bus, decltype(&sd_bus_unref)>;
 class DbusCallers : public Fixture {
 protected:
     void SetUp() override {
-        startBus();
         std::filesystem::create_directory(folder / "settings-host");
-        fake.emplace(socketPath());
-        bridge.emplace(Words{SETTINGS_DBUS_PROGRAM}, environment());
-        fake->accept();
-        waitForLog("serving");
+        startAllWith(fake.emplace(socketPath()));
     }
     Bus connect() const {
         sd_bus* opened = nullptr;

@@ -1,6 +1,5 @@
 #include <algorithm>
 
-#include "FakeHost.h"
 #include "Fixture.h"
 
 using namespace SettingsDbusTests;
@@ -25,12 +24,8 @@ protected:
 class DbusErrors : public DbusCalls {
 protected:
     void SetUp() override {
-        startBus();
         std::filesystem::create_directory(folder / "settings-host");
-        fake.emplace(socketPath());
-        bridge.emplace(Words{SETTINGS_DBUS_PROGRAM}, environment());
-        fake->accept();
-        waitForLog("serving");
+        startAllWith(fake.emplace(socketPath()));
     }
     /// Calls while the host answers the change with `members`.
     std::string errorFor(const std::string& members, const Words& arguments) {

@@ -107,6 +107,13 @@ void Fixture::startAll() {
     startBridge();
 }
 
+void Fixture::startAllWith(FakeHost& fake) {
+    startBus();
+    bridge.emplace(Words{SETTINGS_DBUS_PROGRAM}, environment());
+    fake.accept();
+    waitForLog("serving");
+}
+
 void Fixture::waitForLog(const std::string& text) {
     for (std::optional<std::string> line; (line = bridge->errors().readLine());) {
         if (line->find(text) != std::string::npos) {

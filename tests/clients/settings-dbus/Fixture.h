@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "FakeHost.h"
 #include "support/ChildProcess.h"
 #include "support/TemporaryDirectory.h"
 
@@ -38,6 +39,8 @@ protected:
     /// Returns when it is connected.
     void startBridge();
     void startAll();
+    /// Starts bus and bridge; `fake` is the host.
+    void startAllWith(FakeHost& fake);
     /// Waits until the bridge logs a line with `text`.
     void waitForLog(const std::string& text);
 
