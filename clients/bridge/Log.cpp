@@ -2,14 +2,13 @@
 
 #include <array>
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
-#include <ctime>
 
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "Wire/ControlCharacters.h"
+#include "Wire/LocalTime.h"
 
 namespace SettingsBridge {
 
@@ -31,23 +30,6 @@ bool isStandardErrorTheJournal() {
            journal == std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino);
 }
 
-/// Local time: 2026-01-31T12:34:56.789+0100.
-std::string now() {
-    const auto time = std::chrono::system_clock::now();
-    const auto second = std::chrono::floor<std::chrono::seconds>(time);
-    const std::time_t sinceEpoch = std::chrono::system_clock::to_time_t(second);
-    const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(time - second).count();
-    std::tm local{};
-    ::localtime_r(&sinceEpoch, &local);
-    std::array<char, 32> date{};
-    std::array<char, 16> zone{};
-    std::strftime(date.data(), date.size(), "%FT%T", &local);
-    std::strftime(zone.data(), zone.size(), "%z", &local);
-    std::array<char, 64> whole{};
-    std::snprintf(whole.data(), whole.size(), "%s.%03d%s", date.data(), static_cast<int>(milliseconds), zone.data());
-    return whole.data();
-}
-
 }  // namespace
 
 Log::Log(int minimumLevel) : minimum(minimumLevel), toJournal(isStandardErrorTheJournal()) {}
@@ -59,7 +41,8 @@ void Log::write(LogLevel level, const std::string& text) const {
     }
     const LevelName& name = levels.at(number);
     const std::string line =
-        (toJournal ? name.priority : now() + " " + name.text + " ") + Wire::escapeControlCharacters(text) + "\n";
+        (toJournal ? name.priority : Wire::localTimeText(std::chrono::system_clock::now()) + " " + name.text + " ") +
+        Wire::escapeControlCharacters(text) + "\n";
     if (::write(STDERR_FILENO, line.data(), line.size()) < 0) {
         // There is nobody to tell.
     }
