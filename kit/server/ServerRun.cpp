@@ -81,12 +81,10 @@ PassedSockets Server::Parts::handOver() {
         return sockets;
     }
     for (const auto& endpoint : endpoints) {
-        bool isOwn = false;
-        Descriptor socket = endpoint.listener->handOver(isOwn);
-        sockets.add(endpoint.name, std::move(socket), isOwn);
+        sockets.add(endpoint.name, endpoint.listener->duplicate(), endpoint.listener->leaveFile());
     }
     if (webServer) {
-        sockets.add("web", webServer->handOver(), false);
+        sockets.add("web", webServer->duplicate(), false);
     }
     isHandedOver = true;
     loop.post([this] { requestStop(); });

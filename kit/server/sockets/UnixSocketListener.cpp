@@ -74,11 +74,6 @@ void UnixSocketListener::remove(StreamClient& client) {
     clientListener.disconnected(gone, gone->disconnectReason());
 }
 
-Descriptor UnixSocketListener::handOver(bool& isOwn) {
-    isOwn = file->leave();
-    return acceptor.duplicate();
-}
-
 void UnixSocketListener::close() {
     if (closing) {
         return;
