@@ -1,7 +1,5 @@
 #include "simulation/SimulatedDevice.h"
 
-#include <algorithm>
-#include <iterator>
 #include <utility>
 
 namespace SettingsHost {
@@ -57,10 +55,13 @@ bool SimulatedDevice::setMode(Mode mode, bool enabled) {
     return true;
 }
 
-bool SimulatedDevice::isOn(Mode mode) const {
-    return std::any_of(std::begin(modeNames), std::end(modeNames), [&](const ModeNames& names) {
-        return names.mode == mode && modes.at(names.deviceInfoKey) == on;
-    });
+bool SimulatedDevice::toggle(SettingsHandler::SettingsNamesType setting) {
+    for (const auto& names : modeNames) {
+        if (names.setting == setting) {
+            return setMode(names.mode, modes.at(names.deviceInfoKey) != on);
+        }
+    }
+    return false;
 }
 
 std::optional<bool> SimulatedDevice::isOn(SettingsHandler::SettingsNamesType setting) const {

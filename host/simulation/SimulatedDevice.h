@@ -32,7 +32,8 @@ public:
 
     /// Switches a mode. Returns: false when the new state could not be saved; the old one then stays.
     bool setMode(Mode mode, bool enabled);
-    bool isOn(Mode mode) const;
+    /// The same for the mode of this setting, to what it is not. Returns false also for a setting that is no mode.
+    bool toggle(SettingsHandler::SettingsNamesType setting);
     /// Is the mode of this setting on? Nothing for a setting that is no mode.
     std::optional<bool> isOn(SettingsHandler::SettingsNamesType setting) const;
     /// Where the store has the mode of this setting, as "on" or "off".

@@ -114,12 +114,11 @@ bool SimulatedSdkBridge::setDoNotDisturbEnabled(bool enabled) {
 }
 
 bool SimulatedSdkBridge::changeByItself(const std::string& settingDBId) {
-    using Mode = SimulatedDevice::Mode;
     const auto otherThan = [](const std::string& current, const char* one, const char* another) {
         return std::string(current == one ? another : one);
     };
-    const auto toggle = [this](Mode mode) { return device->setMode(mode, !device->isOn(mode)); };
-    switch (SettingsHandler::settingTypeFromName(settingDBId)) {
+    const auto type = SettingsHandler::settingTypeFromName(settingDBId);
+    switch (type) {
         case SettingsHandler::ORLIA_LOCALE:
             return save(settingDBId, localesText, otherThan(localesText, R"(["fr-FR"])", R"(["en-US"])"));
         case SettingsHandler::TIMEZONE:
@@ -128,19 +127,13 @@ bool SimulatedSdkBridge::changeByItself(const std::string& settingDBId) {
             return setCaptionsEnabled(!isCaptionsEnabled());
         case SettingsHandler::DO_NOT_DISTURB_ENABLED:
             return setDoNotDisturbEnabled(!isDoNotDisturbEnabled());
-        case SettingsHandler::HANDS_FREE_ENABLED:
-            return toggle(Mode::HANDS_FREE);
-        case SettingsHandler::HANDS_FREE_ALWAYS_ON_ENABLED:
-            return toggle(Mode::ALWAYS_ON_VOICE);
-        case SettingsHandler::PTT_ALWAYS_ON_ENABLED:
-            return toggle(Mode::ALWAYS_ON_PTT);
         case SettingsHandler::FRIENDLY_NAME: {
             std::string current;
             storage.getValue(settingDBId, current);
             return applyFriendlyName(otherThan(current, "Voice SDK", "TV"));
         }
         default:
-            return false;
+            return device->toggle(type);
     }
 }
 
