@@ -19,6 +19,8 @@ class DeviceCommands::Arguments {
 public:
     explicit Arguments(const rapidjson::Value& frame) : request(frame) {}
 
+    const rapidjson::Value& all() const { return request; }
+
     std::optional<std::string> text(const std::string& name) const {
         std::string value;
         if (!Utils::RapidjsonUtil::tryGetStringMember(request, name, value)) {
@@ -174,6 +176,14 @@ std::string DeviceCommands::switchDoNotDisturb(const Arguments& arguments) {
     return enabled ? written(sdkBridge->setDoNotDisturbEnabled(*enabled)) : notOnOrOff();
 }
 
+std::string DeviceCommands::listFaults(const Arguments& /*arguments*/) {
+    return faultsFrame(*faults);
+}
+
+std::string DeviceCommands::fault(const Arguments& arguments) {
+    return switchFault(*faults, arguments.all());
+}
+
 std::string DeviceCommands::save(const Arguments& arguments) {
     const auto withValues = arguments.boolean("withValues");
     return arguments.has("withValues") && !withValues ? badArgument(R"("withValues" must be true or false)")
@@ -190,17 +200,12 @@ std::string DeviceCommands::execute(const rapidjson::Value& request) {
         {"handsfree", &DeviceCommands::switchHandsfree},
         {"captions", &DeviceCommands::switchCaptions},
         {"doNotDisturb", &DeviceCommands::switchDoNotDisturb},
+        {"faults", &DeviceCommands::listFaults},
+        {"fault", &DeviceCommands::fault},
         {"save", &DeviceCommands::save},
     };
     const Arguments arguments(request);
-    const std::string name = arguments.text("command").value_or("");
-    if (name == "faults") {
-        return faultsFrame(*faults);
-    }
-    if (name == "fault") {
-        return switchFault(*faults, request);
-    }
-    const auto command = commands.find(name);
+    const auto command = commands.find(arguments.text("command").value_or(""));
     if (command == commands.end()) {
         return Wire::refusalFrame("unknown-command",
                                   R"("command" must be one of the device's commands, for example "show")");

@@ -41,6 +41,8 @@ private:
     std::string switchHandsfree(const Arguments& arguments);
     std::string switchCaptions(const Arguments& arguments);
     std::string switchDoNotDisturb(const Arguments& arguments);
+    std::string listFaults(const Arguments& arguments);
+    std::string fault(const Arguments& arguments);
     std::string save(const Arguments& arguments);
 
     std::shared_ptr<SimulatedDevice> device;
