@@ -135,9 +135,6 @@ std::vector<std::string> Faults::namesOn() const {
 }
 
 std::string Faults::problemWith(const FaultDescription& fault, const FaultValue& value) {
-    if (std::holds_alternative<std::monostate>(value)) {
-        return "";
-    }
     const std::string must = std::string("the value of ") + fault.name + " must be ";
     if (fault.kind == FaultKind::MILLISECONDS) {
         const auto* const time = std::get_if<std::int64_t>(&value);

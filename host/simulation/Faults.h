@@ -69,7 +69,8 @@ public:
     /// Their names.
     std::vector<std::string> namesOn() const;
 
-    /// Returns: why `fault` cannot have `value`, as a message for a person; empty when it can.
+    /// Returns: why `fault` cannot have `value`, as a message for a person; empty when it can. Neither
+    /// a number nor a key is no value.
     static std::string problemWith(const FaultDescription& fault, const FaultValue& value);
     /// FAILED: a fault that happens once did not happen.
     enum class Result { CHANGED, UNCHANGED, FAILED };

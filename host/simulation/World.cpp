@@ -115,8 +115,7 @@ void readFault(World& world, const std::string& path, const std::string& name, c
         return;
     }
     const FaultValue wanted = faultValueOf(value);
-    const std::string problem = std::holds_alternative<std::monostate>(wanted) ? "must be a number or a string"
-                                                                               : Faults::problemWith(*fault, wanted);
+    const std::string problem = Faults::problemWith(*fault, wanted);
     if (!problem.empty()) {
         fail(path, problem);
     }

@@ -86,7 +86,8 @@ TEST_F(FaultsTest, RefuseWhatTheyDoNotTake) {
         {R"({"name":"storage-slow","enabled":true,"value":0})", time},
         {R"({"name":"storage-slow","enabled":true,"value":60001})", time},
         {R"({"name":"storage-slow","enabled":true,"value":"20"})", time},
-        {R"({"name":"storage-slow","enabled":true,"value":1.5})", R"("value" must be a number or a string)"},
+        {R"({"name":"storage-slow","enabled":true,"value":1.5})", time},
+        {R"({"name":"storage-full","enabled":true,"value":null})", "storage-full has no value"},
         {R"({"name":"sdk-refuses","enabled":true,"value":"captionsEnabled"})", key},
         {R"({"name":"sdk-refuses","enabled":true,"value":5})", key},
     };

@@ -133,7 +133,8 @@ TEST_F(WorldTest, SaysWhichMemberIsWrong) {
         {R"({"world":1,"faults":{"restart":true}})", "/faults/restart: happens once, and is never on"},
         {R"({"world":1,"faults":{"sdk-changes":"timezone"}})", "/faults/sdk-changes: happens once, and is never on"},
         {R"({"world":1,"faults":{"storage-full":false}})", "/faults/storage-full: must be true"},
-        {R"({"world":1,"faults":{"storage-slow":true}})", "/faults/storage-slow: must be a number or a string"},
+        {R"({"world":1,"faults":{"storage-slow":true}})",
+         "/faults/storage-slow: the value of storage-slow must be a number of milliseconds from 1 to 60000"},
         {R"({"world":1,"faults":{"storage-slow":0}})",
          "/faults/storage-slow: the value of storage-slow must be a number of milliseconds from 1 to 60000"},
     };
