@@ -58,7 +58,7 @@ Composition::Composition(const Options& options, SettingsHandlerKit::PassedSocke
     startHandler();
     ready = "ready: " + server.start();
     if (options.sandbox) {
-        enterSandbox(options.log.file, options.pagesFolder);
+        enterSandbox(options);
     }
     if (world) {
         for (const auto& [fault, value] : world->faults) {
@@ -116,14 +116,14 @@ std::optional<NextRun> Composition::run() {
     return std::move(next);
 }
 
-void Composition::enterSandbox(const std::string& logFile, const std::string& pagesFolder) {
+void Composition::enterSandbox(const Options& options) {
     SettingsHandlerKit::SandboxFolders folders = server.foldersInUse();
-    if (!logFile.empty()) {
-        folders.changed.push_back(std::filesystem::absolute(logFile).parent_path().string());
+    if (!options.log.file.empty()) {
+        folders.changed.push_back(std::filesystem::absolute(options.log.file).parent_path().string());
     }
-    if (!pagesFolder.empty()) {
+    if (!options.pagesFolder.empty()) {
         // For the fault "restart": a host reads its pages when it starts.
-        folders.read.push_back(std::filesystem::absolute(pagesFolder).string());
+        folders.read.push_back(std::filesystem::absolute(options.pagesFolder).string());
     }
     SettingsHandlerKit::enterSandbox(folders);
 }

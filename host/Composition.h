@@ -55,7 +55,7 @@ public:
 private:
     void startHandler();
     void defineFaults();
-    void enterSandbox(const std::string& logFile, const std::string& pagesFolder);
+    void enterSandbox(const Options& options);
 
     /// Nothing without one to start with.
     const std::optional<World> world;
