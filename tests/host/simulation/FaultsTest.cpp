@@ -3,6 +3,7 @@
 #include "kit/support/LogRecording.h"
 #include "simulation/FaultCommands.h"
 #include "simulation/Faults.h"
+#include "support/Json.h"
 
 namespace SettingsHost {
 
@@ -10,11 +11,7 @@ using Result = Faults::Result;
 
 class FaultsTest : public ::testing::Test {
 protected:
-    std::string execute(const std::string& frame) {
-        rapidjson::Document request;
-        request.Parse(frame.c_str());
-        return switchFault(faults, request);
-    }
+    std::string execute(const std::string& frame) { return switchFault(faults, TestSupport::parsed(frame)); }
 
     SettingsHostTests::LogRecording log;
     Faults faults;
@@ -92,8 +89,7 @@ TEST_F(FaultsTest, RefuseWhatTheyDoNotTake) {
         {R"({"name":"sdk-refuses","enabled":true,"value":5})", key},
     };
     for (const auto& [frame, message] : refused) {
-        rapidjson::Document reply;
-        reply.Parse(execute(frame).c_str());
+        const auto reply = TestSupport::parsed(execute(frame));
         ASSERT_TRUE(reply.HasMember("error")) << frame;
         EXPECT_EQ(reply["error"]["code"], "bad-argument") << frame;
         EXPECT_EQ(reply["error"]["message"].GetString(), message) << frame;
@@ -104,8 +100,7 @@ TEST_F(FaultsTest, RefuseWhatTheyDoNotTake) {
 
 TEST_F(FaultsTest, AreListedWithTheirValues) {
     execute(R"({"name":"clock-jump","enabled":true,"value":-5})");
-    rapidjson::Document reply;
-    reply.Parse(faultsFrame(faults).c_str());
+    const auto reply = TestSupport::parsed(faultsFrame(faults));
     ASSERT_EQ(reply["faults"].Size(), allFaults().size());
     for (const auto& shown : reply["faults"].GetArray()) {
         const bool isOn = shown["name"] == "clock-jump";

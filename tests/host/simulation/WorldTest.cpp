@@ -81,7 +81,6 @@ TEST_F(WorldTest, IsSavedAsItWasRead) {
     Host host(folder / "s.db");
     host.store(whole);
     EXPECT_EQ(host.saved(faults, true), R"({"world":)" + whole + R"(,"leftOut":[]})");
-    EXPECT_EQ(worldOf(whole).values, world.values);
 }
 
 TEST_F(WorldTest, LeavesPersonalValuesOut) {
