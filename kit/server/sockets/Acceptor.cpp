@@ -100,7 +100,8 @@ void Acceptor::pauseAccepting() {
     pause->start();
 }
 
-Descriptor Acceptor::duplicate() const {
+Descriptor Acceptor::duplicate() {
+    spare = Descriptor();
     return Descriptor(::fcntl(listening.get(), F_DUPFD_CLOEXEC, 0));
 }
 

@@ -34,8 +34,9 @@ public:
 
     void start(EventLoop& loop, OnConnection connected, OnRefused refused);
     void close();
-    /// The socket once more. It still listens when this one is closed.
-    Descriptor duplicate() const;
+    /// The socket once more. It still listens when this one is closed. Takes the descriptor in reserve, so that it
+    /// succeeds at the limit; this acceptor is to be closed soon.
+    Descriptor duplicate();
 
 private:
     class Watch;

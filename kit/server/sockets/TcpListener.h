@@ -28,7 +28,7 @@ public:
     void start(EventLoop& loop, Acceptor::OnConnection taker, Acceptor::OnRefused refuser);
     void close();
     /// The socket once more. It still listens when this one is closed.
-    Descriptor duplicate() const { return acceptor->duplicate(); }
+    Descriptor duplicate() { return acceptor->duplicate(); }
 
 private:
     void acceptFrom(Descriptor listening);

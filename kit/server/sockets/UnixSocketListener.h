@@ -43,7 +43,7 @@ public:
     /// Takes no more clients and frames, and closes each connection when its backlog is sent.
     void close();
     /// The socket once more, for another listener: it still listens when this one is closed.
-    Descriptor duplicate() const { return acceptor.duplicate(); }
+    Descriptor duplicate() { return acceptor.duplicate(); }
     /// Leaves the file to the other listener. Returns: whether that one is to remove it at its end.
     bool leaveFile() { return file->leave(); }
     /// Closes the remaining connections at once.

@@ -43,7 +43,7 @@ public:
     /// Takes no more connections, and closes each one when its answer or its backlog is sent.
     void close();
     /// The listening socket once more, for another server: it still listens when this one is closed.
-    Descriptor duplicate() const { return listener->duplicate(); }
+    Descriptor duplicate() { return listener->duplicate(); }
     /// Closes the remaining connections at once.
     void closeNow();
 

@@ -2,6 +2,9 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include <fcntl.h>
+#include <sys/resource.h>
+
 #include "SettingsHandlerTesting/kit/FakeClient.h"
 #include "kit/server/ServerFixture.h"
 #include "support/NotificationSocket.h"
@@ -54,6 +57,28 @@ TEST_F(HandOverTest, ClientsThatConnectMeanwhileAreServedByTheNextServer) {
     EXPECT_NE(reloading.find("\nSTATUS=Draining connections"), std::string::npos);
     EXPECT_EQ(manager.receive(), ready);
     EXPECT_EQ(manager.receive(), "STOPPING=1\nSTATUS=Draining connections");
+}
+
+TEST_F(HandOverTest, AtTheDescriptorLimitTheSocketsAreHandedOver) {
+    auto chosen = options();
+    chosen.listen = "127.0.0.1:0";
+    Server server(std::move(chosen));
+    server.start();
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit tight{128, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &tight), 0);
+    std::vector<Descriptor> all;
+    do {
+        all.emplace_back(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    } while (all.back().get() >= 0);
+    auto sockets = server.handOver();
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+    for (const auto* const name : {"settings", "web"}) {
+        EXPECT_GE(sockets.take(name).value_or(Descriptor()).get(), 0) << name;
+    }
+    all.clear();
+    server.run();
 }
 
 TEST_F(HandOverTest, ASocketThatNobodyTakesIsClosed) {
