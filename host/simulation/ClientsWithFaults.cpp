@@ -104,7 +104,7 @@ private:
 ClientsWithFaults::ClientsWithFaults(std::shared_ptr<SettingsHandlerKit::ClientListener> realServer,
                                      std::shared_ptr<Faults> faults, Later later)
     : server(std::move(realServer)), shared(std::make_shared<Shared>(Shared{std::move(faults), std::move(later)})) {
-    shared->faults->onChange([this] { releaseAll(); });
+    shared->faults->onChange(Fault::REPLIES_LATE, [this] { releaseAll(); });
 }
 
 ClientsWithFaults::~ClientsWithFaults() = default;

@@ -71,6 +71,10 @@ std::string textOf(const FaultValue& value) {
     return key != nullptr ? " " + *key : "";
 }
 
+void logSwitched(const char* what, const FaultDescription& fault, const FaultValue& value = {}) {
+    SettingsHandlerKit::writeLog(VessaLogger::WARNING, what + (fault.name + textOf(value)));
+}
+
 FaultValue orDefault(const FaultDescription& fault, const FaultValue& value) {
     if (!std::holds_alternative<std::monostate>(value)) {
         return value;
@@ -159,7 +163,7 @@ Faults::Result Faults::switchOn(Fault fault, const FaultValue& value) {
     const FaultDescription& described = describe(fault);
     const FaultValue wanted = orDefault(described, value);
     if (described.once) {
-        changed(std::string("fault: ") + described.name + textOf(wanted));
+        logSwitched("fault: ", described, wanted);
         const auto* const key = std::get_if<std::string>(&wanted);
         return actions.at(fault)(key == nullptr ? "" : *key) ? Result::CHANGED : Result::FAILED;
     }
@@ -167,7 +171,8 @@ Faults::Result Faults::switchOn(Fault fault, const FaultValue& value) {
         return Result::UNCHANGED;
     }
     values[fault] = wanted;
-    changed(std::string("fault on: ") + described.name + textOf(wanted));
+    logSwitched("fault on: ", described, wanted);
+    changed(fault);
     return Result::CHANGED;
 }
 
@@ -175,15 +180,14 @@ Faults::Result Faults::switchOff(Fault fault) {
     if (values.erase(fault) == 0) {
         return Result::UNCHANGED;
     }
-    changed(std::string("fault off: ") + describe(fault).name);
+    logSwitched("fault off: ", describe(fault));
+    changed(fault);
     return Result::CHANGED;
 }
 
-void Faults::changed(const std::string& line) {
-    SettingsHandlerKit::writeLog(VessaLogger::WARNING, line);
-    for (const auto& observer : observers) {
-        observer();
-    }
+void Faults::changed(Fault fault) {
+    const auto [first, last] = observers.equal_range(fault);
+    std::for_each(first, last, [](const auto& observer) { observer.second(); });
 }
 
 }  // namespace SettingsHost

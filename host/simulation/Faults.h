@@ -82,15 +82,15 @@ public:
     using Action = std::function<bool(const std::string& value)>;
     /// How a fault that happens once does.
     void define(Fault fault, Action action) { actions[fault] = std::move(action); }
-    /// Calls `action` when a fault was switched on or off, or has another value.
-    void onChange(std::function<void()> action) { observers.push_back(std::move(action)); }
+    /// Calls `action` when `fault` was switched on or off, or has another value.
+    void onChange(Fault fault, std::function<void()> action) { observers.emplace(fault, std::move(action)); }
 
 private:
-    void changed(const std::string& line);
+    void changed(Fault fault);
 
     std::map<Fault, FaultValue> values;
     std::map<Fault, Action> actions;
-    std::vector<std::function<void()>> observers;
+    std::multimap<Fault, std::function<void()>> observers;
 };
 
 }  // namespace SettingsHost

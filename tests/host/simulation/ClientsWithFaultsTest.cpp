@@ -154,6 +154,18 @@ TEST_F(ClientsWithFaultsTest, ThatAreLateNoMoreGetWhatWaitsAtOnce) {
     EXPECT_EQ(one->take(), Texts{event(3)});
 }
 
+TEST_F(ClientsWithFaultsTest, StayLateWhenAnotherFaultIsSwitched) {
+    faults->define(Fault::SDK_CHANGES, [](const std::string&) { return true; });
+    faults->switchOn(Fault::REPLIES_LATE, 100);
+    server->sendToAll(event(1));
+    faults->switchOn(Fault::STORAGE_FULL);
+    faults->switchOn(Fault::SDK_CHANGES);
+    faults->switchOff(Fault::STORAGE_FULL);
+    EXPECT_EQ(one->take(), Texts{});
+    pass();
+    EXPECT_EQ(one->take(), Texts{event(1)});
+}
+
 TEST_F(ClientsWithFaultsTest, ThatAreGoneGetNothingLate) {
     faults->switchOn(Fault::REPLIES_LATE, 100);
     server->sendToAll(event(1));

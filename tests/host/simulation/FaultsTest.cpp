@@ -29,7 +29,7 @@ TEST_F(FaultsTest, AreAllOffAtFirst) {
 
 TEST_F(FaultsTest, AreSwitchedAndLoggedOnlyWhenSomethingChanges) {
     int notified = 0;
-    faults.onChange([&] { ++notified; });
+    faults.onChange(Fault::STORAGE_SLOW, [&] { ++notified; });
     EXPECT_EQ(faults.switchOn(Fault::STORAGE_FULL), Result::CHANGED);
     EXPECT_EQ(faults.switchOn(Fault::STORAGE_FULL), Result::UNCHANGED);
     EXPECT_EQ(faults.switchOn(Fault::STORAGE_SLOW), Result::CHANGED);
@@ -48,7 +48,7 @@ TEST_F(FaultsTest, AreSwitchedAndLoggedOnlyWhenSomethingChanges) {
                   "2 settings-host:fault on: storage-full", "2 settings-host:fault on: storage-slow 500",
                   "2 settings-host:fault on: storage-slow 20", "2 settings-host:fault on: sdk-refuses timezone",
                   "2 settings-host:fault off: storage-slow"}));
-    EXPECT_EQ(notified, 5);
+    EXPECT_EQ(notified, 3) << "on, another value, off";
 }
 
 TEST_F(FaultsTest, ThatHappenOnceAreNeverOn) {
