@@ -210,6 +210,14 @@ TEST_F(DesiredTest, IsTriedAgainWhenItWasNotStored) {
     EXPECT_EQ(host->requests.size(), 2U);
 }
 
+TEST_F(DesiredTest, IsTriedAgainWhenTheHostWasBusy) {
+    connect();
+    host->answers = {SettingsMqtt::refusal("busy", "no")};
+    find(desired("large", 1));
+    find(desired("large", 1));
+    EXPECT_EQ(host->requests, (Lines{"size=large", "size=large"}));
+}
+
 TEST_F(DesiredTest, IsTriedOnceWhenItIsRefused) {
     connect();
     host->answers = {SettingsMqtt::refusal("read-only", "no")};
