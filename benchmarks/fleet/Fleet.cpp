@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <ctime>
 #include <stdexcept>
 #include <string>
 
@@ -103,7 +102,7 @@ void Fleet::change(std::size_t television) {
 double Fleet::processorMicroseconds() const {
     double used = 0;
     for (const auto& part : parts) {
-        used += processorMicrosecondsOf(part.process->pid());
+        used += TestSupport::processorMicroseconds(part.process->pid());
     }
     return used;
 }
@@ -114,15 +113,6 @@ double Fleet::memory() const {
         used += memoryOf(part.process->pid());
     }
     return used;
-}
-
-double processorMicrosecondsOf(pid_t process) {
-    clockid_t clock = 0;
-    timespec used{};
-    if (::clock_getcpuclockid(process, &clock) != 0 || ::clock_gettime(clock, &used) != 0) {
-        throw std::runtime_error("a process has ended");
-    }
-    return static_cast<double>(used.tv_sec) * 1e6 + static_cast<double>(used.tv_nsec) / 1e3;
 }
 
 double memoryOf(pid_t process) {

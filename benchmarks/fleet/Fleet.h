@@ -53,9 +53,7 @@ private:
     std::vector<Part> parts;
 };
 
-/// Processor time that a process has used until now.
-double processorMicrosecondsOf(pid_t process);
-/// Its memory that is backed by no file, in bytes.
+/// Memory of a process that is backed by no file, in bytes.
 double memoryOf(pid_t process);
 
 }  // namespace Benchmarks

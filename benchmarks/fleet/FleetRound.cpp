@@ -13,6 +13,7 @@
 #include "fleet/Names.h"
 #include "fleet/Program.h"
 #include "fleet/Spectator.h"
+#include "support/ProcessUsage.h"
 #include "support/Results.h"
 
 namespace Benchmarks {
@@ -39,14 +40,14 @@ public:
     void addTo(FleetRound& round, const std::string& what, double many) const {
         round[what + ", processor time of the bridge, µs"] = (bridges.processorMicroseconds() - bridgesBefore) / many;
         round[what + ", processor time of the broker, µs"] =
-            (processorMicrosecondsOf(broker.pid()) - brokerBefore) / many;
+            (TestSupport::processorMicroseconds(broker.pid()) - brokerBefore) / many;
     }
 
 private:
     const Bridges& bridges;
     const BrokerProcess& broker;
     const double bridgesBefore = bridges.processorMicroseconds();
-    const double brokerBefore = processorMicrosecondsOf(broker.pid());
+    const double brokerBefore = TestSupport::processorMicroseconds(broker.pid());
 };
 
 /// Changes and commands of connected bridges.

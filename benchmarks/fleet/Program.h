@@ -4,6 +4,7 @@
 
 #include "fleet/Fleet.h"
 #include "host/client/Server.h"
+#include "support/ProcessUsage.h"
 
 namespace Benchmarks {
 
@@ -15,7 +16,7 @@ public:
     ~Program() override;
 
     void change(std::size_t television) override;
-    double processorMicroseconds() const override { return processorMicrosecondsOf(bridge->pid()); }
+    double processorMicroseconds() const override { return TestSupport::processorMicroseconds(bridge->pid()); }
     double memory() const override { return memoryOf(bridge->pid()); }
 
 private:

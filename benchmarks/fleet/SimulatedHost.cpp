@@ -41,9 +41,6 @@ std::vector<SettingsClient::Setting> SimulatedHost::catalogue() {
 }
 
 std::map<std::string, std::string> SimulatedHost::get(const std::vector<std::string>& keys) {
-    if (keys.empty()) {
-        return values;
-    }
     std::map<std::string, std::string> wanted;
     for (const auto& key : keys) {
         const auto found = values.find(key);
@@ -57,16 +54,11 @@ std::map<std::string, std::string> SimulatedHost::get(const std::vector<std::str
 SettingsClient::Answer SimulatedHost::set(const std::string& key, const std::string& value,
                                           std::optional<std::int64_t> /*timestamp*/) {
     SettingsClient::Answer answer;
-    answer.key = key;
     answer.value = value;
-    const std::string before = values[key];
-    if (before == value) {
-        answer.outcome = SettingsClient::Outcome::UNCHANGED;
-        return answer;
+    answer.outcome = values[key] == value ? SettingsClient::Outcome::UNCHANGED : SettingsClient::Outcome::CHANGED;
+    if (answer.outcome == SettingsClient::Outcome::CHANGED) {
+        assign(key, value, "socket");
     }
-    answer.outcome = SettingsClient::Outcome::CHANGED;
-    answer.from = before;
-    assign(key, value, "socket");
     return answer;
 }
 

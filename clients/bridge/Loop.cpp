@@ -7,9 +7,8 @@
 
 #include <poll.h>
 #include <sys/signalfd.h>
+#include <systemd/sd-daemon.h>
 #include <unistd.h>
-
-#include "bridge/ServiceManager.h"
 
 namespace SettingsBridge {
 
@@ -49,8 +48,9 @@ Loop::Loop() {
     if (signals < 0) {
         throw std::system_error(errno, std::generic_category(), "signals cannot be received");
     }
-    if (const auto timeout = watchdogTimeout()) {
-        aliveInterval = *timeout / 2;
+    std::uint64_t timeout = 0;
+    if (::sd_watchdog_enabled(0, &timeout) > 0) {
+        aliveInterval = std::chrono::microseconds(timeout) / 2;
     }
 }
 
@@ -58,11 +58,12 @@ Loop::~Loop() {
     ::close(signals);
 }
 
-void Loop::run() {
+void Loop::run(const std::string& status) {
+    ::sd_notify(0, ("READY=1\nSTATUS=" + status).c_str());
     while (!isStopped) {
         turn();
     }
-    isStopped = false;
+    ::sd_notify(0, "STOPPING=1");
 }
 
 void Loop::turn() {
@@ -71,7 +72,7 @@ void Loop::turn() {
     std::optional<Source::Time> first;
     if (aliveInterval) {
         if (Clock::now() >= nextAlive) {
-            notifyAlive();
+            ::sd_notify(0, "WATCHDOG=1");
             nextAlive = Clock::now() + *aliveInterval;
         }
         first = nextAlive;

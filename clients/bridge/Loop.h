@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "SettingsClient/Client.h"
@@ -46,8 +47,8 @@ private:
     SettingsClient::Client& client;
 };
 
-/// Waits for several sources in turn, on one thread, until SIGINT, SIGTERM or `stop`. Keeps the watchdog of the service
-/// manager content.
+/// Waits for several sources in turn, on one thread, until SIGINT or SIGTERM. Tells the service manager that the
+/// program is ready, lives and stops.
 class Loop {
 public:
     /// From now on SIGINT and SIGTERM do not end the process. Errors: `std::system_error`.
@@ -58,10 +59,8 @@ public:
 
     /// `source` must live as long as the loop runs.
     void add(Source& source) { sources.push_back(&source); }
-    /// Errors: those of sources.
-    void run();
-    /// Ends `run` soon.
-    void stop() { isStopped = true; }
+    /// `status` is for people, until the first one of a `StatusFile`. Errors: those of sources.
+    void run(const std::string& status);
 
 private:
     void turn();

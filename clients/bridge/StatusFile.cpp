@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <systemd/sd-daemon.h>
 #include <unistd.h>
 
 #include "Wire/ObjectWriter.h"
@@ -61,7 +62,11 @@ StatusFile::~StatusFile() {
     }
 }
 
-void StatusFile::write(bool connected, const std::string& text) const {
+void StatusFile::write(bool connected, const std::string& text) {
+    if (std::exchange(written, text) == text) {
+        return;
+    }
+    ::sd_notify(0, ("STATUS=" + text).c_str());
     if (descriptor < 0) {
         return;
     }

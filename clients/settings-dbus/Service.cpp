@@ -5,7 +5,6 @@
 #include "Calls.h"
 #include "Object.h"
 #include "Settings.h"
-#include "bridge/ServiceManager.h"
 #include "bridge/StatusFile.h"
 
 namespace SettingsDbus {
@@ -51,11 +50,7 @@ private:
         const std::string state = bus.connection() == nullptr ? "the bus cannot be reached"
                                   : !settings.isServed()      ? "the host cannot be reached"
                                                               : "connected to host and bus";
-        if (state != reported) {
-            reported = state;
-            status.write(bus.connection() != nullptr && settings.isServed(), state);
-            SettingsBridge::notifyStatus(state);
-        }
+        status.write(bus.connection() != nullptr && settings.isServed(), state);
     }
 
     void announce(const SettingsClient::Event& event, bool isFirst) const {
@@ -71,8 +66,7 @@ private:
     Object preferences{Object::Privacy::PREFERENCE, settings, queue};
     Object personal{Object::Privacy::PERSONAL, settings, queue};
     Bus bus;
-    const SettingsBridge::StatusFile status{"settings-dbus", SETTINGS_HANDLER_VERSION};
-    std::string reported;
+    SettingsBridge::StatusFile status{"settings-dbus", SETTINGS_HANDLER_VERSION};
 };
 
 }  // namespace
@@ -93,9 +87,7 @@ void serve(const Options& options) {
     loop.add(bus);
     loop.add(host);
     log.write(SettingsBridge::LogLevel::INFORMATION, "serving on the bus");
-    SettingsBridge::notifyReady("serving on the bus");
-    loop.run();
-    SettingsBridge::notifyStopping();
+    loop.run("serving on the bus");
 }
 
 }  // namespace SettingsDbus

@@ -102,6 +102,10 @@ void readCredentials(const std::string& path, MosquittoOptions& broker) {
     }
 }
 
+double seconds(std::chrono::milliseconds time) {
+    return std::chrono::duration<double>(time).count();
+}
+
 std::chrono::milliseconds milliseconds(double seconds) {
     return std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
 }
@@ -131,7 +135,6 @@ public:
         if (!credentials.empty()) {
             readCredentials(credentials, options.broker);
         }
-        options.bridge.included.insert(included.begin(), included.end());
         options.bridge.id = id.empty() ? idOfMachine() : id;
         options.bridge.version = SETTINGS_HANDLER_VERSION;
         options.broker.clientId = "settings-" + options.bridge.id;
@@ -168,14 +171,14 @@ private:
         app.add_option("--id", id, "Name of this device in topics; default: made from the machine id")->check(refuseId);
         addMany("--group", options.bridge.groups, "NAME", "Take commands for this group; may be repeated")
             ->check(refuseTopicName);
-        addMany("--include", included, "KEY", "Offer a personal setting, too; may be repeated");
+        addMany("--include", options.bridge.included, "KEY", "Offer a personal setting, too; may be repeated");
         app.add_flag("--home-assistant", options.bridge.homeAssistant, "Publish discovery messages for Home Assistant");
         app.add_option("--state", options.stateFolder, "Folder of the versions of desired values that were applied")
             ->type_name("FOLDER");
     }
 
-    CLI::Option* addMany(const std::string& name, std::vector<std::string>& values, const std::string& type,
-                         const std::string& help) {
+    template <typename Names>
+    CLI::Option* addMany(const std::string& name, Names& values, const std::string& type, const std::string& help) {
         return app.add_option(name, values, help)
             ->type_name(type)
             ->allow_extra_args(false)
@@ -187,12 +190,11 @@ private:
     }
 
     Options options;
-    std::string address = "localhost";
+    std::string address = options.broker.address;
     std::string id;
     std::string credentials;
-    std::vector<std::string> included;
-    double firstPause = 1;
-    double longestPause = 120;
+    double firstPause = seconds(options.broker.firstPause);
+    double longestPause = seconds(options.broker.longestPause);
     CLI::App app;
 };
 

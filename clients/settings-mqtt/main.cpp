@@ -13,7 +13,6 @@
 #include "VersionFile.h"
 #include "bridge/Log.h"
 #include "bridge/Loop.h"
-#include "bridge/ServiceManager.h"
 #include "bridge/StatusFile.h"
 #include "mosquitto/MosquittoBroker.h"
 
@@ -44,7 +43,7 @@ class Upkeep : public SettingsBridge::Source {
 public:
     Upkeep(Bridge& served, const SettingsClient::Client& host, const MosquittoBroker& connection,
            const std::string& version)
-        : bridge(served), client(host), broker(connection), file("settings-mqtt", version) {}
+        : bridge(served), client(host), broker(connection), status("settings-mqtt", version) {}
 
     Wanted wanted() override {
         const auto unsaved = bridge.unsaved();
@@ -53,13 +52,10 @@ public:
         } else if (unsaved == Versions::Unsaved::VALUES && !saving) {
             saving = std::chrono::steady_clock::now() + savingPause;
         }
-        const std::string now = client.isConnected()
-                                    ? broker.isConnected() ? "connected to host and broker" : "waiting for the broker"
-                                    : "waiting for the host";
-        if (std::exchange(status, now) != now) {
-            file.write(client.isConnected() && broker.isConnected(), now);
-            SettingsBridge::notifyStatus(now);
-        }
+        const std::string state = !client.isConnected()   ? "waiting for the host"
+                                  : !broker.isConnected() ? "waiting for the broker"
+                                                          : "connected to host and broker";
+        status.write(client.isConnected() && broker.isConnected(), state);
         return {-1, 0, saving};
     }
     void process(short /*events*/) override {
@@ -72,8 +68,7 @@ private:
     const SettingsClient::Client& client;
     const MosquittoBroker& broker;
     std::optional<Time> saving;
-    std::string status;
-    SettingsBridge::StatusFile file;
+    SettingsBridge::StatusFile status;
 };
 
 /// The client connects again by itself and then calls `onConnected`; other errors than a lost connection end the
@@ -123,9 +118,7 @@ void run(Options options) {
     loop.add(host);
     loop.add(*broker);
     log.write(SettingsBridge::LogLevel::INFORMATION, "this device is settings/" + options.bridge.id);
-    SettingsBridge::notifyReady("waiting for the host");
-    loop.run();
-    SettingsBridge::notifyStopping();
+    loop.run("waiting for the host");
     bridge->stop();
     broker->disconnect();
     bridge->save();

@@ -1,5 +1,6 @@
 #include "support/ProcessUsage.h"
 
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -70,6 +71,15 @@ long processorTicks(pid_t process) {
     long system = 0;
     status >> user >> system;
     return user + system;
+}
+
+double processorMicroseconds(pid_t process) {
+    clockid_t clock = 0;
+    timespec used{};
+    if (::clock_getcpuclockid(process, &clock) != 0 || ::clock_gettime(clock, &used) != 0) {
+        throw std::runtime_error("process " + std::to_string(process) + " has ended");
+    }
+    return static_cast<double>(used.tv_sec) * 1e6 + static_cast<double>(used.tv_nsec) / 1e3;
 }
 
 }  // namespace TestSupport

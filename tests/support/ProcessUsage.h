@@ -27,5 +27,7 @@ void forgetPeakMemory(pid_t process);
 long voluntarySwitches(pid_t process);
 /// Processor time used, in clock ticks.
 long processorTicks(pid_t process);
+/// Exactly. Errors: `std::runtime_error` when the process has ended.
+double processorMicroseconds(pid_t process);
 
 }  // namespace TestSupport

@@ -7,6 +7,7 @@
 #include <sched.h>
 
 #include "host/client/Exchange.h"
+#include "support/ProcessUsage.h"
 
 namespace Benchmarks {
 
@@ -43,16 +44,14 @@ std::string Server::start(const std::vector<std::string>& arguments) {
     all.insert(all.end(), arguments.begin(), arguments.end());
     process = std::make_unique<TestSupport::ChildProcess>(all);
     const auto ready = process->output().readLine();
-    if (!ready || ::clock_getcpuclockid(process->pid(), &clock) != 0) {
+    if (!ready) {
         throw std::runtime_error("cannot start " + arguments.front());
     }
     return *ready;
 }
 
 double Server::processorMicroseconds() const {
-    timespec used{};
-    ::clock_gettime(clock, &used);
-    return static_cast<double>(used.tv_sec) * 1e6 + static_cast<double>(used.tv_nsec) / 1e3;
+    return TestSupport::processorMicroseconds(process->pid());
 }
 
 HostServer::HostServer(Storage storage, int logLevel) : Server(storage) {

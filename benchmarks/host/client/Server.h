@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <ctime>
 #include <memory>
 #include <string>
 #include <vector>
@@ -49,7 +48,6 @@ private:
     TestSupport::TemporaryDirectory storageFolder;
     TestSupport::TemporaryDirectory socketFolder;
     std::unique_ptr<TestSupport::ChildProcess> process;
-    clockid_t clock = 0;
 };
 
 /// settings-host with its web port.

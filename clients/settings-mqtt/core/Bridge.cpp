@@ -6,6 +6,7 @@
 
 #include "Discovery.h"
 #include "SettingsClient/Errors.h"
+#include "Wire/RefusalCode.h"
 
 namespace SettingsMqtt {
 
@@ -249,8 +250,8 @@ void Bridge::applyDesired(const std::string& key, const Desired& desired) {
         waiting[key] = desired;
         return;
     }
-    // A full disk may have room when the device is on again.
-    if (answer.reason != SettingsClient::Reason::notStored) {
+    // Both may pass: a full disk may have room when the device is on again.
+    if (answer.reason != SettingsClient::Reason::notStored && answer.reason != Wire::RefusalCode::busy) {
         versions.settle(key, command.version);
     }
     publishOutcome(key, command, answer);

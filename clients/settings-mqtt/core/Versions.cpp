@@ -18,21 +18,16 @@ std::uint64_t fingerprintOf(const std::optional<std::string>& value) {
 
 }  // namespace
 
-Versions::Versions(std::shared_ptr<VersionStore> keeper) : store(std::move(keeper)), records(store->load()) {
-    stored = records;
-    for (const auto& [key, record] : records) {
-        if (record.changedAway) {
-            changed.insert(key);
-        }
-    }
-}
+Versions::Versions(std::shared_ptr<VersionStore> keeper)
+    : store(std::move(keeper)), records(store->load()), stored(records) {}
 
 Versions::Verdict Versions::judge(const std::string& key, std::int64_t version, bool retained) const {
-    const auto record = records.find(key);
-    if (record != records.end() && version <= record->second.version) {
+    const auto found = records.find(key);
+    const VersionRecord record = found == records.end() ? VersionRecord() : found->second;
+    if (version <= record.version) {
         return Verdict::OLD;
     }
-    return retained && changed.count(key) > 0 ? Verdict::CHANGED_SINCE : Verdict::APPLY;
+    return retained && record.changedAway ? Verdict::CHANGED_SINCE : Verdict::APPLY;
 }
 
 void Versions::settle(const std::string& key, std::int64_t version) {
@@ -53,7 +48,7 @@ void Versions::valueIs(const std::string& key, const std::optional<std::string>&
     if (byBridge || before == 0) {
         record.fingerprint = fingerprint;
     } else if (!isAgreed && before != fingerprint) {
-        changed.insert(key);
+        record.changedAway = true;
     }
 }
 
@@ -71,7 +66,6 @@ void Versions::valuesAreNew() {
 void Versions::parted() {
     if (isAgreed) {
         records = snapshot();
-        changed.clear();
     }
     isAgreed = false;
 }
@@ -83,7 +77,7 @@ VersionRecords Versions::snapshot() const {
         if (isAgreed && fingerprint != fingerprints.end()) {
             record.fingerprint = fingerprint->second;
         }
-        record.changedAway = !isAgreed && changed.count(key) > 0;
+        record.changedAway = record.changedAway && !isAgreed;
     }
     return result;
 }

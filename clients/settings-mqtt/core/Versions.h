@@ -4,7 +4,6 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 
 namespace SettingsMqtt {
@@ -71,7 +70,6 @@ private:
     VersionRecords stored;
     /// Of the values now.
     std::map<std::string, std::uint64_t> fingerprints;
-    std::set<std::string> changed;
     bool isAgreed = false;
     Unsaved unsavedPart = Unsaved::NOTHING;
 };

@@ -2,7 +2,6 @@
 
 #include <fstream>
 #include <regex>
-#include <sstream>
 #include <stdexcept>
 
 #include <grp.h>
@@ -24,13 +23,9 @@ constexpr const char* systemPolicy = R"(<policy context="default"><allow user="*
   <allow receive_type="method_return"/><allow receive_type="error"/><allow receive_type="signal"/>
   <allow send_destination="org.freedesktop.DBus"/></policy>)";
 
-std::string contentOf(const std::string& path) {
-    std::stringstream content;
-    content << std::ifstream(path).rdbuf();
-    return content.str();
-}
-
-std::string withoutLineEnd(std::string text) {
+/// What a program printed, without the last line end.
+std::string textOf(const Finished& finished) {
+    std::string text = finished.output + finished.errors;
     while (!text.empty() && text.back() == '\n') {
         text.pop_back();
     }
@@ -38,8 +33,8 @@ std::string withoutLineEnd(std::string text) {
 }
 
 std::string policyFor(const std::string& group, const std::string& user) {
-    const std::string policy =
-        std::regex_replace(contentOf(POLICY_FILE), std::regex("user=\"settings-dbus\""), "user=\"" + user + "\"");
+    const std::string policy = std::regex_replace(TestSupport::contentOf(POLICY_FILE),
+                                                  std::regex("user=\"settings-dbus\""), "user=\"" + user + "\"");
     return std::regex_replace(policy, std::regex("group=\"settings-host\""), "group=\"" + group + "\"");
 }
 
@@ -132,23 +127,19 @@ Finished Fixture::busctl(const Words& arguments) const {
 }
 
 std::string Fixture::call(const Words& arguments, const std::string& object) const {
-    const auto result = busctl(Words{"call", busName, object, busName} + arguments);
-    return withoutLineEnd(result.output + result.errors);
+    return textOf(busctl(Words{"call", busName, object, busName} + arguments));
 }
 
 std::string Fixture::get(const std::string& property, const std::string& object) const {
-    const auto result = busctl({"get-property", busName, object, busName, property});
-    return withoutLineEnd(result.output + result.errors);
+    return textOf(busctl({"get-property", busName, object, busName, property}));
 }
 
 std::string Fixture::set(const Words& arguments, const std::string& object) const {
-    const auto result = busctl(Words{"set-property", busName, object, busName} + arguments);
-    return withoutLineEnd(result.output + result.errors);
+    return textOf(busctl(Words{"set-property", busName, object, busName} + arguments));
 }
 
 std::string Fixture::settingsctl(const Words& arguments) const {
-    const auto result = TestSupport::run(Words{SETTINGSCTL_PROGRAM} + arguments, environment());
-    return withoutLineEnd(result.output + result.errors);
+    return textOf(TestSupport::run(Words{SETTINGSCTL_PROGRAM} + arguments, environment()));
 }
 
 void Fixture::startMonitor(const std::string& user) {

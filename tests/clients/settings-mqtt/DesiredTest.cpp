@@ -22,6 +22,24 @@ protected:
         start();
     }
 
+    /// A new connection to the broker after the one before was lost.
+    void reconnectBroker() {
+        bridge->brokerLost();
+        connectBroker();
+    }
+    /// A change by somebody else while there is no connection to the broker.
+    void changeWithoutBroker(const std::string& key, const std::string& to) {
+        bridge->brokerLost();
+        change(key, to);
+        connectBroker();
+    }
+    /// A new bridge takes over; the one before has stored what it knows.
+    void restart() {
+        bridge->save();
+        start();
+        connect();
+    }
+
     /// What the broker delivers when it kept a desired value.
     void find(const std::string& payload) { receive("settings/tv/desired/size", payload, true); }
 
@@ -35,8 +53,7 @@ TEST_F(DesiredTest, AppliesAVersionOnce) {
     EXPECT_EQ(published(), (Lines{outcome(R"("changed","value":"large","version":1)")}));
     change("size", "small");
     published();
-    bridge->brokerLost();
-    connectBroker();
+    reconnectBroker();
     find(desired("large", 1));
     EXPECT_EQ(host->requests, (Lines{"size=large"}));
     EXPECT_TRUE(published().empty());
@@ -47,9 +64,7 @@ TEST_F(DesiredTest, RemembersVersionsOverARestart) {
     find(desired("large", 1));
     bridge->save();
     change("size", "small");
-    bridge->save();
-    start();
-    connect();
+    restart();
     find(desired("large", 1));
     EXPECT_EQ(host->requests, (Lines{"size=large"}));
     find(desired("large", 2));
@@ -68,17 +83,14 @@ TEST_F(DesiredTest, ComparesVersionsOfAKeyOverAllTopics) {
 
 TEST_F(DesiredTest, TakesTheNewestValueAfterATimeWithoutConnection) {
     connect();
-    bridge->brokerLost();
-    connectBroker();
+    reconnectBroker();
     find(desired("large", 1));
     EXPECT_EQ(host->requests, (Lines{"size=large"}));
 }
 
 TEST_F(DesiredTest, NeverOverwritesAChangeThatWasMadeWithoutConnection) {
     connect();
-    bridge->brokerLost();
-    change("size", "large");
-    connectBroker();
+    changeWithoutBroker("size", "large");
     find(desired("small", 1));
     EXPECT_TRUE(host->requests.empty());
     EXPECT_EQ(published(), (Lines{outcome(changedSince + "1")}));
@@ -90,20 +102,15 @@ TEST_F(DesiredTest, NeverOverwritesAChangeThatWasMadeWithoutConnection) {
 
 TEST_F(DesiredTest, AppliesAValueThatIsPublishedAfterTheChange) {
     connect();
-    bridge->brokerLost();
-    change("size", "large");
-    connectBroker();
+    changeWithoutBroker("size", "large");
     receive("settings/tv/desired/size", desired("small", 1));
     EXPECT_EQ(host->requests, (Lines{"size=small"}));
 }
 
 TEST_F(DesiredTest, AChangeCountsForOneConnectionOnly) {
     connect();
-    bridge->brokerLost();
-    change("size", "large");
-    connectBroker();
-    bridge->brokerLost();
-    connectBroker();
+    changeWithoutBroker("size", "large");
+    reconnectBroker();
     find(desired("small", 1));
     EXPECT_EQ(host->requests, (Lines{"size=small"}));
 }
@@ -113,18 +120,15 @@ TEST_F(DesiredTest, AChangeStillCountsWhenTheConnectionWasLostBeforeTheBrokerHad
     bridge->brokerLost();
     change("size", "large");
     bridge->brokerConnected();
-    bridge->brokerLost();
-    connectBroker();
+    reconnectBroker();
     find(desired("small", 1));
     EXPECT_TRUE(host->requests.empty());
 }
 
 TEST_F(DesiredTest, AChangeWhileTheBridgeDidNotRunCounts) {
     connect();
-    bridge->save();
     host->values["size"] = "large";
-    start();
-    connect();
+    restart();
     find(desired("small", 1));
     EXPECT_TRUE(host->requests.empty());
 }
@@ -132,10 +136,8 @@ TEST_F(DesiredTest, AChangeWhileTheBridgeDidNotRunCounts) {
 TEST_F(DesiredTest, AChangeCountsAfterARunThatEndedBeforeTheBrokerHadEverything) {
     bridge->hostConnected();
     bridge->brokerConnected();
-    bridge->save();
     host->values["size"] = "large";
-    start();
-    connect();
+    restart();
     find(desired("small", 1));
     EXPECT_TRUE(host->requests.empty());
 }
@@ -145,9 +147,7 @@ TEST_F(DesiredTest, AChangeWithoutConnectionCountsAfterARestart) {
     bridge->brokerLost();
     change("size", "large");
     change("size", "small");
-    bridge->save();
-    start();
-    connect();
+    restart();
     find(desired("large", 1));
     EXPECT_TRUE(host->requests.empty());
 }
@@ -155,9 +155,7 @@ TEST_F(DesiredTest, AChangeWithoutConnectionCountsAfterARestart) {
 TEST_F(DesiredTest, AChangeThatTheBrokerKnowsDoesNotCountAfterAPowerCut) {
     connect();
     change("size", "large");
-    bridge->save();
-    start();
-    connect();
+    restart();
     find(desired("small", 1));
     EXPECT_EQ(host->requests, (Lines{"size=small"}));
 }
@@ -167,14 +165,8 @@ TEST_F(DesiredTest, AChangeByTheBridgeDoesNotCount) {
     bridge->brokerLost();
     bridge->brokerConnected();
     find(desired("large", 1));
-    SettingsClient::Event own;
-    own.key = "size";
-    own.to = "large";
-    own.client = "settings-mqtt";
-    bridge->changed(own);
-    bridge->save();
-    start();
-    connect();
+    change("size", "large", "settings-mqtt");
+    restart();
     find(desired("small", 2));
     EXPECT_EQ(host->requests, (Lines{"size=large", "size=small"}));
 }
@@ -216,6 +208,14 @@ TEST_F(DesiredTest, IsTriedAgainWhenItWasNotStored) {
     EXPECT_EQ(host->requests, (Lines{"size=large", "size=large"}));
     find(desired("large", 1));
     EXPECT_EQ(host->requests.size(), 2U);
+}
+
+TEST_F(DesiredTest, IsTriedAgainWhenTheHostWasBusy) {
+    connect();
+    host->answers = {SettingsMqtt::refusal("busy", "no")};
+    find(desired("large", 1));
+    find(desired("large", 1));
+    EXPECT_EQ(host->requests, (Lines{"size=large", "size=large"}));
 }
 
 TEST_F(DesiredTest, IsTriedOnceWhenItIsRefused) {

@@ -128,6 +128,18 @@ TEST_F(MqttProgram, OutlivesAPeerThatIsNoBroker) {
     EXPECT_EQ(bridge.stop(), 0);
 }
 
+TEST_F(MqttProgram, SaysWhenTheBrokerRefusesASubscription) {
+    const auto listener = TestSupport::listeningTcpSocket("127.0.0.1");
+    RunningBridge bridge(host, "127.0.0.1:" + std::to_string(listener.port()));
+    const int peer = ::accept(listener.get(), nullptr, nullptr);
+    ASSERT_GE(peer, 0);
+    // Accepted; the first subscription is granted, the others are not authorized.
+    const std::string answers("\x20\x03\x00\x00\x00\x90\x06\x00\x01\x00\x01\x87\x87", 13);
+    EXPECT_EQ(::send(peer, answers.data(), answers.size(), MSG_NOSIGNAL), static_cast<ssize_t>(answers.size()));
+    bridge.awaitLog("the broker refuses the subscription to commands");
+    ::close(peer);
+}
+
 TEST_F(MqttProgram, ACommandIsNotStaleAfterOneOfAClientWhoseClockIsAhead) {
     RunningBridge bridge(host, broker.address());
     Subscriber subscriber(broker.port(), {"settings/tv/outcome", "settings/tv/availability"});

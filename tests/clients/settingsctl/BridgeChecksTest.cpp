@@ -64,7 +64,7 @@ TEST_F(SettingsCtlCheckOfABridge, FindsTheOneThatAUserStarted) {
     ::unsetenv("RUNTIME_DIRECTORY");
     std::filesystem::create_directory(folder / "user");
     ::setenv("XDG_RUNTIME_DIR", (folder / "user").c_str(), 1);
-    const StatusFile status(program, SETTINGS_HANDLER_VERSION);
+    StatusFile status(program, SETTINGS_HANDLER_VERSION);
     ::unsetenv("XDG_RUNTIME_DIR");
     status.write(true, "connected to host and broker");
     EXPECT_EQ(check(), "ok settings-mqtt: connected to host and broker");
@@ -73,13 +73,13 @@ TEST_F(SettingsCtlCheckOfABridge, FindsTheOneThatAUserStarted) {
 TEST_F(SettingsCtlCheckOfABridge, ReportsACrash) {
     std::ofstream(path) << R"({"version":")" SETTINGS_HANDLER_VERSION R"(","connected":true,"text":"connected"})";
     EXPECT_EQ(check(), "wrong settings-mqtt: it crashed: see its log, and start it");
-    const StatusFile startedAgain(program, SETTINGS_HANDLER_VERSION);
+    StatusFile startedAgain(program, SETTINGS_HANDLER_VERSION);
     startedAgain.write(true, "connected to host and broker");
     EXPECT_EQ(check(), "ok settings-mqtt: connected to host and broker");
 }
 
 TEST_F(SettingsCtlCheckOfABridge, ReportsAnOldVersion) {
-    const StatusFile status(program, "0.9.0");
+    StatusFile status(program, "0.9.0");
     status.write(true, "connected to host and broker");
     EXPECT_EQ(check(), "wrong settings-mqtt: version 0.9.0; settingsctl " SETTINGS_HANDLER_VERSION
                        ": restart it after an update");
@@ -94,9 +94,9 @@ TEST_F(SettingsCtlCheckOfABridge, ReportsAStatusThatIsNone) {
 }
 
 TEST_F(SettingsCtlCheckOfABridge, DoesNotConfuseTwoProcesses) {
-    const StatusFile first(program, SETTINGS_HANDLER_VERSION);
+    StatusFile first(program, SETTINGS_HANDLER_VERSION);
     first.write(true, "the first");
-    const StatusFile second(program, SETTINGS_HANDLER_VERSION);
+    StatusFile second(program, SETTINGS_HANDLER_VERSION);
     second.write(false, "the second");
     EXPECT_EQ(check(), "ok settings-mqtt: the first");
 }
