@@ -1,6 +1,5 @@
 import type { JSX } from 'preact';
 
-import { ActionRow } from '../components/ActionRow';
 import { ChoiceRow } from '../components/ChoiceRow';
 import { EditRow } from '../components/EditRow';
 import { ReadOnlySetting } from '../components/ReadOnlyRow';
@@ -37,8 +36,8 @@ export function RowExamples(): JSX.Element {
                 <ReadOnlySetting setting="captionsEnabled" />
             </Example>
             <Example title="acts, destroys">
-                <ActionRow row="act" name="Open the assistant’s settings" icon="external" onUse={nothing} />
-                <ActionRow row="destroy" name="Log out" icon="exit" isDestructive onUse={nothing} />
+                <Row kind="acts" row="act" name="Open the assistant’s settings" icon="external" onUse={nothing} />
+                <Row kind="acts" row="destroy" name="Log out" icon="exit" isDestructive onUse={nothing} />
             </Example>
             <Example title="with tools">
                 <Row
