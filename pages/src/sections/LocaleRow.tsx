@@ -26,7 +26,7 @@ export function LocaleRow({ row, locale, index, list, hasUndo, explanation }: Pr
     const menu = useDialog();
     const item = useRef<HTMLLIElement>(null);
     const name = shortened(nameOfLocale(locale, code));
-    const isPickedUp = list.pickedUp?.row === row;
+    const isPickedUp = list.pickedUp?.index === index;
     usePutBack(item, isPickedUp, list);
     const undo = hasUndo ? <Tool tool="undo" words={t('undo')} onUse={list.undo} /> : undefined;
     const tools = isPickedUp ? <CarryButtons list={list} /> : undo;
