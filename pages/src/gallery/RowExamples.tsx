@@ -5,7 +5,7 @@ import { EditRow } from '../components/EditRow';
 import { ReadOnlySetting } from '../components/ReadOnlyRow';
 import { Row } from '../components/Row';
 import { SwitchRow } from '../components/SwitchRow';
-import { Icon } from '../icons';
+import { Tool } from '../components/Tool';
 import type { RowStatus } from '../state/store';
 import { Example } from './Example';
 
@@ -45,12 +45,8 @@ export function RowExamples(): JSX.Element {
                     row="tools"
                     name="Time zone"
                     value="Tokyo"
-                    icon="time"
-                    tools={
-                        <button type="button" class="tool" data-tool="undo" aria-label="Undo">
-                            <Icon name="undo" />
-                        </button>
-                    }
+                    icon="language"
+                    tools={<Tool tool="undo" words="Undo" onUse={nothing} />}
                     onUse={nothing}
                 />
             </Example>
