@@ -27,12 +27,14 @@ test.each([
     await visitSettings(
         host,
         async (page) => {
+            const explained: string[] = [];
             for (const section of sectionIds) {
                 await enterSection(page, section);
                 const [menu, list] = [await boxOf(page.locator('.menu')), await boxOf(page.locator('.list'))];
                 expect(Math.min(menu.left, viewport.width - list.right)).toBeGreaterThanOrEqual(inline);
                 expect(Math.min(menu.top, list.top)).toBeGreaterThanOrEqual(block);
                 for (const explanation of await page.locator('.explanation').filter({ visible: true }).all()) {
+                    explained.push(section);
                     const { left, right, bottom } = await boxOf(explanation);
                     expect(left).toBeGreaterThan(list.right);
                     expect(right).toBeLessThanOrEqual(viewport.width - inline + 1);
@@ -47,6 +49,7 @@ test.each([
                 expect(body).toBeGreaterThanOrEqual((28 / 1080) * viewport.height * 0.98);
                 expect(body).toBeGreaterThanOrEqual(small * 1.2);
             }
+            expect(explained).toEqual(['device', 'language', 'captions', 'voice', 'account']);
         },
         { viewport },
     );

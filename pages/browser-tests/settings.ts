@@ -65,35 +65,29 @@ export async function expectFocus(page: Page, wanted: string): Promise<void> {
     await expect.poll(async () => (await focus(page)).row, { interval: 20 }).toBe(wanted);
 }
 
+/** Whether the menu is a strip above the list. */
+function isNarrow(page: Page): boolean {
+    return (page.viewportSize()?.width ?? 0) < 900;
+}
+
 /** Moves the focus to a section in the menu, by keys only. */
 export async function goToMenu(page: Page, section: SectionId): Promise<void> {
     if ((await page.locator('nav :focus').count()) === 0) {
         await press(page, 'Escape');
     }
-    const places = await page.locator('nav button').evaluateAll((items) =>
-        items.map((item) => {
-            const { left, top } = item.getBoundingClientRect();
-            return { left, top };
-        }),
-    );
-    // On a narrow screen the menu has several lines.
-    const start = places[sectionIds.indexOf((await focus(page)).row as SectionId)];
-    const goal = places[sectionIds.indexOf(section)];
-    const lines = [...new Set(places.map(({ top }) => top))];
-    const down = lines.indexOf(goal?.top ?? 0) - lines.indexOf(start?.top ?? 0);
-    await press(page, ...Array<string>(Math.abs(down)).fill(down < 0 ? 'ArrowUp' : 'ArrowDown'));
-    const here = sectionIds.indexOf((await focus(page)).row as SectionId);
-    const along = sectionIds.indexOf(section) - here;
-    const forward = (await page.evaluate(() => document.documentElement.dir)) === 'rtl' ? -along : along;
-    await press(page, ...Array<string>(Math.abs(forward)).fill(forward < 0 ? 'ArrowLeft' : 'ArrowRight'));
+    const steps = sectionIds.indexOf(section) - sectionIds.indexOf((await focus(page)).row as SectionId);
+    const isMirrored = (await page.evaluate(() => document.documentElement.dir)) === 'rtl';
+    const isBackward = steps < 0;
+    const sideways = isBackward === isMirrored ? 'ArrowRight' : 'ArrowLeft';
+    const key = isNarrow(page) ? sideways : isBackward ? 'ArrowUp' : 'ArrowDown';
+    await press(page, ...Array<string>(Math.abs(steps)).fill(key));
     await expectFocus(page, section);
 }
 
 /** Moves the focus into a section, by keys only. */
 export async function enterSection(page: Page, section: SectionId, forward = 'ArrowRight'): Promise<void> {
     await goToMenu(page, section);
-    const isNarrow = (page.viewportSize()?.width ?? 0) < 900;
-    await press(page, isNarrow ? 'Enter' : forward);
+    await press(page, isNarrow(page) ? 'Enter' : forward);
     await page.locator('main :focus').waitFor();
 }
 

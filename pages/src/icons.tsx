@@ -22,7 +22,6 @@ const paths = {
     undo: 'M9 5L4 10l5 5M4 10h10a5 5 0 0 1 0 10h-4',
     external: 'M13 4h7v7M20 4L11 13M17 14v6H4V7h6',
     exit: 'M10 4H4v16h6M9 12h12M17 8l4 4l-4 4',
-    time: 'M12 3a9 9 0 1 0 0 18a9 9 0 1 0 0-18zM12 7v5l3.5 2',
     // States
     done: 'M5 12.5l4.5 4.5L19 7',
     same: 'M6 9.5h12M6 14.5h12',

@@ -10,11 +10,7 @@ import type { Message } from '../state/messages';
 import { usePage } from './context';
 import { showAgain } from './Modal';
 
-function wordsOf(message: Message, language: Language): string {
-    if (message.kind === 'text') {
-        return language.t(message.text, message.values);
-    }
-    const { key, value, event } = message;
+function wordsOf({ key, value, event }: Message, language: Language): string {
     const { kind } = catalogue[key];
     const isSwitch = kind === 'switch' && !isIntroduction(key) && (value === 'true' || value === 'false');
     const change = isSwitch ? (value === 'true' ? 'turnedOn' : 'turnedOff') : 'setTo';
@@ -37,7 +33,7 @@ export function Messages(): JSX.Element {
         if (place.current !== null) {
             showAgain(place.current);
         }
-    }, [message?.number]);
+    }, [message]);
     return (
         <p class="message" role="status" popover="manual" ref={place}>
             {message !== undefined && wordsOf(message, language)}

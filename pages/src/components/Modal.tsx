@@ -4,7 +4,7 @@ import { useLayoutEffect, useRef } from 'preact/hooks';
 import { focusChosen } from '../focus/navigation';
 
 interface Props {
-    readonly class: string;
+    readonly class?: 'panel';
     readonly title: string;
     readonly onClose: () => void;
     readonly children: ComponentChildren;
@@ -16,7 +16,7 @@ export function showAgain(message: HTMLElement): void {
     message.showPopover();
 }
 
-/** In front of the page. Back closes it; the focus returns to where it was. */
+/** In front of the page, in its middle unless it is a panel. Back closes it; the focus returns to where it was. */
 export function Modal({ class: name, title, onClose, children }: Props): JSX.Element {
     const dialog = useRef<HTMLDialogElement>(null);
     useLayoutEffect(() => {

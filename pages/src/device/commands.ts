@@ -20,7 +20,7 @@ export const deviceSwitches: readonly DeviceSwitch[] = [
 ];
 
 /** The keys that a device reports as system settings, offered while typing; any other key may be typed too. */
-export const reportedKeys: readonly string[] = settingKeys.filter((key) => !isReadOnly(key)).sort();
+const reportedKeys: readonly string[] = settingKeys.filter((key) => !isReadOnly(key)).sort();
 
 export interface FieldEntry {
     /** The member of the command that it becomes. */

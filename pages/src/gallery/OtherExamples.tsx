@@ -52,10 +52,7 @@ export function OtherExamples(): JSX.Element {
                     <Explanation setting="captionsEnabled" about="Text for what is spoken." />
                 </div>
             </Example>
-            <Example
-                title="a message"
-                state={{ messages: [{ kind: 'change', number: 1, key: 'deviceName', value: 'Den', event }] }}
-            >
+            <Example title="a message" state={{ messages: [{ key: 'deviceName', value: 'Den', event }] }}>
                 <Messages />
             </Example>
             {(['lost', 'unauthorized', 'unsupported'] as const).map((connection) => (

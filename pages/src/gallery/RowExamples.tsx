@@ -1,12 +1,11 @@
 import type { JSX } from 'preact';
 
-import { ActionRow } from '../components/ActionRow';
 import { ChoiceRow } from '../components/ChoiceRow';
 import { EditRow } from '../components/EditRow';
 import { ReadOnlySetting } from '../components/ReadOnlyRow';
 import { Row } from '../components/Row';
 import { SwitchRow } from '../components/SwitchRow';
-import { Icon } from '../icons';
+import { Tool } from '../components/Tool';
 import type { RowStatus } from '../state/store';
 import { Example } from './Example';
 
@@ -37,8 +36,8 @@ export function RowExamples(): JSX.Element {
                 <ReadOnlySetting setting="captionsEnabled" />
             </Example>
             <Example title="acts, destroys">
-                <ActionRow row="act" name="Open the assistant’s settings" icon="external" onUse={nothing} />
-                <ActionRow row="destroy" name="Log out" icon="exit" isDestructive onUse={nothing} />
+                <Row kind="acts" row="act" name="Open the assistant’s settings" icon="external" onUse={nothing} />
+                <Row kind="acts" row="destroy" name="Log out" icon="exit" isDestructive onUse={nothing} />
             </Example>
             <Example title="with tools">
                 <Row
@@ -46,12 +45,8 @@ export function RowExamples(): JSX.Element {
                     row="tools"
                     name="Time zone"
                     value="Tokyo"
-                    icon="time"
-                    tools={
-                        <button type="button" class="tool" data-tool="undo" aria-label="Undo">
-                            <Icon name="undo" />
-                        </button>
-                    }
+                    icon="language"
+                    tools={<Tool tool="undo" words="Undo" onUse={nothing} />}
                     onUse={nothing}
                 />
             </Example>

@@ -4,6 +4,7 @@ import { en, type TextKey, type Translation } from './en';
 import { es } from './es';
 import { fr } from './fr';
 import { ja } from './ja';
+import { kept } from './kept';
 
 export const translations: Readonly<Record<string, Translation>> = { en, fr, es, de, ja, ar };
 
@@ -37,14 +38,7 @@ export function languageFor(locale = ''): Language {
     };
 }
 
-/** Cached: creating one is slow, and lists look up many names. */
-const localeNames = new Map<string, Intl.DisplayNames>();
-
-function localeNamesIn(code: string): Intl.DisplayNames {
-    const names = localeNames.get(code) ?? new Intl.DisplayNames([code], { type: 'language' });
-    localeNames.set(code, names);
-    return names;
-}
+const localeNamesIn = kept((code) => new Intl.DisplayNames([code], { type: 'language' }));
 
 /** The name of a locale in the language of the pages: "French (Canada)"; the locale itself when it has none. */
 export function nameOfLocale(locale: string, code: string): string {

@@ -1,3 +1,5 @@
+import { kept } from './kept';
+
 const units = [
     ['second', 60],
     ['minute', 60],
@@ -5,14 +7,7 @@ const units = [
     ['day', Infinity],
 ] as const;
 
-/** Cached: creating one is slow, and every row of a list tells a time. */
-const formats = new Map<string, Intl.RelativeTimeFormat>();
-
-function formatIn(code: string): Intl.RelativeTimeFormat {
-    const format = formats.get(code) ?? new Intl.RelativeTimeFormat(code, { numeric: 'auto' });
-    formats.set(code, format);
-    return format;
-}
+const formatIn = kept((code) => new Intl.RelativeTimeFormat(code, { numeric: 'auto' }));
 
 /** How long ago something was, in words: "5 minutes ago". */
 export function timeAgo(timestamp: number, code: string, now = Date.now()): string {

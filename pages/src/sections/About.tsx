@@ -30,7 +30,7 @@ export function About(): JSX.Element {
 }
 
 /** The health in words. */
-export function healthWords(health: Health | null, { t }: Language): string {
+function healthWords(health: Health | null, { t }: Language): string {
     switch (health?.status) {
         case 'ok':
         case 'degraded':

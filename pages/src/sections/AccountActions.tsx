@@ -1,10 +1,10 @@
 import type { JSX } from 'preact';
 import { useEffect } from 'preact/hooks';
 
-import { ActionRow } from '../components/ActionRow';
 import { usePage } from '../components/context';
-import { Dialog } from '../components/Dialog';
+import { Modal } from '../components/Modal';
 import { ReadOnlyRow } from '../components/ReadOnlyRow';
+import { Row } from '../components/Row';
 import { useDialog } from '../components/useDialog';
 import { Icon } from '../icons';
 
@@ -30,7 +30,8 @@ export function AccountActions(): JSX.Element {
     return (
         <>
             <ReadOnlyRow row="selected" name={t('selected')} value={selected} />
-            <ActionRow
+            <Row
+                kind="acts"
                 row="open-settings"
                 icon="external"
                 name={t('openSettings')}
@@ -38,7 +39,15 @@ export function AccountActions(): JSX.Element {
                     void store.openSettings();
                 }}
             />
-            <ActionRow row="log-out" icon="exit" name={t('logOut')} isDestructive opensDialog onUse={dialog.open} />
+            <Row
+                kind="acts"
+                row="log-out"
+                icon="exit"
+                name={t('logOut')}
+                isDestructive
+                opensDialog
+                onUse={dialog.open}
+            />
             <ActionStatus />
             {dialog.isOpen && <LogOutDialog onClose={dialog.close} />}
         </>
@@ -65,7 +74,7 @@ function LogOutDialog({ onClose }: { readonly onClose: () => void }): JSX.Elemen
     const { store, language } = usePage();
     const { t } = language;
     return (
-        <Dialog title={t('logOut.question')} onClose={onClose}>
+        <Modal title={t('logOut.question')} onClose={onClose}>
             {(['erases', 'turnsOff', 'keeps'] as const).map((part) => (
                 <p key={part}>{t(`logOut.${part}`)}</p>
             ))}
@@ -84,6 +93,6 @@ function LogOutDialog({ onClose }: { readonly onClose: () => void }): JSX.Elemen
                     {t('logOut')}
                 </button>
             </div>
-        </Dialog>
+        </Modal>
     );
 }

@@ -22,8 +22,8 @@ export function AddLocale({ list, tools, explanation }: Props): JSX.Element {
     const options = useMemo(
         () =>
             offeredLocales
-                .map((value) => ({ value, words: nameOfLocale(value, code) }))
-                .sort((left, right) => left.words.localeCompare(right.words, code)),
+                .map((value) => ({ value, name: nameOfLocale(value, code), words: [value] }))
+                .sort((left, right) => left.name.localeCompare(right.name, code)),
         [code],
     );
     return (

@@ -1,7 +1,7 @@
 import type { JSX } from 'preact';
 
 import { usePage } from '../components/context';
-import { Dialog } from '../components/Dialog';
+import { Modal } from '../components/Modal';
 import type { TextKey } from '../i18n/en';
 import { isTranslated, languageFor, nameOfLocale, type Language } from '../i18n/language';
 
@@ -18,7 +18,7 @@ export function LanguageQuestion({ locale, onAnswer }: Props): JSX.Element {
     const both = [language, next] as const;
     const label = (key: TextKey) => both.map(({ t }) => t(key)).join(' · ');
     return (
-        <Dialog
+        <Modal
             title={questionIn(language, next)}
             onClose={() => {
                 onAnswer(false);
@@ -47,7 +47,7 @@ export function LanguageQuestion({ locale, onAnswer }: Props): JSX.Element {
                     </button>
                 ))}
             </div>
-        </Dialog>
+        </Modal>
     );
 }
 

@@ -5,13 +5,14 @@ import { usePage } from '../components/context';
 import { Explanation } from '../components/Explanation';
 import type { RowProps } from '../components/RowProps';
 import { RowStatus } from '../components/RowStatus';
+import { Tool } from '../components/Tool';
 import { isTranslated, nameOfLocale } from '../i18n/language';
 import { nameOfSetting, shortened } from '../settings/format';
 import { localesOf } from '../settings/values';
 import { AddLocale } from './AddLocale';
 import { LanguageQuestion } from './LanguageQuestion';
 import { rowNames } from './locales';
-import { LocaleRow, UndoButton } from './LocaleRow';
+import { LocaleRow } from './LocaleRow';
 import { useLocales, type Locales } from './useLocales';
 
 function rowOf(target: EventTarget | null): string | undefined {
@@ -25,7 +26,10 @@ export function LocaleList(props: RowProps): JSX.Element {
     const [focused, setFocused] = useState<string | undefined>();
     const name = nameOfSetting(props.setting, language);
     const explanation = <Explanation {...props} />;
-    const undo = list.canUndo && focused === 'add' ? <UndoButton onUndo={list.undo} /> : undefined;
+    const undo =
+        list.canUndo && focused === 'add' ? (
+            <Tool tool="undo" words={language.t('undo')} onUse={list.undo} />
+        ) : undefined;
     const { locales, rows } = list.pickedUp ?? { locales: list.locales, rows: rowNames(list.locales) };
     return (
         <div

@@ -1,8 +1,8 @@
 import type { JSX } from 'preact';
 
-import { ActionRow } from '../components/ActionRow';
 import { usePage } from '../components/context';
-import { Dialog } from '../components/Dialog';
+import { Modal } from '../components/Modal';
+import { Row } from '../components/Row';
 import { movedTo, without } from './locales';
 import type { Locales } from './useLocales';
 
@@ -23,11 +23,12 @@ export function LocaleMenu({ name, index, list, onClose }: Props): JSX.Element {
         act();
     };
     return (
-        <Dialog title={name} onClose={onClose}>
+        <Modal title={name} onClose={onClose}>
             {isAlone && <p class="about">{t('locale.last')}</p>}
             {!isAlone && (
                 <>
-                    <ActionRow
+                    <Row
+                        kind="acts"
                         row="move"
                         icon="move"
                         name={t('locale.move')}
@@ -36,7 +37,8 @@ export function LocaleMenu({ name, index, list, onClose }: Props): JSX.Element {
                         })}
                     />
                     {index > 0 && (
-                        <ActionRow
+                        <Row
+                            kind="acts"
                             row="primary"
                             icon="up"
                             name={t('locale.makePrimary')}
@@ -45,7 +47,8 @@ export function LocaleMenu({ name, index, list, onClose }: Props): JSX.Element {
                             })}
                         />
                     )}
-                    <ActionRow
+                    <Row
+                        kind="acts"
                         row="remove"
                         icon="remove"
                         name={t('locale.remove')}
@@ -55,7 +58,7 @@ export function LocaleMenu({ name, index, list, onClose }: Props): JSX.Element {
                     />
                 </>
             )}
-            <ActionRow row="cancel" name={t('cancel')} onUse={onClose} />
-        </Dialog>
+            <Row kind="acts" row="cancel" name={t('cancel')} onUse={onClose} />
+        </Modal>
     );
 }

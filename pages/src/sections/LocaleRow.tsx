@@ -3,6 +3,7 @@ import { useLayoutEffect, useRef } from 'preact/hooks';
 
 import { usePage } from '../components/context';
 import { Row } from '../components/Row';
+import { Tool } from '../components/Tool';
 import { useDialog } from '../components/useDialog';
 import { Icon } from '../icons';
 import { nameOfLocale } from '../i18n/language';
@@ -25,9 +26,9 @@ export function LocaleRow({ row, locale, index, list, hasUndo, explanation }: Pr
     const menu = useDialog();
     const item = useRef<HTMLLIElement>(null);
     const name = shortened(nameOfLocale(locale, code));
-    const isPickedUp = list.pickedUp?.row === row;
+    const isPickedUp = list.pickedUp?.index === index;
     usePutBack(item, isPickedUp, list);
-    const undo = hasUndo ? <UndoButton onUndo={list.undo} /> : undefined;
+    const undo = hasUndo ? <Tool tool="undo" words={t('undo')} onUse={list.undo} /> : undefined;
     const tools = isPickedUp ? <CarryButtons list={list} /> : undo;
     return (
         <li ref={item} data-picked-up={isPickedUp || undefined} onCancel={list.putBack}>
@@ -88,14 +89,5 @@ function CarryButtons({ list }: { readonly list: Locales }): JSX.Element {
                 </button>
             ))}
         </>
-    );
-}
-
-export function UndoButton({ onUndo }: { readonly onUndo: () => void }): JSX.Element {
-    const { t } = usePage().language;
-    return (
-        <button type="button" class="tool undo" data-tool="undo" onClick={onUndo}>
-            <Icon name="undo" /> {t('undo')}
-        </button>
     );
 }

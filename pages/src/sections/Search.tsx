@@ -1,13 +1,14 @@
 import type { JSX } from 'preact';
 import { useMemo, useState } from 'preact/hooks';
+import { isSetting } from 'settings-client';
 
 import { usePage } from '../components/context';
+import { Count } from '../components/Count';
 import { Field } from '../components/Field';
 import { Row } from '../components/Row';
 import { focusOn } from '../focus/navigation';
 import { wordsFor } from '../settings/format';
 import { found } from '../settings/search';
-import { isSetting } from 'settings-client';
 import { searchEntries, type RowEntry } from './searchEntries';
 
 /** Finds settings by their names, values and explanations. */
@@ -37,9 +38,7 @@ export function Search(): JSX.Element {
                     setTyped(text);
                 }}
             />
-            <p class="about" role="status">
-                {results.length === 0 ? t('nothingFound') : t('found', { count: `${results.length}` })}
-            </p>
+            <Count of={results.length} />
             {results.map((entry) => (
                 <Result key={entry.row} entry={entry} />
             ))}

@@ -28,7 +28,7 @@ describe('a locale that was picked up', () => {
         const top = carried(carried(pickedUp(['a', 'b', 'a'], 2), -1), -1);
         expect(top.locales).toEqual(['a', 'a', 'b']);
         expect(top.rows).toEqual(['a 2', 'a', 'b']);
-        expect(top).toMatchObject({ row: 'a 2', index: 0 });
+        expect(top.index).toBe(0);
     });
 
     it('stays at the ends of the list', () => {

@@ -25,19 +25,17 @@ export function rowNames(locales: readonly string[]): string[] {
 
 /** A locale that was picked up, and the list as it would be if it were dropped. */
 export interface PickedUp {
-    readonly row: string;
     readonly rows: readonly string[];
     readonly locales: readonly string[];
     readonly index: number;
 }
 
 export function pickedUp(locales: readonly string[], index: number): PickedUp {
-    const rows = rowNames(locales);
-    return { row: rows[index] ?? '', rows, locales, index };
+    return { rows: rowNames(locales), locales, index };
 }
 
 /** One place up (-1) or down (1), not past the ends. */
-export function carried({ row, rows, locales, index }: PickedUp, by: 1 | -1): PickedUp {
+export function carried({ rows, locales, index }: PickedUp, by: 1 | -1): PickedUp {
     const to = Math.max(0, Math.min(locales.length - 1, index + by));
-    return { row, rows: movedTo(rows, index, to), locales: movedTo(locales, index, to), index: to };
+    return { rows: movedTo(rows, index, to), locales: movedTo(locales, index, to), index: to };
 }

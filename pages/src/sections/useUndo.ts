@@ -1,7 +1,7 @@
 import { useEffect, useState } from 'preact/hooks';
 
 /** How long a change can be undone, in milliseconds. */
-export const undoDuration = 10_000;
+const undoDuration = 10_000;
 
 interface Change {
     readonly before: string;

@@ -5,12 +5,8 @@ import { leastMessageDuration, messageDuration, MessageQueue, type Message } fro
 let shown: string[];
 let queue: MessageQueue;
 
-function nameOf(message: Message | undefined): string {
-    return message === undefined ? '' : message.kind === 'change' ? message.value : message.text;
-}
-
-function change(key: 'deviceName' | 'timezone', value: string): void {
-    queue.add({ kind: 'change', key, value, event: null });
+function change(key: Message['key'], value: string): void {
+    queue.add({ key, value, event: null });
 }
 
 /** What is shown, once after each of these times. */
@@ -24,7 +20,7 @@ function after(...durations: readonly number[]): string[] {
 beforeEach(() => {
     vi.useFakeTimers();
     shown = [];
-    queue = new MessageQueue(([message]) => shown.push(nameOf(message)));
+    queue = new MessageQueue(([message]) => shown.push(message?.value ?? ''));
 });
 
 afterEach(() => {
@@ -33,17 +29,17 @@ afterEach(() => {
 
 describe('the queue of messages', () => {
     it('shows a message for a while, then none', () => {
-        queue.add({ kind: 'text', text: 'title' });
-        expect(after(messageDuration - 1, 1)).toEqual(['title', '']);
+        change('friendlyName', 'Telly');
+        expect(after(messageDuration - 1, 1)).toEqual(['Telly', '']);
     });
 
     it('shows each of several messages long enough, in their order', () => {
         change('deviceName', 'Den');
         change('timezone', 'UTC');
-        queue.add({ kind: 'text', text: 'title' });
+        change('friendlyName', 'Telly');
         const { length } = shown;
-        expect(after(leastMessageDuration - 1, 1, leastMessageDuration - 1, 1)).toEqual(['Den', 'UTC', 'UTC', 'title']);
-        expect(after(messageDuration - 1, 1)).toEqual(['title', '']);
+        expect(after(leastMessageDuration - 1, 1, leastMessageDuration - 1, 1)).toEqual(['Den', 'UTC', 'UTC', 'Telly']);
+        expect(after(messageDuration - 1, 1)).toEqual(['Telly', '']);
         expect(length).toBe(3);
     });
 

@@ -10,7 +10,6 @@ import {
     type Values,
 } from 'settings-client';
 
-import type { TextKey } from '../i18n/en';
 import { History, type Changes } from './history';
 import { messageDuration, MessageQueue, type Message } from './messages';
 
@@ -154,11 +153,6 @@ export class Store {
         }
     }
 
-    /** Shows a text in the queue of messages. */
-    say(text: TextKey, values?: Readonly<Record<string, string>>): void {
-        this.messages.add({ kind: 'text', text, ...(values && { values }) });
-    }
-
     /** Reads the recent changes again. */
     reloadChanges(): Promise<void> {
         return this.history.reload();
@@ -251,7 +245,7 @@ export class Store {
         const isNews = event === null ? value !== this.state.values?.[key] : !wasRead;
         if (!this.confirm(key, value) && isNews) {
             this.clearStatus(key);
-            this.messages.add({ kind: 'change', key, value: value ?? '', event });
+            this.messages.add({ key, value: value ?? '', event });
         }
         this.show(key, value);
     }

@@ -2,6 +2,7 @@ import type { JSX } from 'preact';
 import { useLayoutEffect, useRef } from 'preact/hooks';
 
 import { usePage } from '../components/context';
+import { Count } from '../components/Count';
 import { Field } from '../components/Field';
 import { Row } from '../components/Row';
 import { shortened } from '../settings/format';
@@ -38,14 +39,7 @@ export function FirstStep({ focusAt, onType, ...props }: Props): JSX.Element {
             >
                 <Field row="search" label={t('timezone.search')} text={typed} onEdit={onType} />
             </form>
-            {regions === null ? (
-                <Waiting {...loading} />
-            ) : (
-                <p class="about" role="status">
-                    {typed !== '' &&
-                        (found.length === 0 ? t('nothingFound') : t('found', { count: `${found.length}` }))}
-                </p>
-            )}
+            {regions === null ? <Waiting {...loading} /> : <Count of={typed === '' ? null : found.length} />}
             {regions !== null && typed === '' ? (
                 <Regions {...props} regions={regions} />
             ) : (

@@ -42,6 +42,6 @@ export function ZoneOption({ zone, choice }: { readonly zone: Zone; readonly cho
     );
 }
 
-export function LocalTime({ zone, now }: { readonly zone: string; readonly now: number }): JSX.Element {
+function LocalTime({ zone, now }: { readonly zone: string; readonly now: number }): JSX.Element {
     return <bdi class="value">{useLocalTime(zone, usePage().language.code, now)}</bdi>;
 }

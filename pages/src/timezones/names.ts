@@ -1,3 +1,4 @@
+import { kept } from '../i18n/kept';
 import { loadedRegions } from './load';
 import { isNamed, zonesOf } from './zones';
 
@@ -18,12 +19,9 @@ export function nameOfZone(id: string, code: string): string | null {
     return zonesOf(loadedRegions(code)).find((zone) => isNamed(zone, id))?.city ?? nameInBrowser(id, code);
 }
 
-/** Cached: creating one is slow, and lists look up many names. */
-const territories = new Map<string, Intl.DisplayNames>();
+const territoriesIn = kept((code) => new Intl.DisplayNames([code], { type: 'region' }));
 
 /** The name of a country in a language, from the browser's own data; empty for none. */
 export function nameOfTerritory(territory: string, code: string): string {
-    const names = territories.get(code) ?? new Intl.DisplayNames([code], { type: 'region' });
-    territories.set(code, names);
-    return territory === '' ? '' : (names.of(territory) ?? '');
+    return territory === '' ? '' : (territoriesIn(code).of(territory) ?? '');
 }

@@ -43,14 +43,14 @@ function pressesTo({ zones, letters }: Region, number: number, count: number, pr
 }
 
 describe('the number of key presses to a time zone, without typing', () => {
-    it.each(Object.keys(translations))('is at most 30 in %s, wherever the TV is now', (code) => {
+    it.each(Object.keys(translations))('is at most 25 in %s, wherever the TV is now', (code) => {
         const regions = regionsIn(code);
         expect(regions.length).toBe(8);
         for (const [number, region] of regions.entries()) {
             // The TV may be in another region: then the first city has the focus.
             for (const present of region.zones.keys()) {
                 const presses = Math.max(...pressesTo(region, number, regions.length, present));
-                expect(presses, `${region.name} from ${present}`).toBeLessThanOrEqual(30);
+                expect(presses, `${region.name} from ${present}`).toBeLessThanOrEqual(25);
             }
         }
     });

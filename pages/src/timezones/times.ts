@@ -1,15 +1,17 @@
 import { useEffect, useState } from 'preact/hooks';
 
-const formats = new Map<string, Intl.DateTimeFormat>();
+import { kept } from '../i18n/kept';
+
+const formatsIn = kept((code) =>
+    kept(
+        (timeZone) => new Intl.DateTimeFormat(code, { timeZone, weekday: 'short', hour: 'numeric', minute: '2-digit' }),
+    ),
+);
 
 /** Weekday and time of day in a zone; empty when the browser does not know it. */
-export function localTime(zone: string, code: string, now: number): string {
+function localTime(zone: string, code: string, now: number): string {
     try {
-        const format =
-            formats.get(`${code} ${zone}`) ??
-            new Intl.DateTimeFormat(code, { timeZone: zone, weekday: 'short', hour: 'numeric', minute: '2-digit' });
-        formats.set(`${code} ${zone}`, format);
-        return format.format(now);
+        return formatsIn(code)(zone).format(now);
     } catch {
         return '';
     }
