@@ -137,8 +137,8 @@ public:
     /// Calls `observer` with each log line of the host; none are kept.
     using LogObserver = std::function<void(VessaLogger::LogLevel level, const std::string& text)>;
     void observeLog(LogObserver observer);
-    /// A number of all that could be seen so far: bytes, log lines, disk, time. Two runs with the same choices and calls
-    /// have the same.
+    /// A number of all that could be seen so far: bytes, log lines, disk, time. Two runs with the same choices and
+    /// calls have the same.
     std::uint64_t fingerprint() const;
     /// @}
 
