@@ -522,6 +522,8 @@ void ReferenceModel::notifyTimezoneChange(const std::string& timezone) {
 }
 
 void ReferenceModel::notifySystemSettingChanged(const std::string& name, const std::string& value) {
+    lastAnswer = {};
+    lastAnswer.outcome = "unchanged";
     line(1, "Notified of system setting changing: " + shown(name) + ". New value: " + shown(value));
     setSetting(name, value);
 }

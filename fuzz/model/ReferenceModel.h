@@ -108,6 +108,7 @@ protected:
     virtual void sendReply(const std::string& messageId, const std::string& payload);
     /// @}
 
+    const std::map<std::string, std::string>& cachedValues() const { return cache; }
     /// As after a restart.
     void forgetTimestamps() { newestTimestamps.clear(); }
 

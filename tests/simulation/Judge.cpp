@@ -1,0 +1,481 @@
+#include "simulation/Judge.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "model/Json.h"
+
+namespace SettingsSimulation {
+
+namespace {
+
+constexpr std::size_t largestFrame = 65536;
+/// About half of the backlog of one client that does not read.
+constexpr std::size_t muchUnread = 512UL * 1024UL;
+
+std::string name(std::size_t connection) {
+    return "connection " + std::to_string(connection);
+}
+
+bool isSettings(Kind kind) {
+    return kind != Kind::DEVICE;
+}
+
+}  // namespace
+
+Judge::Judge() : onDisk(1) {}
+
+// What clients do
+
+void Judge::connected(std::size_t connection, Kind kind) {
+    Client client;
+    client.kind = kind;
+    clients.emplace(connection, client);
+}
+
+void Judge::sent(std::size_t connection, const std::string& frame) {
+    Client& client = clients.at(connection);
+    if (client.kind == Kind::PAGE) {
+        client.waiting.emplace_back(frame);
+    } else {
+        sentBytes(connection, frame + "\n");
+    }
+}
+
+void Judge::sentBytes(std::size_t connection, const std::string& bytes) {
+    Client& client = clients.at(connection);
+    for (const char byte : bytes) {
+        if (byte != '\n') {
+            client.line += byte;
+            if (client.line.size() == largestFrame + 1) {
+                client.waiting.emplace_back(std::nullopt);
+            }
+            continue;
+        }
+        if (client.line.size() <= largestFrame && client.line.find_first_not_of(" \t\r") != std::string::npos) {
+            client.waiting.emplace_back(client.line);
+        }
+        client.line.clear();
+    }
+}
+
+void Judge::mustBeClosed(std::size_t connection, std::set<int> statuses) {
+    clients.at(connection).closeStatuses = std::move(statuses);
+}
+
+void Judge::closed(std::size_t connection) {
+    clients.at(connection).isOpen = false;
+}
+
+void Judge::endedOutput(std::size_t connection) {
+    clients.at(connection).hasEndedOutput = true;
+}
+
+void Judge::reads(std::size_t connection, bool isReading) {
+    Client& client = clients.at(connection);
+    client.isReading = isReading;
+    client.unread = 0;
+    // It does not answer pings.
+    client.mayBeClosed = client.mayBeClosed || (!isReading && client.kind == Kind::PAGE);
+}
+
+// What the host does
+
+void Judge::observe(const Observed& observed) {
+    const bool hasPartial = observed.isCrashed && !observed.handled.empty();
+    const std::size_t whole = observed.handled.size() - (hasPartial ? 1 : 0);
+    for (std::size_t index = 0; index < whole; ++index) {
+        handle(observed.handled[index], observed.diskFailed);
+    }
+    if (hasPartial) {
+        crash(observed.handled.back(), observed.diskFailed);
+    }
+    receive(observed);
+    if (observed.isSettled) {
+        for (const auto& came : observed.connections) {
+            clients.at(came.connection).hasJoined = true;
+        }
+    }
+}
+
+namespace {
+
+std::string shown(const std::optional<std::string>& frame) {
+    return frame ? *frame : "a frame that is too large";
+}
+
+}  // namespace
+
+void Judge::handle(const Handled& handled, bool diskFailed) {
+    Client& client = clients.at(handled.connection);
+    if (client.waiting.empty() || client.waiting.front() != handled.frame) {
+        throw Finding("the host handles the frames of " + name(handled.connection) + " in another order",
+                      client.waiting.empty() ? "nothing" : shown(client.waiting.front()), shown(handled.frame));
+    }
+    client.waiting.pop_front();
+    client.hasJoined = true;
+    std::vector<State> after;
+    for (auto& state : states) {
+        const bool mayFail = diskFailed || state.model.isOn("storage-failing");
+        if (!mayFail) {
+            step(state, handled, {}, false, false);
+            after.push_back(std::move(state));
+            continue;
+        }
+        for (const auto& fate : fates(state, handled, diskFailed)) {
+            after.push_back(state);
+            step(after.back(), handled, fate, false, diskFailed);
+        }
+    }
+    states = std::move(after);
+    readAgain(handled);
+    unite();
+}
+
+/// What the disk may do while the frame is handled.
+std::vector<DiskFate> Judge::fates(State state, const Handled& handled, bool diskFailed) const {
+    state.model.begin({}, false, false);
+    state.model.handle({handled.connection, clients.at(handled.connection).kind}, handled.frame,
+                       {handled.begin, handled.end});
+    const long uses = state.model.diskUses() + 1;
+    std::vector<DiskFate> all{{}};
+    for (long first = 0; first < uses; ++first) {
+        all.push_back({first, DiskFate::all});
+        for (long count = 1; diskFailed && count <= 3; ++count) {
+            all.push_back({first, count});
+        }
+    }
+    return all;
+}
+
+void Judge::step(State& state, const Handled& handled, const DiskFate& fate, bool keepsSteps, bool mayLeaveGhosts) {
+    const long jump = state.model.faultTime("clock-jump");
+    const std::string late = state.model.faultValue("replies-late");
+    state.model.begin(fate, keepsSteps, mayLeaveGhosts);
+    const auto outputs = state.model.handle({handled.connection, clients.at(handled.connection).kind}, handled.frame,
+                                            {handled.begin, handled.end});
+    if (state.model.faultValue("replies-late") != late) {
+        release(state, handled.begin - jump);
+    }
+    send(state, outputs, handled.begin - jump, handled.end - jump);
+    if (state.model.keyWasReplaced()) {
+        for (const auto& [connection, client] : clients) {
+            if (client.kind == Kind::PAGE && client.isOpen) {
+                state.closing.emplace(connection, 4401);
+            }
+        }
+    }
+    state.storageWorked = state.storageWorked || state.model.storageWorked();
+}
+
+void Judge::send(State& state, const std::vector<Output>& outputs, std::int64_t begin, std::int64_t end) {
+    for (const auto& output : outputs) {
+        for (auto& [connection, client] : clients) {
+            const bool isReceiver = output.receiver ? *output.receiver == connection : isSettings(client.kind);
+            if (!isReceiver || !client.isOpen || state.closing.count(connection) > 0) {
+                continue;
+            }
+            if (output.isEvent && state.model.isOn("events-dropped")) {
+                state.closing.emplace(connection, 0);
+                continue;
+            }
+            const bool isLate = isSettings(client.kind) && state.model.isOn("replies-late");
+            const long delay = isLate ? state.model.faultTime("replies-late") : 0;
+            const bool isOptional =
+                output.receiver ? client.hasEndedOutput && isLate : !client.hasJoined || client.hasEndedOutput;
+            state.queues[connection].push_back(
+                {output.frame, begin + delay, end + delay, isOptional, output.persisted});
+            if (!client.isReading) {
+                client.unread += output.frame->shown().size();
+                client.mayBeClosed = client.mayBeClosed || client.unread > muchUnread;
+            }
+        }
+    }
+}
+
+/// What is late comes now, and nothing overtakes it.
+void Judge::release(State& state, std::int64_t now) {
+    for (auto& entry : state.queues) {
+        for (auto& pending : entry.second) {
+            pending.earliest = std::min(pending.earliest, now);
+            pending.latest = std::min(pending.latest, now);
+        }
+    }
+}
+
+/// A batch that was rolled back may be read again after each frame, when the storage can be read.
+void Judge::readAgain(const Handled& handled) {
+    const std::size_t before = states.size();
+    for (std::size_t index = 0; index < before; ++index) {
+        if (!states[index].model.waitsForStorage()) {
+            continue;
+        }
+        State again = states[index];
+        again.model.begin({}, false, false);
+        const long jump = again.model.faultTime("clock-jump");
+        const auto outputs = again.model.readAgain({handled.begin, handled.end});
+        send(again, outputs, handled.begin - jump, handled.end - jump);
+        again.storageWorked = false;
+        states.push_back(std::move(again));
+    }
+}
+
+/// The host ended while it handled this frame, or after it.
+void Judge::crash(const Handled& handled, bool diskFailed) {
+    clients.at(handled.connection).waiting.pop_front();
+    std::vector<State> after;
+    for (const auto& state : states) {
+        std::vector<DiskFate> all{{}};
+        if (diskFailed || state.model.isOn("storage-failing")) {
+            all = fates(state, handled, diskFailed);
+        }
+        for (const auto& fate : all) {
+            after.push_back(state);
+            for (auto& entry : after.back().queues) {
+                for (auto& pending : entry.second) {
+                    pending.persisted = 0;
+                }
+            }
+            step(after.back(), handled, fate, true, diskFailed);
+            after.back().before = state.model.durable();
+        }
+    }
+    states = std::move(after);
+}
+
+// Frames that come
+
+/// Each event has an id of its own, and everybody gets the same text.
+void Judge::checkIds(const Observed::OfConnection& came) {
+    static const std::string beginning = R"({"type":25,"messageId":")";
+    for (const auto& frame : came.frames) {
+        if (frame.rfind(beginning, 0) != 0) {
+            continue;
+        }
+        const std::string id = frame.substr(beginning.size(), frame.find('"', beginning.size()) - beginning.size());
+        const auto known = events.emplace(id, frame).first;
+        if (known->second != frame) {
+            throw Finding("two events have the message id " + id, known->second, frame);
+        }
+    }
+}
+
+void Judge::receive(const Observed& observed) {
+    for (const auto& came : observed.connections) {
+        checkIds(came);
+    }
+    if (isUp()) {
+        queuesBefore = states.front().queues;
+    }
+    std::optional<Finding> first;
+    std::vector<State> possible;
+    for (auto& state : states) {
+        auto reason = receive(state, observed);
+        if (!reason && observed.isSettled && observed.isRunning) {
+            reason = complete(state, observed);
+        }
+        if (!reason) {
+            possible.push_back(std::move(state));
+        } else if (!first) {
+            first = std::move(reason);
+        }
+    }
+    if (possible.empty() && first) {
+        throw Finding(*first);
+    }
+    states = std::move(possible);
+    unite();
+}
+
+std::optional<Finding> Judge::receive(State& state, const Observed& observed) {
+    for (const auto& came : observed.connections) {
+        if (auto reason = receive(state, came, observed.now)) {
+            return reason;
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<Finding> Judge::receive(State& state, const Observed::OfConnection& came, std::int64_t now) {
+    auto& queue = state.queues[came.connection];
+    for (const auto& frame : came.frames) {
+        while (!queue.empty() && queue.front().isOptional && !matches(*queue.front().frame, frame, state.model.run)) {
+            queue.pop_front();
+        }
+        if (queue.empty()) {
+            return Finding("a frame came at " + name(came.connection) + " without a reason", "nothing", frame);
+        }
+        const Pending& next = queue.front();
+        if (!matches(*next.frame, frame, state.model.run)) {
+            return Finding("another frame came at " + name(came.connection), next.frame->shown(), frame);
+        }
+        if (next.earliest > now) {
+            return Finding("a frame came at " + name(came.connection) + " too early", next.frame->shown(),
+                           std::to_string(next.earliest - now) + " ms too early: " + frame);
+        }
+        state.reachedStep = std::max(state.reachedStep, next.persisted);
+        queue.pop_front();
+    }
+    return std::nullopt;
+}
+
+std::optional<Finding> Judge::complete(State& state, const Observed& observed) {
+    for (const auto& came : observed.connections) {
+        if (auto reason = completeClient(state, came, observed.now)) {
+            return reason;
+        }
+    }
+    const bool isReadable = !observed.diskFailed && !state.model.isOn("storage-failing");
+    if (state.model.waitsForStorage() && state.storageWorked && isReadable) {
+        return Finding("a batch that was rolled back is not read again", "a notice of its keys", "nothing");
+    }
+    if (!state.model.run.empty() && formerRuns.count(state.model.run) > 0) {
+        return Finding("a run has the name of a former one", "another name", state.model.run);
+    }
+    return std::nullopt;
+}
+
+std::optional<Finding> Judge::completeClient(State& state, const Observed::OfConnection& came, std::int64_t now) {
+    const Client& client = clients.at(came.connection);
+    const auto closing = state.closing.find(came.connection);
+    if (!client.isOpen || !client.isReading) {
+        return std::nullopt;
+    }
+    const bool mustClose = closing != state.closing.end() || !client.closeStatuses.empty();
+    if (mustClose && !came.isClosedByHost) {
+        return Finding(name(came.connection) + " is not closed", "closed", "open");
+    }
+    if (mustClose) {
+        const bool isRight = closing != state.closing.end()
+                                 ? closing->second == 0 || closing->second == came.closeStatus
+                                 : client.closeStatuses.count(came.closeStatus) > 0;
+        return isRight ? std::nullopt
+                       : std::optional(Finding(name(came.connection) + " is closed with another status", "",
+                                               std::to_string(came.closeStatus)));
+    }
+    if (came.isClosedByHost && !client.hasEndedOutput && !client.mayBeClosed) {
+        return Finding(name(came.connection) + " is closed without a reason", "open",
+                       "closed " + std::to_string(came.closeStatus));
+    }
+    if (!came.isClosedByHost && !client.waiting.empty()) {
+        return Finding("a frame of " + name(came.connection) + " is not handled", shown(client.waiting.front()),
+                       "nothing");
+    }
+    for (const auto& pending : state.queues[came.connection]) {
+        if (!pending.isOptional && pending.latest <= now) {
+            return Finding("a frame did not come at " + name(came.connection), pending.frame->shown(), "nothing");
+        }
+    }
+    return std::nullopt;
+}
+
+void Judge::unite() {
+    if (states.size() < 2) {
+        return;
+    }
+    std::set<std::string> digests;
+    std::vector<State> different;
+    for (auto& state : states) {
+        std::string digest = state.model.digest();
+        for (const auto& [connection, queue] : state.queues) {
+            digest += "|" + std::to_string(connection);
+            for (const auto& pending : queue) {
+                digest += pending.frame->shown() + std::to_string(pending.earliest);
+            }
+        }
+        for (const auto& entry : state.closing) {
+            digest += "#" + std::to_string(entry.first);
+        }
+        digest += std::to_string(state.reachedStep);
+        for (const auto& each : state.model.steps()) {
+            digest += each == state.model.durable() ? "=" : "!";
+        }
+        if (digests.insert(digest).second) {
+            different.push_back(std::move(state));
+        }
+    }
+    states = std::move(different);
+}
+
+// Life
+
+void Judge::ended() {
+    onDisk.clear();
+    const auto add = [this](const Durable& durable) {
+        if (std::find(onDisk.begin(), onDisk.end(), durable) == onDisk.end()) {
+            onDisk.push_back(durable);
+        }
+    };
+    for (const auto& state : states) {
+        if (!state.model.run.empty()) {
+            formerRuns.insert(state.model.run);
+        }
+        for (const auto& ghost : state.model.ghosts()) {
+            add(ghost);
+        }
+        if (!state.before) {
+            add(state.model.durable());
+            continue;
+        }
+        const auto& steps = state.model.steps();
+        if (state.reachedStep == 0) {
+            add(*state.before);
+        }
+        for (std::size_t step = 0; step < steps.size(); ++step) {
+            if (static_cast<long>(step) + 1 >= state.reachedStep) {
+                add(steps[step]);
+            }
+        }
+    }
+    states.clear();
+    clients.clear();
+}
+
+void Judge::started(std::set<std::string> keys, const std::function<std::string(const std::string&)>& storedValue) {
+    for (const auto& durable : onDisk) {
+        for (const auto& entry : durable.settings) {
+            keys.insert(entry.first);
+        }
+    }
+    std::map<std::string, std::string> stored;
+    for (const auto& key : keys) {
+        stored[key] = storedValue(key);
+    }
+    std::string expected;
+    for (const auto& durable : onDisk) {
+        std::string different;
+        for (const auto& [key, value] : stored) {
+            const auto should = durable.settings.find(key);
+            const std::string right = should == durable.settings.end() ? "" : should->second;
+            if (right != value) {
+                different += (different.empty() ? "" : ", ") + key + ": '" + right + "'";
+            }
+        }
+        if (different.empty()) {
+            states.emplace_back();
+            states.back().model.restart(durable);
+        } else {
+            expected += (expected.empty() ? "" : " or ") + different;
+        }
+    }
+    if (states.empty()) {
+        std::string came;
+        for (const auto& [key, value] : stored) {
+            came += (came.empty() ? "" : ", ") + key + ": '" + value + "'";
+        }
+        throw Finding("other values are stored after the start", expected, came);
+    }
+}
+
+std::vector<std::string> Judge::awaited(std::size_t connection) const {
+    std::vector<std::string> frames;
+    const auto queue = queuesBefore.find(connection);
+    if (queue != queuesBefore.end()) {
+        for (const auto& pending : queue->second) {
+            frames.push_back(pending.frame->example());
+        }
+    }
+    return frames;
+}
+
+}  // namespace SettingsSimulation
