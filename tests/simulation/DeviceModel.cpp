@@ -18,10 +18,8 @@ using SettingsHandlerFuzz::stringText;
 constexpr const char* done = R"({"ok":true})";
 constexpr const char* unchanged = R"({"ok":true,"changed":false})";
 
-const std::string anyText(1, Unknown::text);
-
 std::string refusal(const std::string& code) {
-    return R"({"error":{"code":")" + code + R"(","message":")" + anyText + "\"}}";
+    return R"({"error":{"code":")" + code + R"(","message":")" + std::string(1, Unknown::text) + "\"}}";
 }
 
 std::string written(bool success) {

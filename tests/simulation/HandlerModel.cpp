@@ -316,7 +316,8 @@ bool HandlerModel::changeByItself(const std::string& key) {
 void HandlerModel::readState() {
     const auto& state = disk.simulation;
     around.locales.clear();
-    for (const auto& each : *arrayElements(valueOr(state, "orliaLocale", R"(["en-US"])"))) {
+    const auto locales = arrayElements(valueOr(state, "orliaLocale", R"(["en-US"])"));
+    for (const auto& each : *locales) {
         around.locales.push_back(*each);
     }
     around.timezone = valueOr(state, "timezone", "America/Vancouver");

@@ -104,6 +104,14 @@ std::string shown(const std::optional<std::string>& frame) {
     return frame ? *frame : "a frame that is too large";
 }
 
+std::string shown(const std::map<std::string, std::string>& values) {
+    std::string text;
+    for (const auto& [key, value] : values) {
+        text += (text.empty() ? "" : ", ") + key + ": '" + value + "'";
+    }
+    return "{" + text + "}";
+}
+
 }  // namespace
 
 void Judge::handle(const Handled& handled, bool diskFailed) {
@@ -431,39 +439,18 @@ void Judge::ended() {
     clients.clear();
 }
 
-void Judge::started(std::set<std::string> keys, const std::function<std::string(const std::string&)>& storedValue) {
-    for (const auto& durable : onDisk) {
-        for (const auto& entry : durable.settings) {
-            keys.insert(entry.first);
-        }
-    }
-    std::map<std::string, std::string> stored;
-    for (const auto& key : keys) {
-        stored[key] = storedValue(key);
-    }
+void Judge::started(const std::map<std::string, std::string>& stored) {
     std::string expected;
     for (const auto& durable : onDisk) {
-        std::string different;
-        for (const auto& [key, value] : stored) {
-            const auto should = durable.settings.find(key);
-            const std::string right = should == durable.settings.end() ? "" : should->second;
-            if (right != value) {
-                different += (different.empty() ? "" : ", ") + key + ": '" + right + "'";
-            }
-        }
-        if (different.empty()) {
+        if (durable.settings == stored) {
             states.emplace_back();
             states.back().model.restart(durable);
         } else {
-            expected += (expected.empty() ? "" : " or ") + different;
+            expected += (expected.empty() ? "" : " or ") + shown(durable.settings);
         }
     }
     if (states.empty()) {
-        std::string came;
-        for (const auto& [key, value] : stored) {
-            came += (came.empty() ? "" : ", ") + key + ": '" + value + "'";
-        }
-        throw Finding("other values are stored after the start", expected, came);
+        throw Finding("other values are stored after the start", expected, shown(stored));
     }
 }
 

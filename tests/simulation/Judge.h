@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <deque>
-#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -73,8 +72,8 @@ public:
 
     /// The host is gone, whatever the reason.
     void ended();
-    /// It has started. `storedValue` reads what is stored then, also of `keys`, that may not be there.
-    void started(std::set<std::string> keys, const std::function<std::string(const std::string&)>& storedValue);
+    /// It has started, with these values.
+    void started(const std::map<std::string, std::string>& stored);
 
     /// Has the host started, and not ended?
     bool isUp() const { return !states.empty(); }

@@ -316,17 +316,6 @@ const std::vector<Kind>& slots() {
     return all;
 }
 
-const std::set<std::string>& usedKeys() {
-    static const std::set<std::string> all = [] {
-        std::set<std::string> keys{longKey()};
-        for (const auto& setting : settings()) {
-            keys.insert(setting.first);
-        }
-        return keys;
-    }();
-    return all;
-}
-
 std::vector<Operation> operationsOf(std::uint64_t seed, std::size_t count) {
     return Generator(seed).make(count);
 }

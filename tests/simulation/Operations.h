@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -51,9 +50,6 @@ struct Operation {
 
 /// Clients: what kind of connection each has.
 const std::vector<Kind>& slots();
-
-/// Keys that operations use.
-const std::set<std::string>& usedKeys();
 
 /// The operations of a seed.
 std::vector<Operation> operationsOf(std::uint64_t seed, std::size_t count);

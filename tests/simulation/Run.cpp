@@ -226,7 +226,7 @@ void Run::hasStarted() {
     if (++starts > 1) {
         write("host", "did", "start");
     }
-    judge.started(usedKeys(), [this](const std::string& key) { return host.storedValue(key); });
+    judge.started(host.storedSettings());
     diskFailures = host.diskFailures();
 }
 
