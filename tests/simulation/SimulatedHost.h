@@ -132,8 +132,9 @@ public:
     long diskFailures() const;
     /// Files with the content that programs would read, by their names in the storage's folder.
     std::map<std::string, std::string> files() const;
-    /// The value that is stored for `key` in the storage of the running host; empty without one.
-    std::string storedValue(const std::string& key);
+    /// The settings that the storage has, by their keys, as a start now would find them. Looks at the files, whether
+    /// the host runs or not.
+    std::map<std::string, std::string> storedSettings();
     /// Calls `observer` with each log line of the host; none are kept.
     using LogObserver = std::function<void(VessaLogger::LogLevel level, const std::string& text)>;
     void observeLog(LogObserver observer);
