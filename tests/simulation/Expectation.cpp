@@ -86,7 +86,9 @@ private:
         return place > start && place < frame.size();
     }
 
+    /// A value, or the rest of an object.
     bool jsonEnd() {
+        const bool isValue = place < frame.size() && (frame[place] == '{' || frame[place] == '[');
         int depth = 0;
         for (; place < frame.size(); ++place) {
             const char character = frame[place];
@@ -97,7 +99,7 @@ private:
                 ++depth;
             } else if (character == '}' || character == ']') {
                 --depth;
-                if (depth <= 0) {
+                if (depth < 0 || (depth == 0 && isValue)) {
                     place += depth == 0 ? 1 : 0;
                     return true;
                 }

@@ -74,6 +74,7 @@ long HandlerModel::faultTime(const std::string& fault) const {
 bool HandlerModel::readsDisk() {
     const bool works = !fate.fails(uses++);
     diskWorked = diskWorked || works;
+    isBroken = isBroken || !works;
     return works;
 }
 
@@ -95,7 +96,6 @@ bool HandlerModel::put(std::map<std::string, std::string> Durable::* table, cons
                        const std::string& value) {
     if (beforeTransaction) {
         const bool works = readsDisk();
-        isBroken = isBroken || !works;
         if (works) {
             (disk.*table)[key] = value;
             isDirty = true;
@@ -122,7 +122,7 @@ void HandlerModel::beginTransaction() {
 bool HandlerModel::commit() {
     Durable before = std::move(*beforeTransaction);
     beforeTransaction.reset();
-    const bool works = !isDirty || writesDisk();
+    const bool works = isDirty ? writesDisk() : !isBroken || readsDisk();
     if (works && isDirty) {
         changedDisk();
     } else if (!works) {

@@ -149,7 +149,7 @@ std::vector<DiskFate> Judge::fates(State state, const Handled& handled, bool dis
     std::vector<DiskFate> all{{}};
     for (long first = 0; first < uses; ++first) {
         all.push_back({first, DiskFate::all});
-        for (long count = 1; diskFailed && count <= 3; ++count) {
+        for (long count = 1; count <= (diskFailed ? 3 : 1); ++count) {
             all.push_back({first, count});
         }
     }
@@ -158,6 +158,7 @@ std::vector<DiskFate> Judge::fates(State state, const Handled& handled, bool dis
 
 void Judge::step(State& state, const Handled& handled, const DiskFate& fate, bool keepsSteps, bool mayLeaveGhosts) {
     const long jump = state.model.faultTime("clock-jump");
+    const bool wasWaiting = state.model.waitsForStorage();
     const std::string late = state.model.faultValue("replies-late");
     state.model.begin(fate, keepsSteps, mayLeaveGhosts);
     const auto outputs = state.model.handle({handled.connection, clients.at(handled.connection).kind}, handled.frame,
@@ -173,7 +174,8 @@ void Judge::step(State& state, const Handled& handled, const DiskFate& fate, boo
             }
         }
     }
-    state.storageWorked = state.storageWorked || state.model.storageWorked();
+    const bool isWhole = !state.model.isOn("storage-failing") && !mayLeaveGhosts;
+    state.storageWorked = wasWaiting && (state.storageWorked || (isWhole && state.model.storageWorked()));
 }
 
 void Judge::send(State& state, const std::vector<Output>& outputs, std::int64_t begin, std::int64_t end) {
@@ -184,7 +186,10 @@ void Judge::send(State& state, const std::vector<Output>& outputs, std::int64_t 
                 continue;
             }
             if (output.isEvent && state.model.isOn("events-dropped")) {
-                state.closing.emplace(connection, 0);
+                if (client.hasJoined) {
+                    state.closing.emplace(connection, 0);
+                }
+                client.mayBeClosed = true;
                 continue;
             }
             const bool isLate = isSettings(client.kind) && state.model.isOn("replies-late");
@@ -246,6 +251,7 @@ void Judge::crash(const Handled& handled, bool diskFailed) {
             }
             step(after.back(), handled, fate, true, diskFailed);
             after.back().before = state.model.durable();
+            after.back().reachedStep = 0;
         }
     }
     states = std::move(after);
@@ -284,7 +290,9 @@ void Judge::receive(const Observed& observed) {
         }
         if (!reason) {
             possible.push_back(std::move(state));
-        } else if (!first) {
+            continue;
+        }
+        if (!first) {
             first = std::move(reason);
         }
     }
@@ -346,7 +354,7 @@ std::optional<Finding> Judge::complete(State& state, const Observed& observed) {
 std::optional<Finding> Judge::completeClient(State& state, const Observed::OfConnection& came, std::int64_t now) {
     const Client& client = clients.at(came.connection);
     const auto closing = state.closing.find(came.connection);
-    if (!client.isOpen || !client.isReading) {
+    if (!client.isOpen || !client.isReading || state.model.restartWasAsked()) {
         return std::nullopt;
     }
     const bool mustClose = closing != state.closing.end() || !client.closeStatuses.empty();

@@ -1,6 +1,7 @@
 #include "simulation/Operations.h"
 
 #include <algorithm>
+#include <map>
 #include <utility>
 
 #include "model/Json.h"
@@ -314,6 +315,31 @@ const std::vector<Kind>& slots() {
     static const std::vector<Kind> all{Kind::SOCKET, Kind::SOCKET, Kind::SOCKET, Kind::SOCKET,
                                        Kind::PAGE,   Kind::PAGE,   Kind::PAGE,   Kind::DEVICE};
     return all;
+}
+
+std::string describe(const Operation& operation) {
+    static const std::map<Operation::Type, std::string> names{
+        {Operation::Type::SEND, "send"},
+        {Operation::Type::SEND_BYTES, "send bytes"},
+        {Operation::Type::SEND_PART, "send half and close"},
+        {Operation::Type::RESUME, "resume"},
+        {Operation::Type::CLOSE, "close"},
+        {Operation::Type::END_OUTPUT, "end output"},
+        {Operation::Type::PAUSE, "stop reading"},
+        {Operation::Type::READ, "read"},
+        {Operation::Type::ADVANCE, "wait"},
+        {Operation::Type::KILL, "kill"},
+        {Operation::Type::POWER_CUT, "power cut"},
+        {Operation::Type::STOP, "stop"},
+        {Operation::Type::KILL_AT, "kill at disk call"},
+        {Operation::Type::POWER_CUT_AT, "power cut at disk call"},
+        {Operation::Type::FAIL_AT, "failing disk calls from"},
+        {Operation::Type::POWER_CUT_TWICE, "power cut, and at disk call of the start"},
+    };
+    constexpr std::size_t enough = 200;
+    return names.at(operation.type) + " (client " + std::to_string(operation.slot) + ", " +
+           std::to_string(operation.number) + ", " + std::to_string(operation.other) + ", steps " +
+           std::to_string(operation.steps) + ") " + operation.text.substr(0, enough);
 }
 
 std::vector<Operation> operationsOf(std::uint64_t seed, std::size_t count) {

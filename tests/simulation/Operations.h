@@ -48,6 +48,9 @@ struct Operation {
     int steps = -1;
 };
 
+/// For people.
+std::string describe(const Operation& operation);
+
 /// Clients: what kind of connection each has.
 const std::vector<Kind>& slots();
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "model/Json.h"
+#include "model/Utf8.h"
 
 namespace SettingsSimulation {
 
@@ -228,6 +229,8 @@ void Run::hasStarted() {
     }
     judge.started(host.storedSettings());
     diskFailures = host.diskFailures();
+    // No two hosts start at the same time.
+    host.advance(std::chrono::milliseconds(1));
 }
 
 void Run::noteRun() {
@@ -256,7 +259,11 @@ std::shared_ptr<Connection> Run::client(std::size_t slot) {
 
 void Run::send(std::size_t slot, const std::string& frame) {
     if (const auto connection = client(slot)) {
-        judge.sent(connection->number(), frame);
+        if (connection->kind() == Kind::PAGE && !SettingsHandlerFuzz::isUtf8(frame)) {
+            judge.mustBeClosed(connection->number(), {1007});
+        } else {
+            judge.sent(connection->number(), frame);
+        }
         connection->send(frame);
     }
 }

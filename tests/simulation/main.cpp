@@ -86,7 +86,11 @@ bool simulate(std::uint64_t seed, std::size_t count) {
     const auto few = shortest(seed, operations, found->what(), runs);
     const std::string file = "simulation-" + std::to_string(seed) + ".jsonl";
     std::ofstream(file) << scenarioOf(seed, few);
-    std::cout << "shortest scenario: " << few.size() << " operations, " << file << std::endl;
+    std::cout << "shortest scenario: " << few.size() << " operations, " << file << '\n';
+    for (const auto& operation : few) {
+        std::cout << "  " << describe(operation) << '\n';
+    }
+    std::cout << std::flush;
     return false;
 }
 
