@@ -149,6 +149,7 @@ void Server::Parts::openListeners() {
         openWebServer();
     }
     health.setServing(true);
+    loop.keepOpen(true);
     phase = Phase::SERVING;
 }
 

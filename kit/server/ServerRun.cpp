@@ -128,6 +128,7 @@ void Server::Parts::beginStop() {
         (isHandedOver ? notifyReloading : notifyStopping)("Draining connections");
     }
     health.setServing(false);
+    loop.keepOpen(false);
     writeLog(VessaLogger::INFORMATION, "stopping");
     for (const auto& endpoint : endpoints) {
         endpoint.listener->close();

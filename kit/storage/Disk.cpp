@@ -91,7 +91,7 @@ std::error_code Disk::list(const std::string& folder, std::vector<std::string>& 
     for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
         names.push_back(entry->path().filename().string());
     }
-    return error;
+    return {error.value(), std::generic_category()};
 }
 
 }  // namespace SettingsHandlerKit

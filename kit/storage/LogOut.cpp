@@ -99,7 +99,9 @@ void finishLogOut(Database& database) {
     }
     try {
         if (!isToBeErased(database)) {
-            removeFile(database.disk(), logOutMarkerName(database.file()));
+            if (hasMarkerFile(database)) {
+                removeFile(database.disk(), logOutMarkerName(database.file()));
+            }
             return;
         }
         erase(database);

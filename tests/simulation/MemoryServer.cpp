@@ -16,17 +16,8 @@ SettingsHandlerKit::ServerOptions withoutSockets(SettingsHandlerKit::ServerOptio
 
 }  // namespace
 
-class MemoryServer::Listening : public SettingsHandlerKit::UvHandle<uv_async_t, Listening> {};
-
-MemoryServer::MemoryServer(SettingsHandlerKit::ServerOptions options)
-    : Server(withoutSockets(std::move(options))), listening(std::make_shared<Listening>()) {
+MemoryServer::MemoryServer(SettingsHandlerKit::ServerOptions options) : Server(withoutSockets(std::move(options))) {
     parts->webAddress = {"127.0.0.1", 8097};
-    uv_async_init(parts->loop.handle(), listening->get(), nullptr);
-    listening->opened(listening);
-}
-
-MemoryServer::~MemoryServer() {
-    listening->closeHandle();
 }
 
 std::shared_ptr<MemoryStream> MemoryServer::accept(Kind kind, std::shared_ptr<Link> link) {
@@ -41,13 +32,6 @@ std::shared_ptr<MemoryStream> MemoryServer::accept(Kind kind, std::shared_ptr<Li
 
 bool MemoryServer::isListening() const {
     return parts->phase == Parts::Phase::SERVING;
-}
-
-void MemoryServer::turn() {
-    process();
-    if (!isListening()) {
-        listening->closeHandle();
-    }
 }
 
 }  // namespace SettingsSimulation

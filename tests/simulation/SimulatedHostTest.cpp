@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "simulation/SimulatedDisk.h"
 #include "simulation/SimulatedHost.h"
 
 namespace SettingsSimulation {
@@ -74,6 +75,134 @@ TEST_F(SimulatedHostTest, KeepsWhatWasAnnouncedBeforeAKillAndAPowerCut) {
         EXPECT_TRUE(client->isClosedByHost());
         EXPECT_EQ(host.storedSettings()["deviceName"], name);
     }
+}
+
+TEST_F(SimulatedHostTest, ItsClockDrivesAllTimers) {
+    std::vector<std::string> backups;
+    host.observeLog([&](auto /*level*/, const std::string& text) {
+        if (text.find("backed up") != std::string::npos) {
+            backups.push_back(text);
+        }
+    });
+    ASSERT_TRUE(host.start());
+    host.advance(4999ms);
+    EXPECT_EQ(backups.size(), 0U);
+    host.advance(100ms);
+    EXPECT_EQ(backups.size(), 1U);
+    EXPECT_EQ(host.files().count("/simulated/settings.db.backup.1"), 1U);
+    host.advance(26h);
+    EXPECT_EQ(backups.size(), 2U);
+    const auto page = host.connect(Kind::PAGE);
+    host.advance(10min);
+    EXPECT_TRUE(page->isOpen()) << "it answers the pings";
+    host.faults().switchOn(SettingsHost::Fault::REPLIES_LATE);
+    page->send(R"({"type":18,"messageId":"m"})");
+    host.advance(1999ms);
+    EXPECT_EQ(page->take().size(), 0U);
+    host.advance(1ms);
+    EXPECT_EQ(page->take().size(), 1U);
+    page->setReading(false);
+    host.advance(1min);
+    page->setReading(true);
+    host.settle();
+    EXPECT_TRUE(page->isClosedByHost()) << "it answers them no more";
+}
+
+TEST_F(SimulatedHostTest, ARestartOfTheHostServesThoseWhoConnectMeanwhile) {
+    ASSERT_TRUE(host.start());
+    const auto before = host.connect(Kind::SOCKET);
+    const auto device = host.connect(Kind::DEVICE);
+    device->send(R"({"command":"fault","name":"restart","enabled":true})");
+    while (host.state() == SimulatedHost::State::RUNNING) {
+        ASSERT_TRUE(host.step());
+    }
+    // It learns of the stop in the next turn.
+    host.step();
+    const auto meanwhile = host.connect(Kind::PAGE);
+    meanwhile->send(R"({"type":18,"messageId":"m"})");
+    host.settle();
+    EXPECT_EQ(host.state(), SimulatedHost::State::RUNNING);
+    EXPECT_TRUE(before->isClosedByHost());
+    EXPECT_EQ(device->take(), std::vector<std::string>{R"({"ok":true})"});
+    EXPECT_EQ(meanwhile->take().size(), 1U);
+}
+
+TEST_F(SimulatedHostTest, AClientThatDoesNotReadIsDisconnected) {
+    ASSERT_TRUE(host.start());
+    const auto lazy = host.connect(Kind::SOCKET);
+    const auto other = host.connect(Kind::SOCKET);
+    lazy->setReading(false);
+    for (int number = 0; number < 100; ++number) {
+        other->send(setRequest("companionDevice", std::string(30000, static_cast<char>('a' + number % 2)), number + 1));
+        host.settle();
+    }
+    lazy->setReading(true);
+    host.settle();
+    EXPECT_TRUE(lazy->isClosedByHost());
+    EXPECT_TRUE(other->isOpen());
+}
+
+TEST_F(SimulatedHostTest, EndsInTheMiddleOfARequest) {
+    ASSERT_TRUE(host.start());
+    const auto client = host.connect(Kind::SOCKET);
+    host.settle();
+    host.killAtDiskCall(1);
+    client->send(setRequest("deviceName", "Den"));
+    host.settle();
+    EXPECT_EQ(host.state(), SimulatedHost::State::DEAD);
+    EXPECT_EQ(client->take().size(), 0U);
+    ASSERT_TRUE(host.start()) << host.startFailure();
+    host.failDiskCalls(1, 100);
+    const auto again = host.connect(Kind::SOCKET);
+    again->send(setRequest("deviceName", "Den"));
+    host.settle();
+    EXPECT_TRUE(anyHas(again->take(), "not-stored"));
+    EXPECT_GT(host.diskFailures(), 0);
+}
+
+/// Always the same answer, as far as there are so many.
+class SameChoice : public Choices {
+public:
+    explicit SameChoice(std::size_t number) : answer(number) {}
+    std::size_t pick(std::size_t count, const char* /*what*/) override { return std::min(answer, count - 1); }
+
+private:
+    std::size_t answer;
+};
+
+TEST(SimulatedDisk, LosesWhatWasNotSyncedWhenThePowerIsCut) {
+    SameChoice nothingIsLeft(1);
+    SimulatedDisk disk(nothingIsLeft, [](auto /*time*/) {});
+    EXPECT_FALSE(disk.createFolder("/folder"));
+    EXPECT_FALSE(disk.sync("/"));
+    for (const std::string file : {"/folder/synced", "/folder/unsynced"}) {
+        EXPECT_FALSE(disk.createFile(file));
+    }
+    EXPECT_FALSE(disk.sync("/folder/synced"));
+    disk.losePower();
+    std::vector<std::string> names;
+    EXPECT_FALSE(disk.list("/folder", names));
+    EXPECT_EQ(names, std::vector<std::string>{"synced"});
+    EXPECT_FALSE(disk.renameFile("/folder/synced", "/folder/new"));
+    disk.losePower();
+    EXPECT_TRUE(disk.find("/folder/synced")) << "the new name was not synced";
+    EXPECT_FALSE(disk.removeFile("/folder/synced"));
+    EXPECT_FALSE(disk.sync("/folder"));
+    disk.losePower();
+    EXPECT_FALSE(disk.find("/folder/synced"));
+}
+
+TEST(SimulatedDisk, FailsWhenItIsTo) {
+    PlainChoices plain;
+    SimulatedDisk disk(plain, [](auto /*time*/) {});
+    disk.failCalls(2, 1);
+    EXPECT_FALSE(disk.createFile("/a"));
+    EXPECT_EQ(disk.createFile("/b"), std::errc::io_error);
+    EXPECT_FALSE(disk.createFile("/c"));
+    EXPECT_EQ(disk.failures(), 1);
+    disk.cutOff();
+    EXPECT_EQ(disk.createFile("/d"), std::errc::io_error);
+    EXPECT_EQ(disk.contents().size(), 2U);
 }
 
 /// Clients that do as the seed says, with everything that can happen to a host.

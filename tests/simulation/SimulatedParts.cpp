@@ -224,7 +224,7 @@ void SimulatedHost::Parts::collectEvents() {
 void SimulatedHost::Parts::happen(const Event& event) {
     if (event.kind == Event::Kind::TURN) {
         turnWanted = false;
-        process->server().turn();
+        process->server().process();
         return;
     }
     // Held, since the clients may change meanwhile.
