@@ -86,6 +86,7 @@ void Judge::observe(const Observed& observed) {
     const std::size_t whole = observed.handled.size() - (hasPartial ? 1 : 0);
     for (std::size_t index = 0; index < whole; ++index) {
         handle(observed.handled[index], observed.diskFailed);
+        rule(observed);
     }
     if (hasPartial) {
         crash(observed.handled.back(), observed.diskFailed);
@@ -167,12 +168,21 @@ void Judge::step(State& state, const Handled& handled, const DiskFate& fate, boo
         release(state, handled.begin - jump);
     }
     send(state, outputs, handled.begin - jump, handled.end - jump);
+    std::set<std::size_t> mayClose;
     if (state.model.keyWasReplaced()) {
         for (const auto& [connection, client] : clients) {
-            if (client.kind == Kind::PAGE && client.isOpen) {
+            if (client.kind != Kind::PAGE || !client.isOpen) {
+                continue;
+            }
+            if (client.hasJoined) {
                 state.closing.emplace(connection, 4401);
+            } else {
+                mayClose.insert(connection);
             }
         }
+    }
+    for (const std::size_t connection : mayClose) {
+        clients.at(connection).mayBeClosed = true;
     }
     const bool isWhole = !state.model.isOn("storage-failing") && !mayLeaveGhosts;
     state.storageWorked = wasWaiting && (state.storageWorked || (isWhole && state.model.storageWorked()));
@@ -271,6 +281,37 @@ void Judge::checkIds(const Observed::OfConnection& came) {
         if (known->second != frame) {
             throw Finding("two events have the message id " + id, known->second, frame);
         }
+    }
+}
+
+/// Rules out what does not agree with what came, as soon as that is known.
+void Judge::rule(const Observed& observed) {
+    if (states.size() < 2) {
+        return;
+    }
+    std::vector<State> possible;
+    for (auto& state : states) {
+        const bool agrees = std::all_of(observed.connections.begin(), observed.connections.end(), [&](const auto& came) {
+            const auto& queue = state.queues[came.connection];
+            std::size_t place = 0;
+            for (const auto& frame : came.frames) {
+                while (place < queue.size() && !matches(*queue[place].frame, frame, state.model.run)) {
+                    if (!queue[place].isOptional) {
+                        return false;
+                    }
+                    ++place;
+                }
+                ++place;
+            }
+            return true;
+        });
+        if (agrees) {
+            possible.push_back(state);
+        }
+    }
+    // With none, the first one tells what is wrong.
+    if (!possible.empty()) {
+        states = std::move(possible);
     }
 }
 

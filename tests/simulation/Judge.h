@@ -75,6 +75,8 @@ public:
     /// It has started, with these values.
     void started(const std::map<std::string, std::string>& stored);
 
+    /// In how many ways it can have been.
+    std::size_t possibilities() const { return states.size(); }
     /// Has the host started, and not ended?
     bool isUp() const { return !states.empty(); }
     bool restartWasAsked() const { return isUp() && states.front().model.restartWasAsked(); }
@@ -126,6 +128,7 @@ private:
     void release(State& state, std::int64_t now);
     void readAgain(const Handled& handled);
     void checkIds(const Observed::OfConnection& came);
+    void rule(const Observed& observed);
     void receive(const Observed& observed);
     /// Returns: why it cannot have been so; nothing if it can.
     std::optional<Finding> receive(State& state, const Observed& observed);

@@ -9,6 +9,12 @@ namespace SettingsSimulation {
 
 using SettingsHandlerFuzz::stringText;
 
+namespace {
+
+constexpr std::size_t fewPossibilities = 16;
+
+}  // namespace
+
 Run::Run(std::uint64_t seed, bool writesSteps) : choices(seed ^ 0x5eed5eed5eed5eedU), host(choices), writes(writesSteps) {}
 
 std::optional<Finding> Run::play(const std::vector<Operation>& operations) {
@@ -166,8 +172,28 @@ void Run::observe(bool isSettled) {
     if (judge.restartWasAsked()) {
         return restart();
     }
+    if (judge.possibilities() > fewPossibilities) {
+        decide();
+    }
     for (auto entry = open.begin(); entry != open.end();) {
         entry = entry->second->isClosedByHost() ? forget(entry) : std::next(entry);
+    }
+}
+
+/// Lets everything come, so that the judge knows what happened.
+void Run::decide() {
+    for (const auto& entry : open) {
+        judge.reads(entry.second->number(), true);
+        entry.second->setReading(true);
+    }
+    host.settle();
+    look(true, host.state() == SimulatedHost::State::DEAD);
+    if (host.state() == SimulatedHost::State::RUNNING && judge.possibilities() > fewPossibilities) {
+        host.advance(std::chrono::seconds(1));
+        look(true, host.state() == SimulatedHost::State::DEAD);
+    }
+    if (host.state() == SimulatedHost::State::DEAD) {
+        end("kill");
     }
 }
 

@@ -44,6 +44,7 @@ private:
     void proceed(int steps);
     void observe(bool isSettled);
     void look(bool isSettled, bool isCrashed);
+    void decide();
     void restart();
     void stop();
     void hasStarted();
