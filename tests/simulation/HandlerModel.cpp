@@ -58,7 +58,7 @@ void HandlerModel::begin(const DiskFate& fateOfDisk, bool keepsAllSteps, bool ma
     leavesGhosts = mayLeaveGhosts;
     uses = 0;
     changes = 0;
-    diskWorked = false;
+    storageWorks = false;
     durableSteps.clear();
 }
 
@@ -73,15 +73,12 @@ long HandlerModel::faultTime(const std::string& fault) const {
 
 bool HandlerModel::readsDisk() {
     const bool works = !fate.fails(uses++);
-    diskWorked = diskWorked || works;
     isBroken = isBroken || !works;
     return works;
 }
 
 bool HandlerModel::writesDisk() {
-    const bool works = !fate.fails(uses++) && !isOn("storage-full") && !isOn("storage-failing");
-    diskWorked = diskWorked || works;
-    return works;
+    return !fate.fails(uses++) && !isOn("storage-full") && !isOn("storage-failing");
 }
 
 void HandlerModel::changedDisk() {
@@ -94,6 +91,11 @@ void HandlerModel::changedDisk() {
 
 bool HandlerModel::put(std::map<std::string, std::string> Durable::* table, const std::string& key,
                        const std::string& value) {
+    const auto old = (disk.*table).find(key);
+    if (old != (disk.*table).end() && old->second == value) {
+        // SQLite writes no page that stays the same.
+        return readsDisk();
+    }
     if (beforeTransaction) {
         const bool works = readsDisk();
         if (works) {
@@ -137,7 +139,9 @@ bool HandlerModel::commit() {
 // Owners
 
 std::string HandlerModel::storedValue(const std::string& key) {
-    return readsDisk() ? valueOr(disk.settings, key, "") : "";
+    const bool works = readsDisk();
+    storageWorks = storageWorks || works;
+    return works ? valueOr(disk.settings, key, "") : "";
 }
 
 bool HandlerModel::isRefused(const std::string& key) const {
@@ -159,7 +163,9 @@ bool HandlerModel::storeValue(const std::string& key, const std::string& value) 
             return false;
         }
     }
-    return put(&Durable::settings, key, value);
+    const bool works = put(&Durable::settings, key, value);
+    storageWorks = storageWorks || (works && !beforeTransaction);
+    return works;
 }
 
 bool HandlerModel::clearStorage() {
@@ -169,6 +175,7 @@ bool HandlerModel::clearStorage() {
         }
         return false;
     }
+    storageWorks = true;
     const auto removed = std::exchange(disk.settings, {});
     changedDisk();
     for (const auto& entry : removed) {

@@ -95,8 +95,8 @@ protected:
     long persisted() const { return changes; }
 
     bool launched = false;
-    /// Has a use of the disk in this frame succeeded?
-    bool diskWorked = false;
+    /// Has an operation of the storage succeeded in this frame?
+    bool storageWorks = false;
 
 private:
     bool put(std::map<std::string, std::string> Durable::* table, const std::string& key, const std::string& value);

@@ -56,7 +56,7 @@ public:
     bool waitsForStorage() const { return waits; }
     /// It is read again now.
     std::vector<Output> readAgain(const Time& now);
-    bool storageWorked() const { return diskWorked; }
+    bool storageWorked() const { return storageWorks; }
 
     /// The name of this run; empty as long as nobody knows it.
     std::string run;

@@ -410,7 +410,10 @@ std::optional<Finding> Judge::completeClient(State& state, const Observed::OfCon
                        : std::optional(Finding(name(came.connection) + " is closed with another status", "",
                                                std::to_string(came.closeStatus)));
     }
-    if (came.isClosedByHost && !client.hasEndedOutput && !client.mayBeClosed) {
+    if (came.isClosedByHost && client.mayBeClosed) {
+        return std::nullopt;
+    }
+    if (came.isClosedByHost && !client.hasEndedOutput) {
         return Finding(name(came.connection) + " is closed without a reason", "open",
                        "closed " + std::to_string(came.closeStatus));
     }

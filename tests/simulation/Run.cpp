@@ -164,7 +164,7 @@ void Run::advance(std::int64_t milliseconds) {
 }
 
 void Run::observe(bool isSettled) {
-    const bool isDead = host.state() == SimulatedHost::State::DEAD;
+    const bool isDead = host.state() == SimulatedHost::State::DEAD && judge.isUp();
     look(isSettled, isDead);
     if (isDead) {
         return end("kill");
@@ -192,7 +192,7 @@ void Run::decide() {
         host.advance(std::chrono::seconds(1));
         look(true, host.state() == SimulatedHost::State::DEAD);
     }
-    if (host.state() == SimulatedHost::State::DEAD) {
+    if (host.state() == SimulatedHost::State::DEAD && judge.isUp()) {
         end("kill");
     }
 }
