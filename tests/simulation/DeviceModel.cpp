@@ -36,11 +36,11 @@ struct FaultRule {
 
 const std::vector<FaultRule>& faultRules() {
     static const std::vector<FaultRule> all{
-        {"storage-full", "", false, false},       {"storage-slow", "500", true, false},
-        {"storage-failing", "", false, false},    {"sdk-refuses", "orliaLocale", false, false},
-        {"sdk-slow", "500", true, false},         {"sdk-changes", "orliaLocale", false, true},
-        {"replies-late", "2000", true, false},    {"events-dropped", "", false, false},
-        {"clock-jump", "3600000", true, false},   {"restart", "", false, true},
+        {"storage-full", "", false, false},     {"storage-slow", "500", true, false},
+        {"storage-failing", "", false, false},  {"sdk-refuses", "orliaLocale", false, false},
+        {"sdk-slow", "500", true, false},       {"sdk-changes", "orliaLocale", false, true},
+        {"replies-late", "2000", true, false},  {"events-dropped", "", false, false},
+        {"clock-jump", "3600000", true, false}, {"restart", "", false, true},
     };
     return all;
 }

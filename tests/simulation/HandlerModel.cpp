@@ -1,5 +1,6 @@
 #include "simulation/HandlerModel.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "model/Json.h"
@@ -62,6 +63,14 @@ void HandlerModel::begin(const DiskFate& fateOfDisk, bool keepsAllSteps, bool ma
     durableSteps.clear();
 }
 
+void HandlerModel::addGhosts(const std::vector<Durable>& more) {
+    for (const auto& ghost : more) {
+        if (std::find(refusedWrites.begin(), refusedWrites.end(), ghost) == refusedWrites.end()) {
+            refusedWrites.push_back(ghost);
+        }
+    }
+}
+
 std::string HandlerModel::faultValue(const std::string& fault) const {
     return valueOr(faults, fault, "");
 }
@@ -89,7 +98,7 @@ void HandlerModel::changedDisk() {
     }
 }
 
-bool HandlerModel::put(std::map<std::string, std::string> Durable::* table, const std::string& key,
+bool HandlerModel::put(std::map<std::string, std::string> Durable::*table, const std::string& key,
                        const std::string& value) {
     const auto old = (disk.*table).find(key);
     if (old != (disk.*table).end() && old->second == value) {

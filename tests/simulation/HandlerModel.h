@@ -16,9 +16,7 @@ struct Durable {
     std::map<std::string, std::string> settings;
     std::map<std::string, std::string> simulation;
 
-    bool operator==(const Durable& other) const {
-        return settings == other.settings && simulation == other.simulation;
-    }
+    bool operator==(const Durable& other) const { return settings == other.settings && simulation == other.simulation; }
 };
 
 /// Which uses of the disk fail while one frame is handled, counted from 0.
@@ -42,6 +40,7 @@ public:
     const Durable& durable() const { return disk; }
     /// What may be on the disk after a crash instead: a refused write that reached it all the same.
     const std::vector<Durable>& ghosts() const { return refusedWrites; }
+    void addGhosts(const std::vector<Durable>& more);
 
     /// For the next frame. `keepsSteps`: `steps` has what was on the disk after each change.
     void begin(const DiskFate& fateOfDisk, bool keepsSteps, bool mayLeaveGhosts);
@@ -99,7 +98,7 @@ protected:
     bool storageWorks = false;
 
 private:
-    bool put(std::map<std::string, std::string> Durable::* table, const std::string& key, const std::string& value);
+    bool put(std::map<std::string, std::string> Durable::*table, const std::string& key, const std::string& value);
     bool isRefused(const std::string& key) const;
 
     Durable disk;

@@ -80,10 +80,6 @@ std::string HostModel::digest() const {
     add(around.deviceInfo);
     text += arrayText(around.locales) + around.timezone + (around.captionsEnabled ? '1' : '0') +
             (around.doNotDisturbEnabled ? '1' : '0') + (launched ? '1' : '0') + (waits ? '1' : '0');
-    for (const auto& ghost : ghosts()) {
-        add(ghost.settings);
-        add(ghost.simulation);
-    }
     for (const auto& [key, timestamp] : timestamps()) {
         text += key + std::to_string(timestamp) + ' ';
     }

@@ -61,7 +61,7 @@ public:
     /// The name of this run; empty as long as nobody knows it.
     std::string run;
 
-    /// All that it knows, to compare two of them.
+    /// All that it knows but the ghosts, to compare two of them.
     std::string digest() const;
 
     bool restartWasAsked() const { return asksRestart; }

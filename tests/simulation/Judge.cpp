@@ -291,20 +291,21 @@ void Judge::rule(const Observed& observed) {
     }
     std::vector<State> possible;
     for (auto& state : states) {
-        const bool agrees = std::all_of(observed.connections.begin(), observed.connections.end(), [&](const auto& came) {
-            const auto& queue = state.queues[came.connection];
-            std::size_t place = 0;
-            for (const auto& frame : came.frames) {
-                while (place < queue.size() && !matches(*queue[place].frame, frame, state.model.run)) {
-                    if (!queue[place].isOptional) {
-                        return false;
+        const bool agrees =
+            std::all_of(observed.connections.begin(), observed.connections.end(), [&](const auto& came) {
+                const auto& queue = state.queues[came.connection];
+                std::size_t place = 0;
+                for (const auto& frame : came.frames) {
+                    while (place < queue.size() && !matches(*queue[place].frame, frame, state.model.run)) {
+                        if (!queue[place].isOptional) {
+                            return false;
+                        }
+                        ++place;
                     }
                     ++place;
                 }
-                ++place;
-            }
-            return true;
-        });
+                return true;
+            });
         if (agrees) {
             possible.push_back(state);
         }
@@ -433,7 +434,7 @@ void Judge::unite() {
     if (states.size() < 2) {
         return;
     }
-    std::set<std::string> digests;
+    std::map<std::string, std::size_t> digests;
     std::vector<State> different;
     for (auto& state : states) {
         std::string digest = state.model.digest();
@@ -450,8 +451,11 @@ void Judge::unite() {
         for (const auto& each : state.model.steps()) {
             digest += each == state.model.durable() ? "=" : "!";
         }
-        if (digests.insert(digest).second) {
+        const auto [same, isNew] = digests.emplace(digest, different.size());
+        if (isNew) {
             different.push_back(std::move(state));
+        } else {
+            different[same->second].model.addGhosts(state.model.ghosts());
         }
     }
     states = std::move(different);

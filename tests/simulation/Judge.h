@@ -28,8 +28,8 @@ public:
 
 /// Judges all that the host does by the model: every frame on every connection, and what is stored after every start.
 ///
-/// Where the model cannot know what happened, such as whether a disk that fails let a write through, it follows all that
-/// can have happened, until what comes decides.
+/// Where the model cannot know what happened, such as whether a disk that fails let a write through, it follows all
+/// that can have happened, until what comes decides.
 class Judge {
 public:
     Judge();

@@ -266,9 +266,7 @@ private:
         return R"({"command":"fault","enabled":true,"name":")" + name + "\"}";
     }
 
-    long resumeDistance() {
-        return static_cast<long>(oneIn(8) ? below(60) : below(6)) - (oneIn(20) ? 5 : 0);
-    }
+    long resumeDistance() { return static_cast<long>(oneIn(8) ? below(60) : below(6)) - (oneIn(20) ? 5 : 0); }
     long resumeRun() { return oneIn(6) ? static_cast<long>(1 + below(2)) : 0; }
 
     long duration() {
@@ -278,11 +276,22 @@ private:
 
     void hostile() {
         static const Texts frames{
-            "hello", "[7]", R"({"type":8})", R"({"type":24})", R"({"batch":[]})", R"({"batch":[{"type":22}]})", "7",
-            R"({"hello":{}})", R"({"messageId":"a","hello":[]})", R"({"messageId":"a","hello":{"client":""}})",
-            R"({"messageId":"a","history":{"limit":0}})", R"({"messageId":"a","hello":{"resume":{}}})",
+            "hello",
+            "[7]",
+            R"({"type":8})",
+            R"({"type":24})",
+            R"({"batch":[]})",
+            R"({"batch":[{"type":22}]})",
+            "7",
+            R"({"hello":{}})",
+            R"({"messageId":"a","hello":[]})",
+            R"({"messageId":"a","hello":{"client":""}})",
+            R"({"messageId":"a","history":{"limit":0}})",
+            R"({"messageId":"a","hello":{"resume":{}}})",
             R"({"type":24,"answer":true,"timestamp":1,"payload":{"settingDBId":"x","to":"y"}})",
-            R"({"type":"24"})", "{\"a\":\"\xff\"}", R"({"messageId":"\ud800","type":18})",
+            R"({"type":"24"})",
+            "{\"a\":\"\xff\"}",
+            R"({"messageId":"\ud800","type":18})",
             R"({"type":24,"timestamp":1e3,"payload":{"settingDBId":"deviceName","to":"T"}})",
             R"({"type":24,"timestamp":1700000000000,"payload":{"settingDBId":"deviceName","to":7}})",
             R"({"batch":[{"type":24,"answer":true,"timestamp":1,"payload":{}},{"type":18,"messageId":"b"}]})"};

@@ -15,7 +15,8 @@ constexpr std::size_t fewPossibilities = 16;
 
 }  // namespace
 
-Run::Run(std::uint64_t seed, bool writesSteps) : choices(seed ^ 0x5eed5eed5eed5eedU), host(choices), writes(writesSteps) {}
+Run::Run(std::uint64_t seed, bool writesSteps)
+    : choices(seed ^ 0x5eed5eed5eed5eedU), host(choices), writes(writesSteps) {}
 
 std::optional<Finding> Run::play(const std::vector<Operation>& operations) {
     try {

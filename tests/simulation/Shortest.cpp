@@ -74,8 +74,9 @@ std::string lineOf(const Step& step, std::int64_t begin) {
         "{\"time\": " + std::to_string(step.time - begin) + ", \"at\": " + stringText(step.at) + ", ";
     if (step.kind == "sent" || step.kind == "received") {
         const bool isObject = Envelope(step.text).isObject();
-        return head + (isObject ? "\"" + step.kind + "\": " + step.text
-                                : "\"" + step.kind + "Text\": " + stringText(step.text)) +
+        return head +
+               (isObject ? "\"" + step.kind + "\": " + step.text
+                         : "\"" + step.kind + "Text\": " + stringText(step.text)) +
                "}\n";
     }
     return head + (step.kind == "did" ? "\"did\": " + stringText(step.text) : "\"" + step.kind + "\": true") + "}\n";

@@ -80,8 +80,8 @@ bool simulate(std::uint64_t seed, std::size_t count) {
     if (!found) {
         return true;
     }
-    std::cout << "seed " << seed << ", operation " << run.done() << ": " << found->what() << "\nexpected: "
-              << found->expected << "\ncame:     " << found->came << std::endl;
+    std::cout << "seed " << seed << ", operation " << run.done() << ": " << found->what()
+              << "\nexpected: " << found->expected << "\ncame:     " << found->came << std::endl;
     operations.resize(run.done());
     const auto few = shortest(seed, operations, found->what(), runs);
     const std::string file = "simulation-" + std::to_string(seed) + ".jsonl";
