@@ -399,6 +399,9 @@ std::optional<Finding> Judge::completeClient(State& state, const Observed::OfCon
     if (!client.isOpen || !client.isReading || state.model.restartWasAsked()) {
         return std::nullopt;
     }
+    if (came.isClosedByHost && client.mayBeClosed) {
+        return std::nullopt;
+    }
     const bool mustClose = closing != state.closing.end() || !client.closeStatuses.empty();
     if (mustClose && !came.isClosedByHost) {
         return Finding(name(came.connection) + " is not closed", "closed", "open");
@@ -410,9 +413,6 @@ std::optional<Finding> Judge::completeClient(State& state, const Observed::OfCon
         return isRight ? std::nullopt
                        : std::optional(Finding(name(came.connection) + " is closed with another status", "",
                                                std::to_string(came.closeStatus)));
-    }
-    if (came.isClosedByHost && client.mayBeClosed) {
-        return std::nullopt;
     }
     if (came.isClosedByHost && !client.hasEndedOutput) {
         return Finding(name(came.connection) + " is closed without a reason", "open",
