@@ -6,6 +6,7 @@ virtual machine's disk. What was written since the last flush is lost, torn and 
 import ctypes
 import errno
 import os
+import random
 import struct
 import threading
 import time
@@ -32,17 +33,16 @@ def hide_mounts():
 
 
 class VolatileDisk:
-    def __init__(self, path, content, random):
-        """`path`: the file that becomes the disk. `content`: what is on it."""
+    def __init__(self, path, content, units):
+        """`path`: the file that becomes the disk. `content`: what is on it. `units`: the sizes that are written whole."""
         self.path = path
-        self.random = random
+        self.units = units
         self.durable = bytearray(content)
-        self.flushes = self.writes = self.unflushed = self.dropped = 0
+        self.flushes = self.writes = self.unflushed = self.lost = 0
         open(path, "w").close()
 
     def power_on(self, operations, cut):
         """Calls `cut` at the power cut: during the write or flush with this number, from 1. None: never."""
-        self.found = bytes(self.durable)
         self.current = bytearray(self.durable)
         self.pending = []
         self.left = operations
@@ -59,14 +59,13 @@ class VolatileDisk:
             self.left = 1
 
     def remove(self):
-        """After a power cut, when nobody uses the disk. The next `power_on` shows what survived."""
+        """When nobody uses the disk any more. The next `power_on` shows what survived."""
         self.is_off.set()
         # A loop device lets go of its file a little later.
         while libc.umount2(self.path.encode(), 0) != 0:
             check(0 if ctypes.get_errno() == errno.EBUSY else -1, "umount")
             time.sleep(0.005)
         self.thread.join()
-        os.close(self.device)
 
     def cut_when_due(self):
         """In the thread that serves: whoever waits for the disk is ended by `cut` before the disk fails."""
@@ -76,20 +75,24 @@ class VolatileDisk:
         if self.left != 0:
             return
         self.on_cut()
-        share = self.random.choice((0, 0.2, 0.5, 0.8, 0.95))
-        unit = self.random.choice((SECTOR, BLOCK))
+        share, unit = random.choice((0, 0.2, 0.5, 0.8, 0.95)), random.choice(self.units)
         # The first block stays whole: ext4 with a torn superblock needs e2fsck.
         pieces = [(position + start, data[start:start + size]) for position, data in self.pending
                   for size in [unit if position >= BLOCK else BLOCK] for start in range(0, len(data), size)]
-        survivors = [piece for piece in pieces if self.random.random() < share]
-        self.random.shuffle(survivors)
+        survivors = [piece for piece in pieces if random.random() < share]
+        random.shuffle(survivors)
         for offset, data in survivors:
             self.durable[offset:offset + len(data)] = data
         self.unflushed += len(pieces)
-        self.dropped += len(pieces) - len(survivors)
+        self.lost += len(pieces) - len(survivors)
         self.is_off.set()
 
     def serve(self):
+        # A closed device ends the file system, also after an exception.
+        with os.fdopen(self.device, "rb", buffering=0):
+            self.serve_requests()
+
+    def serve_requests(self):
         while True:
             try:
                 request = os.read(self.device, LARGEST_WRITE + 4096)
@@ -109,36 +112,35 @@ class VolatileDisk:
                 pass
 
     def answer(self, operation, body):
+        """The error and the reply."""
         if operation == INIT:
             return 0, struct.pack("=IIIIHHIIHHI28x", 7, 31, 0, BIG_WRITES, 0, 0, LARGEST_WRITE, 1, 0, 0, 0)
         if operation == GETATTR:
             size = len(self.current)
-            return 0, struct.pack("=QII6Q3I7I", 0, 0, 0, 1, size, size // SECTOR, 0, 0, 0, 0, 0, 0, 0o100600, 1, 0, 0, 0,
-                                  4096, 0)
+            return 0, struct.pack("=16x3Q36xII12xI4x", 1, size, size // SECTOR, 0o100600, 1, BLOCK)
         if operation == OPEN:
             return 0, bytes(16)
         if operation in (RELEASE, FLUSH):  # FLUSH: a descriptor was closed
             return 0, b""
-        if self.is_off.is_set() and operation in (READ, WRITE, FSYNC):
+        if operation not in (READ, WRITE, FSYNC):
+            return errno.ENOSYS, b""
+        if self.is_off.is_set():
             return errno.EIO, b""
+        offset, size = struct.unpack_from("=QI", body, 8) if operation != FSYNC else (0, 0)
         if operation == READ:
-            offset, size = struct.unpack_from("=QI", body, 8)
             return 0, bytes(self.current[offset:offset + size])
         if operation == WRITE:
-            offset, size = struct.unpack_from("=QI", body, 8)
             data = bytes(body[40:40 + size])
             self.current[offset:offset + size] = data
             self.pending.append((offset, data))
             self.writes += 1
             self.cut_when_due()
             return 0, struct.pack("=II", size, 0)
-        if operation == FSYNC:
-            self.cut_when_due()
-            if self.is_off.is_set():
-                return errno.EIO, b""
-            for offset, data in self.pending:
-                self.durable[offset:offset + len(data)] = data
-            self.pending.clear()
-            self.flushes += 1
-            return 0, b""
-        return errno.ENOSYS, b""
+        self.cut_when_due()
+        if self.is_off.is_set():
+            return errno.EIO, b""
+        for offset, data in self.pending:
+            self.durable[offset:offset + len(data)] = data
+        self.pending.clear()
+        self.flushes += 1
+        return 0, b""
