@@ -51,6 +51,9 @@ ExitStatus dump(const Context& context);
 /// Sets what the file says, "-" for standard input; only prints what would change if `dryRun`.
 ExitStatus load(const Context& context, const std::string& file, bool dryRun);
 
+/// Plays a scenario and compares what comes with it. `speed` divides its pauses; 0: there are none.
+ExitStatus replay(const Context& context, const std::string& file, double speed, bool startsHost);
+
 /// Prints the address of the settings pages, including its key, which is replaced first if `newKey`.
 ExitStatus page(const Context& context, bool newKey);
 ExitStatus backUp(const Context& context);
