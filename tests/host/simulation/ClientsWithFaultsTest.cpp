@@ -101,7 +101,8 @@ protected:
     std::shared_ptr<Server> server = std::make_shared<Server>();
     std::vector<Waiting> waiting;
     std::vector<const Client*> cut;
-    ClientsWithFaults between{server, faults, [this](std::chrono::milliseconds time, std::function<void()> action) {
+    ClientsWithFaults between{server, faults,
+                              [this](std::chrono::milliseconds time, std::function<void()> action) {
                                   waiting.push_back({time.count(), std::move(action)});
                               },
                               [this](const Client& client) { cut.push_back(&client); }};
