@@ -1,7 +1,6 @@
 #include <csignal>
 #include <filesystem>
 #include <regex>
-#include <sstream>
 
 #include <gtest/gtest.h>
 
@@ -10,6 +9,7 @@
 #include "support/Files.h"
 #include "support/Sanitizers.h"
 #include "support/TemporaryDirectory.h"
+#include "wire/Schemas.h"
 
 using namespace SettingsCtlTests;
 
@@ -49,12 +49,7 @@ protected:
         expectEnd(program, 3, "",
                   "settingsctl: recording " + host.devicePath() + "\nsettingsctl: the host at " + host.devicePath() +
                       " closed the connection\n");
-        std::istringstream text(TestSupport::contentOf(file()));
-        Words lines;
-        for (std::string line; std::getline(text, line);) {
-            lines.push_back(line);
-        }
-        return lines;
+        return TestSupport::linesOf(file());
     }
 
     /// The same without the first line.
@@ -169,6 +164,9 @@ TEST_F(SettingsCtlRecord, WritesWhatReplayTakes) {
     recording.sendSignal(SIGINT);
     EXPECT_EQ(recording.wait(), 0);
     EXPECT_EQ(TestSupport::modeOf(file()), 0600U);
+    for (const auto& line : TestSupport::linesOf(file())) {
+        EXPECT_EQ(WireTests::Schemas::ofTheWire().faultOf("scenario", line), std::nullopt) << line;
+    }
     const std::string text = TestSupport::contentOf(file());
     for (const auto* const name : {"Ann", "Bea", "Cid"}) {
         EXPECT_EQ(text.find(name), std::string::npos) << text;
