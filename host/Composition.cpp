@@ -19,7 +19,8 @@ namespace {
 SettingsHandlerKit::ServerOptions serverOptions(const Options& options, SettingsHandlerKit::PassedSockets sockets,
                                                 const std::shared_ptr<SettingsHandlerKit::RequestContext>& context,
                                                 const std::shared_ptr<Faults>& faults,
-                                                const ClientsWithFaults::Later& later) {
+                                                const ClientsWithFaults::Later& later,
+                                                const ClientsWithFaults::Cut& cut) {
     SettingsHandlerKit::ServerOptions chosen;
     chosen.socketPath = options.socketPath;
     chosen.listen = options.listen;
@@ -28,8 +29,8 @@ SettingsHandlerKit::ServerOptions serverOptions(const Options& options, Settings
     chosen.sockets = std::move(sockets);
     chosen.context = context;
     chosen.environment.now = [faults] { return std::chrono::system_clock::now() + faults->timeOf(Fault::CLOCK_JUMP); };
-    chosen.between = [faults, later](std::shared_ptr<SettingsHandlerKit::ClientListener> server) {
-        return std::make_shared<ClientsWithFaults>(std::move(server), faults, later);
+    chosen.between = [faults, later, cut](std::shared_ptr<SettingsHandlerKit::ClientListener> server) {
+        return std::make_shared<ClientsWithFaults>(std::move(server), faults, later, cut);
     };
     return chosen;
 }
@@ -45,8 +46,10 @@ Composition::Composition(const Options& options, SettingsHandlerKit::PassedSocke
                          const std::shared_ptr<SettingsHandlerKit::RequestContext>& context,
                          const std::function<void()>& onHangUp)
     : world(options.worldFile.empty() ? std::nullopt : std::optional<World>(worldIn(options.worldFile))),
-      server(serverOptions(options, std::move(sockets), context, faults,
-                           [this](auto delay, auto action) { server.postLater(delay, std::move(action)); })),
+      server(serverOptions(
+          options, std::move(sockets), context, faults,
+          [this](auto delay, auto action) { server.postLater(delay, std::move(action)); },
+          [this](const auto& client) { trace->clientCut(client); })),
       trace(std::make_shared<MessageTrace>()),
       console([this](const auto& action) { server.perform(action); }, server.traffic(), trace,
               PageAddress{[this] { return server.pageAddress(); }, [this] { return server.renewPageKey(); }}) {

@@ -110,6 +110,8 @@ void Player::close(const Step& step) {
     catchUp(step, nullptr);
     Link& link = links.at(step.at);
     fence(link);
+    // A recording does not always know who closed it.
+    link.isClosing = true;
     refuseMore(link);
     links.erase(step.at);
 }

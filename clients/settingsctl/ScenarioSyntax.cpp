@@ -25,9 +25,16 @@ std::string validSpeed(const std::string& text) {
     return speedFrom(text) ? "" : "'" + text + "' is neither max nor a number from 0.001 to 1000000";
 }
 
-}  // namespace
+void addRecord(CLI::App& app, Invocation& invocation) {
+    CLI::App* const verb = addVerb(app, invocation, "record",
+                                   "Write to FILE what passes between the host and its clients until interrupted",
+                                   {"record report.jsonl", "record --with-values -"},
+                                   [&] { return record(invocation.context, invocation.file, invocation.withValues); });
+    addText(*verb, "FILE", invocation.file, "File for a scenario, replaced if it exists; - for standard output");
+    verb->add_flag("--with-values", invocation.withValues, "Write personal values, such as names, as they are");
+}
 
-void addScenarioVerbs(CLI::App& app, Invocation& invocation) {
+void addReplay(CLI::App& app, Invocation& invocation) {
     CLI::App* const verb = addVerb(app, invocation, "replay",
                                    "Play the scenario in FILE and compare what comes with it; - for standard input",
                                    {"replay report.jsonl", "replay --speed max --start-host report.jsonl"}, [&] {
@@ -41,6 +48,13 @@ void addScenarioVerbs(CLI::App& app, Invocation& invocation) {
         ->capture_default_str();
     verb->add_flag("--start-host", invocation.startsHost,
                    "Play it with a settings-host of its own, in a temporary folder");
+}
+
+}  // namespace
+
+void addScenarioVerbs(CLI::App& app, Invocation& invocation) {
+    addRecord(app, invocation);
+    addReplay(app, invocation);
 }
 
 }  // namespace SettingsCtl

@@ -5,8 +5,10 @@
 #include <gtest/gtest.h>
 
 #include "RunningHost.h"
+#include "support/Files.h"
 #include "support/Sanitizers.h"
 #include "support/TemporaryDirectory.h"
+#include "wire/Schemas.h"
 
 using namespace SettingsCtlTests;
 
@@ -278,6 +280,15 @@ TEST_F(SettingsCtlReplay, KeepsThePausesOrDividesThem) {
     EXPECT_GE(timeOf({}, "80"), std::chrono::milliseconds(80));
     EXPECT_GE(timeOf({"--speed", "50"}, "4000"), std::chrono::milliseconds(80));
     timeOf({"--speed", "max"}, "86400000");
+}
+
+TEST_F(SettingsCtlReplay, PlaysWhatThePageCopies) {
+    const RunningHost host({"--listen", "127.0.0.1:0"});
+    const Words copied = TestSupport::linesOf(COPIED_SCENARIO);
+    for (const auto& line : copied) {
+        EXPECT_EQ(WireTests::Schemas::ofTheWire().faultOf("scenario", line), std::nullopt) << line;
+    }
+    expectPlayed(replayWith(host, copied), "9 frames as expected\n");
 }
 
 TEST_F(SettingsCtlReplayAlone, PlaysTheEndsAndStartsOfItsHost) {
