@@ -10,8 +10,6 @@
 #include <systemd/sd-id128.h>
 #include <unistd.h>
 
-#include "Version.h"
-
 namespace SettingsMqtt {
 
 namespace {
@@ -114,7 +112,7 @@ class CommandLine {
 public:
     CommandLine() : app(description, "settings-mqtt") {
         app.footer(examples);
-        SettingsBridge::addOptions(app, options.common, versionText());
+        SettingsBridge::addOptions(app, options.common);
         addBroker();
         addDevice();
         app.set_config("--config", "", "Read options from FILE, lines such as group=[\"lobby\"]")->type_name("FILE");
