@@ -29,8 +29,8 @@ private:
     int status;
 };
 
-/// What `--version` prints: the program, its version, and the commit that it was built from. Each program has its own, by
-/// `add_program_version`.
+/// What `--version` prints: the program, its version, and the commit that it was built from. Each program has its own,
+/// by `add_program_version`.
 const char* versionText();
 
 /// Adds --socket, --log-level and --version. Of an option that is given twice the last one counts, also of those that

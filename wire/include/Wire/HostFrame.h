@@ -41,8 +41,8 @@ public:
     /// The time stamp that an event carries.
     std::optional<std::int64_t> timestamp() const;
     /// The change that an event reports; nothing when the frame is not an event.
-    /// Errors: `MalformedFrame` when the event lacks the key, the old or the new value, or the payload has a member that
-    /// is not a string.
+    /// Errors: `MalformedFrame` when the event lacks the key, the old or the new value, or the payload has a member
+    /// that is not a string.
     std::optional<Change> change() const;
     /// The keys that a notice asks to reread; nothing when the frame is not a notice.
     std::optional<std::vector<std::string>> reread() const;
