@@ -9,7 +9,6 @@
 #include <utility>
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace SettingsMqtt {
@@ -30,10 +29,8 @@ bool isFlushed(const std::string& path) {
 
 VersionFile::VersionFile(std::string stateFolder, Log logger)
     : folder(std::move(stateFolder)), path(folder + "/versions"), log(std::move(logger)) {
-    std::error_code ignored;
-    std::filesystem::create_directories(std::filesystem::path(path).parent_path().parent_path(), ignored);
-    if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
-        throw std::system_error(errno, std::generic_category(), "cannot create " + folder);
+    if (std::filesystem::create_directories(folder)) {
+        std::filesystem::permissions(folder, std::filesystem::perms::owner_all);
     }
 }
 

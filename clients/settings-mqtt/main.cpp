@@ -69,26 +69,13 @@ private:
     SettingsBridge::StatusFile status{"settings-mqtt", SETTINGS_HANDLER_VERSION};
 };
 
-/// The client connects again by itself and then calls `onConnected`; other errors than a lost connection end the
-/// program.
-template <typename Action>
-void unlessLost(const Action& action) {
-    try {
-        action();
-    } catch (const SettingsClient::ConnectionError&) {
-        // `onDisconnected` is told.
-    }
-}
-
 void observe(Client& client, Bridge& bridge, MosquittoBroker& broker, const SettingsBridge::Log& log) {
     client.onEvent([&](const auto& event) { bridge.changed(event); });
-    client.onReread([&](const auto& reread) { unlessLost([&] { bridge.reread(reread.keys); }); });
+    client.onReread([&](const auto& reread) { bridge.reread(reread.keys); });
     client.onConnected([&] {
-        unlessLost([&] {
-            bridge.hostConnected();
-            broker.listen(bridge);
-            log(1, "connected to the host");
-        });
+        bridge.hostConnected();
+        broker.listen(bridge);
+        log(1, "connected to the host");
     });
     client.onDisconnected([&](const std::string& reason) {
         bridge.hostLost();

@@ -36,10 +36,10 @@ bool Bridge::isOffered(const Setting& setting) const {
 void Bridge::requireOffered(const std::string& key) const {
     const auto setting = settings.find(key);
     if (setting == settings.end()) {
-        throw RequestRefused(BridgeReason::unknownKey, "there is no setting of that key");
+        throw RequestRefused("unknown-key", "there is no setting of that key");
     }
     if (!isOffered(setting->second)) {
-        throw RequestRefused(BridgeReason::notOffered, "this setting is personal and not offered here");
+        throw RequestRefused("not-offered", "this setting is personal and not offered here");
     }
 }
 
@@ -165,7 +165,7 @@ void Bridge::received(const Message& message) {
 
 void Bridge::receivedSet(const std::string& key, const Command& command, const Message& message) {
     if (command.retained) {
-        throw RequestRefused(BridgeReason::retained, "a retained set is not carried out; use desired");
+        throw RequestRefused("retained", "a retained set is not carried out; use desired");
     }
     // No topic has a NUL.
     const std::string identity = message.topic + '\0' + message.payload;
@@ -177,7 +177,7 @@ void Bridge::receivedSet(const std::string& key, const Command& command, const M
     requireOffered(key);
     const Answer answer = setAtHost(key, command.value);
     const std::string outcome = publishOutcome(key, command, answer);
-    if (!command.id.empty() && answer.reason != BridgeReason::unavailable) {
+    if (!command.id.empty() && answer.reason != unavailable) {
         answered.emplace_back(identity, outcome);
         if (answered.size() > maximumAnswered) {
             answered.pop_front();
@@ -190,15 +190,14 @@ void Bridge::applyDesired(const std::string& key, const Command& command) {
     if (verdict == Versions::Verdict::OLD) {
         // Retained ones come again with each connection.
         if (!command.retained) {
-            publishOutcome(key, command,
-                           refusal(BridgeReason::oldVersion, "this version, or a newer one, came before"));
+            publishOutcome(key, command, refusal("old-version", "this version, or a newer one, came before"));
         }
         return;
     }
     const Answer answer = verdict == Versions::Verdict::CHANGED_SINCE
-                              ? refusal(BridgeReason::changedSince, "the setting was changed at the device meanwhile")
+                              ? refusal("changed-since", "the setting was changed at the device meanwhile")
                               : setAtHost(key, command.value);
-    if (answer.reason == BridgeReason::unavailable) {
+    if (answer.reason == unavailable) {
         waiting[key] = command;
         return;
     }
@@ -225,7 +224,7 @@ SettingsClient::Answer Bridge::setAtHost(const std::string& key, const std::stri
         options.log(2, "cannot set " + key + ": " + fault.what());
         hostLost();
     }
-    return refusal(BridgeReason::unavailable, "the settings of the device are not available");
+    return refusal(unavailable, "the settings of the device are not available");
 }
 
 std::string Bridge::publishOutcome(const std::string& key, const Command& command, const Answer& answer) {

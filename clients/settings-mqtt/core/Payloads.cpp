@@ -16,7 +16,7 @@ using SettingsClient::Setting;
 constexpr std::int64_t largestVersion = 9007199254740991;
 
 [[noreturn]] void fail(const std::string& message) {
-    throw RequestRefused(BridgeReason::badPayload, message);
+    throw RequestRefused("bad-payload", message);
 }
 
 std::string textIn(const rapidjson::Document& object, const char* name) {
@@ -64,7 +64,7 @@ std::string nameOf(const std::string& key) {
 Command parseCommand(const Message& message, bool isDesired) {
     const std::string& payload = message.payload;
     if (payload.size() > 65536) {
-        throw RequestRefused(BridgeReason::tooLarge, "the payload has more than 65536 bytes");
+        throw RequestRefused("too-large", "the payload has more than 65536 bytes");
     }
     if (!Wire::isValidUtf8(payload) || payload.find('\0') != std::string::npos) {
         fail("the payload is not UTF-8 text");

@@ -10,19 +10,8 @@
 
 namespace SettingsMqtt {
 
-/// Why the bridge itself refuses a command; the host's reasons are in `SettingsClient::Reason`.
-namespace BridgeReason {
-
-constexpr const char* badPayload = "bad-payload";
-constexpr const char* changedSince = "changed-since";
-constexpr const char* notOffered = "not-offered";
-constexpr const char* oldVersion = "old-version";
-constexpr const char* retained = "retained";
-constexpr const char* tooLarge = "too-large";
+/// Reason of an answer: the host cannot be reached.
 constexpr const char* unavailable = "unavailable";
-constexpr const char* unknownKey = "unknown-key";
-
-}  // namespace BridgeReason
 
 /// What a message asks for.
 struct Command {
