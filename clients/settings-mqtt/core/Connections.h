@@ -1,9 +1,19 @@
 #pragma once
 
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "SettingsClient/Answer.h"
+#include "SettingsClient/Setting.h"
+
 namespace SettingsMqtt {
+
+/// Levels as everywhere: 0 traces to 3 errors.
+using Log = std::function<void(int level, const std::string& text)>;
 
 struct Message {
     std::string topic;
@@ -32,6 +42,16 @@ public:
     virtual void received(const Message& message) = 0;
     /// The broker has taken the message of this number.
     virtual void acknowledged(int number) = 0;
+};
+
+/// The connection to a host. Operations and errors are those of `SettingsClient::Client`.
+class Host {
+public:
+    virtual ~Host() = default;
+    virtual std::vector<SettingsClient::Setting> catalogue() = 0;
+    virtual std::map<std::string, std::string> get(const std::vector<std::string>& keys) = 0;
+    virtual SettingsClient::Answer set(const std::string& key, const std::string& value,
+                                       std::optional<std::int64_t> timestamp) = 0;
 };
 
 }  // namespace SettingsMqtt
