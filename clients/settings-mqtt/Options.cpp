@@ -6,6 +6,7 @@
 #include <random>
 #include <stdexcept>
 
+#include <CLI/CLI.hpp>
 #include <sys/stat.h>
 #include <systemd/sd-id128.h>
 #include <unistd.h>
