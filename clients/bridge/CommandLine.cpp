@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <exception>
 
+#include <CLI/CLI.hpp>
 #include <fcntl.h>
 #include <unistd.h>
 
