@@ -20,9 +20,9 @@ LogToJournal::~LogToJournal() {
 }
 
 void FrameCollector::send(const std::shared_ptr<const std::string>& frame) {
-    check(Envelope(*frame).isObject(), "a frame is a JSON object: " + *frame);
-    check(isUtf8(*frame), "a frame is valid UTF-8: " + *frame);
-    check(frame->find('\n') == std::string::npos, "a frame is one line: " + *frame);
+    check(Envelope(*frame).isObject(), "a frame is a JSON object: ", *frame);
+    check(isUtf8(*frame), "a frame is valid UTF-8: ", *frame);
+    check(frame->find('\n') == std::string::npos, "a frame is one line: ", *frame);
     frames.push_back(*frame);
 }
 

@@ -182,7 +182,7 @@ void HubWorld::expect(const WireModel::Reaction& expected, const Entries& lines)
     checkSame(other->take(), forAll, "other clients get the events and notices only");
     checkSame(startingWith("sent ", lines), sent, "the report of frames");
     for (const std::string kind : {"handled ", "refused "}) {
-        checkSame(startingWith(kind, lines), startingWith(kind, expected.reports), "the report of what was " + kind);
+        checkSame(startingWith(kind, lines), startingWith(kind, expected.reports), "the report of what was ", kind);
     }
     for (const auto& text : forAll) {
         if (!Envelope(text).has("notice")) {
