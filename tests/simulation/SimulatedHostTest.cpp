@@ -260,7 +260,7 @@ std::uint64_t run(std::uint64_t seed, std::vector<std::string>* log) {
 }
 
 TEST(SimulatedHost, DoesTheSameAgainWithTheSameSeed) {
-    for (const std::uint64_t seed : {1, 2, 3}) {
+    for (std::uint64_t seed = 1; seed <= 3; ++seed) {
         std::vector<std::string> first;
         std::vector<std::string> second;
         const std::uint64_t fingerprint = run(seed, &first);
