@@ -93,6 +93,8 @@ TEST_F(SimulatedHostTest, ItsClockDrivesAllTimers) {
     host.advance(26h);
     EXPECT_EQ(backups.size(), 2U);
     const auto page = host.connect(Kind::PAGE);
+    host.settle();
+    EXPECT_TRUE(page->isOpen()) << "its time begins when it connects";
     host.advance(10min);
     EXPECT_TRUE(page->isOpen()) << "it answers the pings";
     host.faults().switchOn(SettingsHost::Fault::REPLIES_LATE);
