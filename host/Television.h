@@ -49,7 +49,7 @@ public:
 
     /// Who is told of the clients of the device's endpoint.
     SettingsHandlerKit::ClientListener& deviceClients() { return console; }
-    /// Tells observers of the messages that a fault has cut a client.
+    /// A fault has cut the connection of `client`.
     void clientCut(const SettingsHandlerKit::Client& client) { trace->clientCut(client); }
     /// Opens the database. Errors: `DatabaseError`.
     void openStorage(const std::string& file, std::shared_ptr<SettingsHandlerKit::Disk> disk);
