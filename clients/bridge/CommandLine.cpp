@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <exception>
 
+#include <CLI/CLI.hpp>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -41,14 +42,14 @@ int report(const std::string& name, int status, const char* reason) {
 
 }  // namespace
 
-void addOptions(CLI::App& app, Options& options, const std::string& version) {
+void addOptions(CLI::App& app, Options& options) {
     app.option_defaults()->always_capture_default();
     app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
     app.add_option("--socket", options.sockets.settings, "Socket of the host; default: " + defaultSockets())
         ->type_name("PATH");
     app.add_option("--log-level", options.logLevel, "Lowest level to log: 0 traces, 1 routine, 2 warnings, 3 errors")
         ->check(CLI::Range(0, 3));
-    app.set_version_flag("--version", version, "Print version and commit, and exit");
+    app.set_version_flag("--version", versionText(), "Print version and commit, and exit");
 }
 
 void parse(CLI::App& app, int argumentCount, const char* const* arguments) {
