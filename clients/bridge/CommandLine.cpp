@@ -5,10 +5,8 @@
 #include <cstdlib>
 #include <exception>
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include "Wire/ControlCharacters.h"
+#include "connection/StandardStreams.h"
 
 namespace SettingsBridge {
 
@@ -21,17 +19,6 @@ const char* runtimeFolder() {
 std::string defaultSockets() {
     const auto candidates = SettingsClient::settingsSockets({}, runtimeFolder());
     return candidates.front().path + ", then " + candidates.back().path;
-}
-
-/// Otherwise a connection would get the number of a standard stream, and would receive what is printed.
-void openClosedStandardStreams() {
-    int opened = 0;
-    do {
-        opened = ::open("/dev/null", O_RDWR);
-    } while (opened >= 0 && opened <= STDERR_FILENO);
-    if (opened >= 0) {
-        ::close(opened);
-    }
 }
 
 int report(const std::string& name, int status, const char* reason) {
@@ -68,7 +55,7 @@ std::vector<SettingsClient::SocketCandidate> socketsOf(const Options& options) {
 }
 
 int runProgram(const std::string& name, const std::function<void()>& program) {
-    openClosedStandardStreams();
+    SettingsClient::openClosedStandardStreams();
     std::signal(SIGPIPE, SIG_IGN);
     try {
         program();
