@@ -28,8 +28,10 @@ Composition::Composition(const Options& options, SettingsHandlerKit::PassedSocke
                          const std::shared_ptr<SettingsHandlerKit::RequestContext>& context,
                          const std::function<void()>& onHangUp)
     : world(options.worldFile.empty() ? std::nullopt : std::optional<World>(worldIn(options.worldFile))),
-      server(withFaults(serverOptions(options, std::move(sockets), context), faults,
-                        [this](auto delay, auto action) { server.postLater(delay, std::move(action)); })),
+      server(withFaults(
+          serverOptions(options, std::move(sockets), context), faults,
+          [this](auto delay, auto action) { server.postLater(delay, std::move(action)); },
+          [this](const auto& client) { television.clientCut(client); })),
       television(server, {faults, [](auto time) { std::this_thread::sleep_for(time); }, [this] { restart(); }}) {
     server.addEndpoint({"device", options.deviceSocketPath, SettingsHandlerKit::Origin::DEVICE},
                        television.deviceClients());

@@ -11,10 +11,10 @@ namespace SettingsHost {
 
 SettingsHandlerKit::ServerOptions withFaults(SettingsHandlerKit::ServerOptions options,
                                              const std::shared_ptr<Faults>& faults,
-                                             const ClientsWithFaults::Later& later) {
+                                             const ClientsWithFaults::Later& later, const ClientsWithFaults::Cut& cut) {
     options.environment.now = [faults] { return std::chrono::system_clock::now() + faults->timeOf(Fault::CLOCK_JUMP); };
-    options.between = [faults, later](std::shared_ptr<SettingsHandlerKit::ClientListener> server) {
-        return std::make_shared<ClientsWithFaults>(std::move(server), faults, later);
+    options.between = [faults, later, cut](std::shared_ptr<SettingsHandlerKit::ClientListener> server) {
+        return std::make_shared<ClientsWithFaults>(std::move(server), faults, later, cut);
     };
     return options;
 }

@@ -23,10 +23,11 @@
 
 namespace SettingsHost {
 
-/// `options` with the faults of the connections and of the clock. `later` calls an action from the server's loop.
+/// `options` with the faults of the connections and of the clock. `later` calls an action from the server's loop; `cut`
+/// is told of a client that is cut.
 SettingsHandlerKit::ServerOptions withFaults(SettingsHandlerKit::ServerOptions options,
                                              const std::shared_ptr<Faults>& faults,
-                                             const ClientsWithFaults::Later& later);
+                                             const ClientsWithFaults::Later& later, const ClientsWithFaults::Cut& cut);
 
 /// What a server serves: the handler with its storage, and a simulated voice SDK and device with their console and
 /// faults. The server outlives it, but not while it serves. One thread only.
@@ -48,6 +49,8 @@ public:
 
     /// Who is told of the clients of the device's endpoint.
     SettingsHandlerKit::ClientListener& deviceClients() { return console; }
+    /// A fault has cut the connection of `client`.
+    void clientCut(const SettingsHandlerKit::Client& client) { trace->clientCut(client); }
     /// Opens the database. Errors: `DatabaseError`.
     void openStorage(const std::string& file, std::shared_ptr<SettingsHandlerKit::Disk> disk);
     /// Makes the handler and what it needs, in the state of `world` if there is one; the storage is open.

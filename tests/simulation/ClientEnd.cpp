@@ -114,7 +114,7 @@ bool ClientEnd::takeMessage() {
     }
     std::string payload = input.substr(head, size);
     input.erase(0, head + size);
-    messageArrived(first & 0x0fU, (first & 0x80U) != 0, std::move(payload));
+    messageArrived(static_cast<int>(first & 0x0fU), (first & 0x80U) != 0, std::move(payload));
     return true;
 }
 

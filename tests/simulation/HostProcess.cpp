@@ -32,8 +32,10 @@ SettingsHandlerKit::ServerOptions HostProcess::options(const Surroundings& surro
     chosen.environment.random = [&choices = surroundings.choices](std::size_t count) {
         return randomBytes(choices, count);
     };
-    chosen = withFaults(std::move(chosen), itsFaults,
-                        [this](auto delay, auto action) { itsServer.postLater(delay, std::move(action)); });
+    chosen = withFaults(
+        std::move(chosen), itsFaults,
+        [this](auto delay, auto action) { itsServer.postLater(delay, std::move(action)); },
+        [this](const auto& client) { television.clientCut(client); });
     chosen.between = [behind = chosen.between, report = surroundings.report](auto hub) {
         return std::make_shared<HandledFrames>(behind(std::move(hub)), report);
     };

@@ -21,6 +21,8 @@ MemoryServer::MemoryServer(SettingsHandlerKit::ServerOptions options) : Server(w
 }
 
 std::shared_ptr<MemoryStream> MemoryServer::accept(Kind kind, std::shared_ptr<Link> link) {
+    // As after every wait, the loop's time is now.
+    parts->loop.timeout();
     auto stream = MemoryStream::open(parts->loop, std::move(link));
     if (kind == Kind::PAGE) {
         parts->webServer->serve(stream);

@@ -364,7 +364,7 @@ SimulatedDisk::File* SimulatedDisk::fileAt(const std::string& path) const {
 }
 
 std::shared_ptr<SimulatedDisk::File> SimulatedDisk::create(const std::string& path) {
-    const auto made = std::make_shared<File>();
+    auto made = std::make_shared<File>();
     names[path] = made;
     pendingNames.push_back({"", path, made});
     return made;

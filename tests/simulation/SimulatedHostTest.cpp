@@ -4,8 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include "server/loop/Deadline.h"
+#include "server/loop/EventLoop.h"
 #include "simulation/SimulatedDisk.h"
 #include "simulation/SimulatedHost.h"
+#include "simulation/VirtualClock.h"
 
 namespace SettingsSimulation {
 
@@ -93,6 +96,8 @@ TEST_F(SimulatedHostTest, ItsClockDrivesAllTimers) {
     host.advance(26h);
     EXPECT_EQ(backups.size(), 2U);
     const auto page = host.connect(Kind::PAGE);
+    host.settle();
+    EXPECT_TRUE(page->isOpen()) << "its time begins when it connects";
     host.advance(10min);
     EXPECT_TRUE(page->isOpen()) << "it answers the pings";
     host.faults().switchOn(SettingsHost::Fault::REPLIES_LATE);
@@ -106,6 +111,34 @@ TEST_F(SimulatedHostTest, ItsClockDrivesAllTimers) {
     page->setReading(true);
     host.settle();
     EXPECT_TRUE(page->isClosedByHost()) << "it answers them no more";
+}
+
+TEST_F(SimulatedHostTest, APageThatAskedDuringALongStallIsAnswered) {
+    ASSERT_TRUE(host.start());
+    const auto client = host.connect(Kind::SOCKET);
+    host.settle();
+    host.faults().switchOn(SettingsHost::Fault::STORAGE_SLOW, std::int64_t{20'000});
+    client->send(setRequest("deviceName", "Den"));
+    const auto page = host.connect(Kind::PAGE);
+    page->send(R"({"type":18,"messageId":"m"})");
+    host.settle();
+    EXPECT_EQ(page->take().size(), 1U);
+}
+
+TEST(Deadline, CountsFromNowAlsoInALongTurn) {
+    VirtualClock clock;
+    SettingsHandlerKit::EventLoop loop;
+    bool isOver = false;
+    SettingsHandlerKit::Deadline deadline(loop, [&] { isOver = true; });
+    // A disk that took 20 seconds.
+    clock.advance(20s);
+    deadline.set(15s);
+    loop.keepOpen(true);
+    loop.turn();
+    EXPECT_FALSE(isOver);
+    clock.advance(15s);
+    loop.turn();
+    EXPECT_TRUE(isOver);
 }
 
 TEST_F(SimulatedHostTest, ARestartOfTheHostServesThoseWhoConnectMeanwhile) {
@@ -260,7 +293,7 @@ std::uint64_t run(std::uint64_t seed, std::vector<std::string>* log) {
 }
 
 TEST(SimulatedHost, DoesTheSameAgainWithTheSameSeed) {
-    for (const std::uint64_t seed : {1, 2, 3}) {
+    for (std::uint64_t seed = 1; seed <= 3; ++seed) {
         std::vector<std::string> first;
         std::vector<std::string> second;
         const std::uint64_t fingerprint = run(seed, &first);

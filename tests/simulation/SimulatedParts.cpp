@@ -199,7 +199,9 @@ std::size_t SimulatedHost::Parts::settle() {
 
 void SimulatedHost::Parts::collectEvents() {
     events.clear();
-    if (process && (turnWanted || process->server().timeout() == std::chrono::milliseconds(0))) {
+    // To ask for the timeout is to tell the loop the time, as after every wait.
+    const auto timeout = process ? process->server().timeout() : std::nullopt;
+    if (process && (turnWanted || timeout == std::chrono::milliseconds(0))) {
         events.push_back({Event::Kind::TURN, 0});
     }
     const auto isOver = [](const Client& client) {
