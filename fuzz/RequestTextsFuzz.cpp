@@ -14,15 +14,16 @@ using namespace SettingsHandlerFuzz;
 
 constexpr int requestTypes[] = {7, 18, 19, 22, 24};
 
-constexpr std::initializer_list<std::string_view> effects{"storage.set", "storage.remove", "storage.clear", "sdk.set", "sdk.apply",
-                                       "transport.",  "metrics",        "observer",      "app."};
+constexpr std::initializer_list<std::string_view> effects{"storage.set", "storage.remove", "storage.clear",
+                                                          "sdk.set",     "sdk.apply",      "transport.",
+                                                          "metrics",     "observer",       "app."};
 /// The log lines of requests that are refused before any setting is read.
 constexpr std::initializer_list<std::string_view> refusals{"log 3 SettingsHandler:Payload was not parsed successfully",
-                                        "log 3 SettingsHandler:SetSetting ",
-                                        "log 3 SettingsHandler:GetSettings ",
-                                        "log 3 SettingsHandler:Invalid Request",
-                                        "log 3 SettingsHandler:to value field",
-                                        "log 3 SettingsHandler:Message ID "};
+                                                           "log 3 SettingsHandler:SetSetting ",
+                                                           "log 3 SettingsHandler:GetSettings ",
+                                                           "log 3 SettingsHandler:Invalid Request",
+                                                           "log 3 SettingsHandler:to value field",
+                                                           "log 3 SettingsHandler:Message ID "};
 
 void deliver(HandlerWorld& world, int type, const std::string& text) {
     world.transport->deliver(type, text);
@@ -63,7 +64,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         }
         return world;
     };
-    starts.run(surroundings * 2U + (initialised ? 1U : 0U), make,
-               [&](HandlerWorld& world) { run(world, type, text); });
+    starts.run(surroundings * 2U + (initialised ? 1U : 0U), make, [&](HandlerWorld& world) { run(world, type, text); });
     return 0;
 }

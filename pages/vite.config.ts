@@ -25,6 +25,14 @@ export default defineConfig(({ mode }) => ({
         // The host serves from memory and refuses inline scripts and styles.
         assetsInlineLimit: 0,
         modulePreload: { polyfill: false },
+        // A kilobyte less than by esbuild.
+        minify: 'terser',
+        terserOptions: {
+            module: true,
+            ecma: 2020,
+            compress: { passes: 3, pure_getters: true, keep_fargs: false, unsafe_methods: true, unsafe_arrows: true },
+            format: { comments: false },
+        },
         rollupOptions: {
             input: ['index.html', 'device.html', ...(mode === 'gallery' ? ['gallery.html'] : [])],
             output: {

@@ -6,10 +6,9 @@
 #include <exception>
 
 #include <CLI/CLI.hpp>
-#include <fcntl.h>
-#include <unistd.h>
 
 #include "Wire/ControlCharacters.h"
+#include "connection/StandardStreams.h"
 
 namespace SettingsBridge {
 
@@ -22,17 +21,6 @@ const char* runtimeFolder() {
 std::string defaultSockets() {
     const auto candidates = SettingsClient::settingsSockets({}, runtimeFolder());
     return candidates.front().path + ", then " + candidates.back().path;
-}
-
-/// Otherwise a connection would get the number of a standard stream, and would receive what is printed.
-void openClosedStandardStreams() {
-    int opened = 0;
-    do {
-        opened = ::open("/dev/null", O_RDWR);
-    } while (opened >= 0 && opened <= STDERR_FILENO);
-    if (opened >= 0) {
-        ::close(opened);
-    }
 }
 
 int report(const std::string& name, int status, const char* reason) {
@@ -69,7 +57,7 @@ std::vector<SettingsClient::SocketCandidate> socketsOf(const Options& options) {
 }
 
 int runProgram(const std::string& name, const std::function<void()>& program) {
-    openClosedStandardStreams();
+    SettingsClient::openClosedStandardStreams();
     std::signal(SIGPIPE, SIG_IGN);
     try {
         program();

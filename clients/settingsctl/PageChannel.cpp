@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <deque>
 #include <utility>
 
 #include <netdb.h>
@@ -110,22 +111,21 @@ public:
 
     int descriptor() const override { return socket.descriptor(); }
     void send(const std::string& text) override { sendFrame(TEXT, text); }
-    bool read() override { return receiveBytes(MSG_DONTWAIT) && !isClosed; }
+    bool read() override {
+        const bool isOpen = receiveBytes(MSG_DONTWAIT);
+        while (const auto frame = takeFrame()) {
+            takeIn(*frame);
+        }
+        return isOpen && !isClosed;
+    }
 
     std::optional<std::string> take() override {
-        while (const auto frame = takeFrame()) {
-            if (frame->opcode == PING) {
-                sendFrame(PONG, frame->payload);
-            } else if (frame->opcode == CLOSE) {
-                isClosed = true;
-            } else if (frame->opcode == TEXT || frame->opcode == CONTINUATION) {
-                message += frame->payload;
-                if (frame->isLast) {
-                    return std::exchange(message, "");
-                }
-            }
+        if (messages.empty()) {
+            return std::nullopt;
         }
-        return std::nullopt;
+        std::string next = std::move(messages.front());
+        messages.pop_front();
+        return next;
     }
 
 private:
@@ -134,6 +134,19 @@ private:
         bool isLast;
         std::string payload;
     };
+
+    void takeIn(const Frame& frame) {
+        if (frame.opcode == PING) {
+            sendFrame(PONG, frame.payload);
+        } else if (frame.opcode == CLOSE) {
+            isClosed = true;
+        } else if (frame.opcode == TEXT || frame.opcode == CONTINUATION) {
+            message += frame.payload;
+            if (frame.isLast) {
+                messages.push_back(std::exchange(message, ""));
+            }
+        }
+    }
 
     /// What the host has closed takes nothing more.
     void sendBytes(const std::string& bytes) const {
@@ -206,6 +219,7 @@ private:
     std::string pending;
     /// The parts of a message that has not come completely.
     std::string message;
+    std::deque<std::string> messages;
     bool isClosed = false;
 };
 

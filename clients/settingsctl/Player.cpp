@@ -48,12 +48,8 @@ void Player::playAll() {
         line = step.line;
         take(step);
     }
-    awaitExpected();
+    awaitHost(nullptr);
     for (auto& [name, link] : links) {
-        fence(link);
-    }
-    for (auto& [name, link] : links) {
-        readFrom(link);
         refuseMore(link);
     }
 }
@@ -109,7 +105,6 @@ void Player::send(const Step& step) {
 void Player::close(const Step& step) {
     catchUp(step, nullptr);
     Link& link = links.at(step.at);
-    fence(link);
     // A recording does not always know who closed it.
     link.isClosing = true;
     refuseMore(link);
@@ -174,14 +169,18 @@ std::string Player::addressOfPages() const {
 }
 
 void Player::catchUp(const Step& step, const Link* ours) {
+    awaitHost(ours);
+    awaitTime(step);
+    lastTime = step.time;
+}
+
+void Player::awaitHost(const Link* ours) {
     awaitExpected();
     for (auto& [name, link] : links) {
         if (link.needsFence && &link != ours) {
             fence(link);
         }
     }
-    awaitTime(step);
-    lastTime = step.time;
 }
 
 void Player::awaitExpected() {
@@ -236,7 +235,9 @@ void Player::fence(Link& link) {
     }
 }
 
-void Player::refuseMore(const Link& link) const {
+void Player::refuseMore(Link& link) {
+    // The host has handled all that was sent, so what it led to has come.
+    readFrom(link);
     if (!link.arrived.empty()) {
         throw Deviation({line, link.name + " received what the scenario does not have", "", link.arrived.front()});
     }

@@ -84,10 +84,11 @@ private:
     /// Waits until everything that was expected has come, until the recorded pause is over and the host has handled
     /// everything but what was sent by `ours`.
     void catchUp(const Step& step, const Link* ours);
+    void awaitHost(const Link* ours);
     void awaitExpected();
     void awaitTime(const Step& step);
     void fence(Link& link);
-    void refuseMore(const Link& link) const;
+    void refuseMore(Link& link);
     [[noreturn]] void failForMissing() const;
 
     /// Reads what comes until `isDone`. Returns: false when the time was over first.

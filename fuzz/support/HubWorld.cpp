@@ -145,9 +145,9 @@ HubWorld::HubWorld(Recorder& itsRecorder, const Surroundings& around, const Host
           std::make_shared<SettingsHandlerKit::Backlog>(), predictable())),
       requester(std::make_shared<FrameCollector>(Origin::SOCKET, host.listenerOfRequester)),
       other(std::make_shared<FrameCollector>(Origin::PAGE)),
-      handler(std::make_shared<QuickHandler>(hub, storage, std::make_shared<SettingsHandlerTesting::FakeMetrics>(journal),
-                                             sdk, std::make_shared<SettingsHandlerTesting::FakeAppLaunch>(journal),
-                                             device)),
+      handler(std::make_shared<QuickHandler>(hub, storage,
+                                             std::make_shared<SettingsHandlerTesting::FakeMetrics>(journal), sdk,
+                                             std::make_shared<SettingsHandlerTesting::FakeAppLaunch>(journal), device)),
       model(known != nullptr ? known->model
                              : WireModel(around,
                                          {host.listenerOfRequester == ListenerKind::UNIX_SOCKET,

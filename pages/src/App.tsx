@@ -1,5 +1,5 @@
 import type { JSX } from 'preact';
-import { useEffect, useMemo, useRef } from 'preact/hooks';
+import { useEffect, useLayoutEffect, useMemo, useRef } from 'preact/hooks';
 
 import { Banner } from './components/Banner';
 import { Page } from './components/context';
@@ -25,7 +25,8 @@ export function App({ store }: { readonly store: Store }): JSX.Element {
     const language = useMemo(() => languageFor(locale), [locale]);
     const { t, code, direction } = language;
 
-    useEffect(() => {
+    // Before the focus moves: it scrolls.
+    useLayoutEffect(() => {
         document.documentElement.lang = code;
         document.documentElement.dir = direction;
         document.title = `${t(`section.${current}`)} · ${t('title')}`;

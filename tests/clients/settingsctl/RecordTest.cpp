@@ -81,6 +81,21 @@ TEST_F(SettingsCtlRecord, WritesAStepForAllThatPasses) {
                      R"({"time": 20, "at": "device-9", "closedByHost": true})"}));
 }
 
+TEST_F(SettingsCtlRecord, RecordsWhatPassedBeforeItIsInterrupted) {
+    const FakeHost host;
+    auto program = host.start({"record", file()});
+    Peer client = host.acceptAtDevice();
+    client.receiveLine();
+    client.receiveLine();
+    client.sendLine("{\"ok\":true}\n{\"world\":{},\"leftOut\":[]}");
+    EXPECT_EQ(program.errors().readLine(), "settingsctl: recording " + host.devicePath());
+    program.sendSignal(SIGTERM);
+    EXPECT_EQ(client.receiveLine(), R"({"command":"trace","enabled":false})");
+    client.sendLine(copyOf(0, "out", "all", "null", R"("text":"{}")") + "\n{\"ok\":true}");
+    EXPECT_EQ(finish(program).status, 0);
+    EXPECT_EQ(TestSupport::linesOf(file()).back(), R"({"time": 0, "at": "all", "received": {}})");
+}
+
 TEST_F(SettingsCtlRecord, LeavesOutWhatHasTheKeyOfThePages) {
     EXPECT_EQ(stepsOf({copyOf(0, "in", "socket", "7", R"("text":"{\"messageId\":\"m\",\"page\":{}}")"),
                        copyOf(0, "in", "socket", "7", R"("closed":true)")}),

@@ -20,17 +20,23 @@ const std::string title = R"({"scenario": 1, "title": "A test"})";
 const std::string hello =
     R"({"time": 0, "at": "socket-1", "sent": {"messageId": "h1", "hello": {"client": "remote"}}})";
 const std::string greeting =
-    R"({"time": 1, "at": "socket-1", "received": {"messageId": "h1", "hello": {"version": "1.1.0", "run": "R1", "sequence": 7}}})";
+    R"({"time": 0, "at": "socket-1", "received": {"messageId": "h1", "hello": {"version": "1.1.0", "run": "R1", "sequence": 7}}})";
 
-std::string setName(const std::string& at, const std::string& value, int time = 2) {
+std::string setName(const std::string& at, const std::string& value, int time = 0) {
     return R"({"time": )" + std::to_string(time) + R"(, "at": ")" + at +
            R"(", "sent": {"type": 24, "timestamp": 1700000000000, "payload": {"settingDBId": "deviceName", "to": ")" +
            value + R"("}}})";
 }
 
+/// The same at socket-1, with the client's name.
+std::string setNameAs(const std::string& client, const std::string& value) {
+    return R"({"time": 0, "at": "socket-1", "sent": {"type": 24, "client": ")" + client +
+           R"(", "timestamp": 1700000000000, "payload": {"settingDBId": "deviceName", "to": ")" + value + R"("}}})";
+}
+
 /// The event of a change of the name by the client "remote".
 std::string named(const std::string& at, const std::string& from, const std::string& to, int sequence) {
-    return R"({"time": 3, "at": ")" + at + R"(", "received": {"timestamp": 5, "type": 25, "messageId": "host-9-)" +
+    return R"({"time": 0, "at": ")" + at + R"(", "received": {"timestamp": 5, "type": 25, "messageId": "host-9-)" +
            std::to_string(sequence) + R"(", "sequence": )" + std::to_string(sequence) +
            R"(, "origin": "socket", "client": "remote", "payload": {"settingDBId": "deviceName", "from": ")" + from +
            R"(", "to": ")" + to + R"("}}})";
@@ -125,6 +131,9 @@ TEST_F(SettingsCtlReplay, RefusesAMalformedFileWithItsLine) {
         {{title, R"({"time": 0, "at": "host", "did": "kill"})", hello}, "3: the host does not run here"},
         {{title, R"({"time": 0, "at": "socket-1", "closed": false})"}, "2: \"closed\" must be true"},
         {{title, hello, R"({"time": 0, "at": "socket-2", "closed": true})"}, "3: \"socket-2\" is not open here"},
+        {{title, hello, R"({"time": 0, "at": "host", "did": "kill"})", R"({"time": 0, "at": "host", "did": "start"})",
+          R"({"time": 0, "at": "socket-1", "closed": true})"},
+         "5: \"socket-1\" is not open here"},
         {{title, setName("socket-1", "Den", 5), hello}, "3: \"time\" goes back"}};
     for (const auto& [lines, message] : wrong) {
         const auto end = replay(lines);
@@ -141,7 +150,7 @@ TEST_F(SettingsCtlReplay, NeedsAHostOfItsOwnForAWorldAndForStepsOfTheHost) {
     const auto world = replay({R"({"scenario": 1, "title": "", "world": {"world": 1}})", hello});
     EXPECT_EQ(world.errors, file + ":1" + message);
     EXPECT_EQ(world.status, 1);
-    EXPECT_EQ(replay({title, hello, R"({"time": 1, "at": "host", "did": "kill"})"}).errors, file + ":3" + message);
+    EXPECT_EQ(replay({title, hello, R"({"time": 0, "at": "host", "did": "kill"})"}).errors, file + ":3" + message);
     EXPECT_EQ(replay({title, hello}).status, 3) << "there is no host";
 }
 
@@ -150,16 +159,16 @@ TEST_F(SettingsCtlReplay, ComparesWhatDependsOnTheRunByItsKind) {
     // The second time ids, times and sequence numbers are others.
     for (int run = 0; run < 2; ++run) {
         const Words lines{
-            title, hello, greeting, R"({"time": 1, "at": "socket-2", "sent": {"type": 18, "messageId": "m1"}})",
-            R"({"time": 1, "at": "socket-2", "received": {"messageId": "m1", "payload": {"isOrliaSelectedAsVA": true}, "type": 18}})",
-            setName("socket-1", "Den"), named("all", "TV", "Den", 8), setName("socket-1", "TV", 3),
+            title, hello, greeting, R"({"time": 0, "at": "socket-2", "sent": {"type": 18, "messageId": "m1"}})",
+            R"({"time": 0, "at": "socket-2", "received": {"messageId": "m1", "payload": {"isOrliaSelectedAsVA": true}, "type": 18}})",
+            setName("socket-1", "Den"), named("all", "TV", "Den", 8), setName("socket-1", "TV"),
             named("all", "Den", "TV", 9),
-            R"({"time": 3, "at": "socket-2", "sent": {"messageId": "h2", "hello": {"resume": {"run": "R1", "sequence": 8}}}})",
+            R"({"time": 0, "at": "socket-2", "sent": {"messageId": "h2", "hello": {"resume": {"run": "R1", "sequence": 8}}}})",
             named("socket-2", "Den", "TV", 9),
-            R"({"time": 3, "at": "socket-2", "received": {"messageId": "h2", "hello": {"version": "1.1.0", "run": "R1", "sequence": 9, "missed": false, "reread": []}}})",
-            R"({"time": 3, "at": "socket-2", "closed": true})",
+            R"({"time": 0, "at": "socket-2", "received": {"messageId": "h2", "hello": {"version": "1.1.0", "run": "R1", "sequence": 9, "missed": false, "reread": []}}})",
+            R"({"time": 0, "at": "socket-2", "closed": true})",
             // Nobody else is told.
-            setName("socket-1", "Den", 3), named("all", "TV", "Den", 10), setName("socket-1", "TV", 3),
+            setName("socket-1", "Den"), named("all", "TV", "Den", 10), setName("socket-1", "TV"),
             named("socket-1", "Den", "TV", 11)};
         expectPlayed(replayWith(host, lines), "10 frames as expected\n");
     }
@@ -202,14 +211,17 @@ TEST_F(SettingsCtlReplay, TellsWhatWouldNotBeTheSameRun) {
         return replayWith(
                    host,
                    {title, hello, greeting,
-                    R"({"time": 2, "at": "socket-1", "sent": {"messageId": "h2", "hello": {}}})",
-                    R"({"time": 2, "at": "socket-1", "received": {"messageId": "h2", "hello": {"version": "1.1.0", "run": ")" +
+                    R"({"time": 0, "at": "socket-1", "sent": {"messageId": "h2", "hello": {}}})",
+                    R"({"time": 0, "at": "socket-1", "received": {"messageId": "h2", "hello": {"version": "1.1.0", "run": ")" +
                         run + R"(", "sequence": )" + sequence + "}}}"})
             .output;
     };
     EXPECT_EQ(again("R1", "7"), "2 frames as expected\n");
     EXPECT_NE(again("R2", "7").find(":5: socket-1 received something else, at /hello/run\n"), std::string::npos);
     EXPECT_NE(again("R1", "8").find(":5: socket-1 received something else, at /hello/sequence\n"), std::string::npos);
+    const Words lost{title, setNameAs("remote", "Den"), named("socket-1", "TV", "Den", 6), hello, greeting};
+    EXPECT_NE(replayWith(host, lost).output.find(":5: socket-1 received something else, at /hello/sequence\n"),
+              std::string::npos);
 }
 
 TEST_F(SettingsCtlReplay, TellsWhatDoesNotCome) {
@@ -227,13 +239,13 @@ TEST_F(SettingsCtlReplay, TellsWhatDoesNotCome) {
 
 TEST_F(SettingsCtlReplay, TellsWhatTheScenarioDoesNotHave) {
     const RunningHost host;
-    const std::string isSelected = R"({"time": 2, "at": "socket-1", "sent": {"type": 18, "messageId": "m1"}})";
+    const std::string isSelected = R"({"time": 0, "at": "socket-1", "sent": {"type": 18, "messageId": "m1"}})";
     const std::string difference =
         ": socket-1 received what the scenario does not have\n"
         R"(got:      {"type":18,"messageId":"m1","payload":{"isOrliaSelectedAsVA":true}})"
         "\n";
     expectDifference(replayWith(host, {title, isSelected}), "2" + difference);
-    expectDifference(replayWith(host, {title, isSelected, R"({"time": 2, "at": "socket-1", "closed": true})"}),
+    expectDifference(replayWith(host, {title, isSelected, R"({"time": 0, "at": "socket-1", "closed": true})"}),
                      "3" + difference);
 }
 
@@ -260,8 +272,10 @@ TEST_F(SettingsCtlReplay, PlaysPagesAndEndsOfConnections) {
     expectPlayed(replayWith(host, all), "6 frames as expected\n");
     // One that the host closed is told, too.
     Words wrong = begin;
+    expectDifference(replayWith(host, wrong), "8: page-2: the host has closed the connection\n");
     wrong.push_back(pageHello);
-    expectDifference(replayWith(host, wrong), "9: page-2: the host has closed the connection\n");
+    const RunningHost another({"--listen", "127.0.0.1:0"});
+    expectDifference(replayWith(another, wrong), "9: page-2: the host has closed the connection\n");
 }
 
 TEST_F(SettingsCtlReplay, KeepsThePausesOrDividesThem) {
@@ -292,12 +306,12 @@ TEST_F(SettingsCtlReplay, PlaysWhatThePageCopies) {
 }
 
 TEST_F(SettingsCtlReplayAlone, PlaysTheEndsAndStartsOfItsHost) {
-    const auto resumed = [](const std::string& from, const std::string& to) {
+    const auto resumed = [](const std::string& from, const std::string& to, int sequence = 0) {
         return Words{
-            R"({"time": 9, "at": "socket-1", "sent": {"messageId": "h2", "hello": {"resume": {"run": ")" + from +
+            R"({"time": 0, "at": "socket-1", "sent": {"messageId": "h2", "hello": {"resume": {"run": ")" + from +
                 R"(", "sequence": 0}}}})",
-            R"({"time": 9, "at": "socket-1", "received": {"messageId": "h2", "hello": {"version": "1.1.0", "run": ")" +
-                to + R"(", "sequence": 0, "missed": true}}})"};
+            R"({"time": 0, "at": "socket-1", "received": {"messageId": "h2", "hello": {"version": "1.1.0", "run": ")" +
+                to + R"(", "sequence": )" + std::to_string(sequence) + R"(, "missed": true}}})"};
     };
     const auto append = [](Words& lines, const Words& more) { lines.insert(lines.end(), more.begin(), more.end()); };
     Words lines{
@@ -306,21 +320,23 @@ TEST_F(SettingsCtlReplayAlone, PlaysTheEndsAndStartsOfItsHost) {
         greeting,
         setName("socket-1", "Den"),
         named("socket-1", "Attic", "Den", 8),
-        R"({"time": 3, "at": "host", "did": "kill"})",
-        R"({"time": 3, "at": "host", "did": "start"})"};
-    append(lines, resumed("R1", "R2"));
-    append(lines, {R"({"time": 9, "at": "device-2", "sent": {"command": "fault", "name": "restart", "enabled": true}})",
-                   R"({"time": 9, "at": "device-2", "received": {"ok": true}})",
-                   R"({"time": 9, "at": "device-2", "closedByHost": true})",
-                   R"({"time": 9, "at": "socket-1", "closedByHost": true})"});
+        R"({"time": 0, "at": "host", "did": "kill"})",
+        R"({"time": 0, "at": "host", "did": "start"})",
+        setNameAs("remote", "Hut"),
+        named("socket-1", "Den", "Hut", 3)};
+    append(lines, resumed("R1", "R2", 3));
+    append(lines, {R"({"time": 0, "at": "device-2", "sent": {"command": "fault", "name": "restart", "enabled": true}})",
+                   R"({"time": 0, "at": "device-2", "received": {"ok": true}})",
+                   R"({"time": 0, "at": "device-2", "closedByHost": true})",
+                   R"({"time": 0, "at": "socket-1", "closedByHost": true})"});
     append(lines, resumed("R2", "R3"));
-    append(lines, {R"({"time": 9, "at": "host", "did": "stop"})", R"({"time": 9, "at": "host", "did": "start"})"});
+    append(lines, {R"({"time": 0, "at": "host", "did": "stop"})", R"({"time": 0, "at": "host", "did": "start"})"});
     append(lines, resumed("R3", "R4"));
     append(
         lines,
-        {R"({"time": 9, "at": "page-1", "sent": {"type": 7, "messageId": "p1", "payload": {"settings": ["deviceName"]}}})",
-         R"({"time": 9, "at": "page-1", "received": {"type": 7, "messageId": "p1", "payload": {"settings": {"deviceName": "Den"}}}})"});
-    expectPlayed(replayAlone(lines), "7 frames as expected\n");
+        {R"({"time": 0, "at": "page-1", "sent": {"type": 7, "messageId": "p1", "payload": {"settings": ["deviceName"]}}})",
+         R"({"time": 0, "at": "page-1", "received": {"type": 7, "messageId": "p1", "payload": {"settings": {"deviceName": "Hut"}}}})"});
+    expectPlayed(replayAlone(lines), "8 frames as expected\n");
     EXPECT_TRUE(std::filesystem::is_empty(files / "temporary"));
 }
 
