@@ -80,14 +80,14 @@ long HandlerModel::faultTime(const std::string& fault) const {
     return found == faults.end() ? 0 : std::stol(found->second);
 }
 
-bool HandlerModel::readsDisk() {
-    const bool works = !fate.fails(uses++);
+bool HandlerModel::readsDisk(bool isOfSettings) {
+    const bool works = !fate.fails(uses++, isOfSettings);
     isBroken = isBroken || !works;
     return works;
 }
 
 bool HandlerModel::writesDisk() {
-    return !fate.fails(uses++) && !isOn("storage-full") && !isOn("storage-failing");
+    return !fate.fails(uses++, false) && !isOn("storage-full") && !isOn("storage-failing");
 }
 
 void HandlerModel::changedDisk() {
@@ -103,10 +103,10 @@ bool HandlerModel::put(std::map<std::string, std::string> Durable::*table, const
     const auto old = (disk.*table).find(key);
     if (old != (disk.*table).end() && old->second == value) {
         // SQLite writes no page that stays the same.
-        return readsDisk();
+        return readsDisk(table == &Durable::settings);
     }
     if (beforeTransaction) {
-        const bool works = readsDisk();
+        const bool works = readsDisk(table == &Durable::settings);
         if (works) {
             (disk.*table)[key] = value;
             isDirty = true;
@@ -148,7 +148,7 @@ bool HandlerModel::commit() {
 // Owners
 
 std::string HandlerModel::storedValue(const std::string& key) {
-    const bool works = readsDisk();
+    const bool works = readsDisk(true);
     storageWorks = storageWorks || works;
     return works ? valueOr(disk.settings, key, "") : "";
 }

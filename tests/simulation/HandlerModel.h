@@ -25,8 +25,12 @@ struct DiskFate {
 
     long first = 0;
     long count = 0;
+    /// The values of the library are in SQLite's memory: their pages need not be read.
+    bool sparesSettings = false;
 
-    bool fails(long use) const { return use >= first && use - first < count; }
+    bool fails(long use, bool isOfSettings) const {
+        return use >= first && use - first < count && !(isOfSettings && sparesSettings);
+    }
 };
 
 /// The model of the handler with the reference host's storage, voice SDK and device. It can be copied.
@@ -88,7 +92,7 @@ protected:
     /// Returns: false when it was rolled back.
     bool commit();
     /// @}
-    bool readsDisk();
+    bool readsDisk(bool isOfSettings = false);
     bool writesDisk();
     void changedDisk();
     long persisted() const { return changes; }

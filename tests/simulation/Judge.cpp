@@ -82,6 +82,8 @@ void Judge::reads(std::size_t connection, bool isReading) {
 // What the host does
 
 void Judge::observe(const Observed& observed) {
+    readAgain(observed.now, observed.now);
+    unite();
     const bool hasPartial = observed.isCrashed && !observed.handled.empty();
     const std::size_t whole = observed.handled.size() - (hasPartial ? 1 : 0);
     for (std::size_t index = 0; index < whole; ++index) {
@@ -137,7 +139,8 @@ void Judge::handle(const Handled& handled, bool diskFailed) {
         }
     }
     states = std::move(after);
-    readAgain(handled);
+    const long jump = states.front().model.faultTime("clock-jump");
+    readAgain(handled.begin - jump, handled.end - jump);
     unite();
 }
 
@@ -147,11 +150,11 @@ std::vector<DiskFate> Judge::fates(State state, const Handled& handled, bool dis
     state.model.handle({handled.connection, clients.at(handled.connection).kind}, handled.frame,
                        {handled.begin, handled.end});
     const long uses = state.model.diskUses() + 1;
-    std::vector<DiskFate> all{{}};
+    std::vector<DiskFate> all{{}, {0, DiskFate::all, true}};
     for (long first = 0; first < uses; ++first) {
-        all.push_back({first, DiskFate::all});
+        all.push_back({first, DiskFate::all, false});
         for (long count = 1; count <= (diskFailed ? 3 : 1); ++count) {
-            all.push_back({first, count});
+            all.push_back({first, count, false});
         }
     }
     return all;
@@ -227,7 +230,7 @@ void Judge::release(State& state, std::int64_t now) {
 }
 
 /// A batch that was rolled back may be read again after each frame, when the storage can be read.
-void Judge::readAgain(const Handled& handled) {
+void Judge::readAgain(std::int64_t begin, std::int64_t end) {
     const std::size_t before = states.size();
     for (std::size_t index = 0; index < before; ++index) {
         if (!states[index].model.waitsForStorage()) {
@@ -235,9 +238,8 @@ void Judge::readAgain(const Handled& handled) {
         }
         State again = states[index];
         again.model.begin({}, false, false);
-        const long jump = again.model.faultTime("clock-jump");
-        const auto outputs = again.model.readAgain({handled.begin, handled.end});
-        send(again, outputs, handled.begin - jump, handled.end - jump);
+        const auto outputs = again.model.readAgain({begin, end});
+        send(again, outputs, begin, end);
         again.storageWorked = false;
         states.push_back(std::move(again));
     }

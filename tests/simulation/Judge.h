@@ -126,7 +126,7 @@ private:
     std::vector<DiskFate> fates(State state, const Handled& handled, bool diskFailed) const;
     void send(State& state, const std::vector<Output>& outputs, std::int64_t begin, std::int64_t end);
     void release(State& state, std::int64_t now);
-    void readAgain(const Handled& handled);
+    void readAgain(std::int64_t begin, std::int64_t end);
     void checkIds(const Observed::OfConnection& came);
     void rule(const Observed& observed);
     void receive(const Observed& observed);
