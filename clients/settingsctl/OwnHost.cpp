@@ -41,8 +41,8 @@ std::filesystem::path newFolder() {
 
 }  // namespace
 
-OwnHost::OwnHost(const std::string& worldText, bool servesPages)
-    : folder(newFolder()), world(worldText), withPages(servesPages) {
+OwnHost::OwnHost(std::string worldText, bool servesPages)
+    : folder(newFolder()), world(std::move(worldText)), withPages(servesPages) {
     try {
         std::ofstream(folder / "world.json") << world;
         start();

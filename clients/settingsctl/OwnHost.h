@@ -17,7 +17,7 @@ class OwnHost {
 public:
     /// Starts the program next to this one, else that in PATH. `world`: what it starts with, empty for none.
     /// Errors: `Failure`.
-    OwnHost(const std::string& world, bool withPages);
+    OwnHost(std::string world, bool withPages);
     ~OwnHost();
 
     OwnHost(const OwnHost&) = delete;
