@@ -41,8 +41,7 @@ std::filesystem::path newFolder() {
 
 }  // namespace
 
-OwnHost::OwnHost(std::string worldText, bool servesPages)
-    : folder(newFolder()), world(std::move(worldText)), withPages(servesPages) {
+OwnHost::OwnHost(std::string worldText) : folder(newFolder()), world(std::move(worldText)) {
     try {
         std::ofstream(folder / "world.json") << world;
         start();
@@ -93,10 +92,8 @@ std::string OwnHost::whatItSaid() const {
 void OwnHost::start() {
     std::vector<std::string> words{hostProgram(),       "--log-level",          "3",
                                    "--storage",         folder / "settings.db", "--socket",
-                                   *sockets().settings, "--device-socket",      *sockets().device};
-    const std::vector<std::string> web =
-        withPages ? std::vector<std::string>{"--listen", "127.0.0.1:0"} : std::vector<std::string>{"--no-web"};
-    words.insert(words.end(), web.begin(), web.end());
+                                   *sockets().settings, "--device-socket",      *sockets().device,
+                                   "--listen",          "127.0.0.1:0"};
     if (!world.empty()) {
         words.insert(words.end(), {"--world", folder / "world.json"});
     }

@@ -17,7 +17,7 @@ class OwnHost {
 public:
     /// Starts the program next to this one, else that in PATH. `world`: what it starts with, empty for none.
     /// Errors: `Failure`.
-    OwnHost(std::string world, bool withPages);
+    explicit OwnHost(std::string world);
     ~OwnHost();
 
     OwnHost(const OwnHost&) = delete;
@@ -39,7 +39,6 @@ private:
 
     std::filesystem::path folder;
     std::string world;
-    bool withPages;
     pid_t process = -1;
 };
 

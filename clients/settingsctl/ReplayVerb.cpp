@@ -41,7 +41,7 @@ ExitStatus replay(const Context& context, const std::string& file, double speed,
     PlayOptions options{context.settingsSockets, context.deviceSockets, context.timeout, speed};
     std::optional<OwnHost> host;
     if (startsHost) {
-        host.emplace(scenario.world, hasPages(scenario));
+        host.emplace(scenario.world);
         options.settingsSockets = SettingsClient::settingsSockets(host->sockets(), nullptr);
         options.deviceSockets = SettingsClient::deviceSockets(host->sockets(), nullptr);
     }

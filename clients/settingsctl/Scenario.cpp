@@ -159,9 +159,11 @@ void checkPlace(const Step& step, bool isDeed) {
 
 Step stepOf(const std::string& line) {
     const rapidjson::Document members = objectOf(line);
-    refuseUnknownMembers(
-        members, {"time", "at", "sent", "received", "sentText", "receivedText", "closed", "closedByHost", "did"});
-    if (members.MemberCount() != 3 || !members.HasMember("time") || !members.HasMember("at")) {
+    // "schema" is for those who check frames.
+    refuseUnknownMembers(members, {"time", "at", "sent", "received", "sentText", "receivedText", "closed",
+                                   "closedByHost", "did", "schema"});
+    if (members.MemberCount() != (members.HasMember("schema") ? 4U : 3U) || !members.HasMember("time") ||
+        !members.HasMember("at")) {
         throw LineError(std::string(R"(needs "time" and "at", and )") + stepMembers);
     }
     const auto& time = members["time"];
@@ -282,10 +284,6 @@ std::size_t lineForOwnHost(const Scenario& scenario) {
 
 bool isPage(const std::string& at) {
     return at.rfind("page-", 0) == 0;
-}
-
-bool hasPages(const Scenario& scenario) {
-    return std::any_of(scenario.steps.begin(), scenario.steps.end(), [](const Step& step) { return isPage(step.at); });
 }
 
 bool isSettingsConnection(const std::string& at) {

@@ -38,8 +38,6 @@ std::size_t lineForOwnHost(const Scenario& scenario);
 /// Is the connection `at` one of the settings, at their socket or the web port?
 bool isSettingsConnection(const std::string& at);
 bool isPage(const std::string& at);
-/// Does it need a web port?
-bool hasPages(const Scenario& scenario);
 
 /// "FILE:LINE: MESSAGE" (REFUSED).
 Failure failureAt(const std::string& file, std::size_t line, const std::string& message);

@@ -1,11 +1,11 @@
 #include <algorithm>
 #include <csignal>
-#include <regex>
 
 #include <sys/wait.h>
 
 #include "Fixture.h"
 #include "support/LineClient.h"
+#include "support/RegularExpression.h"
 
 using namespace SettingsDbusTests;
 
@@ -25,9 +25,8 @@ protected:
     }
     /// `(key, to, sequence)` of a signal.
     static std::string brief(const std::string& changed) {
-        std::smatch parts;
-        std::regex_match(changed, parts, std::regex(R"(\('(\w+)', '[^']*', '([^']*)', uint64 (\d+), .*\))"));
-        return parts.empty() ? changed : parts.str(1) + "=" + parts.str(2) + " " + parts.str(3);
+        const auto parts = TestSupport::matchOf(changed, R"(\('(\w+)', '[^']*', '([^']*)', uint64 (\d+), .*\))");
+        return parts.empty() ? changed : parts[1] + "=" + parts[2] + " " + parts[3];
     }
     Words changes(std::size_t count) {
         Words found = signals("Changed", count);

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <map>
-#include <regex>
 #include <set>
 #include <sstream>
 
@@ -9,6 +8,7 @@
 #include "SettingsHandlerTesting/kit/FakeClient.h"
 #include "Wire/Catalogue.h"
 #include "server/metrics/ServerMetrics.h"
+#include "support/RegularExpression.h"
 
 namespace SettingsHandlerKit {
 
@@ -60,10 +60,10 @@ TEST_F(ServerMetricsTest, CountsChangesBySettingAndKnownValue) {
 TEST_F(ServerMetricsTest, EverySeriesOfChangesCanBeCounted) {
     std::istringstream text(metrics.text());
     std::map<std::string, std::set<std::string>> values;
-    const std::regex series(R"re(settings_host_changes_total\{setting="(\w+)",value="(\w+)"\} 0)re");
-    std::smatch parts;
     for (std::string line; std::getline(text, line);) {
-        if (std::regex_match(line, parts, series)) {
+        const auto parts =
+            TestSupport::matchOf(line, R"re(settings_host_changes_total\{setting="(\w+)",value="(\w+)"\} 0)re");
+        if (!parts.empty()) {
             values[parts[1]].insert(parts[2]);
         }
     }
