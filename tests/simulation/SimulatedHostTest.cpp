@@ -141,6 +141,22 @@ TEST(Deadline, CountsFromNowAlsoInALongTurn) {
     EXPECT_TRUE(isOver);
 }
 
+TEST(EventLoop, TheGracePeriodBeginsWithTheDrainAlsoInALongTurn) {
+    VirtualClock clock;
+    SettingsHandlerKit::EventLoop loop;
+    loop.keepOpen(true);
+    bool isOver = false;
+    clock.advance(20s);
+    loop.beginDrain(500, [&] { isOver = true; });
+    loop.turn();
+    EXPECT_FALSE(isOver);
+    clock.advance(500ms);
+    loop.turn();
+    EXPECT_TRUE(isOver);
+    loop.keepOpen(false);
+    loop.endDrain();
+}
+
 TEST_F(SimulatedHostTest, ARestartOfTheHostServesThoseWhoConnectMeanwhile) {
     ASSERT_TRUE(host.start());
     const auto before = host.connect(Kind::SOCKET);

@@ -11,11 +11,8 @@ public:
     explicit Handle(std::function<void()> whatToDo) : action(std::move(whatToDo)) {}
 
     void start(std::chrono::milliseconds time) {
-        // Timers count from the beginning of the turn, which may be long ago.
-        uv_update_time(get()->loop);
-        uv_timer_start(
-            get(), [](uv_timer_t* timer) { ownerOf(timer).action(); }, static_cast<std::uint64_t>(time.count()), 0);
-        uv_unref(generic());
+        startTimer(
+            get(), [](uv_timer_t* timer) { ownerOf(timer).action(); }, time);
     }
 
 private:

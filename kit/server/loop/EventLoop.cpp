@@ -64,9 +64,8 @@ public:
     explicit DrainTimer(std::function<void()> whatToDo) : giveUp(std::move(whatToDo)) {}
 
     void start(unsigned milliseconds) {
-        uv_timer_start(
-            get(), [](uv_timer_t* expired) { ownerOf(expired).giveUp(); }, milliseconds, 0);
-        uv_unref(generic());
+        startTimer(
+            get(), [](uv_timer_t* expired) { ownerOf(expired).giveUp(); }, std::chrono::milliseconds(milliseconds));
     }
 
     const std::function<void()> giveUp;
