@@ -2,6 +2,7 @@ import { readFileSync } from 'node:fs';
 
 import { defineConfig, type Plugin } from 'vite';
 
+import { compileHints } from './compileHints';
 import { settingsClient } from './settingsClient';
 import { translationsAsLists } from './translationsAsLists';
 
@@ -17,7 +18,7 @@ const timeZoneLicence: Plugin = {
 /** `--mode gallery` adds the page of all components, which is no part of the product. */
 export default defineConfig(({ mode }) => ({
     ...settingsClient,
-    plugins: [timeZoneLicence, translationsAsLists],
+    plugins: [timeZoneLicence, translationsAsLists, compileHints],
     esbuild: { jsx: 'automatic', jsxImportSource: 'preact', legalComments: 'none' },
     build: {
         target: 'es2022',

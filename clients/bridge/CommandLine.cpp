@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <exception>
 
+#include <CLI/CLI.hpp>
+
 #include "Wire/ControlCharacters.h"
 #include "connection/StandardStreams.h"
 

@@ -3,10 +3,13 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
-
-#include <CLI/CLI.hpp>
+#include <vector>
 
 #include "SettingsClient/SocketCandidates.h"
+
+namespace CLI {
+class App;
+}
 
 namespace SettingsBridge {
 

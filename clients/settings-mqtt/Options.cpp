@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include <CLI/CLI.hpp>
 #include <sys/stat.h>
 #include <systemd/sd-id128.h>
 #include <unistd.h>

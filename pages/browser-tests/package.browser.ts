@@ -1,7 +1,8 @@
-import { execFileSync } from 'node:child_process';
+import { execFile } from 'node:child_process';
 import { copyFileSync, mkdirSync, mkdtempSync, readdirSync, rmSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
+import { promisify } from 'node:util';
 
 import { afterAll, beforeAll, expect, test } from 'vitest';
 
@@ -9,18 +10,20 @@ import { hostOfFile } from './host';
 import { consumer, examples, settingsClient, tools } from './programs';
 import { hostIsAway, visit } from './visit';
 
+// Vitest loses a worker that is blocked for a minute, as it would be on a busy machine.
+const run = promisify(execFile);
 const folder = mkdtempSync(join(tmpdir(), 'settings-client-'));
 const installed = join(folder, 'node_modules/settings-client');
 /** The example page beside the module of the tarball. */
 const page = join(folder, 'page');
 
-beforeAll(() => {
-    execFileSync('npm', ['pack', '--silent', '--ignore-scripts', '--pack-destination', folder], {
+beforeAll(async () => {
+    await run('npm', ['pack', '--silent', '--ignore-scripts', '--pack-destination', folder], {
         cwd: settingsClient,
     });
     const [tarball = ''] = readdirSync(folder).filter((name) => name.endsWith('.tgz'));
     writeFileSync(join(folder, 'package.json'), '{ "type": "module" }');
-    execFileSync('npm', ['install', '--silent', '--offline', join(folder, tarball)], { cwd: folder });
+    await run('npm', ['install', '--silent', '--offline', join(folder, tarball)], { cwd: folder });
     mkdirSync(page);
     for (const file of readdirSync(join(examples, 'page'))) {
         copyFileSync(join(examples, 'page', file), join(page, file));
@@ -46,7 +49,7 @@ test('the package has the module, its types, the licence and how to use it, and 
     ]);
 });
 
-test.each(['bundler', 'nodenext'])('a consumer compiles with the module resolution %s', (resolution) => {
+test.each(['bundler', 'nodenext'])('a consumer compiles with the module resolution %s', async (resolution) => {
     copyFileSync(consumer, join(folder, 'consumer.ts'));
     const module = resolution === 'bundler' ? 'esnext' : resolution;
     const options = [
@@ -59,13 +62,13 @@ test.each(['bundler', 'nodenext'])('a consumer compiles with the module resoluti
         '--moduleResolution',
         resolution,
     ];
-    expect(compile(options)).toBe('');
+    expect(await compile(options)).toBe('');
 });
 
 /** What the compiler says about the consumer. */
-function compile(options: readonly string[]): string {
+async function compile(options: readonly string[]): Promise<string> {
     try {
-        return execFileSync(join(tools, 'tsc'), [...options, 'consumer.ts'], { cwd: folder, encoding: 'utf8' });
+        return (await run(join(tools, 'tsc'), [...options, 'consumer.ts'], { cwd: folder })).stdout;
     } catch (error) {
         return (error as { readonly stdout: string }).stdout;
     }

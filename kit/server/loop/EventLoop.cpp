@@ -107,6 +107,10 @@ void EventLoop::stop() {
     uv_stop(loop.get());
 }
 
+void EventLoop::keepOpen(bool open) {
+    (open ? uv_ref : uv_unref)(posts->generic());
+}
+
 namespace {
 
 class Later : public UvHandle<uv_timer_t, Later> {

@@ -13,6 +13,9 @@ interface Sent {
     readonly payload?: { readonly settings?: string[]; readonly settingDBId?: string; readonly to?: string };
 }
 
+/** The time from one frame to the next, in milliseconds. */
+const frameDuration = 20;
+
 /** A host that keeps values and replies at once, except while it is silent. */
 class FakeHost {
     values: Record<string, string> = { deviceName: 'TV', captionsEnabled: 'false', timezone: 'UTC' };
@@ -34,9 +37,10 @@ class FakeHost {
         this.store = new Store((observer) => connect({ ...observer, address: 'http://tv/' }, this.browser));
     }
 
+    /** Connects, up to what is read after the values were drawn. */
     async connect(): Promise<void> {
         this.browser.socket.open();
-        await settle();
+        await vi.advanceTimersByTimeAsync(frameDuration);
     }
 
     close(): void {
@@ -85,7 +89,9 @@ class FakeHost {
         };
         if (hello !== undefined) {
             const resumed = hello.resume === undefined ? {} : { missed: false, reread: [] };
-            this.say({ messageId, hello: { run: 'run', sequence: this.sequence, ...resumed } });
+            queueMicrotask(() => {
+                this.say({ messageId, hello: { run: 'run', sequence: this.sequence, ...resumed } });
+            });
         } else if (type === 24) {
             const outcome = this.values[settingDBId] === to ? 'unchanged' : 'changed';
             const refusal = this.answers.get(settingDBId);
@@ -110,10 +116,6 @@ class FakeHost {
             reply({ outcome: 'done', ...this.answers.get(`${type ?? ''}`) });
         }
     }
-}
-
-function settle(): Promise<unknown> {
-    return vi.advanceTimersByTimeAsync(0);
 }
 
 let host: FakeHost;
