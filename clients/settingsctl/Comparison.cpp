@@ -93,14 +93,14 @@ void adaptOthers(rapidjson::Document& expected, const rapidjson::Document& got) 
                                                 {"status", "health", "uptimeSeconds"},
                                                 {"status", "versions", "host"},
                                                 {"status", "now"}};
-    const Value* const code = valueAt<const Value>(expected, {"error", "code"});
+    const auto* const code = valueAt<const Value>(expected, {"error", "code"});
     if (code != nullptr && *code == Wire::RefusalCode::notStored) {
         // It names a file.
         paths.push_back({"error", "message"});
     }
     for (const auto& path : paths) {
-        Value* const value = valueAt<Value>(expected, path);
-        const Value* const other = valueAt<const Value>(got, path);
+        auto* const value = valueAt<Value>(expected, path);
+        const auto* const other = valueAt<const Value>(got, path);
         if (value != nullptr && other != nullptr && value->GetType() == other->GetType()) {
             value->CopyFrom(*other, expected.GetAllocator());
         }
@@ -184,8 +184,8 @@ void Comparison::adapt(rapidjson::Document& expected, const rapidjson::Document&
     if (const auto [trace, other] = bothOf(expected, got, "trace"); trace != nullptr && trace->IsObject()) {
         adaptTrace(*trace, *other, allocator);
     }
-    Value* const remembered = valueAt<Value>(expected, {"history", "events"});
-    const Value* const others = valueAt<const Value>(got, {"history", "events"});
+    auto* const remembered = valueAt<Value>(expected, {"history", "events"});
+    const auto* const others = valueAt<const Value>(got, {"history", "events"});
     if (remembered != nullptr && others != nullptr && remembered->IsArray() && others->IsArray()) {
         for (rapidjson::SizeType index = 0; index < std::min(remembered->Size(), others->Size()); ++index) {
             adaptEvent((*remembered)[index], (*others)[index], allocator);
@@ -213,11 +213,11 @@ std::string Comparison::forThisRun(const std::string& frame) const {
     if (request.HasParseError() || !request.IsObject()) {
         return frame;
     }
-    Value* const recorded = valueAt<Value>(request, {"hello", "resume", "run"});
+    auto* const recorded = valueAt<Value>(request, {"hello", "resume", "run"});
     if (recorded == nullptr || !recorded->IsString() || ids.count(textOf(*recorded)) == 0) {
         return frame;
     }
-    Value* const sequence = valueAt<Value>(request, {"hello", "resume", "sequence"});
+    auto* const sequence = valueAt<Value>(request, {"hello", "resume", "sequence"});
     const auto shift = shifts.find(textOf(*recorded));
     if (sequence != nullptr && sequence->IsInt64() && shift != shifts.end()) {
         sequence->SetInt64(std::max<std::int64_t>(sequence->GetInt64() + shift->second, 0));

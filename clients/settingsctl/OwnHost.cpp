@@ -41,7 +41,7 @@ std::filesystem::path newFolder() {
 
 }  // namespace
 
-OwnHost::OwnHost(const std::string& worldText) : folder(newFolder()), world(worldText) {
+OwnHost::OwnHost(std::string worldText) : folder(newFolder()), world(std::move(worldText)) {
     try {
         std::ofstream(folder / "world.json") << world;
         start();

@@ -17,7 +17,7 @@ class OwnHost {
 public:
     /// Starts the program next to this one, else that in PATH. `world`: what it starts with, empty for none.
     /// Errors: `Failure`.
-    explicit OwnHost(const std::string& world);
+    explicit OwnHost(std::string world);
     ~OwnHost();
 
     OwnHost(const OwnHost&) = delete;

@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <set>
+#include <utility>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -28,7 +29,7 @@ namespace {
 class ScenarioFile {
 public:
     /// Errors: `Failure` (REFUSED).
-    explicit ScenarioFile(const std::string& fileName) : name(fileName) {
+    explicit ScenarioFile(std::string fileName) : name(std::move(fileName)) {
         if (name != "-") {
             // Only for the user, since it may hold names.
             const int descriptor = ::open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);

@@ -51,7 +51,7 @@ ExitStatus replay(const Context& context, const std::string& file, double speed,
         return REFUSED;
     }
     const std::string frames = std::to_string(player.frameCount());
-    printLine(context.style, context.style.json ? "{\"replay\":{\"frames\":" + frames + "}}"
+    printLine(context.style, context.style.json ? R"({"replay":{"frames":)" + frames + "}}"
                                                 : frames + (frames == "1" ? " frame" : " frames") + " as expected");
     return DONE;
 }

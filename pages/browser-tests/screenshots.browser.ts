@@ -1,3 +1,4 @@
+import type { Page } from 'playwright-core';
 import { test } from 'vitest';
 
 import { hostOfFile } from './host';
@@ -18,6 +19,13 @@ const host = hostOfFile(async (host) => {
     await host.control('device', 'captions', 'on');
 });
 
+/** Waits until the row of the time zone has its city and the time. */
+async function expectCity(page: Page): Promise<void> {
+    await row(page, 'timezone')
+        .getByText(/^(Vancouver|バンクーバー|فانكوفر) · /)
+        .waitFor();
+}
+
 test.each([
     ['1920x1080', wide],
     ['1280x720', small],
@@ -29,6 +37,9 @@ test.each([
             for (const section of sectionIds) {
                 await enterSection(page, section);
                 await page.locator('main', { hasNotText: 'Unknown' }).waitFor();
+                if (section === 'language') {
+                    await expectCity(page);
+                }
                 await expectLooksAsStored(page, `${section}-${size}`);
             }
         },
@@ -44,6 +55,7 @@ test.each(languages.filter(([code]) => code !== 'en'))(
             host,
             async (page) => {
                 await enterSection(page, 'language', code === 'ar' ? 'ArrowLeft' : 'ArrowRight');
+                await expectCity(page);
                 await expectLooksAsStored(page, `language-${code}-1280x720`);
             },
             { viewport: small },
@@ -88,6 +100,7 @@ test('a phone looks as stored', async () => {
         async (page) => {
             await expectLooksAsStored(page, 'device-360x740');
             await enterSection(page, 'language');
+            await expectCity(page);
             await expectLooksAsStored(page, 'language-360x740');
         },
         { viewport: phone },

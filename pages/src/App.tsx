@@ -50,9 +50,9 @@ export function App({ store }: { readonly store: Store }): JSX.Element {
     useSearchKey(() => {
         page.goTo('search', 'search-field');
     });
-    // Not drawn again while the focus moves through the menu.
+    // Drawn with each change of the page, so that a focus that was lost is found; but not while the focus moves through the menu.
     const isLoaded = state.values !== null;
-    const section = useMemo(() => isLoaded && <Section key={drawn} id={drawn} />, [isLoaded, drawn]);
+    const section = useMemo(() => isLoaded && <Section key={drawn} id={drawn} />, [isLoaded, drawn, page]);
     return (
         <Page.Provider value={page}>
             <Banner />

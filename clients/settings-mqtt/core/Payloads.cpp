@@ -50,7 +50,8 @@ const char* componentFor(const Setting& setting) {
 /// "captionsFontSize": "Captions font size".
 std::string nameOf(const std::string& key) {
     std::string name;
-    for (const unsigned char letter : key) {
+    for (const char character : key) {
+        const auto letter = static_cast<unsigned char>(character);
         if (!name.empty() && std::isupper(letter) != 0) {
             name += ' ';
         }

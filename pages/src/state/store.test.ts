@@ -39,8 +39,12 @@ class FakeHost {
 
     /** Connects, up to what is read after the values were drawn. */
     async connect(): Promise<void> {
-        this.browser.socket.open();
+        this.open();
         await vi.advanceTimersByTimeAsync(frameDuration);
+    }
+
+    open(): void {
+        this.browser.socket.open();
     }
 
     close(): void {
@@ -134,10 +138,15 @@ afterEach(() => {
 });
 
 describe('the store', () => {
-    it('reads every value when the connection opens', () => {
+    it('reads every value when the connection opens, and what can wait after the next frame', async () => {
         expect(store.state.connection).toBe('online');
         expect(store.state.values).toEqual(host.values);
-        expect(store.state.selected).toBe(true);
+        expect([store.state.selected, store.state.changes]).toEqual([true, []]);
+        const other = new FakeHost();
+        other.open();
+        await vi.advanceTimersByTimeAsync(0);
+        expect(other.store.state.values).toEqual(other.values);
+        expect(other.requests).toEqual(['hello', 'get ']);
     });
 
     it('shows a new value at once, and then that it was accepted', async () => {

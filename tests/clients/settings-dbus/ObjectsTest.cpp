@@ -145,12 +145,10 @@ int main(void) {
     g_print("%d %s %d\n", isSet, settings1_get_orlia_locale(settings)[0], settings1_get_captions_enabled(settings));
 }
 )";
-    const auto user = TestSupport::run({"sh", "-c",
-                                        "cd \"$1\" && gdbus-codegen --generate-c-code proxy --interface-prefix "
-                                        "org.settingshandler. settings.xml && cc -w -o user user.c proxy.c "
-                                        "$(pkg-config --cflags --libs gio-unix-2.0) && ./user",
-                                        "sh", folder.path()},
-                                       environment());
+    const std::string build = "cd '" + folder.path().string() +
+                              "' && gdbus-codegen --generate-c-code proxy --interface-prefix org.settingshandler. "
+                              "settings.xml && cc -w -o user user.c proxy.c $(pkg-config --cflags --libs gio-unix-2.0)";
+    const auto user = TestSupport::run({"sh", "-c", build + " && ./user"}, environment());
     EXPECT_EQ(user.output, "1 en-US 0\n") << user.errors;
     EXPECT_EQ(get("Timezone"), "s \"Asia/Tokyo\"");
 }
