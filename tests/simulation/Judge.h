@@ -105,6 +105,7 @@ private:
         bool storageWorked = false;
         /// Set when the host ended while it handled a frame: what was on the disk before that frame.
         std::optional<Durable> before;
+        std::vector<Durable> ghostsBefore;
         long reachedStep = 0;
     };
     struct Client {

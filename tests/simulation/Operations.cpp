@@ -181,7 +181,8 @@ private:
         if (kind < 84) {
             return getRequest(kind < 77);
         }
-        if (kind < 86) {
+        // A log-out empties the history.
+        if (kind < 86 && (!isCalm || oneIn(30))) {
             return R"({"type":22,)" + messageId() + (oneIn(3) ? "}" : R"(,"answer":true})");
         }
         if (kind < 88) {
