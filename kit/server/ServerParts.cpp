@@ -45,7 +45,10 @@ std::unique_ptr<SocketFile> openSocket(const std::string& name, const std::optio
     if (auto passed = sockets.take(name)) {
         return std::make_unique<SocketFile>(std::move(*passed), isOwn);
     }
-    return path ? std::make_unique<SocketFile>(*path) : nullptr;
+    if (!path) {
+        return nullptr;
+    }
+    return std::make_unique<SocketFile>(*path);
 }
 
 /// Nothing when the system does not say.
