@@ -2,8 +2,7 @@ set(SETTINGS_HANDLER_COMMIT "" CACHE STRING "The commit that the programs name, 
 mark_as_advanced(SETTINGS_HANDLER_COMMIT)
 set(WRITE_PROGRAM_VERSION ${CMAKE_CURRENT_LIST_DIR}/WriteProgramVersion.cmake)
 
-# Gives `target` a source with what `--version` of `program` prints. The target brings "Version.h", which declares
-# `versionText` in `namespace`. Every build looks at the commit; the source is touched when the text changes only.
+# Gives `target` a source with what `--version` of `program` prints: `const char* versionText()` in `namespace`. Every build looks at the commit; the source is touched when the text changes only.
 function(add_program_version target program namespace)
   set(source ${CMAKE_CURRENT_BINARY_DIR}/${target}_version.cpp)
   add_custom_target(${target}_version

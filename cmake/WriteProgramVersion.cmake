@@ -14,9 +14,9 @@ elseif(EXISTS ${FOLDER}/.git)
   endif()
 endif()
 file(CONFIGURE OUTPUT ${SOURCE} @ONLY CONTENT [[
-#include "Version.h"
-
 namespace @NAMESPACE@ {
+
+const char* versionText();
 
 const char* versionText() {
     return "@PROGRAM@ @VERSION@ (@origin@)";

@@ -57,8 +57,8 @@ public:
         const std::string code = codeOf(answer);
 
         const std::string refusal = refusalOf(frame);
-        check(refusal.empty() || code == refusal, "a frame that is refused: " + refusal);
-        check(code.empty() || codes.count(code) > 0, "an error that the protocol knows: " + code);
+        check(refusal.empty() || code == refusal, "a frame that is refused: ", refusal);
+        check(code.empty() || codes.count(code) > 0, "an error that the protocol knows: ", code);
         if (!code.empty()) {
             check(before == after && stored == storage.values, "an error changes nothing");
             check(page->take().empty(), "an error is sent to no other client");
@@ -132,12 +132,12 @@ private:
         for (const auto& [key, value] : after) {
             const bool changed = before.at(key) != value;
             check(!changed || announced.events.count(key) + announced.notices.count(key) > 0,
-                  "a change is reported: " + key);
+                  "a change is reported: ", key);
         }
         for (const auto& key : announced.notices) {
-            check(announced.events.count(key) == 0, "a key with an event is not in a notice: " + key);
+            check(announced.events.count(key) == 0, "a key with an event is not in a notice: ", key);
             const auto fact = after.find(key);
-            check(fact == after.end() || before.at(key) != fact->second, "a notice is for a change: " + key);
+            check(fact == after.end() || before.at(key) != fact->second, "a notice is for a change: ", key);
         }
     }
 
@@ -153,7 +153,7 @@ private:
         if (name == "show") {
             const Envelope shown(answer.compact("device"));
             for (const std::string key : {"captionsEnabled", "doNotDisturbEnabled", "timezone"}) {
-                check(shown.text(key) == after.at(key), "what is shown is what is: " + key);
+                check(shown.text(key) == after.at(key), "what is shown is what is: ", key);
             }
             check(shown.text("locales") == after.at("orliaLocale"), "what is shown is what is: locales");
             return;

@@ -10,6 +10,7 @@
 #include "support/Check.h"
 #include "support/HubWorld.h"
 #include "support/Input.h"
+#include "support/Starts.h"
 
 namespace {
 
@@ -62,6 +63,16 @@ Entries framesOf(const std::string& bytes, std::size_t limit) {
     return frames;
 }
 
+void receive(HubWorld& world, const Entries& frames) {
+    for (const auto& frame : frames) {
+        if (frame == tooLarge) {
+            world.refuseTooLarge();
+        } else {
+            world.receive(frame.substr(sizeof("frame")));
+        }
+    }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int* /*argumentCount*/, char*** /*arguments*/) {
@@ -71,6 +82,8 @@ extern "C" int LLVMFuzzerInitialize(int* /*argumentCount*/, char*** /*arguments*
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static HubWorld::Recorder recorder;
+    static Starts<HubWorld> starts(1024);
     FuzzedDataProvider input(data, size);
     constexpr std::size_t limits[] = {65536, 200, 40, 1};
     const auto choice = input.ConsumeIntegralInRange<std::size_t>(0, 15);
@@ -86,13 +99,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     checkSame(framed(bytes, limit, {1, 0}), frames, "the frames of single bytes");
     checkSame(framed(bytes, limit, random), frames, "the frames of random chunks");
 
-    HubWorld world(surroundingsFrom(surroundings), listener, storesBatches);
-    for (const auto& frame : frames) {
-        if (frame == tooLarge) {
-            world.refuseTooLarge();
-        } else {
-            world.receive(frame.substr(sizeof("frame")));
-        }
-    }
+    const auto make = [&](const HubWorld::Start* start) {
+        return std::make_unique<HubWorld>(recorder, surroundingsFrom(surroundings),
+                                          HubWorld::Host{listener, storesBatches}, start);
+    };
+    starts.run(surroundings * 4U + choice / 4, make, [&](HubWorld& world) { receive(world, frames); });
     return 0;
 }

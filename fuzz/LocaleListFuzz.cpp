@@ -28,8 +28,9 @@ bool write(HandlerWorld& world, const std::string& value) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static Recorder recorder;
     FuzzedDataProvider input(data, size);
-    HandlerWorld world(surroundingsFrom(input.ConsumeIntegral<std::uint8_t>()));
+    HandlerWorld world(recorder, surroundingsFrom(input.ConsumeIntegral<std::uint8_t>()));
     const std::string value = input.ConsumeRemainingBytesAsString();
 
     const Envelope json(value);
@@ -44,6 +45,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     }
 
+    world.makeObservers();
     for (int number = 0; number < HandlerWorld::observerCount; ++number) {
         world.handler->addOrliaLocaleObserver(world.localeObservers[static_cast<std::size_t>(number)]);
         world.model.addLocaleObserver(number);

@@ -50,7 +50,9 @@ const std::string rejection = "rejected orliaLocale: must be a JSON array of at 
 class Sequence {
 public:
     Sequence(const std::uint8_t* data, std::size_t size)
-        : input(data, size), world(surroundingsFrom(input.ConsumeIntegral<std::uint8_t>())) {}
+        : input(data, size), world(recorder(), surroundingsFrom(input.ConsumeIntegral<std::uint8_t>())) {
+        world.makeObservers();
+    }
 
     void run() {
         for (int count = 0; count < maximumOperations && input.remaining_bytes() > 0; ++count) {
@@ -69,6 +71,11 @@ public:
     }
 
 private:
+    static Recorder& recorder() {
+        static Recorder instance;
+        return instance;
+    }
+
     using Operation = void (Sequence::*)();
 
     static const std::vector<std::pair<std::string, Operation>>& operations() {

@@ -7,16 +7,9 @@
 
 #include "HeldSignals.h"
 #include "Options.h"
-#include "SettingsHandlerKit/CheckedSettingsHandler.h"
 #include "SettingsHandlerKit/Server.h"
-#include "SettingsHandlerKit/StateStore.h"
-#include "SettingsHandlerKit/Storage.h"
-#include "simulation/DeviceConsole.h"
+#include "Television.h"
 #include "simulation/Faults.h"
-#include "simulation/MessageTrace.h"
-#include "simulation/SimulatedAppLaunch.h"
-#include "simulation/SimulatedDevice.h"
-#include "simulation/SimulatedSdkBridge.h"
 #include "simulation/World.h"
 
 namespace SettingsHost {
@@ -28,8 +21,8 @@ struct NextRun {
     std::unique_ptr<HeldSignals> signals;
 };
 
-/// The whole host: the kit's server, storage and handler with a simulated voice SDK and device. The only place that
-/// names concrete types. Everything runs on the thread that made it.
+/// The whole host: the kit's server around a simulated television, as the options say. Everything runs on the thread
+/// that made it.
 class Composition {
 public:
     /// Opens port, pages, sockets and database, makes and starts the handler, then opens the listeners and enters the
@@ -53,22 +46,14 @@ public:
     std::optional<NextRun> run();
 
 private:
-    void startHandler();
-    void defineFaults();
+    void restart();
     void enterSandbox(const Options& options);
 
     /// Nothing without one to start with.
     const std::optional<World> world;
     const std::shared_ptr<Faults> faults = std::make_shared<Faults>();
     SettingsHandlerKit::Server server;
-    std::shared_ptr<MessageTrace> trace;
-    DeviceConsole console;
-    std::unique_ptr<SettingsHandlerKit::Storage> storage;
-    std::unique_ptr<SettingsHandlerKit::StateStore> state;
-    std::shared_ptr<SimulatedDevice> device;
-    std::shared_ptr<SimulatedSdkBridge> sdkBridge;
-    std::shared_ptr<SimulatedAppLaunch> appLaunch;
-    std::shared_ptr<SettingsHandlerKit::CheckedSettingsHandler> handler;
+    Television television;
     std::string ready;
     std::optional<NextRun> next;
 };

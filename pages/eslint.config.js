@@ -14,6 +14,12 @@ export default tseslint.config(
             eqeqeq: 'error',
         },
     },
+    // A component has one subject.
+    {
+        files: ['pages/src/**/*.tsx'],
+        ignores: ['**/*.test.tsx'],
+        rules: { 'max-lines': ['error', 80] },
+    },
     // Who may import what, beside the packages in package.json.
     {
         files: ['pages/src/**'],

@@ -1,5 +1,6 @@
 #include "Wire/HostFrame.h"
 
+#include <string_view>
 #include <utility>
 
 #include "Wire/MessageType.h"
@@ -10,8 +11,12 @@ namespace {
 
 constexpr unsigned parseFlags = Utils::jsonParseFlags | rapidjson::kParseValidateEncodingFlag;
 
-std::string stringOf(const rapidjson::Value& value) {
+std::string_view viewOf(const rapidjson::Value& value) {
     return {value.GetString(), value.GetStringLength()};
+}
+
+std::string stringOf(const rapidjson::Value& value) {
+    return std::string(viewOf(value));
 }
 
 std::string textOf(const rapidjson::Value& value) {
@@ -39,7 +44,7 @@ HostFrame::HostFrame(std::string received) : line(std::move(received)) {
     }
 }
 
-const rapidjson::Value* HostFrame::at(const std::vector<const char*>& path) const {
+const rapidjson::Value* HostFrame::at(Path path) const {
     const rapidjson::Value* value = &document;
     for (const char* const name : path) {
         value = value == nullptr ? nullptr : member(*value, name);
@@ -54,7 +59,7 @@ bool HostFrame::isEvent() const {
 
 bool HostFrame::isReplyTo(const std::string& messageId) const {
     const auto* const id = at({"messageId"});
-    return !isEvent() && id != nullptr && id->IsString() && stringOf(*id) == messageId;
+    return !isEvent() && id != nullptr && id->IsString() && viewOf(*id) == messageId;
 }
 
 std::optional<std::int64_t> HostFrame::timestamp() const {
@@ -69,14 +74,20 @@ std::optional<Change> HostFrame::change() const {
     if (!isEvent()) {
         return std::nullopt;
     }
-    const auto payload = stringsAt({"payload"});
-    const auto key = payload.find("settingDBId");
-    const auto from = payload.find("from");
-    const auto to = payload.find("to");
-    if (key == payload.end() || from == payload.end() || to == payload.end()) {
+    const auto* const payload = at({"payload"});
+    if (payload == nullptr || !payload->IsObject()) {
         throw MalformedFrame();
     }
-    return Change{key->second, from->second, to->second};
+    const auto text = [&](const char* name) {
+        const auto* const value = member(*payload, name);
+        return value == nullptr ? throw MalformedFrame() : stringOf(*value);
+    };
+    for (const auto& entry : payload->GetObject()) {
+        if (!entry.value.IsString()) {
+            throw MalformedFrame();
+        }
+    }
+    return Change{text("settingDBId"), text("from"), text("to")};
 }
 
 std::optional<std::vector<std::string>> HostFrame::reread() const {
@@ -101,7 +112,7 @@ std::optional<Refusal> HostFrame::refusal() const {
     return Refusal{text("code"), text("message")};
 }
 
-std::map<std::string, std::string> HostFrame::stringsAt(const std::vector<const char*>& path) const {
+std::map<std::string, std::string> HostFrame::stringsAt(Path path) const {
     const rapidjson::Value* const object = at(path);
     if (object == nullptr || !object->IsObject()) {
         throw MalformedFrame();
@@ -116,7 +127,7 @@ std::map<std::string, std::string> HostFrame::stringsAt(const std::vector<const 
     return strings;
 }
 
-std::optional<bool> HostFrame::booleanAt(const std::vector<const char*>& path) const {
+std::optional<bool> HostFrame::booleanAt(Path path) const {
     const rapidjson::Value* const value = at(path);
     if (value == nullptr || !value->IsBool()) {
         return std::nullopt;
@@ -124,12 +135,12 @@ std::optional<bool> HostFrame::booleanAt(const std::vector<const char*>& path) c
     return value->GetBool();
 }
 
-std::optional<std::int64_t> HostFrame::integerAt(const std::vector<const char*>& path) const {
+std::optional<std::int64_t> HostFrame::integerAt(Path path) const {
     const rapidjson::Value* const value = at(path);
     return value == nullptr || !value->IsInt64() ? std::nullopt : std::optional(value->GetInt64());
 }
 
-std::map<std::string, std::int64_t> HostFrame::integersAt(const std::vector<const char*>& path) const {
+std::map<std::string, std::int64_t> HostFrame::integersAt(Path path) const {
     std::map<std::string, std::int64_t> integers;
     const rapidjson::Value* const object = at(path);
     if (object == nullptr || !object->IsObject()) {
@@ -143,12 +154,12 @@ std::map<std::string, std::int64_t> HostFrame::integersAt(const std::vector<cons
     return integers;
 }
 
-std::optional<std::string> HostFrame::textAt(const std::vector<const char*>& path) const {
+std::optional<std::string> HostFrame::textAt(Path path) const {
     const rapidjson::Value* const value = at(path);
     return value == nullptr || !value->IsString() ? std::nullopt : std::optional(stringOf(*value));
 }
 
-std::string HostFrame::objectAt(const std::vector<const char*>& path) const {
+std::string HostFrame::objectAt(Path path) const {
     const rapidjson::Value* const value = at(path);
     if (value == nullptr || !value->IsObject()) {
         throw MalformedFrame();
@@ -156,7 +167,7 @@ std::string HostFrame::objectAt(const std::vector<const char*>& path) const {
     return textOf(*value);
 }
 
-std::vector<std::string> HostFrame::objectsAt(const std::vector<const char*>& path) const {
+std::vector<std::string> HostFrame::objectsAt(Path path) const {
     const rapidjson::Value* const value = at(path);
     if (value == nullptr || !value->IsArray()) {
         throw MalformedFrame();
@@ -171,7 +182,7 @@ std::vector<std::string> HostFrame::objectsAt(const std::vector<const char*>& pa
     return objects;
 }
 
-std::optional<std::vector<std::string>> HostFrame::textsAt(const std::vector<const char*>& path) const {
+std::optional<std::vector<std::string>> HostFrame::textsAt(Path path) const {
     const rapidjson::Value* const value = at(path);
     if (value == nullptr || !value->IsArray()) {
         return std::nullopt;

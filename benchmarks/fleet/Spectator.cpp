@@ -37,7 +37,7 @@ public:
 
 Spectator::Spectator(int port, std::vector<std::string> topics)
     : connection(connectionTo(port)), listener(std::make_shared<Listener>()) {
-    connection->listen(listener);
+    connection->listen(*listener);
     const auto until = Clock::now() + std::chrono::seconds(20);
     while (!listener->isConnected) {
         turn(until);

@@ -14,9 +14,9 @@ SettingsMqtt::MosquittoOptions connectionOptions(std::size_t number, const Telev
     options.address = "127.0.0.1";
     options.port = chosen.port;
     options.clientId = "settings-" + televisionName(number);
-    options.lastWill = SettingsMqtt::Bridge::lastWill(televisionName(number));
+    options.lastWill = SettingsMqtt::Topics(televisionName(number)).availability(false);
     options.keepalive = chosen.keepalive;
-    options.firstPause = chosen.firstPause;
+    options.firstPause = std::chrono::duration<double>(chosen.firstPause).count();
     options.seed = number;
     return options;
 }
@@ -57,10 +57,10 @@ void CountedBroker::acknowledged(int number) {
 Television::Television(std::size_t number, const TelevisionOptions& options)
     : mosquitto(std::make_shared<SettingsMqtt::MosquittoBroker>(connectionOptions(number, options))),
       counted(std::make_shared<CountedBroker>(mosquitto)),
-      bridge(bridgeOptions(number), counted, host, std::make_shared<ForgetfulStore>()) {
+      bridge(bridgeOptions(number), counted, host, std::make_shared<SettingsMqtt::Versions>()) {
     counted->setListener(&bridge);
     bridge.hostConnected();
-    mosquitto->listen(counted);
+    mosquitto->listen(*counted);
 }
 
 void Television::tellBridge() {

@@ -11,13 +11,6 @@
 
 namespace Benchmarks {
 
-/// Keeps nothing beyond the process.
-class ForgetfulStore : public SettingsMqtt::VersionStore {
-public:
-    SettingsMqtt::VersionRecords load() override { return {}; }
-    void store(const SettingsMqtt::VersionRecords& /*records*/) override {}
-};
-
 /// Knows whether the broker has everything.
 class CountedBroker : public SettingsMqtt::Broker, public SettingsMqtt::BrokerListener {
 public:

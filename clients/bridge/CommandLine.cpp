@@ -6,10 +6,9 @@
 #include <exception>
 
 #include <CLI/CLI.hpp>
-#include <fcntl.h>
-#include <unistd.h>
 
 #include "Wire/ControlCharacters.h"
+#include "connection/StandardStreams.h"
 
 namespace SettingsBridge {
 
@@ -24,17 +23,6 @@ std::string defaultSockets() {
     return candidates.front().path + ", then " + candidates.back().path;
 }
 
-/// Otherwise a connection would get the number of a standard stream, and would receive what is printed.
-void openClosedStandardStreams() {
-    int opened = 0;
-    do {
-        opened = ::open("/dev/null", O_RDWR);
-    } while (opened >= 0 && opened <= STDERR_FILENO);
-    if (opened >= 0) {
-        ::close(opened);
-    }
-}
-
 int report(const std::string& name, int status, const char* reason) {
     std::fprintf(stderr, "%s: %s\n", name.c_str(), Wire::escapeControlCharacters(reason).c_str());
     return status;
@@ -42,14 +30,14 @@ int report(const std::string& name, int status, const char* reason) {
 
 }  // namespace
 
-void addOptions(CLI::App& app, Options& options, const std::string& version) {
+void addOptions(CLI::App& app, Options& options) {
     app.option_defaults()->always_capture_default();
     app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
     app.add_option("--socket", options.sockets.settings, "Socket of the host; default: " + defaultSockets())
         ->type_name("PATH");
     app.add_option("--log-level", options.logLevel, "Lowest level to log: 0 traces, 1 routine, 2 warnings, 3 errors")
         ->check(CLI::Range(0, 3));
-    app.set_version_flag("--version", version, "Print version and commit, and exit");
+    app.set_version_flag("--version", versionText(), "Print version and commit, and exit");
 }
 
 void parse(CLI::App& app, int argumentCount, const char* const* arguments) {
@@ -69,7 +57,7 @@ std::vector<SettingsClient::SocketCandidate> socketsOf(const Options& options) {
 }
 
 int runProgram(const std::string& name, const std::function<void()>& program) {
-    openClosedStandardStreams();
+    SettingsClient::openClosedStandardStreams();
     std::signal(SIGPIPE, SIG_IGN);
     try {
         program();

@@ -32,9 +32,13 @@ private:
     int status;
 };
 
-/// Adds --socket, --log-level and --version, which prints `version`. Of an option that is given twice the last one
-/// counts, also of those that are added later.
-void addOptions(CLI::App& app, Options& options, const std::string& version);
+/// What `--version` prints: the program, its version, and the commit that it was built from. Each program has its own,
+/// by `add_program_version`.
+const char* versionText();
+
+/// Adds --socket, --log-level and --version. Of an option that is given twice the last one counts, also of those that
+/// are added later.
+void addOptions(CLI::App& app, Options& options);
 
 /// Errors: `CommandLineEnd`.
 void parse(CLI::App& app, int argumentCount, const char* const* arguments);

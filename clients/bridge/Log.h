@@ -14,6 +14,8 @@ public:
     explicit Log(int minimumLevel);
 
     void write(LogLevel level, const std::string& text) const;
+    /// As a function, for what knows the numbers of levels alone.
+    void operator()(int level, const std::string& text) const { write(static_cast<LogLevel>(level), text); }
 
 private:
     int minimum;

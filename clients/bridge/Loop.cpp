@@ -38,6 +38,14 @@ Source::Wanted HostSource::wanted() {
     return {client.fileDescriptor(), POLLIN, std::nullopt};
 }
 
+void HostSource::process(short /*events*/) {
+    try {
+        client.process();
+    } catch (const SettingsClient::ConnectionError&) {
+        // `onDisconnected` is told.
+    }
+}
+
 Loop::Loop() {
     sigset_t ending{};
     sigemptyset(&ending);

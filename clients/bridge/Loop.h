@@ -35,13 +35,14 @@ public:
     virtual void process(short events) = 0;
 };
 
-/// The connection to the host. The client connects again by itself.
+/// The connection to the host. The client connects again by itself, also when an observer asks it for something and the
+/// connection is lost; other errors of observers end the loop.
 class HostSource : public Source {
 public:
     explicit HostSource(SettingsClient::Client& settingsClient) : client(settingsClient) {}
 
     Wanted wanted() override;
-    void process(short events) override { (void)events, client.process(); }
+    void process(short events) override;
 
 private:
     SettingsClient::Client& client;

@@ -30,13 +30,13 @@ void call(const std::function<void(Arguments...)>& observer, Arguments... argume
 
 Session::Session(Options chosen)
     : options(std::move(chosen)),
-      helloId(options.name + "-" + std::to_string(::getpid()) + "-hello"),
+      idPrefix(options.name + "-" + std::to_string(::getpid()) + "-"),
       interval(shortestInterval) {
     setTimer();
 }
 
 std::string Session::newMessageId() {
-    return options.name + "-" + std::to_string(::getpid()) + "-" + std::to_string(++lastMessageId);
+    return idPrefix + std::to_string(++lastMessageId);
 }
 
 std::int64_t Session::newTimestamp() const {
@@ -115,7 +115,7 @@ void Session::sendHello(const std::optional<Wire::LastEvent>& resume) {
     isGreeting = true;
     helloResumes = resume.has_value();
     helloDeadline = connection->deadline();
-    connection->send({Wire::helloFrame(helloId, options.name, resume)});
+    connection->send({Wire::helloFrame(idPrefix + "hello", options.name, resume)});
 }
 
 void Session::lose(const std::string& reason) {
@@ -133,11 +133,11 @@ void Session::lose(const std::string& reason) {
 
 bool Session::take(const Wire::HostFrame& frame) {
     newestTimestamp = std::max(newestTimestamp, frame.timestamp().value_or(newestTimestamp));
-    if (frame.change()) {
+    if (frame.isEvent()) {
         queue(order.takeEvent(eventOf(frame)));
     } else if (auto keys = frame.reread()) {
         queue(order.takeNotice(frame, std::move(*keys)));
-    } else if (isGreeting && frame.isReplyTo(helloId)) {
+    } else if (isGreeting && frame.isReplyTo(idPrefix + "hello")) {
         takeHello(frame);
         return true;
     } else if (isGreeting && frame.refusal()) {

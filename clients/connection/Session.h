@@ -99,14 +99,14 @@ private:
     WakeUp wakeUp;
     std::optional<Connection> connection;
     std::string path;
+    /// Of the ids of messages, the hello's included.
+    const std::string idPrefix;
     int lastMessageId = 0;
     std::int64_t newestTimestamp = 0;
     bool hasAnswered = false;
 
     /// A hello has no answer yet.
     bool isGreeting = false;
-    /// The same on each connection.
-    const std::string helloId;
     bool helloResumes = false;
     Connection::Deadline helloDeadline;
     std::string version;

@@ -1,7 +1,6 @@
 #include <CLI/CLI.hpp>
 
 #include "Service.h"
-#include "Version.h"
 
 namespace {
 
@@ -19,7 +18,7 @@ void run(int argumentCount, const char* const* arguments) {
     SettingsDbus::Options options;
     CLI::App app(description, "settings-dbus");
     app.footer(examples);
-    SettingsBridge::addOptions(app, options, SettingsDbus::versionText());
+    SettingsBridge::addOptions(app, options);
     app.add_flag("--session", options.session, "Serve on the session bus, for development; default: the system bus");
     SettingsBridge::parse(app, argumentCount, arguments);
     SettingsDbus::serve(options);

@@ -4,14 +4,14 @@
 #include <cstdlib>
 #include <fstream>
 #include <random>
+#include <regex>
 #include <stdexcept>
+#include <utility>
 
 #include <CLI/CLI.hpp>
 #include <sys/stat.h>
 #include <systemd/sd-id128.h>
 #include <unistd.h>
-
-#include "Version.h"
 
 namespace SettingsMqtt {
 
@@ -42,20 +42,17 @@ std::string idOfMachine() {
     return sd_id128_to_string(id, text.data());
 }
 
-std::string folderFrom(const char* variable) {
-    const char* const value = std::getenv(variable);
-    return value != nullptr && value[0] == '/' ? value : "";
-}
-
 /// Empty when the environment names no folder.
 std::string defaultStateFolder() {
-    const std::string state = folderFrom("XDG_STATE_HOME");
-    const std::string home = folderFrom("HOME");
-    std::string service = folderFrom("STATE_DIRECTORY");
-    if (!service.empty() || (state.empty() && home.empty())) {
-        return service;
+    for (const auto& [variable, below] : {std::pair{"STATE_DIRECTORY", ""},
+                                          {"XDG_STATE_HOME", "/settings-mqtt"},
+                                          {"HOME", "/.local/state/settings-mqtt"}}) {
+        const char* const value = std::getenv(variable);
+        if (value != nullptr && value[0] == '/') {
+            return std::string(value) + below;
+        }
     }
-    return (state.empty() ? home + "/.local/state" : state) + "/settings-mqtt";
+    return "";
 }
 
 std::string refuseTopicName(const std::string& name) {
@@ -68,18 +65,14 @@ std::string refuseId(const std::string& name) {
 
 /// HOST, HOST:PORT, [ADDRESS] or [ADDRESS]:PORT. Errors: `CommandLineEnd`.
 void readAddress(const std::string& text, MosquittoOptions& broker) {
-    const auto end = text.front() == '[' ? text.find(']') : text.find(':');
-    const bool isBracketed = text.front() == '[' && end != std::string::npos;
-    broker.address = isBracketed ? text.substr(1, end - 1) : text.substr(0, end);
-    broker.port = broker.ca.empty() ? 1883 : 8883;
-    const std::string rest = end == std::string::npos ? "" : text.substr(isBracketed ? end + 1 : end);
-    if (!rest.empty()) {
-        const std::string digits = rest.substr(1);
-        const bool isNumber =
-            !digits.empty() && digits.size() <= 5 && digits.find_first_not_of("0123456789") == std::string::npos;
-        broker.port = rest.front() == ':' && isNumber ? std::stoi(digits) : 0;
+    static const std::regex form(R"((?:\[([^\]]+)\]|([^:]+))(?::([0-9]{1,5}))?)");
+    std::smatch parts;
+    const bool isAddress = std::regex_match(text, parts, form);
+    if (isAddress) {
+        broker.address = parts[1].matched ? parts[1] : parts[2];
+        broker.port = parts[3].matched ? std::stoi(parts[3]) : broker.ca.empty() ? 1883 : 8883;
     }
-    if (broker.address.empty() || broker.port < 1 || broker.port > 65535) {
+    if (!isAddress || broker.port < 1 || broker.port > 65535) {
         throw CommandLineEnd(2, "--broker: '" + text + "' is not HOST or HOST:PORT");
     }
 }
@@ -103,19 +96,11 @@ void readCredentials(const std::string& path, MosquittoOptions& broker) {
     }
 }
 
-double seconds(std::chrono::milliseconds time) {
-    return std::chrono::duration<double>(time).count();
-}
-
-std::chrono::milliseconds milliseconds(double seconds) {
-    return std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
-}
-
 class CommandLine {
 public:
     CommandLine() : app(description, "settings-mqtt") {
         app.footer(examples);
-        SettingsBridge::addOptions(app, options.common, versionText());
+        SettingsBridge::addOptions(app, options.common);
         addBroker();
         addDevice();
         app.set_config("--config", "", "Read options from FILE, lines such as group=[\"lobby\"]")->type_name("FILE");
@@ -124,24 +109,17 @@ public:
     Options parse(int argumentCount, const char* const* arguments) {
         SettingsBridge::parse(app, argumentCount, arguments);
         readAddress(address, options.broker);
-        if (options.broker.ca.empty() && !options.broker.certificate.empty()) {
-            throw CommandLineEnd(2, "--certificate requires --ca");
-        }
-        if (options.broker.certificate.empty() != options.broker.key.empty()) {
-            throw CommandLineEnd(2, "--certificate and --key require each other");
-        }
         if (options.stateFolder.empty()) {
             throw CommandLineEnd(2, "--state is required: neither XDG_STATE_HOME nor HOME names a folder");
         }
         if (!credentials.empty()) {
             readCredentials(credentials, options.broker);
         }
-        options.bridge.id = id.empty() ? idOfMachine() : id;
+        std::string& id = options.bridge.id;
+        id = id.empty() ? idOfMachine() : id;
         options.bridge.version = SETTINGS_HANDLER_VERSION;
-        options.broker.clientId = "settings-" + options.bridge.id;
-        options.broker.lastWill = Bridge::lastWill(options.bridge.id);
-        options.broker.firstPause = milliseconds(firstPause);
-        options.broker.longestPause = milliseconds(longestPause);
+        options.broker.clientId = "settings-" + id;
+        options.broker.lastWill = Topics(id).availability(false);
         options.broker.seed = std::random_device()();
         return options;
     }
@@ -150,26 +128,30 @@ private:
     void addBroker() {
         MosquittoOptions& broker = options.broker;
         app.add_option("--broker", address, "Address of the broker; the port is 1883, or 8883 with --ca, unless given")
-            ->type_name("HOST:PORT")
-            ->check([](const std::string& text) { return text.empty() ? "the address is empty" : ""; });
+            ->type_name("HOST:PORT");
         app.add_option("--protocol", broker.protocol, "Version of MQTT")->check(CLI::IsMember({"5", "3.1.1"}));
-        addFile("--ca", broker.ca, "Use TLS; certificates (PEM) of the authorities that the broker's must come from");
-        addFile("--certificate", broker.certificate, "Certificate (PEM) that identifies this device");
-        addFile("--key", broker.key, "Key (PEM) of --certificate");
+        auto* const ca = addFile("--ca", broker.ca,
+                                 "Use TLS; certificates (PEM) of the authorities that the broker's must come from");
+        auto* const certificate =
+            addFile("--certificate", broker.certificate, "Certificate (PEM) that identifies this device");
+        auto* const key = addFile("--key", broker.key, "Key (PEM) of --certificate");
+        certificate->needs(key);
+        key->needs(certificate, ca);
         addFile("--credentials", credentials, "User and password, a line each; not readable by others");
         app.add_option("--keepalive", broker.keepalive,
                        "Seconds without a message after which the connection is checked")
             ->check(CLI::Range(5, 3600));
-        app.add_option("--first-pause", firstPause,
+        app.add_option("--first-pause", broker.firstPause,
                        "Longest first pause in seconds before connecting again; more for many devices")
             ->check(CLI::Range(0.1, 86400.0));
-        app.add_option("--longest-pause", longestPause, "Longest pause in seconds between attempts to connect")
+        app.add_option("--longest-pause", broker.longestPause, "Longest pause in seconds between attempts to connect")
             ->check(CLI::Range(0.1, 86400.0));
     }
 
     void addDevice() {
         options.stateFolder = defaultStateFolder();
-        app.add_option("--id", id, "Name of this device in topics; default: made from the machine id")->check(refuseId);
+        app.add_option("--id", options.bridge.id, "Name of this device in topics; default: made from the machine id")
+            ->check(refuseId);
         addMany("--group", options.bridge.groups, "NAME", "Take commands for this group; may be repeated")
             ->check(refuseTopicName);
         addMany("--include", options.bridge.included, "KEY", "Offer a personal setting, too; may be repeated");
@@ -186,16 +168,13 @@ private:
             ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     }
 
-    void addFile(const std::string& name, std::string& path, const std::string& help) {
-        app.add_option(name, path, help)->type_name("FILE");
+    CLI::Option* addFile(const std::string& name, std::string& path, const std::string& help) {
+        return app.add_option(name, path, help)->type_name("FILE");
     }
 
     Options options;
     std::string address = options.broker.address;
-    std::string id;
     std::string credentials;
-    double firstPause = seconds(options.broker.firstPause);
-    double longestPause = seconds(options.broker.longestPause);
     CLI::App app;
 };
 

@@ -1,23 +1,22 @@
 #pragma once
 
-#include <functional>
 #include <string>
 
+#include "Connections.h"
 #include "Versions.h"
 
 namespace SettingsMqtt {
 
-/// The records in a file, which is replaced as a whole: after a power cut it is the old or the new one.
-class VersionFile : public VersionStore {
+/// Records in a file, which is replaced as a whole: after a power cut it is the old or the new one.
+class VersionFile {
 public:
-    using Log = std::function<void(int level, const std::string& text)>;
-
     /// Creates the folder if it is missing, for its user alone. Errors: `std::runtime_error`.
     VersionFile(std::string stateFolder, Log logger);
 
     /// Nothing from a file that is none of these.
-    VersionRecords load() override;
-    void store(const VersionRecords& records) override;
+    VersionRecords load() const;
+    /// Errors are logged, not thrown: the bridge goes on with what it has in memory.
+    void store(const VersionRecords& records) const;
 
 private:
     const std::string folder;

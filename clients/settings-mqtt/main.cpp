@@ -1,28 +1,23 @@
 #include <chrono>
-#include <cstdint>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
-#include <utility>
-#include <vector>
 
-#include "Bridge.h"
 #include "Options.h"
 #include "SettingsClient/Client.h"
 #include "VersionFile.h"
 #include "bridge/Log.h"
-#include "bridge/Loop.h"
 #include "bridge/StatusFile.h"
-#include "mosquitto/MosquittoBroker.h"
 
 namespace SettingsMqtt {
 
 namespace {
 
+using SettingsClient::Client;
+
 class ClientHost : public Host {
 public:
-    explicit ClientHost(SettingsClient::Client& settingsClient) : client(settingsClient) {}
+    explicit ClientHost(Client& settingsClient) : client(settingsClient) {}
 
     std::vector<SettingsClient::Setting> catalogue() override { return client.catalogue(); }
     std::map<std::string, std::string> get(const std::vector<std::string>& keys) override { return client.get(keys); }
@@ -32,7 +27,7 @@ public:
     }
 
 private:
-    SettingsClient::Client& client;
+    Client& client;
 };
 
 /// Each time takes two flushes of the disk.
@@ -41,12 +36,12 @@ constexpr std::chrono::seconds savingPause{10};
 /// What is done before each wait.
 class Upkeep : public SettingsBridge::Source {
 public:
-    Upkeep(Bridge& served, const SettingsClient::Client& host, const MosquittoBroker& connection,
-           const std::string& version)
-        : bridge(served), client(host), broker(connection), status("settings-mqtt", version) {}
+    Upkeep(Versions& ofDesiredValues, const VersionFile& theirFile, const Client& host,
+           const MosquittoBroker& connection)
+        : versions(ofDesiredValues), file(theirFile), client(host), broker(connection) {}
 
     Wanted wanted() override {
-        const auto unsaved = bridge.unsaved();
+        const auto unsaved = versions.unsaved();
         if (unsaved == Versions::Unsaved::VERSIONS) {
             process(0);
         } else if (unsaved == Versions::Unsaved::VALUES && !saving) {
@@ -59,69 +54,55 @@ public:
         return {-1, 0, saving};
     }
     void process(short /*events*/) override {
-        bridge.save();
         saving.reset();
+        if (versions.unsaved() != Versions::Unsaved::NOTHING) {
+            file.store(versions.save());
+        }
     }
 
 private:
-    Bridge& bridge;
-    const SettingsClient::Client& client;
+    Versions& versions;
+    const VersionFile& file;
+    const Client& client;
     const MosquittoBroker& broker;
     std::optional<Time> saving;
-    SettingsBridge::StatusFile status;
+    SettingsBridge::StatusFile status{"settings-mqtt", SETTINGS_HANDLER_VERSION};
 };
 
-/// The client connects again by itself and then calls `onConnected`; other errors than a lost connection end the
-/// program.
-template <typename Action>
-void unlessLost(const Action& action) {
-    try {
-        action();
-    } catch (const SettingsClient::ConnectionError&) {
-        // `onDisconnected` is told.
-    }
-}
-
-void observe(SettingsClient::Client& client, const std::shared_ptr<Bridge>& bridge, MosquittoBroker& broker,
-             const SettingsBridge::Log& log) {
-    client.onEvent([&](const SettingsClient::Event& event) { bridge->changed(event); });
-    client.onReread([&](const SettingsClient::Reread& reread) { unlessLost([&] { bridge->reread(reread.keys); }); });
+void observe(Client& client, Bridge& bridge, MosquittoBroker& broker, const SettingsBridge::Log& log) {
+    client.onEvent([&](const auto& event) { bridge.changed(event); });
+    client.onReread([&](const auto& reread) { bridge.reread(reread.keys); });
     client.onConnected([&] {
-        unlessLost([&] {
-            bridge->hostConnected();
-            broker.listen(bridge);
-            log.write(SettingsBridge::LogLevel::INFORMATION, "connected to the host");
-        });
+        bridge.hostConnected();
+        broker.listen(bridge);
+        log(1, "connected to the host");
     });
     client.onDisconnected([&](const std::string& reason) {
-        bridge->hostLost();
-        log.write(SettingsBridge::LogLevel::WARNING, "cannot reach the host: " + reason);
+        bridge.hostLost();
+        log(2, "cannot reach the host: " + reason);
     });
 }
 
 void run(Options options) {
     const SettingsBridge::Log log(options.common.logLevel);
-    const auto write = [&log](int level, const std::string& text) {
-        log.write(static_cast<SettingsBridge::LogLevel>(level), text);
-    };
-    options.bridge.log = write;
-    options.broker.log = write;
-    SettingsClient::Client client({options.bridge.client, SettingsBridge::socketsOf(options.common)});
+    options.bridge.log = options.broker.log = log;
+    const VersionFile file(options.stateFolder, log);
+    const auto versions = std::make_shared<Versions>(file.load());
+    Client client({options.bridge.client, SettingsBridge::socketsOf(options.common)});
     const auto broker = std::make_shared<MosquittoBroker>(options.broker);
-    const auto bridge = std::make_shared<Bridge>(options.bridge, broker, std::make_shared<ClientHost>(client),
-                                                 std::make_shared<VersionFile>(options.stateFolder, write));
+    Bridge bridge(options.bridge, broker, std::make_shared<ClientHost>(client), versions);
     observe(client, bridge, *broker, log);
     SettingsBridge::HostSource host(client);
-    Upkeep upkeep(*bridge, client, *broker, options.bridge.version);
+    Upkeep upkeep(*versions, file, client, *broker);
     SettingsBridge::Loop loop;
     loop.add(upkeep);
     loop.add(host);
     loop.add(*broker);
-    log.write(SettingsBridge::LogLevel::INFORMATION, "this device is settings/" + options.bridge.id);
+    log(1, "this device is settings/" + options.bridge.id);
     loop.run("waiting for the host");
-    bridge->stop();
+    bridge.hostLost();
     broker->disconnect();
-    bridge->save();
+    upkeep.process(0);
 }
 
 }  // namespace

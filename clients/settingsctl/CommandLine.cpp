@@ -127,6 +127,7 @@ ExitStatus parseAndRun(int argumentCount, const char* const* arguments) {
     app.failure_message(usageMessage);
     addOptions(app, invocation);
     addSettingsVerbs(app, invocation);
+    addScenarioVerbs(app, invocation);
     addDeviceVerbs(app, invocation);
     const std::vector<std::string> words(arguments + 1, arguments + argumentCount);
     if (!words.empty() && words.front() == "complete") {

@@ -1,12 +1,8 @@
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
-#include <iostream>
 #include <iterator>
 #include <map>
 
+#include "Files.h"
 #include "Keys.h"
 #include "Results.h"
 #include "SettingsClient/Client.h"
@@ -21,26 +17,6 @@ namespace {
 
 using SettingsClient::Answer;
 using SettingsClient::Assignment;
-
-/// Errors: `Failure` (WRONG_USAGE).
-std::string contentsOf(const std::string& file) {
-    std::ifstream opened;
-    errno = 0;
-    if (file != "-") {
-        opened.open(file);
-    }
-    std::istream& stream = file == "-" ? std::cin : opened;
-    std::string text;
-    std::array<char, 65536> bytes{};
-    do {
-        stream.read(bytes.data(), bytes.size());
-        text.append(bytes.data(), static_cast<std::size_t>(stream.gcount()));
-    } while (stream);
-    if (!stream.eof()) {
-        throw Failure(WRONG_USAGE, "cannot read '" + file + "': " + std::strerror(errno));
-    }
-    return text;
-}
 
 /// Errors: `Failure` (REFUSED).
 rapidjson::Document objectIn(const std::string& file) {

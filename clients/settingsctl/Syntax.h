@@ -33,6 +33,8 @@ struct Invocation {
     bool dryRun = false;
     std::optional<std::string> optionalValue;
     bool withValues = false;
+    std::string speed = "1";
+    bool startsHost = false;
     std::function<ExitStatus()> run;
 };
 
@@ -53,6 +55,7 @@ void addKeyAndValue(CLI::App& verb, Invocation& invocation);
 
 void addSetVerb(CLI::App& app, Invocation& invocation);
 void addSettingsVerbs(CLI::App& app, Invocation& invocation);
+void addScenarioVerbs(CLI::App& app, Invocation& invocation);
 void addDeviceVerbs(CLI::App& app, Invocation& invocation);
 
 }  // namespace SettingsCtl

@@ -51,6 +51,12 @@ ExitStatus dump(const Context& context);
 /// Sets what the file says, "-" for standard input; only prints what would change if `dryRun`.
 ExitStatus load(const Context& context, const std::string& file, bool dryRun);
 
+/// Writes what passes at all sockets of the host as a scenario, "-" for standard output. Returns after SIGINT or
+/// SIGTERM. `withValues`: personal values, too. Errors: the file holds all that passed before.
+ExitStatus record(const Context& context, const std::string& file, bool withValues);
+/// Plays a scenario and compares what comes with it. `speed` divides its pauses; 0: there are none.
+ExitStatus replay(const Context& context, const std::string& file, double speed, bool startsHost);
+
 /// Prints the address of the settings pages, including its key, which is replaced first if `newKey`.
 ExitStatus page(const Context& context, bool newKey);
 ExitStatus backUp(const Context& context);

@@ -1,38 +1,16 @@
 #include <cerrno>
-#include <csignal>
 #include <string>
 #include <vector>
 
 #include <poll.h>
-#include <sys/signalfd.h>
 #include <unistd.h>
 
+#include "Interruption.h"
 #include "Verbs.h"
 
 namespace SettingsCtl {
 
 namespace {
-
-/// SIGINT and SIGTERM as a descriptor to poll.
-class Interruption {
-public:
-    Interruption() {
-        sigset_t signals;
-        sigemptyset(&signals);
-        sigaddset(&signals, SIGINT);
-        sigaddset(&signals, SIGTERM);
-        ::sigprocmask(SIG_BLOCK, &signals, nullptr);
-        number = ::signalfd(-1, &signals, SFD_CLOEXEC);
-    }
-    ~Interruption() { ::close(number); }
-    Interruption(const Interruption&) = delete;
-    Interruption& operator=(const Interruption&) = delete;
-
-    int descriptor() const { return number; }
-
-private:
-    int number;
-};
 
 void printChange(const Context& context, const SettingsClient::Event& event) {
     printLine(context.style,

@@ -1,6 +1,7 @@
 #include "model/Json.h"
 
 #include <algorithm>
+#include <array>
 
 #include "Utils/Rapidjson.h"
 #include "model/Utf8.h"
@@ -65,14 +66,26 @@ bool isWellFormedValue(const Value& value) {
 
 class Envelope::Tree {
 public:
-    explicit Tree(const std::string& json) : valid(!root.Parse(json.c_str()).HasParseError()) {}
+    explicit Tree(const std::string& json)
+        : values(valueMemory.data(), valueMemory.size()),
+          stack(stackMemory.data(), stackMemory.size()),
+          root(&values, stackMemory.size() / 2, &stack),
+          valid(!root.Parse(json.c_str()).HasParseError()) {}
 
     const Value* payload() const {
         const Value* const member = memberOf(root, "payload");
         return member != nullptr && member->IsObject() ? member : nullptr;
     }
 
-    rapidjson::Document root;
+    /// Enough for most texts, which are parsed without another allocation so.
+    /// @{
+    alignas(8) std::array<char, 2048> valueMemory;
+    alignas(8) std::array<char, 1024> stackMemory;
+    rapidjson::MemoryPoolAllocator<> values;
+    rapidjson::MemoryPoolAllocator<> stack;
+    /// @}
+    rapidjson::GenericDocument<rapidjson::UTF8<>, rapidjson::MemoryPoolAllocator<>, rapidjson::MemoryPoolAllocator<>>
+        root;
     bool valid;
 };
 

@@ -8,8 +8,12 @@ namespace SettingsHandlerFuzz {
 
 namespace {
 
+bool startsWith(const std::string& entry, std::string_view beginning) {
+    return entry.compare(0, beginning.size(), beginning) == 0;
+}
+
 bool isOfObserver(const std::string& entry) {
-    return entry.rfind("observer", 0) == 0;
+    return startsWith(entry, "observer");
 }
 
 void sortObservers(Entries& entries) {
@@ -25,18 +29,7 @@ std::string entryAt(const Entries& entries, std::size_t index) {
     return index < entries.size() ? entries[index] : "(none)";
 }
 
-}  // namespace
-
-void check(bool holds, const std::string& what) {
-    if (!holds) {
-        std::fprintf(stderr, "does not hold: %s\n", what.c_str());
-        std::abort();
-    }
-}
-
-void checkSame(Entries actual, Entries expected, const std::string& what) {
-    sortObservers(actual);
-    sortObservers(expected);
+void checkSameSorted(const Entries& actual, const Entries& expected, std::string_view what, std::string_view detail) {
     if (actual == expected) {
         return;
     }
@@ -47,14 +40,35 @@ void checkSame(Entries actual, Entries expected, const std::string& what) {
     }
     std::fprintf(stderr, "  entry %zu: %s\n  expected: %s\n", index, entryAt(actual, index).c_str(),
                  entryAt(expected, index).c_str());
-    check(false, what);
+    fail(what, detail);
 }
 
-bool hasEntry(const Entries& entries, const std::vector<std::string>& beginnings) {
-    return std::any_of(entries.begin(), entries.end(), [&](const std::string& entry) {
-        return std::any_of(beginnings.begin(), beginnings.end(),
-                           [&](const std::string& beginning) { return entry.rfind(beginning, 0) == 0; });
-    });
+}  // namespace
+
+void fail(std::string_view what, std::string_view detail) {
+    std::fprintf(stderr, "does not hold: %.*s%.*s\n", static_cast<int>(what.size()), what.data(),
+                 static_cast<int>(detail.size()), detail.data());
+    std::abort();
+}
+
+void checkSame(const Entries& actual, const Entries& expected, std::string_view what, std::string_view detail) {
+    if (actual != expected) {
+        Entries sortedActual = actual;
+        Entries sortedExpected = expected;
+        sortObservers(sortedActual);
+        sortObservers(sortedExpected);
+        checkSameSorted(sortedActual, sortedExpected, what, detail);
+    }
+}
+
+bool startsWithOneOf(const std::string& entry, std::initializer_list<std::string_view> beginnings) {
+    return std::any_of(beginnings.begin(), beginnings.end(),
+                       [&](std::string_view beginning) { return startsWith(entry, beginning); });
+}
+
+bool hasEntry(const Entries& entries, std::initializer_list<std::string_view> beginnings) {
+    return std::any_of(entries.begin(), entries.end(),
+                       [&](const std::string& entry) { return startsWithOneOf(entry, beginnings); });
 }
 
 }  // namespace SettingsHandlerFuzz

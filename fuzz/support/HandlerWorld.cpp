@@ -9,24 +9,44 @@ namespace SettingsHandlerFuzz {
 
 namespace {
 
+using Values = std::map<std::string, std::string>;
+
 /// One entry for each value, to be compared like a journal.
-std::vector<std::string> linesOf(const std::map<std::string, std::string>& values) {
-    std::vector<std::string> lines;
+Entries linesOf(const Values& values) {
+    Entries lines;
     for (const auto& [key, value] : values) {
         lines.push_back(key + " = " + value);
     }
     return lines;
 }
 
+void checkSameValues(const Values& actual, const Values& expected, std::string_view what, std::string_view detail) {
+    if (actual != expected) {
+        checkSame(linesOf(actual), linesOf(expected), what, detail);
+    }
+}
+
 }  // namespace
 
-HandlerWorld::HandlerWorld(const Surroundings& around) : model(keysInTableOrder()) {
-    handler = SettingsHandlerKit::CheckedSettingsHandler::create(
-        transport, storage, std::make_shared<SettingsHandlerTesting::FakeMetrics>(journal), sdk,
-        std::make_shared<SettingsHandlerTesting::FakeAppLaunch>(journal), device);
+HandlerWorld::HandlerWorld(Recorder& recorder, const Surroundings& around)
+    : journal(recorder.journal), model(keysInTableOrder()) {
+    handler = std::make_shared<QuickHandler>(transport, storage,
+                                             std::make_shared<SettingsHandlerTesting::FakeMetrics>(journal), sdk,
+                                             std::make_shared<SettingsHandlerTesting::FakeAppLaunch>(journal), device);
     journal.take();
     surround(around);
-    makeObservers();
+}
+
+void HandlerWorld::start(const Start* known) {
+    if (known != nullptr) {
+        handler->initializeWith(known->values);
+        journal.take();
+        model = known->model;
+        return;
+    }
+    initialValues = handler->initializeAndTell();
+    model.initializeSettings();
+    expectSame("the start");
 }
 
 void HandlerWorld::makeObservers() {
@@ -51,23 +71,30 @@ void HandlerWorld::surround(const Surroundings& around) {
     SettingsHandlerFuzz::surround(storage, *sdk, *device, around);
 }
 
-void HandlerWorld::expectSame(const std::string& after) {
+/// Takes the journal to be compared.
+void HandlerWorld::take() {
     compared = journal.take();
-    checkSame(compared, model.take(), "the journal of " + after);
-    checkSame(linesOf(storage.values), linesOf(model.around.stored), "the stored values after " + after);
-    checkSame(sdk->locales, model.around.locales, "the locales after " + after);
-    check(sdk->timezone == model.around.timezone, "the time zone after " + after);
+    if (record != nullptr) {
+        record->insert(record->end(), compared.begin(), compared.end());
+    }
+}
+
+void HandlerWorld::expectSame(std::string_view after) {
+    take();
+    checkSame(compared, model.take(), "the journal of ", after);
+    checkSameValues(storage.values, model.around.stored, "the stored values after ", after);
+    checkSame(sdk->locales, model.around.locales, "the locales after ", after);
+    check(sdk->timezone == model.around.timezone, "the time zone after ", after);
 }
 
 void HandlerWorld::expectRejection(const std::string& line) {
-    checkSame(journal.take(), {"log 3 " + SettingsHandlerKit::programName() + ":" + line},
-              "the journal of a rejection");
+    take();
+    checkSame(compared, {"log 3 " + SettingsHandlerKit::programName() + ":" + line}, "the journal of a rejection");
     check(handler->outcome().rejected, "the outcome of a rejection");
 }
 
-void HandlerWorld::expectSameCache(const std::string& after) {
-    checkSame(linesOf(handler->getCurrentSettingsMap()), linesOf(model.getCurrentSettingsMap()),
-              "the cache after " + after);
+void HandlerWorld::expectSameCache(std::string_view after) {
+    checkSameValues(handler->getCurrentSettingsMap(), model.getCurrentSettingsMap(), "the cache after ", after);
     expectSame("reading the cache");
 }
 

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "SettingsHandlerKit/Client.h"
 #include "SettingsHandlerKit/TrafficObserver.h"
 #include "SettingsHandlerTesting/Journal.h"
+#include "model/Json.h"
 
 namespace SettingsHandlerFuzz {
 
@@ -18,7 +20,10 @@ public:
     LogToJournal& operator=(const LogToJournal&) = delete;
 };
 
-/// A client that keeps the frames it gets. Each must be one JSON object on one line, in valid UTF-8.
+/// Checks that a frame is one JSON object on one line, in valid UTF-8. `json` is the parsed `frame`.
+void checkFrame(const Envelope& json, const std::string& frame);
+
+/// A client that keeps the frames it gets.
 class FrameCollector : public SettingsHandlerKit::Client {
 public:
     explicit FrameCollector(SettingsHandlerKit::Origin ownOrigin, SettingsHandlerKit::ListenerKind ownListener =
@@ -29,12 +34,15 @@ public:
     SettingsHandlerKit::Origin origin() const override { return clientOrigin; }
     SettingsHandlerKit::ListenerKind listenerKind() const override { return clientListener; }
 
+    /// Removes and returns the frames, checked.
     std::vector<std::string> take();
+    /// Without a check.
+    std::vector<std::shared_ptr<const std::string>> takeUnchecked();
 
 private:
     SettingsHandlerKit::Origin clientOrigin;
     SettingsHandlerKit::ListenerKind clientListener;
-    std::vector<std::string> frames;
+    std::vector<std::shared_ptr<const std::string>> frames;
 };
 
 /// Records the notifications of frames and requests.

@@ -1,8 +1,10 @@
 #include "support/HubWorld.h"
 
 #include <algorithm>
+#include <chrono>
 #include <iterator>
 #include <stdexcept>
+#include <string_view>
 
 #include "SettingsHandlerKit/Logging.h"
 #include "model/Json.h"
@@ -19,9 +21,8 @@ using SettingsHandlerKit::ListenerKind;
 using SettingsHandlerKit::Origin;
 
 /// Is it an event or a notice?
-bool isForAll(const std::string& frame) {
-    const Envelope json(frame);
-    return json.integer("type") == 25 || json.has("notice");
+bool isForAll(const Envelope& frame) {
+    return frame.integer("type") == 25 || frame.has("notice");
 }
 
 std::string entryOfEvent(const Envelope& frame, const std::string& origin) {
@@ -49,8 +50,7 @@ std::string entryOfAnswer(const std::string& type, const std::string& messageId,
 }
 
 /// A frame as an entry of the model.
-std::string entryOf(const std::string& text, const std::string& origin) {
-    const Envelope frame(text);
+std::string entryOf(const Envelope& frame, const std::string& text, const std::string& origin) {
     const std::string type = frame.compact("type");
     const std::string messageId = frame.text("messageId").value_or("(none)");
     if (frame.has("error")) {
@@ -76,19 +76,32 @@ std::string entryOf(const std::string& text, const std::string& origin) {
     return type.empty() ? "query " + text : entryOfAnswer(type, messageId, frame.compact("payload"));
 }
 
-Entries startingWith(const std::string& beginning, const Entries& lines) {
-    Entries found;
-    std::copy_if(lines.begin(), lines.end(), std::back_inserter(found),
-                 [&](const std::string& line) { return line.rfind(beginning, 0) == 0; });
-    return found;
+/// Moves the lines that start so out of `lines`.
+Entries takeStartingWith(std::string_view beginning, Entries& lines) {
+    const auto found = std::stable_partition(
+        lines.begin(), lines.end(), [&](const std::string& line) { return !startsWithOneOf(line, {beginning}); });
+    Entries taken(std::make_move_iterator(found), std::make_move_iterator(lines.end()));
+    lines.erase(found, lines.end());
+    return taken;
 }
 
-/// Random bytes are 0.
+Entries textsOf(const std::vector<std::shared_ptr<const std::string>>& frames) {
+    Entries texts;
+    for (const auto& frame : frames) {
+        texts.push_back(*frame);
+    }
+    return texts;
+}
+
+/// Random bytes are 0, and it is always the same time.
 Environment predictable() {
     Environment environment;
+    environment.now = [] { return std::chrono::system_clock::time_point(std::chrono::hours(500000)); };
     environment.random = [](std::size_t size) { return std::string(size, '\0'); };
     return environment;
 }
+
+constexpr std::string_view receivedLine = "received ";
 
 }  // namespace
 
@@ -124,19 +137,22 @@ void FakeTransactions::restore(const std::set<std::string>& /*changed*/) {
     handler.lock()->initializeSettings();
 }
 
-HubWorld::HubWorld(const Surroundings& around, ListenerKind listenerOfRequester, bool storesBatches)
-    : transactions(std::make_shared<FakeTransactions>(storesBatches, storage, sdk)),
+HubWorld::HubWorld(Recorder& itsRecorder, const Surroundings& around, const Host& host, const Start* known)
+    : recorder(itsRecorder),
+      transactions(std::make_shared<FakeTransactions>(host.storesBatches, storage, sdk)),
       hub(std::make_shared<SettingsHandlerKit::MessageHub>(
           traffic, std::make_shared<SettingsHandlerKit::RequestContext>(),
           std::make_shared<SettingsHandlerKit::Backlog>(), predictable())),
-      requester(std::make_shared<FrameCollector>(Origin::SOCKET, listenerOfRequester)),
+      requester(std::make_shared<FrameCollector>(Origin::SOCKET, host.listenerOfRequester)),
       other(std::make_shared<FrameCollector>(Origin::PAGE)),
-      handler(SettingsHandlerKit::CheckedSettingsHandler::create(
-          hub, storage, std::make_shared<SettingsHandlerTesting::FakeMetrics>(journal), sdk,
-          std::make_shared<SettingsHandlerTesting::FakeAppLaunch>(journal), device)),
-      model(around,
-            {listenerOfRequester == ListenerKind::UNIX_SOCKET, SettingsHandlerKit::programName(), storesBatches},
-            keysInTableOrder()) {
+      handler(std::make_shared<QuickHandler>(hub, storage,
+                                             std::make_shared<SettingsHandlerTesting::FakeMetrics>(journal), sdk,
+                                             std::make_shared<SettingsHandlerTesting::FakeAppLaunch>(journal), device)),
+      model(known != nullptr ? known->model
+                             : WireModel(around,
+                                         {host.listenerOfRequester == ListenerKind::UNIX_SOCKET,
+                                          SettingsHandlerKit::programName(), host.storesBatches},
+                                         keysInTableOrder())) {
     surround(storage, *sdk, *device, around);
     hub->connected(requester);
     hub->connected(other);
@@ -144,7 +160,11 @@ HubWorld::HubWorld(const Surroundings& around, ListenerKind listenerOfRequester,
     hub->administer(administration);
     hub->use(transactions);
     transactions->handler = handler;
-    handler->initializeSettings();
+    if (known != nullptr) {
+        handler->initializeWith(known->values);
+    } else {
+        initialValues = handler->initializeAndTell();
+    }
     journal.take();
 }
 
@@ -156,38 +176,46 @@ void HubWorld::refuseTooLarge() {
 void HubWorld::receive(const std::string& frame) {
     hub->received(requester, frame);
     Entries lines = traffic->take();
-    check(!lines.empty() && lines.front() == "received " + frame, "a frame is reported first");
-    lines.erase(lines.begin());
-    expect(model.receive(frame), lines);
+    check(!lines.empty() && lines.front().size() == receivedLine.size() + frame.size() &&
+              startsWithOneOf(lines.front(), {receivedLine}) &&
+              lines.front().compare(receivedLine.size(), std::string::npos, frame) == 0,
+          "a frame is reported first");
+    expect(model.receive(frame), std::move(lines));
 }
 
-void HubWorld::expect(const WireModel::Reaction& expected, const Entries& lines) {
-    checkSame(journal.take(), expected.journal, "the journal of a frame");
-    const Entries frames = requester->take();
+void HubWorld::expect(WireModel::Reaction expected, Entries lines) {
+    const Entries entriesOfJournal = journal.take();
+    checkSame(entriesOfJournal, expected.journal, "the journal of a frame");
     Entries entries;
     Entries forAll;
     Entries sent;
-    for (const auto& text : frames) {
-        entries.push_back(entryOf(text, "socket"));
-        const bool isNew = isForAll(text) && entries.size() > expected.resent;
+    for (const auto& text : textsOf(requester->takeUnchecked())) {
+        const Envelope frame(text);
+        checkFrame(frame, text);
+        entries.push_back(entryOf(frame, text, "socket"));
+        const bool isNew = isForAll(frame) && entries.size() > expected.resent;
         if (isNew) {
             forAll.push_back(text);
+            if (!frame.has("notice")) {
+                model.sent(text);
+            }
         }
         // The key of the pages is not told to those who observe the traffic.
-        if (!Envelope(text).has("page")) {
+        if (!frame.has("page")) {
             sent.push_back((isNew ? "sent to all " : "sent to one ") + text);
         }
     }
     checkSame(entries, expected.frames, "the frames for the client");
-    checkSame(other->take(), forAll, "other clients get the events and notices only");
-    checkSame(startingWith("sent ", lines), sent, "the report of frames");
-    for (const std::string kind : {"handled ", "refused "}) {
-        checkSame(startingWith(kind, lines), startingWith(kind, expected.reports), "the report of what was " + kind);
+    // They are the frames that were checked above.
+    checkSame(textsOf(other->takeUnchecked()), forAll, "other clients get the events and notices only");
+    checkSame(takeStartingWith("sent ", lines), sent, "the report of frames");
+    for (const std::string_view kind : {"handled ", "refused "}) {
+        checkSame(takeStartingWith(kind, lines), takeStartingWith(kind, expected.reports), "the report of what was ",
+                  kind);
     }
-    for (const auto& text : forAll) {
-        if (!Envelope(text).has("notice")) {
-            model.sent(text);
-        }
+    if (record != nullptr) {
+        record->insert(record->end(), entriesOfJournal.begin(), entriesOfJournal.end());
+        record->insert(record->end(), entries.begin(), entries.end());
     }
 }
 

@@ -16,7 +16,9 @@
 #include "server/protocol/Administration.h"
 #include "server/protocol/MessageHub.h"
 #include "server/protocol/Transactions.h"
+#include "support/Check.h"
 #include "support/HostSide.h"
+#include "support/QuickHandler.h"
 
 namespace SettingsHandlerFuzz {
 
@@ -58,7 +60,30 @@ private:
 /// The hub as the handler's transport, with two clients, beside the model.
 class HubWorld {
 public:
-    HubWorld(const Surroundings& around, SettingsHandlerKit::ListenerKind listenerOfRequester, bool storesBatches);
+    /// The journal of all worlds of the process. The one that is running has it for itself.
+    struct Recorder {
+        SettingsHandlerTesting::Journal journal;
+        LogToJournal log{journal};
+    };
+
+    struct Host {
+        SettingsHandlerKit::ListenerKind listenerOfRequester;
+        bool storesBatches;
+    };
+
+    /// What the initialisation led to.
+    struct Start {
+        QuickHandler::Values values;
+        WireModel model;
+    };
+
+    /// `recorder` outlives it. `known`: what another initialisation led to, or null.
+    HubWorld(Recorder& itsRecorder, const Surroundings& around, const Host& host, const Start* known);
+    /// What its own initialisation led to, before anything else.
+    Start startOf() const { return {initialValues, model}; }
+
+    /// Copies the journal and the frames from now on to `entries`.
+    void recordInto(Entries& entries) { record = &entries; }
 
     /// The requester sends a frame that is too large.
     void refuseTooLarge();
@@ -66,10 +91,12 @@ public:
     void receive(const std::string& frame);
 
 private:
-    void expect(const WireModel::Reaction& expected, const std::vector<std::string>& lines);
+    void expect(WireModel::Reaction expected, Entries lines);
 
-    SettingsHandlerTesting::Journal journal;
-    LogToJournal log{journal};
+    Recorder& recorder;
+    SettingsHandlerTesting::Journal& journal = recorder.journal;
+    Entries* record = nullptr;
+    QuickHandler::Values initialValues;
     SettingsHandlerTesting::FakeStorage storage{journal};
     std::shared_ptr<SettingsHandlerTesting::FakeSdkBridge> sdk =
         std::make_shared<SettingsHandlerTesting::FakeSdkBridge>(journal);
@@ -81,7 +108,7 @@ private:
     std::shared_ptr<SettingsHandlerKit::MessageHub> hub;
     std::shared_ptr<FrameCollector> requester;
     std::shared_ptr<FrameCollector> other;
-    std::shared_ptr<SettingsHandlerKit::CheckedSettingsHandler> handler;
+    std::shared_ptr<QuickHandler> handler;
     WireModel model;
 };
 

@@ -35,6 +35,7 @@ bool asksToResume(const std::string& frame) {
 struct ClientsWithFaults::Shared {
     std::shared_ptr<Faults> faults;
     Later later;
+    Cut cut;
 };
 
 class ClientsWithFaults::ClientWithFaults : public Client, public std::enable_shared_from_this<ClientWithFaults> {
@@ -61,6 +62,7 @@ public:
     void close() override {
         isCut = true;
         waiting.clear();
+        shared->cut(*this);
         real->close();
     }
 
@@ -102,8 +104,9 @@ private:
 };
 
 ClientsWithFaults::ClientsWithFaults(std::shared_ptr<SettingsHandlerKit::ClientListener> realServer,
-                                     std::shared_ptr<Faults> faults, Later later)
-    : server(std::move(realServer)), shared(std::make_shared<Shared>(Shared{std::move(faults), std::move(later)})) {
+                                     std::shared_ptr<Faults> faults, Later later, Cut cut)
+    : server(std::move(realServer)),
+      shared(std::make_shared<Shared>(Shared{std::move(faults), std::move(later), std::move(cut)})) {
     shared->faults->onChange(Fault::REPLIES_LATE, [this] { releaseAll(); });
 }
 

@@ -17,9 +17,12 @@ class ClientsWithFaults : public SettingsHandlerKit::ClientListener {
 public:
     /// Calls an action later, from the event loop.
     using Later = std::function<void(std::chrono::milliseconds, std::function<void()>)>;
+    /// Told when a client, as the server knows it, is cut.
+    using Cut = std::function<void(const SettingsHandlerKit::Client&)>;
 
-    ClientsWithFaults(std::shared_ptr<SettingsHandlerKit::ClientListener> server, std::shared_ptr<Faults> faults,
-                      Later later);
+    ClientsWithFaults(
+        std::shared_ptr<SettingsHandlerKit::ClientListener> server, std::shared_ptr<Faults> faults, Later later,
+        Cut cut = [](const SettingsHandlerKit::Client&) {});
     ~ClientsWithFaults() override;
 
     void connected(const std::shared_ptr<SettingsHandlerKit::Client>& client) override;

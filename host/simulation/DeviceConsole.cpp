@@ -107,8 +107,14 @@ std::string DeviceConsole::switchTrace(const std::shared_ptr<SettingsHandlerKit:
     if (enabled == request.MemberEnd() || !enabled->value.IsBool()) {
         return Wire::refusalFrame("bad-argument", R"("enabled" must be true or false)");
     }
+    const auto connections = request.FindMember("connections");
+    const bool isGiven = connections != request.MemberEnd();
+    if (isGiven && !connections->value.IsBool()) {
+        return Wire::refusalFrame("bad-argument", R"("connections" must be true or false)");
+    }
     if (enabled->value.GetBool()) {
-        trace->watch(client);
+        trace->watch(client,
+                     isGiven && connections->value.GetBool() ? MessageTrace::Ends::YES : MessageTrace::Ends::NO);
     } else {
         trace->unwatch(client);
     }

@@ -8,7 +8,8 @@
 namespace SettingsHost {
 
 std::shared_ptr<SettingsHandlerKit::Disk> makeDiskWithFaults(std::shared_ptr<const Faults> faults,
-                                                             std::function<void(std::chrono::milliseconds)> sleep) {
+                                                             std::function<void(std::chrono::milliseconds)> sleep,
+                                                             std::shared_ptr<SettingsHandlerKit::Disk> disk) {
     using Operation = SettingsHandlerKit::InterceptedDisk::Operation;
     const auto intercept = [on = std::move(faults), block = std::move(sleep)](Operation operation) -> std::error_code {
         if (on->isOn(Fault::STORAGE_SLOW) && operation == Operation::FLUSH) {
@@ -22,7 +23,7 @@ std::shared_ptr<SettingsHandlerKit::Disk> makeDiskWithFaults(std::shared_ptr<con
         }
         return {};
     };
-    return std::make_shared<SettingsHandlerKit::InterceptedDisk>(intercept);
+    return std::make_shared<SettingsHandlerKit::InterceptedDisk>(intercept, std::move(disk));
 }
 
 }  // namespace SettingsHost

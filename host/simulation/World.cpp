@@ -21,6 +21,7 @@ using SettingsHandlerKit::SettingOwner;
 
 constexpr int formatVersion = 1;
 constexpr const char* faultsMember = "faults";
+constexpr const char* legacyMember = "legacy";
 
 /// The member of the file that has the settings of an owner.
 const char* memberOf(SettingOwner owner) {
@@ -99,6 +100,18 @@ void readSetting(World& world, const std::string& path, const std::string& key, 
     world.values[key] = locales ? Utils::RapidjsonUtil::stringifyVector(*locales) : text;
 }
 
+/// Older software stored any text.
+void readLegacy(World& world, const std::string& path, const std::string& key, const rapidjson::Value& value) {
+    const auto type = SettingsHandler::settingTypeFromName(key);
+    if (type != SettingsHandler::ORLIA_LOCALE && type != SettingsHandler::TIMEZONE) {
+        fail(path, "is not a setting that is migrated");
+    }
+    if (!value.IsString() || value.GetStringLength() == 0) {
+        fail(path, "must be a string that is not empty");
+    }
+    world.legacy[key] = textOf(value);
+}
+
 void readFault(World& world, const std::string& path, const std::string& name, const rapidjson::Value& value) {
     const FaultDescription* const fault = findFault(name);
     if (fault == nullptr) {
@@ -132,6 +145,12 @@ void readMember(World& world, const std::string& path, const std::string& name, 
     if (name == faultsMember) {
         forEachMember(path, value, [&](const auto& place, const auto& fault, const auto& wanted) {
             readFault(world, place, fault, wanted);
+        });
+        return;
+    }
+    if (name == legacyMember) {
+        forEachMember(path, value, [&](const auto& place, const auto& key, const auto& stored) {
+            readLegacy(world, place, key, stored);
         });
         return;
     }
@@ -207,6 +226,9 @@ void storeWorld(const World& world, SettingsHandlerKit::Storage& storage, Settin
     bool isStored = true;
     for (const auto& [key, value] : world.values) {
         isStored = isStored && store(*SettingsHandlerKit::describeSetting(key), value, storage, state);
+    }
+    for (const auto& [key, value] : world.legacy) {
+        isStored = isStored && storage.setValue(key, value);
     }
     if (!isStored) {
         storage.rollBackTransaction();

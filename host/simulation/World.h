@@ -17,6 +17,8 @@ namespace SettingsHost {
 struct World {
     /// By key, as on the wire.
     std::map<std::string, std::string> values;
+    /// What older software left in the storage, by key. The handler migrates it at its start.
+    std::map<std::string, std::string> legacy;
     std::map<Fault, FaultValue> faults;
 };
 

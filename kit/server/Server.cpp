@@ -103,7 +103,9 @@ SandboxFolders Server::foldersInUse() const {
         folders.changed.push_back(folderOf(parts->storage->file()));
     }
     for (const auto& endpoint : parts->endpoints) {
-        folders.cleared.push_back(folderOf(endpoint.path));
+        if (!endpoint.path.empty()) {
+            folders.cleared.push_back(folderOf(endpoint.path));
+        }
     }
     return folders;
 }

@@ -39,12 +39,13 @@ PageFiles pagesIn(const ServerOptions& options) {
     return options.listen && !options.pagesFolder.empty() ? PageFiles(options.pagesFolder) : PageFiles();
 }
 
-std::unique_ptr<SocketFile> openSocket(const std::string& name, const std::string& path, PassedSockets& sockets) {
+std::unique_ptr<SocketFile> openSocket(const std::string& name, const std::optional<std::string>& path,
+                                       PassedSockets& sockets) {
     const bool isOwn = sockets.isOwn(name);
     if (auto passed = sockets.take(name)) {
         return std::make_unique<SocketFile>(std::move(*passed), isOwn);
     }
-    return std::make_unique<SocketFile>(path);
+    return path ? std::make_unique<SocketFile>(*path) : nullptr;
 }
 
 /// Nothing when the system does not say.
@@ -129,10 +130,10 @@ void Server::Parts::watch(Storage& watched) {
     backups.emplace(loop, *storage, options.backups);
 }
 
-void Server::Parts::addEndpoint(const std::string& name, const std::string& path, Origin origin,
+void Server::Parts::addEndpoint(const std::string& name, const std::optional<std::string>& path, Origin origin,
                                 ClientListener& clients) {
     auto socket = openSocket(name, path, options.sockets);
-    const std::string opened = socket->path();
+    const std::string opened = socket ? socket->path() : "";
     endpoints.push_back({name, origin, clients, opened, std::move(socket), nullptr});
 }
 
@@ -142,14 +143,17 @@ void Server::Parts::openListeners() {
                                                                  endpoint.clients, backlog);
     }
     if (webListener) {
+        webAddress = {webListener->address(), webListener->port()};
+    }
+    if (webAddress) {
         openWebServer();
     }
     health.setServing(true);
+    loop.keepOpen(true);
     phase = Phase::SERVING;
 }
 
 void Server::Parts::openWebServer() {
-    webAddress = {webListener->address(), webListener->port()};
     webKey = randomHex(keyBytes);
     const auto seconds = [now = options.environment.now] {
         return std::chrono::duration_cast<std::chrono::seconds>(now().time_since_epoch()).count();
@@ -195,7 +199,9 @@ std::string Server::Parts::pageAddress() const {
 }
 
 std::string Server::Parts::startText() const {
-    return (webAddress ? pageAddress() + " " : "") + "socket: " + endpoints.front().path;
+    const std::string& path = endpoints.front().path;
+    const std::string socket = path.empty() ? "" : "socket: " + path;
+    return pageAddress() + (webAddress && !path.empty() ? " " : "") + socket;
 }
 
 void Server::Parts::performPosted(const std::function<void()>& action) {

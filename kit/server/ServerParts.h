@@ -28,13 +28,13 @@
 
 namespace SettingsHandlerKit {
 
-/// A Unix socket and who is told of its clients.
+/// A Unix socket, if it has one, and who is told of its clients.
 struct OpenEndpoint {
     std::string name;
     Origin origin;
     ClientListener& clients;
     std::string path;
-    /// Until it is opened.
+    /// Until it is opened. Null without one.
     std::unique_ptr<SocketFile> socket;
     std::unique_ptr<UnixSocketListener> listener;
 };
@@ -45,7 +45,8 @@ struct Server::Parts : Administration {
 
     explicit Parts(ServerOptions chosenOptions);
 
-    void addEndpoint(const std::string& name, const std::string& path, Origin origin, ClientListener& clients);
+    void addEndpoint(const std::string& name, const std::optional<std::string>& path, Origin origin,
+                     ClientListener& clients);
     void openListeners();
     void openWebServer();
     std::string cookieSecret();
@@ -55,6 +56,7 @@ struct Server::Parts : Administration {
     std::optional<std::string> renewPageKey() override;
     std::string backUp() override;
     Wire::StatusReply status() override;
+    /// The addresses of what is open, with a blank between them.
     std::string startText() const;
     HttpAnswer healthAnswer();
 

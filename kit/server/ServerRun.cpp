@@ -41,7 +41,9 @@ void Server::handleSignals(std::function<void()> onHangUp) {
 void Server::Parts::tellServiceManager() {
     isManaged = true;
     // Without the key, since every user of the machine may read it.
-    notifyReady("Serving at " + endpoints.front().path + (webAddress ? " and " + webAddress->text() : ""));
+    const std::string& path = endpoints.front().path;
+    notifyReady("Serving at " + path + (webAddress && !path.empty() ? " and " : "") +
+                (webAddress ? webAddress->text() : ""));
     if (const auto waitTimeout = watchdogTimeout()) {
         constexpr auto shortest = std::chrono::milliseconds(1);
         heartbeat.emplace(loop, std::chrono::milliseconds(0), std::max(shortest, *waitTimeout / 2), notifyAlive);
@@ -81,7 +83,9 @@ PassedSockets Server::Parts::handOver() {
         return sockets;
     }
     for (const auto& endpoint : endpoints) {
-        sockets.add(endpoint.name, endpoint.listener->duplicate(), endpoint.listener->leaveFile());
+        if (!endpoint.path.empty()) {
+            sockets.add(endpoint.name, endpoint.listener->duplicate(), endpoint.listener->leaveFile());
+        }
     }
     if (webServer) {
         sockets.add("web", webServer->duplicate(), false);
@@ -124,6 +128,7 @@ void Server::Parts::beginStop() {
         (isHandedOver ? notifyReloading : notifyStopping)("Draining connections");
     }
     health.setServing(false);
+    loop.keepOpen(false);
     writeLog(VessaLogger::INFORMATION, "stopping");
     for (const auto& endpoint : endpoints) {
         endpoint.listener->close();

@@ -1,7 +1,5 @@
 #include "storage/Backup.h"
 
-#include <filesystem>
-
 #include <sqlite3.h>
 
 #include "storage/FileNames.h"
@@ -80,7 +78,7 @@ void Backup::check() {
 
 void Backup::rotate() {
     const std::string newest = backupName(database.file(), 1);
-    if (holdsData(newest)) {
+    if (holdsData(database.disk(), newest)) {
         moveFile(database.disk(), newest, backupName(database.file(), 2));
     }
     moveFile(database.disk(), unfinished, newest);
@@ -93,11 +91,13 @@ void backUp(Database& database) {
     }
 }
 
-bool isBackupDue(const std::string& databaseFile, std::chrono::seconds maximumAge) {
-    std::error_code error;
-    const auto made = std::filesystem::last_write_time(backupName(databaseFile, 1), error);
-    const auto age = std::filesystem::file_time_type::clock::now() - made;
-    return error || age > maximumAge || age < std::chrono::seconds(0);
+bool isBackupDue(const Disk& disk, const std::string& databaseFile, std::chrono::seconds maximumAge) {
+    const auto backup = disk.find(backupName(databaseFile, 1));
+    if (!backup) {
+        return true;
+    }
+    const auto age = std::chrono::system_clock::now() - backup->changed;
+    return age > maximumAge || age < std::chrono::seconds(0);
 }
 
 }  // namespace SettingsHandlerKit

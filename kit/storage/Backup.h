@@ -46,6 +46,6 @@ void backUp(Database& database);
 
 /// Is there no backup, or is the newest one older than `maximumAge`? A backup from the future counts as too old: the
 /// clock was wrong when it was made.
-bool isBackupDue(const std::string& databaseFile, std::chrono::seconds maximumAge);
+bool isBackupDue(const Disk& disk, const std::string& databaseFile, std::chrono::seconds maximumAge);
 
 }  // namespace SettingsHandlerKit

@@ -103,7 +103,7 @@ void Database::connect() {
         readingLock = lockForReading(path);
         // SQLite's locks need a writable file: "immutable" does without them but ignores a write-ahead log, "unix-none"
         // reads it.
-        const bool hasLog = holdsData(path + walSuffix);
+        const bool hasLog = holdsData(*usedDisk, path + walSuffix);
         name = uriOf(path) + (hasLog ? "" : "?immutable=1");
         flags = SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_URI;
         layer = hasLog ? "unix-none" : layer;

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <filesystem>
 
 #include <fcntl.h>
 #include <sys/sendfile.h>
@@ -65,6 +66,32 @@ std::error_code Disk::sync(const std::string& path) {
 
 std::string Disk::databaseLayer() const {
     return "";
+}
+
+std::optional<Disk::FileState> Disk::find(const std::string& path) const {
+    struct stat status {};
+    FileState found;
+    if (::stat(path.c_str(), &status) == 0) {
+        found.size = S_ISREG(status.st_mode) ? static_cast<std::uintmax_t>(status.st_size) : 0;
+        const auto sinceEpoch =
+            std::chrono::seconds(status.st_mtim.tv_sec) + std::chrono::nanoseconds(status.st_mtim.tv_nsec);
+        found.changed += std::chrono::duration_cast<std::chrono::system_clock::duration>(sinceEpoch);
+        return found;
+    }
+    return ::lstat(path.c_str(), &status) == 0 ? std::optional(found) : std::nullopt;
+}
+
+std::error_code Disk::tryOpen(const std::string& file, bool writing) const {
+    return errorIf(openFile(file, writing ? O_RDWR : O_RDONLY).get() < 0);
+}
+
+std::error_code Disk::list(const std::string& folder, std::vector<std::string>& names) const {
+    std::error_code error;
+    std::filesystem::directory_iterator entry(folder, error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        names.push_back(entry->path().filename().string());
+    }
+    return {error.value(), std::generic_category()};
 }
 
 }  // namespace SettingsHandlerKit

@@ -74,20 +74,18 @@ std::vector<std::string> databaseFiles(const std::string& database) {
     return {database + walSuffix, database + journalSuffix, database};
 }
 
-std::vector<std::string> companionFiles(const std::string& database) {
+std::vector<std::string> companionFiles(const Disk& disk, const std::string& database) {
     const std::filesystem::path path(database);
     const std::string name = path.filename().string();
-    std::vector<std::string> files;
-    std::error_code error;
-    std::filesystem::directory_iterator entry(path.parent_path(), error);
-    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
-        const std::string found = entry->path().filename().string();
-        if (startsWith(found, name) && isCompanion(std::string_view(found).substr(name.size()))) {
-            files.push_back(entry->path().string());
-        }
-    }
-    if (error) {
+    std::vector<std::string> found;
+    if (const std::error_code error = disk.list(path.parent_path().string(), found)) {
         throw DatabaseError("cannot read the folder " + path.parent_path().string() + ": " + error.message());
+    }
+    std::vector<std::string> files;
+    for (const auto& each : found) {
+        if (startsWith(each, name) && isCompanion(std::string_view(each).substr(name.size()))) {
+            files.push_back((path.parent_path() / each).string());
+        }
     }
     std::sort(files.begin(), files.end());
     return files;

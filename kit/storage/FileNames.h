@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "SettingsHandlerKit/Disk.h"
+
 namespace SettingsHandlerKit {
 
 // The names of the files that the storage keeps beside a database.
@@ -29,6 +31,6 @@ std::vector<std::string> databaseFiles(const std::string& database);
 /// The other files that the storage keeps beside a database, as far as they exist: backups, finished or not, restores
 /// that are not finished, databases that were set aside, and SQLite's files beside these.
 /// Errors: `DatabaseError`.
-std::vector<std::string> companionFiles(const std::string& database);
+std::vector<std::string> companionFiles(const Disk& disk, const std::string& database);
 
 }  // namespace SettingsHandlerKit

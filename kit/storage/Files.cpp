@@ -1,12 +1,8 @@
 #include "storage/Files.h"
 
-#include <cerrno>
 #include <filesystem>
 
-#include <fcntl.h>
-
 #include "SettingsHandlerKit/DatabaseError.h"
-#include "SettingsHandlerKit/Descriptor.h"
 
 namespace SettingsHandlerKit {
 
@@ -16,11 +12,6 @@ void failIf(const std::error_code& error, const std::string& what) {
     if (error) {
         throw DatabaseError(what + ": " + error.message());
     }
-}
-
-std::error_code openingError(const std::string& file, int flags) {
-    const Descriptor opened(::open(file.c_str(), flags | O_CLOEXEC));
-    return opened.get() < 0 ? std::error_code(errno, std::generic_category()) : std::error_code();
 }
 
 void sync(Disk& disk, const std::string& path) {
@@ -35,8 +26,7 @@ void syncFolderOf(Disk& disk, const std::string& path) {
 }  // namespace
 
 void createFolders(Disk& disk, const std::string& folder) {
-    std::error_code unused;
-    if (folder.empty() || std::filesystem::exists(folder, unused)) {
+    if (folder.empty() || disk.find(folder)) {
         return;
     }
     createFolders(disk, std::filesystem::path(folder).parent_path().string());
@@ -49,11 +39,11 @@ void createFolders(Disk& disk, const std::string& folder) {
 
 FileAccess createFile(Disk& disk, const std::string& file) {
     createFolders(disk, std::filesystem::path(file).parent_path().string());
-    const std::error_code error = openingError(file, O_RDWR);
+    const std::error_code error = disk.tryOpen(file, true);
     if (!error) {
         return FileAccess::WRITABLE;
     }
-    if (error == std::errc::read_only_file_system && !openingError(file, O_RDONLY)) {
+    if (error == std::errc::read_only_file_system && !disk.tryOpen(file, false)) {
         return FileAccess::READ_ONLY;
     }
     const bool missing = error == std::errc::no_such_file_or_directory;
@@ -62,10 +52,9 @@ FileAccess createFile(Disk& disk, const std::string& file) {
     return FileAccess::WRITABLE;
 }
 
-bool holdsData(const std::string& file) {
-    std::error_code error;
-    const auto size = std::filesystem::file_size(file, error);
-    return !error && size > 0;
+bool holdsData(const Disk& disk, const std::string& file) {
+    const auto found = disk.find(file);
+    return found && found->size > 0;
 }
 
 void moveFile(Disk& disk, const std::string& from, const std::string& to) {

@@ -19,7 +19,7 @@ enum class FileAccess { WRITABLE, READ_ONLY };
 FileAccess createFile(Disk& disk, const std::string& file);
 
 /// Does the file exist, and is it not empty?
-bool holdsData(const std::string& file);
+bool holdsData(const Disk& disk, const std::string& file);
 
 /// Renames a file within its folder; replaces a file of the new name.
 void moveFile(Disk& disk, const std::string& from, const std::string& to);

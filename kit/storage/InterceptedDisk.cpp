@@ -99,9 +99,10 @@ constexpr sqlite3_io_methods methods = {
 
 }  // namespace
 
-/// The file system layer of SQLite, over the default one.
+/// The file system layer of SQLite, over that of the other disk.
 struct InterceptedDisk::Parts {
-    explicit Parts(Intercept itsIntercept) : intercept(std::move(itsIntercept)), real(sqlite3_vfs_find(nullptr)) {
+    Parts(Intercept itsIntercept, std::shared_ptr<Disk> otherDisk)
+        : intercept(std::move(itsIntercept)), disk(std::move(otherDisk)), real(layerOf(*disk)) {
         // Everything but files, such as time and random numbers, is passed to the real one.
         layer = *real;
         layer.szOsFile = static_cast<int>(sizeof(OpenFile)) + real->szOsFile;
@@ -125,6 +126,10 @@ struct InterceptedDisk::Parts {
     Parts(const Parts&) = delete;
     Parts& operator=(const Parts&) = delete;
 
+    static sqlite3_vfs* layerOf(const Disk& disk) {
+        const std::string layerName = disk.databaseLayer();
+        return sqlite3_vfs_find(layerName.empty() ? nullptr : layerName.c_str());
+    }
     static Parts& of(sqlite3_vfs* vfs) { return *static_cast<Parts*>(vfs->pAppData); }
 
     int openFile(const char* file, OpenFile& opened, int flags, int* outFlags) {
@@ -141,48 +146,62 @@ struct InterceptedDisk::Parts {
     }
 
     const Intercept intercept;
+    const std::shared_ptr<Disk> disk;
     sqlite3_vfs* const real;
     /// Different for each object, since all are registered in the process.
     const std::string name = "intercepted-" + std::to_string(reinterpret_cast<std::uintptr_t>(this));
     sqlite3_vfs layer;
 };
 
-InterceptedDisk::InterceptedDisk(Intercept intercept) : parts(std::make_unique<Parts>(std::move(intercept))) {}
+InterceptedDisk::InterceptedDisk(Intercept intercept, std::shared_ptr<Disk> disk)
+    : parts(std::make_unique<Parts>(std::move(intercept), std::move(disk))) {}
 
 InterceptedDisk::~InterceptedDisk() = default;
 
 std::error_code InterceptedDisk::createFolder(const std::string& folder) {
     const std::error_code error = parts->intercept(Operation::WRITE);
-    return error ? error : Disk::createFolder(folder);
+    return error ? error : parts->disk->createFolder(folder);
 }
 
 std::error_code InterceptedDisk::createFile(const std::string& file) {
     const std::error_code error = parts->intercept(Operation::WRITE);
-    return error ? error : Disk::createFile(file);
+    return error ? error : parts->disk->createFile(file);
 }
 
 std::error_code InterceptedDisk::copyFile(const std::string& from, const std::string& to) {
     const std::error_code error = parts->intercept(Operation::WRITE);
-    return error ? error : Disk::copyFile(from, to);
+    return error ? error : parts->disk->copyFile(from, to);
 }
 
 std::error_code InterceptedDisk::renameFile(const std::string& from, const std::string& to) {
     const std::error_code error = parts->intercept(Operation::CHANGE);
-    return error ? error : Disk::renameFile(from, to);
+    return error ? error : parts->disk->renameFile(from, to);
 }
 
 std::error_code InterceptedDisk::removeFile(const std::string& file) {
     const std::error_code error = parts->intercept(Operation::CHANGE);
-    return error ? error : Disk::removeFile(file);
+    return error ? error : parts->disk->removeFile(file);
 }
 
 std::error_code InterceptedDisk::sync(const std::string& path) {
     const std::error_code error = parts->intercept(Operation::FLUSH);
-    return error ? error : Disk::sync(path);
+    return error ? error : parts->disk->sync(path);
 }
 
 std::string InterceptedDisk::databaseLayer() const {
     return parts->name;
+}
+
+std::optional<Disk::FileState> InterceptedDisk::find(const std::string& path) const {
+    return parts->disk->find(path);
+}
+
+std::error_code InterceptedDisk::tryOpen(const std::string& file, bool writing) const {
+    return parts->disk->tryOpen(file, writing);
+}
+
+std::error_code InterceptedDisk::list(const std::string& folder, std::vector<std::string>& names) const {
+    return parts->disk->list(folder, names);
 }
 
 }  // namespace SettingsHandlerKit

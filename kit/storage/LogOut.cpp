@@ -1,7 +1,5 @@
 #include "storage/LogOut.h"
 
-#include <filesystem>
-#include <system_error>
 #include <vector>
 
 #include "SettingsHandlerKit/Logging.h"
@@ -27,8 +25,7 @@ bool hasSettings(Database& database) {
 }
 
 bool hasMarkerFile(const Database& database) {
-    std::error_code unused;
-    return std::filesystem::exists(logOutMarkerName(database.file()), unused);
+    return database.disk().find(logOutMarkerName(database.file())).has_value();
 }
 
 /// The marker file without the table means one of two things. Without settings the database was lost after the
@@ -64,7 +61,7 @@ void erase(Database& database) {
     };
     attempt([&] { createMark(database); });
     std::vector<std::string> files;
-    attempt([&] { files = companionFiles(database.file()); });
+    attempt([&] { files = companionFiles(database.disk(), database.file()); });
     for (const auto& file : files) {
         attempt([&] { removeFile(database.disk(), file); });
     }
@@ -102,7 +99,9 @@ void finishLogOut(Database& database) {
     }
     try {
         if (!isToBeErased(database)) {
-            removeFile(database.disk(), logOutMarkerName(database.file()));
+            if (hasMarkerFile(database)) {
+                removeFile(database.disk(), logOutMarkerName(database.file()));
+            }
             return;
         }
         erase(database);

@@ -16,28 +16,23 @@ std::string nameOf(const std::string& path) {
     return std::filesystem::path(path).filename().string();
 }
 
-bool exists(const std::string& path) {
-    std::error_code unused;
-    return std::filesystem::exists(std::filesystem::symlink_status(path, unused));
-}
-
-bool isFree(const std::string& name) {
+bool isFree(const Disk& disk, const std::string& name) {
     const auto files = databaseFiles(name);
-    return std::none_of(files.begin(), files.end(), exists);
+    return std::none_of(files.begin(), files.end(), [&](const auto& file) { return disk.find(file).has_value(); });
 }
 
 /// Renames the database and SQLite's files beside it to the first free name.
 /// Returns: that name, without the folder; empty when there was no file.
 std::string setAside(Disk& disk, const std::string& file) {
     int number = 1;
-    while (!isFree(damagedName(file, number))) {
+    while (!isFree(disk, damagedName(file, number))) {
         ++number;
     }
     const std::string newFile = damagedName(file, number);
     bool found = false;
     // The database first: a log without a database is set aside by the next start, too.
     for (const std::string suffix : {"", walSuffix, journalSuffix}) {
-        if (exists(file + suffix)) {
+        if (disk.find(file + suffix)) {
             moveFile(disk, file + suffix, newFile + suffix);
             found = true;
         }
@@ -66,7 +61,7 @@ bool restore(const std::string& backup, const std::string& file, const std::shar
 Recovery::Source restoreNewest(const std::string& file, const std::shared_ptr<Disk>& disk) {
     for (int generation = 1; generation <= backupGenerations; ++generation) {
         const std::string backup = backupName(file, generation);
-        if (holdsData(backup) && restore(backup, file, disk)) {
+        if (holdsData(*disk, backup) && restore(backup, file, disk)) {
             writeLog(VessaLogger::ERROR,
                      "the database was restored from " + nameOf(backup) + "; changes made since that backup are lost");
             return Recovery::Source::BACKUP;
@@ -77,8 +72,9 @@ Recovery::Source restoreNewest(const std::string& file, const std::shared_ptr<Di
 }
 
 /// Did a database exist before?
-bool leftTraces(const std::string& file) {
-    return holdsData(backupName(file, 1)) || holdsData(backupName(file, 2)) || holdsData(file + walSuffix);
+bool leftTraces(const Disk& disk, const std::string& file) {
+    return holdsData(disk, backupName(file, 1)) || holdsData(disk, backupName(file, 2)) ||
+           holdsData(disk, file + walSuffix);
 }
 
 /// A database that was lost during a log-out and its backups may hold values that the log-out removed.
@@ -92,7 +88,7 @@ void startEmptyAfterLogOut(Disk& disk, const std::string& file, Recovery& recove
 }
 
 Database openOrRestore(const std::string& file, const std::shared_ptr<Disk>& disk, Recovery& recovery) {
-    if (holdsData(file) || !leftTraces(file)) {
+    if (holdsData(*disk, file) || !leftTraces(*disk, file)) {
         try {
             return Database(file, disk);
         } catch (const DamagedDatabase& damage) {
@@ -101,7 +97,7 @@ Database openOrRestore(const std::string& file, const std::shared_ptr<Disk>& dis
     } else {
         writeLog(VessaLogger::ERROR, file + " is missing or empty, although backups or a log of it exist");
     }
-    if (exists(logOutMarkerName(file))) {
+    if (disk->find(logOutMarkerName(file))) {
         startEmptyAfterLogOut(*disk, file, recovery);
         return Database(file, disk);
     }

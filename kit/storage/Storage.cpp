@@ -284,7 +284,7 @@ bool Storage::beginBackup(std::chrono::seconds maximumAge) {
         return false;
     }
     finishLogOut(parts->database);
-    if (!isBackupDue(file(), maximumAge)) {
+    if (!isBackupDue(parts->database.disk(), file(), maximumAge)) {
         return false;
     }
     try {

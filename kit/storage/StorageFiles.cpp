@@ -24,7 +24,7 @@ void refuseIfInUseOrForeign(const std::string& file, const std::shared_ptr<Disk>
     try {
         const Database opened(file, disk);
     } catch (const DamagedDatabase&) {
-        if (!startsLikeDatabase(file) && companionFiles(file).empty()) {
+        if (!startsLikeDatabase(file) && companionFiles(*disk, file).empty()) {
             throw DatabaseError(file + " is not a database; left unchanged");
         }
     } catch (const NewerDatabase&) {
@@ -33,10 +33,10 @@ void refuseIfInUseOrForeign(const std::string& file, const std::shared_ptr<Disk>
 
 /// The database comes last: while it exists its lock keeps other processes from starting, and no backup is restored in
 /// its place.
-std::vector<std::string> filesOf(const std::string& database) {
+std::vector<std::string> filesOf(const Disk& disk, const std::string& database) {
     std::vector<std::string> candidates;
     if (std::filesystem::exists(std::filesystem::path(database).parent_path())) {
-        candidates = companionFiles(database);
+        candidates = companionFiles(disk, database);
     }
     candidates.push_back(logOutMarkerName(database));
     for (const auto& file : databaseFiles(database)) {
@@ -62,11 +62,11 @@ struct StorageFiles::Parts {
 StorageFiles::StorageFiles(const std::string& path, std::shared_ptr<Disk> disk) : parts(std::make_unique<Parts>()) {
     const std::string database = std::filesystem::absolute(path).string();
     parts->disk = std::move(disk);
-    if (holdsData(database)) {
+    if (holdsData(*parts->disk, database)) {
         refuseIfInUseOrForeign(database, parts->disk);
         parts->lock = lockForRemoval(database);
     }
-    parts->files = filesOf(database);
+    parts->files = filesOf(*parts->disk, database);
 }
 
 StorageFiles::~StorageFiles() = default;

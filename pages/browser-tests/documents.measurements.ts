@@ -77,7 +77,10 @@ async function load(slowness: number): Promise<Load> {
     const session = await page.context().newCDPSession(page);
     await session.send('Emulation.setCPUThrottlingRate', { rate: slowness });
     await page.goto(host.page('/'));
-    await page.waitForFunction(() => 'usableAfter' in window);
+    // The browser tells of the first paint a little later.
+    await page.waitForFunction(
+        () => 'usableAfter' in window && performance.getEntriesByName('first-contentful-paint').length > 0,
+    );
     const measured = await page.evaluate(() => ({
         firstPaint: performance.getEntriesByName('first-contentful-paint')[0]?.startTime ?? 0,
         usable: (window as unknown as Record<string, number>)['usableAfter'] ?? 0,

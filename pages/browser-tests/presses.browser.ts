@@ -50,12 +50,17 @@ const tasks: readonly Task[] = [
     },
     {
         name: 'add a language',
-        presses: 35,
+        presses: 10,
         act: async (person) => {
             await person.press('Down', 'Right');
             await person.pressUntil('Down', 'add');
             await person.press('Enter');
-            await person.pressUntil('Down', 'fr-FR');
+            await person.isAt('ja-JP');
+            await person.pressUntil('Up', 'el-GR');
+            await person.pressUntil('Left', 'fr');
+            await person.press('Enter');
+            await person.sees('Canadian French');
+            await person.pressUntil('Right', 'fr-FR');
             await person.press('Enter');
             await person.sees('Saved');
         },

@@ -16,7 +16,7 @@ const colourTolerance = 0.05;
 /** The share of pixels that may be off. A row that moved by two pixels changes more. */
 const pixelTolerance = 0.0005;
 /** The port of the host, the local time of a city, and how long ago a change was. */
-const varying = '[data-row="address"] .value, .zone .value, .change';
+const varying = '[data-row="address"] .value, .zone .value, .time, .change';
 
 async function show(page: Page, isShown: boolean): Promise<void> {
     await page.locator(varying).evaluateAll(

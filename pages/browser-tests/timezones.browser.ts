@@ -33,8 +33,11 @@ test('a region, then a city: the arrows and the letters lead to it, and each cit
     await visitSettings(host, async (page) => {
         const files: string[] = [];
         page.on('request', (request) => files.push(new URL(request.url()).pathname.replace(/-[^/]*$/, '')));
-        await enterSection(page, 'language');
         expect(files.filter((file) => file.startsWith('/timezones/'))).toEqual([]);
+        await enterSection(page, 'language');
+        await row(page, 'timezone')
+            .getByText(/^Vancouver · \d+:\d\d/)
+            .waitFor();
         await openTimeZones(page);
         expect(files.filter((file) => file.startsWith('/timezones/'))).toEqual(['/timezones/en']);
         // The present zone comes first and has the focus.

@@ -93,6 +93,7 @@ test.each(['mouse', 'touch'] as const)('%s alone changes a setting of every kind
             }
             await goTo('language');
             await use(row(page, 'add').getByRole('button'));
+            await use(page.getByRole('dialog').getByText('Italian'));
             await use(page.getByRole('dialog').getByText('Italian (Italy)'));
             await use(row(page, 'it-IT').getByRole('button'));
             await use(page.getByRole('button', { name: 'Make primary' }));

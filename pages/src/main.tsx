@@ -16,7 +16,19 @@ window.addEventListener('online', () => {
     store.retryNow();
 });
 
-const place = document.getElementById('app');
-if (place !== null) {
-    render(<App store={store} />, place);
+/** How long the page waits for the values before it says that it loads them, in milliseconds. */
+const patience = 250;
+
+// The first thing to be drawn is the settings, unless the host takes its time.
+const timer = setTimeout(draw, patience);
+const stop = store.subscribe(() => {
+    stop();
+    clearTimeout(timer);
+    // After the status, which comes with the values.
+    queueMicrotask(draw);
+});
+
+function draw(): void {
+    stop();
+    render(<App store={store} />, document.getElementById('app') ?? document.body);
 }

@@ -93,9 +93,13 @@ Log& Log::instance() {
 }
 
 std::string Log::getThreadId() {
-    std::ostringstream text;
-    text << std::this_thread::get_id();
-    return text.str();
+    // Made once for each thread: every line of the library asks for it.
+    static thread_local const std::string id = [] {
+        std::ostringstream text;
+        text << std::this_thread::get_id();
+        return text.str();
+    }();
+    return id;
 }
 
 void Log::emitLog(LogLevel level, std::chrono::system_clock::time_point time, const std::string& threadId,

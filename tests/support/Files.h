@@ -19,6 +19,16 @@ inline std::string contentOf(const std::filesystem::path& file) {
     return content.str();
 }
 
+/// The lines of a file; none when it cannot be read.
+inline std::vector<std::string> linesOf(const std::filesystem::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
 /// The permission bits of a file or folder; 0 when it does not exist. Links are not followed.
 inline mode_t modeOf(const std::string& path) {
     struct stat status {};

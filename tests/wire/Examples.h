@@ -27,9 +27,6 @@ Example exampleNamed(const std::string& name);
 /// All examples, ordered by name.
 std::vector<Example> allExamples();
 
-/// The examples that a document in docs/ shows, in its order.
-std::vector<Example> examplesIn(const std::string& document);
-
 /// A frame that its schema rejects and a host refuses.
 struct RefusedFrame {
     std::string at;
@@ -42,10 +39,5 @@ struct RefusedFrame {
 
 /// The frames of docs/examples/refused/frames.json.
 std::vector<RefusedFrame> refusedFrames();
-
-/// The frame without values that differ between runs: ids of events and of the run, times, a client's number, address,
-/// file, the host's version, disk space.
-/// A text that is not a JSON object is returned unchanged.
-std::string comparable(const std::string& frame);
 
 }  // namespace WireTests

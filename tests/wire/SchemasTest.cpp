@@ -71,7 +71,7 @@ TEST(Schemas, AcceptEveryExample) {
 }
 
 TEST(Schemas, HaveAnExampleEach) {
-    std::set<std::string> shown{"settings", "health", "client-name", "world"};
+    std::set<std::string> shown{"settings", "health", "client-name", "world", "scenario"};
     for (const auto& example : allExamples()) {
         for (const auto& step : example.steps) {
             shown.insert(step.schema);

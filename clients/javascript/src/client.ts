@@ -94,6 +94,8 @@ export class Client {
     /** The run of the host of which every event up to `sequence` is known; null when every value must be read. */
     private run: string | null = null;
     private sequence = 0;
+    /** The values, if they were requested with the greeting. */
+    private reading: Promise<Values | null> | null = null;
     /** Whether the host has answered who it is, so that the next event follows `sequence`. */
     private isGreeted = false;
 
@@ -270,7 +272,7 @@ export class Client {
         const messageId = this.nextId();
         this.expect(messageId, (reply) => {
             if (reply?.kind === 'reply') {
-                this.greeted(reply.body, run !== null);
+                this.greeted(reply.body);
             } else if (reply?.code === 'unknown-type') {
                 this.setStatus('unsupported');
             } else if (reply !== null) {
@@ -280,24 +282,26 @@ export class Client {
             }
         });
         this.connection.send(JSON.stringify({ messageId, hello }));
+        // In the same go, because a page waits for them. The host answers in order: they are newer than `sequence`.
+        this.reading = run === null ? this.read() : null;
     }
 
-    private greeted({ version, run, sequence, missed, reread }: Members, hasResumed: boolean): void {
+    private greeted({ version, run, sequence, missed, reread }: Members): void {
         this.version = String(version);
         this.isGreeted = true;
         this.sequence = number(sequence);
-        if (hasResumed && missed === false) {
+        if (this.reading === null && missed === false) {
             this.setStatus('online');
             this.scheduleRead(keysIn(reread), null);
         } else {
             this.run = null;
-            void this.load(String(run));
+            void this.load(String(run), this.reading ?? this.read());
         }
     }
 
-    private async load(run: string): Promise<void> {
+    private async load(run: string, reading: Promise<Values | null>): Promise<void> {
         this.unread.clear();
-        const values = await this.read();
+        const values = await reading;
         if (values !== null) {
             this.run = run;
             this.options.loaded?.(values);

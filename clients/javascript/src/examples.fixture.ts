@@ -8,16 +8,24 @@ export interface Step {
     readonly schema?: string;
 }
 
-interface Example {
-    readonly title: string;
-    readonly steps: readonly Step[];
-}
+const files = import.meta.glob<string>('../../../docs/examples/*.jsonl', {
+    eager: true,
+    query: '?raw',
+    import: 'default',
+});
 
-const files = import.meta.glob<Example>('../../../docs/examples/*.json', { eager: true, import: 'default' });
+/** The step in a line of a scenario, at the listener of its connection. */
+function stepIn(line: string): Step {
+    const step = JSON.parse(line) as Step;
+    return { ...step, at: step.at.replace(/-.*/, '') as Step['at'] };
+}
 
 /** The examples of the documents by name; tests of the host play them against a host. */
 export const examples: ReadonlyMap<string, readonly Step[]> = new Map(
-    Object.entries(files).map(([path, { steps }]) => [path.replace(/^.*\/|\.json$/g, ''), steps]),
+    Object.entries(files).map(([path, text]) => [
+        path.replace(/^.*\/|\.jsonl$/g, ''),
+        text.trim().split('\n').slice(1).map(stepIn),
+    ]),
 );
 
 export const everyStep: readonly Step[] = [...examples.values()].flat();

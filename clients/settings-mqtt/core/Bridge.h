@@ -1,19 +1,17 @@
 #pragma once
 
 #include <deque>
-#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "Broker.h"
-#include "Host.h"
+#include "Connections.h"
 #include "Outbox.h"
 #include "Payloads.h"
-#include "SettingsClient/Notification.h"
 #include "Topics.h"
 #include "Versions.h"
 
@@ -30,8 +28,7 @@ struct BridgeOptions {
     std::string client = "settings-mqtt";
     /// Of the program, for discovery.
     std::string version;
-    /// Levels as everywhere: 0 traces to 3 errors.
-    std::function<void(int level, const std::string& text)> log = [](int, const std::string&) {};
+    Log log = [](int, const std::string&) {};
 };
 
 /// Between one host and one broker: publishes values and changes, carries commands out. docs/mqtt.md has topics and
@@ -41,16 +38,14 @@ struct BridgeOptions {
 class Bridge : public BrokerListener {
 public:
     Bridge(BridgeOptions chosen, std::shared_ptr<Broker> brokerConnection, std::shared_ptr<Host> hostConnection,
-           std::shared_ptr<VersionStore> versionStore);
-
-    /// What the broker publishes when it loses the bridge.
-    static Message lastWill(const std::string& id);
+           std::shared_ptr<Versions> ofDesiredValues);
 
     /// @name From the host
     /// @{
 
     /// Reads everything anew. Errors: those of `Host`; then it is called again when the host is there again.
     void hostConnected();
+    /// Also when this program ends: then the caller closes the connection to the broker afterwards.
     void hostLost();
     void changed(const SettingsClient::Event& event);
     /// Empty: all settings.
@@ -62,36 +57,19 @@ public:
     void received(const Message& message) override;
     void acknowledged(int number) override;
 
-    /// What is to be stored, at once or later; see `Versions`.
-    Versions::Unsaved unsaved() const { return versions.unsaved(); }
-    void save() { versions.save(); }
-    /// Says that the device goes; the caller then closes the connection.
-    void stop();
-
 private:
     using Answer = SettingsClient::Answer;
     using Setting = SettingsClient::Setting;
 
-    struct Desired {
-        Command command;
-        bool retained = false;
-    };
-    struct Answered {
-        Message message;
-        std::string outcome;
-    };
-
     bool isOffered(const Setting& setting) const;
-    void readCatalogue();
-    void take(const std::string& key, const std::optional<std::string>& value, bool byBridge);
-    std::string stateOf(const Setting& setting) const;
-    Message stateMessage(const Setting& setting) const;
-    Message availability() const;
+    /// Errors: `SettingsClient::RequestRefused`.
+    void requireOffered(const std::string& key) const;
+    /// `event`: which told the value, if one did.
+    void take(const std::string& key, const std::optional<std::string>& value, const SettingsClient::Event* event);
+    Message stateOf(const Setting& setting) const;
 
-    std::optional<Answer> refusalOf(const std::string& key) const;
-    void receivedSet(const std::string& key, const Message& message);
-    void receivedDesired(const std::string& key, const Message& message);
-    void applyDesired(const std::string& key, const Desired& desired);
+    void receivedSet(const std::string& key, const Command& command, const Message& message);
+    void applyDesired(const std::string& key, const Command& command);
     Answer setAtHost(const std::string& key, const std::string& value);
     std::string publishOutcome(const std::string& key, const Command& command, const Answer& answer);
 
@@ -100,17 +78,18 @@ private:
     const std::shared_ptr<Broker> broker;
     const std::shared_ptr<Host> host;
     Outbox outbox;
-    Versions versions;
+    const std::shared_ptr<Versions> versions;
 
     /// All settings of the host by key; the values of those that are offered.
     std::map<std::string, Setting> settings;
     std::map<std::string, std::optional<std::string>> values;
     bool isHostThere = false;
     bool wasConnected = false;
-    /// What waits for the host.
-    std::map<std::string, Desired> waiting;
-    /// The last commands with an id, to answer a second time without carrying them out again.
-    std::deque<Answered> answered;
+    /// Desired values that wait for the host.
+    std::map<std::string, Command> waiting;
+    /// Topic and payload of the last commands with an id, and their outcomes, to answer them a second time without
+    /// carrying them out again.
+    std::deque<std::pair<std::string, std::string>> answered;
 };
 
 }  // namespace SettingsMqtt

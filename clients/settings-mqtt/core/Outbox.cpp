@@ -2,93 +2,76 @@
 
 #include <algorithm>
 #include <iterator>
-#include <utility>
 
 namespace SettingsMqtt {
 
 void Outbox::add(Message message, const std::string& slot) {
-    if (message.retained && !isConnected) {
-        return;
+    if (!message.retained || isConnected) {
+        enqueue(std::move(message), slot);
+        send();
     }
+}
+
+void Outbox::enqueue(Message message, const std::string& slot) {
     const std::string place = message.retained ? message.topic : slot;
-    enqueue({std::move(message), place});
-    send();
-}
-
-void Outbox::enqueue(Entry entry) {
-    const auto next = [&] {
-        return std::find_if(waiting.begin(), waiting.end(),
-                            [&](const Entry& other) { return other.slot == entry.slot; });
-    };
-    const auto same = entry.slot.empty() ? waiting.end() : next();
-    if (same != waiting.end()) {
-        waiting.erase(same);
+    const auto isRival = [&](const Entry& other) { return !other.number && other.slot == place; };
+    std::size_t bytes = message.payload.size();
+    if (place.empty()) {
+        for (const auto& other : entries) {
+            bytes += isRival(other) ? other.message.payload.size() : 0;
+        }
     }
-    bytesWithoutSlot += bytesOf(entry);
-    while (bytesWithoutSlot > maximumWaiting && next() != waiting.end()) {
-        take(next());
+    for (auto oldest = std::find_if(entries.begin(), entries.end(), isRival);
+         oldest != entries.end() && (!place.empty() || bytes > maximumWaiting);
+         oldest = std::find_if(entries.begin(), entries.end(), isRival)) {
+        bytes -= oldest->message.payload.size();
+        entries.erase(oldest);
     }
-    waiting.push_back(std::move(entry));
-}
-
-Outbox::Entry Outbox::take(std::deque<Entry>::iterator place) {
-    Entry entry = std::move(*place);
-    waiting.erase(place);
-    bytesWithoutSlot -= bytesOf(entry);
-    return entry;
+    entries.push_back({std::move(message), place});
 }
 
 void Outbox::forget(const std::string& slot) {
-    const auto isForgotten = [&](const Entry& entry) { return entry.slot == slot; };
-    waiting.erase(std::remove_if(waiting.begin(), waiting.end(), isForgotten), waiting.end());
-    // Sent messages still take room at the broker; without a slot and retained they are not sent again.
-    for (auto& [number, entry] : sent) {
-        if (isForgotten(entry)) {
-            entry.message = {"", "", true};
-        }
+    const auto isForgotten = [&](const Entry& entry) { return !entry.number && entry.slot == slot; };
+    entries.erase(std::remove_if(entries.begin(), entries.end(), isForgotten), entries.end());
+    for (auto& entry : entries) {
+        // A sent message still takes room at the broker; a retained one is not sent again.
+        entry.message.retained = entry.message.retained || entry.slot == slot;
     }
 }
 
 void Outbox::connected(std::vector<Message> first) {
     isConnected = true;
-    auto others = std::exchange(waiting, {});
+    auto others = std::exchange(entries, {});
     for (auto& message : first) {
-        const std::string slot = message.topic;
-        enqueue({std::move(message), slot});
+        enqueue(std::move(message), "");
     }
-    std::move(others.begin(), others.end(), std::back_inserter(waiting));
+    std::move(others.begin(), others.end(), std::back_inserter(entries));
     send();
 }
 
 void Outbox::lost() {
     isConnected = false;
-    const auto later = std::exchange(waiting, {});
-    bytesWithoutSlot = 0;
-    const auto keep = [this](const Entry& entry) {
+    for (auto& entry : std::exchange(entries, {})) {
         if (!entry.message.retained) {
-            enqueue(entry);
+            enqueue(std::move(entry.message), entry.slot);
         }
-    };
-    for (const auto& [number, entry] : sent) {
-        keep(entry);
     }
-    std::for_each(later.begin(), later.end(), keep);
-    sent.clear();
 }
 
 void Outbox::acknowledged(int number) {
-    const auto found = std::find_if(sent.begin(), sent.end(), [&](const auto& pair) { return pair.first == number; });
-    if (found != sent.end()) {
-        sent.erase(found);
+    const auto found =
+        std::find_if(entries.begin(), entries.end(), [&](auto& entry) { return entry.number == number; });
+    if (found != entries.end()) {
+        entries.erase(found);
     }
     send();
 }
 
 void Outbox::send() {
-    while (isConnected && sent.size() < window && !waiting.empty()) {
-        Entry entry = take(waiting.begin());
-        const int number = broker->publish(entry.message);
-        sent.emplace_back(number, std::move(entry));
+    for (std::size_t place = 0; isConnected && place < std::min(entries.size(), window); ++place) {
+        if (!entries[place].number) {
+            entries[place].number = broker->publish(entries[place].message);
+        }
     }
 }
 

@@ -2,12 +2,13 @@
 
 #include <cstddef>
 #include <deque>
-#include <map>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "Broker.h"
+#include "Connections.h"
 
 namespace SettingsMqtt {
 
@@ -28,30 +29,28 @@ public:
     /// Drops what was not acknowledged of this slot.
     void forget(const std::string& slot);
 
-    /// Sends `first`, then what waits.
+    /// Sends `first`, which are retained, then what waits.
     void connected(std::vector<Message> first);
     void lost();
     void acknowledged(int number);
 
-    bool isEmpty() const { return waiting.empty() && sent.empty(); }
+    bool isEmpty() const { return entries.empty(); }
 
 private:
     struct Entry {
         Message message;
         std::string slot;
+        /// Nothing: it waits.
+        std::optional<int> number = std::nullopt;
     };
 
-    static std::size_t bytesOf(const Entry& entry) { return entry.slot.empty() ? entry.message.payload.size() : 0; }
-    void enqueue(Entry entry);
-    Entry take(std::deque<Entry>::iterator place);
+    void enqueue(Message message, const std::string& slot);
     void send();
 
-    std::shared_ptr<Broker> broker;
+    const std::shared_ptr<Broker> broker;
     bool isConnected = false;
-    std::deque<Entry> waiting;
-    std::size_t bytesWithoutSlot = 0;
-    /// In the order of sending.
-    std::deque<std::pair<int, Entry>> sent;
+    /// What was sent comes first.
+    std::deque<Entry> entries;
 };
 
 }  // namespace SettingsMqtt

@@ -1,5 +1,7 @@
 #include "Payloads.h"
 
+#include <cctype>
+
 #include "Wire/JsonShape.h"
 #include "Wire/ObjectWriter.h"
 
@@ -7,82 +9,84 @@ namespace SettingsMqtt {
 
 namespace {
 
-constexpr std::size_t maximumId = 128;
+using SettingsClient::RequestRefused;
+using SettingsClient::Setting;
+
 /// The largest integer that every JSON reader keeps exactly.
 constexpr std::int64_t largestVersion = 9007199254740991;
 
-void checkBytes(const std::string& payload) {
-    if (payload.size() > maximumPayload) {
-        throw BadPayload(BridgeReason::tooLarge, "the payload has more than 65536 bytes");
-    }
-    if (!Wire::isValidUtf8(payload) || payload.find('\0') != std::string::npos) {
-        throw BadPayload(BridgeReason::badPayload, "the payload is not UTF-8 text");
-    }
+[[noreturn]] void fail(const std::string& message) {
+    throw RequestRefused("bad-payload", message);
 }
 
 std::string textIn(const rapidjson::Document& object, const char* name) {
     const auto member = object.FindMember(name);
     if (member == object.MemberEnd() || !member->value.IsString()) {
-        throw BadPayload(BridgeReason::badPayload, std::string("the payload has no string \"") + name + "\"");
+        fail(std::string("the payload has no string \"") + name + "\"");
     }
     return {member->value.GetString(), member->value.GetStringLength()};
 }
 
-/// An object with `value` and perhaps `id`.
-Command parseObject(const std::string& payload, rapidjson::Document& object) {
-    const auto shape = Wire::shapeOf(payload, object);
-    if (!shape.valid || shape.root != Wire::JsonShape::Root::OBJECT || !shape.wellFormed ||
-        shape.nesting > Wire::maximumNesting) {
-        throw BadPayload(BridgeReason::badPayload, "the payload is not a JSON object");
+std::int64_t versionIn(const rapidjson::Document& object) {
+    const auto version = object.FindMember("version");
+    if (version == object.MemberEnd() || !version->value.IsInt64() || version->value.GetInt64() < 1 ||
+        version->value.GetInt64() > largestVersion) {
+        fail("\"version\" is not an integer from 1 to 9007199254740991");
     }
-    Command command;
-    command.value = textIn(object, "value");
-    if (object.HasMember("id")) {
-        command.id = textIn(object, "id");
-    }
-    if (command.id.size() > maximumId) {
-        throw BadPayload(BridgeReason::badPayload, "\"id\" has more than 128 bytes");
-    }
-    return command;
+    return version->value.GetInt64();
 }
 
-const char* wordOf(SettingsClient::Outcome outcome) {
-    switch (outcome) {
-        case SettingsClient::Outcome::CHANGED:
-            return "changed";
-        case SettingsClient::Outcome::UNCHANGED:
-            return "unchanged";
-        case SettingsClient::Outcome::DONE:
-            return "done";
-        case SettingsClient::Outcome::REFUSED:
-            break;
+const char* componentFor(const Setting& setting) {
+    const bool isReadOnly = setting.setBy != "anyone";
+    if (setting.kind == "switch") {
+        return isReadOnly ? "binary_sensor" : "switch";
     }
-    return "refused";
+    if (isReadOnly) {
+        return "sensor";
+    }
+    return setting.kind == "choice" ? "select" : "text";
+}
+
+/// "captionsFontSize": "Captions font size".
+std::string nameOf(const std::string& key) {
+    std::string name;
+    for (const unsigned char letter : key) {
+        if (!name.empty() && std::isupper(letter) != 0) {
+            name += ' ';
+        }
+        name += static_cast<char>(name.empty() ? std::toupper(letter) : std::tolower(letter));
+    }
+    return name;
 }
 
 }  // namespace
 
-Command parseSet(const std::string& payload) {
-    checkBytes(payload);
-    if (payload.front() != '{') {
-        Command command;
+Command parseCommand(const Message& message, bool isDesired) {
+    const std::string& payload = message.payload;
+    if (payload.size() > 65536) {
+        throw RequestRefused("too-large", "the payload has more than 65536 bytes");
+    }
+    if (!Wire::isValidUtf8(payload) || payload.find('\0') != std::string::npos) {
+        fail("the payload is not UTF-8 text");
+    }
+    Command command;
+    command.retained = message.retained;
+    if (!isDesired && payload.front() != '{') {
         command.value = payload;
         return command;
     }
     rapidjson::Document object;
-    return parseObject(payload, object);
-}
-
-Command parseDesired(const std::string& payload) {
-    checkBytes(payload);
-    rapidjson::Document object;
-    Command command = parseObject(payload, object);
-    const auto version = object.FindMember("version");
-    if (version == object.MemberEnd() || !version->value.IsInt64() || version->value.GetInt64() < 1 ||
-        version->value.GetInt64() > largestVersion) {
-        throw BadPayload(BridgeReason::badPayload, "\"version\" is not an integer from 1 to 9007199254740991");
+    const auto shape = Wire::shapeOf(payload, object);
+    if (!shape.valid || shape.root != Wire::JsonShape::Root::OBJECT || !shape.wellFormed ||
+        shape.nesting > Wire::maximumNesting) {
+        fail("the payload is not a JSON object");
     }
-    command.version = version->value.GetInt64();
+    command.value = textIn(object, "value");
+    command.id = object.HasMember("id") ? textIn(object, "id") : "";
+    if (command.id.size() > 128) {
+        fail("\"id\" has more than 128 bytes");
+    }
+    command.version = isDesired ? versionIn(object) : 0;
     return command;
 }
 
@@ -101,9 +105,10 @@ std::string eventPayload(const SettingsClient::Event& event) {
 }
 
 std::string outcomePayload(const std::string& key, const Command& command, const SettingsClient::Answer& answer) {
+    const bool isChanged = answer.outcome == SettingsClient::Outcome::CHANGED;
     Wire::ObjectWriter json;
     json.text("key", key);
-    json.text("outcome", wordOf(answer.outcome));
+    json.text("outcome", !answer.accepted() ? "refused" : isChanged ? "changed" : "unchanged");
     if (answer.value) {
         json.text("value", *answer.value);
     }
@@ -121,6 +126,39 @@ std::string outcomePayload(const std::string& key, const Command& command, const
         json.number("version", command.version);
     }
     return json.finish();
+}
+
+Message discoveryOf(const Setting& setting, const Topics& topics, const std::string& version, bool isOffered) {
+    const std::string component = componentFor(setting);
+    const std::string device = "settings-" + topics.id;
+    const std::string topic = "homeassistant/" + component + "/" + device + "/" + setting.key + "/config";
+    if (!isOffered) {
+        return {topic, "", true};
+    }
+    Wire::ObjectWriter json;
+    json.text("name", nameOf(setting.key));
+    json.text("unique_id", device + "-" + setting.key);
+    json.text("state_topic", topics.state(setting.key));
+    json.text("availability_topic", topics.availability(true).topic);
+    if (setting.setBy == "anyone") {
+        json.text("command_topic", topics.set(setting.key));
+        json.number("qos", 1);
+    }
+    if (setting.kind == "switch") {
+        json.text("payload_on", "true");
+        json.text("payload_off", "false");
+    } else if (component == "select") {
+        json.texts("options", setting.values);
+    } else if (component == "text") {
+        // What is longer cannot be typed there.
+        json.number("max", 255);
+    }
+    json.beginObject("device");
+    json.texts("identifiers", std::vector<std::string>{device});
+    json.text("name", "Television " + topics.id);
+    json.text("sw_version", version);
+    json.endObject();
+    return {topic, json.finish(), true};
 }
 
 SettingsClient::Answer refusal(const std::string& reason, const std::string& message) {

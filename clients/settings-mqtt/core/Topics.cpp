@@ -1,7 +1,5 @@
 #include "Topics.h"
 
-#include <algorithm>
-
 namespace SettingsMqtt {
 
 bool isTopicName(std::string_view name) {
@@ -9,26 +7,28 @@ bool isTopicName(std::string_view name) {
     return !name.empty() && name.size() <= 64 && name.find_first_not_of(allowed) == std::string_view::npos;
 }
 
-Topics::Topics(const std::string& id, const std::vector<std::string>& groups) : own("settings/" + id + "/") {
-    using Kind = Target::Kind;
-    commands = {{own + "set/", Kind::SET}, {own + "desired/", Kind::DESIRED}, {"settings/all/set/", Kind::SET}};
+Topics::Topics(std::string deviceId, const std::vector<std::string>& groups)
+    : id(std::move(deviceId)),
+      own("settings/" + id + "/"),
+      commands{{own + "set/", false}, {own + "desired/", true}, {"settings/all/set/", false}} {
     for (const auto& group : groups) {
-        commands.emplace_back("settings/group/" + group + "/set/", Kind::SET);
-        commands.emplace_back("settings/group/" + group + "/desired/", Kind::DESIRED);
+        commands.emplace_back("settings/group/" + group + "/set/", false);
+        commands.emplace_back("settings/group/" + group + "/desired/", true);
     }
 }
 
 std::vector<std::string> Topics::subscriptions() const {
     std::vector<std::string> filters;
-    std::transform(commands.begin(), commands.end(), std::back_inserter(filters),
-                   [](const auto& command) { return command.first + "+"; });
+    for (const auto& [start, isDesired] : commands) {
+        filters.push_back(start + "+");
+    }
     return filters;
 }
 
 std::optional<Topics::Target> Topics::targetOf(const std::string& topic) const {
-    for (const auto& [prefix, kind] : commands) {
-        if (topic.rfind(prefix, 0) == 0 && topic.find('/', prefix.size()) == std::string::npos) {
-            return Target{kind, topic.substr(prefix.size())};
+    for (const auto& [start, isDesired] : commands) {
+        if (topic.rfind(start, 0) == 0 && topic.find('/', start.size()) == std::string::npos) {
+            return Target{topic.substr(start.size()), isDesired};
         }
     }
     return std::nullopt;

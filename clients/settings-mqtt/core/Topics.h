@@ -3,7 +3,10 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
+
+#include "Connections.h"
 
 namespace SettingsMqtt {
 
@@ -13,29 +16,33 @@ bool isTopicName(std::string_view name);
 /// The topics of one device, all below "settings/".
 class Topics {
 public:
-    Topics(const std::string& id, const std::vector<std::string>& groups);
+    explicit Topics(std::string id, const std::vector<std::string>& groups = {});
 
     std::string state(const std::string& key) const { return own + "state/" + key; }
     std::string set(const std::string& key) const { return own + "set/" + key; }
     std::string outcome() const { return own + "outcome"; }
     std::string event() const { return own + "event"; }
-    std::string availability() const { return own + "availability"; }
+    Message availability(bool isOnline) const { return {own + "availability", isOnline ? "online" : "offline", true}; }
 
     /// With which to subscribe to all commands.
     std::vector<std::string> subscriptions() const;
 
     struct Target {
-        enum class Kind { SET, DESIRED };
-        Kind kind;
         /// Whatever is there; it may be none of the catalogue.
         std::string key;
+        /// Otherwise it is a set.
+        bool isDesired;
     };
     /// Nothing for a topic that is not subscribed.
     std::optional<Target> targetOf(const std::string& topic) const;
 
+    /// The name of the device.
+    const std::string id;
+
 private:
-    std::string own;
-    std::vector<std::pair<std::string, Target::Kind>> commands;
+    const std::string own;
+    /// The beginnings of the topics of commands, and whether desired values follow.
+    std::vector<std::pair<std::string, bool>> commands;
 };
 
 }  // namespace SettingsMqtt

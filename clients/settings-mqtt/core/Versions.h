@@ -2,9 +2,9 @@
 
 #include <cstdint>
 #include <map>
-#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace SettingsMqtt {
 
@@ -12,26 +12,14 @@ namespace SettingsMqtt {
 struct VersionRecord {
     /// The newest version of a desired value that was applied or refused; 0: none.
     std::int64_t version = 0;
-    /// Of the value when bridge and broker last agreed; 0: never.
-    std::uint64_t fingerprint = 0;
-    /// The value was changed at the device since then.
-    bool changedAway = false;
-
-    bool operator==(const VersionRecord& other) const {
-        return version == other.version && fingerprint == other.fingerprint && changedAway == other.changedAway;
-    }
+    /// Fingerprint of the value when bridge and broker last agreed. 0: they never did; 1: it was changed at the device
+    /// since then.
+    std::uint64_t agreed = 0;
+    /// That of the value now; not stored; 0: not known yet.
+    std::uint64_t current = 0;
 };
 
 using VersionRecords = std::map<std::string, VersionRecord>;
-
-/// Keeps the records. The fleet's keeps them in memory.
-class VersionStore {
-public:
-    virtual ~VersionStore() = default;
-    virtual VersionRecords load() = 0;
-    /// Errors are logged, not thrown: the bridge goes on with what it has in memory.
-    virtual void store(const VersionRecords& records) = 0;
-};
 
 /// Decides which desired values are applied. No clock takes part:
 /// - Each version of a key is applied once, whichever topic it comes from; one that is not newer is not applied.
@@ -39,39 +27,38 @@ public:
 ///   since the bridge last agreed with the broker, the change counts as the newer one.
 class Versions {
 public:
-    explicit Versions(std::shared_ptr<VersionStore> keeper);
+    /// `known` is what an earlier run has stored.
+    explicit Versions(VersionRecords known = {}) : records(std::move(known)), stored(records) {}
 
     enum class Verdict { APPLY, OLD, CHANGED_SINCE };
-    Verdict judge(const std::string& key, std::int64_t version, bool retained) const;
+    Verdict judge(const std::string& key, std::int64_t version, bool retained);
     /// The version is done with: applied, or refused for good.
-    void settle(const std::string& key, std::int64_t version);
+    void settle(const std::string& key, std::int64_t version) { records[key].version = version; }
 
     /// The value of `key` is `value` now. `byBridge`: the bridge asked for it.
     void valueIs(const std::string& key, const std::optional<std::string>& value, bool byBridge = false);
 
     /// The broker has everything that the bridge had to tell, so all retained messages have arrived.
-    void agreed();
+    void agreed() { isAgreed = true; }
     /// The connection to the broker is lost.
     void parted();
 
-    /// What `save` would store. Without the last changes of values, which can wait, the bridge is only more careful
-    /// after a power cut; a version must not be applied twice.
+    /// What is not stored. Without the last changes of values, which can wait, the bridge is only more careful after a
+    /// power cut; a version must not be applied twice.
     enum class Unsaved { NOTHING, VALUES, VERSIONS };
-    Unsaved unsaved() const { return unsavedPart; }
-    void save();
+    Unsaved unsaved() const;
+    /// The caller stores what this returns.
+    const VersionRecords& save();
 
 private:
-    VersionRecords snapshot() const;
-    void valuesAreNew();
+    /// What to remember as agreed when the connection ends now.
+    std::uint64_t agreedNow(const VersionRecord& record) const {
+        return isAgreed && record.current != 0 ? record.current : record.agreed;
+    }
 
-    std::shared_ptr<VersionStore> store;
     VersionRecords records;
-    /// As the store has them.
     VersionRecords stored;
-    /// Of the values now.
-    std::map<std::string, std::uint64_t> fingerprints;
     bool isAgreed = false;
-    Unsaved unsavedPart = Unsaved::NOTHING;
 };
 
 }  // namespace SettingsMqtt

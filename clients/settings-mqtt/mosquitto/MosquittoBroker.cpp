@@ -1,7 +1,6 @@
 #include "mosquitto/MosquittoBroker.h"
 
 #include <algorithm>
-#include <chrono>
 #include <stdexcept>
 #include <utility>
 
@@ -18,13 +17,9 @@ using Clock = std::chrono::steady_clock;
 /// A broker of version 5 keeps larger messages to itself; payloads up to this size are answered.
 constexpr std::uint32_t largestPacket = 1048576;
 
-std::string reasonOf(int code) {
-    return mosquitto_strerror(code);
-}
-
 void check(int code, const std::string& what) {
     if (code != MOSQ_ERR_SUCCESS) {
-        throw std::runtime_error(what + ": " + reasonOf(code));
+        throw std::runtime_error(what + ": " + mosquitto_strerror(code));
     }
 }
 
@@ -32,65 +27,16 @@ const char* orNull(const std::string& text) {
     return text.empty() ? nullptr : text.c_str();
 }
 
+MosquittoBroker& brokerAt(void* place) {
+    return *static_cast<MosquittoBroker*>(place);
+}
+
 }  // namespace
-
-/// What libmosquitto calls, from within `process` or, when a connection breaks, from within anything.
-struct MosquittoBroker::Callbacks {
-    static MosquittoBroker& self(void* broker) { return *static_cast<MosquittoBroker*>(broker); }
-
-    static void connected(mosquitto* /*library*/, void* broker, int code, int /*flags*/,
-                          const mosquitto_property* /*properties*/) {
-        if (code != 0) {
-            const bool isNew = self(broker).options.protocol == "5";
-            self(broker).lossReason = isNew ? mosquitto_reason_string(code) : mosquitto_connack_string(code);
-            return;
-        }
-        self(broker).connectedSince = Clock::now();
-        self(broker).loggedReason.clear();
-        self(broker).options.log(1, "connected to the broker");
-        if (const auto listener = self(broker).listener.lock()) {
-            listener->brokerConnected();
-        }
-    }
-
-    static void disconnected(mosquitto* /*library*/, void* broker, int code, const mosquitto_property* /*properties*/) {
-        if (self(broker).lossReason.empty()) {
-            self(broker).lossReason = code == 0 ? "the bridge disconnected" : reasonOf(code);
-        }
-    }
-
-    static void received(mosquitto* /*library*/, void* broker, const mosquitto_message* message,
-                         const mosquitto_property* /*properties*/) {
-        if (const auto listener = self(broker).listener.lock()) {
-            const auto* const bytes = static_cast<const char*>(message->payload);
-            listener->received(
-                {message->topic,
-                 bytes == nullptr ? "" : std::string(bytes, static_cast<std::size_t>(message->payloadlen)),
-                 message->retain});
-        }
-    }
-
-    static void published(mosquitto* /*library*/, void* broker, int number, int code,
-                          const mosquitto_property* /*properties*/) {
-        if (code >= MQTT_RC_UNSPECIFIED) {
-            self(broker).options.log(2, std::string("the broker refuses a message: ") + mosquitto_reason_string(code));
-        }
-        if (const auto listener = self(broker).listener.lock()) {
-            listener->acknowledged(number);
-        }
-    }
-
-    static void subscribed(mosquitto* /*library*/, void* broker, int /*number*/, int count, const int* granted,
-                           const mosquitto_property* /*properties*/) {
-        if (std::any_of(granted, granted + count, [](int quality) { return quality >= MQTT_RC_UNSPECIFIED; })) {
-            self(broker).options.log(2, "the broker refuses the subscription to commands");
-        }
-    }
-};
 
 MosquittoBroker::MosquittoBroker(MosquittoOptions chosen)
     : options(std::move(chosen)),
-      pauses(options.firstPause, options.longestPause, options.seed),
+      isVersion5(options.protocol == "5"),
+      pauses(Pauses::Seconds(options.firstPause), Pauses::Seconds(options.longestPause), options.seed),
       connection(nullptr, mosquitto_destroy) {
     mosquitto_lib_init();
 }
@@ -114,7 +60,7 @@ int MosquittoBroker::publish(const Message& message) {
         mosquitto_publish(connection.get(), &number, message.topic.c_str(), static_cast<int>(message.payload.size()),
                           message.payload.data(), 1, message.retained);
     if (code != MOSQ_ERR_SUCCESS && lossReason.empty()) {
-        lossReason = reasonOf(code);
+        lossReason = mosquitto_strerror(code);
     }
     return number;
 }
@@ -122,11 +68,10 @@ int MosquittoBroker::publish(const Message& message) {
 /// Files are read anew for each connection, so that new certificates need no restart.
 void MosquittoBroker::configure() {
     mosquitto* const library = connection.get();
-    const bool isNew = options.protocol == "5";
-    check(mosquitto_int_option(library, MOSQ_OPT_PROTOCOL_VERSION, isNew ? MQTT_PROTOCOL_V5 : MQTT_PROTOCOL_V311),
+    const Message& will = options.lastWill;
+    check(mosquitto_int_option(library, MOSQ_OPT_PROTOCOL_VERSION, isVersion5 ? MQTT_PROTOCOL_V5 : MQTT_PROTOCOL_V311),
           "protocol");
     check(mosquitto_int_option(library, MOSQ_OPT_TCP_NODELAY, 1), "TCP");
-    const Message& will = options.lastWill;
     check(mosquitto_will_set(library, will.topic.c_str(), static_cast<int>(will.payload.size()), will.payload.data(), 1,
                              will.retained),
           "last will");
@@ -138,12 +83,7 @@ void MosquittoBroker::configure() {
                                 nullptr),
               "TLS");
     }
-    mosquitto_connect_v5_callback_set(library, Callbacks::connected);
-    mosquitto_disconnect_v5_callback_set(library, Callbacks::disconnected);
-    mosquitto_message_v5_callback_set(library, Callbacks::received);
-    mosquitto_publish_v5_callback_set(library, Callbacks::published);
-    mosquitto_subscribe_v5_callback_set(library, Callbacks::subscribed);
-    if (isNew) {
+    if (isVersion5) {
         // The call that does not wait has no properties, but keeps those of this one, which fails without an address.
         mosquitto_property* properties = nullptr;
         check(mosquitto_property_add_int32(&properties, MQTT_PROP_MAXIMUM_PACKET_SIZE, largestPacket), "properties");
@@ -152,12 +92,58 @@ void MosquittoBroker::configure() {
     }
 }
 
+/// What libmosquitto calls, from within `process` or, when a connection breaks, from within anything.
+void MosquittoBroker::watch() {
+    using Library = mosquitto;
+    using Properties = mosquitto_property;
+    Library* const library = connection.get();
+    mosquitto_connect_v5_callback_set(
+        library, [](Library*, void* self, int code, int, const Properties*) { brokerAt(self).accepted(code); });
+    mosquitto_disconnect_v5_callback_set(library, [](Library*, void* self, int code, const Properties*) {
+        if (brokerAt(self).lossReason.empty()) {
+            brokerAt(self).lossReason = code == 0 ? "the bridge disconnected" : mosquitto_strerror(code);
+        }
+    });
+    mosquitto_message_v5_callback_set(
+        library, [](Library*, void* self, const mosquitto_message* message, const Properties*) {
+            const auto* const bytes = static_cast<const char*>(message->payload);
+            const auto size = static_cast<std::size_t>(message->payloadlen);
+            brokerAt(self).listener->received(
+                {message->topic, bytes == nullptr ? "" : std::string(bytes, size), message->retain});
+        });
+    mosquitto_publish_v5_callback_set(library, [](Library*, void* self, int number, int code, const Properties*) {
+        if (code >= MQTT_RC_UNSPECIFIED) {
+            brokerAt(self).options.log(2,
+                                       std::string("the broker refuses a message: ") + mosquitto_reason_string(code));
+        }
+        brokerAt(self).listener->acknowledged(number);
+    });
+    mosquitto_subscribe_v5_callback_set(
+        library, [](Library*, void* self, int, int count, const int* granted, const Properties*) {
+            if (std::any_of(granted, granted + count, [](int quality) { return quality >= MQTT_RC_UNSPECIFIED; })) {
+                brokerAt(self).options.log(2, "the broker refuses the subscription to commands");
+            }
+        });
+}
+
+void MosquittoBroker::accepted(int code) {
+    if (code != 0) {
+        lossReason = isVersion5 ? mosquitto_reason_string(code) : mosquitto_connack_string(code);
+        return;
+    }
+    connectedSince = Clock::now();
+    loggedReason.clear();
+    options.log(1, "connected to the broker");
+    listener->brokerConnected();
+}
+
 void MosquittoBroker::open() {
     lossReason.clear();
     connection.reset(mosquitto_new(options.clientId.c_str(), true, this));
-    nextCare = Clock::now() + std::chrono::seconds(1);
+    due = Clock::now() + std::chrono::seconds(1);
     try {
         configure();
+        watch();
         check(mosquitto_connect_async(connection.get(), options.address.c_str(), options.port, options.keepalive),
               "connection");
     } catch (const std::runtime_error& error) {
@@ -167,36 +153,31 @@ void MosquittoBroker::open() {
 
 void MosquittoBroker::close(const std::string& reason) {
     const auto now = Clock::now();
-    const bool wasConnected = connectedSince.has_value();
-    const auto pause =
-        pauses.next(wasConnected ? std::chrono::duration_cast<Pauses::Milliseconds>(now - *connectedSince)
-                                 : Pauses::Milliseconds());
-    connectedSince.reset();
+    const auto since = std::exchange(connectedSince, std::nullopt);
+    const auto pause = std::chrono::ceil<std::chrono::milliseconds>(pauses.next(now - since.value_or(now)));
     connection.reset();
-    nextAttempt = now + pause;
-    options.log(reason == loggedReason ? 0 : 2, (wasConnected ? "the broker is lost: " : "cannot reach the broker: ") +
+    due = now + pause;
+    options.log(reason == loggedReason ? 0 : 2, (since ? "the broker is lost: " : "cannot reach the broker: ") +
                                                     reason + "; next attempt in " + std::to_string(pause.count()) +
                                                     " ms");
     loggedReason = reason;
-    const auto who = listener.lock();
-    if (wasConnected && who) {
-        who->brokerLost();
+    if (since) {
+        listener->brokerLost();
     }
 }
 
 SettingsBridge::Source::Wanted MosquittoBroker::wanted() {
     if (!connection) {
-        return {-1, 0, listener.expired() ? std::nullopt : std::make_optional(nextAttempt)};
+        return {-1, 0, listener == nullptr ? std::nullopt : std::optional(due)};
     }
     const bool isWriting = mosquitto_want_write(connection.get());
     return {mosquitto_socket(connection.get()), static_cast<short>(isWriting ? POLLIN | POLLOUT : POLLIN),
-            lossReason.empty() ? nextCare : Clock::now()};
+            lossReason.empty() ? due : Clock::now()};
 }
 
 void MosquittoBroker::process(short events) {
     if (!connection) {
-        open();
-        return;
+        return open();
     }
     int code = MOSQ_ERR_SUCCESS;
     if ((events & ~POLLOUT) != 0) {
@@ -205,12 +186,12 @@ void MosquittoBroker::process(short events) {
     if (code == MOSQ_ERR_SUCCESS && (events & POLLOUT) != 0) {
         code = mosquitto_loop_write(connection.get(), 1);
     }
-    if (code == MOSQ_ERR_SUCCESS && Clock::now() >= nextCare) {
+    if (code == MOSQ_ERR_SUCCESS && Clock::now() >= due) {
         code = mosquitto_loop_misc(connection.get());
-        nextCare = Clock::now() + std::chrono::seconds(options.keepalive) / 4;
+        due = Clock::now() + std::chrono::seconds(options.keepalive) / 4;
     }
     if (code != MOSQ_ERR_SUCCESS || !lossReason.empty()) {
-        close(lossReason.empty() ? reasonOf(code) : lossReason);
+        close(lossReason.empty() ? mosquitto_strerror(code) : lossReason);
     }
 }
 

@@ -1,13 +1,12 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "Broker.h"
+#include "Connections.h"
 #include "bridge/Loop.h"
 #include "mosquitto/Pauses.h"
 
@@ -22,10 +21,10 @@ struct MosquittoOptions {
     std::string protocol = "5";
     std::string clientId;
     Message lastWill;
-    /// In seconds.
+    /// In seconds, as the pauses.
     int keepalive = 60;
-    Pauses::Milliseconds firstPause{1000};
-    Pauses::Milliseconds longestPause{120000};
+    double firstPause = 1;
+    double longestPause = 120;
     std::uint64_t seed = 0;
     /// Files; TLS is used when there is a CA.
     std::string ca;
@@ -34,7 +33,7 @@ struct MosquittoOptions {
     /// No user: anonymous.
     std::string user;
     std::string password;
-    std::function<void(int level, const std::string& text)> log = [](int, const std::string&) {};
+    Log log = [](int, const std::string&) {};
 };
 
 /// A connection by libmosquitto. It connects again by itself, after pauses.
@@ -43,8 +42,8 @@ public:
     explicit MosquittoBroker(MosquittoOptions chosen);
     ~MosquittoBroker() override;
 
-    /// Connects from now on and tells `who`.
-    void listen(const std::shared_ptr<BrokerListener>& who) { listener = who; }
+    /// Connects from now on and tells `who`, which must live as long as this is processed.
+    void listen(BrokerListener& who) { listener = &who; }
     bool isConnected() const { return connectedSince.has_value(); }
 
     void subscribe(const std::vector<std::string>& topics) override;
@@ -56,19 +55,19 @@ public:
     void disconnect();
 
 private:
-    struct Callbacks;
-
     void open();
     void configure();
+    void watch();
+    void accepted(int code);
     void close(const std::string& reason);
 
     const MosquittoOptions options;
-    std::weak_ptr<BrokerListener> listener;
+    const bool isVersion5;
+    BrokerListener* listener = nullptr;
     Pauses pauses;
     std::unique_ptr<mosquitto, void (*)(mosquitto*)> connection;
-    Time nextAttempt{};
-    /// When libmosquitto looks after the connection: pings, missing replies.
-    Time nextCare{};
+    /// Of the next attempt to connect; with a connection, when libmosquitto looks after it: pings, missing replies.
+    Time due{};
     std::optional<Time> connectedSince;
     /// Why the broker refused or closed the connection; empty: it did not.
     std::string lossReason;

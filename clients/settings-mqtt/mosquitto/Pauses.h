@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <random>
 
@@ -9,20 +10,24 @@ namespace SettingsMqtt {
 /// and random, the longest of them twice the shortest, so that many devices do not come back at the same moment.
 class Pauses {
 public:
-    using Milliseconds = std::chrono::milliseconds;
+    using Seconds = std::chrono::duration<double>;
     /// A connection that lasted this long makes the next pause a first one.
-    static constexpr Milliseconds steady{60000};
+    static constexpr Seconds steady{60};
 
-    Pauses(Milliseconds firstPause, Milliseconds longestPause, std::uint64_t seed)
+    Pauses(Seconds firstPause, Seconds longestPause, std::uint64_t seed)
         : first(firstPause), longest(longestPause), random(seed) {}
 
     /// The pause after a connection that lasted `connected`; zero after an attempt that failed.
-    Milliseconds next(Milliseconds connected);
+    Seconds next(Seconds connected) {
+        const bool isFirst = upTo == Seconds::zero() || connected >= steady;
+        upTo = std::min(isFirst ? first : 2 * upTo, longest);
+        return upTo * std::uniform_real_distribution<>(0.5, 1)(random);
+    }
 
 private:
-    const Milliseconds first;
-    const Milliseconds longest;
-    Milliseconds upTo{0};
+    const Seconds first;
+    const Seconds longest;
+    Seconds upTo{0};
     std::mt19937_64 random;
 };
 

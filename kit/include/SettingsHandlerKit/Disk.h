@@ -1,16 +1,19 @@
 #pragma once
 
+#include <chrono>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <system_error>
+#include <vector>
 
 namespace SettingsHandlerKit {
 
-/// What a storage does to the disk: every operation that changes files or makes changes durable. This class is the
-/// system's disk. Tests derive from it to let operations fail. Whether files exist and what they hold is read from the
-/// system, so a derived disk keeps its files there.
+/// What a storage does with the disk. This class is the system's disk. Tests derive from it to let operations fail, or
+/// to keep the files elsewhere; what a database holds goes through `databaseLayer`.
 ///
-/// Errors: each operation returns an `errno` value of the generic category, or none when it succeeded. Threads: those
-/// of the storage. Paths are absolute.
+/// Errors: each operation that returns a `std::error_code` returns an `errno` value of the generic category, or none
+/// when it succeeded. Threads: those of the storage. Paths are absolute.
 class Disk {
 public:
     Disk() = default;
@@ -34,6 +37,20 @@ public:
     /// The name of the file system layer (VFS), registered with SQLite, through which the database is used; empty for
     /// SQLite's default. It is read whenever a database is opened.
     virtual std::string databaseLayer() const;
+
+    /// What is known of a file.
+    struct FileState {
+        /// 0 for a folder and for a link that leads nowhere.
+        std::uintmax_t size = 0;
+        /// When its content was changed.
+        std::chrono::system_clock::time_point changed;
+    };
+    /// Returns: nothing when there is no file, folder or link of that name.
+    virtual std::optional<FileState> find(const std::string& path) const;
+    /// Can the file be opened, for reading and with `writing` also for that? Nothing is changed.
+    virtual std::error_code tryOpen(const std::string& file, bool writing) const;
+    /// Adds the names of all that is in a folder, without the folder, in any order.
+    virtual std::error_code list(const std::string& folder, std::vector<std::string>& names) const;
 };
 
 }  // namespace SettingsHandlerKit

@@ -9,8 +9,8 @@
 
 namespace SettingsHandlerKit {
 
-/// The system's disk, with a say before each operation, also before each one of the database: for tests and simulators
-/// that delay operations or let them fail. Threads: those of the storage.
+/// Another disk, with a say before each operation, also before each one of the database: for tests and simulators that
+/// delay operations or let them fail. Threads: those of the storage.
 class InterceptedDisk : public Disk {
 public:
     /// What an operation does.
@@ -27,8 +27,8 @@ public:
     /// `errno` value of the generic category; none to do it.
     using Intercept = std::function<std::error_code(Operation)>;
 
-    /// Gives each operation to `intercept` first.
-    explicit InterceptedDisk(Intercept intercept);
+    /// Gives each operation to `intercept` first, then to `disk`.
+    explicit InterceptedDisk(Intercept intercept, std::shared_ptr<Disk> disk = std::make_shared<Disk>());
     ~InterceptedDisk() override;
 
     std::error_code createFolder(const std::string& folder) override;
@@ -38,6 +38,10 @@ public:
     std::error_code removeFile(const std::string& file) override;
     std::error_code sync(const std::string& path) override;
     std::string databaseLayer() const override;
+    /// What files there are is not intercepted.
+    std::optional<FileState> find(const std::string& path) const override;
+    std::error_code tryOpen(const std::string& file, bool writing) const override;
+    std::error_code list(const std::string& folder, std::vector<std::string>& names) const override;
 
 private:
     struct Parts;

@@ -154,7 +154,7 @@ public:
 
     /// How many events the handler has sent: one for each value that it accepted.
     unsigned long eventsSent() const;
-    /// The path of the Unix socket.
+    /// The path of the Unix socket; empty without one.
     std::string socketPath() const;
     /// The address of the pages with their key; empty before `start` and without a web port.
     std::string pageAddress() const;
@@ -169,8 +169,9 @@ public:
     /// From now on `/healthz` has the member `name` with what `texts` returns, unless that is empty.
     void addToHealth(const std::string& name, std::function<std::vector<std::string>()> texts);
 
-private:
+protected:
     struct Parts;
+    /// The inside, for the tests of the kit.
     const std::unique_ptr<Parts> parts;
 };
 

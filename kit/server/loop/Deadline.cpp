@@ -11,9 +11,8 @@ public:
     explicit Handle(std::function<void()> whatToDo) : action(std::move(whatToDo)) {}
 
     void start(std::chrono::milliseconds time) {
-        uv_timer_start(
-            get(), [](uv_timer_t* timer) { ownerOf(timer).action(); }, static_cast<std::uint64_t>(time.count()), 0);
-        uv_unref(generic());
+        startTimer(
+            get(), [](uv_timer_t* timer) { ownerOf(timer).action(); }, time);
     }
 
 private:

@@ -64,9 +64,8 @@ public:
     explicit DrainTimer(std::function<void()> whatToDo) : giveUp(std::move(whatToDo)) {}
 
     void start(unsigned milliseconds) {
-        uv_timer_start(
-            get(), [](uv_timer_t* expired) { ownerOf(expired).giveUp(); }, milliseconds, 0);
-        uv_unref(generic());
+        startTimer(
+            get(), [](uv_timer_t* expired) { ownerOf(expired).giveUp(); }, std::chrono::milliseconds(milliseconds));
     }
 
     const std::function<void()> giveUp;
@@ -105,6 +104,10 @@ void EventLoop::run() {
 
 void EventLoop::stop() {
     uv_stop(loop.get());
+}
+
+void EventLoop::keepOpen(bool open) {
+    (open ? uv_ref : uv_unref)(posts->generic());
 }
 
 namespace {

@@ -27,6 +27,8 @@ public:
     /// Serves until `stop`.
     void run();
     void stop();
+    /// While `open`, something is open: the loop runs, also when nothing else is.
+    void keepOpen(bool open);
     /// Serves until nothing is open any more, at most for `milliseconds` or until `stop`. Calls `giveUp`, which closes
     /// what is still open, at least once.
     void drain(unsigned milliseconds, std::function<void()> giveUp);

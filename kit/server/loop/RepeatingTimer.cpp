@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include <uv.h>
-
 #include "server/loop/UvHandle.h"
 
 namespace SettingsHandlerKit {
@@ -13,10 +11,8 @@ public:
     explicit Handle(std::function<void()> whatToDo) : action(std::move(whatToDo)) {}
 
     void start(std::chrono::milliseconds first, std::chrono::milliseconds every) {
-        uv_timer_start(
-            get(), [](uv_timer_t* timer) { ownerOf(timer).action(); }, static_cast<std::uint64_t>(first.count()),
-            static_cast<std::uint64_t>(every.count()));
-        uv_unref(generic());
+        startTimer(
+            get(), [](uv_timer_t* timer) { ownerOf(timer).action(); }, first, every);
     }
 
 private:

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+#include <cstdint>
 #include <memory>
 #include <utility>
 
@@ -60,5 +62,15 @@ private:
     Handle rawHandle{};
     std::shared_ptr<Owner> owner;
 };
+
+/// Calls `callback` when `first` is over and, unless `every` is 0, again and again. The timer does not keep the loop
+/// open. Its time begins now: libuv's own begins with the turn of the loop, which a slow disk makes long.
+inline void startTimer(uv_timer_t* timer, uv_timer_cb callback, std::chrono::milliseconds first,
+                       std::chrono::milliseconds every = std::chrono::milliseconds(0)) {
+    uv_update_time(timer->loop);
+    uv_timer_start(timer, callback, static_cast<std::uint64_t>(first.count()),
+                   static_cast<std::uint64_t>(every.count()));
+    uv_unref(reinterpret_cast<uv_handle_t*>(timer));
+}
 
 }  // namespace SettingsHandlerKit

@@ -26,10 +26,12 @@ UnixSocketListener::UnixSocketListener(EventLoop& eventLoop, std::unique_ptr<Soc
       clientListener(observer),
       backlog(std::move(backlogOfAll)),
       file(std::move(socket)),
-      acceptor(Descriptor(file->takeDescriptor())),
       turns(loop) {
-    acceptor.start(
-        loop, [this](int descriptor) { accept(descriptor); }, [this](int descriptor) { refuse(descriptor); });
+    if (file) {
+        acceptor.emplace(Descriptor(file->takeDescriptor()));
+        acceptor->start(
+            loop, [this](int descriptor) { accept(descriptor); }, [this](int descriptor) { refuse(descriptor); });
+    }
 }
 
 UnixSocketListener::~UnixSocketListener() {
@@ -47,10 +49,12 @@ void UnixSocketListener::accept(int descriptor) {
         return;
     }
     ::setsockopt(descriptor, SOL_SOCKET, SO_SNDBUF, &kernelBuffer, sizeof(kernelBuffer));
-    const auto stream = SocketStream::open(loop, std::move(socket));
-    if (!stream) {
-        return;
+    if (const auto stream = SocketStream::open(loop, std::move(socket))) {
+        serve(stream);
     }
+}
+
+void UnixSocketListener::serve(const std::shared_ptr<ByteStream>& stream) {
     auto client = std::make_shared<StreamClient>(
         stream, std::make_shared<LineFramer>(Wire::maximumFrameSize),
         StreamClient::Place{clientListener, turns, backlog, origin, ListenerKind::UNIX_SOCKET,
@@ -79,8 +83,10 @@ void UnixSocketListener::close() {
         return;
     }
     closing = true;
-    file->remove();
-    acceptor.close();
+    if (file) {
+        file->remove();
+        acceptor->close();
+    }
     turns.close();
     for (const auto& entry : clients) {
         entry.second->finish();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_map>
 
@@ -9,6 +10,7 @@
 #include "server/loop/Turns.h"
 #include "server/sockets/Acceptor.h"
 #include "server/sockets/Backlog.h"
+#include "server/sockets/ByteStream.h"
 #include "server/sockets/SocketFile.h"
 
 namespace SettingsHandlerKit {
@@ -27,7 +29,7 @@ class StreamClient;
 class UnixSocketListener {
 public:
     /// Serves clients of `origin` that connect to `socket`, and notifies `clientListener`, which outlives it. What
-    /// waits for them counts in `backlog`.
+    /// waits for them counts in `backlog`. Without a socket only those of `serve`.
     UnixSocketListener(EventLoop& loop, std::unique_ptr<SocketFile> socket, Origin origin,
                        ClientListener& clientListener, std::shared_ptr<Backlog> backlog = std::make_shared<Backlog>());
     /// The same at `place`, see `SocketFile`. Errors: `ListenerError`.
@@ -38,12 +40,13 @@ public:
     UnixSocketListener(const UnixSocketListener&) = delete;
     UnixSocketListener& operator=(const UnixSocketListener&) = delete;
 
-    const std::string& path() const { return file->path(); }
+    /// Serves one more client, which need not have come by the socket.
+    void serve(const std::shared_ptr<ByteStream>& stream);
 
     /// Takes no more clients and frames, and closes each connection when its backlog is sent.
     void close();
     /// The socket once more, for another listener: it still listens when this one is closed.
-    Descriptor duplicate() { return acceptor.duplicate(); }
+    Descriptor duplicate() { return acceptor->duplicate(); }
     /// Leaves the file to the other listener. Returns: whether that one is to remove it at its end.
     bool leaveFile() { return file->leave(); }
     /// Closes the remaining connections at once.
@@ -59,7 +62,7 @@ private:
     ClientListener& clientListener;
     std::shared_ptr<Backlog> backlog;
     std::unique_ptr<SocketFile> file;
-    Acceptor acceptor;
+    std::optional<Acceptor> acceptor;
     Turns turns;
     std::unordered_map<StreamClient*, std::shared_ptr<StreamClient>> clients;
     bool closing = false;

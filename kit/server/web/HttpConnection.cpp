@@ -15,7 +15,7 @@ constexpr std::size_t largestWrite = 16384;
 HttpConnection::HttpConnection(EventLoop& loop, Turns& turnsOfLoop, std::shared_ptr<ByteStream> itsStream,
                                std::chrono::milliseconds time, Server& itsServer)
     : stream(std::move(itsStream)), turns(turnsOfLoop), server(itsServer), timeout(time), deadline(loop, [this] {
-          close();
+          expired();
       }) {
     stream->setUser(this);
 }
@@ -28,8 +28,23 @@ HttpConnection::~HttpConnection() {
 }
 
 void HttpConnection::start() {
-    deadline.set(timeout);
+    beginWait();
     stream->startReading();
+}
+
+void HttpConnection::beginWait() {
+    isExpired = false;
+    deadline.set(timeout);
+}
+
+void HttpConnection::expired() {
+    const auto self = shared_from_this();
+    isExpired = true;
+    // After a pause of the whole process, what came meanwhile is not read yet.
+    stream->readNow();
+    if (isExpired && !upgraded) {
+        close();
+    }
 }
 
 void HttpConnection::received(const char* bytes, std::size_t size) {
@@ -37,7 +52,7 @@ void HttpConnection::received(const char* bytes, std::size_t size) {
         return;
     }
     if (input.empty()) {
-        deadline.set(timeout);
+        beginWait();
     }
     input.append(bytes, size);
     takeRequest();
@@ -97,7 +112,7 @@ void HttpConnection::beginAnswer(HttpAnswer answer, bool withBody, bool closes) 
     output = headOf(answer, closes);
     body = withBody ? std::move(answer.body) : nullptr;
     sentOfBody = 0;
-    deadline.set(timeout);
+    beginWait();
     writeOn();
 }
 
@@ -128,7 +143,7 @@ void HttpConnection::written(bool isSent) {
 void HttpConnection::answered() {
     answering = false;
     body.reset();
-    deadline.set(timeout);
+    beginWait();
     if (closesAfterAnswer) {
         // Closed now, with something unread, the kernel would discard what is on its way to the other side.
         ending = true;

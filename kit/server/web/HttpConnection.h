@@ -57,6 +57,8 @@ private:
     void beginAnswer(HttpAnswer answerToSend, bool withBody, bool closes);
     void writeOn();
     void answered();
+    void beginWait();
+    void expired();
 
     const std::shared_ptr<ByteStream> stream;
     Turns& turns;
@@ -75,6 +77,8 @@ private:
     /// The output is ended; what comes is ignored until the other side ends it too.
     bool ending = false;
     bool upgraded = false;
+    /// The time was over, and no other wait has begun since.
+    bool isExpired = false;
 };
 
 }  // namespace SettingsHandlerKit

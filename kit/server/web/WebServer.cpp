@@ -30,8 +30,10 @@ WebServer::WebServer(EventLoop& eventLoop, std::unique_ptr<TcpListener> itsListe
           writeLog(VessaLogger::WARNING,
                    "web: connections without key or cookie closed to make room for others: " + std::to_string(count));
       }) {
-    listener->start(
-        loop, [this](int descriptor) { adopt(descriptor); }, [this](int /*descriptor*/) { refuseConnection(); });
+    if (listener) {
+        listener->start(
+            loop, [this](int descriptor) { accept(descriptor); }, [this](int /*descriptor*/) { refuseConnection(); });
+    }
 }
 
 WebServer::~WebServer() {
@@ -42,12 +44,22 @@ WebServer::~WebServer() {
     }
 }
 
-void WebServer::adopt(int descriptor) {
+void WebServer::accept(int descriptor) {
     Descriptor socket(descriptor);
     ::setsockopt(descriptor, SOL_SOCKET, SO_SNDBUF, &kernelBuffer, sizeof(kernelBuffer));
+    // Room in the system, too.
     makeRoom();
-    auto stream = connections.haveRoom() ? SocketStream::open(loop, std::move(socket)) : nullptr;
-    if (!stream) {
+    if (const auto stream = SocketStream::open(loop, std::move(socket))) {
+        serve(stream);
+    } else {
+        refuseConnection();
+    }
+}
+
+void WebServer::serve(const std::shared_ptr<ByteStream>& stream) {
+    makeRoom();
+    if (!connections.haveRoom()) {
+        stream->close();
         refuseConnection();
         return;
     }
@@ -155,7 +167,9 @@ void WebServer::close() {
         return;
     }
     closing = true;
-    listener->close();
+    if (listener) {
+        listener->close();
+    }
     turns.close();
     for (const auto& entry : visitors) {
         entry.second->finish();

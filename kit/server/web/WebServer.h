@@ -32,7 +32,8 @@ class WebSocketWriter;
 class WebServer final : private HttpConnection::Server {
 public:
     /// The listeners of `routes` outlive the server; that of the first one is notified of refused connections. What
-    /// waits for clients counts in `backlog`. Errors: `ListenerError`.
+    /// waits for clients counts in `backlog`. Without a `listener` only connections of `serve`. Errors:
+    /// `ListenerError`.
     WebServer(EventLoop& loop, std::unique_ptr<TcpListener> listener, WebSite site, std::vector<WebSocketRoute> routes,
               std::shared_ptr<Backlog> backlog);
     ~WebServer() override;
@@ -40,6 +41,8 @@ public:
     WebServer(const WebServer&) = delete;
     WebServer& operator=(const WebServer&) = delete;
 
+    /// Serves one more connection, which need not have come by the listener.
+    void serve(const std::shared_ptr<ByteStream>& stream);
     /// Takes no more connections, and closes each one when its answer or its backlog is sent.
     void close();
     /// The listening socket once more, for another server: it still listens when this one is closed.
@@ -52,7 +55,7 @@ public:
     void replaceKey(const std::string& key, const std::string& secret);
 
 private:
-    void adopt(int descriptor);
+    void accept(int descriptor);
     void makeRoom();
     HttpAnswer answer(HttpConnection& connection, const HttpRequest& request) override;
     HttpAnswer answerTo(HttpConnection& connection, const HttpRequest& request);

@@ -9,7 +9,7 @@ interface Props {
     readonly menu: RefObject<HTMLElement>;
     readonly current: SectionId;
     readonly onShow: (id: SectionId) => void;
-    readonly onEnter: () => void;
+    readonly onEnter: (id: SectionId) => void;
 }
 
 /** The menu of sections: the focus shows a section, a click or Enter leads into it. */
@@ -29,8 +29,7 @@ export function Menu({ menu, current, onShow, onEnter }: Props): JSX.Element {
                                 onShow(id);
                             }}
                             onClick={() => {
-                                onShow(id);
-                                onEnter();
+                                onEnter(id);
                             }}
                         >
                             <Icon name={id} />

@@ -4,7 +4,7 @@ import { useLayoutEffect, useRef } from 'preact/hooks';
 import { focusChosen } from '../focus/navigation';
 
 interface Props {
-    readonly class?: 'panel';
+    readonly class?: 'panel' | 'panel wide';
     readonly title: string;
     readonly onClose: () => void;
     readonly children: ComponentChildren;

@@ -5,6 +5,8 @@ import { usePage } from './context';
 import { Modal } from './Modal';
 
 interface Props {
+    /** As wide as the page, or as the list. */
+    readonly class?: 'panel wide' | 'panel';
     readonly title: string;
     /** Shown beside the panel as long as it is open. */
     readonly explanation?: ComponentChildren;
@@ -13,10 +15,10 @@ interface Props {
 }
 
 /** A list of its own, as high as the page. */
-export function Panel({ explanation, children, ...modal }: Props): JSX.Element {
+export function Panel({ class: name = 'panel', explanation, children, ...modal }: Props): JSX.Element {
     const { t } = usePage().language;
     return (
-        <Modal class="panel" {...modal}>
+        <Modal class={name} {...modal}>
             <button type="button" class="tool close" data-tool="close" aria-label={t('close')} onClick={modal.onClose}>
                 <Icon name="remove" />
             </button>

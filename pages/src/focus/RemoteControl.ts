@@ -1,5 +1,6 @@
 import type { RefObject } from 'preact';
 
+import type { SectionId } from '../sections/rows';
 import { isBack, isForPage } from './keys';
 import {
     directionOf,
@@ -19,6 +20,17 @@ export interface Zones {
 }
 export type Writing = 'ltr' | 'rtl';
 
+/** The section in the list, and the one that the menu is at: the list follows a little later. */
+export interface Sections {
+    readonly drawn: SectionId;
+    readonly current: SectionId;
+}
+
+export interface Goal {
+    readonly section: SectionId;
+    readonly row?: string | undefined;
+}
+
 /** The states of the two entries in the browser's history: the person is in the menu, or inside a section. */
 const menuEntry = 'menu';
 const insideEntry = 'inside';
@@ -35,27 +47,38 @@ function pushInsideEntry(): void {
 
 /** Moves the focus by four arrows, Enter and Back, including the browser's own Back. Remembers the position in each section. */
 export class RemoteControl {
-    private section = '';
+    /** What the list shows, and what it shows soon. */
+    private sections: Sections;
     private writing: Writing = 'ltr';
     private readonly positions = new Map<string, Position>();
-    /** The row to focus once its section is drawn. */
-    private goal: { readonly section: string; readonly row: string } | null = null;
+    /** Where to go once the section is drawn. */
+    private goal: Goal | null = null;
     private zone: 'menu' | 'list' = 'menu';
 
-    constructor(private readonly zones: Zones) {}
+    /** `draw`: draws a section at once. */
+    constructor(
+        private readonly zones: Zones,
+        section: SectionId,
+        private readonly draw: (section: SectionId) => void,
+    ) {
+        this.sections = { drawn: section, current: section };
+    }
 
     /** To be called after each rendering. */
-    update(section: string, writing: Writing): void {
-        this.section = section;
+    update(sections: Sections, writing: Writing): void {
+        this.sections = sections;
         this.writing = writing;
         if (history.state === null) {
             history.replaceState(menuEntry, '');
         }
-        if (this.goal?.section === section && this.list !== null) {
-            if (!focusRow(this.list, this.goal.row)) {
+        if (this.goal?.section === sections.drawn && this.list !== null) {
+            const { row } = this.goal;
+            this.goal = null;
+            if (row === undefined) {
+                this.enterList();
+            } else if (!focusRow(this.list, row)) {
                 focusFirst(this.list);
             }
-            this.goal = null;
         }
     }
 
@@ -71,15 +94,19 @@ export class RemoteControl {
         };
     }
 
-    /** Focuses a row, with the next rendering when it is one of another section. */
-    enterAt(section: string, row: string): void {
-        this.goal = { section, row };
-        this.update(this.section, this.writing);
+    /** Focuses a row, or where the focus was, once the section is drawn. */
+    enterAt(goal: Goal): void {
+        this.goal = goal;
+        this.draw(goal.section);
+        this.update(this.sections, this.writing);
     }
 
-    enterList(focusPosition = enterPosition): void {
-        if (this.list !== null) {
-            focusPosition(this.list, this.positions.get(this.section) ?? null);
+    private enterList(focusPosition = enterPosition): void {
+        const { drawn, current } = this.sections;
+        if (drawn !== current) {
+            this.enterAt({ section: current });
+        } else if (this.list !== null) {
+            focusPosition(this.list, this.positions.get(drawn) ?? null);
         }
     }
 
@@ -155,7 +182,7 @@ export class RemoteControl {
             pushInsideEntry();
             const position = positionOf(this.list, item);
             if (position !== null) {
-                this.positions.set(this.section, position);
+                this.positions.set(this.sections.drawn, position);
             }
         } else if (this.menu?.contains(item) === true) {
             this.zone = 'menu';
@@ -200,7 +227,7 @@ export class RemoteControl {
     /** The browser went to another entry of its history. */
     private readonly handleHistory = ({ state }: PopStateEvent): void => {
         // The entry may be older than the section that is shown.
-        history.replaceState(state ?? menuEntry, '', `#${this.section}`);
+        history.replaceState(state ?? menuEntry, '', `#${this.sections.current}`);
         if (state === null) {
             return;
         }

@@ -15,6 +15,13 @@ export function isForPage(event: KeyboardEvent): boolean {
     return !(event.defaultPrevented || event.isComposing || event.ctrlKey || event.altKey || event.metaKey);
 }
 
+/** Whether it is a letter or digit that is typed outside of a text field. */
+export function isTyped(event: KeyboardEvent): boolean {
+    return (
+        isForPage(event) && event.key.length === 1 && event.key !== ' ' && !(event.target instanceof HTMLInputElement)
+    );
+}
+
 function dropRepeated(event: KeyboardEvent): void {
     if (event.repeat && (event.key === 'Enter' || isBack(event.key))) {
         event.preventDefault();

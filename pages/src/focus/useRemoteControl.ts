@@ -1,29 +1,21 @@
 import { useLayoutEffect, useState } from 'preact/hooks';
 
-import { RemoteControl, type Writing, type Zones } from './RemoteControl';
+import type { SectionId } from '../sections/rows';
+import { RemoteControl, type Sections, type Writing, type Zones } from './RemoteControl';
 
-interface Moves {
-    /** Moves the focus into the list. */
-    readonly enterList: () => void;
-    /** Moves it to a row of a section, which may not be drawn yet. */
-    readonly enterAt: (section: string, row: string) => void;
-}
-
-/** Makes the page usable with a remote control. */
-export function useRemoteControl(zones: Zones, section: string, writing: Writing): Moves {
-    const [control] = useState(() => new RemoteControl(zones));
+/** Makes the page usable with a remote control. `draw`: draws a section at once. */
+export function useRemoteControl(
+    zones: Zones,
+    sections: Sections,
+    writing: Writing,
+    draw: (section: SectionId) => void,
+): RemoteControl {
+    const [control] = useState(() => new RemoteControl(zones, sections.drawn, draw));
     useLayoutEffect(() => control.start(), [control]);
     // Not `useEffect`, which runs after the next frame: a fast key would find the previous section.
     useLayoutEffect(() => {
-        control.update(section, writing);
+        control.update(sections, writing);
         control.recoverFocus();
     });
-    return {
-        enterList: () => {
-            control.enterList();
-        },
-        enterAt: (place, row) => {
-            control.enterAt(place, row);
-        },
-    };
+    return control;
 }

@@ -2,11 +2,11 @@ import type { JSX } from 'preact';
 import { useEffect } from 'preact/hooks';
 
 import { usePage } from '../components/context';
-import { Modal } from '../components/Modal';
 import { ReadOnlyRow } from '../components/ReadOnlyRow';
 import { Row } from '../components/Row';
 import { useDialog } from '../components/useDialog';
 import { Icon } from '../icons';
+import { LogOutDialog } from './LogOutDialog';
 
 const actionTexts = {
     opened: 'openSettings.done',
@@ -67,32 +67,5 @@ function ActionStatus(): JSX.Element {
                 </>
             )}
         </p>
-    );
-}
-
-function LogOutDialog({ onClose }: { readonly onClose: () => void }): JSX.Element {
-    const { store, language } = usePage();
-    const { t } = language;
-    return (
-        <Modal title={t('logOut.question')} onClose={onClose}>
-            {(['erases', 'turnsOff', 'keeps'] as const).map((part) => (
-                <p key={part}>{t(`logOut.${part}`)}</p>
-            ))}
-            <div class="buttons" data-row="answer">
-                <button type="button" class="button primary" onClick={onClose}>
-                    {t('cancel')}
-                </button>
-                <button
-                    type="button"
-                    class="button danger"
-                    onClick={() => {
-                        onClose();
-                        void store.logOut();
-                    }}
-                >
-                    {t('logOut')}
-                </button>
-            </div>
-        </Modal>
     );
 }

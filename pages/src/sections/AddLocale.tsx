@@ -1,12 +1,9 @@
 import type { ComponentChildren, JSX } from 'preact';
-import { useMemo } from 'preact/hooks';
 
 import { usePage } from '../components/context';
-import { Picker } from '../components/Picker';
 import { Row } from '../components/Row';
 import { useDialog } from '../components/useDialog';
-import { nameOfLocale } from '../i18n/language';
-import { offeredLocales } from './locales';
+import { AddLocalePanel } from './AddLocalePanel';
 import type { Locales } from './useLocales';
 
 interface Props {
@@ -17,15 +14,8 @@ interface Props {
 
 /** The row below the languages that adds one. */
 export function AddLocale({ list, tools, explanation }: Props): JSX.Element {
-    const { t, code } = usePage().language;
-    const picker = useDialog();
-    const options = useMemo(
-        () =>
-            offeredLocales
-                .map((value) => ({ value, name: nameOfLocale(value, code), words: [value] }))
-                .sort((left, right) => left.name.localeCompare(right.name, code)),
-        [code],
-    );
+    const { t } = usePage().language;
+    const panel = useDialog();
     return (
         <Row
             kind="opens"
@@ -35,15 +25,14 @@ export function AddLocale({ list, tools, explanation }: Props): JSX.Element {
             opensDialog
             tools={tools}
             explanation={explanation}
-            onUse={picker.open}
+            onUse={panel.open}
         >
-            {picker.isOpen && (
-                <Picker
-                    title={t('locale.add')}
-                    options={options.filter(({ value }) => !list.locales.includes(value))}
-                    onClose={picker.close}
+            {panel.isOpen && (
+                <AddLocalePanel
+                    set={list.locales}
+                    onClose={panel.close}
                     onChoose={(locale) => {
-                        picker.close();
+                        panel.close();
                         list.change([...list.locales, locale]);
                     }}
                 />

@@ -6,11 +6,11 @@ import { Explanation } from '../components/Explanation';
 import type { RowProps } from '../components/RowProps';
 import { RowStatus } from '../components/RowStatus';
 import { Tool } from '../components/Tool';
-import { isTranslated, nameOfLocale } from '../i18n/language';
-import { nameOfSetting, shortened } from '../settings/format';
+import { nameOfSetting } from '../settings/format';
 import { localesOf } from '../settings/values';
 import { AddLocale } from './AddLocale';
 import { LanguageQuestion } from './LanguageQuestion';
+import { LocaleHint } from './LocaleHint';
 import { rowNames } from './locales';
 import { LocaleRow } from './LocaleRow';
 import { useLocales, type Locales } from './useLocales';
@@ -58,7 +58,7 @@ export function LocaleList(props: RowProps): JSX.Element {
             </ol>
             <AddLocale list={list} tools={undo} explanation={explanation} />
             <RowStatus setting={props.setting} />
-            <Hint list={list} />
+            <LocaleHint list={list} />
             {list.question !== null && (
                 <LanguageQuestion locale={localesOf(list.question)[0] ?? ''} onAnswer={list.answer} />
             )}
@@ -74,29 +74,4 @@ function carryByArrow(event: KeyboardEvent, { pickedUp, carry }: Locales): void 
             carry(event.key === 'ArrowUp' ? -1 : 1);
         }
     }
-}
-
-/** Says what the keys do now. */
-function Hint({ list }: { readonly list: Locales }): JSX.Element {
-    const { t, code } = usePage().language;
-    const primary = list.locales[0];
-    const nameOf = (locale = '') => shortened(nameOfLocale(locale, code));
-    const words = () => {
-        if (list.pickedUp !== null) {
-            const { locales, index } = list.pickedUp;
-            const values = { name: nameOf(locales[index]), position: `${index + 1}`, count: `${locales.length}` };
-            return t('locale.carry', values);
-        }
-        if (list.canUndo) {
-            return t('locale.undo');
-        }
-        return primary === undefined || isTranslated(primary)
-            ? ''
-            : t('locale.untranslated', { name: nameOf(primary) });
-    };
-    return (
-        <p class="about" role="status">
-            {words()}
-        </p>
-    );
 }

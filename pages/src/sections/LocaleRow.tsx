@@ -1,15 +1,16 @@
 import type { ComponentChildren, JSX } from 'preact';
-import { useLayoutEffect, useRef } from 'preact/hooks';
+import { useRef } from 'preact/hooks';
 
 import { usePage } from '../components/context';
 import { Row } from '../components/Row';
 import { Tool } from '../components/Tool';
 import { useDialog } from '../components/useDialog';
-import { Icon } from '../icons';
 import { nameOfLocale } from '../i18n/language';
 import { shortened } from '../settings/format';
+import { CarryButtons } from './CarryButtons';
 import { LocaleMenu } from './LocaleMenu';
 import type { Locales } from './useLocales';
+import { usePutBack } from './usePutBack';
 
 interface Props {
     readonly row: string;
@@ -46,48 +47,5 @@ export function LocaleRow({ row, locale, index, list, hasUndo, explanation }: Pr
                 {menu.isOpen && <LocaleMenu name={name} index={index} list={list} onClose={menu.close} />}
             </Row>
         </li>
-    );
-}
-
-/** The row keeps the focus while it is carried; where the focus goes elsewhere, it is put back. */
-function usePutBack(item: { readonly current: HTMLLIElement | null }, isPickedUp: boolean, list: Locales): void {
-    // Before the next key: a row that was moved in the page has lost the focus.
-    useLayoutEffect(() => {
-        if (!isPickedUp) {
-            return undefined;
-        }
-        const handleFocus = ({ target }: FocusEvent) => {
-            if (target instanceof Node && item.current?.contains(target) === false) {
-                list.putBack();
-            }
-        };
-        item.current?.querySelector('button')?.focus();
-        document.addEventListener('focusin', handleFocus);
-        return () => {
-            document.removeEventListener('focusin', handleFocus);
-        };
-    });
-}
-
-/** For mouse and touch. */
-function CarryButtons({ list }: { readonly list: Locales }): JSX.Element {
-    const { t } = usePage().language;
-    return (
-        <>
-            {([-1, 1] as const).map((by) => (
-                <button
-                    key={by}
-                    type="button"
-                    class="tool"
-                    tabIndex={-1}
-                    aria-label={t(by < 0 ? 'locale.up' : 'locale.down')}
-                    onClick={() => {
-                        list.carry(by);
-                    }}
-                >
-                    <Icon name={by < 0 ? 'up' : 'down'} />
-                </button>
-            ))}
-        </>
     );
 }

@@ -1,61 +1,12 @@
 import type { JSX } from 'preact';
-import { catalogue, type Kind, type SettingKey } from 'settings-client';
 
-import { ChoiceRow } from '../components/ChoiceRow';
-import { usePage } from '../components/context';
-import { EditRow } from '../components/EditRow';
-import { IntroductionRow } from '../components/IntroductionRow';
-import { ReadOnlySetting } from '../components/ReadOnlyRow';
-import type { RowProps } from '../components/RowProps';
-import { SwitchRow } from '../components/SwitchRow';
-import { isIntroduction, isReadOnly } from '../settings/catalogue';
 import { About } from './About';
 import { AccountActions } from './AccountActions';
-import { CaptionsPreview, CaptionsRow } from './CaptionsPreview';
-import { LocaleList } from './LocaleList';
+import { CaptionsPreview } from './CaptionsPreview';
 import { RecentChanges } from './RecentChanges';
-import { rows, settingsOf, type SectionId } from './rows';
+import { settingsOf, type SectionId } from './rows';
 import { Search } from './Search';
-import { TimeZoneRow } from './TimeZoneRow';
-
-const rowOfKind: Readonly<Record<Kind, (props: RowProps) => JSX.Element>> = {
-    text: EditRow,
-    list: EditRow,
-    switch: SwitchRow,
-    choice: ChoiceRow,
-    locales: LocaleList,
-    timezone: TimeZoneRow,
-};
-
-/** The rows of settings that look like no other. */
-const rowOfSetting: Readonly<Partial<Record<SettingKey, (props: RowProps) => JSX.Element>>> = {
-    captionsFontSize: CaptionsRow,
-    captionsStyles: CaptionsRow,
-};
-
-/** The row for a setting; the kind decides, but for those that the page does not set, or sets in one way only. */
-function rowFor(setting: SettingKey): (props: RowProps) => JSX.Element {
-    if (rows[setting].isShownOnly === true || isReadOnly(setting)) {
-        return ReadOnlySetting;
-    }
-    const usual = isIntroduction(setting) ? IntroductionRow : rowOfKind[catalogue[setting].kind];
-    return rowOfSetting[setting] ?? usual;
-}
-
-function SettingRow({ setting }: { readonly setting: SettingKey }): JSX.Element {
-    const { state, language } = usePage();
-    const { t, about } = language;
-    const { parts, needsHandsFree } = rows[setting];
-    const isWithout = needsHandsFree === true && state.values?.['handsFreeEnabled'] !== 'true';
-    const Row = rowFor(setting);
-    return (
-        <Row
-            setting={setting}
-            about={isWithout ? `${about[setting]} ${t('handsFree.off')}` : about[setting]}
-            parts={parts?.map((part) => t(part))}
-        />
-    );
-}
+import { SettingRow } from './SettingRow';
 
 interface SectionEntry {
     readonly id: SectionId;

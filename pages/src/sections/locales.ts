@@ -1,11 +1,3 @@
-/** The locales that a person can add; others that are set already are kept. */
-export const offeredLocales: readonly string[] = (
-    'ar-AE ar-EG ar-SA bg-BG ca-ES cs-CZ da-DK de-AT de-CH de-DE el-GR en-AU en-CA en-GB en-IE en-IN en-NZ en-US en-ZA es-AR ' +
-    'es-CL es-CO es-ES es-MX es-US et-EE fi-FI fil-PH fr-BE fr-CA fr-CH fr-FR he-IL hi-IN hr-HR hu-HU id-ID it-CH it-IT ja-JP ' +
-    'ko-KR lt-LT lv-LV ms-MY nb-NO nl-BE nl-NL pl-PL pt-BR pt-PT ro-RO ru-RU sk-SK sl-SI sr-RS sv-SE th-TH tr-TR uk-UA vi-VN ' +
-    'zh-CN zh-HK zh-TW'
-).split(' ');
-
 /** The list with one locale at another place; places beyond its ends are its ends. */
 export function movedTo(locales: readonly string[], from: number, to: number): string[] {
     const list = [...locales];

@@ -13,6 +13,9 @@ interface Sent {
     readonly payload?: { readonly settings?: string[]; readonly settingDBId?: string; readonly to?: string };
 }
 
+/** The time from one frame to the next, in milliseconds. */
+const frameDuration = 20;
+
 /** A host that keeps values and replies at once, except while it is silent. */
 class FakeHost {
     values: Record<string, string> = { deviceName: 'TV', captionsEnabled: 'false', timezone: 'UTC' };
@@ -34,9 +37,14 @@ class FakeHost {
         this.store = new Store((observer) => connect({ ...observer, address: 'http://tv/' }, this.browser));
     }
 
+    /** Connects, up to what is read after the values were drawn. */
     async connect(): Promise<void> {
+        this.open();
+        await vi.advanceTimersByTimeAsync(frameDuration);
+    }
+
+    open(): void {
         this.browser.socket.open();
-        await settle();
     }
 
     close(): void {
@@ -85,7 +93,9 @@ class FakeHost {
         };
         if (hello !== undefined) {
             const resumed = hello.resume === undefined ? {} : { missed: false, reread: [] };
-            this.say({ messageId, hello: { run: 'run', sequence: this.sequence, ...resumed } });
+            queueMicrotask(() => {
+                this.say({ messageId, hello: { run: 'run', sequence: this.sequence, ...resumed } });
+            });
         } else if (type === 24) {
             const outcome = this.values[settingDBId] === to ? 'unchanged' : 'changed';
             const refusal = this.answers.get(settingDBId);
@@ -112,10 +122,6 @@ class FakeHost {
     }
 }
 
-function settle(): Promise<unknown> {
-    return vi.advanceTimersByTimeAsync(0);
-}
-
 let host: FakeHost;
 let store: Store;
 
@@ -132,10 +138,15 @@ afterEach(() => {
 });
 
 describe('the store', () => {
-    it('reads every value when the connection opens', () => {
+    it('reads every value when the connection opens, and what can wait after the next frame', async () => {
         expect(store.state.connection).toBe('online');
         expect(store.state.values).toEqual(host.values);
-        expect(store.state.selected).toBe(true);
+        expect([store.state.selected, store.state.changes]).toEqual([true, []]);
+        const other = new FakeHost();
+        other.open();
+        await vi.advanceTimersByTimeAsync(0);
+        expect(other.store.state.values).toEqual(other.values);
+        expect(other.requests).toEqual(['hello', 'get ']);
     });
 
     it('shows a new value at once, and then that it was accepted', async () => {

@@ -10,6 +10,7 @@ import {
     type Values,
 } from 'settings-client';
 
+import { afterPaint } from './afterPaint';
 import { History, type Changes } from './history';
 import { messageDuration, MessageQueue, type Message } from './messages';
 
@@ -217,16 +218,20 @@ export class Store {
         if (this.state.action === 'failed') {
             this.clearAction();
         }
-        void this.client.isSelected().then((selected) => {
-            if (selected !== null) {
-                this.update({ selected });
-            }
+        afterPaint(() => {
+            void this.client.isSelected().then((selected) => {
+                if (selected !== null) {
+                    this.update({ selected });
+                }
+            });
         });
     }
 
     private handleValues(values: Values): void {
         this.update({ values });
-        void this.reloadChanges();
+        afterPaint(() => {
+            void this.reloadChanges();
+        });
         for (const key of [...this.unconfirmed.keys()]) {
             this.confirm(key, values[key]);
         }

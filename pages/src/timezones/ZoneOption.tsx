@@ -43,5 +43,5 @@ export function ZoneOption({ zone, choice }: { readonly zone: Zone; readonly cho
 }
 
 function LocalTime({ zone, now }: { readonly zone: string; readonly now: number }): JSX.Element {
-    return <bdi class="value">{useLocalTime(zone, usePage().language.code, now)}</bdi>;
+    return <bdi class="value">{useLocalTime(zone, usePage().language.code, now, 'day and time')}</bdi>;
 }

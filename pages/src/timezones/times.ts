@@ -2,16 +2,20 @@ import { useEffect, useState } from 'preact/hooks';
 
 import { kept } from '../i18n/kept';
 
-const formatsIn = kept((code) =>
-    kept(
-        (timeZone) => new Intl.DateTimeFormat(code, { timeZone, weekday: 'short', hour: 'numeric', minute: '2-digit' }),
-    ),
-);
+function formats(options: Intl.DateTimeFormatOptions): (code: string) => (timeZone: string) => Intl.DateTimeFormat {
+    return kept((code) =>
+        kept((timeZone) => new Intl.DateTimeFormat(code, { timeZone, hour: 'numeric', minute: '2-digit', ...options })),
+    );
+}
 
-/** Weekday and time of day in a zone; empty when the browser does not know it. */
-function localTime(zone: string, code: string, now: number): string {
+/** What is told of the time in a zone. */
+const formatsOf = { time: formats({}), 'day and time': formats({ weekday: 'short' }) } as const;
+type Told = keyof typeof formatsOf;
+
+/** Empty when the browser does not know the zone. */
+function localTime(zone: string, code: string, now: number, told: Told): string {
     try {
-        return formatsIn(code)(zone).format(now);
+        return formatsOf[told](code)(zone).format(now);
     } catch {
         return '';
     }
@@ -40,15 +44,15 @@ export function useMinute(): number {
  * The local time in a zone; empty until it is its turn. Each zone has a timer of its own, because the times of a hundred zones
  * together would keep the next key waiting.
  */
-export function useLocalTime(zone: string, code: string, now: number): string {
+export function useLocalTime(zone: string, code: string, now: number, told: Told): string {
     const [time, setTime] = useState('');
     useEffect(() => {
         const timer = setTimeout(() => {
-            setTime(localTime(zone, code, now));
+            setTime(localTime(zone, code, now, told));
         });
         return () => {
             clearTimeout(timer);
         };
-    }, [zone, code, now]);
+    }, [zone, code, now, told]);
     return time;
 }

@@ -1,7 +1,7 @@
 import type { RefObject } from 'preact';
 import { useRef } from 'preact/hooks';
 
-import { isForPage } from '../focus/keys';
+import { isForPage, isTyped } from '../focus/keys';
 import { directionOf, focusOn, type Direction } from '../focus/navigation';
 
 import { moved, type Place } from './moves';
@@ -41,11 +41,6 @@ export interface Arrows {
     readonly handleKey: (event: KeyboardEvent) => void;
     /** Does what a key would have done that was pressed too early. */
     readonly use: (key: Key) => void;
-}
-
-/** A letter or digit that is typed outside of the search. */
-function isTyped(event: KeyboardEvent): boolean {
-    return event.key.length === 1 && event.key !== ' ' && !(event.target instanceof HTMLInputElement);
 }
 
 /**

@@ -31,6 +31,20 @@ export function useRegions(code: string): Loading {
     };
 }
 
+/** Loads the names of the cities, for a page that has been drawn. */
+export function useCities(code: string): void {
+    const [, setLoaded] = useState('');
+    useEffect(() => {
+        loadRegions(code).then(
+            () => {
+                setLoaded(code);
+            },
+            // Then the browser's name of the zone has to do.
+            () => undefined,
+        );
+    }, [code]);
+}
+
 /** The zones that match what was typed, by their names in all languages: those of other languages come when they are loaded. */
 export function useSearch(typed: string, regions: readonly Region[], code: string): readonly Zone[] {
     const [others, setOthers] = useState<readonly Names[]>([]);

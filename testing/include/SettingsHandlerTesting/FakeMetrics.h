@@ -1,8 +1,8 @@
 #pragma once
 
+#include <cstdio>
 #include <map>
 #include <mutex>
-#include <sstream>
 #include <string>
 #include <unordered_map>
 
@@ -38,9 +38,10 @@ public:
     }
 
     void recordCounter(const std::string& name, int first, int second, double third) override {
-        std::ostringstream text;
-        text << "metrics.recordCounter(" << name << ", " << first << ", " << second << ", " << third << ")";
-        journal.add(text.str());
+        char shortest[32];
+        std::snprintf(shortest, sizeof(shortest), "%g", third);
+        journal.add("metrics.recordCounter(" + name + ", " + std::to_string(first) + ", " + std::to_string(second) +
+                    ", " + shortest + ")");
         const std::lock_guard<std::mutex> lock(mutex);
         ++counted[name];
     }

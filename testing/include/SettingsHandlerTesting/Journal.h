@@ -31,8 +31,8 @@ public:
     Journal& operator=(const Journal&) = delete;
 
     /// Records `entry`, then runs the oldest action registered for it, on this thread and without the journal's lock.
-    void add(const std::string& entry) {
-        if (const Action action = recordAndFind(entry)) {
+    void add(std::string entry) {
+        if (const Action action = recordAndFind(std::move(entry))) {
             action();
         }
     }
@@ -52,7 +52,11 @@ public:
     /// Removes and returns the entries so far.
     std::vector<std::string> take() {
         const std::lock_guard<std::mutex> lock(mutex);
-        return std::exchange(recorded, {});
+        // The next entries are often as many.
+        std::vector<std::string> taken;
+        taken.reserve(recorded.size());
+        taken.swap(recorded);
+        return taken;
     }
 
     /// Returns: whether every action of `at` was run. Check it at the end of a test: an action that was not run tested
@@ -79,11 +83,11 @@ private:
         awaited.push_back(std::move(waiting));
     }
 
-    Action recordAndFind(const std::string& entry) {
+    Action recordAndFind(std::string entry) {
         const std::lock_guard<std::mutex> lock(mutex);
-        recorded.push_back(entry);
+        recorded.push_back(std::move(entry));
         for (auto waiting = awaited.begin(); waiting != awaited.end(); ++waiting) {
-            if (entry.compare(0, waiting->beginning.size(), waiting->beginning) != 0) {
+            if (recorded.back().compare(0, waiting->beginning.size(), waiting->beginning) != 0) {
                 continue;
             }
             if (!waiting->once) {

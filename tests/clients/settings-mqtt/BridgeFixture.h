@@ -67,18 +67,6 @@ public:
     bool isGone = false;
 };
 
-class MemoryStore : public SettingsMqtt::VersionStore {
-public:
-    SettingsMqtt::VersionRecords load() override { return records; }
-    void store(const SettingsMqtt::VersionRecords& current) override {
-        records = current;
-        ++times;
-    }
-
-    SettingsMqtt::VersionRecords records;
-    int times = 0;
-};
-
 inline SettingsClient::Setting setting(const std::string& key, const std::string& kind,
                                        const std::string& privacy = "preference") {
     SettingsClient::Setting made;
@@ -103,8 +91,11 @@ protected:
         start();
     }
 
-    /// A new bridge, which knows what the store knows.
-    void start() { bridge = std::make_shared<SettingsMqtt::Bridge>(options, broker, host, store); }
+    /// A new bridge, which knows what is stored.
+    void start() {
+        versions = std::make_shared<SettingsMqtt::Versions>(stored);
+        bridge = std::make_shared<SettingsMqtt::Bridge>(options, broker, host, versions);
+    }
 
     /// Connects both sides; the broker acknowledges everything.
     void connect() {
@@ -147,7 +138,8 @@ protected:
     SettingsMqtt::BridgeOptions options;
     const std::shared_ptr<FakeBroker> broker = std::make_shared<FakeBroker>();
     const std::shared_ptr<FakeHost> host = std::make_shared<FakeHost>();
-    const std::shared_ptr<MemoryStore> store = std::make_shared<MemoryStore>();
+    SettingsMqtt::VersionRecords stored;
+    std::shared_ptr<SettingsMqtt::Versions> versions;
     std::shared_ptr<SettingsMqtt::Bridge> bridge;
     int acknowledged = 0;
     std::uint64_t sequence = 0;

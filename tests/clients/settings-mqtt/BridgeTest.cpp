@@ -100,9 +100,9 @@ TEST_F(BridgeTest, SaysThatTheSettingsAreGoneWithTheHost) {
 
 TEST_F(BridgeTest, SaysThatItGoes) {
     connect();
-    bridge->stop();
+    bridge->hostLost();
     EXPECT_EQ(published(), (Lines{"*settings/tv/availability offline"}));
-    const auto will = SettingsMqtt::Bridge::lastWill("tv");
+    const auto will = SettingsMqtt::Topics("tv").availability(false);
     EXPECT_EQ(will.topic + " " + will.payload, "settings/tv/availability offline");
     EXPECT_TRUE(will.retained);
 }

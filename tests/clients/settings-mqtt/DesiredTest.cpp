@@ -35,7 +35,7 @@ protected:
     }
     /// A new bridge takes over; the one before has stored what it knows.
     void restart() {
-        bridge->save();
+        stored = versions->save();
         start();
         connect();
     }
@@ -62,7 +62,6 @@ TEST_F(DesiredTest, AppliesAVersionOnce) {
 TEST_F(DesiredTest, RemembersVersionsOverARestart) {
     connect();
     find(desired("large", 1));
-    bridge->save();
     change("size", "small");
     restart();
     find(desired("large", 1));
@@ -242,24 +241,22 @@ TEST_F(DesiredTest, RefusesWhatIsNoDesiredValue) {
     EXPECT_TRUE(host->requests.empty());
 }
 
-TEST_F(DesiredTest, StoresVersionsAtOnceValuesLaterAndNothingTwice) {
+TEST_F(DesiredTest, VersionsAreToBeStoredAtOnceValuesLaterAndNothingTwice) {
     using Unsaved = SettingsMqtt::Versions::Unsaved;
     connect();
-    EXPECT_EQ(bridge->unsaved(), Unsaved::VALUES);
-    bridge->save();
-    EXPECT_EQ(bridge->unsaved(), Unsaved::NOTHING);
+    EXPECT_EQ(versions->unsaved(), Unsaved::VALUES);
+    versions->save();
+    EXPECT_EQ(versions->unsaved(), Unsaved::NOTHING);
     find(desired("large", 1));
     change("size", "large", "settings-mqtt");
-    EXPECT_EQ(bridge->unsaved(), Unsaved::VERSIONS);
-    bridge->save();
-    EXPECT_EQ(store->records["size"].version, 1);
+    EXPECT_EQ(versions->unsaved(), Unsaved::VERSIONS);
+    EXPECT_EQ(versions->save().at("size").version, 1);
     change("size", "large");
-    EXPECT_EQ(bridge->unsaved(), Unsaved::NOTHING);
+    EXPECT_EQ(versions->unsaved(), Unsaved::NOTHING);
     change("size", "small");
+    EXPECT_EQ(versions->unsaved(), Unsaved::VALUES);
     change("size", "large");
-    EXPECT_EQ(bridge->unsaved(), Unsaved::VALUES);
-    bridge->save();
-    EXPECT_EQ(store->times, 2);
+    EXPECT_EQ(versions->unsaved(), Unsaved::NOTHING);
 }
 
 }  // namespace SettingsMqttTest

@@ -1,5 +1,4 @@
 #include "BridgeFixture.h"
-#include "Discovery.h"
 #include "mosquitto/Pauses.h"
 
 namespace SettingsMqttTest {
@@ -15,7 +14,7 @@ std::string topicsOf(const std::string& key) {
 
 std::string discovered(SettingsClient::Setting shown, const std::string& setBy = "anyone") {
     shown.setBy = setBy;
-    const auto message = SettingsMqtt::discoveryOf(shown, "tv", SettingsMqtt::Topics("tv", {}), "1.2");
+    const auto message = SettingsMqtt::discoveryOf(shown, SettingsMqtt::Topics("tv"), "1.2");
     EXPECT_TRUE(message.retained);
     return message.topic + " " + message.payload;
 }
@@ -67,18 +66,18 @@ TEST_F(BridgeTest, PublishesDiscoveryBeforeTheStateAndRemovesWhatItDoesNotOffer)
 }
 
 TEST(Pauses, GrowAreRandomAndBeginAgainAfterALongConnection) {
-    using Milliseconds = SettingsMqtt::Pauses::Milliseconds;
-    SettingsMqtt::Pauses pauses(Milliseconds(1500), Milliseconds(10000), 1);
-    SettingsMqtt::Pauses others(Milliseconds(1500), Milliseconds(10000), 2);
+    using Seconds = SettingsMqtt::Pauses::Seconds;
+    SettingsMqtt::Pauses pauses(Seconds(1.5), Seconds(10), 1);
+    SettingsMqtt::Pauses others(Seconds(1.5), Seconds(10), 2);
     bool areDifferent = false;
-    for (const int upTo : {1500, 3000, 6000, 10000, 10000}) {
-        const auto pause = pauses.next(Milliseconds(59999));
+    for (const double upTo : {1.5, 3.0, 6.0, 10.0, 10.0}) {
+        const auto pause = pauses.next(Seconds(59.9));
         EXPECT_GE(pause.count(), upTo / 2);
         EXPECT_LE(pause.count(), upTo);
-        areDifferent = areDifferent || pause != others.next(Milliseconds(0));
+        areDifferent = areDifferent || pause != others.next(Seconds(0));
     }
     EXPECT_TRUE(areDifferent);
-    EXPECT_LE(pauses.next(Milliseconds(60000)).count(), 1500);
+    EXPECT_LE(pauses.next(Seconds(60)).count(), 1.5);
 }
 
 TEST(Topics, NamesAreSafeInTopics) {

@@ -17,8 +17,9 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-const Words verbs{"get",  "set",      "reset",         "undo",   "watch", "history", "explain", "list",  "dump",
-                  "load", "selected", "open-settings", "logout", "page",  "backup",  "doctor",  "device"};
+const Words verbs{"get",    "set",    "reset",  "undo",     "watch",         "history", "explain",
+                  "list",   "dump",   "load",   "selected", "open-settings", "logout",  "page",
+                  "backup", "doctor", "record", "replay",   "device"};
 const Words deviceVerbs{"show",           "locale",  "locales", "timezone", "handsfree", "captions",
                         "do-not-disturb", "setting", "faults",  "fault",    "save"};
 
@@ -125,6 +126,8 @@ TEST(SettingsCtlComplete, LeavesTheNamesOfSocketsToTheShell) {
 
 TEST(SettingsCtlComplete, LeavesTheNamesOfFilesToTheShell) {
     EXPECT_EQ(printed({"load", ""}), "files\n");
+    EXPECT_EQ(printed({"replay", ""}), "files\n");
+    EXPECT_EQ(printed({"record", ""}), "files\n");
     EXPECT_EQ(printed({"load", "--dry-run", "/r"}), "files\n");
     EXPECT_EQ(printed({"load", "settings.json", ""}), "");
 }

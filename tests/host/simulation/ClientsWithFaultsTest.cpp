@@ -100,9 +100,12 @@ protected:
     std::shared_ptr<Faults> faults = std::make_shared<Faults>();
     std::shared_ptr<Server> server = std::make_shared<Server>();
     std::vector<Waiting> waiting;
-    ClientsWithFaults between{server, faults, [this](std::chrono::milliseconds time, std::function<void()> action) {
+    std::vector<const Client*> cut;
+    ClientsWithFaults between{server, faults,
+                              [this](std::chrono::milliseconds time, std::function<void()> action) {
                                   waiting.push_back({time.count(), std::move(action)});
-                              }};
+                              },
+                              [this](const Client& client) { cut.push_back(&client); }};
     std::shared_ptr<FakeClient> one = std::make_shared<FakeClient>();
     std::shared_ptr<FakeClient> two = std::make_shared<FakeClient>(Origin::PAGE, ListenerKind::WEB);
 };
@@ -199,6 +202,7 @@ TEST_F(ClientsWithFaultsTest, AreCutInPlaceOfANewEvent) {
     EXPECT_EQ(one->take(), (Texts{notice, reply}));
     server->sendToAll(event(1));
     server->sendToAll(notice);
+    EXPECT_EQ(cut, (std::vector<const Client*>{server->clients[0].get(), server->clients[1].get()}));
     for (const auto& client : {one, two}) {
         EXPECT_TRUE(client->isClosed);
         EXPECT_EQ(client->take().size(), client == one ? 0U : 1U) << "what came before";

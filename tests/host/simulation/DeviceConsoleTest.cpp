@@ -205,6 +205,42 @@ TEST_F(DeviceConsoleTest, AWatcherSeesTheBeginningOfAVeryLargeFrame) {
     EXPECT_EQ(traced(), (std::vector<std::string>(2, "out all - " + largest)));
 }
 
+TEST_F(DeviceConsoleTest, AWatcherThatAsksIsToldTheEndsOfConnections) {
+    watch(true);
+    hub->disconnected(page, DisconnectReason::CLOSED);
+    EXPECT_EQ(traced(), std::vector<std::string>{});
+    EXPECT_EQ(answerTo(R"({"command":"trace","enabled":true,"connections":1})"),
+              R"({"error":{"code":"bad-argument","message":"\"connections\" must be true or false"}})");
+    console.received(watcher, R"({"command":"trace","enabled":true,"connections":true})");
+    watcher->take();
+    for (const auto& [reason, direction] :
+         {std::pair{DisconnectReason::CLOSED, "in"}, {DisconnectReason::TOO_SLOW, "out"}}) {
+        hub->connected(page);
+        hub->disconnected(page, reason);
+        const auto told = watcher->take();
+        ASSERT_EQ(told.size(), 1U);
+        EXPECT_NE(told[0].find(std::string(R"("direction":")") + direction + R"(","door":"page","client":)"),
+                  std::string::npos)
+            << told[0];
+        EXPECT_NE(told[0].find(R"(,"closed":true}})"), std::string::npos) << told[0];
+    }
+}
+
+TEST_F(DeviceConsoleTest, NothingIsTracedOfAClientThatWasCut) {
+    hub->registerMessageHandler(7, [&](const std::string&) {
+        trace->clientCut(*page);
+        rapidjson::Document payload(rapidjson::kObjectType);
+        hub->sendResponse("m1", payload);
+    });
+    console.received(watcher, R"({"command":"trace","enabled":true,"connections":true})");
+    watcher->take();
+    hub->received(page, R"({"type":7})");
+    hub->disconnected(page, DisconnectReason::CLOSED);
+    const auto told = watcher->take();
+    ASSERT_EQ(told.size(), 2U);
+    EXPECT_NE(told[1].find(R"("direction":"out","door":"page","client":1,"closed":true)"), std::string::npos);
+}
+
 TEST_F(DeviceConsoleTest, ShowAndTraceAreNotTraced) {
     watch(true);
     answerTo(R"({"command":"show"})");

@@ -103,6 +103,17 @@ TEST_F(WorldTest, NeedsItsVersionAlone) {
     EXPECT_EQ(locales.values.at("orliaLocale"), R"(["a","b"])") << "as the voice SDK keeps it";
 }
 
+TEST_F(WorldTest, StoresWhatOlderSoftwareLeft) {
+    Host host(folder / "s.db");
+    host.store(R"({"world":1,"legacy":{"timezone":"Europe/Paris","orliaLocale":"fr-FR"}})");
+    std::string value;
+    host.storage.getValue("timezone", value);
+    EXPECT_EQ(value, "Europe/Paris");
+    host.storage.getValue("orliaLocale", value);
+    EXPECT_EQ(value, "fr-FR");
+    EXPECT_EQ(host.saved(Faults(), true).find("legacy"), std::string::npos);
+}
+
 TEST_F(WorldTest, SaysWhichMemberIsWrong) {
     const std::vector<std::pair<std::string, std::string>> wrong{
         {"", "/: is not JSON at byte 0"},
@@ -120,6 +131,8 @@ TEST_F(WorldTest, SaysWhichMemberIsWrong) {
         {R"({"world":1,"sdk":{"handsFreeEnabled":"true"}})", R"(/sdk/handsFreeEnabled: belongs in "device")"},
         {R"({"world":1,"device":{"friendlyName":"x"}})", R"(/device/friendlyName: belongs in "settings")"},
         {R"({"world":1,"settings":{"deviceName":5}})", "/settings/deviceName: must be a string"},
+        {R"({"world":1,"legacy":{"deviceName":"x"}})", "/legacy/deviceName: is not a setting that is migrated"},
+        {R"({"world":1,"legacy":{"timezone":""}})", "/legacy/timezone: must be a string that is not empty"},
         {R"({"world":1,"settings":{"deviceName":""}})", "/settings/deviceName: must not be empty"},
         {R"({"world":1,"settings":{"deviceName":"a","deviceName":"a"}})", "/settings/deviceName: is there twice"},
         {R"({"world":1,"settings":{"deviceName":")" + std::string(65537, 'x') + R"("}})",

@@ -70,6 +70,22 @@ TEST_F(ServerTest, ServesClientsWithoutASocket) {
                                         R"({"type":7,"messageId":"m","payload":{"settings":{"deviceName":"Den"}}})"}));
 }
 
+TEST_F(ServerTest, RunsWithoutAnySocket) {
+    ServerOptions withoutSocket = options();
+    withoutSocket.socketPath = std::nullopt;
+    Server server(std::move(withoutSocket));
+    EXPECT_EQ(server.start(), "");
+    EXPECT_EQ(server.socketPath(), "");
+    EXPECT_TRUE(server.foldersInUse().cleared.empty());
+    std::vector<std::string> linesBefore{"the action was not called"};
+    server.post([&] {
+        linesBefore = log.take();
+        server.stop();
+    });
+    server.run();
+    EXPECT_EQ(linesBefore, std::vector<std::string>{}) << "it stopped by itself";
+}
+
 TEST_F(ServerTest, AStopBeforeTheRunEndsIt) {
     Server server(options());
     server.start();

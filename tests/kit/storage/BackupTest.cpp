@@ -109,15 +109,15 @@ TEST_F(BackupTest, StartsAgainAfterALossOfPowerInterruptedOne) {
 }
 
 TEST_F(BackupTest, IsDueOnceADay) {
-    EXPECT_TRUE(isBackupDue(file, 24h)) << "there is none";
+    EXPECT_TRUE(isBackupDue(Disk(), file, 24h)) << "there is none";
     backUp(database);
-    EXPECT_FALSE(isBackupDue(file, 24h));
+    EXPECT_FALSE(isBackupDue(Disk(), file, 24h));
     makeOlder(1, 23h + 59min);
-    EXPECT_FALSE(isBackupDue(file, 24h));
+    EXPECT_FALSE(isBackupDue(Disk(), file, 24h));
     makeOlder(1, 2min);
-    EXPECT_TRUE(isBackupDue(file, 24h));
+    EXPECT_TRUE(isBackupDue(Disk(), file, 24h));
     makeOlder(1, -48h);
-    EXPECT_TRUE(isBackupDue(file, 24h)) << "it is from the future";
+    EXPECT_TRUE(isBackupDue(Disk(), file, 24h)) << "it is from the future";
 }
 
 TEST_F(BackupTest, AFailureAtAnyCallKeepsTheOthers) {

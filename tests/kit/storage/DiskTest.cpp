@@ -1,6 +1,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -43,6 +44,25 @@ TEST_F(DiskTest, LeavesAnExistingFileAsItIs) {
     EXPECT_EQ(disk.copyFile(write("source", "new"), file), std::errc::file_exists);
     EXPECT_EQ(contentOf(file), "old");
     EXPECT_EQ(disk.createFolder(folder.path()), std::errc::file_exists);
+}
+
+TEST_F(DiskTest, SaysWhatFilesThereAre) {
+    const auto before = std::chrono::system_clock::now() - std::chrono::minutes(1);
+    const std::string file = write("file", "text");
+    ASSERT_TRUE(disk.find(file));
+    EXPECT_EQ(disk.find(file)->size, 4U);
+    EXPECT_GT(disk.find(file)->changed, before);
+    std::filesystem::create_symlink("nowhere", folder / "link");
+    EXPECT_EQ(disk.find(folder / "link")->size, 0U);
+    EXPECT_EQ(disk.find(folder.path())->size, 0U);
+    EXPECT_FALSE(disk.find(folder / "missing"));
+    std::vector<std::string> names;
+    EXPECT_EQ(disk.list(folder.path(), names), success);
+    EXPECT_THAT(names, testing::UnorderedElementsAre("file", "link"));
+    EXPECT_EQ(disk.list(folder / "missing", names), std::errc::no_such_file_or_directory);
+    EXPECT_EQ(disk.tryOpen(file, true), success);
+    EXPECT_EQ(disk.tryOpen(folder / "missing", false), std::errc::no_such_file_or_directory);
+    EXPECT_EQ(disk.tryOpen(folder.path(), true), std::errc::is_a_directory);
 }
 
 TEST_F(DiskTest, RenamesOverAnExistingFileAndRemoves) {

@@ -79,6 +79,28 @@ TEST_F(InterceptedDiskTest, LeavesTheFilesThatTheSystemsDiskLeaves) {
     EXPECT_EQ(TestSupport::contentOf(folder / "intercepted/s.db"), TestSupport::contentOf(folder / "plain/s.db"));
 }
 
+TEST_F(InterceptedDiskTest, LiesOverAnotherDisk) {
+    std::vector<Operation> below;
+    const auto lower = std::make_shared<InterceptedDisk>([&](Operation operation) {
+        below.push_back(operation);
+        return std::error_code();
+    });
+    const auto upper = std::make_shared<InterceptedDisk>(
+        [this](Operation operation) {
+            operations.push_back(operation);
+            return error;
+        },
+        lower);
+    Storage storage(folder / "s.db", upper);
+    EXPECT_TRUE(storage.setValue("deviceName", "Den"));
+    EXPECT_EQ(below, take());
+    EXPECT_FALSE(below.empty());
+    error = std::make_error_code(std::errc::io_error);
+    below.clear();
+    EXPECT_FALSE(storage.setValue("deviceName", "Attic"));
+    EXPECT_TRUE(below.empty()) << "done in spite of the error";
+}
+
 TEST_F(InterceptedDiskTest, SeveralAreIndependent) {
     InterceptedDisk other([](Operation) { return std::error_code(); });
     EXPECT_NE(other.databaseLayer(), disk->databaseLayer());

@@ -319,6 +319,16 @@ TEST_F(LogOutTest, AFileThatCannotBeErasedIsRetriedAndAllOthersAreErased) {
     EXPECT_EQ(filesWithSecrets(), Names());
 }
 
+TEST_F(LogOutTest, AStartWithoutOneDoesNotReportOneWhenTheDiskRemovesNothing) {
+    class KeepingDisk : public Disk {
+        std::error_code removeFile(const std::string& /*file*/) override {
+            return std::make_error_code(std::errc::io_error);
+        }
+    };
+    const Storage storage(file, std::make_shared<KeepingDisk>());
+    EXPECT_EQ(log.take(), Names());
+}
+
 TEST_F(LogOutTest, AFailedLogOutLeavesNoTransactionOpen) {
     {
         Running running(*this);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <map>
 #include <optional>
 #include <stdexcept>
@@ -28,15 +29,20 @@ public:
 /// A frame that a host sent: a reply, an event, a notice or a refusal.
 class HostFrame {
 public:
+    /// Names of members, from the outermost one.
+    using Path = std::initializer_list<const char*>;
+
     /// Errors: `MalformedFrame` when the text is not a JSON object in valid UTF-8.
     explicit HostFrame(std::string received);
 
     const std::string& text() const { return line; }
+    bool isEvent() const;
     bool isReplyTo(const std::string& messageId) const;
     /// The time stamp that an event carries.
     std::optional<std::int64_t> timestamp() const;
     /// The change that an event reports; nothing when the frame is not an event.
-    /// Errors: as `stringsAt`, when the event lacks the key, the old or the new value.
+    /// Errors: `MalformedFrame` when the event lacks the key, the old or the new value, or the payload has a member
+    /// that is not a string.
     std::optional<Change> change() const;
     /// The keys that a notice asks to reread; nothing when the frame is not a notice.
     std::optional<std::vector<std::string>> reread() const;
@@ -45,27 +51,26 @@ public:
     std::optional<Refusal> refusal() const;
     /// The members of the object at a path of member names, in the order of their keys.
     /// Errors: `MalformedFrame` when there is no object, or one of its members is not a string.
-    std::map<std::string, std::string> stringsAt(const std::vector<const char*>& path) const;
+    std::map<std::string, std::string> stringsAt(Path path) const;
     /// The boolean at a path of member names.
-    std::optional<bool> booleanAt(const std::vector<const char*>& path) const;
+    std::optional<bool> booleanAt(Path path) const;
     /// The integer at a path of member names.
-    std::optional<std::int64_t> integerAt(const std::vector<const char*>& path) const;
+    std::optional<std::int64_t> integerAt(Path path) const;
     /// The members of the object at a path of member names that are integers; none when there is no object.
-    std::map<std::string, std::int64_t> integersAt(const std::vector<const char*>& path) const;
+    std::map<std::string, std::int64_t> integersAt(Path path) const;
     /// The string at a path of member names.
-    std::optional<std::string> textAt(const std::vector<const char*>& path) const;
+    std::optional<std::string> textAt(Path path) const;
     /// The object at a path of member names, as compact JSON text.
     /// Errors: `MalformedFrame` when there is none.
-    std::string objectAt(const std::vector<const char*>& path) const;
+    std::string objectAt(Path path) const;
     /// The array of objects at a path of member names, each as compact JSON text.
     /// Errors: `MalformedFrame` when there is none.
-    std::vector<std::string> objectsAt(const std::vector<const char*>& path) const;
+    std::vector<std::string> objectsAt(Path path) const;
     /// The strings of the array at a path of member names; nothing when there is none.
-    std::optional<std::vector<std::string>> textsAt(const std::vector<const char*>& path) const;
+    std::optional<std::vector<std::string>> textsAt(Path path) const;
 
 private:
-    const rapidjson::Value* at(const std::vector<const char*>& path) const;
-    bool isEvent() const;
+    const rapidjson::Value* at(Path path) const;
 
     std::string line;
     rapidjson::Document document;

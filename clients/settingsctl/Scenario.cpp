@@ -1,0 +1,293 @@
+#include "Scenario.h"
+
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <set>
+#include <sstream>
+
+#include "Files.h"
+#include "Output.h"
+#include "Wire/FrameInspector.h"
+#include "Wire/Utf8.h"
+
+namespace SettingsCtl {
+
+namespace {
+
+/// What is wrong with a line.
+class LineError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+rapidjson::Document objectOf(const std::string& line) {
+    rapidjson::Document document;
+    document.Parse<Utils::jsonParseFlags>(line.data(), line.size());
+    if (!Wire::isValidUtf8(line) || document.HasParseError() || !document.IsObject()) {
+        throw LineError("is not a JSON object");
+    }
+    return document;
+}
+
+std::string nameOf(const rapidjson::Value& text) {
+    return {text.GetString(), text.GetStringLength()};
+}
+
+void refuseUnknownMembers(const rapidjson::Document& object, const std::set<std::string>& known) {
+    for (const auto& member : object.GetObject()) {
+        const std::string name = nameOf(member.name);
+        if (known.count(name) == 0) {
+            throw LineError("has an unknown member \"" + escaped(name) + "\"");
+        }
+    }
+}
+
+const rapidjson::Value* memberOf(const rapidjson::Value& object, const std::string& name) {
+    const auto member = object.FindMember(name);
+    return member == object.MemberEnd() ? nullptr : &member->value;
+}
+
+std::string textAt(const rapidjson::Value& object, const std::string& name) {
+    const auto* const value = memberOf(object, name);
+    if (value == nullptr || !value->IsString()) {
+        throw LineError("\"" + name + "\" must be a string");
+    }
+    return nameOf(*value);
+}
+
+/// The end of the string that begins at `begin` in JSON text: after its closing quotation mark.
+std::size_t endOfString(const std::string& line, std::size_t begin) {
+    std::size_t end = begin + 1;
+    while (line[end] != '"') {
+        end += line[end] == '\\' ? 2 : 1;
+    }
+    return end + 1;
+}
+
+/// The end of the JSON value that begins at `begin`, an object or an array.
+std::size_t endOfValue(const std::string& line, std::size_t begin) {
+    std::size_t depth = 0;
+    std::size_t end = begin;
+    do {
+        const char sign = line[end];
+        if (sign == '"') {
+            end = endOfString(line, end);
+            continue;
+        }
+        depth += sign == '{' || sign == '[' ? 1U : 0U;
+        depth -= sign == '}' || sign == ']' ? 1U : 0U;
+        ++end;
+    } while (depth > 0);
+    return end;
+}
+
+/// The object that is the member `name` of the object in `line`, to the last character.
+std::string objectAt(const std::string& line, const rapidjson::Value& step, const std::string& name) {
+    if (!step[name].IsObject()) {
+        throw LineError("\"" + name + "\" must be an object; for other text there is \"" + name + "Text\"");
+    }
+    const std::string quoted = "\"" + name + "\"";
+    std::size_t place = line.find('{') + 1;
+    while (place < line.size()) {
+        if (line[place] == '"') {
+            const std::size_t end = endOfString(line, place);
+            const std::size_t next = line.find_first_not_of(" \t\r", end);
+            if (line[next] == ':' && line.compare(place, end - place, quoted) == 0) {
+                const std::size_t begin = line.find('{', next);
+                return line.substr(begin, endOfValue(line, begin) - begin);
+            }
+            place = end;
+        } else {
+            place = line[place] == '{' || line[place] == '[' ? endOfValue(line, place) : place + 1;
+        }
+    }
+    throw LineError("\"" + name + "\" must be written without escapes");
+}
+
+/// The number after "socket-", "page-" or "device-"; false: it is no connection.
+bool isConnection(const std::string& at) {
+    const std::size_t hyphen = at.find('-');
+    const std::string kind = at.substr(0, hyphen);
+    const std::string number = hyphen == std::string::npos ? "" : at.substr(hyphen + 1);
+    return (kind == "socket" || kind == "page" || kind == "device") && !number.empty() && number.front() != '0' &&
+           number.find_first_not_of("0123456789") == std::string::npos;
+}
+
+constexpr const char* stepMembers =
+    R"(needs one of "sent", "received", "sentText", "receivedText", "closed", "closedByHost" and "did")";
+
+/// What the step is, and its text.
+void readKind(Step& step, const std::string& line, const rapidjson::Document& members) {
+    static const std::map<std::string, StepKind> kinds{
+        {"sent", StepKind::SENT},         {"sentText", StepKind::SENT},
+        {"received", StepKind::RECEIVED}, {"receivedText", StepKind::RECEIVED},
+        {"closed", StepKind::CLOSED},     {"closedByHost", StepKind::CLOSED_BY_HOST},
+        {"did", StepKind::KILL}};
+    static const std::map<std::string, StepKind> deeds{
+        {"kill", StepKind::KILL}, {"stop", StepKind::STOP}, {"start", StepKind::START}};
+    const std::string name = std::find_if(members.MemberBegin(), members.MemberEnd(), [](const auto& member) {
+                                 return kinds.count(nameOf(member.name)) > 0;
+                             })->name.GetString();
+    step.kind = kinds.at(name);
+    if (name == "did") {
+        const auto deed = deeds.find(textAt(members, name));
+        if (deed == deeds.end()) {
+            throw LineError(R"("did" must be "kill", "stop" or "start")");
+        }
+        step.kind = deed->second;
+    } else if (step.kind == StepKind::CLOSED || step.kind == StepKind::CLOSED_BY_HOST) {
+        if (!members[name].IsTrue()) {
+            throw LineError("\"" + name + "\" must be true");
+        }
+    } else {
+        step.text = name == "sent" || name == "received" ? objectAt(line, members, name) : textAt(members, name);
+    }
+}
+
+void checkPlace(const Step& step, bool isDeed) {
+    if ((step.at == "host") != isDeed) {
+        throw LineError(R"("did" is for "host" alone, and "host" for "did")");
+    }
+    if (!isDeed && step.at != "all" && !isConnection(step.at)) {
+        throw LineError(R"("at" must be "socket-N", "page-N", "device-N", "all" or "host")");
+    }
+    if (step.at == "all" && step.kind != StepKind::RECEIVED) {
+        throw LineError("\"all\" is for what is received");
+    }
+}
+
+Step stepOf(const std::string& line) {
+    const rapidjson::Document members = objectOf(line);
+    // "schema" is for those who check frames.
+    refuseUnknownMembers(members, {"time", "at", "sent", "received", "sentText", "receivedText", "closed",
+                                   "closedByHost", "did", "schema"});
+    if (members.MemberCount() != (members.HasMember("schema") ? 4U : 3U) || !members.HasMember("time") ||
+        !members.HasMember("at")) {
+        throw LineError(std::string(R"(needs "time" and "at", and )") + stepMembers);
+    }
+    const auto& time = members["time"];
+    if (!time.IsUint()) {
+        throw LineError("\"time\" must be a number of milliseconds");
+    }
+    Step step;
+    step.time = std::chrono::milliseconds(time.GetUint());
+    step.at = textAt(members, "at");
+    readKind(step, line, members);
+    checkPlace(step, members.HasMember("did"));
+    return step;
+}
+
+/// The order of the steps, checked as they come.
+class Course {
+public:
+    void take(const Step& step) {
+        if (step.time < time) {
+            throw LineError("\"time\" goes back");
+        }
+        time = step.time;
+        if (step.at == "host") {
+            takeDeed(step.kind);
+        } else if (!hostRuns) {
+            throw LineError("the host does not run here");
+        } else if (step.kind == StepKind::CLOSED || step.kind == StepKind::CLOSED_BY_HOST) {
+            if (open.erase(step.at) == 0) {
+                throw LineError("\"" + step.at + "\" is not open here");
+            }
+        } else if (step.at != "all") {
+            open.insert(step.at);
+        }
+    }
+
+private:
+    void takeDeed(StepKind deed) {
+        if (hostRuns == (deed == StepKind::START)) {
+            throw LineError(hostRuns ? "the host runs already" : "the host does not run here");
+        }
+        hostRuns = deed == StepKind::START;
+        open.clear();
+    }
+
+    std::chrono::milliseconds time{};
+    std::set<std::string> open;
+    bool hostRuns = true;
+};
+
+/// The first line.
+void readTitle(Scenario& scenario, const std::string& line) {
+    const rapidjson::Document members = objectOf(line);
+    const auto* const version = memberOf(members, "scenario");
+    if (version == nullptr || !version->IsInt() || version->GetInt() != 1) {
+        throw LineError("\"scenario\" must be 1");
+    }
+    refuseUnknownMembers(members, {"scenario", "title", "description", "world"});
+    textAt(members, "title");
+    if (members.HasMember("description")) {
+        textAt(members, "description");
+    }
+    if (members.HasMember("world")) {
+        if (!members["world"].IsObject()) {
+            throw LineError("\"world\" must be an object");
+        }
+        scenario.world = objectAt(line, members, "world");
+    }
+}
+
+bool isBlank(const std::string& line) {
+    return line.find_first_not_of(" \t\r") == std::string::npos;
+}
+
+}  // namespace
+
+Failure failureAt(const std::string& file, std::size_t line, const std::string& message) {
+    return {REFUSED, escaped(file) + ":" + std::to_string(line) + ": " + message};
+}
+
+Scenario scenarioIn(const std::string& file) {
+    Scenario scenario{file, "", {}};
+    std::istringstream lines(contentsOf(file));
+    std::size_t number = 0;
+    try {
+        Course course;
+        std::string line;
+        for (bool hasTitle = false; std::getline(lines, line);) {
+            ++number;
+            if (isBlank(line)) {
+                continue;
+            }
+            if (!hasTitle) {
+                readTitle(scenario, line);
+                hasTitle = true;
+                continue;
+            }
+            scenario.steps.push_back(stepOf(line));
+            scenario.steps.back().line = number;
+            course.take(scenario.steps.back());
+        }
+        if (scenario.steps.empty()) {
+            throw LineError("a scenario has a first line with its title, and steps");
+        }
+    } catch (const LineError& error) {
+        throw failureAt(file, number, error.what());
+    }
+    return scenario;
+}
+
+std::size_t lineForOwnHost(const Scenario& scenario) {
+    if (!scenario.world.empty()) {
+        return 1;
+    }
+    const auto deed =
+        std::find_if(scenario.steps.begin(), scenario.steps.end(), [](const Step& step) { return step.at == "host"; });
+    return deed == scenario.steps.end() ? 0 : deed->line;
+}
+
+bool isPage(const std::string& at) {
+    return at.rfind("page-", 0) == 0;
+}
+
+bool isSettingsConnection(const std::string& at) {
+    return isPage(at) || at.rfind("socket-", 0) == 0;
+}
+
+}  // namespace SettingsCtl
