@@ -18,6 +18,7 @@ install(CODE "
     message(WARNING \"The settings pages are not built, so the host is installed without them. Run scripts/build-pages and install again.\")
   endif()" COMPONENT host)
 install(DIRECTORY pages/dist/ DESTINATION ${pages_folder} COMPONENT host OPTIONAL)
+install(DIRECTORY host/scenarios DESTINATION ${CMAKE_INSTALL_DATADIR}/settings-host COMPONENT host)
 
 install(DIRECTORY packaging/systemd/ DESTINATION lib/systemd/system COMPONENT host
   FILES_MATCHING PATTERN "*.socket" PATTERN "*.d" EXCLUDE)
