@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "Wire/JsonText.h"
 #include "Wire/MessageType.h"
 #include "Wire/ObjectWriter.h"
 #include "Wire/RefusalCode.h"
@@ -19,10 +20,6 @@ std::string jsonOf(const Value& value) {
     Wire::Utf8Writer<rapidjson::StringBuffer> writer(text);
     value.Accept(writer);
     return {text.GetString(), text.GetSize()};
-}
-
-std::string textOf(const Value& value) {
-    return {value.GetString(), value.GetStringLength()};
 }
 
 Value* memberOf(Value& object, const char* name) {
@@ -61,12 +58,12 @@ std::optional<std::string> placeOfDifference(const Value& expected, const Value&
             const auto inner = other == got.MemberEnd() ? std::optional<std::string>("")
                                                         : placeOfDifference(member.value, other->value);
             if (inner) {
-                return "/" + textOf(member.name) + *inner;
+                return "/" + Wire::textOf(member.name) + *inner;
             }
         }
         for (const auto& member : got.GetObject()) {
             if (!expected.HasMember(member.name)) {
-                return "/" + textOf(member.name);
+                return "/" + Wire::textOf(member.name);
             }
         }
         return std::nullopt;
@@ -113,9 +110,9 @@ void Comparison::adaptId(Value& expected, const Value& got, Allocator& allocator
     if (!got.IsString()) {
         return;
     }
-    const std::string recorded = textOf(expected);
-    if (ids.count(recorded) == 0 && taken.insert(textOf(got)).second) {
-        ids[recorded] = textOf(got);
+    const std::string recorded = Wire::textOf(expected);
+    if (ids.count(recorded) == 0 && taken.insert(Wire::textOf(got)).second) {
+        ids[recorded] = Wire::textOf(got);
     }
     const auto bound = ids.find(recorded);
     if (bound != ids.end()) {
@@ -148,7 +145,7 @@ void Comparison::adaptEvent(Value& expected, const Value& got, Allocator& alloca
 
 void Comparison::adaptHello(Value& expected, const Value& got, Allocator& allocator) {
     if (const auto [id, other] = bothOf(expected, got, "run"); id != nullptr && id->IsString()) {
-        const std::string recorded = textOf(*id);
+        const std::string recorded = Wire::textOf(*id);
         if (run.empty() && shifts.count(recorded) == 0 && shifts.count("") > 0) {
             shifts[recorded] = shifts[""];
         }
@@ -167,11 +164,11 @@ void Comparison::adaptTrace(Value& expected, const Value& got, Allocator& alloca
     if (const auto [client, other] = bothOf(expected, got, "client"); client != nullptr && client->IsInt()) {
         Value name(std::to_string(client->GetInt()), allocator);
         adaptId(name, Value(std::to_string(other->GetInt()), allocator), allocator);
-        client->SetInt(std::stoi(textOf(name)));
+        client->SetInt(std::stoi(Wire::textOf(name)));
     }
     if (const auto [text, other] = bothOf(expected, got, "text"); text != nullptr && text->IsString()) {
-        const auto inner = difference(textOf(*text), textOf(*other));
-        text->SetString(inner ? inner->expected : textOf(*other), allocator);
+        const auto inner = difference(Wire::textOf(*text), Wire::textOf(*other));
+        text->SetString(inner ? inner->expected : Wire::textOf(*other), allocator);
     }
 }
 
@@ -214,15 +211,15 @@ std::string Comparison::forThisRun(const std::string& frame) const {
         return frame;
     }
     auto* const recorded = valueAt<Value>(request, {"hello", "resume", "run"});
-    if (recorded == nullptr || !recorded->IsString() || ids.count(textOf(*recorded)) == 0) {
+    if (recorded == nullptr || !recorded->IsString() || ids.count(Wire::textOf(*recorded)) == 0) {
         return frame;
     }
     auto* const sequence = valueAt<Value>(request, {"hello", "resume", "sequence"});
-    const auto shift = shifts.find(textOf(*recorded));
+    const auto shift = shifts.find(Wire::textOf(*recorded));
     if (sequence != nullptr && sequence->IsInt64() && shift != shifts.end()) {
         sequence->SetInt64(std::max<std::int64_t>(sequence->GetInt64() + shift->second, 0));
     }
-    recorded->SetString(ids.at(textOf(*recorded)), request.GetAllocator());
+    recorded->SetString(ids.at(Wire::textOf(*recorded)), request.GetAllocator());
     return jsonOf(request);
 }
 

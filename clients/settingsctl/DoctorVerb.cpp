@@ -11,7 +11,7 @@ namespace SettingsCtl {
 
 namespace {
 
-void print(const OutputStyle& style, const Finding& finding) {
+void printFinding(const OutputStyle& style, const Finding& finding) {
     if (style.json) {
         Wire::ObjectWriter writer;
         writer.text("check", finding.check);
@@ -86,7 +86,7 @@ ExitStatus doctor(const Context& context) {
     append(findings, checkSockets(context, path));
     append(findings, checkBridges());
     for (const auto& finding : findings) {
-        print(context.style, finding);
+        printFinding(context.style, finding);
     }
     const bool allOk = std::all_of(findings.begin(), findings.end(), [](const auto& finding) { return finding.ok; });
     return allOk ? DONE : REFUSED;

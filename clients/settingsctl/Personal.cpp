@@ -3,15 +3,12 @@
 #include <cctype>
 
 #include "Wire/JsonShape.h"
+#include "Wire/JsonText.h"
 #include "Wire/ObjectWriter.h"
 
 namespace SettingsCtl {
 
 namespace {
-
-std::string textOf(const rapidjson::Value& value) {
-    return {value.GetString(), value.GetStringLength()};
-}
 
 /// JSON with other texts in it.
 std::string withoutTexts(const std::string& json) {
@@ -45,7 +42,7 @@ const Wire::SettingDescription* settingOf(const rapidjson::Value& object) {
     for (const auto* const name : {"settingDBId", "key"}) {
         const auto key = object.FindMember(name);
         if (key != object.MemberEnd() && key->value.IsString()) {
-            return Wire::findSetting(textOf(key->value));
+            return Wire::findSetting(Wire::textOf(key->value));
         }
     }
     return nullptr;
@@ -60,11 +57,11 @@ bool holdsValue(const std::string& member) {
 bool PersonalValues::replace(rapidjson::Value& value, const Wire::SettingDescription* setting,
                              rapidjson::Document::AllocatorType& allocator) {
     if (setting == nullptr || !setting->personal || !value.IsString() || value.GetStringLength() == 0 ||
-        setting->defaultValue == textOf(value)) {
+        setting->defaultValue == Wire::textOf(value)) {
         return false;
     }
     const auto replacement =
-        replacements.emplace(textOf(value), "personal-" + std::to_string(replacements.size() + 1)).first;
+        replacements.emplace(Wire::textOf(value), "personal-" + std::to_string(replacements.size() + 1)).first;
     value.SetString(replacement->second, allocator);
     return true;
 }
@@ -78,7 +75,7 @@ bool PersonalValues::replaceIn(rapidjson::Value& value, rapidjson::Document::All
     } else if (value.IsObject()) {
         const auto* const setting = settingOf(value);
         for (auto& member : value.GetObject()) {
-            const std::string name = textOf(member.name);
+            const std::string name = Wire::textOf(member.name);
             const auto* const owner = holdsValue(name) ? setting : Wire::findSetting(name);
             isReplaced = replace(member.value, owner, allocator) || isReplaced;
             isReplaced = replaceIn(member.value, allocator) || isReplaced;

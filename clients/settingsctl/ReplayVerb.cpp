@@ -9,7 +9,7 @@ namespace SettingsCtl {
 
 namespace {
 
-void print(const Context& context, const std::string& file, const Difference& difference) {
+void printDifference(const Context& context, const std::string& file, const Difference& difference) {
     const std::string line = std::to_string(difference.line);
     if (context.style.json) {
         printLine(context.style, "{\"difference\":" +
@@ -47,7 +47,7 @@ ExitStatus replay(const Context& context, const std::string& file, double speed,
     }
     Player player(scenario, options, host ? &*host : nullptr);
     if (const auto difference = player.play()) {
-        print(context, file, *difference);
+        printDifference(context, file, *difference);
         return REFUSED;
     }
     const std::string frames = std::to_string(player.frameCount());

@@ -9,6 +9,7 @@
 #include "Files.h"
 #include "Output.h"
 #include "Wire/FrameInspector.h"
+#include "Wire/JsonText.h"
 #include "Wire/Utf8.h"
 
 namespace SettingsCtl {
@@ -30,13 +31,9 @@ rapidjson::Document objectOf(const std::string& line) {
     return document;
 }
 
-std::string nameOf(const rapidjson::Value& text) {
-    return {text.GetString(), text.GetStringLength()};
-}
-
 void refuseUnknownMembers(const rapidjson::Document& object, const std::set<std::string>& known) {
     for (const auto& member : object.GetObject()) {
-        const std::string name = nameOf(member.name);
+        const std::string name = Wire::textOf(member.name);
         if (known.count(name) == 0) {
             throw LineError("has an unknown member \"" + escaped(name) + "\"");
         }
@@ -53,7 +50,7 @@ std::string textAt(const rapidjson::Value& object, const std::string& name) {
     if (value == nullptr || !value->IsString()) {
         throw LineError("\"" + name + "\" must be a string");
     }
-    return nameOf(*value);
+    return Wire::textOf(*value);
 }
 
 /// The end of the string that begins at `begin` in JSON text: after its closing quotation mark.
@@ -127,7 +124,7 @@ void readKind(Step& step, const std::string& line, const rapidjson::Document& me
     static const std::map<std::string, StepKind> deeds{
         {"kill", StepKind::KILL}, {"stop", StepKind::STOP}, {"start", StepKind::START}};
     const std::string name = std::find_if(members.MemberBegin(), members.MemberEnd(), [](const auto& member) {
-                                 return kinds.count(nameOf(member.name)) > 0;
+                                 return kinds.count(Wire::textOf(member.name)) > 0;
                              })->name.GetString();
     step.kind = kinds.at(name);
     if (name == "did") {

@@ -8,6 +8,7 @@
 
 #include "SettingsHandlerKit/SettingDescriptions.h"
 #include "Utils/RapidjsonUtil.h"
+#include "Wire/JsonText.h"
 #include "Wire/ObjectWriter.h"
 #include "simulation/FaultCommands.h"
 
@@ -41,10 +42,6 @@ constexpr SettingOwner owners[] = {SettingOwner::STORAGE, SettingOwner::VOICE_SD
     throw WorldError(path + ": " + why);
 }
 
-std::string textOf(const rapidjson::Value& string) {
-    return {string.GetString(), string.GetStringLength()};
-}
-
 /// Calls `use` with each member, which must be there once.
 template <typename Use>
 void forEachMember(const std::string& path, const rapidjson::Value& object, const Use& use) {
@@ -53,7 +50,7 @@ void forEachMember(const std::string& path, const rapidjson::Value& object, cons
     }
     std::set<std::string> seen;
     for (const auto& member : object.GetObject()) {
-        const std::string name = textOf(member.name);
+        const std::string name = Wire::textOf(member.name);
         std::string place = path;
         place.append("/").append(name);
         if (!seen.insert(name).second) {
@@ -94,7 +91,7 @@ void readSetting(World& world, const std::string& path, const std::string& key, 
     if (!value.IsString()) {
         fail(path, "must be a string");
     }
-    const std::string text = textOf(value);
+    const std::string text = Wire::textOf(value);
     checkValue(path, *setting, text);
     const auto locales = setting->kind == SettingKind::LOCALES ? SettingsHandlerKit::asLocales(text) : std::nullopt;
     world.values[key] = locales ? Utils::RapidjsonUtil::stringifyVector(*locales) : text;
@@ -109,7 +106,7 @@ void readLegacy(World& world, const std::string& path, const std::string& key, c
     if (!value.IsString() || value.GetStringLength() == 0) {
         fail(path, "must be a string that is not empty");
     }
-    world.legacy[key] = textOf(value);
+    world.legacy[key] = Wire::textOf(value);
 }
 
 void readFault(World& world, const std::string& path, const std::string& name, const rapidjson::Value& value) {

@@ -79,6 +79,7 @@ Database::Database(const std::string& file, std::shared_ptr<Disk> disk)
         check();
         if (writable) {
             configure();
+            flushRecoveredLog();
         }
     } catch (const DamagedDatabase&) {
         throw;
@@ -176,6 +177,14 @@ void Database::configure() {
                 "; PRAGMA user_version=" + std::to_string(schemaVersion));
     }
     execute("COMMIT");
+}
+
+/// A process that was killed may have left changes in the log that it did not flush. From now on readers see them, so a
+/// loss of power must not take them back. On a disk that cannot flush the host starts all the same.
+void Database::flushRecoveredLog() {
+    if (holdsData(*usedDisk, path + walSuffix)) {
+        usedDisk->sync(path + walSuffix);
+    }
 }
 
 int Database::pragma(const std::string& name) {

@@ -61,6 +61,7 @@ private:
     /// Of SQLite's check. Reads every page.
     std::string verdict();
     void configure();
+    void flushRecoveredLog();
     int pragma(const std::string& name);
 
     std::shared_ptr<Disk> usedDisk;

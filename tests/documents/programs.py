@@ -7,8 +7,9 @@ ROOT = Path(__file__).resolve().parent.parent.parent
 
 # What reads a variable of the environment, and the files that wrap `getenv` for it.
 READERS = r"(?:getenv|folderFrom|managerVariable|managerNumber|isMeantForThisProcess|variable)"
-WRAPPERS = {"host/Options.cpp", "kit/service/manager/ManagerVariables.cpp", "clients/bridge/ServiceManager.cpp",
-            "clients/settings-mqtt/Options.cpp"}
+WRAPPERS = {"host/Options.cpp", "kit/service/manager/ManagerVariables.cpp", "clients/settings-mqtt/Options.cpp"}
+# What libsystemd reads for those who call it.
+LIBSYSTEMD = {"sd_notify(": {"NOTIFY_SOCKET"}, "sd_watchdog_enabled(": {"WATCHDOG_PID", "WATCHDOG_USEC"}}
 
 
 def help_of(*words):
@@ -48,8 +49,11 @@ def environment_of(*folders):
     names = set()
     for path in sources_of(*folders):
         text = path.read_text()
-        names.update(re.findall(READERS + r'\("([A-Z_]+)"\)', text))
         place = str(path.relative_to(ROOT))
+        names.update(re.findall(READERS + r'\("([A-Z_]+)"\)', text))
+        names.update(*(read for call, read in LIBSYSTEMD.items() if call in text))
+        if place in WRAPPERS:
+            names.update(re.findall(r'\{"([A-Z_]+)", "', text))
         if re.search(r"getenv\((?!\")", text) and place not in WRAPPERS:
             raise SystemExit(f"{place} reads the environment in a way that this check does not see")
     return names

@@ -135,6 +135,41 @@ TEST(PowerCutTest, NothingThatWasAnsweredIsLost) {
     RecordProperty("cutsInsideAChange", std::to_string(insideAChange));
 }
 
+TEST(PowerCutTest, WhatAStartRecoversFromTheLogIsNotLostByTheNextCut) {
+    const auto nameIn = [](Storage& storage) {
+        std::string name;
+        storage.getValue("deviceName", name);
+        return name;
+    };
+    unsigned recovered = 0;
+    for (unsigned seed = 0; seed < 20; ++seed) {
+        std::mt19937 random(seed);
+        const TestSupport::TemporaryDirectory folder(TestSupport::memoryFolder());
+        const std::string file = folder / "settings.db";
+        const SettingsHostTests::LogRecording log;
+        const auto disk = std::make_shared<SettingsHostTests::FaultyDisk>();
+        disk->watch(folder.path());
+        {
+            Storage storage(file, disk);
+            // The process ends at some call of a change: what it wrote is known to the system.
+            disk->failFrom(1 + static_cast<long>(seed % 5));
+            EXPECT_FALSE(storage.setValue("deviceName", "Den") && disk->hasFailed());
+        }
+        disk->work();
+        std::string shown;
+        {
+            Storage storage(file, disk);
+            shown = nameIn(storage);
+            disk->cutPowerAt(1);
+        }
+        disk->restorePower(random);
+        Storage storage(file, disk);
+        EXPECT_EQ(nameIn(storage), shown) << "seed " << seed;
+        recovered += shown == "Den" ? 1 : 0;
+    }
+    EXPECT_GT(recovered, 0U);
+}
+
 TEST(PowerCutTest, ABackupIsCompleteOrTheFormerOneIsThere) {
     long calls = 1;
     for (long call = 1; call <= calls + 1; ++call) {
