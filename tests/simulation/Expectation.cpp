@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "simulation/Fingerprint.h"
+
 namespace SettingsSimulation {
 
 namespace {
@@ -146,6 +148,17 @@ std::string withUnknown(const std::vector<Expectation::Piece>& pieces, Replace r
 }
 
 }  // namespace
+
+std::uint64_t Expectation::digest() const {
+    Fingerprint all;
+    for (const auto& piece : pieces) {
+        all.add(piece.text);
+        if (piece.event) {
+            all.add(piece.event->text);
+        }
+    }
+    return all.result();
+}
 
 std::string Expectation::shown() const {
     return withUnknown(pieces, [](char /*unknown*/) { return std::string("…"); });

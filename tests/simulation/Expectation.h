@@ -45,6 +45,8 @@ struct Expectation {
 
     /// For people.
     std::string shown() const;
+    /// The same for frames that are to be the same.
+    std::uint64_t digest() const;
     /// A frame that it matches.
     std::string example() const;
 };

@@ -4,6 +4,7 @@
 
 #include "model/Json.h"
 #include "model/WireModel.h"
+#include "simulation/Fingerprint.h"
 
 namespace SettingsSimulation {
 
@@ -34,7 +35,7 @@ Expectation textOnly(std::string text) {
 }  // namespace
 
 void HostModel::restart(const Durable& onDisk) {
-    known = {};
+    known = std::make_shared<Known>();
     completeAfter = 0;
     sequence = 0;
     names.clear();
@@ -65,29 +66,35 @@ std::vector<Output> HostModel::handle(const Sender& itsSender, const std::option
     return std::move(outputs);
 }
 
-std::string HostModel::digest() const {
-    std::string text;
-    const auto add = [&text](const auto& values) {
+std::uint64_t HostModel::digest() const {
+    Fingerprint all;
+    const auto add = [&all](const auto& values) {
+        all.add(values.size());
         for (const auto& [key, value] : values) {
-            text += key + '\x1f' + value + '\x1e';
+            all.add(key);
+            all.add(value);
         }
-        text += '\x1d';
     };
     add(durable().settings);
     add(durable().simulation);
     add(cachedValues());
     add(faults);
     add(around.deviceInfo);
-    text += arrayText(around.locales) + around.timezone + (around.captionsEnabled ? '1' : '0') +
-            (around.doNotDisturbEnabled ? '1' : '0') + (launched ? '1' : '0') + (waits ? '1' : '0');
-    for (const auto& [key, timestamp] : timestamps()) {
-        text += key + std::to_string(timestamp) + ' ';
+    add(timestamps());
+    for (const auto& locale : around.locales) {
+        all.add(locale);
     }
-    text += std::to_string(sequence) + ' ' + std::to_string(completeAfter) + ' ' + std::to_string(known.order.size());
+    all.add(around.timezone);
+    for (const bool each : {around.captionsEnabled, around.doNotDisturbEnabled, launched, waits}) {
+        all.add(each ? 1 : 0);
+    }
+    all.add(static_cast<std::uint64_t>(sequence));
+    all.add(static_cast<std::uint64_t>(completeAfter));
+    all.add(known->order.size());
     for (const auto& key : keysToReadAgain) {
-        text += key;
+        all.add(key);
     }
-    return text;
+    return all.result();
 }
 
 // Frames that are sent
@@ -155,9 +162,18 @@ void HostModel::performed() {
 
 // History
 
+/// The history, to change it: copies of this model share it until then.
+HostModel::Known& HostModel::ownHistory() {
+    if (known.use_count() > 1) {
+        known = std::make_shared<Known>(*known);
+    }
+    return *known;
+}
+
 void HostModel::remember(const std::shared_ptr<SentEvent>& event) {
-    known.events.push_back(event);
-    known.order.push_back(true);
+    Known& own = ownHistory();
+    own.events.push_back(event);
+    own.order.push_back(true);
     forgetOldest();
 }
 
@@ -165,26 +181,31 @@ void HostModel::remember(const std::set<std::string>& keys) {
     if (sequence < completeAfter) {
         return;
     }
-    known.notices.emplace_back(sequence, keys);
-    known.order.push_back(false);
+    Known& own = ownHistory();
+    own.notices.emplace_back(sequence, keys);
+    own.order.push_back(false);
     forgetOldest();
 }
 
 void HostModel::forgetOldest() {
-    while (known.order.size() > longestHistory) {
-        if (known.order.front()) {
-            completeAfter = std::max(completeAfter, known.events.front()->sequence);
-            known.events.pop_front();
+    if (known->order.size() <= longestHistory) {
+        return;
+    }
+    Known& own = ownHistory();
+    while (own.order.size() > longestHistory) {
+        if (own.order.front()) {
+            completeAfter = std::max(completeAfter, own.events.front()->sequence);
+            own.events.pop_front();
         } else {
-            completeAfter = std::max(completeAfter, known.notices.front().first + 1);
-            known.notices.pop_front();
+            completeAfter = std::max(completeAfter, own.notices.front().first + 1);
+            own.notices.pop_front();
         }
-        known.order.pop_front();
+        own.order.pop_front();
     }
 }
 
 void HostModel::forgetHistory() {
-    known = {};
+    known = std::make_shared<Known>();
     completeAfter = sequence + 1;
 }
 
@@ -277,7 +298,7 @@ void HostModel::batch(const Envelope& frame) {
     if (!isBatch(requests)) {
         return refuse("bad-batch");
     }
-    const Known before = known;
+    const std::shared_ptr<Known> before = known;
     const long sequenceBefore = sequence;
     const long completeBefore = completeAfter;
     beginTransaction();
@@ -390,14 +411,14 @@ void HostModel::hello(const std::string& id, const Envelope& members) {
                             *since < static_cast<unsigned long>(completeAfter);
         more = R"(,"missed":)" + std::string(missed ? "true" : "false");
         std::set<std::string> keys;
-        for (const auto& event : known.events) {
+        for (const auto& event : known->events) {
             if (!missed && event->sequence > static_cast<long>(*since)) {
                 Expectation frame;
                 frame.pieces.push_back({"", event});
                 toSender(std::move(frame));
             }
         }
-        for (const auto& [noticed, reread] : known.notices) {
+        for (const auto& [noticed, reread] : known->notices) {
             if (!missed && noticed >= static_cast<long>(*since)) {
                 keys.insert(reread.begin(), reread.end());
             }
@@ -419,7 +440,7 @@ void HostModel::findEvents(const std::string& id, const Envelope& members) {
         return refuse("bad-request");
     }
     std::vector<std::shared_ptr<SentEvent>> found;
-    for (const auto& event : known.events) {
+    for (const auto& event : known->events) {
         if (!key || event->key == *key) {
             found.push_back(event);
         }

@@ -61,8 +61,8 @@ public:
     /// The name of this run; empty as long as nobody knows it.
     std::string run;
 
-    /// All that it knows but the ghosts, to compare two of them.
-    std::string digest() const;
+    /// Of all that it knows but the ghosts, to compare two of them.
+    std::uint64_t digest() const;
 
     bool restartWasAsked() const { return asksRestart; }
     /// Do WebSockets with the key until now have to go?
@@ -96,6 +96,7 @@ private:
     void sendNotice(const std::set<std::string>& keys);
     void remember(const std::shared_ptr<SentEvent>& event);
     void remember(const std::set<std::string>& keys);
+    Known& ownHistory();
     void forgetOldest();
     void forgetHistory();
 
@@ -124,7 +125,7 @@ private:
     std::string faultCommand(const Envelope& frame);
     std::string faultList() const;
 
-    Known known;
+    std::shared_ptr<Known> known = std::make_shared<Known>();
     long completeAfter = 0;
     long sequence = 0;
     std::map<std::size_t, std::string> names;

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "model/Json.h"
+#include "simulation/Fingerprint.h"
 
 namespace SettingsSimulation {
 
@@ -23,7 +23,7 @@ bool isSettings(Kind kind) {
 
 }  // namespace
 
-Judge::Judge() : onDisk(1) {}
+Judge::Judge(bool remembersAwaited) : onDisk(1), remembers(remembersAwaited) {}
 
 // What clients do
 
@@ -87,11 +87,11 @@ void Judge::observe(const Observed& observed) {
     const bool hasPartial = observed.isCrashed && !observed.handled.empty();
     const std::size_t whole = observed.handled.size() - (hasPartial ? 1 : 0);
     for (std::size_t index = 0; index < whole; ++index) {
-        handle(observed.handled[index], observed.diskFailed);
+        handle(observed.handled[index]);
         rule(observed);
     }
     if (hasPartial) {
-        crash(observed.handled.back(), observed.diskFailed);
+        crash(observed.handled.back());
     }
     receive(observed);
     if (observed.isSettled) {
@@ -117,7 +117,7 @@ std::string shown(const std::map<std::string, std::string>& values) {
 
 }  // namespace
 
-void Judge::handle(const Handled& handled, bool diskFailed) {
+void Judge::handle(const Handled& handled) {
     Client& client = clients.at(handled.connection);
     if (client.waiting.empty() || client.waiting.front() != handled.frame) {
         throw Finding("the host handles the frames of " + name(handled.connection) + " in another order",
@@ -125,32 +125,34 @@ void Judge::handle(const Handled& handled, bool diskFailed) {
     }
     client.waiting.pop_front();
     client.hasJoined = true;
-    std::vector<State> after;
+    States after;
     for (auto& state : states) {
-        const bool mayFail = diskFailed || state.model.isOn("storage-failing");
-        if (!mayFail) {
-            step(state, handled, {}, false, false);
-            after.push_back(std::move(state));
-            continue;
-        }
-        for (const auto& fate : fates(state, handled, diskFailed)) {
-            after.push_back(state);
-            step(after.back(), handled, fate, false, diskFailed);
-        }
+        follow(std::move(state), handled, false, after);
     }
     states = std::move(after);
-    const long jump = states.front().model.faultTime("clock-jump");
+    const long jump = states.front()->model.faultTime("clock-jump");
     readAgain(handled.begin - jump, handled.end - jump);
     unite();
 }
 
-/// What the disk may do while the frame is handled.
-std::vector<DiskFate> Judge::fates(State state, const Handled& handled, bool diskFailed) const {
-    state.model.begin({}, false, false);
-    state.model.handle({handled.connection, clients.at(handled.connection).kind}, handled.frame,
-                       {handled.begin, handled.end});
-    const long uses = state.model.diskUses() + 1;
-    std::vector<DiskFate> all{{}, {0, DiskFate::all, true}};
+/// Adds all that the frame can have led to.
+void Judge::follow(std::unique_ptr<State> state, const Handled& handled, bool keepsSteps, States& after) {
+    if (!handled.diskFailed && !state->model.isOn("storage-failing")) {
+        step(*state, handled, {}, keepsSteps, false);
+        after.push_back(std::move(state));
+        return;
+    }
+    after.push_back(std::make_unique<State>(*state));
+    step(*after.back(), handled, {}, keepsSteps, handled.diskFailed);
+    for (const auto& fate : fates(after.back()->model.diskUses() + 1, handled.diskFailed)) {
+        after.push_back(std::make_unique<State>(*state));
+        step(*after.back(), handled, fate, keepsSteps, handled.diskFailed);
+    }
+}
+
+/// What the disk may do while a frame is handled, but to work.
+std::vector<DiskFate> Judge::fates(long uses, bool diskFailed) {
+    std::vector<DiskFate> all{{0, DiskFate::all, true}};
     for (long first = 0; first < uses; ++first) {
         all.push_back({first, DiskFate::all, false});
         for (long count = 1; count <= (diskFailed ? 3 : 1); ++count) {
@@ -233,39 +235,32 @@ void Judge::release(State& state, std::int64_t now) {
 void Judge::readAgain(std::int64_t begin, std::int64_t end) {
     const std::size_t before = states.size();
     for (std::size_t index = 0; index < before; ++index) {
-        if (!states[index].model.waitsForStorage()) {
+        if (!states[index]->model.waitsForStorage()) {
             continue;
         }
-        State again = states[index];
-        again.model.begin({}, false, false);
-        const auto outputs = again.model.readAgain({begin, end});
-        send(again, outputs, begin, end);
-        again.storageWorked = false;
+        auto again = std::make_unique<State>(*states[index]);
+        again->model.begin({}, false, false);
+        const auto outputs = again->model.readAgain({begin, end});
+        send(*again, outputs, begin, end);
+        again->storageWorked = false;
         states.push_back(std::move(again));
     }
 }
 
 /// The host ended while it handled this frame, or after it.
-void Judge::crash(const Handled& handled, bool diskFailed) {
+void Judge::crash(const Handled& handled) {
     clients.at(handled.connection).waiting.pop_front();
-    std::vector<State> after;
-    for (const auto& state : states) {
-        std::vector<DiskFate> all{{}};
-        if (diskFailed || state.model.isOn("storage-failing")) {
-            all = fates(state, handled, diskFailed);
-        }
-        for (const auto& fate : all) {
-            after.push_back(state);
-            for (auto& entry : after.back().queues) {
-                for (auto& pending : entry.second) {
-                    pending.persisted = 0;
-                }
+    States after;
+    for (auto& state : states) {
+        for (auto& entry : state->queues) {
+            for (auto& pending : entry.second) {
+                pending.persisted = 0;
             }
-            step(after.back(), handled, fate, true, diskFailed);
-            after.back().before = state.model.durable();
-            after.back().ghostsBefore = state.model.ghosts();
-            after.back().reachedStep = 0;
         }
+        state->before = state->model.durable();
+        state->ghostsBefore = state->model.ghosts();
+        state->reachedStep = 0;
+        follow(std::move(state), handled, true, after);
     }
     states = std::move(after);
 }
@@ -292,46 +287,48 @@ void Judge::rule(const Observed& observed) {
     if (states.size() < 2) {
         return;
     }
-    std::vector<State> possible;
-    for (auto& state : states) {
-        const bool agrees =
-            std::all_of(observed.connections.begin(), observed.connections.end(), [&](const auto& came) {
-                const auto& queue = state.queues[came.connection];
-                std::size_t place = 0;
-                for (const auto& frame : came.frames) {
-                    while (place < queue.size() && !matches(*queue[place].frame, frame, state.model.run)) {
-                        if (!queue[place].isOptional) {
-                            return false;
-                        }
-                        ++place;
-                    }
-                    ++place;
-                }
-                return true;
-            });
-        if (agrees) {
-            possible.push_back(state);
-        }
-    }
+    const auto disagrees = [&](const std::unique_ptr<State>& state) {
+        return std::any_of(observed.connections.begin(), observed.connections.end(),
+                           [&](const auto& came) { return !agrees(*state, came); });
+    };
     // With none, the first one tells what is wrong.
-    if (!possible.empty()) {
-        states = std::move(possible);
+    if (!std::all_of(states.begin(), states.end(), disagrees)) {
+        states.erase(std::remove_if(states.begin(), states.end(), disagrees), states.end());
     }
+}
+
+bool Judge::agrees(State& state, const Observed::OfConnection& came) {
+    const auto found = state.queues.find(came.connection);
+    if (found == state.queues.end()) {
+        return true;
+    }
+    const auto& queue = found->second;
+    std::size_t place = 0;
+    for (const auto& frame : came.frames) {
+        while (place < queue.size() && !matches(*queue[place].frame, frame, state.model.run)) {
+            if (!queue[place].isOptional) {
+                return false;
+            }
+            ++place;
+        }
+        ++place;
+    }
+    return true;
 }
 
 void Judge::receive(const Observed& observed) {
     for (const auto& came : observed.connections) {
         checkIds(came);
     }
-    if (isUp()) {
-        queuesBefore = states.front().queues;
+    if (remembers && isUp()) {
+        queuesBefore = states.front()->queues;
     }
     std::optional<Finding> first;
-    std::vector<State> possible;
+    States possible;
     for (auto& state : states) {
-        auto reason = receive(state, observed);
+        auto reason = receive(*state, observed);
         if (!reason && observed.isSettled && observed.isRunning) {
-            reason = complete(state, observed);
+            reason = complete(*state, observed);
         }
         if (!reason) {
             possible.push_back(std::move(state));
@@ -358,24 +355,31 @@ std::optional<Finding> Judge::receive(State& state, const Observed& observed) {
 }
 
 std::optional<Finding> Judge::receive(State& state, const Observed::OfConnection& came, std::int64_t now) {
+    if (came.frames.empty()) {
+        return std::nullopt;
+    }
     auto& queue = state.queues[came.connection];
+    auto next = queue.begin();
     for (const auto& frame : came.frames) {
-        while (!queue.empty() && queue.front().isOptional && !matches(*queue.front().frame, frame, state.model.run)) {
-            queue.pop_front();
+        while (next != queue.end() && next->isOptional && !matches(*next->frame, frame, state.model.run)) {
+            ++next;
         }
-        if (queue.empty()) {
+        if (next == queue.end()) {
             return Finding("a frame came at " + name(came.connection) + " without a reason", "nothing", frame);
         }
-        const Pending& next = queue.front();
-        if (!matches(*next.frame, frame, state.model.run)) {
-            return Finding("another frame came at " + name(came.connection), next.frame->shown(), frame);
+        if (!matches(*next->frame, frame, state.model.run)) {
+            return Finding("another frame came at " + name(came.connection), next->frame->shown(), frame);
         }
-        if (next.earliest > now) {
-            return Finding("a frame came at " + name(came.connection) + " too early", next.frame->shown(),
-                           std::to_string(next.earliest - now) + " ms too early: " + frame);
+        if (next->earliest > now) {
+            return Finding("a frame came at " + name(came.connection) + " too early", next->frame->shown(),
+                           std::to_string(next->earliest - now) + " ms too early: " + frame);
         }
-        state.reachedStep = std::max(state.reachedStep, next.persisted);
-        queue.pop_front();
+        state.reachedStep = std::max(state.reachedStep, next->persisted);
+        ++next;
+    }
+    queue.erase(queue.begin(), next);
+    if (queue.empty()) {
+        state.queues.erase(came.connection);
     }
     return std::nullopt;
 }
@@ -425,7 +429,11 @@ std::optional<Finding> Judge::completeClient(State& state, const Observed::OfCon
         return Finding("a frame of " + name(came.connection) + " is not handled", shown(client.waiting.front()),
                        "nothing");
     }
-    for (const auto& pending : state.queues[came.connection]) {
+    const auto queue = state.queues.find(came.connection);
+    if (queue == state.queues.end()) {
+        return std::nullopt;
+    }
+    for (const auto& pending : queue->second) {
         if (!pending.isOptional && pending.latest <= now) {
             return Finding("a frame did not come at " + name(came.connection), pending.frame->shown(), "nothing");
         }
@@ -437,31 +445,37 @@ void Judge::unite() {
     if (states.size() < 2) {
         return;
     }
-    std::map<std::string, std::size_t> digests;
-    std::vector<State> different;
+    std::unordered_map<std::uint64_t, std::size_t> digests;
+    States different;
     for (auto& state : states) {
-        std::string digest = state.model.digest();
-        for (const auto& [connection, queue] : state.queues) {
-            digest += "|" + std::to_string(connection);
-            for (const auto& pending : queue) {
-                digest += pending.frame->shown() + std::to_string(pending.earliest);
-            }
-        }
-        for (const auto& entry : state.closing) {
-            digest += "#" + std::to_string(entry.first);
-        }
-        digest += std::to_string(state.reachedStep);
-        for (const auto& each : state.model.steps()) {
-            digest += each == state.model.durable() ? "=" : "!";
-        }
-        const auto [same, isNew] = digests.emplace(digest, different.size());
+        const auto [same, isNew] = digests.emplace(digest(*state), different.size());
         if (isNew) {
             different.push_back(std::move(state));
         } else {
-            different[same->second].model.addGhosts(state.model.ghosts());
+            different[same->second]->model.addGhosts(state->model.ghosts());
         }
     }
     states = std::move(different);
+}
+
+std::uint64_t Judge::digest(const State& state) {
+    Fingerprint all;
+    all.add(state.model.digest());
+    for (const auto& [connection, queue] : state.queues) {
+        all.add(connection);
+        for (const auto& pending : queue) {
+            all.add(pending.frame->digest());
+            all.add(static_cast<std::uint64_t>(pending.earliest));
+        }
+    }
+    for (const auto& entry : state.closing) {
+        all.add(entry.first);
+    }
+    all.add(static_cast<std::uint64_t>(state.reachedStep));
+    for (const auto& each : state.model.steps()) {
+        all.add(each == state.model.durable() ? 1 : 0);
+    }
+    return all.result();
 }
 
 // Life
@@ -473,7 +487,8 @@ void Judge::ended() {
             onDisk.push_back(durable);
         }
     };
-    for (const auto& state : states) {
+    for (const auto& each : states) {
+        const State& state = *each;
         if (!state.model.run.empty()) {
             formerRuns.insert(state.model.run);
         }
@@ -503,11 +518,8 @@ void Judge::started(const std::map<std::string, std::string>& stored) {
     std::string expected;
     for (const auto& durable : onDisk) {
         if (durable.settings == stored) {
-            states.emplace_back();
-            states.back().model.restart(durable);
-            // Until the next change is flushed, a power cut may undo what was in progress at the crash before, although
-            // this host has read it: SQLite takes what a killed host wrote but did not flush.
-            states.back().model.addGhosts(onDisk);
+            states.push_back(std::make_unique<State>());
+            states.back()->model.restart(durable);
         } else {
             expected += (expected.empty() ? "" : " or ") + shown(durable.settings);
         }

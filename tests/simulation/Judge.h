@@ -32,7 +32,8 @@ public:
 /// that can have happened, until what comes decides.
 class Judge {
 public:
-    Judge();
+    /// With `remembersAwaited`: for a scenario.
+    explicit Judge(bool remembersAwaited);
 
     /// @name What clients do
     /// @{
@@ -79,10 +80,10 @@ public:
     std::size_t possibilities() const { return states.size(); }
     /// Has the host started, and not ended?
     bool isUp() const { return !states.empty(); }
-    bool restartWasAsked() const { return isUp() && states.front().model.restartWasAsked(); }
+    bool restartWasAsked() const { return isUp() && states.front()->model.restartWasAsked(); }
     /// As far as it is known.
-    const std::string& run() const { return states.front().model.run; }
-    long newestSequence() const { return states.front().model.newestSequence(); }
+    const std::string& run() const { return states.front()->model.run; }
+    long newestSequence() const { return states.front()->model.newestSequence(); }
     /// What had to come at a connection when there was a finding; for a scenario.
     std::vector<std::string> awaited(std::size_t connection) const;
 
@@ -96,10 +97,12 @@ private:
         /// Of the frame that the host was handling when it ended: changes that were on the disk.
         long persisted;
     };
+    /// What must come, by connection; without those where nothing must.
+    using Queues = std::map<std::size_t, std::vector<Pending>>;
     /// One way how it can have been.
     struct State {
         HostModel model;
-        std::map<std::size_t, std::deque<Pending>> queues;
+        Queues queues;
         /// Connections that the host must close, with the status.
         std::map<std::size_t, int> closing;
         bool storageWorked = false;
@@ -121,15 +124,19 @@ private:
         std::size_t unread = 0;
     };
 
-    void handle(const Handled& handled, bool diskFailed);
-    void crash(const Handled& handled, bool diskFailed);
+    using States = std::vector<std::unique_ptr<State>>;
+
+    void handle(const Handled& handled);
+    void crash(const Handled& handled);
+    void follow(std::unique_ptr<State> state, const Handled& handled, bool keepsSteps, States& after);
     void step(State& state, const Handled& handled, const DiskFate& fate, bool keepsSteps, bool mayLeaveGhosts);
-    std::vector<DiskFate> fates(State state, const Handled& handled, bool diskFailed) const;
+    static std::vector<DiskFate> fates(long uses, bool diskFailed);
     void send(State& state, const std::vector<Output>& outputs, std::int64_t begin, std::int64_t end);
     void release(State& state, std::int64_t now);
     void readAgain(std::int64_t begin, std::int64_t end);
     void checkIds(const Observed::OfConnection& came);
     void rule(const Observed& observed);
+    static bool agrees(State& state, const Observed::OfConnection& came);
     void receive(const Observed& observed);
     /// Returns: why it cannot have been so; nothing if it can.
     std::optional<Finding> receive(State& state, const Observed& observed);
@@ -137,15 +144,17 @@ private:
     std::optional<Finding> complete(State& state, const Observed& observed);
     std::optional<Finding> completeClient(State& state, const Observed::OfConnection& came, std::int64_t now);
     void unite();
+    static std::uint64_t digest(const State& state);
 
-    std::vector<State> states;
-    std::map<std::size_t, std::deque<Pending>> queuesBefore;
+    States states;
+    Queues queuesBefore;
     /// What may be on the disk while no host runs.
     std::vector<Durable> onDisk;
     std::map<std::size_t, Client> clients;
     /// Events by their message ids.
     std::unordered_map<std::string, std::string> events;
     std::set<std::string> formerRuns;
+    const bool remembers;
 };
 
 }  // namespace SettingsSimulation

@@ -16,7 +16,7 @@ constexpr std::size_t fewPossibilities = 16;
 }  // namespace
 
 Run::Run(std::uint64_t seed, bool writesSteps)
-    : choices(seed ^ 0x5eed5eed5eed5eedU), host(choices), writes(writesSteps) {}
+    : choices(seed ^ 0x5eed5eed5eed5eedU), host(choices), judge(writesSteps), writes(writesSteps) {}
 
 std::optional<Finding> Run::play(const std::vector<Operation>& operations) {
     try {
@@ -225,8 +225,12 @@ void Run::look(bool isSettled, bool isCrashed) {
     observed.diskFailed = host.diskFailures() != diskFailures;
     diskFailures = host.diskFailures();
     for (const auto& handled : observed.handled) {
+        if (!writes) {
+            break;
+        }
         write(nameOf(handled.connection), "sent", handled.frame.value_or(std::string(70000, '{')));
     }
+    observed.connections.reserve(open.size());
     for (const auto& [slot, connection] : open) {
         observed.connections.push_back(
             {connection->number(), connection->take(), connection->isClosedByHost(), connection->closeStatus()});
@@ -261,7 +265,10 @@ void Run::hasStarted() {
 }
 
 void Run::noteRun() {
-    const std::string run = judge.isUp() ? judge.run() : "";
+    if (!judge.isUp()) {
+        return;
+    }
+    const std::string& run = judge.run();
     if (!run.empty() && (runs.empty() || runs.back() != run)) {
         runs.push_back(run);
     }
