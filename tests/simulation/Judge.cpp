@@ -82,6 +82,10 @@ void Judge::reads(std::size_t connection, bool isReading) {
 // What the host does
 
 void Judge::observe(const Observed& observed) {
+    if (isQuiet(observed)) {
+        return receive(observed);
+    }
+    wasSettled = observed.isSettled;
     readAgain(observed.now, observed.now);
     unite();
     const bool hasPartial = observed.isCrashed && !observed.handled.empty();
@@ -94,11 +98,21 @@ void Judge::observe(const Observed& observed) {
         crash(observed.handled.back());
     }
     receive(observed);
+    unite();
     if (observed.isSettled) {
         for (const auto& came : observed.connections) {
             clients.at(came.connection).hasJoined = true;
         }
     }
+}
+
+/// Has nothing but time passed? Then nothing was read again either.
+bool Judge::isQuiet(const Observed& observed) const {
+    const auto isSilent = [this](const Observed::OfConnection& came) {
+        return came.frames.empty() && clients.at(came.connection).hasJoined;
+    };
+    return wasSettled && observed.isSettled && observed.handled.empty() && !observed.diskWasUsed &&
+           std::all_of(observed.connections.begin(), observed.connections.end(), isSilent);
 }
 
 namespace {
@@ -342,7 +356,6 @@ void Judge::receive(const Observed& observed) {
         throw Finding(*first);
     }
     states = std::move(possible);
-    unite();
 }
 
 std::optional<Finding> Judge::receive(State& state, const Observed& observed) {
@@ -482,6 +495,7 @@ std::uint64_t Judge::digest(const State& state) {
 
 void Judge::ended() {
     onDisk.clear();
+    wasSettled = false;
     const auto add = [this](const Durable& durable) {
         if (std::find(onDisk.begin(), onDisk.end(), durable) == onDisk.end()) {
             onDisk.push_back(durable);

@@ -68,6 +68,7 @@ public:
         bool isCrashed = false;
         /// A use of the disk failed that was not told to by a fault of the host.
         bool diskFailed = false;
+        bool diskWasUsed = false;
     };
     void observe(const Observed& observed);
 
@@ -126,6 +127,7 @@ private:
 
     using States = std::vector<std::unique_ptr<State>>;
 
+    bool isQuiet(const Observed& observed) const;
     void handle(const Handled& handled);
     void crash(const Handled& handled);
     void follow(std::unique_ptr<State> state, const Handled& handled, bool keepsSteps, States& after);
@@ -155,6 +157,7 @@ private:
     std::unordered_map<std::string, std::string> events;
     std::set<std::string> formerRuns;
     const bool remembers;
+    bool wasSettled = false;
 };
 
 }  // namespace SettingsSimulation

@@ -65,9 +65,10 @@ private:
 
     void add() {
         // A fault does not stay for long.
-        if (!faultName.empty() && oneIn(12)) {
-            device(R"({"command":"fault","name":")" + faultName + R"(","enabled":false})");
-            faultName.clear();
+        if (!faultsOn.empty() && oneIn(12)) {
+            const auto fault = faultsOn.begin() + static_cast<std::ptrdiff_t>(below(faultsOn.size()));
+            device(R"({"command":"fault","name":")" + *fault + R"(","enabled":false})");
+            faultsOn.erase(fault);
             return;
         }
         const std::size_t kind = below(1000);
@@ -263,7 +264,7 @@ private:
                         R"(clock-jump","value":7200000,"on":")",
                         "restart"};
         const std::string& name = oneOf(all);
-        faultName = name.substr(0, name.find('"'));
+        faultsOn.push_back(name.substr(0, name.find('"')));
         return R"({"command":"fault","enabled":true,"name":")" + name + "\"}";
     }
 
@@ -315,7 +316,7 @@ private:
     SeededChoices choices;
     const bool isCalm;
     std::vector<Operation> made;
-    std::string faultName;
+    Texts faultsOn;
     unsigned messages = 0;
 };
 

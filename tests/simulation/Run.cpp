@@ -12,6 +12,7 @@ using SettingsHandlerFuzz::stringText;
 namespace {
 
 constexpr std::size_t fewPossibilities = 16;
+constexpr const char* everything = R"({"type":7,"messageId":"all","payload":{"settings":[]}})";
 
 }  // namespace
 
@@ -132,7 +133,7 @@ void Run::start() {
         hasStarted();
         proceed(-1);
         if (host.state() == SimulatedHost::State::RUNNING) {
-            send(0, R"({"type":7,"messageId":"all","payload":{"settings":[]}})");
+            send(0, everything);
             send(7, R"({"command":"show"})");
             proceed(-1);
         }
@@ -195,7 +196,20 @@ void Run::decide() {
     }
     if (host.state() == SimulatedHost::State::DEAD && judge.isUp()) {
         end("kill");
+    } else if (judge.isUp() && judge.possibilities() > fewPossibilities && !isRepairing) {
+        repairDisk();
     }
+}
+
+/// Ends what makes it unclear what is stored, and reads all.
+void Run::repairDisk() {
+    isRepairing = true;
+    send(7, R"({"command":"fault","name":"storage-failing","enabled":false})");
+    proceed(-1);
+    send(0, everything);
+    send(7, R"({"command":"show"})");
+    proceed(-1);
+    isRepairing = false;
 }
 
 Run::Connections::iterator Run::forget(Connections::iterator entry) {
@@ -224,6 +238,8 @@ void Run::look(bool isSettled, bool isCrashed) {
     observed.isCrashed = isCrashed;
     observed.diskFailed = host.diskFailures() != diskFailures;
     diskFailures = host.diskFailures();
+    observed.diskWasUsed = host.diskCalls() != diskCalls;
+    diskCalls = host.diskCalls();
     for (const auto& handled : observed.handled) {
         if (!writes) {
             break;

@@ -45,6 +45,7 @@ private:
     void observe(bool isSettled);
     void look(bool isSettled, bool isCrashed);
     void decide();
+    void repairDisk();
     void restart();
     void stop();
     void hasStarted();
@@ -68,7 +69,9 @@ private:
     Connections open;
     std::vector<std::string> runs;
     long diskFailures = 0;
+    long diskCalls = 0;
     int starts = 0;
+    bool isRepairing = false;
     std::size_t doneOperations = 0;
     const bool writes;
     std::vector<Step> written;
