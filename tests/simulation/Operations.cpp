@@ -272,8 +272,11 @@ private:
     long resumeRun() { return oneIn(6) ? static_cast<long>(1 + below(2)) : 0; }
 
     long duration() {
-        static const std::vector<long> all{1, 10, 100, 250, 500, 700, 2000, 14999, 16000, 31000, 3600000, 90000000};
-        return oneOf(all);
+        static const std::vector<long> all{1, 10, 100, 250, 500, 700, 2000, 14999, 16000, 31000};
+        // Pages are pinged four times a minute: a long time costs as much as hundreds of other operations.
+        constexpr long hour = 3600000;
+        constexpr long moreThanADay = 90000000;
+        return oneIn(100) ? moreThanADay : oneIn(20) ? hour : oneOf(all);
     }
 
     void hostile() {
