@@ -98,6 +98,12 @@ void Judge::observe(const Observed& observed) {
         crash(observed.handled.back());
     }
     receive(observed);
+    if (observed.diskFailed) {
+        // Then to read again can have failed, too.
+        for (auto& state : states) {
+            state->storageWorked = false;
+        }
+    }
     unite();
     if (observed.isSettled) {
         for (const auto& came : observed.connections) {
@@ -158,19 +164,25 @@ void Judge::follow(std::unique_ptr<State> state, const Handled& handled, bool ke
     }
     after.push_back(std::make_unique<State>(*state));
     step(*after.back(), handled, {}, keepsSteps, handled.diskFailed);
-    for (const auto& fate : fates(after.back()->model.diskUses() + 1, handled.diskFailed)) {
-        after.push_back(std::make_unique<State>(*state));
-        step(*after.back(), handled, fate, keepsSteps, handled.diskFailed);
+    const bool hasTransaction = after.back()->model.hadTransaction();
+    for (auto fate : fates(after.back()->model.diskUses() + 1, handled.diskFailed)) {
+        for (fate.endsTransaction = false;; fate.endsTransaction = true) {
+            after.push_back(std::make_unique<State>(*state));
+            step(*after.back(), handled, fate, keepsSteps, handled.diskFailed);
+            if (fate.endsTransaction || !hasTransaction) {
+                break;
+            }
+        }
     }
 }
 
 /// What the disk may do while a frame is handled, but to work.
 std::vector<DiskFate> Judge::fates(long uses, bool diskFailed) {
-    std::vector<DiskFate> all{{0, DiskFate::all, true}};
+    std::vector<DiskFate> all{{0, DiskFate::all, true, false}};
     for (long first = 0; first < uses; ++first) {
-        all.push_back({first, DiskFate::all, false});
+        all.push_back({first, DiskFate::all, false, false});
         for (long count = 1; count <= (diskFailed ? 3 : 1); ++count) {
-            all.push_back({first, count, false});
+            all.push_back({first, count, false, false});
         }
     }
     return all;
@@ -455,7 +467,8 @@ std::optional<Finding> Judge::completeClient(State& state, const Observed::OfCon
 }
 
 void Judge::unite() {
-    if (states.size() < 2) {
+    // What was on the disk before the host ended is not compared.
+    if (states.size() < 2 || states.front()->before) {
         return;
     }
     std::unordered_map<std::uint64_t, std::size_t> digests;
@@ -483,10 +496,6 @@ std::uint64_t Judge::digest(const State& state) {
     }
     for (const auto& entry : state.closing) {
         all.add(entry.first);
-    }
-    all.add(static_cast<std::uint64_t>(state.reachedStep));
-    for (const auto& each : state.model.steps()) {
-        all.add(each == state.model.durable() ? 1 : 0);
     }
     return all.result();
 }
