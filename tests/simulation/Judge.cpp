@@ -328,18 +328,35 @@ bool Judge::agrees(State& state, const Observed::OfConnection& came) {
     if (found == state.queues.end()) {
         return true;
     }
-    const auto& queue = found->second;
-    std::size_t place = 0;
+    Queue queue = found->second;
+    auto next = queue.begin();
     for (const auto& frame : came.frames) {
-        while (place < queue.size() && !matches(*queue[place].frame, frame, state.model.run)) {
-            if (!queue[place].isOptional) {
-                return false;
-            }
-            ++place;
+        next = find(queue, next, frame, state.model.run);
+        if (next == queue.end()) {
+            return true;
         }
-        ++place;
+        if (!matches(*next->frame, frame, state.model.run)) {
+            return false;
+        }
+        ++next;
     }
     return true;
+}
+
+/// Returns: what `frame` must be.
+Judge::Queue::iterator Judge::find(Queue& queue, Queue::iterator next, const std::string& frame, std::string& run) {
+    while (next != queue.end() && next->isOptional && !matches(*next->frame, frame, run)) {
+        ++next;
+    }
+    if (next != queue.end() && next->isOptional) {
+        // A client that joined too late for this one may have got the same text that must come after it.
+        const auto must =
+            std::find_if(next + 1, queue.end(), [](const Pending& pending) { return !pending.isOptional; });
+        if (must != queue.end() && matches(*must->frame, frame, run)) {
+            must->isOptional = true;
+        }
+    }
+    return next;
 }
 
 void Judge::receive(const Observed& observed) {
@@ -386,9 +403,7 @@ std::optional<Finding> Judge::receive(State& state, const Observed::OfConnection
     auto& queue = state.queues[came.connection];
     auto next = queue.begin();
     for (const auto& frame : came.frames) {
-        while (next != queue.end() && next->isOptional && !matches(*next->frame, frame, state.model.run)) {
-            ++next;
-        }
+        next = find(queue, next, frame, state.model.run);
         if (next == queue.end()) {
             return Finding("a frame came at " + name(came.connection) + " without a reason", "nothing", frame);
         }

@@ -138,6 +138,8 @@ private:
     void readAgain(std::int64_t begin, std::int64_t end);
     void checkIds(const Observed::OfConnection& came);
     void rule(const Observed& observed);
+    using Queue = std::vector<Pending>;
+    static Queue::iterator find(Queue& queue, Queue::iterator next, const std::string& frame, std::string& run);
     static bool agrees(State& state, const Observed::OfConnection& came);
     void receive(const Observed& observed);
     /// Returns: why it cannot have been so; nothing if it can.
