@@ -69,6 +69,15 @@ void Judge::closed(std::size_t connection) {
 
 void Judge::endedOutput(std::size_t connection) {
     clients.at(connection).hasEndedOutput = true;
+    for (auto& state : states) {
+        const auto queue = state->queues.find(connection);
+        if (queue == state->queues.end()) {
+            continue;
+        }
+        for (auto& pending : queue->second) {
+            pending.isOptional = pending.isOptional || pending.isAtAnyTime;
+        }
+    }
 }
 
 void Judge::reads(std::size_t connection, bool isReading) {
@@ -219,7 +228,8 @@ void Judge::step(State& state, const Handled& handled, const DiskFate& fate, boo
     state.storageWorked = wasWaiting && (state.storageWorked || (isWhole && state.model.storageWorked()));
 }
 
-void Judge::send(State& state, const std::vector<Output>& outputs, std::int64_t begin, std::int64_t end) {
+void Judge::send(State& state, const std::vector<Output>& outputs, std::int64_t begin, std::int64_t end,
+                 bool isAtAnyTime) {
     for (const auto& output : outputs) {
         for (auto& [connection, client] : clients) {
             const bool isReceiver = output.receiver ? *output.receiver == connection : isSettings(client.kind);
@@ -238,7 +248,7 @@ void Judge::send(State& state, const std::vector<Output>& outputs, std::int64_t 
             const bool isOptional =
                 output.receiver ? client.hasEndedOutput && isLate : !client.hasJoined || client.hasEndedOutput;
             state.queues[connection].push_back(
-                {output.frame, begin + delay, end + delay, isOptional, output.persisted});
+                {output.frame, begin + delay, end + delay, isOptional, output.persisted, isAtAnyTime});
             if (!client.isReading) {
                 client.unread += output.frame->shown().size();
                 client.mayBeClosed = client.mayBeClosed || client.unread > muchUnread;
@@ -267,7 +277,7 @@ void Judge::readAgain(std::int64_t begin, std::int64_t end) {
         auto again = std::make_unique<State>(*states[index]);
         again->model.begin({}, false, false);
         const auto outputs = again->model.readAgain({begin, end});
-        send(*again, outputs, begin, end);
+        send(*again, outputs, begin, end, true);
         again->storageWorked = false;
         states.push_back(std::move(again));
     }

@@ -97,6 +97,8 @@ private:
         bool isOptional;
         /// Of the frame that the host was handling when it ended: changes that were on the disk.
         long persisted;
+        /// Of a batch that is read again: nobody knows when.
+        bool isAtAnyTime = false;
     };
     /// What must come, by connection; without those where nothing must.
     using Queues = std::map<std::size_t, std::vector<Pending>>;
@@ -133,7 +135,8 @@ private:
     void follow(std::unique_ptr<State> state, const Handled& handled, bool keepsSteps, States& after);
     void step(State& state, const Handled& handled, const DiskFate& fate, bool keepsSteps, bool mayLeaveGhosts);
     static std::vector<DiskFate> fates(long uses, bool diskFailed);
-    void send(State& state, const std::vector<Output>& outputs, std::int64_t begin, std::int64_t end);
+    void send(State& state, const std::vector<Output>& outputs, std::int64_t begin, std::int64_t end,
+              bool isAtAnyTime = false);
     void release(State& state, std::int64_t now);
     void readAgain(std::int64_t begin, std::int64_t end);
     void checkIds(const Observed::OfConnection& came);
