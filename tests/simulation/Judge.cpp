@@ -75,7 +75,7 @@ void Judge::endedOutput(std::size_t connection) {
             continue;
         }
         for (auto& pending : queue->second) {
-            pending.isOptional = pending.isOptional || pending.isAtAnyTime;
+            pending.isOptional = pending.isOptional || pending.isSentLater;
         }
     }
 }
@@ -229,7 +229,7 @@ void Judge::step(State& state, const Handled& handled, const DiskFate& fate, boo
 }
 
 void Judge::send(State& state, const std::vector<Output>& outputs, std::int64_t begin, std::int64_t end,
-                 bool isAtAnyTime) {
+                 bool isSentLater) {
     for (const auto& output : outputs) {
         for (auto& [connection, client] : clients) {
             const bool isReceiver = output.receiver ? *output.receiver == connection : isSettings(client.kind);
@@ -248,7 +248,7 @@ void Judge::send(State& state, const std::vector<Output>& outputs, std::int64_t 
             const bool isOptional =
                 output.receiver ? client.hasEndedOutput && isLate : !client.hasJoined || client.hasEndedOutput;
             state.queues[connection].push_back(
-                {output.frame, begin + delay, end + delay, isOptional, output.persisted, isAtAnyTime});
+                {output.frame, begin + delay, end + delay, isOptional, output.persisted, isSentLater || isLate});
             if (!client.isReading) {
                 client.unread += output.frame->shown().size();
                 client.mayBeClosed = client.mayBeClosed || client.unread > muchUnread;
@@ -372,9 +372,15 @@ Judge::Queue::iterator Judge::find(Queue& queue, Queue::iterator next, const std
 void Judge::receive(const Observed& observed) {
     for (const auto& came : observed.connections) {
         checkIds(came);
+        for (const auto& frame : came.frames) {
+            if (remembers) {
+                learn(frame, knownTexts);
+            }
+        }
     }
     if (remembers && isUp()) {
         queuesBefore = states.front()->queues;
+        runBefore = run();
     }
     std::optional<Finding> first;
     States possible;
@@ -577,12 +583,12 @@ void Judge::started(const std::map<std::string, std::string>& stored) {
     }
 }
 
-std::vector<std::string> Judge::awaited(std::size_t connection) const {
+std::vector<std::string> Judge::awaited(std::size_t connection, const KnownTexts& texts) const {
     std::vector<std::string> frames;
     const auto queue = queuesBefore.find(connection);
     if (queue != queuesBefore.end()) {
         for (const auto& pending : queue->second) {
-            frames.push_back(pending.frame->example());
+            frames.push_back(pending.frame->example(runBefore, texts));
         }
     }
     return frames;

@@ -86,7 +86,9 @@ public:
     const std::string& run() const { return states.front()->model.run; }
     long newestSequence() const { return states.front()->model.newestSequence(); }
     /// What had to come at a connection when there was a finding; for a scenario.
-    std::vector<std::string> awaited(std::size_t connection) const;
+    std::vector<std::string> awaited(std::size_t connection, const KnownTexts& texts) const;
+    /// Of what came; for a scenario.
+    const KnownTexts& texts() const { return knownTexts; }
 
 private:
     struct Pending {
@@ -97,8 +99,8 @@ private:
         bool isOptional;
         /// Of the frame that the host was handling when it ended: changes that were on the disk.
         long persisted;
-        /// Of a batch that is read again: nobody knows when.
-        bool isAtAnyTime = false;
+        /// It is late, or of a batch that is read again.
+        bool isSentLater = false;
     };
     /// What must come, by connection; without those where nothing must.
     using Queues = std::map<std::size_t, std::vector<Pending>>;
@@ -136,7 +138,7 @@ private:
     void step(State& state, const Handled& handled, const DiskFate& fate, bool keepsSteps, bool mayLeaveGhosts);
     static std::vector<DiskFate> fates(long uses, bool diskFailed);
     void send(State& state, const std::vector<Output>& outputs, std::int64_t begin, std::int64_t end,
-              bool isAtAnyTime = false);
+              bool isSentLater = false);
     void release(State& state, std::int64_t now);
     void readAgain(std::int64_t begin, std::int64_t end);
     void checkIds(const Observed::OfConnection& came);
@@ -155,6 +157,8 @@ private:
 
     States states;
     Queues queuesBefore;
+    std::string runBefore;
+    KnownTexts knownTexts;
     /// What may be on the disk while no host runs.
     std::vector<Durable> onDisk;
     std::map<std::size_t, Client> clients;
