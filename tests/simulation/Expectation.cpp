@@ -169,7 +169,11 @@ void learn(const std::string& frame, KnownTexts& texts) {
     for (auto place = frame.find(name); place != std::string::npos; place = frame.find(name, place)) {
         const std::size_t begin = frame.rfind('{', place);
         place += name.size();
-        texts[frame.substr(begin, place - begin)] = frame.substr(place, frame.find('"', place) - place);
+        std::size_t end = place;
+        while (end < frame.size() && frame[end] != '"') {
+            end += frame[end] == '\\' ? 2 : 1;
+        }
+        texts[frame.substr(begin, place - begin)] = frame.substr(place, end - place);
     }
 }
 
