@@ -91,6 +91,7 @@ std::uint64_t HostModel::digest() const {
     all.add(static_cast<std::uint64_t>(sequence));
     all.add(static_cast<std::uint64_t>(completeAfter));
     all.add(known->order.size());
+    all.add(known->digest);
     for (const auto& key : keysToReadAgain) {
         all.add(key);
     }
@@ -173,6 +174,10 @@ HostModel::Known& HostModel::ownHistory() {
 void HostModel::remember(const std::shared_ptr<SentEvent>& event) {
     Known& own = ownHistory();
     own.events.push_back(event);
+    Fingerprint all;
+    all.add(own.digest);
+    all.add(event->text);
+    own.digest = all.result();
     own.order.push_back(true);
     forgetOldest();
 }

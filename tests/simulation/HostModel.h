@@ -84,6 +84,8 @@ private:
         std::deque<std::pair<long, std::set<std::string>>> notices;
         /// Of events and notices in their order: is it an event?
         std::deque<bool> order;
+        /// Of all events.
+        std::uint64_t digest = 0;
     };
 
     void toSender(Expectation frame);

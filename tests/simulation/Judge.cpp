@@ -139,7 +139,7 @@ std::string shown(const std::optional<std::string>& frame) {
 std::string shown(const std::map<std::string, std::string>& values) {
     std::string text;
     for (const auto& [key, value] : values) {
-        text += (text.empty() ? "" : ", ") + key + ": '" + value + "'";
+        text.append(text.empty() ? "" : ", ").append(key).append(": '").append(value).append("'");
     }
     return "{" + text + "}";
 }

@@ -213,6 +213,7 @@ void Run::repairDisk() {
     send(7, R"({"command":"fault","name":"storage-failing","enabled":false})");
     proceed(-1);
     send(0, everything);
+    send(0, R"({"messageId":"all","history":{}})");
     send(7, R"({"command":"show"})");
     proceed(-1);
     isRepairing = false;
