@@ -84,6 +84,15 @@ void Run::perform(const Operation& operation) {
             break;
         case Type::ADVANCE:
             return advance(operation.number);
+        default:
+            return performAtHost(operation);
+    }
+    proceed(operation.steps);
+}
+
+void Run::performAtHost(const Operation& operation) {
+    using Type = Operation::Type;
+    switch (operation.type) {
         case Type::KILL:
             observe(false);
             host.kill();
@@ -111,6 +120,8 @@ void Run::perform(const Operation& operation) {
             end("kill");
             host.powerCutAtDiskCall(operation.number);
             return;
+        default:
+            break;
     }
     proceed(operation.steps);
 }

@@ -41,6 +41,7 @@ public:
 
 private:
     void perform(const Operation& operation);
+    void performAtHost(const Operation& operation);
     using Connections = std::map<std::size_t, std::shared_ptr<Connection>>;
 
     void proceed(int steps);
