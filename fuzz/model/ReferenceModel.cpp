@@ -143,7 +143,7 @@ std::map<std::string, std::string> ReferenceModel::getCurrentSettingsMap() {
 void ReferenceModel::initializeSettings() {
     cache = getSettings({});
     record("log 1 Setting initial hands free status value %s:" + cache["handsFreeEnabled"]);
-    record("sdk.setHandsFreeEnabled(" + word(cache["handsFreeEnabled"] == "true") + ")");
+    switchHandsFree(cache["handsFreeEnabled"] == "true");
     const std::string alwaysOn = cache["handsFreeAlwaysOnEnabled"];
     record("log 1 Setting initial hands free always on status value %s:" + alwaysOn);
     apply("handsFreeAlwaysOnEnabled", alwaysOn);
@@ -176,21 +176,57 @@ std::string ReferenceModel::cached(const std::string& key) const {
     return entry == cache.end() ? "" : entry->second;
 }
 
-bool ReferenceModel::store(const std::string& key, const std::string& value) {
+bool ReferenceModel::storeValue(const std::string& key, const std::string& value) {
     record("storage.setValue(" + key + ", " + value + ")");
-    if (around.refusesWrites) {
-        refuse("not-stored");
-    } else {
+    if (!around.refusesWrites) {
         around.stored[key] = value;
-        lastAnswer.stored = !value.empty();
     }
     return !around.refusesWrites;
 }
 
-bool ReferenceModel::apply(const std::string& key, const std::string& value) {
+bool ReferenceModel::store(const std::string& key, const std::string& value) {
+    const bool stored = storeValue(key, value);
+    if (stored) {
+        lastAnswer.stored = !value.empty();
+    } else {
+        refuse("not-stored");
+    }
+    return stored;
+}
+
+bool ReferenceModel::clearStorage() {
+    record("storage.clearStorage()");
+    if (!around.refusesClearing) {
+        around.stored.clear();
+    }
+    return !around.refusesClearing;
+}
+
+bool ReferenceModel::applySetting(const std::string& key, const std::string& value) {
     record("sdk.applySetting(" + key + ", " + value + ")");
-    lastAnswer.applied = lastAnswer.applied && !around.refusesSettings;
     return !around.refusesSettings;
+}
+
+bool ReferenceModel::apply(const std::string& key, const std::string& value) {
+    const bool accepted = applySetting(key, value);
+    lastAnswer.applied = lastAnswer.applied && accepted;
+    return accepted;
+}
+
+void ReferenceModel::switchHandsFree(bool enabled) {
+    record("sdk.setHandsFreeEnabled(" + word(enabled) + ")");
+}
+
+void ReferenceModel::launchSettings() {
+    record("app.launchApp(settings-app, )");
+}
+
+void ReferenceModel::sendEvent(const std::string& /*key*/, const std::string& payload) {
+    record("transport.sendMessage(25, " + payload + ")");
+}
+
+void ReferenceModel::sendReply(const std::string& messageId, const std::string& payload) {
+    record("transport.sendResponse(" + messageId + ", " + payload + ")");
 }
 
 void ReferenceModel::useLocales(const std::vector<std::string>& locales) {
@@ -215,8 +251,8 @@ void ReferenceModel::count(const std::string& key, const std::string& value) {
 void ReferenceModel::changed(const std::string& key, const std::string& from, const std::string& to) {
     cache[key] = to;
     lastAnswer.outcome = "changed";
-    record(R"(transport.sendMessage(25, {"settingDBId":)" + stringText(key) + R"(,"from":)" + stringText(from) +
-           R"(,"to":)" + stringText(to) + "})");
+    sendEvent(key, R"({"settingDBId":)" + stringText(key) + R"(,"from":)" + stringText(from) + R"(,"to":)" +
+                       stringText(to) + "}");
     count(key, to);
 }
 
@@ -310,7 +346,7 @@ bool ReferenceModel::setApplied(const std::string& key, const std::string& value
         return false;
     }
     if (key == "handsFreeEnabled") {
-        record("sdk.setHandsFreeEnabled(" + word(value == "true") + ")");
+        switchHandsFree(value == "true");
     } else if (!apply(key, value)) {
         count(key, "error");
     }
@@ -369,7 +405,7 @@ void ReferenceModel::request(int type, const std::string& text) {
         case 18:
             return selectionRequest(text);
         case 19:
-            return record("app.launchApp(settings-app, )");
+            return launchSettings();
         case 22:
             return logOutRequest();
         default:
@@ -398,7 +434,7 @@ void ReferenceModel::getRequest(const std::string& text) {
     for (const auto& [key, value] : getSettings(*names)) {
         members += (members.empty() ? "" : ",") + stringText(key) + ":" + stringText(value);
     }
-    record("transport.sendResponse(" + *messageId + R"(, {"settings":{)" + members + "}})");
+    sendReply(*messageId, R"({"settings":{)" + members + "}}");
 }
 
 void ReferenceModel::setRequest(const std::string& text) {
@@ -447,19 +483,16 @@ void ReferenceModel::selectionRequest(const std::string& text) {
     if (!messageId) {
         return line(3, "Message ID has incorrect format");
     }
-    record("transport.sendResponse(" + *messageId + R"(, {"isOrliaSelectedAsVA":true}))");
+    sendReply(*messageId, R"({"isOrliaSelectedAsVA":true})");
 }
 
 void ReferenceModel::logOutRequest() {
     apply("handsFreeAlwaysOnEnabled", "false");
     apply("pttAlwaysOnEnabled", "false");
-    record("sdk.setHandsFreeEnabled(false)");
-    record("storage.clearStorage()");
-    if (around.refusesClearing) {
+    switchHandsFree(false);
+    if (!clearStorage()) {
         line(3, "Error clearing storage on logout");
         refuse("not-stored");
-    } else {
-        around.stored.clear();
     }
     cache = getSettings({});
 }
@@ -489,6 +522,8 @@ void ReferenceModel::notifyTimezoneChange(const std::string& timezone) {
 }
 
 void ReferenceModel::notifySystemSettingChanged(const std::string& name, const std::string& value) {
+    lastAnswer = {};
+    lastAnswer.outcome = "unchanged";
     line(1, "Notified of system setting changing: " + shown(name) + ". New value: " + shown(value));
     setSetting(name, value);
 }

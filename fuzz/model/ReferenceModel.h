@@ -44,6 +44,9 @@ struct Answer {
 ///
 /// Observers are numbers; nothing stands for a null pointer. The order of all keys is that of the library's table,
 /// because it is a hash table.
+///
+/// What the handler asks of its collaborators is virtual: a model with other collaborators than test doubles overrides
+/// it.
 class ReferenceModel {
 public:
     using Observer = std::optional<int>;
@@ -51,6 +54,9 @@ public:
     static constexpr int selfRemover = 3;
 
     explicit ReferenceModel(std::vector<std::string> keysInTableOrder) : allKeys(std::move(keysInTableOrder)) {}
+    ReferenceModel(const ReferenceModel&) = default;
+    ReferenceModel& operator=(const ReferenceModel&) = default;
+    virtual ~ReferenceModel() = default;
 
     Surroundings around;
 
@@ -84,9 +90,30 @@ public:
     void addEntitlementObserver(Observer observer);
     void removeEntitlementObserver(Observer observer);
 
+protected:
+    /// @name Collaborators
+    /// @{
+    virtual void record(const std::string& entry);
+    virtual std::string storedValue(const std::string& key);
+    virtual bool storeValue(const std::string& key, const std::string& value);
+    virtual bool clearStorage();
+    virtual std::string deviceMode(const std::string& infoKey);
+    virtual bool applySetting(const std::string& key, const std::string& value);
+    virtual void switchHandsFree(bool enabled);
+    virtual void useLocales(const std::vector<std::string>& locales);
+    virtual void useTimezone(const std::string& timezone);
+    virtual void launchSettings();
+    /// An event with this payload.
+    virtual void sendEvent(const std::string& key, const std::string& payload);
+    virtual void sendReply(const std::string& messageId, const std::string& payload);
+    /// @}
+
+    const std::map<std::string, std::string>& cachedValues() const { return cache; }
+    /// As after a restart.
+    void forgetTimestamps() { newestTimestamps.clear(); }
+
 private:
     void line(int level, const std::string& text);
-    void record(const std::string& entry);
 
     void refuse(const std::string& reason);
     std::optional<long> newerThan(const std::string& key, long timestamp) const;
@@ -97,12 +124,8 @@ private:
     void logOutRequest();
 
     std::string ownersValue(const std::string& key);
-    std::string storedValue(const std::string& key);
-    std::string deviceMode(const std::string& infoKey);
     bool store(const std::string& key, const std::string& value);
     bool apply(const std::string& key, const std::string& value);
-    void useLocales(const std::vector<std::string>& locales);
-    void useTimezone(const std::string& timezone);
 
     bool setLocale(const std::string& value);
     bool setTimezone(const std::string& value);

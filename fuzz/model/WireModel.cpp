@@ -11,7 +11,12 @@ namespace SettingsHandlerFuzz {
 
 namespace {
 
-/// 1 to 64 characters, none of them a control character.
+bool isRefusal(const std::string& report) {
+    return report.rfind("refused ", 0) == 0;
+}
+
+}  // namespace
+
 bool isName(const std::optional<std::string>& name) {
     if (!name) {
         return false;
@@ -28,19 +33,16 @@ bool isName(const std::optional<std::string>& name) {
     return characters > 0 && characters <= 64;
 }
 
-/// Is the value one that would end the process inside the handler?
-bool isRejected(const Envelope& request) {
-    const Envelope value(request.payloadText("to").value_or("["));
-    return request.payloadText("settingDBId") == "orliaLocale" && value.isJson() &&
-           (!value.isArray() || value.nesting() > 32);
+bool isRejectedValue(const std::optional<std::string>& key, const std::optional<std::string>& value) {
+    if (key != "orliaLocale" || !value) {
+        return false;
+    }
+    const Envelope json(*value);
+    return json.isJson() && (!json.isArray() || json.nesting() > 32);
 }
 
 bool isRequestType(const std::optional<long>& type, const std::vector<long>& types) {
     return type && std::find(types.begin(), types.end(), *type) != types.end();
-}
-
-bool isRefusal(const std::string& report) {
-    return report.rfind("refused ", 0) == 0;
 }
 
 bool isBatch(const std::optional<std::vector<std::string>>& requests) {
@@ -50,8 +52,6 @@ bool isBatch(const std::optional<std::vector<std::string>>& requests) {
                return request.isObject() && isRequestType(request.integer("type"), {7, 18, 24});
            });
 }
-
-}  // namespace
 
 std::string refusalOf(const std::string& frame) {
     const Envelope json(frame);
@@ -134,7 +134,7 @@ void WireModel::request(const std::string& text, const std::optional<std::size_t
 Answer WireModel::deliver(int type, const std::string& text, const std::string& name) {
     const std::string handled = "handled " + std::to_string(type) + " ";
     const Envelope json(text);
-    if (type == 24 && isRejected(json)) {
+    if (type == 24 && isRejectedValue(json.payloadText("settingDBId"), json.payloadText("to"))) {
         reaction.journal.push_back("log 3 " + host.name +
                                    ":rejected orliaLocale: must be a JSON array of at most 32 levels");
         reaction.reports.push_back(handled + "REJECTED");

@@ -14,6 +14,12 @@ class Envelope;
 
 /// The code with which a host refuses a text that is not an object within the limits; empty for one that is.
 std::string refusalOf(const std::string& frame);
+/// 1 to 64 characters, none of them a control character.
+bool isName(const std::optional<std::string>& name);
+/// Is the value one that would end the process inside the handler?
+bool isRejectedValue(const std::optional<std::string>& key, const std::optional<std::string>& value);
+bool isRequestType(const std::optional<long>& type, const std::vector<long>& types);
+bool isBatch(const std::optional<std::vector<std::string>>& requests);
 
 /// An independent, simple implementation of the wire, for one client that sends; the other clients get the events.
 /// It tells what each frame leads to, and shares no code with the product.

@@ -1,6 +1,5 @@
 #include "simulation/ClientEnd.h"
 
-#include <stdexcept>
 #include <utility>
 
 #include "support/WebClient.h"
@@ -85,7 +84,9 @@ bool ClientEnd::takeHead() {
         return false;
     }
     if (input.rfind("HTTP/1.1 101 ", 0) != 0) {
-        throw std::logic_error("the WebSocket was refused: " + input);
+        // The host closes the connection after that, such as when the key was replaced meanwhile.
+        input.clear();
+        return false;
     }
     isUpgraded = true;
     input.erase(0, end + blankLine.size());

@@ -88,6 +88,9 @@ void SimulatedHost::advance(std::chrono::milliseconds time) {
         settle();
     }
     parts->clock.advance(std::max(end - parts->clock.sinceStart(), std::chrono::nanoseconds(0)));
+    // The loop learns what time it is: timers that are set from now on are relative to it.
+    parts->turnWanted = true;
+    settle();
 }
 
 std::optional<std::chrono::milliseconds> SimulatedHost::nextTimer() {

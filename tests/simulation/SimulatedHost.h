@@ -57,6 +57,8 @@ struct Handled {
     /// The host's clock with the fault clock-jump, in milliseconds since 1970, before and after.
     std::int64_t begin;
     std::int64_t end;
+    /// Did `failDiskCalls` let a call of the disk fail meanwhile?
+    bool diskFailed;
 };
 
 /// The whole `settings-host` in this thread: its listeners, server, handler, storage and SDK on connections, a disk, a

@@ -166,10 +166,12 @@ void SimulatedHost::Parts::handle(std::size_t connection, const std::optional<st
         return;
     }
     const std::size_t place = handled.size();
-    handled.push_back({connection, frame, hostTime(), 0});
+    const long failures = disk->failures();
+    handled.push_back({connection, frame, hostTime(), 0, false});
     fingerprint.add(connection);
     action();
     handled[place].end = hostTime();
+    handled[place].diskFailed = disk->failures() != failures;
 }
 
 bool SimulatedHost::Parts::step() {

@@ -1,0 +1,487 @@
+#include "simulation/HostModel.h"
+
+#include <algorithm>
+
+#include "model/Json.h"
+#include "model/WireModel.h"
+#include "simulation/Fingerprint.h"
+
+namespace SettingsSimulation {
+
+namespace {
+
+using SettingsHandlerFuzz::Answer;
+using SettingsHandlerFuzz::arrayText;
+using SettingsHandlerFuzz::isBatch;
+using SettingsHandlerFuzz::isName;
+using SettingsHandlerFuzz::isRejectedValue;
+using SettingsHandlerFuzz::isRequestType;
+using SettingsHandlerFuzz::refusalOf;
+using SettingsHandlerFuzz::stringText;
+
+/// The most events and notices of the history.
+constexpr std::size_t longestHistory = 1024;
+
+const std::string anyText(1, Unknown::text);
+const std::string anyJson(1, Unknown::json);
+const std::string anyTimestamp(1, Unknown::timestamp);
+
+Expectation textOnly(std::string text) {
+    Expectation frame;
+    frame.pieces.push_back({std::move(text), nullptr});
+    return frame;
+}
+
+}  // namespace
+
+void HostModel::restart(const Durable& onDisk) {
+    known = std::make_shared<Known>();
+    completeAfter = 0;
+    sequence = 0;
+    names.clear();
+    waits = false;
+    keysToReadAgain.clear();
+    start(onDisk);
+    changedKeys.clear();
+    announcedKeys.clear();
+    outputs.clear();
+    asksRestart = false;
+    run.clear();
+}
+
+std::vector<Output> HostModel::handle(const Sender& itsSender, const std::optional<std::string>& frame,
+                                      const Time& now) {
+    sender = itsSender;
+    time = now;
+    outputs.clear();
+    replacesKey = false;
+    const std::string code = frame ? refusalOf(*frame) : "too-large";
+    if (!code.empty()) {
+        refuse(code);
+    } else if (sender.kind == Kind::DEVICE) {
+        deviceFrame(*frame);
+    } else {
+        settingsFrame(*frame);
+    }
+    return std::move(outputs);
+}
+
+std::uint64_t HostModel::digest() const {
+    Fingerprint all;
+    const auto add = [&all](const auto& values) {
+        all.add(values.size());
+        for (const auto& [key, value] : values) {
+            all.add(key);
+            all.add(value);
+        }
+    };
+    add(durable().settings);
+    add(durable().simulation);
+    add(cachedValues());
+    add(faults);
+    add(around.deviceInfo);
+    add(timestamps());
+    for (const auto& locale : around.locales) {
+        all.add(locale);
+    }
+    all.add(around.timezone);
+    for (const bool each : {around.captionsEnabled, around.doNotDisturbEnabled, launched, waits}) {
+        all.add(each ? 1 : 0);
+    }
+    all.add(static_cast<std::uint64_t>(sequence));
+    all.add(static_cast<std::uint64_t>(completeAfter));
+    all.add(known->order.size());
+    for (const auto& key : keysToReadAgain) {
+        all.add(key);
+    }
+    return all.result();
+}
+
+// Frames that are sent
+
+void HostModel::toSender(Expectation frame) {
+    frame.begin = time.begin;
+    frame.end = time.end;
+    outputs.push_back({sender.connection, std::make_shared<Expectation>(std::move(frame)), false, persisted()});
+}
+
+void HostModel::toSender(const std::string& text) {
+    toSender(textOnly(text));
+}
+
+void HostModel::toAll(Expectation frame, bool isEvent) {
+    outputs.push_back({std::nullopt, std::make_shared<Expectation>(std::move(frame)), isEvent, persisted()});
+}
+
+void HostModel::refuse(const std::string& code, std::optional<std::size_t> index) {
+    toSender(R"({"error":{"code":")" + code + R"(","message":")" + anyText + '"' +
+             (index ? ",\"index\":" + std::to_string(*index) : "") + "}}");
+}
+
+void HostModel::sendEvent(const std::string& key, const std::string& payload) {
+    auto event = std::make_shared<SentEvent>();
+    event->sequence = ++sequence;
+    event->key = key;
+    event->text = R"({"type":25,"messageId":")" + std::string(1, Unknown::messageId) + R"(","timestamp":)" +
+                  anyTimestamp + R"(,"sequence":)" + std::to_string(sequence) + R"(,"origin":")" + origin + '"' +
+                  (client.empty() ? "" : ",\"client\":" + stringText(client)) + ",\"payload\":" + payload + "}";
+    event->begin = time.begin;
+    event->end = time.end;
+    announcedKeys.insert(key);
+    Expectation frame;
+    frame.pieces.push_back({"", event});
+    toAll(std::move(frame), true);
+    remember(event);
+}
+
+void HostModel::sendReply(const std::string& messageId, const std::string& payload) {
+    toSender(R"({"type":)" + std::to_string(requestType) + R"(,"messageId":)" + stringText(messageId) +
+             R"(,"payload":)" + payload + "}");
+}
+
+void HostModel::sendNotice(const std::set<std::string>& keys) {
+    toAll(textOnly(R"({"notice":{"reread":)" + arrayText({keys.begin(), keys.end()}) + "}}"), false);
+    remember(keys);
+}
+
+void HostModel::perform(const std::string& itsOrigin, const std::string& itsClient) {
+    origin = itsOrigin;
+    client = itsClient;
+}
+
+void HostModel::performed() {
+    std::set<std::string> keys = std::exchange(changedKeys, {});
+    for (const auto& key : announcedKeys) {
+        keys.erase(key);
+    }
+    announcedKeys.clear();
+    if (!keys.empty()) {
+        sendNotice(keys);
+    }
+}
+
+// History
+
+/// The history, to change it: copies of this model share it until then.
+HostModel::Known& HostModel::ownHistory() {
+    if (known.use_count() > 1) {
+        known = std::make_shared<Known>(*known);
+    }
+    return *known;
+}
+
+void HostModel::remember(const std::shared_ptr<SentEvent>& event) {
+    Known& own = ownHistory();
+    own.events.push_back(event);
+    own.order.push_back(true);
+    forgetOldest();
+}
+
+void HostModel::remember(const std::set<std::string>& keys) {
+    if (sequence < completeAfter) {
+        return;
+    }
+    Known& own = ownHistory();
+    own.notices.emplace_back(sequence, keys);
+    own.order.push_back(false);
+    forgetOldest();
+}
+
+void HostModel::forgetOldest() {
+    if (known->order.size() <= longestHistory) {
+        return;
+    }
+    Known& own = ownHistory();
+    while (own.order.size() > longestHistory) {
+        if (own.order.front()) {
+            completeAfter = std::max(completeAfter, own.events.front()->sequence);
+            own.events.pop_front();
+        } else {
+            completeAfter = std::max(completeAfter, own.notices.front().first + 1);
+            own.notices.pop_front();
+        }
+        own.order.pop_front();
+    }
+}
+
+void HostModel::forgetHistory() {
+    known = std::make_shared<Known>();
+    completeAfter = sequence + 1;
+}
+
+// Frames of the settings
+
+void HostModel::settingsFrame(const std::string& frame) {
+    const Envelope json(frame);
+    if (json.has("type")) {
+        request(frame, std::nullopt, false);
+    } else if (json.has("batch")) {
+        batch(json);
+    } else {
+        query(json);
+    }
+}
+
+void HostModel::request(const std::string& text, std::optional<std::size_t> index, bool isRolledBack) {
+    const Envelope json(text);
+    const auto type = json.integer("type");
+    if (!isRequestType(type, {7, 18, 19, 22, 24})) {
+        return refuse("unknown-type");
+    }
+    const bool asks = json.isTrue("answer") && *type != 7 && *type != 18;
+    const auto messageId = json.text("messageId");
+    if (asks && !messageId) {
+        return refuse("no-message-id", index);
+    }
+    const bool hasOwnName = sender.kind == Kind::SOCKET && json.has("client");
+    if (hasOwnName && !isName(json.text("client"))) {
+        return refuse("bad-request", index);
+    }
+    requestType = static_cast<int>(*type);
+    Answer given{"refused", "not-stored", json.payloadText("settingDBId"), true, false, std::nullopt};
+    if (requestType == 24 && !isRolledBack && isRejectedValue(given.key, json.payloadText("to"))) {
+        given = answerToRejected(text);
+    } else if (!isRolledBack || requestType != 24) {
+        const auto name = names.find(sender.connection);
+        deliver(requestType, text, hasOwnName ? *json.text("client") : name == names.end() ? "" : name->second);
+        if (!isRolledBack) {
+            performed();
+        }
+        given = ReferenceModel::answer();
+    }
+    if (asks) {
+        const bool isWritten = given.outcome == "changed" && given.stored;
+        answer(requestType, *messageId, given, isWritten ? json.payloadText("to") : std::nullopt);
+    }
+}
+
+void HostModel::deliver(int type, const std::string& text, const std::string& itsClient) {
+    if (type == 22) {
+        forgetHistory();
+    }
+    perform(sender.kind == Kind::SOCKET ? "socket" : "page", itsClient);
+    ReferenceModel::request(type, text);
+    if (type == 22) {
+        forgetHistory();
+    }
+}
+
+/// `value`: the one that was written, which is not read again.
+void HostModel::answer(int type, const std::string& messageId, const Answer& given, std::optional<std::string> value) {
+    std::string payload = R"({"outcome":")" + given.outcome + '"';
+    if (given.outcome == "refused") {
+        payload += R"(,"reason":")" + given.reason + R"(","message":")" + anyText + '"';
+    }
+    if (type == 24 && given.key) {
+        payload += R"(,"settingDBId":)" + stringText(*given.key);
+        if (!value) {
+            const auto values = getSettings({*given.key});
+            const auto found = values.find(*given.key);
+            value = found == values.end() ? std::nullopt : std::optional(found->second);
+        }
+        payload += value ? R"(,"value":)" + stringText(*value) : "";
+    }
+    if (given.outcome == "changed" && !given.applied) {
+        payload += R"(,"applied":false)";
+    }
+    if (given.newest) {
+        payload += R"(,"newest":)" + std::to_string(*given.newest);
+    }
+    requestType = type;
+    sendReply(messageId, payload + "}");
+}
+
+// Batches
+
+void HostModel::batch(const Envelope& frame) {
+    const auto requests = frame.elements("batch");
+    if (!isBatch(requests)) {
+        return refuse("bad-batch");
+    }
+    const std::shared_ptr<Known> before = known;
+    const long sequenceBefore = sequence;
+    const long completeBefore = completeAfter;
+    beginTransaction();
+    for (std::size_t index = 0; index < requests->size(); ++index) {
+        request((*requests)[index], index, false);
+    }
+    if (commit()) {
+        for (auto& output : outputs) {
+            output.persisted = persisted();
+        }
+        return;
+    }
+    std::set<std::string> eventKeys;
+    for (const auto& output : outputs) {
+        if (output.isEvent) {
+            eventKeys.insert(output.frame->pieces.front().event->key);
+        }
+    }
+    known = before;
+    sequence = sequenceBefore;
+    completeAfter = completeBefore;
+    outputs.clear();
+    rollBack(*requests, eventKeys);
+}
+
+void HostModel::rollBack(const std::vector<std::string>& requests, const std::set<std::string>& eventKeys) {
+    keysToReadAgain.insert(eventKeys.begin(), eventKeys.end());
+    waits = !readsDisk();
+    if (!waits) {
+        startOver();
+    }
+    std::set<std::string> keys;
+    for (std::size_t index = 0; index < requests.size(); ++index) {
+        request(requests[index], index, true);
+        const Envelope json(requests[index]);
+        const auto key = json.payloadText("settingDBId");
+        if (json.integer("type") == 24 && key) {
+            keys.insert(*key);
+        }
+    }
+    announcedKeys.clear();
+    changedKeys.insert(keys.begin(), keys.end());
+    performed();
+}
+
+void HostModel::startOver() {
+    keysToReadAgain.clear();
+    readState();
+    forgetTimestamps();
+    initializeSettings();
+}
+
+std::vector<Output> HostModel::readAgain(const Time& now) {
+    time = now;
+    outputs.clear();
+    waits = false;
+    perform("device", "");
+    changedKeys.insert(keysToReadAgain.begin(), keysToReadAgain.end());
+    startOver();
+    performed();
+    return std::move(outputs);
+}
+
+// Queries
+
+void HostModel::query(const Envelope& frame) {
+    const std::vector<std::string> kinds{"hello", "history", "catalogue", "page", "backup", "status"};
+    const auto kind = std::find_if(kinds.begin(), kinds.end(), [&](const auto& each) { return frame.has(each); });
+    if (kind == kinds.end()) {
+        return refuse("unknown-type");
+    }
+    const auto messageId = frame.text("messageId");
+    if (!messageId) {
+        return refuse("bad-request");
+    }
+    if (sender.kind != Kind::SOCKET && kind - kinds.begin() > 2) {
+        return refuse("not-here");
+    }
+    if (!frame.hasObject(*kind)) {
+        return refuse("bad-request");
+    }
+    const Envelope members(frame.compact(*kind));
+    const std::string id = R"({"messageId":)" + stringText(*messageId) + ",";
+    if (*kind == "hello") {
+        hello(id, members);
+    } else if (*kind == "history") {
+        findEvents(id, members);
+    } else if (*kind == "catalogue") {
+        toSender(id + R"("catalogue":{"settings":)" + anyJson + "}}");
+    } else if (*kind == "page") {
+        page(id, members);
+    } else if (*kind == "backup") {
+        backUp(id);
+    } else {
+        status(id);
+    }
+}
+
+void HostModel::hello(const std::string& id, const Envelope& members) {
+    const bool resumes = members.has("resume");
+    const Envelope resume(resumes ? members.compact("resume") : "{}");
+    const auto since = resume.number("sequence");
+    if ((members.has("client") && !isName(members.text("client"))) ||
+        (resumes && (!resume.isObject() || !resume.text("run") || !since))) {
+        return refuse("bad-request");
+    }
+    std::string more;
+    if (resumes) {
+        const bool missed = resume.text("run") != run || *since > static_cast<unsigned long>(sequence) ||
+                            *since < static_cast<unsigned long>(completeAfter);
+        more = R"(,"missed":)" + std::string(missed ? "true" : "false");
+        std::set<std::string> keys;
+        for (const auto& event : known->events) {
+            if (!missed && event->sequence > static_cast<long>(*since)) {
+                Expectation frame;
+                frame.pieces.push_back({"", event});
+                toSender(std::move(frame));
+            }
+        }
+        for (const auto& [noticed, reread] : known->notices) {
+            if (!missed && noticed >= static_cast<long>(*since)) {
+                keys.insert(reread.begin(), reread.end());
+            }
+        }
+        more += missed ? "" : R"(,"reread":)" + arrayText({keys.begin(), keys.end()});
+    }
+    if (const auto name = members.text("client")) {
+        names[sender.connection] = *name;
+    }
+    toSender(id + R"("hello":{"version":"1.1.0","run":")" + std::string(1, Unknown::run) + R"(","sequence":)" +
+             std::to_string(sequence) + more + "}}");
+}
+
+void HostModel::findEvents(const std::string& id, const Envelope& members) {
+    const auto limit = members.number("limit");
+    const auto key = members.text("settingDBId");
+    if ((members.has("limit") && (!limit || *limit == 0 || *limit > longestHistory)) ||
+        (members.has("settingDBId") && !key)) {
+        return refuse("bad-request");
+    }
+    std::vector<std::shared_ptr<SentEvent>> found;
+    for (const auto& event : known->events) {
+        if (!key || event->key == *key) {
+            found.push_back(event);
+        }
+    }
+    Expectation frame = textOnly(id + R"("history":{"events":[)");
+    const std::size_t first = found.size() - std::min<std::size_t>(found.size(), limit.value_or(longestHistory));
+    for (std::size_t place = first; place < found.size(); ++place) {
+        frame.pieces.push_back({place == first ? "" : ",", found[place]});
+    }
+    frame.pieces.push_back({"]}}", nullptr});
+    toSender(std::move(frame));
+}
+
+void HostModel::status(const std::string& id) {
+    std::string newest;
+    for (const auto& [key, timestamp] : timestamps()) {
+        newest += (newest.empty() ? "" : ",") + stringText(key) + ":" + std::to_string(timestamp);
+    }
+    toSender(id + R"("status":{"health":)" + anyJson + Unknown::anything + R"("newest":{)" + newest + R"(},"now":)" +
+             anyTimestamp + "}}");
+}
+
+void HostModel::page(const std::string& id, const Envelope& members) {
+    if (members.has("newKey") && !members.isBoolean("newKey")) {
+        return refuse("bad-request");
+    }
+    if (members.isTrue("newKey")) {
+        if (!writesDisk()) {
+            return refuse("not-stored");
+        }
+        changedDisk();
+        replacesKey = true;
+    }
+    toSender(id + R"("page":{"address":")" + anyText + "\"}}");
+}
+
+void HostModel::backUp(const std::string& id) {
+    if (!writesDisk()) {
+        return refuse("not-stored");
+    }
+    toSender(id + R"("backup":{"file":")" + anyText + "\"}}");
+}
+
+}  // namespace SettingsSimulation

@@ -1,0 +1,557 @@
+#include "simulation/Judge.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "simulation/Fingerprint.h"
+
+namespace SettingsSimulation {
+
+namespace {
+
+constexpr std::size_t largestFrame = 65536;
+/// About half of the backlog of one client that does not read.
+constexpr std::size_t muchUnread = 512UL * 1024UL;
+
+std::string name(std::size_t connection) {
+    return "connection " + std::to_string(connection);
+}
+
+bool isSettings(Kind kind) {
+    return kind != Kind::DEVICE;
+}
+
+}  // namespace
+
+Judge::Judge(bool remembersAwaited) : onDisk(1), remembers(remembersAwaited) {}
+
+// What clients do
+
+void Judge::connected(std::size_t connection, Kind kind) {
+    Client client;
+    client.kind = kind;
+    clients.emplace(connection, client);
+}
+
+void Judge::sent(std::size_t connection, const std::string& frame) {
+    Client& client = clients.at(connection);
+    if (client.kind == Kind::PAGE) {
+        client.waiting.emplace_back(frame);
+    } else {
+        sentBytes(connection, frame + "\n");
+    }
+}
+
+void Judge::sentBytes(std::size_t connection, const std::string& bytes) {
+    Client& client = clients.at(connection);
+    for (const char byte : bytes) {
+        if (byte != '\n') {
+            client.line += byte;
+            if (client.line.size() == largestFrame + 1) {
+                client.waiting.emplace_back(std::nullopt);
+            }
+            continue;
+        }
+        if (client.line.size() <= largestFrame && client.line.find_first_not_of(" \t\r") != std::string::npos) {
+            client.waiting.emplace_back(client.line);
+        }
+        client.line.clear();
+    }
+}
+
+void Judge::mustBeClosed(std::size_t connection, std::set<int> statuses) {
+    clients.at(connection).closeStatuses = std::move(statuses);
+}
+
+void Judge::closed(std::size_t connection) {
+    clients.at(connection).isOpen = false;
+}
+
+void Judge::endedOutput(std::size_t connection) {
+    clients.at(connection).hasEndedOutput = true;
+}
+
+void Judge::reads(std::size_t connection, bool isReading) {
+    Client& client = clients.at(connection);
+    client.isReading = isReading;
+    client.unread = 0;
+    // It does not answer pings.
+    client.mayBeClosed = client.mayBeClosed || (!isReading && client.kind == Kind::PAGE);
+}
+
+// What the host does
+
+void Judge::observe(const Observed& observed) {
+    if (isQuiet(observed)) {
+        return receive(observed);
+    }
+    wasSettled = observed.isSettled;
+    readAgain(observed.now, observed.now);
+    unite();
+    const bool hasPartial = observed.isCrashed && !observed.handled.empty();
+    const std::size_t whole = observed.handled.size() - (hasPartial ? 1 : 0);
+    for (std::size_t index = 0; index < whole; ++index) {
+        handle(observed.handled[index]);
+        rule(observed);
+    }
+    if (hasPartial) {
+        crash(observed.handled.back());
+    }
+    receive(observed);
+    unite();
+    if (observed.isSettled) {
+        for (const auto& came : observed.connections) {
+            clients.at(came.connection).hasJoined = true;
+        }
+    }
+}
+
+/// Has nothing but time passed? Then nothing was read again either.
+bool Judge::isQuiet(const Observed& observed) const {
+    const auto isSilent = [this](const Observed::OfConnection& came) {
+        return came.frames.empty() && clients.at(came.connection).hasJoined;
+    };
+    return wasSettled && observed.isSettled && observed.handled.empty() && !observed.diskWasUsed &&
+           std::all_of(observed.connections.begin(), observed.connections.end(), isSilent);
+}
+
+namespace {
+
+std::string shown(const std::optional<std::string>& frame) {
+    return frame ? *frame : "a frame that is too large";
+}
+
+std::string shown(const std::map<std::string, std::string>& values) {
+    std::string text;
+    for (const auto& [key, value] : values) {
+        text += (text.empty() ? "" : ", ") + key + ": '" + value + "'";
+    }
+    return "{" + text + "}";
+}
+
+}  // namespace
+
+void Judge::handle(const Handled& handled) {
+    Client& client = clients.at(handled.connection);
+    if (client.waiting.empty() || client.waiting.front() != handled.frame) {
+        throw Finding("the host handles the frames of " + name(handled.connection) + " in another order",
+                      client.waiting.empty() ? "nothing" : shown(client.waiting.front()), shown(handled.frame));
+    }
+    client.waiting.pop_front();
+    client.hasJoined = true;
+    States after;
+    for (auto& state : states) {
+        follow(std::move(state), handled, false, after);
+    }
+    states = std::move(after);
+    const long jump = states.front()->model.faultTime("clock-jump");
+    readAgain(handled.begin - jump, handled.end - jump);
+    unite();
+}
+
+/// Adds all that the frame can have led to.
+void Judge::follow(std::unique_ptr<State> state, const Handled& handled, bool keepsSteps, States& after) {
+    if (!handled.diskFailed && !state->model.isOn("storage-failing")) {
+        step(*state, handled, {}, keepsSteps, false);
+        after.push_back(std::move(state));
+        return;
+    }
+    after.push_back(std::make_unique<State>(*state));
+    step(*after.back(), handled, {}, keepsSteps, handled.diskFailed);
+    for (const auto& fate : fates(after.back()->model.diskUses() + 1, handled.diskFailed)) {
+        after.push_back(std::make_unique<State>(*state));
+        step(*after.back(), handled, fate, keepsSteps, handled.diskFailed);
+    }
+}
+
+/// What the disk may do while a frame is handled, but to work.
+std::vector<DiskFate> Judge::fates(long uses, bool diskFailed) {
+    std::vector<DiskFate> all{{0, DiskFate::all, true}};
+    for (long first = 0; first < uses; ++first) {
+        all.push_back({first, DiskFate::all, false});
+        for (long count = 1; count <= (diskFailed ? 3 : 1); ++count) {
+            all.push_back({first, count, false});
+        }
+    }
+    return all;
+}
+
+void Judge::step(State& state, const Handled& handled, const DiskFate& fate, bool keepsSteps, bool mayLeaveGhosts) {
+    const long jump = state.model.faultTime("clock-jump");
+    const bool wasWaiting = state.model.waitsForStorage();
+    const std::string late = state.model.faultValue("replies-late");
+    state.model.begin(fate, keepsSteps, mayLeaveGhosts);
+    const auto outputs = state.model.handle({handled.connection, clients.at(handled.connection).kind}, handled.frame,
+                                            {handled.begin, handled.end});
+    if (state.model.faultValue("replies-late") != late) {
+        release(state, handled.begin - jump);
+    }
+    send(state, outputs, handled.begin - jump, handled.end - jump);
+    std::set<std::size_t> mayClose;
+    if (state.model.keyWasReplaced()) {
+        for (const auto& [connection, client] : clients) {
+            if (client.kind != Kind::PAGE || !client.isOpen) {
+                continue;
+            }
+            if (client.hasJoined) {
+                state.closing.emplace(connection, 4401);
+            } else {
+                mayClose.insert(connection);
+            }
+        }
+    }
+    for (const std::size_t connection : mayClose) {
+        clients.at(connection).mayBeClosed = true;
+    }
+    const bool isWhole = !state.model.isOn("storage-failing") && !mayLeaveGhosts;
+    state.storageWorked = wasWaiting && (state.storageWorked || (isWhole && state.model.storageWorked()));
+}
+
+void Judge::send(State& state, const std::vector<Output>& outputs, std::int64_t begin, std::int64_t end) {
+    for (const auto& output : outputs) {
+        for (auto& [connection, client] : clients) {
+            const bool isReceiver = output.receiver ? *output.receiver == connection : isSettings(client.kind);
+            if (!isReceiver || !client.isOpen || state.closing.count(connection) > 0) {
+                continue;
+            }
+            if (output.isEvent && state.model.isOn("events-dropped")) {
+                if (client.hasJoined) {
+                    state.closing.emplace(connection, 0);
+                }
+                client.mayBeClosed = true;
+                continue;
+            }
+            const bool isLate = isSettings(client.kind) && state.model.isOn("replies-late");
+            const long delay = isLate ? state.model.faultTime("replies-late") : 0;
+            const bool isOptional =
+                output.receiver ? client.hasEndedOutput && isLate : !client.hasJoined || client.hasEndedOutput;
+            state.queues[connection].push_back(
+                {output.frame, begin + delay, end + delay, isOptional, output.persisted});
+            if (!client.isReading) {
+                client.unread += output.frame->shown().size();
+                client.mayBeClosed = client.mayBeClosed || client.unread > muchUnread;
+            }
+        }
+    }
+}
+
+/// What is late comes now, and nothing overtakes it.
+void Judge::release(State& state, std::int64_t now) {
+    for (auto& entry : state.queues) {
+        for (auto& pending : entry.second) {
+            pending.earliest = std::min(pending.earliest, now);
+            pending.latest = std::min(pending.latest, now);
+        }
+    }
+}
+
+/// A batch that was rolled back may be read again after each frame, when the storage can be read.
+void Judge::readAgain(std::int64_t begin, std::int64_t end) {
+    const std::size_t before = states.size();
+    for (std::size_t index = 0; index < before; ++index) {
+        if (!states[index]->model.waitsForStorage()) {
+            continue;
+        }
+        auto again = std::make_unique<State>(*states[index]);
+        again->model.begin({}, false, false);
+        const auto outputs = again->model.readAgain({begin, end});
+        send(*again, outputs, begin, end);
+        again->storageWorked = false;
+        states.push_back(std::move(again));
+    }
+}
+
+/// The host ended while it handled this frame, or after it.
+void Judge::crash(const Handled& handled) {
+    clients.at(handled.connection).waiting.pop_front();
+    States after;
+    for (auto& state : states) {
+        for (auto& entry : state->queues) {
+            for (auto& pending : entry.second) {
+                pending.persisted = 0;
+            }
+        }
+        state->before = state->model.durable();
+        state->ghostsBefore = state->model.ghosts();
+        state->reachedStep = 0;
+        follow(std::move(state), handled, true, after);
+    }
+    states = std::move(after);
+}
+
+// Frames that come
+
+/// Each event has an id of its own, and everybody gets the same text.
+void Judge::checkIds(const Observed::OfConnection& came) {
+    static const std::string beginning = R"({"type":25,"messageId":")";
+    for (const auto& frame : came.frames) {
+        if (frame.rfind(beginning, 0) != 0) {
+            continue;
+        }
+        const std::string id = frame.substr(beginning.size(), frame.find('"', beginning.size()) - beginning.size());
+        const auto known = events.emplace(id, frame).first;
+        if (known->second != frame) {
+            throw Finding("two events have the message id " + id, known->second, frame);
+        }
+    }
+}
+
+/// Rules out what does not agree with what came, as soon as that is known.
+void Judge::rule(const Observed& observed) {
+    if (states.size() < 2) {
+        return;
+    }
+    const auto disagrees = [&](const std::unique_ptr<State>& state) {
+        return std::any_of(observed.connections.begin(), observed.connections.end(),
+                           [&](const auto& came) { return !agrees(*state, came); });
+    };
+    // With none, the first one tells what is wrong.
+    if (!std::all_of(states.begin(), states.end(), disagrees)) {
+        states.erase(std::remove_if(states.begin(), states.end(), disagrees), states.end());
+    }
+}
+
+bool Judge::agrees(State& state, const Observed::OfConnection& came) {
+    const auto found = state.queues.find(came.connection);
+    if (found == state.queues.end()) {
+        return true;
+    }
+    const auto& queue = found->second;
+    std::size_t place = 0;
+    for (const auto& frame : came.frames) {
+        while (place < queue.size() && !matches(*queue[place].frame, frame, state.model.run)) {
+            if (!queue[place].isOptional) {
+                return false;
+            }
+            ++place;
+        }
+        ++place;
+    }
+    return true;
+}
+
+void Judge::receive(const Observed& observed) {
+    for (const auto& came : observed.connections) {
+        checkIds(came);
+    }
+    if (remembers && isUp()) {
+        queuesBefore = states.front()->queues;
+    }
+    std::optional<Finding> first;
+    States possible;
+    for (auto& state : states) {
+        auto reason = receive(*state, observed);
+        if (!reason && observed.isSettled && observed.isRunning) {
+            reason = complete(*state, observed);
+        }
+        if (!reason) {
+            possible.push_back(std::move(state));
+            continue;
+        }
+        if (!first) {
+            first = std::move(reason);
+        }
+    }
+    if (possible.empty() && first) {
+        throw Finding(*first);
+    }
+    states = std::move(possible);
+}
+
+std::optional<Finding> Judge::receive(State& state, const Observed& observed) {
+    for (const auto& came : observed.connections) {
+        if (auto reason = receive(state, came, observed.now)) {
+            return reason;
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<Finding> Judge::receive(State& state, const Observed::OfConnection& came, std::int64_t now) {
+    if (came.frames.empty()) {
+        return std::nullopt;
+    }
+    auto& queue = state.queues[came.connection];
+    auto next = queue.begin();
+    for (const auto& frame : came.frames) {
+        while (next != queue.end() && next->isOptional && !matches(*next->frame, frame, state.model.run)) {
+            ++next;
+        }
+        if (next == queue.end()) {
+            return Finding("a frame came at " + name(came.connection) + " without a reason", "nothing", frame);
+        }
+        if (!matches(*next->frame, frame, state.model.run)) {
+            return Finding("another frame came at " + name(came.connection), next->frame->shown(), frame);
+        }
+        if (next->earliest > now) {
+            return Finding("a frame came at " + name(came.connection) + " too early", next->frame->shown(),
+                           std::to_string(next->earliest - now) + " ms too early: " + frame);
+        }
+        state.reachedStep = std::max(state.reachedStep, next->persisted);
+        ++next;
+    }
+    queue.erase(queue.begin(), next);
+    if (queue.empty()) {
+        state.queues.erase(came.connection);
+    }
+    return std::nullopt;
+}
+
+std::optional<Finding> Judge::complete(State& state, const Observed& observed) {
+    for (const auto& came : observed.connections) {
+        if (auto reason = completeClient(state, came, observed.now)) {
+            return reason;
+        }
+    }
+    const bool isReadable = !observed.diskFailed && !state.model.isOn("storage-failing");
+    if (state.model.waitsForStorage() && state.storageWorked && isReadable) {
+        return Finding("a batch that was rolled back is not read again", "a notice of its keys", "nothing");
+    }
+    if (!state.model.run.empty() && formerRuns.count(state.model.run) > 0) {
+        return Finding("a run has the name of a former one", "another name", state.model.run);
+    }
+    return std::nullopt;
+}
+
+std::optional<Finding> Judge::completeClient(State& state, const Observed::OfConnection& came, std::int64_t now) {
+    const Client& client = clients.at(came.connection);
+    const auto closing = state.closing.find(came.connection);
+    if (!client.isOpen || !client.isReading || state.model.restartWasAsked()) {
+        return std::nullopt;
+    }
+    if (came.isClosedByHost && client.mayBeClosed) {
+        return std::nullopt;
+    }
+    const bool mustClose = closing != state.closing.end() || !client.closeStatuses.empty();
+    if (mustClose && !came.isClosedByHost) {
+        return Finding(name(came.connection) + " is not closed", "closed", "open");
+    }
+    if (mustClose) {
+        const bool isRight = closing != state.closing.end()
+                                 ? closing->second == 0 || closing->second == came.closeStatus
+                                 : client.closeStatuses.count(came.closeStatus) > 0;
+        return isRight ? std::nullopt
+                       : std::optional(Finding(name(came.connection) + " is closed with another status", "",
+                                               std::to_string(came.closeStatus)));
+    }
+    if (came.isClosedByHost && !client.hasEndedOutput) {
+        return Finding(name(came.connection) + " is closed without a reason", "open",
+                       "closed " + std::to_string(came.closeStatus));
+    }
+    if (!came.isClosedByHost && !client.waiting.empty()) {
+        return Finding("a frame of " + name(came.connection) + " is not handled", shown(client.waiting.front()),
+                       "nothing");
+    }
+    const auto queue = state.queues.find(came.connection);
+    if (queue == state.queues.end()) {
+        return std::nullopt;
+    }
+    for (const auto& pending : queue->second) {
+        if (!pending.isOptional && pending.latest <= now) {
+            return Finding("a frame did not come at " + name(came.connection), pending.frame->shown(), "nothing");
+        }
+    }
+    return std::nullopt;
+}
+
+void Judge::unite() {
+    if (states.size() < 2) {
+        return;
+    }
+    std::unordered_map<std::uint64_t, std::size_t> digests;
+    States different;
+    for (auto& state : states) {
+        const auto [same, isNew] = digests.emplace(digest(*state), different.size());
+        if (isNew) {
+            different.push_back(std::move(state));
+        } else {
+            different[same->second]->model.addGhosts(state->model.ghosts());
+        }
+    }
+    states = std::move(different);
+}
+
+std::uint64_t Judge::digest(const State& state) {
+    Fingerprint all;
+    all.add(state.model.digest());
+    for (const auto& [connection, queue] : state.queues) {
+        all.add(connection);
+        for (const auto& pending : queue) {
+            all.add(pending.frame->digest());
+            all.add(static_cast<std::uint64_t>(pending.earliest));
+        }
+    }
+    for (const auto& entry : state.closing) {
+        all.add(entry.first);
+    }
+    all.add(static_cast<std::uint64_t>(state.reachedStep));
+    for (const auto& each : state.model.steps()) {
+        all.add(each == state.model.durable() ? 1 : 0);
+    }
+    return all.result();
+}
+
+// Life
+
+void Judge::ended() {
+    onDisk.clear();
+    wasSettled = false;
+    const auto add = [this](const Durable& durable) {
+        if (std::find(onDisk.begin(), onDisk.end(), durable) == onDisk.end()) {
+            onDisk.push_back(durable);
+        }
+    };
+    for (const auto& each : states) {
+        const State& state = *each;
+        if (!state.model.run.empty()) {
+            formerRuns.insert(state.model.run);
+        }
+        for (const auto& ghost : state.model.ghosts()) {
+            add(ghost);
+        }
+        if (!state.before) {
+            add(state.model.durable());
+            continue;
+        }
+        const auto& steps = state.model.steps();
+        if (state.reachedStep == 0) {
+            add(*state.before);
+            std::for_each(state.ghostsBefore.begin(), state.ghostsBefore.end(), add);
+        }
+        for (std::size_t step = 0; step < steps.size(); ++step) {
+            if (static_cast<long>(step) + 1 >= state.reachedStep) {
+                add(steps[step]);
+            }
+        }
+    }
+    states.clear();
+    clients.clear();
+}
+
+void Judge::started(const std::map<std::string, std::string>& stored) {
+    std::string expected;
+    for (const auto& durable : onDisk) {
+        if (durable.settings == stored) {
+            states.push_back(std::make_unique<State>());
+            states.back()->model.restart(durable);
+        } else {
+            expected += (expected.empty() ? "" : " or ") + shown(durable.settings);
+        }
+    }
+    if (states.empty()) {
+        throw Finding("other values are stored after the start", expected, shown(stored));
+    }
+}
+
+std::vector<std::string> Judge::awaited(std::size_t connection) const {
+    std::vector<std::string> frames;
+    const auto queue = queuesBefore.find(connection);
+    if (queue != queuesBefore.end()) {
+        for (const auto& pending : queue->second) {
+            frames.push_back(pending.frame->example());
+        }
+    }
+    return frames;
+}
+
+}  // namespace SettingsSimulation
