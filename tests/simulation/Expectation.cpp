@@ -141,7 +141,7 @@ std::string withUnknown(const std::vector<Expectation::Piece>& pieces, Replace r
     }
     std::string readable;
     for (const char character : text) {
-        readable += character >= Unknown::messageId && character <= Unknown::run ? replace(character)
+        readable += character >= Unknown::messageId && character <= Unknown::run ? replace(character, readable)
                                                                                  : std::string(1, character);
     }
     return readable;
@@ -161,11 +161,24 @@ std::uint64_t Expectation::digest() const {
 }
 
 std::string Expectation::shown() const {
-    return withUnknown(pieces, [](char /*unknown*/) { return std::string("…"); });
+    return withUnknown(pieces, [](char /*unknown*/, const std::string& /*before*/) { return std::string("…"); });
 }
 
-std::string Expectation::example() const {
-    return withUnknown(pieces, [this](char unknown) -> std::string {
+void learn(const std::string& frame, KnownTexts& texts) {
+    const std::string name = R"("message":")";
+    for (auto place = frame.find(name); place != std::string::npos; place = frame.find(name, place)) {
+        const std::size_t begin = frame.rfind('{', place);
+        place += name.size();
+        std::size_t end = place;
+        while (end < frame.size() && frame[end] != '"') {
+            end += frame[end] == '\\' ? 2 : 1;
+        }
+        texts[frame.substr(begin, place - begin)] = frame.substr(place, end - place);
+    }
+}
+
+std::string Expectation::example(const std::string& run, const KnownTexts& texts) const {
+    return withUnknown(pieces, [&](char unknown, const std::string& before) -> std::string {
         switch (unknown) {
             case Unknown::messageId:
                 return "host-1-1";
@@ -176,9 +189,10 @@ std::string Expectation::example() const {
             case Unknown::anything:
                 return ",";
             case Unknown::run:
-                return std::string(32, '0');
+                return run.empty() ? std::string(32, '0') : run;
             default:
-                return "…";
+                const auto known = texts.find(before.substr(before.rfind('{')));
+                return known == texts.end() ? "…" : known->second;
         }
     });
 }

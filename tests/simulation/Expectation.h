@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -32,6 +33,12 @@ struct SentEvent {
     std::string seen;
 };
 
+/// Texts for people that were seen, by what stands before them in their object.
+using KnownTexts = std::map<std::string, std::string>;
+
+/// Takes the message of a refusal from a frame.
+void learn(const std::string& frame, KnownTexts& texts);
+
 /// A frame that must come: texts and events in turn.
 struct Expectation {
     struct Piece {
@@ -47,8 +54,8 @@ struct Expectation {
     std::string shown() const;
     /// The same for frames that are to be the same.
     std::uint64_t digest() const;
-    /// A frame that it matches.
-    std::string example() const;
+    /// A frame that it matches, from this run and with these texts.
+    std::string example(const std::string& run, const KnownTexts& texts) const;
 };
 
 /// Compares what came with what must come. `run`: the name of the run, learned when it is empty.

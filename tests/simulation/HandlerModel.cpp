@@ -60,6 +60,7 @@ void HandlerModel::begin(const DiskFate& fateOfDisk, bool keepsAllSteps, bool ma
     uses = 0;
     changes = 0;
     storageWorks = false;
+    hasTransaction = false;
     durableSteps.clear();
 }
 
@@ -83,6 +84,7 @@ long HandlerModel::faultTime(const std::string& fault) const {
 bool HandlerModel::readsDisk(bool isOfSettings) {
     const bool works = !fate.fails(uses++, isOfSettings);
     isBroken = isBroken || !works;
+    isEnded = isEnded || (!works && fate.endsTransaction);
     return works;
 }
 
@@ -104,6 +106,9 @@ bool HandlerModel::put(std::map<std::string, std::string> Durable::*table, const
     if (old != (disk.*table).end() && old->second == value) {
         // SQLite writes no page that stays the same.
         return readsDisk(table == &Durable::settings);
+    }
+    if (beforeTransaction && isEnded) {
+        return false;
     }
     if (beforeTransaction) {
         const bool works = readsDisk(table == &Durable::settings);
@@ -128,12 +133,14 @@ void HandlerModel::beginTransaction() {
     beforeTransaction = disk;
     isDirty = false;
     isBroken = false;
+    isEnded = false;
+    hasTransaction = true;
 }
 
 bool HandlerModel::commit() {
     Durable before = std::move(*beforeTransaction);
     beforeTransaction.reset();
-    const bool works = isDirty ? writesDisk() : !isBroken || readsDisk();
+    const bool works = !isEnded && (isDirty ? writesDisk() : !isBroken || readsDisk());
     if (works && isDirty) {
         changedDisk();
     } else if (!works) {

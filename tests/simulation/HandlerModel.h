@@ -27,6 +27,8 @@ struct DiskFate {
     long count = 0;
     /// The values of the library are in SQLite's memory: their pages need not be read.
     bool sparesSettings = false;
+    /// SQLite rolls a transaction back at once when something fails in it; then each further change is refused.
+    bool endsTransaction = false;
 
     bool fails(long use, bool isOfSettings) const {
         return use >= first && use - first < count && !(isOfSettings && sparesSettings);
@@ -50,6 +52,8 @@ public:
     void begin(const DiskFate& fateOfDisk, bool keepsSteps, bool mayLeaveGhosts);
     /// How many uses of the disk the last frame made.
     long diskUses() const { return uses; }
+    /// Was there a transaction in it?
+    bool hadTransaction() const { return hasTransaction; }
     const std::vector<Durable>& steps() const { return durableSteps; }
 
     /// @name Faults that are on, with their values
@@ -110,6 +114,8 @@ private:
     std::optional<Durable> beforeTransaction;
     bool isDirty = false;
     bool isBroken = false;
+    bool isEnded = false;
+    bool hasTransaction = false;
 
     DiskFate fate;
     bool keepsSteps = false;

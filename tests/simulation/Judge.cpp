@@ -69,6 +69,15 @@ void Judge::closed(std::size_t connection) {
 
 void Judge::endedOutput(std::size_t connection) {
     clients.at(connection).hasEndedOutput = true;
+    for (auto& state : states) {
+        const auto queue = state->queues.find(connection);
+        if (queue == state->queues.end()) {
+            continue;
+        }
+        for (auto& pending : queue->second) {
+            pending.isOptional = pending.isOptional || pending.isSentLater;
+        }
+    }
 }
 
 void Judge::reads(std::size_t connection, bool isReading) {
@@ -98,6 +107,12 @@ void Judge::observe(const Observed& observed) {
         crash(observed.handled.back());
     }
     receive(observed);
+    if (observed.diskFailed) {
+        // Then to read again can have failed, too.
+        for (auto& state : states) {
+            state->storageWorked = false;
+        }
+    }
     unite();
     if (observed.isSettled) {
         for (const auto& came : observed.connections) {
@@ -158,19 +173,25 @@ void Judge::follow(std::unique_ptr<State> state, const Handled& handled, bool ke
     }
     after.push_back(std::make_unique<State>(*state));
     step(*after.back(), handled, {}, keepsSteps, handled.diskFailed);
-    for (const auto& fate : fates(after.back()->model.diskUses() + 1, handled.diskFailed)) {
-        after.push_back(std::make_unique<State>(*state));
-        step(*after.back(), handled, fate, keepsSteps, handled.diskFailed);
+    const bool hasTransaction = after.back()->model.hadTransaction();
+    for (auto fate : fates(after.back()->model.diskUses() + 1, handled.diskFailed)) {
+        for (fate.endsTransaction = false;; fate.endsTransaction = true) {
+            after.push_back(std::make_unique<State>(*state));
+            step(*after.back(), handled, fate, keepsSteps, handled.diskFailed);
+            if (fate.endsTransaction || !hasTransaction) {
+                break;
+            }
+        }
     }
 }
 
 /// What the disk may do while a frame is handled, but to work.
 std::vector<DiskFate> Judge::fates(long uses, bool diskFailed) {
-    std::vector<DiskFate> all{{0, DiskFate::all, true}};
+    std::vector<DiskFate> all{{0, DiskFate::all, true, false}};
     for (long first = 0; first < uses; ++first) {
-        all.push_back({first, DiskFate::all, false});
+        all.push_back({first, DiskFate::all, false, false});
         for (long count = 1; count <= (diskFailed ? 3 : 1); ++count) {
-            all.push_back({first, count, false});
+            all.push_back({first, count, false, false});
         }
     }
     return all;
@@ -207,7 +228,8 @@ void Judge::step(State& state, const Handled& handled, const DiskFate& fate, boo
     state.storageWorked = wasWaiting && (state.storageWorked || (isWhole && state.model.storageWorked()));
 }
 
-void Judge::send(State& state, const std::vector<Output>& outputs, std::int64_t begin, std::int64_t end) {
+void Judge::send(State& state, const std::vector<Output>& outputs, std::int64_t begin, std::int64_t end,
+                 bool isSentLater) {
     for (const auto& output : outputs) {
         for (auto& [connection, client] : clients) {
             const bool isReceiver = output.receiver ? *output.receiver == connection : isSettings(client.kind);
@@ -226,7 +248,7 @@ void Judge::send(State& state, const std::vector<Output>& outputs, std::int64_t 
             const bool isOptional =
                 output.receiver ? client.hasEndedOutput && isLate : !client.hasJoined || client.hasEndedOutput;
             state.queues[connection].push_back(
-                {output.frame, begin + delay, end + delay, isOptional, output.persisted});
+                {output.frame, begin + delay, end + delay, isOptional, output.persisted, isSentLater || isLate});
             if (!client.isReading) {
                 client.unread += output.frame->shown().size();
                 client.mayBeClosed = client.mayBeClosed || client.unread > muchUnread;
@@ -255,7 +277,7 @@ void Judge::readAgain(std::int64_t begin, std::int64_t end) {
         auto again = std::make_unique<State>(*states[index]);
         again->model.begin({}, false, false);
         const auto outputs = again->model.readAgain({begin, end});
-        send(*again, outputs, begin, end);
+        send(*again, outputs, begin, end, true);
         again->storageWorked = false;
         states.push_back(std::move(again));
     }
@@ -316,26 +338,49 @@ bool Judge::agrees(State& state, const Observed::OfConnection& came) {
     if (found == state.queues.end()) {
         return true;
     }
-    const auto& queue = found->second;
-    std::size_t place = 0;
+    Queue queue = found->second;
+    auto next = queue.begin();
     for (const auto& frame : came.frames) {
-        while (place < queue.size() && !matches(*queue[place].frame, frame, state.model.run)) {
-            if (!queue[place].isOptional) {
-                return false;
-            }
-            ++place;
+        next = find(queue, next, frame, state.model.run);
+        if (next == queue.end()) {
+            return true;
         }
-        ++place;
+        if (!matches(*next->frame, frame, state.model.run)) {
+            return false;
+        }
+        ++next;
     }
     return true;
+}
+
+/// Returns: what `frame` must be.
+Judge::Queue::iterator Judge::find(Queue& queue, Queue::iterator next, const std::string& frame, std::string& run) {
+    while (next != queue.end() && next->isOptional && !matches(*next->frame, frame, run)) {
+        ++next;
+    }
+    if (next != queue.end() && next->isOptional) {
+        // A client that joined too late for this one may have got the same text that must come after it.
+        const auto must =
+            std::find_if(next + 1, queue.end(), [](const Pending& pending) { return !pending.isOptional; });
+        if (must != queue.end() && matches(*must->frame, frame, run)) {
+            must->isOptional = true;
+        }
+    }
+    return next;
 }
 
 void Judge::receive(const Observed& observed) {
     for (const auto& came : observed.connections) {
         checkIds(came);
+        for (const auto& frame : came.frames) {
+            if (remembers) {
+                learn(frame, knownTexts);
+            }
+        }
     }
     if (remembers && isUp()) {
         queuesBefore = states.front()->queues;
+        runBefore = run();
     }
     std::optional<Finding> first;
     States possible;
@@ -374,9 +419,7 @@ std::optional<Finding> Judge::receive(State& state, const Observed::OfConnection
     auto& queue = state.queues[came.connection];
     auto next = queue.begin();
     for (const auto& frame : came.frames) {
-        while (next != queue.end() && next->isOptional && !matches(*next->frame, frame, state.model.run)) {
-            ++next;
-        }
+        next = find(queue, next, frame, state.model.run);
         if (next == queue.end()) {
             return Finding("a frame came at " + name(came.connection) + " without a reason", "nothing", frame);
         }
@@ -455,7 +498,8 @@ std::optional<Finding> Judge::completeClient(State& state, const Observed::OfCon
 }
 
 void Judge::unite() {
-    if (states.size() < 2) {
+    // What was on the disk before the host ended is not compared.
+    if (states.size() < 2 || states.front()->before) {
         return;
     }
     std::unordered_map<std::uint64_t, std::size_t> digests;
@@ -483,10 +527,6 @@ std::uint64_t Judge::digest(const State& state) {
     }
     for (const auto& entry : state.closing) {
         all.add(entry.first);
-    }
-    all.add(static_cast<std::uint64_t>(state.reachedStep));
-    for (const auto& each : state.model.steps()) {
-        all.add(each == state.model.durable() ? 1 : 0);
     }
     return all.result();
 }
@@ -543,12 +583,12 @@ void Judge::started(const std::map<std::string, std::string>& stored) {
     }
 }
 
-std::vector<std::string> Judge::awaited(std::size_t connection) const {
+std::vector<std::string> Judge::awaited(std::size_t connection, const KnownTexts& texts) const {
     std::vector<std::string> frames;
     const auto queue = queuesBefore.find(connection);
     if (queue != queuesBefore.end()) {
         for (const auto& pending : queue->second) {
-            frames.push_back(pending.frame->example());
+            frames.push_back(pending.frame->example(runBefore, texts));
         }
     }
     return frames;

@@ -86,7 +86,9 @@ public:
     const std::string& run() const { return states.front()->model.run; }
     long newestSequence() const { return states.front()->model.newestSequence(); }
     /// What had to come at a connection when there was a finding; for a scenario.
-    std::vector<std::string> awaited(std::size_t connection) const;
+    std::vector<std::string> awaited(std::size_t connection, const KnownTexts& texts) const;
+    /// Of what came; for a scenario.
+    const KnownTexts& texts() const { return knownTexts; }
 
 private:
     struct Pending {
@@ -97,6 +99,8 @@ private:
         bool isOptional;
         /// Of the frame that the host was handling when it ended: changes that were on the disk.
         long persisted;
+        /// It is late, or of a batch that is read again.
+        bool isSentLater = false;
     };
     /// What must come, by connection; without those where nothing must.
     using Queues = std::map<std::size_t, std::vector<Pending>>;
@@ -133,11 +137,14 @@ private:
     void follow(std::unique_ptr<State> state, const Handled& handled, bool keepsSteps, States& after);
     void step(State& state, const Handled& handled, const DiskFate& fate, bool keepsSteps, bool mayLeaveGhosts);
     static std::vector<DiskFate> fates(long uses, bool diskFailed);
-    void send(State& state, const std::vector<Output>& outputs, std::int64_t begin, std::int64_t end);
+    void send(State& state, const std::vector<Output>& outputs, std::int64_t begin, std::int64_t end,
+              bool isSentLater = false);
     void release(State& state, std::int64_t now);
     void readAgain(std::int64_t begin, std::int64_t end);
     void checkIds(const Observed::OfConnection& came);
     void rule(const Observed& observed);
+    using Queue = std::vector<Pending>;
+    static Queue::iterator find(Queue& queue, Queue::iterator next, const std::string& frame, std::string& run);
     static bool agrees(State& state, const Observed::OfConnection& came);
     void receive(const Observed& observed);
     /// Returns: why it cannot have been so; nothing if it can.
@@ -150,6 +157,8 @@ private:
 
     States states;
     Queues queuesBefore;
+    std::string runBefore;
+    KnownTexts knownTexts;
     /// What may be on the disk while no host runs.
     std::vector<Durable> onDisk;
     std::map<std::size_t, Client> clients;

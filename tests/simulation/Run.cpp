@@ -16,8 +16,12 @@ constexpr const char* everything = R"({"type":7,"messageId":"all","payload":{"se
 
 }  // namespace
 
-Run::Run(std::uint64_t seed, bool writesSteps)
-    : choices(seed ^ 0x5eed5eed5eed5eedU), host(choices), judge(writesSteps), writes(writesSteps) {}
+Run::Run(std::uint64_t seed, bool writesSteps, KnownTexts allTexts)
+    : choices(seed ^ 0x5eed5eed5eed5eedU),
+      host(choices),
+      judge(writesSteps),
+      writes(writesSteps),
+      knownTexts(std::move(allTexts)) {}
 
 std::optional<Finding> Run::play(const std::vector<Operation>& operations) {
     try {
@@ -29,8 +33,10 @@ std::optional<Finding> Run::play(const std::vector<Operation>& operations) {
         // What is late comes, too.
         advance(60000);
     } catch (const Finding& finding) {
+        KnownTexts texts = knownTexts;
+        texts.insert(judge.texts().begin(), judge.texts().end());
         for (const auto& entry : open) {
-            for (const auto& frame : judge.awaited(entry.second->number())) {
+            for (const auto& frame : judge.awaited(entry.second->number(), texts)) {
                 write(nameOf(entry.second->number()), "received", frame);
             }
         }

@@ -27,7 +27,8 @@ struct Step {
 class Run {
 public:
     /// The choices of the simulation follow from the seed.
-    Run(std::uint64_t seed, bool writesSteps);
+    /// `knownTexts`: for what would have come.
+    Run(std::uint64_t seed, bool writesSteps, KnownTexts knownTexts = {});
 
     /// Does the operations. Returns: what the host did wrong; nothing when all was right.
     std::optional<Finding> play(const std::vector<Operation>& operations);
@@ -35,6 +36,7 @@ public:
     /// How many operations were done.
     std::size_t done() const { return doneOperations; }
     const std::vector<Step>& steps() const { return written; }
+    const KnownTexts& texts() const { return judge.texts(); }
     std::uint64_t fingerprint() const { return host.fingerprint(); }
 
 private:
@@ -74,6 +76,7 @@ private:
     bool isRepairing = false;
     std::size_t doneOperations = 0;
     const bool writes;
+    const KnownTexts knownTexts;
     std::vector<Step> written;
     std::map<std::size_t, Kind> kinds;
     std::map<std::size_t, std::string> names;

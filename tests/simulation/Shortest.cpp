@@ -98,8 +98,11 @@ std::vector<Operation> shortest(std::uint64_t seed, std::vector<Operation> opera
     return search.withoutParts(std::move(operations));
 }
 
-std::string scenarioOf(std::uint64_t seed, const std::vector<Operation>& operations) {
-    Run run(seed, true);
+std::string scenarioOf(std::uint64_t seed, const std::vector<Operation>& operations,
+                       const std::vector<Operation>& all) {
+    Run whole(seed, true);
+    whole.play(all);
+    Run run(seed, true, whole.texts());
     const auto found = run.play(operations);
     const bool hasPowerCut = std::any_of(operations.begin(), operations.end(), [](const Operation& each) {
         return each.type == Operation::Type::POWER_CUT || each.type == Operation::Type::POWER_CUT_AT ||

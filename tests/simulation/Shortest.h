@@ -15,7 +15,7 @@ std::vector<Operation> shortest(std::uint64_t seed, std::vector<Operation> opera
 /// The kind of a finding: what it says, without numbers.
 std::string kindOf(const std::string& finding);
 
-/// The run of these operations as a scenario, see docs/laboratory.md.
-std::string scenarioOf(std::uint64_t seed, const std::vector<Operation>& operations);
+/// The run of these operations as a scenario, see docs/laboratory.md. Texts for people are those of a run of `all`.
+std::string scenarioOf(std::uint64_t seed, const std::vector<Operation>& operations, const std::vector<Operation>& all);
 
 }  // namespace SettingsSimulation

@@ -85,7 +85,7 @@ bool simulate(std::uint64_t seed, std::size_t count) {
     operations.resize(run.done());
     const auto few = shortest(seed, operations, found->what(), runs);
     const std::string file = "simulation-" + std::to_string(seed) + ".jsonl";
-    std::ofstream(file) << scenarioOf(seed, few);
+    std::ofstream(file) << scenarioOf(seed, few, operations);
     std::cout << "shortest scenario: " << few.size() << " operations, " << file << '\n';
     for (const auto& operation : few) {
         std::cout << "  " << describe(operation) << '\n';
