@@ -50,10 +50,11 @@ Composition::Composition(const Options& options, SettingsHandlerKit::PassedSocke
     }
 }
 
-/// The second of two restarts at once has nothing left to do.
+/// The second of two restarts at once has nothing left to do, nor has one after SIGTERM.
 void Composition::restart() {
-    if (!next) {
-        next = NextRun{server.handOver(), std::make_unique<HeldSignals>()};
+    auto sockets = server.handOver();
+    if (!sockets.isEmpty()) {
+        next = NextRun{std::move(sockets), std::make_unique<HeldSignals>()};
     }
 }
 

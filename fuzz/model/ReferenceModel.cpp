@@ -100,11 +100,11 @@ std::string ReferenceModel::ownersValue(const std::string& key) {
     if (key == "pttAlwaysOnEnabled") {
         return deviceMode("currentAlwaysOnPTTMode");
     }
-    const std::string value = storedValue(key);
+    std::string value = storedValue(key);
     if (!value.empty()) {
         return value;
     }
-    const std::string byDefault = isKnown(key) ? catalogue().at(key) : none;
+    std::string byDefault = isKnown(key) ? catalogue().at(key) : none;
     if (byDefault == none) {
         line(3, "Default value was not found for " + shown(key));
         return "";

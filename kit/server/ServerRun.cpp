@@ -79,7 +79,7 @@ PassedSockets Server::handOver() {
 
 PassedSockets Server::Parts::handOver() {
     PassedSockets sockets;
-    if (phase != Phase::SERVING) {
+    if (phase != Phase::SERVING || stopRequested || isHandedOver) {
         return sockets;
     }
     for (const auto& endpoint : endpoints) {

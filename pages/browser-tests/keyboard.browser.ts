@@ -29,7 +29,8 @@ test('the menu has the focus first, shows each section and stops at its ends', a
         for (const section of sectionIds.slice(1)) {
             await press(page, 'ArrowDown');
             await expectFocus(page, section);
-            expect(await page.locator('main h2').innerText()).toBe((await focus(page)).name.replace(/^\W/, ''));
+            const { name } = await focus(page);
+            await page.locator('main h2', { hasText: name.replace(/^\W/, '') }).waitFor();
         }
         await press(page, 'ArrowDown');
         await expectFocus(page, 'about');

@@ -80,7 +80,10 @@ std::uint64_t HostModel::digest() const {
     add(cachedValues());
     add(faults);
     add(around.deviceInfo);
-    add(timestamps());
+    for (const auto& [key, timestamp] : timestamps()) {
+        all.add(key);
+        all.add(static_cast<std::uint64_t>(timestamp));
+    }
     for (const auto& locale : around.locales) {
         all.add(locale);
     }

@@ -83,7 +83,7 @@ test('a client resumes as in the example', async () => {
         browser,
     );
     const all = (examples.get('resume') ?? []).filter(({ at, schema }) => at === 'socket' && schema !== 'notice');
-    const example = all.slice(all.findIndex(({ sent }) => 'resume' in (sent?.['hello'] ?? {})));
+    const example = all.slice(all.findIndex(({ sent }) => 'resume' in Object(sent?.['hello'] ?? {})));
     const { run, sequence } = (
         example[0]?.sent?.['hello'] as {
             resume: { run: string; sequence: number };

@@ -59,7 +59,9 @@ int MosquittoBroker::publish(const Message& message) {
     const int code =
         mosquitto_publish(connection.get(), &number, message.topic.c_str(), static_cast<int>(message.payload.size()),
                           message.payload.data(), 1, message.retained);
-    if (code != MOSQ_ERR_SUCCESS && lossReason.empty()) {
+    if (code == MOSQ_ERR_SUCCESS) {
+        ++unacknowledged;
+    } else if (lossReason.empty()) {
         lossReason = mosquitto_strerror(code);
     }
     return number;
@@ -116,6 +118,7 @@ void MosquittoBroker::watch() {
             brokerAt(self).options.log(2,
                                        std::string("the broker refuses a message: ") + mosquitto_reason_string(code));
         }
+        --brokerAt(self).unacknowledged;
         brokerAt(self).listener->acknowledged(number);
     });
     mosquitto_subscribe_v5_callback_set(
@@ -156,6 +159,7 @@ void MosquittoBroker::close(const std::string& reason) {
     const auto since = std::exchange(connectedSince, std::nullopt);
     const auto pause = std::chrono::ceil<std::chrono::milliseconds>(pauses.next(now - since.value_or(now)));
     connection.reset();
+    unacknowledged = 0;
     due = now + pause;
     options.log(reason == loggedReason ? 0 : 2, (since ? "the broker is lost: " : "cannot reach the broker: ") +
                                                     reason + "; next attempt in " + std::to_string(pause.count()) +
@@ -196,10 +200,15 @@ void MosquittoBroker::process(short events) {
 }
 
 void MosquittoBroker::disconnect() {
-    if (connection) {
-        mosquitto_disconnect(connection.get());
-        mosquitto_loop_write(connection.get(), 1);
+    if (!connection) {
+        return;
     }
+    const auto end = Clock::now() + std::chrono::seconds(2);
+    while (isConnected() && unacknowledged > 0 && Clock::now() < end &&
+           mosquitto_loop(connection.get(), 100, 1) == MOSQ_ERR_SUCCESS) {
+    }
+    mosquitto_disconnect(connection.get());
+    mosquitto_loop_write(connection.get(), 1);
 }
 
 }  // namespace SettingsMqtt

@@ -51,7 +51,8 @@ public:
 
     Wanted wanted() override;
     void process(short events) override;
-    /// Sends what was published, as far as it can be sent at once, and takes leave of the broker.
+    /// Takes leave of the broker when it has acknowledged what was published, after two seconds at the latest: a broker
+    /// that cannot acknowledge any more takes the connection for lost and publishes the last will.
     void disconnect();
 
 private:
@@ -69,6 +70,7 @@ private:
     /// Of the next attempt to connect; with a connection, when libmosquitto looks after it: pings, missing replies.
     Time due{};
     std::optional<Time> connectedSince;
+    int unacknowledged = 0;
     /// Why the broker refused or closed the connection; empty: it did not.
     std::string lossReason;
     std::string loggedReason;

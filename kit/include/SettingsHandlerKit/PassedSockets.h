@@ -24,6 +24,8 @@ public:
     void add(const std::string& name, Descriptor socket, bool isOwn);
     /// Is the file of that socket the server's to remove?
     bool isOwn(const std::string& name) const { return own.count(name) > 0; }
+    /// Are there none (any more)?
+    bool isEmpty() const { return sockets.empty(); }
     /// The socket of that name, once.
     std::optional<Descriptor> take(const std::string& name);
 

@@ -133,7 +133,8 @@ public:
     /// Ends serving soon, so that another server of this process takes over. The sockets stay open: clients that
     /// connect meanwhile wait for it. The service manager is told that the service is ready again soon, not that it
     /// stops.
-    /// - Returns: the sockets, for the `ServerOptions` of the other server; none when it does not serve.
+    /// - Returns: the sockets, for the `ServerOptions` of the other server; none when it does not serve or is to
+    ///   stop already.
     PassedSockets handOver();
 
     /// Runs `action` soon on the server's thread, as `perform` does; an exception is logged at level 3. Actions run in

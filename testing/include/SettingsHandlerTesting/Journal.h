@@ -52,11 +52,7 @@ public:
     /// Removes and returns the entries so far.
     std::vector<std::string> take() {
         const std::lock_guard<std::mutex> lock(mutex);
-        // The next entries are often as many.
-        std::vector<std::string> taken;
-        taken.reserve(recorded.size());
-        taken.swap(recorded);
-        return taken;
+        return std::exchange(recorded, {});
     }
 
     /// Returns: whether every action of `at` was run. Check it at the end of a test: an action that was not run tested

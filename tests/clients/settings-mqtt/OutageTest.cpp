@@ -14,6 +14,33 @@ namespace SettingsMqttTest {
 
 namespace {
 
+/// The next packet of MQTT, without its length; empty at the end.
+std::string packetFrom(int peer) {
+    const auto bytes = [peer](std::size_t count) {
+        std::string read(count, '\0');
+        const auto got = ::recv(peer, read.data(), count, MSG_WAITALL);
+        read.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
+        return read;
+    };
+    std::string packet = bytes(1);
+    std::size_t length = 0;
+    int shift = 0;
+    for (std::string digit = packet.empty() ? "" : "\x80"; !digit.empty() && (digit[0] & 0x80) != 0; shift += 7) {
+        digit = bytes(1);
+        length |= digit.empty() ? 0 : static_cast<std::size_t>(digit[0] & 0x7f) << shift;
+    }
+    return packet + bytes(length);
+}
+
+bool isPublish(const std::string& packet) {
+    return (packet[0] & 0xf0) == 0x30;
+}
+
+std::string acknowledgementOf(const std::string& published) {
+    const auto topicLength = static_cast<std::size_t>(published[1] * 256 + published[2]);
+    return "\x40\x02" + published.substr(3 + topicLength, 2);
+}
+
 /// The rest of this process, and what it starts, has a network of its own.
 void enterNetwork() {
     const uid_t user = ::geteuid();
@@ -138,6 +165,38 @@ TEST_F(MqttProgram, SaysWhenTheBrokerRefusesASubscription) {
     EXPECT_EQ(::send(peer, answers.data(), answers.size(), MSG_NOSIGNAL), static_cast<ssize_t>(answers.size()));
     bridge.awaitLog("the broker refuses the subscription to commands");
     ::close(peer);
+}
+
+TEST_F(MqttProgram, TakesLeaveWhenTheBrokerHasAcknowledgedEverything) {
+    const auto listener = TestSupport::listeningTcpSocket("127.0.0.1");
+    RunningBridge bridge(host, "127.0.0.1:" + std::to_string(listener.port()));
+    const int peer = ::accept(listener.get(), nullptr, nullptr);
+    ASSERT_GE(peer, 0);
+    const auto send = [peer](const std::string& packet) {
+        EXPECT_EQ(::send(peer, packet.data(), packet.size(), MSG_NOSIGNAL), static_cast<ssize_t>(packet.size()));
+    };
+    const auto nextPublished = [peer] {
+        std::string packet = packetFrom(peer);
+        while (!packet.empty() && !isPublish(packet)) {
+            packet = packetFrom(peer);
+        }
+        return packet;
+    };
+    send(std::string("\x20\x03\x00\x00\x00", 5));
+    std::string published = nextPublished();
+    bridge.sendSignal(SIGTERM);
+    while (!published.empty() && published.find("offline") == std::string::npos) {
+        send(acknowledgementOf(published));
+        published = nextPublished();
+    }
+    // It still answers: a command, at least once.
+    send(std::string("\x32\x06\x00\x01x\x00\x07\x00", 8));
+    EXPECT_EQ(packetFrom(peer).substr(0, 3), std::string("\x40\x00\x07", 3));
+    send(acknowledgementOf(published));
+    EXPECT_EQ(packetFrom(peer).substr(0, 1), "\xe0");
+    EXPECT_EQ(packetFrom(peer), "");
+    ::close(peer);
+    EXPECT_EQ(bridge.wait(), 0);
 }
 
 TEST_F(MqttProgram, ACommandIsNotStaleAfterOneOfAClientWhoseClockIsAhead) {

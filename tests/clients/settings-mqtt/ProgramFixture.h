@@ -45,8 +45,9 @@ public:
     void sendSignal(int number) const { process->sendSignal(number); }
     std::optional<int> stop() {
         process->sendSignal(SIGTERM);
-        return process->wait();
+        return wait();
     }
+    std::optional<int> wait() { return process->wait(); }
     /// Waits for a line of its log. Returns: it.
     std::string awaitLog(const std::string& part) {
         std::string seen;

@@ -89,6 +89,21 @@ TEST_F(HandOverTest, ASocketThatNobodyTakesIsClosed) {
     EXPECT_THROW(TestSupport::LineClient(folder / "run/settings.sock"), std::exception);
 }
 
+TEST_F(HandOverTest, AServerThatIsToStopHandsNothingOver) {
+    Server server(options());
+    server.start();
+    std::vector<bool> isEmpty;
+    server.stop();
+    server.post([&] { isEmpty.push_back(server.handOver().isEmpty()); });
+    server.run();
+    EXPECT_EQ(isEmpty, std::vector<bool>{true});
+    Server another(options());
+    another.start();
+    EXPECT_FALSE(another.handOver().isEmpty());
+    EXPECT_TRUE(another.handOver().isEmpty()) << "they are handed over already";
+    another.run();
+}
+
 TEST_F(HandOverTest, ActionsRunInTheOrderOfTheirTimes) {
     Server server(options());
     server.start();
