@@ -4,14 +4,11 @@
 #include <map>
 #include <utility>
 
-#include "model/Json.h"
 #include "simulation/Choices.h"
 
 namespace SettingsSimulation {
 
 namespace {
-
-using SettingsHandlerFuzz::stringText;
 
 using Texts = std::vector<std::string>;
 
