@@ -183,7 +183,7 @@ test('the browser’s own Back closes what is open, leads to the menu, and only 
         await goDownTo(page, 'handsFreeAlwaysOnEnabled');
         await goBack();
         await expectFocus(page, 'voice');
-        expect(new URL(page.url()).hash).toBe('#voice');
+        await expect.poll(() => new URL(page.url()).hash).toBe('#voice');
         await page.evaluate(() => {
             history.forward();
         });
@@ -202,7 +202,7 @@ test('the browser’s own Back closes what is open, leads to the menu, and only 
         await expectFocus(page, 'deviceName');
         await goBack();
         await expectFocus(page, 'device');
-        expect(new URL(page.url()).hash).toBe('#device');
+        await expect.poll(() => new URL(page.url()).hash).toBe('#device');
         // Moving in and out by keys leaves no entry in the history.
         await press(page, 'ArrowRight', 'ArrowLeft', 'ArrowRight', 'ArrowLeft');
         await expectFocus(page, 'device');

@@ -18,7 +18,7 @@ test('a person searches from the first row of the menu, and Enter leads to the s
         await expectFocus(page, 'to-captionsStyles');
         await press(page, 'Enter');
         await expectFocus(page, 'captionsStyles');
-        expect(new URL(page.url()).hash).toBe('#captions');
+        await expect.poll(() => new URL(page.url()).hash).toBe('#captions');
         // What was typed is still there for the next look.
         await goToMenu(page, 'search');
         expect(await page.getByRole('textbox').inputValue()).toBe('BLUE');
