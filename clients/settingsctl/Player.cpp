@@ -26,6 +26,15 @@ public:
     const Difference difference;
 };
 
+/// Every line at a device socket has one reply.
+bool isDeviceCommand(const std::string& at, const std::string& text) {
+    return !isSettingsConnection(at) && text.find_first_not_of(" \t\r\n") != std::string::npos;
+}
+
+bool isTrace(const std::string& frame) {
+    return frame.rfind(R"({"trace":)", 0) == 0;
+}
+
 }  // namespace
 
 Player::Player(const Scenario& played, PlayOptions playOptions, OwnHost* ownHost)
@@ -99,7 +108,8 @@ void Player::send(const Step& step) {
         throw Deviation({step.line, link.name + ": the host has closed the connection"});
     }
     link.channel->send(comparison.forThisRun(step.text));
-    link.needsFence = isSettingsConnection(link.name);
+    link.needsFence = true;
+    link.unanswered += isDeviceCommand(link.name, step.text) ? 1 : 0;
 }
 
 void Player::close(const Step& step) {
@@ -224,12 +234,14 @@ void Player::awaitTime(const Step& step) {
 
 void Player::fence(Link& link) {
     link.needsFence = false;
-    if (link.hasEnded || !isSettingsConnection(link.name)) {
+    if (link.hasEnded) {
         return;
     }
-    link.fence = fencePrefix + std::to_string(++fences);
-    link.channel->send(Wire::bareRequest(Wire::IS_ORLIA_SELECTED_VA, link.fence));
-    const auto isDone = [&] { return link.fence.empty() || link.hasEnded; };
+    if (isSettingsConnection(link.name)) {
+        link.fence = fencePrefix + std::to_string(++fences);
+        link.channel->send(Wire::bareRequest(Wire::IS_ORLIA_SELECTED_VA, link.fence));
+    }
+    const auto isDone = [&] { return (link.fence.empty() && link.unanswered == 0) || link.hasEnded; };
     if (!pumpUntil(steady_clock::now() + options.timeout, isDone)) {
         throw Deviation({line, link.name + ": the host does not reply"});
     }
@@ -282,6 +294,7 @@ void Player::readFrom(Link& link) {
     link.hasEnded = !link.channel->read();
     while (auto text = link.channel->take()) {
         if (text->find(fencePrefix) == std::string::npos) {
+            link.unanswered -= link.unanswered > 0 && !isTrace(*text) ? 1 : 0;
             link.arrived.push_back(std::move(*text));
         } else if (!link.fence.empty() && text->find("\"" + link.fence + "\"") != std::string::npos) {
             link.fence.clear();

@@ -68,6 +68,8 @@ private:
         bool needsFence = false;
         /// The id of the fence that is waited for.
         std::string fence;
+        /// Commands of the device that have no reply yet.
+        int unanswered = 0;
     };
 
     void playAll();

@@ -340,6 +340,13 @@ TEST_F(SettingsCtlReplayAlone, PlaysTheEndsAndStartsOfItsHost) {
     EXPECT_TRUE(std::filesystem::is_empty(files / "temporary"));
 }
 
+TEST_F(SettingsCtlReplayAlone, WaitsForTheReplyToTheLastDeviceCommand) {
+    const auto end =
+        replayAlone({R"({"scenario": 1, "title": "Late", "world": {"world": 1, "faults": {"storage-slow": 200}}})",
+                     R"({"time": 0, "at": "device-1", "sent": {"command": "timezone", "value": "Asia/Tokyo"}})"});
+    expectDifference(end, "2: device-1 received what the scenario does not have\ngot:      {\"ok\":true}\n");
+}
+
 TEST_F(SettingsCtlReplayAlone, PrintsADifferenceAsJson) {
     const auto end = replayAlone({title, setName("socket-1", "Den"), named("socket-1", "Attic", "Den", 1)},
                                  {"--json", "--speed", "max"});
