@@ -15,6 +15,10 @@ bool isRefusal(const std::string& report) {
     return report.rfind("refused ", 0) == 0;
 }
 
+bool isRequestType(const std::optional<long>& type, const std::vector<long>& types) {
+    return type && std::find(types.begin(), types.end(), *type) != types.end();
+}
+
 }  // namespace
 
 bool isName(const std::optional<std::string>& name) {
@@ -41,8 +45,62 @@ bool isRejectedValue(const std::optional<std::string>& key, const std::optional<
     return json.isJson() && (!json.isArray() || json.nesting() > 32);
 }
 
-bool isRequestType(const std::optional<long>& type, const std::vector<long>& types) {
-    return type && std::find(types.begin(), types.end(), *type) != types.end();
+RequestMembers requestIn(const Envelope& frame, bool isAtUnixSocket) {
+    RequestMembers found;
+    const auto type = frame.integer("type");
+    if (!isRequestType(type, {7, 18, 19, 22, 24})) {
+        found.refusal = "unknown-type";
+        return found;
+    }
+    found.type = static_cast<int>(*type);
+    found.asks = frame.isTrue("answer") && *type != 7 && *type != 18;
+    const auto messageId = frame.text("messageId");
+    found.messageId = messageId.value_or("");
+    const bool namesClient = isAtUnixSocket && frame.has("client");
+    found.client = namesClient ? frame.text("client") : std::nullopt;
+    if (found.asks && !messageId) {
+        found.refusal = "no-message-id";
+    } else if (namesClient && !isName(found.client)) {
+        found.refusal = "bad-request";
+    }
+    return found;
+}
+
+QueryMembers queryIn(const Envelope& frame, bool isAtUnixSocket) {
+    const std::vector<std::string> names{"hello", "history", "catalogue", "page", "backup", "status"};
+    const auto name = std::find_if(names.begin(), names.end(), [&](const auto& each) { return frame.has(each); });
+    if (name == names.end()) {
+        return {"unknown-type", "", "", ""};
+    }
+    const auto messageId = frame.text("messageId");
+    if (!messageId) {
+        return {"bad-request", "", "", ""};
+    }
+    if (!isAtUnixSocket && name - names.begin() > 2) {
+        return {"not-here", "", "", ""};
+    }
+    if (!frame.hasObject(*name)) {
+        return {"bad-request", "", "", ""};
+    }
+    return {"", *name, *messageId, frame.compact(*name)};
+}
+
+bool isHello(const Envelope& members) {
+    return (!members.has("client") || isName(members.text("client"))) &&
+           (!members.has("resume") || resumeIn(members).has_value());
+}
+
+std::optional<ResumeMembers> resumeIn(const Envelope& members) {
+    const Envelope resume(members.has("resume") ? members.compact("resume") : "{}");
+    const auto run = resume.isObject() ? resume.text("run") : std::nullopt;
+    const auto sequence = resume.isObject() ? resume.number("sequence") : std::nullopt;
+    return run && sequence ? std::optional(ResumeMembers{*run, *sequence}) : std::nullopt;
+}
+
+bool isHistoryQuery(const Envelope& members) {
+    const auto limit = members.number("limit");
+    return (!members.has("limit") || (limit && *limit > 0 && *limit <= 1024)) &&
+           (!members.has("settingDBId") || members.text("settingDBId"));
 }
 
 bool isBatch(const std::optional<std::vector<std::string>>& requests) {
@@ -108,25 +166,16 @@ void WireModel::refuse(const std::string& code, const std::optional<std::size_t>
 
 void WireModel::request(const std::string& text, const std::optional<std::size_t>& index, bool isRolledBack) {
     const Envelope json(text);
-    const auto type = json.integer("type");
-    if (!isRequestType(type, {7, 18, 19, 22, 24})) {
-        return refuse("unknown-type");
-    }
-    const bool asks = json.isTrue("answer") && *type != 7 && *type != 18;
-    const auto messageId = json.text("messageId");
-    if (asks && !messageId) {
-        return refuse("no-message-id", index);
-    }
-    const bool hasOwnName = host.clientAtUnixSocket && json.has("client");
-    if (hasOwnName && !isName(json.text("client"))) {
-        return refuse("bad-request", index);
+    const RequestMembers members = requestIn(json, host.clientAtUnixSocket);
+    if (!members.refusal.empty()) {
+        return refuse(members.refusal, index);
     }
     Answer given{"refused", "not-stored", json.payloadText("settingDBId"), true, false, std::nullopt};
-    if (!isRolledBack || *type != 24) {
-        given = deliver(static_cast<int>(*type), text, hasOwnName ? *json.text("client") : clientName);
+    if (!isRolledBack || members.type != 24) {
+        given = deliver(members.type, text, members.client.value_or(clientName));
     }
-    if (asks) {
-        answer(*type, *messageId, given);
+    if (members.asks) {
+        answer(members.type, members.messageId, given);
     }
 }
 
@@ -241,28 +290,17 @@ void WireModel::rollBack(const std::vector<std::string>& requests, const Surroun
 // Queries
 
 void WireModel::query(const Envelope& frame) {
-    const std::vector<std::string> names{"hello", "history", "catalogue", "page", "backup", "status"};
-    const auto name = std::find_if(names.begin(), names.end(), [&](const auto& each) { return frame.has(each); });
-    if (name == names.end()) {
-        return refuse("unknown-type");
+    const QueryMembers found = queryIn(frame, host.clientAtUnixSocket);
+    if (!found.refusal.empty()) {
+        return refuse(found.refusal);
     }
-    const auto messageId = frame.text("messageId");
-    if (!messageId) {
-        return refuse("bad-request");
-    }
-    if (!host.clientAtUnixSocket && name - names.begin() > 2) {
-        return refuse("not-here");
-    }
-    if (!frame.hasObject(*name)) {
-        return refuse("bad-request");
-    }
-    const Envelope members(frame.compact(*name));
-    if (*name == "hello") {
-        hello(*messageId, members);
-    } else if (*name == "history") {
-        findEvents(*messageId, members);
+    const Envelope members(found.members);
+    if (found.name == "hello") {
+        hello(found.messageId, members);
+    } else if (found.name == "history") {
+        findEvents(found.messageId, members);
     } else {
-        administer(*name, *messageId, members);
+        administer(found.name, found.messageId, members);
     }
 }
 
@@ -271,18 +309,16 @@ void WireModel::reply(const std::string& messageId, const std::string& name, con
 }
 
 void WireModel::hello(const std::string& messageId, const Envelope& members) {
-    const bool resumes = members.has("resume");
-    const Envelope resume(resumes ? members.compact("resume") : "{}");
-    const auto since = resume.number("sequence");
-    if ((members.has("client") && !isName(members.text("client"))) ||
-        (resumes && (!resume.isObject() || !resume.text("run") || !since))) {
+    if (!isHello(members)) {
         return refuse("bad-request");
     }
-    const bool missed = resumes && (resume.text("run") != run || *since > static_cast<unsigned long>(known.sequence) ||
-                                    *since < static_cast<unsigned long>(known.since));
+    const auto resume = resumeIn(members);
+    const bool missed =
+        resume && (resume->run != run || resume->sequence > static_cast<unsigned long>(known.sequence) ||
+                   resume->sequence < static_cast<unsigned long>(known.since));
     std::string more = missed ? R"(,"missed":true)" : "";
-    if (resumes && !missed) {
-        more = resend(static_cast<long>(*since));
+    if (resume && !missed) {
+        more = resend(static_cast<long>(resume->sequence));
     }
     clientName = members.text("client").value_or(clientName);
     reply(messageId, "hello",
@@ -308,11 +344,11 @@ std::string WireModel::resend(long since) {
 }
 
 void WireModel::findEvents(const std::string& messageId, const Envelope& members) {
-    const auto limit = members.number("limit");
-    const auto key = members.text("settingDBId");
-    if ((members.has("limit") && (!limit || *limit == 0 || *limit > 1024)) || (members.has("settingDBId") && !key)) {
+    if (!isHistoryQuery(members)) {
         return refuse("bad-request");
     }
+    const auto limit = members.number("limit");
+    const auto key = members.text("settingDBId");
     std::vector<std::string> texts;
     for (const auto& event : known.events) {
         if (!key || event.key == *key) {

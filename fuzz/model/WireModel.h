@@ -18,7 +18,34 @@ std::string refusalOf(const std::string& frame);
 bool isName(const std::optional<std::string>& name);
 /// Is the value one that would end the process inside the handler?
 bool isRejectedValue(const std::optional<std::string>& key, const std::optional<std::string>& value);
-bool isRequestType(const std::optional<long>& type, const std::vector<long>& types);
+/// What every host makes of a frame's members before it does anything.
+struct RequestMembers {
+    /// The code with which the request is refused; empty: it is not.
+    std::string refusal;
+    int type = 0;
+    /// Must its outcome be answered?
+    bool asks = false;
+    std::string messageId;
+    /// In whose name it is.
+    std::optional<std::string> client;
+};
+RequestMembers requestIn(const Envelope& frame, bool isAtUnixSocket);
+struct QueryMembers {
+    std::string refusal;
+    std::string name;
+    std::string messageId;
+    /// The text of its object.
+    std::string members;
+};
+QueryMembers queryIn(const Envelope& frame, bool isAtUnixSocket);
+/// Where a client that says hello goes on.
+struct ResumeMembers {
+    std::string run;
+    unsigned long sequence = 0;
+};
+bool isHello(const Envelope& members);
+std::optional<ResumeMembers> resumeIn(const Envelope& members);
+bool isHistoryQuery(const Envelope& members);
 bool isBatch(const std::optional<std::vector<std::string>>& requests);
 
 /// An independent, simple implementation of the wire, for one client that sends; the other clients get the events.

@@ -13,9 +13,7 @@ namespace {
 using SettingsHandlerFuzz::Answer;
 using SettingsHandlerFuzz::arrayText;
 using SettingsHandlerFuzz::isBatch;
-using SettingsHandlerFuzz::isName;
 using SettingsHandlerFuzz::isRejectedValue;
-using SettingsHandlerFuzz::isRequestType;
 using SettingsHandlerFuzz::refusalOf;
 using SettingsHandlerFuzz::stringText;
 
@@ -232,34 +230,25 @@ void HostModel::settingsFrame(const std::string& frame) {
 
 void HostModel::request(const std::string& text, std::optional<std::size_t> index, bool isRolledBack) {
     const Envelope json(text);
-    const auto type = json.integer("type");
-    if (!isRequestType(type, {7, 18, 19, 22, 24})) {
-        return refuse("unknown-type");
+    const auto members = SettingsHandlerFuzz::requestIn(json, sender.kind == Kind::SOCKET);
+    if (!members.refusal.empty()) {
+        return refuse(members.refusal, index);
     }
-    const bool asks = json.isTrue("answer") && *type != 7 && *type != 18;
-    const auto messageId = json.text("messageId");
-    if (asks && !messageId) {
-        return refuse("no-message-id", index);
-    }
-    const bool hasOwnName = sender.kind == Kind::SOCKET && json.has("client");
-    if (hasOwnName && !isName(json.text("client"))) {
-        return refuse("bad-request", index);
-    }
-    requestType = static_cast<int>(*type);
+    requestType = members.type;
     Answer given{"refused", "not-stored", json.payloadText("settingDBId"), true, false, std::nullopt};
     if (requestType == 24 && !isRolledBack && isRejectedValue(given.key, json.payloadText("to"))) {
         given = answerToRejected(text);
     } else if (!isRolledBack || requestType != 24) {
         const auto name = names.find(sender.connection);
-        deliver(requestType, text, hasOwnName ? *json.text("client") : name == names.end() ? "" : name->second);
+        deliver(requestType, text, members.client.value_or(name == names.end() ? "" : name->second));
         if (!isRolledBack) {
             performed();
         }
         given = ReferenceModel::answer();
     }
-    if (asks) {
+    if (members.asks) {
         const bool isWritten = given.outcome == "changed" && given.stored;
-        answer(requestType, *messageId, given, isWritten ? json.payloadText("to") : std::nullopt);
+        answer(requestType, members.messageId, given, isWritten ? json.payloadText("to") : std::nullopt);
     }
 }
 
@@ -373,32 +362,21 @@ std::vector<Output> HostModel::readAgain(const Time& now) {
 // Queries
 
 void HostModel::query(const Envelope& frame) {
-    const std::vector<std::string> kinds{"hello", "history", "catalogue", "page", "backup", "status"};
-    const auto kind = std::find_if(kinds.begin(), kinds.end(), [&](const auto& each) { return frame.has(each); });
-    if (kind == kinds.end()) {
-        return refuse("unknown-type");
+    const auto found = SettingsHandlerFuzz::queryIn(frame, sender.kind == Kind::SOCKET);
+    if (!found.refusal.empty()) {
+        return refuse(found.refusal);
     }
-    const auto messageId = frame.text("messageId");
-    if (!messageId) {
-        return refuse("bad-request");
-    }
-    if (sender.kind != Kind::SOCKET && kind - kinds.begin() > 2) {
-        return refuse("not-here");
-    }
-    if (!frame.hasObject(*kind)) {
-        return refuse("bad-request");
-    }
-    const Envelope members(frame.compact(*kind));
-    const std::string id = R"({"messageId":)" + stringText(*messageId) + ",";
-    if (*kind == "hello") {
+    const Envelope members(found.members);
+    const std::string id = R"({"messageId":)" + stringText(found.messageId) + ",";
+    if (found.name == "hello") {
         hello(id, members);
-    } else if (*kind == "history") {
+    } else if (found.name == "history") {
         findEvents(id, members);
-    } else if (*kind == "catalogue") {
+    } else if (found.name == "catalogue") {
         toSender(id + R"("catalogue":{"settings":)" + anyJson + "}}");
-    } else if (*kind == "page") {
+    } else if (found.name == "page") {
         page(id, members);
-    } else if (*kind == "backup") {
+    } else if (found.name == "backup") {
         backUp(id);
     } else {
         status(id);
@@ -406,28 +384,25 @@ void HostModel::query(const Envelope& frame) {
 }
 
 void HostModel::hello(const std::string& id, const Envelope& members) {
-    const bool resumes = members.has("resume");
-    const Envelope resume(resumes ? members.compact("resume") : "{}");
-    const auto since = resume.number("sequence");
-    if ((members.has("client") && !isName(members.text("client"))) ||
-        (resumes && (!resume.isObject() || !resume.text("run") || !since))) {
+    if (!SettingsHandlerFuzz::isHello(members)) {
         return refuse("bad-request");
     }
     std::string more;
-    if (resumes) {
-        const bool missed = resume.text("run") != run || *since > static_cast<unsigned long>(sequence) ||
-                            *since < static_cast<unsigned long>(completeAfter);
+    if (const auto resume = SettingsHandlerFuzz::resumeIn(members)) {
+        const auto since = static_cast<long>(resume->sequence);
+        const bool missed = resume->run != run || resume->sequence > static_cast<unsigned long>(sequence) ||
+                            resume->sequence < static_cast<unsigned long>(completeAfter);
         more = R"(,"missed":)" + std::string(missed ? "true" : "false");
         std::set<std::string> keys;
         for (const auto& event : known->events) {
-            if (!missed && event->sequence > static_cast<long>(*since)) {
+            if (!missed && event->sequence > since) {
                 Expectation frame;
                 frame.pieces.push_back({"", event});
                 toSender(std::move(frame));
             }
         }
         for (const auto& [noticed, reread] : known->notices) {
-            if (!missed && noticed >= static_cast<long>(*since)) {
+            if (!missed && noticed >= since) {
                 keys.insert(reread.begin(), reread.end());
             }
         }
@@ -441,12 +416,11 @@ void HostModel::hello(const std::string& id, const Envelope& members) {
 }
 
 void HostModel::findEvents(const std::string& id, const Envelope& members) {
-    const auto limit = members.number("limit");
-    const auto key = members.text("settingDBId");
-    if ((members.has("limit") && (!limit || *limit == 0 || *limit > longestHistory)) ||
-        (members.has("settingDBId") && !key)) {
+    if (!SettingsHandlerFuzz::isHistoryQuery(members)) {
         return refuse("bad-request");
     }
+    const auto limit = members.number("limit");
+    const auto key = members.text("settingDBId");
     std::vector<std::shared_ptr<SentEvent>> found;
     for (const auto& event : known->events) {
         if (!key || event->key == *key) {
