@@ -132,10 +132,16 @@ void Run::stop() {
         return;
     }
     host.stop();
+    endStop();
+}
+
+/// What is stored last may still meet a kill or a power cut.
+void Run::endStop() {
     host.settle();
     host.advance(std::chrono::seconds(1));
-    look(false, false);
-    end("stop");
+    const bool isDead = host.state() == SimulatedHost::State::DEAD;
+    look(false, isDead);
+    end(isDead ? "kill" : "stop");
 }
 
 /// After it a host runs.
@@ -238,10 +244,7 @@ Run::Connections::iterator Run::forget(Connections::iterator entry) {
 
 /// The host restarts by itself.
 void Run::restart() {
-    host.settle();
-    host.advance(std::chrono::seconds(1));
-    look(false, false);
-    end("stop");
+    endStop();
     if (host.state() == SimulatedHost::State::RUNNING) {
         hasStarted();
     }

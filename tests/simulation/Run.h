@@ -51,6 +51,7 @@ private:
     void repairDisk();
     void restart();
     void stop();
+    void endStop();
     void hasStarted();
     Connections::iterator forget(Connections::iterator entry);
     void end(const char* how);
