@@ -231,7 +231,7 @@ test.each([
         await page.waitForTimeout(1_000);
         const before = await memoryOf(page);
         const last = await changeOften();
-        await page.locator(place, { hasText: last }).waitFor({ timeout: 60_000 });
+        await expect.poll(() => page.locator(place).textContent(), { timeout: 60_000 }).toContain(last);
         await page.waitForTimeout(1_000);
         const after = await memoryOf(page);
         await page.close();
