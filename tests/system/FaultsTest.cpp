@@ -25,13 +25,13 @@ protected:
         EXPECT_EQ(device(R"({"command":"fault","name":")" + name + R"(","enabled":false})"), R"({"ok":true})");
     }
 
-    static std::string answeredRequest(const std::string& key, const std::string& value) {
-        return R"({"type":24,"messageId":"s","answer":true,"timestamp":1,"payload":{"settingDBId":")" + key +
+    static std::string answeredRequest(const std::string& setting, const std::string& value) {
+        return R"({"type":24,"messageId":"s","answer":true,"timestamp":1,"payload":{"settingDBId":")" + setting +
                R"(","to":")" + value + "\"}}";
     }
     /// The payload of the answer.
-    std::string setAndAnswer(const std::string& key, const std::string& value) {
-        return WireTests::compact(ask(answeredRequest(key, value))["payload"]);
+    std::string setAndAnswer(const std::string& setting, const std::string& value) {
+        return WireTests::compact(ask(answeredRequest(setting, value))["payload"]);
     }
 
     std::string health() { return WireTests::healthOf(port).body; }

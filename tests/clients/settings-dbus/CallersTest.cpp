@@ -73,16 +73,16 @@ TEST_F(DbusCallers, HaveTheirTurns) {
 
 TEST_F(DbusCallers, HaveTheSignalsBeforeTheAnswer) {
     Words notes;
-    const Bus bus = connect();
-    sd_bus_match_signal(bus.get(), nullptr, busName, mainObject, nullptr, nullptr, note, &notes);
-    send(bus, "Asia/Tokyo", note, &notes);
-    finishSending(bus);
+    const Bus caller = connect();
+    sd_bus_match_signal(caller.get(), nullptr, busName, mainObject, nullptr, nullptr, note, &notes);
+    send(caller, "Asia/Tokyo", note, &notes);
+    finishSending(caller);
     const std::string change = fake->nextChange();
     fake->sendLine(R"({"type":25,"messageId":"h","timestamp":1,"sequence":1,"origin":"socket","payload":{)"
                    R"("settingDBId":"timezone","from":"","to":"Asia/Tokyo"}})");
     fake->answer(change, R"("outcome":"changed")");
-    while (notes.size() < 3 && sd_bus_wait(bus.get(), UINT64_MAX) >= 0) {
-        while (sd_bus_process(bus.get(), nullptr) > 0) {
+    while (notes.size() < 3 && sd_bus_wait(caller.get(), UINT64_MAX) >= 0) {
+        while (sd_bus_process(caller.get(), nullptr) > 0) {
         }
     }
     EXPECT_EQ(notes, (Words{"PropertiesChanged", "Changed", "answer"}));

@@ -19,7 +19,7 @@ public:
     /// As a power cut.
     void kill();
     void start();
-    void sendSignal(int number) const { process->sendSignal(number); }
+    void sendSignal(int signal) const { process->sendSignal(signal); }
 
     std::string port() const { return number; }
     std::string address() const { return "127.0.0.1:" + number; }

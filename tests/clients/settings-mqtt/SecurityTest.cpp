@@ -67,7 +67,7 @@ TEST_P(MqttVersions, ConnectsWithCertificateAndPassword) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Protocols, MqttVersions, testing::Values("5", "3.1.1"),
-                         [](const auto& info) { return info.param == "5" ? "Version5" : "Version311"; });
+                         [](const auto& parameter) { return parameter.param == "5" ? "Version5" : "Version311"; });
 
 TEST_F(MqttSecurity, SaysWhyItIsNotLetInAndTriesAgain) {
     write("credentials", "tv\nwrong\n");

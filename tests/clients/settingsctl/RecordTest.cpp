@@ -28,8 +28,8 @@ class SettingsCtlRecord : public testing::Test {
 protected:
     std::string file() const { return files / "recorded.jsonl"; }
 
-    /// The lines of the file after `copies` of a host, which then ends. `saved`: its world.
-    Words recorded(const Words& copies, const Words& options = {}, const std::string& saved = R"({"world":1})") const {
+    /// The lines of the file after `copies` of a host, which then ends. `world`: its world.
+    Words recorded(const Words& copies, const Words& options = {}, const std::string& world = R"({"world":1})") const {
         const FakeHost host;
         Words arguments{"record", file()};
         arguments.insert(arguments.end(), options.begin(), options.end());
@@ -41,7 +41,7 @@ protected:
             client.sendLine(R"({"ok":true})");
             // In the world already.
             client.sendLine(copyOf(900, "in", "socket", "1", R"("text":"{}")"));
-            client.sendLine(R"({"world":)" + saved + R"(,"leftOut":[]})");
+            client.sendLine(R"({"world":)" + world + R"(,"leftOut":[]})");
             for (const auto& copy : copies) {
                 client.sendLine(copy);
             }

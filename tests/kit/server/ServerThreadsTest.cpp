@@ -13,9 +13,9 @@ class ThreadNotingBridge : public SettingsHandlerTesting::FakeSdkBridge {
 public:
     using FakeSdkBridge::FakeSdkBridge;
 
-    void setTimezone(std::string timezone) override {
+    void setTimezone(std::string newTimezone) override {
         caller = std::this_thread::get_id();
-        FakeSdkBridge::setTimezone(std::move(timezone));
+        FakeSdkBridge::setTimezone(std::move(newTimezone));
     }
 
     std::atomic<std::thread::id> caller;

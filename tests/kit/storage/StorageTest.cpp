@@ -97,9 +97,9 @@ TEST_F(StorageTest, LeavesTheModeOfWhatItDidNotMake) {
 
 TEST_F(StorageTest, WritesWithFullDurability) {
     open();
-    Statement journal(storage->database(), "PRAGMA journal_mode");
-    journal.step();
-    EXPECT_EQ(journal.column(0), "wal");
+    Statement journalMode(storage->database(), "PRAGMA journal_mode");
+    journalMode.step();
+    EXPECT_EQ(journalMode.column(0), "wal");
     Statement synchronous(storage->database(), "PRAGMA synchronous");
     synchronous.step();
     EXPECT_EQ(synchronous.number(0), 2);

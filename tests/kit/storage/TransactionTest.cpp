@@ -267,10 +267,10 @@ TEST_F(TransactionTest, IsCommittedOrRolledBackWhicheverCallFails) {
     ASSERT_TRUE(transact('o'));
     const long calls = disk->calls();
     ASSERT_GT(calls, 10);
-    using Disk = SettingsHostTests::FaultyDisk;
     unsigned failures = 0;
     char filling = 'a';
-    for (const auto fault : {&Disk::failOnce, &Disk::failFrom, &Disk::fillUpFrom}) {
+    for (const auto fault : {&SettingsHostTests::FaultyDisk::failOnce, &SettingsHostTests::FaultyDisk::failFrom,
+                             &SettingsHostTests::FaultyDisk::fillUpFrom}) {
         // A checkpoint has more calls.
         for (long call = 1; call <= 3 * calls; call += TestSupport::sanitized ? 5 : 1) {
             SCOPED_TRACE("call " + std::to_string(call));
