@@ -40,7 +40,7 @@ const std::shared_ptr<Disk>& checked(const std::shared_ptr<Disk>& disk) {
 }  // namespace
 
 Storage::Parts::Parts(const std::string& path, const std::shared_ptr<Disk>& disk)
-    : database(openOrRecover(path, checked(disk), recovery)), table(database, settingsTable) {
+    : afterClosing(checked(disk), path), database(openOrRecover(path, disk, recovery)), table(database, settingsTable) {
     if (!database.isWritable()) {
         health.writable = false;
         health.lastFailure = readOnlyReason;

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <chrono>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "SettingsHandlerKit/Storage.h"
@@ -35,6 +37,22 @@ struct Storage::Parts {
     /// Reports the result of the transaction that has ended, which took `duration` to end.
     void transactionEnded(bool succeeded, std::chrono::nanoseconds duration);
 
+    /// Flushes the folder once the database is closed. SQLite removes the log then, but does not make that durable:
+    /// after a power cut the log was back, with writes that had failed in it.
+    class FolderFlush {
+    public:
+        FolderFlush(std::shared_ptr<Disk> itsDisk, const std::string& file)
+            : disk(std::move(itsDisk)), folder(std::filesystem::absolute(file).parent_path().string()) {}
+        ~FolderFlush() { disk->sync(folder); }
+        FolderFlush(const FolderFlush&) = delete;
+        FolderFlush& operator=(const FolderFlush&) = delete;
+
+    private:
+        const std::shared_ptr<Disk> disk;
+        const std::string folder;
+    };
+
+    const FolderFlush afterClosing;
     Recovery recovery;
     Database database;
     KeyValueTable table;

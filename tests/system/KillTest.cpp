@@ -111,8 +111,8 @@ void HostKill::killWhileTheyCount(const std::vector<Lines>& keysOfCounters, unsi
         for (const auto& keys : keysOfCounters) {
             counters.push_back(std::make_unique<Counter>(socket(), keys, round * 1000000L));
         }
-        // In one of four rounds at any time after the start, otherwise while all write.
-        if (random() % 4 != 0) {
+        // In every fourth round at any time after the start, otherwise while all write.
+        if (round % 4 != 3) {
             for (const auto& counter : counters) {
                 counter->awaitFirst();
             }

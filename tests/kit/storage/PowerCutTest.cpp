@@ -170,6 +170,35 @@ TEST(PowerCutTest, WhatAStartRecoversFromTheLogIsNotLostByTheNextCut) {
     EXPECT_GT(recovered, 0U);
 }
 
+TEST(PowerCutTest, AfterACleanStopNoWriteThatFailedComesBack) {
+    unsigned refused = 0;
+    for (unsigned seed = 0; seed < 40; ++seed) {
+        std::mt19937 random(seed);
+        const TestSupport::TemporaryDirectory folder(TestSupport::memoryFolder());
+        const std::string file = folder / "settings.db";
+        const SettingsHostTests::LogRecording log;
+        const auto disk = std::make_shared<SettingsHostTests::FaultyDisk>();
+        disk->watch(folder.path());
+        std::string stored;
+        {
+            Storage storage(file, disk);
+            EXPECT_TRUE(storage.setValue("deviceName", "Den"));
+            disk->failOnce(1 + static_cast<long>(seed % 5));
+            refused += storage.setValue("deviceName", "Attic") ? 0 : 1;
+            disk->work();
+            storage.getValue("deviceName", stored);
+        }
+        disk->cutPowerAt(1);
+        disk->restorePower(random);
+        disk->work();
+        Storage storage(file, disk);
+        std::string found;
+        storage.getValue("deviceName", found);
+        EXPECT_EQ(found, stored) << "seed " << seed;
+    }
+    EXPECT_GT(refused, 0U);
+}
+
 TEST(PowerCutTest, ABackupIsCompleteOrTheFormerOneIsThere) {
     long calls = 1;
     for (long call = 1; call <= calls + 1; ++call) {
