@@ -1,4 +1,4 @@
-#include "Scenario.h"
+#include "scenarios/Scenario.h"
 
 #include <algorithm>
 #include <map>

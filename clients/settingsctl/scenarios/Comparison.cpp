@@ -1,4 +1,4 @@
-#include "Comparison.h"
+#include "scenarios/Comparison.h"
 
 #include <algorithm>
 #include <utility>
