@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "Connections.h"
+#include "Host.h"
 #include "SettingsClient/Notification.h"
 
 namespace Benchmarks {

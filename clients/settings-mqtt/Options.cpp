@@ -64,7 +64,7 @@ std::string refuseId(const std::string& name) {
 }
 
 /// HOST, HOST:PORT, [ADDRESS] or [ADDRESS]:PORT. Errors: `CommandLineEnd`.
-void readAddress(const std::string& text, MosquittoOptions& broker) {
+void readAddress(const std::string& text, Mqtt::ConnectionOptions& broker) {
     static const std::regex form(R"((?:\[([^\]]+)\]|([^:]+))(?::([0-9]{1,5}))?)");
     std::smatch parts;
     const bool isAddress = std::regex_match(text, parts, form);
@@ -78,7 +78,7 @@ void readAddress(const std::string& text, MosquittoOptions& broker) {
 }
 
 /// User and password, a line each. Errors: `std::runtime_error` for a file that others can read or change.
-void readCredentials(const std::string& path, MosquittoOptions& broker) {
+void readCredentials(const std::string& path, Mqtt::ConnectionOptions& broker) {
     struct stat status {};
     if (::stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
         throw std::runtime_error("--credentials: cannot read " + path);
@@ -126,7 +126,7 @@ public:
 
 private:
     void addBroker() {
-        MosquittoOptions& broker = options.broker;
+        Mqtt::ConnectionOptions& broker = options.broker;
         app.add_option("--broker", address, "Address of the broker; the port is 1883, or 8883 with --ca, unless given")
             ->type_name("HOST:PORT");
         app.add_option("--protocol", broker.protocol, "Version of MQTT")->check(CLI::IsMember({"5", "3.1.1"}));

@@ -27,7 +27,7 @@ bool isFlushed(const std::string& path) {
 
 }  // namespace
 
-VersionFile::VersionFile(std::string stateFolder, Log logger)
+VersionFile::VersionFile(std::string stateFolder, SettingsBridge::Log logger)
     : folder(std::move(stateFolder)), path(folder + "/versions"), log(std::move(logger)) {
     if (std::filesystem::create_directories(folder)) {
         std::filesystem::permissions(folder, std::filesystem::perms::owner_all);

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "Connections.h"
 #include "Versions.h"
+#include "bridge/Log.h"
 
 namespace SettingsMqtt {
 
@@ -11,7 +11,7 @@ namespace SettingsMqtt {
 class VersionFile {
 public:
     /// Creates the folder if it is missing, for its user alone. Errors: `std::runtime_error`.
-    VersionFile(std::string stateFolder, Log logger);
+    VersionFile(std::string stateFolder, SettingsBridge::Log logger);
 
     /// Nothing from a file that is none of these.
     VersionRecords load() const;
@@ -21,7 +21,7 @@ public:
 private:
     const std::string folder;
     const std::string path;
-    const Log log;
+    const SettingsBridge::Log log;
 };
 
 }  // namespace SettingsMqtt

@@ -7,6 +7,7 @@
 #include "SettingsClient/Client.h"
 #include "VersionFile.h"
 #include "bridge/Log.h"
+#include "bridge/Loop.h"
 #include "bridge/StatusFile.h"
 
 namespace SettingsMqtt {
@@ -30,6 +31,20 @@ private:
     Client& client;
 };
 
+class BrokerSource : public SettingsBridge::Source {
+public:
+    explicit BrokerSource(Mqtt::Connection& brokerConnection) : connection(brokerConnection) {}
+
+    Wanted wanted() override {
+        const auto wanted = connection.wanted();
+        return {wanted.descriptor, wanted.events, wanted.time};
+    }
+    void process(short events) override { connection.process(events); }
+
+private:
+    Mqtt::Connection& connection;
+};
+
 /// Each time takes two flushes of the disk.
 constexpr std::chrono::seconds savingPause{10};
 
@@ -37,7 +52,7 @@ constexpr std::chrono::seconds savingPause{10};
 class Upkeep : public SettingsBridge::Source {
 public:
     Upkeep(Versions& ofDesiredValues, const VersionFile& theirFile, const Client& host,
-           const MosquittoBroker& connection)
+           const Mqtt::Connection& connection)
         : versions(ofDesiredValues), file(theirFile), client(host), broker(connection) {}
 
     Wanted wanted() override {
@@ -64,12 +79,12 @@ private:
     Versions& versions;
     const VersionFile& file;
     const Client& client;
-    const MosquittoBroker& broker;
+    const Mqtt::Connection& broker;
     std::optional<Time> saving;
     SettingsBridge::StatusFile status{"settings-mqtt", SETTINGS_HANDLER_VERSION};
 };
 
-void observe(Client& client, Bridge& bridge, MosquittoBroker& broker, const SettingsBridge::Log& log) {
+void observe(Client& client, Bridge& bridge, Mqtt::Connection& broker, const SettingsBridge::Log& log) {
     client.onEvent([&](const auto& event) { bridge.changed(event); });
     client.onReread([&](const auto& reread) { bridge.reread(reread.keys); });
     client.onConnected([&] {
@@ -89,15 +104,16 @@ void run(Options options) {
     const VersionFile file(options.stateFolder, log);
     const auto versions = std::make_shared<Versions>(file.load());
     Client client({options.bridge.client, SettingsBridge::socketsOf(options.common)});
-    const auto broker = std::make_shared<MosquittoBroker>(options.broker);
+    const auto broker = std::make_shared<Mqtt::Connection>(options.broker);
     Bridge bridge(options.bridge, broker, std::make_shared<ClientHost>(client), versions);
     observe(client, bridge, *broker, log);
     SettingsBridge::HostSource host(client);
+    BrokerSource brokerSource(*broker);
     Upkeep upkeep(*versions, file, client, *broker);
     SettingsBridge::Loop loop;
     loop.add(upkeep);
     loop.add(host);
-    loop.add(*broker);
+    loop.add(brokerSource);
     log(1, "this device is settings/" + options.bridge.id);
     loop.run("waiting for the host");
     bridge.hostLost();

@@ -20,8 +20,8 @@ std::string eventSlot(const std::string& key) {
 
 }  // namespace
 
-Bridge::Bridge(BridgeOptions chosen, std::shared_ptr<Broker> brokerConnection, std::shared_ptr<Host> hostConnection,
-               std::shared_ptr<Versions> ofDesiredValues)
+Bridge::Bridge(BridgeOptions chosen, std::shared_ptr<Mqtt::Broker> brokerConnection,
+               std::shared_ptr<Host> hostConnection, std::shared_ptr<Versions> ofDesiredValues)
     : options(std::move(chosen)),
       topics(options.id, options.groups),
       broker(std::move(brokerConnection)),

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -9,11 +10,11 @@
 #include <utility>
 #include <vector>
 
-#include "Connections.h"
-#include "Outbox.h"
+#include "Host.h"
 #include "Payloads.h"
 #include "Topics.h"
 #include "Versions.h"
+#include "mqtt/Outbox.h"
 
 namespace SettingsMqtt {
 
@@ -28,16 +29,17 @@ struct BridgeOptions {
     std::string client = "settings-mqtt";
     /// Of the program, for discovery.
     std::string version;
-    Log log = [](int, const std::string&) {};
+    /// Levels as everywhere: 0 traces to 3 errors.
+    std::function<void(int level, const std::string& text)> log = [](int, const std::string&) {};
 };
 
 /// Between one host and one broker: publishes values and changes, carries commands out. docs/mqtt.md has topics and
 /// payloads. It has no thread, no clock, no descriptor; a process can have thousands.
 ///
 /// Order: `hostConnected` comes first; the broker is connected afterwards.
-class Bridge : public BrokerListener {
+class Bridge : public Mqtt::BrokerListener {
 public:
-    Bridge(BridgeOptions chosen, std::shared_ptr<Broker> brokerConnection, std::shared_ptr<Host> hostConnection,
+    Bridge(BridgeOptions chosen, std::shared_ptr<Mqtt::Broker> brokerConnection, std::shared_ptr<Host> hostConnection,
            std::shared_ptr<Versions> ofDesiredValues);
 
     /// @name From the host
@@ -75,9 +77,9 @@ private:
 
     const BridgeOptions options;
     const Topics topics;
-    const std::shared_ptr<Broker> broker;
+    const std::shared_ptr<Mqtt::Broker> broker;
     const std::shared_ptr<Host> host;
-    Outbox outbox;
+    Mqtt::Outbox outbox;
     const std::shared_ptr<Versions> versions;
 
     /// All settings of the host by key; the values of those that are offered.

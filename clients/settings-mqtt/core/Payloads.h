@@ -3,9 +3,10 @@
 #include <cstdint>
 #include <string>
 
-#include "Connections.h"
+#include "SettingsClient/Answer.h"
 #include "SettingsClient/Errors.h"
 #include "SettingsClient/Notification.h"
+#include "SettingsClient/Setting.h"
 #include "Topics.h"
 
 namespace SettingsMqtt {

@@ -6,9 +6,11 @@
 #include <utility>
 #include <vector>
 
-#include "Connections.h"
+#include "mqtt/Broker.h"
 
 namespace SettingsMqtt {
+
+using Mqtt::Message;
 
 /// May a device or group have this name in topics: 1 to 64 of A-Z, a-z, 0-9, ".", "_" and "-"?
 bool isTopicName(std::string_view name);

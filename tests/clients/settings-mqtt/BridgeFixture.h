@@ -10,26 +10,14 @@
 
 #include <gtest/gtest.h>
 
+#include "../mqtt/FakeBroker.h"
 #include "Bridge.h"
 #include "SettingsClient/Errors.h"
 
 namespace SettingsMqttTest {
 
-using Lines = std::vector<std::string>;
-
-/// What bridge and outbox do, a line each: "TOPIC PAYLOAD", retained messages with a "*" before.
-class FakeBroker : public SettingsMqtt::Broker {
-public:
-    void subscribe(const std::vector<std::string>& topics) override { subscribed = topics; }
-    int publish(const SettingsMqtt::Message& message) override {
-        lines.push_back((message.retained ? "*" : "") + message.topic + " " + message.payload);
-        return ++last;
-    }
-
-    std::vector<std::string> subscribed;
-    Lines lines;
-    int last = 0;
-};
+using MqttTest::FakeBroker;
+using MqttTest::Lines;
 
 class FakeHost : public SettingsMqtt::Host {
 public:
