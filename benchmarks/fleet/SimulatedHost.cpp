@@ -41,6 +41,9 @@ std::vector<SettingsClient::Setting> SimulatedHost::catalogue() {
 }
 
 std::map<std::string, std::string> SimulatedHost::get(const std::vector<std::string>& keys) {
+    if (keys.empty()) {
+        return values;
+    }
     std::map<std::string, std::string> wanted;
     for (const auto& key : keys) {
         const auto found = values.find(key);

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "Host.h"
+#include "Bridge.h"
 #include "SettingsClient/Notification.h"
 
 namespace Benchmarks {

@@ -8,6 +8,8 @@
 #include <mqtt_protocol.h>
 #include <poll.h>
 
+#include "mqtt/Credentials.h"
+
 namespace Mqtt {
 
 namespace {
@@ -38,6 +40,9 @@ Connection::Connection(ConnectionOptions chosen)
       isVersion5(options.protocol == "5"),
       pauses(Pauses::Seconds(options.firstPause), Pauses::Seconds(options.longestPause), options.seed),
       instance(nullptr, mosquitto_destroy) {
+    if (!options.credentials.empty()) {
+        readCredentials(options.credentials);
+    }
     mosquitto_lib_init();
 }
 
@@ -76,8 +81,9 @@ void Connection::configure() {
     check(mosquitto_will_set(library, will.topic.c_str(), static_cast<int>(will.payload.size()), will.payload.data(), 1,
                              will.retained),
           "last will");
-    if (!options.user.empty()) {
-        check(mosquitto_username_pw_set(library, options.user.c_str(), options.password.c_str()), "user");
+    if (!options.credentials.empty()) {
+        const auto [user, password] = readCredentials(options.credentials);
+        check(mosquitto_username_pw_set(library, user.c_str(), password.c_str()), "user");
     }
     if (!options.ca.empty()) {
         check(mosquitto_tls_set(library, options.ca.c_str(), nullptr, orNull(options.certificate), orNull(options.key),

@@ -28,13 +28,12 @@ struct ConnectionOptions {
     double longestPause = 120;
     /// Of the pauses; another one for each device.
     std::uint64_t seed = 0;
-    /// Files; TLS is used when there is a CA. They are read anew for each connection.
+    /// Files, which are read anew for each connection; TLS is used when there is a CA.
     std::string ca;
     std::string certificate;
     std::string key;
-    /// No user: anonymous.
-    std::string user;
-    std::string password;
+    /// A file as `readCredentials` wants it; empty: anonymous.
+    std::string credentials;
     /// Levels as everywhere: 0 traces to 3 errors.
     std::function<void(int level, const std::string& text)> log = [](int, const std::string&) {};
 };
@@ -45,6 +44,7 @@ class Connection : public Broker {
 public:
     using Time = std::chrono::steady_clock::time_point;
 
+    /// Errors: `std::runtime_error` for credentials that cannot be used now.
     explicit Connection(ConnectionOptions chosen);
     ~Connection() override;
     Connection(const Connection&) = delete;

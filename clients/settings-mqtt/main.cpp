@@ -1,4 +1,3 @@
-#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -31,56 +30,25 @@ private:
     Client& client;
 };
 
+/// The connection to the broker; before each wait it says how the program is.
 class BrokerSource : public SettingsBridge::Source {
 public:
-    explicit BrokerSource(Mqtt::Connection& brokerConnection) : connection(brokerConnection) {}
+    BrokerSource(Mqtt::Connection& brokerConnection, const Client& hostConnection)
+        : broker(brokerConnection), host(hostConnection) {}
 
     Wanted wanted() override {
-        const auto wanted = connection.wanted();
-        return {wanted.descriptor, wanted.events, wanted.time};
-    }
-    void process(short events) override { connection.process(events); }
-
-private:
-    Mqtt::Connection& connection;
-};
-
-/// Each time takes two flushes of the disk.
-constexpr std::chrono::seconds savingPause{10};
-
-/// What is done before each wait.
-class Upkeep : public SettingsBridge::Source {
-public:
-    Upkeep(Versions& ofDesiredValues, const VersionFile& theirFile, const Client& host,
-           const Mqtt::Connection& connection)
-        : versions(ofDesiredValues), file(theirFile), client(host), broker(connection) {}
-
-    Wanted wanted() override {
-        const auto unsaved = versions.unsaved();
-        if (unsaved == Versions::Unsaved::VERSIONS) {
-            process(0);
-        } else if (unsaved == Versions::Unsaved::VALUES && !saving) {
-            saving = std::chrono::steady_clock::now() + savingPause;
-        }
-        const std::string state = !client.isConnected()   ? "waiting for the host"
+        const std::string state = !host.isConnected()     ? "waiting for the host"
                                   : !broker.isConnected() ? "waiting for the broker"
                                                           : "connected to host and broker";
-        status.write(client.isConnected() && broker.isConnected(), state);
-        return {-1, 0, saving};
+        status.write(host.isConnected() && broker.isConnected(), state);
+        const auto wanted = broker.wanted();
+        return {wanted.descriptor, wanted.events, wanted.time};
     }
-    void process(short /*events*/) override {
-        saving.reset();
-        if (versions.unsaved() != Versions::Unsaved::NOTHING) {
-            file.store(versions.save());
-        }
-    }
+    void process(short events) override { broker.process(events); }
 
 private:
-    Versions& versions;
-    const VersionFile& file;
-    const Client& client;
-    const Mqtt::Connection& broker;
-    std::optional<Time> saving;
+    Mqtt::Connection& broker;
+    const Client& host;
     SettingsBridge::StatusFile status{"settings-mqtt", SETTINGS_HANDLER_VERSION};
 };
 
@@ -101,24 +69,22 @@ void observe(Client& client, Bridge& bridge, Mqtt::Connection& broker, const Set
 void run(Options options) {
     const SettingsBridge::Log log(options.common.logLevel);
     options.bridge.log = options.broker.log = log;
-    const VersionFile file(options.stateFolder, log);
-    const auto versions = std::make_shared<Versions>(file.load());
+    VersionFile versions(options.stateFolder, log);
     Client client({options.bridge.client, SettingsBridge::socketsOf(options.common)});
     const auto broker = std::make_shared<Mqtt::Connection>(options.broker);
-    Bridge bridge(options.bridge, broker, std::make_shared<ClientHost>(client), versions);
+    Bridge bridge(options.bridge, broker, std::make_shared<ClientHost>(client), versions.versions());
     observe(client, bridge, *broker, log);
-    SettingsBridge::HostSource host(client);
-    BrokerSource brokerSource(*broker);
-    Upkeep upkeep(*versions, file, client, *broker);
+    SettingsBridge::HostSource hostSource(client);
+    BrokerSource brokerSource(*broker, client);
     SettingsBridge::Loop loop;
-    loop.add(upkeep);
-    loop.add(host);
+    loop.add(versions);
+    loop.add(hostSource);
     loop.add(brokerSource);
     log(1, "this device is settings/" + options.bridge.id);
     loop.run("waiting for the host");
     bridge.hostLost();
     broker->disconnect();
-    upkeep.process(0);
+    versions.process(0);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <deque>
 #include <functional>
 #include <map>
@@ -10,13 +11,24 @@
 #include <utility>
 #include <vector>
 
-#include "Host.h"
 #include "Payloads.h"
+#include "SettingsClient/Answer.h"
+#include "SettingsClient/Setting.h"
 #include "Topics.h"
 #include "Versions.h"
 #include "mqtt/Outbox.h"
 
 namespace SettingsMqtt {
+
+/// The connection to a host. Operations and errors are those of `SettingsClient::Client`.
+class Host {
+public:
+    virtual ~Host() = default;
+    virtual std::vector<SettingsClient::Setting> catalogue() = 0;
+    virtual std::map<std::string, std::string> get(const std::vector<std::string>& keys) = 0;
+    virtual SettingsClient::Answer set(const std::string& key, const std::string& value,
+                                       std::optional<std::int64_t> timestamp) = 0;
+};
 
 struct BridgeOptions {
     /// The name of this device in topics.
@@ -49,7 +61,7 @@ public:
     void hostConnected();
     /// Also when this program ends: then the caller closes the connection to the broker afterwards.
     void hostLost();
-    void changed(const SettingsClient::Event& event);
+    void changed(const SettingsClient::Event& event) { take(event.key, event.to, &event); }
     /// Empty: all settings.
     void reread(const std::vector<std::string>& keys);
     /// @}
@@ -66,14 +78,14 @@ private:
     bool isOffered(const Setting& setting) const;
     /// Errors: `SettingsClient::RequestRefused`.
     void requireOffered(const std::string& key) const;
-    /// `event`: which told the value, if one did.
+    /// Does nothing unless the setting is offered. `event`: which told the value, if one did.
     void take(const std::string& key, const std::optional<std::string>& value, const SettingsClient::Event* event);
     Message stateOf(const Setting& setting) const;
 
-    void receivedSet(const std::string& key, const Command& command, const Message& message);
-    void applyDesired(const std::string& key, const Command& command);
-    Answer setAtHost(const std::string& key, const std::string& value);
-    std::string publishOutcome(const std::string& key, const Command& command, const Answer& answer);
+    void receivedSet(const Command& command, const Message& message);
+    void applyDesired(const Command& command);
+    Answer setAtHost(const Command& command);
+    std::string publishOutcome(const Command& command, const Answer& answer);
 
     const BridgeOptions options;
     const Topics topics;
@@ -87,7 +99,7 @@ private:
     std::map<std::string, std::optional<std::string>> values;
     bool isHostThere = false;
     bool wasConnected = false;
-    /// Desired values that wait for the host.
+    /// Desired values that wait for the host, by key.
     std::map<std::string, Command> waiting;
     /// Topic and payload of the last commands with an id, and their outcomes, to answer them a second time without
     /// carrying them out again.

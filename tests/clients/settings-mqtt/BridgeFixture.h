@@ -23,6 +23,9 @@ class FakeHost : public SettingsMqtt::Host {
 public:
     std::vector<SettingsClient::Setting> catalogue() override { return settings; }
     std::map<std::string, std::string> get(const std::vector<std::string>& keys) override {
+        if (keys.empty()) {
+            return values;
+        }
         std::map<std::string, std::string> found;
         for (const auto& key : keys) {
             if (values.count(key) > 0) {
