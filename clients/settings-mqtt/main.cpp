@@ -1,5 +1,4 @@
 #include <memory>
-#include <optional>
 #include <string>
 
 #include "Options.h"
@@ -21,9 +20,8 @@ public:
 
     std::vector<SettingsClient::Setting> catalogue() override { return client.catalogue(); }
     std::map<std::string, std::string> get(const std::vector<std::string>& keys) override { return client.get(keys); }
-    SettingsClient::Answer set(const std::string& key, const std::string& value,
-                               std::optional<std::int64_t> timestamp) override {
-        return client.set(key, value, timestamp);
+    SettingsClient::Answer set(const SettingsClient::Assignment& wanted) override {
+        return client.set(wanted.key, wanted.value, wanted.timestamp);
     }
 
 private:

@@ -14,10 +14,6 @@ using SettingsClient::RequestRefused;
 /// Commands with an id that are remembered.
 constexpr std::size_t maximumAnswered = 32;
 
-std::string eventSlot(const std::string& key) {
-    return "event of " + key;
-}
-
 }  // namespace
 
 Bridge::Bridge(BridgeOptions chosen, std::shared_ptr<Mqtt::Broker> brokerConnection,
@@ -82,15 +78,16 @@ void Bridge::take(const std::string& key, const std::optional<std::string>& valu
         return;
     }
     versions->valueIs(key, value, event != nullptr && event->client == options.client);
+    const std::string slot = "event of " + key;
     const auto [known, isNew] = values.emplace(key, value);
     if (isNew || known->second != value) {
         known->second = value;
         // Of a value that is gone; after a log-out nobody may read it any more.
-        outbox.forget(eventSlot(key));
+        outbox.forget(slot);
         outbox.add(stateOf(setting->second));
     }
     if (event != nullptr) {
-        outbox.add({topics.event(), eventPayload(*event)}, eventSlot(key));
+        outbox.add({topics.event(), eventPayload(*event)}, slot);
     }
 }
 
@@ -203,10 +200,10 @@ void Bridge::applyDesired(const Command& command) {
 SettingsClient::Answer Bridge::setAtHost(const Command& command) {
     try {
         if (isHostThere) {
-            Answer answer = host->set(command.key, command.value, std::nullopt);
+            Answer answer = host->set({command.key, command.value});
             if (answer.reason == SettingsClient::Reason::stale && answer.newest) {
                 // A client whose clock was ahead; the order of arrival counts, as messages have no time of their own.
-                answer = host->set(command.key, command.value, *answer.newest + 1);
+                answer = host->set({command.key, command.value, *answer.newest + 1});
             }
             return answer;
         }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <deque>
 #include <functional>
 #include <map>
@@ -26,8 +25,7 @@ public:
     virtual ~Host() = default;
     virtual std::vector<SettingsClient::Setting> catalogue() = 0;
     virtual std::map<std::string, std::string> get(const std::vector<std::string>& keys) = 0;
-    virtual SettingsClient::Answer set(const std::string& key, const std::string& value,
-                                       std::optional<std::int64_t> timestamp) = 0;
+    virtual SettingsClient::Answer set(const SettingsClient::Assignment& wanted) = 0;
 };
 
 struct BridgeOptions {

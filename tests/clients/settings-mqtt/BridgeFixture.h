@@ -34,8 +34,8 @@ public:
         }
         return found;
     }
-    SettingsClient::Answer set(const std::string& key, const std::string& value,
-                               std::optional<std::int64_t> timestamp) override {
+    SettingsClient::Answer set(const SettingsClient::Assignment& wanted) override {
+        const auto& [key, value, timestamp] = wanted;
         requests.push_back(key + "=" + value + (timestamp ? " at " + std::to_string(*timestamp) : ""));
         if (isGone) {
             throw SettingsClient::ConnectionError("gone");
