@@ -20,7 +20,7 @@ namespace {
 constexpr const char* title = "settings-mqtt 1";
 
 /// Until values are stored; each time takes two flushes of the disk.
-constexpr std::chrono::seconds pause{10};
+constexpr std::chrono::seconds savingPause{10};
 
 bool isFlushed(const std::string& path) {
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
@@ -46,7 +46,7 @@ SettingsBridge::Source::Wanted VersionFile::wanted() {
     if (unsaved == Versions::Unsaved::VERSIONS) {
         process(0);
     } else if (unsaved == Versions::Unsaved::VALUES && !due) {
-        due = std::chrono::steady_clock::now() + pause;
+        due = std::chrono::steady_clock::now() + savingPause;
     }
     return {-1, 0, due};
 }
