@@ -175,11 +175,12 @@ void send(Session& session, const std::string& frame, std::vector<Asked>& reques
     }
 }
 
-Answer sendAlone(Session& session, const Asked& asked) {
-    std::vector<Asked> requests{asked};
+Answer sendAlone(Session& session, Asked asked) {
+    std::vector<Asked> requests;
+    requests.push_back(std::move(asked));
     std::vector<Answer> answers;
-    send(session, asked.frame, requests, answers);
-    return answers.front();
+    send(session, requests.front().frame, requests, answers);
+    return std::move(answers.front());
 }
 
 Asked askedFor(Session& session, const Assignment& assignment) {
@@ -232,7 +233,7 @@ Answer request(Session& session, Wire::MessageType type) {
     Asked asked;
     asked.messageId = session.newMessageId();
     asked.frame = Wire::bareRequest(type, asked.messageId, Wire::Answered::YES, session.caller);
-    return sendAlone(session, asked);
+    return sendAlone(session, std::move(asked));
 }
 
 }  // namespace SettingsClient

@@ -206,7 +206,7 @@ void Session::process() {
             const auto now = std::chrono::steady_clock::now();
             if (!connection && now >= nextAttempt) {
                 open(Connection::WhenBusy::GIVE_UP);
-            } else if (connection) {
+            } else if (connection && notifications.empty()) {
                 connection->readAvailable();
                 takeLines();
                 if (isGreeting && now >= helloDeadline) {
