@@ -165,7 +165,10 @@ void send(Session& session, const std::string& frame, std::vector<Asked>& reques
         frames.push_back(Wire::bareRequest(Wire::IS_ORLIA_SELECTED_VA, fence));
     }
     Answers received(requests, fence);
-    session.exchange(frames, [&](const Wire::HostFrame& next) { return received.take(next); });
+    session.exchange(frames, [&](const Wire::HostFrame& next) {
+        session.tellEventsAtOnce();
+        return received.take(next);
+    });
     if (received.any()) {
         session.noteAnswer();
     }

@@ -27,7 +27,7 @@ std::vector<Settings::Event> newestOf(const std::vector<Settings::Event>& events
 
 Settings::Settings(SettingsClient::Client& host, const SettingsBridge::Log& programLog, Observer changeObserver)
     : client(host), log(programLog), observer(std::move(changeObserver)) {
-    client.onEvent([this](const auto& event) { take(event); });
+    client.onEvent([this](const auto& event) { take(event); }, true);
     client.onReread([this](const auto& reread) { takeReread(reread); });
     client.onConnected([this] { takeConnection(); });
     client.onDisconnected([this](const auto& reason) { takeLoss(reason); });
