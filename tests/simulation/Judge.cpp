@@ -224,8 +224,9 @@ void Judge::step(State& state, const Handled& handled, const DiskFate& fate, boo
     for (const std::size_t connection : mayClose) {
         clients.at(connection).mayBeClosed = true;
     }
-    const bool isWhole = !state.model.isOn("storage-failing") && !mayLeaveGhosts;
-    state.storageWorked = wasWaiting && (state.storageWorked || (isWhole && state.model.storageWorked()));
+    // While it fails to read again fails, too, and is tried again only when the storage has worked once more.
+    state.storageWorked = wasWaiting && !state.model.isOn("storage-failing") &&
+                          (state.storageWorked || (!mayLeaveGhosts && state.model.storageWorked()));
 }
 
 void Judge::send(State& state, const std::vector<Output>& outputs, std::int64_t begin, std::int64_t end,
