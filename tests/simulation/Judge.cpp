@@ -95,12 +95,12 @@ void Judge::observe(const Observed& observed) {
         return receive(observed);
     }
     wasSettled = observed.isSettled;
-    readAgain(observed.now, observed.now);
+    readAgain(observed.before, observed.now);
     unite();
     const bool hasPartial = observed.isCrashed && !observed.handled.empty();
     const std::size_t whole = observed.handled.size() - (hasPartial ? 1 : 0);
     for (std::size_t index = 0; index < whole; ++index) {
-        handle(observed.handled[index]);
+        handle(observed.handled[index], observed.now);
         rule(observed);
     }
     if (hasPartial) {
@@ -146,7 +146,7 @@ std::string shown(const std::map<std::string, std::string>& values) {
 
 }  // namespace
 
-void Judge::handle(const Handled& handled) {
+void Judge::handle(const Handled& handled, std::int64_t now) {
     Client& client = clients.at(handled.connection);
     if (client.waiting.empty() || client.waiting.front() != handled.frame) {
         throw Finding("the host handles the frames of " + name(handled.connection) + " in another order",
@@ -154,13 +154,13 @@ void Judge::handle(const Handled& handled) {
     }
     client.waiting.pop_front();
     client.hasJoined = true;
+    const long jump = states.front()->model.faultTime("clock-jump");
     States after;
     for (auto& state : states) {
         follow(std::move(state), handled, false, after);
     }
     states = std::move(after);
-    const long jump = states.front()->model.faultTime("clock-jump");
-    readAgain(handled.begin - jump, handled.end - jump);
+    readAgain(handled.begin - jump, now);
     unite();
 }
 
@@ -268,7 +268,8 @@ void Judge::release(State& state, std::int64_t now) {
     }
 }
 
-/// A batch that was rolled back may be read again after each frame, when the storage can be read.
+/// A batch that was rolled back may be read again after each frame, when the storage can be read. A slow SDK makes that
+/// long: it ends between `begin` and `end`.
 void Judge::readAgain(std::int64_t begin, std::int64_t end) {
     const std::size_t before = states.size();
     for (std::size_t index = 0; index < before; ++index) {

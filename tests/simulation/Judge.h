@@ -58,7 +58,8 @@ public:
             int closeStatus;
         };
         std::vector<OfConnection> connections;
-        /// The machine's clock.
+        /// The machine's clock, at the last call and now.
+        std::int64_t before = 0;
         std::int64_t now = 0;
         /// Nothing more can happen without time.
         bool isSettled = false;
@@ -132,7 +133,8 @@ private:
     using States = std::vector<std::unique_ptr<State>>;
 
     bool isQuiet(const Observed& observed) const;
-    void handle(const Handled& handled);
+    /// `now`: when the host has done all that followed.
+    void handle(const Handled& handled, std::int64_t now);
     void crash(const Handled& handled);
     void follow(std::unique_ptr<State> state, const Handled& handled, bool keepsSteps, States& after);
     void step(State& state, const Handled& handled, const DiskFate& fate, bool keepsSteps, bool mayLeaveGhosts);

@@ -253,7 +253,8 @@ void Run::restart() {
 void Run::look(bool isSettled, bool isCrashed) {
     Judge::Observed observed;
     observed.handled = host.takeHandled();
-    observed.now = host.now();
+    observed.before = lastLook;
+    observed.now = lastLook = host.now();
     observed.isSettled = isSettled;
     observed.isRunning = host.state() == SimulatedHost::State::RUNNING;
     observed.isCrashed = isCrashed;

@@ -72,6 +72,7 @@ private:
     /// By slot.
     Connections open;
     std::vector<std::string> runs;
+    std::int64_t lastLook = 0;
     long diskFailures = 0;
     long diskCalls = 0;
     int starts = 0;
