@@ -1,10 +1,11 @@
-#include "Scenario.h"
+#include "scenarios/Scenario.h"
 
 #include <algorithm>
 #include <map>
 #include <optional>
 #include <set>
 #include <sstream>
+#include <string_view>
 
 #include "Files.h"
 #include "Output.h"
@@ -53,53 +54,52 @@ std::string textAt(const rapidjson::Value& object, const std::string& name) {
     return Wire::textOf(*value);
 }
 
-/// The end of the string that begins at `begin` in JSON text: after its closing quotation mark.
-std::size_t endOfString(const std::string& line, std::size_t begin) {
-    std::size_t end = begin + 1;
-    while (line[end] != '"') {
-        end += line[end] == '\\' ? 2 : 1;
-    }
-    return end + 1;
-}
+/// Finds where the object that is a member of the outermost object stands in the text. The iterative parser reports a
+/// bracket before it takes it.
+class MemberFinder : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, MemberFinder> {
+public:
+    MemberFinder(const rapidjson::StringStream& text, const std::string& member) : stream(text), name(member) {}
 
-/// The end of the JSON value that begins at `begin`, an object or an array.
-std::size_t endOfValue(const std::string& line, std::size_t begin) {
+    bool Key(const char* text, rapidjson::SizeType length, bool /*copy*/) {
+        isInMember = depth > 1 ? isInMember : name == std::string_view(text, length);
+        return true;
+    }
+    bool StartObject() {
+        begin = ++depth == 2 && isInMember ? stream.Tell() : begin;
+        return true;
+    }
+    bool EndObject(rapidjson::SizeType /*members*/) {
+        end = depth-- == 2 && isInMember ? stream.Tell() + 1 : end;
+        return true;
+    }
+    bool StartArray() {
+        ++depth;
+        return true;
+    }
+    bool EndArray(rapidjson::SizeType /*elements*/) {
+        --depth;
+        return true;
+    }
+
+    std::size_t begin = 0;
+    std::size_t end = 0;
+
+private:
+    const rapidjson::StringStream& stream;
+    const std::string& name;
     std::size_t depth = 0;
-    std::size_t end = begin;
-    do {
-        const char sign = line[end];
-        if (sign == '"') {
-            end = endOfString(line, end);
-            continue;
-        }
-        depth += sign == '{' || sign == '[' ? 1U : 0U;
-        depth -= sign == '}' || sign == ']' ? 1U : 0U;
-        ++end;
-    } while (depth > 0);
-    return end;
-}
+    bool isInMember = false;
+};
 
 /// The object that is the member `name` of the object in `line`, to the last character.
 std::string objectAt(const std::string& line, const rapidjson::Value& step, const std::string& name) {
     if (!step[name].IsObject()) {
         throw LineError("\"" + name + "\" must be an object; for other text there is \"" + name + "Text\"");
     }
-    const std::string quoted = "\"" + name + "\"";
-    std::size_t place = line.find('{') + 1;
-    while (place < line.size()) {
-        if (line[place] == '"') {
-            const std::size_t end = endOfString(line, place);
-            const std::size_t next = line.find_first_not_of(" \t\r", end);
-            if (line[next] == ':' && line.compare(place, end - place, quoted) == 0) {
-                const std::size_t begin = line.find('{', next);
-                return line.substr(begin, endOfValue(line, begin) - begin);
-            }
-            place = end;
-        } else {
-            place = line[place] == '{' || line[place] == '[' ? endOfValue(line, place) : place + 1;
-        }
-    }
-    throw LineError("\"" + name + "\" must be written without escapes");
+    rapidjson::StringStream stream(line.c_str());
+    MemberFinder finder(stream, name);
+    rapidjson::Reader().Parse<Utils::jsonParseFlags>(stream, finder);
+    return line.substr(finder.begin, finder.end - finder.begin);
 }
 
 /// The number after "socket-", "page-" or "device-"; false: it is no connection.
@@ -111,8 +111,8 @@ bool isConnection(const std::string& at) {
            number.find_first_not_of("0123456789") == std::string::npos;
 }
 
-constexpr const char* stepMembers =
-    R"(needs one of "sent", "received", "sentText", "receivedText", "closed", "closedByHost" and "did")";
+constexpr const char* neededMembers =
+    R"(needs "time" and "at", and one of "sent", "received", "sentText", "receivedText", "closed", "closedByHost" and "did")";
 
 /// What the step is, and its text.
 void readKind(Step& step, const std::string& line, const rapidjson::Document& members) {
@@ -121,18 +121,22 @@ void readKind(Step& step, const std::string& line, const rapidjson::Document& me
         {"received", StepKind::RECEIVED}, {"receivedText", StepKind::RECEIVED},
         {"closed", StepKind::CLOSED},     {"closedByHost", StepKind::CLOSED_BY_HOST},
         {"did", StepKind::KILL}};
-    static const std::map<std::string, StepKind> deeds{
+    static const std::map<std::string, StepKind> actions{
         {"kill", StepKind::KILL}, {"stop", StepKind::STOP}, {"start", StepKind::START}};
-    const std::string name = std::find_if(members.MemberBegin(), members.MemberEnd(), [](const auto& member) {
-                                 return kinds.count(Wire::textOf(member.name)) > 0;
-                             })->name.GetString();
+    const auto member = std::find_if(members.MemberBegin(), members.MemberEnd(),
+                                     [](const auto& one) { return kinds.count(Wire::textOf(one.name)) > 0; });
+    // A member that stands twice takes the place of the step's own.
+    if (member == members.MemberEnd()) {
+        throw LineError(neededMembers);
+    }
+    const std::string name = Wire::textOf(member->name);
     step.kind = kinds.at(name);
     if (name == "did") {
-        const auto deed = deeds.find(textAt(members, name));
-        if (deed == deeds.end()) {
+        const auto action = actions.find(textAt(members, name));
+        if (action == actions.end()) {
             throw LineError(R"("did" must be "kill", "stop" or "start")");
         }
-        step.kind = deed->second;
+        step.kind = action->second;
     } else if (step.kind == StepKind::CLOSED || step.kind == StepKind::CLOSED_BY_HOST) {
         if (!members[name].IsTrue()) {
             throw LineError("\"" + name + "\" must be true");
@@ -142,11 +146,11 @@ void readKind(Step& step, const std::string& line, const rapidjson::Document& me
     }
 }
 
-void checkPlace(const Step& step, bool isDeed) {
-    if ((step.at == "host") != isDeed) {
+void checkPlace(const Step& step, bool isAction) {
+    if ((step.at == "host") != isAction) {
         throw LineError(R"("did" is for "host" alone, and "host" for "did")");
     }
-    if (!isDeed && step.at != "all" && !isConnection(step.at)) {
+    if (!isAction && step.at != "all" && !isConnection(step.at)) {
         throw LineError(R"("at" must be "socket-N", "page-N", "device-N", "all" or "host")");
     }
     if (step.at == "all" && step.kind != StepKind::RECEIVED) {
@@ -161,7 +165,7 @@ Step stepOf(const std::string& line) {
                                    "closedByHost", "did", "schema"});
     if (members.MemberCount() != (members.HasMember("schema") ? 4U : 3U) || !members.HasMember("time") ||
         !members.HasMember("at")) {
-        throw LineError(std::string(R"(needs "time" and "at", and )") + stepMembers);
+        throw LineError(neededMembers);
     }
     const auto& time = members["time"];
     if (!time.IsUint()) {
@@ -176,7 +180,7 @@ Step stepOf(const std::string& line) {
 }
 
 /// The order of the steps, checked as they come.
-class Course {
+class Timeline {
 public:
     void take(const Step& step) {
         if (step.time < time) {
@@ -184,7 +188,7 @@ public:
         }
         time = step.time;
         if (step.at == "host") {
-            takeDeed(step.kind);
+            takeAction(step.kind);
         } else if (!hostRuns) {
             throw LineError("the host does not run here");
         } else if (step.kind == StepKind::CLOSED || step.kind == StepKind::CLOSED_BY_HOST) {
@@ -197,11 +201,11 @@ public:
     }
 
 private:
-    void takeDeed(StepKind deed) {
-        if (hostRuns == (deed == StepKind::START)) {
+    void takeAction(StepKind action) {
+        if (hostRuns == (action == StepKind::START)) {
             throw LineError(hostRuns ? "the host runs already" : "the host does not run here");
         }
-        hostRuns = deed == StepKind::START;
+        hostRuns = action == StepKind::START;
         open.clear();
     }
 
@@ -245,7 +249,7 @@ Scenario scenarioIn(const std::string& file) {
     std::istringstream lines(contentsOf(file));
     std::size_t number = 0;
     try {
-        Course course;
+        Timeline timeline;
         std::string line;
         for (bool hasTitle = false; std::getline(lines, line);) {
             ++number;
@@ -259,7 +263,7 @@ Scenario scenarioIn(const std::string& file) {
             }
             scenario.steps.push_back(stepOf(line));
             scenario.steps.back().line = number;
-            course.take(scenario.steps.back());
+            timeline.take(scenario.steps.back());
         }
         if (scenario.steps.empty()) {
             throw LineError("a scenario has a first line with its title, and steps");
@@ -274,9 +278,9 @@ std::size_t lineForOwnHost(const Scenario& scenario) {
     if (!scenario.world.empty()) {
         return 1;
     }
-    const auto deed =
+    const auto action =
         std::find_if(scenario.steps.begin(), scenario.steps.end(), [](const Step& step) { return step.at == "host"; });
-    return deed == scenario.steps.end() ? 0 : deed->line;
+    return action == scenario.steps.end() ? 0 : action->line;
 }
 
 bool isPage(const std::string& at) {

@@ -1,6 +1,6 @@
-#include "Channel.h"
 #include "SettingsClient/Errors.h"
 #include "connection/Connection.h"
+#include "scenarios/Channel.h"
 
 namespace SettingsCtl {
 

@@ -1,4 +1,4 @@
-#include "Personal.h"
+#include "scenarios/Personal.h"
 
 #include <cctype>
 

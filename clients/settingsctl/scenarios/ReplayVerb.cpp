@@ -1,9 +1,9 @@
 #include <optional>
 #include <utility>
 
-#include "Player.h"
 #include "Verbs.h"
 #include "Wire/ControlCharacters.h"
+#include "scenarios/Player.h"
 
 namespace SettingsCtl {
 

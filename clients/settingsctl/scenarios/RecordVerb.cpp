@@ -13,13 +13,13 @@
 #include <poll.h>
 
 #include "Interruption.h"
-#include "Personal.h"
 #include "SettingsClient/Errors.h"
 #include "Verbs.h"
 #include "Wire/HostFrame.h"
 #include "Wire/LocalTime.h"
 #include "connection/Connection.h"
 #include "connection/Refusals.h"
+#include "scenarios/Personal.h"
 
 namespace SettingsCtl {
 

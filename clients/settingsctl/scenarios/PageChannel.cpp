@@ -10,8 +10,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include "Channel.h"
 #include "Failure.h"
+#include "scenarios/Channel.h"
 
 namespace SettingsCtl {
 

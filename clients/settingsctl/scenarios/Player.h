@@ -9,11 +9,11 @@
 #include <string>
 #include <vector>
 
-#include "Channel.h"
-#include "Comparison.h"
 #include "Interruption.h"
-#include "OwnHost.h"
-#include "Scenario.h"
+#include "scenarios/Channel.h"
+#include "scenarios/Comparison.h"
+#include "scenarios/OwnHost.h"
+#include "scenarios/Scenario.h"
 
 namespace SettingsCtl {
 

@@ -1,4 +1,4 @@
-#include "Player.h"
+#include "scenarios/Player.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "OwnHost.h"
+#include "scenarios/OwnHost.h"
 
 #include <algorithm>
 #include <array>

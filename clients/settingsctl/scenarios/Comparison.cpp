@@ -1,4 +1,4 @@
-#include "Comparison.h"
+#include "scenarios/Comparison.h"
 
 #include <algorithm>
 #include <utility>
@@ -161,7 +161,8 @@ void Comparison::adaptTrace(Value& expected, const Value& got, Allocator& alloca
     if (const auto [time, other] = bothOf(expected, got, "timestamp"); time != nullptr) {
         time->CopyFrom(*other, allocator);
     }
-    if (const auto [client, other] = bothOf(expected, got, "client"); client != nullptr && client->IsInt()) {
+    if (const auto [client, other] = bothOf(expected, got, "client");
+        client != nullptr && client->IsInt() && other->IsInt()) {
         Value name(std::to_string(client->GetInt()), allocator);
         adaptId(name, Value(std::to_string(other->GetInt()), allocator), allocator);
         client->SetInt(std::stoi(Wire::textOf(name)));
