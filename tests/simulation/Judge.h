@@ -132,6 +132,9 @@ private:
 
     using States = std::vector<std::unique_ptr<State>>;
 
+    static std::string name(std::size_t connection);
+    static std::string shown(const std::optional<std::string>& frame);
+
     bool isQuiet(const Observed& observed) const;
     /// `now`: when the host has done all that followed.
     void handle(const Handled& handled, std::int64_t now);
