@@ -12,6 +12,10 @@ namespace {
 constexpr std::size_t largestFrame = 65536;
 /// About half of the backlog of one client that does not read.
 constexpr std::size_t muchUnread = 512UL * 1024UL;
+/// With a disk that fails, each frame may have led to many things.
+constexpr std::size_t mostFramesWithFailingDisk = 8;
+/// More would take the machine's memory.
+constexpr std::size_t mostPossibilities = 4096;
 
 bool isSettings(Kind kind) {
     return kind != Kind::DEVICE;
@@ -92,6 +96,12 @@ void Judge::reads(std::size_t connection, bool isReading) {
     client.mayBeClosed = client.mayBeClosed || (!isReading && client.kind == Kind::PAGE);
 }
 
+bool Judge::isTooMuch(std::size_t connection) const {
+    const Client& client = clients.at(connection);
+    return isUp() && states.front()->model.isOn("storage-failing") && isSettings(client.kind) &&
+           client.waiting.size() > mostFramesWithFailingDisk;
+}
+
 // What the host does
 
 void Judge::observe(const Observed& observed) {
@@ -158,6 +168,9 @@ void Judge::handle(const Handled& handled, std::int64_t now) {
     States after;
     for (auto& state : states) {
         follow(std::move(state), handled, false, after);
+        if (after.size() > mostPossibilities) {
+            throw Finding("there are too many possibilities", "fewer", shown(handled.frame));
+        }
     }
     states = std::move(after);
     readAgain(handled.begin - jump, now);
@@ -316,9 +329,11 @@ void Judge::unite() {
         const auto [same, isNew] = digests.emplace(digest(*state), different.size());
         if (isNew) {
             different.push_back(std::move(state));
-        } else {
-            different[same->second]->model.addGhosts(state->model.ghosts());
+            continue;
         }
+        State& known = *different[same->second];
+        known.model.addGhosts(state->model.ghosts());
+        known.storageWorked = known.storageWorked && state->storageWorked;
     }
     states = std::move(different);
 }

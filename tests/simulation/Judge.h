@@ -83,6 +83,8 @@ public:
     /// Has the host started, and not ended?
     bool isUp() const { return !states.empty(); }
     bool restartWasAsked() const { return isUp() && states.front()->model.restartWasAsked(); }
+    /// Would there be too many possibilities if the host handled now what this client has sent?
+    bool isTooMuch(std::size_t connection) const;
     /// As far as it is known.
     const std::string& run() const { return states.front()->model.run; }
     long newestSequence() const { return states.front()->model.newestSequence(); }

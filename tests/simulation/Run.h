@@ -47,6 +47,7 @@ private:
     void proceed(int steps);
     void observe(bool isSettled);
     void look(bool isSettled, bool isCrashed);
+    void setReading(Connection& connection, bool reads);
     void decide();
     void repairDisk();
     void restart();
