@@ -68,12 +68,7 @@ void Run::perform(const Operation& operation) {
             close(operation.slot);
             break;
         case Type::END_OUTPUT:
-            if (const auto connection = client(operation.slot)) {
-                judge.endedOutput(connection->number());
-                connection->endOutput();
-                proceed(-1);
-                close(operation.slot);
-            }
+            endOutput(operation.slot);
             break;
         case Type::PAUSE:
         case Type::READ:
@@ -383,6 +378,15 @@ void Run::resume(const Operation& operation) {
                              (operation.text.empty() ? "" : "\"client\":" + stringText(operation.text) + ",") +
                              R"("resume":{"run":)" + stringText(run) + R"(,"sequence":)" + std::to_string(sequence) +
                              "}}}");
+}
+
+void Run::endOutput(std::size_t slot) {
+    if (const auto connection = client(slot)) {
+        judge.endedOutput(connection->number());
+        connection->endOutput();
+        proceed(-1);
+        close(slot);
+    }
 }
 
 void Run::close(std::size_t slot) {

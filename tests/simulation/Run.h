@@ -61,6 +61,7 @@ private:
     void send(std::size_t slot, const std::string& frame);
     void sendPart(const Operation& operation);
     void resume(const Operation& operation);
+    void endOutput(std::size_t slot);
     void close(std::size_t slot);
     void advance(std::int64_t milliseconds);
     void noteRun();
