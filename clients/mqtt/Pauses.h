@@ -4,7 +4,7 @@
 #include <chrono>
 #include <random>
 
-namespace SettingsMqtt {
+namespace Mqtt {
 
 /// The pauses between attempts to connect: each up to twice as long as the one before, from `first` up to `longest`,
 /// and random, the longest of them twice the shortest, so that many devices do not come back at the same moment.
@@ -31,4 +31,4 @@ private:
     std::mt19937_64 random;
 };
 
-}  // namespace SettingsMqtt
+}  // namespace Mqtt

@@ -8,7 +8,7 @@
 #include "support/ChildProcess.h"
 #include "support/TemporaryDirectory.h"
 
-namespace SettingsMqttTest {
+namespace MqttTest {
 
 /// A mosquitto of its own at a free port of 127.0.0.1. It keeps nothing over a restart.
 class RunningBroker {
@@ -65,4 +65,4 @@ private:
     TestSupport::TemporaryDirectory folder;
 };
 
-}  // namespace SettingsMqttTest
+}  // namespace MqttTest

@@ -13,7 +13,7 @@
 #include "support/Files.h"
 #include "support/ListeningSocket.h"
 
-namespace SettingsMqttTest {
+namespace MqttTest {
 
 namespace {
 
@@ -149,4 +149,4 @@ void Authority::issue(const std::string& name, int days) const {
                 folder / (name + ".pem")});
 }
 
-}  // namespace SettingsMqttTest
+}  // namespace MqttTest

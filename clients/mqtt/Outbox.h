@@ -8,9 +8,9 @@
 #include <utility>
 #include <vector>
 
-#include "Connections.h"
+#include "mqtt/Broker.h"
 
-namespace SettingsMqtt {
+namespace Mqtt {
 
 /// Messages on their way to the broker. What it has not acknowledged when the connection is lost is sent again, except
 /// retained messages: all of them are given anew to `connected`. Its size is bounded.
@@ -53,4 +53,4 @@ private:
     std::deque<Entry> entries;
 };
 
-}  // namespace SettingsMqtt
+}  // namespace Mqtt

@@ -1,9 +1,9 @@
-#include "Outbox.h"
+#include "mqtt/Outbox.h"
 
 #include <algorithm>
 #include <iterator>
 
-namespace SettingsMqtt {
+namespace Mqtt {
 
 void Outbox::add(Message message, const std::string& slot) {
     if (!message.retained || isConnected) {
@@ -75,4 +75,4 @@ void Outbox::send() {
     }
 }
 
-}  // namespace SettingsMqtt
+}  // namespace Mqtt

@@ -1,20 +1,24 @@
-#include "BridgeFixture.h"
-#include "Outbox.h"
+#include <memory>
 
-namespace SettingsMqttTest {
+#include <gtest/gtest.h>
+
+#include "FakeBroker.h"
+#include "mqtt/Outbox.h"
+
+namespace MqttTest {
 
 class OutboxTest : public testing::Test {
 protected:
     /// As many messages as a broker may leave unacknowledged.
     void fill() {
-        for (std::size_t number = 0; number < SettingsMqtt::Outbox::window; ++number) {
+        for (std::size_t number = 0; number < Mqtt::Outbox::window; ++number) {
             outbox.add({"x", ""});
         }
         broker->lines.clear();
     }
 
     const std::shared_ptr<FakeBroker> broker = std::make_shared<FakeBroker>();
-    SettingsMqtt::Outbox outbox{broker};
+    Mqtt::Outbox outbox{broker};
     int acknowledged = 0;
 };
 
@@ -53,7 +57,7 @@ TEST_F(OutboxTest, SendsTheNewestOfASlotAndOfARetainedTopic) {
 }
 
 TEST_F(OutboxTest, DropsTheOldestOfTooManyBytesWithoutSlot) {
-    const std::string half(SettingsMqtt::Outbox::maximumWaiting / 2, 'x');
+    const std::string half(Mqtt::Outbox::maximumWaiting / 2, 'x');
     for (int round = 0; round < 2; ++round) {
         broker->lines.clear();
         outbox.add({"event", half}, "event of a");
@@ -97,4 +101,4 @@ TEST_F(OutboxTest, SendsNothingOfASlotThatIsForgotten) {
     EXPECT_EQ(broker->lines, (Lines{"event 3"}));
 }
 
-}  // namespace SettingsMqttTest
+}  // namespace MqttTest

@@ -1,19 +1,9 @@
 #pragma once
 
-#include <cstdint>
-#include <functional>
-#include <map>
-#include <optional>
 #include <string>
 #include <vector>
 
-#include "SettingsClient/Answer.h"
-#include "SettingsClient/Setting.h"
-
-namespace SettingsMqtt {
-
-/// Levels as everywhere: 0 traces to 3 errors.
-using Log = std::function<void(int level, const std::string& text)>;
+namespace Mqtt {
 
 struct Message {
     std::string topic;
@@ -22,7 +12,7 @@ struct Message {
     bool retained = false;
 };
 
-/// The connection to a broker, at QoS 1. Each one starts without a session.
+/// What a client asks of a broker, at QoS 1. Each connection starts without a session.
 class Broker {
 public:
     virtual ~Broker() = default;
@@ -44,14 +34,4 @@ public:
     virtual void acknowledged(int number) = 0;
 };
 
-/// The connection to a host. Operations and errors are those of `SettingsClient::Client`.
-class Host {
-public:
-    virtual ~Host() = default;
-    virtual std::vector<SettingsClient::Setting> catalogue() = 0;
-    virtual std::map<std::string, std::string> get(const std::vector<std::string>& keys) = 0;
-    virtual SettingsClient::Answer set(const std::string& key, const std::string& value,
-                                       std::optional<std::int64_t> timestamp) = 0;
-};
-
-}  // namespace SettingsMqtt
+}  // namespace Mqtt
