@@ -1,33 +1,95 @@
-import { readFile } from 'node:fs/promises';
+import { readdir, readFile } from 'node:fs/promises';
 
 import { transformWithEsbuild, type Plugin } from 'vite';
 
-type Translation = Readonly<Record<string, Readonly<Record<string, string>>>>;
+type Translation = Readonly<Record<'settings' | 'about' | 'choices' | 'texts', Readonly<Record<string, string>>>>;
 
-async function evaluated(code: string, language: string): Promise<Translation> {
-    const { code: script } = await transformWithEsbuild(code, `${language}.ts`);
+const sources = new URL('src/', import.meta.url);
+
+async function read(code: string): Promise<Translation> {
+    const file = new URL(`i18n/${code}.ts`, sources);
+    const { code: script } = await transformWithEsbuild(await readFile(file, 'utf8'), file.pathname);
     const url = `data:text/javascript,${encodeURIComponent(script)}`;
-    return ((await import(url)) as Record<string, Translation>)[language] ?? {};
+    return ((await import(url)) as Record<string, Translation>)[code] as Translation;
 }
 
-/** Builds the translations as lists, in the order of the English texts: their keys would be a twentieth of the pages. */
-export const translationsAsLists: Plugin = {
-    name: 'translations-as-lists',
-    apply: 'build',
-    enforce: 'pre',
-    async transform(code, id) {
-        const language = /\/i18n\/(?!en)(\w\w)\.ts$/.exec(id)?.[1];
-        if (language === undefined) {
-            return null;
-        }
-        const english = await evaluated(await readFile(new URL('src/i18n/en.ts', import.meta.url), 'utf8'), 'en');
-        const translation = await evaluated(code, language);
-        const texts = Object.entries(english).flatMap(([group, members]) =>
-            Object.keys(members).map((key) => translation[group]?.[key]),
-        );
-        return {
-            code: `import { fromList } from './fromList'; export const ${language} = fromList(${JSON.stringify(texts)});`,
-            map: null,
-        };
-    },
-};
+/** The groups of texts whose keys are put together when the pages run: `refused` of `refused.${reason}`. */
+async function computedGroups(): Promise<Set<string>> {
+    const names = (await readdir(sources, { recursive: true })).filter((name) => /\.tsx?$/.test(name));
+    const files = await Promise.all(names.map((name) => readFile(new URL(name, sources), 'utf8')));
+    return new Set(files.flatMap((code) => [...code.matchAll(/`(\w+)\.\$\{/g)].map(([, group]) => group as string)));
+}
+
+interface Keys {
+    readonly settings: readonly string[];
+    readonly choices: readonly string[];
+    /** The texts that are found by their key: those of computed groups, and keys of one word, which may be any word of the code. */
+    readonly named: readonly string[];
+    /** The texts that the code names in full. The build replaces their keys by their numbers. */
+    readonly numbered: readonly string[];
+}
+
+async function keysOf({ texts }: Translation): Promise<Keys> {
+    const file = await readFile(new URL('../SettingsHandler/catalogue.json', import.meta.url), 'utf8');
+    const { settings } = JSON.parse(file) as { settings: { key: string; values?: string[] }[] };
+    const computed = await computedGroups();
+    const isNamed = (key: string) => !key.includes('.') || computed.has(key.replace(/\..*/, ''));
+    return {
+        settings: settings.map(({ key }) => key),
+        choices: settings.flatMap(({ values = [] }) => values),
+        named: Object.keys(texts).filter(isNamed),
+        numbered: Object.keys(texts).filter((key) => !isNamed(key)),
+    };
+}
+
+/** The texts of a translation, separated by bars, as `fromLines` reads them. */
+function linesOf({ settings, about, choices, texts }: Translation, keys: Keys): string {
+    return [
+        ...keys.settings.map((key) => settings[key]),
+        ...keys.settings.map((key) => about[key]),
+        ...keys.choices.map((key) => choices[key]),
+        ...[...keys.named, ...keys.numbered].map((key) => texts[key]),
+    ].join('|');
+}
+
+const linesId = 'virtual:lines';
+const fromLines = `
+    import { lines, names } from '${linesId}';
+    import { fromLines } from './fromLines';
+    export const translations = Object.fromEntries(
+        Object.entries(lines).map(([code, text]) => [code, fromLines(text, names)]));`;
+
+/** Builds the translations as lines of text, because their keys would be a twentieth of the pages. */
+export function compactTexts(): Plugin {
+    let keys: Keys;
+    return {
+        name: 'compact-texts',
+        apply: 'build',
+        enforce: 'pre',
+        async buildStart() {
+            keys = await keysOf(await read('en'));
+        },
+        resolveId: (id) => (id === linesId ? `\0${linesId}` : null),
+        async load(id) {
+            if (id !== `\0${linesId}`) {
+                return null;
+            }
+            const codes = (await readdir(new URL('i18n/', sources))).flatMap((name) => /^(\w\w)\.ts$/.exec(name)?.[1] ?? []);
+            const lines = await Promise.all(codes.map(async (code) => [code, linesOf(await read(code), keys)] as const));
+            return `export const lines = ${JSON.stringify(Object.fromEntries(lines))}; export const names = ${JSON.stringify(keys.named)};`;
+        },
+        transform(code, id) {
+            if (id.endsWith('/i18n/translations.ts')) {
+                return { code: fromLines, map: null };
+            }
+            if (!/\/pages\/src\/(?!i18n).*\.tsx?$/.test(id)) {
+                return null;
+            }
+            const numbered = code.replace(/'(\w+\.[\w-]+)'/g, (literal, key: string) => {
+                const number = keys.numbered.indexOf(key);
+                return number < 0 ? literal : String(number);
+            });
+            return { code: numbered, map: null };
+        },
+    };
+}

@@ -7,8 +7,7 @@ import { DevicePage } from './DevicePage';
 import { moveByArrows } from './arrows';
 import { DeviceStore } from './store';
 
-import '../styles/tokens.css';
-import '../styles/base.css';
+import '../styles';
 import './device.css';
 
 let drawing = false;

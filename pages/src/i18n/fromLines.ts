@@ -1,20 +1,14 @@
-import { en, type Translation } from './en';
+import { choicesOf, settingKeys } from '../settings/catalogue';
+import type { Translation } from './en';
 
 /**
- * A translation from its texts, which have the order of the English ones. The build makes such lists. Each group of texts is
- * made when it is used: of most languages none is.
+ * A translation from its texts, one a line: the name of each setting and what it is, the choices, the texts with these names,
+ * and the texts that the built code has the numbers of. The build makes such lines.
  */
-export function fromList(texts: readonly string[]): Translation {
-    let next = 0;
-    const translation = {};
-    for (const [group, members] of Object.entries<object>({ ...en })) {
-        const keys = Object.keys(members);
-        const start = next;
-        next += keys.length;
-        Object.defineProperty(translation, group, {
-            enumerable: true,
-            get: () => Object.fromEntries(keys.map((key, index) => [key, texts[start + index]])),
-        });
-    }
-    return translation as Translation;
+export function fromLines(lines: string, names: readonly string[]): Translation {
+    const texts = lines.split('|');
+    const take = (keys: readonly string[]) =>
+        Object.fromEntries(texts.splice(0, keys.length).map((text, index) => [keys[index], text]));
+    const translation = { settings: take(settingKeys), about: take(settingKeys), choices: take(settingKeys.flatMap(choicesOf)) };
+    return { ...translation, texts: Object.assign(take(names), texts) } as Translation;
 }
