@@ -52,10 +52,10 @@ function linesOf({ settings, about, choices, texts }: Translation, keys: Keys): 
     ].join('|');
 }
 
-const linesId = 'virtual:lines';
-const fromLines = `
-    import { lines, names } from '${linesId}';
+/** Makes translations of `lines`. */
+const fromLines = (names: readonly string[]) => `
     import { fromLines } from './fromLines';
+    const names = ${JSON.stringify(names)};
     export const translations = Object.fromEntries(
         Object.entries(lines).map(([code, text]) => [code, fromLines(text, names)]));`;
 
@@ -69,18 +69,15 @@ export function compactTexts(): Plugin {
         async buildStart() {
             keys = await keysOf(await read('en'));
         },
-        resolveId: (id) => (id === linesId ? `\0${linesId}` : null),
-        async load(id) {
-            if (id !== `\0${linesId}`) {
-                return null;
+        async transform(code, id) {
+            const language = /\/i18n\/(\w\w)\.ts$/.exec(id)?.[1];
+            if (language !== undefined) {
+                const lines = linesOf(await read(language), keys);
+                return { code: `export const ${language} = ${JSON.stringify(lines)};`, map: null };
             }
-            const codes = (await readdir(new URL('i18n/', sources))).flatMap((name) => /^(\w\w)\.ts$/.exec(name)?.[1] ?? []);
-            const lines = await Promise.all(codes.map(async (code) => [code, linesOf(await read(code), keys)] as const));
-            return `export const lines = ${JSON.stringify(Object.fromEntries(lines))}; export const names = ${JSON.stringify(keys.named)};`;
-        },
-        transform(code, id) {
             if (id.endsWith('/i18n/translations.ts')) {
-                return { code: fromLines, map: null };
+                const lines = code.replace(/export const translations[^=]*/, 'const lines');
+                return { code: lines + fromLines(keys.named), map: null };
             }
             if (!/\/pages\/src\/(?!i18n).*\.tsx?$/.test(id)) {
                 return null;

@@ -1,4 +1,4 @@
-import { readFileSync } from 'node:fs';
+import { readdirSync, readFileSync } from 'node:fs';
 
 import { defineConfig, type Plugin } from 'vite';
 
@@ -7,19 +7,32 @@ import { compileHints } from './compileHints';
 import { settingsClient } from './settingsClient';
 import { shortCustomProperties } from './shortCustomProperties';
 
-/** The licence of the data about time zones goes where the files with them are. */
-const timeZoneLicence: Plugin = {
-    name: 'time zone licence',
+const generated = 'src/timezones/generated';
+
+/** The data about time zones, and their licence. */
+const timeZones: Plugin = {
+    name: 'time zones',
+    apply: 'build',
     generateBundle() {
+        for (const name of readdirSync(generated)) {
+            this.emitFile({
+                type: 'asset',
+                fileName: `timezones/${name}`,
+                source: readFileSync(`${generated}/${name}`),
+            });
+        }
         const source = readFileSync('node_modules/cldr-core/LICENSE');
         this.emitFile({ type: 'asset', fileName: 'timezones/LICENSE.txt', source });
     },
 };
 
-/** One script for both pages but what only the simulated TV has: two scripts would be half a kilobyte more. */
+/**
+ * One script for both pages but what only the simulated TV has: two scripts would be half a kilobyte more. The texts in other
+ * letters are apart, because these do not compress well together.
+ */
 function chunkOf(id: string): string | undefined {
-    if (id.endsWith('virtual:lines')) {
-        return 'texts';
+    if (/\/i18n\/\w\w\.ts$/.test(id)) {
+        return /(ar|ja)\.ts$/.test(id) ? 'texts-ar-ja' : 'texts';
     }
     return /\/src\/(device|gallery)\/|\/src\/main\.tsx|\.html/.test(id) ? undefined : 'pages';
 }
@@ -27,7 +40,7 @@ function chunkOf(id: string): string | undefined {
 /** `--mode gallery` adds the page of all components, which is no part of the product. */
 export default defineConfig(({ mode }) => ({
     ...settingsClient,
-    plugins: [timeZoneLicence, compactTexts(), shortCustomProperties, compileHints],
+    plugins: [timeZones, compactTexts(), shortCustomProperties, compileHints],
     // The calls of `h` are shorter than those of the automatic transformation.
     esbuild: {
         jsx: 'transform',
@@ -53,8 +66,10 @@ export default defineConfig(({ mode }) => ({
             input: ['index.html', 'device.html', ...(mode === 'gallery' ? ['gallery.html'] : [])],
             output: {
                 manualChunks: chunkOf,
-                assetFileNames: ({ originalFileNames: [name] }) =>
-                    `${name?.includes('/timezones/') === true ? 'timezones' : 'assets'}/[name]-[hash][extname]`,
+                // The host has browsers keep nothing, so that no name needs to change.
+                entryFileNames: 'assets/[name].js',
+                chunkFileNames: 'assets/[name].js',
+                assetFileNames: 'assets/[name][extname]',
             },
         },
     },
