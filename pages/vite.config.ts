@@ -34,7 +34,7 @@ function chunkOf(id: string): string | undefined {
     if (/\/i18n\/\w\w\.ts$/.test(id)) {
         return /(ar|ja)\.ts$/.test(id) ? 'texts-ar-ja' : 'texts';
     }
-    return /\/src\/(device|gallery)\/|\/src\/main\.tsx|\.html/.test(id) ? undefined : 'pages';
+    return /\/src\/(device|gallery)\/|\/src\/main\.ts|\.html/.test(id) ? undefined : 'pages';
 }
 
 /** `--mode gallery` adds the page of all components, which is no part of the product. */
