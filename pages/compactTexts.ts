@@ -44,22 +44,28 @@ async function keysOf({ texts }: Translation): Promise<Keys> {
 
 /** The texts of a translation, separated by bars, as `fromLines` reads them. */
 function linesOf({ settings, about, choices, texts }: Translation, keys: Keys): string {
-    return [
+    const lines = [
         ...keys.settings.map((key) => settings[key]),
         ...keys.settings.map((key) => about[key]),
         ...keys.choices.map((key) => choices[key]),
         ...[...keys.named, ...keys.numbered].map((key) => texts[key]),
-    ].join('|');
+    ];
+    if (lines.some((line) => line === undefined || line.includes('|'))) {
+        throw new Error('a text is missing, or contains the bar that separates the texts');
+    }
+    return lines.join('|');
 }
 
-/** Makes translations of `lines`. */
+/** Makes translations of `lines`, each when it is used. */
 const fromLines = (names: readonly string[]) => `
     import { fromLines } from './fromLines';
     const names = ${JSON.stringify(names)};
-    export const translations = Object.fromEntries(
-        Object.entries(lines).map(([code, text]) => [code, fromLines(text, names)]));`;
+    export const translations = {};
+    for (const [code, text] of Object.entries(lines)) {
+        Object.defineProperty(translations, code, { enumerable: true, get: () => fromLines(text, names) });
+    }`;
 
-/** Builds the translations as lines of text, because their keys would be a twentieth of the pages. */
+/** Builds the translations as lines of text, and uses of a key as its number: the keys would be a twentieth of the pages. */
 export function compactTexts(): Plugin {
     let keys: Keys;
     return {
@@ -82,7 +88,7 @@ export function compactTexts(): Plugin {
             if (!/\/pages\/src\/(?!i18n).*\.tsx?$/.test(id)) {
                 return null;
             }
-            const numbered = code.replace(/'(\w+\.[\w-]+)'/g, (literal, key: string) => {
+            const numbered = code.replace(/(['"])(\w+\.[\w-]+)\1/g, (literal, _quote, key: string) => {
                 const number = keys.numbered.indexOf(key);
                 return number < 0 ? literal : String(number);
             });

@@ -16,7 +16,9 @@ export const shortCustomProperties: Plugin = {
             this.error(`more than ${letters.length} custom properties`);
         }
         for (const file of styles) {
-            file.source = String(file.source).replace(customProperty, (name) => `--${letters[names.indexOf(name)]}`);
+            file.source = String(file.source)
+                .replace(customProperty, (name) => `--${letters[names.indexOf(name)]}`)
+                .replace(/(--\w): /g, '$1:');
         }
     },
 };

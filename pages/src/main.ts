@@ -1,3 +1,7 @@
 import { start } from './start';
 
-start();
+// The page of the simulated TV loads this script too, for what both need.
+const root = document.getElementById('settings');
+if (root !== null) {
+    start(root);
+}

@@ -10,8 +10,8 @@ import './styles';
 /** How long the page waits for the values before it says that it loads them, in milliseconds. */
 const patience = 250;
 
-/** Starts the settings page. */
-export function start(): void {
+/** Starts the settings page in `root`. */
+export function start(root: HTMLElement): void {
     hideKey();
     ignoreRepeatedActions();
 
@@ -32,6 +32,6 @@ export function start(): void {
 
     function draw(): void {
         stop();
-        render(<App store={store} />, document.getElementById('app') ?? document.body);
+        render(<App store={store} />, root);
     }
 }

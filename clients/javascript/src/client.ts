@@ -98,14 +98,13 @@ export class Client {
     #reading: Promise<Values | null> | null = null;
     /** Whether the host has answered who it is, so that the next event follows `sequence`. */
     #isGreeted = false;
+    readonly #options: Options;
 
-    constructor(
-        private readonly options: Options,
-        environment?: Environment,
-    ) {
+    constructor(options: Options, environment?: Environment) {
         if (options.name !== undefined && !/^\P{Cc}{1,64}$/u.test(options.name)) {
             throw new RangeError('a client name has 1 to 64 characters, no control characters');
         }
+        this.#options = options;
         const observer = {
             opened: () => {
                 this.#greet();
@@ -269,7 +268,7 @@ export class Client {
         this.#isGreeted = false;
         const run = this.#run;
         const sequence = this.#sequence;
-        const hello = { client: this.options.name, resume: run === null ? undefined : { run, sequence } };
+        const hello = { client: this.#options.name, resume: run === null ? undefined : { run, sequence } };
         const messageId = this.#nextId();
         this.#expect(messageId, (reply) => {
             if (reply?.kind === 'reply') {
@@ -305,7 +304,7 @@ export class Client {
         const values = await reading;
         if (values !== null) {
             this.#run = run;
-            this.options.loaded?.(values);
+            this.#options.loaded?.(values);
             this.#setStatus('online');
         }
     }
@@ -342,17 +341,17 @@ export class Client {
         this.#sequence = sequence;
         const event = isSetting(key) ? { key, ...members } : null;
         if (event !== null) {
-            this.options.event?.(event);
+            this.#options.event?.(event);
         }
         for (const write of this.#writes) {
-            const isOwn = members.origin === 'page' && members.client === (this.options.name ?? null);
+            const isOwn = members.origin === 'page' && members.client === (this.#options.name ?? null);
             if (isOwn && write.key === key && write.to === members.to) {
                 this.#writes.delete(write);
                 return;
             }
         }
         if (event !== null) {
-            this.options.changed?.({ key: event.key, value: event.to, event });
+            this.#options.changed?.({ key: event.key, value: event.to, event });
             // The event carries the requested text; the host may report another value.
             this.#scheduleRead([event.key], event);
         }
@@ -379,7 +378,7 @@ export class Client {
                 // For the next connection.
                 this.#unread.set(key, this.#unread.has(key) ? null : event);
             } else if (event === null || event.to !== values[key]) {
-                this.options.changed?.({ key, value: values[key], event });
+                this.#options.changed?.({ key, value: values[key], event });
             }
         }
     }
@@ -396,7 +395,7 @@ export class Client {
     #setStatus(status: Status): void {
         if (this.#status !== status) {
             this.#status = status;
-            this.options.status?.(status);
+            this.#options.status?.(status);
         }
     }
 

@@ -45,15 +45,26 @@ export class Connection {
     #attempt = 0;
     #timer: ReturnType<typeof setTimeout> | undefined;
     #stopped = false;
+    readonly #address: string;
+    readonly #path: string;
+    readonly #protocol: string;
+    readonly #observer: ConnectionObserver;
+    readonly #environment: Environment;
 
     /** `address` is that of the host for a browser, with the key unless a cookie has it. Call `start` next. */
     constructor(
-        private readonly address: string,
-        private readonly path: string,
-        private readonly protocol: string,
-        private readonly observer: ConnectionObserver,
-        private readonly environment: Environment = browser,
-    ) {}
+        address: string,
+        path: string,
+        protocol: string,
+        observer: ConnectionObserver,
+        environment: Environment = browser,
+    ) {
+        this.#address = address;
+        this.#path = path;
+        this.#protocol = protocol;
+        this.#observer = observer;
+        this.#environment = environment;
+    }
 
     start(): void {
         this.#connect();
@@ -91,8 +102,8 @@ export class Connection {
 
     #connect(): void {
         clearTimeout(this.#timer);
-        const { origin, search } = new URL(this.address);
-        const socket = this.environment.open(origin.replace('http', 'ws') + this.path + search, this.protocol);
+        const { origin, search } = new URL(this.#address);
+        const socket = this.#environment.open(origin.replace('http', 'ws') + this.#path + search, this.#protocol);
         this.#socket = socket;
         this.#timer = setTimeout(() => {
             this.#abandon(socket);
@@ -100,10 +111,10 @@ export class Connection {
         socket.onopen = () => {
             clearTimeout(this.#timer);
             this.#attempt = 0;
-            this.observer.opened();
+            this.#observer.opened();
         };
         socket.onmessage = ({ data }: MessageEvent<unknown>) => {
-            this.observer.received(String(data));
+            this.#observer.received(String(data));
         };
         socket.onclose = () => {
             this.#lost(socket);
@@ -124,7 +135,7 @@ export class Connection {
         }
         clearTimeout(this.#timer);
         this.#socket = null;
-        this.observer.closed();
+        this.#observer.closed();
         if (this.#stopped) {
             return;
         }
@@ -133,11 +144,11 @@ export class Connection {
             () => {
                 this.#connect();
             },
-            retryDelay(this.#attempt, this.environment.random()),
+            retryDelay(this.#attempt, this.#environment.random()),
         );
-        void this.environment.statusOf(this.address).then((status) => {
+        void this.#environment.statusOf(this.#address).then((status) => {
             if (status === forbidden) {
-                this.observer.unauthorized();
+                this.#observer.unauthorized();
             }
         });
     }

@@ -39,7 +39,7 @@ function drawSoon(): void {
 
 function draw(): void {
     drawing = false;
-    const root = document.getElementById('app');
+    const root = document.getElementById('device');
     if (root !== null) {
         render(
             <DevicePage

@@ -61,7 +61,9 @@ export class MessageLog {
 
     setPaused(paused: boolean): void {
         if (paused !== (this.#pause !== null)) {
-            this.#pause = paused ? { messages: this.#kept, time: this.now(), link: this.#link, total: this.#total } : null;
+            this.#pause = paused
+                ? { messages: this.#kept, time: this.now(), link: this.#link, total: this.#total }
+                : null;
         }
     }
 

@@ -54,13 +54,13 @@ export class RemoteControl {
     /** Where to go once the section is drawn. */
     #goal: Goal | null = null;
     #zone: 'menu' | 'list' = 'menu';
+    readonly #zones: Zones;
+    readonly #draw: (section: SectionId) => void;
 
     /** `draw`: draws a section at once. */
-    constructor(
-        private readonly zones: Zones,
-        section: SectionId,
-        private readonly draw: (section: SectionId) => void,
-    ) {
+    constructor(zones: Zones, section: SectionId, draw: (section: SectionId) => void) {
+        this.#zones = zones;
+        this.#draw = draw;
         this.#sections = { drawn: section, current: section };
     }
 
@@ -97,7 +97,7 @@ export class RemoteControl {
     /** Focuses a row, or where the focus was, once the section is drawn. */
     enterAt(goal: Goal): void {
         this.#goal = goal;
-        this.draw(goal.section);
+        this.#draw(goal.section);
         this.update(this.#sections, this.#writing);
     }
 
@@ -126,11 +126,11 @@ export class RemoteControl {
     }
 
     get #menu(): HTMLElement | null {
-        return this.zones.menu.current;
+        return this.#zones.menu.current;
     }
 
     get #list(): HTMLElement | null {
-        return this.zones.list.current;
+        return this.#zones.list.current;
     }
 
     #enterMenu(): void {

@@ -7,8 +7,7 @@ const loaded = new Map<string, readonly Region[]>();
 
 /** The regions and their time zones, by their names in a language of the pages. */
 export async function loadRegions(code: string): Promise<readonly Region[]> {
-    const regions =
-        loaded.get(code) ?? ((await (await fetch(`${folder}/${code}.json`)).json()) as readonly Region[]);
+    const regions = loaded.get(code) ?? ((await (await fetch(`${folder}/${code}.json`)).json()) as readonly Region[]);
     loaded.set(code, regions);
     return regions;
 }
