@@ -148,7 +148,7 @@ int main(void) {
     const std::string build = "cd '" + folder.path().string() +
                               "' && gdbus-codegen --generate-c-code proxy --interface-prefix org.settingshandler. "
                               "settings.xml && cc -w -o user user.c proxy.c $(pkg-config --cflags --libs gio-unix-2.0)";
-    const auto user = TestSupport::run({"sh", "-c", build + " && ./user"}, environment());
+    const auto user = TestSupport::run({"sh", "-c", build + " && ./user"}, environment(), std::chrono::minutes(5));
     EXPECT_EQ(user.output, "1 en-US 0\n") << user.errors;
     EXPECT_EQ(get("Timezone"), "s \"Asia/Tokyo\"");
 }
