@@ -116,7 +116,7 @@ std::string ReferenceModel::ownersValue(const std::string& key) {
 std::map<std::string, std::string> ReferenceModel::getSettings(const std::vector<std::string>& names) {
     line(0, "getSettings");
     std::map<std::string, std::string> result;
-    for (const auto& key : names.empty() ? allKeys : names) {
+    for (const auto& key : names.empty() ? *allKeys : names) {
         line(0, "SettingDBId: " + shown(key));
         const std::string value = ownersValue(key);
         // The time zone is reported even when it is empty.
