@@ -48,6 +48,9 @@ std::string shown(const std::string& text) {
 }  // namespace
 
 void ReferenceModel::record(const std::string& entry) {
+    if (journal.capacity() == 0) {
+        journal.reserve(32);
+    }
     journal.push_back(entry);
 }
 
