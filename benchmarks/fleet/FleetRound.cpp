@@ -21,7 +21,7 @@ namespace Benchmarks {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using SettingsMqtt::Message;
+using Mqtt::Message;
 
 /// A broker's queue of connections that wait to be accepted is short.
 std::chrono::milliseconds firstPauseOf(std::size_t televisions) {

@@ -41,6 +41,9 @@ std::vector<SettingsClient::Setting> SimulatedHost::catalogue() {
 }
 
 std::map<std::string, std::string> SimulatedHost::get(const std::vector<std::string>& keys) {
+    if (keys.empty()) {
+        return values;
+    }
     std::map<std::string, std::string> wanted;
     for (const auto& key : keys) {
         const auto found = values.find(key);
@@ -51,13 +54,13 @@ std::map<std::string, std::string> SimulatedHost::get(const std::vector<std::str
     return wanted;
 }
 
-SettingsClient::Answer SimulatedHost::set(const std::string& key, const std::string& value,
-                                          std::optional<std::int64_t> /*timestamp*/) {
+SettingsClient::Answer SimulatedHost::set(const SettingsClient::Assignment& wanted) {
     SettingsClient::Answer answer;
-    answer.value = value;
-    answer.outcome = values[key] == value ? SettingsClient::Outcome::UNCHANGED : SettingsClient::Outcome::CHANGED;
+    answer.value = wanted.value;
+    answer.outcome =
+        values[wanted.key] == wanted.value ? SettingsClient::Outcome::UNCHANGED : SettingsClient::Outcome::CHANGED;
     if (answer.outcome == SettingsClient::Outcome::CHANGED) {
-        assign(key, value, "socket");
+        assign(wanted.key, wanted.value, "socket");
     }
     return answer;
 }

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "Connections.h"
+#include "Bridge.h"
 #include "SettingsClient/Notification.h"
 
 namespace Benchmarks {
@@ -19,8 +19,7 @@ public:
 
     std::vector<SettingsClient::Setting> catalogue() override;
     std::map<std::string, std::string> get(const std::vector<std::string>& keys) override;
-    SettingsClient::Answer set(const std::string& key, const std::string& value,
-                               std::optional<std::int64_t> timestamp) override;
+    SettingsClient::Answer set(const SettingsClient::Assignment& wanted) override;
 
     /// Somebody at the television changes a setting.
     void change(const std::string& key, const std::string& value) { assign(key, value, "device"); }

@@ -13,26 +13,26 @@ namespace {
 
 constexpr const char* ownTopic = "spectator";
 
-std::shared_ptr<SettingsMqtt::MosquittoBroker> connectionTo(int port) {
-    SettingsMqtt::MosquittoOptions options;
+std::shared_ptr<Mqtt::Connection> connectionTo(int port) {
+    Mqtt::ConnectionOptions options;
     options.address = "127.0.0.1";
     options.port = port;
     options.clientId = ownTopic;
     options.lastWill = {ownTopic, "", false};
-    return std::make_shared<SettingsMqtt::MosquittoBroker>(options);
+    return std::make_shared<Mqtt::Connection>(options);
 }
 
 }  // namespace
 
-class Spectator::Listener : public SettingsMqtt::BrokerListener {
+class Spectator::Listener : public Mqtt::BrokerListener {
 public:
     void brokerConnected() override { isConnected = true; }
     void brokerLost() override { throw std::runtime_error("the broker has gone"); }
-    void received(const SettingsMqtt::Message& message) override { messages.push_back(message); }
+    void received(const Mqtt::Message& message) override { messages.push_back(message); }
     void acknowledged(int /*number*/) override {}
 
     bool isConnected = false;
-    std::deque<SettingsMqtt::Message> messages;
+    std::deque<Mqtt::Message> messages;
 };
 
 Spectator::Spectator(int port, std::vector<std::string> topics)
@@ -49,11 +49,11 @@ Spectator::Spectator(int port, std::vector<std::string> topics)
     receive([](const auto& message) { return message.topic == ownTopic; });
 }
 
-void Spectator::receive(const std::function<bool(const SettingsMqtt::Message&)>& take, std::chrono::seconds deadline) {
+void Spectator::receive(const std::function<bool(const Mqtt::Message&)>& take, std::chrono::seconds deadline) {
     const auto until = Clock::now() + deadline;
     for (;;) {
         while (!listener->messages.empty()) {
-            const SettingsMqtt::Message message = std::move(listener->messages.front());
+            const Mqtt::Message message = std::move(listener->messages.front());
             listener->messages.pop_front();
             if (take(message)) {
                 return;

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "mosquitto/MosquittoBroker.h"
+#include "mqtt/Connection.h"
 
 namespace Benchmarks {
 
@@ -18,9 +18,9 @@ public:
     /// Returns when it is connected and the broker has the subscriptions.
     Spectator(int port, std::vector<std::string> topics);
 
-    void publish(const SettingsMqtt::Message& message) { connection->publish(message); }
+    void publish(const Mqtt::Message& message) { connection->publish(message); }
     /// Passes messages to `take` until it returns true. Errors: `std::runtime_error` after `deadline`.
-    void receive(const std::function<bool(const SettingsMqtt::Message&)>& take,
+    void receive(const std::function<bool(const Mqtt::Message&)>& take,
                  std::chrono::seconds deadline = std::chrono::seconds(120));
 
 private:
@@ -29,7 +29,7 @@ private:
     /// Waits for the connection.
     void turn(Clock::time_point until);
 
-    const std::shared_ptr<SettingsMqtt::MosquittoBroker> connection;
+    const std::shared_ptr<Mqtt::Connection> connection;
     const std::shared_ptr<Listener> listener;
 };
 

@@ -9,8 +9,8 @@ namespace Benchmarks {
 
 namespace {
 
-SettingsMqtt::MosquittoOptions connectionOptions(std::size_t number, const TelevisionOptions& chosen) {
-    SettingsMqtt::MosquittoOptions options;
+Mqtt::ConnectionOptions connectionOptions(std::size_t number, const TelevisionOptions& chosen) {
+    Mqtt::ConnectionOptions options;
     options.address = "127.0.0.1";
     options.port = chosen.port;
     options.clientId = "settings-" + televisionName(number);
@@ -31,7 +31,7 @@ SettingsMqtt::BridgeOptions bridgeOptions(std::size_t number) {
 
 }  // namespace
 
-int CountedBroker::publish(const SettingsMqtt::Message& message) {
+int CountedBroker::publish(const Mqtt::Message& message) {
     ++published;
     return connection->publish(message);
 }
@@ -55,7 +55,7 @@ void CountedBroker::acknowledged(int number) {
 }
 
 Television::Television(std::size_t number, const TelevisionOptions& options)
-    : mosquitto(std::make_shared<SettingsMqtt::MosquittoBroker>(connectionOptions(number, options))),
+    : mosquitto(std::make_shared<Mqtt::Connection>(connectionOptions(number, options))),
       counted(std::make_shared<CountedBroker>(mosquitto)),
       bridge(bridgeOptions(number), counted, host, std::make_shared<SettingsMqtt::Versions>()) {
     counted->setListener(&bridge);

@@ -7,31 +7,30 @@
 
 #include "Bridge.h"
 #include "fleet/SimulatedHost.h"
-#include "mosquitto/MosquittoBroker.h"
+#include "mqtt/Connection.h"
 
 namespace Benchmarks {
 
 /// Knows whether the broker has everything.
-class CountedBroker : public SettingsMqtt::Broker, public SettingsMqtt::BrokerListener {
+class CountedBroker : public Mqtt::Broker, public Mqtt::BrokerListener {
 public:
-    explicit CountedBroker(std::shared_ptr<SettingsMqtt::MosquittoBroker> itsConnection)
-        : connection(std::move(itsConnection)) {}
+    explicit CountedBroker(std::shared_ptr<Mqtt::Connection> itsConnection) : connection(std::move(itsConnection)) {}
 
-    void setListener(SettingsMqtt::BrokerListener* who) { listener = who; }
+    void setListener(Mqtt::BrokerListener* who) { listener = who; }
     /// Connections until now.
     int connections() const { return connected; }
     bool hasEverything() const { return isConnected && published > 0 && published == taken; }
 
     void subscribe(const std::vector<std::string>& topics) override { connection->subscribe(topics); }
-    int publish(const SettingsMqtt::Message& message) override;
+    int publish(const Mqtt::Message& message) override;
     void brokerConnected() override;
     void brokerLost() override;
-    void received(const SettingsMqtt::Message& message) override { listener->received(message); }
+    void received(const Mqtt::Message& message) override { listener->received(message); }
     void acknowledged(int number) override;
 
 private:
-    const std::shared_ptr<SettingsMqtt::MosquittoBroker> connection;
-    SettingsMqtt::BrokerListener* listener = nullptr;
+    const std::shared_ptr<Mqtt::Connection> connection;
+    Mqtt::BrokerListener* listener = nullptr;
     bool isConnected = false;
     int connected = 0;
     /// On this connection.
@@ -52,7 +51,7 @@ public:
     Television(std::size_t number, const TelevisionOptions& options);
 
     /// To be watched and processed by a loop.
-    SettingsBridge::Source& connection() { return *mosquitto; }
+    Mqtt::Connection& connection() { return *mosquitto; }
     /// Publishes what happened at its host.
     void tellBridge();
     void change();
@@ -64,7 +63,7 @@ public:
 
 private:
     std::shared_ptr<SimulatedHost> host = std::make_shared<SimulatedHost>();
-    std::shared_ptr<SettingsMqtt::MosquittoBroker> mosquitto;
+    std::shared_ptr<Mqtt::Connection> mosquitto;
     std::shared_ptr<CountedBroker> counted;
     SettingsMqtt::Bridge bridge;
 };

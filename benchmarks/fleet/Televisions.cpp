@@ -21,7 +21,7 @@ namespace {
 
 using Benchmarks::Television;
 using Clock = std::chrono::steady_clock;
-using Wanted = SettingsBridge::Source::Wanted;
+using Wanted = Mqtt::Connection::Wanted;
 
 constexpr int commands = 3;
 constexpr std::size_t commandsIndex = static_cast<std::size_t>(-1);

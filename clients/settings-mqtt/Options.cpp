@@ -2,16 +2,13 @@
 
 #include <array>
 #include <cstdlib>
-#include <fstream>
 #include <random>
 #include <regex>
 #include <stdexcept>
 #include <utility>
 
 #include <CLI/CLI.hpp>
-#include <sys/stat.h>
 #include <systemd/sd-id128.h>
-#include <unistd.h>
 
 namespace SettingsMqtt {
 
@@ -63,125 +60,89 @@ std::string refuseId(const std::string& name) {
     return name == "all" || name == "group" ? "'" + name + "' names several devices" : refuseTopicName(name);
 }
 
-/// HOST, HOST:PORT, [ADDRESS] or [ADDRESS]:PORT. Errors: `CommandLineEnd`.
-void readAddress(const std::string& text, MosquittoOptions& broker) {
+/// Of HOST, HOST:PORT, [ADDRESS] or [ADDRESS]:PORT. Errors: `CommandLineEnd`.
+void splitAddress(Mqtt::ConnectionOptions& broker) {
     static const std::regex form(R"((?:\[([^\]]+)\]|([^:]+))(?::([0-9]{1,5}))?)");
+    const std::string text = broker.address;
     std::smatch parts;
-    const bool isAddress = std::regex_match(text, parts, form);
-    if (isAddress) {
+    if (std::regex_match(text, parts, form)) {
         broker.address = parts[1].matched ? parts[1] : parts[2];
         broker.port = parts[3].matched ? std::stoi(parts[3]) : broker.ca.empty() ? 1883 : 8883;
+        if (broker.port >= 1 && broker.port <= 65535) {
+            return;
+        }
     }
-    if (!isAddress || broker.port < 1 || broker.port > 65535) {
-        throw CommandLineEnd(2, "--broker: '" + text + "' is not HOST or HOST:PORT");
-    }
+    throw CommandLineEnd(2, "--broker: '" + text + "' is not HOST or HOST:PORT");
 }
 
-/// User and password, a line each. Errors: `std::runtime_error` for a file that others can read or change.
-void readCredentials(const std::string& path, MosquittoOptions& broker) {
-    struct stat status {};
-    if (::stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
-        throw std::runtime_error("--credentials: cannot read " + path);
-    }
-    // Its group may read it: then the service's group is meant.
-    if ((status.st_mode & 0027U) != 0 || (status.st_uid != 0 && status.st_uid != ::geteuid())) {
-        throw std::runtime_error("--credentials: " + path +
-                                 " must belong to root or this user, and others must not read it (mode 0600 or 0640)");
-    }
-    std::ifstream file(path);
-    std::getline(file, broker.user);
-    std::getline(file, broker.password);
-    if (broker.user.empty()) {
-        throw std::runtime_error("--credentials: " + path + " has no user in its first line");
-    }
+CLI::Option* addFile(CLI::App& app, const std::string& name, std::string& path, const std::string& help) {
+    return app.add_option(name, path, help)->type_name("FILE");
 }
 
-class CommandLine {
-public:
-    CommandLine() : app(description, "settings-mqtt") {
-        app.footer(examples);
-        SettingsBridge::addOptions(app, options.common);
-        addBroker();
-        addDevice();
-        app.set_config("--config", "", "Read options from FILE, lines such as group=[\"lobby\"]")->type_name("FILE");
-    }
+void addBroker(CLI::App& app, Mqtt::ConnectionOptions& broker) {
+    app.add_option("--broker", broker.address,
+                   "Address of the broker; the port is 1883, or 8883 with --ca, unless given")
+        ->type_name("HOST:PORT");
+    app.add_option("--protocol", broker.protocol, "Version of MQTT")->check(CLI::IsMember({"5", "3.1.1"}));
+    auto* const ca = addFile(app, "--ca", broker.ca,
+                             "Use TLS; certificates (PEM) of the authorities that the broker's must come from");
+    auto* const certificate =
+        addFile(app, "--certificate", broker.certificate, "Certificate (PEM) that identifies this device");
+    auto* const key = addFile(app, "--key", broker.key, "Key (PEM) of --certificate");
+    certificate->needs(key);
+    key->needs(certificate, ca);
+    addFile(app, "--credentials", broker.credentials, "User and password, a line each; not readable by others");
+    app.add_option("--keepalive", broker.keepalive, "Seconds without a message after which the connection is checked")
+        ->check(CLI::Range(5, 3600));
+    app.add_option("--first-pause", broker.firstPause,
+                   "Longest first pause in seconds before connecting again; more for many devices")
+        ->check(CLI::Range(0.1, 86400.0));
+    app.add_option("--longest-pause", broker.longestPause, "Longest pause in seconds between attempts to connect")
+        ->check(CLI::Range(0.1, 86400.0));
+}
 
-    Options parse(int argumentCount, const char* const* arguments) {
-        SettingsBridge::parse(app, argumentCount, arguments);
-        readAddress(address, options.broker);
-        if (options.stateFolder.empty()) {
-            throw CommandLineEnd(2, "--state is required: neither XDG_STATE_HOME nor HOME names a folder");
-        }
-        if (!credentials.empty()) {
-            readCredentials(credentials, options.broker);
-        }
-        std::string& id = options.bridge.id;
-        id = id.empty() ? idOfMachine() : id;
-        options.bridge.version = SETTINGS_HANDLER_VERSION;
-        options.broker.clientId = "settings-" + id;
-        options.broker.lastWill = Topics(id).availability(false);
-        options.broker.seed = std::random_device()();
-        return options;
-    }
+template <typename Names>
+CLI::Option* addMany(CLI::App& app, const std::string& name, Names& values, const std::string& help) {
+    return app.add_option(name, values, help)
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
 
-private:
-    void addBroker() {
-        MosquittoOptions& broker = options.broker;
-        app.add_option("--broker", address, "Address of the broker; the port is 1883, or 8883 with --ca, unless given")
-            ->type_name("HOST:PORT");
-        app.add_option("--protocol", broker.protocol, "Version of MQTT")->check(CLI::IsMember({"5", "3.1.1"}));
-        auto* const ca = addFile("--ca", broker.ca,
-                                 "Use TLS; certificates (PEM) of the authorities that the broker's must come from");
-        auto* const certificate =
-            addFile("--certificate", broker.certificate, "Certificate (PEM) that identifies this device");
-        auto* const key = addFile("--key", broker.key, "Key (PEM) of --certificate");
-        certificate->needs(key);
-        key->needs(certificate, ca);
-        addFile("--credentials", credentials, "User and password, a line each; not readable by others");
-        app.add_option("--keepalive", broker.keepalive,
-                       "Seconds without a message after which the connection is checked")
-            ->check(CLI::Range(5, 3600));
-        app.add_option("--first-pause", broker.firstPause,
-                       "Longest first pause in seconds before connecting again; more for many devices")
-            ->check(CLI::Range(0.1, 86400.0));
-        app.add_option("--longest-pause", broker.longestPause, "Longest pause in seconds between attempts to connect")
-            ->check(CLI::Range(0.1, 86400.0));
-    }
-
-    void addDevice() {
-        options.stateFolder = defaultStateFolder();
-        app.add_option("--id", options.bridge.id, "Name of this device in topics; default: made from the machine id")
-            ->check(refuseId);
-        addMany("--group", options.bridge.groups, "NAME", "Take commands for this group; may be repeated")
-            ->check(refuseTopicName);
-        addMany("--include", options.bridge.included, "KEY", "Offer a personal setting, too; may be repeated");
-        app.add_flag("--home-assistant", options.bridge.homeAssistant, "Publish discovery messages for Home Assistant");
-        app.add_option("--state", options.stateFolder, "Folder of the versions of desired values that were applied")
-            ->type_name("FOLDER");
-    }
-
-    template <typename Names>
-    CLI::Option* addMany(const std::string& name, Names& values, const std::string& type, const std::string& help) {
-        return app.add_option(name, values, help)
-            ->type_name(type)
-            ->allow_extra_args(false)
-            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    }
-
-    CLI::Option* addFile(const std::string& name, std::string& path, const std::string& help) {
-        return app.add_option(name, path, help)->type_name("FILE");
-    }
-
-    Options options;
-    std::string address = options.broker.address;
-    std::string credentials;
-    CLI::App app;
-};
+void addDevice(CLI::App& app, BridgeOptions& bridge, std::string& stateFolder) {
+    app.add_option("--id", bridge.id, "Name of this device in topics; default: made from the machine id")
+        ->check(refuseId);
+    addMany(app, "--group", bridge.groups, "Take commands for this group; may be repeated")
+        ->type_name("NAME")
+        ->check(refuseTopicName);
+    addMany(app, "--include", bridge.included, "Offer a personal setting, too; may be repeated")->type_name("KEY");
+    app.add_flag("--home-assistant", bridge.homeAssistant, "Publish discovery messages for Home Assistant");
+    stateFolder = defaultStateFolder();
+    app.add_option("--state", stateFolder, "Folder of the versions of desired values that were applied")
+        ->type_name("FOLDER");
+}
 
 }  // namespace
 
 Options parseOptions(int argumentCount, const char* const* arguments) {
-    return CommandLine().parse(argumentCount, arguments);
+    Options options;
+    CLI::App app(description, "settings-mqtt");
+    app.footer(examples);
+    SettingsBridge::addOptions(app, options.common);
+    addBroker(app, options.broker);
+    addDevice(app, options.bridge, options.stateFolder);
+    app.set_config("--config", "", "Read options from FILE, lines such as group=[\"lobby\"]")->type_name("FILE");
+    SettingsBridge::parse(app, argumentCount, arguments);
+    splitAddress(options.broker);
+    if (options.stateFolder.empty()) {
+        throw CommandLineEnd(2, "--state is required: neither XDG_STATE_HOME nor HOME names a folder");
+    }
+    std::string& id = options.bridge.id;
+    id = id.empty() ? idOfMachine() : id;
+    options.bridge.version = SETTINGS_HANDLER_VERSION;
+    options.broker.clientId = "settings-" + id;
+    options.broker.lastWill = Topics(id).availability(false);
+    options.broker.seed = std::random_device()();
+    return options;
 }
 
 }  // namespace SettingsMqtt

@@ -4,14 +4,14 @@
 
 #include "Bridge.h"
 #include "bridge/CommandLine.h"
-#include "mosquitto/MosquittoBroker.h"
+#include "mqtt/Connection.h"
 
 namespace SettingsMqtt {
 
 struct Options {
     SettingsBridge::Options common;
     BridgeOptions bridge;
-    MosquittoOptions broker;
+    Mqtt::ConnectionOptions broker;
     std::string stateFolder;
 };
 

@@ -1,6 +1,7 @@
 #include "VersionFile.h"
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -18,6 +19,9 @@ namespace {
 /// The first line; then a line for each key: key, version, fingerprint.
 constexpr const char* title = "settings-mqtt 1";
 
+/// Until values are stored; each time takes two flushes of the disk.
+constexpr std::chrono::seconds savingPause{10};
+
 bool isFlushed(const std::string& path) {
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     const bool isDone = descriptor >= 0 && ::fsync(descriptor) == 0;
@@ -27,10 +31,30 @@ bool isFlushed(const std::string& path) {
 
 }  // namespace
 
-VersionFile::VersionFile(std::string stateFolder, Log logger)
-    : folder(std::move(stateFolder)), path(folder + "/versions"), log(std::move(logger)) {
+VersionFile::VersionFile(std::string stateFolder, const SettingsBridge::Log& programLog)
+    : folder(std::move(stateFolder)),
+      path(folder + "/versions"),
+      log(programLog),
+      kept(std::make_shared<Versions>(load())) {
     if (std::filesystem::create_directories(folder)) {
         std::filesystem::permissions(folder, std::filesystem::perms::owner_all);
+    }
+}
+
+SettingsBridge::Source::Wanted VersionFile::wanted() {
+    const auto unsaved = kept->unsaved();
+    if (unsaved == Versions::Unsaved::VERSIONS) {
+        process(0);
+    } else if (unsaved == Versions::Unsaved::VALUES && !due) {
+        due = std::chrono::steady_clock::now() + savingPause;
+    }
+    return {-1, 0, due};
+}
+
+void VersionFile::process(short /*events*/) {
+    due.reset();
+    if (kept->unsaved() != Versions::Unsaved::NOTHING) {
+        store(kept->save());
     }
 }
 

@@ -1,12 +1,11 @@
-#include <chrono>
 #include <memory>
-#include <optional>
 #include <string>
 
 #include "Options.h"
 #include "SettingsClient/Client.h"
 #include "VersionFile.h"
 #include "bridge/Log.h"
+#include "bridge/Loop.h"
 #include "bridge/StatusFile.h"
 
 namespace SettingsMqtt {
@@ -21,55 +20,37 @@ public:
 
     std::vector<SettingsClient::Setting> catalogue() override { return client.catalogue(); }
     std::map<std::string, std::string> get(const std::vector<std::string>& keys) override { return client.get(keys); }
-    SettingsClient::Answer set(const std::string& key, const std::string& value,
-                               std::optional<std::int64_t> timestamp) override {
-        return client.set(key, value, timestamp);
+    SettingsClient::Answer set(const SettingsClient::Assignment& wanted) override {
+        return client.set(wanted.key, wanted.value, wanted.timestamp);
     }
 
 private:
     Client& client;
 };
 
-/// Each time takes two flushes of the disk.
-constexpr std::chrono::seconds savingPause{10};
-
-/// What is done before each wait.
-class Upkeep : public SettingsBridge::Source {
+/// The connection to the broker; before each wait it says how the program is.
+class BrokerSource : public SettingsBridge::Source {
 public:
-    Upkeep(Versions& ofDesiredValues, const VersionFile& theirFile, const Client& host,
-           const MosquittoBroker& connection)
-        : versions(ofDesiredValues), file(theirFile), client(host), broker(connection) {}
+    BrokerSource(Mqtt::Connection& brokerConnection, const Client& hostConnection)
+        : broker(brokerConnection), host(hostConnection) {}
 
     Wanted wanted() override {
-        const auto unsaved = versions.unsaved();
-        if (unsaved == Versions::Unsaved::VERSIONS) {
-            process(0);
-        } else if (unsaved == Versions::Unsaved::VALUES && !saving) {
-            saving = std::chrono::steady_clock::now() + savingPause;
-        }
-        const std::string state = !client.isConnected()   ? "waiting for the host"
+        const std::string state = !host.isConnected()     ? "waiting for the host"
                                   : !broker.isConnected() ? "waiting for the broker"
                                                           : "connected to host and broker";
-        status.write(client.isConnected() && broker.isConnected(), state);
-        return {-1, 0, saving};
+        status.write(host.isConnected() && broker.isConnected(), state);
+        const auto wanted = broker.wanted();
+        return {wanted.descriptor, wanted.events, wanted.time};
     }
-    void process(short /*events*/) override {
-        saving.reset();
-        if (versions.unsaved() != Versions::Unsaved::NOTHING) {
-            file.store(versions.save());
-        }
-    }
+    void process(short events) override { broker.process(events); }
 
 private:
-    Versions& versions;
-    const VersionFile& file;
-    const Client& client;
-    const MosquittoBroker& broker;
-    std::optional<Time> saving;
+    Mqtt::Connection& broker;
+    const Client& host;
     SettingsBridge::StatusFile status{"settings-mqtt", SETTINGS_HANDLER_VERSION};
 };
 
-void observe(Client& client, Bridge& bridge, MosquittoBroker& broker, const SettingsBridge::Log& log) {
+void observe(Client& client, Bridge& bridge, Mqtt::Connection& broker, const SettingsBridge::Log& log) {
     client.onEvent([&](const auto& event) { bridge.changed(event); });
     client.onReread([&](const auto& reread) { bridge.reread(reread.keys); });
     client.onConnected([&] {
@@ -86,23 +67,22 @@ void observe(Client& client, Bridge& bridge, MosquittoBroker& broker, const Sett
 void run(Options options) {
     const SettingsBridge::Log log(options.common.logLevel);
     options.bridge.log = options.broker.log = log;
-    const VersionFile file(options.stateFolder, log);
-    const auto versions = std::make_shared<Versions>(file.load());
+    VersionFile versions(options.stateFolder, log);
     Client client({options.bridge.client, SettingsBridge::socketsOf(options.common)});
-    const auto broker = std::make_shared<MosquittoBroker>(options.broker);
-    Bridge bridge(options.bridge, broker, std::make_shared<ClientHost>(client), versions);
+    const auto broker = std::make_shared<Mqtt::Connection>(options.broker);
+    Bridge bridge(options.bridge, broker, std::make_shared<ClientHost>(client), versions.versions());
     observe(client, bridge, *broker, log);
-    SettingsBridge::HostSource host(client);
-    Upkeep upkeep(*versions, file, client, *broker);
+    SettingsBridge::HostSource hostSource(client);
+    BrokerSource brokerSource(*broker, client);
     SettingsBridge::Loop loop;
-    loop.add(upkeep);
-    loop.add(host);
-    loop.add(*broker);
+    loop.add(versions);
+    loop.add(hostSource);
+    loop.add(brokerSource);
     log(1, "this device is settings/" + options.bridge.id);
     loop.run("waiting for the host");
     bridge.hostLost();
     broker->disconnect();
-    upkeep.process(0);
+    versions.process(0);
 }
 
 }  // namespace

@@ -12,10 +12,10 @@ namespace {
 constexpr std::size_t largestFrame = 65536;
 /// About half of the backlog of one client that does not read.
 constexpr std::size_t muchUnread = 512UL * 1024UL;
-
-std::string name(std::size_t connection) {
-    return "connection " + std::to_string(connection);
-}
+/// With a disk that fails, each frame may have led to many things.
+constexpr std::size_t mostFramesWithFailingDisk = 8;
+/// More would take the machine's memory.
+constexpr std::size_t mostPossibilities = 4096;
 
 bool isSettings(Kind kind) {
     return kind != Kind::DEVICE;
@@ -24,6 +24,14 @@ bool isSettings(Kind kind) {
 }  // namespace
 
 Judge::Judge(bool remembersAwaited) : onDisk(1), remembers(remembersAwaited) {}
+
+std::string Judge::name(std::size_t connection) {
+    return "connection " + std::to_string(connection);
+}
+
+std::string Judge::shown(const std::optional<std::string>& frame) {
+    return frame ? *frame : "a frame that is too large";
+}
 
 // What clients do
 
@@ -88,6 +96,12 @@ void Judge::reads(std::size_t connection, bool isReading) {
     client.mayBeClosed = client.mayBeClosed || (!isReading && client.kind == Kind::PAGE);
 }
 
+bool Judge::isTooMuch(std::size_t connection) const {
+    const Client& client = clients.at(connection);
+    return isUp() && states.front()->model.isOn("storage-failing") && isSettings(client.kind) &&
+           client.waiting.size() > mostFramesWithFailingDisk;
+}
+
 // What the host does
 
 void Judge::observe(const Observed& observed) {
@@ -95,12 +109,12 @@ void Judge::observe(const Observed& observed) {
         return receive(observed);
     }
     wasSettled = observed.isSettled;
-    readAgain(observed.now, observed.now);
+    readAgain(observed.before, observed.now);
     unite();
     const bool hasPartial = observed.isCrashed && !observed.handled.empty();
     const std::size_t whole = observed.handled.size() - (hasPartial ? 1 : 0);
     for (std::size_t index = 0; index < whole; ++index) {
-        handle(observed.handled[index]);
+        handle(observed.handled[index], observed.now);
         rule(observed);
     }
     if (hasPartial) {
@@ -132,11 +146,7 @@ bool Judge::isQuiet(const Observed& observed) const {
 
 namespace {
 
-std::string shown(const std::optional<std::string>& frame) {
-    return frame ? *frame : "a frame that is too large";
-}
-
-std::string shown(const std::map<std::string, std::string>& values) {
+std::string shownValues(const std::map<std::string, std::string>& values) {
     std::string text;
     for (const auto& [key, value] : values) {
         text.append(text.empty() ? "" : ", ").append(key).append(": '").append(value).append("'");
@@ -146,7 +156,7 @@ std::string shown(const std::map<std::string, std::string>& values) {
 
 }  // namespace
 
-void Judge::handle(const Handled& handled) {
+void Judge::handle(const Handled& handled, std::int64_t now) {
     Client& client = clients.at(handled.connection);
     if (client.waiting.empty() || client.waiting.front() != handled.frame) {
         throw Finding("the host handles the frames of " + name(handled.connection) + " in another order",
@@ -154,13 +164,16 @@ void Judge::handle(const Handled& handled) {
     }
     client.waiting.pop_front();
     client.hasJoined = true;
+    const long jump = states.front()->model.faultTime("clock-jump");
     States after;
     for (auto& state : states) {
         follow(std::move(state), handled, false, after);
+        if (after.size() > mostPossibilities) {
+            throw Finding("there are too many possibilities", "fewer", shown(handled.frame));
+        }
     }
     states = std::move(after);
-    const long jump = states.front()->model.faultTime("clock-jump");
-    readAgain(handled.begin - jump, handled.end - jump);
+    readAgain(handled.begin - jump, now);
     unite();
 }
 
@@ -224,8 +237,9 @@ void Judge::step(State& state, const Handled& handled, const DiskFate& fate, boo
     for (const std::size_t connection : mayClose) {
         clients.at(connection).mayBeClosed = true;
     }
-    const bool isWhole = !state.model.isOn("storage-failing") && !mayLeaveGhosts;
-    state.storageWorked = wasWaiting && (state.storageWorked || (isWhole && state.model.storageWorked()));
+    // While it fails to read again fails, too, and is tried again only when the storage has worked once more.
+    state.storageWorked = wasWaiting && !state.model.isOn("storage-failing") &&
+                          (state.storageWorked || (!mayLeaveGhosts && state.model.storageWorked()));
 }
 
 void Judge::send(State& state, const std::vector<Output>& outputs, std::int64_t begin, std::int64_t end,
@@ -267,7 +281,8 @@ void Judge::release(State& state, std::int64_t now) {
     }
 }
 
-/// A batch that was rolled back may be read again after each frame, when the storage can be read.
+/// A batch that was rolled back may be read again after each frame, when the storage can be read. A slow SDK makes that
+/// long: it ends between `begin` and `end`.
 void Judge::readAgain(std::int64_t begin, std::int64_t end) {
     const std::size_t before = states.size();
     for (std::size_t index = 0; index < before; ++index) {
@@ -301,201 +316,7 @@ void Judge::crash(const Handled& handled) {
     states = std::move(after);
 }
 
-// Frames that come
-
-/// Each event has an id of its own, and everybody gets the same text.
-void Judge::checkIds(const Observed::OfConnection& came) {
-    static const std::string beginning = R"({"type":25,"messageId":")";
-    for (const auto& frame : came.frames) {
-        if (frame.rfind(beginning, 0) != 0) {
-            continue;
-        }
-        const std::string id = frame.substr(beginning.size(), frame.find('"', beginning.size()) - beginning.size());
-        const auto known = events.emplace(id, frame).first;
-        if (known->second != frame) {
-            throw Finding("two events have the message id " + id, known->second, frame);
-        }
-    }
-}
-
-/// Rules out what does not agree with what came, as soon as that is known.
-void Judge::rule(const Observed& observed) {
-    if (states.size() < 2) {
-        return;
-    }
-    const auto disagrees = [&](const std::unique_ptr<State>& state) {
-        return std::any_of(observed.connections.begin(), observed.connections.end(),
-                           [&](const auto& came) { return !agrees(*state, came); });
-    };
-    // With none, the first one tells what is wrong.
-    if (!std::all_of(states.begin(), states.end(), disagrees)) {
-        states.erase(std::remove_if(states.begin(), states.end(), disagrees), states.end());
-    }
-}
-
-bool Judge::agrees(State& state, const Observed::OfConnection& came) {
-    const auto found = state.queues.find(came.connection);
-    if (found == state.queues.end()) {
-        return true;
-    }
-    Queue queue = found->second;
-    auto next = queue.begin();
-    for (const auto& frame : came.frames) {
-        next = find(queue, next, frame, state.model.run);
-        if (next == queue.end()) {
-            return true;
-        }
-        if (!matches(*next->frame, frame, state.model.run)) {
-            return false;
-        }
-        ++next;
-    }
-    return true;
-}
-
-/// Returns: what `frame` must be.
-Judge::Queue::iterator Judge::find(Queue& queue, Queue::iterator next, const std::string& frame, std::string& run) {
-    while (next != queue.end() && next->isOptional && !matches(*next->frame, frame, run)) {
-        ++next;
-    }
-    if (next != queue.end() && next->isOptional) {
-        // A client that joined too late for this one may have got the same text that must come after it.
-        const auto must =
-            std::find_if(next + 1, queue.end(), [](const Pending& pending) { return !pending.isOptional; });
-        if (must != queue.end() && matches(*must->frame, frame, run)) {
-            must->isOptional = true;
-        }
-    }
-    return next;
-}
-
-void Judge::receive(const Observed& observed) {
-    for (const auto& came : observed.connections) {
-        checkIds(came);
-        for (const auto& frame : came.frames) {
-            if (remembers) {
-                learn(frame, knownTexts);
-            }
-        }
-    }
-    if (remembers && isUp()) {
-        queuesBefore = states.front()->queues;
-        runBefore = run();
-    }
-    std::optional<Finding> first;
-    States possible;
-    for (auto& state : states) {
-        auto reason = receive(*state, observed);
-        if (!reason && observed.isSettled && observed.isRunning) {
-            reason = complete(*state, observed);
-        }
-        if (!reason) {
-            possible.push_back(std::move(state));
-            continue;
-        }
-        if (!first) {
-            first = std::move(reason);
-        }
-    }
-    if (possible.empty() && first) {
-        throw Finding(*first);
-    }
-    states = std::move(possible);
-}
-
-std::optional<Finding> Judge::receive(State& state, const Observed& observed) {
-    for (const auto& came : observed.connections) {
-        if (auto reason = receive(state, came, observed.now)) {
-            return reason;
-        }
-    }
-    return std::nullopt;
-}
-
-std::optional<Finding> Judge::receive(State& state, const Observed::OfConnection& came, std::int64_t now) {
-    if (came.frames.empty()) {
-        return std::nullopt;
-    }
-    auto& queue = state.queues[came.connection];
-    auto next = queue.begin();
-    for (const auto& frame : came.frames) {
-        next = find(queue, next, frame, state.model.run);
-        if (next == queue.end()) {
-            return Finding("a frame came at " + name(came.connection) + " without a reason", "nothing", frame);
-        }
-        if (!matches(*next->frame, frame, state.model.run)) {
-            return Finding("another frame came at " + name(came.connection), next->frame->shown(), frame);
-        }
-        if (next->earliest > now) {
-            return Finding("a frame came at " + name(came.connection) + " too early", next->frame->shown(),
-                           std::to_string(next->earliest - now) + " ms too early: " + frame);
-        }
-        state.reachedStep = std::max(state.reachedStep, next->persisted);
-        ++next;
-    }
-    queue.erase(queue.begin(), next);
-    if (queue.empty()) {
-        state.queues.erase(came.connection);
-    }
-    return std::nullopt;
-}
-
-std::optional<Finding> Judge::complete(State& state, const Observed& observed) {
-    for (const auto& came : observed.connections) {
-        if (auto reason = completeClient(state, came, observed.now)) {
-            return reason;
-        }
-    }
-    const bool isReadable = !observed.diskFailed && !state.model.isOn("storage-failing");
-    if (state.model.waitsForStorage() && state.storageWorked && isReadable) {
-        return Finding("a batch that was rolled back is not read again", "a notice of its keys", "nothing");
-    }
-    if (!state.model.run.empty() && formerRuns.count(state.model.run) > 0) {
-        return Finding("a run has the name of a former one", "another name", state.model.run);
-    }
-    return std::nullopt;
-}
-
-std::optional<Finding> Judge::completeClient(State& state, const Observed::OfConnection& came, std::int64_t now) {
-    const Client& client = clients.at(came.connection);
-    const auto closing = state.closing.find(came.connection);
-    if (!client.isOpen || !client.isReading || state.model.restartWasAsked()) {
-        return std::nullopt;
-    }
-    if (came.isClosedByHost && client.mayBeClosed) {
-        return std::nullopt;
-    }
-    const bool mustClose = closing != state.closing.end() || !client.closeStatuses.empty();
-    if (mustClose && !came.isClosedByHost) {
-        return Finding(name(came.connection) + " is not closed", "closed", "open");
-    }
-    if (mustClose) {
-        const bool isRight = closing != state.closing.end()
-                                 ? closing->second == 0 || closing->second == came.closeStatus
-                                 : client.closeStatuses.count(came.closeStatus) > 0;
-        return isRight ? std::nullopt
-                       : std::optional(Finding(name(came.connection) + " is closed with another status", "",
-                                               std::to_string(came.closeStatus)));
-    }
-    if (came.isClosedByHost && !client.hasEndedOutput) {
-        return Finding(name(came.connection) + " is closed without a reason", "open",
-                       "closed " + std::to_string(came.closeStatus));
-    }
-    if (!came.isClosedByHost && !client.waiting.empty()) {
-        return Finding("a frame of " + name(came.connection) + " is not handled", shown(client.waiting.front()),
-                       "nothing");
-    }
-    const auto queue = state.queues.find(came.connection);
-    if (queue == state.queues.end()) {
-        return std::nullopt;
-    }
-    for (const auto& pending : queue->second) {
-        if (!pending.isOptional && pending.latest <= now) {
-            return Finding("a frame did not come at " + name(came.connection), pending.frame->shown(), "nothing");
-        }
-    }
-    return std::nullopt;
-}
+// Possibilities
 
 void Judge::unite() {
     // What was on the disk before the host ended is not compared.
@@ -508,9 +329,11 @@ void Judge::unite() {
         const auto [same, isNew] = digests.emplace(digest(*state), different.size());
         if (isNew) {
             different.push_back(std::move(state));
-        } else {
-            different[same->second]->model.addGhosts(state->model.ghosts());
+            continue;
         }
+        State& known = *different[same->second];
+        known.model.addGhosts(state->model.ghosts());
+        known.storageWorked = known.storageWorked && state->storageWorked;
     }
     states = std::move(different);
 }
@@ -575,11 +398,11 @@ void Judge::started(const std::map<std::string, std::string>& stored) {
             states.push_back(std::make_unique<State>());
             states.back()->model.restart(durable);
         } else {
-            expected += (expected.empty() ? "" : " or ") + shown(durable.settings);
+            expected += (expected.empty() ? "" : " or ") + shownValues(durable.settings);
         }
     }
     if (states.empty()) {
-        throw Finding("other values are stored after the start", expected, shown(stored));
+        throw Finding("other values are stored after the start", expected, shownValues(stored));
     }
 }
 

@@ -58,7 +58,8 @@ public:
             int closeStatus;
         };
         std::vector<OfConnection> connections;
-        /// The machine's clock.
+        /// The machine's clock, at the last call and now.
+        std::int64_t before = 0;
         std::int64_t now = 0;
         /// Nothing more can happen without time.
         bool isSettled = false;
@@ -82,6 +83,8 @@ public:
     /// Has the host started, and not ended?
     bool isUp() const { return !states.empty(); }
     bool restartWasAsked() const { return isUp() && states.front()->model.restartWasAsked(); }
+    /// Would there be too many possibilities if the host handled now what this client has sent?
+    bool isTooMuch(std::size_t connection) const;
     /// As far as it is known.
     const std::string& run() const { return states.front()->model.run; }
     long newestSequence() const { return states.front()->model.newestSequence(); }
@@ -131,8 +134,12 @@ private:
 
     using States = std::vector<std::unique_ptr<State>>;
 
+    static std::string name(std::size_t connection);
+    static std::string shown(const std::optional<std::string>& frame);
+
     bool isQuiet(const Observed& observed) const;
-    void handle(const Handled& handled);
+    /// `now`: when the host has done all that followed.
+    void handle(const Handled& handled, std::int64_t now);
     void crash(const Handled& handled);
     void follow(std::unique_ptr<State> state, const Handled& handled, bool keepsSteps, States& after);
     void step(State& state, const Handled& handled, const DiskFate& fate, bool keepsSteps, bool mayLeaveGhosts);

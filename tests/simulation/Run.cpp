@@ -68,18 +68,12 @@ void Run::perform(const Operation& operation) {
             close(operation.slot);
             break;
         case Type::END_OUTPUT:
-            if (const auto connection = client(operation.slot)) {
-                judge.endedOutput(connection->number());
-                connection->endOutput();
-                proceed(-1);
-                close(operation.slot);
-            }
+            endOutput(operation.slot);
             break;
         case Type::PAUSE:
         case Type::READ:
             if (const auto connection = client(operation.slot)) {
-                judge.reads(connection->number(), operation.type == Type::READ);
-                connection->setReading(operation.type == Type::READ);
+                setReading(*connection, operation.type == Type::READ);
             }
             break;
         case Type::ADVANCE:
@@ -197,7 +191,7 @@ void Run::observe(bool isSettled) {
     if (judge.restartWasAsked()) {
         return restart();
     }
-    if (judge.possibilities() > fewPossibilities) {
+    if (judge.possibilities() > fewPossibilities && !isRepairing) {
         decide();
     }
     for (auto entry = open.begin(); entry != open.end();) {
@@ -205,11 +199,26 @@ void Run::observe(bool isSettled) {
     }
 }
 
+/// When it reads again, the host handles what it has sent meanwhile.
+void Run::setReading(Connection& connection, bool reads) {
+    if (reads && !isRepairing && judge.isTooMuch(connection.number())) {
+        repairDisk();
+    }
+    // The host may have ended meanwhile.
+    const auto isIt = [&](const auto& entry) { return entry.second.get() == &connection; };
+    if (std::any_of(open.begin(), open.end(), isIt)) {
+        judge.reads(connection.number(), reads);
+        connection.setReading(reads);
+    }
+}
+
 /// Lets everything come, so that the judge knows what happened.
 void Run::decide() {
-    for (const auto& entry : open) {
-        judge.reads(entry.second->number(), true);
-        entry.second->setReading(true);
+    for (const auto& entry : Connections(open)) {
+        setReading(*entry.second, true);
+    }
+    if (!judge.isUp()) {
+        return;
     }
     host.settle();
     look(true, host.state() == SimulatedHost::State::DEAD);
@@ -219,7 +228,7 @@ void Run::decide() {
     }
     if (host.state() == SimulatedHost::State::DEAD && judge.isUp()) {
         end("kill");
-    } else if (judge.isUp() && judge.possibilities() > fewPossibilities && !isRepairing) {
+    } else if (judge.isUp() && judge.possibilities() > fewPossibilities) {
         repairDisk();
     }
 }
@@ -227,6 +236,9 @@ void Run::decide() {
 /// Ends what makes it unclear what is stored, and reads all.
 void Run::repairDisk() {
     isRepairing = true;
+    if (const auto device = client(7)) {
+        setReading(*device, true);
+    }
     send(7, R"({"command":"fault","name":"storage-failing","enabled":false})");
     proceed(-1);
     send(0, everything);
@@ -253,7 +265,8 @@ void Run::restart() {
 void Run::look(bool isSettled, bool isCrashed) {
     Judge::Observed observed;
     observed.handled = host.takeHandled();
-    observed.now = host.now();
+    observed.before = lastLook;
+    observed.now = lastLook = host.now();
     observed.isSettled = isSettled;
     observed.isRunning = host.state() == SimulatedHost::State::RUNNING;
     observed.isCrashed = isCrashed;
@@ -365,6 +378,15 @@ void Run::resume(const Operation& operation) {
                              (operation.text.empty() ? "" : "\"client\":" + stringText(operation.text) + ",") +
                              R"("resume":{"run":)" + stringText(run) + R"(,"sequence":)" + std::to_string(sequence) +
                              "}}}");
+}
+
+void Run::endOutput(std::size_t slot) {
+    if (const auto connection = client(slot)) {
+        judge.endedOutput(connection->number());
+        connection->endOutput();
+        proceed(-1);
+        close(slot);
+    }
 }
 
 void Run::close(std::size_t slot) {

@@ -47,6 +47,7 @@ private:
     void proceed(int steps);
     void observe(bool isSettled);
     void look(bool isSettled, bool isCrashed);
+    void setReading(Connection& connection, bool reads);
     void decide();
     void repairDisk();
     void restart();
@@ -60,6 +61,7 @@ private:
     void send(std::size_t slot, const std::string& frame);
     void sendPart(const Operation& operation);
     void resume(const Operation& operation);
+    void endOutput(std::size_t slot);
     void close(std::size_t slot);
     void advance(std::int64_t milliseconds);
     void noteRun();
@@ -72,6 +74,7 @@ private:
     /// By slot.
     Connections open;
     std::vector<std::string> runs;
+    std::int64_t lastLook = 0;
     long diskFailures = 0;
     long diskCalls = 0;
     int starts = 0;

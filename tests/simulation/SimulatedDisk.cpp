@@ -1,20 +1,15 @@
 #include "simulation/SimulatedDisk.h"
 
 #include <algorithm>
-#include <cstring>
-#include <new>
 #include <utility>
 
 #include <sqlite3.h>
 
+#include "simulation/DiskLayer.h"
+
 namespace SettingsSimulation {
 
 namespace {
-
-std::string folderOf(const std::string& path) {
-    const std::size_t end = path.rfind('/');
-    return end == 0 ? "/" : path.substr(0, end);
-}
 
 std::error_code errorOf(std::errc error) {
     return std::make_error_code(error);
@@ -22,288 +17,24 @@ std::error_code errorOf(std::errc error) {
 
 }  // namespace
 
-struct SimulatedDisk::Change {
-    bool isTruncation;
-    std::size_t offset;
-    std::string bytes;
-
-    void apply(std::string& content) const {
-        if (isTruncation) {
-            content.resize(std::min(content.size(), offset));
-            return;
-        }
-        content.resize(std::max(content.size(), offset + bytes.size()));
-        std::memcpy(content.data() + offset, bytes.data(), bytes.size());
-    }
-};
-
-/// A file or folder, whatever its name.
-struct SimulatedDisk::File {
-    bool isFolder = false;
-    /// In the system's cache.
-    std::string content;
-    /// On the disk, and the changes that are not there yet.
-    std::string kept;
-    std::vector<Change> pending;
-    std::chrono::system_clock::time_point changed = std::chrono::system_clock::now();
-
-    void change(Change change) {
-        change.apply(content);
-        pending.push_back(std::move(change));
-        changed = std::chrono::system_clock::now();
-    }
-
-    void sync() {
-        for (const auto& change : pending) {
-            change.apply(kept);
-        }
-        pending.clear();
-    }
-
-    /// All, nothing or some of the changes are kept, in any order, and a part of one.
-    void losePower(Choices& choices) {
-        std::vector<Change> left;
-        switch (pending.empty() ? 0 : choices.pick(4, "what a power cut leaves of a file's changes")) {
-            case 0:
-                left = std::move(pending);
-                break;
-            case 1:
-                break;
-            default:
-                for (auto& change : pending) {
-                    if (choices.pick(2, "does a change survive") == 0) {
-                        left.push_back(std::move(change));
-                    }
-                }
-                reorderAndTear(left, choices);
-        }
-        pending = std::move(left);
-        sync();
-        content = kept;
-    }
-
-    static void reorderAndTear(std::vector<Change>& changes, Choices& choices) {
-        if (changes.empty()) {
-            return;
-        }
-        if (choices.pick(2, "are changes written in another order") == 1) {
-            for (std::size_t place = changes.size() - 1; place > 0; --place) {
-                std::swap(changes[place], changes[choices.pick(place + 1, "which change comes here")]);
-            }
-        }
-        if (choices.pick(2, "is a change torn") == 1) {
-            // Disks write whole sectors; flash may stop anywhere.
-            constexpr std::size_t sector = 512;
-            const std::size_t unit = choices.pick(3, "does it end at a sector") != 2 ? sector : 1;
-            std::string& bytes = changes[choices.pick(changes.size(), "which change is torn")].bytes;
-            bytes.resize(choices.pick(bytes.size() / unit + 1, "how much of it is left") * unit);
-        }
-    }
-};
-
 /// A name that was given, taken away, or both.
 struct SimulatedDisk::NameChange {
     std::string from;
     std::string to;
-    std::shared_ptr<File> file;
+    std::shared_ptr<SimulatedFile> file;
 
     bool isIn(const std::string& folder) const { return folderOf(to.empty() ? from : to) == folder; }
 };
 
-/// The functions that SQLite calls.
-struct DiskLayer {
-    using File = SimulatedDisk::File;
-
-    /// SQLite allocates this.
-    struct OpenFile {
-        sqlite3_file base;
-        SimulatedDisk* disk;
-        std::shared_ptr<File> file;
-    };
-
-    static OpenFile& open(sqlite3_file* file) { return *reinterpret_cast<OpenFile*>(file); }
-    static SimulatedDisk& diskOf(sqlite3_vfs* layer) { return *static_cast<SimulatedDisk*>(layer->pAppData); }
-
-    static int close(sqlite3_file* file) {
-        open(file).~OpenFile();
-        return SQLITE_OK;
-    }
-
-    static int read(sqlite3_file* file, void* out, int size, sqlite3_int64 offset) {
-        if (open(file).disk->fails()) {
-            return SQLITE_IOERR_READ;
-        }
-        const std::string& content = open(file).file->content;
-        const auto wanted = static_cast<std::size_t>(size);
-        const std::size_t start = std::min(static_cast<std::size_t>(offset), content.size());
-        const std::size_t found = std::min(wanted, content.size() - start);
-        std::memcpy(out, content.data() + start, found);
-        std::memset(static_cast<char*>(out) + found, 0, wanted - found);
-        return found == wanted ? SQLITE_OK : SQLITE_IOERR_SHORT_READ;
-    }
-
-    static int write(sqlite3_file* file, const void* bytes, int size, sqlite3_int64 offset) {
-        SimulatedDisk& disk = *open(file).disk;
-        const bool wasCutOff = disk.isCutOff;
-        const bool failed = disk.fails();
-        // The last write before the end may have reached the cache.
-        if (!failed || (!wasCutOff && disk.isCutOff && disk.choices.pick(2, "is the last write done") == 1)) {
-            open(file).file->change({false, static_cast<std::size_t>(offset),
-                                     std::string(static_cast<const char*>(bytes), static_cast<std::size_t>(size))});
-        }
-        return failed ? SQLITE_IOERR_WRITE : SQLITE_OK;
-    }
-
-    static int truncate(sqlite3_file* file, sqlite3_int64 size) {
-        if (open(file).disk->fails()) {
-            return SQLITE_IOERR_TRUNCATE;
-        }
-        open(file).file->change({true, static_cast<std::size_t>(size), ""});
-        return SQLITE_OK;
-    }
-
-    static int sync(sqlite3_file* file, int /*flags*/) {
-        SimulatedDisk& disk = *open(file).disk;
-        if (disk.fails()) {
-            return SQLITE_IOERR_FSYNC;
-        }
-        open(file).file->sync();
-        disk.keepName(*open(file).file);
-        return SQLITE_OK;
-    }
-
-    static int fileSize(sqlite3_file* file, sqlite3_int64* size) {
-        if (open(file).disk->fails()) {
-            return SQLITE_IOERR_FSTAT;
-        }
-        *size = static_cast<sqlite3_int64>(open(file).file->content.size());
-        return SQLITE_OK;
-    }
-
-    /// One process at a time uses the disk.
-    static int lock(sqlite3_file* file, int /*level*/) {
-        return open(file).disk->fails() ? SQLITE_IOERR_LOCK : SQLITE_OK;
-    }
-    static int unlock(sqlite3_file* /*file*/, int /*level*/) { return SQLITE_OK; }
-    static int checkReservedLock(sqlite3_file* /*file*/, int* result) {
-        *result = 0;
-        return SQLITE_OK;
-    }
-    static int fileControl(sqlite3_file* /*file*/, int /*operation*/, void* /*argument*/) { return SQLITE_NOTFOUND; }
-    static int sectorSize(sqlite3_file* /*file*/) { return 512; }
-    /// No guarantees that SQLite could rely on.
-    static int deviceCharacteristics(sqlite3_file* /*file*/) { return 0; }
-
-    static int openFile(sqlite3_vfs* layer, const char* name, sqlite3_file* file, int flags, int* outFlags) {
-        SimulatedDisk& disk = diskOf(layer);
-        file->pMethods = nullptr;
-        if (disk.fails()) {
-            return SQLITE_CANTOPEN;
-        }
-        std::shared_ptr<File> found;
-        if (name == nullptr) {
-            found = std::make_shared<File>();
-        } else if (const auto entry = disk.names.find(name); entry != disk.names.end()) {
-            found = entry->second;
-        } else if ((flags & SQLITE_OPEN_CREATE) != 0) {
-            found = disk.create(name);
-        } else {
-            return SQLITE_CANTOPEN;
-        }
-        new (file) OpenFile{{&methods}, &disk, std::move(found)};
-        if (outFlags != nullptr) {
-            *outFlags = flags;
-        }
-        return SQLITE_OK;
-    }
-
-    static int removeFile(sqlite3_vfs* layer, const char* name, int syncFolder) {
-        SimulatedDisk& disk = diskOf(layer);
-        if (disk.fails()) {
-            return SQLITE_IOERR_DELETE;
-        }
-        if (disk.fileAt(name) == nullptr) {
-            return SQLITE_IOERR_DELETE_NOENT;
-        }
-        disk.remove(name);
-        if (syncFolder != 0) {
-            disk.keepNames(folderOf(name));
-        }
-        return SQLITE_OK;
-    }
-
-    static int access(sqlite3_vfs* layer, const char* name, int flags, int* result) {
-        SimulatedDisk& disk = diskOf(layer);
-        if (disk.fails()) {
-            return SQLITE_IOERR_ACCESS;
-        }
-        const File* const file = disk.fileAt(name);
-        // A journal without content counts as none, as in SQLite's own layer.
-        *result = file != nullptr && (flags != SQLITE_ACCESS_EXISTS || !file->content.empty()) ? 1 : 0;
-        return SQLITE_OK;
-    }
-
-    static int fullPathName(sqlite3_vfs* /*layer*/, const char* name, int size, char* out) {
-        sqlite3_snprintf(size, out, "%s", name);
-        return SQLITE_OK;
-    }
-
-    static int randomness(sqlite3_vfs* layer, int size, char* out) {
-        Choices& choices = diskOf(layer).choices;
-        SeededChoices bytes(choices.pick(std::size_t{1} << 32U, "the seed of SQLite's random numbers"));
-        std::generate(out, out + size, [&] { return static_cast<char>(bytes.pick(256, "")); });
-        return size;
-    }
-
-    static int sleep(sqlite3_vfs* layer, int microseconds) {
-        diskOf(layer).sleep(std::chrono::microseconds(microseconds));
-        return microseconds;
-    }
-
-    static const sqlite3_io_methods methods;
-};
-
-const sqlite3_io_methods DiskLayer::methods = {1,
-                                               close,
-                                               read,
-                                               write,
-                                               truncate,
-                                               sync,
-                                               fileSize,
-                                               lock,
-                                               unlock,
-                                               checkReservedLock,
-                                               fileControl,
-                                               sectorSize,
-                                               deviceCharacteristics,
-                                               nullptr,
-                                               nullptr,
-                                               nullptr,
-                                               nullptr,
-                                               nullptr,
-                                               nullptr};
-
 SimulatedDisk::SimulatedDisk(Choices& allChoices, Sleep letTimePass)
     : choices(allChoices),
       sleep(std::move(letTimePass)),
-      layer(std::make_unique<sqlite3_vfs>()),
-      former(sqlite3_vfs_find(nullptr)) {
-    // Time is that of the process.
-    *layer = *former;
-    layer->szOsFile = static_cast<int>(sizeof(DiskLayer::OpenFile));
-    layer->zName = "simulated-disk";
-    layer->pNext = nullptr;
-    layer->pAppData = this;
-    layer->xOpen = DiskLayer::openFile;
-    layer->xDelete = DiskLayer::removeFile;
-    layer->xAccess = DiskLayer::access;
-    layer->xFullPathname = DiskLayer::fullPathName;
-    layer->xRandomness = DiskLayer::randomness;
-    layer->xSleep = DiskLayer::sleep;
+      former(sqlite3_vfs_find(nullptr)),
+      layer(std::make_unique<sqlite3_vfs>(diskLayer(*this, *former))) {
     sqlite3_vfs_register(layer.get(), 1);
     // Its random numbers begin anew, from this layer.
     sqlite3_randomness(0, nullptr);
-    const auto root = std::make_shared<File>();
+    const auto root = std::make_shared<SimulatedFile>();
     root->isFolder = true;
     names["/"] = root;
     keptNames = names;
@@ -317,6 +48,11 @@ SimulatedDisk::~SimulatedDisk() {
 
 std::string SimulatedDisk::databaseLayer() const {
     return layer->zName;
+}
+
+std::string SimulatedDisk::folderOf(const std::string& path) {
+    const std::size_t end = path.rfind('/');
+    return end == 0 ? "/" : path.substr(0, end);
 }
 
 bool SimulatedDisk::fails() {
@@ -358,13 +94,13 @@ void SimulatedDisk::work() {
     lastFailure = 0;
 }
 
-SimulatedDisk::File* SimulatedDisk::fileAt(const std::string& path) const {
+SimulatedFile* SimulatedDisk::fileAt(const std::string& path) const {
     const auto found = names.find(path);
     return found == names.end() ? nullptr : found->second.get();
 }
 
-std::shared_ptr<SimulatedDisk::File> SimulatedDisk::create(const std::string& path) {
-    auto made = std::make_shared<File>();
+std::shared_ptr<SimulatedFile> SimulatedDisk::create(const std::string& path) {
+    auto made = std::make_shared<SimulatedFile>();
     names[path] = made;
     pendingNames.push_back({"", path, made});
     return made;
@@ -390,7 +126,7 @@ void SimulatedDisk::keepNames(const std::string& folder) {
 }
 
 /// To sync a new file takes its name to the disk, and the changes of names before that.
-void SimulatedDisk::keepName(const File& file) {
+void SimulatedDisk::keepName(const SimulatedFile& file) {
     const auto made = std::find_if(pendingNames.begin(), pendingNames.end(),
                                    [&](const auto& change) { return change.file.get() == &file; });
     if (made != pendingNames.end()) {
@@ -424,7 +160,7 @@ std::error_code SimulatedDisk::copyFile(const std::string& from, const std::stri
     if (fails()) {
         return failure();
     }
-    const File* const source = fileAt(from);
+    const SimulatedFile* const source = fileAt(from);
     if (source == nullptr || fileAt(to) != nullptr) {
         return errorOf(source == nullptr ? std::errc::no_such_file_or_directory : std::errc::file_exists);
     }
@@ -466,7 +202,7 @@ std::error_code SimulatedDisk::sync(const std::string& path) {
     if (fails()) {
         return failure();
     }
-    File* const file = fileAt(path);
+    SimulatedFile* const file = fileAt(path);
     if (file == nullptr) {
         return errorOf(std::errc::no_such_file_or_directory);
     }
@@ -480,7 +216,7 @@ std::error_code SimulatedDisk::sync(const std::string& path) {
 }
 
 std::optional<SettingsHandlerKit::Disk::FileState> SimulatedDisk::find(const std::string& path) const {
-    const File* const file = fileAt(path);
+    const SimulatedFile* const file = fileAt(path);
     return file == nullptr ? std::nullopt : std::optional(FileState{file->content.size(), file->changed});
 }
 
@@ -520,8 +256,8 @@ std::map<std::string, std::string> SimulatedDisk::rows(const std::string& file, 
     const auto pending = pendingNames;
     const std::string copy = "/copy";
     for (const std::string suffix : {"", "-wal", "-journal"}) {
-        if (const File* const original = fileAt(file + suffix)) {
-            const auto copied = std::make_shared<File>();
+        if (const SimulatedFile* const original = fileAt(file + suffix)) {
+            const auto copied = std::make_shared<SimulatedFile>();
             copied->content = original->content;
             names[copy + suffix] = copied;
         }

@@ -9,6 +9,7 @@
 
 #include "SettingsHandlerKit/Disk.h"
 #include "simulation/Choices.h"
+#include "simulation/SimulatedFile.h"
 
 struct sqlite3_vfs;
 
@@ -57,26 +58,25 @@ public:
 
 private:
     friend struct DiskLayer;
-    struct Change;
-    struct File;
     struct NameChange;
 
+    static std::string folderOf(const std::string& path);
     /// Counts a call. Returns: true when it is to fail.
     bool fails();
     std::error_code failure() const;
-    File* fileAt(const std::string& path) const;
-    std::shared_ptr<File> create(const std::string& path);
+    SimulatedFile* fileAt(const std::string& path) const;
+    std::shared_ptr<SimulatedFile> create(const std::string& path);
     void remove(const std::string& path);
     void keepNames(const std::string& folder);
-    void keepName(const File& file);
+    void keepName(const SimulatedFile& file);
     void keep(const NameChange& change);
 
     Choices& choices;
     const Sleep sleep;
-    std::unique_ptr<sqlite3_vfs> layer;
-    sqlite3_vfs* former;
-    std::map<std::string, std::shared_ptr<File>> names;
-    std::map<std::string, std::shared_ptr<File>> keptNames;
+    sqlite3_vfs* const former;
+    const std::unique_ptr<sqlite3_vfs> layer;
+    std::map<std::string, std::shared_ptr<SimulatedFile>> names;
+    std::map<std::string, std::shared_ptr<SimulatedFile>> keptNames;
     std::vector<NameChange> pendingNames;
     long callCount = 0;
     long failureCount = 0;

@@ -14,14 +14,10 @@ using SettingsClient::RequestRefused;
 /// Commands with an id that are remembered.
 constexpr std::size_t maximumAnswered = 32;
 
-std::string eventSlot(const std::string& key) {
-    return "event of " + key;
-}
-
 }  // namespace
 
-Bridge::Bridge(BridgeOptions chosen, std::shared_ptr<Broker> brokerConnection, std::shared_ptr<Host> hostConnection,
-               std::shared_ptr<Versions> ofDesiredValues)
+Bridge::Bridge(BridgeOptions chosen, std::shared_ptr<Mqtt::Broker> brokerConnection,
+               std::shared_ptr<Host> hostConnection, std::shared_ptr<Versions> ofDesiredValues)
     : options(std::move(chosen)),
       topics(options.id, options.groups),
       broker(std::move(brokerConnection)),
@@ -66,7 +62,7 @@ void Bridge::hostConnected() {
     isHostThere = true;
     outbox.add(topics.availability(true));
     for (const auto& [key, command] : std::exchange(waiting, {})) {
-        applyDesired(key, command);
+        applyDesired(command);
     }
 }
 
@@ -77,37 +73,31 @@ void Bridge::hostLost() {
 }
 
 void Bridge::take(const std::string& key, const std::optional<std::string>& value, const SettingsClient::Event* event) {
+    const auto setting = settings.find(key);
+    if (setting == settings.end() || !isOffered(setting->second)) {
+        return;
+    }
     versions->valueIs(key, value, event != nullptr && event->client == options.client);
+    const std::string slot = "event of " + key;
     const auto [known, isNew] = values.emplace(key, value);
     if (isNew || known->second != value) {
         known->second = value;
         // Of a value that is gone; after a log-out nobody may read it any more.
-        outbox.forget(eventSlot(key));
-        outbox.add(stateOf(settings.at(key)));
+        outbox.forget(slot);
+        outbox.add(stateOf(setting->second));
     }
     if (event != nullptr) {
-        outbox.add({topics.event(), eventPayload(*event)}, eventSlot(key));
-    }
-}
-
-void Bridge::changed(const SettingsClient::Event& event) {
-    const auto setting = settings.find(event.key);
-    if (setting != settings.end() && isOffered(setting->second)) {
-        take(event.key, event.to, &event);
+        outbox.add({topics.event(), eventPayload(*event)}, slot);
     }
 }
 
 void Bridge::reread(const std::vector<std::string>& keys) {
-    std::vector<std::string> wanted;
+    const auto current = host->get(keys);
     for (const auto& [key, setting] : settings) {
-        if (isOffered(setting) && (keys.empty() || std::find(keys.begin(), keys.end(), key) != keys.end())) {
-            wanted.push_back(key);
+        if (keys.empty() || std::find(keys.begin(), keys.end(), key) != keys.end()) {
+            const auto found = current.find(key);
+            take(key, found == current.end() ? std::nullopt : std::optional(found->second), nullptr);
         }
-    }
-    const auto current = wanted.empty() ? std::map<std::string, std::string>() : host->get(wanted);
-    for (const auto& key : wanted) {
-        const auto found = current.find(key);
-        take(key, found == current.end() ? std::nullopt : std::optional(found->second), nullptr);
     }
 }
 
@@ -141,29 +131,28 @@ void Bridge::acknowledged(int number) {
 }
 
 void Bridge::received(const Message& message) {
-    const auto target = topics.targetOf(message.topic);
+    auto command = topics.commandOf(message);
     // An empty payload is how a retained message is removed.
-    if (!target || message.payload.empty()) {
+    if (!command || message.payload.empty()) {
         return;
     }
-    Command command;
     try {
-        command = parseCommand(message, target->isDesired);
-        if (!target->isDesired) {
-            return receivedSet(target->key, command, message);
+        command = readPayload(*command);
+        if (!command->isDesired) {
+            return receivedSet(*command, message);
         }
-        requireOffered(target->key);
+        requireOffered(command->key);
         if (isHostThere) {
-            applyDesired(target->key, command);
-        } else if (waiting[target->key].version < command.version) {
-            waiting[target->key] = command;
+            applyDesired(*command);
+        } else if (waiting[command->key].version < command->version) {
+            waiting[command->key] = *command;
         }
     } catch (const RequestRefused& fault) {
-        publishOutcome(target->key, command, refusal(fault.code(), fault.message()));
+        publishOutcome(*command, refusal(fault.code(), fault.message()));
     }
 }
 
-void Bridge::receivedSet(const std::string& key, const Command& command, const Message& message) {
+void Bridge::receivedSet(const Command& command, const Message& message) {
     if (command.retained) {
         throw RequestRefused("retained", "a retained set is not carried out; use desired");
     }
@@ -174,9 +163,9 @@ void Bridge::receivedSet(const std::string& key, const Command& command, const M
     if (same != answered.end()) {
         return outbox.add({topics.outcome(), same->second});
     }
-    requireOffered(key);
-    const Answer answer = setAtHost(key, command.value);
-    const std::string outcome = publishOutcome(key, command, answer);
+    requireOffered(command.key);
+    const Answer answer = setAtHost(command);
+    const std::string outcome = publishOutcome(command, answer);
     if (!command.id.empty() && answer.reason != unavailable) {
         answered.emplace_back(identity, outcome);
         if (answered.size() > maximumAnswered) {
@@ -185,50 +174,50 @@ void Bridge::receivedSet(const std::string& key, const Command& command, const M
     }
 }
 
-void Bridge::applyDesired(const std::string& key, const Command& command) {
-    const auto verdict = versions->judge(key, command.version, command.retained);
+void Bridge::applyDesired(const Command& command) {
+    const auto verdict = versions->judge(command.key, command.version, command.retained);
     if (verdict == Versions::Verdict::OLD) {
         // Retained ones come again with each connection.
         if (!command.retained) {
-            publishOutcome(key, command, refusal("old-version", "this version, or a newer one, came before"));
+            publishOutcome(command, refusal("old-version", "this version, or a newer one, came before"));
         }
         return;
     }
     const Answer answer = verdict == Versions::Verdict::CHANGED_SINCE
                               ? refusal("changed-since", "the setting was changed at the device meanwhile")
-                              : setAtHost(key, command.value);
+                              : setAtHost(command);
     if (answer.reason == unavailable) {
-        waiting[key] = command;
+        waiting[command.key] = command;
         return;
     }
     // Both may pass: a full disk may have room when the device is on again.
     if (answer.reason != SettingsClient::Reason::notStored && answer.reason != Wire::RefusalCode::busy) {
-        versions->settle(key, command.version);
+        versions->settle(command.key, command.version);
     }
-    publishOutcome(key, command, answer);
+    publishOutcome(command, answer);
 }
 
-SettingsClient::Answer Bridge::setAtHost(const std::string& key, const std::string& value) {
+SettingsClient::Answer Bridge::setAtHost(const Command& command) {
     try {
         if (isHostThere) {
-            Answer answer = host->set(key, value, std::nullopt);
+            Answer answer = host->set({command.key, command.value});
             if (answer.reason == SettingsClient::Reason::stale && answer.newest) {
                 // A client whose clock was ahead; the order of arrival counts, as messages have no time of their own.
-                answer = host->set(key, value, *answer.newest + 1);
+                answer = host->set({command.key, command.value, *answer.newest + 1});
             }
             return answer;
         }
     } catch (const RequestRefused& fault) {
         return refusal(fault.code(), fault.message());
     } catch (const std::runtime_error& fault) {
-        options.log(2, "cannot set " + key + ": " + fault.what());
+        options.log(2, "cannot set " + command.key + ": " + fault.what());
         hostLost();
     }
     return refusal(unavailable, "the settings of the device are not available");
 }
 
-std::string Bridge::publishOutcome(const std::string& key, const Command& command, const Answer& answer) {
-    std::string outcome = outcomePayload(key, command, answer);
+std::string Bridge::publishOutcome(const Command& command, const Answer& answer) {
+    std::string outcome = outcomePayload(command, answer);
     outbox.add({topics.outcome(), outcome});
     return outcome;
 }

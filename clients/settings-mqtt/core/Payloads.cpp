@@ -62,18 +62,15 @@ std::string nameOf(const std::string& key) {
 
 }  // namespace
 
-Command parseCommand(const Message& message, bool isDesired) {
-    const std::string& payload = message.payload;
+Command readPayload(Command command) {
+    const std::string& payload = command.value;
     if (payload.size() > 65536) {
         throw RequestRefused("too-large", "the payload has more than 65536 bytes");
     }
     if (!Wire::isValidUtf8(payload) || payload.find('\0') != std::string::npos) {
         fail("the payload is not UTF-8 text");
     }
-    Command command;
-    command.retained = message.retained;
-    if (!isDesired && payload.front() != '{') {
-        command.value = payload;
+    if (!command.isDesired && payload.front() != '{') {
         return command;
     }
     rapidjson::Document object;
@@ -87,7 +84,7 @@ Command parseCommand(const Message& message, bool isDesired) {
     if (command.id.size() > 128) {
         fail("\"id\" has more than 128 bytes");
     }
-    command.version = isDesired ? versionIn(object) : 0;
+    command.version = command.isDesired ? versionIn(object) : 0;
     return command;
 }
 
@@ -105,10 +102,10 @@ std::string eventPayload(const SettingsClient::Event& event) {
     return json.finish();
 }
 
-std::string outcomePayload(const std::string& key, const Command& command, const SettingsClient::Answer& answer) {
+std::string outcomePayload(const Command& command, const SettingsClient::Answer& answer) {
     const bool isChanged = answer.outcome == SettingsClient::Outcome::CHANGED;
     Wire::ObjectWriter json;
-    json.text("key", key);
+    json.text("key", command.key);
     json.text("outcome", !answer.accepted() ? "refused" : isChanged ? "changed" : "unchanged");
     if (answer.value) {
         json.text("value", *answer.value);

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <cstdint>
 #include <string>
 
-#include "Connections.h"
+#include "SettingsClient/Answer.h"
 #include "SettingsClient/Errors.h"
 #include "SettingsClient/Notification.h"
+#include "SettingsClient/Setting.h"
 #include "Topics.h"
 
 namespace SettingsMqtt {
@@ -13,22 +13,12 @@ namespace SettingsMqtt {
 /// Reason of an answer: the host cannot be reached.
 constexpr const char* unavailable = "unavailable";
 
-/// What a message asks for.
-struct Command {
-    std::string value;
-    /// Comes back in the outcome; empty: none.
-    std::string id;
-    /// Of a desired value; 0: none.
-    std::int64_t version = 0;
-    bool retained = false;
-};
-
-/// Reads a bare value, or a JSON object with `value` and perhaps `id`; of a desired value only the latter, with
-/// `version`. Errors: `SettingsClient::RequestRefused`.
-Command parseCommand(const Message& message, bool isDesired);
+/// Reads the payload: a bare value, or a JSON object with `value` and perhaps `id`; of a desired value only the latter,
+/// with `version`. Errors: `SettingsClient::RequestRefused`.
+Command readPayload(Command command);
 
 std::string eventPayload(const SettingsClient::Event& event);
-std::string outcomePayload(const std::string& key, const Command& command, const SettingsClient::Answer& answer);
+std::string outcomePayload(const Command& command, const SettingsClient::Answer& answer);
 
 /// The message with which Home Assistant shows a setting: a switch, a selection or a text, or what shows one of them
 /// that only the device may change. `isOffered` false: removes it there.

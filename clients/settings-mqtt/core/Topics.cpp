@@ -25,10 +25,10 @@ std::vector<std::string> Topics::subscriptions() const {
     return filters;
 }
 
-std::optional<Topics::Target> Topics::targetOf(const std::string& topic) const {
+std::optional<Command> Topics::commandOf(const Message& message) const {
     for (const auto& [start, isDesired] : commands) {
-        if (topic.rfind(start, 0) == 0 && topic.find('/', start.size()) == std::string::npos) {
-            return Target{topic.substr(start.size()), isDesired};
+        if (message.topic.rfind(start, 0) == 0 && message.topic.find('/', start.size()) == std::string::npos) {
+            return Command{message.topic.substr(start.size()), isDesired, message.retained, message.payload, "", 0};
         }
     }
     return std::nullopt;

@@ -46,11 +46,10 @@ void Versions::parted() {
     isAgreed = false;
 }
 
-Versions::Unsaved Versions::unsaved() const {
+Versions::Unsaved Versions::unsaved() {
     Unsaved result = Unsaved::NOTHING;
     for (const auto& [key, record] : records) {
-        const auto found = stored.find(key);
-        const VersionRecord other = found == stored.end() ? VersionRecord() : found->second;
+        const VersionRecord& other = stored[key];
         if (record.version != other.version) {
             return Unsaved::VERSIONS;
         }

@@ -46,7 +46,7 @@ public:
     /// What is not stored. Without the last changes of values, which can wait, the bridge is only more careful after a
     /// power cut; a version must not be applied twice.
     enum class Unsaved { NOTHING, VALUES, VERSIONS };
-    Unsaved unsaved() const;
+    Unsaved unsaved();
     /// The caller stores what this returns.
     const VersionRecords& save();
 

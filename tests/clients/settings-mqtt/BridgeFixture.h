@@ -10,31 +10,22 @@
 
 #include <gtest/gtest.h>
 
+#include "../mqtt/FakeBroker.h"
 #include "Bridge.h"
 #include "SettingsClient/Errors.h"
 
 namespace SettingsMqttTest {
 
-using Lines = std::vector<std::string>;
-
-/// What bridge and outbox do, a line each: "TOPIC PAYLOAD", retained messages with a "*" before.
-class FakeBroker : public SettingsMqtt::Broker {
-public:
-    void subscribe(const std::vector<std::string>& topics) override { subscribed = topics; }
-    int publish(const SettingsMqtt::Message& message) override {
-        lines.push_back((message.retained ? "*" : "") + message.topic + " " + message.payload);
-        return ++last;
-    }
-
-    std::vector<std::string> subscribed;
-    Lines lines;
-    int last = 0;
-};
+using MqttTest::FakeBroker;
+using MqttTest::Lines;
 
 class FakeHost : public SettingsMqtt::Host {
 public:
     std::vector<SettingsClient::Setting> catalogue() override { return settings; }
     std::map<std::string, std::string> get(const std::vector<std::string>& keys) override {
+        if (keys.empty()) {
+            return values;
+        }
         std::map<std::string, std::string> found;
         for (const auto& key : keys) {
             if (values.count(key) > 0) {
@@ -43,8 +34,8 @@ public:
         }
         return found;
     }
-    SettingsClient::Answer set(const std::string& key, const std::string& value,
-                               std::optional<std::int64_t> timestamp) override {
+    SettingsClient::Answer set(const SettingsClient::Assignment& wanted) override {
+        const auto& [key, value, timestamp] = wanted;
         requests.push_back(key + "=" + value + (timestamp ? " at " + std::to_string(*timestamp) : ""));
         if (isGone) {
             throw SettingsClient::ConnectionError("gone");

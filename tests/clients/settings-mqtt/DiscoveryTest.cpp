@@ -1,5 +1,4 @@
 #include "BridgeFixture.h"
-#include "mosquitto/Pauses.h"
 
 namespace SettingsMqttTest {
 
@@ -63,21 +62,6 @@ TEST_F(BridgeTest, PublishesDiscoveryBeforeTheStateAndRemovesWhatItDoesNotOffer)
     EXPECT_EQ(lines[1], "*settings/tv/state/name ");
     EXPECT_EQ(lines[2].rfind("*homeassistant/select/settings-tv/size/config {", 0), 0U);
     EXPECT_EQ(lines[3], "*settings/tv/state/size small");
-}
-
-TEST(Pauses, GrowAreRandomAndBeginAgainAfterALongConnection) {
-    using Seconds = SettingsMqtt::Pauses::Seconds;
-    SettingsMqtt::Pauses pauses(Seconds(1.5), Seconds(10), 1);
-    SettingsMqtt::Pauses others(Seconds(1.5), Seconds(10), 2);
-    bool areDifferent = false;
-    for (const double upTo : {1.5, 3.0, 6.0, 10.0, 10.0}) {
-        const auto pause = pauses.next(Seconds(59.9));
-        EXPECT_GE(pause.count(), upTo / 2);
-        EXPECT_LE(pause.count(), upTo);
-        areDifferent = areDifferent || pause != others.next(Seconds(0));
-    }
-    EXPECT_TRUE(areDifferent);
-    EXPECT_LE(pauses.next(Seconds(60)).count(), 1.5);
 }
 
 TEST(Topics, NamesAreSafeInTopics) {

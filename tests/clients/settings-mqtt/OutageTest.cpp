@@ -138,35 +138,6 @@ TEST_F(MqttProgram, SaysWhenTheHostIsGoneAndIsRightAfterItsRestart) {
     EXPECT_EQ(subscriber.next(), "settings/tv/state/captionsFontSize FONT_LARGE");
 }
 
-TEST_F(MqttProgram, OutlivesAPeerThatIsNoBroker) {
-    const auto listener = TestSupport::listeningTcpSocket("127.0.0.1");
-    RunningBridge bridge(host, "127.0.0.1:" + std::to_string(listener.port()));
-    for (const std::string& nonsense : std::vector<std::string>{
-             std::string("HTTP/1.1 400\r\n\r\n"), std::string("\x20\xff\xff\xff\xff\xff", 6),
-             // Accepted, then a message of a topic that is none.
-             std::string("\x20\x03\x00\x00\x00\x32\x0b\x00\x03\x61\x2b\xff\x00\x01\x00\x78\x78\x78", 18)}) {
-        const int peer = ::accept(listener.get(), nullptr, nullptr);
-        ASSERT_GE(peer, 0);
-        EXPECT_EQ(::send(peer, nonsense.data(), nonsense.size(), MSG_NOSIGNAL), static_cast<ssize_t>(nonsense.size()));
-        ::shutdown(peer, SHUT_WR);
-        bridge.awaitLog("next attempt");
-        ::close(peer);
-    }
-    EXPECT_EQ(bridge.stop(), 0);
-}
-
-TEST_F(MqttProgram, SaysWhenTheBrokerRefusesASubscription) {
-    const auto listener = TestSupport::listeningTcpSocket("127.0.0.1");
-    RunningBridge bridge(host, "127.0.0.1:" + std::to_string(listener.port()));
-    const int peer = ::accept(listener.get(), nullptr, nullptr);
-    ASSERT_GE(peer, 0);
-    // Accepted; the first subscription is granted, the others are not authorized.
-    const std::string answers("\x20\x03\x00\x00\x00\x90\x06\x00\x01\x00\x01\x87\x87", 13);
-    EXPECT_EQ(::send(peer, answers.data(), answers.size(), MSG_NOSIGNAL), static_cast<ssize_t>(answers.size()));
-    bridge.awaitLog("the broker refuses the subscription to commands");
-    ::close(peer);
-}
-
 TEST_F(MqttProgram, TakesLeaveWhenTheBrokerHasAcknowledgedEverything) {
     const auto listener = TestSupport::listeningTcpSocket("127.0.0.1");
     RunningBridge bridge(host, "127.0.0.1:" + std::to_string(listener.port()));

@@ -8,12 +8,17 @@
 
 #include <gtest/gtest.h>
 
+#include "../mqtt/RunningBroker.h"
 #include "../settingsctl/RunningHost.h"
-#include "RunningBroker.h"
 #include "support/ChildProcess.h"
 #include "support/TemporaryDirectory.h"
 
 namespace SettingsMqttTest {
+
+using MqttTest::Authority;
+using MqttTest::publish;
+using MqttTest::RunningBroker;
+using MqttTest::Subscriber;
 
 /// settings-mqtt with its own state folder.
 class RunningBridge {

@@ -69,10 +69,12 @@ TEST_P(MqttVersions, ConnectsWithCertificateAndPassword) {
 INSTANTIATE_TEST_SUITE_P(Protocols, MqttVersions, testing::Values("5", "3.1.1"),
                          [](const auto& parameter) { return parameter.param == "5" ? "Version5" : "Version311"; });
 
-TEST_F(MqttSecurity, SaysWhyItIsNotLetInAndTriesAgain) {
+TEST_F(MqttSecurity, SaysWhyItIsNotLetInAndTriesAgainWithWhatTheFilesHaveNow) {
     write("credentials", "tv\nwrong\n");
     RunningBridge bridge(host, broker->address(), "tv", bridgeOptions());
     EXPECT_NE(bridge.awaitLog("cannot reach the broker").find("Not authorized"), std::string::npos);
+    write("credentials", "tv\nsecret\n");
+    bridge.awaitLog("connected to the broker");
     const Authority stranger;
     auto options = bridgeOptions();
     options[1] = stranger / "ca.pem";

@@ -99,7 +99,7 @@ protected:
 
 TEST_F(SettingsCtlReplay, RefusesAMalformedFileWithItsLine) {
     const std::string wrongStep =
-        R"(needs "time" and "at", and needs one of "sent", "received", "sentText", "receivedText", "closed", )"
+        R"(needs "time" and "at", and one of "sent", "received", "sentText", "receivedText", "closed", )"
         R"("closedByHost" and "did")";
     const std::vector<std::pair<Words, std::string>> wrong{
         {{}, "0: a scenario has a first line with its title, and steps"},
@@ -114,6 +114,7 @@ TEST_F(SettingsCtlReplay, RefusesAMalformedFileWithItsLine) {
         {{title, hello, "[]"}, "3: is not a JSON object"},
         {{title, R"({"time": 0, "at": "socket-1"})"}, "2: " + wrongStep},
         {{title, R"({"time": 0, "at": "socket-1", "sent": {}, "received": {}})"}, "2: " + wrongStep},
+        {{title, R"({"time": 0, "at": "socket-1", "time": 0})"}, "2: " + wrongStep},
         {{title, R"({"time": 0, "at": "socket-1", "sendt": {}})"}, "2: has an unknown member \"sendt\""},
         {{title, R"({"time": -1, "at": "socket-1", "sent": {}})"}, "2: \"time\" must be a number of milliseconds"},
         {{title, R"({"time": 0, "at": "socket-1", "sent": "hello"})"},
@@ -179,13 +180,14 @@ TEST_F(SettingsCtlReplay, SendsFramesToTheLastCharacter) {
     const std::string text = R"({ "type":24,"timestamp":1700000000000,"x":0.10000000000000000000,"payload":)"
                              R"({"settingDBId":"captionsFontSize","to":"A\u0042","to":"C"} })";
     expectPlayed(
-        replayWith(host, {title, R"({"time": 0, "at": "socket-1", "sent" : )" + text + " }",
-                          R"({"time": 0, "at": "socket-1", "received": {"type": 25, "messageId": "e", "timestamp": 1,)"
-                          R"("sequence": 1, "origin": "socket", "payload": {"settingDBId": "captionsFontSize",)"
-                          R"("from": "FONT_MEDIUM", "to": "AB"}}})",
-                          R"({"time": 0, "at": "socket-1", "sentText": "[7"})",
-                          R"({"time": 0, "at": "socket-1", "received": {"error": {"code": "not-json",)"
-                          R"("message": "the frame is not JSON"}}})"}),
+        replayWith(host,
+                   {title, R"({"schema": {"sent": {}}, "time": 0, "at": "socket-1", "\u0073ent" : )" + text + " }",
+                    R"({"time": 0, "at": "socket-1", "received": {"type": 25, "messageId": "e", "timestamp": 1,)"
+                    R"("sequence": 1, "origin": "socket", "payload": {"settingDBId": "captionsFontSize",)"
+                    R"("from": "FONT_MEDIUM", "to": "AB"}}})",
+                    R"({"time": 0, "at": "socket-1", "sentText": "[7"})",
+                    R"({"time": 0, "at": "socket-1", "received": {"error": {"code": "not-json",)"
+                    R"("message": "the frame is not JSON"}}})"}),
         "2 frames as expected\n");
 }
 
