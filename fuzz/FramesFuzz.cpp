@@ -2,6 +2,9 @@
 // answers and refusals, events have no gap, and a refused frame has no effect.
 
 #include <algorithm>
+#include <optional>
+#include <string_view>
+#include <vector>
 
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -29,11 +32,13 @@ struct Chunks {
     }
 };
 
-const std::string tooLarge = "(too large)";
+/// A part of the bytes; nothing when it is too large.
+using Frames = std::vector<std::optional<std::string_view>>;
 
-/// The frames that the host's framer cuts.
-Entries framed(const std::string& bytes, std::size_t limit, Chunks chunks) {
-    Entries frames;
+/// Checks that the host's framer cuts these frames.
+void checkFramed(const std::string& bytes, std::size_t limit, Chunks chunks, const Frames& expected,
+                 std::string_view what) {
+    std::size_t count = 0;
     LineFramer framer(limit);
     for (std::size_t start = 0; start < bytes.size();) {
         const std::size_t wanted = chunks.largest == 0 ? bytes.size() : chunks.next();
@@ -41,34 +46,36 @@ Entries framed(const std::string& bytes, std::size_t limit, Chunks chunks) {
         framer.append(bytes.data() + start, size);
         start += size;
         while (const auto frame = framer.next()) {
-            frames.push_back(frame->tooLarge ? tooLarge : "frame " + frame->text);
+            check(count < expected.size(), what, "more than expected");
+            const auto& wanted = expected[count++];
+            check(frame->tooLarge ? !wanted : wanted == frame->text, what, frame->text);
         }
     }
-    return frames;
+    check(count == expected.size(), what, "fewer than expected");
 }
 
 /// The frames as the protocol describes them.
-Entries framesOf(const std::string& bytes, std::size_t limit) {
-    Entries frames;
+Frames framesOf(std::string_view bytes, std::size_t limit) {
+    Frames frames;
     for (std::size_t start = 0; start < bytes.size();) {
         const std::size_t end = bytes.find('\n', start);
-        const std::string line = bytes.substr(start, end == std::string::npos ? end : end - start);
+        const std::string_view line = bytes.substr(start, end == std::string_view::npos ? end : end - start);
         if (line.size() > limit) {
-            frames.push_back(tooLarge);
-        } else if (end != std::string::npos && line.find_first_not_of(" \t\r") != std::string::npos) {
-            frames.push_back("frame " + line);
+            frames.emplace_back();
+        } else if (end != std::string_view::npos && line.find_first_not_of(" \t\r") != std::string_view::npos) {
+            frames.emplace_back(line);
         }
-        start = end == std::string::npos ? bytes.size() : end + 1;
+        start = end == std::string_view::npos ? bytes.size() : end + 1;
     }
     return frames;
 }
 
-void receive(HubWorld& world, const Entries& frames) {
+void receive(HubWorld& world, const Frames& frames) {
     for (const auto& frame : frames) {
-        if (frame == tooLarge) {
-            world.refuseTooLarge();
+        if (frame) {
+            world.receive(std::string(*frame));
         } else {
-            world.receive(frame.substr(sizeof("frame")));
+            world.refuseTooLarge();
         }
     }
 }
@@ -94,10 +101,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Chunks random{input.ConsumeIntegralInRange<std::size_t>(2, 300), input.ConsumeIntegral<std::uint8_t>()};
     const std::string bytes = input.ConsumeRemainingBytesAsString();
 
-    const Entries frames = framed(bytes, limit, {});
-    checkSame(frames, framesOf(bytes, limit), "the frames");
-    checkSame(framed(bytes, limit, {1, 0}), frames, "the frames of single bytes");
-    checkSame(framed(bytes, limit, random), frames, "the frames of random chunks");
+    const Frames frames = framesOf(bytes, limit);
+    checkFramed(bytes, limit, {}, frames, "the frames: ");
+    checkFramed(bytes, limit, {1, 0}, frames, "the frames of single bytes: ");
+    checkFramed(bytes, limit, random, frames, "the frames of random chunks: ");
 
     const auto make = [&](const HubWorld::Start* start) {
         return std::make_unique<HubWorld>(recorder, surroundingsFrom(surroundings),

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <string_view>
 
 #include "Utils/Rapidjson.h"
 #include "model/Utf8.h"
@@ -11,6 +12,10 @@ namespace SettingsHandlerFuzz {
 namespace {
 
 using rapidjson::Value;
+
+std::string_view viewOf(const Value& value) {
+    return {value.GetString(), value.GetStringLength()};
+}
 
 std::string textOf(const Value& value) {
     return {value.GetString(), value.GetStringLength()};
@@ -26,7 +31,7 @@ std::string compactText(const Value& value) {
 const Value* memberOf(const Value& object, const std::string& name) {
     if (object.IsObject()) {
         for (const auto& member : object.GetObject()) {
-            if (textOf(member.name) == name) {
+            if (viewOf(member.name) == name) {
                 return &member.value;
             }
         }
@@ -52,7 +57,7 @@ std::size_t nestingOf(const Value& value) {
 
 bool isWellFormedValue(const Value& value) {
     if (value.IsString()) {
-        return isUtf8(textOf(value));
+        return isUtf8(viewOf(value));
     }
     if (value.IsArray()) {
         return std::all_of(value.Begin(), value.End(), isWellFormedValue);
@@ -145,6 +150,18 @@ bool Envelope::isTrue(const std::string& name) const {
 bool Envelope::isBoolean(const std::string& name) const {
     const Value* const member = memberOf(tree->root, name);
     return member != nullptr && member->IsBool();
+}
+
+std::optional<std::string> Envelope::textIn(const std::string& object, const std::string& name) const {
+    const Value* const outer = memberOf(tree->root, object);
+    const Value* const member = outer != nullptr ? memberOf(*outer, name) : nullptr;
+    return member != nullptr && member->IsString() ? std::optional(textOf(*member)) : std::nullopt;
+}
+
+std::string Envelope::compactIn(const std::string& object, const std::string& name) const {
+    const Value* const outer = memberOf(tree->root, object);
+    const Value* const member = outer != nullptr ? memberOf(*outer, name) : nullptr;
+    return member == nullptr ? "" : compactText(*member);
 }
 
 bool Envelope::hasPayload() const {

@@ -45,6 +45,11 @@ public:
     bool isTrue(const std::string& name) const;
     /// Whether the member `name` is true or false.
     bool isBoolean(const std::string& name) const;
+    /// The member `name` of the member `object`.
+    /// @{
+    std::optional<std::string> textIn(const std::string& object, const std::string& name) const;
+    std::string compactIn(const std::string& object, const std::string& name) const;
+    /// @}
     bool hasPayload() const;
     std::optional<std::string> payloadText(const std::string& name) const;
     /// The strings among the elements of an array of the payload.

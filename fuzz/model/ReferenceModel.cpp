@@ -48,6 +48,9 @@ std::string shown(const std::string& text) {
 }  // namespace
 
 void ReferenceModel::record(const std::string& entry) {
+    if (journal.capacity() == 0) {
+        journal.reserve(32);
+    }
     journal.push_back(entry);
 }
 
@@ -116,7 +119,7 @@ std::string ReferenceModel::ownersValue(const std::string& key) {
 std::map<std::string, std::string> ReferenceModel::getSettings(const std::vector<std::string>& names) {
     line(0, "getSettings");
     std::map<std::string, std::string> result;
-    for (const auto& key : names.empty() ? allKeys : names) {
+    for (const auto& key : names.empty() ? *allKeys : names) {
         line(0, "SettingDBId: " + shown(key));
         const std::string value = ownersValue(key);
         // The time zone is reported even when it is empty.

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -53,7 +54,8 @@ public:
     /// Observers with this number remove themselves when they are notified.
     static constexpr int selfRemover = 3;
 
-    explicit ReferenceModel(std::vector<std::string> keysInTableOrder) : allKeys(std::move(keysInTableOrder)) {}
+    explicit ReferenceModel(std::vector<std::string> keysInTableOrder)
+        : allKeys(std::make_shared<const std::vector<std::string>>(std::move(keysInTableOrder))) {}
     ReferenceModel(const ReferenceModel&) = default;
     ReferenceModel& operator=(const ReferenceModel&) = default;
     virtual ~ReferenceModel() = default;
@@ -140,7 +142,8 @@ private:
     void remove(std::set<int>& registry, Observer observer, const std::string& operation);
     void tell(std::set<int>& registry, bool mayRemoveThemselves, const std::string& what);
 
-    std::vector<std::string> allKeys;
+    /// Copies share them, since fuzz targets copy a model for each input.
+    std::shared_ptr<const std::vector<std::string>> allKeys;
     std::vector<std::string> journal;
     std::map<std::string, std::string> cache;
     /// By key; unknown keys share the empty key.

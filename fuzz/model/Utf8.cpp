@@ -23,7 +23,7 @@ std::size_t followersOf(std::uint8_t first) {
 
 }  // namespace
 
-bool isUtf8(const std::string& text) {
+bool isUtf8(std::string_view text) {
     constexpr std::array<std::uint32_t, 4> smallest{0, 0x80, 0x800, 0x10000};
     for (std::size_t i = 0; i < text.size(); ++i) {
         const auto first = static_cast<std::uint8_t>(text[i]);

@@ -112,7 +112,10 @@ bool isBatch(const std::optional<std::vector<std::string>>& requests) {
 }
 
 std::string refusalOf(const std::string& frame) {
-    const Envelope json(frame);
+    return refusalOf(frame, Envelope(frame));
+}
+
+std::string refusalOf(const std::string& frame, const Envelope& json) {
     if (frame.find('\0') != std::string::npos || !json.isJson() || !json.isWellFormed()) {
         return "not-json";
     }
@@ -144,11 +147,11 @@ WireModel::Reaction WireModel::refuseTooLarge() {
 
 WireModel::Reaction WireModel::receive(const std::string& frame) {
     const Envelope json(frame);
-    const std::string code = refusalOf(frame);
+    const std::string code = refusalOf(frame, json);
     if (!code.empty()) {
         refuse(code);
     } else if (json.has("type")) {
-        request(frame, std::nullopt);
+        request(frame, json, std::nullopt);
     } else if (json.has("batch")) {
         batch(json);
     } else {
@@ -164,15 +167,15 @@ void WireModel::refuse(const std::string& code, const std::optional<std::size_t>
 
 // Requests
 
-void WireModel::request(const std::string& text, const std::optional<std::size_t>& index, bool isRolledBack) {
-    const Envelope json(text);
+void WireModel::request(const std::string& text, const Envelope& json, const std::optional<std::size_t>& index,
+                        bool isRolledBack) {
     const RequestMembers members = requestIn(json, host.clientAtUnixSocket);
     if (!members.refusal.empty()) {
         return refuse(members.refusal, index);
     }
     Answer given{"refused", "not-stored", json.payloadText("settingDBId"), true, false, std::nullopt};
     if (!isRolledBack || members.type != 24) {
-        given = deliver(members.type, text, members.client.value_or(clientName));
+        given = deliver(members.type, text, json, members.client.value_or(clientName));
     }
     if (members.asks) {
         answer(members.type, members.messageId, given);
@@ -180,9 +183,8 @@ void WireModel::request(const std::string& text, const std::optional<std::size_t
 }
 
 /// Returns: what it led to.
-Answer WireModel::deliver(int type, const std::string& text, const std::string& name) {
+Answer WireModel::deliver(int type, const std::string& text, const Envelope& json, const std::string& name) {
     const std::string handled = "handled " + std::to_string(type) + " ";
-    const Envelope json(text);
     if (type == 24 && isRejectedValue(json.payloadText("settingDBId"), json.payloadText("to"))) {
         reaction.journal.push_back("log 3 " + host.name +
                                    ":rejected orliaLocale: must be a JSON array of at most 32 levels");
@@ -252,7 +254,7 @@ void WireModel::batch(const Envelope& frame) {
     const Known before = known;
     const Surroundings around = handler.around;
     for (std::size_t index = 0; index < requests->size(); ++index) {
-        request((*requests)[index], index);
+        request((*requests)[index], Envelope((*requests)[index]), index);
     }
     if (!host.storesBatches) {
         known = before;
@@ -270,8 +272,8 @@ void WireModel::rollBack(const std::vector<std::string>& requests, const Surroun
     reaction.journal.insert(reaction.journal.end(), initialization.begin(), initialization.end());
     std::set<std::string> keys;
     for (std::size_t index = 0; index < requests.size(); ++index) {
-        request(requests[index], index, true);
         const Envelope json(requests[index]);
+        request(requests[index], json, index, true);
         const auto key = json.payloadText("settingDBId");
         if (json.integer("type") == 24 && key) {
             keys.insert(*key);

@@ -14,6 +14,8 @@ class Envelope;
 
 /// The code with which a host refuses a text that is not an object within the limits; empty for one that is.
 std::string refusalOf(const std::string& frame);
+/// `json`: the parsed frame.
+std::string refusalOf(const std::string& frame, const Envelope& json);
 /// 1 to 64 characters, none of them a control character.
 bool isName(const std::optional<std::string>& name);
 /// Is the value one that would end the process inside the handler?
@@ -107,8 +109,10 @@ private:
     };
 
     void refuse(const std::string& code, const std::optional<std::size_t>& index = std::nullopt);
-    void request(const std::string& text, const std::optional<std::size_t>& index, bool isRolledBack = false);
-    Answer deliver(int type, const std::string& text, const std::string& name);
+    /// `json`: the parsed text.
+    void request(const std::string& text, const Envelope& json, const std::optional<std::size_t>& index,
+                 bool isRolledBack = false);
+    Answer deliver(int type, const std::string& text, const Envelope& json, const std::string& name);
     void announce(const std::string& payload, const std::string& name);
     void answer(long type, const std::string& messageId, const Answer& given);
     void batch(const Envelope& frame);

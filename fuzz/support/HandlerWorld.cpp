@@ -26,10 +26,15 @@ void checkSameValues(const Values& actual, const Values& expected, std::string_v
     }
 }
 
+const ReferenceModel& modelBeforeStart() {
+    static const ReferenceModel model(keysInTableOrder());
+    return model;
+}
+
 }  // namespace
 
 HandlerWorld::HandlerWorld(Recorder& recorder, const Surroundings& around)
-    : journal(recorder.journal), model(keysInTableOrder()) {
+    : journal(recorder.journal), model(modelBeforeStart()) {
     handler = std::make_shared<QuickHandler>(transport, storage,
                                              std::make_shared<SettingsHandlerTesting::FakeMetrics>(journal), sdk,
                                              std::make_shared<SettingsHandlerTesting::FakeAppLaunch>(journal), device);

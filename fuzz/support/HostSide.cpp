@@ -41,30 +41,33 @@ std::vector<std::shared_ptr<const std::string>> FrameCollector::takeUnchecked() 
     return std::exchange(frames, {});
 }
 
-void TrafficLines::frameReceived(const SettingsHandlerKit::Client& /*client*/, const std::string& frame) {
-    lines.push_back("received " + frame);
+void TrafficRecord::frameReceived(const SettingsHandlerKit::Client& /*client*/, const std::string& frame) {
+    if (reports.received.empty()) {
+        reports.startsWithReceived = reports.sent.empty() && reports.handled.empty() && reports.refused.empty();
+    }
+    reports.received.push_back(frame);
 }
 
-void TrafficLines::frameSent(const SettingsHandlerKit::Client* receiver, const std::string& frame) {
-    lines.push_back((receiver == nullptr ? "sent to all " : "sent to one ") + frame);
+void TrafficRecord::frameSent(const SettingsHandlerKit::Client* receiver, const std::string& frame) {
+    reports.sent.push_back({receiver == nullptr, frame});
 }
 
-void TrafficLines::frameRefused(const std::string& code) {
-    lines.push_back("refused " + code);
+void TrafficRecord::frameRefused(const std::string& code) {
+    reports.refused.push_back("refused " + code);
 }
 
-void TrafficLines::requestHandled(int type, SettingsHandlerKit::RequestOutcome outcome) {
+void TrafficRecord::requestHandled(int type, SettingsHandlerKit::RequestOutcome outcome) {
     static const char* const names[] = {"ANSWERED", "CHANGED", "SILENT", "REJECTED", "FAILED"};
-    lines.push_back("handled " + std::to_string(type) + " " + names[static_cast<int>(outcome)]);
+    reports.handled.push_back("handled " + std::to_string(type) + " " + names[static_cast<int>(outcome)]);
 }
 
-std::vector<std::string> TrafficLines::take() {
-    return std::exchange(lines, {});
+TrafficRecord::Reports TrafficRecord::take() {
+    return std::exchange(reports, {});
 }
 
 std::string codeOf(const std::string& frame) {
     const Envelope json(frame);
-    return json.has("error") ? Envelope(json.compact("error")).text("code").value_or("") : "";
+    return json.textIn("error", "code").value_or("");
 }
 
 }  // namespace SettingsHandlerFuzz

@@ -46,7 +46,7 @@ private:
 };
 
 /// Records the notifications of frames and requests.
-class TrafficLines : public SettingsHandlerKit::TrafficObserver {
+class TrafficRecord : public SettingsHandlerKit::TrafficObserver {
 public:
     void clientConnected(const SettingsHandlerKit::Client& /*client*/) override {}
     void clientDisconnected(const SettingsHandlerKit::Client& /*client*/,
@@ -57,10 +57,26 @@ public:
     void frameRefused(const std::string& code) override;
     void requestHandled(int type, SettingsHandlerKit::RequestOutcome outcome) override;
 
-    std::vector<std::string> take();
+    struct Sent {
+        bool toAll;
+        std::string frame;
+    };
+    struct Reports {
+        std::vector<std::string> received;
+        std::vector<Sent> sent;
+        /// "handled 24 CHANGED".
+        std::vector<std::string> handled;
+        /// "refused not-json".
+        std::vector<std::string> refused;
+        /// Was the first report that of a received frame?
+        bool startsWithReceived = false;
+    };
+
+    /// Removes and returns what was reported.
+    Reports take();
 
 private:
-    std::vector<std::string> lines;
+    Reports reports;
 };
 
 /// The code of a refusal; empty when `frame` is not a refusal.

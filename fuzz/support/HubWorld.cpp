@@ -51,22 +51,21 @@ std::string entryOfAnswer(const std::string& type, const std::string& messageId,
 
 /// A frame as an entry of the model.
 std::string entryOf(const Envelope& frame, const std::string& text, const std::string& origin) {
-    const std::string type = frame.compact("type");
-    const std::string messageId = frame.text("messageId").value_or("(none)");
     if (frame.has("error")) {
-        const Envelope error(frame.compact("error"));
-        check(!error.text("message").value_or("").empty(), "a refusal has a message");
-        return "refusal " + error.text("code").value_or("(none)") + (error.has("index") ? " " : "") +
-               error.compact("index");
+        check(!frame.textIn("error", "message").value_or("").empty(), "a refusal has a message");
+        const std::string index = frame.compactIn("error", "index");
+        return "refusal " + frame.textIn("error", "code").value_or("(none)") + (index.empty() ? "" : " ") + index;
     }
     if (frame.has("notice")) {
-        return "notice " + Envelope(frame.compact("notice")).compact("reread");
+        return "notice " + frame.compactIn("notice", "reread");
     }
+    const std::string messageId = frame.text("messageId").value_or("(none)");
     if (frame.has("catalogue")) {
         const auto settings = Envelope(frame.compact("catalogue")).elements("settings");
         check(settings && settings->size() == keysInTableOrder().size(), "the catalogue has every setting");
         return R"(query {"messageId":)" + stringText(messageId) + R"(,"catalogue":…})";
     }
+    const std::string type = frame.compact("type");
     if (type == "25") {
         return entryOfEvent(frame, origin);
     }
@@ -76,21 +75,16 @@ std::string entryOf(const Envelope& frame, const std::string& text, const std::s
     return type.empty() ? "query " + text : entryOfAnswer(type, messageId, frame.compact("payload"));
 }
 
-/// Moves the lines that start so out of `lines`.
-Entries takeStartingWith(std::string_view beginning, Entries& lines) {
-    const auto found = std::stable_partition(
-        lines.begin(), lines.end(), [&](const std::string& line) { return !startsWithOneOf(line, {beginning}); });
-    Entries taken(std::make_move_iterator(found), std::make_move_iterator(lines.end()));
-    lines.erase(found, lines.end());
-    return taken;
-}
-
-Entries textsOf(const std::vector<std::shared_ptr<const std::string>>& frames) {
-    Entries texts;
-    for (const auto& frame : frames) {
-        texts.push_back(*frame);
+/// Checks that the reports that start so are `actual`, in this order.
+void checkReports(const Entries& actual, const Entries& expected, std::string_view beginning) {
+    std::size_t count = 0;
+    for (const auto& report : expected) {
+        if (startsWithOneOf(report, {beginning})) {
+            check(count < actual.size() && actual[count] == report, "the report of what was ", report);
+            ++count;
+        }
     }
-    return texts;
+    check(count == actual.size(), "the report of what was ", count < actual.size() ? actual[count] : beginning);
 }
 
 /// Random bytes are 0, and it is always the same time.
@@ -100,8 +94,6 @@ Environment predictable() {
     environment.random = [](std::size_t size) { return std::string(size, '\0'); };
     return environment;
 }
-
-constexpr std::string_view receivedLine = "received ";
 
 }  // namespace
 
@@ -170,53 +162,62 @@ HubWorld::HubWorld(Recorder& itsRecorder, const Surroundings& around, const Host
 
 void HubWorld::refuseTooLarge() {
     hub->oversized(requester);
-    expect(model.refuseTooLarge(), traffic->take());
+    expect(model.refuseTooLarge());
 }
 
 void HubWorld::receive(const std::string& frame) {
     hub->received(requester, frame);
-    Entries lines = traffic->take();
-    check(!lines.empty() && lines.front().size() == receivedLine.size() + frame.size() &&
-              startsWithOneOf(lines.front(), {receivedLine}) &&
-              lines.front().compare(receivedLine.size(), std::string::npos, frame) == 0,
-          "a frame is reported first");
-    expect(model.receive(frame), std::move(lines));
+    expect(model.receive(frame), &frame);
 }
 
-void HubWorld::expect(WireModel::Reaction expected, Entries lines) {
+void HubWorld::expect(const WireModel::Reaction& expected, const std::string* received) {
+    const TrafficRecord::Reports reports = traffic->take();
+    if (received != nullptr) {
+        check(reports.startsWithReceived && reports.received.front() == *received, "a frame is reported first");
+    }
     const Entries entriesOfJournal = journal.take();
     checkSame(entriesOfJournal, expected.journal, "the journal of a frame");
-    Entries entries;
-    Entries forAll;
-    Entries sent;
-    for (const auto& text : textsOf(requester->takeUnchecked())) {
-        const Envelope frame(text);
-        checkFrame(frame, text);
-        entries.push_back(entryOf(frame, text, "socket"));
-        const bool isNew = isForAll(frame) && entries.size() > expected.resent;
-        if (isNew) {
-            forAll.push_back(text);
-            if (!frame.has("notice")) {
-                model.sent(text);
-            }
-        }
-        // The key of the pages is not told to those who observe the traffic.
-        if (!frame.has("page")) {
-            sent.push_back((isNew ? "sent to all " : "sent to one ") + text);
-        }
-    }
-    checkSame(entries, expected.frames, "the frames for the client");
-    // They are the frames that were checked above.
-    checkSame(textsOf(other->takeUnchecked()), forAll, "other clients get the events and notices only");
-    checkSame(takeStartingWith("sent ", lines), sent, "the report of frames");
-    for (const std::string_view kind : {"handled ", "refused "}) {
-        checkSame(takeStartingWith(kind, lines), takeStartingWith(kind, expected.reports), "the report of what was ",
-                  kind);
-    }
+    const Entries entries = expectFrames(expected, reports.sent);
+    checkReports(reports.handled, expected.reports, "handled ");
+    checkReports(reports.refused, expected.reports, "refused ");
     if (record != nullptr) {
         record->insert(record->end(), entriesOfJournal.begin(), entriesOfJournal.end());
         record->insert(record->end(), entries.begin(), entries.end());
     }
+}
+
+/// Returns: the frames for the requester as entries of the model.
+Entries HubWorld::expectFrames(const WireModel::Reaction& expected, const std::vector<TrafficRecord::Sent>& reported) {
+    const auto frames = requester->takeUnchecked();
+    const auto framesOfOther = other->takeUnchecked();
+    Entries entries;
+    std::size_t forAll = 0;
+    std::size_t sent = 0;
+    for (const auto& text : frames) {
+        const Envelope frame(*text);
+        checkFrame(frame, *text);
+        entries.push_back(entryOf(frame, *text, "socket"));
+        const bool isNew = isForAll(frame) && entries.size() > expected.resent;
+        if (isNew) {
+            // It is checked above.
+            check(forAll < framesOfOther.size() && *framesOfOther[forAll] == *text,
+                  "other clients get the events and notices: ", *text);
+            ++forAll;
+            if (!frame.has("notice")) {
+                model.sent(*text);
+            }
+        }
+        // The key of the pages is not told to those who observe the traffic.
+        if (!frame.has("page")) {
+            check(sent < reported.size() && reported[sent].toAll == isNew && reported[sent].frame == *text,
+                  "the report of a frame: ", *text);
+            ++sent;
+        }
+    }
+    checkSame(entries, expected.frames, "the frames for the client");
+    check(forAll == framesOfOther.size(), "other clients get the events and notices only");
+    check(sent == reported.size(), "frames that were not sent are not reported");
+    return entries;
 }
 
 }  // namespace SettingsHandlerFuzz

@@ -91,7 +91,9 @@ public:
     void receive(const std::string& frame);
 
 private:
-    void expect(WireModel::Reaction expected, Entries lines);
+    /// `received`: the frame that led to it; null when none was passed on.
+    void expect(const WireModel::Reaction& expected, const std::string* received = nullptr);
+    Entries expectFrames(const WireModel::Reaction& expected, const std::vector<TrafficRecord::Sent>& reported);
 
     Recorder& recorder;
     SettingsHandlerTesting::Journal& journal = recorder.journal;
@@ -102,7 +104,7 @@ private:
         std::make_shared<SettingsHandlerTesting::FakeSdkBridge>(journal);
     std::shared_ptr<SettingsHandlerTesting::FakeDeviceInfo> device =
         std::make_shared<SettingsHandlerTesting::FakeDeviceInfo>(journal);
-    std::shared_ptr<TrafficLines> traffic = std::make_shared<TrafficLines>();
+    std::shared_ptr<TrafficRecord> traffic = std::make_shared<TrafficRecord>();
     FakeAdministration administration{storage};
     std::shared_ptr<FakeTransactions> transactions;
     std::shared_ptr<SettingsHandlerKit::MessageHub> hub;

@@ -81,6 +81,9 @@ private:
 
     Action recordAndFind(std::string entry) {
         const std::lock_guard<std::mutex> lock(mutex);
+        if (recorded.capacity() == 0) {
+            recorded.reserve(32);
+        }
         recorded.push_back(std::move(entry));
         for (auto waiting = awaited.begin(); waiting != awaited.end(); ++waiting) {
             if (recorded.back().compare(0, waiting->beginning.size(), waiting->beginning) != 0) {
