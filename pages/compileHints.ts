@@ -1,7 +1,7 @@
 import type { Plugin } from 'vite';
 
 /** The scripts that run before the first settings are drawn. */
-const early = /^(index|base)$/;
+const early = /^(index|pages)$/;
 
 /** Has browsers compile the functions of these scripts while they load them, instead of each when it is called first. */
 export const compileHints: Plugin = {

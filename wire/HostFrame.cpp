@@ -4,12 +4,11 @@
 #include <utility>
 
 #include "Wire/MessageType.h"
+#include "Wire/Utf8.h"
 
 namespace Wire {
 
 namespace {
-
-constexpr unsigned parseFlags = Utils::jsonParseFlags | rapidjson::kParseValidateEncodingFlag;
 
 std::string_view viewOf(const rapidjson::Value& value) {
     return {value.GetString(), value.GetStringLength()};
@@ -36,12 +35,15 @@ const rapidjson::Value* member(const rapidjson::Value& object, const char* name)
 
 }  // namespace
 
-HostFrame::HostFrame(std::string received) : line(std::move(received)) {
-    // The parser stops at a NUL.
-    if (line.find('\0') != std::string::npos || document.Parse<parseFlags>(line.c_str()).HasParseError() ||
-        !document.IsObject()) {
+HostFrame::HostFrame(std::string received)
+    : line(std::move(received)), parsed(line.c_str(), line.c_str() + line.size() + 1) {
+    // The parser stops at a NUL. With its own check of the encoding and its copies of texts it takes twice as long.
+    if (line.find('\0') != std::string::npos || !isValidUtf8(line) ||
+        document.ParseInsitu<Utils::jsonParseFlags>(parsed.data()).HasParseError() || !document.IsObject()) {
         throw MalformedFrame("not a JSON object");
     }
+    const auto* const type = at({"type"});
+    hasEvent = type != nullptr && type->IsInt() && type->GetInt() == SETTING_CHANGED;
 }
 
 const rapidjson::Value* HostFrame::at(Path path) const {
@@ -50,11 +52,6 @@ const rapidjson::Value* HostFrame::at(Path path) const {
         value = value == nullptr ? nullptr : member(*value, name);
     }
     return value;
-}
-
-bool HostFrame::isEvent() const {
-    const auto* const type = at({"type"});
-    return type != nullptr && type->IsInt() && type->GetInt() == SETTING_CHANGED;
 }
 
 bool HostFrame::isReplyTo(const std::string& messageId) const {

@@ -7,13 +7,13 @@ namespace Wire {
 
 namespace {
 
-/// Appends `digits` digits of a number that is not negative. Each line of a log has a time: printf would take a
+/// Writes the last `digits` digits of a number that is not negative. Each line of a log has a time: printf would take a
 /// multiple of the time that the rest of the line takes.
-void append(std::string& text, long number, int digits) {
-    if (digits > 1) {
-        append(text, number / 10, digits - 1);
+void write(std::string& text, std::size_t place, std::size_t digits, long number) {
+    while (digits-- > 0) {
+        text[place + digits] = static_cast<char>('0' + number % 10);
+        number /= 10;
     }
-    text += static_cast<char>('0' + number % 10);
 }
 
 }  // namespace
@@ -26,22 +26,17 @@ std::string localTimeText(std::chrono::system_clock::time_point time) {
     std::tm local{};
     ::localtime_r(&sinceEpoch, &local);
     const long zone = std::labs(local.tm_gmtoff) / 60;
-    std::string text;
-    text.reserve(29);
-    const auto add = [&text](char separator, long number) {
-        text += separator;
-        append(text, number, 2);
-    };
-    append(text, local.tm_year + 1900L, 4);
-    add('-', local.tm_mon + 1L);
-    add('-', local.tm_mday);
-    add('T', local.tm_hour);
-    add(':', local.tm_min);
-    add(':', local.tm_sec);
-    text += '.';
-    append(text, milliseconds, 3);
-    add(local.tm_gmtoff < 0 ? '-' : '+', zone / 60);
-    add(':', zone % 60);
+    std::string text = "0000-00-00T00:00:00.000+00:00";
+    write(text, 0, 4, local.tm_year + 1900L);
+    write(text, 5, 2, local.tm_mon + 1L);
+    write(text, 8, 2, local.tm_mday);
+    write(text, 11, 2, local.tm_hour);
+    write(text, 14, 2, local.tm_min);
+    write(text, 17, 2, local.tm_sec);
+    write(text, 20, 3, milliseconds);
+    text[23] = local.tm_gmtoff < 0 ? '-' : '+';
+    write(text, 24, 2, zone / 60);
+    write(text, 27, 2, zone % 60);
     return text;
 }
 

@@ -165,7 +165,10 @@ void send(Session& session, const std::string& frame, std::vector<Asked>& reques
         frames.push_back(Wire::bareRequest(Wire::IS_ORLIA_SELECTED_VA, fence));
     }
     Answers received(requests, fence);
-    session.exchange(frames, [&](const Wire::HostFrame& next) { return received.take(next); });
+    session.exchange(frames, [&](const Wire::HostFrame& next) {
+        session.tellEventsAtOnce();
+        return received.take(next);
+    });
     if (received.any()) {
         session.noteAnswer();
     }
@@ -175,11 +178,12 @@ void send(Session& session, const std::string& frame, std::vector<Asked>& reques
     }
 }
 
-Answer sendAlone(Session& session, const Asked& asked) {
-    std::vector<Asked> requests{asked};
+Answer sendAlone(Session& session, Asked asked) {
+    std::vector<Asked> requests;
+    requests.push_back(std::move(asked));
     std::vector<Answer> answers;
-    send(session, asked.frame, requests, answers);
-    return answers.front();
+    send(session, requests.front().frame, requests, answers);
+    return std::move(answers.front());
 }
 
 Asked askedFor(Session& session, const Assignment& assignment) {
@@ -232,7 +236,7 @@ Answer request(Session& session, Wire::MessageType type) {
     Asked asked;
     asked.messageId = session.newMessageId();
     asked.frame = Wire::bareRequest(type, asked.messageId, Wire::Answered::YES, session.caller);
-    return sendAlone(session, asked);
+    return sendAlone(session, std::move(asked));
 }
 
 }  // namespace SettingsClient

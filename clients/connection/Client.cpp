@@ -144,8 +144,9 @@ std::string Client::status() {
                [](const auto& reply) { return reply.objectAt({"status"}); });
 }
 
-void Client::onEvent(std::function<void(const Event&)> observer) {
+void Client::onEvent(std::function<void(const Event&)> observer, bool atOnce) {
     session->observers.event = std::move(observer);
+    session->observers.eventsAtOnce = atOnce;
 }
 
 void Client::onReread(std::function<void(const Reread&)> observer) {

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include <poll.h>
+#include <sched.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -15,6 +16,14 @@
 namespace SettingsClient {
 
 namespace {
+
+/// A reply mostly comes within tens of microseconds, and sleep with a wake-up takes nearly as long. So a wait begins
+/// without sleep, for this time at most.
+constexpr std::chrono::microseconds longestAwake{100};
+
+/// After each such wait that was too long (a slow disk, busy processors) twice as many as after the last one sleep at
+/// once, and one more; so many at most.
+constexpr int mostWaitsAsleep = 63;
 
 /// Throws `InvalidSocketPath`.
 sockaddr_un addressOf(const std::string& path) {
@@ -117,6 +126,25 @@ void Connection::failForMissingReply() const {
     fail("does not reply");
 }
 
+bool Connection::receiveAwake(Deadline deadline) {
+    if (waitsAsleep > 0) {
+        --waitsAsleep;
+        return false;
+    }
+    const auto until = std::min(deadline, std::chrono::steady_clock::now() + longestAwake);
+    bool came = receiveBytes(MSG_DONTWAIT);
+    while (!came && std::chrono::steady_clock::now() < until) {
+        // The host may need this processor.
+        ::sched_yield();
+        came = receiveBytes(MSG_DONTWAIT);
+    }
+    // Others may also have had the processor for too long.
+    const bool wasLong = std::chrono::steady_clock::now() >= until;
+    lastWaitsAsleep = wasLong ? std::min(2 * lastWaitsAsleep + 1, mostWaitsAsleep) : 0;
+    waitsAsleep = lastWaitsAsleep;
+    return came;
+}
+
 void Connection::waitForBytes(Deadline deadline) const {
     pollfd wanted{socket, POLLIN, 0};
     for (;;) {
@@ -132,7 +160,7 @@ void Connection::waitForBytes(Deadline deadline) const {
     }
 }
 
-void Connection::receiveBytes(int flags) {
+bool Connection::receiveBytes(int flags) {
     const std::size_t before = pending.size();
     if (before == maximumLineSize) {
         fail("sent a line longer than 1 MiB");
@@ -142,6 +170,7 @@ void Connection::receiveBytes(int flags) {
     if (count == 0 || (count < 0 && errno != EINTR && errno != EAGAIN && errno != EWOULDBLOCK)) {
         fail("closed the connection");
     }
+    return count > 0;
 }
 
 void Connection::readAvailable() {
@@ -165,8 +194,10 @@ std::string Connection::receive(Deadline deadline) {
         if (auto line = takeLine()) {
             return std::move(*line);
         }
-        waitForBytes(deadline);
-        receiveBytes(0);
+        if (!receiveAwake(deadline)) {
+            waitForBytes(deadline);
+            receiveBytes(0);
+        }
     }
 }
 

@@ -51,8 +51,11 @@ public:
     [[noreturn]] void failForMissingReply() const;
 
 private:
+    /// Waits for a short time without sleep. Returns: whether something came.
+    bool receiveAwake(Deadline deadline);
     void waitForBytes(Deadline deadline) const;
-    void receiveBytes(int flags);
+    /// Returns: whether something came.
+    bool receiveBytes(int flags);
     [[noreturn]] void fail(const std::string& what) const;
 
     std::string path;
@@ -61,6 +64,9 @@ private:
     std::vector<char> buffer = std::vector<char>(65536);
     std::string pending;
     std::size_t searched = 0;
+    /// How many of the next waits sleep at once, and how many did after the last one that was too long.
+    int waitsAsleep = 0;
+    int lastWaitsAsleep = 0;
 };
 
 }  // namespace SettingsClient

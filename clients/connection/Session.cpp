@@ -206,7 +206,7 @@ void Session::process() {
             const auto now = std::chrono::steady_clock::now();
             if (!connection && now >= nextAttempt) {
                 open(Connection::WhenBusy::GIVE_UP);
-            } else if (connection) {
+            } else if (connection && notifications.empty()) {
                 connection->readAvailable();
                 takeLines();
                 if (isGreeting && now >= helloDeadline) {
@@ -222,19 +222,29 @@ void Session::process() {
     tell();
 }
 
+void Session::tellEventsAtOnce() {
+    while (observers.eventsAtOnce && !notifications.empty() && std::holds_alternative<Event>(notifications.front())) {
+        tellNext();
+    }
+}
+
 void Session::tell() {
     while (!notifications.empty()) {
-        const Notification next = std::move(notifications.front());
-        notifications.pop_front();
-        if (const auto* const event = std::get_if<Event>(&next)) {
-            call<const Event&>(observers.event, *event);
-        } else if (const auto* const reread = std::get_if<Reread>(&next)) {
-            call<const Reread&>(observers.reread, *reread);
-        } else if (const auto* const disconnected = std::get_if<Disconnected>(&next)) {
-            call<const std::string&>(observers.disconnected, disconnected->reason);
-        } else {
-            call<>(observers.connected);
-        }
+        tellNext();
+    }
+}
+
+void Session::tellNext() {
+    const Notification next = std::move(notifications.front());
+    notifications.pop_front();
+    if (const auto* const event = std::get_if<Event>(&next)) {
+        call<const Event&>(observers.event, *event);
+    } else if (const auto* const reread = std::get_if<Reread>(&next)) {
+        call<const Reread&>(observers.reread, *reread);
+    } else if (const auto* const disconnected = std::get_if<Disconnected>(&next)) {
+        call<const std::string&>(observers.disconnected, disconnected->reason);
+    } else {
+        call<>(observers.connected);
     }
 }
 

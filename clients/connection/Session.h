@@ -24,6 +24,7 @@ class Session {
 public:
     struct Observers {
         std::function<void(const Event&)> event;
+        bool eventsAtOnce = false;
         std::function<void(const Reread&)> reread;
         std::function<void()> connected;
         std::function<void(const std::string& reason)> disconnected;
@@ -60,6 +61,8 @@ public:
     int descriptor() const { return wakeUp.descriptor(); }
     /// Does what is due: receives, connects, calls observers.
     void process();
+    /// Calls the observer of events now, if it asked for that, unless another observer is to be called first.
+    void tellEventsAtOnce();
     /// Ends the loop of `Client::run`.
     bool isStopped = false;
 
@@ -93,6 +96,7 @@ private:
 
     void queue(EventOrder::Told told);
     void tell();
+    void tellNext();
     void setTimer();
 
     Options options;

@@ -10,11 +10,9 @@ namespace SettingsDbus {
 
 namespace {
 
-using Event = SettingsClient::Event;
-
 /// The newest event of each setting, in their order.
-std::vector<Event> newestOf(const std::vector<Event>& events) {
-    std::vector<Event> newest;
+std::vector<Settings::Event> newestOf(const std::vector<Settings::Event>& events) {
+    std::vector<Settings::Event> newest;
     std::set<std::string> keys;
     for (auto event = events.rbegin(); event != events.rend(); ++event) {
         if (keys.insert(event->key).second) {
@@ -29,7 +27,7 @@ std::vector<Event> newestOf(const std::vector<Event>& events) {
 
 Settings::Settings(SettingsClient::Client& host, const SettingsBridge::Log& programLog, Observer changeObserver)
     : client(host), log(programLog), observer(std::move(changeObserver)) {
-    client.onEvent([this](const auto& event) { take(event); });
+    client.onEvent([this](const auto& event) { take(event); }, true);
     client.onReread([this](const auto& reread) { takeReread(reread); });
     client.onConnected([this] { takeConnection(); });
     client.onDisconnected([this](const auto& reason) { takeLoss(reason); });

@@ -58,7 +58,7 @@ function linesOf(setting: SettingKey, value: string | undefined): string[] {
     const onOrOff = (isOn: boolean) => (isOn ? ', on' : ', off');
     if (isReadOnly(setting)) {
         const how = english.t(setting === 'captionsEnabled' ? 'onTv.captionsEnabled' : 'onTv.doNotDisturbEnabled');
-        return [`button ${name} ${words} (${english.about[setting]} ${english.t('setOnDevice')} ${how})`];
+        return [`button ${name} ${words} (${english.about[setting]} ${english.t('onTv.only')} ${how})`];
     }
     if (isShownOnly) {
         return [`button ${name} ${words}${about}`];

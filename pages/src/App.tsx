@@ -29,7 +29,7 @@ export function App({ store }: { readonly store: Store }): JSX.Element {
     useLayoutEffect(() => {
         document.documentElement.lang = code;
         document.documentElement.dir = direction;
-        document.title = `${t(`section.${current}`)} · ${t('title')}`;
+        document.title = `${t(`section.${current}`)} · ${t('page.title')}`;
     }, [code, direction, current, t]);
     useEffect(() => {
         prepareIntl(code);
@@ -60,7 +60,7 @@ export function App({ store }: { readonly store: Store }): JSX.Element {
                 <Menu menu={menu} current={current} onShow={show} onEnter={page.goTo} />
                 <main class="list" ref={list}>
                     <h2>{t(`section.${drawn}`)}</h2>
-                    {!isLoaded && <p role="status">{state.connection === 'connecting' ? t('loading') : ''}</p>}
+                    {!isLoaded && <p role="status">{state.connection === 'connecting' ? t('page.loading') : ''}</p>}
                     {section}
                 </main>
             </div>

@@ -77,115 +77,114 @@ interface PendingRequest {
 export class Client {
     /** The version of the wire that the host speaks; null until it has said so. */
     version: string | null = null;
-    private readonly connection: Connection;
-    private status: Status = 'connecting';
+    readonly #connection: Connection;
+    #status: Status = 'connecting';
     /** Requests without a reply, in the order of their frames. */
-    private readonly pending = new Map<string, PendingRequest>();
+    readonly #pending = new Map<string, PendingRequest>();
     /** Changes of this client whose events have not come. */
-    private readonly writes = new Set<{
+    readonly #writes = new Set<{
         readonly key: string;
         readonly to: string;
     }>();
     /** Keys to read, and the event that is the reason. */
-    private readonly unread = new Map<SettingKey, ChangeEvent | null>();
-    private readTimer: ReturnType<typeof setTimeout> | undefined;
-    private lastId = 0;
-    private newestTimestamp = 0;
+    readonly #unread = new Map<SettingKey, ChangeEvent | null>();
+    #readTimer: ReturnType<typeof setTimeout> | undefined;
+    #lastId = 0;
+    #newestTimestamp = 0;
     /** The run of the host of which every event up to `sequence` is known; null when every value must be read. */
-    private run: string | null = null;
-    private sequence = 0;
+    #run: string | null = null;
+    #sequence = 0;
     /** The values, if they were requested with the greeting. */
-    private reading: Promise<Values | null> | null = null;
+    #reading: Promise<Values | null> | null = null;
     /** Whether the host has answered who it is, so that the next event follows `sequence`. */
-    private isGreeted = false;
+    #isGreeted = false;
+    readonly #options: Options;
 
-    constructor(
-        private readonly options: Options,
-        environment?: Environment,
-    ) {
+    constructor(options: Options, environment?: Environment) {
         if (options.name !== undefined && !/^\P{Cc}{1,64}$/u.test(options.name)) {
             throw new RangeError('a client name has 1 to 64 characters, no control characters');
         }
+        this.#options = options;
         const observer = {
             opened: () => {
-                this.greet();
+                this.#greet();
             },
             received: (text: string) => {
-                this.received(text);
+                this.#received(text);
             },
             closed: () => {
-                this.closed();
+                this.#closed();
             },
             unauthorized: () => {
-                this.setStatus('unauthorized');
+                this.#setStatus('unauthorized');
             },
         };
         const address = options.address ?? location.href;
-        this.connection = new Connection(address, '/settings', 'settings.v1', observer, environment);
-        this.connection.start();
+        this.#connection = new Connection(address, '/settings', 'settings.v1', observer, environment);
+        this.#connection.start();
     }
 
     /** Ends the connection for good. */
     close(): void {
-        this.connection.stop();
+        this.#connection.stop();
     }
 
     /** Connects at once instead of after the delay, when the connection is lost. */
     retryNow(): void {
-        this.connection.retryNow();
+        this.#connection.retryNow();
     }
 
     /** The values of `keys`, or of every setting when there are none. */
     async read(keys: readonly SettingKey[] = []): Promise<Values | null> {
-        const reply = await this.request({ type: messageType.getSettings, payload: { settings: keys } });
+        const reply = await this.#request({ type: messageType.getSettings, payload: { settings: keys } });
         return reply && valuesOf(reply);
     }
 
     async set<Key extends SettingKey>(key: Key, to: ValueOf<Key>): Promise<Outcome> {
-        const [outcome] = await this.write([{ key, to }], (requests) => requests[0]);
+        const [outcome] = await this.#write([{ key, to }], (requests) => requests[0]);
         return outcome ?? refused('unknown');
     }
 
     /** Up to 64 changes with nobody in between. Each has its own outcome; when the storage fails, it takes none. */
     batch(changes: readonly NewValue[]): Promise<Outcome[]> {
-        return this.write(changes, (batch) => ({ batch }));
+        return this.#write(changes, (batch) => ({ batch }));
     }
 
     /** The newest events of the host's run, of one setting or all, oldest first. `limit`: 1 to 1,024. */
     async history(limit?: number, key?: SettingKey): Promise<ChangeEvent[] | null> {
-        const reply = await this.request({ history: { settingDBId: key, limit } });
+        const reply = await this.#request({ history: { settingDBId: key, limit } });
         return reply && eventsOf(reply);
     }
 
     /** Whether this assistant is the selected one. */
     async isSelected(): Promise<boolean | null> {
-        const reply = await this.request({ type: messageType.isSelected });
+        const reply = await this.#request({ type: messageType.isSelected });
         return reply && reply.body['isOrliaSelectedAsVA'] === true;
     }
 
     /** Opens the assistant's settings on the device. Resolves with whether that was done. */
     openSettings(): Promise<boolean | null> {
-        return this.act(messageType.openSettings);
+        return this.#act(messageType.openSettings);
     }
 
     /** Erases the stored settings. Resolves with whether that was done. */
     logOut(): Promise<boolean | null> {
-        return this.act(messageType.logOut);
+        return this.#act(messageType.logOut);
     }
 
-    private async act(type: number): Promise<boolean | null> {
-        const reply = await this.request({ type, answer: true });
+    async #act(type: number): Promise<boolean | null> {
+        const reply = await this.#request({ type, answer: true });
         return reply && reply.body['outcome'] === 'done';
     }
 
-    private async write(
+    async #write(
         changes: readonly { readonly key: SettingKey; readonly to: string }[],
         wrap: (requests: readonly Members[]) => Members | undefined,
     ): Promise<Outcome[]> {
-        const timestamp = this.nextTimestamp();
+        const timestamp = this.#nextTimestamp();
         const requests = changes.map(({ key, to }) => ({
             type: messageType.setSettings,
-            messageId: this.nextId(),
+            messageId: this.#nextId(),
             timestamp,
             answer: true,
             payload: { settingDBId: key, to },
@@ -200,214 +199,215 @@ export class Client {
         }
         const ids = requests.map(({ messageId }) => messageId);
         const writes = changes.map((change) => ({ ...change }));
-        writes.forEach((write) => this.writes.add(write));
-        const replies = await Promise.all(this.exchange(frame, ids));
-        const outcomes = replies.map((reply, index) => this.outcomeOf(reply, changes[index]?.key));
-        writes.forEach((write) => this.writes.delete(write));
+        writes.forEach((write) => this.#writes.add(write));
+        const replies = await Promise.all(this.#exchange(frame, ids));
+        const outcomes = replies.map((reply, index) => this.#outcomeOf(reply, changes[index]?.key));
+        writes.forEach((write) => this.#writes.delete(write));
         return outcomes;
     }
 
-    private outcomeOf(reply: Reply | null, key: SettingKey | undefined): Outcome {
+    #outcomeOf(reply: Reply | null, key: SettingKey | undefined): Outcome {
         if (reply !== null) {
             // After `stale` the next attempt is newer.
-            this.newestTimestamp = Math.max(this.newestTimestamp, number(reply.body['newest']));
+            this.#newestTimestamp = Math.max(this.#newestTimestamp, number(reply.body['newest']));
             return outcomeOf(reply);
         }
         if (key !== undefined) {
-            this.unread.set(key, null);
+            this.#unread.set(key, null);
         }
         return refused('no-reply');
     }
 
-    private async request(members: Members): Promise<Reply | null> {
-        const messageId = this.nextId();
-        return this.exchange(JSON.stringify({ ...members, messageId }), [messageId])[0] ?? null;
+    async #request(members: Members): Promise<Reply | null> {
+        const messageId = this.#nextId();
+        return this.#exchange(JSON.stringify({ ...members, messageId }), [messageId])[0] ?? null;
     }
 
     /** Sends a frame that is replied to by these ids. Null when no reply came, or a refusal. */
-    private exchange(frame: string, ids: readonly string[]): Promise<Reply | null>[] {
+    #exchange(frame: string, ids: readonly string[]): Promise<Reply | null>[] {
         const replies = ids.map(
             (id) =>
                 new Promise<Reply | null>((resolve) => {
-                    this.expect(id, (reply) => {
+                    this.#expect(id, (reply) => {
                         resolve(reply?.kind === 'reply' ? reply : null);
                     });
                 }),
         );
-        if (!this.isSupported() || !this.connection.send(frame)) {
+        if (!this.#isSupported() || !this.#connection.send(frame)) {
             ids.forEach((id) => {
-                this.finish(id, null);
+                this.#finish(id, null);
             });
         }
         return replies;
     }
 
-    private isSupported(): boolean {
-        return this.status !== 'unsupported';
+    #isSupported(): boolean {
+        return this.#status !== 'unsupported';
     }
 
-    private expect(id: string, done: PendingRequest['done']): void {
+    #expect(id: string, done: PendingRequest['done']): void {
         const timer = setTimeout(() => {
-            this.finish(id, null);
+            this.#finish(id, null);
             // The connection may be dead.
-            this.connection.renew();
+            this.#connection.renew();
         }, replyTimeout);
-        this.pending.set(id, { done, timer });
+        this.#pending.set(id, { done, timer });
     }
 
-    private finish(id: string | undefined, reply: Reply | Refusal | null): void {
-        const request = this.pending.get(id ?? '');
+    #finish(id: string | undefined, reply: Reply | Refusal | null): void {
+        const request = this.#pending.get(id ?? '');
         if (id !== undefined && request !== undefined) {
-            this.pending.delete(id);
+            this.#pending.delete(id);
             clearTimeout(request.timer);
             request.done(reply);
         }
     }
 
     /** Tells the host who this is, and how far it knows its events. */
-    private greet(): void {
-        this.isGreeted = false;
-        const { run, sequence } = this;
-        const hello = { client: this.options.name, resume: run === null ? undefined : { run, sequence } };
-        const messageId = this.nextId();
-        this.expect(messageId, (reply) => {
+    #greet(): void {
+        this.#isGreeted = false;
+        const run = this.#run;
+        const sequence = this.#sequence;
+        const hello = { client: this.#options.name, resume: run === null ? undefined : { run, sequence } };
+        const messageId = this.#nextId();
+        this.#expect(messageId, (reply) => {
             if (reply?.kind === 'reply') {
-                this.greeted(reply.body);
+                this.#greeted(reply.body);
             } else if (reply?.code === 'unknown-type') {
-                this.setStatus('unsupported');
+                this.#setStatus('unsupported');
             } else if (reply !== null) {
                 // Too much to resume.
-                this.run = null;
-                this.connection.renew();
+                this.#run = null;
+                this.#connection.renew();
             }
         });
-        this.connection.send(JSON.stringify({ messageId, hello }));
+        this.#connection.send(JSON.stringify({ messageId, hello }));
         // In the same go, because a page waits for them. The host answers in order: they are newer than `sequence`.
-        this.reading = run === null ? this.read() : null;
+        this.#reading = run === null ? this.read() : null;
     }
 
-    private greeted({ version, run, sequence, missed, reread }: Members): void {
+    #greeted({ version, run, sequence, missed, reread }: Members): void {
         this.version = String(version);
-        this.isGreeted = true;
-        this.sequence = number(sequence);
-        if (this.reading === null && missed === false) {
-            this.setStatus('online');
-            this.scheduleRead(keysIn(reread), null);
+        this.#isGreeted = true;
+        this.#sequence = number(sequence);
+        if (this.#reading === null && missed === false) {
+            this.#setStatus('online');
+            this.#scheduleRead(keysIn(reread), null);
         } else {
-            this.run = null;
-            void this.load(String(run), this.reading ?? this.read());
+            this.#run = null;
+            void this.#load(String(run), this.#reading ?? this.read());
         }
     }
 
-    private async load(run: string, reading: Promise<Values | null>): Promise<void> {
-        this.unread.clear();
+    async #load(run: string, reading: Promise<Values | null>): Promise<void> {
+        this.#unread.clear();
         const values = await reading;
         if (values !== null) {
-            this.run = run;
-            this.options.loaded?.(values);
-            this.setStatus('online');
+            this.#run = run;
+            this.#options.loaded?.(values);
+            this.#setStatus('online');
         }
     }
 
-    private received(text: string): void {
+    #received(text: string): void {
         const frame = parseFrame(text);
         switch (frame?.kind) {
             case 'reply':
-                this.finish(frame.messageId, frame);
+                this.#finish(frame.messageId, frame);
                 break;
             case 'event':
-                this.handleEvent(frame);
+                this.#handleEvent(frame);
                 break;
             case 'notice':
-                this.scheduleRead(frame.keys, null);
+                this.#scheduleRead(frame.keys, null);
                 break;
             case 'refusal':
                 // The host replies in the order of the requests.
-                this.finish(this.pending.keys().next().value, frame);
+                this.#finish(this.#pending.keys().next().value, frame);
                 break;
         }
     }
 
-    private handleEvent({ kind: _kind, key, ...members }: EventFrame): void {
+    #handleEvent({ kind: _kind, key, ...members }: EventFrame): void {
         const { sequence } = members;
-        this.newestTimestamp = Math.max(this.newestTimestamp, members.timestamp);
-        if (sequence !== this.sequence + 1) {
+        this.#newestTimestamp = Math.max(this.#newestTimestamp, members.timestamp);
+        if (sequence !== this.#sequence + 1) {
             // Until the host has answered, all events since `sequence` are still to come, in order.
-            if (this.isGreeted && sequence > this.sequence) {
-                this.greet();
+            if (this.#isGreeted && sequence > this.#sequence) {
+                this.#greet();
             }
             return;
         }
-        this.sequence = sequence;
+        this.#sequence = sequence;
         const event = isSetting(key) ? { key, ...members } : null;
         if (event !== null) {
-            this.options.event?.(event);
+            this.#options.event?.(event);
         }
-        for (const write of this.writes) {
-            const isOwn = members.origin === 'page' && members.client === (this.options.name ?? null);
+        for (const write of this.#writes) {
+            const isOwn = members.origin === 'page' && members.client === (this.#options.name ?? null);
             if (isOwn && write.key === key && write.to === members.to) {
-                this.writes.delete(write);
+                this.#writes.delete(write);
                 return;
             }
         }
         if (event !== null) {
-            this.options.changed?.({ key: event.key, value: event.to, event });
+            this.#options.changed?.({ key: event.key, value: event.to, event });
             // The event carries the requested text; the host may report another value.
-            this.scheduleRead([event.key], event);
+            this.#scheduleRead([event.key], event);
         }
     }
 
-    private scheduleRead(keys: readonly SettingKey[], event: ChangeEvent | null): void {
+    #scheduleRead(keys: readonly SettingKey[], event: ChangeEvent | null): void {
         for (const key of keys) {
-            this.unread.set(key, event);
+            this.#unread.set(key, event);
         }
-        if (this.unread.size > 0) {
-            this.readTimer ??= setTimeout(() => {
-                this.readTimer = undefined;
-                void this.readUnread();
+        if (this.#unread.size > 0) {
+            this.#readTimer ??= setTimeout(() => {
+                this.#readTimer = undefined;
+                void this.#readUnread();
             }, readDelay);
         }
     }
 
-    private async readUnread(): Promise<void> {
-        const wanted = new Map(this.unread);
-        this.unread.clear();
+    async #readUnread(): Promise<void> {
+        const wanted = new Map(this.#unread);
+        this.#unread.clear();
         const values = await this.read([...wanted.keys()]);
         for (const [key, event] of wanted) {
             if (values === null) {
                 // For the next connection.
-                this.unread.set(key, this.unread.has(key) ? null : event);
+                this.#unread.set(key, this.#unread.has(key) ? null : event);
             } else if (event === null || event.to !== values[key]) {
-                this.options.changed?.({ key, value: values[key], event });
+                this.#options.changed?.({ key, value: values[key], event });
             }
         }
     }
 
-    private closed(): void {
-        for (const id of [...this.pending.keys()]) {
-            this.finish(id, null);
+    #closed(): void {
+        for (const id of [...this.#pending.keys()]) {
+            this.#finish(id, null);
         }
-        if (this.status !== 'unauthorized') {
-            this.setStatus('lost');
-        }
-    }
-
-    private setStatus(status: Status): void {
-        if (this.status !== status) {
-            this.status = status;
-            this.options.status?.(status);
+        if (this.#status !== 'unauthorized') {
+            this.#setStatus('lost');
         }
     }
 
-    private nextId(): string {
-        this.lastId += 1;
-        return `page-${this.lastId}`;
+    #setStatus(status: Status): void {
+        if (this.#status !== status) {
+            this.#status = status;
+            this.#options.status?.(status);
+        }
+    }
+
+    #nextId(): string {
+        this.#lastId += 1;
+        return `page-${this.#lastId}`;
     }
 
     /** The host refuses requests that are older than the newest one that it saw, whichever clock is right. */
-    private nextTimestamp(): number {
-        this.newestTimestamp = Math.max(this.newestTimestamp, Date.now());
-        return this.newestTimestamp;
+    #nextTimestamp(): number {
+        this.#newestTimestamp = Math.max(this.#newestTimestamp, Date.now());
+        return this.#newestTimestamp;
     }
 }
 

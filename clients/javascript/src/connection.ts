@@ -41,103 +41,114 @@ const browser: Environment = {
 
 /** A WebSocket to the host that reconnects with growing delays. */
 export class Connection {
-    private socket: WebSocket | null = null;
-    private attempt = 0;
-    private timer: ReturnType<typeof setTimeout> | undefined;
-    private stopped = false;
+    #socket: WebSocket | null = null;
+    #attempt = 0;
+    #timer: ReturnType<typeof setTimeout> | undefined;
+    #stopped = false;
+    readonly #address: string;
+    readonly #path: string;
+    readonly #protocol: string;
+    readonly #observer: ConnectionObserver;
+    readonly #environment: Environment;
 
     /** `address` is that of the host for a browser, with the key unless a cookie has it. Call `start` next. */
     constructor(
-        private readonly address: string,
-        private readonly path: string,
-        private readonly protocol: string,
-        private readonly observer: ConnectionObserver,
-        private readonly environment: Environment = browser,
-    ) {}
+        address: string,
+        path: string,
+        protocol: string,
+        observer: ConnectionObserver,
+        environment: Environment = browser,
+    ) {
+        this.#address = address;
+        this.#path = path;
+        this.#protocol = protocol;
+        this.#observer = observer;
+        this.#environment = environment;
+    }
 
     start(): void {
-        this.connect();
+        this.#connect();
     }
 
     stop(): void {
-        this.stopped = true;
-        clearTimeout(this.timer);
-        this.socket?.close();
+        this.#stopped = true;
+        clearTimeout(this.#timer);
+        this.#socket?.close();
     }
 
     /** Retries at once instead of after the delay. */
     retryNow(): void {
-        if (!this.stopped && this.socket === null) {
-            this.attempt = 0;
-            this.connect();
+        if (!this.#stopped && this.#socket === null) {
+            this.#attempt = 0;
+            this.#connect();
         }
     }
 
     /** Replaces a connection that may be dead without having been closed. */
     renew(): void {
-        if (this.socket !== null) {
-            this.abandon(this.socket);
+        if (this.#socket !== null) {
+            this.#abandon(this.#socket);
         }
     }
 
     /** Returns: false when there is no connection. */
     send(text: string): boolean {
-        if (this.socket?.readyState !== open) {
+        if (this.#socket?.readyState !== open) {
             return false;
         }
-        this.socket.send(text);
+        this.#socket.send(text);
         return true;
     }
 
-    private connect(): void {
-        clearTimeout(this.timer);
-        const { origin, search } = new URL(this.address);
-        const socket = this.environment.open(origin.replace('http', 'ws') + this.path + search, this.protocol);
-        this.socket = socket;
-        this.timer = setTimeout(() => {
-            this.abandon(socket);
+    #connect(): void {
+        clearTimeout(this.#timer);
+        const { origin, search } = new URL(this.#address);
+        const socket = this.#environment.open(origin.replace('http', 'ws') + this.#path + search, this.#protocol);
+        this.#socket = socket;
+        this.#timer = setTimeout(() => {
+            this.#abandon(socket);
         }, connectTimeout);
         socket.onopen = () => {
-            clearTimeout(this.timer);
-            this.attempt = 0;
-            this.observer.opened();
+            clearTimeout(this.#timer);
+            this.#attempt = 0;
+            this.#observer.opened();
         };
         socket.onmessage = ({ data }: MessageEvent<unknown>) => {
-            this.observer.received(String(data));
+            this.#observer.received(String(data));
         };
         socket.onclose = () => {
-            this.lost(socket);
+            this.#lost(socket);
         };
     }
 
-    private abandon(socket: WebSocket): void {
+    #abandon(socket: WebSocket): void {
         socket.onopen = null;
         socket.onmessage = null;
         socket.onclose = null;
         socket.close();
-        this.lost(socket);
+        this.#lost(socket);
     }
 
-    private lost(socket: WebSocket): void {
-        if (this.socket !== socket) {
+    #lost(socket: WebSocket): void {
+        if (this.#socket !== socket) {
             return;
         }
-        clearTimeout(this.timer);
-        this.socket = null;
-        this.observer.closed();
-        if (this.stopped) {
+        clearTimeout(this.#timer);
+        this.#socket = null;
+        this.#observer.closed();
+        if (this.#stopped) {
             return;
         }
-        this.attempt += 1;
-        this.timer = setTimeout(
+        this.#attempt += 1;
+        this.#timer = setTimeout(
             () => {
-                this.connect();
+                this.#connect();
             },
-            retryDelay(this.attempt, this.environment.random()),
+            retryDelay(this.#attempt, this.#environment.random()),
         );
-        void this.environment.statusOf(this.address).then((status) => {
+        void this.#environment.statusOf(this.#address).then((status) => {
             if (status === forbidden) {
-                this.observer.unauthorized();
+                this.#observer.unauthorized();
             }
         });
     }

@@ -48,8 +48,16 @@ std::string LineFormat::textOf(const LogLine& line) const {
     if (format == LogFormat::JSON) {
         return jsonObject(line, context->current()) + "\n";
     }
-    return Wire::localTimeText(line.time) + " " + nameOf(line.level) + " [" + line.threadId + "] " +
-           Wire::escapeControlCharacters(line.text) + "\n";
+    std::string text = Wire::localTimeText(line.time);
+    // Of the usual line.
+    text.reserve(text.size() + line.text.size() + 32);
+    return text.append(" ")
+        .append(nameOf(line.level))
+        .append(" [")
+        .append(line.threadId)
+        .append("] ")
+        .append(Wire::escapeControlCharacters(line.text))
+        .append("\n");
 }
 
 }  // namespace SettingsHandlerKit

@@ -22,9 +22,8 @@ export function Banner(): JSX.Element {
                     </button>
                 </>
             )}
-            {(state.connection === 'unauthorized' || state.connection === 'unsupported') && (
-                <span>{language.t(`connection.${state.connection}`)}</span>
-            )}
+            {state.connection === 'unauthorized' && <span>{language.t('connection.unauthorized')}</span>}
+            {state.connection === 'unsupported' && <span>{language.t('connection.unsupported')}</span>}
         </div>
     );
 }

@@ -33,7 +33,7 @@ export function ChoiceRow({ draw = (words) => words, preview, ...props }: Props)
     const words = (choice: string) =>
         choices.includes(choice)
             ? wordsFor(setting, choice, language)
-            : language.t('otherValue', { value: shortened(choice) });
+            : language.t('value.other', { value: shortened(choice) });
     const explanation = <Explanation {...props} />;
     return (
         <Row

@@ -16,7 +16,7 @@ export function Conflict({ setting, keep, onKeep, onUse }: Props): JSX.Element {
     const { state, language } = usePage();
     return (
         <div class="conflict" data-row={`${setting}-conflict`}>
-            <p>{language.t('conflict', { value: wordsFor(setting, state.values?.[setting] ?? '', language) })}</p>
+            <p>{language.t('conflict.value', { value: wordsFor(setting, state.values?.[setting] ?? '', language) })}</p>
             <button type="button" class="button" ref={keep} onClick={onKeep}>
                 {language.t('conflict.keep')}
             </button>

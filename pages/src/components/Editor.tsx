@@ -39,7 +39,7 @@ export function Editor({ setting, about, parts, takesFocus, onSave, onUnchanged,
     return (
         <form
             class="editor"
-            aria-label={language.t('edit', { name })}
+            aria-label={language.t('edit.title', { name })}
             onSubmit={insteadOfDefault(submit)}
             onReset={insteadOfDefault(onCancel)}
         >

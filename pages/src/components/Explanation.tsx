@@ -18,7 +18,7 @@ export function Explanation({ setting, about, children }: Props): JSX.Element {
     return (
         <>
             {about !== undefined && <p>{about}</p>}
-            {isReadOnly(setting) && <p>{t('setOnDevice')}</p>}
+            {isReadOnly(setting) && <p>{t('onTv.only')}</p>}
             {children}
             <LastChange setting={setting} />
         </>

@@ -40,10 +40,10 @@ export function Buttons({ setting }: { readonly setting: SettingKey }): JSX.Elem
     return (
         <div class="buttons" data-row={`${setting}-buttons`}>
             <button type="submit" class="button primary">
-                {language.t('save')}
+                {language.t('edit.save')}
             </button>
             <button type="reset" class="button">
-                {language.t('cancel')}
+                {language.t('edit.cancel')}
             </button>
         </div>
     );

@@ -16,8 +16,8 @@ interface Props {
 export function Menu({ menu, current, onShow, onEnter }: Props): JSX.Element {
     const { t } = usePage().language;
     return (
-        <nav class="menu" ref={menu} aria-label={t('sections')}>
-            <h1>{t('title')}</h1>
+        <nav class="menu" ref={menu} aria-label={t('page.sections')}>
+            <h1>{t('page.title')}</h1>
             <ul>
                 {sections.map(({ id }) => (
                     <li key={id} data-row={id}>

@@ -19,7 +19,13 @@ export function Panel({ class: name = 'panel', explanation, children, ...modal }
     const { t } = usePage().language;
     return (
         <Modal class={name} {...modal}>
-            <button type="button" class="tool close" data-tool="close" aria-label={t('close')} onClick={modal.onClose}>
+            <button
+                type="button"
+                class="tool close"
+                data-tool="close"
+                aria-label={t('edit.close')}
+                onClick={modal.onClose}
+            >
                 <Icon name="remove" />
             </button>
             {explanation !== undefined && <div class="explanation">{explanation}</div>}

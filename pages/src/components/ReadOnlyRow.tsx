@@ -36,7 +36,7 @@ export function ReadOnlyRow({ children, ...props }: Props): JSX.Element {
                     </p>
                     <div class="buttons" data-row="close">
                         <button type="button" class="button" onClick={panel.close}>
-                            {t('close')}
+                            {t('edit.close')}
                         </button>
                     </div>
                 </Panel>

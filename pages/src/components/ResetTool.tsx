@@ -16,7 +16,7 @@ export function ResetTool({ setting }: { readonly setting: SettingKey }): JSX.El
     return (
         <Tool
             tool="reset"
-            words={language.t('reset', { value: wordsFor(setting, initial, language) })}
+            words={language.t('edit.reset', { value: wordsFor(setting, initial, language) })}
             onUse={() => {
                 void store.set(setting, initial, true);
             }}

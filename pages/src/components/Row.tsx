@@ -1,5 +1,4 @@
 import type { ComponentChildren, JSX, Ref } from 'preact';
-import { useId } from 'preact/hooks';
 
 import { Icon, type IconName } from '../icons';
 
@@ -32,7 +31,7 @@ interface Props {
 export function Row(props: Props): JSX.Element {
     const { row, kind, name, value, icon, isOn, isDestructive, opensDialog, button, explanation, tools, children } =
         props;
-    const id = useId();
+    const id = `about-${row}`;
     const isSwitch = kind === 'switches';
     return (
         <div class="row" data-row={row} data-kind={kind}>

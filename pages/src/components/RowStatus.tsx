@@ -67,7 +67,7 @@ function TryAgain({ setting, status }: TryAgainProps): JSX.Element | null {
                     void store.set(setting, status.to);
                 }}
             >
-                {language.t('tryAgain')}
+                {language.t('edit.tryAgain')}
             </button>
         </div>
     );

@@ -13,13 +13,9 @@ export interface PageContents {
     readonly goTo: (section: SectionId, row: string) => void;
 }
 
-/** What every component of the settings page works with. */
-export const Page = createContext<PageContents | null>(null);
+/** What every component of the settings page works with. There is none outside of a provider. */
+export const Page = createContext(undefined as unknown as PageContents);
 
 export function usePage(): PageContents {
-    const page = useContext(Page);
-    if (page === null) {
-        throw new Error('usePage is used outside of Page.Provider');
-    }
-    return page;
+    return useContext(Page);
 }

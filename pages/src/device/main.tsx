@@ -7,8 +7,7 @@ import { DevicePage } from './DevicePage';
 import { moveByArrows } from './arrows';
 import { DeviceStore } from './store';
 
-import '../styles/tokens.css';
-import '../styles/base.css';
+import '../styles';
 import './device.css';
 
 let drawing = false;
@@ -40,7 +39,7 @@ function drawSoon(): void {
 
 function draw(): void {
     drawing = false;
-    const root = document.getElementById('app');
+    const root = document.getElementById('device');
     if (root !== null) {
         render(
             <DevicePage

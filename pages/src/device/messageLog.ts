@@ -28,11 +28,11 @@ const maxNames = 512;
  * The newest `capacity` messages, oldest first. While paused the view does not change; the log does.
  */
 export class MessageLog {
-    private kept: readonly Message[] = [];
-    private total = 0;
-    private link = 0;
-    private names = new Map<string, string>();
-    private pause: (Pick<LogView, 'messages' | 'time' | 'link'> & { readonly total: number }) | null = null;
+    #kept: readonly Message[] = [];
+    #total = 0;
+    #link = 0;
+    #names = new Map<string, string>();
+    #pause: (Pick<LogView, 'messages' | 'time' | 'link'> & { readonly total: number }) | null = null;
 
     constructor(
         readonly capacity = 200,
@@ -40,46 +40,48 @@ export class MessageLog {
     ) {}
 
     add(trace: Trace): void {
-        this.total += 1;
+        this.#total += 1;
         const facts = factsOf(trace);
-        const name = facts.name ?? this.names.get(connectionOf(trace)) ?? null;
+        const name = facts.name ?? this.#names.get(connectionOf(trace)) ?? null;
         if (facts.kind === 'hello' && trace.direction === 'in' && facts.name !== null) {
-            this.names.set(connectionOf(trace), facts.name);
+            this.#names.set(connectionOf(trace), facts.name);
         }
-        if (this.names.size > maxNames) {
-            this.names.clear();
+        if (this.#names.size > maxNames) {
+            this.#names.clear();
         }
-        const message = { ...trace, ...facts, name, serial: this.total, arrived: this.now(), link: this.link };
-        this.kept = [...this.kept, message].slice(-this.capacity);
+        const message = { ...trace, ...facts, name, serial: this.#total, arrived: this.now(), link: this.#link };
+        this.#kept = [...this.#kept, message].slice(-this.capacity);
     }
 
     /** A new connection of this page to the host: answers to what was sent before will not come. */
     connected(): void {
-        this.link += 1;
-        this.names.clear();
+        this.#link += 1;
+        this.#names.clear();
     }
 
     setPaused(paused: boolean): void {
-        if (paused !== (this.pause !== null)) {
-            this.pause = paused ? { messages: this.kept, time: this.now(), link: this.link, total: this.total } : null;
+        if (paused !== (this.#pause !== null)) {
+            this.#pause = paused
+                ? { messages: this.#kept, time: this.now(), link: this.#link, total: this.#total }
+                : null;
         }
     }
 
     /** Removes every message, including those received during a pause. A pause continues. */
     clear(): void {
-        this.kept = [];
-        if (this.pause !== null) {
-            this.pause = { ...this.pause, messages: [], total: this.total };
+        this.#kept = [];
+        if (this.#pause !== null) {
+            this.#pause = { ...this.#pause, messages: [], total: this.#total };
         }
     }
 
     view(): LogView {
         return {
-            messages: this.pause?.messages ?? this.kept,
-            paused: this.pause !== null,
-            waiting: this.pause === null ? 0 : this.total - this.pause.total,
-            time: this.pause?.time ?? this.now(),
-            link: this.pause?.link ?? this.link,
+            messages: this.#pause?.messages ?? this.#kept,
+            paused: this.#pause !== null,
+            waiting: this.#pause === null ? 0 : this.#total - this.#pause.total,
+            time: this.#pause?.time ?? this.now(),
+            link: this.#pause?.link ?? this.#link,
         };
     }
 }

@@ -12,8 +12,8 @@ function failure(code: string, message: string): Frame {
  * its owner reports when the connection opens and closes, and hands over each frame.
  */
 export class DeviceSession {
-    private open = false;
-    private pending: ReplyHandler[] = [];
+    #open = false;
+    #pending: ReplyHandler[] = [];
 
     constructor(
         private readonly send: (text: string) => void,
@@ -21,21 +21,21 @@ export class DeviceSession {
     ) {}
 
     opened(): void {
-        this.open = true;
+        this.#open = true;
     }
 
     closed(): void {
-        this.open = false;
-        const unreplied = this.pending;
-        this.pending = [];
+        this.#open = false;
+        const unreplied = this.#pending;
+        this.#pending = [];
         for (const handle of unreplied) {
             handle(failure('no-reply', 'the connection was lost before the reply came'));
         }
     }
 
     request(command: Command, handle: ReplyHandler): void {
-        if (this.open) {
-            this.pending.push(handle);
+        if (this.#open) {
+            this.#pending.push(handle);
             this.send(JSON.stringify(command));
         } else {
             handle(failure('no-connection', 'the host cannot be reached'));
@@ -46,7 +46,7 @@ export class DeviceSession {
         const frame = parseObject(text) ?? {};
         const trace = traceOf(frame);
         if (trace === null) {
-            this.pending.shift()?.(frame);
+            this.#pending.shift()?.(frame);
         } else {
             this.traced(trace);
         }

@@ -38,21 +38,21 @@ export const refreshDelay = 100;
 /** The state of the page and what changes it. The host does not trace `show` and `faults`: a refresh would cause the next. */
 export class DeviceStore {
     readonly session: DeviceSession;
-    private readonly log = new MessageLog();
-    private shown: View;
-    private refreshTimer: ReturnType<typeof setTimeout> | undefined;
-    private answerTimer: ReturnType<typeof setTimeout> | undefined;
+    readonly #log = new MessageLog();
+    #shown: View;
+    #refreshTimer: ReturnType<typeof setTimeout> | undefined;
+    #answerTimer: ReturnType<typeof setTimeout> | undefined;
     /** A host without faults is asked once: it traces what it does not know. */
-    private asksForFaults = true;
+    #asksForFaults = true;
 
     constructor(
         send: (text: string) => void,
         private readonly changed: () => void,
     ) {
         this.session = new DeviceSession(send, (trace) => {
-            this.traced(trace);
+            this.#traced(trace);
         });
-        this.shown = {
+        this.#shown = {
             connection: 'connecting',
             state: null,
             faults: [],
@@ -65,15 +65,15 @@ export class DeviceStore {
     }
 
     get view(): View {
-        return this.shown;
+        return this.#shown;
     }
 
     get messages(): LogView {
-        return this.log.view();
+        return this.#log.view();
     }
 
     show(part: Partial<View>): void {
-        this.shown = { ...this.shown, ...part };
+        this.#shown = { ...this.#shown, ...part };
         this.changed();
     }
 
@@ -89,20 +89,20 @@ export class DeviceStore {
     }
 
     pause(paused: boolean): void {
-        this.log.setPaused(paused);
+        this.#log.setPaused(paused);
         this.changed();
     }
 
     clear(): void {
-        this.log.clear();
+        this.#log.clear();
         this.show({ chosen: null, showsFrame: false });
     }
 
     opened(): void {
-        this.log.connected();
+        this.#log.connected();
         this.session.opened();
-        this.asksForFaults = true;
-        this.refresh();
+        this.#asksForFaults = true;
+        this.#refresh();
         this.session.request({ command: 'trace', enabled: true }, () => undefined);
         this.show({ connection: 'connected' });
     }
@@ -110,32 +110,32 @@ export class DeviceStore {
     closed(): void {
         this.show({ connection: 'lost' });
         this.session.closed();
-        clearTimeout(this.refreshTimer);
-        this.refreshTimer = undefined;
+        clearTimeout(this.#refreshTimer);
+        this.#refreshTimer = undefined;
     }
 
     run(command: Command): void {
         this.session.request(command, (reply) => {
             const words = summary(`${sayRequest(command)}: ${wordsOf(reply, 'out')}`);
             this.show({ result: { words, refused: !('ok' in reply) } });
-            this.refresh();
+            this.#refresh();
         });
     }
 
-    private traced(trace: Trace): void {
-        this.log.add(trace);
+    #traced(trace: Trace): void {
+        this.#log.add(trace);
         this.changed();
-        this.refreshTimer ??= setTimeout(() => {
-            this.refresh();
+        this.#refreshTimer ??= setTimeout(() => {
+            this.#refresh();
         }, refreshDelay);
         // Draws again when the last answer should have come.
-        clearTimeout(this.answerTimer);
-        this.answerTimer = setTimeout(this.changed, answerTime);
+        clearTimeout(this.#answerTimer);
+        this.#answerTimer = setTimeout(this.changed, answerTime);
     }
 
-    private refresh(): void {
-        clearTimeout(this.refreshTimer);
-        this.refreshTimer = undefined;
+    #refresh(): void {
+        clearTimeout(this.#refreshTimer);
+        this.#refreshTimer = undefined;
         this.session.request({ command: 'show' }, ({ device }) => {
             if (isRecord(device)) {
                 this.show({
@@ -143,10 +143,10 @@ export class DeviceStore {
                 });
             }
         });
-        if (this.asksForFaults) {
+        if (this.#asksForFaults) {
             this.session.request({ command: 'faults' }, (reply) => {
-                if (this.shown.connection === 'connected') {
-                    this.asksForFaults = 'faults' in reply;
+                if (this.#shown.connection === 'connected') {
+                    this.#asksForFaults = 'faults' in reply;
                     this.show({ faults: faultsOf(reply) });
                 }
             });

@@ -1,7 +1,8 @@
 import { describe, expect, it } from 'vitest';
 
 import { en } from './en';
-import { isTranslated, languageFor, nameOfLocale, translations } from './language';
+import { isTranslated, languageFor, nameOfLocale } from './language';
+import { translations } from './translations';
 
 /** Every text of a translation by its name; the types see to it that each translation has the same names. */
 function textsOf({ settings, about, choices, texts }: typeof en): Map<string, string> {
@@ -59,7 +60,7 @@ describe('the language of the pages', () => {
     it('fills in placeholders without interpreting the values', () => {
         const { t } = languageFor('en-US');
         expect(t('setTo', { name: '$& {value}', value: '<b>', who: 'x' })).toBe('$& {value} set to <b> by x');
-        expect(t('edit')).toBe('Change {name}');
+        expect(t('edit.title')).toBe('Change {name}');
     });
 });
 

@@ -1,12 +1,6 @@
-import { ar } from './ar';
-import { de } from './de';
-import { en, type TextKey, type Translation } from './en';
-import { es } from './es';
-import { fr } from './fr';
-import { ja } from './ja';
+import type { TextKey, Translation } from './en';
 import { kept } from './kept';
-
-export const translations: Readonly<Record<string, Translation>> = { en, fr, es, de, ja, ar };
+import { translations } from './translations';
 
 export interface Language extends Pick<Translation, 'settings' | 'about' | 'choices'> {
     readonly code: string;
@@ -26,7 +20,7 @@ export function isTranslated(locale: string): boolean {
 /** The language of the pages for a primary assistant locale such as "fr-CA"; English when there is no translation. */
 export function languageFor(locale = ''): Language {
     const code = isTranslated(locale) ? codeOf(locale) : 'en';
-    const { settings, about, choices, texts } = translations[code] ?? en;
+    const { settings, about, choices, texts } = translations[code] ?? translations.en;
     return {
         code,
         direction: code === 'ar' ? 'rtl' : 'ltr',

@@ -14,7 +14,7 @@ export function About(): JSX.Element {
     const { t } = language;
     const health = useHealth(state.connection);
     const versionWords = (number: string | null | undefined) =>
-        number ? t('about.version', { version: number }) : t('unknown');
+        number ? t('about.version', { version: number }) : t('value.unknown');
     return (
         <>
             <ReadOnlyRow row="health" name={t('about.health')} value={healthWords(health, language)} />
@@ -33,12 +33,14 @@ export function About(): JSX.Element {
 function healthWords(health: Health | null, { t }: Language): string {
     switch (health?.status) {
         case 'ok':
+            return t('health.ok');
         case 'degraded':
+            return t('health.degraded');
         case 'not-serving':
-            return t(`health.${health.status}`);
+            return t('health.not-serving');
         case 'recovered':
             return t(health.storage?.recoveredFrom === 'backup' ? 'health.backup' : 'health.defaults');
         default:
-            return t('unknown');
+            return t('value.unknown');
     }
 }

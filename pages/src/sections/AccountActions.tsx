@@ -26,15 +26,15 @@ export function AccountActions(): JSX.Element {
         },
         [store],
     );
-    const selected = state.selected === null ? t('unknown') : t(state.selected ? 'selected.yes' : 'selected.no');
+    const selected = state.selected === null ? t('value.unknown') : t(state.selected ? 'selected.yes' : 'selected.no');
     return (
         <>
-            <ReadOnlyRow row="selected" name={t('selected')} value={selected} />
+            <ReadOnlyRow row="selected" name={t('selected.name')} value={selected} />
             <Row
                 kind="acts"
                 row="open-settings"
                 icon="external"
-                name={t('openSettings')}
+                name={t('action.openSettings')}
                 onUse={() => {
                     void store.openSettings();
                 }}
@@ -43,7 +43,7 @@ export function AccountActions(): JSX.Element {
                 kind="acts"
                 row="log-out"
                 icon="exit"
-                name={t('logOut')}
+                name={t('action.logOut')}
                 isDestructive
                 opensDialog
                 onUse={dialog.open}

@@ -19,7 +19,7 @@ function Preview({ look }: { readonly look: Look }): JSX.Element {
     const { captionsFontSize, captionsStyles } = { ...state.values, ...look };
     return (
         <figure class="preview">
-            <figcaption>{language.t('preview')}</figcaption>
+            <figcaption>{language.t('preview.title')}</figcaption>
             <div class="scene">
                 <p class="sample" data-size={captionsFontSize} data-style={captionsStyles}>
                     {language.t('preview.text')}

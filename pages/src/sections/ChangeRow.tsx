@@ -34,7 +34,10 @@ export function ChangeRow({ change, showsStatus, onUndo }: Props): JSX.Element {
                     <span class="change">{changedBy(change, language)}</span>
                 </>
             }
-            tools={isSetHere && state.values?.[key] !== from && <Tool tool="undo" words={t('undo')} onUse={onUndo} />}
+            tools={
+                isSetHere &&
+                state.values?.[key] !== from && <Tool tool="undo" words={t('change.undo')} onUse={onUndo} />
+            }
         >
             {showsStatus && <RowStatus setting={key} />}
         </ReadOnlyRow>

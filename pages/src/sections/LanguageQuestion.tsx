@@ -43,7 +43,7 @@ export function LanguageQuestion({ locale, onAnswer }: Props): JSX.Element {
                             onAnswer(isYes);
                         }}
                     >
-                        <bdi>{label(isYes ? 'locale.change' : 'cancel')}</bdi>
+                        <bdi>{label(isYes ? 'locale.change' : 'edit.cancel')}</bdi>
                     </button>
                 ))}
             </div>

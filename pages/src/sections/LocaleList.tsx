@@ -28,7 +28,7 @@ export function LocaleList(props: RowProps): JSX.Element {
     const explanation = <Explanation {...props} />;
     const undo =
         list.canUndo && focused === 'add' ? (
-            <Tool tool="undo" words={language.t('undo')} onUse={list.undo} />
+            <Tool tool="undo" words={language.t('change.undo')} onUse={list.undo} />
         ) : undefined;
     const { locales, rows } = list.pickedUp ?? { locales: list.locales, rows: rowNames(list.locales) };
     return (

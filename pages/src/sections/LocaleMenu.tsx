@@ -58,7 +58,7 @@ export function LocaleMenu({ name, index, list, onClose }: Props): JSX.Element {
                     />
                 </>
             )}
-            <Row kind="acts" row="cancel" name={t('cancel')} onUse={onClose} />
+            <Row kind="acts" row="cancel" name={t('edit.cancel')} onUse={onClose} />
         </Modal>
     );
 }

@@ -29,7 +29,7 @@ export function LocaleRow({ row, locale, index, list, hasUndo, explanation }: Pr
     const name = shortened(nameOfLocale(locale, code));
     const isPickedUp = list.pickedUp?.index === index;
     usePutBack(item, isPickedUp, list);
-    const undo = hasUndo ? <Tool tool="undo" words={t('undo')} onUse={list.undo} /> : undefined;
+    const undo = hasUndo ? <Tool tool="undo" words={t('change.undo')} onUse={list.undo} /> : undefined;
     const tools = isPickedUp ? <CarryButtons list={list} /> : undo;
     return (
         <li ref={item} data-picked-up={isPickedUp || undefined} onCancel={list.putBack}>

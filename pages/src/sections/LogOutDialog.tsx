@@ -9,12 +9,12 @@ export function LogOutDialog({ onClose }: { readonly onClose: () => void }): JSX
     const { t } = language;
     return (
         <Modal title={t('logOut.question')} onClose={onClose}>
-            {(['erases', 'turnsOff', 'keeps'] as const).map((part) => (
-                <p key={part}>{t(`logOut.${part}`)}</p>
+            {(['logOut.erases', 'logOut.turnsOff', 'logOut.keeps'] as const).map((key) => (
+                <p key={key}>{t(key)}</p>
             ))}
             <div class="buttons" data-row="answer">
                 <button type="button" class="button primary" onClick={onClose}>
-                    {t('cancel')}
+                    {t('edit.cancel')}
                 </button>
                 <button
                     type="button"
@@ -24,7 +24,7 @@ export function LogOutDialog({ onClose }: { readonly onClose: () => void }): JSX
                         void store.logOut();
                     }}
                 >
-                    {t('logOut')}
+                    {t('action.logOut')}
                 </button>
             </div>
         </Modal>

@@ -1,6 +1,6 @@
 import { describe, expect, it } from 'vitest';
 
-import { translations } from '../i18n/language';
+import { translations } from '../i18n/translations';
 import { columns, languageOf, languageOffers, localeOffers, middleOf, type Offer } from './offers';
 
 /** The arrows from the middle to an offer. */

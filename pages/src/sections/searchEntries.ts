@@ -24,9 +24,9 @@ export function searchEntries(language: Language): readonly RowEntry[] {
         };
     });
     const others = [
-        { section: 'account', row: 'selected', name: t('selected'), about: '' },
-        { section: 'account', row: 'open-settings', name: t('openSettings'), about: '' },
-        { section: 'account', row: 'log-out', name: t('logOut'), about: t('logOut.erases') },
+        { section: 'account', row: 'selected', name: t('selected.name'), about: '' },
+        { section: 'account', row: 'open-settings', name: t('action.openSettings'), about: '' },
+        { section: 'account', row: 'log-out', name: t('action.logOut'), about: t('logOut.erases') },
         { section: 'about', row: 'health', name: t('about.health'), about: '' },
         { section: 'about', row: 'version', name: t('about.host'), about: t('about.version', { version: '' }) },
         { section: 'about', row: 'address', name: t('about.address'), about: '' },

@@ -1,7 +1,8 @@
 import { catalogue } from 'settings-client';
 import { describe, expect, it } from 'vitest';
 
-import { languageFor, translations } from '../i18n/language';
+import { languageFor } from '../i18n/language';
+import { translations } from '../i18n/translations';
 import { rows, settingsOf } from '../sections/rows';
 import { sections } from '../sections/Section';
 import { choicesOf, defaultOf, settingKeys } from './catalogue';

@@ -11,7 +11,7 @@ export function whoOf({ client, origin }: ChangeEvent, { t }: Language): string 
 
 /** By whom and when. */
 export function changedBy(change: ChangeEvent, language: Language): string {
-    return language.t('changedBy', {
+    return language.t('change.by', {
         who: whoOf(change, language),
         when: timeAgo(change.timestamp, language.code),
     });

@@ -28,7 +28,7 @@ export function nameOfSetting(key: string, { settings }: Language): string {
 
 type Format = (value: string, language: Language, key: SettingKey) => string;
 
-const formatText: Format = (value, { t }) => shortened(value) || t('notSet');
+const formatText: Format = (value, { t }) => shortened(value) || t('value.notSet');
 
 const formats: Readonly<Record<Kind, Format>> = {
     text: formatText,
@@ -43,7 +43,7 @@ const formats: Readonly<Record<Kind, Format>> = {
         const isOn = value === 'true';
         const words = isIntroduction(key)
             ? t(isOn ? 'introduction.seen' : 'introduction.unseen')
-            : t(isOn ? 'on' : 'off');
+            : t(isOn ? 'value.on' : 'value.off');
         return isOther ? shortened(value) : words;
     },
     locales: (value, { code }) => {
@@ -52,14 +52,14 @@ const formats: Readonly<Record<Kind, Format>> = {
     },
     list: (value, { t }) => {
         const parts = pairOf(value) ?? [value];
-        return shortened(parts.filter((part) => !isBlank(part)).join(' · ')) || t('notSet');
+        return shortened(parts.filter((part) => !isBlank(part)).join(' · ')) || t('value.notSet');
     },
 };
 
 /** A value in words, or as it is when it has an unexpected form. */
 export function wordsFor(key: SettingKey, value: string | undefined, language: Language): string {
     if (value === undefined) {
-        return language.t('unknown');
+        return language.t('value.unknown');
     }
     return formats[catalogue[key].kind](value === '' ? defaultOf(key) : value, language, key);
 }

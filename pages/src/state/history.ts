@@ -8,7 +8,7 @@ export type Changes = readonly ChangeEvent[] | null;
 
 /** Keeps the recent changes current: reads them once, then adds each event. */
 export class History {
-    private changes: Changes = null;
+    #changes: Changes = null;
 
     constructor(
         private readonly read: (limit: number) => Promise<ChangeEvent[] | null>,
@@ -19,19 +19,19 @@ export class History {
     async reload(): Promise<void> {
         const events = await this.read(maxChanges);
         if (events !== null) {
-            this.set(events.reverse());
+            this.#set(events.reverse());
         }
     }
 
     /** An event that comes before the reply to a reading is in the reply. */
     add(event: ChangeEvent): void {
-        if (this.changes !== null) {
-            this.set([event, ...this.changes].slice(0, maxChanges));
+        if (this.#changes !== null) {
+            this.#set([event, ...this.#changes].slice(0, maxChanges));
         }
     }
 
-    private set(changes: Changes): void {
-        this.changes = changes;
+    #set(changes: Changes): void {
+        this.#changes = changes;
         this.show(changes);
     }
 }

@@ -14,46 +14,46 @@ export const leastMessageDuration = 3_000;
 
 /** A queue of messages: the first is shown. Of several changes of a setting that wait the last is told. */
 export class MessageQueue {
-    private waiting: readonly Message[] = [];
-    private isShownLongEnough = false;
-    private timers: ReturnType<typeof setTimeout>[] = [];
+    #waiting: readonly Message[] = [];
+    #isShownLongEnough = false;
+    #timers: ReturnType<typeof setTimeout>[] = [];
 
     constructor(private readonly changed: (messages: readonly Message[]) => void) {}
 
     add(message: Message): void {
-        const [shown, ...others] = this.waiting;
+        const [shown, ...others] = this.#waiting;
         const kept = others.filter(({ key }) => key !== message.key);
-        this.waiting = [...(shown === undefined ? [] : [shown]), ...kept, message];
+        this.#waiting = [...(shown === undefined ? [] : [shown]), ...kept, message];
         if (shown === undefined) {
-            this.show();
-        } else if (this.isShownLongEnough) {
-            this.next();
+            this.#show();
+        } else if (this.#isShownLongEnough) {
+            this.#next();
         } else {
-            this.changed(this.waiting);
+            this.changed(this.#waiting);
         }
     }
 
-    private next(): void {
-        this.waiting = this.waiting.slice(1);
-        this.show();
+    #next(): void {
+        this.#waiting = this.#waiting.slice(1);
+        this.#show();
     }
 
-    private show(): void {
-        this.timers.forEach(clearTimeout);
-        this.isShownLongEnough = false;
-        this.changed(this.waiting);
-        if (this.waiting.length === 0) {
+    #show(): void {
+        this.#timers.forEach(clearTimeout);
+        this.#isShownLongEnough = false;
+        this.changed(this.#waiting);
+        if (this.#waiting.length === 0) {
             return;
         }
         const least = setTimeout(() => {
-            this.isShownLongEnough = true;
-            if (this.waiting.length > 1) {
-                this.next();
+            this.#isShownLongEnough = true;
+            if (this.#waiting.length > 1) {
+                this.#next();
             }
         }, leastMessageDuration);
         const most = setTimeout(() => {
-            this.next();
+            this.#next();
         }, messageDuration);
-        this.timers = [least, most];
+        this.#timers = [least, most];
     }
 }

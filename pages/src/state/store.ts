@@ -65,68 +65,68 @@ export class Store {
     readonly drafts = new Map<SettingKey, Draft>();
     /** What was typed into the search. */
     searched = '';
-    private readonly observers = new Set<() => void>();
-    private readonly client: Client;
+    readonly #observers = new Set<() => void>();
+    readonly #client: Client;
     /** The number of changes of each setting: while several are under way, only the last outcome counts. */
-    private readonly attempts = new Map<SettingKey, number>();
+    readonly #attempts = new Map<SettingKey, number>();
     /** New values without a reply, which may have arrived. */
-    private readonly unconfirmed = new Map<SettingKey, string>();
-    private readonly history = new History(
-        (limit) => this.client.history(limit),
+    readonly #unconfirmed = new Map<SettingKey, string>();
+    readonly #history = new History(
+        (limit) => this.#client.history(limit),
         (changes) => {
-            this.update({ changes });
+            this.#update({ changes });
         },
     );
-    private readonly messages = new MessageQueue((messages) => {
-        this.update({ messages });
+    readonly #messages = new MessageQueue((messages) => {
+        this.#update({ messages });
     });
-    private actionTimer: ReturnType<typeof setTimeout> | undefined;
+    #actionTimer: ReturnType<typeof setTimeout> | undefined;
 
     constructor(connect: (observer: Observer) => Client) {
-        this.client = connect({
+        this.#client = connect({
             status: (connection) => {
-                this.handleStatus(connection);
+                this.#handleStatus(connection);
             },
             loaded: (values) => {
-                this.handleValues(values);
+                this.#handleValues(values);
             },
             event: (event) => {
-                this.history.add(event);
+                this.#history.add(event);
             },
             changed: (change) => {
-                this.handleChange(change);
+                this.#handleChange(change);
             },
         });
     }
 
     /** Returns: a function that ends the subscription. */
     subscribe(observer: () => void): () => void {
-        this.observers.add(observer);
-        return () => this.observers.delete(observer);
+        this.#observers.add(observer);
+        return () => this.#observers.delete(observer);
     }
 
     /** Requests a new value. `isDefault`: it is the default because nothing was entered. */
     async set(key: SettingKey, to: string, isDefault = false): Promise<void> {
         const before = this.state.values?.[key];
-        const attempt = (this.attempts.get(key) ?? 0) + 1;
-        this.attempts.set(key, attempt);
-        this.unconfirmed.delete(key);
-        this.setStatus(key, { kind: 'saving' });
-        this.show(key, to);
-        const outcome = await this.client.set(key, to);
-        if (this.attempts.get(key) !== attempt) {
+        const attempt = (this.#attempts.get(key) ?? 0) + 1;
+        this.#attempts.set(key, attempt);
+        this.#unconfirmed.delete(key);
+        this.#setStatus(key, { kind: 'saving' });
+        this.#show(key, to);
+        const outcome = await this.#client.set(key, to);
+        if (this.#attempts.get(key) !== attempt) {
             return;
         }
         const reason = reasonOf(key, to, outcome);
         if (reason === 'no-reply') {
-            this.unconfirmed.set(key, to);
+            this.#unconfirmed.set(key, to);
         }
         // Without a reply the old value is shown until the setting is read again.
-        this.show(key, reason === 'no-reply' || reason === 'too-long' ? before : outcome.value);
+        this.#show(key, reason === 'no-reply' || reason === 'too-long' ? before : outcome.value);
         if (reason !== null) {
-            this.setStatus(key, { kind: 'refused', reason, to });
+            this.#setStatus(key, { kind: 'refused', reason, to });
         } else {
-            this.setStatus(key, {
+            this.#setStatus(key, {
                 kind: isDefault ? 'default' : outcome.outcome === 'changed' ? 'accepted' : 'unchanged',
             });
         }
@@ -134,73 +134,73 @@ export class Store {
 
     /** Notes that a person saved the value as it was. */
     markUnchanged(key: SettingKey): void {
-        this.setStatus(key, { kind: 'unchanged' });
+        this.#setStatus(key, { kind: 'unchanged' });
     }
 
     openEditor(key: SettingKey): void {
-        this.update({ editor: key });
+        this.#update({ editor: key });
     }
 
     closeEditor(key: SettingKey): void {
         if (this.state.editor === key) {
-            this.update({ editor: null });
+            this.#update({ editor: null });
         }
     }
 
     clearStatus(key: SettingKey): void {
         if (this.state.rows[key] !== undefined && this.state.rows[key].kind !== 'saving') {
             const { [key]: _gone, ...rows } = this.state.rows;
-            this.update({ rows });
+            this.#update({ rows });
         }
     }
 
     /** Reads the recent changes again. */
     reloadChanges(): Promise<void> {
-        return this.history.reload();
+        return this.#history.reload();
     }
 
     /** The version of the wire; null until the host has said it. */
     get wireVersion(): string | null {
-        return this.client.version;
+        return this.#client.version;
     }
 
     retryNow(): void {
-        this.client.retryNow();
+        this.#client.retryNow();
     }
 
     async openSettings(): Promise<void> {
-        this.setAction(actionOf(await this.client.openSettings(), 'opened'));
+        this.#setAction(actionOf(await this.#client.openSettings(), 'opened'));
     }
 
     async logOut(): Promise<void> {
-        const done = await this.client.logOut();
-        const values = done === null ? null : await this.client.read();
+        const done = await this.#client.logOut();
+        const values = done === null ? null : await this.#client.read();
         if (values !== null) {
             this.drafts.clear();
             this.searched = '';
-            this.update({ values, rows: {}, editor: null });
+            this.#update({ values, rows: {}, editor: null });
         }
         await this.reloadChanges();
-        this.setAction(actionOf(done, 'logged-out'));
+        this.#setAction(actionOf(done, 'logged-out'));
     }
 
     clearAction(): void {
-        this.setAction('none');
+        this.#setAction('none');
     }
 
-    private setAction(action: State['action']): void {
-        clearTimeout(this.actionTimer);
-        this.update({ action });
+    #setAction(action: State['action']): void {
+        clearTimeout(this.#actionTimer);
+        this.#update({ action });
         if (action === 'opened' || action === 'logged-out') {
-            this.actionTimer = setTimeout(() => {
+            this.#actionTimer = setTimeout(() => {
                 this.clearAction();
             }, messageDuration);
         }
     }
 
     /** A success is cleared after a while; a refusal stays until the next change. */
-    private setStatus(key: SettingKey, status: RowStatus): void {
-        this.update({ rows: { ...this.state.rows, [key]: status } });
+    #setStatus(key: SettingKey, status: RowStatus): void {
+        this.#update({ rows: { ...this.state.rows, [key]: status } });
         if (status.kind !== 'saving' && status.kind !== 'refused') {
             setTimeout(() => {
                 if (this.state.rows[key] === status) {
@@ -210,8 +210,8 @@ export class Store {
         }
     }
 
-    private handleStatus(connection: Status): void {
-        this.update({ connection });
+    #handleStatus(connection: Status): void {
+        this.#update({ connection });
         if (connection !== 'online') {
             return;
         }
@@ -219,25 +219,25 @@ export class Store {
             this.clearAction();
         }
         afterPaint(() => {
-            void this.client.isSelected().then((selected) => {
+            void this.#client.isSelected().then((selected) => {
                 if (selected !== null) {
-                    this.update({ selected });
+                    this.#update({ selected });
                 }
             });
         });
     }
 
-    private handleValues(values: Values): void {
-        this.update({ values });
+    #handleValues(values: Values): void {
+        this.#update({ values });
         afterPaint(() => {
             void this.reloadChanges();
         });
-        for (const key of [...this.unconfirmed.keys()]) {
-            this.confirm(key, values[key]);
+        for (const key of [...this.#unconfirmed.keys()]) {
+            this.#confirm(key, values[key]);
         }
     }
 
-    private handleChange({ key, value, event }: Change): void {
+    #handleChange({ key, value, event }: Change): void {
         if (event === null) {
             // Somebody may have logged out.
             void this.reloadChanges();
@@ -248,35 +248,35 @@ export class Store {
             return;
         }
         const isNews = event === null ? value !== this.state.values?.[key] : !wasRead;
-        if (!this.confirm(key, value) && isNews) {
+        if (!this.#confirm(key, value) && isNews) {
             this.clearStatus(key);
-            this.messages.add({ key, value: value ?? '', event });
+            this.#messages.add({ key, value: value ?? '', event });
         }
-        this.show(key, value);
+        this.#show(key, value);
     }
 
     /** The host replies again: a new value without a reply may have arrived. Returns: whether it has. */
-    private confirm(key: SettingKey, value: string | undefined): boolean {
-        const wanted = this.unconfirmed.get(key);
-        if (!this.unconfirmed.delete(key)) {
+    #confirm(key: SettingKey, value: string | undefined): boolean {
+        const wanted = this.#unconfirmed.get(key);
+        if (!this.#unconfirmed.delete(key)) {
             return false;
         }
         if (wanted === value) {
-            this.setStatus(key, { kind: 'accepted' });
+            this.#setStatus(key, { kind: 'accepted' });
         } else {
             this.clearStatus(key);
         }
         return wanted === value;
     }
 
-    private show(key: SettingKey, value: string | undefined): void {
+    #show(key: SettingKey, value: string | undefined): void {
         const { [key]: _old, ...others } = this.state.values ?? {};
-        this.update({ values: value === undefined ? others : { ...others, [key]: value } });
+        this.#update({ values: value === undefined ? others : { ...others, [key]: value } });
     }
 
-    private update(change: Partial<State>): void {
+    #update(change: Partial<State>): void {
         this.state = { ...this.state, ...change };
-        for (const observer of this.observers) {
+        for (const observer of this.#observers) {
             observer();
         }
     }

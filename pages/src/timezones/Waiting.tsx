@@ -16,11 +16,11 @@ export function Waiting({ hasFailed, tryAgain }: Loading): JSX.Element {
         <div data-row="retry">
             {/* Has the focus first, because the search would open the keyboard of a phone. */}
             <p ref={status} class="about" role="status" tabIndex={-1} autofocus>
-                {t(hasFailed ? 'refused.no-reply' : 'loading')}
+                {t(hasFailed ? 'refused.no-reply' : 'page.loading')}
             </p>
             {hasFailed && (
                 <button ref={button} type="button" class="button" onClick={tryAgain}>
-                    {t('tryAgain')}
+                    {t('edit.tryAgain')}
                 </button>
             )}
         </div>

@@ -1,15 +1,13 @@
 import type { Region } from './zones';
 
-/** The addresses of the generated files. */
-const addresses = import.meta.glob<string>('./generated/*.json', { eager: true, query: '?url', import: 'default' });
+/** Where the generated files are. */
+const folder = import.meta.env.DEV ? '/src/timezones/generated' : '/timezones';
 
 const loaded = new Map<string, readonly Region[]>();
 
 /** The regions and their time zones, by their names in a language of the pages. */
 export async function loadRegions(code: string): Promise<readonly Region[]> {
-    const regions =
-        loaded.get(code) ??
-        ((await (await fetch(addresses[`./generated/${code}.json`] ?? '')).json()) as readonly Region[]);
+    const regions = loaded.get(code) ?? ((await (await fetch(`${folder}/${code}.json`)).json()) as readonly Region[]);
     loaded.set(code, regions);
     return regions;
 }

@@ -1,6 +1,6 @@
 import { describe, expect, it } from 'vitest';
 
-import { translations } from '../i18n/language';
+import { translations } from '../i18n/translations';
 import { moved, type Columns, type Place } from './moves';
 import { regionsIn } from './testData';
 import type { Region } from './zones';

@@ -1,6 +1,6 @@
 import { describe, expect, it } from 'vitest';
 
-import { translations } from '../i18n/language';
+import { translations } from '../i18n/translations';
 import { indexOf, search } from './search';
 import { regionsIn } from './testData';
 

@@ -1,6 +1,6 @@
 import { useEffect, useMemo, useState } from 'preact/hooks';
 
-import { translations } from '../i18n/language';
+import { translations } from '../i18n/translations';
 import { loadRegions } from './load';
 import { indexOf, search, type Names } from './search';
 import type { Region, Zone } from './zones';

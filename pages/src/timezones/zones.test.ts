@@ -1,6 +1,6 @@
 import { describe, expect, it } from 'vitest';
 
-import { translations } from '../i18n/language';
+import { translations } from '../i18n/translations';
 import { regionsIn } from './testData';
 import { identifierOf, isNamed, zonesOf, type Zone } from './zones';
 

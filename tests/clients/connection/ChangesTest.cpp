@@ -70,6 +70,32 @@ TEST_F(ClientChanges, AskForAnAnswerAndNoticeOnceThatTheHostGivesOne) {
     EXPECT_TRUE(host.clientCloses());
 }
 
+TEST_F(ClientChanges, TellEventsBeforeTheAnswerComesIfAsked) {
+    std::promise<std::string> told;
+    client.onEvent([&](const auto& event) { told.set_value(event.to); }, true);
+    auto answer = start([this] { return client.set("k", "v", 5); });
+    const Peer host = serve();
+    host.sendLine(event(1, "k", "u", "v"));
+    auto value = told.get_future();
+    ASSERT_EQ(value.wait_for(waitTimeout), std::future_status::ready);
+    EXPECT_EQ(value.get(), "v");
+    host.sendLine(reply(24, 1, R"({"outcome":"changed","settingDBId":"k","value":"v"})"));
+    host.sendLine(selected(2));
+    EXPECT_EQ(brief(answer.get()), "k changed from u now v");
+}
+
+TEST_F(ClientChanges, TellEventsLaterThatComeDuringARead) {
+    client.onEvent([&](const auto& event) { record.push_back(event.to); }, true);
+    auto values = start([this] { return client.get(); });
+    const Peer host = serve();
+    host.sendLine(event(1, "k", "u", "v"));
+    host.sendLine(reply(7, 1, R"({"settings":{"k":"v"}})"));
+    values.get();
+    EXPECT_EQ(record, Lines());
+    client.process();
+    EXPECT_EQ(record, Lines{"v"});
+}
+
 TEST_F(ClientChanges, CarryTheNameOfTheClientThatTheyAreFor) {
     auto done = start([this] {
         client.actFor(":1.42 player");

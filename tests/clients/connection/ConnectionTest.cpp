@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -93,7 +94,31 @@ TEST_F(ClientConnection, FailsForALineOverTheLimit) {
 TEST_F(ClientConnection, FailsAtTheDeadline) {
     const ListeningSocket listener(path);
     Connection connection(at(path), 10ms);
-    EXPECT_EQ(errorOf([&] { connection.receive(connection.deadline()); }), "the host at " + path + " does not reply");
+    // The second one sleeps at once, the third one is over before it would sleep.
+    for (const auto deadline : {connection.deadline(), connection.deadline(), Connection::Deadline()}) {
+        EXPECT_EQ(errorOf([&] { connection.receive(deadline); }), "the host at " + path + " does not reply");
+    }
+}
+
+TEST_F(ClientConnection, SleepsUntilALateReplyComes) {
+    const ListeningSocket listener(path);
+    Connection connection(at(path), waitTimeout);
+    const Peer host = listener.accept();
+    std::promise<std::string> receiver;
+    auto lines = std::async(std::launch::async, [&] {
+        receiver.set_value("/proc/self/task/" + std::to_string(::syscall(SYS_gettid)) + "/stat");
+        return std::vector{connection.receive(connection.deadline()), connection.receive(connection.deadline())};
+    });
+    const std::string status = receiver.get_future().get();
+    for (const std::string line : {"late", "later"}) {
+        std::string state;
+        for (std::string ignored; state != "S";) {
+            std::this_thread::yield();
+            ASSERT_TRUE(std::ifstream(status) >> ignored >> ignored >> state) << "it waited without sleep";
+        }
+        host.sendLine(line);
+    }
+    EXPECT_EQ(lines.get(), (std::vector<std::string>{"late", "later"}));
 }
 
 TEST_F(ClientConnection, ReceivesLinesSentBeforeTheHostClosedAfterAFailedSend) {

@@ -36,7 +36,7 @@ public:
     explicit HostFrame(std::string received);
 
     const std::string& text() const { return line; }
-    bool isEvent() const;
+    bool isEvent() const { return hasEvent; }
     bool isReplyTo(const std::string& messageId) const;
     /// The time stamp that an event carries.
     std::optional<std::int64_t> timestamp() const;
@@ -73,7 +73,10 @@ private:
     const rapidjson::Value* at(Path path) const;
 
     std::string line;
+    /// The texts of the document are in it.
+    std::vector<char> parsed;
     rapidjson::Document document;
+    bool hasEvent = false;
 };
 
 }  // namespace Wire

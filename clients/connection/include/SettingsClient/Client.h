@@ -38,13 +38,15 @@ struct Options {
 ///         std::cerr << answer.message << std::endl;
 ///     }
 ///
-/// **Requests** wait for the host's reply. Without a connection they connect first. Errors of all of them:
-/// `ConnectionError`, `InvalidSocketPath`, `UnexpectedResponse`, `RequestRefused`.
+/// **Requests** wait for the host's reply, at first without sleep: for at most 100 microseconds, in which they yield
+/// the processor. Without a connection they connect first. Errors of all of them: `ConnectionError`,
+/// `InvalidSocketPath`, `UnexpectedResponse`, `RequestRefused`.
 ///
-/// **Observers** are called by `process` (or `run`) alone: for each event once and in order, also across a lost
-/// connection, after which `process` connects again by itself, in intervals from 0.1 to 5 seconds. Where that cannot be
-/// done (the host was restarted, or has forgotten the events), `onReread` is told so. Observers may send requests and
-/// set other observers; an exception of one leaves `process`, and the next call goes on with the next notification.
+/// **Observers** are called by `process` (or `run`) alone, but see `onEvent`: for each event once and in order, also
+/// across a lost connection, after which `process` connects again by itself, in intervals from 0.1 to 5 seconds. Where
+/// that cannot be done (the host was restarted, or has forgotten the events), `onReread` is told so. Observers may send
+/// requests and set other observers; an exception of one leaves `process`, and the next call goes on with the next
+/// notification.
 ///
 /// **Older hosts**, of version 1.0, give no answers. `set`, `openSettings` and `logOut` then work without a reason for
 /// a refusal; after a lost connection all values are to be read again; batches, history, catalogue and the
@@ -115,8 +117,10 @@ public:
     /// Each replaces the one before; none: nobody is told.
     /// @{
 
-    /// Is called for each change of a setting.
-    void onEvent(std::function<void(const Event&)> observer);
+    /// Is called for each change of a setting. If `atOnce`, also while `set`, `setAll`, `openSettings` and `logOut`
+    /// wait for their answers, so that the events that come before an answer are told before it returns; then it must
+    /// not send requests or throw.
+    void onEvent(std::function<void(const Event&)> observer, bool atOnce = false);
     /// Is called for values that may have changed without an event.
     void onReread(std::function<void(const Reread&)> observer);
     /// Is called when the host serves a new connection, after what happened meanwhile was told.
