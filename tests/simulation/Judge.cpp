@@ -15,7 +15,7 @@ constexpr std::size_t muchUnread = 512UL * 1024UL;
 /// With a disk that fails, each frame may have led to many things.
 constexpr std::size_t mostFramesWithFailingDisk = 8;
 /// More would take the machine's memory.
-constexpr std::size_t mostPossibilities = 4096;
+constexpr std::size_t mostPossibilities = 32768;
 
 bool isSettings(Kind kind) {
     return kind != Kind::DEVICE;

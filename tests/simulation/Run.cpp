@@ -201,12 +201,15 @@ void Run::observe(bool isSettled) {
 
 /// When it reads again, the host handles what it has sent meanwhile.
 void Run::setReading(Connection& connection, bool reads) {
-    if (reads && !isRepairing && judge.isTooMuch(connection.number())) {
+    // A host that ended meanwhile took its connections with it.
+    const auto isThere = [&] {
+        return std::any_of(open.begin(), open.end(),
+                           [&](const auto& entry) { return entry.second.get() == &connection; });
+    };
+    if (reads && !isRepairing && isThere() && judge.isTooMuch(connection.number())) {
         repairDisk();
     }
-    // The host may have ended meanwhile.
-    const auto isIt = [&](const auto& entry) { return entry.second.get() == &connection; };
-    if (std::any_of(open.begin(), open.end(), isIt)) {
+    if (isThere()) {
         judge.reads(connection.number(), reads);
         connection.setReading(reads);
     }
