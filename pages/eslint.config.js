@@ -6,7 +6,10 @@ export default tseslint.config(
     tseslint.configs.strictTypeChecked,
     {
         languageOptions: {
-            parserOptions: { project: ['pages/tsconfig.json', 'clients/javascript/tsconfig.json'], tsconfigRootDir: new URL('..', import.meta.url).pathname },
+            parserOptions: {
+                project: ['pages/tsconfig.json', 'clients/javascript/tsconfig.json'],
+                tsconfigRootDir: new URL('..', import.meta.url).pathname,
+            },
         },
         rules: {
             '@typescript-eslint/restrict-template-expressions': ['error', { allowNumber: true }],

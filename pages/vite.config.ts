@@ -37,13 +37,13 @@ function chunkOf(id: string): string | undefined {
     return /\/src\/(device|gallery)\/|\.html/.test(id) ? undefined : 'pages';
 }
 
-/** Without the blanks between the tags, and without an attribute that files of the same host do not need. */
+/** Without the blanks between the tags below the first line, and without an attribute that files of the same host do not need. */
 const shortHtml: Plugin = {
     name: 'short-html',
     apply: 'build',
     transformIndexHtml: {
         order: 'post',
-        handler: (html) => html.replace(/>\s+</g, '><').replaceAll(' crossorigin', ''),
+        handler: (html) => html.replace(/>\s+<(?!html)/g, '><').replaceAll(' crossorigin', ''),
     },
 };
 
