@@ -48,6 +48,7 @@ std::string shown(const std::string& text) {
 }  // namespace
 
 void ReferenceModel::record(const std::string& entry) {
+    // Enough for most inputs, in one allocation.
     if (journal.capacity() == 0) {
         journal.reserve(32);
     }

@@ -22,6 +22,10 @@ constexpr char anything = '\5';
 constexpr char run = '\6';
 }  // namespace Unknown
 
+inline const std::string anyText(1, Unknown::text);
+inline const std::string anyJson(1, Unknown::json);
+inline const std::string anyTimestamp(1, Unknown::timestamp);
+
 /// An event that the host has sent.
 struct SentEvent {
     long sequence = 0;

@@ -20,9 +20,6 @@ using SettingsHandlerFuzz::stringText;
 /// The most events and notices of the history.
 constexpr std::size_t longestHistory = 1024;
 
-const std::string anyText(1, Unknown::text);
-const std::string anyTimestamp(1, Unknown::timestamp);
-
 Expectation textOnly(std::string text) {
     Expectation frame;
     frame.pieces.push_back({std::move(text), nullptr});

@@ -13,10 +13,6 @@ namespace {
 using SettingsHandlerFuzz::arrayText;
 using SettingsHandlerFuzz::stringText;
 
-const std::string anyText(1, Unknown::text);
-const std::string anyJson(1, Unknown::json);
-const std::string anyTimestamp(1, Unknown::timestamp);
-
 }  // namespace
 
 void HostModel::query(const Envelope& frame) {

@@ -54,8 +54,8 @@ private:
     Acceptor* acceptor;
 };
 
-Acceptor::Acceptor(Descriptor descriptor, std::chrono::microseconds timeOfATurn)
-    : listening(std::move(descriptor)), longestTurn(timeOfATurn), spare(openSpare()) {}
+Acceptor::Acceptor(Descriptor descriptor, std::chrono::microseconds turnLimit)
+    : listening(std::move(descriptor)), longestTurn(turnLimit), spare(openSpare()) {}
 
 Acceptor::~Acceptor() {
     close();

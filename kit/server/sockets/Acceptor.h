@@ -25,8 +25,8 @@ public:
     using OnRefused = std::function<void(int descriptor)>;
 
     /// `descriptor` listens and is non-blocking. A turn of the loop accepts one connection, and more while some wait
-    /// and the turn is shorter than `timeOfATurn`.
-    explicit Acceptor(Descriptor descriptor, std::chrono::microseconds timeOfATurn = std::chrono::microseconds(0));
+    /// and the turn is shorter than `turnLimit`.
+    explicit Acceptor(Descriptor descriptor, std::chrono::microseconds turnLimit = std::chrono::microseconds(0));
     ~Acceptor();
 
     Acceptor(const Acceptor&) = delete;

@@ -17,11 +17,11 @@ namespace http = boost::beast::http;
 using Parser = http::request_parser<http::empty_body>;
 
 /// All headers of that name, as if they were one; nothing when there is none.
-std::optional<std::string> header(const Parser& parser, http::field name, const char* joint) {
+std::optional<std::string> header(const Parser& parser, http::field name, const char* delimiter) {
     std::optional<std::string> all;
     const auto range = parser.get().equal_range(name);
     for (auto line = range.first; line != range.second; ++line) {
-        all = (all ? *all + joint : "") + line->value().to_string();
+        all = (all ? *all + delimiter : "") + line->value().to_string();
     }
     return all;
 }

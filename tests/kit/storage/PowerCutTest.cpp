@@ -14,10 +14,21 @@ namespace {
 
 using Values = std::map<std::string, std::string>;
 
+/// The file of a database on a disk of its own.
+struct FileOnDisk {
+    explicit FileOnDisk(unsigned seed) : random(seed) { disk->watch(folder.path()); }
+
+    std::mt19937 random;
+    TestSupport::TemporaryDirectory folder{TestSupport::memoryFolder()};
+    std::string file = folder / "settings.db";
+    SettingsHostTests::LogRecording log;
+    std::shared_ptr<SettingsHostTests::FaultyDisk> disk = std::make_shared<SettingsHostTests::FaultyDisk>();
+};
+
 /// A device whose power is cut repeatedly while its settings are changed.
-class Device {
+class Device : FileOnDisk {
 public:
-    explicit Device(unsigned seed) : random(seed) { disk->watch(folder.path()); }
+    using FileOnDisk::FileOnDisk;
 
     /// Starts, changes settings until the power is cut, and restores the power.
     /// Returns: true when the power was cut during a change.
@@ -94,15 +105,16 @@ private:
         return values;
     }
 
-    std::mt19937 random;
-    TestSupport::TemporaryDirectory folder{TestSupport::memoryFolder()};
-    std::string file = folder / "settings.db";
-    SettingsHostTests::LogRecording log;
-    std::shared_ptr<SettingsHostTests::FaultyDisk> disk = std::make_shared<SettingsHostTests::FaultyDisk>();
     Values confirmed;
     Values inProgress;
     unsigned long counter = 0;
 };
+
+std::string nameIn(Storage& storage) {
+    std::string name;
+    storage.getValue("deviceName", name);
+    return name;
+}
 
 /// The value of "deviceName" in a backup.
 std::string valueIn(const std::string& backup) {
@@ -110,9 +122,7 @@ std::string valueIn(const std::string& backup) {
     std::filesystem::copy_file(backup, folder / "settings.db");
     Storage storage(folder / "settings.db");
     EXPECT_EQ(storage.recovery().source, Recovery::Source::NOT_NEEDED) << "the backup is damaged";
-    std::string value;
-    storage.getValue("deviceName", value);
-    return value;
+    return nameIn(storage);
 }
 
 }  // namespace
@@ -136,34 +146,24 @@ TEST(PowerCutTest, NothingThatWasAnsweredIsLost) {
 }
 
 TEST(PowerCutTest, WhatAStartRecoversFromTheLogIsNotLostByTheNextCut) {
-    const auto nameIn = [](Storage& storage) {
-        std::string name;
-        storage.getValue("deviceName", name);
-        return name;
-    };
     unsigned recovered = 0;
     for (unsigned seed = 0; seed < 20; ++seed) {
-        std::mt19937 random(seed);
-        const TestSupport::TemporaryDirectory folder(TestSupport::memoryFolder());
-        const std::string file = folder / "settings.db";
-        const SettingsHostTests::LogRecording log;
-        const auto disk = std::make_shared<SettingsHostTests::FaultyDisk>();
-        disk->watch(folder.path());
+        FileOnDisk on(seed);
         {
-            Storage storage(file, disk);
+            Storage storage(on.file, on.disk);
             // The process ends at some call of a change: what it wrote is known to the system.
-            disk->failFrom(1 + static_cast<long>(seed % 5));
-            EXPECT_FALSE(storage.setValue("deviceName", "Den") && disk->hasFailed());
+            on.disk->failFrom(1 + static_cast<long>(seed % 5));
+            EXPECT_FALSE(storage.setValue("deviceName", "Den") && on.disk->hasFailed());
         }
-        disk->work();
+        on.disk->work();
         std::string shown;
         {
-            Storage storage(file, disk);
+            Storage storage(on.file, on.disk);
             shown = nameIn(storage);
-            disk->cutPowerAt(1);
+            on.disk->cutPowerAt(1);
         }
-        disk->restorePower(random);
-        Storage storage(file, disk);
+        on.disk->restorePower(on.random);
+        Storage storage(on.file, on.disk);
         EXPECT_EQ(nameIn(storage), shown) << "seed " << seed;
         recovered += shown == "Den" ? 1 : 0;
     }
@@ -173,28 +173,21 @@ TEST(PowerCutTest, WhatAStartRecoversFromTheLogIsNotLostByTheNextCut) {
 TEST(PowerCutTest, AfterACleanStopNoWriteThatFailedComesBack) {
     unsigned refused = 0;
     for (unsigned seed = 0; seed < 40; ++seed) {
-        std::mt19937 random(seed);
-        const TestSupport::TemporaryDirectory folder(TestSupport::memoryFolder());
-        const std::string file = folder / "settings.db";
-        const SettingsHostTests::LogRecording log;
-        const auto disk = std::make_shared<SettingsHostTests::FaultyDisk>();
-        disk->watch(folder.path());
+        FileOnDisk on(seed);
         std::string stored;
         {
-            Storage storage(file, disk);
+            Storage storage(on.file, on.disk);
             EXPECT_TRUE(storage.setValue("deviceName", "Den"));
-            disk->failOnce(1 + static_cast<long>(seed % 5));
+            on.disk->failOnce(1 + static_cast<long>(seed % 5));
             refused += storage.setValue("deviceName", "Attic") ? 0 : 1;
-            disk->work();
-            storage.getValue("deviceName", stored);
+            on.disk->work();
+            stored = nameIn(storage);
         }
-        disk->cutPowerAt(1);
-        disk->restorePower(random);
-        disk->work();
-        Storage storage(file, disk);
-        std::string found;
-        storage.getValue("deviceName", found);
-        EXPECT_EQ(found, stored) << "seed " << seed;
+        on.disk->cutPowerAt(1);
+        on.disk->restorePower(on.random);
+        on.disk->work();
+        Storage storage(on.file, on.disk);
+        EXPECT_EQ(nameIn(storage), stored) << "seed " << seed;
     }
     EXPECT_GT(refused, 0U);
 }
