@@ -210,7 +210,7 @@ TEST_F(HostLifecycle, HelpAndVersionAreOnStandardOutput) {
     const auto version = TestSupport::run({SETTINGS_HOST, "--version"});
     EXPECT_EQ(version.status, 0);
     const char* const form =
-        R"(settings-host \d+\.\d+\.\d+ \((commit [0-9a-z.~+-]+(, with changes)?|unknown commit)\)\n)";
+        "settings-host [0-9]+\\.[0-9]+\\.[0-9]+ \\((commit [0-9a-z.~+-]+(, with changes)?|unknown commit)\\)\n";
     EXPECT_FALSE(TestSupport::matchOf(version.output, form).empty()) << version.output;
 }
 

@@ -25,7 +25,7 @@ protected:
     }
     /// `(key, to, sequence)` of a signal.
     static std::string brief(const std::string& changed) {
-        const auto parts = TestSupport::matchOf(changed, R"(\('(\w+)', '[^']*', '([^']*)', uint64 (\d+), .*\))");
+        const auto parts = TestSupport::matchOf(changed, R"(\('(\w+)', '[^']*', '([^']*)', uint64 ([0-9]+), .*\))");
         return parts.empty() ? changed : parts[1] + "=" + parts[2] + " " + parts[3];
     }
     Words changes(std::size_t count) {

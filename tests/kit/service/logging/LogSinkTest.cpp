@@ -56,11 +56,11 @@ protected:
 TEST_F(LogSinkTest, WritesTimeLevelThreadAndText) {
     const auto written = lines(LogSinkTest::written(0, LogFormat::TEXT, "hello"));
     ASSERT_EQ(written.size(), 4U);
-    const std::string begin = R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}[+-]\d\d:\d\d )";
+    const std::string begin = R"([0-9]{4}(-[0-9]{2}){2}T([0-9]{2}:){2}[0-9]{2}\.[0-9]{3}[+-][0-9]{2}:[0-9]{2} )";
     const std::vector<std::string> levels{"trace", "info ", "warning", "error"};
     for (std::size_t index = 0; index < levels.size(); ++index) {
         EXPECT_FALSE(
-            TestSupport::matchOf(written[index], begin + levels[index] + R"( \[\d+\] settings-host:hello)").empty())
+            TestSupport::matchOf(written[index], begin + levels[index] + R"( \[[0-9]+\] settings-host:hello)").empty())
             << written[index];
     }
 }
