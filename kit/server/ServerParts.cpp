@@ -48,6 +48,9 @@ std::unique_ptr<SocketFile> openSocket(const std::string& name, const std::optio
     if (!path) {
         return nullptr;
     }
+    if (path->empty()) {
+        throw ListenerError("no path is set for the Unix socket of '" + name + "'");
+    }
     return std::make_unique<SocketFile>(*path);
 }
 

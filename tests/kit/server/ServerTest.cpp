@@ -1,5 +1,6 @@
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <stdexcept>
 
 #include "SettingsHandlerTesting/kit/FakeClient.h"
@@ -290,6 +291,23 @@ TEST_F(ServerTest, AnEndpointHasAWebSocketAtItsName) {
     server.join();
 }
 
+TEST_F(ServerTest, RefusesAnUnixSocketWithoutAPath) {
+    const auto forget = [&] {
+        ServerOptions chosen = options();
+        chosen.socketPath = ServerOptions().socketPath;
+        const Server refused(std::move(chosen));
+    };
+    EXPECT_THROW(forget(), ListenerError);
+    EXPECT_EQ(errorOf(forget), "no path is set for the Unix socket of 'settings'");
+    Server server(options());
+    ListenerRecording clients;
+    Endpoint endpoint;
+    endpoint.name = "remote";
+    EXPECT_THROW(server.addEndpoint(endpoint, clients), ListenerError);
+    EXPECT_EQ(errorOf([&] { server.addEndpoint(endpoint, clients); }),
+              "no path is set for the Unix socket of 'remote'");
+}
+
 TEST_F(ServerTest, AnEndpointHasFramesOfItsOwn) {
     Server server(options());
     ListenerRecording clients;
@@ -361,6 +379,14 @@ TEST_F(ServerTest, CreatesNoHandlerWithoutItsCollaborators) {
     Server server(options());
     Storage storage(database());
     EXPECT_THROW(server.createHandler(storage, nullptr, launcher, device), std::invalid_argument);
+}
+
+TEST(EnvironmentTest, RandomBytesHaveTheRequestedLengthAndAreNeverTheSame) {
+    std::set<std::string> seen;
+    for (int round = 0; round < 100; ++round) {
+        EXPECT_EQ(seen.emplace(Environment().random(16)).first->size(), 16U);
+    }
+    EXPECT_EQ(seen.size(), 100U);
 }
 
 }  // namespace SettingsHandlerKit

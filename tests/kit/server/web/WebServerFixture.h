@@ -21,7 +21,7 @@ protected:
         std::ofstream(folder / "large.js") << std::string(300000, 'x');
         auto tcp = std::make_unique<TcpListener>("127.0.0.1", 0);
         port = tcp->port();
-        const WebAccess access({"127.0.0.1", port}, "http://localhost:5173", "thekey", "thesecret");
+        const WebAccess access({"127.0.0.1", port}, "http://localhost:5173", "thekey", "thesecret", [] { return now; });
         WebSite site{access,
                      PageFiles(folder.path().string()),
                      {{"/open",
@@ -41,9 +41,10 @@ protected:
 
     std::string host() const { return "Host: 127.0.0.1:" + std::to_string(port) + "\r\n"; }
     std::string cookie() const {
-        return "Cookie: settings-" + std::to_string(port) + "=" + CookieSigner("thesecret").issue(secondsSinceEpoch());
+        return "Cookie: settings-" + std::to_string(port) + "=" + CookieSigner("thesecret").issue(now);
     }
 
+    static constexpr std::int64_t now = 1700000000;
     std::uint16_t port = 0;
     std::atomic<int> openAnswers{0};
     /// What the loop does before "/open" is answered.

@@ -20,7 +20,7 @@ protected:
 };
 
 TEST_F(WebServerTest, PingsAfterFifteenSecondsByDefault) {
-    const WebSite site{WebAccess({"127.0.0.1", port}, "", "k", "c"), PageFiles(), {}};
+    const WebSite site{WebAccess({"127.0.0.1", port}, "", "k", "c", [] { return now; }), PageFiles(), {}};
     EXPECT_EQ(site.timeoutSeconds, 15);
 }
 
