@@ -33,6 +33,6 @@ Outcome outcomeOfFailure(const Operation& request, const std::string& text, cons
 /// Of a SetSettings request that would have ended the process.
 Outcome outcomeOfRejection(const std::string& text, const RequestSurroundings& around);
 /// Of a GetSettings request beyond its memory.
-Outcome busyOutcome();
+Outcome busyOutcome(const std::string& error);
 
 }  // namespace SettingsHandlerKit

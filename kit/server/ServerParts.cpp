@@ -190,8 +190,7 @@ std::string Server::Parts::cookieSecret() {
     }
     std::string made = randomHex(secretBytes);
     if (!state->save(secretName, made)) {
-        writeLog(VessaLogger::WARNING,
-                 "cannot store the secret of the cookies: open pages will need a new address after a restart");
+        writeLog(VessaLogger::WARNING, "cannot store the cookie secret: open pages need a new address after a restart");
     }
     return made;
 }
@@ -231,7 +230,7 @@ std::optional<std::string> Server::Parts::renewPageKey() {
     }
     webKey = key;
     webServer->replaceKey(key, secret);
-    writeLog(VessaLogger::INFORMATION, "the pages have a new key");
+    writeLog(VessaLogger::INFORMATION, "replaced the page key");
     return pageAddress();
 }
 

@@ -49,8 +49,8 @@ struct ServerOptions {
     std::shared_ptr<RequestContext> context = std::make_shared<RequestContext>();
     /// Clock and randomness.
     Environment environment;
-    /// Puts something between the connections of the settings and the server, such as a delay: returns who is told of
-    /// clients and their frames instead of `server`, and passes on what it wants. Nothing for nothing between.
+    /// An interceptor between the connections of the settings and the server, such as a delay: returns the listener
+    /// that receives clients and frames in place of `server` and may pass them on. Empty for none.
     std::function<std::shared_ptr<ClientListener>(std::shared_ptr<ClientListener> server)> between;
 };
 

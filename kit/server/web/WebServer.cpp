@@ -28,7 +28,7 @@ WebServer::WebServer(EventLoop& eventLoop, std::unique_ptr<TcpListener> itsListe
       webSocketWriter(std::make_shared<WebSocketWriter>()),
       evictions(loop, [](std::size_t count) {
           writeLog(VessaLogger::WARNING,
-                   "web: connections without key or cookie closed to make room for others: " + std::to_string(count));
+                   "web: unauthenticated connections closed to make room for others: " + std::to_string(count));
       }) {
     if (listener) {
         listener->start(

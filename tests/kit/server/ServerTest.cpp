@@ -107,7 +107,7 @@ TEST_F(ServerTest, TheServiceManagerIsToldOfARun) {
     EXPECT_EQ(manager.receive(), "STOPPING=1\nSTATUS=Draining connections");
 }
 
-TEST_F(ServerTest, ServesOnSomebodysOwnLoop) {
+TEST_F(ServerTest, ServesOnACallersLoop) {
     Server server(options());
     Storage storage(database());
     const auto handler = handlerOf(server, storage);
@@ -125,7 +125,7 @@ TEST_F(ServerTest, ServesOnSomebodysOwnLoop) {
     server.process();
 }
 
-TEST_F(ServerTest, SendsOnSomebodysOwnLoopWhatWasQueuedBetweenItsTurns) {
+TEST_F(ServerTest, SendsFramesQueuedBetweenTurnsOfACallersLoop) {
     Server server(options());
     Storage storage(database());
     const auto handler = handlerOf(server, storage);
@@ -251,7 +251,7 @@ TEST_F(ServerTest, ANewPageKeyIsStoredFirst) {
     ASSERT_TRUE(renewed);
     EXPECT_NE(*renewed, before);
     EXPECT_EQ(*renewed, server.pageAddress());
-    EXPECT_EQ(log.take(), std::vector<std::string>{"1 settings-host:the pages have a new key"});
+    EXPECT_EQ(log.take(), std::vector<std::string>{"1 settings-host:replaced the page key"});
     // "a" names the run; "b" to "e" are of the key and secret that were not made, and of those of the start; "g" is the
     // second secret.
     std::string secret;
