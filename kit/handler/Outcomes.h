@@ -8,7 +8,7 @@
 #include "handler/ThreadRecords.h"
 
 /// \file
-/// What an operation that has ended led to.
+/// The outcome of an operation that has ended.
 namespace SettingsHandlerKit {
 
 /// What a request is judged by.

@@ -13,8 +13,8 @@
 namespace SettingsHandlerKit {
 
 /// The settings handler for a service that is reached from outside: no text that a client, a device or a storage gives
-/// it ends the process, and it tells what each request led to. Everything else is as in the handler that it is derived
-/// from.
+/// it ends the process, and it reports the outcome of each request. Everything else is as in the handler that it is
+/// derived from.
 ///
 ///     auto handler = CheckedSettingsHandler::create(transport, storage, metrics, bridge, launcher, info);
 ///
