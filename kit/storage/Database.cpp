@@ -201,6 +201,7 @@ void Database::execute(const std::string& sql) {
 
 void Database::begin() {
     inTransaction = true;
+    // When this fails, `requireTransaction` refuses all that follows.
     sqlite3_exec(handle(), "BEGIN", nullptr, nullptr, nullptr);
 }
 
