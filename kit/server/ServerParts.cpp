@@ -79,10 +79,10 @@ private:
     std::shared_ptr<MessageHub> hub;
 };
 
-HttpAnswer metricsAnswer(const std::string& text) {
-    HttpAnswer answer = plainAnswer(200, text);
-    answer.contentType = "text/plain; version=0.0.4; charset=utf-8";
-    return answer;
+HttpResponse metricsResponse(const std::string& text) {
+    HttpResponse response = plainResponse(200, text);
+    response.contentType = "text/plain; version=0.0.4; charset=utf-8";
+    return response;
 }
 
 ServerOptions checked(ServerOptions options) {
@@ -166,8 +166,8 @@ void Server::Parts::openWebServer() {
     };
     WebSite site{WebAccess(*webAddress, options.allowedOrigin, webKey, cookieSecret(), seconds),
                  std::move(pages),
-                 {{"/healthz", [this] { return healthAnswer(); }},
-                  {"/metrics", [this] { return metricsAnswer(metrics->text()); }}}};
+                 {{"/healthz", [this] { return healthResponse(); }},
+                  {"/metrics", [this] { return metricsResponse(metrics->text()); }}}};
     std::vector<WebSocketRoute> routes;
     for (const auto& endpoint : endpoints) {
         // Whoever speaks as a native client at the Unix socket is a page here.
@@ -217,8 +217,8 @@ void Server::Parts::performPosted(const std::function<void()>& action) {
     }
 }
 
-HttpAnswer Server::Parts::healthAnswer() {
-    return health.answer(storage != nullptr ? storage->health() : StorageHealth{}, healthTexts);
+HttpResponse Server::Parts::healthResponse() {
+    return health.response(storage != nullptr ? storage->health() : StorageHealth{}, healthTexts);
 }
 
 /// Stored first: a secret that was replaced must not be valid again after the next start.
@@ -244,7 +244,7 @@ std::string Server::Parts::backUp() {
 Wire::StatusReply Server::Parts::status() {
     using namespace std::chrono;
     Wire::StatusReply told;
-    told.health = *healthAnswer().body;
+    told.health = *healthResponse().body;
     told.hostVersion = options.version;
     if (storage != nullptr) {
         told.disk = diskOf(storage->file());

@@ -26,11 +26,11 @@ protected:
                      PageFiles(folder.path().string()),
                      {{"/open",
                        [this] {
-                           ++openAnswers;
+                           ++openResponses;
                            onOpen();
-                           return plainAnswer(503, "not yet");
+                           return plainResponse(503, "not yet");
                        }},
-                      {"/long", [] { return plainAnswer(200, std::string(15000, 'x')); }}},
+                      {"/long", [] { return plainResponse(200, std::string(15000, 'x')); }}},
                      timeoutSeconds};
         std::vector<WebSocketRoute> routes{{"/settings", "settings.v1", Origin::PAGE, *this},
                                            {"/device", "device.v1", Origin::DEVICE, *this}};
@@ -46,7 +46,7 @@ protected:
 
     static constexpr std::int64_t now = 1700000000;
     std::uint16_t port = 0;
-    std::atomic<int> openAnswers{0};
+    std::atomic<int> openResponses{0};
     /// What the loop does before "/open" is answered.
     std::function<void()> onOpen = [] {};
     /// To be used on the loop's thread.
