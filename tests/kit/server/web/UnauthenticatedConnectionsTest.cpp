@@ -169,7 +169,7 @@ TEST_F(UnauthenticatedConnectionsTest, ManyEvictionsAreLoggedInOneLine) {
     stop();
     std::vector<std::string> warnings;
     for (const auto& line : log.take()) {
-        if (line.find("without key or cookie") != std::string::npos) {
+        if (line.find("unauthenticated") != std::string::npos) {
             warnings.push_back(line);
         }
     }
