@@ -59,7 +59,7 @@ string(CONCAT CPACK_DEBIAN_KIT_PACKAGE_DEPENDS
 set(CPACK_DEBIAN_KIT_PACKAGE_SUGGESTS "settingsctl, settings-host")
 set(CPACK_DEBIAN_KIT_DESCRIPTION "settings of a voice assistant - components for services
 Static libraries for a service around the library that owns a voice
-assistant's settings: a handler that no request can end, an SQLite storage
+assistant's settings: a handler that no request can crash, an SQLite storage
 with recovery and backups, a server for Unix sockets, WebSocket and settings
 pages, logging and a sandbox. A service adds its voice SDK and its device.")
 

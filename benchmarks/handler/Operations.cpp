@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "Logging.h"
-#include "World.h"
+#include "QuietHandler.h"
 #include "support/Texts.h"
 
 namespace Benchmarks {
@@ -25,9 +25,9 @@ std::function<void()> alternating(std::vector<std::string> requests, Ask ask) {
 
 /// A SetSettings request.
 Operation setting(std::string name, const std::vector<std::string>& requests,
-                  const std::shared_ptr<World>& world = std::make_shared<World>()) {
+                  const std::shared_ptr<QuietHandler>& quiet = std::make_shared<QuietHandler>()) {
     return {std::move(name),
-            alternating(requests, [world](const std::string& text) { world->handler.handleSetSettingRequest(text); })};
+            alternating(requests, [quiet](const std::string& text) { quiet->handler.handleSetSettingRequest(text); })};
 }
 
 /// The same request with two values in turn, and with one.
@@ -61,11 +61,11 @@ void addRefusals(std::vector<Operation>& list) {
     refused("no key", R"({"type":24,"timestamp":1700000000000,"payload":{"to":"Kitchen"}})");
     refused("no value", R"({"type":24,"timestamp":1700000000000,"payload":{"settingDBId":"deviceName"}})");
 
-    const auto newer = std::make_shared<World>();
+    const auto newer = std::make_shared<QuietHandler>();
     newer->handler.handleSetSettingRequest(setRequest("deviceName", "Kitchen", "1800000000000"));
     list.push_back(setting("refused/stale", {fine}, newer));
 
-    const auto unwritable = std::make_shared<World>();
+    const auto unwritable = std::make_shared<QuietHandler>();
     unwritable->collaborators.storage.writable = false;
     list.push_back(setting("refused/not written", {fine}, unwritable));
 
@@ -75,10 +75,10 @@ void addRefusals(std::vector<Operation>& list) {
 
 void addReading(std::vector<Operation>& list) {
     const auto reading = [&](const std::string& name, const std::string& names, const std::string& storedValue) {
-        const auto world = std::make_shared<World>();
-        world->collaborators.storage.storedValue = storedValue;
+        const auto quiet = std::make_shared<QuietHandler>();
+        quiet->collaborators.storage.storedValue = storedValue;
         const std::string request = getRequest(names);
-        list.push_back({"get/" + name, [=] { world->handler.handleGetSettingsRequest(request); }});
+        list.push_back({"get/" + name, [=] { quiet->handler.handleGetSettingsRequest(request); }});
     };
     reading("one", R"("deviceName")", "Living room");
     reading("all", "", "Living room");
@@ -87,8 +87,8 @@ void addReading(std::vector<Operation>& list) {
 
 void addNotifications(std::vector<Operation>& list) {
     const auto notification = [&](const std::string& name, auto notify) {
-        const auto world = std::make_shared<World>();
-        list.push_back({"notify/" + name, [=] { notify(world->handler); }});
+        const auto quiet = std::make_shared<QuietHandler>();
+        list.push_back({"notify/" + name, [=] { notify(quiet->handler); }});
     };
     const std::string primary = "en-US";
     const std::string other = "fr-FR";
@@ -99,32 +99,32 @@ void addNotifications(std::vector<Operation>& list) {
     notification("locales", [=](OpenHandler& whom) { whom.notifyLocaleChange(locales); });
     notification("time zone", [=](OpenHandler& whom) { whom.notifyTimezoneChange(timezone); });
 
-    const auto world = std::make_shared<World>();
+    const auto quiet = std::make_shared<QuietHandler>();
     const std::string name = "deviceName";
     const std::vector<std::string> values{"Living room", "Kitchen"};
     list.push_back({"notify/system setting", alternating(values, [=](const std::string& v) {
-                        world->handler.notifySystemSettingChanged(name, v);
+                        quiet->handler.notifySystemSettingChanged(name, v);
                     })});
     list.push_back({"notify/hands-free", [=, enabled = false]() mutable {
-                        world->handler.notifyHandsfreeStateChanged(enabled = !enabled);
+                        quiet->handler.notifyHandsfreeStateChanged(enabled = !enabled);
                     }});
 }
 
 void addGrowth(std::vector<Operation>& list, int largestCache) {
     for (const int count : {0, 1, 10, 100, 1000}) {
-        const auto world = std::make_shared<World>();
-        world->addObservers(count);
+        const auto quiet = std::make_shared<QuietHandler>();
+        quiet->addObservers(count);
         list.push_back(setting("observers/" + std::to_string(count),
                                {setRequest("friendlyName", "Living room"), setRequest("friendlyName", "Kitchen")},
-                               world));
+                               quiet));
     }
     for (const int count : {15, 1000, 100000}) {
         if (count <= largestCache) {
-            const auto world = std::make_shared<World>();
-            world->fillCache(count);
+            const auto quiet = std::make_shared<QuietHandler>();
+            quiet->fillCache(count);
             list.push_back(setting("cache/" + std::to_string(count),
                                    {setRequest("deviceName", "Living room"), setRequest("deviceName", "Kitchen")},
-                                   world));
+                                   quiet));
         }
     }
 }
@@ -143,9 +143,9 @@ void addLogLines(std::vector<Operation>& list) {
 }
 
 void addConstruction(std::vector<Operation>& list) {
-    const auto world = std::make_shared<World>();
-    auto& with = world->collaborators;
-    list.push_back({"create and initialise", [world, &with] {
+    const auto quiet = std::make_shared<QuietHandler>();
+    auto& with = quiet->collaborators;
+    list.push_back({"create and initialise", [quiet, &with] {
                         const auto handler = Handler::create(with.transport, with.storage, with.metrics, with.bridge,
                                                              with.launcher, with.device);
                         handler->initializeSettings();

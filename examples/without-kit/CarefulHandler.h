@@ -6,7 +6,7 @@
 #include "SettingsHandler/SettingsHandler.h"
 #include "Utils/Rapidjson.h"
 
-/// A handler that no request can end, and that no clock can lock out.
+/// A handler that no request can crash, and that no clock can lock out.
 class CarefulHandler : public SettingsHandler::SettingsHandler {
 public:
     using SettingsHandler::SettingsHandler;

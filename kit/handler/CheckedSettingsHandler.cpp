@@ -86,9 +86,9 @@ void CheckedSettingsHandler::Parts::handle(int type, const std::string& text,
     ThreadRecords::Scope scope(records, type);
     try {
         passOn(scope, text, pass);
-    } catch (const ReadLimitExceeded&) {
-        scope.conclude([](Outcome& outcome) { outcome = busyOutcome(); });
-        writeLog(VessaLogger::WARNING, "GetSettings got no reply: more was asked for than there is memory for");
+    } catch (const ReadLimitExceeded& error) {
+        scope.conclude([&](Outcome& outcome) { outcome = busyOutcome(error.what()); });
+        writeLog(VessaLogger::WARNING, "refused a GetSettings request: its values exceed the memory limit");
     } catch (...) {
         if (!scope.operation.concluded) {
             scope.conclude([&](Outcome& outcome) {

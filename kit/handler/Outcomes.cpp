@@ -139,8 +139,8 @@ Outcome outcomeOfRejection(const std::string& text, const RequestSurroundings& a
     return outcome;
 }
 
-Outcome busyOutcome() {
-    return refusal(Reason::BUSY, "more is asked for than there is memory for");
+Outcome busyOutcome(const std::string& error) {
+    return refusal(Reason::BUSY, error);
 }
 
 }  // namespace SettingsHandlerKit

@@ -8,7 +8,7 @@
 #include "handler/ThreadRecords.h"
 
 /// \file
-/// What an operation that has ended led to.
+/// The outcome of an operation that has ended.
 namespace SettingsHandlerKit {
 
 /// What a request is judged by.
@@ -33,6 +33,6 @@ Outcome outcomeOfFailure(const Operation& request, const std::string& text, cons
 /// Of a SetSettings request that would have ended the process.
 Outcome outcomeOfRejection(const std::string& text, const RequestSurroundings& around);
 /// Of a GetSettings request beyond its memory.
-Outcome busyOutcome();
+Outcome busyOutcome(const std::string& error);
 
 }  // namespace SettingsHandlerKit

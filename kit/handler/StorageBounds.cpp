@@ -57,7 +57,7 @@ void StorageBounds::wasRead(const std::string& key, std::size_t size, bool gathe
     const std::size_t gathered = gather(key, size, gathering);
     // The values are gathered and copied once before they become a frame.
     if (gathered > maximumReply || (gathered > smallReply && hasRoomFor && !hasRoomFor(2 * gathered))) {
-        throw ReadLimitExceeded("more is asked for than there is memory for");
+        throw ReadLimitExceeded("the requested values exceed the memory limit");
     }
 }
 

@@ -10,7 +10,7 @@ namespace SettingsHandlerKit {
 std::string randomBytes(std::size_t count) {
     std::string bytes(count, '\0');
     if (::getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
-        throw std::system_error(errno, std::generic_category(), "cannot make a key");
+        throw std::system_error(errno, std::generic_category(), "cannot generate a key");
     }
     return bytes;
 }

@@ -155,7 +155,7 @@ void Server::addToHealth(const std::string& name, std::function<std::vector<std:
 }
 
 std::string Server::healthText() const {
-    return *parts->healthAnswer().body;
+    return *parts->healthResponse().body;
 }
 
 }  // namespace SettingsHandlerKit

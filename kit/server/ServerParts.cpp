@@ -48,6 +48,9 @@ std::unique_ptr<SocketFile> openSocket(const std::string& name, const std::optio
     if (!path) {
         return nullptr;
     }
+    if (path->empty()) {
+        throw ListenerError("no path is set for the Unix socket of '" + name + "'");
+    }
     return std::make_unique<SocketFile>(*path);
 }
 
@@ -76,10 +79,10 @@ private:
     std::shared_ptr<MessageHub> hub;
 };
 
-HttpAnswer metricsAnswer(const std::string& text) {
-    HttpAnswer answer = plainAnswer(200, text);
-    answer.contentType = "text/plain; version=0.0.4; charset=utf-8";
-    return answer;
+HttpResponse metricsResponse(const std::string& text) {
+    HttpResponse response = plainResponse(200, text);
+    response.contentType = "text/plain; version=0.0.4; charset=utf-8";
+    return response;
 }
 
 ServerOptions checked(ServerOptions options) {
@@ -163,8 +166,8 @@ void Server::Parts::openWebServer() {
     };
     WebSite site{WebAccess(*webAddress, options.allowedOrigin, webKey, cookieSecret(), seconds),
                  std::move(pages),
-                 {{"/healthz", [this] { return healthAnswer(); }},
-                  {"/metrics", [this] { return metricsAnswer(metrics->text()); }}}};
+                 {{"/healthz", [this] { return healthResponse(); }},
+                  {"/metrics", [this] { return metricsResponse(metrics->text()); }}}};
     std::vector<WebSocketRoute> routes;
     for (const auto& endpoint : endpoints) {
         // Whoever speaks as a native client at the Unix socket is a page here.
@@ -187,8 +190,7 @@ std::string Server::Parts::cookieSecret() {
     }
     std::string made = randomHex(secretBytes);
     if (!state->save(secretName, made)) {
-        writeLog(VessaLogger::WARNING,
-                 "cannot store the secret of the cookies: open pages will need a new address after a restart");
+        writeLog(VessaLogger::WARNING, "cannot store the cookie secret: open pages need a new address after a restart");
     }
     return made;
 }
@@ -215,8 +217,8 @@ void Server::Parts::performPosted(const std::function<void()>& action) {
     }
 }
 
-HttpAnswer Server::Parts::healthAnswer() {
-    return health.answer(storage != nullptr ? storage->health() : StorageHealth{}, healthTexts);
+HttpResponse Server::Parts::healthResponse() {
+    return health.response(storage != nullptr ? storage->health() : StorageHealth{}, healthTexts);
 }
 
 /// Stored first: a secret that was replaced must not be valid again after the next start.
@@ -228,7 +230,7 @@ std::optional<std::string> Server::Parts::renewPageKey() {
     }
     webKey = key;
     webServer->replaceKey(key, secret);
-    writeLog(VessaLogger::INFORMATION, "the pages have a new key");
+    writeLog(VessaLogger::INFORMATION, "replaced the page key");
     return pageAddress();
 }
 
@@ -242,7 +244,7 @@ std::string Server::Parts::backUp() {
 Wire::StatusReply Server::Parts::status() {
     using namespace std::chrono;
     Wire::StatusReply told;
-    told.health = *healthAnswer().body;
+    told.health = *healthResponse().body;
     told.hostVersion = options.version;
     if (storage != nullptr) {
         told.disk = diskOf(storage->file());

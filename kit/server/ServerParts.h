@@ -58,7 +58,7 @@ struct Server::Parts : Administration {
     Wire::StatusReply status() override;
     /// The addresses of what is open, with a blank between them.
     std::string startText() const;
-    HttpAnswer healthAnswer();
+    HttpResponse healthResponse();
 
     void performPosted(const std::function<void()>& action);
     void tellServiceManager();

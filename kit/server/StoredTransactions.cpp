@@ -48,7 +48,7 @@ void StoredTransactions::restore(const std::set<std::string>& changed) {
     waitsForStorage = !storage->isReadable();
     if (waitsForStorage) {
         writeLog(VessaLogger::ERROR,
-                 "the storage cannot be read: until it can, some settings show values of a batch that was rolled back");
+                 "cannot read the storage: until it can be read, some settings keep values of a rolled-back batch");
         return;
     }
     startOver();

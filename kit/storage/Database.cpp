@@ -79,7 +79,7 @@ Database::Database(const std::string& file, std::shared_ptr<Disk> disk)
         check();
         if (writable) {
             configure();
-            flushRecoveredLog();
+            flushRecoveredWal();
         }
     } catch (const DamagedDatabase&) {
         throw;
@@ -179,9 +179,9 @@ void Database::configure() {
     execute("COMMIT");
 }
 
-/// A process that was killed may have left changes in the log that it did not flush. From now on readers see them, so a
-/// loss of power must not take them back. On a disk that cannot flush the host starts all the same.
-void Database::flushRecoveredLog() {
+/// A process that was killed may have left changes in the write-ahead log that it did not flush. From now on readers
+/// see them, so a loss of power must not take them back. On a disk that cannot flush the host starts all the same.
+void Database::flushRecoveredWal() {
     if (holdsData(*usedDisk, path + walSuffix)) {
         usedDisk->sync(path + walSuffix);
     }
@@ -201,6 +201,7 @@ void Database::execute(const std::string& sql) {
 
 void Database::begin() {
     inTransaction = true;
+    // When this fails, `requireTransaction` refuses all that follows.
     sqlite3_exec(handle(), "BEGIN", nullptr, nullptr, nullptr);
 }
 
@@ -222,7 +223,7 @@ void Database::rollBack() {
     }
 }
 
-void Database::emptyLog() {
+void Database::emptyWal() {
     if (sqlite3_wal_checkpoint_v2(handle(), "main", SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr) != SQLITE_OK) {
         fail(handle(), "database");
     }

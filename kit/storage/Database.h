@@ -52,7 +52,7 @@ public:
 
     /// Copies the write-ahead log into the database and truncates it. Until the next change a loss of power may bring
     /// it back.
-    void emptyLog();
+    void emptyWal();
     sqlite3* handle() const { return connection.get(); }
 
 private:
@@ -61,7 +61,7 @@ private:
     /// Of SQLite's check. Reads every page.
     std::string verdict();
     void configure();
-    void flushRecoveredLog();
+    void flushRecoveredWal();
     int pragma(const std::string& name);
 
     std::shared_ptr<Disk> usedDisk;

@@ -68,7 +68,7 @@ void erase(Database& database) {
     attempt([&] {
         // Rewrites the whole database without deleted and overwritten values.
         database.execute("VACUUM");
-        database.emptyLog();
+        database.emptyWal();
     });
     if (!failure.empty()) {
         throw DatabaseError(failure);

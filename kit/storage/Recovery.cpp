@@ -30,7 +30,7 @@ std::string setAside(Disk& disk, const std::string& file) {
     }
     const std::string newFile = damagedName(file, number);
     bool found = false;
-    // The database first: a log without a database is set aside by the next start, too.
+    // The database first: a write-ahead log without a database is set aside by the next start, too.
     for (const std::string suffix : {"", walSuffix, journalSuffix}) {
         if (disk.find(file + suffix)) {
             moveFile(disk, file + suffix, newFile + suffix);
@@ -52,7 +52,7 @@ bool restore(const std::string& backup, const std::string& file, const std::shar
         moveFile(*disk, copy, file);
         return true;
     } catch (const DatabaseError& error) {
-        writeLog(VessaLogger::ERROR, "the backup " + nameOf(backup) + " cannot be used: " + error.what());
+        writeLog(VessaLogger::ERROR, "cannot use the backup " + nameOf(backup) + ": " + error.what());
         removeFile(*disk, copy);
         return false;
     }
@@ -95,7 +95,7 @@ Database openOrRestore(const std::string& file, const std::shared_ptr<Disk>& dis
             writeLog(VessaLogger::ERROR, damage.what());
         }
     } else {
-        writeLog(VessaLogger::ERROR, file + " is missing or empty, although backups or a log of it exist");
+        writeLog(VessaLogger::ERROR, file + " is missing or empty, although its backups or write-ahead log exist");
     }
     if (disk->find(logOutMarkerName(file))) {
         startEmptyAfterLogOut(*disk, file, recovery);

@@ -37,8 +37,8 @@ struct Storage::Parts {
     /// Reports the result of the transaction that has ended, which took `duration` to end.
     void transactionEnded(bool succeeded, std::chrono::nanoseconds duration);
 
-    /// Flushes the folder once the database is closed. SQLite removes the log then, but does not make that durable:
-    /// after a power cut the log was back, with writes that had failed in it.
+    /// Flushes the folder once the database is closed. SQLite removes the write-ahead log then, but does not make that
+    /// durable: after a power cut it was back, with writes that had failed in it.
     class FolderFlush {
     public:
         FolderFlush(std::shared_ptr<Disk> itsDisk, const std::string& file)

@@ -13,8 +13,8 @@
 namespace SettingsHandlerKit {
 
 /// The settings handler for a service that is reached from outside: no text that a client, a device or a storage gives
-/// it ends the process, and it tells what each request led to. Everything else is as in the handler that it is derived
-/// from.
+/// it ends the process, and it reports the outcome of each request. Everything else is as in the handler that it is
+/// derived from.
 ///
 ///     auto handler = CheckedSettingsHandler::create(transport, storage, metrics, bridge, launcher, info);
 ///
@@ -77,7 +77,7 @@ public:
 
     /// Rejects what would end the process: returns false.
     bool setSetting(const std::string& name, const std::string& value) override;
-    /// As the handler's, and `startOver` forgets the time stamps before. A derived class that has its own rule calls
+    /// As the handler's; `startOver` clears the record of time stamps. A derived class that has its own rule calls
     /// this one for time stamps that it accepts, so that the outcome can tell `newest`.
     bool isRequestValid(std::string& settingDBId, long timestamp) override;
     /// Rejects what would end the process, without a call of `setSetting`.
@@ -85,8 +85,8 @@ public:
     /// First `setUnusableValuesAside`, then as the handler's.
     void migrateExistingDeviceSettings() override;
     /// Sets a stored locale that would end the process aside, under the first free key of "orliaLocale.unusable",
-    /// "orliaLocale.unusable.2", …, which is logged at level 3. A service that calls it before `initializeSettings`
-    /// does not start far when it fails.
+    /// "orliaLocale.unusable.2", …, which is logged at level 3. Call it before `initializeSettings`, so that a failure
+    /// stops the start early.
     /// - Errors: `std::runtime_error` when it could not be set aside. It is still stored then, and the next call tries
     ///   again.
     void setUnusableValuesAside();

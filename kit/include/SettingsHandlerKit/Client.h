@@ -35,7 +35,7 @@ public:
     virtual ~Client() = default;
 
     /// Writes `frame`, which is shared with the other clients that it goes to, at once or queues it. Never calls a
-    /// `ClientListener`: a client that is gone, or that lets too much wait and is disconnected for it, is reported
+    /// `ClientListener`: a client that is gone, or is disconnected because its backlog is too large, is reported
     /// later, from the event loop. So all clients can be sent to in a loop over them.
     virtual void send(const std::shared_ptr<const std::string>& frame) = 0;
 

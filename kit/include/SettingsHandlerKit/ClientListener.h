@@ -8,7 +8,8 @@
 namespace SettingsHandlerKit {
 
 /// Notified by listeners of their clients and the clients' frames, always from the event loop and never from inside
-/// `Client::send`. A client is mentioned from `connected` to `disconnected`.
+/// `Client::send`. A client is passed to these operations only from `connected` to
+/// `disconnected`.
 class ClientListener {
 public:
     ClientListener() = default;

@@ -4,7 +4,7 @@
 
 namespace SettingsHandlerKit {
 
-/// What a request, a log-out or a `setSetting` led to. The library itself gives no reasons: it logs them.
+/// The outcome of a request, a log-out or a `setSetting`. The library itself gives no reasons: it logs them.
 struct Outcome {
     /// What happened.
     enum class Kind {

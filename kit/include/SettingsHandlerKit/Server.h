@@ -86,7 +86,7 @@ public:
     /// of the cookies in it; empties the history of events when it is cleared; makes each batch a transaction of it.
     void watch(Storage& storage);
     /// From now on requests that ask for an answer get one, with the outcome of `handler`; a request that it rejects,
-    /// or refuses for want of memory, is reported as such. Without a watched handler `"answer"` is ignored.
+    /// or refuses for lack of memory, is reported as such. Without a watched handler `"answer"` is ignored.
     void watch(const std::shared_ptr<CheckedSettingsHandler>& handler);
     /// @}
 
@@ -114,7 +114,7 @@ public:
     void startThread();
     /// Waits for the end of that thread.
     void join();
-    /// @name On somebody's own loop
+    /// @name On the caller's event loop
     /// Watch the descriptor for reading, wait no longer than the timeout, then call `process`; repeat while `isRunning`
     /// is true. Ask for the timeout just before each wait: operations of the server may have changed it.
     /// @{
@@ -140,7 +140,7 @@ public:
     /// Runs `action` soon on the server's thread, as `perform` does; an exception is logged at level 3. Actions run in
     /// the order in which they were posted; none runs after the server has stopped. Threads: any.
     void post(std::function<void()> action);
-    /// The same when `delay` is over. Threads: the server's.
+    /// Like `post`, after `delay`. Threads: the server's.
     void postLater(std::chrono::milliseconds delay, std::function<void()> action);
     /// Runs `action` now. What it changes is the device's doing: events have the origin "device", and clients get a
     /// notice of values that changed without an event.
@@ -172,7 +172,7 @@ public:
 
 protected:
     struct Parts;
-    /// The inside, for the tests of the kit.
+    /// The implementation; protected for the kit's own tests.
     const std::unique_ptr<Parts> parts;
 };
 

@@ -30,7 +30,7 @@ struct BackupTimes {
 /// What a server serves, and where.
 struct ServerOptions {
     /// The Unix socket for clients; its folder is made (0700) if it is missing. Not used when `sockets` has "settings".
-    /// Nothing for no Unix socket.
+    /// Nothing for no Unix socket; to be set otherwise, an empty path is a `ListenerError`.
     std::optional<std::string> socketPath = "";
     /// The loopback address and port of pages, health and metrics: "127.0.0.1:8097", "[::1]:8097" or "localhost:8097";
     /// port 0 picks a free one. Nothing for no web port. When `sockets` has "web", that socket is used instead.
@@ -49,8 +49,8 @@ struct ServerOptions {
     std::shared_ptr<RequestContext> context = std::make_shared<RequestContext>();
     /// Clock and randomness.
     Environment environment;
-    /// Puts something between the connections of the settings and the server, such as a delay: returns who is told of
-    /// clients and their frames instead of `server`, and passes on what it wants. Nothing for nothing between.
+    /// An interceptor between the connections of the settings and the server, such as a delay: returns the listener
+    /// that receives clients and frames in place of `server` and may pass them on. Empty for none.
     std::function<std::shared_ptr<ClientListener>(std::shared_ptr<ClientListener> server)> between;
 };
 
@@ -59,7 +59,8 @@ struct ServerOptions {
 struct Endpoint {
     /// Lower-case letters, digits and "-".
     std::string name;
-    /// The path of the Unix socket. Not used when the passed sockets have one named `name`. Nothing for none.
+    /// The path of the Unix socket. Not used when the passed sockets have one named `name`. Nothing for none; to be set
+    /// otherwise, an empty path is a `ListenerError`.
     std::optional<std::string> socketPath = "";
     /// The origin of its clients; of those of the WebSocket PAGE instead of SOCKET.
     Origin origin = Origin::DEVICE;

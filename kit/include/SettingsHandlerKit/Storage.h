@@ -39,8 +39,8 @@ public:
     /// (0700) if they are missing. On a read-only file system values can be read and every change fails.
     ///
     /// A damaged database is renamed to `path`.damaged (or .damaged.2, …) and replaced with the newest good backup, or
-    /// by an empty database; so is one that is missing while backups or a log of it exist. What was done is logged at
-    /// level 3 and returned by `recovery`. An interrupted log-out is finished.
+    /// by an empty database; so is one that is missing while its backups or write-ahead log exist. What was done is
+    /// logged at level 3 and returned by `recovery`. An interrupted log-out is finished.
     ///
     /// - `disk`: owned together with the caller; tests give one that fails.
     /// - Errors: `NewerDatabase` for the file of a newer version; `DatabaseError` when the file is in use, belongs to
@@ -115,7 +115,7 @@ public:
 
 protected:
     struct Parts;
-    /// The inside, for the tests of the kit.
+    /// The implementation; protected for the kit's own tests.
     const std::unique_ptr<Parts> parts;
 };
 

@@ -77,7 +77,7 @@ EventLoop::EventLoop() : loop(std::make_unique<uv_loop_t>()), posts(std::make_sh
         error = Posts::init(loop.get(), posts->get());
     }
     if (error != 0) {
-        throw std::runtime_error(std::string("cannot make an event loop: ") + uv_strerror(error));
+        throw std::runtime_error(std::string("cannot create an event loop: ") + uv_strerror(error));
     }
     posts->opened(posts);
     uv_unref(posts->generic());
@@ -179,11 +179,9 @@ void EventLoop::endDrain() {
 }
 
 void EventLoop::end() {
-    uv_run(loop.get(), UV_RUN_DEFAULT);
-    for (const auto& action : std::exchange(endActions, {})) {
-        action();
+    // A `stop` outside of a run ends the next one at once.
+    while (uv_run(loop.get(), UV_RUN_DEFAULT) != 0) {
     }
-    uv_run(loop.get(), UV_RUN_DEFAULT);
 }
 
 }  // namespace SettingsHandlerKit

@@ -50,9 +50,6 @@ public:
     /// something is open; they do not keep the loop running.
     void post(std::function<void()> action);
 
-    /// Calls `action` when nothing is open any more: at the end of a drain, or of the loop.
-    void atEnd(std::function<void()> action) { endActions.push_back(std::move(action)); }
-
     uv_loop_s* handle() const { return loop.get(); }
 
 private:
@@ -65,7 +62,6 @@ private:
     std::shared_ptr<Posts> posts;
     std::shared_ptr<DrainTimer> drainTimer;
     std::vector<std::unique_ptr<SignalWatch>> signalWatches;
-    std::vector<std::function<void()>> endActions;
 };
 
 }  // namespace SettingsHandlerKit

@@ -26,7 +26,7 @@ const char* HealthReport::status(const StorageHealth& storage) const {
     return recovery.source == Recovery::Source::NOT_NEEDED ? "ok" : "recovered";
 }
 
-HttpAnswer HealthReport::answer(const StorageHealth& storage, const HealthTexts& more) const {
+HttpResponse HealthReport::response(const StorageHealth& storage, const HealthTexts& more) const {
     const auto uptime = std::chrono::steady_clock::now() - started;
     Wire::ObjectWriter<> report;
     report.text("status", status(storage));
@@ -51,11 +51,11 @@ HttpAnswer HealthReport::answer(const StorageHealth& storage, const HealthTexts&
             report.texts(name, texts);
         }
     }
-    HttpAnswer answer;
-    answer.status = serving ? ok : serviceUnavailable;
-    answer.contentType = "application/json";
-    answer.body = std::make_shared<const std::string>(report.finish());
-    return answer;
+    HttpResponse response;
+    response.status = serving ? ok : serviceUnavailable;
+    response.contentType = "application/json";
+    response.body = std::make_shared<const std::string>(report.finish());
+    return response;
 }
 
 }  // namespace SettingsHandlerKit

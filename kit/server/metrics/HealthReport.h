@@ -7,14 +7,14 @@
 #include <vector>
 
 #include "SettingsHandlerKit/StorageObserver.h"
-#include "server/web/HttpAnswer.h"
+#include "server/web/HttpResponse.h"
 
 namespace SettingsHandlerKit {
 
-/// More members of the answer; those without texts are left out.
+/// More members of the response; those without texts are left out.
 using HealthTexts = std::map<std::string, std::function<std::vector<std::string>()>>;
 
-/// The answer of `/healthz`:
+/// The response of `/healthz`:
 /// `{"status":"ok","version":"1.2.3","uptimeSeconds":12,"storage":{"writable":true,"keys":3,"failures":0}}`, with
 /// "lastFailure" once there was one. The status is "degraded" while changes do not reach the database, and otherwise
 /// "recovered" until the next start when the database was damaged at this one: "recoveredFrom" then says whether a
@@ -27,7 +27,7 @@ public:
     void setServing(bool isServing) { serving = isServing; }
 
     /// 200 while the host serves, else 503.
-    HttpAnswer answer(const StorageHealth& storage, const HealthTexts& more = {}) const;
+    HttpResponse response(const StorageHealth& storage, const HealthTexts& more = {}) const;
 
 private:
     const char* status(const StorageHealth& storage) const;

@@ -36,7 +36,7 @@ public:
                         const Environment& environment = {});
 
     /// From now on requests are answered with the outcomes of `handler`; one that it rejects is reported as such, and
-    /// one that it refuses for want of memory gets the refusal `busy`.
+    /// one that it refuses for lack of memory gets the refusal `busy`.
     void watch(std::weak_ptr<CheckedSettingsHandler> handler) {
         queries.watch(handler);
         requests.watch(std::move(handler));

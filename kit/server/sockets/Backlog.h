@@ -85,7 +85,6 @@ public:
     /// Returns: true when more than `maximumUnread` waits, with `more` bytes that are not in the backlog; the client's
     /// next frames wait then.
     bool pauseInput(std::size_t more = 0);
-    bool isInputPaused() const { return inputPaused; }
     /// Returns: true, once, when the client has read enough since its frames wait.
     bool resumeInput(std::size_t more = 0);
 

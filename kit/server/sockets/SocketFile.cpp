@@ -28,7 +28,7 @@ void makeFolder(const std::filesystem::path& folder) {
     }
     makeFolder(folder.parent_path());
     if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
-        fail("cannot make the folder " + folder.string());
+        fail("cannot create the folder " + folder.string());
     }
 }
 
@@ -73,6 +73,14 @@ const sockaddr* generic(const sockaddr_un& address) {
     return reinterpret_cast<const sockaddr*>(&address);
 }
 
+Descriptor createSocket() {
+    Descriptor opened(::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    if (opened.get() < 0) {
+        fail("cannot create a socket");
+    }
+    return opened;
+}
+
 void removeStaleSocket(const std::string& path, const sockaddr_un& address) {
     struct stat status {};
     if (::lstat(path.c_str(), &status) != 0) {
@@ -81,7 +89,7 @@ void removeStaleSocket(const std::string& path, const sockaddr_un& address) {
     if (!S_ISSOCK(status.st_mode)) {
         throw ListenerError(path + " exists and is not a socket; left unchanged");
     }
-    const Descriptor probe(::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    const Descriptor probe(createSocket());
     if (::connect(probe.get(), generic(address), sizeof(address)) == 0 || errno != ECONNREFUSED) {
         throw ListenerError("another host listens at " + path);
     }
@@ -110,16 +118,13 @@ SocketFile::SocketFile(SocketPlace place, bool isOwn) {
 void SocketFile::bindAndListen() {
     const sockaddr_un address = addressOf(socketPath);
     removeStaleSocket(socketPath, address);
-    Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
-    if (socket.get() < 0) {
-        fail("cannot make a socket");
-    }
+    Descriptor socket = createSocket();
     // The mask decides the mode with which the file is created.
     const mode_t before = ::umask(S_IXUSR | S_IRWXG | S_IRWXO);
     const int bound = ::bind(socket.get(), generic(address), sizeof(address));
     ::umask(before);
     if (bound != 0) {
-        fail("cannot make the socket " + socketPath);
+        fail("cannot bind the socket " + socketPath);
     }
     remember();
     if (::listen(socket.get(), SOMAXCONN) != 0) {

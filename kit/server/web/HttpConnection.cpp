@@ -7,7 +7,7 @@ namespace SettingsHandlerKit {
 
 namespace {
 
-/// What a connection that does not read costs besides the answer.
+/// What a connection that does not read costs besides the response.
 constexpr std::size_t largestWrite = 16384;
 
 }  // namespace
@@ -67,7 +67,7 @@ void HttpConnection::inputEnded() {
     }
 }
 
-void HttpConnection::answerWhatCame() {
+void HttpConnection::respondToWhatCame() {
     const auto self = shared_from_this();
     stream->readNow();
     while (takeRequest()) {
@@ -75,7 +75,7 @@ void HttpConnection::answerWhatCame() {
 }
 
 bool HttpConnection::takeRequest() {
-    if (answering || ending || upgraded || !stream->isOpen()) {
+    if (responding || ending || upgraded || !stream->isOpen()) {
         return false;
     }
     const auto self = shared_from_this();
@@ -85,32 +85,32 @@ bool HttpConnection::takeRequest() {
             inputOver ? close() : stream->startReading();
             return false;
         case HttpRequest::State::TOO_LONG:
-            beginAnswer(plainAnswer(431, "The head of the request is over 4 KiB."), true, true);
+            beginResponse(plainResponse(431, "The head of the request is over 4 KiB."), true, true);
             return true;
         case HttpRequest::State::MALFORMED:
-            beginAnswer(plainAnswer(400, "The request is not valid HTTP."), true, true);
+            beginResponse(plainResponse(400, "The request is not valid HTTP."), true, true);
             return true;
         default:
             break;
     }
     input.erase(0, request.size);
-    HttpAnswer answer = server.answer(*this, request);
-    if (answer.status == 101) {
+    HttpResponse response = server.respond(*this, request);
+    if (response.status == 101) {
         upgraded = true;
-        stream->write(headOf(answer, false));
+        stream->write(headOf(response, false));
         server.upgrade(*this, request);
     } else {
-        beginAnswer(std::move(answer), !request.isHead, !request.keepsConnection || request.asksForWebSocket);
+        beginResponse(std::move(response), !request.isHead, !request.keepsConnection || request.asksForWebSocket);
     }
     return true;
 }
 
-void HttpConnection::beginAnswer(HttpAnswer answer, bool withBody, bool closes) {
+void HttpConnection::beginResponse(HttpResponse response, bool withBody, bool closes) {
     stream->stopReading();
-    answering = true;
-    closesAfterAnswer = closes;
-    output = headOf(answer, closes);
-    body = withBody ? std::move(answer.body) : nullptr;
+    responding = true;
+    closesAfterResponse = closes;
+    output = headOf(response, closes);
+    body = withBody ? std::move(response.body) : nullptr;
     sentOfBody = 0;
     beginWait();
     writeOn();
@@ -119,13 +119,13 @@ void HttpConnection::beginAnswer(HttpAnswer answer, bool withBody, bool closes) 
 void HttpConnection::writeOn() {
     while (stream->isOpen() && !stream->isWriting()) {
         if (body && output.size() < largestWrite) {
-            // A short answer is one write.
+            // A short response is one write.
             const std::size_t size = std::min(largestWrite - output.size(), body->size() - sentOfBody);
             output.append(*body, sentOfBody, size);
             sentOfBody += size;
         }
         if (output.empty()) {
-            answered();
+            responded();
             return;
         }
         stream->write(std::exchange(output, {}));
@@ -135,16 +135,16 @@ void HttpConnection::writeOn() {
 void HttpConnection::written(bool isSent) {
     if (!isSent) {
         close();
-    } else if (answering) {
+    } else if (responding) {
         writeOn();
     }
 }
 
-void HttpConnection::answered() {
-    answering = false;
+void HttpConnection::responded() {
+    responding = false;
     body.reset();
     beginWait();
-    if (closesAfterAnswer) {
+    if (closesAfterResponse) {
         // Closed now, with something unread, the kernel would discard what is on its way to the other side.
         ending = true;
         stream->endOutput();
@@ -159,8 +159,8 @@ void HttpConnection::answered() {
 }
 
 void HttpConnection::finish() {
-    if (answering) {
-        closesAfterAnswer = true;
+    if (responding) {
+        closesAfterResponse = true;
     } else if (!ending) {
         close();
     }

@@ -10,22 +10,22 @@
 #include "server/loop/Deadline.h"
 #include "server/loop/Turns.h"
 #include "server/sockets/ByteStream.h"
-#include "server/web/HttpAnswer.h"
 #include "server/web/HttpRequest.h"
+#include "server/web/HttpResponse.h"
 
 namespace SettingsHandlerKit {
 
-/// A connection that speaks HTTP/1.1. It answers requests one after the other, one a turn of the event loop, and closes
-/// after a request with a body, which it does not read. The other side has limited time to send a request, to read its
-/// answer, and between two of them.
+/// A connection that speaks HTTP/1.1. It responds to requests one after the other, one a turn of the event loop, and
+/// closes after a request with a body, which it does not read. The other side has limited time to send a request, to
+/// read its response, and between two of them.
 class HttpConnection final : private ByteStream::User, public std::enable_shared_from_this<HttpConnection> {
 public:
-    /// Answers the requests; it outlives the connections.
+    /// Responds to the requests; it outlives the connections.
     class Server {
     public:
         virtual ~Server() = default;
-        virtual HttpAnswer answer(HttpConnection& connection, const HttpRequest& request) = 0;
-        /// An answer with status 101 is written: the connection belongs to the server now.
+        virtual HttpResponse respond(HttpConnection& connection, const HttpRequest& request) = 0;
+        /// A response with status 101 is written: the connection belongs to the server now.
         virtual void upgrade(HttpConnection& connection, const HttpRequest& request) = 0;
         virtual void remove(HttpConnection& connection) = 0;
     };
@@ -35,9 +35,9 @@ public:
     ~HttpConnection() override;
 
     void start();
-    /// Answers what came already, as far as the other side reads the answers.
-    void answerWhatCame();
-    /// Closes when the answer that is on its way is sent.
+    /// Responds to what came already, as far as the other side reads the responses.
+    void respondToWhatCame();
+    /// Closes when the response that is on its way is sent.
     void finish();
     void close() { stream->close(); }
 
@@ -54,9 +54,9 @@ private:
 
     /// Returns: whether there was a request.
     bool takeRequest();
-    void beginAnswer(HttpAnswer answerToSend, bool withBody, bool closes);
+    void beginResponse(HttpResponse responseToSend, bool withBody, bool closes);
     void writeOn();
-    void answered();
+    void responded();
     void beginWait();
     void expired();
 
@@ -68,12 +68,12 @@ private:
     /// At most the longest request, and one byte more.
     std::string input;
     bool inputOver = false;
-    /// Head and body of the answer that is on its way.
+    /// Head and body of the response that is on its way.
     std::string output;
     std::shared_ptr<const std::string> body;
     std::size_t sentOfBody = 0;
-    bool answering = false;
-    bool closesAfterAnswer = false;
+    bool responding = false;
+    bool closesAfterResponse = false;
     /// The output is ended; what comes is ignored until the other side ends it too.
     bool ending = false;
     bool upgraded = false;

@@ -1,20 +1,15 @@
 #include "server/web/WebAccess.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <chrono>
-#include <regex>
-#include <system_error>
 #include <utility>
 #include <vector>
-
-#include <sys/random.h>
-
-#include "server/Hexadecimal.h"
 
 namespace SettingsHandlerKit {
 
 namespace {
+
+constexpr const char* addressCharacters = "0123456789ABCDEFabcdef:.";
+constexpr const char* nameCharacters = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz.-";
 
 std::string lowerCase(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(), [](char character) {
@@ -40,22 +35,21 @@ std::vector<std::string> cookieValues(const std::string& header, const std::stri
 
 }  // namespace
 
-std::string randomHex(std::size_t bytes) {
-    std::vector<unsigned char> random(bytes);
-    if (::getrandom(random.data(), random.size(), 0) != static_cast<ssize_t>(random.size())) {
-        throw std::system_error(errno, std::generic_category(), "cannot make a key");
-    }
-    return hexadecimal(random.data(), random.size());
-}
-
-std::int64_t secondsSinceEpoch() {
-    return std::chrono::duration_cast<std::chrono::seconds>(std::chrono::system_clock::now().time_since_epoch())
-        .count();
-}
-
 bool isOrigin(const std::string& text) {
-    static const std::regex form(R"(https?://([A-Za-z0-9.-]+|\[[0-9A-Fa-f:.]+\])(:[0-9]{1,5})?)");
-    return std::regex_match(text, form);
+    const std::size_t scheme = text.rfind("http://", 0) == 0 ? 7 : 8;
+    if (scheme == 8 && text.rfind("https://", 0) != 0) {
+        return false;
+    }
+    const bool isAddress = text[scheme] == '[';
+    const std::size_t host = isAddress ? scheme + 1 : scheme;
+    const std::size_t end =
+        std::min(text.find_first_not_of(isAddress ? addressCharacters : nameCharacters, host), text.size());
+    if (end == host || (isAddress && text[end] != ']')) {
+        return false;
+    }
+    const std::string port = text.substr(isAddress ? end + 1 : end);
+    return port.empty() || (port.front() == ':' && port.size() >= 2 && port.size() <= 6 &&
+                            port.find_first_not_of("0123456789", 1) == std::string::npos);
 }
 
 WebAccess::WebAccess(const WebAddress& address, const std::string& allowedOrigin, std::string key, std::string secret,

@@ -11,13 +11,6 @@
 
 namespace SettingsHandlerKit {
 
-/// `bytes` random bytes from the kernel, in lower-case hexadecimal.
-/// Errors: `std::system_error`.
-std::string randomHex(std::size_t bytes);
-
-/// Seconds since 1970 by the clock of the system.
-std::int64_t secondsSinceEpoch();
-
 /// The parts of a request that decide about access; a member is missing when the header or argument is.
 struct WebVisitor {
     std::optional<std::string> host;
@@ -31,9 +24,10 @@ class WebAccess {
 public:
     /// `address` is where the port listens, with its real number. `allowedOrigin`, unless empty, is one more origin
     /// whose pages may connect. A visitor with `key` gets a cookie that is signed with `secret` and valid for
-    /// `CookieSigner::lifetime`. It is not renewed: after that the key has to be shown again.
+    /// `CookieSigner::lifetime` by `clock`, in seconds since 1970. It is not renewed: after that the key has to be
+    /// shown again.
     WebAccess(const WebAddress& address, const std::string& allowedOrigin, std::string key, std::string secret,
-              std::function<std::int64_t()> clock = secondsSinceEpoch);
+              std::function<std::int64_t()> clock);
 
     /// Are Host and Origin allowed? Rejects pages of other origins, and those whose name resolves to the loopback
     /// address (DNS rebinding).

@@ -28,7 +28,7 @@ WebServer::WebServer(EventLoop& eventLoop, std::unique_ptr<TcpListener> itsListe
       webSocketWriter(std::make_shared<WebSocketWriter>()),
       evictions(loop, [](std::size_t count) {
           writeLog(VessaLogger::WARNING,
-                   "web: connections without key or cookie closed to make room for others: " + std::to_string(count));
+                   "web: unauthenticated connections closed to make room for others: " + std::to_string(count));
       }) {
     if (listener) {
         listener->start(
@@ -77,7 +77,7 @@ void WebServer::makeRoom() {
     while (!connections.haveRoom() && connections.oldestUnauthenticated() != nullptr) {
         const ByteStream* const oldest = connections.oldestUnauthenticated();
         const auto visitor = visitors.at(oldest);
-        visitor->answerWhatCame();
+        visitor->respondToWhatCame();
         if (connections.isUnauthenticated(oldest)) {
             connections.closed(oldest);
             visitor->close();
@@ -88,38 +88,38 @@ void WebServer::makeRoom() {
 }
 
 /// No exception may pass through the event loop.
-HttpAnswer WebServer::answer(HttpConnection& connection, const HttpRequest& request) {
+HttpResponse WebServer::respond(HttpConnection& connection, const HttpRequest& request) {
     try {
-        return answerTo(connection, request);
+        return responseTo(connection, request);
     } catch (const std::exception& error) {
         writeLog(VessaLogger::ERROR, std::string("web: closed a connection: ") + error.what());
         connection.close();
-        return plainAnswer(500, "");
+        return plainResponse(500, "");
     }
 }
 
-HttpAnswer WebServer::answerTo(HttpConnection& connection, const HttpRequest& request) {
+HttpResponse WebServer::responseTo(HttpConnection& connection, const HttpRequest& request) {
     if (request.asksForWebSocket) {
         return openWebSocket(connection, request);
     }
     if (!site.access.isFromHere(request.visitor)) {
-        return plainAnswer(403, "Host or Origin not allowed");
+        return plainResponse(403, "Host or Origin not allowed");
     }
     const bool isAdmitted = site.access.isAdmitted(request.visitor);
     if (isAdmitted) {
         connections.authenticate(connection.byteStream().get());
     }
-    return site.answer(request.visitor, isAdmitted, request.path, request.isRead);
+    return site.responseTo(request.visitor, isAdmitted, request.path, request.isRead);
 }
 
-HttpAnswer WebServer::openWebSocket(HttpConnection& connection, const HttpRequest& request) {
+HttpResponse WebServer::openWebSocket(HttpConnection& connection, const HttpRequest& request) {
     if (closing || !site.access.isFromHere(request.visitor) || !site.access.isAdmitted(request.visitor)) {
-        return plainAnswer(403, "The key is missing or old, or Host or Origin is not allowed.");
+        return plainResponse(403, "The key is missing or old, or Host or Origin is not allowed.");
     }
     connections.authenticate(connection.byteStream().get());
     const WebSocketRoute* const route = routes.find(request.path, request.webSocketProtocols);
     if (route == nullptr) {
-        return plainAnswer(400, routes.help());
+        return plainResponse(400, routes.help());
     }
     return webSocketHandshake(request, route->protocol);
 }

@@ -43,7 +43,7 @@ public:
 
     /// Serves one more connection, which need not have come by the listener.
     void serve(const std::shared_ptr<ByteStream>& stream);
-    /// Takes no more connections, and closes each one when its answer or its backlog is sent.
+    /// Takes no more connections, and closes each one when its response or its backlog is sent.
     void close();
     /// The listening socket once more, for another server: it still listens when this one is closed.
     Descriptor duplicate() { return listener->duplicate(); }
@@ -57,9 +57,9 @@ public:
 private:
     void accept(int descriptor);
     void makeRoom();
-    HttpAnswer answer(HttpConnection& connection, const HttpRequest& request) override;
-    HttpAnswer answerTo(HttpConnection& connection, const HttpRequest& request);
-    HttpAnswer openWebSocket(HttpConnection& connection, const HttpRequest& request);
+    HttpResponse respond(HttpConnection& connection, const HttpRequest& request) override;
+    HttpResponse responseTo(HttpConnection& connection, const HttpRequest& request);
+    HttpResponse openWebSocket(HttpConnection& connection, const HttpRequest& request);
     void upgrade(HttpConnection& connection, const HttpRequest& request) override;
     void remove(HttpConnection& connection) override;
     void remove(const ByteStream* stream, ClientListener& clientListener);

@@ -30,21 +30,21 @@ std::string acceptValue(const std::string& key) {
 
 }  // namespace
 
-HttpAnswer webSocketHandshake(const HttpRequest& request, const std::string& protocol) {
+HttpResponse webSocketHandshake(const HttpRequest& request, const std::string& protocol) {
     if (request.webSocketVersion != "13") {
-        HttpAnswer refusal = plainAnswer(426, "WebSockets have version 13 here.");
+        HttpResponse refusal = plainResponse(426, "WebSockets have version 13 here.");
         refusal.headers = "sec-websocket-version: 13\r\n";
         return refusal;
     }
     if (!isWebSocketKey(request.webSocketKey)) {
-        return plainAnswer(400, "The Sec-WebSocket-Key is missing or not valid.");
+        return plainResponse(400, "The Sec-WebSocket-Key is missing or not valid.");
     }
-    HttpAnswer answer;
-    answer.status = 101;
-    answer.headers =
+    HttpResponse response;
+    response.status = 101;
+    response.headers =
         "connection: Upgrade\r\nupgrade: websocket\r\nsec-websocket-accept: " + acceptValue(request.webSocketKey) +
         "\r\nsec-websocket-protocol: " + protocol + "\r\n";
-    return answer;
+    return response;
 }
 
 }  // namespace SettingsHandlerKit

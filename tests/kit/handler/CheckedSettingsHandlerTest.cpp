@@ -247,7 +247,7 @@ TEST_F(Memory, AReplyBeyondTwiceOfWhatMayBeStoredIsNotMade) {
     EXPECT_FALSE(ask(0, 35)) << "35 times 60,000 are more than 2 MiB";
     const Entries entries = world.journal.take();
     EXPECT_EQ(std::count(entries.begin(), entries.end(),
-                         "log 2 settings-host:GetSettings got no reply: more was asked for than there is memory for"),
+                         "log 2 settings-host:refused a GetSettings request: its values exceed the memory limit"),
               1);
     EXPECT_TRUE(ask(6, 40)) << "each request begins anew";
     EXPECT_EQ(handler->getSettings({"k1", "k2"}).size(), 2U);

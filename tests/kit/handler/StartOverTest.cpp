@@ -39,7 +39,7 @@ protected:
     }
 };
 
-TEST_F(StartOver, TellsTheObserversOfWhatChangedTheRealValues) {
+TEST_F(StartOver, NotifiesObserversOfTheRestoredValues) {
     set("friendlyName", "Den");
     set("tovanEntitlementStatus", "expired");
     set("orliaLocale", R"(["fr-FR"])");

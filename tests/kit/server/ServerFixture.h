@@ -47,7 +47,7 @@ protected:
                origin + R"(","payload":{"settingDBId":")" + key + R"(","from":")" + from + R"(","to":")" + to + "\"}}";
     }
 
-    /// Somebody's own loop.
+    /// The caller's own loop.
     static void serveUntil(Server& server, const std::function<bool()>& done) {
         while (!done()) {
             pollfd watched{server.fileDescriptor(), POLLIN, 0};

@@ -1,5 +1,6 @@
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <stdexcept>
 
 #include "SettingsHandlerTesting/kit/FakeClient.h"
@@ -106,7 +107,7 @@ TEST_F(ServerTest, TheServiceManagerIsToldOfARun) {
     EXPECT_EQ(manager.receive(), "STOPPING=1\nSTATUS=Draining connections");
 }
 
-TEST_F(ServerTest, ServesOnSomebodysOwnLoop) {
+TEST_F(ServerTest, ServesOnACallersLoop) {
     Server server(options());
     Storage storage(database());
     const auto handler = handlerOf(server, storage);
@@ -124,7 +125,7 @@ TEST_F(ServerTest, ServesOnSomebodysOwnLoop) {
     server.process();
 }
 
-TEST_F(ServerTest, SendsOnSomebodysOwnLoopWhatWasQueuedBetweenItsTurns) {
+TEST_F(ServerTest, SendsFramesQueuedBetweenTurnsOfACallersLoop) {
     Server server(options());
     Storage storage(database());
     const auto handler = handlerOf(server, storage);
@@ -250,7 +251,7 @@ TEST_F(ServerTest, ANewPageKeyIsStoredFirst) {
     ASSERT_TRUE(renewed);
     EXPECT_NE(*renewed, before);
     EXPECT_EQ(*renewed, server.pageAddress());
-    EXPECT_EQ(log.take(), std::vector<std::string>{"1 settings-host:the pages have a new key"});
+    EXPECT_EQ(log.take(), std::vector<std::string>{"1 settings-host:replaced the page key"});
     // "a" names the run; "b" to "e" are of the key and secret that were not made, and of those of the start; "g" is the
     // second secret.
     std::string secret;
@@ -288,6 +289,23 @@ TEST_F(ServerTest, AnEndpointHasAWebSocketAtItsName) {
               "WebSockets are at /settings with subprotocol settings.v1 and at /remote with subprotocol remote.v1.\n");
     server.stop();
     server.join();
+}
+
+TEST_F(ServerTest, RefusesAnUnixSocketWithoutAPath) {
+    const auto forget = [&] {
+        ServerOptions chosen = options();
+        chosen.socketPath = ServerOptions().socketPath;
+        const Server refused(std::move(chosen));
+    };
+    EXPECT_THROW(forget(), ListenerError);
+    EXPECT_EQ(errorOf(forget), "no path is set for the Unix socket of 'settings'");
+    Server server(options());
+    ListenerRecording clients;
+    Endpoint endpoint;
+    endpoint.name = "remote";
+    EXPECT_THROW(server.addEndpoint(endpoint, clients), ListenerError);
+    EXPECT_EQ(errorOf([&] { server.addEndpoint(endpoint, clients); }),
+              "no path is set for the Unix socket of 'remote'");
 }
 
 TEST_F(ServerTest, AnEndpointHasFramesOfItsOwn) {
@@ -361,6 +379,14 @@ TEST_F(ServerTest, CreatesNoHandlerWithoutItsCollaborators) {
     Server server(options());
     Storage storage(database());
     EXPECT_THROW(server.createHandler(storage, nullptr, launcher, device), std::invalid_argument);
+}
+
+TEST(EnvironmentTest, RandomBytesHaveTheRequestedLengthAndAreNeverTheSame) {
+    std::set<std::string> seen;
+    for (int round = 0; round < 100; ++round) {
+        EXPECT_EQ(seen.emplace(Environment().random(16)).first->size(), 16U);
+    }
+    EXPECT_EQ(seen.size(), 100U);
 }
 
 }  // namespace SettingsHandlerKit

@@ -129,7 +129,7 @@ TEST_F(ServerThreadsTest, TheDestructorStopsTheThread) {
     const TestSupport::LineClient client(server.socketPath());
 }
 
-TEST_F(ServerThreadsTest, SomebodysOwnLoopIsWokenByPostsOfOtherThreads) {
+TEST_F(ServerThreadsTest, PostsOfOtherThreadsWakeACallersLoop) {
     Server server(options());
     server.start();
     bool isDone = false;

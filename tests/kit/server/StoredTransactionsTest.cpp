@@ -108,8 +108,8 @@ TEST_F(StoredTransactionsTest, WaitsForAStorageThatCannotBeRead) {
     log.take();
     transactions->restore({"friendlyName"});
     EXPECT_EQ(log.take(),
-              Lines{"3 settings-host:the storage cannot be read: until it can, some settings show values of "
-                    "a batch that was rolled back"});
+              Lines{"3 settings-host:cannot read the storage: until it can be read, some settings keep values of "
+                    "a rolled-back batch"});
     EXPECT_EQ(take(), Lines{}) << "nobody is told a default in place of a value";
     read("deviceName");
     EXPECT_TRUE(waiting.empty());

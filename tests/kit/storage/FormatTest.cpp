@@ -53,7 +53,7 @@ protected:
 TEST_F(FormatTest, AFileOfVersion1_0IsOpenedWithItsLog) {
     Storage storage(file);
     EXPECT_EQ(storage.recovery().source, Recovery::Source::NOT_NEEDED);
-    EXPECT_EQ(get(storage, "deviceName"), "K\u00fcche") << "from the log";
+    EXPECT_EQ(get(storage, "deviceName"), "K\u00fcche") << "from the write-ahead log";
     EXPECT_EQ(get(storage, "friendlyName"), "Wohnzimmer-Ger\u00e4t");
     EXPECT_EQ(get(storage, "companionDevice"), R"(["phone","Anna"])");
     EXPECT_EQ(get(storage, "captionsFontSize"), "FONT_LARGE");

@@ -279,7 +279,7 @@ TEST_F(LogOutTest, NeedsLittleDiskSpaceHoweverMuchIsStored) {
     for (int key = 0; key < 15; ++key) {
         ASSERT_TRUE(running.storage.setValue("key" + std::to_string(key), secret(60000)));
     }
-    running.database.emptyLog();
+    running.database.emptyWal();
     KeyValueTable table(running.database, settingsTable);
     beginLogOut(running.database, [&] { table.clear(); });
     EXPECT_LT(std::filesystem::file_size(file + "-wal"), 20U * 4120U) << "a log-out must work on a full disk";

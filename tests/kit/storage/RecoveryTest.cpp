@@ -98,7 +98,7 @@ TEST_F(RecoveryTest, TheSecondBackupServesWhenTheFirstIsDamagedToo) {
     EXPECT_EQ(open(), "first");
     const auto lines = log.take();
     ASSERT_EQ(lines.size(), 4U);
-    EXPECT_EQ(lines[2], line("the backup settings.db.backup.1 cannot be used: " + file +
+    EXPECT_EQ(lines[2], line("cannot use the backup settings.db.backup.1: " + file +
                              ".restoring is damaged or not a database (database: file is not a database)"));
     EXPECT_EQ(lines[3],
               line("the database was restored from settings.db.backup.2; changes made since that backup are lost"));
@@ -150,7 +150,7 @@ TEST_F(RecoveryTest, AMissingOrEmptyDatabaseIsRestoredToo) {
     EXPECT_EQ(recovery.setAside, "");
     EXPECT_EQ(log.take(),
               (std::vector<std::string>{
-                  line(file + " is missing or empty, although backups or a log of it exist"),
+                  line(file + " is missing or empty, although its backups or write-ahead log exist"),
                   line("the database was restored from settings.db.backup.1; changes made since that backup "
                        "are lost")}));
     std::ofstream(file).close();

@@ -120,20 +120,14 @@ TEST_F(EventLoopTest, IsTurnedBySomebodyElse) {
     EXPECT_LT(loop.timeout(), atFirst) << "the time between two turns counts";
 }
 
-TEST_F(EventLoopTest, RunsEndActionsWhenNothingIsOpen) {
-    std::vector<std::string> done;
-    loop.later([&] { done.emplace_back("later"); });
-    loop.atEnd([&] {
-        done.emplace_back("end");
-        loop.later([&] { done.emplace_back("after the end"); });
-    });
-    loop.drain(3600000, [] {});
-    EXPECT_EQ(done, (std::vector<std::string>{"later", "end", "after the end"}));
+TEST_F(EventLoopTest, ADestroyedLoopFinishesWhatIsOpenThoughItWasStopped) {
+    bool isDone = false;
     {
         EventLoop other;
-        other.atEnd([&] { done.emplace_back("destroyed"); });
+        other.later([&] { isDone = true; });
+        other.stop();
     }
-    EXPECT_EQ(done.back(), "destroyed");
+    EXPECT_TRUE(isDone);
 }
 
 }  // namespace SettingsHandlerKit

@@ -6,17 +6,17 @@ TEST(HealthReportTest, AnswersOnlyWhileTheHostServes) {
     HealthReport report("1.2.3", {});
     StorageHealth storage;
     storage.keys = 3;
-    EXPECT_EQ(report.answer(storage).status, 503U);
-    EXPECT_EQ(*report.answer(storage).body, R"({"status":"not-serving","version":"1.2.3","uptimeSeconds":0,)"
-                                            R"("storage":{"writable":true,"keys":3,"failures":0}})");
+    EXPECT_EQ(report.response(storage).status, 503U);
+    EXPECT_EQ(*report.response(storage).body, R"({"status":"not-serving","version":"1.2.3","uptimeSeconds":0,)"
+                                              R"("storage":{"writable":true,"keys":3,"failures":0}})");
     report.setServing(true);
-    const HttpAnswer answer = report.answer(storage);
-    EXPECT_EQ(answer.status, 200U);
-    EXPECT_EQ(answer.contentType, "application/json");
-    EXPECT_EQ(*answer.body, R"({"status":"ok","version":"1.2.3","uptimeSeconds":0,)"
-                            R"("storage":{"writable":true,"keys":3,"failures":0}})");
+    const HttpResponse response = report.response(storage);
+    EXPECT_EQ(response.status, 200U);
+    EXPECT_EQ(response.contentType, "application/json");
+    EXPECT_EQ(*response.body, R"({"status":"ok","version":"1.2.3","uptimeSeconds":0,)"
+                              R"("storage":{"writable":true,"keys":3,"failures":0}})");
     report.setServing(false);
-    EXPECT_EQ(report.answer(storage).status, 503U);
+    EXPECT_EQ(report.response(storage).status, 503U);
 }
 
 TEST(HealthReportTest, IsDegradedWhileChangesDoNotReachTheDatabase) {
@@ -26,24 +26,24 @@ TEST(HealthReportTest, IsDegradedWhileChangesDoNotReachTheDatabase) {
     storage.writable = false;
     storage.failures = 2;
     storage.lastFailure = "the disk is full\xff";
-    const HttpAnswer answer = report.answer(storage);
-    EXPECT_EQ(answer.status, 200U);
-    EXPECT_EQ(*answer.body, R"({"status":"degraded","version":"1.2.3","uptimeSeconds":0,"storage":{"writable":false,)"
-                            "\"keys\":0,\"failures\":2,\"lastFailure\":\"the disk is full\xEF\xBF\xBD\"}}");
+    const HttpResponse response = report.response(storage);
+    EXPECT_EQ(response.status, 200U);
+    EXPECT_EQ(*response.body, R"({"status":"degraded","version":"1.2.3","uptimeSeconds":0,"storage":{"writable":false,)"
+                              "\"keys\":0,\"failures\":2,\"lastFailure\":\"the disk is full\xEF\xBF\xBD\"}}");
 }
 
 TEST(HealthReportTest, ReportsWhatReplacedADamagedDatabase) {
     StorageHealth storage;
     HealthReport restored("1.2.3", {Recovery::Source::BACKUP, "settings.db.damaged"});
     restored.setServing(true);
-    EXPECT_EQ(*restored.answer(storage).body,
+    EXPECT_EQ(*restored.response(storage).body,
               R"({"status":"recovered","version":"1.2.3","uptimeSeconds":0,"storage":{"writable":true,"keys":0,)"
               R"("failures":0,"recoveredFrom":"backup","setAside":"settings.db.damaged"}})");
     storage.writable = false;
-    EXPECT_EQ(restored.answer(storage).body->substr(0, 21), R"({"status":"degraded",)");
+    EXPECT_EQ(restored.response(storage).body->substr(0, 21), R"({"status":"degraded",)");
     HealthReport anew("1.2.3", {Recovery::Source::DEFAULTS, ""});
     anew.setServing(true);
-    EXPECT_EQ(*anew.answer(StorageHealth()).body,
+    EXPECT_EQ(*anew.response(StorageHealth()).body,
               R"({"status":"recovered","version":"1.2.3","uptimeSeconds":0,"storage":{"writable":true,"keys":0,)"
               R"("failures":0,"recoveredFrom":"defaults"}})");
 }

@@ -83,7 +83,7 @@ TEST_F(HistoryTest, SharesTheFrames) {
     EXPECT_EQ(frame.use_count(), 1);
 }
 
-TEST_F(HistoryTest, ANoticeIsMissedByWhoHasSeenTheEventBeforeIt) {
+TEST_F(HistoryTest, AClientThatHasSeenThePrecedingEventMissesTheNotice) {
     notice({"timezone"});
     event(1);
     notice({"captionsEnabled", "orliaLocale"});

@@ -6,6 +6,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -85,6 +86,19 @@ TEST_F(SocketFileTest, ReplacesAStaleSocket) {
     EXPECT_THROW(TestSupport::LineClient{path}, std::runtime_error);
     const SocketFile file(path);
     EXPECT_NO_THROW(TestSupport::LineClient{path});
+}
+
+TEST_F(SocketFileTest, SaysThatItHasNoDescriptorForTheCheckOfAnOldSocket) {
+    { SocketFile(path).leave(); }
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    const int next = Descriptor(::open("/dev/null", O_RDONLY | O_CLOEXEC)).get();
+    // One more descriptor: for the folder.
+    const rlimit tight{static_cast<rlim_t>(next) + 1, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &tight), 0);
+    expectRefused(path, "cannot create a socket: Too many open files");
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+    EXPECT_NO_THROW(SocketFile{path});
 }
 
 TEST_F(SocketFileTest, RefusesBesideARunningHost) {

@@ -85,7 +85,7 @@ TEST(CookieSignerTest, SecretsAreComparedInConstantTime) {
 }
 
 TEST(CookieSignerTest, TheKeyIsComparedInConstantTime) {
-    const WebAccess access(parseWebAddress("127.0.0.1:8097"), "", "thekey", "secret");
+    const WebAccess access(parseWebAddress("127.0.0.1:8097"), "", "thekey", "secret", [] { return issued; });
     WebVisitor visitor;
     visitor.key = "xhekey";
     compared.clear();

@@ -76,7 +76,7 @@ TEST_F(HttpConnectionTest, ABodyIsNeverTakenForARequest) {
     }
     EXPECT_EQ(countOf(answersTo("POST /?key=thekey HTTP/1.1\r\n" + host() + length + "\r\n" + hidden), "HTTP/1.1 "),
               1U);
-    EXPECT_EQ(openAnswers, 0);
+    EXPECT_EQ(openResponses, 0);
 }
 
 TEST_F(HttpConnectionTest, TheAnswerToALargeBodyArrives) {

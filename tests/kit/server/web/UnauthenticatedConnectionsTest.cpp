@@ -84,7 +84,7 @@ TEST_F(UnauthenticatedConnectionsTest, ThereAreThirtyTwoAndTheOldestMakesRoom) {
     EXPECT_EQ(refusedConnections, 2);
 }
 
-TEST_F(UnauthenticatedConnectionsTest, WhatTheOldestHasSentIsReadBeforeItMakesRoom) {
+TEST_F(UnauthenticatedConnectionsTest, ReadsPendingInputOfTheOldestBeforeClosingIt) {
     auto page = unauthenticated("GET /large.js?key=thekey HTTP/1.1\r\n");
     auto asksInVain = unauthenticated("GET /?key=thekex HTTP/1.1\r\n");
     auto socket = unauthenticated("GET /settings?key=thekey HTTP/1.1\r\n");
@@ -169,13 +169,12 @@ TEST_F(UnauthenticatedConnectionsTest, ManyEvictionsAreLoggedInOneLine) {
     stop();
     std::vector<std::string> warnings;
     for (const auto& line : log.take()) {
-        if (line.find("without key or cookie") != std::string::npos) {
+        if (line.find("unauthenticated") != std::string::npos) {
             warnings.push_back(line);
         }
     }
-    EXPECT_EQ(warnings,
-              std::vector<std::string>{
-                  "2 settings-host:web: connections without key or cookie closed to make room for others: 1"});
+    EXPECT_EQ(warnings, std::vector<std::string>{
+                            "2 settings-host:web: unauthenticated connections closed to make room for others: 1"});
 }
 
 }  // namespace SettingsHandlerKit

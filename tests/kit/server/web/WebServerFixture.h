@@ -21,16 +21,16 @@ protected:
         std::ofstream(folder / "large.js") << std::string(300000, 'x');
         auto tcp = std::make_unique<TcpListener>("127.0.0.1", 0);
         port = tcp->port();
-        const WebAccess access({"127.0.0.1", port}, "http://localhost:5173", "thekey", "thesecret");
+        const WebAccess access({"127.0.0.1", port}, "http://localhost:5173", "thekey", "thesecret", [] { return now; });
         WebSite site{access,
                      PageFiles(folder.path().string()),
                      {{"/open",
                        [this] {
-                           ++openAnswers;
+                           ++openResponses;
                            onOpen();
-                           return plainAnswer(503, "not yet");
+                           return plainResponse(503, "not yet");
                        }},
-                      {"/long", [] { return plainAnswer(200, std::string(15000, 'x')); }}},
+                      {"/long", [] { return plainResponse(200, std::string(15000, 'x')); }}},
                      timeoutSeconds};
         std::vector<WebSocketRoute> routes{{"/settings", "settings.v1", Origin::PAGE, *this},
                                            {"/device", "device.v1", Origin::DEVICE, *this}};
@@ -41,11 +41,12 @@ protected:
 
     std::string host() const { return "Host: 127.0.0.1:" + std::to_string(port) + "\r\n"; }
     std::string cookie() const {
-        return "Cookie: settings-" + std::to_string(port) + "=" + CookieSigner("thesecret").issue(secondsSinceEpoch());
+        return "Cookie: settings-" + std::to_string(port) + "=" + CookieSigner("thesecret").issue(now);
     }
 
+    static constexpr std::int64_t now = 1700000000;
     std::uint16_t port = 0;
-    std::atomic<int> openAnswers{0};
+    std::atomic<int> openResponses{0};
     /// What the loop does before "/open" is answered.
     std::function<void()> onOpen = [] {};
     /// To be used on the loop's thread.

@@ -10,7 +10,6 @@
 namespace SettingsHandlerKit {
 
 using TestSupport::httpGet;
-using TestSupport::HttpResponse;
 using TestSupport::WebSocket;
 
 /// Where a busy machine may take longer for what a test does than a client may be silent.
@@ -20,12 +19,12 @@ protected:
 };
 
 TEST_F(WebServerTest, PingsAfterFifteenSecondsByDefault) {
-    const WebSite site{WebAccess({"127.0.0.1", port}, "", "k", "c"), PageFiles(), {}};
+    const WebSite site{WebAccess({"127.0.0.1", port}, "", "k", "c", [] { return now; }), PageFiles(), {}};
     EXPECT_EQ(site.timeoutSeconds, 15);
 }
 
 TEST_F(WebServerTest, TheKeyOpensThePagesAndTheCookieOpensThemAgain) {
-    const HttpResponse first = httpGet(port, "/?key=thekey");
+    const auto first = httpGet(port, "/?key=thekey");
     EXPECT_EQ(first.status, 200);
     EXPECT_EQ(first.body, "<p>index</p>");
     EXPECT_EQ(first.headers.at("content-type"), "text/html; charset=utf-8");
@@ -33,7 +32,7 @@ TEST_F(WebServerTest, TheKeyOpensThePagesAndTheCookieOpensThemAgain) {
     const std::size_t end = given.find(';');
     EXPECT_EQ(given.substr(0, end).find("settings-" + std::to_string(port) + "="), 0U);
     EXPECT_EQ(given.substr(end), "; Path=/; HttpOnly; SameSite=Strict; Max-Age=2592000");
-    const HttpResponse second = httpGet(port, "/device", {"Cookie: " + given.substr(0, end)});
+    const auto second = httpGet(port, "/device", {"Cookie: " + given.substr(0, end)});
     EXPECT_EQ(second.body, "<p>device</p>");
     EXPECT_EQ(second.headers.count("set-cookie"), 0U);
     EXPECT_EQ(httpGet(port, "/large.js", {cookie()}).body, std::string(300000, 'x'));
@@ -80,15 +79,15 @@ TEST_F(WebServerTest, ANewKeyClosesConnectionsThatCameWithTheOldOne) {
 
 TEST_F(WebServerTest, WithoutKeyOrCookieOnlyTheOpenPathsAnswer) {
     for (const auto* path : {"/", "/device", "/large.js", "/none", "/?key=thekex", "/?key=", "/?kex=thekey"}) {
-        const HttpResponse answer = httpGet(port, path);
-        EXPECT_EQ(answer.status, 403) << path;
-        EXPECT_EQ(answer.body, "The key is missing or old. \"settingsctl page\" prints the address.\n") << path;
-        EXPECT_EQ(answer.headers.count("set-cookie"), 0U);
+        const auto response = httpGet(port, path);
+        EXPECT_EQ(response.status, 403) << path;
+        EXPECT_EQ(response.body, "The key is missing or old. \"settingsctl page\" prints the address.\n") << path;
+        EXPECT_EQ(response.headers.count("set-cookie"), 0U);
     }
-    const HttpResponse open = httpGet(port, "/open");
+    const auto open = httpGet(port, "/open");
     EXPECT_EQ(open.status, 503);
     EXPECT_EQ(open.body, "not yet\n");
-    EXPECT_EQ(openAnswers, 1);
+    EXPECT_EQ(openResponses, 1);
 }
 
 TEST_F(WebServerTest, ForeignHostsAndOriginsGetNothing) {
@@ -98,7 +97,7 @@ TEST_F(WebServerTest, ForeignHostsAndOriginsGetNothing) {
         EXPECT_EQ(httpGet(port, "/?key=thekey", {header}).status, 403) << header;
         EXPECT_EQ(WebSocket(port, "/settings?key=thekey", "settings.v1", {header}).status(), 403) << header;
     }
-    EXPECT_EQ(openAnswers, 0);
+    EXPECT_EQ(openResponses, 0);
     EXPECT_EQ(connections, 0);
     EXPECT_EQ(httpGet(port, "/open", {"Origin: http://localhost:5173"}).status, 503);
 }
@@ -107,19 +106,19 @@ TEST_F(WebServerTest, EveryAnswerCarriesTheSecurityHeaders) {
     WebSocket socket(port, "/settings?key=thekey", "settings.v1");
     WebSocket refused(port, "/settings", "settings.v1");
     TestSupport::TcpConnection posting(port);
-    const HttpResponse posted = askHttp(posting, "POST /?key=thekey HTTP/1.1\r\n" + host() + "Content-Length: 5\r\n");
+    const auto posted = askHttp(posting, "POST /?key=thekey HTTP/1.1\r\n" + host() + "Content-Length: 5\r\n");
     EXPECT_EQ(posted.status, 405);
     EXPECT_EQ(posted.headers.at("allow"), "GET, HEAD");
-    for (const HttpResponse& answer :
+    for (const auto& response :
          {httpGet(port, "/?key=thekey"), httpGet(port, "/"), httpGet(port, "/open"), httpGet(port, "/x", {cookie()}),
           httpGet(port, "/", {"Host: example"}), posted, socket.answer(), refused.answer()}) {
-        SCOPED_TRACE(answer.status);
-        EXPECT_EQ(answer.headers.at("content-security-policy"),
+        SCOPED_TRACE(response.status);
+        EXPECT_EQ(response.headers.at("content-security-policy"),
                   "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; connect-src 'self'; "
                   "base-uri 'none'; form-action 'none'; frame-ancestors 'none'");
-        EXPECT_EQ(answer.headers.at("x-content-type-options"), "nosniff");
-        EXPECT_EQ(answer.headers.at("referrer-policy"), "no-referrer");
-        EXPECT_EQ(answer.headers.at("cache-control"), "no-store");
+        EXPECT_EQ(response.headers.at("x-content-type-options"), "nosniff");
+        EXPECT_EQ(response.headers.at("referrer-policy"), "no-referrer");
+        EXPECT_EQ(response.headers.at("cache-control"), "no-store");
     }
 }
 
@@ -143,7 +142,7 @@ TEST_F(WebServerTest, NoSpellingOfAPathLeadsOutOfTheFolder) {
 
 TEST_F(WebServerTest, HeadAnswersWithoutABodyAndConnectionsAreUsedAgain) {
     TestSupport::TcpConnection connection(port);
-    const HttpResponse head = askHttp(connection, "HEAD /?key=thekey HTTP/1.1\r\n" + host(), false);
+    const auto head = askHttp(connection, "HEAD /?key=thekey HTTP/1.1\r\n" + host(), false);
     EXPECT_EQ(head.status, 200);
     EXPECT_EQ(head.headers.at("content-length"), "12");
     for (int round = 0; round < 3; ++round) {

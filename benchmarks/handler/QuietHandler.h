@@ -16,8 +16,8 @@ public:
     using SettingsHandler::SettingsHandler::SettingsHandler;
 };
 
-/// A handler with quiet surroundings.
-struct World {
+/// A handler whose collaborators do nothing.
+struct QuietHandler {
     QuietCollaborators collaborators;
     OpenHandler handler{collaborators.transport, collaborators.storage,  collaborators.metrics,
                         collaborators.bridge,    collaborators.launcher, collaborators.device};
