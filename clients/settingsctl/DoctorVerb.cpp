@@ -44,8 +44,13 @@ Findings checkHost(const Context& context, std::string& path) {
         findings.push_back({"versions", false, std::string(error.what()) + ": restart it after an update"});
     } catch (const SettingsClient::InvalidSocketPath&) {
         throw;
+    } catch (const SettingsClient::UnexpectedResponse& error) {
+        findings.push_back({"host", false, std::string(error.what()) + ": name the host's socket with --socket"});
     } catch (const std::runtime_error& error) {
-        findings.push_back({"host", false, std::string(error.what()) + ": start it, or name its socket with --socket"});
+        const bool wasReached = !client.socketPath().empty();
+        findings.push_back({"host", false,
+                            std::string(error.what()) +
+                                (wasReached ? ": see its log" : ": start it, or name its socket with --socket")});
     }
     return findings;
 }

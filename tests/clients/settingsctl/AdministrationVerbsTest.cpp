@@ -188,10 +188,30 @@ TEST_F(SettingsCtlDoctor, ReportsAnotherProgram) {
     auto program = host.start({"doctor"});
     host.accept().sendLine("HTTP/1.1 400 Bad Request\r");
     const TestSupport::Finished end = finish(program);
-    EXPECT_EQ(end.output.rfind("wrong host: unexpected response: not a settings-host (not a JSON object): start it, or "
-                               "name its socket with --socket\n",
+    EXPECT_EQ(end.output.rfind("wrong host: unexpected response: not a settings-host (not a JSON object): name the "
+                               "host's socket with --socket\n",
                                0),
               0U)
         << end.output;
     EXPECT_EQ(end.status, 1);
+}
+
+TEST_F(SettingsCtlDoctor, ReportsAHostThatRefusesTheClient) {
+    auto program = host.start({"doctor"});
+    Peer client = host.accept();
+    client.sendLine(refusal("too-many-clients", "no"));
+    expectRun(finish(program), 1,
+              "wrong host: the host has reached its limit of clients; try again later: see its log\n" + socketLines());
+}
+
+TEST_F(SettingsCtlDoctor, ReportsAHostThatRefusesARequest) {
+    auto program = host.start({"doctor"});
+    Peer client = host.accept();
+    greet(client, program);
+    client.receiveLine();
+    client.sendLine(refusal("busy", "too much is queued"));
+    expectRun(finish(program), 1,
+              "ok    host: serves at " + host.settingsPath() +
+                  "\nwrong host: the host refused the request: too much is queued (busy): see its log\n" +
+                  socketLines());
 }
