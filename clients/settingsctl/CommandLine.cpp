@@ -47,8 +47,7 @@ void addOptions(CLI::App& app, Invocation& invocation) {
                    "Socket of the simulated device; default: device.sock next to the host's socket")
         ->type_name("PATH");
     CLI::Option* const json = app.add_flag("--json", context.style.json, "Print results as JSON");
-    app.add_flag("--value", context.style.bareValues, "Print values without keys; of changes the new values")
-        ->excludes(json);
+    app.add_flag("--value", context.style.bareValues, "Print values only; for changes, the new value")->excludes(json);
     app.add_flag("--quiet", context.style.quiet, "Print no results, only set the exit status");
     app.add_option("--timeout", invocation.timeout, "How long to wait for a reply")
         ->type_name("SECONDS")

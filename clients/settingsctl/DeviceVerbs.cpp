@@ -178,7 +178,7 @@ ExitStatus deviceSave(const Context& context, const std::string& file, bool with
     const auto leftOut = reply.textsAt({"leftOut"}).value_or(std::vector<std::string>{});
     if (!leftOut.empty()) {
         printWarning(context.style,
-                     "personal values are left out: " + joined(leftOut) + "; --with-values saves them, too");
+                     "omitted personal values: " + joined(leftOut) + "; use --with-values to include them");
     }
     return DONE;
 }

@@ -37,7 +37,7 @@ Findings checkHost(const Context& context, std::string& path) {
     try {
         client.connect();
         path = client.socketPath();
-        findings.push_back({"host", true, "serves at " + path});
+        findings.push_back({"host", true, "serving at " + path});
         append(findings, checkStatus(client.status()));
         findings.push_back(checkPages(client.pageAddress()));
     } catch (const SettingsClient::NotSupported& error) {

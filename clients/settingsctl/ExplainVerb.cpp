@@ -40,8 +40,7 @@ std::string valuesOf(const SettingsClient::Setting& setting) {
 std::string whoMaySet(const SettingsClient::Setting& setting) {
     const auto* const known = Wire::findSetting(setting.key);
     const auto deviceSwitch = known == nullptr ? std::nullopt : deviceSwitchOf(*known);
-    return escaped(setting.setBy) +
-           (deviceSwitch ? " alone: settingsctl device " + deviceSwitch->verb + " on|off" : "");
+    return escaped(setting.setBy) + (deviceSwitch ? " only: settingsctl device " + deviceSwitch->verb + " on|off" : "");
 }
 
 std::string lastChangeOf(const Explanation& explanation) {

@@ -65,7 +65,7 @@ ExitStatus watch(const Context& context, bool reconnect) {
         if (!wasConnected || !reconnect) {
             throw Failure(UNREACHABLE, reason);
         }
-        printWarning(context.style, reason + "; connecting again");
+        printWarning(context.style, reason + "; reconnecting");
     });
     serve(context, client);
     return DONE;
