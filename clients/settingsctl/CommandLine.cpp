@@ -1,7 +1,6 @@
 #include "CommandLine.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <set>
 #include <sstream>
 
