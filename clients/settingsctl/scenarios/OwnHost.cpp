@@ -34,7 +34,7 @@ std::string hostProgram() {
 std::filesystem::path newFolder() {
     std::string pattern = (std::filesystem::temp_directory_path() / "settingsctl-replay-XXXXXX").string();
     if (::mkdtemp(pattern.data()) == nullptr) {
-        throw Failure(REFUSED, "cannot make a folder '" + pattern + "': " + std::strerror(errno));
+        throw Failure(REFUSED, "cannot create a temporary folder '" + pattern + "': " + std::strerror(errno));
     }
     return pattern;
 }
@@ -142,7 +142,7 @@ std::string OwnHost::end() {
     int status = 0;
     const pid_t ended = std::exchange(process, -1);
     if (ended <= 0) {
-        return "it runs no more";
+        return "it is not running";
     }
     while (::waitpid(ended, &status, 0) < 0 && errno == EINTR) {
     }
