@@ -7,6 +7,7 @@
 #include "Wire/Requests.h"
 #include "connection/Changes.h"
 #include "connection/EventOrder.h"
+#include "connection/Refusals.h"
 #include "connection/Session.h"
 
 namespace SettingsClient {
@@ -20,7 +21,7 @@ auto ask(Session& session, const std::string& messageId, const std::string& fram
     try {
         return read(reply);
     } catch (const Wire::MalformedFrame& fault) {
-        throw UnexpectedResponse(std::string("unexpected response: not a settings-host (") + fault.what() + ")");
+        throw notAHost(fault);
     }
 }
 

@@ -46,10 +46,13 @@ void limitWaits(int socket, std::chrono::milliseconds timeout) {
     ::setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof(limit));
 }
 
-/// Returns: the socket; -1 and `errno` when the connection is not accepted.
+/// Returns: the socket; -1 and `errno` when it cannot be created or the connection is not accepted.
 int connectTo(const std::string& path, std::chrono::milliseconds timeout) {
     const sockaddr_un address = addressOf(path);
     const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (socket < 0) {
+        return -1;
+    }
     limitWaits(socket, timeout);
     if (::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0) {
         return socket;

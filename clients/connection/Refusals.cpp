@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "SettingsClient/Errors.h"
 #include "Wire/RefusalCode.h"
 
 namespace SettingsClient {
@@ -21,6 +20,10 @@ void throwIfRefusal(const Wire::HostFrame& frame) {
         throw ConnectionError("the host has reached its limit of clients; try again later");
     }
     throw RequestRefused(refusal->code, refusal->message);
+}
+
+UnexpectedResponse notAHost(const Wire::MalformedFrame& fault) {
+    return UnexpectedResponse(std::string("unexpected response: not a settings-host (") + fault.what() + ")");
 }
 
 }  // namespace SettingsClient

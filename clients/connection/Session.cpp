@@ -50,7 +50,7 @@ void Session::guard(const Action& action) {
     try {
         action();
     } catch (const Wire::MalformedFrame& fault) {
-        const UnexpectedResponse error(std::string("unexpected response: not a settings-host (") + fault.what() + ")");
+        const UnexpectedResponse error = notAHost(fault);
         lose(error.what());
         throw error;
     } catch (const std::runtime_error& error) {

@@ -7,6 +7,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "connection/DefaultSockets.h"
+
 namespace SettingsClient {
 
 namespace {
@@ -49,7 +51,16 @@ std::vector<SocketCandidate> deviceSockets(const SocketOptions& options, const c
 }
 
 std::vector<SocketCandidate> defaultSettingsSockets() {
-    return settingsSockets({}, std::getenv("XDG_RUNTIME_DIR"));
+    return settingsSockets({}, runtimeFolder());
+}
+
+const char* runtimeFolder() {
+    return std::getenv("XDG_RUNTIME_DIR");
+}
+
+std::string defaultSockets() {
+    const auto candidates = defaultSettingsSockets();
+    return candidates.front().path + ", then " + candidates.back().path;
 }
 
 std::string distrustOf(const std::string& folder) {

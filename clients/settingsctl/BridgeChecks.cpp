@@ -51,7 +51,7 @@ Finding checkState(const std::string& program, const std::string& content) {
         const bool isConnected = state.booleanAt({"connected"}).value_or(false);
         return {program, isConnected, isConnected ? text : text + ": see its log"};
     } catch (const Wire::MalformedFrame&) {
-        return {program, false, "its status file is not readable: restart it"};
+        return {program, false, "its status file is malformed: restart it"};
     }
 }
 
@@ -70,7 +70,8 @@ Finding checkBridge(const std::string& program, const BridgePlaces& places) {
         const bool runs = isLocked(file);
         const std::string content = contentOf(file);
         ::close(file);
-        return runs ? checkState(program, content) : Finding{program, false, "it crashed: see its log, and start it"};
+        return runs ? checkState(program, content)
+                    : Finding{program, false, "it has crashed: see its log, then start it"};
     }
     return {program, true, isInstalled(program, places.searchPath) ? "installed, not running" : "not installed"};
 }

@@ -1,7 +1,6 @@
 #include "CommandLine.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <set>
 #include <sstream>
 
@@ -14,6 +13,8 @@
 #include "Version.h"
 #include "Wire/HostFrame.h"
 #include "Wire/Utf8.h"
+#include "connection/DefaultSockets.h"
+#include "connection/Refusals.h"
 
 namespace SettingsCtl {
 
@@ -36,25 +37,16 @@ std::string validTimeout(const std::string& seconds) {
     return timeoutFrom(seconds) ? "" : "'" + seconds + "' is not a number of seconds from 0.001 to 86400";
 }
 
-const char* runtimeFolder() {
-    return std::getenv("XDG_RUNTIME_DIR");
-}
-
-std::string defaultSockets() {
-    const auto candidates = SettingsClient::settingsSockets({}, runtimeFolder());
-    return candidates.front().path + ", then " + candidates.back().path;
-}
-
 void addOptions(CLI::App& app, Invocation& invocation) {
     Context& context = invocation.context;
-    app.add_option("--socket", invocation.sockets.settings, "Socket of the host; default: " + defaultSockets())
+    app.add_option("--socket", invocation.sockets.settings,
+                   "Socket of the host; default: " + SettingsClient::defaultSockets())
         ->type_name("PATH");
     app.add_option("--device-socket", invocation.sockets.device,
                    "Socket of the simulated device; default: device.sock next to the host's socket")
         ->type_name("PATH");
     CLI::Option* const json = app.add_flag("--json", context.style.json, "Print results as JSON");
-    app.add_flag("--value", context.style.bareValues, "Print values without keys; of changes the new values")
-        ->excludes(json);
+    app.add_flag("--value", context.style.bareValues, "Print values only; for changes, the new value")->excludes(json);
     app.add_flag("--quiet", context.style.quiet, "Print no results, only set the exit status");
     app.add_option("--timeout", invocation.timeout, "How long to wait for a reply")
         ->type_name("SECONDS")
@@ -130,8 +122,9 @@ ExitStatus parseAndRun(int argumentCount, const char* const* arguments) {
     addScenarioVerbs(app, invocation);
     addDeviceVerbs(app, invocation);
     const std::vector<std::string> words(arguments + 1, arguments + argumentCount);
+    const char* const runtimeFolder = SettingsClient::runtimeFolder();
     if (!words.empty() && words.front() == "complete") {
-        return complete(app, {words.begin() + 1, words.end()}, runtimeFolder());
+        return complete(app, {words.begin() + 1, words.end()}, runtimeFolder);
     }
     try {
         app.parse(argumentCount, arguments);
@@ -140,8 +133,8 @@ ExitStatus parseAndRun(int argumentCount, const char* const* arguments) {
     }
     checkArguments(app, invocation, words);
     invocation.context.style.colours = wantsColours();
-    invocation.context.settingsSockets = SettingsClient::settingsSockets(invocation.sockets, runtimeFolder());
-    invocation.context.deviceSockets = SettingsClient::deviceSockets(invocation.sockets, runtimeFolder());
+    invocation.context.settingsSockets = SettingsClient::settingsSockets(invocation.sockets, runtimeFolder);
+    invocation.context.deviceSockets = SettingsClient::deviceSockets(invocation.sockets, runtimeFolder);
     invocation.context.timeout = timeoutFrom(invocation.timeout).value();
     return invocation.run();
 }
@@ -170,7 +163,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     } catch (const SettingsClient::UnexpectedResponse& error) {
         return fail(UNREACHABLE, error.what());
     } catch (const Wire::MalformedFrame& error) {
-        return fail(UNREACHABLE, std::string("unexpected response: not a settings-host (") + error.what() + ")");
+        return fail(UNREACHABLE, SettingsClient::notAHost(error).what());
     }
 }
 

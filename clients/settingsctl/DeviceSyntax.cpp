@@ -27,10 +27,10 @@ void addSwitch(CLI::App& device, Invocation& invocation, const DeviceSwitch& dev
 
 void addFaults(CLI::App& device, Invocation& invocation) {
     const Context& context = invocation.context;
-    addVerb(device, invocation, "faults", "Print what can go wrong on request, and what of it does",
+    addVerb(device, invocation, "faults", "List the faults that can be simulated, and which are on",
             {"device faults", "device faults --json"}, [&] { return deviceFaults(context); });
     CLI::App* const fault =
-        addVerb(device, invocation, "fault", "Make something go wrong from now on, until VALUE is off",
+        addVerb(device, invocation, "fault", "Switch a simulated fault on, or off with the VALUE off",
                 {"device fault storage-slow 2000", "device fault storage-slow off", "device fault restart"},
                 [&] { return deviceFault(context, invocation.value, invocation.optionalValue); });
     addText(*fault, "NAME", invocation.value, "Name of the fault");

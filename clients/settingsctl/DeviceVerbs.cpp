@@ -175,12 +175,10 @@ ExitStatus deviceSave(const Context& context, const std::string& file, bool with
     } else {
         writeFile(file, text);
     }
-    std::string keys;
-    for (const auto& key : reply.textsAt({"leftOut"}).value_or(std::vector<std::string>{})) {
-        keys += (keys.empty() ? "" : ", ") + escaped(key);
-    }
-    if (!keys.empty()) {
-        printWarning(context.style, "personal values are left out: " + keys + "; --with-values saves them, too");
+    const auto leftOut = reply.textsAt({"leftOut"}).value_or(std::vector<std::string>{});
+    if (!leftOut.empty()) {
+        printWarning(context.style,
+                     "omitted personal values: " + joined(leftOut) + "; use --with-values to include them");
     }
     return DONE;
 }

@@ -37,15 +37,20 @@ Findings checkHost(const Context& context, std::string& path) {
     try {
         client.connect();
         path = client.socketPath();
-        findings.push_back({"host", true, "serves at " + path});
+        findings.push_back({"host", true, "serving at " + path});
         append(findings, checkStatus(client.status()));
         findings.push_back(checkPages(client.pageAddress()));
     } catch (const SettingsClient::NotSupported& error) {
         findings.push_back({"versions", false, std::string(error.what()) + ": restart it after an update"});
     } catch (const SettingsClient::InvalidSocketPath&) {
         throw;
+    } catch (const SettingsClient::UnexpectedResponse& error) {
+        findings.push_back({"host", false, std::string(error.what()) + ": name the host's socket with --socket"});
     } catch (const std::runtime_error& error) {
-        findings.push_back({"host", false, std::string(error.what()) + ": start it, or name its socket with --socket"});
+        const bool wasReached = !client.socketPath().empty();
+        findings.push_back({"host", false,
+                            std::string(error.what()) +
+                                (wasReached ? ": see its log" : ": start it, or name its socket with --socket")});
     }
     return findings;
 }

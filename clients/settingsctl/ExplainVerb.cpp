@@ -26,14 +26,6 @@ std::string inQuotes(const std::optional<std::string>& text) {
     return text ? "'" + escaped(*text) + "'" : "none";
 }
 
-std::string joined(const std::vector<std::string>& texts) {
-    std::string list;
-    for (const auto& text : texts) {
-        list += (list.empty() ? "" : ", ") + text;
-    }
-    return escaped(list);
-}
-
 std::string valuesOf(const SettingsClient::Setting& setting) {
     static const std::map<std::string, std::string> forms{
         {"text", "any text"},
@@ -42,14 +34,13 @@ std::string valuesOf(const SettingsClient::Setting& setting) {
         {"timezone", "an identifier of the tz database, for example Europe/Paris"},
         {"list", "a JSON array of texts"}};
     const auto form = forms.find(setting.kind);
-    return form == forms.end() ? joined(setting.values) : form->second;
+    return form == forms.end() ? escaped(joined(setting.values)) : form->second;
 }
 
 std::string whoMaySet(const SettingsClient::Setting& setting) {
     const auto* const known = Wire::findSetting(setting.key);
     const auto deviceSwitch = known == nullptr ? std::nullopt : deviceSwitchOf(*known);
-    return escaped(setting.setBy) +
-           (deviceSwitch ? " alone: settingsctl device " + deviceSwitch->verb + " on|off" : "");
+    return escaped(setting.setBy) + (deviceSwitch ? " only: settingsctl device " + deviceSwitch->verb + " on|off" : "");
 }
 
 std::string lastChangeOf(const Explanation& explanation) {

@@ -23,7 +23,7 @@ rapidjson::Document objectIn(const std::string& file) {
     const std::string text = contentsOf(file);
     rapidjson::Document document;
     if (const auto fault = Wire::inspectFrame(text, document)) {
-        throw Failure(REFUSED, "'" + file + "' does not hold one JSON object");
+        throw Failure(REFUSED, "'" + file + "' is not a JSON object, or is nested too deeply");
     }
     return document;
 }

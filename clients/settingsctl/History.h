@@ -10,6 +10,6 @@ namespace SettingsCtl {
 std::string originOf(const SettingsClient::Event& event);
 
 /// The host keeps its history in memory alone.
-constexpr const char* noChangeKnown = "the host remembers no change of it";
+constexpr const char* noChangeKnown = "the host has no record of a change";
 
 }  // namespace SettingsCtl

@@ -45,7 +45,7 @@ ExitStatus undo(const Context& context, const std::string& key) {
     SettingsClient::Client client = context.client();
     const auto events = client.history(key, 1);
     if (events.empty()) {
-        throw Failure(REFUSED, "'" + key + "' cannot be undone: " + noChangeKnown);
+        throw Failure(REFUSED, "cannot undo '" + key + "': " + noChangeKnown);
     }
     return setTo(context, client, key, events.back().from);
 }

@@ -60,11 +60,7 @@ void warnOfUnlistedChoice(const Context& context, const std::string& key, const 
         std::find(setting->values.begin(), setting->values.end(), value) != setting->values.end()) {
         return;
     }
-    std::string listed;
-    for (const auto& choice : setting->values) {
-        listed += (listed.empty() ? "" : ", ") + choice;
-    }
-    printWarning(context.style, "'" + value + "' is not a listed value of '" + key + "': " + listed);
+    printWarning(context.style, "'" + value + "' is not a listed value of '" + key + "': " + joined(setting->values));
 }
 
 }  // namespace SettingsCtl

@@ -57,6 +57,14 @@ std::string jsonString(const std::string& text) {
     return {buffer.GetString(), buffer.GetSize()};
 }
 
+std::string joined(const std::vector<std::string>& texts) {
+    std::string list;
+    for (const auto& text : texts) {
+        list += (list.empty() ? "" : ", ") + text;
+    }
+    return list;
+}
+
 void print(const std::string& text) {
     if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
         throw unwritableOutput(errno);

@@ -34,6 +34,9 @@ std::string jsonObject(const std::map<std::string, std::string>& members);
 std::string jsonArray(const std::vector<std::string>& elements);
 std::string jsonString(const std::string& text);
 
+/// `texts` for a sentence: "a, b".
+std::string joined(const std::vector<std::string>& texts);
+
 /// Writes `text` to standard output and flushes it.
 /// Errors: `Failure` (REFUSED) when it is closed, the disk is full, or the reader of a pipe has closed it.
 void print(const std::string& text);

@@ -25,7 +25,7 @@ std::string reasonFor(const Answer& answer) {
         return R"(it must be a JSON array with at least one locale, for example ["en-US"])";
     }
     if (answer.reason == Reason::stale) {
-        return "the host has seen a request with a newer time stamp; 'settingsctl set --force' sets it all the same";
+        return "the host has seen a request with a newer time stamp; use 'settingsctl set --force' to set it anyway";
     }
     if (answer.reason == Reason::notStored) {
         return answer.message + "; see the host's log";
@@ -66,9 +66,9 @@ void warn(const Context& context, const std::string& wanted, const Answer& answe
         return;
     }
     if (!answer.applied) {
-        printWarning(context.style, "accepted, but the voice SDK did not take it");
+        printWarning(context.style, "changed, but the voice SDK refused the value");
     } else if (answer.value.value_or("") != wanted) {
-        printWarning(context.style, "accepted, but read back as '" + answer.value.value_or("") + "'");
+        printWarning(context.style, "changed, but the host reports '" + answer.value.value_or("") + "'");
     }
 }
 

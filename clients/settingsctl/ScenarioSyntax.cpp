@@ -27,7 +27,7 @@ std::string validSpeed(const std::string& text) {
 
 void addRecord(CLI::App& app, Invocation& invocation) {
     CLI::App* const verb = addVerb(app, invocation, "record",
-                                   "Write to FILE what passes between the host and its clients until interrupted",
+                                   "Record the traffic between the host and its clients to FILE until interrupted",
                                    {"record report.jsonl", "record --with-values -"},
                                    [&] { return record(invocation.context, invocation.file, invocation.withValues); });
     addText(*verb, "FILE", invocation.file, "File for a scenario, replaced if it exists; - for standard output");
@@ -35,19 +35,19 @@ void addRecord(CLI::App& app, Invocation& invocation) {
 }
 
 void addReplay(CLI::App& app, Invocation& invocation) {
-    CLI::App* const verb = addVerb(app, invocation, "replay",
-                                   "Play the scenario in FILE and compare what comes with it; - for standard input",
-                                   {"replay report.jsonl", "replay --speed max --start-host report.jsonl"}, [&] {
-                                       return replay(invocation.context, invocation.file,
-                                                     speedFrom(invocation.speed).value(), invocation.startsHost);
-                                   });
+    CLI::App* const verb =
+        addVerb(app, invocation, "replay",
+                "Replay the scenario in FILE and compare what the host sends with it; - for standard input",
+                {"replay report.jsonl", "replay --speed max --start-host report.jsonl"}, [&] {
+                    return replay(invocation.context, invocation.file, speedFrom(invocation.speed).value(),
+                                  invocation.startsHost);
+                });
     addText(*verb, "FILE", invocation.file, "File with a scenario");
-    verb->add_option("--speed", invocation.speed, "Divide the pauses by N; max for none")
+    verb->add_option("--speed", invocation.speed, "Play N times as fast; max: without pauses")
         ->type_name("N")
         ->check(validSpeed)
         ->capture_default_str();
-    verb->add_flag("--start-host", invocation.startsHost,
-                   "Play it with a settings-host of its own, in a temporary folder");
+    verb->add_flag("--start-host", invocation.startsHost, "Replay against a new settings-host in a temporary folder");
 }
 
 }  // namespace

@@ -28,7 +28,7 @@ void addKeyVerbs(CLI::App& app, Invocation& invocation) {
                 [&] { return reset(invocation.context, invocation.key); });
     addKey(*resetVerb, invocation);
     CLI::App* const undoVerb =
-        addVerb(app, invocation, "undo", "Set KEY back to its value before the newest change; twice is a redo",
+        addVerb(app, invocation, "undo", "Restore the value that KEY had before its last change; run it again to redo",
                 {"undo deviceName"}, [&] { return undo(invocation.context, invocation.key); });
     addKey(*undoVerb, invocation);
 }
@@ -48,12 +48,12 @@ void addTellingVerbs(CLI::App& app, Invocation& invocation) {
 }
 
 void addFileVerbs(CLI::App& app, Invocation& invocation) {
-    addVerb(app, invocation, "dump", "Print the settings that anyone may set as a JSON object, for load",
+    addVerb(app, invocation, "dump", "Print the settings that clients may set as a JSON object that load accepts",
             {"dump > settings.json", "dump --json"}, [&] { return dump(invocation.context); });
-    CLI::App* const loadVerb =
-        addVerb(app, invocation, "load", "Set what FILE says, a JSON object of keys and values; - for standard input",
-                {"load settings.json", "load --dry-run settings.json", "load - < settings.json"},
-                [&] { return load(invocation.context, invocation.file, invocation.dryRun); });
+    CLI::App* const loadVerb = addVerb(
+        app, invocation, "load", "Set all settings in FILE, a JSON object of keys and values; - for standard input",
+        {"load settings.json", "load --dry-run settings.json", "load - < settings.json"},
+        [&] { return load(invocation.context, invocation.file, invocation.dryRun); });
     addAnyKey(*loadVerb, invocation);
     loadVerb->add_flag("--dry-run", invocation.dryRun, "Only print what would change");
     addText(*loadVerb, "FILE", invocation.file, "File with a JSON object");
@@ -65,7 +65,8 @@ void addRequestVerbs(CLI::App& app, Invocation& invocation) {
             [&] { return selected(context); });
     addVerb(app, invocation, "open-settings", "Open the assistant's settings application on the device",
             {"open-settings"}, [&] { return openSettings(context); });
-    addVerb(app, invocation, "logout", "Log the user out: clear the stored settings, switch the always-on modes off",
+    addVerb(app, invocation, "logout",
+            "Log the user out: erase the stored settings and switch off hands-free and both always-on modes",
             {"logout"}, [&] { return logOut(context); });
 }
 
@@ -75,7 +76,7 @@ void addAdministrationVerbs(CLI::App& app, Invocation& invocation) {
         addVerb(app, invocation, "page", "Print the address of the settings pages, including its key",
                 {"page", "page --new-key"}, [&] { return page(context, invocation.newKey); });
     pageVerb->add_flag("--new-key", invocation.newKey, "Replace the key first; browsers with the old key lose access");
-    addVerb(app, invocation, "backup", "Back the host's database up and print the name of the file", {"backup"},
+    addVerb(app, invocation, "backup", "Back up the host's database and print the path of the backup", {"backup"},
             [&] { return backUp(context); });
     addVerb(app, invocation, "doctor", "Check host, sockets, storage, disk, clock and bridges, and print what to do",
             {"doctor", "doctor --quiet || settingsctl doctor"}, [&] { return doctor(context); });

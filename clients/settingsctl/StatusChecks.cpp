@@ -64,9 +64,9 @@ Finding checkDisk(std::int64_t free, std::int64_t total) {
 }
 
 Finding checkClock(const Wire::HostFrame& status, std::int64_t now) {
-    const std::string found = "it shows " + localTime(now);
+    const std::string found = "the host's clock reads " + localTime(now);
     if (now < earliestNow) {
-        return {"clock", false, found + ": set it"};
+        return {"clock", false, found + ": set the clock"};
     }
     const auto newest = status.integersAt({"newest"});
     const auto ahead =
@@ -74,11 +74,10 @@ Finding checkClock(const Wire::HostFrame& status, std::int64_t now) {
     if (ahead == newest.end()) {
         return {"clock", true, found};
     }
-    const std::string what =
-        ahead->first.empty() ? "a setting that the catalogue does not have" : "'" + ahead->first + "'";
+    const std::string what = ahead->first.empty() ? "a setting that is not in the catalogue" : "'" + ahead->first + "'";
     return {"clock", false,
-            found + ", but " + what + " was set with the time stamp of " + localTime(ahead->second) +
-                ", so later changes of it are refused: set the clock, or use 'settingsctl set --force'"};
+            found + ", but " + what + " has a time stamp in the future (" + localTime(ahead->second) +
+                "), so changes of it are refused until then: set the clock, or use 'settingsctl set --force'"};
 }
 
 }  // namespace

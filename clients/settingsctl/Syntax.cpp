@@ -28,7 +28,7 @@ CLI::Option* addText(CLI::App& verb, const std::string& name, std::string& text,
 }
 
 void addAnyKey(CLI::App& verb, Invocation& invocation) {
-    verb.add_flag("--any-key", invocation.context.anyKey, "Accept keys that the catalogue of settings does not have");
+    verb.add_flag("--any-key", invocation.context.anyKey, "Accept keys that are not in the catalogue");
 }
 
 void addKey(CLI::App& verb, Invocation& invocation) {

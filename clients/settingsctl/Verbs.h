@@ -34,7 +34,7 @@ ExitStatus selected(const Context& context);
 ExitStatus set(const Context& context, const std::vector<std::string>& keysAndValues, bool force);
 ExitStatus openSettings(const Context& context);
 ExitStatus logOut(const Context& context);
-/// Returns after SIGINT or SIGTERM (DONE). When the connection is lost, connects again if `reconnect`.
+/// Returns after SIGINT or SIGTERM (DONE). When the connection is lost, reconnects if `reconnect`.
 /// Errors: `Failure` when standard output has no reader any more (REFUSED), and when the connection is lost
 /// (UNREACHABLE).
 ExitStatus watch(const Context& context, bool reconnect);

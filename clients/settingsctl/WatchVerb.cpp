@@ -21,12 +21,8 @@ void printReread(const Context& context, const SettingsClient::Reread& reread) {
     if (context.style.bareValues) {
         return;
     }
-    std::string keys;
-    for (const auto& key : reread.keys) {
-        keys += (keys.empty() ? "" : ", ") + key;
-    }
-    printLine(context.style,
-              context.style.json ? reread.frame : "reread: " + (reread.missed ? "all settings" : escaped(keys)));
+    const std::string keys = reread.missed ? "all settings" : escaped(joined(reread.keys));
+    printLine(context.style, context.style.json ? reread.frame : "reread: " + keys);
 }
 
 /// Reports why standard output cannot be written: it is closed, or a pipe without a reader.
@@ -69,7 +65,7 @@ ExitStatus watch(const Context& context, bool reconnect) {
         if (!wasConnected || !reconnect) {
             throw Failure(UNREACHABLE, reason);
         }
-        printWarning(context.style, reason + "; connecting again");
+        printWarning(context.style, reason + "; reconnecting");
     });
     serve(context, client);
     return DONE;

@@ -36,20 +36,24 @@ FaultDescription delayNamed(Fault fault, const char* name, std::int64_t defaultT
     return {fault, name, FaultKind::MILLISECONDS, false, 1, minute, defaultTime, {}, description};
 }
 
+FaultDescription settingNamed(Fault fault, const char* name, bool once, bool withThoseOfTheDevice,
+                              const char* description) {
+    return {fault, name, FaultKind::SETTING, once, 0, 0, 0, settingsOfSdk(withThoseOfTheDevice), description};
+}
+
 std::vector<FaultDescription> makeFaults() {
     return {
         switchNamed(Fault::STORAGE_FULL, "storage-full", "Writes to the disk fail: there is no room."),
-        delayNamed(Fault::STORAGE_SLOW, "storage-slow", 500, "Each flush to the disk takes so much longer."),
+        delayNamed(Fault::STORAGE_SLOW, "storage-slow", 500, "Each flush to the disk takes this much longer."),
         switchNamed(Fault::STORAGE_FAILING, "storage-failing", "Reads and writes of the disk fail."),
-        {Fault::SDK_REFUSES, "sdk-refuses", FaultKind::SETTING, false, 0, 0, 0, settingsOfSdk(false),
-         "The voice SDK does not take values of the setting."},
-        delayNamed(Fault::SDK_SLOW, "sdk-slow", 500, "Each call of the voice SDK takes so much longer."),
-        {Fault::SDK_CHANGES, "sdk-changes", FaultKind::SETTING, true, 0, 0, 0, settingsOfSdk(true),
-         "The voice SDK changes the setting by itself, once."},
+        settingNamed(Fault::SDK_REFUSES, "sdk-refuses", false, false, "The voice SDK refuses values of the setting."),
+        delayNamed(Fault::SDK_SLOW, "sdk-slow", 500, "Each call of the voice SDK takes this much longer."),
+        settingNamed(Fault::SDK_CHANGES, "sdk-changes", true, true,
+                     "The voice SDK changes the setting by itself, once."),
         delayNamed(Fault::REPLIES_LATE, "replies-late", 2000,
-                   "Replies, events and notices come so much later, in their order."),
+                   "Replies, events and notices are delayed by this much, in order."),
         switchNamed(Fault::EVENTS_DROPPED, "events-dropped",
-                    "Each new event cuts the connections instead of being sent."),
+                    "Each new event closes the connections it would be sent to."),
         {Fault::CLOCK_JUMP,
          "clock-jump",
          FaultKind::MILLISECONDS,
@@ -58,7 +62,7 @@ std::vector<FaultDescription> makeFaults() {
          longestJump,
          60 * minute,
          {},
-         "The host's clock is fast by so much; behind, if negative."},
+         "The host's clock is ahead by this much; behind if negative."},
         {Fault::RESTART, "restart", FaultKind::ACTION, true, 0, 0, 0, {}, "The host stops and starts again, now."},
     };
 }

@@ -11,7 +11,7 @@
 
 namespace SettingsHost {
 
-/// What can go wrong on request, see docs/laboratory.md.
+/// The faults that can be simulated, see docs/laboratory.md.
 enum class Fault {
     STORAGE_FULL,
     STORAGE_SLOW,

@@ -54,7 +54,7 @@ void forEachMember(const std::string& path, const rapidjson::Value& object, cons
         std::string place = path;
         place.append("/").append(name);
         if (!seen.insert(name).second) {
-            fail(place, "is there twice");
+            fail(place, "appears twice");
         }
         use(place, name, member.value);
     }
@@ -115,7 +115,7 @@ void readFault(World& world, const std::string& path, const std::string& name, c
         fail(path, "no fault has this name");
     }
     if (fault->once) {
-        fail(path, "happens once, and is never on");
+        fail(path, "happens once and cannot be on in a world");
     }
     if (fault->kind == FaultKind::SWITCH) {
         if (!value.IsTrue()) {
@@ -159,7 +159,7 @@ void readMember(World& world, const std::string& path, const std::string& name, 
             return;
         }
     }
-    fail(path, "is no member of a world");
+    fail(path, "is not a member of a world");
 }
 
 bool hasValues(SettingsHandlerKit::Storage& storage, SettingsHandlerKit::StateStore& state) {

@@ -34,9 +34,13 @@ std::string hostProgram() {
 std::filesystem::path newFolder() {
     std::string pattern = (std::filesystem::temp_directory_path() / "settingsctl-replay-XXXXXX").string();
     if (::mkdtemp(pattern.data()) == nullptr) {
-        throw Failure(REFUSED, "cannot make a folder '" + pattern + "': " + std::strerror(errno));
+        throw Failure(REFUSED, "cannot create a temporary folder '" + pattern + "': " + std::strerror(errno));
     }
     return pattern;
+}
+
+Failure cannotStart(int error) {
+    return {REFUSED, std::string("cannot start settings-host: ") + std::strerror(error)};
 }
 
 }  // namespace
@@ -99,13 +103,18 @@ void OwnHost::start() {
     }
     std::array<int, 2> pipe{};
     if (::pipe2(pipe.data(), O_CLOEXEC) != 0) {
-        throw Failure(REFUSED, std::string("cannot start settings-host: ") + std::strerror(errno));
+        throw cannotStart(errno);
     }
     process = ::fork();
+    const int error = errno;
     if (process == 0) {
         becomeHost(words, pipe[1]);
     }
     ::close(pipe[1]);
+    if (process < 0) {
+        ::close(pipe[0]);
+        throw cannotStart(error);
+    }
     // The line of a host that is ready, or nothing from one that has ended.
     std::array<char, 4096> line{};
     ssize_t count = -1;
@@ -113,7 +122,7 @@ void OwnHost::start() {
         count = ::read(pipe[0], line.data(), line.size());
     } while (count < 0 && errno == EINTR);
     ::close(pipe[0]);
-    if (process < 0 || count <= 0) {
+    if (count <= 0) {
         throw Failure(REFUSED, "settings-host does not start: " + end() + ": " + whatItSaid());
     }
 }
@@ -133,7 +142,7 @@ std::string OwnHost::end() {
     int status = 0;
     const pid_t ended = std::exchange(process, -1);
     if (ended <= 0) {
-        return "it runs no more";
+        return "it is not running";
     }
     while (::waitpid(ended, &status, 0) < 0 && errno == EINTR) {
     }

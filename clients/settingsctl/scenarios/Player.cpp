@@ -222,7 +222,7 @@ void Player::failForMissing() const {
     }
     throw Deviation({first->line,
                      first->kind == StepKind::CLOSED_BY_HOST ? name + ": the host did not close the connection"
-                                                             : name + " received nothing more",
+                                                             : name + " did not receive the expected frame",
                      first->text});
 }
 
@@ -251,7 +251,7 @@ void Player::refuseMore(Link& link) {
     // The host has handled all that was sent, so what it led to has come.
     readFrom(link);
     if (!link.arrived.empty()) {
-        throw Deviation({line, link.name + " received what the scenario does not have", "", link.arrived.front()});
+        throw Deviation({line, link.name + " received an unexpected frame", "", link.arrived.front()});
     }
     if (link.hasEnded && !link.isClosing) {
         throw Deviation({line, link.name + ": the host has closed the connection"});
@@ -324,7 +324,7 @@ void Player::match(Link& link) {
 void Player::compare(const Link& link, const Step& step, const std::string& got) {
     if (const auto difference = comparison.difference(step.text, got)) {
         const std::string place = difference->path.empty() ? "" : ", at " + difference->path;
-        throw Deviation({step.line, link.name + " received something else" + place, difference->expected, got});
+        throw Deviation({step.line, link.name + " received a different frame" + place, difference->expected, got});
     }
 }
 

@@ -190,7 +190,7 @@ public:
         if (step.at == "host") {
             takeAction(step.kind);
         } else if (!hostRuns) {
-            throw LineError("the host does not run here");
+            throw LineError("the host is not running at this step");
         } else if (step.kind == StepKind::CLOSED || step.kind == StepKind::CLOSED_BY_HOST) {
             if (open.erase(step.at) == 0) {
                 throw LineError("\"" + step.at + "\" is not open here");
@@ -203,7 +203,7 @@ public:
 private:
     void takeAction(StepKind action) {
         if (hostRuns == (action == StepKind::START)) {
-            throw LineError(hostRuns ? "the host runs already" : "the host does not run here");
+            throw LineError(hostRuns ? "the host is already running" : "the host is not running at this step");
         }
         hostRuns = action == StepKind::START;
         open.clear();

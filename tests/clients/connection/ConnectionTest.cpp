@@ -6,6 +6,7 @@
 #include <thread>
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/un.h>
@@ -190,6 +191,16 @@ TEST_F(ClientConnection, ReportsWhyNoHostCanBeReached) {
               "cannot reach the host at " + path + ": No such file or directory (is settings-host running?)");
     std::ofstream(path) << "a file";
     EXPECT_EQ(errorOf(reach), "cannot reach the host at " + path + ": Connection refused (is settings-host running?)");
+}
+
+TEST_F(ClientConnection, ReportsThatNoSocketCanBeCreated) {
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit none{0, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+    const std::string error = errorOf([&] { const Connection connection(at(path), waitTimeout); });
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+    EXPECT_EQ(error, "cannot reach the host at " + path + ": Too many open files (is settings-host running?)");
 }
 
 TEST_F(ClientConnection, RejectsAPathThatASocketCannotHave) {

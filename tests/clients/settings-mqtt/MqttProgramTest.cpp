@@ -249,7 +249,7 @@ TEST_F(MqttProgram, TellsTheServiceManagerAndTheDoctorHowItIs) {
     awaitStatus("waiting for the broker");
     EXPECT_EQ(doctor(), "wrong settings-mqtt: waiting for the broker: see its log\n");
     bridge.kill();
-    EXPECT_EQ(doctor(), "wrong settings-mqtt: it crashed: see its log, and start it\n");
+    EXPECT_EQ(doctor(), "wrong settings-mqtt: it has crashed: see its log, then start it\n");
 }
 
 }  // namespace SettingsMqttTest

@@ -117,13 +117,13 @@ protected:
 
 TEST_F(SettingsCtlDoctor, FindsNothingWrong) {
     expectRun(run({}), 0,
-              "ok    host: serves at " + host.settingsPath() +
+              "ok    host: serving at " + host.settingsPath() +
                   "\n"
                   "ok    versions: host " SETTINGS_HANDLER_VERSION
                   ", wire 1.1.0\n"
                   "ok    storage: values stored: 3, operations failed since the start: 0\n"
                   "ok    disk: 100 MiB of 200 MiB free\n"
-                  "ok    clock: it shows 2025-12-17 19:33:20\n"
+                  "ok    clock: the host's clock reads 2025-12-17 19:33:20\n"
                   "ok    pages: http://127.0.0.1:8097/\n" +
                   socketLines());
 }
@@ -137,14 +137,15 @@ TEST_F(SettingsCtlDoctor, SaysWhatToDoAndExitsWithOne) {
                                R"("newest":{"timezone":1766000001000},"now":1766000000000})";
     expectRun(
         run({}, status, "{}"), 1,
-        "ok    host: serves at " + host.settingsPath() +
+        "ok    host: serving at " + host.settingsPath() +
             "\n"
             "wrong versions: host 0.9.0, wire 1.1.0; settingsctl " SETTINGS_HANDLER_VERSION
             ", wire 1.1.0: restart the host after an update, or install both in the same version\n"
             "wrong storage: changes do not reach the disk (disk full): see the host's log, and check the disk\n"
             "wrong disk: 0 MiB of 1 MiB free: free 16 MiB, or changes will be refused\n"
-            "wrong clock: it shows 2025-12-17 19:33:20, but 'timezone' was set with the time stamp of 2025-12-17 "
-            "19:33:21, so later changes of it are refused: set the clock, or use 'settingsctl set --force'\n"
+            "wrong clock: the host's clock reads 2025-12-17 19:33:20, but 'timezone' has a time stamp in the future "
+            "(2025-12-17 "
+            "19:33:21), so changes of it are refused until then: set the clock, or use 'settingsctl set --force'\n"
             "wrong pages: the host serves none: start it without --no-web, and with --pages DIR\n"
             "wrong socket: " +
             host.settingsPath() + " has mode 0666, so every user can connect: run 'chmod o= " + host.settingsPath() +
@@ -156,7 +157,7 @@ TEST_F(SettingsCtlDoctor, SaysWhatToDoAndExitsWithOne) {
 TEST_F(SettingsCtlDoctor, PrintsOneObjectPerLineAsJson) {
     const std::string output = run({"--json"}).output;
     EXPECT_EQ(output.substr(0, output.find('\n')),
-              R"({"check":"host","ok":true,"text":"serves at )" + host.settingsPath() + "\"}");
+              R"({"check":"host","ok":true,"text":"serving at )" + host.settingsPath() + "\"}");
 }
 
 TEST_F(SettingsCtlDoctor, OnlySetsTheExitStatusWhenQuiet) {
@@ -170,7 +171,7 @@ TEST_F(SettingsCtlDoctor, ReportsAHostWithoutAnswers) {
     client.receiveLine();
     client.sendLine(R"({"error":{"code":"unknown-type","message":"the frame has no type"}})");
     expectRun(finish(program), 1,
-              "ok    host: serves at " + host.settingsPath() + "\nwrong versions: the host at " + host.settingsPath() +
+              "ok    host: serving at " + host.settingsPath() + "\nwrong versions: the host at " + host.settingsPath() +
                   " is of version 1.0 and has no administration: restart it after an update\n" + socketLines());
 }
 
@@ -188,10 +189,30 @@ TEST_F(SettingsCtlDoctor, ReportsAnotherProgram) {
     auto program = host.start({"doctor"});
     host.accept().sendLine("HTTP/1.1 400 Bad Request\r");
     const TestSupport::Finished end = finish(program);
-    EXPECT_EQ(end.output.rfind("wrong host: unexpected response: not a settings-host (not a JSON object): start it, or "
-                               "name its socket with --socket\n",
+    EXPECT_EQ(end.output.rfind("wrong host: unexpected response: not a settings-host (not a JSON object): name the "
+                               "host's socket with --socket\n",
                                0),
               0U)
         << end.output;
     EXPECT_EQ(end.status, 1);
+}
+
+TEST_F(SettingsCtlDoctor, ReportsAHostThatRefusesTheClient) {
+    auto program = host.start({"doctor"});
+    Peer client = host.accept();
+    client.sendLine(refusal("too-many-clients", "no"));
+    expectRun(finish(program), 1,
+              "wrong host: the host has reached its limit of clients; try again later: see its log\n" + socketLines());
+}
+
+TEST_F(SettingsCtlDoctor, ReportsAHostThatRefusesARequest) {
+    auto program = host.start({"doctor"});
+    Peer client = host.accept();
+    greet(client, program);
+    client.receiveLine();
+    client.sendLine(refusal("busy", "too much is queued"));
+    expectRun(finish(program), 1,
+              "ok    host: serving at " + host.settingsPath() +
+                  "\nwrong host: the host refused the request: too much is queued (busy): see its log\n" +
+                  socketLines());
 }

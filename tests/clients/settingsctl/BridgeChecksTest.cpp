@@ -72,7 +72,7 @@ TEST_F(SettingsCtlCheckOfABridge, FindsTheOneThatAUserStarted) {
 
 TEST_F(SettingsCtlCheckOfABridge, ReportsACrash) {
     std::ofstream(path) << R"({"version":")" SETTINGS_HANDLER_VERSION R"(","connected":true,"text":"connected"})";
-    EXPECT_EQ(check(), "wrong settings-mqtt: it crashed: see its log, and start it");
+    EXPECT_EQ(check(), "wrong settings-mqtt: it has crashed: see its log, then start it");
     StatusFile startedAgain(program, SETTINGS_HANDLER_VERSION);
     startedAgain.write(true, "connected to host and broker");
     EXPECT_EQ(check(), "ok settings-mqtt: connected to host and broker");
@@ -87,7 +87,7 @@ TEST_F(SettingsCtlCheckOfABridge, ReportsAnOldVersion) {
 
 TEST_F(SettingsCtlCheckOfABridge, ReportsAStatusThatIsNone) {
     const StatusFile status(program, SETTINGS_HANDLER_VERSION);
-    EXPECT_EQ(check(), "wrong settings-mqtt: its status file is not readable: restart it") << "empty";
+    EXPECT_EQ(check(), "wrong settings-mqtt: its status file is malformed: restart it") << "empty";
     std::filesystem::remove(path);
     std::filesystem::create_symlink(folder / "elsewhere", path);
     EXPECT_EQ(check(), "wrong settings-mqtt: " + path + " cannot be read: Too many levels of symbolic links");

@@ -89,7 +89,7 @@ TEST(SettingsCtlCheckOfTheStatus, FindsNothingWrong) {
                              R"("now":1766000000000)")),
               (Lines{"ok versions: host " SETTINGS_HANDLER_VERSION ", wire 1.1.0",
                      "ok storage: values stored: 3, operations failed since the start: 0",
-                     "ok disk: 16 MiB of 32 MiB free", "ok clock: it shows 2025-12-17 19:33:20"}));
+                     "ok disk: 16 MiB of 32 MiB free", "ok clock: the host's clock reads 2025-12-17 19:33:20"}));
 }
 
 TEST(SettingsCtlCheckOfTheStatus, ReportsVersionsThatDiffer) {
@@ -125,13 +125,17 @@ TEST(SettingsCtlCheckOfTheStatus, ReportsAClockBehindATimeStamp) {
         return linesOf(status("\"newest\":" + newest + R"(,"now":1766000000000)")).at(1);
     };
     EXPECT_EQ(lineFor(R"({"deviceName":1700000000000,"timezone":1766000001000})"),
-              "wrong clock: it shows 2025-12-17 19:33:20, but 'timezone' was set with the time stamp of 2025-12-17 "
-              "19:33:21, so later changes of it are refused: set the clock, or use 'settingsctl set --force'");
-    EXPECT_EQ(lineFor(R"({"":9223372036854775807})"),
-              "wrong clock: it shows 2025-12-17 19:33:20, but a setting that the catalogue does not have was set with "
-              "the time stamp of 292278994-08-17 07:12:55, so later changes of it are refused: set the clock, or use "
-              "'settingsctl set --force'");
-    EXPECT_EQ(linesOf(status(R"("now":5000)")).at(1), "wrong clock: it shows 1970-01-01 00:00:05: set it");
+              "wrong clock: the host's clock reads 2025-12-17 19:33:20, but 'timezone' has a time stamp in the future "
+              "(2025-12-17 "
+              "19:33:21), so changes of it are refused until then: set the clock, or use 'settingsctl set --force'");
+    EXPECT_EQ(
+        lineFor(R"({"":9223372036854775807})"),
+        "wrong clock: the host's clock reads 2025-12-17 19:33:20, but a setting that is not in the catalogue has a "
+        "time stamp "
+        "in the future (292278994-08-17 07:12:55), so changes of it are refused until then: set the clock, or use "
+        "'settingsctl set --force'");
+    EXPECT_EQ(linesOf(status(R"("now":5000)")).at(1),
+              "wrong clock: the host's clock reads 1970-01-01 00:00:05: set the clock");
 }
 
 TEST(SettingsCtlCheckOfThePages, LeavesTheKeyOut) {

@@ -220,7 +220,7 @@ TEST(SettingsCtlDeviceSave, SaysWhatIsLeftOut) {
     auto program = host.start({"device", "save", "-"});
     replyTo(host, R"({"command":"save","withValues":false})", saved + R"("leftOut":["deviceName","friendlyName"]})");
     expectEnd(program, 0, savedText,
-              "settingsctl: personal values are left out: deviceName, friendlyName; --with-values saves them, too\n");
+              "settingsctl: omitted personal values: deviceName, friendlyName; use --with-values to include them\n");
 }
 
 TEST(SettingsCtlDeviceSave, MakesAFileForTheUserAlone) {

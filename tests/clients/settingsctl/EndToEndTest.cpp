@@ -138,7 +138,7 @@ TEST_F(SettingsCtlAndHost, OverruleANewerTimeStampIfForced) {
     ASSERT_TRUE(client.receiveLine());
     expectRun({"set", "deviceName", "Den"}, 1, "",
               "settingsctl: 'deviceName' was refused: the host has seen a request with a newer time stamp; "
-              "'settingsctl set --force' sets it all the same\n");
+              "use 'settingsctl set --force' to set it anyway\n");
     expectRun({"set", "--force", "deviceName", "Den", "friendlyName", "Den"}, 0,
               "deviceName: 'from the future' -> 'Den'\nfriendlyName: 'TV' -> 'Den'\n");
 }
@@ -204,7 +204,7 @@ TEST_F(SettingsCtlAndHost, WatchOverARestartOfTheHost) {
     host.killAndRestart();
     EXPECT_EQ(watch.output().readLine(), "deviceName: 'TV' -> 'Den'");
     EXPECT_EQ(watch.errors().readLine(),
-              "settingsctl: the host at " + host.socketPath() + " closed the connection; connecting again");
+              "settingsctl: the host at " + host.socketPath() + " closed the connection; reconnecting");
     EXPECT_EQ(watch.output().readLine(), "reread: all settings");
     expectWatching(watch);
     host.run({"set", "deviceName", "Attic"});

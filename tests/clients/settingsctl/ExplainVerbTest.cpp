@@ -57,16 +57,16 @@ constexpr const char* aboutDeviceName =
 constexpr const char* aboutCaptions =
     "captionsEnabled: Captions on or off.\n"
     "  value    'false'\n"
-    "  changed  unknown: the host remembers no change of it\n"
+    "  changed  unknown: the host has no record of a change\n"
     "  default  none\n"
     "  values   true, false\n"
     "  owner    voice SDK\n"
-    "  set by   device alone: settingsctl device captions on|off\n"
+    "  set by   device only: settingsctl device captions on|off\n"
     "  privacy  preference\n";
 constexpr const char* aboutFontSize =
     "captionsFontSize: Text size of captions.\n"
     "  value    none\n"
-    "  changed  unknown: the host remembers no change of it\n"
+    "  changed  unknown: the host has no record of a change\n"
     "  default  none\n"
     "  values   FONT_SMALL, FONT_LARGE\n"
     "  owner    storage\n"
@@ -99,7 +99,7 @@ TEST_F(SettingsCtlExplain, PrintsWhatIsKnownOfAnotherKey) {
     EXPECT_EQ(runExplain("ownKey", {"--any-key"}).output,
               "ownKey: Not in the catalogue.\n"
               "  value    none\n"
-              "  changed  unknown: the host remembers no change of it\n");
+              "  changed  unknown: the host has no record of a change\n");
 }
 
 TEST_F(SettingsCtlExplain, PrintsOneObjectPerSettingAsJson) {

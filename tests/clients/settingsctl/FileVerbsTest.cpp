@@ -215,10 +215,11 @@ TEST_F(SettingsCtlLoad, NeedsNoHostForAnEmptyObject) {
 TEST_F(SettingsCtlLoad, ReportsAFileThatHoldsNoObject) {
     for (const std::string& text :
          {std::string(), std::string("[]"), std::string("deviceName=Den"), std::string(R"({"deviceName":"Den")"),
-          std::string(R"({"deviceName":"Den"} x)"), std::string("{\"deviceName\":\"\xff\"}"), std::string("{}\0", 3)}) {
+          std::string(R"({"deviceName":"Den"} x)"), std::string("{\"deviceName\":\"\xff\"}"), std::string("{}\0", 3),
+          R"({"deviceName":)" + std::string(32, '[') + std::string(32, ']') + "}"}) {
         const std::string file = write(text);
         const TestSupport::Finished end = TestSupport::run({SETTINGSCTL_PROGRAM, "load", file});
-        EXPECT_EQ(end.errors, "settingsctl: '" + file + "' does not hold one JSON object\n");
+        EXPECT_EQ(end.errors, "settingsctl: '" + file + "' is not a JSON object, or is nested too deeply\n");
         EXPECT_EQ(end.status, 1) << text;
     }
 }

@@ -127,7 +127,7 @@ TEST(SettingsCtlUndo, ReportsThatNoChangeIsKnown) {
     Peer client = host.accept();
     replyToUndo(client, program, "");
     EXPECT_TRUE(client.clientCloses()) << "nothing is set";
-    expectEnd(program, 1, "", "settingsctl: 'deviceName' cannot be undone: the host remembers no change of it\n");
+    expectEnd(program, 1, "", "settingsctl: cannot undo 'deviceName': the host has no record of a change\n");
 }
 
 TEST(SettingsCtlUndo, ReportsARefusal) {

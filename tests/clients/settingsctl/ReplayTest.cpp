@@ -128,8 +128,8 @@ TEST_F(SettingsCtlReplay, RefusesAMalformedFileWithItsLine) {
         {{title, R"({"time": 0, "at": "host", "sent": {}})"},
          "2: \"did\" is for \"host\" alone, and \"host\" for \"did\""},
         {{title, R"({"time": 0, "at": "host", "did": "rest"})"}, "2: \"did\" must be \"kill\", \"stop\" or \"start\""},
-        {{title, R"({"time": 0, "at": "host", "did": "start"})"}, "2: the host runs already"},
-        {{title, R"({"time": 0, "at": "host", "did": "kill"})", hello}, "3: the host does not run here"},
+        {{title, R"({"time": 0, "at": "host", "did": "start"})"}, "2: the host is already running"},
+        {{title, R"({"time": 0, "at": "host", "did": "kill"})", hello}, "3: the host is not running at this step"},
         {{title, R"({"time": 0, "at": "socket-1", "closed": false})"}, "2: \"closed\" must be true"},
         {{title, hello, R"({"time": 0, "at": "socket-2", "closed": true})"}, "3: \"socket-2\" is not open here"},
         {{title, hello, R"({"time": 0, "at": "host", "did": "kill"})", R"({"time": 0, "at": "host", "did": "start"})",
@@ -200,7 +200,7 @@ TEST_F(SettingsCtlReplay, TellsTheFirstDifference) {
          R"({"time": 0, "at": "socket-1", "received": {"type": 7, "messageId": "m1", "payload": {"settings": {"deviceName": "Den\u0085", "timezone": 1}}}})"});
     expectDifference(
         end,
-        "3: socket-1 received something else, at /payload/settings/deviceName\n"
+        "3: socket-1 received a different frame, at /payload/settings/deviceName\n"
         R"(expected: {"type":7,"messageId":"m1","payload":{"settings":{"deviceName":"Den\u0085","timezone":1}}})"
         "\n"
         R"(got:      {"type":7,"messageId":"m1","payload":{"settings":{"deviceName":"TV","timezone":"America/Vancouver"}}})"
@@ -219,10 +219,11 @@ TEST_F(SettingsCtlReplay, TellsWhatWouldNotBeTheSameRun) {
             .output;
     };
     EXPECT_EQ(again("R1", "7"), "2 frames as expected\n");
-    EXPECT_NE(again("R2", "7").find(":5: socket-1 received something else, at /hello/run\n"), std::string::npos);
-    EXPECT_NE(again("R1", "8").find(":5: socket-1 received something else, at /hello/sequence\n"), std::string::npos);
+    EXPECT_NE(again("R2", "7").find(":5: socket-1 received a different frame, at /hello/run\n"), std::string::npos);
+    EXPECT_NE(again("R1", "8").find(":5: socket-1 received a different frame, at /hello/sequence\n"),
+              std::string::npos);
     const Words lost{title, setNameAs("remote", "Den"), named("socket-1", "TV", "Den", 6), hello, greeting};
-    EXPECT_NE(replayWith(host, lost).output.find(":5: socket-1 received something else, at /hello/sequence\n"),
+    EXPECT_NE(replayWith(host, lost).output.find(":5: socket-1 received a different frame, at /hello/sequence\n"),
               std::string::npos);
 }
 
@@ -230,7 +231,7 @@ TEST_F(SettingsCtlReplay, TellsWhatDoesNotCome) {
     const RunningHost host;
     expectDifference(replay({title, R"({"time": 0, "at": "device-1", "received": {"ok": true}})"},
                             {"--timeout", "0.05", "--socket", host.socketPath()}),
-                     "2: device-1 received nothing more\nexpected: {\"ok\": true}\n");
+                     "2: device-1 did not receive the expected frame\nexpected: {\"ok\": true}\n");
     expectDifference(
         replay({title, R"({"time": 0, "at": "device-1", "sent": {"command": "captions", "enabled": true}})",
                 R"({"time": 0, "at": "device-1", "received": {"ok": true}})",
@@ -243,7 +244,7 @@ TEST_F(SettingsCtlReplay, TellsWhatTheScenarioDoesNotHave) {
     const RunningHost host;
     const std::string isSelected = R"({"time": 0, "at": "socket-1", "sent": {"type": 18, "messageId": "m1"}})";
     const std::string difference =
-        ": socket-1 received what the scenario does not have\n"
+        ": socket-1 received an unexpected frame\n"
         R"(got:      {"type":18,"messageId":"m1","payload":{"isOrliaSelectedAsVA":true}})"
         "\n";
     expectDifference(replayWith(host, {title, isSelected}), "2" + difference);
@@ -346,14 +347,14 @@ TEST_F(SettingsCtlReplayAlone, WaitsForTheReplyToTheLastDeviceCommand) {
     const auto end =
         replayAlone({R"({"scenario": 1, "title": "Late", "world": {"world": 1, "faults": {"storage-slow": 200}}})",
                      R"({"time": 0, "at": "device-1", "sent": {"command": "timezone", "value": "Asia/Tokyo"}})"});
-    expectDifference(end, "2: device-1 received what the scenario does not have\ngot:      {\"ok\":true}\n");
+    expectDifference(end, "2: device-1 received an unexpected frame\ngot:      {\"ok\":true}\n");
 }
 
 TEST_F(SettingsCtlReplayAlone, PrintsADifferenceAsJson) {
     const auto end = replayAlone({title, setName("socket-1", "Den"), named("socket-1", "Attic", "Den", 1)},
                                  {"--json", "--speed", "max"});
     EXPECT_EQ(end.output.rfind(R"({"difference":{"expected":"{\"timestamp\":)", 0), 0U) << end.output;
-    EXPECT_NE(end.output.find(R"(,"line":"3","message":"socket-1 received something else, at /client"}})"),
+    EXPECT_NE(end.output.find(R"(,"line":"3","message":"socket-1 received a different frame, at /client"}})"),
               std::string::npos)
         << end.output;
     EXPECT_EQ(end.status, 1);

@@ -170,7 +170,7 @@ TEST_F(SettingsCtlWatch, ConnectsAgainAndGoesOnWithoutAGap) {
     expectLine(program, "k: 'a' -> 'b'");
     client.close();
     EXPECT_EQ(program.errors().readLine(),
-              "settingsctl: the host at " + host.settingsPath() + " closed the connection; connecting again");
+              "settingsctl: the host at " + host.settingsPath() + " closed the connection; reconnecting");
     Peer second = host.accept();
     EXPECT_EQ(second.receiveLine(),
               helloFrame(program, R"({"client":"settingsctl","resume":{"run":"run","sequence":1}})"));

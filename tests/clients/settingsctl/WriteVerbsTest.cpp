@@ -82,7 +82,13 @@ TEST(SettingsCtlSet, PrintsUnchanged) {
 TEST(SettingsCtlSet, WarnsWhenTheOwnerStoresAnotherValue) {
     SetRun(R"({"outcome":"changed","settingDBId":"handsFreeEnabled","value":"false"})",
            {event("handsFreeEnabled", "false", "TRUE")}, {"set", "handsFreeEnabled", "TRUE"})
-        .expectEnd(0, "handsFreeEnabled: 'false' -> 'TRUE'\n", "settingsctl: accepted, but read back as 'false'\n");
+        .expectEnd(0, "handsFreeEnabled: 'false' -> 'TRUE'\n", "settingsctl: changed, but the host reports 'false'\n");
+}
+
+TEST(SettingsCtlSet, WarnsWhenTheVoiceSdkRefusesTheValue) {
+    SetRun(R"({"outcome":"changed","settingDBId":"friendlyName","value":"Den","applied":false})",
+           {event("friendlyName", "TV", "Den")}, {"set", "friendlyName", "Den"})
+        .expectEnd(0, "friendlyName: 'TV' -> 'Den'\n", "settingsctl: changed, but the voice SDK refused the value\n");
 }
 
 TEST(SettingsCtlSet, WarnsOfAValueThatTheCatalogueDoesNotList) {
@@ -107,8 +113,8 @@ TEST(SettingsCtlSet, ReportsTheReasonOfARefusal) {
     EXPECT_EQ(errorsFor("deviceName", refusedFor("not-stored")), refused + "the host's words; see the host's log\n");
     EXPECT_EQ(errorsFor("deviceName", refusedFor("stale", R"(,"newest":9)")),
               refused +
-                  "the host has seen a request with a newer time stamp; 'settingsctl set --force' sets it all "
-                  "the same\n");
+                  "the host has seen a request with a newer time stamp; use 'settingsctl set --force' to set "
+                  "it anyway\n");
     EXPECT_EQ(errorsFor("orliaLocale", refusedFor("wrong-form")),
               "settingsctl: 'orliaLocale' was refused: it must be a JSON array with at least one locale, for example "
               "[\"en-US\"]\n");
@@ -273,7 +279,7 @@ TEST(SettingsCtlSet, SendsAnyValueUnchanged) {
 TEST(SettingsCtlSet, EscapesControlCharactersInText) {
     SetRun(R"({"outcome":"changed","value":"\u009b"})", {event("k", "\\u001b[31m", "a\\nb")},
            {"set", "--any-key", "k", "a\nb"})
-        .expectEnd(0, "k: '\\x1b[31m' -> 'a\\nb'\n", "settingsctl: accepted, but read back as '\\u009b'\n");
+        .expectEnd(0, "k: '\\x1b[31m' -> 'a\\nb'\n", "settingsctl: changed, but the host reports '\\u009b'\n");
 }
 
 TEST(SettingsCtlSet, PrintsTheResultAsJson) {

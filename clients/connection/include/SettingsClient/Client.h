@@ -43,7 +43,7 @@ struct Options {
 /// `InvalidSocketPath`, `UnexpectedResponse`, `RequestRefused`.
 ///
 /// **Observers** are called by `process` (or `run`) alone, but see `onEvent`: for each event once and in order, also
-/// across a lost connection, after which `process` connects again by itself, in intervals from 0.1 to 5 seconds. Where
+/// across a lost connection, after which `process` reconnects automatically, in intervals from 0.1 to 5 seconds. Where
 /// that cannot be done (the host was restarted, or has forgotten the events), `onReread` is told so. Observers may send
 /// requests and set other observers; an exception of one leaves `process`, and the next call goes on with the next
 /// notification.
