@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "Wire/ObjectWriter.h"
+#include "bridge/CommandLine.h"
 
 namespace SettingsBridge {
 
@@ -19,9 +20,8 @@ constexpr std::size_t size = 512;
 
 /// Empty when there is none.
 std::string folderFor(const std::string& program) {
-    // A service has one; several would be separated by colons.
-    if (const char* const managed = std::getenv("RUNTIME_DIRECTORY")) {
-        return std::string(managed).substr(0, std::string(managed).find(':'));
+    if (const std::string managed = managedFolder("RUNTIME_DIRECTORY"); !managed.empty()) {
+        return managed;
     }
     const char* const user = std::getenv("XDG_RUNTIME_DIR");
     if (user == nullptr || user[0] != '/') {

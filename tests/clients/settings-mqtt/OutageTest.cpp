@@ -7,6 +7,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "../settings-dbus/FakeHost.h"
 #include "ProgramFixture.h"
 #include "support/ListeningSocket.h"
 
@@ -74,7 +75,7 @@ TEST_F(MqttProgram, ComesBackAfterTheBrokerWasKilled) {
     RunningBridge bridge(host, broker.address());
     bridge.awaitLog("connected to the broker");
     broker.kill();
-    bridge.awaitLog("the broker is lost");
+    bridge.awaitLog("lost the connection to the broker");
     set("captionsFontSize", "FONT_LARGE");
     set("captionsFontSize", "FONT_SMALL");
     // It waits until the subscriber is there.
@@ -101,7 +102,7 @@ TEST(MqttNetwork, LosesNoChangeWhileTheNetworkIsCut) {
     bridge.awaitLog("connected to the broker");
     setNetwork(false);
     ASSERT_EQ(host.run({"set", "captionsFontSize", "FONT_LARGE"}).status, 0);
-    bridge.awaitLog("the broker is lost");
+    bridge.awaitLog("lost the connection to the broker");
     ASSERT_EQ(host.run({"set", "captionsStyles", "STYLE_BLACK_ON_WHITE"}).status, 0);
     bridge.sendSignal(SIGSTOP);
     setNetwork(true);
@@ -136,6 +137,23 @@ TEST_F(MqttProgram, SaysWhenTheHostIsGoneAndIsRightAfterItsRestart) {
     EXPECT_EQ(subscriber.next(), "settings/tv/availability online");
     set("captionsFontSize", "FONT_LARGE");
     EXPECT_EQ(subscriber.next(), "settings/tv/state/captionsFontSize FONT_LARGE");
+}
+
+TEST_F(MqttProgram, ReadsAgainWhatABusyHostRefused) {
+    const TestSupport::TemporaryDirectory folder;
+    SettingsDbusTests::FakeHost fake(folder / "socket");
+    fake.catalogue = R"([{"key":"timezone","number":1,"kind":"text","setBy":"anyone","privacy":"preference"}])";
+    fake.values = R"({"timezone":"Asia/Tokyo"})";
+    Subscriber subscriber(broker.port(), {"settings/tv/state/timezone"});
+    RunningBridge bridge(host, broker.address(), "tv", {"--socket", folder / "socket"});
+    fake.refusals = 1;
+    fake.greet(fake.acceptHello(), 3);
+    EXPECT_EQ(subscriber.next(), "settings/tv/state/timezone Asia/Tokyo");
+    fake.refusals = 1;
+    fake.values = R"({"timezone":"Europe/Paris"})";
+    fake.sendLine(R"({"notice":{"reread":["timezone"]}})");
+    fake.answerReads(3);
+    EXPECT_EQ(subscriber.next(), "settings/tv/state/timezone Europe/Paris");
 }
 
 TEST_F(MqttProgram, TakesLeaveWhenTheBrokerHasAcknowledgedEverything) {
