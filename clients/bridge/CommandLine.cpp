@@ -3,7 +3,6 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <exception>
 
 #include <CLI/CLI.hpp>
@@ -55,11 +54,6 @@ void parse(CLI::App& app, int argumentCount, const char* const* arguments) {
 
 std::vector<SettingsClient::SocketCandidate> socketsOf(const Options& options) {
     return SettingsClient::settingsSockets(options.sockets, runtimeFolder());
-}
-
-std::string managedFolder(const char* variable) {
-    const char* const folders = std::getenv(variable);
-    return folders == nullptr || folders[0] != '/' ? "" : std::string(folders, std::strcspn(folders, ":"));
 }
 
 int runProgram(const std::string& name, const std::function<void()>& program) {

@@ -46,10 +46,6 @@ void parse(CLI::App& app, int argumentCount, const char* const* arguments);
 /// The sockets of the host to try.
 std::vector<SettingsClient::SocketCandidate> socketsOf(const Options& options);
 
-/// The first folder that the service manager has made and names in `variable`, such as STATE_DIRECTORY, where several
-/// are separated by colons. Empty: none.
-std::string managedFolder(const char* variable);
-
 /// What `main` does: runs `program` and prints what ends it.
 /// Returns: the exit status: 0 when it returned, 1 when it threw, that of a `CommandLineEnd`.
 int runProgram(const std::string& name, const std::function<void()>& program);

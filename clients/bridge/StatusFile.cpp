@@ -1,6 +1,7 @@
 #include "bridge/StatusFile.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <utility>
 
 #include <fcntl.h>
@@ -9,7 +10,6 @@
 #include <unistd.h>
 
 #include "Wire/ObjectWriter.h"
-#include "bridge/CommandLine.h"
 
 namespace SettingsBridge {
 
@@ -46,6 +46,11 @@ int openLocked(const std::string& path) {
 }
 
 }  // namespace
+
+std::string managedFolder(const char* variable) {
+    const char* const folders = std::getenv(variable);
+    return folders == nullptr || folders[0] != '/' ? "" : std::string(folders, std::strcspn(folders, ":"));
+}
 
 StatusFile::StatusFile(const std::string& program, std::string itsVersion) : version(std::move(itsVersion)) {
     const std::string folder = folderFor(program);

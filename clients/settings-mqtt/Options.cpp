@@ -9,6 +9,8 @@
 #include <CLI/CLI.hpp>
 #include <systemd/sd-id128.h>
 
+#include "bridge/StatusFile.h"
+
 namespace SettingsMqtt {
 
 namespace {

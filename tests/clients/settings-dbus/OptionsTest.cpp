@@ -66,6 +66,10 @@ TEST_F(DbusOptions, TheServiceManagerAndTheDoctorAreToldTheState) {
     }
     EXPECT_NE(settingsctl({"doctor"}).find("settings-dbus: connected to host and bus"), std::string::npos)
         << settingsctl({"doctor"});
+    host.reset();
+    EXPECT_EQ(manager.receive(), "STATUS=waiting for the host");
+    bus.reset();
+    EXPECT_EQ(manager.receive(), "STATUS=waiting for the bus");
     bridge->sendSignal(SIGTERM);
     EXPECT_EQ(bridge->wait(), 0);
     EXPECT_EQ(manager.receive(), "STOPPING=1");

@@ -154,6 +154,15 @@ TEST_F(MqttCommandLine, TakesEachFormOfTheBrokersAddress) {
     }
 }
 
+TEST_F(MqttCommandLine, SaysThatItCannotReachTheHost) {
+    const std::string socket = folder / "none";
+    TestSupport::ChildProcess bridge({SETTINGS_MQTT_PROGRAM, "--socket", socket, "--state", folder / "state"});
+    bridge.errors().readLine();
+    const auto line = bridge.errors().readLine();
+    ASSERT_TRUE(line);
+    EXPECT_NE(line->find(" warning cannot reach the host at " + socket + ": "), std::string::npos) << *line;
+}
+
 TEST_F(MqttCommandLine, KeepsItsStateInTheFirstFolderOfTheServiceManager) {
     TestSupport::ChildProcess bridge({SETTINGS_MQTT_PROGRAM, "--socket", folder / "none"},
                                      {{"STATE_DIRECTORY", folder / "first:" + std::string(folder / "second")}});
