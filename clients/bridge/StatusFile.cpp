@@ -20,7 +20,7 @@ constexpr std::size_t size = 512;
 
 /// Empty when there is none.
 std::string folderFor(const std::string& program) {
-    if (const std::string managed = managedFolder("RUNTIME_DIRECTORY"); !managed.empty()) {
+    if (const std::string managed = managedFolder(std::getenv("RUNTIME_DIRECTORY")); !managed.empty()) {
         return managed;
     }
     const char* const user = std::getenv("XDG_RUNTIME_DIR");
@@ -47,8 +47,7 @@ int openLocked(const std::string& path) {
 
 }  // namespace
 
-std::string managedFolder(const char* variable) {
-    const char* const folders = std::getenv(variable);
+std::string managedFolder(const char* folders) {
     return folders == nullptr || folders[0] != '/' ? "" : std::string(folders, std::strcspn(folders, ":"));
 }
 

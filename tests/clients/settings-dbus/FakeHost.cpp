@@ -61,8 +61,6 @@ bool FakeHost::reply(const std::string& frame) {
     } else if (refusals > 0) {
         --refusals;
         peer->sendLine(R"({"error":{"code":"busy","message":"too much waits"}})");
-    } else if (has(frame, R"("catalogue")")) {
-        peer->sendLine(withId(frame, R"("catalogue":{"settings":)" + catalogue + "}"));
     } else if (has(frame, R"("history")")) {
         peer->sendLine(withId(frame, R"("history":{"events":[]})"));
     } else if (has(frame, R"("type":7,)")) {

@@ -17,9 +17,8 @@ public:
     void accept() { greet(acceptHello()); }
     /// Takes the connection. Returns: its hello, for which the bridge waits.
     std::string acceptHello();
-    /// Answers the hello, and as many reads as the bridge sends then.
+    /// Answers the hello, and the reads that follow: history and all values, again when the bus is there.
     void greet(const std::string& hello, int reads = 4);
-    /// Answers the next reads.
     void answerReads(int count);
     /// The next frame that asks for a change.
     std::string nextChange();
@@ -31,8 +30,7 @@ public:
 
     /// How many of the next reads are refused.
     int refusals = 0;
-    /// As in a frame.
-    std::string catalogue = "[]";
+    /// Of the settings, as in a frame.
     std::string values = "{}";
 
 private:
