@@ -31,7 +31,7 @@ SettingsMqtt::BridgeOptions bridgeOptions(std::size_t number) {
 
 }  // namespace
 
-int CountedBroker::publish(const Mqtt::Message& message) {
+std::optional<int> CountedBroker::publish(const Mqtt::Message& message) {
     ++published;
     return connection->publish(message);
 }

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "Bridge.h"
@@ -22,7 +23,7 @@ public:
     bool hasEverything() const { return isConnected && published > 0 && published == taken; }
 
     void subscribe(const std::vector<std::string>& topics) override { connection->subscribe(topics); }
-    int publish(const Mqtt::Message& message) override;
+    std::optional<int> publish(const Mqtt::Message& message) override;
     void brokerConnected() override;
     void brokerLost() override;
     void received(const Mqtt::Message& message) override { listener->received(message); }

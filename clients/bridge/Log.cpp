@@ -22,7 +22,8 @@ struct LevelName {
 
 constexpr std::array<LevelName, 4> levels{{{"trace", "<7>"}, {"info ", "<6>"}, {"warning", "<4>"}, {"error", "<3>"}}};
 
-/// systemd says to which stream JOURNAL_STREAM belongs; a child process may have another standard error.
+/// systemd says to which stream JOURNAL_STREAM belongs; a child process may have another standard error. The host has
+/// the same rule, and the same levels, in kit/service/logging: both share no code that has to do with the system.
 bool isStandardErrorTheJournal() {
     const char* const journal = std::getenv("JOURNAL_STREAM");
     struct stat status {};

@@ -34,18 +34,6 @@ void earlier(std::optional<Source::Time>& first, const std::optional<Source::Tim
 
 }  // namespace
 
-Source::Wanted HostSource::wanted() {
-    return {client.fileDescriptor(), POLLIN, std::nullopt};
-}
-
-void HostSource::process(short /*events*/) {
-    try {
-        client.process();
-    } catch (const SettingsClient::ConnectionError&) {
-        // `onDisconnected` is told.
-    }
-}
-
 Loop::Loop() {
     sigset_t ending{};
     sigemptyset(&ending);

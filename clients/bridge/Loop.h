@@ -5,8 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "SettingsClient/Client.h"
-
 namespace SettingsBridge {
 
 /// What a loop waits for.
@@ -33,19 +31,6 @@ public:
     /// Something that was wanted is there: `events` of the descriptor, as poll(2) returns them, or the time (0). Does a
     /// bounded amount of work.
     virtual void process(short events) = 0;
-};
-
-/// The connection to the host. The client connects again by itself, also when an observer asks it for something and the
-/// connection is lost; other errors of observers end the loop.
-class HostSource : public Source {
-public:
-    explicit HostSource(SettingsClient::Client& settingsClient) : client(settingsClient) {}
-
-    Wanted wanted() override;
-    void process(short events) override;
-
-private:
-    SettingsClient::Client& client;
 };
 
 /// Waits for several sources in turn, on one thread, until SIGINT or SIGTERM. Tells the service manager that the

@@ -1,6 +1,7 @@
 #include "bridge/StatusFile.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <utility>
 
 #include <fcntl.h>
@@ -19,9 +20,8 @@ constexpr std::size_t size = 512;
 
 /// Empty when there is none.
 std::string folderFor(const std::string& program) {
-    // A service has one; several would be separated by colons.
-    if (const char* const managed = std::getenv("RUNTIME_DIRECTORY")) {
-        return std::string(managed).substr(0, std::string(managed).find(':'));
+    if (const std::string managed = managedFolder(std::getenv("RUNTIME_DIRECTORY")); !managed.empty()) {
+        return managed;
     }
     const char* const user = std::getenv("XDG_RUNTIME_DIR");
     if (user == nullptr || user[0] != '/') {
@@ -46,6 +46,10 @@ int openLocked(const std::string& path) {
 }
 
 }  // namespace
+
+std::string managedFolder(const char* folders) {
+    return folders == nullptr || folders[0] != '/' ? "" : std::string(folders, std::strcspn(folders, ":"));
+}
 
 StatusFile::StatusFile(const std::string& program, std::string itsVersion) : version(std::move(itsVersion)) {
     const std::string folder = folderFor(program);

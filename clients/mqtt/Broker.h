@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,8 +19,9 @@ public:
     virtual ~Broker() = default;
     /// Asks for messages of these topics.
     virtual void subscribe(const std::vector<std::string>& topics) = 0;
-    /// Returns: the number with which `BrokerListener::acknowledged` is called, unless the connection is lost before.
-    virtual int publish(const Message& message) = 0;
+    /// Returns: the number with which `BrokerListener::acknowledged` is called, unless the connection is lost before;
+    /// nothing when the message is dropped, since the broker does not accept one of this size.
+    virtual std::optional<int> publish(const Message& message) = 0;
 };
 
 /// Is told what happens at a broker, one call at a time and never from within a call of `Broker`.

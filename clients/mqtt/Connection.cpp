@@ -59,13 +59,17 @@ void Connection::subscribe(const std::vector<std::string>& topics) {
                                  nullptr);
 }
 
-int Connection::publish(const Message& message) {
+std::optional<int> Connection::publish(const Message& message) {
     int number = 0;
     const int code =
         mosquitto_publish(instance.get(), &number, message.topic.c_str(), static_cast<int>(message.payload.size()),
                           message.payload.data(), 1, message.retained);
     if (code == MOSQ_ERR_SUCCESS) {
         ++unacknowledged;
+    } else if (code == MOSQ_ERR_OVERSIZE_PACKET) {
+        // It is no reason to reconnect: the broker would not accept it then, either.
+        options.log(2, "dropped a message that is too large for the broker: " + message.topic);
+        return std::nullopt;
     } else if (lossReason.empty()) {
         lossReason = mosquitto_strerror(code);
     }
@@ -121,7 +125,7 @@ void Connection::watch() {
     mosquitto_publish_v5_callback_set(library, [](Library*, void* self, int number, int code, const Properties*) {
         if (code >= MQTT_RC_UNSPECIFIED) {
             connectionAt(self).options.log(
-                2, std::string("the broker refuses a message: ") + mosquitto_reason_string(code));
+                2, std::string("the broker refused a message: ") + mosquitto_reason_string(code));
         }
         --connectionAt(self).unacknowledged;
         connectionAt(self).listener->acknowledged(number);
@@ -129,7 +133,7 @@ void Connection::watch() {
     mosquitto_subscribe_v5_callback_set(
         library, [](Library*, void* self, int, int count, const int* granted, const Properties*) {
             if (std::any_of(granted, granted + count, [](int quality) { return quality >= MQTT_RC_UNSPECIFIED; })) {
-                connectionAt(self).options.log(2, "the broker refuses a subscription");
+                connectionAt(self).options.log(2, "the broker refused a subscription");
             }
         });
 }
@@ -166,9 +170,9 @@ void Connection::close(const std::string& reason) {
     instance.reset();
     unacknowledged = 0;
     due = now + pause;
-    options.log(reason == loggedReason ? 0 : 2, (since ? "the broker is lost: " : "cannot reach the broker: ") +
-                                                    reason + "; next attempt in " + std::to_string(pause.count()) +
-                                                    " ms");
+    options.log(reason == loggedReason ? 0 : 2,
+                (since ? "lost the connection to the broker: " : "cannot reach the broker: ") + reason +
+                    "; next attempt in " + std::to_string(pause.count()) + " ms");
     loggedReason = reason;
     if (since) {
         listener->brokerLost();

@@ -38,7 +38,7 @@ struct ConnectionOptions {
     std::function<void(int level, const std::string& text)> log = [](int, const std::string&) {};
 };
 
-/// A connection to a broker by libmosquitto, which connects again by itself after `Pauses`, for the loop of its owner:
+/// A connection to a broker by libmosquitto, which reconnects automatically after `Pauses`, for the loop of its owner:
 /// before each wait this asks what is `wanted`, afterwards it calls `process`. It has no thread.
 class Connection : public Broker {
 public:
@@ -55,7 +55,7 @@ public:
     bool isConnected() const { return connectedSince.has_value(); }
 
     void subscribe(const std::vector<std::string>& topics) override;
-    int publish(const Message& message) override;
+    std::optional<int> publish(const Message& message) override;
 
     /// What to wait for.
     struct Wanted {

@@ -68,9 +68,15 @@ void Outbox::acknowledged(int number) {
 }
 
 void Outbox::send() {
-    for (std::size_t place = 0; isConnected && place < std::min(entries.size(), window); ++place) {
-        if (!entries[place].number) {
-            entries[place].number = broker->publish(entries[place].message);
+    for (std::size_t place = 0; isConnected && place < std::min(entries.size(), window);) {
+        Entry& entry = entries[place];
+        if (!entry.number) {
+            entry.number = broker->publish(entry.message);
+        }
+        if (entry.number) {
+            ++place;
+        } else {
+            entries.erase(entries.begin() + static_cast<std::ptrdiff_t>(place));
         }
     }
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <utility>
 
 #include "Object.h"
 
@@ -22,12 +23,12 @@ Bus::Bus(bool isSession, std::vector<Object*> served, const SettingsBridge::Log&
 
 void Bus::connect() {
     sd_bus* opened = nullptr;
-    check("the bus cannot be reached", session ? sd_bus_open_user(&opened) : sd_bus_open_system(&opened));
+    check("cannot connect to the bus", session ? sd_bus_open_user(&opened) : sd_bus_open_system(&opened));
     bus.reset(opened);
     for (Object* const object : objects) {
         object->addTo(opened);
     }
-    check((std::string("the bus does not give the name ") + serviceName).c_str(),
+    check((std::string("cannot acquire the name ") + serviceName + " on the bus").c_str(),
           sd_bus_request_name(opened, serviceName, 0));
 }
 
@@ -47,7 +48,7 @@ SettingsBridge::Source::Wanted Bus::wanted() const {
 
 bool Bus::process() {
     if (!bus) {
-        return connectAgain();
+        return reconnect();
     }
     int result = 1;
     for (int count = 0; result > 0 && count < maximumMessages; ++count) {
@@ -61,12 +62,16 @@ bool Bus::process() {
     return false;
 }
 
-bool Bus::connectAgain() {
+bool Bus::reconnect() {
     try {
         connect();
-        log.write(SettingsBridge::LogLevel::INFORMATION, "connected to the bus again");
+        log.write(SettingsBridge::LogLevel::INFORMATION, "reconnected to the bus");
+        loggedReason.clear();
         return true;
-    } catch (const BusError&) {
+    } catch (const BusError& error) {
+        if (std::exchange(loggedReason, error.what()) != error.what()) {
+            log.write(SettingsBridge::LogLevel::WARNING, std::string("cannot reconnect to the bus: ") + error.what());
+        }
         waitToConnect();
         return false;
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <string>
 #include <vector>
 
 #include "Message.h"
@@ -11,7 +12,7 @@ namespace SettingsDbus {
 
 class Object;
 
-/// The connection to the bus, which is made again when it was lost.
+/// The connection to the bus. It reconnects after a loss.
 class Bus {
 public:
     Bus(bool isSession, std::vector<Object*> objects, const SettingsBridge::Log& log);
@@ -21,12 +22,12 @@ public:
     /// Null while there is no connection.
     sd_bus* connection() const { return bus.get(); }
     SettingsBridge::Source::Wanted wanted() const;
-    /// Takes a bounded number of messages, or connects again when it is time.
+    /// Takes a bounded number of messages, or reconnects when it is time.
     /// Returns: whether the connection is a new one.
     bool process();
 
 private:
-    bool connectAgain();
+    bool reconnect();
     void waitToConnect();
 
     const bool session;
@@ -34,6 +35,8 @@ private:
     const SettingsBridge::Log& log;
     std::unique_ptr<sd_bus, decltype(&sd_bus_flush_close_unref)> bus{nullptr, &sd_bus_flush_close_unref};
     SettingsBridge::Source::Time nextAttempt;
+    /// Why the last attempt failed.
+    std::string loggedReason;
 };
 
 }  // namespace SettingsDbus

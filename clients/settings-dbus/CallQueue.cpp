@@ -30,7 +30,7 @@ void CallQueue::add(Call call) {
     const std::string caller = senderOf(call);
     const auto earlier = waiting.find(caller);
     if (size + added > maximumSize || (earlier != waiting.end() && earlier->second.size() >= maximumPerCaller)) {
-        throw CallError(SD_BUS_ERROR_LIMITS_EXCEEDED, "too many calls wait; call again when they are answered");
+        throw CallError(SD_BUS_ERROR_LIMITS_EXCEEDED, "too many pending calls; retry when some have been answered");
     }
     size += added;
     waiting[caller].push_back(std::move(call));

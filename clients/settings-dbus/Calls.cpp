@@ -57,7 +57,7 @@ std::string outcomeOf(const Answer& answer) {
 void undo(Client& host, const std::string& key) {
     const auto events = host.history(key, 1);
     if (events.empty()) {
-        throw CallError(SD_BUS_ERROR_FAILED, "no change of '" + key + "' is known");
+        throw CallError(SD_BUS_ERROR_FAILED, "cannot undo '" + key + "': the host has no record of a change");
     }
     requireAcceptance(host.set(key, events.back().from));
 }

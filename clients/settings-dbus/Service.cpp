@@ -23,6 +23,7 @@ public:
         bus.connect();
         settings.repeat();
     }
+    SettingsBridge::Source& host() { return settings.hostSource(); }
 
     Wanted wanted() override {
         reportState();
@@ -47,8 +48,8 @@ public:
 
 private:
     void reportState() {
-        const std::string state = bus.connection() == nullptr ? "the bus cannot be reached"
-                                  : !settings.isServed()      ? "the host cannot be reached"
+        const std::string state = bus.connection() == nullptr ? "waiting for the bus"
+                                  : !settings.isServed()      ? "waiting for the host"
                                                               : "connected to host and bus";
         status.write(bus.connection() != nullptr && settings.isServed(), state);
     }
@@ -83,9 +84,8 @@ void serve(const Options& options) {
         // The loop tries again.
     }
     bus.start();
-    SettingsBridge::HostSource host(client);
     loop.add(bus);
-    loop.add(host);
+    loop.add(bus.host());
     log.write(SettingsBridge::LogLevel::INFORMATION, "serving on the bus");
     loop.run("serving on the bus");
 }

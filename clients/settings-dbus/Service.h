@@ -10,7 +10,7 @@ struct Options : SettingsBridge::Options {
     bool session = false;
 };
 
-/// Serves until SIGINT or SIGTERM. Errors: `BusError` when the bus cannot be reached or does not give the name.
+/// Serves until SIGINT or SIGTERM. Errors: `BusError` when it cannot connect to the bus or acquire the name.
 void serve(const Options& options);
 
 }  // namespace SettingsDbus

@@ -46,9 +46,8 @@ SettingsClient::Client& Settings::host() {
 
 void Settings::repeat() {
     lastSequence = 0;
-    mustRefresh = true;
     if (isConnected) {
-        refresh();
+        source.read();
     }
 }
 
@@ -71,10 +70,9 @@ void Settings::takeReread(const SettingsClient::Reread& reread) {
 
 void Settings::takeConnection() {
     isConnected = true;
-    if (mustRefresh) {
-        refresh();
-    }
+    lossReason = "the settings were not read yet";
     log.write(SettingsBridge::LogLevel::INFORMATION, "connected to " + client.socketPath());
+    refresh();
 }
 
 void Settings::takeLoss(const std::string& reason) {
@@ -84,16 +82,6 @@ void Settings::takeLoss(const std::string& reason) {
 }
 
 void Settings::refresh() {
-    mustRefresh = true;
-    try {
-        readAll();
-        mustRefresh = false;
-    } catch (const std::runtime_error& error) {
-        log.write(SettingsBridge::LogLevel::WARNING, std::string("the values were not read: ") + error.what());
-    }
-}
-
-void Settings::readAll() {
     // In this order the values are not older than the events.
     const auto newest = newestOf(client.history());
     const auto now = client.get();
@@ -116,16 +104,12 @@ void Settings::readAll() {
 }
 
 void Settings::readAgain(const std::vector<std::string>& keys) {
-    try {
-        const auto now = client.get(keys);
-        for (const auto& key : keys) {
-            const auto change = adopt(key, now);
-            if (change.from != change.to) {
-                observer(change, false);
-            }
+    const auto now = client.get(keys);
+    for (const auto& key : keys) {
+        const auto change = adopt(key, now);
+        if (change.from != change.to) {
+            observer(change, false);
         }
-    } catch (const std::runtime_error&) {
-        mustRefresh = true;
     }
 }
 

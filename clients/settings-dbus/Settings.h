@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "SettingsClient/Client.h"
+#include "bridge/HostSource.h"
 #include "bridge/Log.h"
 
 namespace SettingsDbus {
@@ -35,8 +36,10 @@ public:
     /// For requests. Errors: `ConnectionError` while there is no connection to the host; nothing is waited for.
     SettingsClient::Client& host();
 
+    /// For the loop.
+    SettingsBridge::Source& hostSource() { return source; }
     /// Tells what has arrived.
-    void tellChanges() { client.process(); }
+    void tellChanges() { source.process(0); }
     /// Tells the newest event of each setting again, now or as soon as there is a connection.
     void repeat();
 
@@ -45,8 +48,8 @@ private:
     void takeReread(const SettingsClient::Reread& reread);
     void takeConnection();
     void takeLoss(const std::string& reason);
+    /// Errors of this and `readAgain`: those of requests; then `source` or the next connection has all values read.
     void refresh();
-    void readAll();
     void readAgain(const std::vector<std::string>& keys);
     /// Takes the value of `now` over. Returns: the difference.
     Event adopt(const std::string& key, const std::map<std::string, std::string>& now);
@@ -57,10 +60,10 @@ private:
     std::map<std::string, std::string> values;
     bool known = false;
     bool isConnected = false;
-    bool mustRefresh = true;
-    std::string lossReason = "the host was not reached yet";
+    std::string lossReason = "not connected to the host yet";
     /// The last event of this run of the host that was told.
     std::uint64_t lastSequence = 0;
+    SettingsBridge::HostSource source{client, log, [this] { refresh(); }};
 };
 
 }  // namespace SettingsDbus

@@ -12,7 +12,7 @@ Examples:
   settings-dbus --session
   settings-dbus --session --socket /tmp/try/settings.sock --log-level 0
 
-Exit status: 0 stopped by SIGINT or SIGTERM, 1 the bus cannot be reached or does not give the name, 2 wrong usage.)";
+Exit status: 0 stopped by SIGINT or SIGTERM, 1 cannot connect to the bus or acquire the name, 2 wrong usage.)";
 
 void run(int argumentCount, const char* const* arguments) {
     SettingsDbus::Options options;

@@ -22,10 +22,16 @@ constexpr const char* title = "settings-mqtt 1";
 /// Until values are stored; each time takes two flushes of the disk.
 constexpr std::chrono::seconds savingPause{10};
 
+/// Sets `errno` when it returns false.
 bool isFlushed(const std::string& path) {
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    const bool isDone = descriptor >= 0 && ::fsync(descriptor) == 0;
+    if (descriptor < 0) {
+        return false;
+    }
+    const bool isDone = ::fsync(descriptor) == 0;
+    const int error = errno;
     ::close(descriptor);
+    errno = error;
     return isDone;
 }
 
@@ -84,7 +90,7 @@ void VersionFile::store(const VersionRecords& records) const {
     }
     file.close();
     if (!file || !isFlushed(replacement) || std::rename(replacement.c_str(), path.c_str()) != 0 || !isFlushed(folder)) {
-        log(3, "applied versions are not stored in " + path + ": " + std::generic_category().message(errno));
+        log(3, "cannot store the applied versions in " + path + ": " + std::generic_category().message(errno));
     }
 }
 

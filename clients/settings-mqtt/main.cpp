@@ -1,9 +1,11 @@
+#include <functional>
 #include <memory>
 #include <string>
 
 #include "Options.h"
 #include "SettingsClient/Client.h"
 #include "VersionFile.h"
+#include "bridge/HostSource.h"
 #include "bridge/Log.h"
 #include "bridge/Loop.h"
 #include "bridge/StatusFile.h"
@@ -50,17 +52,16 @@ private:
     SettingsBridge::StatusFile status{"settings-mqtt", SETTINGS_HANDLER_VERSION};
 };
 
-void observe(Client& client, Bridge& bridge, Mqtt::Connection& broker, const SettingsBridge::Log& log) {
+void observe(Client& client, Bridge& bridge, const std::function<void()>& readAll, const SettingsBridge::Log& log) {
     client.onEvent([&](const auto& event) { bridge.changed(event); });
     client.onReread([&](const auto& reread) { bridge.reread(reread.keys); });
     client.onConnected([&] {
-        bridge.hostConnected();
-        broker.listen(bridge);
         log(1, "connected to the host");
+        readAll();
     });
     client.onDisconnected([&](const std::string& reason) {
         bridge.hostLost();
-        log(2, "cannot reach the host: " + reason);
+        log(2, reason);
     });
 }
 
@@ -71,14 +72,18 @@ void run(Options options) {
     Client client({options.bridge.client, SettingsBridge::socketsOf(options.common)});
     const auto broker = std::make_shared<Mqtt::Connection>(options.broker);
     Bridge bridge(options.bridge, broker, std::make_shared<ClientHost>(client), versions.versions());
-    observe(client, bridge, *broker, log);
-    SettingsBridge::HostSource hostSource(client);
+    const std::function<void()> readAll = [&] {
+        bridge.hostConnected();
+        broker->listen(bridge);
+    };
+    observe(client, bridge, readAll, log);
+    SettingsBridge::HostSource hostSource(client, log, readAll);
     BrokerSource brokerSource(*broker, client);
     SettingsBridge::Loop loop;
     loop.add(versions);
     loop.add(hostSource);
     loop.add(brokerSource);
-    log(1, "this device is settings/" + options.bridge.id);
+    log(1, "topics of this device: settings/" + options.bridge.id + "/#");
     loop.run("waiting for the host");
     bridge.hostLost();
     broker->disconnect();

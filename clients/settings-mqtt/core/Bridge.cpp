@@ -32,10 +32,10 @@ bool Bridge::isOffered(const Setting& setting) const {
 void Bridge::requireOffered(const std::string& key) const {
     const auto setting = settings.find(key);
     if (setting == settings.end()) {
-        throw RequestRefused("unknown-key", "there is no setting of that key");
+        throw RequestRefused("unknown-key", "there is no setting with this key");
     }
     if (!isOffered(setting->second)) {
-        throw RequestRefused("not-offered", "this setting is personal and not offered here");
+        throw RequestRefused("not-offered", "this personal setting is not published by this device");
     }
 }
 
@@ -48,9 +48,10 @@ Message Bridge::stateOf(const Setting& setting) const {
 }
 
 void Bridge::hostConnected() {
+    const auto catalogue = host->catalogue();
     // Another version of the host may have other settings.
     settings.clear();
-    for (const auto& setting : host->catalogue()) {
+    for (const auto& setting : catalogue) {
         settings.emplace(setting.key, setting);
     }
     for (const auto& key : options.included) {
@@ -179,12 +180,12 @@ void Bridge::applyDesired(const Command& command) {
     if (verdict == Versions::Verdict::OLD) {
         // Retained ones come again with each connection.
         if (!command.retained) {
-            publishOutcome(command, refusal("old-version", "this version, or a newer one, came before"));
+            publishOutcome(command, refusal("old-version", "this version or a newer one was received before"));
         }
         return;
     }
     const Answer answer = verdict == Versions::Verdict::CHANGED_SINCE
-                              ? refusal("changed-since", "the setting was changed at the device meanwhile")
+                              ? refusal("changed-since", "the setting was changed at the device in the meantime")
                               : setAtHost(command);
     if (answer.reason == unavailable) {
         waiting[command.key] = command;

@@ -55,7 +55,8 @@ public:
     /// @name From the host
     /// @{
 
-    /// Reads everything anew. Errors: those of `Host`; then it is called again when the host is there again.
+    /// Reads everything anew. Errors of this and `reread`: those of `Host`; then this is called again, after a pause or
+    /// with the next connection.
     void hostConnected();
     /// Also when this program ends: then the caller closes the connection to the broker afterwards.
     void hostLost();

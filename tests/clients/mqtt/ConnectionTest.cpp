@@ -89,9 +89,20 @@ TEST_F(ConnectionTest, SendsAndReceivesMessages) {
     turnUntilTold("*kept 1");
     publish(broker.port(), "new/a", "2");
     turnUntilTold("new/a 2");
-    const int number = connection->publish({"other", "3"});
-    turnUntilTold("acknowledged " + std::to_string(number));
+    const auto number = connection->publish({"other", "3"});
+    turnUntilTold("acknowledged " + std::to_string(number.value()));
     EXPECT_EQ(told.size(), 4U);
+}
+
+TEST_F(ConnectionTest, StaysConnectedWhenAMessageIsTooLargeForTheBroker) {
+    const RunningBroker broker({"allow_anonymous true", "max_packet_size 1000"});
+    connectTo(broker.port());
+    turnUntilTold("connected");
+    EXPECT_FALSE(connection->publish({"large", std::string(1000, 'x')}));
+    EXPECT_NE(log.find("dropped a message that is too large for the broker: large"), std::string::npos) << log;
+    const auto number = connection->publish({"small", "x"});
+    turnUntilTold("acknowledged " + std::to_string(number.value()));
+    EXPECT_EQ(told.size(), 2U);
 }
 
 TEST_F(ConnectionTest, ConnectsAgainAfterTheBrokerWasKilled) {
@@ -139,7 +150,7 @@ TEST_F(ConnectionTest, SaysWhenTheBrokerRefusesASubscription) {
     // Accepted; the first subscription is granted, the other one is not authorized.
     answer(listener, std::string("\x20\x03\x00\x00\x00\x90\x05\x00\x01\x00\x01\x87", 12));
     EXPECT_EQ(told, (Lines{"connected", "lost"}));
-    EXPECT_NE(log.find("the broker refuses a subscription"), std::string::npos) << log;
+    EXPECT_NE(log.find("the broker refused a subscription"), std::string::npos) << log;
 }
 
 }  // namespace MqttTest

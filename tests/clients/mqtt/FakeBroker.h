@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,12 +15,16 @@ using Lines = std::vector<std::string>;
 class FakeBroker : public Mqtt::Broker {
 public:
     void subscribe(const std::vector<std::string>& topics) override { subscribed = topics; }
-    int publish(const Mqtt::Message& message) override {
+    std::optional<int> publish(const Mqtt::Message& message) override {
+        if (message.payload.size() > maximumPayload) {
+            return std::nullopt;
+        }
         lines.push_back((message.retained ? "*" : "") + message.topic + " " + message.payload);
         return ++last;
     }
 
     std::vector<std::string> subscribed;
+    std::size_t maximumPayload = std::string().max_size();
     Lines lines;
     int last = 0;
 };

@@ -42,6 +42,17 @@ TEST_F(OutboxTest, WaitsWhenTheBrokerIsSlow) {
     EXPECT_EQ(broker->lines, (Lines{"a 1"}));
 }
 
+TEST_F(OutboxTest, SkipsWhatIsTooLargeForTheBroker) {
+    broker->maximumPayload = 1;
+    outbox.add({"a", "too large"});
+    outbox.add({"b", "1"});
+    outbox.connected({{"c", "too large", true}, {"d", "2", true}});
+    EXPECT_EQ(broker->lines, (Lines{"*d 2", "b 1"}));
+    outbox.acknowledged(1);
+    outbox.acknowledged(2);
+    EXPECT_TRUE(outbox.isEmpty());
+}
+
 TEST_F(OutboxTest, SendsTheNewestOfASlotAndOfARetainedTopic) {
     outbox.connected({});
     fill();

@@ -101,6 +101,23 @@ TEST_F(DbusAvailability, TheBridgeIsKilledAndComesBack) {
     EXPECT_EQ(get("Timezone"), "s \"Europe/Paris\"");
 }
 
+TEST_F(DbusAvailability, TheNameIsTakenWhenTheBusComesBack) {
+    bus.reset();
+    waitForLog("the connection to the bus was lost");
+    pauseBridge();
+    startBus();
+    std::optional<ChildProcess> other(std::in_place, Words{SETTINGS_DBUS_PROGRAM, "--log-level", "1"}, environment());
+    while (other->errors().readLine().value().find("serving") == std::string::npos) {
+    }
+    bridge->sendSignal(SIGCONT);
+    waitForLog(
+        "cannot reconnect to the bus: cannot acquire the name org.settingshandler.Settings1 on the bus: File "
+        "exists");
+    other.reset();
+    waitForLog("reconnected to the bus");
+    EXPECT_EQ(get("Timezone"), "s \"America/Vancouver\"");
+}
+
 TEST_F(DbusAvailability, TheBusIsKilledAndComesBack) {
     bus.reset();
     waitForLog("the connection to the bus was lost");

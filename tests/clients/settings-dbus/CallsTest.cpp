@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <chrono>
+#include <future>
 
 #include "Fixture.h"
 
@@ -66,7 +68,8 @@ TEST_F(DbusCalls, SetSeveralSettingsAsOneBatch) {
 
 TEST_F(DbusCalls, UndoTheLastChangeOfASetting) {
     startAll();
-    EXPECT_EQ(call({"Undo", "s", "timezone"}), "Call failed: no change of 'timezone' is known");
+    EXPECT_EQ(call({"Undo", "s", "timezone"}),
+              "Call failed: cannot undo 'timezone': the host has no record of a change");
     call({"Set", "ss", "timezone", "Asia/Tokyo"});
     EXPECT_EQ(call({"Undo", "s", "timezone"}), "");
     EXPECT_EQ(get("Timezone"), "s \"America/Vancouver\"");
@@ -144,6 +147,33 @@ TEST_F(DbusCalls, FindTheValuesAsSoonAsTheNameIsThere) {
     fake.greet(hello);
     waitForLog("serving");
     EXPECT_EQ(get("Timezone"), "s \"\"");
+}
+
+TEST_F(DbusCalls, AreAnsweredWithWhatABusyHostHadRefused) {
+    startBus();
+    std::filesystem::create_directory(folder / "settings-host");
+    FakeHost fake(socketPath());
+    fake.refusals = 1000;
+    bridge.emplace(Words{SETTINGS_DBUS_PROGRAM}, environment());
+    fake.greet(fake.acceptHello(), 2);
+    waitForLog("cannot read the settings, will try again: the host refused the request: too much waits (busy)");
+    waitForLog("serving");
+    auto error = std::async(std::launch::async, [this] { return errorOf({method("Get"), "@as []"}); });
+    do {
+        fake.answerReads(1);
+    } while (error.wait_for(std::chrono::seconds(0)) != std::future_status::ready);
+    EXPECT_EQ(error.get(), "org.settingshandler.Error.Unavailable: the settings were not read yet");
+    fake.refusals = 0;
+    fake.values = R"({"timezone":"Asia/Tokyo"})";
+    fake.answerReads(2);
+    EXPECT_EQ(get("Timezone"), "s \"Asia/Tokyo\"");
+    startMonitor();
+    // Then a value that changed at its owner.
+    fake.refusals = 1;
+    fake.values = R"({"timezone":"Europe/Paris"})";
+    fake.sendLine(R"({"notice":{"reread":["timezone"]}})");
+    fake.answerReads(3);
+    EXPECT_EQ(signals("Changed", 1).front(), "('timezone', 'Asia/Tokyo', 'Europe/Paris', uint64 0, '', '')");
 }
 
 TEST_F(DbusCalls, AreUnavailableBeforeAHostWasReached) {

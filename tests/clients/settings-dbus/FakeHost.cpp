@@ -27,10 +27,13 @@ std::string FakeHost::acceptHello() {
     return peer->receiveLine();
 }
 
-void FakeHost::greet(const std::string& hello) {
+void FakeHost::greet(const std::string& hello, int reads) {
     reply(hello);
-    // History and all values, again when the bus is there.
-    for (int count = 0; count < 4; ++count) {
+    answerReads(reads);
+}
+
+void FakeHost::answerReads(int count) {
+    for (; count > 0; --count) {
         reply(peer->receiveLine());
     }
 }
@@ -55,10 +58,13 @@ void FakeHost::answer(const std::string& frame, const std::string& members) {
 bool FakeHost::reply(const std::string& frame) {
     if (has(frame, R"("hello")")) {
         peer->sendLine(withId(frame, R"("hello":{"version":"1.1.0","run":"r","sequence":0})"));
+    } else if (refusals > 0) {
+        --refusals;
+        peer->sendLine(R"({"error":{"code":"busy","message":"too much waits"}})");
     } else if (has(frame, R"("history")")) {
         peer->sendLine(withId(frame, R"("history":{"events":[]})"));
     } else if (has(frame, R"("type":7,)")) {
-        peer->sendLine(withId(frame, R"("type":7,"payload":{"settings":{}})"));
+        peer->sendLine(withId(frame, R"("type":7,"payload":{"settings":)" + values + "}"));
     } else if (has(frame, R"("type":18,)")) {
         peer->sendLine(withId(frame, R"("type":18,"payload":{"isOrliaSelectedAsVA":true})"));
     } else {

@@ -33,12 +33,12 @@ TEST_F(DbusOptions, ThatAreWrongEndTheProgramWithStatus2) {
 TEST_F(DbusOptions, NoBusOrNoNameEndsTheProgramWithStatus1) {
     const auto without = run({});
     EXPECT_EQ(without.status, 1);
-    EXPECT_NE(without.errors.find("\nsettings-dbus: the bus cannot be reached: No such file or directory\n"),
+    EXPECT_NE(without.errors.find("\nsettings-dbus: cannot connect to the bus: No such file or directory\n"),
               std::string::npos);
     startAll();
     const auto second = run({});
     EXPECT_EQ(second.status, 1);
-    EXPECT_NE(second.errors.find("the bus does not give the name org.settingshandler.Settings1: File exists\n"),
+    EXPECT_NE(second.errors.find("cannot acquire the name org.settingshandler.Settings1 on the bus: File exists\n"),
               std::string::npos);
 }
 
@@ -66,6 +66,10 @@ TEST_F(DbusOptions, TheServiceManagerAndTheDoctorAreToldTheState) {
     }
     EXPECT_NE(settingsctl({"doctor"}).find("settings-dbus: connected to host and bus"), std::string::npos)
         << settingsctl({"doctor"});
+    host.reset();
+    EXPECT_EQ(manager.receive(), "STATUS=waiting for the host");
+    bus.reset();
+    EXPECT_EQ(manager.receive(), "STATUS=waiting for the bus");
     bridge->sendSignal(SIGTERM);
     EXPECT_EQ(bridge->wait(), 0);
     EXPECT_EQ(manager.receive(), "STOPPING=1");

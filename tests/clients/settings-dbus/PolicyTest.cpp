@@ -78,8 +78,9 @@ TEST_F(DbusPolicy, OnlyTheBridgesUserHasTheName) {
     bus.reset();
     startBus(otherGroup(), "daemon");
     const auto refused = TestSupport::run({SETTINGS_DBUS_PROGRAM}, environment());
-    EXPECT_NE(refused.errors.find("the bus does not give the name org.settingshandler.Settings1: Permission denied\n"),
-              std::string::npos);
+    EXPECT_NE(
+        refused.errors.find("cannot acquire the name org.settingshandler.Settings1 on the bus: Permission denied\n"),
+        std::string::npos);
     EXPECT_EQ(refused.status, 1);
 }
 

@@ -21,7 +21,9 @@ using MqttTest::Lines;
 
 class FakeHost : public SettingsMqtt::Host {
 public:
-    std::vector<SettingsClient::Setting> catalogue() override { return settings; }
+    std::vector<SettingsClient::Setting> catalogue() override {
+        return isBusy ? throw SettingsClient::RequestRefused("busy", "too much waits") : settings;
+    }
     std::map<std::string, std::string> get(const std::vector<std::string>& keys) override {
         if (keys.empty()) {
             return values;
@@ -56,6 +58,7 @@ public:
     std::deque<SettingsClient::Answer> answers;
     Lines requests;
     bool isGone = false;
+    bool isBusy = false;
 };
 
 inline SettingsClient::Setting setting(const std::string& key, const std::string& kind,

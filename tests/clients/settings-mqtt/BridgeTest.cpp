@@ -41,13 +41,24 @@ TEST_F(BridgeTest, PublishesAChangeAsStateAndEvent) {
                      R"("origin":"page","client":"remote"})"}));
 }
 
+TEST_F(BridgeTest, PublishesChangesAlsoBeforeABusyHostIsReadAnew) {
+    connect();
+    bridge->hostLost();
+    host->isBusy = true;
+    EXPECT_THROW(bridge->hostConnected(), SettingsClient::RequestRefused);
+    acknowledge();
+    published();
+    change("size", "large");
+    EXPECT_EQ(published().front(), "*settings/tv/state/size large");
+}
+
 TEST_F(BridgeTest, SaysNothingOfPersonalSettings) {
     connect();
     change("name", "Ada's");
     bridge->reread({});
     receive("settings/tv/set/name", "Bob's");
     EXPECT_EQ(published(), (Lines{R"(settings/tv/outcome {"key":"name","outcome":"refused","reason":"not-offered",)"
-                                  R"("message":"this setting is personal and not offered here"})"}));
+                                  R"("message":"this personal setting is not published by this device"})"}));
     EXPECT_TRUE(host->requests.empty());
 }
 
@@ -224,7 +235,7 @@ TEST_F(BridgeTest, RefusesHostileCommandsWithAnOutcome) {
     const std::string noText = outcome + R"("bad-payload","message":"the payload is not UTF-8 text"})";
     const std::string noObject = outcome + R"("bad-payload","message":"the payload is not a JSON object"})";
     const std::string unknown =
-        R"(","outcome":"refused","reason":"unknown-key","message":"there is no setting of that key"})";
+        R"(","outcome":"refused","reason":"unknown-key","message":"there is no setting with this key"})";
     EXPECT_EQ(published(),
               (Lines{outcome + R"("too-large","message":"the payload has more than 65536 bytes"})", noText, noText,
                      noObject, outcome + R"("bad-payload","message":"the payload has no string \"value\""})",

@@ -44,7 +44,7 @@ protected:
     void find(const std::string& payload) { receive("settings/tv/desired/size", payload, true); }
 
     const std::string changedSince =
-        R"("refused","reason":"changed-since","message":"the setting was changed at the device meanwhile","version":)";
+        R"("refused","reason":"changed-since","message":"the setting was changed at the device in the meantime","version":)";
 };
 
 TEST_F(DesiredTest, AppliesAVersionOnce) {
@@ -75,9 +75,10 @@ TEST_F(DesiredTest, ComparesVersionsOfAKeyOverAllTopics) {
     receive("settings/group/lobby/desired/size", desired("large", 5), true);
     receive("settings/tv/desired/size", desired("small", 4));
     EXPECT_EQ(host->requests, (Lines{"size=large"}));
-    EXPECT_EQ(published(), (Lines{outcome(R"("changed","value":"large","version":5)"),
-                                  outcome(R"("refused","reason":"old-version",)"
-                                          R"("message":"this version, or a newer one, came before","version":4)")}));
+    EXPECT_EQ(published(),
+              (Lines{outcome(R"("changed","value":"large","version":5)"),
+                     outcome(R"("refused","reason":"old-version",)"
+                             R"("message":"this version or a newer one was received before","version":4)")}));
 }
 
 TEST_F(DesiredTest, TakesTheNewestValueAfterATimeWithoutConnection) {

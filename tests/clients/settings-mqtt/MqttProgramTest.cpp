@@ -148,7 +148,7 @@ TEST_F(MqttProgram, ADesiredValueDoesNotOverwriteAChangeThatWasMadeMeanwhile) {
         outcomes,
         (std::set<std::string>{
             outcome(
-                R"("key":"captionsFontSize","outcome":"refused","reason":"changed-since","message":"the setting was changed at the device meanwhile","version":1)"),
+                R"("key":"captionsFontSize","outcome":"refused","reason":"changed-since","message":"the setting was changed at the device in the meantime","version":1)"),
             outcome(R"("key":"captionsStyles","outcome":"changed","value":"STYLE_BLACK_ON_WHITE","version":1)")}));
     EXPECT_EQ(get("captionsFontSize"), "FONT_SMALL\n");
     publish(broker.port(), "settings/tv/desired/captionsFontSize", R"({"value":"FONT_LARGE","version":2})", {"-r"});
@@ -198,7 +198,7 @@ TEST_F(MqttProgram, RefusesHostilePayloadsAndGoesOn) {
     EXPECT_EQ(subscriber.next(), outcome(bad + R"("the payload is not a JSON object")"));
     publish(broker.port(), "settings/tv/set/no\xc3\xa4\"key", "x");
     EXPECT_EQ(subscriber.next(), outcome("\"key\":\"no\xc3\xa4\\\"key\",\"outcome\":\"refused\",\"reason\":\"unknown-"
-                                         "key\",\"message\":\"there is no setting of that key\""));
+                                         "key\",\"message\":\"there is no setting with this key\""));
     publish(broker.port(), "settings/tv/set/orliaLocale", R"("en-US")");
     EXPECT_NE(subscriber.next().find("wrong-form"), std::string::npos);
     publish(broker.port(), top, "Europe/Paris", {"-r"});

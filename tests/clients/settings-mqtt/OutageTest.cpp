@@ -8,7 +8,10 @@
 #include <unistd.h>
 
 #include "ProgramFixture.h"
+#include "support/LineReader.h"
 #include "support/ListeningSocket.h"
+#include "support/RegularExpression.h"
+#include "support/SendAll.h"
 
 namespace SettingsMqttTest {
 
@@ -40,6 +43,26 @@ std::string acknowledgementOf(const std::string& published) {
     const auto topicLength = static_cast<std::size_t>(published[1] * 256 + published[2]);
     return "\x40\x02" + published.substr(3 + topicLength, 2);
 }
+
+/// The host's end of the bridge's connection.
+class HostEnd {
+public:
+    explicit HostEnd(const TestSupport::PlainSocket& listener)
+        : socket(::accept(listener.get(), nullptr, nullptr)), reader(socket.get()) {}
+
+    void send(const std::string& line) const { EXPECT_TRUE(TestSupport::sendAll(socket.get(), line + "\n")); }
+    /// Sends `members` to the next request, which has `word`.
+    void answer(const std::string& word, const std::string& members) {
+        const std::string request = reader.readLine().value_or("");
+        EXPECT_NE(request.find('"' + word + '"'), std::string::npos) << request;
+        const auto id = TestSupport::matchOf(request, R"(.*("messageId":"[^"]*").*)");
+        send("{" + (id.empty() ? "" : id[1]) + "," + members + "}");
+    }
+
+private:
+    TestSupport::PlainSocket socket;
+    TestSupport::LineReader reader;
+};
 
 /// The rest of this process, and what it starts, has a network of its own.
 void enterNetwork() {
@@ -74,7 +97,7 @@ TEST_F(MqttProgram, ComesBackAfterTheBrokerWasKilled) {
     RunningBridge bridge(host, broker.address());
     bridge.awaitLog("connected to the broker");
     broker.kill();
-    bridge.awaitLog("the broker is lost");
+    bridge.awaitLog("lost the connection to the broker");
     set("captionsFontSize", "FONT_LARGE");
     set("captionsFontSize", "FONT_SMALL");
     // It waits until the subscriber is there.
@@ -101,7 +124,7 @@ TEST(MqttNetwork, LosesNoChangeWhileTheNetworkIsCut) {
     bridge.awaitLog("connected to the broker");
     setNetwork(false);
     ASSERT_EQ(host.run({"set", "captionsFontSize", "FONT_LARGE"}).status, 0);
-    bridge.awaitLog("the broker is lost");
+    bridge.awaitLog("lost the connection to the broker");
     ASSERT_EQ(host.run({"set", "captionsStyles", "STYLE_BLACK_ON_WHITE"}).status, 0);
     bridge.sendSignal(SIGSTOP);
     setNetwork(true);
@@ -136,6 +159,28 @@ TEST_F(MqttProgram, SaysWhenTheHostIsGoneAndIsRightAfterItsRestart) {
     EXPECT_EQ(subscriber.next(), "settings/tv/availability online");
     set("captionsFontSize", "FONT_LARGE");
     EXPECT_EQ(subscriber.next(), "settings/tv/state/captionsFontSize FONT_LARGE");
+}
+
+TEST_F(MqttProgram, ReadsAgainWhatABusyHostRefused) {
+    const TestSupport::TemporaryDirectory folder;
+    const auto listener = TestSupport::listeningUnixSocket(folder / "socket");
+    Subscriber subscriber(broker.port(), {"settings/tv/state/timezone"});
+    RunningBridge bridge(host, broker.address(), "tv", {"--socket", folder / "socket"});
+    HostEnd busyHost(listener);
+    const std::string busy = R"("error":{"code":"busy","message":"too much waits"})";
+    const std::string catalogue = R"("catalogue":{"settings":[{"key":"timezone","number":1,"kind":"text",)"
+                                  R"("setBy":"anyone","privacy":"preference"}]})";
+    const std::string values = R"("type":7,"payload":{"settings":{"timezone":")";
+    busyHost.answer("hello", R"("hello":{"version":"1.1.0","run":"r","sequence":0})");
+    busyHost.answer("catalogue", busy);
+    busyHost.answer("catalogue", catalogue);
+    busyHost.answer("settings", values + R"(Asia/Tokyo"}})");
+    EXPECT_EQ(subscriber.next(), "settings/tv/state/timezone Asia/Tokyo");
+    busyHost.send(R"({"notice":{"reread":["timezone"]}})");
+    busyHost.answer("settings", busy);
+    busyHost.answer("catalogue", catalogue);
+    busyHost.answer("settings", values + R"(Europe/Paris"}})");
+    EXPECT_EQ(subscriber.next(), "settings/tv/state/timezone Europe/Paris");
 }
 
 TEST_F(MqttProgram, TakesLeaveWhenTheBrokerHasAcknowledgedEverything) {

@@ -2,6 +2,7 @@
 #include <fstream>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "ProgramFixture.h"
 #include "SettingsClient/SocketCandidates.h"
@@ -85,7 +86,7 @@ TEST_F(MqttSecurity, SaysWhyItIsNotLetInAndTriesAgainWithWhatTheFilesHaveNow) {
 
 TEST_F(MqttSecurity, SaysWhenTheBrokerRefusesAMessage) {
     RunningBridge bridge(host, broker->address(), "other", bridgeOptions());
-    bridge.awaitLog("the broker refuses a message");
+    bridge.awaitLog("the broker refused a message");
 }
 
 TEST_F(MqttSecurity, ConnectsWhenItsClockAndTheCertificateAgreeAtLast) {
@@ -122,6 +123,13 @@ TEST_F(MqttCommandLine, RefusesWrongUsage) {
         {{"--broker", "host:0"}, "is not HOST or HOST:PORT"},
         {{"--broker", "host:65536"}, "is not HOST or HOST:PORT"},
         {{"--broker", "[::1]1883"}, "is not HOST or HOST:PORT"},
+        {{"--broker", "[::1]:"}, "is not HOST or HOST:PORT"},
+        {{"--broker", "[::1]:65536"}, "is not HOST or HOST:PORT"},
+        {{"--broker", "::1"}, "is not HOST or HOST:PORT"},
+        {{"--broker", "host:"}, "is not HOST or HOST:PORT"},
+        {{"--broker", "host:000001"}, "is not HOST or HOST:PORT"},
+        {{"--broker", "host:+1"}, "is not HOST or HOST:PORT"},
+        {{"--broker", "host:1:2"}, "is not HOST or HOST:PORT"},
         {{"--protocol", "4"}, "--protocol"},
         {{"--keepalive", "4"}, "--keepalive"},
         {{"--longest-pause", "0"}, "--longest-pause"},
@@ -136,6 +144,66 @@ TEST_F(MqttCommandLine, RefusesWrongUsage) {
         EXPECT_EQ(finished.status, 2) << message;
         EXPECT_NE(finished.errors.find(message), std::string::npos) << message << ": " << finished.errors;
     }
+}
+
+TEST_F(MqttCommandLine, TakesEachFormOfTheBrokersAddress) {
+    for (const std::string address : {"host", "host:1", "host:65535", "[::1]", "[::1]:1883", "192.0.2.1:00080"}) {
+        // The start fails after the options were read.
+        const auto finished = run({"--broker", address, "--credentials", folder / "missing"});
+        EXPECT_EQ(finished.status, 1) << address << ": " << finished.errors;
+    }
+}
+
+TEST_F(MqttCommandLine, SaysThatItCannotReachTheHost) {
+    const std::string socket = folder / "none";
+    TestSupport::ChildProcess bridge({SETTINGS_MQTT_PROGRAM, "--socket", socket, "--state", folder / "state"});
+    bridge.errors().readLine();
+    const auto line = bridge.errors().readLine();
+    ASSERT_TRUE(line);
+    EXPECT_NE(line->find(" warning cannot reach the host at " + socket + ": "), std::string::npos) << *line;
+}
+
+TEST_F(MqttCommandLine, KeepsItsStateInTheFirstFolderOfTheServiceManager) {
+    TestSupport::ChildProcess bridge({SETTINGS_MQTT_PROGRAM, "--socket", folder / "none"},
+                                     {{"STATE_DIRECTORY", folder / "first:" + std::string(folder / "second")}});
+    ASSERT_TRUE(bridge.errors().readLine());
+    EXPECT_TRUE(std::filesystem::is_directory(folder / "first"));
+    const auto without =
+        TestSupport::run({SETTINGS_MQTT_PROGRAM}, {{"STATE_DIRECTORY", ""}, {"XDG_STATE_HOME", ""}, {"HOME", ""}});
+    EXPECT_EQ(without.status, 2);
+    EXPECT_EQ(without.errors,
+              "settings-mqtt: --state is required: none of STATE_DIRECTORY, XDG_STATE_HOME and HOME names a folder\n");
+}
+
+TEST_F(MqttCommandLine, SaysWhyItCannotStoreTheAppliedVersions) {
+    SettingsCtlTests::RunningHost host;
+    RunningBroker broker;
+    Subscriber subscriber(broker.port(), {"settings/tv/availability"});
+    const std::string state = folder / "state";
+    std::filesystem::create_directory(state);
+    // It can be written, but not opened to be flushed.
+    ::chmod(state.c_str(), 0300);
+    std::vector<std::string> command{SETTINGS_MQTT_PROGRAM,
+                                     "--socket",
+                                     host.socketPath(),
+                                     "--broker",
+                                     broker.address(),
+                                     "--id",
+                                     "tv",
+                                     "--state",
+                                     state};
+    if (::geteuid() == 0) {
+        command.insert(command.begin(), {"setpriv", "--bounding-set=-dac_override,-dac_read_search"});
+    }
+    TestSupport::ChildProcess bridge(command);
+    subscriber.await("settings/tv/availability online");
+    bridge.sendSignal(SIGTERM);
+    EXPECT_EQ(bridge.wait(), 0);
+    EXPECT_NE(bridge.errors().readAll().find("cannot store the applied versions in " + state +
+                                             "/versions: Permission denied"),
+              std::string::npos);
+    // To be removed.
+    ::chmod(state.c_str(), 0700);
 }
 
 TEST_F(MqttCommandLine, RefusesCredentialsThatOthersCanRead) {
@@ -157,7 +225,7 @@ TEST_F(MqttCommandLine, RefusesCredentialsThatOthersCanRead) {
 TEST_F(MqttCommandLine, ReadsItsOptionsFromAFile) {
     SettingsCtlTests::RunningHost host;
     RunningBroker broker;
-    std::ofstream(folder / "config") << "broker=\"" << broker.address()
+    std::ofstream(folder / "config") << "broker=\"[127.0.0.1]:" << broker.port()
                                      << "\"\nid=\"tv\"\ngroup=[\"lobby\",\"bar\"]\nhome-assistant=true\n";
     TestSupport::ChildProcess bridge({SETTINGS_MQTT_PROGRAM, "--socket", host.socketPath(), "--state", folder / "state",
                                       "--config", folder / "config"});
@@ -176,7 +244,8 @@ TEST_F(MqttCommandLine, NamesTheDeviceAfterTheMachineId) {
     ASSERT_EQ(id.output.size(), 33U);
     const auto line = bridge.errors().readLine();
     ASSERT_TRUE(line);
-    EXPECT_NE(line->find("this device is settings/" + id.output.substr(0, 32)), std::string::npos) << *line;
+    EXPECT_NE(line->find("topics of this device: settings/" + id.output.substr(0, 32) + "/#"), std::string::npos)
+        << *line;
 }
 
 TEST_F(MqttCommandLine, PrintsHelpAndVersion) {
