@@ -1,4 +1,20 @@
+import ts from 'typescript';
 import tseslint from 'typescript-eslint';
+
+/** Reports what the compiler does, which would have to read and check everything once more by itself. */
+const compiles = {
+    create: (context) => ({
+        Program(node) {
+            const { program, esTreeNodeToTSNodeMap } = context.sourceCode.parserServices;
+            for (const { start, messageText } of ts.getPreEmitDiagnostics(program, esTreeNodeToTSNodeMap.get(node))) {
+                context.report({
+                    loc: context.sourceCode.getLocFromIndex(start ?? 0),
+                    message: ts.flattenDiagnosticMessageText(messageText, '\n').replace(/[{}]/g, '$&$&'),
+                });
+            }
+        },
+    }),
+};
 
 /** Runs in the folder above. */
 export default tseslint.config(
@@ -7,11 +23,13 @@ export default tseslint.config(
     {
         languageOptions: {
             parserOptions: {
-                project: ['pages/tsconfig.json', 'clients/javascript/tsconfig.json'],
+                project: 'pages/tsconfig.json',
                 tsconfigRootDir: new URL('..', import.meta.url).pathname,
             },
         },
+        plugins: { types: { rules: { compiles } } },
         rules: {
+            'types/compiles': 'error',
             '@typescript-eslint/restrict-template-expressions': ['error', { allowNumber: true }],
             '@typescript-eslint/no-unused-vars': ['error', { ignoreRestSiblings: true }],
             eqeqeq: 'error',

@@ -19,6 +19,8 @@ const quiet = [
     '--force-color-profile=srgb',
     '--font-render-hinting=none',
     '--disable-lcd-text',
+    // A page is left before code that is made faster pays.
+    '--js-flags=--no-opt',
 ];
 
 /** One browser for all test files. */

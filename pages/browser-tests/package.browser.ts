@@ -55,6 +55,7 @@ test.each(['bundler', 'nodenext'])('a consumer compiles with the module resoluti
     const options = [
         '--strict',
         '--noEmit',
+        '--skipDefaultLibCheck',
         '--target',
         'es2022',
         '--module',

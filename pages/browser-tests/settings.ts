@@ -72,11 +72,17 @@ function isNarrow(page: Page): boolean {
 
 /** Moves the focus to a section in the menu, by keys only. */
 export async function goToMenu(page: Page, section: SectionId): Promise<void> {
-    if ((await page.locator('nav :focus').count()) === 0) {
+    const look = () =>
+        page.evaluate(() => ({
+            from: document.querySelector<HTMLElement>('nav [data-row]:focus-within')?.dataset['row'],
+            isMirrored: document.documentElement.dir === 'rtl',
+        }));
+    let { from, isMirrored } = await look();
+    if (from === undefined) {
         await press(page, 'Escape');
+        ({ from, isMirrored } = await look());
     }
-    const steps = sectionIds.indexOf(section) - sectionIds.indexOf((await focus(page)).row as SectionId);
-    const isMirrored = (await page.evaluate(() => document.documentElement.dir)) === 'rtl';
+    const steps = sectionIds.indexOf(section) - sectionIds.indexOf(from as SectionId);
     const isBackward = steps < 0;
     const sideways = isBackward === isMirrored ? 'ArrowRight' : 'ArrowLeft';
     const key = isNarrow(page) ? sideways : isBackward ? 'ArrowUp' : 'ArrowDown';
