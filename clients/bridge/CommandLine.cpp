@@ -2,26 +2,17 @@
 
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <exception>
 
 #include <CLI/CLI.hpp>
 
 #include "Wire/ControlCharacters.h"
+#include "connection/DefaultSockets.h"
 #include "connection/StandardStreams.h"
 
 namespace SettingsBridge {
 
 namespace {
-
-const char* runtimeFolder() {
-    return std::getenv("XDG_RUNTIME_DIR");
-}
-
-std::string defaultSockets() {
-    const auto candidates = SettingsClient::settingsSockets({}, runtimeFolder());
-    return candidates.front().path + ", then " + candidates.back().path;
-}
 
 int report(const std::string& name, int status, const char* reason) {
     std::fprintf(stderr, "%s: %s\n", name.c_str(), Wire::escapeControlCharacters(reason).c_str());
@@ -33,7 +24,8 @@ int report(const std::string& name, int status, const char* reason) {
 void addOptions(CLI::App& app, Options& options) {
     app.option_defaults()->always_capture_default();
     app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
-    app.add_option("--socket", options.sockets.settings, "Socket of the host; default: " + defaultSockets())
+    app.add_option("--socket", options.sockets.settings,
+                   "Socket of the host; default: " + SettingsClient::defaultSockets())
         ->type_name("PATH");
     app.add_option("--log-level", options.logLevel, "Lowest level to log: 0 traces, 1 routine, 2 warnings, 3 errors")
         ->check(CLI::Range(0, 3));
@@ -53,7 +45,7 @@ void parse(CLI::App& app, int argumentCount, const char* const* arguments) {
 }
 
 std::vector<SettingsClient::SocketCandidate> socketsOf(const Options& options) {
-    return SettingsClient::settingsSockets(options.sockets, runtimeFolder());
+    return SettingsClient::settingsSockets(options.sockets, SettingsClient::runtimeFolder());
 }
 
 int runProgram(const std::string& name, const std::function<void()>& program) {

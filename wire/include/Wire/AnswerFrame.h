@@ -7,7 +7,7 @@
 
 namespace Wire {
 
-/// What a request led to.
+/// The outcome of a request.
 namespace AnswerOutcome {
 
 constexpr std::string_view changed = "changed";

@@ -13,7 +13,7 @@ namespace Wire {
 
 std::string getSettingsRequest(const std::string& messageId, const std::vector<std::string>& keys);
 
-/// Is the host asked to say what came of a request?
+/// Is the host asked for the outcome of a request?
 enum class Answered { NO, YES };
 
 /// `client` is the name for this request alone; empty: that of the connection.
