@@ -20,7 +20,7 @@ constexpr std::size_t size = 512;
 
 /// Empty when there is none.
 std::string folderFor(const std::string& program) {
-    if (const std::string managed = managedFolder(std::getenv("RUNTIME_DIRECTORY")); !managed.empty()) {
+    if (std::string managed = managedFolder(std::getenv("RUNTIME_DIRECTORY")); !managed.empty()) {
         return managed;
     }
     const char* const user = std::getenv("XDG_RUNTIME_DIR");

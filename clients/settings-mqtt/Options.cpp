@@ -43,7 +43,7 @@ std::string idOfMachine() {
 
 /// Empty when the environment names no folder.
 std::string defaultStateFolder() {
-    if (const std::string managed = SettingsBridge::managedFolder(std::getenv("STATE_DIRECTORY")); !managed.empty()) {
+    if (std::string managed = SettingsBridge::managedFolder(std::getenv("STATE_DIRECTORY")); !managed.empty()) {
         return managed;
     }
     for (const auto& [variable, below] :

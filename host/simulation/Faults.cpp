@@ -160,7 +160,7 @@ std::string Faults::problemWith(const FaultDescription& fault, const FaultValue&
         }
         return key != nullptr && std::find(keys.begin(), keys.end(), *key) != keys.end() ? "" : must + "one of " + list;
     }
-    return std::string(fault.name) + " has no value";
+    return std::string(fault.name) + " takes no value";
 }
 
 Faults::Result Faults::switchOn(Fault fault, const FaultValue& value) {
