@@ -118,16 +118,15 @@ TEST_F(SettingsCtlReplay, RefusesAMalformedFileWithItsLine) {
         {{title, R"({"time": 0, "at": "socket-1", "sendt": {}})"}, "2: has an unknown member \"sendt\""},
         {{title, R"({"time": -1, "at": "socket-1", "sent": {}})"}, "2: \"time\" must be a number of milliseconds"},
         {{title, R"({"time": 0, "at": "socket-1", "sent": "hello"})"},
-         "2: \"sent\" must be an object; for other text there is \"sentText\""},
+         R"(2: "sent" must be an object; for other text there is "sentText")"},
         {{title, R"({"time": 0, "at": "socket-1", "receivedText": {}})"}, "2: \"receivedText\" must be a string"},
         {{title, R"({"time": 0, "at": "socket", "sent": {}})"},
-         "2: \"at\" must be \"socket-N\", \"page-N\", \"device-N\", \"all\" or \"host\""},
+         R"(2: "at" must be "socket-N", "page-N", "device-N", "all" or "host")"},
         {{title, R"({"time": 0, "at": "page-01", "sent": {}})"},
-         "2: \"at\" must be \"socket-N\", \"page-N\", \"device-N\", \"all\" or \"host\""},
+         R"(2: "at" must be "socket-N", "page-N", "device-N", "all" or "host")"},
         {{title, R"({"time": 0, "at": "all", "sent": {}})"}, "2: \"all\" is for what is received"},
-        {{title, R"({"time": 0, "at": "host", "sent": {}})"},
-         "2: \"did\" is for \"host\" alone, and \"host\" for \"did\""},
-        {{title, R"({"time": 0, "at": "host", "did": "rest"})"}, "2: \"did\" must be \"kill\", \"stop\" or \"start\""},
+        {{title, R"({"time": 0, "at": "host", "sent": {}})"}, R"(2: "did" is for "host" alone, and "host" for "did")"},
+        {{title, R"({"time": 0, "at": "host", "did": "rest"})"}, R"(2: "did" must be "kill", "stop" or "start")"},
         {{title, R"({"time": 0, "at": "host", "did": "start"})"}, "2: the host is already running"},
         {{title, R"({"time": 0, "at": "host", "did": "kill"})", hello}, "3: the host is not running at this step"},
         {{title, R"({"time": 0, "at": "socket-1", "closed": false})"}, "2: \"closed\" must be true"},
@@ -179,15 +178,16 @@ TEST_F(SettingsCtlReplay, SendsFramesToTheLastCharacter) {
     const RunningHost host;
     const std::string text = R"({ "type":24,"timestamp":1700000000000,"x":0.10000000000000000000,"payload":)"
                              R"({"settingDBId":"captionsFontSize","to":"A\u0042","to":"C"} })";
+    const std::string event =
+        R"({"time": 0, "at": "socket-1", "received": {"type": 25, "messageId": "e", "timestamp": 1,)"
+        R"("sequence": 1, "origin": "socket", "payload": {"settingDBId": "captionsFontSize",)"
+        R"("from": "FONT_MEDIUM", "to": "AB"}}})";
+    const std::string refusal = R"({"time": 0, "at": "socket-1", "received": {"error": {"code": "not-json",)"
+                                R"("message": "the frame is not JSON"}}})";
     expectPlayed(
         replayWith(host,
                    {title, R"({"schema": {"sent": {}}, "time": 0, "at": "socket-1", "\u0073ent" : )" + text + " }",
-                    R"({"time": 0, "at": "socket-1", "received": {"type": 25, "messageId": "e", "timestamp": 1,)"
-                    R"("sequence": 1, "origin": "socket", "payload": {"settingDBId": "captionsFontSize",)"
-                    R"("from": "FONT_MEDIUM", "to": "AB"}}})",
-                    R"({"time": 0, "at": "socket-1", "sentText": "[7"})",
-                    R"({"time": 0, "at": "socket-1", "received": {"error": {"code": "not-json",)"
-                    R"("message": "the frame is not JSON"}}})"}),
+                    event, R"({"time": 0, "at": "socket-1", "sentText": "[7"})", refusal}),
         "2 frames as expected\n");
 }
 
