@@ -50,7 +50,9 @@ void HostSource::attempt(const std::function<void()>& action) {
     } catch (const SettingsClient::RequestRefused& error) {
         readLater(error.what());
     } catch (const SettingsClient::NotSupported& error) {
-        readLater(error.what());
+        // It stays so until an update of the host, which closes the connection.
+        due.reset();
+        log.write(LogLevel::WARNING, std::string("cannot read the settings: ") + error.what());
     } catch (const SettingsClient::ConnectionError&) {
         // `onDisconnected` is told, here and below.
     } catch (const SettingsClient::UnexpectedResponse&) {

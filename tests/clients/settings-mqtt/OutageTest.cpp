@@ -183,6 +183,23 @@ TEST_F(MqttProgram, ReadsAgainWhatABusyHostRefused) {
     EXPECT_EQ(subscriber.next(), "settings/tv/state/timezone Europe/Paris");
 }
 
+TEST_F(MqttProgram, WaitsForAnUpdateOfAHostOfVersion1) {
+    const TestSupport::TemporaryDirectory folder;
+    const auto listener = TestSupport::listeningUnixSocket(folder / "socket");
+    RunningBridge bridge(host, broker.address(), "tv", {"--socket", folder / "socket"});
+    {
+        const HostEnd oldHost(listener);
+        oldHost.send(R"({"error":{"code":"unknown-type","message":"the frame has no type"}})");
+        bridge.awaitLog("warning cannot read the settings: the host at " + std::string(folder / "socket") +
+                        " is of version 1.0 and has no ");
+    }
+    HostEnd newHost(listener);
+    newHost.answer("hello", R"("hello":{"version":"1.1.0","run":"r","sequence":0})");
+    // It may have missed something.
+    newHost.answer("settings", R"("type":7,"payload":{"settings":{}})");
+    newHost.answer("catalogue", R"("catalogue":{"settings":[]})");
+}
+
 TEST_F(MqttProgram, TakesLeaveWhenTheBrokerHasAcknowledgedEverything) {
     const auto listener = TestSupport::listeningTcpSocket("127.0.0.1");
     RunningBridge bridge(host, "127.0.0.1:" + std::to_string(listener.port()));

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "FakeHost.h"
+#include "Output.h"
 #include "RunningHost.h"
 #include "support/Files.h"
 #include "support/RegularExpression.h"
@@ -104,11 +105,7 @@ TEST_F(SettingsCtlRecord, LeavesOutWhatHasTheKeyOfThePages) {
 
 TEST_F(SettingsCtlRecord, ReplacesPersonalValuesByTheSameTextEachTime) {
     const auto sent = [](const std::string& frame) {
-        std::string escaped;
-        for (const char character : frame) {
-            escaped += character == '"' || character == '\\' ? std::string{'\\', character} : std::string{character};
-        }
-        return copyOf(0, "in", "socket", "1", R"("text":")" + escaped + "\"");
+        return copyOf(0, "in", "socket", "1", R"("text":)" + SettingsCtl::jsonString(frame));
     };
     const Words copies{sent(R"({"payload":{"settingDBId":"deviceName","from":"TV","to":"Ann"}})"),
                        sent(R"({"batch":[{"type":24,"payload":{"settingDBId":"friendlyName","to":"Bea"}}]})"),

@@ -291,7 +291,7 @@ TEST_F(ServerTest, AnEndpointHasAWebSocketAtItsName) {
     server.join();
 }
 
-TEST_F(ServerTest, RefusesAnUnixSocketWithoutAPath) {
+TEST_F(ServerTest, RefusesAUnixSocketWithoutAPath) {
     const auto forget = [&] {
         ServerOptions chosen = options();
         chosen.socketPath = ServerOptions().socketPath;
