@@ -1,6 +1,7 @@
 #include "connection/Changes.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <utility>
@@ -186,13 +187,14 @@ Answer sendAlone(Session& session, Asked asked) {
     return std::move(answers.front());
 }
 
-Asked askedFor(Session& session, const Assignment& assignment) {
+/// `now` is the time stamp unless the assignment has one.
+Asked askedFor(Session& session, const Assignment& assignment, std::int64_t now) {
     Asked asked;
     asked.messageId = session.newMessageId();
     asked.key = assignment.key;
     asked.value = assignment.value;
-    asked.frame = Wire::setSettingsRequest(asked.messageId, assignment.timestamp.value_or(session.newTimestamp()),
-                                           assignment.key, assignment.value, Wire::Answered::YES, session.caller);
+    asked.frame = Wire::setSettingsRequest(asked.messageId, assignment.timestamp.value_or(now), assignment.key,
+                                           assignment.value, Wire::Answered::YES, session.caller);
     return asked;
 }
 
@@ -208,7 +210,7 @@ std::string batchOf(const std::vector<Asked>& requests) {
 }  // namespace
 
 Answer setOne(Session& session, const Assignment& assignment) {
-    return sendAlone(session, askedFor(session, assignment));
+    return sendAlone(session, askedFor(session, assignment, session.newTimestamp()));
 }
 
 std::vector<Answer> setInBatches(Session& session, const std::vector<Assignment>& assignments) {
@@ -216,8 +218,10 @@ std::vector<Answer> setInBatches(Session& session, const std::vector<Assignment>
     std::vector<Answer> answers;
     std::vector<Asked> batch;
     std::size_t size = Wire::batchFrame({}).size();
+    // They are set together, whatever the clock does meanwhile.
+    const std::int64_t now = session.newTimestamp();
     for (const auto& assignment : assignments) {
-        Asked next = askedFor(session, assignment);
+        Asked next = askedFor(session, assignment, now);
         if (!batch.empty() && (batch.size() == maximumBatch || size + next.frame.size() + 1 > Wire::maximumFrameSize)) {
             send(session, batchOf(batch), batch, answers);
             batch.clear();

@@ -36,6 +36,25 @@ protected:
     }
 };
 
+/// What follows each `mark`, up to `end`.
+Lines textsAfter(const std::string& mark, const std::string& frame, char end) {
+    Lines texts;
+    for (std::size_t place = frame.find(mark); place != std::string::npos; place = frame.find(mark, place)) {
+        place += mark.size();
+        texts.push_back(frame.substr(place, frame.find(end, place) - place));
+    }
+    return texts;
+}
+
+/// Answers each request of the batch. Returns: how many it has.
+std::size_t answerAll(const Peer& host, const std::string& batch) {
+    const Lines ids = textsAfter(R"("messageId":")", batch, '"');
+    for (const auto& id : ids) {
+        host.sendLine(R"({"type":24,"messageId":")" + id + R"(","payload":{"outcome":"unchanged"}})");
+    }
+    return ids.size();
+}
+
 std::string brief(const Answer& answer) {
     static constexpr const char* outcomes[] = {"changed", "unchanged", "done", "refused"};
     return answer.key + " " + outcomes[static_cast<int>(answer.outcome)] +
@@ -251,14 +270,8 @@ TEST_F(ClientChanges, SendMoreThanABatchTakesAsSeveral) {
         if (sizes.empty()) {
             EXPECT_EQ(host.receiveLine().rfind(R"({"type":18,)", 0), 0U);
         }
-        sizes.push_back(0);
-        for (std::size_t place = frame.find("kitchen-"); place != std::string::npos;
-             place = frame.find("kitchen-", place + 1)) {
-            const std::string message = frame.substr(place, frame.find('"', place) - place);
-            host.sendLine(R"({"type":24,"messageId":")" + message + R"(","payload":{"outcome":"unchanged"}})");
-            ++sizes.back();
-            ++sent;
-        }
+        sizes.push_back(answerAll(host, frame));
+        sent += sizes.back();
         number += static_cast<int>(sizes.back()) + 1;
         if (sizes.size() == 1) {
             // The first of the second batch has its id before the first batch is sent.
@@ -267,6 +280,23 @@ TEST_F(ClientChanges, SendMoreThanABatchTakesAsSeveral) {
     }
     EXPECT_EQ(sizes, (std::vector<std::size_t>{64, 2, 1}));
     EXPECT_EQ(brief(answers.get()), Lines(67, "k unchanged"));
+}
+
+TEST_F(ClientChanges, HaveOneTimestampWhenTheyAreSetTogether) {
+    auto answers = start([&] { return client.setAll(std::vector<Assignment>(66, {"k", "v"})); });
+    Peer host = serve();
+    const std::string first = host.receiveLine();
+    host.receiveLine();
+    std::string future = event(1, "a", "0", "1");
+    future.replace(future.find("1700000000000"), 13, "4102444800000");
+    host.sendLine(future);
+    answerAll(host, first);
+    host.sendLine(selected(66));
+    const std::string second = host.receiveLine();
+    answerAll(host, second);
+    answers.get();
+    const Lines timestamps = textsAfter(R"("timestamp":)", first + second, ',');
+    EXPECT_EQ(timestamps, Lines(66, timestamps.front()));
 }
 
 TEST_F(ClientChanges, ReturnTheRefusalOfABatchForEachOfItsRequests) {

@@ -64,8 +64,9 @@ struct Assignment {
     std::string key;
     /// Its new value.
     std::string value;
-    /// In milliseconds since the epoch. Nothing: the greater of now and the newest time stamp that this client knows.
-    /// To set a value in spite of `Reason::stale`, give a newer one than `Answer::newest`.
+    /// In milliseconds since the epoch. Nothing: the greater of now and the newest time stamp that this client knows,
+    /// the same for all that are set together. To set a value in spite of `Reason::stale`, give a newer one than
+    /// `Answer::newest`.
     std::optional<std::int64_t> timestamp = std::nullopt;
 };
 
